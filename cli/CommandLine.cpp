@@ -1,0 +1,175 @@
+#include "cli/CommandLine.h"
+
+#include "cli/Commands.h"
+#include "cli/Output.h"
+#include "platform/Account.h"
+#include "platform/Log.h"
+#include "platform/Unicode.h"
+
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int usageError = 2;
+
+// Everything that the arguments can say.
+struct Arguments {
+    std::string root;
+    RuleSelection selection;
+    std::vector<std::string> sort;
+    std::string file;
+    bool asJson = false;
+    std::string out;
+    std::vector<std::size_t> rows;
+    SpelledRule rule;
+};
+
+SortDescriptor sortDescriptor(const std::string& spelled)
+{
+    constexpr std::string_view descending = ":desc";
+    const bool isDescending = spelled.ends_with(descending);
+    const std::string name = spelled.substr(0, spelled.size() - (isDescending ? descending.size() : 0));
+    const auto key = sortKeyNamed(name);
+    if (!key)
+        throw CLI::ValidationError("--sort", "'" + name + "' is not a property of the rules");
+    return {*key, !isDescending};
+}
+
+std::string onlyOperationLetters(const std::string& text)
+{
+    return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";
+}
+
+void addFileOption(CLI::App& command, Arguments& arguments)
+{
+    command.add_option(
+        "FILE", arguments.file, "A rules file to use instead of the current user's configuration");
+}
+
+void addSelectionOptions(CLI::App& command, Arguments& arguments)
+{
+    command.add_flag("--system", arguments.selection.includeSystemRules, "Include system rules");
+    command.add_option("--filter", arguments.selection.filter, "Only rules that contain this text");
+    command
+        .add_option(
+            "--sort", arguments.sort, "Sort by KEY or KEY:desc; the first one given is the primary key")
+        ->type_name("KEY[:desc]")
+        ->take_all()
+        ->allow_extra_args(false);
+}
+
+void addRuleOptions(CLI::App& command, Arguments& arguments)
+{
+    SpelledRule& rule = arguments.rule;
+    command.add_option("CLASS", rule.ruleClass, "allow, deny or watch")
+        ->required()
+        ->check(CLI::IsMember({"allow", "deny", "watch"}));
+    command.add_option("TYPE", rule.type, "prefix, path or suffix")
+        ->required()
+        ->check(CLI::IsMember({"prefix", "path", "suffix"}));
+    command.add_option("PATH", rule.path, "The path that the rule is about")->required();
+    command.add_option("PROCESS", rule.process, "The process that the rule is about")->required();
+    command.add_option("OPS", rule.operations, "Operations: letters out of rwcmx")
+        ->required()
+        ->check(onlyOperationLetters);
+    command.add_option("--constraint", rule.constraint, "What the program's code must carry");
+}
+
+using Run = std::function<int(const CommandContext&)>;
+
+void addCommands(CLI::App& program, Arguments& arguments, Run& run)
+{
+    const auto add = [&](const char* name, const char* help, Run command) {
+        CLI::App* added = program.add_subcommand(name, help);
+        added->callback([&run, command] { run = command; });
+        return added;
+    };
+    auto* list = add("list", "Print the rules", [&](const CommandContext& context) {
+        return listCommand(context, arguments.selection, arguments.asJson);
+    });
+    list->add_flag("--json", arguments.asJson, "One JSON object a line");
+    list->add_flag("--label-system", arguments.selection.labelAsSystem, "Read FILE as a system rules file");
+    addSelectionOptions(*list, arguments);
+    addFileOption(*list, arguments);
+
+    auto* options = add("options", "Print the options of the configuration",
+        [&](const CommandContext& context) { return optionsCommand(context, arguments.asJson); });
+    options->add_flag("--json", arguments.asJson, "One JSON object a line");
+
+    auto* exported = add("export", "Write rules to an exchange file", [&](const CommandContext& context) {
+        return exportCommand(context, arguments.selection, arguments.out, arguments.rows);
+    });
+    exported->add_option("OUT", arguments.out, "The file to write")->required();
+    exported->add_option("--row", arguments.rows, "Write this row of the list; may be given several times")
+        ->take_all()
+        ->allow_extra_args(false);
+    addSelectionOptions(*exported, arguments);
+    addFileOption(*exported, arguments);
+
+    auto* added = add("add", "Add a rule to the current user's configuration",
+        [&](const CommandContext& context) { return addCommand(context, arguments.rule); });
+    addRuleOptions(*added, arguments);
+    added->add_option("--tag", arguments.rule.tag, "A label");
+
+    auto* deleted = add("delete", "Delete the first equal rule of the current user's configuration",
+        [&](const CommandContext& context) { return deleteCommand(context, arguments.rule); });
+    addRuleOptions(*deleted, arguments);
+
+    auto* check = add("check", "Find redundant rules, missing paths and rules that do not read back",
+        [&](const CommandContext& context) {
+            return checkCommand(context, arguments.selection, arguments.asJson);
+        });
+    check->add_flag("--json", arguments.asJson, "One JSON object a line");
+    addFileOption(*check, arguments);
+}
+
+void finishArguments(Arguments& arguments, const CLI::App& program)
+{
+    for (const std::string& spelled : arguments.sort)
+        arguments.selection.sort.push_back(sortDescriptor(spelled));
+    const CLI::App& command = *program.get_subcommands().front();
+    const CLI::Option* file = command.get_option_no_throw("FILE");
+    if (file != nullptr && file->count() > 0)
+        arguments.selection.file = arguments.file;
+    if (arguments.selection.labelAsSystem && !arguments.selection.file)
+        throw CLI::ValidationError("--label-system", "says how FILE is read, and there is none");
+    if (arguments.rule.ruleClass == "watch" && !arguments.rule.constraint.empty())
+        throw CLI::ValidationError("--constraint", "a watch rule has no constraint");
+}
+
+} // namespace
+
+int runCommandLine(int argumentCount, const char* const* argumentTexts)
+{
+    for (int number = 1; number < argumentCount; ++number) {
+        if (!isValidUtf8(argumentTexts[number])) {
+            complain("argument " + std::to_string(number) + " is not valid UTF-8");
+            return usageError;
+        }
+    }
+    Arguments arguments;
+    Run run;
+    CLI::App program("Shows, changes and checks Quorvane rules without a window.", "quorvanectl");
+    program.set_version_flag("--version", QUORVANE_VERSION);
+    program.add_option("--root", arguments.root, "Put DIR in front of the product's own locations")
+        ->envname("QUORVANE_ROOT")
+        ->type_name("DIR");
+    program.require_subcommand(1);
+    program.fallthrough();
+    addCommands(program, arguments, run);
+    try {
+        program.parse(argumentCount, argumentTexts);
+        finishArguments(arguments, program);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? 0 : usageError;
+    }
+    const auto log = makeProgramLog("quorvanectl", false);
+    const Locations locations(arguments.root, loginName());
+    return run({locations, *log});
+}
+
+} // namespace quorvane

@@ -1,0 +1,35 @@
+#include "cli/Commands.h"
+#include "cli/Output.h"
+
+namespace quorvane {
+
+int exportCommand(const CommandContext& context, const RuleSelection& selection, const std::string& out,
+    const std::vector<std::size_t>& rows)
+{
+    const OpenedStore opened = openStore(selection, context.locations, context.log);
+    // An export of what could not be read would leave an empty file where a good one may have been.
+    if (!opened.isComplete || !opened.fileExists)
+        return 1;
+    RuleManager& store = *opened.store;
+    if (rows.empty()) {
+        store.writeToFile(out);
+    } else {
+        std::vector<RuleRef> rules;
+        const std::size_t total = store.totalRules(selection.includeSystemRules);
+        for (const std::size_t row : rows) {
+            if (row >= total) {
+                complain("there is no row " + std::to_string(row) + ": there are " + std::to_string(total)
+                    + " rows");
+                return 1;
+            }
+            rules.push_back(store.ruleAtIndex(row, selection.includeSystemRules));
+        }
+        store.writeToFile(out, rules);
+    }
+    if (!store.lastErrorMessage())
+        return 0;
+    complain(*store.lastErrorMessage());
+    return 1;
+}
+
+} // namespace quorvane

@@ -1,0 +1,66 @@
+#include "cli/Output.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t pieceSize = 1U << 16U;
+
+}
+
+void Output::write(std::string_view text)
+{
+    m_pending.append(text);
+    if (m_pending.size() >= pieceSize)
+        flush();
+}
+
+bool Output::finish()
+{
+    flush();
+    return !m_failed;
+}
+
+void Output::flush()
+{
+    std::string_view rest = m_pending;
+    while (!rest.empty() && !m_failed) {
+        const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+        if (written > 0) {
+            rest.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            complain(std::string("cannot write the output: ") + std::strerror(errno));
+            m_failed = true;
+        }
+    }
+    m_pending.clear();
+}
+
+void complain(std::string_view message)
+{
+    std::fprintf(stderr, "quorvanectl: %.*s\n", static_cast<int>(message.size()), message.data());
+}
+
+std::string printable(std::string_view text)
+{
+    std::string shown;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            shown.push_back(c);
+            continue;
+        }
+        char escaped[5];
+        std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+        shown += escaped;
+    }
+    return shown;
+}
+
+} // namespace quorvane

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+// Which store a command asks, and which of its rows in which order.
+struct RuleSelection {
+    std::optional<std::string> file; // none for the current user's configuration
+    bool labelAsSystem = false; // of `file`
+    bool includeSystemRules = false;
+    std::string filter;
+    std::vector<SortDescriptor> sort;
+};
+
+// A store, and whether all of it could be read.
+struct OpenedStore {
+    std::unique_ptr<RuleManager> store;
+    bool isComplete = true;
+    bool fileExists = true; // of a selection that names one
+};
+
+// Reads the store that `selection` names, filtered and sorted, and complains of what could not be read.
+OpenedStore openStore(const RuleSelection& selection, const Locations& locations, Log& log);
+
+} // namespace quorvane

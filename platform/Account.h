@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+// The account of the person the program runs for. Safe from any thread.
+
+namespace quorvane {
+
+// The login name of the real user id; its digits when the account data base has no such user.
+std::string loginName();
+
+// The home folder: the variable HOME when set, else the account's. Empty when neither is known.
+std::string homeDirectory();
+
+} // namespace quorvane

@@ -1,0 +1,64 @@
+#include "platform/Locations.h"
+
+#include "platform/Account.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace quorvane {
+
+Locations::Locations(std::string root, std::string login)
+    : m_root(std::move(root))
+    , m_login(std::move(login))
+{
+    while (!m_root.empty() && m_root.back() == '/')
+        m_root.pop_back();
+}
+
+Locations Locations::fromEnvironment()
+{
+    const char* root = std::getenv("QUORVANE_ROOT");
+    return {root == nullptr ? "" : root, loginName()};
+}
+
+std::string Locations::sharedFolder() const
+{
+    return m_root + "/Users/Shared/Quorvane/";
+}
+
+std::string Locations::userRulesFile() const
+{
+    return sharedFolder() + m_login + ".quorvane.rc";
+}
+
+std::string Locations::failSafeFile() const
+{
+    return sharedFolder() + "failsafe.rc";
+}
+
+std::string Locations::preferencesFile() const
+{
+    return sharedFolder() + "vantreal.Quorvane.preferences.plist";
+}
+
+std::string Locations::systemFolder() const
+{
+    return m_root + "/Library/Application Support/Quorvane/";
+}
+
+std::string Locations::mainSystemRulesFile() const
+{
+    return systemFolder() + "quorvane.rc";
+}
+
+std::string Locations::paranoidSystemRulesFile() const
+{
+    return systemFolder() + "paranoid.rc";
+}
+
+std::string Locations::noticeIconFile() const
+{
+    return systemFolder() + "lock.png";
+}
+
+} // namespace quorvane

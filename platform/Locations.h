@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+namespace quorvane {
+
+// The product's fixed places in the file system, each with the root folder put in front.
+//
+// The root is empty in everyday use. A sandbox, a test or the sample run sets it; a path inside a rule is
+// never prefixed with it. A value object: safe from any thread.
+class Locations {
+public:
+    // `root` is taken without its trailing "/"; `login` names the user whose rules file is meant.
+    Locations(std::string root, std::string login);
+
+    // The root from the environment variable QUORVANE_ROOT and the login name of the real user.
+    static Locations fromEnvironment();
+
+    std::string sharedFolder() const; // ends with "/"
+    std::string userRulesFile() const;
+    std::string failSafeFile() const;
+    std::string preferencesFile() const;
+
+    std::string systemFolder() const; // ends with "/"
+    std::string mainSystemRulesFile() const;
+    std::string paranoidSystemRulesFile() const;
+    std::string noticeIconFile() const;
+
+private:
+    std::string m_root;
+    std::string m_login;
+};
+
+} // namespace quorvane

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace quorvane {
+
+// Where log lines go in the end. Called from the log's own thread only.
+class LogSink {
+public:
+    virtual ~LogSink() = default;
+    virtual void writeLine(const std::string& line) = 0;
+};
+
+// The log: one line an event, unlevelled, in the order of the calls.
+//
+// Lines are queued and written by a thread of the log's own, so that a slow reader of the log never holds up
+// the caller. The queue is bounded: beyond it lines are counted and the count is logged in their place. All
+// operations are safe from any thread and throw nothing but what running out of memory throws.
+class Log {
+public:
+    // Starts the writing thread when there is any sink.
+    explicit Log(std::vector<std::unique_ptr<LogSink>> sinks);
+    // Writes what is queued and ends the thread.
+    ~Log();
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
+    // False when no line would reach anybody. Callers ask before they put a line together in a loop.
+    bool isListening() const { return !m_sinks.empty(); }
+
+    // Queues one line, given without its line end.
+    void write(std::string line);
+
+    // Waits until everything queued so far has been written.
+    void flush();
+
+private:
+    void writeQueuedLines();
+
+    static constexpr std::size_t s_largestQueue = 64U << 20U; // bytes
+
+    const std::vector<std::unique_ptr<LogSink>> m_sinks;
+    std::mutex m_mutex;
+    std::condition_variable m_queued;
+    std::condition_variable m_written;
+    std::vector<std::string> m_queue;
+    std::size_t m_queueSize = 0; // bytes
+    std::size_t m_dropped = 0; // lines
+    bool m_writing = false;
+    bool m_ending = false;
+    std::thread m_thread;
+};
+
+// Lines to syslog(3) under `ident`, or none when the machine runs no system log.
+std::unique_ptr<LogSink> systemLogSink(const char* ident);
+
+// Lines to standard error, each written with one call.
+std::unique_ptr<LogSink> standardErrorSink();
+
+// The log of a program: the system log, and standard error when QUORVANE_LOG is "stderr" or when
+// `echoToTerminal` is set and standard error is a terminal.
+std::unique_ptr<Log> makeProgramLog(const char* ident, bool echoToTerminal);
+
+} // namespace quorvane

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace quorvane {
+
+// The number at the start of `text` as the Foundation framework's integer readers take it: leading blanks are
+// skipped, then an optional sign, then decimal digits; what follows is ignored. Held within 64 bits; 0
+// without digits.
+std::int64_t leadingInteger(std::string_view text);
+
+} // namespace quorvane

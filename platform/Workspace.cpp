@@ -1,0 +1,78 @@
+#include "platform/Workspace.h"
+
+#include "platform/PropertyList.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QMimeDatabase>
+#include <QPixmap>
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+// Larger images are for other uses than a table's or an editor's.
+constexpr int largestIcon = 256;
+
+// Every size that the image file holds and the reader understands; sizes in JPEG 2000 are not.
+QIcon iconFromImageFile(const QString& file)
+{
+    QIcon icon;
+    const int images = std::min(QImageReader(file).imageCount(), 32);
+    for (int number = 0; number < images; ++number) {
+        QImageReader reader(file);
+        if (!reader.jumpToImage(number)
+            || std::max(reader.size().width(), reader.size().height()) > largestIcon)
+            continue;
+        if (const QImage image = reader.read(); !image.isNull())
+            icon.addPixmap(QPixmap::fromImage(image));
+    }
+    return icon;
+}
+
+QIcon bundleIcon(const QString& bundle)
+{
+    const QString contents = bundle + QStringLiteral("/Contents/");
+    const auto info = PropertyList::read((contents + QStringLiteral("Info.plist")).toStdString());
+    const auto name = info ? info->stringForKey("CFBundleIconFile") : std::nullopt;
+    if (!name)
+        return {};
+    QString file = QString::fromStdString(*name);
+    if (!file.endsWith(QStringLiteral(".icns"), Qt::CaseInsensitive))
+        file += QStringLiteral(".icns");
+    return iconFromImageFile(contents + QStringLiteral("Resources/") + QFileInfo(file).fileName());
+}
+
+QIcon desktopIcon(const QFileInfo& file)
+{
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension);
+    const QIcon icon = QIcon::fromTheme(type.iconName());
+    return icon.isNull() ? QIcon::fromTheme(type.genericIconName()) : icon;
+}
+
+QIcon findIcon(const QString& path)
+{
+    const bool isBundle = path.endsWith(QStringLiteral(".app"));
+    const QFileInfo file(path);
+    QIcon icon;
+    if (file.exists())
+        icon = isBundle ? bundleIcon(path) : desktopIcon(file);
+    if (!icon.isNull())
+        return icon;
+    return QIcon(isBundle ? QStringLiteral(":/images/application.svg") : QStringLiteral(":/images/tool.svg"));
+}
+
+} // namespace
+
+QIcon Workspace::iconForFile(const std::string& path)
+{
+    const QString key = QString::fromStdString(path);
+    auto known = m_icons.find(key);
+    if (known == m_icons.end())
+        known = m_icons.insert(key, findIcon(key));
+    return *known;
+}
+
+} // namespace quorvane

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QHash>
+#include <QIcon>
+
+#include <string>
+
+namespace quorvane {
+
+// What the desktop knows of files. User interface thread only.
+class Workspace {
+public:
+    // The icon by which a person knows the file: an application bundle's own, else the desktop's for the type
+    // of the file. A generic one when nothing exists at `path` or nothing better is known. Remembered for the
+    // run.
+    QIcon iconForFile(const std::string& path);
+
+private:
+    QHash<QString, QIcon> m_icons; // by path
+};
+
+} // namespace quorvane

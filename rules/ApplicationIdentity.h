@@ -1,0 +1,70 @@
+#pragma once
+
+#include "rules/NullableText.h"
+
+#include <optional>
+#include <string>
+
+// What a rule's process string says about the application. Pure functions.
+//
+// A process string is an executable path or "any", the head, which a parent part may follow: " via " and the
+// path of the program it was started through, or " via any" at the very end. Two forms stand for themselves:
+// "any ancestor PATH" and "any via NAME", where NAME does not begin with "/".
+
+namespace quorvane {
+
+// The short display name: "Mail" for ".../MacOS/Mail", "Any Process" for "any". Never names the parent.
+std::string applicationNameForProcess(const NullableText& process);
+
+// The key under which policy rules are stored and banded: "name:head:parent:constraint", in which a missing
+// parent is "(null)"; the two forms that stand for themselves make a key without parent and constraint.
+std::string applicationGroupIdentityForProcess(const NullableText& process, const NullableText& constraint);
+
+// The head, cut before " (-" where it holds one.
+std::string applicationPathForProcess(const NullableText& process);
+
+// A path, or "any"; none when the string has no parent part.
+std::optional<std::string> applicationParentPathForProcess(const NullableText& process);
+
+// The parent's last path component.
+std::optional<std::string> applicationParentNameForProcess(const NullableText& process);
+
+// The outermost ".app" bundle in the head, which is the one the user knows; the head when it holds none.
+std::string applicationBundlePathForPath(const NullableText& process);
+
+// The same of a rule of either kind; for the thread that owns the rule.
+
+template <class Rule> std::string applicationNameForRule(const Rule& rule)
+{
+    return applicationNameForProcess(rule.fields().processName);
+}
+
+template <class Rule> std::string applicationGroupIdentityForRule(const Rule& rule)
+{
+    if constexpr (requires { rule.fields().constraint; })
+        return applicationGroupIdentityForProcess(rule.fields().processName, rule.fields().constraint);
+    else
+        return applicationGroupIdentityForProcess(rule.fields().processName, "");
+}
+
+template <class Rule> std::string applicationPathForRule(const Rule& rule)
+{
+    return applicationPathForProcess(rule.fields().processName);
+}
+
+template <class Rule> std::optional<std::string> applicationParentPathForRule(const Rule& rule)
+{
+    return applicationParentPathForProcess(rule.fields().processName);
+}
+
+template <class Rule> std::optional<std::string> applicationParentNameForRule(const Rule& rule)
+{
+    return applicationParentNameForProcess(rule.fields().processName);
+}
+
+template <class Rule> std::string applicationBundlePathForRule(const Rule& rule)
+{
+    return applicationBundlePathForPath(rule.fields().processName);
+}
+
+} // namespace quorvane

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "rules/NullableText.h"
+
+#include <cstdint>
+
+namespace quorvane {
+
+// One named setting; a boolean is stored as 0 or 1.
+struct FilterOption {
+    NullableText name;
+    std::uint32_t value = 0;
+};
+
+} // namespace quorvane

@@ -1,0 +1,47 @@
+#include "rules/FoldedColumn.h"
+
+#include "platform/Unicode.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <string.h> // memmem
+
+namespace quorvane {
+
+void FoldedColumn::append(std::string_view text)
+{
+    constexpr char separator = '\xFF';
+    if (m_texts.empty() || text != m_last) {
+        m_texts.push_back({m_keys.size(), m_rules});
+        appendSearchKey(m_keys, text);
+        m_keys.push_back(separator);
+        m_last = text;
+    }
+    ++m_rules;
+}
+
+void FoldedColumn::markContaining(std::string_view key, std::vector<bool>& marks) const
+{
+    const auto startsAfter = [](std::size_t place, const Text& text) { return place < text.start; };
+    auto text = m_texts.begin();
+    std::size_t at = 0;
+    while (at < m_keys.size()) {
+        const void* hit = memmem(m_keys.data() + at, m_keys.size() - at, key.data(), key.size());
+        if (hit == nullptr)
+            return;
+        const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - m_keys.data());
+        // Hits are mostly near each other: look a few texts ahead before searching for the one that was hit.
+        for (int step = 0; step < 8 && std::next(text) != m_texts.end() && std::next(text)->start <= place;
+             ++step)
+            ++text;
+        if (std::next(text) != m_texts.end() && std::next(text)->start <= place)
+            text = std::prev(std::upper_bound(text, m_texts.end(), place, startsAfter));
+        const auto next = std::next(text);
+        const std::uint32_t end = next == m_texts.end() ? m_rules : next->firstRule;
+        std::fill(marks.begin() + text->firstRule, marks.begin() + end, true);
+        at = next == m_texts.end() ? m_keys.size() : next->start;
+    }
+}
+
+} // namespace quorvane

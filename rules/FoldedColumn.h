@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+// One text of every rule, folded for search once and laid end to end, so that a search is one scan of memory.
+// Neighbours with the same text share it.
+class FoldedColumn {
+public:
+    // Adds the text of the next rule.
+    void append(std::string_view text);
+
+    // Sets the mark of every rule whose text contains `key`, which must be a non-empty searchKey().
+    void markContaining(std::string_view key, std::vector<bool>& marks) const;
+
+private:
+    struct Text {
+        std::size_t start; // in m_keys
+        std::uint32_t firstRule;
+    };
+    std::string m_keys; // each followed by a byte that no UTF-8 text holds
+    std::vector<Text> m_texts;
+    std::string_view m_last; // as given; valid only while rules are appended
+    std::uint32_t m_rules = 0;
+};
+
+} // namespace quorvane

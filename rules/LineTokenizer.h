@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+// Splits a line of a rules file into its tokens.
+//
+// Only the blank and the double quote are special: blanks separate tokens, quotes keep blanks, and nothing
+// can be escaped. Known oddities are part of the format: an open quote keeps its last word only, and a quoted
+// value that ends in a blank yields an empty token and moves in front of the next quoted value of the line.
+//
+// Reusable, to spare the memory of each line; not for two threads at once.
+class LineTokenizer {
+public:
+    // The views point into `line` or into this object; they last until the next call.
+    const std::vector<std::string_view>& tokens(std::string_view line);
+
+private:
+    std::size_t takeWholeQuotedValue(std::string_view line, std::size_t at);
+    void takeRun(std::string_view run, std::string_view line, std::size_t& at);
+
+    std::vector<std::string_view> m_tokens;
+    std::string m_held; // what a quoted value has collected so far
+    std::deque<std::string> m_joined; // tokens that do not stand in the line as one piece
+    bool m_inQuotes = false;
+};
+
+// The tokens of one line.
+std::vector<std::string> scanString(std::string_view line);
+
+} // namespace quorvane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace quorvane {
+
+// Hands out the lines of a rules file, empty ones included, without their line ends.
+//
+// A line ends at LF, CR, VT, FF, NEL (U+0085), U+2028 or U+2029, so CR LF makes an empty line. Text after the
+// last line end is a line too, and so is the nothing after it. The views point into the text given.
+class LineWalker {
+public:
+    // `text` must be valid UTF-8.
+    explicit LineWalker(std::string_view text)
+        : m_rest(text)
+    {
+    }
+
+    // None after the last line.
+    std::optional<std::string_view> next();
+
+private:
+    std::string_view m_rest;
+    bool m_ended = false;
+};
+
+} // namespace quorvane

@@ -1,0 +1,158 @@
+#include "rules/RuleLine.h"
+
+#include "platform/NumberText.h"
+#include "platform/Unicode.h"
+#include "rules/LineTokenizer.h"
+#include "rules/LineWalker.h"
+#include "rules/RuleCodes.h"
+
+#include <optional>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::string_view watchWord = "watch";
+constexpr std::string_view optionWord = "set";
+constexpr std::size_t leastRuleTokens = 5;
+constexpr std::size_t leastOptionTokens = 3;
+
+// What both rule kinds read from the tokens that follow the first one.
+template <class Fields>
+void readCommonTokens(Fields& rule, const std::vector<std::string_view>& tokens, bool system, TextPool& pool)
+{
+    rule.policyType = policyTypeForString(tokens[1]);
+    rule.path = NullableText(tokens[2]);
+    rule.processName = pool.text(tokens[3]);
+    rule.operations = operationsForString(tokens[4]);
+    rule.system = system;
+    if (tokens.size() < 6)
+        return;
+    if (system)
+        rule.flags = flagsForString(tokens[5]);
+    else
+        rule.tag = pool.text(tokens[5]);
+}
+
+void appendQuoted(std::string& line, std::string_view text)
+{
+    line.append(" \"").append(text).append("\"");
+}
+
+std::string withoutQuotes(const NullableText& text)
+{
+    std::string plain(text.written());
+    std::erase(plain, '"');
+    return plain;
+}
+
+// The fields after the first one, up to the tag.
+template <class Fields> void appendCommonFields(std::string& line, const Fields& rule)
+{
+    line.append(" ").append(policyTypeDescription(rule.policyType));
+    appendQuoted(line, rule.path.written());
+    appendQuoted(line, rule.processName.written());
+    line.append(" ").append(operationsDescription(static_cast<std::int32_t>(rule.operations)));
+    appendQuoted(line, withoutQuotes(rule.tag));
+}
+
+// The tokens of what `line` leaves in a file, when that is one line.
+std::optional<std::vector<std::string>> tokensReadBack(std::string_view line)
+{
+    LineWalker lines(writtenPart(line));
+    const auto first = lines.next();
+    const auto second = lines.next();
+    if (!first || !second || !second->empty() || lines.next())
+        return std::nullopt;
+    return scanString(*first);
+}
+
+template <class Fields> bool sameCommonFields(const Fields& a, const Fields& b)
+{
+    return a.policyType == b.policyType && sameText(a.path, b.path) && sameText(a.processName, b.processName)
+        && a.operations == b.operations && withoutQuotes(a.tag) == withoutQuotes(b.tag);
+}
+
+} // namespace
+
+LineKind kindOfLine(const std::vector<std::string_view>& tokens, bool optionsAllowed)
+{
+    if (tokens.size() >= leastRuleTokens && tokens[0] == watchWord)
+        return LineKind::watchRule;
+    if (optionsAllowed && tokens.size() >= leastOptionTokens && tokens[0] == optionWord)
+        return LineKind::option;
+    return tokens.size() >= leastRuleTokens ? LineKind::policyRule : LineKind::unusable;
+}
+
+WatchRuleFields watchRuleFromTokens(const std::vector<std::string_view>& tokens, bool system, TextPool& pool)
+{
+    WatchRuleFields rule;
+    readCommonTokens(rule, tokens, system, pool);
+    return rule;
+}
+
+PolicyRuleFields policyRuleFromTokens(
+    const std::vector<std::string_view>& tokens, bool system, TextPool& pool)
+{
+    PolicyRuleFields rule;
+    rule.policyClass = policyClassForString(tokens[0]);
+    readCommonTokens(rule, tokens, system, pool);
+    if (tokens.size() > 6)
+        rule.constraint = pool.text(tokens[6]);
+    if (tokens.size() > 7)
+        rule.created = static_cast<std::uint64_t>(leadingInteger(tokens[7]));
+    return rule;
+}
+
+FilterOption optionFromTokens(const std::vector<std::string_view>& tokens)
+{
+    return {NullableText(tokens[1]), static_cast<std::uint32_t>(leadingInteger(tokens[2]))};
+}
+
+std::string ruleLine(const WatchRuleFields& rule)
+{
+    std::string line(watchWord);
+    appendCommonFields(line, rule);
+    return line.append("\n");
+}
+
+std::string ruleLine(const PolicyRuleFields& rule)
+{
+    std::string line(policyClassDescription(rule.policyClass));
+    appendCommonFields(line, rule);
+    appendQuoted(line, rule.constraint.written());
+    appendQuoted(line, std::to_string(static_cast<std::int64_t>(rule.created)));
+    return line.append("\n");
+}
+
+std::string_view writtenPart(std::string_view line)
+{
+    return line.substr(0, utf16Length(line));
+}
+
+bool readsBackAsWritten(const WatchRuleFields& rule)
+{
+    const auto tokens = tokensReadBack(ruleLine(rule));
+    if (!tokens)
+        return false;
+    const std::vector<std::string_view> views(tokens->begin(), tokens->end());
+    TextPool pool(1);
+    return kindOfLine(views, false) == LineKind::watchRule
+        && sameCommonFields(rule, watchRuleFromTokens(views, false, pool));
+}
+
+bool readsBackAsWritten(const PolicyRuleFields& rule)
+{
+    const auto tokens = tokensReadBack(ruleLine(rule));
+    if (!tokens)
+        return false;
+    const std::vector<std::string_view> views(tokens->begin(), tokens->end());
+    TextPool pool(1);
+    if (kindOfLine(views, false) != LineKind::policyRule)
+        return false;
+    const PolicyRuleFields read = policyRuleFromTokens(views, false, pool);
+    return rule.policyClass == read.policyClass && sameCommonFields(rule, read)
+        && sameText(rule.constraint, read.constraint) && rule.created == read.created;
+}
+
+} // namespace quorvane

@@ -1,0 +1,394 @@
+#include "rules/RuleManager.h"
+
+#include "platform/Log.h"
+#include "platform/Unicode.h"
+#include "rules/ApplicationIdentity.h"
+#include "rules/FailSafeMerge.h"
+#include "rules/RuleLine.h"
+#include "rules/RulesFile.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace quorvane {
+
+namespace {
+
+// Which optional system file an option leaves out.
+struct OptionalSystemFile {
+    const char* option;
+    const char* file;
+};
+constexpr std::array<OptionalSystemFile, 4> optionalSystemFiles{{
+    {"policy.global.user", "user.rc"},
+    {"policy.global.webcam", "webcam.rc"},
+    {"policy.global.startup", "startup.rc"},
+    {"policy.global.exec", "exec.rc"},
+}};
+constexpr std::uint32_t leavesFileOut = 2;
+constexpr const char* paranoidOption = "policy.global.paranoid";
+
+constexpr std::array boolOptions{"access.user.restrict", "access.user.create"};
+constexpr std::array integerOptions{"access.user.detail", "security.hashing.enforce",
+    "filter.exec.allow.signed", "policy.global.user", "policy.global.webcam", "policy.global.startup",
+    "policy.global.exec", "policy.global.attach", "policy.global.paranoid", "ui.prompts.while_locked",
+    "ui.prompts.oob", "ui.prompts.remote", "ui.prompts.authenticate"};
+
+// The pieces of a log line, joined.
+template <class... Pieces> std::string logLine(const Pieces&... pieces)
+{
+    std::string line;
+    const auto append = [&line](const auto& piece) {
+        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(piece)>>)
+            line.append(std::to_string(piece));
+        else
+            line.append(piece);
+    };
+    (append(pieces), ...);
+    return line;
+}
+
+} // namespace
+
+RuleManager::RuleManager(Locations locations, Log& log)
+    : m_locations(std::move(locations))
+    , m_log(log)
+{
+}
+
+RuleManager& RuleManager::sharedManager(const Locations& locations, Log& log)
+{
+    static RuleManager* const shared = initWithCurrentUserConfiguration(locations, log).release();
+    return *shared;
+}
+
+std::unique_ptr<RuleManager> RuleManager::initWithCurrentUserConfiguration(Locations locations, Log& log)
+{
+    const std::string userFile = locations.userRulesFile();
+    auto store = initWithContentsOfFile(userFile, false, std::move(locations), log);
+    store->loadOptions(); // Deliberate: every option is there twice; the first one counts.
+    store->readSelectedSystemFiles();
+    return store;
+}
+
+std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
+    const NullableText& path, bool shouldLabelAsSystemRules, Locations locations, Log& log)
+{
+    auto store = std::make_unique<RuleManager>(std::move(locations), log);
+    store->addFileContents(path, shouldLabelAsSystemRules);
+    store->loadOptions();
+    store->rebuildRulesCache();
+    return store;
+}
+
+void RuleManager::reloadCurrentUserConfiguration()
+{
+    m_policyRulesByApplication.clear();
+    m_orderedGroups.clear();
+    m_watchRules = {};
+    m_filterOptions.clear();
+    addFileContents(m_locations.userRulesFile(), false);
+    loadOptions();
+    readSelectedSystemFiles();
+}
+
+void RuleManager::readSelectedSystemFiles()
+{
+    readSettings();
+    const bool paranoid = m_settings && m_settings->integerForKey(paranoidOption) == 1;
+    addFileContents(
+        paranoid ? m_locations.paranoidSystemRulesFile() : m_locations.mainSystemRulesFile(), true);
+    for (const OptionalSystemFile& optional : optionalSystemFiles) {
+        if (getOption(optional.option) != leavesFileOut)
+            addFileContents(m_locations.systemFolder() + optional.file, true);
+    }
+    rebuildRulesCache();
+}
+
+bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSystemRules)
+{
+    m_lastErrorMessage.reset();
+    if (path.isNull()) {
+        m_log.write("could not open null path");
+        m_lastErrorMessage = "Internal error: the path provided was null";
+        return false;
+    }
+    const std::string file(path.view());
+    const RulesFileText contents = RulesFileText::read(file);
+    if (contents.errorMessage()) {
+        m_lastErrorMessage = contents.errorMessage();
+        return false;
+    }
+    if (contents.isNothing()) {
+        m_log.write("failed to load contents of " + file);
+        return true;
+    }
+    const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
+        || file.starts_with(m_locations.paranoidSystemRulesFile());
+    std::unique_ptr<FailSafeMerge> failSafe;
+    if (file == m_locations.failSafeFile())
+        failSafe = std::make_unique<FailSafeMerge>();
+    useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
+        [&](ParsedLine& line) { storeParsedLine(line, failSafe.get()); });
+    return true;
+}
+
+void RuleManager::storeParsedLine(ParsedLine& line, FailSafeMerge* failSafe)
+{
+    if (auto* policy = std::get_if<PolicyRulePtr>(&line.record)) {
+        storeParsedRule(std::move(*policy), line.hash, failSafe);
+    } else if (auto* watch = std::get_if<WatchRulePtr>(&line.record)) {
+        storeParsedRule(std::move(*watch), line);
+    } else {
+        auto& option = std::get<FilterOption>(line.record);
+        m_log.write(logLine("option ", option.name.written(), " set to ", option.value));
+        m_filterOptions.push_back(std::move(option));
+    }
+}
+
+void RuleManager::storeParsedRule(WatchRulePtr rule, const ParsedLine& line)
+{
+    rule->setSequence(m_ruleSequence++);
+    if (m_log.isListening()) {
+        const WatchRuleFields& fields = rule->fields();
+        m_log.write(logLine("watch policy type ", fields.policyType, " path ", fields.path.written(),
+            " proc ", fields.processName.written(), " operations ", fields.operations, " (",
+            line.operationsText.view(), ")"));
+    }
+    if (!m_watchRules.firstEqual(*rule, line.hash))
+        m_watchRules.append(std::move(rule), line.hash);
+}
+
+void RuleManager::storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, FailSafeMerge* failSafe)
+{
+    rule->setSequence(m_ruleSequence++);
+    PolicyGroup& group = groupOf(*rule);
+    if (m_log.isListening()) {
+        const PolicyRuleFields& fields = rule->fields();
+        m_log.write(logLine("policy class ", fields.policyClass, " type ", fields.policyType, " path ",
+            fields.path.written(), " process ", fields.processName.written(), " operations ",
+            fields.operations, " flags ", fields.flags, " constraint ", fields.constraint.written(),
+            " to application directory for '", applicationGroupIdentityForRule(*rule), "'"));
+    }
+    if (failSafe != nullptr) {
+        if (!failSafe->absorbs(*rule, group))
+            group.rules().append(rule);
+    } else if (!group.rules().firstEqual(*rule, hash)) {
+        group.rules().append(std::move(rule), hash);
+    }
+}
+
+void RuleManager::readSettings()
+{
+    m_settings = PropertyList::read(m_locations.preferencesFile());
+}
+
+void RuleManager::loadOptions()
+{
+    readSettings();
+    if (!m_settings)
+        return;
+    for (const char* name : boolOptions)
+        loadOptionAsBool(name);
+    for (const char* name : integerOptions)
+        loadOptionAsInteger(name);
+}
+
+void RuleManager::loadOptionAsBool(const std::string& name)
+{
+    m_filterOptions.push_back({name, m_settings && m_settings->boolForKey(name) ? 1U : 0U});
+}
+
+void RuleManager::loadOptionAsInteger(const std::string& name)
+{
+    const std::int32_t value = m_settings ? m_settings->integerForKey(name) : 0;
+    m_filterOptions.push_back({name, static_cast<std::uint32_t>(value)});
+}
+
+std::uint32_t RuleManager::getOption(std::string_view name) const
+{
+    const auto found = std::find_if(m_filterOptions.begin(), m_filterOptions.end(),
+        [&](const FilterOption& option) { return option.name.view() == name; });
+    return found == m_filterOptions.end() ? 0 : found->value;
+}
+
+bool RuleManager::writeToCurrentUserConfiguration()
+{
+    return writeToFile(m_locations.userRulesFile());
+}
+
+bool RuleManager::writeToFile(const std::string& path)
+{
+    RulesFileWriter file(path);
+    if (file.isOpen()) {
+        const auto writeUserRule = [&file](const auto& rule) {
+            if (!rule->fields().system)
+                file.writeLine(ruleLine(rule->fields()));
+        };
+        m_watchRules.forEach(writeUserRule);
+        for (const Groups::value_type* group : orderedGroups())
+            group->second.rules().forEach(writeUserRule);
+        file.finish();
+    }
+    m_lastErrorMessage = file.errorMessage();
+    return file.isOpen();
+}
+
+bool RuleManager::writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite)
+{
+    RulesFileWriter file(path);
+    const bool opened = file.isOpen();
+    if (opened) {
+        for (const RuleRef& rule : policiesToWrite)
+            askRule(rule, [&file](const auto& record) { file.writeLine(ruleLine(record.fields())); });
+        file.finish();
+    }
+    m_lastErrorMessage = file.errorMessage();
+    return opened;
+}
+
+void RuleManager::rebuildRulesCache()
+{
+    m_rulesChanged = true;
+}
+
+void RuleManager::applyFilterWithString(const std::string& text)
+{
+    m_index.setSearchText(text);
+    m_rowsChanged = true;
+}
+
+void RuleManager::sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors)
+{
+    index();
+    m_index.setSortDescriptors(std::move(descriptors));
+    m_index.sort();
+}
+
+std::size_t RuleManager::totalRules(bool includeSystemRules) const
+{
+    return index().rows()->count(includeSystemRules);
+}
+
+const RuleRef& RuleManager::ruleAtIndex(std::size_t row, bool includeSystemRules) const
+{
+    return index().rows()->at(row, includeSystemRules);
+}
+
+std::shared_ptr<const RuleRows> RuleManager::rows() const
+{
+    return index().rows();
+}
+
+std::vector<PolicyRulePtr> RuleManager::policyRules() const
+{
+    return index().passingPolicyRules();
+}
+
+std::vector<std::string> RuleManager::sortedKeys() const
+{
+    std::vector<std::string> keys;
+    for (const Groups::value_type* group : orderedGroups())
+        keys.push_back(group->first);
+    return keys;
+}
+
+bool RuleManager::addWatchRule(WatchRulePtr rule)
+{
+    m_watchRules.append(rule);
+    rebuildRulesCache();
+    return true;
+}
+
+bool RuleManager::addPolicyRule(PolicyRulePtr rule)
+{
+    groupOf(*rule).rules().append(rule);
+    rebuildRulesCache();
+    return true;
+}
+
+bool RuleManager::deleteWatchRule(const WatchRule& rule)
+{
+    if (!m_watchRules.removeFirstEqual(rule))
+        return false;
+    rebuildRulesCache();
+    return true;
+}
+
+bool RuleManager::deletePolicyRule(const PolicyRule& rule)
+{
+    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
+    if (group == m_policyRulesByApplication.end() || !group->second.rules().removeFirstEqual(rule))
+        return false;
+    rebuildRulesCache();
+    return true;
+}
+
+WatchRulePtr RuleManager::firstEqualRule(const WatchRule& rule) const
+{
+    return m_watchRules.firstEqual(rule);
+}
+
+PolicyRulePtr RuleManager::firstEqualRule(const PolicyRule& rule) const
+{
+    const PolicyGroup* group = existingGroupOf(rule);
+    return group == nullptr ? nullptr : group->rules().firstEqual(rule);
+}
+
+const PolicyRule* RuleManager::coveringRule(const PolicyRule& rule) const
+{
+    const PolicyGroup* group = existingGroupOf(rule);
+    return group == nullptr ? nullptr : group->firstCovering(rule);
+}
+
+PolicyGroup& RuleManager::groupOf(const PolicyRule& rule)
+{
+    const auto [group, isNew] = m_policyRulesByApplication.try_emplace(applicationGroupIdentityForRule(rule));
+    if (isNew)
+        m_orderedGroups.clear();
+    return group->second;
+}
+
+const PolicyGroup* RuleManager::existingGroupOf(const PolicyRule& rule) const
+{
+    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
+    return group == m_policyRulesByApplication.end() ? nullptr : &group->second;
+}
+
+const std::vector<const RuleManager::Groups::value_type*>& RuleManager::orderedGroups() const
+{
+    if (!m_orderedGroups.empty() || m_policyRulesByApplication.empty())
+        return m_orderedGroups;
+    std::vector<std::pair<std::string, const Groups::value_type*>> keyed;
+    for (const Groups::value_type& group : m_policyRulesByApplication)
+        keyed.emplace_back(smallLetters(group.first), &group);
+    std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first < b.first : a.second->first < b.second->first;
+    });
+    for (const auto& [key, group] : keyed)
+        m_orderedGroups.push_back(group);
+    return m_orderedGroups;
+}
+
+const RuleIndex& RuleManager::index() const
+{
+    if (std::exchange(m_rulesChanged, false)) {
+        std::size_t total = m_watchRules.size();
+        for (const Groups::value_type* group : orderedGroups())
+            total += group->second.rules().size();
+        std::vector<RuleRef> rules;
+        rules.reserve(total);
+        const auto collect = [&rules](const auto& rule) { rules.emplace_back(rule); };
+        m_watchRules.forEach(collect);
+        for (const Groups::value_type* group : orderedGroups())
+            group->second.rules().forEach(collect);
+        m_index.setRules(std::move(rules));
+    } else if (m_rowsChanged) {
+        m_index.rebuild();
+    }
+    m_rowsChanged = false;
+    return m_index;
+}
+
+} // namespace quorvane

@@ -1,0 +1,143 @@
+#pragma once
+
+#include "platform/Locations.h"
+#include "platform/PropertyList.h"
+#include "rules/FilterOption.h"
+#include "rules/PolicyGroup.h"
+#include "rules/RuleIndex.h"
+#include "rules/RuleList.h"
+#include "rules/RuleRef.h"
+#include "rules/RuleSort.h"
+#include "rules/RulesParser.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace quorvane {
+
+class FailSafeMerge;
+class Log;
+
+// The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
+// and writes them.
+//
+// Owns every record; records are shared so that an editor may still hold one that the store has dropped. No
+// operation throws: failures are answered with false and told by lastErrorMessage(). Not locked: one thread
+// only. A row number is valid until the next add, delete, filter, sort or reload.
+class RuleManager {
+public:
+    // An empty store. `log` must outlive it.
+    RuleManager(Locations locations, Log& log);
+
+    // The process-wide store of the current user's configuration. It is made by the first call, which alone
+    // uses the arguments, and is never released. Safe from any thread as far as the making goes.
+    static RuleManager& sharedManager(const Locations& locations, Log& log);
+
+    // The store of the current user's configuration: the user's file, the options of the preferences, and the
+    // system files that the options select. Never fails; what could be read is there.
+    static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(Locations locations, Log& log);
+
+    // A store of one file, with the options of the preferences. Also after a failure to read it.
+    static std::unique_ptr<RuleManager> initWithContentsOfFile(
+        const NullableText& path, bool shouldLabelAsSystemRules, Locations locations, Log& log);
+
+    // Discards all rules and options and reads the current user's configuration again. Keeps sort and filter,
+    // and sequence numbers go on rising.
+    void reloadCurrentUserConfiguration();
+
+    // Appends what a rules file holds, without duplicates; never removes anything. False only when the file
+    // is there and cannot be read. The rows change with the next rebuildRulesCache().
+    bool addFileContents(const NullableText& path, bool shouldLabelAsSystemRules);
+
+    // Appends the options of the preferences; nothing when these cannot be read.
+    void loadOptions();
+    void loadOptionAsBool(const std::string& name);
+    void loadOptionAsInteger(const std::string& name);
+    // The value of the first option of that name, 0 when there is none.
+    std::uint32_t getOption(std::string_view name) const;
+    const std::vector<FilterOption>& filterOptions() const { return m_filterOptions; }
+
+    // Writes every user rule, whatever the filter, to the user's file.
+    bool writeToCurrentUserConfiguration();
+    // Writes every user rule, whatever the filter. Deliberate: true also when a line was cut short; only
+    // lastErrorMessage() tells.
+    bool writeToFile(const std::string& path);
+    // Writes exactly these rules, system rules included, in this order. As true as the other.
+    bool writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite);
+
+    // The rows follow the stored rules again. The work is done when somebody next looks at them.
+    void rebuildRulesCache();
+    // Shows only rules that contain `text`; all of them when it is empty. Stays in force until changed.
+    void applyFilterWithString(const std::string& text);
+    // Stays in force, also after later rebuilds.
+    void sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors);
+    std::size_t totalRules(bool includeSystemRules) const;
+    // All rules, also those that the filter hides.
+    std::size_t storedRules() const { return index().rules().size(); }
+    // Requires row < totalRules(includeSystemRules).
+    const RuleRef& ruleAtIndex(std::size_t row, bool includeSystemRules) const;
+    // The present rows, unchanged by what the store does later.
+    std::shared_ptr<const RuleRows> rows() const;
+    // The policy rules that pass the filter, by application group.
+    std::vector<PolicyRulePtr> policyRules() const;
+    const RuleList<WatchRule>& watchRules() const { return m_watchRules; }
+    // The application group keys, case-insensitively ordered; those of emptied groups too.
+    std::vector<std::string> sortedKeys() const;
+
+    // Store the very object given; always true. Set no sequence, test for no duplicate.
+    bool addWatchRule(WatchRulePtr rule);
+    bool addPolicyRule(PolicyRulePtr rule);
+    // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
+    bool deleteWatchRule(const WatchRule& rule);
+    bool deletePolicyRule(const PolicyRule& rule);
+    // The stored rule that a delete of `rule` would remove; null when there is none.
+    WatchRulePtr firstEqualRule(const WatchRule& rule) const;
+    PolicyRulePtr firstEqualRule(const PolicyRule& rule) const;
+
+    // True when another stored rule of the same application group covers `rule`.
+    bool isRedundant(const PolicyRule& rule) const { return coveringRule(rule) != nullptr; }
+    // The first such rule; null when there is none. Lives as long as it is stored.
+    const PolicyRule* coveringRule(const PolicyRule& rule) const;
+
+    // Why the last read or write failed; none when it did not.
+    const std::optional<std::string>& lastErrorMessage() const { return m_lastErrorMessage; }
+    void setLastErrorMessage(std::optional<std::string> message) { m_lastErrorMessage = std::move(message); }
+
+    const Locations& locations() const { return m_locations; }
+
+private:
+    using Groups = std::unordered_map<std::string, PolicyGroup>;
+
+    void readSelectedSystemFiles();
+    void readSettings();
+    void storeParsedLine(ParsedLine& line, FailSafeMerge* failSafe);
+    void storeParsedRule(WatchRulePtr rule, const ParsedLine& line);
+    void storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, FailSafeMerge* failSafe);
+    PolicyGroup& groupOf(const PolicyRule& rule);
+    const PolicyGroup* existingGroupOf(const PolicyRule& rule) const;
+    const std::vector<const Groups::value_type*>& orderedGroups() const;
+    const RuleIndex& index() const;
+
+    const Locations m_locations;
+    Log& m_log;
+    Groups m_policyRulesByApplication; // by application group identity
+    RuleList<WatchRule> m_watchRules;
+    std::vector<FilterOption> m_filterOptions;
+    std::optional<PropertyList> m_settings;
+    std::int64_t m_ruleSequence = 0;
+    std::optional<std::string> m_lastErrorMessage;
+
+    // Derived; brought up to date when looked at.
+    mutable RuleIndex m_index;
+    mutable bool m_rulesChanged = false;
+    mutable bool m_rowsChanged = false;
+    mutable std::vector<const Groups::value_type*> m_orderedGroups;
+};
+
+} // namespace quorvane

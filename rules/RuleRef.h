@@ -1,0 +1,26 @@
+#pragma once
+
+#include "rules/PolicyRule.h"
+#include "rules/WatchRule.h"
+
+#include <variant>
+
+namespace quorvane {
+
+// A rule of either kind, by reference. Never holds a null pointer.
+using RuleRef = std::variant<PolicyRulePtr, WatchRulePtr>;
+
+// The policy rule that `rule` is, or null when it is a watch rule.
+inline const PolicyRule* policyRuleIn(const RuleRef& rule)
+{
+    const auto* policy = std::get_if<PolicyRulePtr>(&rule);
+    return policy == nullptr ? nullptr : policy->get();
+}
+
+// What `question` answers when it is asked with the record itself.
+template <class Question> decltype(auto) askRule(const RuleRef& rule, Question&& question)
+{
+    return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
+}
+
+} // namespace quorvane

@@ -1,0 +1,146 @@
+#include "rules/RuleSort.h"
+
+#include "platform/Unicode.h"
+#include "rules/SortColumn.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::array<std::pair<std::string_view, SortKey>, 11> propertyNames{{
+    {"policyClass", SortKey::policyClass},
+    {"policyType", SortKey::policyType},
+    {"path", SortKey::path},
+    {"processName", SortKey::processName},
+    {"tag", SortKey::tag},
+    {"constraint", SortKey::constraint},
+    {"operations", SortKey::operations},
+    {"flags", SortKey::flags},
+    {"created", SortKey::created},
+    {"sequence", SortKey::sequence},
+    {"system", SortKey::system},
+}};
+
+template <class Rule> constexpr bool isPolicy = std::is_same_v<Rule, PolicyRule>;
+
+template <class Rule> void appendValue(SortColumn& column, SortKey key, const Rule& rule)
+{
+    const auto& fields = rule.fields();
+    switch (key) {
+    case SortKey::policyClass:
+        return column.appendNumber(rule.policyClass());
+    case SortKey::policyType:
+        return column.appendNumber(fields.policyType);
+    case SortKey::path:
+        return column.appendText(fields.path);
+    case SortKey::processName:
+        return column.appendText(fields.processName);
+    case SortKey::tag:
+        return column.appendText(fields.tag);
+    case SortKey::constraint:
+        if constexpr (isPolicy<Rule>)
+            return column.appendText(fields.constraint);
+        return column.appendAbsent();
+    case SortKey::operations:
+        return column.appendNumber(fields.operations);
+    case SortKey::flags:
+        return column.appendNumber(fields.flags);
+    case SortKey::created:
+        if constexpr (isPolicy<Rule>)
+            return column.appendUnsigned(fields.created);
+        return column.appendAbsent();
+    case SortKey::sequence:
+        return column.appendNumber(fields.sequence);
+    case SortKey::system:
+        return column.appendNumber(fields.system ? 1 : 0);
+    case SortKey::processShortName:
+        return column.appendText(rule.getProcessShortName());
+    case SortKey::ruleState:
+        return column.appendNumber(rule.getRuleState());
+    case SortKey::shownClass:
+        if constexpr (isPolicy<Rule>)
+            return column.appendNumber(fields.policyClass);
+        else
+            return column.appendNumber(rule.getPolicyClass());
+    }
+}
+
+SortColumn columnOf(SortKey key, const std::vector<std::uint32_t>& order, const std::vector<RuleRef>& rules)
+{
+    SortColumn column;
+    for (const std::uint32_t number : order)
+        askRule(rules[number], [&](const auto& rule) { appendValue(column, key, rule); });
+    return column;
+}
+
+// A stretch of places that tie in all descriptors before `descriptor`, and in the first `depth` bytes of it.
+struct Tie {
+    std::size_t begin;
+    std::size_t end;
+    std::size_t descriptor;
+    std::size_t depth;
+};
+
+} // namespace
+
+std::optional<SortKey> sortKeyNamed(std::string_view property)
+{
+    const auto* found = std::find_if(propertyNames.begin(), propertyNames.end(),
+        [&](const auto& entry) { return entry.first == property; });
+    return found == propertyNames.end() ? std::nullopt : std::optional(found->second);
+}
+
+// Sorts by eight bytes of a key at a time: places that tie in them form a shorter stretch that is sorted by
+// the next eight, and by the next descriptor when the key has no more. So long common beginnings are compared
+// once.
+void sortRules(std::vector<std::uint32_t>& order, const std::vector<RuleRef>& rules,
+    const std::vector<SortDescriptor>& descriptors)
+{
+    if (descriptors.empty())
+        return;
+    std::vector<std::unique_ptr<SortColumn>> columns(descriptors.size());
+    std::vector<SortColumn::Slice> slices(order.size());
+    for (std::size_t place = 0; place < slices.size(); ++place)
+        slices[place].place = static_cast<std::uint32_t>(place);
+
+    std::vector<Tie> ties{{0, order.size(), 0, 0}};
+    while (!ties.empty()) {
+        const Tie tie = ties.back();
+        ties.pop_back();
+        if (tie.descriptor == descriptors.size())
+            continue;
+        const SortDescriptor& descriptor = descriptors[tie.descriptor];
+        auto& column = columns[tie.descriptor];
+        if (!column)
+            column = std::make_unique<SortColumn>(columnOf(descriptor.key, order, rules));
+
+        const auto begin = slices.begin() + static_cast<std::ptrdiff_t>(tie.begin);
+        const auto end = slices.begin() + static_cast<std::ptrdiff_t>(tie.end);
+        column->loadSlices(begin, end, tie.depth, descriptor.ascending);
+        for (auto from = begin; from != end;) {
+            const auto to = std::find_if_not(from, end, [&](const auto& slice) { return slice.ties(*from); });
+            const auto first = static_cast<std::size_t>(from - slices.begin());
+            const auto last = static_cast<std::size_t>(to - slices.begin());
+            from = to;
+            if (last - first < 2)
+                continue;
+            if (slices[first].keyGoesOn(descriptor.ascending))
+                ties.push_back({first, last, tie.descriptor, tie.depth + SortColumn::sliceLength});
+            else
+                ties.push_back({first, last, tie.descriptor + 1, 0});
+        }
+    }
+
+    std::vector<std::uint32_t> sorted(order.size());
+    std::transform(
+        slices.begin(), slices.end(), sorted.begin(), [&](const auto& slice) { return order[slice.place]; });
+    order = std::move(sorted);
+}
+
+} // namespace quorvane

@@ -1,0 +1,106 @@
+#include "rules/RulesParser.h"
+
+#include "rules/LineWalker.h"
+#include "rules/RuleLine.h"
+#include "rules/RuleList.h"
+
+#include <algorithm>
+#include <deque>
+#include <future>
+#include <memory>
+#include <thread>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t stretchLength = 256U << 10U; // bytes, about
+
+// Cuts the next stretch of whole lines off the front of `text`. A line feed always ends a line.
+std::string_view takeStretch(std::string_view& text)
+{
+    const std::size_t lineFeed = text.find('\n', std::min(stretchLength, text.size()));
+    const std::string_view stretch
+        = text.substr(0, lineFeed == std::string_view::npos ? lineFeed : lineFeed + 1);
+    text.remove_prefix(stretch.size());
+    return stretch;
+}
+
+// A parser and the stretch that it parses, perhaps on another thread.
+struct Worker {
+    explicit Worker(RulesFileKind kind)
+        : parser(kind)
+    {
+    }
+    void start(std::string_view stretch, std::launch policy)
+    {
+        records = std::async(policy, [this, stretch] { return parser.parse(stretch); });
+    }
+
+    RulesParser parser;
+    std::future<std::vector<ParsedLine>> records;
+};
+
+} // namespace
+
+std::vector<ParsedLine> RulesParser::parse(std::string_view text)
+{
+    constexpr std::size_t usualLine = 128; // bytes
+    std::vector<ParsedLine> records;
+    records.reserve(text.size() / usualLine + 1);
+    LineWalker lines(text);
+    while (const auto line = lines.next()) {
+        if (!line->empty() && line->front() != ';')
+            parseLine(*line, records);
+    }
+    return records;
+}
+
+void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
+{
+    const auto& tokens = m_tokenizer.tokens(line);
+    switch (kindOfLine(tokens, m_kind.optionsAllowed)) {
+    case LineKind::unusable:
+        return;
+    case LineKind::option:
+        out.push_back({optionFromTokens(tokens), 0, {}});
+        return;
+    case LineKind::watchRule: {
+        auto rule = std::make_shared<WatchRule>(watchRuleFromTokens(tokens, m_kind.system, m_pool));
+        const std::uint64_t hash = identityHash(*rule);
+        out.push_back({std::move(rule), hash, m_pool.text(tokens[4])});
+        return;
+    }
+    case LineKind::policyRule: {
+        auto rule = std::make_shared<PolicyRule>(policyRuleFromTokens(tokens, m_kind.system, m_pool));
+        const std::uint64_t hash = identityHash(*rule);
+        out.push_back({std::move(rule), hash, {}});
+        return;
+    }
+    }
+}
+
+void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use)
+{
+    // Where no thread can be had, the library's choice falls back on this one.
+    const bool isLong = text.size() > 2 * stretchLength;
+    const auto policy = isLong ? std::launch::async | std::launch::deferred : std::launch::deferred;
+    std::deque<Worker> workers;
+    for (unsigned number = isLong ? std::max(std::thread::hardware_concurrency(), 1U) : 1U; number > 0;
+         --number)
+        workers.emplace_back(kind).start(takeStretch(text), policy);
+    std::size_t busy = workers.size();
+    for (std::size_t next = 0; busy > 0; next = (next + 1) % workers.size()) {
+        Worker& worker = workers[next];
+        std::vector<ParsedLine> records = worker.records.get();
+        if (text.empty())
+            --busy;
+        else
+            worker.start(takeStretch(text), policy);
+        for (ParsedLine& record : records)
+            use(record);
+    }
+}
+
+} // namespace quorvane

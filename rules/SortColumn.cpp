@@ -1,0 +1,68 @@
+#include "rules/SortColumn.h"
+
+#include "platform/Unicode.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+namespace quorvane {
+
+void SortColumn::appendAbsent()
+{
+    m_values.push_back({0, 0, false, true});
+}
+
+void SortColumn::appendNumber(std::int64_t number)
+{
+    constexpr std::uint64_t signBit = std::uint64_t{1} << 63U;
+    appendUnsigned(static_cast<std::uint64_t>(number) ^ signBit);
+}
+
+void SortColumn::appendUnsigned(std::uint64_t number)
+{
+    m_values.push_back({number, 0, false, false});
+}
+
+void SortColumn::appendText(const NullableText& text)
+{
+    if (text.isNull())
+        return appendAbsent();
+    const std::size_t start = m_texts.size();
+    appendSmallLetters(m_texts, text.view());
+    m_values.push_back({start, static_cast<std::uint32_t>(m_texts.size() - start), true, false});
+}
+
+SortColumn::Slice SortColumn::sliceOf(std::uint32_t place, std::size_t depth) const
+{
+    const Value& value = m_values[place];
+    if (value.isAbsent)
+        return {0, place, 0};
+    if (!value.isText)
+        return {value.number, place, 1};
+    const std::size_t left = value.length - depth;
+    const char* bytes = m_texts.data() + value.number + depth;
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, std::min(left, sliceLength));
+    if constexpr (std::endian::native == std::endian::little)
+        word = __builtin_bswap64(word);
+    return {word, place, static_cast<std::uint32_t>(std::min<std::size_t>(left + 1, longRest))};
+}
+
+void SortColumn::loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end,
+    std::size_t depth, bool ascending) const
+{
+    std::transform(begin, end, begin, [&](const Slice& old) {
+        Slice slice = sliceOf(old.place, depth);
+        if (!ascending) {
+            slice.value = ~slice.value;
+            slice.rest = ~slice.rest;
+        }
+        return slice;
+    });
+    const bool allTie = std::all_of(begin, end, [&](const Slice& slice) { return slice.ties(*begin); });
+    if (!allTie)
+        std::sort(begin, end);
+}
+
+} // namespace quorvane

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "rules/NullableText.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+// The values of one sort key, in the order of the places to be sorted, laid out for comparison in slices.
+class SortColumn {
+public:
+    static constexpr std::size_t sliceLength = 8; // bytes of a text
+
+    // A value, or eight bytes of a text, as a number that compares like it.
+    struct Slice {
+        std::uint64_t value;
+        std::uint32_t place;
+        std::uint32_t rest; // 0 for absent, else one more than the bytes left from the slice on, at most 10
+
+        bool ties(const Slice& other) const { return value == other.value && rest == other.rest; }
+        bool keyGoesOn(bool ascending) const { return (ascending ? rest : ~rest) == longRest; }
+        friend bool operator<(const Slice& a, const Slice& b)
+        {
+            if (a.value != b.value)
+                return a.value < b.value;
+            return a.rest != b.rest ? a.rest < b.rest : a.place < b.place;
+        }
+    };
+
+    void appendAbsent();
+    void appendNumber(std::int64_t number);
+    void appendUnsigned(std::uint64_t number);
+    void appendText(const NullableText& text);
+
+    // Loads the slices of their places, from byte `depth` of the texts on, and sorts them. Slices that tie
+    // are left in the order of their places.
+    void loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end, std::size_t depth,
+        bool ascending) const;
+
+private:
+    static constexpr std::uint32_t longRest = sliceLength + 2;
+    struct Value {
+        std::uint64_t number; // of a text: where it starts in m_texts
+        std::uint32_t length; // of a text
+        bool isText;
+        bool isAbsent;
+    };
+    Slice sliceOf(std::uint32_t place, std::size_t depth) const;
+
+    std::vector<Value> m_values;
+    std::string m_texts; // as small letters
+};
+
+} // namespace quorvane

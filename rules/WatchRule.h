@@ -1,0 +1,66 @@
+#pragma once
+
+#include "rules/LockedFields.h"
+#include "rules/NullableText.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace quorvane {
+
+// The properties of a watch rule; the codes are those of RuleCodes.h.
+struct WatchRuleFields {
+    std::int32_t policyType = 0;
+    NullableText path;
+    NullableText processName;
+    NullableText tag = "";
+    std::uint32_t operations = 0;
+    std::uint32_t flags = 0;
+    std::int64_t sequence = 0; // load order
+    bool system = false;
+};
+
+// Names operations on paths that are reported, not decided. Shared and threaded like PolicyRule.
+class WatchRule : public LockedFields<WatchRuleFields> {
+public:
+    explicit WatchRule(WatchRuleFields fields = {});
+    WatchRule(const WatchRule&) = delete;
+    WatchRule& operator=(const WatchRule&) = delete;
+
+    std::int32_t policyType() const { return get(&WatchRuleFields::policyType); }
+    void setPolicyType(std::int32_t value) { setKey(&WatchRuleFields::policyType, value); }
+    NullableText path() const { return get(&WatchRuleFields::path); }
+    void setPath(NullableText value) { setKey(&WatchRuleFields::path, std::move(value)); }
+    NullableText processName() const { return get(&WatchRuleFields::processName); }
+    void setProcessName(NullableText value) { setKey(&WatchRuleFields::processName, std::move(value)); }
+    NullableText tag() const { return get(&WatchRuleFields::tag); }
+    void setTag(NullableText value) { set(&WatchRuleFields::tag, std::move(value)); }
+    std::uint32_t operations() const { return get(&WatchRuleFields::operations); }
+    void setOperations(std::uint32_t value) { setKey(&WatchRuleFields::operations, value); }
+    std::uint32_t flags() const { return get(&WatchRuleFields::flags); }
+    void setFlags(std::uint32_t value) { setKey(&WatchRuleFields::flags, value); }
+    std::int64_t sequence() const { return get(&WatchRuleFields::sequence); }
+    void setSequence(std::int64_t value) { set(&WatchRuleFields::sequence, value); }
+    bool system() const { return get(&WatchRuleFields::system); }
+    void setSystem(bool value) { set(&WatchRuleFields::system, value); }
+
+    // Deliberate: always 0. The class of a watch rule is what getPolicyClass() answers.
+    std::int32_t policyClass() const { return 0; }
+    std::int32_t getPolicyClass() const;
+
+    // Deliberate: always null.
+    NullableText processShortName() const { return {}; }
+    // Deliberate: always empty, unlike a policy rule's.
+    std::string getProcessShortName() const { return {}; }
+
+    // RuleState::system or RuleState::user; a watch rule is never recent.
+    std::int32_t getRuleState() const;
+
+    // Equal in everything but tag, sequence and system. A null text on this side equals nothing.
+    bool isEqualToWatchRule(const WatchRule& other) const;
+};
+
+using WatchRulePtr = std::shared_ptr<WatchRule>;
+
+} // namespace quorvane

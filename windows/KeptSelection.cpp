@@ -1,0 +1,68 @@
+#include "windows/KeptSelection.h"
+
+#include "windows/RulesTableModel.h"
+
+#include <QItemSelectionModel>
+#include <QScrollBar>
+#include <QTableView>
+
+#include <algorithm>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+// Records are shared, so the address of a rule is the same before and after.
+const void* identityOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) -> const void* { return &record; });
+}
+
+void selectRows(QItemSelection& selection, const RulesTableModel& model, int first, int last)
+{
+    selection.select(model.index(first, 0), model.index(last, ruleColumnCount - 1));
+}
+
+} // namespace
+
+KeptSelection::KeptSelection(const QTableView& table, const RulesTableModel& model)
+    : m_topmostRow(std::max(table.rowAt(0), 0))
+{
+    for (const QItemSelectionRange& range : table.selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            m_selected.insert(identityOf(model.ruleAt(row)));
+    }
+    if (const QModelIndex current = table.currentIndex(); current.isValid())
+        m_current = identityOf(model.ruleAt(current.row()));
+    if (m_topmostRow < model.rowCount())
+        m_topmost = identityOf(model.ruleAt(m_topmostRow));
+}
+
+void KeptSelection::restore(QTableView& table, const RulesTableModel& model) const
+{
+    QItemSelection selection;
+    QModelIndex current;
+    int topmostRow = m_topmostRow;
+    int firstSelected = -1;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const void* rule = identityOf(model.ruleAt(row));
+        const bool selected = m_selected.contains(rule);
+        if (selected && firstSelected < 0)
+            firstSelected = row;
+        if (!selected && firstSelected >= 0)
+            selectRows(selection, model, std::exchange(firstSelected, -1), row - 1);
+        if (rule == m_current)
+            current = model.index(row, 0);
+        if (rule == m_topmost && m_topmostRow > 0) // a table at its top stays there
+            topmostRow = row;
+    }
+    if (firstSelected >= 0)
+        selectRows(selection, model, firstSelected, model.rowCount() - 1);
+    table.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (current.isValid())
+        table.selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    table.verticalScrollBar()->setValue(topmostRow);
+}
+
+} // namespace quorvane

@@ -1,0 +1,154 @@
+#include "windows/RulesEditorTableController.h"
+
+#include "platform/Log.h"
+#include "ui_RulesEditorTableController.h"
+#include "windows/KeptSelection.h"
+#include "windows/QtText.h"
+#include "windows/RulesTableModel.h"
+#include "windows/WindowMemory.h"
+#include "workflow/RuleCells.h"
+#include "workflow/SortClicks.h"
+
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
+
+namespace quorvane {
+
+RulesEditorTableController::RulesEditorTableController(RuleManager& store, Workspace& workspace, Log& log)
+    : m_store(store)
+    , m_log(log)
+    , m_ui(std::make_unique<Ui::RulesEditorTableController>())
+    , m_model(new RulesTableModel(store, workspace, this))
+{
+    m_ui->setupUi(this);
+    setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(store.locations().userRulesFile())));
+    setUpActions();
+    setUpTable();
+    restoreWindowSize(*this);
+    tellCounts();
+    m_ui->rulesEditorTableView->setFocus();
+}
+
+RulesEditorTableController::~RulesEditorTableController() = default;
+
+bool RulesEditorTableController::showsSystemRules() const
+{
+    return m_model->showsSystemRules();
+}
+
+void RulesEditorTableController::setUpActions()
+{
+    // The search field stands at the right end of the tool bar.
+    auto* space = new QWidget(this);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_ui->toolBar->addWidget(space);
+    m_ui->toolBar->addWidget(m_ui->searchLabel);
+    m_ui->toolBar->addWidget(m_ui->searchField);
+    m_ui->searchLabel->setBuddy(m_ui->searchField);
+    connect(m_ui->searchField, &QLineEdit::textChanged, this, &RulesEditorTableController::searchFieldAction);
+
+    connect(m_ui->hideSystemToolbarItem, &QAction::triggered, this,
+        &RulesEditorTableController::hideSystemAction);
+    connect(m_ui->findMenuItem, &QAction::triggered, this, &RulesEditorTableController::focusSearchField);
+    connect(m_ui->quitMenuItem, &QAction::triggered, this, &QWidget::close);
+    for (int column = 0; column < ruleColumnCount; ++column) {
+        QAction* item = m_ui->sortMenu->addAction(toQt(columnTitle(static_cast<RuleColumn>(column))));
+        connect(item, &QAction::triggered, this, [this, column] { sortByColumn(column); });
+    }
+    statusBar()->addWidget(m_ui->countLabel, 1);
+}
+
+void RulesEditorTableController::setUpTable()
+{
+    m_model->reload();
+    auto* table = m_ui->rulesEditorTableView;
+    table->setModel(m_model);
+    connect(table->horizontalHeader(), &QHeaderView::sectionClicked, this,
+        &RulesEditorTableController::sortByColumn);
+}
+
+void RulesEditorTableController::searchFieldAction()
+{
+    const std::string text = fromQt(m_ui->searchField->text());
+    m_log.write("search field text changed: " + text);
+    m_store.applyFilterWithString(text);
+    reloadData();
+}
+
+void RulesEditorTableController::hideSystemAction()
+{
+    m_log.write(std::string("-[RulesEditorTableController hideSystemAction:] show system rules: ")
+        + (showsSystemRules() ? "YES" : "NO"));
+    m_model->setShowsSystemRules(!showsSystemRules());
+    m_ui->hideSystemToolbarItem->setText(
+        showsSystemRules() ? tr("Hide System Rules") : tr("Show System Rules"));
+    reloadData();
+}
+
+void RulesEditorTableController::sortByColumn(int column)
+{
+    m_sortDescriptors
+        = sortDescriptorsAfterClick(m_sortDescriptors, columnSortKey(static_cast<RuleColumn>(column)));
+    auto* header = m_ui->rulesEditorTableView->horizontalHeader();
+    header->setSortIndicatorShown(true);
+    header->setSortIndicator(
+        column, m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    sortDescriptorsDidChange();
+}
+
+void RulesEditorTableController::sortDescriptorsDidChange()
+{
+    m_store.sortIndexUsingDescriptors(m_sortDescriptors);
+    reloadTable();
+}
+
+void RulesEditorTableController::reloadData()
+{
+    reloadTable();
+}
+
+void RulesEditorTableController::reloadTable()
+{
+    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model);
+    m_model->reload();
+    selection.restore(*m_ui->rulesEditorTableView, *m_model);
+    tellCounts();
+}
+
+void RulesEditorTableController::tellCounts()
+{
+    const std::size_t stored = m_store.storedRules();
+    const QLocale locale;
+    m_ui->countLabel->setText(tr("%1 of %2 rules shown")
+                                  .arg(locale.toString(static_cast<qulonglong>(m_model->rowCount())),
+                                      locale.toString(static_cast<qulonglong>(stored))));
+    m_ui->rulesEditorTableView->setEmptyText(
+        stored == 0 ? tr("There are no rules yet.") : tr("No rule matches."));
+}
+
+void RulesEditorTableController::focusSearchField()
+{
+    activateWindow();
+    m_ui->searchField->setFocus(Qt::ShortcutFocusReason);
+    m_ui->searchField->selectAll();
+}
+
+void RulesEditorTableController::closeEvent(QCloseEvent* event)
+{
+    rememberWindow(*this, *m_ui->rulesEditorTableView);
+    QMainWindow::closeEvent(event);
+}
+
+void RulesEditorTableController::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (std::exchange(m_columnsFitted, true))
+        return;
+    if (!restoreColumnWidths(*m_ui->rulesEditorTableView))
+        m_ui->rulesEditorTableView->fitColumns();
+}
+
+} // namespace quorvane

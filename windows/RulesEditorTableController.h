@@ -1,0 +1,63 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+
+#include <QMainWindow>
+
+#include <memory>
+#include <vector>
+
+namespace Ui {
+class RulesEditorTableController;
+}
+
+namespace quorvane {
+
+class Log;
+class RulesTableModel;
+class Workspace;
+
+// The main window: the table of all rules of a store, with a search field, a switch for the system rules, and
+// sorting from the column titles.
+class RulesEditorTableController : public QMainWindow {
+    Q_OBJECT
+public:
+    // Nothing given is owned; all of it must outlive the window.
+    RulesEditorTableController(RuleManager& store, Workspace& workspace, Log& log);
+    ~RulesEditorTableController() override;
+
+    bool showsSystemRules() const;
+
+public Q_SLOTS:
+    // Shows only rules that contain the search field's text.
+    void searchFieldAction();
+    // Shows the system rules among the others, or hides them.
+    void hideSystemAction();
+    // Sorts by a column; once more by the same one turns the order round. The columns sorted by before break
+    // ties.
+    void sortByColumn(int column);
+    // Takes the store's rows afresh. Selection and scroll position stay where their rules still are.
+    void reloadData();
+    // Puts the keyboard into the search field.
+    void focusSearchField();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void setUpTable();
+    void setUpActions();
+    void sortDescriptorsDidChange();
+    void reloadTable();
+    void tellCounts();
+
+    RuleManager& m_store;
+    Log& m_log;
+    std::unique_ptr<Ui::RulesEditorTableController> m_ui;
+    RulesTableModel* m_model; // owned by this window
+    std::vector<SortDescriptor> m_sortDescriptors;
+    bool m_columnsFitted = false;
+};
+
+} // namespace quorvane

@@ -1,0 +1,75 @@
+#include "windows/RulesTableView.h"
+
+#include "windows/RuleCellDelegate.h"
+#include "windows/RulesTableModel.h"
+
+#include <QHeaderView>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int pixelsPerRow = 24;
+constexpr int iconPixels = 16;
+constexpr int widestFittedColumn = 260;
+
+} // namespace
+
+RulesTableView::RulesTableView(QWidget* parent)
+    : QTableView(parent)
+{
+    setItemDelegate(new RuleCellDelegate(this));
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setShowGrid(false);
+    setWordWrap(false);
+    setTabKeyNavigation(false);
+    setTextElideMode(Qt::ElideMiddle);
+    setIconSize(QSize(iconPixels, iconPixels));
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setCornerButtonEnabled(false);
+    verticalHeader()->setVisible(false);
+    // One height for all: a million rows need no measuring.
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(pixelsPerRow);
+    verticalHeader()->setDefaultSectionSize(pixelsPerRow);
+    horizontalHeader()->setSectionsClickable(true);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setStretchLastSection(true);
+    constexpr int measuredRows = 200;
+    horizontalHeader()->setResizeContentsPrecision(measuredRows);
+}
+
+void RulesTableView::setEmptyText(const QString& text)
+{
+    m_emptyText = text;
+    viewport()->update();
+}
+
+void RulesTableView::fitColumns()
+{
+    resizeColumnsToContents();
+    for (int column = 0; column + 1 < horizontalHeader()->count(); ++column)
+        setColumnWidth(column, std::min(columnWidth(column), widestFittedColumn));
+}
+
+void RulesTableView::paintEvent(QPaintEvent* event)
+{
+    auto* rules = qobject_cast<RulesTableModel*>(model());
+    if (rules != nullptr && rules->rowCount() > 0) {
+        const int last = rowAt(viewport()->height() - 1);
+        rules->setShownRows(rowAt(0), last < 0 ? rules->rowCount() : last + 1);
+    }
+    QTableView::paintEvent(event);
+    if (rules != nullptr && rules->rowCount() == 0) {
+        QPainter painter(viewport());
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, m_emptyText);
+    }
+}
+
+} // namespace quorvane

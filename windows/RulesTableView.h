@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QTableView>
+
+namespace quorvane {
+
+// The table of rules. Tells its model which rows are in view before it paints them, and says why it is empty
+// when it is.
+class RulesTableView : public QTableView {
+    Q_OBJECT
+public:
+    explicit RulesTableView(QWidget* parent = nullptr);
+
+    // Shown in place of rows when there are none.
+    void setEmptyText(const QString& text);
+
+    // Makes the columns as wide as what they show needs, within reason; the path takes the rest.
+    void fitColumns();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString m_emptyText;
+};
+
+} // namespace quorvane

@@ -1,0 +1,38 @@
+#include "windows/WindowLook.h"
+
+#include <QApplication>
+#include <QColor>
+#include <QPalette>
+#include <QStyleFactory>
+
+// The images live in a static library: naming them makes the linker keep them. Must stand outside any
+// namespace.
+static void keepImages()
+{
+    Q_INIT_RESOURCE(images);
+}
+
+namespace quorvane {
+
+void applyWindowLook(QApplication& application)
+{
+    keepImages();
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const QColor text(0x20, 0x20, 0x24);
+    const QColor grey(0x8a, 0x8a, 0x90);
+    QPalette look(QColor(0xf2, 0xf2, 0xf4), QColor(0xf7, 0xf7, 0xf8));
+    look.setColor(QPalette::Base, Qt::white);
+    look.setColor(QPalette::AlternateBase, QColor(0xf5, 0xf5, 0xf5));
+    for (const auto role :
+        {QPalette::Text, QPalette::WindowText, QPalette::ButtonText, QPalette::ToolTipText})
+        look.setColor(role, text);
+    look.setColor(QPalette::ToolTipBase, Qt::white);
+    look.setColor(QPalette::PlaceholderText, grey);
+    look.setColor(QPalette::Highlight, QColor(0xcf, 0xe1, 0xf7));
+    look.setColor(QPalette::HighlightedText, text);
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        look.setColor(QPalette::Disabled, role, grey);
+    application.setPalette(look);
+}
+
+} // namespace quorvane

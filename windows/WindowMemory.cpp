@@ -1,0 +1,66 @@
+#include "windows/WindowMemory.h"
+
+#include <QHeaderView>
+#include <QSettings>
+#include <QTableView>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int narrowestColumn = 24;
+constexpr int widestColumn = 10000;
+
+QString sizeKey()
+{
+    return QStringLiteral("mainWindow/size");
+}
+QString widthsKey()
+{
+    return QStringLiteral("mainWindow/columnWidths");
+}
+
+class UserSettings : public QSettings {
+public:
+    UserSettings()
+        : QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Vantreal"),
+            QStringLiteral("Quorvane Configuration"))
+    {
+    }
+};
+
+} // namespace
+
+bool restoreWindowSize(QWidget& window)
+{
+    const UserSettings settings;
+    const QSize size = settings.value(sizeKey()).toSize();
+    if (size.isEmpty())
+        return false;
+    window.resize(size.expandedTo(window.minimumSizeHint()));
+    return true;
+}
+
+bool restoreColumnWidths(QTableView& table)
+{
+    const UserSettings settings;
+    const QVariantList widths = settings.value(widthsKey()).toList();
+    if (widths.size() != table.horizontalHeader()->count())
+        return false;
+    for (int column = 0; column < widths.size(); ++column)
+        table.setColumnWidth(column, qBound(narrowestColumn, widths[column].toInt(), widestColumn));
+    return true;
+}
+
+void rememberWindow(const QWidget& window, const QTableView& table)
+{
+    UserSettings settings;
+    if (!window.isMaximized() && !window.isFullScreen())
+        settings.setValue(sizeKey(), window.size());
+    QVariantList widths;
+    for (int column = 0; column < table.horizontalHeader()->count(); ++column)
+        widths.append(table.columnWidth(column));
+    settings.setValue(widthsKey(), widths);
+}
+
+} // namespace quorvane

@@ -1,0 +1,193 @@
+#include "workflow/RuleCells.h"
+
+#include "rules/ApplicationIdentity.h"
+#include "rules/RuleCodes.h"
+#include "workflow/RuleFindings.h"
+
+#include <array>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::array<std::string_view, ruleColumnCount> titles{
+    "Application", "State", "Class", "Type", "Operations", "Tag", "Path"};
+constexpr std::array<SortKey, ruleColumnCount> sortKeys{SortKey::processShortName, SortKey::ruleState,
+    SortKey::shownClass, SortKey::policyType, SortKey::operations, SortKey::tag, SortKey::path};
+
+template <class Rule> std::string shownApplicationName(const Rule& rule)
+{
+    std::string name = applicationNameForRule(rule);
+    if (const auto parent = applicationParentNameForRule(rule))
+        name += " via " + *parent;
+    return name;
+}
+
+std::string applicationToolTip(const PolicyRuleFields& rule)
+{
+    std::string tip(rule.processName.view());
+    if (!rule.constraint.view().empty())
+        tip.append("\nConstraint: ").append(rule.constraint.view());
+    return tip;
+}
+
+RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
+{
+    RuleCell cell;
+    cell.bold = true;
+    cell.toolTip = applicationToolTip(rule.fields());
+    const std::string name = shownApplicationName(rule);
+    cell.startsGroup = previous == nullptr
+        || applicationGroupIdentityForRule(*previous) != applicationGroupIdentityForRule(rule);
+    if (cell.startsGroup) {
+        cell.text = name;
+        cell.iconFile = applicationBundlePathForRule(rule);
+    } else {
+        cell.description = name;
+    }
+    return cell;
+}
+
+// Deliberate: a watch rule shows no application; only words tell of it.
+RuleCell applicationCell(const WatchRule& rule)
+{
+    RuleCell cell;
+    cell.description = shownApplicationName(rule);
+    cell.toolTip = rule.fields().processName.view();
+    return cell;
+}
+
+RuleCell stateCell(std::int32_t state)
+{
+    RuleCell cell;
+    if (state == RuleState::system) {
+        cell.image = StateImage::system;
+        cell.description = "system rule";
+        cell.toolTip = "A system rule: it can be looked at, not changed.";
+    } else if (state == RuleState::recent) {
+        cell.image = StateImage::recent;
+        cell.description = "new rule";
+        cell.toolTip = "A new rule: created within the last day.";
+    }
+    return cell;
+}
+
+std::string shownClass(const PolicyRule& rule)
+{
+    switch (rule.fields().policyClass) {
+    case PolicyClass::allow:
+        return "Allow";
+    case PolicyClass::deny:
+        return "Deny";
+    default:
+        return "Err";
+    }
+}
+
+std::string shownClass(const WatchRule&)
+{
+    return "Watch";
+}
+
+std::string shownType(std::int32_t type)
+{
+    switch (type) {
+    case PolicyType::prefix:
+        return "Prefix";
+    case PolicyType::path:
+        return "Path";
+    case PolicyType::suffix:
+        return "Suffix";
+    default:
+        return "Err";
+    }
+}
+
+RuleCell tagCell(const NullableText& tag)
+{
+    RuleCell cell;
+    cell.text = tag.view();
+    cell.color = CellColor::blue;
+    cell.toolTip = cell.text;
+    return cell;
+}
+
+void describe(RuleCell& cell, std::string_view words)
+{
+    if (!cell.description.empty())
+        cell.description += ", ";
+    cell.description += words;
+}
+
+RuleCell pathCell(const RuleManager& store, const RuleRef& rule)
+{
+    RuleCell cell;
+    cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
+    cell.toolTip = cell.text;
+    for (const RuleFinding& finding : findingsForRule(store, rule)) {
+        cell.toolTip += "\n" + findingText(finding);
+        if (finding.kind == FindingKind::redundant) {
+            cell.color = CellColor::orange;
+            describe(cell, "redundant");
+        } else if (finding.kind == FindingKind::missingPath) {
+            if (cell.color == CellColor::black) {
+                cell.color = CellColor::red;
+                describe(cell, "file not found");
+            }
+        } else {
+            describe(cell, "does not read back");
+        }
+    }
+    return cell;
+}
+
+RuleCell textCell(std::string text)
+{
+    RuleCell cell;
+    cell.text = std::move(text);
+    return cell;
+}
+
+} // namespace
+
+std::string_view columnTitle(RuleColumn column)
+{
+    return titles[static_cast<std::size_t>(column)];
+}
+
+SortKey columnSortKey(RuleColumn column)
+{
+    return sortKeys[static_cast<std::size_t>(column)];
+}
+
+RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
+    RuleColumn column)
+{
+    const RuleRef& rule = rows.at(row, includeSystemRules);
+    const PolicyRule* policy = policyRuleIn(rule);
+    switch (column) {
+    case RuleColumn::application:
+        if (policy == nullptr)
+            return applicationCell(*std::get<WatchRulePtr>(rule));
+        return applicationCell(
+            *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr);
+    case RuleColumn::state:
+        return stateCell(askRule(rule, [](const auto& record) { return record.getRuleState(); }));
+    case RuleColumn::ruleClass:
+        return textCell(askRule(rule, [](const auto& record) { return shownClass(record); }));
+    case RuleColumn::type:
+        return textCell(
+            askRule(rule, [](const auto& record) { return shownType(record.fields().policyType); }));
+    case RuleColumn::operations:
+        return textCell(askRule(rule, [](const auto& record) {
+            return operationsForInteger(static_cast<std::int32_t>(record.fields().operations));
+        }));
+    case RuleColumn::tag:
+        return tagCell(askRule(rule, [](const auto& record) { return record.fields().tag; }));
+    case RuleColumn::path:
+        return pathCell(store, rule);
+    }
+    return {};
+}
+
+} // namespace quorvane

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "rules/RuleRef.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What is worth telling about a rule. The table colours and explains by it, and the command line checks by
+// it.
+
+namespace quorvane {
+
+enum class FindingKind {
+    redundant, // another rule covers it
+    missingPath, // nothing exists at its path
+    doesNotReadBack, // written to a file and read again it would not be the same
+};
+
+struct RuleFinding {
+    FindingKind kind;
+    // The rule that covers a redundant one, as a line of a rules file; empty otherwise.
+    std::string coveredBy;
+};
+
+// "redundant", "missing" or "unwritable".
+std::string_view findingName(FindingKind kind);
+
+// A sentence for a person.
+std::string findingText(const RuleFinding& finding);
+
+// The rule as a line of a rules file, without the line feed.
+std::string ruleText(const RuleRef& rule);
+
+// True when the rule names a file or folder, as a user rule other than a suffix, that does not exist. A path
+// that begins with "~/" is looked up in the home folder; devices and resources other than files are never
+// missing.
+bool isPathMissing(const RuleRef& rule);
+
+// Everything worth telling, in the order of FindingKind. Of a system rule it is never told that it does not
+// read back, since it is not written.
+std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef& rule);
+
+} // namespace quorvane

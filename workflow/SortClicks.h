@@ -1,0 +1,14 @@
+#pragma once
+
+#include "rules/RuleSort.h"
+
+#include <vector>
+
+namespace quorvane {
+
+// The sort order after a click on the title of the column that sorts by `key`: it becomes the primary key,
+// ascending, and what was sorted by before breaks ties. A click on the primary key's column turns its
+// direction round.
+std::vector<SortDescriptor> sortDescriptorsAfterClick(std::vector<SortDescriptor> descriptors, SortKey key);
+
+} // namespace quorvane
