@@ -17,18 +17,27 @@ bool isWildcard(const NullableText& path)
     return !path.isNull() && (path.view() == "any" || path.view().empty());
 }
 
-// The hash of a beginning of a path, which grows by a byte at a time.
+// The hash of a beginning of a path, which grows by a byte at a time and mixes eight of them at once.
 class PrefixHash {
 public:
     explicit PrefixHash(const PolicyRuleFields& rule)
         : m_state(combinedHash(static_cast<std::uint64_t>(rule.policyClass), rule.constraint.view()))
     {
     }
-    void extend(char byte) { m_state = (m_state ^ static_cast<unsigned char>(byte)) * 0x100000001b3U; }
-    std::uint64_t value() const { return mixedHash(m_state); }
+    void extend(char byte)
+    {
+        m_tail |= std::uint64_t{static_cast<unsigned char>(byte)} << m_length % 8 * 8;
+        if (++m_length % 8 == 0) {
+            m_state = combinedHash(m_state, m_tail);
+            m_tail = 0;
+        }
+    }
+    std::uint64_t value() const { return combinedHash(m_state ^ m_length, m_tail); }
 
 private:
     std::uint64_t m_state;
+    std::uint64_t m_tail = 0; // the bytes since the last mixing
+    std::uint64_t m_length = 0;
 };
 
 // Wildcards stand under the empty path.

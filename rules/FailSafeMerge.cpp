@@ -29,7 +29,7 @@ std::uint64_t hashOfAllButPath(const PolicyRule& rule)
 
 // The first slot under `hash` whose rule `matches`; the number of slots when there is none.
 template <class Matches>
-std::size_t firstSlot(const SlotChains& chains, std::uint64_t hash, const Slots& slots, Matches matches)
+std::size_t firstSlot(SlotChains& chains, std::uint64_t hash, const Slots& slots, Matches matches)
 {
     for (auto entry = chains.first(hash); entry != SlotChains::none; entry = chains.next(entry)) {
         if (matches(*slots[chains.slot(entry)]))

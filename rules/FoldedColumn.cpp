@@ -9,6 +9,12 @@
 
 namespace quorvane {
 
+void FoldedColumn::reserve(std::size_t rules, std::size_t bytes)
+{
+    m_texts.reserve(rules);
+    m_keys.reserve(bytes);
+}
+
 void FoldedColumn::append(std::string_view text)
 {
     constexpr char separator = '\xFF';

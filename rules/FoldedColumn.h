@@ -12,6 +12,9 @@ namespace quorvane {
 // Neighbours with the same text share it.
 class FoldedColumn {
 public:
+    // Makes room in advance.
+    void reserve(std::size_t rules, std::size_t bytes);
+
     // Adds the text of the next rule.
     void append(std::string_view text);
 

@@ -7,6 +7,8 @@ namespace quorvane {
 RuleFilter::RuleFilter(const std::vector<RuleRef>& rules)
     : m_rules(rules.size())
 {
+    constexpr std::size_t roomForPath = 64; // bytes; memory that stays untouched costs nothing
+    m_paths.reserve(rules.size(), rules.size() * roomForPath);
     for (const RuleRef& rule : rules) {
         askRule(rule, [this](const auto& record) {
             m_paths.append(record.fields().path.view());

@@ -73,7 +73,7 @@ template <class Rule> void appendValue(SortColumn& column, SortKey key, const Ru
 
 SortColumn columnOf(SortKey key, const std::vector<std::uint32_t>& order, const std::vector<RuleRef>& rules)
 {
-    SortColumn column;
+    SortColumn column(order.size());
     for (const std::uint32_t number : order)
         askRule(rules[number], [&](const auto& rule) { appendValue(column, key, rule); });
     return column;

@@ -1,24 +1,42 @@
 #include "rules/SlotChains.h"
 
-namespace quorvane {
+#include <algorithm>
+#include <bit>
 
-void SlotChains::insert(std::uint64_t hash, std::uint32_t slot)
-{
-    const auto entry = static_cast<std::uint32_t>(m_entries.size());
-    m_entries.push_back({static_cast<std::uint32_t>(hash), slot, none});
-    if (m_entries.size() <= m_chains.size()) {
-        link(entry);
-        return;
-    }
-    m_chains.assign(m_chains.empty() ? 16 : m_chains.size() * 2, {});
-    for (std::uint32_t e = 0; e <= entry; ++e)
-        link(e);
-}
+namespace quorvane {
 
 void SlotChains::clear()
 {
     m_entries.clear();
     m_chains.clear();
+    m_linked = 0;
+}
+
+void SlotChains::linkNewEntries()
+{
+    const auto total = static_cast<std::uint32_t>(m_entries.size());
+    if (total > m_chains.size()) {
+        constexpr std::size_t fewestChains = 16;
+        m_chains.assign(std::max(std::bit_ceil(m_entries.size()), fewestChains), {});
+        m_linked = 0;
+    }
+    for (; m_linked < total; ++m_linked) {
+        prefetch(m_linked);
+        link(m_linked);
+    }
+}
+
+// Chains lie all over the memory: fetches what the entries some way ahead will touch.
+void SlotChains::prefetch(std::uint32_t entry) const
+{
+    constexpr std::uint32_t ahead = 16;
+    if (entry + 2 * ahead >= m_entries.size())
+        return;
+    const auto chainOf
+        = [this](std::uint32_t e) { return &m_chains[m_entries[e].hash & (m_chains.size() - 1)]; };
+    __builtin_prefetch(chainOf(entry + 2 * ahead), 1);
+    if (const std::uint32_t last = chainOf(entry + ahead)->last; last != none)
+        __builtin_prefetch(&m_entries[last], 1);
 }
 
 void SlotChains::link(std::uint32_t entry)
@@ -32,10 +50,12 @@ void SlotChains::link(std::uint32_t entry)
     chain.last = entry;
 }
 
-std::uint32_t SlotChains::first(std::uint64_t hash) const
+std::uint32_t SlotChains::first(std::uint64_t hash)
 {
-    if (m_chains.empty())
+    if (m_entries.empty())
         return none;
+    if (m_linked < m_entries.size())
+        linkNewEntries();
     const auto low = static_cast<std::uint32_t>(hash);
     return withHash(low, m_chains[low & (m_chains.size() - 1)].first);
 }

@@ -15,11 +15,14 @@ class SlotChains {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
 
-    void insert(std::uint64_t hash, std::uint32_t slot);
+    void insert(std::uint64_t hash, std::uint32_t slot)
+    {
+        m_entries.push_back({static_cast<std::uint32_t>(hash), slot, none});
+    }
     void clear();
 
     // The first entry that may have that hash, and the one after `entry`; `none` at the end.
-    std::uint32_t first(std::uint64_t hash) const;
+    std::uint32_t first(std::uint64_t hash);
     std::uint32_t next(std::uint32_t entry) const;
     std::uint32_t slot(std::uint32_t entry) const { return m_entries[entry].slot; }
 
@@ -33,10 +36,13 @@ private:
         std::uint32_t first = none;
         std::uint32_t last = none;
     };
+    void linkNewEntries();
     void link(std::uint32_t entry);
+    void prefetch(std::uint32_t entry) const;
     std::uint32_t withHash(std::uint32_t hash, std::uint32_t entry) const;
 
     std::vector<Entry> m_entries;
+    std::uint32_t m_linked = 0; // entries; the rest is linked when somebody looks
     std::vector<Chain> m_chains; // a power of two
 };
 

@@ -8,9 +8,14 @@
 
 namespace quorvane {
 
+SortColumn::SortColumn(std::size_t values)
+{
+    m_values.reserve(values);
+}
+
 void SortColumn::appendAbsent()
 {
-    m_values.push_back({0, 0, false, true});
+    m_values.push_back({0, 0, Kind::absent});
 }
 
 void SortColumn::appendNumber(std::int64_t number)
@@ -21,24 +26,27 @@ void SortColumn::appendNumber(std::int64_t number)
 
 void SortColumn::appendUnsigned(std::uint64_t number)
 {
-    m_values.push_back({number, 0, false, false});
+    m_values.push_back({number, 0, Kind::number});
 }
 
 void SortColumn::appendText(const NullableText& text)
 {
     if (text.isNull())
         return appendAbsent();
+    constexpr std::size_t roomForText = 64; // bytes; memory that stays untouched costs nothing
+    if (m_texts.empty())
+        m_texts.reserve(m_values.capacity() * roomForText);
     const std::size_t start = m_texts.size();
     appendSmallLetters(m_texts, text.view());
-    m_values.push_back({start, static_cast<std::uint32_t>(m_texts.size() - start), true, false});
+    m_values.push_back({start, static_cast<std::uint32_t>(m_texts.size() - start), Kind::text});
 }
 
 SortColumn::Slice SortColumn::sliceOf(std::uint32_t place, std::size_t depth) const
 {
     const Value& value = m_values[place];
-    if (value.isAbsent)
+    if (value.kind == Kind::absent)
         return {0, place, 0};
-    if (!value.isText)
+    if (value.kind == Kind::number)
         return {value.number, place, 1};
     const std::size_t left = value.length - depth;
     const char* bytes = m_texts.data() + value.number + depth;

@@ -30,6 +30,8 @@ public:
         }
     };
 
+    explicit SortColumn(std::size_t values);
+
     void appendAbsent();
     void appendNumber(std::int64_t number);
     void appendUnsigned(std::uint64_t number);
@@ -42,11 +44,11 @@ public:
 
 private:
     static constexpr std::uint32_t longRest = sliceLength + 2;
+    enum class Kind : std::uint8_t { absent, number, text };
     struct Value {
         std::uint64_t number; // of a text: where it starts in m_texts
         std::uint32_t length; // of a text
-        bool isText;
-        bool isAbsent;
+        Kind kind;
     };
     Slice sliceOf(std::uint32_t place, std::size_t depth) const;
 

@@ -1,0 +1,56 @@
+#include "platform/Log.h"
+#include "platform/Workspace.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableView.h"
+#include "windows/WindowLook.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QPixmap>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cstdio>
+
+// window_times FILE: how long the main window of a store of FILE takes to its first paint, and a repaint
+// while it is scrolled by a page at a time, in milliseconds.
+int main(int argumentCount, char** arguments)
+{
+    using namespace quorvane;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argumentCount, arguments);
+    if (argumentCount != 2) {
+        std::fputs("usage: window_times FILE\n", stderr);
+        return 2;
+    }
+    applyWindowLook(application);
+    Log log({});
+    const auto store
+        = RuleManager::initWithContentsOfFile(arguments[1], false, Locations("/nonexistent", "bench"), log);
+    store->totalRules(true);
+    Workspace workspace;
+
+    QElapsedTimer timer;
+    timer.start();
+    RulesEditorTableController window(*store, workspace, log);
+    window.show();
+    QApplication::processEvents();
+    window.grab();
+    std::printf("first-paint %.2f\n", static_cast<double>(timer.nsecsElapsed()) / 1e6);
+
+    auto* table = window.findChild<RulesTableView*>();
+    QScrollBar* bar = table->verticalScrollBar();
+    double slowest = 0;
+    double total = 0;
+    constexpr int pages = 200;
+    for (int page = 0; page < pages; ++page) {
+        timer.restart();
+        bar->setValue(bar->value() + bar->pageStep());
+        table->viewport()->repaint();
+        const double taken = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        slowest = std::max(slowest, taken);
+        total += taken;
+    }
+    std::printf("repaint-scrolling %.2f\nslowest-repaint %.2f\n", total / pages, slowest);
+    return 0;
+}

@@ -1,0 +1,17 @@
+#include "platform/PropertyList.h"
+
+#include <cstdint>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const auto list = quorvane::PropertyList::parse({reinterpret_cast<const char*>(data), size});
+    if (list) {
+        for (const char* key : {"a", "access.user.create", "policy.global.paranoid"}) {
+            list->boolForKey(key);
+            list->integerForKey(key);
+            list->stringForKey(key);
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,116 @@
+import os
+
+from quorvanectl import CommandTest
+from sandbox import read
+
+
+class Export(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.out = self.sandbox.path("out.quorv")
+        self.sandbox.write_user("; a comment", "set a 1", "allow prefix /b /bin/b r tag C 12", "watch path /w any rw look",
+                                "deny suffix .a /bin/a xm")
+        self.sandbox.write_system("quorvane.rc", "allow prefix /s /bin/s c us C 7", "watch prefix /ws any m s")
+
+    def exported(self, *arguments):
+        self.succeed("export", self.out, *arguments)
+        return read(self.out).decode()
+
+    def test_writes_every_user_rule_byte_for_byte(self):
+        self.assertEqual(self.exported(), 'watch path "/w" "any" rw "look"\n'
+                                          'deny suffix ".a" "/bin/a" mx "" "" "0"\n'
+                                          'allow prefix "/b" "/bin/b" r "tag" "C" "12"\n')
+
+    def test_without_rows_neither_filter_nor_sort_nor_system_rules_change_the_file(self):
+        everything = self.exported()
+        self.assertEqual(self.exported("--filter", "nothing", "--sort", "path:desc", "--system"), everything)
+
+    def test_prints_nothing(self):
+        self.assertEqual(self.succeed("export", self.out).out, b"")
+
+    def test_writes_rows_in_the_order_given_and_as_often_as_given(self):
+        self.assertEqual(self.exported("--row", "2", "--row", "0", "--row", "2"),
+                         'allow prefix "/b" "/bin/b" r "tag" "C" "12"\n'
+                         'watch path "/w" "any" rw "look"\n'
+                         'allow prefix "/b" "/bin/b" r "tag" "C" "12"\n')
+
+    def test_rows_are_those_of_the_same_list(self):
+        arguments = ["--system", "--filter", "/s", "--sort", "path"]
+        self.assertEqual(self.listed(*arguments), ["/s"])
+        self.assertEqual(self.exported("--row", "0", *arguments), 'allow prefix "/s" "/bin/s" c "" "C" "7"\n')
+
+    def test_system_rules_become_user_rules_without_flags(self):
+        self.exported("--system", "--row", "1", "--row", "4")
+        rules = self.succeed("list", "--json", self.out).objects()
+        self.assertEqual([(rule["path"], rule["system"], rule["flags"], rule["tag"]) for rule in rules],
+                         [("/ws", False, 0, ""), ("/s", False, 0, "")])
+
+    def test_a_row_beyond_the_end_writes_nothing(self):
+        self.sandbox.write(self.out, "precious\n")
+        for row in ("3", "18446744073709551615", "18446744073709551616"):
+            with self.subTest(row=row):
+                self.fail_with(1, "export", self.out, "--row", "0", "--row", row)
+                self.assertEqual(read(self.out), b"precious\n")
+
+    def test_a_row_that_is_no_number_is_a_usage_error(self):
+        for row in ("-1", "x", "", "1.5"):
+            with self.subTest(row=row):
+                self.fail_with(2, "export", self.out, "--row=" + row)
+                self.assertFalse(os.path.exists(self.out))
+
+    def test_a_file_given_is_exported_instead(self):
+        file = self.sandbox.new_file("other", ["allow prefix /1 any r", "allow prefix /2 any r us C -5"])
+        self.assertEqual(self.exported(file), 'allow prefix "/1" "any" r "" "" "0"\n'
+                                              'allow prefix "/2" "any" r "us" "C" "-5"\n')
+        self.assertEqual(self.exported("--row", "0", file), 'allow prefix "/1" "any" r "" "" "0"\n')
+
+    def test_what_is_exported_reads_back_the_same(self):
+        self.exported()
+        compared = ("kind", "policyClass", "policyType", "path", "processName", "tag", "constraint", "operations", "created")
+        rules = [[[rule[key] for key in compared] for rule in self.succeed("list", "--json", *file).objects()]
+                 for file in ([], [self.out])]
+        self.assertEqual(rules[0], rules[1])
+
+    def test_the_file_is_readable_by_owner_and_group_only(self):
+        self.exported()
+        self.assertEqual(os.stat(self.out).st_mode & 0o7777, 0o640)
+        os.chmod(self.out, 0o777)
+        self.exported()
+        self.assertEqual(os.stat(self.out).st_mode & 0o7777, 0o640)
+
+    def test_an_existing_file_is_rewritten_in_place(self):
+        self.sandbox.write(self.out, "x" * 10_000)
+        before = os.stat(self.out).st_ino
+        self.assertNotIn("x" * 10, self.exported())
+        self.assertEqual(os.stat(self.out).st_ino, before)
+
+    def test_a_symbolic_link_is_not_written_through(self):
+        target = self.sandbox.new_file("target", "precious\n")
+        os.symlink(target, self.out)
+        result = self.fail_with(1, "export", self.out)
+        self.assertIn(f"Failed to open file '{self.out}' for writing: Too many levels of symbolic links (40)", result.err)
+        self.assertEqual(read(target), b"precious\n")
+
+    def test_a_missing_folder_is_a_failure(self):
+        out = self.sandbox.path("none/out")
+        result = self.fail_with(1, "export", out)
+        self.assertIn(f"Failed to open file '{out}' for writing: No such file or directory (2)", result.err)
+
+    def test_a_failure_to_read_leaves_an_older_export_alone(self):
+        self.sandbox.write(self.out, "precious\n")
+        for bad in (self.sandbox.home, self.sandbox.path("missing")):
+            with self.subTest(bad=bad):
+                self.fail_with(1, "export", self.out, bad)
+                self.assertEqual(read(self.out), b"precious\n")
+
+    def test_an_unreadable_configuration_leaves_an_older_export_alone(self):
+        self.sandbox.write(self.out, "precious\n")
+        os.remove(self.sandbox.user_file)
+        os.mkdir(self.sandbox.user_file)
+        self.fail_with(1, "export", self.out)
+        self.assertEqual(read(self.out), b"precious\n")
+
+    def test_a_line_beyond_ascii_loses_its_end(self):
+        self.sandbox.write_user("allow prefix /é /bin/a r", "allow prefix /next /bin/b r")
+        self.assertEqual(self.exported(), 'allow prefix "/é" "/bin/a" r "" "" "0"'
+                                          'allow prefix "/next" "/bin/b" r "" "" "0"\n')

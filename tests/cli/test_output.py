@@ -1,0 +1,62 @@
+import os
+import subprocess
+
+from quorvanectl import PROGRAM, CommandTest
+
+PRINTING = (["list"], ["list", "--json"], ["options"], ["options", "--json"], ["check"], ["check", "--json"])
+HELP = (["--help"], ["list", "--help"], ["--version"])
+
+
+class Output(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.write_user("allow path /no/such/file any r")
+        self.sandbox.write_preferences(policy_global_exec=1)
+
+    def test_a_full_output_is_a_failure(self):
+        for arguments in PRINTING + HELP:
+            with self.subTest(arguments=arguments), open("/dev/full", "wb") as full:
+                self.assertIn("No space left", self.fail_with(1, *arguments, stdout=full).err)
+
+    def test_a_closed_output_is_a_failure(self):
+        for arguments in PRINTING + HELP:
+            with self.subTest(arguments=arguments):
+                self.fail_with(1, *arguments, stdout=None, preexec_fn=lambda: os.close(1))
+
+    def test_a_pipe_that_nobody_reads_is_a_failure(self):
+        for arguments in PRINTING + HELP:
+            with self.subTest(arguments=arguments):
+                reader, writer = os.pipe()
+                os.close(reader)
+                self.fail_with(1, *arguments, stdout=writer)
+                os.close(writer)
+
+    def test_a_reader_that_goes_away_early_ends_a_long_list(self):
+        self.sandbox.write(self.sandbox.user_file, "".join(f"allow prefix /{n} any r\n" for n in range(20_000)))
+        with subprocess.Popen([PROGRAM, "list", "--json"], env=self.environment(), stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE) as program:
+            program.stdout.readline()
+            program.stdout.close()
+            self.assertEqual(program.wait(60), 1)
+            self.assertIn(b"Broken pipe", program.stderr.read())
+
+    def test_a_slow_reader_gets_everything(self):
+        self.sandbox.write(self.sandbox.user_file, "".join(f"allow prefix /{n} any r\n" for n in range(20_000)))
+        self.assertEqual(len(self.succeed("list", "--json").out.splitlines()), 20_000)
+
+    def test_a_command_that_prints_nothing_does_not_need_the_output(self):
+        for arguments in (["add", "allow", "prefix", "/a", "any", "r"], ["export", self.sandbox.path("out")]):
+            with self.subTest(arguments=arguments):
+                result = self.run_program(*arguments, stdout=None, preexec_fn=lambda: os.close(1))
+                self.assertEqual((result.status, result.err), (0, ""))
+
+    def test_a_closed_input_changes_nothing(self):
+        result = self.run_program("list", "--json", stdin=None, preexec_fn=lambda: os.close(0))
+        self.assertEqual((result.status, result.values("path"), result.err), (0, ["/no/such/file"], ""))
+
+    def test_a_rules_file_never_takes_the_place_of_a_closed_error_output(self):
+        target = self.sandbox.new_file("out.quorv")
+        done = subprocess.run([PROGRAM, "export", target, "--row", "7"], env=self.environment(), timeout=60,
+                              preexec_fn=lambda: [os.close(descriptor) for descriptor in (0, 1, 2)])
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(os.path.getsize(target), 0)

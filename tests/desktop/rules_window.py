@@ -1,0 +1,123 @@
+"""What the tests of the desktop application share: a desk, a sandbox, and the main window opened on it."""
+
+import os
+import subprocess
+import unittest
+
+from desk import ACTIVE, FOCUSED, PATIENCE, SELECTED, Desk, eventually, settled
+from gi.repository import GLib
+from sandbox import SANITIZER_REPORT, Sandbox
+
+PROGRAM = os.environ["QUORVANE_PROGRAM"]
+
+APPLICATION, STATE, CLASS, TYPE, OPERATIONS, TAG, PATH = range(7)
+TITLES = ["Application", "State", "Class", "Type", "Operations", "Tag", "Path"]
+
+
+class RulesWindow:
+    """The main window, as a person finds it."""
+
+    def __init__(self, desk, process):
+        self.desk, self.process = desk, process
+        self.program = desk.tree_of(process)
+        self.frame = self.program.find("frame")
+        eventually(lambda: self.frame.has(ACTIVE), "the main window to become active")
+        settled(lambda: self.frame.box)
+        self.table = self.frame.find("table")
+        self.search = self.frame.find("text", "Search")
+
+    def column(self, column):
+        return [self.table.cell(row, column).name for row in range(self.table.rows)]
+
+    def texts(self):
+        return [[self.table.cell(row, column).name for column in range(7)] for row in range(self.table.rows)]
+
+    def descriptions(self, column):
+        return [self.table.cell(row, column).description for row in range(self.table.rows)]
+
+    def selected(self):
+        """The paths of the selected rows."""
+        return [self.table.cell(row, PATH).name for row in range(self.table.rows) if self.table.cell(row, PATH).has(SELECTED)]
+
+    def focused(self):
+        """The object that the keyboard acts on."""
+        return next((node for node in self.frame.below() if node.has(FOCUSED)), None)
+
+    def header(self, column):
+        return self.table.child(1 + column)
+
+    def click_header(self, column, from_left=10):
+        """Different places keep two clicks from being one double click."""
+        x, y, _, height = self.header(column).box
+        self.desk.click(x + from_left, y + height // 2)
+
+    def click_row(self, row):
+        self.desk.click(*self.table.cell(row, PATH).center)
+
+    def count(self):
+        return next(node.name for node in self.frame.below() if node.role == "label" and "rules shown" in node.name)
+
+    def close(self):
+        """Closes the program as a person does; its exit status."""
+        self.desk.press("alt+F4")
+        return self.process.wait(PATIENCE)
+
+
+class DesktopTest(unittest.TestCase):
+    maxDiff = None
+    screen = (1400, 900)
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desk = Desk(*cls.screen)
+        cls.addClassCleanup(cls.desk.end)
+
+    def setUp(self):
+        self.sandbox = Sandbox()
+        self.addCleanup(self.sandbox.end)
+
+    def start(self, **environment):
+        """Starts the application without looking for its window."""
+        complaints = open(self.sandbox.path("stderr"), "w+", errors="replace")
+        self.addCleanup(complaints.close)
+        process = self.desk.start(PROGRAM, stderr=complaints, stdout=subprocess.DEVNULL, environment={
+            "HOME": self.sandbox.home, "XDG_CONFIG_HOME": self.sandbox.path("config"),
+            "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_LOG": "stderr",
+            # The toolkit itself leaves a few bytes behind now and then.
+            "ASAN_OPTIONS": "detect_leaks=0:allocator_may_return_null=1:exitcode=99", "UBSAN_OPTIONS": "exitcode=99",
+            **environment})
+
+        def check_end():
+            if process in self.desk.processes:
+                self.desk.stop(process)
+            complaints.seek(0)
+            self.assertNotRegex(complaints.read(), SANITIZER_REPORT)
+        self.addCleanup(check_end)
+        return process
+
+    def open(self, **environment):
+        return RulesWindow(self.desk, self.start(**environment))
+
+    def open_with(self, *user_rules, **environment):
+        self.sandbox.write_user(*user_rules)
+        return self.open(**environment)
+
+    def log(self):
+        with open(self.sandbox.path("stderr"), errors="replace") as file:
+            return file.read()
+
+    def assert_becomes(self, question, expected):
+        """Waits until `question` answers `expected`, and shows the difference when it never does."""
+        answer = None
+
+        def same():
+            nonlocal answer
+            try:
+                answer = question()
+            except GLib.Error as error:  # a row can go away while it is asked
+                answer = error
+            return answer == expected
+        try:
+            eventually(same)
+        except AssertionError:
+            self.assertEqual(answer, expected)

@@ -1,0 +1,60 @@
+#include "platform/Account.h"
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EnvironmentVariable.h"
+
+#include <gtest/gtest.h>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace quorvane {
+
+TEST(Account, LoginNameIsThatOfTheRealUser)
+{
+    const passwd* entry = getpwuid(getuid());
+    const std::string expected = entry == nullptr ? std::to_string(getuid()) : entry->pw_name;
+
+    EXPECT_EQ(loginName(), expected);
+}
+
+TEST(Account, LoginNameDoesNotFollowTheEnvironment)
+{
+    const std::string before = loginName();
+    const EnvironmentVariable user("USER", "somebody-else");
+    const EnvironmentVariable logName("LOGNAME", "somebody-else");
+
+    EXPECT_EQ(loginName(), before);
+}
+
+TEST(Account, UserWithoutAccountIsNamedByTheNumber)
+{
+    constexpr uid_t unknown = 3999999123U;
+    if (geteuid() != 0 || getpwuid(unknown) != nullptr)
+        GTEST_SKIP() << "needs root to become a user without account";
+
+    const std::string name
+        = answerOfChild([] { return setuid(unknown) == 0 ? loginName() : "could not become the user"; });
+
+    EXPECT_EQ(name, "3999999123");
+}
+
+TEST(Account, HomeDirectoryIsTheVariableWhenItIsSet)
+{
+    const EnvironmentVariable home("HOME", "/somewhere/else");
+
+    EXPECT_EQ(homeDirectory(), "/somewhere/else");
+}
+
+TEST(Account, HomeDirectoryIsTheAccountsWithoutTheVariable)
+{
+    const passwd* entry = getpwuid(getuid());
+    const std::string expected = entry == nullptr ? "" : entry->pw_dir;
+
+    const EnvironmentVariable empty("HOME", "");
+    EXPECT_EQ(homeDirectory(), expected) << "an empty variable counts as none";
+    const EnvironmentVariable unset("HOME", std::nullopt);
+    EXPECT_EQ(homeDirectory(), expected);
+}
+
+} // namespace quorvane
