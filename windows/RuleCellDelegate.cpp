@@ -2,19 +2,65 @@
 
 #include "workflow/RuleCells.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QPainter>
+
 namespace quorvane {
+
+namespace {
+
+constexpr int roomBesideText = 5; // logical pixels on each side
+constexpr QSize stateImageSize(12, 12); // logical pixels
+const QColor keyboardFrame(0x5b, 0x8d, 0xc9);
+
+// This cell's part of a frame around the row that has the keyboard.
+void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
+{
+    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    if (view == nullptr || !view->hasFocus() || view->currentIndex().row() != index.row())
+        return;
+    const QRect cell = option.rect.adjusted(0, 0, -1, -1);
+    painter->setPen(keyboardFrame);
+    painter->drawLine(cell.topLeft(), option.rect.topRight());
+    painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
+    if (index.column() == 0)
+        painter->drawLine(cell.topLeft(), cell.bottomLeft());
+    if (index.column() == ruleColumnCount - 1)
+        painter->drawLine(cell.topRight(), cell.bottomRight());
+}
+
+} // namespace
+
+void RuleCellDelegate::paint(
+    QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    cell.state.setFlag(QStyle::State_HasFocus, false);
+    const QStyle& style = cell.widget == nullptr ? *QApplication::style() : *cell.widget->style();
+    style.drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
+    if (static_cast<RuleColumn>(index.column()) == RuleColumn::state) {
+        QRect image(QPoint(), stateImageSize);
+        image.moveCenter(option.rect.center());
+        cell.icon.paint(painter, image);
+    } else {
+        cell.rect.adjust(roomBesideText, 0, -roomBesideText, 0);
+        style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
+    }
+    paintKeyboardFrame(painter, option, index);
+}
+
+QSize RuleCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * roomBesideText, 0);
+}
 
 void RuleCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
     // Red, orange and blue say something: a selection must not hide it.
     option->palette.setBrush(QPalette::HighlightedText, option->palette.brush(QPalette::Text));
-    if (static_cast<RuleColumn>(index.column()) == RuleColumn::state) {
-        constexpr int imageSize = 12;
-        option->decorationSize = QSize(imageSize, imageSize);
-        option->decorationAlignment = Qt::AlignCenter;
-        option->decorationPosition = QStyleOptionViewItem::Top;
-    }
 }
 
 } // namespace quorvane

@@ -147,7 +147,9 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
     QMainWindow::showEvent(event);
     if (std::exchange(m_columnsFitted, true))
         return;
-    if (!restoreColumnWidths(*m_ui->rulesEditorTableView))
+    if (restoreColumnWidths(*m_ui->rulesEditorTableView))
+        m_ui->rulesEditorTableView->stretchPath();
+    else
         m_ui->rulesEditorTableView->fitColumns();
 }
 

@@ -14,6 +14,8 @@ namespace {
 
 constexpr int pixelsPerRow = 24;
 constexpr int iconPixels = 16;
+constexpr int headerHeight = 26;
+constexpr int narrowestColumn = 30;
 constexpr int widestFittedColumn = 260;
 
 } // namespace
@@ -39,6 +41,8 @@ RulesTableView::RulesTableView(QWidget* parent)
     verticalHeader()->setDefaultSectionSize(pixelsPerRow);
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setMinimumHeight(headerHeight);
+    horizontalHeader()->setMinimumSectionSize(narrowestColumn);
     horizontalHeader()->setStretchLastSection(true);
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
@@ -55,6 +59,14 @@ void RulesTableView::fitColumns()
     resizeColumnsToContents();
     for (int column = 0; column + 1 < horizontalHeader()->count(); ++column)
         setColumnWidth(column, std::min(columnWidth(column), widestFittedColumn));
+    stretchPath();
+}
+
+void RulesTableView::stretchPath()
+{
+    // The header takes up stretching anew only when it is switched on.
+    horizontalHeader()->setStretchLastSection(false);
+    horizontalHeader()->setStretchLastSection(true);
 }
 
 void RulesTableView::paintEvent(QPaintEvent* event)
@@ -70,6 +82,12 @@ void RulesTableView::paintEvent(QPaintEvent* event)
         painter.setPen(palette().color(QPalette::PlaceholderText));
         painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, m_emptyText);
     }
+}
+
+void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QTableView::currentChanged(current, previous);
+    viewport()->update(); // the keyboard's frame goes round whole rows
 }
 
 } // namespace quorvane

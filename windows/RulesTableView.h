@@ -18,8 +18,12 @@ public:
     // Makes the columns as wide as what they show needs, within reason; the path takes the rest.
     void fitColumns();
 
+    // Gives the path what room the other columns leave.
+    void stretchPath();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:
     QString m_emptyText;

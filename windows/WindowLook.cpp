@@ -33,6 +33,12 @@ void applyWindowLook(QApplication& application)
     for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
         look.setColor(QPalette::Disabled, role, grey);
     application.setPalette(look);
+    application.setStyleSheet(QStringLiteral("QHeaderView::section { background: #f7f7f8; color: #5c5c64; "
+                                             "border: 0; border-bottom: 1px solid #d8d8dc;"
+                                             " border-right: 1px solid #e6e6ea; padding: 3px 8px; }"
+                                             "QToolBar { background: #f7f7f8; border: 0; border-bottom: 1px "
+                                             "solid #d8d8dc; padding: 5px; spacing: 6px; }"
+                                             "QStatusBar { border-top: 1px solid #e6e6ea; }"));
 }
 
 } // namespace quorvane

@@ -45,7 +45,7 @@ bool restoreColumnWidths(QTableView& table)
 {
     const UserSettings settings;
     const QVariantList widths = settings.value(widthsKey()).toList();
-    if (widths.size() != table.horizontalHeader()->count())
+    if (widths.size() + 1 != table.horizontalHeader()->count())
         return false;
     for (int column = 0; column < widths.size(); ++column)
         table.setColumnWidth(column, qBound(narrowestColumn, widths[column].toInt(), widestColumn));
@@ -58,7 +58,7 @@ void rememberWindow(const QWidget& window, const QTableView& table)
     if (!window.isMaximized() && !window.isFullScreen())
         settings.setValue(sizeKey(), window.size());
     QVariantList widths;
-    for (int column = 0; column < table.horizontalHeader()->count(); ++column)
+    for (int column = 0; column + 1 < table.horizontalHeader()->count(); ++column)
         widths.append(table.columnWidth(column));
     settings.setValue(widthsKey(), widths);
 }

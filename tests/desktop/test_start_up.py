@@ -1,0 +1,163 @@
+import os
+import shutil
+
+from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually
+from rules_window import PATH, DesktopTest
+
+NOTICE = "Error Loading Configuration"
+
+
+class StartUp(DesktopTest):
+    def test_the_title_names_the_users_rules_file(self):
+        self.assertEqual(self.open_with().frame.name, "Quorvane Configuration - " + self.sandbox.user_file)
+
+    def test_shows_the_users_rules_and_counts_them(self):
+        window = self.open_with("watch path /w any r", "allow path /a any r", "not a rule")
+        self.assertEqual(window.column(PATH), ["/w", "/a"])
+        self.assertEqual(window.count(), "2 of 2 rules shown")
+
+    def test_opens_no_other_window(self):
+        window = self.open_with("allow path /a any r")
+        self.assertEqual([node.role for node in window.program.children() if node.has(SHOWING)], ["frame"])
+
+    def test_the_window_has_the_keyboard_at_once(self):
+        window = self.open_with("allow path /a any r")
+        self.assertTrue(window.frame.has(ACTIVE))
+        self.assertEqual(window.focused().role, "table")
+
+    def test_starts_in_the_plain_locale_and_without_a_home(self):
+        window = self.open_with("allow path /é any r", LC_ALL="C", HOME="", XDG_CONFIG_HOME="")
+        self.assertEqual(window.column(PATH), ["/é"])
+
+
+class UnusableConfiguration(DesktopTest):
+    """Nothing that is wrong with files keeps the window from opening."""
+
+    def assert_opens_with(self, paths):
+        window = self.open()
+        self.assertEqual(window.column(PATH), paths)
+        self.assertIsNone(window.program.find_now("dialog"))
+        self.assertEqual(window.close(), 0)
+
+    def test_missing_folders(self):
+        shutil.rmtree(self.sandbox.root)
+        self.assert_opens_with([])
+
+    def test_a_broken_property_list(self):
+        self.sandbox.write_user("allow path /a any r")
+        self.sandbox.write(self.sandbox.preferences_file, b"<plist><dict><key>access")
+        self.assert_opens_with(["/a"])
+
+    def test_a_property_list_that_is_a_folder(self):
+        self.sandbox.write_user("allow path /a any r")
+        os.mkdir(self.sandbox.preferences_file)
+        self.assert_opens_with(["/a"])
+
+    def test_a_users_file_that_is_a_folder(self):
+        os.mkdir(self.sandbox.user_file)
+        self.assert_opens_with([])
+
+    def test_a_users_file_that_is_a_link(self):
+        os.symlink(self.sandbox.new_file("elsewhere", ["allow path /a any r"]), self.sandbox.user_file)
+        self.assert_opens_with([])
+
+    def test_a_users_file_that_is_not_utf_8(self):
+        self.sandbox.write(self.sandbox.user_file, b"allow path /\xff any r\n")
+        self.assert_opens_with([])
+
+    def test_a_users_file_with_a_nul_byte(self):
+        self.sandbox.write(self.sandbox.user_file, b"allow path /a any r\n\0allow path /b any r\n")
+        self.assert_opens_with(["/a"])
+
+    def test_a_system_file_that_is_a_folder_but_not_the_last_one(self):
+        self.sandbox.write_user("allow path /a any r")
+        os.mkdir(self.sandbox.system_file("quorvane.rc"))
+        self.assert_opens_with(["/a"])
+
+    def test_settings_that_are_broken_or_cannot_be_written(self):
+        self.sandbox.write_user("allow path /a any r")
+        self.sandbox.write(self.sandbox.path("config"), "not a folder")
+        self.assert_opens_with(["/a"])
+
+
+class LoadFailure(DesktopTest):
+    def open_with_failure(self):
+        self.sandbox.write_user("allow path /a any r")
+        os.mkdir(self.sandbox.system_file("exec.rc"))
+        window = self.open_without_focus()
+        return window, window.program.find("dialog", NOTICE)
+
+    def open_without_focus(self):
+        """The notice, not the main window, may be the active one."""
+        from rules_window import RulesWindow
+
+        class Behind(RulesWindow):
+            def __init__(self, desk, process):
+                self.desk, self.process = desk, process
+                self.program = desk.tree_of(process)
+                self.frame = self.program.find("frame")
+                self.table = self.frame.find("table")
+        return Behind(self.desk, self.start())
+
+    def test_of_the_last_file_is_told_in_a_notice_with_its_reason(self):
+        window, notice = self.open_with_failure()
+        message = f"Failed to read() file '{self.sandbox.system_file('exec.rc')}': Is a directory (21)"
+        self.assertIn(message, [node.name for node in notice.below() if node.role == "label"])
+        self.assertIn("error on load: " + message, self.log())
+        self.assertEqual(window.column(PATH), ["/a"])
+
+    def test_the_ok_button_closes_the_notice_and_leaves_the_main_window(self):
+        window, notice = self.open_with_failure()
+        button = notice.find("push button", "OK")
+        self.assertTrue(button.has(ENABLED))
+        self.desk.click(*button.center)
+        eventually(lambda: window.program.find_now("dialog") is None, "the notice to go away")
+        eventually(lambda: window.frame.has(ACTIVE), "the main window to become active")
+        self.assertEqual(window.close(), 0)
+
+    def test_return_and_escape_close_the_notice(self):
+        for key in ("Return", "Escape"):
+            with self.subTest(key=key):
+                shutil.rmtree(self.sandbox.system_file("exec.rc"), ignore_errors=True)
+                window, notice = self.open_with_failure()
+                if not notice.has(ACTIVE):
+                    self.desk.click(*next(node for node in notice.below() if node.role == "label").center)
+                    eventually(lambda: notice.has(ACTIVE), "the notice to become active")
+                self.desk.press(key)
+                eventually(lambda: window.program.find_now("dialog") is None, "the notice to go away")
+                self.desk.stop(window.process)
+
+    def test_the_notice_is_not_hidden_by_the_main_window(self):
+        _, notice = self.open_with_failure()
+        x, y, width, height = notice.box
+        picture = self.desk.picture((x, y, width, height))
+        # The table behind is white.
+        self.assertEqual(picture.getpixel((3, 3)), picture.getpixel((width - 4, height - 4)))
+        self.assertNotEqual(picture.getpixel((3, 3)), (255, 255, 255))
+
+    def test_a_configuration_that_loads_has_no_notice(self):
+        window = self.open_with("allow path /a any r")
+        self.assertIsNone(window.program.find_now("dialog"))
+        self.assertNotIn("error on load", self.log())
+
+
+class End(DesktopTest):
+    def test_closing_the_window_ends_the_program_with_status_0(self):
+        self.assertEqual(self.open_with("allow path /a any r").close(), 0)
+
+    def test_ctrl_q_ends_the_program_with_status_0(self):
+        window = self.open_with("allow path /a any r")
+        self.desk.press("ctrl+q")
+        self.assertEqual(window.process.wait(PATIENCE), 0)
+
+    def test_the_quit_item_of_the_file_menu_ends_the_program(self):
+        window = self.open_with("allow path /a any r")
+        self.desk.click(*window.frame.find("menu item", "File").center)
+        self.desk.click(*window.frame.find("menu item", "Quit").center)
+        self.assertEqual(window.process.wait(PATIENCE), 0)
+
+    def test_the_users_file_is_left_as_it_was(self):
+        window = self.open_with("; comment", "allow path /a any r")
+        before = os.stat(self.sandbox.user_file).st_mtime_ns
+        window.close()
+        self.assertEqual(os.stat(self.sandbox.user_file).st_mtime_ns, before)
