@@ -13,8 +13,8 @@ namespace quorvane {
 struct PolicyRuleFields {
     std::int32_t policyClass = 0;
     std::int32_t policyType = 0;
-    NullableText path;
-    NullableText processName; // forms: ApplicationIdentity.h
+    NullableText path{};
+    NullableText processName{}; // forms: ApplicationIdentity.h
     NullableText tag = "";
     NullableText constraint = ""; // 40 characters SHA-1, 64 SHA-256, else a team identifier; empty for none
     std::uint32_t operations = 0;

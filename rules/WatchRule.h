@@ -12,8 +12,8 @@ namespace quorvane {
 // The properties of a watch rule; the codes are those of RuleCodes.h.
 struct WatchRuleFields {
     std::int32_t policyType = 0;
-    NullableText path;
-    NullableText processName;
+    NullableText path{};
+    NullableText processName{};
     NullableText tag = "";
     std::uint32_t operations = 0;
     std::uint32_t flags = 0;

@@ -32,7 +32,8 @@ class Check(CommandTest):
 
     def test_rules_cover_one_another_only_as_they_should(self):
         for why, covering, covered, is_redundant in [
-                ("the path any covers all paths, whatever its type", "allow suffix any any rwcmx", "allow path /etc any x", True),
+                ("the path any covers all paths, whatever its type", "allow suffix any any rwcmx",
+                 "allow path /etc any x", True),
                 ("an empty path covers all paths", 'allow path "" any r', "allow suffix .x any r", True),
                 ("an operation is missing", "allow prefix / any rw", "allow path /etc any rx", False),
                 ("another class", "deny prefix / any r", "allow path /etc any r", False),
@@ -48,26 +49,31 @@ class Check(CommandTest):
 
     def test_a_system_rule_can_cover_a_users_rule_but_is_not_reported_itself(self):
         self.sandbox.write_user("allow path /etc any r")
-        self.sandbox.write_system("quorvane.rc", "allow prefix / any r", "allow path /nowhere any r", "deny path /é any -")
+        self.sandbox.write_system("quorvane.rc", "allow prefix / any r", "allow path /nowhere any r",
+                                  "deny path /é any -")
         self.assertEqual(self.findings(), [("/etc", "redundant")])
 
     def test_a_missing_path_is_found(self):
         self.sandbox.write_user("allow path /no/such/file any r", "allow prefix /no/such/folder/ any r",
-                                "deny path ~/none any r", "watch path /no/such/watched any r", "allow path /etc/hosts/x any r")
+                                "deny path ~/none any r", "watch path /no/such/watched any r",
+                                "allow path /etc/hosts/x any r")
         self.assertEqual(sorted(self.findings()), [
             ("/etc/hosts/x", "missing"), ("/no/such/file", "missing"), ("/no/such/folder/", "missing"),
             ("/no/such/watched", "missing"), ("~/none", "missing")])
 
     def test_what_names_no_file_is_not_missing(self):
         os.mkdir(os.path.join(self.sandbox.home, "Documents"))
-        self.sandbox.write_user("allow path ~/Documents any r", "allow suffix /no/such any r", "allow path /dev/none any r",
-                                "allow path relative/none any r", "allow path :NVRAM/none any r", "allow path ~none any r",
+        self.sandbox.write_user("allow path ~/Documents any r", "allow suffix /no/such any r",
+                                "allow path /dev/none any r",
+                                "allow path relative/none any r", "allow path :NVRAM/none any r",
+                                "allow path ~none any r",
                                 "allow path :other any r", "allow path any any x")
         self.assertNotIn("missing", [kind for _, kind in self.findings()])
 
     def test_rules_that_do_not_read_back_are_found(self):
         self.sandbox.write_user("allow suffix .é any r", "allow suffix .a /bin/日 r", "allow suffix .b any r tág",
-                                "watch suffix .c any - w", "deny suffix .d any -", "allow suffix .e any r t cönstraint")
+                                "watch suffix .c any - w", "deny suffix .d any -",
+                                "allow suffix .e any r t cönstraint")
         self.assertEqual(sorted(self.findings()),
                          sorted((path, "unwritable") for path in (".é", ".a", ".b", ".c", ".d", ".e")))
 
@@ -82,7 +88,8 @@ class Check(CommandTest):
     def test_checks_a_file_instead_of_the_configuration(self):
         self.sandbox.write_user("allow path /no/such/file any r")
         self.assertEqual(self.findings(self.sandbox.new_file("good", ["allow suffix .x any r"])), [])
-        self.assertEqual(self.findings(self.sandbox.new_file("bad", ["deny path /nowhere any r"])), [("/nowhere", "missing")])
+        self.assertEqual(self.findings(self.sandbox.new_file("bad", ["deny path /nowhere any r"])),
+                         [("/nowhere", "missing")])
 
     def test_a_file_that_could_not_be_read_never_passes(self):
         link = self.sandbox.path("link")

@@ -76,7 +76,8 @@ class Add(EditTest):
 
     def test_warns_of_what_will_not_read_back(self):
         for arguments in (["/é", "any", "r"], ['/a"b', "any", "r"], ["/a", 'an"y', "r"], ["/a ", "any", "r"],
-                          ["/a", "any", ""], ["/a", "any", "r", "--tag", "日"], ["/a", "any", "r", "--constraint", 'A"B'],
+                          ["/a", "any", ""], ["/a", "any", "r", "--tag", "日"],
+                          ["/a", "any", "r", "--constraint", 'A"B'],
                           ["/a\nb", "any", "r"], ["/a\u2028b", "any", "r"]):
             with self.subTest(arguments=arguments):
                 self.sandbox.write_user()
@@ -97,7 +98,8 @@ class Add(EditTest):
 class Delete(EditTest):
     def setUp(self):
         super().setUp()
-        self.sandbox.write_user("allow prefix /a any r first C 9", "watch prefix /a any r first", "allow prefix /a any r second D")
+        self.sandbox.write_user("allow prefix /a any r first C 9", "watch prefix /a any r first",
+                                "allow prefix /a any r second D")
 
     def test_removes_the_equal_rule_whatever_its_tag_and_age(self):
         self.assertEqual(self.succeed("delete", "allow", "prefix", "/a", "any", "r", "--constraint", "C").out, b"")
@@ -115,12 +117,14 @@ class Delete(EditTest):
         self.assertEqual(self.written(), "")
 
     def test_a_rule_that_differs_in_any_compared_field_is_not_equal(self):
-        for arguments in (["allow", "prefix", "/a", "any", "r"], ["deny", "prefix", "/a", "any", "r", "--constraint", "C"],
+        for arguments in (["allow", "prefix", "/a", "any", "r"],
+                          ["deny", "prefix", "/a", "any", "r", "--constraint", "C"],
                           ["allow", "path", "/a", "any", "r", "--constraint", "C"],
                           ["allow", "prefix", "/A", "any", "r", "--constraint", "C"],
                           ["allow", "prefix", "/a", "Any", "r", "--constraint", "C"],
                           ["allow", "prefix", "/a", "any", "rw", "--constraint", "C"],
-                          ["allow", "prefix", "/a", "any", "r", "--constraint", "c"], ["watch", "prefix", "/a", "any", "w"],
+                          ["allow", "prefix", "/a", "any", "r", "--constraint", "c"],
+                          ["watch", "prefix", "/a", "any", "w"],
                           ["watch", "path", "/a", "any", "r"], ["watch", "prefix", "/b", "any", "r"]):
             with self.subTest(arguments=arguments):
                 self.assert_untouched(1, "delete", *arguments)
@@ -183,7 +187,8 @@ class UnusableFile(EditTest):
     def test_a_missing_folder_is_told(self):
         os.rmdir(self.sandbox.shared)
         result = self.fail_with(1, *self.COMMANDS[0])
-        self.assertIn(f"Failed to open file '{self.sandbox.user_file}' for writing: No such file or directory (2)", result.err)
+        self.assertIn(f"Failed to open file '{self.sandbox.user_file}' for writing: No such file or directory (2)",
+                      result.err)
 
     def test_a_failed_write_is_told(self):
         def no_room():

@@ -8,7 +8,8 @@ class Export(CommandTest):
     def setUp(self):
         super().setUp()
         self.out = self.sandbox.path("out.quorv")
-        self.sandbox.write_user("; a comment", "set a 1", "allow prefix /b /bin/b r tag C 12", "watch path /w any rw look",
+        self.sandbox.write_user("; a comment", "set a 1", "allow prefix /b /bin/b r tag C 12",
+                                "watch path /w any rw look",
                                 "deny suffix .a /bin/a xm")
         self.sandbox.write_system("quorvane.rc", "allow prefix /s /bin/s c us C 7", "watch prefix /ws any m s")
 
@@ -66,7 +67,8 @@ class Export(CommandTest):
 
     def test_what_is_exported_reads_back_the_same(self):
         self.exported()
-        compared = ("kind", "policyClass", "policyType", "path", "processName", "tag", "constraint", "operations", "created")
+        compared = ("kind", "policyClass", "policyType", "path", "processName", "tag", "constraint", "operations",
+                    "created")
         rules = [[[rule[key] for key in compared] for rule in self.succeed("list", "--json", *file).objects()]
                  for file in ([], [self.out])]
         self.assertEqual(rules[0], rules[1])
@@ -88,7 +90,8 @@ class Export(CommandTest):
         target = self.sandbox.new_file("target", "precious\n")
         os.symlink(target, self.out)
         result = self.fail_with(1, "export", self.out)
-        self.assertIn(f"Failed to open file '{self.out}' for writing: Too many levels of symbolic links (40)", result.err)
+        self.assertIn(f"Failed to open file '{self.out}' for writing: Too many levels of symbolic links (40)",
+                      result.err)
         self.assertEqual(read(target), b"precious\n")
 
     def test_a_missing_folder_is_a_failure(self):

@@ -152,7 +152,8 @@ class ListedRows(CommandTest):
         self.assertEqual(self.succeed("list", "--json", "--system").out, b"")
 
     def test_lines_that_are_no_rules_are_skipped(self):
-        self.sandbox.write_user("; allow prefix /comment any r", "", "allow prefix /four any", "allow\tprefix\t/t\tany\tr",
+        self.sandbox.write_user("; allow prefix /comment any r", "", "allow prefix /four any",
+                                "allow\tprefix\t/t\tany\tr",
                                 "set policy.global.paranoid 1", "allow prefix /rule any r")
         self.assertEqual(self.listed(), ["/rule"])
 
@@ -195,7 +196,8 @@ class Filter(CommandTest):
 
 class Table(CommandTest):
     def test_without_json_each_rule_is_one_line_in_the_same_order(self):
-        self.sandbox.write_user("watch prefix /first any r", "allow prefix /second any r label", "deny path /third any x")
+        self.sandbox.write_user("watch prefix /first any r", "allow prefix /second any r label",
+                                "deny path /third any x")
         lines = self.succeed("list").out.decode().splitlines()[1:]
         self.assertEqual([line.split()[-1] for line in lines], ["/first", "/second", "/third"])
         self.assertIn("label", lines[1])

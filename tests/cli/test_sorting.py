@@ -6,7 +6,8 @@ KEYS = ["policyClass", "policyType", "path", "processName", "tag", "constraint",
 USER_RULES = [
     'watch suffix "/b" "/bin/two" rw "B"', 'watch prefix "/A" "any" r', 'watch path "/c" "any" r "a"',
     'allow prefix "/B" "/bin/one" rwc "b" "T2" "-1"', 'deny path "/a" "/bin/One" x "" "" "10"',
-    'other suffix "/ab" "any" m "A" "t1" "9"', 'allow suffix "/a b" "any" r "É"', 'deny prefix "/é" "any" w "é" "T10"',
+    'other suffix "/ab" "any" m "A" "t1" "9"', 'allow suffix "/a b" "any" r "É"',
+    'deny prefix "/é" "any" w "é" "T10"',
     'allow path "/abcdefgh" "any" r "ab"', 'allow path "/abcdefghi" "any" r "B"', 'allow path "" "any" c "" "" "100"',
     'deny path "/Abcdefg" "any" r',
 ]
@@ -56,7 +57,8 @@ class Sorting(CommandTest):
         for first in KEYS:
             for second in KEYS:
                 with self.subTest(first=first, second=second):
-                    self.assertEqual(self.order(first + ":desc", second), sorted_by(self.rules, (first, True), (second, False)))
+                    self.assertEqual(self.order(first + ":desc", second),
+                                     sorted_by(self.rules, (first, True), (second, False)))
 
     def test_three_keys_count_in_the_order_given(self):
         self.assertEqual(self.order("system:desc", "policyType", "tag:desc"),

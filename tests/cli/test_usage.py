@@ -13,7 +13,8 @@ class Usage(CommandTest):
         self.assertFalse(os.path.exists(self.sandbox.user_file))
 
     def test_wrong_arguments_are_told_with_status_2(self):
-        for arguments in ([], ["lst"], ["list", "--jsn"], ["list", "a", "b"], ["list", "--filter"], ["list", "--sort"],
+        for arguments in ([], ["lst"], ["list", "--jsn"], ["list", "a", "b"], ["list", "--filter"],
+                          ["list", "--sort"],
                           ["options", "file"], ["export"], ["export", "a", "b", "c"], ["check", "a", "b"], ["--root"],
                           ["list", "--label-system"], ["add"], ["add", *RULE[:4]], ["add", *RULE, "x"],
                           ["delete", *RULE, "--tag", "t"], ["check", "--system"], ["options", "--system"]):
@@ -21,14 +22,16 @@ class Usage(CommandTest):
                 self.assert_usage_error(*arguments)
 
     def test_wrong_words_of_a_rule_are_usage_errors(self):
-        for place, word in [(0, "Allow"), (0, "permit"), (0, ""), (1, "PREFIX"), (1, "folder"), (4, "rq"), (4, "R"), (4, "r w")]:
+        for place, word in [(0, "Allow"), (0, "permit"), (0, ""), (1, "PREFIX"), (1, "folder"), (4, "rq"), (4, "R"),
+                            (4, "r w")]:
             for command in ("add", "delete"):
                 with self.subTest(command=command, word=word):
                     self.assert_usage_error(command, *RULE[:place], word, *RULE[place + 1:])
 
     def test_arguments_that_are_not_utf_8_are_usage_errors(self):
         for arguments in (["list", "--filter", b"\xff"], ["add", *RULE[:2], b"/caf\xe9", *RULE[3:]], [b"\xc0\xaf"],
-                          ["add", *RULE, "--tag", b"\xed\xa0\x80"], ["list", b"/tmp/\xff"], ["--root", b"\xfe", "list"]):
+                          ["add", *RULE, "--tag", b"\xed\xa0\x80"], ["list", b"/tmp/\xff"],
+                          ["--root", b"\xfe", "list"]):
             with self.subTest(arguments=arguments):
                 self.assert_usage_error(*arguments)
 

@@ -17,11 +17,12 @@ TITLES = ["Application", "State", "Class", "Type", "Operations", "Tag", "Path"]
 class RulesWindow:
     """The main window, as a person finds it."""
 
-    def __init__(self, desk, process):
+    def __init__(self, desk, process, wait_until_active=True):
         self.desk, self.process = desk, process
         self.program = desk.tree_of(process)
         self.frame = self.program.find("frame")
-        eventually(lambda: self.frame.has(ACTIVE), "the main window to become active")
+        if wait_until_active:
+            eventually(lambda: self.frame.has(ACTIVE), "the main window to become active")
         settled(lambda: self.frame.box)
         self.table = self.frame.find("table")
         self.search = self.frame.find("text", "Search")
@@ -37,7 +38,8 @@ class RulesWindow:
 
     def selected(self):
         """The paths of the selected rows."""
-        return [self.table.cell(row, PATH).name for row in range(self.table.rows) if self.table.cell(row, PATH).has(SELECTED)]
+        cells = [self.table.cell(row, PATH) for row in range(self.table.rows)]
+        return [cell.name for cell in cells if cell.has(SELECTED)]
 
     def focused(self):
         """The object that the keyboard acts on."""
@@ -95,8 +97,8 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(check_end)
         return process
 
-    def open(self, **environment):
-        return RulesWindow(self.desk, self.start(**environment))
+    def open(self, wait_until_active=True, **environment):
+        return RulesWindow(self.desk, self.start(**environment), wait_until_active)
 
     def open_with(self, *user_rules, **environment):
         self.sandbox.write_user(*user_rules)

@@ -1,6 +1,7 @@
 from rules_window import PATH, DesktopTest
 
-RULES = ["watch path /watched /bin/looker r WatchTag", "allow path /Allowed /Applications/Safari.app/Contents/MacOS/Safari r Work",
+RULES = ["watch path /watched /bin/looker r WatchTag",
+         "allow path /Allowed /Applications/Safari.app/Contents/MacOS/Safari r Work",
          "deny suffix .ärger any r"]
 ALL = ["/watched", ".ärger", "/Allowed"]
 

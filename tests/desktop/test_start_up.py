@@ -1,7 +1,7 @@
 import os
 import shutil
 
-from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually
+from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually, settled
 from rules_window import PATH, DesktopTest
 
 NOTICE = "Error Loading Configuration"
@@ -83,21 +83,9 @@ class UnusableConfiguration(DesktopTest):
 class LoadFailure(DesktopTest):
     def open_with_failure(self):
         self.sandbox.write_user("allow path /a any r")
-        os.mkdir(self.sandbox.system_file("exec.rc"))
-        window = self.open_without_focus()
+        os.makedirs(self.sandbox.system_file("exec.rc"), exist_ok=True)
+        window = self.open(wait_until_active=False)  # the notice may have the keyboard
         return window, window.program.find("dialog", NOTICE)
-
-    def open_without_focus(self):
-        """The notice, not the main window, may be the active one."""
-        from rules_window import RulesWindow
-
-        class Behind(RulesWindow):
-            def __init__(self, desk, process):
-                self.desk, self.process = desk, process
-                self.program = desk.tree_of(process)
-                self.frame = self.program.find("frame")
-                self.table = self.frame.find("table")
-        return Behind(self.desk, self.start())
 
     def test_of_the_last_file_is_told_in_a_notice_with_its_reason(self):
         window, notice = self.open_with_failure()
@@ -115,25 +103,23 @@ class LoadFailure(DesktopTest):
         eventually(lambda: window.frame.has(ACTIVE), "the main window to become active")
         self.assertEqual(window.close(), 0)
 
-    def test_return_and_escape_close_the_notice(self):
+    def test_the_notice_has_the_keyboard_and_closes_by_it(self):
         for key in ("Return", "Escape"):
             with self.subTest(key=key):
-                shutil.rmtree(self.sandbox.system_file("exec.rc"), ignore_errors=True)
                 window, notice = self.open_with_failure()
-                if not notice.has(ACTIVE):
-                    self.desk.click(*next(node for node in notice.below() if node.role == "label").center)
-                    eventually(lambda: notice.has(ACTIVE), "the notice to become active")
+                eventually(lambda: notice.has(ACTIVE), "the notice to become active")
                 self.desk.press(key)
                 eventually(lambda: window.program.find_now("dialog") is None, "the notice to go away")
+                eventually(lambda: window.frame.has(ACTIVE), "the main window to become active")
                 self.desk.stop(window.process)
 
     def test_the_notice_is_not_hidden_by_the_main_window(self):
         _, notice = self.open_with_failure()
-        x, y, width, height = notice.box
-        picture = self.desk.picture((x, y, width, height))
-        # The table behind is white.
-        self.assertEqual(picture.getpixel((3, 3)), picture.getpixel((width - 4, height - 4)))
-        self.assertNotEqual(picture.getpixel((3, 3)), (255, 255, 255))
+        _, _, width, height = settled(lambda: notice.box)
+        picture = self.desk.picture(notice.box)
+        corners = {picture.getpixel((x, y)) for x in (3, width - 4) for y in (3, height - 4)}
+        self.assertEqual(len(corners), 1)
+        self.assertNotEqual(corners, {(255, 255, 255)})  # the table behind is white
 
     def test_a_configuration_that_loads_has_no_notice(self):
         window = self.open_with("allow path /a any r")

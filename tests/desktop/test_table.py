@@ -7,7 +7,7 @@ from desk import SHOWING, eventually
 
 class Cells(DesktopTest):
     def test_a_policy_rule_shows_in_all_columns(self):
-        window = self.open_with('allow prefix "/a b" "/Applications/Mail.app/Contents/MacOS/Mail" rwcmx "work" "" "5"',
+        window = self.open_with('allow prefix "/a b" "/A/Mail.app/Contents/MacOS/Mail" rwcmx "work" "" "5"',
                                 'deny path "/b" "/bin/sh via /usr/sbin/cron" x', "other folder /c any -")
         self.assertEqual(window.texts(), [
             ["Any Process", "", "Err", "Err", "", "", "/c"],
@@ -34,7 +34,8 @@ class Cells(DesktopTest):
 
     def test_missing_files_and_redundant_rules_are_told_in_words(self):
         window = self.open_with("watch path /no/such/watched any r", "allow prefix / any r", "allow path /etc any r",
-                                "allow path /no/such/file any r", "deny path /no/such/file any r", "deny path /etc any r",
+                                "allow path /no/such/file any r", "deny path /no/such/file any r",
+                                "deny path /etc any r",
                                 "deny path ~/none any r", "deny suffix /none any r")
         self.assertEqual(dict(zip(window.column(PATH), window.descriptions(PATH))), {
             "/no/such/watched": "file not found", "/": "", "/etc": "", "/no/such/file": "file not found",
@@ -48,7 +49,8 @@ class Cells(DesktopTest):
 
     def test_text_beyond_ascii_is_shown_as_it_is(self):
         window = self.open_with('allow suffix "ß😀" "/bin/日本" r "Ünïcödé"')
-        self.assertEqual([window.table.cell(0, column).name for column in (APPLICATION, TAG, PATH)], ["日本", "Ünïcödé", "ß😀"])
+        self.assertEqual([window.table.cell(0, column).name for column in (APPLICATION, TAG, PATH)],
+                         ["日本", "Ünïcödé", "ß😀"])
 
     def test_cells_out_of_view_answer_too(self):
         window = self.open_with(*(f"allow path /{number} any r" for number in range(5000)))
@@ -85,14 +87,22 @@ class Table(DesktopTest):
                 strip = picture.crop((x + width - 6, y + 2, x + width - 2, y + height - 3))
                 self.assertEqual(len(set(strip.convert("L").point(lambda level: level < 128).getdata())), 1)
 
-    def test_a_long_path_is_cut_in_the_middle_and_told_whole_in_a_tool_tip(self):
-        path = "/no/" + "x" * 400 + "/end"
-        window = self.open_with(f"allow prefix / any r", f"allow path {path} any r")
-        self.desk.hands("mousemove", *window.table.cell(1, PATH).center)
-        tip = eventually(lambda: next((child for child in window.program.children() if child.role == "tool tip"), None), "a tool tip")
-        self.assertIn(path, tip.name)
-        self.assertIn('covered by allow prefix "/" "any" r', tip.name)
-        self.assertIn("Nothing exists at this path", tip.name)
+    def test_a_long_path_makes_its_column_no_wider_than_the_window(self):
+        window = self.open_with("allow path /" + "x" * 400 + " any r")
+        x, _, width, _ = window.table.box
+        cell = window.table.cell(0, PATH).box
+        self.assertLessEqual(cell[0] + cell[2], x + width)
+
+    def test_a_tool_tip_tells_the_whole_path_and_the_reasons_of_its_colour(self):
+        path = "/no/such/file"
+        window = self.open_with("allow prefix / any r", f"allow path {path} any r")
+        x, y, _, height = window.table.cell(1, PATH).box
+        self.desk.hands("mousemove", x + 20, y + height // 2)
+        tip = eventually(lambda: next((child for child in window.program.children() if child.role == "tool tip"),
+                                      None),
+                         "a tool tip").name
+        for text in (path, 'covered by allow prefix "/" "any" r', "Nothing exists at this path"):
+            self.assertIn(text, tip)
 
     def test_home_is_where_the_person_lives(self):
         os.mkdir(os.path.join(self.sandbox.home, "there"))

@@ -39,8 +39,8 @@ const Pieces pieces[] = {
         "b", "any ancestor /usr/bin/ssh"},
     {"any via login via /b", "Any Process via login", "any via login", "/b", "b", "any via login"},
     // The outermost bundle, of the head only.
-    {"/A.app/Contents/Helpers/B.app/Contents/MacOS/B", "B",
-        "/A.app/Contents/Helpers/B.app/Contents/MacOS/B", {}, {}, "/A.app"},
+    {"/A.app/Contents/Helpers/B.app/Contents/MacOS/B", "B", "/A.app/Contents/Helpers/B.app/Contents/MacOS/B",
+        {}, {}, "/A.app"},
     {"/bin/sh via /A.app/Contents/MacOS/A", "sh", "/bin/sh", "/A.app/Contents/MacOS/A", "A", "/bin/sh"},
     {"/usr/bin/ssh", "ssh", "/usr/bin/ssh", {}, {}, "/usr/bin/ssh"},
     {"/A.app", "A.app", "/A.app", {}, {}, "/A.app"},

@@ -43,7 +43,8 @@ TEST(Duplicates, AreDroppedWhateverTagAndTime)
 TEST(Duplicates, FirstOneReadIsKept)
 {
     const StoreSandbox sandbox;
-    const auto store = sandbox.storeOf("allow path /a any r first TEAM 1\nallow path /a any r second TEAM 2\n");
+    const auto store
+        = sandbox.storeOf("allow path /a any r first TEAM 1\nallow path /a any r second TEAM 2\n");
 
     ASSERT_EQ(store->totalRules(true), 1U);
     EXPECT_EQ(policyAt(*store, 0)->tag().view(), "first");
@@ -69,12 +70,13 @@ TEST(Duplicates, OfLongWatchListsAgreeWithAPlainWalk)
     std::vector<WatchRulePtr> kept;
     for (int number = 0; number < 3000; ++number) {
         const auto rule = watchRule({.policyType = static_cast<int>(random() % 3),
-            .path = "/" + std::to_string(random() % 30), .processName = "/p" + std::to_string(random() % 5),
+            .path = "/" + std::to_string(random() % 30),
+            .processName = "/p" + std::to_string(random() % 5),
             .operations = 1 + static_cast<std::uint32_t>(random() % 3)});
         const char* types[] = {"prefix", "path", "suffix"};
         const char* letters[] = {"", "r", "w", "wr"};
-        text += std::string("watch ") + types[rule->policyType()] + " " + std::string(rule->path().view()) + " "
-            + std::string(rule->processName().view()) + " " + letters[rule->operations()] + "\n";
+        text += std::string("watch ") + types[rule->policyType()] + " " + std::string(rule->path().view())
+            + " " + std::string(rule->processName().view()) + " " + letters[rule->operations()] + "\n";
         bool known = false;
         for (const WatchRulePtr& other : kept)
             known = known || other->isEqualToWatchRule(*rule);

@@ -73,14 +73,15 @@ Row randomRow(std::mt19937& random)
 {
     return {choose(random, {"allow", "deny", "deny", "err"}), choose(random, {"prefix", "path"}),
         choose(random,
-            {"/a/x", "/a/y", "/a/z", "/a/", "/a", "/b", "/b/x", "/b/y", "/b//x", "/b/x/", "/", "//", "x", "y", "x/y",
-                ":NVRAM/x", ":NVRAM/y", ":x", ":", "any", "/a/x/u", "/a/x/v"}),
+            {"/a/x", "/a/y", "/a/z", "/a/", "/a", "/b", "/b/x", "/b/y", "/b//x", "/b/x/", "/", "//", "x", "y",
+                "x/y", ":NVRAM/x", ":NVRAM/y", ":x", ":", "any", "/a/x/u", "/a/x/v"}),
         choose(random, {"/bin/p", "/bin/q"}), choose(random, {"r", "w", "rw"})};
 }
 
 std::string lineOf(const Row& row)
 {
-    return row.policyClass + " " + row.type + " " + row.path + " " + row.process + " " + row.operations + "\n";
+    return row.policyClass + " " + row.type + " " + row.path + " " + row.process + " " + row.operations
+        + "\n";
 }
 
 // The stored policy rules as rows of text, by group.
@@ -90,8 +91,8 @@ Lines rowTexts(RuleManager& store)
     for (const PolicyRulePtr& rule : store.policyRules()) {
         texts.push_back(Row{std::string(policyClassDescription(rule->policyClass())),
             std::string(policyTypeDescription(rule->policyType())), std::string(rule->path().view()),
-            std::string(rule->processName().view()), operationsDescription(static_cast<int>(rule->operations())),
-            rule->sequence()}
+            std::string(rule->processName().view()),
+            operationsDescription(static_cast<int>(rule->operations())), rule->sequence()}
                             .text());
     }
     return texts;
@@ -157,8 +158,8 @@ TEST(FailSafeMerge, RulesOnFilesOfOneFolderBecomeOneOnTheFolder)
         const char* text;
         Lines rules;
     } cases[] = {
-        {"also when one allows and the other denies",
-            "allow path /d/a /bin/p r\ndeny prefix /d/b /bin/p w\n", {"allow path /d/ /bin/p r 0"}},
+        {"also when one allows and the other denies", "allow path /d/a /bin/p r\ndeny prefix /d/b /bin/p w\n",
+            {"allow path /d/ /bin/p r 0"}},
         {"a third one is dropped for one that differs in its path only",
             "allow path /d/a /bin/p r\nallow path /d/b /bin/p r\nallow path /d/c /bin/p r\n",
             {"allow path /d/ /bin/p r 0"}},
@@ -167,8 +168,7 @@ TEST(FailSafeMerge, RulesOnFilesOfOneFolderBecomeOneOnTheFolder)
             {"allow path /d/ /bin/p r 0", "deny path /d/c /bin/p r 2"}},
         {"a rule that differs in its path only is dropped, wherever it points",
             "allow path /d/a /bin/p r\nallow path /e/b /bin/p r\n", {"allow path /d/a /bin/p r 0"}},
-        {"other folders and other fields stay apart",
-            "allow path /d/a /bin/p r\ndeny path /e/b /bin/p r\n",
+        {"other folders and other fields stay apart", "allow path /d/a /bin/p r\ndeny path /e/b /bin/p r\n",
             {"allow path /d/a /bin/p r 0", "deny path /e/b /bin/p r 1"}},
         {"other applications stay apart", "allow path /d/a /bin/p r\nallow path /d/b /bin/q r\n",
             {"allow path /d/a /bin/p r 0", "allow path /d/b /bin/q r 1"}},
@@ -189,8 +189,8 @@ TEST(FailSafeMerge, HappensInTheFailSafeFileOnly)
 {
     const StoreSandbox sandbox;
     const std::string text = "allow path /d/a /bin/p r\ndeny path /d/b /bin/p w\nallow path /e /bin/p r\n";
-    const std::string near[] = {"Users/Shared/Quorvane/failsafe.rc.strict", "Users/Shared/Quorvane//failsafe.rc",
-        "other/failsafe.rc", "ann.rc"};
+    const std::string near[] = {"Users/Shared/Quorvane/failsafe.rc.strict",
+        "Users/Shared/Quorvane//failsafe.rc", "other/failsafe.rc", "ann.rc"};
     for (const std::string& name : near) {
         const std::string file = sandbox.folder.write(name, text);
         const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
@@ -214,15 +214,15 @@ TEST(FailSafeMerge, MergesIntoRulesThatTheStoreAlreadyHas)
 TEST(FailSafeMerge, MergedRuleIsFoundUnderItsNewPath)
 {
     const StoreSandbox sandbox;
-    sandbox.folder.write("Users/Shared/Quorvane/failsafe.rc",
-        "allow prefix /d/a /bin/p r\ndeny prefix /d/b /bin/p w\n");
+    sandbox.folder.write(
+        "Users/Shared/Quorvane/failsafe.rc", "allow prefix /d/a /bin/p r\ndeny prefix /d/b /bin/p w\n");
     const auto store = RuleManager::initWithContentsOfFile(
         sandbox.locations.failSafeFile(), false, sandbox.locations, silentLog());
 
-    EXPECT_TRUE(store->isRedundant(
-        PolicyRule({.path = "/d/other", .processName = "/bin/p", .operations = 1})));
-    EXPECT_TRUE(store->deletePolicyRule(
-        PolicyRule({.path = "/d/", .processName = "/bin/p", .operations = 1})));
+    EXPECT_TRUE(
+        store->isRedundant(PolicyRule({.path = "/d/other", .processName = "/bin/p", .operations = 1})));
+    EXPECT_TRUE(
+        store->deletePolicyRule(PolicyRule({.path = "/d/", .processName = "/bin/p", .operations = 1})));
 }
 
 TEST(FailSafeMerge, AgreesWithThePlainWalkOnRandomFiles)

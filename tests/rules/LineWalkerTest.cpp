@@ -68,8 +68,14 @@ TEST(LineWalker, NoTextIsOneEmptyLine)
 
 TEST(LineWalker, OtherControlsAndNeighbouringCharactersEndNoLine)
 {
-    for (const char* text : {"a\tb", "a\x0E" "b", "a\x1F" "b", "a\x7F" "b", "a\u0084b", "a\u0086b", "a\u2027b",
-             "a\u202Ab", "a\u00C5b", "a\u0405b", "a\u3028b", "\uFEFFa"}) {
+    for (const char* text : {"a\tb",
+             "a\x0E"
+             "b",
+             "a\x1F"
+             "b",
+             "a\x7F"
+             "b",
+             "a\u0084b", "a\u0086b", "a\u2027b", "a\u202Ab", "a\u00C5b", "a\u0405b", "a\u3028b", "\uFEFFa"}) {
         EXPECT_EQ(linesOf(text), Lines{text});
     }
 }
@@ -77,7 +83,8 @@ TEST(LineWalker, OtherControlsAndNeighbouringCharactersEndNoLine)
 TEST(LineWalker, AgreesWithAPlainWalkOnRandomTexts)
 {
     std::vector<std::string> pieces = lineEnds;
-    pieces.insert(pieces.end(), {"a", "bc", "\u00E9", "\u0086", "\u2027", "\U0001F600", "a long run of ASCII"});
+    pieces.insert(
+        pieces.end(), {"a", "bc", "\u00E9", "\u0086", "\u2027", "\U0001F600", "a long run of ASCII"});
     std::mt19937 random(99);
     for (int number = 0; number < 5000; ++number) {
         std::string text;

@@ -16,8 +16,13 @@ constexpr std::uint64_t now = 1700000000;
 
 PolicyRuleFields someFields()
 {
-    return {.policyClass = 1, .policyType = 1, .path = "/a/b", .processName = "/bin/ls", .constraint = "TEAM",
-        .operations = 3, .flags = 1};
+    return {.policyClass = 1,
+        .policyType = 1,
+        .path = "/a/b",
+        .processName = "/bin/ls",
+        .constraint = "TEAM",
+        .operations = 3,
+        .flags = 1};
 }
 
 std::int32_t stateOf(std::uint64_t created, bool system = false)

@@ -81,8 +81,7 @@ TEST(RuleCodes, OperationsAreWrittenInAscendingBits)
 TEST(RuleCodes, EveryOperationSetReadsBack)
 {
     for (int operations = 0; operations < 32; ++operations) {
-        EXPECT_EQ(
-            operationsForString(operationsDescription(operations)), static_cast<unsigned>(operations));
+        EXPECT_EQ(operationsForString(operationsDescription(operations)), static_cast<unsigned>(operations));
     }
 }
 

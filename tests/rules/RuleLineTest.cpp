@@ -67,7 +67,8 @@ TEST(LineKind, DependsOnTheFirstTokenAndTheirNumber)
 
 TEST(RuleLine, ReadsAllFieldsOfAPolicyRule)
 {
-    const PolicyRuleFields rule = policyOf(R"(deny path "/a b" "/bin/ls" xr "work" "TEAM" "1478000000" rest)");
+    const PolicyRuleFields rule
+        = policyOf(R"(deny path "/a b" "/bin/ls" xr "work" "TEAM" "1478000000" rest)");
 
     EXPECT_EQ(rule.policyClass, 1);
     EXPECT_EQ(rule.policyType, 1);
@@ -179,16 +180,30 @@ TEST(RuleLine, OptionValueIsCutTo32Bits)
 
 TEST(RuleLine, WritesAllFieldsOfAPolicyRule)
 {
-    EXPECT_EQ(ruleLine(PolicyRuleFields{.policyClass = 1, .policyType = 2, .path = "/a b", .processName = "any",
-                  .tag = "work", .constraint = "TEAM", .operations = 31, .flags = 3, .created = 1478000000,
-                  .sequence = 9, .system = true}),
+    EXPECT_EQ(ruleLine(PolicyRuleFields{.policyClass = 1,
+                  .policyType = 2,
+                  .path = "/a b",
+                  .processName = "any",
+                  .tag = "work",
+                  .constraint = "TEAM",
+                  .operations = 31,
+                  .flags = 3,
+                  .created = 1478000000,
+                  .sequence = 9,
+                  .system = true}),
         "deny suffix \"/a b\" \"any\" rwcmx \"work\" \"TEAM\" \"1478000000\"\n");
 }
 
 TEST(RuleLine, WritesAllFieldsOfAWatchRule)
 {
-    EXPECT_EQ(ruleLine(WatchRuleFields{.policyType = 1, .path = "/a b", .processName = "/bin/ls", .tag = "work",
-                  .operations = 5, .flags = 3, .sequence = 9, .system = true}),
+    EXPECT_EQ(ruleLine(WatchRuleFields{.policyType = 1,
+                  .path = "/a b",
+                  .processName = "/bin/ls",
+                  .tag = "work",
+                  .operations = 5,
+                  .flags = 3,
+                  .sequence = 9,
+                  .system = true}),
         "watch path \"/a b\" \"/bin/ls\" rc \"work\"\n");
 }
 
@@ -214,8 +229,11 @@ TEST(RuleLine, WritesUnknownCodesAsErrAndCodeTwoAsWatch)
 
 TEST(RuleLine, OnlyTheTagLosesItsQuotes)
 {
-    EXPECT_EQ(ruleLine(PolicyRuleFields{.path = "/a\"b", .processName = "p\"q", .tag = "\"t\"u\"",
-                  .constraint = "c\"d", .operations = 1}),
+    EXPECT_EQ(ruleLine(PolicyRuleFields{.path = "/a\"b",
+                  .processName = "p\"q",
+                  .tag = "\"t\"u\"",
+                  .constraint = "c\"d",
+                  .operations = 1}),
         "allow prefix \"/a\"b\" \"p\"q\" r \"tu\" \"c\"d\" \"0\"\n");
     EXPECT_EQ(ruleLine(WatchRuleFields{.path = "/a\"b", .processName = "p", .tag = "\"", .operations = 1}),
         "watch prefix \"/a\"b\" \"p\" r \"\"\n");

@@ -153,8 +153,7 @@ TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
         return (result ? "true " : "false ") + store->lastErrorMessage().value_or("none");
     });
 
-    EXPECT_EQ(
-        answer, "false Failed to open file '" + file + "' for reading: " + systemError(EACCES));
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemError(EACCES));
 }
 
 TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
@@ -180,8 +179,7 @@ TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
     if (stat(file.c_str(), &status) != 0 || status.st_size < 1024)
         GTEST_SKIP() << "no file that is shorter than its size";
 
-    expectFailure(
-        read(StoreSandbox(), file), "Failed to read() file '" + file + "': " + systemError(0));
+    expectFailure(read(StoreSandbox(), file), "Failed to read() file '" + file + "': " + systemError(0));
 }
 
 TEST(RulesReaderFiles, FileLargerThanMemoryIsAFailureNotACrash)

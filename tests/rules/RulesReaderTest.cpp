@@ -74,8 +74,8 @@ TEST(RulesReader, OneLineGivesARuleOrNone)
         {"set with five tokens is a rule in a user's file", "set prefix /a any r", {"/a"}},
         {"an empty path is a path", R"(allow prefix "" any r)", {""}},
         {"a null-like path is text", "allow prefix (null) any r", {"(null)"}},
-        {"text behind a NUL is not read", "allow prefix /a any r\nallow prefix /b any r\0x\nallow prefix /c any r"s,
-            {"/a", "/b"}},
+        {"text behind a NUL is not read",
+            "allow prefix /a any r\nallow prefix /b any r\0x\nallow prefix /c any r"s, {"/a", "/b"}},
         {"a NUL may cut a line short", "allow prefix /a any\0 r"s, {}},
         {"not even invalid bytes behind a NUL", "allow prefix /a any r\n\0\xFF"s, {"/a"}},
         {"a NUL in front leaves nothing", "\0allow prefix /a any r"s, {}},
@@ -181,15 +181,18 @@ TEST(RulesReader, LogsEveryLineThatItTakes)
     const std::string system = sandbox.locations.systemFolder();
     EXPECT_EQ(log.lines(),
         (Lines{
-            "policy class 0 type 0 path /a b process /bin/ls operations 19 flags 0 constraint TEAM to application "
+            "policy class 0 type 0 path /a b process /bin/ls operations 19 flags 0 constraint TEAM to "
+            "application "
             "directory for 'ls:/bin/ls:(null):TEAM'",
             "watch policy type 2 path .x proc  operations 3 (rzw)",
-            "policy class 0 type 0 path /a b process /bin/ls operations 19 flags 0 constraint TEAM to application "
+            "policy class 0 type 0 path /a b process /bin/ls operations 19 flags 0 constraint TEAM to "
+            "application "
             "directory for 'ls:/bin/ls:(null):TEAM'",
             "watch policy type 2 path .x proc  operations 3 (wr)",
             "option some.option set to 4294967295",
             "option a.b set to 7",
-            "policy class 4 type 1 path /c process any operations 8 flags 3 constraint  to application directory "
+            "policy class 4 type 1 path /c process any operations 8 flags 3 constraint  to application "
+            "directory "
             "for 'Any Process:Any Process:(null):'",
             "failed to load contents of " + system + "user.rc",
             "failed to load contents of " + system + "webcam.rc",

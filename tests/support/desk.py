@@ -116,6 +116,8 @@ class Desk:
         self.start("openbox", "--sm-disable", "--startup", "touch " + ready)
         self._tree = connect(eventually(self._accessibility_address, "the accessibility bus"))
         eventually(lambda: os.path.exists(ready), "the window manager")
+        # The first key ever pressed makes the window manager set its own keys anew and miss the next one.
+        self.press("Shift_L")
 
     def _start_screen(self, width, height):
         reader, writer = os.pipe()
@@ -180,7 +182,10 @@ class Desk:
             return None
 
     def hands(self, *arguments):
-        subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, check=True, stdout=subprocess.DEVNULL)
+        """Acts with mouse and keyboard, as xdotool does; what it prints."""
+        return subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, check=True,
+                              stdout=subprocess.PIPE,
+                              text=True, timeout=PATIENCE).stdout
 
     def press(self, *keys):
         self.hands("key", *keys)
@@ -217,13 +222,14 @@ class Node:
         self._address = (bus, name, path)
 
     def __eq__(self, other):
-        return self._address[1:] == other._address[1:]
+        return isinstance(other, Node) and self._address[1:] == other._address[1:]
 
     def _ask(self, interface, method, signature=None, *arguments):
         return call(*self._address, "org.a11y.atspi." + interface, method, signature, *arguments)[0]
 
     def _property(self, interface, name):
-        return call(*self._address, "org.freedesktop.DBus.Properties", "Get", "(ss)", "org.a11y.atspi." + interface, name)[0]
+        return call(*self._address, "org.freedesktop.DBus.Properties", "Get", "(ss)", "org.a11y.atspi." + interface,
+                    name)[0]
 
     def _node(self, reference):
         return Node(self._address[0], *reference)

@@ -67,7 +67,8 @@ class Sandbox:
 
     def write_preferences(self, binary=False, **values):
         """Underlines in the names stand for dots, two of them for one underline."""
-        keys = {name.replace("__", "\0").replace("_", ".").replace("\0", "_"): value for name, value in values.items()}
+        keys = {name.replace("__", "\0").replace("_", ".").replace("\0", "_"): value for name,
+                value in values.items()}
         with open(self.preferences_file, "wb") as file:
             plistlib.dump(keys, file, fmt=plistlib.FMT_BINARY if binary else plistlib.FMT_XML)
 

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "tests/support/TestRules.h"
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+// Rules out of few values, so that rules often agree in some of their properties. The same for the same seed.
+class RandomRules {
+public:
+    explicit RandomRules(unsigned seed)
+        : m_random(seed)
+    {
+    }
+
+    std::size_t below(std::size_t bound) { return m_random() % bound; }
+
+    template <class Value> Value oneOf(const std::vector<Value>& values)
+    {
+        return values[below(values.size())];
+    }
+
+    NullableText path()
+    {
+        return oneOf<NullableText>({"/", "/Users/", "/Users/a", "/Users/a/", "/Users/a/file", "/Users/ab",
+            "/users/A", "/Users/a/file.txt", "any", "anything", "", ".txt", ":NVRAM/x", {}});
+    }
+    NullableText process()
+    {
+        return oneOf<NullableText>(
+            {"/bin/a", "/bin/B", "any", "/bin/a via /bin/c", "any ancestor /bin/z", {}});
+    }
+    NullableText constraint() { return oneOf<NullableText>({"", "", "", "TEAM", "team", {}}); }
+    NullableText tag() { return oneOf<NullableText>({"", "work", "Work at home", "users", {}}); }
+    std::uint32_t operations() { return oneOf<std::uint32_t>({0, 1, 2, 3, 7, 17, 31, 256, 257}); }
+
+    PolicyRuleFields policy()
+    {
+        return {.policyClass = oneOf<std::int32_t>({0, 0, 1, 4}),
+            .policyType = oneOf<std::int32_t>({0, 0, 1, 2, 4}),
+            .path = path(),
+            .processName = process(),
+            .tag = tag(),
+            .constraint = constraint(),
+            .operations = operations(),
+            .flags = oneOf<std::uint32_t>({0, 0, 0, 1}),
+            .created = oneOf<std::uint64_t>({0, 1, 1700000000, 0x8000000000000000U}),
+            .sequence = oneOf<std::int64_t>({-1, 0, 1, 2}),
+            .system = below(3) == 0};
+    }
+    WatchRuleFields watch()
+    {
+        return {.policyType = oneOf<std::int32_t>({0, 1, 2}),
+            .path = path(),
+            .processName = process(),
+            .tag = tag(),
+            .operations = operations(),
+            .flags = oneOf<std::uint32_t>({0, 2}),
+            .sequence = oneOf<std::int64_t>({-1, 0, 1, 2}),
+            .system = below(3) == 0};
+    }
+
+private:
+    std::mt19937 m_random;
+};
+
+} // namespace quorvane

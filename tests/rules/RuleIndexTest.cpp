@@ -1,0 +1,213 @@
+#include "rules/RuleManager.h"
+
+#include "tests/rules/StoreSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+} // namespace
+
+TEST(RuleIndex, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /1 /bin/b r\n"
+                                       "allow path /2 /bin/A r\n"
+                                       "watch path /w2 any r\n"
+                                       "allow path /3 /bin/b w\n"
+                                       "allow path /4 /bin/_ r\n"
+                                       "watch path /w1 any r\n"
+                                       "allow path /5 any r\n");
+
+    EXPECT_EQ(store->sortedKeys(),
+        (Lines{
+            "_:/bin/_:(null):", "A:/bin/A:(null):", "Any Process:Any Process:(null):", "b:/bin/b:(null):"}));
+    EXPECT_EQ(rowPaths(*store), (Lines{"/w2", "/w1", "/4", "/2", "/5", "/1", "/3"}));
+}
+
+TEST(RuleIndex, KeysAreOrderedByCodePointNotByLocale)
+{
+    const StoreSandbox sandbox;
+    const auto store
+        = sandbox.storeOf("allow path /1 \u00C4 r\nallow path /2 z r\nallow path /3 \u00E4b r\n");
+
+    EXPECT_EQ(rowPaths(*store), (Lines{"/2", "/1", "/3"}));
+}
+
+TEST(RuleIndex, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /2 any r\nwatch path /w any r\nallow path /1 any r\n");
+    store->sortIndexUsingDescriptors({{SortKey::path}});
+
+    const auto policies = store->policyRules();
+
+    ASSERT_EQ(policies.size(), 2U);
+    EXPECT_EQ(policies[0]->path().view(), "/2");
+    EXPECT_EQ(rowPaths(*store), (Lines{"/1", "/2", "/w"}));
+}
+
+TEST(RuleIndex, RowsAreTheStoredRecordsThemselves)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.emptyStore();
+    const auto policy = policyRule({.path = "/a", .processName = "any"});
+    const auto watch = watchRule({.path = "/w", .processName = "any"});
+    store->addPolicyRule(policy);
+    store->addWatchRule(watch);
+
+    EXPECT_EQ(watchAt(*store, 0), watch);
+    EXPECT_EQ(policyAt(*store, 1), policy);
+    EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(1, false)), policy);
+    EXPECT_EQ(store->policyRules(), std::vector<PolicyRulePtr>{policy});
+}
+
+TEST(RuleIndex, SystemRulesAreLeftOutOfTheUsersRows)
+{
+    const StoreSandbox sandbox;
+    sandbox.writeUserRules("allow path /u1 /bin/z r\nwatch path /u2 any r\n");
+    sandbox.writeSystemFile("quorvane.rc", "allow path /s1 /bin/a r\nallow path /s2 /bin/z r\n");
+    const auto store = sandbox.load();
+
+    EXPECT_EQ(rowPaths(*store, true), (Lines{"/u2", "/s1", "/u1", "/s2"}));
+    EXPECT_EQ(rowPaths(*store, false), (Lines{"/u2", "/u1"}));
+    store->sortIndexUsingDescriptors({{SortKey::path}});
+    EXPECT_EQ(rowPaths(*store, true), (Lines{"/s1", "/s2", "/u1", "/u2"}));
+    EXPECT_EQ(rowPaths(*store, false), (Lines{"/u1", "/u2"}));
+}
+
+TEST(RuleIndex, StoreOfSystemRulesOnlyHasNoUsersRows)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /a any r\nwatch path /b any r\n", true);
+
+    EXPECT_EQ(store->totalRules(false), 0U);
+    EXPECT_EQ(store->totalRules(true), 2U);
+}
+
+TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
+{
+    const StoreSandbox sandbox;
+    const auto store
+        = sandbox.storeOf("allow path /docs /Applications/Safari.app/Contents/MacOS/Safari r \"my tag\"\n"
+                          "deny suffix .plist any w other TEAMID 1478000000\n"
+                          "watch prefix /watched /bin/seen r \"my tag\"\n");
+    const struct {
+        const char* why;
+        const char* text;
+        Lines rows;
+    } cases[] = {
+        {"a process in capitals", "SAFARI", {"/docs"}},
+        {"a path", "doc", {"/docs"}},
+        {"a path in the middle", "pli", {".plist"}},
+        {"a policy rule's tag, not a watch rule's", "my tag", {"/docs"}},
+        {"a watch rule's path", "watched", {"/watched"}},
+        {"a watch rule's process", "SEEN", {"/watched"}},
+        {"in several fields", "a", {"/watched", ".plist", "/docs"}},
+        {"the shown name is not searched", "Any Process", {}},
+        {"nor the class", "deny", {}},
+        {"nor the type", "suffix", {}},
+        {"nor the constraint", "TEAMID", {}},
+        {"nor the creation time", "1478", {}},
+        {"no text across fields", "/docs/Applications", {}},
+        {"not even with what parts them", "docs\n", {}},
+        {"nothing finds nothing away", "", {"/watched", ".plist", "/docs"}},
+    };
+    for (const auto& c : cases) {
+        store->applyFilterWithString(c.text);
+        EXPECT_EQ(rowPaths(*store), c.rows) << c.why;
+    }
+}
+
+TEST(RuleFilterText, NullFieldNeverContainsTheText)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.emptyStore();
+    store->addPolicyRule(policyRule({.path = {}, .processName = {}, .tag = {}}));
+    store->addWatchRule(watchRule({.path = {}, .processName = {}}));
+
+    store->applyFilterWithString("null");
+    EXPECT_EQ(store->totalRules(true), 0U);
+    store->applyFilterWithString("");
+    EXPECT_EQ(store->totalRules(true), 2U);
+}
+
+TEST(RuleFilterText, FollowsPeoplesIdeaOfCase)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /Caf\u00E9/\u00C4 any r\nallow path /Cafe any r\n");
+
+    store->applyFilterWithString("CAFE\u0301");
+    EXPECT_EQ(rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
+    store->applyFilterWithString("\u00E4");
+    EXPECT_EQ(rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
+}
+
+TEST(RuleFilterText, StaysInForceUntilItIsCleared)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /a1 any r\nallow path /b any r\n");
+    store->applyFilterWithString("a1");
+    store->addPolicyRule(policyRule({.path = "/a12", .processName = "any"}));
+    store->addPolicyRule(policyRule({.path = "/b2", .processName = "any"}));
+
+    EXPECT_EQ(rowPaths(*store), (Lines{"/a1", "/a12"}));
+    EXPECT_EQ(store->policyRules().size(), 2U);
+    EXPECT_EQ(store->storedRules(), 4U);
+    store->deletePolicyRule(*policyAt(*store, 0));
+    EXPECT_EQ(rowPaths(*store), Lines{"/a12"});
+    store->applyFilterWithString("");
+    EXPECT_EQ(rowPaths(*store), (Lines{"/b", "/a12", "/b2"}));
+}
+
+TEST(RuleFilterText, FindsARuleUnderItsNewPath)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /old any r\nallow path /other any r\n");
+    store->applyFilterWithString("old");
+    ASSERT_EQ(store->totalRules(true), 1U);
+    policyAt(*store, 0)->setPath("/new");
+
+    store->rebuildRulesCache();
+    EXPECT_EQ(store->totalRules(true), 0U);
+    store->applyFilterWithString("new");
+    EXPECT_EQ(rowPaths(*store), Lines{"/new"});
+}
+
+TEST(RuleSorting, IsAppliedAgainByEveryRebuild)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /a any r\nallow path /c any r\n");
+    store->sortIndexUsingDescriptors({{SortKey::path, false}});
+    store->addPolicyRule(policyRule({.path = "/b", .processName = "any"}));
+
+    EXPECT_EQ(rowPaths(*store), (Lines{"/c", "/b", "/a"}));
+    store->sortIndexUsingDescriptors({});
+    EXPECT_EQ(rowPaths(*store), (Lines{"/c", "/b", "/a"})) << "nothing to sort by";
+    store->rebuildRulesCache();
+    EXPECT_EQ(rowPaths(*store), (Lines{"/a", "/c", "/b"})) << "stored order";
+}
+
+TEST(RuleRows, KeptOnesDoNotFollowTheStore)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /a any r\nallow path /b any r\n");
+    const auto kept = store->rows();
+
+    store->deletePolicyRule(*policyAt(*store, 0));
+    store->sortIndexUsingDescriptors({{SortKey::path, false}});
+    store->applyFilterWithString("nothing");
+
+    EXPECT_EQ(store->totalRules(true), 0U);
+    ASSERT_EQ(kept->count(true), 2U);
+    EXPECT_EQ(std::get<PolicyRulePtr>(kept->at(0, true))->path().view(), "/a");
+}
+
+} // namespace quorvane

@@ -1,0 +1,207 @@
+#include "rules/RuleManager.h"
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* oneLine = "allow path \"/a\" \"any\" r \"\" \"\" \"0\"\n";
+
+std::string systemError(int number)
+{
+    return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";
+}
+
+struct stat statusOf(const std::string& path)
+{
+    struct stat status { };
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+mode_t modeOf(const std::string& path)
+{
+    return statusOf(path).st_mode & 07777U;
+}
+
+std::string answerOf(const RuleManager& store, bool result)
+{
+    return (result ? "true " : "false ") + store.lastErrorMessage().value_or("none");
+}
+
+} // namespace
+
+TEST(RulesWriterFiles, NewFileIsForOwnerAndGroupWhateverTheMask)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(oneLine);
+    const std::string strict = sandbox.folder.path("strict.rc");
+    const std::string loose = sandbox.folder.path("loose.rc");
+
+    const mode_t before = umask(0777);
+    EXPECT_TRUE(store->writeToFile(strict));
+    umask(0);
+    EXPECT_TRUE(store->writeToFile(loose, {}));
+    umask(before);
+
+    EXPECT_EQ(modeOf(strict), 0640U);
+    EXPECT_EQ(modeOf(loose), 0640U);
+}
+
+TEST(RulesWriterFiles, ExistingFileKeepsItsInodeAndGetsItsBits)
+{
+    const StoreSandbox sandbox;
+    const std::string file = sandbox.folder.write("out.rc", std::string(1000, 'x'));
+    std::filesystem::permissions(file, std::filesystem::perms::all);
+    const auto inode = statusOf(file).st_ino;
+
+    EXPECT_TRUE(sandbox.storeOf(oneLine)->writeToFile(file));
+
+    EXPECT_EQ(statusOf(file).st_ino, inode);
+    EXPECT_EQ(modeOf(file), 0640U);
+    EXPECT_EQ(TemporaryFolder::contents(file), oneLine);
+}
+
+TEST(RulesWriterFiles, UsersFileGetsItsBits)
+{
+    const StoreSandbox sandbox;
+    sandbox.writeUserRules(oneLine);
+    std::filesystem::permissions(sandbox.locations.userRulesFile(), std::filesystem::perms::all);
+
+    EXPECT_TRUE(sandbox.load()->writeToCurrentUserConfiguration());
+
+    EXPECT_EQ(modeOf(sandbox.locations.userRulesFile()), 0640U);
+}
+
+TEST(RulesWriterFiles, SymbolicLinkIsRefusedAndItsTargetStays)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(oneLine);
+    const std::string target = sandbox.folder.write("target", "before\n");
+    const std::string link = sandbox.folder.path("link");
+    std::filesystem::create_symlink(target, link);
+    const std::string message = "Failed to open file '" + link + "' for writing: " + systemError(ELOOP);
+
+    EXPECT_EQ(answerOf(*store, store->writeToFile(link)), "false " + message);
+    store->setLastErrorMessage({});
+    EXPECT_EQ(answerOf(*store, store->writeToFile(link, {})), "false " + message);
+
+    EXPECT_EQ(TemporaryFolder::contents(target), "before\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST(RulesWriterFiles, UnusablePlacesAreRefused)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(oneLine);
+    const struct {
+        std::string path;
+        int error;
+    } cases[] = {
+        {sandbox.folder.path(), EISDIR},
+        {sandbox.folder.path("missing/out.rc"), ENOENT},
+        {"", ENOENT},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(answerOf(*store, store->writeToFile(c.path)),
+            "false Failed to open file '" + c.path + "' for writing: " + systemError(c.error));
+    }
+    EXPECT_EQ(store->totalRules(true), 1U) << "the rules in memory stay";
+}
+
+TEST(RulesWriterFiles, FailureOfTheUsersFileIsAnswered)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.load();
+    std::filesystem::remove_all(sandbox.locations.sharedFolder());
+
+    EXPECT_FALSE(store->writeToCurrentUserConfiguration());
+    EXPECT_EQ(store->lastErrorMessage(),
+        "Failed to open file '" + sandbox.locations.userRulesFile()
+            + "' for writing: " + systemError(ENOENT));
+}
+
+TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
+{
+    const StoreSandbox sandbox;
+    std::filesystem::permissions(sandbox.folder.path(), std::filesystem::perms::all);
+    const std::string file = sandbox.folder.write("out.rc", "before\n");
+    std::filesystem::permissions(file, std::filesystem::perms::others_read);
+
+    const std::string answer = answerOfChild([&] {
+        if (!becomeOrdinaryUser())
+            return std::string("still root");
+        const auto store = sandbox.emptyStore();
+        return answerOf(*store, store->writeToFile(file));
+    });
+
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for writing: " + systemError(EACCES));
+    EXPECT_EQ(TemporaryFolder::contents(file), "before\n");
+}
+
+TEST(RulesWriterFiles, FullDeviceIsToldYetTheWriteSucceeds)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(oneLine);
+    // A device of our own: writing sets permission bits, which root must not do to everybody's.
+    std::string device = sandbox.folder.path("full");
+    if (geteuid() != 0)
+        device = "/dev/full";
+    else if (mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 7)) != 0)
+        GTEST_SKIP() << "no device can be made here";
+
+    const bool result = store->writeToFile(device);
+
+    EXPECT_EQ(answerOf(*store, result),
+        "true Failed write() operation on file '" + device + "' " + systemError(ENOSPC));
+    EXPECT_TRUE(store->writeToFile(device, {store->ruleAtIndex(0, true)}));
+    EXPECT_EQ(store->totalRules(true), 1U);
+}
+
+TEST(RulesWriterFiles, ShortWriteIsToldAndWritingGoesOn)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(std::string(oneLine) + "allow path /b any r\nallow path /c any r\n");
+    const std::string file = sandbox.folder.path("out.rc");
+    const std::size_t limit = std::strlen(oneLine) + 10;
+
+    const std::string answer = answerOfChild([&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit sizes{limit, limit};
+        setrlimit(RLIMIT_FSIZE, &sizes);
+        return answerOf(*store, store->writeToFile(file));
+    });
+
+    EXPECT_EQ(answer, "true Failed write() operation on file '" + file + "' " + systemError(EFBIG))
+        << "the last failed write is the one that remains";
+    EXPECT_EQ(TemporaryFolder::contents(file), std::string(oneLine) + "allow path");
+    EXPECT_EQ(modeOf(file), 0640U);
+}
+
+TEST(RulesWriterFiles, WrittenAfterAFailureForgetsIt)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(oneLine);
+    ASSERT_FALSE(store->writeToFile(sandbox.folder.path("missing/out.rc")));
+
+    EXPECT_TRUE(store->writeToFile(sandbox.folder.path("out.rc")));
+    EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
+    ASSERT_FALSE(store->writeToFile(sandbox.folder.path("missing/out.rc"), {}));
+    EXPECT_TRUE(store->writeToFile(sandbox.folder.path("out.rc"), {}));
+    EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
+}
+
+} // namespace quorvane

@@ -1,0 +1,226 @@
+#include "rules/RuleManager.h"
+
+#include "tests/rules/PlainStore.h"
+#include "tests/rules/RandomRules.h"
+#include "tests/rules/StoreSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+std::vector<RuleRef> rowsOf(const RuleManager& store, bool includeSystemRules)
+{
+    std::vector<RuleRef> rows;
+    for (std::size_t row = 0; row < store.totalRules(includeSystemRules); ++row)
+        rows.push_back(store.ruleAtIndex(row, includeSystemRules));
+    return rows;
+}
+
+// Drives a store and plain walks through the same steps and holds their answers against each other.
+class Companions {
+public:
+    explicit Companions(unsigned seed)
+        : m_random(seed)
+        , m_store(StoreSandbox().emptyStore())
+    {
+    }
+
+    void step()
+    {
+        switch (m_random.below(12)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3:
+            return addPolicy();
+        case 4:
+            return addWatch();
+        case 5:
+            return removePolicy();
+        case 6:
+            return removeWatch();
+        case 7:
+            return filter();
+        case 8:
+            return sort();
+        default:
+            return changeRule();
+        }
+    }
+
+    void compareRows() const
+    {
+        ASSERT_EQ(rowsOf(*m_store, true), m_plain.rows);
+        ASSERT_EQ(rowsOf(*m_store, false), m_plain.userRows());
+        ASSERT_EQ(m_store->policyRules(), m_plain.policyRules);
+        ASSERT_EQ(m_store->sortedKeys(), m_plain.sortedKeys());
+    }
+
+    void compareAnswers()
+    {
+        for (const PolicyRulePtr& rule : m_policies)
+            compareAnswersOn(*rule);
+        for (int strangers = 0; strangers < 5; ++strangers)
+            compareAnswersOn(PolicyRule(m_random.policy()));
+        const WatchRule stranger(m_random.watch());
+        ASSERT_EQ(m_store->firstEqualRule(stranger).get(), m_plain.firstEqual(stranger));
+    }
+
+    std::size_t redundantRules() const { return m_redundant; }
+
+private:
+    void compareAnswersOn(const PolicyRule& rule)
+    {
+        const PolicyRule* covering = m_plain.coveringRule(rule);
+        m_redundant += covering == nullptr ? 0 : 1;
+        ASSERT_EQ(m_store->coveringRule(rule), covering);
+        ASSERT_EQ(m_store->isRedundant(rule), covering != nullptr);
+        ASSERT_EQ(m_store->firstEqualRule(rule).get(), m_plain.firstEqual(rule));
+    }
+
+    void addPolicy()
+    {
+        m_policies.push_back(policyRule(m_random.policy()));
+        m_plain.add(m_policies.back());
+        ASSERT_TRUE(m_store->addPolicyRule(m_policies.back()));
+    }
+
+    void addWatch()
+    {
+        const auto rule = watchRule(m_random.watch());
+        m_plain.add(rule);
+        ASSERT_TRUE(m_store->addWatchRule(rule));
+    }
+
+    void removePolicy()
+    {
+        const PolicyRule rule(m_policies.empty() || m_random.below(3) == 0
+                ? m_random.policy()
+                : m_policies[m_random.below(m_policies.size())]->fields());
+        ASSERT_EQ(m_store->deletePolicyRule(rule), m_plain.remove(rule));
+    }
+
+    void removeWatch()
+    {
+        const WatchRule rule(m_plain.watchRules.empty() || m_random.below(3) == 0
+                ? m_random.watch()
+                : m_plain.watchRules[m_random.below(m_plain.watchRules.size())]->fields());
+        ASSERT_EQ(m_store->deleteWatchRule(rule), m_plain.remove(rule));
+    }
+
+    void filter()
+    {
+        m_plain.searchText
+            = m_random.oneOf<std::string>({"", "", "", "USERS", "a", "/", "work", "via", "file", "zz"});
+        m_plain.rebuild();
+        m_store->applyFilterWithString(m_plain.searchText);
+    }
+
+    void sort()
+    {
+        std::vector<SortDescriptor> descriptors;
+        for (std::size_t left = m_random.below(3); left > 0; --left) {
+            descriptors.push_back({m_random.oneOf<SortKey>({SortKey::path, SortKey::processName, SortKey::tag,
+                                       SortKey::operations, SortKey::created, SortKey::shownClass}),
+                m_random.below(2) == 0});
+        }
+        m_plain.sort(descriptors);
+        m_store->sortIndexUsingDescriptors(descriptors);
+    }
+
+    // Rows follow with the next rebuild; answers about rules follow at once.
+    void changeRule()
+    {
+        if (m_policies.empty())
+            return;
+        PolicyRule& rule = *m_policies[m_random.below(m_policies.size())];
+        switch (m_random.below(6)) {
+        case 0:
+        case 1:
+            rule.setPath(m_random.path());
+            break;
+        case 2:
+            rule.setConstraint(m_random.constraint());
+            break;
+        case 3:
+            rule.setOperations(m_random.operations());
+            break;
+        case 4:
+            rule.setProcessName(m_random.process());
+            break;
+        default:
+            rule.setTag(m_random.tag());
+        }
+        if (m_random.below(2) == 0) {
+            m_plain.rebuild();
+            m_store->rebuildRulesCache();
+        }
+    }
+
+    RandomRules m_random;
+    PlainStore m_plain;
+    std::unique_ptr<RuleManager> m_store;
+    std::vector<PolicyRulePtr> m_policies; // also those deleted since
+    std::size_t m_redundant = 0;
+};
+
+} // namespace
+
+TEST(StoreWalks, RowsAgreeWithPlainWalksAfterEveryStep)
+{
+    for (unsigned seed = 1; seed <= 12 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Companions companions(seed);
+        for (int step = 0; step < 250 && !HasFatalFailure(); ++step) {
+            companions.step();
+            companions.compareRows();
+        }
+    }
+}
+
+TEST(StoreWalks, RedundancyAndEqualityAgreeWithPlainWalks)
+{
+    std::size_t redundant = 0;
+    for (unsigned seed = 101; seed <= 108 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Companions companions(seed);
+        for (int step = 0; step < 600 && !HasFatalFailure(); ++step) {
+            companions.step();
+            if (step % 7 == 0)
+                companions.compareAnswers();
+        }
+        redundant += companions.redundantRules();
+    }
+    EXPECT_GT(redundant, 1000U);
+}
+
+TEST(StoreWalks, OneLongGroupIsEmptiedAsAPlainListIs)
+{
+    RandomRules random(77);
+    const auto store = StoreSandbox().emptyStore();
+    PlainStore plain;
+    std::vector<PolicyRulePtr> rules;
+    for (int number = 0; number < 300; ++number) {
+        rules.push_back(policyRule({.path = "/" + std::to_string(random.below(60)),
+            .processName = "/bin/p",
+            .operations = 1 + static_cast<std::uint32_t>(random.below(3))}));
+        store->addPolicyRule(rules.back());
+        plain.add(rules.back());
+    }
+    while (!rules.empty() && !HasFatalFailure()) {
+        const std::size_t at = random.below(rules.size());
+        const PolicyRule wanted(rules[at]->fields());
+        rules.erase(rules.begin() + static_cast<std::ptrdiff_t>(at));
+        ASSERT_EQ(store->coveringRule(wanted), plain.coveringRule(wanted));
+        ASSERT_TRUE(plain.remove(wanted));
+        ASSERT_TRUE(store->deletePolicyRule(wanted));
+        ASSERT_EQ(rowsOf(*store, true), plain.rows);
+    }
+}
+
+} // namespace quorvane

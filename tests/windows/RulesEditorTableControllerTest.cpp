@@ -1,0 +1,191 @@
+#include "windows/RulesEditorTableController.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TestRules.h"
+#include "windows/RulesTableModel.h"
+#include "windows/RulesTableView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+class MainWindow : public testing::Test {
+protected:
+    MainWindow()
+    {
+        store.addWatchRule(
+            watchRule({.path = "/w", .processName = "/bin/sh", .tag = "hidden", .operations = 1}));
+        for (const char* path : {"/b", "/a", "/c"})
+            store.addPolicyRule(
+                policyRule({.path = path, .processName = "/bin/sh", .tag = "shell", .operations = 1}));
+        store.addPolicyRule(
+            policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
+        window = std::make_unique<RulesEditorTableController>(store, workspace, log.log());
+        window->show();
+        table = window->findChild<RulesTableView*>();
+        search = window->findChild<QLineEdit*>(QStringLiteral("searchField"));
+    }
+
+    QString shownPaths() const
+    {
+        QStringList paths;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            paths.append(table->model()->index(row, static_cast<int>(RuleColumn::path)).data().toString());
+        return paths.join(QLatin1Char(' '));
+    }
+    QString counts() const { return window->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
+    QAction* action(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
+    void clickTitle(RuleColumn column) const
+    {
+        QHeaderView* header = table->horizontalHeader();
+        const int middle = header->sectionViewportPosition(static_cast<int>(column))
+            + header->sectionSize(static_cast<int>(column)) / 2;
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
+    }
+
+    CapturedLog log;
+    RuleManager store{Locations("/root", "ann"), silentLog()};
+    Workspace workspace;
+    std::unique_ptr<RulesEditorTableController> window;
+    RulesTableView* table = nullptr;
+    QLineEdit* search = nullptr;
+};
+
+} // namespace
+
+TEST_F(MainWindow, NamesTheRulesFileInItsTitle)
+{
+    EXPECT_EQ(window->windowTitle(),
+        QStringLiteral("Quorvane Configuration - /root/Users/Shared/Quorvane/ann.quorvane.rc"));
+}
+
+TEST_F(MainWindow, OpensWithUserRulesInStoredOrder)
+{
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a /c"));
+    EXPECT_EQ(counts(), QStringLiteral("4 of 5 rules shown"));
+}
+
+TEST_F(MainWindow, FiltersWhileOneTypesAndLogsIt)
+{
+    QTest::keyClicks(search, QStringLiteral("SHEL"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
+    EXPECT_EQ(counts(), QStringLiteral("3 of 5 rules shown"));
+    EXPECT_EQ(log.lines().back(), "search field text changed: SHEL");
+    QTest::keyClicks(search, QStringLiteral("x"));
+    EXPECT_EQ(counts(), QStringLiteral("0 of 5 rules shown"));
+    search->clear();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a /c"));
+    EXPECT_EQ(log.lines().back(), "search field text changed: ");
+}
+
+TEST_F(MainWindow, ShowsAndHidesSystemRulesAndSaysWhatItWillDoNext)
+{
+    QAction* system = action("hideSystemToolbarItem");
+    EXPECT_EQ(system->text(), QStringLiteral("Show System Rules"));
+    system->trigger();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a /c /s"));
+    EXPECT_EQ(system->text(), QStringLiteral("Hide System Rules"));
+    EXPECT_EQ(log.lines().back(), "-[RulesEditorTableController hideSystemAction:] show system rules: NO");
+    system->trigger();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a /c"));
+    EXPECT_EQ(system->text(), QStringLiteral("Show System Rules"));
+    EXPECT_EQ(log.lines().back(), "-[RulesEditorTableController hideSystemAction:] show system rules: YES");
+}
+
+TEST_F(MainWindow, SortsByClicksOnTitlesWithEarlierClicksBreakingTies)
+{
+    clickTitle(RuleColumn::path);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
+    clickTitle(RuleColumn::path);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /c /b /a"));
+    clickTitle(RuleColumn::tag);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /c /b /a"));
+    clickTitle(RuleColumn::tag);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/c /b /a /w"));
+}
+
+TEST_F(MainWindow, SortedByClassWatchRulesStandApart)
+{
+    clickTitle(RuleColumn::path);
+    clickTitle(RuleColumn::ruleClass);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
+}
+
+TEST_F(MainWindow, StaysSortedWhileItIsFiltered)
+{
+    clickTitle(RuleColumn::path);
+    QTest::keyClicks(search, QStringLiteral("shell"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+}
+
+TEST_F(MainWindow, KeepsTheSelectedRulesSelectedWhereverTheyGo)
+{
+    // given the rule on /b selected
+    table->selectRow(1);
+    // when rows change places and number
+    clickTitle(RuleColumn::path);
+    // then it is the same rule that is selected and current
+    ASSERT_EQ(table->selectionModel()->selectedRows().size(), 1);
+    EXPECT_EQ(table->selectionModel()->selectedRows(static_cast<int>(RuleColumn::path)).front().data(),
+        QStringLiteral("/b"));
+    EXPECT_EQ(table->currentIndex().row(), 1);
+    QTest::keyClicks(search, QStringLiteral("/c"));
+    EXPECT_TRUE(table->selectionModel()->selectedRows().isEmpty());
+}
+
+TEST_F(MainWindow, EveryControlSaysItsName)
+{
+    EXPECT_EQ(table->accessibleName(), QStringLiteral("Rules"));
+    EXPECT_EQ(search->accessibleName(), QStringLiteral("Search"));
+    EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("searchLabel"))->buddy(), search);
+}
+
+TEST_F(MainWindow, SortsFromTheMenuAsWell)
+{
+    for (QAction* item : window->findChild<QMenu*>(QStringLiteral("sortMenu"))->actions()) {
+        if (item->text() == QStringLiteral("Path"))
+            item->trigger();
+    }
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
+}
+
+TEST_F(MainWindow, RemembersItsSizeAndColumnWidths)
+{
+    // given a window that the user has arranged
+    window->resize(901, 507);
+    table->setColumnWidth(0, 171);
+    window->close();
+    // when the next one opens
+    RulesEditorTableController next(store, workspace, log.log());
+    next.show();
+    // then it is arranged so
+    EXPECT_EQ(next.size(), QSize(901, 507));
+    EXPECT_EQ(next.findChild<RulesTableView*>()->columnWidth(0), 171);
+}
+
+TEST_F(MainWindow, AnswersForAMillionRowsAtOnce)
+{
+    // Not timed: with a row made twice or all rows made at once this would take minutes.
+    for (int number = 0; number < 200000; ++number)
+        store.addPolicyRule(policyRule(
+            {.path = "/many/" + std::to_string(number), .processName = "/bin/many", .operations = 1}));
+    window->reloadData();
+    QApplication::processEvents();
+    table->verticalScrollBar()->setValue(table->verticalScrollBar()->maximum());
+    table->viewport()->repaint();
+    EXPECT_EQ(table->model()->rowCount(), 200004);
+    EXPECT_EQ(table->model()->index(200003, static_cast<int>(RuleColumn::path)).data().toString(),
+        QStringLiteral("/c"));
+}
+
+} // namespace quorvane

@@ -1,0 +1,105 @@
+#include "windows/RulesTableModel.h"
+#include "tests/support/TestRules.h"
+
+#include <QAbstractItemModelTester>
+#include <QBrush>
+#include <QFont>
+#include <QIcon>
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+class RulesTableModelTest : public testing::Test {
+protected:
+    RulesTableModelTest()
+    {
+        store.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/a", .tag = "w", .operations = 1}));
+        store.addPolicyRule(policyRule({.path = "/", .processName = "/bin/b", .operations = 1}));
+        store.addPolicyRule(
+            policyRule({.path = "/", .processName = "/bin/c", .operations = 1, .system = true}));
+        model.reload();
+    }
+    QVariant data(int row, RuleColumn column, int role = Qt::DisplayRole)
+    {
+        return model.data(model.index(row, static_cast<int>(column)), role);
+    }
+
+    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    Workspace workspace;
+    RulesTableModel model{store, workspace};
+};
+
+} // namespace
+
+TEST_F(RulesTableModelTest, KeepsTheRulesOfQtForModels)
+{
+    const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    model.setShownRows(0, 2);
+    model.setShowsSystemRules(true);
+    model.reload();
+    model.setShownRows(0, 3);
+    EXPECT_EQ(model.rowCount(), 3);
+}
+
+TEST_F(RulesTableModelTest, HidesSystemRulesUntilTheyAreAskedFor)
+{
+    EXPECT_EQ(model.rowCount(), 2);
+    model.setShowsSystemRules(true);
+    EXPECT_EQ(model.rowCount(), 2);
+    model.reload();
+    EXPECT_EQ(model.rowCount(), 3);
+    EXPECT_EQ(data(2, RuleColumn::application), QStringLiteral("c"));
+}
+
+TEST_F(RulesTableModelTest, ShowsTheRowsItTookUntilItReloads)
+{
+    store.applyFilterWithString("nothing");
+    EXPECT_EQ(model.rowCount(), 2);
+    EXPECT_EQ(data(1, RuleColumn::application), QStringLiteral("b"));
+    model.reload();
+    EXPECT_EQ(model.rowCount(), 0);
+}
+
+TEST_F(RulesTableModelTest, AnswersForRowsThatAreNotInView)
+{
+    EXPECT_EQ(data(0, RuleColumn::ruleClass), QStringLiteral("Watch"));
+    EXPECT_EQ(data(0, RuleColumn::application, Qt::AccessibleDescriptionRole), QStringLiteral("a"));
+    EXPECT_FALSE(data(0, RuleColumn::path, Qt::BackgroundRole).isValid());
+}
+
+TEST_F(RulesTableModelTest, GivesPlainColoursAndFonts)
+{
+    model.setShownRows(0, 2);
+    EXPECT_EQ(data(0, RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::blue));
+    EXPECT_EQ(data(1, RuleColumn::path, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::black));
+    EXPECT_TRUE(data(1, RuleColumn::application, Qt::FontRole).value<QFont>().bold());
+    EXPECT_FALSE(data(1, RuleColumn::path, Qt::FontRole).value<QFont>().bold());
+}
+
+TEST_F(RulesTableModelTest, TheBandOfARowInViewIsOneOfTwoShades)
+{
+    model.setShownRows(0, 2);
+    const QColor watch = data(0, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    const QColor policy = data(1, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    const QList<QColor> shades{QColor(0xff, 0xff, 0xff), QColor(0xf5, 0xf5, 0xf5)};
+    EXPECT_NE(watch.rgb(), policy.rgb());
+    EXPECT_TRUE(shades[0].rgb() == watch.rgb() || shades[1].rgb() == watch.rgb())
+        << watch.name().toStdString();
+    EXPECT_TRUE(shades[0].rgb() == policy.rgb() || shades[1].rgb() == policy.rgb())
+        << policy.name().toStdString();
+}
+
+TEST_F(RulesTableModelTest, DecoratesStatesAndApplications)
+{
+    model.setShowsSystemRules(true);
+    model.reload();
+    EXPECT_FALSE(data(2, RuleColumn::state, Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(data(1, RuleColumn::state, Qt::DecorationRole).isValid());
+    EXPECT_FALSE(data(1, RuleColumn::application, Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(data(0, RuleColumn::application, Qt::DecorationRole).isValid());
+}
+
+} // namespace quorvane

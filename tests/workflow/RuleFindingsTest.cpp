@@ -1,0 +1,104 @@
+#include "workflow/RuleFindings.h"
+#include "rules/RuleCodes.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace quorvane {
+
+namespace {
+
+RuleRef ruleOn(const NullableText& path, std::int32_t type = PolicyType::path, bool system = false)
+{
+    return policyRule(
+        {.policyType = type, .path = path, .processName = "/bin/a", .operations = 1, .system = system});
+}
+
+} // namespace
+
+TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
+{
+    const TemporaryFolder folder;
+    const std::string present = folder.write("present", "x");
+    const std::string absent = folder.path("absent");
+    const struct {
+        const char* why;
+        RuleRef rule;
+        bool missing;
+    } cases[] = {
+        {"an absolute path without a file", ruleOn(absent), true},
+        {"an absolute path with one", ruleOn(present), false},
+        {"a folder exists as well", ruleOn(folder.path() + "/"), false},
+        {"a prefix is looked up as it stands", ruleOn(absent, PolicyType::prefix), true},
+        {"a suffix names no file", ruleOn(absent, PolicyType::suffix), false},
+        {"a system rule is never missing", ruleOn(absent, PolicyType::path, true), false},
+        {"an unknown type is looked up", ruleOn(absent, 3), true},
+        {"a resource is no file", ruleOn(":NVRAM/boot-args"), false},
+        {"a kernel extension is no file", ruleOn(":KMOD/absent"), false},
+        {"a device that is not there", ruleOn("/dev/absent-device"), false},
+        {"a path that begins neither with / nor with ~/", ruleOn("absent"), false},
+        {"a tilde alone is not the home folder", ruleOn("~absent"), false},
+        {"the word any", ruleOn("any"), false},
+        {"no path", ruleOn({}), false},
+        {"a watch rule", watchRule({.policyType = 1, .path = absent, .processName = "/bin/a"}), true},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(isPathMissing(c.rule), c.missing) << c.why;
+}
+
+TEST(RuleFindings, ATildeIsTheHomeFolder)
+{
+    const TemporaryFolder home;
+    home.write("Documents/letter", "x");
+    setenv("HOME", home.path().c_str(), 1);
+    EXPECT_FALSE(isPathMissing(ruleOn("~/Documents/letter")));
+    EXPECT_TRUE(isPathMissing(ruleOn("~/Documents/gone")));
+}
+
+TEST(RuleFindings, ABrokenSymbolicLinkIsMissing)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink(folder.path("nowhere"), folder.path("link"));
+    EXPECT_TRUE(isPathMissing(ruleOn(folder.path("link"))));
+}
+
+TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
+{
+    // given a rule on a folder and one on a file in it
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    store.addPolicyRule(policyRule({.path = "/usr/", .processName = "/bin/a", .operations = 3}));
+    const auto narrow
+        = policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/a", .operations = 1});
+    store.addPolicyRule(narrow);
+
+    // when the second is looked at
+    const auto findings = findingsForRule(store, narrow);
+
+    // then the first is named
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, FindingKind::redundant);
+    EXPECT_EQ(findings[0].coveredBy, R"(allow prefix "/usr/" "/bin/a" rw "" "" "0")");
+}
+
+TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
+{
+    const RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    const auto findingOf = [&](PolicyRuleFields fields) {
+        fields.processName = "/bin/a";
+        const auto findings = findingsForRule(store, policyRule(std::move(fields)));
+        return findings.empty() ? std::string() : std::string(findingName(findings.back().kind));
+    };
+    EXPECT_EQ(findingOf({.path = "/usr", .operations = 1}), "");
+    EXPECT_EQ(findingOf({.path = "/usr", .operations = 0}), "unwritable");
+    EXPECT_EQ(findingOf({.policyType = 2, .path = "/M\xC3\xBCsik", .operations = 1}), "unwritable");
+    EXPECT_EQ(findingOf({.policyType = 2, .path = "a\"b", .operations = 1}), "unwritable");
+    EXPECT_EQ(findingOf({.policyType = 2, .path = "blank ", .operations = 1}), "unwritable");
+    EXPECT_EQ(findingOf({.path = "/usr", .tag = "a \"b\"", .operations = 1}), "");
+    // system rules are never written
+    EXPECT_EQ(findingOf({.path = "/usr", .operations = 0, .system = true}), "");
+}
+
+} // namespace quorvane

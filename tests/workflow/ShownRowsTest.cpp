@@ -1,0 +1,110 @@
+#include "workflow/ShownRows.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+// Rows of which every `groupLength`-th begins a group; counts how often each row's first cell is made.
+class CountingRows {
+public:
+    explicit CountingRows(std::size_t groupLength)
+        : m_groupLength(groupLength)
+    {
+    }
+    ShownRows::MakeCell maker()
+    {
+        return [this](std::size_t row, RuleColumn column) {
+            RuleCell cell;
+            if (column == RuleColumn::application) {
+                made.push_back(row);
+                cell.startsGroup = row % m_groupLength == 0;
+            }
+            cell.text = std::to_string(row);
+            return cell;
+        };
+    }
+    std::vector<std::size_t> made;
+
+private:
+    std::size_t m_groupLength;
+};
+
+} // namespace
+
+TEST(ShownRows, MakesACellOnceWhileItsRowIsInView)
+{
+    CountingRows rows(2);
+    ShownRows shown;
+    shown.show(0, 3, rows.maker());
+    shown.show(0, 3, rows.maker());
+    shown.show(1, 4, rows.maker());
+    EXPECT_EQ(rows.made, (std::vector<std::size_t>{0, 1, 2, 3}));
+}
+
+TEST(ShownRows, MakesARowAnewThatLeftTheViewAndCameBack)
+{
+    CountingRows rows(2);
+    ShownRows shown;
+    shown.show(0, 2, rows.maker());
+    shown.show(1, 3, rows.maker());
+    EXPECT_EQ(shown.find(0), nullptr);
+    shown.show(0, 2, rows.maker());
+    EXPECT_EQ(rows.made, (std::vector<std::size_t>{0, 1, 2, 0}));
+}
+
+TEST(ShownRows, KeepsNothingOverAReload)
+{
+    CountingRows rows(2);
+    ShownRows shown;
+    shown.show(0, 2, rows.maker());
+    shown.forget();
+    EXPECT_EQ(shown.find(0), nullptr);
+    shown.show(0, 2, rows.maker());
+    EXPECT_EQ(rows.made.size(), 4U);
+}
+
+TEST(ShownRows, RowsOfOneGroupShareABandAndNeighbouringGroupsDiffer)
+{
+    CountingRows rows(3);
+    ShownRows shown;
+    shown.show(0, 9, rows.maker());
+    for (std::size_t row = 1; row < 9; ++row) {
+        const bool sameBand = shown.find(row)->shaded == shown.find(row - 1)->shaded;
+        EXPECT_EQ(sameBand, row % 3 != 0) << row;
+    }
+}
+
+TEST(ShownRows, TheBandFlagOutlivesReloadsAndTables)
+{
+    // given one table that leaves the flag in some state
+    CountingRows rows(1);
+    ShownRows first;
+    first.show(0, 1, rows.maker());
+    const bool left = first.find(0)->shaded;
+
+    // when another one makes its first group, the flag is flipped from there
+    ShownRows second;
+    second.show(0, 1, rows.maker());
+    EXPECT_NE(second.find(0)->shaded, left);
+    second.forget();
+    second.show(0, 1, rows.maker());
+    EXPECT_EQ(second.find(0)->shaded, left);
+}
+
+TEST(ShownRows, ARowThatContinuesAGroupTakesTheBandOfTheRowMadeBefore)
+{
+    // Scrolled upwards a row in the middle of a group is made before the row that begins it.
+    CountingRows rows(4);
+    ShownRows shown;
+    shown.show(4, 6, rows.maker());
+    const bool below = shown.find(4)->shaded;
+    shown.show(3, 6, rows.maker());
+    EXPECT_EQ(shown.find(3)->shaded, below);
+}
+
+} // namespace quorvane
