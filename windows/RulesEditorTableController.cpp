@@ -9,11 +9,11 @@
 #include "workflow/RuleCells.h"
 #include "workflow/SortClicks.h"
 
-#include <QActionGroup>
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
+#include <QShortcut>
 
 namespace quorvane {
 
@@ -49,6 +49,10 @@ void RulesEditorTableController::setUpActions()
     m_ui->toolBar->addWidget(m_ui->searchField);
     m_ui->searchLabel->setBuddy(m_ui->searchField);
     connect(m_ui->searchField, &QLineEdit::textChanged, this, &RulesEditorTableController::searchFieldAction);
+    connect(m_ui->searchField, &QLineEdit::returnPressed, m_ui->rulesEditorTableView,
+        qOverload<>(&QWidget::setFocus));
+    auto* escape = new QShortcut(Qt::Key_Escape, m_ui->searchField, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(escape, &QShortcut::activated, this, &RulesEditorTableController::leaveSearchField);
 
     connect(m_ui->hideSystemToolbarItem, &QAction::triggered, this,
         &RulesEditorTableController::hideSystemAction);
@@ -134,6 +138,14 @@ void RulesEditorTableController::focusSearchField()
     activateWindow();
     m_ui->searchField->setFocus(Qt::ShortcutFocusReason);
     m_ui->searchField->selectAll();
+}
+
+void RulesEditorTableController::leaveSearchField()
+{
+    if (m_ui->searchField->text().isEmpty())
+        m_ui->rulesEditorTableView->setFocus();
+    else
+        m_ui->searchField->clear();
 }
 
 void RulesEditorTableController::closeEvent(QCloseEvent* event)

@@ -40,6 +40,8 @@ public Q_SLOTS:
     void reloadData();
     // Puts the keyboard into the search field.
     void focusSearchField();
+    // Empties the search field; when it is empty, gives the keyboard back to the table.
+    void leaveSearchField();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -16,6 +16,16 @@ def distance(one, other):
 
 
 class Colours(DesktopTest):
+    def open_with(self, *user_rules, **environment):
+        window = super().open_with(*user_rules, **environment)
+        self.take_keyboard_out_of_the_table(window)
+        return window
+
+    def take_keyboard_out_of_the_table(self, window):
+        """The mark of the keyboard's place has colours of its own."""
+        self.desk.press("ctrl+f")
+        self.assert_becomes(lambda: window.focused() == window.search, True)
+
     def colours(self, window, row, column):
         """Background and text colour of a cell on the screen; the text is what differs most."""
         x, y, width, height = window.table.cell(row, column).box
@@ -56,6 +66,7 @@ class Colours(DesktopTest):
         window = self.open_with("watch path /no/such any r tag", "watch path /etc any r tag")
         self.desk.click(*window.table.cell(0, STATE).center)
         self.assert_becomes(window.selected, ["/no/such"])
+        self.take_keyboard_out_of_the_table(window)
         background, text = self.colours(window, 0, PATH)
         self.assertEqual((text, self.colours(window, 0, TAG)[1]), (RED, BLUE))
         self.assertNotEqual(background, self.colours(window, 1, PATH)[0])
@@ -64,8 +75,6 @@ class Colours(DesktopTest):
         window = self.open_with("watch path /0 any r", "allow path /1 /bin/a r", "allow path /2 /bin/a r",
                                 "allow path /3 /bin/b r",
                                 "allow path /4 /bin/c r", "allow path /5 /bin/c r", 'allow path /6 /bin/c r "" C')
-        self.desk.press("ctrl+f")  # takes the mark of the keyboard's place out of the table
-        self.assert_becomes(lambda: window.focused() == window.search, True)
         for column in (APPLICATION, STATE, PATH):
             with self.subTest(column=column):
                 self.assertEqual(self.backgrounds(window, column)[:1], [WHITE])

@@ -26,10 +26,11 @@ Lines namesOf(const std::vector<FilterOption>& options)
     return names;
 }
 
-Lines twice(Lines names)
+Lines twice(const Lines& names)
 {
-    names.insert(names.end(), names.begin(), names.end());
-    return names;
+    Lines both = names;
+    both.insert(both.end(), names.begin(), names.end());
+    return both;
 }
 
 } // namespace
@@ -176,9 +177,9 @@ TEST(Options, LinesCountOnlyInFilesNamedLikeTheMainOnes)
     };
     for (const auto& c : cases) {
         const std::string file = sandbox.folder.write(c.name, "set a.b 1\n");
-        for (const bool system : {false, true}) {
+        for (const bool asSystem : {false, true}) {
             const auto store
-                = RuleManager::initWithContentsOfFile(file, system, sandbox.locations, silentLog());
+                = RuleManager::initWithContentsOfFile(file, asSystem, sandbox.locations, silentLog());
             EXPECT_EQ(store->filterOptions().size(), c.options) << c.why;
             EXPECT_EQ(store->totalRules(true), 0U) << c.why;
         }

@@ -142,7 +142,7 @@ TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomPolicyRules)
         }
         const bool survives = survivesAFile(sandbox, rule);
         surviving += survives ? 1 : 0;
-        EXPECT_EQ(readsBackAsWritten(rule), survives) << ruleLine(rule);
+        ASSERT_EQ(readsBackAsWritten(rule), survives) << ruleLine(rule);
     }
     EXPECT_GT(surviving, 100U);
 }
@@ -165,7 +165,7 @@ TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomWatchRules)
         }
         const bool survives = survivesAFile(sandbox, rule);
         surviving += survives ? 1 : 0;
-        EXPECT_EQ(readsBackAsWritten(rule), survives) << ruleLine(rule);
+        ASSERT_EQ(readsBackAsWritten(rule), survives) << ruleLine(rule);
     }
     EXPECT_GT(surviving, 100U);
 }

@@ -32,6 +32,7 @@ protected:
             policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
         window = std::make_unique<RulesEditorTableController>(store, workspace, log.log());
         window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         table = window->findChild<RulesTableView*>();
         search = window->findChild<QLineEdit*>(QStringLiteral("searchField"));
     }
@@ -141,6 +142,24 @@ TEST_F(MainWindow, KeepsTheSelectedRulesSelectedWhereverTheyGo)
     EXPECT_EQ(table->currentIndex().row(), 1);
     QTest::keyClicks(search, QStringLiteral("/c"));
     EXPECT_TRUE(table->selectionModel()->selectedRows().isEmpty());
+}
+
+TEST_F(MainWindow, EscapeEmptiesTheSearchFieldAndThenLeavesIt)
+{
+    window->focusSearchField();
+    QTest::keyClicks(search, QStringLiteral("shell"));
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_EQ(search->text(), QString());
+    EXPECT_TRUE(search->hasFocus());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_TRUE(table->hasFocus());
+}
+
+TEST_F(MainWindow, ReturnInTheSearchFieldGoesOnToTheRows)
+{
+    window->focusSearchField();
+    QTest::keyClick(search, Qt::Key_Return);
+    EXPECT_TRUE(table->hasFocus());
 }
 
 TEST_F(MainWindow, EveryControlSaysItsName)
