@@ -18,6 +18,9 @@ public:
     // Every property at once, without lock or copy. Only for the thread that also sets them.
     const Fields& fields() const { return m_fields; }
 
+    // The same to be changed, before anybody else knows the record: no change is counted.
+    Fields& fieldsBeforeSharing() { return m_fields; }
+
     // How often any property was set, on any record of this kind, and how often one that takes part in rule
     // equality or redundancy. Who keeps something made from properties compares the count to learn that it
     // may be out of date.

@@ -65,6 +65,9 @@ public:
     // True for two copies of one object, and for equal texts that share their bytes. Never true for null.
     bool sharesBytesWith(const NullableText& other) const { return !isNull() && m_block == other.m_block; }
 
+    // Where the shared bytes are: the same for all copies while one of them lives. Null when the text is.
+    const void* sharedBytes() const { return m_block; }
+
 private:
     // The bytes follow the block in the same piece of memory.
     struct Block {

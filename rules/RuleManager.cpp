@@ -4,6 +4,7 @@
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/FailSafeMerge.h"
+#include "rules/GroupMemo.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesFile.h"
 
@@ -129,15 +130,16 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     std::unique_ptr<FailSafeMerge> failSafe;
     if (file == m_locations.failSafeFile())
         failSafe = std::make_unique<FailSafeMerge>();
+    GroupMemo groups;
     useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
-        [&](ParsedLine& line) { storeParsedLine(line, failSafe.get()); });
+        [&](ParsedLine& line) { storeParsedLine(line, groups, failSafe.get()); });
     return true;
 }
 
-void RuleManager::storeParsedLine(ParsedLine& line, FailSafeMerge* failSafe)
+void RuleManager::storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe)
 {
     if (auto* policy = std::get_if<PolicyRulePtr>(&line.record)) {
-        storeParsedRule(std::move(*policy), line.hash, failSafe);
+        storeParsedRule(std::move(*policy), line.hash, groups, failSafe);
     } else if (auto* watch = std::get_if<WatchRulePtr>(&line.record)) {
         storeParsedRule(std::move(*watch), line);
     } else {
@@ -149,7 +151,7 @@ void RuleManager::storeParsedLine(ParsedLine& line, FailSafeMerge* failSafe)
 
 void RuleManager::storeParsedRule(WatchRulePtr rule, const ParsedLine& line)
 {
-    rule->setSequence(m_ruleSequence++);
+    rule->fieldsBeforeSharing().sequence = m_ruleSequence++;
     if (m_log.isListening()) {
         const WatchRuleFields& fields = rule->fields();
         m_log.write(logLine("watch policy type ", fields.policyType, " path ", fields.path.written(),
@@ -160,10 +162,14 @@ void RuleManager::storeParsedRule(WatchRulePtr rule, const ParsedLine& line)
         m_watchRules.append(std::move(rule), line.hash);
 }
 
-void RuleManager::storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, FailSafeMerge* failSafe)
+void RuleManager::storeParsedRule(
+    PolicyRulePtr rule, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe)
 {
-    rule->setSequence(m_ruleSequence++);
-    PolicyGroup& group = groupOf(*rule);
+    rule->fieldsBeforeSharing().sequence = m_ruleSequence++;
+    PolicyGroup* known = groups.find(rule->fields());
+    PolicyGroup& group = known == nullptr ? groupOf(*rule) : *known;
+    if (known == nullptr)
+        groups.remember(rule->fields(), group);
     if (m_log.isListening()) {
         const PolicyRuleFields& fields = rule->fields();
         m_log.write(logLine("policy class ", fields.policyClass, " type ", fields.policyType, " path ",

@@ -22,6 +22,7 @@
 namespace quorvane {
 
 class FailSafeMerge;
+class GroupMemo;
 class Log;
 
 // The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
@@ -116,9 +117,9 @@ private:
 
     void readSelectedSystemFiles();
     void readSettings();
-    void storeParsedLine(ParsedLine& line, FailSafeMerge* failSafe);
+    void storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe);
     void storeParsedRule(WatchRulePtr rule, const ParsedLine& line);
-    void storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, FailSafeMerge* failSafe);
+    void storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe);
     PolicyGroup& groupOf(const PolicyRule& rule);
     const PolicyGroup* existingGroupOf(const PolicyRule& rule) const;
     const std::vector<const Groups::value_type*>& orderedGroups() const;

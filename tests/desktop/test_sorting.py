@@ -29,6 +29,15 @@ class Sorting(DesktopTest):
         self.window.click_header(PATH, from_left=18)
         self.assert_order("/1", "/2", "/3", "/4", "/5")
 
+    def test_the_direction_is_told_in_words(self):
+        self.assertEqual([self.window.header(column).description for column in range(7)], [""] * 7)
+        self.window.click_header(PATH)
+        self.assert_becomes(lambda: "ascending" in self.window.header(PATH).description, True)
+        self.window.click_header(PATH, from_left=25)
+        self.assert_becomes(lambda: "descending" in self.window.header(PATH).description, True)
+        self.window.click_header(TAG)
+        self.assert_becomes(lambda: self.window.header(PATH).description, "")
+
     def test_each_column_sorts_by_what_it_shows(self):
         for column, paths in [(CLASS, ["/2", "/3", "/4", "/1", "/5"]), (TYPE, ["/1", "/4", "/3", "/5", "/2"]),
                               (OPERATIONS, ["/5", "/2", "/4", "/3", "/1"]), (TAG, ["/1", "/2", "/5", "/4", "/3"]),

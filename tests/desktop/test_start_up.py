@@ -94,6 +94,12 @@ class LoadFailure(DesktopTest):
         self.assertIn("error on load: " + message, self.log())
         self.assertEqual(window.column(PATH), ["/a"])
 
+    def test_the_picture_of_the_notice_is_told_in_words(self):
+        _, notice = self.open_with_failure()
+        pictures = [node for node in notice.below() if node.role in ("graphic", "image", "icon")]
+        self.assertEqual(len(pictures), 1)
+        self.assertNotEqual(pictures[0].name + pictures[0].description, "")
+
     def test_the_ok_button_closes_the_notice_and_leaves_the_main_window(self):
         window, notice = self.open_with_failure()
         button = notice.find("push button", "OK")

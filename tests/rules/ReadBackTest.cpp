@@ -106,6 +106,7 @@ TEST(ReadsBackAsWritten, SaysWhatWouldBeLost)
         {"a null constraint", [](auto& r) { r.constraint = {}; }, false},
         {"a null tag", [](auto& r) { r.tag = {}; }, false},
         {"a NUL", [](auto& r) { r.path = "/a\0b"s; }, false},
+        {"bytes that are no UTF-8, which lose the whole file", [](auto& r) { r.tag = "a\xFF"; }, false},
     };
     const StoreSandbox sandbox;
     for (const auto& c : cases) {

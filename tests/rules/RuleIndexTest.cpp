@@ -106,7 +106,7 @@ TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
     } cases[] = {
         {"a process in capitals", "SAFARI", {"/docs"}},
         {"a path", "doc", {"/docs"}},
-        {"a path in the middle", "pli", {".plist"}},
+        {"a path in the middle", "plis", {".plist"}},
         {"a policy rule's tag, not a watch rule's", "my tag", {"/docs"}},
         {"a watch rule's path", "watched", {"/watched"}},
         {"a watch rule's process", "SEEN", {"/watched"}},
