@@ -19,12 +19,13 @@ AppDelegate::AppDelegate(Locations locations, Log& log)
 
 void AppDelegate::applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow)
 {
+    mainWindow.show();
+    mainWindow.activateWindow();
+    // After the window, so that the notice stands before it and has the keyboard.
     if (const auto& message = store.lastErrorMessage()) {
         m_log.write("error on load: " + *message);
         displayNotice("Error Loading Configuration", *message);
     }
-    mainWindow.show();
-    mainWindow.activateWindow();
 }
 
 void AppDelegate::displayNotice(const std::string& header, const std::string& message)
@@ -32,6 +33,8 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
     auto* notice = new NoticeWindow(
         toQt(textFromMacRoman(header)), toQt(textFromMacRoman(message)), toQt(m_locations.noticeIconFile()));
     notice->show();
+    notice->raise();
+    notice->activateWindow();
 }
 
 } // namespace quorvane

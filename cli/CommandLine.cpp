@@ -6,7 +6,10 @@
 #include "platform/Log.h"
 #include "platform/Unicode.h"
 
+#include <algorithm>
 #include <functional>
+#include <iostream>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
@@ -28,6 +31,24 @@ struct Arguments {
     SpelledRule rule;
 };
 
+// The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
+// value that is empty there, so that is made two words.
+std::vector<std::string> argumentsInReverse(int count, const char* const* texts)
+{
+    std::vector<std::string> arguments;
+    for (int number = 1; number < count; ++number) {
+        std::string argument = texts[number];
+        const bool isEmptyValue = argument.starts_with("--") && argument.find('=') == argument.size() - 1;
+        if (isEmptyValue)
+            argument.pop_back();
+        arguments.push_back(std::move(argument));
+        if (isEmptyValue)
+            arguments.emplace_back();
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
 SortDescriptor sortDescriptor(const std::string& spelled)
 {
     constexpr std::string_view descending = ":desc";
@@ -37,6 +58,12 @@ SortDescriptor sortDescriptor(const std::string& spelled)
     if (!key)
         throw CLI::ValidationError("--sort", "'" + name + "' is not a property of the rules");
     return {*key, !isDescending};
+}
+
+std::string onlyDigits(const std::string& text)
+{
+    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? "" : "a row is a number from 0";
 }
 
 std::string onlyOperationLetters(const std::string& text)
@@ -106,7 +133,8 @@ void addCommands(CLI::App& program, Arguments& arguments, Run& run)
     exported->add_option("OUT", arguments.out, "The file to write")->required();
     exported->add_option("--row", arguments.rows, "Write this row of the list; may be given several times")
         ->take_all()
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(onlyDigits);
     addSelectionOptions(*exported, arguments);
     addFileOption(*exported, arguments);
 
@@ -162,10 +190,15 @@ int runCommandLine(int argumentCount, const char* const* argumentTexts)
     program.fallthrough();
     addCommands(program, arguments, run);
     try {
-        program.parse(argumentCount, argumentTexts);
+        program.parse(argumentsInReverse(argumentCount, argumentTexts));
         finishArguments(arguments, program);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? 0 : usageError;
+        std::ostringstream answer;
+        if (program.exit(error, answer, std::cerr) != 0)
+            return usageError;
+        Output output;
+        output.write(answer.str());
+        return output.finish() ? 0 : 1;
     }
     const auto log = makeProgramLog("quorvanectl", false);
     const Locations locations(arguments.root, loginName());

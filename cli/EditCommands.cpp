@@ -34,8 +34,9 @@ RuleRef recordOf(const SpelledRule& spelled)
 // The current user's store, or null when writing it back would lose what the file holds.
 std::unique_ptr<RuleManager> openForWriting(const CommandContext& context)
 {
-    if (const auto reason = reasonNotToOverwrite(context.locations.userRulesFile())) {
-        complain(*reason);
+    if (reasonRulesAreUnread(context.locations.userRulesFile())) {
+        openStore({}, context.locations, context.log); // tells why
+        complain("nothing was written: it would lose the rules that were not read");
         return nullptr;
     }
     return std::move(openStore({}, context.locations, context.log).store);

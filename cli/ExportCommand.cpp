@@ -8,7 +8,7 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
 {
     const OpenedStore opened = openStore(selection, context.locations, context.log);
     // An export of what could not be read would leave an empty file where a good one may have been.
-    if (!opened.isComplete || !opened.fileExists)
+    if (!opened.isComplete)
         return 1;
     RuleManager& store = *opened.store;
     if (rows.empty()) {

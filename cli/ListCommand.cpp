@@ -102,7 +102,7 @@ int listCommand(const CommandContext& context, const RuleSelection& selection, b
         printJson(output, *opened.store, selection.includeSystemRules);
     else
         printTable(output, *opened.store, selection.includeSystemRules);
-    return output.finish() && opened.isComplete ? 0 : 1;
+    return output.finish() && !opened.hasFailed ? 0 : 1;
 }
 
 int optionsCommand(const CommandContext& context, bool asJson)
@@ -115,7 +115,7 @@ int optionsCommand(const CommandContext& context, bool asJson)
         else
             output.write(printable(option.name.written()) + " " + std::to_string(option.value) + "\n");
     }
-    return output.finish() && opened.isComplete ? 0 : 1;
+    return output.finish() && !opened.hasFailed ? 0 : 1;
 }
 
 } // namespace quorvane

@@ -18,11 +18,13 @@ struct RuleSelection {
     std::vector<SortDescriptor> sort;
 };
 
-// A store, and whether all of it could be read.
+// A store, and how well it could be read.
 struct OpenedStore {
     std::unique_ptr<RuleManager> store;
+    bool hasFailed = false; // as the store itself tells
+    // All rules of the rules file are in the store. Stricter: to the store a file that is missing, not UTF-8,
+    // or unreadable before other files were read is no failure. A named file must exist for this.
     bool isComplete = true;
-    bool fileExists = true; // of a selection that names one
 };
 
 // Reads the store that `selection` names, filtered and sorted, and complains of what could not be read.

@@ -59,6 +59,10 @@ template <class Fields> void appendCommonFields(std::string& line, const Fields&
 // The tokens of what `line` leaves in a file, when that is one line.
 std::optional<std::vector<std::string>> tokensReadBack(std::string_view line)
 {
+    // Either spoils more than this line: the reader stops at a NUL and takes nothing from a file that is not
+    // UTF-8.
+    if (line.find('\0') != std::string_view::npos || !isValidUtf8(writtenPart(line)))
+        return std::nullopt;
     LineWalker lines(writtenPart(line));
     const auto first = lines.next();
     const auto second = lines.next();
@@ -70,7 +74,7 @@ std::optional<std::vector<std::string>> tokensReadBack(std::string_view line)
 template <class Fields> bool sameCommonFields(const Fields& a, const Fields& b)
 {
     return a.policyType == b.policyType && sameText(a.path, b.path) && sameText(a.processName, b.processName)
-        && a.operations == b.operations && withoutQuotes(a.tag) == withoutQuotes(b.tag);
+        && a.operations == b.operations && !a.tag.isNull() && withoutQuotes(a.tag) == withoutQuotes(b.tag);
 }
 
 } // namespace

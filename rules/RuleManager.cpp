@@ -118,6 +118,8 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     const std::string file(path.view());
     const RulesFileText contents = RulesFileText::read(file);
     if (contents.errorMessage()) {
+        if (contents.isTooLargeForMemory())
+            m_log.write("failed to allocate buffer for " + file);
         m_lastErrorMessage = contents.errorMessage();
         return false;
     }
@@ -226,8 +228,7 @@ bool RuleManager::writeToCurrentUserConfiguration()
 
 bool RuleManager::writeToFile(const std::string& path)
 {
-    RulesFileWriter file(path);
-    if (file.isOpen()) {
+    return writeLines(path, [this](RulesFileWriter& file) {
         const auto writeUserRule = [&file](const auto& rule) {
             if (!rule->fields().system)
                 file.writeLine(ruleLine(rule->fields()));
@@ -235,19 +236,23 @@ bool RuleManager::writeToFile(const std::string& path)
         m_watchRules.forEach(writeUserRule);
         for (const Groups::value_type* group : orderedGroups())
             group->second.rules().forEach(writeUserRule);
-        file.finish();
-    }
-    m_lastErrorMessage = file.errorMessage();
-    return file.isOpen();
+    });
 }
 
 bool RuleManager::writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite)
 {
+    return writeLines(path, [&policiesToWrite](RulesFileWriter& file) {
+        for (const RuleRef& rule : policiesToWrite)
+            askRule(rule, [&file](const auto& record) { file.writeLine(ruleLine(record.fields())); });
+    });
+}
+
+bool RuleManager::writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write)
+{
     RulesFileWriter file(path);
     const bool opened = file.isOpen();
     if (opened) {
-        for (const RuleRef& rule : policiesToWrite)
-            askRule(rule, [&file](const auto& record) { file.writeLine(ruleLine(record.fields())); });
+        write(file);
         file.finish();
     }
     m_lastErrorMessage = file.errorMessage();

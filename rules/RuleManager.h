@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ namespace quorvane {
 class FailSafeMerge;
 class GroupMemo;
 class Log;
+class RulesFileWriter;
 
 // The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
 // and writes them.
@@ -116,6 +118,7 @@ private:
     using Groups = std::unordered_map<std::string, PolicyGroup>;
 
     void readSelectedSystemFiles();
+    bool writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write);
     void readSettings();
     void storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe);
     void storeParsedRule(WatchRulePtr rule, const ParsedLine& line);

@@ -55,6 +55,7 @@ RulesFileText RulesFileText::read(const std::string& path)
         return result;
     }
     result.m_bytes[size] = '\0';
+    result.m_size = size;
     result.m_text = result.m_bytes.get();
     if (!isValidUtf8(result.m_text)) {
         result.m_text = {};
@@ -63,11 +64,13 @@ RulesFileText RulesFileText::read(const std::string& path)
     return result;
 }
 
-std::optional<std::string> reasonNotToOverwrite(const std::string& path)
+std::optional<std::string> reasonRulesAreUnread(const std::string& path)
 {
     const RulesFileText present = RulesFileText::read(path);
     if (present.isUndecodable())
-        return "The rules file '" + path + "' is not valid UTF-8; writing it would lose what it holds";
+        return "The rules file '" + path + "' is not valid UTF-8: none of it is read";
+    if (present.isCutShort())
+        return "The rules file '" + path + "' holds a NUL byte: nothing behind it is read";
     return present.errorMessage();
 }
 

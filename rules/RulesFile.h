@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,19 +27,26 @@ public:
     // True when there was something, but not UTF-8.
     bool isUndecodable() const { return m_nothing && m_bytes; }
 
+    // True when a NUL byte hides the rest of the file.
+    bool isCutShort() const { return !m_nothing && m_text.size() < m_size; }
+
+    // True when there was no memory for it, which is a failure.
+    bool isTooLargeForMemory() const { return m_errorMessage && !m_bytes; }
+
     // Why the file could not be read; none when it could or when there was nothing.
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
 
 private:
     std::unique_ptr<char[]> m_bytes;
+    std::size_t m_size = 0;
     std::string_view m_text;
     bool m_nothing = false;
     std::optional<std::string> m_errorMessage;
 };
 
-// Why a store read from the file lacks the rules that the file holds, so that writing it back would lose
-// them. None when there is no such danger.
-std::optional<std::string> reasonNotToOverwrite(const std::string& path);
+// Why a store made from the file lacks rules that the file may hold, so that writing it back would lose
+// them. None when all of it is read, or when there is no file.
+std::optional<std::string> reasonRulesAreUnread(const std::string& path);
 
 // Writes a rules file line by line, in place: an existing file is emptied and keeps its inode.
 class RulesFileWriter {

@@ -36,6 +36,7 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     auto* image = new QLabel;
     const QIcon icon(QFileInfo::exists(iconFile) ? iconFile : QStringLiteral(":/images/lock.png"));
     image->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+    image->setAccessibleName(tr("Lock"));
     QLabel* title = textLabel(header);
     QFont bold = title->font();
     bold.setBold(true);

@@ -9,11 +9,13 @@
 #include "workflow/RuleCells.h"
 #include "workflow/SortClicks.h"
 
+#include <QActionGroup>
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
 #include <QShortcut>
+#include <QToolButton>
 
 namespace quorvane {
 
@@ -48,6 +50,10 @@ void RulesEditorTableController::setUpActions()
     m_ui->toolBar->addWidget(m_ui->searchLabel);
     m_ui->toolBar->addWidget(m_ui->searchField);
     m_ui->searchLabel->setBuddy(m_ui->searchField);
+    constexpr int roomBesideText = 4;
+    m_ui->searchField->setTextMargins(roomBesideText, 0, roomBesideText, 0);
+    if (auto* clear = m_ui->searchField->findChild<QToolButton*>())
+        clear->setAccessibleName(tr("Clear"));
     connect(m_ui->searchField, &QLineEdit::textChanged, this, &RulesEditorTableController::searchFieldAction);
     connect(m_ui->searchField, &QLineEdit::returnPressed, m_ui->rulesEditorTableView,
         qOverload<>(&QWidget::setFocus));
@@ -58,11 +64,24 @@ void RulesEditorTableController::setUpActions()
         &RulesEditorTableController::hideSystemAction);
     connect(m_ui->findMenuItem, &QAction::triggered, this, &RulesEditorTableController::focusSearchField);
     connect(m_ui->quitMenuItem, &QAction::triggered, this, &QWidget::close);
-    for (int column = 0; column < ruleColumnCount; ++column) {
-        QAction* item = m_ui->sortMenu->addAction(toQt(columnTitle(static_cast<RuleColumn>(column))));
-        connect(item, &QAction::triggered, this, [this, column] { sortByColumn(column); });
-    }
+    setUpSortMenu();
     statusBar()->addWidget(m_ui->countLabel, 1);
+}
+
+void RulesEditorTableController::setUpSortMenu()
+{
+    auto* oneOf = new QActionGroup(this);
+    oneOf->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    for (int column = 0; column < ruleColumnCount; ++column) {
+        QAction* item = oneOf->addAction(toQt(columnTitle(static_cast<RuleColumn>(column))));
+        item->setCheckable(true);
+        // Keeps its mark when it is chosen again, to turn the order round.
+        connect(item, &QAction::triggered, this, [this, column, item] {
+            item->setChecked(true);
+            sortByColumn(column);
+        });
+    }
+    m_ui->sortMenu->addActions(oneOf->actions());
 }
 
 void RulesEditorTableController::setUpTable()
@@ -96,10 +115,13 @@ void RulesEditorTableController::sortByColumn(int column)
 {
     m_sortDescriptors
         = sortDescriptorsAfterClick(m_sortDescriptors, columnSortKey(static_cast<RuleColumn>(column)));
+    const Qt::SortOrder order
+        = m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
     auto* header = m_ui->rulesEditorTableView->horizontalHeader();
     header->setSortIndicatorShown(true);
-    header->setSortIndicator(
-        column, m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    header->setSortIndicator(column, order);
+    m_model->setSortedColumn(column, order);
+    m_ui->sortMenu->actions().at(column)->setChecked(true);
     sortDescriptorsDidChange();
 }
 
@@ -124,13 +146,21 @@ void RulesEditorTableController::reloadTable()
 
 void RulesEditorTableController::tellCounts()
 {
+    const auto shown = static_cast<std::size_t>(m_model->rowCount());
+    const std::size_t hidden = m_store.totalRules(true) - shown;
     const std::size_t stored = m_store.storedRules();
     const QLocale locale;
-    m_ui->countLabel->setText(tr("%1 of %2 rules shown")
-                                  .arg(locale.toString(static_cast<qulonglong>(m_model->rowCount())),
-                                      locale.toString(static_cast<qulonglong>(stored))));
-    m_ui->rulesEditorTableView->setEmptyText(
-        stored == 0 ? tr("There are no rules yet.") : tr("No rule matches."));
+    QString counts = tr("%1 of %2 rules shown")
+                         .arg(locale.toString(static_cast<qulonglong>(shown)),
+                             locale.toString(static_cast<qulonglong>(stored)));
+    if (hidden == 1)
+        counts += tr(", 1 system rule hidden");
+    else if (hidden > 1)
+        counts += tr(", %1 system rules hidden").arg(locale.toString(static_cast<qulonglong>(hidden)));
+    m_ui->countLabel->setText(counts);
+    m_ui->rulesEditorTableView->setEmptyText(stored == 0 ? tr("There are no rules yet.")
+            : hidden > 0 ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")
+                         : tr("No rule matches."));
 }
 
 void RulesEditorTableController::focusSearchField()

@@ -50,6 +50,7 @@ protected:
 private:
     void setUpTable();
     void setUpActions();
+    void setUpSortMenu();
     void sortDescriptorsDidChange();
     void reloadTable();
     void tellCounts();

@@ -95,6 +95,13 @@ void RulesTableModel::setShownRows(int first, int end)
         [this](std::size_t row, RuleColumn column) { return makeCell(row, column); });
 }
 
+void RulesTableModel::setSortedColumn(int column, Qt::SortOrder order)
+{
+    m_sortedColumn = column;
+    m_sortOrder = order;
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, ruleColumnCount - 1);
+}
+
 const RuleRef& RulesTableModel::ruleAt(int row) const
 {
     return m_rows->at(static_cast<std::size_t>(row), m_rowsShowSystemRules);
@@ -145,6 +152,8 @@ QVariant RulesTableModel::headerData(int section, Qt::Orientation orientation, i
 {
     if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < ruleColumnCount)
         return toQt(columnTitle(static_cast<RuleColumn>(section)));
+    if (orientation == Qt::Horizontal && role == Qt::AccessibleDescriptionRole && section == m_sortedColumn)
+        return m_sortOrder == Qt::AscendingOrder ? tr("sorted ascending") : tr("sorted descending");
     if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole)
         return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
     return {};

@@ -27,6 +27,10 @@ public:
     // Takes the store's present rows.
     void reload();
 
+    // Which column is the primary one of the present order; none when `column` is negative. Told in words
+    // only: the header draws its own mark.
+    void setSortedColumn(int column, Qt::SortOrder order);
+
     // The view shows the rows from `first` up to, not including, `end`.
     void setShownRows(int first, int end);
 
@@ -46,6 +50,8 @@ private:
     std::shared_ptr<const RuleRows> m_rows;
     bool m_showsSystemRules = false;
     bool m_rowsShowSystemRules = false; // as m_rows was taken
+    int m_sortedColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     ShownRows m_shownRows;
 };
 

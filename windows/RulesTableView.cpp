@@ -84,6 +84,12 @@ void RulesTableView::paintEvent(QPaintEvent* event)
     }
 }
 
+QModelIndex RulesTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    const bool alongTheRow = action == MoveHome || action == MoveEnd;
+    return QTableView::moveCursor(action, alongTheRow ? modifiers | Qt::ControlModifier : modifiers);
+}
+
 void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
     QTableView::currentChanged(current, previous);

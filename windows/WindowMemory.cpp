@@ -1,6 +1,7 @@
 #include "windows/WindowMemory.h"
 
 #include <QHeaderView>
+#include <QScreen>
 #include <QSettings>
 #include <QTableView>
 
@@ -37,7 +38,7 @@ bool restoreWindowSize(QWidget& window)
     const QSize size = settings.value(sizeKey()).toSize();
     if (size.isEmpty())
         return false;
-    window.resize(size.expandedTo(window.minimumSizeHint()));
+    window.resize(size.expandedTo(window.minimumSizeHint()).boundedTo(window.screen()->availableSize()));
     return true;
 }
 

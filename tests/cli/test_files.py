@@ -33,8 +33,10 @@ class RulesFile(CommandTest):
     def test_text_after_a_nul_byte_is_not_read(self):
         file = self.sandbox.new_file("nul",
                                      b"allow prefix /a any r\nallow prefix /b any rw\0x\nallow prefix /c any r\n")
-        rules = self.succeed("list", "--json", file).objects()
-        self.assertEqual([(rule["path"], rule["operations"]) for rule in rules], [("/a", 1), ("/b", 3)])
+        result = self.run_program("list", "--json", file)
+        self.assertEqual([(rule["path"], rule["operations"]) for rule in result.objects()], [("/a", 1), ("/b", 3)])
+        self.assertEqual(result.status, 0)
+        self.assertIn("NUL byte", result.err)
 
     def test_a_byte_order_mark_is_an_ordinary_character(self):
         file = self.sandbox.new_file("mark", "\ufeffallow prefix /a any r\nallow prefix /b any r\n")
@@ -112,13 +114,20 @@ class CurrentUsersFile(CommandTest):
         self.assertIn("exec.rc", result.err)
         self.assertEqual(result.values("path"), ["/user"])
 
-    def test_an_unreadable_users_file_is_a_failure_although_system_files_follow(self):
+    def test_an_unreadable_users_file_is_told_although_system_files_follow(self):
         self.sandbox.write_system("exec.rc", "allow prefix /exec any r")
         os.mkdir(self.sandbox.user_file)
-        for command in (["list", "--json", "--system"], ["check"], ["export", self.sandbox.path("out")]):
+        for command in (["check"], ["export", self.sandbox.path("out")]):
             with self.subTest(command=command[0]):
                 result = self.fail_with(1, *command)
                 self.assertIn(self.sandbox.user_file, result.err)
+
+    def test_the_store_forgets_an_unreadable_users_file_when_system_files_follow(self):
+        self.sandbox.write_system("exec.rc", "allow prefix /exec any r")
+        os.mkdir(self.sandbox.user_file)
+        result = self.run_program("list", "--json", "--system")
+        self.assertEqual((result.status, result.values("path")), (0, ["/exec"]))
+        self.assertIn(self.sandbox.user_file, result.err)
 
     def test_missing_folders_are_no_failure(self):
         shutil.rmtree(self.sandbox.root)

@@ -50,9 +50,13 @@ class Output(CommandTest):
                 result = self.run_program(*arguments, stdout=None, preexec_fn=lambda: os.close(1))
                 self.assertEqual((result.status, result.err), (0, ""))
 
-    def test_a_closed_input_changes_nothing(self):
-        result = self.run_program("list", "--json", stdin=None, preexec_fn=lambda: os.close(0))
-        self.assertEqual((result.status, result.values("path"), result.err), (0, ["/no/such/file"], ""))
+    def test_a_file_opened_in_place_of_a_closed_input_counts_as_unread(self):
+        file = self.sandbox.new_file("rules.quorv")
+        with open(file, "w", encoding="utf-8") as out:
+            out.write("allow path /a any r\n")
+        result = self.run_program("list", "--json", file, stdin=None, preexec_fn=lambda: os.close(0))
+        self.assertEqual((result.status, result.values("path")), (1, []))
+        self.assertIn(f"Failed to open file '{file}' for reading", result.err)
 
     def test_a_rules_file_never_takes_the_place_of_a_closed_error_output(self):
         target = self.sandbox.new_file("out.quorv")

@@ -11,7 +11,7 @@ class SystemRules(DesktopTest):
         self.window = self.open_with("allow path /user any r tag")
 
     def assert_toggled(self, toggle):
-        self.assertEqual((self.window.column(PATH), self.window.count()), (["/user"], "1 of 4 rules shown"))
+        self.assertEqual((self.window.column(PATH), self.window.count()), (["/user"], "1 of 4 rules shown, 3 system rules hidden"))
         toggle(SHOW)
         self.assert_becomes(lambda: self.window.column(PATH), ["/seen", "/user", "/system", "/exec"])
         self.assert_becomes(self.window.count, "4 of 4 rules shown")

@@ -239,11 +239,11 @@ TEST(ReasonNotToOverwrite, IsThereOnlyWhenRulesWouldBeLost)
     const std::string undecodable = sandbox.folder.write("wrong", "\xFF");
     std::filesystem::create_symlink(sandbox.folder.write("target", oneRule), link);
 
-    EXPECT_EQ(reasonNotToOverwrite(sandbox.folder.path("missing")), std::nullopt);
-    EXPECT_EQ(reasonNotToOverwrite(sandbox.folder.write("empty", "")), std::nullopt);
-    EXPECT_EQ(reasonNotToOverwrite(sandbox.folder.write("rules", oneRule)), std::nullopt);
-    EXPECT_NE(reasonNotToOverwrite(undecodable), std::nullopt);
-    EXPECT_NE(reasonNotToOverwrite(link), std::nullopt);
+    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.path("missing")), std::nullopt);
+    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.write("empty", "")), std::nullopt);
+    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.write("rules", oneRule)), std::nullopt);
+    EXPECT_NE(reasonRulesAreUnread(undecodable), std::nullopt);
+    EXPECT_NE(reasonRulesAreUnread(link), std::nullopt);
 }
 
 } // namespace quorvane

@@ -139,7 +139,8 @@ TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
     const StoreSandbox sandbox;
     std::filesystem::permissions(sandbox.folder.path(), std::filesystem::perms::all);
     const std::string file = sandbox.folder.write("out.rc", "before\n");
-    std::filesystem::permissions(file, std::filesystem::perms::others_read);
+    std::filesystem::permissions(
+        file, std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
 
     const std::string answer = answerOfChild([&] {
         if (!becomeOrdinaryUser())
