@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 
+#include "platform/BinaryListShape.h"
 #include "platform/FileBytes.h"
 #include "platform/NumberText.h"
 
@@ -108,6 +109,9 @@ std::optional<PropertyList> PropertyList::parse(std::string_view bytes)
     if (bytes.size() > largestFile)
         return std::nullopt;
     const std::string plain = withoutByteOrderMark(bytes);
+    // The library would unfold shared containers without end.
+    if (startsWith(plain, "bplist") && !unfoldsWithinBounds(plain))
+        return std::nullopt;
     plist_t root = nullptr;
     plist_from_memory(plain.data(), static_cast<std::uint32_t>(plain.size()), &root);
     std::shared_ptr<void> owned(root, plist_free);

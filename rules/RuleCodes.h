@@ -54,6 +54,23 @@ std::string flagsDescription(std::int32_t flags);
 std::string flagsForInteger(std::int32_t flags);
 std::uint32_t flagsForString(std::string_view text);
 
+// The letters of a rule of either kind; for the thread that owns it.
+template <class Rule> std::string operationsForRule(const Rule& rule)
+{
+    return operationsDescription(static_cast<std::int32_t>(rule.fields().operations));
+}
+
+// Of a policy rule only the first flag shows, of a watch rule only the second.
+template <class Rule> std::string flagsForPolicyRule(const Rule& rule)
+{
+    return flagsDescription(static_cast<std::int32_t>(rule.fields().flags));
+}
+template <class Rule> std::string flagsForWatchRule(const Rule& rule)
+{
+    constexpr std::uint32_t shownFlag = 2;
+    return flagsForInteger(static_cast<std::int32_t>(rule.fields().flags & shownFlag));
+}
+
 // True when every bit of b among bits 0 to 7 is also set in a. Higher bits are ignored by design.
 bool isBitwiseInclusive(std::uint32_t a, std::uint32_t b);
 

@@ -179,9 +179,7 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
         return textCell(
             askRule(rule, [](const auto& record) { return shownType(record.fields().policyType); }));
     case RuleColumn::operations:
-        return textCell(askRule(rule, [](const auto& record) {
-            return operationsForInteger(static_cast<std::int32_t>(record.fields().operations));
-        }));
+        return textCell(askRule(rule, [](const auto& record) { return operationsForRule(record); }));
     case RuleColumn::tag:
         return tagCell(askRule(rule, [](const auto& record) { return record.fields().tag; }));
     case RuleColumn::path:

@@ -232,7 +232,7 @@ TEST(RulesReaderFiles, StoreOfAFileThatCannotBeReadIsEmptyAndSaysWhy)
     EXPECT_EQ(store->lastErrorMessage(), "Internal error: the path provided was null");
 }
 
-TEST(ReasonNotToOverwrite, IsThereOnlyWhenRulesWouldBeLost)
+TEST(ReasonRulesAreUnread, IsThereOnlyWhenRulesWouldBeLost)
 {
     const StoreSandbox sandbox;
     const std::string link = sandbox.folder.path("link");
@@ -244,6 +244,7 @@ TEST(ReasonNotToOverwrite, IsThereOnlyWhenRulesWouldBeLost)
     EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.write("rules", oneRule)), std::nullopt);
     EXPECT_NE(reasonRulesAreUnread(undecodable), std::nullopt);
     EXPECT_NE(reasonRulesAreUnread(link), std::nullopt);
+    EXPECT_NE(reasonRulesAreUnread(sandbox.folder.write("nul", std::string("a\0b", 3))), std::nullopt);
 }
 
 } // namespace quorvane

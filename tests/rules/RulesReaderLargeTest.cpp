@@ -49,6 +49,29 @@ TEST(RulesReaderLarge, DuplicatesFarApartAreDropped)
     EXPECT_EQ(store->totalRules(true), 10000U);
 }
 
+TEST(RulesReaderLarge, RulesOfVeryManyApplicationsFindTheirGroups)
+{
+    constexpr std::size_t applications = 20000;
+    std::string text;
+    for (const char* path : {"/first", "/second"}) {
+        for (std::size_t number = 0; number < applications; ++number) {
+            text += std::string("allow path ") + path + " /bin/p" + std::to_string(number) + " r \"\" T"
+                + std::to_string(number % 3) + "\n";
+        }
+    }
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(text);
+
+    const auto rules = store->policyRules();
+    EXPECT_EQ(store->sortedKeys().size(), applications);
+    ASSERT_EQ(rules.size(), 2 * applications);
+    for (std::size_t number = 0; number < rules.size(); number += 2) {
+        ASSERT_EQ(rules[number]->path().view(), "/first");
+        ASSERT_EQ(rules[number + 1]->path().view(), "/second");
+        ASSERT_EQ(rules[number]->processName().view(), rules[number + 1]->processName().view());
+    }
+}
+
 TEST(RulesReaderLarge, LineOfTenMegabytesIsARule)
 {
     const StoreSandbox sandbox;
