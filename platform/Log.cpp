@@ -35,10 +35,10 @@ void Log::write(std::string line)
         const std::lock_guard lock(m_mutex);
         if (m_queueSize + line.size() > s_largestQueue) {
             ++m_dropped;
-            return;
+        } else {
+            m_queueSize += line.size();
+            m_queue.push_back(std::move(line));
         }
-        m_queueSize += line.size();
-        m_queue.push_back(std::move(line));
     }
     m_queued.notify_one();
 }
@@ -46,15 +46,15 @@ void Log::write(std::string line)
 void Log::flush()
 {
     std::unique_lock lock(m_mutex);
-    m_written.wait(lock, [this] { return m_queue.empty() && !m_writing; });
+    m_written.wait(lock, [this] { return m_queue.empty() && m_dropped == 0 && !m_writing; });
 }
 
 void Log::writeQueuedLines()
 {
     std::unique_lock lock(m_mutex);
     while (true) {
-        m_queued.wait(lock, [this] { return m_ending || !m_queue.empty(); });
-        if (m_queue.empty())
+        m_queued.wait(lock, [this] { return m_ending || !m_queue.empty() || m_dropped > 0; });
+        if (m_queue.empty() && m_dropped == 0)
             return;
         std::vector<std::string> lines = std::exchange(m_queue, {});
         m_queueSize = 0;

@@ -10,7 +10,7 @@ namespace quorvane {
 
 // A property list whose root is a dictionary, read as the Foundation framework reads its values.
 //
-// XML (UTF-8 or UTF-16, with or without byte order mark) and binary are understood; the old text form is not.
+// XML (UTF-8, and UTF-16 with a byte order mark) and binary are understood; the old text form is not.
 // Not for two threads at once.
 class PropertyList {
 public:

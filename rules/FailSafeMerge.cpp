@@ -81,7 +81,8 @@ void FailSafeMerge::bringUpToDate(GroupIndex& index, const RuleList<PolicyRule>&
         const PolicyRule& rule = *slots[slot];
         index.byIdentity.insert(identityHash(rule), slot);
         index.byAllButPath.insert(hashOfAllButPath(rule), slot);
-        index.byFolder[folderOf(rule.fields().path)].insert(slot);
+        if (!rule.fields().path.isNull())
+            index.byFolder[folderOf(rule.fields().path)].insert(slot);
     }
 }
 
