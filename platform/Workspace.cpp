@@ -47,6 +47,9 @@ QIcon bundleIcon(const QString& bundle)
 
 QIcon desktopIcon(const QFileInfo& file)
 {
+    // By name only: looking into the file could take as long as its disk wants.
+    if (file.isFile() && file.isExecutable())
+        return QIcon::fromTheme(QStringLiteral("application-x-executable"));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension);
     const QIcon icon = QIcon::fromTheme(type.iconName());
     return icon.isNull() ? QIcon::fromTheme(type.genericIconName()) : icon;

@@ -32,6 +32,7 @@ QLabel* textLabel(const QString& text)
 NoticeWindow::NoticeWindow(const QString& header, const QString& message, const QString& iconFile)
 {
     setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program, not the last notice
     setWindowTitle(header);
     auto* image = new QLabel;
     const QIcon icon(QFileInfo::exists(iconFile) ? iconFile : QStringLiteral(":/images/lock.png"));

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QColor>
+#include <QIcon>
 #include <QPalette>
 #include <QStyleFactory>
 
@@ -17,6 +18,7 @@ namespace quorvane {
 void applyWindowLook(QApplication& application)
 {
     keepImages();
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita")); // for desktops without icons of their own
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     const QColor text(0x20, 0x20, 0x24);
     const QColor grey(0x8a, 0x8a, 0x90);
