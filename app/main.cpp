@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
+#include "platform/StandardStreams.h"
 #include "platform/Workspace.h"
 #include "rules/RuleManager.h"
 #include "windows/RulesEditorTableController.h"
@@ -11,6 +12,7 @@
 
 int main(int argumentCount, char** arguments)
 {
+    quorvane::secureStandardStreams();
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));

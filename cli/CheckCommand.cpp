@@ -40,7 +40,7 @@ int checkCommand(const CommandContext& context, const RuleSelection& selection, 
         }
     }
     // A check of rules that could not be read must not look like a passed one.
-    const bool passed = opened.isComplete && !anyFinding;
+    const bool passed = opened.isComplete && !opened.hasFailed && !anyFinding;
     return output.finish() && passed ? 0 : 1;
 }
 

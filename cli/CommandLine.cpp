@@ -110,7 +110,7 @@ using Run = std::function<int(const CommandContext&)>;
 
 void addCommands(CLI::App& program, Arguments& arguments, Run& run)
 {
-    const auto add = [&](const char* name, const char* help, Run command) {
+    const auto add = [&](const char* name, const char* help, const Run& command) {
         CLI::App* added = program.add_subcommand(name, help);
         added->callback([&run, command] { run = command; });
         return added;

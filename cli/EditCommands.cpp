@@ -2,7 +2,6 @@
 #include "cli/Output.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
-#include "rules/RulesFile.h"
 #include "workflow/RuleFindings.h"
 
 namespace quorvane {
@@ -34,12 +33,11 @@ RuleRef recordOf(const SpelledRule& spelled)
 // The current user's store, or null when writing it back would lose what the file holds.
 std::unique_ptr<RuleManager> openForWriting(const CommandContext& context)
 {
-    if (reasonRulesAreUnread(context.locations.userRulesFile())) {
-        openStore({}, context.locations, context.log); // tells why
-        complain("nothing was written: it would lose the rules that were not read");
-        return nullptr;
-    }
-    return std::move(openStore({}, context.locations, context.log).store);
+    OpenedStore opened = openStore({}, context.locations, context.log);
+    if (opened.isComplete)
+        return std::move(opened.store);
+    complain("nothing was written: it would lose the rules that were not read");
+    return nullptr;
 }
 
 int writeBack(RuleManager& store)

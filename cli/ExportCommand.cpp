@@ -27,7 +27,7 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
         store.writeToFile(out, rules);
     }
     if (!store.lastErrorMessage())
-        return 0;
+        return opened.hasFailed ? 1 : 0;
     complain(*store.lastErrorMessage());
     return 1;
 }

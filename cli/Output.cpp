@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include <unistd.h>
 
@@ -50,12 +51,17 @@ void complain(std::string_view message)
 std::string printable(std::string_view text)
 {
     std::string shown;
+    unsigned char before = 0;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
+        // U+0080 to U+009F, which terminals obey too, are the bytes C2 80 to C2 9F.
+        const bool isLateControl = std::exchange(before, byte) == 0xC2 && byte < 0xA0;
+        if (byte >= 0x20 && byte != 0x7F && !isLateControl) {
             shown.push_back(c);
             continue;
         }
+        if (isLateControl)
+            shown.pop_back();
         char escaped[5];
         std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
         shown += escaped;

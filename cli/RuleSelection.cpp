@@ -1,7 +1,6 @@
 #include "cli/RuleSelection.h"
 
 #include "cli/Output.h"
-#include "rules/RulesFile.h"
 
 #include <sys/stat.h>
 
@@ -10,12 +9,13 @@ namespace quorvane {
 namespace {
 
 // Why rules of the selection's file are not in the store; none when all are.
-std::optional<std::string> whyIncomplete(const RuleSelection& selection, const Locations& locations)
+std::optional<std::string> whyIncomplete(const RuleSelection& selection, const RuleManager& store)
 {
     struct stat status { };
     if (selection.file && stat(selection.file->c_str(), &status) != 0)
         return "There is no file '" + *selection.file + "'";
-    return reasonRulesAreUnread(selection.file.value_or(locations.userRulesFile()));
+    const auto& unread = store.unreadRules();
+    return unread ? std::optional(unread->reason) : std::nullopt;
 }
 
 } // namespace
@@ -29,13 +29,14 @@ OpenedStore openStore(const RuleSelection& selection, const Locations& locations
     else
         opened.store = RuleManager::initWithCurrentUserConfiguration(locations, log);
     const auto& message = opened.store->lastErrorMessage();
-    const auto reason = whyIncomplete(selection, locations);
+    const auto reason = whyIncomplete(selection, *opened.store);
     if (message)
         complain(*message);
     if (reason && reason != message)
         complain(*reason);
-    opened.hasFailed = message.has_value();
-    opened.isComplete = !message && !reason;
+    const auto& unread = opened.store->unreadRules();
+    opened.hasFailed = message || (unread && unread->isFailure);
+    opened.isComplete = !reason;
     opened.store->applyFilterWithString(selection.filter);
     opened.store->sortIndexUsingDescriptors(selection.sort);
     return opened;

@@ -21,9 +21,9 @@ struct RuleSelection {
 // A store, and how well it could be read.
 struct OpenedStore {
     std::unique_ptr<RuleManager> store;
-    bool hasFailed = false; // as the store itself tells
-    // All rules of the rules file are in the store. Stricter: to the store a file that is missing, not UTF-8,
-    // or unreadable before other files were read is no failure. A named file must exist for this.
+    bool hasFailed = false; // to read a file that is there
+    // All rules of the selected rules file are in the store. A named file must exist for this, and hold
+    // nothing but text; to the store both are no failure.
     bool isComplete = true;
 };
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -23,82 +24,134 @@ std::optional<std::uint64_t> numberAt(std::string_view bytes, std::uint64_t plac
     return number;
 }
 
-// Where a container's references stand, and how many there are.
-struct References {
-    std::uint64_t place;
-    std::uint64_t count;
+constexpr std::uint64_t mostUnfoldedBytes = 1U << 20U;
+constexpr std::size_t deepestNesting = 512;
+
+// What a value holds: the references of a container, or the bytes of a string or data.
+struct Content {
+    std::uint64_t place = 0;
+    std::uint64_t references = 0;
+    std::uint64_t bytes = 0;
 };
 
-// The references of the value at `place`; count 0 when it is no container, none when it is damaged.
-std::optional<References> referencesAt(std::string_view bytes, std::uint64_t place)
+// None when the value at `place` is damaged.
+std::optional<Content> contentAt(std::string_view list, std::uint64_t place)
 {
-    constexpr std::uint64_t array = 0xA;
-    constexpr std::uint64_t set = 0xC;
-    constexpr std::uint64_t dictionary = 0xD;
+    enum Kind : std::uint64_t {
+        data = 0x4,
+        ascii = 0x5,
+        utf16 = 0x6,
+        array = 0xA,
+        set = 0xC,
+        dictionary = 0xD
+    };
     constexpr std::uint64_t countFollows = 0xF;
-    const auto marker = numberAt(bytes, place, 1);
+    const auto marker = numberAt(list, place, 1);
     if (!marker)
         return std::nullopt;
     const std::uint64_t kind = *marker >> 4U;
-    if (kind != array && kind != set && kind != dictionary)
-        return References{place, 0};
-    References found{place + 1, *marker & 0xFU};
-    if (found.count == countFollows) {
-        const auto widthMarker = numberAt(bytes, found.place, 1);
+    std::uint64_t count = *marker & 0xFU;
+    Content content;
+    content.place = place + 1;
+    const bool isContainer = kind == array || kind == set || kind == dictionary;
+    if (!isContainer && kind != data && kind != ascii && kind != utf16)
+        return content; // numbers, dates and the like are short
+    if (count == countFollows) {
+        const auto widthMarker = numberAt(list, content.place, 1);
         if (!widthMarker)
             return std::nullopt;
         const std::uint64_t width = std::uint64_t{1} << (*widthMarker & 0x3U);
-        const auto count = numberAt(bytes, found.place + 1, width);
-        if (!count || *count > bytes.size())
+        const auto longCount = numberAt(list, content.place + 1, width);
+        if (!longCount || *longCount > list.size())
             return std::nullopt;
-        found = {found.place + 1 + width, *count};
+        count = *longCount;
+        content.place += 1 + width;
     }
-    if (kind == dictionary)
-        found.count *= 2;
-    return found;
+    if (isContainer)
+        content.references = kind == dictionary ? 2 * count : count;
+    else
+        content.bytes = kind == utf16 ? 2 * count : count;
+    return content;
 }
+
+// The values of a list by number.
+class ValueTable {
+public:
+    // None when the end of the list does not describe one.
+    static std::optional<ValueTable> of(std::string_view list)
+    {
+        if (list.size() < trailerSize)
+            return std::nullopt;
+        const std::uint64_t trailer = list.size() - trailerSize;
+        ValueTable table;
+        table.m_list = list;
+        table.m_offsetWidth = *numberAt(list, trailer + 6, 1);
+        table.m_referenceWidth = *numberAt(list, trailer + 7, 1);
+        table.m_values = *numberAt(list, trailer + 8, 8);
+        table.m_root = *numberAt(list, trailer + 16, 8);
+        table.m_offsets = *numberAt(list, trailer + 24, 8);
+        const bool isSound
+            = table.m_values <= list.size() && table.m_root < table.m_values && table.m_offsets < list.size();
+        return isSound ? std::optional(table) : std::nullopt;
+    }
+
+    std::uint64_t values() const { return m_values; }
+    std::uint64_t root() const { return m_root; }
+
+    std::optional<Content> content(std::uint64_t value) const
+    {
+        const auto place = numberAt(m_list, m_offsets + value * m_offsetWidth, m_offsetWidth);
+        return place ? contentAt(m_list, *place) : std::nullopt;
+    }
+
+    // The number of the value that the container refers to.
+    std::optional<std::uint64_t> target(const Content& container, std::uint64_t reference) const
+    {
+        const auto number
+            = numberAt(m_list, container.place + reference * m_referenceWidth, m_referenceWidth);
+        return number && *number < m_values ? number : std::nullopt;
+    }
+
+private:
+    std::string_view m_list;
+    std::uint64_t m_offsetWidth = 0;
+    std::uint64_t m_referenceWidth = 0;
+    std::uint64_t m_values = 0;
+    std::uint64_t m_root = 0;
+    std::uint64_t m_offsets = 0;
+};
 
 } // namespace
 
 bool unfoldsWithinBounds(std::string_view binaryList)
 {
-    if (binaryList.size() < trailerSize)
+    const auto table = ValueTable::of(binaryList);
+    if (!table)
         return false;
-    const std::uint64_t trailer = binaryList.size() - trailerSize;
-    const auto offsetWidth = numberAt(binaryList, trailer + 6, 1);
-    const auto referenceWidth = numberAt(binaryList, trailer + 7, 1);
-    const auto values = numberAt(binaryList, trailer + 8, 8);
-    const auto root = numberAt(binaryList, trailer + 16, 8);
-    const auto table = numberAt(binaryList, trailer + 24, 8);
-    if (!offsetWidth || !referenceWidth || *values > binaryList.size() || *root >= *values)
-        return false;
-
-    std::vector<std::uint8_t> isContainer(*values, 0);
-    std::vector<std::uint8_t> isReferredTo(*values, 0);
-    isReferredTo[*root] = 1;
-    std::uint64_t references = 0;
-    std::vector<std::uint8_t> isShared(*values, 0);
-    for (std::uint64_t value = 0; value < *values; ++value) {
-        const auto place = numberAt(binaryList, *table + value * *offsetWidth, *offsetWidth);
-        const auto found = place ? referencesAt(binaryList, *place) : std::nullopt;
-        if (!found)
+    // Level by level from the root. A container that is met a second time is shared or contains itself.
+    std::vector<bool> isMet(table->values(), false);
+    std::vector<std::uint64_t> level{table->root()};
+    std::uint64_t unfolded = 0;
+    for (std::size_t depth = 0; !level.empty(); ++depth) {
+        if (depth > deepestNesting)
             return false;
-        isContainer[value] = found->count > 0 ? 1 : 0;
-        references += found->count;
-        if (references > binaryList.size()) // values lie on top of each other
-            return false;
-        for (std::uint64_t number = 0; number < found->count; ++number) {
-            const auto target
-                = numberAt(binaryList, found->place + number * *referenceWidth, *referenceWidth);
-            if (!target || *target >= *values)
+        std::vector<std::uint64_t> below;
+        for (const std::uint64_t value : level) {
+            const auto content = table->content(value);
+            if (!content || (content->references > 0 && isMet[value]))
                 return false;
-            isShared[*target] |= isReferredTo[*target];
-            isReferredTo[*target] = 1;
+            isMet[value] = true;
+            unfolded += content->references + content->bytes + 1;
+            if (unfolded > mostUnfoldedBytes)
+                return false;
+            for (std::uint64_t reference = 0; reference < content->references; ++reference) {
+                const auto target = table->target(*content, reference);
+                if (!target)
+                    return false;
+                below.push_back(*target);
+            }
         }
-    }
-    for (std::uint64_t value = 0; value < *values; ++value) {
-        if (isContainer[value] != 0 && isShared[value] != 0)
-            return false;
+        level = std::move(below);
     }
     return true;
 }

@@ -20,6 +20,8 @@ constexpr int largestIcon = 256;
 QIcon iconFromImageFile(const QString& file)
 {
     QIcon icon;
+    if (!QFileInfo(file).isFile()) // a pipe would hold up the window
+        return icon;
     const int images = std::min(QImageReader(file).imageCount(), 32);
     for (int number = 0; number < images; ++number) {
         QImageReader reader(file);

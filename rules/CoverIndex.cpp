@@ -107,9 +107,31 @@ void CoverIndex::bringUpToDate(const RuleList<PolicyRule>& rules)
     const auto& slots = rules.slots();
     for (; m_indexedSlots < slots.size(); ++m_indexedSlots) {
         const PolicyRulePtr& rule = slots[m_indexedSlots];
-        if (rule && canCover(rule->fields()))
-            insert(hashOfCoveringPath(rule->fields()), static_cast<std::uint32_t>(m_indexedSlots));
+        if (!rule)
+            continue;
+        m_isMixed = m_isMixed
+            || (slots[0] && !sameText(slots[0]->fields().processName, rule->fields().processName));
+        if (!canCover(rule->fields()))
+            continue;
+        const std::uint64_t hash = hashOfCoveringPath(rule->fields());
+        if (!m_isMixed || !isOneOfTooMany(*rule, hash, rules))
+            insert(hash, static_cast<std::uint32_t>(m_indexedSlots));
     }
+}
+
+// Of rules that cover the same the first two are enough: the second answers for the first. Only in groups of
+// several process names can there be many such rules, since otherwise they would be duplicates.
+bool CoverIndex::isOneOfTooMany(const PolicyRule& rule, std::uint64_t hash, const RuleList<PolicyRule>& rules)
+{
+    int alike = 0;
+    for (auto entry = m_chains.first(hash); entry != SlotChains::none && alike < 2;
+         entry = m_chains.next(entry)) {
+        const PolicyRule& other = *rules.slots()[m_chains.slot(entry)];
+        if (coversRule(other, rule)
+            && isBitwiseInclusive(rule.fields().operations, other.fields().operations))
+            ++alike;
+    }
+    return alike == 2;
 }
 
 void CoverIndex::insert(std::uint64_t hash, std::uint32_t slot)

@@ -25,6 +25,7 @@ public:
 
 private:
     void bringUpToDate(const RuleList<PolicyRule>& rules);
+    bool isOneOfTooMany(const PolicyRule& rule, std::uint64_t hash, const RuleList<PolicyRule>& rules);
     void insert(std::uint64_t hash, std::uint32_t slot);
     bool mayHold(std::uint64_t hash) const;
     void rebuildFilter(std::size_t bits);
@@ -33,6 +34,7 @@ private:
     std::vector<std::uint64_t> m_hashes; // of all entries, in order
     std::vector<std::uint64_t> m_filter; // one bit for each hash: most beginnings of a path are nobody's
     std::size_t m_indexedSlots = 0;
+    bool m_isMixed = false; // rules of several process names
     std::uint64_t m_layout = 0;
     std::uint64_t m_keyChanges = 0;
 };

@@ -78,6 +78,8 @@ void FailSafeMerge::bringUpToDate(GroupIndex& index, const RuleList<PolicyRule>&
     const Slots& slots = rules.slots();
     for (; index.indexedSlots < slots.size(); ++index.indexedSlots) {
         const auto slot = static_cast<std::uint32_t>(index.indexedSlots);
+        if (!slots[slot])
+            continue;
         const PolicyRule& rule = *slots[slot];
         index.byIdentity.insert(identityHash(rule), slot);
         index.byAllButPath.insert(hashOfAllButPath(rule), slot);

@@ -3,9 +3,8 @@
 #include "platform/Unicode.h"
 
 #include <algorithm>
+#include <cstring> // memmem, too
 #include <iterator>
-
-#include <string.h> // memmem
 
 namespace quorvane {
 

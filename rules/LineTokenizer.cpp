@@ -15,14 +15,14 @@ std::size_t endOfRun(std::string_view line, std::size_t at)
 
 } // namespace
 
-const std::vector<std::string_view>& LineTokenizer::tokens(std::string_view line)
+const std::vector<std::string_view>& LineTokenizer::tokens(std::string_view line, std::size_t most)
 {
     m_tokens.clear();
     m_held.clear();
     m_joined.clear();
     m_inQuotes = false;
     std::size_t at = 0;
-    while (at < line.size()) {
+    while (at < line.size() && m_tokens.size() < most) {
         if (const std::size_t after = takeWholeQuotedValue(line, at); after > at) {
             at = after;
             continue;

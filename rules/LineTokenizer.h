@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -17,8 +18,9 @@ namespace quorvane {
 // Reusable, to spare the memory of each line; not for two threads at once.
 class LineTokenizer {
 public:
-    // The views point into `line` or into this object; they last until the next call.
-    const std::vector<std::string_view>& tokens(std::string_view line);
+    // The first `most` tokens. The views point into `line` or into this object; they last until the next
+    // call.
+    const std::vector<std::string_view>& tokens(std::string_view line, std::size_t most = SIZE_MAX);
 
 private:
     std::size_t takeWholeQuotedValue(std::string_view line, std::size_t at);

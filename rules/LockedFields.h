@@ -10,7 +10,7 @@
 
 namespace quorvane {
 
-// The properties of a record, a plain struct `Fields`, behind accessors that are safe from any thread.
+// The properties of a record, a plain struct `Fields`. They may be read from any thread, and are set by one.
 //
 // A record carries no lock of its own: all records share a few, chosen by address.
 template <class Fields> class LockedFields {
@@ -21,9 +21,12 @@ public:
     // The same to be changed, before anybody else knows the record: no change is counted.
     Fields& fieldsBeforeSharing() { return m_fields; }
 
-    // How often any property was set, on any record of this kind, and how often one that takes part in rule
-    // equality or redundancy. Who keeps something made from properties compares the count to learn that it
-    // may be out of date.
+    // A list keeps the record from now on: its changes count.
+    void noteKept() const { m_isKept.store(true, std::memory_order_relaxed); }
+
+    // How often any property was set, on any kept record of this kind, and how often one that takes part in
+    // rule equality or redundancy. Who keeps something made from properties compares the count to learn that
+    // it may be out of date.
     static std::uint64_t changes() { return s_changes.load(std::memory_order_relaxed); }
     static std::uint64_t keyChanges() { return s_keyChanges.load(std::memory_order_relaxed); }
 
@@ -41,7 +44,8 @@ protected:
 
     template <class Value> void set(Value Fields::*property, std::type_identity_t<Value> value)
     {
-        s_changes.fetch_add(1, std::memory_order_relaxed);
+        if (m_isKept.load(std::memory_order_relaxed))
+            s_changes.fetch_add(1, std::memory_order_relaxed);
         const std::lock_guard lock(lockOf(this));
         std::swap(m_fields.*property, value); // the old value ends after the lock
     }
@@ -49,7 +53,8 @@ protected:
     template <class Value> void setKey(Value Fields::*property, std::type_identity_t<Value> value)
     {
         set(property, std::move(value));
-        s_keyChanges.fetch_add(1, std::memory_order_relaxed);
+        if (m_isKept.load(std::memory_order_relaxed))
+            s_keyChanges.fetch_add(1, std::memory_order_relaxed);
     }
 
 private:
@@ -62,6 +67,7 @@ private:
     static inline std::atomic<std::uint64_t> s_changes{0};
     static inline std::atomic<std::uint64_t> s_keyChanges{0};
     Fields m_fields;
+    mutable std::atomic<bool> m_isKept{false};
 };
 
 } // namespace quorvane

@@ -19,14 +19,14 @@ RuleFilter::RuleFilter(const std::vector<RuleRef>& rules)
         for (const RuleRef& rule : rules)
             askRule(rule, [this](const auto& record) { m_paths.append(record.fields().path.view()); });
     };
-    const std::future<void> paths = std::async(policy, foldPaths);
+    std::future<void> paths = std::async(policy, foldPaths);
     for (const RuleRef& rule : rules) {
         askRule(
             rule, [this](const auto& record) { m_processNames.append(record.fields().processName.view()); });
         const PolicyRule* policyRule = policyRuleIn(rule);
         m_tags.append(policyRule == nullptr ? std::string_view() : policyRule->fields().tag.view());
     }
-    paths.wait();
+    paths.get();
 }
 
 std::vector<std::uint32_t> RuleFilter::rulesContaining(std::string_view text) const

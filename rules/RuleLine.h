@@ -5,6 +5,7 @@
 #include "rules/TextPool.h"
 #include "rules/WatchRule.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,9 @@
 // or 0. Tokens beyond these are ignored.
 
 namespace quorvane {
+
+// More tokens say nothing.
+constexpr std::size_t mostTokensOfALine = 8;
 
 enum class LineKind { unusable, watchRule, option, policyRule };
 

@@ -52,6 +52,7 @@ public:
             m_index->insert(hash, static_cast<std::uint32_t>(m_slots.size()));
             ++m_indexedSlots;
         }
+        rule->noteKept();
         m_slots.push_back(std::move(rule));
         ++m_size;
     }
@@ -74,12 +75,13 @@ public:
             return false;
         m_slots[slot] = nullptr;
         --m_size;
+        ++m_layout;
         if (m_slots.size() > 2 * m_size + shortList)
             dropEmptySlots();
         return true;
     }
 
-    // Changes whenever rules move to other slots.
+    // Changes whenever rules move to other slots or leave theirs.
     std::uint64_t layout() const { return m_layout; }
 
 private:
@@ -125,7 +127,6 @@ private:
     {
         std::erase(m_slots, nullptr);
         m_index.reset();
-        ++m_layout;
     }
 
     std::vector<RulePtr> m_slots;

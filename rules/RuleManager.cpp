@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
 
 namespace quorvane {
@@ -77,7 +78,7 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
     const NullableText& path, bool shouldLabelAsSystemRules, Locations locations, Log& log)
 {
     auto store = std::make_unique<RuleManager>(std::move(locations), log);
-    store->addFileContents(path, shouldLabelAsSystemRules);
+    store->readOwnFile(path, shouldLabelAsSystemRules);
     store->loadOptions();
     store->rebuildRulesCache();
     return store;
@@ -89,9 +90,19 @@ void RuleManager::reloadCurrentUserConfiguration()
     m_orderedGroups.clear();
     m_watchRules = {};
     m_filterOptions.clear();
-    addFileContents(m_locations.userRulesFile(), false);
+    readOwnFile(m_locations.userRulesFile(), false);
     loadOptions();
     readSelectedSystemFiles();
+}
+
+void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules)
+{
+    const bool hasFailed = !addFileContents(path, shouldLabelAsSystemRules);
+    m_unreadRules.reset();
+    if (hasFailed)
+        m_unreadRules = {*m_lastErrorMessage, true};
+    else if (m_lastUnreadReason)
+        m_unreadRules = {*m_lastUnreadReason, false};
 }
 
 void RuleManager::readSelectedSystemFiles()
@@ -117,6 +128,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     }
     const std::string file(path.view());
     const RulesFileText contents = RulesFileText::read(file);
+    m_lastUnreadReason = contents.unreadReason();
     if (contents.errorMessage()) {
         if (contents.isTooLargeForMemory())
             m_log.write("failed to allocate buffer for " + file);
@@ -133,8 +145,13 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     if (file == m_locations.failSafeFile())
         failSafe = std::make_unique<FailSafeMerge>();
     GroupMemo groups;
-    useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
-        [&](ParsedLine& line) { storeParsedLine(line, groups, failSafe.get()); });
+    try {
+        useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
+            [&](ParsedLine& line) { storeParsedLine(line, groups, failSafe.get()); });
+    } catch (const std::bad_alloc&) {
+        m_lastErrorMessage = "Internal error: unable to allocate memory";
+        return false;
+    }
     return true;
 }
 
@@ -305,14 +322,14 @@ std::vector<std::string> RuleManager::sortedKeys() const
     return keys;
 }
 
-bool RuleManager::addWatchRule(WatchRulePtr rule)
+bool RuleManager::addWatchRule(const WatchRulePtr& rule)
 {
     m_watchRules.append(rule);
     rebuildRulesCache();
     return true;
 }
 
-bool RuleManager::addPolicyRule(PolicyRulePtr rule)
+bool RuleManager::addPolicyRule(const PolicyRulePtr& rule)
 {
     groupOf(*rule).rules().append(rule);
     rebuildRulesCache();

@@ -94,8 +94,8 @@ public:
     std::vector<std::string> sortedKeys() const;
 
     // Store the very object given; always true. Set no sequence, test for no duplicate.
-    bool addWatchRule(WatchRulePtr rule);
-    bool addPolicyRule(PolicyRulePtr rule);
+    bool addWatchRule(const WatchRulePtr& rule);
+    bool addPolicyRule(const PolicyRulePtr& rule);
     // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
     bool deleteWatchRule(const WatchRule& rule);
     bool deletePolicyRule(const PolicyRule& rule);
@@ -112,11 +112,21 @@ public:
     const std::optional<std::string>& lastErrorMessage() const { return m_lastErrorMessage; }
     void setLastErrorMessage(std::optional<std::string> message) { m_lastErrorMessage = std::move(message); }
 
+    // Why rules of the store's own file, the user's or the one it was made of, are not in the store, so that
+    // writing it back would lose them. None when all are, or when there is no file. Unlike lastErrorMessage()
+    // it outlives the reading of other files.
+    struct UnreadRules {
+        std::string reason;
+        bool isFailure = false; // of reading; a file that is not UTF-8 or holds a NUL byte is none
+    };
+    const std::optional<UnreadRules>& unreadRules() const { return m_unreadRules; }
+
     const Locations& locations() const { return m_locations; }
 
 private:
     using Groups = std::unordered_map<std::string, PolicyGroup>;
 
+    void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
     bool writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write);
     void readSettings();
@@ -136,6 +146,8 @@ private:
     std::optional<PropertyList> m_settings;
     std::int64_t m_ruleSequence = 0;
     std::optional<std::string> m_lastErrorMessage;
+    std::optional<std::string> m_lastUnreadReason; // of the file read last
+    std::optional<UnreadRules> m_unreadRules;
 
     // Derived; brought up to date when looked at.
     mutable RuleIndex m_index;

@@ -30,48 +30,47 @@ std::string errorText(int number)
 RulesFileText RulesFileText::read(const std::string& path)
 {
     RulesFileText result;
+    result.readFrom(path);
+    if (result.m_errorMessage)
+        result.m_unreadReason = result.m_errorMessage;
+    return result;
+}
+
+void RulesFileText::readFrom(const std::string& path)
+{
     struct stat status { };
     if (stat(path.c_str(), &status) != 0 || status.st_size <= 0) {
-        result.m_nothing = true;
-        return result;
+        m_nothing = true;
+        return;
     }
     const auto size = static_cast<std::size_t>(status.st_size);
-    result.m_bytes.reset(new (std::nothrow) char[size + 1]);
-    if (!result.m_bytes) {
-        result.m_errorMessage = "Internal error: unable to allocate memory";
-        return result;
+    m_bytes.reset(new (std::nothrow) char[size + 1]);
+    if (!m_bytes) {
+        m_errorMessage = "Internal error: unable to allocate memory";
+        return;
     }
     errno = 0;
     FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     // Deliberate: descriptor 0 counts as a failure too.
     if (file.get() <= 0) {
-        result.m_errorMessage = "Failed to open file '" + path + "' for reading: " + errorText(errno);
-        return result;
+        m_errorMessage = "Failed to open file '" + path + "' for reading: " + errorText(errno);
+        return;
     }
     errno = 0;
-    if (::read(file.get(), result.m_bytes.get(), size) != static_cast<ssize_t>(size)) {
-        result.m_errorMessage = "Failed to read() file '" + path + "': " + errorText(errno);
+    if (::read(file.get(), m_bytes.get(), size) != static_cast<ssize_t>(size)) {
+        m_errorMessage = "Failed to read() file '" + path + "': " + errorText(errno);
         file.release(); // Deliberate: left open on this path.
-        return result;
+        return;
     }
-    result.m_bytes[size] = '\0';
-    result.m_size = size;
-    result.m_text = result.m_bytes.get();
-    if (!isValidUtf8(result.m_text)) {
-        result.m_text = {};
-        result.m_nothing = true;
+    m_bytes[size] = '\0';
+    m_text = m_bytes.get();
+    if (m_text.size() < size)
+        m_unreadReason = "The rules file '" + path + "' holds a NUL byte: nothing behind it is read";
+    if (!isValidUtf8(m_text)) {
+        m_text = {};
+        m_nothing = true;
+        m_unreadReason = "The rules file '" + path + "' is not valid UTF-8: none of it is read";
     }
-    return result;
-}
-
-std::optional<std::string> reasonRulesAreUnread(const std::string& path)
-{
-    const RulesFileText present = RulesFileText::read(path);
-    if (present.isUndecodable())
-        return "The rules file '" + path + "' is not valid UTF-8: none of it is read";
-    if (present.isCutShort())
-        return "The rules file '" + path + "' holds a NUL byte: nothing behind it is read";
-    return present.errorMessage();
 }
 
 RulesFileWriter::RulesFileWriter(std::string path)

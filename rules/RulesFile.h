@@ -2,7 +2,6 @@
 
 #include "platform/FileDescriptor.h"
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,11 +23,9 @@ public:
     // True when there was nothing to read: missing, of size 0, or not UTF-8. No failure.
     bool isNothing() const { return m_nothing; }
 
-    // True when there was something, but not UTF-8.
-    bool isUndecodable() const { return m_nothing && m_bytes; }
-
-    // True when a NUL byte hides the rest of the file.
-    bool isCutShort() const { return !m_nothing && m_text.size() < m_size; }
+    // Why rules that the file may hold are not in the text: it is not UTF-8, a NUL byte hides a part, or
+    // reading failed. None when all of it is there, or when there is no file.
+    std::optional<std::string> unreadReason() const { return m_unreadReason; }
 
     // True when there was no memory for it, which is a failure.
     bool isTooLargeForMemory() const { return m_errorMessage && !m_bytes; }
@@ -37,16 +34,14 @@ public:
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
 
 private:
+    void readFrom(const std::string& path);
+
     std::unique_ptr<char[]> m_bytes;
-    std::size_t m_size = 0;
     std::string_view m_text;
     bool m_nothing = false;
     std::optional<std::string> m_errorMessage;
+    std::optional<std::string> m_unreadReason;
 };
-
-// Why a store made from the file lacks rules that the file may hold, so that writing it back would lose
-// them. None when all of it is read, or when there is no file.
-std::optional<std::string> reasonRulesAreUnread(const std::string& path);
 
 // Writes a rules file line by line, in place: an existing file is emptied and keeps its inode.
 class RulesFileWriter {

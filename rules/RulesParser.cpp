@@ -59,7 +59,7 @@ std::vector<ParsedLine> RulesParser::parse(std::string_view text)
 
 void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
 {
-    const auto& tokens = m_tokenizer.tokens(line);
+    const auto& tokens = m_tokenizer.tokens(line, mostTokensOfALine);
     switch (kindOfLine(tokens, m_kind.optionsAllowed)) {
     case LineKind::unusable:
         return;

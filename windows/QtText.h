@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// The one place where text crosses between the core's UTF-8 and Qt.
+// Where text crosses between the core's UTF-8 and the windows.
 
 namespace quorvane {
 

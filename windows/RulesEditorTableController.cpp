@@ -89,6 +89,11 @@ void RulesEditorTableController::setUpTable()
     m_model->reload();
     auto* table = m_ui->rulesEditorTableView;
     table->setModel(m_model);
+    // What is typed over the table goes on in the search field.
+    connect(table, &RulesTableView::textTyped, this, [this](const QString& text) {
+        m_ui->searchField->setFocus(Qt::OtherFocusReason);
+        m_ui->searchField->setText(text);
+    });
     connect(table->horizontalHeader(), &QHeaderView::sectionClicked, this,
         &RulesEditorTableController::sortByColumn);
 }

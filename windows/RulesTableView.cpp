@@ -51,6 +51,7 @@ RulesTableView::RulesTableView(QWidget* parent)
 void RulesTableView::setEmptyText(const QString& text)
 {
     m_emptyText = text;
+    setAccessibleDescription(model() != nullptr && model()->rowCount() == 0 ? text : QString());
     viewport()->update();
 }
 
@@ -88,6 +89,11 @@ QModelIndex RulesTableView::moveCursor(CursorAction action, Qt::KeyboardModifier
 {
     const bool alongTheRow = action == MoveHome || action == MoveEnd;
     return QTableView::moveCursor(action, alongTheRow ? modifiers | Qt::ControlModifier : modifiers);
+}
+
+void RulesTableView::keyboardSearch(const QString& search)
+{
+    Q_EMIT textTyped(search);
 }
 
 void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)

@@ -21,6 +21,13 @@ public:
     // Gives the path what room the other columns leave.
     void stretchPath();
 
+    // Letters are not looked for row by row, which would make the cells of a million rows; see textTyped().
+    void keyboardSearch(const QString& search) override;
+
+Q_SIGNALS:
+    // Somebody typed letters while the table had the keyboard.
+    void textTyped(const QString& text);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     // Home and End lead to the first and last row, not along the row.

@@ -34,7 +34,6 @@ std::string applicationToolTip(const PolicyRuleFields& rule)
 RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
 {
     RuleCell cell;
-    cell.bold = true;
     cell.toolTip = applicationToolTip(rule.fields());
     const std::string name = shownApplicationName(rule);
     cell.startsGroup = previous == nullptr
@@ -130,10 +129,10 @@ RuleCell pathCell(const RuleManager& store, const RuleRef& rule)
             cell.color = CellColor::orange;
             describe(cell, "redundant");
         } else if (finding.kind == FindingKind::missingPath) {
-            if (cell.color == CellColor::black) {
+            // Orange goes before red, whatever is missing.
+            if (cell.color == CellColor::black)
                 cell.color = CellColor::red;
-                describe(cell, "file not found");
-            }
+            describe(cell, "file not found");
         } else {
             describe(cell, "does not read back");
         }

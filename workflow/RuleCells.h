@@ -29,7 +29,6 @@ enum class StateImage { none, system, recent };
 struct RuleCell {
     std::string text;
     CellColor color = CellColor::black;
-    bool bold = false;
     // The file or bundle whose icon stands before the text; none for no icon.
     std::optional<std::string> iconFile;
     StateImage image = StateImage::none;

@@ -18,6 +18,13 @@ bool fileExists(const std::string& path)
     return stat(path.c_str(), &status) == 0;
 }
 
+template <class Rule> std::string textOf(const Rule& rule)
+{
+    std::string line = ruleLine(rule.fields());
+    line.pop_back(); // the line feed
+    return line;
+}
+
 bool startsWithAny(std::string_view path, std::initializer_list<std::string_view> starts)
 {
     for (const std::string_view start : starts) {
@@ -54,9 +61,7 @@ std::string findingText(const RuleFinding& finding)
 
 std::string ruleText(const RuleRef& rule)
 {
-    std::string line = askRule(rule, [](const auto& record) { return ruleLine(record.fields()); });
-    line.pop_back();
-    return line;
+    return askRule(rule, [](const auto& record) { return textOf(record); });
 }
 
 bool isPathMissing(const RuleRef& rule)
@@ -81,9 +86,7 @@ std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef
     std::vector<RuleFinding> findings;
     if (const PolicyRule* policy = policyRuleIn(rule)) {
         if (const PolicyRule* covering = store.coveringRule(*policy)) {
-            std::string line = ruleLine(covering->fields());
-            line.pop_back();
-            findings.push_back({FindingKind::redundant, std::move(line)});
+            findings.push_back({FindingKind::redundant, textOf(*covering)});
         }
     }
     if (isPathMissing(rule))

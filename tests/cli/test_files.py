@@ -122,11 +122,11 @@ class CurrentUsersFile(CommandTest):
                 result = self.fail_with(1, *command)
                 self.assertIn(self.sandbox.user_file, result.err)
 
-    def test_the_store_forgets_an_unreadable_users_file_when_system_files_follow(self):
+    def test_an_unreadable_users_file_is_a_failure_and_the_rest_is_printed(self):
         self.sandbox.write_system("exec.rc", "allow prefix /exec any r")
         os.mkdir(self.sandbox.user_file)
         result = self.run_program("list", "--json", "--system")
-        self.assertEqual((result.status, result.values("path")), (0, ["/exec"]))
+        self.assertEqual((result.status, result.values("path")), (1, ["/exec"]))
         self.assertIn(self.sandbox.user_file, result.err)
 
     def test_missing_folders_are_no_failure(self):

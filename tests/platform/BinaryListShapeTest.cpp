@@ -68,6 +68,48 @@ TEST(BinaryListShape, AListThatContainsItselfIsRefused)
     EXPECT_FALSE(unfoldsWithinBounds(binaryList({arrayOf("\1"), arrayOf("\2"), arrayOf("\1")})));
 }
 
+TEST(BinaryListShape, AListOfManyReferencesToOneLongTextIsRefused)
+{
+    // given a text of 60,000 bytes and, in one array, 200 references to it
+    std::string array("\xAF\x11\x00\xC8", 4);
+    array.append(200, '\1');
+    std::string text("\x5F\x11\xEA\x60", 4);
+    text.append(60000, 'x');
+    std::string bytes = "bplist00" + array + text;
+    const std::size_t table = bytes.size();
+    appendNumber(bytes, 8, 2);
+    appendNumber(bytes, 8 + array.size(), 2);
+    bytes.append(6, '\0').append("\2\1", 2);
+    appendNumber(bytes, 2, 8);
+    appendNumber(bytes, 0, 8);
+    appendNumber(bytes, table, 8);
+    EXPECT_FALSE(unfoldsWithinBounds(bytes));
+}
+
+TEST(BinaryListShape, AListThatNestsTooDeepIsRefused)
+{
+    std::vector<std::string> values;
+    for (int level = 1; level < 250; ++level)
+        values.push_back(arrayOf(std::string(1, static_cast<char>(level))));
+    values.push_back("\x08");
+    EXPECT_TRUE(unfoldsWithinBounds(binaryList(values)));
+
+    std::string bytes = "bplist00";
+    for (int level = 1; level <= 600; ++level) {
+        bytes.push_back('\xA1');
+        appendNumber(bytes, static_cast<std::uint64_t>(level), 2);
+    }
+    bytes.push_back('\x08');
+    const std::size_t table = bytes.size();
+    for (std::uint64_t level = 0; level <= 600; ++level)
+        appendNumber(bytes, 8 + 3 * level, 2);
+    bytes.append(6, '\0').append("\2\2", 2);
+    appendNumber(bytes, 601, 8);
+    appendNumber(bytes, 0, 8);
+    appendNumber(bytes, table, 8);
+    EXPECT_FALSE(unfoldsWithinBounds(bytes));
+}
+
 TEST(BinaryListShape, SharedStringsAreFine)
 {
     EXPECT_TRUE(unfoldsWithinBounds(binaryList({arrayOf("\1\1\1"), "\x51x"})));

@@ -239,12 +239,13 @@ TEST(ReasonRulesAreUnread, IsThereOnlyWhenRulesWouldBeLost)
     const std::string undecodable = sandbox.folder.write("wrong", "\xFF");
     std::filesystem::create_symlink(sandbox.folder.write("target", oneRule), link);
 
-    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.path("missing")), std::nullopt);
-    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.write("empty", "")), std::nullopt);
-    EXPECT_EQ(reasonRulesAreUnread(sandbox.folder.write("rules", oneRule)), std::nullopt);
-    EXPECT_NE(reasonRulesAreUnread(undecodable), std::nullopt);
-    EXPECT_NE(reasonRulesAreUnread(link), std::nullopt);
-    EXPECT_NE(reasonRulesAreUnread(sandbox.folder.write("nul", std::string("a\0b", 3))), std::nullopt);
+    EXPECT_EQ(RulesFileText::read(sandbox.folder.path("missing")).unreadReason(), std::nullopt);
+    EXPECT_EQ(RulesFileText::read(sandbox.folder.write("empty", "")).unreadReason(), std::nullopt);
+    EXPECT_EQ(RulesFileText::read(sandbox.folder.write("rules", oneRule)).unreadReason(), std::nullopt);
+    EXPECT_NE(RulesFileText::read(undecodable).unreadReason(), std::nullopt);
+    EXPECT_NE(RulesFileText::read(link).unreadReason(), std::nullopt);
+    EXPECT_NE(RulesFileText::read(sandbox.folder.write("nul", std::string("a\0b", 3))).unreadReason(),
+        std::nullopt);
 }
 
 } // namespace quorvane

@@ -31,7 +31,6 @@ TEST_F(RuleCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
 
     const RuleCell head = cell(0, RuleColumn::application);
     EXPECT_EQ(head.text, "Mail");
-    EXPECT_TRUE(head.bold);
     EXPECT_EQ(head.iconFile, "/Applications/Mail.app");
     EXPECT_TRUE(head.startsGroup);
     EXPECT_EQ(head.color, CellColor::black);
@@ -154,7 +153,7 @@ TEST_F(RuleCells, ARedundantRuleIsOrangeEvenWhenItsPathIsMissing)
         .policyType = 1, .path = "/nonexistent/b", .processName = "/bin/a", .operations = 1});
     const RuleCell path = cell(1, RuleColumn::path);
     EXPECT_EQ(path.color, CellColor::orange);
-    EXPECT_EQ(path.description, "redundant");
+    EXPECT_EQ(path.description, "redundant, file not found");
     EXPECT_NE(path.toolTip.find("/nonexistent/b\n"), std::string::npos);
     EXPECT_NE(path.toolTip.find(R"(covered by allow prefix "/nonexistent/" "/bin/a" rw)"), std::string::npos);
 }
