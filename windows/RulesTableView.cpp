@@ -93,7 +93,8 @@ QModelIndex RulesTableView::moveCursor(CursorAction action, Qt::KeyboardModifier
 
 void RulesTableView::keyboardSearch(const QString& search)
 {
-    Q_EMIT textTyped(search);
+    if (!search.trimmed().isEmpty()) // the space bar selects
+        Q_EMIT textTyped(search);
 }
 
 void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)

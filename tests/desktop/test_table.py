@@ -40,7 +40,7 @@ class Cells(DesktopTest):
         self.assertEqual(dict(zip(window.column(PATH), window.descriptions(PATH))), {
             "/no/such/watched": "file not found", "/": "", "/etc": "", "/no/such/file": "file not found",
             "~/none": "file not found", "/none": ""})
-        self.assertEqual(window.descriptions(PATH), ["file not found", "", "redundant", "redundant", "file not found",
+        self.assertEqual(window.descriptions(PATH), ["file not found", "", "redundant", "redundant, file not found", "file not found",
                                                      "", "file not found", ""])
 
     def test_a_rule_that_would_be_lost_is_told_in_words(self):

@@ -162,6 +162,24 @@ TEST_F(MainWindow, ReturnInTheSearchFieldGoesOnToTheRows)
     EXPECT_TRUE(table->hasFocus());
 }
 
+TEST_F(MainWindow, LettersTypedOverTheTableGoOnInTheSearchField)
+{
+    table->setFocus();
+    QTest::keyClick(table, Qt::Key_S);
+    EXPECT_TRUE(search->hasFocus());
+    QTest::keyClicks(search, QStringLiteral("hell"));
+    EXPECT_EQ(search->text(), QStringLiteral("shell"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
+}
+
+TEST_F(MainWindow, AnEmptyTableSaysWhyInWords)
+{
+    QTest::keyClicks(search, QStringLiteral("nothing like this"));
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("No rule matches."));
+    search->clear();
+    EXPECT_EQ(table->accessibleDescription(), QString());
+}
+
 TEST_F(MainWindow, EveryControlSaysItsName)
 {
     EXPECT_EQ(table->accessibleName(), QStringLiteral("Rules"));
