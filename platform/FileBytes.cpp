@@ -30,4 +30,10 @@ std::optional<std::string> readSmallFile(const std::string& path, std::size_t la
     return bytes;
 }
 
+bool isAnythingAt(const std::string& path)
+{
+    struct stat status { };
+    return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0;
+}
+
 } // namespace quorvane

@@ -10,4 +10,7 @@ namespace quorvane {
 // regular file or larger than `largestSize` bytes. Never blocks on a pipe or device.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize);
 
+// True for anything at `path`: a file, a folder, what a link leads to.
+bool isAnythingAt(const std::string& path);
+
 } // namespace quorvane

@@ -71,4 +71,21 @@ TEST(ReadSmallFile, GivesNothingOfAnUnreadableFile)
     EXPECT_EQ(answer, "none");
 }
 
+TEST(IsAnythingAt, KnowsFilesFoldersAndWhatLinksLeadTo)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "text");
+    std::filesystem::create_symlink(file, folder.path("link"));
+    std::filesystem::create_symlink(folder.path("nowhere"), folder.path("broken"));
+
+    EXPECT_TRUE(isAnythingAt(file));
+    EXPECT_TRUE(isAnythingAt(folder.path()));
+    EXPECT_TRUE(isAnythingAt(folder.path("link")));
+    EXPECT_FALSE(isAnythingAt(folder.path("broken")));
+    EXPECT_FALSE(isAnythingAt(folder.path("missing")));
+    EXPECT_FALSE(isAnythingAt(file + "/below"));
+    EXPECT_FALSE(isAnythingAt(file + std::string(1, char()) + "more")) << "no name holds a zero byte";
+    EXPECT_FALSE(isAnythingAt(""));
+}
+
 } // namespace quorvane
