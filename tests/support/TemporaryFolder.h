@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <stdlib.h> // mkdtemp
 
@@ -19,7 +21,7 @@ public:
         std::string name = (std::filesystem::temp_directory_path() / "quorvane-test-XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr)
             throw std::runtime_error("no temporary folder");
-        m_path = name;
+        m_path = std::filesystem::canonical(name).string();
     }
     ~TemporaryFolder()
     {
@@ -42,6 +44,10 @@ public:
         std::filesystem::create_directories(std::filesystem::path(file).parent_path());
         std::ofstream(file, std::ios::binary) << contents;
         return file;
+    }
+    std::string write(std::string_view name, const std::vector<std::uint8_t>& contents) const
+    {
+        return write(name, std::string_view(reinterpret_cast<const char*>(contents.data()), contents.size()));
     }
 
     static std::string contents(const std::string& file)

@@ -1,0 +1,107 @@
+#include "codesign/BundleLayout.h"
+
+#include "codesign/InfoPlist.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace quorvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t largestInfoPlist = 4U << 20U;
+
+bool isFolder(const fs::path& path)
+{
+    std::error_code error;
+    return fs::is_directory(path, error);
+}
+
+bool isThere(const fs::path& path)
+{
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+// A folder's absolute path without links; empty when it cannot be told.
+fs::path resolved(const fs::path& path)
+{
+    std::error_code error;
+    return fs::canonical(path, error);
+}
+
+// Where a bundle of some kind keeps its parts, and what its executable is called unless the Info.plist says.
+struct Places {
+    fs::path base;
+    fs::path infoPlist;
+    fs::path executables;
+    fs::path name;
+};
+
+std::optional<Places> placesOf(const fs::path& folder)
+{
+    const fs::path contents = folder / "Contents";
+    if (isFolder(contents))
+        return Places{contents, contents / "Info.plist", contents / "MacOS", folder.stem()};
+    const fs::path current = folder / "Versions" / "Current";
+    if (isFolder(current))
+        return Places{current, current / "Resources" / "Info.plist", current, folder.stem()};
+    if (folder.parent_path().filename() == "Versions")
+        return Places{
+            folder, folder / "Resources" / "Info.plist", folder, folder.parent_path().parent_path().stem()};
+    if (isThere(folder / "Info.plist"))
+        return Places{folder, folder / "Info.plist", folder, folder.stem()};
+    return std::nullopt;
+}
+
+std::optional<std::string> executableName(const Places& places)
+{
+    const auto file = CodeFile::open(places.infoPlist.string());
+    if (!file)
+        return places.name.string();
+    const auto bytes = file->bytes(0, file->size(), largestInfoPlist);
+    const auto info = bytes ? parseInfoPlist(*bytes) : std::nullopt;
+    if (!info)
+        return std::nullopt;
+    return info->executable.value_or(places.name.string());
+}
+
+std::optional<BundleLayout> layoutOf(const fs::path& folder)
+{
+    const auto places = placesOf(folder);
+    const auto name = places ? executableName(*places) : std::nullopt;
+    if (!name || name->empty())
+        return std::nullopt;
+    return BundleLayout{(places->executables / *name).string(), places->infoPlist.string(),
+        (places->base / "_CodeSignature" / "CodeResources").string(), places->base.string()};
+}
+
+} // namespace
+
+std::optional<BundleLayout> bundleAtFolder(const std::string& folder)
+{
+    const fs::path path = resolved(folder);
+    return isFolder(path) ? layoutOf(path) : std::nullopt;
+}
+
+std::optional<BundleLayout> bundleOfExecutable(const std::string& path, const CodeFile& file)
+{
+    fs::path folder = resolved(path).parent_path();
+    if (folder.empty())
+        return std::nullopt;
+    if (folder.filename() == "MacOS" && folder.parent_path().filename() == "Contents")
+        folder = folder.parent_path().parent_path();
+    auto layout = layoutOf(folder);
+    const auto executable = layout ? CodeFile::open(layout->executable) : std::nullopt;
+    return executable && executable->isSameFileAs(file) ? layout : std::nullopt;
+}
+
+std::optional<Bytes> readInfoPlist(const BundleLayout& layout)
+{
+    const auto file = CodeFile::open(layout.infoPlist);
+    return file ? file->bytes(0, file->size(), largestInfoPlist) : std::nullopt;
+}
+
+} // namespace quorvane

@@ -1,0 +1,50 @@
+#include "codesign/CertificateChain.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t longestChain = 10;
+
+} // namespace
+
+bool CertificateChain::issuersAreAuthorities() const
+{
+    for (std::size_t i = 1; i + 1 < certificates.size(); ++i) {
+        if (!certificates[i].isAuthority())
+            return false;
+    }
+    return true;
+}
+
+bool CertificateChain::isValidAt(std::time_t time) const
+{
+    return std::all_of(certificates.begin(), certificates.end(),
+        [time](const Certificate& one) { return one.isValidAt(time); });
+}
+
+CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others)
+{
+    CertificateChain chain;
+    chain.certificates.push_back(leaf);
+    while (chain.certificates.size() <= longestChain) {
+        const Certificate last = chain.certificates.back();
+        if (last.isSelfSigned()) {
+            chain.endsSelfSigned = true;
+            break;
+        }
+        const auto issuer = std::find_if(others.begin(), others.end(), [&](const Certificate& candidate) {
+            const bool taken = std::any_of(chain.certificates.begin(), chain.certificates.end(),
+                [&](const Certificate& one) { return one.isSameAs(candidate); });
+            return !taken && last.isIssuedBy(candidate);
+        });
+        if (issuer == others.end())
+            break;
+        chain.certificates.push_back(*issuer);
+    }
+    return chain;
+}
+
+} // namespace quorvane

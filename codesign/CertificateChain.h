@@ -1,0 +1,24 @@
+#pragma once
+
+#include "codesign/Certificate.h"
+
+#include <ctime>
+#include <vector>
+
+namespace quorvane {
+
+// A signer's certificate and its issuers, each found by name and proven by its key.
+struct CertificateChain {
+    std::vector<Certificate> certificates; // the signer's first
+    bool endsSelfSigned = false;
+
+    // True when every certificate between the signer's and the last may issue others.
+    bool issuersAreAuthorities() const;
+    bool isValidAt(std::time_t time) const;
+};
+
+// Builds the chain from the certificates that came along, whatever their order. Takes none twice and stops
+// after ten. Certificates that are not on the way have no influence.
+CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others);
+
+} // namespace quorvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "codesign/Ber.h"
+#include "codesign/Hasher.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+// The signer of a CMS message, undigested.
+struct CmsSigner {
+    ByteView issuer; // name and serial number of the signer's certificate, each as a whole element; or:
+    ByteView serial;
+    ByteView keyIdentifier;
+    std::optional<HashAlgorithm> hash; // none for one that is not known here
+    bool usesRsa = false;
+    std::optional<BerElement> signedAttributes;
+    ByteView unsignedAttributes;
+    ByteView signature;
+
+    // The contents of the set of values of a signed or unsigned attribute; none when there is none.
+    std::optional<ByteView> signedAttribute(std::string_view objectIdentifier) const;
+    std::optional<ByteView> unsignedAttribute(std::string_view objectIdentifier) const;
+};
+
+// A CMS message with signed data, taken apart but not judged. Views of the bytes it was parsed from.
+struct CmsMessage {
+    ByteView contentType;
+    std::optional<Bytes> content; // none when the signed bytes are kept elsewhere
+    std::vector<ByteView> certificates; // each a whole element
+    std::optional<CmsSigner> signer; // the first; none when nobody signed
+};
+
+// None when the bytes are no such message, or carry more than a hundred certificates.
+std::optional<CmsMessage> parseCms(ByteView bytes);
+
+} // namespace quorvane

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "codesign/CodeDirectory.h"
+#include "codesign/SignatureContainer.h"
+
+#include <vector>
+
+namespace quorvane {
+
+// All CodeDirectories of a signature: the first one and its alternates by other hashes. Views of the
+// container.
+struct CodeDirectories {
+    ValidityStatus status = status::unsignedCode; // unless valid, nothing is known of the program
+    std::vector<CodeDirectory> all; // in the order of the slots; the signer signed the first
+    std::size_t best = 0; // the one with the strongest hash, which tells the program's identity
+
+    const CodeDirectory& first() const { return all.front(); }
+    const CodeDirectory& strongest() const { return all[best]; }
+};
+
+// Loads the CodeDirectories; the first that is damaged fails them all.
+CodeDirectories loadCodeDirectories(const SignatureContainer& container);
+
+// The hash by which a CodeDirectory is known: its own kind of hash over its whole blob. Empty for an unknown
+// kind.
+HashValue directoryHash(const CodeDirectory& directory);
+
+// Such hashes are listed cut to this many bytes.
+inline constexpr std::size_t listedHashLength = 20;
+
+} // namespace quorvane

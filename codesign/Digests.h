@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvane {
+
+// Digests as lowercase hexadecimal digits: 40 for SHA-1, 64 for SHA-256. Any thread.
+
+std::string sha1(std::string_view buffer);
+std::string sha256(std::string_view buffer);
+
+// The digest of a whole file, read in bounded pieces. None when it cannot be read to its end or is no regular
+// file.
+std::optional<std::string> sha1OfFile(const std::string& path);
+std::optional<std::string> sha256OfFile(const std::string& path);
+
+// Both of them, from one reading.
+struct FileDigests {
+    std::string sha1;
+    std::string sha256;
+};
+std::optional<FileDigests> digestsOfFile(const std::string& path);
+
+} // namespace quorvane

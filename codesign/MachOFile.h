@@ -1,0 +1,43 @@
+#pragma once
+
+#include "codesign/MachOSlice.h"
+
+#include <optional>
+#include <vector>
+
+namespace quorvane {
+
+// True when the file is a program by its first bytes: a Mach-O executable, library, loader, plug-in or kernel
+// extension, alone or as the first architecture of a universal file.
+bool isMachOProgram(const CodeFile& file);
+
+// The architectures of a program file, and the one that questions are asked of.
+class MachOFile {
+public:
+    // None when the universal header is refused (no architecture, or more than a hundred), the file is larger
+    // than any program, or the slice to ask cannot be read.
+    static std::optional<MachOFile> read(const CodeFile& file);
+
+    // The arm64 slice, else the x86_64 one, else the first: the same whatever machine asks.
+    const MachOSlice& slice() const { return m_slice; }
+
+    // True when all architectures are sound in themselves, lie apart and inside the file, and nothing but
+    // zero bytes lies between them. Reads the gaps of the file.
+    bool structureIsSound(const CodeFile& file) const;
+
+private:
+    struct Architecture {
+        std::uint32_t cpuType = 0;
+        std::uint64_t offset = 0;
+        std::uint64_t length = 0;
+        std::uint32_t align = 0; // base-2 logarithm
+    };
+    static std::optional<std::vector<Architecture>> architecturesOf(const CodeFile& file);
+    bool gapIsSound(const CodeFile& file, std::uint64_t begin, const Architecture& next, bool first) const;
+
+    std::vector<Architecture> m_architectures; // empty for a thin file
+    std::uint64_t m_headerEnd = 0;
+    MachOSlice m_slice;
+};
+
+} // namespace quorvane

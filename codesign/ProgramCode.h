@@ -1,0 +1,63 @@
+#pragma once
+
+#include "codesign/BundleLayout.h"
+#include "codesign/CodeDirectories.h"
+#include "codesign/CodeFile.h"
+#include "codesign/CodeObject.h"
+#include "codesign/MachOFile.h"
+#include "codesign/ResourceSeal.h"
+#include "codesign/SignatureContainer.h"
+#include "codesign/SignerCheck.h"
+#include "codesign/TrustAnchor.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace quorvane {
+
+// The signature of a program file for the platform's machines, alone or as the main executable of a bundle.
+//
+// The file is read when the object is made, all but its code pages and its bundle's resources: these are read
+// each time a check asks for them. A file that changes meanwhile fails a check and does no other harm.
+class ProgramCode : public CodeObject {
+public:
+    // None when the path names neither a readable regular file nor a bundle with one.
+    static std::unique_ptr<ProgramCode> atPath(
+        const std::string& path, const TrustAnchor& anchor = platformRoot());
+
+    // The code of a running process, whose pages, resources and structure are never checked. None when the
+    // process is gone or its program cannot be read.
+    static std::unique_ptr<ProgramCode> ofProcess(std::int32_t pid);
+
+    ValidityStatus checkValidity(std::uint32_t flags) const override;
+    SigningInformation signingInformation() const override;
+
+private:
+    enum class Source { file, process };
+
+    ProgramCode(CodeFile file, std::optional<BundleLayout> bundle, Source source, const TrustAnchor& anchor);
+
+    void readSignature();
+    ValidityStatus judgeSigner();
+    bool isSignedAdHoc() const;
+    std::optional<Bytes> infoPlist() const;
+    ValidityStatus check(std::uint32_t flags, SealBudget& budget) const;
+    ValidityStatus checkResources(std::uint32_t flags, SealBudget& budget) const;
+    ValidityStatus checkStructure() const;
+    bool isKnownBy(ByteView codeDirectoryHash) const;
+
+    CodeFile m_file;
+    std::optional<BundleLayout> m_bundle;
+    Source m_source;
+    TrustAnchor m_anchor;
+    std::optional<MachOFile> m_program;
+    std::optional<SignatureContainer> m_container;
+    CodeDirectories m_directories;
+    SignerVerdict m_signer;
+    ValidityStatus m_signatureStatus
+        = status::unsignedCode; // before anything that the signature covers is looked at
+};
+
+} // namespace quorvane

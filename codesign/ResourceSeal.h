@@ -1,0 +1,30 @@
+#pragma once
+
+#include "codesign/BundleLayout.h"
+#include "codesign/ByteView.h"
+
+#include <functional>
+#include <string>
+
+namespace quorvane {
+
+// What checking a bundle's resources may still cost, with everything nested in it.
+struct SealBudget {
+    std::size_t entries = 500'000; // files and folders
+    std::uint64_t bytes = 64ULL << 30U; // hashed
+    std::uint64_t steps = 4'000'000'000; // of comparing paths with rules
+    std::size_t nestedCodes = 1000;
+};
+
+// Answers whether the code at `path` is the one known by the hash `codeDirectoryHash` and is valid itself.
+using NestedCodeCheck = std::function<bool(const std::string& path, ByteView codeDirectoryHash)>;
+
+// True when every resource that the seal names is there and unchanged, and every file that its rules cover is
+// named.
+//
+// The bundle's folder is walked without following links and never left, so that paths that climb out of it
+// are simply not there. False also for a seal that cannot be read and for a bundle that exceeds the budget.
+bool resourcesMatchSeal(
+    const BundleLayout& bundle, ByteView seal, const NestedCodeCheck& isIntactCode, SealBudget& budget);
+
+} // namespace quorvane

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "codesign/Certificate.h"
+
+#include <array>
+
+namespace quorvane {
+
+// The one certificate that is trusted by itself, recognised by the SHA-256 of its encoding and never by its
+// name.
+struct TrustAnchor {
+    std::array<std::uint8_t, 32> fingerprint;
+
+    bool is(const Certificate& certificate) const
+    {
+        return certificate.fingerprint().view() == ByteView(fingerprint.data(), fingerprint.size());
+    }
+};
+
+// The platform vendor's root certificate, valid from 2006 to 2035. Every genuine signature brings it along.
+TrustAnchor platformRoot();
+
+} // namespace quorvane

@@ -1,0 +1,254 @@
+#include "codesign/CodeDirectories.h"
+#include "codesign/SignatureContainer.h"
+#include "tests/support/Answers.h"
+#include "tests/support/ByteWriter.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+#include <openssl/evp.h>
+
+namespace quorvane::test {
+
+namespace {
+
+constexpr std::uint32_t withResources = 0x2; // all checks but those of pages
+constexpr std::uint32_t withoutResources = 0x6;
+
+const char* const rules = "<key>^.*</key><true/>"
+                          "<key>^Resources/.*\\.lproj/</key><dict><key>optional</key><true/><key>weight</key>"
+                          "<real>1000</real></dict>"
+                          "<key>^(Frameworks|PlugIns)/</key><dict><key>nested</key><true/><key>weight</key>"
+                          "<real>10</real></dict>"
+                          "<key>^(.*/)?\\.DS_Store$</key><dict><key>omit</key><true/><key>weight</key>"
+                          "<real>2000</real></dict>"
+                          "<key>^Info\\.plist$</key><dict><key>omit</key><true/><key>weight</key>"
+                          "<real>20</real></dict>";
+
+std::string base64(ByteView bytes)
+{
+    std::string text(bytes.size() * 2 + 4, '\0');
+    const int length = EVP_EncodeBlock(
+        reinterpret_cast<unsigned char*>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+std::string hashed(HashAlgorithm algorithm, const std::string& contents)
+{
+    return "<data>" + base64(hashOf(algorithm, ByteView(contents.data(), contents.size())).view())
+        + "</data>";
+}
+
+std::string sealedFile(const std::string& path, const std::string& contents, bool optional = false)
+{
+    return "<key>" + path + "</key><dict><key>hash2</key>" + hashed(HashAlgorithm::sha256, contents)
+        + (optional ? "<key>optional</key><true/>" : "") + "</dict>";
+}
+
+std::string sealedLink(const std::string& path, const std::string& target)
+{
+    return "<key>" + path + "</key><dict><key>symlink</key><string>" + target + "</string></dict>";
+}
+
+std::string seal(const std::string& files)
+{
+    return "<plist><dict><key>files2</key><dict>" + files + "</dict><key>rules2</key><dict>" + rules
+        + "</dict></dict></plist>";
+}
+
+// An application whose resources are sealed as given.
+class Application {
+public:
+    explicit Application(const std::string& sealText, const std::string& name = "X.app")
+        : m_name(name)
+    {
+        write("Info.plist", "<plist><dict><key>CFBundleExecutable</key><string>main</string></dict></plist>");
+        write("_CodeSignature/CodeResources", sealText);
+        ProgramPlan plan;
+        plan.signature->infoPlist = bytesOf(TemporaryFolder::contents(path("Info.plist")));
+        plan.signature->resourceSeal = bytesOf(sealText);
+        m_folder.write(m_name + "/Contents/MacOS/main", makeProgram(plan));
+    }
+
+    void write(const std::string& relative, const std::string& contents) const
+    {
+        m_folder.write(m_name + "/Contents/" + relative, contents);
+    }
+    std::string path(const std::string& relative) const
+    {
+        return m_folder.path(m_name + "/Contents/" + relative);
+    }
+    std::int32_t state(std::uint32_t flags = withResources) const
+    {
+        return stateAt(m_folder.path(m_name), flags);
+    }
+    const TemporaryFolder& folder() const { return m_folder; }
+
+private:
+    TemporaryFolder m_folder;
+    std::string m_name;
+};
+
+// An application with one of each kind of resource, all in order.
+class FullApplication : public Application {
+public:
+    FullApplication()
+        : Application(seal(sealedFile("Resources/a.txt", "a") + sealedFile("Resources/de.lproj/b", "b", true)
+            + sealedLink("Resources/link", "a.txt")))
+    {
+        write("Resources/a.txt", "a");
+        write("Resources/de.lproj/b", "b");
+        write("Resources/.DS_Store", "not sealed");
+        std::filesystem::create_symlink("a.txt", path("Resources/link"));
+    }
+};
+
+} // namespace
+
+TEST(ResourceSeal, HoldsWhenEverythingIsAsSealed)
+{
+    const FullApplication application;
+    EXPECT_EQ(application.state(), 2);
+    EXPECT_EQ(application.state(0), 2) << "with the pages";
+    EXPECT_EQ(application.state(0x10), 2) << "with everything";
+}
+
+TEST(ResourceSeal, IsBrokenByEveryChange)
+{
+    const struct {
+        const char* why;
+        std::function<void(const FullApplication&)> change;
+        std::int32_t state;
+    } cases[] = {
+        {"a changed file", [](const auto& app) { app.write("Resources/a.txt", "A"); }, 6},
+        {"a removed file", [](const auto& app) { std::filesystem::remove(app.path("Resources/a.txt")); }, 6},
+        {"an added file", [](const auto& app) { app.write("Resources/new", ""); }, 6},
+        {"an added file deep below", [](const auto& app) { app.write("a/b/c/new", ""); }, 6},
+        {"an added program", [](const auto& app) { app.write("MacOS/other", ""); }, 6},
+        {"an added optional file", [](const auto& app) { app.write("Resources/de.lproj/new", ""); }, 6},
+        {"a changed optional file", [](const auto& app) { app.write("Resources/de.lproj/b", "B"); }, 6},
+        {"a removed optional file",
+            [](const auto& app) { std::filesystem::remove(app.path("Resources/de.lproj/b")); }, 2},
+        {"an added file that is left out", [](const auto& app) { app.write("Resources/x/.DS_Store", "x"); },
+            2},
+        {"an added empty folder",
+            [](const auto& app) { std::filesystem::create_directory(app.path("empty")); }, 2},
+        {"another target of a link",
+            [](const auto& app) {
+                std::filesystem::remove(app.path("Resources/link"));
+                std::filesystem::create_symlink("b.txt", app.path("Resources/link"));
+            },
+            6},
+        {"a link in place of a file",
+            [](const auto& app) {
+                std::filesystem::rename(app.path("Resources/a.txt"), app.folder().path("elsewhere"));
+                std::filesystem::create_symlink(app.folder().path("elsewhere"), app.path("Resources/a.txt"));
+            },
+            6},
+        {"a folder in place of a file",
+            [](const auto& app) {
+                std::filesystem::remove(app.path("Resources/a.txt"));
+                std::filesystem::create_directory(app.path("Resources/a.txt"));
+            },
+            6},
+        {"an added link to the folder above",
+            [](const auto& app) {
+                std::filesystem::create_directory_symlink("..", app.path("Resources/up"));
+            },
+            6},
+        {"a changed seal", [](const auto& app) { app.write("_CodeSignature/CodeResources", seal("")); }, 6},
+        {"no seal",
+            [](const auto& app) { std::filesystem::remove(app.path("_CodeSignature/CodeResources")); }, 6},
+    };
+    for (const auto& c : cases) {
+        const FullApplication application;
+        c.change(application);
+        EXPECT_EQ(application.state(), c.state) << c.why;
+        EXPECT_EQ(application.state(withoutResources), 2) << c.why << ", not asked for";
+    }
+}
+
+TEST(ResourceSeal, NeverLeavesTheBundle)
+{
+    for (const char* path :
+        {"../../outside", "../Contents/Resources/a", "/etc/passwd", "Resources/../Resources/a"}) {
+        const Application application(seal(sealedFile(path, "outside")));
+        application.folder().write("outside", std::string_view("outside"));
+        EXPECT_EQ(application.state(), 6) << path;
+    }
+}
+
+TEST(ResourceSeal, ThatCannotBeReadCannotBeTold)
+{
+    std::string deep = "<plist>";
+    for (int i = 0; i < 100000; ++i)
+        deep += "<array>";
+    for (const std::string& text :
+        {std::string(), std::string("rubbish"), deep, std::string("<plist><dict/></plist>"),
+            std::string("<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><dict/></plist>")})
+        EXPECT_EQ(Application(text).state(), 6) << text.substr(0, 40);
+}
+
+TEST(ResourceSeal, OfAMillionFilesIsRefusedInTime)
+{
+    std::string files;
+    for (int i = 0; i < 1'000'000; ++i)
+        files += "<key>" + std::to_string(i) + "</key><data/>";
+    EXPECT_EQ(Application(seal(files)).state(), 6);
+}
+
+TEST(ResourceSeal, InItsFirstFormIsReadToo)
+{
+    const std::string text = "<plist><dict><key>files</key><dict><key>Resources/a</key>"
+        + hashed(HashAlgorithm::sha1, "a")
+        + "</dict><key>rules</key><dict><key>^Resources/</key><true/></dict></dict></plist>";
+    const Application application(text);
+    application.write("Resources/a", "a");
+    application.write("elsewhere", "no rule covers this");
+    EXPECT_EQ(application.state(), 2);
+    application.write("Resources/a", "b");
+    EXPECT_EQ(application.state(), 6);
+}
+
+TEST(ResourceSeal, MissingInASignedBundleFailsTheResourceCheck)
+{
+    const TemporaryFolder folder;
+    folder.write("X.app/Contents/MacOS/X", makeProgram());
+    EXPECT_EQ(stateAt(folder.path("X.app"), withResources), 6);
+    EXPECT_EQ(stateAt(folder.path("X.app"), withoutResources), 2);
+    EXPECT_EQ(stateAt(folder.write("bare", makeProgram()), withResources), 2)
+        << "a bare program has no resources";
+}
+
+TEST(ResourceSeal, HoldsNestedCodeByItsHash)
+{
+    const Bytes helper = makeProgram();
+    const auto container = SignatureContainer::parse(Bytes(helper.begin() + codeLength, helper.end()));
+    const HashValue hash = directoryHash(loadCodeDirectories(*container).strongest());
+    const std::string sealed = seal("<key>Frameworks/helper</key><dict><key>cdhash</key><data>"
+        + base64(ByteView(hash.bytes.data(), 20))
+        + "</data><key>requirement</key><string>identifier x</string></dict>");
+
+    const Application application(sealed);
+    application.write("Frameworks/helper", std::string(ByteView(helper).text()));
+    EXPECT_EQ(application.state(), 2);
+    EXPECT_EQ(application.state(0), 2);
+
+    Bytes changed = helper;
+    changed[5000] ^= 1U;
+    application.write("Frameworks/helper", std::string(ByteView(changed).text()));
+    EXPECT_EQ(application.state(0), 6) << "its pages are wrong";
+
+    ProgramPlan other;
+    other.signature->directories.front().identifier = "another";
+    application.write("Frameworks/helper", std::string(ByteView(makeProgram(other)).text()));
+    EXPECT_EQ(application.state(), 6) << "valid, but another program";
+    std::filesystem::remove(application.path("Frameworks/helper"));
+    EXPECT_EQ(application.state(), 6) << "missing";
+}
+
+} // namespace quorvane::test

@@ -1,0 +1,152 @@
+#include "tests/support/Answers.h"
+#include "tests/support/ByteWriter.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane::test {
+
+namespace {
+
+SignaturePlan twoDirectories(const CmsPlan& cms)
+{
+    SignaturePlan plan = signedPlan(cms);
+    DirectoryPlan alternate = plan.directories.front();
+    plan.directories.front().hashType = 1;
+    plan.directories.push_back(alternate);
+    return plan;
+}
+
+} // namespace
+
+TEST(Signer, ProvesTeamAndCertificates)
+{
+    EXPECT_EQ(answers(signedProgram()), signedAnswers);
+}
+
+TEST(Signer, IsReadInDefiniteAndIndefiniteLengths)
+{
+    CmsPlan plan;
+    plan.indefiniteLengths = false;
+    EXPECT_EQ(answers(signedProgram(plan)), signedAnswers);
+}
+
+TEST(Signer, IsVerifiedWithEveryDigest)
+{
+    for (const char* hash : {"SHA1", "SHA256", "SHA384"}) {
+        CmsPlan plan;
+        plan.hash = hash;
+        EXPECT_EQ(answers(signedProgram(plan)), signedAnswers) << hash;
+    }
+}
+
+TEST(Signer, WithoutAttributesSignsTheCodeDirectoryItself)
+{
+    CmsPlan plan;
+    plan.signedAttributes = false;
+    EXPECT_EQ(answers(signedProgram(plan)), signedAnswers);
+    EXPECT_EQ(states(programOf(twoDirectories(plan))), "3 3") << "nothing protects the alternate";
+}
+
+TEST(Signer, MustListTheHashesOfAllDirectories)
+{
+    EXPECT_EQ(states(programOf(twoDirectories({}))), "2 2");
+    CmsPlan plan;
+    plan.setUnsorted = true;
+    EXPECT_EQ(states(programOf(twoDirectories(plan))), "2 2")
+        << "values in an order that encoding would change";
+    plan.listAsSet = false;
+    EXPECT_EQ(states(programOf(twoDirectories(plan))), "2 2") << "the first form alone";
+    plan.listAsPropertyList = false;
+    EXPECT_EQ(states(programOf(twoDirectories(plan))), "3 3") << "no form";
+    plan.listAsSet = true;
+    EXPECT_EQ(states(programOf(twoDirectories(plan))), "2 2") << "the second form alone";
+}
+
+TEST(Signer, WhoListsOtherHashesFails)
+{
+    for (const bool propertyList : {false, true}) {
+        CmsPlan cms;
+        cms.listAsPropertyList = propertyList;
+        cms.listAsSet = !propertyList;
+        SignaturePlan plan = twoDirectories(cms);
+        plan.sign = [cms](std::vector<Bytes> directories) {
+            directories.back().back() ^= 1U; // the list is of another alternate
+            return makeCms(cms, directories);
+        };
+        EXPECT_EQ(answers(programOf(plan)), unproven("3"));
+        plan.sign = [cms](std::vector<Bytes> directories) {
+            directories.pop_back();
+            return makeCms(cms, directories);
+        };
+        EXPECT_EQ(answers(programOf(plan)), unproven("3")) << "the list is short of one";
+    }
+}
+
+TEST(Signer, OfAnotherDirectoryFails)
+{
+    for (const bool lists : {true, false}) {
+        for (const bool attributes : {true, false}) {
+            CmsPlan cms;
+            cms.listAsPropertyList = cms.listAsSet = lists;
+            cms.signedAttributes = attributes;
+            SignaturePlan plan = signedPlan(cms);
+            ASSERT_EQ(answers(programOf(plan)), signedAnswers);
+            plan.sign = [cms](std::vector<Bytes> directories) {
+                directories.front()[12] ^= 1U;
+                return makeCms(cms, directories);
+            };
+            EXPECT_EQ(answers(programOf(plan)), unproven("3")) << lists << attributes;
+        }
+    }
+}
+
+TEST(Signer, WhoseAttributesOrSignatureWereChangedFails)
+{
+    SignaturePlan plan = signedPlan();
+    const auto sign = plan.sign;
+    plan.sign = [sign](const std::vector<Bytes>& directories) {
+        Bytes cms = sign(directories);
+        // The message digest's attribute: a changed type of another attribute leaves the digest right.
+        const Bytes contentType = objectIdentifier("1.2.840.113549.1.9.3");
+        const std::size_t at = ByteView(cms).text().find(ByteView(contentType).text());
+        cms[at + contentType.size() - 1] = 5;
+        return cms;
+    };
+    EXPECT_EQ(answers(programOf(plan)), unproven("3"));
+
+    plan.sign = [sign](const std::vector<Bytes>& directories) {
+        Bytes cms = sign(directories);
+        cms[cms.size() - 20] ^= 1U; // within the signature, which stands last
+        return cms;
+    };
+    EXPECT_EQ(answers(programOf(plan)), unproven("3"));
+}
+
+TEST(Signer, ThatCannotBeReadCannotBeTold)
+{
+    for (const Bytes& cms :
+        {bytesOf("rubbish"), Bytes{0x30, 0x80}, Bytes{0x30, 0x80, 0, 0}, Bytes(50000, 0x30)}) {
+        SignaturePlan plan = signedPlan();
+        plan.sign = [&cms](const std::vector<Bytes>&) { return cms; };
+        EXPECT_EQ(answers(programOf(plan)), unproven("6"));
+    }
+}
+
+TEST(Signer, BehindThousandsOfNestedLengthsCannotBeTold)
+{
+    Bytes deep;
+    for (int i = 0; i < 2000; ++i)
+        append(deep, Bytes{0x30, 0x80});
+    SignaturePlan plan = signedPlan();
+    plan.sign = [&deep](const std::vector<Bytes>&) { return deep; };
+    EXPECT_EQ(answers(programOf(plan)), unproven("6"));
+}
+
+TEST(Signer, WithoutItsCertificateFails)
+{
+    CmsPlan plan;
+    plan.certificates = {testAuthority().intermediate, testAuthority().root};
+    EXPECT_EQ(answers(signedProgram(plan)), unproven("3"));
+}
+
+} // namespace quorvane::test

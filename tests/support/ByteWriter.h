@@ -1,0 +1,40 @@
+#pragma once
+
+#include "codesign/ByteView.h"
+
+#include <string_view>
+
+namespace quorvane::test {
+
+// Puts numbers into bytes, at the end or over what is there.
+inline void putNumber(Bytes& out, std::size_t offset, std::uint64_t value, unsigned length, ByteOrder order)
+{
+    if (out.size() < offset + length)
+        out.resize(offset + length);
+    for (unsigned i = 0; i < length; ++i) {
+        const unsigned shift = 8 * (order == ByteOrder::big ? length - 1 - i : i);
+        out[offset + i] = static_cast<std::uint8_t>(value >> shift);
+    }
+}
+
+inline void putBig32(Bytes& out, std::size_t offset, std::uint64_t value)
+{
+    putNumber(out, offset, value, 4, ByteOrder::big);
+}
+
+inline void append(Bytes& out, ByteView more)
+{
+    out.insert(out.end(), more.begin(), more.end());
+}
+
+inline void append(Bytes& out, std::string_view more)
+{
+    out.insert(out.end(), more.begin(), more.end());
+}
+
+inline Bytes bytesOf(std::string_view text)
+{
+    return Bytes(text.begin(), text.end());
+}
+
+} // namespace quorvane::test

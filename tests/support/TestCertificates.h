@@ -1,0 +1,52 @@
+#pragma once
+
+#include "codesign/ByteView.h"
+
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+
+namespace quorvane::test {
+
+// A key and its certificate.
+struct Identity {
+    std::shared_ptr<EVP_PKEY> key;
+    std::shared_ptr<X509> certificate;
+
+    Bytes encoded() const;
+};
+
+struct CertificatePlan {
+    std::optional<std::string> commonName;
+    std::optional<std::string> organizationalUnit;
+    std::optional<std::string> organization;
+    bool authority = false;
+    std::string extendedUsage; // as in OpenSSL configuration; empty for none
+    std::string criticalExtension; // an identifier in dots
+    std::string from = "20200101000000Z";
+    std::string until = "20400101000000Z";
+    int keyBits = 1024;
+    const char* hash = "SHA256";
+};
+
+// An RSA key of its own for every call with another number, made once for the test program.
+std::shared_ptr<EVP_PKEY> testKey(int number, int bits = 1024);
+
+// A certificate for the key; issued by itself without an issuer.
+Identity makeIdentity(
+    const std::shared_ptr<EVP_PKEY>& key, const CertificatePlan& plan, const Identity* issuer = nullptr);
+
+// A root, an authority below it, a code signer and a time stamp authority below that.
+struct TestAuthority {
+    Identity root;
+    Identity intermediate;
+    Identity signer;
+    Identity timeStamper;
+};
+const TestAuthority& testAuthority();
+
+} // namespace quorvane::test
