@@ -1,0 +1,30 @@
+#include "codesign/CodeQuestions.h"
+#include "codesign/ProgramCode.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+// The whole question: any bytes as a program file. Beyond surviving, a program that passes all checks must
+// pass the basic ones, and no team may be told of one whose signer is not proven.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace quorvane;
+    const FileDescriptor file(memfd_create("program", MFD_CLOEXEC));
+    if (!file || write(file.get(), data, size) != static_cast<ssize_t>(size))
+        return 0;
+    const auto code = ProgramCode::atPath("/proc/self/fd/" + std::to_string(file.get()));
+    const std::int32_t basic = codeSignState(code.get(), basicFlags);
+    const std::int32_t strict = codeSignState(code.get(), strictFlags);
+    codeSignState(code.get(), 0);
+    if (basic < 1 || basic > 6 || (strict == signatureState::valid && basic != signatureState::valid))
+        std::abort();
+    if (codeSignText(code.get(), kSecCodeInfoTeamIdentifier)
+        && code->signingInformation().certificates.empty())
+        std::abort();
+    codeSignCertInfo(code.get());
+    return 0;
+}

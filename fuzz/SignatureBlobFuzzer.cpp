@@ -1,0 +1,62 @@
+#include "codesign/CmsMessage.h"
+#include "codesign/CodeDirectories.h"
+#include "codesign/HashLists.h"
+#include "codesign/SignatureContainer.h"
+#include "codesign/SignedMessage.h"
+#include "codesign/SignerCheck.h"
+#include "codesign/SpecialSlots.h"
+#include "codesign/TimeStamp.h"
+#include "codesign/TrustAnchor.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using namespace quorvane;
+
+// What stands behind the signature is reached without forging it.
+void lookBehindTheSignature(ByteView cms, const CodeDirectories& directories)
+{
+    const auto message = parseCms(cms);
+    if (!message || !message->signer)
+        return;
+    hashListsMatch(*message->signer, directories);
+    checkTimeStamp(*message->signer, certificatesOf(*message), platformRoot());
+}
+
+void lookAtDirectory(const CodeDirectory& directory)
+{
+    for (std::uint32_t page = 0; page < directory.pageCount() && page < 64; ++page)
+        directory.pageHash(page);
+    for (std::uint32_t slot = 0; slot < 64; ++slot)
+        directory.specialHash(slot);
+    if (directory.pageSize() == 0U)
+        std::abort();
+}
+
+} // namespace
+
+// Any bytes as a signature. Beyond surviving, no signature may pass with the platform's certificates unless
+// it is the one in the corpus, which none is.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const auto container = SignatureContainer::parse(Bytes(data, data + size));
+    if (!container)
+        return 0;
+    const CodeDirectories directories = loadCodeDirectories(*container);
+    if (directories.status != status::valid)
+        return 0;
+    for (const CodeDirectory& directory : directories.all)
+        lookAtDirectory(directory);
+    verifySpecialSlots(directories.strongest(), *container, std::nullopt);
+    if (const auto blob = container->blob(signatureSlot::cms)) {
+        const SignerVerdict verdict = checkCodeSigner(blob->from(8), directories, platformRoot());
+        if ((verdict.status == status::valid) == verdict.chain.empty())
+            std::abort();
+        if (!verdict.chain.empty() && platformRoot().is(verdict.chain.back()))
+            std::abort();
+        lookBehindTheSignature(blob->from(8), directories);
+    }
+    return 0;
+}
