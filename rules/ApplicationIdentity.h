@@ -67,4 +67,13 @@ template <class Rule> std::string applicationBundlePathForRule(const Rule& rule)
     return applicationBundlePathForPath(rule.fields().processName);
 }
 
+// The name as lists of rules show it: with " via " and the parent's name.
+template <class Rule> std::string shownApplicationNameForRule(const Rule& rule)
+{
+    std::string name = applicationNameForRule(rule);
+    if (const auto parent = applicationParentNameForRule(rule))
+        name.append(" via ").append(*parent);
+    return name;
+}
+
 } // namespace quorvane

@@ -1,0 +1,258 @@
+#include "workflow/ApplicationValidation.h"
+#include "codesign/Digests.h"
+#include "rules/ApplicationIdentity.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+const std::string sha1OfNothing = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
+const std::string sha256OfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+
+// Facts given by hand; counts what is asked.
+class GivenFacts : public ProgramFacts {
+public:
+    bool exists(const std::string& path) override
+    {
+        ++questions;
+        return existing.contains(path);
+    }
+    std::string sha1(const std::string& path) override { return answer(sha1s, path).value_or(sha1OfNothing); }
+    std::string sha256(const std::string& path) override
+    {
+        return answer(sha256s, path).value_or(sha256OfNothing);
+    }
+    std::optional<std::string> team(const std::string& path) override { return answer(teams, path); }
+
+    std::set<std::string> existing;
+    std::map<std::string, std::string> sha1s;
+    std::map<std::string, std::string> sha256s;
+    std::map<std::string, std::string> teams;
+    int questions = 0;
+
+private:
+    std::optional<std::string> answer(
+        const std::map<std::string, std::string>& answers, const std::string& path)
+    {
+        ++questions;
+        const auto found = answers.find(path);
+        return found == answers.end() ? std::nullopt : std::optional(found->second);
+    }
+};
+
+class ApplicationValidation : public testing::Test {
+protected:
+    ApplicationValidation() { facts.existing = {"/bin/tool", "/usr/bin/parent"}; }
+
+    std::string faultOf(PolicyRuleFields fields, std::string_view name = "tool")
+    {
+        const PolicyRule rule(std::move(fields));
+        const auto fault = programFault(rule, name, facts);
+        EXPECT_EQ(isValidApplicationPath(rule, name, facts), !fault);
+        return fault ? std::string(programFaultWords(*fault)) : "none";
+    }
+    std::string faultOf(const std::string& process, const std::string& constraint = {})
+    {
+        return faultOf({.processName = process, .constraint = constraint});
+    }
+
+    GivenFacts facts;
+};
+
+constexpr const char* notFound = "program not found";
+constexpr const char* noMatch = "does not match its constraint";
+constexpr const char* noParent = "parent program not found";
+
+} // namespace
+
+TEST_F(ApplicationValidation, AnExistingProgramIsValidAndAMissingOneIsNot)
+{
+    EXPECT_EQ(faultOf("/bin/tool"), "none");
+    EXPECT_EQ(faultOf("/Applications/Gone.app/Contents/MacOS/Gone"), notFound);
+    EXPECT_EQ(faultOf("tool"), notFound);
+    EXPECT_EQ(faultOf(""), notFound);
+    EXPECT_EQ(faultOf(PolicyRuleFields{.processName = {}}), notFound);
+}
+
+TEST_F(ApplicationValidation, SomeRulesAreValidWithoutLookingAtAnyFile)
+{
+    const struct {
+        const char* why;
+        PolicyRuleFields rule;
+        const char* name;
+    } cases[] = {
+        {"a system rule", {.processName = "/Applications/Gone", .constraint = "T", .system = true}, "Gone"},
+        {"the name says any process", {.processName = "/Applications/Gone"}, "Any Process via login"},
+        {"a folder", {.processName = "/Applications/"}, "Applications"},
+        {"a resource", {.processName = ":NVRAM/x via /gone"}, "x via gone"},
+        {"a temporary place", {.processName = "/private/var/folders/xy/T/ending-with-dot."}, "dot."},
+        {"a temporary place whatever it pins",
+            {.processName = "/private/var/folders/.", .constraint = sha1OfNothing}, "."},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(faultOf(c.rule, c.name), "none") << c.why;
+    EXPECT_EQ(facts.questions, 0);
+}
+
+TEST_F(ApplicationValidation, WhatOnlyResemblesThoseRulesIsLookedAt)
+{
+    const struct {
+        const char* why;
+        const char* process;
+        const char* name;
+    } cases[] = {
+        {"the name holds it later", "/gone", "Not Any Process"},
+        {"the name is in small letters", "/gone", "any process"},
+        {"a slash before the parent part only", "/gone via /usr/", "gone"},
+        {"a colon inside", "/a:b", "a:b"},
+        {"a temporary place without the dot", "/private/var/folders/xy/T/file", "file"},
+        {"a dot elsewhere", "/private/var/tmp/file.", "file."},
+        {"the other name of that place", "/var/folders/xy/T/file.", "file."},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(faultOf(PolicyRuleFields{.processName = c.process}, c.name), notFound) << c.why;
+}
+
+TEST_F(ApplicationValidation, FortyCharactersAreTheSha1OfTheFile)
+{
+    const std::string digest = sha1("contents");
+    facts.sha1s["/bin/tool"] = digest;
+    facts.teams["/bin/tool"] = std::string(40, 'T');
+    std::string capitals = digest;
+    for (char& c : capitals)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    ASSERT_NE(capitals, digest);
+    EXPECT_EQ(faultOf("/bin/tool", digest), "none");
+    EXPECT_EQ(faultOf("/bin/tool", sha1("other")), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", capitals), noMatch) << "digests in capitals never match";
+    EXPECT_EQ(faultOf("/bin/tool", std::string(40, 'T')), noMatch) << "never a team";
+}
+
+TEST_F(ApplicationValidation, SixtyFourCharactersAreTheSha256OfTheFile)
+{
+    const std::string digest = sha256("contents");
+    facts.sha256s["/bin/tool"] = digest;
+    facts.teams["/bin/tool"] = std::string(64, 'T');
+    EXPECT_EQ(faultOf("/bin/tool", digest), "none");
+    EXPECT_EQ(faultOf("/bin/tool", sha256("other")), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", std::string(64, 'T')), noMatch);
+}
+
+TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
+{
+    facts.teams["/bin/tool"] = "TEAM123456";
+    EXPECT_EQ(faultOf("/bin/tool", "TEAM123456"), "none");
+    EXPECT_EQ(faultOf("/bin/tool", "team123456"), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", "TEAM12345"), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", sha1("").substr(1)), noMatch);
+    EXPECT_EQ(faultOf("/usr/bin/parent", "TEAM123456"), noMatch) << "a program without a team";
+    EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINARY"), "none") << "accepted without asking";
+    EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINAR"), noMatch);
+    EXPECT_EQ(faultOf("/gone", "APPLE_PF_BINARY"), notFound);
+}
+
+TEST_F(ApplicationValidation, LengthsAreCountedInCharactersNotInBytes)
+{
+    std::string text;
+    for (int i = 0; i < 20; ++i)
+        text += "\xC3\xA9";
+    facts.teams["/bin/tool"] = text;
+    EXPECT_EQ(faultOf("/bin/tool", text), "none") << "20 characters in 40 bytes are a team";
+    facts.teams["/bin/tool"] = text + text;
+    EXPECT_EQ(faultOf("/bin/tool", text + text), noMatch) << "40 characters are a digest";
+}
+
+TEST_F(ApplicationValidation, AParentPartMustExistOrBeAny)
+{
+    EXPECT_EQ(faultOf("/bin/tool via /usr/bin/parent"), "none");
+    EXPECT_EQ(faultOf("/bin/tool via any"), "none");
+    EXPECT_EQ(faultOf("/bin/tool via /usr/bin/missing"), noParent);
+    EXPECT_EQ(faultOf("/gone via /usr/bin/missing"), notFound) << "the program is told of first";
+    EXPECT_EQ(faultOf("/bin/tool via /usr/bin/missing", "TEAM123456"), noMatch);
+}
+
+TEST_F(ApplicationValidation, AskedOfARuleItTakesTheNameThatTheTableShows)
+{
+    EXPECT_FALSE(programFault(policyRule({.processName = "any via /usr/bin/missing"}), facts));
+    EXPECT_EQ(programFault(policyRule({.processName = "/gone via any"}), facts), ProgramFault::missing);
+    EXPECT_FALSE(programFault(watchRule({.processName = "/gone"}), facts)) << "a watch rule has no fault";
+}
+
+TEST(ProgramFactsOnDisk, AnythingAtThePathExists)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "x");
+    std::filesystem::create_symlink("nowhere", folder.path("broken"));
+    EXPECT_TRUE(programFactsOnDisk().exists(file));
+    EXPECT_TRUE(programFactsOnDisk().exists(folder.path()));
+    EXPECT_FALSE(programFactsOnDisk().exists(folder.path("broken")));
+    EXPECT_FALSE(programFactsOnDisk().exists(folder.path("none")));
+    EXPECT_FALSE(programFactsOnDisk().exists(""));
+    EXPECT_FALSE(programFactsOnDisk().exists(file + std::string(1, '\0') + "more"));
+}
+
+TEST(ProgramFactsOnDisk, WhatCannotBeReadIsDigestedAsEmptyInput)
+{
+    const TemporaryFolder folder;
+    for (const std::string& path : {folder.path("missing"), folder.path(), folder.write("empty", "")}) {
+        EXPECT_EQ(programFactsOnDisk().sha1(path), sha1OfNothing);
+        EXPECT_EQ(programFactsOnDisk().sha256(path), sha256OfNothing);
+        EXPECT_EQ(programFactsOnDisk().team(path), std::nullopt);
+    }
+}
+
+TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
+{
+    // given a file that has rested, so that its answers are remembered
+    const TemporaryFolder folder;
+    const std::string path = folder.write("program", "before");
+    sleep(3);
+    ProgramFacts& facts = programFactsOnDisk();
+    EXPECT_EQ(facts.sha256(path), sha256("before"));
+    EXPECT_EQ(facts.sha256(path), sha256("before"));
+    EXPECT_EQ(facts.sha1(path), sha1("before"));
+
+    // when other contents of the same length take its place, under the same time of modification
+    const auto time = std::filesystem::last_write_time(path);
+    folder.write("program", "after!");
+    std::filesystem::last_write_time(path, time);
+
+    // then all answers are new
+    EXPECT_EQ(facts.sha1(path), sha1("after!"));
+    EXPECT_EQ(facts.sha256(path), sha256("after!"));
+    std::filesystem::remove(path);
+    EXPECT_EQ(facts.sha256(path), sha256OfNothing);
+}
+
+TEST(ProgramFactsOnDisk, AChangeRightAfterTheAnswerIsSeen)
+{
+    const TemporaryFolder folder;
+    for (const char* contents : {"one", "two", "six", "ten"}) {
+        const std::string path = folder.write("program", contents);
+        EXPECT_EQ(programFactsOnDisk().sha1(path), sha1(contents));
+    }
+}
+
+TEST(ApplicationValidationOnDisk, ADigestOfAnotherFileIsNoMatch)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.write("program", "contents");
+    const auto isValid = [&path](const std::string& constraint) {
+        return isValidApplicationPath(PolicyRule({.processName = path, .constraint = constraint}), "program");
+    };
+    EXPECT_TRUE(isValid(sha256("contents")));
+    EXPECT_TRUE(isValid(sha1("contents")));
+    EXPECT_FALSE(isValid(sha256("content")));
+    EXPECT_FALSE(isValid("TEAM123456"));
+}
+
+} // namespace quorvane

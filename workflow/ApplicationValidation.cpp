@@ -1,0 +1,79 @@
+#include "workflow/ApplicationValidation.h"
+
+#include "platform/Unicode.h"
+#include "rules/ApplicationIdentity.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::size_t sha1Length = 40;
+constexpr std::size_t sha256Length = 64;
+
+bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::string_view path)
+{
+    if (isSystemRule || applicationName.starts_with("Any Process") || path.ends_with("/")
+        || path.starts_with(":"))
+        return true;
+    return path.starts_with("/private/var/folders/") && path.ends_with(".");
+}
+
+bool matchesConstraint(const std::string& path, std::string_view constraint, ProgramFacts& facts)
+{
+    switch (utf16Length(constraint)) {
+    case 0:
+        return true;
+    case sha1Length:
+        return facts.sha1(path) == constraint;
+    case sha256Length:
+        return facts.sha256(path) == constraint;
+    default:
+        // The marker alone is enough, whatever the program is.
+        return constraint == "APPLE_PF_BINARY" || facts.team(path) == constraint;
+    }
+}
+
+} // namespace
+
+std::string_view programFaultWords(ProgramFault fault)
+{
+    switch (fault) {
+    case ProgramFault::missing:
+        return "program not found";
+    case ProgramFault::constraintMismatch:
+        return "does not match its constraint";
+    case ProgramFault::parentMissing:
+        return "parent program not found";
+    }
+    return {};
+}
+
+std::optional<ProgramFault> programFault(
+    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts)
+{
+    const std::string path = applicationPathForRule(rule);
+    if (needsNoProgram(rule.fields().system, applicationName, path))
+        return std::nullopt;
+    if (!facts.exists(path))
+        return ProgramFault::missing;
+    if (!matchesConstraint(path, rule.fields().constraint.view(), facts))
+        return ProgramFault::constraintMismatch;
+    const auto parent = applicationParentPathForRule(rule);
+    if (parent && parent != "any" && !facts.exists(*parent))
+        return ProgramFault::parentMissing;
+    return std::nullopt;
+}
+
+std::optional<ProgramFault> programFault(const RuleRef& rule, ProgramFacts& facts)
+{
+    const PolicyRule* policy = policyRuleIn(rule);
+    return policy == nullptr ? std::nullopt
+                             : programFault(*policy, shownApplicationNameForRule(*policy), facts);
+}
+
+bool isValidApplicationPath(const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts)
+{
+    return !programFault(rule, applicationName, facts);
+}
+
+} // namespace quorvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "rules/PolicyRule.h"
+#include "rules/RuleRef.h"
+#include "workflow/ProgramFacts.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Whether a rule's program is still there and is still the one that the rule is for. The table and the
+// command line ask here and nowhere else. Main thread only.
+
+namespace quorvane {
+
+enum class ProgramFault {
+    missing, // nothing exists at the program's path
+    constraintMismatch, // the program is not the one that the constraint pins
+    parentMissing, // nothing exists at the parent program's path
+};
+
+// A few words: "program not found".
+std::string_view programFaultWords(ProgramFault fault);
+
+// What is wrong with the program of a rule that a table shows under `applicationName`; none when it is valid.
+//
+// A constraint of 40 characters is the SHA-1 of the program file, one of 64 its SHA-256, any other the team
+// that has signed it. Deliberate: "APPLE_PF_BINARY" passes for every program, and a digest in capitals for
+// none.
+std::optional<ProgramFault> programFault(
+    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts = programFactsOnDisk());
+
+// The same under the name that the table gives to the rule's application. A watch rule has no fault.
+std::optional<ProgramFault> programFault(const RuleRef& rule, ProgramFacts& facts = programFactsOnDisk());
+
+bool isValidApplicationPath(
+    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts = programFactsOnDisk());
+
+} // namespace quorvane
