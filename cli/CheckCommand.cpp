@@ -13,8 +13,9 @@ using Json = nlohmann::ordered_json;
 std::string jsonLine(std::size_t row, const RuleRef& rule, const RuleFinding& finding)
 {
     const Json coveredBy = finding.coveredBy.empty() ? Json(nullptr) : Json(finding.coveredBy);
+    const Json reason = finding.programFault ? Json(programFaultWords(*finding.programFault)) : Json(nullptr);
     const Json object{{"row", row}, {"finding", findingName(finding.kind)}, {"rule", ruleText(rule)},
-        {"coveredBy", coveredBy}};
+        {"coveredBy", coveredBy}, {"reason", reason}};
     return object.dump() + "\n";
 }
 

@@ -62,7 +62,7 @@ int addCommand(const CommandContext& context, const SpelledRule& spelled)
     else
         store->addWatchRule(std::get<WatchRulePtr>(rule));
     if (!askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); }))
-        complain("warning: " + findingText({FindingKind::doesNotReadBack, {}}));
+        complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
     return writeBack(*store);
 }
 

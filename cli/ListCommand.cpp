@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
 #include "rules/ApplicationIdentity.h"
+#include "workflow/ApplicationValidation.h"
 #include "workflow/RuleCells.h"
 
 #include <algorithm>
@@ -30,7 +31,8 @@ Json jsonRow(const RuleManager& store, std::size_t row, const PolicyRule& rule)
         {"system", fields.system}, {"ruleState", rule.getRuleState()},
         {"applicationName", applicationNameForRule(rule)},
         {"applicationGroupIdentity", applicationGroupIdentityForRule(rule)},
-        {"redundant", store.isRedundant(rule)}, {"valid", true}};
+        {"redundant", store.isRedundant(rule)},
+        {"valid", isValidApplicationPath(rule, shownApplicationNameForRule(rule))}};
 }
 
 Json jsonRow(const RuleManager&, std::size_t row, const WatchRule& rule)
@@ -59,6 +61,11 @@ void printJson(Output& output, const RuleManager& store, bool includeSystemRules
 // The texts of one row, in the order they are printed.
 using PrintedRow = std::array<std::string, 7>;
 
+std::string joined(const std::string& text, const std::string& description)
+{
+    return text + (text.empty() || description.empty() ? "" : ", ") + description;
+}
+
 PrintedRow printedRow(
     const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules)
 {
@@ -66,10 +73,10 @@ PrintedRow printedRow(
         = [&](RuleColumn column) { return ruleCell(store, rows, row, includeSystemRules, column); };
     const RuleCell application = cell(RuleColumn::application);
     return {std::to_string(row), cell(RuleColumn::ruleClass).text, cell(RuleColumn::type).text,
-        cell(RuleColumn::operations).text,
-        application.text.empty() ? application.description : application.text, cell(RuleColumn::tag).text,
-        askRule(rows.at(row, includeSystemRules),
-            [](const auto& rule) { return std::string(rule.fields().path.view()); })};
+        cell(RuleColumn::operations).text, joined(application.text, application.description),
+        cell(RuleColumn::tag).text, askRule(rows.at(row, includeSystemRules), [](const auto& rule) {
+            return std::string(rule.fields().path.view());
+        })};
 }
 
 // Wide enough for most; a longer text pushes the rest of its line to the right.

@@ -2,6 +2,7 @@
 
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
+#include "workflow/ApplicationValidation.h"
 #include "workflow/RuleFindings.h"
 
 #include <array>
@@ -15,12 +16,11 @@ constexpr std::array<std::string_view, ruleColumnCount> titles{
 constexpr std::array<SortKey, ruleColumnCount> sortKeys{SortKey::processShortName, SortKey::ruleState,
     SortKey::shownClass, SortKey::policyType, SortKey::operations, SortKey::tag, SortKey::path};
 
-template <class Rule> std::string shownApplicationName(const Rule& rule)
+void describe(RuleCell& cell, std::string_view words)
 {
-    std::string name = applicationNameForRule(rule);
-    if (const auto parent = applicationParentNameForRule(rule))
-        name += " via " + *parent;
-    return name;
+    if (!cell.description.empty())
+        cell.description += ", ";
+    cell.description += words;
 }
 
 std::string applicationToolTip(const PolicyRuleFields& rule)
@@ -35,7 +35,7 @@ RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
 {
     RuleCell cell;
     cell.toolTip = applicationToolTip(rule.fields());
-    const std::string name = shownApplicationName(rule);
+    const std::string name = shownApplicationNameForRule(rule);
     cell.startsGroup = previous == nullptr
         || applicationGroupIdentityForRule(*previous) != applicationGroupIdentityForRule(rule);
     if (cell.startsGroup) {
@@ -44,6 +44,11 @@ RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
     } else {
         cell.description = name;
     }
+    if (const auto fault = programFault(rule, name)) {
+        cell.color = CellColor::red;
+        describe(cell, programFaultWords(*fault));
+        cell.toolTip += "\n" + findingText({FindingKind::invalidProgram, {}, fault});
+    }
     return cell;
 }
 
@@ -51,7 +56,7 @@ RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
 RuleCell applicationCell(const WatchRule& rule)
 {
     RuleCell cell;
-    cell.description = shownApplicationName(rule);
+    cell.description = shownApplicationNameForRule(rule);
     cell.toolTip = rule.fields().processName.view();
     return cell;
 }
@@ -111,19 +116,12 @@ RuleCell tagCell(const NullableText& tag)
     return cell;
 }
 
-void describe(RuleCell& cell, std::string_view words)
-{
-    if (!cell.description.empty())
-        cell.description += ", ";
-    cell.description += words;
-}
-
 RuleCell pathCell(const RuleManager& store, const RuleRef& rule)
 {
     RuleCell cell;
     cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
     cell.toolTip = cell.text;
-    for (const RuleFinding& finding : findingsForRule(store, rule)) {
+    for (const RuleFinding& finding : pathFindingsForRule(store, rule)) {
         cell.toolTip += "\n" + findingText(finding);
         if (finding.kind == FindingKind::redundant) {
             cell.color = CellColor::orange;

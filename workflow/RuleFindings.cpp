@@ -1,22 +1,15 @@
 #include "workflow/RuleFindings.h"
 
 #include "platform/Account.h"
+#include "platform/FileBytes.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 
 #include <array>
 
-#include <sys/stat.h>
-
 namespace quorvane {
 
 namespace {
-
-bool fileExists(const std::string& path)
-{
-    struct stat status { };
-    return stat(path.c_str(), &status) == 0;
-}
 
 template <class Rule> std::string textOf(const Rule& rule)
 {
@@ -34,11 +27,47 @@ bool startsWithAny(std::string_view path, std::initializer_list<std::string_view
     return false;
 }
 
+std::string faultText(ProgramFault fault)
+{
+    switch (fault) {
+    case ProgramFault::missing:
+        return "Nothing exists at the path of the program.";
+    case ProgramFault::constraintMismatch:
+        return "The program does not match the rule's constraint.";
+    case ProgramFault::parentMissing:
+        return "Nothing exists at the path of the parent program.";
+    }
+    return {};
+}
+
+void addProgramFault(std::vector<RuleFinding>& findings, const RuleRef& rule)
+{
+    if (const auto fault = programFault(rule))
+        findings.push_back({FindingKind::invalidProgram, {}, fault});
+}
+
+void addRedundancy(std::vector<RuleFinding>& findings, const RuleManager& store, const RuleRef& rule)
+{
+    const PolicyRule* policy = policyRuleIn(rule);
+    if (const PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy))
+        findings.push_back({FindingKind::redundant, textOf(*covering), {}});
+}
+
+void addPathFindings(std::vector<RuleFinding>& findings, const RuleRef& rule)
+{
+    if (isPathMissing(rule))
+        findings.push_back({FindingKind::missingPath, {}, {}});
+    const bool readsBack = askRule(rule,
+        [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
+    if (!readsBack)
+        findings.push_back({FindingKind::doesNotReadBack, {}, {}});
+}
+
 } // namespace
 
 std::string_view findingName(FindingKind kind)
 {
-    constexpr std::array<std::string_view, 3> names{"redundant", "missing", "unwritable"};
+    constexpr std::array<std::string_view, 4> names{"redundant", "invalid", "missing", "unwritable"};
     return names[static_cast<std::size_t>(kind)];
 }
 
@@ -47,6 +76,8 @@ std::string findingText(const RuleFinding& finding)
     switch (finding.kind) {
     case FindingKind::redundant:
         return "Redundant: covered by " + finding.coveredBy;
+    case FindingKind::invalidProgram:
+        return finding.programFault ? faultText(*finding.programFault) : "";
     case FindingKind::missingPath:
         return "Nothing exists at this path.";
     case FindingKind::doesNotReadBack:
@@ -77,24 +108,25 @@ bool isPathMissing(const RuleRef& rule)
         // Deliberate: the resources can no longer come this far, but are named with the devices all the same.
         if (startsWithAny(path, {":NVRAM/", ":ATTACH/", ":IOKIT/", ":KMOD/", "/dev/"}))
             return false;
-        return !fileExists(inHome ? homeDirectory() + "/" + std::string(path.substr(2)) : std::string(path));
+        return !isAnythingAt(
+            inHome ? homeDirectory() + "/" + std::string(path.substr(2)) : std::string(path));
     });
 }
 
 std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef& rule)
 {
     std::vector<RuleFinding> findings;
-    if (const PolicyRule* policy = policyRuleIn(rule)) {
-        if (const PolicyRule* covering = store.coveringRule(*policy)) {
-            findings.push_back({FindingKind::redundant, textOf(*covering)});
-        }
-    }
-    if (isPathMissing(rule))
-        findings.push_back({FindingKind::missingPath, {}});
-    const bool readsBack = askRule(rule,
-        [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
-    if (!readsBack)
-        findings.push_back({FindingKind::doesNotReadBack, {}});
+    addRedundancy(findings, store, rule);
+    addProgramFault(findings, rule);
+    addPathFindings(findings, rule);
+    return findings;
+}
+
+std::vector<RuleFinding> pathFindingsForRule(const RuleManager& store, const RuleRef& rule)
+{
+    std::vector<RuleFinding> findings;
+    addRedundancy(findings, store, rule);
+    addPathFindings(findings, rule);
     return findings;
 }
 

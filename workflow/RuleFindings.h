@@ -2,7 +2,9 @@
 
 #include "rules/RuleManager.h"
 #include "rules/RuleRef.h"
+#include "workflow/ApplicationValidation.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +16,7 @@ namespace quorvane {
 
 enum class FindingKind {
     redundant, // another rule covers it
+    invalidProgram, // its program is gone or no longer matches
     missingPath, // nothing exists at its path
     doesNotReadBack, // written to a file and read again it would not be the same
 };
@@ -22,9 +25,11 @@ struct RuleFinding {
     FindingKind kind;
     // The rule that covers a redundant one, as a line of a rules file; empty otherwise.
     std::string coveredBy;
+    // What is wrong with an invalid program; none otherwise.
+    std::optional<ProgramFault> programFault;
 };
 
-// "redundant", "missing" or "unwritable".
+// "redundant", "invalid", "missing" or "unwritable".
 std::string_view findingName(FindingKind kind);
 
 // A sentence for a person.
@@ -41,5 +46,8 @@ bool isPathMissing(const RuleRef& rule);
 // Everything worth telling, in the order of FindingKind. Of a system rule it is never told that it does not
 // read back, since it is not written.
 std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef& rule);
+
+// The same without what concerns the program: no program file is read.
+std::vector<RuleFinding> pathFindingsForRule(const RuleManager& store, const RuleRef& rule);
 
 } // namespace quorvane

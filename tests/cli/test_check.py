@@ -1,3 +1,4 @@
+import hashlib
 import os
 
 from quorvanectl import CommandTest
@@ -71,15 +72,34 @@ class Check(CommandTest):
         self.assertNotIn("missing", [kind for _, kind in self.findings()])
 
     def test_rules_that_do_not_read_back_are_found(self):
-        self.sandbox.write_user("allow suffix .é any r", "allow suffix .a /bin/日 r", "allow suffix .b any r tág",
+        self.sandbox.write_user("allow suffix .é any r", "allow suffix .a any r 日", "allow suffix .b any r tág",
                                 "watch suffix .c any - w", "deny suffix .d any -",
                                 "allow suffix .e any r t cönstraint")
         self.assertEqual(sorted(self.findings()),
                          sorted((path, "unwritable") for path in (".é", ".a", ".b", ".c", ".d", ".e")))
 
+    def test_a_program_that_fails_its_check_is_found_with_the_reason(self):
+        program = self.sandbox.new_file("program", b"contents")
+        digest = hashlib.sha256(b"contents").hexdigest()
+        self.sandbox.write_user(f'allow suffix .1 {program} r "" {digest}',
+                                f'allow suffix .2 {program} r "" {digest.upper()}',
+                                f'allow suffix .3 {program} r "" TEAM123456',
+                                f'allow suffix .4 {program} r "" APPLE_PF_BINARY',
+                                "allow suffix .5 /no/such/program r",
+                                f'allow suffix .6 "{program} via /no/such/program" r',
+                                f'allow suffix .7 "{program} via any" r',
+                                'allow suffix .8 "any via /no/such/program" r',
+                                "watch suffix .9 /no/such/program r")
+        found = self.run_program("check", "--json").objects()
+        self.assertEqual(sorted((one["rule"].split('"')[1], one["finding"], one["reason"]) for one in found), [
+            (".2", "invalid", "does not match its constraint"), (".3", "invalid", "does not match its constraint"),
+            (".5", "invalid", "program not found"), (".6", "invalid", "parent program not found")])
+        self.assertIn("Nothing exists at the path of the parent program.", self.run_program("check").out.decode())
+
     def test_one_rule_can_have_every_finding(self):
-        self.sandbox.write_user('allow prefix "" any rwcmx', "allow path /né any -")
-        self.assertEqual(self.findings(), [("/né", "redundant"), ("/né", "missing"), ("/né", "unwritable")])
+        self.sandbox.write_user('allow prefix "" /no/such/program rwcmx', "allow path /né /no/such/program -")
+        self.assertEqual(self.findings(), [("", "invalid"), ("/né", "redundant"), ("/né", "invalid"),
+                                           ("/né", "missing"), ("/né", "unwritable")])
 
     def test_a_class_unknown_to_the_product_reads_back(self):
         self.sandbox.write_user("permit folder .x any r")

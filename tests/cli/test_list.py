@@ -1,3 +1,4 @@
+import hashlib
 import time
 
 from quorvanectl import CommandTest
@@ -25,7 +26,7 @@ class ListedRule(CommandTest):
             "processName": "/bin/sh via /usr/sbin/cron", "tag": "a  tag", "constraint": "TEAM123456",
             "operations": 19, "flags": 0, "created": 1478000000, "sequence": 0, "system": False, "ruleState": 0,
             "applicationName": "sh", "applicationGroupIdentity": "sh:/bin/sh:/usr/sbin/cron:TEAM123456",
-            "redundant": False, "valid": True})
+            "redundant": False, "valid": False})
 
     def test_a_watch_rule_has_no_constraint_and_no_creation_time(self):
         self.assertEqual(self.only_rule('watch suffix ".plist" "/usr/bin/defaults" cm "prefs" "X" "12"'), {
@@ -33,6 +34,23 @@ class ListedRule(CommandTest):
             "processName": "/usr/bin/defaults", "tag": "prefs", "constraint": None, "operations": 12, "flags": 0,
             "created": None, "sequence": 0, "system": False, "ruleState": 0, "applicationName": "defaults",
             "applicationGroupIdentity": "defaults:/usr/bin/defaults:(null):", "redundant": False, "valid": True})
+
+    def test_a_rule_is_valid_while_its_program_is_there_and_matches(self):
+        program = self.sandbox.new_file("program", b"contents")
+        sha1 = hashlib.sha1(b"contents").hexdigest()
+        for process, constraint, is_valid in [
+                (program, "", True), (program, sha1, True), (program, sha1.upper(), False), (program, "TEAM", False),
+                (program, "APPLE_PF_BINARY", True), ("/no/such", "", False), ("any", "TEAM", True),
+                ("any ancestor /no/such", "", True), (program + " via any", "", True),
+                (program + " via /no/such", "", False), (program + " via " + program, "", True)]:
+            with self.subTest(process=process, constraint=constraint):
+                rule = self.only_rule(f'allow prefix /p "{process}" r "" "{constraint}"')
+                self.assertIs(rule["valid"], is_valid)
+
+    def test_system_rules_and_watch_rules_are_valid_without_a_program(self):
+        self.sandbox.write_user("watch prefix /w /no/such r")
+        self.sandbox.write_system("quorvane.rc", "allow prefix /p /no/such r")
+        self.assertEqual(self.listed("--system", key="valid"), [True, True])
 
     def test_absent_fields_are_empty_not_null(self):
         rule = self.only_rule("allow prefix /p any r")
@@ -201,6 +219,11 @@ class Table(CommandTest):
         lines = self.succeed("list").out.decode().splitlines()[1:]
         self.assertEqual([line.split()[-1] for line in lines], ["/first", "/second", "/third"])
         self.assertIn("label", lines[1])
+
+    def test_a_program_that_fails_its_check_is_marked_with_the_reason(self):
+        self.sandbox.write_user("allow prefix /1 /bin/sh r", "allow prefix /2 /no/such r", "deny prefix /3 /no/such r")
+        lines = self.succeed("list").out.decode().splitlines()[1:]
+        self.assertEqual(["such, program not found" in line for line in lines], [False, True, True])
 
     def test_control_characters_never_reach_the_terminal(self):
         self.sandbox.write_user('allow prefix "/a\x1b[31m\tb" "any" r "t\x07"')

@@ -56,6 +56,15 @@ class Colours(DesktopTest):
         self.assert_becomes(lambda: window.table.rows, 2)
         self.assertEqual(self.text_colours(window, PATH), [BLACK, BLACK])
 
+    def test_an_application_is_red_when_its_program_is_gone(self):
+        window = self.open_with("allow prefix /etc /bin/sh rw", "allow prefix /etc /no/such rw",
+                                "deny prefix /etc any r")
+        names = [window.table.cell(row, APPLICATION).name for row in range(window.table.rows)]
+        self.assertEqual(dict(zip(names, self.text_colours(window, APPLICATION))),
+                         {"sh": BLACK, "such": RED, "Any Process": BLACK})
+        self.assertEqual(dict(zip(names, window.descriptions(APPLICATION))),
+                         {"sh": "", "such": "program not found", "Any Process": ""})
+
     def test_tags_are_blue_and_the_rest_is_black(self):
         window = self.open_with("watch prefix /etc any rw Look", "allow prefix /etc /bin/sh rw Work")
         self.assertEqual([self.colours(window, 1, column)[1] for column in (APPLICATION, 2, 3, 4, TAG, PATH)],

@@ -23,7 +23,8 @@ class Cells(DesktopTest):
         window = self.open_with("watch path /0 /bin/a r", "allow path /1 /bin/a r", "deny path /2 /bin/a r",
                                 'allow path /3 /bin/a r "" C', "allow path /4 /bin/b r")
         self.assertEqual(window.column(APPLICATION), ["", "a", "", "a", "b"])
-        self.assertEqual(window.descriptions(APPLICATION), ["a", "", "a", "", ""])
+        self.assertEqual(window.descriptions(APPLICATION), [
+            "a", "program not found", "a, program not found", "program not found", "program not found"])
 
     def test_states_are_told_in_words(self):
         self.sandbox.write_system("quorvane.rc", "allow path /system any r")

@@ -17,7 +17,7 @@ protected:
     RulesTableModelTest()
     {
         store.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/a", .tag = "w", .operations = 1}));
-        store.addPolicyRule(policyRule({.path = "/", .processName = "/bin/b", .operations = 1}));
+        store.addPolicyRule(policyRule({.path = "/", .processName = "/nonexistent/b", .operations = 1}));
         store.addPolicyRule(
             policyRule({.path = "/", .processName = "/bin/c", .operations = 1, .system = true}));
         model.reload();
@@ -75,6 +75,8 @@ TEST_F(RulesTableModelTest, GivesPlainColoursAndFonts)
     model.setShownRows(0, 2);
     EXPECT_EQ(data(0, RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::blue));
     EXPECT_EQ(data(1, RuleColumn::path, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::black));
+    EXPECT_EQ(data(1, RuleColumn::application, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::red))
+        << "there is no such program";
     EXPECT_TRUE(data(1, RuleColumn::application, Qt::FontRole).value<QFont>().bold());
     EXPECT_FALSE(data(1, RuleColumn::path, Qt::FontRole).value<QFont>().bold());
 }

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <map>
+#include <string>
 
 namespace quorvane {
 
@@ -26,20 +28,71 @@ protected:
 
 TEST_F(RuleCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/Applications/Mail.app/Contents/MacOS/Mail"});
-    add(PolicyRuleFields{.path = "/tmp", .processName = "/Applications/Mail.app/Contents/MacOS/Mail"});
+    const TemporaryFolder folder;
+    const std::string mail = folder.write("Mail.app/Contents/MacOS/Mail", "");
+    add(PolicyRuleFields{.path = "/usr", .processName = mail});
+    add(PolicyRuleFields{.path = "/tmp", .processName = mail});
 
     const RuleCell head = cell(0, RuleColumn::application);
     EXPECT_EQ(head.text, "Mail");
-    EXPECT_EQ(head.iconFile, "/Applications/Mail.app");
+    EXPECT_EQ(head.iconFile, folder.path("Mail.app"));
     EXPECT_TRUE(head.startsGroup);
     EXPECT_EQ(head.color, CellColor::black);
+    EXPECT_EQ(head.description, "");
 
     const RuleCell continuation = cell(1, RuleColumn::application);
     EXPECT_EQ(continuation.text, "");
     EXPECT_FALSE(continuation.iconFile);
     EXPECT_FALSE(continuation.startsGroup);
     EXPECT_EQ(continuation.description, "Mail");
+    EXPECT_EQ(continuation.color, CellColor::black);
+}
+
+TEST_F(RuleCells, AnApplicationWhoseProgramIsGoneIsRedInEveryRowOfItsGroup)
+{
+    add(PolicyRuleFields{.path = "/usr", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
+    add(PolicyRuleFields{.path = "/tmp", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
+
+    const RuleCell head = cell(0, RuleColumn::application);
+    EXPECT_EQ(head.text, "Gone");
+    EXPECT_EQ(head.color, CellColor::red);
+    EXPECT_EQ(head.description, "program not found");
+    EXPECT_EQ(head.toolTip,
+        "/Applications/Gone.app/Contents/MacOS/Gone\nNothing exists at the path of the program.");
+
+    // the text is blank there, the colour is set all the same
+    const RuleCell continuation = cell(1, RuleColumn::application);
+    EXPECT_EQ(continuation.text, "");
+    EXPECT_EQ(continuation.color, CellColor::red);
+    EXPECT_EQ(continuation.description, "Gone, program not found");
+}
+
+TEST_F(RuleCells, ARedApplicationSaysWhatIsWrong)
+{
+    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .constraint = "TEAM123456"});
+    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh via /usr/bin/missing"});
+    add(PolicyRuleFields{.path = "/usr", .processName = "any via /usr/bin/missing"});
+    add(PolicyRuleFields{.path = "/usr", .processName = "/usr/bin/missing", .system = true});
+    std::map<std::string, RuleCell> cells;
+    for (std::size_t row = 0; row < 4; ++row) {
+        const RuleCell shown = cell(row, RuleColumn::application);
+        cells[shown.text + (shown.toolTip.find("Constraint") != std::string::npos ? " pinned" : "")] = shown;
+    }
+    EXPECT_EQ(cells["sh pinned"].color, CellColor::red);
+    EXPECT_EQ(cells["sh pinned"].description, "does not match its constraint");
+    EXPECT_NE(cells["sh pinned"].toolTip.find("does not match the rule's constraint"), std::string::npos);
+    EXPECT_EQ(cells["sh via missing"].color, CellColor::red);
+    EXPECT_EQ(cells["sh via missing"].description, "parent program not found");
+    EXPECT_NE(cells["sh via missing"].toolTip.find("the parent program"), std::string::npos);
+    EXPECT_EQ(cells["Any Process via missing"].color, CellColor::black);
+    EXPECT_EQ(cells["missing"].color, CellColor::black) << "a system rule";
+}
+
+TEST_F(RuleCells, ThePathCellTellsNothingOfTheProgram)
+{
+    add(PolicyRuleFields{.path = "/usr", .processName = "/nonexistent/program", .operations = 1});
+    EXPECT_EQ(cell(0, RuleColumn::path).color, CellColor::black);
+    EXPECT_EQ(cell(0, RuleColumn::path).toolTip, "/usr");
 }
 
 TEST_F(RuleCells, AParentIsNamedAfterTheApplication)

@@ -14,7 +14,7 @@ namespace {
 RuleRef ruleOn(const NullableText& path, std::int32_t type = PolicyType::path, bool system = false)
 {
     return policyRule(
-        {.policyType = type, .path = path, .processName = "/bin/a", .operations = 1, .system = system});
+        {.policyType = type, .path = path, .processName = "/bin/sh", .operations = 1, .system = system});
 }
 
 } // namespace
@@ -43,7 +43,7 @@ TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
         {"a tilde alone is not the home folder", ruleOn("~absent"), false},
         {"the word any", ruleOn("any"), false},
         {"no path", ruleOn({}), false},
-        {"a watch rule", watchRule({.policyType = 1, .path = absent, .processName = "/bin/a"}), true},
+        {"a watch rule", watchRule({.policyType = 1, .path = absent, .processName = "/bin/sh"}), true},
     };
     for (const auto& c : cases)
         EXPECT_EQ(isPathMissing(c.rule), c.missing) << c.why;
@@ -69,9 +69,9 @@ TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
 {
     // given a rule on a folder and one on a file in it
     RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    store.addPolicyRule(policyRule({.path = "/usr/", .processName = "/bin/a", .operations = 3}));
+    store.addPolicyRule(policyRule({.path = "/usr/", .processName = "/bin/sh", .operations = 3}));
     const auto narrow
-        = policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/a", .operations = 1});
+        = policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/sh", .operations = 1});
     store.addPolicyRule(narrow);
 
     // when the second is looked at
@@ -80,14 +80,14 @@ TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
     // then the first is named
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].kind, FindingKind::redundant);
-    EXPECT_EQ(findings[0].coveredBy, R"(allow prefix "/usr/" "/bin/a" rw "" "" "0")");
+    EXPECT_EQ(findings[0].coveredBy, R"(allow prefix "/usr/" "/bin/sh" rw "" "" "0")");
 }
 
 TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
 {
     const RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
     const auto findingOf = [&](PolicyRuleFields fields) {
-        fields.processName = "/bin/a";
+        fields.processName = "/bin/sh";
         const auto findings = findingsForRule(store, policyRule(std::move(fields)));
         return findings.empty() ? std::string() : std::string(findingName(findings.back().kind));
     };
@@ -99,6 +99,22 @@ TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
     EXPECT_EQ(findingOf({.path = "/usr", .tag = "a \"b\"", .operations = 1}), "");
     // system rules are never written
     EXPECT_EQ(findingOf({.path = "/usr", .operations = 0, .system = true}), "");
+}
+
+TEST(RuleFindings, AProgramThatFailsItsCheckStandsBetweenRedundancyAndTheMissingPath)
+{
+    // given a rule with every fault, covered by another one
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    store.addPolicyRule(policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
+    const RuleRef rule = policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
+    std::vector<std::string> names;
+    for (const RuleFinding& finding : findingsForRule(store, rule))
+        names.emplace_back(findingName(finding.kind));
+    EXPECT_EQ(names, (std::vector<std::string>{"redundant", "invalid", "missing", "unwritable"}));
+    const RuleFinding invalid = findingsForRule(store, rule).at(1);
+    EXPECT_EQ(invalid.programFault, ProgramFault::missing);
+    EXPECT_EQ(findingText(invalid), "Nothing exists at the path of the program.");
+    EXPECT_EQ(pathFindingsForRule(store, rule).size(), 3U) << "without the program";
 }
 
 } // namespace quorvane
