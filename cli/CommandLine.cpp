@@ -7,9 +7,11 @@
 #include "platform/Unicode.h"
 
 #include <algorithm>
+#include <charconv>
 #include <functional>
 #include <iostream>
 #include <sstream>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 
@@ -29,6 +31,9 @@ struct Arguments {
     std::string out;
     std::vector<std::size_t> rows;
     SpelledRule rule;
+    std::vector<std::string> programs;
+    std::vector<std::string> spelledPids;
+    std::vector<std::int32_t> pids;
 };
 
 // The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
@@ -64,6 +69,16 @@ std::string onlyDigits(const std::string& text)
 {
     const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
     return isNumber ? "" : "a row is a number from 0";
+}
+
+std::int32_t pidSpelled(const std::string& text)
+{
+    std::int32_t pid = -1;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, pid);
+    if (error != std::errc() || stop != end || pid < 0)
+        throw CLI::ValidationError("--pid", "'" + text + "' is not the number of a process");
+    return pid;
 }
 
 std::string onlyOperationLetters(const std::string& text)
@@ -108,6 +123,33 @@ void addRuleOptions(CLI::App& command, Arguments& arguments)
 
 using Run = std::function<int(const CommandContext&)>;
 
+using AddCommand = std::function<CLI::App*(const char* name, const char* help, Run command)>;
+
+// The commands that ask about program files and no rules.
+void addProgramCommands(const AddCommand& add, Arguments& arguments)
+{
+    auto* codesign
+        = add("codesign", "Print what the code signature of macOS programs says", [&](const CommandContext&) {
+              return codesignCommand(arguments.programs, arguments.pids, arguments.asJson);
+          });
+    codesign->footer(
+        "States: 1 unsigned, 2 signed and valid, 3 failed or invalid, 4 not verifiable, 5 unsupported, "
+        "6 cannot tell.\nThe strict state covers the whole program file; the resources of a bundle "
+        "are in neither. The network is never asked.");
+    codesign->add_flag("--json", arguments.asJson, "One JSON object a line");
+    auto* paths = codesign->add_option("PATH", arguments.programs, "A program file or a bundle");
+    codesign->add_option("--pid", arguments.spelledPids, "A running process")
+        ->type_name("N")
+        ->excludes(paths);
+
+    auto* digest = add("digest", "Print the SHA-1 and SHA-256 of files",
+        [&](const CommandContext&) { return digestCommand(arguments.programs); });
+    digest->footer(
+        "Two lines a file, as digest tools check them: \"SHA1 (PATH) = ...\" and \"SHA256 (PATH) = "
+        "...\",\nin lowercase hexadecimal.");
+    digest->add_option("PATH", arguments.programs, "A file")->required();
+}
+
 void addCommands(CLI::App& program, Arguments& arguments, Run& run)
 {
     const auto add = [&](const char* name, const char* help, const Run& command) {
@@ -147,19 +189,28 @@ void addCommands(CLI::App& program, Arguments& arguments, Run& run)
         [&](const CommandContext& context) { return deleteCommand(context, arguments.rule); });
     addRuleOptions(*deleted, arguments);
 
-    auto* check = add("check", "Find redundant rules, missing paths and rules that do not read back",
+    auto* check = add("check",
+        "Find redundant rules, programs that are gone or do not match, missing paths and rules that do not "
+        "read "
+        "back",
         [&](const CommandContext& context) {
             return checkCommand(context, arguments.selection, arguments.asJson);
         });
     check->add_flag("--json", arguments.asJson, "One JSON object a line");
     addFileOption(*check, arguments);
+
+    addProgramCommands(add, arguments);
 }
 
 void finishArguments(Arguments& arguments, const CLI::App& program)
 {
     for (const std::string& spelled : arguments.sort)
         arguments.selection.sort.push_back(sortDescriptor(spelled));
+    for (const std::string& spelled : arguments.spelledPids)
+        arguments.pids.push_back(pidSpelled(spelled));
     const CLI::App& command = *program.get_subcommands().front();
+    if (command.get_name() == "codesign" && arguments.programs.empty() && arguments.pids.empty())
+        throw CLI::RequiredError("PATH or --pid");
     const CLI::Option* file = command.get_option_no_throw("FILE");
     if (file != nullptr && file->count() > 0)
         arguments.selection.file = arguments.file;

@@ -46,4 +46,11 @@ int addCommand(const CommandContext& context, const SpelledRule& rule);
 // Deletes the first equal rule of the current user's configuration and writes it.
 int deleteCommand(const CommandContext& context, const SpelledRule& rule);
 
+// Prints what the code signatures of programs, then of running processes, say.
+int codesignCommand(
+    const std::vector<std::string>& paths, const std::vector<std::int32_t>& pids, bool asJson);
+
+// Prints the digests of files, of all that can be read.
+int digestCommand(const std::vector<std::string>& paths);
+
 } // namespace quorvane

@@ -48,7 +48,7 @@ class Usage(CommandTest):
 
     def test_help_names_every_command(self):
         text = self.succeed("--help").out.decode()
-        for command in ("list", "options", "export", "add", "delete", "check"):
+        for command in ("list", "options", "export", "add", "delete", "check", "codesign", "digest"):
             self.assertIn(command, text)
 
     def test_the_root_option_stands_before_the_command(self):
