@@ -73,11 +73,10 @@ QIcon findIcon(const QString& path)
 
 QIcon Workspace::iconForFile(const std::string& path)
 {
-    const QString key = QString::fromStdString(path);
-    auto known = m_icons.find(key);
+    auto known = m_icons.find(path);
     if (known == m_icons.end())
-        known = m_icons.insert(key, findIcon(key));
-    return *known;
+        known = m_icons.emplace(path, findIcon(QString::fromStdString(path))).first;
+    return known->second;
 }
 
 } // namespace quorvane

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QHash>
 #include <QIcon>
 
 #include <string>
+#include <unordered_map>
 
 namespace quorvane {
 
@@ -16,7 +16,7 @@ public:
     QIcon iconForFile(const std::string& path);
 
 private:
-    QHash<QString, QIcon> m_icons; // by path
+    std::unordered_map<std::string, QIcon> m_icons; // by path
 };
 
 } // namespace quorvane
