@@ -1,3 +1,4 @@
+#include "platform/Log.h"
 #include "rules/RuleManager.h"
 
 #include "rules/CoverIndex.h"
@@ -212,6 +213,31 @@ TEST(CoversRule, AsksNothingOfTheProcess)
 
     EXPECT_TRUE(coversRule(PolicyRule(broadRule()), PolicyRule(narrow)));
     EXPECT_FALSE(coversRule(PolicyRule(narrow), PolicyRule(broadRule())));
+}
+
+TEST(Redundancy, OfManyAlikeRulesOfSeveralProcessesTheFirstThatIsLeftCovers)
+{
+    // given rules of one group, alike but for the parent of their process, of which no more than two are
+    // indexed
+    Log log({});
+    RuleManager store(Locations("/nonexistent", "nobody"), log);
+    std::vector<PolicyRulePtr> rules;
+    for (int number = 0; number < 6; ++number) {
+        PolicyRuleFields fields;
+        fields.path = "/usr/";
+        fields.processName = "any ancestor foo via /" + std::to_string(number);
+        fields.operations = 1;
+        rules.push_back(std::make_shared<PolicyRule>(std::move(fields)));
+        store.addPolicyRule(rules.back());
+    }
+    EXPECT_EQ(store.coveringRule(*rules[0]), rules[1].get());
+    EXPECT_EQ(store.coveringRule(*rules[5]), rules[0].get());
+
+    // when the first two go, then the next ones stand for them
+    store.deletePolicyRule(*rules[0]);
+    store.deletePolicyRule(*rules[1]);
+    EXPECT_EQ(store.coveringRule(*rules[2]), rules[3].get());
+    EXPECT_EQ(store.coveringRule(*rules[5]), rules[2].get());
 }
 
 } // namespace quorvane
