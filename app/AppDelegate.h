@@ -2,6 +2,7 @@
 
 #include "platform/Locations.h"
 #include "rules/RuleManager.h"
+#include "workflow/ApplicationServices.h"
 
 #include <QObject>
 
@@ -9,9 +10,9 @@ namespace quorvane {
 
 class Log;
 
-// The root of the application: what happens at its start, and the notices by which every window tells the
-// user of something. User interface thread only.
-class AppDelegate : public QObject {
+// The root of the application: what happens at its start, and what it does for every window.
+// User interface thread only.
+class AppDelegate : public QObject, public ApplicationServices {
     Q_OBJECT
 public:
     // `log` must outlive it.
@@ -20,9 +21,8 @@ public:
     // Tells of a configuration that failed to load, and shows `mainWindow` in any case.
     void applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow);
 
-    // Shows a notice, without waiting for an answer. Deliberate: the texts are read as Mac OS Roman although
-    // they are UTF-8, so a character beyond ASCII shows as its Mac OS Roman reading.
-    void displayNotice(const std::string& header, const std::string& message);
+    void displayNotice(const std::string& header, const std::string& message, bool waitForResponse) override;
+    void terminate() override;
 
 private:
     const Locations m_locations;

@@ -1,9 +1,11 @@
+#include "app/AppDelegate.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "rules/RuleManager.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
+#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QPixmap>
@@ -24,7 +26,9 @@ int main(int argumentCount, char** arguments)
     const auto locations = quorvane::Locations::fromEnvironment();
     quorvane::RuleManager& store = quorvane::RuleManager::sharedManager(locations, *log);
     quorvane::Workspace workspace;
-    quorvane::RulesEditorTableController window(store, workspace, *log);
+    quorvane::AppDelegate delegate(locations, *log);
+    quorvane::RunState run;
+    quorvane::RulesEditorTableController window(store, delegate, run, workspace, *log);
     window.show();
     QApplication::processEvents();
     if (!window.grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {

@@ -6,6 +6,7 @@
 #include "rules/RuleManager.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
+#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -17,6 +18,8 @@ int main(int argumentCount, char** arguments)
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
     QApplication::setDesktopFileName(QStringLiteral("quorvane-configuration"));
+    // Windows other than the main one may be closed, and the main one left for the preferences.
+    QApplication::setQuitOnLastWindowClosed(false);
     quorvane::applyWindowLook(application);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/quorvane-configuration.svg")));
 
@@ -25,7 +28,8 @@ int main(int argumentCount, char** arguments)
     quorvane::RuleManager& store = quorvane::RuleManager::sharedManager(locations, *log);
     quorvane::Workspace workspace;
     quorvane::AppDelegate delegate(locations, *log);
-    quorvane::RulesEditorTableController mainWindow(store, workspace, *log);
+    quorvane::RunState run;
+    quorvane::RulesEditorTableController mainWindow(store, delegate, run, workspace, *log);
     delegate.applicationDidFinishLaunching(store, mainWindow);
     return QApplication::exec();
 }

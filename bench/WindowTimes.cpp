@@ -1,8 +1,10 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "tests/support/FakeApplication.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
 #include "windows/WindowLook.h"
+#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -18,12 +20,12 @@ int main(int argumentCount, char** arguments)
 {
     using namespace quorvane;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argumentCount, arguments);
+    QApplication qtApplication(argumentCount, arguments);
     if (argumentCount != 2) {
         std::fputs("usage: window_times FILE\n", stderr);
         return 2;
     }
-    applyWindowLook(application);
+    applyWindowLook(qtApplication);
     Log log({});
     const auto store
         = RuleManager::initWithContentsOfFile(arguments[1], false, Locations("/nonexistent", "bench"), log);
@@ -32,7 +34,9 @@ int main(int argumentCount, char** arguments)
 
     QElapsedTimer timer;
     timer.start();
-    RulesEditorTableController window(*store, workspace, log);
+    FakeApplication application;
+    RunState run;
+    RulesEditorTableController window(*store, application, run, workspace, log);
     window.show();
     QApplication::processEvents();
     window.grab();

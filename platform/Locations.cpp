@@ -31,14 +31,34 @@ std::string Locations::userRulesFile() const
     return sharedFolder() + m_login + ".quorvane.rc";
 }
 
+std::string Locations::exchangeFileName() const
+{
+    return m_login + ".quorv";
+}
+
 std::string Locations::failSafeFile() const
 {
     return sharedFolder() + "failsafe.rc";
 }
 
+std::string Locations::failSafeStrictMarker() const
+{
+    return failSafeFile() + ".strict";
+}
+
+std::string Locations::learningModeMarker() const
+{
+    return sharedFolder() + "learning_mode";
+}
+
 std::string Locations::preferencesFile() const
 {
     return sharedFolder() + "vantreal.Quorvane.preferences.plist";
+}
+
+std::string Locations::extrasFolder() const
+{
+    return m_root + "/Users/Shared/Quorvane Extras/";
 }
 
 std::string Locations::systemFolder() const
@@ -59,6 +79,11 @@ std::string Locations::paranoidSystemRulesFile() const
 std::string Locations::noticeIconFile() const
 {
     return systemFolder() + "lock.png";
+}
+
+std::string Locations::userGuideFile() const
+{
+    return systemFolder() + "Quorvane User Guide.pdf";
 }
 
 } // namespace quorvane

@@ -18,13 +18,18 @@ public:
 
     std::string sharedFolder() const; // ends with "/"
     std::string userRulesFile() const;
+    std::string exchangeFileName() const; // what an export is called unless the user says otherwise
     std::string failSafeFile() const;
+    std::string failSafeStrictMarker() const;
+    std::string learningModeMarker() const;
     std::string preferencesFile() const;
+    std::string extrasFolder() const; // where suggestions of rules are put; ends with "/"
 
     std::string systemFolder() const; // ends with "/"
     std::string mainSystemRulesFile() const;
     std::string paranoidSystemRulesFile() const;
     std::string noticeIconFile() const;
+    std::string userGuideFile() const;
 
 private:
     std::string m_root;

@@ -6,7 +6,9 @@
 #include "windows/QtText.h"
 #include "windows/RulesTableModel.h"
 #include "windows/WindowMemory.h"
+#include "workflow/ApplicationServices.h"
 #include "workflow/RuleCells.h"
+#include "workflow/RunState.h"
 #include "workflow/SortClicks.h"
 
 #include <QActionGroup>
@@ -19,8 +21,11 @@
 
 namespace quorvane {
 
-RulesEditorTableController::RulesEditorTableController(RuleManager& store, Workspace& workspace, Log& log)
+RulesEditorTableController::RulesEditorTableController(
+    RuleManager& store, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
     : m_store(store)
+    , m_application(application)
+    , m_run(run)
     , m_log(log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(store, workspace, this))
@@ -138,6 +143,7 @@ void RulesEditorTableController::sortDescriptorsDidChange()
 
 void RulesEditorTableController::reloadData()
 {
+    m_run.internalWrite = true;
     reloadTable();
 }
 
@@ -187,6 +193,9 @@ void RulesEditorTableController::closeEvent(QCloseEvent* event)
 {
     rememberWindow(*this, *m_ui->rulesEditorTableView);
     QMainWindow::closeEvent(event);
+    m_log.write("-[RulesEditorTableController windowWillClose:] exiting");
+    if (!m_run.openedWithOptions)
+        m_application.terminate();
 }
 
 void RulesEditorTableController::showEvent(QShowEvent* event)

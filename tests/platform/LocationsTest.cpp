@@ -39,6 +39,17 @@ TEST(Locations, RootStandsInFrontOfEveryPlace)
     }
 }
 
+TEST(Locations, OfMarkersExtrasAndGuide)
+{
+    const Locations locations("/box", "ann");
+
+    EXPECT_EQ(locations.exchangeFileName(), "ann.quorv");
+    EXPECT_EQ(locations.failSafeStrictMarker(), "/box/Users/Shared/Quorvane/failsafe.rc.strict");
+    EXPECT_EQ(locations.learningModeMarker(), "/box/Users/Shared/Quorvane/learning_mode");
+    EXPECT_EQ(locations.extrasFolder(), "/box/Users/Shared/Quorvane Extras/");
+    EXPECT_EQ(locations.userGuideFile(), "/box/Library/Application Support/Quorvane/Quorvane User Guide.pdf");
+}
+
 TEST(Locations, RootOfTheFileSystemIsNoRoot)
 {
     EXPECT_EQ(Locations("/", "ann").sharedFolder(), "/Users/Shared/Quorvane/");

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -81,11 +82,25 @@ TEST(AppDelegate, SaysNothingOfAConfigurationThatLoaded)
     EXPECT_TRUE(window.isVisible());
 }
 
+TEST(AppDelegate, WaitsForTheAnswerToANoticeWhenAsked)
+{
+    CapturedLog log;
+    AppDelegate delegate(Locations("/nonexistent", "nobody"), log.log());
+    bool answered = false;
+    QTimer::singleShot(0, [&] {
+        answered = true;
+        shownNotice()->close();
+    });
+    delegate.displayNotice("Header", "Message", true);
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(shownNotice(), nullptr);
+}
+
 TEST(AppDelegate, ReadsTheTextsOfANoticeAsMacOsRoman)
 {
     CapturedLog log;
     AppDelegate delegate(Locations("/nonexistent", "nobody"), log.log());
-    delegate.displayNotice("\xC3\xA9", "plain");
+    delegate.displayNotice("\xC3\xA9", "plain", false);
     NoticeWindow* notice = shownNotice();
     ASSERT_NE(notice, nullptr);
     EXPECT_EQ(notice->windowTitle(), QString::fromUtf8("\xE2\x88\x9A\xC2\xA9"));

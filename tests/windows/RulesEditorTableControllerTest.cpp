@@ -1,8 +1,10 @@
 #include "windows/RulesEditorTableController.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/FakeApplication.h"
 #include "tests/support/TestRules.h"
 #include "windows/RulesTableModel.h"
 #include "windows/RulesTableView.h"
+#include "workflow/RunState.h"
 
 #include <QAction>
 #include <QApplication>
@@ -30,7 +32,7 @@ protected:
                 policyRule({.path = path, .processName = "/bin/sh", .tag = "shell", .operations = 1}));
         store.addPolicyRule(
             policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
-        window = std::make_unique<RulesEditorTableController>(store, workspace, log.log());
+        window = std::make_unique<RulesEditorTableController>(store, application, run, workspace, log.log());
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         table = window->findChild<RulesTableView*>();
@@ -57,6 +59,8 @@ protected:
     CapturedLog log;
     RuleManager store{Locations("/root", "ann"), silentLog()};
     Workspace workspace;
+    FakeApplication application;
+    RunState run;
     std::unique_ptr<RulesEditorTableController> window;
     RulesTableView* table = nullptr;
     QLineEdit* search = nullptr;
@@ -68,6 +72,33 @@ TEST_F(MainWindow, NamesTheRulesFileInItsTitle)
 {
     EXPECT_EQ(window->windowTitle(),
         QStringLiteral("Quorvane Configuration - /root/Users/Shared/Quorvane/ann.quorvane.rc"));
+}
+
+TEST_F(MainWindow, EndsTheProgramWhenItIsClosed)
+{
+    window->close();
+    EXPECT_EQ(application.terminations, 1);
+    EXPECT_EQ(log.lines().back(), "-[RulesEditorTableController windowWillClose:] exiting");
+}
+
+TEST_F(MainWindow, LeavesTheProgramRunningWhenItWasStartedForThePreferences)
+{
+    run.openedWithOptions = true;
+    window->close();
+    EXPECT_EQ(application.terminations, 0);
+}
+
+TEST_F(MainWindow, MarksEveryReloadAsItsOwn)
+{
+    window->reloadData();
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(MainWindow, LeavesTheMarkAloneWhenItIsOnlySorted)
+{
+    run.internalWrite = false;
+    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    EXPECT_FALSE(run.internalWrite);
 }
 
 TEST_F(MainWindow, OpensWithUserRulesInStoredOrder)
@@ -203,7 +234,7 @@ TEST_F(MainWindow, RemembersItsSizeAndColumnWidths)
     table->setColumnWidth(0, 171);
     window->close();
     // when the next one opens
-    RulesEditorTableController next(store, workspace, log.log());
+    RulesEditorTableController next(store, application, run, workspace, log.log());
     next.show();
     // then it is arranged so
     EXPECT_EQ(next.size(), QSize(701, 507));

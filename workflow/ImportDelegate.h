@@ -1,0 +1,22 @@
+#pragma once
+
+#include "rules/RuleRef.h"
+
+namespace quorvane {
+
+// Takes the rules that the user has accepted in an import review.
+class ImportDelegate {
+public:
+    ImportDelegate() = default;
+    ImportDelegate(const ImportDelegate&) = delete;
+    ImportDelegate& operator=(const ImportDelegate&) = delete;
+    virtual ~ImportDelegate() = default;
+
+    // Called once for each accepted rule, in the order of the review's rows.
+    virtual void importRule(const RuleRef& rule) = 0;
+
+    // Called after the last of them, also when there was none.
+    virtual void didFinishImportingRules() = 0;
+};
+
+} // namespace quorvane
