@@ -1,6 +1,6 @@
 #include "windows/KeptSelection.h"
 
-#include "windows/RulesTableModel.h"
+#include "windows/RuleCellsModel.h"
 
 #include <QItemSelectionModel>
 #include <QScrollBar>
@@ -19,14 +19,14 @@ const void* identityOf(const RuleRef& rule)
     return askRule(rule, [](const auto& record) -> const void* { return &record; });
 }
 
-void selectRows(QItemSelection& selection, const RulesTableModel& model, int first, int last)
+void selectRows(QItemSelection& selection, const RuleCellsModel& model, int first, int last)
 {
-    selection.select(model.index(first, 0), model.index(last, ruleColumnCount - 1));
+    selection.select(model.index(first, 0), model.index(last, model.columnCount() - 1));
 }
 
 } // namespace
 
-KeptSelection::KeptSelection(const QTableView& table, const RulesTableModel& model)
+KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& model)
     : m_topmostRow(std::max(table.rowAt(0), 0))
 {
     for (const QItemSelectionRange& range : table.selectionModel()->selection()) {
@@ -39,7 +39,7 @@ KeptSelection::KeptSelection(const QTableView& table, const RulesTableModel& mod
         m_topmost = identityOf(model.ruleAt(m_topmostRow));
 }
 
-void KeptSelection::restore(QTableView& table, const RulesTableModel& model) const
+void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) const
 {
     QItemSelection selection;
     QModelIndex current;

@@ -1,7 +1,5 @@
 #include "windows/RuleCellDelegate.h"
 
-#include "workflow/RuleCells.h"
-
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QPainter>
@@ -26,7 +24,7 @@ void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, c
     painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
     if (index.column() == 0)
         painter->drawLine(cell.topLeft(), cell.bottomLeft());
-    if (index.column() == ruleColumnCount - 1)
+    if (index.column() == index.model()->columnCount() - 1)
         painter->drawLine(cell.topRight(), cell.bottomRight());
 }
 
@@ -40,7 +38,7 @@ void RuleCellDelegate::paint(
     cell.state.setFlag(QStyle::State_HasFocus, false);
     const QStyle& style = cell.widget == nullptr ? *QApplication::style() : *cell.widget->style();
     style.drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
-    if (static_cast<RuleColumn>(index.column()) == RuleColumn::state) {
+    if (cell.text.isEmpty() && !cell.icon.isNull()) {
         QRect image(QPoint(), stateImageSize);
         image.moveCenter(option.rect.center());
         cell.icon.paint(painter, image);

@@ -4,8 +4,8 @@
 
 namespace quorvane {
 
-// Paints the cells of a rules table: the state image in the middle of its column, texts in their own colour
-// also while selected.
+// Paints the cells of a rules table: an image without text in the middle of its column, texts in their own
+// colour also while selected.
 class RuleCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -1,7 +1,7 @@
 #include "windows/RulesTableView.h"
 
 #include "windows/RuleCellDelegate.h"
-#include "windows/RulesTableModel.h"
+#include "windows/RuleCellsModel.h"
 
 #include <QHeaderView>
 #include <QPainter>
@@ -72,7 +72,7 @@ void RulesTableView::stretchPath()
 
 void RulesTableView::paintEvent(QPaintEvent* event)
 {
-    auto* rules = qobject_cast<RulesTableModel*>(model());
+    auto* rules = qobject_cast<RuleCellsModel*>(model());
     if (rules != nullptr && rules->rowCount() > 0) {
         const int last = rowAt(viewport()->height() - 1);
         rules->setShownRows(rowAt(0), last < 0 ? rules->rowCount() : last + 1);

@@ -2,24 +2,23 @@
 
 namespace quorvane {
 
-namespace {
-
-bool shaded = false;
-
-ShownRow makeRow(std::size_t row, const ShownRows::MakeCell& makeCell)
+ShownRows::ShownRows(int columns, bool& shaded)
+    : m_columns(columns)
+    , m_shaded(shaded)
 {
-    ShownRow made;
-    for (int column = 0; column < ruleColumnCount; ++column) {
-        RuleCell& cell = made.cells[static_cast<std::size_t>(column)];
-        cell = makeCell(row, static_cast<RuleColumn>(column));
-        if (cell.startsGroup)
-            shaded = !shaded;
-    }
-    made.shaded = shaded;
-    return made;
 }
 
-} // namespace
+ShownRow ShownRows::makeRow(std::size_t row, const MakeCell& makeCell)
+{
+    ShownRow made;
+    for (int column = 0; column < m_columns; ++column) {
+        made.cells.push_back(makeCell(row, column));
+        if (made.cells.back().startsGroup)
+            m_shaded = !m_shaded;
+    }
+    made.shaded = m_shaded;
+    return made;
+}
 
 void ShownRows::show(std::size_t first, std::size_t end, const MakeCell& makeCell)
 {

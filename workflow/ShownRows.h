@@ -2,28 +2,31 @@
 
 #include "workflow/RuleCells.h"
 
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <vector>
 
 namespace quorvane {
 
 // The cells of one row while it is in view.
 struct ShownRow {
-    std::array<RuleCell, ruleColumnCount> cells;
+    std::vector<RuleCell> cells; // by column
     bool shaded = false; // its band
 };
 
-// The rows in view. Their cells are made once, when the row comes into view, and kept until it leaves or the
-// table reloads: never again merely to paint.
+// The rows of a table that are in view. Their cells are made once, when the row comes into view, and kept
+// until it leaves or the table reloads: never again merely to paint.
 //
-// Rows of one application group share a band. Deliberate: the band flips, for the whole process, whenever the
-// cell that begins a group is made, and is never reset; so bands depend on the order in which rows came into
-// view.
+// Rows of one application group share a band. Deliberate: the band flips whenever the cell that begins a
+// group is made, and is never reset; so bands depend on the order in which rows came into view.
 class ShownRows {
 public:
-    using MakeCell = std::function<RuleCell(std::size_t row, RuleColumn column)>;
+    using MakeCell = std::function<RuleCell(std::size_t row, int column)>;
+
+    // `shaded` is the band of the row made last. It is the table's for the whole process, and must outlive
+    // this.
+    ShownRows(int columns, bool& shaded);
 
     // From now on the rows from `first` up to, not including, `end` are in view. Those that come into view
     // are made from the top down.
@@ -36,6 +39,10 @@ public:
     void forget() { m_rows.clear(); }
 
 private:
+    ShownRow makeRow(std::size_t row, const MakeCell& makeCell);
+
+    const int m_columns;
+    bool& m_shaded;
     std::map<std::size_t, ShownRow> m_rows;
 };
 

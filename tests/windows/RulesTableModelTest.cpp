@@ -94,6 +94,17 @@ TEST_F(RulesTableModelTest, TheBandOfARowInViewIsOneOfTwoShades)
         << policy.name().toStdString();
 }
 
+TEST_F(RulesTableModelTest, OneBandFlagServesAllTablesOfTheMainWindowsKind)
+{
+    model.setShownRows(1, 2); // one group: one flip
+    const QColor band = data(1, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    RulesTableModel other(store, workspace);
+    other.reload();
+    other.setShownRows(1, 2);
+    const QVariant next = other.data(other.index(1, 0), Qt::BackgroundRole);
+    EXPECT_NE(next.value<QBrush>().color().rgb(), band.rgb());
+}
+
 TEST_F(RulesTableModelTest, DecoratesStatesAndApplications)
 {
     model.setShowsSystemRules(true);

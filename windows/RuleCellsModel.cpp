@@ -1,0 +1,173 @@
+#include "windows/RuleCellsModel.h"
+
+#include "windows/QtText.h"
+
+#include <QBrush>
+#include <QColor>
+#include <QFont>
+#include <QIcon>
+#include <QPainter>
+#include <QPixmap>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr qreal stateImageOpacity = 0.8;
+constexpr int stateImageSize = 12; // logical pixels
+constexpr int cellFontSize = 12; // logical pixels
+
+// Plain colours: what a test or a magnifier reads is what was meant.
+QColor textColor(CellColor color)
+{
+    switch (color) {
+    case CellColor::black:
+        return Qt::black;
+    case CellColor::red:
+        return Qt::red;
+    case CellColor::orange:
+        return {0xff, 0x80, 0x00};
+    case CellColor::blue:
+        return Qt::blue;
+    }
+    return Qt::black;
+}
+
+// White of level 0.8 or 1.0, a fifth opaque, on the table's white.
+QColor bandColor(bool shaded)
+{
+    constexpr qreal opacity = 0.2;
+    const qreal level = (shaded ? 0.8 : 1.0) * opacity + (1.0 - opacity);
+    return QColor::fromRgbF(static_cast<float>(level), static_cast<float>(level), static_cast<float>(level));
+}
+
+QIcon fadedIcon(const QString& file)
+{
+    QIcon faded;
+    for (const qreal scale : {1.0, 2.0, 3.0}) {
+        QPixmap image(QSize(stateImageSize, stateImageSize) * scale);
+        image.setDevicePixelRatio(scale);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.setOpacity(stateImageOpacity);
+        painter.drawPixmap(QRect(0, 0, stateImageSize, stateImageSize),
+            QIcon(file).pixmap(QSize(stateImageSize, stateImageSize), scale));
+        painter.end();
+        faded.addPixmap(image);
+    }
+    return faded;
+}
+
+QFont cellFont(bool bold)
+{
+    QFont font;
+    font.setPixelSize(cellFontSize);
+    font.setBold(bold);
+    return font;
+}
+
+} // namespace
+
+RuleCellsModel::RuleCellsModel(
+    int columns, std::shared_ptr<const RuleRows> rows, Workspace& workspace, bool& shaded, QObject* parent)
+    : QAbstractTableModel(parent)
+    , m_workspace(workspace)
+    , m_columns(columns)
+    , m_rows(std::move(rows))
+    , m_shownRows(columns, shaded)
+{
+}
+
+void RuleCellsModel::setRows(std::shared_ptr<const RuleRows> rows, bool includeSystemRules)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
+    m_rowsShowSystemRules = includeSystemRules;
+    m_shownRows.forget();
+    endResetModel();
+}
+
+void RuleCellsModel::setShownRows(int first, int end)
+{
+    m_shownRows.show(static_cast<std::size_t>(std::max(first, 0)),
+        static_cast<std::size_t>(std::clamp(end, 0, rowCount())),
+        [this](std::size_t row, int column) { return makeCell(row, column); });
+}
+
+void RuleCellsModel::setSortedColumn(int column, Qt::SortOrder order)
+{
+    m_sortedColumn = column;
+    m_sortOrder = order;
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, m_columns - 1);
+}
+
+const RuleRef& RuleCellsModel::ruleAt(int row) const
+{
+    return m_rows->at(static_cast<std::size_t>(row), m_rowsShowSystemRules);
+}
+
+int RuleCellsModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows->count(m_rowsShowSystemRules));
+}
+
+int RuleCellsModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_columns;
+}
+
+QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount())
+        return {};
+    const auto row = static_cast<std::size_t>(index.row());
+    const ShownRow* shown = m_shownRows.find(row);
+    if (role == Qt::BackgroundRole)
+        return shown == nullptr ? QVariant() : QVariant(QBrush(bandColor(shown->shaded)));
+    if (role == Qt::FontRole)
+        return cellFont(index.column() == 0);
+    static constexpr std::array cellRoles{Qt::DisplayRole, Qt::DecorationRole, Qt::ForegroundRole,
+        Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
+    if (std::find(cellRoles.begin(), cellRoles.end(), role) == cellRoles.end())
+        return {};
+    const RuleCell cell = shown == nullptr ? makeCell(row, index.column())
+                                           : shown->cells[static_cast<std::size_t>(index.column())];
+    switch (role) {
+    case Qt::DisplayRole:
+        return toQt(cell.text);
+    case Qt::DecorationRole:
+        return decoration(cell);
+    case Qt::ForegroundRole:
+        return QBrush(textColor(cell.color));
+    case Qt::ToolTipRole:
+        return toQt(cell.toolTip);
+    default:
+        return toQt(cell.description);
+    }
+}
+
+QVariant RuleCellsModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < m_columns)
+        return toQt(titleOf(section));
+    if (orientation == Qt::Horizontal && role == Qt::AccessibleDescriptionRole && section == m_sortedColumn)
+        return m_sortOrder == Qt::AscendingOrder ? tr("sorted ascending") : tr("sorted descending");
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole)
+        return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
+    return {};
+}
+
+QVariant RuleCellsModel::decoration(const RuleCell& cell) const
+{
+    static const QIcon systemIcon = fadedIcon(QStringLiteral(":/images/system.png"));
+    static const QIcon recentIcon = fadedIcon(QStringLiteral(":/images/new.png"));
+    if (cell.image != StateImage::none)
+        return cell.image == StateImage::system ? systemIcon : recentIcon;
+    return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile)) : QVariant();
+}
+
+} // namespace quorvane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/Workspace.h"
+#include "rules/RuleIndex.h"
+#include "workflow/ShownRows.h"
+
+#include <QAbstractTableModel>
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace quorvane {
+
+// Rows of rules as a Qt table: what the main table and the review of an import have in common. Column 0 is
+// the application.
+//
+// Keeps the rows it last showed until it is given others, so that Qt sees no row change behind its back.
+// Cells of rows in view are made once; any other cell is made when it is asked for.
+class RuleCellsModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    // Which column is the primary one of the present order; none when `column` is negative. Told in words
+    // only: the header draws its own mark.
+    void setSortedColumn(int column, Qt::SortOrder order);
+
+    // The view shows the rows from `first` up to, not including, `end`.
+    void setShownRows(int first, int end);
+
+    const RuleRef& ruleAt(int row) const;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+protected:
+    // Neither `workspace` nor `shaded`, the band flag of ShownRows, is owned.
+    RuleCellsModel(int columns, std::shared_ptr<const RuleRows> rows, Workspace& workspace, bool& shaded,
+        QObject* parent);
+
+    // Shows these rows from now on.
+    void setRows(std::shared_ptr<const RuleRows> rows, bool includeSystemRules);
+    const RuleRows& rows() const { return *m_rows; }
+    bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
+
+    virtual RuleCell makeCell(std::size_t row, int column) const = 0;
+    virtual std::string_view titleOf(int column) const = 0;
+
+private:
+    QVariant decoration(const RuleCell& cell) const;
+
+    Workspace& m_workspace;
+    const int m_columns;
+    std::shared_ptr<const RuleRows> m_rows;
+    bool m_rowsShowSystemRules = false; // as m_rows was taken
+    int m_sortedColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
+    ShownRows m_shownRows;
+};
+
+} // namespace quorvane
