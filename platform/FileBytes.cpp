@@ -30,6 +30,23 @@ std::optional<std::string> readSmallFile(const std::string& path, std::size_t la
     return bytes;
 }
 
+bool writeFileInPlace(const std::string& path, std::string_view bytes)
+{
+    constexpr mode_t readableByAll = 0644;
+    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const FileDescriptor file(open(path.c_str(), flags, readableByAll));
+    struct stat status { };
+    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    while (!bytes.empty()) {
+        const ssize_t written = write(file.get(), bytes.data(), bytes.size());
+        if (written <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
 bool isAnythingAt(const std::string& path)
 {
     struct stat status { };

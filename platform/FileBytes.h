@@ -3,12 +3,18 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvane {
 
 // The contents of the regular file at `path`, links followed. None when it is missing, unreadable, not a
 // regular file or larger than `largestSize` bytes. Never blocks on a pipe or device.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize);
+
+// Replaces the contents of the regular file at `path`, in place, or makes the file. False when that failed,
+// which can leave it short. A symbolic link as last component of the path is refused; never blocks on a pipe
+// or device.
+bool writeFileInPlace(const std::string& path, std::string_view bytes);
 
 // True for anything at `path`: a file, a folder, what a link leads to.
 bool isAnythingAt(const std::string& path);

@@ -3,11 +3,13 @@
 #include "platform/BinaryListShape.h"
 #include "platform/FileBytes.h"
 #include "platform/NumberText.h"
+#include "platform/PropertyListText.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include <locale.h>
 #include <plist/plist.h>
 #include <unicode/unistr.h>
 
@@ -18,6 +20,28 @@ namespace {
 // The library takes nested lists apart by recursion; this keeps the deepest nesting that fits in a file well
 // within a thread's stack. Real preferences are a few kilobytes.
 constexpr std::size_t largestFile = 128U << 10U;
+
+// While it lives, this thread reads and writes numbers with a point: the library goes by the locale, and in
+// some of them it would read 2.5 as 2.
+class PlainNumbers {
+public:
+    PlainNumbers()
+        : m_plain(newlocale(LC_ALL_MASK, "C", nullptr))
+        , m_before(uselocale(m_plain))
+    {
+    }
+    ~PlainNumbers()
+    {
+        uselocale(m_before);
+        freelocale(m_plain);
+    }
+    PlainNumbers(const PlainNumbers&) = delete;
+    PlainNumbers& operator=(const PlainNumbers&) = delete;
+
+private:
+    locale_t m_plain;
+    locale_t m_before;
+};
 
 bool startsWith(std::string_view text, std::string_view start)
 {
@@ -93,7 +117,17 @@ std::string_view stringValue(plist_t node)
 
 } // namespace
 
-PropertyList::PropertyList(std::shared_ptr<void> root)
+void PropertyList::Free::operator()(Node root) const
+{
+    plist_free(root);
+}
+
+PropertyList::PropertyList()
+    : m_root(plist_new_dict())
+{
+}
+
+PropertyList::PropertyList(Root root)
     : m_root(std::move(root))
 {
 }
@@ -113,8 +147,9 @@ std::optional<PropertyList> PropertyList::parse(std::string_view bytes)
     if (startsWith(plain, "bplist") && !unfoldsWithinBounds(plain))
         return std::nullopt;
     plist_t root = nullptr;
+    const PlainNumbers plainNumbers;
     plist_from_memory(plain.data(), static_cast<std::uint32_t>(plain.size()), &root);
-    std::shared_ptr<void> owned(root, plist_free);
+    Root owned(root);
     if (root == nullptr || plist_get_node_type(root) != PLIST_DICT)
         return std::nullopt;
     return PropertyList(std::move(owned));
@@ -166,6 +201,38 @@ std::int32_t PropertyList::integerForKey(const std::string& key) const
     default:
         return 0;
     }
+}
+
+void PropertyList::setBool(const std::string& key, bool value)
+{
+    plist_dict_set_item(m_root.get(), key.c_str(), plist_new_bool(value ? 1 : 0));
+}
+
+void PropertyList::setInteger(const std::string& key, std::int32_t value)
+{
+    plist_dict_set_item(m_root.get(), key.c_str(), plist_new_uint(static_cast<std::uint64_t>(value)));
+}
+
+std::string PropertyList::xml() const
+{
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    const PlainNumbers plainNumbers;
+    plist_to_xml(m_root.get(), &text, &length);
+    std::string xml(text == nullptr ? "" : text, text == nullptr ? 0 : length);
+    plist_to_xml_free(text);
+    return xml;
+}
+
+std::string PropertyList::description() const
+{
+    return propertyListText(m_root.get());
+}
+
+bool PropertyList::writeToFile(const std::string& path) const
+{
+    const std::string bytes = xml();
+    return parse(bytes) && writeFileInPlace(path, bytes);
 }
 
 } // namespace quorvane

@@ -10,10 +10,14 @@ namespace quorvane {
 
 // A property list whose root is a dictionary, read as the Foundation framework reads its values.
 //
-// XML (UTF-8, and UTF-16 with a byte order mark) and binary are understood; the old text form is not.
-// Not for two threads at once.
+// XML (UTF-8, and UTF-16 with a byte order mark) and binary are understood; the old text form is not. What is
+// written is XML. Whatever a list held when it was read, of whatever type, it holds until it is set; a date
+// loses its fraction of a second on the way to XML, which has none. Not for two threads at once.
 class PropertyList {
 public:
+    // An empty dictionary.
+    PropertyList();
+
     // None when the file is missing, unreadable, damaged, larger than 128 KiB or has another root than a
     // dictionary.
     static std::optional<PropertyList> read(const std::string& path);
@@ -30,12 +34,30 @@ public:
     // number beyond 32 bits keeps its low 32. 0 for everything else, a missing key included.
     std::int32_t integerForKey(const std::string& key) const;
 
+    // Give the key a value in place of what it had, of whatever type. A new key goes to the end.
+    void setBool(const std::string& key, bool value);
+    void setInteger(const std::string& key, std::int32_t value);
+
+    std::string xml() const;
+
+    // The list in one line, for the log: {"key" = 1; ...}.
+    std::string description() const;
+
+    // Writes the list in place; an existing file keeps its inode and permissions. False when the file cannot
+    // be written, and when read() would refuse the outcome, which then leaves the file as it was. A symbolic
+    // link is refused.
+    bool writeToFile(const std::string& path) const;
+
 private:
     using Node = void*;
-    explicit PropertyList(std::shared_ptr<void> root);
+    struct Free {
+        void operator()(Node root) const;
+    };
+    using Root = std::unique_ptr<void, Free>;
+    explicit PropertyList(Root root);
     Node nodeForKey(const std::string& key) const;
 
-    std::shared_ptr<void> m_root;
+    Root m_root;
 };
 
 } // namespace quorvane
