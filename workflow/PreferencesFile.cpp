@@ -1,0 +1,60 @@
+#include "workflow/PreferencesFile.h"
+
+#include "platform/FilePermissions.h"
+#include "platform/Log.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+#include <fcntl.h>
+#include <stdio.h> // renameat2
+#include <sys/stat.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::uint32_t filePermissions = 0775;
+
+bool holdsSomething(const std::string& path)
+{
+    struct stat status { };
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+}
+
+void keepUnread(const std::string& path, Log& log)
+{
+    constexpr int mostKept = 1000;
+    for (int number = 1; number <= mostKept; ++number) {
+        const std::string name = path + ".unread" + (number == 1 ? "" : "-" + std::to_string(number));
+        if (renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
+            log.write("kept unreadable preferences as: " + name);
+            return;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    log.write("failed to keep unreadable preferences: " + path);
+}
+
+} // namespace
+
+PropertyList readPreferences(const std::string& path)
+{
+    auto settings = PropertyList::read(path);
+    return settings ? std::move(*settings) : PropertyList();
+}
+
+void writePreferences(const std::string& path, const PropertyList& settings, Log& log)
+{
+    if (holdsSomething(path) && !PropertyList::read(path))
+        keepUnread(path, log);
+    log.write("writing to file: " + settings.description());
+    if (!settings.writeToFile(path))
+        log.write("failed to write preferences: " + path);
+    if (!setPermissions(path, filePermissions))
+        log.write("failed to set the permissions of: " + path);
+}
+
+} // namespace quorvane

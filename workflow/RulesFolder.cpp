@@ -1,0 +1,57 @@
+#include "workflow/RulesFolder.h"
+
+#include "platform/FilePermissions.h"
+#include "platform/Locations.h"
+#include "platform/Log.h"
+
+#include <cstdint>
+#include <filesystem>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::uint32_t writableByOthers = 0002;
+
+// `text` as one word of the shell.
+std::string quotedForShell(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text) {
+        if (c == '\'')
+            quoted += R"('\'')";
+        else
+            quoted += c;
+    }
+    return quoted + "'";
+}
+
+std::string rulesFolder(const Locations& locations)
+{
+    std::string folder = locations.sharedFolder();
+    folder.pop_back(); // "/"
+    return folder;
+}
+
+} // namespace
+
+bool canCreateRules(const Locations& locations, Log& log)
+{
+    const std::uint32_t permissions = permissionsOf(rulesFolder(locations)).value_or(0);
+    log.write("posix mask for rules folder is " + std::to_string(permissions));
+    return (permissions & writableByOthers) != 0;
+}
+
+std::string rulesFolderCommand(const Locations& locations, bool mayCreateRules)
+{
+    // An administrator's shell starts in a folder of its own.
+    const std::string folder = std::filesystem::absolute(rulesFolder(locations)).string();
+    return std::string("/bin/chmod ") + (mayCreateRules ? "777 " : "775 ") + quotedForShell(folder);
+}
+
+std::string privilegedScript(const std::string& command)
+{
+    return "do shell script \"" + command + "\" with administrator privileges";
+}
+
+} // namespace quorvane
