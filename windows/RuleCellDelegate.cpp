@@ -1,7 +1,10 @@
 #include "windows/RuleCellDelegate.h"
 
+#include "windows/TickHeader.h"
+
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QMouseEvent>
 #include <QPainter>
 
 namespace quorvane {
@@ -38,7 +41,9 @@ void RuleCellDelegate::paint(
     cell.state.setFlag(QStyle::State_HasFocus, false);
     const QStyle& style = cell.widget == nullptr ? *QApplication::style() : *cell.widget->style();
     style.drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
-    if (cell.text.isEmpty() && !cell.icon.isNull()) {
+    if (cell.features.testFlag(QStyleOptionViewItem::HasCheckIndicator)) {
+        paintTick(*painter, cell, style);
+    } else if (cell.text.isEmpty() && !cell.icon.isNull()) {
         QRect image(QPoint(), stateImageSize);
         image.moveCenter(option.rect.center());
         cell.icon.paint(painter, image);
@@ -52,6 +57,19 @@ void RuleCellDelegate::paint(
 QSize RuleCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
     return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * roomBesideText, 0);
+}
+
+bool RuleCellDelegate::editorEvent(
+    QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index)
+{
+    const QVariant state = index.data(Qt::CheckStateRole);
+    if (!state.isValid())
+        return QStyledItemDelegate::editorEvent(event, model, option, index);
+    if (event->type() != QEvent::MouseButtonRelease
+        || static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
+        return false;
+    return model->setData(index, state.value<Qt::CheckState>() == Qt::Checked ? Qt::Unchecked : Qt::Checked,
+        Qt::CheckStateRole);
 }
 
 void RuleCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const

@@ -4,8 +4,8 @@
 
 namespace quorvane {
 
-// Paints the cells of a rules table: an image without text in the middle of its column, texts in their own
-// colour also while selected.
+// Paints the cells of a rules table: an image without text or a check box in the middle of its column, texts
+// in their own colour also while selected. A click anywhere in a check box's cell ticks or unticks it.
 class RuleCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:
@@ -16,6 +16,8 @@ public:
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
+    bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override;
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 };
 

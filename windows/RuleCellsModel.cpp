@@ -33,6 +33,8 @@ QColor textColor(CellColor color)
         return {0xff, 0x80, 0x00};
     case CellColor::blue:
         return Qt::blue;
+    case CellColor::grey:
+        return {0x6e, 0x6e, 0x76};
     }
     return Qt::black;
 }
@@ -62,11 +64,12 @@ QIcon fadedIcon(const QString& file)
     return faded;
 }
 
-QFont cellFont(bool bold)
+QFont cellFont(bool bold, bool italic)
 {
     QFont font;
     font.setPixelSize(cellFontSize);
     font.setBold(bold);
+    font.setItalic(italic);
     return font;
 }
 
@@ -129,7 +132,8 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
     if (role == Qt::BackgroundRole)
         return shown == nullptr ? QVariant() : QVariant(QBrush(bandColor(shown->shaded)));
     if (role == Qt::FontRole)
-        return cellFont(index.column() == 0);
+        return cellFont(index.column() == 0,
+            shown != nullptr && shown->cells[static_cast<std::size_t>(index.column())].italic);
     static constexpr std::array cellRoles{Qt::DisplayRole, Qt::DecorationRole, Qt::ForegroundRole,
         Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
     if (std::find(cellRoles.begin(), cellRoles.end(), role) == cellRoles.end())

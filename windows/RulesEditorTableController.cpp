@@ -127,10 +127,7 @@ void RulesEditorTableController::sortByColumn(int column)
         = sortDescriptorsAfterClick(m_sortDescriptors, columnSortKey(static_cast<RuleColumn>(column)));
     const Qt::SortOrder order
         = m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
-    auto* header = m_ui->rulesEditorTableView->horizontalHeader();
-    header->setSortIndicatorShown(true);
-    header->setSortIndicator(column, order);
-    m_model->setSortedColumn(column, order);
+    m_ui->rulesEditorTableView->showOrder(column, order);
     m_ui->sortMenu->actions().at(column)->setChecked(true);
     sortDescriptorsDidChange();
 }

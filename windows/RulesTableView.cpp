@@ -2,6 +2,7 @@
 
 #include "windows/RuleCellDelegate.h"
 #include "windows/RuleCellsModel.h"
+#include "windows/TickHeader.h"
 
 #include <QHeaderView>
 #include <QPainter>
@@ -24,6 +25,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     : QTableView(parent)
 {
     setItemDelegate(new RuleCellDelegate(this));
+    setHorizontalHeader(new TickHeader(this));
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -55,6 +57,14 @@ void RulesTableView::setEmptyText(const QString& text)
     viewport()->update();
 }
 
+void RulesTableView::showOrder(int column, Qt::SortOrder order)
+{
+    horizontalHeader()->setSortIndicatorShown(column >= 0);
+    horizontalHeader()->setSortIndicator(column, order);
+    if (auto* rules = qobject_cast<RuleCellsModel*>(model()))
+        rules->setSortedColumn(column, order);
+}
+
 void RulesTableView::fitColumns()
 {
     resizeColumnsToContents();
@@ -65,6 +75,8 @@ void RulesTableView::fitColumns()
 
 void RulesTableView::stretchPath()
 {
+    if (!horizontalHeader()->stretchLastSection())
+        return; // the path stands elsewhere and takes the room by itself
     // The header takes up stretching anew only when it is switched on.
     horizontalHeader()->setStretchLastSection(false);
     horizontalHeader()->setStretchLastSection(true);

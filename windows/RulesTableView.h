@@ -15,6 +15,9 @@ public:
     // Shown in place of rows when there are none.
     void setEmptyText(const QString& text);
 
+    // Marks the column by which the rows are sorted first; none when `column` is negative.
+    void showOrder(int column, Qt::SortOrder order);
+
     // Makes the columns as wide as what they show needs, within reason; the path takes the rest.
     void fitColumns();
 

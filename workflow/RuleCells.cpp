@@ -3,7 +3,6 @@
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
 #include "workflow/ApplicationValidation.h"
-#include "workflow/RuleFindings.h"
 
 #include <array>
 
@@ -16,13 +15,6 @@ constexpr std::array<std::string_view, ruleColumnCount> titles{
 constexpr std::array<SortKey, ruleColumnCount> sortKeys{SortKey::processShortName, SortKey::ruleState,
     SortKey::shownClass, SortKey::policyType, SortKey::operations, SortKey::tag, SortKey::path};
 
-void describe(RuleCell& cell, std::string_view words)
-{
-    if (!cell.description.empty())
-        cell.description += ", ";
-    cell.description += words;
-}
-
 std::string applicationToolTip(const PolicyRuleFields& rule)
 {
     std::string tip(rule.processName.view());
@@ -31,7 +23,8 @@ std::string applicationToolTip(const PolicyRuleFields& rule)
     return tip;
 }
 
-RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
+RuleCell policyApplicationCell(
+    const PolicyRule& rule, const PolicyRule* previous, const ProgramQuestion& faultOf)
 {
     RuleCell cell;
     cell.toolTip = applicationToolTip(rule.fields());
@@ -44,7 +37,7 @@ RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
     } else {
         cell.description = name;
     }
-    if (const auto fault = programFault(rule, name)) {
+    if (const auto fault = faultOf(rule, name)) {
         cell.color = CellColor::red;
         describe(cell, programFaultWords(*fault));
         cell.toolTip += "\n" + findingText({FindingKind::invalidProgram, {}, fault});
@@ -53,7 +46,7 @@ RuleCell applicationCell(const PolicyRule& rule, const PolicyRule* previous)
 }
 
 // Deliberate: a watch rule shows no application; only words tell of it.
-RuleCell applicationCell(const WatchRule& rule)
+RuleCell watchApplicationCell(const WatchRule& rule)
 {
     RuleCell cell;
     cell.description = shownApplicationNameForRule(rule);
@@ -116,28 +109,6 @@ RuleCell tagCell(const NullableText& tag)
     return cell;
 }
 
-RuleCell pathCell(const RuleManager& store, const RuleRef& rule)
-{
-    RuleCell cell;
-    cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
-    cell.toolTip = cell.text;
-    for (const RuleFinding& finding : pathFindingsForRule(store, rule)) {
-        cell.toolTip += "\n" + findingText(finding);
-        if (finding.kind == FindingKind::redundant) {
-            cell.color = CellColor::orange;
-            describe(cell, "redundant");
-        } else if (finding.kind == FindingKind::missingPath) {
-            // Orange goes before red, whatever is missing.
-            if (cell.color == CellColor::black)
-                cell.color = CellColor::red;
-            describe(cell, "file not found");
-        } else {
-            describe(cell, "does not read back");
-        }
-    }
-    return cell;
-}
-
 RuleCell textCell(std::string text)
 {
     RuleCell cell;
@@ -157,17 +128,54 @@ SortKey columnSortKey(RuleColumn column)
     return sortKeys[static_cast<std::size_t>(column)];
 }
 
+void describe(RuleCell& cell, std::string_view words)
+{
+    if (!cell.description.empty())
+        cell.description += ", ";
+    cell.description += words;
+}
+
+RuleCell applicationCell(
+    const RuleRows& rows, std::size_t row, bool includeSystemRules, const ProgramQuestion& faultOf)
+{
+    const RuleRef& rule = rows.at(row, includeSystemRules);
+    const PolicyRule* policy = policyRuleIn(rule);
+    if (policy == nullptr)
+        return watchApplicationCell(*std::get<WatchRulePtr>(rule));
+    return policyApplicationCell(
+        *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr, faultOf);
+}
+
+RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings)
+{
+    RuleCell cell;
+    cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
+    cell.toolTip = cell.text;
+    for (const RuleFinding& finding : findings) {
+        cell.toolTip += "\n" + findingText(finding);
+        if (finding.kind == FindingKind::redundant) {
+            cell.color = CellColor::orange;
+            describe(cell, "redundant");
+        } else if (finding.kind == FindingKind::missingPath) {
+            // Orange goes before red, whatever is missing.
+            if (cell.color == CellColor::black)
+                cell.color = CellColor::red;
+            describe(cell, "file not found");
+        } else {
+            describe(cell, "does not read back");
+        }
+    }
+    return cell;
+}
+
 RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
     RuleColumn column)
 {
     const RuleRef& rule = rows.at(row, includeSystemRules);
-    const PolicyRule* policy = policyRuleIn(rule);
     switch (column) {
     case RuleColumn::application:
-        if (policy == nullptr)
-            return applicationCell(*std::get<WatchRulePtr>(rule));
-        return applicationCell(
-            *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr);
+        return applicationCell(rows, row, includeSystemRules,
+            [](const PolicyRule& policy, std::string_view name) { return programFault(policy, name); });
     case RuleColumn::state:
         return stateCell(askRule(rule, [](const auto& record) { return record.getRuleState(); }));
     case RuleColumn::ruleClass:
@@ -180,7 +188,7 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
     case RuleColumn::tag:
         return tagCell(askRule(rule, [](const auto& record) { return record.fields().tag; }));
     case RuleColumn::path:
-        return pathCell(store, rule);
+        return pathCell(rule, pathFindingsForRule(store, rule));
     }
     return {};
 }

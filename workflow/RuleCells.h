@@ -1,11 +1,14 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/RuleFindings.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // What the rules table shows in each cell. Pure functions of the store and the row (and of the files that the
 // rules name); nothing here knows a widget.
@@ -22,13 +25,14 @@ std::string_view columnTitle(RuleColumn column);
 // What a click on the column's title sorts by.
 SortKey columnSortKey(RuleColumn column);
 
-enum class CellColor { black, red, orange, blue };
+enum class CellColor { black, red, orange, blue, grey };
 
 enum class StateImage { none, system, recent };
 
 struct RuleCell {
     std::string text;
     CellColor color = CellColor::black;
+    bool italic = false;
     // The file or bundle whose icon stands before the text; none for no icon.
     std::optional<std::string> iconFile;
     StateImage image = StateImage::none;
@@ -43,5 +47,21 @@ struct RuleCell {
 // The cell of `row`, which must be below the store's totalRules(includeSystemRules).
 RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
     RuleColumn column);
+
+// The parts that other tables of rules are made of as well.
+
+// What is wrong with the program of a rule that a table shows under `applicationName`; none when nothing is.
+using ProgramQuestion
+    = std::function<std::optional<ProgramFault>(const PolicyRule& rule, std::string_view applicationName)>;
+
+// The application cell of `row`: blank in the later rows of an application group.
+RuleCell applicationCell(
+    const RuleRows& rows, std::size_t row, bool includeSystemRules, const ProgramQuestion& faultOf);
+
+// The path cell of a rule of which `findings` are worth telling.
+RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings);
+
+// Adds words to what the cell says to a screen reader.
+void describe(RuleCell& cell, std::string_view words);
 
 } // namespace quorvane

@@ -53,9 +53,9 @@ void addRedundancy(std::vector<RuleFinding>& findings, const RuleManager& store,
         findings.push_back({FindingKind::redundant, textOf(*covering), {}});
 }
 
-void addPathFindings(std::vector<RuleFinding>& findings, const RuleRef& rule)
+void addPathFindings(std::vector<RuleFinding>& findings, const RuleRef& rule, HomePaths homePaths)
 {
-    if (isPathMissing(rule))
+    if (isPathMissing(rule, homePaths))
         findings.push_back({FindingKind::missingPath, {}, {}});
     const bool readsBack = askRule(rule,
         [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
@@ -95,15 +95,15 @@ std::string ruleText(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return textOf(record); });
 }
 
-bool isPathMissing(const RuleRef& rule)
+bool isPathMissing(const RuleRef& rule, HomePaths homePaths)
 {
-    return askRule(rule, [](const auto& record) {
+    return askRule(rule, [homePaths](const auto& record) {
         const auto& fields = record.fields();
         const std::string_view path = fields.path.view();
         const bool inHome = path.starts_with("~/");
         if (fields.policyType == PolicyType::suffix || fields.system)
             return false;
-        if (!inHome && !path.starts_with("/"))
+        if (inHome ? homePaths == HomePaths::neverMissing : !path.starts_with("/"))
             return false;
         // Deliberate: the resources can no longer come this far, but are named with the devices all the same.
         if (startsWithAny(path, {":NVRAM/", ":ATTACH/", ":IOKIT/", ":KMOD/", "/dev/"}))
@@ -118,15 +118,16 @@ std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef
     std::vector<RuleFinding> findings;
     addRedundancy(findings, store, rule);
     addProgramFault(findings, rule);
-    addPathFindings(findings, rule);
+    addPathFindings(findings, rule, HomePaths::lookedUp);
     return findings;
 }
 
-std::vector<RuleFinding> pathFindingsForRule(const RuleManager& store, const RuleRef& rule)
+std::vector<RuleFinding> pathFindingsForRule(
+    const RuleManager& store, const RuleRef& rule, HomePaths homePaths)
 {
     std::vector<RuleFinding> findings;
     addRedundancy(findings, store, rule);
-    addPathFindings(findings, rule);
+    addPathFindings(findings, rule, homePaths);
     return findings;
 }
 

@@ -38,16 +38,20 @@ std::string findingText(const RuleFinding& finding);
 // The rule as a line of a rules file, without the line feed.
 std::string ruleText(const RuleRef& rule);
 
-// True when the rule names a file or folder, as a user rule other than a suffix, that does not exist. A path
-// that begins with "~/" is looked up in the home folder; devices and resources other than files are never
-// missing.
-bool isPathMissing(const RuleRef& rule);
+// What becomes of a path that begins with "~/": it is looked up in the home folder, or left alone, since in a
+// file from elsewhere it stands for somebody else's.
+enum class HomePaths { lookedUp, neverMissing };
+
+// True when the rule names a file or folder, as a user rule other than a suffix, that does not exist. Devices
+// and resources other than files are never missing.
+bool isPathMissing(const RuleRef& rule, HomePaths homePaths = HomePaths::lookedUp);
 
 // Everything worth telling, in the order of FindingKind. Of a system rule it is never told that it does not
 // read back, since it is not written.
 std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef& rule);
 
 // The same without what concerns the program: no program file is read.
-std::vector<RuleFinding> pathFindingsForRule(const RuleManager& store, const RuleRef& rule);
+std::vector<RuleFinding> pathFindingsForRule(
+    const RuleManager& store, const RuleRef& rule, HomePaths homePaths = HomePaths::lookedUp);
 
 } // namespace quorvane

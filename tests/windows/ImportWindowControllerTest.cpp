@@ -1,0 +1,365 @@
+#include "windows/ImportWindowController.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+#include "windows/ImportTableModel.h"
+#include "windows/QtText.h"
+#include "windows/RulesTableView.h"
+#include "workflow/ImportCells.h"
+#include "workflow/ImportDelegate.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+namespace quorvane {
+
+namespace {
+
+// Notes what it is given, in words.
+class NotingDelegate : public ImportDelegate {
+public:
+    void importRule(const RuleRef& rule) override
+    {
+        calls += askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); })
+            + " ";
+        if (meanwhile)
+            meanwhile();
+    }
+    void didFinishImportingRules() override { calls += "end"; }
+
+    std::string calls;
+    std::function<void()> meanwhile;
+};
+
+class ImportWindow : public testing::Test {
+protected:
+    void open(const std::string& file)
+    {
+        window = std::make_unique<ImportWindowController>(store, workspace, log.log());
+        window->setDelegate(&delegate);
+        window->setPath(file);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        table = window->findChild<RulesTableView*>(QStringLiteral("importTableView"));
+    }
+    // A file of three policy rules of one program, in this order: /b, /a, /c.
+    void openThree()
+    {
+        open(folder.write("Three.quorv",
+            "allow prefix \"/b\" \"/bin/sh\" r\n"
+            "allow prefix \"/a\" \"/bin/sh\" w\n"
+            "deny prefix \"/c\" \"/bin/sh\" r\n"));
+    }
+
+    QString shownPaths() const
+    {
+        QStringList paths;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            paths.append(cell(row, ImportColumn::path).data().toString());
+        return paths.join(QLatin1Char(' '));
+    }
+    QModelIndex cell(int row, ImportColumn column) const
+    {
+        return table->model()->index(row, static_cast<int>(column));
+    }
+    // One letter for each row: x when it is ticked.
+    QString ticks() const
+    {
+        QString letters;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            letters += cell(row, ImportColumn::tick).data(Qt::CheckStateRole) == Qt::Checked ? u'x' : u'-';
+        return letters;
+    }
+    QString counts() const { return window->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
+    QPushButton* button(const char* name) const
+    {
+        return window->findChild<QPushButton*>(QString::fromLatin1(name));
+    }
+    void click(int row, ImportColumn column) const
+    {
+        QTest::mouseClick(
+            table->viewport(), Qt::LeftButton, {}, table->visualRect(cell(row, column)).center());
+    }
+    void clickTitle(ImportColumn column) const
+    {
+        QHeaderView* header = table->horizontalHeader();
+        const int middle = header->sectionViewportPosition(static_cast<int>(column))
+            + header->sectionSize(static_cast<int>(column)) / 2;
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
+    }
+    void sortByPath() const { clickTitle(ImportColumn::path); }
+
+    TemporaryFolder folder;
+    CapturedLog log;
+    RuleManager store{Locations(folder.path("root"), "ann"), silentLog()};
+    Workspace workspace;
+    NotingDelegate delegate;
+    std::unique_ptr<ImportWindowController> window;
+    RulesTableView* table = nullptr;
+};
+
+} // namespace
+
+TEST_F(ImportWindow, ListsTheRulesOfTheFileAllTicked)
+{
+    openThree();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+    EXPECT_EQ(counts(), QStringLiteral("3 of 3 rules ticked"));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Import Rules - ") + toQt(folder.path("Three.quorv")));
+    EXPECT_EQ(QApplication::focusWidget(), table);
+}
+
+TEST_F(ImportWindow, LogsThePathAndTheNumberOfRules)
+{
+    openThree();
+    const std::string file = folder.path("Three.quorv");
+    const auto lines = log.lines();
+    EXPECT_EQ(lines.front(), "path set to " + file);
+    EXPECT_EQ(lines.back(), "total rules: 3 for path " + file);
+}
+
+TEST_F(ImportWindow, ItsRulesAreNoRulesOfTheSystem)
+{
+    openThree();
+    window->importAction();
+    EXPECT_EQ(delegate.calls, "/b /a /c end");
+}
+
+TEST_F(ImportWindow, StaysEmptyWithoutAPathAndTriesAgainTheNextTimeItIsShown)
+{
+    open("");
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_TRUE(log.lines().empty());
+    window->hide();
+    window->setPath(folder.write("One.quorv", "allow prefix \"/b\" \"/bin/sh\" r\n"));
+    window->show();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b"));
+}
+
+TEST_F(ImportWindow, ReadsTheFileOnceHoweverOftenItIsShown)
+{
+    openThree();
+    click(0, ImportColumn::tick);
+    window->hide();
+    window->show();
+    EXPECT_EQ(ticks(), QStringLiteral("-xx"));
+}
+
+TEST_F(ImportWindow, ReadingTheFileAgainTicksAllRulesAgain)
+{
+    openThree();
+    click(0, ImportColumn::tick);
+    folder.write("Three.quorv", "allow prefix \"/d\" \"/bin/sh\" r\nallow prefix \"/e\" \"/bin/sh\" r\n");
+    window->reloadData();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/d /e"));
+    EXPECT_EQ(ticks(), QStringLiteral("xx"));
+    EXPECT_EQ(counts(), QStringLiteral("2 of 2 rules ticked"));
+}
+
+TEST_F(ImportWindow, AClickUnticksARuleAndAnotherTicksItAgain)
+{
+    openThree();
+    click(1, ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("x-x"));
+    EXPECT_EQ(counts(), QStringLiteral("2 of 3 rules ticked"));
+    click(1, ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+    click(1, ImportColumn::path);
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+}
+
+TEST_F(ImportWindow, ADoubleClickOnACheckBoxIsTwoClicks)
+{
+    openThree();
+    const QPoint place = table->visualRect(cell(1, ImportColumn::tick)).center();
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+}
+
+TEST_F(ImportWindow, SortingKeepsEachRulesTick)
+{
+    openThree();
+    click(0, ImportColumn::tick);
+    sortByPath();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+    EXPECT_EQ(ticks(), QStringLiteral("x-x"));
+    sortByPath();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/c /b /a"));
+    EXPECT_EQ(ticks(), QStringLiteral("x-x"));
+    clickTitle(ImportColumn::ruleClass);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c")) << "the order before breaks ties";
+    EXPECT_EQ(ticks(), QStringLiteral("-xx"));
+}
+
+TEST_F(ImportWindow, TheTitleAboveTheTicksTicksAllOrNone)
+{
+    openThree();
+    clickTitle(ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("---"));
+    EXPECT_EQ(counts(), QStringLiteral("0 of 3 rules ticked"));
+    click(2, ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("--x"));
+    clickTitle(ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c")) << "it sorts nothing";
+}
+
+TEST_F(ImportWindow, TheSpaceBarTogglesTheTicksOfTheSelectedRows)
+{
+    openThree();
+    click(1, ImportColumn::path);
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_EQ(ticks(), QStringLiteral("x-x"));
+    QTest::keyClick(table, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(table, Qt::Key_Space); // one of the two is ticked, so both become so
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_EQ(ticks(), QStringLiteral("x--"));
+    QTest::keyClick(table, Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+}
+
+TEST_F(ImportWindow, ItsMenuSortsAsItsTitlesDo)
+{
+    openThree();
+    for (QAction* action : table->findChild<QMenu*>()->findChild<QMenu*>()->actions()) {
+        if (action->text() == QStringLiteral("Path"))
+            action->trigger();
+    }
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+}
+
+TEST_F(ImportWindow, ReturnImportsTheTickedRulesInTheOrderOfTheRows)
+{
+    openThree();
+    click(2, ImportColumn::tick);
+    sortByPath();
+    QTest::keyClick(table, Qt::Key_Return);
+    EXPECT_EQ(delegate.calls, "/a /b end");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(log.lines().back(), "-[ImportWindowController windowWillClose:] closing");
+}
+
+TEST_F(ImportWindow, ImportWithEveryBoxUntickedEndsTheImportAndClosesTheWindow)
+{
+    openThree();
+    clickTitle(ImportColumn::tick);
+    button("importButton")->click();
+    EXPECT_EQ(delegate.calls, "end");
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(ImportWindow, ImportOfAFileThatCannotBeReadEndsTheImport)
+{
+    open(folder.path("missing.quorv"));
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("This file holds no rules."));
+    button("importButton")->click();
+    EXPECT_EQ(delegate.calls, "end");
+}
+
+TEST_F(ImportWindow, ImportWithoutADelegateOnlyClosesTheWindow)
+{
+    openThree();
+    window->setDelegate(nullptr);
+    button("importButton")->click();
+    EXPECT_EQ(delegate.calls, "");
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(ImportWindow, EscapeCancelAndCloseImportNothing)
+{
+    const struct {
+        const char* why;
+        std::function<void()> act;
+    } cases[] = {
+        {"Escape", [this] { QTest::keyClick(table, Qt::Key_Escape); }},
+        {"Cancel", [this] { button("cancelButton")->click(); }},
+        {"the close control", [this] { window->close(); }},
+    };
+    for (const auto& c : cases) {
+        openThree();
+        const std::size_t before = log.lines().size();
+        c.act();
+        EXPECT_FALSE(window->isVisible()) << c.why;
+        EXPECT_EQ(delegate.calls, "") << c.why;
+        EXPECT_EQ(log.lines().size(), before + 1) << c.why << " closes once";
+    }
+}
+
+TEST_F(ImportWindow, ClosingItDeletesTheFailSafeFilesAlsoWhenAnotherFileWasUnderReview)
+{
+    const Locations& locations = store.locations();
+    const std::string failSafe = folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
+    folder.write("root/Users/Shared/Quorvane/failsafe.rc.strict", "");
+    ASSERT_EQ(failSafe, locations.failSafeFile());
+    openThree();
+    window->close();
+    EXPECT_FALSE(std::filesystem::exists(locations.failSafeFile()));
+    EXPECT_FALSE(std::filesystem::exists(locations.failSafeStrictMarker()));
+    EXPECT_TRUE(std::filesystem::exists(folder.path("Three.quorv")));
+}
+
+TEST_F(ImportWindow, AWindowThatIsReplacedLeavesTheFailSafeFilesAlone)
+{
+    folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
+    openThree();
+    window.reset();
+    EXPECT_TRUE(std::filesystem::exists(store.locations().failSafeFile()));
+}
+
+TEST_F(ImportWindow, TellsHowFarALongImportIsAndTakesNoInputMeanwhile)
+{
+    openThree();
+    QWidget other;
+    other.show();
+    bool wasBlocked = false;
+    delegate.meanwhile = [&] {
+        auto* progress = window->findChild<QProgressDialog*>();
+        ASSERT_NE(progress, nullptr);
+        ASSERT_TRUE(QTest::qWaitFor([progress] { return progress->isVisible(); }));
+        EXPECT_EQ(QApplication::activeModalWidget(), progress);
+        progress->close();
+        QTest::keyClick(progress, Qt::Key_Escape);
+        window->close();
+        window->reject();
+        window->importAction();
+        EXPECT_TRUE(progress->isVisible());
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_TRUE(window->isImporting());
+        wasBlocked = true;
+    };
+    button("importButton")->click();
+    EXPECT_TRUE(wasBlocked);
+    EXPECT_EQ(delegate.calls, "/b /a /c end");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(ImportWindow, TogglesTheTicksOfManyRowsTogether)
+{
+    std::string text;
+    constexpr int rules = 20000;
+    for (int number = 0; number < rules; ++number)
+        text += "allow path \"/f" + std::to_string(number) + "\" \"/bin/sh\" r\n";
+    open(folder.write("Many.quorv", text));
+    QTest::keyClick(table, Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_EQ(counts(), QStringLiteral("0 of 20,000 rules ticked"));
+    EXPECT_EQ(cell(rules - 1, ImportColumn::tick).data(Qt::CheckStateRole), Qt::Unchecked);
+    QTest::keyClick(table, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_EQ(counts(), QStringLiteral("20,000 of 20,000 rules ticked"));
+}
+
+} // namespace quorvane

@@ -1,0 +1,110 @@
+#include "windows/ImportTableModel.h"
+
+#include "workflow/ImportCells.h"
+
+namespace quorvane {
+
+namespace {
+
+bool shaded = false; // of the rows of all reviews, for the whole process
+
+constexpr int tickColumn = static_cast<int>(ImportColumn::tick);
+
+} // namespace
+
+std::int64_t sequenceOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return record.sequence(); });
+}
+
+ImportTableModel::ImportTableModel(
+    const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent)
+    : RuleCellsModel(importColumnCount, std::make_shared<RuleRows>(), workspace, shaded, parent)
+    , m_present(present)
+    , m_ticks(ticks)
+{
+}
+
+void ImportTableModel::reload(const RuleManager& reviewed)
+{
+    m_reviewed = &reviewed;
+    setRows(reviewed.rows(), false);
+    ticksDidChange();
+}
+
+void ImportTableModel::ticksDidChange()
+{
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, tickColumn), index(rowCount() - 1, tickColumn), {Qt::CheckStateRole});
+    Q_EMIT headerDataChanged(Qt::Horizontal, tickColumn, tickColumn);
+}
+
+Qt::CheckState ImportTableModel::commonTick() const
+{
+    const auto rules = static_cast<std::size_t>(rowCount());
+    const std::size_t ticked = m_ticks.countOfTicked(rules);
+    if (ticked == 0)
+        return Qt::Unchecked;
+    return ticked == rules ? Qt::Checked : Qt::PartiallyChecked;
+}
+
+QVariant ImportTableModel::data(const QModelIndex& index, int role) const
+{
+    if (role != Qt::CheckStateRole)
+        return RuleCellsModel::data(index, role);
+    if (!index.isValid() || index.row() >= rowCount() || index.column() != tickColumn)
+        return {};
+    return m_ticks.isTicked(sequenceOf(ruleAt(index.row()))) ? Qt::Checked : Qt::Unchecked;
+}
+
+bool ImportTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (role != Qt::CheckStateRole || !index.isValid() || index.column() != tickColumn)
+        return false;
+    Q_EMIT checkBoxClicked(sequenceOf(ruleAt(index.row())), value.value<Qt::CheckState>() == Qt::Checked);
+    return true;
+}
+
+QVariant ImportTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || section != tickColumn)
+        return RuleCellsModel::headerData(section, orientation, role);
+    switch (role) {
+    case Qt::CheckStateRole:
+        return commonTick();
+    case Qt::AccessibleTextRole:
+        return tr("Import");
+    case Qt::AccessibleDescriptionRole:
+        switch (commonTick()) {
+        case Qt::Checked:
+            return tr("all rules ticked");
+        case Qt::Unchecked:
+            return tr("no rule ticked");
+        case Qt::PartiallyChecked:
+            return tr("some rules ticked");
+        }
+        return {};
+    case Qt::ToolTipRole:
+        return tr("Tick or untick all rules");
+    default:
+        return RuleCellsModel::headerData(section, orientation, role);
+    }
+}
+
+Qt::ItemFlags ImportTableModel::flags(const QModelIndex& index) const
+{
+    const Qt::ItemFlags flags = RuleCellsModel::flags(index);
+    return index.column() == tickColumn ? flags | Qt::ItemIsUserCheckable : flags;
+}
+
+RuleCell ImportTableModel::makeCell(std::size_t row, int column) const
+{
+    return importCell(*m_reviewed, m_present, rows(), row, static_cast<ImportColumn>(column));
+}
+
+std::string_view ImportTableModel::titleOf(int column) const
+{
+    return importColumnTitle(static_cast<ImportColumn>(column));
+}
+
+} // namespace quorvane

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "windows/RuleCellsModel.h"
+#include "workflow/StateDict.h"
+
+namespace quorvane {
+
+// The rules of a file under review as a Qt table, with a check box for each, and one above them for all.
+class ImportTableModel : public RuleCellsModel {
+    Q_OBJECT
+public:
+    // Rules that `present` holds as well are marked. Nothing given is owned; all of it must outlive the
+    // model.
+    ImportTableModel(
+        const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent = nullptr);
+
+    // Shows the rows that `reviewed` has now. It must live until the next call, or as long as the model.
+    void reload(const RuleManager& reviewed);
+
+    // Ticks were changed; any number of them.
+    void ticksDidChange();
+    // Whether all rules are ticked, or none, or some.
+    Qt::CheckState commonTick() const;
+
+    QVariant data(const QModelIndex& index, int role) const override;
+    // Changes no tick by itself: see checkBoxClicked().
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+Q_SIGNALS:
+    // Somebody wants the rule of this sequence number ticked, or not.
+    void checkBoxClicked(qint64 sequence, bool isTicked);
+
+protected:
+    RuleCell makeCell(std::size_t row, int column) const override;
+    std::string_view titleOf(int column) const override;
+
+private:
+    const RuleManager& m_present;
+    const StateDict& m_ticks;
+    const RuleManager* m_reviewed = nullptr; // none until there are rows
+};
+
+// The load number of a rule, which identifies it in its file.
+std::int64_t sequenceOf(const RuleRef& rule);
+
+} // namespace quorvane

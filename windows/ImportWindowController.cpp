@@ -1,0 +1,232 @@
+#include "windows/ImportWindowController.h"
+
+#include "platform/Log.h"
+#include "ui_ImportWindowController.h"
+#include "windows/ImportProgress.h"
+#include "windows/ImportTableModel.h"
+#include "windows/KeptSelection.h"
+#include "windows/QtText.h"
+#include "workflow/ImportCells.h"
+#include "workflow/ImportDelegate.h"
+#include "workflow/SortClicks.h"
+
+#include <QAction>
+#include <QHeaderView>
+#include <QLocale>
+#include <QMenu>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace quorvane {
+
+ImportWindowController::ImportWindowController(
+    const RuleManager& present, Workspace& workspace, Log& log, QWidget* parent)
+    : QDialog(parent, Qt::Window)
+    , m_present(present)
+    , m_log(log)
+    , m_ui(std::make_unique<Ui::ImportWindowController>())
+    , m_model(new ImportTableModel(present, m_stateDict, workspace, this))
+{
+    m_ui->setupUi(this);
+    setUpTable();
+    setUpMenu();
+    connect(m_ui->importButton, &QPushButton::clicked, this, &ImportWindowController::importAction);
+    connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
+    setPath({});
+    ticksDidChange();
+    m_ui->importTableView->setFocus();
+}
+
+ImportWindowController::~ImportWindowController() = default;
+
+void ImportWindowController::setUpTable()
+{
+    constexpr int iconPixels = 18;
+    auto* table = m_ui->importTableView;
+    table->setIconSize(QSize(iconPixels, iconPixels));
+    table->setModel(m_model);
+    QHeaderView* header = table->horizontalHeader();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(static_cast<int>(ImportColumn::path), QHeaderView::Stretch);
+    header->setSectionResizeMode(static_cast<int>(ImportColumn::tick), QHeaderView::Fixed);
+    connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
+        if (static_cast<ImportColumn>(column) == ImportColumn::tick)
+            toggleAllTicks();
+        else
+            sortByColumn(column);
+    });
+    connect(m_model, &ImportTableModel::checkBoxClicked, this, &ImportWindowController::checkBoxValueChanged);
+}
+
+// Everything that the mouse does in the table, for the keyboard.
+void ImportWindowController::setUpMenu()
+{
+    auto* table = m_ui->importTableView;
+    auto* menu = new QMenu(table);
+    const auto addTickAction = [&](const QString& text, const QKeySequence& keys, auto slot) {
+        QAction* action = menu->addAction(text);
+        action->setShortcut(keys);
+        action->setShortcutContext(Qt::WidgetShortcut);
+        connect(action, &QAction::triggered, this, slot);
+        table->addAction(action);
+    };
+    addTickAction(tr("&Tick or Untick"), Qt::Key_Space, &ImportWindowController::toggleSelectedTicks);
+    addTickAction(
+        tr("Tick or Untick &All"), Qt::CTRL | Qt::Key_Space, &ImportWindowController::toggleAllTicks);
+    QMenu* sortMenu = menu->addMenu(tr("S&ort By"));
+    for (int column = 0; column < importColumnCount; ++column) {
+        if (!importColumnSortKey(static_cast<ImportColumn>(column)))
+            continue;
+        QAction* action = sortMenu->addAction(toQt(importColumnTitle(static_cast<ImportColumn>(column))));
+        connect(action, &QAction::triggered, this, [this, column] { sortByColumn(column); });
+    }
+    table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(table, &QWidget::customContextMenuRequested, menu,
+        [table, menu](const QPoint& place) { menu->popup(table->viewport()->mapToGlobal(place)); });
+}
+
+void ImportWindowController::setPath(std::string path)
+{
+    m_path = std::move(path);
+    setWindowTitle(m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(toQt(m_path)));
+}
+
+void ImportWindowController::awakeFromNib()
+{
+    if (m_initialize || m_path.empty())
+        return;
+    m_log.write("path set to " + m_path);
+    reloadData();
+    m_initialize = true;
+}
+
+void ImportWindowController::reloadData()
+{
+    m_stateDict = {};
+    m_sortDescriptors.clear();
+    m_ui->importTableView->showOrder(-1, Qt::AscendingOrder);
+    auto read = RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
+    m_model->reload(*read);
+    m_ruleManager = std::move(read); // only now that no row of the old one is shown
+    numberOfRowsInTableView();
+    m_ui->importTableView->fitColumns();
+    ticksDidChange();
+}
+
+std::size_t ImportWindowController::numberOfRowsInTableView() const
+{
+    const std::size_t rules = m_ruleManager == nullptr ? 0 : m_ruleManager->totalRules(false);
+    m_log.write("total rules: " + std::to_string(rules) + " for path " + m_path);
+    return rules;
+}
+
+void ImportWindowController::sortByColumn(int column)
+{
+    const auto key = importColumnSortKey(static_cast<ImportColumn>(column));
+    if (!key || m_ruleManager == nullptr)
+        return;
+    m_sortDescriptors = sortDescriptorsAfterClick(m_sortDescriptors, *key);
+    m_ui->importTableView->showOrder(
+        column, m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    m_ruleManager->sortIndexUsingDescriptors(m_sortDescriptors);
+    const KeptSelection selection(*m_ui->importTableView, *m_model);
+    m_model->reload(*m_ruleManager);
+    selection.restore(*m_ui->importTableView, *m_model);
+    numberOfRowsInTableView();
+}
+
+void ImportWindowController::checkBoxValueChanged(qint64 tag, bool isOn)
+{
+    m_stateDict.setTicked(tag, isOn);
+    ticksDidChange();
+}
+
+void ImportWindowController::toggleAllTicks()
+{
+    m_stateDict.setAllTicked(m_model->commonTick() != Qt::Checked);
+    ticksDidChange();
+}
+
+void ImportWindowController::toggleSelectedTicks()
+{
+    const QItemSelection selection = m_ui->importTableView->selectionModel()->selection();
+    const auto anyRow = [&selection](auto question) {
+        for (const QItemSelectionRange& range : selection) {
+            for (int row = range.top(); row <= range.bottom(); ++row) {
+                if (question(row))
+                    return true;
+            }
+        }
+        return false;
+    };
+    const bool tick
+        = anyRow([this](int row) { return !m_stateDict.isTicked(sequenceOf(m_model->ruleAt(row))); });
+    anyRow([this, tick](int row) {
+        m_stateDict.setTicked(sequenceOf(m_model->ruleAt(row)), tick);
+        return false;
+    });
+    ticksDidChange();
+}
+
+void ImportWindowController::ticksDidChange()
+{
+    m_model->ticksDidChange();
+    const auto rules = static_cast<std::size_t>(m_model->rowCount());
+    const QLocale locale;
+    m_ui->countLabel->setText(
+        tr("%1 of %2 rules ticked")
+            .arg(locale.toString(static_cast<qulonglong>(m_stateDict.countOfTicked(rules))),
+                locale.toString(static_cast<qulonglong>(rules))));
+    m_ui->importTableView->setEmptyText(tr("This file holds no rules."));
+}
+
+void ImportWindowController::importAction()
+{
+    if (std::exchange(m_isImporting, true))
+        return;
+    importTickedRules();
+    m_isImporting = false;
+    accept();
+}
+
+void ImportWindowController::importTickedRules()
+{
+    if (m_delegate == nullptr)
+        return;
+    const std::size_t rules = m_ruleManager == nullptr ? 0 : m_ruleManager->totalRules(false);
+    ImportProgress progress(this, static_cast<int>(rules));
+    for (std::size_t row = 0; row < rules; ++row) {
+        progress.setImported(static_cast<int>(row));
+        const RuleRef& rule = m_ruleManager->ruleAtIndex(row, false);
+        if (m_stateDict.isTicked(sequenceOf(rule)))
+            m_delegate->importRule(rule);
+    }
+    m_delegate->didFinishImportingRules();
+}
+
+void ImportWindowController::done(int result)
+{
+    if (m_isImporting)
+        return;
+    QDialog::done(result);
+    windowWillClose();
+}
+
+void ImportWindowController::windowWillClose()
+{
+    m_log.write("-[ImportWindowController windowWillClose:] closing");
+    const Locations& locations = m_present.locations();
+    std::error_code ignored;
+    std::filesystem::remove(locations.failSafeFile(), ignored);
+    std::filesystem::remove(locations.failSafeStrictMarker(), ignored);
+}
+
+void ImportWindowController::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    awakeFromNib();
+}
+
+} // namespace quorvane

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "workflow/StateDict.h"
+
+#include <QDialog>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Ui {
+class ImportWindowController;
+}
+
+namespace quorvane {
+
+class ImportDelegate;
+class ImportTableModel;
+class Log;
+class Workspace;
+
+// The review of a rules file: lists its rules with a check box each, all ticked at first, and hands those
+// that are still ticked to its delegate when the person chooses Import.
+//
+// The file is read when the window is first shown. Deliberate: however the window closes, the fail-safe file
+// is deleted, also when another file was under review; suggestions that nobody took are gone for good.
+class ImportWindowController : public QDialog {
+    Q_OBJECT
+public:
+    // Rules that `present` holds already are marked. Nothing given is owned; all of it must outlive the
+    // window.
+    ImportWindowController(
+        const RuleManager& present, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+    ~ImportWindowController() override;
+
+    const std::string& path() const { return m_path; }
+    // To be set before the window is shown.
+    void setPath(std::string path);
+
+    ImportDelegate* delegate() const { return m_delegate; }
+    // Not owned; may be null, then Import only closes the window.
+    void setDelegate(ImportDelegate* delegate) { m_delegate = delegate; }
+
+    // Loads the file, once: a window without a path stays empty, and the next time it is shown tries again.
+    void awakeFromNib();
+    // Reads the file, from now on with all rules ticked.
+    void reloadData();
+    std::size_t numberOfRowsInTableView() const;
+
+    // True while rules are handed to the delegate: the window must not be deleted then.
+    bool isImporting() const { return m_isImporting; }
+
+    // However the window is closed, it ends here. Nothing happens during an import.
+    void done(int result) override;
+
+public Q_SLOTS:
+    // Hands the ticked rules to the delegate, in the order of the rows, and closes the window. Events are
+    // handled meanwhile when it takes long; input to any window is dropped.
+    void importAction();
+    // The check box of the rule with the sequence number `tag` is on, or off.
+    void checkBoxValueChanged(qint64 tag, bool isOn);
+    // Ticks every rule, or none when all are ticked.
+    void toggleAllTicks();
+    // Ticks the rules of the selected rows, or unticks them when all are ticked.
+    void toggleSelectedTicks();
+    // Sorts by a column; see RulesEditorTableController.
+    void sortByColumn(int column);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void setUpTable();
+    void setUpMenu();
+    void ticksDidChange();
+    void importTickedRules();
+    void windowWillClose();
+
+    const RuleManager& m_present;
+    Log& m_log;
+    std::unique_ptr<Ui::ImportWindowController> m_ui;
+    std::string m_path;
+    ImportDelegate* m_delegate = nullptr;
+    StateDict m_stateDict;
+    ImportTableModel* m_model; // owned by this window
+    std::unique_ptr<RuleManager> m_ruleManager; // none until the file is loaded
+    std::vector<SortDescriptor> m_sortDescriptors;
+    bool m_initialize = false; // true once the file is loaded
+    bool m_isImporting = false;
+};
+
+} // namespace quorvane

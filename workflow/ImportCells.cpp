@@ -1,0 +1,82 @@
+#include "workflow/ImportCells.h"
+
+#include "platform/FileBytes.h"
+#include "rules/ApplicationIdentity.h"
+
+#include <array>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::array<std::string_view, importColumnCount> titles{
+    "Application", "", "Class", "Type", "Path", "Operations"};
+constexpr std::array<std::optional<SortKey>, importColumnCount> sortKeys{SortKey::processShortName,
+    std::nullopt, SortKey::shownClass, SortKey::policyType, SortKey::path, SortKey::operations};
+
+std::optional<ProgramFault> faultOfImported(const PolicyRule& rule, std::string_view applicationName)
+{
+    const std::string path = applicationPathForRule(rule);
+    if (rule.fields().system || applicationName.starts_with("Any Process") || path.ends_with("/")
+        || isAnythingAt(path))
+        return std::nullopt;
+    return ProgramFault::missing;
+}
+
+RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::size_t row, ImportColumn column)
+{
+    switch (column) {
+    case ImportColumn::application:
+        return applicationCell(rows, row, false, faultOfImported);
+    case ImportColumn::tick:
+        return {};
+    case ImportColumn::ruleClass:
+        return ruleCell(reviewed, rows, row, false, RuleColumn::ruleClass);
+    case ImportColumn::type:
+        return ruleCell(reviewed, rows, row, false, RuleColumn::type);
+    case ImportColumn::path: {
+        const RuleRef& rule = rows.at(row, false);
+        return pathCell(rule, pathFindingsForRule(reviewed, rule, HomePaths::neverMissing));
+    }
+    case ImportColumn::operations:
+        return ruleCell(reviewed, rows, row, false, RuleColumn::operations);
+    }
+    return {};
+}
+
+void markAsPresent(RuleCell& cell, ImportColumn column)
+{
+    cell.italic = true;
+    // The path's colour says something already, and a grey tick would look as if it could not be changed.
+    if (column != ImportColumn::path && column != ImportColumn::tick)
+        cell.color = CellColor::grey;
+    describe(cell, "already present");
+    if (!cell.toolTip.empty())
+        cell.toolTip += "\n";
+    cell.toolTip += "This rule is already present.";
+}
+
+} // namespace
+
+std::string_view importColumnTitle(ImportColumn column)
+{
+    return titles[static_cast<std::size_t>(column)];
+}
+
+std::optional<SortKey> importColumnSortKey(ImportColumn column)
+{
+    return sortKeys[static_cast<std::size_t>(column)];
+}
+
+RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
+    std::size_t row, ImportColumn column)
+{
+    RuleCell cell = unmarkedCell(reviewed, rows, row, column);
+    if (column != ImportColumn::application && askRule(rows.at(row, false), [&](const auto& record) {
+            return present.firstEqualRule(record) != nullptr;
+        }))
+        markAsPresent(cell, column);
+    return cell;
+}
+
+} // namespace quorvane

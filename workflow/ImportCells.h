@@ -1,0 +1,32 @@
+#pragma once
+
+#include "workflow/RuleCells.h"
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+// What the review of an import shows in each cell: the same as the rules table but for the columns and for
+// what is worth telling of rules that come from elsewhere.
+
+namespace quorvane {
+
+// The columns of the review, by their number.
+enum class ImportColumn { application, tick, ruleClass, type, path, operations };
+constexpr int importColumnCount = 6;
+
+// The title above a column; none above the ticks.
+std::string_view importColumnTitle(ImportColumn column);
+
+// What a click on the column's title sorts by; none for the ticks.
+std::optional<SortKey> importColumnSortKey(ImportColumn column);
+
+// The cell of `row` of `rows`, which are rows of `reviewed`, user rules only. A rule that `present` holds as
+// well is marked as already present.
+//
+// Deliberate: the application is red only when nothing exists at its path, whatever its constraint, and a
+// path that begins with "~/" never is.
+RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
+    std::size_t row, ImportColumn column);
+
+} // namespace quorvane

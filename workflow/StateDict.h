@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace quorvane {
+
+// Which rules of an import review are ticked, by the decimal text of their sequence numbers. A rule without
+// an entry is ticked, so that all of them are at first.
+class StateDict {
+public:
+    static constexpr int ticked = 1;
+    static constexpr int unticked = 2;
+
+    // The entry of a rule; none when it has none.
+    std::optional<int> entry(const std::string& sequence) const;
+    bool isTicked(std::int64_t sequence) const;
+
+    void setTicked(std::int64_t sequence, bool isTicked);
+    // Gives every rule there is the same entry, at the cost of one.
+    void setAllTicked(bool areTicked);
+
+    // How many of `rules` rules are ticked, which must be all that entries were made for.
+    std::size_t countOfTicked(std::size_t rules) const;
+
+private:
+    std::optional<int> m_common; // of the rules without an entry of their own
+    std::unordered_map<std::string, int> m_entries;
+    std::size_t m_exceptions = 0; // entries that say otherwise than the rest
+};
+
+} // namespace quorvane
