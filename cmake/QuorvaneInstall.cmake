@@ -1,6 +1,6 @@
 # Where things are installed to.
-set(CMAKE_INSTALL_DOCDIR share/doc/quorvane-configuration CACHE PATH "Documents")
 include(GNUInstallDirs)
+set(quorvane_document_folder "${CMAKE_INSTALL_DATAROOTDIR}/doc/quorvane-configuration")
 
 # The programs look for the user guide and the icon of notices in the product's own folder, wherever they are installed
 # themselves. It stands outside any prefix, so it is a component of its own, which a plain install leaves out:

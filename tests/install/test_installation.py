@@ -13,6 +13,7 @@ ICONS = ("apps/quorvane-configuration", "mimetypes/application-x-quorvane-rules"
 PROGRAMS = ["bin/quorvane-configuration", "bin/quorvanectl"]
 FILES = [
     "share/applications/quorvane-configuration.desktop",
+    "share/doc/quorvane-configuration/Quorvane User Guide.pdf",
     *(f"share/icons/hicolor/{size}x{size}/{icon}.png" for size in ICON_SIZES for icon in ICONS),
     *(f"share/icons/hicolor/scalable/{icon}.svg" for icon in ICONS),
     "share/man/man1/quorvane-configuration.1",
@@ -21,7 +22,7 @@ FILES = [
     "share/mime/packages/quorvane-rules.xml",
     "share/polkit-1/actions/vantreal.quorvane.policy",
 ]
-PRODUCT_FILES = ["lock.png"]
+PRODUCT_FILES = ["Quorvane User Guide.pdf", "lock.png"]
 
 
 def modes(folder):
