@@ -19,4 +19,11 @@ bool writeFileInPlace(const std::string& path, std::string_view bytes);
 // True for anything at `path`: a file, a folder, what a link leads to.
 bool isAnythingAt(const std::string& path);
 
+// True for a folder and for a link that leads to one.
+bool isFolderAt(const std::string& path);
+
+// True for a regular file, links followed, that can be read to its end and is UTF-8 text, if only an empty
+// one. It is read in bounded pieces; a file larger than the machine's memory is never taken for text.
+bool isTextAt(const std::string& path);
+
 } // namespace quorvane

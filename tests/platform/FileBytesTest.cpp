@@ -88,4 +88,78 @@ TEST(IsAnythingAt, KnowsFilesFoldersAndWhatLinksLeadTo)
     EXPECT_FALSE(isAnythingAt(""));
 }
 
+TEST(IsFolderAt, KnowsFoldersAndLinksToThem)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "text");
+    std::filesystem::create_directory_symlink(folder.path(), folder.path("link"));
+
+    EXPECT_TRUE(isFolderAt(folder.path()));
+    EXPECT_TRUE(isFolderAt(folder.path() + "/"));
+    EXPECT_TRUE(isFolderAt(folder.path("link")));
+    EXPECT_FALSE(isFolderAt(file));
+    EXPECT_FALSE(isFolderAt(folder.path("missing")));
+    EXPECT_FALSE(isFolderAt(folder.path() + std::string(1, char()) + "more"));
+}
+
+TEST(IsTextAt, TakesUtf8TextOfAnyLength)
+{
+    const TemporaryFolder folder;
+    const std::string withNul("a\0b", 3);
+    for (const std::string& text : {std::string(), std::string("a"), std::string("héllo 日本 😀"), withNul})
+        EXPECT_TRUE(isTextAt(folder.write("file", text))) << text;
+    std::filesystem::create_symlink(folder.write("target", "text"), folder.path("link"));
+    EXPECT_TRUE(isTextAt(folder.path("link")));
+}
+
+TEST(IsTextAt, RefusesWhatIsNoUtf8)
+{
+    const TemporaryFolder folder;
+    for (const char* text : {"\xFF", "abc\xC3", "\xC3(", "\x80", "\x80\x80\x80\x80\x80", "\xED\xA0\x80",
+             "\xF0\x9F\x98", "\xC0\xAF", "a\xE6\x97"})
+        EXPECT_FALSE(isTextAt(folder.write("file", text)));
+}
+
+TEST(IsTextAt, CharactersMayLieAcrossThePiecesOfAReading)
+{
+    const TemporaryFolder folder;
+    constexpr std::size_t pieceSize = 1U << 20U;
+    for (const std::string character : {"é", "日", "😀"}) {
+        for (std::size_t before = 0; before <= character.size(); ++before) {
+            const std::string start(pieceSize - before, 'x');
+            EXPECT_TRUE(isTextAt(folder.write("file", start + character + "rest")));
+            EXPECT_TRUE(isTextAt(folder.write("file", start + character)));
+            EXPECT_FALSE(isTextAt(folder.write("file", start + character.substr(0, character.size() - 1))));
+            EXPECT_FALSE(isTextAt(folder.write("file", start + character.substr(0, 1) + "rest")));
+        }
+    }
+    std::string many;
+    for (int number = 0; number < 700000; ++number)
+        many += "日";
+    EXPECT_TRUE(isTextAt(folder.write("file", many)));
+    many[many.size() - 5] = 'x';
+    EXPECT_FALSE(isTextAt(folder.write("file", many)));
+}
+
+TEST(IsTextAt, RefusesWhatIsNoReadableFile)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+
+    EXPECT_FALSE(isTextAt(folder.path())) << "a folder";
+    EXPECT_FALSE(isTextAt(folder.path("pipe"))) << "a pipe, which must not block either";
+    EXPECT_FALSE(isTextAt("/dev/zero")) << "a device";
+    EXPECT_FALSE(isTextAt(folder.path("missing")));
+    EXPECT_FALSE(isTextAt(""));
+}
+
+TEST(IsTextAt, RefusesAFileThatNoMemoryHolds)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("huge", "");
+    std::filesystem::resize_file(file, std::uintmax_t{1} << 42U); // a hole
+
+    EXPECT_FALSE(isTextAt(file));
+}
+
 } // namespace quorvane

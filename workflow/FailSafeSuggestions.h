@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Locations.h"
+#include "workflow/Notice.h"
+
+#include <optional>
+#include <string>
+
+// The rules that the protection side suggests in the fail-safe file after it has denied accesses or seen new
+// software. Any thread.
+
+namespace quorvane {
+
+// True in learning mode, which leaves suggestions alone.
+bool checkSafeMode(const Locations& locations);
+
+// True when suggestions wait and are to be offered for review.
+bool areSuggestionsDue(const Locations& locations);
+
+// What the user is told when the review of `path` opens; none unless it is the fail-safe file.
+std::optional<Notice> suggestionsNotice(const Locations& locations, const std::string& path);
+
+// Deletes the fail-safe file and the marker beside it. Deliberate: every import does so in the end, whatever
+// file it was of, and so does every review when it closes.
+void discardSuggestions(const Locations& locations);
+
+} // namespace quorvane
