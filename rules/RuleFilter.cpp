@@ -6,6 +6,15 @@
 
 namespace quorvane {
 
+bool policyRuleContains(const PolicyRule& rule, std::string_view text)
+{
+    const std::string key = searchKey(text);
+    const PolicyRuleFields& fields = rule.fields();
+    return searchKey(fields.path.view()).find(key) != std::string::npos
+        || searchKey(fields.processName.view()).find(key) != std::string::npos
+        || searchKey(fields.tag.view()).find(key) != std::string::npos;
+}
+
 RuleFilter::RuleFilter(const std::vector<RuleRef>& rules)
     : m_rules(rules.size())
 {

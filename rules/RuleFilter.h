@@ -9,6 +9,9 @@
 
 namespace quorvane {
 
+// True when a policy rule contains `text`, which must not be empty, as RuleFilter finds it.
+bool policyRuleContains(const PolicyRule& rule, std::string_view text);
+
 // Finds the rules that contain a text: case-insensitively, by the rules of the locale, in path, process name
 // or, for policy rules only, tag. Deliberate: a watch rule's tag is not searched.
 //

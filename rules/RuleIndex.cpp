@@ -63,6 +63,11 @@ std::vector<PolicyRulePtr> RuleIndex::passingPolicyRules() const
     return policies;
 }
 
+bool RuleIndex::passes(const PolicyRule& rule) const
+{
+    return !m_searchText || policyRuleContains(rule, *m_searchText);
+}
+
 std::vector<std::uint32_t> RuleIndex::passingRules()
 {
     if (!m_searchText) {

@@ -64,6 +64,9 @@ public:
     // The policy rules that pass the filter, in stored order.
     std::vector<PolicyRulePtr> passingPolicyRules() const;
 
+    // True when the filter lets `rule`, as it is now, pass.
+    bool passes(const PolicyRule& rule) const;
+
 private:
     std::vector<std::uint32_t> passingRules();
     void publish(std::vector<std::uint32_t> order);

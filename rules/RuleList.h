@@ -62,15 +62,22 @@ public:
     // identityHash().
     RulePtr firstEqual(const Rule& rule, std::uint64_t hash) const
     {
-        const std::size_t slot = slotOfFirstEqual(rule, hash);
-        return slot < m_slots.size() ? m_slots[slot] : nullptr;
+        return firstEqual(rule, hash, [](const Rule&) { return true; });
     }
     RulePtr firstEqual(const Rule& rule) const { return firstEqual(rule, identityHash(rule)); }
+
+    // The first of them that `accepts` answers true for.
+    template <class Accepts>
+    RulePtr firstEqual(const Rule& rule, std::uint64_t hash, const Accepts& accepts) const
+    {
+        const std::size_t slot = slotOfFirstEqual(rule, hash, accepts);
+        return slot < m_slots.size() ? m_slots[slot] : nullptr;
+    }
 
     // Removes the first stored rule that `rule` is equal to; false when there is none.
     bool removeFirstEqual(const Rule& rule)
     {
-        const std::size_t slot = slotOfFirstEqual(rule, identityHash(rule));
+        const std::size_t slot = slotOfFirstEqual(rule, identityHash(rule), [](const Rule&) { return true; });
         if (slot == m_slots.size())
             return false;
         m_slots[slot] = nullptr;
@@ -93,18 +100,21 @@ private:
         return m_index && m_indexedSlots == m_slots.size() && m_keyChanges == Rule::keyChanges();
     }
 
-    std::size_t slotOfFirstEqual(const Rule& rule, std::uint64_t hash) const
+    template <class Accepts>
+    std::size_t slotOfFirstEqual(const Rule& rule, std::uint64_t hash, const Accepts& accepts) const
     {
+        const auto isWanted
+            = [&](const RulePtr& stored) { return stored && isEqualRule(rule, *stored) && accepts(*stored); };
         if (m_slots.size() <= shortList) {
             std::size_t slot = 0;
-            while (slot < m_slots.size() && !(m_slots[slot] && isEqualRule(rule, *m_slots[slot])))
+            while (slot < m_slots.size() && !isWanted(m_slots[slot]))
                 ++slot;
             return slot;
         }
         bringIndexUpToDate();
         for (auto entry = m_index->first(hash); entry != SlotChains::none; entry = m_index->next(entry)) {
             const std::size_t slot = m_index->slot(entry);
-            if (m_slots[slot] && isEqualRule(rule, *m_slots[slot]))
+            if (isWanted(m_slots[slot]))
                 return slot;
         }
         return m_slots.size();

@@ -87,6 +87,7 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
 void RuleManager::reloadCurrentUserConfiguration()
 {
     m_policyRulesByApplication.clear();
+    m_everyPolicyRule.reset();
     m_orderedGroups.clear();
     m_watchRules = {};
     m_filterOptions.clear();
@@ -121,6 +122,7 @@ void RuleManager::readSelectedSystemFiles()
 bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSystemRules)
 {
     m_lastErrorMessage.reset();
+    m_everyPolicyRule.reset();
     if (path.isNull()) {
         m_log.write("could not open null path");
         m_lastErrorMessage = "Internal error: the path provided was null";
@@ -314,6 +316,20 @@ std::vector<PolicyRulePtr> RuleManager::policyRules() const
     return index().passingPolicyRules();
 }
 
+bool RuleManager::hasEqualPolicyRule(const PolicyRule& rule) const
+{
+    // Not only the rule's own group is looked at: a rule that was changed after it was stored stays in the
+    // group of its former application.
+    if (!m_everyPolicyRule) {
+        m_everyPolicyRule.emplace();
+        for (const Groups::value_type& group : m_policyRulesByApplication)
+            group.second.rules().forEach([this](const auto& stored) { m_everyPolicyRule->append(stored); });
+    }
+    return m_everyPolicyRule->firstEqual(rule, identityHash(rule), [this](const PolicyRule& stored) {
+        return m_index.passes(stored);
+    }) != nullptr;
+}
+
 std::vector<std::string> RuleManager::sortedKeys() const
 {
     std::vector<std::string> keys;
@@ -332,6 +348,8 @@ bool RuleManager::addWatchRule(const WatchRulePtr& rule)
 bool RuleManager::addPolicyRule(const PolicyRulePtr& rule)
 {
     groupOf(*rule).rules().append(rule);
+    if (m_everyPolicyRule)
+        m_everyPolicyRule->append(rule);
     rebuildRulesCache();
     return true;
 }
@@ -349,6 +367,7 @@ bool RuleManager::deletePolicyRule(const PolicyRule& rule)
     const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
     if (group == m_policyRulesByApplication.end() || !group->second.rules().removeFirstEqual(rule))
         return false;
+    m_everyPolicyRule.reset();
     rebuildRulesCache();
     return true;
 }

@@ -89,6 +89,8 @@ public:
     std::shared_ptr<const RuleRows> rows() const;
     // The policy rules that pass the filter, by application group.
     std::vector<PolicyRulePtr> policyRules() const;
+    // True when one of policyRules() is equal to `rule`. Neither walks them nor brings the rows up to date.
+    bool hasEqualPolicyRule(const PolicyRule& rule) const;
     const RuleList<WatchRule>& watchRules() const { return m_watchRules; }
     // The application group keys, case-insensitively ordered; those of emptied groups too.
     std::vector<std::string> sortedKeys() const;
@@ -96,6 +98,8 @@ public:
     // Store the very object given; always true. Set no sequence, test for no duplicate.
     bool addWatchRule(const WatchRulePtr& rule);
     bool addPolicyRule(const PolicyRulePtr& rule);
+    // The same for an import, which leaves the rows as they are until somebody rebuilds them.
+    void appendWatchRule(const WatchRulePtr& rule) { m_watchRules.append(rule); }
     // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
     bool deleteWatchRule(const WatchRule& rule);
     bool deletePolicyRule(const PolicyRule& rule);
@@ -154,6 +158,7 @@ private:
     mutable bool m_rulesChanged = false;
     mutable bool m_rowsChanged = false;
     mutable std::vector<const Groups::value_type*> m_orderedGroups;
+    mutable std::optional<RuleList<PolicyRule>> m_everyPolicyRule; // of all groups; none until asked for
 };
 
 } // namespace quorvane

@@ -53,6 +53,7 @@ bool isSettled(const FileIdentity& identity)
 class FactsOnDisk : public ProgramFacts {
 public:
     bool exists(const std::string& path) override { return isAnythingAt(path); }
+    bool isFolder(const std::string& path) override { return isFolderAt(path); }
     std::string sha1(const std::string& path) override
     {
         return remembered(
@@ -63,18 +64,33 @@ public:
         return remembered(
             path, &Answers::sha256, [&path] { return sha256OfFile(path).value_or(quorvane::sha256({})); });
     }
-    std::optional<std::string> team(const std::string& path) override
+    std::optional<std::string> team(const std::string& path) override { return signing(path).team; }
+    std::uint32_t platformIdentifier(const std::string& path) override
     {
-        return remembered(path, &Answers::team, [&path] { return getStaticCodeSignTeamIdentifier(path); });
+        return signing(path).platformIdentifier;
     }
 
 private:
+    struct Signing {
+        std::optional<std::string> team{};
+        std::uint32_t platformIdentifier = 0;
+    };
     struct Answers {
         FileIdentity identity;
         std::optional<std::string> sha1;
         std::optional<std::string> sha256;
-        std::optional<std::optional<std::string>> team;
+        std::optional<Signing> signing;
     };
+
+    // Both from one reading of the program.
+    Signing signing(const std::string& path)
+    {
+        return remembered(path, &Answers::signing, [&path] {
+            const auto code = getCodeRefWithPath(path);
+            return Signing{codeSignText(code.get(), kSecCodeInfoTeamIdentifier),
+                static_cast<std::uint32_t>(codeSignPlatformIdentifier(code.get()))};
+        });
+    }
 
     template <class Answer, class Find>
     Answer remembered(const std::string& path, std::optional<Answer> Answers::*member, const Find& find)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -15,6 +16,8 @@ public:
 
     // True for anything at the path: a file, a folder, what a link leads to.
     virtual bool exists(const std::string& path) = 0;
+    // True for a folder and for a link that leads to one.
+    virtual bool isFolder(const std::string& path) = 0;
 
     // Digests of the whole file, of empty input when it cannot be read; lowercase hexadecimal.
     virtual std::string sha1(const std::string& path) = 0;
@@ -22,10 +25,13 @@ public:
 
     // The team that has signed the program; none when none is proven.
     virtual std::optional<std::string> team(const std::string& path) = 0;
+
+    // Not 0 for a program of the operating system itself.
+    virtual std::uint32_t platformIdentifier(const std::string& path) = 0;
 };
 
-// The facts of this machine's files. A digest or team is remembered until the file changes, since a table of
-// many rules for one large program would read it again and again.
+// The facts of this machine's files. A digest or signature is remembered until the file changes, since a
+// table of many rules for one large program would read it again and again.
 ProgramFacts& programFactsOnDisk();
 
 } // namespace quorvane

@@ -1,53 +1,18 @@
 #include "workflow/ApplicationValidation.h"
 #include "codesign/Digests.h"
 #include "rules/ApplicationIdentity.h"
+#include "tests/support/Answers.h"
+#include "tests/support/GivenFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 
 #include <gtest/gtest.h>
-
-#include <map>
-#include <set>
 
 #include <unistd.h>
 
 namespace quorvane {
 
 namespace {
-
-const std::string sha1OfNothing = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
-const std::string sha256OfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
-
-// Facts given by hand; counts what is asked.
-class GivenFacts : public ProgramFacts {
-public:
-    bool exists(const std::string& path) override
-    {
-        ++questions;
-        return existing.contains(path);
-    }
-    std::string sha1(const std::string& path) override { return answer(sha1s, path).value_or(sha1OfNothing); }
-    std::string sha256(const std::string& path) override
-    {
-        return answer(sha256s, path).value_or(sha256OfNothing);
-    }
-    std::optional<std::string> team(const std::string& path) override { return answer(teams, path); }
-
-    std::set<std::string> existing;
-    std::map<std::string, std::string> sha1s;
-    std::map<std::string, std::string> sha256s;
-    std::map<std::string, std::string> teams;
-    int questions = 0;
-
-private:
-    std::optional<std::string> answer(
-        const std::map<std::string, std::string>& answers, const std::string& path)
-    {
-        ++questions;
-        const auto found = answers.find(path);
-        return found == answers.end() ? std::nullopt : std::optional(found->second);
-    }
-};
 
 class ApplicationValidation : public testing::Test {
 protected:
@@ -198,6 +163,30 @@ TEST(ProgramFactsOnDisk, AnythingAtThePathExists)
     EXPECT_FALSE(programFactsOnDisk().exists(folder.path("none")));
     EXPECT_FALSE(programFactsOnDisk().exists(""));
     EXPECT_FALSE(programFactsOnDisk().exists(file + std::string(1, '\0') + "more"));
+}
+
+TEST(ProgramFactsOnDisk, TellTheTeamAndThePlatformOfASignedProgram)
+{
+    const TemporaryFolder folder;
+    test::ProgramPlan plan;
+    plan.signature = test::signedPlan();
+    plan.signature->directories.front().platform = 14;
+    const std::string program = folder.write("program", test::makeProgram(plan));
+    const std::string plain = folder.write("plain", test::makeUnsignedProgram());
+
+    ProgramFacts& facts = programFactsOnDisk();
+    EXPECT_EQ(facts.team(program), "TEAM123456");
+    EXPECT_EQ(facts.platformIdentifier(program), 14U);
+    EXPECT_EQ(facts.team(plain), std::nullopt);
+    EXPECT_EQ(facts.platformIdentifier(plain), 0U);
+    EXPECT_EQ(facts.platformIdentifier(folder.path("missing")), 0U);
+}
+
+TEST(ProgramFactsOnDisk, TellFoldersFromFiles)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(programFactsOnDisk().isFolder(folder.path()));
+    EXPECT_FALSE(programFactsOnDisk().isFolder(folder.write("file", "")));
 }
 
 TEST(ProgramFactsOnDisk, WhatCannotBeReadIsDigestedAsEmptyInput)

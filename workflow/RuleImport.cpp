@@ -1,0 +1,128 @@
+#include "workflow/RuleImport.h"
+
+#include "codesign/ProtectedPath.h"
+#include "platform/PathComponents.h"
+#include "rules/ApplicationIdentity.h"
+#include "workflow/FailSafeSuggestions.h"
+#include "workflow/RunState.h"
+
+#include <string_view>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* platformBinary = "APPLE_PF_BINARY";
+
+std::string tagForFile(std::string_view path)
+{
+    constexpr std::string_view extension = ".quorv";
+    std::string name(lastPathComponent(path));
+    for (std::size_t at = 0; (at = name.find(extension, at)) != std::string::npos;)
+        name.erase(at, extension.size());
+    return name.substr(0, name.find(','));
+}
+
+// The program that decides about the rule's constraint; empty when there is none.
+std::string decidingProgram(const PolicyRule& rule)
+{
+    std::string path = applicationPathForRule(rule);
+    return path == "any" ? applicationParentPathForRule(rule).value_or(std::string()) : path;
+}
+
+} // namespace
+
+RuleImport::RuleImport(RuleManager& store, RunState& run, ProgramFacts& facts)
+    : m_store(store)
+    , m_run(run)
+    , m_facts(facts)
+{
+}
+
+void RuleImport::begin(const std::string& path)
+{
+    m_currentImportTag = path == m_store.locations().failSafeFile() ? std::string() : tagForFile(path);
+    m_tag = m_currentImportTag;
+    m_importedRules = 0;
+    m_addedRules = 0;
+    m_constraints.clear();
+}
+
+RuleRef RuleImport::importRule(const RuleRef& rule)
+{
+    ++m_importedRules;
+    if (const PolicyRule* policy = policyRuleIn(rule))
+        return importPolicyRule(*policy);
+    return importWatchRule(*std::get<WatchRulePtr>(rule));
+}
+
+WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
+{
+    auto imported = std::make_shared<WatchRule>(rule.fields());
+    WatchRuleFields& fields = imported->fieldsBeforeSharing();
+    if (fields.tag.view().empty())
+        fields.tag = m_tag;
+    if (!m_store.firstEqualRule(*imported)) {
+        m_store.appendWatchRule(imported);
+        ++m_addedRules;
+    }
+    return imported;
+}
+
+PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
+{
+    // A copy's properties are set before anybody knows it: a change of the review's own record would make
+    // every index of rules start afresh.
+    auto imported = std::make_shared<PolicyRule>(rule.fields());
+    PolicyRuleFields& fields = imported->fieldsBeforeSharing();
+    if (fields.tag.view().empty())
+        fields.tag = m_tag;
+    if (fields.constraint.view().empty()) {
+        const NullableText& constraint = constraintOfProgram(decidingProgram(rule));
+        if (!constraint.view().empty())
+            fields.constraint = constraint;
+    }
+    if (!m_store.hasEqualPolicyRule(*imported)) {
+        m_store.addPolicyRule(imported);
+        ++m_addedRules;
+    }
+    return imported;
+}
+
+const NullableText& RuleImport::constraintOfProgram(const std::string& path)
+{
+    const auto known = m_constraints.find(path);
+    return known != m_constraints.end() ? known->second
+                                        : m_constraints.emplace(path, findConstraint(path)).first->second;
+}
+
+// Empty for a program that cannot be bound to anything.
+std::string RuleImport::findConstraint(const std::string& path)
+{
+    if (!m_facts.exists(path) || m_facts.isFolder(path))
+        return {};
+    if (auto team = m_facts.team(path); team && !team->empty())
+        return *team;
+    if (m_facts.platformIdentifier(path) != 0)
+        return platformBinary;
+    // A file that cannot be read is digested as empty input here too, so that the table finds it valid.
+    return isSIP(path) ? std::string() : m_facts.sha256(path);
+}
+
+ImportResult RuleImport::didFinishImportingRules()
+{
+    m_constraints.clear();
+    m_store.writeToCurrentUserConfiguration();
+    const std::optional<std::string> writeFailure = m_store.lastErrorMessage();
+    m_run.internalWrite = true;
+    m_store.reloadCurrentUserConfiguration();
+    discardSuggestions(m_store.locations());
+    if (m_importedRules == 0)
+        return {{"Import Failed", "Found no rules to import"}, false, writeFailure};
+    m_run.g_dirty = 1;
+    m_store.rebuildRulesCache();
+    return {{"Import Successful", "Successfully imported " + std::to_string(m_importedRules) + " rules"},
+        true, writeFailure};
+}
+
+} // namespace quorvane

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "rules/NullableText.h"
+#include "rules/RuleManager.h"
+#include "rules/RuleRef.h"
+#include "workflow/Notice.h"
+#include "workflow/ProgramFacts.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace quorvane {
+
+struct RunState;
+
+// What an import has come to.
+struct ImportResult {
+    Notice notice{}; // for the user
+    bool hasImported = false; // rules were handed over: tables have to reload
+    std::optional<std::string> writeFailure{}; // why the user's file does not hold all rules
+};
+
+// Takes rules of an exchange file over into the current user's store: begin(), importRule() once for each
+// accepted rule, didFinishImportingRules(). Without the last nothing is written. From the first rule to the
+// end nobody else may reload the store, since that drops what is not yet written. For the thread that owns
+// the store.
+class RuleImport {
+public:
+    // All must outlive it.
+    RuleImport(RuleManager& store, RunState& run, ProgramFacts& facts = programFactsOnDisk());
+
+    // A new import, of the file at `path`: no rule is imported yet. Untagged rules get the file's name as
+    // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file stay untagged.
+    void begin(const std::string& path);
+
+    // Adds the rule, tagged and bound to its program, unless an equal one is there: for a watch rule among
+    // all, for a policy rule among those that pass the store's filter. Deliberate: an equal rule that a
+    // search hides is added once more. Stores a copy, which it answers also when it was not added; `rule`
+    // keeps its properties. May read a whole program file.
+    RuleRef importRule(const RuleRef& rule);
+
+    // Writes the user's file, reads it again and deletes the fail-safe file, whether or not there was a rule.
+    ImportResult didFinishImportingRules();
+
+    const std::string& currentImportTag() const { return m_currentImportTag; }
+    // The rules handed over, duplicates included, and those of them that were added.
+    std::int32_t importedRules() const { return m_importedRules; }
+    std::int32_t addedRules() const { return m_addedRules; }
+
+private:
+    WatchRulePtr importWatchRule(const WatchRule& rule);
+    PolicyRulePtr importPolicyRule(const PolicyRule& rule);
+    const NullableText& constraintOfProgram(const std::string& path);
+    std::string findConstraint(const std::string& path);
+
+    RuleManager& m_store;
+    RunState& m_run;
+    ProgramFacts& m_facts;
+    std::string m_currentImportTag;
+    NullableText m_tag = ""; // the same, shared by the rules
+    std::int32_t m_importedRules = 0;
+    std::int32_t m_addedRules = 0;
+    // By program, for one import: most files name the same few again and again.
+    std::unordered_map<std::string, NullableText> m_constraints;
+};
+
+} // namespace quorvane
