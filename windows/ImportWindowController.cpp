@@ -32,6 +32,7 @@ ImportWindowController::ImportWindowController(
     m_ui->setupUi(this);
     setUpTable();
     setUpMenu();
+    connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::countPresentRules);
     connect(m_ui->importButton, &QPushButton::clicked, this, &ImportWindowController::importAction);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
     setPath({});
@@ -113,6 +114,17 @@ void ImportWindowController::reloadData()
     numberOfRowsInTableView();
     m_ui->importTableView->fitColumns();
     ticksDidChange();
+    m_presentRules.emplace(m_present, m_ruleManager->rows());
+    m_counting.start();
+}
+
+void ImportWindowController::countPresentRules()
+{
+    constexpr std::size_t rulesAtATime = 5000; // a few milliseconds
+    if (m_presentRules->countOn(rulesAtATime))
+        return;
+    m_counting.stop();
+    tellCounts();
 }
 
 std::size_t ImportWindowController::numberOfRowsInTableView() const
@@ -173,12 +185,19 @@ void ImportWindowController::toggleSelectedTicks()
 void ImportWindowController::ticksDidChange()
 {
     m_model->ticksDidChange();
+    tellCounts();
+}
+
+void ImportWindowController::tellCounts()
+{
     const auto rules = static_cast<std::size_t>(m_model->rowCount());
-    const QLocale locale;
-    m_ui->countLabel->setText(
-        tr("%1 of %2 rules ticked")
-            .arg(locale.toString(static_cast<qulonglong>(m_stateDict.countOfTicked(rules))),
-                locale.toString(static_cast<qulonglong>(rules))));
+    const auto inWords
+        = [](std::size_t number) { return QLocale().toString(static_cast<qulonglong>(number)); };
+    QString counts
+        = tr("%1 of %2 rules ticked").arg(inWords(m_stateDict.countOfTicked(rules)), inWords(rules));
+    if (m_presentRules && !m_counting.isActive() && m_presentRules->count() > 0)
+        counts += tr(", %1 already present (in italics)").arg(inWords(m_presentRules->count()));
+    m_ui->countLabel->setText(counts);
     m_ui->importTableView->setEmptyText(tr("This file holds no rules."));
 }
 

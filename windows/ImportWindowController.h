@@ -1,11 +1,14 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/PresentRules.h"
 #include "workflow/StateDict.h"
 
 #include <QDialog>
+#include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -74,6 +77,8 @@ private:
     void setUpTable();
     void setUpMenu();
     void ticksDidChange();
+    void countPresentRules();
+    void tellCounts();
     void importTickedRules();
     void windowWillClose();
 
@@ -86,6 +91,8 @@ private:
     ImportTableModel* m_model; // owned by this window
     std::unique_ptr<RuleManager> m_ruleManager; // none until the file is loaded
     std::vector<SortDescriptor> m_sortDescriptors;
+    std::optional<PresentRules> m_presentRules; // none until the file is loaded
+    QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded
     bool m_isImporting = false;
 };

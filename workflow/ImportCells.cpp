@@ -72,11 +72,14 @@ RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, con
     std::size_t row, ImportColumn column)
 {
     RuleCell cell = unmarkedCell(reviewed, rows, row, column);
-    if (column != ImportColumn::application && askRule(rows.at(row, false), [&](const auto& record) {
-            return present.firstEqualRule(record) != nullptr;
-        }))
+    if (column != ImportColumn::application && isPresent(present, rows.at(row, false)))
         markAsPresent(cell, column);
     return cell;
+}
+
+bool isPresent(const RuleManager& store, const RuleRef& rule)
+{
+    return askRule(rule, [&store](const auto& record) { return store.firstEqualRule(record) != nullptr; });
 }
 
 } // namespace quorvane

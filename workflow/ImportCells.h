@@ -29,4 +29,7 @@ std::optional<SortKey> importColumnSortKey(ImportColumn column);
 RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
     std::size_t row, ImportColumn column);
 
+// True when `store` holds an equal rule, whether or not its filter shows it.
+bool isPresent(const RuleManager& store, const RuleRef& rule);
+
 } // namespace quorvane

@@ -120,6 +120,14 @@ TEST_F(ImportWindow, ListsTheRulesOfTheFileAllTicked)
     EXPECT_EQ(QApplication::focusWidget(), table);
 }
 
+TEST_F(ImportWindow, TellsHowManyRulesAreAlreadyPresent)
+{
+    store.addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2}));
+    openThree();
+    const QString counted = QStringLiteral("3 of 3 rules ticked, 1 already present (in italics)");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == counted; })) << fromQt(counts());
+}
+
 TEST_F(ImportWindow, LogsThePathAndTheNumberOfRules)
 {
     openThree();
