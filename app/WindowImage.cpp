@@ -3,35 +3,83 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "rules/RuleManager.h"
+#include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
 #include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QPixmap>
+#include <QTableView>
+#include <QWidget>
 
 #include <cstdio>
+#include <memory>
+#include <string_view>
 
-// quorvane-window-image FILE.png: renders the main window, as it opens, into FILE.png.
+namespace quorvane {
+
+namespace {
+
+// What the windows need; outlives them.
+struct Surroundings {
+    std::unique_ptr<Log> log = makeProgramLog("quorvane-window-image", false);
+    Locations locations = Locations::fromEnvironment();
+    RuleManager& store = RuleManager::sharedManager(locations, *log);
+    Workspace workspace{};
+    AppDelegate delegate{locations, *log};
+    RunState run{};
+};
+
+// Scrolled so far that `firstRow` is the first one that shows.
+std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
+{
+    auto window = std::make_unique<RulesEditorTableController>(
+        around.store, around.delegate, around.run, around.workspace, *around.log);
+    window->show();
+    auto* table = window->findChild<QTableView*>();
+    table->scrollTo(table->model()->index(firstRow, 0), QAbstractItemView::PositionAtTop);
+    return window;
+}
+
+std::unique_ptr<QWidget> reviewOf(const char* rulesFile, Surroundings& around)
+{
+    auto window = std::make_unique<ImportWindowController>(around.store, around.workspace, *around.log);
+    window->setPath(rulesFile);
+    return window;
+}
+
+// Null when the words name no window.
+std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& around)
+{
+    const std::string_view name = wordCount == 0 ? "main" : words[0];
+    if (name == "main" && wordCount <= 2)
+        return mainWindow(wordCount == 2 ? QByteArray(words[1]).toInt() : 0, around);
+    if (name == "review" && wordCount == 2)
+        return reviewOf(words[1], around);
+    return nullptr;
+}
+
+} // namespace
+
+} // namespace quorvane
+
+// quorvane-window-image FILE.png [WINDOW]: renders a window, as it opens, into FILE.png.
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argumentCount, arguments);
-    if (argumentCount != 2) {
-        std::fputs("usage: quorvane-window-image FILE.png\n", stderr);
+    quorvane::applyWindowLook(application);
+    quorvane::Surroundings around;
+    const auto window
+        = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
+    if (!window) {
+        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | review RULES-FILE]\n", stderr);
         return 2;
     }
-    quorvane::applyWindowLook(application);
-    const auto log = quorvane::makeProgramLog("quorvane-window-image", false);
-    const auto locations = quorvane::Locations::fromEnvironment();
-    quorvane::RuleManager& store = quorvane::RuleManager::sharedManager(locations, *log);
-    quorvane::Workspace workspace;
-    quorvane::AppDelegate delegate(locations, *log);
-    quorvane::RunState run;
-    quorvane::RulesEditorTableController window(store, delegate, run, workspace, *log);
-    window.show();
+    window->show();
     QApplication::processEvents();
-    if (!window.grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
+    if (!window->grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
         std::fprintf(stderr, "quorvane-window-image: cannot write '%s'\n", arguments[1]);
         return 1;
     }

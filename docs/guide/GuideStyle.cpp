@@ -1,5 +1,6 @@
 #include "docs/guide/GuideStyle.h"
 
+#include <QPainter>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextFrame>
@@ -88,9 +89,20 @@ void styleParagraph(const QTextBlock& block, QTextBlockFormat& format)
         format.setLineHeight(isInTable ? tableLineHeight : lineHeight, QTextBlockFormat::ProportionalHeight);
 }
 
+// A window ends where the paper begins, and both are white.
+void frame(QImage& image)
+{
+    QPainter painter(&image);
+    painter.setPen(lineColor);
+    painter.drawRect(image.rect().adjusted(0, 0, -1, -1));
+}
+
 void stylePicture(QTextCursor& piece, QTextImageFormat picture, qreal columnWidth)
 {
-    const QImage image(piece.document()->baseUrl().resolved(QUrl(picture.name())).toLocalFile());
+    const QUrl place = piece.document()->baseUrl().resolved(QUrl(picture.name()));
+    QImage image(place.toLocalFile());
+    frame(image);
+    piece.document()->addResource(QTextDocument::ImageResource, place, image);
     const qreal width = std::min(image.width() * pictureScale, columnWidth);
     picture.setWidth(width);
     picture.setHeight(width * image.height() / std::max(image.width(), 1));
