@@ -77,6 +77,11 @@ std::string applicationGroupIdentityForProcess(const NullableText& process, cons
     return key.append(constraint.written());
 }
 
+std::string applicationHeadForProcess(const NullableText& process)
+{
+    return std::string(partsOf(process.view()).head);
+}
+
 std::string applicationPathForProcess(const NullableText& process)
 {
     const std::string_view head = partsOf(process.view()).head;

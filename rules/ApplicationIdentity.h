@@ -20,6 +20,9 @@ std::string applicationNameForProcess(const NullableText& process);
 // parent is "(null)"; the two forms that stand for themselves make a key without parent and constraint.
 std::string applicationGroupIdentityForProcess(const NullableText& process, const NullableText& constraint);
 
+// The head: the text before the parent part.
+std::string applicationHeadForProcess(const NullableText& process);
+
 // The head, cut before " (-" where it holds one.
 std::string applicationPathForProcess(const NullableText& process);
 

@@ -20,20 +20,35 @@ bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::st
 
 bool matchesConstraint(const std::string& path, std::string_view constraint, ProgramFacts& facts)
 {
-    switch (utf16Length(constraint)) {
-    case 0:
+    switch (constraintKind(constraint)) {
+    case ConstraintKind::none:
         return true;
-    case sha1Length:
+    case ConstraintKind::sha1:
         return facts.sha1(path) == constraint;
-    case sha256Length:
+    case ConstraintKind::sha256:
         return facts.sha256(path) == constraint;
-    default:
-        // The marker alone is enough, whatever the program is.
-        return constraint == "APPLE_PF_BINARY" || facts.team(path) == constraint;
+    case ConstraintKind::team:
+        break;
     }
+    // The marker alone is enough, whatever the program is.
+    return constraint == "APPLE_PF_BINARY" || facts.team(path) == constraint;
 }
 
 } // namespace
+
+ConstraintKind constraintKind(std::string_view constraint)
+{
+    switch (utf16Length(constraint)) {
+    case 0:
+        return ConstraintKind::none;
+    case sha1Length:
+        return ConstraintKind::sha1;
+    case sha256Length:
+        return ConstraintKind::sha256;
+    default:
+        return ConstraintKind::team;
+    }
+}
 
 std::string_view programFaultWords(ProgramFault fault)
 {

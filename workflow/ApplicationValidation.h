@@ -13,6 +13,10 @@
 
 namespace quorvane {
 
+// What a constraint pins a program by. Only its length counts, in UTF-16 code units.
+enum class ConstraintKind { none, sha1, sha256, team };
+ConstraintKind constraintKind(std::string_view constraint);
+
 enum class ProgramFault {
     missing, // nothing exists at the program's path
     constraintMismatch, // the program is not the one that the constraint pins

@@ -1,0 +1,246 @@
+#include "workflow/RuleEditing.h"
+#include "rules/RuleCodes.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+#include "workflow/RunState.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+// A store whose user's file can be written.
+class RuleEditing : public testing::Test {
+protected:
+    RuleEditing() { std::filesystem::create_directories(locations.sharedFolder()); }
+
+    std::string file() const { return TemporaryFolder::contents(locations.userRulesFile()); }
+
+    const TemporaryFolder folder;
+    const Locations locations{folder.path(), "ann"};
+    RuleManager store{locations, silentLog()};
+    RunState run;
+};
+
+const EditedPolicyRule edits{
+    .common = {.policyType = PolicyType::path, .path = "/new", .processName = "/bin/new", .operations = 17},
+    .policyClass = PolicyClass::deny,
+    .constraint = "TEAM"};
+
+} // namespace
+
+TEST(IsCompleteRule, AsksForNothingButAPathAndAProgram)
+{
+    EXPECT_TRUE(isCompleteRule("x", "y"));
+    EXPECT_TRUE(isCompleteRule(" ", " "));
+    EXPECT_FALSE(isCompleteRule("", "y"));
+    EXPECT_FALSE(isCompleteRule("x", ""));
+    EXPECT_FALSE(isCompleteRule("", ""));
+}
+
+TEST(PolicyTypeForPath, FollowsTheFirstAndLastCharacter)
+{
+    const struct {
+        const char* why;
+        const char* path;
+        std::int32_t type;
+    } cases[] = {
+        {"a slash at the end means a folder", "/Users/ann/", PolicyType::prefix},
+        {"without it, exactly this path", "/Users/ann", PolicyType::path},
+        {"a point at the start means a name extension", ".jpg", PolicyType::suffix},
+        {"the point goes before the slash", ".git/", PolicyType::suffix},
+        {"nothing typed yet", "", PolicyType::path},
+        {"a point elsewhere says nothing", "/a.jpg", PolicyType::path},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(policyTypeForPath(c.path), c.type) << c.why;
+}
+
+TEST(ConstraintLabel, FollowsTheLengthAlone)
+{
+    EXPECT_EQ(constraintLabel(std::string(40, 'z')), "SHA1");
+    EXPECT_EQ(constraintLabel(std::string(64, 'z')), "SHA256");
+    for (const std::size_t length : {0U, 1U, 10U, 39U, 41U, 63U, 65U})
+        EXPECT_EQ(constraintLabel(std::string(length, 'a')), "Team ID") << length;
+}
+
+TEST(ConstraintLabel, CountsUtf16CodeUnits)
+{
+    std::string text;
+    for (int count = 0; count < 20; ++count)
+        text += "\xF0\x9F\x94\x92"; // one character of four bytes and two units
+    EXPECT_EQ(constraintLabel(text), "SHA1");
+}
+
+TEST(OperationBoxes, StandForTheFiveLowestBits)
+{
+    EXPECT_EQ(operationsForBoxes({}), 0U);
+    EXPECT_EQ(operationsForBoxes({true, false, false, false, false}), 1U);
+    EXPECT_EQ(operationsForBoxes({false, true, false, false, false}), 2U);
+    EXPECT_EQ(operationsForBoxes({false, false, true, false, false}), 4U);
+    EXPECT_EQ(operationsForBoxes({false, false, false, true, false}), 8U);
+    EXPECT_EQ(operationsForBoxes({false, false, false, false, true}), 16U);
+    EXPECT_EQ(operationsForBoxes({true, true, true, true, true}), 31U);
+    for (std::uint32_t operations = 0; operations < 32; ++operations)
+        EXPECT_EQ(operationsForBoxes(boxesForOperations(operations)), operations);
+    EXPECT_EQ(operationsForBoxes(boxesForOperations(0xFFFFFFE1U)), 1U);
+}
+
+TEST(IconForProcess, IsTheLockForAnyAlone)
+{
+    EXPECT_EQ(iconForProcess("any").kind, ProgramIcon::Kind::lock);
+    for (const char* process :
+        {"any ", " any", "Any", "any via any", "any via /bin/sh", "any ancestor /bin/sh"})
+        EXPECT_EQ(iconForProcess(process).kind, ProgramIcon::Kind::none) << process;
+}
+
+TEST(IconForProcess, IsThatOfTheOutermostBundleOfAProgramThatExists)
+{
+    const TemporaryFolder folder;
+    const std::string tool = folder.write("tool", "");
+    const std::string program = folder.write("A.app/Contents/Helpers/B.app/Contents/MacOS/B", "");
+    const struct {
+        const char* why;
+        std::string process;
+        std::string file;
+    } cases[] = {
+        {"a program outside a bundle", tool, tool},
+        {"a program in a bundle", program, folder.path("A.app")},
+        {"the bundle itself, as it is picked", folder.path("A.app/"), folder.path("A.app")},
+        {"a program and its parent", tool + " via /bin/sh via /bin/ls", tool},
+        {"a program through any parent", program + " via any", folder.path("A.app")},
+    };
+    for (const auto& c : cases) {
+        const ProgramIcon icon = iconForProcess(c.process);
+        EXPECT_EQ(icon.kind, ProgramIcon::Kind::file) << c.why;
+        EXPECT_EQ(icon.file, c.file) << c.why;
+    }
+}
+
+TEST(IconForProcess, IsNoneWhenNothingIsAtTheProgramsPath)
+{
+    const TemporaryFolder folder;
+    const std::string tool = folder.write("tool", "");
+    for (const std::string& process : {std::string(), folder.path("gone"),
+             folder.path("gone") + " via /bin/sh", tool + " via anything", tool + " (-x)"})
+        EXPECT_EQ(iconForProcess(process).kind, ProgramIcon::Kind::none) << process;
+}
+
+TEST(PanelStart, IsTheFallbackWhenNoPathIsNamed)
+{
+    EXPECT_EQ(panelStart("", "/home/ann"), "/home/ann");
+    EXPECT_EQ(panelStart("any", "/home/ann"), "/home/ann");
+    EXPECT_EQ(panelStart("any ", "/home/ann"), "any ");
+    EXPECT_EQ(panelStart("/bin", "/home/ann"), "/bin");
+}
+
+TEST_F(RuleEditing, SavingReplacesTheRuleAndWritesTheFile)
+{
+    const auto rule = policyRule(
+        {.path = "/old", .processName = "/bin/old", .tag = "mine", .operations = 1, .created = 7});
+    const auto other = policyRule({.path = "/other", .processName = "/bin/old", .operations = 1});
+    store.addPolicyRule(rule);
+    store.addPolicyRule(other);
+
+    savePolicyRule(store, run, rule, edits);
+
+    EXPECT_EQ(file(),
+        "deny path \"/new\" \"/bin/new\" rx \"mine\" \"TEAM\" \"7\"\n"
+        "allow prefix \"/other\" \"/bin/old\" r \"\" \"\" \"0\"\n");
+    EXPECT_EQ(std::get<PolicyRulePtr>(store.ruleAtIndex(0, true)), rule);
+    EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
+{
+    const auto rule = policyRule(
+        {.path = "/p", .processName = "/q", .tag = "t", .flags = 3, .created = 5, .sequence = 9});
+    savePolicyRule(store, run, rule, edits);
+    EXPECT_EQ(rule->tag().view(), "t");
+    EXPECT_EQ(rule->flags(), 3U);
+    EXPECT_EQ(rule->created(), 5U);
+    EXPECT_EQ(rule->sequence(), 9);
+    EXPECT_FALSE(rule->system());
+    const auto watch = watchRule({.path = "/p", .processName = "/q", .tag = "t", .flags = 2});
+    saveWatchRule(store, run, watch, edits.common);
+    EXPECT_EQ(watch->tag().view(), "t");
+    EXPECT_EQ(watch->flags(), 2U);
+}
+
+TEST_F(RuleEditing, SavingANewRuleAddsIt)
+{
+    savePolicyRule(store, run, policyRule({}), edits);
+    saveWatchRule(store, run, watchRule({}),
+        {.policyType = PolicyType::suffix, .path = ".jpg", .processName = "any", .operations = 2});
+    EXPECT_EQ(file(),
+        "watch suffix \".jpg\" \"any\" w \"\"\n"
+        "deny path \"/new\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
+}
+
+TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
+{
+    const auto rule = policyRule({.tag = "", .constraint = std::nullopt});
+    savePolicyRule(store, run, rule, {.common = {.path = "  /a  ", .processName = " "}});
+    EXPECT_EQ(rule->path().view(), "  /a  ");
+    EXPECT_EQ(rule->processName().view(), " ");
+    EXPECT_FALSE(rule->constraint().isNull());
+    EXPECT_EQ(file(), "allow prefix \"  /a  \" \" \"  \"\" \"\" \"0\"\n");
+}
+
+TEST_F(RuleEditing, WithoutAChosenClassAndTypeTheUnknownOnesStay)
+{
+    const auto rule = policyRule({.policyClass = unknownCode, .policyType = unknownCode});
+    savePolicyRule(store, run, rule, {.common = {.path = "/a", .processName = "/b"}});
+    EXPECT_EQ(rule->policyClass(), unknownCode);
+    EXPECT_EQ(rule->policyType(), unknownCode);
+}
+
+TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
+{
+    const auto rule = policyRule({.path = "/old", .processName = "/bin/old", .operations = 1});
+    store.addPolicyRule(rule);
+    EditedPolicyRule second = edits;
+    second.common.path = "/newest";
+    savePolicyRule(store, run, rule, edits);
+    savePolicyRule(store, run, rule, second);
+    EXPECT_EQ(file(), "deny path \"/newest\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
+}
+
+TEST_F(RuleEditing, ARuleThatWasDeletedMeanwhileComesBackOnce)
+{
+    const auto rule = watchRule({.path = "/old", .processName = "/bin/old", .operations = 1});
+    store.addWatchRule(rule);
+    store.deleteWatchRule(*rule);
+    saveWatchRule(store, run, rule, edits.common);
+    EXPECT_EQ(file(), "watch path \"/new\" \"/bin/new\" rx \"\"\n");
+}
+
+TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
+{
+    folder.write("Users/Shared/Quorvane/ann.quorvane.rc",
+        "watch path /w any r\nallow path /p any r tag\nallow path /q any r\n");
+    store.reloadCurrentUserConfiguration();
+    const auto watch = std::get<WatchRulePtr>(store.ruleAtIndex(0, true));
+    const auto policy = std::get<PolicyRulePtr>(store.ruleAtIndex(1, true));
+    store.reloadCurrentUserConfiguration();
+
+    saveWatchRule(store, run, watch, edits.common);
+    savePolicyRule(store, run, policy, edits);
+
+    EXPECT_EQ(store.totalRules(true), 3U);
+    EXPECT_EQ(rowsAsText(store, true), file());
+    EXPECT_EQ(file().find("\"/p\""), std::string::npos);
+    EXPECT_EQ(file().find("\"/w\""), std::string::npos);
+}
+
+TEST_F(RuleEditing, SavingGoesOnWhenTheFileCannotBeWritten)
+{
+    std::filesystem::remove_all(locations.sharedFolder());
+    savePolicyRule(store, run, policyRule({}), edits);
+    EXPECT_EQ(store.totalRules(true), 1U);
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(store.lastErrorMessage().has_value());
+}
+
+} // namespace quorvane
