@@ -8,28 +8,48 @@
 #include <QPixmap>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace quorvane {
 
 namespace {
 
-// Larger images are for other uses than a table's or an editor's.
+// Larger images are for other uses than a table's or an editor's, and serve only where no smaller one does.
 constexpr int largestIcon = 256;
 
-// Every size that the image file holds and the reader understands; sizes in JPEG 2000 are not.
+// The extent and the number of each image in the file, smallest first.
+std::vector<std::pair<int, int>> imagesBySize(const QString& file)
+{
+    std::vector<std::pair<int, int>> images;
+    const int count = std::min(QImageReader(file).imageCount(), 32);
+    for (int number = 0; number < count; ++number) {
+        QImageReader reader(file);
+        if (reader.jumpToImage(number))
+            images.emplace_back(std::max(reader.size().width(), reader.size().height()), number);
+    }
+    std::sort(images.begin(), images.end());
+    return images;
+}
+
+// Every size that the image file holds and the reader understands, up to the first that is large enough;
+// sizes in JPEG 2000 are not understood.
 QIcon iconFromImageFile(const QString& file)
 {
     QIcon icon;
     if (!QFileInfo(file).isFile()) // a pipe would hold up the window
         return icon;
-    const int images = std::min(QImageReader(file).imageCount(), 32);
-    for (int number = 0; number < images; ++number) {
+    for (const auto& [extent, number] : imagesBySize(file)) {
         QImageReader reader(file);
-        if (!reader.jumpToImage(number)
-            || std::max(reader.size().width(), reader.size().height()) > largestIcon)
+        reader.jumpToImage(number);
+        QImage image = reader.read();
+        if (image.isNull())
             continue;
-        if (const QImage image = reader.read(); !image.isNull())
-            icon.addPixmap(QPixmap::fromImage(image));
+        if (extent > largestIcon)
+            image = image.scaled(largestIcon, largestIcon, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        icon.addPixmap(QPixmap::fromImage(image));
+        if (extent >= largestIcon)
+            break;
     }
     return icon;
 }

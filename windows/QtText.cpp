@@ -4,7 +4,10 @@ namespace quorvane {
 
 QString toQt(std::string_view text)
 {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    // Qt would take a byte order mark away, and an unchanged text could come back changed.
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    const QString converted = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    return text.starts_with(mark) ? QChar(QChar::ByteOrderMark) + converted : converted;
 }
 
 std::string fromQt(const QString& text)

@@ -1,13 +1,12 @@
 #include "windows/RuleCellsModel.h"
 
 #include "windows/QtText.h"
+#include "windows/StateImages.h"
 
 #include <QBrush>
 #include <QColor>
 #include <QFont>
 #include <QIcon>
-#include <QPainter>
-#include <QPixmap>
 
 #include <algorithm>
 #include <array>
@@ -17,8 +16,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr qreal stateImageOpacity = 0.8;
-constexpr int stateImageSize = 12; // logical pixels
 constexpr int cellFontSize = 12; // logical pixels
 
 // Plain colours: what a test or a magnifier reads is what was meant.
@@ -45,23 +42,6 @@ QColor bandColor(bool shaded)
     constexpr qreal opacity = 0.2;
     const qreal level = (shaded ? 0.8 : 1.0) * opacity + (1.0 - opacity);
     return QColor::fromRgbF(static_cast<float>(level), static_cast<float>(level), static_cast<float>(level));
-}
-
-QIcon fadedIcon(const QString& file)
-{
-    QIcon faded;
-    for (const qreal scale : {1.0, 2.0, 3.0}) {
-        QPixmap image(QSize(stateImageSize, stateImageSize) * scale);
-        image.setDevicePixelRatio(scale);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        painter.setOpacity(stateImageOpacity);
-        painter.drawPixmap(QRect(0, 0, stateImageSize, stateImageSize),
-            QIcon(file).pixmap(QSize(stateImageSize, stateImageSize), scale));
-        painter.end();
-        faded.addPixmap(image);
-    }
-    return faded;
 }
 
 QFont cellFont(bool bold, bool italic)
@@ -167,10 +147,8 @@ QVariant RuleCellsModel::headerData(int section, Qt::Orientation orientation, in
 
 QVariant RuleCellsModel::decoration(const RuleCell& cell) const
 {
-    static const QIcon systemIcon = fadedIcon(QStringLiteral(":/images/system.png"));
-    static const QIcon recentIcon = fadedIcon(QStringLiteral(":/images/new.png"));
     if (cell.image != StateImage::none)
-        return cell.image == StateImage::system ? systemIcon : recentIcon;
+        return cell.image == StateImage::system ? systemRuleImage() : recentRuleImage();
     return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile)) : QVariant();
 }
 

@@ -1,10 +1,13 @@
 #include "windows/WindowLook.h"
 
+#include "platform/Compositor.h"
+
 #include <QApplication>
 #include <QColor>
 #include <QIcon>
 #include <QPalette>
 #include <QStyleFactory>
+#include <QWidget>
 
 // The images live in a static library: naming them makes the linker keep them. Must stand outside any
 // namespace.
@@ -41,6 +44,20 @@ void applyWindowLook(QApplication& application)
                                              "QToolBar { background: #f7f7f8; border: 0; border-bottom: 1px "
                                              "solid #d8d8dc; padding: 5px; spacing: 6px; }"
                                              "QStatusBar { border-top: 1px solid #e6e6ea; }"));
+}
+
+void applySheetLook(QWidget& window)
+{
+    const bool translucent = isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
+    QColor sheet(0xf6, 0xf6, 0xf8);
+    if (translucent) {
+        window.setAttribute(Qt::WA_TranslucentBackground);
+        sheet.setAlphaF(0.94F); // less would let the texts behind disturb those on the sheet
+    }
+    window.setAttribute(Qt::WA_StyledBackground);
+    // Only the window itself: what stands on it keeps its own colours.
+    window.setStyleSheet(QStringLiteral("#%1 { background-color: %2; }")
+                             .arg(window.objectName(), sheet.name(QColor::HexArgb)));
 }
 
 } // namespace quorvane

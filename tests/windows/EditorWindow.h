@@ -1,0 +1,121 @@
+#pragma once
+
+#include "platform/Workspace.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+#include "windows/QtText.h"
+#include "workflow/RuleEditorDelegate.h"
+#include "workflow/RunState.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace quorvane {
+
+// Counts what it is told.
+class CountingDelegate : public RuleEditorDelegate {
+public:
+    void reloadData() override { ++reloads; }
+    int reloads = 0;
+};
+
+// An editor of either kind as a person sees it. Its controls are found by their names.
+template <class Editor> class EditorWindow : public testing::Test {
+protected:
+    EditorWindow() { std::filesystem::create_directories(locations.sharedFolder()); }
+    ~EditorWindow() override
+    {
+        for (const auto& opened : m_opened)
+            delete opened.data();
+    }
+
+    template <class Child> static Child* in(const QWidget& window, const char* name)
+    {
+        auto* child = window.findChild<Child*>(QLatin1String(name));
+        EXPECT_NE(child, nullptr) << name;
+        return child;
+    }
+    QLineEdit* field(const char* name) const { return in<QLineEdit>(*editor, name); }
+    QPushButton* button(const char* name) const { return in<QPushButton>(*editor, name); }
+    QComboBox* popUp(const char* name) const { return in<QComboBox>(*editor, name); }
+    QLabel* label(const char* name) const { return in<QLabel>(*editor, name); }
+    QCheckBox* box(const char* name) const { return in<QCheckBox>(*editor, name); }
+    std::string text(const char* name) const { return fromQt(field(name)->text()); }
+    bool canSave() const { return button("saveButton")->isEnabled(); }
+
+    // Types over what the field holds.
+    void type(const char* name, const char* text) const
+    {
+        field(name)->setFocus();
+        field(name)->selectAll();
+        if (*text == '\0')
+            QTest::keyClick(field(name), Qt::Key_Delete);
+        else
+            QTest::keyClicks(field(name), QLatin1String(text));
+    }
+    void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+
+    // Opens an editor and makes it the one that the other operations are about.
+    template <class SetRule> void open(SetRule setRule)
+    {
+        editor = new Editor(store, run, workspace, log.log());
+        m_opened.emplace_back(editor);
+        setRule(*editor);
+        editor->setDelegate(&delegate);
+        editor->show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(editor));
+    }
+
+    // Clicks the button, and answers the panel that it opens.
+    void answerPanel(const char* name, const std::function<void(QFileDialog&)>& answer)
+    {
+        bool answered = false;
+        QTimer::singleShot(0, editor, [&] {
+            auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(panel, nullptr);
+            answered = true;
+            answer(*panel);
+            if (panel->isVisible())
+                panel->reject();
+        });
+        click(name);
+        EXPECT_TRUE(answered);
+    }
+    // Clicks the button and chooses `path` in the panel.
+    void choose(const char* name, const std::string& path)
+    {
+        answerPanel(name, [&](QFileDialog& panel) {
+            in<QLineEdit>(panel, "fileNameEdit")->setText(toQt(path));
+            QMetaObject::invokeMethod(&panel, "accept");
+        });
+    }
+
+    std::string file() const { return TemporaryFolder::contents(locations.userRulesFile()); }
+
+    const TemporaryFolder folder;
+    const Locations locations{folder.path(), "ann"};
+    CapturedLog log;
+    RuleManager store{locations, silentLog()};
+    Workspace workspace;
+    RunState run;
+    CountingDelegate delegate;
+    QPointer<Editor> editor;
+
+private:
+    std::vector<QPointer<Editor>> m_opened;
+};
+
+} // namespace quorvane

@@ -1,0 +1,242 @@
+#include "windows/RuleEditorControls.h"
+
+#include "platform/PathComponents.h"
+#include "platform/Workspace.h"
+#include "windows/FilePanel.h"
+#include "windows/QtText.h"
+#include "windows/StateImages.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QValidator>
+
+#include <algorithm>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int iconSize = 96; // logical pixels
+
+// What ends a line of a rules file, or the file.
+bool endsLine(QChar character)
+{
+    switch (character.unicode()) {
+    case u'\0':
+    case u'\n':
+    case u'\v':
+    case u'\f':
+    case u'\r':
+    case u'\u0085':
+    case u'\u2028':
+    case u'\u2029':
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Takes line ends out of what is pasted.
+class OneLine : public QValidator {
+public:
+    using QValidator::QValidator;
+
+    State validate(QString& text, int& cursor) const override
+    {
+        cursor -= static_cast<int>(std::count_if(text.cbegin(), text.cbegin() + cursor, endsLine));
+        text.removeIf(endsLine);
+        return Acceptable;
+    }
+};
+
+// The text is shown as it is, never as markup.
+QString toolTipWith(const QString& text, const QString& help)
+{
+    constexpr int longest = 2000;
+    if (text.isEmpty())
+        return help;
+    return QStringLiteral("<p style='white-space: pre-wrap'>")
+        + (text.size() > longest ? text.first(longest) + QChar(0x2026) : text).toHtmlEscaped()
+        + QStringLiteral("</p><p>") + help.toHtmlEscaped() + QStringLiteral("</p>");
+}
+
+void showImage(QLabel& view, const QIcon& icon, const QString& meaning)
+{
+    const qreal scale = view.devicePixelRatio();
+    QPixmap image = icon.pixmap(QSize(iconSize, iconSize), scale);
+    const QSize pixels = QSize(iconSize, iconSize) * scale;
+    if (!image.isNull() && image.width() < pixels.width() && image.height() < pixels.height()) {
+        image = image.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        image.setDevicePixelRatio(scale);
+    }
+    view.setPixmap(image);
+    view.setAccessibleDescription(image.isNull() ? QString() : meaning);
+}
+
+// No icon when the file is no image; a pipe would hold up the window.
+QIcon iconInFile(const QString& file)
+{
+    return QFileInfo(file).isFile() ? QIcon(file) : QIcon();
+}
+
+std::string textOf(const QLineEdit& field)
+{
+    return fromQt(field.text());
+}
+
+} // namespace
+
+void setUpRuleTextField(QLineEdit& field)
+{
+    constexpr int roomBesideText = 4;
+    field.setTextMargins(roomBesideText, 0, roomBesideText, 0);
+    field.setValidator(new OneLine(&field));
+    QObject::connect(&field, &QLineEdit::textChanged, &field,
+        [&field, help = field.toolTip()](const QString& text) { field.setToolTip(toolTipWith(text, help)); });
+}
+
+void makeReadOnly(QLineEdit& field)
+{
+    field.setReadOnly(true);
+    QPalette palette = field.palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    field.setPalette(palette);
+}
+
+void showText(QLineEdit& field, const NullableText& text)
+{
+    field.setText(toQt(text.view()));
+    field.setCursorPosition(0);
+}
+
+RuleEditorControls::RuleEditorControls(
+    const RuleEditorWidgets& widgets, Workspace& workspace, std::string lockImageFile)
+    : m_widgets(widgets)
+    , m_workspace(workspace)
+    , m_lockImageFile(std::move(lockImageFile))
+{
+    setUpRuleTextField(*m_widgets.pathTextField);
+    setUpRuleTextField(*m_widgets.processNameTextField);
+}
+
+void RuleEditorControls::fill(std::int32_t policyType, const NullableText& path,
+    const NullableText& processName, std::uint32_t operations) const
+{
+    m_widgets.typePopUp->setCurrentIndex(policyType); // none of them for an unknown type
+    showText(*m_widgets.pathTextField, path);
+    showText(*m_widgets.processNameTextField, processName);
+    const OperationBoxes boxes = boxesForOperations(operations);
+    for (std::size_t box = 0; box < boxes.size(); ++box)
+        m_widgets.operationButtons[box]->setChecked(boxes[box]);
+}
+
+void RuleEditorControls::showTextsFromStart() const
+{
+    m_widgets.pathTextField->setCursorPosition(0);
+}
+
+void RuleEditorControls::showSystemRule() const
+{
+    m_widgets.saveButton->hide();
+    m_widgets.cancelButton->setDefault(true);
+    m_widgets.cancelButton->setFocus();
+    m_widgets.typePopUp->setEnabled(false);
+    m_widgets.browsePathButton->setEnabled(false);
+    m_widgets.browseProcessButton->setEnabled(false);
+    for (QCheckBox* button : m_widgets.operationButtons)
+        button->setEnabled(false);
+    makeReadOnly(*m_widgets.pathTextField);
+    makeReadOnly(*m_widgets.processNameTextField);
+    m_widgets.systemImageView->setPixmap(systemRuleImage().pixmap(
+        QSize(stateImageSize, stateImageSize), m_widgets.systemImageView->devicePixelRatio()));
+    m_widgets.systemImageView->show();
+    m_widgets.systemLabel->show();
+}
+
+void RuleEditorControls::showUserRule() const
+{
+    m_widgets.cancelButton->show();
+    m_widgets.saveButton->setText(QObject::tr("Save"));
+    m_widgets.pathTextField->setFocus();
+}
+
+EditedWatchRule RuleEditorControls::edited() const
+{
+    OperationBoxes boxes{};
+    for (std::size_t box = 0; box < boxes.size(); ++box)
+        boxes[box] = m_widgets.operationButtons[box]->isChecked();
+    return {.policyType = chosenCode(*m_widgets.typePopUp),
+        .path = textOf(*m_widgets.pathTextField),
+        .processName = textOf(*m_widgets.processNameTextField),
+        .operations = operationsForBoxes(boxes)};
+}
+
+void RuleEditorControls::applyCompleteness() const
+{
+    m_widgets.saveButton->setEnabled(
+        isCompleteRule(textOf(*m_widgets.pathTextField), textOf(*m_widgets.processNameTextField)));
+}
+
+void RuleEditorControls::autoSetType() const
+{
+    m_widgets.typePopUp->setCurrentIndex(policyTypeForPath(textOf(*m_widgets.pathTextField)));
+}
+
+void RuleEditorControls::setApplicationIcon() const
+{
+    const ProgramIcon icon = iconForProcess(textOf(*m_widgets.processNameTextField));
+    switch (icon.kind) {
+    case ProgramIcon::Kind::none:
+        return showImage(*m_widgets.iconImageView, {}, {});
+    case ProgramIcon::Kind::lock:
+        return showImage(
+            *m_widgets.iconImageView, iconInFile(toQt(m_lockImageFile)), QObject::tr("lock: any program"));
+    case ProgramIcon::Kind::file:
+        return showImage(
+            *m_widgets.iconImageView, m_workspace.iconForFile(icon.file), toQt(lastPathComponent(icon.file)));
+    }
+}
+
+std::string RuleEditorControls::pathPanelStart() const
+{
+    return panelStart(textOf(*m_widgets.pathTextField), fromQt(QDir::homePath()));
+}
+
+std::string RuleEditorControls::applicationPanelStart() const
+{
+    return panelStart(textOf(*m_widgets.processNameTextField), "/Applications/");
+}
+
+void RuleEditorControls::takePath(const std::string& path) const
+{
+    showText(*m_widgets.pathTextField, path);
+    applyCompleteness();
+    autoSetType();
+}
+
+void RuleEditorControls::takeApplication(const std::string& path) const
+{
+    showText(*m_widgets.processNameTextField, path);
+    setApplicationIcon();
+    applyCompleteness();
+}
+
+std::optional<std::int32_t> chosenCode(const QComboBox& popUp)
+{
+    const int index = popUp.currentIndex();
+    return index < 0 ? std::nullopt : std::optional<std::int32_t>(index);
+}
+
+std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath)
+{
+    const auto url = chooseFileOrFolder(editor, QObject::tr("Use Path"), startPath);
+    return url ? std::optional<std::string>(pathFromPanel(*url)) : std::nullopt;
+}
+
+} // namespace quorvane
