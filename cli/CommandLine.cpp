@@ -189,6 +189,18 @@ void addCommands(CLI::App& program, Arguments& arguments, Run& run)
         [&](const CommandContext& context) { return deleteCommand(context, arguments.rule); });
     addRuleOptions(*deleted, arguments);
 
+    auto* imported = add("import", "Add the rules of an exchange file to the current user's configuration",
+        [&](const CommandContext& context) {
+            return importCommand(context, arguments.file, arguments.asJson);
+        });
+    imported->footer(
+        "Rules without a tag get the file's name as their tag; rules without a constraint are bound "
+        "to their program.\n--json prints one object: \"imported\", the rules of the file, and "
+        "\"added\", those that were not there yet.\nThe pending suggestions of the fail-safe file "
+        "are dropped, as after every import.");
+    imported->add_option("FILE", arguments.file, "An exchange file")->required();
+    imported->add_flag("--json", arguments.asJson, "Print a JSON object");
+
     auto* check = add("check",
         "Find redundant rules, programs that are gone or do not match, missing paths and rules that do not "
         "read "

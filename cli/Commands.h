@@ -46,6 +46,10 @@ int addCommand(const CommandContext& context, const SpelledRule& rule);
 // Deletes the first equal rule of the current user's configuration and writes it.
 int deleteCommand(const CommandContext& context, const SpelledRule& rule);
 
+// Adds the rules of an exchange file to the current user's configuration, as an import review does with every
+// row ticked, and writes it.
+int importCommand(const CommandContext& context, const std::string& file, bool asJson);
+
 // Prints what the code signatures of programs, then of running processes, say.
 int codesignCommand(
     const std::vector<std::string>& paths, const std::vector<std::int32_t>& pids, bool asJson);

@@ -30,16 +30,6 @@ RuleRef recordOf(const SpelledRule& spelled)
     return std::make_shared<PolicyRule>(std::move(fields));
 }
 
-// The current user's store, or null when writing it back would lose what the file holds.
-std::unique_ptr<RuleManager> openForWriting(const CommandContext& context)
-{
-    OpenedStore opened = openStore({}, context.locations, context.log);
-    if (opened.isComplete)
-        return std::move(opened.store);
-    complain("nothing was written: it would lose the rules that were not read");
-    return nullptr;
-}
-
 int writeBack(RuleManager& store)
 {
     store.writeToCurrentUserConfiguration();
@@ -53,7 +43,7 @@ int writeBack(RuleManager& store)
 
 int addCommand(const CommandContext& context, const SpelledRule& spelled)
 {
-    const auto store = openForWriting(context);
+    const auto store = openForWriting(context.locations, context.log);
     if (!store)
         return 1;
     const RuleRef rule = recordOf(spelled);
@@ -68,7 +58,7 @@ int addCommand(const CommandContext& context, const SpelledRule& spelled)
 
 int deleteCommand(const CommandContext& context, const SpelledRule& spelled)
 {
-    const auto store = openForWriting(context);
+    const auto store = openForWriting(context.locations, context.log);
     if (!store)
         return 1;
     const RuleRef wanted = recordOf(spelled);

@@ -42,4 +42,13 @@ OpenedStore openStore(const RuleSelection& selection, const Locations& locations
     return opened;
 }
 
+std::unique_ptr<RuleManager> openForWriting(const Locations& locations, Log& log)
+{
+    OpenedStore opened = openStore({}, locations, log);
+    if (opened.isComplete)
+        return std::move(opened.store);
+    complain("nothing was written: it would lose the rules that were not read");
+    return nullptr;
+}
+
 } // namespace quorvane

@@ -14,8 +14,8 @@ struct RuleSelection {
     std::optional<std::string> file; // none for the current user's configuration
     bool labelAsSystem = false; // of `file`
     bool includeSystemRules = false;
-    std::string filter;
-    std::vector<SortDescriptor> sort;
+    std::string filter{};
+    std::vector<SortDescriptor> sort{};
 };
 
 // A store, and how well it could be read.
@@ -29,5 +29,8 @@ struct OpenedStore {
 
 // Reads the store that `selection` names, filtered and sorted, and complains of what could not be read.
 OpenedStore openStore(const RuleSelection& selection, const Locations& locations, Log& log);
+
+// The current user's store, or null, after a complaint, when writing it back would lose what the file holds.
+std::unique_ptr<RuleManager> openForWriting(const Locations& locations, Log& log);
 
 } // namespace quorvane

@@ -50,7 +50,8 @@ class Manual(CommandTest):
         self.sandbox.write_preferences(policy_global_exec=1)
         program = self.sandbox.new_file("program", "x")
         described = page("quorvanectl.1").partition(".Ss JSON")[2].partition(".Sh ENVIRONMENT")[0]
-        for command in (["list"], ["options"], ["check"], ["codesign", program], ["codesign", "--pid", "1"]):
+        for command in (["list"], ["options"], ["check"], ["import", self.sandbox.user_file],
+                        ["codesign", program], ["codesign", "--pid", "1"]):
             part = re.search(rf"(?ms)^\.Ic {command[0]}\n(.*?)(\.Pp|\Z)", described)[1]
             named = [key for key in re.findall(r"^\.Ql (\w+)", part, re.M)]
             printed = self.run_program(*command, "--json").keys()
