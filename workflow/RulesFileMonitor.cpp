@@ -1,0 +1,38 @@
+#include "workflow/RulesFileMonitor.h"
+
+#include "platform/Log.h"
+#include "workflow/RunState.h"
+
+#include <utility>
+
+#include <sys/stat.h>
+
+namespace quorvane {
+
+std::optional<std::uint64_t> modificationTime(const std::string& path)
+{
+    struct stat status { };
+    if (lstat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_mtim.tv_sec);
+}
+
+RulesFileMonitor::RulesFileMonitor(RunState& run, Log& log)
+    : m_run(run)
+    , m_log(log)
+{
+}
+
+bool RulesFileMonitor::monitorFileModification(std::optional<std::uint64_t> time)
+{
+    if (!time)
+        return false;
+    const std::uint64_t before = std::exchange(m_lastModificationTime, *time);
+    if (m_run.internalWrite.exchange(false) || before == 0 || before == *time)
+        return false;
+    m_log.write(
+        "reloading data on file modification " + std::to_string(before) + " <=> " + std::to_string(*time));
+    return true;
+}
+
+} // namespace quorvane

@@ -1,0 +1,59 @@
+#include "workflow/RulesFileWatcher.h"
+
+#include "platform/Log.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
+#include <utility>
+
+namespace quorvane {
+
+struct RulesFileWatcher::Watch {
+    const std::string path;
+    const std::function<void()> reload;
+    const std::chrono::milliseconds interval;
+    const Look look;
+    RulesFileMonitor monitor;
+    std::mutex mutex{};
+    std::condition_variable_any changed{};
+    bool hasEnded = false;
+
+    // What the watcher was given, the monitor and reload(), is touched only under the lock and only while no
+    // stop is asked for.
+    void run(const std::stop_token& stop)
+    {
+        std::unique_lock lock(mutex);
+        while (!stop.stop_requested()) {
+            lock.unlock();
+            const auto time = look(path);
+            lock.lock();
+            if (stop.stop_requested())
+                break;
+            if (monitor.monitorFileModification(time))
+                reload();
+            changed.wait_for(lock, stop, interval, [] { return false; });
+        }
+        hasEnded = true;
+        changed.notify_all();
+    }
+};
+
+RulesFileWatcher::RulesFileWatcher(std::string path, RunState& run, Log& log, std::function<void()> reload,
+    std::chrono::milliseconds interval, Look look)
+    : m_watch(new Watch{std::move(path), std::move(reload), interval, std::move(look), {run, log}})
+{
+    log.write("monitorFileModification starting");
+    m_thread = std::jthread([watch = m_watch](const std::stop_token& stop) { watch->run(stop); });
+}
+
+RulesFileWatcher::~RulesFileWatcher()
+{
+    constexpr std::chrono::milliseconds patience(500);
+    m_thread.request_stop();
+    std::unique_lock lock(m_watch->mutex);
+    if (!m_watch->changed.wait_for(lock, patience, [this] { return m_watch->hasEnded; }))
+        m_thread.detach();
+}
+
+} // namespace quorvane
