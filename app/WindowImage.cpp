@@ -3,6 +3,8 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "rules/RuleManager.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/EditWatchWindowController.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
@@ -49,12 +51,35 @@ std::unique_ptr<QWidget> reviewOf(const char* rulesFile, Surroundings& around)
     return window;
 }
 
+// The editor of the rule in a row of the table.
+std::unique_ptr<QWidget> editorOf(int row, Surroundings& around)
+{
+    const bool includeSystemRules = false;
+    if (row < 0 || static_cast<std::size_t>(row) >= around.store.totalRules(includeSystemRules))
+        return nullptr;
+    const RuleRef& rule = around.store.ruleAtIndex(static_cast<std::size_t>(row), includeSystemRules);
+    const auto* watch = std::get_if<WatchRulePtr>(&rule);
+    if (watch == nullptr) {
+        auto editor = std::make_unique<EditPolicyWindowController>(
+            around.store, around.run, around.workspace, *around.log);
+        editor->setPolicyRule(std::get<PolicyRulePtr>(rule));
+        return editor;
+    }
+    auto editor = std::make_unique<EditWatchWindowController>(
+        around.store, around.run, around.workspace, *around.log);
+    editor->setWatchRule(*watch);
+    return editor;
+}
+
 // Null when the words name no window.
 std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& around)
 {
     const std::string_view name = wordCount == 0 ? "main" : words[0];
+    const int row = wordCount == 2 ? QByteArray(words[1]).toInt() : 0;
     if (name == "main" && wordCount <= 2)
-        return mainWindow(wordCount == 2 ? QByteArray(words[1]).toInt() : 0, around);
+        return mainWindow(row, around);
+    if (name == "editor" && wordCount == 2)
+        return editorOf(row, around);
     if (name == "review" && wordCount == 2)
         return reviewOf(words[1], around);
     return nullptr;
@@ -74,7 +99,8 @@ int main(int argumentCount, char** arguments)
     const auto window
         = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (!window) {
-        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | review RULES-FILE]\n", stderr);
+        std::fputs(
+            "usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE]\n", stderr);
         return 2;
     }
     window->show();

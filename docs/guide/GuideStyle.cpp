@@ -58,11 +58,6 @@ void styleHeading(QTextCursor& block, QTextBlockFormat& format)
     block.setCharFormat(text);
 }
 
-bool isCode(const QTextBlock& block)
-{
-    return block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage);
-}
-
 void styleCode(QTextCursor& block, QTextBlockFormat& format)
 {
     const QTextBlock previous = block.block().previous();
@@ -167,6 +162,11 @@ QFont textFont()
     // Any spacing turns ligatures off, which whoever searches the guide or copies from it would stumble over.
     font.setLetterSpacing(QFont::PercentageSpacing, 100.1);
     return font;
+}
+
+bool isCode(const QTextBlock& block)
+{
+    return block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage);
 }
 
 void applyStyle(QTextDocument& document, qreal columnWidth)

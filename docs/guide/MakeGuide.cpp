@@ -137,7 +137,7 @@ bool isInTable(const QTextBlock& block)
 // it.
 bool belongsToNext(const QTextBlock& block)
 {
-    if (block.blockFormat().headingLevel() > 0)
+    if (block.blockFormat().headingLevel() > 0 || (isCode(block) && isCode(block.next())))
         return true;
     const bool isAboveTable = block.next().isValid() && isInTable(block.next());
     return !isInTable(block) && (block.text().endsWith(QLatin1Char(':')) || isAboveTable);
