@@ -242,7 +242,18 @@ std::uint32_t RuleManager::getOption(std::string_view name) const
 
 bool RuleManager::writeToCurrentUserConfiguration()
 {
-    return writeToFile(m_locations.userRulesFile());
+    const std::string path = m_locations.userRulesFile();
+    if (m_unreadRules && !m_unreadRules->isFailure) {
+        const auto aside = putRulesFileAside(path);
+        if (!aside) {
+            m_lastErrorMessage = "Not writing file '" + path + "': " + m_unreadRules->reason
+                + ", and it cannot be kept under another name";
+            return false;
+        }
+        m_log.write("keeping '" + path + "', of which not everything was read, as '" + *aside + "'");
+        m_unreadRules.reset();
+    }
+    return writeToFile(path);
 }
 
 bool RuleManager::writeToFile(const std::string& path)

@@ -66,7 +66,8 @@ public:
     std::uint32_t getOption(std::string_view name) const;
     const std::vector<FilterOption>& filterOptions() const { return m_filterOptions; }
 
-    // Writes every user rule, whatever the filter, to the user's file.
+    // Writes every user rule, whatever the filter, to the user's file. A file of which not everything was
+    // read is kept beside it under another name first, and is not written when that fails; see unreadRules().
     bool writeToCurrentUserConfiguration();
     // Writes every user rule, whatever the filter. Deliberate: true also when a line was cut short; only
     // lastErrorMessage() tells.

@@ -44,6 +44,45 @@ std::string answerOf(const RuleManager& store, bool result)
 
 } // namespace
 
+TEST(WriteUserConfiguration, KeepsAFileOfWhichNotEverythingWasReadUnderAnotherName)
+{
+    const StoreSandbox box;
+    const std::string path = box.locations.userRulesFile();
+    const std::string unread = oneLine + std::string("\xFF\n");
+    for (const char* aside : {".unread", ".unread.2"}) {
+        box.writeUserRules(unread);
+        const auto store = box.load();
+        ASSERT_TRUE(store->unreadRules());
+        store->addPolicyRule(
+            policyRule({.policyType = 1, .path = "/a", .processName = "any", .operations = 1}));
+        EXPECT_TRUE(store->writeToCurrentUserConfiguration());
+        EXPECT_EQ(TemporaryFolder::contents(path + aside), unread);
+        EXPECT_EQ(TemporaryFolder::contents(path), oneLine);
+        EXPECT_FALSE(store->unreadRules());
+    }
+}
+
+TEST(WriteUserConfiguration, LeavesAFileAloneThatItCanNeitherReadWholeNorKeep)
+{
+    const StoreSandbox box;
+    const std::string path = box.locations.userRulesFile();
+    box.writeUserRules("\xFF\n");
+    const auto store = box.load();
+    // All the names are taken.
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    for (int number = 1; number <= 99; ++number)
+        std::filesystem::create_directory(
+            path + ".unread" + (number == 1 ? "" : "." + std::to_string(number)));
+
+    EXPECT_FALSE(store->writeToCurrentUserConfiguration());
+
+    EXPECT_EQ(*store->lastErrorMessage(),
+        "Not writing file '" + path + "': The rules file '" + path
+            + "' is not valid UTF-8: none of it is read, and it cannot be kept under another name");
+    EXPECT_TRUE(std::filesystem::is_directory(path));
+}
+
 TEST(RulesWriterFiles, NewFileIsForOwnerAndGroupWhateverTheMask)
 {
     const StoreSandbox sandbox;
