@@ -23,4 +23,9 @@ template <class Question> decltype(auto) askRule(const RuleRef& rule, Question&&
     return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
 }
 
+inline bool isSystemRule(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return record.system(); });
+}
+
 } // namespace quorvane

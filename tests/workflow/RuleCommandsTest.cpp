@@ -1,0 +1,259 @@
+#include "workflow/RuleCommands.h"
+#include "rules/RuleLine.h"
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/CapturedLog.h"
+#include "workflow/RunState.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace quorvane {
+
+namespace {
+
+const std::string deleteMessage
+    = "System rules cannot be deleted using this tool. Please disable Quorvane and "
+      "edit the system rules directly to make changes.";
+const std::string editMessage = "System rules cannot be edited using this tool. Please disable Quorvane and "
+                                "edit the system rules directly to make changes.";
+
+// The user's rules: one watch rule, two rules of /bin/sh, one of /bin/vi; and one system rule of /bin/sh.
+class RuleCommandsTest : public testing::Test {
+protected:
+    RuleCommandsTest()
+    {
+        box.writeUserRules("set some.option 1\n" + watchLine + shLine + sh2Line + viLine);
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/bin/sh\" r\n");
+        store = box.load(log.log());
+        commands = std::make_unique<RuleCommands>(*store, run, log.log());
+    }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::size_t rowOf(const std::string& path, bool includeSystemRules = true) const
+    {
+        const auto paths = rowPaths(*store, includeSystemRules);
+        return static_cast<std::size_t>(std::find(paths.begin(), paths.end(), path) - paths.begin());
+    }
+
+    const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"\"\n";
+    const std::string shLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
+    const std::string sh2Line = "allow prefix \"/b/\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
+    const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"\" \"0\"\n";
+    StoreSandbox box;
+    CapturedLog log;
+    RunState run;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<RuleCommands> commands;
+};
+
+} // namespace
+
+TEST_F(RuleCommandsTest, NewRulesReadWriteAndCreateForAnyProgramUnderAPrefix)
+{
+    const PolicyRulePtr policy = RuleCommands::newPolicy();
+    EXPECT_EQ(ruleLine(policy->fields()), "allow prefix \"\" \"any\" rwc \"\" \"\" \"0\"\n");
+    EXPECT_EQ(policy->tag().view(), "");
+    const WatchRulePtr watch = RuleCommands::newWatch();
+    EXPECT_EQ(watch->policyType(), 0);
+    EXPECT_EQ(watch->path().written(), "");
+    EXPECT_EQ(watch->processName().written(), "any");
+    EXPECT_EQ(watch->operations(), 7U);
+}
+
+TEST_F(RuleCommandsTest, ANewRuleLikeAnotherTakesItsProgramAndConstraintAndNothingElse)
+{
+    const RuleRef clicked = policyRule({.policyClass = 1,
+        .policyType = 1,
+        .path = "/x",
+        .processName = "/bin/vi",
+        .tag = "t",
+        .constraint = "TEAM",
+        .operations = 1});
+    const PolicyRulePtr rule = RuleCommands::newPolicyLike(clicked);
+    EXPECT_EQ(ruleLine(rule->fields()), "allow prefix \"\" \"/bin/vi\" rwc \"\" \"TEAM\" \"0\"\n");
+    EXPECT_EQ(rule->constraint().written(), "TEAM");
+    EXPECT_EQ(rule->tag().view(), "");
+}
+
+TEST_F(RuleCommandsTest, ANewRuleLikeAWatchRuleHasAnEmptyConstraint)
+{
+    const PolicyRulePtr rule
+        = RuleCommands::newPolicyLike(watchRule({.path = "/x", .processName = "/bin/vi", .operations = 1}));
+    EXPECT_EQ(rule->processName().written(), "/bin/vi");
+    EXPECT_FALSE(rule->constraint().isNull());
+    EXPECT_EQ(rule->constraint().view(), "");
+}
+
+TEST_F(RuleCommandsTest, DeletingARowWritesTheFileAndMarksTheRun)
+{
+    const TableChange change = commands->deleteRow(rowOf("/b/"), true);
+    EXPECT_EQ(change.removedRows.size(), 1U);
+    EXPECT_FALSE(change.notice);
+    EXPECT_EQ(file(), watchLine + shLine + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(RuleCommandsTest, DeletingTheFirstRuleOfAGroupMakesTheNextRowItsHead)
+{
+    const std::size_t row = rowOf("/a/", false);
+    const TableChange change = commands->deleteRow(row, false);
+    EXPECT_EQ(change.removedRows, std::vector<std::size_t>{row});
+    // Below a watch rule the row heads no group: see the next test; with the watch rule gone it does.
+    EXPECT_FALSE(change.newGroupHead);
+    commands->deleteRow(rowOf("/w/", false), false);
+    EXPECT_EQ(commands->deleteRow(0, false).newGroupHead, 0U);
+}
+
+TEST_F(RuleCommandsTest, DeliberateAPolicyRuleBelowAWatchRuleHeadsNoGroup)
+{
+    ASSERT_EQ(rowPaths(*store, false), (std::vector<std::string>{"/w/", "/a/", "/b/", "/c"}));
+    EXPECT_FALSE(commands->deleteRow(1, false).newGroupHead);
+}
+
+TEST_F(RuleCommandsTest, DeletingTheHeadOfALaterGroupTellsOfTheRowThatTookItsPlace)
+{
+    box.writeUserRules(shLine + viLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"\" \"0\"\n");
+    store->reloadCurrentUserConfiguration();
+    EXPECT_EQ(commands->deleteRow(1, false).newGroupHead, 1U);
+}
+
+TEST_F(RuleCommandsTest, DeletingTheLastRowHasNoNewHead)
+{
+    EXPECT_FALSE(commands->deleteRow(rowOf("/c", false), false).newGroupHead);
+}
+
+TEST_F(RuleCommandsTest, DeletingInTheMiddleOfAGroupTellsOfNoNewHead)
+{
+    EXPECT_FALSE(commands->deleteRow(rowOf("/b/", false), false).newGroupHead);
+}
+
+TEST_F(RuleCommandsTest, DeletingAWatchRuleTellsOfNoNewHead)
+{
+    const TableChange change = commands->deleteRow(0, false);
+    EXPECT_EQ(change.removedRows, std::vector<std::size_t>{0});
+    EXPECT_FALSE(change.newGroupHead);
+    EXPECT_EQ(file(), shLine + sh2Line + viLine);
+}
+
+TEST_F(RuleCommandsTest, DeletingASystemRuleIsRefusedAndChangesNothing)
+{
+    const std::string before = file();
+    const TableChange change = commands->deleteRow(rowOf("/system/"), true);
+    EXPECT_TRUE(change.removedRows.empty());
+    ASSERT_TRUE(change.notice);
+    EXPECT_EQ(change.notice->header, "Cannot Delete System Rule");
+    EXPECT_EQ(change.notice->message, deleteMessage);
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(run.g_dirty, 0);
+    EXPECT_FALSE(run.internalWrite);
+}
+
+TEST_F(RuleCommandsTest, ARuleThatEqualsNothingLeavesTableAndFileUntouchedSilently)
+{
+    // A null text equals nothing, not even itself, so the store finds no rule to delete.
+    store->addPolicyRule(policyRule({.path = "/null", .operations = 1}));
+    const std::string before = file();
+    const TableChange change = commands->deleteRow(rowOf("/null"), true);
+    EXPECT_TRUE(change.removedRows.empty());
+    EXPECT_FALSE(change.notice);
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemRulesOnce)
+{
+    store->addPolicyRule(
+        policyRule({.path = "/system2/", .processName = "/bin/sh", .operations = 1, .system = true}));
+    std::vector<std::size_t> all;
+    for (std::size_t row = 0; row < store->totalRules(true); ++row)
+        all.push_back(row);
+
+    const TableChange change = commands->deleteRows(all, true);
+
+    EXPECT_EQ(change.removedRows.size(), 4U);
+    ASSERT_TRUE(change.notice);
+    EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
+    EXPECT_EQ(change.notice->message, deleteMessage);
+    EXPECT_EQ(file(), "");
+    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/system/", "/system2/"}));
+    const auto lines = log.lines();
+    const std::string last = std::to_string(change.removedRows.back());
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                  "-[RulesEditorTableController deleteRows:] deleting row " + last),
+        1);
+}
+
+TEST_F(RuleCommandsTest, DeliberateWithOnlySystemRulesSelectedTheFileIsRewrittenAllTheSame)
+{
+    const TableChange change = commands->deleteRows({rowOf("/system/")}, true);
+    EXPECT_TRUE(change.removedRows.empty());
+    ASSERT_TRUE(change.notice);
+    EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
+    EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine); // the option is gone: it was written anew
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(RuleCommandsTest, DeletingSeveralWithoutSystemRulesSaysNothing)
+{
+    const TableChange change = commands->deleteRows({1, 3}, false);
+    EXPECT_EQ(change.removedRows, (std::vector<std::size_t>{1, 3}));
+    EXPECT_FALSE(change.notice);
+    EXPECT_EQ(file(), watchLine + sh2Line);
+}
+
+TEST_F(RuleCommandsTest, ATagIsWrittenAndLogged)
+{
+    const std::size_t row = rowOf("/b/");
+    EXPECT_FALSE(commands->setTag(row, "caf\xC3\xA9 \"x\"", true));
+    EXPECT_EQ(policyAt(*store, row)->tag().view(), "caf\xC3\xA9 \"x\"");
+    EXPECT_EQ(log.lines().back(),
+        "set tag to 'caf\xC3\xA9 \"x\"' for row " + std::to_string(row) + " rule /bin/sh / /b/");
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(RuleCommandsTest, ATagOfAWatchRuleIsWrittenWithoutALogLine)
+{
+    const std::size_t lines = log.lines().size();
+    EXPECT_FALSE(commands->setTag(0, "seen", false));
+    EXPECT_EQ(file(), "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n" + shLine + sh2Line + viLine);
+    EXPECT_EQ(log.lines().size(), lines);
+}
+
+TEST_F(RuleCommandsTest, DeliberateASystemRuleKeepsItsTagButTheFileIsWritten)
+{
+    const std::size_t row = rowOf("/system/");
+    const std::string tag(policyAt(*store, row)->tag().view());
+    const auto notice = commands->setTag(row, "mine", true);
+    ASSERT_TRUE(notice);
+    EXPECT_EQ(notice->header, "Cannot Edit System Rules");
+    EXPECT_EQ(notice->message, editMessage);
+    EXPECT_EQ(policyAt(*store, row)->tag().view(), tag);
+    EXPECT_EQ(log.lines().back(),
+        "set tag to '" + tag + "' for row " + std::to_string(row) + " rule /bin/sh / /system/");
+    EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(RuleCommandsTest, DeliberateATagWithoutARowChangesNoRuleButWritesTheFile)
+{
+    EXPECT_FALSE(commands->setTag(std::nullopt, "nobody's", true));
+    EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(RuleCommandsTest, AFileThatCannotBeWrittenLeavesTheRulesInMemoryAndAMessage)
+{
+    std::filesystem::remove(box.locations.userRulesFile());
+    std::filesystem::create_directory(box.locations.userRulesFile());
+    const TableChange change = commands->deleteRow(1, false);
+    EXPECT_EQ(change.removedRows, std::vector<std::size_t>{1});
+    ASSERT_TRUE(store->lastErrorMessage());
+    EXPECT_EQ(*store->lastErrorMessage(),
+        "Failed to open file '" + box.locations.userRulesFile() + "' for writing: Is a directory (21)");
+    EXPECT_EQ(rowPaths(*store, false), (std::vector<std::string>{"/w/", "/b/", "/c"}));
+}
+
+} // namespace quorvane
