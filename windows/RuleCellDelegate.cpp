@@ -54,6 +54,15 @@ void RuleCellDelegate::paint(
     paintKeyboardFrame(painter, option, index);
 }
 
+QWidget* RuleCellDelegate::createEditor(
+    QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
+    if (editor != nullptr)
+        editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
+    return editor;
+}
+
 QSize RuleCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
     return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * roomBesideText, 0);

@@ -74,6 +74,49 @@ void RuleCellsModel::setRows(std::shared_ptr<const RuleRows> rows, bool includeS
     endResetModel();
 }
 
+bool RuleCellsModel::takeAway(const std::vector<std::size_t>& gone, std::shared_ptr<const RuleRows> rows)
+{
+    if (gone.empty())
+        return true;
+    const std::size_t first = gone.front();
+    if (gone.back() - first + 1 != gone.size() || !isLeft(*rows, first, gone.size()))
+        return false;
+    beginRemoveRows({}, static_cast<int>(first), static_cast<int>(gone.back()));
+    m_rows = std::move(rows);
+    m_shownRows.remove(first, gone.size());
+    endRemoveRows();
+    return true;
+}
+
+bool RuleCellsModel::isLeft(const RuleRows& rows, std::size_t firstGone, std::size_t countGone) const
+{
+    const std::size_t left = rows.count(m_rowsShowSystemRules);
+    if (left + countGone != m_rows->count(m_rowsShowSystemRules))
+        return false;
+    for (std::size_t row = 0; row < left; ++row) {
+        const std::size_t before = row < firstGone ? row : row + countGone;
+        if (rows.at(row, m_rowsShowSystemRules) != m_rows->at(before, m_rowsShowSystemRules))
+            return false;
+    }
+    return true;
+}
+
+void RuleCellsModel::remakeCells(std::size_t row, std::initializer_list<int> columns)
+{
+    if (row >= m_rows->count(m_rowsShowSystemRules))
+        return;
+    const auto make = [this](std::size_t r, int column) { return makeCell(r, column); };
+    const auto remake = [&](int column) { return m_shownRows.remake(row, column, make); };
+    if (std::all_of(columns.begin(), columns.end(), remake))
+        Q_EMIT dataChanged(index(static_cast<int>(row), 0), index(static_cast<int>(row), m_columns - 1));
+}
+
+void RuleCellsModel::setShownText(const QModelIndex& index, const QString& text)
+{
+    m_shownRows.setText(static_cast<std::size_t>(index.row()), index.column(), fromQt(text));
+    Q_EMIT dataChanged(index, index);
+}
+
 void RuleCellsModel::setShownRows(int first, int end)
 {
     m_shownRows.show(static_cast<std::size_t>(std::max(first, 0)),
@@ -114,14 +157,15 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
     if (role == Qt::FontRole)
         return cellFont(index.column() == 0,
             shown != nullptr && shown->cells[static_cast<std::size_t>(index.column())].italic);
-    static constexpr std::array cellRoles{Qt::DisplayRole, Qt::DecorationRole, Qt::ForegroundRole,
-        Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
+    static constexpr std::array cellRoles{Qt::DisplayRole, Qt::EditRole, Qt::DecorationRole,
+        Qt::ForegroundRole, Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
     if (std::find(cellRoles.begin(), cellRoles.end(), role) == cellRoles.end())
         return {};
     const RuleCell cell = shown == nullptr ? makeCell(row, index.column())
                                            : shown->cells[static_cast<std::size_t>(index.column())];
     switch (role) {
     case Qt::DisplayRole:
+    case Qt::EditRole:
         return toQt(cell.text);
     case Qt::DecorationRole:
         return decoration(cell);

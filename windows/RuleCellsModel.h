@@ -7,8 +7,10 @@
 #include <QAbstractTableModel>
 
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -27,6 +29,9 @@ public:
     // The view shows the rows from `first` up to, not including, `end`.
     void setShownRows(int first, int end);
 
+    // Makes cells of a row afresh when it is in view.
+    void remakeCells(std::size_t row, std::initializer_list<int> columns);
+
     const RuleRef& ruleAt(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -41,6 +46,12 @@ protected:
 
     // Shows these rows from now on.
     void setRows(std::shared_ptr<const RuleRows> rows, bool includeSystemRules);
+    // Shows `rows`, which are the present ones less those numbered in `gone`, in ascending order; all others
+    // keep their cells. False, and nothing has changed, when that is not so or the rows are not one run; then
+    // setRows() is due.
+    bool takeAway(const std::vector<std::size_t>& gone, std::shared_ptr<const RuleRows> rows);
+    // Shows `text` in a cell until the next setRows().
+    void setShownText(const QModelIndex& index, const QString& text);
     const RuleRows& rows() const { return *m_rows; }
     bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
 
@@ -49,6 +60,7 @@ protected:
 
 private:
     QVariant decoration(const RuleCell& cell) const;
+    bool isLeft(const RuleRows& rows, std::size_t firstGone, std::size_t countGone) const;
 
     Workspace& m_workspace;
     const int m_columns;

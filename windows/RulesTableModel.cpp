@@ -19,6 +19,26 @@ void RulesTableModel::reload()
     setRows(m_store.rows(), m_showsSystemRules);
 }
 
+bool RulesTableModel::removeRules(const std::vector<std::size_t>& rows)
+{
+    return takeAway(rows, m_store.rows());
+}
+
+Qt::ItemFlags RulesTableModel::flags(const QModelIndex& index) const
+{
+    const Qt::ItemFlags flags = RuleCellsModel::flags(index);
+    return static_cast<RuleColumn>(index.column()) == RuleColumn::tag ? flags | Qt::ItemIsEditable : flags;
+}
+
+bool RulesTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (role != Qt::EditRole || static_cast<RuleColumn>(index.column()) != RuleColumn::tag)
+        return false;
+    setShownText(index, value.toString());
+    Q_EMIT tagTyped(value.toString());
+    return true;
+}
+
 RuleCell RulesTableModel::makeCell(std::size_t row, int column) const
 {
     return ruleCell(m_store, rows(), row, rowsShowSystemRules(), static_cast<RuleColumn>(column));

@@ -3,6 +3,9 @@
 #include "rules/RuleManager.h"
 #include "windows/RuleCellsModel.h"
 
+#include <cstddef>
+#include <vector>
+
 namespace quorvane {
 
 // The rows of a rule store as a Qt table. Keeps the rows it last showed until it is told to reload.
@@ -18,6 +21,18 @@ public:
 
     // Takes the store's present rows.
     void reload();
+
+    // The store no longer has the rules of these rows, given in ascending order: takes them away while all
+    // others keep their cells. False, and nothing has changed, when that cannot be; then a reload is due.
+    bool removeRules(const std::vector<std::size_t>& rows);
+
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    // A tag as it was typed: shown until the next reload, whatever becomes of it; see tagTyped().
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+
+Q_SIGNALS:
+    // Somebody has finished editing a tag in the table.
+    void tagTyped(const QString& tag);
 
 protected:
     RuleCell makeCell(std::size_t row, int column) const override;

@@ -4,10 +4,12 @@
 #include "windows/RuleCellsModel.h"
 #include "windows/TickHeader.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace quorvane {
 
@@ -28,7 +30,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     setHorizontalHeader(new TickHeader(this));
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
-    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setEditTriggers(QAbstractItemView::SelectedClicked | QAbstractItemView::EditKeyPressed);
     setShowGrid(false);
     setWordWrap(false);
     setTabKeyNavigation(false);
@@ -80,6 +82,64 @@ void RulesTableView::stretchPath()
     // The header takes up stretching anew only when it is switched on.
     horizontalHeader()->setStretchLastSection(false);
     horizontalHeader()->setStretchLastSection(true);
+}
+
+std::vector<std::size_t> RulesTableView::selectedRows() const
+{
+    std::vector<std::size_t> rows;
+    anySelectedRow([&rows](std::size_t row) {
+        rows.push_back(row);
+        return false;
+    });
+    return rows;
+}
+
+bool RulesTableView::anySelectedRow(const std::function<bool(std::size_t row)>& question) const
+{
+    // They come in the order of the clicks.
+    QItemSelection ranges = selectionModel()->selection();
+    std::sort(ranges.begin(), ranges.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
+    int row = 0;
+    for (const QItemSelectionRange& range : ranges) {
+        for (row = std::max(row, range.top()); row <= range.bottom(); ++row) {
+            if (question(static_cast<std::size_t>(row)))
+                return true;
+        }
+    }
+    return false;
+}
+
+std::optional<std::size_t> RulesTableView::onlySelectedRow() const
+{
+    std::optional<std::size_t> only;
+    const bool several
+        = anySelectedRow([&only](std::size_t row) { return std::exchange(only, row).has_value(); });
+    return several ? std::nullopt : only;
+}
+
+void RulesTableView::contextMenuEvent(QContextMenuEvent* event)
+{
+    const bool fromKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const QModelIndex row = fromKeyboard ? currentIndex() : indexAt(event->pos());
+    if (!row.isValid())
+        return;
+    scrollTo(row);
+    Q_EMIT menuRequested(
+        row.row(), fromKeyboard ? viewport()->mapToGlobal(visualRect(row).bottomLeft()) : event->globalPos());
+}
+
+bool RulesTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    if (trigger != EditKeyPressed && trigger != AllEditTriggers)
+        return QTableView::edit(index, trigger, event);
+    for (int column = 0; index.isValid() && column < model()->columnCount(); ++column) {
+        const QModelIndex cell = index.siblingAtColumn(column);
+        if (cell.flags().testFlag(Qt::ItemIsEditable)) {
+            setCurrentIndex(cell); // alone: what is typed is for no other row
+            return QTableView::edit(cell, trigger, event);
+        }
+    }
+    return false;
 }
 
 void RulesTableView::paintEvent(QPaintEvent* event)

@@ -3,6 +3,11 @@
 #include <QString>
 #include <QTableView>
 
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <vector>
+
 namespace quorvane {
 
 // The table of rules. Tells its model which rows are in view before it paints them, and says why it is empty
@@ -24,14 +29,29 @@ public:
     // Gives the path what room the other columns leave.
     void stretchPath();
 
+    // The selected rows from the top down.
+    std::vector<std::size_t> selectedRows() const;
+    // True when `question` answers so for one of them; asks from the top down and no further than it must.
+    bool anySelectedRow(const std::function<bool(std::size_t row)>& question) const;
+    // The row that is selected when no other is; none otherwise.
+    std::optional<std::size_t> onlySelectedRow() const;
+
+    // Begins to edit the cell of the row that can be edited; nothing when there is none.
+    using QTableView::edit;
+
     // Letters are not looked for row by row, which would make the cells of a million rows; see textTyped().
     void keyboardSearch(const QString& search) override;
 
 Q_SIGNALS:
     // Somebody typed letters while the table had the keyboard.
     void textTyped(const QString& text);
+    // The right mouse button over a row, or the menu key.
+    void menuRequested(int row, const QPoint& globalPosition);
 
 protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    // The row of `index` matters, wherever in it the keyboard is.
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     // Home and End lead to the first and last row, not along the row.
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;

@@ -1,5 +1,7 @@
 #include "workflow/ShownRows.h"
 
+#include <utility>
+
 namespace quorvane {
 
 ShownRows::ShownRows(int columns, bool& shaded)
@@ -8,15 +10,21 @@ ShownRows::ShownRows(int columns, bool& shaded)
 {
 }
 
+// The band of a row of which this cell has just been made.
+bool ShownRows::bandAfter(const RuleCell& cell)
+{
+    if (cell.startsGroup)
+        m_shaded = !m_shaded;
+    return m_shaded;
+}
+
 ShownRow ShownRows::makeRow(std::size_t row, const MakeCell& makeCell)
 {
     ShownRow made;
     for (int column = 0; column < m_columns; ++column) {
         made.cells.push_back(makeCell(row, column));
-        if (made.cells.back().startsGroup)
-            m_shaded = !m_shaded;
+        made.shaded = bandAfter(made.cells.back());
     }
-    made.shaded = m_shaded;
     return made;
 }
 
@@ -28,6 +36,34 @@ void ShownRows::show(std::size_t first, std::size_t end, const MakeCell& makeCel
         if (!m_rows.contains(row))
             m_rows.emplace(row, makeRow(row, makeCell));
     }
+}
+
+void ShownRows::remove(std::size_t first, std::size_t count)
+{
+    std::map<std::size_t, ShownRow> kept;
+    for (auto& [row, shown] : m_rows) {
+        if (row < first || row >= first + count)
+            kept.emplace(row < first ? row : row - count, std::move(shown));
+    }
+    m_rows = std::move(kept);
+}
+
+bool ShownRows::remake(std::size_t row, int column, const MakeCell& makeCell)
+{
+    const auto found = m_rows.find(row);
+    if (found == m_rows.end())
+        return false;
+    RuleCell& cell = found->second.cells[static_cast<std::size_t>(column)];
+    cell = makeCell(row, column);
+    found->second.shaded = bandAfter(cell);
+    return true;
+}
+
+void ShownRows::setText(std::size_t row, int column, std::string text)
+{
+    const auto found = m_rows.find(row);
+    if (found != m_rows.end())
+        found->second.cells[static_cast<std::size_t>(column)].text = std::move(text);
 }
 
 const ShownRow* ShownRows::find(std::size_t row) const

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <string>
 #include <vector>
 
 namespace quorvane {
@@ -32,13 +33,23 @@ public:
     // are made from the top down.
     void show(std::size_t first, std::size_t end, const MakeCell& makeCell);
 
-    // The row while it is in view, else null. Lasts until the next call of show() or forget().
+    // `count` rows from `first` on are gone; those below keep their cells under their new numbers.
+    void remove(std::size_t first, std::size_t count);
+
+    // Makes one cell of a row in view afresh, and its band with it. False when the row is not in view.
+    bool remake(std::size_t row, int column, const MakeCell& makeCell);
+
+    // Shows `text` in a cell until it is made afresh; nothing when its row is not in view.
+    void setText(std::size_t row, int column, std::string text);
+
+    // The row while it is in view, else null. Lasts until the next call of another operation.
     const ShownRow* find(std::size_t row) const;
 
     // The table reloads: no cell is kept.
     void forget() { m_rows.clear(); }
 
 private:
+    bool bandAfter(const RuleCell& cell);
     ShownRow makeRow(std::size_t row, const MakeCell& makeCell);
 
     const int m_columns;

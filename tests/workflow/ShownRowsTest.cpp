@@ -109,4 +109,55 @@ TEST(ShownRows, ARowThatContinuesAGroupTakesTheBandOfTheRowMadeBefore)
     EXPECT_EQ(shown.find(3)->shaded, below);
 }
 
+TEST(ShownRows, RowsBelowRemovedOnesKeepTheirCellsUnderNewNumbers)
+{
+    CountingRows rows(100);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 6, rows.maker());
+    shown.remove(1, 2);
+    EXPECT_EQ(shown.find(0)->cells.front().text, "0");
+    EXPECT_EQ(shown.find(1)->cells.front().text, "3");
+    EXPECT_EQ(shown.find(3)->cells.front().text, "5");
+    EXPECT_EQ(shown.find(4), nullptr);
+    EXPECT_EQ(rows.made.size(), 6U);
+}
+
+TEST(ShownRows, ARemadeCellThatBeginsAGroupFlipsTheBandOfItsRow)
+{
+    CountingRows rows(2);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 2, rows.maker());
+    const bool before = shown.find(1)->shaded;
+    EXPECT_TRUE(shown.remake(1, 0, [](std::size_t, int) {
+        RuleCell cell;
+        cell.startsGroup = true;
+        cell.text = "head";
+        return cell;
+    }));
+    EXPECT_EQ(shown.find(1)->cells.front().text, "head");
+    EXPECT_NE(shown.find(1)->shaded, before);
+}
+
+TEST(ShownRows, ACellOutOfViewIsNotRemade)
+{
+    CountingRows rows(2);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 2, rows.maker());
+    EXPECT_FALSE(shown.remake(2, 0, rows.maker()));
+    EXPECT_EQ(rows.made.size(), 2U);
+}
+
+TEST(ShownRows, ATextStaysUntilTheRowIsMadeAnew)
+{
+    constexpr int tag = 5;
+    CountingRows rows(2);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 1, rows.maker());
+    shown.setText(0, tag, "typed");
+    EXPECT_EQ(shown.find(0)->cells[tag].text, "typed");
+    shown.forget();
+    shown.show(0, 1, rows.maker());
+    EXPECT_EQ(shown.find(0)->cells[tag].text, "0");
+}
+
 } // namespace quorvane
