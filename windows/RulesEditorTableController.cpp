@@ -26,7 +26,9 @@ RulesEditorTableController::RulesEditorTableController(
     : m_store(store)
     , m_application(application)
     , m_run(run)
+    , m_workspace(workspace)
     , m_log(log)
+    , m_commands(store, run, log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(store, workspace, this))
 {
@@ -34,12 +36,17 @@ RulesEditorTableController::RulesEditorTableController(
     setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(store.locations().userRulesFile())));
     setUpActions();
     setUpTable();
+    setUpCommands();
     restoreWindowSize(*this);
     tellCounts();
+    tellFailure();
     m_ui->rulesEditorTableView->setFocus();
 }
 
-RulesEditorTableController::~RulesEditorTableController() = default;
+RulesEditorTableController::~RulesEditorTableController()
+{
+    m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
+}
 
 bool RulesEditorTableController::showsSystemRules() const
 {
@@ -70,7 +77,8 @@ void RulesEditorTableController::setUpActions()
     connect(m_ui->findMenuItem, &QAction::triggered, this, &RulesEditorTableController::focusSearchField);
     connect(m_ui->quitMenuItem, &QAction::triggered, this, &QWidget::close);
     setUpSortMenu();
-    statusBar()->addWidget(m_ui->countLabel, 1);
+    statusBar()->addWidget(m_ui->countLabel);
+    statusBar()->addWidget(m_ui->failureLabel, 1);
 }
 
 void RulesEditorTableController::setUpSortMenu()
@@ -108,6 +116,7 @@ void RulesEditorTableController::searchFieldAction()
     const std::string text = fromQt(m_ui->searchField->text());
     m_log.write("search field text changed: " + text);
     m_store.applyFilterWithString(text);
+    m_newRule.reset(); // what is looked for now is something else
     reloadData();
 }
 
@@ -142,14 +151,18 @@ void RulesEditorTableController::reloadData()
 {
     m_run.internalWrite = true;
     reloadTable();
+    showNewRule();
 }
 
 void RulesEditorTableController::reloadTable()
 {
+    m_rulesEditorContextualMenu->close(); // its row may be another rule's by now
     const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model);
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
+    validateItems();
     tellCounts();
+    tellFailure();
 }
 
 void RulesEditorTableController::tellCounts()
@@ -169,6 +182,16 @@ void RulesEditorTableController::tellCounts()
     m_ui->rulesEditorTableView->setEmptyText(stored == 0 ? tr("There are no rules yet.")
             : hidden > 0 ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")
                          : tr("No rule matches."));
+}
+
+// Rules that could not be written are in memory alone, and rules that could not be read are in the file
+// alone.
+void RulesEditorTableController::tellFailure()
+{
+    const auto& unread = m_store.unreadRules();
+    const QString message = toQt(m_store.lastErrorMessage().value_or(unread ? unread->reason : ""));
+    m_ui->failureLabel->setText(message);
+    m_ui->failureLabel->setToolTip(message);
 }
 
 void RulesEditorTableController::focusSearchField()

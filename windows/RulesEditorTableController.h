@@ -1,12 +1,16 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/RuleCommands.h"
 #include "workflow/RuleEditorDelegate.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <memory>
 #include <vector>
+
+class QMenu;
 
 namespace Ui {
 class RulesEditorTableController;
@@ -15,13 +19,17 @@ class RulesEditorTableController;
 namespace quorvane {
 
 class ApplicationServices;
+class EditPolicyWindowController;
+class EditWatchWindowController;
 class Log;
 class RulesTableModel;
 struct RunState;
 class Workspace;
 
-// The main window: the table of all rules of a store, with a search field, a switch for the system rules, and
-// sorting from the column titles.
+// The main window: the table of all rules of a store, with a search field, a switch for the system rules,
+// sorting from the column titles, and the commands that create, edit, delete and tag rules.
+//
+// What a command does to rules and file is decided in RuleCommands; here it reaches the table.
 class RulesEditorTableController : public QMainWindow, public RuleEditorDelegate {
     Q_OBJECT
 public:
@@ -48,7 +56,43 @@ public Q_SLOTS:
     // Empties the search field; when it is empty, gives the keyboard back to the table.
     void leaveSearchField();
 
+    // Open an editor on a new rule.
+    void newPolicyAction();
+    void newWatchAction();
+    void newPolicyRule();
+    void newWatchRule();
+    // The commands of the context menu, for the row that it was opened on; nothing when there is none.
+    void createNewPolicy();
+    void editRule();
+    void deleteRule();
+    // Deletes what is selected.
+    void deleteRuleAction();
+    // Opens the editor of the only selected rule; nothing when several are selected or none.
+    void doubleClickAction();
+    // Begins to edit the tag of the only selected rule.
+    void editTagOfSelectedRule();
+    // A tag has been edited in the table: it is the first selected rule's.
+    void tableViewCellAction(const QString& tag);
+    // Opens the context menu for a row.
+    void menuWillOpen(int clickedRow, const QPoint& globalPosition);
+
+public:
+    // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
+    void editPolicy(const PolicyRulePtr& rule);
+    void editWatch(const WatchRulePtr& rule);
+    void deleteRow(std::size_t row);
+    void deleteRows(const std::vector<std::size_t>& rows);
+
+    // Whether a menu or tool bar item can be chosen now.
+    bool validateToolbarItem(const QAction* item) const;
+    bool validateMenuItem(const QAction* item) const;
+
+    // True when the key was one of the table's commands: return, delete or backspace. Deliberate: return
+    // opens policy rules only.
+    bool keyDown(const QKeyEvent& key);
+
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -56,18 +100,35 @@ private:
     void setUpTable();
     void setUpActions();
     void setUpSortMenu();
+    void setUpCommands();
     void sortDescriptorsDidChange();
     void reloadTable();
     void tellCounts();
+    void tellFailure();
+    void validateItems();
+    void editRuleAt(std::size_t row);
+    void apply(const TableChange& change);
+    void display(const std::optional<Notice>& notice);
+    void showNewRule();
 
     RuleManager& m_store;
     ApplicationServices& m_application;
     RunState& m_run;
+    Workspace& m_workspace;
     Log& m_log;
+    RuleCommands m_commands;
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
     bool m_columnsFitted = false;
+    QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items
+    QAction* m_newRuleMenuItem;
+    QAction* m_editRuleMenuItem;
+    QAction* m_deleteRuleMenuItem;
+    std::optional<std::size_t> m_clickedRow; // of the context menu
+    QPointer<EditPolicyWindowController> m_editPolicyWindowController; // the latest
+    QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
+    std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
 };
 
 } // namespace quorvane

@@ -1,0 +1,471 @@
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/FakeApplication.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/EditWatchWindowController.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+#include "windows/RulesTableView.h"
+#include "workflow/RunState.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
+const std::string headLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
+const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
+const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
+enum Row { watch, head, next, vi }; // of the user's rules
+
+class Commands : public testing::Test {
+protected:
+    Commands()
+    {
+        box.writeUserRules(watchLine + headLine + nextLine + viLine);
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
+        store = box.load();
+        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        table = window->findChild<RulesTableView*>();
+        table->setFocus();
+        QApplication::processEvents(); // the rows in view are made when they are painted
+    }
+
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    QAction* item(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
+    QMenu* contextMenu() const { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
+    QModelIndex cell(int row, RuleColumn column) const
+    {
+        return table->model()->index(row, static_cast<int>(column));
+    }
+    QString text(int row, RuleColumn column) const { return cell(row, column).data().toString(); }
+    void select(std::initializer_list<int> rows) const
+    {
+        table->clearSelection();
+        for (const int row : rows)
+            table->selectionModel()->select(
+                cell(row, RuleColumn::path), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    void showSystemRules() const { item("hideSystemToolbarItem")->trigger(); }
+    QList<int> selectedRows() const
+    {
+        QList<int> rows;
+        for (const QModelIndex& index : table->selectionModel()->selectedRows())
+            rows.append(index.row());
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+    // Opens the context menu with the mouse.
+    void clickRight(int row) const
+    {
+        const QPoint place
+            = table->viewport()->mapTo(window.get(), table->visualRect(cell(row, RuleColumn::path)).center());
+        QTest::mouseClick(window->windowHandle(), Qt::RightButton, {}, place);
+        EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }));
+    }
+    void choose(const char* title) const
+    {
+        QMenu* menu = contextMenu();
+        for (QAction* action : menu->actions()) {
+            if (action->text() == QString::fromLatin1(title))
+                action->trigger();
+        }
+        menu->close();
+    }
+    template <class Editor> Editor* editor() const { return window->findChild<Editor*>(); }
+    // Edits the tag of a row as a person does, and leaves the cell with `lastKey`.
+    void typeTag(int row, const char* tag, Qt::Key lastKey = Qt::Key_Return) const
+    {
+        table->selectRow(row);
+        QTest::keyClick(table, Qt::Key_F2);
+        auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        ASSERT_NE(field, nullptr);
+        field->selectAll();
+        QTest::keyClicks(field, QString::fromLatin1(tag));
+        QTest::keyClick(field, lastKey);
+        QApplication::processEvents();
+    }
+
+    StoreSandbox box;
+    CapturedLog log;
+    FakeApplication application;
+    RunState run;
+    Workspace workspace;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<RulesEditorTableController> window;
+    RulesTableView* table = nullptr;
+};
+
+} // namespace
+
+TEST_F(Commands, NewRuleOpensAnEditorOnTheTemplate)
+{
+    item("newRuleToolbarItem")->trigger();
+    auto* opened = editor<EditPolicyWindowController>();
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(opened->policyRule()->processName().written(), "any");
+    EXPECT_EQ(opened->policyRule()->operations(), 7U);
+    EXPECT_EQ(opened->delegate(), window.get());
+}
+
+TEST_F(Commands, TheMenuItemsForNewRulesAreLogged)
+{
+    item("newPolicyRuleMenuItem")->trigger();
+    EXPECT_EQ(log.lines().at(log.lines().size() - 2), "-[RulesEditorTableController newPolicyRule:]");
+    item("newWatchRuleMenuItem")->trigger();
+    const auto lines = log.lines();
+    EXPECT_NE(
+        std::find(lines.begin(), lines.end(), "-[RulesEditorTableController newWatchRule:]"), lines.end());
+    EXPECT_NE(editor<EditWatchWindowController>(), nullptr);
+}
+
+TEST_F(Commands, ASavedNewRuleIsSelectedInTheTable)
+{
+    item("newRuleToolbarItem")->trigger();
+    auto* opened = editor<EditPolicyWindowController>();
+    auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
+    QTest::keyClicks(path, QStringLiteral("/new/"));
+    opened->saveClicked();
+    ASSERT_EQ(selectedRows().size(), 1);
+    EXPECT_EQ(text(selectedRows().front(), RuleColumn::path), QStringLiteral("/new/"));
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(Commands, RightClickSelectsTheRowAloneBeforeTheMenuOpens)
+{
+    select({watch, head});
+    clickRight(vi);
+    ASSERT_NE(contextMenu(), nullptr);
+    EXPECT_EQ(contextMenu()->title(), QStringLiteral("Rule"));
+    EXPECT_EQ(selectedRows(), QList<int>{vi});
+    QStringList titles;
+    for (const QAction* action : contextMenu()->actions())
+        titles.append(action->text());
+    EXPECT_EQ(titles.join(QLatin1Char('|')), QStringLiteral("New Rule...|Edit|Delete"));
+    contextMenu()->close();
+}
+
+TEST_F(Commands, TheMenuKeyOpensTheMenuOfTheCurrentRow)
+{
+    table->selectRow(head);
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+    QApplication::sendEvent(table->viewport(), &event);
+    ASSERT_NE(contextMenu(), nullptr);
+    EXPECT_EQ(selectedRows(), QList<int>{head});
+    contextMenu()->close();
+}
+
+TEST_F(Commands, WhereThereIsNoRowNoMenuOpens)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, table->viewport()->rect().bottomLeft() - QPoint(0, 5),
+        table->viewport()->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(table->viewport(), &event);
+    EXPECT_EQ(contextMenu(), nullptr);
+}
+
+TEST_F(Commands, TheContextMenuMakesANewRuleForTheClickedProgram)
+{
+    clickRight(vi);
+    choose("New Rule...");
+    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
+    const PolicyRulePtr rule = editor<EditPolicyWindowController>()->policyRule();
+    EXPECT_EQ(rule->processName().written(), "/bin/vi");
+    EXPECT_EQ(rule->constraint().written(), "TEAM");
+    EXPECT_EQ(rule->policyClass(), 0);
+}
+
+TEST_F(Commands, TheContextMenuEditsEitherKind)
+{
+    clickRight(vi);
+    choose("Edit");
+    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
+    EXPECT_EQ(editor<EditPolicyWindowController>()->policyRule()->path().written(), "/c");
+    clickRight(watch);
+    choose("Edit");
+    ASSERT_NE(editor<EditWatchWindowController>(), nullptr);
+    EXPECT_EQ(editor<EditWatchWindowController>()->watchRule()->path().written(), "/w/");
+}
+
+TEST_F(Commands, TheContextMenuDeletesTheClickedRule)
+{
+    clickRight(next);
+    choose("Delete");
+    EXPECT_EQ(file(), watchLine + headLine + viLine);
+    EXPECT_EQ(table->model()->rowCount(), 3);
+    EXPECT_TRUE(application.notices.empty());
+}
+
+TEST_F(Commands, TheContextMenuOffersNeitherEditNorDeleteForASystemRule)
+{
+    showSystemRules();
+    clickRight(4);
+    ASSERT_EQ(text(4, RuleColumn::path), QStringLiteral("/system/"));
+    const auto actions = contextMenu()->actions();
+    EXPECT_TRUE(actions.at(0)->isEnabled());
+    EXPECT_FALSE(actions.at(1)->isEnabled());
+    EXPECT_FALSE(actions.at(2)->isEnabled());
+    contextMenu()->close();
+    const auto lines = log.lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "-[RulesEditorTableController validateMenuItem:]"), 2);
+}
+
+TEST_F(Commands, AReloadClosesTheContextMenuWhoseRowMayBeAnotherRules)
+{
+    clickRight(next);
+    window->reloadData();
+    EXPECT_EQ(contextMenu(), nullptr);
+}
+
+TEST_F(Commands, DeletingTheHeadOfAGroupShowsTheProgramInTheNextRow)
+{
+    // The head of /bin/sh stands below a rule of another program.
+    box.writeUserRules("allow prefix \"/0/\" \"/bin/aa\" r\n" + headLine + nextLine);
+    store->reloadCurrentUserConfiguration();
+    window->reloadData();
+    QApplication::processEvents();
+    ASSERT_EQ(text(1, RuleColumn::application), QStringLiteral("sh"));
+    ASSERT_EQ(text(2, RuleColumn::application), QString());
+    window->deleteRow(1);
+    EXPECT_EQ(text(1, RuleColumn::application), QStringLiteral("sh"));
+    EXPECT_FALSE(cell(1, RuleColumn::application).data(Qt::DecorationRole).isNull());
+}
+
+TEST_F(Commands, DeletingInTheMiddleOfAGroupReloadsNothingElse)
+{
+    // What is told of the remaining rows is the removal and nothing more.
+    QList<int> reloaded;
+    QObject::connect(table->model(), &QAbstractItemModel::dataChanged,
+        [&reloaded](const QModelIndex& first) { reloaded.append(first.row()); });
+    bool isReset = false;
+    QObject::connect(table->model(), &QAbstractItemModel::modelReset, [&isReset] { isReset = true; });
+    const QVariant band = cell(vi, RuleColumn::path).data(Qt::BackgroundRole);
+
+    window->deleteRow(next);
+
+    EXPECT_TRUE(reloaded.isEmpty());
+    EXPECT_FALSE(isReset);
+    EXPECT_EQ(cell(next, RuleColumn::path).data(Qt::BackgroundRole), band);
+}
+
+TEST_F(Commands, DeletingAnUnselectedRowKeepsTheSelection)
+{
+    select({head, vi});
+    window->deleteRow(next);
+    EXPECT_EQ(selectedRows(), (QList<int>{1, 2}));
+    EXPECT_EQ(text(2, RuleColumn::path), QStringLiteral("/c"));
+}
+
+TEST_F(Commands, ASystemRuleIsNotDeletedAndANoticeSaysSo)
+{
+    showSystemRules();
+    window->deleteRow(4);
+    ASSERT_EQ(application.notices.size(), 1U);
+    EXPECT_EQ(application.notices[0].header, "Cannot Delete System Rule");
+    EXPECT_FALSE(application.notices[0].waited);
+    EXPECT_EQ(table->model()->rowCount(), 5);
+}
+
+TEST_F(Commands, DeleteIsOfferedWhileARuleOfTheUsersIsSelected)
+{
+    showSystemRules();
+    const QAction* toolbar = item("deleteRuleToolbarItem");
+    const QAction* menu = item("deleteEditMenuItem");
+    table->clearSelection();
+    EXPECT_FALSE(toolbar->isEnabled());
+    EXPECT_FALSE(menu->isEnabled());
+    select({4});
+    EXPECT_FALSE(toolbar->isEnabled());
+    EXPECT_TRUE(menu->isEnabled()); // it tells why it cannot
+    select({4, head});
+    EXPECT_TRUE(toolbar->isEnabled());
+}
+
+TEST_F(Commands, TheDeleteKeysDeleteWhatIsSelected)
+{
+    select({watch, vi});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(file(), headLine + nextLine);
+    select({0});
+    QTest::keyClick(table, Qt::Key_Backspace);
+    EXPECT_EQ(file(), nextLine);
+    EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(Commands, TheDeleteKeyOnSystemRulesAloneDeletesNothingRewritesTheFileAndTellsOnce)
+{
+    showSystemRules();
+    box.writeUserRules("");
+    run.internalWrite = false;
+    select({4});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(table->model()->rowCount(), 5);
+    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+    ASSERT_EQ(application.notices.size(), 1U);
+    EXPECT_EQ(application.notices[0].header, "Cannot Delete System Rules");
+}
+
+TEST_F(Commands, AMixedSelectionLosesTheUsersRulesAndTellsOnce)
+{
+    showSystemRules();
+    table->selectAll();
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(file(), "");
+    EXPECT_EQ(table->model()->rowCount(), 1);
+    EXPECT_EQ(text(0, RuleColumn::path), QStringLiteral("/system/"));
+    EXPECT_EQ(application.notices.size(), 1U);
+}
+
+TEST_F(Commands, ReturnOpensASinglePolicyRule)
+{
+    select({head, vi});
+    QTest::keyClick(table, Qt::Key_Return);
+    EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
+    select({vi});
+    QTest::keyClick(table, Qt::Key_Return);
+    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
+    EXPECT_EQ(editor<EditPolicyWindowController>()->policyRule()->path().written(), "/c");
+}
+
+TEST_F(Commands, DeliberateReturnOpensNoWatchRule)
+{
+    select({watch});
+    QTest::keyClick(table, Qt::Key_Return);
+    EXPECT_EQ(editor<EditWatchWindowController>(), nullptr);
+    EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
+}
+
+TEST_F(Commands, ADoubleClickOpensEitherKindAndSystemRulesToo)
+{
+    showSystemRules();
+    for (const int row : {static_cast<int>(watch), 4}) {
+        const QPoint place = table->visualRect(cell(row, RuleColumn::path)).center();
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
+    }
+    ASSERT_NE(editor<EditWatchWindowController>(), nullptr);
+    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
+    EXPECT_TRUE(editor<EditPolicyWindowController>()->policyRule()->system());
+}
+
+TEST_F(Commands, ControlFGoesToTheSearchFieldAndPlainFIsPassedOn)
+{
+    QKeyEvent plain(QEvent::KeyPress, Qt::Key_F, Qt::NoModifier, QStringLiteral("f"));
+    EXPECT_FALSE(window->keyDown(plain));
+    QTest::keyClick(window.get(), Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::focusWidget(), window->findChild<QLineEdit*>(QStringLiteral("searchField")));
+}
+
+TEST_F(Commands, DeleteInTheSearchFieldDeletesLettersAndNoRule)
+{
+    select({vi});
+    auto* search = window->findChild<QLineEdit*>(QStringLiteral("searchField"));
+    search->setFocus();
+    QTest::keyClicks(search, QStringLiteral("c"));
+    QTest::keyClick(search, Qt::Key_Backspace);
+    QTest::keyClick(search, Qt::Key_Delete);
+    EXPECT_EQ(table->model()->rowCount(), 4);
+    EXPECT_EQ(run.g_dirty, 0);
+}
+
+TEST_F(Commands, ATagIsTypedInPlaceAndWritten)
+{
+    typeTag(head, "mine");
+    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("mine"));
+    EXPECT_EQ(
+        file(), watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"mine\" \"\" \"0\"\n" + nextLine + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(Commands, EscapeDropsATag)
+{
+    typeTag(head, "mine", Qt::Key_Escape);
+    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("one"));
+    EXPECT_EQ(run.g_dirty, 0);
+}
+
+TEST_F(Commands, EditingATagSelectsItsRowAlone)
+{
+    table->selectAll();
+    table->selectionModel()->setCurrentIndex(cell(next, RuleColumn::path), QItemSelectionModel::NoUpdate);
+    QTest::keyClick(table, Qt::Key_F2);
+    EXPECT_EQ(selectedRows(), QList<int>{next});
+}
+
+TEST_F(Commands, DeliberateATagTypedOverASystemRulesStaysOnTheScreenUntilTheNextReload)
+{
+    showSystemRules();
+    QApplication::processEvents();
+    const QString before = text(4, RuleColumn::tag);
+    typeTag(4, "mine");
+    EXPECT_EQ(text(4, RuleColumn::tag), QStringLiteral("mine"));
+    ASSERT_EQ(application.notices.size(), 1U);
+    EXPECT_EQ(application.notices[0].header, "Cannot Edit System Rules");
+    window->reloadData();
+    EXPECT_EQ(text(4, RuleColumn::tag), before);
+}
+
+TEST_F(Commands, DeliberateATagActionWithNothingSelectedOnlyWritesTheFile)
+{
+    table->clearSelection();
+    box.writeUserRules("");
+    window->tableViewCellAction(QStringLiteral("nobody's"));
+    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(Commands, AFileThatCannotBeWrittenIsToldInTheWindow)
+{
+    std::filesystem::remove(box.locations.userRulesFile());
+    std::filesystem::create_directory(box.locations.userRulesFile());
+    const auto* failure = window->findChild<QLabel*>(QStringLiteral("failureLabel"));
+    EXPECT_EQ(failure->text(), QString());
+    window->deleteRow(vi);
+    EXPECT_EQ(failure->text(), QString::fromStdString(*store->lastErrorMessage()));
+    std::filesystem::remove(box.locations.userRulesFile());
+    window->deleteRow(next);
+    EXPECT_EQ(failure->text(), QString());
+}
+
+TEST_F(Commands, ReloadingWhileAnEditorIsOpenLeavesOneRuleAfterItsSave)
+{
+    select({vi});
+    QTest::keyClick(table, Qt::Key_Return);
+    store->reloadCurrentUserConfiguration();
+    window->reloadData();
+    auto* opened = editor<EditPolicyWindowController>();
+    auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
+    path->setText(QStringLiteral("/d"));
+    opened->saveClicked();
+    EXPECT_EQ(
+        file(), watchLine + headLine + nextLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+}
+
+TEST_F(Commands, DeletingARuleWhoseEditorIsOpenLetsItsSaveBringItBack)
+{
+    select({vi});
+    QTest::keyClick(table, Qt::Key_Return);
+    window->deleteRow(vi);
+    EXPECT_EQ(file(), watchLine + headLine + nextLine);
+    editor<EditPolicyWindowController>()->saveClicked();
+    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(table->model()->rowCount(), 4);
+}
+
+} // namespace quorvane
