@@ -18,37 +18,54 @@ namespace {
 // Larger images are for other uses than a table's or an editor's, and serve only where no smaller one does.
 constexpr int largestIcon = 256;
 
-// The extent and the number of each image in the file, smallest first.
-std::vector<std::pair<int, int>> imagesBySize(const QString& file)
+// While it lives no image that needs more memory is read: a few bytes can stand for a huge picture.
+class ImageMemoryLimit {
+public:
+    ImageMemoryLimit() { QImageReader::setAllocationLimit(megabytes); }
+    ~ImageMemoryLimit() { QImageReader::setAllocationLimit(m_before); }
+    ImageMemoryLimit(const ImageMemoryLimit&) = delete;
+    ImageMemoryLimit& operator=(const ImageMemoryLimit&) = delete;
+
+private:
+    static constexpr int megabytes = 16;
+    const int m_before = QImageReader::allocationLimit();
+};
+
+int extentOf(const QImage& image)
 {
-    std::vector<std::pair<int, int>> images;
+    return std::max(image.width(), image.height());
+}
+
+// Every size that the image file holds and the reader understands, smallest first; sizes in JPEG 2000 are not
+// understood.
+std::vector<QImage> imagesInFile(const QString& file)
+{
+    std::vector<QImage> images;
+    if (!QFileInfo(file).isFile()) // a pipe would hold up the window
+        return images;
+    const ImageMemoryLimit limit;
     const int count = std::min(QImageReader(file).imageCount(), 32);
     for (int number = 0; number < count; ++number) {
-        QImageReader reader(file);
-        if (reader.jumpToImage(number))
-            images.emplace_back(std::max(reader.size().width(), reader.size().height()), number);
+        QImageReader reader(file); // it tells no size beforehand
+        reader.jumpToImage(number);
+        if (QImage image = reader.read(); !image.isNull())
+            images.push_back(std::move(image));
     }
-    std::sort(images.begin(), images.end());
+    std::sort(images.begin(), images.end(),
+        [](const QImage& a, const QImage& b) { return extentOf(a) < extentOf(b); });
     return images;
 }
 
-// Every size that the image file holds and the reader understands, up to the first that is large enough;
-// sizes in JPEG 2000 are not understood.
+// The sizes up to the first that is large enough.
 QIcon iconFromImageFile(const QString& file)
 {
     QIcon icon;
-    if (!QFileInfo(file).isFile()) // a pipe would hold up the window
-        return icon;
-    for (const auto& [extent, number] : imagesBySize(file)) {
-        QImageReader reader(file);
-        reader.jumpToImage(number);
-        QImage image = reader.read();
-        if (image.isNull())
-            continue;
-        if (extent > largestIcon)
-            image = image.scaled(largestIcon, largestIcon, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        icon.addPixmap(QPixmap::fromImage(image));
-        if (extent >= largestIcon)
+    for (const QImage& image : imagesInFile(file)) {
+        const bool isTooLarge = extentOf(image) > largestIcon;
+        icon.addPixmap(QPixmap::fromImage(isTooLarge
+                ? image.scaled(largestIcon, largestIcon, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                : image));
+        if (extentOf(image) >= largestIcon)
             break;
     }
     return icon;

@@ -1,6 +1,8 @@
 #include "platform/Workspace.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <QBuffer>
+#include <QDataStream>
 #include <QImage>
 #include <QImageWriter>
 
@@ -31,6 +33,38 @@ std::string bundleWithIcon(const TemporaryFolder& folder, const std::string& lis
     return folder.path("Paint.app");
 }
 
+// A bundle whose icon file holds these images, each under its four-letter type.
+std::string bundleWithImages(
+    const TemporaryFolder& folder, const QList<std::pair<QByteArray, QByteArray>>& images)
+{
+    QByteArray body;
+    QDataStream out(&body, QIODevice::WriteOnly); // big-endian, as the format is
+    for (const auto& [type, data] : images) {
+        out.writeRawData(type.constData(), 4);
+        out << static_cast<quint32>(data.size() + 8);
+        out.writeRawData(data.constData(), static_cast<int>(data.size()));
+    }
+    QByteArray file;
+    QDataStream(&file, QIODevice::WriteOnly) << quint32(0x69636e73) << static_cast<quint32>(body.size() + 8);
+    folder.write("Paint.app/Contents/Info.plist",
+        "<plist version=\"1.0\"><dict><key>CFBundleIconFile</key><string>paint</string></dict></plist>");
+    folder.write("Paint.app/Contents/Resources/paint.icns", (file + body).toStdString());
+    return folder.path("Paint.app");
+}
+
+QByteArray png(QColor color, int size)
+{
+    QImage image(size, size, QImage::Format_ARGB32);
+    image.fill(color);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+// The beginning of a JPEG 2000 image.
+const QByteArray jpeg2000 = QByteArray::fromHex("0000000c6a5020200d0a870a00000014667479706a703220");
+
 } // namespace
 
 TEST(Workspace, ShowsABundlesOwnIconWhateverWayItsNameIsListed)
@@ -39,6 +73,39 @@ TEST(Workspace, ShowsABundlesOwnIconWhateverWayItsNameIsListed)
         const TemporaryFolder folder;
         const std::string bundle = bundleWithIcon(folder, listed);
         EXPECT_EQ(middleOf(Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb()) << listed;
+    }
+}
+
+TEST(Workspace, TakesTheSmallestImageThatIsLargeEnough)
+{
+    const TemporaryFolder folder;
+    const std::string bundle = bundleWithImages(folder,
+        {{"ic10", png(Qt::red, 1024)}, {"ic08", png(Qt::magenta, 256)}, {"ic07", png(Qt::green, 128)}});
+    const QIcon icon = Workspace().iconForFile(bundle);
+    EXPECT_EQ(middleOf(icon), QColor(Qt::green).rgb());
+    EXPECT_EQ(icon.pixmap(200, 200).toImage().pixel(9, 9), QColor(Qt::magenta).rgb());
+    EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256)) << "larger ones are not kept";
+}
+
+TEST(Workspace, TakesALargeImageWhenThereIsNoOther)
+{
+    const TemporaryFolder folder;
+    const std::string bundle = bundleWithImages(
+        folder, {{"ic08", jpeg2000}, {"ic07", jpeg2000}, {"ic10", png(Qt::magenta, 1024)}});
+    const QIcon icon = Workspace().iconForFile(bundle);
+    EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), QColor(Qt::magenta).rgb());
+    EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256));
+}
+
+TEST(Workspace, ShowsTheGenericIconForADamagedOne)
+{
+    const qint64 generic = Workspace().iconForFile("/gone/Paint.app").pixmap(96, 96).toImage().pixel(48, 48);
+    const QByteArray whole = png(Qt::magenta, 128);
+    for (const QByteArray& damaged :
+        {QByteArray(), whole.first(40), QByteArray(whole.size(), 'x'), jpeg2000}) {
+        const TemporaryFolder folder;
+        const QIcon icon = Workspace().iconForFile(bundleWithImages(folder, {{"ic07", damaged}}));
+        EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), generic);
     }
 }
 
