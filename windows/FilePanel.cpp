@@ -34,12 +34,13 @@ public:
         m_name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         m_button = findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
         m_button->installEventFilter(this);
+        resize(760, 480);
     }
 
     // What is named, else what is selected, else the folder shown.
     QString chosenPath() const
     {
-        const QString named = directory().absoluteFilePath(m_name->text());
+        const QString named = QDir::cleanPath(directory().absoluteFilePath(m_name->text()));
         return !m_name->text().isEmpty() && QFileInfo::exists(named) ? named : selectedFiles().value(0);
     }
 

@@ -1,0 +1,67 @@
+#include "windows/RuleEditorControls.h"
+#include "windows/QtText.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLineEdit>
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+TEST(RuleTextField, KeepsWhatIsPastedOnOneLine)
+{
+    QLineEdit field;
+    setUpRuleTextField(field);
+    QApplication::clipboard()->setText(
+        QString::fromUtf8("/a\r\n/b\v\f\xC2\x85\xE2\x80\xA8\xE2\x80\xA9 \t/c\n"));
+    field.paste();
+    EXPECT_EQ(fromQt(field.text()), "/a/b \t/c");
+    EXPECT_EQ(field.cursorPosition(), 8);
+}
+
+TEST(RuleTextField, TellsAllOfItsTextAsAToolTipBesideItsHelp)
+{
+    QLineEdit field;
+    field.setToolTip(QStringLiteral("Help"));
+    setUpRuleTextField(field);
+    EXPECT_EQ(field.toolTip(), QStringLiteral("Help"));
+    field.setText(QStringLiteral("/a  <b>"));
+    EXPECT_TRUE(field.toolTip().contains(QStringLiteral("/a  &lt;b&gt;"))) << "as it is, not as markup";
+    EXPECT_TRUE(field.toolTip().contains(QStringLiteral("Help")));
+    field.setText(QString(100000, QLatin1Char('x')));
+    EXPECT_LT(field.toolTip().size(), 3000);
+}
+
+TEST(RuleTextField, ShowsTheStartOfItsTextAndNothingForNull)
+{
+    QLineEdit field;
+    showText(field, "/path");
+    EXPECT_EQ(fromQt(field.text()), "/path");
+    EXPECT_EQ(field.cursorPosition(), 0);
+    showText(field, std::nullopt);
+    EXPECT_EQ(fromQt(field.text()), "");
+}
+
+TEST(RuleTextField, GivesBackEveryTextUnchanged)
+{
+    QLineEdit field;
+    for (const char* text :
+        {"", " a ", "\xEF\xBB\xBFmark", "\xEF\xBB\xBF", "\xF0\x9F\x94\x92", "e\xCC\x81"}) {
+        showText(field, text);
+        EXPECT_EQ(fromQt(field.text()), text);
+    }
+}
+
+TEST(ChosenCode, IsNoneWithoutAChosenItem)
+{
+    QComboBox popUp;
+    popUp.addItems({QStringLiteral("a"), QStringLiteral("b")});
+    popUp.setCurrentIndex(1);
+    EXPECT_EQ(chosenCode(popUp), 1);
+    popUp.setCurrentIndex(4);
+    EXPECT_EQ(chosenCode(popUp), std::nullopt);
+}
+
+} // namespace quorvane
