@@ -97,6 +97,7 @@ void setUpRuleTextField(QLineEdit& field)
     constexpr int roomBesideText = 4;
     field.setTextMargins(roomBesideText, 0, roomBesideText, 0);
     field.setValidator(new OneLine(&field));
+    field.setAccessibleDescription(field.toolTip()); // which would be the tool tip, text and markup and all
     QObject::connect(&field, &QLineEdit::textChanged, &field,
         [&field, help = field.toolTip()](const QString& text) { field.setToolTip(toolTipWith(text, help)); });
 }

@@ -52,12 +52,13 @@ void applySheetLook(QWidget& window)
     QColor sheet(0xf6, 0xf6, 0xf8);
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);
+        window.setAttribute(
+            Qt::WA_NoSystemBackground, false); // the colour of the sheet is painted all the same
         sheet.setAlphaF(0.94F); // less would let the texts behind disturb those on the sheet
     }
-    window.setAttribute(Qt::WA_StyledBackground);
-    // Only the window itself: what stands on it keeps its own colours.
-    window.setStyleSheet(QStringLiteral("#%1 { background-color: %2; }")
-                             .arg(window.objectName(), sheet.name(QColor::HexArgb)));
+    QPalette palette = window.palette();
+    palette.setColor(QPalette::Window, sheet);
+    window.setPalette(palette);
 }
 
 } // namespace quorvane

@@ -32,6 +32,7 @@ TEST(RuleTextField, TellsAllOfItsTextAsAToolTipBesideItsHelp)
     EXPECT_TRUE(field.toolTip().contains(QStringLiteral("Help")));
     field.setText(QString(100000, QLatin1Char('x')));
     EXPECT_LT(field.toolTip().size(), 3000);
+    EXPECT_EQ(field.accessibleDescription(), QStringLiteral("Help"));
 }
 
 TEST(RuleTextField, ShowsTheStartOfItsTextAndNothingForNull)
