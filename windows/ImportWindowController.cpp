@@ -6,6 +6,7 @@
 #include "windows/ImportTableModel.h"
 #include "windows/KeptSelection.h"
 #include "windows/QtText.h"
+#include "workflow/FailSafeSuggestions.h"
 #include "workflow/ImportCells.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/SortClicks.h"
@@ -15,8 +16,6 @@
 #include <QLocale>
 #include <QMenu>
 
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace quorvane {
@@ -236,10 +235,7 @@ void ImportWindowController::done(int result)
 void ImportWindowController::windowWillClose()
 {
     m_log.write("-[ImportWindowController windowWillClose:] closing");
-    const Locations& locations = m_present.locations();
-    std::error_code ignored;
-    std::filesystem::remove(locations.failSafeFile(), ignored);
-    std::filesystem::remove(locations.failSafeStrictMarker(), ignored);
+    discardSuggestions(m_present.locations());
 }
 
 void ImportWindowController::showEvent(QShowEvent* event)

@@ -1,5 +1,6 @@
 #include "windows/KeptSelection.h"
 
+#include "rules/RuleList.h"
 #include "windows/RuleCellsModel.h"
 
 #include <QItemSelectionModel>
@@ -13,12 +14,6 @@ namespace quorvane {
 
 namespace {
 
-// Records are shared, so the address of a rule is the same before and after.
-const void* identityOf(const RuleRef& rule)
-{
-    return askRule(rule, [](const auto& record) -> const void* { return &record; });
-}
-
 void selectRows(QItemSelection& selection, const RuleCellsModel& model, int first, int last)
 {
     selection.select(model.index(first, 0), model.index(last, model.columnCount() - 1));
@@ -26,8 +21,9 @@ void selectRows(QItemSelection& selection, const RuleCellsModel& model, int firs
 
 } // namespace
 
-KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& model)
-    : m_topmostRow(std::max(table.rowAt(0), 0))
+KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& model, RuleIdentity sameRule)
+    : m_sameRule(sameRule)
+    , m_topmostRow(std::max(table.rowAt(0), 0))
 {
     for (const QItemSelectionRange& range : table.selectionModel()->selection()) {
         for (int row = range.top(); row <= range.bottom(); ++row)
@@ -46,7 +42,7 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     int topmostRow = m_topmostRow;
     int firstSelected = -1;
     for (int row = 0; row < model.rowCount(); ++row) {
-        const void* rule = identityOf(model.ruleAt(row));
+        const std::uint64_t rule = identityOf(model.ruleAt(row));
         const bool selected = m_selected.contains(rule);
         if (selected && firstSelected < 0)
             firstSelected = row;
@@ -63,6 +59,14 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     if (current.isValid())
         table.selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     table.verticalScrollBar()->setValue(topmostRow);
+}
+
+std::uint64_t KeptSelection::identityOf(const RuleRef& rule) const
+{
+    return askRule(rule, [this](const auto& record) -> std::uint64_t {
+        return m_sameRule == RuleIdentity::record ? reinterpret_cast<std::uintptr_t>(&record)
+                                                  : identityHash(record);
+    });
 }
 
 } // namespace quorvane

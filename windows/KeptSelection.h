@@ -2,6 +2,8 @@
 
 #include "rules/RuleRef.h"
 
+#include <cstdint>
+#include <optional>
 #include <unordered_set>
 
 class QTableView;
@@ -10,20 +12,28 @@ namespace quorvane {
 
 class RuleCellsModel;
 
+// What makes a rule the one it was before a reload: being the very record, or, when all records are made
+// anew, an equal one.
+enum class RuleIdentity { record, properties };
+
 // What is selected in a rules table and where it is scrolled to, told by the rules and not by their rows, so
 // that it outlives a reload.
 class KeptSelection {
 public:
-    KeptSelection(const QTableView& table, const RuleCellsModel& model);
+    KeptSelection(
+        const QTableView& table, const RuleCellsModel& model, RuleIdentity sameRule = RuleIdentity::record);
 
     // Selects the rules that are still rows, and scrolls to where the table was: the first rule that was in
     // view is the first again while it exists.
     void restore(QTableView& table, const RuleCellsModel& model) const;
 
 private:
-    std::unordered_set<const void*> m_selected;
-    const void* m_current = nullptr;
-    const void* m_topmost = nullptr;
+    std::uint64_t identityOf(const RuleRef& rule) const;
+
+    const RuleIdentity m_sameRule;
+    std::unordered_set<std::uint64_t> m_selected;
+    std::optional<std::uint64_t> m_current;
+    std::optional<std::uint64_t> m_topmost;
     int m_topmostRow = 0;
 };
 

@@ -214,7 +214,7 @@ bool RulesEditorTableController::validateMenuItem(const QAction* item) const
         m_log.write("-[RulesEditorTableController validateMenuItem:]");
         return m_clickedRow && !isSystemRule(m_store.ruleAtIndex(*m_clickedRow, showsSystemRules()));
     }
-    if (item == m_ui->deleteEditMenuItem)
+    if (item == m_ui->deleteEditMenuItem || item == m_ui->exportSelectedRulesMenuItem)
         return m_ui->rulesEditorTableView->selectionModel()->hasSelection();
     if (item == m_ui->editSelectedRuleMenuItem || item == m_ui->editTagMenuItem)
         return m_ui->rulesEditorTableView->onlySelectedRow().has_value();
@@ -224,7 +224,8 @@ bool RulesEditorTableController::validateMenuItem(const QAction* item) const
 void RulesEditorTableController::validateItems()
 {
     m_ui->deleteRuleToolbarItem->setEnabled(validateToolbarItem(m_ui->deleteRuleToolbarItem));
-    for (QAction* item : {m_ui->deleteEditMenuItem, m_ui->editSelectedRuleMenuItem, m_ui->editTagMenuItem})
+    for (QAction* item : {m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem,
+             m_ui->editSelectedRuleMenuItem, m_ui->editTagMenuItem})
         item->setEnabled(validateMenuItem(item));
 }
 

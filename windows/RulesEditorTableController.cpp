@@ -29,18 +29,22 @@ RulesEditorTableController::RulesEditorTableController(
     , m_workspace(workspace)
     , m_log(log)
     , m_commands(store, run, log)
+    , m_import(store, run)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(store, workspace, this))
 {
     m_ui->setupUi(this);
-    setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(store.locations().userRulesFile())));
+    m_log.write("-[RulesEditorTableController init]");
     setUpActions();
     setUpTable();
     setUpCommands();
+    setUpExchange();
     restoreWindowSize(*this);
     tellCounts();
     tellFailure();
     m_ui->rulesEditorTableView->setFocus();
+    startMonitoring();
+    awakeFromNib();
 }
 
 RulesEditorTableController::~RulesEditorTableController()
@@ -149,15 +153,20 @@ void RulesEditorTableController::sortDescriptorsDidChange()
 
 void RulesEditorTableController::reloadData()
 {
+    reloadData(RuleIdentity::record);
+}
+
+void RulesEditorTableController::reloadData(RuleIdentity sameRule)
+{
     m_run.internalWrite = true;
-    reloadTable();
+    reloadTable(sameRule);
     showNewRule();
 }
 
-void RulesEditorTableController::reloadTable()
+void RulesEditorTableController::reloadTable(RuleIdentity sameRule)
 {
     m_rulesEditorContextualMenu->close(); // its row may be another rule's by now
-    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model);
+    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model, sameRule);
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
     validateItems();

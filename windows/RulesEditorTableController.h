@@ -1,8 +1,12 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "windows/KeptSelection.h"
+#include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
 #include "workflow/RuleEditorDelegate.h"
+#include "workflow/RuleImport.h"
+#include "workflow/RulesFileWatcher.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -21,16 +25,18 @@ namespace quorvane {
 class ApplicationServices;
 class EditPolicyWindowController;
 class EditWatchWindowController;
+class ImportWindowController;
 class Log;
 class RulesTableModel;
 struct RunState;
 class Workspace;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,
-// sorting from the column titles, and the commands that create, edit, delete and tag rules.
+// sorting from the column titles, the commands that create, edit, delete and tag rules, and imports and
+// exports. Follows what others do to the rules file.
 //
-// What a command does to rules and file is decided in RuleCommands; here it reaches the table.
-class RulesEditorTableController : public QMainWindow, public RuleEditorDelegate {
+// What a command does to rules and file is decided in RuleCommands and RuleImport; here it reaches the table.
+class RulesEditorTableController : public QMainWindow, public RuleEditorDelegate, public ImportDelegate {
     Q_OBJECT
 public:
     // Nothing given is owned; all of it must outlive the window.
@@ -76,7 +82,28 @@ public Q_SLOTS:
     // Opens the context menu for a row.
     void menuWillOpen(int clickedRow, const QPoint& globalPosition);
 
+    // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte; of the
+    // selected rules those that are selected now. Failures are only logged.
+    void exportRules();
+    void exportSelectedRules();
+    // Asks for an exchange file, and opens the review of its rules.
+    void importRules();
+    // Opens the review of the suggestions in the fail-safe file.
+    void handleFailSafeImport();
+
 public:
+    // Makes the window ready, once: tells of a rules file that cannot be opened and starts the program again,
+    // or has waiting suggestions reviewed soon.
+    void awakeFromNib();
+    // Ends the program and has it started again after `delay` seconds.
+    void relaunchAfterDelay(float delay);
+
+    // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
+    // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
+    void handleFileImport(const std::optional<std::string>& path);
+    void importRule(const RuleRef& rule) override;
+    void didFinishImportingRules() override;
+
     // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
     void editPolicy(const PolicyRulePtr& rule);
     void editWatch(const WatchRulePtr& rule);
@@ -101,8 +128,14 @@ private:
     void setUpActions();
     void setUpSortMenu();
     void setUpCommands();
+    void setUpExchange();
+    void startMonitoring();
+    void rulesFileDidChange();
+    bool isImporting() const;
+    void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
     void sortDescriptorsDidChange();
-    void reloadTable();
+    void reloadData(RuleIdentity sameRule);
+    void reloadTable(RuleIdentity sameRule = RuleIdentity::record);
     void tellCounts();
     void tellFailure();
     void validateItems();
@@ -117,6 +150,7 @@ private:
     Workspace& m_workspace;
     Log& m_log;
     RuleCommands m_commands;
+    RuleImport m_import;
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
@@ -129,6 +163,9 @@ private:
     QPointer<EditPolicyWindowController> m_editPolicyWindowController; // the latest
     QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
     std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
+    QPointer<ImportWindowController> m_importWindowController; // the review that is open
+    bool m_initialize = true; // until the window is ready
+    std::unique_ptr<RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
 };
 
 } // namespace quorvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/Notice.h"
 
 #include <cstddef>
 #include <optional>
@@ -11,12 +12,6 @@ namespace quorvane {
 
 class Log;
 struct RunState;
-
-// What a notice says.
-struct Notice {
-    std::string header;
-    std::string message;
-};
 
 // What a table must do after a command.
 struct TableChange {

@@ -57,10 +57,6 @@ class UnusableConfiguration(DesktopTest):
         os.mkdir(self.sandbox.user_file)
         self.assert_opens_with([])
 
-    def test_a_users_file_that_is_a_link(self):
-        os.symlink(self.sandbox.new_file("elsewhere", ["allow path /a any r"]), self.sandbox.user_file)
-        self.assert_opens_with([])
-
     def test_a_users_file_that_is_not_utf_8(self):
         self.sandbox.write(self.sandbox.user_file, b"allow path /\xff any r\n")
         self.assert_opens_with([])

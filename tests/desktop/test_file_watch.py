@@ -1,0 +1,131 @@
+import os
+import signal
+import uuid
+
+from desk import PATIENCE, eventually
+from rules_window import PATH, PROGRAM, DesktopTest, RulesWindow
+from sandbox import read
+
+
+class FileWatch(DesktopTest):
+    """Another process changes the rules file while the window is open."""
+
+    def setUp(self):
+        super().setUp()
+        self.time = 1_700_000_000  # of the file; its seconds are what the program looks at
+
+    def open_with(self, *rules):
+        self.write(self.sandbox.user_file, *rules)
+        return super().open()
+
+    def write(self, path, *rules):
+        self.sandbox.write(path, rules)
+        self.touch(path)
+
+    def touch(self, path):
+        self.time += 1
+        os.utime(path, (self.time, self.time))
+
+    def shown(self, window):
+        """What the table shows; the file changes its time with every call, since the first one may be taken for the
+        time at the start."""
+        self.touch(self.sandbox.user_file)
+        return window.column(PATH)
+
+    def test_a_rewritten_file_is_shown(self):
+        window = self.open_with("allow path /a any r")
+        self.write(self.sandbox.user_file, "allow path /b any r", "allow path /c any r")
+        self.assert_becomes(lambda: self.shown(window), ["/b", "/c"])
+        self.assertEqual(window.count(), "2 of 2 rules shown")
+        self.assertRegex(self.log(), r"reloading data on file modification \d+ <=> \d+")
+
+    def test_a_file_that_takes_its_place_is_shown(self):
+        window = self.open_with("allow path /a any r")
+        self.write(self.sandbox.user_file + ".new", "allow path /b any r")
+        os.rename(self.sandbox.user_file + ".new", self.sandbox.user_file)
+        self.assert_becomes(lambda: self.shown(window), ["/b"])
+
+    def test_a_file_that_went_and_came_back_is_shown(self):
+        window = self.open_with("allow path /a any r")
+        os.remove(self.sandbox.user_file)
+        self.assertEqual(window.column(PATH), ["/a"])
+        self.write(self.sandbox.user_file, "allow path /b any r")
+        self.assert_becomes(lambda: self.shown(window), ["/b"])
+
+    def test_selection_and_place_survive_where_the_rules_still_exist(self):
+        rules = [f"allow path /f{number:03} any r" for number in range(200)]
+        window = self.open_with(*rules)
+        for _ in range(4):
+            self.desk.press("Next")
+        selected = window.selected()
+        self.assertEqual(len(selected), 1)
+        top = self.first_in_view(window)
+        self.assertNotEqual(top, "/f000")
+        self.write(self.sandbox.user_file, "allow path /new any r", *rules[1:])
+        self.assert_becomes(lambda: self.shown(window)[:2], ["/new", "/f001"])
+        self.assertEqual(window.selected(), selected)
+        self.assertEqual(self.first_in_view(window), top)
+
+    def first_in_view(self, window):
+        _, y, _, height = window.header(PATH).box
+        cells = (window.table.cell(row, PATH) for row in range(window.table.rows))
+        return next(cell.name for cell in cells if cell.box[1] >= y + height)
+
+
+class UnopenableFile(DesktopTest):
+    """A rules file that is a link: the program says so, ends, and starts again."""
+
+    NOTICE = "Failed to Open Rules File"
+
+    def setUp(self):
+        super().setUp()
+        self.mark = uuid.uuid4().hex
+        self.addCleanup(lambda: [os.kill(pid, signal.SIGKILL) for pid in self.marked()])
+
+    def marked(self):
+        """The processes that were started by way of the program, by a mark in their environment."""
+        found = []
+        for pid in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                if f"QUORVANE_TEST={self.mark}".encode() in read(f"/proc/{pid}/environ").split(b"\0"):
+                    found.append(int(pid))
+            except OSError:  # gone meanwhile
+                pass
+        return found
+
+    def relaunched(self):
+        """The process id of the program that was started again."""
+        for pid in self.marked():
+            try:
+                if pid != self.process.pid and os.readlink(f"/proc/{pid}/exe") == os.path.realpath(PROGRAM):
+                    return pid
+            except OSError:
+                pass
+        return None
+
+    def test_is_told_and_the_program_starts_again(self):
+        elsewhere = self.sandbox.new_file("elsewhere", ["allow path /a any r"])
+        os.symlink(elsewhere, self.sandbox.user_file)
+        self.process = self.start(QUORVANE_TEST=self.mark)
+        notice = self.desk.tree_of(self.process).find("dialog", self.NOTICE)
+        self.assertIn("Quorvane Configuration could not access your rules file. Please click OK to relaunch and try "
+                      "again.", [node.name for node in notice.below() if node.role == "label"])
+        os.remove(self.sandbox.user_file)
+        self.sandbox.write_user("allow path /b any r")
+        self.desk.click(*notice.find("push button", "OK").center)
+        self.assertEqual(self.process.wait(PATIENCE), 0)
+
+        again = eventually(self.relaunched, "the program to start again")
+        window = RulesWindow(self.desk, Running(again))
+        self.assertEqual(window.column(PATH), ["/b"])
+        self.assertEqual(read(elsewhere), b"allow path /a any r\n")
+
+
+class Running:
+    """A process that is nobody's child."""
+
+    def __init__(self, pid):
+        self.pid, self.returncode = pid, None
+
+    def poll(self):
+        return None

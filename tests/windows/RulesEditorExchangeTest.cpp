@@ -1,0 +1,366 @@
+#include "platform/Workspace.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/FakeApplication.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+#include "windows/ImportWindowController.h"
+#include "windows/QtText.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableView.h"
+#include "workflow/RuleCells.h"
+#include "workflow/RunState.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* ownRules = "; my rules\n"
+                                 "allow prefix \"/b\" \"/bin/sh\" r \"shell\"\n"
+                                 "allow prefix \"/a\" \"/bin/sh\" r \"shell\"\n";
+
+class RulesExchange : public testing::Test {
+protected:
+    RulesExchange()
+    {
+        folder.write(userFile, ownRules);
+        store = RuleManager::initWithCurrentUserConfiguration(
+            Locations(folder.path("root"), "ann"), silentLog());
+        open();
+    }
+    void open()
+    {
+        window.reset();
+        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        table = window->findChild<RulesTableView*>(QStringLiteral("rulesEditorTableView"));
+    }
+
+    static QString paths(const QAbstractItemView& view, int column)
+    {
+        QStringList paths;
+        for (int row = 0; row < view.model()->rowCount(); ++row)
+            paths.append(view.model()->index(row, column).data().toString());
+        return paths.join(QLatin1Char(' '));
+    }
+    QString shownPaths() const { return paths(*table, static_cast<int>(RuleColumn::path)); }
+    QString selectedPaths() const
+    {
+        QStringList paths;
+        for (const std::size_t row : table->selectedRows())
+            paths.append(table->model()
+                             ->index(static_cast<int>(row), static_cast<int>(RuleColumn::path))
+                             .data()
+                             .toString());
+        return paths.join(QLatin1Char(' '));
+    }
+    QAction* action(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
+    // The review that is open; null when none is.
+    ImportWindowController* review() const { return window->findChild<ImportWindowController*>(); }
+    std::string userRules() const { return TemporaryFolder::contents(folder.path(userFile)); }
+    std::string notices() const
+    {
+        std::string headers;
+        for (const auto& notice : application.notices)
+            headers += notice.header + (notice.waited ? " (waited)" : "") + "|";
+        return headers;
+    }
+
+    // Answers the save panel that is open.
+    void saveAs(const std::string& path) const
+    {
+        auto* panel = window->findChild<QFileDialog*>();
+        ASSERT_NE(panel, nullptr);
+        panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(path));
+        // Qt asks whether to replace a file that is there.
+        QTimer::singleShot(0, panel, [] {
+            if (auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                question->button(QMessageBox::Yes)->click();
+        });
+        QMetaObject::invokeMethod(panel, "accept");
+    }
+    // Does `act` with the open panel that importRules() shows.
+    void importWith(const std::function<void(QFileDialog&)>& act)
+    {
+        QTimer::singleShot(0, window.get(), [&] {
+            auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(panel, nullptr);
+            act(*panel);
+        });
+        action("importToolbarItem")->trigger();
+    }
+
+    const std::string userFile = "root/Users/Shared/Quorvane/ann.quorvane.rc";
+    const std::string failSafe = "root/Users/Shared/Quorvane/failsafe.rc";
+    TemporaryFolder folder;
+    CapturedLog log;
+    std::unique_ptr<RuleManager> store;
+    FakeApplication application;
+    RunState run;
+    Workspace workspace;
+    std::unique_ptr<RulesEditorTableController> window;
+    RulesTableView* table = nullptr;
+};
+
+} // namespace
+
+TEST_F(RulesExchange, AReviewOpensOnAFileOfText)
+{
+    const std::string file = folder.write("Tools.quorv", "allow prefix \"/c\" \"/bin/sh\" r\n");
+    window->handleFileImport(file);
+    ASSERT_NE(review(), nullptr);
+    EXPECT_TRUE(review()->isVisible());
+    EXPECT_EQ(review()->path(), file);
+    EXPECT_EQ(review()->delegate(), window.get());
+    EXPECT_EQ(notices(), "");
+}
+
+TEST_F(RulesExchange, AFileThatCannotBeReadAsTextIsPassedOverInSilence)
+{
+    const struct {
+        const char* why;
+        std::optional<std::string> path;
+    } cases[] = {
+        {"no path", std::nullopt},
+        {"missing", folder.path("missing.quorv")},
+        {"a folder", folder.path()},
+        {"not UTF-8", folder.write("Latin.quorv", "allow prefix \"/caf\xe9\" \"/bin/sh\" r\n")},
+    };
+    for (const auto& c : cases) {
+        window->handleFileImport(c.path);
+        EXPECT_EQ(review(), nullptr) << c.why;
+        EXPECT_EQ(log.lines().back(),
+            "-[RulesEditorTableController handleFileImport:] " + c.path.value_or("(null)"));
+    }
+    EXPECT_EQ(notices(), "");
+    EXPECT_EQ(userRules(), ownRules);
+}
+
+TEST_F(RulesExchange, AnImportAddsTheTickedRulesWritesTheFileAndTellsHowMany)
+{
+    window->handleFileImport(folder.write("Photo Tools,2.quorv",
+        "allow prefix \"/c\" \"/bin/sh\" r \"\" \"T\"\n"
+        "allow prefix \"/d\" \"/bin/sh\" r \"\" \"T\"\n"
+        "watch prefix \"/w\" \"/bin/sh\" r\n"
+        "allow prefix \"/e\" \"/bin/sh\" r \"own\" \"T\"\n"));
+    auto* review = this->review();
+    review->findChild<RulesTableView*>()->selectRow(2); // the second policy rule: watch rules stand first
+    review->toggleSelectedTicks();
+    run.internalWrite = false;
+    review->importAction();
+
+    EXPECT_EQ(notices(), "Import Successful|");
+    EXPECT_EQ(application.notices[0].message, "Successfully imported 3 rules");
+    EXPECT_EQ(userRules(),
+        "watch prefix \"/w\" \"/bin/sh\" r \"Photo Tools\"\n"
+        "allow prefix \"/b\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n"
+        "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n"
+        "allow prefix \"/c\" \"/bin/sh\" r \"Photo Tools\" \"T\" \"0\"\n"
+        "allow prefix \"/e\" \"/bin/sh\" r \"own\" \"T\" \"0\"\n");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a /c /e"));
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_TRUE(run.internalWrite);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return this->review() == nullptr; })) << "the review is gone";
+}
+
+TEST_F(RulesExchange, AnImportOfNothingSaysSo)
+{
+    window->handleFileImport(folder.write("Empty.quorv", ""));
+    review()->importAction();
+    EXPECT_EQ(notices(), "Import Failed|");
+    EXPECT_EQ(application.notices[0].message, "Found no rules to import");
+    EXPECT_EQ(run.g_dirty, 0);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a"));
+}
+
+TEST_F(RulesExchange, SelectionSurvivesAnImportAlthoughAllRecordsAreNew)
+{
+    table->selectRow(1);
+    window->handleFileImport(folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n"));
+    review()->importAction();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /b /a"));
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a"));
+}
+
+TEST_F(RulesExchange, AnImportThatCannotBeWrittenIsTold)
+{
+    window->handleFileImport(folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n"));
+    std::filesystem::remove(folder.path(userFile));
+    std::filesystem::create_directory(folder.path(userFile)); // in the way
+    review()->importAction();
+    EXPECT_NE(store->lastErrorMessage(), std::nullopt);
+}
+
+TEST_F(RulesExchange, AnotherImportReplacesAReviewThatIsOpen)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    window->handleFailSafeImport();
+    const std::string second = folder.write("Second.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    window->handleFileImport(second);
+    EXPECT_EQ(window->findChildren<ImportWindowController*>().size(), 1);
+    EXPECT_EQ(review()->path(), second);
+    EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe))) << "suggestions stay that were only replaced";
+}
+
+TEST_F(RulesExchange, SuggestionsAreExplainedByWhereTheyComeFrom)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    window->handleFailSafeImport();
+    EXPECT_EQ(review()->path(), folder.path(failSafe));
+    EXPECT_EQ(notices(), "New Rule Suggestions|");
+    folder.write(failSafe + ".strict", "");
+    window->handleFailSafeImport();
+    EXPECT_EQ(notices(), "New Rule Suggestions|Unauthorized Access Attempts|");
+}
+
+TEST_F(RulesExchange, EveryImportDropsPendingSuggestions)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    folder.write(failSafe + ".strict", "");
+    window->handleFileImport(folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n"));
+    review()->importAction();
+    EXPECT_FALSE(std::filesystem::exists(folder.path(failSafe)));
+    EXPECT_FALSE(std::filesystem::exists(folder.path(failSafe + ".strict")));
+}
+
+TEST_F(RulesExchange, SuggestionsAreReviewedSoonAfterTheStart)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    open();
+    EXPECT_EQ(review(), nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return review() != nullptr; }));
+}
+
+TEST_F(RulesExchange, TheWindowIsMadeReadyOnce)
+{
+    EXPECT_EQ(log.lines().front(), "-[RulesEditorTableController init]");
+    window->setWindowTitle(QStringLiteral("since"));
+    window->awakeFromNib(); // the constructor has done it
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("since"));
+}
+
+TEST_F(RulesExchange, TheImportPanelTakesOneExchangeFile)
+{
+    folder.write("root/Users/Shared/Quorvane Extras/Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    importWith([this](QFileDialog& panel) {
+        EXPECT_EQ(panel.windowTitle(), QStringLiteral("Import Files"));
+        EXPECT_EQ(panel.fileMode(), QFileDialog::ExistingFile);
+        EXPECT_EQ(panel.nameFilters(), QStringList(QStringLiteral("Rules (*.quorv *.QUORV *.Quorv)")));
+        EXPECT_EQ(panel.directory().path(), toQt(folder.path("root/Users/Shared/Quorvane Extras")));
+        panel.selectFile(QStringLiteral("Tools.quorv"));
+        QMetaObject::invokeMethod(&panel, "accept");
+    });
+    ASSERT_NE(review(), nullptr);
+    EXPECT_EQ(review()->path(), folder.path("root/Users/Shared/Quorvane Extras/Tools.quorv"));
+}
+
+TEST_F(RulesExchange, AFileOfAnotherTypeIsRefusedByThePanel)
+{
+    const std::string text = folder.write("Tools.txt", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    importWith([&](QFileDialog& panel) {
+        panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(text));
+        QString refusal;
+        QTimer::singleShot(0, &panel, [&refusal] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            refusal = box->text();
+            box->accept();
+        });
+        QMetaObject::invokeMethod(&panel, "accept");
+        EXPECT_EQ(refusal, QStringLiteral("Please choose a file whose name ends in .quorv."));
+        EXPECT_TRUE(panel.isVisible());
+        panel.reject();
+    });
+    EXPECT_EQ(review(), nullptr);
+    EXPECT_EQ(log.lines().back(), "-[RulesEditorTableController handleFileImport:] (null)");
+}
+
+TEST_F(RulesExchange, TheWholeFileIsExportedAsItIs)
+{
+    action("exportMenuItem")->trigger();
+    auto* panel = window->findChild<QFileDialog*>();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->acceptMode(), QFileDialog::AcceptSave);
+    EXPECT_EQ(
+        panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(), QStringLiteral("ann.quorv"));
+    EXPECT_EQ(panel->directory().path(), QDir::homePath());
+    saveAs(folder.path("a #b.quorv"));
+    EXPECT_EQ(TemporaryFolder::contents(folder.path("a #b.quorv")), ownRules);
+}
+
+TEST_F(RulesExchange, AnExportThatIsLeftWritesNothing)
+{
+    action("exportMenuItem")->trigger();
+    window->findChild<QFileDialog*>()->reject();
+    EXPECT_FALSE(std::filesystem::exists(folder.path("ann.quorv")));
+}
+
+TEST_F(RulesExchange, TheWholeFileExportedOntoItselfStays)
+{
+    action("exportMenuItem")->trigger();
+    saveAs(folder.path(userFile));
+    EXPECT_EQ(userRules(), ownRules);
+}
+
+TEST_F(RulesExchange, SelectedRulesCanBeExportedOnlyWhenThereAreSome)
+{
+    EXPECT_FALSE(action("exportSelectedRulesMenuItem")->isEnabled());
+    table->selectRow(1);
+    EXPECT_TRUE(action("exportSelectedRulesMenuItem")->isEnabled());
+    table->clearSelection();
+    EXPECT_FALSE(action("exportSelectedRulesMenuItem")->isEnabled());
+}
+
+TEST_F(RulesExchange, OnlyTheSelectedRulesAreExported)
+{
+    table->selectRow(1);
+    action("exportSelectedRulesMenuItem")->trigger();
+    table->clearSelection(); // they were selected when the panel was asked for
+    saveAs(folder.path("one rule.quorv"));
+    EXPECT_EQ(TemporaryFolder::contents(folder.path("one rule.quorv")),
+        "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
+}
+
+TEST_F(RulesExchange, OnlySpacesOfAChosenNameAreUnescaped)
+{
+    table->selectRow(1);
+    action("exportSelectedRulesMenuItem")->trigger();
+    saveAs(folder.path("a#b.quorv"));
+    EXPECT_TRUE(std::filesystem::exists(folder.path("a%23b.quorv")));
+}
+
+TEST_F(RulesExchange, SelectedRulesDoNotReplaceTheRulesFile)
+{
+    table->selectRow(1);
+    action("exportSelectedRulesMenuItem")->trigger();
+    saveAs(folder.path(userFile));
+    EXPECT_EQ(userRules(), ownRules);
+}
+
+TEST_F(RulesExchange, AFailedExportIsOnlyLogged)
+{
+    table->selectRow(1);
+    action("exportSelectedRulesMenuItem")->trigger();
+    saveAs("/dev/full");
+    EXPECT_TRUE(log.lines().back().starts_with("error on export: ")) << log.lines().back();
+    EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
+    EXPECT_EQ(notices(), "");
+}
+
+} // namespace quorvane
