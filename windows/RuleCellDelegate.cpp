@@ -4,6 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -60,6 +61,8 @@ QWidget* RuleCellDelegate::createEditor(
     QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
     if (editor != nullptr)
         editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
+    if (auto* field = qobject_cast<QLineEdit*>(editor))
+        field->setTextMargins(roomBesideText, 0, roomBesideText, 0);
     return editor;
 }
 
