@@ -3,7 +3,9 @@
 #include "platform/FileDescriptor.h"
 #include "platform/Unicode.h"
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -104,6 +106,19 @@ bool isFolderAt(const std::string& path)
     struct stat status { };
     return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0
         && S_ISDIR(status.st_mode);
+}
+
+std::optional<std::string> putUnreadFileAside(const std::string& path)
+{
+    constexpr int mostNames = 99;
+    for (int number = 1; number <= mostNames; ++number) {
+        const std::string aside = path + ".unread" + (number == 1 ? "" : "." + std::to_string(number));
+        if (renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0)
+            return aside;
+        if (errno != EEXIST)
+            break;
+    }
+    return std::nullopt;
 }
 
 } // namespace quorvane

@@ -26,4 +26,9 @@ bool isFolderAt(const std::string& path);
 // one. It is read in bounded pieces; a file larger than the machine's memory is never taken for text.
 bool isTextAt(const std::string& path);
 
+// Gives a file that could not be read whole another name beside it, one that nothing has yet: "PATH.unread",
+// "PATH.unread.2" and so on, so that writing does not lose what it holds. Returns the name; none, and the
+// file stays, when that fails.
+std::optional<std::string> putUnreadFileAside(const std::string& path);
+
 } // namespace quorvane

@@ -1,5 +1,6 @@
 #include "rules/RuleManager.h"
 
+#include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
@@ -244,7 +245,7 @@ bool RuleManager::writeToCurrentUserConfiguration()
 {
     const std::string path = m_locations.userRulesFile();
     if (m_unreadRules && !m_unreadRules->isFailure) {
-        const auto aside = putRulesFileAside(path);
+        const auto aside = putUnreadFileAside(path);
         if (!aside) {
             m_lastErrorMessage = "Not writing file '" + path + "': " + m_unreadRules->reason
                 + ", and it cannot be kept under another name";

@@ -4,7 +4,6 @@
 #include "rules/RuleLine.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -72,19 +71,6 @@ void RulesFileText::readFrom(const std::string& path)
         m_nothing = true;
         m_unreadReason = "The rules file '" + path + "' is not valid UTF-8: none of it is read";
     }
-}
-
-std::optional<std::string> putRulesFileAside(const std::string& path)
-{
-    constexpr int mostNames = 99;
-    for (int number = 1; number <= mostNames; ++number) {
-        const std::string aside = path + ".unread" + (number == 1 ? "" : "." + std::to_string(number));
-        if (renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0)
-            return aside;
-        if (errno != EEXIST)
-            break;
-    }
-    return std::nullopt;
 }
 
 RulesFileWriter::RulesFileWriter(std::string path)

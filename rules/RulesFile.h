@@ -43,10 +43,6 @@ private:
     std::optional<std::string> m_unreadReason;
 };
 
-// Gives the file at `path` another name beside it, one that no file has yet: "PATH.unread", "PATH.unread.2"
-// and so on. Returns the name; none, and the file stays, when that fails.
-std::optional<std::string> putRulesFileAside(const std::string& path);
-
 // Writes a rules file line by line, in place: an existing file is emptied and keeps its inode.
 class RulesFileWriter {
 public:

@@ -1,14 +1,12 @@
 #include "workflow/PreferencesFile.h"
 
+#include "platform/FileBytes.h"
 #include "platform/FilePermissions.h"
 #include "platform/Log.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <utility>
 
-#include <fcntl.h>
-#include <stdio.h> // renameat2
 #include <sys/stat.h>
 
 namespace quorvane {
@@ -25,17 +23,10 @@ bool holdsSomething(const std::string& path)
 
 void keepUnread(const std::string& path, Log& log)
 {
-    constexpr int mostKept = 1000;
-    for (int number = 1; number <= mostKept; ++number) {
-        const std::string name = path + ".unread" + (number == 1 ? "" : "-" + std::to_string(number));
-        if (renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
-            log.write("kept unreadable preferences as: " + name);
-            return;
-        }
-        if (errno != EEXIST)
-            break;
-    }
-    log.write("failed to keep unreadable preferences: " + path);
+    if (const auto name = putUnreadFileAside(path))
+        log.write("kept unreadable preferences as: " + *name);
+    else
+        log.write("failed to keep unreadable preferences: " + path);
 }
 
 } // namespace

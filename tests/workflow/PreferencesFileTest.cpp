@@ -61,7 +61,7 @@ TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideTheNewOne)
     }
 
     EXPECT_EQ(TemporaryFolder::contents(file + ".unread"), damaged);
-    EXPECT_EQ(TemporaryFolder::contents(file + ".unread-2"), large);
+    EXPECT_EQ(TemporaryFolder::contents(file + ".unread.2"), large);
     EXPECT_EQ(log.lines().front(), "kept unreadable preferences as: " + file + ".unread");
 }
 
