@@ -1,9 +1,12 @@
 #include "platform/Account.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <vector>
 
+#include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -14,19 +17,54 @@ namespace {
 struct AccountEntry {
     std::string name;
     std::string home;
+    gid_t group = 0;
 };
+
+constexpr std::size_t firstBuffer = 1U << 14U;
+constexpr std::size_t largestBuffer = 1U << 22U;
 
 std::optional<AccountEntry> accountOfRealUser()
 {
-    std::vector<char> buffer(1 << 14);
+    std::vector<char> buffer(firstBuffer);
     passwd entry{};
     passwd* found = nullptr;
     while (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE
-        && buffer.size() < 1 << 22)
+        && buffer.size() < largestBuffer)
         buffer.resize(buffer.size() * 2);
     if (found == nullptr)
         return std::nullopt;
-    return AccountEntry{found->pw_name, found->pw_dir == nullptr ? "" : found->pw_dir};
+    return AccountEntry{found->pw_name, found->pw_dir == nullptr ? "" : found->pw_dir, found->pw_gid};
+}
+
+// A group can have more members than the first buffer holds.
+std::optional<gid_t> numberOfGroup(const std::string& name)
+{
+    std::vector<char> buffer(firstBuffer);
+    group entry{};
+    group* found = nullptr;
+    while (getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found) == ERANGE
+        && buffer.size() < largestBuffer)
+        buffer.resize(buffer.size() * 2);
+    if (found == nullptr)
+        return std::nullopt;
+    return found->gr_gid;
+}
+
+// All groups of an account, its own among them.
+std::vector<gid_t> groupsOf(const AccountEntry& account)
+{
+    constexpr std::size_t mostGroups = 1U << 16U; // what the kernel takes
+    std::vector<gid_t> groups(64);
+    for (;;) {
+        int count = static_cast<int>(groups.size());
+        if (getgrouplist(account.name.c_str(), account.group, groups.data(), &count) >= 0) {
+            groups.resize(static_cast<std::size_t>(count));
+            return groups;
+        }
+        if (groups.size() >= mostGroups)
+            return groups;
+        groups.resize(groups.size() * 2);
+    }
 }
 
 } // namespace
@@ -43,6 +81,16 @@ std::string homeDirectory()
         return home;
     const auto account = accountOfRealUser();
     return account ? account->home : "";
+}
+
+bool isMemberOfGroup(const std::string& group)
+{
+    const auto number = numberOfGroup(group);
+    const auto account = accountOfRealUser();
+    if (!number || !account)
+        return false;
+    const std::vector<gid_t> groups = groupsOf(*account);
+    return std::find(groups.begin(), groups.end(), *number) != groups.end();
 }
 
 } // namespace quorvane

@@ -12,4 +12,8 @@ std::string loginName();
 // The home folder: the variable HOME when set, else the account's. Empty when neither is known.
 std::string homeDirectory();
 
+// Whether the real user's account belongs to `group`, as its own group or as a further one. False when there
+// is no such group or no such account.
+bool isMemberOfGroup(const std::string& group);
+
 } // namespace quorvane

@@ -18,4 +18,12 @@ struct ProcessProgram {
 // be read. Any thread.
 std::optional<ProcessProgram> programOfProcess(std::int32_t pid);
 
+// The path that process `pid` was started from; when the file is gone by now, the path it had. None when no
+// such process runs, it is a zombie or a thread of the kernel, or it may not be looked at. Any thread.
+std::optional<std::string> programPathOfProcess(std::int32_t pid);
+
+// When process `pid` was started, in clock ticks since the machine was. None when no such process runs. Any
+// thread.
+std::optional<std::uint64_t> startTimeOfProcess(std::int32_t pid);
+
 } // namespace quorvane

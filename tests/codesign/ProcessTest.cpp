@@ -1,55 +1,17 @@
 #include "codesign/Codesign.h"
 #include "tests/support/Answers.h"
+#include "tests/support/RunningProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <utility>
 
-#include <csignal>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quorvane::test {
 
 namespace {
-
-// Starts a program that waits; ends it with the test.
-class RunningProcess {
-public:
-    explicit RunningProcess(const std::string& program)
-        : m_pid(fork())
-    {
-        if (m_pid == 0) {
-            execl(program.c_str(), "sleep", "1000", nullptr);
-            _exit(1);
-        }
-        // The link names the program from the moment on that it was started.
-        const std::string link = "/proc/" + std::to_string(m_pid) + "/exe";
-        std::error_code error;
-        while (std::filesystem::read_symlink(link, error) != program && waitpid(m_pid, nullptr, WNOHANG) == 0)
-            usleep(1000);
-    }
-    ~RunningProcess() { end(); }
-    RunningProcess(const RunningProcess&) = delete;
-    RunningProcess& operator=(const RunningProcess&) = delete;
-
-    std::int32_t pid() const { return m_pid; }
-    void end()
-    {
-        if (m_pid > 0) {
-            kill(m_pid, SIGKILL);
-            waitpid(m_pid, nullptr, 0);
-        }
-        m_ended = std::exchange(m_pid, -1);
-    }
-    std::int32_t ended() const { return m_ended; }
-
-private:
-    pid_t m_pid;
-    pid_t m_ended = -1;
-};
 
 void expectNoCode(std::int32_t pid)
 {

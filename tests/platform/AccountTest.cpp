@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -55,6 +56,54 @@ TEST(Account, HomeDirectoryIsTheAccountsWithoutTheVariable)
     EXPECT_EQ(homeDirectory(), expected) << "an empty variable counts as none";
     const EnvironmentVariable unset("HOME", std::nullopt);
     EXPECT_EQ(homeDirectory(), expected);
+}
+
+TEST(Account, BelongsToItsOwnGroup)
+{
+    const passwd* entry = getpwuid(getuid());
+    const group* own = entry == nullptr ? nullptr : getgrgid(entry->pw_gid);
+    if (own == nullptr)
+        GTEST_SKIP() << "the user or the user's group has no entry";
+
+    EXPECT_TRUE(isMemberOfGroup(own->gr_name));
+}
+
+TEST(Account, BelongsToNoGroupThatDoesNotExist)
+{
+    EXPECT_FALSE(isMemberOfGroup("quorvane-no-such-group"));
+    EXPECT_FALSE(isMemberOfGroup(""));
+}
+
+TEST(Account, WithoutAccountBelongsToNoGroup)
+{
+    constexpr uid_t unknown = 3999999123U;
+    if (geteuid() != 0 || getpwuid(unknown) != nullptr)
+        GTEST_SKIP() << "needs root to become a user without account";
+
+    // The process keeps its groups; only what the account data base says counts.
+    const std::string answer = answerOfChild([] {
+        if (setuid(unknown) != 0)
+            return "could not become the user";
+        return isMemberOfGroup(getgrgid(getgid())->gr_name) ? "member" : "no member";
+    });
+
+    EXPECT_EQ(answer, "no member");
+}
+
+TEST(Account, MembershipIsThatOfTheRealUser)
+{
+    constexpr uid_t nobody = 65534;
+    if (geteuid() != 0 || getpwuid(nobody) == nullptr)
+        GTEST_SKIP() << "needs root to become another user";
+
+    const std::string answer = answerOfChild([] {
+        const std::string ofRoot = getgrgid(getpwuid(0)->pw_gid)->gr_name;
+        if (setresuid(nobody, 0, 0) != 0)
+            return "could not become the user";
+        return isMemberOfGroup(ofRoot) ? "member" : "no member";
+    });
+
+    EXPECT_EQ(answer, "no member");
 }
 
 } // namespace quorvane
