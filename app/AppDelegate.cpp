@@ -1,9 +1,15 @@
 #include "app/AppDelegate.h"
 
+#include "platform/AdminAuthority.h"
+#include "platform/InputLock.h"
 #include "platform/Log.h"
+#include "platform/Notices.h"
+#include "platform/RunningApplications.h"
 #include "platform/Unicode.h"
+#include "platform/Workspace.h"
 #include "windows/NoticeWindow.h"
 #include "windows/QtText.h"
+#include "workflow/RunState.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -11,52 +17,157 @@
 #include <QWidget>
 
 #include <chrono>
+#include <memory>
 #include <utility>
+
+#include <signal.h>
 
 namespace quorvane {
 
 namespace {
 
 constexpr std::chrono::seconds longestWait{10};
+constexpr const char* agentIdentifier = "vantreal.QuorvaneUserAgent";
+constexpr const char* authenticationReason = "verify authorization";
+
+void bringToFront(QWidget& window)
+{
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
 
 } // namespace
 
-AppDelegate::AppDelegate(Locations locations, Log& log)
+AppDelegate::AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services)
     : m_locations(std::move(locations))
     , m_log(log)
+    , m_run(run)
+    , m_services(services)
 {
 }
 
-void AppDelegate::applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow)
+void AppDelegate::setPreferencesOpener(std::function<QWidget*()> openPreferencesWindow)
 {
-    mainWindow.show();
-    mainWindow.activateWindow();
-    // After the window, so that the notice stands before it and has the keyboard.
+    m_openPreferencesWindow = std::move(openPreferencesWindow);
+}
+
+void AppDelegate::applicationDidFinishLaunching(
+    const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments)
+{
+    if (m_terminating) // a window asked for the end while it was made
+        return;
     if (const auto& message = store.lastErrorMessage()) {
         m_log.write("error on load: " + *message);
         displayNotice("Error Loading Configuration", *message, false);
     }
+    for (const std::string& argument : arguments) {
+        if (argument != "-preferences")
+            continue;
+        m_showPreferences = true;
+        mainWindow.close();
+        showPreferencesWindow();
+    }
+    if (!m_showPreferences)
+        bringToFront(mainWindow);
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    if (m_run.g_dirty == 1)
+        reloadAllAgents();
+    m_services.notices.finish();
+}
+
+void AppDelegate::reloadAllAgents()
+{
+    const auto agents = m_services.applications.withBundleIdentifier(agentIdentifier);
+    m_log.write(
+        "there are " + std::to_string(agents.size()) + " instances of " + agentIdentifier + " running");
+    for (const auto agent : agents) {
+        m_log.write("sending SIGHUP to " + std::to_string(agent));
+        m_services.applications.sendSignal(agent, agentIdentifier, SIGHUP);
+    }
+}
+
+void AppDelegate::reloadAgent()
+{
+    // Deliberate: another signal than at the end, to one agent only, and no line in the log.
+    const auto agents = m_services.applications.withBundleIdentifier(agentIdentifier);
+    if (!agents.empty())
+        m_services.applications.sendSignal(agents.front(), agentIdentifier, SIGINT);
 }
 
 void AppDelegate::displayNotice(const std::string& header, const std::string& message, bool waitForResponse)
 {
-    auto* notice = new NoticeWindow(
-        toQt(textFromMacRoman(header)), toQt(textFromMacRoman(message)), toQt(m_locations.noticeIconFile()));
-    notice->show();
-    notice->raise();
-    notice->activateWindow();
+    const DesktopNotice notice{
+        textFromMacRoman(header), textFromMacRoman(message), m_locations.noticeIconFile()};
+    const auto wait = std::make_shared<QEventLoop>();
+    const auto goOn = [waiting = std::weak_ptr<QEventLoop>(wait)] {
+        if (const auto waitingStill = waiting.lock())
+            waitingStill->quit();
+    };
+    m_services.notices.show(notice, [this, notice, goOn](NoticeEnd end) {
+        if (end == NoticeEnd::closed) {
+            goOn();
+            return;
+        }
+        auto* window = new NoticeWindow(toQt(notice.header), toQt(notice.message), toQt(notice.iconFile));
+        adopt(*window);
+        connect(window, &QObject::destroyed, this, goOn);
+        bringToFront(*window);
+    });
     if (!waitForResponse)
         return;
-    QEventLoop answered;
-    connect(notice, &QObject::destroyed, &answered, &QEventLoop::quit);
-    QTimer::singleShot(longestWait, &answered, &QEventLoop::quit);
-    answered.exec();
+    // Deliberate: shorter than the notice stays. It may still be on the screen when the caller goes on.
+    QTimer::singleShot(longestWait, wait.get(), &QEventLoop::quit);
+    const InputLock lock;
+    wait->exec();
+}
+
+bool AppDelegate::isAdminUser()
+{
+    return m_services.authority.isAdminUser();
+}
+
+bool AppDelegate::performAuthentication()
+{
+    return performTouchIDAuthentication() || m_services.authority.verifyPassword(authenticationReason);
+}
+
+bool AppDelegate::performTouchIDAuthentication()
+{
+    return m_services.authority.verifyFingerprint(authenticationReason);
+}
+
+void AppDelegate::showPreferencesWindow()
+{
+    m_log.write("showing preferences window");
+    if (!m_openPreferencesWindow)
+        return;
+    m_preferencesWindow = m_openPreferencesWindow();
+    adopt(*m_preferencesWindow);
+    bringToFront(*m_preferencesWindow);
+}
+
+void AppDelegate::showHelp()
+{
+    if (const std::string guide = m_locations.userGuideFile(); !m_services.workspace.openFile(guide))
+        m_log.write("cannot open the user guide '" + guide + "'");
 }
 
 void AppDelegate::terminate()
 {
+    m_terminating = true;
     // By the event loop, which may not be running yet: a window can ask for the end while it is made.
     QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+void AppDelegate::adopt(QWidget& window)
+{
+    // Gone when it is closed, else with the application.
+    window.setAttribute(Qt::WA_DeleteOnClose);
+    connect(this, &QObject::destroyed, &window, [&window] { delete &window; });
 }
 
 } // namespace quorvane

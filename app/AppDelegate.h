@@ -5,28 +5,80 @@
 #include "workflow/ApplicationServices.h"
 
 #include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class QWidget;
 
 namespace quorvane {
 
+class AdminAuthority;
 class Log;
+class Notices;
+class RunningApplications;
+struct RunState;
+class Workspace;
 
-// The root of the application: what happens at its start, and what it does for every window.
+// What the delegate asks of the desktop and the system.
+struct DelegateServices {
+    Notices& notices;
+    AdminAuthority& authority;
+    RunningApplications& applications;
+    Workspace& workspace;
+};
+
+// The root of the application: what happens at its start and its end, and what it does for every window.
 // User interface thread only.
 class AppDelegate : public QObject, public ApplicationServices {
     Q_OBJECT
 public:
-    // `log` must outlive it.
-    AppDelegate(Locations locations, Log& log);
+    // What is given by reference must outlive it.
+    AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services);
 
-    // Tells of a configuration that failed to load, and shows `mainWindow` in any case.
-    void applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow);
+    // How a preferences window is made and shown. It may take as long as a person needs to authenticate.
+    void setPreferencesOpener(std::function<QWidget*()> openPreferencesWindow);
+
+    // To be called when the event loop runs: an authentication can ask for the end of the program.
+    //
+    // Tells of a configuration that failed to load. Then, for every argument that is "-preferences" exactly,
+    // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`.
+    void applicationDidFinishLaunching(
+        const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments);
+
+    // To be called once, when the event loop has ended. Has every agent read the configuration again, if it
+    // was changed in this run.
+    void applicationWillTerminate();
+
+    // Interrupts the first of the running agents, and only it. Nothing calls this; agents are told at the
+    // end.
+    void reloadAgent();
+
+    bool performTouchIDAuthentication();
+    void setShowPreferences(bool showPreferences) { m_showPreferences = showPreferences; }
 
     void displayNotice(const std::string& header, const std::string& message, bool waitForResponse) override;
+    bool isAdminUser() override;
+    bool performAuthentication() override;
+    bool showPreferences() const override { return m_showPreferences; }
+    void showPreferencesWindow() override;
+    void showHelp() override;
     void terminate() override;
 
 private:
+    void reloadAllAgents();
+    void adopt(QWidget& window);
+
     const Locations m_locations;
     Log& m_log;
+    const RunState& m_run;
+    const DelegateServices m_services;
+    std::function<QWidget*()> m_openPreferencesWindow;
+    QPointer<QWidget> m_preferencesWindow; // the last one shown
+    bool m_showPreferences = false;
+    bool m_terminating = false;
 };
 
 } // namespace quorvane

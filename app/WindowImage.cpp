@@ -1,14 +1,11 @@
-#include "app/AppDelegate.h"
+#include "app/Surroundings.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
-#include "platform/Workspace.h"
-#include "rules/RuleManager.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
-#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QPixmap>
@@ -23,21 +20,11 @@ namespace quorvane {
 
 namespace {
 
-// What the windows need; outlives them.
-struct Surroundings {
-    std::unique_ptr<Log> log = makeProgramLog("quorvane-window-image", false);
-    Locations locations = Locations::fromEnvironment();
-    RuleManager& store = RuleManager::sharedManager(locations, *log);
-    Workspace workspace{};
-    AppDelegate delegate{locations, *log};
-    RunState run{};
-};
-
 // Scrolled so far that `firstRow` is the first one that shows.
 std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
 {
     auto window = std::make_unique<RulesEditorTableController>(
-        around.store, around.delegate, around.run, around.workspace, *around.log);
+        around.store, around.delegate, around.run, around.workspace, around.log);
     window->show();
     auto* table = window->findChild<QTableView*>();
     table->scrollTo(table->model()->index(firstRow, 0), QAbstractItemView::PositionAtTop);
@@ -46,7 +33,7 @@ std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
 
 std::unique_ptr<QWidget> reviewOf(const char* rulesFile, Surroundings& around)
 {
-    auto window = std::make_unique<ImportWindowController>(around.store, around.workspace, *around.log);
+    auto window = std::make_unique<ImportWindowController>(around.store, around.workspace, around.log);
     window->setPath(rulesFile);
     return window;
 }
@@ -61,12 +48,12 @@ std::unique_ptr<QWidget> editorOf(int row, Surroundings& around)
     const auto* watch = std::get_if<WatchRulePtr>(&rule);
     if (watch == nullptr) {
         auto editor = std::make_unique<EditPolicyWindowController>(
-            around.store, around.run, around.workspace, *around.log);
+            around.store, around.run, around.workspace, around.log);
         editor->setPolicyRule(std::get<PolicyRulePtr>(rule));
         return editor;
     }
-    auto editor = std::make_unique<EditWatchWindowController>(
-        around.store, around.run, around.workspace, *around.log);
+    auto editor
+        = std::make_unique<EditWatchWindowController>(around.store, around.run, around.workspace, around.log);
     editor->setWatchRule(*watch);
     return editor;
 }
@@ -95,7 +82,8 @@ int main(int argumentCount, char** arguments)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argumentCount, arguments);
     quorvane::applyWindowLook(application);
-    quorvane::Surroundings around;
+    const auto log = quorvane::makeProgramLog("quorvane-window-image", false);
+    quorvane::Surroundings around(quorvane::Locations::fromEnvironment(), *log, false);
     const auto window
         = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (!window) {

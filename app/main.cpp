@@ -1,19 +1,22 @@
-#include "app/AppDelegate.h"
+#include "app/Surroundings.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "platform/StandardStreams.h"
-#include "platform/Workspace.h"
-#include "rules/RuleManager.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
-#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QIcon>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 int main(int argumentCount, char** arguments)
 {
     quorvane::secureStandardStreams();
+    // Before the toolkit takes those out that it knows.
+    const std::vector<std::string> allArguments(arguments, arguments + argumentCount);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
@@ -24,12 +27,16 @@ int main(int argumentCount, char** arguments)
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/quorvane-configuration.svg")));
 
     const auto log = quorvane::makeProgramLog("quorvane-configuration", true);
-    const auto locations = quorvane::Locations::fromEnvironment();
-    quorvane::RuleManager& store = quorvane::RuleManager::sharedManager(locations, *log);
-    quorvane::Workspace workspace;
-    quorvane::AppDelegate delegate(locations, *log);
-    quorvane::RunState run;
-    quorvane::RulesEditorTableController mainWindow(store, delegate, run, workspace, *log);
-    delegate.applicationDidFinishLaunching(store, mainWindow);
+    const bool openedWithOptions
+        = std::find(allArguments.begin(), allArguments.end(), "-preferences") != allArguments.end();
+    quorvane::Surroundings around(quorvane::Locations::fromEnvironment(), *log, openedWithOptions);
+    quorvane::RulesEditorTableController mainWindow(
+        around.store, around.delegate, around.run, around.workspace, *log);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate,
+        &quorvane::AppDelegate::applicationWillTerminate);
+    QMetaObject::invokeMethod(
+        &around.delegate,
+        [&] { around.delegate.applicationDidFinishLaunching(around.store, mainWindow, allArguments); },
+        Qt::QueuedConnection);
     return QApplication::exec();
 }

@@ -16,6 +16,9 @@ public:
     // The root from the environment variable QUORVANE_ROOT and the login name of the real user.
     static Locations fromEnvironment();
 
+    // Whether there is a root: nothing here is the product's own.
+    bool areSandbox() const { return !m_root.empty(); }
+
     std::string sharedFolder() const; // ends with "/"
     std::string userRulesFile() const;
     std::string exchangeFileName() const; // what an export is called unless the user says otherwise

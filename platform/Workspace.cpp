@@ -2,10 +2,12 @@
 
 #include "platform/PropertyList.h"
 
+#include <QDesktopServices>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMimeDatabase>
 #include <QPixmap>
+#include <QUrl>
 
 #include <algorithm>
 #include <utility>
@@ -114,6 +116,12 @@ QIcon Workspace::iconForFile(const std::string& path)
     if (known == m_icons.end())
         known = m_icons.emplace(path, findIcon(QString::fromStdString(path))).first;
     return known->second;
+}
+
+bool Workspace::openFile(const std::string& path)
+{
+    const QString file = QString::fromStdString(path);
+    return QFileInfo::exists(file) && QDesktopServices::openUrl(QUrl::fromLocalFile(file));
 }
 
 } // namespace quorvane

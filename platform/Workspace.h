@@ -15,6 +15,10 @@ public:
     // run.
     QIcon iconForFile(const std::string& path);
 
+    // Opens the file with the desktop's program for it, without waiting for that program. False when there is
+    // no such file or the desktop has nothing to open it with.
+    bool openFile(const std::string& path);
+
 private:
     std::unordered_map<std::string, QIcon> m_icons; // by path
 };

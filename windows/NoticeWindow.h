@@ -1,15 +1,14 @@
 #pragma once
 
-#include <QDialog>
+#include "windows/MessageWindow.h"
 
 namespace quorvane {
 
-// A notice in a small window of its own: icon, header, message and an "OK" button. Goes away by itself after
-// a minute and deletes itself when it is closed.
-class NoticeWindow : public QDialog {
+// A notice in a small window of its own, for desktops without a service for notices. Takes input even while
+// the program waits for an answer, goes away by itself after a minute, and deletes itself when it is closed.
+class NoticeWindow : public MessageWindow {
     Q_OBJECT
 public:
-    // `iconFile` may be missing. The texts are shown as they are, never as markup.
     NoticeWindow(const QString& header, const QString& message, const QString& iconFile);
 };
 

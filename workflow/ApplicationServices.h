@@ -19,6 +19,22 @@ public:
     virtual void displayNotice(const std::string& header, const std::string& message, bool waitForResponse)
         = 0;
 
+    // Whether the user's account is an administrator's. Asks nobody to prove anything.
+    virtual bool isAdminUser() = 0;
+
+    // True when the person has proved to be an administrator. Returns when they have answered; until then
+    // windows are painted but take no input.
+    virtual bool performAuthentication() = 0;
+
+    // Whether the program was started to show the preferences alone.
+    virtual bool showPreferences() const = 0;
+
+    // Shows the preferences as they are on disk, in a new window each time.
+    virtual void showPreferencesWindow() = 0;
+
+    // Opens the user guide with the desktop's program for it. A guide that is missing is only logged.
+    virtual void showHelp() = 0;
+
     // Ends the program once the event that is being handled is done with.
     virtual void terminate() = 0;
 };

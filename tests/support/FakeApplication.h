@@ -7,7 +7,7 @@
 
 namespace quorvane {
 
-// Notes what the windows ask of the application.
+// Notes what the windows ask of the application, and answers as it is told to.
 class FakeApplication : public ApplicationServices {
 public:
     struct Notice {
@@ -20,9 +20,30 @@ public:
     {
         notices.push_back({header, message, waitForResponse});
     }
+    bool isAdminUser() override
+    {
+        ++adminQuestions;
+        return isAdmin;
+    }
+    bool performAuthentication() override
+    {
+        ++authentications;
+        return authenticates;
+    }
+    bool showPreferences() const override { return startedForPreferences; }
+    void showPreferencesWindow() override { ++preferencesShown; }
+    void showHelp() override { ++helpShown; }
     void terminate() override { ++terminations; }
 
+    bool isAdmin = true;
+    bool authenticates = true;
+    bool startedForPreferences = false;
+
     std::vector<Notice> notices;
+    int adminQuestions = 0;
+    int authentications = 0;
+    int preferencesShown = 0;
+    int helpShown = 0;
     int terminations = 0;
 };
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "platform/DesktopAuthority.h"
+#include "platform/DesktopNotices.h"
+#include "platform/RunningApplications.h"
+#include "platform/Workspace.h"
+#include "windows/AuthenticationWindow.h"
+#include "workflow/RunState.h"
+
+#include <memory>
+
+namespace quorvane {
+
+// What the windows need, put together; outlives them. After QApplication, once in a process.
+struct Surroundings {
+    // `log` must outlive it.
+    Surroundings(const Locations& locations, Log& log, bool openedWithOptions);
+
+    Log& log;
+    RunState run;
+    RuleManager& store;
+    Workspace workspace;
+    DesktopNotices notices;
+    AuthenticationWindow prompt;
+    DesktopAuthority authority;
+    std::unique_ptr<RunningApplications> runningApplications;
+    AppDelegate delegate;
+};
+
+} // namespace quorvane

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusVirtualObject>
+#include <QStringList>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace quorvane {
+
+// A service on a bus that answers as a test says. It lives in the test's own thread: whoever held up that
+// thread while waiting for an answer would never get one.
+class FakeBusService : public QDBusVirtualObject {
+public:
+    // `name` is the well-known one; a service without one is just somebody on the bus.
+    FakeBusService(const std::string& address, const QString& name)
+        : m_connectionName(QStringLiteral("fake-service-%1").arg(++s_count))
+        , m_bus(QDBusConnection::connectToBus(QString::fromStdString(address), m_connectionName))
+    {
+        EXPECT_TRUE(m_bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath));
+        EXPECT_TRUE(name.isEmpty() || m_bus.registerService(name));
+    }
+    ~FakeBusService() override { vanish(); }
+
+    // Goes away as a program does that ends; calls that await an answer get an error from the bus.
+    void vanish()
+    {
+        m_bus = QDBusConnection(QString()); // it stands for as long as somebody holds it
+        QDBusConnection::disconnectFromBus(m_connectionName);
+    }
+
+    // What is done with a call of that method. A method that is not here stays without an answer.
+    std::map<std::string, std::function<void(const QDBusMessage&)>> methods;
+
+    void answer(const char* method, const QVariantList& values)
+    {
+        methods[method] = [this, values](const QDBusMessage& call) { reply(call, values); };
+    }
+    void fail(const char* method, const char* error)
+    {
+        methods[method] = [this, error](const QDBusMessage& call) {
+            m_bus.send(call.createErrorReply(QLatin1String(error), QStringLiteral("no")));
+        };
+    }
+    void vanishAt(const char* method)
+    {
+        methods[method] = [this](const QDBusMessage&) { vanish(); };
+    }
+
+    void reply(const QDBusMessage& call, const QVariantList& values) { m_bus.send(call.createReply(values)); }
+    void emitSignal(const char* path, const char* interface, const char* name, const QVariantList& values)
+    {
+        QDBusMessage signal
+            = QDBusMessage::createSignal(QLatin1String(path), QLatin1String(interface), QLatin1String(name));
+        signal.setArguments(values);
+        m_bus.send(signal);
+    }
+
+    // Waits until everything this service has sent so far has reached `client`.
+    void arriveAt(const QDBusConnection& client)
+    {
+        answer("Arrive", {});
+        const QDBusPendingCall call = client.asyncCall(QDBusMessage::createMethodCall(
+            m_bus.baseService(), QStringLiteral("/"), {}, QStringLiteral("Arrive")));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return call.isFinished(); }));
+        QCoreApplication::processEvents();
+    }
+
+    // The names of the methods called so far.
+    QStringList calls;
+    QDBusMessage lastCall(const char* method) const { return m_lastCalls.at(method); }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override
+    {
+        calls.append(message.member());
+        const std::string method = message.member().toStdString();
+        m_lastCalls[method] = message;
+        message.setDelayedReply(true);
+        if (const auto known = methods.find(method); known != methods.end())
+            known->second(message);
+        return true;
+    }
+    QString introspect(const QString& /*path*/) const override { return {}; }
+
+private:
+    inline static int s_count = 0;
+
+    const QString m_connectionName;
+    QDBusConnection m_bus;
+    std::map<std::string, QDBusMessage> m_lastCalls;
+};
+
+} // namespace quorvane

@@ -1,0 +1,348 @@
+#include "app/AppDelegate.h"
+
+#include "platform/Workspace.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/FakeDelegateServices.h"
+#include "tests/support/TemporaryFolder.h"
+#include "windows/NoticeWindow.h"
+#include "workflow/RunState.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDialogButtonBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+namespace quorvane {
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// A main window that notes when it is closed.
+class MainWindow : public QWidget {
+public:
+    int closings = 0;
+
+protected:
+    void closeEvent(QCloseEvent* /*event*/) override { ++closings; }
+};
+
+// Stands for the desktop's programs that open files.
+class FileOpener : public QObject {
+    Q_OBJECT
+public:
+    FileOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~FileOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QList<QUrl> opened;
+
+public Q_SLOTS:
+    void open(const QUrl& file) { opened.append(file); }
+};
+
+NoticeWindow* shownNotice()
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* notice = qobject_cast<NoticeWindow*>(window); notice != nullptr && notice->isVisible())
+            return notice;
+    }
+    return nullptr;
+}
+
+class AppDelegateTest : public testing::Test {
+protected:
+    AppDelegateTest()
+    {
+        delegate.setPreferencesOpener([this] {
+            preferences.emplace_back(new QWidget);
+            return preferences.back().data();
+        });
+    }
+
+    void start(const Lines& arguments)
+    {
+        Lines all = arguments;
+        all.insert(all.begin(), "/usr/bin/quorvane-configuration");
+        delegate.applicationDidFinishLaunching(store, mainWindow, all);
+    }
+
+    TemporaryFolder folder;
+    CapturedLog log;
+    Locations locations{folder.path(), "ann"};
+    RuleManager store{locations, log.log()};
+    RunState run;
+    FakeNotices notices;
+    FakeAuthority authority;
+    FakeRunningApplications applications;
+    Workspace workspace;
+    MainWindow mainWindow;
+    std::vector<QPointer<QWidget>> preferences;
+    AppDelegate delegate{locations, log.log(), run, {notices, authority, applications, workspace}};
+};
+
+using AppDelegateStart = AppDelegateTest;
+using AppDelegateEnd = AppDelegateTest;
+using AppDelegateNotice = AppDelegateTest;
+using AppDelegateServices = AppDelegateTest;
+
+} // namespace
+
+TEST_F(AppDelegateStart, ShowsTheMainWindow)
+{
+    start({});
+    EXPECT_TRUE(mainWindow.isVisible());
+    EXPECT_EQ(mainWindow.closings, 0);
+    EXPECT_TRUE(notices.shown.empty());
+    EXPECT_EQ(log.lines(), Lines{});
+    EXPECT_FALSE(delegate.showPreferences());
+}
+
+TEST_F(AppDelegateStart, TellsOfAConfigurationThatFailedToLoadAndShowsTheWindowAllTheSame)
+{
+    store.setLastErrorMessage("Failed to open file '/x' for reading: Permission denied (13)");
+    start({});
+    EXPECT_EQ(log.lines(), Lines{"error on load: " + *store.lastErrorMessage()});
+    ASSERT_EQ(notices.shown.size(), 1U);
+    EXPECT_EQ(notices.shown[0].header, "Error Loading Configuration");
+    EXPECT_EQ(notices.shown[0].message, *store.lastErrorMessage());
+    EXPECT_TRUE(mainWindow.isVisible());
+}
+
+TEST_F(AppDelegateStart, WithPreferencesShowsThemAloneAndClosesTheMainWindow)
+{
+    start({"-preferences"});
+    EXPECT_FALSE(mainWindow.isVisible());
+    EXPECT_EQ(mainWindow.closings, 1);
+    ASSERT_EQ(preferences.size(), 1U);
+    EXPECT_TRUE(preferences[0]->isVisible());
+    EXPECT_TRUE(delegate.showPreferences());
+    EXPECT_EQ(log.lines(), Lines{"showing preferences window"});
+}
+
+TEST_F(AppDelegateStart, WithPreferencesAlsoTellsOfAConfigurationThatFailedToLoad)
+{
+    store.setLastErrorMessage("broken");
+    start({"-preferences"});
+    EXPECT_EQ(notices.shown.size(), 1U);
+    EXPECT_EQ(log.lines(), (Lines{"error on load: broken", "showing preferences window"}));
+}
+
+TEST_F(AppDelegateStart, WithPreferencesTwiceShowsThemTwiceAndKeepsTheSecond)
+{
+    start({"-preferences", "other", "-preferences"});
+    EXPECT_EQ(mainWindow.closings, 2);
+    ASSERT_EQ(preferences.size(), 2U);
+    EXPECT_TRUE(preferences[0]->isVisible()) << "the window before is not closed";
+    EXPECT_TRUE(preferences[1]->isVisible());
+    EXPECT_EQ(log.lines(), (Lines{"showing preferences window", "showing preferences window"}));
+}
+
+TEST_F(AppDelegateStart, IgnoresEveryOtherArgument)
+{
+    start({"--preferences", "-Preferences", "-PREFERENCES", "preferences", "-preferences ", " -preferences",
+        "-preferences=1", "-preference", "", std::string("-preferences\0x", 14)});
+    EXPECT_TRUE(mainWindow.isVisible());
+    EXPECT_TRUE(preferences.empty());
+    EXPECT_FALSE(delegate.showPreferences());
+}
+
+TEST_F(AppDelegateStart, IsLeftOutWhenAWindowHasAskedForTheEndAlready)
+{
+    delegate.terminate();
+    start({"-preferences"});
+    EXPECT_TRUE(preferences.empty());
+    start({});
+    EXPECT_FALSE(mainWindow.isVisible());
+    QTimer::singleShot(20000, &delegate, [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QCoreApplication::exec(), 0) << "ended before the time is out";
+}
+
+TEST_F(AppDelegateEnd, WithoutAChangeTellsNoAgentAndLogsNothing)
+{
+    applications.running["vantreal.QuorvaneUserAgent"] = {41, 12};
+    for (const std::int32_t dirty : {0, 2, -1}) { // only 1 counts
+        run.g_dirty = dirty;
+        delegate.applicationWillTerminate();
+    }
+    EXPECT_TRUE(applications.sent.empty());
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
+TEST_F(AppDelegateEnd, AfterAChangeTellsEveryAgentInTheGivenOrder)
+{
+    applications.running["vantreal.QuorvaneUserAgent"] = {41, 12};
+    run.g_dirty = 1;
+    delegate.applicationWillTerminate();
+    EXPECT_EQ(applications.sent,
+        (Lines{"41 vantreal.QuorvaneUserAgent " + std::to_string(SIGHUP),
+            "12 vantreal.QuorvaneUserAgent " + std::to_string(SIGHUP)}));
+    EXPECT_EQ(log.lines(),
+        (Lines{"there are 2 instances of vantreal.QuorvaneUserAgent running", "sending SIGHUP to 41",
+            "sending SIGHUP to 12"}));
+}
+
+TEST_F(AppDelegateEnd, AfterAChangeWithoutAgentsLogsThatThereAreNone)
+{
+    run.g_dirty = 1;
+    delegate.applicationWillTerminate();
+    EXPECT_TRUE(applications.sent.empty());
+    EXPECT_EQ(log.lines(), Lines{"there are 0 instances of vantreal.QuorvaneUserAgent running"});
+}
+
+TEST_F(AppDelegateEnd, HandsNoticesOverBeforeItEnds)
+{
+    delegate.applicationWillTerminate();
+    EXPECT_EQ(notices.finished, 1);
+}
+
+TEST_F(AppDelegateServices, ReloadAgentInterruptsTheFirstOnlyAndLogsNothing)
+{
+    delegate.reloadAgent();
+    EXPECT_TRUE(applications.sent.empty()) << "there is none";
+
+    applications.running["vantreal.QuorvaneUserAgent"] = {41, 12};
+    delegate.reloadAgent();
+    EXPECT_EQ(applications.sent, Lines{"41 vantreal.QuorvaneUserAgent " + std::to_string(SIGINT)});
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
+TEST_F(AppDelegateNotice, HasItsTextsAndTheLock)
+{
+    delegate.displayNotice("Header", "Message", false);
+    ASSERT_EQ(notices.shown.size(), 1U);
+    EXPECT_EQ(notices.shown[0].header, "Header");
+    EXPECT_EQ(notices.shown[0].message, "Message");
+    EXPECT_EQ(notices.shown[0].iconFile, locations.noticeIconFile());
+}
+
+// Deliberate, see ApplicationServices.
+TEST_F(AppDelegateNotice, TextsAreReadAsMacOsRoman)
+{
+    delegate.displayNotice("\xC3\xA9", "\xC3\xA9", false);
+    EXPECT_EQ(notices.shown.at(0).header, "\xE2\x88\x9A\xC2\xA9");
+    EXPECT_EQ(notices.shown.at(0).message, "\xE2\x88\x9A\xC2\xA9");
+}
+
+TEST_F(AppDelegateNotice, WaitsForTheAnswerWhenAsked)
+{
+    bool answered = false;
+    QTimer::singleShot(0, &delegate, [&] {
+        answered = true;
+        notices.ends.at(0)(NoticeEnd::closed);
+    });
+    delegate.displayNotice("Header", "Message", true);
+    EXPECT_TRUE(answered);
+
+    delegate.displayNotice("Header", "Message", false); // returns at once
+    notices.ends.at(1)(NoticeEnd::closed);
+    EXPECT_EQ(shownNotice(), nullptr);
+}
+
+TEST_F(AppDelegateNotice, TakesNoInputWhileItWaits)
+{
+    QPushButton button;
+    button.show();
+    bool clicked = false;
+    QObject::connect(&button, &QPushButton::clicked, [&] { clicked = true; });
+    QTimer::singleShot(0, &delegate, [&] {
+        QTest::mouseClick(button.windowHandle(), Qt::LeftButton, {}, button.rect().center());
+        notices.ends.at(0)(NoticeEnd::closed);
+    });
+    delegate.displayNotice("Header", "Message", true);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(clicked);
+}
+
+TEST_F(AppDelegateNotice, IsShownInAWindowOfOursWhenTheDesktopShowsNone)
+{
+    delegate.displayNotice("\xC3\xA9", "Message", false);
+    EXPECT_EQ(shownNotice(), nullptr);
+    notices.ends.at(0)(NoticeEnd::undeliverable);
+    NoticeWindow* notice = shownNotice();
+    ASSERT_NE(notice, nullptr);
+    EXPECT_EQ(notice->windowTitle(), QString::fromUtf8("\xE2\x88\x9A\xC2\xA9")) << "read once only";
+    notice->close();
+}
+
+TEST_F(AppDelegateNotice, WaitsForTheWindowOfOursWhichTakesInputMeanwhile)
+{
+    bool answered = false;
+    QTimer::singleShot(0, &delegate, [&] {
+        notices.ends.at(0)(NoticeEnd::undeliverable);
+        QTimer::singleShot(0, &delegate, [&] {
+            answered = true;
+            NoticeWindow* notice = shownNotice();
+            ASSERT_NE(notice, nullptr);
+            QTest::mouseClick(notice->buttons().button(QDialogButtonBox::Ok), Qt::LeftButton);
+        });
+    });
+    delegate.displayNotice("Header", "Message", true);
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(shownNotice(), nullptr);
+}
+
+TEST_F(AppDelegateServices, AsksTheAuthorityWhoIsAnAdministrator)
+{
+    EXPECT_FALSE(delegate.isAdminUser());
+    authority.isAdmin = true;
+    EXPECT_TRUE(delegate.isAdminUser());
+    EXPECT_TRUE(authority.asked.empty());
+}
+
+TEST_F(AppDelegateServices, AsksForNoPasswordAfterAFingerThatMatched)
+{
+    authority.fingerMatches = true;
+    EXPECT_TRUE(delegate.performAuthentication());
+    EXPECT_EQ(authority.asked, Lines{"finger: verify authorization"});
+}
+
+TEST_F(AppDelegateServices, AsksForAPasswordWhenTheFingerDidNotMatch)
+{
+    EXPECT_FALSE(delegate.performAuthentication()) << "cancelled as well";
+    EXPECT_EQ(authority.asked, (Lines{"finger: verify authorization", "password: verify authorization"}));
+    authority.passwordIsRight = true;
+    EXPECT_TRUE(delegate.performAuthentication());
+}
+
+TEST_F(AppDelegateServices, OpensTheUserGuide)
+{
+    FileOpener opener;
+    folder.write("Library/Application Support/Quorvane/Quorvane User Guide.pdf", "%PDF-");
+    delegate.showHelp();
+    ASSERT_EQ(opener.opened.size(), 1);
+    EXPECT_EQ(opener.opened[0].toLocalFile().toStdString(), locations.userGuideFile());
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
+TEST_F(AppDelegateServices, SaysNothingOfAUserGuideThatIsMissingButInTheLog)
+{
+    const FileOpener opener;
+    delegate.showHelp();
+    EXPECT_TRUE(opener.opened.empty());
+    EXPECT_TRUE(notices.shown.empty());
+    EXPECT_EQ(shownNotice(), nullptr);
+    EXPECT_EQ(log.lines(), Lines{"cannot open the user guide '" + locations.userGuideFile() + "'"});
+}
+
+TEST_F(AppDelegateServices, ShowsThePreferencesAfreshEachTime)
+{
+    delegate.showPreferencesWindow();
+    delegate.showPreferencesWindow();
+    EXPECT_EQ(preferences.size(), 2U);
+    EXPECT_FALSE(delegate.showPreferences()) << "that tells of the start alone";
+    for (const QPointer<QWidget>& window : preferences)
+        window->close();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return preferences[0].isNull() && preferences[1].isNull(); }));
+}
+
+} // namespace quorvane
+
+#include "AppDelegateTest.moc"

@@ -1,0 +1,88 @@
+#include "windows/AuthenticationWindow.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+class AuthenticationWindowTest : public testing::Test {
+protected:
+    void ask(Awaited what)
+    {
+        window.ask(what, "verify authorization", [this] { ++givenUp; });
+    }
+    QPushButton& button() { return *window.buttons().button(QDialogButtonBox::Cancel); }
+    bool says(const QString& text) const
+    {
+        for (const QLabel* label : window.findChildren<QLabel*>()) {
+            if (label->text().contains(text))
+                return true;
+        }
+        return false;
+    }
+
+    AuthenticationWindow window{QStringLiteral("/nonexistent")};
+    int givenUp = 0;
+};
+
+} // namespace
+
+TEST_F(AuthenticationWindowTest, ShowsTheReasonAndWhatIsAwaited)
+{
+    ask(Awaited::finger);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(says(QStringLiteral("is trying to verify authorization.")));
+    EXPECT_TRUE(says(QStringLiteral("Touch the fingerprint reader, or")));
+    EXPECT_EQ(button().text(), QStringLiteral("Use Password"));
+
+    ask(Awaited::fingerAgain);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(says(QStringLiteral("could not be read")));
+}
+
+TEST_F(AuthenticationWindowTest, AppearsLaterForAPasswordAndLeavesTheKeyboardWhereItIs)
+{
+    ask(Awaited::password);
+    EXPECT_FALSE(window.isVisible()) << "an answer may come at once";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window.isVisible(); }));
+    EXPECT_TRUE(window.testAttribute(Qt::WA_ShowWithoutActivating));
+    EXPECT_EQ(button().text(), QStringLiteral("Cancel"));
+
+    window.withdraw();
+    ask(Awaited::finger);
+    EXPECT_FALSE(window.testAttribute(Qt::WA_ShowWithoutActivating));
+}
+
+TEST_F(AuthenticationWindowTest, DoesNotAppearAfterItWasWithdrawn)
+{
+    ask(Awaited::password);
+    window.withdraw();
+    EXPECT_FALSE(QTest::qWaitFor([this] { return window.isVisible(); }, 1500));
+}
+
+TEST_F(AuthenticationWindowTest, GivesUpOnceByButtonKeyOrClosing)
+{
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"button", [this] { button().click(); }},
+        {"Escape", [this] { QTest::keyClick(&window, Qt::Key_Escape); }},
+        {"closing", [this] { window.close(); }},
+    };
+    for (const auto& [way, act] : ways) {
+        givenUp = 0;
+        ask(Awaited::finger);
+        act();
+        act();
+        EXPECT_EQ(givenUp, 1) << way;
+        EXPECT_TRUE(window.isVisible()) << way << ": it goes when it is withdrawn";
+        window.withdraw();
+        EXPECT_FALSE(window.isVisible());
+    }
+}
+
+} // namespace quorvane

@@ -1,0 +1,123 @@
+#include "platform/InputLock.h"
+
+#include <QAction>
+#include <QEventLoop>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace quorvane {
+
+namespace {
+
+// A window with a button that has the keyboard and an action with a shortcut; counts what reaches it.
+class Window : public QMainWindow {
+public:
+    Window()
+    {
+        auto* button = new QPushButton(this);
+        setCentralWidget(button);
+        connect(button, &QPushButton::clicked, this, [this] { ++clicks; });
+        auto* action = new QAction(this);
+        action->setShortcut(Qt::CTRL | Qt::Key_K);
+        connect(action, &QAction::triggered, this, [this] { ++shortcuts; });
+        addAction(action);
+        show();
+        button->setFocus();
+        activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(this));
+    }
+    void use()
+    {
+        QTest::mouseClick(windowHandle(), Qt::LeftButton, {}, rect().center());
+        QTest::keyClick(windowHandle(), Qt::Key_Space);
+        QTest::keyClick(windowHandle(), Qt::Key_K, Qt::ControlModifier);
+        QCoreApplication::processEvents();
+    }
+
+    int clicks = 0;
+    int shortcuts = 0;
+};
+
+} // namespace
+
+TEST(InputLock, DropsKeysClicksAndShortcuts)
+{
+    Window window;
+    auto lock = std::make_unique<InputLock>();
+    window.use();
+    lock.reset();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window.clicks, 0) << "nor are they kept for later";
+    EXPECT_EQ(window.shortcuts, 0);
+
+    window.use();
+    EXPECT_EQ(window.clicks, 2) << "by mouse and by keyboard";
+    EXPECT_EQ(window.shortcuts, 1);
+}
+
+TEST(InputLock, KeepsWindowsFromBeingClosed)
+{
+    Window window;
+    {
+        const InputLock lock;
+        EXPECT_FALSE(window.close());
+        EXPECT_TRUE(window.isVisible());
+    }
+    EXPECT_TRUE(window.close());
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
+{
+    const Window window;
+    QTimer::singleShot(0, &window, [&] {
+        const InputLock lock;
+        QEventLoop wait;
+        QTimer::singleShot(0, &wait, &QCoreApplication::quit);
+        wait.exec();
+    });
+    QTimer::singleShot(20000, &window, [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QCoreApplication::exec(), 0);
+    EXPECT_TRUE(window.isVisible()) << "it might be what waits";
+}
+
+TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
+{
+    Window window;
+    InputLock::exempt(window);
+    const InputLock lock;
+    window.use();
+    EXPECT_EQ(window.clicks, 2);
+    EXPECT_EQ(window.shortcuts, 1);
+
+    QPushButton popup;
+    popup.setParent(&window, Qt::Popup);
+    popup.show();
+    int clicks = 0;
+    QObject::connect(&popup, &QPushButton::clicked, [&] { ++clicks; });
+    QTest::mouseClick(&popup, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST(InputLock, MayStandInsideAnother)
+{
+    Window window;
+    auto outer = std::make_unique<InputLock>();
+    {
+        const InputLock inner;
+    }
+    window.use();
+    EXPECT_EQ(window.clicks, 0);
+    outer.reset();
+    window.use();
+    EXPECT_EQ(window.clicks, 2);
+}
+
+} // namespace quorvane

@@ -1,0 +1,60 @@
+#include "windows/MessageWindow.h"
+
+#include <QDialogButtonBox>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QIcon>
+#include <QLabel>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int iconSize = 48;
+constexpr int textWidth = 380;
+
+QLabel* textLabel()
+{
+    auto* label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setMinimumWidth(textWidth);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+} // namespace
+
+MessageWindow::MessageWindow(const QString& iconFile)
+    : m_header(textLabel())
+    , m_message(textLabel())
+    , m_buttons(new QDialogButtonBox)
+{
+    setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program, not the last message
+    auto* image = new QLabel;
+    const QIcon icon(QFileInfo::exists(iconFile) ? iconFile : QStringLiteral(":/images/lock.png"));
+    image->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+    image->setAccessibleName(tr("Lock"));
+    QFont bold = m_header->font();
+    bold.setBold(true);
+    m_header->setFont(bold);
+
+    auto* layout = new QGridLayout(this);
+    constexpr int margin = 20;
+    layout->setContentsMargins(margin, margin, margin, margin);
+    layout->setHorizontalSpacing(margin);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(image, 0, 0, 2, 1, Qt::AlignTop);
+    layout->addWidget(m_header, 0, 1);
+    layout->addWidget(m_message, 1, 1);
+    layout->addWidget(m_buttons, 2, 0, 1, 2);
+}
+
+void MessageWindow::setTexts(const QString& header, const QString& message)
+{
+    setWindowTitle(header);
+    m_header->setText(header);
+    m_message->setText(message);
+}
+
+} // namespace quorvane
