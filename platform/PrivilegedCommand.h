@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace quorvane {
+
+// Runs commands as administrator. User interface thread only.
+class PrivilegedCommand {
+public:
+    PrivilegedCommand() = default;
+    PrivilegedCommand(const PrivilegedCommand&) = delete;
+    PrivilegedCommand& operator=(const PrivilegedCommand&) = delete;
+    virtual ~PrivilegedCommand() = default;
+
+    // Has the person prove to be an administrator, runs `command` in the shell, and returns when it has
+    // ended; until then windows are painted but take no input. Empty when all went well, else one line that
+    // says what did not.
+    virtual std::string run(const std::string& command) = 0;
+};
+
+} // namespace quorvane
