@@ -1,5 +1,6 @@
 #include "app/Surroundings.h"
 
+#include "app/QVPreferencesWindow.h"
 #include "windows/QtText.h"
 
 namespace quorvane {
@@ -14,6 +15,11 @@ Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool opene
     , runningApplications(makeRunningApplications())
     , delegate(locations, log, run, {notices, authority, *runningApplications, workspace})
 {
+    delegate.setPreferencesOpener([this, locations] {
+        auto* window = new QVPreferencesWindow(locations, delegate, run, privilegedCommand, log);
+        window->windowDidLoad();
+        return window;
+    });
 }
 
 } // namespace quorvane

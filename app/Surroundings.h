@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "platform/DesktopAuthority.h"
 #include "platform/DesktopNotices.h"
+#include "platform/PkexecCommand.h"
 #include "platform/RunningApplications.h"
 #include "platform/Workspace.h"
 #include "windows/AuthenticationWindow.h"
@@ -24,6 +25,7 @@ struct Surroundings {
     DesktopNotices notices;
     AuthenticationWindow prompt;
     DesktopAuthority authority;
+    PkexecCommand privilegedCommand;
     std::unique_ptr<RunningApplications> runningApplications;
     AppDelegate delegate;
 };

@@ -78,11 +78,11 @@ class DesktopTest(unittest.TestCase):
         self.sandbox = Sandbox()
         self.addCleanup(self.sandbox.end)
 
-    def start(self, **environment):
-        """Starts the application without looking for its window."""
+    def start(self, command=(PROGRAM,), **environment):
+        """Starts the application, or a command that becomes it, without looking for its window."""
         complaints = open(self.sandbox.path("stderr"), "w+", errors="replace")
         self.addCleanup(complaints.close)
-        process = self.desk.start(PROGRAM, stderr=complaints, stdout=subprocess.DEVNULL, environment={
+        process = self.desk.start(*command, stderr=complaints, stdout=subprocess.DEVNULL, environment={
             "HOME": self.sandbox.home, "XDG_CONFIG_HOME": self.sandbox.path("config"),
             "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_LOG": "stderr",
             # The toolkit itself leaves a few bytes behind now and then.
