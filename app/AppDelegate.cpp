@@ -159,8 +159,10 @@ void AppDelegate::showHelp()
 void AppDelegate::terminate()
 {
     m_terminating = true;
-    // By the event loop, which may not be running yet: a window can ask for the end while it is made.
-    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
+    // By the event loop, which may not be running yet: a window can ask for the end while it is made. Windows
+    // that are open go without being closed: what closing a review discards is there the next time.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
 }
 
 void AppDelegate::adopt(QWidget& window)

@@ -77,8 +77,11 @@ bool RuleCellDelegate::editorEvent(
     const QVariant state = index.data(Qt::CheckStateRole);
     if (!state.isValid())
         return QStyledItemDelegate::editorEvent(event, model, option, index);
-    if (event->type() != QEvent::MouseButtonRelease
-        || static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
+    // The view tells of a click when the button is let go, and of the second of two in quick succession when
+    // it goes down.
+    const bool isClick
+        = event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseButtonDblClick;
+    if (!isClick || static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
         return false;
     return model->setData(index, state.value<Qt::CheckState>() == Qt::Checked ? Qt::Unchecked : Qt::Checked,
         Qt::CheckStateRole);

@@ -254,7 +254,9 @@ class Node:
         return self._node(self._ask("Table", "GetAccessibleAt", "(ii)", row, column))
 
     def children(self):
-        return [self._node(reference) for reference in self._ask("Accessible", "GetChildren")]
+        # The toolkit's lists without entries have a child that is none.
+        return [self._node(reference) for reference in self._ask("Accessible", "GetChildren")
+                if not reference[1].endswith("/null")]
 
     def labels(self):
         """The names of the labels that are said to belong to this object."""
