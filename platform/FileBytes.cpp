@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -90,7 +91,8 @@ bool isTextAt(const std::string& path)
         const std::size_t end = startOfLastCharacter(text);
         if (!isValidUtf8(text.substr(0, end)))
             return false;
-        kept = text.copy(piece.data(), text.size() - end, end);
+        kept = text.size() - end;
+        std::memmove(piece.data(), piece.data() + end, kept);
     }
     return got == 0 && isValidUtf8({piece.data(), kept});
 }
