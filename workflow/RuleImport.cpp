@@ -115,8 +115,11 @@ ImportResult RuleImport::didFinishImportingRules()
     m_store.writeToCurrentUserConfiguration();
     const std::optional<std::string> writeFailure = m_store.lastErrorMessage();
     m_run.internalWrite = true;
-    m_store.reloadCurrentUserConfiguration();
-    discardSuggestions(m_store.locations());
+    // A file that was not written whole is not read again: the rules are nowhere but in memory.
+    if (!writeFailure) {
+        m_store.reloadCurrentUserConfiguration();
+        discardSuggestions(m_store.locations());
+    }
     if (m_importedRules == 0)
         return {{"Import Failed", "Found no rules to import"}, false, writeFailure};
     m_run.g_dirty = 1;

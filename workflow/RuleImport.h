@@ -43,6 +43,7 @@ public:
     RuleRef importRule(const RuleRef& rule);
 
     // Writes the user's file, reads it again and deletes the fail-safe file, whether or not there was a rule.
+    // When writing fails, the store keeps its rules, those imported among them, and the fail-safe file stays.
     ImportResult didFinishImportingRules();
 
     const std::string& currentImportTag() const { return m_currentImportTag; }

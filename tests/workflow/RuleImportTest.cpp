@@ -369,13 +369,16 @@ TEST_F(RuleImportTest, ANewImportCountsAnew)
     EXPECT_EQ(import->didFinishImportingRules().notice.message, "Successfully imported 1 rules");
 }
 
-TEST_F(RuleImportTest, AFileThatCannotBeWrittenIsToldOf)
+TEST_F(RuleImportTest, AFileThatCannotBeWrittenIsToldOfAndNoRuleIsLost)
 {
-    openStore();
+    openStore("allow path /a any r\n");
+    sandbox.folder.write("Users/Shared/Quorvane/failsafe.rc", "allow path /s any r\n");
     std::filesystem::remove(sandbox.locations.userRulesFile());
     std::filesystem::create_directory(sandbox.locations.userRulesFile());
     const ImportResult result = importText("allow path /b any r\n");
     EXPECT_TRUE(result.writeFailure.value_or("").starts_with("Failed to open file")) << *result.writeFailure;
+    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
+    EXPECT_TRUE(isThere(sandbox.locations.failSafeFile()));
 }
 
 TEST_F(RuleImportTest, KeepsTheSearchAndTheSortOrder)
