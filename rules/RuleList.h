@@ -77,7 +77,24 @@ public:
     // Removes the first stored rule that `rule` is equal to; false when there is none.
     bool removeFirstEqual(const Rule& rule)
     {
-        const std::size_t slot = slotOfFirstEqual(rule, identityHash(rule), [](const Rule&) { return true; });
+        return removeFirstEqual(rule, [](const Rule&) { return true; });
+    }
+    // Removes `rule` itself; false when it is not stored.
+    bool remove(const Rule& rule)
+    {
+        return removeFirstEqual(rule, [&rule](const Rule& stored) { return &stored == &rule; });
+    }
+
+    // Changes whenever rules move to other slots or leave theirs.
+    std::uint64_t layout() const { return m_layout; }
+
+private:
+    // Below this length a walk is quicker than an index, and a million short lists need no million indexes.
+    static constexpr std::size_t shortList = 16;
+
+    template <class Accepts> bool removeFirstEqual(const Rule& rule, const Accepts& accepts)
+    {
+        const std::size_t slot = slotOfFirstEqual(rule, identityHash(rule), accepts);
         if (slot == m_slots.size())
             return false;
         m_slots[slot] = nullptr;
@@ -87,13 +104,6 @@ public:
             dropEmptySlots();
         return true;
     }
-
-    // Changes whenever rules move to other slots or leave theirs.
-    std::uint64_t layout() const { return m_layout; }
-
-private:
-    // Below this length a walk is quicker than an index, and a million short lists need no million indexes.
-    static constexpr std::size_t shortList = 16;
 
     bool isIndexed() const
     {

@@ -379,9 +379,31 @@ bool RuleManager::deletePolicyRule(const PolicyRule& rule)
     const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
     if (group == m_policyRulesByApplication.end() || !group->second.rules().removeFirstEqual(rule))
         return false;
-    m_everyPolicyRule.reset();
+    policyRuleWasRemoved();
+    return true;
+}
+
+bool RuleManager::takeOutWatchRule(const WatchRule& rule)
+{
+    if (!m_watchRules.remove(rule))
+        return deleteWatchRule(rule);
     rebuildRulesCache();
     return true;
+}
+
+bool RuleManager::takeOutPolicyRule(const PolicyRule& rule)
+{
+    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
+    if (group == m_policyRulesByApplication.end() || !group->second.rules().remove(rule))
+        return deletePolicyRule(rule);
+    policyRuleWasRemoved();
+    return true;
+}
+
+void RuleManager::policyRuleWasRemoved()
+{
+    m_everyPolicyRule.reset();
+    rebuildRulesCache();
 }
 
 WatchRulePtr RuleManager::firstEqualRule(const WatchRule& rule) const

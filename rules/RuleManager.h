@@ -104,6 +104,10 @@ public:
     // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
     bool deleteWatchRule(const WatchRule& rule);
     bool deletePolicyRule(const PolicyRule& rule);
+    // Remove the very record `rule` when it is stored, else the first equal one, which is what a reload has
+    // put in its place. An editor that left the record stored would add it a second time.
+    bool takeOutWatchRule(const WatchRule& rule);
+    bool takeOutPolicyRule(const PolicyRule& rule);
     // The stored rule that a delete of `rule` would remove; null when there is none.
     WatchRulePtr firstEqualRule(const WatchRule& rule) const;
     PolicyRulePtr firstEqualRule(const PolicyRule& rule) const;
@@ -138,6 +142,7 @@ private:
     void storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe);
     void storeParsedRule(WatchRulePtr rule, const ParsedLine& line);
     void storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe);
+    void policyRuleWasRemoved();
     PolicyGroup& groupOf(const PolicyRule& rule);
     const PolicyGroup* existingGroupOf(const PolicyRule& rule) const;
     const std::vector<const Groups::value_type*>& orderedGroups() const;

@@ -85,7 +85,7 @@ void savePolicyRule(
     RuleManager& store, RunState& run, const PolicyRulePtr& rule, const EditedPolicyRule& edited)
 {
     run.g_dirty = 1;
-    store.deletePolicyRule(*rule);
+    store.takeOutPolicyRule(*rule);
     if (edited.policyClass)
         rule->setPolicyClass(*edited.policyClass);
     writeCommonFields(*rule, edited.common);
@@ -97,7 +97,7 @@ void savePolicyRule(
 void saveWatchRule(RuleManager& store, RunState& run, const WatchRulePtr& rule, const EditedWatchRule& edited)
 {
     run.g_dirty = 1;
-    store.deleteWatchRule(*rule);
+    store.takeOutWatchRule(*rule);
     writeCommonFields(*rule, edited);
     store.addWatchRule(rule);
     store.writeToCurrentUserConfiguration();

@@ -1,5 +1,6 @@
 #include "workflow/RuleEditing.h"
 #include "rules/RuleCodes.h"
+#include "rules/RuleLine.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 #include "workflow/RunState.h"
@@ -205,6 +206,30 @@ TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
     savePolicyRule(store, run, rule, edits);
     savePolicyRule(store, run, rule, second);
     EXPECT_EQ(file(), "deny path \"/newest\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
+}
+
+TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
+{
+    const PolicyRuleFields fields{
+        .path = "/a", .processName = "/bin/new", .constraint = "TEAM", .operations = 1};
+    const auto first = policyRule(fields);
+    const auto edited = policyRule(fields);
+    first->setTag("first");
+    store.addPolicyRule(first);
+    store.addPolicyRule(edited);
+    savePolicyRule(store, run, edited, edits);
+    EXPECT_EQ(store.storedRules(), 2U);
+    EXPECT_EQ(
+        file(), "allow prefix \"/a\" \"/bin/new\" r \"first\" \"TEAM\" \"0\"\n" + ruleLine(edited->fields()));
+
+    const WatchRuleFields watched{.path = "/a", .processName = "/bin/new", .operations = 1};
+    const auto firstWatch = watchRule(watched);
+    const auto editedWatch = watchRule(watched);
+    store.addWatchRule(firstWatch);
+    store.addWatchRule(editedWatch);
+    saveWatchRule(store, run, editedWatch, {.path = "/b", .processName = "/bin/new"});
+    EXPECT_EQ(store.storedRules(), 4U);
+    EXPECT_EQ(firstWatch->path().view(), "/a");
 }
 
 TEST_F(RuleEditing, ARuleThatWasDeletedMeanwhileComesBackOnce)
