@@ -143,8 +143,6 @@ bool AppDelegate::performTouchIDAuthentication()
 void AppDelegate::showPreferencesWindow()
 {
     m_log.write("showing preferences window");
-    if (!m_openPreferencesWindow)
-        return;
     m_preferencesWindow = m_openPreferencesWindow();
     adopt(*m_preferencesWindow);
     bringToFront(*m_preferencesWindow);

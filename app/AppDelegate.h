@@ -38,7 +38,8 @@ public:
     // What is given by reference must outlive it.
     AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services);
 
-    // How a preferences window is made and shown. It may take as long as a person needs to authenticate.
+    // How a preferences window is made, which may take as long as a person needs to authenticate. To be set
+    // before the preferences are asked for.
     void setPreferencesOpener(std::function<QWidget*()> openPreferencesWindow);
 
     // To be called when the event loop runs: an authentication can ask for the end of the program.

@@ -11,7 +11,7 @@ namespace quorvane {
 namespace {
 
 constexpr int iconSize = 48;
-constexpr int textWidth = 380;
+constexpr int textWidth = 420;
 
 QLabel* textLabel()
 {

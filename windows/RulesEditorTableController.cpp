@@ -79,6 +79,9 @@ void RulesEditorTableController::setUpActions()
     connect(m_ui->hideSystemToolbarItem, &QAction::triggered, this,
         &RulesEditorTableController::hideSystemAction);
     connect(m_ui->findMenuItem, &QAction::triggered, this, &RulesEditorTableController::focusSearchField);
+    connect(m_ui->preferencesMenuItem, &QAction::triggered, this,
+        [this] { m_application.showPreferencesWindow(); });
+    connect(m_ui->userGuideMenuItem, &QAction::triggered, this, [this] { m_application.showHelp(); });
     connect(m_ui->quitMenuItem, &QAction::triggered, this, &QWidget::close);
     setUpSortMenu();
     statusBar()->addWidget(m_ui->countLabel);
@@ -220,7 +223,8 @@ void RulesEditorTableController::leaveSearchField()
 
 void RulesEditorTableController::closeEvent(QCloseEvent* event)
 {
-    rememberWindow(*this, *m_ui->rulesEditorTableView);
+    if (m_columnsFitted) // else it was never shown
+        rememberWindow(*this, *m_ui->rulesEditorTableView);
     QMainWindow::closeEvent(event);
     m_log.write("-[RulesEditorTableController windowWillClose:] exiting");
     if (!m_run.openedWithOptions)

@@ -1,0 +1,111 @@
+"""What the application shows at its start, and what its menus show of it later."""
+
+import os
+
+from desk import ACTIVE, SHOWING, eventually
+from rules_window import PROGRAM, DesktopTest, RulesWindow
+from sandbox import read
+
+PREFERENCES = "Quorvane Preferences"
+CLOSED = "-[RulesEditorTableController windowWillClose:] exiting"
+SHOWN = "showing preferences window"
+
+
+class Arguments(DesktopTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.write_user("allow path /a any r")
+
+    def start_with(self, *arguments):
+        self.process = self.start([PROGRAM, *arguments])
+        self.program = self.desk.tree_of(self.process)
+
+    def shown(self, role):
+        return [node for node in self.program.children() if node.role == role and node.has(SHOWING)]
+
+    def lines(self, *wanted):
+        return [line for line in self.log().splitlines() if line in wanted]
+
+    def test_preferences_are_shown_alone_and_end_the_program(self):
+        self.start_with("-preferences")
+        window = self.program.find("dialog", PREFERENCES)
+        eventually(lambda: window.has(ACTIVE), "the preferences to become active")
+        self.assertEqual(self.shown("frame"), [])
+        self.assertEqual(self.lines(CLOSED, SHOWN), [CLOSED, SHOWN])
+        self.desk.press("Escape")
+        self.assertEqual(self.process.wait(20), 0)
+        self.assertEqual(self.lines(CLOSED), [CLOSED])
+
+    def test_a_main_window_that_was_never_shown_leaves_no_settings_behind(self):
+        self.start_with("-preferences")
+        eventually(lambda: self.program.find("dialog", PREFERENCES).has(ACTIVE))
+        self.desk.press("Escape")
+        self.assertEqual(self.process.wait(20), 0)
+        self.assertFalse(os.path.exists(self.sandbox.path("config")))
+
+    def test_preferences_twice_are_shown_twice(self):
+        self.start_with("-preferences", "-preferences")
+        self.assert_becomes(lambda: len(self.shown("dialog")), 2)
+        self.assertEqual(self.lines(CLOSED, SHOWN), [CLOSED, SHOWN, CLOSED, SHOWN])
+
+    def test_other_arguments_show_the_main_window(self):
+        for arguments in (["--preferences"], ["-Preferences"], ["preferences"], ["-preferences "], [""]):
+            with self.subTest(arguments=arguments):
+                self.start_with(*arguments)
+                window = RulesWindow(self.desk, self.process)
+                self.assertEqual(self.shown("dialog"), [])
+                self.assertEqual(window.close(), 0)
+
+    def test_preferences_are_found_among_arguments_of_the_toolkit(self):
+        self.start_with("-style", "fusion", "-preferences")
+        self.program.find("dialog", PREFERENCES)
+        self.assertEqual(self.shown("frame"), [])
+
+    def test_a_configuration_that_fails_to_load_is_told_beside_the_preferences(self):
+        os.makedirs(self.sandbox.system_file("exec.rc"))
+        self.start_with("-preferences")
+        self.program.find("dialog", PREFERENCES)
+        self.program.find("dialog", "Error Loading Configuration")
+
+
+class Menus(DesktopTest):
+    def setUp(self):
+        super().setUp()
+        self.sandbox.write_user("allow path /a any r")
+        # Notes what it is asked to open; other programs that could open something are out of reach.
+        os.makedirs(self.sandbox.path("bin"))
+        self.opened = self.sandbox.path("opened")
+        opener = self.sandbox.new_file("bin/xdg-open", f'#!/bin/sh\nprintf "%s" "$1" > "{self.opened}"\n')
+        os.chmod(opener, 0o755)
+        self.window = self.open(PATH=self.sandbox.path("bin"))
+
+    def choose(self, menu, item):
+        self.desk.click(*self.window.frame.find("menu item", menu).center)
+        self.desk.click(*self.window.frame.find("menu item", item).center)
+
+    def test_preferences_open_over_the_main_window_and_leave_it_when_they_are_closed(self):
+        ways = (lambda: self.choose("Edit", "Preferences..."), lambda: self.desk.press("ctrl+comma"))
+        for number, show in enumerate(ways):
+            with self.subTest(way=number):
+                show()
+                preferences = self.window.program.find("dialog", PREFERENCES)
+                eventually(lambda: preferences.has(ACTIVE), "the preferences to become active")
+                self.desk.press("Escape")
+                eventually(lambda: self.window.program.find_now("dialog") is None, "the preferences to go away")
+                eventually(lambda: self.window.frame.has(ACTIVE), "the main window to become active")
+        self.assertEqual(self.window.close(), 0)
+
+    def test_the_user_guide_opens_with_the_desktops_program(self):
+        guide = self.sandbox.write(self.sandbox.system_file("Quorvane User Guide.pdf"), b"%PDF-")
+        for show in (lambda: self.choose("Help", "User Guide"), lambda: self.desk.press("F1")):
+            show()
+            eventually(lambda: os.path.exists(self.opened) and read(self.opened), "the guide to open")
+            self.assertIn(read(self.opened).decode(), (guide, "file://" + guide.replace(" ", "%20")))
+            os.remove(self.opened)
+
+    def test_a_missing_user_guide_is_told_in_the_log_alone(self):
+        self.desk.press("F1")
+        eventually(lambda: "cannot open the user guide" in self.log(), "the line in the log")
+        self.assertFalse(os.path.exists(self.opened))
+        self.assertIsNone(self.window.program.find_now("dialog"))
+        self.assertTrue(self.window.frame.has(ACTIVE))
