@@ -1,5 +1,6 @@
 #include "windows/RuleCellDelegate.h"
 
+#include "windows/OneLineText.h"
 #include "windows/TickHeader.h"
 
 #include <QAbstractItemView>
@@ -7,6 +8,8 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+
+#include <limits>
 
 namespace quorvane {
 
@@ -61,8 +64,11 @@ QWidget* RuleCellDelegate::createEditor(
     QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
     if (editor != nullptr)
         editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
-    if (auto* field = qobject_cast<QLineEdit*>(editor))
+    if (auto* field = qobject_cast<QLineEdit*>(editor)) {
         field->setTextMargins(roomBesideText, 0, roomBesideText, 0);
+        field->setMaxLength(std::numeric_limits<int>::max()); // a long text is not cut by being looked at
+        keepToOneLine(*field);
+    }
     return editor;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/PathComponents.h"
 #include "platform/Workspace.h"
 #include "windows/FilePanel.h"
+#include "windows/OneLineText.h"
 #include "windows/QtText.h"
 #include "windows/StateImages.h"
 
@@ -13,9 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QValidator>
 
-#include <algorithm>
 #include <utility>
 
 namespace quorvane {
@@ -23,37 +22,6 @@ namespace quorvane {
 namespace {
 
 constexpr int iconSize = 96; // logical pixels
-
-// What ends a line of a rules file, or the file.
-bool endsLine(QChar character)
-{
-    switch (character.unicode()) {
-    case u'\0':
-    case u'\n':
-    case u'\v':
-    case u'\f':
-    case u'\r':
-    case u'\u0085':
-    case u'\u2028':
-    case u'\u2029':
-        return true;
-    default:
-        return false;
-    }
-}
-
-// Takes line ends out of what is pasted.
-class OneLine : public QValidator {
-public:
-    using QValidator::QValidator;
-
-    State validate(QString& text, int& cursor) const override
-    {
-        cursor -= static_cast<int>(std::count_if(text.cbegin(), text.cbegin() + cursor, endsLine));
-        text.removeIf(endsLine);
-        return Acceptable;
-    }
-};
 
 // The text is shown as it is, never as markup.
 QString toolTipWith(const QString& text, const QString& help)
@@ -96,7 +64,7 @@ void setUpRuleTextField(QLineEdit& field)
 {
     constexpr int roomBesideText = 4;
     field.setTextMargins(roomBesideText, 0, roomBesideText, 0);
-    field.setValidator(new OneLine(&field));
+    keepToOneLine(field);
     field.setAccessibleDescription(field.toolTip()); // which would be the tool tip, text and markup and all
     QObject::connect(&field, &QLineEdit::textChanged, &field,
         [&field, help = field.toolTip()](const QString& text) { field.setToolTip(toolTipWith(text, help)); });

@@ -10,6 +10,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -391,6 +392,35 @@ TEST_F(Commands, ATagIsTypedInPlaceAndWritten)
         file(), watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"mine\" \"\" \"0\"\n" + nextLine + viLine);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(Commands, ATagThatIsPastedStaysOnItsRulesLine)
+{
+    table->selectRow(head);
+    QTest::keyClick(table, Qt::Key_F2);
+    auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    ASSERT_NE(field, nullptr);
+    field->selectAll();
+    QApplication::clipboard()->setText(QStringLiteral("two \"words\"\r\nallow path /\n"));
+    field->paste();
+    QTest::keyClick(field, Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(file(),
+        watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"two wordsallow path /\" \"\" \"0\"\n" + nextLine
+            + viLine);
+}
+
+TEST_F(Commands, ALongTagIsNotCutByBeingEdited)
+{
+    const std::string tag(40000, 't');
+    std::get<PolicyRulePtr>(store->ruleAtIndex(head, false))->setTag(tag);
+    window->reloadData();
+    table->selectRow(head);
+    QTest::keyClick(table, Qt::Key_F2);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(head, false))->tag().view().size(), tag.size());
+    EXPECT_EQ(run.g_dirty, 1);
 }
 
 TEST_F(Commands, EscapeDropsATag)

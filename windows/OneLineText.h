@@ -1,0 +1,11 @@
+#pragma once
+
+class QLineEdit;
+
+namespace quorvane {
+
+// Takes out of what is pasted or typed into `field` whatever would end a rule's line in the file, or the
+// file.
+void keepToOneLine(QLineEdit& field);
+
+} // namespace quorvane
