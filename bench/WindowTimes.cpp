@@ -1,6 +1,7 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "tests/support/FakeApplication.h"
+#include "windows/EditPolicyWindowController.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
@@ -42,10 +43,48 @@ void printTimesOfReview(const std::string& file, const RuleManager& store, Works
     std::printf("review-ticks %.2f\n", milliseconds(timer));
 }
 
+// The commands of the table, each to the paint that shows what it did, without the writing of the file: its
+// folder does not exist.
+void printTimesOfCommands(RulesEditorTableController& window, RuleManager& store)
+{
+    auto* table = window.findChild<RulesTableView*>();
+    const auto show = [table] {
+        QApplication::processEvents();
+        table->viewport()->repaint();
+    };
+    QElapsedTimer timer;
+    const auto print = [&](const char* name, const auto& command) {
+        timer.start();
+        command();
+        show();
+        std::printf("%s %.2f\n", name, milliseconds(timer));
+    };
+    const auto middle = store.totalRules(false) / 2;
+    table->selectRow(static_cast<int>(middle));
+    table->scrollTo(table->currentIndex());
+    show();
+    print("edit-tag", [&] { window.tableViewCellAction(QStringLiteral("mine")); });
+    print("delete-row", [&] { window.deleteRow(middle); });
+    print("delete-next-row", [&] { window.deleteRow(middle); });
+    print("delete-two-rows", [&] { window.deleteRows({middle, middle + 2}); });
+    if (const auto* policy = std::get_if<PolicyRulePtr>(&store.ruleAtIndex(middle, false))) {
+        EditPolicyWindowController* editor = nullptr;
+        print("open-editor", [&] {
+            window.editPolicy(*policy);
+            editor = window.findChild<EditPolicyWindowController*>();
+        });
+        print("save-editor", [&] { editor->saveClicked(); });
+    }
+    print("select-all", [&] { table->selectAll(); });
+    print("reload-all-selected", [&] { window.reloadData(); });
+    print("delete-all", [&] { window.deleteRuleAction(); });
+}
+
 } // namespace
 
 // window_times FILE: how long the main window of a store of FILE takes to its first paint, and a repaint
-// while it is scrolled by a page at a time, and the review of an import of the same file; in milliseconds.
+// while it is scrolled by a page at a time, the review of an import of the same file, and the commands of the
+// table, which delete all rules in the end; in milliseconds.
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -86,5 +125,6 @@ int main(int argumentCount, char** arguments)
     }
     std::printf("repaint-scrolling %.2f\nslowest-repaint %.2f\n", total / pages, slowest);
     printTimesOfReview(arguments[1], *store, workspace, log);
+    printTimesOfCommands(window, *store);
     return 0;
 }

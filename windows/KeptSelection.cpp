@@ -26,9 +26,10 @@ KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& mode
     , m_topmostRow(std::max(table.rowAt(0), 0))
 {
     for (const QItemSelectionRange& range : table.selectionModel()->selection()) {
-        for (int row = range.top(); row <= range.bottom(); ++row)
-            m_selected.insert(identityOf(model.ruleAt(row)));
+        for (int row = range.top(), last = range.bottom(); row <= last; ++row)
+            m_selected.push_back(identityOf(model.ruleAt(row)));
     }
+    std::sort(m_selected.begin(), m_selected.end());
     if (const QModelIndex current = table.currentIndex(); current.isValid())
         m_current = identityOf(model.ruleAt(current.row()));
     if (m_topmostRow < model.rowCount())
@@ -43,7 +44,7 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     int firstSelected = -1;
     for (int row = 0; row < model.rowCount(); ++row) {
         const std::uint64_t rule = identityOf(model.ruleAt(row));
-        const bool selected = m_selected.contains(rule);
+        const bool selected = std::binary_search(m_selected.begin(), m_selected.end(), rule);
         if (selected && firstSelected < 0)
             firstSelected = row;
         if (!selected && firstSelected >= 0)

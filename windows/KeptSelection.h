@@ -4,7 +4,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <unordered_set>
+#include <vector>
 
 class QTableView;
 
@@ -31,7 +31,7 @@ private:
     std::uint64_t identityOf(const RuleRef& rule) const;
 
     const RuleIdentity m_sameRule;
-    std::unordered_set<std::uint64_t> m_selected;
+    std::vector<std::uint64_t> m_selected; // ascending
     std::optional<std::uint64_t> m_current;
     std::optional<std::uint64_t> m_topmost;
     int m_topmostRow = 0;
