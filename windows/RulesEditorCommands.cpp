@@ -264,8 +264,9 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
 
 bool RulesEditorTableController::eventFilter(QObject* watched, QEvent* event)
 {
+    // The return that ends the edit of a tag comes by as well, from the field that has the keyboard then.
     if (event->type() == QEvent::KeyPress && watched == m_ui->rulesEditorTableView
-        && keyDown(*static_cast<QKeyEvent*>(event)))
+        && m_ui->rulesEditorTableView->hasFocus() && keyDown(*static_cast<QKeyEvent*>(event)))
         return true;
     return QMainWindow::eventFilter(watched, event);
 }

@@ -394,6 +394,16 @@ TEST_F(Commands, ATagIsTypedInPlaceAndWritten)
     EXPECT_TRUE(run.internalWrite);
 }
 
+TEST_F(Commands, ReturnAfterATagEndsItsEditAndOpensNoRule)
+{
+    typeTag(head, "mine");
+    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("mine"));
+    EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
+    QApplication::processEvents();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_NE(editor<EditPolicyWindowController>(), nullptr) << "the table has the keyboard again";
+}
+
 TEST_F(Commands, ATagThatIsPastedStaysOnItsRulesLine)
 {
     table->selectRow(head);
