@@ -1,9 +1,11 @@
 #include "windows/RuleEditorControls.h"
+#include "platform/Workspace.h"
 #include "windows/QtText.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDir>
 #include <QLineEdit>
 
 #include <gtest/gtest.h>
@@ -53,6 +55,23 @@ TEST(RuleTextField, GivesBackEveryTextUnchanged)
         showText(field, text);
         EXPECT_EQ(fromQt(field.text()), text);
     }
+}
+
+TEST(RuleEditorControls, ThePanelForAProgramStartsAtTheApplicationsUnlessAPathIsNamed)
+{
+    QLineEdit path;
+    QLineEdit program;
+    Workspace workspace;
+    RuleEditorWidgets widgets{};
+    widgets.pathTextField = &path;
+    widgets.processNameTextField = &program;
+    const RuleEditorControls controls(widgets, workspace, "");
+    EXPECT_EQ(controls.applicationPanelStart(), "/Applications/");
+    program.setText(QStringLiteral("any"));
+    EXPECT_EQ(controls.applicationPanelStart(), "/Applications/");
+    EXPECT_EQ(controls.pathPanelStart(), fromQt(QDir::homePath()));
+    program.setText(QStringLiteral("/bin/sh"));
+    EXPECT_EQ(controls.applicationPanelStart(), "/bin/sh");
 }
 
 TEST(ChosenCode, IsNoneWithoutAChosenItem)

@@ -160,6 +160,14 @@ TEST_F(Commands, RightClickSelectsTheRowAloneBeforeTheMenuOpens)
     contextMenu()->close();
 }
 
+TEST_F(Commands, RightClickOnOneOfSeveralSelectedRowsSelectsItAlone)
+{
+    select({watch, head, vi});
+    clickRight(head);
+    EXPECT_EQ(selectedRows(), QList<int>{head});
+    contextMenu()->close();
+}
+
 TEST_F(Commands, TheMenuKeyOpensTheMenuOfTheCurrentRow)
 {
     table->selectRow(head);
