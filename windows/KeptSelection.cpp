@@ -4,6 +4,7 @@
 #include "windows/RuleCellsModel.h"
 
 #include <QItemSelectionModel>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QTableView>
 
@@ -32,6 +33,8 @@ KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& mode
     std::sort(m_selected.begin(), m_selected.end());
     if (const QModelIndex current = table.currentIndex(); current.isValid())
         m_current = identityOf(model.ruleAt(current.row()));
+    if (const auto* field = qobject_cast<QLineEdit*>(table.indexWidget(table.currentIndex())))
+        m_typed = {table.currentIndex().column(), field->text(), field->cursorPosition()};
     if (m_topmostRow < model.rowCount())
         m_topmost = identityOf(model.ruleAt(m_topmostRow));
 }
@@ -60,6 +63,14 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     if (current.isValid())
         table.selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     table.verticalScrollBar()->setValue(topmostRow);
+    if (!m_typed || !current.isValid())
+        return;
+    const QModelIndex cell = current.siblingAtColumn(m_typed->column);
+    table.edit(cell);
+    if (auto* field = qobject_cast<QLineEdit*>(table.indexWidget(cell))) {
+        field->setText(m_typed->text);
+        field->setCursorPosition(m_typed->cursor);
+    }
 }
 
 std::uint64_t KeptSelection::identityOf(const RuleRef& rule) const

@@ -120,6 +120,15 @@ class Commands(DesktopTest):
         self.edit_tag(1, "Return", text="work 2")
         self.assert_file(WATCH, SH_A.replace("one", "work 2"), SH_B, VI)
         self.assertEqual(self.window.column(TAG), ["seen", "work 2", "two", ""])
+        self.assertIsNone(self.window.program.find_now("dialog"))
+
+    def test_a_tag_is_typed_on_while_somebody_else_changes_the_file(self):
+        self.edit_tag(3, text="mi")
+        self.sandbox.write_user(WATCH, SH_B, VI)
+        self.assert_becomes(lambda: self.window.table.rows, 3)
+        self.desk.type_text("ne")
+        self.desk.press("Return")
+        self.assert_file(WATCH, SH_B, VI.replace('w ""', 'w "mine"'))
 
     def test_escape_leaves_a_tag_as_it_was(self):
         self.edit_tag(1, "Escape", text="gone")

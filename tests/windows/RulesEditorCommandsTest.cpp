@@ -253,6 +253,14 @@ TEST_F(Commands, DeletingTheHeadOfAGroupShowsTheProgramInTheNextRow)
     EXPECT_FALSE(cell(1, RuleColumn::application).data(Qt::DecorationRole).isNull());
 }
 
+TEST_F(Commands, DeletingTheSelectedHeadOfAGroupShowsTheProgramInTheNextRow)
+{
+    select({head});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(text(head, RuleColumn::path), QStringLiteral("/b/"));
+    EXPECT_EQ(text(head, RuleColumn::application), QStringLiteral("sh"));
+}
+
 TEST_F(Commands, DeletingInTheMiddleOfAGroupReloadsNothingElse)
 {
     // What is told of the remaining rows is the removal and nothing more.
@@ -400,6 +408,34 @@ TEST_F(Commands, ATagIsTypedInPlaceAndWritten)
         file(), watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"mine\" \"\" \"0\"\n" + nextLine + viLine);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(run.internalWrite);
+}
+
+TEST_F(Commands, ATagInTheMakingOutlivesAReload)
+{
+    table->selectRow(vi);
+    QTest::keyClick(table, Qt::Key_F2);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("me"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    ASSERT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+    EXPECT_EQ(selectedRows(), QList<int>{1});
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("in"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(1, false))->tag().view(), "mine");
+}
+
+TEST_F(Commands, ATagInTheMakingGoesWithItsRule)
+{
+    table->selectRow(vi);
+    QTest::keyClick(table, Qt::Key_F2);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("me"));
+    box.writeUserRules(watchLine);
+    store->reloadCurrentUserConfiguration();
+    window->reloadData();
+    EXPECT_EQ(table->indexWidget(table->currentIndex()), nullptr);
+    EXPECT_EQ(file(), watchLine);
 }
 
 TEST_F(Commands, ReturnAfterATagEndsItsEditAndOpensNoRule)
