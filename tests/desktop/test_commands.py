@@ -125,7 +125,14 @@ class Commands(DesktopTest):
     def test_a_tag_is_typed_on_while_somebody_else_changes_the_file(self):
         self.edit_tag(3, text="mi")
         self.sandbox.write_user(WATCH, SH_B, VI)
-        self.assert_becomes(lambda: self.window.table.rows, 3)
+        seconds = 1_700_000_000  # whole ones are what the program looks at; the first may be its time at the start
+
+        def rows():
+            nonlocal seconds
+            seconds += 1
+            os.utime(self.sandbox.user_file, (seconds, seconds))
+            return self.window.table.rows
+        self.assert_becomes(rows, 3)
         self.desk.type_text("ne")
         self.desk.press("Return")
         self.assert_file(WATCH, SH_B, VI.replace('w ""', 'w "mine"'))
