@@ -221,7 +221,7 @@ void ImportWindowController::importTickedRules()
         if (m_stateDict.isTicked(sequenceOf(rule)))
             m_delegate->importRule(rule);
     }
-    m_delegate->didFinishImportingRules();
+    m_hasFailed = !m_delegate->didFinishImportingRules();
 }
 
 void ImportWindowController::done(int result)
@@ -235,7 +235,8 @@ void ImportWindowController::done(int result)
 void ImportWindowController::windowWillClose()
 {
     m_log.write("-[ImportWindowController windowWillClose:] closing");
-    discardSuggestions(m_present.locations());
+    if (!m_hasFailed)
+        discardSuggestions(m_present.locations());
 }
 
 void ImportWindowController::showEvent(QShowEvent* event)

@@ -27,7 +27,8 @@ class Workspace;
 // that are still ticked to its delegate when the person chooses Import.
 //
 // The file is read when the window is first shown. Deliberate: however the window closes, the fail-safe file
-// is deleted, also when another file was under review; suggestions that nobody took are gone for good.
+// is deleted, also when another file was under review; suggestions that nobody took are gone for good. They
+// stay only when the rules that were taken could not be written.
 class ImportWindowController : public QDialog {
     Q_OBJECT
 public:
@@ -95,6 +96,7 @@ private:
     QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded
     bool m_isImporting = false;
+    bool m_hasFailed = false; // the rules handed over could not be written
 };
 
 } // namespace quorvane

@@ -94,7 +94,7 @@ void RulesEditorTableController::importRule(const RuleRef& rule)
     m_import.importRule(rule);
 }
 
-void RulesEditorTableController::didFinishImportingRules()
+bool RulesEditorTableController::didFinishImportingRules()
 {
     const ImportResult result = m_import.didFinishImportingRules();
     m_store.setLastErrorMessage(result.writeFailure);
@@ -103,6 +103,7 @@ void RulesEditorTableController::didFinishImportingRules()
     else
         tellFailure();
     display(result.notice);
+    return !result.writeFailure;
 }
 
 } // namespace quorvane

@@ -102,7 +102,7 @@ public:
     // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
     void handleFileImport(const std::optional<std::string>& path);
     void importRule(const RuleRef& rule) override;
-    void didFinishImportingRules() override;
+    bool didFinishImportingRules() override;
 
     // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
     void editPolicy(const PolicyRulePtr& rule);

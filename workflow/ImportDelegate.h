@@ -15,8 +15,9 @@ public:
     // Called once for each accepted rule, in the order of the review's rows.
     virtual void importRule(const RuleRef& rule) = 0;
 
-    // Called after the last of them, also when there was none.
-    virtual void didFinishImportingRules() = 0;
+    // Called after the last of them, also when there was none. False when the rules could not be written:
+    // suggestions that they came from are then still needed.
+    virtual bool didFinishImportingRules() = 0;
 };
 
 } // namespace quorvane

@@ -35,9 +35,14 @@ public:
         if (meanwhile)
             meanwhile();
     }
-    void didFinishImportingRules() override { calls += "end"; }
+    bool didFinishImportingRules() override
+    {
+        calls += "end";
+        return succeeds;
+    }
 
     std::string calls;
+    bool succeeds = true;
     std::function<void()> meanwhile;
 };
 
@@ -317,6 +322,16 @@ TEST_F(ImportWindow, ClosingItDeletesTheFailSafeFilesAlsoWhenAnotherFileWasUnder
     EXPECT_FALSE(std::filesystem::exists(locations.failSafeFile()));
     EXPECT_FALSE(std::filesystem::exists(locations.failSafeStrictMarker()));
     EXPECT_TRUE(std::filesystem::exists(folder.path("Three.quorv")));
+}
+
+TEST_F(ImportWindow, RulesThatCouldNotBeWrittenLeaveTheFailSafeFilesAlone)
+{
+    folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
+    delegate.succeeds = false;
+    openThree();
+    window->importAction();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(std::filesystem::exists(store.locations().failSafeFile()));
 }
 
 TEST_F(ImportWindow, AWindowThatIsReplacedLeavesTheFailSafeFilesAlone)

@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -198,13 +199,17 @@ TEST_F(RulesExchange, SelectionSurvivesAnImportAlthoughAllRecordsAreNew)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/a"));
 }
 
-TEST_F(RulesExchange, AnImportThatCannotBeWrittenIsTold)
+TEST_F(RulesExchange, AnImportThatCannotBeWrittenIsToldAndLeavesPendingSuggestions)
 {
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
     window->handleFileImport(folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n"));
     std::filesystem::remove(folder.path(userFile));
     std::filesystem::create_directory(folder.path(userFile)); // in the way
     review()->importAction();
     EXPECT_NE(store->lastErrorMessage(), std::nullopt);
+    EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("failureLabel"))->text(),
+        toQt(store->lastErrorMessage().value_or("")));
+    EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe)));
 }
 
 TEST_F(RulesExchange, AnotherImportReplacesAReviewThatIsOpen)
