@@ -14,6 +14,8 @@ std::optional<std::string> whyIncomplete(const RuleSelection& selection, const R
     struct stat status { };
     if (selection.file && stat(selection.file->c_str(), &status) != 0)
         return "There is no file '" + *selection.file + "'";
+    if (selection.file && S_ISFIFO(status.st_mode))
+        return "'" + *selection.file + "' is a pipe: nothing of it is read";
     const auto& unread = store.unreadRules();
     return unread ? std::optional(unread->reason) : std::nullopt;
 }

@@ -113,8 +113,29 @@ void ImportWindowController::reloadData()
     numberOfRowsInTableView();
     m_ui->importTableView->fitColumns();
     ticksDidChange();
+    startCounting();
+}
+
+void ImportWindowController::startCounting()
+{
     m_presentRules.emplace(m_present, m_ruleManager->rows());
     m_counting.start();
+}
+
+void ImportWindowController::presentRulesDidChange()
+{
+    if (m_ruleManager == nullptr || m_isImporting)
+        return;
+    reloadTable();
+    startCounting();
+}
+
+void ImportWindowController::reloadTable()
+{
+    const KeptSelection selection(*m_ui->importTableView, *m_model);
+    m_model->reload(*m_ruleManager);
+    selection.restore(*m_ui->importTableView, *m_model);
+    numberOfRowsInTableView();
 }
 
 void ImportWindowController::countPresentRules()
@@ -142,10 +163,7 @@ void ImportWindowController::sortByColumn(int column)
     m_ui->importTableView->showOrder(
         column, m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
     m_ruleManager->sortIndexUsingDescriptors(m_sortDescriptors);
-    const KeptSelection selection(*m_ui->importTableView, *m_model);
-    m_model->reload(*m_ruleManager);
-    selection.restore(*m_ui->importTableView, *m_model);
-    numberOfRowsInTableView();
+    reloadTable();
 }
 
 void ImportWindowController::checkBoxValueChanged(qint64 tag, bool isOn)
@@ -196,8 +214,12 @@ void ImportWindowController::tellCounts()
         = tr("%1 of %2 rules ticked").arg(inWords(m_stateDict.countOfTicked(rules)), inWords(rules));
     if (m_presentRules && !m_counting.isActive() && m_presentRules->count() > 0)
         counts += tr(", %1 already present (in italics)").arg(inWords(m_presentRules->count()));
+    const auto unread = m_ruleManager == nullptr ? std::nullopt : m_ruleManager->unreadRules();
+    const QString reason = unread ? toQt(unread->reason) : QString();
+    m_ui->importTableView->setEmptyText(unread ? reason : tr("This file holds no rules."));
+    if (rules > 0 && unread)
+        counts += QLatin1Char('\n') + reason;
     m_ui->countLabel->setText(counts);
-    m_ui->importTableView->setEmptyText(tr("This file holds no rules."));
 }
 
 void ImportWindowController::importAction()

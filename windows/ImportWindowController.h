@@ -51,6 +51,8 @@ public:
     // Reads the file, from now on with all rules ticked.
     void reloadData();
     std::size_t numberOfRowsInTableView() const;
+    // Marks anew which rules are already present. Ticks, order and selection stay.
+    void presentRulesDidChange();
 
     // True while rules are handed to the delegate: the window must not be deleted then.
     bool isImporting() const { return m_isImporting; }
@@ -78,6 +80,8 @@ private:
     void setUpTable();
     void setUpMenu();
     void ticksDidChange();
+    void reloadTable();
+    void startCounting();
     void countPresentRules();
     void tellCounts();
     void importTickedRules();

@@ -182,6 +182,7 @@ void RulesEditorTableController::apply(const TableChange& change)
     validateItems();
     tellCounts();
     tellFailure();
+    tellReview();
     display(change.notice);
 }
 

@@ -89,6 +89,13 @@ bool RulesEditorTableController::isImporting() const
     return m_importWindowController && m_importWindowController->isImporting();
 }
 
+// The user's rules may be others now.
+void RulesEditorTableController::tellReview()
+{
+    if (m_importWindowController)
+        m_importWindowController->presentRulesDidChange();
+}
+
 void RulesEditorTableController::importRule(const RuleRef& rule)
 {
     m_import.importRule(rule);

@@ -164,6 +164,7 @@ void RulesEditorTableController::reloadData(RuleIdentity sameRule)
     m_run.internalWrite = true;
     reloadTable(sameRule);
     showNewRule();
+    tellReview();
 }
 
 void RulesEditorTableController::reloadTable(RuleIdentity sameRule)

@@ -132,6 +132,7 @@ private:
     void startMonitoring();
     void rulesFileDidChange();
     bool isImporting() const;
+    void tellReview();
     void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
     void sortDescriptorsDidChange();
     void reloadData(RuleIdentity sameRule);

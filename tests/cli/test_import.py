@@ -115,8 +115,9 @@ class Import(CommandTest):
         self.sandbox.write_user("; a comment", "allow path /a any r")
         os.symlink(self.exchange("allow path /b any r"), self.sandbox.path("link.quorv"))
         os.mkdir(self.sandbox.path("folder.quorv"))
+        os.mkfifo(self.sandbox.path("pipe.quorv"))
         for name, saying in (("missing.quorv", "There is no file"), ("link.quorv", "Failed to open file"),
-                             ("folder.quorv", "Failed to read() file")):
+                             ("folder.quorv", "Failed to read() file"), ("pipe.quorv", "is a pipe")):
             with self.subTest(name=name):
                 self.assert_refused(self.sandbox.path(name), saying=saying)
 

@@ -133,6 +133,32 @@ TEST_F(ImportWindow, TellsHowManyRulesAreAlreadyPresent)
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == counted; })) << fromQt(counts());
 }
 
+TEST_F(ImportWindow, MarksPresentRulesAnewWhenTheyChangeAndKeepsTheRest)
+{
+    const auto rule = policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2});
+    openThree();
+    const auto isMarked
+        = [this] { return cell(0, ImportColumn::path).data(Qt::FontRole).value<QFont>().italic(); };
+    sortByPath();
+    click(1, ImportColumn::tick);
+    table->selectRow(0);
+    EXPECT_FALSE(isMarked());
+
+    store.addPolicyRule(rule);
+    window->presentRulesDidChange();
+    const QString counted = QStringLiteral("2 of 3 rules ticked, 1 already present (in italics)");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == counted; })) << fromQt(counts());
+    EXPECT_TRUE(QTest::qWaitFor(isMarked));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+    EXPECT_EQ(ticks(), QStringLiteral("x-x"));
+    EXPECT_EQ(table->selectedRows(), std::vector<std::size_t>{0});
+
+    store.deletePolicyRule(*rule);
+    window->presentRulesDidChange();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return counts() == QStringLiteral("2 of 3 rules ticked"); }));
+    EXPECT_FALSE(isMarked());
+}
+
 TEST_F(ImportWindow, LogsThePathAndTheNumberOfRules)
 {
     openThree();
@@ -280,6 +306,26 @@ TEST_F(ImportWindow, ImportOfAFileThatCannotBeReadEndsTheImport)
     EXPECT_EQ(table->accessibleDescription(), QStringLiteral("This file holds no rules."));
     button("importButton")->click();
     EXPECT_EQ(delegate.calls, "end");
+}
+
+TEST_F(ImportWindow, TellsWhyRulesOfTheFileAreNotListed)
+{
+    const std::string file = folder.write("File.quorv", "allow prefix \"/b\" \"/bin/sh\" r\n");
+    const std::string link = folder.path("link.quorv");
+    std::filesystem::create_symlink(file, link);
+    open(link);
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_TRUE(
+        table->accessibleDescription().startsWith(QStringLiteral("Failed to open file '") + toQt(link)));
+
+    using namespace std::string_literals;
+    open(folder.write("Cut.quorv",
+        "allow prefix \"/b\" \"/bin/sh\" r\n\0"
+        "allow prefix \"/c\" \"/bin/sh\" r\n"s));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b"));
+    EXPECT_EQ(counts(),
+        QStringLiteral("1 of 1 rules ticked\nThe rules file '%1' holds a NUL byte: nothing behind it is read")
+            .arg(toQt(folder.path("Cut.quorv"))));
 }
 
 TEST_F(ImportWindow, ImportWithoutADelegateOnlyClosesTheWindow)

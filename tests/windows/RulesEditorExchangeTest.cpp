@@ -7,6 +7,7 @@
 #include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
+#include "workflow/ImportDelegate.h"
 #include "workflow/RuleCells.h"
 #include "workflow/RunState.h"
 
@@ -26,6 +27,10 @@
 
 #include <filesystem>
 #include <functional>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace quorvane {
 
@@ -34,6 +39,27 @@ namespace {
 constexpr const char* ownRules = "; my rules\n"
                                  "allow prefix \"/b\" \"/bin/sh\" r \"shell\"\n"
                                  "allow prefix \"/a\" \"/bin/sh\" r \"shell\"\n";
+
+// Hands rules on; something else happens after the first one.
+class MeanwhileDelegate : public ImportDelegate {
+public:
+    MeanwhileDelegate(ImportDelegate& next, std::function<void()> meanwhile)
+        : m_next(next)
+        , m_meanwhile(std::move(meanwhile))
+    {
+    }
+    void importRule(const RuleRef& rule) override
+    {
+        m_next.importRule(rule);
+        if (m_meanwhile)
+            std::exchange(m_meanwhile, nullptr)();
+    }
+    bool didFinishImportingRules() override { return m_next.didFinishImportingRules(); }
+
+private:
+    ImportDelegate& m_next;
+    std::function<void()> m_meanwhile;
+};
 
 class RulesExchange : public testing::Test {
 protected:
@@ -221,6 +247,44 @@ TEST_F(RulesExchange, AnotherImportReplacesAReviewThatIsOpen)
     EXPECT_EQ(window->findChildren<ImportWindowController*>().size(), 1);
     EXPECT_EQ(review()->path(), second);
     EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe))) << "suggestions stay that were only replaced";
+}
+
+TEST_F(RulesExchange, AReviewKnowsWhichRulesArePresentNow)
+{
+    window->handleFileImport(folder.write("Tools.quorv", "allow prefix \"/a\" \"/bin/sh\" r\n"));
+    const auto counts = [this] { return review()->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); };
+    const QString present = QStringLiteral("1 of 1 rules ticked, 1 already present (in italics)");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == present; }));
+    window->deleteRow(1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == QStringLiteral("1 of 1 rules ticked"); }));
+    store->addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
+    window->reloadData();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == present; }));
+}
+
+TEST_F(RulesExchange, RulesHandedOverOutliveAnotherChangeOfTheFileAndAnotherImport)
+{
+    const std::string other = folder.write("Other.quorv", "allow path /o any r\n");
+    window->handleFileImport(folder.write("Tools.quorv",
+        "allow prefix \"/c\" \"/bin/sh\" r\n"
+        "allow prefix \"/d\" \"/bin/sh\" r\n"));
+    MeanwhileDelegate delegate(*window, [&] {
+        int second = 0;
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            const timespec time{1'700'000'000 + second++, 0};
+            const timespec times[]{time, time};
+            utimensat(AT_FDCWD, folder.path(userFile).c_str(), times, 0);
+            return log.lines().back().starts_with("reloading data");
+        }));
+        QTest::qWait(0);
+        window->handleFileImport(other);
+    });
+    auto* first = review();
+    first->setDelegate(&delegate);
+    first->importAction();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c /d"));
+    EXPECT_NE(userRules().find("\"/c\""), std::string::npos);
+    EXPECT_EQ(application.notices.at(0).message, "Successfully imported 2 rules");
 }
 
 TEST_F(RulesExchange, SuggestionsAreExplainedByWhereTheyComeFrom)
