@@ -21,12 +21,12 @@ bool holdsSomething(const std::string& path)
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
-void keepUnread(const std::string& path, Log& log)
+bool keepUnread(const std::string& path, Log& log)
 {
-    if (const auto name = putUnreadFileAside(path))
-        log.write("kept unreadable preferences as: " + *name);
-    else
-        log.write("failed to keep unreadable preferences: " + path);
+    const auto name = putUnreadFileAside(path);
+    log.write(name ? "kept unreadable preferences as: " + *name
+                   : "failed to keep unreadable preferences, not writing: " + path);
+    return name.has_value();
 }
 
 } // namespace
@@ -39,8 +39,8 @@ PropertyList readPreferences(const std::string& path)
 
 void writePreferences(const std::string& path, const PropertyList& settings, Log& log)
 {
-    if (holdsSomething(path) && !PropertyList::read(path))
-        keepUnread(path, log);
+    if (holdsSomething(path) && !PropertyList::read(path) && !keepUnread(path, log))
+        return;
     log.write("writing to file: " + settings.description());
     if (!settings.writeToFile(path))
         log.write("failed to write preferences: " + path);

@@ -13,8 +13,7 @@ PropertyList readPreferences(const std::string& path);
 
 // Writes the settings in place and gives the file the permissions 0775. Failures are logged and nothing more.
 // A file that readPreferences() could not read (damaged, too large) is kept beside the new one, under a name
-// with
-// ".unread" added.
+// with ".unread" added; where that is impossible nothing is written.
 void writePreferences(const std::string& path, const PropertyList& settings, Log& log);
 
 } // namespace quorvane

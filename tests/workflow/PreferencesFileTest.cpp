@@ -65,6 +65,22 @@ TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideTheNewOne)
     EXPECT_EQ(log.lines().front(), "kept unreadable preferences as: " + file + ".unread");
 }
 
+TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
+{
+    const TemporaryFolder folder;
+    CapturedLog log;
+    const std::string file = folder.write("list.plist", damaged);
+    folder.write("list.plist.unread", "");
+    for (int number = 2; number <= 99; ++number) // every name that it could be kept under
+        folder.write("list.plist.unread." + std::to_string(number), "");
+
+    writePreferences(file, someSettings(), log.log());
+
+    EXPECT_EQ(TemporaryFolder::contents(file), damaged);
+    EXPECT_EQ(
+        log.lines(), std::vector<std::string>{"failed to keep unreadable preferences, not writing: " + file});
+}
+
 TEST(PreferencesFile, ThatIsEmptyIsReplacedWithoutACopy)
 {
     const TemporaryFolder folder;
