@@ -120,7 +120,10 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
     if (!waitForResponse)
         return;
     // Deliberate: shorter than the notice stays. It may still be on the screen when the caller goes on.
-    QTimer::singleShot(longestWait, wait.get(), &QEventLoop::quit);
+    QTimer timeOut(this);
+    timeOut.setSingleShot(true);
+    connect(&timeOut, &QTimer::timeout, wait.get(), &QEventLoop::quit);
+    timeOut.start(longestWait);
     const InputLock lock;
     wait->exec();
 }

@@ -26,7 +26,9 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     setTexts(header, message);
     buttons().setStandardButtons(QDialogButtonBox::Ok);
     connect(&buttons(), &QDialogButtonBox::accepted, this, &QDialog::close);
-    QTimer::singleShot(timeOut, this, &QDialog::close);
+    auto* timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, &QDialog::close);
+    timer->start(timeOut);
 }
 
 } // namespace quorvane

@@ -18,6 +18,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include <signal.h>
 
 namespace quorvane {
@@ -244,6 +246,26 @@ TEST_F(AppDelegateNotice, WaitsForTheAnswerWhenAsked)
     delegate.displayNotice("Header", "Message", false); // returns at once
     notices.ends.at(1)(NoticeEnd::closed);
     EXPECT_EQ(shownNotice(), nullptr);
+}
+
+TEST_F(AppDelegateNotice, WaitsTenSecondsAtMostAndStaysAllTheSame)
+{
+    std::chrono::milliseconds longest{};
+    QTimer::singleShot(0, &delegate, [&] {
+        notices.ends.at(0)(NoticeEnd::undeliverable);
+        auto* timeOut = delegate.findChild<QTimer*>();
+        if (timeOut == nullptr) {
+            shownNotice()->close();
+            return;
+        }
+        longest = timeOut->intervalAsDuration();
+        timeOut->start(0);
+    });
+    delegate.displayNotice("Header", "Message", true);
+    EXPECT_EQ(longest, std::chrono::seconds(10));
+    NoticeWindow* notice = shownNotice();
+    ASSERT_NE(notice, nullptr);
+    notice->close();
 }
 
 TEST_F(AppDelegateNotice, TakesNoInputWhileItWaits)

@@ -197,6 +197,8 @@ TEST_F(FingerprintTest, IsNoForAnswersThatMakeNoSense)
         service.reply(call, {});
         service.emitSignal(device, deviceInterface, "VerifyStatus", {});
         service.emitSignal(device, deviceInterface, "VerifyStatus", {true, QStringLiteral("verify-match")});
+        service.emitSignal(device, deviceInterface, "VerifyStatus", {QStringLiteral("verify-match")});
+        service.emitSignal(device, deviceInterface, "VerifyStatus", {QStringLiteral("verify-match"), 1});
         tell("verify-no-match", true);
     };
     EXPECT_FALSE(verify());
@@ -316,6 +318,10 @@ TEST_F(PasswordTest, AsksPolkitAboutThisProcess)
 
 TEST_F(PasswordTest, IsNoForEveryOtherAnswer)
 {
+    QDBusArgument shortResult; // as polkit's answer begins
+    shortResult.beginStructure();
+    shortResult << true;
+    shortResult.endStructure();
     const struct {
         const char* why;
         QVariantList answer;
@@ -325,6 +331,8 @@ TEST_F(PasswordTest, IsNoForEveryOtherAnswer)
         {"nobody to ask", {result(false, true)}},
         {"nothing", {}},
         {"a bare yes", {true}},
+        {"a yes that lacks the rest", {QVariant::fromValue(shortResult)}},
+        {"a yes with something behind it", {result(true, false), 7}},
         {"a text", {QStringLiteral("yes")}},
     };
     for (const auto& c : cases) {

@@ -5,8 +5,11 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 namespace quorvane {
 
@@ -26,10 +29,22 @@ TEST(NoticeWindow, GoesAwayWithItsButton)
 {
     const QPointer<NoticeWindow> notice = shownNotice();
     QStringList texts;
-    for (const QLabel* label : notice->findChildren<QLabel*>())
+    for (const QLabel* label : notice->findChildren<QLabel*>()) {
         texts.append(label->text());
+        EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText) << "it would be markup";
+    }
     EXPECT_TRUE(texts.contains(QStringLiteral("<b>plain</b>")));
     QTest::mouseClick(notice->buttons().button(QDialogButtonBox::Ok), Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return notice.isNull(); }));
+}
+
+TEST(NoticeWindow, GoesAwayByItselfAfterAMinute)
+{
+    const QPointer<NoticeWindow> notice = shownNotice();
+    auto* timer = notice->findChild<QTimer*>();
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(timer->intervalAsDuration(), std::chrono::minutes(1));
+    timer->start(0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return notice.isNull(); }));
 }
 
