@@ -1,4 +1,6 @@
+#include "app/QVPreferencesWindow.h"
 #include "app/Surroundings.h"
+#include "platform/AdminAuthority.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "windows/EditPolicyWindowController.h"
@@ -58,6 +60,28 @@ std::unique_ptr<QWidget> editorOf(int row, Surroundings& around)
     return editor;
 }
 
+// Everybody has proved to be an administrator.
+class AllAreAdministrators : public AdminAuthority {
+public:
+    bool isAdminUser() override { return true; }
+    bool verifyFingerprint(const std::string& /*reason*/) override { return true; }
+    bool verifyPassword(const std::string& /*reason*/) override { return true; }
+};
+
+// As an administrator sees it.
+std::unique_ptr<QWidget> preferencesWindow(Surroundings& around)
+{
+    static AllAreAdministrators administrators;
+    const auto locations = Locations::fromEnvironment();
+    auto* delegate = new AppDelegate(locations, around.log, around.run,
+        {around.notices, administrators, *around.runningApplications, around.workspace});
+    auto window = std::make_unique<QVPreferencesWindow>(
+        locations, *delegate, around.run, around.privilegedCommand, around.log);
+    delegate->setParent(window.get());
+    window->windowDidLoad();
+    return window;
+}
+
 // Null when the words name no window.
 std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& around)
 {
@@ -69,6 +93,8 @@ std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& 
         return editorOf(row, around);
     if (name == "review" && wordCount == 2)
         return reviewOf(words[1], around);
+    if (name == "preferences" && wordCount == 1)
+        return preferencesWindow(around);
     return nullptr;
 }
 
@@ -87,8 +113,9 @@ int main(int argumentCount, char** arguments)
     const auto window
         = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (!window) {
-        std::fputs(
-            "usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE]\n", stderr);
+        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE | "
+                   "preferences]\n",
+            stderr);
         return 2;
     }
     window->show();
