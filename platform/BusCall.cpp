@@ -43,7 +43,8 @@ QDBusMessage answerTo(
 BusConnection::BusConnection(const std::string& address, std::chrono::milliseconds patience)
     : m_name(nextConnectionName())
 {
-    // Connecting waits for the bus's first answer, so it is done elsewhere.
+    // Connecting waits for the bus's first answer, so it is done elsewhere. Until then whoever asks for a
+    // connection by its name waits as well.
     QThread* thread = QThread::create([address = QString::fromStdString(address), name = m_name] {
         QDBusConnection::connectToBus(address, name);
     });
@@ -61,7 +62,8 @@ BusConnection::BusConnection(const std::string& address, std::chrono::millisecon
 
 BusConnection::~BusConnection()
 {
-    QDBusConnection::disconnectFromBus(m_name);
+    if (m_connected)
+        QDBusConnection::disconnectFromBus(m_name);
 }
 
 QDBusConnection BusConnection::bus() const
