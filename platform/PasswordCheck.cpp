@@ -49,6 +49,7 @@ bool isGranted(const QDBusMessage& answer)
     bool granted = false;
     result.beginStructure();
     result >> granted;
+    result.endStructure();
     return granted;
 }
 

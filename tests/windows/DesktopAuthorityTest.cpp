@@ -306,6 +306,7 @@ TEST_F(PasswordTest, AsksPolkitAboutThisProcess)
     QVariantMap details;
     subject.beginStructure();
     subject >> kind >> details;
+    subject.endStructure();
     EXPECT_EQ(kind, QStringLiteral("unix-process"));
     EXPECT_EQ(details,
         (QVariantMap{{QStringLiteral("pid"), static_cast<uint>(getpid())},
