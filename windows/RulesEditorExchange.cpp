@@ -105,10 +105,8 @@ bool RulesEditorTableController::didFinishImportingRules()
 {
     const ImportResult result = m_import.didFinishImportingRules();
     m_store.setLastErrorMessage(result.writeFailure);
-    if (result.hasImported)
-        reloadData(RuleIdentity::properties);
-    else
-        tellFailure();
+    reloadData(
+        RuleIdentity::properties); // the store has read its file again, whether or not there was a rule
     display(result.notice);
     return !result.writeFailure;
 }

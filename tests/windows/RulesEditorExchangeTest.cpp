@@ -216,6 +216,19 @@ TEST_F(RulesExchange, AnImportOfNothingSaysSo)
     EXPECT_EQ(shownPaths(), QStringLiteral("/b /a"));
 }
 
+TEST_F(RulesExchange, AnImportOfNothingShowsTheRulesAsTheFileHoldsThemNow)
+{
+    // Written, a line with other than ASCII text loses its end, and the next line with it.
+    store->addPolicyRule(policyRule({.path = "/\xC3\xA9", .processName = "/bin/sh", .operations = 1}));
+    store->addPolicyRule(policyRule({.path = "/z", .processName = "/bin/sh", .operations = 1}));
+    window->reloadData();
+    ASSERT_EQ(table->model()->rowCount(), 4);
+    window->handleFileImport(folder.write("Empty.quorv", ""));
+    review()->importAction();
+    EXPECT_EQ(static_cast<std::size_t>(table->model()->rowCount()), store->totalRules(false));
+    EXPECT_EQ(store->totalRules(false), 3U);
+}
+
 TEST_F(RulesExchange, SelectionSurvivesAnImportAlthoughAllRecordsAreNew)
 {
     table->selectRow(1);
@@ -404,6 +417,21 @@ TEST_F(RulesExchange, OnlyTheSelectedRulesAreExported)
     saveAs(folder.path("one rule.quorv"));
     EXPECT_EQ(TemporaryFolder::contents(folder.path("one rule.quorv")),
         "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
+}
+
+TEST_F(RulesExchange, SeveralSelectedRulesAreExportedInTheOrderOfTheirRows)
+{
+    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    ASSERT_EQ(shownPaths(), QStringLiteral("/a /b"));
+    // The lower row is clicked first.
+    for (const int row : {1, 0})
+        table->selectionModel()->select(
+            table->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    action("exportSelectedRulesMenuItem")->trigger();
+    saveAs(folder.path("both.quorv"));
+    EXPECT_EQ(TemporaryFolder::contents(folder.path("both.quorv")),
+        "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n"
+        "allow prefix \"/b\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
 }
 
 TEST_F(RulesExchange, OnlySpacesOfAChosenNameAreUnescaped)
