@@ -17,10 +17,9 @@
 #include <QWidget>
 
 #include <chrono>
+#include <csignal>
 #include <memory>
 #include <utility>
-
-#include <signal.h>
 
 namespace quorvane {
 

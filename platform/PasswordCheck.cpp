@@ -55,7 +55,7 @@ bool isGranted(const QDBusMessage& answer)
 
 } // namespace
 
-bool passwordCheckPassed(QDBusConnection bus, AuthenticationPrompt& prompt, const std::string& reason)
+bool passwordCheckPassed(const QDBusConnection& bus, AuthenticationPrompt& prompt, const std::string& reason)
 {
     qDBusRegisterMetaType<Details>();
     static int count = 0;

@@ -12,6 +12,6 @@ class AuthenticationPrompt;
 // `prompt` is shown meanwhile, since the dialog is another program's, may be behind a window and may never
 // come. False when it was refused, given up or cancelled, and when there is no polkit, no agent to ask, or an
 // answer that makes no sense.
-bool passwordCheckPassed(QDBusConnection bus, AuthenticationPrompt& prompt, const std::string& reason);
+bool passwordCheckPassed(const QDBusConnection& bus, AuthenticationPrompt& prompt, const std::string& reason);
 
 } // namespace quorvane

@@ -6,10 +6,10 @@
 #include "platform/PropertyListText.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cmath>
 #include <utility>
 
-#include <locale.h>
 #include <plist/plist.h>
 #include <unicode/unistr.h>
 

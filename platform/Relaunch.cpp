@@ -5,10 +5,10 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <filesystem>
 #include <system_error>
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include <signal.h>
 #include <unistd.h>
 
 extern "C" { // which this header of glibc 2.36 forgets
@@ -76,6 +76,7 @@ public:
         }
         std::sort(found.begin(), found.end());
         std::vector<std::int32_t> processes;
+        processes.reserve(found.size());
         for (const auto& [started, process] : found)
             processes.push_back(process);
         return processes;

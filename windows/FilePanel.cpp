@@ -12,7 +12,7 @@
 #include <QPointer>
 #include <QPushButton>
 
-#include <limits.h> // PATH_MAX
+#include <climits> // PATH_MAX
 
 namespace quorvane {
 
@@ -47,7 +47,7 @@ public:
     void accept() override
     {
         if (QFileInfo::exists(chosenPath()))
-            QDialog::accept();
+            QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): the panel's own takes no file here
         else
             QFileDialog::accept(); // which tells that there is no such thing
     }

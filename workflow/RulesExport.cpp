@@ -1,9 +1,9 @@
 #include "workflow/RulesExport.h"
 
+#include <cstdlib> // mkstemp
 #include <filesystem>
 #include <system_error>
 
-#include <stdlib.h> // mkstemp
 #include <unistd.h>
 
 namespace quorvane {
