@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -13,7 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include <locale.h>
 #include <plist/plist.h>
 #include <sys/stat.h>
 

@@ -7,13 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -28,10 +28,13 @@ public:
 
     std::string makeProgram(const std::string& name) const
     {
-        const std::string program = folder.write(name,
+        std::string program = folder.write(name,
             "#!/bin/sh\n"
             "{ echo \"arguments $#\"; echo \"mark $QUORVANE_TEST_MARK\"; echo \"folder $(pwd -P)\"\n"
-            "echo \"pid $$\"; sed 's/.*) /stat /' /proc/$$/stat; grep SigBlk /proc/$$/status\n"
+            "echo \"pid $$\"; sed 's/.*) /stat /' /proc/$$/stat\n"
+            // By the shell itself: while it starts another program it blocks signals.
+            "while IFS= read -r line; do case $line in SigBlk*) echo \"$line\";; esac; done < "
+            "/proc/$$/status\n"
             "for descriptor in /proc/$$/fd/*; do echo \"open $(readlink $descriptor)\"; done\n"
             "} > '"
                 + folder.path("report") + "'\n");
