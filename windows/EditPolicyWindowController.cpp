@@ -26,12 +26,7 @@ EditPolicyWindowController::EditPolicyWindowController(
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setUpRuleTextField(*m_ui->constraintTextField);
-    connect(
-        m_ui->browsePathButton, &QPushButton::clicked, this, &EditPolicyWindowController::browsePathClicked);
-    connect(m_ui->browseProcessButton, &QPushButton::clicked, this,
-        &EditPolicyWindowController::browseApplicationClicked);
-    connect(m_ui->saveButton, &QPushButton::clicked, this, &EditPolicyWindowController::saveClicked);
-    connect(m_ui->cancelButton, &QPushButton::clicked, this, &EditPolicyWindowController::cancelClicked);
+    connectButtons(widgetsOf(*m_ui, m_ui->policyTypePopUp), *this);
 }
 
 EditPolicyWindowController::~EditPolicyWindowController() = default;

@@ -23,12 +23,7 @@ EditWatchWindowController::EditWatchWindowController(
     , m_rule(std::make_shared<WatchRule>())
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    connect(
-        m_ui->browsePathButton, &QPushButton::clicked, this, &EditWatchWindowController::browsePathClicked);
-    connect(m_ui->browseProcessButton, &QPushButton::clicked, this,
-        &EditWatchWindowController::browseApplicationClicked);
-    connect(m_ui->saveButton, &QPushButton::clicked, this, &EditWatchWindowController::saveClicked);
-    connect(m_ui->cancelButton, &QPushButton::clicked, this, &EditWatchWindowController::cancelClicked);
+    connectButtons(widgetsOf(*m_ui, m_ui->watchTypePopUp), *this);
 }
 
 EditWatchWindowController::~EditWatchWindowController() = default;

@@ -2,6 +2,8 @@
 
 #include "workflow/RuleEditing.h"
 
+#include <QPushButton>
+
 #include <array>
 #include <memory>
 #include <string>
@@ -10,7 +12,6 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
-class QPushButton;
 class QWidget;
 
 namespace quorvane {
@@ -57,6 +58,18 @@ template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePop
         .saveButton = ui.saveButton,
         .cancelButton = ui.cancelButton,
     };
+}
+
+// Lets the buttons do what the editor `window` has slots for.
+template <class Window> void connectButtons(const RuleEditorWidgets& widgets, Window& window)
+{
+    const auto onClick = [&window](const QPushButton* button, void (Window::*slot)()) {
+        QObject::connect(button, &QPushButton::clicked, &window, slot);
+    };
+    onClick(widgets.browsePathButton, &Window::browsePathClicked);
+    onClick(widgets.browseProcessButton, &Window::browseApplicationClicked);
+    onClick(widgets.saveButton, &Window::saveClicked);
+    onClick(widgets.cancelButton, &Window::cancelClicked);
 }
 
 // Keeps `field` to one line, since a line end in a text would end the rule's line in the file, and shows the

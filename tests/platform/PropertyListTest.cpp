@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 
+#include "tests/support/PropertyListTexts.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -14,30 +15,9 @@ namespace quorvane {
 
 namespace {
 
-std::string xmlRoot(const std::string& root)
-{
-    return R"(<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0">)"
-        + root + "</plist>\n";
-}
-
 std::string xmlWith(const std::string& value)
 {
     return xmlRoot("<dict><key>k</key>" + value + "</dict>");
-}
-
-std::string binaryOf(const std::string& xml)
-{
-    plist_t root = nullptr;
-    plist_from_memory(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
-    char* bytes = nullptr;
-    std::uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    std::string binary(bytes, length);
-    plist_to_bin_free(bytes);
-    plist_free(root);
-    return binary;
 }
 
 // ASCII text as UTF-16.

@@ -206,6 +206,17 @@ TEST_F(ImportWindow, ReadingTheFileAgainTicksAllRulesAgain)
     EXPECT_EQ(counts(), QStringLiteral("2 of 2 rules ticked"));
 }
 
+TEST_F(ImportWindow, ReadingTheFileAgainForgetsTheOrder)
+{
+    openThree();
+    window->sortByColumn(static_cast<int>(ImportColumn::path));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+    window->reloadData();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
+    window->sortByColumn(static_cast<int>(ImportColumn::path)); // not turned round: it is the first again
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+}
+
 TEST_F(ImportWindow, AClickUnticksARuleAndAnotherTicksItAgain)
 {
     openThree();

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <plist/plist.h>
+
+namespace quorvane {
+
+// An XML property list with that root.
+inline std::string xmlRoot(const std::string& root)
+{
+    return R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">)"
+        + root + "</plist>\n";
+}
+
+// The binary form of an XML property list.
+inline std::string binaryOf(const std::string& xml)
+{
+    plist_t root = nullptr;
+    plist_from_memory(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(root, &bytes, &length);
+    std::string binary(bytes, length);
+    plist_to_bin_free(bytes);
+    plist_free(root);
+    return binary;
+}
+
+} // namespace quorvane
