@@ -224,8 +224,12 @@ void RulesEditorTableController::leaveSearchField()
 
 void RulesEditorTableController::closeEvent(QCloseEvent* event)
 {
-    if (m_columnsFitted) // else it was never shown
-        rememberWindow(*this, *m_ui->rulesEditorTableView);
+    if (m_columnsFitted) { // else it was never shown
+        rememberWindowSize(*this);
+        // Widths that nobody chose would not fit the rules of the next time.
+        if (columnWidths(*m_ui->rulesEditorTableView) != m_fittedWidths)
+            rememberColumnWidths(*m_ui->rulesEditorTableView);
+    }
     QMainWindow::closeEvent(event);
     m_log.write("-[RulesEditorTableController windowWillClose:] exiting");
     if (!m_run.openedWithOptions)
@@ -237,10 +241,12 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
     QMainWindow::showEvent(event);
     if (std::exchange(m_columnsFitted, true))
         return;
-    if (restoreColumnWidths(*m_ui->rulesEditorTableView))
+    if (restoreColumnWidths(*m_ui->rulesEditorTableView)) {
         m_ui->rulesEditorTableView->stretchPath();
-    else
-        m_ui->rulesEditorTableView->fitColumns();
+        return;
+    }
+    m_ui->rulesEditorTableView->fitColumns();
+    m_fittedWidths = columnWidths(*m_ui->rulesEditorTableView);
 }
 
 } // namespace quorvane

@@ -156,6 +156,7 @@ private:
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
     bool m_columnsFitted = false;
+    QList<int> m_fittedWidths; // as the window chose them; empty when the user had
     QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items
     QAction* m_newRuleMenuItem;
     QAction* m_editRuleMenuItem;

@@ -53,15 +53,26 @@ bool restoreColumnWidths(QTableView& table)
     return true;
 }
 
-void rememberWindow(const QWidget& window, const QTableView& table)
+void rememberWindowSize(const QWidget& window)
 {
-    UserSettings settings;
     if (!window.isMaximized() && !window.isFullScreen())
-        settings.setValue(sizeKey(), window.size());
+        UserSettings().setValue(sizeKey(), window.size());
+}
+
+void rememberColumnWidths(const QTableView& table)
+{
     QVariantList widths;
+    for (const int width : columnWidths(table))
+        widths.append(width);
+    UserSettings().setValue(widthsKey(), widths);
+}
+
+QList<int> columnWidths(const QTableView& table)
+{
+    QList<int> widths;
     for (int column = 0; column + 1 < table.horizontalHeader()->count(); ++column)
         widths.append(table.columnWidth(column));
-    settings.setValue(widthsKey(), widths);
+    return widths;
 }
 
 } // namespace quorvane

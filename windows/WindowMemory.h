@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+
 class QTableView;
 class QWidget;
 
@@ -12,6 +14,10 @@ namespace quorvane {
 bool restoreWindowSize(QWidget& window);
 bool restoreColumnWidths(QTableView& table);
 
-void rememberWindow(const QWidget& window, const QTableView& table);
+void rememberWindowSize(const QWidget& window);
+void rememberColumnWidths(const QTableView& table);
+
+// Of all columns but the last, which takes the rest; in logical pixels.
+QList<int> columnWidths(const QTableView& table);
 
 } // namespace quorvane

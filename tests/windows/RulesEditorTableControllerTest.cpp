@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QFile>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -239,6 +240,24 @@ TEST_F(MainWindow, RemembersItsSizeAndColumnWidths)
     // then it is arranged so
     EXPECT_EQ(next.size(), QSize(701, 507));
     EXPECT_EQ(next.findChild<RulesTableView*>()->columnWidth(0), 171);
+}
+
+TEST_F(MainWindow, FitsItsColumnsAnewWhileNobodyHasArrangedThem)
+{
+    QFile::remove(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))
+        + QStringLiteral("/Vantreal/Quorvane Configuration.ini"));
+    const auto widthWith = [&](RuleManager& rules) {
+        RulesEditorTableController next(rules, application, run, workspace, log.log());
+        next.show();
+        const int width = next.findChild<RulesTableView*>()->columnWidth(0);
+        next.close();
+        return width;
+    };
+    RuleManager empty{Locations("/nonexistent", "nobody"), silentLog()};
+    RuleManager longNames{Locations("/nonexistent", "nobody"), silentLog()};
+    longNames.addPolicyRule(
+        policyRule({.path = "/a", .processName = "/bin/a-program-with-a-long-name", .operations = 1}));
+    EXPECT_LT(widthWith(empty), widthWith(longNames));
 }
 
 TEST_F(MainWindow, AnswersForAMillionRowsAtOnce)
