@@ -65,10 +65,12 @@ SortDescriptor sortDescriptor(const std::string& spelled)
     return {*key, !isDescending};
 }
 
-std::string onlyDigits(const std::string& text)
+std::string onlyRowNumber(const std::string& text)
 {
-    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-    return isNumber ? "" : "a row is a number from 0";
+    std::size_t row = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, row);
+    return error == std::errc() && stop == end ? "" : "'" + text + "' is not the number of a row";
 }
 
 std::int32_t pidSpelled(const std::string& text)
@@ -176,7 +178,7 @@ void addCommands(CLI::App& program, Arguments& arguments, Run& run)
     exported->add_option("--row", arguments.rows, "Write this row of the list; may be given several times")
         ->take_all()
         ->allow_extra_args(false)
-        ->check(onlyDigits);
+        ->check(onlyRowNumber);
     addSelectionOptions(*exported, arguments);
     addFileOption(*exported, arguments);
 

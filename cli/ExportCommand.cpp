@@ -8,8 +8,10 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
 {
     const OpenedStore opened = openStore(selection, context.locations, context.log);
     // An export of what could not be read would leave an empty file where a good one may have been.
-    if (!opened.isComplete)
+    if (!opened.isComplete) {
+        complain("nothing was written: not all rules could be read");
         return 1;
+    }
     RuleManager& store = *opened.store;
     if (rows.empty()) {
         store.writeToFile(out);
@@ -18,8 +20,8 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
         const std::size_t total = store.totalRules(selection.includeSystemRules);
         for (const std::size_t row : rows) {
             if (row >= total) {
-                complain("there is no row " + std::to_string(row) + ": there are " + std::to_string(total)
-                    + " rows");
+                complain("nothing was written: there is no row " + std::to_string(row) + ", there are "
+                    + std::to_string(total) + " rows");
                 return 1;
             }
             rules.push_back(store.ruleAtIndex(row, selection.includeSystemRules));

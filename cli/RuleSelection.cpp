@@ -2,19 +2,31 @@
 
 #include "cli/Output.h"
 
+#include <cerrno>
+#include <cstring>
+
 #include <sys/stat.h>
 
 namespace quorvane {
 
 namespace {
 
+// Why the file that the selection names cannot be there to be read. The store takes such a file for one
+// without rules.
+std::optional<std::string> whyMissing(const RuleSelection& selection)
+{
+    struct stat status { };
+    if (!selection.file || stat(selection.file->c_str(), &status) == 0)
+        return std::nullopt;
+    return errno == ENOENT ? "There is no file '" + *selection.file + "'"
+                           : "Cannot find the file '" + *selection.file + "': " + std::strerror(errno);
+}
+
 // Why rules of the selection's file are not in the store; none when all are.
 std::optional<std::string> whyIncomplete(const RuleSelection& selection, const RuleManager& store)
 {
     struct stat status { };
-    if (selection.file && stat(selection.file->c_str(), &status) != 0)
-        return "There is no file '" + *selection.file + "'";
-    if (selection.file && S_ISFIFO(status.st_mode))
+    if (selection.file && stat(selection.file->c_str(), &status) == 0 && S_ISFIFO(status.st_mode))
         return "'" + *selection.file + "' is a pipe: nothing of it is read";
     const auto& unread = store.unreadRules();
     return unread ? std::optional(unread->reason) : std::nullopt;
@@ -31,13 +43,14 @@ OpenedStore openStore(const RuleSelection& selection, const Locations& locations
     else
         opened.store = RuleManager::initWithCurrentUserConfiguration(locations, log);
     const auto& message = opened.store->lastErrorMessage();
-    const auto reason = whyIncomplete(selection, *opened.store);
+    const auto missing = whyMissing(selection);
+    const auto reason = missing ? missing : whyIncomplete(selection, *opened.store);
     if (message)
         complain(*message);
     if (reason && reason != message)
         complain(*reason);
     const auto& unread = opened.store->unreadRules();
-    opened.hasFailed = message || (unread && unread->isFailure);
+    opened.hasFailed = message || missing || (unread && unread->isFailure);
     opened.isComplete = !reason;
     opened.store->applyFilterWithString(selection.filter);
     opened.store->sortIndexUsingDescriptors(selection.sort);

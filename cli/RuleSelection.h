@@ -21,7 +21,7 @@ struct RuleSelection {
 // A store, and how well it could be read.
 struct OpenedStore {
     std::unique_ptr<RuleManager> store;
-    bool hasFailed = false; // to read a file that is there
+    bool hasFailed = false; // to read a file; a named one that is missing included
     // All rules of the selected rules file are in the store. A named file must exist for this, and hold
     // nothing but text; to the store both are no failure.
     bool isComplete = true;

@@ -60,11 +60,15 @@ class RulesFile(CommandTest):
     def test_an_empty_file_has_no_rows(self):
         self.assertEqual(self.succeed("list", "--json", self.sandbox.new_file("empty")).out, b"")
 
-    def test_a_missing_file_is_named_and_has_no_rows(self):
-        missing = self.sandbox.path("missing")
-        result = self.run_program("list", "--json", missing)
-        self.assertEqual(result.out, b"")
-        self.assertIn(missing, result.err)
+    def test_a_missing_file_is_a_failure_of_every_command(self):
+        missing, no_folder = self.sandbox.path("missing"), self.sandbox.new_file("file") + "/missing"
+        for file in (missing, no_folder, ""):
+            for command in (["list"], ["list", "--json"], ["list", "--label-system"], ["check"], ["import"],
+                            ["export", self.sandbox.path("out")]):
+                with self.subTest(command=command, file=file):
+                    result = self.fail_with(1, *command, file)
+                    self.assertIn(f"file '{file}'", result.err)
+                    self.assertNotIn(b"{", result.out)
 
     def test_a_file_that_is_not_utf_8_has_no_rows(self):
         for name, contents in [("latin", b"allow prefix /a\xe9 any r\n"),

@@ -1,5 +1,6 @@
 import os
 import re
+import subprocess
 
 from quorvanectl import CommandTest
 
@@ -31,6 +32,27 @@ class Manual(CommandTest):
         commands = sorted(self.commands())
         self.assertEqual(sorted(re.findall(r"(?m)^\.Ic ([a-z]+)$", synopsis)), commands)
         self.assertEqual(sorted(re.findall(r"(?m)^\.It Ic ([a-z]+)$", text)), commands)
+
+    def test_the_formatter_finds_nothing_to_complain_of(self):
+        for name in sorted(os.listdir(MANUAL)):
+            lint = subprocess.run(["mandoc", "-T", "lint", os.path.join(MANUAL, name)], capture_output=True, text=True)
+            # Whether the pages it refers to are installed is the machine's affair.
+            self.assertEqual([line for line in lint.stdout.splitlines() if "manual not found" not in line], [])
+
+    def test_every_quote_ends_before_the_next_begins(self):
+        text = subprocess.run(["mandoc", "-T", "utf8", os.path.join(MANUAL, "quorvanectl.1")], capture_output=True,
+                              text=True, check=True).stdout
+        quotes = re.sub("[^\u2018\u2019]", "", text)
+        self.assertGreater(len(quotes), 20)
+        self.assertEqual(quotes.replace("\u2018\u2019", ""), "")
+
+    def test_no_sentence_stands_there_twice(self):
+        text = page("quorvanectl.1").partition(".Sh DESCRIPTION")[2]
+        lines = [line for line in text.splitlines() if len(line) > 30 and not line.startswith(".")]
+        self.assertEqual(sorted(set(lines)), sorted(lines))
+        json = text.partition(".Ss JSON")[2].partition(".Sh ")[0]
+        described = re.findall(r"(?:^|\.Pp\n)\.Ic (\w+)\n", json)
+        self.assertEqual(sorted(set(described)), sorted(described))
 
     def test_it_describes_every_option_and_no_other(self):
         offered = set(re.findall(r"--([a-z-]+)", self.help_of()))
