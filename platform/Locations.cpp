@@ -3,14 +3,29 @@
 #include "platform/Account.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace quorvane {
+
+namespace {
+
+// The product's own locations must not pass for a sandbox, whatever spells them.
+bool leadsToTheFileSystemsRoot(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::weakly_canonical(path, error) == "/" && !error;
+}
+
+} // namespace
 
 Locations::Locations(std::string root, std::string login)
     : m_root(std::move(root))
     , m_login(std::move(login))
 {
+    if (leadsToTheFileSystemsRoot(m_root))
+        m_root.clear();
     while (!m_root.empty() && m_root.back() == '/')
         m_root.pop_back();
 }

@@ -10,7 +10,8 @@ namespace quorvane {
 // never prefixed with it. A value object: safe from any thread.
 class Locations {
 public:
-    // `root` is taken without its trailing "/"; `login` names the user whose rules file is meant.
+    // `root` is taken without its trailing "/". One that leads to the root of the file system, by whatever
+    // way, is none. `login` names the user whose rules file is meant.
     Locations(std::string root, std::string login);
 
     // The root from the environment variable QUORVANE_ROOT and the login name of the real user.

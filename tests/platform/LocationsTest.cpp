@@ -2,8 +2,12 @@
 
 #include "platform/Account.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
 
 namespace quorvane {
 
@@ -52,7 +56,37 @@ TEST(Locations, OfMarkersExtrasAndGuide)
 
 TEST(Locations, RootOfTheFileSystemIsNoRoot)
 {
-    EXPECT_EQ(Locations("/", "ann").sharedFolder(), "/Users/Shared/Quorvane/");
+    const TemporaryFolder folder;
+    const std::string link = folder.path("link");
+    const std::string linkToLink = folder.path("link-to-link");
+    std::filesystem::create_symlink("/", link);
+    std::filesystem::create_symlink(link + "/usr/..", linkToLink);
+    std::string upwards = folder.path("missing/..");
+    for (int level = 0; level < 20; ++level)
+        upwards += "/..";
+    for (const std::string& root :
+        {std::string("/"), std::string("//"), std::string("/."), std::string("/usr/.."),
+            std::string("/usr/../"), std::string("/./usr/bin/../.."), std::string("/no/such/../.."),
+            std::string("/proc/self/root"), upwards, link, link + "/", linkToLink}) {
+        const Locations locations(root, "ann");
+        EXPECT_EQ(locations.sharedFolder(), "/Users/Shared/Quorvane/") << root;
+        EXPECT_FALSE(locations.areSandbox()) << root;
+    }
+}
+
+TEST(Locations, RootThatIsAnyOtherFolderIsASandboxSpeltAsGiven)
+{
+    const TemporaryFolder folder;
+    const std::string link = folder.path("link");
+    const std::string circle = folder.path("circle");
+    std::filesystem::create_symlink(folder.path(), link);
+    std::filesystem::create_symlink(circle, circle);
+    for (const std::string& root :
+        {folder.path(), link, link + "/../x", circle, std::string("relative"), std::string("/no/such")}) {
+        const Locations locations(root, "ann");
+        EXPECT_EQ(locations.sharedFolder(), root + "/Users/Shared/Quorvane/");
+        EXPECT_TRUE(locations.areSandbox()) << root;
+    }
 }
 
 TEST(Locations, FromEnvironmentTakesRootAndRealUser)
