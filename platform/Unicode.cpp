@@ -6,7 +6,6 @@
 
 #include <unicode/locid.h>
 #include <unicode/normalizer2.h>
-#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
@@ -48,6 +47,13 @@ UChar32 nextCodePoint(std::string_view text, std::size_t& at)
     return codePoint;
 }
 
+// `text` as far as the library can count.
+icu::UnicodeString unicodeText(std::string_view text)
+{
+    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
+    return icu::UnicodeString::fromUTF8({text.data(), length});
+}
+
 // The Turkic languages fold I and i differently.
 bool localeIsTurkic()
 {
@@ -77,25 +83,19 @@ std::size_t utf16Length(std::string_view text)
     return units;
 }
 
-void appendSmallLetters(std::string& out, std::string_view text)
+void appendFoldedCase(std::string& out, std::string_view text)
 {
     const std::size_t ascii = asciiPrefixLength(text);
     appendAsciiSmallLetters(out, text.substr(0, ascii));
-    std::size_t at = ascii;
-    while (at < text.size()) {
-        const UChar32 codePoint = nextCodePoint(text, at);
-        const auto small = static_cast<std::uint32_t>(codePoint < 0 ? 0xFFFD : u_tolower(codePoint));
-        std::uint8_t encoded[U8_MAX_LENGTH];
-        std::size_t length = 0;
-        U8_APPEND_UNSAFE(encoded, length, small);
-        out.append(encoded, encoded + length);
-    }
+    if (ascii == text.size())
+        return;
+    unicodeText(text.substr(ascii)).foldCase(U_FOLD_CASE_DEFAULT).toUTF8String(out);
 }
 
-std::string smallLetters(std::string_view text)
+std::string foldedCase(std::string_view text)
 {
     std::string key;
-    appendSmallLetters(key, text);
+    appendFoldedCase(key, text);
     return key;
 }
 
@@ -107,12 +107,11 @@ void appendSearchKey(std::string& out, std::string_view text)
         return;
     }
     UErrorCode status = U_ZERO_ERROR;
-    const icu::Normalizer2* decomposed = icu::Normalizer2::getNFDInstance(status);
     const icu::Normalizer2* composed = icu::Normalizer2::getNFCInstance(status);
-    icu::UnicodeString folded = icu::UnicodeString::fromUTF8(icu::StringPiece(
-        text.data(), static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX))));
+    icu::UnicodeString folded = unicodeText(text);
     if (U_SUCCESS(status)) {
-        folded = decomposed->normalize(folded, status);
+        // Composed before, too: the Turkic dotted capital I folds as one letter, not as I with a dot behind.
+        folded = composed->normalize(folded, status);
         folded.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
         folded = composed->normalize(folded, status);
     }

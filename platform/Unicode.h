@@ -15,10 +15,10 @@ bool isValidUtf8(std::string_view text);
 // The length of `text` in UTF-16 code units.
 std::size_t utf16Length(std::string_view text);
 
-// Appends the key of the ordinal case-insensitive order to `out`: every code point as its small letter. Keys
+// Appends the key of the ordinal case-insensitive order to `out`: Unicode's full case folding of `text`. Keys
 // compare by bytes, which for UTF-8 is the order of code points; no locale takes part.
-void appendSmallLetters(std::string& out, std::string_view text);
-std::string smallLetters(std::string_view text);
+void appendFoldedCase(std::string& out, std::string_view text);
+std::string foldedCase(std::string_view text);
 
 // Appends the key of the locale-aware case-insensitive search to `out`: case folded by the rules of the
 // process' locale and canonically composed. A text contains another exactly when its key contains the

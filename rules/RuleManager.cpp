@@ -443,7 +443,7 @@ const std::vector<const RuleManager::Groups::value_type*>& RuleManager::orderedG
         return m_orderedGroups;
     std::vector<std::pair<std::string, const Groups::value_type*>> keyed;
     for (const Groups::value_type& group : m_policyRulesByApplication)
-        keyed.emplace_back(smallLetters(group.first), &group);
+        keyed.emplace_back(foldedCase(group.first), &group);
     std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
         return a.first != b.first ? a.first < b.first : a.second->first < b.second->first;
     });

@@ -39,8 +39,8 @@ struct SortDescriptor {
 };
 
 // Sorts `order`, numbers of `rules`: the first descriptor is the primary key, each later one breaks the ties
-// of those before it, and rules that tie in all keep their order. Texts compare by code point as small
-// letters, null or absent first; numbers numerically.
+// of those before it, and rules that tie in all keep their order. Texts compare by code point after
+// case folding, null or absent first; numbers numerically.
 void sortRules(std::vector<std::uint32_t>& order, const std::vector<RuleRef>& rules,
     const std::vector<SortDescriptor>& descriptors);
 

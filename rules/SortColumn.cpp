@@ -37,7 +37,7 @@ void SortColumn::appendText(const NullableText& text)
     if (m_texts.empty())
         m_texts.reserve(m_values.capacity() * roomForText);
     const std::size_t start = m_texts.size();
-    appendSmallLetters(m_texts, text.view());
+    appendFoldedCase(m_texts, text.view());
     m_values.push_back({start, static_cast<std::uint32_t>(m_texts.size() - start), Kind::text});
 }
 

@@ -53,7 +53,7 @@ private:
     Slice sliceOf(std::uint32_t place, std::size_t depth) const;
 
     std::vector<Value> m_values;
-    std::string m_texts; // as small letters
+    std::string m_texts; // case folded
 };
 
 } // namespace quorvane

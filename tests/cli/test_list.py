@@ -208,6 +208,32 @@ class Filter(CommandTest):
         self.assertEqual(self.listed("--filter", "systemwide"), [])
         self.assertEqual(self.listed("--filter", "systemwide", "--system"), ["/systemwide"])
 
+    def found_in(self, locale, text):
+        environment = {**self.environment(), "LC_ALL": locale}
+        return self.succeed("list", "--json", "--filter", text, environment=environment).values("path")
+
+    def test_turkic_languages_keep_i_with_and_without_a_dot_apart(self):
+        self.sandbox.write_user(*(f"allow path /{letter} any r" for letter in ("I", "\u0131", "\u0130", "i", "I\u0307")))
+        for locale in ("tr_TR.UTF-8", "az_AZ.UTF-8"):
+            for text in ("I", "\u0131"):
+                with self.subTest(locale=locale, text=text):
+                    self.assertEqual(self.found_in(locale, text), ["/I", "/\u0131"])
+            for text in ("i", "\u0130", "I\u0307"):
+                with self.subTest(locale=locale, text=text):
+                    self.assertEqual(self.found_in(locale, text), ["/\u0130", "/i", "/I\u0307"])
+        self.assertEqual(self.found_in("en_US.UTF-8", "I"), ["/I", "/\u0130", "/i", "/I\u0307"])
+        self.assertEqual(self.found_in("en_US.UTF-8", "\u0131"), ["/\u0131"])
+
+    def test_accents_over_i_fold_in_every_language(self):
+        # Small letters of Lithuanian keep the dot below an accent; Turkic capitals have one already.
+        for capital, small in (("\u00cc", "\u00ec"), ("I\u0300", "\u00ec"), ("\u0128", "i\u0303"),
+                               ("\u012e\u0303", "\u012f\u0303"), ("J\u0301", "j\u0301")):
+            self.sandbox.write_user(f"allow path /{capital} any r", f"deny path /{small} any r")
+            for locale in ("lt_LT.UTF-8", "tr_TR.UTF-8", "C.UTF-8"):
+                for text in (capital, small):
+                    with self.subTest(locale=locale, text=text):
+                        self.assertEqual(len(self.found_in(locale, text)), 2)
+
     def test_rows_are_numbered_after_filtering(self):
         self.assertEqual(self.listed("--filter", "safari", key="row"), [0])
 

@@ -20,7 +20,7 @@ def sort_value(rule, key):
         value = 0  # the property of a watch rule, not the class that is shown
     if value is None:
         return (0, 0)
-    return (1, value.lower() if isinstance(value, str) else int(value))
+    return (1, value.casefold() if isinstance(value, str) else int(value))
 
 
 def sorted_by(rules, *descriptors):
@@ -72,6 +72,11 @@ class Sorting(CommandTest):
     def test_texts_compare_by_code_point_whatever_the_case(self):
         self.assertEqual(self.listed("--sort", "path", "--filter", "/a"),
                          ["/A", "/a", "/a b", "/ab", "/Abcdefg", "/abcdefgh", "/abcdefghi"])
+
+    def test_letters_that_fold_together_tie(self):
+        paths = ["/\u03c2b", "/\u03c3a", "/\u03a3c", "/\u017fb", "/sa", "/Sc", "/stra\u00dfe2", "/STRASSE1"]
+        self.sandbox.write_user(*(f"allow path {path} any r" for path in paths))
+        self.assertEqual(self.listed("--sort", "path"), sorted(paths, key=str.casefold))
 
     def test_a_sorted_list_is_filtered_and_numbered_as_well(self):
         rules = self.succeed("list", "--json", "--sort", "path:desc", "--filter", "abcdef").objects()

@@ -69,7 +69,7 @@ TEST(Unicode, Utf16LengthCountsCodeUnits)
         EXPECT_EQ(utf16Length(c.text), c.units) << c.why;
 }
 
-TEST(Unicode, SmallLettersOrderByCodePoint)
+TEST(Unicode, FoldedCaseOrdersByCodePoint)
 {
     const struct {
         const char* why;
@@ -85,23 +85,26 @@ TEST(Unicode, SmallLettersOrderByCodePoint)
         {"beyond the first plane stands last", "\uFFFD", "\U0001F600"},
     };
     for (const auto& c : cases)
-        EXPECT_LT(smallLetters(c.first), smallLetters(c.second)) << c.why;
+        EXPECT_LT(foldedCase(c.first), foldedCase(c.second)) << c.why;
 }
 
-TEST(Unicode, SmallLettersOfTextsThatDifferInCaseAreEqual)
+TEST(Unicode, FoldedCaseOfTextsThatDifferInCaseIsEqual)
 {
-    EXPECT_EQ(smallLetters("/APPLICATIONS/Mail.App"), "/applications/mail.app");
-    EXPECT_EQ(smallLetters("\u00C4\u0416\u03A9"), "\u00E4\u0436\u03C9");
-    EXPECT_EQ(smallLetters("plain ASCII then \u00C9T\u00C9"), "plain ascii then \u00E9t\u00E9");
-    EXPECT_NE(smallLetters("stra\u00DFe"), smallLetters("STRASSE")) << "one letter stays one letter";
-    EXPECT_NE(smallLetters("e\u0301"), smallLetters("\u00E9")) << "no composing";
+    EXPECT_EQ(foldedCase("/APPLICATIONS/Mail.App"), "/applications/mail.app");
+    EXPECT_EQ(foldedCase("\u00C4\u0416\u03A9"), "\u00E4\u0436\u03C9");
+    EXPECT_EQ(foldedCase("plain ASCII then \u00C9T\u00C9"), "plain ascii then \u00E9t\u00E9");
+    EXPECT_EQ(foldedCase("stra\u00DFe"), foldedCase("STRASSE"));
+    EXPECT_EQ(foldedCase("\u03C3\u03C2\u03A3"), "\u03C3\u03C3\u03C3") << "the final sigma";
+    EXPECT_EQ(foldedCase("\u017Fet"), "set") << "the long s";
+    EXPECT_EQ(foldedCase("I\u0130\u0131"), "ii\u0307\u0131") << "as outside the Turkic languages";
+    EXPECT_NE(foldedCase("e\u0301"), foldedCase("\u00E9")) << "no composing";
 }
 
 TEST(Unicode, AppendingAKeyKeepsWhatIsThere)
 {
     std::string key = "A\u00C9";
 
-    appendSmallLetters(key, "B");
+    appendFoldedCase(key, "B");
     appendSearchKey(key, "C\u00C9");
 
     EXPECT_EQ(key,
@@ -135,7 +138,7 @@ TEST(Unicode, SearchKeyFindsWhatAPersonCallsTheSameLetters)
 TEST(Unicode, IllFormedBytesCountAsReplacementCharacters)
 {
     EXPECT_EQ(utf16Length("a\xFF"), 2U);
-    EXPECT_EQ(smallLetters("A\xFF"), "a\uFFFD");
+    EXPECT_EQ(foldedCase("A\xFF"), "a\uFFFD");
     EXPECT_EQ(searchKey("A\xFF"), "a\uFFFD");
     EXPECT_TRUE(isValidUtf8(searchKey("\xE2\x82 \xF0\x9F caf\xE9")));
 }

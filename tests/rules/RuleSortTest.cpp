@@ -55,7 +55,7 @@ TEST(RuleSort, PropertyNamesAreThoseOfTheRecords)
         EXPECT_EQ(sortKeyNamed(other), std::nullopt) << other;
 }
 
-TEST(RuleSort, TextsCompareAsSmallLettersNullFirst)
+TEST(RuleSort, TextsCompareAfterCaseFoldingNullFirst)
 {
     const auto rules = rulesOnPaths({"b", "A", {}, "a10", "a9", "", "\u00E4", "_", "Z"});
 
