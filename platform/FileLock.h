@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <chrono>
+#include <string>
+#include <system_error>
+
+namespace quorvane {
+
+enum class LockMode { shared, exclusive };
+
+// Locks an open file for as long as it is open. True when that was done within `wait` (0: one try); otherwise
+// `error` says why, EWOULDBLOCK when another holder is in the way.
+bool lockDescriptor(int descriptor, LockMode mode, std::chrono::milliseconds wait, std::error_code& error);
+
+// A lock on a file, honoured by all programs that take one. It ends with the object or the process, whichever
+// is first, and leaves nothing behind on disk. Holders in the same process exclude each other as well.
+//
+// The lock lies on the file itself, which is neither made nor changed; where there is none, on its folder,
+// until makeFile() moves it. A file that is renamed or removed takes its lock along: see isAtPath().
+// Not for several threads at once.
+class FileLock {
+public:
+    // Waits at most `wait`; with 0 it tries once. A symbolic link as last component is refused, and so is
+    // what is no regular file. A file that may only be read can be locked too.
+    static FileLock take(const std::string& path, LockMode mode, std::chrono::milliseconds wait);
+
+    // Holds nothing.
+    FileLock() = default;
+    FileLock(FileLock&& other) noexcept = default;
+    FileLock& operator=(FileLock&& other) noexcept;
+    ~FileLock();
+
+    bool isHeld() const { return static_cast<bool>(m_file); }
+    // True when it could not be had because of another holder.
+    bool isHeldByAnother() const { return m_heldByAnother; }
+    // Why it is not held, in words; empty when it is.
+    const std::string& problem() const { return m_problem; }
+
+    // True while the path still leads to what is locked: the same file, or still no file.
+    bool isAtPath() const;
+
+    // Where there was no file: makes an empty one for owner and group (0640) and moves the lock to it. False,
+    // and nothing is held any more, when that failed or another process was faster; then take the lock anew.
+    // True, and nothing changes, when the lock lies on a file already.
+    bool makeFile();
+
+private:
+    FileLock(std::string path, LockMode mode);
+
+    enum class Outcome { taken, busy, again, failed };
+    Outcome tryOnce();
+    FileDescriptor openFile(std::error_code& error) const;
+    FileDescriptor openFolder(std::error_code& error) const;
+    void release();
+
+    std::string m_path;
+    LockMode m_mode = LockMode::exclusive;
+    FileDescriptor m_file;
+    bool m_onFolder = false;
+    bool m_heldByAnother = false;
+    std::string m_problem;
+};
+
+} // namespace quorvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include <sys/types.h>
+
+// Opening, reading and writing of regular files by descriptor: no waiting on a pipe or a device, and no call
+// that a signal cuts short. Any thread.
+
+namespace quorvane {
+
+// Opens the regular file at `path` with the flags of open(2); a symbolic link is followed unless O_NOFOLLOW
+// is among them. What is anything else is not even opened, since that alone can have effects: none then, and
+// `error` says why, EISDIR for a folder, ENOTSUP for a pipe, socket or device.
+FileDescriptor openRegularFile(
+    const std::string& path, int flags, std::error_code& error, mode_t permissions = 0);
+
+// Reads up to `size` bytes into `bytes`, fewer only at the end of the file or after an error. Returns how
+// many.
+std::size_t readFully(int descriptor, char* bytes, std::size_t size, std::error_code& error);
+
+// Writes all of `bytes`. Returns how many were written: fewer only after an error.
+std::size_t writeFully(int descriptor, std::string_view bytes, std::error_code& error);
+
+} // namespace quorvane

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+
+namespace quorvane {
+
+// The error with that number, of errno as a rule.
+inline std::error_code systemError(int number)
+{
+    return {number, std::generic_category()};
+}
+
+// The system's text of an error and its number: "No space left on device (28)".
+inline std::string errorText(const std::error_code& error)
+{
+    return error.message() + " (" + std::to_string(error.value()) + ")";
+}
+
+} // namespace quorvane
