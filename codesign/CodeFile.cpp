@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -15,6 +16,34 @@ namespace {
 
 // Large enough that system calls do not count, small enough to stay in the processor's cache.
 constexpr std::uint64_t pieceSize = 256U << 10U;
+
+// What comparing with zeros may read: a second's worth. Finding a range of data counts like reading some.
+constexpr std::uint64_t mostCompared = 4ULL << 30U;
+constexpr std::uint64_t costOfRange = 64U << 10U;
+
+struct DataRange {
+    std::uint64_t begin;
+    std::uint64_t end;
+};
+
+// The first bytes within [begin, end) that the file really stores; an empty range at `end` when all is a
+// hole. A file system that cannot tell stores everything.
+DataRange nextData(int descriptor, std::uint64_t begin, std::uint64_t end)
+{
+    const off_t data = lseek(descriptor, static_cast<off_t>(begin), SEEK_DATA);
+    if (data < 0)
+        return errno == ENXIO ? DataRange{end, end} : DataRange{begin, end};
+    const off_t hole = lseek(descriptor, data, SEEK_HOLE);
+    const std::uint64_t from = std::min(static_cast<std::uint64_t>(data), end);
+    const std::uint64_t until = hole < 0 ? end : std::min(static_cast<std::uint64_t>(hole), end);
+    return {from, std::max(from, until)};
+}
+
+bool isAllZero(ByteView bytes)
+{
+    return bytes.empty()
+        || (bytes.u8(0) == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+}
 
 } // namespace
 
@@ -39,22 +68,37 @@ std::optional<CodeFile> CodeFile::adopt(FileDescriptor descriptor)
     return file;
 }
 
-ReadResult CodeFile::read(std::uint64_t offset, void* to, std::size_t length) const
+// Fills `to` as far as the file holds bytes; how many it did. None when reading fails.
+std::optional<std::size_t> CodeFile::readUpTo(std::uint64_t offset, void* to, std::size_t length) const
 {
-    auto* target = static_cast<std::uint8_t*>(to);
+    std::size_t filled = 0;
     if (offset > std::numeric_limits<off_t>::max() - length)
-        return ReadResult::cutShort;
-    while (length > 0) {
-        const ssize_t got = pread(m_descriptor.get(), target, length, static_cast<off_t>(offset));
+        return filled;
+    while (filled < length) {
+        const ssize_t got = pread(m_descriptor.get(), static_cast<std::uint8_t*>(to) + filled,
+            length - filled, static_cast<off_t>(offset + filled));
         if (got < 0 && errno == EINTR)
             continue;
-        if (got <= 0)
-            return got == 0 ? ReadResult::cutShort : ReadResult::failed;
-        target += got;
-        offset += static_cast<std::uint64_t>(got);
-        length -= static_cast<std::size_t>(got);
+        if (got < 0) {
+            m_failed = true;
+            return std::nullopt;
+        }
+        if (got == 0)
+            break;
+        filled += static_cast<std::size_t>(got);
     }
-    return ReadResult::complete;
+    return filled;
+}
+
+ReadResult CodeFile::read(std::uint64_t offset, void* to, std::size_t length) const
+{
+    const auto filled = readUpTo(offset, to, length);
+    if (!filled)
+        return ReadResult::failed;
+    if (*filled == length)
+        return ReadResult::complete;
+    m_failed = m_failed || offset + *filled < m_size;
+    return ReadResult::cutShort;
 }
 
 std::optional<Bytes> CodeFile::bytes(std::uint64_t offset, std::uint64_t length, std::uint64_t largest) const
@@ -82,6 +126,43 @@ ReadResult CodeFile::forEachPiece(
         length -= wanted;
     }
     return ReadResult::complete;
+}
+
+ReadResult CodeFile::forEachPieceToEnd(const std::function<bool(ByteView)>& take) const
+{
+    Bytes piece(static_cast<std::size_t>(pieceSize));
+    std::uint64_t offset = 0;
+    while (const auto filled = readUpTo(offset, piece.data(), piece.size())) {
+        if (*filled == 0 || !take(ByteView(piece.data(), *filled)))
+            return ReadResult::complete;
+        offset += *filled;
+    }
+    return ReadResult::failed;
+}
+
+bool CodeFile::isZero(std::uint64_t offset, std::uint64_t length) const
+{
+    if (offset > m_size || length > m_size - offset)
+        return false;
+    const std::uint64_t end = offset + length;
+    std::uint64_t left = mostCompared;
+    while (offset < end) {
+        const DataRange data = nextData(m_descriptor.get(), offset, end);
+        const std::uint64_t stored = data.end - data.begin;
+        const std::uint64_t cost = std::max(stored, costOfRange);
+        if (cost > left)
+            return false;
+        left -= cost;
+        bool zero = true;
+        const ReadResult result = forEachPiece(data.begin, stored, [&zero](ByteView piece) {
+            zero = isAllZero(piece);
+            return zero;
+        });
+        if (!zero || result != ReadResult::complete)
+            return false;
+        offset = data.end;
+    }
+    return true;
 }
 
 } // namespace quorvane

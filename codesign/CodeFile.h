@@ -15,7 +15,7 @@ namespace quorvane {
 // How a read from a foreign file ended. cutShort: the file ends before.
 enum class ReadResult { complete, cutShort, failed };
 
-// A regular file of somebody else, open for reading.
+// A foreign regular file, open for reading.
 //
 // It may shrink, grow or change while it is read: bytes are copied out (never mapped), and a read past its
 // end is an answer. Not for two threads at once.
@@ -26,8 +26,12 @@ public:
     static std::optional<CodeFile> open(const std::string& path);
     static std::optional<CodeFile> adopt(FileDescriptor descriptor);
 
-    // In bytes, when the file was opened.
+    // In bytes, when the file was opened. The system's own files (/proc) may say 0 and hold more.
     std::uint64_t size() const { return m_size; }
+
+    // True once bytes that size() promises could not be read: the device failed, or the file has shrunk.
+    // What was concluded from the file until then may be wrong.
+    bool hasFailed() const { return m_failed; }
 
     bool isSameFileAs(const CodeFile& other) const
     {
@@ -45,9 +49,19 @@ public:
     ReadResult forEachPiece(
         std::uint64_t offset, std::uint64_t length, const std::function<bool(ByteView)>& take) const;
 
+    // The same for all bytes up to the file's end, whatever size() says.
+    ReadResult forEachPieceToEnd(const std::function<bool(ByteView)>& take) const;
+
+    // True when the `length` bytes at `offset` are there and all zero. Holes of the file take no time; false
+    // also when there is more stored between them than any program has.
+    bool isZero(std::uint64_t offset, std::uint64_t length) const;
+
 private:
+    std::optional<std::size_t> readUpTo(std::uint64_t offset, void* to, std::size_t length) const;
+
     FileDescriptor m_descriptor;
     std::uint64_t m_size = 0;
+    mutable bool m_failed = false;
     dev_t m_device = 0;
     ino_t m_inode = 0;
 };

@@ -30,7 +30,7 @@ std::string digest(HashAlgorithm algorithm, std::string_view buffer)
 bool hashFile(const std::string& path, std::initializer_list<Hasher*> hashers)
 {
     const auto file = CodeFile::open(path);
-    return file && file->forEachPiece(0, file->size(), [&hashers](ByteView piece) {
+    return file && file->forEachPieceToEnd([&hashers](ByteView piece) {
         for (Hasher* hasher : hashers)
             hasher->update(piece);
         return true;

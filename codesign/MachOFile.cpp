@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <utility>
 
 namespace quorvane {
 
@@ -58,56 +56,56 @@ bool isMachOProgram(const CodeFile& file)
     return false;
 }
 
-std::optional<std::vector<MachOFile::Architecture>> MachOFile::architecturesOf(const CodeFile& file)
+// False when the universal header is refused; a thin file has no architectures.
+bool MachOFile::readArchitectures(const CodeFile& file)
 {
-    std::vector<Architecture> architectures;
     const auto header = file.bytes(0, universalHeaderSize, universalHeaderSize);
     const std::uint32_t magic = header ? ByteView(*header).u32(0) : 0;
     if (!isUniversal(magic))
-        return architectures;
+        return true;
     const std::uint32_t count = ByteView(*header).u32(4);
     if (count == 0 || count > mostArchitectures)
-        return std::nullopt;
+        return false;
     const auto bytes
         = file.bytes(universalHeaderSize, count * entrySize(magic), mostArchitectures * entrySize(magic));
     if (!bytes)
-        return std::nullopt;
+        return false;
     const ByteView entries(*bytes);
     for (std::uint64_t at = 0; at < entries.size(); at += entrySize(magic)) {
         if (magic == universalMagic)
-            architectures.push_back(
+            m_architectures.push_back(
                 {entries.u32(at), entries.u32(at + 8), entries.u32(at + 12), entries.u32(at + 16)});
         else
-            architectures.push_back(
+            m_architectures.push_back(
                 {entries.u32(at), entries.u64(at + 8), entries.u64(at + 16), entries.u32(at + 24)});
     }
-    return architectures;
+    m_headerEnd = universalHeaderSize + entries.size();
+    return true;
+}
+
+MachOFile::Architecture MachOFile::chosenArchitecture(const CodeFile& file) const
+{
+    if (m_architectures.empty())
+        return {0, 0, file.size(), 0};
+    for (const std::uint32_t cpuType : {arm64Cpu, x86Cpu}) {
+        const auto found = std::find_if(m_architectures.begin(), m_architectures.end(),
+            [cpuType](const Architecture& one) { return one.cpuType == cpuType; });
+        if (found != m_architectures.end())
+            return *found;
+    }
+    return m_architectures.front();
 }
 
 std::optional<MachOFile> MachOFile::read(const CodeFile& file)
 {
-    auto architectures = file.size() <= largestProgram ? architecturesOf(file) : std::nullopt;
-    if (!architectures)
-        return std::nullopt;
     MachOFile result;
-    Architecture chosen{0, 0, file.size(), 0};
-    if (!architectures->empty()) {
-        const auto find = [&](std::uint32_t cpuType) {
-            return std::find_if(architectures->begin(), architectures->end(),
-                [cpuType](const Architecture& one) { return one.cpuType == cpuType; });
-        };
-        auto best = find(arm64Cpu);
-        if (best == architectures->end())
-            best = find(x86Cpu);
-        chosen = best == architectures->end() ? architectures->front() : *best;
-        const auto magic = ByteView(*file.bytes(0, universalHeaderSize, universalHeaderSize)).u32(0);
-        result.m_headerEnd = universalHeaderSize + architectures->size() * entrySize(magic);
-    }
+    if (file.size() > largestProgram || !result.readArchitectures(file))
+        return std::nullopt;
+    const Architecture chosen = result.chosenArchitecture(file);
     const auto slice = readSlice(file, chosen.offset, chosen.length);
     if (!slice)
         return std::nullopt;
     result.m_slice = *slice;
-    result.m_architectures = std::move(*architectures);
     return result;
 }
 
@@ -115,14 +113,8 @@ bool MachOFile::gapIsSound(
     const CodeFile& file, std::uint64_t begin, const Architecture& next, bool first) const
 {
     const std::uint64_t length = next.offset - begin;
-    if (!first && (next.align >= 64 || length >= 1ULL << next.align))
-        return false;
-    bool zero = true;
-    const ReadResult result = file.forEachPiece(begin, length, [&zero](ByteView piece) {
-        zero = std::all_of(piece.begin(), piece.end(), [](std::uint8_t byte) { return byte == 0; });
-        return zero;
-    });
-    return zero && result == ReadResult::complete;
+    const bool shortEnough = first || (next.align < 64 && length < 1ULL << next.align);
+    return shortEnough && file.isZero(begin, length);
 }
 
 bool MachOFile::structureIsSound(const CodeFile& file) const

@@ -32,11 +32,12 @@ private:
         std::uint64_t length = 0;
         std::uint32_t align = 0; // base-2 logarithm
     };
-    static std::optional<std::vector<Architecture>> architecturesOf(const CodeFile& file);
+    bool readArchitectures(const CodeFile& file);
+    Architecture chosenArchitecture(const CodeFile& file) const;
     bool gapIsSound(const CodeFile& file, std::uint64_t begin, const Architecture& next, bool first) const;
 
     std::vector<Architecture> m_architectures; // empty for a thin file
-    std::uint64_t m_headerEnd = 0;
+    std::uint64_t m_headerEnd = 0; // of the universal header
     MachOSlice m_slice;
 };
 

@@ -12,8 +12,8 @@ constexpr std::uint32_t segment64Command = 0x19;
 constexpr std::uint32_t codeSignatureCommand = 0x1d;
 constexpr std::uint64_t smallestCodeSignatureCommand = 16;
 
-// Genuine programs have some kilobytes of load commands.
-constexpr std::uint64_t largestCommands = 16U << 20U;
+// Genuine programs have some kilobytes of load commands; a universal file has a hundred times as many.
+constexpr std::uint64_t largestCommands = 1U << 20U;
 constexpr std::size_t headerPrefix = 28;
 
 struct Format {

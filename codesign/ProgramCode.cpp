@@ -36,6 +36,11 @@ CertificateFacts factsOf(const Certificate& certificate, const TrustAnchor& anch
 
 } // namespace
 
+std::unique_ptr<ProgramCode> ProgramCode::readWhole(std::unique_ptr<ProgramCode> code)
+{
+    return code->m_file.hasFailed() ? nullptr : std::move(code);
+}
+
 std::unique_ptr<ProgramCode> ProgramCode::atPath(const std::string& path, const TrustAnchor& anchor)
 {
     if (path.find('\0') != std::string::npos)
@@ -46,8 +51,8 @@ std::unique_ptr<ProgramCode> ProgramCode::atPath(const std::string& path, const 
         return nullptr;
     if (!bundle)
         bundle = bundleOfExecutable(path, *file);
-    return std::unique_ptr<ProgramCode>(
-        new ProgramCode(std::move(*file), std::move(bundle), Source::file, anchor));
+    return readWhole(std::unique_ptr<ProgramCode>(
+        new ProgramCode(std::move(*file), std::move(bundle), Source::file, anchor)));
 }
 
 std::unique_ptr<ProgramCode> ProgramCode::ofProcess(std::int32_t pid)
@@ -57,8 +62,8 @@ std::unique_ptr<ProgramCode> ProgramCode::ofProcess(std::int32_t pid)
     if (!file)
         return nullptr;
     auto bundle = bundleOfExecutable(program->path, *file);
-    return std::unique_ptr<ProgramCode>(
-        new ProgramCode(std::move(*file), std::move(bundle), Source::process, platformRoot()));
+    return readWhole(std::unique_ptr<ProgramCode>(
+        new ProgramCode(std::move(*file), std::move(bundle), Source::process, platformRoot())));
 }
 
 ProgramCode::ProgramCode(

@@ -23,7 +23,8 @@ namespace quorvane {
 // each time a check asks for them. A file that changes meanwhile fails a check and does no other harm.
 class ProgramCode : public CodeObject {
 public:
-    // None when the path names neither a readable regular file nor a bundle with one.
+    // None when the path names neither a regular file nor a bundle with one, and when that file could not be
+    // read: of a failing disk's program nothing is known, not even that nobody has signed it.
     static std::unique_ptr<ProgramCode> atPath(
         const std::string& path, const TrustAnchor& anchor = platformRoot());
 
@@ -38,6 +39,9 @@ private:
     enum class Source { file, process };
 
     ProgramCode(CodeFile file, std::optional<BundleLayout> bundle, Source source, const TrustAnchor& anchor);
+
+    // The code, or null when its file failed while the signature was read.
+    static std::unique_ptr<ProgramCode> readWhole(std::unique_ptr<ProgramCode> code);
 
     void readSignature();
     ValidityStatus judgeSigner();

@@ -56,18 +56,24 @@ public:
     bool isFolder(const std::string& path) override { return isFolderAt(path); }
     std::string sha1(const std::string& path) override
     {
-        return remembered(
-            path, &Answers::sha1, [&path] { return sha1OfFile(path).value_or(quorvane::sha1({})); });
+        return remembered(path, &Answers::sha1, [&path] {
+            return sha1OfFile(path);
+        }).value_or(quorvane::sha1({}));
     }
     std::string sha256(const std::string& path) override
     {
-        return remembered(
-            path, &Answers::sha256, [&path] { return sha256OfFile(path).value_or(quorvane::sha256({})); });
+        return remembered(path, &Answers::sha256, [&path] {
+            return sha256OfFile(path);
+        }).value_or(quorvane::sha256({}));
     }
-    std::optional<std::string> team(const std::string& path) override { return signing(path).team; }
+    bool isReadable(const std::string& path) override { return signing(path).has_value(); }
+    std::optional<std::string> team(const std::string& path) override
+    {
+        return signing(path).value_or(Signing{}).team;
+    }
     std::uint32_t platformIdentifier(const std::string& path) override
     {
-        return signing(path).platformIdentifier;
+        return signing(path).value_or(Signing{}).platformIdentifier;
     }
 
 private:
@@ -82,18 +88,22 @@ private:
         std::optional<Signing> signing;
     };
 
-    // Both from one reading of the program.
-    Signing signing(const std::string& path)
+    // Both from one reading of the program; none when it cannot be read.
+    std::optional<Signing> signing(const std::string& path)
     {
-        return remembered(path, &Answers::signing, [&path] {
+        return remembered(path, &Answers::signing, [&path]() -> std::optional<Signing> {
             const auto code = getCodeRefWithPath(path);
+            if (!code)
+                return std::nullopt;
             return Signing{codeSignText(code.get(), kSecCodeInfoTeamIdentifier),
                 static_cast<std::uint32_t>(codeSignPlatformIdentifier(code.get()))};
         });
     }
 
+    // A failure is not remembered: the next look may succeed on the same file.
     template <class Answer, class Find>
-    Answer remembered(const std::string& path, std::optional<Answer> Answers::*member, const Find& find)
+    std::optional<Answer> remembered(
+        const std::string& path, std::optional<Answer> Answers::*member, const Find& find)
     {
         const auto before = identityOf(path);
         if (!before)
@@ -101,10 +111,10 @@ private:
         const auto known = m_answers.find(path);
         const bool isCurrent = known != m_answers.end() && isSame(known->second.identity, *before);
         if (isCurrent && known->second.*member)
-            return *(known->second.*member);
-        Answer answer = find();
+            return known->second.*member;
+        std::optional<Answer> answer = find();
         const auto after = identityOf(path);
-        if (!after || !isSame(*before, *after) || !isSettled(*after))
+        if (!answer || !after || !isSame(*before, *after) || !isSettled(*after))
             return answer;
         if (!isCurrent && m_answers.size() >= mostRemembered)
             m_answers.clear();

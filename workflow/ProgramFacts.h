@@ -23,6 +23,9 @@ public:
     virtual std::string sha1(const std::string& path) = 0;
     virtual std::string sha256(const std::string& path) = 0;
 
+    // False when the program's file could not be read, so that nothing is known of its signature.
+    virtual bool isReadable(const std::string& path) = 0;
+
     // The team that has signed the program; none when none is proven.
     virtual std::optional<std::string> team(const std::string& path) = 0;
 

@@ -105,8 +105,8 @@ std::string RuleImport::findConstraint(const std::string& path)
         return *team;
     if (m_facts.platformIdentifier(path) != 0)
         return platformBinary;
-    // A file that cannot be read is digested as empty input here too, so that the table finds it valid.
-    return isSIP(path) ? std::string() : m_facts.sha256(path);
+    // A program that cannot be read may have a team all the same.
+    return isSIP(path) || !m_facts.isReadable(path) ? std::string() : m_facts.sha256(path);
 }
 
 ImportResult RuleImport::didFinishImportingRules()

@@ -30,6 +30,11 @@ public:
     {
         return answer(sha256s, path).value_or(sha256OfNothing);
     }
+    bool isReadable(const std::string& path) override
+    {
+        ++questions;
+        return !unreadable.contains(path);
+    }
     std::optional<std::string> team(const std::string& path) override { return answer(teams, path); }
     std::uint32_t platformIdentifier(const std::string& path) override
     {
@@ -38,6 +43,7 @@ public:
 
     std::set<std::string> existing; // files
     std::set<std::string> folders;
+    std::set<std::string> unreadable;
     std::map<std::string, std::string> sha1s;
     std::map<std::string, std::string> sha256s;
     std::map<std::string, std::string> teams;

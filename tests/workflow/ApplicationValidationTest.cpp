@@ -199,6 +199,14 @@ TEST(ProgramFactsOnDisk, WhatCannotBeReadIsDigestedAsEmptyInput)
     }
 }
 
+TEST(ProgramFactsOnDisk, KnowNothingOfWhatCannotBeRead)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(programFactsOnDisk().isReadable(folder.write("file", "")));
+    EXPECT_FALSE(programFactsOnDisk().isReadable(folder.path("missing")));
+    EXPECT_FALSE(programFactsOnDisk().isReadable("/dev/null"));
+}
+
 TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
 {
     // given a file that has rested, so that its answers are remembered

@@ -1,0 +1,89 @@
+#include "codesign/CodeFile.h"
+#include "tests/support/ByteWriter.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace quorvane::test {
+
+namespace {
+
+// Writes one byte into an existing file.
+void writeByteAt(const std::string& path, std::uint64_t offset, char byte)
+{
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(static_cast<std::streamoff>(offset));
+    file.put(byte);
+}
+
+} // namespace
+
+TEST(CodeFile, IsZeroWhereNothingElseIsStored)
+{
+    const TemporaryFolder folder;
+    constexpr std::uint64_t size = 8ULL << 30U;
+    const std::string path = folder.write("file", "x");
+    std::filesystem::resize_file(path, size);
+    EXPECT_TRUE(CodeFile::open(path)->isZero(1, size - 1)) << "a hole";
+    EXPECT_FALSE(CodeFile::open(path)->isZero(0, size)) << "its first byte";
+    EXPECT_FALSE(CodeFile::open(path)->isZero(1, size)) << "past the end";
+    EXPECT_FALSE(CodeFile::open(path)->isZero(UINT64_MAX, 2)) << "a sum that wraps around";
+
+    constexpr std::uint64_t inside = 5ULL << 30U;
+    writeByteAt(path, inside, '\0');
+    EXPECT_TRUE(CodeFile::open(path)->isZero(1, size - 1)) << "stored zeros between holes";
+    writeByteAt(path, inside, 'y');
+    EXPECT_FALSE(CodeFile::open(path)->isZero(1, size - 1));
+    EXPECT_TRUE(CodeFile::open(path)->isZero(1, inside - 1)) << "up to it";
+    EXPECT_FALSE(CodeFile::open(path)->isZero(1, inside));
+    EXPECT_TRUE(CodeFile::open(path)->isZero(inside + 1, size - inside - 1)) << "behind it";
+}
+
+TEST(CodeFile, FindsEveryByteThatIsNotZeroInStoredData)
+{
+    const TemporaryFolder folder;
+    for (const std::size_t at : {0U, 1U, 4095U, 262143U, 262144U, 299999U}) {
+        std::string contents(300000, '\0');
+        const std::string zeros = folder.write("zeros", contents);
+        contents[at] = 1;
+        EXPECT_TRUE(CodeFile::open(zeros)->isZero(0, contents.size()));
+        EXPECT_FALSE(CodeFile::open(folder.write("file", contents))->isZero(0, contents.size())) << at;
+    }
+}
+
+TEST(CodeFile, HasFailedOnlyWhenItHoldsLessThanItsSize)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "0123456789");
+    const auto file = CodeFile::open(path);
+    Bytes to(10);
+    EXPECT_EQ(file->read(5, to.data(), 10), ReadResult::cutShort);
+    EXPECT_FALSE(file->bytes(5, 10, 10)) << "more than it holds";
+    EXPECT_FALSE(file->hasFailed());
+
+    std::filesystem::resize_file(path, 5);
+    EXPECT_TRUE(file->bytes(0, 5, 5));
+    EXPECT_FALSE(file->hasFailed());
+    EXPECT_FALSE(file->bytes(0, 10, 10));
+    EXPECT_TRUE(file->hasFailed()) << "it has shrunk";
+}
+
+TEST(CodeFile, IsReadToItsEndWhateverItsSizeSays)
+{
+    const auto file = CodeFile::open("/proc/version");
+    ASSERT_TRUE(file);
+    ASSERT_EQ(file->size(), 0U);
+    std::string read;
+    const auto result = file->forEachPieceToEnd([&read](ByteView piece) {
+        read += piece.text();
+        return true;
+    });
+    EXPECT_EQ(result, ReadResult::complete);
+    EXPECT_EQ(read, TemporaryFolder::contents("/proc/version"));
+    EXPECT_NE(read, "");
+}
+
+} // namespace quorvane::test
