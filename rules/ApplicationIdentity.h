@@ -42,12 +42,17 @@ template <class Rule> std::string applicationNameForRule(const Rule& rule)
     return applicationNameForProcess(rule.fields().processName);
 }
 
+template <class Fields> std::string applicationGroupIdentityForFields(const Fields& rule)
+{
+    if constexpr (requires { rule.constraint; })
+        return applicationGroupIdentityForProcess(rule.processName, rule.constraint);
+    else
+        return applicationGroupIdentityForProcess(rule.processName, "");
+}
+
 template <class Rule> std::string applicationGroupIdentityForRule(const Rule& rule)
 {
-    if constexpr (requires { rule.fields().constraint; })
-        return applicationGroupIdentityForProcess(rule.fields().processName, rule.fields().constraint);
-    else
-        return applicationGroupIdentityForProcess(rule.fields().processName, "");
+    return applicationGroupIdentityForFields(rule.fields());
 }
 
 template <class Rule> std::string applicationPathForRule(const Rule& rule)

@@ -99,10 +99,10 @@ const PolicyRule* CoverIndex::firstCovering(const PolicyRule& rule, const RuleLi
 
 void CoverIndex::bringUpToDate(const RuleList<PolicyRule>& rules)
 {
-    if (m_layout != rules.layout() || m_keyChanges != PolicyRule::keyChanges()) {
+    if (m_layout != rules.layout() || m_keyChanges != rules.keyChanges()) {
         *this = {};
         m_layout = rules.layout();
-        m_keyChanges = PolicyRule::keyChanges();
+        m_keyChanges = rules.keyChanges();
     }
     const auto& slots = rules.slots();
     for (; m_indexedSlots < slots.size(); ++m_indexedSlots) {

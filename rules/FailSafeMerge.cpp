@@ -2,6 +2,7 @@
 
 #include "platform/PathComponents.h"
 #include "rules/Hashing.h"
+#include "rules/RuleIdentity.h"
 
 #include <algorithm>
 #include <iterator>

@@ -10,6 +10,12 @@ namespace quorvane {
 // The policy rules of one application group, in stored order. For the thread that owns the store.
 class PolicyGroup {
 public:
+    // `changes` counts the changes of stored records; it must outlive the group.
+    explicit PolicyGroup(std::uint64_t& changes)
+        : m_rules(changes)
+    {
+    }
+
     RuleList<PolicyRule>& rules() { return m_rules; }
     const RuleList<PolicyRule>& rules() const { return m_rules; }
 

@@ -2,11 +2,17 @@
 
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
+#include "rules/RuleIdentity.h"
 
 namespace quorvane {
 
 PolicyRule::PolicyRule(PolicyRuleFields fields, std::uint64_t initialized)
-    : LockedFields(std::move(fields))
+    : PolicyRule(makeRuleValue(std::move(fields)), initialized)
+{
+}
+
+PolicyRule::PolicyRule(PolicyValue value, std::uint64_t initialized)
+    : RuleHandle(std::move(value))
     , m_initialized(initialized)
 {
 }
@@ -26,16 +32,12 @@ std::int32_t PolicyRule::getRuleState() const
 
 bool PolicyRule::isEqualToPolicyRule(const PolicyRule& other) const
 {
-    return sameText(fields().path, other.fields().path) && isEqualToPolicyRuleWithPrefix(other);
+    return isEqualRule(fields(), other.fields());
 }
 
 bool PolicyRule::isEqualToPolicyRuleWithPrefix(const PolicyRule& other) const
 {
-    const PolicyRuleFields& mine = fields();
-    const PolicyRuleFields& theirs = other.fields();
-    return mine.policyClass == theirs.policyClass && mine.policyType == theirs.policyType
-        && mine.operations == theirs.operations && mine.flags == theirs.flags && !mine.path.isNull()
-        && sameText(mine.processName, theirs.processName) && sameText(mine.constraint, theirs.constraint);
+    return isEqualButForPath(fields(), other.fields());
 }
 
 } // namespace quorvane

@@ -1,57 +1,47 @@
 #pragma once
 
-#include "rules/LockedFields.h"
-#include "rules/NullableText.h"
+#include "rules/RuleHandle.h"
+#include "rules/RuleValue.h"
 
+#include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <string>
 
 namespace quorvane {
-
-// The properties of a policy rule; the codes are those of RuleCodes.h.
-struct PolicyRuleFields {
-    std::int32_t policyClass = 0;
-    std::int32_t policyType = 0;
-    NullableText path{};
-    NullableText processName{}; // forms: ApplicationIdentity.h
-    NullableText tag = "";
-    NullableText constraint = ""; // 40 characters SHA-1, 64 SHA-256, else a team identifier; empty for none
-    std::uint32_t operations = 0;
-    std::uint32_t flags = 0;
-    std::uint64_t created = 0; // seconds since 1970
-    std::int64_t sequence = 0; // load order
-    bool system = false;
-};
 
 // Decides that a process may, or may not, perform operations on paths.
 //
 // Shared by reference: the store, its rows and an editor hold the same object. Every property may be read
 // from any thread; it is set by the thread that owns the store.
-class PolicyRule : public LockedFields<PolicyRuleFields> {
+class PolicyRule : public RuleHandle<PolicyRuleFields> {
 public:
     // `initialized` is the time, in seconds since 1970, against which the rule's age is measured.
     explicit PolicyRule(PolicyRuleFields fields = {},
         std::uint64_t initialized = static_cast<std::uint64_t>(std::time(nullptr)));
-    PolicyRule(const PolicyRule&) = delete;
-    PolicyRule& operator=(const PolicyRule&) = delete;
+    explicit PolicyRule(
+        PolicyValue value, std::uint64_t initialized = static_cast<std::uint64_t>(std::time(nullptr)));
+
+    // The rule was read again: its age is measured against `initialized` from now on.
+    void setInitialized(std::uint64_t initialized) { m_initialized = initialized; }
 
     std::int32_t policyClass() const { return get(&PolicyRuleFields::policyClass); }
-    void setPolicyClass(std::int32_t value) { setKey(&PolicyRuleFields::policyClass, value); }
+    void setPolicyClass(std::int32_t value) { set(&PolicyRuleFields::policyClass, value); }
     std::int32_t policyType() const { return get(&PolicyRuleFields::policyType); }
-    void setPolicyType(std::int32_t value) { setKey(&PolicyRuleFields::policyType, value); }
+    void setPolicyType(std::int32_t value) { set(&PolicyRuleFields::policyType, value); }
     NullableText path() const { return get(&PolicyRuleFields::path); }
-    void setPath(NullableText value) { setKey(&PolicyRuleFields::path, std::move(value)); }
+    void setPath(NullableText value) { set(&PolicyRuleFields::path, std::move(value)); }
     NullableText processName() const { return get(&PolicyRuleFields::processName); }
-    void setProcessName(NullableText value) { setKey(&PolicyRuleFields::processName, std::move(value)); }
+    void setProcessName(NullableText value) { set(&PolicyRuleFields::processName, std::move(value)); }
     NullableText tag() const { return get(&PolicyRuleFields::tag); }
     void setTag(NullableText value) { set(&PolicyRuleFields::tag, std::move(value)); }
     NullableText constraint() const { return get(&PolicyRuleFields::constraint); }
-    void setConstraint(NullableText value) { setKey(&PolicyRuleFields::constraint, std::move(value)); }
+    void setConstraint(NullableText value) { set(&PolicyRuleFields::constraint, std::move(value)); }
     std::uint32_t operations() const { return get(&PolicyRuleFields::operations); }
-    void setOperations(std::uint32_t value) { setKey(&PolicyRuleFields::operations, value); }
+    void setOperations(std::uint32_t value) { set(&PolicyRuleFields::operations, value); }
     std::uint32_t flags() const { return get(&PolicyRuleFields::flags); }
-    void setFlags(std::uint32_t value) { setKey(&PolicyRuleFields::flags, value); }
+    void setFlags(std::uint32_t value) { set(&PolicyRuleFields::flags, value); }
     std::uint64_t created() const { return get(&PolicyRuleFields::created); }
     void setCreated(std::uint64_t value) { set(&PolicyRuleFields::created, value); }
     std::int64_t sequence() const { return get(&PolicyRuleFields::sequence); }
@@ -75,7 +65,7 @@ public:
     bool isEqualToPolicyRuleWithPrefix(const PolicyRule& other) const;
 
 private:
-    const std::uint64_t m_initialized;
+    std::atomic<std::uint64_t> m_initialized;
 };
 
 using PolicyRulePtr = std::shared_ptr<PolicyRule>;

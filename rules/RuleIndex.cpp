@@ -7,25 +7,16 @@
 
 namespace quorvane {
 
-namespace {
-
-std::uint64_t changesOfRecords()
-{
-    return PolicyRule::changes() + WatchRule::changes();
-}
-
-} // namespace
-
 RuleIndex::RuleIndex()
 {
-    setRules({});
+    setRules({}, 0);
 }
 
-void RuleIndex::setRules(std::vector<RuleRef> rules)
+void RuleIndex::setRules(std::vector<RuleRef> rules, std::uint64_t changes)
 {
     m_rules = std::make_shared<const std::vector<RuleRef>>(std::move(rules));
     m_filter.reset();
-    rebuild();
+    rebuild(changes);
 }
 
 void RuleIndex::setSearchText(std::optional<std::string> text)
@@ -38,9 +29,9 @@ void RuleIndex::setSortDescriptors(std::vector<SortDescriptor> descriptors)
     m_sortDescriptors = std::move(descriptors);
 }
 
-void RuleIndex::rebuild()
+void RuleIndex::rebuild(std::uint64_t changes)
 {
-    m_passing = passingRules();
+    m_passing = passingRules(changes);
     std::vector<std::uint32_t> order = m_passing;
     sortRules(order, *m_rules, m_sortDescriptors);
     publish(std::move(order));
@@ -68,15 +59,15 @@ bool RuleIndex::passes(const PolicyRule& rule) const
     return !m_searchText || policyRuleContains(rule, *m_searchText);
 }
 
-std::vector<std::uint32_t> RuleIndex::passingRules()
+std::vector<std::uint32_t> RuleIndex::passingRules(std::uint64_t changes)
 {
     if (!m_searchText) {
         std::vector<std::uint32_t> all(m_rules->size());
         std::iota(all.begin(), all.end(), 0U);
         return all;
     }
-    if (!m_filter || m_changes != changesOfRecords()) {
-        m_changes = changesOfRecords();
+    if (!m_filter || m_changes != changes) {
+        m_changes = changes;
         m_filter = std::make_unique<RuleFilter>(*m_rules);
     }
     return m_filter->rulesContaining(*m_searchText);

@@ -44,7 +44,7 @@ public:
     RuleIndex();
 
     // The rules in stored order, unfiltered: watch rules, then policy rules by application group.
-    void setRules(std::vector<RuleRef> rules);
+    void setRules(std::vector<RuleRef> rules, std::uint64_t changes);
     const std::vector<RuleRef>& rules() const { return *m_rules; }
 
     // None, like the empty text, lets every rule pass.
@@ -53,8 +53,9 @@ public:
 
     void setSortDescriptors(std::vector<SortDescriptor> descriptors);
 
-    // Filters and sorts afresh, since properties of rules may have changed.
-    void rebuild();
+    // Filters and sorts afresh, since properties of rules may have changed. `changes` differs from the last
+    // one when they have.
+    void rebuild(std::uint64_t changes);
 
     // Sorts the present rows, which keeps the order of those that tie.
     void sort();
@@ -68,7 +69,7 @@ public:
     bool passes(const PolicyRule& rule) const;
 
 private:
-    std::vector<std::uint32_t> passingRules();
+    std::vector<std::uint32_t> passingRules(std::uint64_t changes);
     void publish(std::vector<std::uint32_t> order);
 
     std::shared_ptr<const std::vector<RuleRef>> m_rules;

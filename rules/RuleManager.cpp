@@ -88,9 +88,8 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
 void RuleManager::reloadCurrentUserConfiguration()
 {
     m_policyRulesByApplication.clear();
-    m_everyPolicyRule.reset();
     m_orderedGroups.clear();
-    m_watchRules = {};
+    m_watchRules.clear();
     m_filterOptions.clear();
     readOwnFile(m_locations.userRulesFile(), false);
     loadOptions();
@@ -123,7 +122,6 @@ void RuleManager::readSelectedSystemFiles()
 bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSystemRules)
 {
     m_lastErrorMessage.reset();
-    m_everyPolicyRule.reset();
     if (path.isNull()) {
         m_log.write("could not open null path");
         m_lastErrorMessage = "Internal error: the path provided was null";
@@ -160,50 +158,49 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
 
 void RuleManager::storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe)
 {
-    if (auto* policy = std::get_if<PolicyRulePtr>(&line.record)) {
+    if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content)) {
         storeParsedRule(std::move(*policy), line.hash, groups, failSafe);
-    } else if (auto* watch = std::get_if<WatchRulePtr>(&line.record)) {
+    } else if (auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content)) {
         storeParsedRule(std::move(*watch), line);
     } else {
-        auto& option = std::get<FilterOption>(line.record);
+        auto& option = std::get<FilterOption>(line.content);
         m_log.write(logLine("option ", option.name.written(), " set to ", option.value));
         m_filterOptions.push_back(std::move(option));
     }
 }
 
-void RuleManager::storeParsedRule(WatchRulePtr rule, const ParsedLine& line)
+void RuleManager::storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line)
 {
-    rule->fieldsBeforeSharing().sequence = m_ruleSequence++;
+    fields->sequence = m_ruleSequence++;
     if (m_log.isListening()) {
-        const WatchRuleFields& fields = rule->fields();
-        m_log.write(logLine("watch policy type ", fields.policyType, " path ", fields.path.written(),
-            " proc ", fields.processName.written(), " operations ", fields.operations, " (",
+        m_log.write(logLine("watch policy type ", fields->policyType, " path ", fields->path.written(),
+            " proc ", fields->processName.written(), " operations ", fields->operations, " (",
             line.operationsText.view(), ")"));
     }
-    if (!m_watchRules.firstEqual(*rule, line.hash))
-        m_watchRules.append(std::move(rule), line.hash);
+    if (!m_watchRules.firstEqual(*fields, line.hash))
+        m_watchRules.append(std::make_shared<WatchRule>(std::move(fields)), line.hash);
 }
 
 void RuleManager::storeParsedRule(
-    PolicyRulePtr rule, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe)
+    std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe)
 {
-    rule->fieldsBeforeSharing().sequence = m_ruleSequence++;
-    PolicyGroup* known = groups.find(rule->fields());
-    PolicyGroup& group = known == nullptr ? groupOf(*rule) : *known;
+    fields->sequence = m_ruleSequence++;
+    PolicyGroup* known = groups.find(*fields);
+    PolicyGroup& group = known == nullptr ? groupOf(*fields) : *known;
     if (known == nullptr)
-        groups.remember(rule->fields(), group);
+        groups.remember(*fields, group);
     if (m_log.isListening()) {
-        const PolicyRuleFields& fields = rule->fields();
-        m_log.write(logLine("policy class ", fields.policyClass, " type ", fields.policyType, " path ",
-            fields.path.written(), " process ", fields.processName.written(), " operations ",
-            fields.operations, " flags ", fields.flags, " constraint ", fields.constraint.written(),
-            " to application directory for '", applicationGroupIdentityForRule(*rule), "'"));
+        m_log.write(logLine("policy class ", fields->policyClass, " type ", fields->policyType, " path ",
+            fields->path.written(), " process ", fields->processName.written(), " operations ",
+            fields->operations, " flags ", fields->flags, " constraint ", fields->constraint.written(),
+            " to application directory for '", applicationGroupIdentityForFields(*fields), "'"));
     }
     if (failSafe != nullptr) {
+        const auto rule = std::make_shared<PolicyRule>(std::move(fields));
         if (!failSafe->absorbs(*rule, group))
             group.rules().append(rule);
-    } else if (!group.rules().firstEqual(*rule, hash)) {
-        group.rules().append(std::move(rule), hash);
+    } else if (!group.rules().firstEqual(*fields, hash)) {
+        group.rules().append(std::make_shared<PolicyRule>(std::move(fields)), hash);
     }
 }
 
@@ -330,16 +327,16 @@ std::vector<PolicyRulePtr> RuleManager::policyRules() const
 
 bool RuleManager::hasEqualPolicyRule(const PolicyRule& rule) const
 {
-    // Not only the rule's own group is looked at: a rule that was changed after it was stored stays in the
-    // group of its former application.
-    if (!m_everyPolicyRule) {
-        m_everyPolicyRule.emplace();
-        for (const Groups::value_type& group : m_policyRulesByApplication)
-            group.second.rules().forEach([this](const auto& stored) { m_everyPolicyRule->append(stored); });
-    }
-    return m_everyPolicyRule->firstEqual(rule, identityHash(rule), [this](const PolicyRule& stored) {
-        return m_index.passes(stored);
-    }) != nullptr;
+    const std::uint64_t hash = identityHash(rule);
+    const auto isIn = [&](const PolicyGroup& group) {
+        const auto passes = [this](const PolicyRule& stored) { return m_index.passes(stored); };
+        return group.rules().firstEqual(rule.fields(), hash, passes) != nullptr;
+    };
+    if (const PolicyGroup* group = existingGroupOf(rule.fields()); group != nullptr && isIn(*group))
+        return true;
+    // A rule that was changed after it was stored stays in the group of its former application.
+    return std::any_of(m_policyRulesByApplication.begin(), m_policyRulesByApplication.end(),
+        [&](const auto& group) { return group.second.rules().hasStrays() && isIn(group.second); });
 }
 
 std::vector<std::string> RuleManager::sortedKeys() const
@@ -359,17 +356,17 @@ bool RuleManager::addWatchRule(const WatchRulePtr& rule)
 
 bool RuleManager::addPolicyRule(const PolicyRulePtr& rule)
 {
-    groupOf(*rule).rules().append(rule);
-    if (m_everyPolicyRule)
-        m_everyPolicyRule->append(rule);
+    groupOf(rule->fields()).rules().append(rule);
     rebuildRulesCache();
     return true;
 }
 
 bool RuleManager::deleteWatchRule(const WatchRule& rule)
 {
-    if (!m_watchRules.removeFirstEqual(rule))
+    const std::size_t slot = m_watchRules.slotOfFirstEqual(rule.fields(), identityHash(rule));
+    if (slot == RuleList<WatchRule>::noSlot)
         return false;
+    m_watchRules.removeAt(slot);
     rebuildRulesCache();
     return true;
 }
@@ -377,33 +374,25 @@ bool RuleManager::deleteWatchRule(const WatchRule& rule)
 bool RuleManager::deletePolicyRule(const PolicyRule& rule)
 {
     const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
-    if (group == m_policyRulesByApplication.end() || !group->second.rules().removeFirstEqual(rule))
+    if (group == m_policyRulesByApplication.end())
         return false;
-    policyRuleWasRemoved();
+    RuleList<PolicyRule>& rules = group->second.rules();
+    const std::size_t slot = rules.slotOfFirstEqual(rule.fields(), identityHash(rule));
+    if (slot == RuleList<PolicyRule>::noSlot)
+        return false;
+    rules.removeAt(slot);
+    rebuildRulesCache();
     return true;
 }
 
 bool RuleManager::takeOutWatchRule(const WatchRule& rule)
 {
-    if (!m_watchRules.remove(rule))
-        return deleteWatchRule(rule);
-    rebuildRulesCache();
-    return true;
+    return remove(rule, nullptr) || deleteWatchRule(rule);
 }
 
 bool RuleManager::takeOutPolicyRule(const PolicyRule& rule)
 {
-    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
-    if (group == m_policyRulesByApplication.end() || !group->second.rules().remove(rule))
-        return deletePolicyRule(rule);
-    policyRuleWasRemoved();
-    return true;
-}
-
-void RuleManager::policyRuleWasRemoved()
-{
-    m_everyPolicyRule.reset();
-    rebuildRulesCache();
+    return remove(rule, nullptr) || deletePolicyRule(rule);
 }
 
 WatchRulePtr RuleManager::firstEqualRule(const WatchRule& rule) const
@@ -413,27 +402,28 @@ WatchRulePtr RuleManager::firstEqualRule(const WatchRule& rule) const
 
 PolicyRulePtr RuleManager::firstEqualRule(const PolicyRule& rule) const
 {
-    const PolicyGroup* group = existingGroupOf(rule);
+    const PolicyGroup* group = existingGroupOf(rule.fields());
     return group == nullptr ? nullptr : group->rules().firstEqual(rule);
 }
 
 const PolicyRule* RuleManager::coveringRule(const PolicyRule& rule) const
 {
-    const PolicyGroup* group = existingGroupOf(rule);
+    const PolicyGroup* group = existingGroupOf(rule.fields());
     return group == nullptr ? nullptr : group->firstCovering(rule);
 }
 
-PolicyGroup& RuleManager::groupOf(const PolicyRule& rule)
+PolicyGroup& RuleManager::groupOf(const PolicyRuleFields& rule)
 {
-    const auto [group, isNew] = m_policyRulesByApplication.try_emplace(applicationGroupIdentityForRule(rule));
+    const auto [group, isNew]
+        = m_policyRulesByApplication.try_emplace(applicationGroupIdentityForFields(rule), m_ruleChanges);
     if (isNew)
         m_orderedGroups.clear();
     return group->second;
 }
 
-const PolicyGroup* RuleManager::existingGroupOf(const PolicyRule& rule) const
+const PolicyGroup* RuleManager::existingGroupOf(const PolicyRuleFields& rule) const
 {
-    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
+    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForFields(rule));
     return group == m_policyRulesByApplication.end() ? nullptr : &group->second;
 }
 
@@ -464,12 +454,135 @@ const RuleIndex& RuleManager::index() const
         m_watchRules.forEach(collect);
         for (const Groups::value_type* group : orderedGroups())
             group->second.rules().forEach(collect);
-        m_index.setRules(std::move(rules));
+        m_index.setRules(std::move(rules), m_ruleChanges);
     } else if (m_rowsChanged) {
-        m_index.rebuild();
+        m_index.rebuild(m_ruleChanges);
     }
     m_rowsChanged = false;
     return m_index;
+}
+
+std::vector<RuleRef> RuleManager::userRules() const
+{
+    std::vector<RuleRef> rules;
+    const auto collect = [&rules](const auto& rule) {
+        if (!rule->fields().system)
+            rules.emplace_back(rule);
+    };
+    m_watchRules.forEach(collect);
+    for (const Groups::value_type* group : orderedGroups())
+        group->second.rules().forEach(collect);
+    return rules;
+}
+
+RulesSnapshot RuleManager::userRulesSnapshot() const
+{
+    std::vector<RuleValue> values;
+    for (const RuleRef& rule : userRules())
+        values.push_back(valueOf(rule));
+    return RulesSnapshot(std::move(values));
+}
+
+ChangeSet RuleManager::apply(const ChangeSet& changes)
+{
+    ChangeSet done;
+    for (const ChangeSet::Removal& removal : changes.removed) {
+        ChangeSet::Removal removed{removal.rule, {}, valueOf(removal.rule)};
+        if (askRule(removal.rule, [&](const auto& rule) { return remove(rule, &removed.place); }))
+            done.removed.push_back(std::move(removed));
+    }
+    for (const ChangeSet::Change& change : changes.changed) {
+        if (isStored(change.rule)) {
+            done.changed.push_back({change.rule, valueOf(change.rule), change.after});
+            setValue(change.rule, change.after);
+        } else if (add({change.rule, change.after})) {
+            done.added.push_back({change.rule, change.after});
+        }
+    }
+    for (const ChangeSet::Addition& addition : changes.added) {
+        if (add(addition))
+            done.added.push_back(addition);
+    }
+    rebuildRulesCache();
+    return done;
+}
+
+// The list and the slot in which a record is stored; the list is null when it is not. A rule that was changed
+// after it was stored stays in the group of its former application.
+std::pair<RuleList<WatchRule>*, std::size_t> RuleManager::placeOf(const WatchRule& rule)
+{
+    const std::size_t slot = m_watchRules.slotOf(rule);
+    return {slot == RuleList<WatchRule>::noSlot ? nullptr : &m_watchRules, slot};
+}
+
+std::pair<RuleList<PolicyRule>*, std::size_t> RuleManager::placeOf(const PolicyRule& rule)
+{
+    const auto own = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
+    if (own != m_policyRulesByApplication.end()) {
+        const std::size_t slot = own->second.rules().slotOf(rule);
+        if (slot != RuleList<PolicyRule>::noSlot)
+            return {&own->second.rules(), slot};
+    }
+    for (Groups::value_type& group : m_policyRulesByApplication) {
+        if (!group.second.rules().hasStrays())
+            continue;
+        const std::size_t slot = group.second.rules().slotOf(rule);
+        if (slot != RuleList<PolicyRule>::noSlot)
+            return {&group.second.rules(), slot};
+    }
+    return {nullptr, 0};
+}
+
+bool RuleManager::isStored(const RuleRef& rule)
+{
+    return askRule(rule, [this](const auto& record) { return placeOf(record).first != nullptr; });
+}
+
+// Takes the very record out and fills in where it stood, when wanted; false when it is not stored.
+template <class Rule> bool RuleManager::remove(const Rule& rule, ChangeSet::Place* stood)
+{
+    const auto [list, slot] = placeOf(rule);
+    if (list == nullptr)
+        return false;
+    if (stood != nullptr) {
+        *stood = {ChangeSet::Place::start, {}};
+        for (std::size_t before = slot; before-- > 0;) {
+            if (const auto& predecessor = list->slots()[before]) {
+                *stood = {ChangeSet::Place::behind, RuleRef(predecessor)};
+                break;
+            }
+        }
+    }
+    list->removeAt(slot);
+    rebuildRulesCache();
+    return true;
+}
+
+bool RuleManager::add(const ChangeSet::Addition& addition)
+{
+    if (isStored(addition.rule))
+        return false;
+    setValue(addition.rule, addition.value);
+    if (const auto* policy = std::get_if<PolicyRulePtr>(&addition.rule))
+        insert(groupOf((*policy)->fields()).rules(), *policy, addition.place);
+    else
+        insert(m_watchRules, std::get<WatchRulePtr>(addition.rule), addition.place);
+    return true;
+}
+
+template <class Rule>
+void RuleManager::insert(
+    RuleList<Rule>& list, const std::shared_ptr<Rule>& rule, const ChangeSet::Place& place)
+{
+    if (place.kind == ChangeSet::Place::start)
+        return list.insert(0, rule);
+    const auto* neighbour = place.rule ? std::get_if<std::shared_ptr<Rule>>(&*place.rule) : nullptr;
+    if (place.kind == ChangeSet::Place::behind && neighbour != nullptr) {
+        const std::size_t slot = list.slotOf(**neighbour);
+        if (slot != RuleList<Rule>::noSlot)
+            return list.insert(slot + 1, rule);
+    }
+    list.append(rule);
 }
 
 } // namespace quorvane

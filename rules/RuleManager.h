@@ -2,6 +2,7 @@
 
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
+#include "rules/ChangeSet.h"
 #include "rules/FilterOption.h"
 #include "rules/PolicyGroup.h"
 #include "rules/RuleIndex.h"
@@ -9,6 +10,7 @@
 #include "rules/RuleRef.h"
 #include "rules/RuleSort.h"
 #include "rules/RulesParser.h"
+#include "rules/RulesSnapshot.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -112,6 +114,16 @@ public:
     WatchRulePtr firstEqualRule(const WatchRule& rule) const;
     PolicyRulePtr firstEqualRule(const PolicyRule& rule) const;
 
+    // Does what `changes` names, in its order, and answers what was really done, which inverted() takes back.
+    // A removal of a record that is not stored is left out, an addition of one that is stored too; a change
+    // of one that is not stored becomes an addition at the end.
+    ChangeSet apply(const ChangeSet& changes);
+
+    // The user's rules in the order in which writeToFile() writes them.
+    std::vector<RuleRef> userRules() const;
+    // The same as they are now, for any thread.
+    RulesSnapshot userRulesSnapshot() const;
+
     // True when another stored rule of the same application group covers `rule`.
     bool isRedundant(const PolicyRule& rule) const { return coveringRule(rule) != nullptr; }
     // The first such rule; null when there is none. Lives as long as it is stored.
@@ -140,18 +152,27 @@ private:
     bool writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write);
     void readSettings();
     void storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe);
-    void storeParsedRule(WatchRulePtr rule, const ParsedLine& line);
-    void storeParsedRule(PolicyRulePtr rule, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe);
-    void policyRuleWasRemoved();
-    PolicyGroup& groupOf(const PolicyRule& rule);
-    const PolicyGroup* existingGroupOf(const PolicyRule& rule) const;
+    void storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
+    void storeParsedRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, GroupMemo& groups,
+        FailSafeMerge* failSafe);
+    std::pair<RuleList<WatchRule>*, std::size_t> placeOf(const WatchRule& rule);
+    std::pair<RuleList<PolicyRule>*, std::size_t> placeOf(const PolicyRule& rule);
+    bool isStored(const RuleRef& rule);
+    template <class Rule> bool remove(const Rule& rule, ChangeSet::Place* stood);
+    bool add(const ChangeSet::Addition& addition);
+    template <class Rule>
+    static void insert(
+        RuleList<Rule>& list, const std::shared_ptr<Rule>& rule, const ChangeSet::Place& place);
+    PolicyGroup& groupOf(const PolicyRuleFields& rule);
+    const PolicyGroup* existingGroupOf(const PolicyRuleFields& rule) const;
     const std::vector<const Groups::value_type*>& orderedGroups() const;
     const RuleIndex& index() const;
 
     const Locations m_locations;
     Log& m_log;
+    std::uint64_t m_ruleChanges = 0; // of stored records
     Groups m_policyRulesByApplication; // by application group identity
-    RuleList<WatchRule> m_watchRules;
+    RuleList<WatchRule> m_watchRules{m_ruleChanges};
     std::vector<FilterOption> m_filterOptions;
     std::optional<PropertyList> m_settings;
     std::int64_t m_ruleSequence = 0;
@@ -164,7 +185,6 @@ private:
     mutable bool m_rulesChanged = false;
     mutable bool m_rowsChanged = false;
     mutable std::vector<const Groups::value_type*> m_orderedGroups;
-    mutable std::optional<RuleList<PolicyRule>> m_everyPolicyRule; // of all groups; none until asked for
 };
 
 } // namespace quorvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/PolicyRule.h"
+#include "rules/RuleValue.h"
 #include "rules/WatchRule.h"
 
 #include <variant>
@@ -26,6 +27,29 @@ template <class Question> decltype(auto) askRule(const RuleRef& rule, Question&&
 inline bool isSystemRule(const RuleRef& rule)
 {
     return askRule(rule, [](const auto& record) { return record.system(); });
+}
+
+// The present value of a record.
+inline RuleValue valueOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return RuleValue(record.value()); });
+}
+
+// Gives a record a value of its kind.
+inline void setValue(const RuleRef& rule, const RuleValue& value)
+{
+    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+        (*policy)->setValue(std::get<PolicyValue>(value));
+    else
+        std::get<WatchRulePtr>(rule)->setValue(std::get<WatchValue>(value));
+}
+
+// A new record with that value.
+inline RuleRef recordOf(const RuleValue& value)
+{
+    if (const auto* policy = std::get_if<PolicyValue>(&value))
+        return std::make_shared<PolicyRule>(*policy);
+    return std::make_shared<WatchRule>(std::get<WatchValue>(value));
 }
 
 } // namespace quorvane

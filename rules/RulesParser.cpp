@@ -1,8 +1,8 @@
 #include "rules/RulesParser.h"
 
 #include "rules/LineWalker.h"
+#include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
-#include "rules/RuleList.h"
 
 #include <algorithm>
 #include <deque>
@@ -67,13 +67,13 @@ void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
         out.push_back({optionFromTokens(tokens), 0, {}});
         return;
     case LineKind::watchRule: {
-        auto rule = std::make_shared<WatchRule>(watchRuleFromTokens(tokens, m_kind.system, m_pool));
+        auto rule = std::make_shared<WatchRuleFields>(watchRuleFromTokens(tokens, m_kind.system, m_pool));
         const std::uint64_t hash = identityHash(*rule);
         out.push_back({std::move(rule), hash, m_pool.text(tokens[4])});
         return;
     }
     case LineKind::policyRule: {
-        auto rule = std::make_shared<PolicyRule>(policyRuleFromTokens(tokens, m_kind.system, m_pool));
+        auto rule = std::make_shared<PolicyRuleFields>(policyRuleFromTokens(tokens, m_kind.system, m_pool));
         const std::uint64_t hash = identityHash(*rule);
         out.push_back({std::move(rule), hash, {}});
         return;

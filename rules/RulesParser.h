@@ -2,12 +2,12 @@
 
 #include "rules/FilterOption.h"
 #include "rules/LineTokenizer.h"
-#include "rules/PolicyRule.h"
+#include "rules/RuleValue.h"
 #include "rules/TextPool.h"
-#include "rules/WatchRule.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -20,15 +20,15 @@ struct RulesFileKind {
     bool optionsAllowed = false; // "set" lines are options
 };
 
-// One line of a rules file as a record.
+// What one line of a rules file holds. Rules are without sequence number, which their user may set.
 struct ParsedLine {
-    std::variant<PolicyRulePtr, WatchRulePtr, FilterOption> record; // rules without sequence number
+    std::variant<std::shared_ptr<PolicyRuleFields>, std::shared_ptr<WatchRuleFields>, FilterOption> content;
     std::uint64_t hash = 0; // a rule's identityHash()
     NullableText operationsText; // of a watch rule, as it stands in the file
 };
 
-// Turns lines of a rules file into records. Comments and unusable lines leave none. Not for two threads at
-// once.
+// Turns lines of a rules file into what they hold. Comments and unusable lines leave none. Not for two
+// threads at once.
 class RulesParser {
 public:
     explicit RulesParser(RulesFileKind kind)
@@ -36,7 +36,7 @@ public:
     {
     }
 
-    // The records of `text`, valid UTF-8, in order.
+    // The contents of `text`, valid UTF-8, in order.
     std::vector<ParsedLine> parse(std::string_view text);
 
 private:
@@ -47,8 +47,8 @@ private:
     TextPool m_pool;
 };
 
-// Gives every record of `text` to `use`, in order and on the calling thread. Of a long text several stretches
-// are parsed at the same time, on threads that have ended when the call returns.
+// Gives the content of every line of `text` to `use`, in order and on the calling thread. Of a long text
+// several stretches are parsed at the same time, on threads that have ended when the call returns.
 void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use);
 
 } // namespace quorvane

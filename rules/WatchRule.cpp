@@ -1,11 +1,17 @@
 #include "rules/WatchRule.h"
 
 #include "rules/RuleCodes.h"
+#include "rules/RuleIdentity.h"
 
 namespace quorvane {
 
 WatchRule::WatchRule(WatchRuleFields fields)
-    : LockedFields(std::move(fields))
+    : WatchRule(makeRuleValue(std::move(fields)))
+{
+}
+
+WatchRule::WatchRule(WatchValue value)
+    : RuleHandle(std::move(value))
 {
 }
 
@@ -21,11 +27,7 @@ std::int32_t WatchRule::getRuleState() const
 
 bool WatchRule::isEqualToWatchRule(const WatchRule& other) const
 {
-    const WatchRuleFields& mine = fields();
-    const WatchRuleFields& theirs = other.fields();
-    return mine.policyType == theirs.policyType && mine.operations == theirs.operations
-        && mine.flags == theirs.flags && sameText(mine.path, theirs.path)
-        && sameText(mine.processName, theirs.processName);
+    return isEqualRule(fields(), other.fields());
 }
 
 } // namespace quorvane

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "rules/LockedFields.h"
-#include "rules/NullableText.h"
+#include "rules/RuleHandle.h"
+#include "rules/RuleValue.h"
 
 #include <cstdint>
 #include <memory>
@@ -9,37 +9,24 @@
 
 namespace quorvane {
 
-// The properties of a watch rule; the codes are those of RuleCodes.h.
-struct WatchRuleFields {
-    std::int32_t policyType = 0;
-    NullableText path{};
-    NullableText processName{};
-    NullableText tag = "";
-    std::uint32_t operations = 0;
-    std::uint32_t flags = 0;
-    std::int64_t sequence = 0; // load order
-    bool system = false;
-};
-
 // Names operations on paths that are reported, not decided. Shared and threaded like PolicyRule.
-class WatchRule : public LockedFields<WatchRuleFields> {
+class WatchRule : public RuleHandle<WatchRuleFields> {
 public:
     explicit WatchRule(WatchRuleFields fields = {});
-    WatchRule(const WatchRule&) = delete;
-    WatchRule& operator=(const WatchRule&) = delete;
+    explicit WatchRule(WatchValue value);
 
     std::int32_t policyType() const { return get(&WatchRuleFields::policyType); }
-    void setPolicyType(std::int32_t value) { setKey(&WatchRuleFields::policyType, value); }
+    void setPolicyType(std::int32_t value) { set(&WatchRuleFields::policyType, value); }
     NullableText path() const { return get(&WatchRuleFields::path); }
-    void setPath(NullableText value) { setKey(&WatchRuleFields::path, std::move(value)); }
+    void setPath(NullableText value) { set(&WatchRuleFields::path, std::move(value)); }
     NullableText processName() const { return get(&WatchRuleFields::processName); }
-    void setProcessName(NullableText value) { setKey(&WatchRuleFields::processName, std::move(value)); }
+    void setProcessName(NullableText value) { set(&WatchRuleFields::processName, std::move(value)); }
     NullableText tag() const { return get(&WatchRuleFields::tag); }
     void setTag(NullableText value) { set(&WatchRuleFields::tag, std::move(value)); }
     std::uint32_t operations() const { return get(&WatchRuleFields::operations); }
-    void setOperations(std::uint32_t value) { setKey(&WatchRuleFields::operations, value); }
+    void setOperations(std::uint32_t value) { set(&WatchRuleFields::operations, value); }
     std::uint32_t flags() const { return get(&WatchRuleFields::flags); }
-    void setFlags(std::uint32_t value) { setKey(&WatchRuleFields::flags, value); }
+    void setFlags(std::uint32_t value) { set(&WatchRuleFields::flags, value); }
     std::int64_t sequence() const { return get(&WatchRuleFields::sequence); }
     void setSequence(std::int64_t value) { set(&WatchRuleFields::sequence, value); }
     bool system() const { return get(&WatchRuleFields::system); }

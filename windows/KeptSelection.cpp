@@ -1,6 +1,6 @@
 #include "windows/KeptSelection.h"
 
-#include "rules/RuleList.h"
+#include "rules/RuleIdentity.h"
 #include "windows/RuleCellsModel.h"
 
 #include <QItemSelectionModel>

@@ -7,6 +7,7 @@
 #include "workflow/RunState.h"
 
 #include <string_view>
+#include <utility>
 
 namespace quorvane {
 
@@ -58,10 +59,10 @@ RuleRef RuleImport::importRule(const RuleRef& rule)
 
 WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
 {
-    auto imported = std::make_shared<WatchRule>(rule.fields());
-    WatchRuleFields& fields = imported->fieldsBeforeSharing();
+    WatchRuleFields fields = rule.fields();
     if (fields.tag.view().empty())
         fields.tag = m_tag;
+    auto imported = std::make_shared<WatchRule>(std::move(fields));
     if (!m_store.firstEqualRule(*imported)) {
         m_store.appendWatchRule(imported);
         ++m_addedRules;
@@ -71,10 +72,7 @@ WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
 
 PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
 {
-    // A copy's properties are set before anybody knows it: a change of the review's own record would make
-    // every index of rules start afresh.
-    auto imported = std::make_shared<PolicyRule>(rule.fields());
-    PolicyRuleFields& fields = imported->fieldsBeforeSharing();
+    PolicyRuleFields fields = rule.fields();
     if (fields.tag.view().empty())
         fields.tag = m_tag;
     if (fields.constraint.view().empty()) {
@@ -82,6 +80,7 @@ PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
         if (!constraint.view().empty())
             fields.constraint = constraint;
     }
+    auto imported = std::make_shared<PolicyRule>(std::move(fields));
     if (!m_store.hasEqualPolicyRule(*imported)) {
         m_store.addPolicyRule(imported);
         ++m_addedRules;

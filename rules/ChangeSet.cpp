@@ -1,0 +1,27 @@
+#include "rules/ChangeSet.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace quorvane {
+
+// Everything backwards: what went first, from where it then stood, comes back last.
+ChangeSet ChangeSet::inverted() const
+{
+    ChangeSet inverse;
+    std::transform(
+        added.rbegin(), added.rend(), std::back_inserter(inverse.removed), [](const Addition& addition) {
+            return Removal{addition.rule, addition.place, addition.value};
+        });
+    std::transform(
+        changed.rbegin(), changed.rend(), std::back_inserter(inverse.changed), [](const Change& change) {
+            return Change{change.rule, change.after, change.before};
+        });
+    std::transform(
+        removed.rbegin(), removed.rend(), std::back_inserter(inverse.added), [](const Removal& removal) {
+            return Addition{removal.rule, removal.value, removal.place};
+        });
+    return inverse;
+}
+
+} // namespace quorvane

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace quorvane {
+
+template <class Fields> class RuleHandle;
+
+// Keeps records and learns of their changes.
+template <class Fields> class RuleHolder {
+public:
+    // `rule` had the properties `before` until now. Called by the setting thread.
+    virtual void ruleHasChanged(const RuleHandle<Fields>& rule, const Fields& before) noexcept = 0;
+
+protected:
+    ~RuleHolder() = default;
+};
+
+// What the records of both kinds are: the identity of a rule, and its present value. A change replaces the
+// value by a changed copy, so whoever has taken value() keeps what he has seen.
+//
+// Properties and value() may be read from any thread. Everything else is for the one thread that also sets
+// them. Setting throws std::bad_alloc when there is no memory for the copy; the record is then unchanged.
+template <class Fields> class RuleHandle {
+public:
+    using Value = std::shared_ptr<const Fields>;
+
+    RuleHandle(const RuleHandle&) = delete;
+    RuleHandle& operator=(const RuleHandle&) = delete;
+
+    Value value() const
+    {
+        const std::lock_guard lock(lockOf(this));
+        return m_value;
+    }
+
+    // Sets every property at once. Never throws.
+    void setValue(Value value) noexcept
+    {
+        {
+            const std::lock_guard lock(lockOf(this));
+            m_value.swap(value);
+        }
+        if (m_holder != nullptr)
+            m_holder->ruleHasChanged(*this, *value);
+        if (m_moreHolders) {
+            for (RuleHolder<Fields>* holder : *m_moreHolders)
+                holder->ruleHasChanged(*this, *value);
+        }
+    }
+
+    // Every property at once, without lock or copy; good until the record is changed.
+    const Fields& fields() const { return *m_value; }
+
+    // `holder` learns of changes from now on, until it is removed: once for each time that it was added.
+    void addHolder(RuleHolder<Fields>& holder) const
+    {
+        if (m_holder == nullptr) {
+            m_holder = &holder;
+            return;
+        }
+        if (!m_moreHolders)
+            m_moreHolders = std::make_unique<Holders>();
+        m_moreHolders->push_back(&holder);
+    }
+    void removeHolder(const RuleHolder<Fields>& holder) const noexcept
+    {
+        if (m_moreHolders) {
+            if (const auto found = std::find(m_moreHolders->begin(), m_moreHolders->end(), &holder);
+                found != m_moreHolders->end()) {
+                m_moreHolders->erase(found);
+                return;
+            }
+        }
+        if (m_holder == &holder)
+            m_holder = nullptr;
+    }
+
+protected:
+    explicit RuleHandle(Value value)
+        : m_value(std::move(value))
+    {
+    }
+    ~RuleHandle() = default;
+
+    template <class Property> Property get(Property Fields::*property) const
+    {
+        const std::lock_guard lock(lockOf(this));
+        return (*m_value).*property;
+    }
+
+    template <class Property> void set(Property Fields::*property, std::type_identity_t<Property> value)
+    {
+        auto changed = std::make_shared<Fields>(*m_value);
+        (*changed).*property = std::move(value);
+        setValue(std::move(changed));
+    }
+
+private:
+    // A record carries no lock of its own: all records share a few, chosen by address.
+    static std::mutex& lockOf(const void* record)
+    {
+        static std::array<std::mutex, 16> locks;
+        return locks[(std::hash<const void*>{}(record) >> 6U) % locks.size()];
+    }
+
+    using Holders = std::vector<RuleHolder<Fields>*>;
+
+    Value m_value;
+    mutable RuleHolder<Fields>* m_holder = nullptr;
+    mutable std::unique_ptr<Holders> m_moreHolders; // mostly none: a rule stands in one list
+};
+
+} // namespace quorvane

@@ -1,0 +1,168 @@
+#include "rules/ChangeSet.h"
+
+#include "rules/RuleIdentity.h"
+#include "tests/rules/StoreSandbox.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* twoGroups = "watch prefix \"/w1\" \"/bin/w\" r\n"
+                                  "watch prefix \"/w2\" \"/bin/w\" r\n"
+                                  "allow prefix \"/a1\" \"/bin/a\" r \"one\"\n"
+                                  "allow prefix \"/a2\" \"/bin/a\" r \"two\"\n"
+                                  "allow prefix \"/a3\" \"/bin/a\" r \"three\"\n"
+                                  "allow prefix \"/b1\" \"/bin/b\" r\n";
+
+using Paths = std::vector<std::string>;
+
+RuleValue changedValue(const RuleRef& rule, const std::function<void(PolicyRuleFields&)>& change)
+{
+    PolicyRuleFields fields = *std::get<PolicyValue>(valueOf(rule));
+    change(fields);
+    return makeRuleValue(std::move(fields));
+}
+
+RuleRef ruleAt(const RuleManager& store, std::size_t row)
+{
+    return store.ruleAtIndex(row, true);
+}
+
+} // namespace
+
+TEST(ChangeSet, RemovalsChangesAndAdditionsAreDoneAtOnce)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const RuleRef second = ruleAt(*store, 3);
+    const RuleRef added = policyRule({});
+    ChangeSet changes;
+    changes.removed.push_back({ruleAt(*store, 0)});
+    changes.changed.push_back({second, {}, changedValue(second, [](auto& rule) { rule.tag = "new"; })});
+    changes.added.push_back({added, makeRuleValue(PolicyRuleFields{.path = "/a0", .processName = "/bin/a"}),
+        {ChangeSet::Place::start, {}}});
+    store->apply(changes);
+    EXPECT_EQ(rowPaths(*store), (Paths{"/w2", "/a0", "/a1", "/a2", "/a3", "/b1"}));
+    EXPECT_EQ(policyAt(*store, 3)->tag().view(), "new");
+    EXPECT_EQ(ruleAt(*store, 1), added) << "the very record is stored";
+    EXPECT_EQ(ruleAt(*store, 3), second) << "a changed record stays where it is";
+}
+
+TEST(ChangeSet, TheInverseOfWhatWasDoneRestoresOrderAndValues)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const std::string before = rowsAsText(*store, true);
+    ChangeSet changes;
+    for (const std::size_t row : {0U, 1U, 2U, 3U})
+        changes.removed.push_back({ruleAt(*store, row)});
+    const RuleRef edited = ruleAt(*store, 3); // goes and comes back as another rule of another group
+    changes.added.push_back({edited, changedValue(edited, [](auto& rule) { rule.processName = "/bin/b"; })});
+    const RuleRef tagged = ruleAt(*store, 5);
+    changes.changed.push_back({tagged, {}, changedValue(tagged, [](auto& rule) { rule.tag = "tagged"; })});
+    const ChangeSet done = store->apply(changes);
+    EXPECT_EQ(rowPaths(*store), (Paths{"/a3", "/b1", "/a2"}));
+    const std::string after = rowsAsText(*store, true);
+    const ChangeSet undone = store->apply(done.inverted());
+    EXPECT_EQ(rowsAsText(*store, true), before);
+    store->apply(undone.inverted());
+    EXPECT_EQ(rowsAsText(*store, true), after);
+}
+
+TEST(ChangeSet, OnlyWhatWasReallyDoneIsAnswered)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const RuleRef stranger = policyRule({.path = "/a1", .processName = "/bin/a", .operations = 1});
+    ChangeSet changes;
+    changes.removed.push_back({stranger});
+    changes.added.push_back({ruleAt(*store, 2), valueOf(ruleAt(*store, 2))});
+    EXPECT_TRUE(store->apply(changes).isEmpty()) << "an equal rule is not the record itself";
+    EXPECT_EQ(store->totalRules(true), 6U);
+}
+
+TEST(ChangeSet, AChangeOfARuleThatIsNotStoredAddsItAtTheEnd)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const RuleRef rule = ruleAt(*store, 2);
+    ChangeSet removal;
+    removal.removed.push_back({rule});
+    store->apply(removal);
+    ChangeSet change;
+    change.changed.push_back({rule, {}, changedValue(rule, [](auto& fields) { fields.tag = "back"; })});
+    const ChangeSet done = store->apply(change);
+    EXPECT_TRUE(done.changed.empty());
+    EXPECT_EQ(done.added.size(), 1U);
+    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/a1", "/b1"}));
+}
+
+TEST(ChangeSet, AnAdditionBehindARuleThatIsGoneStandsAtTheEnd)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const RuleRef gone = ruleAt(*store, 2);
+    ChangeSet changes;
+    changes.removed.push_back({gone});
+    changes.added.push_back(
+        {policyRule({}), makeRuleValue(PolicyRuleFields{.path = "/late", .processName = "/bin/a"}),
+            {ChangeSet::Place::behind, gone}});
+    changes.added.push_back(
+        {watchRule({}), makeRuleValue(WatchRuleFields{.path = "/between", .processName = "/bin/w"}),
+            {ChangeSet::Place::behind, ruleAt(*store, 0)}});
+    store->apply(changes);
+    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/between", "/w2", "/a2", "/a3", "/late", "/b1"}));
+}
+
+TEST(ChangeSet, ARuleThatWasEditedInPlaceIsFoundInItsFormerGroup)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const PolicyRulePtr rule = policyAt(*store, 2);
+    rule->setProcessName("/bin/elsewhere");
+    ChangeSet changes;
+    changes.removed.push_back({rule});
+    EXPECT_EQ(store->apply(changes).removed.size(), 1U);
+    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/b1"}));
+}
+
+TEST(ChangeSet, ASnapshotKeepsTheValuesOfItsMoment)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf(twoGroups);
+    const RulesSnapshot snapshot = store->userRulesSnapshot();
+    policyAt(*store, 2)->setPath("/changed");
+    store->deletePolicyRule(*policyAt(*store, 3));
+    Paths paths;
+    snapshot.forEach([&](const RuleValue& rule) {
+        paths.push_back(askValue(rule, [](const auto& fields) { return std::string(fields.path.view()); }));
+    });
+    EXPECT_EQ(paths, (Paths{"/w1", "/w2", "/a1", "/a2", "/a3", "/b1"}));
+    EXPECT_EQ(snapshot.size(), 6U);
+}
+
+TEST(ChangeSet, ARecordInTwoStoresIsFollowedByBoth)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("");
+    const auto other = sandbox.storeOf("");
+    const PolicyRulePtr rule = policyRule({.path = "/a", .processName = "/bin/a"});
+    for (int number = 0; number < 40; ++number) {
+        const std::string path = "/" + std::to_string(number);
+        store->addPolicyRule(policyRule({.path = path, .processName = "/bin/a"}));
+        other->addPolicyRule(policyRule({.path = path, .processName = "/bin/a"}));
+    }
+    store->addPolicyRule(rule);
+    other->addPolicyRule(rule);
+    rule->setPath("/b");
+    const PolicyRule wanted({.path = "/b", .processName = "/bin/a"});
+    EXPECT_EQ(store->firstEqualRule(wanted), rule);
+    EXPECT_EQ(other->firstEqualRule(wanted), rule);
+    EXPECT_TRUE(store->deletePolicyRule(wanted));
+    rule->setPath("/c");
+    EXPECT_EQ(other->firstEqualRule(PolicyRule({.path = "/c", .processName = "/bin/a"})), rule);
+}
+
+} // namespace quorvane
