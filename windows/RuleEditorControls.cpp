@@ -6,6 +6,7 @@
 #include "windows/OneLineText.h"
 #include "windows/QtText.h"
 #include "windows/StateImages.h"
+#include "workflow/RuleEditing.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -58,6 +59,18 @@ std::string textOf(const QLineEdit& field)
     return fromQt(field.text());
 }
 
+// None of the items for an unknown code.
+void choose(QComboBox& popUp, std::optional<std::int32_t> code)
+{
+    popUp.setCurrentIndex(code.value_or(-1));
+}
+
+std::optional<std::int32_t> chosenCode(const QComboBox& popUp)
+{
+    const int index = popUp.currentIndex();
+    return index < 0 ? std::nullopt : std::optional<std::int32_t>(index);
+}
+
 } // namespace
 
 void setUpRuleTextField(QLineEdit& field)
@@ -78,9 +91,9 @@ void makeReadOnly(QLineEdit& field)
     field.setPalette(palette);
 }
 
-void showText(QLineEdit& field, const NullableText& text)
+void showText(QLineEdit& field, const std::string& text)
 {
-    field.setText(toQt(text.view()));
+    field.setText(toQt(text));
     field.setCursorPosition(0);
 }
 
@@ -92,17 +105,39 @@ RuleEditorControls::RuleEditorControls(
 {
     setUpRuleTextField(*m_widgets.pathTextField);
     setUpRuleTextField(*m_widgets.processNameTextField);
+    if (m_widgets.constraintTextField != nullptr)
+        setUpRuleTextField(*m_widgets.constraintTextField);
 }
 
-void RuleEditorControls::fill(std::int32_t policyType, const NullableText& path,
-    const NullableText& processName, std::uint32_t operations) const
+// The texts first: a field that is watched chooses a type.
+void RuleEditorControls::fill(const RuleDraft& draft) const
 {
-    m_widgets.typePopUp->setCurrentIndex(policyType); // none of them for an unknown type
-    showText(*m_widgets.pathTextField, path);
-    showText(*m_widgets.processNameTextField, processName);
-    const OperationBoxes boxes = boxesForOperations(operations);
+    showText(*m_widgets.pathTextField, draft.path);
+    showText(*m_widgets.processNameTextField, draft.processName);
+    if (m_widgets.constraintTextField != nullptr)
+        showText(*m_widgets.constraintTextField, draft.constraint);
+    choose(*m_widgets.typePopUp, draft.policyType);
+    if (m_widgets.policyClassPopUp != nullptr)
+        choose(*m_widgets.policyClassPopUp, draft.policyClass);
+    const OperationBoxes boxes = boxesForOperations(draft.operations);
     for (std::size_t box = 0; box < boxes.size(); ++box)
         m_widgets.operationButtons[box]->setChecked(boxes[box]);
+}
+
+RuleDraft RuleEditorControls::draft() const
+{
+    OperationBoxes boxes{};
+    for (std::size_t box = 0; box < boxes.size(); ++box)
+        boxes[box] = m_widgets.operationButtons[box]->isChecked();
+    RuleDraft draft{.policyType = chosenCode(*m_widgets.typePopUp),
+        .path = textOf(*m_widgets.pathTextField),
+        .processName = textOf(*m_widgets.processNameTextField),
+        .operations = operationsForBoxes(boxes)};
+    if (m_widgets.policyClassPopUp != nullptr)
+        draft.policyClass = chosenCode(*m_widgets.policyClassPopUp);
+    if (m_widgets.constraintTextField != nullptr)
+        draft.constraint = textOf(*m_widgets.constraintTextField);
+    return draft;
 }
 
 void RuleEditorControls::showTextsFromStart() const
@@ -122,6 +157,10 @@ void RuleEditorControls::showSystemRule() const
         button->setEnabled(false);
     makeReadOnly(*m_widgets.pathTextField);
     makeReadOnly(*m_widgets.processNameTextField);
+    if (m_widgets.policyClassPopUp != nullptr)
+        m_widgets.policyClassPopUp->setEnabled(false);
+    if (m_widgets.constraintTextField != nullptr)
+        makeReadOnly(*m_widgets.constraintTextField);
     m_widgets.systemImageView->setPixmap(systemRuleImage().pixmap(
         QSize(stateImageSize, stateImageSize), m_widgets.systemImageView->devicePixelRatio()));
     m_widgets.systemImageView->show();
@@ -135,17 +174,6 @@ void RuleEditorControls::showUserRule() const
     m_widgets.pathTextField->setFocus();
 }
 
-EditedWatchRule RuleEditorControls::edited() const
-{
-    OperationBoxes boxes{};
-    for (std::size_t box = 0; box < boxes.size(); ++box)
-        boxes[box] = m_widgets.operationButtons[box]->isChecked();
-    return {.policyType = chosenCode(*m_widgets.typePopUp),
-        .path = textOf(*m_widgets.pathTextField),
-        .processName = textOf(*m_widgets.processNameTextField),
-        .operations = operationsForBoxes(boxes)};
-}
-
 void RuleEditorControls::applyCompleteness() const
 {
     m_widgets.saveButton->setEnabled(
@@ -155,6 +183,13 @@ void RuleEditorControls::applyCompleteness() const
 void RuleEditorControls::autoSetType() const
 {
     m_widgets.typePopUp->setCurrentIndex(policyTypeForPath(textOf(*m_widgets.pathTextField)));
+}
+
+void RuleEditorControls::setConstraintLabel() const
+{
+    if (m_widgets.constraintTextField != nullptr)
+        m_widgets.constraintTypeTextField->setText(
+            toQt(constraintLabel(textOf(*m_widgets.constraintTextField))));
 }
 
 void RuleEditorControls::setApplicationIcon() const
@@ -194,12 +229,6 @@ void RuleEditorControls::takeApplication(const std::string& path) const
     showText(*m_widgets.processNameTextField, path);
     setApplicationIcon();
     applyCompleteness();
-}
-
-std::optional<std::int32_t> chosenCode(const QComboBox& popUp)
-{
-    const int index = popUp.currentIndex();
-    return index < 0 ? std::nullopt : std::optional<std::int32_t>(index);
 }
 
 std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath)

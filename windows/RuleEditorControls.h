@@ -1,32 +1,23 @@
 #pragma once
 
-#include "workflow/RuleEditing.h"
-
-#include <QPushButton>
+#include "workflow/RuleDraft.h"
 
 #include <array>
-#include <memory>
+#include <optional>
 #include <string>
 
 class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QWidget;
 
 namespace quorvane {
 
 class Workspace;
 
-// Sets a window up by its description.
-template <class Ui, class Window> std::unique_ptr<Ui> setUpUi(Window& window)
-{
-    auto ui = std::make_unique<Ui>();
-    ui->setupUi(&window);
-    return ui;
-}
-
-// The controls that both rule editors have. All of them belong to the window.
+// The controls of a rule editor. All of them belong to the window.
 struct RuleEditorWidgets {
     QComboBox* typePopUp;
     QLineEdit* pathTextField;
@@ -39,9 +30,13 @@ struct RuleEditorWidgets {
     QPushButton* browseProcessButton;
     QPushButton* saveButton;
     QPushButton* cancelButton;
+    // Of allow and deny rules alone; null in the editor of watch rules.
+    QComboBox* policyClassPopUp = nullptr;
+    QLineEdit* constraintTextField = nullptr;
+    QLabel* constraintTypeTextField = nullptr;
 };
 
-// Those controls of a window description. The type's pop-up has a name of its own in each.
+// Those of a window description that all editors have. The type's pop-up has a name of its own in each.
 template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePopUp)
 {
     return {
@@ -60,56 +55,42 @@ template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePop
     };
 }
 
-// Lets the buttons do what the editor `window` has slots for.
-template <class Window> void connectButtons(const RuleEditorWidgets& widgets, Window& window)
-{
-    const auto onClick = [&window](const QPushButton* button, void (Window::*slot)()) {
-        QObject::connect(button, &QPushButton::clicked, &window, slot);
-    };
-    onClick(widgets.browsePathButton, &Window::browsePathClicked);
-    onClick(widgets.browseProcessButton, &Window::browseApplicationClicked);
-    onClick(widgets.saveButton, &Window::saveClicked);
-    onClick(widgets.cancelButton, &Window::cancelClicked);
-}
-
 // Keeps `field` to one line, since a line end in a text would end the rule's line in the file, and shows the
 // whole text as its tool tip.
 void setUpRuleTextField(QLineEdit& field);
 void makeReadOnly(QLineEdit& field);
 
-// The code that is the chosen item's index; none when no item is chosen.
-std::optional<std::int32_t> chosenCode(const QComboBox& popUp);
-
 // Shows the beginning of `text`, however long it is.
-void showText(QLineEdit& field, const NullableText& text);
+void showText(QLineEdit& field, const std::string& text);
 
-// What the controls shared by both rule editors do. Lives no longer than they; `workspace` outlives it.
+// What the controls of a rule editor do. Lives no longer than they; `workspace` outlives it.
 class RuleEditorControls {
 public:
     // `lockImageFile` is what is shown for "any"; it may be missing.
     RuleEditorControls(const RuleEditorWidgets& widgets, Workspace& workspace, std::string lockImageFile);
 
-    // Shows the fields of a rule of either kind that both kinds have.
-    template <class Rule> void fill(const Rule& rule) const
-    {
-        const auto& fields = rule.fields();
-        fill(fields.policyType, fields.path, fields.processName, fields.operations);
-    }
+    const RuleEditorWidgets& widgets() const { return m_widgets; }
 
-    // Takes back that a dialog selects the text it opens on: a long path shows its end then, and is lost to
-    // the next key.
+    // Lets the controls say this. What follows from a text is not asked for: the pop-ups say what the draft
+    // says.
+    void fill(const RuleDraft& draft) const;
+    // What they say.
+    RuleDraft draft() const;
+
+    // Undoes the dialog's initial select-all, which scrolls a long path to its end and lets the next key
+    // replace it.
     void showTextsFromStart() const;
 
     // Nothing can be changed; the one button left stands where the save button stood.
     void showSystemRule() const;
     void showUserRule() const;
 
-    EditedWatchRule edited() const;
-
     // The save button works while the rule is complete.
     void applyCompleteness() const;
     // The type follows the path.
     void autoSetType() const;
+    // Names the kind of constraint by its length.
+    void setConstraintLabel() const;
     // Shows the icon of the program, 96 by 96; nothing when there is none.
     void setApplicationIcon() const;
 
@@ -121,9 +102,6 @@ public:
     void takeApplication(const std::string& path) const;
 
 private:
-    void fill(std::int32_t policyType, const NullableText& path, const NullableText& processName,
-        std::uint32_t operations) const;
-
     RuleEditorWidgets m_widgets;
     Workspace& m_workspace;
     std::string m_lockImageFile;

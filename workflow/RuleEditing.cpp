@@ -13,13 +13,20 @@ namespace {
 
 constexpr std::string_view anyProgram = "any";
 
-template <class Rule> void writeCommonFields(Rule& rule, const EditedWatchRule& edited)
+void takeOut(RuleManager& store, const RuleRef& rule)
 {
-    if (edited.policyType)
-        rule.setPolicyType(*edited.policyType);
-    rule.setPath(edited.path);
-    rule.setProcessName(edited.processName);
-    rule.setOperations(edited.operations);
+    if (const PolicyRule* policy = policyRuleIn(rule))
+        store.takeOutPolicyRule(*policy);
+    else
+        store.takeOutWatchRule(*std::get<WatchRulePtr>(rule));
+}
+
+void add(RuleManager& store, const RuleRef& rule)
+{
+    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+        store.addPolicyRule(*policy);
+    else
+        store.addWatchRule(std::get<WatchRulePtr>(rule));
 }
 
 } // namespace
@@ -50,22 +57,6 @@ std::string_view constraintLabel(std::string_view constraint)
     return "Team ID";
 }
 
-OperationBoxes boxesForOperations(std::uint32_t operations)
-{
-    OperationBoxes boxes{};
-    for (std::size_t box = 0; box < boxes.size(); ++box)
-        boxes[box] = (operations >> box & 1U) != 0;
-    return boxes;
-}
-
-std::uint32_t operationsForBoxes(const OperationBoxes& boxes)
-{
-    std::uint32_t operations = 0;
-    for (std::size_t box = 0; box < boxes.size(); ++box)
-        operations |= (boxes[box] ? 1U : 0U) << box;
-    return operations;
-}
-
 ProgramIcon iconForProcess(const std::string& processName)
 {
     if (processName == anyProgram)
@@ -81,25 +72,12 @@ std::string panelStart(std::string_view text, std::string_view fallback)
     return std::string(text.empty() || text == anyProgram ? fallback : text);
 }
 
-void savePolicyRule(
-    RuleManager& store, RunState& run, const PolicyRulePtr& rule, const EditedPolicyRule& edited)
+void saveRule(RuleManager& store, RunState& run, const RuleRef& rule, const RuleDraft& draft)
 {
     run.g_dirty = 1;
-    store.takeOutPolicyRule(*rule);
-    if (edited.policyClass)
-        rule->setPolicyClass(*edited.policyClass);
-    writeCommonFields(*rule, edited.common);
-    rule->setConstraint(edited.constraint);
-    store.addPolicyRule(rule);
-    store.writeToCurrentUserConfiguration();
-}
-
-void saveWatchRule(RuleManager& store, RunState& run, const WatchRulePtr& rule, const EditedWatchRule& edited)
-{
-    run.g_dirty = 1;
-    store.takeOutWatchRule(*rule);
-    writeCommonFields(*rule, edited);
-    store.addWatchRule(rule);
+    takeOut(store, rule);
+    applyDraft(draft, rule);
+    add(store, rule);
     store.writeToCurrentUserConfiguration();
 }
 

@@ -493,4 +493,38 @@ TEST_F(EditPolicyWindow, TheTabKeyFollowsTheEye)
         "saveButton");
 }
 
+TEST_F(EditPolicyWindow, HasUnsavedChangesWhileItsControlsSayAnythingElseThanAtFirst)
+{
+    openStored(sample);
+    EXPECT_FALSE(editor->hasUnsavedChanges());
+    type("pathTextField", "/other");
+    EXPECT_TRUE(editor->hasUnsavedChanges());
+    editor->showDraft(draftOf(editor->rule()));
+    EXPECT_FALSE(editor->hasUnsavedChanges());
+    box("opMountButton")->toggle();
+    EXPECT_TRUE(editor->hasUnsavedChanges());
+    editor->cancelClicked();
+    EXPECT_FALSE(editor->hasUnsavedChanges()) << "the user has dropped them";
+}
+
+TEST_F(EditPolicyWindow, HasNoUnsavedChangesForATextThatItsFieldsCannotShowAsItIs)
+{
+    openStored({.path = "/two\nlines", .processName = "/bin/sh", .operations = 0xFFU});
+    EXPECT_FALSE(editor->hasUnsavedChanges());
+}
+
+TEST_F(EditPolicyWindow, ShowsADraftAsItIsAlthoughItsPathSuggestsAnotherType)
+{
+    openStored(sample);
+    const RuleDraft draft{.policyClass = PolicyClass::allow,
+        .policyType = PolicyType::suffix,
+        .path = "/folder/",
+        .processName = "/bin/sh",
+        .constraint = std::string(40, 'a'),
+        .operations = 9};
+    editor->showDraft(draft);
+    EXPECT_EQ(editor->draft(), draft);
+    EXPECT_EQ(label("constraintTypeTextField")->text(), QStringLiteral("SHA1"));
+}
+
 } // namespace quorvane

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
 
@@ -37,14 +36,12 @@ TEST(RuleTextField, TellsAllOfItsTextAsAToolTipBesideItsHelp)
     EXPECT_EQ(field.accessibleDescription(), QStringLiteral("Help"));
 }
 
-TEST(RuleTextField, ShowsTheStartOfItsTextAndNothingForNull)
+TEST(RuleTextField, ShowsTheStartOfItsText)
 {
     QLineEdit field;
     showText(field, "/path");
     EXPECT_EQ(fromQt(field.text()), "/path");
     EXPECT_EQ(field.cursorPosition(), 0);
-    showText(field, std::nullopt);
-    EXPECT_EQ(fromQt(field.text()), "");
 }
 
 TEST(RuleTextField, GivesBackEveryTextUnchanged)
@@ -72,16 +69,6 @@ TEST(RuleEditorControls, ThePanelForAProgramStartsAtTheApplicationsUnlessAPathIs
     EXPECT_EQ(controls.pathPanelStart(), fromQt(QDir::homePath()));
     program.setText(QStringLiteral("/bin/sh"));
     EXPECT_EQ(controls.applicationPanelStart(), "/bin/sh");
-}
-
-TEST(ChosenCode, IsNoneWithoutAChosenItem)
-{
-    QComboBox popUp;
-    popUp.addItems({QStringLiteral("a"), QStringLiteral("b")});
-    popUp.setCurrentIndex(1);
-    EXPECT_EQ(chosenCode(popUp), 1);
-    popUp.setCurrentIndex(4);
-    EXPECT_EQ(chosenCode(popUp), std::nullopt);
 }
 
 } // namespace quorvane

@@ -24,10 +24,12 @@ protected:
     RunState run;
 };
 
-const EditedPolicyRule edits{
-    .common = {.policyType = PolicyType::path, .path = "/new", .processName = "/bin/new", .operations = 17},
-    .policyClass = PolicyClass::deny,
-    .constraint = "TEAM"};
+const RuleDraft edits{.policyClass = PolicyClass::deny,
+    .policyType = PolicyType::path,
+    .path = "/new",
+    .processName = "/bin/new",
+    .constraint = "TEAM",
+    .operations = 17};
 
 } // namespace
 
@@ -72,20 +74,6 @@ TEST(ConstraintLabel, CountsUtf16CodeUnits)
     for (int count = 0; count < 20; ++count)
         text += "\xF0\x9F\x94\x92"; // one character of four bytes and two units
     EXPECT_EQ(constraintLabel(text), "SHA1");
-}
-
-TEST(OperationBoxes, StandForTheFiveLowestBits)
-{
-    EXPECT_EQ(operationsForBoxes({}), 0U);
-    EXPECT_EQ(operationsForBoxes({true, false, false, false, false}), 1U);
-    EXPECT_EQ(operationsForBoxes({false, true, false, false, false}), 2U);
-    EXPECT_EQ(operationsForBoxes({false, false, true, false, false}), 4U);
-    EXPECT_EQ(operationsForBoxes({false, false, false, true, false}), 8U);
-    EXPECT_EQ(operationsForBoxes({false, false, false, false, true}), 16U);
-    EXPECT_EQ(operationsForBoxes({true, true, true, true, true}), 31U);
-    for (std::uint32_t operations = 0; operations < 32; ++operations)
-        EXPECT_EQ(operationsForBoxes(boxesForOperations(operations)), operations);
-    EXPECT_EQ(operationsForBoxes(boxesForOperations(0xFFFFFFE1U)), 1U);
 }
 
 TEST(IconForProcess, IsTheLockForAnyAlone)
@@ -144,7 +132,7 @@ TEST_F(RuleEditing, SavingReplacesTheRuleAndWritesTheFile)
     store.addPolicyRule(rule);
     store.addPolicyRule(other);
 
-    savePolicyRule(store, run, rule, edits);
+    saveRule(store, run, rule, edits);
 
     EXPECT_EQ(file(),
         "deny path \"/new\" \"/bin/new\" rx \"mine\" \"TEAM\" \"7\"\n"
@@ -157,22 +145,22 @@ TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
 {
     const auto rule = policyRule(
         {.path = "/p", .processName = "/q", .tag = "t", .flags = 3, .created = 5, .sequence = 9});
-    savePolicyRule(store, run, rule, edits);
+    saveRule(store, run, rule, edits);
     EXPECT_EQ(rule->tag().view(), "t");
     EXPECT_EQ(rule->flags(), 3U);
     EXPECT_EQ(rule->created(), 5U);
     EXPECT_EQ(rule->sequence(), 9);
     EXPECT_FALSE(rule->system());
     const auto watch = watchRule({.path = "/p", .processName = "/q", .tag = "t", .flags = 2});
-    saveWatchRule(store, run, watch, edits.common);
+    saveRule(store, run, watch, edits);
     EXPECT_EQ(watch->tag().view(), "t");
     EXPECT_EQ(watch->flags(), 2U);
 }
 
 TEST_F(RuleEditing, SavingANewRuleAddsIt)
 {
-    savePolicyRule(store, run, policyRule({}), edits);
-    saveWatchRule(store, run, watchRule({}),
+    saveRule(store, run, policyRule({}), edits);
+    saveRule(store, run, watchRule({}),
         {.policyType = PolicyType::suffix, .path = ".jpg", .processName = "any", .operations = 2});
     EXPECT_EQ(file(),
         "watch suffix \".jpg\" \"any\" w \"\"\n"
@@ -182,7 +170,7 @@ TEST_F(RuleEditing, SavingANewRuleAddsIt)
 TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 {
     const auto rule = policyRule({.tag = "", .constraint = std::nullopt});
-    savePolicyRule(store, run, rule, {.common = {.path = "  /a  ", .processName = " "}});
+    saveRule(store, run, rule, {.path = "  /a  ", .processName = " "});
     EXPECT_EQ(rule->path().view(), "  /a  ");
     EXPECT_EQ(rule->processName().view(), " ");
     EXPECT_FALSE(rule->constraint().isNull());
@@ -192,7 +180,7 @@ TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 TEST_F(RuleEditing, WithoutAChosenClassAndTypeTheUnknownOnesStay)
 {
     const auto rule = policyRule({.policyClass = unknownCode, .policyType = unknownCode});
-    savePolicyRule(store, run, rule, {.common = {.path = "/a", .processName = "/b"}});
+    saveRule(store, run, rule, {.path = "/a", .processName = "/b"});
     EXPECT_EQ(rule->policyClass(), unknownCode);
     EXPECT_EQ(rule->policyType(), unknownCode);
 }
@@ -201,10 +189,10 @@ TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
 {
     const auto rule = policyRule({.path = "/old", .processName = "/bin/old", .operations = 1});
     store.addPolicyRule(rule);
-    EditedPolicyRule second = edits;
-    second.common.path = "/newest";
-    savePolicyRule(store, run, rule, edits);
-    savePolicyRule(store, run, rule, second);
+    RuleDraft second = edits;
+    second.path = "/newest";
+    saveRule(store, run, rule, edits);
+    saveRule(store, run, rule, second);
     EXPECT_EQ(file(), "deny path \"/newest\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
 }
 
@@ -217,7 +205,7 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
     first->setTag("first");
     store.addPolicyRule(first);
     store.addPolicyRule(edited);
-    savePolicyRule(store, run, edited, edits);
+    saveRule(store, run, edited, edits);
     EXPECT_EQ(store.storedRules(), 2U);
     EXPECT_EQ(
         file(), "allow prefix \"/a\" \"/bin/new\" r \"first\" \"TEAM\" \"0\"\n" + ruleLine(edited->fields()));
@@ -227,7 +215,7 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
     const auto editedWatch = watchRule(watched);
     store.addWatchRule(firstWatch);
     store.addWatchRule(editedWatch);
-    saveWatchRule(store, run, editedWatch, {.path = "/b", .processName = "/bin/new"});
+    saveRule(store, run, editedWatch, {.path = "/b", .processName = "/bin/new"});
     EXPECT_EQ(store.storedRules(), 4U);
     EXPECT_EQ(firstWatch->path().view(), "/a");
 }
@@ -237,7 +225,7 @@ TEST_F(RuleEditing, ARuleThatWasDeletedMeanwhileComesBackOnce)
     const auto rule = watchRule({.path = "/old", .processName = "/bin/old", .operations = 1});
     store.addWatchRule(rule);
     store.deleteWatchRule(*rule);
-    saveWatchRule(store, run, rule, edits.common);
+    saveRule(store, run, rule, edits);
     EXPECT_EQ(file(), "watch path \"/new\" \"/bin/new\" rx \"\"\n");
 }
 
@@ -250,8 +238,8 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
     const auto policy = std::get<PolicyRulePtr>(store.ruleAtIndex(1, true));
     store.reloadCurrentUserConfiguration();
 
-    saveWatchRule(store, run, watch, edits.common);
-    savePolicyRule(store, run, policy, edits);
+    saveRule(store, run, watch, edits);
+    saveRule(store, run, policy, edits);
 
     EXPECT_EQ(store.totalRules(true), 3U);
     EXPECT_EQ(rowsAsText(store, true), file());
@@ -262,7 +250,7 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
 TEST_F(RuleEditing, SavingGoesOnWhenTheFileCannotBeWritten)
 {
     std::filesystem::remove_all(locations.sharedFolder());
-    savePolicyRule(store, run, policyRule({}), edits);
+    saveRule(store, run, policyRule({}), edits);
     EXPECT_EQ(store.totalRules(true), 1U);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(store.lastErrorMessage().has_value());

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "rules/RuleRef.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace quorvane {
+
+// The operations as check boxes: read, write, create, mount, execute. Other bits have no box.
+using OperationBoxes = std::array<bool, 5>;
+OperationBoxes boxesForOperations(std::uint32_t operations);
+std::uint32_t operationsForBoxes(const OperationBoxes& boxes);
+
+// What the controls of an editor say of a rule of either kind. A value: changing it changes no rule.
+struct RuleDraft {
+    // None for a code that no item stands for; the rule then keeps the one that it has.
+    std::optional<std::int32_t> policyClass{}; // none for watch rules
+    std::optional<std::int32_t> policyType{};
+    std::string path{};
+    std::string processName{};
+    std::string constraint{}; // empty for watch rules
+    std::uint32_t operations = 0; // those that have a check box
+
+    bool operator==(const RuleDraft&) const = default;
+};
+
+// What the controls say of `rule` before anything is edited.
+RuleDraft draftOf(const RuleRef& rule);
+
+// Puts what the controls say into the record. What no control stands for stays: tag, flags, creation time,
+// sequence number, system flag. For the thread that owns the record's store.
+void applyDraft(const RuleDraft& draft, const RuleRef& rule);
+
+} // namespace quorvane
