@@ -74,31 +74,39 @@ void RuleCellsModel::setRows(std::shared_ptr<const RuleRows> rows, bool includeS
     endResetModel();
 }
 
-bool RuleCellsModel::takeAway(const std::vector<std::size_t>& gone, std::shared_ptr<const RuleRows> rows)
+bool RuleCellsModel::removeRun(std::shared_ptr<const RuleRows> rows)
 {
-    if (gone.empty())
-        return true;
-    const std::size_t first = gone.front();
-    if (gone.back() - first + 1 != gone.size() || !isLeft(*rows, first, gone.size()))
+    const auto first = startOfRun(*rows);
+    if (!first)
         return false;
-    beginRemoveRows({}, static_cast<int>(first), static_cast<int>(gone.back()));
+    const std::size_t count = m_rows->count(m_rowsShowSystemRules) - rows->count(m_rowsShowSystemRules);
+    if (count == 0)
+        return true;
+    beginRemoveRows({}, static_cast<int>(*first), static_cast<int>(*first + count - 1));
     m_rows = std::move(rows);
-    m_shownRows.remove(first, gone.size());
+    m_shownRows.remove(*first, count);
     endRemoveRows();
     return true;
 }
 
-bool RuleCellsModel::isLeft(const RuleRows& rows, std::size_t firstGone, std::size_t countGone) const
+// Where the run begins that `rows` lacks of the present rows; none when they differ in another way.
+std::optional<std::size_t> RuleCellsModel::startOfRun(const RuleRows& rows) const
 {
+    const auto ruleBefore
+        = [this](std::size_t row) -> const RuleRef& { return m_rows->at(row, m_rowsShowSystemRules); };
+    const auto rule = [&](std::size_t row) -> const RuleRef& { return rows.at(row, m_rowsShowSystemRules); };
+    const std::size_t before = m_rows->count(m_rowsShowSystemRules);
     const std::size_t left = rows.count(m_rowsShowSystemRules);
-    if (left + countGone != m_rows->count(m_rowsShowSystemRules))
-        return false;
-    for (std::size_t row = 0; row < left; ++row) {
-        const std::size_t before = row < firstGone ? row : row + countGone;
-        if (rows.at(row, m_rowsShowSystemRules) != m_rows->at(before, m_rowsShowSystemRules))
-            return false;
+    if (left > before)
+        return std::nullopt;
+    std::size_t first = 0;
+    while (first < left && rule(first) == ruleBefore(first))
+        ++first;
+    for (std::size_t row = first; row < left; ++row) {
+        if (rule(row) != ruleBefore(row + before - left))
+            return std::nullopt;
     }
-    return true;
+    return first;
 }
 
 void RuleCellsModel::remakeCells(std::size_t row, std::initializer_list<int> columns)
@@ -134,6 +142,15 @@ void RuleCellsModel::setSortedColumn(int column, Qt::SortOrder order)
 const RuleRef& RuleCellsModel::ruleAt(int row) const
 {
     return m_rows->at(static_cast<std::size_t>(row), m_rowsShowSystemRules);
+}
+
+std::optional<int> RuleCellsModel::rowOf(const RuleRef& rule) const
+{
+    for (int row = 0; row < rowCount(); ++row) {
+        if (ruleAt(row) == rule)
+            return row;
+    }
+    return std::nullopt;
 }
 
 int RuleCellsModel::rowCount(const QModelIndex& parent) const

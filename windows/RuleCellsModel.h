@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 namespace quorvane {
 
@@ -33,6 +33,8 @@ public:
     void remakeCells(std::size_t row, std::initializer_list<int> columns);
 
     const RuleRef& ruleAt(int row) const;
+    // The row of that very rule; none when it is not shown.
+    std::optional<int> rowOf(const RuleRef& rule) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -46,10 +48,9 @@ protected:
 
     // Shows these rows from now on.
     void setRows(std::shared_ptr<const RuleRows> rows, bool includeSystemRules);
-    // Shows `rows`, which are the present ones less those numbered in `gone`, in ascending order; all others
-    // keep their cells. False, and nothing has changed, when that is not so or the rows are not one run; then
-    // setRows() is due.
-    bool takeAway(const std::vector<std::size_t>& gone, std::shared_ptr<const RuleRows> rows);
+    // Shows `rows` when they are the present ones less one run of them; all others keep their cells. False,
+    // and nothing has changed, when that is not so; then setRows() is due.
+    bool removeRun(std::shared_ptr<const RuleRows> rows);
     // Shows `text` in a cell until the next setRows().
     void setShownText(const QModelIndex& index, const QString& text);
     const RuleRows& rows() const { return *m_rows; }
@@ -60,7 +61,7 @@ protected:
 
 private:
     QVariant decoration(const RuleCell& cell) const;
-    bool isLeft(const RuleRows& rows, std::size_t firstGone, std::size_t countGone) const;
+    std::optional<std::size_t> startOfRun(const RuleRows& rows) const;
 
     Workspace& m_workspace;
     const int m_columns;

@@ -4,7 +4,9 @@
 #include "ui_RulesEditorTableController.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
+#include "windows/ExchangeController.h"
 #include "windows/QtText.h"
+#include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/ApplicationServices.h"
 
@@ -12,7 +14,8 @@
 #include <QMenu>
 #include <QToolButton>
 
-// The commands of the main window: they create, edit, delete and tag rules.
+// The commands of the main window: they create, edit, delete and tag rules. Those of imports, exports and
+// the rules file are forwarded.
 
 namespace quorvane {
 
@@ -87,24 +90,23 @@ void RulesEditorTableController::newWatchRule()
 
 void RulesEditorTableController::createNewPolicy()
 {
-    if (!m_clickedRow)
+    if (!m_clickedRule)
         return;
-    const PolicyRulePtr rule
-        = RuleCommands::newPolicyLike(m_store.ruleAtIndex(*m_clickedRow, showsSystemRules()));
+    const PolicyRulePtr rule = RuleCommands::newPolicyLike(*m_clickedRule);
     m_newRule = rule;
     editPolicy(rule);
 }
 
 void RulesEditorTableController::editRule()
 {
-    if (m_clickedRow)
-        editRuleAt(*m_clickedRow);
+    if (m_clickedRule)
+        edit(*m_clickedRule);
 }
 
 void RulesEditorTableController::deleteRule()
 {
-    if (m_clickedRow)
-        deleteRow(*m_clickedRow);
+    if (const auto row = m_clickedRule ? m_model->rowOf(*m_clickedRule) : std::nullopt)
+        deleteRow(static_cast<std::size_t>(*row));
 }
 
 void RulesEditorTableController::deleteRuleAction()
@@ -115,12 +117,11 @@ void RulesEditorTableController::deleteRuleAction()
 void RulesEditorTableController::doubleClickAction()
 {
     if (const auto row = m_ui->rulesEditorTableView->onlySelectedRow())
-        editRuleAt(*row);
+        edit(ruleRowAt(*row).rule);
 }
 
-void RulesEditorTableController::editRuleAt(std::size_t row)
+void RulesEditorTableController::edit(const RuleRef& rule)
 {
-    const RuleRef rule = m_store.ruleAtIndex(row, showsSystemRules());
     if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
         editPolicy(*policy);
     else
@@ -143,17 +144,55 @@ void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
     m_editWatchWindowController->show();
 }
 
+RuleRow RulesEditorTableController::ruleRowAt(std::size_t row) const
+{
+    return {row, m_model->ruleAt(static_cast<int>(row))};
+}
+
+std::optional<RuleRef> RulesEditorTableController::ruleBelow(std::size_t row) const
+{
+    return row + 1 < static_cast<std::size_t>(m_model->rowCount()) ? std::optional(ruleRowAt(row + 1).rule)
+                                                                   : std::nullopt;
+}
+
 void RulesEditorTableController::deleteRow(std::size_t row)
 {
-    apply(m_commands.deleteRow(row, showsSystemRules()));
+    const std::optional<RuleRef> following = ruleBelow(row);
+    const RuleRef* above = row == 0 ? nullptr : &m_model->ruleAt(static_cast<int>(row - 1));
+    const TableChange change = m_commands.deleteRow(ruleRowAt(row), above);
+    apply(change);
+    if (change.headedItsGroup)
+        m_model->remakeCells(row, {applicationColumn, stateColumn});
+    selectAfterDelete(change, following);
 }
 
 void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows)
 {
-    const TableChange change = m_commands.deleteRows(rows, showsSystemRules());
+    const std::optional<RuleRef> following = rows.empty() ? std::nullopt : ruleBelow(rows.back());
+    std::vector<RuleRow> rules;
+    for (const std::size_t row : rows)
+        rules.push_back(ruleRowAt(row));
+    const TableChange change = m_commands.deleteRows(rules);
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});
+    selectAfterDelete(change, following);
+}
+
+// So that the keyboard goes on from where it was.
+void RulesEditorTableController::selectAfterDelete(
+    const TableChange& change, const std::optional<RuleRef>& following)
+{
+    if (change.removedRows.empty() || m_ui->rulesEditorTableView->selectionModel()->hasSelection())
+        return;
+    const auto row = following ? m_model->rowOf(*following) : std::nullopt;
+    selectRule(row.value_or(m_model->rowCount() - 1));
+}
+
+void RulesEditorTableController::selectRule(int row)
+{
+    m_ui->rulesEditorTableView->selectRow(row);
+    m_ui->rulesEditorTableView->scrollTo(m_model->index(row, 0));
 }
 
 void RulesEditorTableController::editTagOfSelectedRule()
@@ -164,37 +203,29 @@ void RulesEditorTableController::editTagOfSelectedRule()
 
 void RulesEditorTableController::tableViewCellAction(const QString& tag)
 {
-    std::optional<std::size_t> first;
-    m_ui->rulesEditorTableView->anySelectedRow([&first](std::size_t row) {
-        first = row;
+    std::optional<RuleRow> first;
+    m_ui->rulesEditorTableView->anySelectedRow([&](std::size_t row) {
+        first = ruleRowAt(row);
         return true;
     });
-    display(m_commands.setTag(first, fromQt(tag), showsSystemRules()));
-    tellFailure();
+    m_application.display(m_commands.setTag(first, fromQt(tag)));
+    showFailure();
 }
 
 void RulesEditorTableController::apply(const TableChange& change)
 {
-    if (!m_model->removeRules(change.removedRows))
+    if (!m_model->removeRules())
         reloadTable();
-    if (change.newGroupHead)
-        m_model->remakeCells(*change.newGroupHead, {applicationColumn, stateColumn});
     validateItems();
-    tellCounts();
-    tellFailure();
-    tellReview();
-    display(change.notice);
-}
-
-void RulesEditorTableController::display(const std::optional<Notice>& notice)
-{
-    if (notice)
-        m_application.displayNotice(notice->header, notice->message, false);
+    updateCounts();
+    showFailure();
+    m_exchange->presentRulesDidChange();
+    m_application.display(change.notice);
 }
 
 void RulesEditorTableController::menuWillOpen(int clickedRow, const QPoint& globalPosition)
 {
-    m_clickedRow = static_cast<std::size_t>(clickedRow);
+    m_clickedRule = m_model->ruleAt(clickedRow);
     m_ui->rulesEditorTableView->selectRow(clickedRow);
     for (QAction* item : m_rulesEditorContextualMenu->actions())
         item->setEnabled(validateMenuItem(item));
@@ -213,7 +244,7 @@ bool RulesEditorTableController::validateMenuItem(const QAction* item) const
 {
     if (item == m_deleteRuleMenuItem || item == m_editRuleMenuItem) {
         m_log.write("-[RulesEditorTableController validateMenuItem:]");
-        return m_clickedRow && !isSystemRule(m_store.ruleAtIndex(*m_clickedRow, showsSystemRules()));
+        return m_clickedRule && !isSystemRule(*m_clickedRule);
     }
     if (item == m_ui->deleteEditMenuItem || item == m_ui->exportSelectedRulesMenuItem)
         return m_ui->rulesEditorTableView->selectionModel()->hasSelection();
@@ -232,13 +263,11 @@ void RulesEditorTableController::validateItems()
 
 void RulesEditorTableController::showNewRule()
 {
-    for (int row = 0; m_newRule && row < m_model->rowCount(); ++row) {
-        if (m_model->ruleAt(row) != *m_newRule)
-            continue;
-        m_ui->rulesEditorTableView->selectRow(row);
-        m_ui->rulesEditorTableView->scrollTo(m_model->index(row, 0));
-        m_newRule.reset();
-    }
+    const auto row = m_newRule ? m_model->rowOf(*m_newRule) : std::nullopt;
+    if (!row)
+        return;
+    selectRule(*row);
+    m_newRule.reset();
 }
 
 bool RulesEditorTableController::keyDown(const QKeyEvent& key)
@@ -249,14 +278,15 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (const auto row = m_ui->rulesEditorTableView->onlySelectedRow()) {
-            const RuleRef rule = m_store.ruleAtIndex(*row, showsSystemRules());
+            const RuleRef rule = ruleRowAt(*row).rule;
             if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
                 editPolicy(*policy);
         }
         return true;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
-        deleteRuleAction();
+        if (!key.isAutoRepeat()) // a key held down would go on with the rules that follow
+            deleteRuleAction();
         return true;
     default:
         return false;
@@ -270,6 +300,62 @@ bool RulesEditorTableController::eventFilter(QObject* watched, QEvent* event)
         && m_ui->rulesEditorTableView->hasFocus() && keyDown(*static_cast<QKeyEvent*>(event)))
         return true;
     return QMainWindow::eventFilter(watched, event);
+}
+
+void RulesEditorTableController::setUpExchange()
+{
+    for (QAction* item : {m_ui->importToolbarItem, m_ui->importMenuItem})
+        connect(item, &QAction::triggered, this, &RulesEditorTableController::importRules);
+    connect(m_ui->exportMenuItem, &QAction::triggered, this, &RulesEditorTableController::exportRules);
+    connect(m_ui->exportSelectedRulesMenuItem, &QAction::triggered, this,
+        &RulesEditorTableController::exportSelectedRules);
+    connect(m_exchange.get(), &ExchangeController::rulesWereReloaded, this,
+        &RulesEditorTableController::rulesWereReloaded);
+    connect(m_follower.get(), &RulesFileFollower::rulesWereReloaded, this,
+        &RulesEditorTableController::rulesWereReloaded);
+}
+
+void RulesEditorTableController::exportRules()
+{
+    m_exchange->exportRules();
+}
+
+void RulesEditorTableController::exportSelectedRules()
+{
+    std::vector<RuleRef> rules;
+    for (const std::size_t row : m_ui->rulesEditorTableView->selectedRows())
+        rules.push_back(ruleRowAt(row).rule);
+    m_exchange->exportSelectedRules(rules);
+}
+
+void RulesEditorTableController::importRules()
+{
+    m_exchange->importRules();
+}
+
+void RulesEditorTableController::handleFileImport(const std::optional<std::string>& path)
+{
+    m_exchange->handleFileImport(path);
+}
+
+void RulesEditorTableController::handleFailSafeImport()
+{
+    m_exchange->handleFailSafeImport();
+}
+
+void RulesEditorTableController::importRule(const RuleRef& rule)
+{
+    m_exchange->importRule(rule);
+}
+
+bool RulesEditorTableController::didFinishImportingRules()
+{
+    return m_exchange->didFinishImportingRules();
+}
+
+void RulesEditorTableController::relaunchAfterDelay(float delay)
+{
+    m_follower->relaunchAfterDelay(delay);
 }
 
 } // namespace quorvane

@@ -2,8 +2,10 @@
 
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
+#include "windows/ExchangeController.h"
 #include "windows/KeptSelection.h"
 #include "windows/QtText.h"
+#include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
@@ -29,9 +31,11 @@ RulesEditorTableController::RulesEditorTableController(
     , m_workspace(workspace)
     , m_log(log)
     , m_commands(store, run, log)
-    , m_import(store, run)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(store, workspace, this))
+    , m_exchange(std::make_unique<ExchangeController>(*this, *this, store, application, run, workspace, log))
+    , m_follower(std::make_unique<RulesFileFollower>(
+          store, application, run, log, [this] { return !m_exchange->isImporting(); }))
 {
     m_ui->setupUi(this);
     m_log.write("-[RulesEditorTableController init]");
@@ -40,16 +44,25 @@ RulesEditorTableController::RulesEditorTableController(
     setUpCommands();
     setUpExchange();
     restoreWindowSize(*this);
-    tellCounts();
-    tellFailure();
+    updateCounts();
+    showFailure();
     m_ui->rulesEditorTableView->setFocus();
-    startMonitoring();
+    m_follower->start();
     awakeFromNib();
 }
 
 RulesEditorTableController::~RulesEditorTableController()
 {
     m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
+}
+
+void RulesEditorTableController::awakeFromNib()
+{
+    if (!std::exchange(m_initialize, false))
+        return;
+    setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(m_store.locations().userRulesFile())));
+    m_follower->checkFile();
+    m_exchange->offerSuggestions();
 }
 
 bool RulesEditorTableController::showsSystemRules() const
@@ -124,7 +137,7 @@ void RulesEditorTableController::searchFieldAction()
     m_log.write("search field text changed: " + text);
     m_store.applyFilterWithString(text);
     m_newRule.reset(); // what is looked for now is something else
-    reloadData();
+    reloadRows();
 }
 
 void RulesEditorTableController::hideSystemAction()
@@ -134,7 +147,7 @@ void RulesEditorTableController::hideSystemAction()
     m_model->setShowsSystemRules(!showsSystemRules());
     m_ui->hideSystemToolbarItem->setText(
         showsSystemRules() ? tr("Hide System Rules") : tr("Show System Rules"));
-    reloadData();
+    reloadRows();
 }
 
 void RulesEditorTableController::sortByColumn(int column)
@@ -159,12 +172,23 @@ void RulesEditorTableController::reloadData()
     reloadData(RuleIdentity::record);
 }
 
+void RulesEditorTableController::rulesWereReloaded()
+{
+    reloadData(RuleIdentity::properties);
+}
+
 void RulesEditorTableController::reloadData(RuleIdentity sameRule)
+{
+    reloadRows(sameRule);
+    m_exchange->presentRulesDidChange();
+}
+
+// The same rules in other rows: nothing that an open review shows depends on them.
+void RulesEditorTableController::reloadRows(RuleIdentity sameRule)
 {
     m_run.internalWrite = true;
     reloadTable(sameRule);
     showNewRule();
-    tellReview();
 }
 
 void RulesEditorTableController::reloadTable(RuleIdentity sameRule)
@@ -174,11 +198,11 @@ void RulesEditorTableController::reloadTable(RuleIdentity sameRule)
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
     validateItems();
-    tellCounts();
-    tellFailure();
+    updateCounts();
+    showFailure();
 }
 
-void RulesEditorTableController::tellCounts()
+void RulesEditorTableController::updateCounts()
 {
     const auto shown = static_cast<std::size_t>(m_model->rowCount());
     const std::size_t hidden = m_store.totalRules(true) - shown;
@@ -199,7 +223,7 @@ void RulesEditorTableController::tellCounts()
 
 // Rules that could not be written are in memory alone, and rules that could not be read are in the file
 // alone.
-void RulesEditorTableController::tellFailure()
+void RulesEditorTableController::showFailure()
 {
     const auto& unread = m_store.unreadRules();
     const QString message = toQt(m_store.lastErrorMessage().value_or(unread ? unread->reason : ""));

@@ -5,8 +5,6 @@
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
 #include "workflow/RuleEditorDelegate.h"
-#include "workflow/RuleImport.h"
-#include "workflow/RulesFileWatcher.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -25,17 +23,17 @@ namespace quorvane {
 class ApplicationServices;
 class EditPolicyWindowController;
 class EditWatchWindowController;
-class ImportWindowController;
+class ExchangeController;
 class Log;
+class RulesFileFollower;
 class RulesTableModel;
 struct RunState;
 class Workspace;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,
-// sorting from the column titles, the commands that create, edit, delete and tag rules, and imports and
-// exports. Follows what others do to the rules file.
-//
-// What a command does to rules and file is decided in RuleCommands and RuleImport; here it reaches the table.
+// sorting from the column titles, and the commands that create, edit, delete and tag rules. What a command
+// does to rules and file is decided in RuleCommands; here it reaches the table. Imports and exports are
+// ExchangeController's, and what others do to the rules file is RulesFileFollower's.
 class RulesEditorTableController : public QMainWindow, public RuleEditorDelegate, public ImportDelegate {
     Q_OBJECT
 public:
@@ -82,24 +80,20 @@ public Q_SLOTS:
     // Opens the context menu for a row.
     void menuWillOpen(int clickedRow, const QPoint& globalPosition);
 
-    // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte; of the
-    // selected rules those that are selected now. Failures are only logged.
+    // See ExchangeController. Of the selected rules those are exported that are selected now.
     void exportRules();
     void exportSelectedRules();
-    // Asks for an exchange file, and opens the review of its rules.
     void importRules();
-    // Opens the review of the suggestions in the fail-safe file.
     void handleFailSafeImport();
 
 public:
     // Makes the window ready, once: tells of a rules file that cannot be opened and starts the program again,
     // or has waiting suggestions reviewed soon.
     void awakeFromNib();
-    // Ends the program and has it started again after `delay` seconds.
+    // See RulesFileFollower.
     void relaunchAfterDelay(float delay);
 
-    // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
-    // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
+    // See ExchangeController.
     void handleFileImport(const std::optional<std::string>& path);
     void importRule(const RuleRef& rule) override;
     bool didFinishImportingRules() override;
@@ -107,6 +101,8 @@ public:
     // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
     void editPolicy(const PolicyRulePtr& rule);
     void editWatch(const WatchRulePtr& rule);
+    // Delete the rules of rows that the table shows. When no rule is selected afterwards, the one that
+    // follows is, or the last.
     void deleteRow(std::size_t row);
     void deleteRows(const std::vector<std::size_t>& rows);
 
@@ -129,20 +125,20 @@ private:
     void setUpSortMenu();
     void setUpCommands();
     void setUpExchange();
-    void startMonitoring();
-    void rulesFileDidChange();
-    bool isImporting() const;
-    void tellReview();
-    void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
+    void rulesWereReloaded();
     void sortDescriptorsDidChange();
     void reloadData(RuleIdentity sameRule);
+    void reloadRows(RuleIdentity sameRule = RuleIdentity::record);
     void reloadTable(RuleIdentity sameRule = RuleIdentity::record);
-    void tellCounts();
-    void tellFailure();
+    void updateCounts();
+    void showFailure();
     void validateItems();
-    void editRuleAt(std::size_t row);
+    RuleRow ruleRowAt(std::size_t row) const;
+    std::optional<RuleRef> ruleBelow(std::size_t row) const;
+    void edit(const RuleRef& rule);
     void apply(const TableChange& change);
-    void display(const std::optional<Notice>& notice);
+    void selectAfterDelete(const TableChange& change, const std::optional<RuleRef>& following);
+    void selectRule(int row);
     void showNewRule();
 
     RuleManager& m_store;
@@ -151,7 +147,6 @@ private:
     Workspace& m_workspace;
     Log& m_log;
     RuleCommands m_commands;
-    RuleImport m_import;
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
@@ -161,13 +156,13 @@ private:
     QAction* m_newRuleMenuItem;
     QAction* m_editRuleMenuItem;
     QAction* m_deleteRuleMenuItem;
-    std::optional<std::size_t> m_clickedRow; // of the context menu
+    std::optional<RuleRef> m_clickedRule; // of the context menu
     QPointer<EditPolicyWindowController> m_editPolicyWindowController; // the latest
     QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
     std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
-    QPointer<ImportWindowController> m_importWindowController; // the review that is open
     bool m_initialize = true; // until the window is ready
-    std::unique_ptr<RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
+    std::unique_ptr<ExchangeController> m_exchange;
+    std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };
 
 } // namespace quorvane

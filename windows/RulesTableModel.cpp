@@ -19,9 +19,9 @@ void RulesTableModel::reload()
     setRows(m_store.rows(), m_showsSystemRules);
 }
 
-bool RulesTableModel::removeRules(const std::vector<std::size_t>& rows)
+bool RulesTableModel::removeRules()
 {
-    return takeAway(rows, m_store.rows());
+    return removeRun(m_store.rows());
 }
 
 Qt::ItemFlags RulesTableModel::flags(const QModelIndex& index) const

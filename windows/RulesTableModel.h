@@ -4,7 +4,6 @@
 #include "windows/RuleCellsModel.h"
 
 #include <cstddef>
-#include <vector>
 
 namespace quorvane {
 
@@ -22,9 +21,9 @@ public:
     // Takes the store's present rows.
     void reload();
 
-    // The store no longer has the rules of these rows, given in ascending order: takes them away while all
-    // others keep their cells. False, and nothing has changed, when that cannot be; then a reload is due.
-    bool removeRules(const std::vector<std::size_t>& rows);
+    // The store has lost one run of the rows: takes them away while all others keep their cells. False, and
+    // nothing has changed, when the rows differ in another way; then a reload is due.
+    bool removeRules();
 
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     // A tag as it was typed: shown until the next reload, whatever becomes of it; see tagTyped().

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "workflow/Notice.h"
+
+#include <optional>
 #include <string>
 
 namespace quorvane {
@@ -18,6 +21,12 @@ public:
     // reading.
     virtual void displayNotice(const std::string& header, const std::string& message, bool waitForResponse)
         = 0;
+    // The same without waiting; nothing when there is no notice.
+    void display(const std::optional<Notice>& notice)
+    {
+        if (notice)
+            displayNotice(notice->header, notice->message, false);
+    }
 
     // Whether the user's account is an administrator's. Asks nobody to prove anything.
     virtual bool isAdminUser() = 0;

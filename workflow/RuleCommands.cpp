@@ -29,6 +29,19 @@ void logTag(Log& log, const PolicyRule& rule, std::size_t row)
     log.write(line.str());
 }
 
+// Deliberate: told by the display names, while the table bands its rows by the group identity; and a policy
+// rule below a watch rule counts as no head.
+bool headsItsGroup(const RuleRef& rule, const RuleRef* above)
+{
+    const PolicyRule* policy = policyRuleIn(rule);
+    if (policy == nullptr)
+        return false;
+    if (above == nullptr)
+        return true;
+    const PolicyRule* previous = policyRuleIn(*above);
+    return previous != nullptr && applicationNameForRule(*previous) != applicationNameForRule(*policy);
+}
+
 } // namespace
 
 RuleCommands::RuleCommands(RuleManager& store, RunState& run, Log& log)
@@ -59,29 +72,22 @@ PolicyRulePtr RuleCommands::newPolicyLike(const RuleRef& rule)
     return std::make_shared<PolicyRule>(std::move(fields));
 }
 
-TableChange RuleCommands::deleteRow(std::size_t row, bool includeSystemRules)
+TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
 {
-    const RuleRef rule = m_store.ruleAtIndex(row, includeSystemRules);
-    if (isSystemRule(rule))
+    if (isSystemRule(row.rule))
         return {.notice = systemRuleNotice("Cannot Delete System Rule", "deleted")};
     m_run.g_dirty = 1;
-    const PolicyRule* policy = policyRuleIn(rule);
-    const bool headedItsGroup = policy != nullptr && headsItsGroup(*policy, row, includeSystemRules);
-    if (!deleteFromStore(rule))
+    if (!deleteFromStore(row.rule))
         return {};
     write();
-    TableChange change{.removedRows = {row}};
-    if (headedItsGroup && m_store.totalRules(includeSystemRules) > row)
-        change.newGroupHead = row;
-    return change;
+    return {.removedRows = {row.row}, .headedItsGroup = headsItsGroup(row.rule, above)};
 }
 
-TableChange RuleCommands::deleteRows(const std::vector<std::size_t>& rows, bool includeSystemRules)
+TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
 {
     TableChange change;
     std::vector<RuleRef> rules;
-    for (const std::size_t row : rows) {
-        const RuleRef& rule = m_store.ruleAtIndex(row, includeSystemRules);
+    for (const auto& [row, rule] : rows) {
         if (isSystemRule(rule)) {
             change.notice = systemRuleNotice("Cannot Delete System Rules", "deleted");
             continue;
@@ -98,32 +104,20 @@ TableChange RuleCommands::deleteRows(const std::vector<std::size_t>& rows, bool 
     return change;
 }
 
-std::optional<Notice> RuleCommands::setTag(
-    std::optional<std::size_t> row, const std::string& tag, bool includeSystemRules)
+std::optional<Notice> RuleCommands::setTag(const std::optional<RuleRow>& row, const std::string& tag)
 {
     std::optional<Notice> notice;
     if (row) {
-        const RuleRef rule = m_store.ruleAtIndex(*row, includeSystemRules);
-        if (isSystemRule(rule))
+        if (isSystemRule(row->rule))
             notice = systemRuleNotice("Cannot Edit System Rules", "edited");
         else
-            std::visit([&](const auto& record) { record->setTag(tag); }, rule);
-        if (const PolicyRule* policy = policyRuleIn(rule))
-            logTag(m_log, *policy, *row);
+            std::visit([&](const auto& record) { record->setTag(tag); }, row->rule);
+        if (const PolicyRule* policy = policyRuleIn(row->rule))
+            logTag(m_log, *policy, row->row);
     }
     m_run.g_dirty = 1;
     write();
     return notice;
-}
-
-// Deliberate: told by the display names, while the table bands its rows by the group identity; and a policy
-// rule below a watch rule counts as no head.
-bool RuleCommands::headsItsGroup(const PolicyRule& rule, std::size_t row, bool includeSystemRules) const
-{
-    if (row == 0)
-        return true;
-    const PolicyRule* previous = policyRuleIn(m_store.ruleAtIndex(row - 1, includeSystemRules));
-    return previous != nullptr && applicationNameForRule(*previous) != applicationNameForRule(rule);
 }
 
 bool RuleCommands::deleteFromStore(const RuleRef& rule)

@@ -13,18 +13,22 @@ namespace quorvane {
 class Log;
 struct RunState;
 
-// What a table must do after a command.
+// A rule, and the row that the table shows it in.
+struct RuleRow {
+    std::size_t row;
+    RuleRef rule;
+};
+
+// What a command has come to.
 struct TableChange {
-    std::vector<std::size_t> removedRows{}; // as they were numbered before, ascending
-    // The row, as it is numbered now, that has become the first of its application group.
-    std::optional<std::size_t> newGroupHead{};
+    std::vector<std::size_t> removedRows{}; // of the rules deleted; as they were numbered before, ascending
+    bool headedItsGroup = false; // the one rule deleted was the first of its application group
     std::optional<Notice> notice{};
 };
 
 // What the commands of the rules table do to the store, the user's file and the state of the run. Every
-// command that changes rules writes the file; system rules are never changed. Row numbers are those of the
-// store's present rows, with or without system rules as `includeSystemRules` says. For the thread that owns
-// the store.
+// command that changes rules writes the file; system rules are never changed. Rules are named by themselves;
+// their rows are for the log and the table. For the thread that owns the store.
 class RuleCommands {
 public:
     // All must outlive it.
@@ -36,20 +40,19 @@ public:
     // Another rule for the program of `rule`, under its constraint.
     static PolicyRulePtr newPolicyLike(const RuleRef& rule);
 
-    // Deletes one rule. A rule that the store no longer has changes nothing, silently.
-    TableChange deleteRow(std::size_t row, bool includeSystemRules);
+    // Deletes one rule; `above` is the one in the row above it, null in the first row. A rule that the store
+    // no longer has changes nothing, silently.
+    TableChange deleteRow(const RuleRow& row, const RuleRef* above);
 
-    // Deletes the rules of several rows, given in ascending order, and leaves out those of the system.
+    // Deletes several rules, given in the order of their rows, and leaves out those of the system.
     // Deliberate: writes the file and marks the run as changed even when nothing was left to delete.
-    TableChange deleteRows(const std::vector<std::size_t>& rows, bool includeSystemRules);
+    TableChange deleteRows(const std::vector<RuleRow>& rows);
 
-    // Gives the rule of `row` a tag. Deliberate: writes the file and marks the run as changed also when the
-    // rule is one of the system, which keeps its tag, or when there is no row.
-    std::optional<Notice> setTag(
-        std::optional<std::size_t> row, const std::string& tag, bool includeSystemRules);
+    // Gives a rule a tag. Deliberate: writes the file and marks the run as changed also when the rule is one
+    // of the system, which keeps its tag, or when there is none.
+    std::optional<Notice> setTag(const std::optional<RuleRow>& row, const std::string& tag);
 
 private:
-    bool headsItsGroup(const PolicyRule& rule, std::size_t row, bool includeSystemRules) const;
     bool deleteFromStore(const RuleRef& rule);
     void write();
 

@@ -278,6 +278,83 @@ TEST_F(Commands, DeletingInTheMiddleOfAGroupReloadsNothingElse)
     EXPECT_EQ(cell(next, RuleColumn::path).data(Qt::BackgroundRole), band);
 }
 
+TEST_F(Commands, DeletingTheOnlyRuleOfTheLastGroupReloadsNothingElse)
+{
+    QList<int> reloaded;
+    QObject::connect(table->model(), &QAbstractItemModel::dataChanged,
+        [&reloaded](const QModelIndex& first) { reloaded.append(first.row()); });
+    window->deleteRow(vi);
+    EXPECT_TRUE(reloaded.isEmpty());
+    EXPECT_EQ(table->model()->rowCount(), 3);
+}
+
+TEST_F(Commands, AfterADeleteTheRuleThatFollowsIsSelected)
+{
+    select({head, next});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(selectedRows(), QList<int>{1});
+    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+    QTest::keyClick(table, Qt::Key_Up);
+    EXPECT_EQ(selectedRows(), QList<int>{0}) << "the keyboard goes on from there";
+}
+
+TEST_F(Commands, AfterADeleteOfScatteredRulesTheOneThatFollowsTheLastIsSelected)
+{
+    select({watch, next});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(selectedRows(), QList<int>{1});
+    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+}
+
+TEST_F(Commands, AfterADeleteOfTheLastRuleTheOneBeforeIsSelected)
+{
+    select({vi});
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(selectedRows(), QList<int>{next});
+}
+
+TEST_F(Commands, AfterADeleteByTheContextMenuTheRuleThatFollowsIsSelected)
+{
+    clickRight(head);
+    choose("Delete");
+    EXPECT_EQ(selectedRows(), QList<int>{1});
+    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/b/"));
+}
+
+TEST_F(Commands, AfterADeleteOfEveryRuleNothingIsSelected)
+{
+    table->selectAll();
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_TRUE(selectedRows().isEmpty());
+}
+
+TEST_F(Commands, ADeleteKeyThatIsHeldDeletesOnce)
+{
+    for (const int key : {Qt::Key_Delete, Qt::Key_Backspace}) {
+        const int before = table->model()->rowCount();
+        select({0});
+        QTest::keyPress(table, static_cast<Qt::Key>(key));
+        QKeyEvent repeated(QEvent::KeyPress, key, Qt::NoModifier, QString(), true);
+        QApplication::sendEvent(table, &repeated);
+        EXPECT_EQ(table->model()->rowCount(), before - 1);
+        QTest::keyRelease(table, static_cast<Qt::Key>(key));
+        QTest::keyClick(table, static_cast<Qt::Key>(key));
+        EXPECT_EQ(table->model()->rowCount(), before - 2);
+    }
+}
+
+TEST_F(Commands, TheContextMenuDeletesTheRuleItWasOpenedOnWhereverItStandsNow)
+{
+    clickRight(vi);
+    contextMenu()->close();
+    window->deleteRow(watch);
+    window->deleteRule();
+    EXPECT_EQ(file(), headLine + nextLine);
+    window->deleteRule();
+    EXPECT_EQ(file(), headLine + nextLine) << "it is gone";
+}
+
 TEST_F(Commands, DeletingAnUnselectedRowKeepsTheSelection)
 {
     select({head, vi});

@@ -275,6 +275,22 @@ TEST_F(RulesExchange, AReviewKnowsWhichRulesArePresentNow)
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == present; }));
 }
 
+TEST_F(RulesExchange, AReviewCountsAnewOnlyWhenRulesHaveChanged)
+{
+    window->handleFileImport(folder.write("Tools.quorv", "allow prefix \"/a\" \"/bin/sh\" r\n"));
+    int counts = 0;
+    QObject::connect(review()->findChild<RulesTableView*>()->model(), &QAbstractItemModel::modelReset,
+        [&counts] { ++counts; });
+    window->findChild<QLineEdit*>(QStringLiteral("searchField"))->setText(QStringLiteral("/a"));
+    action("hideSystemToolbarItem")->trigger();
+    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    EXPECT_EQ(counts, 0);
+    window->deleteRow(0);
+    EXPECT_EQ(counts, 1);
+    window->reloadData();
+    EXPECT_EQ(counts, 2);
+}
+
 TEST_F(RulesExchange, RulesHandedOverOutliveAnotherChangeOfTheFileAndAnotherImport)
 {
     const std::string other = folder.write("Other.quorv", "allow path /o any r\n");

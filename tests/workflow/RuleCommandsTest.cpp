@@ -35,6 +35,25 @@ protected:
         const auto paths = rowPaths(*store, includeSystemRules);
         return static_cast<std::size_t>(std::find(paths.begin(), paths.end(), path) - paths.begin());
     }
+    // As a table of the present rows names a rule.
+    RuleRow rowAt(std::size_t row, bool includeSystemRules) const
+    {
+        return {row, store->ruleAtIndex(row, includeSystemRules)};
+    }
+    TableChange deleteRow(std::size_t row, bool includeSystemRules) const
+    {
+        const RuleRow rule = rowAt(row, includeSystemRules);
+        const std::optional<RuleRow> above
+            = row == 0 ? std::nullopt : std::optional(rowAt(row - 1, includeSystemRules));
+        return commands->deleteRow(rule, above ? &above->rule : nullptr);
+    }
+    TableChange deleteRows(const std::vector<std::size_t>& rows, bool includeSystemRules) const
+    {
+        std::vector<RuleRow> rules;
+        for (const std::size_t row : rows)
+            rules.push_back(rowAt(row, includeSystemRules));
+        return commands->deleteRows(rules);
+    }
 
     const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"\"\n";
     const std::string shLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
@@ -87,7 +106,7 @@ TEST_F(RuleCommandsTest, ANewRuleLikeAWatchRuleHasAnEmptyConstraint)
 
 TEST_F(RuleCommandsTest, DeletingARowWritesTheFileAndMarksTheRun)
 {
-    const TableChange change = commands->deleteRow(rowOf("/b/"), true);
+    const TableChange change = deleteRow(rowOf("/b/"), true);
     EXPECT_EQ(change.removedRows.size(), 1U);
     EXPECT_FALSE(change.notice);
     EXPECT_EQ(file(), watchLine + shLine + viLine);
@@ -95,52 +114,55 @@ TEST_F(RuleCommandsTest, DeletingARowWritesTheFileAndMarksTheRun)
     EXPECT_TRUE(run.internalWrite);
 }
 
-TEST_F(RuleCommandsTest, DeletingTheFirstRuleOfAGroupMakesTheNextRowItsHead)
+TEST_F(RuleCommandsTest, DeletingTheFirstRuleOfAGroupIsTold)
 {
     const std::size_t row = rowOf("/a/", false);
-    const TableChange change = commands->deleteRow(row, false);
+    const TableChange change = deleteRow(row, false);
     EXPECT_EQ(change.removedRows, std::vector<std::size_t>{row});
     // Below a watch rule the row heads no group: see the next test; with the watch rule gone it does.
-    EXPECT_FALSE(change.newGroupHead);
-    commands->deleteRow(rowOf("/w/", false), false);
-    EXPECT_EQ(commands->deleteRow(0, false).newGroupHead, 0U);
+    EXPECT_FALSE(change.headedItsGroup);
+    deleteRow(rowOf("/w/", false), false);
+    EXPECT_TRUE(deleteRow(0, false).headedItsGroup);
 }
 
 TEST_F(RuleCommandsTest, DeliberateAPolicyRuleBelowAWatchRuleHeadsNoGroup)
 {
     ASSERT_EQ(rowPaths(*store, false), (std::vector<std::string>{"/w/", "/a/", "/b/", "/c"}));
-    EXPECT_FALSE(commands->deleteRow(1, false).newGroupHead);
+    EXPECT_FALSE(deleteRow(1, false).headedItsGroup);
 }
 
-TEST_F(RuleCommandsTest, DeletingTheHeadOfALaterGroupTellsOfTheRowThatTookItsPlace)
+TEST_F(RuleCommandsTest, DeletingTheHeadOfALaterGroupIsTold)
 {
     box.writeUserRules(shLine + viLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"\" \"0\"\n");
     store->reloadCurrentUserConfiguration();
-    EXPECT_EQ(commands->deleteRow(1, false).newGroupHead, 1U);
+    EXPECT_TRUE(deleteRow(1, false).headedItsGroup);
 }
 
-TEST_F(RuleCommandsTest, DeletingTheLastRowHasNoNewHead)
+TEST_F(RuleCommandsTest, ARuleInTheMiddleOfAGroupHeadsNone)
 {
-    EXPECT_FALSE(commands->deleteRow(rowOf("/c", false), false).newGroupHead);
+    EXPECT_FALSE(deleteRow(rowOf("/b/", false), false).headedItsGroup);
 }
 
-TEST_F(RuleCommandsTest, DeletingInTheMiddleOfAGroupTellsOfNoNewHead)
+TEST_F(RuleCommandsTest, AWatchRuleHeadsNoGroup)
 {
-    EXPECT_FALSE(commands->deleteRow(rowOf("/b/", false), false).newGroupHead);
-}
-
-TEST_F(RuleCommandsTest, DeletingAWatchRuleTellsOfNoNewHead)
-{
-    const TableChange change = commands->deleteRow(0, false);
+    const TableChange change = deleteRow(0, false);
     EXPECT_EQ(change.removedRows, std::vector<std::size_t>{0});
-    EXPECT_FALSE(change.newGroupHead);
+    EXPECT_FALSE(change.headedItsGroup);
     EXPECT_EQ(file(), shLine + sh2Line + viLine);
+}
+
+TEST_F(RuleCommandsTest, ARuleIsDeletedThatHasLeftTheRowItWasShownIn)
+{
+    const RuleRow shown = rowAt(rowOf("/c", false), false);
+    deleteRow(0, false);
+    commands->deleteRows({shown});
+    EXPECT_EQ(file(), shLine + sh2Line);
 }
 
 TEST_F(RuleCommandsTest, DeletingASystemRuleIsRefusedAndChangesNothing)
 {
     const std::string before = file();
-    const TableChange change = commands->deleteRow(rowOf("/system/"), true);
+    const TableChange change = deleteRow(rowOf("/system/"), true);
     EXPECT_TRUE(change.removedRows.empty());
     ASSERT_TRUE(change.notice);
     EXPECT_EQ(change.notice->header, "Cannot Delete System Rule");
@@ -155,7 +177,7 @@ TEST_F(RuleCommandsTest, ARuleThatEqualsNothingLeavesTableAndFileUntouchedSilent
     // A null text equals nothing, not even itself, so the store finds no rule to delete.
     store->addPolicyRule(policyRule({.path = "/null", .operations = 1}));
     const std::string before = file();
-    const TableChange change = commands->deleteRow(rowOf("/null"), true);
+    const TableChange change = deleteRow(rowOf("/null"), true);
     EXPECT_TRUE(change.removedRows.empty());
     EXPECT_FALSE(change.notice);
     EXPECT_EQ(file(), before);
@@ -169,7 +191,7 @@ TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemR
     for (std::size_t row = 0; row < store->totalRules(true); ++row)
         all.push_back(row);
 
-    const TableChange change = commands->deleteRows(all, true);
+    const TableChange change = deleteRows(all, true);
 
     EXPECT_EQ(change.removedRows.size(), 4U);
     ASSERT_TRUE(change.notice);
@@ -186,7 +208,7 @@ TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemR
 
 TEST_F(RuleCommandsTest, DeliberateWithOnlySystemRulesSelectedTheFileIsRewrittenAllTheSame)
 {
-    const TableChange change = commands->deleteRows({rowOf("/system/")}, true);
+    const TableChange change = deleteRows({rowOf("/system/")}, true);
     EXPECT_TRUE(change.removedRows.empty());
     ASSERT_TRUE(change.notice);
     EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
@@ -197,7 +219,7 @@ TEST_F(RuleCommandsTest, DeliberateWithOnlySystemRulesSelectedTheFileIsRewritten
 
 TEST_F(RuleCommandsTest, DeletingSeveralWithoutSystemRulesSaysNothing)
 {
-    const TableChange change = commands->deleteRows({1, 3}, false);
+    const TableChange change = deleteRows({1, 3}, false);
     EXPECT_EQ(change.removedRows, (std::vector<std::size_t>{1, 3}));
     EXPECT_FALSE(change.notice);
     EXPECT_EQ(file(), watchLine + sh2Line);
@@ -206,7 +228,7 @@ TEST_F(RuleCommandsTest, DeletingSeveralWithoutSystemRulesSaysNothing)
 TEST_F(RuleCommandsTest, ATagIsWrittenAndLogged)
 {
     const std::size_t row = rowOf("/b/");
-    EXPECT_FALSE(commands->setTag(row, "caf\xC3\xA9 \"x\"", true));
+    EXPECT_FALSE(commands->setTag(rowAt(row, true), "caf\xC3\xA9 \"x\""));
     EXPECT_EQ(policyAt(*store, row)->tag().view(), "caf\xC3\xA9 \"x\"");
     EXPECT_EQ(log.lines().back(),
         "set tag to 'caf\xC3\xA9 \"x\"' for row " + std::to_string(row) + " rule /bin/sh / /b/");
@@ -217,7 +239,7 @@ TEST_F(RuleCommandsTest, ATagIsWrittenAndLogged)
 TEST_F(RuleCommandsTest, ATagOfAWatchRuleIsWrittenWithoutALogLine)
 {
     const std::size_t lines = log.lines().size();
-    EXPECT_FALSE(commands->setTag(0, "seen", false));
+    EXPECT_FALSE(commands->setTag(rowAt(0, false), "seen"));
     EXPECT_EQ(file(), "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n" + shLine + sh2Line + viLine);
     EXPECT_EQ(log.lines().size(), lines);
 }
@@ -226,7 +248,7 @@ TEST_F(RuleCommandsTest, DeliberateASystemRuleKeepsItsTagButTheFileIsWritten)
 {
     const std::size_t row = rowOf("/system/");
     const std::string tag(policyAt(*store, row)->tag().view());
-    const auto notice = commands->setTag(row, "mine", true);
+    const auto notice = commands->setTag(rowAt(row, true), "mine");
     ASSERT_TRUE(notice);
     EXPECT_EQ(notice->header, "Cannot Edit System Rules");
     EXPECT_EQ(notice->message, editMessage);
@@ -239,7 +261,7 @@ TEST_F(RuleCommandsTest, DeliberateASystemRuleKeepsItsTagButTheFileIsWritten)
 
 TEST_F(RuleCommandsTest, DeliberateATagWithoutARowChangesNoRuleButWritesTheFile)
 {
-    EXPECT_FALSE(commands->setTag(std::nullopt, "nobody's", true));
+    EXPECT_FALSE(commands->setTag(std::nullopt, "nobody's"));
     EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine);
     EXPECT_EQ(run.g_dirty, 1);
 }
@@ -248,7 +270,7 @@ TEST_F(RuleCommandsTest, AFileThatCannotBeWrittenLeavesTheRulesInMemoryAndAMessa
 {
     std::filesystem::remove(box.locations.userRulesFile());
     std::filesystem::create_directory(box.locations.userRulesFile());
-    const TableChange change = commands->deleteRow(1, false);
+    const TableChange change = deleteRow(1, false);
     EXPECT_EQ(change.removedRows, std::vector<std::size_t>{1});
     ASSERT_TRUE(store->lastErrorMessage());
     EXPECT_EQ(*store->lastErrorMessage(),

@@ -1,0 +1,128 @@
+#include "windows/ExchangeController.h"
+
+#include "platform/FileBytes.h"
+#include "platform/Log.h"
+#include "windows/ExchangePanels.h"
+#include "windows/FilePanel.h"
+#include "windows/ImportWindowController.h"
+#include "windows/QtText.h"
+#include "workflow/ApplicationServices.h"
+#include "workflow/FailSafeSuggestions.h"
+#include "workflow/RulesExport.h"
+
+#include <QTimer>
+
+#include <chrono>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::chrono::milliseconds untilSuggestions{500};
+
+} // namespace
+
+ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate, RuleManager& store,
+    ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
+    : m_window(window)
+    , m_delegate(delegate)
+    , m_store(store)
+    , m_application(application)
+    , m_workspace(workspace)
+    , m_log(log)
+    , m_import(store, run)
+{
+}
+
+void ExchangeController::exportRules()
+{
+    std::string address = "file://" + m_store.locations().userRulesFile();
+    for (std::size_t at = 0; (at = address.find(' ', at)) != std::string::npos;)
+        address.replace(at, 1, "%20");
+    showSavePanel(m_window, tr("Export All Rules"), m_store.locations().exchangeFileName(),
+        [source = pathOfAddress(address)](
+            const QUrl& destination) { exportRulesFile(source, fromQt(destination.toLocalFile())); });
+}
+
+void ExchangeController::exportSelectedRules(const std::vector<RuleRef>& rules)
+{
+    showSavePanel(m_window, tr("Export Selected Rules"), m_store.locations().exchangeFileName(),
+        [this, rules](const QUrl& destination) { writeRules(rules, pathFromPanel(destination)); });
+}
+
+void ExchangeController::writeRules(const std::vector<RuleRef>& rules, const std::string& path)
+{
+    if (isSameFile(path, m_store.locations().userRulesFile())) {
+        m_log.write("not exporting to '" + path + "': the rules that are not selected would be lost");
+        return;
+    }
+    // What the window tells of failures is about the user's own file.
+    const std::optional<std::string> earlierMessage = m_store.lastErrorMessage();
+    m_store.writeToFile(path, rules);
+    if (const auto& message = m_store.lastErrorMessage())
+        m_log.write("error on export: " + *message);
+    m_store.setLastErrorMessage(earlierMessage);
+}
+
+void ExchangeController::importRules()
+{
+    const std::optional<QUrl> chosen
+        = chooseExchangeFile(m_window, tr("Import Files"), m_store.locations().extrasFolder());
+    handleFileImport(chosen ? std::optional(pathFromPanel(*chosen)) : std::nullopt);
+}
+
+void ExchangeController::handleFileImport(const std::optional<std::string>& path)
+{
+    m_log.write("-[RulesEditorTableController handleFileImport:] " + path.value_or("(null)"));
+    if (!path || isImporting() || !isTextAt(*path))
+        return;
+    // Not closed: an earlier review goes without a trace, and suggestions under review stay for the next.
+    delete m_importWindowController;
+    m_importWindowController = new ImportWindowController(m_store, m_workspace, m_log, &m_window);
+    m_importWindowController->setAttribute(Qt::WA_DeleteOnClose);
+    m_importWindowController->setDelegate(&m_delegate);
+    m_importWindowController->setPath(*path);
+    m_importWindowController->show();
+    m_importWindowController->raise();
+    m_importWindowController->activateWindow();
+    m_import.begin(*path);
+    m_application.display(suggestionsNotice(m_store.locations(), *path));
+}
+
+void ExchangeController::offerSuggestions()
+{
+    if (areSuggestionsDue(m_store.locations()))
+        QTimer::singleShot(untilSuggestions, this, &ExchangeController::handleFailSafeImport);
+}
+
+void ExchangeController::handleFailSafeImport()
+{
+    handleFileImport(m_store.locations().failSafeFile());
+}
+
+void ExchangeController::importRule(const RuleRef& rule)
+{
+    m_import.importRule(rule);
+}
+
+bool ExchangeController::didFinishImportingRules()
+{
+    const ImportResult result = m_import.didFinishImportingRules();
+    m_store.setLastErrorMessage(result.writeFailure);
+    Q_EMIT rulesWereReloaded(); // whether or not there was a rule
+    m_application.display(result.notice);
+    return !result.writeFailure;
+}
+
+bool ExchangeController::isImporting() const
+{
+    return m_importWindowController && m_importWindowController->isImporting();
+}
+
+void ExchangeController::presentRulesDidChange()
+{
+    if (m_importWindowController)
+        m_importWindowController->presentRulesDidChange();
+}
+
+} // namespace quorvane

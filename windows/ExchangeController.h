@@ -1,0 +1,73 @@
+#pragma once
+
+#include "workflow/ImportDelegate.h"
+#include "workflow/RuleImport.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+namespace quorvane {
+
+class ApplicationServices;
+class ImportWindowController;
+class Log;
+class RuleManager;
+struct RunState;
+class Workspace;
+
+// The main window's exchange of rules through files: exports, and imports by way of a review.
+class ExchangeController : public QObject {
+    Q_OBJECT
+public:
+    // Panels and reviews stand over `window`. A review hands its rules to `delegate`, which hands them on to
+    // importRule() and didFinishImportingRules(). Nothing given is owned; all of it must outlive this.
+    ExchangeController(QWidget& window, ImportDelegate& delegate, RuleManager& store,
+        ApplicationServices& application, RunState& run, Workspace& workspace, Log& log);
+
+    // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte. Failures
+    // are only logged.
+    void exportRules();
+    void exportSelectedRules(const std::vector<RuleRef>& rules);
+
+    // Asks for an exchange file, and opens the review of its rules.
+    void importRules();
+    // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
+    // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
+    void handleFileImport(const std::optional<std::string>& path);
+    // The review of suggestions that wait is due half a second from now; nothing when none wait.
+    void offerSuggestions();
+    // Opens the review of the suggestions in the fail-safe file.
+    void handleFailSafeImport();
+
+    void importRule(const RuleRef& rule);
+    bool didFinishImportingRules();
+
+    // True while a review hands over its rules: the store must not be reloaded then.
+    bool isImporting() const;
+    // The user's rules may be others now: an open review marks anew which of its rules are present.
+    void presentRulesDidChange();
+
+Q_SIGNALS:
+    // An import has ended, and the store has read its file again.
+    void rulesWereReloaded();
+
+private:
+    void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
+
+    QWidget& m_window;
+    ImportDelegate& m_delegate;
+    RuleManager& m_store;
+    ApplicationServices& m_application;
+    Workspace& m_workspace;
+    Log& m_log;
+    RuleImport m_import;
+    QPointer<ImportWindowController> m_importWindowController; // the review that is open
+};
+
+} // namespace quorvane
