@@ -1,0 +1,191 @@
+#include "history/JournalPlace.h"
+
+#include "history/ContentDigest.h"
+
+#include "platform/Account.h"
+#include "platform/FileDescriptor.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr mode_t forOwnerOnly = 0700;
+constexpr mode_t fileForOwnerOnly = 0600;
+
+// The real path, also of a file that is not there yet.
+std::string realPathOf(const std::string& file)
+{
+    std::error_code failed;
+    const std::filesystem::path absolute = std::filesystem::absolute(file, failed);
+    const std::filesystem::path real = std::filesystem::weakly_canonical(absolute, failed);
+    return failed ? absolute.lexically_normal().string() : real.string();
+}
+
+std::string reasonOf(int error)
+{
+    return std::generic_category().message(error);
+}
+
+std::optional<struct stat> statusOf(const std::string& path, int flags)
+{
+    struct stat status { };
+    return fstatat(AT_FDCWD, path.c_str(), &status, flags) == 0 ? std::optional(status) : std::nullopt;
+}
+
+// The status of `path` or, when it is missing, of the first folder above it that is there.
+std::optional<struct stat> statusOfNearest(std::filesystem::path path)
+{
+    for (;;) {
+        if (const auto status = statusOf(path.string(), 0))
+            return status;
+        if (!path.has_relative_path())
+            return std::nullopt;
+        path = path.parent_path();
+    }
+}
+
+bool syncFolder(const std::string& path)
+{
+    const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder && fsync(folder.get()) == 0;
+}
+
+bool makeFolders(const std::filesystem::path& folder)
+{
+    if (folder.empty() || statusOf(folder.string(), 0))
+        return true;
+    return makeFolders(folder.parent_path()) && (mkdir(folder.c_str(), forOwnerOnly) == 0 || errno == EEXIST)
+        && syncFolder(folder.parent_path().string());
+}
+
+// Makes an empty file unless there is one; a link, even a dangling one, is never followed.
+bool makeFile(const std::string& path)
+{
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    const FileDescriptor file(open(path.c_str(), flags, fileForOwnerOnly));
+    return file ? fsync(file.get()) == 0 : errno == EEXIST;
+}
+
+} // namespace
+
+std::string defaultStateFolder()
+{
+    // Relative paths are to be ignored there.
+    if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/')
+        return std::string(state) + "/quorvane";
+    const std::string home = homeDirectory();
+    return home.empty() ? "" : home + "/.local/state/quorvane";
+}
+
+JournalPlace::JournalPlace(std::string stateFolder, const std::string& watchedFile)
+    : m_folder(stateFolder.empty() ? std::string() : realPathOf(stateFolder))
+    , m_watchedFile(realPathOf(watchedFile))
+{
+    constexpr std::size_t enoughDigits = 32; // no two paths share 128 bits
+    m_base = m_folder + "/" + contentDigest(m_watchedFile).substr(0, enoughDigits);
+}
+
+std::optional<std::string> JournalPlace::refusal() const
+{
+    constexpr uid_t root = 0;
+    const uid_t user = geteuid();
+    if (m_folder.empty())
+        return "there is no home folder to keep it in";
+    const auto folder = statusOfNearest(m_folder);
+    const bool isThere = folder && statusOf(m_folder, 0).has_value();
+    if (isThere && !S_ISDIR(folder->st_mode))
+        return m_folder + " is no folder";
+    // Root leaves nothing behind in somebody else's home.
+    if (folder && folder->st_uid != user && (isThere || user == root))
+        return m_folder + " belongs to another user";
+    if (const auto file = statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW)) {
+        if (!S_ISREG(file->st_mode))
+            return databaseFile() + " is no regular file";
+        if (file->st_uid != user)
+            return databaseFile() + " belongs to another user";
+    }
+    const auto watched = statusOf(m_watchedFile, 0);
+    if (user == root && watched && watched->st_uid != root)
+        return m_watchedFile + " belongs to another user";
+    return std::nullopt;
+}
+
+bool JournalPlace::hasDatabase() const
+{
+    return statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW).has_value();
+}
+
+std::optional<std::string> JournalPlace::prepare() const
+{
+    if (!makeFolders(m_folder) || chmod(m_folder.c_str(), forOwnerOnly) != 0)
+        return m_folder + ": " + reasonOf(errno);
+    if (!makeFile(databaseFile()) || !syncFolder(m_folder))
+        return databaseFile() + ": " + reasonOf(errno);
+    return std::nullopt;
+}
+
+bool JournalPlace::hasMarker() const
+{
+    return statusOf(markerFile(), AT_SYMLINK_NOFOLLOW).has_value();
+}
+
+bool JournalPlace::makeMarker() const
+{
+    return makeFile(markerFile()) && syncFolder(m_folder);
+}
+
+void JournalPlace::removeMarker() const
+{
+    unlink(markerFile().c_str());
+}
+
+std::optional<std::uint64_t> JournalPlace::databaseIdentity() const
+{
+    const auto status = statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW);
+    return status ? std::optional(status->st_ino) : std::nullopt;
+}
+
+std::optional<std::string> JournalPlace::setAside(std::uint64_t identity) const
+{
+    // Only one process at a time, lest the second one takes the new data base for the damaged one.
+    const FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || flock(folder.get(), LOCK_EX | LOCK_NB) != 0 || databaseIdentity() != identity)
+        return std::nullopt;
+    constexpr int mostNames = 9;
+    for (int number = 1; number <= mostNames; ++number) {
+        const std::string aside = m_base + ".damaged" + (number == 1 ? "" : "." + std::to_string(number));
+        if (statusOf(aside, AT_SYMLINK_NOFOLLOW))
+            continue;
+        // The rollback journal first: beside a new data base it would be taken for that one's.
+        const std::string rollback = databaseFile() + "-journal";
+        if (rename(rollback.c_str(), (aside + "-journal").c_str()) != 0 && errno != ENOENT)
+            break;
+        if (renameat2(AT_FDCWD, databaseFile().c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0)
+            return aside;
+        break;
+    }
+    return std::nullopt;
+}
+
+std::uint64_t JournalPlace::sizeOnDisk() const
+{
+    std::uint64_t size = 0;
+    for (const std::string& file : {databaseFile(), databaseFile() + "-journal"})
+        if (const auto status = statusOf(file, AT_SYMLINK_NOFOLLOW))
+            size += static_cast<std::uint64_t>(status->st_size);
+    return size;
+}
+
+} // namespace quorvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace quorvane {
+
+// Where programs keep their state: "quorvane" in $XDG_STATE_HOME, else in ~/.local/state. Empty when there is
+// no home folder either.
+std::string defaultStateFolder();
+
+// Where the journal of one file is: names, owners, permissions and the marker. Nothing throws but what
+// running out of memory throws. A value object; any thread.
+class JournalPlace {
+public:
+    // The file is known by its real path; it need not exist.
+    JournalPlace(std::string stateFolder, const std::string& watchedFile);
+
+    const std::string& watchedFile() const { return m_watchedFile; } // real path
+    std::string databaseFile() const { return m_base + ".db"; }
+    std::string markerFile() const { return m_base + ".underway"; }
+
+    // Why no journal may be kept or read here, by whom folder and files belong to; none when one may.
+    std::optional<std::string> refusal() const;
+
+    bool hasDatabase() const;
+
+    // Makes what is missing: the folder, for its owner only, and an empty data base file. Returns why that
+    // failed.
+    std::optional<std::string> prepare() const;
+
+    // The marker says that a version may be under way. Making it is durable.
+    bool hasMarker() const;
+    bool makeMarker() const;
+    void removeMarker() const;
+
+    // Tells one data base file of this name from another; none when there is no file.
+    std::optional<std::uint64_t> databaseIdentity() const;
+
+    // Gives the data base another name beside it, provided that it is still the one with this identity.
+    // Returns the name; none when that fails.
+    std::optional<std::string> setAside(std::uint64_t identity) const;
+
+    // Bytes of the data base's files.
+    std::uint64_t sizeOnDisk() const;
+
+private:
+    std::string m_folder;
+    std::string m_watchedFile;
+    std::string m_base; // path of all files of this journal, without their endings
+};
+
+} // namespace quorvane

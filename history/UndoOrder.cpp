@@ -1,0 +1,42 @@
+#include "history/UndoOrder.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+using Numbers = std::vector<std::int64_t>;
+
+// Also when it is not the last one: what is undone is never undone again.
+void move(std::int64_t number, Numbers& from, Numbers& to)
+{
+    from.erase(std::remove(from.begin(), from.end(), number), from.end());
+    to.push_back(number);
+}
+
+std::optional<std::int64_t> last(const Numbers& numbers)
+{
+    return numbers.empty() ? std::nullopt : std::optional(numbers.back());
+}
+
+} // namespace
+
+UndoOrder undoOrder(const std::vector<JournalVersion>& versions)
+{
+    Numbers done;
+    Numbers undone;
+    for (const JournalVersion& version : versions) {
+        if (version.kind == VersionKind::action) {
+            done.push_back(version.number);
+            undone.clear();
+        } else if (version.kind == VersionKind::undo && version.of) {
+            move(*version.of, done, undone);
+        } else if (version.kind == VersionKind::redo && version.of) {
+            move(*version.of, undone, done);
+        }
+    }
+    return {last(done), last(undone)};
+}
+
+} // namespace quorvane
