@@ -11,7 +11,7 @@ namespace quorvane {
 // last line end is a line too, and so is the nothing after it. The views point into the text given.
 class LineWalker {
 public:
-    // `text` must be valid UTF-8.
+    // Of text that is not valid UTF-8 every other byte belongs to a line.
     explicit LineWalker(std::string_view text)
         : m_rest(text)
     {
