@@ -1,0 +1,23 @@
+#pragma once
+
+#include "rules/RuleValue.h"
+
+#include <cstdint>
+
+// Tag and creation time: what a rule carries for people and what takes no part in rule equality. Equal rules
+// that differ in them are the same rule, changed.
+
+namespace quorvane {
+
+const NullableText& tagOf(const RuleValue& rule);
+// 0 for a watch rule.
+std::uint64_t createdOf(const RuleValue& rule);
+
+// A null tag is the same as another null one only.
+bool hasSameTag(const RuleValue& a, const RuleValue& b);
+bool hasSameMarks(const RuleValue& a, const RuleValue& b);
+
+// `rule` with the tag of one rule and the creation time of another; `rule` itself where that changes nothing.
+RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleValue& timed);
+
+} // namespace quorvane

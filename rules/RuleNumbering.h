@@ -1,0 +1,28 @@
+#pragma once
+
+#include "rules/RuleValue.h"
+#include "rules/SlotChains.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quorvane {
+
+// Gives equal rules of several lists the same number, from 0 up: what comparing the lists is then done with.
+//
+// The rules handed in must outlive this object. At most 2^32 - 2 different rules.
+class RuleNumbering {
+public:
+    // The number that an equal rule has got before, or the next one. One and the same value is equal to
+    // itself even with a null text.
+    std::uint32_t numberOf(const RuleValue& rule);
+
+    std::size_t size() const { return m_rules.size(); }
+
+private:
+    std::vector<const RuleValue*> m_rules; // the first one of each number
+    SlotChains m_byHash;
+};
+
+} // namespace quorvane

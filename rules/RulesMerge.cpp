@@ -1,0 +1,274 @@
+#include "rules/RulesMerge.h"
+
+#include "rules/RuleMarks.h"
+#include "rules/RuleNumbering.h"
+
+#include <algorithm>
+#include <cstdint>
+
+// Every rule of the three lists gets an entry, equal rules the same one. An entry is in the result or not by
+// the lists that it stands in alone. The result is a chain of entries: first those of ours in their order,
+// into which those of theirs are hung one after the other, each behind the last one of theirs that is in the
+// chain.
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::uint32_t none = UINT32_MAX;
+
+// A rule, and where it stands in each list.
+struct Entry {
+    std::uint32_t base = none;
+    std::uint32_t ours = none;
+    std::uint32_t theirs = none;
+};
+
+// Gives rules that are known by each other the same number: equal ones, the first of a list the first of
+// another, the second the second.
+class EntryNumbering {
+public:
+    void beginList() { std::fill(m_latest.begin(), m_latest.end(), none); }
+
+    std::uint32_t numberOf(const RuleValue& rule)
+    {
+        const std::uint32_t number = m_numbering.numberOf(rule);
+        if (number == m_latest.size()) {
+            m_latest.push_back(none);
+            m_first.push_back(newEntry());
+        }
+        std::uint32_t& latest = m_latest[number];
+        if (latest != none && m_following[latest] == none) {
+            const std::uint32_t following = newEntry();
+            m_following[latest] = following;
+        }
+        latest = latest == none ? m_first[number] : m_following[latest];
+        return latest;
+    }
+
+private:
+    std::uint32_t newEntry()
+    {
+        m_following.push_back(none);
+        return static_cast<std::uint32_t>(m_following.size() - 1);
+    }
+
+    RuleNumbering m_numbering;
+    std::vector<std::uint32_t> m_first; // by rule: the entry of the first one of a list
+    std::vector<std::uint32_t> m_latest; // by rule: the entry of the latest one of this list
+    std::vector<std::uint32_t> m_following; // by entry: that of the next equal rule
+};
+
+// Which of `numbers` are no part of a longest ascending subsequence.
+std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
+{
+    std::vector<std::size_t> ends; // by length less 1: where the subsequence with the lowest end ends
+    std::vector<std::size_t> before(numbers.size()); // in the subsequence that ends here
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto place = std::lower_bound(ends.begin(), ends.end(), numbers[i],
+            [&](std::size_t end, std::uint32_t number) { return numbers[end] < number; });
+        before[i] = place == ends.begin() ? i : *(place - 1);
+        if (place == ends.end())
+            ends.push_back(i);
+        else
+            *place = i;
+    }
+    std::vector<bool> isOut(numbers.size(), true);
+    std::size_t at = ends.empty() ? 0 : ends.back();
+    for (std::size_t left = ends.size(); left > 0; --left) {
+        isOut[at] = false;
+        at = before[at];
+    }
+    return isOut;
+}
+
+class Merge {
+public:
+    Merge(const std::vector<RuleValue>& base, const std::vector<RuleValue>& ours,
+        const std::vector<RuleValue>& theirs)
+        : m_base(base)
+        , m_ours(ours)
+        , m_theirs(theirs)
+    {
+        EntryNumbering numbering;
+        enter(base, numbering, &Entry::base);
+        m_oursEntries = enter(ours, numbering, &Entry::ours);
+        m_theirsEntries = enter(theirs, numbering, &Entry::theirs);
+        m_isMoved.resize(m_entries.size());
+        m_next.assign(m_entries.size() + 2, none);
+    }
+
+    // Rules of all lists that theirs has in another order than the base take their place in theirs.
+    void moveWhatTheirsMoved()
+    {
+        std::vector<std::uint32_t> entries;
+        std::vector<std::uint32_t> places;
+        for (const std::uint32_t number : m_theirsEntries) {
+            const Entry& entry = m_entries[number];
+            if (entry.base != none && entry.ours != none) {
+                entries.push_back(number);
+                places.push_back(entry.base);
+            }
+        }
+        if (std::is_sorted(places.begin(), places.end()))
+            return;
+        const std::vector<bool> isOut = outOfOrder(places);
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            m_isMoved[entries[i]] = isOut[i];
+    }
+
+    MergeResult result(Placement placement)
+    {
+        chainOurs();
+        hangInTheirs();
+        placeTheStartOfTheirs(placement);
+        MergeResult merged;
+        for (std::uint32_t number = m_next[chainStart()]; number != none; number = m_next[number])
+            addTo(merged, number);
+        return merged;
+    }
+
+private:
+    // Two more links: where the chain starts, and where theirs starts as long as it is not in the chain.
+    std::uint32_t chainStart() const { return static_cast<std::uint32_t>(m_entries.size()); }
+    std::uint32_t theirsStart() const { return chainStart() + 1; }
+
+    std::vector<std::uint32_t> enter(
+        const std::vector<RuleValue>& rules, EntryNumbering& numbering, std::uint32_t Entry::*place)
+    {
+        std::vector<std::uint32_t> numbers;
+        numbers.reserve(rules.size());
+        numbering.beginList();
+        for (std::size_t i = 0; i < rules.size(); ++i) {
+            const std::uint32_t number = numbering.numberOf(rules[i]);
+            if (number == m_entries.size())
+                m_entries.emplace_back();
+            m_entries[number].*place = static_cast<std::uint32_t>(i);
+            numbers.push_back(number);
+        }
+        return numbers;
+    }
+
+    // The rule of an entry of one side only.
+    const RuleValue& onlyRule(const Entry& entry) const
+    {
+        return entry.ours != none ? m_ours[entry.ours] : m_theirs[entry.theirs];
+    }
+
+    bool isInResult(const Entry& entry) const
+    {
+        if (entry.ours == none && entry.theirs == none)
+            return false;
+        const bool isInBoth = entry.ours != none && entry.theirs != none;
+        return isInBoth || entry.base == none || !hasSameTag(m_base[entry.base], onlyRule(entry));
+    }
+
+    void chainOurs()
+    {
+        std::uint32_t last = chainStart();
+        for (const std::uint32_t number : m_oursEntries) {
+            if (isInResult(m_entries[number]) && !m_isMoved[number])
+                last = m_next[last] = number;
+        }
+    }
+
+    void hangInTheirs()
+    {
+        std::uint32_t behind = theirsStart();
+        for (const std::uint32_t number : m_theirsEntries) {
+            if (!isInResult(m_entries[number]))
+                continue;
+            if (m_entries[number].ours == none || m_isMoved[number]) {
+                m_next[number] = m_next[behind];
+                m_next[behind] = number;
+            }
+            behind = number;
+        }
+    }
+
+    bool isWatchRule(std::uint32_t number) const
+    {
+        return std::holds_alternative<WatchValue>(onlyRule(m_entries[number]));
+    }
+
+    // Behind which entry of the chain rules of that kind begin or end.
+    std::uint32_t placeOfKind(bool watchRules, Placement placement) const
+    {
+        std::uint32_t place = none;
+        std::uint32_t last = chainStart();
+        for (std::uint32_t number = m_next[last]; number != none; last = number, number = m_next[number]) {
+            if (isWatchRule(number) != watchRules)
+                continue;
+            if (placement == Placement::startOfKind)
+                return last;
+            place = number;
+        }
+        if (place != none)
+            return place;
+        return watchRules ? chainStart() : last;
+    }
+
+    void placeTheStartOfTheirs(Placement placement)
+    {
+        const std::uint32_t first = m_next[theirsStart()];
+        if (first == none)
+            return;
+        const std::uint32_t place = placeOfKind(isWatchRule(first), placement);
+        std::uint32_t last = first;
+        while (m_next[last] != none)
+            last = m_next[last];
+        m_next[last] = m_next[place];
+        m_next[place] = first;
+    }
+
+    void addTo(MergeResult& merged, std::uint32_t number) const
+    {
+        const Entry& entry = m_entries[number];
+        if (entry.ours != none && entry.theirs != none) {
+            addOfBoth(merged, entry, m_isMoved[number]);
+            return;
+        }
+        const RuleValue& rule = onlyRule(entry);
+        if (entry.base != none)
+            merged.reports.push_back({MergeReport::keptForItsTag, rule, m_base[entry.base]});
+        const bool isOurs = entry.ours != none;
+        merged.rules.push_back({rule, isOurs ? std::optional<std::size_t>(entry.ours) : std::nullopt});
+    }
+
+    void addOfBoth(MergeResult& merged, const Entry& entry, bool isMoved) const
+    {
+        const RuleValue& ours = m_ours[entry.ours];
+        const RuleValue& theirs = m_theirs[entry.theirs];
+        const RuleValue& base = entry.base == none ? theirs : m_base[entry.base]; // ours counts as the change
+        const bool takesTheirTag = hasSameTag(base, ours);
+        const bool takesTheirTime = createdOf(base) == createdOf(ours);
+        const RuleValue rule = withMarks(ours, takesTheirTag ? theirs : ours, takesTheirTime ? theirs : ours);
+        if (!hasSameTag(rule, theirs) && entry.base == none)
+            merged.reports.push_back({MergeReport::addedWithOtherTag, rule, theirs});
+        else if (!hasSameTag(rule, theirs) && !hasSameTag(base, theirs))
+            merged.reports.push_back({MergeReport::tagSetOnBothSides, rule, theirs});
+        merged.rules.push_back({rule, entry.ours, isMoved});
+    }
+
+    const std::vector<RuleValue>& m_base;
+    const std::vector<RuleValue>& m_ours;
+    const std::vector<RuleValue>& m_theirs;
+    std::vector<Entry> m_entries;
+    std::vector<std::uint32_t> m_oursEntries;
+    std::vector<std::uint32_t> m_theirsEntries;
+    std::vector<bool> m_isMoved; // by entry
+    std::vector<std::uint32_t> m_next; // by entry: the next one of the chain
+};
+
+} // namespace
+
+MergeResult mergeRules(const std::vector<RuleValue>& base, const std::vector<RuleValue>& ours,
+    const std::vector<RuleValue>& theirs, Placement placement)
+{
+    Merge merge(base, ours, theirs);
+    if (placement == Placement::startOfKind)
+        merge.moveWhatTheirsMoved();
+    return merge.result(placement);
+}
+
+} // namespace quorvane
