@@ -1,0 +1,79 @@
+#include "workflow/DifferenceText.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+RuleValue rule(NullableText tag, std::uint64_t created = 0)
+{
+    return makeRuleValue(PolicyRuleFields{
+        .path = "/a", .processName = "any", .tag = std::move(tag), .operations = 3, .created = created});
+}
+
+RuleValue watchRule(NullableText tag)
+{
+    return makeRuleValue(
+        WatchRuleFields{.path = "/w", .processName = "any", .tag = std::move(tag), .operations = 1});
+}
+
+} // namespace
+
+TEST(ChangeText, NamesTagAndCreationTimeBeforeAndAfter)
+{
+    const struct {
+        const char* why;
+        RuleValue before, after;
+        std::string text;
+    } cases[] = {
+        {"nothing", rule("x", 1), rule("x", 1), ""},
+        {"another tag", rule("x"), rule("y"), R"(tag changed from "x" to "y")"},
+        {"a first tag", rule(""), rule("y"), R"(tag set to "y")"},
+        {"no tag any more", rule("x"), rule(""), R"(tag "x" removed)"},
+        {"a watch rule", watchRule("x"), watchRule("y"), R"(tag changed from "x" to "y")"},
+        {"a time", rule("", 0), rule("", 1478000000),
+            "creation time changed from none to 2016-11-01 11:33:20 UTC"},
+        {"times that no calendar reaches", rule("", 253402300800), rule("", UINT64_MAX),
+            "creation time changed from 253402300800 to -1"},
+        {"both", rule("x", 1), rule("", 0),
+            R"(tag "x" removed, creation time changed from 1970-01-01 00:00:01 UTC to none)"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(changeText(c.before, c.after), c.text) << c.why;
+}
+
+TEST(DifferenceTexts, SayWhatHappenedToEachRule)
+{
+    const RulesDifference difference{{rule("new")}, {watchRule("")}, {{rule("x"), rule("y")}}};
+
+    EXPECT_EQ(differenceTexts(difference),
+        (std::vector<std::string>{R"(added: allow prefix "/a" "any" rw "new" "" "0")",
+            R"(removed: watch prefix "/w" "any" r "")",
+            R"(changed: allow prefix "/a" "any" rw "y" "" "0": tag changed from "x" to "y")"}));
+    EXPECT_TRUE(differenceTexts({}).empty());
+}
+
+TEST(DifferenceSummary, CountsWithoutWhatIsNone)
+{
+    const RuleValue one = rule("");
+    const std::pair<RuleValue, RuleValue> change{rule("x"), rule("y")};
+
+    EXPECT_EQ(differenceSummary({}), "no rule changed");
+    EXPECT_EQ(differenceSummary({{one}, {}, {}}), "1 rule added");
+    EXPECT_EQ(differenceSummary({{}, {one, one}, {}}), "2 rules removed");
+    EXPECT_EQ(differenceSummary({{one, one}, {one}, {change}}), "2 rules added, 1 removed, 1 changed");
+    EXPECT_EQ(differenceSummary({{}, {}, {change}}), "1 rule changed");
+}
+
+TEST(ReportText, NamesWhatAMergeKept)
+{
+    EXPECT_EQ(reportText({MergeReport::tagSetOnBothSides, rule("x"), rule("y")}),
+        R"(both sides changed the tag: "x" is kept, not "y": allow prefix "/a" "any" rw "x" "" "0")");
+    EXPECT_EQ(reportText({MergeReport::keptForItsTag, watchRule("x"), watchRule("")}),
+        R"(one side removed the rule, the other changed its tag: it is kept: watch prefix "/w" "any" r "x")");
+    EXPECT_EQ(reportText({MergeReport::addedWithOtherTag, watchRule("x"), watchRule("y")}),
+        R"(both sides added the rule: the tag "x" is kept, not "y": watch prefix "/w" "any" r "x")");
+}
+
+} // namespace quorvane
