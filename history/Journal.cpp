@@ -36,6 +36,18 @@ std::int64_t formatOf(Database& database)
     return found;
 }
 
+// Damage of the data base's own pages is not always noticed by what changes them. Looking through a small
+// journal takes no longer than writing a version does.
+void checkPages(Database& database, std::uint64_t size)
+{
+    constexpr std::uint64_t small = std::uint64_t{4} << 20U; // bytes
+    if (size > small)
+        return;
+    Statement row(database, "PRAGMA quick_check(1)");
+    if (!row.step() || row.text(0) != "ok")
+        throw DatabaseError::damage("its pages do not fit together");
+}
+
 // Another process may be doing the same.
 void createTables(Database& database, const std::string& watchedFile)
 {
@@ -123,6 +135,7 @@ bool Journal::openDatabase(Access access)
         return false;
     if (found == 0)
         createTables(*database, m_place.watchedFile());
+    checkPages(*database, m_place.sizeOnDisk());
     m_database = std::move(database);
     return true;
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -23,6 +24,7 @@ public:
     {
         return Journal::open(state(), rules(), limits, m_log);
     }
+    bool mayBeUnderWay() const { return Journal::mayBeUnderWay(state(), rules()); }
 
 private:
     TemporaryFolder m_folder;
@@ -37,6 +39,28 @@ inline NewVersion version(std::string_view bytes)
     made.action = "Change rules";
     made.bytes = bytes;
     return made;
+}
+
+// Numbers of all versions, newest first.
+inline std::vector<std::int64_t> numbersIn(Journal& journal)
+{
+    std::vector<std::int64_t> numbers;
+    for (const JournalVersion& version : journal.versions())
+        numbers.push_back(version.number);
+    return numbers;
+}
+
+// A text of `lines` different lines, in which line `changed` says `word`.
+inline std::string textOfLines(std::size_t lines, std::size_t changed, std::string_view word)
+{
+    std::string text;
+    std::uint64_t state = 1;
+    for (std::size_t line = 0; line < lines; ++line) {
+        state = state * 6364136223846793005U + 1442695040888963407U;
+        text += "policy allow path \"/Applications/" + std::to_string(state >> 20U) + "\" "
+            + (line == changed ? std::string(word) : std::string("rwx")) + "\n";
+    }
+    return text;
 }
 
 } // namespace quorvane

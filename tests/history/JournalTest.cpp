@@ -4,19 +4,337 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
+
 namespace quorvane {
 
 TEST(Journal, GivesBackTheBytesOfEachVersion)
 {
     JournalFolder folder;
+    const std::string texts[] = {"one\n", "one\ntwo\n", std::string("\0\xFF\r\n", 4), "", "one\n"};
     const auto journal = folder.journal();
 
-    const auto first = journal->record(version("one\n"));
-    const auto second = journal->record(version("one\ntwo\n"));
+    for (const std::string& text : texts)
+        ASSERT_TRUE(journal->record(version(text))) << journal->problem().value_or("");
 
-    ASSERT_TRUE(first && second) << journal->problem().value_or("");
-    EXPECT_EQ(journal->bytesOf(*first), "one\n");
-    EXPECT_EQ(journal->bytesOf(*second), "one\ntwo\n");
+    const auto reopened = folder.journal();
+    for (std::int64_t number = 1; number <= 5; ++number)
+        EXPECT_EQ(reopened->bytesOf(number), texts[number - 1]) << number;
+    EXPECT_EQ(numbersIn(*reopened), (std::vector<std::int64_t>{5, 4, 3, 2, 1}));
+}
+
+TEST(Journal, KnowsOfAVersionWhatWasRecorded)
+{
+    JournalFolder folder;
+    NewVersion undo = version("abc");
+    undo.kind = VersionKind::undo;
+    undo.of = 1;
+    undo.rules = 4;
+    undo.added = 3;
+    undo.removed = 2;
+    undo.changed = 1;
+    undo.time = 1234567890;
+    NewVersion foreign;
+    foreign.kind = VersionKind::foreign;
+    foreign.bytes = "def";
+    foreign.time = 1234567891;
+    NewVersion earlier = version("x");
+    earlier.time = 1234567889;
+
+    const auto journal = folder.journal();
+    journal->record(earlier);
+    journal->record(undo);
+    journal->record(foreign);
+    const auto second = folder.journal()->version(2);
+    const auto third = folder.journal()->newest();
+
+    ASSERT_TRUE(second && third);
+    EXPECT_EQ(second->number, 2);
+    EXPECT_EQ(second->time, 1234567890);
+    EXPECT_EQ(second->program, "test");
+    EXPECT_EQ(second->action, "Change rules");
+    EXPECT_EQ(second->kind, VersionKind::undo);
+    EXPECT_EQ(second->of, 1);
+    EXPECT_EQ(second->before, 1);
+    EXPECT_EQ(second->state, VersionState::done);
+    EXPECT_EQ(second->rules, 4U);
+    EXPECT_EQ(second->added, 3U);
+    EXPECT_EQ(second->removed, 2U);
+    EXPECT_EQ(second->changed, 1U);
+    EXPECT_EQ(second->bytes, 3U);
+    EXPECT_EQ(second->sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_FALSE(second->hasMeant);
+    EXPECT_TRUE(second->isReadable);
+    EXPECT_EQ(third->number, 3);
+    EXPECT_EQ(third->kind, VersionKind::foreign);
+    EXPECT_FALSE(third->program);
+    EXPECT_FALSE(third->action);
+}
+
+TEST(Journal, MakesNothingOnDiskUntilAVersionIsRecorded)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+
+    EXPECT_TRUE(journal->versions().empty());
+    EXPECT_FALSE(journal->newest());
+    EXPECT_FALSE(journal->underWay());
+    EXPECT_FALSE(journal->bytesOf(1));
+    EXPECT_FALSE(journal->undoable());
+    EXPECT_FALSE(journal->problem());
+    EXPECT_FALSE(std::filesystem::exists(folder.state()));
+}
+
+TEST(Journal, KeepsTheRulesAsMeantBesideTheBytesThatCannotHoldThem)
+{
+    JournalFolder folder;
+    NewVersion cut = version("rule \"a\xC3");
+    cut.meant = "rule \"a\xC3\xA4\"\n";
+    NewVersion same = version("rule\n");
+    same.meant = "rule\n";
+    const auto journal = folder.journal();
+
+    const auto first = journal->record(cut);
+    const auto second = journal->record(same);
+
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(journal->bytesOf(*first), cut.bytes);
+    EXPECT_EQ(journal->meantOf(*first), cut.meant);
+    EXPECT_TRUE(journal->version(*first)->hasMeant);
+    EXPECT_EQ(journal->meantOf(*second), "rule\n");
+    EXPECT_FALSE(journal->version(*second)->hasMeant) << "the bytes hold them";
+}
+
+TEST(Journal, HasAVersionUnderWayFromBeginToFinishAndAMarkerAsLong)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    EXPECT_FALSE(folder.mayBeUnderWay());
+
+    const auto number = journal->begin(version("one\n"));
+
+    ASSERT_TRUE(number);
+    EXPECT_TRUE(folder.mayBeUnderWay());
+    ASSERT_TRUE(folder.journal()->underWay());
+    EXPECT_EQ(folder.journal()->underWay()->number, *number);
+    EXPECT_EQ(folder.journal()->bytesOf(*number), "one\n");
+
+    EXPECT_TRUE(folder.journal()->finish(*number, VersionState::recovered));
+    EXPECT_FALSE(folder.mayBeUnderWay());
+    EXPECT_FALSE(journal->underWay());
+    EXPECT_EQ(journal->version(*number)->state, VersionState::recovered);
+}
+
+TEST(Journal, KeepsTheMarkerWhileAnotherVersionIsUnderWay)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    const auto first = journal->begin(version("one\n"));
+    const auto second = journal->begin(version("two\n"));
+    ASSERT_TRUE(first && second);
+
+    EXPECT_TRUE(journal->finish(*second, VersionState::done));
+    EXPECT_TRUE(folder.mayBeUnderWay());
+    EXPECT_TRUE(journal->finish(*first, VersionState::done));
+    EXPECT_FALSE(folder.mayBeUnderWay());
+}
+
+TEST(Journal, ClearsAMarkerThatStandsForNothingWithTheNextVersion)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    journal->record(version("one\n"));
+    ASSERT_TRUE(folder.place().makeMarker());
+
+    journal->record(version("two\n"));
+
+    EXPECT_FALSE(folder.mayBeUnderWay());
+}
+
+TEST(Journal, FinishesNoVersionThatItDoesNotHave)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    journal->record(version("one\n"));
+
+    EXPECT_FALSE(journal->finish(7, VersionState::done));
+    EXPECT_FALSE(journal->bytesOf(7));
+    EXPECT_FALSE(journal->meantOf(7));
+    EXPECT_FALSE(journal->version(7));
+}
+
+TEST(Journal, AbandonsAVersionUnderWayAsIfItHadNeverBeen)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    const auto first = journal->record(version("one\n"));
+    const auto second = journal->begin(version("two\n"));
+    const auto third = journal->record(version("three\n"));
+    ASSERT_TRUE(first && second && third);
+
+    EXPECT_FALSE(journal->abandon(*first)) << "it is done";
+    EXPECT_TRUE(journal->abandon(*second));
+
+    EXPECT_FALSE(folder.mayBeUnderWay());
+    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{*third, *first}));
+    EXPECT_EQ(journal->newest()->before, *first);
+    EXPECT_EQ(journal->bytesOf(*third), "three\n");
+    EXPECT_EQ(journal->undoable()->number, *third);
+}
+
+TEST(Journal, TakesNextToNoRoomForTheSameBytesAgain)
+{
+    JournalFolder folder;
+    const std::string text = textOfLines(21000, 0, "r");
+    const auto journal = folder.journal();
+    journal->record(version(text));
+    const std::uint64_t before = journal->sizeOnDisk();
+
+    for (int time = 0; time < 10; ++time)
+        ASSERT_TRUE(journal->record(version(text)));
+
+    EXPECT_LE(journal->sizeOnDisk(), before + 4096);
+    EXPECT_EQ(journal->bytesOf(11), text);
+}
+
+TEST(Journal, TakesAPercentAtMostForALineThatChanged)
+{
+    JournalFolder folder;
+    const std::size_t lines = 30000;
+    const auto journal = folder.journal();
+    const std::string first = textOfLines(lines, 0, "r");
+    ASSERT_GT(first.size(), std::size_t{1} << 20U);
+    journal->record(version(first));
+    const std::uint64_t before = journal->sizeOnDisk();
+
+    const std::string second = textOfLines(lines, lines / 2, "a word longer than the one that was there");
+    NewVersion hinted = version(second);
+    hinted.previousBytes = first;
+    ASSERT_TRUE(journal->record(hinted));
+
+    EXPECT_LE(journal->sizeOnDisk() - before, second.size() / 100);
+    EXPECT_EQ(journal->bytesOf(2), second);
+}
+
+TEST(Journal, IgnoresAHintThatIsNotWhatTheNewestVersionHolds)
+{
+    JournalFolder folder;
+    const std::string first = textOfLines(1000, 0, "r");
+    const std::string second = textOfLines(1000, 5, "w");
+    const std::string wrong = textOfLines(1000, 7, "c");
+    const auto journal = folder.journal();
+    journal->record(version(first));
+
+    NewVersion hinted = version(second);
+    hinted.previousBytes = wrong;
+    ASSERT_TRUE(journal->record(hinted));
+
+    EXPECT_EQ(journal->bytesOf(2), second);
+}
+
+TEST(Journal, HoldsAThousandVersionsOfAChangingText)
+{
+    JournalFolder folder;
+    constexpr std::int64_t count = 1000;
+    std::string text = textOfLines(21000, 0, "r");
+    ASSERT_GT(text.size(), std::size_t{1} << 20U);
+    const auto journal = folder.journal();
+    std::map<std::int64_t, std::string> samples;
+    std::uint64_t firstSize = 0;
+    for (std::int64_t number = 1; number <= count; ++number) {
+        const std::string previous = text;
+        const auto changed = static_cast<std::size_t>(number) * 7919 * 64 % text.size();
+        text.insert(changed, "changed by " + std::to_string(number));
+        NewVersion next = version(text);
+        if (number % 20 != 0)
+            next.previousBytes = previous; // a hint is not always there
+        ASSERT_EQ(journal->record(next), number) << journal->problem().value_or("");
+        if (number % 37 == 0)
+            samples[number] = text;
+        if (number == 1)
+            firstSize = journal->sizeOnDisk();
+    }
+
+    for (const auto& [number, sample] : samples)
+        EXPECT_TRUE(journal->bytesOf(number) == sample) << number;
+    EXPECT_EQ(journal->versions().size(), static_cast<std::size_t>(count));
+    EXPECT_LE(journal->sizeOnDisk(), firstSize * (count / 50 + 5))
+        << "a whole one in fifty, the others small";
+}
+
+TEST(Journal, KeepsVersionsOfDifferentFilesApart)
+{
+    JournalFolder folder;
+    Log log({});
+    const auto rules = folder.journal();
+    const auto list = Journal::open(folder.state(), folder.folder().path("list.plist"), {}, log);
+
+    rules->record(version("rules"));
+    list->begin(version("list"));
+
+    EXPECT_EQ(rules->newest()->bytes, 5U);
+    EXPECT_EQ(list->bytesOf(1), "list");
+    EXPECT_FALSE(folder.mayBeUnderWay());
+    EXPECT_TRUE(Journal::mayBeUnderWay(folder.state(), folder.folder().path("list.plist")));
+}
+
+TEST(Journal, KnowsAFileByItsRealPath)
+{
+    JournalFolder folder;
+    Log log({});
+    folder.folder().write("real/rules.rc", "one\n");
+    std::filesystem::create_directory_symlink(folder.folder().path("real"), folder.folder().path("link"));
+    Journal::open(folder.state(), folder.folder().path("real/rules.rc"), {}, log)->record(version("one\n"));
+
+    for (const char* name : {"link/rules.rc", "real/../link/./rules.rc"})
+        EXPECT_TRUE(Journal::open(folder.state(), folder.folder().path(name), {}, log)->newest()) << name;
+}
+
+TEST(Journal, ForgetsVersionsBeforeOneAndKeepsTheLaterOnesReadable)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    for (std::size_t number = 1; number <= 120; ++number)
+        journal->record(version(textOfLines(200, number, "changed")));
+
+    EXPECT_TRUE(journal->forgetBefore(70));
+
+    EXPECT_EQ(numbersIn(*journal).back(), 70);
+    for (std::int64_t number = 70; number <= 120; ++number)
+        EXPECT_EQ(journal->bytesOf(number), textOfLines(200, static_cast<std::size_t>(number), "changed"));
+    EXPECT_FALSE(journal->bytesOf(69));
+}
+
+TEST(Journal, ForgetsAllButTheNewestAndTakesNoMoreRoomThanThatOne)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    journal->record(version(textOfLines(5000, 0, "changed")));
+    const std::uint64_t one = journal->sizeOnDisk();
+    for (std::size_t number = 2; number <= 60; ++number)
+        journal->record(version(textOfLines(5000, number, "changed")));
+
+    EXPECT_TRUE(journal->forgetAll());
+
+    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{60}));
+    EXPECT_EQ(journal->bytesOf(60), textOfLines(5000, 60, "changed"));
+    EXPECT_LE(journal->sizeOnDisk(), one + 4096);
+    EXPECT_EQ(journal->record(version("next")), 61) << "numbers are never given twice";
+}
+
+TEST(Journal, ForgetsNoVersionUnderWay)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    journal->begin(version("one\n"));
+    journal->record(version("two\n"));
+    journal->record(version("three\n"));
+
+    EXPECT_TRUE(journal->forgetAll());
+
+    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{3, 1}));
+    EXPECT_EQ(journal->bytesOf(1), "one\n");
 }
 
 } // namespace quorvane

@@ -1,0 +1,121 @@
+#include "history/Journal.h"
+
+#include "tests/history/JournalFolder.h"
+#include "tests/support/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <random>
+#include <set>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+std::string textOf(int writer, int made)
+{
+    return textOfLines(
+        50, static_cast<std::size_t>(made), std::to_string(writer) + "/" + std::to_string(made));
+}
+
+// Writes versions, one after the other, until it is done or killed. The digits of what failed.
+int write(JournalFolder& folder, int writer, int count)
+{
+    int failures = 0;
+    for (int made = 0; made < count; ++made) {
+        const auto journal = folder.journal();
+        const std::string text = textOf(writer, made);
+        const auto number = journal->begin(version(text));
+        failures += number && journal->finish(*number, VersionState::done) ? 0 : 1;
+    }
+    return failures;
+}
+
+pid_t startWriter(JournalFolder& folder, int writer, int count)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(write(folder, writer, count));
+    return child;
+}
+
+} // namespace
+
+TEST(JournalProcesses, EightAtOnceKeepAllTheirVersions)
+{
+    JournalFolder folder;
+    constexpr int writers = 8;
+    constexpr int count = 25;
+
+    std::vector<pid_t> children;
+    for (int writer = 0; writer < writers; ++writer)
+        children.push_back(startWriter(folder, writer, count));
+    for (const pid_t child : children) {
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << "a version was not kept";
+    }
+
+    const auto journal = folder.journal();
+    std::set<std::string> kept;
+    for (const JournalVersion& version : journal->versions()) {
+        EXPECT_EQ(version.state, VersionState::done);
+        kept.insert(journal->bytesOf(version.number).value_or("unreadable"));
+    }
+    std::set<std::string> written;
+    for (int writer = 0; writer < writers; ++writer)
+        for (int made = 0; made < count; ++made)
+            written.insert(textOf(writer, made));
+    EXPECT_EQ(kept, written);
+    EXPECT_FALSE(folder.mayBeUnderWay());
+}
+
+TEST(JournalProcesses, AWriterThatIsKilledLeavesAUsableJournal)
+{
+    JournalFolder folder;
+    std::mt19937 random(1);
+    for (int round = 0; round < 60; ++round) {
+        const pid_t child = startWriter(folder, round, 1000);
+        usleep(static_cast<useconds_t>(random() % 30000)); // any point of its work will do
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+
+        const auto journal = folder.journal();
+        const auto versions = journal->versions();
+        ASSERT_FALSE(journal->problem()) << *journal->problem();
+        ASSERT_FALSE(journal->takeNotice());
+        const bool isAnyUnderWay = std::any_of(versions.begin(), versions.end(),
+            [](const JournalVersion& version) { return version.state == VersionState::underWay; });
+        ASSERT_TRUE(!isAnyUnderWay || folder.mayBeUnderWay()) << "no marker for a version under way";
+        const std::string next = "after " + std::to_string(round);
+        const auto number = journal->record(version(next));
+        ASSERT_TRUE(number) << journal->problem().value_or("");
+        ASSERT_EQ(journal->bytesOf(*number), next);
+        if (!versions.empty()) {
+            ASSERT_TRUE(journal->bytesOf(versions.front().number));
+            ASSERT_EQ(*number, versions.front().number + 1);
+        }
+    }
+}
+
+TEST(JournalProcesses, ASecondJournalGoesOnInTheOneThatIsThereNow)
+{
+    JournalFolder folder;
+    const auto first = folder.journal();
+    ASSERT_TRUE(first->record(version("one")));
+    const auto aside = folder.place().setAside(*folder.place().databaseIdentity());
+    ASSERT_TRUE(aside);
+    ASSERT_TRUE(folder.journal()->record(version("two")));
+
+    ASSERT_EQ(first->record(version("three")), 2);
+
+    EXPECT_EQ(folder.journal()->bytesOf(1), "two");
+    EXPECT_EQ(folder.journal()->bytesOf(2), "three");
+}
+
+} // namespace quorvane

@@ -1,0 +1,68 @@
+#include "history/Thinning.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::int64_t hour = 3600;
+constexpr std::int64_t day = 24 * hour;
+constexpr std::int64_t now = 20000 * day;
+
+using Numbers = std::vector<std::int64_t>;
+
+// The expired ones of versions made at these times, numbered from 1.
+Numbers expired(const Numbers& times, std::uint32_t days = 7)
+{
+    std::vector<DatedVersion> versions;
+    for (const std::int64_t time : times)
+        versions.push_back({static_cast<std::int64_t>(versions.size()) + 1, time});
+    return expiredVersions(versions, days);
+}
+
+} // namespace
+
+TEST(Thinning, KeepsEveryVersionOfTheLastDays)
+{
+    EXPECT_EQ(expired({now - 7 * day, now - 7 * day + 1, now - 1, now - 1, now}), Numbers{});
+    EXPECT_EQ(expired({}), Numbers{});
+}
+
+TEST(Thinning, KeepsTheNewestOfEachHourForThirtyDays)
+{
+    const std::int64_t early = now - 10 * day;
+    EXPECT_EQ(expired({early, early + 1, early + hour - 1, early + hour, now}), (Numbers{2, 1}));
+    EXPECT_EQ(expired({now - 30 * day, now - 30 * day + hour, now}), Numbers{});
+}
+
+TEST(Thinning, KeepsTheNewestOfEachDayForAYearAndNothingOlder)
+{
+    const std::int64_t early = now - 100 * day;
+    EXPECT_EQ(expired({early, early + hour, early + 2 * hour, early + day, now}), (Numbers{2, 1}));
+    EXPECT_EQ(expired({now - 365 * day - 1, now - 365 * day, now}), Numbers{1});
+}
+
+TEST(Thinning, TakesItsDaysFromTheSettings)
+{
+    EXPECT_EQ(expired({now - 2, now - 1, now}, 0), Numbers{1}) << "the first two are of one hour";
+    EXPECT_EQ(expired({now - 400 * day, now - 400 * day, now}, 400), Numbers{});
+}
+
+TEST(Thinning, MeasuresAgesFromTheNewestVersionWhateverTheClockSays)
+{
+    EXPECT_EQ(expired({now, now, now - 500 * day}), Numbers{}) << "the clock went back";
+    EXPECT_EQ(expired({now, now, now + 500 * day}), (Numbers{2, 1}));
+}
+
+TEST(Thinning, TakesAnyTimes)
+{
+    constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
+    EXPECT_EQ(expired({lowest, highest}), Numbers{1});
+    EXPECT_EQ(expired({highest, lowest}), Numbers{});
+}
+
+} // namespace quorvane

@@ -1,0 +1,54 @@
+#include "history/VersionFrame.h"
+
+#include "tests/history/JournalFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+TEST(VersionFrame, UnpacksToWhatWasPacked)
+{
+    const std::string texts[] = {"", "a", textOfLines(3000, 1, "w"), std::string(300000, 'x')};
+    for (const std::string& prefix : texts)
+        for (const std::string& text : texts)
+            EXPECT_EQ(unpackedFrame(packedFrame(text, prefix), prefix, text.size()), text)
+                << prefix.size() << " " << text.size();
+}
+
+TEST(VersionFrame, IsSmallForOneChangeInALongText)
+{
+    const std::string before = textOfLines(100000, 5, "w");
+    const std::string after = textOfLines(100000, 60000, "changed");
+
+    EXPECT_LE(packedFrame(after, before).size(), after.size() / 1000);
+}
+
+TEST(VersionFrame, IsRefusedAgainstAnotherPrefixOrSize)
+{
+    const std::string prefix = textOfLines(1000, 5, "w");
+    const std::string text = textOfLines(1000, 6, "w");
+    const std::string frame = packedFrame(text, prefix);
+
+    EXPECT_FALSE(unpackedFrame(frame, textOfLines(1000, 7, "other"), text.size()));
+    EXPECT_FALSE(unpackedFrame(frame, {}, text.size()));
+    EXPECT_FALSE(unpackedFrame(frame, prefix, text.size() + 1));
+    EXPECT_FALSE(unpackedFrame(frame, prefix, 0));
+    EXPECT_FALSE(unpackedFrame({}, prefix, 0));
+}
+
+TEST(VersionFrame, IsRefusedWhenAnyOfItsBytesIsDamaged)
+{
+    const std::string prefix = textOfLines(100, 5, "w");
+    const std::string text = textOfLines(100, 6, "changed") + "more";
+    const std::string frame = packedFrame(text, prefix);
+    for (std::size_t at = 0; at < frame.size(); ++at) {
+        std::string damaged = frame;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
+        const auto unpacked = unpackedFrame(damaged, prefix, text.size());
+        EXPECT_TRUE(!unpacked || *unpacked == text) << at << ": a bit that means nothing, at most";
+    }
+    for (std::size_t length = 0; length < frame.size(); ++length)
+        EXPECT_FALSE(unpackedFrame(frame.substr(0, length), prefix, text.size())) << length;
+}
+
+} // namespace quorvane
