@@ -53,10 +53,12 @@ void expectUsable(UsedJournal& folder, const std::string& why)
 {
     const auto journal = folder.journal();
     for (const JournalVersion& version : journal->versions()) {
+        // With the newest all frames are read, and one more with rules as meant.
+        if (version.number != UsedJournal::count && version.number != 4)
+            continue;
         const auto bytes = journal->bytesOf(version.number);
         EXPECT_TRUE(!bytes || bytes->size() == version.bytes) << why;
-        if (version.hasMeant)
-            journal->meantOf(version.number);
+        journal->meantOf(version.number);
     }
     journal->newest();
     journal->underWay();
