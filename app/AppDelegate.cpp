@@ -54,14 +54,16 @@ void AppDelegate::setPreferencesOpener(std::function<QWidget*()> openPreferences
 void AppDelegate::applicationDidFinishLaunching(
     const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments)
 {
-    if (m_terminating) // a window asked for the end while it was made
+    if (m_terminating) { // while a window was made; a local event loop may have taken it for its own end
+        terminate();
         return;
+    }
     if (const auto& message = store.lastErrorMessage()) {
         m_log.write("error on load: " + *message);
         displayNotice("Error Loading Configuration", *message, false);
     }
     for (const std::string& argument : arguments) {
-        if (argument != "-preferences")
+        if (argument != "-preferences" || m_terminating)
             continue;
         m_showPreferences = true;
         mainWindow.close();
@@ -73,9 +75,15 @@ void AppDelegate::applicationDidFinishLaunching(
 
 void AppDelegate::applicationWillTerminate()
 {
-    if (m_run.g_dirty == 1)
-        reloadAllAgents();
+    m_ended = true;
+    reloadAgentsAfterChange();
     m_services.notices.finish();
+}
+
+void AppDelegate::reloadAgentsAfterChange()
+{
+    if (m_run.g_dirty == 1 && !std::exchange(m_agentsReloaded, true))
+        reloadAllAgents();
 }
 
 void AppDelegate::reloadAllAgents()
@@ -134,7 +142,9 @@ bool AppDelegate::isAdminUser()
 
 bool AppDelegate::performAuthentication()
 {
-    return performTouchIDAuthentication() || m_services.authority.verifyPassword(authenticationReason);
+    if (performTouchIDAuthentication())
+        return true;
+    return !m_terminating && m_services.authority.verifyPassword(authenticationReason);
 }
 
 bool AppDelegate::performTouchIDAuthentication()
@@ -159,6 +169,8 @@ void AppDelegate::showHelp()
 void AppDelegate::terminate()
 {
     m_terminating = true;
+    if (m_ended) // what is being finished would be cut short
+        return;
     // By the event loop, which may not be running yet: a window can ask for the end while it is made. Windows
     // that are open go without being closed: what closing a review discards is there the next time.
     QMetaObject::invokeMethod(

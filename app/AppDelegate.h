@@ -45,13 +45,18 @@ public:
     // To be called when the event loop runs: an authentication can ask for the end of the program.
     //
     // Tells of a configuration that failed to load. Then, for every argument that is "-preferences" exactly,
-    // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`.
+    // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`. Where the
+    // end has been asked for already, sees to it and shows nothing.
     void applicationDidFinishLaunching(
         const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments);
 
-    // To be called once, when the event loop has ended. Has every agent read the configuration again, if it
-    // was changed in this run.
+    // To be called when the event loop has ended: reloads the agents, and hands over notices that are still
+    // on their way.
     void applicationWillTerminate();
+
+    // Has every agent read the configuration again, if it was changed in this run. Once: a second call does
+    // nothing. Needs no event loop.
+    void reloadAgentsAfterChange();
 
     // Interrupts the first of the running agents, and only it. Nothing calls this; agents are told at the
     // end.
@@ -67,6 +72,7 @@ public:
     void showPreferencesWindow() override;
     void showHelp() override;
     void terminate() override;
+    bool isTerminating() const override { return m_terminating; }
 
 private:
     void reloadAllAgents();
@@ -80,6 +86,8 @@ private:
     QPointer<QWidget> m_preferencesWindow; // the last one shown
     bool m_showPreferences = false;
     bool m_terminating = false;
+    bool m_ended = false; // the event loop has
+    bool m_agentsReloaded = false;
 };
 
 } // namespace quorvane

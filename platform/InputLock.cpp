@@ -75,11 +75,6 @@ void InputLock::exempt(QWidget& window)
 
 bool InputLock::eventFilter(QObject* target, QEvent* event)
 {
-    if (event->type() == QEvent::Quit && target == QCoreApplication::instance()) {
-        // Otherwise it would ask every window to close first, and one may be waiting for its answer.
-        QCoreApplication::exit();
-        return true;
-    }
     if (!isInput(*event) || isExempt(target))
         return false;
     event->ignore(); // a window that was told to close stays

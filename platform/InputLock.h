@@ -7,9 +7,8 @@ class QWidget;
 namespace quorvane {
 
 // While one exists, the program's windows are painted but take no input: keys, clicks and attempts to close a
-// window are dropped, not kept for later. The end of the program is not held up: local loops end with it, and
-// no window is asked to close first. For local event loops that wait for a person or a service. Locks may
-// nest.
+// window are dropped, not kept for later. The end of the program is not held up: local loops end with it.
+// For local event loops that wait for a person or a service. Locks may nest.
 class InputLock : public QObject {
     Q_OBJECT
 public:

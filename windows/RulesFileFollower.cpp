@@ -40,7 +40,8 @@ void RulesFileFollower::checkFile()
 {
     if (const auto notice = rulesFileNotice(m_store.locations().userRulesFile())) {
         m_application.displayNotice(notice->header, notice->message, true);
-        relaunchAfterDelay(relaunchDelay);
+        if (!m_application.isTerminating())
+            relaunchAfterDelay(relaunchDelay);
     }
 }
 

@@ -46,6 +46,10 @@ public:
 
     // Ends the program once the event that is being handled is done with.
     virtual void terminate() = 0;
+
+    // Whether the end has been asked for: by terminate(), a signal or the end of the desktop session. A wait
+    // for a person that returns then has been given up.
+    virtual bool isTerminating() const = 0;
 };
 
 } // namespace quorvane

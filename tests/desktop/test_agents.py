@@ -3,11 +3,12 @@
 import os
 import plistlib
 import shutil
+import signal
 import subprocess
 import sys
 
 from alone import run_alone
-from desk import eventually
+from desk import PATIENCE, Desk, eventually
 from rules_window import DesktopTest
 from sandbox import read
 
@@ -65,11 +66,7 @@ class Agents(DesktopTest):
         return Process(self, self.program(path))
 
     def change_and_quit(self):
-        window = self.open_with("allow path /a any r", "allow path /b any r")
-        window.click_row(0)
-        self.desk.press("Delete")
-        self.assert_becomes(lambda: b"/a" in read(self.sandbox.user_file), False)
-        return self.quit(window)
+        return self.quit(self.changed_window())
 
     def quit(self, window):
         """The lines about agents in the log."""
@@ -89,6 +86,58 @@ class Agents(DesktopTest):
                                  f"sending SIGHUP to {first.process.pid}", f"sending SIGHUP to {second.process.pid}"])
         self.assert_signals(first, 1)
         self.assert_signals(second, 1)
+
+    def changed_window(self):
+        window = self.open_with("allow path /a any r", "allow path /b any r")
+        window.click_row(0)
+        self.desk.press("Delete")
+        self.assert_becomes(lambda: b"/a" in read(self.sandbox.user_file), False)
+        return window
+
+    def test_signals_end_the_program_in_order(self):
+        agent = self.agent()
+        expected = []
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(signal=number):
+                window = self.changed_window()
+                window.process.send_signal(number)
+                self.assertEqual(window.process.wait(PATIENCE), 0)
+                expected.append(1)
+        self.assert_signals(agent, *expected)
+
+    def test_a_burst_of_signals_tells_them_once(self):
+        agent = self.agent()
+        window = self.changed_window()
+        for number in [signal.SIGTERM, signal.SIGHUP, signal.SIGINT] * 50:
+            window.process.send_signal(number)
+        self.assertEqual(window.process.wait(PATIENCE), 0)
+        self.assert_signals(agent, 1)
+
+    def test_a_signal_ends_the_program_while_a_panel_or_menu_waits(self):
+        agent = self.agent()
+        expected = []
+        for key, role in (("ctrl+o", "dialog"), ("alt+f", "popup menu"), ("ctrl+n", "dialog")):
+            with self.subTest(role=role):
+                window = self.changed_window()
+                self.desk.press(key)
+                window.program.find(role)
+                window.process.send_signal(signal.SIGTERM)
+                self.assertEqual(window.process.wait(PATIENCE), 0)
+                expected.append(1)
+        self.assert_signals(agent, *expected)
+
+    def test_the_end_of_the_display_tells_them(self):
+        desk, self.__class__.desk = self.desk, Desk()
+        try:
+            self.addCleanup(self.desk.end)
+            agent = self.agent()
+            window = self.changed_window()
+            screen = next(process for process in self.desk.processes if process.args[0] == "Xvfb")
+            screen.kill()
+            self.assertNotEqual(window.process.wait(PATIENCE), 0)
+            self.assert_signals(agent, 1)
+        finally:
+            self.__class__.desk = desk
 
     def test_an_agent_whose_program_was_replaced_is_told_as_well(self):
         agent = self.agent()

@@ -16,8 +16,9 @@ class Arguments(DesktopTest):
         super().setUp()
         self.sandbox.write_user("allow path /a any r")
 
-    def start_with(self, *arguments):
-        self.process = self.start([PROGRAM, *arguments])
+    def start_with(self, *arguments, name=PROGRAM):
+        self.process = self.start(["python3", "-c", "import os, sys; os.execv(sys.argv[1], sys.argv[2:])", PROGRAM,
+                                   name, *arguments])
         self.program = self.desk.tree_of(self.process)
 
     def shown(self, role):
@@ -56,10 +57,29 @@ class Arguments(DesktopTest):
                 self.assertEqual(self.shown("dialog"), [])
                 self.assertEqual(window.close(), 0)
 
+    def test_arguments_of_the_toolkit_have_no_effect(self):
+        for arguments in (["-platform", "bogus"], ["--platform", "offscreen"], ["-display", ":none"], ["--help"],
+                          ["-stylesheet", self.sandbox.new_file("sheet", "* { color: red }")], ["-reverse"],
+                          ["-platformpluginpath", "/none"], ["-qmljsdebugger", "bogus"], ["-plugin", "none"],
+                          ["-geometry", "99x99+7+7"], ["-title", "Other"], ["-session", "1_2"], ["-nograb"]):
+            with self.subTest(arguments=arguments):
+                self.start_with(*arguments)
+                window = RulesWindow(self.desk, self.process)
+                self.assertEqual(window.frame.name, "Quorvane Configuration - " + self.sandbox.user_file)
+                self.assertGreater(window.frame.box[2], 500)
+                self.assertEqual(window.close(), 0)
+
     def test_preferences_are_found_among_arguments_of_the_toolkit(self):
-        self.start_with("-style", "fusion", "-preferences")
+        self.start_with("-style", "bogus", "-preferences", "-platform", "bogus")
         self.program.find("dialog", PREFERENCES)
         self.assertEqual(self.shown("frame"), [])
+
+    def test_the_programs_name_counts_as_an_argument(self):
+        """Deliberate: all arguments of the process are looked at."""
+        self.start_with(name="-preferences")
+        self.program.find("dialog", PREFERENCES)
+        self.assertEqual(self.shown("frame"), [])
+        self.assertEqual(self.lines(CLOSED, SHOWN), [CLOSED, SHOWN])
 
     def test_a_configuration_that_fails_to_load_is_told_beside_the_preferences(self):
         os.makedirs(self.sandbox.system_file("exec.rc"))

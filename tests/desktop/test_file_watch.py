@@ -120,6 +120,14 @@ class UnopenableFile(DesktopTest):
         self.assertEqual(window.column(PATH), ["/b"])
         self.assertEqual(read(elsewhere), b"allow path /a any r\n")
 
+    def test_does_not_start_the_program_again_after_a_signal_to_end(self):
+        os.symlink(self.sandbox.new_file("elsewhere"), self.sandbox.user_file)
+        self.process = self.start(QUORVANE_TEST=self.mark)
+        self.desk.tree_of(self.process).find("dialog", self.NOTICE)
+        self.process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.process.wait(PATIENCE), 0)
+        self.assertEqual(self.marked(), [])
+
 
 class Running:
     """A process that is nobody's child."""

@@ -34,6 +34,7 @@ public:
     void showPreferencesWindow() override { ++preferencesShown; }
     void showHelp() override { ++helpShown; }
     void terminate() override { ++terminations; }
+    bool isTerminating() const override { return terminations > 0; }
 
     bool isAdmin = true;
     bool authenticates = true;

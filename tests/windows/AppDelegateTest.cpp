@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
+#include <QEventLoop>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -67,6 +68,12 @@ protected:
             preferences.emplace_back(new QWidget);
             return preferences.back().data();
         });
+    }
+
+    // What asks the event loop to end must not end that of a later test.
+    ~AppDelegateTest() override
+    {
+        QCoreApplication::removePostedEvents(QCoreApplication::instance(), QEvent::MetaCall);
     }
 
     void start(const Lines& arguments)
@@ -167,6 +174,28 @@ TEST_F(AppDelegateStart, IsLeftOutWhenAWindowHasAskedForTheEndAlready)
     EXPECT_EQ(QCoreApplication::exec(), 0) << "ended before the time is out";
 }
 
+TEST_F(AppDelegateStart, SeesToAnEndThatALocalLoopHasTakenForItsOwn)
+{
+    delegate.terminate();
+    QEventLoop wait; // as while a window is made
+    wait.exec();
+    QTimer::singleShot(20000, &delegate, [] { QCoreApplication::exit(1); });
+    QTimer::singleShot(0, &delegate, [this] { start({}); });
+    EXPECT_EQ(QCoreApplication::exec(), 0);
+    EXPECT_FALSE(mainWindow.isVisible());
+}
+
+TEST_F(AppDelegateStart, ShowsNoFurtherPreferencesOnceTheEndIsAskedFor)
+{
+    delegate.setPreferencesOpener([this] {
+        delegate.terminate();
+        preferences.emplace_back(new QWidget);
+        return preferences.back().data();
+    });
+    start({"-preferences", "-preferences"});
+    EXPECT_EQ(preferences.size(), 1U);
+}
+
 TEST_F(AppDelegateEnd, WithoutAChangeTellsNoAgentAndLogsNothing)
 {
     applications.running["vantreal.QuorvaneUserAgent"] = {41, 12};
@@ -197,6 +226,23 @@ TEST_F(AppDelegateEnd, AfterAChangeWithoutAgentsLogsThatThereAreNone)
     delegate.applicationWillTerminate();
     EXPECT_TRUE(applications.sent.empty());
     EXPECT_EQ(log.lines(), Lines{"there are 0 instances of vantreal.QuorvaneUserAgent running"});
+}
+
+TEST_F(AppDelegateEnd, TellsTheAgentsOnce)
+{
+    applications.running["vantreal.QuorvaneUserAgent"] = {41};
+    run.g_dirty = 1;
+    delegate.reloadAgentsAfterChange();
+    delegate.applicationWillTerminate();
+    EXPECT_EQ(applications.sent.size(), 1U);
+}
+
+TEST_F(AppDelegateEnd, IsNotCutShortByAFurtherRequest)
+{
+    delegate.applicationWillTerminate();
+    delegate.terminate();
+    QTimer::singleShot(0, &delegate, [] { QCoreApplication::exit(3); });
+    EXPECT_EQ(QCoreApplication::exec(), 3);
 }
 
 TEST_F(AppDelegateEnd, HandsNoticesOverBeforeItEnds)
@@ -332,6 +378,15 @@ TEST_F(AppDelegateServices, AsksForAPasswordWhenTheFingerDidNotMatch)
     EXPECT_EQ(authority.asked, (Lines{"finger: verify authorization", "password: verify authorization"}));
     authority.passwordIsRight = true;
     EXPECT_TRUE(delegate.performAuthentication());
+}
+
+TEST_F(AppDelegateServices, AsksForNoPasswordOnceTheEndIsAskedFor)
+{
+    EXPECT_FALSE(delegate.isTerminating());
+    delegate.terminate();
+    EXPECT_TRUE(delegate.isTerminating());
+    EXPECT_FALSE(delegate.performAuthentication());
+    EXPECT_EQ(authority.asked, Lines{"finger: verify authorization"});
 }
 
 TEST_F(AppDelegateServices, OpensTheUserGuide)

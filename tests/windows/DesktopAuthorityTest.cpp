@@ -283,7 +283,7 @@ TEST_F(FingerprintTest, EndsWithTheProgram)
 {
     service.methods["VerifyStart"] = [this](const QDBusMessage& call) {
         service.reply(call, {});
-        QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+        QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::exit(); });
     };
     bool recognised = true;
     QTimer::singleShot(0, &service, [&] { recognised = verify(); });

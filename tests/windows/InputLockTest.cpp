@@ -80,7 +80,7 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
     QTimer::singleShot(0, &window, [&] {
         const InputLock lock;
         QEventLoop wait;
-        QTimer::singleShot(0, &wait, &QCoreApplication::quit);
+        QTimer::singleShot(0, &wait, [] { QCoreApplication::exit(); });
         wait.exec();
     });
     QTimer::singleShot(20000, &window, [] { QCoreApplication::exit(1); });
