@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <syslog.h>
@@ -12,8 +13,13 @@ namespace quorvane {
 Log::Log(std::vector<std::unique_ptr<LogSink>> sinks)
     : m_sinks(std::move(sinks))
 {
-    if (isListening())
+    if (!isListening())
+        return;
+    try {
         m_thread = std::thread([this] { writeQueuedLines(); });
+    } catch (const std::system_error& error) {
+        writeNow(std::string("the log writes each line at once, having no thread: ") + error.what());
+    }
 }
 
 Log::~Log()
@@ -31,6 +37,10 @@ void Log::write(std::string line)
 {
     if (!isListening())
         return;
+    if (!m_thread.joinable()) {
+        writeNow(line);
+        return;
+    }
     {
         const std::lock_guard lock(m_mutex);
         if (m_queueSize + line.size() > s_largestQueue) {
@@ -63,14 +73,24 @@ void Log::writeQueuedLines()
                 "the log could not keep up: " + std::to_string(dropped) + " lines are missing here");
         m_writing = true;
         lock.unlock();
-        for (const std::string& line : lines) {
-            for (const auto& sink : m_sinks)
-                sink->writeLine(line);
-        }
+        for (const std::string& line : lines)
+            writeToSinks(line);
         lock.lock();
         m_writing = false;
         m_written.notify_all();
     }
+}
+
+void Log::writeNow(const std::string& line)
+{
+    const std::lock_guard lock(m_mutex);
+    writeToSinks(line);
+}
+
+void Log::writeToSinks(const std::string& line)
+{
+    for (const auto& sink : m_sinks)
+        sink->writeLine(line);
 }
 
 namespace {

@@ -10,7 +10,7 @@
 
 namespace quorvane {
 
-// Where log lines go in the end. Called from the log's own thread only.
+// Where log lines go in the end. Never called by two threads at once.
 class LogSink {
 public:
     virtual ~LogSink() = default;
@@ -20,8 +20,9 @@ public:
 // The log: one line an event, unlevelled, in the order of the calls.
 //
 // Lines are queued and written by a thread of the log's own, so that a slow reader of the log never holds up
-// the caller. The queue is bounded: beyond it lines are counted and the count is logged in their place. All
-// operations are safe from any thread and throw nothing but what running out of memory throws.
+// the caller. The queue is bounded: beyond it lines are counted and the count is logged in their place. Where
+// no thread can be had, lines are written by the caller, which the first one says. All operations are safe
+// from any thread and throw nothing but what running out of memory throws.
 class Log {
 public:
     // Starts the writing thread when there is any sink.
@@ -42,6 +43,8 @@ public:
 
 private:
     void writeQueuedLines();
+    void writeNow(const std::string& line);
+    void writeToSinks(const std::string& line);
 
     static constexpr std::size_t s_largestQueue = 64U << 20U; // bytes
 

@@ -5,6 +5,8 @@
 #include <condition_variable>
 #include <mutex>
 #include <stop_token>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace quorvane {
@@ -44,12 +46,18 @@ RulesFileWatcher::RulesFileWatcher(std::string path, RunState& run, Log& log, st
     : m_watch(new Watch{std::move(path), std::move(reload), interval, std::move(look), {run, log}})
 {
     log.write("monitorFileModification starting");
-    m_thread = std::jthread([watch = m_watch](const std::stop_token& stop) { watch->run(stop); });
+    try {
+        m_thread = std::jthread([watch = m_watch](const std::stop_token& stop) { watch->run(stop); });
+    } catch (const std::system_error& error) {
+        log.write(std::string("the rules file is not watched, for want of a thread: ") + error.what());
+    }
 }
 
 RulesFileWatcher::~RulesFileWatcher()
 {
     constexpr std::chrono::milliseconds patience(500);
+    if (!m_thread.joinable())
+        return;
     m_thread.request_stop();
     std::unique_lock lock(m_watch->mutex);
     if (!m_watch->changed.wait_for(lock, patience, [this] { return m_watch->hasEnded; }))

@@ -1,6 +1,7 @@
 #include "platform/Log.h"
 
 #include "tests/support/CapturedLog.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/EnvironmentVariable.h"
 
 #include <gtest/gtest.h>
@@ -137,6 +138,27 @@ TEST(Log, LinesBeyondTheQueueAreCountedInTheirPlace)
     ASSERT_EQ(gate.lines.size(), 1U + 64U + 1U + 1U);
     EXPECT_EQ(gate.lines[65], "the log could not keep up: 3 lines are missing here");
     EXPECT_EQ(gate.lines[66], "last");
+}
+
+TEST(Log, WritesAtOnceAndSaysSoWhereNoThreadCanBeHad)
+{
+    const std::string lines = answerOfChild([] {
+        if (!forbidThreads())
+            return std::string("not prepared");
+        HeldSink::Gate gate;
+        gate.letGo.set_value();
+        const auto log = logInto(std::make_unique<HeldSink>(gate));
+        log->write("first");
+        log->write("second");
+        log->flush();
+        std::string written;
+        for (const std::string& line : gate.lines)
+            written += line + "\n";
+        return written;
+    });
+    EXPECT_EQ(lines,
+        "the log writes each line at once, having no thread: Resource\n"
+        "first\nsecond\n");
 }
 
 TEST(Log, WithoutSinkNobodyListensAndNothingWaits)

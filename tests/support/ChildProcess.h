@@ -6,6 +6,7 @@
 #include <string>
 
 #include <grp.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,6 +44,14 @@ inline bool becomeOrdinaryUser()
     if (geteuid() != 0)
         return true;
     return setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0;
+}
+
+// Keeps the process from starting threads and processes, which only works for an ordinary user. False when
+// that failed.
+inline bool forbidThreads()
+{
+    const rlimit none{0, 0};
+    return becomeOrdinaryUser() && setrlimit(RLIMIT_NPROC, &none) == 0;
 }
 
 } // namespace quorvane

@@ -1,6 +1,7 @@
 #include "workflow/RulesFileWatcher.h"
 
 #include "tests/support/CapturedLog.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workflow/RunState.h"
 
@@ -175,6 +176,19 @@ TEST(RulesFileWatcher, ALookThatNeverEndsIsLeftBehindAndTouchesNothingAnyMore)
     times->give(2000);
     hasLooked->get_future().wait();
     EXPECT_FALSE(reloaded);
+}
+
+TEST(RulesFileWatcher, DoesWithoutAThreadWhereNoneCanBeHad)
+{
+    const std::string answer = answerOfChild([] {
+        if (!forbidThreads())
+            return std::string("not prepared");
+        CapturedLog log; // which has none either
+        RunState run;
+        const RulesFileWatcher watcher("/nowhere", run, log.log(), [] {});
+        return log.lines().back();
+    });
+    EXPECT_TRUE(answer.starts_with("the rules file is not watched, for want of a thread: ")) << answer;
 }
 
 } // namespace quorvane
