@@ -1,7 +1,6 @@
 #include "workflow/RulesFileProbe.h"
 
 #include "platform/FileBytes.h"
-#include "platform/FileDescriptor.h"
 
 #include <fcntl.h>
 
@@ -9,8 +8,9 @@ namespace quorvane {
 
 std::optional<Notice> rulesFileNotice(const std::string& path)
 {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (file || !isAnythingAt(path))
+    // Deliberate: the descriptor is never closed.
+    const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file >= 0 || !isAnythingAt(path))
         return std::nullopt;
     return Notice{"Failed to Open Rules File",
         "Quorvane Configuration could not access your rules file. Please click OK to relaunch and try "

@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
+#include <string>
+#include <thread>
 
 namespace quorvane {
 
@@ -75,6 +78,36 @@ TEST(WatchRule, EveryPropertyKeepsWhatItIsGiven)
     EXPECT_EQ(rule.operations(), 31U);
     EXPECT_EQ(rule.flags(), 3U);
     EXPECT_EQ(rule.sequence(), 9);
+    EXPECT_TRUE(rule.system());
+}
+
+TEST(WatchRule, AccessorsMayBeUsedWhileAnotherThreadSets)
+{
+    WatchRule rule({.path = "/0", .processName = "/0", .tag = "/0"});
+    std::thread setter([&rule] {
+        for (int number = 1; number <= 2000; ++number) {
+            const std::string text = "/" + std::to_string(number);
+            rule.setPath(text);
+            rule.setProcessName(text);
+            rule.setTag(text);
+            rule.setPolicyType(number % 3);
+            rule.setOperations(static_cast<std::uint32_t>(number % 32));
+            rule.setFlags(static_cast<std::uint32_t>(number % 4));
+            rule.setSequence(number);
+            rule.setSystem(number % 2 == 0);
+        }
+    });
+    bool allWhole = true;
+    for (int read = 0; read < 2000; ++read) {
+        for (const NullableText& text : {rule.path(), rule.processName(), rule.tag()})
+            allWhole = allWhole && text.view().starts_with("/");
+        allWhole = allWhole && rule.policyType() < 3 && rule.operations() < 32 && rule.flags() < 4;
+        allWhole = allWhole && rule.sequence() <= 2000 && (!rule.system() || rule.sequence() > 0);
+    }
+    setter.join();
+
+    EXPECT_TRUE(allWhole);
+    EXPECT_EQ(rule.tag().view(), "/2000");
     EXPECT_TRUE(rule.system());
 }
 

@@ -1,23 +1,34 @@
 #include "workflow/RulesFileProbe.h"
 
+#include "platform/Relaunch.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
 
-#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvane {
 
 namespace {
 
-std::size_t openDescriptors()
+// The descriptors of this process that `file` is open by.
+std::vector<int> descriptorsOf(const std::string& file)
 {
-    const std::filesystem::directory_iterator folder("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
+    std::vector<int> descriptors;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone; // as the one that reads this folder is by now
+        if (std::filesystem::read_symlink(entry.path(), gone) == file)
+            descriptors.push_back(std::stoi(entry.path().filename()));
+    }
+    return descriptors;
 }
 
 } // namespace
@@ -25,10 +36,36 @@ std::size_t openDescriptors()
 TEST(RulesFileProbe, AFileThatCanBeOpenedIsNothingToTell)
 {
     const TemporaryFolder folder;
+    EXPECT_FALSE(rulesFileNotice(folder.write("rules", "")));
+}
+
+// Deliberate, see RulesFileProbe.cpp.
+TEST(RulesFileProbe, TheDescriptorOfTheProbeIsLeftOpenAndNoOtherProgramGetsIt)
+{
+    const TemporaryFolder folder;
     const std::string file = folder.write("rules", "");
-    const std::size_t before = openDescriptors();
+    const std::vector<int> before = descriptorsOf(file);
     EXPECT_FALSE(rulesFileNotice(file));
-    EXPECT_EQ(openDescriptors(), before) << "it is closed again";
+    const std::vector<int> left = descriptorsOf(file);
+    ASSERT_EQ(left.size(), before.size() + 1);
+    EXPECT_EQ(fcntl(left.front(), F_GETFL) & O_ACCMODE, O_RDONLY);
+    EXPECT_NE(fcntl(left.front(), F_GETFD) & FD_CLOEXEC, 0);
+    close(left.front());
+}
+
+TEST(RulesFileProbe, AFailedProbeLeavesNoDescriptor)
+{
+    const TemporaryFolder folder;
+    const std::string target = folder.write("target", "");
+    std::filesystem::create_symlink(target, folder.path("rules"));
+    EXPECT_TRUE(rulesFileNotice(folder.path("rules")));
+    EXPECT_TRUE(descriptorsOf(target).empty());
+}
+
+TEST(RulesFileProbe, TheProgramStartsAgainAfterThreeSeconds)
+{
+    EXPECT_EQ(relaunchDelay, 3.0F);
+    EXPECT_TRUE(relaunchCommand(relaunchDelay, "/p").starts_with("sleep 3.000000; "));
 }
 
 TEST(RulesFileProbe, AMissingFileIsNothingToTell)
