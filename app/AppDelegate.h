@@ -74,6 +74,11 @@ public:
     void terminate() override;
     bool isTerminating() const override { return m_terminating; }
 
+Q_SIGNALS:
+    // A preferences window has tried to save. `failure` says why the settings are not in the file; empty when
+    // they are.
+    void preferencesWereSaved(const QString& failure);
+
 private:
     void reloadAllAgents();
     void adopt(QWidget& window);

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "platform/PrivilegedCommand.h"
 #include "ui_QVPreferencesWindow.h"
+#include "windows/QtText.h"
 #include "windows/WindowLook.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/PreferencesFile.h"
@@ -69,6 +70,7 @@ QVPreferencesWindow::QVPreferencesWindow(Locations locations, ApplicationService
     m_ui->lockImage->setPixmap(lock.pixmap(QSize(lockSize, lockSize), devicePixelRatio()));
     m_ui->lockImage->hide();
     m_ui->readOnlyLabel->hide();
+    m_ui->unsavableLabel->hide();
     connect(m_ui->createRulesCheckBox, &QCheckBox::clicked, this, &QVPreferencesWindow::clickedCreateRules);
     connect(m_ui->saveButton, &QPushButton::clicked, this, &QVPreferencesWindow::clickedOK);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QVPreferencesWindow::reject);
@@ -107,7 +109,9 @@ void QVPreferencesWindow::windowDidLoad()
     showValues(PreferenceValues::shownFor(m_settings, m_initialPermissions));
     const bool isAdmin = m_application.isAdminUser();
     m_authenticated = isAdmin && m_application.performAuthentication();
-    if (!m_authenticated)
+    if (m_authenticated)
+        warnIfSavingFails();
+    else
         makeReadOnly();
     setTheme();
 }
@@ -148,6 +152,17 @@ void QVPreferencesWindow::makeReadOnly()
     m_ui->saveButton->setFocus();
 }
 
+// An administrator could change everything for nothing, where the file belongs to another one.
+void QVPreferencesWindow::warnIfSavingFails()
+{
+    const std::string file = m_locations.preferencesFile();
+    if (const auto reason = whyPreferencesCannotBeSaved(file)) {
+        m_ui->unsavableLabel->setText(tr("These settings cannot be saved: %1.").arg(toQt(*reason)));
+        m_ui->unsavableLabel->setToolTip(toQt(file));
+        m_ui->unsavableLabel->show();
+    }
+}
+
 void QVPreferencesWindow::setTheme()
 {
     applySheetLook(*this);
@@ -166,7 +181,11 @@ void QVPreferencesWindow::clickedOK()
         // Afresh, so that what others have written since is kept.
         m_settings = readPreferences(m_locations.preferencesFile());
         shownValues().writeTo(m_settings);
-        writePreferences(m_locations.preferencesFile(), m_settings, m_log);
+        const std::string file = m_locations.preferencesFile();
+        const auto failure = writePreferences(file, m_settings, m_log);
+        Q_EMIT saved(failure
+                ? tr("Failed to save the preferences to '%1': %2").arg(toQt(file), toQt(*failure))
+                : QString());
     }
     close();
 }

@@ -51,6 +51,10 @@ public Q_SLOTS:
     // Closes without saving.
     void reject() override;
 
+Q_SIGNALS:
+    // The window has tried to save. `failure` says why the settings are not in the file; empty when they are.
+    void saved(const QString& failure);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -65,6 +69,7 @@ private:
     void showValues(const PreferenceValues& values);
     PreferenceValues shownValues() const;
     void makeReadOnly();
+    void warnIfSavingFails();
     void windowWillClose();
 
     const Locations m_locations;

@@ -17,6 +17,7 @@ Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool opene
 {
     delegate.setPreferencesOpener([this, locations] {
         auto* window = new QVPreferencesWindow(locations, delegate, run, privilegedCommand, log);
+        QObject::connect(window, &QVPreferencesWindow::saved, &delegate, &AppDelegate::preferencesWereSaved);
         window->windowDidLoad();
         return window;
     });

@@ -72,6 +72,8 @@ int main(int argumentCount, char** arguments)
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate,
         &quorvane::AppDelegate::applicationWillTerminate);
     const ReloadAtExit reloadAtExit(around.delegate, *log);
+    QObject::connect(&around.delegate, &quorvane::AppDelegate::preferencesWereSaved, &mainWindow,
+        &quorvane::RulesEditorTableController::showPreferencesFailure);
     QMetaObject::invokeMethod(
         &around.delegate,
         [&] { around.delegate.applicationDidFinishLaunching(around.store, mainWindow, allArguments); },

@@ -226,9 +226,18 @@ void RulesEditorTableController::updateCounts()
 void RulesEditorTableController::showFailure()
 {
     const auto& unread = m_store.unreadRules();
-    const QString message = toQt(m_store.lastErrorMessage().value_or(unread ? unread->reason : ""));
+    QStringList failures{
+        toQt(m_store.lastErrorMessage().value_or(unread ? unread->reason : "")), m_preferencesFailure};
+    failures.removeAll(QString());
+    const QString message = failures.join(QStringLiteral("  \u2022  "));
     m_ui->failureLabel->setText(message);
     m_ui->failureLabel->setToolTip(message);
+}
+
+void RulesEditorTableController::showPreferencesFailure(const QString& failure)
+{
+    m_preferencesFailure = failure;
+    showFailure();
 }
 
 void RulesEditorTableController::focusSearchField()

@@ -47,6 +47,9 @@ public:
     // Takes the store's rows afresh. Selection and scroll position stay where their rules still are.
     void reloadData() override;
 
+    // Shows at the foot, until the next call, why the preferences could not be saved; empty for nothing.
+    void showPreferencesFailure(const QString& failure);
+
 public Q_SLOTS:
     // Shows only rules that contain the search field's text.
     void searchFieldAction();
@@ -150,6 +153,7 @@ private:
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
+    QString m_preferencesFailure;
     bool m_columnsFitted = false;
     QList<int> m_fittedWidths; // as the window chose them; empty when the user had
     QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items

@@ -4,21 +4,45 @@
 #include "platform/FilePermissions.h"
 #include "platform/Log.h"
 
+#include <cerrno>
 #include <cstdint>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvane {
 
 namespace {
 
 constexpr std::uint32_t filePermissions = 0775;
+constexpr const char* cannotBeKept = "what it holds cannot be read, and not be kept under another name";
 
 bool holdsSomething(const std::string& path)
 {
     struct stat status { };
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+}
+
+// Whether what is at `path` would be lost, since it could not be read.
+bool isUnread(const std::string& path)
+{
+    return holdsSomething(path) && !PropertyList::read(path);
+}
+
+std::string errorText(int error)
+{
+    return error == 0 ? "the file could not be written whole" : std::generic_category().message(error);
+}
+
+// Why `path` does not allow the access `mode`; none when it does.
+std::optional<std::string> whyDenied(const std::string& path, int mode)
+{
+    return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0 ? std::nullopt
+                                                                    : std::optional(errorText(errno));
 }
 
 bool keepUnread(const std::string& path, Log& log)
@@ -37,15 +61,34 @@ PropertyList readPreferences(const std::string& path)
     return settings ? std::move(*settings) : PropertyList();
 }
 
-void writePreferences(const std::string& path, const PropertyList& settings, Log& log)
+std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path)
 {
-    if (holdsSomething(path) && !PropertyList::read(path) && !keepUnread(path, log))
-        return;
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    struct stat status { };
+    if (lstat(path.c_str(), &status) != 0)
+        return errno == ENOENT ? whyDenied(folder, W_OK | X_OK) : errorText(errno);
+    if (!S_ISREG(status.st_mode))
+        return "what stands in its place is no regular file";
+    if (isUnread(path) && whyDenied(folder, W_OK | X_OK))
+        return cannotBeKept;
+    return whyDenied(path, W_OK);
+}
+
+std::optional<std::string> writePreferences(const std::string& path, const PropertyList& settings, Log& log)
+{
+    if (isUnread(path) && !keepUnread(path, log))
+        return cannotBeKept;
     log.write("writing to file: " + settings.description());
-    if (!settings.writeToFile(path))
+    std::optional<std::string> failure;
+    errno = 0;
+    if (!settings.writeToFile(path)) {
+        const int error = errno;
+        failure = whyPreferencesCannotBeSaved(path).value_or(errorText(error));
         log.write("failed to write preferences: " + path);
+    }
     if (!setPermissions(path, filePermissions))
         log.write("failed to set the permissions of: " + path);
+    return failure;
 }
 
 } // namespace quorvane

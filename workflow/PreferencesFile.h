@@ -2,6 +2,7 @@
 
 #include "platform/PropertyList.h"
 
+#include <optional>
 #include <string>
 
 namespace quorvane {
@@ -11,9 +12,14 @@ class Log;
 // The settings in the file at `path`; an empty list when it is missing or unreadable.
 PropertyList readPreferences(const std::string& path);
 
-// Writes the settings in place and gives the file the permissions 0775. Failures are logged and nothing more.
-// A file that readPreferences() could not read (damaged, too large) is kept beside the new one, under a name
-// with ".unread" added; where that is impossible nothing is written.
-void writePreferences(const std::string& path, const PropertyList& settings, Log& log);
+// Why writePreferences() would fail now: "Permission denied", say, where another administrator owns the file.
+// None when nothing stands in the way, as far as can be told without writing.
+std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path);
+
+// Writes the settings in place and gives the file the permissions 0775. Returns why the settings could not be
+// written, and logs that; none when they were. Permissions that cannot be given are only logged. A file that
+// readPreferences() could not read (damaged, too large) is kept beside the new one, under a name with
+// ".unread" added; where that is impossible nothing is written.
+std::optional<std::string> writePreferences(const std::string& path, const PropertyList& settings, Log& log);
 
 } // namespace quorvane

@@ -336,14 +336,49 @@ TEST_F(PreferencesWindow, RefusedFolderPermissionIsOnlyLoggedAndTheRestIsSaved)
     EXPECT_TRUE(m_application.notices.empty());
 }
 
-TEST_F(PreferencesWindow, FailedWriteClosesWithoutANotice)
+TEST_F(PreferencesWindow, FailedWriteClosesWithoutANoticeAndPassesTheReasonOn)
 {
     std::filesystem::remove_all(m_locations.sharedFolder());
     open();
+    QStringList told;
+    QObject::connect(m_window, &QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
     save();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_EQ(told[0].toStdString(),
+        "Failed to save the preferences to '" + file() + "': No such file or directory");
     EXPECT_FALSE(std::filesystem::exists(file()));
     EXPECT_TRUE(hasLogged("failed to write preferences: " + file()));
     EXPECT_TRUE(m_application.notices.empty());
+}
+
+TEST_F(PreferencesWindow, SuccessfulWriteTellsOfNoFailure)
+{
+    open();
+    QStringList told;
+    QObject::connect(m_window, &QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
+    save();
+    EXPECT_EQ(told, QStringList{QString()});
+}
+
+TEST_F(PreferencesWindow, SaysWhenItOpensWhySettingsCannotBeSaved)
+{
+    std::filesystem::create_directory(file());
+    open();
+    const auto& label = widget<QLabel>("unsavableLabel");
+    EXPECT_TRUE(label.isVisible());
+    EXPECT_EQ(label.text().toStdString(),
+        "These settings cannot be saved: what stands in its place is no regular file.");
+    EXPECT_EQ(label.toolTip().toStdString(), file());
+    EXPECT_TRUE(box("monitorWebcamCheckbox").isEnabled());
+    m_window->close();
+
+    std::filesystem::remove(file());
+    for (const bool isAdmin : {true, false}) {
+        m_application.isAdmin = isAdmin;
+        open();
+        EXPECT_FALSE(widget<QLabel>("unsavableLabel").isVisible());
+        m_window->close();
+    }
 }
 
 TEST_F(PreferencesWindow, AdministratorAuthenticatesOnceEachTimeItOpens)

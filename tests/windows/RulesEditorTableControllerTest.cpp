@@ -69,6 +69,21 @@ protected:
 
 } // namespace
 
+TEST_F(MainWindow, TellsAtItsFootWhyPreferencesWereNotSavedUntilTheyAre)
+{
+    const auto* failure = window->findChild<QLabel*>(QStringLiteral("failureLabel"));
+    window->showPreferencesFailure(QStringLiteral("Failed to save"));
+    EXPECT_EQ(failure->text(), QStringLiteral("Failed to save"));
+    EXPECT_EQ(failure->toolTip(), QStringLiteral("Failed to save"));
+    window->reloadData();
+    EXPECT_EQ(failure->text(), QStringLiteral("Failed to save"));
+    store.setLastErrorMessage("Failed to write");
+    window->reloadData();
+    EXPECT_EQ(failure->text(), QString::fromUtf8("Failed to write  \xE2\x80\xA2  Failed to save"));
+    window->showPreferencesFailure({});
+    EXPECT_EQ(failure->text(), QStringLiteral("Failed to write"));
+}
+
 TEST_F(MainWindow, NamesTheRulesFileInItsTitle)
 {
     EXPECT_EQ(window->windowTitle(),

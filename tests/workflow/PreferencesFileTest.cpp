@@ -2,13 +2,18 @@
 
 #include "platform/FilePermissions.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace quorvane {
 
@@ -74,8 +79,9 @@ TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
     for (int number = 2; number <= 99; ++number) // every name that it could be kept under
         folder.write("list.plist.unread." + std::to_string(number), "");
 
-    writePreferences(file, someSettings(), log.log());
+    const auto failure = writePreferences(file, someSettings(), log.log());
 
+    EXPECT_EQ(failure, "what it holds cannot be read, and not be kept under another name");
     EXPECT_EQ(TemporaryFolder::contents(file), damaged);
     EXPECT_EQ(
         log.lines(), std::vector<std::string>{"failed to keep unreadable preferences, not writing: " + file});
@@ -91,17 +97,69 @@ TEST(PreferencesFile, ThatIsEmptyIsReplacedWithoutACopy)
     EXPECT_FALSE(std::filesystem::exists(file + ".unread"));
 }
 
-TEST(PreferencesFile, ThatCannotBeWrittenIsOnlyLogged)
+TEST(PreferencesFile, ThatCannotBeWrittenIsLoggedAndTheReasonAnswered)
 {
     const TemporaryFolder folder;
     CapturedLog log;
     const std::string file = folder.path("missing/list.plist");
 
-    writePreferences(file, someSettings(), log.log());
+    EXPECT_EQ(writePreferences(file, someSettings(), log.log()), "No such file or directory");
 
     EXPECT_EQ(log.lines(),
         (std::vector<std::string>{R"(writing to file: {"k" = 2})", "failed to write preferences: " + file,
             "failed to set the permissions of: " + file}));
+}
+
+TEST(PreferencesFile, ThatDoesNotFitTheDiskIsAFailureWithItsReason)
+{
+    const std::string reason = answerOfChild([] {
+        const TemporaryFolder folder;
+        CapturedLog log;
+        PropertyList settings = someSettings();
+        settings.setInteger(std::string(2000, 'k'), 1);
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit small{1000, 1000};
+        setrlimit(RLIMIT_FSIZE, &small);
+        return writePreferences(folder.path("list.plist"), settings, log.log()).value_or("none");
+    });
+    EXPECT_EQ(reason, "File too large");
+}
+
+TEST(PreferencesFile, ThatAnotherAdministratorOwnsCannotBeSavedAndThatIsKnownBefore)
+{
+    const TemporaryFolder folder;
+    setPermissions(folder.path(), 0755);
+    const std::string file = folder.write("list.plist", someSettings().xml());
+    setPermissions(file, 0775);
+    const auto answers = [](const std::string& path) {
+        return answerOfChild([&path] {
+            if (!becomeOrdinaryUser())
+                return std::string("not prepared");
+            CapturedLog log;
+            const std::string before = whyPreferencesCannotBeSaved(path).value_or("none");
+            return before + ", " + writePreferences(path, someSettings(), log.log()).value_or("none");
+        });
+    };
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs files of somebody else";
+    EXPECT_EQ(answers(file), "Permission denied, Permission denied");
+    EXPECT_EQ(answers(folder.path("new.plist")), "Permission denied, Permission denied");
+    setPermissions(file, 0777);
+    EXPECT_EQ(answers(file), "none, none");
+    folder.write("list.plist", damaged);
+    EXPECT_EQ(answers(file),
+        "what it holds cannot be read, and not be kept under another name, "
+        "what it holds cannot be read, and not be kept under another name");
+    EXPECT_EQ(TemporaryFolder::contents(file), damaged);
+}
+
+TEST(PreferencesFile, ThatNothingStandsInTheWayOfCanBeSaved)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path("new.plist")), std::nullopt);
+    EXPECT_EQ(whyPreferencesCannotBeSaved(folder.write("list.plist", damaged)), std::nullopt);
+    EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path("missing/list.plist")), "No such file or directory");
+    EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path()), "what stands in its place is no regular file");
 }
 
 TEST(PreferencesFile, ThatIsALinkIsNeitherWrittenNorOpenedUpBehindIt)
@@ -112,7 +170,8 @@ TEST(PreferencesFile, ThatIsALinkIsNeitherWrittenNorOpenedUpBehindIt)
     ASSERT_TRUE(setPermissions(elsewhere, 0600));
     std::filesystem::create_symlink(elsewhere, folder.path("link"));
 
-    writePreferences(folder.path("link"), PropertyList(), log.log());
+    EXPECT_EQ(writePreferences(folder.path("link"), PropertyList(), log.log()),
+        "what stands in its place is no regular file");
 
     EXPECT_EQ(TemporaryFolder::contents(elsewhere), someSettings().xml());
     EXPECT_EQ(permissionsOf(elsewhere), 0600U);
