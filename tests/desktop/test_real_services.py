@@ -1,127 +1,19 @@
-"""Administrators and their fingers and passwords, as the real services tell them: the account data base, polkit with its
-agent for terminals, and fprintd with a reader that exists in software only."""
+"""What the units of the application learn from the real services about administrators, their fingers and passwords."""
 
-import fcntl
 import os
-import pty
-import select
-import shutil
-import socket
 import subprocess
-import termios
-import unittest
 
-from alone import run_alone
-from desk import BUS_CONFIGURATION, PATIENCE, call, connect, eventually
-from gi.repository import GLib
-from sandbox import Sandbox
-
-PROBE = os.environ["QUORVANE_PROGRAM"]
-ALONE = run_alone()  # its mounts hide parts of the machine's own configuration
-POLKITD, FPRINTD = "/usr/lib/polkit-1/polkitd", "/usr/libexec/fprintd"
-MISSING = [program for program in (POLKITD, FPRINTD, "/usr/bin/pkttyagent") if not os.path.exists(program)]
-POLICY = os.path.join(os.path.dirname(__file__), "../../resources/vantreal.quorvane.policy")
-
-USERS = """root:x:0:0:root:/root:/bin/sh
-polkitd:x:41900:41900::/nonexistent:/usr/sbin/nologin
-messagebus:x:41901:41901::/nonexistent:/usr/sbin/nologin
-admina:x:41001:41001::/nonexistent:/bin/sh
-adminb:x:41003:41500::/nonexistent:/bin/sh
-other:x:41002:41002::/nonexistent:/bin/sh
-"""
-GROUPS = """root:x:0:
-shadow:x:42:
-polkitd:x:41900:
-messagebus:x:41901:
-admina:x:41001:
-other:x:41002:
-admin:x:41500:admina
-"""
-RULES = """
-polkit.addAdminRule(function(action, subject) { return ["unix-user:admina"]; });
-polkit.addRule(function(action, subject) {
-    if (action.id.indexOf("net.reactivated.fprint.device.") == 0)
-        return polkit.Result.YES;
-});
-"""
+from desk import PATIENCE
+from real_services import GROUPS, FingerReader, RealServices, as_user
 
 
-
-def as_user(name):
-    """What goes before a command that shall run for that user."""
-    user, group = next(line.split(":")[2:4] for line in USERS.splitlines() if line.startswith(name + ":"))
-    return ["setpriv", f"--reuid={user}", f"--regid={group}", "--init-groups"]
-
-
-@unittest.skipUnless(ALONE, "needs root, and mounts of its own")
-@unittest.skipIf(MISSING, f"missing: {' '.join(MISSING)}")
-class RealServices(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.sandbox = Sandbox()
-        cls.addClassCleanup(cls.sandbox.end)
-        # Where other users can reach it.
-        cls.probe = shutil.copy(PROBE, cls.sandbox.path("probe"))
-        password = subprocess.run(["openssl", "passwd", "-6", "right"], check=True, capture_output=True,
-                                  text=True).stdout.strip()
-        shadow = "".join(f"{line.split(':')[0]}:{password}:19000:0:99999:7:::\n" for line in USERS.splitlines())
-        for name, text in (("passwd", USERS), ("group", GROUPS), ("shadow", shadow)):
-            cls.hide(f"/etc/{name}", cls.sandbox.new_file(name, text))
-            cls.addClassCleanup(cls.unhide, f"/etc/{name}")
-        for name, file, text in (("/usr/share/polkit-1/actions", "a.policy", None),
-                                 ("/etc/polkit-1/rules.d", "10-test.rules", RULES), ("/run/dbus", None, None)):
-            folder = cls.sandbox.path(name.replace("/", "-"))
-            os.mkdir(folder, 0o755)
-            if name.endswith("actions"):
-                shutil.copy(POLICY, folder)
-                for action in os.listdir(name):
-                    if action.startswith("net.reactivated"):
-                        shutil.copy(os.path.join(name, action), folder)
-            elif file:
-                cls.sandbox.write(os.path.join(folder, file), text)
-            cls.hide(name, folder)
-            cls.addClassCleanup(cls.unhide, name)
-        cls.address = "unix:path=/run/dbus/system_bus_socket"
-        configuration = cls.sandbox.new_file(
-            "bus.conf", BUS_CONFIGURATION.format(socket="/run/dbus/system_bus_socket").replace(">session<", ">system<"))
-        cls.start("dbus-daemon", "--nofork", "--config-file=" + configuration)
-        eventually(lambda: os.path.exists("/run/dbus/system_bus_socket"), "the system bus")
-        os.chmod("/run/dbus/system_bus_socket", 0o666)
-        cls.bus = connect(cls.address)
-        cls.start(POLKITD, "--no-debug")
-        cls.wait_for_name("org.freedesktop.PolicyKit1")
-
-    @staticmethod
-    def hide(path, behind):
-        if os.path.isdir(behind):
-            os.makedirs(path, exist_ok=True)
-        subprocess.run(["mount", "--bind", behind, path], check=True)
-
-    @staticmethod
-    def unhide(path):
-        subprocess.run(["umount", "--lazy", path], check=True)
-
-    @classmethod
-    def start(cls, *command, **environment):
-        process = subprocess.Popen(command, env={**os.environ, "LC_ALL": "C.UTF-8", **environment},
-                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        cls.addClassCleanup(cls.stop, process)
-        return process
-
-    @staticmethod
-    def stop(process):
-        process.kill()
-        process.communicate()
-
-    @classmethod
-    def wait_for_name(cls, name):
-        eventually(lambda: call(cls.bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner", "(s)",
-                                name)[0], name)
+class Probe(RealServices):
+    """A process that asks the services as the application does, and prints the answer."""
 
     def prepare(self, question, user):
         """A process that asks on behalf of a user as soon as it gets a line; communicate() has the answer."""
         probe = subprocess.Popen(
-            [*as_user(user), "sh", "-c", 'read line; exec "$0" "$1"', self.probe, question],
+            [*as_user(user), "sh", "-c", 'read line; exec "$0" "$1"', self.program, question],
             env={"PATH": os.environ["PATH"], "QT_QPA_PLATFORM": "offscreen", "HOME": "/nonexistent",
                  "XDG_RUNTIME_DIR": "/nonexistent", "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0"},
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
@@ -137,7 +29,7 @@ class RealServices(unittest.TestCase):
         return out.strip()
 
 
-class Administrators(RealServices):
+class Administrators(Probe):
     def test_members_of_the_group_admin_are(self):
         self.assertEqual(self.ask("admin", "admina"), "yes")
 
@@ -155,39 +47,16 @@ class Administrators(RealServices):
             self.unhide("/etc/group")
 
 
-class Passwords(RealServices):
+class Passwords(Probe):
     def password_answer(self, user, *passwords):
         """What is answered when somebody types these at the terminal of a user."""
         probe = self.prepare("password", user)
-        terminal, agents_end = pty.openpty()
-        self.addCleanup(os.close, terminal)
-        registered, notify = os.pipe()
-        agent = subprocess.Popen(
-            [*as_user(user), "pkttyagent", "--process", str(probe.pid), "--notify-fd", str(notify)],
-            stdin=agents_end, stdout=agents_end, stderr=agents_end, pass_fds=[notify],
-            env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"}, start_new_session=True,
-            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
-        self.addCleanup(self.stop, agent)
-        os.close(agents_end)
-        os.close(notify)
-        with os.fdopen(registered, "rb") as registration:
-            registration.read()  # ends when the agent is ready
+        terminal = self.agent_of(probe, user)
         probe.stdin.write("go\n")
         probe.stdin.flush()
         for password in passwords:
-            self.read_until(terminal, b"Password:")
-            # What is typed before the agent has turned the echo off is thrown away.
-            eventually(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "the agent to listen")
-            os.write(terminal, password.encode() + b"\n")
+            self.type_password(terminal, password)
         return self.answer_of(probe)
-
-    @staticmethod
-    def read_until(terminal, text):
-        seen = b""
-        while text not in seen:
-            if not select.select([terminal], [], [], PATIENCE)[0]:
-                raise AssertionError(f"the terminal shows only {seen}")
-            seen += os.read(terminal, 4096)
 
     def test_the_right_one_of_an_administrator_is_yes(self):
         self.assertEqual(self.password_answer("other", "right"), "yes")
@@ -199,51 +68,7 @@ class Passwords(RealServices):
         self.assertEqual(self.ask("password", "other"), "no")
 
 
-class Fingers(RealServices):
-    DEVICE = "net.reactivated.Fprint.Device"
-
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        cls.reader = cls.sandbox.path("reader")
-        prints = cls.sandbox.path("prints")
-        os.mkdir(prints)
-        cls.start(FPRINTD, "--no-timeout", FP_VIRTUAL_DEVICE=cls.reader, STATE_DIRECTORY=prints,
-                  DBUS_SYSTEM_BUS_ADDRESS=cls.address)
-        cls.wait_for_name("net.reactivated.Fprint")
-        cls.device = call(cls.bus, "net.reactivated.Fprint", "/net/reactivated/Fprint/Manager",
-                          "net.reactivated.Fprint.Manager", "GetDefaultDevice")[0]
-        cls.enrol("other")
-
-    @classmethod
-    def call(cls, method, *arguments):
-        return call(cls.bus, "net.reactivated.Fprint", cls.device, cls.DEVICE, method,
-                    "(" + "s" * len(arguments) + ")", *arguments)
-
-    @classmethod
-    def put_finger(cls, name):
-        """Puts a finger on the reader once it is awaited."""
-        eventually(lambda: call(cls.bus, "net.reactivated.Fprint", cls.device, "org.freedesktop.DBus.Properties", "Get",
-                                "(ss)", cls.DEVICE, "finger-needed")[0], "the reader to await a finger")
-        with socket.socket(socket.AF_UNIX) as reader:
-            reader.connect(cls.reader)
-            reader.sendall(f"SCAN {name}".encode())
-
-    @classmethod
-    def enrol(cls, user):
-        told = []
-        context = GLib.MainContext.default()
-        cls.bus.signal_subscribe("net.reactivated.Fprint", cls.DEVICE, "EnrollStatus", None, None, 0,
-                                 lambda *signal: told.append(signal[5].unpack()))
-        cls.call("Claim", user)
-        cls.call("EnrollStart", "right-index-finger")
-        while not told or not told[-1][1]:
-            before = len(told)
-            cls.put_finger("finger-1")
-            eventually(lambda: (context.iteration(False), len(told) > before)[1], "a word about the finger")
-        cls.call("EnrollStop")
-        cls.call("Release")
-
+class Fingers(FingerReader, Probe):
     def finger_answer(self, user, *fingers):
         probe = self.prepare("finger", user)
         probe.stdin.write("go\n")

@@ -87,9 +87,13 @@ def call(bus, name, path, interface, method, signature=None, *arguments):
 
 
 class Desk:
-    def __init__(self, width=1400, height=900):
+    def __init__(self, width=1400, height=900, as_user=()):
+        """`as_user` is what goes before the commands of a desk that is another user's, as setpriv."""
         self.folder = tempfile.mkdtemp(prefix="quorvane-desk-")
         self.processes = []
+        self._as_user = list(as_user)
+        if self._as_user:
+            os.chmod(self.folder, 0o777)
         try:
             self._set_up(width, height)
         except BaseException:
@@ -98,7 +102,7 @@ class Desk:
 
     def _set_up(self, width, height):
         runtime, socket, ready = self._path("run"), self._path("bus"), self._path("ready")
-        os.mkdir(runtime, 0o700)
+        subprocess.run([*self._as_user, "mkdir", "-m", "700", runtime], check=True)
         self._write("fonts.conf", FONT_CONFIGURATION)
         self._write("bus.conf", BUS_CONFIGURATION.format(socket=socket))
         self.environment = {
@@ -144,7 +148,7 @@ class Desk:
     def start(self, *command, environment=None, **more):
         """Starts a program that ends with the desk at the latest."""
         more.setdefault("stderr", subprocess.DEVNULL)
-        self.processes.append(subprocess.Popen(command, env={**self.environment, **(environment or {})},
+        self.processes.append(subprocess.Popen([*self._as_user, *command], env={**self.environment, **(environment or {})},
                                                stdin=subprocess.DEVNULL, start_new_session=True, **more))
         return self.processes[-1]
 
