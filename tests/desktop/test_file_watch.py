@@ -2,7 +2,9 @@ import os
 import signal
 import uuid
 
-from desk import PATIENCE, eventually
+from desk import ACTIVE, FOCUSED, PATIENCE, eventually
+from file_panel import answer_panel
+from review_window import ReviewWindow
 from rules_window import PATH, PROGRAM, DesktopTest, RulesWindow
 from sandbox import read
 
@@ -51,6 +53,60 @@ class FileWatch(DesktopTest):
         self.assertEqual(window.column(PATH), ["/a"])
         self.write(self.sandbox.user_file, "allow path /b any r")
         self.assert_becomes(lambda: self.shown(window), ["/b"])
+
+    def open_editor(self, window, row):
+        x, y = window.table.cell(row, PATH).center
+        self.desk.hands("mousemove", x, y, "click", "--repeat", "2", "--delay", "60", "1")
+        editor = window.program.find("dialog", "sh")
+        eventually(lambda: editor.has(ACTIVE), "the editor to become active")
+        self.assert_becomes(lambda: editor.find("text", "Path").has(FOCUSED), True)
+        return editor
+
+    def save_as(self, editor, path):
+        self.desk.press("ctrl+a")
+        self.desk.type_text(path)
+        self.assert_becomes(lambda: editor.find("text", "Path").text, path)
+        self.desk.press("Return")
+
+    def rules_of_file(self):
+        return sorted(read(self.sandbox.user_file).decode().splitlines())
+
+    def test_an_editor_keeps_its_rule_while_rows_move_under_it(self):
+        rules = [f'allow path "/{name}" "/bin/sh" r "" "" "0"' for name in ("a", "b", "z")]
+        window = self.open_with(*rules[:2])
+        editor = self.open_editor(window, 1)
+        self.write(self.sandbox.user_file, rules[2], *rules[:2])
+        self.assert_becomes(lambda: self.shown(window), ["/z", "/a", "/b"])
+        self.assertEqual(editor.find("text", "Path").text, "/b")
+        self.save_as(editor, "/c")
+        self.assert_becomes(self.rules_of_file, [rules[0], rules[1].replace("/b\"", "/c\""), rules[2]])
+        self.assert_becomes(lambda: sorted(window.column(PATH)), ["/a", "/c", "/z"])
+
+    def test_a_rule_that_is_removed_while_its_editor_is_open_comes_back_with_its_save(self):
+        rules = [f'allow path "/{name}" "/bin/sh" r "" "" "0"' for name in ("a", "b")]
+        window = self.open_with(*rules)
+        editor = self.open_editor(window, 1)
+        self.write(self.sandbox.user_file, rules[0])
+        self.assert_becomes(lambda: self.shown(window), ["/a"])
+        self.save_as(editor, "/c")
+        self.assert_becomes(self.rules_of_file, [rules[0], rules[1].replace("/b\"", "/c\"")])
+        self.assert_becomes(lambda: window.column(PATH), ["/a", "/c"])
+
+    def test_a_review_marks_what_is_added_meanwhile_and_its_import_keeps_it(self):
+        rules = [f'allow path "/{name}" "/bin/sh" r "t" "T" "0"' for name in ("a", "b", "c")]
+        self.sandbox.write(os.path.join(self.sandbox.home, "team.quorv"), rules[:2])
+        window = self.open_with()
+        self.desk.press("ctrl+o")
+        answer_panel(window, "Import Files", os.path.join(self.sandbox.home, "team.quorv"))
+        review = ReviewWindow(window, os.path.join(self.sandbox.home, "team.quorv"))
+        self.assert_becomes(review.count, "2 of 2 rules ticked")
+        self.write(self.sandbox.user_file, rules[2], rules[1])
+        self.assert_becomes(lambda: self.shown(window), ["/c", "/b"])
+        self.assert_becomes(review.count, "2 of 2 rules ticked, 1 already present (in italics)")
+        review.click_button("Import")
+        review.wait_until_gone()
+        self.assert_becomes(self.rules_of_file, rules)
+        self.assert_becomes(lambda: window.column(PATH), ["/c", "/b", "/a"])
 
     def test_selection_and_place_survive_where_the_rules_still_exist(self):
         rules = [f"allow path /f{number:03} any r" for number in range(200)]
