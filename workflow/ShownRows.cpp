@@ -33,9 +33,24 @@ void ShownRows::show(std::size_t first, std::size_t end, const MakeCell& makeCel
     m_rows.erase(m_rows.begin(), m_rows.lower_bound(first));
     m_rows.erase(m_rows.lower_bound(end), m_rows.end());
     for (std::size_t row = first; row < end; ++row) {
-        if (!m_rows.contains(row))
+        const auto found = m_rows.find(row);
+        if (found == m_rows.end())
             m_rows.emplace(row, makeRow(row, makeCell));
+        else if (std::exchange(found->second.hasOtherRowAbove, false))
+            followRowAbove(row, found->second, makeCell);
     }
+}
+
+// A row that continues a group keeps its band, which the others of its group have.
+void ShownRows::followRowAbove(std::size_t row, ShownRow& shown, const MakeCell& makeCell)
+{
+    RuleCell& application = shown.cells.front();
+    RuleCell made = makeCell(row, 0);
+    if (made.startsGroup == application.startsGroup)
+        return;
+    application = std::move(made);
+    if (application.startsGroup)
+        shown.shaded = bandAfter(application);
 }
 
 void ShownRows::remove(std::size_t first, std::size_t count)
@@ -46,6 +61,8 @@ void ShownRows::remove(std::size_t first, std::size_t count)
             kept.emplace(row < first ? row : row - count, std::move(shown));
     }
     m_rows = std::move(kept);
+    if (const auto below = m_rows.find(first); below != m_rows.end())
+        below->second.hasOtherRowAbove = true;
 }
 
 bool ShownRows::remake(std::size_t row, int column, const MakeCell& makeCell)

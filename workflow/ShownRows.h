@@ -14,10 +14,14 @@ namespace quorvane {
 struct ShownRow {
     std::vector<RuleCell> cells; // by column
     bool shaded = false; // its band
+    bool hasOtherRowAbove = false; // than when its cells were made
 };
 
 // The rows of a table that are in view. Their cells are made once, when the row comes into view, and kept
-// until it leaves or the table reloads: never again merely to paint.
+// until it leaves or the table reloads: never again just for a repaint. Only when the row above it has gone
+// is a row asked again whether it begins its group.
+//
+// Column 0 is the application.
 //
 // Rows of one application group share a band. Deliberate: the band flips whenever the cell that begins a
 // group is made, and is never reset; so bands depend on the order in which rows came into view.
@@ -33,7 +37,8 @@ public:
     // are made from the top down.
     void show(std::size_t first, std::size_t end, const MakeCell& makeCell);
 
-    // `count` rows from `first` on are gone; those below keep their cells under their new numbers.
+    // `count` rows from `first` on are gone; those below keep their cells under their new numbers, save the
+    // application of the first of them, when it begins its group now or does so no longer.
     void remove(std::size_t first, std::size_t count);
 
     // Makes one cell of a row in view afresh, and its band with it. False when the row is not in view.
@@ -51,6 +56,7 @@ public:
 private:
     bool bandAfter(const RuleCell& cell);
     ShownRow makeRow(std::size_t row, const MakeCell& makeCell);
+    void followRowAbove(std::size_t row, ShownRow& shown, const MakeCell& makeCell);
 
     const int m_columns;
     bool& m_shaded;

@@ -138,6 +138,35 @@ TEST(ShownRows, ARemadeCellThatBeginsAGroupFlipsTheBandOfItsRow)
     EXPECT_NE(shown.find(1)->shaded, before);
 }
 
+TEST(ShownRows, ARowWhoseGroupsHeadIsGoneBeginsTheGroup)
+{
+    CountingRows rows(3);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 3, rows.maker()); // 0 begins the group of 0, 1 and 2
+    const bool band = shown.find(1)->shaded;
+    shown.remove(0, 1);
+    rows.made.clear();
+    shown.show(0, 2, rows.maker());
+    EXPECT_TRUE(shown.find(0)->cells[0].startsGroup);
+    EXPECT_EQ(shown.find(0)->cells[1].text, "1") << "only the application was made anew";
+    EXPECT_NE(shown.find(0)->shaded, band);
+    EXPECT_EQ(rows.made, std::vector<std::size_t>{0});
+    shown.show(0, 2, rows.maker());
+    EXPECT_EQ(rows.made.size(), 1U) << "asked once";
+}
+
+TEST(ShownRows, AHeadThatIsNowBelowItsOwnGroupContinuesItAndKeepsItsBand)
+{
+    CountingRows rows(3);
+    ShownRows shown(ruleColumnCount, shaded);
+    shown.show(0, 6, rows.maker());
+    const bool band = shown.find(3)->shaded;
+    shown.remove(2, 1); // 3, a head, is row 2 now, which is none
+    shown.show(0, 5, rows.maker());
+    EXPECT_FALSE(shown.find(2)->cells[0].startsGroup);
+    EXPECT_EQ(shown.find(2)->shaded, band);
+}
+
 TEST(ShownRows, ACellOutOfViewIsNotRemade)
 {
     CountingRows rows(2);
