@@ -1,22 +1,15 @@
 #include "windows/ImportWindowController.h"
-#include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
+#include "tests/windows/TableWindow.h"
 #include "windows/ImportTableModel.h"
 #include "windows/QtText.h"
-#include "windows/RulesTableView.h"
 #include "workflow/ImportCells.h"
 #include "workflow/ImportDelegate.h"
 
-#include <QApplication>
-#include <QHeaderView>
-#include <QLabel>
 #include <QMenu>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
@@ -46,16 +39,15 @@ public:
     std::function<void()> meanwhile;
 };
 
-class ImportWindow : public testing::Test {
+class ImportWindow : public TableWindow<ImportWindowController, ImportColumn> {
 protected:
+    ~ImportWindow() override { window.reset(); } // before the store
     void open(const std::string& file)
     {
         window = std::make_unique<ImportWindowController>(store, workspace, log.log());
         window->setDelegate(&delegate);
         window->setPath(file);
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        table = window->findChild<RulesTableView*>(QStringLiteral("importTableView"));
+        show();
     }
     // A file of three policy rules of one program, in this order: /b, /a, /c.
     void openThree()
@@ -66,17 +58,6 @@ protected:
             "deny prefix \"/c\" \"/bin/sh\" r\n"));
     }
 
-    QString shownPaths() const
-    {
-        QStringList paths;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            paths.append(cell(row, ImportColumn::path).data().toString());
-        return paths.join(QLatin1Char(' '));
-    }
-    QModelIndex cell(int row, ImportColumn column) const
-    {
-        return table->model()->index(row, static_cast<int>(column));
-    }
     // One letter for each row: x when it is ticked.
     QString ticks() const
     {
@@ -85,32 +66,12 @@ protected:
             letters += cell(row, ImportColumn::tick).data(Qt::CheckStateRole) == Qt::Checked ? u'x' : u'-';
         return letters;
     }
-    QString counts() const { return window->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
-    QPushButton* button(const char* name) const
-    {
-        return window->findChild<QPushButton*>(QString::fromLatin1(name));
-    }
-    void click(int row, ImportColumn column) const
-    {
-        QTest::mouseClick(
-            table->viewport(), Qt::LeftButton, {}, table->visualRect(cell(row, column)).center());
-    }
-    void clickTitle(ImportColumn column) const
-    {
-        QHeaderView* header = table->horizontalHeader();
-        const int middle = header->sectionViewportPosition(static_cast<int>(column))
-            + header->sectionSize(static_cast<int>(column)) / 2;
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
-    }
+    QPushButton* button(const char* name) const { return in<QPushButton>(name); }
     void sortByPath() const { clickTitle(ImportColumn::path); }
 
     TemporaryFolder folder;
-    CapturedLog log;
     RuleManager store{Locations(folder.path("root"), "ann"), silentLog()};
-    Workspace workspace;
     NotingDelegate delegate;
-    std::unique_ptr<ImportWindowController> window;
-    RulesTableView* table = nullptr;
 };
 
 } // namespace

@@ -1,25 +1,14 @@
 #include "tests/rules/StoreSandbox.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/FakeApplication.h"
+#include "tests/windows/TableWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
-#include "windows/RulesTableView.h"
-#include "workflow/RunState.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QClipboard>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
-#include <QTest>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace quorvane {
 
@@ -31,7 +20,7 @@ const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"
 const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
 enum Row { watch, head, next, vi }; // of the user's rules
 
-class Commands : public testing::Test {
+class Commands : public TableWindow<RulesEditorTableController, RuleColumn> {
 protected:
     Commands()
     {
@@ -39,37 +28,14 @@ protected:
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
         store = box.load();
         window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        table = window->findChild<RulesTableView*>();
+        show();
         table->setFocus();
-        QApplication::processEvents(); // the rows in view are made when they are painted
     }
+    ~Commands() override { window.reset(); } // before the store
 
     std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
-    QAction* item(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
     QMenu* contextMenu() const { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
-    QModelIndex cell(int row, RuleColumn column) const
-    {
-        return table->model()->index(row, static_cast<int>(column));
-    }
-    QString text(int row, RuleColumn column) const { return cell(row, column).data().toString(); }
-    void select(std::initializer_list<int> rows) const
-    {
-        table->clearSelection();
-        for (const int row : rows)
-            table->selectionModel()->select(
-                cell(row, RuleColumn::path), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    }
-    void showSystemRules() const { item("hideSystemToolbarItem")->trigger(); }
-    QList<int> selectedRows() const
-    {
-        QList<int> rows;
-        for (const QModelIndex& index : table->selectionModel()->selectedRows())
-            rows.append(index.row());
-        std::sort(rows.begin(), rows.end());
-        return rows;
-    }
+    void showSystemRules() const { action("hideSystemToolbarItem")->trigger(); }
     // Opens the context menu with the mouse.
     void clickRight(int row) const
     {
@@ -102,20 +68,14 @@ protected:
     }
 
     StoreSandbox box;
-    CapturedLog log;
-    FakeApplication application;
-    RunState run;
-    Workspace workspace;
     std::unique_ptr<RuleManager> store;
-    std::unique_ptr<RulesEditorTableController> window;
-    RulesTableView* table = nullptr;
 };
 
 } // namespace
 
 TEST_F(Commands, NewRuleOpensAnEditorOnTheTemplate)
 {
-    item("newRuleToolbarItem")->trigger();
+    action("newRuleToolbarItem")->trigger();
     auto* opened = editor<EditPolicyWindowController>();
     ASSERT_NE(opened, nullptr);
     EXPECT_EQ(opened->policyRule()->processName().written(), "any");
@@ -125,9 +85,9 @@ TEST_F(Commands, NewRuleOpensAnEditorOnTheTemplate)
 
 TEST_F(Commands, TheMenuItemsForNewRulesAreLogged)
 {
-    item("newPolicyRuleMenuItem")->trigger();
+    action("newPolicyRuleMenuItem")->trigger();
     EXPECT_EQ(log.lines().at(log.lines().size() - 2), "-[RulesEditorTableController newPolicyRule:]");
-    item("newWatchRuleMenuItem")->trigger();
+    action("newWatchRuleMenuItem")->trigger();
     const auto lines = log.lines();
     EXPECT_NE(
         std::find(lines.begin(), lines.end(), "-[RulesEditorTableController newWatchRule:]"), lines.end());
@@ -136,7 +96,7 @@ TEST_F(Commands, TheMenuItemsForNewRulesAreLogged)
 
 TEST_F(Commands, ASavedNewRuleIsSelectedInTheTable)
 {
-    item("newRuleToolbarItem")->trigger();
+    action("newRuleToolbarItem")->trigger();
     auto* opened = editor<EditPolicyWindowController>();
     auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
     QTest::keyClicks(path, QStringLiteral("/new/"));
@@ -261,6 +221,28 @@ TEST_F(Commands, DeletingTheSelectedHeadOfAGroupShowsTheProgramInTheNextRow)
     EXPECT_EQ(text(head, RuleColumn::application), QStringLiteral("sh"));
 }
 
+TEST_F(Commands, TheNextRowShowsTheProgramByWhateverWayTheHeadOfItsGroupWent)
+{
+    const auto showsProgram = [this](int row) {
+        QApplication::processEvents(); // painted
+        return text(row, RuleColumn::application) == QStringLiteral("sh")
+            && !cell(row, RuleColumn::application).data(Qt::DecorationRole).isNull();
+    };
+    ASSERT_EQ(text(next, RuleColumn::application), QString());
+    window->deleteRow(head); // below a watch rule, where the command does not take it for a head
+    EXPECT_TRUE(showsProgram(1));
+
+    // Of two programs with one name the second has a group of its own.
+    box.writeUserRules(
+        headLine + "allow prefix \"/a/\" \"/usr/bin/sh\" r\nallow prefix \"/b/\" \"/usr/bin/sh\" r\n");
+    store->reloadCurrentUserConfiguration();
+    window->reloadData();
+    QApplication::processEvents();
+    ASSERT_EQ(text(2, RuleColumn::application), QString());
+    window->deleteRow(1);
+    EXPECT_TRUE(showsProgram(1));
+}
+
 TEST_F(Commands, DeletingInTheMiddleOfAGroupReloadsNothingElse)
 {
     // What is told of the remaining rows is the removal and nothing more.
@@ -376,8 +358,8 @@ TEST_F(Commands, ASystemRuleIsNotDeletedAndANoticeSaysSo)
 TEST_F(Commands, DeleteIsOfferedWhileARuleOfTheUsersIsSelected)
 {
     showSystemRules();
-    const QAction* toolbar = item("deleteRuleToolbarItem");
-    const QAction* menu = item("deleteEditMenuItem");
+    const QAction* toolbar = action("deleteRuleToolbarItem");
+    const QAction* menu = action("deleteEditMenuItem");
     table->clearSelection();
     EXPECT_FALSE(toolbar->isEnabled());
     EXPECT_FALSE(menu->isEnabled());
@@ -595,13 +577,12 @@ TEST_F(Commands, AFileThatCannotBeWrittenIsToldInTheWindow)
 {
     std::filesystem::remove(box.locations.userRulesFile());
     std::filesystem::create_directory(box.locations.userRulesFile());
-    const auto* failure = window->findChild<QLabel*>(QStringLiteral("failureLabel"));
-    EXPECT_EQ(failure->text(), QString());
+    EXPECT_EQ(label("failureLabel"), QString());
     window->deleteRow(vi);
-    EXPECT_EQ(failure->text(), QString::fromStdString(*store->lastErrorMessage()));
+    EXPECT_EQ(label("failureLabel"), QString::fromStdString(*store->lastErrorMessage()));
     std::filesystem::remove(box.locations.userRulesFile());
     window->deleteRow(next);
-    EXPECT_EQ(failure->text(), QString());
+    EXPECT_EQ(label("failureLabel"), QString());
 }
 
 TEST_F(Commands, ReloadingWhileAnEditorIsOpenLeavesOneRuleAfterItsSave)

@@ -1,29 +1,18 @@
-#include "platform/Workspace.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/FakeApplication.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
+#include "tests/windows/TableWindow.h"
 #include "windows/ImportWindowController.h"
 #include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
-#include "windows/RulesTableView.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCells.h"
-#include "workflow/RunState.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScrollBar>
-#include <QTest>
 #include <QTimer>
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
@@ -61,7 +50,7 @@ private:
     std::function<void()> m_meanwhile;
 };
 
-class RulesExchange : public testing::Test {
+class RulesExchange : public TableWindow<RulesEditorTableController, RuleColumn> {
 protected:
     RulesExchange()
     {
@@ -70,34 +59,14 @@ protected:
             Locations(folder.path("root"), "ann"), silentLog());
         open();
     }
+    ~RulesExchange() override { window.reset(); } // before the store
     void open()
     {
         window.reset();
         window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        table = window->findChild<RulesTableView*>(QStringLiteral("rulesEditorTableView"));
+        show();
     }
 
-    static QString paths(const QAbstractItemView& view, int column)
-    {
-        QStringList paths;
-        for (int row = 0; row < view.model()->rowCount(); ++row)
-            paths.append(view.model()->index(row, column).data().toString());
-        return paths.join(QLatin1Char(' '));
-    }
-    QString shownPaths() const { return paths(*table, static_cast<int>(RuleColumn::path)); }
-    QString selectedPaths() const
-    {
-        QStringList paths;
-        for (const std::size_t row : table->selectedRows())
-            paths.append(table->model()
-                             ->index(static_cast<int>(row), static_cast<int>(RuleColumn::path))
-                             .data()
-                             .toString());
-        return paths.join(QLatin1Char(' '));
-    }
-    QAction* action(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
     // The review that is open; null when none is.
     ImportWindowController* review() const { return window->findChild<ImportWindowController*>(); }
     std::string userRules() const { return TemporaryFolder::contents(folder.path(userFile)); }
@@ -136,13 +105,7 @@ protected:
     const std::string userFile = "root/Users/Shared/Quorvane/ann.quorvane.rc";
     const std::string failSafe = "root/Users/Shared/Quorvane/failsafe.rc";
     TemporaryFolder folder;
-    CapturedLog log;
     std::unique_ptr<RuleManager> store;
-    FakeApplication application;
-    RunState run;
-    Workspace workspace;
-    std::unique_ptr<RulesEditorTableController> window;
-    RulesTableView* table = nullptr;
 };
 
 } // namespace
@@ -246,8 +209,7 @@ TEST_F(RulesExchange, AnImportThatCannotBeWrittenIsToldAndLeavesPendingSuggestio
     std::filesystem::create_directory(folder.path(userFile)); // in the way
     review()->importAction();
     EXPECT_NE(store->lastErrorMessage(), std::nullopt);
-    EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("failureLabel"))->text(),
-        toQt(store->lastErrorMessage().value_or("")));
+    EXPECT_EQ(label("failureLabel"), toQt(store->lastErrorMessage().value_or("")));
     EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe)));
 }
 
@@ -281,7 +243,7 @@ TEST_F(RulesExchange, AReviewCountsAnewOnlyWhenRulesHaveChanged)
     int counts = 0;
     QObject::connect(review()->findChild<RulesTableView*>()->model(), &QAbstractItemModel::modelReset,
         [&counts] { ++counts; });
-    window->findChild<QLineEdit*>(QStringLiteral("searchField"))->setText(QStringLiteral("/a"));
+    in<QLineEdit>("searchField")->setText(QStringLiteral("/a"));
     action("hideSystemToolbarItem")->trigger();
     window->sortByColumn(static_cast<int>(RuleColumn::path));
     EXPECT_EQ(counts, 0);
@@ -443,10 +405,7 @@ TEST_F(RulesExchange, SeveralSelectedRulesAreExportedInTheOrderOfTheirRows)
 {
     window->sortByColumn(static_cast<int>(RuleColumn::path));
     ASSERT_EQ(shownPaths(), QStringLiteral("/a /b"));
-    // The lower row is clicked first.
-    for (const int row : {1, 0})
-        table->selectionModel()->select(
-            table->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    select({1, 0}); // the lower row first
     action("exportSelectedRulesMenuItem")->trigger();
     saveAs(folder.path("both.quorv"));
     EXPECT_EQ(TemporaryFolder::contents(folder.path("both.quorv")),

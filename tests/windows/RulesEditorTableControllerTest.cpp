@@ -1,28 +1,18 @@
 #include "windows/RulesEditorTableController.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/FakeApplication.h"
 #include "tests/support/TestRules.h"
+#include "tests/windows/TableWindow.h"
 #include "windows/RulesTableModel.h"
-#include "windows/RulesTableView.h"
-#include "workflow/RunState.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QFile>
-#include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 namespace quorvane {
 
 namespace {
 
-class MainWindow : public testing::Test {
+class MainWindow : public TableWindow<RulesEditorTableController, RuleColumn> {
 protected:
     MainWindow()
     {
@@ -34,36 +24,12 @@ protected:
         store.addPolicyRule(
             policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
         window = std::make_unique<RulesEditorTableController>(store, application, run, workspace, log.log());
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        table = window->findChild<RulesTableView*>();
-        search = window->findChild<QLineEdit*>(QStringLiteral("searchField"));
+        show();
+        search = in<QLineEdit>("searchField");
     }
+    ~MainWindow() override { window.reset(); } // before the store
 
-    QString shownPaths() const
-    {
-        QStringList paths;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            paths.append(table->model()->index(row, static_cast<int>(RuleColumn::path)).data().toString());
-        return paths.join(QLatin1Char(' '));
-    }
-    QString counts() const { return window->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
-    QAction* action(const char* name) const { return window->findChild<QAction*>(QString::fromLatin1(name)); }
-    void clickTitle(RuleColumn column) const
-    {
-        QHeaderView* header = table->horizontalHeader();
-        const int middle = header->sectionViewportPosition(static_cast<int>(column))
-            + header->sectionSize(static_cast<int>(column)) / 2;
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
-    }
-
-    CapturedLog log;
     RuleManager store{Locations("/root", "ann"), silentLog()};
-    Workspace workspace;
-    FakeApplication application;
-    RunState run;
-    std::unique_ptr<RulesEditorTableController> window;
-    RulesTableView* table = nullptr;
     QLineEdit* search = nullptr;
 };
 
@@ -231,12 +197,12 @@ TEST_F(MainWindow, EveryControlSaysItsName)
 {
     EXPECT_EQ(table->accessibleName(), QStringLiteral("Rules"));
     EXPECT_EQ(search->accessibleName(), QStringLiteral("Search"));
-    EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("searchLabel"))->buddy(), search);
+    EXPECT_EQ(in<QLabel>("searchLabel")->buddy(), search);
 }
 
 TEST_F(MainWindow, SortsFromTheMenuAsWell)
 {
-    for (QAction* item : window->findChild<QMenu*>(QStringLiteral("sortMenu"))->actions()) {
+    for (QAction* item : in<QMenu>("sortMenu")->actions()) {
         if (item->text() == QStringLiteral("Path"))
             item->trigger();
     }
