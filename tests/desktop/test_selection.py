@@ -89,3 +89,11 @@ class Selection(DesktopTest):
         self.assertFalse(window.table.cell(499, PATH).has(SHOWING))
         self.desk.press("ctrl+End")
         self.assert_becomes(lambda: window.table.cell(499, PATH).has(SHOWING), True)
+
+    def test_after_a_delete_the_rule_that_follows_is_selected(self):
+        self.window.click_row(2)
+        self.desk.press("shift+Down", "Delete")
+        self.assert_selected("/4")
+        self.assert_becomes(lambda: self.window.table.rows, 7)
+        self.desk.press("End", "Delete")
+        self.assert_selected("/7")
