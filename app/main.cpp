@@ -69,6 +69,8 @@ int main(int argumentCount, char** arguments)
         &quorvane::AppDelegate::terminate);
     quorvane::RulesEditorTableController mainWindow(
         around.store, around.delegate, around.run, around.workspace, *log);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow,
+        &quorvane::RulesEditorTableController::keepUnsavedRules);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate,
         &quorvane::AppDelegate::applicationWillTerminate);
     const ReloadAtExit reloadAtExit(around.delegate, *log);

@@ -2,8 +2,6 @@
 
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
-#include "windows/EditPolicyWindowController.h"
-#include "windows/EditWatchWindowController.h"
 #include "windows/ExchangeController.h"
 #include "windows/QtText.h"
 #include "windows/RulesFileFollower.h"
@@ -14,8 +12,8 @@
 #include <QMenu>
 #include <QToolButton>
 
-// The commands of the main window: they create, edit, delete and tag rules. Those of imports, exports and
-// the rules file are forwarded.
+// The commands of the main window: they delete and tag rules. Those of imports, exports and the rules file
+// are forwarded.
 
 namespace quorvane {
 
@@ -62,47 +60,6 @@ void RulesEditorTableController::setUpCommands()
     validateItems();
 }
 
-void RulesEditorTableController::newPolicyAction()
-{
-    const PolicyRulePtr rule = RuleCommands::newPolicy();
-    m_newRule = rule;
-    editPolicy(rule);
-}
-
-void RulesEditorTableController::newWatchAction()
-{
-    const WatchRulePtr rule = RuleCommands::newWatch();
-    m_newRule = rule;
-    editWatch(rule);
-}
-
-void RulesEditorTableController::newPolicyRule()
-{
-    m_log.write("-[RulesEditorTableController newPolicyRule:]");
-    newPolicyAction();
-}
-
-void RulesEditorTableController::newWatchRule()
-{
-    m_log.write("-[RulesEditorTableController newWatchRule:]");
-    newWatchAction();
-}
-
-void RulesEditorTableController::createNewPolicy()
-{
-    if (!m_clickedRule)
-        return;
-    const PolicyRulePtr rule = RuleCommands::newPolicyLike(*m_clickedRule);
-    m_newRule = rule;
-    editPolicy(rule);
-}
-
-void RulesEditorTableController::editRule()
-{
-    if (m_clickedRule)
-        edit(*m_clickedRule);
-}
-
 void RulesEditorTableController::deleteRule()
 {
     if (const auto row = m_clickedRule ? m_model->rowOf(*m_clickedRule) : std::nullopt)
@@ -112,36 +69,6 @@ void RulesEditorTableController::deleteRule()
 void RulesEditorTableController::deleteRuleAction()
 {
     deleteRows(m_ui->rulesEditorTableView->selectedRows());
-}
-
-void RulesEditorTableController::doubleClickAction()
-{
-    if (const auto row = m_ui->rulesEditorTableView->onlySelectedRow())
-        edit(ruleRowAt(*row).rule);
-}
-
-void RulesEditorTableController::edit(const RuleRef& rule)
-{
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
-        editPolicy(*policy);
-    else
-        editWatch(std::get<WatchRulePtr>(rule));
-}
-
-void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
-{
-    m_editPolicyWindowController = new EditPolicyWindowController(m_store, m_run, m_workspace, m_log, this);
-    m_editPolicyWindowController->setPolicyRule(rule);
-    m_editPolicyWindowController->setDelegate(this);
-    m_editPolicyWindowController->show();
-}
-
-void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
-{
-    m_editWatchWindowController = new EditWatchWindowController(m_store, m_run, m_workspace, m_log, this);
-    m_editWatchWindowController->setWatchRule(rule);
-    m_editWatchWindowController->setDelegate(this);
-    m_editWatchWindowController->show();
 }
 
 RuleRow RulesEditorTableController::ruleRowAt(std::size_t row) const
@@ -259,15 +186,6 @@ void RulesEditorTableController::validateItems()
     for (QAction* item : {m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem,
              m_ui->editSelectedRuleMenuItem, m_ui->editTagMenuItem})
         item->setEnabled(validateMenuItem(item));
-}
-
-void RulesEditorTableController::showNewRule()
-{
-    const auto row = m_newRule ? m_model->rowOf(*m_newRule) : std::nullopt;
-    if (!row)
-        return;
-    selectRule(*row);
-    m_newRule.reset();
 }
 
 bool RulesEditorTableController::keyDown(const QKeyEvent& key)

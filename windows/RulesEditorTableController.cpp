@@ -1,5 +1,6 @@
 #include "windows/RulesEditorTableController.h"
 
+#include "history/JournalPlace.h"
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
@@ -31,6 +32,7 @@ RulesEditorTableController::RulesEditorTableController(
     , m_workspace(workspace)
     , m_log(log)
     , m_commands(store, run, log)
+    , m_keptDrafts(toQt(defaultStateFolder()), store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(store, workspace, this))
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, store, application, run, workspace, log))
@@ -63,6 +65,7 @@ void RulesEditorTableController::awakeFromNib()
     setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(m_store.locations().userRulesFile())));
     m_follower->checkFile();
     m_exchange->offerSuggestions();
+    offerKeptRules();
 }
 
 bool RulesEditorTableController::showsSystemRules() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "windows/KeptDrafts.h"
 #include "windows/KeptSelection.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
@@ -25,6 +26,7 @@ class EditPolicyWindowController;
 class EditWatchWindowController;
 class ExchangeController;
 class Log;
+class RuleEditorWindow;
 class RulesFileFollower;
 class RulesTableModel;
 struct RunState;
@@ -43,6 +45,10 @@ public:
     ~RulesEditorTableController() override;
 
     bool showsSystemRules() const;
+
+    // To be called before the program ends: keeps what open editors hold and have not saved. The next main
+    // window offers it. A second call does nothing.
+    void keepUnsavedRules();
 
     // Takes the store's rows afresh. Selection and scroll position stay where their rules still are.
     void reloadData() override;
@@ -138,11 +144,14 @@ private:
     void validateItems();
     RuleRow ruleRowAt(std::size_t row) const;
     std::optional<RuleRef> ruleBelow(std::size_t row) const;
-    void edit(const RuleRef& rule);
+    RuleEditorWindow* edit(const RuleRef& rule);
     void apply(const TableChange& change);
     void selectAfterDelete(const TableChange& change, const std::optional<RuleRef>& following);
     void selectRule(int row);
     void showNewRule();
+    void offerKeptRules();
+    void openKeptRules();
+    std::optional<RuleRef> storedRuleLike(const RuleRef& rule) const;
 
     RuleManager& m_store;
     ApplicationServices& m_application;
@@ -150,6 +159,7 @@ private:
     Workspace& m_workspace;
     Log& m_log;
     RuleCommands m_commands;
+    KeptDrafts m_keptDrafts;
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<SortDescriptor> m_sortDescriptors;
@@ -165,6 +175,7 @@ private:
     QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
     std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
     bool m_initialize = true; // until the window is ready
+    bool m_unsavedRulesKept = false;
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };

@@ -1,0 +1,175 @@
+#include "tests/rules/StoreSandbox.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/EditWatchWindowController.h"
+#include "windows/FootNotices.h"
+#include "windows/QtText.h"
+#include "windows/RulesEditorTableController.h"
+#include "workflow/RuleCells.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace quorvane {
+
+namespace {
+
+const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
+const std::string policyLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
+
+// Drafts of editors that are open when the program ends. Each open() is another run of the program.
+class KeptRules : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    KeptRules()
+    {
+        box.writeUserRules(watchLine + policyLine);
+        open();
+    }
+    ~KeptRules() override { window.reset(); } // before the store
+    void open()
+    {
+        window.reset();
+        store = box.load();
+        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        show();
+    }
+    void endAndOpenAgain()
+    {
+        window->keepUnsavedRules();
+        open();
+    }
+
+    template <class Editor> Editor* editor() const { return window->findChild<Editor*>(); }
+    void typePath(const char* path) const
+    {
+        auto* field = editor<RuleEditorWindow>()->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
+        field->setText(QString::fromLatin1(path));
+    }
+    std::size_t notices() const { return in<FootNotices>("notices")->count(); }
+    QString noticeText() const { return label("noticeText"); }
+    void press(const char* title) const
+    {
+        for (QPushButton* button : in<FootNotices>("notices")->findChildren<QPushButton*>()) {
+            if (!button->isHidden() && button->text() == QLatin1String(title))
+                return button->click();
+        }
+        FAIL() << "no button " << title;
+    }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+};
+
+} // namespace
+
+TEST_F(KeptRules, AreNoneWithoutAChangeInAnEditor)
+{
+    table->selectRow(1);
+    window->doubleClickAction();
+    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
+    endAndOpenAgain();
+    EXPECT_EQ(notices(), 0U);
+}
+
+TEST_F(KeptRules, AreNoneOfAnEditorThatWasSavedOrCancelled)
+{
+    window->newPolicyAction();
+    typePath("/new/");
+    editor<EditPolicyWindowController>()->cancelClicked();
+    endAndOpenAgain();
+    EXPECT_EQ(notices(), 0U);
+    window->newPolicyAction();
+    typePath("/new/");
+    editor<EditPolicyWindowController>()->saveClicked();
+    endAndOpenAgain();
+    EXPECT_EQ(notices(), 0U);
+}
+
+TEST_F(KeptRules, AreOfferedAtTheNextStartAndOpenTheirEditorOnTheSameRule)
+{
+    table->selectRow(1);
+    window->doubleClickAction();
+    typePath("/b");
+    endAndOpenAgain();
+    EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
+    EXPECT_EQ(file(), watchLine + policyLine) << "nothing is saved by itself";
+    press("Open");
+    auto* opened = editor<EditPolicyWindowController>();
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(RuleRef(opened->policyRule()), store->ruleAtIndex(1, false));
+    EXPECT_EQ(opened->draft().path, "/b");
+    EXPECT_TRUE(opened->hasUnsavedChanges());
+    opened->saveClicked();
+    EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
+    open();
+    EXPECT_EQ(notices(), 0U) << "they are offered once";
+}
+
+TEST_F(KeptRules, OfANewRuleAreSavedAsANewRuleWhichIsSelected)
+{
+    window->newWatchAction();
+    typePath("/new/");
+    endAndOpenAgain();
+    press("Open");
+    auto* opened = editor<EditWatchWindowController>();
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(opened->draft().path, "/new/");
+    opened->saveClicked();
+    EXPECT_EQ(file(), watchLine + "watch prefix \"/new/\" \"any\" rwc \"\"\n" + policyLine);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/new/"));
+}
+
+TEST_F(KeptRules, OfARuleThatHasGoneMeanwhileAreSavedAsANewRuleWithItsTag)
+{
+    table->selectRow(1);
+    window->doubleClickAction();
+    typePath("/b");
+    window->keepUnsavedRules();
+    box.writeUserRules(watchLine);
+    open();
+    press("Open");
+    editor<EditPolicyWindowController>()->saveClicked();
+    EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
+}
+
+TEST_F(KeptRules, AreKeptAgainWhenTheyAreStillUnsavedAtTheNextEnd)
+{
+    window->newPolicyAction();
+    typePath("/new/");
+    endAndOpenAgain();
+    press("Open");
+    endAndOpenAgain();
+    EXPECT_EQ(notices(), 1U);
+    press("Open");
+    EXPECT_EQ(editor<EditPolicyWindowController>()->draft().path, "/new/");
+}
+
+TEST_F(KeptRules, AreGoneForGoodWhenTheyAreDiscardedAndStayWhenTheNoticeIsDismissed)
+{
+    window->newPolicyAction();
+    typePath("/one/");
+    window->newWatchAction();
+    editor<EditWatchWindowController>()
+        ->findChild<QLineEdit*>(QStringLiteral("pathTextField"))
+        ->setText(QStringLiteral("/two/"));
+    endAndOpenAgain();
+    EXPECT_EQ(noticeText(), QStringLiteral("2 unsaved rules were kept."));
+    open();
+    EXPECT_EQ(notices(), 1U);
+    press("Discard");
+    EXPECT_EQ(editor<RuleEditorWindow>(), nullptr);
+    open();
+    EXPECT_EQ(notices(), 0U);
+}
+
+TEST_F(KeptRules, AreKeptOnceHoweverOftenTheEndIsTold)
+{
+    window->newPolicyAction();
+    typePath("/new/");
+    window->keepUnsavedRules();
+    endAndOpenAgain();
+    EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
+}
+
+} // namespace quorvane

@@ -1,0 +1,36 @@
+#include "windows/ElidedLabel.h"
+
+#include <QPainter>
+#include <QTextDocument>
+
+namespace quorvane {
+
+ElidedLabel::ElidedLabel(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+}
+
+void ElidedLabel::setText(const QString& text)
+{
+    QLabel::setText(QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')));
+    setToolTip(text.isEmpty() ? QString() : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal));
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* event)
+{
+    QFrame::paintEvent(event);
+    QPainter painter(this);
+    const QRect place = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(place, static_cast<int>(Qt::AlignVCenter | Qt::AlignLeft),
+        fontMetrics().elidedText(text(), Qt::ElideRight, place.width()));
+}
+
+} // namespace quorvane

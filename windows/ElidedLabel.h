@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QLabel>
+
+namespace quorvane {
+
+// One line of plain text that is cut short with an ellipsis where there is no room for it; the whole text is
+// its tool tip. Never makes its window wider.
+class ElidedLabel : public QLabel {
+    Q_OBJECT
+public:
+    explicit ElidedLabel(QWidget* parent = nullptr);
+
+    // Line ends show as spaces.
+    void setText(const QString& text);
+
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace quorvane

@@ -1,0 +1,150 @@
+#include "windows/EditPolicyWindowController.h"
+#include "windows/EditWatchWindowController.h"
+#include "windows/RulesEditorTableController.h"
+
+#include "platform/Log.h"
+#include "ui_RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+
+#include <utility>
+
+// The rule editors that the main window opens, and what it keeps of those that are open when the program
+// ends.
+
+namespace quorvane {
+
+namespace {
+
+QString keptDraftsSubject()
+{
+    return QStringLiteral("kept drafts");
+}
+
+} // namespace
+
+void RulesEditorTableController::newPolicyAction()
+{
+    const PolicyRulePtr rule = RuleCommands::newPolicy();
+    m_newRule = rule;
+    editPolicy(rule);
+}
+
+void RulesEditorTableController::newWatchAction()
+{
+    const WatchRulePtr rule = RuleCommands::newWatch();
+    m_newRule = rule;
+    editWatch(rule);
+}
+
+void RulesEditorTableController::newPolicyRule()
+{
+    m_log.write("-[RulesEditorTableController newPolicyRule:]");
+    newPolicyAction();
+}
+
+void RulesEditorTableController::newWatchRule()
+{
+    m_log.write("-[RulesEditorTableController newWatchRule:]");
+    newWatchAction();
+}
+
+void RulesEditorTableController::createNewPolicy()
+{
+    if (!m_clickedRule)
+        return;
+    const PolicyRulePtr rule = RuleCommands::newPolicyLike(*m_clickedRule);
+    m_newRule = rule;
+    editPolicy(rule);
+}
+
+void RulesEditorTableController::editRule()
+{
+    if (m_clickedRule)
+        edit(*m_clickedRule);
+}
+
+void RulesEditorTableController::doubleClickAction()
+{
+    if (const auto row = m_ui->rulesEditorTableView->onlySelectedRow())
+        edit(ruleRowAt(*row).rule);
+}
+
+RuleEditorWindow* RulesEditorTableController::edit(const RuleRef& rule)
+{
+    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule)) {
+        editPolicy(*policy);
+        return m_editPolicyWindowController;
+    }
+    editWatch(std::get<WatchRulePtr>(rule));
+    return m_editWatchWindowController;
+}
+
+void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
+{
+    m_editPolicyWindowController = new EditPolicyWindowController(m_store, m_run, m_workspace, m_log, this);
+    m_editPolicyWindowController->setPolicyRule(rule);
+    m_editPolicyWindowController->setDelegate(this);
+    m_editPolicyWindowController->show();
+}
+
+void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
+{
+    m_editWatchWindowController = new EditWatchWindowController(m_store, m_run, m_workspace, m_log, this);
+    m_editWatchWindowController->setWatchRule(rule);
+    m_editWatchWindowController->setDelegate(this);
+    m_editWatchWindowController->show();
+}
+
+void RulesEditorTableController::showNewRule()
+{
+    const auto row = m_newRule ? m_model->rowOf(*m_newRule) : std::nullopt;
+    if (!row)
+        return;
+    selectRule(*row);
+    m_newRule.reset();
+}
+
+void RulesEditorTableController::keepUnsavedRules()
+{
+    if (std::exchange(m_unsavedRulesKept, true))
+        return;
+    for (const auto* editor : findChildren<RuleEditorWindow*>()) {
+        if (editor->hasUnsavedChanges())
+            m_keptDrafts.keep({editor->rule(), editor->draft()});
+    }
+}
+
+void RulesEditorTableController::offerKeptRules()
+{
+    const auto count = static_cast<int>(m_keptDrafts.count());
+    if (count == 0)
+        return;
+    const QString text
+        = count == 1 ? tr("1 unsaved rule was kept.") : tr("%1 unsaved rules were kept.").arg(count);
+    m_ui->notices->add(
+        {text, {{tr("Open"), [this] { openKeptRules(); }}, {tr("Discard"), [this] { m_keptDrafts.take(); }}},
+            keptDraftsSubject()});
+}
+
+// The store's rule where it still is as it was; else a new one, which a save adds.
+void RulesEditorTableController::openKeptRules()
+{
+    for (const KeptDraft& kept : m_keptDrafts.take()) {
+        const std::optional<RuleRef> stored = storedRuleLike(kept.rule);
+        if (!stored)
+            m_newRule = kept.rule;
+        edit(stored.value_or(kept.rule))->showDraft(kept.draft);
+    }
+}
+
+std::optional<RuleRef> RulesEditorTableController::storedRuleLike(const RuleRef& rule) const
+{
+    return askRule(rule, [this](const auto& record) -> std::optional<RuleRef> {
+        const auto stored = m_store.firstEqualRule(record);
+        if (stored == nullptr || stored->system()) // which no editor changes
+            return std::nullopt;
+        return stored;
+    });
+}
+
+} // namespace quorvane
