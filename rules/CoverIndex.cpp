@@ -4,13 +4,10 @@
 #include "rules/RuleCodes.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace quorvane {
 
 namespace {
-
-constexpr std::size_t filterBitsPerEntry = 16;
 
 bool isWildcard(const NullableText& path)
 {
@@ -53,7 +50,16 @@ std::uint64_t hashOfCoveringPath(const PolicyRuleFields& rule)
 
 bool canCover(const PolicyRuleFields& rule)
 {
-    return isWildcard(rule.path) || (rule.policyType == PolicyType::prefix && !rule.path.isNull());
+    return !rule.constraint.isNull()
+        && (isWildcard(rule.path) || (rule.policyType == PolicyType::prefix && !rule.path.isNull()));
+}
+
+// True when both cover the same rules. Both must be able to cover.
+bool coverAlike(const PolicyRuleFields& a, const PolicyRuleFields& b)
+{
+    const bool samePaths = isWildcard(a.path) ? isWildcard(b.path) : sameText(a.path, b.path);
+    return samePaths && a.policyClass == b.policyClass && sameText(a.constraint, b.constraint)
+        && isBitwiseInclusive(a.operations, b.operations) && isBitwiseInclusive(b.operations, a.operations);
 }
 
 } // namespace
@@ -70,22 +76,25 @@ bool coversRule(const PolicyRule& broader, const PolicyRule& rule)
             && narrow.path.view().starts_with(wide.path.view()));
 }
 
-const PolicyRule* CoverIndex::firstCovering(const PolicyRule& rule, const RuleList<PolicyRule>& rules)
+CoverIndex::CoverIndex(const std::vector<PolicyRulePtr>& slots)
+    : m_slots(slots)
 {
-    bringUpToDate(rules);
-    const auto& slots = rules.slots();
-    std::size_t found = slots.size();
+    for (std::size_t slot = 0; slot < slots.size(); ++slot) {
+        if (slots[slot])
+            add(slot, slots[slot]->fields());
+    }
+}
+
+const PolicyRule* CoverIndex::firstCovering(const PolicyRule& rule)
+{
+    std::uint32_t found = SlotChains::none;
     const auto lookUp = [&](std::uint64_t hash) {
-        if (!mayHold(hash))
+        if (!m_filter.mayHold(hash))
             return;
         for (auto entry = m_chains.first(hash); entry != SlotChains::none; entry = m_chains.next(entry)) {
-            const std::size_t slot = m_chains.slot(entry);
-            if (slot >= found)
-                return;
-            if (slots[slot] && slots[slot].get() != &rule && coversRule(*slots[slot], rule)) {
+            const std::uint32_t slot = firstOtherThan(rule, entry);
+            if (slot < found && coversRule(*m_slots[slot], rule))
                 found = slot;
-                return;
-            }
         }
     };
     PrefixHash hash(rule.fields());
@@ -94,71 +103,92 @@ const PolicyRule* CoverIndex::firstCovering(const PolicyRule& rule, const RuleLi
         hash.extend(byte);
         lookUp(hash.value());
     }
-    return found < slots.size() ? slots[found].get() : nullptr;
+    return found == SlotChains::none ? nullptr : m_slots[found].get();
 }
 
-void CoverIndex::bringUpToDate(const RuleList<PolicyRule>& rules)
+std::uint32_t CoverIndex::firstOtherThan(const PolicyRule& rule, std::uint32_t entry) const
 {
-    if (m_layout != rules.layout() || m_keyChanges != rules.keyChanges()) {
-        *this = {};
-        m_layout = rules.layout();
-        m_keyChanges = rules.keyChanges();
+    const std::uint32_t first = m_chains.slot(entry);
+    if (first == SlotChains::none || m_slots[first].get() != &rule)
+        return first;
+    const auto others = m_others.find(entry);
+    if (others == m_others.end())
+        return SlotChains::none;
+    const auto other = std::find_if(others->second.begin(), others->second.end(),
+        [&](std::uint32_t slot) { return m_slots[slot].get() != &rule; });
+    return other == others->second.end() ? SlotChains::none : *other;
+}
+
+void CoverIndex::add(std::size_t slot, const PolicyRuleFields& rule)
+{
+    if (!canCover(rule))
+        return;
+    auto added = static_cast<std::uint32_t>(slot);
+    const std::uint64_t hash = hashOfCoveringPath(rule);
+    const std::uint32_t entry = entryOfAlike(hash, rule);
+    if (entry == SlotChains::none) {
+        m_chains.insert(hash, added);
+        addHash(hash);
+        ++m_rules;
+    } else if (const std::uint32_t first = m_chains.slot(entry); first != added) {
+        m_rules += m_others[entry].insert(std::max(first, added)).second ? 1U : 0U;
+        m_chains.setSlot(entry, std::min(first, added));
     }
-    const auto& slots = rules.slots();
-    for (; m_indexedSlots < slots.size(); ++m_indexedSlots) {
-        const PolicyRulePtr& rule = slots[m_indexedSlots];
-        if (!rule)
+}
+
+// The entry whose rules cover the same as `rule`; none when there is none.
+std::uint32_t CoverIndex::entryOfAlike(std::uint64_t hash, const PolicyRuleFields& rule)
+{
+    if (!m_filter.mayHold(hash))
+        return SlotChains::none;
+    auto entry = m_chains.first(hash);
+    const auto isAlike = [&](std::uint32_t slot) {
+        return slot != SlotChains::none && coverAlike(m_slots[slot]->fields(), rule);
+    };
+    while (entry != SlotChains::none && !isAlike(m_chains.slot(entry)))
+        entry = m_chains.next(entry);
+    return entry;
+}
+
+void CoverIndex::remove(std::size_t slot, const PolicyRuleFields& rule)
+{
+    if (!canCover(rule))
+        return;
+    const auto gone = static_cast<std::uint32_t>(slot);
+    const std::uint64_t hash = hashOfCoveringPath(rule);
+    for (auto entry = m_chains.first(hash); entry != SlotChains::none; entry = m_chains.next(entry)) {
+        const auto others = m_others.find(entry);
+        const bool isFirst = m_chains.slot(entry) == gone;
+        if (!isFirst && (others == m_others.end() || others->second.erase(gone) == 0))
             continue;
-        m_isMixed = m_isMixed
-            || (slots[0] && !sameText(slots[0]->fields().processName, rule->fields().processName));
-        if (!canCover(rule->fields()))
-            continue;
-        const std::uint64_t hash = hashOfCoveringPath(rule->fields());
-        if (!m_isMixed || !isOneOfTooMany(*rule, hash, rules))
-            insert(hash, static_cast<std::uint32_t>(m_indexedSlots));
+        if (isFirst && others == m_others.end()) {
+            m_chains.setSlot(entry, SlotChains::none);
+        } else if (isFirst) {
+            m_chains.setSlot(entry, *others->second.begin());
+            others->second.erase(others->second.begin());
+        }
+        if (others != m_others.end() && others->second.empty())
+            m_others.erase(others);
+        --m_rules;
+        return;
     }
 }
 
-// Of rules that cover the same the first two are enough: the second answers for the first. Only in groups of
-// several process names can there be many such rules, since otherwise they would be duplicates.
-bool CoverIndex::isOneOfTooMany(const PolicyRule& rule, std::uint64_t hash, const RuleList<PolicyRule>& rules)
+bool CoverIndex::isOutworn() const
 {
-    int alike = 0;
-    for (auto entry = m_chains.first(hash); entry != SlotChains::none && alike < 2;
-         entry = m_chains.next(entry)) {
-        const PolicyRule& other = *rules.slots()[m_chains.slot(entry)];
-        if (coversRule(other, rule)
-            && isBitwiseInclusive(rule.fields().operations, other.fields().operations))
-            ++alike;
-    }
-    return alike == 2;
+    constexpr std::size_t fewEntries = 64;
+    return m_chains.size() > 2 * m_rules + fewEntries;
 }
 
-void CoverIndex::insert(std::uint64_t hash, std::uint32_t slot)
+void CoverIndex::addHash(std::uint64_t hash)
 {
-    m_chains.insert(hash, slot);
     m_hashes.push_back(hash);
-    if (const std::size_t wanted = m_hashes.size() * filterBitsPerEntry; wanted > m_filter.size() * 64)
-        rebuildFilter(std::bit_ceil(std::max<std::size_t>(wanted, 512)));
-    const std::uint64_t bit = (hash >> 32U) & (m_filter.size() * 64 - 1);
-    m_filter[bit / 64] |= std::uint64_t{1} << bit % 64;
-}
-
-void CoverIndex::rebuildFilter(std::size_t bits)
-{
-    m_filter.assign(bits / 64, 0);
-    for (const std::uint64_t hash : m_hashes) {
-        const std::uint64_t bit = (hash >> 32U) & (bits - 1);
-        m_filter[bit / 64] |= std::uint64_t{1} << bit % 64;
+    if (m_hashes.size() > m_filter.room()) {
+        m_filter.reset(m_hashes.size());
+        for (const std::uint64_t known : m_hashes)
+            m_filter.add(known);
     }
-}
-
-bool CoverIndex::mayHold(std::uint64_t hash) const
-{
-    if (m_filter.empty())
-        return false;
-    const std::uint64_t bit = (hash >> 32U) & (m_filter.size() * 64 - 1);
-    return (m_filter[bit / 64] >> bit % 64 & 1U) != 0;
+    m_filter.add(hash);
 }
 
 } // namespace quorvane

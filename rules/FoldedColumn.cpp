@@ -14,34 +14,32 @@ void FoldedColumn::reserve(std::size_t rules, std::size_t bytes)
     m_keys.reserve(bytes);
 }
 
-void FoldedColumn::append(std::string_view text)
+void FoldedColumn::append(const NullableText& text)
 {
     constexpr char separator = '\xFF';
-    if (m_texts.empty() || text != m_last) {
+    if (m_texts.empty() || text.view() != m_last.view()) {
         m_texts.push_back({m_keys.size(), m_rules});
-        appendSearchKey(m_keys, text);
+        appendSearchKey(m_keys, text.view());
         m_keys.push_back(separator);
         m_last = text;
     }
     ++m_rules;
 }
 
-void FoldedColumn::markContaining(std::string_view key, std::vector<bool>& marks) const
+void FoldedColumn::markContaining(std::string_view key, std::size_t first, std::vector<bool>& marks) const
 {
     const auto startsAfter = [](std::size_t place, const Text& text) { return place < text.start; };
-    auto text = m_texts.begin();
-    std::size_t at = 0;
+    const auto isOfLater = [](std::size_t rule, const Text& text) { return rule < text.firstRule; };
+    if (first >= m_rules)
+        return;
+    auto text = std::prev(std::upper_bound(m_texts.begin(), m_texts.end(), first, isOfLater));
+    std::size_t at = text->start;
     while (at < m_keys.size()) {
         const void* hit = memmem(m_keys.data() + at, m_keys.size() - at, key.data(), key.size());
         if (hit == nullptr)
             return;
         const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - m_keys.data());
-        // Hits are mostly near each other: look a few texts ahead before searching for the one that was hit.
-        for (int step = 0; step < 8 && std::next(text) != m_texts.end() && std::next(text)->start <= place;
-             ++step)
-            ++text;
-        if (std::next(text) != m_texts.end() && std::next(text)->start <= place)
-            text = std::prev(std::upper_bound(text, m_texts.end(), place, startsAfter));
+        text = std::prev(std::upper_bound(text, m_texts.end(), place, startsAfter));
         const auto next = std::next(text);
         const std::uint32_t end = next == m_texts.end() ? m_rules : next->firstRule;
         std::fill(marks.begin() + text->firstRule, marks.begin() + end, true);

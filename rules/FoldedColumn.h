@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rules/NullableText.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -8,18 +10,19 @@
 
 namespace quorvane {
 
-// One text of every rule, folded for search once and laid end to end, so that a search is one scan of memory.
-// Neighbours with the same text share it.
+// One text of every rule by number, folded for search once and laid end to end, so that a search is one scan
+// of memory. Neighbours with the same text share it.
 class FoldedColumn {
 public:
     // Makes room in advance.
     void reserve(std::size_t rules, std::size_t bytes);
 
     // Adds the text of the next rule.
-    void append(std::string_view text);
+    void append(const NullableText& text);
 
-    // Sets the mark of every rule whose text contains `key`, which must be a non-empty searchKey().
-    void markContaining(std::string_view key, std::vector<bool>& marks) const;
+    // Sets the mark of every rule from number `first` on whose text contains `key`, which must be a non-empty
+    // searchKey().
+    void markContaining(std::string_view key, std::size_t first, std::vector<bool>& marks) const;
 
 private:
     struct Text {
@@ -28,7 +31,7 @@ private:
     };
     std::string m_keys; // each followed by a byte that no UTF-8 text holds
     std::vector<Text> m_texts;
-    std::string_view m_last; // as given; valid only while rules are appended
+    NullableText m_last; // as given
     std::uint32_t m_rules = 0;
 };
 

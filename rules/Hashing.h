@@ -1,29 +1,40 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string_view>
+
+// Hashes for tables in memory. They depend on a secret that is drawn once per process, so that nobody can
+// make a rules file whose rules all collide. Never to be stored.
 
 namespace quorvane {
 
-// Spreads every bit of `value` over all bits of the result.
-inline std::uint64_t mixedHash(std::uint64_t value)
+namespace detail {
+
+std::array<std::uint64_t, 3> drawnHashSecret();
+inline const std::array<std::uint64_t, 3> hashSecret = drawnHashSecret();
+
+// Both halves of the 128-bit product, folded: every bit of the result depends on every bit of both factors.
+inline std::uint64_t foldedProduct(std::uint64_t a, std::uint64_t b)
 {
-    value ^= value >> 33U;
-    value *= 0xff51afd7ed558ccdU;
-    value ^= value >> 33U;
-    value *= 0xc4ceb9fe1a85ec53U;
-    return value ^ value >> 33U;
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = Wide{a} * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
 }
 
+} // namespace detail
+
+// Spreads every bit of `value` and of `hash` over all bits of the result.
 inline std::uint64_t combinedHash(std::uint64_t hash, std::uint64_t value)
 {
-    return mixedHash(hash * 0x9e3779b97f4a7c15U + value);
+    return detail::foldedProduct(hash ^ detail::hashSecret[0], value ^ detail::hashSecret[1]);
 }
+std::uint64_t combinedHash(std::uint64_t hash, std::string_view text);
 
-inline std::uint64_t combinedHash(std::uint64_t hash, std::string_view text)
-{
-    return combinedHash(hash, std::hash<std::string_view>{}(text));
-}
+// For tables by text.
+struct TextHash {
+    std::size_t operator()(std::string_view text) const { return combinedHash(0, text); }
+};
 
 } // namespace quorvane

@@ -8,11 +8,12 @@
 namespace quorvane {
 
 // The policy rules of one application group, in stored order. For the thread that owns the store.
-class PolicyGroup {
+class PolicyGroup final : private SlotObserver<PolicyRuleFields> {
 public:
-    // `changes` counts the changes of stored records; it must outlive the group.
-    explicit PolicyGroup(std::uint64_t& changes)
-        : m_rules(changes)
+    // `numbers` must outlive the group, and `anyStrays` too, which becomes true when hasStrays() does.
+    PolicyGroup(RowNumbers& numbers, bool& anyStrays)
+        : m_anyStrays(anyStrays)
+        , m_rules(numbers, this)
     {
     }
 
@@ -23,9 +24,19 @@ public:
     // does.
     const PolicyRule* firstCovering(const PolicyRule& rule) const;
 
+    // True when a rule was changed since it was stored so that it may belong to another group.
+    bool hasStrays() const { return m_hasStrays; }
+
 private:
-    RuleList<PolicyRule> m_rules;
+    void slotIsFilled(std::size_t slot, const PolicyRuleFields& rule) noexcept override;
+    void slotIsEmptied(std::size_t slot, const PolicyRuleFields& rule) noexcept override;
+    void slotsHaveMoved() noexcept override { m_coverIndex.reset(); }
+    void ruleHasStrayed() noexcept override { m_hasStrays = m_anyStrays = true; }
+
+    bool& m_anyStrays;
+    bool m_hasStrays = false;
     mutable std::unique_ptr<CoverIndex> m_coverIndex; // made when first asked for
+    RuleList<PolicyRule> m_rules; // the last member: its end is observed
 };
 
 } // namespace quorvane

@@ -15,42 +15,38 @@ bool policyRuleContains(const PolicyRule& rule, std::string_view text)
         || searchKey(fields.tag.view()).find(key) != std::string::npos;
 }
 
-RuleFilter::RuleFilter(const std::vector<RuleRef>& rules)
-    : m_rules(rules.size())
+void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
 {
     // Folding the paths of many rules takes as long as all the rest, so a second core does it meanwhile.
     constexpr std::size_t manyRules = 50000;
+    const std::size_t first = m_rules;
+    const std::size_t added = rules.size() - first;
     const auto policy
-        = rules.size() > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
-    const auto foldPaths = [this, &rules] {
+        = added > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
+    const auto foldPaths = [this, &rules, first, added] {
         constexpr std::size_t roomForPath = 64; // bytes; memory that stays untouched costs nothing
-        m_paths.reserve(rules.size(), rules.size() * roomForPath);
-        for (const RuleRef& rule : rules)
-            askRule(rule, [this](const auto& record) { m_paths.append(record.fields().path.view()); });
+        if (first == 0)
+            m_paths.reserve(added, added * roomForPath);
+        for (std::size_t number = first; number < rules.size(); ++number)
+            askRule(rules[number], [this](const auto& record) { m_paths.append(record.fields().path); });
     };
     std::future<void> paths = std::async(policy, foldPaths);
-    for (const RuleRef& rule : rules) {
-        askRule(
-            rule, [this](const auto& record) { m_processNames.append(record.fields().processName.view()); });
-        const PolicyRule* policyRule = policyRuleIn(rule);
-        m_tags.append(policyRule == nullptr ? std::string_view() : policyRule->fields().tag.view());
+    for (std::size_t number = first; number < rules.size(); ++number) {
+        askRule(rules[number],
+            [this](const auto& record) { m_processNames.append(record.fields().processName); });
+        const PolicyRule* policyRule = policyRuleIn(rules[number]);
+        m_tags.append(policyRule == nullptr ? NullableText() : policyRule->fields().tag);
     }
     paths.get();
+    m_rules = rules.size();
 }
 
-std::vector<std::uint32_t> RuleFilter::rulesContaining(std::string_view text) const
+void RuleFilter::markContaining(std::string_view text, std::size_t first, std::vector<bool>& marks) const
 {
     const std::string key = searchKey(text);
-    std::vector<bool> marks(m_rules, false);
-    m_paths.markContaining(key, marks);
-    m_processNames.markContaining(key, marks);
-    m_tags.markContaining(key, marks);
-    std::vector<std::uint32_t> found;
-    for (std::uint32_t rule = 0; rule < m_rules; ++rule) {
-        if (marks[rule])
-            found.push_back(rule);
-    }
-    return found;
+    m_paths.markContaining(key, first, marks);
+    m_processNames.markContaining(key, first, marks);
+    m_tags.markContaining(key, first, marks);
 }
 
 } // namespace quorvane

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "rules/AppendOnlyTable.h"
 #include "rules/FoldedColumn.h"
 #include "rules/RuleRef.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -15,19 +16,20 @@ bool policyRuleContains(const PolicyRule& rule, std::string_view text);
 // Finds the rules that contain a text: case-insensitively, by the rules of the locale, in path, process name
 // or, for policy rules only, tag. Deliberate: a watch rule's tag is not searched.
 //
-// Keeps the folded texts of the rules it was made from; a change of a rule afterwards is not seen.
+// Keeps the folded texts by rule number, as the rules were when they were added.
 class RuleFilter {
 public:
-    explicit RuleFilter(const std::vector<RuleRef>& rules);
+    // Adds the rules of `rules` that it does not know yet.
+    void follow(const AppendOnlyTable<RuleRef>& rules);
 
-    // The numbers, in order, of the rules that contain `text`, which must not be empty.
-    std::vector<std::uint32_t> rulesContaining(std::string_view text) const;
+    // Sets the mark of every known rule from number `first` on that contains `text`, which must not be empty.
+    void markContaining(std::string_view text, std::size_t first, std::vector<bool>& marks) const;
 
 private:
     FoldedColumn m_paths;
     FoldedColumn m_processNames;
     FoldedColumn m_tags;
-    std::size_t m_rules;
+    std::size_t m_rules = 0;
 };
 
 } // namespace quorvane

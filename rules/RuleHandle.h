@@ -71,6 +71,7 @@ public:
             m_moreHolders = std::make_unique<Holders>();
         m_moreHolders->push_back(&holder);
     }
+    bool isHeld() const { return m_holder != nullptr || (m_moreHolders && !m_moreHolders->empty()); }
     void removeHolder(const RuleHolder<Fields>& holder) const noexcept
     {
         if (m_moreHolders) {

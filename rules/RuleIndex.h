@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rules/AppendOnlyTable.h"
+#include "rules/RowNumbers.h"
 #include "rules/RuleFilter.h"
 #include "rules/RuleRef.h"
 #include "rules/RuleSort.h"
@@ -13,6 +15,9 @@
 
 namespace quorvane {
 
+// Numbers of rules in some order.
+using RuleOrder = std::vector<std::uint32_t>;
+
 // The rules as rows: filtered, sorted, with and without system rules. Never changes once published, so
 // whoever keeps one keeps seeing the rows it was made with.
 class RuleRows {
@@ -23,62 +28,90 @@ public:
     // Requires row < count(includeSystemRules).
     const RuleRef& at(std::size_t row, bool includeSystemRules) const
     {
-        return (*m_rules)[numbers(includeSystemRules)[row]];
+        return m_rules[numbers(includeSystemRules)[row]];
     }
 
 private:
     friend class RuleIndex;
-    const std::vector<std::uint32_t>& numbers(bool includeSystemRules) const
+    const RuleOrder& numbers(bool includeSystemRules) const
     {
-        return includeSystemRules ? m_all : m_userOnly;
+        return includeSystemRules ? *m_all : *m_userOnly;
     }
 
-    std::shared_ptr<const std::vector<RuleRef>> m_rules;
-    std::vector<std::uint32_t> m_all; // numbers of m_rules
-    std::vector<std::uint32_t> m_userOnly;
+    AppendOnlyTable<RuleRef> m_rules; // by number
+    std::shared_ptr<const RuleOrder> m_all = std::make_shared<const RuleOrder>();
+    std::shared_ptr<const RuleOrder> m_userOnly = m_all;
 };
 
-// Makes the rows out of the store's rules. For the thread that owns the store.
+// Makes the rows out of the store's rules. One sorted order of all rules is kept and follows changes by
+// difference; a search only marks the rules that contain its text, and the rows are those marked, in that
+// order. For the thread that owns the store.
+//
+// rebuild(), sort() and policyRules() throw std::bad_alloc when there is no memory: the rows are then the
+// former ones, and the next rebuild makes everything anew.
 class RuleIndex {
 public:
     RuleIndex();
 
-    // The rules in stored order, unfiltered: watch rules, then policy rules by application group.
-    void setRules(std::vector<RuleRef> rules, std::uint64_t changes);
-    const std::vector<RuleRef>& rules() const { return *m_rules; }
+    RowNumbers& numbers() { return m_numbers; }
+    const RowNumbers& numbers() const { return m_numbers; }
 
-    // None, like the empty text, lets every rule pass.
+    // None, like the empty text, lets every rule pass. The rows follow with the next rebuild.
     void setSearchText(std::optional<std::string> text);
+
     const std::optional<std::string>& searchText() const { return m_searchText; }
+    const std::vector<SortDescriptor>& sortDescriptors() const { return m_sortDescriptors; }
+    // Takes over both from another index. The rows follow with the next rebuild.
+    void setView(const RuleIndex& other);
 
-    void setSortDescriptors(std::vector<SortDescriptor> descriptors);
+    // The rows are the rules of `stored`, which are all, filtered and sorted. Rules that tie keep the order
+    // that they have in `stored`.
+    void rebuild(RuleOrder stored);
 
-    // Filters and sorts afresh, since properties of rules may have changed. `changes` differs from the last
-    // one when they have.
-    void rebuild(std::uint64_t changes);
-
-    // Sorts the present rows, which keeps the order of those that tie.
-    void sort();
+    // Sorts the present rows, which keeps the order of those that tie. Stays in force for later rebuilds.
+    void sort(std::vector<SortDescriptor> descriptors);
 
     std::shared_ptr<const RuleRows> rows() const { return m_rows; }
 
-    // The policy rules that pass the filter, in stored order.
+    // The rules of `order` without those of the system.
+    std::shared_ptr<const RuleOrder> withoutSystemRules(std::shared_ptr<const RuleOrder> order);
+
+    // The policy rules that passed the filter when the rows were last rebuilt, in stored order.
     std::vector<PolicyRulePtr> passingPolicyRules() const;
 
     // True when the filter lets `rule`, as it is now, pass.
     bool passes(const PolicyRule& rule) const;
 
-private:
-    std::vector<std::uint32_t> passingRules(std::uint64_t changes);
-    void publish(std::vector<std::uint32_t> order);
+    // Drops everything that rebuild() can make anew, so that no number given so far is known to it. The rows
+    // stay.
+    void forgetNumbers();
 
-    std::shared_ptr<const std::vector<RuleRef>> m_rules;
-    std::optional<std::string> m_searchText;
+private:
+    void markSystemRules();
+    void markPassing();
+    void bringSortedUpToDate();
+    void insertSorted(RuleOrder& order, RuleOrder added) const;
+    void sortAll();
+    std::shared_ptr<const RuleOrder> passingInOrder();
+    bool keepsTies(const std::vector<SortDescriptor>& descriptors) const;
+    bool isPassing(std::uint32_t number) const { return !m_searchText || m_marks[number]; }
+    void publish(std::shared_ptr<const RuleOrder> order);
+
+    RowNumbers m_numbers;
+    std::size_t m_known = 0; // numbers that everything below knows
+    std::shared_ptr<const RuleOrder> m_stored; // all rules
     std::vector<SortDescriptor> m_sortDescriptors;
-    std::vector<std::uint32_t> m_passing; // in stored order
-    std::shared_ptr<const RuleRows> m_rows;
+    std::shared_ptr<const RuleOrder> m_sorted; // all rules, ties in stored order; null when not at hand
+    std::vector<bool> m_isSystem; // by number
+    bool m_anySystem = false;
+
+    std::optional<std::string> m_searchText;
     std::unique_ptr<RuleFilter> m_filter; // kept from one text to the next
-    std::uint64_t m_changes = 0; // of records, when m_filter was made
+    std::vector<bool> m_marks; // by number: contains m_markedText
+    std::optional<std::string> m_markedText;
+
+    std::shared_ptr<const RuleRows> m_rows;
+    bool m_tiesAreStored = true; // rows that tie are in stored order
 };
 
 } // namespace quorvane

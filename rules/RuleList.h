@@ -1,13 +1,16 @@
 #pragma once
 
 #include "rules/PolicyRule.h"
+#include "rules/RowNumbers.h"
 #include "rules/RuleIdentity.h"
 #include "rules/SlotChains.h"
 #include "rules/WatchRule.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -16,21 +19,37 @@ namespace quorvane {
 
 template <class Rule> using FieldsOf = std::remove_cvref_t<decltype(std::declval<const Rule&>().fields())>;
 
+// Keeps something that is known of the rules of a list by their slots.
+template <class Fields> class SlotObserver {
+public:
+    // A rule of these properties is in the slot from now on, or is there no more.
+    virtual void slotIsFilled(std::size_t slot, const Fields& rule) noexcept = 0;
+    virtual void slotIsEmptied(std::size_t slot, const Fields& rule) noexcept = 0;
+    // Rules have moved to other slots.
+    virtual void slotsHaveMoved() noexcept = 0;
+    // A stored rule has changed so that it may belong to another application group.
+    virtual void ruleHasStrayed() noexcept = 0;
+
+protected:
+    ~SlotObserver() = default;
+};
+
 // Rules of one kind in stored order, which finds the first equal rule without a walk of the list.
 //
 // A rule's slot is its number in stored order; a removed rule leaves an empty slot until enough of them have
-// gathered. The answers are those of a plain walk, also after a rule in the list was changed.
-// For the thread that owns the store.
-//
-// Holds its records: a change of one counts for this list only.
+// gathered. What is known of the rules follows each change by difference, and the answers are those of a
+// plain walk. Holds its records, so a change of one counts for the lists that it stands in and no other. For
+// the thread that owns the store.
 template <class Rule> class RuleList final : private RuleHolder<FieldsOf<Rule>> {
 public:
     using RulePtr = std::shared_ptr<Rule>;
     using Fields = FieldsOf<Rule>;
+    static constexpr std::size_t noSlot = SIZE_MAX;
 
-    // `changes` counts the changes of the records of all lists that are given it; it must outlive the list.
-    explicit RuleList(std::uint64_t& changes)
-        : m_changes(changes)
+    // Both must outlive the list; the observer may be null.
+    explicit RuleList(RowNumbers& numbers, SlotObserver<Fields>* observer = nullptr)
+        : m_rowNumbers(numbers)
+        , m_observer(observer)
     {
     }
     ~RuleList() { clear(); }
@@ -39,16 +58,20 @@ public:
 
     void clear() noexcept
     {
-        forEach([this](const RulePtr& rule) { rule->removeHolder(*this); });
+        for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
+            if (m_slots[slot])
+                leave(slot);
+        }
         m_slots.clear();
-        m_size = 0;
-        ++m_layout;
-        m_index.reset();
+        m_numbers.clear();
+        slotsHaveMoved();
     }
 
     std::size_t size() const { return m_size; }
     // Null where a rule was removed.
     const std::vector<RulePtr>& slots() const { return m_slots; }
+    // The row numbers of the slots; RowNumbers::none of empty ones.
+    const std::vector<std::uint32_t>& numbers() const { return m_numbers; }
 
     template <class Use> void forEach(Use use) const
     {
@@ -58,44 +81,98 @@ public:
         }
     }
 
-    // `hash` is the rule's identityHash().
+    // Does all about an insert() of `rule` that needs memory; when it throws, nothing has changed. An insert
+    // must follow, or forget().
+    void prepare(const Rule& rule)
+    {
+        makeRoom(m_slots, m_prepared + 1);
+        makeRoom(m_numbers, m_prepared + 1);
+        rule.addHolder(*this);
+        ++m_prepared;
+    }
+    void forget(const Rule& rule) noexcept
+    {
+        rule.removeHolder(*this);
+        --m_prepared;
+    }
+
+    // Stores a prepared rule so that it takes that slot, or an empty one in its place. `hash` is the rule's
+    // identityHash().
+    void insert(std::size_t slot, RulePtr rule, std::uint64_t hash) noexcept
+    {
+        const std::uint32_t number = m_rowNumbers.add(rule);
+        const auto place = static_cast<std::ptrdiff_t>(slot);
+        const bool isFree = slot < m_slots.size() && !m_slots[slot];
+        if (slot < m_slots.size() && !isFree)
+            slotsHaveMoved();
+        m_lastEmptied = {};
+        if (isFree) {
+            m_slots[slot] = std::move(rule);
+            m_numbers[slot] = number;
+        } else {
+            m_slots.insert(m_slots.begin() + place, std::move(rule));
+            m_numbers.insert(m_numbers.begin() + place, number);
+        }
+        ++m_size;
+        --m_prepared;
+        if (m_index)
+            index(slot, hash);
+        if (m_observer != nullptr)
+            m_observer->slotIsFilled(slot, m_slots[slot]->fields());
+    }
+
     void append(RulePtr rule, std::uint64_t hash)
     {
-        if (isIndexed()) {
-            m_index->insert(hash, static_cast<std::uint32_t>(m_slots.size()));
-            ++m_indexedSlots;
-        }
-        rule->addHolder(*this);
-        m_slots.push_back(std::move(rule));
-        ++m_size;
+        prepare(*rule);
+        insert(m_slots.size(), std::move(rule), hash);
     }
-    void append(const RulePtr& rule) { append(rule, isIndexed() ? identityHash(*rule) : 0); }
+    void append(const RulePtr& rule) { append(rule, identityHash(*rule)); }
 
-    // Stores `rule` so that it takes that slot, or an empty one in its place.
-    void insert(std::size_t slot, const RulePtr& rule)
+    // Leaves the slot, which must hold a rule, empty. May move rules to other slots.
+    void removeAt(std::size_t slot) noexcept
     {
-        if (slot == m_slots.size())
-            return append(rule);
-        rule->addHolder(*this);
-        if (m_slots[slot])
-            m_slots.insert(m_slots.begin() + static_cast<std::ptrdiff_t>(slot), rule);
-        else
-            m_slots[slot] = rule;
-        ++m_size;
-        ++m_layout;
-        m_index.reset();
+        m_lastEmptied = {slot, previous(slot)};
+        if (m_observer != nullptr)
+            m_observer->slotIsEmptied(slot, m_slots[slot]->fields());
+        leave(slot);
+        m_slots[slot] = nullptr;
+        m_numbers[slot] = RowNumbers::none;
+        if (m_slots.size() > 2 * m_size + shortList)
+            dropEmptySlots();
+    }
+
+    // Hands over the first stored rule that `rule` is equal to; null when there is none. Only for a list that
+    // is about to end: nothing else follows.
+    RulePtr take(const Fields& rule, std::uint64_t hash)
+    {
+        const std::size_t slot = slotOfFirstEqual(rule, hash);
+        if (slot == noSlot)
+            return nullptr;
+        leave(slot);
+        return std::move(m_slots[slot]);
+    }
+
+    // The nearest slot before `slot` that holds a rule; noSlot when there is none.
+    std::size_t previous(std::size_t slot) const
+    {
+        while (slot-- > 0) {
+            if (m_slots[slot])
+                return slot;
+            if (slot == m_lastEmptied.slot) // a run of removals does not walk what it has emptied
+                return m_lastEmptied.previous;
+        }
+        return noSlot;
     }
 
     // The slot of the first stored rule that `rule` is equal to, and of `rule` itself; noSlot when there is
     // none. `hash` is rule's identityHash().
-    static constexpr std::size_t noSlot = SIZE_MAX;
     std::size_t slotOfFirstEqual(const Fields& rule, std::uint64_t hash) const
     {
-        return slotOfFirstEqual(rule, hash, [](const Rule&) { return true; });
+        return slotOfFirst(hash, [&](const Rule& stored) { return isEqualRule(rule, stored.fields()); });
     }
     std::size_t slotOf(const Rule& rule) const
     {
-        return slotOfFirst(identityHash(rule), [&rule](const Rule& stored) { return &stored == &rule; });
+        return slotOfFirst(identityHash(rule), [&](const Rule& stored) { return &stored == &rule; });
     }
 
     // The first stored rule that `rule` is equal to; null when there is none.
@@ -109,100 +186,163 @@ public:
     template <class Accepts>
     RulePtr firstEqual(const Fields& rule, std::uint64_t hash, const Accepts& accepts) const
     {
-        const std::size_t slot = slotOfFirstEqual(rule, hash, accepts);
+        const std::size_t slot = slotOfFirst(
+            hash, [&](const Rule& stored) { return isEqualRule(rule, stored.fields()) && accepts(stored); });
         return slot == noSlot ? nullptr : m_slots[slot];
     }
 
-    // Leaves the slot, which must hold a rule, empty. May move rules to other slots.
-    void removeAt(std::size_t slot)
+    // Gives all rules new row numbers.
+    void numberAfresh() noexcept
     {
-        m_slots[slot]->removeHolder(*this);
-        m_slots[slot] = nullptr;
-        --m_size;
-        ++m_layout;
-        if (m_slots.size() > 2 * m_size + shortList)
-            dropEmptySlots();
+        for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
+            if (m_slots[slot])
+                m_numbers[slot] = m_rowNumbers.add(m_slots[slot]);
+        }
     }
-
-    // Changes whenever rules move to other slots or leave theirs.
-    std::uint64_t layout() const { return m_layout; }
-    // Changes whenever a rule of the list becomes one that is not equal.
-    std::uint64_t keyChanges() const { return m_keyChanges; }
-    // True when a rule was changed since it was stored so that it may belong to another application group.
-    bool hasStrays() const { return m_hasStrays; }
 
 private:
     // Below this length a walk is quicker than an index, and a million short lists need no million indexes.
     static constexpr std::size_t shortList = 16;
 
+    template <class Element> static void makeRoom(std::vector<Element>& elements, std::size_t more)
+    {
+        if (elements.size() + more > elements.capacity())
+            elements.reserve(std::max(elements.size() + more, 2 * elements.size()));
+    }
+
+    void leave(std::size_t slot) noexcept
+    {
+        m_slots[slot]->removeHolder(*this);
+        m_rowNumbers.remove(m_numbers[slot]);
+        --m_size;
+    }
+
     void ruleHasChanged(const RuleHandle<Fields>& rule, const Fields& before) noexcept override
     {
         const Fields& now = rule.fields();
-        ++m_changes;
-        if (!isEqualRule(before, now))
-            ++m_keyChanges;
-        if (!isOfSameApplication(before, now))
-            m_hasStrays = true;
+        const std::uint64_t hashBefore = identityHash(before);
+        const std::uint64_t hash = identityHash(now);
+        bool isFound = false;
+        const auto follow = [&](std::size_t slot) {
+            if (m_slots[slot].get() != &rule)
+                return;
+            isFound = true;
+            if (m_observer != nullptr && !isOfSameApplication(before, now))
+                m_observer->ruleHasStrayed();
+            m_numbers[slot] = m_rowNumbers.renew(m_numbers[slot]);
+            if (isEqualRule(before, now))
+                return;
+            if (m_index)
+                index(slot, hash);
+            if (m_observer != nullptr) {
+                m_observer->slotIsEmptied(slot, before);
+                m_observer->slotIsFilled(slot, now);
+            }
+        };
+        const auto followAll = [&](std::uint64_t under) {
+            anySlot(under, [&](std::size_t slot) {
+                follow(slot);
+                return false;
+            });
+        };
+        followAll(hashBefore);
+        if (!isFound) // it was indexed just now
+            followAll(hash);
     }
 
-    bool isIndexed() const
-    {
-        return m_index && m_indexedSlots == m_slots.size() && m_indexedChanges == m_keyChanges;
-    }
-
-    template <class Accepts>
-    std::size_t slotOfFirstEqual(const Fields& rule, std::uint64_t hash, const Accepts& accepts) const
-    {
-        return slotOfFirst(
-            hash, [&](const Rule& stored) { return isEqualRule(rule, stored.fields()) && accepts(stored); });
-    }
-
+    // A short list, and one without memory for an index, is walked.
     template <class IsWanted> std::size_t slotOfFirst(std::uint64_t hash, const IsWanted& isWanted) const
     {
-        const auto holdsWanted = [&](std::size_t slot) { return m_slots[slot] && isWanted(*m_slots[slot]); };
-        if (m_slots.size() <= shortList) {
+        return anySlot(hash, [&](std::size_t slot) { return m_slots[slot] && isWanted(*m_slots[slot]); });
+    }
+
+    // The first slot, of those that may hold a rule of that hash, for which `isIt` answers true.
+    template <class IsIt> std::size_t anySlot(std::uint64_t hash, const IsIt& isIt) const
+    {
+        if (m_slots.size() <= shortList || !bringIndexUpToDate()) {
             for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
-                if (holdsWanted(slot))
+                if (isIt(slot))
                     return slot;
             }
             return noSlot;
         }
-        bringIndexUpToDate();
-        for (auto entry = m_index->first(hash); entry != SlotChains::none; entry = m_index->next(entry)) {
-            if (holdsWanted(m_index->slot(entry)))
-                return m_index->slot(entry);
+        for (auto entry = m_index->first(hash); entry != SlotChains::none;
+             entry = m_index ? m_index->next(entry) : SlotChains::none) {
+            const std::size_t slot = m_index->slot(entry);
+            if (isIt(slot))
+                return slot;
         }
         return noSlot;
     }
 
-    void bringIndexUpToDate() const
+    bool bringIndexUpToDate() const noexcept
     {
-        if (!m_index || m_indexedChanges != m_keyChanges) {
-            m_index = std::make_unique<SlotChains>();
-            m_indexedSlots = 0;
-            m_indexedChanges = m_keyChanges;
-        }
-        for (; m_indexedSlots < m_slots.size(); ++m_indexedSlots) {
-            if (const RulePtr& rule = m_slots[m_indexedSlots])
-                m_index->insert(identityHash(*rule), static_cast<std::uint32_t>(m_indexedSlots));
+        try {
+            if (!m_index || m_index->size() > 2 * m_slots.size() + shortList) {
+                m_index = std::make_unique<SlotChains>();
+                m_indexedSlots = 0;
+            }
+            for (; m_indexedSlots < m_slots.size(); ++m_indexedSlots) {
+                if (const RulePtr& rule = m_slots[m_indexedSlots])
+                    m_index->insert(identityHash(*rule), static_cast<std::uint32_t>(m_indexedSlots));
+            }
+            m_index->link();
+            return true;
+        } catch (const std::bad_alloc&) {
+            m_index.reset();
+            return false;
         }
     }
 
-    void dropEmptySlots()
+    // Slots that are not indexed yet wait for their turn.
+    void index(std::size_t slot, std::uint64_t hash) noexcept
     {
-        std::erase(m_slots, nullptr);
+        try {
+            if (slot <= m_indexedSlots)
+                m_index->insert(hash, static_cast<std::uint32_t>(slot));
+            if (slot == m_indexedSlots)
+                ++m_indexedSlots;
+        } catch (const std::bad_alloc&) {
+            m_index.reset();
+        }
+    }
+
+    void dropEmptySlots() noexcept
+    {
+        std::size_t kept = 0;
+        for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
+            if (!m_slots[slot])
+                continue;
+            m_numbers[kept] = m_numbers[slot];
+            m_slots[kept++] = std::move(m_slots[slot]);
+        }
+        m_slots.resize(kept);
+        m_numbers.resize(kept);
+        slotsHaveMoved();
+    }
+
+    void slotsHaveMoved() noexcept
+    {
         m_index.reset();
+        m_lastEmptied = {};
+        if (m_observer != nullptr)
+            m_observer->slotsHaveMoved();
     }
 
-    std::uint64_t& m_changes;
+    struct Emptied {
+        std::size_t slot = noSlot;
+        std::size_t previous = noSlot;
+    };
+
+    RowNumbers& m_rowNumbers;
+    SlotObserver<Fields>* m_observer;
     std::vector<RulePtr> m_slots;
+    std::vector<std::uint32_t> m_numbers; // of the slots
     std::size_t m_size = 0;
-    bool m_hasStrays = false;
-    std::uint64_t m_layout = 0;
-    mutable std::unique_ptr<SlotChains> m_index;
+    std::size_t m_prepared = 0; // rules that are about to be inserted
+    Emptied m_lastEmptied;
+    mutable std::unique_ptr<SlotChains> m_index; // of slots by identityHash()
     mutable std::size_t m_indexedSlots = 0;
-    std::uint64_t m_keyChanges = 0;
-    mutable std::uint64_t m_indexedChanges = 0; // m_keyChanges when m_index was made
 };
 
 } // namespace quorvane

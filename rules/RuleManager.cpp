@@ -2,15 +2,16 @@
 
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
-#include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/FailSafeMerge.h"
-#include "rules/GroupMemo.h"
+#include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesFile.h"
 
 #include <algorithm>
 #include <array>
+#include <ctime>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -54,9 +55,19 @@ template <class... Pieces> std::string logLine(const Pieces&... pieces)
 
 } // namespace
 
+// What lasts for the reading of one file.
+struct RuleManager::Reading {
+    std::unique_ptr<FailSafeMerge> failSafe; // of the fail-safe file only
+    // Rules of one application mostly follow each other and share its texts.
+    NullableText lastProcessName{};
+    NullableText lastConstraint{};
+    PolicyGroup* lastGroup = nullptr;
+};
+
 RuleManager::RuleManager(Locations locations, Log& log)
     : m_locations(std::move(locations))
     , m_log(log)
+    , m_store(std::make_unique<RuleStore>())
 {
 }
 
@@ -85,15 +96,21 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
     return store;
 }
 
+// A rule that is equal before and after keeps its record, so that whoever holds one still holds the store's.
 void RuleManager::reloadCurrentUserConfiguration()
 {
-    m_policyRulesByApplication.clear();
-    m_orderedGroups.clear();
-    m_watchRules.clear();
+    const bool hasRoom = attempt([this] {
+        auto store = std::make_unique<RuleStore>();
+        store->setView(*m_store);
+        m_former = std::exchange(m_store, std::move(store));
+    });
+    if (!hasRoom)
+        return;
     m_filterOptions.clear();
     readOwnFile(m_locations.userRulesFile(), false);
     loadOptions();
     readSelectedSystemFiles();
+    m_former.reset();
 }
 
 void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules)
@@ -142,13 +159,12 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     }
     const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
         || file.starts_with(m_locations.paranoidSystemRulesFile());
-    std::unique_ptr<FailSafeMerge> failSafe;
-    if (file == m_locations.failSafeFile())
-        failSafe = std::make_unique<FailSafeMerge>();
-    GroupMemo groups;
+    Reading reading;
     try {
+        if (file == m_locations.failSafeFile())
+            reading.failSafe = std::make_unique<FailSafeMerge>();
         useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
-            [&](ParsedLine& line) { storeParsedLine(line, groups, failSafe.get()); });
+            [&](ParsedLine& line) { storeParsedLine(line, reading); });
     } catch (const std::bad_alloc&) {
         m_lastErrorMessage = "Internal error: unable to allocate memory";
         return false;
@@ -156,10 +172,10 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     return true;
 }
 
-void RuleManager::storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe)
+void RuleManager::storeParsedLine(ParsedLine& line, Reading& reading)
 {
     if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content)) {
-        storeParsedRule(std::move(*policy), line.hash, groups, failSafe);
+        storeParsedRule(std::move(*policy), line.hash, reading);
     } else if (auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content)) {
         storeParsedRule(std::move(*watch), line);
     } else {
@@ -177,31 +193,54 @@ void RuleManager::storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const
             " proc ", fields->processName.written(), " operations ", fields->operations, " (",
             line.operationsText.view(), ")"));
     }
-    if (!m_watchRules.firstEqual(*fields, line.hash))
-        m_watchRules.append(std::make_shared<WatchRule>(std::move(fields)), line.hash);
+    RuleList<WatchRule>& rules = m_store->watchRules();
+    if (!rules.firstEqual(*fields, line.hash))
+        rules.append(recordFor(std::move(fields), line.hash), line.hash);
 }
 
 void RuleManager::storeParsedRule(
-    std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, GroupMemo& groups, FailSafeMerge* failSafe)
+    std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, Reading& reading)
 {
     fields->sequence = m_ruleSequence++;
-    PolicyGroup* known = groups.find(*fields);
-    PolicyGroup& group = known == nullptr ? groupOf(*fields) : *known;
-    if (known == nullptr)
-        groups.remember(*fields, group);
+    if (!fields->processName.sharesBytesWith(reading.lastProcessName)
+        || !fields->constraint.sharesBytesWith(reading.lastConstraint)) {
+        reading.lastGroup = &m_store->groupOf(*fields);
+        reading.lastProcessName = fields->processName;
+        reading.lastConstraint = fields->constraint;
+    }
     if (m_log.isListening()) {
         m_log.write(logLine("policy class ", fields->policyClass, " type ", fields->policyType, " path ",
             fields->path.written(), " process ", fields->processName.written(), " operations ",
             fields->operations, " flags ", fields->flags, " constraint ", fields->constraint.written(),
             " to application directory for '", applicationGroupIdentityForFields(*fields), "'"));
     }
-    if (failSafe != nullptr) {
-        const auto rule = std::make_shared<PolicyRule>(std::move(fields));
-        if (!failSafe->absorbs(*rule, group))
-            group.rules().append(rule);
-    } else if (!group.rules().firstEqual(*fields, hash)) {
-        group.rules().append(std::make_shared<PolicyRule>(std::move(fields)), hash);
+    RuleList<PolicyRule>& rules = reading.lastGroup->rules();
+    if (reading.failSafe) {
+        const PolicyRulePtr rule = recordFor(std::move(fields), hash);
+        if (!reading.failSafe->absorbs(*rule, *reading.lastGroup))
+            rules.append(rule);
+    } else if (!rules.firstEqual(*fields, hash)) {
+        rules.append(recordFor(std::move(fields), hash), hash);
     }
+}
+
+PolicyRulePtr RuleManager::recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash)
+{
+    PolicyRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
+    if (!former)
+        return std::make_shared<PolicyRule>(std::move(fields));
+    former->setValue(std::move(fields));
+    former->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)));
+    return former;
+}
+
+WatchRulePtr RuleManager::recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash)
+{
+    WatchRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
+    if (!former)
+        return std::make_shared<WatchRule>(std::move(fields));
+    former->setValue(std::move(fields));
+    return former;
 }
 
 void RuleManager::readSettings()
@@ -257,13 +296,7 @@ bool RuleManager::writeToCurrentUserConfiguration()
 bool RuleManager::writeToFile(const std::string& path)
 {
     return writeLines(path, [this](RulesFileWriter& file) {
-        const auto writeUserRule = [&file](const auto& rule) {
-            if (!rule->fields().system)
-                file.writeLine(ruleLine(rule->fields()));
-        };
-        m_watchRules.forEach(writeUserRule);
-        for (const Groups::value_type* group : orderedGroups())
-            group->second.rules().forEach(writeUserRule);
+        m_store->forEachUserRule([&file](const auto& rule) { file.writeLine(ruleLine(rule->fields())); });
     });
 }
 
@@ -289,20 +322,17 @@ bool RuleManager::writeLines(const std::string& path, const std::function<void(R
 
 void RuleManager::rebuildRulesCache()
 {
-    m_rulesChanged = true;
+    m_store->rebuildRows();
 }
 
 void RuleManager::applyFilterWithString(const std::string& text)
 {
-    m_index.setSearchText(text);
-    m_rowsChanged = true;
+    attempt([&] { m_store->setSearchText(text); });
 }
 
 void RuleManager::sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors)
 {
-    index();
-    m_index.setSortDescriptors(std::move(descriptors));
-    m_index.sort();
+    attempt([&] { m_store->sort(std::move(descriptors)); });
 }
 
 std::size_t RuleManager::totalRules(bool includeSystemRules) const
@@ -322,267 +352,135 @@ std::shared_ptr<const RuleRows> RuleManager::rows() const
 
 std::vector<PolicyRulePtr> RuleManager::policyRules() const
 {
-    return index().passingPolicyRules();
+    std::vector<PolicyRulePtr> rules;
+    attempt([&] { rules = index().passingPolicyRules(); });
+    return rules;
 }
 
 bool RuleManager::hasEqualPolicyRule(const PolicyRule& rule) const
 {
-    const std::uint64_t hash = identityHash(rule);
-    const auto isIn = [&](const PolicyGroup& group) {
-        const auto passes = [this](const PolicyRule& stored) { return m_index.passes(stored); };
-        return group.rules().firstEqual(rule.fields(), hash, passes) != nullptr;
-    };
-    if (const PolicyGroup* group = existingGroupOf(rule.fields()); group != nullptr && isIn(*group))
-        return true;
-    // A rule that was changed after it was stored stays in the group of its former application.
-    return std::any_of(m_policyRulesByApplication.begin(), m_policyRulesByApplication.end(),
-        [&](const auto& group) { return group.second.rules().hasStrays() && isIn(group.second); });
+    bool isThere = false;
+    attempt([&] {
+        isThere = m_store->hasEqual(rule.fields(),
+            [this](const PolicyRule& stored) { return m_store->presentIndex().passes(stored); });
+    });
+    return isThere;
 }
 
 std::vector<std::string> RuleManager::sortedKeys() const
 {
     std::vector<std::string> keys;
-    for (const Groups::value_type* group : orderedGroups())
-        keys.push_back(group->first);
+    attempt([&] {
+        for (const RuleStore::Groups::value_type* group : m_store->orderedGroups())
+            keys.push_back(group->first);
+    });
     return keys;
 }
 
 bool RuleManager::addWatchRule(const WatchRulePtr& rule)
 {
-    m_watchRules.append(rule);
     rebuildRulesCache();
-    return true;
+    return appendWatchRule(rule);
+}
+
+bool RuleManager::appendWatchRule(const WatchRulePtr& rule)
+{
+    return attempt([&] { m_store->append(rule); });
 }
 
 bool RuleManager::addPolicyRule(const PolicyRulePtr& rule)
 {
-    groupOf(rule->fields()).rules().append(rule);
     rebuildRulesCache();
-    return true;
+    return attempt([&] { m_store->append(rule); });
 }
 
 bool RuleManager::deleteWatchRule(const WatchRule& rule)
 {
-    const std::size_t slot = m_watchRules.slotOfFirstEqual(rule.fields(), identityHash(rule));
-    if (slot == RuleList<WatchRule>::noSlot)
-        return false;
-    m_watchRules.removeAt(slot);
-    rebuildRulesCache();
-    return true;
+    return m_store->removeFirstEqual(rule);
 }
 
 bool RuleManager::deletePolicyRule(const PolicyRule& rule)
 {
-    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
-    if (group == m_policyRulesByApplication.end())
-        return false;
-    RuleList<PolicyRule>& rules = group->second.rules();
-    const std::size_t slot = rules.slotOfFirstEqual(rule.fields(), identityHash(rule));
-    if (slot == RuleList<PolicyRule>::noSlot)
-        return false;
-    rules.removeAt(slot);
-    rebuildRulesCache();
-    return true;
+    bool isDone = false;
+    attempt([&] { isDone = m_store->removeFirstEqual(rule); });
+    return isDone;
 }
 
 bool RuleManager::takeOutWatchRule(const WatchRule& rule)
 {
-    return remove(rule, nullptr) || deleteWatchRule(rule);
+    return m_store->remove(rule) || deleteWatchRule(rule);
 }
 
 bool RuleManager::takeOutPolicyRule(const PolicyRule& rule)
 {
-    return remove(rule, nullptr) || deletePolicyRule(rule);
+    bool isDone = false;
+    attempt([&] { isDone = m_store->remove(rule); });
+    return isDone || deletePolicyRule(rule);
 }
 
 WatchRulePtr RuleManager::firstEqualRule(const WatchRule& rule) const
 {
-    return m_watchRules.firstEqual(rule);
+    return m_store->watchRules().firstEqual(rule);
 }
 
 PolicyRulePtr RuleManager::firstEqualRule(const PolicyRule& rule) const
 {
-    const PolicyGroup* group = existingGroupOf(rule.fields());
-    return group == nullptr ? nullptr : group->rules().firstEqual(rule);
+    PolicyRulePtr equal;
+    attempt([&] {
+        const PolicyGroup* group = m_store->existingGroupOf(rule.fields());
+        equal = group == nullptr ? nullptr : group->rules().firstEqual(rule);
+    });
+    return equal;
 }
 
 const PolicyRule* RuleManager::coveringRule(const PolicyRule& rule) const
 {
-    const PolicyGroup* group = existingGroupOf(rule.fields());
-    return group == nullptr ? nullptr : group->firstCovering(rule);
-}
-
-PolicyGroup& RuleManager::groupOf(const PolicyRuleFields& rule)
-{
-    const auto [group, isNew]
-        = m_policyRulesByApplication.try_emplace(applicationGroupIdentityForFields(rule), m_ruleChanges);
-    if (isNew)
-        m_orderedGroups.clear();
-    return group->second;
-}
-
-const PolicyGroup* RuleManager::existingGroupOf(const PolicyRuleFields& rule) const
-{
-    const auto group = m_policyRulesByApplication.find(applicationGroupIdentityForFields(rule));
-    return group == m_policyRulesByApplication.end() ? nullptr : &group->second;
-}
-
-const std::vector<const RuleManager::Groups::value_type*>& RuleManager::orderedGroups() const
-{
-    if (!m_orderedGroups.empty() || m_policyRulesByApplication.empty())
-        return m_orderedGroups;
-    std::vector<std::pair<std::string, const Groups::value_type*>> keyed;
-    for (const Groups::value_type& group : m_policyRulesByApplication)
-        keyed.emplace_back(foldedCase(group.first), &group);
-    std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-        return a.first != b.first ? a.first < b.first : a.second->first < b.second->first;
+    const PolicyRule* covering = nullptr;
+    attempt([&] {
+        const PolicyGroup* group = m_store->existingGroupOf(rule.fields());
+        covering = group == nullptr ? nullptr : group->firstCovering(rule);
     });
-    for (const auto& [key, group] : keyed)
-        m_orderedGroups.push_back(group);
-    return m_orderedGroups;
-}
-
-const RuleIndex& RuleManager::index() const
-{
-    if (std::exchange(m_rulesChanged, false)) {
-        std::size_t total = m_watchRules.size();
-        for (const Groups::value_type* group : orderedGroups())
-            total += group->second.rules().size();
-        std::vector<RuleRef> rules;
-        rules.reserve(total);
-        const auto collect = [&rules](const auto& rule) { rules.emplace_back(rule); };
-        m_watchRules.forEach(collect);
-        for (const Groups::value_type* group : orderedGroups())
-            group->second.rules().forEach(collect);
-        m_index.setRules(std::move(rules), m_ruleChanges);
-    } else if (m_rowsChanged) {
-        m_index.rebuild(m_ruleChanges);
-    }
-    m_rowsChanged = false;
-    return m_index;
-}
-
-std::vector<RuleRef> RuleManager::userRules() const
-{
-    std::vector<RuleRef> rules;
-    const auto collect = [&rules](const auto& rule) {
-        if (!rule->fields().system)
-            rules.emplace_back(rule);
-    };
-    m_watchRules.forEach(collect);
-    for (const Groups::value_type* group : orderedGroups())
-        group->second.rules().forEach(collect);
-    return rules;
-}
-
-RulesSnapshot RuleManager::userRulesSnapshot() const
-{
-    std::vector<RuleValue> values;
-    for (const RuleRef& rule : userRules())
-        values.push_back(valueOf(rule));
-    return RulesSnapshot(std::move(values));
+    return covering;
 }
 
 ChangeSet RuleManager::apply(const ChangeSet& changes)
 {
     ChangeSet done;
-    for (const ChangeSet::Removal& removal : changes.removed) {
-        ChangeSet::Removal removed{removal.rule, {}, valueOf(removal.rule)};
-        if (askRule(removal.rule, [&](const auto& rule) { return remove(rule, &removed.place); }))
-            done.removed.push_back(std::move(removed));
-    }
-    for (const ChangeSet::Change& change : changes.changed) {
-        if (isStored(change.rule)) {
-            done.changed.push_back({change.rule, valueOf(change.rule), change.after});
-            setValue(change.rule, change.after);
-        } else if (add({change.rule, change.after})) {
-            done.added.push_back({change.rule, change.after});
-        }
-    }
-    for (const ChangeSet::Addition& addition : changes.added) {
-        if (add(addition))
-            done.added.push_back(addition);
-    }
-    rebuildRulesCache();
+    attempt([&] { done = m_store->apply(changes); });
     return done;
 }
 
-// The list and the slot in which a record is stored; the list is null when it is not. A rule that was changed
-// after it was stored stays in the group of its former application.
-std::pair<RuleList<WatchRule>*, std::size_t> RuleManager::placeOf(const WatchRule& rule)
+std::vector<RuleRef> RuleManager::userRules() const
 {
-    const std::size_t slot = m_watchRules.slotOf(rule);
-    return {slot == RuleList<WatchRule>::noSlot ? nullptr : &m_watchRules, slot};
+    std::vector<RuleRef> rules;
+    attempt([&] { m_store->forEachUserRule([&rules](const auto& rule) { rules.emplace_back(rule); }); });
+    return rules;
 }
 
-std::pair<RuleList<PolicyRule>*, std::size_t> RuleManager::placeOf(const PolicyRule& rule)
+RulesSnapshot RuleManager::userRulesSnapshot() const
 {
-    const auto own = m_policyRulesByApplication.find(applicationGroupIdentityForRule(rule));
-    if (own != m_policyRulesByApplication.end()) {
-        const std::size_t slot = own->second.rules().slotOf(rule);
-        if (slot != RuleList<PolicyRule>::noSlot)
-            return {&own->second.rules(), slot};
-    }
-    for (Groups::value_type& group : m_policyRulesByApplication) {
-        if (!group.second.rules().hasStrays())
-            continue;
-        const std::size_t slot = group.second.rules().slotOf(rule);
-        if (slot != RuleList<PolicyRule>::noSlot)
-            return {&group.second.rules(), slot};
-    }
-    return {nullptr, 0};
+    RulesSnapshot snapshot;
+    attempt([&] { snapshot = m_store->userRulesSnapshot(); });
+    return snapshot;
 }
 
-bool RuleManager::isStored(const RuleRef& rule)
+// The rows that there are, where there is no memory for new ones.
+const RuleIndex& RuleManager::index() const
 {
-    return askRule(rule, [this](const auto& record) { return placeOf(record).first != nullptr; });
+    attempt([this] { m_store->index(); });
+    return m_store->presentIndex();
 }
 
-// Takes the very record out and fills in where it stood, when wanted; false when it is not stored.
-template <class Rule> bool RuleManager::remove(const Rule& rule, ChangeSet::Place* stood)
+// False when `work` has run out of memory, which lastErrorMessage() then tells.
+template <class Work> bool RuleManager::attempt(const Work& work) const
 {
-    const auto [list, slot] = placeOf(rule);
-    if (list == nullptr)
+    try {
+        work();
+        return true;
+    } catch (const std::bad_alloc&) {
+        m_lastErrorMessage.emplace("Out of memory"); // short enough to need none itself
         return false;
-    if (stood != nullptr) {
-        *stood = {ChangeSet::Place::start, {}};
-        for (std::size_t before = slot; before-- > 0;) {
-            if (const auto& predecessor = list->slots()[before]) {
-                *stood = {ChangeSet::Place::behind, RuleRef(predecessor)};
-                break;
-            }
-        }
     }
-    list->removeAt(slot);
-    rebuildRulesCache();
-    return true;
-}
-
-bool RuleManager::add(const ChangeSet::Addition& addition)
-{
-    if (isStored(addition.rule))
-        return false;
-    setValue(addition.rule, addition.value);
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&addition.rule))
-        insert(groupOf((*policy)->fields()).rules(), *policy, addition.place);
-    else
-        insert(m_watchRules, std::get<WatchRulePtr>(addition.rule), addition.place);
-    return true;
-}
-
-template <class Rule>
-void RuleManager::insert(
-    RuleList<Rule>& list, const std::shared_ptr<Rule>& rule, const ChangeSet::Place& place)
-{
-    if (place.kind == ChangeSet::Place::start)
-        return list.insert(0, rule);
-    const auto* neighbour = place.rule ? std::get_if<std::shared_ptr<Rule>>(&*place.rule) : nullptr;
-    if (place.kind == ChangeSet::Place::behind && neighbour != nullptr) {
-        const std::size_t slot = list.slotOf(**neighbour);
-        if (slot != RuleList<Rule>::noSlot)
-            return list.insert(slot + 1, rule);
-    }
-    list.append(rule);
 }
 
 } // namespace quorvane

@@ -4,11 +4,11 @@
 #include "platform/PropertyList.h"
 #include "rules/ChangeSet.h"
 #include "rules/FilterOption.h"
-#include "rules/PolicyGroup.h"
 #include "rules/RuleIndex.h"
 #include "rules/RuleList.h"
 #include "rules/RuleRef.h"
 #include "rules/RuleSort.h"
+#include "rules/RuleStore.h"
 #include "rules/RulesParser.h"
 #include "rules/RulesSnapshot.h"
 
@@ -18,14 +18,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace quorvane {
 
-class FailSafeMerge;
-class GroupMemo;
 class Log;
 class RulesFileWriter;
 
@@ -85,7 +82,7 @@ public:
     void sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors);
     std::size_t totalRules(bool includeSystemRules) const;
     // All rules, also those that the filter hides.
-    std::size_t storedRules() const { return index().rules().size(); }
+    std::size_t storedRules() const { return m_store->storedRules(); }
     // Requires row < totalRules(includeSystemRules).
     const RuleRef& ruleAtIndex(std::size_t row, bool includeSystemRules) const;
     // The present rows, unchanged by what the store does later.
@@ -94,7 +91,7 @@ public:
     std::vector<PolicyRulePtr> policyRules() const;
     // True when one of policyRules() is equal to `rule`. Neither walks them nor brings the rows up to date.
     bool hasEqualPolicyRule(const PolicyRule& rule) const;
-    const RuleList<WatchRule>& watchRules() const { return m_watchRules; }
+    const RuleList<WatchRule>& watchRules() const { return m_store->watchRules(); }
     // The application group keys, case-insensitively ordered; those of emptied groups too.
     std::vector<std::string> sortedKeys() const;
 
@@ -102,7 +99,7 @@ public:
     bool addWatchRule(const WatchRulePtr& rule);
     bool addPolicyRule(const PolicyRulePtr& rule);
     // The same for an import, which leaves the rows as they are until somebody rebuilds them.
-    void appendWatchRule(const WatchRulePtr& rule) { m_watchRules.append(rule); }
+    bool appendWatchRule(const WatchRulePtr& rule);
     // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
     bool deleteWatchRule(const WatchRule& rule);
     bool deletePolicyRule(const PolicyRule& rule);
@@ -145,46 +142,30 @@ public:
     const Locations& locations() const { return m_locations; }
 
 private:
-    using Groups = std::unordered_map<std::string, PolicyGroup>;
+    struct Reading;
 
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
     bool writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write);
     void readSettings();
-    void storeParsedLine(ParsedLine& line, GroupMemo& groups, FailSafeMerge* failSafe);
+    void storeParsedLine(ParsedLine& line, Reading& reading);
     void storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
-    void storeParsedRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, GroupMemo& groups,
-        FailSafeMerge* failSafe);
-    std::pair<RuleList<WatchRule>*, std::size_t> placeOf(const WatchRule& rule);
-    std::pair<RuleList<PolicyRule>*, std::size_t> placeOf(const PolicyRule& rule);
-    bool isStored(const RuleRef& rule);
-    template <class Rule> bool remove(const Rule& rule, ChangeSet::Place* stood);
-    bool add(const ChangeSet::Addition& addition);
-    template <class Rule>
-    static void insert(
-        RuleList<Rule>& list, const std::shared_ptr<Rule>& rule, const ChangeSet::Place& place);
-    PolicyGroup& groupOf(const PolicyRuleFields& rule);
-    const PolicyGroup* existingGroupOf(const PolicyRuleFields& rule) const;
-    const std::vector<const Groups::value_type*>& orderedGroups() const;
+    void storeParsedRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, Reading& reading);
+    PolicyRulePtr recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash);
+    WatchRulePtr recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash);
     const RuleIndex& index() const;
+    template <class Work> bool attempt(const Work& work) const;
 
     const Locations m_locations;
     Log& m_log;
-    std::uint64_t m_ruleChanges = 0; // of stored records
-    Groups m_policyRulesByApplication; // by application group identity
-    RuleList<WatchRule> m_watchRules{m_ruleChanges};
+    std::unique_ptr<RuleStore> m_store; // never null
+    std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
     std::vector<FilterOption> m_filterOptions;
     std::optional<PropertyList> m_settings;
     std::int64_t m_ruleSequence = 0;
-    std::optional<std::string> m_lastErrorMessage;
+    mutable std::optional<std::string> m_lastErrorMessage;
     std::optional<std::string> m_lastUnreadReason; // of the file read last
     std::optional<UnreadRules> m_unreadRules;
-
-    // Derived; brought up to date when looked at.
-    mutable RuleIndex m_index;
-    mutable bool m_rulesChanged = false;
-    mutable bool m_rowsChanged = false;
-    mutable std::vector<const Groups::value_type*> m_orderedGroups;
 };
 
 } // namespace quorvane

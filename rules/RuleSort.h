@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rules/AppendOnlyTable.h"
 #include "rules/RuleRef.h"
 
 #include <cstdint>
@@ -41,7 +42,10 @@ struct SortDescriptor {
 // Sorts `order`, numbers of `rules`: the first descriptor is the primary key, each later one breaks the ties
 // of those before it, and rules that tie in all keep their order. Texts compare by code point after
 // case folding, null or absent first; numbers numerically.
-void sortRules(std::vector<std::uint32_t>& order, const std::vector<RuleRef>& rules,
+void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
     const std::vector<SortDescriptor>& descriptors);
+
+// Negative when `a` stands before `b` in that order, positive when behind it, 0 when they tie in all.
+int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& descriptors);
 
 } // namespace quorvane

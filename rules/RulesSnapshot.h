@@ -1,36 +1,39 @@
 #pragma once
 
+#include "rules/AppendOnlyTable.h"
 #include "rules/RuleValue.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
 namespace quorvane {
 
-// Rules as they were at one moment, in the order in which they are written. Cheap to copy, never changes, and
-// may be used from any thread.
+// Rules as they were at one moment, in the order in which they are written. Cheap to make and to copy, never
+// changes, and may be used from any thread.
 class RulesSnapshot {
 public:
     RulesSnapshot() = default;
-    explicit RulesSnapshot(std::vector<RuleValue> rules)
-        : m_rules(std::make_shared<const std::vector<RuleValue>>(std::move(rules)))
+    // The rules are those of `order`, numbers of `values`, which may go on growing.
+    RulesSnapshot(AppendOnlyTable<RuleValue> values, std::shared_ptr<const std::vector<std::uint32_t>> order)
+        : m_values(std::move(values))
+        , m_order(std::move(order))
     {
     }
 
-    std::size_t size() const { return m_rules ? m_rules->size() : 0; }
+    std::size_t size() const { return m_order ? m_order->size() : 0; }
 
     template <class Use> void forEach(Use use) const
     {
-        if (!m_rules)
-            return;
-        for (const RuleValue& rule : *m_rules)
-            use(rule);
+        for (std::size_t place = 0; place < size(); ++place)
+            use(m_values[(*m_order)[place]]);
     }
 
 private:
-    std::shared_ptr<const std::vector<RuleValue>> m_rules;
+    AppendOnlyTable<RuleValue> m_values;
+    std::shared_ptr<const std::vector<std::uint32_t>> m_order;
 };
 
 } // namespace quorvane

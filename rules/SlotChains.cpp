@@ -5,14 +5,12 @@
 
 namespace quorvane {
 
-void SlotChains::clear()
+void SlotChains::insert(std::uint64_t hash, std::uint32_t slot)
 {
-    m_entries.clear();
-    m_chains.clear();
-    m_linked = 0;
+    m_entries.push_back({static_cast<std::uint32_t>(hash), slot, none});
 }
 
-void SlotChains::linkNewEntries()
+void SlotChains::link()
 {
     const auto total = static_cast<std::uint32_t>(m_entries.size());
     if (total > m_chains.size()) {
@@ -20,34 +18,27 @@ void SlotChains::linkNewEntries()
         m_chains.assign(std::max(std::bit_ceil(m_entries.size()), fewestChains), {});
         m_linked = 0;
     }
-    for (; m_linked < total; ++m_linked) {
-        prefetch(m_linked);
-        link(m_linked);
-    }
+    for (; m_linked < total; ++m_linked)
+        linkEntry(m_linked);
 }
 
-// Chains lie all over the memory: fetches what the entries some way ahead will touch.
-void SlotChains::prefetch(std::uint32_t entry) const
+// At the end of its chain, save where slots would come out in another order.
+void SlotChains::linkEntry(std::uint32_t entry)
 {
-    constexpr std::uint32_t ahead = 16;
-    if (entry + 2 * ahead >= m_entries.size())
+    Entry& added = m_entries[entry];
+    Chain& chain = m_chains[added.hash & (m_chains.size() - 1)];
+    const auto goesBefore = [&](std::uint32_t other) { return other == none || added.slot < slot(other); };
+    if (chain.last == none || !goesBefore(chain.last)) {
+        added.next = none;
+        (chain.last == none ? chain.first : m_entries[chain.last].next) = entry;
+        chain.last = entry;
         return;
-    const auto chainOf
-        = [this](std::uint32_t e) { return &m_chains[m_entries[e].hash & (m_chains.size() - 1)]; };
-    __builtin_prefetch(chainOf(entry + 2 * ahead), 1);
-    if (const std::uint32_t last = chainOf(entry + ahead)->last; last != none)
-        __builtin_prefetch(&m_entries[last], 1);
-}
-
-void SlotChains::link(std::uint32_t entry)
-{
-    Chain& chain = m_chains[m_entries[entry].hash & (m_chains.size() - 1)];
-    m_entries[entry].next = none;
-    if (chain.first == none)
-        chain.first = entry;
-    else
-        m_entries[chain.last].next = entry;
-    chain.last = entry;
+    }
+    std::uint32_t* place = &chain.first;
+    while (!goesBefore(*place))
+        place = &m_entries[*place].next;
+    added.next = *place;
+    *place = entry;
 }
 
 std::uint32_t SlotChains::first(std::uint64_t hash)
@@ -55,7 +46,7 @@ std::uint32_t SlotChains::first(std::uint64_t hash)
     if (m_entries.empty())
         return none;
     if (m_linked < m_entries.size())
-        linkNewEntries();
+        link();
     const auto low = static_cast<std::uint32_t>(hash);
     return withHash(low, m_chains[low & (m_chains.size() - 1)].first);
 }

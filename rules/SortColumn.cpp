@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <string_view>
 
 namespace quorvane {
 
@@ -55,6 +56,20 @@ SortColumn::Slice SortColumn::sliceOf(std::uint32_t place, std::size_t depth) co
     if constexpr (std::endian::native == std::endian::little)
         word = __builtin_bswap64(word);
     return {word, place, static_cast<std::uint32_t>(std::min<std::size_t>(left + 1, longRest))};
+}
+
+int SortColumn::compareFirstTwo() const
+{
+    const auto textOf = [this](const Value& value) {
+        return std::string_view(m_texts).substr(value.kind == Kind::text ? value.number : 0, value.length);
+    };
+    const Value& a = m_values[0];
+    const Value& b = m_values[1];
+    if (a.kind != b.kind)
+        return a.kind < b.kind ? -1 : 1;
+    if (a.kind == Kind::text)
+        return textOf(a).compare(textOf(b));
+    return a.number == b.number ? 0 : a.number < b.number ? -1 : 1;
 }
 
 void SortColumn::loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end,

@@ -42,6 +42,9 @@ public:
     void loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end, std::size_t depth,
         bool ascending) const;
 
+    // How the values of the first two places compare: negative, 0, positive.
+    int compareFirstTwo() const;
+
 private:
     static constexpr std::uint32_t longRest = sliceLength + 2;
     enum class Kind : std::uint8_t { absent, number, text };

@@ -20,11 +20,19 @@ const std::vector<SortKey> allKeys{SortKey::policyClass, SortKey::policyType, So
     SortKey::created, SortKey::sequence, SortKey::system, SortKey::processShortName, SortKey::ruleState,
     SortKey::shownClass};
 
+AppendOnlyTable<RuleRef> tableOf(const std::vector<RuleRef>& rules)
+{
+    AppendOnlyTable<RuleRef> table;
+    for (const RuleRef& rule : rules)
+        table.append(rule);
+    return table;
+}
+
 Order sorted(const std::vector<RuleRef>& rules, const std::vector<SortDescriptor>& descriptors)
 {
     Order order(rules.size());
     std::iota(order.begin(), order.end(), 0U);
-    sortRules(order, rules, descriptors);
+    sortRules(order, tableOf(rules), descriptors);
     return order;
 }
 
@@ -121,13 +129,13 @@ TEST(RuleSort, SortsOnlyTheNumbersGiven)
     const auto rules = rulesOnPaths({"c", "b", "a", "d"});
     Order order{3, 0, 2};
 
-    sortRules(order, rules, {{SortKey::path}});
+    sortRules(order, tableOf(rules), {{SortKey::path}});
     EXPECT_EQ(order, (Order{2, 0, 3}));
     order = {3, 0, 2};
-    sortRules(order, rules, {});
+    sortRules(order, tableOf(rules), {});
     EXPECT_EQ(order, (Order{3, 0, 2}));
     Order none;
-    sortRules(none, rules, {{SortKey::path}});
+    sortRules(none, tableOf(rules), {{SortKey::path}});
     EXPECT_TRUE(none.empty());
 }
 
@@ -156,8 +164,16 @@ TEST(RuleSort, AgreesWithAStableSortOnRandomRules)
         std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t a, std::uint32_t b) {
             return PlainStore::standsBefore(rules[a], rules[b], descriptors);
         });
-        sortRules(order, rules, descriptors);
+        sortRules(order, tableOf(rules), descriptors);
         ASSERT_EQ(order, expected) << "round " << round;
+        for (std::size_t place = 1; place < order.size(); ++place) {
+            const RuleRef& before = rules[order[place - 1]];
+            const RuleRef& behind = rules[order[place]];
+            const bool ties = !PlainStore::standsBefore(before, behind, descriptors);
+            ASSERT_EQ(compareRules(before, behind, descriptors) == 0, ties);
+            ASSERT_EQ(compareRules(before, behind, descriptors) < 0, !ties);
+            ASSERT_EQ(compareRules(behind, before, descriptors) > 0, !ties);
+        }
     }
 }
 

@@ -1,0 +1,190 @@
+#include "rules/RuleStore.h"
+
+#include "platform/Unicode.h"
+#include "rules/ApplicationIdentity.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <utility>
+
+namespace quorvane {
+
+PolicyGroup& RuleStore::groupOf(const PolicyRuleFields& rule)
+{
+    if (m_newGroups.size() == m_newGroups.capacity())
+        m_newGroups.reserve(2 * m_newGroups.size() + 1);
+    const auto [group, isNew]
+        = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_index.numbers(), m_anyStrays);
+    if (isNew)
+        m_newGroups.push_back(&*group);
+    return group->second;
+}
+
+const PolicyGroup* RuleStore::existingGroupOf(const PolicyRuleFields& rule) const
+{
+    const auto group = m_groups.find(applicationGroupIdentityForFields(rule));
+    return group == m_groups.end() ? nullptr : &group->second;
+}
+
+// New groups are put in their places; many of them are sorted with all the others.
+const std::vector<const RuleStore::Groups::value_type*>& RuleStore::orderedGroups() const
+{
+    using Group = const Groups::value_type*;
+    constexpr std::size_t fewGroups = 8;
+    if (m_newGroups.size() > m_orderedGroups.size() / fewGroups + fewGroups) {
+        std::vector<std::pair<std::string, Group>> keyed;
+        keyed.reserve(m_groups.size());
+        for (const Groups::value_type& group : m_groups)
+            keyed.emplace_back(foldedCase(group.first), &group);
+        std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
+            return a.first != b.first ? a.first < b.first : a.second->first < b.second->first;
+        });
+        m_orderedGroups.resize(keyed.size());
+        std::transform(keyed.begin(), keyed.end(), m_orderedGroups.begin(),
+            [](const auto& group) { return group.second; });
+        m_newGroups.clear();
+    }
+    for (; !m_newGroups.empty(); m_newGroups.pop_back()) {
+        const Group added = m_newGroups.back();
+        const std::string key = foldedCase(added->first);
+        const auto place
+            = std::partition_point(m_orderedGroups.begin(), m_orderedGroups.end(), [&](Group group) {
+                  const std::string other = foldedCase(group->first);
+                  return other != key ? other < key : group->first < added->first;
+              });
+        m_orderedGroups.insert(place, added);
+    }
+    return m_orderedGroups;
+}
+
+bool RuleStore::removeFirstEqual(const WatchRule& rule)
+{
+    return removeAt(m_watchRules, m_watchRules.slotOfFirstEqual(rule.fields(), identityHash(rule)));
+}
+
+bool RuleStore::removeFirstEqual(const PolicyRule& rule)
+{
+    const auto group = m_groups.find(applicationGroupIdentityForRule(rule));
+    if (group == m_groups.end())
+        return false;
+    RuleList<PolicyRule>& rules = group->second.rules();
+    return removeAt(rules, rules.slotOfFirstEqual(rule.fields(), identityHash(rule)));
+}
+
+bool RuleStore::remove(const WatchRule& rule)
+{
+    return rule.isHeld() && removeAt(m_watchRules, m_watchRules.slotOf(rule));
+}
+
+bool RuleStore::remove(const PolicyRule& rule)
+{
+    RuleList<PolicyRule>* rules = listOf(rule);
+    return rules != nullptr && removeAt(*rules, rules->slotOf(rule));
+}
+
+template <class Rule> bool RuleStore::removeAt(RuleList<Rule>& rules, std::size_t slot)
+{
+    if (slot == rules.noSlot)
+        return false;
+    rules.removeAt(slot);
+    rebuildRows();
+    return true;
+}
+
+PolicyRulePtr RuleStore::take(const PolicyRuleFields& rule, std::uint64_t hash)
+{
+    const auto group = m_groups.find(applicationGroupIdentityForFields(rule));
+    return group == m_groups.end() ? nullptr : group->second.rules().take(rule, hash);
+}
+
+bool RuleStore::hasEqual(
+    const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const
+{
+    const std::uint64_t hash = identityHash(rule);
+    const auto isIn
+        = [&](const PolicyGroup& group) { return group.rules().firstEqual(rule, hash, accepts) != nullptr; };
+    if (const PolicyGroup* group = existingGroupOf(rule); group != nullptr && isIn(*group))
+        return true;
+    return m_anyStrays && std::any_of(m_groups.begin(), m_groups.end(), [&](const auto& group) {
+        return group.second.hasStrays() && isIn(group.second);
+    });
+}
+
+void RuleStore::setSearchText(std::optional<std::string> text)
+{
+    m_index.setSearchText(std::move(text));
+    rebuildRows();
+}
+
+void RuleStore::sort(std::vector<SortDescriptor> descriptors)
+{
+    index();
+    try {
+        m_index.sort(std::move(descriptors));
+    } catch (const std::bad_alloc&) {
+        rebuildRows();
+        throw;
+    }
+}
+
+void RuleStore::setView(const RuleStore& other)
+{
+    m_index.setView(other.m_index);
+    rebuildRows();
+}
+
+const RuleIndex& RuleStore::index() const
+{
+    if (!m_rowsAreStale)
+        return m_index;
+    if (m_index.numbers().mustStartAfresh())
+        numberAfresh();
+    m_index.rebuild(storedOrder());
+    m_rowsAreStale = false;
+    return m_index;
+}
+
+void RuleStore::numberAfresh() const
+{
+    m_index.forgetNumbers();
+    m_index.numbers().clear();
+    m_values = {};
+    m_watchRules.numberAfresh();
+    for (auto& [key, group] : m_groups)
+        group.rules().numberAfresh();
+    if (m_index.numbers().mustStartAfresh())
+        throw std::bad_alloc();
+}
+
+// Watch rules, then policy rules by group.
+RuleOrder RuleStore::storedOrder() const
+{
+    RuleOrder order;
+    order.reserve(m_index.numbers().stored());
+    const auto append = [&order](const std::vector<std::uint32_t>& numbers) {
+        std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(order),
+            [](std::uint32_t number) { return number != RowNumbers::none; });
+    };
+    append(m_watchRules.numbers());
+    for (const Groups::value_type* group : orderedGroups())
+        append(group->second.rules().numbers());
+    return order;
+}
+
+// Values are kept by row number, so that the next snapshot only adds those of rules that have come or
+// changed.
+RulesSnapshot RuleStore::userRulesSnapshot() const
+{
+    RowNumbers& numbers = m_index.numbers();
+    if (numbers.mustStartAfresh())
+        numberAfresh();
+    for (std::size_t number = m_values.size(); number < numbers.rules().size(); ++number) {
+        const bool isStored = numbers.isStored(static_cast<std::uint32_t>(number));
+        m_values.append(isStored ? valueOf(numbers.rules()[number]) : RuleValue());
+    }
+    numbers.settle();
+    return {m_values, m_index.withoutSystemRules(std::make_shared<const RuleOrder>(storedOrder()))};
+}
+
+} // namespace quorvane

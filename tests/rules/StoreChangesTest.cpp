@@ -1,0 +1,237 @@
+#include "rules/RuleManager.h"
+
+#include "rules/RuleIdentity.h"
+#include "tests/rules/PlainStore.h"
+#include "tests/rules/RandomRules.h"
+#include "tests/rules/StoreSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+std::vector<RuleRef> rowsOf(const RuleManager& store)
+{
+    std::vector<RuleRef> rows;
+    for (std::size_t row = 0; row < store.totalRules(true); ++row)
+        rows.push_back(store.ruleAtIndex(row, true));
+    return rows;
+}
+
+// A store that follows change sets, and one made afresh of the same rules in the same order: what follows by
+// difference must be what is made anew.
+class Followers {
+public:
+    explicit Followers(unsigned seed)
+        : m_random(seed)
+        , m_store(m_sandbox.emptyStore())
+    {
+    }
+
+    void step()
+    {
+        const std::vector<RuleRef> before = storedOrder();
+        const std::vector<RuleValue> valuesBefore = valuesOf(before);
+        const ChangeSet done = m_store->apply(randomChanges());
+        if (m_random.below(4) == 0) {
+            m_store->apply(done.inverted());
+            ASSERT_EQ(storedOrder(), before);
+            ASSERT_EQ(valuesOf(storedOrder()), valuesBefore);
+        }
+        if (m_random.below(3) == 0)
+            changeView();
+        compareWithFresh();
+    }
+
+    std::size_t rules() const { return m_store->storedRules(); }
+
+private:
+    // The records in the order in which their store keeps them, whatever the view.
+    std::vector<RuleRef> storedOrder()
+    {
+        m_store->applyFilterWithString("");
+        m_store->sortIndexUsingDescriptors({});
+        m_store->rebuildRulesCache();
+        std::vector<RuleRef> rules = rowsOf(*m_store);
+        setView(*m_store);
+        return rules;
+    }
+
+    static std::vector<RuleValue> valuesOf(const std::vector<RuleRef>& rules)
+    {
+        std::vector<RuleValue> values;
+        for (const RuleRef& rule : rules)
+            values.push_back(valueOf(rule));
+        return values;
+    }
+
+    void setView(RuleManager& store) const
+    {
+        store.applyFilterWithString(m_text);
+        store.sortIndexUsingDescriptors(m_descriptors);
+        store.rebuildRulesCache();
+    }
+
+    void changeView()
+    {
+        m_text = m_random.oneOf<std::string>({"", "", "USERS", "a", "work", "via"});
+        m_descriptors.clear();
+        for (std::size_t left = m_random.below(3); left > 0; --left)
+            m_descriptors.push_back(
+                {m_random.oneOf<SortKey>({SortKey::path, SortKey::tag, SortKey::operations}),
+                    m_random.below(2) == 0});
+        setView(*m_store);
+    }
+
+    RuleValue randomValueLike(const RuleRef& rule)
+    {
+        if (policyRuleIn(rule) != nullptr)
+            return makeRuleValue(m_random.policy());
+        return makeRuleValue(m_random.watch());
+    }
+
+    ChangeSet::Place randomPlace(const std::vector<RuleRef>& rules)
+    {
+        switch (m_random.below(4)) {
+        case 0:
+            return {ChangeSet::Place::start, {}};
+        case 1:
+            if (!rules.empty())
+                return {ChangeSet::Place::behind, m_random.oneOf(rules)};
+            return {};
+        default:
+            return {};
+        }
+    }
+
+    ChangeSet randomChanges()
+    {
+        ChangeSet changes;
+        const std::vector<RuleRef> rules = rowsOf(*m_store);
+        for (std::size_t left = rules.empty() ? 0 : m_random.below(4); left > 0; --left) {
+            changes.removed.push_back({m_random.oneOf(rules)});
+            if (m_random.below(2) == 0) // an edit
+                changes.added.push_back({changes.removed.back().rule,
+                    randomValueLike(changes.removed.back().rule), randomPlace(rules)});
+        }
+        for (std::size_t left = rules.empty() ? 0 : m_random.below(3); left > 0; --left) {
+            const RuleRef rule = m_random.oneOf(rules);
+            RuleValue value = valueOf(rule);
+            if (const auto* policy = std::get_if<PolicyValue>(&value)) {
+                PolicyRuleFields fields = **policy;
+                fields.tag = m_random.tag();
+                fields.path = m_random.path();
+                value = makeRuleValue(std::move(fields));
+            }
+            changes.changed.push_back({rule, {}, value});
+        }
+        for (std::size_t left = m_random.below(4); left > 0; --left) {
+            const RuleRef rule = m_random.below(4) == 0 ? RuleRef(watchRule({})) : RuleRef(policyRule({}));
+            changes.added.push_back({rule, randomValueLike(rule), randomPlace(rules)});
+        }
+        return changes;
+    }
+
+    void compareWithFresh()
+    {
+        const auto fresh = m_sandbox.emptyStore();
+        for (const RuleRef& rule : storedOrder()) {
+            if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+                fresh->addPolicyRule(*policy);
+            else
+                fresh->addWatchRule(std::get<WatchRulePtr>(rule));
+        }
+        setView(*fresh);
+        ASSERT_EQ(rowsOf(*m_store), rowsOf(*fresh));
+        ASSERT_EQ(m_store->policyRules(), fresh->policyRules());
+        for (const RuleRef& rule : rowsOf(*m_store)) {
+            if (const PolicyRule* policy = policyRuleIn(rule)) {
+                ASSERT_EQ(m_store->coveringRule(*policy), fresh->coveringRule(*policy));
+                ASSERT_EQ(m_store->firstEqualRule(*policy), fresh->firstEqualRule(*policy));
+            }
+        }
+        std::vector<RuleValue> values;
+        m_store->userRulesSnapshot().forEach([&](const RuleValue& value) { values.push_back(value); });
+        ASSERT_EQ(values, valuesOf(m_store->userRules()));
+    }
+
+    const StoreSandbox m_sandbox;
+    RandomRules m_random;
+    std::unique_ptr<RuleManager> m_store;
+    std::string m_text;
+    std::vector<SortDescriptor> m_descriptors;
+};
+
+} // namespace
+
+TEST(StoreChanges, WhatFollowsByDifferenceIsWhatIsMadeAnew)
+{
+    for (unsigned seed = 1; seed <= 10 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Followers followers(seed);
+        for (int step = 0; step < 120 && !HasFatalFailure(); ++step)
+            followers.step();
+        EXPECT_GT(followers.rules(), 10U);
+    }
+}
+
+TEST(StoreChanges, RemovingAllAndTakingItBackRestoresEveryPlace)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.emptyStore();
+    for (int number = 0; number < 3000; ++number)
+        store->addPolicyRule(policyRule({.path = "/" + std::to_string(number), .processName = "/bin/p"}));
+    const std::vector<RuleRef> before = rowsOf(*store);
+    ChangeSet changes;
+    for (const RuleRef& rule : before)
+        changes.removed.push_back({rule});
+    const ChangeSet done = store->apply(changes);
+    EXPECT_EQ(store->totalRules(true), 0U);
+    store->apply(done.inverted());
+    EXPECT_EQ(rowsOf(*store), before);
+}
+
+TEST(StoreChanges, AReloadKeepsTheRecordsOfRulesThatAreStillThere)
+{
+    const StoreSandbox sandbox;
+    sandbox.writeUserRules("watch prefix \"/w\" \"/bin/w\" r \"old\"\n"
+                           "allow prefix \"/a\" \"/bin/a\" r \"old\"\n"
+                           "allow prefix \"/b\" \"/bin/a\" r \"old\"\n");
+    const auto store = sandbox.load();
+    const std::vector<RuleRef> before = rowsOf(*store);
+    const std::int64_t sequence = policyAt(*store, 1)->sequence();
+    sandbox.writeUserRules("allow prefix \"/new\" \"/bin/a\" r\n"
+                           "allow prefix \"/a\" \"/bin/a\" r \"tagged\"\n"
+                           "watch prefix \"/w\" \"/bin/w\" r \"tagged\"\n");
+    store->reloadCurrentUserConfiguration();
+    const std::vector<RuleRef> after = rowsOf(*store);
+    ASSERT_EQ(after.size(), 3U);
+    EXPECT_EQ(after[0], before[0]);
+    EXPECT_EQ(after[2], before[1]);
+    EXPECT_EQ(watchAt(*store, 0)->tag().view(), "tagged");
+    EXPECT_EQ(policyAt(*store, 2)->tag().view(), "tagged");
+    EXPECT_GT(policyAt(*store, 2)->sequence(), sequence);
+    const auto gone = std::get<PolicyRulePtr>(before[2]);
+    gone->setPath("/elsewhere");
+    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/w", "/new", "/a"}));
+}
+
+TEST(StoreChanges, AReloadedRuleIsAsOldAsTheFileWasWhenItWasReadAgain)
+{
+    const StoreSandbox sandbox;
+    const std::string now = std::to_string(std::time(nullptr));
+    sandbox.writeUserRules("allow prefix \"/a\" \"/bin/a\" r \"\" \"\" \"" + now + "\"\n");
+    const auto store = sandbox.load();
+    const PolicyRulePtr rule = policyAt(*store, 0);
+    rule->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)) + 1000000);
+    EXPECT_EQ(rule->getRuleState(), 0);
+    store->reloadCurrentUserConfiguration();
+    EXPECT_EQ(policyAt(*store, 0), rule);
+    EXPECT_EQ(rule->getRuleState(), 2);
+}
+
+} // namespace quorvane
