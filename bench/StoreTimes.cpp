@@ -44,6 +44,62 @@ void addOneByOne(RuleManager& store)
     store.totalRules(true);
 }
 
+PolicyRuleFields fieldsAt(const RuleManager& store, std::size_t row)
+{
+    return std::get<PolicyRulePtr>(store.ruleAtIndex(row, true))->fields();
+}
+
+// One change of one rule in the middle of rows sorted by path, up to the new rows and what a table asks of
+// the forty in view; then the first key of a search.
+void editOne(RuleManager& store, const std::string& text)
+{
+    store.sortIndexUsingDescriptors({{SortKey::path, true}});
+    const std::size_t row = store.totalRules(true) / 2;
+    const auto look = [&] {
+        for (std::size_t shown = row; shown < row + 40 && shown < store.totalRules(true); ++shown)
+            store.isRedundant(*std::get<PolicyRulePtr>(store.ruleAtIndex(shown, true)));
+    };
+    look();
+    const auto change
+        = [&](const char* name, const std::function<void(ChangeSet&, const RuleRef&)>& describe) {
+              ChangeSet changes;
+              describe(changes, store.ruleAtIndex(row, true));
+              time(name, [&] {
+                  store.apply(changes);
+                  look();
+              });
+          };
+    change("tag-one", [&](ChangeSet& changes, const RuleRef& rule) {
+        PolicyRuleFields fields = fieldsAt(store, row);
+        fields.tag = "tagged";
+        changes.changed.push_back({rule, {}, makeRuleValue(fields)});
+    });
+    change("edit-one", [&](ChangeSet& changes, const RuleRef& rule) {
+        PolicyRuleFields fields = fieldsAt(store, row);
+        fields.path = "/Users/edited";
+        changes.removed.push_back({rule});
+        changes.added.push_back({rule, makeRuleValue(fields)});
+    });
+    change("delete-one", [](ChangeSet& changes, const RuleRef& rule) { changes.removed.push_back({rule}); });
+    time("snapshot-first", [&] { store.userRulesSnapshot(); });
+    time("snapshot-again", [&] { store.userRulesSnapshot(); });
+    const auto search = [&](const char* name) {
+        time(name, [&] {
+            store.applyFilterWithString(text.substr(0, 1));
+            store.totalRules(true);
+        });
+    };
+    search("first-key-sorted");
+    store.applyFilterWithString("");
+    change("tag-again", [&](ChangeSet& changes, const RuleRef& rule) {
+        PolicyRuleFields fields = fieldsAt(store, row);
+        fields.tag = "tagged again";
+        changes.changed.push_back({rule, {}, makeRuleValue(fields)});
+    });
+    search("first-key-after-edit");
+    store.applyFilterWithString("");
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments)
@@ -81,6 +137,7 @@ int main(int argumentCount, char** arguments)
             redundant += store->isRedundant(*rule) ? 1U : 0U;
     });
     std::printf("rules %zu %zu\n", store->storedRules(), redundant);
+    editOne(*store, text);
     time("add-100000", [&] { addOneByOne(*store); });
     std::fflush(stdout);
     _exit(0); // a million records need no tidying up
