@@ -5,7 +5,6 @@
 #include "rules/RuleIdentity.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace quorvane {
 
@@ -41,6 +40,35 @@ std::size_t firstSlot(SlotChains& chains, std::uint64_t hash, const Slots& slots
 
 } // namespace
 
+void FailSafeMerge::FolderSlots::insert(std::string_view path, std::uint32_t slot)
+{
+    auto& [key, slots] = *m_byPath.try_emplace(std::string(path)).first;
+    if (!slots.empty())
+        m_firsts.erase({*slots.begin(), key});
+    slots.insert(slot);
+    m_firsts.insert({*slots.begin(), key});
+}
+
+void FailSafeMerge::FolderSlots::erase(std::string_view path, std::uint32_t slot)
+{
+    const auto found = m_byPath.find(std::string(path));
+    auto& [key, slots] = *found;
+    m_firsts.erase({*slots.begin(), key});
+    slots.erase(slot);
+    if (slots.empty())
+        m_byPath.erase(found);
+    else
+        m_firsts.insert({*slots.begin(), key});
+}
+
+std::optional<std::uint32_t> FailSafeMerge::FolderSlots::firstOnOtherPath(
+    std::string_view a, std::string_view b) const
+{
+    const auto other = std::find_if(m_firsts.begin(), m_firsts.end(),
+        [&](const auto& first) { return first.second != a && first.second != b; });
+    return other == m_firsts.end() ? std::nullopt : std::optional(other->first);
+}
+
 bool FailSafeMerge::absorbs(PolicyRule& rule, const PolicyGroup& group)
 {
     GroupIndex& index = m_groups[&group];
@@ -53,22 +81,16 @@ bool FailSafeMerge::absorbs(PolicyRule& rule, const PolicyGroup& group)
     }
 
     const std::string folder = folderOf(path);
-    const auto mergesWith = [&](const PolicyRule& existing) {
-        const std::string_view other = existing.fields().path.view();
-        return other != folder && other != path.view();
-    };
-    auto& inFolder = index.byFolder[folder];
-    const auto merging = std::find_if(
-        inFolder.begin(), inFolder.end(), [&](std::uint32_t slot) { return mergesWith(*slots[slot]); });
+    const auto merging = index.byFolder[folder].firstOnOtherPath(folder, path.view());
     const auto alike
         = [&](const PolicyRule& existing) { return existing.isEqualToPolicyRuleWithPrefix(rule); };
     const std::size_t standIn = firstSlot(index.byAllButPath, hashOfAllButPath(rule), slots, alike);
-    if (merging == inFolder.end() || *merging > standIn)
+    if (!merging || *merging > standIn)
         return standIn < slots.size();
 
     const std::uint32_t slot = *merging;
-    inFolder.erase(merging);
-    index.byFolder[folderOf(folder)].insert(slot);
+    index.byFolder[folder].erase(slots[slot]->fields().path.view(), slot);
+    index.byFolder[folderOf(folder)].insert(folder, slot);
     slots[slot]->setPath(folder);
     rule.setPath(folder);
     return true;
@@ -85,7 +107,7 @@ void FailSafeMerge::bringUpToDate(GroupIndex& index, const RuleList<PolicyRule>&
         index.byIdentity.insert(identityHash(rule), slot);
         index.byAllButPath.insert(hashOfAllButPath(rule), slot);
         if (!rule.fields().path.isNull())
-            index.byFolder[folderOf(rule.fields().path)].insert(slot);
+            index.byFolder[folderOf(rule.fields().path)].insert(rule.fields().path.view(), slot);
     }
 }
 

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "rules/Hashing.h"
 #include "rules/PolicyGroup.h"
 #include "rules/SlotChains.h"
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace quorvane {
 
@@ -22,11 +26,24 @@ public:
     bool absorbs(PolicyRule& rule, const PolicyGroup& group);
 
 private:
+    // The slots of rules in one folder, so kept that finding the first rule on another path than two given
+    // ones looks at three paths at most, however many rules there are on one.
+    class FolderSlots {
+    public:
+        void insert(std::string_view path, std::uint32_t slot);
+        void erase(std::string_view path, std::uint32_t slot);
+        std::optional<std::uint32_t> firstOnOtherPath(std::string_view a, std::string_view b) const;
+
+    private:
+        std::unordered_map<std::string, std::set<std::uint32_t>, TextHash> m_byPath;
+        std::set<std::pair<std::uint32_t, std::string_view>> m_firsts; // the first slot of each path
+    };
+
     // The rules of one group under what the merge asks for.
     struct GroupIndex {
         SlotChains byIdentity;
         SlotChains byAllButPath;
-        std::unordered_map<std::string, std::set<std::uint32_t>> byFolder;
+        std::unordered_map<std::string, FolderSlots, TextHash> byFolder;
         std::size_t indexedSlots = 0;
     };
     static void bringUpToDate(GroupIndex& index, const RuleList<PolicyRule>& rules);

@@ -107,9 +107,13 @@ void RuleManager::reloadCurrentUserConfiguration()
     if (!hasRoom)
         return;
     m_filterOptions.clear();
-    readOwnFile(m_locations.userRulesFile(), false);
-    loadOptions();
-    readSelectedSystemFiles();
+    const bool isRead = attempt([this] {
+        readOwnFile(m_locations.userRulesFile(), false);
+        loadOptions();
+        readSelectedSystemFiles();
+    });
+    if (!isRead) // what was read is not all
+        m_unreadRules = {*m_lastErrorMessage, true};
     m_former.reset();
 }
 

@@ -235,4 +235,23 @@ TEST(Duplicates, AgreeWithThePlainWalkOnRandomFiles)
     compareManyFiles(false, 12);
 }
 
+TEST(FailSafeMerge, ManyRulesOfOnePathInOneGroupAreMergedAtOnce)
+{
+    const StoreSandbox sandbox;
+    constexpr std::size_t many = 20000;
+    std::string text;
+    for (std::size_t rule = 0; rule < many; ++rule)
+        text += "allow path \"/folder/file\" \"any ancestor /bin/a via /bin/" + std::to_string(rule)
+            + "\" r \"\" \"TEAM\"\n";
+    text += "deny path \"/folder/other\" \"any ancestor /bin/a\" w\n";
+    sandbox.folder.write(sandbox.locations.failSafeFile().substr(sandbox.folder.path().size() + 1), text);
+    const auto store = RuleManager::initWithContentsOfFile(
+        sandbox.locations.failSafeFile(), false, sandbox.locations, silentLog());
+    ASSERT_EQ(store->totalRules(true), many);
+    EXPECT_EQ(policyAt(*store, 0)->path().view(), "/folder/") << "merged with the last one";
+    EXPECT_EQ(policyAt(*store, many - 1)->path().view(), "/folder/file");
+    for (std::size_t row = 0; row < many; row += 1000)
+        EXPECT_EQ(store->isRedundant(*policyAt(*store, row)), false);
+}
+
 } // namespace quorvane
