@@ -1,6 +1,7 @@
 import os
+import signal
 
-from desk import ACTIVE, FOCUSED, eventually
+from desk import ACTIVE, FOCUSED, PATIENCE, eventually
 from rules_window import PATH, DesktopTest
 from sandbox import read
 
@@ -47,6 +48,13 @@ class Drafts(DesktopTest):
         self.window = self.open_with(RULE)
         self.open_editor_and_type("sh", "/b/")
         self.close_main_window()
+        self.check_offer()
+
+    def test_what_an_editor_holds_outlives_a_signal(self):
+        self.window = self.open_with(RULE)
+        self.open_editor_and_type("sh", "/b/")
+        self.window.process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.window.process.wait(PATIENCE), 0)
         self.check_offer()
 
     def test_a_draft_that_is_discarded_is_offered_no_more(self):
