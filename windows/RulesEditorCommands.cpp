@@ -188,6 +188,13 @@ void RulesEditorTableController::validateItems()
         item->setEnabled(validateMenuItem(item));
 }
 
+// On X11 a key held down comes as pairs of a release and a press of one time. The toolkit knows them for
+// repeats only when it happens to read both at once.
+bool RulesEditorTableController::isRepeat(const QKeyEvent& key) const
+{
+    return key.isAutoRepeat() || (key.timestamp() != 0 && key.timestamp() == m_lastKeyRelease);
+}
+
 bool RulesEditorTableController::keyDown(const QKeyEvent& key)
 {
     if (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
@@ -203,7 +210,7 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
         return true;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
-        if (!key.isAutoRepeat()) // a key held down would go on with the rules that follow
+        if (!isRepeat(key)) // a key held down would go on with the rules that follow
             deleteRuleAction();
         return true;
     default:
@@ -213,6 +220,8 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
 
 bool RulesEditorTableController::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::KeyRelease && watched == m_ui->rulesEditorTableView)
+        m_lastKeyRelease = static_cast<QKeyEvent*>(event)->timestamp();
     // The return that ends the edit of a tag comes by as well, from the field that has the keyboard then.
     if (event->type() == QEvent::KeyPress && watched == m_ui->rulesEditorTableView
         && m_ui->rulesEditorTableView->hasFocus() && keyDown(*static_cast<QKeyEvent*>(event)))

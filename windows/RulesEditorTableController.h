@@ -142,6 +142,7 @@ private:
     void updateCounts();
     void showFailure();
     void validateItems();
+    bool isRepeat(const QKeyEvent& key) const;
     RuleRow ruleRowAt(std::size_t row) const;
     std::optional<RuleRef> ruleBelow(std::size_t row) const;
     RuleEditorWindow* edit(const RuleRef& rule);
@@ -176,6 +177,7 @@ private:
     std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
     bool m_initialize = true; // until the window is ready
     bool m_unsavedRulesKept = false;
+    quint64 m_lastKeyRelease = 0; // milliseconds of the window system's clock
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };

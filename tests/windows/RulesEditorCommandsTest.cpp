@@ -326,6 +326,23 @@ TEST_F(Commands, ADeleteKeyThatIsHeldDeletesOnce)
     }
 }
 
+TEST_F(Commands, APressAtTheTimeOfTheReleaseBeforeItIsARepeatOfAHeldKey)
+{
+    const auto send = [this](QEvent::Type type, quint64 time) {
+        QKeyEvent event(type, Qt::Key_Delete, Qt::NoModifier);
+        event.setTimestamp(time);
+        QApplication::sendEvent(table, &event);
+    };
+    select({watch});
+    send(QEvent::KeyPress, 1000);
+    send(QEvent::KeyRelease, 1500);
+    send(QEvent::KeyPress, 1500);
+    EXPECT_EQ(table->model()->rowCount(), 3);
+    send(QEvent::KeyRelease, 1600);
+    send(QEvent::KeyPress, 1601);
+    EXPECT_EQ(table->model()->rowCount(), 2);
+}
+
 TEST_F(Commands, TheContextMenuDeletesTheRuleItWasOpenedOnWhereverItStandsNow)
 {
     clickRight(vi);
