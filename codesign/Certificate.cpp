@@ -1,5 +1,7 @@
 #include "codesign/Certificate.h"
 
+#include <array>
+#include <string_view>
 #include <utility>
 
 #include <openssl/core_names.h>
@@ -15,16 +17,15 @@ constexpr int shortestModulus = 512; // bits
 constexpr int longestModulus = 8192;
 // An exponent as long as a huge modulus keeps a processor busy for minutes.
 constexpr int longestExponent = 33;
+constexpr std::size_t largestCertificate = 64U << 10U; // bytes
 
 template <auto release> struct Releaser {
     template <class T> void operator()(T* object) const { release(object); }
 };
 template <class T, auto release> using Owned = std::unique_ptr<T, Releaser<release>>;
 
-bool keyIsUsable(EVP_PKEY* key)
+bool rsaKeyIsUsable(const EVP_PKEY* key)
 {
-    if (key == nullptr || EVP_PKEY_is_a(key, "RSA") != 1)
-        return false;
     const int bits = EVP_PKEY_get_bits(key);
     if (bits < shortestModulus || bits > longestModulus)
         return false;
@@ -32,6 +33,28 @@ bool keyIsUsable(EVP_PKEY* key)
     EVP_PKEY_get_bn_param(key, OSSL_PKEY_PARAM_RSA_E, &exponent);
     const Owned<BIGNUM, BN_free> owned(exponent);
     return exponent != nullptr && BN_num_bits(exponent) <= longestExponent;
+}
+
+bool curveIsUsable(const EVP_PKEY* key)
+{
+    std::array<char, 32> name{};
+    std::size_t length = 0;
+    if (EVP_PKEY_get_group_name(key, name.data(), name.size(), &length) != 1)
+        return false; // a curve of one's own making has no name
+    const std::string_view curve(name.data(), length);
+    return curve == SN_X9_62_prime256v1 || curve == SN_secp384r1 || curve == SN_secp521r1;
+}
+
+// None for a key that is not used here.
+std::optional<KeyKind> kindOf(const EVP_PKEY* key)
+{
+    if (key == nullptr)
+        return std::nullopt;
+    if (EVP_PKEY_is_a(key, "RSA") == 1 && rsaKeyIsUsable(key))
+        return KeyKind::rsa;
+    if (EVP_PKEY_is_a(key, "EC") == 1 && curveIsUsable(key))
+        return KeyKind::ellipticCurve;
+    return std::nullopt;
 }
 
 std::optional<std::time_t> secondsOf(const ASN1_TIME* time)
@@ -44,48 +67,57 @@ std::optional<std::time_t> secondsOf(const ASN1_TIME* time)
 
 } // namespace
 
-Certificate::Certificate(std::shared_ptr<X509> certificate)
-    : m_certificate(std::move(certificate))
+std::optional<CertificateName> CertificateName::parse(ByteView issuer, ByteView serial)
 {
-    EVP_PKEY* key = X509_get0_pubkey(m_certificate.get());
-    m_key = keyIsUsable(key) ? key : nullptr;
+    if (issuer.size() > largestCertificate || serial.size() > largestCertificate)
+        return std::nullopt;
+    CertificateName name;
+    const unsigned char* at = issuer.data();
+    name.m_issuer.reset(d2i_X509_NAME(nullptr, &at, static_cast<long>(issuer.size())), X509_NAME_free);
+    at = serial.data();
+    name.m_serial.reset(d2i_ASN1_INTEGER(nullptr, &at, static_cast<long>(serial.size())), ASN1_INTEGER_free);
+    ERR_clear_error();
+    return name.m_issuer && name.m_serial ? std::optional(name) : std::nullopt;
+}
+
+Certificate::Certificate(std::shared_ptr<X509> certificate, const HashValue& fingerprint)
+    : m_certificate(std::move(certificate))
+    , m_fingerprint(fingerprint)
+    , m_key(X509_get0_pubkey(m_certificate.get()))
+    , m_keyKind(kindOf(m_key))
+{
     ERR_clear_error();
 }
 
 std::optional<Certificate> Certificate::parse(ByteView der)
 {
+    if (der.size() > largestCertificate)
+        return std::nullopt;
     const unsigned char* at = der.data();
     const std::shared_ptr<X509> parsed(d2i_X509(nullptr, &at, static_cast<long>(der.size())), X509_free);
     ERR_clear_error();
-    if (!parsed)
-        return std::nullopt;
-    Certificate certificate(parsed);
-    certificate.m_encoding.assign(der.begin(), der.end());
-    return certificate;
+    return parsed ? std::optional(Certificate(parsed, hashOf(HashAlgorithm::sha256, der))) : std::nullopt;
+}
+
+bool Certificate::namesAsIssuer(const Certificate& issuer) const
+{
+    const X509_NAME* name = X509_get_issuer_name(m_certificate.get());
+    return X509_NAME_cmp(name, X509_get_subject_name(issuer.m_certificate.get())) == 0;
 }
 
 bool Certificate::isIssuedBy(const Certificate& issuer) const
 {
-    const X509_NAME* name = X509_get_issuer_name(m_certificate.get());
-    if (X509_NAME_cmp(name, X509_get_subject_name(issuer.m_certificate.get())) != 0
-        || issuer.m_key == nullptr)
+    if (!issuer.m_keyKind || !namesAsIssuer(issuer))
         return false;
     const bool verified = X509_verify(m_certificate.get(), issuer.m_key) == 1;
     ERR_clear_error();
     return verified;
 }
 
-bool Certificate::isNamed(ByteView issuer, ByteView serial) const
+bool Certificate::isNamed(const CertificateName& name) const
 {
-    const unsigned char* at = issuer.data();
-    const Owned<X509_NAME, X509_NAME_free> name(
-        d2i_X509_NAME(nullptr, &at, static_cast<long>(issuer.size())));
-    at = serial.data();
-    const Owned<ASN1_INTEGER, ASN1_INTEGER_free> number(
-        d2i_ASN1_INTEGER(nullptr, &at, static_cast<long>(serial.size())));
-    ERR_clear_error();
-    return name && number && X509_NAME_cmp(name.get(), X509_get_issuer_name(m_certificate.get())) == 0
-        && ASN1_INTEGER_cmp(number.get(), X509_get0_serialNumber(m_certificate.get())) == 0;
+    return ASN1_INTEGER_cmp(name.m_serial.get(), X509_get0_serialNumber(m_certificate.get())) == 0
+        && X509_NAME_cmp(name.m_issuer.get(), X509_get_issuer_name(m_certificate.get())) == 0;
 }
 
 bool Certificate::hasKeyIdentifier(ByteView identifier) const
@@ -98,7 +130,7 @@ bool Certificate::hasKeyIdentifier(ByteView identifier) const
 
 bool Certificate::isSameAs(const Certificate& other) const
 {
-    return m_encoding == other.m_encoding;
+    return m_fingerprint.view() == other.m_fingerprint.view();
 }
 
 bool Certificate::isAuthority() const
@@ -131,10 +163,11 @@ bool Certificate::isValidAt(std::time_t time) const
     return from && until && *from <= time && time <= *until;
 }
 
-SignatureCheck Certificate::verify(HashAlgorithm hash, ByteView message, ByteView signature) const
+SignatureCheck Certificate::verify(
+    KeyKind kind, HashAlgorithm hash, ByteView message, ByteView signature) const
 {
     const Owned<EVP_MD_CTX, EVP_MD_CTX_free> context(EVP_MD_CTX_new());
-    if (m_key == nullptr || !context
+    if (m_keyKind != kind || !context
         || EVP_DigestVerifyInit(context.get(), nullptr, hashMethod(hash), nullptr, m_key) != 1) {
         ERR_clear_error();
         return SignatureCheck::unsupported;
@@ -175,11 +208,6 @@ std::optional<std::string> Certificate::longDescription() const
             return text;
     }
     return std::nullopt;
-}
-
-HashValue Certificate::fingerprint() const
-{
-    return hashOf(HashAlgorithm::sha256, m_encoding);
 }
 
 } // namespace quorvane

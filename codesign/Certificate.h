@@ -15,23 +15,39 @@ namespace quorvane {
 
 enum class SignatureCheck { good, wrong, unsupported };
 
+// The kinds of key that sign here.
+enum class KeyKind { rsa, ellipticCurve };
+
+// Whose certificate is meant: an issuer's name and the serial number it gave.
+class CertificateName {
+public:
+    // Each a whole encoded element; none when one of them is no such thing.
+    static std::optional<CertificateName> parse(ByteView issuer, ByteView serial);
+
+private:
+    friend class Certificate;
+    std::shared_ptr<X509_NAME> m_issuer;
+    std::shared_ptr<ASN1_INTEGER> m_serial;
+};
+
 // One X.509 certificate.
 //
-// Only RSA keys of 512 to 8192 bits with short exponents are used: all that code signatures are made with,
-// and no key that keeps a processor busy. Cheap to copy; copies share the certificate. Not for two threads at
-// once.
+// Only RSA keys of 512 to 8192 bits with short exponents and keys on the curves P-256, P-384 and P-521 are
+// used: all that code signatures are made with, and no key that keeps a processor busy. Cheap to copy; copies
+// share the certificate. Not for two threads at once.
 class Certificate {
 public:
-    // None when the bytes are no certificate.
+    // None when the bytes are no certificate, or are more than 64 KiB: many times what genuine ones take.
     static std::optional<Certificate> parse(ByteView der);
 
-    // True when `issuer` bears the issuer's name and its key verifies the signature of this certificate.
+    // True when `issuer` bears the name that this certificate gives as its issuer's. That proves nothing yet.
+    bool namesAsIssuer(const Certificate& issuer) const;
+
+    // True when its key verifies the signature of this certificate as well.
     bool isIssuedBy(const Certificate& issuer) const;
     bool isSelfSigned() const { return isIssuedBy(*this); }
 
-    // True when this is the certificate with that issuer name and serial number, each a whole encoded
-    // element.
-    bool isNamed(ByteView issuer, ByteView serial) const;
+    bool isNamed(const CertificateName& name) const;
     bool hasKeyIdentifier(ByteView identifier) const;
     bool isSameAs(const Certificate& other) const;
 
@@ -40,8 +56,9 @@ public:
     bool mayStampTime() const;
     bool isValidAt(std::time_t time) const;
 
-    // Verifies an RSA signature, padded as PKCS #1 v1.5, over `message`.
-    SignatureCheck verify(HashAlgorithm hash, ByteView message, ByteView signature) const;
+    // Verifies a signature over `message`: of RSA, padded as PKCS #1 v1.5, or of ECDSA. Unsupported when the
+    // certificate has no key of that kind.
+    SignatureCheck verify(KeyKind kind, HashAlgorithm hash, ByteView message, ByteView signature) const;
 
     // The subject's names as UTF-8; none without such a part.
     std::optional<std::string> commonName() const;
@@ -49,16 +66,17 @@ public:
     std::optional<std::string> longDescription() const;
 
     // The SHA-256 of the certificate's encoding.
-    HashValue fingerprint() const;
+    const HashValue& fingerprint() const { return m_fingerprint; }
 
 private:
-    explicit Certificate(std::shared_ptr<X509> certificate);
+    Certificate(std::shared_ptr<X509> certificate, const HashValue& fingerprint);
     std::optional<std::string> subjectPart(int part) const;
     bool mayBeUsedFor(std::uint32_t usage) const;
 
     std::shared_ptr<X509> m_certificate;
-    Bytes m_encoding;
+    HashValue m_fingerprint;
     EVP_PKEY* m_key = nullptr; // the certificate's; null when it is of no use here
+    std::optional<KeyKind> m_keyKind; // none without such a key
 };
 
 } // namespace quorvane

@@ -7,6 +7,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t longestChain = 10;
+constexpr int mostWrongIssuers = 200;
 
 } // namespace
 
@@ -29,6 +30,7 @@ CertificateChain buildChain(const Certificate& leaf, const std::vector<Certifica
 {
     CertificateChain chain;
     chain.certificates.push_back(leaf);
+    int attemptsLeft = mostWrongIssuers;
     while (chain.certificates.size() <= longestChain) {
         const Certificate last = chain.certificates.back();
         if (last.isSelfSigned()) {
@@ -38,7 +40,8 @@ CertificateChain buildChain(const Certificate& leaf, const std::vector<Certifica
         const auto issuer = std::find_if(others.begin(), others.end(), [&](const Certificate& candidate) {
             const bool taken = std::any_of(chain.certificates.begin(), chain.certificates.end(),
                 [&](const Certificate& one) { return one.isSameAs(candidate); });
-            return !taken && last.isIssuedBy(candidate);
+            return !taken && last.namesAsIssuer(candidate) && attemptsLeft-- > 0
+                && last.isIssuedBy(candidate);
         });
         if (issuer == others.end())
             break;

@@ -18,7 +18,8 @@ struct CertificateChain {
 };
 
 // Builds the chain from the certificates that came along, whatever their order. Takes none twice and stops
-// after ten. Certificates that are not on the way have no influence.
+// after ten, or after two hundred signatures that turned out wrong. Certificates that are not on the way have
+// no influence.
 CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others);
 
 } // namespace quorvane

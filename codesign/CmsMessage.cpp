@@ -7,6 +7,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::size_t mostCertificates = 100;
+constexpr std::size_t largestMessage = 1U << 20U; // bytes
 
 // The object identifier of SEQUENCE { identifier, parameters }.
 std::optional<ByteView> algorithmIdentifier(BerReader& reader)
@@ -50,7 +51,7 @@ std::optional<CmsSigner> readSigner(ByteView contents)
     if (!hash || !algorithm || !signature)
         return std::nullopt;
     signer.hash = hashAlgorithmOf(*hash);
-    signer.usesRsa = isRsaSignature(*algorithm);
+    signer.keyKind = keyKindOf(*algorithm);
     signer.signature = signature->content;
     if (const auto attributes = reader.next(berTag::context1))
         signer.unsignedAttributes = attributes->content;
@@ -130,6 +131,8 @@ std::optional<ByteView> CmsSigner::unsignedAttribute(std::string_view objectIden
 
 std::optional<CmsMessage> parseCms(ByteView bytes)
 {
+    if (bytes.size() > largestMessage)
+        return std::nullopt;
     const auto info = BerReader(bytes).next(berTag::sequence);
     BerReader infoParts(info ? info->content : ByteView());
     const auto type = infoParts.next(berTag::objectIdentifier);

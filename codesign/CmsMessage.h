@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codesign/Ber.h"
+#include "codesign/Certificate.h"
 #include "codesign/Hasher.h"
 
 #include <optional>
@@ -15,7 +16,7 @@ struct CmsSigner {
     ByteView serial;
     ByteView keyIdentifier;
     std::optional<HashAlgorithm> hash; // none for one that is not known here
-    bool usesRsa = false;
+    std::optional<KeyKind> keyKind; // of the key that signed; none for one that is not used here
     std::optional<BerElement> signedAttributes;
     ByteView unsignedAttributes;
     ByteView signature;
@@ -33,7 +34,8 @@ struct CmsMessage {
     std::optional<CmsSigner> signer; // the first; none when nobody signed
 };
 
-// None when the bytes are no such message, or carry more than a hundred certificates.
+// None when the bytes are no such message, are more than a mebibyte, or carry more than a hundred
+// certificates. Genuine messages take a few kilobytes.
 std::optional<CmsMessage> parseCms(ByteView bytes);
 
 } // namespace quorvane

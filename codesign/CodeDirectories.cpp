@@ -16,17 +16,24 @@ int strength(const CodeDirectory& directory)
     return found == weakestFirst.end() ? 0 : static_cast<int>(found - weakestFirst.begin()) + 1;
 }
 
-ValidityStatus add(ByteView blob, std::vector<CodeDirectory>& all)
+HashValue hashOfDirectory(const CodeDirectory& directory)
+{
+    const auto algorithm = directory.hashAlgorithm();
+    return algorithm ? hashOf(*algorithm, directory.blob()) : HashValue();
+}
+
+ValidityStatus add(ByteView blob, CodeDirectories& loaded)
 {
     CodeDirectory directory;
     const ValidityStatus status = CodeDirectory::parse(blob, directory);
     if (status != status::valid)
         return status;
-    const bool repeated = std::any_of(all.begin(), all.end(),
+    const bool repeated = std::any_of(loaded.all.begin(), loaded.all.end(),
         [&](const CodeDirectory& other) { return other.hashType() == directory.hashType(); });
     if (repeated)
         return status::signatureInvalid;
-    all.push_back(directory);
+    loaded.all.push_back(directory);
+    loaded.hashes.push_back(hashOfDirectory(directory));
     return status::valid;
 }
 
@@ -39,7 +46,7 @@ CodeDirectories loadCodeDirectories(const SignatureContainer& container)
     if (!blob)
         return result;
     for (std::uint32_t slot = signatureSlot::firstAlternate; blob; ++slot) {
-        result.status = add(*blob, result.all);
+        result.status = add(*blob, result);
         if (result.status != status::valid)
             return result;
         blob = slot <= signatureSlot::lastAlternate ? container.blob(slot) : std::nullopt;
@@ -52,12 +59,6 @@ CodeDirectories loadCodeDirectories(const SignatureContainer& container)
     if (strength(*best) == 0)
         result.status = status::unknownHashes;
     return result;
-}
-
-HashValue directoryHash(const CodeDirectory& directory)
-{
-    const auto algorithm = directory.hashAlgorithm();
-    return algorithm ? hashOf(*algorithm, directory.blob()) : HashValue();
 }
 
 } // namespace quorvane

@@ -12,6 +12,8 @@ namespace quorvane {
 struct CodeDirectories {
     ValidityStatus status = status::unsignedCode; // unless valid, nothing is known of the program
     std::vector<CodeDirectory> all; // in the order of the slots; the signer signed the first
+    // By which each of them is known: its own kind of hash over its whole blob. Empty for an unknown kind.
+    std::vector<HashValue> hashes;
     std::size_t best = 0; // the one with the strongest hash, which tells the program's identity
 
     const CodeDirectory& first() const { return all.front(); }
@@ -20,10 +22,6 @@ struct CodeDirectories {
 
 // Loads the CodeDirectories; the first that is damaged fails them all.
 CodeDirectories loadCodeDirectories(const SignatureContainer& container);
-
-// The hash by which a CodeDirectory is known: its own kind of hash over its whole blob. Empty for an unknown
-// kind.
-HashValue directoryHash(const CodeDirectory& directory);
 
 // Such hashes are listed cut to this many bytes.
 inline constexpr std::size_t listedHashLength = 20;

@@ -20,17 +20,16 @@ bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
     const PropertyValue* hashes = list ? list->find("cdhashes") : nullptr;
     if (hashes == nullptr || hashes->kind != PropertyValue::Kind::array)
         return false;
-    std::vector<const CodeDirectory*> sorted;
-    for (const CodeDirectory& directory : directories.all)
-        sorted.push_back(&directory);
-    std::sort(sorted.begin(), sorted.end(), [](const CodeDirectory* left, const CodeDirectory* right) {
-        return left->hashType() < right->hashType();
-    });
+    std::vector<std::pair<std::uint8_t, HashValue>> sorted;
+    for (std::size_t i = 0; i < directories.all.size(); ++i)
+        sorted.emplace_back(directories.all[i].hashType(), directories.hashes[i]);
+    std::sort(sorted.begin(), sorted.end(),
+        [](const auto& left, const auto& right) { return left.first < right.first; });
     return std::equal(hashes->items.begin(), hashes->items.end(), sorted.begin(), sorted.end(),
-        [](const PropertyValue& item, const CodeDirectory* directory) {
+        [](const PropertyValue& item, const auto& loaded) {
             const ByteView stored(item.text.data(), item.text.size());
             return item.kind == PropertyValue::Kind::data && stored.size() == listedHashLength
-                && directoryHash(*directory).startsWith(stored);
+                && loaded.second.startsWith(stored);
         });
 }
 
@@ -52,10 +51,11 @@ bool matchesSet(ByteView values, const CodeDirectories& directories)
         listed.emplace_back(*algorithm, hash->content.text());
     }
     std::vector<NamedHash> loaded;
-    for (const CodeDirectory& directory : directories.all) {
-        if (!directory.hashAlgorithm())
+    for (std::size_t i = 0; i < directories.all.size(); ++i) {
+        const auto algorithm = directories.all[i].hashAlgorithm();
+        if (!algorithm)
             return false;
-        loaded.emplace_back(*directory.hashAlgorithm(), directoryHash(directory).view().text());
+        loaded.emplace_back(*algorithm, directories.hashes[i].view().text());
     }
     std::sort(listed.begin(), listed.end());
     std::sort(loaded.begin(), loaded.end());

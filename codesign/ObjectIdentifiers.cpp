@@ -19,14 +19,21 @@ std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier)
     return std::nullopt;
 }
 
-bool isRsaSignature(ByteView objectIdentifier)
+std::optional<KeyKind> keyKindOf(ByteView objectIdentifier)
 {
-    // alone, with SHA-1, SHA-256, SHA-384, SHA-512
-    constexpr std::string_view lastOctets("\x01\x05\x0b\x0c\x0d", 5);
-    constexpr std::string_view family = "\x2a\x86\x48\x86\xf7\x0d\x01\x01";
+    // by themselves, with SHA-1, SHA-256, SHA-384, SHA-512
+    constexpr std::array<std::string_view, 5> rsa{"\x2a\x86\x48\x86\xf7\x0d\x01\x01\x01",
+        "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x05", "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0b",
+        "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0c", "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0d"};
+    constexpr std::array<std::string_view, 5> ellipticCurve{"\x2a\x86\x48\xce\x3d\x02\x01",
+        "\x2a\x86\x48\xce\x3d\x04\x01", "\x2a\x86\x48\xce\x3d\x04\x03\x02",
+        "\x2a\x86\x48\xce\x3d\x04\x03\x03", "\x2a\x86\x48\xce\x3d\x04\x03\x04"};
     const std::string_view text = objectIdentifier.text();
-    return text.size() == family.size() + 1 && text.starts_with(family)
-        && lastOctets.find(text.back()) != std::string_view::npos;
+    if (std::find(rsa.begin(), rsa.end(), text) != rsa.end())
+        return KeyKind::rsa;
+    if (std::find(ellipticCurve.begin(), ellipticCurve.end(), text) != ellipticCurve.end())
+        return KeyKind::ellipticCurve;
+    return std::nullopt;
 }
 
 } // namespace quorvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codesign/ByteView.h"
+#include "codesign/Certificate.h"
 #include "codesign/Hasher.h"
 
 #include <optional>
@@ -24,7 +25,8 @@ inline constexpr std::string_view hashListSet = "\x2a\x86\x48\x86\xf7\x63\x64\x0
 // None for a hash that signatures do not use.
 std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier);
 
-// True for RSA by itself and for RSA named together with a hash.
-bool isRsaSignature(ByteView objectIdentifier);
+// The kind of key that makes such signatures, named by itself or together with a hash; none for a kind that
+// is not used here.
+std::optional<KeyKind> keyKindOf(ByteView objectIdentifier);
 
 } // namespace quorvane

@@ -6,6 +6,15 @@ namespace quorvane {
 
 namespace {
 
+// What comparing may cost, in hashed bytes; each page costs some more. Twice what the largest programs take.
+constexpr std::uint64_t mostWork = 2ULL << 30U;
+constexpr std::uint64_t workOfPage = 512;
+
+std::uint64_t workOf(const CodeDirectory& directory)
+{
+    return std::min(directory.codeLimit(), mostWork) + directory.pageCount() * workOfPage;
+}
+
 // Follows the bytes of a program and compares page after page with one directory's hashes.
 class PageChecker {
 public:
@@ -59,16 +68,20 @@ ValidityStatus verifyPages(
 {
     std::vector<PageChecker> checkers;
     std::uint64_t limit = 0;
+    std::uint64_t work = 0;
     for (const CodeDirectory& directory : directories) {
         const auto algorithm = directory.hashAlgorithm();
         if (!algorithm)
             return status::unsupported;
         checkers.emplace_back(directory, *algorithm);
         limit = std::max(limit, directory.codeLimit());
+        work += workOf(directory);
     }
     // Said before reading gigabytes in vain.
     if (sliceOffset > file.size() || limit > file.size() - sliceOffset)
         return status::signatureFailed;
+    if (work > mostWork)
+        return status::notVerifiable;
     bool same = true;
     const ReadResult result = file.forEachPiece(sliceOffset, limit, [&](ByteView piece) {
         same = std::all_of(

@@ -13,13 +13,14 @@ namespace quorvane {
 namespace {
 
 constexpr std::uint64_t largestInfoPlistSection = 4U << 20U;
-constexpr std::uint64_t largestSeal = 64U << 20U;
+constexpr std::uint64_t largestSeal = 16U << 20U;
 constexpr std::uint64_t blobHeaderSize = 8;
 
 // A text that nobody can show is none.
 std::optional<std::string> shownText(std::string_view text)
 {
-    return isValidUtf8(text) ? std::optional<std::string>(text) : std::nullopt;
+    constexpr std::size_t longestShown = 4096;
+    return text.size() <= longestShown && isValidUtf8(text) ? std::optional<std::string>(text) : std::nullopt;
 }
 
 CertificateFacts factsOf(const Certificate& certificate, const TrustAnchor& anchor)
@@ -125,8 +126,8 @@ std::optional<Bytes> ProgramCode::infoPlist() const
 bool ProgramCode::isKnownBy(ByteView codeDirectoryHash) const
 {
     return codeDirectoryHash.size() == listedHashLength
-        && std::any_of(m_directories.all.begin(), m_directories.all.end(),
-            [&](const CodeDirectory& one) { return directoryHash(one).startsWith(codeDirectoryHash); });
+        && std::any_of(m_directories.hashes.begin(), m_directories.hashes.end(),
+            [&](const HashValue& one) { return one.startsWith(codeDirectoryHash); });
 }
 
 ValidityStatus ProgramCode::checkResources(std::uint32_t flags, SealBudget& budget) const

@@ -13,7 +13,7 @@ constexpr std::uint64_t indexEntrySize = 8;
 constexpr std::uint64_t blobHeaderSize = 8;
 
 // A container takes about a hundredth of its program and has a dozen blobs.
-constexpr std::uint64_t largestContainer = 64U << 20U;
+constexpr std::uint64_t largestContainer = 32U << 20U;
 constexpr std::uint32_t mostBlobs = 1024;
 
 } // namespace

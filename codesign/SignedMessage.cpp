@@ -19,19 +19,20 @@ std::vector<Certificate> certificatesOf(const CmsMessage& message)
 std::optional<Certificate> certificateOf(
     const CmsSigner& signer, const std::vector<Certificate>& certificates)
 {
+    const bool byKey = !signer.keyIdentifier.empty();
+    const auto name = byKey ? std::nullopt : CertificateName::parse(signer.issuer, signer.serial);
     const auto found = std::find_if(certificates.begin(), certificates.end(), [&](const Certificate& one) {
-        return signer.keyIdentifier.empty() ? one.isNamed(signer.issuer, signer.serial)
-                                            : one.hasKeyIdentifier(signer.keyIdentifier);
+        return byKey ? one.hasKeyIdentifier(signer.keyIdentifier) : name && one.isNamed(*name);
     });
     return found == certificates.end() ? std::nullopt : std::optional(*found);
 }
 
 SignatureCheck checkSigner(const CmsSigner& signer, ByteView content, const Certificate& certificate)
 {
-    if (!signer.hash || !signer.usesRsa)
+    if (!signer.hash || !signer.keyKind)
         return SignatureCheck::unsupported;
     if (!signer.signedAttributes)
-        return certificate.verify(*signer.hash, content, signer.signature);
+        return certificate.verify(*signer.keyKind, *signer.hash, content, signer.signature);
 
     const auto values = signer.signedAttribute(oid::messageDigest);
     const auto digest = BerReader(values.value_or(ByteView())).next(berTag::octetString);
@@ -40,7 +41,7 @@ SignatureCheck checkSigner(const CmsSigner& signer, ByteView content, const Cert
     const ByteView standing = signer.signedAttributes->whole;
     Bytes attributes(standing.begin(), standing.end());
     attributes.front() = berTag::set; // what was signed is the set, not the tagged field it stands in
-    return certificate.verify(*signer.hash, attributes, signer.signature);
+    return certificate.verify(*signer.keyKind, *signer.hash, attributes, signer.signature);
 }
 
 } // namespace quorvane

@@ -208,23 +208,97 @@ TEST(Certificates, WithoutACommonNameAreNamedByUnitElseByOrganization)
     EXPECT_NE(answers(byUnit).find("platform 0, The Unit"), std::string::npos);
 }
 
-TEST(Certificates, AreUsedWithRsaKeysOfReasonableLengthOnly)
+TEST(Certificates, OfEllipticCurvesAreVerifiedLikeRsaOnes)
+{
+    for (const char* curve : {"P-256", "P-384", "P-521"}) {
+        const Identity signer = makeIdentity(testCurveKey(curve), signerPlan(), &testAuthority().root);
+        const CmsPlan plan = signedBy(signer, {testAuthority().root});
+        EXPECT_EQ(answers(signedProgram(plan)),
+            "basic 2, strict 2, com.example.tool, TEAM123456, platform 0, A Signer")
+            << curve;
+
+        SignaturePlan tampered = signedPlan(plan);
+        tampered.sign = [&plan](std::vector<Bytes> directories) {
+            directories.front()[12] ^= 1U;
+            return makeCms(plan, directories);
+        };
+        EXPECT_EQ(answers(programOf(tampered)), unproven("3")) << curve << " over another directory";
+        tampered.sign = [&plan](const std::vector<Bytes>& directories) {
+            Bytes cms = makeCms(plan, directories);
+            cms[cms.size() - 20] ^= 1U; // within the signature, which stands last
+            return cms;
+        };
+        EXPECT_EQ(answers(programOf(tampered)), unproven("3")) << curve << " with another signature";
+    }
+}
+
+TEST(Certificates, OfEllipticCurvesMayIssueOthers)
+{
+    CertificatePlan authority;
+    authority.commonName = "Curve Authority";
+    authority.authority = true;
+    const Identity root = makeIdentity(testCurveKey("P-384"), authority);
+    const Identity signer = signerBelow(root, signerPlan());
+    EXPECT_EQ(states(signedProgram(signedBy(signer, {root}))), "2 2");
+
+    const Identity impostor = makeIdentity(testCurveKey("P-256"), authority);
+    EXPECT_EQ(states(signedProgram(signedBy(signer, {impostor}))), "6 6") << "its name with another key";
+}
+
+TEST(Certificates, AreNotUsedWithAKeyOfAnotherKindThanTheSignatureSays)
+{
+    const Identity curve = makeIdentity(testCurveKey("P-256"), signerPlan(), &testAuthority().root);
+    const auto certificate = Certificate::parse(curve.encoded());
+    EXPECT_EQ(certificate->verify(KeyKind::rsa, HashAlgorithm::sha256, {}, Bytes(128)),
+        SignatureCheck::unsupported);
+    EXPECT_EQ(certificate->verify(KeyKind::ellipticCurve, HashAlgorithm::sha256, {}, Bytes(128)),
+        SignatureCheck::wrong);
+}
+
+TEST(Certificates, LargerThanAnyGenuineOneAreNone)
+{
+    CertificatePlan plan = signerPlan();
+    plan.padding = 60U << 10U;
+    EXPECT_TRUE(Certificate::parse(makeIdentity(testKey(1), plan).encoded()));
+    plan.padding = 64U << 10U;
+    EXPECT_FALSE(Certificate::parse(makeIdentity(testKey(1), plan).encoded()));
+}
+
+TEST(Certificates, TwoHundredWrongIssuersAreTriedAndNotMore)
+{
+    // given certificates that all bear the issuer's name, each with a number of its own
+    CertificatePlan sameName;
+    sameName.commonName = "Test Authority";
+    const auto parsed
+        = [](const Identity& identity) { return Certificate::parse(identity.encoded()).value(); };
+    std::vector<Certificate> others;
+    for (int i = 0; i < 199; ++i)
+        others.push_back(parsed(makeIdentity(testKey(7), sameName)));
+    others.push_back(parsed(testAuthority().intermediate));
+    EXPECT_EQ(buildChain(parsed(testAuthority().signer), others).certificates.size(), 2U);
+    others.insert(others.begin(), parsed(makeIdentity(testKey(7), sameName)));
+    EXPECT_EQ(buildChain(parsed(testAuthority().signer), others).certificates.size(), 1U);
+}
+
+TEST(Certificates, AreUsedWithKeysOfReasonableLengthOnly)
 {
     CertificatePlan shortest = signerPlan();
     shortest.keyBits = 512;
     const Identity signer = signerBelow(testAuthority().root, shortest);
     EXPECT_EQ(states(signedProgram(signedBy(signer, {testAuthority().root}))), "2 2");
 
-    const std::shared_ptr<EVP_PKEY> curve(EVP_EC_gen("P-256"), EVP_PKEY_free);
-    for (const auto& key : {curve, publicKey(65536, 17), publicKey(8193, 17), publicKey(2048, 34)}) {
+    for (const auto& key : {testCurveKey("secp256k1"), testCurveKey("P-224"), publicKey(65536, 17),
+             publicKey(8193, 17), publicKey(2048, 34)}) {
         CertificatePlan plan = signerPlan();
         const auto certificate = Certificate::parse(makeIdentity(key, plan, &testAuthority().root).encoded());
         ASSERT_TRUE(certificate);
-        EXPECT_EQ(certificate->verify(HashAlgorithm::sha256, {}, Bytes(128)), SignatureCheck::unsupported);
+        for (const KeyKind kind : {KeyKind::rsa, KeyKind::ellipticCurve})
+            EXPECT_EQ(certificate->verify(kind, HashAlgorithm::sha256, {}, Bytes(128)),
+                SignatureCheck::unsupported);
     }
     const auto longest = Certificate::parse(
         makeIdentity(publicKey(8192, 33), signerPlan(), &testAuthority().root).encoded());
-    EXPECT_EQ(longest->verify(HashAlgorithm::sha256, {}, Bytes(1024)), SignatureCheck::wrong);
+    EXPECT_EQ(longest->verify(KeyKind::rsa, HashAlgorithm::sha256, {}, Bytes(1024)), SignatureCheck::wrong);
 }
 
 TEST(Certificates, ThatHaveExpiredAreToleratedUnlessTheProgramAsks)

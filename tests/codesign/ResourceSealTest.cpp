@@ -228,7 +228,7 @@ TEST(ResourceSeal, HoldsNestedCodeByItsHash)
 {
     const Bytes helper = makeProgram();
     const auto container = SignatureContainer::parse(Bytes(helper.begin() + codeLength, helper.end()));
-    const HashValue hash = directoryHash(loadCodeDirectories(*container).strongest());
+    const HashValue hash = loadCodeDirectories(*container).hashes.front();
     const std::string sealed = seal("<key>Frameworks/helper</key><dict><key>cdhash</key><data>"
         + base64(ByteView(hash.bytes.data(), 20))
         + "</data><key>requirement</key><string>identifier x</string></dict>");

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <utility>
+
 namespace quorvane::test {
 
 namespace {
@@ -162,6 +165,28 @@ TEST(Signature, OfADirectoryThatIsDamagedFails)
     };
     for (const auto& c : cases)
         EXPECT_EQ(states(programAltered(c.offset, c.value, c.length)), c.states) << c.why;
+}
+
+TEST(Signature, OverMoreThanAnyProgramHasIsNotVerified)
+{
+    // given one page of gibibytes that the file claims to have, in a hole
+    constexpr std::uint64_t limit = 3ULL << 30U;
+    SignaturePlan plan;
+    plan.directories.front().pageSize = 0;
+    plan.directories.front().limit = limit;
+    const TemporaryFolder folder;
+    const std::string path = folder.write("program", programOf(plan));
+    std::filesystem::resize_file(path, limit + 1);
+    EXPECT_EQ(stateAt(path, 0x4), 4);
+}
+
+TEST(Signature, UnderAnIdentifierThatNobodyCouldReadTellsNone)
+{
+    SignaturePlan plan;
+    plan.directories.front().identifier = std::string(4096, 'x');
+    EXPECT_NE(answers(programOf(plan)).find("xxx"), std::string::npos);
+    plan.directories.front().identifier += "x";
+    EXPECT_EQ(answers(programOf(plan)), "basic 2, strict 2, none, none, platform 0, Self-Signed Certificate");
 }
 
 TEST(Signature, WithAScatterListThatEndsIsValid)

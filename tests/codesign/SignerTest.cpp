@@ -1,3 +1,4 @@
+#include "codesign/SignerCheck.h"
 #include "tests/support/Answers.h"
 #include "tests/support/ByteWriter.h"
 
@@ -140,6 +141,24 @@ TEST(Signer, BehindThousandsOfNestedLengthsCannotBeTold)
     SignaturePlan plan = signedPlan();
     plan.sign = [&deep](const std::vector<Bytes>&) { return deep; };
     EXPECT_EQ(answers(programOf(plan)), unproven("6"));
+}
+
+TEST(Signer, InAMessageOfMoreThanAMebibyteCannotBeTold)
+{
+    for (const std::size_t padding : {1000000U, 1100000U}) {
+        CmsPlan plan;
+        plan.alter = [padding](std::vector<Bytes>& attributes) {
+            attributes.push_back(elementOf(
+                0x30, {objectIdentifier("1.2.3"), elementOf(0x31, {element(0x04, Bytes(padding, 'x'))})}));
+        };
+        SignaturePlan signature = signedPlan(plan);
+        const Bytes code(codeLength, 0x90);
+        const auto container = SignatureContainer::parse(makeSignature(signature, code));
+        const CodeDirectories directories = loadCodeDirectories(*container);
+        const auto verdict
+            = checkCodeSigner(container->blob(signatureSlot::cms)->from(8), directories, testAnchor());
+        EXPECT_EQ(verdict.status, padding < (1U << 20U) ? status::valid : status::cmsUnreadable) << padding;
+    }
 }
 
 TEST(Signer, WithoutItsCertificateFails)

@@ -82,6 +82,8 @@ Bytes signerInfo(const SignerPlan& plan, ByteView content)
 {
     const Bytes hash = elementOf(0x30, {hashIdentifier(plan.hash), {0x05, 0x00}});
     const Bytes rsa = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.1.1"), {0x05, 0x00}});
+    const Bytes ecdsa = elementOf(0x30, {objectIdentifier("1.2.840.10045.4.3.2")});
+    const bool usesRsa = EVP_PKEY_is_a(plan.identity.key.get(), "RSA") == 1;
     std::vector<Bytes> parts{{0x02, 0x01, 0x01}, nameOf(plan.identity), hash};
     Bytes toSign(content.begin(), content.end());
     if (!plan.attributes.empty()) {
@@ -89,7 +91,7 @@ Bytes signerInfo(const SignerPlan& plan, ByteView content)
         parts.push_back(elementOf(0xa0, plan.attributes));
     }
     const Bytes signature = signatureOver(plan.identity, plan.hash, toSign);
-    parts.push_back(rsa);
+    parts.push_back(usesRsa ? rsa : ecdsa);
     parts.push_back(element(0x04, signature));
     if (const auto more = plan.unsignedAttribute ? plan.unsignedAttribute(signature) : std::nullopt)
         parts.push_back(element(0xa1, *more));

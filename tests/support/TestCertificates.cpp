@@ -33,15 +33,16 @@ void addExtension(X509* certificate, int kind, const std::string& value)
     X509_EXTENSION_free(extension);
 }
 
-void addCritical(X509* certificate, const std::string& identifier)
+void addUnknown(X509* certificate, const std::string& identifier, bool critical, const std::string& contents)
 {
     ASN1_OBJECT* object = OBJ_txt2obj(identifier.c_str(), 1);
-    ASN1_OCTET_STRING* null = ASN1_OCTET_STRING_new();
-    ASN1_OCTET_STRING_set(null, reinterpret_cast<const unsigned char*>("\x05\x00"), 2);
-    X509_EXTENSION* extension = X509_EXTENSION_create_by_OBJ(nullptr, object, 1, null);
+    ASN1_OCTET_STRING* bytes = ASN1_OCTET_STRING_new();
+    ASN1_OCTET_STRING_set(
+        bytes, reinterpret_cast<const unsigned char*>(contents.data()), static_cast<int>(contents.size()));
+    X509_EXTENSION* extension = X509_EXTENSION_create_by_OBJ(nullptr, object, critical ? 1 : 0, bytes);
     require(X509_add_ext(certificate, extension, -1) == 1);
     X509_EXTENSION_free(extension);
-    ASN1_OCTET_STRING_free(null);
+    ASN1_OCTET_STRING_free(bytes);
     ASN1_OBJECT_free(object);
 }
 
@@ -61,6 +62,16 @@ std::shared_ptr<EVP_PKEY> testKey(int number, int bits)
     auto& key = keys[{number, bits}];
     if (!key)
         key.reset(EVP_RSA_gen(static_cast<unsigned>(bits)), EVP_PKEY_free);
+    require(key != nullptr);
+    return key;
+}
+
+std::shared_ptr<EVP_PKEY> testCurveKey(const char* curve)
+{
+    static std::map<std::string, std::shared_ptr<EVP_PKEY>> keys;
+    auto& key = keys[curve];
+    if (!key)
+        key.reset(EVP_EC_gen(curve), EVP_PKEY_free);
     require(key != nullptr);
     return key;
 }
@@ -86,7 +97,9 @@ Identity makeIdentity(
     if (!plan.extendedUsage.empty())
         addExtension(x, NID_ext_key_usage, plan.extendedUsage);
     if (!plan.criticalExtension.empty())
-        addCritical(x, plan.criticalExtension);
+        addUnknown(x, plan.criticalExtension, true, std::string("\x05\x00", 2));
+    if (plan.padding > 0)
+        addUnknown(x, "1.2.3.4.5", false, std::string(plan.padding, 'x'));
     EVP_PKEY* signingKey = issuer == nullptr ? key.get() : issuer->key.get();
     require(X509_sign(x, signingKey, EVP_get_digestbyname(plan.hash)) > 0);
     return {key, certificate};

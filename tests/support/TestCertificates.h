@@ -27,6 +27,7 @@ struct CertificatePlan {
     bool authority = false;
     std::string extendedUsage; // as in OpenSSL configuration; empty for none
     std::string criticalExtension; // an identifier in dots
+    std::size_t padding = 0; // bytes in an extension that nobody knows
     std::string from = "20200101000000Z";
     std::string until = "20400101000000Z";
     int keyBits = 1024;
@@ -35,6 +36,9 @@ struct CertificatePlan {
 
 // An RSA key of its own for every call with another number, made once for the test program.
 std::shared_ptr<EVP_PKEY> testKey(int number, int bits = 1024);
+
+// An elliptic-curve key, one for each curve.
+std::shared_ptr<EVP_PKEY> testCurveKey(const char* curve);
 
 // A certificate for the key; issued by itself without an issuer.
 Identity makeIdentity(
