@@ -1,7 +1,7 @@
 #include "codesign/HashLists.h"
 
 #include "codesign/ObjectIdentifiers.h"
-#include "codesign/XmlPropertyList.h"
+#include "platform/PropertyListReader.h"
 
 #include <algorithm>
 #include <string>
@@ -16,20 +16,20 @@ namespace {
 bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
 {
     const auto text = BerReader(values).next(berTag::octetString);
-    const auto list = text ? parseXmlPropertyList(text->content) : std::nullopt;
-    const PropertyValue* hashes = list ? list->find("cdhashes") : nullptr;
-    if (hashes == nullptr || hashes->kind != PropertyValue::Kind::array)
+    const auto list = text ? readPropertyList(text->content.text()) : std::nullopt;
+    const auto* hashes = list ? list->find<PropertyValue::Array>("cdhashes") : nullptr;
+    if (hashes == nullptr)
         return false;
     std::vector<std::pair<std::uint8_t, HashValue>> sorted;
     for (std::size_t i = 0; i < directories.all.size(); ++i)
         sorted.emplace_back(directories.all[i].hashType(), directories.hashes[i]);
     std::sort(sorted.begin(), sorted.end(),
         [](const auto& left, const auto& right) { return left.first < right.first; });
-    return std::equal(hashes->items.begin(), hashes->items.end(), sorted.begin(), sorted.end(),
+    return std::equal(hashes->begin(), hashes->end(), sorted.begin(), sorted.end(),
         [](const PropertyValue& item, const auto& loaded) {
-            const ByteView stored(item.text.data(), item.text.size());
-            return item.kind == PropertyValue::Kind::data && stored.size() == listedHashLength
-                && loaded.second.startsWith(stored);
+            const auto* stored = item.as<PropertyValue::Data>();
+            return stored != nullptr && stored->bytes.size() == listedHashLength
+                && loaded.second.startsWith(ByteView(stored->bytes.data(), stored->bytes.size()));
         });
 }
 

@@ -1,7 +1,6 @@
 #include "codesign/InfoPlist.h"
 
-#include "codesign/BinaryPropertyList.h"
-#include "codesign/XmlPropertyList.h"
+#include "platform/PropertyListReader.h"
 
 namespace quorvane {
 
@@ -19,18 +18,12 @@ bool isPlainFileName(const std::string& name)
 
 std::optional<InfoPlist> parseInfoPlist(ByteView bytes)
 {
+    const auto list = readPropertyList(bytes.text());
+    if (!list || list->as<PropertyValue::Dictionary>() == nullptr)
+        return std::nullopt;
     InfoPlist info;
-    if (isBinaryPropertyList(bytes)) {
-        if (!readTextFromBinaryPropertyList(bytes, executableKey, info.executable))
-            return std::nullopt;
-    } else {
-        const auto list = parseXmlPropertyList(bytes);
-        if (!list || list->kind != PropertyValue::Kind::dictionary)
-            return std::nullopt;
-        const PropertyValue* name = list->find(executableKey);
-        if (name != nullptr && name->kind == PropertyValue::Kind::string)
-            info.executable = name->text;
-    }
+    if (const auto* name = list->find<std::string>(executableKey))
+        info.executable = *name;
     if (info.executable && !isPlainFileName(*info.executable))
         return std::nullopt;
     return info;

@@ -2,7 +2,7 @@
 
 #include "codesign/Hasher.h"
 #include "codesign/SealRules.h"
-#include "codesign/XmlPropertyList.h"
+#include "platform/PropertyListReader.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -28,59 +28,47 @@ struct SealedResource {
 
 using SealedResources = std::unordered_map<std::string, SealedResource>;
 
-const PropertyValue* findOfKind(
-    const PropertyValue& dictionary, std::string_view key, PropertyValue::Kind kind)
-{
-    const PropertyValue* value = dictionary.find(key);
-    return value != nullptr && value->kind == kind ? value : nullptr;
-}
-
 std::optional<SealedResource> parseResource(const PropertyValue& value)
 {
-    using Kind = PropertyValue::Kind;
-    SealedResource resource;
-    if (value.kind == Kind::data) {
-        resource.value = value.text;
-        return resource;
-    }
-    const PropertyValue* optional = findOfKind(value, "optional", Kind::boolean);
-    resource.optional = optional != nullptr && optional->flag;
+    using Kind = SealedResource::Kind;
+    if (const auto* hash = value.as<PropertyValue::Data>())
+        return SealedResource{Kind::file, HashAlgorithm::sha1, hash->bytes, false};
+    const auto* optional = value.find<bool>("optional");
+    const bool isOptional = optional != nullptr && *optional;
+    if (const auto* target = value.find<std::string>("symlink"))
+        return SealedResource{Kind::link, HashAlgorithm::sha1, *target, isOptional};
     const struct {
-        const PropertyValue* value;
+        const PropertyValue::Data* value;
         SealedResource::Kind kind;
         HashAlgorithm hash;
     } forms[] = {
-        {findOfKind(value, "symlink", Kind::string), SealedResource::Kind::link, HashAlgorithm::sha1},
-        {findOfKind(value, "cdhash", Kind::data), SealedResource::Kind::code, HashAlgorithm::sha1},
-        {findOfKind(value, "hash2", Kind::data), SealedResource::Kind::file, HashAlgorithm::sha256},
-        {findOfKind(value, "hash", Kind::data), SealedResource::Kind::file, HashAlgorithm::sha1},
+        {value.find<PropertyValue::Data>("cdhash"), Kind::code, HashAlgorithm::sha1},
+        {value.find<PropertyValue::Data>("hash2"), Kind::file, HashAlgorithm::sha256},
+        {value.find<PropertyValue::Data>("hash"), Kind::file, HashAlgorithm::sha1},
     };
     for (const auto& form : forms) {
-        if (form.value == nullptr)
-            continue;
-        resource.kind = form.kind;
-        resource.hash = form.hash;
-        resource.value = form.value->text;
-        return resource;
+        if (form.value != nullptr)
+            return SealedResource{form.kind, form.hash, form.value->bytes, isOptional};
     }
     return std::nullopt;
 }
 
 // The newer lists count when both are there.
-const PropertyValue* newerOf(const PropertyValue& seal, std::string_view newer, std::string_view older)
+const PropertyValue::Dictionary* newerOf(
+    const PropertyValue& seal, std::string_view newer, std::string_view older)
 {
-    const PropertyValue* found = findOfKind(seal, newer, PropertyValue::Kind::dictionary);
-    return found != nullptr ? found : findOfKind(seal, older, PropertyValue::Kind::dictionary);
+    const auto* found = seal.find<PropertyValue::Dictionary>(newer);
+    return found != nullptr ? found : seal.find<PropertyValue::Dictionary>(older);
 }
 
-std::optional<SealedResources> parseResources(const PropertyValue& files)
+std::optional<SealedResources> parseResources(const PropertyValue::Dictionary& files)
 {
     SealedResources resources;
-    for (std::size_t i = 0; i < files.items.size(); ++i) {
-        auto resource = parseResource(files.items[i]);
+    for (const auto& [path, value] : files) {
+        auto resource = parseResource(value);
         if (!resource)
             return std::nullopt;
-        resources.insert_or_assign(files.keys[i], std::move(*resource));
+        resources.insert_or_assign(path, std::move(*resource));
     }
     return resources;
 }
@@ -148,11 +136,15 @@ private:
             subfolders.push_back(path + "/");
             return true;
         }
-        const std::size_t cost = m_rules.costOf(path);
-        if (cost > m_budget.steps)
-            return false;
-        m_budget.steps -= cost;
-        return m_rules.mayBeUnsealed(path);
+        return mayBeUnsealed(path);
+    }
+
+    bool mayBeUnsealed(const std::string& path)
+    {
+        const auto started = std::chrono::steady_clock::now();
+        const bool unsealed = m_rules.mayBeUnsealed(path);
+        m_budget.comparing -= std::chrono::steady_clock::now() - started;
+        return unsealed && m_budget.comparing > std::chrono::nanoseconds::zero();
     }
 
     bool resourceMatches(const fs::path& path, fs::file_status kind, const SealedResource& resource)
@@ -198,9 +190,9 @@ private:
 bool resourcesMatchSeal(
     const BundleLayout& bundle, ByteView seal, const NestedCodeCheck& isIntactCode, SealBudget& budget)
 {
-    const auto list = parseXmlPropertyList(seal);
-    const PropertyValue* files = list ? newerOf(*list, "files2", "files") : nullptr;
-    const PropertyValue* ruleList = list ? newerOf(*list, "rules2", "rules") : nullptr;
+    const auto list = readPropertyList(seal.text());
+    const auto* files = list ? newerOf(*list, "files2", "files") : nullptr;
+    const auto* ruleList = list ? newerOf(*list, "rules2", "rules") : nullptr;
     if (files == nullptr || ruleList == nullptr)
         return false;
     auto resources = parseResources(*files);

@@ -3,6 +3,7 @@
 #include "codesign/BundleLayout.h"
 #include "codesign/ByteView.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -12,7 +13,7 @@ namespace quorvane {
 struct SealBudget {
     std::size_t entries = 500'000; // files and folders
     std::uint64_t bytes = 64ULL << 30U; // hashed
-    std::uint64_t steps = 4'000'000'000; // of comparing paths with rules
+    std::chrono::nanoseconds comparing = std::chrono::seconds(1); // paths with rules
     std::size_t nestedCodes = 1000;
 };
 

@@ -1,62 +1,74 @@
 #include "codesign/SealRules.h"
 
-#include <charconv>
+#include <string>
+#include <utility>
 
 namespace quorvane {
 
 namespace {
 
-constexpr std::size_t mostRules = 256;
+constexpr std::size_t mostRules = 64;
+constexpr std::size_t longestPattern = 1024;
+
+// Searching takes time in proportion to path times pattern, as compiled; this bounds what a pattern compiles
+// to.
+constexpr std::int64_t mostPatternMemory = 128 << 10; // bytes
+
+// Null for a pattern that is refused. Paths are bytes, of whatever encoding.
+std::unique_ptr<const RE2> compiled(std::string_view pattern)
+{
+    RE2::Options options(RE2::Latin1);
+    options.set_posix_syntax(true);
+    options.set_one_line(true);
+    options.set_dot_nl(true);
+    options.set_never_capture(true);
+    options.set_log_errors(false);
+    options.set_max_mem(mostPatternMemory);
+    auto expression = std::make_unique<const RE2>(re2::StringPiece(pattern.data(), pattern.size()), options);
+    return expression->ok() ? std::move(expression) : nullptr;
+}
 
 double weightOf(const PropertyValue& rule)
 {
-    const PropertyValue* weight = rule.find("weight");
-    double value = 1;
-    if (weight != nullptr && weight->kind == PropertyValue::Kind::other)
-        std::from_chars(weight->text.data(), weight->text.data() + weight->text.size(), value);
-    return value;
+    if (const auto* weight = rule.find<double>("weight"))
+        return *weight;
+    const auto* weight = rule.find<std::int64_t>("weight");
+    return weight == nullptr ? 1 : static_cast<double>(*weight);
 }
 
 bool omits(const PropertyValue& rule)
 {
-    if (rule.kind == PropertyValue::Kind::boolean)
-        return !rule.flag;
-    const PropertyValue* omit = rule.find("omit");
-    return omit != nullptr && omit->kind == PropertyValue::Kind::boolean && omit->flag;
+    if (const auto* include = rule.as<bool>())
+        return !*include;
+    const auto* omit = rule.find<bool>("omit");
+    return omit != nullptr && *omit;
 }
 
 } // namespace
 
-std::optional<SealRules> SealRules::parse(const PropertyValue& rules)
+std::optional<SealRules> SealRules::parse(const PropertyValue::Dictionary& rules)
 {
-    if (rules.kind != PropertyValue::Kind::dictionary || rules.items.size() > mostRules)
+    if (rules.size() > mostRules)
         return std::nullopt;
     SealRules result;
-    for (std::size_t i = 0; i < rules.items.size(); ++i) {
-        const auto pattern = SealPattern::compile(rules.keys[i]);
+    for (const auto& [text, rule] : rules) {
+        auto pattern = text.size() <= longestPattern ? compiled(text) : nullptr;
         if (!pattern)
             return std::nullopt;
-        result.m_rules.push_back({*pattern, weightOf(rules.items[i]), omits(rules.items[i])});
+        result.m_rules.push_back({std::move(pattern), weightOf(rule), omits(rule)});
     }
     return result;
 }
 
 bool SealRules::mayBeUnsealed(std::string_view path) const
 {
+    const re2::StringPiece text(path.data(), path.size());
     const Rule* best = nullptr;
     for (const Rule& rule : m_rules) {
-        if ((best == nullptr || rule.weight > best->weight) && rule.pattern.isFoundIn(path))
+        if ((best == nullptr || rule.weight > best->weight) && RE2::PartialMatch(text, *rule.pattern))
             best = &rule;
     }
     return best == nullptr || best->omit;
-}
-
-std::size_t SealRules::costOf(std::string_view path) const
-{
-    std::size_t cost = 0;
-    for (const Rule& rule : m_rules)
-        cost += rule.pattern.cost() * (path.size() + 1);
-    return cost;
 }
 
 } // namespace quorvane

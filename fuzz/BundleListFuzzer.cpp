@@ -1,6 +1,6 @@
 #include "codesign/InfoPlist.h"
 #include "codesign/SealRules.h"
-#include "codesign/XmlPropertyList.h"
+#include "platform/PropertyListReader.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,10 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto info = parseInfoPlist(ByteView(data, size));
     if (info && info->executable && info->executable->find('/') != std::string::npos)
         std::abort();
-    const auto list = parseXmlPropertyList(ByteView(data, size));
-    if (list && list->kind == PropertyValue::Kind::dictionary && list->keys.size() != list->items.size())
-        std::abort();
-    if (const auto rules = list ? SealRules::parse(*list) : std::nullopt)
+    const auto list = readPropertyList(ByteView(data, size).text());
+    const auto* dictionary = list ? list->as<PropertyValue::Dictionary>() : nullptr;
+    if (const auto rules = dictionary != nullptr ? SealRules::parse(*dictionary) : std::nullopt)
         rules->mayBeUnsealed("Contents/Resources/en.lproj/.DS_Store");
     return 0;
 }

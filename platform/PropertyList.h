@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/PropertyValue.h"
+
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,16 +11,17 @@ namespace quorvane {
 
 // A property list whose root is a dictionary, read as the Foundation framework reads its values.
 //
-// XML (UTF-8, and UTF-16 with a byte order mark) and binary are understood; the old text form is not. What is
-// written is XML. Whatever a list held when it was read, of whatever type, it holds until it is set; a date
-// loses its fraction of a second on the way to XML, which has none. Not for two threads at once.
+// XML and binary lists up to 16 MiB are understood (PropertyListReader.h says which); the old text form is
+// not. What is written is XML. Whatever a list held when it was read, of whatever type, it holds until it is
+// set; a date loses its fraction of a second on the way to XML, which has none. Not for two
+// threads at once.
 class PropertyList {
 public:
     // An empty dictionary.
-    PropertyList();
+    PropertyList() = default;
 
-    // None when the file is missing, unreadable, damaged, larger than 128 KiB or has another root than a
-    // dictionary.
+    // None when the file is missing, unreadable, damaged, larger than is understood or has another root than
+    // a dictionary.
     static std::optional<PropertyList> read(const std::string& path);
     static std::optional<PropertyList> parse(std::string_view bytes);
 
@@ -38,9 +40,14 @@ public:
     void setBool(const std::string& key, bool value);
     void setInteger(const std::string& key, std::int32_t value);
 
-    std::string xml() const;
+    // The bytes of the file: XML, or the binary form when XML cannot hold a text of the list (with a control
+    // character, say) or would be larger than is understood. None when both would be.
+    std::optional<std::string> fileBytes() const;
 
-    // The list in one line, for the log: {"key" = 1; ...}.
+    // The same, for lists that are known to be small; nothing for one that is too large.
+    std::string xml() const { return fileBytes().value_or(std::string()); }
+
+    // The list in one line, for the log: {"key" = 1; ...}. Cut after 64 KiB.
     std::string description() const;
 
     // Writes the list in place; an existing file keeps its inode and permissions. False when the file cannot
@@ -49,15 +56,10 @@ public:
     bool writeToFile(const std::string& path) const;
 
 private:
-    using Node = void*;
-    struct Free {
-        void operator()(Node root) const;
-    };
-    using Root = std::unique_ptr<void, Free>;
-    explicit PropertyList(Root root);
-    Node nodeForKey(const std::string& key) const;
+    explicit PropertyList(PropertyValue root);
+    void set(const std::string& key, PropertyValue value);
 
-    Root m_root;
+    PropertyValue m_root{PropertyValue::Dictionary()};
 };
 
 } // namespace quorvane

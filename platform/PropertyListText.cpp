@@ -1,153 +1,133 @@
 #include "platform/PropertyListText.h"
 
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <sstream>
 #include <string_view>
-
-#include <plist/plist.h>
+#include <utility>
 
 namespace quorvane {
 
 namespace {
 
 constexpr int deepestShown = 64;
+constexpr std::size_t mostShown = 64U << 10U; // bytes
 
-using OwnedByLibrary = std::unique_ptr<void, decltype(&std::free)>;
-
-void appendValue(std::ostream& out, plist_t node, int depth);
-
-void appendQuoted(std::ostream& out, std::string_view text)
+std::size_t startOfLastCharacter(std::string_view text)
 {
-    out << '"';
-    for (const char c : text) {
-        if (c == '"' || c == '\\')
-            out << '\\' << c;
-        else if (c == '\n')
-            out << "\\n";
+    std::size_t at = text.size() - 1;
+    while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U)
+        --at;
+    return at;
+}
+
+// Any date that a list can hold, beyond 64 bits too.
+std::string wholeSeconds(double seconds)
+{
+    std::array<char, 512> digits{};
+    const char* end = std::to_chars(
+        digits.data(), digits.data() + digits.size(), std::trunc(seconds), std::chars_format::fixed)
+                          .ptr;
+    return std::string(std::as_const(digits).data(), end);
+}
+
+class Writer {
+public:
+    void write(const PropertyValue& value)
+    {
+        if (m_depth > deepestShown || isFull())
+            m_out << "...";
         else
-            out << c;
+            std::visit(*this, value.value);
     }
-    out << '"';
-}
 
-void appendData(std::ostream& out, plist_t node)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::uint64_t length = 0;
-    const char* bytes = plist_get_data_ptr(node, &length);
-    out << '<';
-    for (const char byte : std::string_view(bytes, bytes == nullptr ? 0 : length)) {
-        const auto value = static_cast<unsigned char>(byte);
-        out << digits[value >> 4U] << digits[value & 0xFU];
+    std::string text() const
+    {
+        std::string text = m_out.str();
+        if (text.size() > mostShown) {
+            text.resize(startOfLastCharacter(std::string_view(text).substr(0, mostShown)));
+            text += "...";
+        }
+        return text;
     }
-    out << '>';
-}
 
-void appendArray(std::ostream& out, plist_t array, int depth)
-{
-    const char* separator = "";
-    plist_array_iter iterator = nullptr;
-    plist_array_new_iter(array, &iterator);
-    const OwnedByLibrary owned(iterator, &std::free);
-    plist_t item = nullptr;
-    out << '(';
-    for (plist_array_next_item(array, iterator, &item); item != nullptr;
-         plist_array_next_item(array, iterator, &item)) {
-        out << separator;
-        appendValue(out, item, depth + 1);
-        separator = ", ";
+    void operator()(bool flag) { m_out << (flag ? 1 : 0); }
+    void operator()(std::int64_t number) { m_out << number; }
+    // Deliberate: shown as the signed number of the same 64 bits, as other programs' logs show it.
+    void operator()(std::uint64_t number) { m_out << static_cast<std::int64_t>(number); }
+    void operator()(double number) { m_out << number; }
+    void operator()(const PropertyValue::Date& date) { m_out << wholeSeconds(date.seconds); }
+    void operator()(const PropertyValue::Uid& uid) { m_out << uid.number; }
+    void operator()(const std::string& text)
+    {
+        m_out << '"';
+        for (const char c : std::string_view(text).substr(0, mostShown)) {
+            if (c == '"' || c == '\\')
+                m_out << '\\' << c;
+            else if (c == '\n')
+                m_out << "\\n";
+            else
+                m_out << c;
+        }
+        m_out << '"';
     }
-    out << ')';
-}
+    void operator()(const PropertyValue::Data& data)
+    {
+        constexpr std::string_view digits = "0123456789abcdef";
+        m_out << '<';
+        for (const char byte : std::string_view(data.bytes).substr(0, mostShown)) {
+            const auto value = static_cast<unsigned char>(byte);
+            m_out << digits[value >> 4U] << digits[value & 0xFU];
+        }
+        m_out << '>';
+    }
+    void operator()(const PropertyValue::Array& items)
+    {
+        ++m_depth;
+        const char* separator = "(";
+        for (const PropertyValue& item : items) {
+            m_out << separator;
+            if (isFull())
+                break;
+            write(item);
+            separator = ", ";
+        }
+        m_out << (items.empty() ? "()" : ")");
+        --m_depth;
+    }
+    void operator()(const PropertyValue::Dictionary& entries)
+    {
+        ++m_depth;
+        const char* separator = "{";
+        for (const auto& entry : entries) {
+            m_out << separator;
+            if (isFull())
+                break;
+            (*this)(entry.key);
+            m_out << " = ";
+            write(entry.value);
+            separator = "; ";
+        }
+        m_out << (entries.empty() ? "{}" : "}");
+        --m_depth;
+    }
 
-void appendDictionary(std::ostream& out, plist_t dictionary, int depth)
-{
-    const char* separator = "";
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(dictionary, &iterator);
-    const OwnedByLibrary owned(iterator, &std::free);
-    char* key = nullptr;
-    plist_t item = nullptr;
-    out << '{';
-    for (plist_dict_next_item(dictionary, iterator, &key, &item); item != nullptr;
-         plist_dict_next_item(dictionary, iterator, &key, &item)) {
-        const OwnedByLibrary ownedKey(key, &std::free);
-        out << separator;
-        appendQuoted(out, key);
-        out << " = ";
-        appendValue(out, item, depth + 1);
-        separator = "; ";
-    }
-    out << '}';
-}
+private:
+    bool isFull() { return static_cast<std::size_t>(m_out.tellp()) > mostShown; }
 
-void appendValue(std::ostream& out, plist_t node, int depth)
-{
-    if (depth > deepestShown) {
-        out << "...";
-        return;
-    }
-    switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-        std::uint8_t flag = 0;
-        plist_get_bool_val(node, &flag);
-        out << (flag != 0 ? 1 : 0);
-        break;
-    }
-    case PLIST_UINT: {
-        std::uint64_t number = 0;
-        plist_get_uint_val(node, &number);
-        out << static_cast<std::int64_t>(number); // negative numbers arrive as their 64 bits
-        break;
-    }
-    case PLIST_REAL: {
-        double real = 0;
-        plist_get_real_val(node, &real);
-        out << real;
-        break;
-    }
-    case PLIST_STRING: {
-        std::uint64_t length = 0;
-        const char* text = plist_get_string_ptr(node, &length);
-        appendQuoted(out, std::string_view(text, text == nullptr ? 0 : length));
-        break;
-    }
-    case PLIST_DATE: {
-        std::int32_t seconds = 0;
-        std::int32_t microseconds = 0;
-        plist_get_date_val(node, &seconds, &microseconds);
-        out << seconds;
-        break;
-    }
-    case PLIST_UID: {
-        std::uint64_t number = 0;
-        plist_get_uid_val(node, &number);
-        out << number;
-        break;
-    }
-    case PLIST_DATA:
-        appendData(out, node);
-        break;
-    case PLIST_ARRAY:
-        appendArray(out, node, depth);
-        break;
-    case PLIST_DICT:
-        appendDictionary(out, node, depth);
-        break;
-    default:
-        break;
-    }
-}
+    std::ostringstream m_out;
+    int m_depth = 0;
+};
 
 } // namespace
 
-std::string propertyListText(void* node)
+std::string propertyListText(const PropertyValue& value)
 {
-    std::ostringstream out;
-    appendValue(out, node, 0);
-    return out.str();
+    Writer writer;
+    writer.write(value);
+    return writer.text();
 }
 
 } // namespace quorvane

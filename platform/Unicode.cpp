@@ -1,12 +1,15 @@
 #include "platform/Unicode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include <unicode/locid.h>
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 namespace quorvane {
@@ -123,6 +126,55 @@ std::string searchKey(std::string_view text)
     std::string key;
     appendSearchKey(key, text);
     return key;
+}
+
+void appendCodePoint(std::string& out, char32_t codePoint)
+{
+    std::array<std::uint8_t, U8_MAX_LENGTH> bytes{};
+    std::size_t length = 0;
+    U8_APPEND_UNSAFE(bytes.data(), length, codePoint);
+    out.append(bytes.begin(), bytes.begin() + length);
+}
+
+std::optional<std::string> textFromUtf16(std::string_view bytes, bool littleEndian)
+{
+    const std::size_t units = bytes.size() / 2;
+    const auto unit = [&](std::size_t at) -> std::uint32_t {
+        const auto first = static_cast<unsigned char>(bytes[2 * at]);
+        const auto second = static_cast<unsigned char>(bytes[2 * at + 1]);
+        return littleEndian ? second * 0x100U + first : first * 0x100U + second;
+    };
+    std::string text;
+    text.reserve(units);
+    for (std::size_t at = 0; at < units; ++at) {
+        std::uint32_t codePoint = unit(at);
+        if (U16_IS_LEAD(codePoint) && at + 1 < units && U16_IS_TRAIL(unit(at + 1)))
+            codePoint = static_cast<std::uint32_t>(U16_GET_SUPPLEMENTARY(codePoint, unit(++at)));
+        else if (U_IS_SURROGATE(codePoint))
+            return std::nullopt;
+        appendCodePoint(text, codePoint);
+    }
+    return bytes.size() % 2 == 0 ? std::optional(std::move(text)) : std::nullopt;
+}
+
+std::string utf16FromText(std::string_view text)
+{
+    std::string bytes;
+    const auto append = [&bytes](std::uint32_t unit) {
+        bytes += static_cast<char>(unit >> 8U & 0xFFU);
+        bytes += static_cast<char>(unit & 0xFFU);
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        const UChar32 next = nextCodePoint(text, at);
+        const auto codePoint = next < 0 ? 0xFFFDU : static_cast<std::uint32_t>(next);
+        if (codePoint > 0xFFFF) {
+            append(U16_LEAD(codePoint));
+            append(U16_TRAIL(codePoint));
+        } else {
+            append(codePoint);
+        }
+    }
+    return bytes;
 }
 
 std::string textFromMacRoman(std::string_view bytes)

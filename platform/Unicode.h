@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,15 @@ std::string foldedCase(std::string_view text);
 // other's key.
 void appendSearchKey(std::string& out, std::string_view text);
 std::string searchKey(std::string_view text);
+
+// Appends the UTF-8 of a code point, which must be no surrogate and not above U+10FFFF.
+void appendCodePoint(std::string& out, char32_t codePoint);
+
+// UTF-8 text from UTF-16. None for an odd number of bytes and for a surrogate without its other half.
+std::optional<std::string> textFromUtf16(std::string_view bytes, bool littleEndian);
+
+// The text in UTF-16, the upper byte of a unit first.
+std::string utf16FromText(std::string_view text);
 
 // The UTF-8 text that `bytes` spell when read as Mac OS Roman.
 std::string textFromMacRoman(std::string_view bytes);

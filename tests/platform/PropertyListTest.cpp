@@ -232,13 +232,13 @@ TEST(PropertyList, TwentyThousandNestedBinaryArraysAreAnAnswerNotACrash)
 TEST(PropertyList, LargerThanTheLimitIsNone)
 {
     const TemporaryFolder folder;
-    constexpr std::size_t limit = 128U << 10U;
+    constexpr std::size_t limit = 16U << 20U;
     const std::size_t frame = xmlWith("<string></string>").size();
     const auto ofSize = [&](std::size_t size) {
         return xmlWith("<string>" + std::string(size - frame, 'x') + "</string>");
     };
 
-    EXPECT_TRUE(PropertyList::parse(ofSize(limit)));
+    EXPECT_EQ(PropertyList::parse(ofSize(limit))->stringForKey("k")->size(), limit - frame);
     EXPECT_FALSE(PropertyList::parse(ofSize(limit + 1)));
     EXPECT_TRUE(PropertyList::read(folder.write("fits.plist", ofSize(limit))));
     EXPECT_FALSE(PropertyList::read(folder.write("large.plist", ofSize(limit + 1))));

@@ -1,5 +1,6 @@
 #include "platform/PropertyList.h"
 
+#include "platform/PropertyListWriter.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PropertyListTexts.h"
 #include "tests/support/TemporaryFolder.h"
@@ -80,7 +81,7 @@ TEST(PropertyListWriting, KeepsKeysOfEveryTypeAsTheyWere)
 
         list->setInteger("set", 2);
 
-        const std::string xml = compact(list->xml());
+        const std::string xml = compact(list->fileBytes().value());
         for (const auto& [key, value] : everyType)
             EXPECT_NE(xml.find(written(key, value)), std::string::npos) << key << " in " << xml;
         EXPECT_NE(xml.find(written("set", "<integer>2</integer>")), std::string::npos) << xml;
@@ -92,9 +93,9 @@ TEST(PropertyListWriting, ReadsBackAsItWasWritten)
     for (const std::string& bytes : {everyTypeXml(), binaryOf(everyTypeXml())}) {
         const auto list = PropertyList::parse(bytes);
         ASSERT_TRUE(list);
-        const auto again = PropertyList::parse(list->xml());
+        const auto again = PropertyList::parse(list->fileBytes().value());
         ASSERT_TRUE(again);
-        EXPECT_EQ(again->xml(), list->xml());
+        EXPECT_EQ(again->fileBytes().value(), list->fileBytes().value());
     }
 }
 
@@ -106,12 +107,12 @@ TEST(PropertyListWriting, SetsAValueInPlaceOfOneOfAnyType)
         ASSERT_TRUE(list);
 
         list->setInteger("k", -3);
-        EXPECT_EQ(compact(list->xml()),
+        EXPECT_EQ(compact(list->fileBytes().value()),
             compact(xmlRoot("<dict><key>k</key><integer>-3</integer><key>after</key><true/></dict>")))
             << key;
 
         list->setBool("k", false);
-        EXPECT_EQ(compact(list->xml()),
+        EXPECT_EQ(compact(list->fileBytes().value()),
             compact(xmlRoot("<dict><key>k</key><false/><key>after</key><true/></dict>")))
             << key;
     }
@@ -124,7 +125,7 @@ TEST(PropertyListWriting, NewKeysGoToTheEndOfAnEmptyListInTheirOrder)
     list.setBool("a", true);
     list.setInteger("c", 2147483647);
 
-    EXPECT_EQ(compact(list.xml()),
+    EXPECT_EQ(compact(list.fileBytes().value()),
         compact(xmlRoot("<dict><key>b</key><integer>2</integer><key>a</key><true/>"
                         "<key>c</key><integer>2147483647</integer></dict>")));
     EXPECT_EQ(list.integerForKey("b"), 2);
@@ -136,10 +137,10 @@ TEST(PropertyListWriting, DescribesTheListInOneLine)
     auto list = PropertyList::parse(xmlRoot(
         "<dict><key>b</key><true/><key>n</key><integer>-5</integer><key>s</key><string>a\n\"b\"</string>"
         "<key>r</key><real>0.5</real><key>l</key><array><data>AP8=</data><dict/></array>"
-        "<key>d</key><date>2001-01-01T00:00:09Z</date></dict>"));
+        "<key>d</key><date>2020-01-01T00:00:00Z</date></dict>"));
     ASSERT_TRUE(list);
     EXPECT_EQ(list->description(),
-        R"({"b" = 1; "n" = -5; "s" = "a\n\"b\""; "r" = 0.5; "l" = (<00ff>, {}); "d" = 9})");
+        R"({"b" = 1; "n" = -5; "s" = "a\n\"b\""; "r" = 0.5; "l" = (<00ff>, {}); "d" = 599529600})");
     EXPECT_EQ(PropertyList().description(), "{}");
 }
 
@@ -147,7 +148,7 @@ TEST(PropertyListWriting, DescribesDeepNestingWithoutItsDepths)
 {
     std::string open;
     std::string close;
-    for (int level = 0; level < 5000; ++level) {
+    for (int level = 0; level < 500; ++level) {
         open += "<array>";
         close += "</array>";
     }
@@ -172,7 +173,7 @@ TEST(PropertyListWriting, WritesInPlaceAndLeavesPermissionsAlone)
     ASSERT_EQ(stat(file.c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mode, before.st_mode);
-    EXPECT_EQ(TemporaryFolder::contents(file), list.xml());
+    EXPECT_EQ(TemporaryFolder::contents(file), list.fileBytes().value());
 }
 
 TEST(PropertyListWriting, MakesAFileThatIsMissing)
@@ -199,21 +200,131 @@ TEST(PropertyListWriting, AnswersWhereItCannotWrite)
     EXPECT_EQ(TemporaryFolder::contents(elsewhere), "untouched");
 }
 
+TEST(PropertyListWriting, UsesTheBinaryFormForTextsThatXmlCannotHold)
+{
+    const TemporaryFolder folder;
+    for (const std::string& text : {std::string("a\x01z"), std::string("\x1B"), std::string("a\0z", 3),
+             std::string("\xEF\xBF\xBF"), std::string("\xEF\xBF\xBE")}) {
+        // given unknown keys and texts with control characters
+        PropertyValue root{PropertyValue::Dictionary{{"k", {std::int64_t{1}}}, {text, {true}},
+            {"list", {PropertyValue::Array{{text}, {std::string("\xC3\xA9")}}}}}};
+        auto list = PropertyList::parse(*binaryPropertyList(root, 1000));
+        ASSERT_TRUE(list);
+
+        // when another key is set
+        list->setInteger("k", 2);
+        ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
+
+        // then the list is there as it was, and other readers can read it
+        const std::string bytes = TemporaryFolder::contents(folder.path("list.plist"));
+        EXPECT_EQ(bytes.substr(0, 8), "bplist00");
+        const auto again = PropertyList::parse(bytes);
+        ASSERT_TRUE(again);
+        EXPECT_EQ(again->integerForKey("k"), 2);
+        EXPECT_TRUE(again->boolForKey(text));
+        EXPECT_EQ(again->description(), list->description());
+        plist_t other = nullptr;
+        plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &other);
+        EXPECT_EQ(plist_dict_get_size(other), 3U);
+        plist_free(other);
+    }
+}
+
+TEST(PropertyListWriting, ReadsControlCharactersThatOthersWroteIntoXml)
+{
+    const auto list = PropertyList::parse(xmlRoot("<dict><key>a\x01z</key><true/></dict>"));
+    ASSERT_TRUE(list);
+    EXPECT_TRUE(list->boolForKey("a\x01z"));
+}
+
+TEST(PropertyListWriting, KeepsTabsAndLineEndsInXml)
+{
+    PropertyList list;
+    list.setBool("a\tb\nc\rd\r\ne", true);
+    const std::string bytes = list.fileBytes().value();
+    EXPECT_NE(bytes.find("<key>a\tb\nc&#13;d&#13;\ne</key>"), std::string::npos) << bytes;
+    EXPECT_TRUE(PropertyList::parse(bytes)->boolForKey("a\tb\nc\rd\r\ne"));
+}
+
+TEST(PropertyListWriting, KeepsDatesOfEveryCentury)
+{
+    const std::string dates = "<key>past</key><date>0001-01-01T00:00:00Z</date>"
+                              "<key>future</key><date>4001-01-01T00:00:00Z</date>"
+                              "<key>last</key><date>9999-12-31T23:59:59Z</date>";
+    const auto list = PropertyList::parse(xmlRoot("<dict>" + dates + "</dict>"));
+    ASSERT_TRUE(list);
+    EXPECT_NE(compact(list->fileBytes().value()).find(dates), std::string::npos);
+
+    const PropertyValue beyond{PropertyValue::Dictionary{{"k", {PropertyValue::Date{1e30}}}}};
+    EXPECT_FALSE(xmlPropertyList(beyond, 1000));
+    EXPECT_TRUE(binaryPropertyList(beyond, 1000));
+}
+
+TEST(PropertyListWriting, CarriesListsOfSixteenMebibytes)
+{
+    // given a list of many keys in one form or the other, just below the limit
+    std::string keys;
+    int count = 0;
+    const std::string value = "<string>7" + std::string(60, ' ') + "</string>";
+    while (keys.size() < (16U << 20U) - 400)
+        keys += "<key>key " + std::to_string(count++) + "</key>" + value;
+    const std::string xml = xmlRoot("<dict>" + keys + "</dict>");
+    ASSERT_LE(xml.size(), 16U << 20U);
+    auto list = PropertyList::parse(xml);
+    ASSERT_TRUE(list);
+
+    // when a key is set and the list written, which as indented XML would be too large
+    list->setInteger("key 5", 8);
+    const TemporaryFolder folder;
+    ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
+
+    // then every key is there
+    const auto again = PropertyList::read(folder.path("list.plist"));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->integerForKey("key 5"), 8);
+    EXPECT_EQ(again->integerForKey("key 0"), 7);
+    EXPECT_EQ(again->integerForKey("key " + std::to_string(count - 1)), 7);
+}
+
 TEST(PropertyListWriting, LeavesAFileAloneWhenTheNewOneCouldNotBeReadAgain)
 {
-    // given a list that is small in the binary form only
-    std::string numbers;
-    for (int number = 0; number < 8000; ++number)
-        numbers += "<integer>" + std::to_string(number % 200) + "</integer>";
+    // given a list that is small only as long as two references name one value of 9,000,000 bytes
+    const auto number = [](std::uint64_t value, int width) {
+        std::string bytes;
+        for (int shift = (width - 1) * 8; shift >= 0; shift -= 8)
+            bytes.push_back(static_cast<char>(value >> shift & 0xFFU));
+        return bytes;
+    };
+    const std::string data(9000000, 'x');
+    std::string bytes
+        = std::string("bplist00\xD1\1\2\x51k\xA2\3\3\x4F\x12", 18) + number(data.size(), 4) + data;
+    const std::size_t table = bytes.size();
+    for (const std::size_t place : {8U, 11U, 13U, 16U})
+        bytes += number(place, 4);
+    bytes += std::string(6, '\0') + "\4\1" + number(4, 8) + number(0, 8) + number(table, 8);
     const TemporaryFolder folder;
-    const std::string file = folder.write(
-        "list.plist", binaryOf(xmlRoot("<dict><key>k</key><array>" + numbers + "</array></dict>")));
+    const std::string file = folder.write("list.plist", bytes);
     const auto list = PropertyList::read(file);
     ASSERT_TRUE(list);
-    ASSERT_GT(list->xml().size(), 128U << 10U);
 
+    EXPECT_FALSE(list->fileBytes());
     EXPECT_FALSE(list->writeToFile(file));
-    EXPECT_TRUE(PropertyList::read(file));
+    EXPECT_EQ(TemporaryFolder::contents(file), bytes);
+}
+
+TEST(PropertyListWriting, DescribesNoMoreThanLogsCanTake)
+{
+    for (const std::string& value : {"<string>" + std::string(200000, 'x') + "</string>",
+             "<data>" + std::string(200000, 'A') + "</data>"}) {
+        const auto list = PropertyList::parse(xmlRoot("<dict><key>k</key>" + value + "</dict>"));
+        ASSERT_TRUE(list);
+        EXPECT_LE(list->description().size(), (64U << 10U) + 3);
+    }
+    PropertyList many;
+    for (int i = 0; i < 10000; ++i)
+        many.setInteger("key " + std::to_string(i), i);
+    EXPECT_LE(many.description().size(), (64U << 10U) + 3);
+    EXPECT_TRUE(many.description().ends_with("..."));
 }
 
 TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
@@ -230,7 +341,7 @@ TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
             uselocale(newlocale(LC_NUMERIC_MASK, "de_DE.UTF-8", nullptr));
             const auto list = PropertyList::parse(xmlRoot("<dict><key>k</key><real>0.5</real></dict>"));
             std::fprintf(stderr, "locale: %.1f, true: %d, %s, %s", 0.5, list->boolForKey("k") ? 1 : 0,
-                list->description().c_str(), compact(list->xml()).c_str());
+                list->description().c_str(), compact(list->fileBytes().value()).c_str());
             std::_Exit(0);
         },
         testing::ExitedWithCode(0), R"(locale: 0,5, true: 1, \{"k" = 0\.5\}, .*<real>0\.5</real>)");

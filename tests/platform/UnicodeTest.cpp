@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 using namespace std::string_literals;
 
@@ -151,6 +152,26 @@ TEST(Unicode, MacRomanBytesAreTheirLetters)
         "e \u2022");
     EXPECT_EQ(textFromMacRoman("plain"), "plain");
     EXPECT_EQ(textFromMacRoman(""), "");
+}
+
+TEST(Unicode, Utf16ComesBackAsItWas)
+{
+    const std::string text = "a\u00e9\u20ac\U0001F600z";
+    const std::string units("\0a\0\xE9\x20\xAC\xD8\x3D\xDE\0\0z", 12);
+    std::string swapped = units;
+    for (std::size_t at = 0; at < swapped.size(); at += 2)
+        std::swap(swapped[at], swapped[at + 1]);
+    EXPECT_EQ(utf16FromText(text), units);
+    EXPECT_EQ(textFromUtf16(units, false), text);
+    EXPECT_EQ(textFromUtf16(swapped, true), text);
+    EXPECT_EQ(textFromUtf16("", false), "");
+}
+
+TEST(Unicode, Utf16ThatIsDamagedIsNone)
+{
+    for (const std::string& units : {std::string("\0", 1), std::string("\0a\0", 3), std::string("\xD8\0", 2),
+             std::string("\xDC\0", 2), std::string("\xDC\0\xD8\0", 4), std::string("\xD8\0\0a", 4)})
+        EXPECT_EQ(textFromUtf16(units, false), std::nullopt);
 }
 
 } // namespace quorvane

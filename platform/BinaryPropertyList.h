@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/PropertyValue.h"
+
+#include <optional>
+#include <string_view>
+
+namespace quorvane {
+
+bool isBinaryPropertyList(std::string_view bytes);
+
+// Reads the binary form. For readPropertyList(), which says more.
+std::optional<PropertyValue> readBinaryPropertyList(std::string_view bytes);
+
+} // namespace quorvane

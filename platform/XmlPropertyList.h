@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/PropertyValue.h"
+
+#include <optional>
+#include <string_view>
+
+namespace quorvane {
+
+// Reads the XML form, which must be UTF-8 without a byte order mark. For readPropertyList(), which says more.
+std::optional<PropertyValue> readXmlPropertyList(std::string_view text);
+
+} // namespace quorvane

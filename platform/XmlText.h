@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// How XML property lists spell texts, data and dates.
+
+namespace quorvane {
+
+// Takes the text of an element from the front of `rest`, up to the next tag: the five predefined entities and
+// numbered characters are replaced, literal sections are taken as they are. None for any other entity or an
+// end inside the text.
+std::optional<std::string> takeXmlText(std::string_view& rest);
+
+// Appends UTF-8 text with its markup characters replaced. False when it has a character that XML cannot hold:
+// control characters but tabs and line ends, U+FFFE and U+FFFF.
+bool appendXmlText(std::string& out, std::string_view text);
+
+// The bytes that Base64 text, with blanks anywhere, stands for. None when it has any other character.
+std::optional<std::string> bytesOfBase64(std::string_view text);
+void appendBase64(std::string& out, std::string_view bytes);
+
+// A date such as 2020-02-29T12:34:56Z, in seconds since the start of 2001. None for any other text.
+std::optional<double> secondsOfXmlDate(std::string_view text);
+
+// The same date as text, without its fraction of a second; none before the year 1 and after 9999.
+std::optional<std::string> xmlDateOf(double seconds);
+
+} // namespace quorvane
