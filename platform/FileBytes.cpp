@@ -1,12 +1,14 @@
 #include "platform/FileBytes.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/RegularFile.h"
 #include "platform/Unicode.h"
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,63 +40,47 @@ std::size_t startOfLastCharacter(std::string_view text)
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize)
 {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    std::error_code error;
+    const FileDescriptor file = openRegularFile(path, O_RDONLY, error);
     struct stat status { };
-    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    if (static_cast<std::size_t>(status.st_size) > largestSize)
+    if (!file || fstat(file.get(), &status) != 0 || static_cast<std::size_t>(status.st_size) > largestSize)
         return std::nullopt;
     std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        const ssize_t got = read(file.get(), bytes.data() + filled, bytes.size() - filled);
-        if (got < 0)
-            return std::nullopt;
-        if (got == 0)
-            break;
-        filled += static_cast<std::size_t>(got);
-    }
-    bytes.resize(filled);
-    return bytes;
+    bytes.resize(readFully(file.get(), bytes.data(), bytes.size(), error));
+    return error ? std::nullopt : std::optional(std::move(bytes));
 }
 
 bool writeFileInPlace(const std::string& path, std::string_view bytes)
 {
     constexpr mode_t readableByAll = 0644;
-    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const FileDescriptor file(open(path.c_str(), flags, readableByAll));
-    struct stat status { };
-    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
-    while (!bytes.empty()) {
-        const ssize_t written = write(file.get(), bytes.data(), bytes.size());
-        if (written <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
+    std::error_code error;
+    const FileDescriptor file
+        = openRegularFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, error, readableByAll);
+    return file && writeFully(file.get(), bytes, error) == bytes.size();
 }
 
 bool isTextAt(const std::string& path)
 {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    std::error_code error;
+    const FileDescriptor file = openRegularFile(path, O_RDONLY, error);
     struct stat status { };
-    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)
+    if (!file || fstat(file.get(), &status) != 0
         || static_cast<std::uint64_t>(status.st_size) > memoryOfMachine())
         return false;
     constexpr std::size_t pieceSize = 1U << 20U;
     std::string piece(pieceSize, '\0');
     std::size_t kept = 0; // bytes of a character whose end the next piece holds
-    ssize_t got = 0;
-    while ((got = read(file.get(), piece.data() + kept, piece.size() - kept)) > 0) {
-        const std::string_view text(piece.data(), kept + static_cast<std::size_t>(got));
+    for (;;) {
+        const std::size_t got = readFully(file.get(), piece.data() + kept, piece.size() - kept, error);
+        const std::string_view text(piece.data(), kept + got);
+        if (error || got == 0)
+            return !error && isValidUtf8(text);
         const std::size_t end = startOfLastCharacter(text);
         if (!isValidUtf8(text.substr(0, end)))
             return false;
         kept = text.size() - end;
         std::memmove(piece.data(), piece.data() + end, kept);
     }
-    return got == 0 && isValidUtf8({piece.data(), kept});
 }
 
 bool isAnythingAt(const std::string& path)

@@ -20,6 +20,7 @@ void secureStandardStreams()
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 } // namespace quorvane

@@ -113,20 +113,34 @@ FilterOption optionFromTokens(const std::vector<std::string_view>& tokens)
     return {NullableText(tokens[1]), static_cast<std::uint32_t>(leadingInteger(tokens[2]))};
 }
 
+void appendRuleLine(std::string& out, const WatchRuleFields& rule)
+{
+    out.append(watchWord);
+    appendCommonFields(out, rule);
+    out.append("\n");
+}
+
+void appendRuleLine(std::string& out, const PolicyRuleFields& rule)
+{
+    out.append(policyClassDescription(rule.policyClass));
+    appendCommonFields(out, rule);
+    appendQuoted(out, rule.constraint.written());
+    appendQuoted(out, std::to_string(static_cast<std::int64_t>(rule.created)));
+    out.append("\n");
+}
+
 std::string ruleLine(const WatchRuleFields& rule)
 {
-    std::string line(watchWord);
-    appendCommonFields(line, rule);
-    return line.append("\n");
+    std::string line;
+    appendRuleLine(line, rule);
+    return line;
 }
 
 std::string ruleLine(const PolicyRuleFields& rule)
 {
-    std::string line(policyClassDescription(rule.policyClass));
-    appendCommonFields(line, rule);
-    appendQuoted(line, rule.constraint.written());
-    appendQuoted(line, std::to_string(static_cast<std::int64_t>(rule.created)));
-    return line.append("\n");
+    std::string line;
+    appendRuleLine(line, rule);
+    return line;
 }
 
 std::string_view writtenPart(std::string_view line)

@@ -39,6 +39,9 @@ FilterOption optionFromTokens(const std::vector<std::string_view>& tokens);
 // The line as it is put together for writing, its line feed included.
 std::string ruleLine(const WatchRuleFields& rule);
 std::string ruleLine(const PolicyRuleFields& rule);
+// The same, at the end of `out`.
+void appendRuleLine(std::string& out, const WatchRuleFields& rule);
+void appendRuleLine(std::string& out, const PolicyRuleFields& rule);
 
 // The part of `line` that reaches the file. Deliberate: a line's length is counted in UTF-16 units but
 // written in bytes, so a line with other than ASCII text loses its end.

@@ -6,7 +6,9 @@
 #include "rules/FailSafeMerge.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
+#include "rules/RulesContent.h"
 #include "rules/RulesFile.h"
+#include "rules/RulesFileWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -299,29 +301,33 @@ bool RuleManager::writeToCurrentUserConfiguration()
 
 bool RuleManager::writeToFile(const std::string& path)
 {
-    return writeLines(path, [this](RulesFileWriter& file) {
-        m_store->forEachUserRule([&file](const auto& rule) { file.writeLine(ruleLine(rule->fields())); });
+    return writeContent(path, [this](RulesContent& content) {
+        m_store->forEachUserRule([&content](const auto& rule) { content.append(rule->fields()); });
     });
 }
 
 bool RuleManager::writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite)
 {
-    return writeLines(path, [&policiesToWrite](RulesFileWriter& file) {
+    return writeContent(path, [&policiesToWrite](RulesContent& content) {
         for (const RuleRef& rule : policiesToWrite)
-            askRule(rule, [&file](const auto& record) { file.writeLine(ruleLine(record.fields())); });
+            content.append(rule);
     });
 }
 
-bool RuleManager::writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write)
+bool RuleManager::writeContent(const std::string& path, const std::function<void(RulesContent&)>& make)
 {
-    RulesFileWriter file(path);
-    const bool opened = file.isOpen();
-    if (opened) {
-        write(file);
-        file.finish();
-    }
-    m_lastErrorMessage = file.errorMessage();
-    return opened;
+    m_writeWarnings.clear();
+    WriteResult result;
+    const bool hasRoom = attempt([&] {
+        RulesContent content;
+        make(content);
+        result = writeRulesFile(path, content);
+    });
+    if (!hasRoom)
+        return false;
+    m_lastErrorMessage = std::move(result.message);
+    m_writeWarnings = std::move(result.warnings);
+    return result.opened;
 }
 
 void RuleManager::rebuildRulesCache()

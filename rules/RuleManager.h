@@ -24,7 +24,7 @@
 namespace quorvane {
 
 class Log;
-class RulesFileWriter;
+class RulesContent;
 
 // The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
 // and writes them.
@@ -73,6 +73,8 @@ public:
     bool writeToFile(const std::string& path);
     // Writes exactly these rules, system rules included, in this order. As true as the other.
     bool writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite);
+    // What failed in the last of these besides, though the rules were written.
+    const std::vector<std::string>& writeWarnings() const { return m_writeWarnings; }
 
     // The rows follow the stored rules again. The work is done when somebody next looks at them.
     void rebuildRulesCache();
@@ -146,7 +148,7 @@ private:
 
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
-    bool writeLines(const std::string& path, const std::function<void(RulesFileWriter&)>& write);
+    bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readSettings();
     void storeParsedLine(ParsedLine& line, Reading& reading);
     void storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
@@ -164,6 +166,7 @@ private:
     std::optional<PropertyList> m_settings;
     std::int64_t m_ruleSequence = 0;
     mutable std::optional<std::string> m_lastErrorMessage;
+    std::vector<std::string> m_writeWarnings;
     std::optional<std::string> m_lastUnreadReason; // of the file read last
     std::optional<UnreadRules> m_unreadRules;
 };

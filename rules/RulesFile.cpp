@@ -1,98 +1,153 @@
 #include "rules/RulesFile.h"
 
+#include "platform/FileLock.h"
+#include "platform/RegularFile.h"
+#include "platform/SystemError.h"
 #include "platform/Unicode.h"
-#include "rules/RuleLine.h"
 
 #include <cerrno>
-#include <cstring>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace quorvane {
 
 namespace {
 
-constexpr mode_t rulesFileMode = 0640;
-
-// "text (number)" of the system error `number`.
-std::string errorText(int number)
+std::string openFailure(const std::string& path, const std::error_code& error)
 {
-    char buffer[256];
-    return std::string(strerror_r(number, buffer, sizeof buffer)) + " (" + std::to_string(number) + ")";
+    return "Failed to open file '" + path + "' for reading: " + errorText(error);
+}
+
+std::string readFailure(const std::string& path, const std::error_code& error)
+{
+    return "Failed to read() file '" + path + "': " + errorText(error);
 }
 
 } // namespace
 
-RulesFileText RulesFileText::read(const std::string& path)
+RulesFileText RulesFileText::read(const std::string& path, std::chrono::milliseconds wait)
 {
-    RulesFileText result;
-    result.readFrom(path);
-    if (result.m_errorMessage)
-        result.m_unreadReason = result.m_errorMessage;
-    return result;
+    return readGuarded(path, wait);
 }
 
-void RulesFileText::readFrom(const std::string& path)
+RulesFileText RulesFileText::read(const std::string& path, const FileLock&)
+{
+    return readGuarded(path, std::nullopt);
+}
+
+// A writer that honours the lock is waited for. Any other shows by the file's identity, which then differs
+// before and after the reading. One that goes on and on gets the last word: the next look finds another
+// identity and reads again.
+RulesFileText RulesFileText::readGuarded(
+    const std::string& path, std::optional<std::chrono::milliseconds> wait)
+{
+    constexpr int mostReadings = 4;
+    for (int reading = 1;; ++reading) {
+        RulesFileText result;
+        const Outcome outcome = result.readOnce(path, wait);
+        if (outcome == Outcome::done || reading == mostReadings) {
+            result.decode(path);
+            return result;
+        }
+        if (!result.m_locked && wait)
+            wait = std::chrono::milliseconds(0); // waited long enough
+    }
+}
+
+RulesFileText::Outcome RulesFileText::readOnce(
+    const std::string& path, std::optional<std::chrono::milliseconds> wait)
+{
+    if (!lookAt(path))
+        return Outcome::done;
+    std::error_code error;
+    FileDescriptor file = open(path, error);
+    if (!file)
+        return error == std::errc::no_such_file_or_directory ? Outcome::changed : Outcome::done;
+    m_locked = wait && lockDescriptor(file.get(), LockMode::shared, *wait, error);
+    const Outcome outcome = takeBytes(path, file.get());
+    if (m_leftOpen) {
+        flock(file.get(), LOCK_UN);
+        file.release(); // Deliberate: left open on this path.
+    }
+    return outcome;
+}
+
+// True when the file has contents to read.
+bool RulesFileText::lookAt(const std::string& path)
 {
     struct stat status { };
-    if (stat(path.c_str(), &status) != 0 || status.st_size <= 0) {
+    if (stat(path.c_str(), &status) == 0)
+        m_identity = FileIdentity::ofStatus(status);
+    else if (errno == ENOENT)
+        m_identity = FileIdentity::missing();
+    else
+        m_errorMessage = openFailure(path, systemError(errno));
+    m_nothing = m_identity && m_identity->size <= 0;
+    return m_identity && !m_nothing;
+}
+
+// None when it cannot be read or when there is nothing to read after all.
+FileDescriptor RulesFileText::open(const std::string& path, std::error_code& error)
+{
+    FileDescriptor file = openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
+    if (error == std::errc::no_such_file_or_directory) {
+        m_identity = FileIdentity::missing(); // since it was looked at
         m_nothing = true;
-        return;
+    } else if (error == std::errc::not_supported) {
+        m_nothing = true; // a pipe or device
+    } else if (error == std::errc::is_a_directory) {
+        m_errorMessage = readFailure(path, error);
+    } else if (file.get() <= 0) { // Deliberate: descriptor 0 counts as a failure too.
+        m_errorMessage = openFailure(path, error);
+        return FileDescriptor();
     }
-    const auto size = static_cast<std::size_t>(status.st_size);
-    m_bytes.reset(new (std::nothrow) char[size + 1]);
+    return file;
+}
+
+RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int descriptor)
+{
+    std::error_code error;
+    m_identity = FileIdentity::ofDescriptor(descriptor, error);
+    m_size = m_identity ? static_cast<std::size_t>(m_identity->size) : 0;
+    m_bytes.reset(new (std::nothrow) char[m_size + 1]);
     if (!m_bytes) {
+        m_size = 0;
+        m_tooLarge = true;
         m_errorMessage = "Internal error: unable to allocate memory";
-        return;
+        return Outcome::done;
     }
-    errno = 0;
-    FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    // Deliberate: descriptor 0 counts as a failure too.
-    if (file.get() <= 0) {
-        m_errorMessage = "Failed to open file '" + path + "' for reading: " + errorText(errno);
-        return;
+    const std::size_t got = readFully(descriptor, m_bytes.get(), m_size, error);
+    std::error_code ignored;
+    const Outcome outcome
+        = FileIdentity::ofDescriptor(descriptor, ignored) == m_identity ? Outcome::done : Outcome::changed;
+    if (got != m_size) {
+        m_size = got;
+        m_leftOpen = outcome == Outcome::done;
+        m_errorMessage = readFailure(path, error);
     }
-    errno = 0;
-    if (::read(file.get(), m_bytes.get(), size) != static_cast<ssize_t>(size)) {
-        m_errorMessage = "Failed to read() file '" + path + "': " + errorText(errno);
-        file.release(); // Deliberate: left open on this path.
+    m_bytes[m_size] = '\0';
+    return outcome;
+}
+
+void RulesFileText::decode(const std::string& path)
+{
+    m_unreadReason = m_errorMessage;
+    if (m_errorMessage || m_nothing)
         return;
-    }
-    m_bytes[size] = '\0';
     m_text = m_bytes.get();
-    if (m_text.size() < size)
+    m_nothing = m_size == 0;
+    if (m_text.size() < m_size)
         m_unreadReason = "The rules file '" + path + "' holds a NUL byte: nothing behind it is read";
     if (!isValidUtf8(m_text)) {
         m_text = {};
         m_nothing = true;
         m_unreadReason = "The rules file '" + path + "' is not valid UTF-8: none of it is read";
     }
-}
-
-RulesFileWriter::RulesFileWriter(std::string path)
-    : m_path(std::move(path))
-    , m_file(open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, rulesFileMode))
-{
-    if (!isOpen())
-        m_errorMessage = "Failed to open file '" + m_path + "' for writing: " + errorText(errno);
-}
-
-void RulesFileWriter::writeLine(std::string_view line)
-{
-    const std::string_view part = writtenPart(line);
-    errno = 0;
-    if (::write(m_file.get(), part.data(), part.size()) != static_cast<ssize_t>(part.size()))
-        m_errorMessage = "Failed write() operation on file '" + m_path + "' " + errorText(errno);
-}
-
-void RulesFileWriter::finish()
-{
-    fchmod(m_file.get(), rulesFileMode);
-    m_file = FileDescriptor();
 }
 
 } // namespace quorvane

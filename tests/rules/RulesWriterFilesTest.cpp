@@ -1,5 +1,6 @@
 #include "rules/RuleManager.h"
 
+#include "platform/FileDescriptor.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/ChildProcess.h"
 
@@ -9,7 +10,9 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -192,23 +195,37 @@ TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
     EXPECT_EQ(TemporaryFolder::contents(file), "before\n");
 }
 
-TEST(RulesWriterFiles, FullDeviceIsToldYetTheWriteSucceeds)
+TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
 {
     const StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
-    // A device of our own: writing sets permission bits, which root must not do to everybody's.
-    std::string device = sandbox.folder.path("full");
-    if (geteuid() != 0)
-        device = "/dev/full";
-    else if (mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 7)) != 0)
-        GTEST_SKIP() << "no device can be made here";
-
-    const bool result = store->writeToFile(device);
-
-    EXPECT_EQ(answerOf(*store, result),
-        "true Failed write() operation on file '" + device + "' " + systemError(ENOSPC));
-    EXPECT_TRUE(store->writeToFile(device, {store->ruleAtIndex(0, true)}));
+    const std::string pipe = sandbox.folder.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0604), 0);
+    const std::string device = sandbox.folder.path("device");
+    std::vector<std::string> places{pipe, "/dev/full"};
+    if (mknod(device.c_str(), S_IFCHR | 0604, makedev(1, 7)) == 0) // root's right
+        places.push_back(device);
+    for (const std::string& place : places) {
+        const mode_t before = modeOf(place);
+        const std::string answer
+            = "false Failed to open file '" + place + "' for writing: " + systemError(ENOTSUP);
+        EXPECT_EQ(answerOf(*store, store->writeToFile(place)), answer);
+        EXPECT_EQ(answerOf(*store, store->writeToFile(place, {store->ruleAtIndex(0, true)})), answer);
+        EXPECT_EQ(modeOf(place), before) << place;
+    }
     EXPECT_EQ(store->totalRules(true), 1U);
+}
+
+TEST(RulesWriterFiles, PipeWithAReaderIsRefusedToo)
+{
+    const StoreSandbox sandbox;
+    const std::string path = sandbox.folder.path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const FileDescriptor reader(open(path.c_str(), O_RDONLY | O_NONBLOCK));
+
+    EXPECT_FALSE(sandbox.storeOf(oneLine)->writeToFile(path));
+    char byte = 0;
+    EXPECT_EQ(::read(reader.get(), &byte, 1), 0) << "nothing was written";
 }
 
 TEST(RulesWriterFiles, ShortWriteIsToldAndWritingGoesOn)

@@ -1,0 +1,113 @@
+#include "rules/RulesFileWriter.h"
+
+#include "platform/PathComponents.h"
+#include "platform/RegularFile.h"
+#include "platform/SystemError.h"
+#include "rules/RulesContent.h"
+
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quorvane {
+
+namespace {
+
+constexpr mode_t rulesFileMode = 0640;
+
+class RulesFileWriting {
+public:
+    explicit RulesFileWriting(const std::string& path)
+        : m_path(path)
+    {
+    }
+
+    WriteResult write(const RulesContent& content)
+    {
+        open();
+        if (!m_file)
+            return m_result;
+        m_result.opened = true;
+        const std::size_t length = writeOver(content);
+        expect(ftruncate(m_file.get(), static_cast<off_t>(length)) == 0, "cut to its length");
+        expect(fsync(m_file.get()) == 0, "sync");
+        if (m_isNew)
+            syncFolder();
+        expect(fchmod(m_file.get(), rulesFileMode) == 0, "set the permissions of");
+        std::error_code unknown;
+        m_result.identity = FileIdentity::ofDescriptor(m_file.get(), unknown);
+        // Closed even where that fails, and a signal is no failure.
+        expect(close(m_file.release()) == 0 || errno == EINTR, "close");
+        return m_result;
+    }
+
+private:
+    // A file that is not there yet is told apart, since its name needs syncing as well.
+    void open()
+    {
+        constexpr int flags = O_WRONLY | O_NOFOLLOW;
+        std::error_code error;
+        m_file = openRegularFile(m_path, flags, error);
+        if (error == std::errc::no_such_file_or_directory) {
+            m_isNew = true;
+            m_file = openRegularFile(m_path, flags | O_CREAT, error, rulesFileMode);
+        }
+        if (error)
+            m_result.message = "Failed to open file '" + m_path + "' for writing: " + errorText(error);
+    }
+
+    // Writes all rules in as few calls as will do. After a failure the rest of that rule is left out, and the
+    // next one follows directly upon what was written of it. Returns how many bytes the file has then.
+    std::size_t writeOver(const RulesContent& content)
+    {
+        const std::string_view bytes = content.bytes();
+        std::size_t length = 0;
+        for (std::size_t at = 0; at < bytes.size();) {
+            std::error_code error;
+            const std::size_t written = writeFully(m_file.get(), bytes.substr(at), error);
+            length += written;
+            at += written;
+            if (at == bytes.size())
+                break;
+            if (!error)
+                error = systemError(EIO); // a call that writes nothing and does not say why
+            m_result.message = "Failed write() operation on file '" + m_path + "' " + errorText(error);
+            at = content.endOfRuleAt(at);
+        }
+        return length;
+    }
+
+    void syncFolder()
+    {
+        const std::string path = deletingLastPathComponent(m_path);
+        const FileDescriptor folder(
+            ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        expect(folder && fsync(folder.get()) == 0, "sync the folder of");
+    }
+
+    // What was done by now is there to stay; that it failed is told.
+    void expect(bool done, const char* what)
+    {
+        if (!done)
+            m_result.warnings.push_back(std::string("Failed to ") + what + " file '" + m_path
+                + "': " + errorText(systemError(errno)));
+    }
+
+    const std::string& m_path;
+    FileDescriptor m_file;
+    bool m_isNew = false;
+    WriteResult m_result;
+};
+
+} // namespace
+
+WriteResult writeRulesFile(const std::string& path, const RulesContent& content)
+{
+    return RulesFileWriting(path).write(content);
+}
+
+} // namespace quorvane

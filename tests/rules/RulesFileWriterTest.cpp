@@ -1,0 +1,255 @@
+#include "rules/RulesFileWriter.h"
+
+#include "rules/RuleManager.h"
+#include "rules/RulesContent.h"
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/SystemCalls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+
+namespace quorvane {
+
+namespace {
+
+std::string lineOf(const std::string& path)
+{
+    return "allow path \"" + path + "\" \"any\" r \"\" \"\" \"0\"\n";
+}
+
+class RulesFileWriter : public testing::Test {
+protected:
+    RulesFileWriter()
+    {
+        for (const char* place : {"/a", "/b", "/c"}) {
+            const PolicyRuleFields rule{
+                .policyType = 1, .path = place, .processName = "any", .operations = 1};
+            content.append(rule);
+        }
+    }
+    std::string failure(const std::string& reason) const
+    {
+        return "Failed write() operation on file '" + path + "' " + reason;
+    }
+    std::string contents() const { return TemporaryFolder::contents(path); }
+
+    const TemporaryFolder folder;
+    const std::string path = folder.path("rules");
+    RulesContent content;
+    const std::string whole = lineOf("/a") + lineOf("/b") + lineOf("/c");
+    const std::size_t ruleLength = lineOf("/a").size();
+};
+
+using Strings = std::vector<std::string>;
+
+} // namespace
+
+TEST_F(RulesFileWriter, WritesEverythingWithOneCall)
+{
+    int calls = 0;
+    const SystemCallHook hook(SystemCall::write, [&](int) -> std::optional<ssize_t> {
+        ++calls;
+        return std::nullopt;
+    });
+    const WriteResult result = writeRulesFile(path, content);
+
+    EXPECT_TRUE(result.opened);
+    EXPECT_EQ(result.message, std::nullopt);
+    EXPECT_EQ(result.warnings, Strings());
+    EXPECT_EQ(contents(), whole);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(RulesFileWriter, SaysWhichFileItLeft)
+{
+    std::error_code error;
+    const WriteResult result = writeRulesFile(path, content);
+    EXPECT_EQ(result.identity, FileIdentity::ofPath(path, error));
+}
+
+TEST_F(RulesFileWriter, KeepsTheOldContentsUntilTheyAreWrittenOver)
+{
+    const std::string old(1000, 'x');
+    folder.write("rules", old);
+    std::string atWrite;
+    const SystemCallHook hook(SystemCall::write, [&](int) -> std::optional<ssize_t> {
+        atWrite = contents();
+        return std::nullopt;
+    });
+    writeRulesFile(path, content);
+
+    EXPECT_EQ(atWrite, old);
+    EXPECT_EQ(contents(), whole);
+}
+
+TEST_F(RulesFileWriter, OfNoRulesLeavesAnEmptyFile)
+{
+    folder.write("rules", "old");
+    EXPECT_EQ(writeRulesFile(path, RulesContent()).message, std::nullopt);
+    EXPECT_EQ(contents(), "");
+}
+
+TEST_F(RulesFileWriter, SyncsTheFileAndTheFolderOfANewOne)
+{
+    int syncs = 0;
+    const SystemCallHook hook(SystemCall::fsync, [&](int) -> std::optional<ssize_t> {
+        ++syncs;
+        return std::nullopt;
+    });
+    writeRulesFile(path, content);
+    EXPECT_EQ(syncs, 2);
+    writeRulesFile(path, content);
+    EXPECT_EQ(syncs, 3);
+}
+
+TEST_F(RulesFileWriter, RepeatsACallThatASignalInterrupted)
+{
+    const SystemCallHook hook(SystemCall::write, failing(EINTR, [](int number) { return number < 3; }));
+    EXPECT_EQ(writeRulesFile(path, content).message, std::nullopt);
+    EXPECT_EQ(contents(), whole);
+}
+
+TEST_F(RulesFileWriter, GoesOnAfterACallThatWroteLess)
+{
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit limited{ruleLength + 5, RLIM_INFINITY};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    // Room is made after the first call, which wrote as much as was allowed.
+    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+        if (number == 1)
+            setrlimit(RLIMIT_FSIZE, &unlimited);
+        return std::nullopt;
+    });
+    const WriteResult result = writeRulesFile(path, content);
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+
+    EXPECT_EQ(result.message, std::nullopt);
+    EXPECT_EQ(contents(), whole);
+}
+
+TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
+{
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit limited{ruleLength + 5, RLIM_INFINITY};
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+        if (number == 2)
+            setrlimit(RLIMIT_FSIZE, &unlimited);
+        return std::nullopt;
+    });
+    const WriteResult result = writeRulesFile(path, content);
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    std::signal(SIGXFSZ, before);
+
+    EXPECT_EQ(result.message, failure("File too large (27)"));
+    EXPECT_EQ(contents(), lineOf("/a") + lineOf("/b").substr(0, 5) + lineOf("/c"));
+}
+
+TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
+{
+    const SystemCallHook hook(SystemCall::write, failing(ENOSPC, [](int number) { return number == 0; }));
+    const WriteResult result = writeRulesFile(path, content);
+
+    EXPECT_TRUE(result.opened);
+    EXPECT_EQ(result.message, failure("No space left on device (28)"));
+    EXPECT_EQ(contents(), lineOf("/b") + lineOf("/c"));
+}
+
+TEST_F(RulesFileWriter, RemembersTheLastFailureAndCutsTheFileToWhatWasWritten)
+{
+    folder.write("rules", std::string(1000, 'x'));
+    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+        errno = number == 0 ? ENOSPC : EIO;
+        return number < 2 ? std::optional<ssize_t>(-1) : std::nullopt;
+    });
+
+    EXPECT_EQ(writeRulesFile(path, content).message, failure("Input/output error (5)"));
+    EXPECT_EQ(contents(), lineOf("/c"));
+}
+
+TEST_F(RulesFileWriter, EndsAlsoWhereNothingIsWrittenAndNoReasonGiven)
+{
+    const SystemCallHook hook(SystemCall::write, [](int) { return std::optional<ssize_t>(0); });
+    EXPECT_EQ(writeRulesFile(path, content).message, failure("Input/output error (5)"));
+    EXPECT_EQ(contents(), "");
+}
+
+TEST_F(RulesFileWriter, TellsWhatFailsBesidesYetHasWritten)
+{
+    const struct {
+        SystemCall call;
+        const char* warning;
+    } cases[] = {
+        {SystemCall::fsync, "Failed to sync file '"},
+        {SystemCall::fchmod, "Failed to set the permissions of file '"},
+        {SystemCall::ftruncate, "Failed to cut to its length file '"},
+    };
+    writeRulesFile(path, content);
+    for (const auto& c : cases) {
+        const SystemCallHook hook(c.call, failing(EIO, [](int) { return true; }));
+        const WriteResult result = writeRulesFile(path, content);
+        EXPECT_TRUE(result.opened);
+        EXPECT_EQ(result.message, std::nullopt);
+        EXPECT_EQ(result.warnings, Strings{c.warning + path + "': Input/output error (5)"});
+        EXPECT_EQ(contents(), whole);
+    }
+}
+
+TEST_F(RulesFileWriter, TellsThatClosingFailedButNotThatASignalCame)
+{
+    const auto closing = [&](int error) {
+        const SystemCallHook hook(SystemCall::close, failing(error, [](int) { return true; }));
+        return writeRulesFile(path, content).warnings;
+    };
+    writeRulesFile(path, content);
+    EXPECT_EQ(closing(EIO), Strings{"Failed to close file '" + path + "': Input/output error (5)"});
+    EXPECT_EQ(closing(EINTR), Strings());
+}
+
+TEST_F(RulesFileWriter, OfWholeLinesWritesEveryByte)
+{
+    const PolicyRuleFields beyondAscii{
+        .policyType = 1, .path = "/\xC3\xA9", .processName = "any", .operations = 1};
+    RulesContent cut;
+    RulesContent allBytes(LineEnds::whole);
+    cut.append(beyondAscii);
+    allBytes.append(beyondAscii);
+    const std::string line = lineOf("/\xC3\xA9");
+
+    EXPECT_EQ(cut.bytes(), line.substr(0, line.size() - 1));
+    EXPECT_EQ(allBytes.bytes(), line);
+}
+
+TEST_F(RulesFileWriter, KnowsWhereEachRuleEnds)
+{
+    EXPECT_EQ(content.endOfRuleAt(0), ruleLength);
+    EXPECT_EQ(content.endOfRuleAt(ruleLength - 1), ruleLength);
+    EXPECT_EQ(content.endOfRuleAt(ruleLength), 2 * ruleLength);
+    EXPECT_EQ(content.endOfRuleAt(whole.size() - 1), whole.size());
+}
+
+TEST(RuleManagerWriting, TellsWarningsUntilTheNextWrite)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /a any r\n");
+    const std::string path = sandbox.folder.path("out");
+    {
+        const SystemCallHook hook(SystemCall::fchmod, failing(EPERM, [](int) { return true; }));
+        EXPECT_TRUE(store->writeToFile(path));
+    }
+    EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
+    EXPECT_EQ(store->writeWarnings(),
+        Strings{"Failed to set the permissions of file '" + path + "': Operation not permitted (1)"});
+    EXPECT_TRUE(store->writeToFile(path));
+    EXPECT_EQ(store->writeWarnings(), Strings());
+}
+
+} // namespace quorvane
