@@ -1,5 +1,6 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "workflow/RulesExport.h"
 
 namespace quorvane {
 
@@ -13,10 +14,10 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
         return 1;
     }
     RuleManager& store = *opened.store;
+    std::vector<RuleRef> rules;
     if (rows.empty()) {
-        store.writeToFile(out);
+        rules = store.userRules();
     } else {
-        std::vector<RuleRef> rules;
         const std::size_t total = store.totalRules(selection.includeSystemRules);
         for (const std::size_t row : rows) {
             if (row >= total) {
@@ -26,11 +27,13 @@ int exportCommand(const CommandContext& context, const RuleSelection& selection,
             }
             rules.push_back(store.ruleAtIndex(row, selection.includeSystemRules));
         }
-        store.writeToFile(out, rules);
     }
-    if (!store.lastErrorMessage())
+    const WriteResult result = exportRules(out, rules);
+    for (const std::string& warning : result.warnings)
+        complain("warning: " + warning);
+    if (!result.message)
         return opened.hasFailed ? 1 : 0;
-    complain(*store.lastErrorMessage());
+    complain(*result.message);
     return 1;
 }
 

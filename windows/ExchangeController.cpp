@@ -56,12 +56,11 @@ void ExchangeController::writeRules(const std::vector<RuleRef>& rules, const std
         m_log.write("not exporting to '" + path + "': the rules that are not selected would be lost");
         return;
     }
-    // What the window tells of failures is about the user's own file.
-    const std::optional<std::string> earlierMessage = m_store.lastErrorMessage();
-    m_store.writeToFile(path, rules);
-    if (const auto& message = m_store.lastErrorMessage())
-        m_log.write("error on export: " + *message);
-    m_store.setLastErrorMessage(earlierMessage);
+    const WriteResult result = quorvane::exportRules(path, rules);
+    if (result.message)
+        m_log.write("error on export: " + *result.message);
+    for (const std::string& warning : result.warnings)
+        m_log.write("on export: " + warning);
 }
 
 void ExchangeController::importRules()

@@ -1,12 +1,28 @@
 #pragma once
 
+#include "rules/RuleRef.h"
+#include "rules/RulesFileWriter.h"
+
 #include <string>
+#include <vector>
 
 namespace quorvane {
 
-// Copies the rules file at `source` to `destination`, byte for byte, in place of whatever file is there. When
-// it cannot be read or copied whole, `destination` stays what it was. Nothing happens when both are the same
-// file. Any thread.
+class RulesContent;
+
+// Exports. A file at the destination is replaced by a whole one or stays what it was: the new one is made
+// beside it. Only where the folder allows no second file, or where a second one could not keep the owner or
+// the other names of the first, it is written in place, as writeRulesFile() does it. Any thread.
+
+// Writes `content` to `destination`. A symbolic link there is refused, and so is what is no regular file.
+// `opened` is false when nothing was written.
+WriteResult exportRules(const std::string& destination, const RulesContent& content);
+// The same with these rules, in this order.
+WriteResult exportRules(const std::string& destination, const std::vector<RuleRef>& rules);
+
+// Copies the rules file at `source` to `destination`, byte for byte; a symbolic link there is replaced and
+// not followed. Nothing happens when the source cannot be read whole, when both are the same file, or when
+// something else than a file or link is at the destination.
 void exportRulesFile(const std::string& source, const std::string& destination);
 
 // True when both paths lead to the same file.

@@ -1,6 +1,8 @@
 import os
+import resource
 
-from quorvanectl import CommandTest
+from alone import can_mount
+from quorvanectl import PROGRAM, CommandTest
 from sandbox import read
 
 
@@ -81,11 +83,45 @@ class Export(CommandTest):
         self.exported()
         self.assertEqual(os.stat(self.out).st_mode & 0o7777, 0o640)
 
-    def test_an_existing_file_is_rewritten_in_place(self):
+    def test_an_existing_file_is_replaced_by_a_whole_one(self):
         self.sandbox.write(self.out, "x" * 10_000)
-        before = os.stat(self.out).st_ino
         self.assertNotIn("x" * 10, self.exported())
-        self.assertEqual(os.stat(self.out).st_ino, before)
+        before = read(self.out)
+        limit = len(before) - 1
+        result = self.fail_with(1, "export", self.out,
+                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertIn(f"Failed write() operation on file '{self.out}' File too large (27)", result.err)
+        self.assertEqual(read(self.out), before)
+        self.assertEqual([name for name in os.listdir(os.path.dirname(self.out)) if name.startswith(".quorvane")], [])
+
+    def test_a_full_disk_leaves_an_older_export_alone(self):
+        if not can_mount():
+            self.skipTest("only root can mount a small file system, and not everywhere")
+        self.sandbox.write_user(*[f"allow prefix /{number} any r" for number in range(1000)])
+        small = self.sandbox.path("small")
+        os.mkdir(small)
+        script = ('mount -t tmpfs -o size=16k none "$1" && echo precious > "$1/out" || exit 99\n'
+                  '"$2" export "$1/out"; echo "status $?"; cat "$1/out"; ls -A "$1"')
+        result = self.run_program("--mount", "--propagation", "private", "sh", "-c", script, "sh", small, PROGRAM,
+                                  program="unshare")
+        self.assertEqual(result.out.decode().split(), ["status", "1", "precious", "out"])
+        self.assertIn(f"Failed write() operation on file '{small}/out' No space left on device (28)", result.err)
+
+    def test_what_is_no_regular_file_is_refused_at_once_and_keeps_its_bits(self):
+        pipe = self.sandbox.path("pipe")
+        os.mkfifo(pipe, 0o604)
+        for out in (pipe, "/dev/full"):
+            with self.subTest(out=out):
+                before = os.stat(out).st_mode
+                result = self.fail_with(1, "export", out)
+                self.assertIn(f"Failed to open file '{out}' for writing: Operation not supported (95)", result.err)
+                self.assertEqual(os.stat(out).st_mode, before)
+
+    def test_standard_output_is_a_link_and_refused(self):
+        result = self.fail_with(1, "export", "/dev/stdout")
+        self.assertEqual(result.out, b"")
+        self.assertIn("Failed to open file '/dev/stdout' for writing: Too many levels of symbolic links (40)",
+                      result.err)
 
     def test_a_symbolic_link_is_not_written_through(self):
         target = self.sandbox.new_file("target", "precious\n")
