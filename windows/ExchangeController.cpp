@@ -3,7 +3,6 @@
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "windows/ExchangePanels.h"
-#include "windows/FilePanel.h"
 #include "windows/ImportWindowController.h"
 #include "windows/QtText.h"
 #include "workflow/ApplicationServices.h"
@@ -36,18 +35,15 @@ ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate
 
 void ExchangeController::exportRules()
 {
-    std::string address = "file://" + m_store.locations().userRulesFile();
-    for (std::size_t at = 0; (at = address.find(' ', at)) != std::string::npos;)
-        address.replace(at, 1, "%20");
     showSavePanel(m_window, tr("Export All Rules"), m_store.locations().exchangeFileName(),
-        [source = pathOfAddress(address)](
-            const QUrl& destination) { exportRulesFile(source, fromQt(destination.toLocalFile())); });
+        [source = m_store.locations().userRulesFile()](
+            const std::string& path) { exportRulesFile(source, path); });
 }
 
 void ExchangeController::exportSelectedRules(const std::vector<RuleRef>& rules)
 {
     showSavePanel(m_window, tr("Export Selected Rules"), m_store.locations().exchangeFileName(),
-        [this, rules](const QUrl& destination) { writeRules(rules, pathFromPanel(destination)); });
+        [this, rules](const std::string& path) { writeRules(rules, path); });
 }
 
 void ExchangeController::writeRules(const std::vector<RuleRef>& rules, const std::string& path)
@@ -65,9 +61,7 @@ void ExchangeController::writeRules(const std::vector<RuleRef>& rules, const std
 
 void ExchangeController::importRules()
 {
-    const std::optional<QUrl> chosen
-        = chooseExchangeFile(m_window, tr("Import Files"), m_store.locations().extrasFolder());
-    handleFileImport(chosen ? std::optional(pathFromPanel(*chosen)) : std::nullopt);
+    handleFileImport(chooseExchangeFile(m_window, tr("Import Files"), m_store.locations().extrasFolder()));
 }
 
 void ExchangeController::handleFileImport(const std::optional<std::string>& path)

@@ -1,12 +1,11 @@
 #include "windows/ExchangePanels.h"
 
 #include "platform/Account.h"
+#include "platform/FileBytes.h"
 #include "windows/FilePanel.h"
 #include "windows/QtText.h"
 
-#include <QDir>
-#include <QFileDialog>
-#include <QFileInfo>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 
@@ -19,12 +18,16 @@ QStringList exchangeTypes()
     return {QStringLiteral("quorv"), QStringLiteral("QUORV"), QStringLiteral("Quorv")};
 }
 
-class ExchangeFilePanel : public QFileDialog {
+bool isOfExchangeType(const QFileInfo& file)
+{
+    return exchangeTypes().contains(file.suffix());
+}
+
+class ExchangeFilePanel : public FilePanel {
 public:
     ExchangeFilePanel(QWidget* parent, const QString& title)
-        : QFileDialog(parent, title)
+        : FilePanel(parent, title)
     {
-        setOption(QFileDialog::DontUseNativeDialog); // a native one has no accept() to ask
         setFileMode(QFileDialog::ExistingFile);
         setNameFilter(tr("Rules (*.%1)").arg(exchangeTypes().join(QStringLiteral(" *."))));
         setFilter(filter() | QDir::CaseSensitive);
@@ -32,19 +35,61 @@ public:
 
     void accept() override
     {
-        // A name of any type can be typed.
-        const QFileInfo file(selectedFiles().value(0));
-        if (!file.isFile() || exchangeTypes().contains(file.suffix()))
-            QFileDialog::accept();
+        const QFileInfo file(namedPath());
+        if (file.isDir())
+            enter(namedPath());
+        else if (!file.exists())
+            refuse(tr("There is no file \u201c%1\u201d.").arg(nameField().text()));
+        else if (!isOfExchangeType(file)) // a name of any type can be typed
+            refuse(tr("Please choose a file whose name ends in .%1.").arg(exchangeTypes().first()));
+        else if (!isTextAt(fromQt(namedPath())))
+            refuse(tr("\u201c%1\u201d cannot be read, or is not UTF-8 text.").arg(file.fileName()));
         else
-            QMessageBox::information(this, windowTitle(),
-                tr("Please choose a file whose name ends in .%1.").arg(exchangeTypes().first()));
+            QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): the panel's own looks for other names
+    }
+};
+
+class SavePanel : public FilePanel {
+public:
+    SavePanel(QWidget* parent, const QString& title)
+        : FilePanel(parent, title)
+    {
+        setAcceptMode(QFileDialog::AcceptSave);
+        setFileMode(QFileDialog::AnyFile);
+    }
+
+    void accept() override
+    {
+        const QString named = namedPath();
+        if (named.isEmpty())
+            return;
+        if (QFileInfo(named).isDir())
+            return enter(named);
+        if (!isOfExchangeType(QFileInfo(named)))
+            nameField().setText(nameField().text() + QLatin1Char('.') + exchangeTypes().first());
+        const QFileInfo destination(namedPath());
+        if (destination.isDir() || !destination.dir().exists())
+            refuse(tr("No file can be saved as \u201c%1\u201d.").arg(namedPath()));
+        else if (!destination.exists() || mayReplace(destination.fileName()))
+            QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): the panel's own looks for other names
+    }
+
+private:
+    bool mayReplace(const QString& name)
+    {
+        QMessageBox question(QMessageBox::Warning, windowTitle(),
+            tr("\u201c%1\u201d already exists.\nDo you want to replace it?").arg(name),
+            QMessageBox::Yes | QMessageBox::No, this);
+        question.setTextFormat(Qt::PlainText);
+        question.setDefaultButton(QMessageBox::No);
+        return question.exec() == QMessageBox::Yes;
     }
 };
 
 } // namespace
 
-std::optional<QUrl> chooseExchangeFile(QWidget& parent, const QString& title, const std::string& folder)
+std::optional<std::string> chooseExchangeFile(
+    QWidget& parent, const QString& title, const std::string& folder)
 {
     // On the heap, since the parent takes it along when it goes.
     const QPointer<ExchangeFilePanel> panel = new ExchangeFilePanel(&parent, title);
@@ -52,28 +97,20 @@ std::optional<QUrl> chooseExchangeFile(QWidget& parent, const QString& title, co
     const bool confirmed = panel->exec() == QDialog::Accepted;
     if (panel.isNull())
         return std::nullopt;
-    const QUrl chosen = panel->selectedUrls().value(0);
+    const std::string chosen = fromQt(panel->namedPath());
     delete panel;
-    return confirmed && !chosen.isEmpty() ? std::optional(chosen) : std::nullopt;
+    return confirmed ? std::optional(chosen) : std::nullopt;
 }
 
 void showSavePanel(QWidget& parent, const QString& title, const std::string& name,
-    const std::function<void(const QUrl& destination)>& save)
+    const std::function<void(const std::string& path)>& save)
 {
-    auto* panel = new QFileDialog(&parent, title, toQt(homeDirectory()));
+    auto* panel = new SavePanel(&parent, title);
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setOption(QFileDialog::DontUseNativeDialog); // the same everywhere
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setFileMode(QFileDialog::AnyFile);
+    panel->setDirectory(toQt(homeDirectory()));
     panel->selectFile(toQt(name));
-    QObject::connect(panel, &QFileDialog::fileSelected, &parent,
-        [save](const QString& file) { save(QUrl::fromLocalFile(file)); });
+    QObject::connect(panel, &QDialog::accepted, &parent, [panel, save] { save(fromQt(panel->namedPath())); });
     panel->open();
-}
-
-std::string pathOfAddress(const std::string& address)
-{
-    return fromQt(QUrl(toQt(address)).toLocalFile());
 }
 
 } // namespace quorvane

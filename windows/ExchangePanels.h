@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QUrl>
-
 #include <functional>
 #include <optional>
 #include <string>
@@ -11,17 +9,18 @@ class QWidget;
 
 namespace quorvane {
 
-// Lets a person choose an exchange file in a panel over `parent`, titled `title`, and waits for the answer
-// while windows go on being painted. The panel opens in `folder` and takes one file whose name ends in
-// ".quorv", ".QUORV" or ".Quorv". None when it was left, or when `parent` went away meanwhile.
-std::optional<QUrl> chooseExchangeFile(QWidget& parent, const QString& title, const std::string& folder);
+// The path of an exchange file that a person chooses in a panel over `parent`, titled `title`; waits for the
+// answer while windows go on being painted. The panel opens in `folder` and takes one file of UTF-8 text
+// whose name ends in ".quorv", ".QUORV" or ".Quorv"; of any other it says why not. None when it was left, or
+// when `parent` went away meanwhile.
+std::optional<std::string> chooseExchangeFile(
+    QWidget& parent, const QString& title, const std::string& folder);
 
 // Shows a panel over `parent` that asks where to save a file, by default under `name` in the home folder, and
-// returns at once. `save` is called when the person has chosen, and never when `parent` is gone by then.
+// returns at once. A name that does not end like that of an exchange file gets ".quorv" at its end, and what
+// exists is replaced only when the person says so. `save` is called with the path that has been chosen, and
+// never when `parent` is gone by then.
 void showSavePanel(QWidget& parent, const QString& title, const std::string& name,
-    const std::function<void(const QUrl& destination)>& save);
-
-// The path of the file with this address, in which only spaces of the path are escaped.
-std::string pathOfAddress(const std::string& address);
+    const std::function<void(const std::string& path)>& save);
 
 } // namespace quorvane

@@ -4,15 +4,13 @@
 #include "windows/QtText.h"
 
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QEvent>
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 
-#include <climits> // PATH_MAX
+#include <climits>
 
 namespace quorvane {
 
@@ -20,18 +18,16 @@ namespace {
 
 // Qt's panel chooses either files or folders. Here its mode for folders, which shows files too, takes both;
 // a double click on a folder still opens it.
-class FileOrFolderPanel : public QFileDialog {
+class FileOrFolderPanel : public FilePanel {
 public:
     FileOrFolderPanel(QWidget* parent, const QString& title)
-        : QFileDialog(parent, title)
+        : FilePanel(parent, title)
     {
-        setOption(QFileDialog::DontUseNativeDialog); // a native one has no accept() to ask
         setFileMode(QFileDialog::Directory);
         setLabelText(QFileDialog::FileName, tr("&Name:"));
         setLabelText(QFileDialog::Accept, tr("&Choose"));
         for (const char* control : {"fileTypeLabel", "fileTypeCombo"}) // there is but one: any
             findChild<QWidget*>(QLatin1String(control))->hide();
-        m_name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         m_button = findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
         m_button->installEventFilter(this);
         resize(760, 480);
@@ -40,8 +36,8 @@ public:
     // What is named, else what is selected, else the folder shown.
     QString chosenPath() const
     {
-        const QString named = QDir::cleanPath(directory().absoluteFilePath(m_name->text()));
-        return !m_name->text().isEmpty() && QFileInfo::exists(named) ? named : selectedFiles().value(0);
+        const QString named = namedPath();
+        return QFileInfo::exists(named) ? named : selectedFiles().value(0);
     }
 
     void accept() override
@@ -49,7 +45,7 @@ public:
         if (QFileInfo::exists(chosenPath()))
             QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): the panel's own takes no file here
         else
-            QFileDialog::accept(); // which tells that there is no such thing
+            refuse(tr("There is no \u201c%1\u201d.").arg(nameField().text()));
     }
 
 protected:
@@ -58,22 +54,45 @@ protected:
         // Qt takes the button away from files, at many occasions.
         if (watched == m_button && event->type() == QEvent::EnabledChange && !m_button->isEnabled())
             m_button->setEnabled(QFileInfo::exists(chosenPath()));
-        return QFileDialog::eventFilter(watched, event);
+        return FilePanel::eventFilter(watched, event);
     }
 
 private:
-    QLineEdit* m_name = nullptr;
     QPushButton* m_button = nullptr;
 };
 
 } // namespace
 
-std::string pathFromPanel(const QUrl& url)
+FilePanel::FilePanel(QWidget* parent, const QString& title)
+    : QFileDialog(parent, title)
 {
-    QString path = url.toString(QUrl::FullyEncoded);
-    path.remove(QStringLiteral("file://"));
-    path.replace(QStringLiteral("%20"), QStringLiteral(" "));
-    return fromQt(path);
+    setOption(QFileDialog::DontUseNativeDialog); // a native one has no accept() to ask
+    m_nameField = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+}
+
+QString FilePanel::namedPath() const
+{
+    const QString name = m_nameField->text();
+    // What is selected need not lie in the folder shown.
+    const QStringList selected = selectedFiles();
+    if (selected.size() == 1 && QFileInfo(selected.first()).fileName() == name)
+        return selected.first();
+    if (name.startsWith(QLatin1String("~/")))
+        return QDir::cleanPath(QDir::homePath() + name.mid(1));
+    return name.isEmpty() ? QString() : QDir::cleanPath(directory().absoluteFilePath(name));
+}
+
+void FilePanel::enter(const QString& folder)
+{
+    setDirectory(folder);
+    m_nameField->clear();
+}
+
+void FilePanel::refuse(const QString& reason)
+{
+    QMessageBox message(QMessageBox::Information, windowTitle(), reason, QMessageBox::Ok, this);
+    message.setTextFormat(Qt::PlainText);
+    message.exec();
 }
 
 QString folderForPanel(const std::string& startPath)
@@ -87,7 +106,8 @@ QString folderForPanel(const std::string& startPath)
     return toQt(folder);
 }
 
-std::optional<QUrl> chooseFileOrFolder(QWidget& parent, const QString& title, const std::string& startPath)
+std::optional<std::string> chooseFileOrFolder(
+    QWidget& parent, const QString& title, const std::string& startPath)
 {
     // On the heap, since the parent takes it along when it goes.
     const QPointer<FileOrFolderPanel> panel = new FileOrFolderPanel(&parent, title);
@@ -102,7 +122,7 @@ std::optional<QUrl> chooseFileOrFolder(QWidget& parent, const QString& title, co
     if (!confirmed || chosen.isEmpty())
         return std::nullopt;
     const bool needsSlash = QFileInfo(chosen).isDir() && !chosen.endsWith(QLatin1Char('/'));
-    return QUrl::fromLocalFile(needsSlash ? chosen + QLatin1Char('/') : chosen);
+    return fromQt(needsSlash ? chosen + QLatin1Char('/') : chosen);
 }
 
 } // namespace quorvane

@@ -1,19 +1,34 @@
 #pragma once
 
-#include <QString>
-#include <QUrl>
+#include <QFileDialog>
 
 #include <optional>
 #include <string>
 
-class QWidget;
+class QLineEdit;
 
 namespace quorvane {
 
-// The path that a file panel's answer stands for in rules and files: the address as text, fully escaped,
-// without "file://" and with a space for every "%20". Deliberate: any other escape stays, so a "#" in a name
-// comes out as "%23".
-std::string pathFromPanel(const QUrl& url);
+// A file panel whose answer is what its name field names, whatever characters that holds: Qt's own answer
+// takes quotation marks for several names.
+class FilePanel : public QFileDialog {
+    Q_OBJECT
+public:
+    FilePanel(QWidget* parent, const QString& title);
+
+    // Absolute; empty when nothing is named.
+    QString namedPath() const;
+
+protected:
+    QLineEdit& nameField() const { return *m_nameField; }
+    // Shows a folder and goes on asking.
+    void enter(const QString& folder);
+    // Says why what is named will not do, and goes on asking.
+    void refuse(const QString& reason);
+
+private:
+    QLineEdit* m_nameField;
+};
 
 // The folder that a panel opens in for `startPath`: that folder, else the nearest one above it that exists;
 // the home folder when the path does not begin with "/".
@@ -21,7 +36,8 @@ QString folderForPanel(const std::string& startPath);
 
 // Lets a person choose one file or folder of any kind in a panel over `parent`, which is told its title, and
 // waits for the answer while windows go on being painted. A file at `startPath` is chosen beforehand. The
-// address of a folder ends with "/". None when the panel was left, or when `parent` went away meanwhile.
-std::optional<QUrl> chooseFileOrFolder(QWidget& parent, const QString& title, const std::string& startPath);
+// path of a folder ends with "/". None when the panel was left, or when `parent` went away meanwhile.
+std::optional<std::string> chooseFileOrFolder(
+    QWidget& parent, const QString& title, const std::string& startPath);
 
 } // namespace quorvane

@@ -233,8 +233,7 @@ void RuleEditorControls::takeApplication(const std::string& path) const
 
 std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath)
 {
-    const auto url = chooseFileOrFolder(editor, QObject::tr("Use Path"), startPath);
-    return url ? std::optional<std::string>(pathFromPanel(*url)) : std::nullopt;
+    return chooseFileOrFolder(editor, QObject::tr("Use Path"), startPath);
 }
 
 } // namespace quorvane

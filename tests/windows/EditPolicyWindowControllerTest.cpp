@@ -388,11 +388,11 @@ TEST_F(EditPolicyWindow, AChosenFolderGetsASlashAndKeepsItsSpaces)
     EXPECT_TRUE(canSave());
 }
 
-TEST_F(EditPolicyWindow, AChosenNameKeepsItsEscapesButTheSpace)
+TEST_F(EditPolicyWindow, AChosenNameComesAsItIs)
 {
     open(policyRule({.path = "", .processName = "any"}));
-    choose("browsePathButton", folder.write("a #b", ""));
-    EXPECT_EQ(text("pathTextField"), folder.path("a %23b"));
+    choose("browsePathButton", folder.write("Käse #1 100%20", ""));
+    EXPECT_EQ(text("pathTextField"), folder.path("Käse #1 100%20"));
     EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::path);
 }
 

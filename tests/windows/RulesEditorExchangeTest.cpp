@@ -330,29 +330,81 @@ TEST_F(RulesExchange, TheImportPanelTakesOneExchangeFile)
     EXPECT_EQ(review()->path(), folder.path("root/Users/Shared/Quorvane Extras/Tools.quorv"));
 }
 
-TEST_F(RulesExchange, AFileOfAnotherTypeIsRefusedByThePanel)
+TEST_F(RulesExchange, AFileOfAnyNameInAnyFolderIsImported)
 {
-    // Of the type's spellings only three are known.
-    for (const char* name : {"Tools.txt", "Tools.qUORV"}) {
+    for (const char* name : {"Käse/Käse.quorv", "100%25 #1/it's.quorv", "a b/say \"hi\" & <b>.QUORV"}) {
         SCOPED_TRACE(name);
-        const std::string text = folder.write(name, "watch prefix \"/w\" \"/bin/sh\" r\n");
+        const std::string file = folder.write(name, "watch prefix \"/w\" \"/bin/sh\" r\n");
         importWith([&](QFileDialog& panel) {
-            panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(text));
+            panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(file));
+            QTimer::singleShot(0, &panel, [] {
+                auto* refusal = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                ASSERT_NE(refusal, nullptr);
+                ADD_FAILURE() << fromQt(refusal->text());
+                refusal->accept();
+            });
+            QMetaObject::invokeMethod(&panel, "accept");
+            if (panel.isVisible())
+                panel.reject();
+        });
+        ASSERT_NE(review(), nullptr);
+        EXPECT_EQ(review()->path(), file);
+        delete review();
+    }
+}
+
+TEST_F(RulesExchange, WhatCannotBeOpenedIsRefusedByThePanel)
+{
+    const struct {
+        const char* why;
+        std::string typed;
+        const char* refusal;
+    } cases[] = {
+        {"another type", folder.write("Tools.txt", "allow path /a any r\n"),
+            "Please choose a file whose name ends in .quorv."},
+        {"of the type's spellings only three are known", folder.write("Tools.qUORV", "allow path /a any r\n"),
+            "Please choose a file whose name ends in .quorv."},
+        {"nothing there", "<b>gone</b>.quorv", "There is no file \u201c<b>gone</b>.quorv\u201d."},
+        {"not UTF-8", folder.write("Latin.quorv", "allow prefix \"/caf\xe9\" any r\n"),
+            "\u201cLatin.quorv\u201d cannot be read, or is not UTF-8 text."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        importWith([&](QFileDialog& panel) {
+            panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(c.typed));
             QString refusal;
             QTimer::singleShot(0, &panel, [&refusal] {
                 auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 ASSERT_NE(box, nullptr);
+                EXPECT_EQ(box->textFormat(), Qt::PlainText);
                 refusal = box->text();
                 box->accept();
             });
             QMetaObject::invokeMethod(&panel, "accept");
-            EXPECT_EQ(refusal, QStringLiteral("Please choose a file whose name ends in .quorv."));
+            EXPECT_EQ(refusal, toQt(c.refusal));
             EXPECT_TRUE(panel.isVisible());
             panel.reject();
         });
         EXPECT_EQ(review(), nullptr);
         EXPECT_EQ(log.lines().back(), "-[RulesEditorTableController handleFileImport:] (null)");
     }
+}
+
+TEST_F(RulesExchange, AFolderThatIsNamedIsOpenedByThePanels)
+{
+    folder.write("100% #1/Tools.quorv", "");
+    const auto enter = [this](QFileDialog& panel) {
+        auto* field = panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        field->setText(toQt(folder.path("100% #1")));
+        QMetaObject::invokeMethod(&panel, "accept");
+        EXPECT_TRUE(panel.isVisible());
+        EXPECT_EQ(panel.directory().path(), toQt(folder.path("100% #1")));
+        EXPECT_EQ(field->text(), QString());
+        panel.reject();
+    };
+    importWith(enter);
+    action("exportMenuItem")->trigger();
+    enter(*window->findChild<QFileDialog*>());
 }
 
 TEST_F(RulesExchange, TheWholeFileIsExportedAsItIs)
@@ -377,8 +429,9 @@ TEST_F(RulesExchange, AnExportThatIsLeftWritesNothing)
 
 TEST_F(RulesExchange, TheWholeFileExportedOntoItselfStays)
 {
+    std::filesystem::create_symlink(folder.path(userFile), folder.path("link.quorv"));
     action("exportMenuItem")->trigger();
-    saveAs(folder.path(userFile));
+    saveAs(folder.path("link.quorv"));
     EXPECT_EQ(userRules(), ownRules);
 }
 
@@ -413,19 +466,79 @@ TEST_F(RulesExchange, SeveralSelectedRulesAreExportedInTheOrderOfTheirRows)
         "allow prefix \"/b\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
 }
 
-TEST_F(RulesExchange, OnlySpacesOfAChosenNameAreUnescaped)
+TEST_F(RulesExchange, RulesAreExportedUnderTheVeryNameThatIsChosen)
 {
     table->selectRow(1);
-    action("exportSelectedRulesMenuItem")->trigger();
-    saveAs(folder.path("a#b.quorv"));
-    EXPECT_TRUE(std::filesystem::exists(folder.path("a%23b.quorv")));
+    std::filesystem::create_directory(folder.path("it's 100%25 #1"));
+    for (const char* command : {"exportMenuItem", "exportSelectedRulesMenuItem"}) {
+        for (const char* name : {"Käse.quorv", "a#b%20c.Quorv", "it's 100%25 #1/say \"hi\".QUORV"}) {
+            SCOPED_TRACE(name);
+            action(command)->trigger();
+            saveAs(folder.path(name));
+            EXPECT_TRUE(std::filesystem::remove(folder.path(name)));
+        }
+    }
+}
+
+TEST_F(RulesExchange, ANameWithoutTheTypeOfExchangeFilesGetsIt)
+{
+    const struct {
+        const char* typed;
+        const char* written;
+    } cases[] = {{"Tools", "Tools.quorv"}, {"Tools.txt", "Tools.txt.quorv"}, {"v1.2", "v1.2.quorv"},
+        {"Tools.", "Tools..quorv"}, {"a b", "a b.quorv"}};
+    for (const auto& c : cases) {
+        action("exportMenuItem")->trigger();
+        saveAs(folder.path(c.typed));
+        EXPECT_EQ(TemporaryFolder::contents(folder.path(c.written)), ownRules) << c.typed;
+        EXPECT_FALSE(std::filesystem::exists(folder.path(c.typed))) << c.typed;
+    }
+}
+
+TEST_F(RulesExchange, TheFileThatWouldBeReplacedIsAskedAbout)
+{
+    folder.write("Tools.quorv", "kept");
+    action("exportMenuItem")->trigger();
+    auto* panel = window->findChild<QFileDialog*>();
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(folder.path("Tools")));
+    QString question;
+    QTimer::singleShot(0, panel, [&question] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->textFormat(), Qt::PlainText);
+        EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::No));
+        question = box->text();
+        box->button(QMessageBox::No)->click();
+    });
+    QMetaObject::invokeMethod(panel, "accept");
+    EXPECT_EQ(question, toQt("\u201cTools.quorv\u201d already exists.\nDo you want to replace it?"));
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_EQ(TemporaryFolder::contents(folder.path("Tools.quorv")), "kept");
+}
+
+TEST_F(RulesExchange, AFolderThatIsNotThereIsRefusedByTheSavePanel)
+{
+    action("exportMenuItem")->trigger();
+    auto* panel = window->findChild<QFileDialog*>();
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(folder.path("gone/a.quorv")));
+    QString refusal;
+    QTimer::singleShot(0, panel, [&refusal] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        refusal = box->text();
+        box->accept();
+    });
+    QMetaObject::invokeMethod(panel, "accept");
+    EXPECT_EQ(refusal, toQt("No file can be saved as \u201c" + folder.path("gone/a.quorv") + "\u201d."));
+    EXPECT_TRUE(panel->isVisible());
 }
 
 TEST_F(RulesExchange, SelectedRulesDoNotReplaceTheRulesFile)
 {
     table->selectRow(1);
+    std::filesystem::create_symlink(folder.path(userFile), folder.path("link.quorv"));
     action("exportSelectedRulesMenuItem")->trigger();
-    saveAs(folder.path(userFile));
+    saveAs(folder.path("link.quorv"));
     EXPECT_EQ(userRules(), ownRules);
 }
 
@@ -433,7 +546,8 @@ TEST_F(RulesExchange, AFailedExportIsOnlyLogged)
 {
     table->selectRow(1);
     action("exportSelectedRulesMenuItem")->trigger();
-    saveAs("/dev/full");
+    std::filesystem::create_symlink("/dev/full", folder.path("full.quorv"));
+    saveAs(folder.path("full.quorv"));
     EXPECT_TRUE(log.lines().back().starts_with("error on export: ")) << log.lines().back();
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
     EXPECT_EQ(notices(), "");
