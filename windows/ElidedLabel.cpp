@@ -1,7 +1,8 @@
 #include "windows/ElidedLabel.h"
 
+#include "windows/PlainText.h"
+
 #include <QPainter>
-#include <QTextDocument>
 
 namespace quorvane {
 
@@ -15,7 +16,12 @@ ElidedLabel::ElidedLabel(QWidget* parent)
 void ElidedLabel::setText(const QString& text)
 {
     QLabel::setText(QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')));
-    setToolTip(text.isEmpty() ? QString() : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal));
+    setToolTip(plainToolTip(text));
+}
+
+QString ElidedLabel::shownText() const
+{
+    return fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width() - 2 * margin());
 }
 
 QSize ElidedLabel::minimumSizeHint() const
@@ -29,8 +35,7 @@ void ElidedLabel::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     const QRect place = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(place, static_cast<int>(Qt::AlignVCenter | Qt::AlignLeft),
-        fontMetrics().elidedText(text(), Qt::ElideRight, place.width()));
+    painter.drawText(place, static_cast<int>(Qt::AlignVCenter | Qt::AlignLeft), shownText());
 }
 
 } // namespace quorvane

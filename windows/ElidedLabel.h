@@ -14,6 +14,9 @@ public:
     // Line ends show as spaces.
     void setText(const QString& text);
 
+    // As it fits.
+    QString shownText() const;
+
     QSize minimumSizeHint() const override;
 
 protected:

@@ -5,6 +5,7 @@
 #include "windows/ImportProgress.h"
 #include "windows/ImportTableModel.h"
 #include "windows/KeptSelection.h"
+#include "windows/PlainText.h"
 #include "windows/QtText.h"
 #include "workflow/FailSafeSuggestions.h"
 #include "workflow/ImportCells.h"
@@ -48,8 +49,7 @@ void ImportWindowController::setUpTable()
     table->setIconSize(QSize(iconPixels, iconPixels));
     table->setModel(m_model);
     QHeaderView* header = table->horizontalHeader();
-    header->setStretchLastSection(false);
-    header->setSectionResizeMode(static_cast<int>(ImportColumn::path), QHeaderView::Stretch);
+    table->setPathColumn(static_cast<int>(ImportColumn::path));
     header->setSectionResizeMode(static_cast<int>(ImportColumn::tick), QHeaderView::Fixed);
     connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
         if (static_cast<ImportColumn>(column) == ImportColumn::tick)
@@ -90,7 +90,8 @@ void ImportWindowController::setUpMenu()
 void ImportWindowController::setPath(std::string path)
 {
     m_path = std::move(path);
-    setWindowTitle(m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(toQt(m_path)));
+    setWindowTitle(
+        m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(plainTitle(toQt(m_path))));
 }
 
 void ImportWindowController::awakeFromNib()
@@ -219,7 +220,7 @@ void ImportWindowController::tellCounts()
     m_ui->importTableView->setEmptyText(unread ? reason : tr("This file holds no rules."));
     if (rules > 0 && unread)
         counts += QLatin1Char('\n') + reason;
-    m_ui->countLabel->setText(counts);
+    m_ui->countLabel->setText(withBreakPoints(counts));
 }
 
 void ImportWindowController::importAction()

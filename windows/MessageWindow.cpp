@@ -1,5 +1,7 @@
 #include "windows/MessageWindow.h"
 
+#include "windows/PlainText.h"
+
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -19,8 +21,15 @@ QLabel* textLabel()
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setMinimumWidth(textWidth);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
+}
+
+// Selectable while a copy would be the very text.
+void showText(QLabel& label, const QString& text)
+{
+    const QString shown = withBreakPoints(text);
+    label.setTextInteractionFlags(shown == text ? Qt::TextSelectableByMouse : Qt::NoTextInteraction);
+    label.setText(shown);
 }
 
 } // namespace
@@ -52,9 +61,9 @@ MessageWindow::MessageWindow(const QString& iconFile)
 
 void MessageWindow::setTexts(const QString& header, const QString& message)
 {
-    setWindowTitle(header);
-    m_header->setText(header);
-    m_message->setText(message);
+    setWindowTitle(plainTitle(header));
+    showText(*m_header, header);
+    showText(*m_message, message);
 }
 
 } // namespace quorvane

@@ -8,7 +8,7 @@ class QLabel;
 namespace quorvane {
 
 // A small window that says something: icon, header, message and buttons. The texts are shown as they are,
-// never as markup, and can be selected.
+// never as markup, and can be selected but for those that hold a very long word.
 class MessageWindow : public QDialog {
     Q_OBJECT
 public:

@@ -5,7 +5,7 @@ class QLineEdit;
 namespace quorvane {
 
 // Takes out of what is pasted or typed into `field` whatever would end a rule's line in the file, or the
-// file.
+// file: no text of a rule holds that.
 void keepToOneLine(QLineEdit& field);
 
 } // namespace quorvane

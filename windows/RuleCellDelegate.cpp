@@ -1,6 +1,7 @@
 #include "windows/RuleCellDelegate.h"
 
 #include "windows/OneLineText.h"
+#include "windows/Shades.h"
 #include "windows/TickHeader.h"
 
 #include <QAbstractItemView>
@@ -17,7 +18,6 @@ namespace {
 
 constexpr int roomBesideText = 5; // logical pixels on each side
 constexpr QSize stateImageSize(12, 12); // logical pixels
-const QColor keyboardFrame(0x5b, 0x8d, 0xc9);
 
 // This cell's part of a frame around the row that has the keyboard.
 void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
@@ -26,7 +26,7 @@ void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, c
     if (view == nullptr || !view->hasFocus() || view->currentIndex().row() != index.row())
         return;
     const QRect cell = option.rect.adjusted(0, 0, -1, -1);
-    painter->setPen(keyboardFrame);
+    painter->setPen(shades::keyboardFrame);
     painter->drawLine(cell.topLeft(), option.rect.topRight());
     painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
     if (index.column() == 0)
@@ -52,6 +52,9 @@ void RuleCellDelegate::paint(
         image.moveCenter(option.rect.center());
         cell.icon.paint(painter, image);
     } else {
+        // The background is there. Text and icon keep their colours, which say something, in a selected row.
+        cell.backgroundBrush = Qt::NoBrush;
+        cell.state.setFlag(QStyle::State_Selected, false);
         cell.rect.adjust(roomBesideText, 0, -roomBesideText, 0);
         style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
     }
@@ -91,13 +94,6 @@ bool RuleCellDelegate::editorEvent(
         return false;
     return model->setData(index, state.value<Qt::CheckState>() == Qt::Checked ? Qt::Unchecked : Qt::Checked,
         Qt::CheckStateRole);
-}
-
-void RuleCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
-{
-    QStyledItemDelegate::initStyleOption(option, index);
-    // Red, orange and blue say something: a selection must not hide it.
-    option->palette.setBrush(QPalette::HighlightedText, option->palette.brush(QPalette::Text));
 }
 
 } // namespace quorvane

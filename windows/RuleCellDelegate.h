@@ -5,8 +5,8 @@
 namespace quorvane {
 
 // Paints the cells of a rules table: an image without text or a check box in the middle of its column, texts
-// in their own colour also while selected. A click anywhere in a check box's cell ticks or unticks it; what
-// is edited in a cell bears its column's name.
+// and icons in their own colours also while selected. A click anywhere in a check box's cell ticks or unticks
+// it; what is edited in a cell bears its column's name.
 class RuleCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:
@@ -21,7 +21,6 @@ public:
 protected:
     bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
         const QModelIndex& index) override;
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 };
 
 } // namespace quorvane

@@ -1,6 +1,8 @@
 #include "windows/RuleCellsModel.h"
 
+#include "windows/PlainText.h"
 #include "windows/QtText.h"
+#include "windows/Shades.h"
 #include "windows/StateImages.h"
 
 #include <QBrush>
@@ -18,30 +20,21 @@ namespace {
 
 constexpr int cellFontSize = 12; // logical pixels
 
-// Plain colours: what a test or a magnifier reads is what was meant.
 QColor textColor(CellColor color)
 {
     switch (color) {
     case CellColor::black:
-        return Qt::black;
+        return shades::black;
     case CellColor::red:
-        return Qt::red;
+        return shades::red;
     case CellColor::orange:
-        return {0xff, 0x80, 0x00};
+        return shades::orange;
     case CellColor::blue:
-        return Qt::blue;
+        return shades::blue;
     case CellColor::grey:
-        return {0x6e, 0x6e, 0x76};
+        return shades::grey;
     }
-    return Qt::black;
-}
-
-// White of level 0.8 or 1.0, a fifth opaque, on the table's white.
-QColor bandColor(bool shaded)
-{
-    constexpr qreal opacity = 0.2;
-    const qreal level = (shaded ? 0.8 : 1.0) * opacity + (1.0 - opacity);
-    return QColor::fromRgbF(static_cast<float>(level), static_cast<float>(level), static_cast<float>(level));
+    return shades::black;
 }
 
 QFont cellFont(bool bold, bool italic)
@@ -170,7 +163,7 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
     const auto row = static_cast<std::size_t>(index.row());
     const ShownRow* shown = m_shownRows.find(row);
     if (role == Qt::BackgroundRole)
-        return shown == nullptr ? QVariant() : QVariant(QBrush(bandColor(shown->shaded)));
+        return shown == nullptr ? QVariant() : QVariant(QBrush(shown->shaded ? shades::band : shades::table));
     if (role == Qt::FontRole)
         return cellFont(index.column() == 0,
             shown != nullptr && shown->cells[static_cast<std::size_t>(index.column())].italic);
@@ -189,7 +182,7 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
     case Qt::ForegroundRole:
         return QBrush(textColor(cell.color));
     case Qt::ToolTipRole:
-        return toQt(cell.toolTip);
+        return plainToolTip(toQt(cell.toolTip));
     default:
         return toQt(cell.description);
     }
@@ -210,6 +203,8 @@ QVariant RuleCellsModel::decoration(const RuleCell& cell) const
 {
     if (cell.image != StateImage::none)
         return cell.image == StateImage::system ? systemRuleImage() : recentRuleImage();
+    if (cell.isIconFileMissing)
+        return missingProgramImage();
     return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile)) : QVariant();
 }
 

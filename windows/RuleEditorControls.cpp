@@ -4,6 +4,7 @@
 #include "platform/Workspace.h"
 #include "windows/FilePanel.h"
 #include "windows/OneLineText.h"
+#include "windows/PlainText.h"
 #include "windows/QtText.h"
 #include "windows/StateImages.h"
 #include "workflow/RuleEditing.h"
@@ -12,6 +13,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -23,17 +25,6 @@ namespace quorvane {
 namespace {
 
 constexpr int iconSize = 96; // logical pixels
-
-// The text is shown as it is, never as markup.
-QString toolTipWith(const QString& text, const QString& help)
-{
-    constexpr int longest = 2000;
-    if (text.isEmpty())
-        return help;
-    return QStringLiteral("<p style='white-space: pre-wrap'>")
-        + (text.size() > longest ? text.first(longest) + QChar(0x2026) : text).toHtmlEscaped()
-        + QStringLiteral("</p><p>") + help.toHtmlEscaped() + QStringLiteral("</p>");
-}
 
 void showImage(QLabel& view, const QIcon& icon, const QString& meaning)
 {
@@ -80,7 +71,18 @@ void setUpRuleTextField(QLineEdit& field)
     keepToOneLine(field);
     field.setAccessibleDescription(field.toolTip()); // which would be the tool tip, text and markup and all
     QObject::connect(&field, &QLineEdit::textChanged, &field,
-        [&field, help = field.toolTip()](const QString& text) { field.setToolTip(toolTipWith(text, help)); });
+        [&field, help = plainToolTip(field.toolTip())](
+            const QString& text) { field.setToolTip(plainToolTip(text) + help); });
+}
+
+void setUpConstraintField(QLineEdit& field)
+{
+    constexpr int digits = 64;
+    constexpr int digitsOfRoom = 5; // beside them, with the frame
+    setUpRuleTextField(field);
+    field.setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    const int digitWidth = QFontMetrics(field.font()).horizontalAdvance(QLatin1Char('0'));
+    field.setMinimumWidth((digits + digitsOfRoom) * digitWidth);
 }
 
 void makeReadOnly(QLineEdit& field)
@@ -106,7 +108,7 @@ RuleEditorControls::RuleEditorControls(
     setUpRuleTextField(*m_widgets.pathTextField);
     setUpRuleTextField(*m_widgets.processNameTextField);
     if (m_widgets.constraintTextField != nullptr)
-        setUpRuleTextField(*m_widgets.constraintTextField);
+        setUpConstraintField(*m_widgets.constraintTextField);
 }
 
 // The texts first: a field that is watched chooses a type.

@@ -58,6 +58,10 @@ template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePop
 // Keeps `field` to one line, since a line end in a text would end the rule's line in the file, and shows the
 // whole text as its tool tip.
 void setUpRuleTextField(QLineEdit& field);
+
+// Sets up a field for a digest or a team: all of a SHA-256 fits, in a face in which every digit is as wide.
+void setUpConstraintField(QLineEdit& field);
+
 void makeReadOnly(QLineEdit& field);
 
 // Shows the beginning of `text`, however long it is.

@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "rules/RuleManager.h"
+#include "windows/PlainText.h"
 #include "windows/WindowLook.h"
 #include "workflow/RuleEditing.h"
 #include "workflow/RuleEditorDelegate.h"
@@ -80,7 +81,7 @@ void RuleEditorWindow::updateEditor()
         m_controls->showSystemRule();
     else
         m_controls->showUserRule();
-    setWindowTitle(title());
+    setWindowTitle(plainTitle(title()));
     m_controls->applyCompleteness();
 }
 

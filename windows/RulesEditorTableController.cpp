@@ -5,9 +5,12 @@
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
 #include "windows/KeptSelection.h"
+#include "windows/OneLineText.h"
+#include "windows/PlainText.h"
 #include "windows/QtText.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
+#include "windows/Shades.h"
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/RuleCells.h"
@@ -62,7 +65,8 @@ void RulesEditorTableController::awakeFromNib()
 {
     if (!std::exchange(m_initialize, false))
         return;
-    setWindowTitle(tr("Quorvane Configuration - %1").arg(toQt(m_store.locations().userRulesFile())));
+    setWindowTitle(
+        tr("Quorvane Configuration - %1").arg(plainTitle(toQt(m_store.locations().userRulesFile()))));
     m_follower->checkFile();
     m_exchange->offerSuggestions();
     offerKeptRules();
@@ -84,6 +88,7 @@ void RulesEditorTableController::setUpActions()
     m_ui->searchLabel->setBuddy(m_ui->searchField);
     constexpr int roomBesideText = 4;
     m_ui->searchField->setTextMargins(roomBesideText, 0, roomBesideText, 0);
+    keepToOneLine(*m_ui->searchField);
     if (auto* clear = m_ui->searchField->findChild<QToolButton*>())
         clear->setAccessibleName(tr("Clear"));
     connect(m_ui->searchField, &QLineEdit::textChanged, this, &RulesEditorTableController::searchFieldAction);
@@ -102,6 +107,9 @@ void RulesEditorTableController::setUpActions()
     setUpSortMenu();
     statusBar()->addWidget(m_ui->countLabel);
     statusBar()->addWidget(m_ui->failureLabel, 1);
+    QPalette failure = m_ui->failureLabel->palette();
+    failure.setColor(QPalette::WindowText, shades::failureText);
+    m_ui->failureLabel->setPalette(failure);
 }
 
 void RulesEditorTableController::setUpSortMenu()
@@ -125,6 +133,7 @@ void RulesEditorTableController::setUpTable()
     m_model->reload();
     auto* table = m_ui->rulesEditorTableView;
     table->setModel(m_model);
+    table->setPathColumn(static_cast<int>(RuleColumn::path));
     // What is typed over the table goes on in the search field.
     connect(table, &RulesTableView::textTyped, this, [this](const QString& text) {
         m_ui->searchField->setFocus(Qt::OtherFocusReason);
@@ -232,9 +241,7 @@ void RulesEditorTableController::showFailure()
     QStringList failures{
         toQt(m_store.lastErrorMessage().value_or(unread ? unread->reason : "")), m_preferencesFailure};
     failures.removeAll(QString());
-    const QString message = failures.join(QStringLiteral("  \u2022  "));
-    m_ui->failureLabel->setText(message);
-    m_ui->failureLabel->setToolTip(message);
+    m_ui->failureLabel->setText(failures.join(QStringLiteral("  \u2022  ")));
 }
 
 void RulesEditorTableController::showPreferencesFailure(const QString& failure)
@@ -277,10 +284,8 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
     QMainWindow::showEvent(event);
     if (std::exchange(m_columnsFitted, true))
         return;
-    if (restoreColumnWidths(*m_ui->rulesEditorTableView)) {
-        m_ui->rulesEditorTableView->stretchPath();
+    if (restoreColumnWidths(*m_ui->rulesEditorTableView))
         return;
-    }
     m_ui->rulesEditorTableView->fitColumns();
     m_fittedWidths = columnWidths(*m_ui->rulesEditorTableView);
 }

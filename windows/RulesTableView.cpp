@@ -1,5 +1,6 @@
 #include "windows/RulesTableView.h"
 
+#include "windows/PlainText.h"
 #include "windows/RuleCellDelegate.h"
 #include "windows/RuleCellsModel.h"
 #include "windows/TickHeader.h"
@@ -7,8 +8,10 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QPainter>
+#include <QScopedValueRollback>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace quorvane {
@@ -20,6 +23,20 @@ constexpr int iconPixels = 16;
 constexpr int headerHeight = 26;
 constexpr int narrowestColumn = 30;
 constexpr int widestFittedColumn = 260;
+constexpr int narrowestPath = 130;
+
+// How wide columns may be at most for all of them to fit into `room`.
+int widestThatFits(QList<int> widths, int room)
+{
+    std::sort(widths.begin(), widths.end());
+    for (int column = 0; column < widths.size(); ++column) {
+        const int share = room / static_cast<int>(widths.size() - column);
+        if (widths[column] > share)
+            return share;
+        room -= widths[column];
+    }
+    return std::numeric_limits<int>::max();
+}
 
 } // namespace
 
@@ -47,7 +64,6 @@ RulesTableView::RulesTableView(QWidget* parent)
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumHeight(headerHeight);
     horizontalHeader()->setMinimumSectionSize(narrowestColumn);
-    horizontalHeader()->setStretchLastSection(true);
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
 }
@@ -67,21 +83,52 @@ void RulesTableView::showOrder(int column, Qt::SortOrder order)
         rules->setSortedColumn(column, order);
 }
 
-void RulesTableView::fitColumns()
+void RulesTableView::setPathColumn(int column)
 {
-    resizeColumnsToContents();
-    for (int column = 0; column + 1 < horizontalHeader()->count(); ++column)
-        setColumnWidth(column, std::min(columnWidth(column), widestFittedColumn));
-    stretchPath();
+    m_pathColumn = column;
+    horizontalHeader()->setSectionResizeMode(column, QHeaderView::Stretch);
+    for (int each = 0; each < horizontalHeader()->count(); ++each)
+        m_wishedWidths.append(columnWidth(each));
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
+        if (!m_isMakingRoom)
+            m_wishedWidths[resized] = width;
+    });
 }
 
-void RulesTableView::stretchPath()
+void RulesTableView::fitColumns()
 {
-    if (!horizontalHeader()->stretchLastSection())
-        return; // the path stands elsewhere and takes the room by itself
-    // The header takes up stretching anew only when it is switched on.
-    horizontalHeader()->setStretchLastSection(false);
-    horizontalHeader()->setStretchLastSection(true);
+    QList<int> widths;
+    for (int column = 0; column < horizontalHeader()->count(); ++column) {
+        const int needed = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
+        widths.append(std::min(needed, widestFittedColumn));
+    }
+    setWishedWidths(widths);
+}
+
+void RulesTableView::setWishedWidths(const QList<int>& widths)
+{
+    m_wishedWidths = widths;
+    makeRoomForPath();
+}
+
+void RulesTableView::makeRoomForPath()
+{
+    if (m_pathColumn < 0)
+        return;
+    QList<int> widths = m_wishedWidths;
+    widths.removeAt(m_pathColumn);
+    const int widest = widestThatFits(widths, viewport()->width() - narrowestPath);
+    const QScopedValueRollback making(m_isMakingRoom, true);
+    for (int column = 0; column < m_wishedWidths.size(); ++column) {
+        if (column != m_pathColumn)
+            setColumnWidth(column, std::max(std::min(m_wishedWidths[column], widest), narrowestColumn));
+    }
+}
+
+void RulesTableView::resizeEvent(QResizeEvent* event)
+{
+    QTableView::resizeEvent(event);
+    makeRoomForPath();
 }
 
 std::vector<std::size_t> RulesTableView::selectedRows() const
@@ -153,7 +200,8 @@ void RulesTableView::paintEvent(QPaintEvent* event)
     if (rules != nullptr && rules->rowCount() == 0) {
         QPainter painter(viewport());
         painter.setPen(palette().color(QPalette::PlaceholderText));
-        painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, m_emptyText);
+        painter.drawText(
+            viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, withBreakPoints(m_emptyText));
     }
 }
 

@@ -23,11 +23,16 @@ public:
     // Marks the column by which the rows are sorted first; none when `column` is negative.
     void showOrder(int column, Qt::SortOrder order);
 
-    // Makes the columns as wide as what they show needs, within reason; the path takes the rest.
+    // The column that takes what room the others leave. They give way to it, the widest ones first, when that
+    // would be too little. To be called once there is a model.
+    void setPathColumn(int column);
+
+    // Makes the columns as wide as what they show needs, within reason.
     void fitColumns();
 
-    // Gives the path what room the other columns leave.
-    void stretchPath();
+    // How wide each column shall be where there is room.
+    const QList<int>& wishedWidths() const { return m_wishedWidths; }
+    void setWishedWidths(const QList<int>& widths);
 
     // The selected rows from the top down.
     std::vector<std::size_t> selectedRows() const;
@@ -53,12 +58,18 @@ protected:
     // The row of `index` matters, wherever in it the keyboard is.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     // Home and End lead to the first and last row, not along the row.
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:
+    void makeRoomForPath();
+
     QString m_emptyText;
+    int m_pathColumn = -1;
+    QList<int> m_wishedWidths;
+    bool m_isMakingRoom = false;
 };
 
 } // namespace quorvane

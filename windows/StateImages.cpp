@@ -8,18 +8,19 @@ namespace quorvane {
 namespace {
 
 constexpr qreal stateImageOpacity = 0.8;
+constexpr qreal placeholderOpacity = 0.3;
+constexpr int placeholderSize = 16; // logical pixels
 
-QIcon fadedIcon(const QString& file)
+QIcon fadedIcon(const QString& file, int size, qreal opacity)
 {
     QIcon faded;
     for (const qreal scale : {1.0, 2.0, 3.0}) {
-        QPixmap image(QSize(stateImageSize, stateImageSize) * scale);
+        QPixmap image(QSize(size, size) * scale);
         image.setDevicePixelRatio(scale);
         image.fill(Qt::transparent);
         QPainter painter(&image);
-        painter.setOpacity(stateImageOpacity);
-        painter.drawPixmap(QRect(0, 0, stateImageSize, stateImageSize),
-            QIcon(file).pixmap(QSize(stateImageSize, stateImageSize), scale));
+        painter.setOpacity(opacity);
+        painter.drawPixmap(QRect(0, 0, size, size), QIcon(file).pixmap(QSize(size, size), scale));
         painter.end();
         faded.addPixmap(image);
     }
@@ -30,13 +31,22 @@ QIcon fadedIcon(const QString& file)
 
 const QIcon& systemRuleImage()
 {
-    static const QIcon image = fadedIcon(QStringLiteral(":/images/system.png"));
+    static const QIcon image
+        = fadedIcon(QStringLiteral(":/images/system.png"), stateImageSize, stateImageOpacity);
     return image;
 }
 
 const QIcon& recentRuleImage()
 {
-    static const QIcon image = fadedIcon(QStringLiteral(":/images/new.png"));
+    static const QIcon image
+        = fadedIcon(QStringLiteral(":/images/new.png"), stateImageSize, stateImageOpacity);
+    return image;
+}
+
+const QIcon& missingProgramImage()
+{
+    static const QIcon image
+        = fadedIcon(QStringLiteral(":/images/tool.svg"), placeholderSize, placeholderOpacity);
     return image;
 }
 

@@ -10,4 +10,7 @@ constexpr int stateImageSize = 12; // logical pixels
 const QIcon& systemRuleImage();
 const QIcon& recentRuleImage();
 
+// Stands faintly where a program's icon would, when there is no such program.
+const QIcon& missingProgramImage();
+
 } // namespace quorvane

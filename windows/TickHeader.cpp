@@ -22,6 +22,15 @@ TickHeader::TickHeader(QWidget* parent)
 {
 }
 
+void TickHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section) const
+{
+    QHeaderView::initStyleOptionForIndex(option, section);
+    // Qt's own points down then.
+    if (option->sortIndicator != QStyleOptionHeader::None)
+        option->sortIndicator = sortIndicatorOrder() == Qt::AscendingOrder ? QStyleOptionHeader::SortUp
+                                                                           : QStyleOptionHeader::SortDown;
+}
+
 void TickHeader::paintSection(QPainter* painter, const QRect& rect, int section) const
 {
     painter->save();

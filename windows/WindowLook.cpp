@@ -1,12 +1,13 @@
 #include "windows/WindowLook.h"
 
 #include "platform/Compositor.h"
+#include "windows/Shades.h"
 
 #include <QApplication>
 #include <QColor>
 #include <QIcon>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 #include <QWidget>
 
 // The images live in a static library: naming them makes the linker keep them. Must stand outside any
@@ -18,38 +19,58 @@ static void keepImages()
 
 namespace quorvane {
 
+namespace {
+
+class WindowStyle : public QProxyStyle {
+public:
+    WindowStyle()
+        : QProxyStyle(QStringLiteral("Fusion"))
+    {
+    }
+
+    // Buttons bear the icons of the desktop's theme or none: the style's own go with no desktop.
+    QIcon standardIcon(StandardPixmap image, const QStyleOption* option, const QWidget* widget) const override
+    {
+        const QIcon icon = QProxyStyle::standardIcon(image, option, widget);
+        const bool isForButton = image >= SP_DialogOkButton && image <= SP_DialogNoButton;
+        return isForButton && icon.name().isEmpty() ? QIcon() : icon;
+    }
+};
+
+} // namespace
+
 void applyWindowLook(QApplication& application)
 {
     keepImages();
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita")); // for desktops without icons of their own
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    const QColor text(0x20, 0x20, 0x24);
-    const QColor grey(0x8a, 0x8a, 0x90);
-    QPalette look(QColor(0xf2, 0xf2, 0xf4), QColor(0xf7, 0xf7, 0xf8));
-    look.setColor(QPalette::Base, Qt::white);
-    look.setColor(QPalette::AlternateBase, QColor(0xf5, 0xf5, 0xf5));
+    QApplication::setStyle(new WindowStyle);
+    QPalette look(shades::button, shades::window);
+    look.setColor(QPalette::Base, shades::table);
+    look.setColor(QPalette::AlternateBase, shades::band);
     for (const auto role :
         {QPalette::Text, QPalette::WindowText, QPalette::ButtonText, QPalette::ToolTipText})
-        look.setColor(role, text);
-    look.setColor(QPalette::ToolTipBase, Qt::white);
-    look.setColor(QPalette::PlaceholderText, grey);
-    look.setColor(QPalette::Highlight, QColor(0xcf, 0xe1, 0xf7));
-    look.setColor(QPalette::HighlightedText, text);
+        look.setColor(role, shades::text);
+    look.setColor(QPalette::ToolTipBase, shades::table);
+    look.setColor(QPalette::PlaceholderText, shades::faintText);
+    look.setColor(QPalette::Highlight, shades::selection);
+    look.setColor(QPalette::HighlightedText, shades::text);
     for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
-        look.setColor(QPalette::Disabled, role, grey);
+        look.setColor(QPalette::Disabled, role, shades::faintText);
     application.setPalette(look);
-    application.setStyleSheet(QStringLiteral("QHeaderView::section { background: #f7f7f8; color: #5c5c64; "
-                                             "border: 0; border-bottom: 1px solid #d8d8dc;"
-                                             " border-right: 1px solid #e6e6ea; padding: 3px 8px; }"
-                                             "QToolBar { background: #f7f7f8; border: 0; border-bottom: 1px "
-                                             "solid #d8d8dc; padding: 5px; spacing: 6px; }"
-                                             "QStatusBar { border-top: 1px solid #e6e6ea; }"));
+    application.setStyleSheet(QStringLiteral(
+        "QHeaderView::section { background: %1; color: %2; border: 0; border-bottom: 1px solid %3;"
+        " border-right: 1px solid %4; padding: 3px 8px; }"
+        "QToolBar { background: %1; border: 0; border-bottom: 1px solid %3; padding: 5px;"
+        " spacing: 6px; }"
+        "QStatusBar { border-top: 1px solid %4; }")
+                                  .arg(shades::window.name(), shades::faintText.name(), shades::line.name(),
+                                      shades::faintLine.name()));
 }
 
 void applySheetLook(QWidget& window)
 {
     const bool translucent = isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
-    QColor sheet(0xf6, 0xf6, 0xf8);
+    QColor sheet = shades::sheet;
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);
         window.setAttribute(

@@ -1,5 +1,7 @@
 #include "windows/WindowMemory.h"
 
+#include "windows/RulesTableView.h"
+
 #include <QHeaderView>
 #include <QScreen>
 #include <QSettings>
@@ -42,14 +44,16 @@ bool restoreWindowSize(QWidget& window)
     return true;
 }
 
-bool restoreColumnWidths(QTableView& table)
+bool restoreColumnWidths(RulesTableView& table)
 {
     const UserSettings settings;
     const QVariantList widths = settings.value(widthsKey()).toList();
     if (widths.size() + 1 != table.horizontalHeader()->count())
         return false;
+    QList<int> wished = table.wishedWidths();
     for (int column = 0; column < widths.size(); ++column)
-        table.setColumnWidth(column, qBound(narrowestColumn, widths[column].toInt(), widestColumn));
+        wished[column] = qBound(narrowestColumn, widths[column].toInt(), widestColumn);
+    table.setWishedWidths(wished);
     return true;
 }
 
@@ -59,7 +63,7 @@ void rememberWindowSize(const QWidget& window)
         UserSettings().setValue(sizeKey(), window.size());
 }
 
-void rememberColumnWidths(const QTableView& table)
+void rememberColumnWidths(const RulesTableView& table)
 {
     QVariantList widths;
     for (const int width : columnWidths(table))
@@ -67,11 +71,10 @@ void rememberColumnWidths(const QTableView& table)
     UserSettings().setValue(widthsKey(), widths);
 }
 
-QList<int> columnWidths(const QTableView& table)
+QList<int> columnWidths(const RulesTableView& table)
 {
-    QList<int> widths;
-    for (int column = 0; column + 1 < table.horizontalHeader()->count(); ++column)
-        widths.append(table.columnWidth(column));
+    QList<int> widths = table.wishedWidths();
+    widths.removeLast();
     return widths;
 }
 

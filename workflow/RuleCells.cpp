@@ -1,5 +1,6 @@
 #include "workflow/RuleCells.h"
 
+#include "platform/FileBytes.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
 #include "workflow/ApplicationValidation.h"
@@ -34,6 +35,7 @@ RuleCell policyApplicationCell(
     if (cell.startsGroup) {
         cell.text = name;
         cell.iconFile = applicationBundlePathForRule(rule);
+        cell.isIconFileMissing = cell.iconFile->starts_with('/') && !isAnythingAt(*cell.iconFile);
     } else {
         cell.description = name;
     }

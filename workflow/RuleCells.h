@@ -35,6 +35,7 @@ struct RuleCell {
     bool italic = false;
     // The file or bundle whose icon stands before the text; none for no icon.
     std::optional<std::string> iconFile;
+    bool isIconFileMissing = false; // a placeholder stands for the icon then
     StateImage image = StateImage::none;
     // True for the application cell of a policy rule that begins a new application group.
     bool startsGroup = false;

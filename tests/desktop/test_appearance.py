@@ -4,7 +4,7 @@ from collections import Counter
 
 from rules_window import APPLICATION, PATH, STATE, TAG, DesktopTest
 
-WHITE, BLACK, RED, BLUE, ORANGE = (255, 255, 255), (0, 0, 0), (255, 0, 0), (0, 0, 255), (255, 128, 0)
+WHITE, BLACK, RED, BLUE, ORANGE = (255, 255, 255), (0, 0, 0), (204, 0, 0), (0, 0, 255), (176, 70, 0)
 # White of level 0.8, a fifth of it over white.
 BAND = (245, 245, 245)
 

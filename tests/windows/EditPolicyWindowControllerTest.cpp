@@ -3,6 +3,7 @@
 #include "tests/windows/EditorWindow.h"
 
 #include <QAccessible>
+#include <QWindow>
 
 namespace quorvane {
 
@@ -525,6 +526,23 @@ TEST_F(EditPolicyWindow, ShowsADraftAsItIsAlthoughItsPathSuggestsAnotherType)
     editor->showDraft(draft);
     EXPECT_EQ(editor->draft(), draft);
     EXPECT_EQ(label("constraintTypeTextField")->text(), QStringLiteral("SHA1"));
+}
+
+TEST_F(EditPolicyWindow, TheTitleShowsTheNameOfTheProgramAsItIs)
+{
+    open(policyRule({.path = "/p", .processName = "/bin/x[*]"}));
+    EXPECT_EQ(editor->windowHandle()->title(), QStringLiteral("x[*]"));
+}
+
+TEST_F(EditPolicyWindow, TheConstraintHasAHintAndRoomForAWholeDigest)
+{
+    open(policyRule({.path = "/p", .processName = "any"}));
+    const QLineEdit* constraint = field("constraintTextField");
+    EXPECT_FALSE(constraint->placeholderText().isEmpty());
+    EXPECT_TRUE(QFontInfo(constraint->font()).fixedPitch());
+    const QMargins beside = constraint->textMargins();
+    EXPECT_GT(constraint->width() - beside.left() - beside.right(),
+        constraint->fontMetrics().horizontalAdvance(QString(64, QLatin1Char('0'))));
 }
 
 } // namespace quorvane

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +60,16 @@ TEST(NoticeWindow, StaysUsableWhileADialogClosesOtherWindowsToInput)
         return button->mapTo(notice.data(), button->rect().center());
     }());
     EXPECT_TRUE(QTest::qWaitFor([&] { return notice.isNull(); }));
+}
+
+TEST(NoticeWindow, WrapsTextWithoutBreakPoints)
+{
+    NoticeWindow notice(
+        QStringLiteral("[*]"), QString(2000, QLatin1Char('x')), QStringLiteral("/nonexistent"));
+    notice.setAttribute(Qt::WA_DeleteOnClose, false);
+    notice.show();
+    EXPECT_LT(notice.width(), 700);
+    EXPECT_EQ(notice.windowHandle()->title(), QStringLiteral("[*]"));
 }
 
 } // namespace quorvane

@@ -1,8 +1,12 @@
 #include "windows/RulesEditorTableController.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
+#include "windows/PlainText.h"
 #include "windows/RulesTableModel.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -40,7 +44,7 @@ TEST_F(MainWindow, TellsAtItsFootWhyPreferencesWereNotSavedUntilTheyAre)
     const auto* failure = window->findChild<QLabel*>(QStringLiteral("failureLabel"));
     window->showPreferencesFailure(QStringLiteral("Failed to save"));
     EXPECT_EQ(failure->text(), QStringLiteral("Failed to save"));
-    EXPECT_EQ(failure->toolTip(), QStringLiteral("Failed to save"));
+    EXPECT_EQ(failure->toolTip(), plainToolTip(QStringLiteral("Failed to save")));
     window->reloadData();
     EXPECT_EQ(failure->text(), QStringLiteral("Failed to save"));
     store.setLastErrorMessage("Failed to write");
@@ -254,6 +258,41 @@ TEST_F(MainWindow, AnswersForAMillionRowsAtOnce)
     EXPECT_EQ(table->model()->rowCount(), 200004);
     EXPECT_EQ(table->model()->index(200003, static_cast<int>(RuleColumn::path)).data().toString(),
         QStringLiteral("/c"));
+}
+
+TEST_F(MainWindow, APastedLineEndDoesNotStayInTheSearchField)
+{
+    QApplication::clipboard()->setText(QStringLiteral("/a\n"));
+    search->paste();
+    EXPECT_EQ(search->text(), QStringLiteral("/a"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
+}
+
+TEST_F(MainWindow, SearchFieldAndPathStayInViewWhenItIsNarrow)
+{
+    const int path = static_cast<int>(RuleColumn::path);
+    // Long names, so that the columns beside the path are wide.
+    store.addPolicyRule(policyRule({.path = "/d",
+        .processName = "/bin/" + std::string(100, 'n'),
+        .tag = std::string(100, 't'),
+        .operations = 31}));
+    window->reloadData();
+    window->resize(1100, 500);
+    table->fitColumns();
+    const QList<int> wide = table->wishedWidths();
+    const auto applicationWidth = [this] { return table->columnWidth(0); };
+    const int wideApplication = applicationWidth();
+
+    window->resize(560, 500);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window->width() == 560 && search->isVisible(); }));
+    EXPECT_TRUE(window->rect().contains(QRect(search->mapTo(window.get(), QPoint()), search->size())));
+    EXPECT_GE(search->width(), 100);
+    EXPECT_GE(table->columnWidth(path), 100);
+    EXPECT_LE(table->columnViewportPosition(path) + table->columnWidth(path), table->viewport()->width());
+    EXPECT_EQ(table->wishedWidths(), wide) << "giving way is no wish";
+
+    window->resize(1100, 500);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return applicationWidth() == wideApplication; }));
 }
 
 } // namespace quorvane

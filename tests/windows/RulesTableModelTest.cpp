@@ -1,12 +1,18 @@
 #include "windows/RulesTableModel.h"
 #include "tests/support/TestRules.h"
+#include "windows/QtText.h"
+#include "windows/Shades.h"
 
 #include <QAbstractItemModelTester>
 #include <QBrush>
 #include <QFont>
 #include <QIcon>
+#include <QImage>
+#include <QTextDocument>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace quorvane {
 
@@ -73,9 +79,9 @@ TEST_F(RulesTableModelTest, AnswersForRowsThatAreNotInView)
 TEST_F(RulesTableModelTest, GivesPlainColoursAndFonts)
 {
     model.setShownRows(0, 2);
-    EXPECT_EQ(data(0, RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::blue));
+    EXPECT_EQ(data(0, RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), shades::blue);
     EXPECT_EQ(data(1, RuleColumn::path, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::black));
-    EXPECT_EQ(data(1, RuleColumn::application, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::red))
+    EXPECT_EQ(data(1, RuleColumn::application, Qt::ForegroundRole).value<QBrush>().color(), shades::red)
         << "there is no such program";
     EXPECT_TRUE(data(1, RuleColumn::application, Qt::FontRole).value<QFont>().bold());
     EXPECT_FALSE(data(1, RuleColumn::path, Qt::FontRole).value<QFont>().bold());
@@ -113,6 +119,35 @@ TEST_F(RulesTableModelTest, DecoratesStatesAndApplications)
     EXPECT_FALSE(data(1, RuleColumn::state, Qt::DecorationRole).isValid());
     EXPECT_FALSE(data(1, RuleColumn::application, Qt::DecorationRole).value<QIcon>().isNull());
     EXPECT_FALSE(data(0, RuleColumn::application, Qt::DecorationRole).isValid());
+}
+
+TEST_F(RulesTableModelTest, ToolTipsShowTextAsItIs)
+{
+    const std::string path = "/nonexistent/<b>x</b>&amp;";
+    store.addPolicyRule(policyRule({.path = path, .processName = path, .tag = path, .operations = 1}));
+    model.reload();
+    for (const RuleColumn column : {RuleColumn::application, RuleColumn::tag, RuleColumn::path}) {
+        QTextDocument document;
+        document.setHtml(data(2, column, Qt::ToolTipRole).toString());
+        EXPECT_TRUE(document.toPlainText().startsWith(toQt(path))) << fromQt(document.toPlainText());
+    }
+}
+
+TEST_F(RulesTableModelTest, AMissingProgramHasAFaintPlaceholder)
+{
+    store.addPolicyRule(policyRule({.path = "/", .processName = "/bin/sh", .operations = 1}));
+    model.reload();
+    const auto strength = [this](int row) {
+        const auto icon = data(row, RuleColumn::application, Qt::DecorationRole).value<QIcon>();
+        const QImage image = icon.pixmap(16, 16).toImage();
+        int strongest = 0;
+        for (int x = 0; x < image.width(); ++x)
+            strongest = std::max(strongest, qAlpha(image.pixel(x, image.height() / 2)));
+        return strongest;
+    };
+    EXPECT_GT(strength(1), 0) << "/nonexistent/b";
+    EXPECT_LT(strength(1), 128);
+    EXPECT_GT(strength(2), 200) << "/bin/sh";
 }
 
 } // namespace quorvane
