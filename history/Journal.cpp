@@ -352,7 +352,10 @@ std::optional<JournalVersion> Journal::onlyIfContentsAreThere(
         });
     };
     const auto found = readable(number);
-    if (found == versions.end() || readable(found->before) == versions.end())
+    if (found == versions.end())
+        return std::nullopt;
+    // The first version of all began with no file, or an empty one.
+    if (found->before && readable(found->before) == versions.end())
         return std::nullopt;
     return *found;
 }

@@ -20,6 +20,12 @@ std::optional<std::int64_t> last(const Numbers& numbers)
     return numbers.empty() ? std::nullopt : std::optional(numbers.back());
 }
 
+// A file that was only rewritten leaves nothing to undo.
+bool changesRules(const JournalVersion& version)
+{
+    return version.added + version.removed + version.changed > 0;
+}
+
 } // namespace
 
 UndoOrder undoOrder(const std::vector<JournalVersion>& versions)
@@ -27,7 +33,7 @@ UndoOrder undoOrder(const std::vector<JournalVersion>& versions)
     Numbers done;
     Numbers undone;
     for (const JournalVersion& version : versions) {
-        if (version.kind == VersionKind::action) {
+        if (version.kind == VersionKind::action && changesRules(version)) {
             done.push_back(version.number);
             undone.clear();
         } else if (version.kind == VersionKind::undo && version.of) {

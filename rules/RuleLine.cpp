@@ -6,6 +6,7 @@
 #include "rules/LineWalker.h"
 #include "rules/RuleCodes.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace quorvane {
@@ -56,14 +57,32 @@ template <class Fields> void appendCommonFields(std::string& line, const Fields&
     appendQuoted(line, withoutQuotes(rule.tag));
 }
 
+// Text that every reader takes as it was written.
+bool isPlain(const NullableText& text)
+{
+    return !text.isNull() && !text.view().ends_with(' ')
+        && std::all_of(text.view().begin(), text.view().end(),
+            [](char letter) { return letter >= ' ' && letter <= '~' && letter != '"'; });
+}
+
+// Most rules are plain: none of their fields needs to be written and read to see that it survives both.
+template <class Fields> bool isPlain(const Fields& rule)
+{
+    constexpr std::uint32_t writtenOperations = 31;
+    return isPlain(rule.path) && isPlain(rule.processName) && isPlain(rule.tag) && rule.operations != 0
+        && rule.operations <= writtenOperations && rule.policyType >= PolicyType::prefix
+        && rule.policyType <= PolicyType::suffix;
+}
+
 // The tokens of what `line` leaves in a file, when that is one line.
-std::optional<std::vector<std::string>> tokensReadBack(std::string_view line)
+std::optional<std::vector<std::string>> tokensReadBack(std::string_view line, LineEnds lineEnds)
 {
     // Either spoils more than this line: the reader stops at a NUL and takes nothing from a file that is not
     // UTF-8.
-    if (line.find('\0') != std::string_view::npos || !isValidUtf8(writtenPart(line)))
+    const std::string_view written = lineEnds == LineEnds::cut ? writtenPart(line) : line;
+    if (line.find('\0') != std::string_view::npos || !isValidUtf8(written))
         return std::nullopt;
-    LineWalker lines(writtenPart(line));
+    LineWalker lines(written);
     const auto first = lines.next();
     const auto second = lines.next();
     if (!first || !second || !second->empty() || lines.next())
@@ -148,9 +167,11 @@ std::string_view writtenPart(std::string_view line)
     return line.substr(0, utf16Length(line));
 }
 
-bool readsBackAsWritten(const WatchRuleFields& rule)
+bool readsBackAsWritten(const WatchRuleFields& rule, LineEnds lineEnds)
 {
-    const auto tokens = tokensReadBack(ruleLine(rule));
+    if (isPlain(rule))
+        return true;
+    const auto tokens = tokensReadBack(ruleLine(rule), lineEnds);
     if (!tokens)
         return false;
     const std::vector<std::string_view> views(tokens->begin(), tokens->end());
@@ -159,9 +180,12 @@ bool readsBackAsWritten(const WatchRuleFields& rule)
         && sameCommonFields(rule, watchRuleFromTokens(views, false, pool));
 }
 
-bool readsBackAsWritten(const PolicyRuleFields& rule)
+bool readsBackAsWritten(const PolicyRuleFields& rule, LineEnds lineEnds)
 {
-    const auto tokens = tokensReadBack(ruleLine(rule));
+    if (isPlain(rule) && isPlain(rule.constraint) && rule.policyClass >= PolicyClass::allow
+        && rule.policyClass <= PolicyClass::deny)
+        return true;
+    const auto tokens = tokensReadBack(ruleLine(rule), lineEnds);
     if (!tokens)
         return false;
     const std::vector<std::string_view> views(tokens->begin(), tokens->end());

@@ -36,6 +36,12 @@ PolicyRuleFields policyRuleFromTokens(
     const std::vector<std::string_view>& tokens, bool system, TextPool& pool);
 FilterOption optionFromTokens(const std::vector<std::string_view>& tokens);
 
+// How much of a line reaches a rules file.
+enum class LineEnds {
+    cut, // as writtenPart() says, which is the format's way
+    whole,
+};
+
 // The line as it is put together for writing, its line feed included.
 std::string ruleLine(const WatchRuleFields& rule);
 std::string ruleLine(const PolicyRuleFields& rule);
@@ -47,10 +53,10 @@ void appendRuleLine(std::string& out, const PolicyRuleFields& rule);
 // written in bytes, so a line with other than ASCII text loses its end.
 std::string_view writtenPart(std::string_view line);
 
-// True when the rule, written and read as a line of a user's file, comes back the same (flags aside, and the
-// tag without its double quotes). Text beyond ASCII, a double quote, a trailing blank or no operations at all
-// fail.
-bool readsBackAsWritten(const WatchRuleFields& rule);
-bool readsBackAsWritten(const PolicyRuleFields& rule);
+// True when the rule, written so and read as a line of a user's file, comes back the same (flags aside, and
+// the tag without its double quotes). Text beyond ASCII whose line is cut, a double quote, a trailing blank
+// or no operations at all fail.
+bool readsBackAsWritten(const WatchRuleFields& rule, LineEnds lineEnds = LineEnds::cut);
+bool readsBackAsWritten(const PolicyRuleFields& rule, LineEnds lineEnds = LineEnds::cut);
 
 } // namespace quorvane

@@ -122,6 +122,7 @@ void RuleManager::reloadCurrentUserConfiguration()
 void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules)
 {
     const bool hasFailed = !addFileContents(path, shouldLabelAsSystemRules);
+    m_ownFile = m_lastFile;
     m_unreadRules.reset();
     if (hasFailed)
         m_unreadRules = {*m_lastErrorMessage, true};
@@ -153,6 +154,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     const std::string file(path.view());
     const RulesFileText contents = RulesFileText::read(file);
     m_lastUnreadReason = contents.unreadReason();
+    m_lastFile = KnownFile::of(contents);
     if (contents.errorMessage()) {
         if (contents.isTooLargeForMemory())
             m_log.write("failed to allocate buffer for " + file);
@@ -472,6 +474,33 @@ RulesSnapshot RuleManager::userRulesSnapshot() const
     RulesSnapshot snapshot;
     attempt([&] { snapshot = m_store->userRulesSnapshot(); });
     return snapshot;
+}
+
+bool RuleManager::isStored(const RuleRef& rule) const
+{
+    bool isStored = false;
+    attempt([&] { isStored = m_store->isStored(rule); });
+    return isStored;
+}
+
+std::optional<RuleRef> RuleManager::firstEqualRule(
+    const RuleRef& rule, const std::unordered_set<const void*>& excluded) const
+{
+    const auto accepts = [&excluded](const auto& stored) { return !excluded.contains(&stored); };
+    std::optional<RuleRef> equal;
+    const auto firstOf = [&](const auto& rules, const auto& fields) {
+        if (const auto found = rules.firstEqual(fields, identityHash(fields), accepts))
+            equal = found;
+    };
+    attempt([&] {
+        const PolicyRule* policy = policyRuleIn(rule);
+        const PolicyGroup* group = policy == nullptr ? nullptr : m_store->existingGroupOf(policy->fields());
+        if (group != nullptr)
+            firstOf(group->rules(), policy->fields());
+        else if (policy == nullptr)
+            firstOf(m_store->watchRules(), std::get<WatchRulePtr>(rule)->fields());
+    });
+    return equal;
 }
 
 // The rows that there are, where there is no memory for new ones.

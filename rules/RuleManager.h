@@ -4,6 +4,7 @@
 #include "platform/PropertyList.h"
 #include "rules/ChangeSet.h"
 #include "rules/FilterOption.h"
+#include "rules/KnownFile.h"
 #include "rules/RuleIndex.h"
 #include "rules/RuleList.h"
 #include "rules/RuleRef.h"
@@ -18,6 +19,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -113,6 +115,13 @@ public:
     WatchRulePtr firstEqualRule(const WatchRule& rule) const;
     PolicyRulePtr firstEqualRule(const PolicyRule& rule) const;
 
+    // The first stored rule that `rule` is equal to and whose address is not in `excluded`; none when there
+    // is none.
+    std::optional<RuleRef> firstEqualRule(
+        const RuleRef& rule, const std::unordered_set<const void*>& excluded) const;
+    // True when the very record is stored.
+    bool isStored(const RuleRef& rule) const;
+
     // Does what `changes` names, in its order, and answers what was really done, which inverted() takes back.
     // A removal of a record that is not stored is left out, an addition of one that is stored too; a change
     // of one that is not stored becomes an addition at the end.
@@ -140,6 +149,11 @@ public:
         bool isFailure = false; // of reading; a file that is not UTF-8 or holds a NUL byte is none
     };
     const std::optional<UnreadRules>& unreadRules() const { return m_unreadRules; }
+    // The file in question has been kept under another name.
+    void forgetUnreadRules() { m_unreadRules.reset(); }
+
+    // The store's own file as it was when it was read.
+    const KnownFile& ownFile() const { return m_ownFile; }
 
     const Locations& locations() const { return m_locations; }
 
@@ -169,6 +183,8 @@ private:
     std::vector<std::string> m_writeWarnings;
     std::optional<std::string> m_lastUnreadReason; // of the file read last
     std::optional<UnreadRules> m_unreadRules;
+    KnownFile m_lastFile; // read last
+    KnownFile m_ownFile;
 };
 
 } // namespace quorvane

@@ -29,6 +29,12 @@ inline bool isSystemRule(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return record.system(); });
 }
 
+// What tells records apart, as long as they live.
+inline const void* addressOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) -> const void* { return &record; });
+}
+
 // The present value of a record.
 inline RuleValue valueOf(const RuleRef& rule)
 {

@@ -49,6 +49,8 @@ public:
     // Remove the very record; false when it is not stored.
     bool remove(const WatchRule& rule);
     bool remove(const PolicyRule& rule);
+    // True when the very record is stored.
+    bool isStored(const RuleRef& rule) { return listOf(rule).has_value(); }
     // Hand over the first equal record. Only of a store that is about to end: nothing follows.
     WatchRulePtr take(const WatchRuleFields& rule, std::uint64_t hash)
     {

@@ -3,6 +3,7 @@
 #include "rules/RuleLine.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quorvane {
 
@@ -10,13 +11,27 @@ template <class Fields> void RulesContent::appendLine(const Fields& rule)
 {
     const std::size_t start = m_bytes.size();
     appendRuleLine(m_bytes, rule);
-    if (m_lineEnds == LineEnds::cut)
-        m_bytes.resize(start + writtenPart(std::string_view(m_bytes).substr(start)).size());
+    if (m_lineEnds == LineEnds::cut) {
+        const std::size_t end = start + writtenPart(std::string_view(m_bytes).substr(start)).size();
+        m_isCut = m_isCut || end < m_bytes.size();
+        m_bytes.resize(end);
+    }
     m_ends.push_back(m_bytes.size());
 }
 
 template void RulesContent::appendLine(const WatchRuleFields& rule);
 template void RulesContent::appendLine(const PolicyRuleFields& rule);
+
+RulesContent RulesContent::ofText(std::string text)
+{
+    RulesContent content(LineEnds::whole);
+    content.m_bytes = std::move(text);
+    for (std::size_t end = 0; (end = content.m_bytes.find('\n', end)) != std::string::npos;)
+        content.m_ends.push_back(++end);
+    if (content.m_ends.empty() || content.m_ends.back() < content.m_bytes.size())
+        content.m_ends.push_back(content.m_bytes.size());
+    return content;
+}
 
 void RulesContent::append(const RuleRef& rule)
 {

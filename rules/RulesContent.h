@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/PolicyRule.h"
+#include "rules/RuleLine.h"
 #include "rules/RuleRef.h"
 #include "rules/WatchRule.h"
 
@@ -10,12 +11,6 @@
 #include <vector>
 
 namespace quorvane {
-
-// How much of a line reaches a rules file.
-enum class LineEnds {
-    cut, // as writtenPart() says, which is the format's way
-    whole,
-};
 
 // What a rules file is to hold, made in memory before the file is touched. The append operations throw
 // std::bad_alloc, nothing else does.
@@ -30,7 +25,13 @@ public:
     void append(const PolicyRuleFields& rule) { appendLine(rule); }
     void append(const RuleRef& rule);
 
+    // What a file holds already, byte for byte.
+    static RulesContent ofText(std::string text);
+
     std::string_view bytes() const { return m_bytes; }
+
+    // Whether any line lacks its end.
+    bool isCut() const { return m_isCut; }
 
     // Where the rule ends to which the byte at `position` belongs. Requires position < bytes().size().
     std::size_t endOfRuleAt(std::size_t position) const;
@@ -40,6 +41,7 @@ private:
 
     LineEnds m_lineEnds;
     std::string m_bytes;
+    bool m_isCut = false;
     std::vector<std::size_t> m_ends; // of the rules, in `m_bytes`
 };
 

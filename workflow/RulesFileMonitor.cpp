@@ -28,7 +28,7 @@ bool RulesFileMonitor::monitorFileModification(std::optional<std::uint64_t> time
     if (!time)
         return false;
     const std::uint64_t before = std::exchange(m_lastModificationTime, *time);
-    if (m_run.internalWrite.exchange(false) || before == 0 || before == *time)
+    if (m_run.internalWrite.exchange(false) || m_run.writesUnderWay > 0 || before == 0 || before == *time)
         return false;
     m_log.write(
         "reloading data on file modification " + std::to_string(before) + " <=> " + std::to_string(*time));

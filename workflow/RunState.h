@@ -16,6 +16,10 @@ struct RunState {
     // Set after every write of the user's rules file and every reload of the table, taken back by the next
     // look at the file, so that its own writes cause the program no reload. Any thread.
     std::atomic<bool> internalWrite = false;
+
+    // How many writes of the user's rules file go on at this moment: each look is then the program's own
+    // doing. Any thread.
+    std::atomic<int> writesUnderWay = 0;
 };
 
 } // namespace quorvane

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/FileIdentity.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace quorvane {
+
+class RulesFileText;
+
+// How a rules file was when it was read or written, to tell later whether it still is that. A value object.
+struct KnownFile {
+    // Two changes of a file within this time may bear the same time on usual file systems.
+    static constexpr std::chrono::milliseconds usualRoughness{20};
+
+    std::optional<FileIdentity> identity{}; // none when it could not be looked at: then it is never the same
+    // Of its bytes, where it was looked at so soon after a change that a later change may bear the same time.
+    std::optional<std::size_t> hash{};
+
+    static KnownFile of(const RulesFileText& text);
+
+    // True when the file at `path` is still the same. Reads it where there is a hash.
+    bool isStillAt(const std::string& path) const;
+};
+
+} // namespace quorvane

@@ -1,0 +1,234 @@
+#include "workflow/RulesDocument.h"
+#include "tests/workflow/DocumentSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace quorvane {
+
+namespace {
+
+std::string line(const std::string& path, const std::string& tag = "", const std::string& process = "/bin/sh")
+{
+    return "allow prefix \"" + path + "\" \"" + process + "\" r \"" + tag + "\" \"\" \"0\"\n";
+}
+
+class RulesDocumentTest : public testing::Test {
+protected:
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::vector<JournalVersion> versions() const
+    {
+        return Journal::open(box.folder.path("state"), box.locations.userRulesFile(), {}, silentLog())
+            ->versions();
+    }
+
+    StoreSandbox box;
+};
+
+using Kind = DocumentNews::Kind;
+
+} // namespace
+
+TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    const ChangeResult result = window.add("/b/");
+    EXPECT_FALSE(result.failure);
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
+    EXPECT_EQ(window.run.g_dirty, 1);
+    EXPECT_TRUE(window.run.internalWrite);
+    const auto kept = versions();
+    ASSERT_EQ(kept.size(), 2U);
+    EXPECT_EQ(kept[0].action, "Add Rule");
+    EXPECT_EQ(kept[0].program, "test");
+    EXPECT_EQ(kept[0].rules, 2U);
+    EXPECT_EQ(kept[0].added, 1U);
+    EXPECT_EQ(kept[0].state, VersionState::done);
+    EXPECT_EQ(kept[1].program, std::nullopt); // the file as it was found
+    EXPECT_EQ(kept[1].bytes, line("/a/").size());
+}
+
+TEST_F(RulesDocumentTest, AFileThatIsMissingIsMadeForOwnerAndGroup)
+{
+    DocumentAtWork window(box);
+    EXPECT_FALSE(window.add("/b/").failure);
+    EXPECT_EQ(file(), line("/b/"));
+    struct stat status { };
+    ASSERT_EQ(stat(box.locations.userRulesFile().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
+    EXPECT_EQ(versions().size(), 1U);
+}
+
+TEST_F(RulesDocumentTest, AChangeOfNothingWritesTheFileAllTheSame)
+{
+    box.writeUserRules("; a comment\n" + line("/a/"));
+    DocumentAtWork window(box);
+    window.document->perform({}, {"Delete 0 Rules"});
+    EXPECT_EQ(file(), line("/a/"));
+    EXPECT_EQ(window.run.g_dirty, 1);
+    EXPECT_FALSE(window.document->undoName());
+}
+
+TEST_F(RulesDocumentTest, UndoAndRedoRestoreTagTimeAndOrder)
+{
+    const std::string before = line("/a/", "one") + line("/b/", "two") + line("/c/");
+    box.writeUserRules(before);
+    DocumentAtWork window(box);
+    window.remove("/a/");
+    EXPECT_EQ(window.document->undoName(), "Delete Rule");
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), before);
+    EXPECT_FALSE(window.document->undoName());
+    EXPECT_EQ(window.document->redoName(), "Delete Rule");
+    EXPECT_TRUE(window.document->redo());
+    EXPECT_EQ(file(), line("/b/", "two") + line("/c/"));
+    EXPECT_FALSE(window.document->redo());
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), before);
+    EXPECT_FALSE(window.document->undo());
+}
+
+TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
+{
+    const std::string before = line("/a/", "one") + line("/b/", "two");
+    box.writeUserRules(before);
+    {
+        DocumentAtWork earlier(box);
+        earlier.remove("/a/");
+        earlier.tag("/b/", "three");
+    }
+    DocumentAtWork window(box);
+    EXPECT_EQ(window.document->undoName(), "Edit Tag");
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), line("/b/", "two"));
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), before);
+    EXPECT_TRUE(window.document->redo());
+    EXPECT_EQ(file(), line("/b/", "two"));
+}
+
+TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    DocumentAtWork window(box);
+    window.remove("/a/");
+    box.writeUserRules(line("/b/") + line("/foreign/"));
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/foreign/"));
+}
+
+TEST_F(RulesDocumentTest, TwoProgramsLoseNothingOfEachOther)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    DocumentAtWork one(box);
+    DocumentAtWork other(box);
+    one.add("/one/");
+    other.remove("/a/");
+    one.add("/two/");
+    EXPECT_EQ(file(), line("/b/") + line("/one/") + line("/two/"));
+    EXPECT_EQ(other.newsOf(Kind::merged).size(), 1U);
+    EXPECT_EQ(rowPaths(*one.store), (std::vector<std::string>{"/b/", "/one/", "/two/"}));
+}
+
+TEST_F(RulesDocumentTest, WhatAnotherProgramWroteIsMergedAndKept)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    window.document->keepPresentVersion();
+    const RuleRef before = window.ruleWith("/a/");
+    box.writeUserRules(line("/a/", "theirs") + line("/foreign/"));
+    window.add("/b/");
+    EXPECT_EQ(file(), line("/a/", "theirs") + line("/foreign/") + line("/b/"));
+    EXPECT_EQ(window.ruleWith("/a/"), before); // the window goes on naming it
+    ASSERT_EQ(window.newsOf(Kind::merged).size(), 1U);
+    EXPECT_NE(window.newsOf(Kind::merged)[0].find("1 rule of another program was kept"), std::string::npos);
+    EXPECT_EQ(versions().size(), 3U); // as found, the other program's, ours
+}
+
+TEST_F(RulesDocumentTest, AWriteThatFailsIsToldAndTriedAgain)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    const std::string path = box.locations.userRulesFile();
+    std::filesystem::rename(path, path + ".away");
+    std::filesystem::create_directory(path);
+    const ChangeResult result = window.add("/b/");
+    ASSERT_TRUE(result.failure);
+    EXPECT_EQ(window.document->failure(), result.failure);
+    EXPECT_EQ(window.store->lastErrorMessage(), result.failure);
+    EXPECT_TRUE(window.document->hasUnwrittenChanges());
+    std::filesystem::remove(path);
+    std::filesystem::rename(path + ".away", path);
+    window.document->writeNow();
+    EXPECT_FALSE(window.document->failure());
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
+}
+
+TEST_F(RulesDocumentTest, AFileThatCannotBeReadWholeIsKeptBeforeItIsWritten)
+{
+    const std::string damaged = line("/a/") + std::string("\0hidden", 7);
+    box.writeUserRules(damaged);
+    DocumentAtWork window(box);
+    EXPECT_FALSE(window.add("/b/").failure);
+    EXPECT_EQ(TemporaryFolder::contents(box.locations.userRulesFile() + ".unread"), damaged);
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
+    EXPECT_EQ(window.newsOf(Kind::setAside).size(), 1U);
+    EXPECT_FALSE(window.add("/c/").failure);
+    EXPECT_EQ(window.newsOf(Kind::setAside).size(), 1U);
+}
+
+TEST_F(RulesDocumentTest, AForeignChangeIsTakenOverAndKeptAsAVersion)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    DocumentAtWork window(box);
+    window.add("/c/");
+    const RuleRef kept = window.ruleWith("/b/");
+    box.writeUserRules(line("/b/"));
+    window.document->takeForeignChanges();
+    EXPECT_EQ(window.reloads, 1);
+    EXPECT_EQ(window.ruleWith("/b/"), kept);
+    ASSERT_EQ(window.newsOf(Kind::rulesLost).size(), 1U);
+    EXPECT_EQ(window.newsOf(Kind::rulesLost)[0], "Another program has removed 2 rules.");
+    ASSERT_TRUE(window.news.back().version);
+    EXPECT_TRUE(window.document->restore(*window.news.back().version));
+    EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
+    EXPECT_EQ(rowPaths(*window.store), (std::vector<std::string>{"/a/", "/b/", "/c/"}));
+}
+
+TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
+{
+    const std::string first = "; a comment\r\n" + line("/a/");
+    box.writeUserRules(first);
+    DocumentAtWork window(box);
+    window.add("/b/");
+    EXPECT_TRUE(window.document->restore(1));
+    EXPECT_EQ(file(), first);
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
+    EXPECT_FALSE(window.document->restore(99));
+}
+
+TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
+{
+    DocumentAtWork window(box);
+    window.add("/\u00e9/");
+    ASSERT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
+    window.add("/b/");
+    EXPECT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
+    // Another program reads a joined line, and adds a rule of its own.
+    box.writeUserRules(file() + line("/foreign/"));
+    window.add("/c/");
+    EXPECT_EQ(rowPaths(*window.store), (std::vector<std::string>{"/\u00e9/", "/foreign/", "/b/", "/c/"}));
+    window.remove("/\u00e9/");
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(rowPaths(*window.store).front(), "/\u00e9/");
+    ProgramSettings whole = window.document->settings();
+    whole.wholeLines = true;
+    window.document->setSettings(whole);
+    window.document->perform({}, {"Write Whole Lines"});
+    EXPECT_EQ(file(), line("/\u00e9/") + line("/foreign/") + line("/b/") + line("/c/"));
+}
+
+} // namespace quorvane

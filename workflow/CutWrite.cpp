@@ -1,0 +1,37 @@
+#include "workflow/CutWrite.h"
+
+#include <algorithm>
+
+namespace quorvane {
+
+namespace {
+
+std::size_t lengthOfCommonBeginning(std::string_view a, std::string_view b)
+{
+    const auto [end, other] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    return static_cast<std::size_t>(end - a.begin());
+}
+
+bool holdsOnlyZeros(std::string_view bytes)
+{
+    return bytes.find_first_not_of('\0') == std::string_view::npos;
+}
+
+} // namespace
+
+FileAfterWrite fileAfterWrite(
+    std::string_view now, std::optional<std::string_view> before, std::string_view meant)
+{
+    if (now == meant)
+        return FileAfterWrite::asMeant;
+    if (now == before)
+        return FileAfterWrite::asBefore;
+    const std::size_t written = lengthOfCommonBeginning(now, meant);
+    const std::string_view rest = now.substr(written);
+    if (holdsOnlyZeros(rest)) // also when there is no rest
+        return FileAfterWrite::cutShort;
+    const bool isRestOfOld = before && before->size() == now.size() && before->substr(written) == rest;
+    return isRestOfOld ? FileAfterWrite::cutShort : FileAfterWrite::foreign;
+}
+
+} // namespace quorvane

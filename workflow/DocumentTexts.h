@@ -1,0 +1,23 @@
+#pragma once
+
+#include "rules/ChangeSet.h"
+#include "rules/RulesMerge.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// What people read of changes that come together.
+
+namespace quorvane {
+
+// "1 rule", "3 rules".
+std::string countedRules(std::size_t count);
+
+// What a merge did: `done` to our rules, `reports` where the sides disagreed. Empty when it did nothing.
+std::string mergeText(const ChangeSet& done, const std::vector<MergeReport>& reports);
+
+// That so many rules do not come back from the file as they are.
+std::string unwritableText(std::size_t count);
+
+} // namespace quorvane

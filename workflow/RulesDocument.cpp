@@ -1,0 +1,529 @@
+#include "workflow/RulesDocument.h"
+
+#include "platform/Log.h"
+#include "rules/MergedChange.h"
+#include "rules/RuleLine.h"
+#include "rules/RulesDiff.h"
+#include "rules/RulesFile.h"
+#include "rules/RulesText.h"
+#include "workflow/DocumentTexts.h"
+#include "workflow/RunState.h"
+
+#include <algorithm>
+#include <memory>
+#include <unordered_set>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+// Beyond this number of rules a write is worth a thread: below, it takes some ten milliseconds.
+constexpr std::size_t mostWrittenAtOnce = 20'000;
+
+// Steps to go back without asking the journal; each may hold a great many rules.
+constexpr std::size_t mostRememberedSteps = 50;
+
+// Beyond this number, or a tenth of all, rules that another program removes are worth a word.
+constexpr std::size_t manyRules = 20;
+
+std::size_t countOfMissing(const std::vector<RuleRef>& before, const std::vector<RuleRef>& after)
+{
+    std::unordered_set<const void*> present;
+    for (const RuleRef& rule : after)
+        present.insert(addressOf(rule));
+    return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
+        [&](const RuleRef& rule) { return !present.contains(addressOf(rule)); }));
+}
+
+std::vector<RuleValue> valuesOf(const RulesSnapshot& snapshot)
+{
+    std::vector<RuleValue> values;
+    values.reserve(snapshot.size());
+    snapshot.forEach([&values](const RuleValue& value) { values.push_back(value); });
+    return values;
+}
+
+} // namespace
+
+RulesDocument::RulesDocument(RuleManager& store, RunState& run, DocumentOwner owner, Log& log)
+    : m_store(store)
+    , m_run(run)
+    , m_owner(std::move(owner))
+    , m_log(log)
+    , m_file(store.locations(), m_owner.program, m_owner.stateFolder, log)
+{
+    m_file.setLimits(m_owner.settings.history);
+    noteFileRead();
+}
+
+RulesDocument::~RulesDocument()
+{
+    waitUntilWritten();
+}
+
+void RulesDocument::setSettings(const ProgramSettings& settings)
+{
+    m_owner.settings = settings;
+    m_file.setLimits(settings.history);
+}
+
+// --- Changes
+
+// Rules of which an equal one stays, or was there before, make no difference.
+ChangeCounts RulesDocument::countsOf(const ChangeSet& done) const
+{
+    std::vector<RuleValue> before;
+    std::vector<RuleValue> after;
+    for (const ChangeSet::Removal& removal : done.removed)
+        before.push_back(removal.value);
+    for (const ChangeSet::Change& change : done.changed) {
+        before.push_back(change.before);
+        after.push_back(change.after);
+    }
+    for (const ChangeSet::Addition& addition : done.added)
+        after.push_back(addition.value);
+    const RulesDifference difference = rulesDifference(before, after);
+    return {difference.added.size(), difference.removed.size(), difference.changed.size()};
+}
+
+ChangeResult RulesDocument::perform(const ChangeSet& change, const ChangeReason& reason)
+{
+    begin();
+    ChangeSet done = m_store.apply(change);
+    if (m_observer != nullptr)
+        m_observer->rulesDidChange(done);
+    return commit(std::move(done), reason);
+}
+
+void RulesDocument::begin()
+{
+    if (!m_rulesInFile)
+        m_rulesInFile = m_store.userRulesSnapshot();
+}
+
+ChangeResult RulesDocument::commit(ChangeSet done, const ChangeReason& reason)
+{
+    begin();
+    m_run.g_dirty = 1;
+    rememberStep(done, reason);
+    m_orders.push_back(orderFor(countsOf(done), reason));
+    pump();
+    return {std::move(done), m_failure};
+}
+
+WriteOrder RulesDocument::orderFor(const ChangeCounts& counts, const ChangeReason& reason) const
+{
+    WriteOrder order;
+    order.rules = m_store.userRulesSnapshot();
+    order.reason = reason;
+    order.counts = counts;
+    order.wholeLines = m_owner.settings.wholeLines;
+    order.step = m_lastStep;
+    if (const auto& unread = m_store.unreadRules())
+        order.unreadReason = unread->reason;
+    return order;
+}
+
+// --- Writing
+
+void RulesDocument::pump()
+{
+    if (m_isWriting || m_orders.empty())
+        return;
+    if (m_failure)
+        joinOrders();
+    FileLock lock
+        = m_file.lock(m_owner.background == nullptr ? m_owner.lockTimeout : std::chrono::seconds(0));
+    if (!lock.isHeldByAnother() || m_owner.background == nullptr) {
+        continueWith(std::move(lock));
+        return;
+    }
+    // Another program writes at this moment. A window does not wait for it.
+    auto later = std::make_shared<FileLock>();
+    inBackground([this, later] { *later = m_file.lock(m_owner.lockTimeout); },
+        [this, later] { continueWith(std::move(*later)); });
+}
+
+void RulesDocument::continueWith(FileLock lock)
+{
+    if (!lock.isHeld()) {
+        fail(lock.isHeldByAnother()
+                ? "Another program is writing the rules file '" + m_file.path() + "'; nothing was written"
+                : "Failed to open file '" + m_file.path() + "' for writing: " + lock.problem());
+        return;
+    }
+    bringStoreUpToDate(lock);
+    m_run.internalWrite = true;
+    if (m_orders.empty())
+        return;
+    if (m_owner.background != nullptr && m_orders.front().rules.size() > mostWrittenAtOnce)
+        return writeInBackground(std::move(lock));
+    const WriteReport report = m_file.write(m_orders.front(), lock);
+    lock = FileLock();
+    finish(report);
+}
+
+void RulesDocument::writeInBackground(FileLock lock)
+{
+    ++m_run.writesUnderWay;
+    auto report = std::make_shared<WriteReport>();
+    auto held = std::make_shared<FileLock>(std::move(lock));
+    inBackground(
+        [this, report, held, order = m_orders.front()] {
+            *report = m_file.write(order, *held);
+            *held = FileLock();
+        },
+        [this, report] {
+            --m_run.writesUnderWay;
+            finish(*report);
+        });
+}
+
+// With the lock held: a write that was cut short is settled, and what others have written since comes into
+// the store.
+void RulesDocument::bringStoreUpToDate(FileLock& lock)
+{
+    UserRulesFile::Recovery recovery = m_file.recover(lock);
+    if (recovery.news)
+        tell(*recovery.news);
+    if (!isFileAhead() && !recovery.meant)
+        return;
+    const RulesFileText theirs = RulesFileText::read(m_file.path(), lock);
+    if (theirs.unreadReason()) {
+        for (WriteOrder& order : m_orders)
+            order.unreadReason = theirs.unreadReason();
+        return;
+    }
+    m_knownFile = KnownFile::of(theirs);
+    std::vector<RuleValue> rules = rulesOfText(theirs.text());
+    if (recovery.meant)
+        rules = rulesOf(mergeRules(*recovery.before, *recovery.meant, rules));
+    mergeWith(std::move(rules));
+}
+
+void RulesDocument::mergeWith(std::vector<RuleValue> theirs)
+{
+    const std::vector<RuleRef> ours = m_store.userRules();
+    const std::vector<RuleValue> base
+        = m_rulesInFile ? valuesOf(*m_rulesInFile) : valuesOf(m_store.userRulesSnapshot());
+    const MergeResult merged = mergeRules(base, valuesOf(m_store.userRulesSnapshot()), theirs);
+    const ChangeSet done = m_store.apply(changeTo(merged, ours));
+    if (m_observer != nullptr)
+        m_observer->rulesDidChange(done);
+    tellOfMerge(done, merged.reports);
+    m_rulesInFile = RulesSnapshot(std::move(theirs));
+    forgetSteps();
+    joinOrders();
+}
+
+// One write for all that is not written yet, of the rules as they are now.
+void RulesDocument::joinOrders()
+{
+    if (m_orders.empty())
+        return;
+    WriteOrder order = m_orders.back();
+    order.rules = m_store.userRulesSnapshot();
+    order.counts = {};
+    for (const WriteOrder& each : m_orders)
+        order.counts += each.counts;
+    m_orders.assign(1, std::move(order));
+}
+
+void RulesDocument::finish(const WriteReport& report)
+{
+    m_run.internalWrite = true;
+    m_store.setLastErrorMessage(report.message);
+    for (const DocumentNews& news : report.news)
+        tell(news);
+    if (!report.isWritten || report.message) {
+        fail(report.message.value_or("The rules file '" + m_file.path() + "' could not be written"));
+        return;
+    }
+    noteWritten(report);
+    tellOfUnwritableRules(report.unwritableRules);
+    pump();
+    tellOfFile();
+}
+
+void RulesDocument::noteWritten(const WriteReport& report)
+{
+    m_failure.reset();
+    m_knownFile = report.known;
+    if (m_orders.front().unreadReason)
+        m_store.forgetUnreadRules();
+    const auto written = std::find_if(m_steps.begin(), m_steps.end(),
+        [&](const Step& each) { return each.number == m_orders.front().step; });
+    if (written != m_steps.end() && written->reason.kind == ChangeReason::Kind::action)
+        written->version = report.version;
+    const bool wasRestored = m_orders.front().restores.has_value();
+    m_rulesInFile = report.readAs ? RulesSnapshot(*report.readAs) : m_orders.front().rules;
+    m_orders.pop_front();
+    if (wasRestored)
+        takeRestored();
+    else if (m_orders.empty() && !report.readAs)
+        m_rulesInFile.reset(); // they are the store's
+}
+
+// The store follows the bytes that were brought back.
+void RulesDocument::takeRestored()
+{
+    m_store.reloadCurrentUserConfiguration();
+    m_store.rebuildRulesCache();
+    m_rulesInFile.reset();
+    if (m_observer != nullptr)
+        m_observer->rulesWereReloaded();
+}
+
+void RulesDocument::fail(const std::string& message)
+{
+    m_failure = message;
+    m_store.setLastErrorMessage(message);
+    tellOfFile();
+}
+
+void RulesDocument::writeNow()
+{
+    joinOrders();
+    pump();
+}
+
+void RulesDocument::waitUntilWritten()
+{
+    if (m_owner.background != nullptr && m_isWriting)
+        m_owner.background->wait();
+}
+
+// --- What others write
+
+bool RulesDocument::isFileAhead() const
+{
+    return !m_knownFile.isStillAt(m_file.path());
+}
+
+void RulesDocument::recover()
+{
+    if (!m_file.mayBeUnderWay())
+        return;
+    FileLock lock = m_file.lock(m_owner.lockTimeout);
+    if (lock.isHeld())
+        bringStoreUpToDate(lock);
+}
+
+void RulesDocument::takeForeignChanges()
+{
+    if (m_isWriting || !isFileAhead())
+        return; // what is being written is compared before the next write
+    if (m_rulesInFile) { // the store holds what the file does not
+        writeNow(); // which merges first
+        return;
+    }
+    const std::vector<RuleRef> before = m_store.userRules();
+    m_store.reloadCurrentUserConfiguration();
+    m_store.rebuildRulesCache();
+    noteFileRead();
+    forgetSteps();
+    if (m_observer != nullptr)
+        m_observer->rulesWereReloaded();
+    tellOfReload(before);
+}
+
+void RulesDocument::noteFileRead()
+{
+    m_knownFile = m_store.ownFile();
+    m_rulesInFile.reset();
+}
+
+// --- Back and forth
+
+void RulesDocument::rememberStep(const ChangeSet& done, const ChangeReason& reason)
+{
+    if (done.isEmpty())
+        return;
+    Step step{.number = ++m_lastStep, .done = done, .reason = reason, .version = reason.of};
+    if (reason.kind == ChangeReason::Kind::undo) {
+        if (!m_steps.empty())
+            m_steps.pop_back();
+        m_undone.push_back(std::move(step));
+        return;
+    }
+    if (reason.kind == ChangeReason::Kind::redo) {
+        if (!m_undone.empty())
+            m_undone.pop_back();
+    } else {
+        m_undone.clear();
+    }
+    m_steps.push_back(std::move(step));
+    if (m_steps.size() > mostRememberedSteps)
+        m_steps.erase(m_steps.begin());
+}
+
+void RulesDocument::forgetSteps()
+{
+    m_steps.clear();
+    m_undone.clear();
+}
+
+bool RulesDocument::undo()
+{
+    return step(ChangeReason::Kind::undo);
+}
+
+bool RulesDocument::redo()
+{
+    return step(ChangeReason::Kind::redo);
+}
+
+bool RulesDocument::step(ChangeReason::Kind kind)
+{
+    waitUntilWritten();
+    takeForeignChanges();
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    const auto version = isUndo ? m_file.journal().undoable() : m_file.journal().redoable();
+    const std::vector<Step>& steps = isUndo ? m_steps : m_undone;
+    const bool isOwn = !steps.empty()
+        && (version ? steps.back().version == version->number : m_file.journal().problem().has_value());
+    ChangeReason reason{.kind = kind};
+    ChangeSet change;
+    if (isOwn) {
+        reason.action = steps.back().reason.action;
+        reason.of = steps.back().version;
+        change = steps.back().done.inverted();
+    } else {
+        auto journalled = version ? journalledStep(*version, kind) : std::nullopt;
+        if (!journalled)
+            return false;
+        forgetSteps();
+        reason.action = version->action.value_or(std::string());
+        reason.of = version->number;
+        change = std::move(*journalled);
+    }
+    perform(change, reason);
+    return true;
+}
+
+// What takes a version of the journal back, or does it again, in the present rules.
+std::optional<ChangeSet> RulesDocument::journalledStep(const JournalVersion& version, ChangeReason::Kind kind)
+{
+    const auto after = m_file.journal().meantOf(version.number);
+    const auto before
+        = version.before ? m_file.journal().meantOf(*version.before) : std::optional<std::string>("");
+    if (!before || !after)
+        return std::nullopt;
+    const std::vector<RuleRef> present = m_store.userRules();
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    return changeTo(mergeRules(rulesOfText(isUndo ? *after : *before), valuesOf(m_store.userRulesSnapshot()),
+                        rulesOfText(isUndo ? *before : *after), Placement::startOfKind),
+        present);
+}
+
+std::optional<std::string> RulesDocument::undoName()
+{
+    if (!m_steps.empty())
+        return m_steps.back().reason.action;
+    const auto version = m_isWriting ? std::nullopt : m_file.journal().undoable();
+    return version ? version->action : std::nullopt;
+}
+
+std::optional<std::string> RulesDocument::redoName()
+{
+    if (!m_undone.empty())
+        return m_undone.back().reason.action;
+    const auto version = m_isWriting ? std::nullopt : m_file.journal().redoable();
+    return version ? version->action : std::nullopt;
+}
+
+bool RulesDocument::restore(std::int64_t version)
+{
+    waitUntilWritten();
+    if (!m_file.journal().bytesOf(version))
+        return false;
+    begin();
+    m_run.g_dirty = 1;
+    forgetSteps();
+    WriteOrder order = orderFor({}, {.action = "Restore version " + std::to_string(version)});
+    order.restores = version;
+    m_orders.push_back(std::move(order));
+    pump();
+    return true;
+}
+
+// --- What is told
+
+void RulesDocument::tell(const DocumentNews& news)
+{
+    m_log.write(news.text);
+    if (m_observer != nullptr)
+        m_observer->documentHasNews(news);
+}
+
+void RulesDocument::tellOfFile()
+{
+    if (m_observer != nullptr)
+        m_observer->fileStateDidChange();
+}
+
+void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports)
+{
+    if (const std::string text = mergeText(done, reports); !text.empty()) {
+        DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text};
+        for (const ChangeSet::Addition& addition : done.added)
+            news.rules.push_back(addition.rule);
+        tell(news);
+    }
+}
+
+void RulesDocument::keepPresentVersion()
+{
+    if (!m_isWriting)
+        inBackground([this] { m_file.keepPresentVersion(); }, [] {});
+}
+
+// Another program's version is kept as soon as it is seen, and with it the way back.
+void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
+{
+    const std::size_t lost = countOfMissing(before, m_store.userRules());
+    const bool isMuch = lost > manyRules || (lost > 0 && lost * 10 >= before.size());
+    auto earlier = std::make_shared<std::optional<std::int64_t>>();
+    inBackground([this, earlier] { *earlier = m_file.keepPresentVersion(); },
+        [this, earlier, lost, isMuch] {
+            if (isMuch)
+                tell({.kind = DocumentNews::Kind::rulesLost,
+                    .text = "Another program has removed " + countedRules(lost) + ".",
+                    .version = *earlier});
+        });
+}
+
+// When there are more of them than before: a person told once need not hear it at every change.
+void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
+{
+    if (count > std::exchange(m_unwritableRules, count)) {
+        DocumentNews news{.kind = DocumentNews::Kind::cutShort, .text = unwritableText(count)};
+        const LineEnds lineEnds = m_owner.settings.wholeLines ? LineEnds::whole : LineEnds::cut;
+        for (const RuleRef& rule : m_store.userRules()) {
+            if (!askRule(
+                    rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); }))
+                news.rules.push_back(rule);
+        }
+        tell(news);
+    }
+}
+
+void RulesDocument::inBackground(std::function<void()> work, std::function<void()> then)
+{
+    if (m_owner.background == nullptr) {
+        work();
+        then();
+        return;
+    }
+    m_isWriting = true;
+    m_owner.background->run(std::move(work), [this, then = std::move(then)] {
+        m_isWriting = false;
+        then();
+        pump();
+        tellOfFile();
+    });
+    tellOfFile();
+}
+
+} // namespace quorvane

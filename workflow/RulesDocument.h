@@ -1,0 +1,163 @@
+#pragma once
+
+#include "rules/ChangeSet.h"
+#include "rules/RuleManager.h"
+#include "rules/RulesMerge.h"
+#include "workflow/Background.h"
+#include "workflow/ChangeReason.h"
+#include "workflow/DocumentObserver.h"
+#include "workflow/ProgramSettings.h"
+#include "workflow/UserRulesFile.h"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+class Log;
+struct RunState;
+
+// Who a document belongs to.
+struct DocumentOwner {
+    std::string program; // as the history names it
+    std::string stateFolder; // of the journals
+    ProgramSettings settings{};
+    std::chrono::milliseconds lockTimeout = std::chrono::seconds(5); // for another program's write to end
+    Background* background = nullptr; // for the writing of many rules; none: everything is done at once
+};
+
+// What came of a change.
+struct ChangeResult {
+    ChangeSet done{}; // what the store really was changed by
+    std::optional<std::string> failure{}; // why the user's file does not hold it, so far
+};
+
+// The rules of the current user: the one way in which they change.
+//
+// A change goes into the store, into the journal, and into the user's file, where what other programs have
+// written meanwhile is merged first: nothing that they wrote is lost, and nothing that is changed here. Marks
+// the run as changed. With a background, more than 20,000 rules are written by it: the store is changed when
+// an operation returns, the file a little later. For the thread that owns the store.
+class RulesDocument {
+public:
+    // All must outlive it.
+    RulesDocument(RuleManager& store, RunState& run, DocumentOwner owner, Log& log);
+    // Waits until what is under way is written.
+    ~RulesDocument();
+    RulesDocument(const RulesDocument&) = delete;
+    RulesDocument& operator=(const RulesDocument&) = delete;
+
+    RuleManager& store() { return m_store; }
+    const RuleManager& store() const { return m_store; }
+    const ProgramSettings& settings() const { return m_owner.settings; }
+    // From the next write on.
+    void setSettings(const ProgramSettings& settings);
+
+    // None when null. Outlives the document, or is taken out first.
+    void setObserver(DocumentObserver* observer) { m_observer = observer; }
+
+    // Settles a write that an earlier run, or another program of ours, left under way. Before the first
+    // change.
+    void recover();
+
+    // Changes the store, writes the file, keeps the version. Also writes when nothing is to be changed.
+    ChangeResult perform(const ChangeSet& change, const ChangeReason& reason);
+
+    // A change made to the store by other means, rule by rule: begin() before the first, commit() with all
+    // that was done after the last.
+    void begin();
+    ChangeResult commit(ChangeSet done, const ChangeReason& reason);
+
+    // Takes the newest action of ours back, or does again what was taken back last; what others did since
+    // stays. False when there is none, or when its versions cannot be read.
+    bool undo();
+    bool redo();
+    // What these would do, in words; none when there is nothing. May open the journal.
+    std::optional<std::string> undoName();
+    std::optional<std::string> redoName();
+
+    // Brings the very bytes of a version back. False when it cannot be read; failure() tells of the write.
+    bool restore(std::int64_t version);
+
+    // Another program has changed the file: takes its rules over, keeping what is not written yet.
+    void takeForeignChanges();
+    // Makes the file as it is a version, unless it is one: what another program may remove before the first
+    // change is then still there.
+    void keepPresentVersion();
+    // True when the file is another than the one that was read or written last.
+    bool isFileAhead() const;
+
+    // Tries again to write what could not be written.
+    void writeNow();
+    void waitUntilWritten();
+    bool isWriting() const { return m_isWriting; }
+    // True when the store holds what the file does not.
+    bool hasUnwrittenChanges() const { return !m_orders.empty(); }
+    // Why the last write failed; none after one that succeeded.
+    const std::optional<std::string>& failure() const { return m_failure; }
+
+    // For windows that look at the versions.
+    std::unique_ptr<Journal> openJournal() const { return m_file.openJournal(); }
+
+private:
+    // An action of this run, while nobody else has come between.
+    struct Step {
+        std::uint64_t number = 0;
+        ChangeSet done{};
+        ChangeReason reason{};
+        std::optional<std::int64_t> version{}; // none until it is written, or without a journal
+    };
+
+    WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
+    ChangeCounts countsOf(const ChangeSet& done) const;
+    void pump();
+    void continueWith(FileLock lock);
+    void writeInBackground(FileLock lock);
+    void finish(const WriteReport& report);
+    void noteWritten(const WriteReport& report);
+    void fail(const std::string& message);
+    void joinOrders();
+
+    void bringStoreUpToDate(FileLock& lock);
+    void mergeWith(std::vector<RuleValue> theirs);
+    void noteFileRead();
+    void takeRestored();
+    void tellOfReload(const std::vector<RuleRef>& before);
+    void tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports);
+
+    void rememberStep(const ChangeSet& done, const ChangeReason& reason);
+    void forgetSteps();
+    bool step(ChangeReason::Kind kind);
+    std::optional<ChangeSet> journalledStep(const JournalVersion& version, ChangeReason::Kind kind);
+
+    void tellOfUnwritableRules(std::uint64_t count);
+    void inBackground(std::function<void()> work, std::function<void()> then);
+    void tell(const DocumentNews& news);
+    void tellOfFile();
+
+    RuleManager& m_store;
+    RunState& m_run;
+    DocumentOwner m_owner;
+    Log& m_log;
+    DocumentObserver* m_observer = nullptr;
+    UserRulesFile m_file;
+
+    KnownFile m_knownFile; // as read or written last
+    std::optional<RulesSnapshot> m_rulesInFile; // none: those of the store
+    std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be under way
+    bool m_isWriting = false;
+    std::optional<std::string> m_failure;
+
+    std::vector<Step> m_steps; // to take back, the newest last
+    std::vector<Step> m_undone; // to do again, the newest last
+    std::uint64_t m_lastStep = 0;
+    std::uint64_t m_unwritableRules = 0; // as told last
+};
+
+} // namespace quorvane

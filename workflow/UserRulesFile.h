@@ -1,0 +1,119 @@
+#pragma once
+
+#include "history/Journal.h"
+#include "platform/FileLock.h"
+#include "platform/Locations.h"
+#include "rules/KnownFile.h"
+#include "rules/RulesSnapshot.h"
+#include "workflow/ChangeReason.h"
+#include "workflow/DocumentObserver.h"
+#include "workflow/ProgramSettings.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+class Log;
+
+// How many rules a change brought, took and changed.
+struct ChangeCounts {
+    std::uint64_t added = 0;
+    std::uint64_t removed = 0;
+    std::uint64_t changed = 0;
+
+    bool isNothing() const { return added == 0 && removed == 0 && changed == 0; }
+    ChangeCounts& operator+=(const ChangeCounts& other);
+};
+
+// What is to be written, and why. Shares what it holds; may go to another thread.
+struct WriteOrder {
+    RulesSnapshot rules{}; // in writing order
+    ChangeReason reason{};
+    ChangeCounts counts{};
+    bool wholeLines = false; // every byte of every line, also beyond ASCII
+    std::optional<std::int64_t> restores{}; // the version whose very bytes are written in place of `rules`
+    std::optional<std::string> unreadReason{}; // why the present file must be kept under another name first
+    std::uint64_t step = 0; // of the document's, for which it is written
+};
+
+// What came of a write.
+struct WriteReport {
+    bool isWritten = false; // the file was opened, and new content went to it
+    std::optional<std::string> message{}; // why not all of it did; the store's last error message
+    std::vector<DocumentNews> news{};
+    std::optional<std::int64_t> version{};
+    KnownFile known{};
+    std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
+    std::optional<std::vector<RuleValue>>
+        readAs{}; // the rules that a reader makes of it, where others were meant
+};
+
+// The user's rules file and its journal: what happens to a change on its way to the disk. Every operation
+// that takes a lock needs it held. Operations may run on any thread, one at a time.
+class UserRulesFile {
+public:
+    // `program`: the name under which versions are kept. `log` must outlive it.
+    UserRulesFile(const Locations& locations, std::string program, std::string stateFolder, Log& log);
+
+    const std::string& path() const { return m_path; }
+    void setLimits(const JournalLimits& limits) { m_limits = limits; }
+
+    FileLock lock(std::chrono::milliseconds wait) const;
+
+    // A version whose write has not been settled. Costs a look for a small file.
+    bool mayBeUnderWay() const;
+
+    // Settles a version under way: completes its write, or finds that it is done or never began.
+    struct Recovery {
+        std::optional<DocumentNews> news{};
+        // Another program has written since: the rules before the write that was cut short, and as it meant
+        // them.
+        std::optional<std::vector<RuleValue>> before{};
+        std::optional<std::vector<RuleValue>> meant{};
+    };
+    Recovery recover(FileLock& lock);
+
+    // The rules that the version under way meant, for who only reads; none when there is none, or when
+    // another program has written since.
+    std::optional<std::vector<RuleValue>> rulesUnderWay();
+
+    WriteReport write(const WriteOrder& order, FileLock& lock);
+
+    // Keeps the file's content as a version, another program's, unless it is the newest. Returns the number
+    // of the version that was the newest until then.
+    std::optional<std::int64_t> keepPresentVersion();
+
+    // For the thread that calls the other operations.
+    Journal& journal();
+    // A journal of one's own, for any thread.
+    std::unique_ptr<Journal> openJournal() const;
+
+private:
+    struct Meant;
+
+    void writeTo(WriteReport& report, const WriteOrder& order, FileLock& lock);
+    bool putAside(const WriteOrder& order, FileLock& lock, WriteReport& report);
+    std::optional<Meant> meantBy(const WriteOrder& order);
+    std::optional<Meant> meantByVersion(std::int64_t number);
+    std::optional<std::int64_t> beginVersion(
+        const WriteOrder& order, const Meant& meant, std::string_view previous);
+    void settleVersion(const WriteReport& report);
+    std::optional<std::int64_t> keepForeign(std::string_view bytes, std::vector<DocumentNews>& news);
+    void tellOfJournal(std::vector<DocumentNews>& news);
+
+    const std::string m_path;
+    const std::string m_program;
+    const std::string m_stateFolder;
+    Log& m_log;
+    JournalLimits m_limits;
+    std::unique_ptr<Journal> m_journal; // opened when first needed
+    bool m_hasToldOfJournal = false;
+};
+
+} // namespace quorvane
