@@ -1,14 +1,32 @@
 #include "app/Surroundings.h"
 
 #include "app/QVPreferencesWindow.h"
+#include "history/JournalPlace.h"
+#include "platform/Log.h"
 #include "windows/QtText.h"
 
 namespace quorvane {
+
+namespace {
+
+DocumentOwner ownerOfDocument(Background& background, Log& log)
+{
+    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    if (read.problem)
+        log.write(*read.problem);
+    return {.program = "quorvane-configuration",
+        .stateFolder = defaultStateFolder(),
+        .settings = read.settings,
+        .background = &background};
+}
+
+} // namespace
 
 Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool openedWithOptions)
     : log(givenLog)
     , run{.openedWithOptions = openedWithOptions}
     , store(RuleManager::sharedManager(locations, log))
+    , document(store, run, ownerOfDocument(background, log), log)
     , notices(QDBusConnection::sessionBus())
     , prompt(toQt(locations.noticeIconFile()))
     , authority(systemBusAddress(locations.areSandbox()), prompt)

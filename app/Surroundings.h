@@ -7,6 +7,8 @@
 #include "platform/RunningApplications.h"
 #include "platform/Workspace.h"
 #include "windows/AuthenticationWindow.h"
+#include "windows/BackgroundThread.h"
+#include "workflow/RulesDocument.h"
 #include "workflow/RunState.h"
 
 #include <memory>
@@ -21,6 +23,8 @@ struct Surroundings {
     Log& log;
     RunState run;
     RuleManager& store;
+    BackgroundThread background;
+    RulesDocument document;
     Workspace workspace;
     DesktopNotices notices;
     AuthenticationWindow prompt;

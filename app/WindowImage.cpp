@@ -26,7 +26,7 @@ namespace {
 std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
 {
     auto window = std::make_unique<RulesEditorTableController>(
-        around.store, around.delegate, around.run, around.workspace, around.log);
+        around.document, around.delegate, around.run, around.workspace, around.log);
     window->show();
     auto* table = window->findChild<QTableView*>();
     table->scrollTo(table->model()->index(firstRow, 0), QAbstractItemView::PositionAtTop);
@@ -35,7 +35,7 @@ std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
 
 std::unique_ptr<QWidget> reviewOf(const char* rulesFile, Surroundings& around)
 {
-    auto window = std::make_unique<ImportWindowController>(around.store, around.workspace, around.log);
+    auto window = std::make_unique<ImportWindowController>(around.document, around.workspace, around.log);
     window->setPath(rulesFile);
     return window;
 }
@@ -49,13 +49,12 @@ std::unique_ptr<QWidget> editorOf(int row, Surroundings& around)
     const RuleRef& rule = around.store.ruleAtIndex(static_cast<std::size_t>(row), includeSystemRules);
     const auto* watch = std::get_if<WatchRulePtr>(&rule);
     if (watch == nullptr) {
-        auto editor = std::make_unique<EditPolicyWindowController>(
-            around.store, around.run, around.workspace, around.log);
+        auto editor
+            = std::make_unique<EditPolicyWindowController>(around.document, around.workspace, around.log);
         editor->setPolicyRule(std::get<PolicyRulePtr>(rule));
         return editor;
     }
-    auto editor
-        = std::make_unique<EditWatchWindowController>(around.store, around.run, around.workspace, around.log);
+    auto editor = std::make_unique<EditWatchWindowController>(around.document, around.workspace, around.log);
     editor->setWatchRule(*watch);
     return editor;
 }

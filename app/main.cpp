@@ -68,11 +68,13 @@ int main(int argumentCount, char** arguments)
     QObject::connect(&endRequests, &quorvane::EndRequests::endRequested, &around.delegate,
         &quorvane::AppDelegate::terminate);
     quorvane::RulesEditorTableController mainWindow(
-        around.store, around.delegate, around.run, around.workspace, *log);
+        around.document, around.delegate, around.run, around.workspace, *log);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow,
         &quorvane::RulesEditorTableController::keepUnsavedRules);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate,
-        &quorvane::AppDelegate::applicationWillTerminate);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate, [&around] {
+        around.document.waitUntilWritten(); // before the agents are told to read it
+        around.delegate.applicationWillTerminate();
+    });
     const ReloadAtExit reloadAtExit(around.delegate, *log);
     QObject::connect(&around.delegate, &quorvane::AppDelegate::preferencesWereSaved, &mainWindow,
         &quorvane::RulesEditorTableController::showPreferencesFailure);

@@ -1,5 +1,6 @@
 #include "bench/GeneratedRules.h"
 #include "platform/Log.h"
+#include "tests/support/TestDocument.h"
 #include "workflow/RuleImport.h"
 #include "workflow/RunState.h"
 
@@ -74,7 +75,8 @@ void importAll(benchmark::State& state, bool isThereAlready)
         const auto store = RuleManager::initWithCurrentUserConfiguration(sandbox.locations, log);
         RunState run;
         state.ResumeTiming();
-        RuleImport import(*store, run);
+        TestDocument document(*store, run);
+        RuleImport import(document);
         import.begin(sandbox.exchangeFile);
         handingOver += secondsOf([&] {
             const std::size_t total = exchange->totalRules(false);

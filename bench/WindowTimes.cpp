@@ -1,6 +1,7 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "tests/support/FakeApplication.h"
+#include "tests/support/TestDocument.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
@@ -27,11 +28,11 @@ double milliseconds(const QElapsedTimer& timer)
 
 // The review of an import of the same file, all of whose rules are present: from its opening, which reads the
 // file, to its first paint, and the ticks of all rules changed.
-void printTimesOfReview(const std::string& file, const RuleManager& store, Workspace& workspace, Log& log)
+void printTimesOfReview(const std::string& file, RulesDocument& document, Workspace& workspace, Log& log)
 {
     QElapsedTimer timer;
     timer.start();
-    ImportWindowController review(store, workspace, log);
+    ImportWindowController review(document, workspace, log);
     review.setPath(file);
     review.show();
     QApplication::processEvents();
@@ -104,7 +105,8 @@ int main(int argumentCount, char** arguments)
     timer.start();
     FakeApplication application;
     RunState run;
-    RulesEditorTableController window(*store, application, run, workspace, log);
+    TestDocument document(*store, run, log);
+    RulesEditorTableController window(document, application, run, workspace, log);
     window.show();
     QApplication::processEvents();
     window.grab();
@@ -124,7 +126,7 @@ int main(int argumentCount, char** arguments)
         total += taken;
     }
     std::printf("repaint-scrolling %.2f\nslowest-repaint %.2f\n", total / pages, slowest);
-    printTimesOfReview(arguments[1], *store, workspace, log);
+    printTimesOfReview(arguments[1], document, workspace, log);
     printTimesOfCommands(window, *store);
     return 0;
 }

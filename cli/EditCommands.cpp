@@ -2,6 +2,7 @@
 #include "cli/Output.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
+#include "workflow/RuleEdits.h"
 #include "workflow/RuleFindings.h"
 
 namespace quorvane {
@@ -30,54 +31,37 @@ RuleRef recordOf(const SpelledRule& spelled)
     return std::make_shared<PolicyRule>(std::move(fields));
 }
 
-int writeBack(RuleManager& store)
-{
-    store.writeToCurrentUserConfiguration();
-    if (!store.lastErrorMessage())
-        return 0;
-    complain(*store.lastErrorMessage());
-    return 1;
-}
-
 } // namespace
 
 int addCommand(const CommandContext& context, const SpelledRule& spelled)
 {
-    const auto store = openForWriting(context.locations, context.log);
-    if (!store)
+    const auto user = openForWriting(context.locations, context.log);
+    if (!user)
         return 1;
     const RuleRef rule = recordOf(spelled);
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
-        store->addPolicyRule(*policy);
-    else
-        store->addWatchRule(std::get<WatchRulePtr>(rule));
     if (!askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); }))
         complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
-    return writeBack(*store);
+    user->document.perform(additionOf(rule), {actionName("Add", 1)});
+    return user->status();
 }
 
 int deleteCommand(const CommandContext& context, const SpelledRule& spelled)
 {
-    const auto store = openForWriting(context.locations, context.log);
-    if (!store)
+    const auto user = openForWriting(context.locations, context.log);
+    if (!user)
         return 1;
     const RuleRef wanted = recordOf(spelled);
-    return askRule(wanted, [&](const auto& rule) {
-        const auto stored = store->firstEqualRule(rule);
-        if (!stored) {
-            complain("no rule is equal to " + ruleText(wanted));
-            return 1;
-        }
-        if (stored->fields().system) {
-            complain("a system rule cannot be deleted: " + ruleText(wanted));
-            return 1;
-        }
-        if constexpr (requires { rule.fields().constraint; })
-            store->deletePolicyRule(rule);
-        else
-            store->deleteWatchRule(rule);
-        return writeBack(*store);
-    });
+    const auto stored = user->store->firstEqualRule(wanted, {});
+    if (!stored) {
+        complain("no rule is equal to " + ruleText(wanted));
+        return 1;
+    }
+    if (isSystemRule(*stored)) {
+        complain("a system rule cannot be deleted: " + ruleText(wanted));
+        return 1;
+    }
+    user->document.perform(deletionOf(*user->store, {wanted}), {actionName("Delete", 1)});
+    return user->status();
 }
 
 } // namespace quorvane

@@ -2,7 +2,6 @@
 #include "cli/Output.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleImport.h"
-#include "workflow/RunState.h"
 
 #include <nlohmann/json.hpp>
 
@@ -38,16 +37,15 @@ std::string answer(const RuleImport& import, const ImportResult& result, bool as
 
 int importCommand(const CommandContext& context, const std::string& file, bool asJson)
 {
-    const auto store = openForWriting(context.locations, context.log);
-    if (!store)
+    const auto user = openForWriting(context.locations, context.log);
+    if (!user)
         return 1;
     const OpenedStore exchange = openStore({.file = file}, context.locations, context.log);
     if (!exchange.isComplete) {
         complain("nothing was imported");
         return 1;
     }
-    RunState run;
-    RuleImport import(*store, run);
+    RuleImport import(user->document);
     import.begin(file);
     const std::size_t unwritable = importRules(*exchange.store, import);
     const ImportResult result = import.didFinishImportingRules();

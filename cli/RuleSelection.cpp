@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include <utility>
+
 #include <sys/stat.h>
 
 namespace quorvane {
@@ -57,11 +59,41 @@ OpenedStore openStore(const RuleSelection& selection, const Locations& locations
     return opened;
 }
 
-std::unique_ptr<RuleManager> openForWriting(const Locations& locations, Log& log)
+UserDocument::UserDocument(std::unique_ptr<RuleManager> opened, Log& log)
+    : store(std::move(opened))
+    , document(*store, run, owner(), log)
+{
+    document.setObserver(this);
+}
+
+DocumentOwner UserDocument::owner()
+{
+    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    if (read.problem)
+        complain(*read.problem);
+    return {.program = "quorvanectl", .stateFolder = defaultStateFolder(), .settings = read.settings};
+}
+
+void UserDocument::documentHasNews(const DocumentNews& news)
+{
+    if (news.kind
+        != DocumentNews::Kind::cutShort) // commands say which of the rules given to them do not survive
+        complain(news.text);
+}
+
+int UserDocument::status() const
+{
+    if (!document.failure())
+        return 0;
+    complain(*document.failure());
+    return 1;
+}
+
+std::unique_ptr<UserDocument> openForWriting(const Locations& locations, Log& log)
 {
     OpenedStore opened = openStore({}, locations, log);
     if (opened.isComplete)
-        return std::move(opened.store);
+        return std::make_unique<UserDocument>(std::move(opened.store), log);
     complain("nothing was written: it would lose the rules that were not read");
     return nullptr;
 }

@@ -86,6 +86,7 @@ FileLock& FileLock::operator=(FileLock&& other) noexcept
         m_file = std::move(other.m_file);
         m_onFolder = other.m_onFolder;
         m_heldByAnother = other.m_heldByAnother;
+        m_error = other.m_error;
         m_problem = std::move(other.m_problem);
     }
     return *this;
@@ -139,6 +140,7 @@ FileLock::Outcome FileLock::tryOnce()
     if (isBusy(error))
         return Outcome::busy;
     if (error) {
+        m_error = error;
         m_problem = "Failed to lock file '" + m_path + "': " + errorText(error);
         return Outcome::failed;
     }
@@ -200,6 +202,7 @@ bool FileLock::makeFile()
         m_file = std::move(file);
     else
         m_problem = "Failed to make file '" + m_path + "': " + errorText(error);
+    m_error = error;
     return isHeld();
 }
 

@@ -35,6 +35,8 @@ public:
     bool isHeld() const { return static_cast<bool>(m_file); }
     // True when it could not be had because of another holder.
     bool isHeldByAnother() const { return m_heldByAnother; }
+    // The system's error when it could not be had for another reason than that; else none.
+    const std::error_code& error() const { return m_error; }
     // Why it is not held, in words; empty when it is.
     const std::string& problem() const { return m_problem; }
 
@@ -60,6 +62,7 @@ private:
     FileDescriptor m_file;
     bool m_onFolder = false;
     bool m_heldByAnother = false;
+    std::error_code m_error;
     std::string m_problem;
 };
 

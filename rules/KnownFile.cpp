@@ -26,9 +26,9 @@ std::size_t hashOf(const RulesFileText& text)
 
 } // namespace
 
-KnownFile KnownFile::of(const RulesFileText& text)
+KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
 {
-    KnownFile known{.identity = text.identity()};
+    KnownFile known{.path = path, .identity = text.identity()};
     if (!known.identity || known.identity->isMissing())
         return known;
     const std::chrono::nanoseconds changed(known.identity->changed);
@@ -38,7 +38,7 @@ KnownFile KnownFile::of(const RulesFileText& text)
     return known;
 }
 
-bool KnownFile::isStillAt(const std::string& path) const
+bool KnownFile::isStillThere() const
 {
     std::error_code error;
     if (!identity || FileIdentity::ofPath(path, error) != identity)

@@ -16,14 +16,16 @@ struct KnownFile {
     // Two changes of a file within this time may bear the same time on usual file systems.
     static constexpr std::chrono::milliseconds usualRoughness{20};
 
+    std::string path{};
     std::optional<FileIdentity> identity{}; // none when it could not be looked at: then it is never the same
     // Of its bytes, where it was looked at so soon after a change that a later change may bear the same time.
     std::optional<std::size_t> hash{};
 
-    static KnownFile of(const RulesFileText& text);
+    // Of the file at `path`, from which `text` was read.
+    static KnownFile of(const std::string& path, const RulesFileText& text);
 
-    // True when the file at `path` is still the same. Reads it where there is a hash.
-    bool isStillAt(const std::string& path) const;
+    // True when the file is still the same. Reads it where there is a hash.
+    bool isStillThere() const;
 };
 
 } // namespace quorvane

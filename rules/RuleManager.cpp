@@ -123,6 +123,7 @@ void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystem
 {
     const bool hasFailed = !addFileContents(path, shouldLabelAsSystemRules);
     m_ownFile = m_lastFile;
+    ++m_ownFileReadings;
     m_unreadRules.reset();
     if (hasFailed)
         m_unreadRules = {*m_lastErrorMessage, true};
@@ -154,7 +155,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     const std::string file(path.view());
     const RulesFileText contents = RulesFileText::read(file);
     m_lastUnreadReason = contents.unreadReason();
-    m_lastFile = KnownFile::of(contents);
+    m_lastFile = KnownFile::of(file, contents);
     if (contents.errorMessage()) {
         if (contents.isTooLargeForMemory())
             m_log.write("failed to allocate buffer for " + file);

@@ -154,6 +154,9 @@ public:
 
     // The store's own file as it was when it was read.
     const KnownFile& ownFile() const { return m_ownFile; }
+    // How often it was read: what the store holds is what the file held since this last changed, and what was
+    // done since.
+    std::uint64_t ownFileReadings() const { return m_ownFileReadings; }
 
     const Locations& locations() const { return m_locations; }
 
@@ -185,6 +188,7 @@ private:
     std::optional<UnreadRules> m_unreadRules;
     KnownFile m_lastFile; // read last
     KnownFile m_ownFile;
+    std::uint64_t m_ownFileReadings = 0;
 };
 
 } // namespace quorvane

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,16 @@ public:
         : m_values(std::move(values))
         , m_order(std::move(order))
     {
+    }
+
+    // These rules, in this order.
+    explicit RulesSnapshot(const std::vector<RuleValue>& rules)
+    {
+        for (const RuleValue& rule : rules)
+            m_values.append(rule);
+        std::vector<std::uint32_t> order(rules.size());
+        std::iota(order.begin(), order.end(), 0U);
+        m_order = std::make_shared<const std::vector<std::uint32_t>>(std::move(order));
     }
 
     std::size_t size() const { return m_order ? m_order->size() : 0; }

@@ -7,8 +7,8 @@
 namespace quorvane {
 
 EditPolicyWindowController::EditPolicyWindowController(
-    RuleManager& store, RunState& run, Workspace& workspace, Log& log, QWidget* parent)
-    : RuleEditorWindow({"EditPolicyWindowController", "updatePolicyEditor"}, store, run, log,
+    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
+    : RuleEditorWindow({"EditPolicyWindowController", "updatePolicyEditor"}, document, log,
         std::make_shared<PolicyRule>(), parent)
 {
     Ui::EditPolicyWindowController ui;

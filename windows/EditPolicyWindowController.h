@@ -12,7 +12,7 @@ public:
     // Nothing given is owned; all of it must outlive the window. Without a parent the window stands for
     // itself.
     EditPolicyWindowController(
-        RuleManager& store, RunState& run, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+        RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent = nullptr);
 
     // Never null; a rule with nothing in it until one is set. Set before the window is shown.
     const PolicyRulePtr& policyRule() const { return std::get<PolicyRulePtr>(rule()); }

@@ -5,8 +5,8 @@
 namespace quorvane {
 
 EditWatchWindowController::EditWatchWindowController(
-    RuleManager& store, RunState& run, Workspace& workspace, Log& log, QWidget* parent)
-    : RuleEditorWindow({"EditWatchWindowController", "updateWatchEditor"}, store, run, log,
+    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
+    : RuleEditorWindow({"EditWatchWindowController", "updateWatchEditor"}, document, log,
         std::make_shared<WatchRule>(), parent)
 {
     Ui::EditWatchWindowController ui;

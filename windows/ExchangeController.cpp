@@ -7,6 +7,7 @@
 #include "windows/QtText.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/FailSafeSuggestions.h"
+#include "workflow/RulesDocument.h"
 #include "workflow/RulesExport.h"
 
 #include <QTimer>
@@ -21,15 +22,16 @@ constexpr std::chrono::milliseconds untilSuggestions{500};
 
 } // namespace
 
-ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate, RuleManager& store,
-    ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
+ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate, RulesDocument& document,
+    ApplicationServices& application, Workspace& workspace, Log& log)
     : m_window(window)
     , m_delegate(delegate)
-    , m_store(store)
+    , m_document(document)
+    , m_store(document.store())
     , m_application(application)
     , m_workspace(workspace)
     , m_log(log)
-    , m_import(store, run)
+    , m_import(document)
 {
 }
 
@@ -71,7 +73,7 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
         return;
     // Not closed: an earlier review goes without a trace, and suggestions under review stay for the next.
     delete m_importWindowController;
-    m_importWindowController = new ImportWindowController(m_store, m_workspace, m_log, &m_window);
+    m_importWindowController = new ImportWindowController(m_document, m_workspace, m_log, &m_window);
     m_importWindowController->setAttribute(Qt::WA_DeleteOnClose);
     m_importWindowController->setDelegate(&m_delegate);
     m_importWindowController->setPath(*path);
@@ -101,7 +103,6 @@ void ExchangeController::importRule(const RuleRef& rule)
 bool ExchangeController::didFinishImportingRules()
 {
     const ImportResult result = m_import.didFinishImportingRules();
-    m_store.setLastErrorMessage(result.writeFailure);
     Q_EMIT rulesWereReloaded(); // whether or not there was a rule
     m_application.display(result.notice);
     return !result.writeFailure;

@@ -18,7 +18,7 @@ class ApplicationServices;
 class ImportWindowController;
 class Log;
 class RuleManager;
-struct RunState;
+class RulesDocument;
 class Workspace;
 
 // The main window's exchange of rules through files: exports, and imports by way of a review.
@@ -27,8 +27,8 @@ class ExchangeController : public QObject {
 public:
     // Panels and reviews stand over `window`. A review hands its rules to `delegate`, which hands them on to
     // importRule() and didFinishImportingRules(). Nothing given is owned; all of it must outlive this.
-    ExchangeController(QWidget& window, ImportDelegate& delegate, RuleManager& store,
-        ApplicationServices& application, RunState& run, Workspace& workspace, Log& log);
+    ExchangeController(QWidget& window, ImportDelegate& delegate, RulesDocument& document,
+        ApplicationServices& application, Workspace& workspace, Log& log);
 
     // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte. Failures
     // are only logged.
@@ -48,7 +48,7 @@ public:
     void importRule(const RuleRef& rule);
     bool didFinishImportingRules();
 
-    // True while a review hands over its rules: the store must not be reloaded then.
+    // True while a review hands over its rules.
     bool isImporting() const;
     // The user's rules may be others now: an open review marks anew which of its rules are present.
     void presentRulesDidChange();
@@ -62,6 +62,7 @@ private:
 
     QWidget& m_window;
     ImportDelegate& m_delegate;
+    RulesDocument& m_document;
     RuleManager& m_store;
     ApplicationServices& m_application;
     Workspace& m_workspace;

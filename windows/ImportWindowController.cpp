@@ -7,9 +7,9 @@
 #include "windows/KeptSelection.h"
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
-#include "workflow/FailSafeSuggestions.h"
 #include "workflow/ImportCells.h"
 #include "workflow/ImportDelegate.h"
+#include "workflow/RulesDocument.h"
 #include "workflow/SortClicks.h"
 
 #include <QAction>
@@ -22,12 +22,13 @@
 namespace quorvane {
 
 ImportWindowController::ImportWindowController(
-    const RuleManager& present, Workspace& workspace, Log& log, QWidget* parent)
+    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
     : QDialog(parent, Qt::Window)
-    , m_present(present)
+    , m_document(document)
+    , m_present(document.store())
     , m_log(log)
     , m_ui(std::make_unique<Ui::ImportWindowController>())
-    , m_model(new ImportTableModel(present, m_stateDict, workspace, this))
+    , m_model(new ImportTableModel(m_present, m_stateDict, workspace, this))
 {
     m_ui->setupUi(this);
     setUpTable();
@@ -259,7 +260,7 @@ void ImportWindowController::windowWillClose()
 {
     m_log.write("-[ImportWindowController windowWillClose:] closing");
     if (!m_hasFailed)
-        discardSuggestions(m_present.locations());
+        m_document.discardSuggestions();
 }
 
 void ImportWindowController::showEvent(QShowEvent* event)

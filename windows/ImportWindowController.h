@@ -21,6 +21,7 @@ namespace quorvane {
 class ImportDelegate;
 class ImportTableModel;
 class Log;
+class RulesDocument;
 class Workspace;
 
 // The review of a rules file: lists its rules with a check box each, all ticked at first, and hands those
@@ -35,7 +36,7 @@ public:
     // Rules that `present` holds already are marked. Nothing given is owned; all of it must outlive the
     // window.
     ImportWindowController(
-        const RuleManager& present, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+        RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent = nullptr);
     ~ImportWindowController() override;
 
     const std::string& path() const { return m_path; }
@@ -87,7 +88,8 @@ private:
     void importTickedRules();
     void windowWillClose();
 
-    const RuleManager& m_present;
+    RulesDocument& m_document;
+    const RuleManager& m_present; // the user's rules
     Log& m_log;
     std::unique_ptr<Ui::ImportWindowController> m_ui;
     std::string m_path;

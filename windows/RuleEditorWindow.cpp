@@ -1,11 +1,11 @@
 #include "windows/RuleEditorWindow.h"
 
 #include "platform/Log.h"
-#include "rules/RuleManager.h"
 #include "windows/PlainText.h"
 #include "windows/WindowLook.h"
 #include "workflow/RuleEditing.h"
 #include "workflow/RuleEditorDelegate.h"
+#include "workflow/RulesDocument.h"
 
 #include <QCloseEvent>
 #include <QLineEdit>
@@ -16,11 +16,10 @@
 namespace quorvane {
 
 RuleEditorWindow::RuleEditorWindow(
-    LogNames names, RuleManager& store, RunState& run, Log& log, RuleRef rule, QWidget* parent)
+    LogNames names, RulesDocument& document, Log& log, RuleRef rule, QWidget* parent)
     : QDialog(parent)
     , m_names(names)
-    , m_store(store)
-    , m_run(run)
+    , m_document(document)
     , m_log(log)
     , m_rule(std::move(rule))
 {
@@ -29,7 +28,7 @@ RuleEditorWindow::RuleEditorWindow(
 
 void RuleEditorWindow::setUpControls(const RuleEditorWidgets& widgets, Workspace& workspace)
 {
-    m_controls.emplace(widgets, workspace, m_store.locations().noticeIconFile());
+    m_controls.emplace(widgets, workspace, m_document.store().locations().noticeIconFile());
     const auto onClick = [this](const QPushButton* button, void (RuleEditorWindow::*slot)()) {
         connect(button, &QPushButton::clicked, this, slot);
     };
@@ -121,7 +120,7 @@ void RuleEditorWindow::saveClicked()
     writeLog("saveClicked:");
     if (isSystemRule(m_rule))
         return cancelClicked();
-    saveRule(m_store, m_run, m_rule, draft());
+    saveRule(m_document, m_rule, draft());
     if (m_delegate != nullptr)
         m_delegate->reloadData();
     close();

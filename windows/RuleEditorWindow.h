@@ -14,8 +14,7 @@ namespace quorvane {
 
 class Log;
 class RuleEditorDelegate;
-class RuleManager;
-struct RunState;
+class RulesDocument;
 
 // The window in which one rule is created, changed, or, when it is a system rule, looked at: what the editors
 // of both kinds of rule have in common.
@@ -70,8 +69,7 @@ protected:
     };
 
     // Nothing given is owned; all of it must outlive the window. setUpControls() is due at once.
-    RuleEditorWindow(
-        LogNames names, RuleManager& store, RunState& run, Log& log, RuleRef rule, QWidget* parent);
+    RuleEditorWindow(LogNames names, RulesDocument& document, Log& log, RuleRef rule, QWidget* parent);
     void setUpControls(const RuleEditorWidgets& widgets, Workspace& workspace);
 
     // To be set before the window is shown.
@@ -90,8 +88,7 @@ private:
     void writeLog(const char* operation, const std::string& more = {});
 
     const LogNames m_names;
-    RuleManager& m_store;
-    RunState& m_run;
+    RulesDocument& m_document;
     Log& m_log;
     RuleRef m_rule;
     RuleEditorDelegate* m_delegate = nullptr;

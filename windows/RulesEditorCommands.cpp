@@ -238,8 +238,6 @@ void RulesEditorTableController::setUpExchange()
         &RulesEditorTableController::exportSelectedRules);
     connect(m_exchange.get(), &ExchangeController::rulesWereReloaded, this,
         &RulesEditorTableController::rulesWereReloaded);
-    connect(m_follower.get(), &RulesFileFollower::rulesWereReloaded, this,
-        &RulesEditorTableController::rulesWereReloaded);
 }
 
 void RulesEditorTableController::exportRules()

@@ -81,7 +81,7 @@ RuleEditorWindow* RulesEditorTableController::edit(const RuleRef& rule)
 
 void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
 {
-    m_editPolicyWindowController = new EditPolicyWindowController(m_store, m_run, m_workspace, m_log, this);
+    m_editPolicyWindowController = new EditPolicyWindowController(m_document, m_workspace, m_log, this);
     m_editPolicyWindowController->setPolicyRule(rule);
     m_editPolicyWindowController->setDelegate(this);
     m_editPolicyWindowController->show();
@@ -89,7 +89,7 @@ void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
 
 void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
 {
-    m_editWatchWindowController = new EditWatchWindowController(m_store, m_run, m_workspace, m_log, this);
+    m_editWatchWindowController = new EditWatchWindowController(m_document, m_workspace, m_log, this);
     m_editWatchWindowController->setWatchRule(rule);
     m_editWatchWindowController->setDelegate(this);
     m_editWatchWindowController->show();

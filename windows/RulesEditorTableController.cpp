@@ -1,6 +1,5 @@
 #include "windows/RulesEditorTableController.h"
 
-#include "history/JournalPlace.h"
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
@@ -14,6 +13,7 @@
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/RuleCells.h"
+#include "workflow/RulesDocument.h"
 #include "workflow/RunState.h"
 #include "workflow/SortClicks.h"
 
@@ -28,19 +28,19 @@
 namespace quorvane {
 
 RulesEditorTableController::RulesEditorTableController(
-    RuleManager& store, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
-    : m_store(store)
+    RulesDocument& document, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
+    : m_document(document)
+    , m_store(document.store())
     , m_application(application)
     , m_run(run)
     , m_workspace(workspace)
     , m_log(log)
-    , m_commands(store, run, log)
-    , m_keptDrafts(toQt(defaultStateFolder()), store.locations().userRulesFile(), log)
+    , m_commands(document, log)
+    , m_keptDrafts(toQt(document.stateFolder()), m_store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
-    , m_model(new RulesTableModel(store, workspace, this))
-    , m_exchange(std::make_unique<ExchangeController>(*this, *this, store, application, run, workspace, log))
-    , m_follower(std::make_unique<RulesFileFollower>(
-          store, application, run, log, [this] { return !m_exchange->isImporting(); }))
+    , m_model(new RulesTableModel(m_store, workspace, this))
+    , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
+    , m_follower(std::make_unique<RulesFileFollower>(document, application, run, log))
 {
     m_ui->setupUi(this);
     m_log.write("-[RulesEditorTableController init]");
@@ -52,12 +52,14 @@ RulesEditorTableController::RulesEditorTableController(
     updateCounts();
     showFailure();
     m_ui->rulesEditorTableView->setFocus();
+    m_document.setObserver(this);
     m_follower->start();
     awakeFromNib();
 }
 
 RulesEditorTableController::~RulesEditorTableController()
 {
+    m_document.setObserver(nullptr);
     m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
 }
 
@@ -182,6 +184,21 @@ void RulesEditorTableController::sortDescriptorsDidChange()
 void RulesEditorTableController::reloadData()
 {
     reloadData(RuleIdentity::record);
+}
+
+void RulesEditorTableController::rulesWereMerged(const ChangeSet& /*change*/)
+{
+    reloadData();
+}
+
+void RulesEditorTableController::fileStateDidChange()
+{
+    showFailure();
+}
+
+void RulesEditorTableController::documentHasNews(const DocumentNews& news)
+{
+    m_ui->notices->add({.text = toQt(news.text)});
 }
 
 void RulesEditorTableController::rulesWereReloaded()

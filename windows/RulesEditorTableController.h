@@ -3,6 +3,7 @@
 #include "rules/RuleManager.h"
 #include "windows/KeptDrafts.h"
 #include "windows/KeptSelection.h"
+#include "workflow/DocumentObserver.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
 #include "workflow/RuleEditorDelegate.h"
@@ -27,6 +28,7 @@ class EditWatchWindowController;
 class ExchangeController;
 class Log;
 class RuleEditorWindow;
+class RulesDocument;
 class RulesFileFollower;
 class RulesTableModel;
 struct RunState;
@@ -36,12 +38,15 @@ class Workspace;
 // sorting from the column titles, and the commands that create, edit, delete and tag rules. What a command
 // does to rules and file is decided in RuleCommands; here it reaches the table. Imports and exports are
 // ExchangeController's, and what others do to the rules file is RulesFileFollower's.
-class RulesEditorTableController : public QMainWindow, public RuleEditorDelegate, public ImportDelegate {
+class RulesEditorTableController : public QMainWindow,
+                                   public RuleEditorDelegate,
+                                   public ImportDelegate,
+                                   public DocumentObserver {
     Q_OBJECT
 public:
     // Nothing given is owned; all of it must outlive the window.
-    RulesEditorTableController(
-        RuleManager& store, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log);
+    RulesEditorTableController(RulesDocument& document, ApplicationServices& application, RunState& run,
+        Workspace& workspace, Log& log);
     ~RulesEditorTableController() override;
 
     bool showsSystemRules() const;
@@ -134,7 +139,10 @@ private:
     void setUpSortMenu();
     void setUpCommands();
     void setUpExchange();
-    void rulesWereReloaded();
+    void rulesWereMerged(const ChangeSet& change) override;
+    void rulesWereReloaded() override;
+    void fileStateDidChange() override;
+    void documentHasNews(const DocumentNews& news) override;
     void sortDescriptorsDidChange();
     void reloadData(RuleIdentity sameRule);
     void reloadRows(RuleIdentity sameRule = RuleIdentity::record);
@@ -154,6 +162,7 @@ private:
     void openKeptRules();
     std::optional<RuleRef> storedRuleLike(const RuleRef& rule) const;
 
+    RulesDocument& m_document;
     RuleManager& m_store;
     ApplicationServices& m_application;
     RunState& m_run;

@@ -2,43 +2,39 @@
 
 #include "platform/Log.h"
 #include "platform/Relaunch.h"
-#include "rules/RuleManager.h"
 #include "workflow/ApplicationServices.h"
+#include "workflow/RulesDocument.h"
 #include "workflow/RulesFileProbe.h"
-
-#include <utility>
 
 namespace quorvane {
 
-RulesFileFollower::RulesFileFollower(RuleManager& store, ApplicationServices& application, RunState& run,
-    Log& log, std::function<bool()> mayReload)
-    : m_store(store)
+RulesFileFollower::RulesFileFollower(
+    RulesDocument& document, ApplicationServices& application, RunState& run, Log& log)
+    : m_document(document)
     , m_application(application)
     , m_run(run)
     , m_log(log)
-    , m_mayReload(std::move(mayReload))
 {
 }
 
 void RulesFileFollower::start()
 {
-    m_watcher.emplace(m_store.locations().userRulesFile(), m_run, m_log, [this] {
+    m_watcher.emplace(m_document.store().locations().userRulesFile(), m_run, m_log, [this] {
+        if (m_isReloadDue->exchange(true))
+            return;
         QMetaObject::invokeMethod(this, &RulesFileFollower::rulesFileDidChange, Qt::QueuedConnection);
     });
 }
 
 void RulesFileFollower::rulesFileDidChange()
 {
-    if (!m_mayReload())
-        return;
-    m_store.reloadCurrentUserConfiguration();
-    m_store.rebuildRulesCache();
-    Q_EMIT rulesWereReloaded();
+    *m_isReloadDue = false;
+    m_document.takeForeignChanges();
 }
 
 void RulesFileFollower::checkFile()
 {
-    if (const auto notice = rulesFileNotice(m_store.locations().userRulesFile())) {
+    if (const auto notice = rulesFileNotice(m_document.store().locations().userRulesFile())) {
         m_application.displayNotice(notice->header, notice->message, true);
         if (!m_application.isTerminating())
             relaunchAfterDelay(relaunchDelay);

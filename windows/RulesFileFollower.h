@@ -4,24 +4,23 @@
 
 #include <QObject>
 
-#include <functional>
+#include <atomic>
+#include <memory>
 #include <optional>
 
 namespace quorvane {
 
 class ApplicationServices;
 class Log;
-class RuleManager;
+class RulesDocument;
 struct RunState;
 
 // Keeps the store at what the user's rules file holds when others write it. User interface thread only.
 class RulesFileFollower : public QObject {
     Q_OBJECT
 public:
-    // A change that is found while `mayReload` answers false is passed over. What is given by reference must
-    // outlive this.
-    RulesFileFollower(RuleManager& store, ApplicationServices& application, RunState& run, Log& log,
-        std::function<bool()> mayReload);
+    // What is given must outlive this.
+    RulesFileFollower(RulesDocument& document, ApplicationServices& application, RunState& run, Log& log);
 
     // Begins to watch the file. Once.
     void start();
@@ -31,18 +30,15 @@ public:
     // Ends the program and has it started again after `delay` seconds.
     void relaunchAfterDelay(float delay);
 
-Q_SIGNALS:
-    // Another process has changed the file, and the store has read it again.
-    void rulesWereReloaded();
-
 private:
     void rulesFileDidChange();
 
-    RuleManager& m_store;
+    RulesDocument& m_document;
     ApplicationServices& m_application;
     RunState& m_run;
     Log& m_log;
-    const std::function<bool()> m_mayReload;
+    // A reload is due already: changes that are found until then are part of it.
+    const std::shared_ptr<std::atomic<bool>> m_isReloadDue = std::make_shared<std::atomic<bool>>(false);
     std::optional<RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
 };
 

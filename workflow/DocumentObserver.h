@@ -34,8 +34,8 @@ class DocumentObserver {
 public:
     virtual ~DocumentObserver() = default;
 
-    // The store's rules have changed by `change`.
-    virtual void rulesDidChange(const ChangeSet& change) = 0;
+    // What another program did has come into the store by `change`, besides what the running operation does.
+    virtual void rulesWereMerged(const ChangeSet& change) = 0;
     // All rules were read anew. Rules that are still there keep their records.
     virtual void rulesWereReloaded() = 0;
     // The user's file has been written, or could not be; RulesDocument::failure() tells. Also when a write in

@@ -1,26 +1,8 @@
 #include "workflow/DocumentTexts.h"
 
+#include "workflow/DifferenceText.h"
+
 namespace quorvane {
-
-namespace {
-
-std::string reportText(const MergeReport& report)
-{
-    const std::string rule
-        = askValue(report.kept, [](const auto& fields) { return std::string(fields.path.view()); });
-    switch (report.kind) {
-    case MergeReport::tagSetOnBothSides:
-        return " The rule for \u201c" + rule + "\u201d was tagged on both sides; the tag set here stays.";
-    case MergeReport::keptForItsTag:
-        return " The rule for \u201c" + rule
-            + "\u201d was removed on one side and tagged on the other; it stays with that tag.";
-    case MergeReport::addedWithOtherTag:
-        return " The rule for \u201c" + rule + "\u201d was added on both sides; it has the tag set here.";
-    }
-    return {};
-}
-
-} // namespace
 
 std::string countedRules(std::size_t count)
 {
@@ -40,7 +22,7 @@ std::string mergeText(const ChangeSet& done, const std::vector<MergeReport>& rep
     if (!done.changed.empty())
         text += " Another program changed the tag or time of " + countedRules(done.changed.size()) + ".";
     for (std::size_t number = 0; number < reports.size() && number < mostReports; ++number)
-        text += reportText(reports[number]);
+        text += " Conflict: " + reportText(reports[number]) + ".";
     if (reports.size() > mostReports)
         text += " So it is with " + countedRules(reports.size() - mostReports) + " more.";
     return text.empty() ? text : text.substr(1);

@@ -1,6 +1,12 @@
 #include "workflow/FailSafeSuggestions.h"
 
+#include "history/Journal.h"
 #include "platform/FileBytes.h"
+#include "platform/Log.h"
+#include "rules/RulesFile.h"
+#include "rules/RulesText.h"
+
+#include <chrono>
 
 #include <unistd.h>
 
@@ -29,6 +35,22 @@ std::optional<Notice> suggestionsNotice(const Locations& locations, const std::s
     return Notice{"New Rule Suggestions",
         "Quorvane detected new software attempting to run, and has created the following rule suggestions. "
         "Please review these rules, then click Import if you wish to add them."};
+}
+
+void keepSuggestions(
+    const Locations& locations, const std::string& stateFolder, const JournalLimits& limits, Log& log)
+{
+    const RulesFileText text = RulesFileText::read(locations.failSafeFile(), std::chrono::milliseconds(0));
+    if (text.bytes().empty())
+        return;
+    NewVersion version;
+    version.kind = VersionKind::foreign;
+    version.bytes = text.bytes();
+    version.rules = rulesOfText(text.bytes()).size();
+    version.added = version.rules;
+    const auto journal = Journal::open(stateFolder, locations.failSafeFile(), limits, log);
+    if (!journal->record(version))
+        log.write("the suggestions could not be kept: " + journal->problem().value_or("unknown"));
 }
 
 void discardSuggestions(const Locations& locations)

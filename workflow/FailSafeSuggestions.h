@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/JournalVersion.h"
 #include "platform/Locations.h"
 #include "workflow/Notice.h"
 
@@ -11,6 +12,8 @@
 
 namespace quorvane {
 
+class Log;
+
 // True in learning mode, which leaves suggestions alone.
 bool checkSafeMode(const Locations& locations);
 
@@ -19,6 +22,11 @@ bool areSuggestionsDue(const Locations& locations);
 
 // What the user is told when the review of `path` opens; none unless it is the fail-safe file.
 std::optional<Notice> suggestionsNotice(const Locations& locations, const std::string& path);
+
+// Keeps what the fail-safe file holds as a version in a journal of its own, so that suggestions can be had
+// again.
+void keepSuggestions(
+    const Locations& locations, const std::string& stateFolder, const JournalLimits& limits, Log& log);
 
 // Deletes the fail-safe file and the marker beside it. Deliberate: every import does so in the end, whatever
 // file it was of, and so does every review when it closes.

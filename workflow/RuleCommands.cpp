@@ -2,7 +2,8 @@
 
 #include "platform/Log.h"
 #include "rules/ApplicationIdentity.h"
-#include "workflow/RunState.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
 
 #include <sstream>
 #include <utility>
@@ -44,9 +45,8 @@ bool headsItsGroup(const RuleRef& rule, const RuleRef* above)
 
 } // namespace
 
-RuleCommands::RuleCommands(RuleManager& store, RunState& run, Log& log)
-    : m_store(store)
-    , m_run(run)
+RuleCommands::RuleCommands(RulesDocument& document, Log& log)
+    : m_document(document)
     , m_log(log)
 {
 }
@@ -76,10 +76,11 @@ TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
 {
     if (isSystemRule(row.rule))
         return {.notice = systemRuleNotice("Cannot Delete System Rule", "deleted")};
-    m_run.g_dirty = 1;
-    if (!deleteFromStore(row.rule))
+    const ChangeSet change = deletionOf(m_document.store(), {row.rule});
+    m_document.markChanged();
+    if (change.isEmpty())
         return {};
-    write();
+    m_document.perform(change, {actionName("Delete", 1)});
     return {.removedRows = {row.row}, .headedItsGroup = headsItsGroup(row.rule, above)};
 }
 
@@ -97,40 +98,22 @@ TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
         rules.push_back(rule);
         change.removedRows.push_back(row);
     }
-    for (const RuleRef& rule : rules)
-        deleteFromStore(rule);
-    m_run.g_dirty = 1;
-    write();
+    m_document.perform(deletionOf(m_document.store(), rules), {actionName("Delete", rules.size())});
     return change;
 }
 
 std::optional<Notice> RuleCommands::setTag(const std::optional<RuleRow>& row, const std::string& tag)
 {
     std::optional<Notice> notice;
-    if (row) {
-        if (isSystemRule(row->rule))
-            notice = systemRuleNotice("Cannot Edit System Rules", "edited");
-        else
-            std::visit([&](const auto& record) { record->setTag(tag); }, row->rule);
-        if (const PolicyRule* policy = policyRuleIn(row->rule))
-            logTag(m_log, *policy, row->row);
-    }
-    m_run.g_dirty = 1;
-    write();
+    ChangeSet change;
+    if (row && isSystemRule(row->rule))
+        notice = systemRuleNotice("Cannot Edit System Rules", "edited");
+    else if (row)
+        change = taggingOf({row->rule}, tag);
+    m_document.perform(change, {"Edit Tag"});
+    if (const PolicyRule* policy = row ? policyRuleIn(row->rule) : nullptr)
+        logTag(m_log, *policy, row->row);
     return notice;
-}
-
-bool RuleCommands::deleteFromStore(const RuleRef& rule)
-{
-    if (const PolicyRule* policy = policyRuleIn(rule))
-        return m_store.deletePolicyRule(*policy);
-    return m_store.deleteWatchRule(*std::get<WatchRulePtr>(rule));
-}
-
-void RuleCommands::write()
-{
-    m_store.writeToCurrentUserConfiguration();
-    m_run.internalWrite = true;
 }
 
 } // namespace quorvane

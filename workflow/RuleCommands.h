@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rules/RuleManager.h"
+#include "rules/RuleRef.h"
 #include "workflow/Notice.h"
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 namespace quorvane {
 
 class Log;
-struct RunState;
+class RulesDocument;
 
 // A rule, and the row that the table shows it in.
 struct RuleRow {
@@ -26,13 +26,13 @@ struct TableChange {
     std::optional<Notice> notice{};
 };
 
-// What the commands of the rules table do to the store, the user's file and the state of the run. Every
-// command that changes rules writes the file; system rules are never changed. Rules are named by themselves;
-// their rows are for the log and the table. For the thread that owns the store.
+// What the commands of the rules table do to the user's rules. Every command that changes rules writes the
+// file; system rules are never changed. Rules are named by themselves; their rows are for the log and the
+// table. For the thread that owns the store.
 class RuleCommands {
 public:
-    // All must outlive it.
-    RuleCommands(RuleManager& store, RunState& run, Log& log);
+    // Both must outlive it.
+    RuleCommands(RulesDocument& document, Log& log);
 
     // Rules to begin with; not yet stored.
     static PolicyRulePtr newPolicy();
@@ -53,11 +53,7 @@ public:
     std::optional<Notice> setTag(const std::optional<RuleRow>& row, const std::string& tag);
 
 private:
-    bool deleteFromStore(const RuleRef& rule);
-    void write();
-
-    RuleManager& m_store;
-    RunState& m_run;
+    RulesDocument& m_document;
     Log& m_log;
 };
 

@@ -2,6 +2,8 @@
 
 #include "rules/RuleCodes.h"
 
+#include <utility>
+
 namespace quorvane {
 
 namespace {
@@ -32,26 +34,26 @@ RuleDraft draftOfFields(const PolicyRuleFields& fields)
     return draft;
 }
 
-template <class Rule> void applyCommon(const RuleDraft& draft, Rule& rule)
+template <class Fields> void applyCommon(const RuleDraft& draft, Fields& fields)
 {
     if (draft.policyType)
-        rule.setPolicyType(*draft.policyType);
-    rule.setPath(draft.path);
-    rule.setProcessName(draft.processName);
-    rule.setOperations(draft.operations);
+        fields.policyType = *draft.policyType;
+    fields.path = draft.path;
+    fields.processName = draft.processName;
+    fields.operations = draft.operations;
 }
 
-void applyTo(WatchRule& rule, const RuleDraft& draft)
+void applyTo(WatchRuleFields& fields, const RuleDraft& draft)
 {
-    applyCommon(draft, rule);
+    applyCommon(draft, fields);
 }
 
-void applyTo(PolicyRule& rule, const RuleDraft& draft)
+void applyTo(PolicyRuleFields& fields, const RuleDraft& draft)
 {
-    applyCommon(draft, rule);
+    applyCommon(draft, fields);
     if (draft.policyClass)
-        rule.setPolicyClass(*draft.policyClass);
-    rule.setConstraint(draft.constraint);
+        fields.policyClass = *draft.policyClass;
+    fields.constraint = draft.constraint;
 }
 
 } // namespace
@@ -77,9 +79,12 @@ RuleDraft draftOf(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return draftOfFields(record.fields()); });
 }
 
-void applyDraft(const RuleDraft& draft, const RuleRef& rule)
+RuleValue valueWithDraft(const RuleValue& rule, const RuleDraft& draft)
 {
-    std::visit([&](const auto& record) { applyTo(*record, draft); }, rule);
+    return askValue(rule, [&draft](auto fields) {
+        applyTo(fields, draft);
+        return RuleValue(makeRuleValue(std::move(fields)));
+    });
 }
 
 } // namespace quorvane

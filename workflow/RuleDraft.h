@@ -30,8 +30,8 @@ struct RuleDraft {
 // What the controls say of `rule` before anything is edited.
 RuleDraft draftOf(const RuleRef& rule);
 
-// Puts what the controls say into the record. What no control stands for stays: tag, flags, creation time,
-// sequence number, system flag. For the thread that owns the record's store.
-void applyDraft(const RuleDraft& draft, const RuleRef& rule);
+// `rule` as the controls say it should be. What no control stands for stays: tag, flags, creation time,
+// sequence number, system flag.
+RuleValue valueWithDraft(const RuleValue& rule, const RuleDraft& draft);
 
 } // namespace quorvane

@@ -3,31 +3,15 @@
 #include "platform/FileBytes.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
-#include "rules/RuleManager.h"
 #include "workflow/ApplicationValidation.h"
-#include "workflow/RunState.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
 
 namespace quorvane {
 
 namespace {
 
 constexpr std::string_view anyProgram = "any";
-
-void takeOut(RuleManager& store, const RuleRef& rule)
-{
-    if (const PolicyRule* policy = policyRuleIn(rule))
-        store.takeOutPolicyRule(*policy);
-    else
-        store.takeOutWatchRule(*std::get<WatchRulePtr>(rule));
-}
-
-void add(RuleManager& store, const RuleRef& rule)
-{
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
-        store.addPolicyRule(*policy);
-    else
-        store.addWatchRule(std::get<WatchRulePtr>(rule));
-}
 
 } // namespace
 
@@ -72,13 +56,10 @@ std::string panelStart(std::string_view text, std::string_view fallback)
     return std::string(text.empty() || text == anyProgram ? fallback : text);
 }
 
-void saveRule(RuleManager& store, RunState& run, const RuleRef& rule, const RuleDraft& draft)
+void saveRule(RulesDocument& document, const RuleRef& rule, const RuleDraft& draft)
 {
-    run.g_dirty = 1;
-    takeOut(store, rule);
-    applyDraft(draft, rule);
-    add(store, rule);
-    store.writeToCurrentUserConfiguration();
+    const ChangeSet change = savingOf(document.store(), rule, valueWithDraft(valueOf(rule), draft));
+    document.perform(change, {actionName(change.removed.empty() ? "Add" : "Edit", 1)});
 }
 
 } // namespace quorvane

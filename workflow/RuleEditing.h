@@ -10,8 +10,7 @@
 
 namespace quorvane {
 
-class RuleManager;
-struct RunState;
+class RulesDocument;
 
 // True when a rule with these texts may be saved. Deliberate: nothing but their emptiness counts; not what
 // they say, not the constraint, not the operations.
@@ -37,10 +36,10 @@ ProgramIcon iconForProcess(const std::string& processName);
 // Where a file panel starts: `text`, or `fallback` when the text is empty or "any".
 std::string panelStart(std::string_view text, std::string_view fallback);
 
-// Marks the run as changed, takes the rule out of the store, puts the draft into the very same record, adds
-// it to the store and writes the user's file. A rule that the store does not hold, because it is new or was
-// deleted meanwhile, is added all the same; one that the store has read anew is replaced as long as it is
-// still equal. Deliberate: failures are not looked at, the file's included.
-void saveRule(RuleManager& store, RunState& run, const RuleRef& rule, const RuleDraft& draft);
+// Takes the rule out of the store and adds the very same record with what the draft says; writes the user's
+// file. A rule that the store does not hold, because it is new or was deleted meanwhile, is added all the
+// same; one that the store has read anew is replaced as long as it is still equal. Deliberate: failures are
+// not looked at, the file's included.
+void saveRule(RulesDocument& document, const RuleRef& rule, const RuleDraft& draft);
 
 } // namespace quorvane

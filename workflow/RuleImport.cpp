@@ -3,8 +3,7 @@
 #include "codesign/ProtectedPath.h"
 #include "platform/PathComponents.h"
 #include "rules/ApplicationIdentity.h"
-#include "workflow/FailSafeSuggestions.h"
-#include "workflow/RunState.h"
+#include "workflow/RulesDocument.h"
 
 #include <string_view>
 #include <utility>
@@ -33,9 +32,9 @@ std::string decidingProgram(const PolicyRule& rule)
 
 } // namespace
 
-RuleImport::RuleImport(RuleManager& store, RunState& run, ProgramFacts& facts)
-    : m_store(store)
-    , m_run(run)
+RuleImport::RuleImport(RulesDocument& document, ProgramFacts& facts)
+    : m_document(document)
+    , m_store(document.store())
     , m_facts(facts)
 {
 }
@@ -44,6 +43,9 @@ void RuleImport::begin(const std::string& path)
 {
     m_currentImportTag = path == m_store.locations().failSafeFile() ? std::string() : tagForFile(path);
     m_tag = m_currentImportTag;
+    m_action = path == m_store.locations().failSafeFile() ? "Import Suggestions"
+                                                          : "Import " + std::string(lastPathComponent(path));
+    m_done = {};
     m_importedRules = 0;
     m_addedRules = 0;
     m_constraints.clear();
@@ -52,6 +54,7 @@ void RuleImport::begin(const std::string& path)
 RuleRef RuleImport::importRule(const RuleRef& rule)
 {
     ++m_importedRules;
+    m_document.begin();
     if (const PolicyRule* policy = policyRuleIn(rule))
         return importPolicyRule(*policy);
     return importWatchRule(*std::get<WatchRulePtr>(rule));
@@ -65,7 +68,7 @@ WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
     auto imported = std::make_shared<WatchRule>(std::move(fields));
     if (!m_store.firstEqualRule(*imported)) {
         m_store.appendWatchRule(imported);
-        ++m_addedRules;
+        noteAdded(imported);
     }
     return imported;
 }
@@ -83,9 +86,15 @@ PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
     auto imported = std::make_shared<PolicyRule>(std::move(fields));
     if (!m_store.hasEqualPolicyRule(*imported)) {
         m_store.addPolicyRule(imported);
-        ++m_addedRules;
+        noteAdded(imported);
     }
     return imported;
+}
+
+void RuleImport::noteAdded(const RuleRef& rule)
+{
+    m_done.added.push_back({rule, valueOf(rule), {}});
+    ++m_addedRules;
 }
 
 const NullableText& RuleImport::constraintOfProgram(const std::string& path)
@@ -111,17 +120,17 @@ std::string RuleImport::findConstraint(const std::string& path)
 ImportResult RuleImport::didFinishImportingRules()
 {
     m_constraints.clear();
-    m_store.writeToCurrentUserConfiguration();
-    const std::optional<std::string> writeFailure = m_store.lastErrorMessage();
-    m_run.internalWrite = true;
+    m_document.commit(std::exchange(m_done, {}), {m_action});
+    m_document.waitUntilWritten();
+    const std::optional<std::string> writeFailure = m_document.failure();
     // A file that was not written whole is not read again: the rules are nowhere but in memory.
     if (!writeFailure) {
-        m_store.reloadCurrentUserConfiguration();
-        discardSuggestions(m_store.locations());
+        m_document.reload();
+        m_document.discardSuggestions();
     }
     if (m_importedRules == 0)
         return {{"Import Failed", "Found no rules to import"}, false, writeFailure};
-    m_run.g_dirty = 1;
+    m_document.markChanged();
     m_store.rebuildRulesCache();
     return {{"Import Successful", "Successfully imported " + std::to_string(m_importedRules) + " rules"},
         true, writeFailure};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rules/ChangeSet.h"
 #include "rules/NullableText.h"
 #include "rules/RuleManager.h"
 #include "rules/RuleRef.h"
@@ -14,7 +15,7 @@
 
 namespace quorvane {
 
-struct RunState;
+class RulesDocument;
 
 // What an import has come to.
 struct ImportResult {
@@ -24,13 +25,12 @@ struct ImportResult {
 };
 
 // Takes rules of an exchange file over into the current user's store: begin(), importRule() once for each
-// accepted rule, didFinishImportingRules(). Without the last nothing is written. From the first rule to the
-// end nobody else may reload the store, since that drops what is not yet written. For the thread that owns
-// the store.
+// accepted rule, didFinishImportingRules(). Without the last nothing is written. For the thread that owns the
+// store.
 class RuleImport {
 public:
-    // All must outlive it.
-    RuleImport(RuleManager& store, RunState& run, ProgramFacts& facts = programFactsOnDisk());
+    // Both must outlive it.
+    explicit RuleImport(RulesDocument& document, ProgramFacts& facts = programFactsOnDisk());
 
     // A new import, of the file at `path`: no rule is imported yet. Untagged rules get the file's name as
     // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file stay untagged.
@@ -52,14 +52,17 @@ public:
     std::int32_t addedRules() const { return m_addedRules; }
 
 private:
+    void noteAdded(const RuleRef& rule);
     WatchRulePtr importWatchRule(const WatchRule& rule);
     PolicyRulePtr importPolicyRule(const PolicyRule& rule);
     const NullableText& constraintOfProgram(const std::string& path);
     std::string findConstraint(const std::string& path);
 
+    RulesDocument& m_document;
     RuleManager& m_store;
-    RunState& m_run;
     ProgramFacts& m_facts;
+    ChangeSet m_done; // since the import began
+    std::string m_action; // as the history names it
     std::string m_currentImportTag;
     NullableText m_tag = ""; // the same, shared by the rules
     std::int32_t m_importedRules = 0;

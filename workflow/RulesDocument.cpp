@@ -7,7 +7,7 @@
 #include "rules/RulesFile.h"
 #include "rules/RulesText.h"
 #include "workflow/DocumentTexts.h"
-#include "workflow/RunState.h"
+#include "workflow/FailSafeSuggestions.h"
 
 #include <algorithm>
 #include <memory>
@@ -26,6 +26,11 @@ constexpr std::size_t mostRememberedSteps = 50;
 
 // Beyond this number, or a tenth of all, rules that another program removes are worth a word.
 constexpr std::size_t manyRules = 20;
+
+bool isMuch(std::size_t lost, std::size_t total)
+{
+    return lost > manyRules || (lost > 0 && lost * 10 >= total);
+}
 
 std::size_t countOfMissing(const std::vector<RuleRef>& before, const std::vector<RuleRef>& after)
 {
@@ -90,14 +95,14 @@ ChangeCounts RulesDocument::countsOf(const ChangeSet& done) const
 ChangeResult RulesDocument::perform(const ChangeSet& change, const ChangeReason& reason)
 {
     begin();
-    ChangeSet done = m_store.apply(change);
-    if (m_observer != nullptr)
-        m_observer->rulesDidChange(done);
-    return commit(std::move(done), reason);
+    markChanged();
+    return commit(m_store.apply(change), reason);
 }
 
 void RulesDocument::begin()
 {
+    if (m_knownReading != m_store.ownFileReadings())
+        noteFileRead();
     if (!m_rulesInFile)
         m_rulesInFile = m_store.userRulesSnapshot();
 }
@@ -105,7 +110,6 @@ void RulesDocument::begin()
 ChangeResult RulesDocument::commit(ChangeSet done, const ChangeReason& reason)
 {
     begin();
-    m_run.g_dirty = 1;
     rememberStep(done, reason);
     m_orders.push_back(orderFor(countsOf(done), reason));
     pump();
@@ -148,9 +152,7 @@ void RulesDocument::pump()
 void RulesDocument::continueWith(FileLock lock)
 {
     if (!lock.isHeld()) {
-        fail(lock.isHeldByAnother()
-                ? "Another program is writing the rules file '" + m_file.path() + "'; nothing was written"
-                : "Failed to open file '" + m_file.path() + "' for writing: " + lock.problem());
+        fail(unwritableMessage(m_file.path(), lock));
         return;
     }
     bringStoreUpToDate(lock);
@@ -189,20 +191,24 @@ void RulesDocument::bringStoreUpToDate(FileLock& lock)
         tell(*recovery.news);
     if (!isFileAhead() && !recovery.meant)
         return;
-    const RulesFileText theirs = RulesFileText::read(m_file.path(), lock);
+    takeIn(RulesFileText::read(m_file.path(), lock), recovery);
+}
+
+void RulesDocument::takeIn(const RulesFileText& theirs, const UserRulesFile::Recovery& recovery)
+{
     if (theirs.unreadReason()) {
         for (WriteOrder& order : m_orders)
             order.unreadReason = theirs.unreadReason();
         return;
     }
-    m_knownFile = KnownFile::of(theirs);
+    m_knownFile = KnownFile::of(m_file.path(), theirs);
     std::vector<RuleValue> rules = rulesOfText(theirs.text());
     if (recovery.meant)
         rules = rulesOf(mergeRules(*recovery.before, *recovery.meant, rules));
-    mergeWith(std::move(rules));
+    mergeWith(rules);
 }
 
-void RulesDocument::mergeWith(std::vector<RuleValue> theirs)
+void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
 {
     const std::vector<RuleRef> ours = m_store.userRules();
     const std::vector<RuleValue> base
@@ -210,9 +216,9 @@ void RulesDocument::mergeWith(std::vector<RuleValue> theirs)
     const MergeResult merged = mergeRules(base, valuesOf(m_store.userRulesSnapshot()), theirs);
     const ChangeSet done = m_store.apply(changeTo(merged, ours));
     if (m_observer != nullptr)
-        m_observer->rulesDidChange(done);
+        m_observer->rulesWereMerged(done);
     tellOfMerge(done, merged.reports);
-    m_rulesInFile = RulesSnapshot(std::move(theirs));
+    m_rulesInFile = RulesSnapshot(theirs);
     forgetSteps();
     joinOrders();
 }
@@ -290,7 +296,7 @@ void RulesDocument::writeNow()
 
 void RulesDocument::waitUntilWritten()
 {
-    if (m_owner.background != nullptr && m_isWriting)
+    while (m_isWriting && m_owner.background != nullptr)
         m_owner.background->wait();
 }
 
@@ -298,7 +304,7 @@ void RulesDocument::waitUntilWritten()
 
 bool RulesDocument::isFileAhead() const
 {
-    return !m_knownFile.isStillAt(m_file.path());
+    return !m_knownFile.isStillThere();
 }
 
 void RulesDocument::recover()
@@ -315,23 +321,40 @@ void RulesDocument::takeForeignChanges()
     if (m_isWriting || !isFileAhead())
         return; // what is being written is compared before the next write
     if (m_rulesInFile) { // the store holds what the file does not
-        writeNow(); // which merges first
+        takeIn(RulesFileText::read(m_file.path()), {});
+        writeNow();
         return;
     }
     const std::vector<RuleRef> before = m_store.userRules();
-    m_store.reloadCurrentUserConfiguration();
-    m_store.rebuildRulesCache();
-    noteFileRead();
+    reload();
     forgetSteps();
     if (m_observer != nullptr)
         m_observer->rulesWereReloaded();
     tellOfReload(before);
 }
 
+void RulesDocument::reload()
+{
+    m_store.reloadCurrentUserConfiguration();
+    m_store.rebuildRulesCache();
+    noteFileRead();
+}
+
+void RulesDocument::discardSuggestions()
+{
+    keepSuggestions(m_store.locations(), m_owner.stateFolder, m_owner.settings.history, m_log);
+    quorvane::discardSuggestions(m_store.locations());
+}
+
 void RulesDocument::noteFileRead()
 {
     m_knownFile = m_store.ownFile();
+    m_knownReading = m_store.ownFileReadings();
     m_rulesInFile.reset();
+    if (!m_knownFile.identity || m_knownFile.path != m_file.path()) {
+        m_knownFile = {}; // whatever rules there are, they are not from the user's file
+        m_rulesInFile.emplace();
+    }
 }
 
 // --- Back and forth
@@ -439,7 +462,7 @@ bool RulesDocument::restore(std::int64_t version)
     if (!m_file.journal().bytesOf(version))
         return false;
     begin();
-    m_run.g_dirty = 1;
+    markChanged();
     forgetSteps();
     WriteOrder order = orderFor({}, {.action = "Restore version " + std::to_string(version)});
     order.restores = version;
@@ -467,6 +490,11 @@ void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeRe
 {
     if (const std::string text = mergeText(done, reports); !text.empty()) {
         DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text};
+        if (isMuch(done.removed.size(), m_store.userRules().size() + done.removed.size())) {
+            news.kind = DocumentNews::Kind::rulesLost;
+            if (const auto before = m_file.journal().newest())
+                news.version = before->number;
+        }
         for (const ChangeSet::Addition& addition : done.added)
             news.rules.push_back(addition.rule);
         tell(news);
@@ -483,11 +511,10 @@ void RulesDocument::keepPresentVersion()
 void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
-    const bool isMuch = lost > manyRules || (lost > 0 && lost * 10 >= before.size());
     auto earlier = std::make_shared<std::optional<std::int64_t>>();
     inBackground([this, earlier] { *earlier = m_file.keepPresentVersion(); },
-        [this, earlier, lost, isMuch] {
-            if (isMuch)
+        [this, earlier, lost, total = before.size()] {
+            if (isMuch(lost, total))
                 tell({.kind = DocumentNews::Kind::rulesLost,
                     .text = "Another program has removed " + countedRules(lost) + ".",
                     .version = *earlier});

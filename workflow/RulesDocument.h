@@ -7,6 +7,7 @@
 #include "workflow/ChangeReason.h"
 #include "workflow/DocumentObserver.h"
 #include "workflow/ProgramSettings.h"
+#include "workflow/RunState.h"
 #include "workflow/UserRulesFile.h"
 
 #include <chrono>
@@ -21,7 +22,6 @@
 namespace quorvane {
 
 class Log;
-struct RunState;
 
 // Who a document belongs to.
 struct DocumentOwner {
@@ -55,6 +55,7 @@ public:
 
     RuleManager& store() { return m_store; }
     const RuleManager& store() const { return m_store; }
+    const std::string& stateFolder() const { return m_owner.stateFolder; }
     const ProgramSettings& settings() const { return m_owner.settings; }
     // From the next write on.
     void setSettings(const ProgramSettings& settings);
@@ -69,8 +70,11 @@ public:
     // Changes the store, writes the file, keeps the version. Also writes when nothing is to be changed.
     ChangeResult perform(const ChangeSet& change, const ChangeReason& reason);
 
+    // The run counts as one that changed rules, whatever comes of it.
+    void markChanged() { m_run.g_dirty = 1; }
+
     // A change made to the store by other means, rule by rule: begin() before the first, commit() with all
-    // that was done after the last.
+    // that was done after the last. Does not mark the run as changed.
     void begin();
     ChangeResult commit(ChangeSet done, const ChangeReason& reason);
 
@@ -92,6 +96,12 @@ public:
     void keepPresentVersion();
     // True when the file is another than the one that was read or written last.
     bool isFileAhead() const;
+
+    // Reads the user's configuration again, as the store does it; nothing is left to write then.
+    void reload();
+    // Deletes the fail-safe file and the marker beside it; what the file holds is kept in a journal of its
+    // own.
+    void discardSuggestions();
 
     // Tries again to write what could not be written.
     void writeNow();
@@ -125,7 +135,8 @@ private:
     void joinOrders();
 
     void bringStoreUpToDate(FileLock& lock);
-    void mergeWith(std::vector<RuleValue> theirs);
+    void takeIn(const RulesFileText& theirs, const UserRulesFile::Recovery& recovery);
+    void mergeWith(const std::vector<RuleValue>& theirs);
     void noteFileRead();
     void takeRestored();
     void tellOfReload(const std::vector<RuleRef>& before);
@@ -149,6 +160,7 @@ private:
     UserRulesFile m_file;
 
     KnownFile m_knownFile; // as read or written last
+    std::uint64_t m_knownReading = 0; // of the store, by which it was read
     std::optional<RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be under way
     bool m_isWriting = false;

@@ -3,6 +3,7 @@
 #include "codesign/Digests.h"
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
+#include "platform/SystemError.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesContent.h"
 #include "rules/RulesDiff.h"
@@ -77,6 +78,13 @@ DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
 }
 
 } // namespace
+
+std::string unwritableMessage(const std::string& path, const FileLock& lock)
+{
+    return lock.isHeldByAnother()
+        ? "Another program is writing the rules file '" + path + "'; nothing was written"
+        : "Failed to open file '" + path + "' for writing: " + errorText(lock.error());
+}
 
 ChangeCounts& ChangeCounts::operator+=(const ChangeCounts& other)
 {
@@ -296,7 +304,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLo
     report.version = beginVersion(order, *meant, previous.bytes());
     tellOfJournal(report.news);
     if (!lock.makeFile()) {
-        report.message = "Failed to open file '" + m_path + "' for writing: " + lock.problem();
+        report.message = unwritableMessage(m_path, lock);
     } else {
         WriteResult result = writeRulesFile(m_path, meant->content);
         report.isWritten = result.opened;
@@ -310,7 +318,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLo
     if (meant->rules > fewRules)
         std::this_thread::sleep_for(KnownFile::usualRoughness); // so that no later look has to read it all
     const RulesFileText written = RulesFileText::read(m_path, lock);
-    report.known = KnownFile::of(written);
+    report.known = KnownFile::of(m_path, written);
     if (written.bytes() != meant->content.bytes())
         report.message = "The rules file '" + m_path + "' does not hold what was written to it";
     else if (meant->whole || meant->unwritableRules > 0)

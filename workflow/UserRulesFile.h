@@ -54,6 +54,9 @@ struct WriteReport {
         readAs{}; // the rules that a reader makes of it, where others were meant
 };
 
+// Why the rules file cannot be written, `lock` being the lock on it that could not be had.
+std::string unwritableMessage(const std::string& path, const FileLock& lock);
+
 // The user's rules file and its journal: what happens to a change on its way to the disk. Every operation
 // that takes a lock needs it held. Operations may run on any thread, one at a time.
 class UserRulesFile {

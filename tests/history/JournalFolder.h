@@ -35,6 +35,7 @@ private:
 inline NewVersion version(std::string_view bytes)
 {
     NewVersion made;
+    made.added = 1; // else there would be nothing to undo
     made.program = "test";
     made.action = "Change rules";
     made.bytes = bytes;

@@ -92,11 +92,21 @@ TEST(JournalUndo, DoesNothingAgainAfterANewAction)
     EXPECT_EQ(journal.undoable(), action);
 }
 
+TEST(JournalUndo, PassesOverAWriteThatChangedNoRule)
+{
+    UndoJournal journal;
+    const auto action = journal.action();
+    NewVersion rewritten = version("the same rules, spelt anew");
+    rewritten.added = 0;
+    (*journal).record(rewritten);
+    EXPECT_EQ(journal.undoable(), action);
+}
+
 TEST(JournalUndo, NeedsTheVersionBefore)
 {
     UndoJournal journal;
     const auto first = journal.action();
-    EXPECT_EQ(journal.undoable(), 0) << "nothing says what was there before";
+    EXPECT_EQ(journal.undoable(), first) << "before the first there was nothing";
     const auto second = journal.action();
     const auto third = journal.action();
 

@@ -3,6 +3,7 @@
 #include "platform/Workspace.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "windows/QtText.h"
 #include "workflow/RuleEditorDelegate.h"
@@ -71,7 +72,7 @@ protected:
     // Opens an editor and makes it the one that the other operations are about.
     template <class SetRule> void open(SetRule setRule)
     {
-        editor = new Editor(store, run, workspace, log.log());
+        editor = new Editor(document, workspace, log.log());
         m_opened.emplace_back(editor);
         setRule(*editor);
         editor->setDelegate(&delegate);
@@ -111,6 +112,7 @@ protected:
     RuleManager store{locations, silentLog()};
     Workspace workspace;
     RunState run;
+    TestDocument document{store, run, log.log()};
     CountingDelegate delegate;
     QPointer<Editor> editor;
 

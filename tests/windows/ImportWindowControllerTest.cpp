@@ -1,5 +1,6 @@
 #include "windows/ImportWindowController.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/ImportTableModel.h"
@@ -41,10 +42,10 @@ public:
 
 class ImportWindow : public TableWindow<ImportWindowController, ImportColumn> {
 protected:
-    ~ImportWindow() override { window.reset(); } // before the store
+    ~ImportWindow() override { window.reset(); } // before the document
     void open(const std::string& file)
     {
-        window = std::make_unique<ImportWindowController>(store, workspace, log.log());
+        window = std::make_unique<ImportWindowController>(document, workspace, log.log());
         window->setDelegate(&delegate);
         window->setPath(file);
         show();
@@ -71,6 +72,7 @@ protected:
 
     TemporaryFolder folder;
     RuleManager store{Locations(folder.path("root"), "ann"), silentLog()};
+    TestDocument document{store, run};
     NotingDelegate delegate;
 };
 

@@ -1,4 +1,5 @@
 #include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
@@ -27,11 +28,13 @@ protected:
         box.writeUserRules(watchLine + headLine + nextLine + viLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
         store = box.load();
-        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
         show();
         table->setFocus();
     }
-    ~Commands() override { window.reset(); } // before the store
+    ~Commands() override { window.reset(); } // before the document
 
     std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     QMenu* contextMenu() const { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
@@ -69,6 +72,7 @@ protected:
 
     StoreSandbox box;
     std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace
@@ -401,7 +405,7 @@ TEST_F(Commands, TheDeleteKeysDeleteWhatIsSelected)
 TEST_F(Commands, TheDeleteKeyOnSystemRulesAloneDeletesNothingRewritesTheFileAndTellsOnce)
 {
     showSystemRules();
-    box.writeUserRules("");
+    box.writeUserRules("; a comment, which a rewrite drops\n" + watchLine + headLine + nextLine + viLine);
     run.internalWrite = false;
     select({4});
     QTest::keyClick(table, Qt::Key_Delete);
@@ -584,7 +588,7 @@ TEST_F(Commands, DeliberateATagTypedOverASystemRulesStaysOnTheScreenUntilTheNext
 TEST_F(Commands, DeliberateATagActionWithNothingSelectedOnlyWritesTheFile)
 {
     table->clearSelection();
-    box.writeUserRules("");
+    box.writeUserRules("; a comment, which a rewrite drops\n" + watchLine + headLine + nextLine + viLine);
     window->tableViewCellAction(QStringLiteral("nobody's"));
     EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
     EXPECT_EQ(run.g_dirty, 1);

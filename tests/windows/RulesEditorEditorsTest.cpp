@@ -1,4 +1,5 @@
 #include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
@@ -25,12 +26,15 @@ protected:
         box.writeUserRules(watchLine + policyLine);
         open();
     }
-    ~KeptRules() override { window.reset(); } // before the store
+    ~KeptRules() override { window.reset(); } // before the document
     void open()
     {
         window.reset();
+        document.reset();
         store = box.load();
-        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        document = std::make_unique<TestDocument>(*store, run, log.log(), box.folder.path("state"));
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
         show();
     }
     void endAndOpenAgain()
@@ -59,6 +63,7 @@ protected:
 
     StoreSandbox box;
     std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace

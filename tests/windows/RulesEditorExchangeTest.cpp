@@ -1,4 +1,5 @@
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/ImportWindowController.h"
@@ -59,11 +60,13 @@ protected:
             Locations(folder.path("root"), "ann"), silentLog());
         open();
     }
-    ~RulesExchange() override { window.reset(); } // before the store
+    ~RulesExchange() override { window.reset(); } // before the document
     void open()
     {
         window.reset();
-        window = std::make_unique<RulesEditorTableController>(*store, application, run, workspace, log.log());
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
         show();
     }
 
@@ -106,6 +109,7 @@ protected:
     const std::string failSafe = "root/Users/Shared/Quorvane/failsafe.rc";
     TemporaryFolder folder;
     std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace

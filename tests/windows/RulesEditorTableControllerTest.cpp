@@ -1,4 +1,5 @@
 #include "windows/RulesEditorTableController.h"
+#include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/PlainText.h"
@@ -27,13 +28,15 @@ protected:
                 policyRule({.path = path, .processName = "/bin/sh", .tag = "shell", .operations = 1}));
         store.addPolicyRule(
             policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
-        window = std::make_unique<RulesEditorTableController>(store, application, run, workspace, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(document, application, run, workspace, log.log());
         show();
         search = in<QLineEdit>("searchField");
     }
-    ~MainWindow() override { window.reset(); } // before the store
+    ~MainWindow() override { window.reset(); } // before the document
 
     RuleManager store{Locations("/root", "ann"), silentLog()};
+    TestDocument document{store, run};
     QLineEdit* search = nullptr;
 };
 
@@ -220,7 +223,7 @@ TEST_F(MainWindow, RemembersItsSizeAndColumnWidths)
     table->setColumnWidth(0, 171);
     window->close();
     // when the next one opens
-    RulesEditorTableController next(store, application, run, workspace, log.log());
+    RulesEditorTableController next(document, application, run, workspace, log.log());
     next.show();
     // then it is arranged so
     EXPECT_EQ(next.size(), QSize(701, 507));
@@ -232,7 +235,8 @@ TEST_F(MainWindow, FitsItsColumnsAnewWhileNobodyHasArrangedThem)
     QFile::remove(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))
         + QStringLiteral("/Vantreal/Quorvane Configuration.ini"));
     const auto widthWith = [&](RuleManager& rules) {
-        RulesEditorTableController next(rules, application, run, workspace, log.log());
+        TestDocument rulesDocument(rules, run);
+        RulesEditorTableController next(rulesDocument, application, run, workspace, log.log());
         next.show();
         const int width = next.findChild<RulesTableView*>()->columnWidth(0);
         next.close();

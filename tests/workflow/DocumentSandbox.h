@@ -23,7 +23,7 @@ struct DocumentAtWork : DocumentObserver {
         document->setObserver(this);
     }
 
-    void rulesDidChange(const ChangeSet& change) override { changes.push_back(change); }
+    void rulesWereMerged(const ChangeSet& change) override { changes.push_back(change); }
     void rulesWereReloaded() override { ++reloads; }
     void fileStateDidChange() override { }
     void documentHasNews(const DocumentNews& item) override { news.push_back(item); }

@@ -2,6 +2,7 @@
 #include "rules/RuleLine.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/TestDocument.h"
 #include "workflow/RunState.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,8 @@ protected:
         box.writeUserRules("set some.option 1\n" + watchLine + shLine + sh2Line + viLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/bin/sh\" r\n");
         store = box.load(log.log());
-        commands = std::make_unique<RuleCommands>(*store, run, log.log());
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        commands = std::make_unique<RuleCommands>(*document, log.log());
     }
     std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     std::size_t rowOf(const std::string& path, bool includeSystemRules = true) const
@@ -63,6 +65,7 @@ protected:
     CapturedLog log;
     RunState run;
     std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
     std::unique_ptr<RuleCommands> commands;
 };
 

@@ -59,7 +59,7 @@ TEST(RuleDraft, PutIntoTheRuleItWasTakenFromChangesNothingThatAControlShows)
         const RuleRef rule = policyRule(
             {.policyClass = code, .policyType = code, .path = "/a", .processName = "/b", .operations = 3});
         const RuleDraft draft = draftOf(rule);
-        applyDraft(draft, rule);
+        setValue(rule, valueWithDraft(valueOf(rule), draft));
         EXPECT_EQ(draftOf(rule), draft) << code;
         EXPECT_EQ(policyRuleIn(rule)->policyClass(), code);
         EXPECT_EQ(policyRuleIn(rule)->policyType(), code);

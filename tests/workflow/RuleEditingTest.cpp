@@ -2,6 +2,7 @@
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "workflow/RunState.h"
 
@@ -22,6 +23,7 @@ protected:
     const Locations locations{folder.path(), "ann"};
     RuleManager store{locations, silentLog()};
     RunState run;
+    TestDocument document{store, run};
 };
 
 const RuleDraft edits{.policyClass = PolicyClass::deny,
@@ -132,7 +134,7 @@ TEST_F(RuleEditing, SavingReplacesTheRuleAndWritesTheFile)
     store.addPolicyRule(rule);
     store.addPolicyRule(other);
 
-    saveRule(store, run, rule, edits);
+    saveRule(document, rule, edits);
 
     EXPECT_EQ(file(),
         "deny path \"/new\" \"/bin/new\" rx \"mine\" \"TEAM\" \"7\"\n"
@@ -145,22 +147,22 @@ TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
 {
     const auto rule = policyRule(
         {.path = "/p", .processName = "/q", .tag = "t", .flags = 3, .created = 5, .sequence = 9});
-    saveRule(store, run, rule, edits);
+    saveRule(document, rule, edits);
     EXPECT_EQ(rule->tag().view(), "t");
     EXPECT_EQ(rule->flags(), 3U);
     EXPECT_EQ(rule->created(), 5U);
     EXPECT_EQ(rule->sequence(), 9);
     EXPECT_FALSE(rule->system());
     const auto watch = watchRule({.path = "/p", .processName = "/q", .tag = "t", .flags = 2});
-    saveRule(store, run, watch, edits);
+    saveRule(document, watch, edits);
     EXPECT_EQ(watch->tag().view(), "t");
     EXPECT_EQ(watch->flags(), 2U);
 }
 
 TEST_F(RuleEditing, SavingANewRuleAddsIt)
 {
-    saveRule(store, run, policyRule({}), edits);
-    saveRule(store, run, watchRule({}),
+    saveRule(document, policyRule({}), edits);
+    saveRule(document, watchRule({}),
         {.policyType = PolicyType::suffix, .path = ".jpg", .processName = "any", .operations = 2});
     EXPECT_EQ(file(),
         "watch suffix \".jpg\" \"any\" w \"\"\n"
@@ -170,7 +172,7 @@ TEST_F(RuleEditing, SavingANewRuleAddsIt)
 TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 {
     const auto rule = policyRule({.tag = "", .constraint = std::nullopt});
-    saveRule(store, run, rule, {.path = "  /a  ", .processName = " "});
+    saveRule(document, rule, {.path = "  /a  ", .processName = " "});
     EXPECT_EQ(rule->path().view(), "  /a  ");
     EXPECT_EQ(rule->processName().view(), " ");
     EXPECT_FALSE(rule->constraint().isNull());
@@ -180,7 +182,7 @@ TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 TEST_F(RuleEditing, WithoutAChosenClassAndTypeTheUnknownOnesStay)
 {
     const auto rule = policyRule({.policyClass = unknownCode, .policyType = unknownCode});
-    saveRule(store, run, rule, {.path = "/a", .processName = "/b"});
+    saveRule(document, rule, {.path = "/a", .processName = "/b"});
     EXPECT_EQ(rule->policyClass(), unknownCode);
     EXPECT_EQ(rule->policyType(), unknownCode);
 }
@@ -191,8 +193,8 @@ TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
     store.addPolicyRule(rule);
     RuleDraft second = edits;
     second.path = "/newest";
-    saveRule(store, run, rule, edits);
-    saveRule(store, run, rule, second);
+    saveRule(document, rule, edits);
+    saveRule(document, rule, second);
     EXPECT_EQ(file(), "deny path \"/newest\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
 }
 
@@ -205,7 +207,7 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
     first->setTag("first");
     store.addPolicyRule(first);
     store.addPolicyRule(edited);
-    saveRule(store, run, edited, edits);
+    saveRule(document, edited, edits);
     EXPECT_EQ(store.storedRules(), 2U);
     EXPECT_EQ(
         file(), "allow prefix \"/a\" \"/bin/new\" r \"first\" \"TEAM\" \"0\"\n" + ruleLine(edited->fields()));
@@ -215,7 +217,7 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
     const auto editedWatch = watchRule(watched);
     store.addWatchRule(firstWatch);
     store.addWatchRule(editedWatch);
-    saveRule(store, run, editedWatch, {.path = "/b", .processName = "/bin/new"});
+    saveRule(document, editedWatch, {.path = "/b", .processName = "/bin/new"});
     EXPECT_EQ(store.storedRules(), 4U);
     EXPECT_EQ(firstWatch->path().view(), "/a");
 }
@@ -225,7 +227,7 @@ TEST_F(RuleEditing, ARuleThatWasDeletedMeanwhileComesBackOnce)
     const auto rule = watchRule({.path = "/old", .processName = "/bin/old", .operations = 1});
     store.addWatchRule(rule);
     store.deleteWatchRule(*rule);
-    saveRule(store, run, rule, edits);
+    saveRule(document, rule, edits);
     EXPECT_EQ(file(), "watch path \"/new\" \"/bin/new\" rx \"\"\n");
 }
 
@@ -238,8 +240,8 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
     const auto policy = std::get<PolicyRulePtr>(store.ruleAtIndex(1, true));
     store.reloadCurrentUserConfiguration();
 
-    saveRule(store, run, watch, edits);
-    saveRule(store, run, policy, edits);
+    saveRule(document, watch, edits);
+    saveRule(document, policy, edits);
 
     EXPECT_EQ(store.totalRules(true), 3U);
     EXPECT_EQ(rowsAsText(store, true), file());
@@ -250,7 +252,7 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
 TEST_F(RuleEditing, SavingGoesOnWhenTheFileCannotBeWritten)
 {
     std::filesystem::remove_all(locations.sharedFolder());
-    saveRule(store, run, policyRule({}), edits);
+    saveRule(document, policyRule({}), edits);
     EXPECT_EQ(store.totalRules(true), 1U);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(store.lastErrorMessage().has_value());

@@ -6,6 +6,7 @@
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/Answers.h"
 #include "tests/support/GivenFacts.h"
+#include "tests/support/TestDocument.h"
 #include "workflow/RunState.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +25,11 @@ protected:
     void openStore(const std::string& userRules = {})
     {
         sandbox.writeUserRules(userRules);
+        import.reset();
+        document.reset();
         store = sandbox.load();
-        import = std::make_unique<RuleImport>(*store, run, facts);
+        document = std::make_unique<TestDocument>(*store, run);
+        import = std::make_unique<RuleImport>(*document, facts);
         import->begin("/exchange/Photo Tools,2.quorv");
     }
 
@@ -57,6 +61,7 @@ protected:
     GivenFacts facts;
     RunState run;
     std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
     std::unique_ptr<RuleImport> import;
 };
 
@@ -162,7 +167,7 @@ TEST_F(RuleImportTest, BindsAPolicyRuleToItsProgram)
 TEST_F(RuleImportTest, BindsARuleToAProgramOnDisk)
 {
     openStore();
-    import = std::make_unique<RuleImport>(*store, run);
+    import = std::make_unique<RuleImport>(*document);
     const std::string program = sandbox.folder.write("signed", test::signedProgram());
     const std::string plain = sandbox.folder.write("plain", "#!/bin/sh\n");
     EXPECT_EQ(constraintFor(program), "TEAM123456");
