@@ -52,7 +52,7 @@ RulesEditorTableController::RulesEditorTableController(
     updateCounts();
     showFailure();
     m_ui->rulesEditorTableView->setFocus();
-    m_document.setObserver(this);
+    setUpDocument();
     m_follower->start();
     awakeFromNib();
 }
@@ -184,21 +184,6 @@ void RulesEditorTableController::sortDescriptorsDidChange()
 void RulesEditorTableController::reloadData()
 {
     reloadData(RuleIdentity::record);
-}
-
-void RulesEditorTableController::rulesWereMerged(const ChangeSet& /*change*/)
-{
-    reloadData();
-}
-
-void RulesEditorTableController::fileStateDidChange()
-{
-    showFailure();
-}
-
-void RulesEditorTableController::documentHasNews(const DocumentNews& news)
-{
-    m_ui->notices->add({.text = toQt(news.text)});
 }
 
 void RulesEditorTableController::rulesWereReloaded()

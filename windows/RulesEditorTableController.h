@@ -87,6 +87,9 @@ public Q_SLOTS:
     void deleteRuleAction();
     // Opens the editor of the only selected rule; nothing when several are selected or none.
     void doubleClickAction();
+    // Take the newest action back, or do again what was taken back last.
+    void undo();
+    void redo();
     // Begins to edit the tag of the only selected rule.
     void editTagOfSelectedRule();
     // A tag has been edited in the table: it is the first selected rule's.
@@ -139,6 +142,10 @@ private:
     void setUpSortMenu();
     void setUpCommands();
     void setUpExchange();
+    void setUpDocument();
+    void nameUndoAndRedo();
+    void showFirstOf(const std::vector<RuleRef>& rules);
+    void writeWholeLines();
     void rulesWereMerged(const ChangeSet& change) override;
     void rulesWereReloaded() override;
     void fileStateDidChange() override;

@@ -3,12 +3,14 @@
 #include "tests/windows/TableWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
+#include "windows/FootNotices.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 
 #include <QClipboard>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QScrollBar>
 
 namespace quorvane {
@@ -400,6 +402,46 @@ TEST_F(Commands, TheDeleteKeysDeleteWhatIsSelected)
     QTest::keyClick(table, Qt::Key_Backspace);
     EXPECT_EQ(file(), nextLine);
     EXPECT_EQ(run.g_dirty, 1);
+}
+
+TEST_F(Commands, UndoAndRedoAreNamedInTheMenuAndRestoreTheFile)
+{
+    const std::string before = file();
+    select({head});
+    QTest::keyClick(table, Qt::Key_Delete);
+    const std::string after = file();
+    ASSERT_NE(after, before);
+    auto* menu = in<QMenu>("editMenu");
+    Q_EMIT menu->aboutToShow();
+    EXPECT_EQ(action("undoMenuItem")->text(), QStringLiteral("&Undo Delete Rule"));
+    EXPECT_FALSE(action("redoMenuItem")->isEnabled());
+    Q_EMIT menu->aboutToHide();
+    action("undoMenuItem")->trigger();
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(table->model()->rowCount(), 4);
+    action("redoMenuItem")->trigger();
+    EXPECT_EQ(file(), after);
+}
+
+TEST_F(Commands, AChangeThatCouldNotBeWrittenIsWrittenFromTheFoot)
+{
+    const std::string path = box.locations.userRulesFile();
+    std::filesystem::rename(path, path + ".away");
+    std::filesystem::create_directory(path);
+    select({head});
+    QTest::keyClick(table, Qt::Key_Delete);
+    auto* notices = in<FootNotices>("notices");
+    ASSERT_EQ(notices->count(), 1U);
+    std::filesystem::remove(path);
+    std::filesystem::rename(path + ".away", path);
+    for (QPushButton* button : notices->findChildren<QPushButton*>()) {
+        if (button->text() == QLatin1String("Write Now")) {
+            button->click();
+            break;
+        }
+    }
+    EXPECT_EQ(notices->count(), 0U);
+    EXPECT_EQ(file(), watchLine + nextLine + viLine);
 }
 
 TEST_F(Commands, TheDeleteKeyOnSystemRulesAloneDeletesNothingRewritesTheFileAndTellsOnce)
