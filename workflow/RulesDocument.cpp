@@ -202,6 +202,11 @@ void RulesDocument::takeIn(const RulesFileText& theirs, const UserRulesFile::Rec
         return;
     }
     m_knownFile = KnownFile::of(m_file.path(), theirs);
+    // Rules whose file is gone are not deleted rules: the next write brings it back.
+    if (theirs.identity() && theirs.identity()->isMissing() && !recovery.meant) {
+        m_rulesInFile.emplace();
+        return;
+    }
     std::vector<RuleValue> rules = rulesOfText(theirs.text());
     if (recovery.meant)
         rules = rulesOf(mergeRules(*recovery.before, *recovery.meant, rules));

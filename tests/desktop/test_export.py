@@ -38,7 +38,9 @@ class Export(DesktopTest):
 
     def test_the_whole_file_exported_onto_itself_stays(self):
         window = self.open_rules()
-        self.choose(window, "Export All Rules...", "Export All Rules", self.sandbox.user_file, replace=True)
+        same = os.path.join(self.sandbox.home, "same.quorv")
+        os.link(self.sandbox.user_file, same)
+        self.choose(window, "Export All Rules...", "Export All Rules", same, replace=True)
         self.assertEqual(read(self.sandbox.user_file), RULES)
 
     def test_only_the_selected_rules_go_out(self):

@@ -179,6 +179,15 @@ TEST_F(RulesDocumentTest, AFileThatCannotBeReadWholeIsKeptBeforeItIsWritten)
     EXPECT_EQ(window.newsOf(Kind::setAside).size(), 1U);
 }
 
+TEST_F(RulesDocumentTest, AFileThatIsGoneTakesNoRuleAlong)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    DocumentAtWork window(box);
+    std::filesystem::remove(box.locations.userRulesFile());
+    window.add("/c/");
+    EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
+}
+
 TEST_F(RulesDocumentTest, AForeignChangeIsTakenOverAndKeptAsAVersion)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
