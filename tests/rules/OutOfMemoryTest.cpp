@@ -37,11 +37,12 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     return allocated(size);
 }
-void operator delete(void* memory) noexcept
+// Not inlined: the compiler would see memory of new given to free().
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
