@@ -70,7 +70,7 @@ QVPreferencesWindow::QVPreferencesWindow(Locations locations, ApplicationService
     m_ui->lockImage->setPixmap(lock.pixmap(QSize(lockSize, lockSize), devicePixelRatio()));
     m_ui->lockImage->hide();
     m_ui->readOnlyLabel->hide();
-    m_ui->unsavableLabel->hide();
+    m_ui->warningLabel->hide();
     connect(m_ui->createRulesCheckBox, &QCheckBox::clicked, this, &QVPreferencesWindow::clickedCreateRules);
     connect(m_ui->saveButton, &QPushButton::clicked, this, &QVPreferencesWindow::clickedOK);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QVPreferencesWindow::reject);
@@ -110,7 +110,7 @@ void QVPreferencesWindow::windowDidLoad()
     const bool isAdmin = m_application.isAdminUser();
     m_authenticated = isAdmin && m_application.performAuthentication();
     if (m_authenticated)
-        warnIfSavingFails();
+        warnOfFile();
     else
         makeReadOnly();
     setTheme();
@@ -152,15 +152,25 @@ void QVPreferencesWindow::makeReadOnly()
     m_ui->saveButton->setFocus();
 }
 
-// An administrator could change everything for nothing, where the file belongs to another one.
-void QVPreferencesWindow::warnIfSavingFails()
+// An administrator could change everything for nothing, where the file belongs to another one, and would take
+// the defaults for the settings, where it could not be read.
+void QVPreferencesWindow::warnOfFile()
 {
     const std::string file = m_locations.preferencesFile();
-    if (const auto reason = whyPreferencesCannotBeSaved(file)) {
-        m_ui->unsavableLabel->setText(tr("These settings cannot be saved: %1.").arg(toQt(*reason)));
-        m_ui->unsavableLabel->setToolTip(toQt(file));
-        m_ui->unsavableLabel->show();
-    }
+    if (const auto reason = whyPreferencesCannotBeSaved(file))
+        warn(tr("These settings cannot be saved: %1.").arg(toQt(*reason)));
+    else if (const auto unread = whyPreferencesAreUnread(file))
+        warn(tr("The file of the settings cannot be read: %1. Shown are the defaults; saving keeps the file "
+                "under "
+                "another name.")
+                 .arg(toQt(*unread)));
+}
+
+void QVPreferencesWindow::warn(const QString& text)
+{
+    m_ui->warningLabel->setText(text);
+    m_ui->warningLabel->setToolTip(toQt(m_locations.preferencesFile()));
+    m_ui->warningLabel->show();
 }
 
 void QVPreferencesWindow::setTheme()

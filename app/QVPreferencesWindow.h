@@ -69,7 +69,8 @@ private:
     void showValues(const PreferenceValues& values);
     PreferenceValues shownValues() const;
     void makeReadOnly();
-    void warnIfSavingFails();
+    void warnOfFile();
+    void warn(const QString& text);
     void windowWillClose();
 
     const Locations m_locations;

@@ -44,9 +44,6 @@ public:
     // character, say) or would be larger than is understood. None when both would be.
     std::optional<std::string> fileBytes() const;
 
-    // The same, for lists that are known to be small; nothing for one that is too large.
-    std::string xml() const { return fileBytes().value_or(std::string()); }
-
     // The list in one line, for the log: {"key" = 1; ...}. Cut after 64 KiB.
     std::string description() const;
 

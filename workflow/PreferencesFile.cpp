@@ -3,6 +3,7 @@
 #include "platform/FileBytes.h"
 #include "platform/FilePermissions.h"
 #include "platform/Log.h"
+#include "platform/PropertyListBounds.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -59,6 +60,19 @@ PropertyList readPreferences(const std::string& path)
 {
     auto settings = PropertyList::read(path);
     return settings ? std::move(*settings) : PropertyList();
+}
+
+std::optional<std::string> whyPreferencesAreUnread(const std::string& path)
+{
+    if (!isUnread(path))
+        return std::nullopt;
+    if (auto denied = whyDenied(path, R_OK))
+        return denied;
+    struct stat status { };
+    const bool isTooLarge = stat(path.c_str(), &status) == 0
+        && static_cast<std::uint64_t>(status.st_size) > largestPropertyList;
+    return isTooLarge ? "it is larger than " + std::to_string(largestPropertyList >> 20U) + " MiB"
+                      : "it is no property list, or a damaged one";
 }
 
 std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path)

@@ -12,6 +12,10 @@ class Log;
 // The settings in the file at `path`; an empty list when it is missing or unreadable.
 PropertyList readPreferences(const std::string& path);
 
+// Why readPreferences() answers an empty list though the file at `path` holds something: "it is larger than
+// 16 MiB", say. None when it was read, is missing or empty.
+std::optional<std::string> whyPreferencesAreUnread(const std::string& path);
+
 // Why writePreferences() would fail now: "Permission denied", say, where another administrator owns the file.
 // None when nothing stands in the way, as far as can be told without writing.
 std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path);

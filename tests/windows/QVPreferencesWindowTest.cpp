@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -364,7 +365,7 @@ TEST_F(PreferencesWindow, SaysWhenItOpensWhySettingsCannotBeSaved)
 {
     std::filesystem::create_directory(file());
     open();
-    const auto& label = widget<QLabel>("unsavableLabel");
+    const auto& label = widget<QLabel>("warningLabel");
     EXPECT_TRUE(label.isVisible());
     EXPECT_EQ(label.text().toStdString(),
         "These settings cannot be saved: what stands in its place is no regular file.");
@@ -376,9 +377,24 @@ TEST_F(PreferencesWindow, SaysWhenItOpensWhySettingsCannotBeSaved)
     for (const bool isAdmin : {true, false}) {
         m_application.isAdmin = isAdmin;
         open();
-        EXPECT_FALSE(widget<QLabel>("unsavableLabel").isVisible());
+        EXPECT_FALSE(widget<QLabel>("warningLabel").isVisible());
         m_window->close();
     }
+}
+
+TEST_F(PreferencesWindow, SaysWhenItOpensThatItShowsTheDefaultsForAListItCannotRead)
+{
+    std::ofstream(file()) << "<plist>";
+    std::filesystem::resize_file(file(), (16U << 20U) + 1);
+    open();
+    const auto& label = widget<QLabel>("warningLabel");
+    EXPECT_TRUE(label.isVisible());
+    EXPECT_EQ(label.text().toStdString(),
+        "The file of the settings cannot be read: it is larger than 16 MiB. Shown are the defaults; saving "
+        "keeps "
+        "the file under another name.");
+    save();
+    EXPECT_EQ(std::filesystem::file_size(file() + ".unread"), (16U << 20U) + 1);
 }
 
 TEST_F(PreferencesWindow, AdministratorAuthenticatesOnceEachTimeItOpens)

@@ -171,7 +171,7 @@ TEST(PreferenceValues, WritesBooleansAsBooleansAndTheRestAsIntegers)
     PropertyList settings;
     values.writeTo(settings);
 
-    const std::string xml = settings.xml();
+    const std::string xml = settings.fileBytes().value();
     for (const char* boolean : {"<key>access.user.restrict</key>\n\t<true/>",
              "<key>access.user.create</key>\n\t<true/>", "<key>filter.exec.allow.signed</key>\n\t<false/>",
              "<key>access.user.detail</key>\n\t<integer>1</integer>",

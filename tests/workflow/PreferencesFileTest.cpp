@@ -129,7 +129,7 @@ TEST(PreferencesFile, ThatAnotherAdministratorOwnsCannotBeSavedAndThatIsKnownBef
 {
     const TemporaryFolder folder;
     setPermissions(folder.path(), 0755);
-    const std::string file = folder.write("list.plist", someSettings().xml());
+    const std::string file = folder.write("list.plist", someSettings().fileBytes().value());
     setPermissions(file, 0775);
     const auto answers = [](const std::string& path) {
         return answerOfChild([&path] {
@@ -162,18 +162,31 @@ TEST(PreferencesFile, ThatNothingStandsInTheWayOfCanBeSaved)
     EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path()), "what stands in its place is no regular file");
 }
 
+TEST(PreferencesFile, ThatIsReadAsDefaultsThoughItHoldsSomethingSaysWhy)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(whyPreferencesAreUnread(folder.path("missing.plist")), std::nullopt);
+    EXPECT_EQ(whyPreferencesAreUnread(folder.write("list.plist", "")), std::nullopt);
+    EXPECT_EQ(whyPreferencesAreUnread(folder.write("list.plist", someSettings().fileBytes().value())),
+        std::nullopt);
+    EXPECT_EQ(whyPreferencesAreUnread(folder.write("list.plist", damaged)),
+        "it is no property list, or a damaged one");
+    std::filesystem::resize_file(folder.path("list.plist"), (16U << 20U) + 1);
+    EXPECT_EQ(whyPreferencesAreUnread(folder.path("list.plist")), "it is larger than 16 MiB");
+}
+
 TEST(PreferencesFile, ThatIsALinkIsNeitherWrittenNorOpenedUpBehindIt)
 {
     const TemporaryFolder folder;
     CapturedLog log;
-    const std::string elsewhere = folder.write("elsewhere", someSettings().xml());
+    const std::string elsewhere = folder.write("elsewhere", someSettings().fileBytes().value());
     ASSERT_TRUE(setPermissions(elsewhere, 0600));
     std::filesystem::create_symlink(elsewhere, folder.path("link"));
 
     EXPECT_EQ(writePreferences(folder.path("link"), PropertyList(), log.log()),
         "what stands in its place is no regular file");
 
-    EXPECT_EQ(TemporaryFolder::contents(elsewhere), someSettings().xml());
+    EXPECT_EQ(TemporaryFolder::contents(elsewhere), someSettings().fileBytes().value());
     EXPECT_EQ(permissionsOf(elsewhere), 0600U);
 }
 
