@@ -74,10 +74,10 @@ void RulesEditorTableController::fileStateDidChange()
     const QString subject = QStringLiteral("write");
     if (!m_document.failure() || m_document.isWriting())
         return m_ui->notices->remove(subject);
-    m_ui->notices->add(
-        {.text = tr("The last change is not in the rules file: %1").arg(toQt(*m_document.failure())),
-            .buttons = {{tr("Write Now"), [this] { m_document.writeNow(); }}},
-            .subject = subject});
+    m_ui->notices->add({.text = tr("Nothing was written, the last change is not in the rules file: %1")
+                                    .arg(toQt(*m_document.failure())),
+        .buttons = {{tr("Write Now"), [this] { m_document.writeNow(); }}},
+        .subject = subject});
 }
 
 void RulesEditorTableController::documentHasNews(const DocumentNews& news)

@@ -2,6 +2,8 @@
 #include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
+#include "windows/ElidedLabel.h"
+#include "windows/FootNotices.h"
 #include "windows/ImportWindowController.h"
 #include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
@@ -15,6 +17,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <utility>
@@ -215,6 +218,29 @@ TEST_F(RulesExchange, AnImportThatCannotBeWrittenIsToldAndLeavesPendingSuggestio
     EXPECT_NE(store->lastErrorMessage(), std::nullopt);
     EXPECT_EQ(label("failureLabel"), toQt(store->lastErrorMessage().value_or("")));
     EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe)));
+}
+
+TEST_F(RulesExchange, SuggestionsOutliveAnImportThatCannotBeWrittenAndAreWrittenFromTheFoot)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    window->handleFileImport(folder.path(failSafe));
+    std::filesystem::remove(folder.path(userFile));
+    std::filesystem::create_directory(folder.path(userFile)); // in the way
+    review()->importAction();
+    const auto* foot = in<FootNotices>("notices");
+    EXPECT_EQ(in<ElidedLabel>("noticeText")->text(),
+        QStringLiteral("Nothing was written, the last change is not in the rules file: ")
+            + label("failureLabel"));
+
+    std::filesystem::remove(folder.path(userFile));
+    const auto buttons = foot->findChildren<QPushButton*>();
+    const auto writeNow = std::find_if(buttons.begin(), buttons.end(),
+        [](const QPushButton* button) { return button->text() == QStringLiteral("Write Now"); });
+    ASSERT_NE(writeNow, buttons.end());
+    (*writeNow)->click();
+    EXPECT_NE(userRules().find("\"/c\""), std::string::npos);
+    EXPECT_EQ(foot->count(), 0U);
+    EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe))) << "offered again, to be left or taken";
 }
 
 TEST_F(RulesExchange, AnotherImportReplacesAReviewThatIsOpen)
