@@ -11,36 +11,32 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
 // When the display goes away, as it can at the end of a session, the toolkit ends the program by exit(3),
-// which takes nothing on the stack of main() down. The agents are reloaded all the same.
-class ReloadAtExit {
+// which takes nothing on the stack of main() down and emits no signal. What is to be saved is saved all the
+// same.
+class FinishAtExit {
 public:
-    ReloadAtExit(quorvane::AppDelegate& delegate, quorvane::Log& log)
+    explicit FinishAtExit(std::function<void()> finish)
     {
-        s_delegate = &delegate;
-        s_log = &log;
-        std::atexit(reload);
+        s_finish = std::move(finish);
+        std::atexit([] {
+            if (s_finish)
+                s_finish();
+        });
     }
-    ~ReloadAtExit() { s_delegate = nullptr; }
-    ReloadAtExit(const ReloadAtExit&) = delete;
-    ReloadAtExit& operator=(const ReloadAtExit&) = delete;
+    ~FinishAtExit() { s_finish = nullptr; }
+    FinishAtExit(const FinishAtExit&) = delete;
+    FinishAtExit& operator=(const FinishAtExit&) = delete;
 
 private:
-    static void reload()
-    {
-        if (s_delegate == nullptr)
-            return;
-        s_delegate->reloadAgentsAfterChange();
-        s_log->flush();
-    }
-
-    static inline quorvane::AppDelegate* s_delegate = nullptr;
-    static inline quorvane::Log* s_log = nullptr;
+    static inline std::function<void()> s_finish;
 };
 
 } // namespace
@@ -75,7 +71,12 @@ int main(int argumentCount, char** arguments)
         around.document.waitUntilWritten(); // before the agents are told to read it
         around.delegate.applicationWillTerminate();
     });
-    const ReloadAtExit reloadAtExit(around.delegate, *log);
+    const FinishAtExit finishAtExit([&] {
+        mainWindow.keepUnsavedRules();
+        around.document.waitUntilWritten();
+        around.delegate.reloadAgentsAfterChange();
+        log->flush();
+    });
     QObject::connect(&around.delegate, &quorvane::AppDelegate::preferencesWereSaved, &mainWindow,
         &quorvane::RulesEditorTableController::showPreferencesFailure);
     QMetaObject::invokeMethod(

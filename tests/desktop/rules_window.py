@@ -4,10 +4,14 @@ import os
 import subprocess
 import unittest
 
+from alone import run_alone
 from desk import ACTIVE, FOCUSED, PATIENCE, SELECTED, Desk, eventually, settled
 from gi.repository import GLib
 from sandbox import SANITIZER_REPORT, Sandbox
 
+# The program signals every agent that it sees when it ends after a change: those of this machine's user and those of
+# another test's.
+ALONE = run_alone()
 PROGRAM = os.environ["QUORVANE_PROGRAM"]
 
 APPLICATION, STATE, CLASS, TYPE, OPERATIONS, TAG, PATH = range(7)

@@ -7,14 +7,12 @@ import signal
 import subprocess
 import sys
 
-from alone import run_alone
 from desk import PATIENCE, Desk, eventually
-from rules_window import DesktopTest
+from rules_window import ALONE, DesktopTest
 from sandbox import read
 
 IDENTIFIER = "vantreal.QuorvaneUserAgent"
 NAME = "QuorvaneUserAgent"
-ALONE = run_alone()  # else an agent that runs on this machine would be told as well
 
 # Writes down the names of the signals that it gets.
 AGENT = """
@@ -132,8 +130,7 @@ class Agents(DesktopTest):
             self.addCleanup(self.desk.end)
             agent = self.agent()
             window = self.changed_window()
-            screen = next(process for process in self.desk.processes if process.args[0] == "Xvfb")
-            screen.kill()
+            self.desk.end_screen()
             self.assertNotEqual(window.process.wait(PATIENCE), 0)
             self.assert_signals(agent, 1)
         finally:

@@ -1,7 +1,7 @@
 import os
 import signal
 
-from desk import ACTIVE, FOCUSED, PATIENCE, eventually
+from desk import ACTIVE, FOCUSED, PATIENCE, Desk, eventually
 from rules_window import PATH, DesktopTest
 from sandbox import read
 
@@ -55,6 +55,18 @@ class Drafts(DesktopTest):
         self.open_editor_and_type("sh", "/b/")
         self.window.process.send_signal(signal.SIGTERM)
         self.assertEqual(self.window.process.wait(PATIENCE), 0)
+        self.check_offer()
+
+    def test_what_an_editor_holds_outlives_the_end_of_the_display(self):
+        desk, self.__class__.desk = self.desk, Desk()
+        self.addCleanup(setattr, self.__class__, "desk", desk)
+        ended = self.desk
+        self.addCleanup(ended.end)
+        self.window = self.open_with(RULE)
+        self.open_editor_and_type("sh", "/b/")
+        ended.end_screen()
+        self.assertNotEqual(self.window.process.wait(PATIENCE), 0)
+        self.__class__.desk = desk
         self.check_offer()
 
     def test_a_draft_that_is_discarded_is_offered_no_more(self):

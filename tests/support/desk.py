@@ -132,6 +132,10 @@ class Desk:
         with os.fdopen(reader) as number:
             self.environment["DISPLAY"] = ":" + number.readline().strip()
 
+    def end_screen(self):
+        """The display goes away under its programs."""
+        next(process for process in self.processes if "Xvfb" in process.args).kill()
+
     def _path(self, name):
         return os.path.join(self.folder, name)
 
