@@ -3,7 +3,6 @@
 #include "codesign/InfoPlist.h"
 
 #include <filesystem>
-#include <system_error>
 
 namespace quorvane {
 
@@ -13,25 +12,6 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t largestInfoPlist = 4U << 20U;
 
-bool isFolder(const fs::path& path)
-{
-    std::error_code error;
-    return fs::is_directory(path, error);
-}
-
-bool isThere(const fs::path& path)
-{
-    std::error_code error;
-    return fs::exists(path, error);
-}
-
-// A folder's absolute path without links; empty when it cannot be told.
-fs::path resolved(const fs::path& path)
-{
-    std::error_code error;
-    return fs::canonical(path, error);
-}
-
 // Where a bundle of some kind keeps its parts, and what its executable is called unless the Info.plist says.
 struct Places {
     fs::path base;
@@ -40,25 +20,25 @@ struct Places {
     fs::path name;
 };
 
-std::optional<Places> placesOf(const fs::path& folder)
+std::optional<Places> placesOf(const fs::path& folder, const FileRoot& root)
 {
     const fs::path contents = folder / "Contents";
-    if (isFolder(contents))
+    if (root.isFolderAt(contents))
         return Places{contents, contents / "Info.plist", contents / "MacOS", folder.stem()};
     const fs::path current = folder / "Versions" / "Current";
-    if (isFolder(current))
+    if (root.isFolderAt(current))
         return Places{current, current / "Resources" / "Info.plist", current, folder.stem()};
     if (folder.parent_path().filename() == "Versions")
         return Places{
             folder, folder / "Resources" / "Info.plist", folder, folder.parent_path().parent_path().stem()};
-    if (isThere(folder / "Info.plist"))
+    if (root.isAnythingAt(folder / "Info.plist"))
         return Places{folder, folder / "Info.plist", folder, folder.stem()};
     return std::nullopt;
 }
 
-std::optional<std::string> executableName(const Places& places)
+std::optional<std::string> executableName(const Places& places, const FileRoot& root)
 {
-    const auto file = CodeFile::open(places.infoPlist.string());
+    const auto file = CodeFile::open(places.infoPlist.string(), root);
     if (!file)
         return places.name.string();
     const auto bytes = file->bytes(0, file->size(), largestInfoPlist);
@@ -68,39 +48,40 @@ std::optional<std::string> executableName(const Places& places)
     return info->executable.value_or(places.name.string());
 }
 
-std::optional<BundleLayout> layoutOf(const fs::path& folder)
+std::optional<BundleLayout> layoutOf(const fs::path& folder, const FileRoot& root)
 {
-    const auto places = placesOf(folder);
-    const auto name = places ? executableName(*places) : std::nullopt;
+    const auto places = placesOf(folder, root);
+    const auto name = places ? executableName(*places, root) : std::nullopt;
     if (!name || name->empty())
         return std::nullopt;
-    return BundleLayout{(places->executables / *name).string(), places->infoPlist.string(),
+    return BundleLayout{root, (places->executables / *name).string(), places->infoPlist.string(),
         (places->base / "_CodeSignature" / "CodeResources").string(), places->base.string()};
 }
 
 } // namespace
 
-std::optional<BundleLayout> bundleAtFolder(const std::string& folder)
+std::optional<BundleLayout> bundleAtFolder(const std::string& folder, const FileRoot& root)
 {
-    const fs::path path = resolved(folder);
-    return isFolder(path) ? layoutOf(path) : std::nullopt;
+    const auto path = root.resolved(folder);
+    return path && root.isFolderAt(*path) ? layoutOf(*path, root) : std::nullopt;
 }
 
-std::optional<BundleLayout> bundleOfExecutable(const std::string& path, const CodeFile& file)
+std::optional<BundleLayout> bundleOfExecutable(
+    const std::string& path, const CodeFile& file, const FileRoot& root)
 {
-    fs::path folder = resolved(path).parent_path();
+    fs::path folder = fs::path(root.resolved(path).value_or("")).parent_path();
     if (folder.empty())
         return std::nullopt;
     if (folder.filename() == "MacOS" && folder.parent_path().filename() == "Contents")
         folder = folder.parent_path().parent_path();
-    auto layout = layoutOf(folder);
-    const auto executable = layout ? CodeFile::open(layout->executable) : std::nullopt;
+    auto layout = layoutOf(folder, root);
+    const auto executable = layout ? CodeFile::open(layout->executable, root) : std::nullopt;
     return executable && executable->isSameFileAs(file) ? layout : std::nullopt;
 }
 
 std::optional<Bytes> readInfoPlist(const BundleLayout& layout)
 {
-    const auto file = CodeFile::open(layout.infoPlist);
+    const auto file = CodeFile::open(layout.infoPlist, layout.root);
     return file ? file->bytes(0, file->size(), largestInfoPlist) : std::nullopt;
 }
 

@@ -47,12 +47,12 @@ bool isAllZero(ByteView bytes)
 
 } // namespace
 
-std::optional<CodeFile> CodeFile::open(const std::string& path)
+std::optional<CodeFile> CodeFile::open(const std::string& path, const FileRoot& root)
 {
-    struct stat status { };
-    if (path.find('\0') != std::string::npos || stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    const auto status = root.status(path);
+    if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
-    return adopt(FileDescriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)));
+    return adopt(root.open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
 }
 
 std::optional<CodeFile> CodeFile::adopt(FileDescriptor descriptor)

@@ -2,6 +2,7 @@
 
 #include "codesign/ByteView.h"
 #include "platform/FileDescriptor.h"
+#include "platform/FileRoot.h"
 
 #include <cstdint>
 #include <functional>
@@ -21,9 +22,9 @@ enum class ReadResult { complete, cutShort, failed };
 // end is an answer. Not for two threads at once.
 class CodeFile {
 public:
-    // None when nothing, nothing readable or no regular file is at `path`. Links are followed. Never blocks
-    // on a pipe and never opens a device.
-    static std::optional<CodeFile> open(const std::string& path);
+    // None when nothing, nothing readable or no regular file is at `path` within `root`. Links are followed.
+    // Never blocks on a pipe and never opens a device.
+    static std::optional<CodeFile> open(const std::string& path, const FileRoot& root = {});
     static std::optional<CodeFile> adopt(FileDescriptor descriptor);
 
     // In bytes, when the file was opened. The system's own files (/proc) may say 0 and hold more.

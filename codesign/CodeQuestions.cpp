@@ -88,6 +88,13 @@ std::string codeSignCertInfo(const CodeObject* code)
     return trusted ? answer : std::string(selfSigned);
 }
 
+bool isSignedUnderPlatformRoot(const CodeObject* code)
+{
+    const auto property = codeSignProperty(code, kSecCodeInfoCertificates);
+    const auto* certificates = property ? std::get_if<std::vector<CertificateFacts>>(&*property) : nullptr;
+    return certificates != nullptr && evaluateCertificateTrust(certificates->back()) != 0;
+}
+
 std::optional<std::string> getCertificateStringContent(
     const CertificateValues& values, std::string_view fieldKey, std::string_view label)
 {

@@ -49,6 +49,9 @@ std::int32_t codeSignPlatformIdentifier(const CodeObject* code);
 // everything that is not trusted.
 std::string codeSignCertInfo(const CodeObject* code);
 
+// True when the signer's chain ends in the platform vendor's root.
+bool isSignedUnderPlatformRoot(const CodeObject* code);
+
 // The value of the first item under the field that bears the label; none when any of them is missing.
 std::optional<std::string> getCertificateStringContent(
     const CertificateValues& values, std::string_view fieldKey, std::string_view label);

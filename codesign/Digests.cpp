@@ -27,9 +27,9 @@ std::string digest(HashAlgorithm algorithm, std::string_view buffer)
 }
 
 // Takes the whole file into the hashers; false when it cannot be read to its end.
-bool hashFile(const std::string& path, std::initializer_list<Hasher*> hashers)
+bool hashFile(const std::string& path, const FileRoot& root, std::initializer_list<Hasher*> hashers)
 {
-    const auto file = CodeFile::open(path);
+    const auto file = CodeFile::open(path, root);
     return file && file->forEachPieceToEnd([&hashers](ByteView piece) {
         for (Hasher* hasher : hashers)
             hasher->update(piece);
@@ -37,10 +37,11 @@ bool hashFile(const std::string& path, std::initializer_list<Hasher*> hashers)
     }) == ReadResult::complete;
 }
 
-std::optional<std::string> fileDigest(HashAlgorithm algorithm, const std::string& path)
+std::optional<std::string> fileDigest(HashAlgorithm algorithm, const std::string& path, const FileRoot& root)
 {
     Hasher hasher(algorithm);
-    return hashFile(path, {&hasher}) ? std::optional(hexadecimal(hasher.finish().view())) : std::nullopt;
+    return hashFile(path, root, {&hasher}) ? std::optional(hexadecimal(hasher.finish().view()))
+                                           : std::nullopt;
 }
 
 } // namespace
@@ -55,21 +56,21 @@ std::string sha256(std::string_view buffer)
     return digest(HashAlgorithm::sha256, buffer);
 }
 
-std::optional<std::string> sha1OfFile(const std::string& path)
+std::optional<std::string> sha1OfFile(const std::string& path, const FileRoot& root)
 {
-    return fileDigest(HashAlgorithm::sha1, path);
+    return fileDigest(HashAlgorithm::sha1, path, root);
 }
 
-std::optional<std::string> sha256OfFile(const std::string& path)
+std::optional<std::string> sha256OfFile(const std::string& path, const FileRoot& root)
 {
-    return fileDigest(HashAlgorithm::sha256, path);
+    return fileDigest(HashAlgorithm::sha256, path, root);
 }
 
 std::optional<FileDigests> digestsOfFile(const std::string& path)
 {
     Hasher sha1Hasher(HashAlgorithm::sha1);
     Hasher sha256Hasher(HashAlgorithm::sha256);
-    if (!hashFile(path, {&sha1Hasher, &sha256Hasher}))
+    if (!hashFile(path, {}, {&sha1Hasher, &sha256Hasher}))
         return std::nullopt;
     return FileDigests{hexadecimal(sha1Hasher.finish().view()), hexadecimal(sha256Hasher.finish().view())};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileRoot.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,10 +14,10 @@ namespace quorvane {
 std::string sha1(std::string_view buffer);
 std::string sha256(std::string_view buffer);
 
-// The digest of a whole file, read in bounded pieces. None when it cannot be read to its end or is no regular
-// file.
-std::optional<std::string> sha1OfFile(const std::string& path);
-std::optional<std::string> sha256OfFile(const std::string& path);
+// The digest of a whole file within `root`, read in bounded pieces. None when it cannot be read to its end or
+// is no regular file.
+std::optional<std::string> sha1OfFile(const std::string& path, const FileRoot& root = {});
+std::optional<std::string> sha256OfFile(const std::string& path, const FileRoot& root = {});
 
 // Both of them, from one reading.
 struct FileDigests {

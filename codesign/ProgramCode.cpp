@@ -42,16 +42,15 @@ std::unique_ptr<ProgramCode> ProgramCode::readWhole(std::unique_ptr<ProgramCode>
     return code->m_file.hasFailed() ? nullptr : std::move(code);
 }
 
-std::unique_ptr<ProgramCode> ProgramCode::atPath(const std::string& path, const TrustAnchor& anchor)
+std::unique_ptr<ProgramCode> ProgramCode::atPath(
+    const std::string& path, const TrustAnchor& anchor, const FileRoot& root)
 {
-    if (path.find('\0') != std::string::npos)
-        return nullptr;
-    auto bundle = bundleAtFolder(path);
-    auto file = CodeFile::open(bundle ? bundle->executable : path);
+    auto bundle = bundleAtFolder(path, root);
+    auto file = CodeFile::open(bundle ? bundle->executable : path, root);
     if (!file)
         return nullptr;
     if (!bundle)
-        bundle = bundleOfExecutable(path, *file);
+        bundle = bundleOfExecutable(path, *file, root);
     return readWhole(std::unique_ptr<ProgramCode>(
         new ProgramCode(std::move(*file), std::move(bundle), Source::file, anchor)));
 }
@@ -135,6 +134,8 @@ ValidityStatus ProgramCode::checkResources(std::uint32_t flags, SealBudget& budg
     const bool sealed = m_directories.strongest().specialHash(signatureSlot::resourceSeal).has_value();
     if (!m_bundle)
         return sealed ? status::badResource : status::valid;
+    if (!m_bundle->root.isThisMachines())
+        return status::notVerifiable;
     const auto file = CodeFile::open(m_bundle->resourceSeal);
     const auto seal = file ? file->bytes(0, file->size(), largestSeal) : std::nullopt;
     if (!seal || !matchesSpecialHash(m_directories.strongest(), signatureSlot::resourceSeal, *seal))

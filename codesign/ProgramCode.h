@@ -25,8 +25,9 @@ class ProgramCode : public CodeObject {
 public:
     // None when the path names neither a regular file nor a bundle with one, and when that file could not be
     // read: of a failing disk's program nothing is known, not even that nobody has signed it.
+    // `path` is looked up within `root`; resources elsewhere than on this machine are never found to match.
     static std::unique_ptr<ProgramCode> atPath(
-        const std::string& path, const TrustAnchor& anchor = platformRoot());
+        const std::string& path, const TrustAnchor& anchor = platformRoot(), const FileRoot& root = {});
 
     // The code of a running process, whose pages, resources and structure are never checked. None when the
     // process is gone or its program cannot be read.
