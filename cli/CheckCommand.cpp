@@ -12,8 +12,9 @@ using Json = nlohmann::ordered_json;
 
 std::string jsonLine(std::size_t row, const RuleRef& rule, const RuleFinding& finding)
 {
-    const Json coveredBy = finding.coveredBy.empty() ? Json(nullptr) : Json(finding.coveredBy);
-    const Json reason = finding.programFault ? Json(programFaultWords(*finding.programFault)) : Json(nullptr);
+    const Json coveredBy = finding.other == nullptr ? Json(nullptr) : Json(ruleText(*finding.other));
+    const std::string_view words = findingReason(finding);
+    const Json reason = words.empty() ? Json(nullptr) : Json(words);
     const Json object{{"row", row}, {"finding", findingName(finding.kind)}, {"rule", ruleText(rule)},
         {"coveredBy", coveredBy}, {"reason", reason}};
     return object.dump() + "\n";

@@ -1,6 +1,7 @@
 #include "rules/CoverIndex.h"
 
 #include "rules/Hashing.h"
+#include "rules/PathCover.h"
 #include "rules/RuleCodes.h"
 
 #include <algorithm>
@@ -8,11 +9,6 @@
 namespace quorvane {
 
 namespace {
-
-bool isWildcard(const NullableText& path)
-{
-    return !path.isNull() && (path.view() == "any" || path.view().empty());
-}
 
 // The hash of a beginning of a path, which grows by a byte at a time and mixes eight of them at once.
 class PrefixHash {
@@ -41,7 +37,7 @@ private:
 std::uint64_t hashOfCoveringPath(const PolicyRuleFields& rule)
 {
     PrefixHash hash(rule);
-    if (!isWildcard(rule.path)) {
+    if (!isEveryPath(rule.path)) {
         for (const char byte : rule.path.view())
             hash.extend(byte);
     }
@@ -51,13 +47,13 @@ std::uint64_t hashOfCoveringPath(const PolicyRuleFields& rule)
 bool canCover(const PolicyRuleFields& rule)
 {
     return !rule.constraint.isNull()
-        && (isWildcard(rule.path) || (rule.policyType == PolicyType::prefix && !rule.path.isNull()));
+        && (isEveryPath(rule.path) || (rule.policyType == PolicyType::prefix && !rule.path.isNull()));
 }
 
 // True when both cover the same rules. Both must be able to cover.
 bool coverAlike(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
-    const bool samePaths = isWildcard(a.path) ? isWildcard(b.path) : sameText(a.path, b.path);
+    const bool samePaths = isEveryPath(a.path) ? isEveryPath(b.path) : sameText(a.path, b.path);
     return samePaths && a.policyClass == b.policyClass && sameText(a.constraint, b.constraint)
         && isBitwiseInclusive(a.operations, b.operations) && isBitwiseInclusive(b.operations, a.operations);
 }
@@ -71,7 +67,7 @@ bool coversRule(const PolicyRule& broader, const PolicyRule& rule)
     if (wide.policyClass != narrow.policyClass || !isBitwiseInclusive(wide.operations, narrow.operations)
         || !sameText(wide.constraint, narrow.constraint))
         return false;
-    return isWildcard(wide.path)
+    return isEveryPath(wide.path)
         || (wide.policyType == PolicyType::prefix && !wide.path.isNull()
             && narrow.path.view().starts_with(wide.path.view()));
 }

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t sha1Length = 40;
 constexpr std::size_t sha256Length = 64;
+constexpr std::string_view platformMarker = "APPLE_PF_BINARY";
 
 bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::string_view path)
 {
@@ -31,7 +32,7 @@ bool matchesConstraint(const std::string& path, std::string_view constraint, Pro
         break;
     }
     // The marker alone is enough, whatever the program is.
-    return constraint == "APPLE_PF_BINARY" || facts.team(path) == constraint;
+    return constraint == platformMarker || facts.team(path) == constraint;
 }
 
 } // namespace
@@ -64,31 +65,59 @@ std::string_view programFaultWords(ProgramFault fault)
 }
 
 std::optional<ProgramFault> programFault(
-    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts)
+    const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
     const std::string path = applicationPathForRule(rule);
-    if (needsNoProgram(rule.fields().system, applicationName, path))
+    if (needsNoProgram(rule.fields().system, applicationName, path) || place.isUnknown(path))
         return std::nullopt;
+    ProgramFacts& facts = place.facts();
     if (!facts.exists(path))
         return ProgramFault::missing;
     if (!matchesConstraint(path, rule.fields().constraint.view(), facts))
         return ProgramFault::constraintMismatch;
     const auto parent = applicationParentPathForRule(rule);
-    if (parent && parent != "any" && !facts.exists(*parent))
+    if (parent && parent != "any" && !place.isUnknown(*parent) && !facts.exists(*parent))
         return ProgramFault::parentMissing;
     return std::nullopt;
 }
 
-std::optional<ProgramFault> programFault(const RuleRef& rule, ProgramFacts& facts)
+std::optional<ProgramFault> programFault(const RuleRef& rule, const RulesPlace& place)
 {
     const PolicyRule* policy = policyRuleIn(rule);
     return policy == nullptr ? std::nullopt
-                             : programFault(*policy, shownApplicationNameForRule(*policy), facts);
+                             : programFault(*policy, shownApplicationNameForRule(*policy), place);
 }
 
-bool isValidApplicationPath(const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts)
+bool isValidApplicationPath(const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
-    return !programFault(rule, applicationName, facts);
+    return !programFault(rule, applicationName, place);
+}
+
+TeamProof teamProof(const RuleRef& rule, const RulesPlace& place)
+{
+    const PolicyRule* policy = policyRuleIn(rule);
+    if (policy == nullptr)
+        return TeamProof::proven;
+    const std::string path = applicationPathForRule(*policy);
+    const std::string_view constraint = policy->fields().constraint.view();
+    const bool needsTeam = constraintKind(constraint) == ConstraintKind::team && constraint != platformMarker;
+    if (!needsTeam || place.isUnknown(path)
+        || needsNoProgram(policy->fields().system, shownApplicationNameForRule(*policy), path))
+        return TeamProof::proven;
+    return place.facts().teamProof(path);
+}
+
+std::string_view teamProofWords(TeamProof proof)
+{
+    switch (proof) {
+    case TeamProof::foreignRoot:
+        return "signed under a root other than the platform vendor's";
+    case TeamProof::codeDiffers:
+        return "its code is not what was signed";
+    case TeamProof::proven:
+        break;
+    }
+    return {};
 }
 
 } // namespace quorvane

@@ -2,14 +2,14 @@
 
 #include "rules/PolicyRule.h"
 #include "rules/RuleRef.h"
-#include "workflow/ProgramFacts.h"
+#include "workflow/RulesPlace.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 
 // Whether a rule's program is still there and is still the one that the rule is for. The table and the
-// command line ask here and nowhere else. Main thread only.
+// command line ask here and nowhere else. Any thread that may read the rule.
 
 namespace quorvane {
 
@@ -26,18 +26,27 @@ enum class ProgramFault {
 // A few words: "program not found".
 std::string_view programFaultWords(ProgramFault fault);
 
-// What is wrong with the program of a rule that a table shows under `applicationName`; none when it is valid.
+// What is wrong with the program of a rule that a table shows under `applicationName`, looked up in `place`;
+// none when it is valid.
 //
 // A constraint of 40 characters is the SHA-1 of the program file, one of 64 its SHA-256, any other the team
 // that has signed it. Deliberate: "APPLE_PF_BINARY" passes for every program, and a digest in capitals for
 // none.
-std::optional<ProgramFault> programFault(
-    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts = programFactsOnDisk());
+std::optional<ProgramFault> programFault(const PolicyRule& rule, std::string_view applicationName,
+    const RulesPlace& place = RulesPlace::thisMachine());
 
 // The same under the name that the table gives to the rule's application. A watch rule has no fault.
-std::optional<ProgramFault> programFault(const RuleRef& rule, ProgramFacts& facts = programFactsOnDisk());
+std::optional<ProgramFault> programFault(
+    const RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
 
-bool isValidApplicationPath(
-    const PolicyRule& rule, std::string_view applicationName, ProgramFacts& facts = programFactsOnDisk());
+bool isValidApplicationPath(const PolicyRule& rule, std::string_view applicationName,
+    const RulesPlace& place = RulesPlace::thisMachine());
+
+// What the team's name is worth that satisfies the constraint of a rule without a fault. Proven for every
+// rule whose constraint no team has to satisfy. Reads the whole program.
+TeamProof teamProof(const RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
+
+// A few words: "its code is not what was signed". None when it is proven.
+std::string_view teamProofWords(TeamProof proof);
 
 } // namespace quorvane

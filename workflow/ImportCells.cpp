@@ -36,7 +36,7 @@ RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::si
         return ruleCell(reviewed, rows, row, false, RuleColumn::type);
     case ImportColumn::path: {
         const RuleRef& rule = rows.at(row, false);
-        return pathCell(rule, pathFindingsForRule(reviewed, rule, HomePaths::neverMissing));
+        return pathCell(rule, pathFindingsForRule(reviewed, rule, RulesPlace::thisMachineWithoutHomes()));
     }
     case ImportColumn::operations:
         return ruleCell(reviewed, rows, row, false, RuleColumn::operations);

@@ -1,11 +1,13 @@
 #include "workflow/ProgramFacts.h"
 
-#include "codesign/Codesign.h"
+#include "codesign/CodeQuestions.h"
 #include "codesign/Digests.h"
-#include "platform/FileBytes.h"
+#include "codesign/ProgramCode.h"
 
 #include <ctime>
+#include <mutex>
 #include <unordered_map>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -36,12 +38,12 @@ bool isSame(const FileIdentity& left, const FileIdentity& right)
 }
 
 // None for anything but a regular file.
-std::optional<FileIdentity> identityOf(const std::string& path)
+std::optional<FileIdentity> identityOf(const std::string& path, const FileRoot& root)
 {
-    struct stat status { };
-    if (path.find('\0') != std::string::npos || stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    const auto status = root.status(path);
+    if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
-    return FileIdentity{status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+    return FileIdentity{status->st_dev, status->st_ino, status->st_size, status->st_mtim, status->st_ctim};
 }
 
 // Clocks of file systems are coarse: a file may change once more within the tick of its last change.
@@ -52,24 +54,35 @@ bool isSettled(const FileIdentity& identity)
 
 class FactsOnDisk : public ProgramFacts {
 public:
-    bool exists(const std::string& path) override { return isAnythingAt(path); }
-    bool isFolder(const std::string& path) override { return isFolderAt(path); }
+    FactsOnDisk(FileRoot root, const TrustAnchor& vendor)
+        : m_root(std::move(root))
+        , m_vendor(vendor)
+    {
+    }
+    bool exists(const std::string& path) override { return m_root.isAnythingAt(path); }
+    bool isFolder(const std::string& path) override { return m_root.isFolderAt(path); }
     std::string sha1(const std::string& path) override
     {
-        return remembered(path, &Answers::sha1, [&path] {
-            return sha1OfFile(path);
+        return remembered(path, &Answers::sha1, [&] {
+            return sha1OfFile(path, m_root);
         }).value_or(quorvane::sha1({}));
     }
     std::string sha256(const std::string& path) override
     {
-        return remembered(path, &Answers::sha256, [&path] {
-            return sha256OfFile(path);
+        return remembered(path, &Answers::sha256, [&] {
+            return sha256OfFile(path, m_root);
         }).value_or(quorvane::sha256({}));
     }
     bool isReadable(const std::string& path) override { return signing(path).has_value(); }
     std::optional<std::string> team(const std::string& path) override
     {
         return signing(path).value_or(Signing{}).team;
+    }
+    TeamProof teamProof(const std::string& path) override
+    {
+        return remembered(path, &Answers::proof, [&]() -> std::optional<TeamProof> {
+            return proofOf(ProgramCode::atPath(path, m_vendor, m_root).get());
+        }).value_or(TeamProof::codeDiffers);
     }
     std::uint32_t platformIdentifier(const std::string& path) override
     {
@@ -86,13 +99,23 @@ private:
         std::optional<std::string> sha1;
         std::optional<std::string> sha256;
         std::optional<Signing> signing;
+        std::optional<TeamProof> proof;
     };
+
+    static TeamProof proofOf(const CodeObject* code)
+    {
+        if (!isSignedUnderPlatformRoot(code))
+            return TeamProof::foreignRoot;
+        const bool codeIsThatSigned
+            = codeSignState(code, validityFlag::skipResources) == signatureState::valid;
+        return codeIsThatSigned ? TeamProof::proven : TeamProof::codeDiffers;
+    }
 
     // Both from one reading of the program; none when it cannot be read.
     std::optional<Signing> signing(const std::string& path)
     {
-        return remembered(path, &Answers::signing, [&path]() -> std::optional<Signing> {
-            const auto code = getCodeRefWithPath(path);
+        return remembered(path, &Answers::signing, [&]() -> std::optional<Signing> {
+            const auto code = ProgramCode::atPath(path, m_vendor, m_root);
             if (!code)
                 return std::nullopt;
             return Signing{codeSignText(code.get(), kSecCodeInfoTeamIdentifier),
@@ -105,34 +128,75 @@ private:
     std::optional<Answer> remembered(
         const std::string& path, std::optional<Answer> Answers::*member, const Find& find)
     {
-        const auto before = identityOf(path);
+        const auto before = identityOf(path, m_root);
         if (!before)
             return find();
-        const auto known = m_answers.find(path);
-        const bool isCurrent = known != m_answers.end() && isSame(known->second.identity, *before);
-        if (isCurrent && known->second.*member)
-            return known->second.*member;
+        if (std::optional<Answer> known = knownAnswer(path, *before, member))
+            return known;
         std::optional<Answer> answer = find();
-        const auto after = identityOf(path);
-        if (!answer || !after || !isSame(*before, *after) || !isSettled(*after))
-            return answer;
-        if (!isCurrent && m_answers.size() >= mostRemembered)
-            m_answers.clear();
-        Answers& kept = m_answers[path];
-        if (!isCurrent)
-            kept = {*after, {}, {}, {}};
-        kept.*member = answer;
+        const auto after = identityOf(path, m_root);
+        if (answer && after && isSame(*before, *after) && isSettled(*after))
+            keep(path, *after, member, *answer);
         return answer;
     }
 
+    template <class Answer>
+    std::optional<Answer> knownAnswer(
+        const std::string& path, const FileIdentity& identity, std::optional<Answer> Answers::*member)
+    {
+        const std::lock_guard lock(m_lock);
+        const auto known = m_answers.find(path);
+        const bool isCurrent = known != m_answers.end() && isSame(known->second.identity, identity);
+        return isCurrent ? known->second.*member : std::nullopt;
+    }
+
+    template <class Answer>
+    void keep(const std::string& path, const FileIdentity& identity, std::optional<Answer> Answers::*member,
+        const Answer& answer)
+    {
+        const std::lock_guard lock(m_lock);
+        if (m_answers.size() >= mostRemembered && !m_answers.contains(path))
+            m_answers.clear();
+        Answers& kept = m_answers[path];
+        if (!isSame(kept.identity, identity))
+            kept = {identity, {}, {}, {}, {}};
+        kept.*member = answer;
+    }
+
+    const FileRoot m_root;
+    const TrustAnchor m_vendor;
+    std::mutex m_lock; // not held while a file is read
     std::unordered_map<std::string, Answers> m_answers;
+};
+
+class FactsOfNothing : public ProgramFacts {
+public:
+    bool exists(const std::string&) override { return false; }
+    bool isFolder(const std::string&) override { return false; }
+    std::string sha1(const std::string&) override { return quorvane::sha1({}); }
+    std::string sha256(const std::string&) override { return quorvane::sha256({}); }
+    bool isReadable(const std::string&) override { return false; }
+    std::optional<std::string> team(const std::string&) override { return std::nullopt; }
+    TeamProof teamProof(const std::string&) override { return TeamProof::codeDiffers; }
+    std::uint32_t platformIdentifier(const std::string&) override { return 0; }
 };
 
 } // namespace
 
+std::unique_ptr<ProgramFacts> programFactsWithin(const FileRoot& root, const TrustAnchor& vendor)
+{
+    return std::make_unique<FactsOnDisk>(root, vendor);
+}
+
 ProgramFacts& programFactsOnDisk()
 {
-    static FactsOnDisk facts;
+    static FactsOnDisk facts({}, platformRoot());
+    return facts;
+}
+
+ProgramFacts& programFactsOfNothing()
+{
+    static FactsOfNothing facts;
     return facts;
 }
 

@@ -1,12 +1,23 @@
 #pragma once
 
+#include "codesign/TrustAnchor.h"
+#include "platform/FileRoot.h"
+
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace quorvane {
 
-// What a rule's program is asked about its file. Main thread only.
+// What a team's name in a signature is worth. Anybody can sign with a name under an authority of his own.
+enum class TeamProof {
+    proven,
+    foreignRoot, // the signer's chain does not end in the platform vendor's root
+    codeDiffers, // the code's pages could not be found to be those that were signed
+};
+
+// What a rule's program is asked about its file. Any thread.
 class ProgramFacts {
 public:
     ProgramFacts() = default;
@@ -29,12 +40,22 @@ public:
     // The team that has signed the program; none when none is proven.
     virtual std::optional<std::string> team(const std::string& path) = 0;
 
+    // What the name is worth that team() tells; meaningless where it tells none. Reads the whole program.
+    virtual TeamProof teamProof(const std::string& path) = 0;
+
     // Not 0 for a program of the operating system itself.
     virtual std::uint32_t platformIdentifier(const std::string& path) = 0;
 };
 
-// The facts of this machine's files. A digest or signature is remembered until the file changes, since a
+// The facts of the files within a root. A digest or signature is remembered until the file changes, since a
 // table of many rules for one large program would read it again and again.
+std::unique_ptr<ProgramFacts> programFactsWithin(
+    const FileRoot& root, const TrustAnchor& vendor = platformRoot());
+
+// Those of this machine.
 ProgramFacts& programFactsOnDisk();
+
+// Of no files at all: nothing exists.
+ProgramFacts& programFactsOfNothing();
 
 } // namespace quorvane

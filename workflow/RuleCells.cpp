@@ -171,13 +171,15 @@ RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings)
 }
 
 RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
-    RuleColumn column)
+    RuleColumn column, const RulesPlace& place)
 {
     const RuleRef& rule = rows.at(row, includeSystemRules);
     switch (column) {
     case RuleColumn::application:
-        return applicationCell(rows, row, includeSystemRules,
-            [](const PolicyRule& policy, std::string_view name) { return programFault(policy, name); });
+        return applicationCell(
+            rows, row, includeSystemRules, [&place](const PolicyRule& policy, std::string_view name) {
+                return programFault(policy, name, place);
+            });
     case RuleColumn::state:
         return stateCell(askRule(rule, [](const auto& record) { return record.getRuleState(); }));
     case RuleColumn::ruleClass:
@@ -190,7 +192,7 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
     case RuleColumn::tag:
         return tagCell(askRule(rule, [](const auto& record) { return record.fields().tag; }));
     case RuleColumn::path:
-        return pathCell(rule, pathFindingsForRule(store, rule));
+        return pathCell(rule, pathFindingsForRule(store, rule, place));
     }
     return {};
 }

@@ -45,9 +45,10 @@ struct RuleCell {
     std::string toolTip;
 };
 
-// The cell of `row`, which must be below the store's totalRules(includeSystemRules).
+// The cell of `row`, which must be below the store's totalRules(includeSystemRules). Programs and paths are
+// looked up in `place`.
 RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
-    RuleColumn column);
+    RuleColumn column, const RulesPlace& place = RulesPlace::thisMachine());
 
 // The parts that other tables of rules are made of as well.
 

@@ -1,15 +1,35 @@
 #include "workflow/RuleFindings.h"
 
-#include "platform/Account.h"
-#include "platform/FileBytes.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
+#include "workflow/RuleOverlaps.h"
 
-#include <array>
+#include <algorithm>
+#include <utility>
 
 namespace quorvane {
 
 namespace {
+
+struct KindTexts {
+    std::string_view name;
+    std::string_view text;
+};
+
+constexpr std::array<KindTexts, findingKindCount> kindTexts{{
+    {"redundant", "Another rule covers this rule, which so has no effect of its own."},
+    {"invalid", "The rule's program is gone, or is not the one that its constraint pins."},
+    {"missing", "Nothing exists at the rule's path."},
+    {"unwritable", "The rule does not read back from a rules file as it is."},
+    {"joined", "The line holds more than one rule: the writing of the file was cut short there."},
+    {"overlap", "An allowing and a denying rule speak of the same program, path and operation."},
+    {"unproven", "The team that the rule trusts is a name that is not proven to be that team's."},
+}};
+
+const KindTexts& textsOf(FindingKind kind)
+{
+    return kindTexts[static_cast<std::size_t>(kind)];
+}
 
 template <class Rule> std::string textOf(const Rule& rule)
 {
@@ -20,11 +40,8 @@ template <class Rule> std::string textOf(const Rule& rule)
 
 bool startsWithAny(std::string_view path, std::initializer_list<std::string_view> starts)
 {
-    for (const std::string_view start : starts) {
-        if (path.starts_with(start))
-            return true;
-    }
-    return false;
+    return std::any_of(
+        starts.begin(), starts.end(), [path](std::string_view start) { return path.starts_with(start); });
 }
 
 std::string faultText(ProgramFault fault)
@@ -40,42 +57,76 @@ std::string faultText(ProgramFault fault)
     return {};
 }
 
-void addProgramFault(std::vector<RuleFinding>& findings, const RuleRef& rule)
+std::string doubtText(TeamProof proof)
 {
-    if (const auto fault = programFault(rule))
-        findings.push_back({FindingKind::invalidProgram, {}, fault});
+    return proof == TeamProof::foreignRoot
+        ? "The program's team is only a name: it is signed under a root other than the platform vendor's."
+        : "The program's code is not what its team has signed.";
 }
 
 void addRedundancy(std::vector<RuleFinding>& findings, const RuleManager& store, const RuleRef& rule)
 {
     const PolicyRule* policy = policyRuleIn(rule);
     if (const PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy))
-        findings.push_back({FindingKind::redundant, textOf(*covering), {}});
+        findings.push_back({FindingKind::redundant, covering});
 }
 
-void addPathFindings(std::vector<RuleFinding>& findings, const RuleRef& rule, HomePaths homePaths)
+bool readsBack(const RuleRef& rule)
 {
-    if (isPathMissing(rule, homePaths))
-        findings.push_back({FindingKind::missingPath, {}, {}});
-    const bool readsBack = askRule(rule,
+    return askRule(rule,
         [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
-    if (!readsBack)
-        findings.push_back({FindingKind::doesNotReadBack, {}, {}});
+}
+
+bool isUserPolicyRule(const RuleRef& rule)
+{
+    const PolicyRule* policy = policyRuleIn(rule);
+    return policy != nullptr && !policy->fields().system;
 }
 
 } // namespace
 
 std::string_view findingName(FindingKind kind)
 {
-    constexpr std::array<std::string_view, 4> names{"redundant", "invalid", "missing", "unwritable"};
-    return names[static_cast<std::size_t>(kind)];
+    return textsOf(kind).name;
+}
+
+std::optional<FindingKind> findingKindNamed(std::string_view name)
+{
+    const auto found = std::find_if(allFindingKinds.begin(), allFindingKinds.end(),
+        [name](FindingKind kind) { return findingName(kind) == name; });
+    return found == allFindingKinds.end() ? std::nullopt : std::optional(*found);
+}
+
+std::string_view findingKindText(FindingKind kind)
+{
+    return textsOf(kind).text;
+}
+
+bool needsPlace(FindingKind kind)
+{
+    return kind == FindingKind::invalidProgram || kind == FindingKind::missingPath
+        || kind == FindingKind::unproven;
+}
+
+FindingKinds FindingKinds::all()
+{
+    FindingKinds kinds;
+    kinds.m_kinds.set();
+    return kinds;
+}
+
+FindingKinds FindingKinds::usual()
+{
+    FindingKinds kinds = all();
+    kinds.remove(FindingKind::overlap);
+    return kinds;
 }
 
 std::string findingText(const RuleFinding& finding)
 {
     switch (finding.kind) {
     case FindingKind::redundant:
-        return "Redundant: covered by " + finding.coveredBy;
+        return "Redundant: covered by " + (finding.other == nullptr ? "" : ruleText(*finding.other));
     case FindingKind::invalidProgram:
         return finding.programFault ? faultText(*finding.programFault) : "";
     case FindingKind::missingPath:
@@ -86,8 +137,20 @@ std::string findingText(const RuleFinding& finding)
                "double quote, a blank at the end of a field, or no operations. Saving may lose it and the "
                "rule after "
                "it.";
+    case FindingKind::joined:
+        return "This line holds more than one rule.";
+    case FindingKind::overlap:
+        return "Overlaps with " + (finding.other == nullptr ? "" : ruleText(*finding.other));
+    case FindingKind::unproven:
+        return doubtText(finding.teamProof);
     }
     return {};
+}
+
+std::string_view findingReason(const RuleFinding& finding)
+{
+    return finding.programFault ? programFaultWords(*finding.programFault)
+                                : teamProofWords(finding.teamProof);
 }
 
 std::string ruleText(const RuleRef& rule)
@@ -95,39 +158,81 @@ std::string ruleText(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return textOf(record); });
 }
 
-bool isPathMissing(const RuleRef& rule, HomePaths homePaths)
+std::string ruleText(const PolicyRule& rule)
 {
-    return askRule(rule, [homePaths](const auto& record) {
+    return textOf(rule);
+}
+
+bool isPathMissing(const RuleRef& rule, const RulesPlace& place)
+{
+    return askRule(rule, [&place](const auto& record) {
         const auto& fields = record.fields();
         const std::string_view path = fields.path.view();
-        const bool inHome = path.starts_with("~/");
-        if (fields.policyType == PolicyType::suffix || fields.system)
-            return false;
-        if (inHome ? homePaths == HomePaths::neverMissing : !path.starts_with("/"))
+        if (fields.policyType == PolicyType::suffix || fields.system || !startsWithAny(path, {"/", "~/"}))
             return false;
         // Deliberate: the resources can no longer come this far, but are named with the devices all the same.
         if (startsWithAny(path, {":NVRAM/", ":ATTACH/", ":IOKIT/", ":KMOD/", "/dev/"}))
             return false;
-        return !isAnythingAt(
-            inHome ? homeDirectory() + "/" + std::string(path.substr(2)) : std::string(path));
+        return place.isMissing(path);
     });
 }
 
-std::vector<RuleFinding> findingsForRule(const RuleManager& store, const RuleRef& rule)
+std::vector<RuleFinding> findingsForRule(
+    const RuleManager& store, const RuleRef& rule, const FindingSearch& search)
 {
+    const auto& [kinds, place] = search;
     std::vector<RuleFinding> findings;
-    addRedundancy(findings, store, rule);
-    addProgramFault(findings, rule);
-    addPathFindings(findings, rule, HomePaths::lookedUp);
+    if (kinds.contains(FindingKind::redundant))
+        addRedundancy(findings, store, rule);
+    const bool asksForProgram
+        = kinds.contains(FindingKind::invalidProgram) || kinds.contains(FindingKind::unproven);
+    const auto fault = asksForProgram ? programFault(rule, place) : std::nullopt;
+    if (fault && kinds.contains(FindingKind::invalidProgram))
+        findings.push_back({FindingKind::invalidProgram, nullptr, fault});
+    if (kinds.contains(FindingKind::missingPath) && isPathMissing(rule, place))
+        findings.push_back({FindingKind::missingPath});
+    if (kinds.contains(FindingKind::doesNotReadBack) && !readsBack(rule))
+        findings.push_back({FindingKind::doesNotReadBack});
+    if (!fault && kinds.contains(FindingKind::unproven)) {
+        if (const TeamProof proof = teamProof(rule, place); proof != TeamProof::proven)
+            findings.push_back({FindingKind::unproven, nullptr, std::nullopt, proof});
+    }
     return findings;
 }
 
 std::vector<RuleFinding> pathFindingsForRule(
-    const RuleManager& store, const RuleRef& rule, HomePaths homePaths)
+    const RuleManager& store, const RuleRef& rule, const RulesPlace& place)
 {
-    std::vector<RuleFinding> findings;
-    addRedundancy(findings, store, rule);
-    addPathFindings(findings, rule, homePaths);
+    return findingsForRule(store, rule,
+        {{FindingKind::redundant, FindingKind::missingPath, FindingKind::doesNotReadBack}, place});
+}
+
+RowFindings::RowFindings(const RuleManager& store, bool includeSystemRules, FindingSearch search)
+    : m_store(store)
+    , m_rows(store.rows())
+    , m_includeSystemRules(includeSystemRules)
+    , m_search(std::move(search))
+{
+    if (!m_search.kinds.contains(FindingKind::overlap))
+        return;
+    std::vector<const PolicyRuleFields*> rules;
+    for (std::size_t row = 0; row < m_rows->count(includeSystemRules); ++row) {
+        const RuleRef& rule = m_rows->at(row, includeSystemRules);
+        rules.push_back(isUserPolicyRule(rule) ? &policyRuleIn(rule)->fields() : nullptr);
+    }
+    m_overlapped = firstOverlaps(rules);
+}
+
+std::vector<RuleFinding> RowFindings::at(std::size_t row) const
+{
+    std::vector<RuleFinding> findings
+        = findingsForRule(m_store, m_rows->at(row, m_includeSystemRules), m_search);
+    if (m_overlapped.empty() || m_overlapped[row] == noOverlap)
+        return findings;
+    const RuleRef& other = m_rows->at(m_overlapped[row], m_includeSystemRules);
+    const auto place = std::find_if(findings.begin(), findings.end(),
+        [](const RuleFinding& finding) { return finding.kind > FindingKind::overlap; });
+    findings.insert(place, RuleFinding{FindingKind::overlap, policyRuleIn(other)});
     return findings;
 }
 

@@ -36,6 +36,10 @@ public:
         return !unreadable.contains(path);
     }
     std::optional<std::string> team(const std::string& path) override { return answer(teams, path); }
+    TeamProof teamProof(const std::string& path) override
+    {
+        return answer(proofs, path).value_or(TeamProof::proven);
+    }
     std::uint32_t platformIdentifier(const std::string& path) override
     {
         return answer(platformIdentifiers, path).value_or(0);
@@ -47,6 +51,7 @@ public:
     std::map<std::string, std::string> sha1s;
     std::map<std::string, std::string> sha256s;
     std::map<std::string, std::string> teams;
+    std::map<std::string, TeamProof> proofs;
     std::map<std::string, std::uint32_t> platformIdentifiers;
     int questions = 0;
 

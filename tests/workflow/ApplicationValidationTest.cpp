@@ -21,8 +21,8 @@ protected:
     std::string faultOf(PolicyRuleFields fields, std::string_view name = "tool")
     {
         const PolicyRule rule(std::move(fields));
-        const auto fault = programFault(rule, name, facts);
-        EXPECT_EQ(isValidApplicationPath(rule, name, facts), !fault);
+        const auto fault = programFault(rule, name, RulesPlace::of(facts));
+        EXPECT_EQ(isValidApplicationPath(rule, name, RulesPlace::of(facts)), !fault);
         return fault ? std::string(programFaultWords(*fault)) : "none";
     }
     std::string faultOf(const std::string& process, const std::string& constraint = {})
@@ -147,9 +147,10 @@ TEST_F(ApplicationValidation, AParentPartMustExistOrBeAny)
 
 TEST_F(ApplicationValidation, AskedOfARuleItTakesTheNameThatTheTableShows)
 {
-    EXPECT_FALSE(programFault(policyRule({.processName = "any via /usr/bin/missing"}), facts));
-    EXPECT_EQ(programFault(policyRule({.processName = "/gone via any"}), facts), ProgramFault::missing);
-    EXPECT_FALSE(programFault(watchRule({.processName = "/gone"}), facts)) << "a watch rule has no fault";
+    const RulesPlace place = RulesPlace::of(facts);
+    EXPECT_FALSE(programFault(policyRule({.processName = "any via /usr/bin/missing"}), place));
+    EXPECT_EQ(programFault(policyRule({.processName = "/gone via any"}), place), ProgramFault::missing);
+    EXPECT_FALSE(programFault(watchRule({.processName = "/gone"}), place)) << "a watch rule has no fault";
 }
 
 TEST(ProgramFactsOnDisk, AnythingAtThePathExists)

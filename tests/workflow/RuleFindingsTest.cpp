@@ -1,5 +1,6 @@
 #include "workflow/RuleFindings.h"
 #include "rules/RuleCodes.h"
+#include "tests/support/GivenFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 
@@ -15,6 +16,14 @@ RuleRef ruleOn(const NullableText& path, std::int32_t type = PolicyType::path, b
 {
     return policyRule(
         {.policyType = type, .path = path, .processName = "/bin/sh", .operations = 1, .system = system});
+}
+
+std::string namesOf(const std::vector<RuleFinding>& findings)
+{
+    std::string names;
+    for (const RuleFinding& finding : findings)
+        names.append(names.empty() ? "" : " ").append(findingName(finding.kind));
+    return names;
 }
 
 } // namespace
@@ -80,7 +89,8 @@ TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
     // then the first is named
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].kind, FindingKind::redundant);
-    EXPECT_EQ(findings[0].coveredBy, R"(allow prefix "/usr/" "/bin/sh" rw "" "" "0")");
+    ASSERT_NE(findings[0].other, nullptr);
+    EXPECT_EQ(ruleText(*findings[0].other), R"(allow prefix "/usr/" "/bin/sh" rw "" "" "0")");
 }
 
 TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
@@ -115,6 +125,99 @@ TEST(RuleFindings, AProgramThatFailsItsCheckStandsBetweenRedundancyAndTheMissing
     EXPECT_EQ(invalid.programFault, ProgramFault::missing);
     EXPECT_EQ(findingText(invalid), "Nothing exists at the path of the program.");
     EXPECT_EQ(pathFindingsForRule(store, rule).size(), 3U) << "without the program";
+}
+
+TEST(RuleFindings, AreOnlyOfTheKindsThatAreLookedFor)
+{
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    store.addPolicyRule(policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
+    const RuleRef rule = policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
+    const auto found
+        = [&](FindingKinds kinds) { return namesOf(findingsForRule(store, rule, {.kinds = kinds})); };
+    EXPECT_EQ(found({}), "");
+    EXPECT_EQ(found({FindingKind::missingPath, FindingKind::redundant}), "redundant missing");
+    EXPECT_EQ(found(FindingKinds::all()), "redundant invalid missing unwritable");
+    EXPECT_EQ(
+        namesOf(findingsForRule(store, rule, {.place = RulesPlace::nowhere()})), "redundant unwritable");
+}
+
+TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
+{
+    GivenFacts facts;
+    facts.existing = {"/bin/tool"};
+    facts.teams = {{"/bin/tool", "TEAM123456"}};
+    facts.proofs = {{"/bin/tool", TeamProof::foreignRoot}};
+    const RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    const auto found = [&](const char* process, const char* constraint) {
+        const RuleRef rule = policyRule({.policyType = PolicyType::suffix,
+            .path = ".x",
+            .processName = process,
+            .constraint = constraint,
+            .operations = 1});
+        return findingsForRule(store, rule, {.place = RulesPlace::of(facts)});
+    };
+    EXPECT_EQ(namesOf(found("/bin/tool", "TEAM123456")), "unproven");
+    EXPECT_EQ(findingReason(found("/bin/tool", "TEAM123456").at(0)),
+        "signed under a root other than the platform vendor's");
+    EXPECT_EQ(namesOf(found("/bin/tool", "OTHER")), "invalid");
+    EXPECT_EQ(namesOf(found("/bin/tool via /gone", "TEAM123456")), "invalid");
+    EXPECT_EQ(namesOf(found("/bin/tool", "")), "") << "no team is trusted";
+    EXPECT_EQ(namesOf(found("/bin/tool", "APPLE_PF_BINARY")), "") << "the mark is enough by itself";
+    EXPECT_EQ(namesOf(found("any via /bin/tool", "TEAM123456")), "") << "no program is looked at";
+    facts.proofs["/bin/tool"] = TeamProof::codeDiffers;
+    EXPECT_EQ(findingReason(found("/bin/tool", "TEAM123456").at(0)), "its code is not what was signed");
+    facts.proofs["/bin/tool"] = TeamProof::proven;
+    EXPECT_EQ(namesOf(found("/bin/tool", "TEAM123456")), "");
+}
+
+TEST(RowFindings, AnOverlapNamesTheEarliestEarlierRow)
+{
+    // given two rules that allow, then one that denies, and a watch rule before all of them
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    store.addWatchRule(watchRule({.path = "/usr/", .processName = "any", .operations = 1}));
+    for (const std::int32_t policyClass : {PolicyClass::allow, PolicyClass::allow, PolicyClass::deny}) {
+        store.addPolicyRule(policyRule({.policyClass = policyClass,
+            .path = "/usr/",
+            .processName = "/bin/sh",
+            .operations = static_cast<std::uint32_t>(3 - policyClass)}));
+    }
+    // when overlaps are looked for
+    const RowFindings findings(store, false, {.kinds = {FindingKind::overlap, FindingKind::redundant}});
+
+    // then the last row tells of the first policy rule, and of it alone
+    EXPECT_EQ(namesOf(findings.at(0)), "");
+    EXPECT_EQ(namesOf(findings.at(1)), "redundant");
+    ASSERT_EQ(namesOf(findings.at(3)), "overlap");
+    EXPECT_EQ(findings.at(3).at(0).other, policyRuleIn(store.ruleAtIndex(1, false)));
+}
+
+TEST(RowFindings, ASystemRuleOverlapsNothing)
+{
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    for (const bool system : {true, false}) {
+        store.addPolicyRule(policyRule({.policyClass = system ? PolicyClass::allow : PolicyClass::deny,
+            .path = "/usr/",
+            .processName = "/bin/sh",
+            .operations = 1,
+            .system = system}));
+    }
+    const RowFindings findings(store, true, {.kinds = {FindingKind::overlap}});
+    EXPECT_EQ(namesOf(findings.at(0)) + namesOf(findings.at(1)), "");
+}
+
+TEST(FindingKinds, HaveNamesByWhichTheyAreFound)
+{
+    std::string names;
+    for (const FindingKind kind : allFindingKinds) {
+        names.append(findingName(kind)).append(" ");
+        EXPECT_EQ(findingKindNamed(findingName(kind)), kind);
+        EXPECT_FALSE(findingKindText(kind).empty());
+    }
+    EXPECT_EQ(names, "redundant invalid missing unwritable joined overlap unproven ");
+    EXPECT_FALSE(findingKindNamed("Redundant"));
+    EXPECT_FALSE(findingKindNamed(""));
+    EXPECT_FALSE(FindingKinds::usual().contains(FindingKind::overlap));
+    EXPECT_TRUE(FindingKinds::usual().contains(FindingKind::unproven));
 }
 
 } // namespace quorvane

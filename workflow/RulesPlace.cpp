@@ -1,0 +1,72 @@
+#include "workflow/RulesPlace.h"
+
+#include "platform/Account.h"
+#include "platform/FileRoot.h"
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+bool isInHome(std::string_view path)
+{
+    return path.starts_with("~/");
+}
+
+// Refers to what is kept elsewhere.
+std::shared_ptr<ProgramFacts> referenceTo(ProgramFacts& facts)
+{
+    return {std::shared_ptr<void>(), &facts};
+}
+
+} // namespace
+
+RulesPlace::RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts)
+    : m_kind(kind)
+    , m_facts(std::move(facts))
+{
+}
+
+RulesPlace RulesPlace::thisMachine()
+{
+    return of(programFactsOnDisk());
+}
+
+RulesPlace RulesPlace::thisMachineWithoutHomes()
+{
+    return {Kind::machineWithoutHomes, referenceTo(programFactsOnDisk())};
+}
+
+std::optional<RulesPlace> RulesPlace::folder(const std::string& folder, std::error_code& error)
+{
+    const auto root = FileRoot::at(folder, error);
+    return root ? std::optional(RulesPlace(Kind::folder, programFactsWithin(*root))) : std::nullopt;
+}
+
+RulesPlace RulesPlace::nowhere()
+{
+    return {Kind::nowhere, referenceTo(programFactsOfNothing())};
+}
+
+RulesPlace RulesPlace::of(ProgramFacts& facts)
+{
+    return {Kind::machine, referenceTo(facts)};
+}
+
+bool RulesPlace::isUnknown(std::string_view path) const
+{
+    return isNowhere() || (m_kind != Kind::machine && isInHome(path));
+}
+
+bool RulesPlace::isMissing(std::string_view path) const
+{
+    if (isUnknown(path))
+        return false;
+    std::string file(path);
+    if (isInHome(path))
+        file.replace(0, 1, homeDirectory());
+    return !m_facts->exists(file);
+}
+
+} // namespace quorvane
