@@ -1,14 +1,14 @@
 #include "cli/Commands.h"
+#include "cli/JsonText.h"
 #include "cli/Output.h"
+#include "cli/SelectionOptions.h"
 #include "workflow/RuleFindings.h"
 
-#include <nlohmann/json.hpp>
+#include <CLI/CLI.hpp>
 
 namespace quorvane {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string jsonLine(std::size_t row, const RuleRef& rule, const RuleFinding& finding)
 {
@@ -26,24 +26,46 @@ std::string textLines(std::size_t row, const RuleRef& rule, const RuleFinding& f
         + printable(findingText(finding)) + "\n";
 }
 
+class CheckCommand : public Command {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand("check",
+            "Find redundant rules, programs that are gone or do not match, missing paths and rules that do "
+            "not read back");
+        command.add_flag("--json", m_asJson, "One JSON object a line");
+        addFileOption(command, m_selection);
+        return command;
+    }
+
+    int run(const CommandContext& context) override
+    {
+        const OpenedStore opened = openStore(m_selection, context.locations, context.log);
+        const RuleManager& store = *opened.store;
+        Output output;
+        bool anyFinding = false;
+        for (std::size_t row = 0; row < store.totalRules(false); ++row) {
+            const RuleRef& rule = store.ruleAtIndex(row, false);
+            for (const RuleFinding& finding : findingsForRule(store, rule)) {
+                anyFinding = true;
+                output.write(m_asJson ? jsonLine(row, rule, finding) : textLines(row, rule, finding));
+            }
+        }
+        // A check of rules that could not be read must not look like a passed one.
+        const bool passed = opened.isComplete && !opened.hasFailed && !anyFinding;
+        return output.finish() && passed ? 0 : 1;
+    }
+
+private:
+    RuleSelection m_selection;
+    bool m_asJson = false;
+};
+
 } // namespace
 
-int checkCommand(const CommandContext& context, const RuleSelection& selection, bool asJson)
+std::unique_ptr<Command> makeCheckCommand()
 {
-    const OpenedStore opened = openStore(selection, context.locations, context.log);
-    const RuleManager& store = *opened.store;
-    Output output;
-    bool anyFinding = false;
-    for (std::size_t row = 0; row < store.totalRules(false); ++row) {
-        const RuleRef& rule = store.ruleAtIndex(row, false);
-        for (const RuleFinding& finding : findingsForRule(store, rule)) {
-            anyFinding = true;
-            output.write(asJson ? jsonLine(row, rule, finding) : textLines(row, rule, finding));
-        }
-    }
-    // A check of rules that could not be read must not look like a passed one.
-    const bool passed = opened.isComplete && !opened.hasFailed && !anyFinding;
-    return output.finish() && passed ? 0 : 1;
+    return std::make_unique<CheckCommand>();
 }
 
 } // namespace quorvane

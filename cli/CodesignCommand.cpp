@@ -3,7 +3,12 @@
 #include "codesign/Codesign.h"
 
 #include <array>
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <vector>
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 namespace quorvane {
@@ -81,21 +86,67 @@ std::string textLines(const std::string& subject, const SignatureAnswers& answer
         + line("certificate", answers.certInfo);
 }
 
+std::int32_t pidSpelled(const std::string& text)
+{
+    std::int32_t pid = -1;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, pid);
+    if (error != std::errc() || stop != end || pid < 0)
+        throw CLI::ValidationError("--pid", "'" + text + "' is not the number of a process");
+    return pid;
+}
+
+class CodesignCommand : public Command {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command
+            = *program.add_subcommand("codesign", "Print what the code signature of macOS programs says");
+        command.footer(
+            "States: 1 unsigned, 2 signed and valid, 3 failed or invalid, 4 not verifiable, 5 unsupported, "
+            "6 cannot tell.\nThe strict state covers the whole program file; the resources of a bundle "
+            "are in neither. The network is never asked.");
+        command.add_flag("--json", m_asJson, "One JSON object a line");
+        auto* paths = command.add_option("PATH", m_paths, "A program file or a bundle");
+        command.add_option("--pid", m_spelledPids, "A running process")->type_name("N")->excludes(paths);
+        return command;
+    }
+
+    void check() override
+    {
+        for (const std::string& spelled : m_spelledPids)
+            m_pids.push_back(pidSpelled(spelled));
+        if (m_paths.empty() && m_pids.empty())
+            throw CLI::RequiredError("PATH or --pid");
+    }
+
+    int run(const CommandContext& /*context*/) override
+    {
+        Output output;
+        for (const std::string& path : m_paths) {
+            const SignatureAnswers answers = answersForPath(path);
+            output.write(m_asJson ? jsonLine({{"path", path}}, answers) : textLines(path, answers));
+        }
+        for (const std::int32_t pid : m_pids) {
+            const SignatureAnswers answers = answersForProcess(pid);
+            output.write(m_asJson ? jsonLine({{"pid", pid}}, answers)
+                                  : textLines("process " + std::to_string(pid), answers));
+        }
+        return output.finish() ? 0 : 1;
+    }
+
+private:
+    std::vector<std::string> m_paths;
+    std::vector<std::string> m_spelledPids;
+    std::vector<std::int32_t> m_pids;
+    bool m_asJson = false;
+};
+
 } // namespace
 
-int codesignCommand(const std::vector<std::string>& paths, const std::vector<std::int32_t>& pids, bool asJson)
+std::unique_ptr<Command> makeCodesignCommand()
 {
-    Output output;
-    for (const std::string& path : paths) {
-        const SignatureAnswers answers = answersForPath(path);
-        output.write(asJson ? jsonLine({{"path", path}}, answers) : textLines(path, answers));
-    }
-    for (const std::int32_t pid : pids) {
-        const SignatureAnswers answers = answersForProcess(pid);
-        output.write(asJson ? jsonLine({{"pid", pid}}, answers)
-                            : textLines("process " + std::to_string(pid), answers));
-    }
-    return output.finish() ? 0 : 1;
+    return std::make_unique<CodesignCommand>();
 }
 
 } // namespace quorvane

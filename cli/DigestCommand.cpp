@@ -2,23 +2,53 @@
 #include "cli/Output.h"
 #include "codesign/Digests.h"
 
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
 namespace quorvane {
 
-int digestCommand(const std::vector<std::string>& paths)
-{
-    Output output;
-    bool allRead = true;
-    for (const std::string& path : paths) {
-        const std::string name = printable(path);
-        if (const auto digests = digestsOfFile(path)) {
-            output.write("SHA1 (" + name + ") = " + digests->sha1 + "\n");
-            output.write("SHA256 (" + name + ") = " + digests->sha256 + "\n");
-        } else {
-            complain("cannot read " + name + ": it is missing, unreadable or no regular file");
-            allRead = false;
-        }
+namespace {
+
+class DigestCommand : public Command {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand("digest", "Print the SHA-1 and SHA-256 of files");
+        command.footer(
+            "Two lines a file, as digest tools check them: \"SHA1 (PATH) = ...\" and \"SHA256 (PATH) = "
+            "...\",\nin lowercase hexadecimal.");
+        command.add_option("PATH", m_paths, "A file")->required();
+        return command;
     }
-    return output.finish() && allRead ? 0 : 1;
+
+    int run(const CommandContext& /*context*/) override
+    {
+        Output output;
+        bool allRead = true;
+        for (const std::string& path : m_paths) {
+            const std::string name = printable(path);
+            if (const auto digests = digestsOfFile(path)) {
+                output.write("SHA1 (" + name + ") = " + digests->sha1 + "\n");
+                output.write("SHA256 (" + name + ") = " + digests->sha256 + "\n");
+            } else {
+                complain("cannot read " + name + ": it is missing, unreadable or no regular file");
+                allRead = false;
+            }
+        }
+        return output.finish() && allRead ? 0 : 1;
+    }
+
+private:
+    std::vector<std::string> m_paths;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeDigestCommand()
+{
+    return std::make_unique<DigestCommand>();
 }
 
 } // namespace quorvane

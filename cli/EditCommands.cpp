@@ -1,13 +1,29 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "cli/RuleSelection.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RuleFindings.h"
 
+#include <string>
+
+#include <CLI/CLI.hpp>
+
 namespace quorvane {
 
 namespace {
+
+// A rule as the command line spells it.
+struct SpelledRule {
+    std::string ruleClass; // "allow", "deny" or "watch"
+    std::string type; // "prefix", "path" or "suffix"
+    std::string path;
+    std::string process;
+    std::string operations; // letters out of "rwcmx"
+    std::string tag;
+    std::string constraint;
+};
 
 RuleRef recordOf(const SpelledRule& spelled)
 {
@@ -31,37 +47,103 @@ RuleRef recordOf(const SpelledRule& spelled)
     return std::make_shared<PolicyRule>(std::move(fields));
 }
 
-} // namespace
-
-int addCommand(const CommandContext& context, const SpelledRule& spelled)
+std::string onlyOperationLetters(const std::string& text)
 {
-    const auto user = openForWriting(context.locations, context.log);
-    if (!user)
-        return 1;
-    const RuleRef rule = recordOf(spelled);
-    if (!askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); }))
-        complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
-    user->document.perform(additionOf(rule), {actionName("Add", 1)});
-    return user->status();
+    return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";
 }
 
-int deleteCommand(const CommandContext& context, const SpelledRule& spelled)
+// A command on the rule that its arguments spell.
+class RuleCommand : public Command {
+public:
+    void check() override
+    {
+        if (m_rule.ruleClass == "watch" && !m_rule.constraint.empty())
+            throw CLI::ValidationError("--constraint", "a watch rule has no constraint");
+    }
+
+protected:
+    void addRuleOptions(CLI::App& command)
+    {
+        command.add_option("CLASS", m_rule.ruleClass, "allow, deny or watch")
+            ->required()
+            ->check(CLI::IsMember({"allow", "deny", "watch"}));
+        command.add_option("TYPE", m_rule.type, "prefix, path or suffix")
+            ->required()
+            ->check(CLI::IsMember({"prefix", "path", "suffix"}));
+        command.add_option("PATH", m_rule.path, "The path that the rule is about")->required();
+        command.add_option("PROCESS", m_rule.process, "The process that the rule is about")->required();
+        command.add_option("OPS", m_rule.operations, "Operations: letters out of rwcmx")
+            ->required()
+            ->check(onlyOperationLetters);
+        command.add_option("--constraint", m_rule.constraint, "What the program's code must carry");
+    }
+
+    SpelledRule m_rule;
+};
+
+class AddCommand : public RuleCommand {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand("add", "Add a rule to the current user's configuration");
+        addRuleOptions(command);
+        command.add_option("--tag", m_rule.tag, "A label");
+        return command;
+    }
+
+    int run(const CommandContext& context) override
+    {
+        const auto user = openForWriting(context.locations, context.log);
+        if (!user)
+            return 1;
+        const RuleRef rule = recordOf(m_rule);
+        if (!askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); }))
+            complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
+        user->document.perform(additionOf(rule), {actionName("Add", 1)});
+        return user->status();
+    }
+};
+
+class DeleteCommand : public RuleCommand {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand(
+            "delete", "Delete the first equal rule of the current user's configuration");
+        addRuleOptions(command);
+        return command;
+    }
+
+    int run(const CommandContext& context) override
+    {
+        const auto user = openForWriting(context.locations, context.log);
+        if (!user)
+            return 1;
+        const RuleRef wanted = recordOf(m_rule);
+        const auto stored = user->store->firstEqualRule(wanted, {});
+        if (!stored) {
+            complain("no rule is equal to " + ruleText(wanted));
+            return 1;
+        }
+        if (isSystemRule(*stored)) {
+            complain("a system rule cannot be deleted: " + ruleText(wanted));
+            return 1;
+        }
+        user->document.perform(deletionOf(*user->store, {wanted}), {actionName("Delete", 1)});
+        return user->status();
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeAddCommand()
 {
-    const auto user = openForWriting(context.locations, context.log);
-    if (!user)
-        return 1;
-    const RuleRef wanted = recordOf(spelled);
-    const auto stored = user->store->firstEqualRule(wanted, {});
-    if (!stored) {
-        complain("no rule is equal to " + ruleText(wanted));
-        return 1;
-    }
-    if (isSystemRule(*stored)) {
-        complain("a system rule cannot be deleted: " + ruleText(wanted));
-        return 1;
-    }
-    user->document.perform(deletionOf(*user->store, {wanted}), {actionName("Delete", 1)});
-    return user->status();
+    return std::make_unique<AddCommand>();
+}
+
+std::unique_ptr<Command> makeDeleteCommand()
+{
+    return std::make_unique<DeleteCommand>();
 }
 
 } // namespace quorvane

@@ -1,5 +1,7 @@
 #include "cli/Commands.h"
+#include "cli/JsonText.h"
 #include "cli/Output.h"
+#include "cli/SelectionOptions.h"
 #include "rules/ApplicationIdentity.h"
 #include "workflow/ApplicationValidation.h"
 #include "workflow/RuleCells.h"
@@ -7,18 +9,11 @@
 #include <algorithm>
 #include <array>
 
-#include <nlohmann/json.hpp>
+#include <CLI/CLI.hpp>
 
 namespace quorvane {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-Json jsonText(const NullableText& text)
-{
-    return text.isNull() ? Json(nullptr) : Json(std::string(text.view()));
-}
 
 Json jsonRow(const RuleManager& store, std::size_t row, const PolicyRule& rule)
 {
@@ -99,30 +94,47 @@ void printTable(Output& output, const RuleManager& store, bool includeSystemRule
         print(printedRow(store, *rows, row, includeSystemRules));
 }
 
+class ListCommand : public Command {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand("list", "Print the rules");
+        command.add_flag("--json", m_asJson, "One JSON object a line");
+        command.add_flag("--label-system", m_selection.labelAsSystem, "Read FILE as a system rules file");
+        m_options.addTo(command, m_selection);
+        addFileOption(command, m_selection);
+        return command;
+    }
+
+    void check() override
+    {
+        m_options.finish(m_selection);
+        if (m_selection.labelAsSystem && !m_selection.file)
+            throw CLI::ValidationError("--label-system", "says how FILE is read, and there is none");
+    }
+
+    int run(const CommandContext& context) override
+    {
+        const OpenedStore opened = openStore(m_selection, context.locations, context.log);
+        Output output;
+        if (m_asJson)
+            printJson(output, *opened.store, m_selection.includeSystemRules);
+        else
+            printTable(output, *opened.store, m_selection.includeSystemRules);
+        return output.finish() && !opened.hasFailed ? 0 : 1;
+    }
+
+private:
+    RuleSelection m_selection;
+    SelectionOptions m_options;
+    bool m_asJson = false;
+};
+
 } // namespace
 
-int listCommand(const CommandContext& context, const RuleSelection& selection, bool asJson)
+std::unique_ptr<Command> makeListCommand()
 {
-    const OpenedStore opened = openStore(selection, context.locations, context.log);
-    Output output;
-    if (asJson)
-        printJson(output, *opened.store, selection.includeSystemRules);
-    else
-        printTable(output, *opened.store, selection.includeSystemRules);
-    return output.finish() && !opened.hasFailed ? 0 : 1;
-}
-
-int optionsCommand(const CommandContext& context, bool asJson)
-{
-    const OpenedStore opened = openStore({}, context.locations, context.log);
-    Output output;
-    for (const FilterOption& option : opened.store->filterOptions()) {
-        if (asJson)
-            output.write(Json{{"name", jsonText(option.name)}, {"value", option.value}}.dump() + "\n");
-        else
-            output.write(printable(option.name.written()) + " " + std::to_string(option.value) + "\n");
-    }
-    return output.finish() && !opened.hasFailed ? 0 : 1;
+    return std::make_unique<ListCommand>();
 }
 
 } // namespace quorvane

@@ -1,0 +1,38 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace quorvane {
+
+class Locations;
+class Log;
+
+struct CommandContext {
+    const Locations& locations;
+    Log& log;
+};
+
+// A command of quorvanectl. It describes itself to the parser, which help, completions and the check of the
+// manual are made from, and does what the arguments say.
+class Command {
+public:
+    Command() = default;
+    virtual ~Command() = default;
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+    // Adds the command with its options to `program`, and returns it. What is parsed goes into this object,
+    // which must outlive the parsing.
+    virtual CLI::App& addTo(CLI::App& program) = 0;
+
+    // Called once the arguments are parsed and before run(): throws CLI::ParseError when what the parser has
+    // taken one by one makes no sense.
+    virtual void check() { }
+
+    // Returns the exit status, which is never that of a usage error.
+    virtual int run(const CommandContext& context) = 0;
+};
+
+} // namespace quorvane

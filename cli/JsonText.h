@@ -1,0 +1,19 @@
+#pragma once
+
+#include "rules/NullableText.h"
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace quorvane {
+
+// Prints the keys of an object in the order in which they are given.
+using Json = nlohmann::ordered_json;
+
+inline Json jsonText(const NullableText& text)
+{
+    return text.isNull() ? Json(nullptr) : Json(std::string(text.view()));
+}
+
+} // namespace quorvane
