@@ -1,0 +1,58 @@
+// Prints what a journal holds, for tests in other languages: journal_contents STATE-FOLDER WATCHED-FILE
+// OUT-FOLDER. One JSON object a version, the oldest first; the version's bytes and its rules as meant go to
+// OUT-FOLDER/N.bytes and N.meant.
+
+#include "history/Journal.h"
+#include "platform/Log.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+
+#include <nlohmann/json.hpp>
+
+namespace quorvane {
+
+namespace {
+
+bool write(const std::string& path, const std::optional<std::string>& bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << bytes.value_or(std::string());
+    return bytes && file.flush();
+}
+
+nlohmann::json described(const JournalVersion& version)
+{
+    return {{"number", version.number}, {"program", version.program.value_or("")},
+        {"action", version.action.value_or("")}, {"state", static_cast<int>(version.state)},
+        {"kind", static_cast<int>(version.kind)}, {"rules", version.rules}, {"added", version.added},
+        {"removed", version.removed}, {"changed", version.changed}, {"sha256", version.sha256}};
+}
+
+int printContents(const std::string& stateFolder, const std::string& file, const std::string& out)
+{
+    Log log({});
+    const auto journal = Journal::open(stateFolder, file, {}, log);
+    auto versions = journal->versions();
+    std::reverse(versions.begin(), versions.end());
+    bool isComplete = !journal->problem();
+    for (const JournalVersion& version : versions) {
+        const std::string name = out + "/" + std::to_string(version.number);
+        isComplete = write(name + ".bytes", journal->bytesOf(version.number))
+            && write(name + ".meant", journal->meantOf(version.number)) && isComplete;
+        std::cout << described(version) << "\n";
+    }
+    if (journal->problem())
+        std::cerr << *journal->problem() << "\n";
+    return isComplete ? 0 : 1;
+}
+
+} // namespace
+
+} // namespace quorvane
+
+int main(int argumentCount, char** arguments)
+{
+    return argumentCount == 4 ? quorvane::printContents(arguments[1], arguments[2], arguments[3]) : 2;
+}
