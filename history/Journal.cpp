@@ -287,12 +287,22 @@ std::optional<JournalVersion> Journal::newest()
     return all.empty() ? std::nullopt : std::optional(all.front());
 }
 
-std::optional<JournalVersion> Journal::underWay()
+std::vector<JournalVersion> Journal::underWay()
 {
-    const auto all = versions();
-    const auto found = std::find_if(all.begin(), all.end(),
-        [](const JournalVersion& version) { return version.state == VersionState::underWay; });
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    auto all = versions();
+    std::erase_if(all, [](const JournalVersion& version) { return version.state != VersionState::underWay; });
+    return all;
+}
+
+void Journal::noteLeft(std::string_view bytes) const
+{
+    if (!m_place.noteLeft(contentDigest(bytes)))
+        m_log.write("what a failed write has left of " + m_place.watchedFile() + " could not be noted");
+}
+
+bool Journal::isLeft(std::string_view bytes) const
+{
+    return m_place.left() == contentDigest(bytes);
 }
 
 std::optional<std::string> Journal::bytesOf(std::int64_t number)

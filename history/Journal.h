@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvane {
@@ -50,8 +51,8 @@ public:
     // number; none when it could not be kept.
     std::optional<std::int64_t> begin(const NewVersion& version);
 
-    // Settles a version that was begun; `state` is done or recovered. Forgets what the limits no longer
-    // allow.
+    // Settles a version that was begun; `state` is done or recovered. Older ones that are still under way are
+    // part of what it holds, and count as recovered. Forgets what the limits no longer allow.
     bool finish(std::int64_t number, VersionState state);
 
     // Removes a version under way whose write never took place: it neither counts as an action nor comes
@@ -66,8 +67,13 @@ public:
     std::optional<JournalVersion> version(std::int64_t number);
     std::optional<JournalVersion> newest();
 
-    // The newest version that is under way.
-    std::optional<JournalVersion> underWay();
+    // The versions that are under way, newest first.
+    std::vector<JournalVersion> underWay();
+
+    // Remembers, as well as that can be done, that the failed write of the version under way has left these
+    // bytes in the file; and whether it has.
+    void noteLeft(std::string_view bytes) const;
+    bool isLeft(std::string_view bytes) const;
 
     // The bytes of the file, and the rules as meant: the same bytes where they hold them. None for a version
     // that is unknown or whose contents are damaged; damaged contents are remembered as unreadable.

@@ -3,13 +3,17 @@
 #include "history/ContentDigest.h"
 
 #include "platform/Account.h"
+#include "platform/FileBytes.h"
 #include "platform/FileDescriptor.h"
+#include "platform/RegularFile.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
@@ -64,19 +68,24 @@ bool syncFolder(const std::string& path)
 
 bool makeFolders(const std::filesystem::path& folder)
 {
-    if (folder.empty() || statusOf(folder.string(), 0))
+    if (!folder.has_relative_path() || statusOf(folder.string(), 0))
         return true;
     return makeFolders(folder.parent_path()) && (mkdir(folder.c_str(), forOwnerOnly) == 0 || errno == EEXIST)
         && syncFolder(folder.parent_path().string());
 }
 
-// Makes an empty file unless there is one; a link, even a dangling one, is never followed.
-bool makeFile(const std::string& path)
+// Makes a file of `contents` unless there is one; a link, even a dangling one, is never followed.
+bool makeFile(const std::string& path, std::string_view contents = {})
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     const FileDescriptor file(open(path.c_str(), flags, fileForOwnerOnly));
-    return file ? fsync(file.get()) == 0 : errno == EEXIST;
+    if (!file)
+        return errno == EEXIST;
+    std::error_code error;
+    return writeFully(file.get(), contents, error) == contents.size() && fsync(file.get()) == 0;
 }
+
+const std::string noDigest(64, '-');
 
 } // namespace
 
@@ -138,12 +147,26 @@ std::optional<std::string> JournalPlace::prepare() const
 
 bool JournalPlace::hasMarker() const
 {
-    return statusOf(markerFile(), AT_SYMLINK_NOFOLLOW).has_value();
+    struct stat status { };
+    return lstat(markerFile().c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 bool JournalPlace::makeMarker() const
 {
-    return makeFile(markerFile()) && syncFolder(m_folder);
+    return makeFile(markerFile(), noDigest) && syncFolder(m_folder);
+}
+
+bool JournalPlace::noteLeft(const std::string& digest) const
+{
+    std::error_code error;
+    const FileDescriptor file = openRegularFile(markerFile(), O_WRONLY | O_NOFOLLOW, error);
+    return file && writeFully(file.get(), digest, error) == digest.size() && fsync(file.get()) == 0;
+}
+
+std::string JournalPlace::left() const
+{
+    const std::string noted = readSmallFile(markerFile(), noDigest.size()).value_or(std::string());
+    return noted == noDigest ? std::string() : noted;
 }
 
 void JournalPlace::removeMarker() const

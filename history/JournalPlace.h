@@ -30,10 +30,16 @@ public:
     // failed.
     std::optional<std::string> prepare() const;
 
-    // The marker says that a version may be under way. Making it is durable.
+    // The marker says that a version may be under way, also when it cannot be told whether it is there.
+    // Making it is durable.
     bool hasMarker() const;
     bool makeMarker() const;
     void removeMarker() const;
+
+    // The marker has room for the digest of what a failed write has left, so that noting it takes no room on
+    // a full disk. Empty when there is none.
+    bool noteLeft(const std::string& digest) const;
+    std::string left() const;
 
     // Tells one data base file of this name from another; none when there is no file.
     std::optional<std::uint64_t> databaseIdentity() const;

@@ -132,7 +132,12 @@ bool VersionTable::setState(std::int64_t number, VersionState state)
 {
     Statement row(
         m_database, "UPDATE version SET state = ? WHERE number = ? RETURNING 1", storedState(state), number);
-    return row.step();
+    const bool isThere = row.step();
+    if (isThere)
+        Statement(m_database, "UPDATE version SET state = ? WHERE number < ? AND state = ?",
+            storedState(VersionState::recovered), number, storedState(VersionState::underWay))
+            .run();
+    return isThere;
 }
 
 bool VersionTable::abandon(std::int64_t number)

@@ -47,7 +47,7 @@ public:
     // The oldest version whose contents are `content` or later ones; the newest of all when there is none.
     std::int64_t firstWithContentsFrom(std::int64_t content);
 
-    // False when there is no such version.
+    // Also makes older versions under way recovered. False when there is no such version.
     bool setState(std::int64_t number, VersionState state);
 
     // Removes a version under way; the one after it follows the one before it. False when there is none.

@@ -109,4 +109,9 @@ std::optional<std::string> putUnreadFileAside(const std::string& path)
     return std::nullopt;
 }
 
+bool takeFileBack(const std::string& aside, const std::string& path)
+{
+    return std::rename(aside.c_str(), path.c_str()) == 0;
+}
+
 } // namespace quorvane

@@ -31,4 +31,8 @@ bool isTextAt(const std::string& path);
 // file stays, when that fails.
 std::optional<std::string> putUnreadFileAside(const std::string& path);
 
+// Gives it its name back, in place of whatever file has that now. False, and nothing is changed, when that
+// fails.
+bool takeFileBack(const std::string& aside, const std::string& path);
+
 } // namespace quorvane

@@ -52,7 +52,10 @@ FileDescriptor openRegularFile(const std::string& path, int flags, std::error_co
         error = refusalOf(status);
     if (error)
         return FileDescriptor();
-    FileDescriptor file(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, permissions));
+    FileDescriptor file;
+    do // a file system that is a program's may be interrupted
+        file = FileDescriptor(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, permissions));
+    while (!file && errno == EINTR);
     if (!file || fstat(file.get(), &status) != 0)
         error = systemError(errno);
     else

@@ -21,8 +21,9 @@ constexpr mode_t rulesFileMode = 0640;
 
 class RulesFileWriting {
 public:
-    explicit RulesFileWriting(const std::string& path)
+    RulesFileWriting(const std::string& path, std::optional<std::string_view> old)
         : m_path(path)
+        , m_old(old)
     {
     }
 
@@ -76,9 +77,22 @@ private:
             if (!error)
                 error = systemError(EIO); // a call that writes nothing and does not say why
             m_result.message = "Failed write() operation on file '" + m_path + "' " + errorText(error);
+            if (m_old && putBack(length))
+                return m_old->size();
             at = content.endOfRuleAt(at);
         }
         return length;
+    }
+
+    // What was written over of the old bytes has its room already.
+    bool putBack(std::size_t written)
+    {
+        std::error_code error;
+        const std::string_view lost = m_old->substr(0, written);
+        if (lseek(m_file.get(), 0, SEEK_SET) != 0 || writeFully(m_file.get(), lost, error) != lost.size())
+            return false;
+        m_result.opened = false;
+        return true;
     }
 
     void syncFolder()
@@ -98,6 +112,7 @@ private:
     }
 
     const std::string& m_path;
+    const std::optional<std::string_view> m_old;
     FileDescriptor m_file;
     bool m_isNew = false;
     WriteResult m_result;
@@ -105,9 +120,10 @@ private:
 
 } // namespace
 
-WriteResult writeRulesFile(const std::string& path, const RulesContent& content)
+WriteResult writeRulesFile(
+    const std::string& path, const RulesContent& content, std::optional<std::string_view> old)
 {
-    return RulesFileWriting(path).write(content);
+    return RulesFileWriting(path, old).write(content);
 }
 
 } // namespace quorvane

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvane {
@@ -12,7 +13,7 @@ class RulesContent;
 
 // How a write went.
 struct WriteResult {
-    // False when the file could not be opened: then nothing was written, and `message` says why.
+    // False when the file could not be opened, or has its old content back: then `message` says why.
     bool opened = false;
     // The last failure to open or write; none when every byte was written.
     std::optional<std::string> message;
@@ -27,6 +28,8 @@ struct WriteResult {
 // is no regular file, whose permission bits stay too. The file ends with the permission bits 0640, on disk.
 //
 // Deliberate: after a failure it goes on with the next rule, so that the file holds what could be written.
-WriteResult writeRulesFile(const std::string& path, const RulesContent& content);
+// Where `old` is given, the file's present bytes, a failure puts these back instead.
+WriteResult writeRulesFile(
+    const std::string& path, const RulesContent& content, std::optional<std::string_view> old = std::nullopt);
 
 } // namespace quorvane

@@ -183,34 +183,35 @@ void RulesDocument::writeInBackground(FileLock lock)
 }
 
 // With the lock held: a write that was cut short is settled, and what others have written since comes into
-// the store.
-void RulesDocument::bringStoreUpToDate(FileLock& lock)
+// the store. False when the file does not hold the rules in force.
+bool RulesDocument::bringStoreUpToDate(FileLock& lock)
 {
-    UserRulesFile::Recovery recovery = m_file.recover(lock);
-    if (recovery.news)
-        tell(*recovery.news);
-    if (!isFileAhead() && !recovery.meant)
-        return;
-    takeIn(RulesFileText::read(m_file.path(), lock), recovery);
+    const UserRulesFile::Recovery recovery = m_file.recover(lock);
+    for (const DocumentNews& news : recovery.news)
+        tell(news);
+    if (isFileAhead() || recovery.rules)
+        takeIn(RulesFileText::read(m_file.path(), lock), recovery.rules);
+    return !recovery.rules;
 }
 
-void RulesDocument::takeIn(const RulesFileText& theirs, const UserRulesFile::Recovery& recovery)
+// `inForce`: the rules that count in place of those that the file holds.
+void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce)
 {
-    if (theirs.unreadReason()) {
-        for (WriteOrder& order : m_orders)
-            order.unreadReason = theirs.unreadReason();
+    for (WriteOrder& order : m_orders)
+        order.unreadReason = theirs.unreadReason();
+    if (theirs.unreadReason() && !inForce)
         return;
+    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
+    if (!theirs.unreadReason())
+        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
+    if (inForce) {
+        mergeWith(*inForce);
+    } else if (theirs.identity() && theirs.identity()->isMissing()) {
+        m_rulesInFile
+            .emplace(); // rules whose file is gone are not deleted rules: the next write brings it back
+    } else {
+        mergeWith(rulesOfText(theirs.text()));
     }
-    m_knownFile = KnownFile::of(m_file.path(), theirs);
-    // Rules whose file is gone are not deleted rules: the next write brings it back.
-    if (theirs.identity() && theirs.identity()->isMissing() && !recovery.meant) {
-        m_rulesInFile.emplace();
-        return;
-    }
-    std::vector<RuleValue> rules = rulesOfText(theirs.text());
-    if (recovery.meant)
-        rules = rulesOf(mergeRules(*recovery.before, *recovery.meant, rules));
-    mergeWith(rules);
 }
 
 void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
@@ -316,20 +317,38 @@ void RulesDocument::recover()
 {
     if (!m_file.mayBeUnderWay())
         return;
-    FileLock lock = m_file.lock(m_owner.lockTimeout);
-    if (lock.isHeld())
-        bringStoreUpToDate(lock);
+    settleVersions(m_owner.lockTimeout);
+}
+
+// False when another program holds the lock: then it may be at work on that very version.
+bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
+{
+    FileLock lock = m_file.lock(wait);
+    if (!lock.isHeld())
+        return false;
+    const bool isInFile = bringStoreUpToDate(lock);
+    lock = FileLock();
+    if (!m_orders.empty())
+        return true;
+    if (isInFile) {
+        m_rulesInFile.reset();
+        return true;
+    }
+    m_orders.push_back(orderFor({}, {.action = "Complete Interrupted Change"}));
+    pump();
+    return true;
 }
 
 void RulesDocument::takeForeignChanges()
 {
     if (m_isWriting || !isFileAhead())
         return; // what is being written is compared before the next write
-    if (m_rulesInFile) { // the store holds what the file does not
-        takeIn(RulesFileText::read(m_file.path()), {});
-        writeNow();
+    if (!m_orders.empty())
+        return writeNow(); // which takes them in first
+    if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
         return;
-    }
+    if (m_rulesInFile) // the store holds what the file cannot
+        return takeIn(RulesFileText::read(m_file.path()), {});
     const std::vector<RuleRef> before = m_store.userRules();
     reload();
     forgetSteps();

@@ -134,8 +134,9 @@ private:
     void fail(const std::string& message);
     void joinOrders();
 
-    void bringStoreUpToDate(FileLock& lock);
-    void takeIn(const RulesFileText& theirs, const UserRulesFile::Recovery& recovery);
+    bool bringStoreUpToDate(FileLock& lock);
+    bool settleVersions(std::chrono::milliseconds wait);
+    void takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce);
     void mergeWith(const std::vector<RuleValue>& theirs);
     void noteFileRead();
     void takeRestored();

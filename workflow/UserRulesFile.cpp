@@ -4,13 +4,14 @@
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "platform/SystemError.h"
+#include "rules/MergedChange.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesContent.h"
 #include "rules/RulesDiff.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesFileWriter.h"
+#include "rules/RulesMerge.h"
 #include "rules/RulesText.h"
-#include "workflow/CutWrite.h"
 
 #include <new>
 #include <string_view>
@@ -75,6 +76,11 @@ std::uint64_t countOfUnwritable(const RulesSnapshot& rules, LineEnds lineEnds)
 DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
 {
     return {.kind = kind, .text = std::move(text)};
+}
+
+std::string actionOf(const JournalVersion& version)
+{
+    return version.action.value_or("a change");
 }
 
 } // namespace
@@ -163,81 +169,110 @@ std::optional<std::int64_t> UserRulesFile::keepPresentVersion()
     return newest ? std::optional(newest->number) : std::nullopt;
 }
 
+// Newest first: what a newer one holds is built upon the older ones, unless it never began.
 UserRulesFile::Recovery UserRulesFile::recover(FileLock& lock)
 {
-    if (!mayBeUnderWay())
-        return {};
-    const auto version = journal().underWay();
-    if (!version)
-        return {};
-    const auto meant = journal().bytesOf(version->number);
-    const auto before
-        = version->before ? journal().bytesOf(*version->before) : std::optional<std::string>("");
-    const RulesFileText now = RulesFileText::read(m_path, lock);
-    if (!meant || !now.identity()) {
-        journal().abandon(version->number);
-        return {};
+    std::vector<DocumentNews> news;
+    if (mayBeUnderWay()) {
+        for (const JournalVersion& version : journal().underWay()) {
+            if (auto recovery = settle(version, lock)) {
+                recovery->news.insert(recovery->news.begin(), news.begin(), news.end());
+                return std::move(*recovery);
+            }
+            news.assign(1,
+                newsOf(DocumentNews::Kind::recovered,
+                    "\u201c" + actionOf(version)
+                        + "\u201d was cut short before it began; the rules are as they were before it."));
+        }
     }
-    const std::string action = version->action.value_or("a change");
-    switch (fileAfterWrite(now.bytes(), before, *meant)) {
+    return {.news = std::move(news)};
+}
+
+// None when its write never began, which leaves everything to older ones.
+std::optional<UserRulesFile::Recovery> UserRulesFile::settle(const JournalVersion& version, FileLock& lock)
+{
+    const auto meant = journal().bytesOf(version.number);
+    if (!meant) // damaged, or the journal cannot be read at present
+        return Recovery();
+    const auto meantRules = [&] { return rulesOfText(journal().meantOf(version.number).value_or(*meant)); };
+    const RulesFileText now = RulesFileText::read(m_path, lock);
+    if (now.errorMessage())
+        return Recovery{.rules = meantRules()};
+    switch (stateOf(version, now.bytes(), *meant)) {
     case FileAfterWrite::asMeant:
-        journal().finish(version->number, VersionState::done);
-        return {};
+        journal().finish(version.number, VersionState::done);
+        return Recovery();
     case FileAfterWrite::asBefore:
-        journal().abandon(version->number);
-        return {newsOf(DocumentNews::Kind::recovered,
-            "\u201c" + action
-                + "\u201d was cut short before it began; the rules are as they were before it.")};
+        if (!journal().abandon(version.number))
+            return Recovery();
+        return std::nullopt;
     case FileAfterWrite::cutShort:
         break;
     case FileAfterWrite::foreign: {
-        Recovery recovery;
-        recovery.before = rulesOfText(before.value_or(std::string()));
-        recovery.meant = rulesOfText(journal().meantOf(version->number).value_or(*meant));
-        journal().abandon(version->number);
-        return recovery;
+        const auto before
+            = version.before ? journal().meantOf(*version.before) : std::optional<std::string>(std::string());
+        return Recovery{.rules = rulesOf(mergeRules(rulesOfText(before.value_or(std::string())), meantRules(),
+                            rulesOfText(now.bytes())))};
     }
     }
+    if (!complete(version, *meant, lock))
+        return Recovery{.rules = meantRules()};
+    return Recovery{.news = {newsOf(DocumentNews::Kind::recovered,
+                        "The writing of the rules was cut short at \u201c" + actionOf(version)
+                            + "\u201d; it has been completed.")}};
+}
+
+FileAfterWrite UserRulesFile::stateOf(
+    const JournalVersion& version, std::string_view now, std::string_view meant)
+{
+    const auto before = version.before ? journal().bytesOf(*version.before) : std::optional<std::string>("");
+    const FileAfterWrite state = fileAfterWrite(now, before, meant);
+    return state == FileAfterWrite::foreign && journal().isLeft(now) ? FileAfterWrite::cutShort : state;
+}
+
+// A version that cannot be completed stays under way, for the next that can write.
+bool UserRulesFile::complete(const JournalVersion& version, std::string meant, FileLock& lock)
+{
     if (!lock.makeFile())
-        return {};
-    const WriteResult result = writeRulesFile(m_path, RulesContent::ofText(*meant));
-    if (result.message)
-        return {}; // stays under way, for the next that can write
-    journal().finish(version->number, VersionState::recovered);
-    m_log.write("completed the write of '" + m_path + "' that was cut short: " + action);
-    return {newsOf(DocumentNews::Kind::recovered,
-        "The writing of the rules was cut short at \u201c" + action + "\u201d; it has been completed.")};
+        return false;
+    const WriteResult result = writeRulesFile(m_path, RulesContent::ofText(std::move(meant)));
+    if (result.message) {
+        noteLeft(lock);
+        return false;
+    }
+    journal().finish(version.number, VersionState::recovered);
+    m_log.write("completed the write of '" + m_path + "' that was cut short: " + actionOf(version));
+    return true;
 }
 
 std::optional<std::vector<RuleValue>> UserRulesFile::rulesUnderWay()
 {
     if (!mayBeUnderWay())
         return std::nullopt;
-    const auto version = journal().underWay();
-    const auto meant = version ? journal().bytesOf(version->number) : std::nullopt;
-    if (!meant)
-        return std::nullopt;
-    const auto before
-        = version->before ? journal().bytesOf(*version->before) : std::optional<std::string>("");
-    if (fileAfterWrite(RulesFileText::read(m_path).bytes(), before, *meant) != FileAfterWrite::cutShort)
-        return std::nullopt;
-    return rulesOfText(journal().meantOf(version->number).value_or(*meant));
+    const RulesFileText now = RulesFileText::read(m_path);
+    for (const JournalVersion& version : journal().underWay()) {
+        const auto meant = journal().bytesOf(version.number);
+        const FileAfterWrite state = meant ? stateOf(version, now.bytes(), *meant) : FileAfterWrite::foreign;
+        if (state == FileAfterWrite::cutShort)
+            return rulesOfText(journal().meantOf(version.number).value_or(*meant));
+        if (state != FileAfterWrite::asBefore)
+            break;
+    }
+    return std::nullopt;
 }
 
-// A file of which rules may be missing in the store is never written over.
-bool UserRulesFile::putAside(const WriteOrder& order, FileLock& lock, WriteReport& report)
+// A file of which rules may be missing in the store is never written over. Returns its new name.
+std::optional<std::string> UserRulesFile::putAside(
+    const std::string& reason, FileLock& lock, WriteReport& report)
 {
-    const auto aside = putUnreadFileAside(m_path);
+    auto aside = putUnreadFileAside(m_path);
     if (!aside) {
-        report.message = "Not writing file '" + m_path + "': " + *order.unreadReason
-            + ", and it cannot be kept under another name";
-        return false;
+        report.message
+            = "Not writing file '" + m_path + "': " + reason + ", and it cannot be kept under another name";
+        return std::nullopt;
     }
-    m_log.write("keeping '" + m_path + "', of which not everything was read, as '" + *aside + "'");
-    report.news.push_back(newsOf(DocumentNews::Kind::setAside,
-        *order.unreadReason + ". It was kept as '" + *aside + "', and the rules were written anew."));
     lock = FileLock::take(m_path, LockMode::exclusive, std::chrono::seconds(0));
-    return true;
+    return aside;
 }
 
 // The content of a write: the bytes for the file, and what they stand for where they cannot hold it.
@@ -293,37 +328,63 @@ WriteReport UserRulesFile::write(const WriteOrder& order, FileLock& lock)
 void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLock& lock)
 {
     const RulesFileText previous = RulesFileText::read(m_path, lock);
-    keepForeign(previous.bytes(), report.news);
-    if (order.unreadReason && !putAside(order, lock, report))
-        return;
+    if (!previous.errorMessage())
+        keepForeign(previous.bytes(), report.news);
     const std::optional<Meant> meant = meantBy(order);
     if (!meant) {
         report.message = "Version " + std::to_string(*order.restores) + " can no longer be read";
         return;
     }
-    report.version = beginVersion(order, *meant, previous.bytes());
-    tellOfJournal(report.news);
-    if (!lock.makeFile()) {
-        report.message = unwritableMessage(m_path, lock);
-    } else {
-        WriteResult result = writeRulesFile(m_path, meant->content);
-        report.isWritten = result.opened;
-        report.message = std::move(result.message);
-        for (std::string& warning : result.warnings)
-            report.news.push_back(newsOf(DocumentNews::Kind::warning, std::move(warning)));
-    }
-    settleVersion(report);
-    if (report.message)
+    const auto unread = order.unreadReason ? order.unreadReason : previous.errorMessage();
+    const auto aside = unread ? putAside(*unread, lock, report) : std::nullopt;
+    if (unread && !aside)
         return;
-    if (meant->rules > fewRules)
+    const std::string_view old = aside ? std::string_view() : previous.bytes();
+    report.version = beginVersion(order, *meant, old);
+    tellOfJournal(report.news);
+    if (lock.makeFile())
+        writeOver(report, *meant, old);
+    else
+        report.message = unwritableMessage(m_path, lock);
+    settleVersion(report, lock);
+    if (aside)
+        tellOfFileAside(report, *unread, *aside);
+    if (!report.message)
+        lookAtWritten(report, *meant, lock);
+}
+
+// Where the journal cannot complete a write that fails, the file gets its old content back.
+void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::string_view old)
+{
+    WriteResult result
+        = writeRulesFile(m_path, meant.content, report.version ? std::nullopt : std::optional(old));
+    report.isWritten = result.opened;
+    report.message = std::move(result.message);
+    for (std::string& warning : result.warnings)
+        report.news.push_back(newsOf(DocumentNews::Kind::warning, std::move(warning)));
+}
+
+// Where nothing could be written in its place, the file goes back to it.
+void UserRulesFile::tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside)
+{
+    if (!report.isWritten && takeFileBack(aside, m_path))
+        return;
+    m_log.write("keeping '" + m_path + "', of which not everything was read, as '" + aside + "'");
+    report.news.push_back(newsOf(DocumentNews::Kind::setAside,
+        reason + ". It was kept as '" + aside + "', and the rules were written anew."));
+}
+
+void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant, const FileLock& lock)
+{
+    if (meant.rules > fewRules)
         std::this_thread::sleep_for(KnownFile::usualRoughness); // so that no later look has to read it all
     const RulesFileText written = RulesFileText::read(m_path, lock);
     report.known = KnownFile::of(m_path, written);
-    if (written.bytes() != meant->content.bytes())
+    if (written.bytes() != meant.content.bytes())
         report.message = "The rules file '" + m_path + "' does not hold what was written to it";
-    else if (meant->whole || meant->unwritableRules > 0)
+    else if (meant.whole || meant.unwritableRules > 0)
         report.readAs = rulesOfText(written.bytes());
-    report.unwritableRules = meant->unwritableRules;
+    report.unwritableRules = meant.unwritableRules;
 }
 
 // None when the file already is as meant, which is no version, or when the journal cannot keep it.
@@ -344,14 +405,23 @@ std::optional<std::int64_t> UserRulesFile::beginVersion(
 }
 
 // A write that stopped half-way leaves its version under way, for the next that can write to complete.
-void UserRulesFile::settleVersion(const WriteReport& report)
+void UserRulesFile::settleVersion(const WriteReport& report, FileLock& lock)
 {
-    if (!report.version || (report.isWritten && report.message))
+    if (!report.version)
         return;
-    if (report.isWritten)
-        journal().finish(*report.version, VersionState::done);
-    else
+    if (!report.isWritten)
         journal().abandon(*report.version);
+    else if (report.message)
+        noteLeft(lock);
+    else
+        journal().finish(*report.version, VersionState::done);
+}
+
+void UserRulesFile::noteLeft(const FileLock& lock)
+{
+    const RulesFileText left = RulesFileText::read(m_path, lock);
+    if (!left.errorMessage())
+        journal().noteLeft(left.bytes());
 }
 
 } // namespace quorvane

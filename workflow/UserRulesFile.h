@@ -6,6 +6,7 @@
 #include "rules/KnownFile.h"
 #include "rules/RulesSnapshot.h"
 #include "workflow/ChangeReason.h"
+#include "workflow/CutWrite.h"
 #include "workflow/DocumentObserver.h"
 #include "workflow/ProgramSettings.h"
 
@@ -72,13 +73,13 @@ public:
     // A version whose write has not been settled. Costs a look for a small file.
     bool mayBeUnderWay() const;
 
-    // Settles a version under way: completes its write, or finds that it is done or never began.
+    // Settles the versions under way: completes the write of the newest, or finds that it is done or never
+    // began.
     struct Recovery {
-        std::optional<DocumentNews> news{};
-        // Another program has written since: the rules before the write that was cut short, and as it meant
-        // them.
-        std::optional<std::vector<RuleValue>> before{};
-        std::optional<std::vector<RuleValue>> meant{};
+        std::vector<DocumentNews> news{};
+        // The rules in force, where the file does not hold them: another program has written since the write
+        // was cut short, or it could not be completed. The next write that succeeds settles the version.
+        std::optional<std::vector<RuleValue>> rules{};
     };
     Recovery recover(FileLock& lock);
 
@@ -101,12 +102,19 @@ private:
     struct Meant;
 
     void writeTo(WriteReport& report, const WriteOrder& order, FileLock& lock);
-    bool putAside(const WriteOrder& order, FileLock& lock, WriteReport& report);
+    std::optional<Recovery> settle(const JournalVersion& version, FileLock& lock);
+    FileAfterWrite stateOf(const JournalVersion& version, std::string_view now, std::string_view meant);
+    bool complete(const JournalVersion& version, std::string meant, FileLock& lock);
+    std::optional<std::string> putAside(const std::string& reason, FileLock& lock, WriteReport& report);
     std::optional<Meant> meantBy(const WriteOrder& order);
     std::optional<Meant> meantByVersion(std::int64_t number);
     std::optional<std::int64_t> beginVersion(
         const WriteOrder& order, const Meant& meant, std::string_view previous);
-    void settleVersion(const WriteReport& report);
+    void writeOver(WriteReport& report, const Meant& meant, std::string_view old);
+    void settleVersion(const WriteReport& report, FileLock& lock);
+    void noteLeft(const FileLock& lock);
+    void tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
+    void lookAtWritten(WriteReport& report, const Meant& meant, const FileLock& lock);
     std::optional<std::int64_t> keepForeign(std::string_view bytes, std::vector<DocumentNews>& news);
     void tellOfJournal(std::vector<DocumentNews>& news);
 

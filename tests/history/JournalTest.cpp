@@ -79,7 +79,7 @@ TEST(Journal, MakesNothingOnDiskUntilAVersionIsRecorded)
 
     EXPECT_TRUE(journal->versions().empty());
     EXPECT_FALSE(journal->newest());
-    EXPECT_FALSE(journal->underWay());
+    EXPECT_TRUE(journal->underWay().empty());
     EXPECT_FALSE(journal->bytesOf(1));
     EXPECT_FALSE(journal->undoable());
     EXPECT_FALSE(journal->problem());
@@ -116,13 +116,13 @@ TEST(Journal, HasAVersionUnderWayFromBeginToFinishAndAMarkerAsLong)
 
     ASSERT_TRUE(number);
     EXPECT_TRUE(folder.mayBeUnderWay());
-    ASSERT_TRUE(folder.journal()->underWay());
-    EXPECT_EQ(folder.journal()->underWay()->number, *number);
+    ASSERT_EQ(folder.journal()->underWay().size(), 1U);
+    EXPECT_EQ(folder.journal()->underWay().front().number, *number);
     EXPECT_EQ(folder.journal()->bytesOf(*number), "one\n");
 
     EXPECT_TRUE(folder.journal()->finish(*number, VersionState::recovered));
     EXPECT_FALSE(folder.mayBeUnderWay());
-    EXPECT_FALSE(journal->underWay());
+    EXPECT_TRUE(journal->underWay().empty());
     EXPECT_EQ(journal->version(*number)->state, VersionState::recovered);
 }
 
@@ -134,10 +134,41 @@ TEST(Journal, KeepsTheMarkerWhileAnotherVersionIsUnderWay)
     const auto second = journal->begin(version("two\n"));
     ASSERT_TRUE(first && second);
 
-    EXPECT_TRUE(journal->finish(*second, VersionState::done));
-    EXPECT_TRUE(folder.mayBeUnderWay());
+    EXPECT_EQ(journal->underWay().front().number, *second) << "newest first";
     EXPECT_TRUE(journal->finish(*first, VersionState::done));
+    EXPECT_TRUE(folder.mayBeUnderWay());
+    EXPECT_TRUE(journal->finish(*second, VersionState::done));
     EXPECT_FALSE(folder.mayBeUnderWay());
+}
+
+TEST(Journal, CountsOlderVersionsUnderWayAsRecoveredWhenOneIsFinished)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    const auto first = journal->begin(version("one\n"));
+    const auto second = journal->begin(version("two\n"));
+    ASSERT_TRUE(first && second);
+
+    EXPECT_TRUE(journal->finish(*second, VersionState::done));
+    EXPECT_EQ(journal->version(*first)->state, VersionState::recovered);
+    EXPECT_EQ(journal->version(*second)->state, VersionState::done);
+    EXPECT_FALSE(folder.mayBeUnderWay());
+}
+
+TEST(Journal, RemembersWhatAFailedWriteHasLeftForAsLongAsAVersionIsUnderWay)
+{
+    JournalFolder folder;
+    const auto journal = folder.journal();
+    const auto number = journal->begin(version("one\ntwo\n"));
+    ASSERT_TRUE(number);
+    EXPECT_FALSE(journal->isLeft("two\n")) << "nothing has failed";
+
+    journal->noteLeft("two\n");
+    EXPECT_TRUE(folder.journal()->isLeft("two\n"));
+    EXPECT_FALSE(folder.journal()->isLeft("one\n"));
+
+    journal->finish(*number, VersionState::recovered);
+    EXPECT_FALSE(folder.journal()->isLeft("two\n"));
 }
 
 TEST(Journal, ClearsAMarkerThatStandsForNothingWithTheNextVersion)

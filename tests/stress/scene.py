@@ -1,0 +1,56 @@
+"""A sandbox that can be brought back to where it was, and quorvanectl at work in it."""
+
+import json
+import os
+import shutil
+
+import faults
+from sandbox import Sandbox, read
+
+ALLOWED = "allow prefix {} /bin/sh r \"\" \"\" 0"
+
+
+class Scene:
+    """The user's rules file, the journal, programs and exchange files. All commands run in it; reset() makes it what it
+    was when keep() was called."""
+
+    def __init__(self):
+        self.sandbox = Sandbox()
+        self._kept = self.sandbox.path("kept")
+        self.environment = {"PATH": os.environ["PATH"], "HOME": self.sandbox.home, "LC_ALL": "C.UTF-8",
+                            "QUORVANE_ROOT": self.sandbox.root, "ASAN_OPTIONS": "allocator_may_return_null=1:exitcode=99",
+                            "UBSAN_OPTIONS": "exitcode=99"}
+
+    def end(self):
+        self.sandbox.end()
+
+    def keep(self):
+        for name in ("root", "home"):
+            shutil.copytree(self.sandbox.path(name), os.path.join(self._kept, name), symlinks=True)
+
+    def reset(self):
+        for name in ("root", "home"):
+            shutil.rmtree(self.sandbox.path(name))
+            shutil.copytree(os.path.join(self._kept, name), self.sandbox.path(name), symlinks=True)
+
+    def run(self, *arguments, fault="", **more):
+        return faults.run([faults.PROGRAM, *arguments], self.environment, fault, **more)
+
+    def rules(self):
+        """What is in force: the rules as `list` has them, without their places."""
+        listed = [json.loads(line) for line in self.run("list", "--json").out.splitlines()]
+        return [tuple(rule[key] for key in ("kind", "policyClass", "path", "processName", "operations", "tag", "created"))
+                for rule in listed]
+
+    def settled_rules(self):
+        """What is in force once another command has changed the rules."""
+        added = self.run("add", "allow", "prefix", "/the next command", "any", "r")
+        return added, [rule for rule in self.rules() if rule[2] != "/the next command"]
+
+    def content(self):
+        return read(self.sandbox.user_file) if os.path.exists(self.sandbox.user_file) else None
+
+    def tree(self):
+        """Every file of the user's, with its bytes."""
+        return {os.path.join(folder, name): read(os.path.join(folder, name))
+                for top in (self.sandbox.root, self.sandbox.home) for folder, _, names in os.walk(top) for name in names}

@@ -1,0 +1,101 @@
+"""quorvanectl killed at every call of a write in turn: the next command has the rules as they were, or as they were meant."""
+
+import json
+import os
+import subprocess
+import unittest
+
+import faults
+from sandbox import read
+from scene import Scene
+
+CONTENTS = os.path.join(faults.BIN, "journal_contents")
+POSITIONS = 10  # of each command, in a short run
+
+FEW = ["allow prefix /folder/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number) for number in range(60)]
+# More than a page of the data base, and of the file.
+MANY = ["allow prefix /folder/with/a/name/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number)
+        for number in range(3000)]
+
+
+class Kills(unittest.TestCase):
+    def setUp(self):
+        self.scene = Scene()
+        self.addCleanup(self.scene.end)
+        self.exchange = self.scene.sandbox.new_file("x.quorv", ["allow prefix /x/%d any r" % number
+                                                                for number in range(300)])
+        self.commands = {"add": ["add", "allow", "prefix", "/new", "any", "r"],
+                         "delete": ["delete", "allow", "prefix", "/folder/7", "/bin/0", "rw"],
+                         "import": ["import", self.exchange]}
+
+    def walk(self, rules, command, fault, has_history=True):
+        self.scene.sandbox.write_user(*rules)
+        if has_history:
+            self.assertEqual(self.scene.run("add", "allow", "prefix", "/folder/7", "/bin/0", "rw").status, 0)
+            rules_file = self.scene.sandbox.user_file
+            with open(rules_file, "ab") as file:  # another program's version, which only the file holds
+                file.write(b"allow prefix /another any r\n")
+        self.scene.keep()
+        before = self.scene.rules()
+        whole = self.scene.run(*self.commands[command])
+        self.assertEqual(whole.status, 0, whole)
+        meant = self.scene.rules()
+        calls = "write" if fault == "cut" else "any"
+        for number in faults.sample(range(1, whole.counts[calls] + 1), POSITIONS):
+            with self.subTest(command=command, number=number, fault=fault):
+                self.scene.reset()
+                killed = self.scene.run(*self.commands[command], fault=f"{calls}:{number}:{fault}")
+                self.assertTrue(faults.was_killed(killed), killed)
+                self.assert_as_before_or_as_meant(before, meant)
+
+    def assert_as_before_or_as_meant(self, before, meant):
+        was_cut = self.scene.rules() not in (before, meant)
+        added, rules = self.scene.settled_rules()
+        self.assertEqual(added.status, 0, added)
+        self.assertIn(rules, (before, meant))
+        if was_cut:
+            self.assertIn("cut short", added.err)
+        self.assertEqual([version["state"] for version in self.journal() if version["state"] == 1], [], "under way")
+
+    def journal(self):
+        """The versions, after a look at whether they are what they say they are."""
+        out = self.scene.sandbox.path("versions")
+        os.makedirs(out, exist_ok=True)
+        folder = os.path.join(self.scene.sandbox.home, ".local/state/quorvane")
+        done = subprocess.run([CONTENTS, folder, self.scene.sandbox.user_file, out], stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        versions = [json.loads(line) for line in done.stdout.splitlines()]
+        newest = os.path.join(out, f"{versions[-1]['number']}.bytes")
+        self.assertEqual(read(newest), self.scene.content())
+        return versions
+
+    def test_adding_to_few_rules(self):
+        self.walk(FEW, "add", "kill")
+
+    def test_deleting_of_few_rules(self):
+        self.walk(FEW, "delete", "kill")
+
+    def test_importing_to_few_rules(self):
+        self.walk(FEW, "import", "kill")
+
+    def test_importing_to_many_rules(self):
+        self.walk(MANY, "import", "kill")
+
+    def test_deleting_of_many_rules(self):
+        self.walk(MANY, "delete", "kill")
+
+    def test_adding_the_very_first_rule(self):
+        self.walk([], "add", "kill", has_history=False)
+
+    def test_adding_to_rules_without_a_history(self):
+        self.walk(FEW, "add", "kill", has_history=False)
+
+    def test_half_of_a_write(self):
+        self.walk(FEW, "import", "cut")
+
+    def test_half_of_a_write_that_makes_the_file_shorter(self):
+        self.walk(FEW, "delete", "cut")
+
+    def test_half_of_a_write_of_many_rules(self):
+        self.walk(MANY, "delete", "cut")

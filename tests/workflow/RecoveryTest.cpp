@@ -1,0 +1,268 @@
+#include "tests/support/SystemCalls.h"
+#include "tests/workflow/DocumentSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include <sys/resource.h>
+
+// What is made of a write of the user's rules that failed or was cut short, whoever comes next.
+
+namespace quorvane {
+
+namespace {
+
+std::string line(const std::string& path)
+{
+    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
+}
+
+using Kind = DocumentNews::Kind;
+
+NewVersion versionOf(std::string_view bytes, const std::string& action)
+{
+    NewVersion version;
+    version.program = "killed";
+    version.action = action;
+    version.bytes = bytes;
+    return version;
+}
+
+// For as long as it lives, no file of this process grows beyond a size.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(std::size_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limited{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+class Recovery : public testing::Test {
+protected:
+    std::string file() const { return TemporaryFolder::contents(path()); }
+    std::string path() const { return box.locations.userRulesFile(); }
+    std::unique_ptr<Journal> journal() const
+    {
+        return Journal::open(box.folder.path("state"), path(), {}, silentLog());
+    }
+
+    // As a program leaves it that is killed while it writes `meant` over `before`: the file holds `now`.
+    void cutShort(const std::string& before, const std::string& meant, const std::string& now)
+    {
+        const auto kept = journal();
+        if (!before.empty())
+            kept->record(versionOf(before, "Before"));
+        ASSERT_TRUE(kept->begin(versionOf(meant, "Add Rule")));
+        box.writeUserRules(now);
+    }
+
+    std::vector<VersionState> states() const
+    {
+        std::vector<VersionState> found;
+        for (const JournalVersion& version : journal()->versions())
+            found.push_back(version.state);
+        return found;
+    }
+
+    // What the file holds, and what was reported, once another program has begun.
+    std::vector<std::string> recovered()
+    {
+        DocumentAtWork next(box);
+        next.document->recover();
+        EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+        EXPECT_FALSE(next.document->failure());
+        return next.newsOf(Kind::recovered);
+    }
+
+    StoreSandbox box;
+};
+
+constexpr int firstOfRules = 1; // among the calls of write, where the first one makes the marker
+
+const std::string before = line("/a") + line("/b") + line("/c");
+const std::string meant = line("/b") + line("/c") + line("/new");
+
+} // namespace
+
+TEST_F(Recovery, OfAWriteThatNeverBeganLeavesTheRulesAndSaysSo)
+{
+    cutShort(before, meant, before);
+    const auto said = recovered();
+    ASSERT_EQ(said.size(), 1U);
+    EXPECT_NE(said[0].find("before it began"), std::string::npos) << said[0];
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(states(), (std::vector{VersionState::done}));
+}
+
+TEST_F(Recovery, OfAWriteThatIsDoneOnlySettlesTheVersion)
+{
+    cutShort(before, meant, meant);
+    EXPECT_EQ(recovered(), std::vector<std::string>());
+    EXPECT_EQ(file(), meant);
+    EXPECT_EQ(states(), (std::vector{VersionState::done, VersionState::done}));
+}
+
+TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
+{
+    const std::size_t whole = meant.size();
+    for (const std::size_t length :
+        {std::size_t{0}, std::size_t{1}, line("/b").size(), whole / 2, whole - 1}) {
+        for (const std::string& rest : {std::string(), before.substr(std::min(length, before.size())),
+                 std::string(whole - length, '\0')}) {
+            const std::string now = meant.substr(0, length) + rest;
+            if (now == before)
+                continue;
+            SCOPED_TRACE(now);
+            cutShort(before, meant, now);
+            const auto said = recovered();
+            ASSERT_EQ(said.size(), 1U);
+            EXPECT_NE(said[0].find("completed"), std::string::npos) << said[0];
+            EXPECT_EQ(file(), meant);
+            EXPECT_EQ(states().front(), VersionState::recovered);
+        }
+    }
+}
+
+TEST_F(Recovery, WritesWhatAnotherProgramDidSinceAndWhatWasMeant)
+{
+    cutShort(before, meant, line("/foreign") + before);
+    DocumentAtWork next(box);
+    next.document->recover();
+    EXPECT_EQ(file(), line("/foreign") + line("/b") + line("/c") + line("/new"));
+    EXPECT_FALSE(next.document->hasUnwrittenChanges());
+    EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+}
+
+TEST_F(Recovery, ComesBeforeTheNextChange)
+{
+    cutShort(before, meant, meant.substr(0, 60));
+    DocumentAtWork next(box);
+    EXPECT_FALSE(next.add("/next").failure);
+    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_EQ(next.newsOf(Kind::recovered).size(), 1U);
+    EXPECT_EQ(next.newsOf(Kind::setAside), std::vector<std::string>());
+}
+
+TEST_F(Recovery, OfAFileThatEndsInZerosSetsNothingAside)
+{
+    cutShort(before, meant, meant.substr(0, 60) + std::string(40, '\0'));
+    DocumentAtWork next(box);
+    EXPECT_FALSE(next.add("/next").failure);
+    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_EQ(next.newsOf(Kind::setAside), std::vector<std::string>());
+}
+
+TEST_F(Recovery, OfAWriteOnTopOfAnotherThatWasCutCompletesTheOlderOne)
+{
+    const std::string cut = meant.substr(0, 60);
+    cutShort(before, meant, cut);
+    journal()->record(versionOf(cut, "As it was found"));
+    const std::string newer = line("/b") + line("/newer");
+    ASSERT_TRUE(journal()->begin(versionOf(newer, "Newer"))); // and never began to write
+    recovered();
+    EXPECT_EQ(file(), meant);
+}
+
+TEST_F(Recovery, ThatFindsNoRoomLosesNothingAndIsTriedAgain)
+{
+    cutShort(before, meant, meant.substr(0, 60));
+    DocumentAtWork next(box);
+    {
+        const SystemCallHook full(SystemCall::write, failing(ENOSPC, [](int) { return true; }));
+        next.document->recover();
+        EXPECT_TRUE(next.document->failure());
+        EXPECT_EQ(next.store->userRules().size(), 3U) << "those that were meant";
+    }
+    EXPECT_TRUE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+    EXPECT_FALSE(next.add("/next").failure);
+    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+}
+
+TEST_F(Recovery, OfAFailedWriteBringsBackTheRuleThatWasLeftOut)
+{
+    box.writeUserRules(before);
+    {
+        DocumentAtWork window(box);
+        const SystemCallHook fault(
+            SystemCall::write, failing(EIO, [](int number) { return number == firstOfRules; }));
+        EXPECT_TRUE(window.add("/new").failure);
+    }
+    EXPECT_EQ(file(), line("/b") + line("/c") + line("/new"));
+    recovered();
+    EXPECT_EQ(file(), before + line("/new"));
+}
+
+TEST_F(Recovery, IsNotNeededWhereThereIsNoJournalSinceAFailedWritePutsTheOldContentBack)
+{
+    box.writeUserRules(before);
+    box.folder.write("state", "in the way");
+    DocumentAtWork window(box);
+    {
+        // Room for some of what comes behind the old content, then none: the write is short before it fails.
+        const FileSizeLimit limit(before.size() + 10);
+        EXPECT_TRUE(window.remove("/a").failure == std::nullopt);
+        EXPECT_TRUE(window.add("/new").failure == std::nullopt);
+        EXPECT_TRUE(window.add("/too much").failure);
+        EXPECT_EQ(file(), meant);
+    }
+    EXPECT_FALSE(window.add("/last").failure);
+    EXPECT_EQ(file(), meant + line("/too much") + line("/last"));
+}
+
+TEST_F(Recovery, OfAnUnreadableFileKeepsItUnderAnotherNameUnlessNothingCanTakeItsPlace)
+{
+    box.writeUserRules(before + "\xFF");
+    box.folder.write("state", "in the way");
+    DocumentAtWork window(box);
+    {
+        const SystemCallHook full(SystemCall::write, failing(ENOSPC, [](int) { return true; }));
+        EXPECT_TRUE(window.add("/new").failure);
+    }
+    EXPECT_EQ(file(), before + "\xFF");
+    EXPECT_FALSE(std::filesystem::exists(path() + ".unread"));
+    window.document->writeNow();
+    EXPECT_EQ(file(), line("/new"));
+    EXPECT_EQ(TemporaryFolder::contents(path() + ".unread"), before + "\xFF");
+}
+
+TEST_F(Recovery, IsTheWatchersToo)
+{
+    box.writeUserRules(before);
+    DocumentAtWork window(box);
+    cutShort(before, meant, meant.substr(0, 60));
+    window.document->takeForeignChanges();
+    EXPECT_EQ(file(), meant);
+    EXPECT_EQ(window.store->userRules().size(), 3U);
+    EXPECT_EQ(window.newsOf(Kind::recovered).size(), 1U);
+}
+
+TEST_F(Recovery, OfAWindowsOwnFailedWriteDoesNotTakeTheCutFileForAnothersRemoval)
+{
+    box.writeUserRules(before);
+    DocumentAtWork window(box);
+    {
+        const SystemCallHook full(
+            SystemCall::write, failing(ENOSPC, [](int number) { return number >= firstOfRules; }));
+        EXPECT_TRUE(window.add("/new").failure);
+    }
+    EXPECT_EQ(file(), "");
+    window.document->takeForeignChanges();
+    EXPECT_EQ(file(), before + line("/new"));
+    EXPECT_EQ(window.store->userRules().size(), 4U);
+}
+
+} // namespace quorvane
