@@ -77,7 +77,8 @@ RulesFileText::Outcome RulesFileText::readOnce(
     return outcome;
 }
 
-// True when the file has contents to read.
+// True when there is a file to read. One that is empty is opened as well: a writer that holds the lock may
+// just have emptied it.
 bool RulesFileText::lookAt(const std::string& path)
 {
     struct stat status { };
@@ -88,7 +89,7 @@ bool RulesFileText::lookAt(const std::string& path)
     else
         m_errorMessage = openFailure(path, systemError(errno));
     m_nothing = m_identity && m_identity->size <= 0;
-    return m_identity && !m_nothing;
+    return m_identity && *m_identity != FileIdentity::missing();
 }
 
 // None when it cannot be read or when there is nothing to read after all.
@@ -101,9 +102,11 @@ FileDescriptor RulesFileText::open(const std::string& path, std::error_code& err
     } else if (error == std::errc::not_supported) {
         m_nothing = true; // a pipe or device
     } else if (error == std::errc::is_a_directory) {
-        m_errorMessage = readFailure(path, error);
+        if (!m_nothing)
+            m_errorMessage = readFailure(path, error);
     } else if (file.get() <= 0) { // Deliberate: descriptor 0 counts as a failure too.
-        m_errorMessage = openFailure(path, error);
+        if (!m_nothing)
+            m_errorMessage = openFailure(path, error);
         return FileDescriptor();
     }
     return file;
@@ -112,6 +115,7 @@ FileDescriptor RulesFileText::open(const std::string& path, std::error_code& err
 RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int descriptor)
 {
     std::error_code error;
+    m_nothing = false;
     m_identity = FileIdentity::ofDescriptor(descriptor, error);
     m_size = m_identity ? static_cast<std::size_t>(m_identity->size) : 0;
     m_bytes.reset(new (std::nothrow) char[m_size + 1]);

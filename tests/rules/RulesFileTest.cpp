@@ -139,6 +139,34 @@ TEST_F(RulesFileTextTest, WaitsForAWriterThatHoldsTheLock)
     EXPECT_EQ(read.text(), otherRules);
 }
 
+TEST_F(RulesFileTextTest, WaitsForAWriterThatHasEmptiedTheFile)
+{
+    folder.write("rules", "");
+    FileLock lock = FileLock::take(path, LockMode::exclusive, never);
+    std::thread writer([&] {
+        folder.write("rules", otherRules);
+        lock = FileLock();
+    });
+    const RulesFileText read = RulesFileText::read(path, ample);
+    writer.join();
+
+    EXPECT_EQ(read.text(), otherRules);
+}
+
+TEST_F(RulesFileTextTest, IsNothingWithoutAFailureWhenItIsEmptyAndMayNotBeOpened)
+{
+    folder.write("rules", "");
+    std::filesystem::permissions(folder.path(), static_cast<std::filesystem::perms>(0755));
+    std::filesystem::permissions(path, std::filesystem::perms::none);
+    const std::string answer = answerOfChild([&] {
+        if (!becomeOrdinaryUser())
+            return std::string("still root");
+        const RulesFileText read = RulesFileText::read(path);
+        return std::string(read.isNothing() ? "nothing, " : "") + read.errorMessage().value_or("no failure");
+    });
+    EXPECT_EQ(answer, "nothing, no failure");
+}
+
 TEST_F(RulesFileTextTest, IsReadWithoutTheLockWhenThatIsNotHadInTime)
 {
     const FileLock lock = FileLock::take(path, LockMode::exclusive, never);
