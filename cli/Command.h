@@ -9,6 +9,14 @@ namespace quorvane {
 class Locations;
 class Log;
 
+// What the program ends with. Commands of the first edition answer 1 for a failure as well.
+namespace ExitStatus {
+constexpr int success = 0;
+constexpr int findings = 1; // or differences, conflicts, joined lines
+constexpr int usage = 2;
+constexpr int failure = 3;
+} // namespace ExitStatus
+
 struct CommandContext {
     const Locations& locations;
     Log& log;

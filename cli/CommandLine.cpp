@@ -21,11 +21,10 @@ namespace quorvane {
 
 namespace {
 
-constexpr int usageError = 2;
-
 // In the order of the help.
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
-    makeDeleteCommand, makeImportCommand, makeCheckCommand, makeCodesignCommand, makeDigestCommand};
+    makeDeleteCommand, makeImportCommand, makeCheckCommand, makeDiffCommand, makeMergeCommand,
+    makeRescueCommand, makeCodesignCommand, makeDigestCommand};
 
 // The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
 // value that is empty there, so that is made two words.
@@ -69,7 +68,7 @@ public:
         } catch (const CLI::ParseError& error) {
             std::ostringstream answer;
             if (m_description.exit(error, answer, std::cerr) != 0)
-                return usageError;
+                return ExitStatus::usage;
             Output output;
             output.write(answer.str());
             return output.finish() ? 0 : 1;
@@ -106,7 +105,7 @@ int runCommandLine(int argumentCount, const char* const* arguments)
     for (int number = 1; number < argumentCount; ++number) {
         if (!isValidUtf8(arguments[number])) {
             complain("argument " + std::to_string(number) + " is not valid UTF-8");
-            return usageError;
+            return ExitStatus::usage;
         }
     }
     Program program;

@@ -23,6 +23,12 @@ std::unique_ptr<Command> makeDeleteCommand();
 std::unique_ptr<Command> makeImportCommand();
 // Prints what is worth telling of the user's rules.
 std::unique_ptr<Command> makeCheckCommand();
+// Prints the rules by which a rules file differs from another.
+std::unique_ptr<Command> makeDiffCommand();
+// Merges what two sides did to a rules file.
+std::unique_ptr<Command> makeMergeCommand();
+// Prints the rules of joined lines, and takes them apart.
+std::unique_ptr<Command> makeRescueCommand();
 // Prints what the code signatures of programs, then of running processes, say.
 std::unique_ptr<Command> makeCodesignCommand();
 // Prints the digests of files, of all that can be read.

@@ -1,6 +1,6 @@
 #include "cli/Commands.h"
-#include "cli/JsonText.h"
 #include "cli/Output.h"
+#include "cli/RuleJson.h"
 #include "cli/SelectionOptions.h"
 #include "rules/ApplicationIdentity.h"
 #include "workflow/ApplicationValidation.h"
@@ -18,29 +18,26 @@ namespace {
 Json jsonRow(const RuleManager& store, std::size_t row, const PolicyRule& rule)
 {
     const PolicyRuleFields& fields = rule.fields();
-    return {{"row", row}, {"kind", "policy"}, {"policyClass", fields.policyClass},
-        {"policyType", fields.policyType}, {"path", jsonText(fields.path)},
-        {"processName", jsonText(fields.processName)}, {"tag", jsonText(fields.tag)},
-        {"constraint", jsonText(fields.constraint)}, {"operations", fields.operations},
-        {"flags", fields.flags}, {"created", fields.created}, {"sequence", fields.sequence},
-        {"system", fields.system}, {"ruleState", rule.getRuleState()},
-        {"applicationName", applicationNameForRule(rule)},
+    Json object{{"row", row}};
+    object.update(propertiesJson(fields));
+    object.update(Json{{"sequence", fields.sequence}, {"system", fields.system},
+        {"ruleState", rule.getRuleState()}, {"applicationName", applicationNameForRule(rule)},
         {"applicationGroupIdentity", applicationGroupIdentityForRule(rule)},
         {"redundant", store.isRedundant(rule)},
-        {"valid", isValidApplicationPath(rule, shownApplicationNameForRule(rule))}};
+        {"valid", isValidApplicationPath(rule, shownApplicationNameForRule(rule))}});
+    return object;
 }
 
 Json jsonRow(const RuleManager&, std::size_t row, const WatchRule& rule)
 {
     const WatchRuleFields& fields = rule.fields();
-    return {{"row", row}, {"kind", "watch"}, {"policyClass", rule.getPolicyClass()},
-        {"policyType", fields.policyType}, {"path", jsonText(fields.path)},
-        {"processName", jsonText(fields.processName)}, {"tag", jsonText(fields.tag)}, {"constraint", nullptr},
-        {"operations", fields.operations}, {"flags", fields.flags}, {"created", nullptr},
-        {"sequence", fields.sequence}, {"system", fields.system}, {"ruleState", rule.getRuleState()},
-        {"applicationName", applicationNameForRule(rule)},
+    Json object{{"row", row}};
+    object.update(propertiesJson(fields));
+    object.update(Json{{"sequence", fields.sequence}, {"system", fields.system},
+        {"ruleState", rule.getRuleState()}, {"applicationName", applicationNameForRule(rule)},
         {"applicationGroupIdentity", applicationGroupIdentityForRule(rule)}, {"redundant", false},
-        {"valid", true}};
+        {"valid", true}});
+    return object;
 }
 
 void printJson(Output& output, const RuleManager& store, bool includeSystemRules)
@@ -49,7 +46,7 @@ void printJson(Output& output, const RuleManager& store, bool includeSystemRules
     for (std::size_t row = 0; row < total; ++row) {
         const Json object = askRule(store.ruleAtIndex(row, includeSystemRules),
             [&](const auto& rule) { return jsonRow(store, row, rule); });
-        output.write(object.dump() + "\n");
+        output.write(jsonLine(object));
     }
 }
 

@@ -39,10 +39,10 @@ bool FileReplacement::isForbidden() const
     return m_error == std::errc::permission_denied || m_error == std::errc::operation_not_permitted;
 }
 
-bool FileReplacement::takeOwner(const struct stat& old)
+bool FileReplacement::canStandFor(const struct stat& old)
 {
     struct stat own { };
-    if (fstat(m_file.get(), &own) != 0)
+    if (old.st_nlink != 1 || fstat(m_file.get(), &own) != 0)
         return false;
     const bool isAlready = own.st_uid == old.st_uid && own.st_gid == old.st_gid;
     return isAlready || fchown(m_file.get(), old.st_uid, old.st_gid) == 0;

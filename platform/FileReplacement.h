@@ -29,8 +29,9 @@ public:
     // Open for writing; negative after a failure.
     int descriptor() const { return m_file.get(); }
 
-    // True when the new file now has the owner and group of the old one.
-    bool takeOwner(const struct stat& old);
+    // True when the new file can stand for the old one, whose owner and group it has then: that has no other
+    // names.
+    bool canStandFor(const struct stat& old);
     // Sets the permission bits, syncs and takes the place of whatever file is at the path. After an error
     // that one is what it was.
     std::error_code takePlace(mode_t permissions);

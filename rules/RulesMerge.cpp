@@ -1,5 +1,7 @@
 #include "rules/RulesMerge.h"
 
+#include "rules/AscendingRun.h"
+#include "rules/OccurrenceNumbering.h"
 #include "rules/RuleMarks.h"
 #include "rules/RuleNumbering.h"
 
@@ -28,59 +30,16 @@ struct Entry {
 // another, the second the second.
 class EntryNumbering {
 public:
-    void beginList() { std::fill(m_latest.begin(), m_latest.end(), none); }
-
+    void beginList() { m_occurrences.beginList(); }
     std::uint32_t numberOf(const RuleValue& rule)
     {
-        const std::uint32_t number = m_numbering.numberOf(rule);
-        if (number == m_latest.size()) {
-            m_latest.push_back(none);
-            m_first.push_back(newEntry());
-        }
-        std::uint32_t& latest = m_latest[number];
-        if (latest != none && m_following[latest] == none) {
-            const std::uint32_t following = newEntry();
-            m_following[latest] = following;
-        }
-        latest = latest == none ? m_first[number] : m_following[latest];
-        return latest;
+        return m_occurrences.numberOf(m_numbering.numberOf(rule));
     }
 
 private:
-    std::uint32_t newEntry()
-    {
-        m_following.push_back(none);
-        return static_cast<std::uint32_t>(m_following.size() - 1);
-    }
-
     RuleNumbering m_numbering;
-    std::vector<std::uint32_t> m_first; // by rule: the entry of the first one of a list
-    std::vector<std::uint32_t> m_latest; // by rule: the entry of the latest one of this list
-    std::vector<std::uint32_t> m_following; // by entry: that of the next equal rule
+    OccurrenceNumbering m_occurrences;
 };
-
-// Which of `numbers` are no part of a longest ascending subsequence.
-std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
-{
-    std::vector<std::size_t> ends; // by length less 1: where the subsequence with the lowest end ends
-    std::vector<std::size_t> before(numbers.size()); // in the subsequence that ends here
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const auto place = std::lower_bound(ends.begin(), ends.end(), numbers[i],
-            [&](std::size_t end, std::uint32_t number) { return numbers[end] < number; });
-        before[i] = place == ends.begin() ? i : *(place - 1);
-        if (place == ends.end())
-            ends.push_back(i);
-        else
-            *place = i;
-    }
-    std::vector<bool> isOut(numbers.size(), true);
-    std::size_t at = ends.empty() ? 0 : ends.back();
-    for (std::size_t left = ends.size(); left > 0; --left) {
-        isOut[at] = false;
-        at = before[at];
-    }
-    return isOut;
-}
 
 class Merge {
 public:
@@ -237,17 +196,11 @@ private:
 
     void addOfBoth(MergeResult& merged, const Entry& entry, bool isMoved) const
     {
-        const RuleValue& ours = m_ours[entry.ours];
-        const RuleValue& theirs = m_theirs[entry.theirs];
-        const RuleValue& base = entry.base == none ? theirs : m_base[entry.base]; // ours counts as the change
-        const bool takesTheirTag = hasSameTag(base, ours);
-        const bool takesTheirTime = createdOf(base) == createdOf(ours);
-        const RuleValue rule = withMarks(ours, takesTheirTag ? theirs : ours, takesTheirTime ? theirs : ours);
-        if (!hasSameTag(rule, theirs) && entry.base == none)
-            merged.reports.push_back({MergeReport::addedWithOtherTag, rule, theirs});
-        else if (!hasSameTag(rule, theirs) && !hasSameTag(base, theirs))
-            merged.reports.push_back({MergeReport::tagSetOnBothSides, rule, theirs});
-        merged.rules.push_back({rule, entry.ours, isMoved});
+        const RuleValue* base = entry.base == none ? nullptr : &m_base[entry.base];
+        MergedMarks marks = mergeMarks(base, m_ours[entry.ours], m_theirs[entry.theirs]);
+        if (marks.report)
+            merged.reports.push_back(std::move(*marks.report));
+        merged.rules.push_back({std::move(marks.rule), entry.ours, isMoved});
     }
 
     const std::vector<RuleValue>& m_base;
@@ -261,6 +214,22 @@ private:
 };
 
 } // namespace
+
+MergedMarks mergeMarks(const RuleValue* base, const RuleValue& ours, const RuleValue& theirs)
+{
+    const RuleValue& before = base == nullptr ? theirs : *base; // without a base, ours counts as the change
+    const bool takesTheirTag = hasSameTag(before, ours);
+    const bool takesTheirTime = createdOf(before) == createdOf(ours);
+    MergedMarks merged{
+        withMarks(ours, takesTheirTag ? theirs : ours, takesTheirTime ? theirs : ours), std::nullopt};
+    if (hasSameTag(merged.rule, theirs))
+        return merged;
+    if (base == nullptr)
+        merged.report = {MergeReport::addedWithOtherTag, merged.rule, theirs};
+    else if (!hasSameTag(before, theirs))
+        merged.report = {MergeReport::tagSetOnBothSides, merged.rule, theirs};
+    return merged;
+}
 
 MergeResult mergeRules(const std::vector<RuleValue>& base, const std::vector<RuleValue>& ours,
     const std::vector<RuleValue>& theirs, Placement placement)

@@ -38,6 +38,15 @@ struct MergeReport {
     RuleValue other;
 };
 
+// A rule that both sides have, with tag and creation time merged.
+struct MergedMarks {
+    RuleValue rule;
+    std::optional<MergeReport> report;
+};
+
+// `base` is null for a rule that both sides have added.
+MergedMarks mergeMarks(const RuleValue* base, const RuleValue& ours, const RuleValue& theirs);
+
 struct MergeResult {
     std::vector<MergedRule> rules;
     std::vector<MergeReport> reports;

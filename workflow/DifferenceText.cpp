@@ -109,4 +109,15 @@ std::string reportText(const MergeReport& report)
     return {};
 }
 
+std::string conflictText(const FileConflict& conflict)
+{
+    if (const auto* rule = std::get_if<MergeReport>(&conflict))
+        return reportText(*rule);
+    const auto& text = std::get<TextConflict>(conflict);
+    const std::string kept = "\"" + text.kept + "\"";
+    return text.kind == TextConflict::changedOnBothSides
+        ? "both sides changed a line: " + kept + " is kept, not \"" + text.other + "\""
+        : "one side removed a line, the other changed it: it is kept: " + kept;
+}
+
 } // namespace quorvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rules/FileMerge.h"
 #include "rules/RulesDiff.h"
 #include "rules/RulesMerge.h"
 
@@ -24,7 +25,8 @@ std::vector<std::string> differenceTexts(const RulesDifference& difference);
 // "2 rules added, 1 removed, 1 changed", without what is none; "no rule changed" when nothing differs.
 std::string differenceSummary(const RulesDifference& difference);
 
-// What a merge has decided, and for which rule.
+// What a merge has decided, and for which rule or text.
 std::string reportText(const MergeReport& report);
+std::string conflictText(const FileConflict& conflict);
 
 } // namespace quorvane

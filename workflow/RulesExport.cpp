@@ -32,7 +32,7 @@ bool canStandFor(FileReplacement& file, const FileDescriptor& existing)
     struct stat status { };
     if (!existing)
         return true;
-    return fstat(existing.get(), &status) == 0 && status.st_nlink == 1 && file.takeOwner(status);
+    return fstat(existing.get(), &status) == 0 && file.canStandFor(status);
 }
 
 WriteResult replace(FileReplacement& file, const std::string& destination, const RulesContent& content)

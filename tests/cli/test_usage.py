@@ -48,7 +48,8 @@ class Usage(CommandTest):
 
     def test_help_names_every_command(self):
         text = self.succeed("--help").out.decode()
-        for command in ("list", "options", "export", "add", "delete", "check", "codesign", "digest"):
+        for command in ("list", "options", "export", "add", "delete", "check", "diff", "merge", "rescue", "codesign",
+                        "digest"):
             self.assertIn(command, text)
 
     def test_the_root_option_stands_before_the_command(self):

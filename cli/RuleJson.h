@@ -1,0 +1,18 @@
+#pragma once
+
+#include "cli/JsonText.h"
+#include "rules/RuleValue.h"
+
+#include <string>
+
+namespace quorvane {
+
+// The properties of a rule under the names that every command gives them, from "kind" to "created".
+Json propertiesJson(const PolicyRuleFields& rule);
+Json propertiesJson(const WatchRuleFields& rule);
+Json propertiesJson(const RuleValue& rule);
+
+// The object on a line of its own. Bytes that are no UTF-8 are replaced.
+std::string jsonLine(const Json& object);
+
+} // namespace quorvane

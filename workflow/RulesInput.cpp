@@ -1,0 +1,121 @@
+#include "workflow/RulesInput.h"
+
+#include "platform/FileDescriptor.h"
+#include "platform/RegularFile.h"
+#include "platform/SystemError.h"
+#include "platform/Unicode.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/vfs.h>
+
+namespace quorvane {
+
+namespace {
+
+// What has no end, as /dev/zero through a pipe, must not take all memory.
+constexpr std::size_t mostPipeBytes = std::size_t{1} << 30U;
+
+std::string unreadable(const std::string& name, const std::string& reason)
+{
+    return "Cannot read '" + name + "': " + reason;
+}
+
+bool isNullDevice(const struct stat& status)
+{
+    constexpr unsigned memoryDevices = 1;
+    constexpr unsigned null = 3;
+    return S_ISCHR(status.st_mode) && status.st_rdev == makedev(memoryDevices, null);
+}
+
+// A pipe without a name, which has a writer or has had one. A named one may never get any.
+bool isShellPipe(const std::string& path, const struct stat& status)
+{
+    struct statfs system { };
+    return S_ISFIFO(status.st_mode) && statfs(path.c_str(), &system) == 0 && system.f_type == PIPEFS_MAGIC;
+}
+
+std::string kindOf(const struct stat& status)
+{
+    if (S_ISDIR(status.st_mode))
+        return "it is a folder";
+    return S_ISFIFO(status.st_mode) ? "it is a named pipe" : "it is no regular file";
+}
+
+} // namespace
+
+RulesInput RulesInput::read(const std::string& path, bool nullDeviceIsEmpty)
+{
+    RulesInput input;
+    struct stat status { };
+    if (stat(path.c_str(), &status) != 0) {
+        input.fail(errno == ENOENT ? "There is no file '" + path + "'"
+                                   : unreadable(path, errorText(systemError(errno))));
+    } else if (S_ISREG(status.st_mode)) {
+        input.readRegular(path);
+    } else if (isShellPipe(path, status)) {
+        const FileDescriptor pipe(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        if (pipe)
+            input.readPipe(pipe.get(), path);
+        else
+            input.fail(unreadable(path, errorText(systemError(errno))));
+    } else if (!nullDeviceIsEmpty || !isNullDevice(status)) {
+        input.fail(unreadable(path, kindOf(status)));
+    }
+    return input;
+}
+
+RulesInput RulesInput::readDescriptor(int descriptor, const std::string& name)
+{
+    RulesInput input;
+    input.readPipe(descriptor, name);
+    return input;
+}
+
+void RulesInput::fail(const std::string& problem)
+{
+    m_problem = m_textProblem = problem;
+}
+
+void RulesInput::readRegular(const std::string& path)
+{
+    std::error_code error;
+    const std::string resolved = std::filesystem::canonical(path, error).string();
+    if (error) {
+        fail(unreadable(path, errorText(error)));
+        return;
+    }
+    m_file = RulesFileText::read(resolved);
+    if (m_file->errorMessage())
+        fail(*m_file->errorMessage());
+    else
+        m_textProblem = m_file->unreadReason();
+}
+
+void RulesInput::readPipe(int descriptor, const std::string& name)
+{
+    constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+    std::error_code error;
+    for (std::size_t got = pieceSize; got == pieceSize;) {
+        const std::size_t size = m_bytes.size();
+        if (size > mostPipeBytes)
+            return fail(unreadable(name, "it goes on for more than a gibibyte"));
+        m_bytes.resize(size + pieceSize);
+        got = readFully(descriptor, m_bytes.data() + size, pieceSize, error);
+        m_bytes.resize(size + got);
+    }
+    if (error)
+        return fail(unreadable(name, errorText(error)));
+    if (m_bytes.find('\0') != std::string::npos)
+        m_textProblem = unreadable(name, "it holds a NUL byte");
+    else if (!isValidUtf8(m_bytes))
+        m_textProblem = unreadable(name, "it is not valid UTF-8");
+}
+
+} // namespace quorvane

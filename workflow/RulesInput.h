@@ -1,0 +1,40 @@
+#pragma once
+
+#include "rules/RulesFile.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvane {
+
+// The contents of a file that a command was given: a regular file or a link to one, or a pipe that a shell
+// made, which is read to its end. Folders, devices and named pipes are refused without being opened, so that
+// nothing waits for who may never come. Any thread.
+class RulesInput {
+public:
+    // `nullDeviceIsEmpty`: /dev/null is a file without lines.
+    static RulesInput read(const std::string& path, bool nullDeviceIsEmpty = false);
+    // What comes from an open descriptor of whatever kind, up to its end; `name` stands in problems.
+    static RulesInput readDescriptor(int descriptor, const std::string& name);
+
+    // Why it could not be read; none when it was, whatever it holds. Then bytes() are all there is.
+    const std::optional<std::string>& problem() const { return m_problem; }
+    // The same, and for what is no text: not UTF-8, or with a NUL byte.
+    const std::optional<std::string>& textProblem() const { return m_textProblem; }
+
+    // Lasts as long as this object.
+    std::string_view bytes() const { return m_file ? m_file->bytes() : std::string_view(m_bytes); }
+
+private:
+    void fail(const std::string& problem);
+    void readPipe(int descriptor, const std::string& name);
+    void readRegular(const std::string& path);
+
+    std::optional<RulesFileText> m_file;
+    std::string m_bytes; // without a file
+    std::optional<std::string> m_problem;
+    std::optional<std::string> m_textProblem;
+};
+
+} // namespace quorvane
