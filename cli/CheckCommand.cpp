@@ -40,7 +40,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const OpenedStore opened = openStore(m_selection, context.locations, context.log);
+        const OpenedStore opened = openStore(m_selection, context);
         const RuleManager& store = *opened.store;
         Output output;
         bool anyFinding = false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 namespace CLI {
 class App;
 }
@@ -9,10 +11,11 @@ namespace quorvane {
 class Locations;
 class Log;
 
-// What the program ends with. Commands of the first edition answer 1 for a failure as well.
+// What the program ends with.
 namespace ExitStatus {
 constexpr int success = 0;
 constexpr int findings = 1; // or differences, conflicts, joined lines
+constexpr int failed = 1; // list, options, export, add, delete, import, check, codesign and digest
 constexpr int usage = 2;
 constexpr int failure = 3;
 } // namespace ExitStatus
@@ -20,6 +23,7 @@ constexpr int failure = 3;
 struct CommandContext {
     const Locations& locations;
     Log& log;
+    std::chrono::milliseconds lockTimeout; // for another program's write to end
 };
 
 // A command of quorvanectl. It describes itself to the parser, which help, completions and the check of the

@@ -9,10 +9,16 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -21,10 +27,30 @@ namespace quorvane {
 
 namespace {
 
+constexpr std::chrono::seconds usualLockTimeout{5};
+
+// What the argument of --lock-timeout means; none when it is no number of seconds.
+std::optional<std::chrono::milliseconds> lockTimeoutOf(const std::string& seconds)
+{
+    constexpr double longest = 365.0 * 24 * 3600;
+    double value = -1;
+    const char* end = seconds.data() + seconds.size();
+    const auto [stop, error] = std::from_chars(seconds.data(), end, value, std::chars_format::fixed);
+    if (error != std::errc() || stop != end || !std::isfinite(value) || value < 0)
+        return std::nullopt;
+    return std::chrono::milliseconds(static_cast<std::int64_t>(std::min(value, longest) * 1000));
+}
+
+std::string onlySeconds(const std::string& text)
+{
+    return lockTimeoutOf(text) ? "" : "'" + text + "' is not a number of seconds";
+}
+
 // In the order of the help.
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
-    makeDeleteCommand, makeImportCommand, makeCheckCommand, makeDiffCommand, makeMergeCommand,
-    makeRescueCommand, makeCodesignCommand, makeDigestCommand};
+    makeDeleteCommand, makeImportCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand,
+    makeRedoCommand, makeCheckCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand,
+    makeCodesignCommand, makeDigestCommand};
 
 // The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
 // value that is empty there, so that is made two words.
@@ -53,6 +79,11 @@ public:
         m_description.add_option("--root", m_root, "Put DIR in front of the product's own locations")
             ->envname("QUORVANE_ROOT")
             ->type_name("DIR");
+        m_description
+            .add_option("--lock-timeout", m_lockTimeout,
+                "Wait at most so long for another program's write to end; 5 unless given")
+            ->type_name("SECONDS")
+            ->check(onlySeconds);
         m_description.require_subcommand(1);
         m_description.fallthrough();
         for (const auto& makeCommand : commandMakers)
@@ -79,7 +110,7 @@ public:
     {
         const auto log = makeProgramLog("quorvanectl", false);
         const Locations locations(m_root, loginName());
-        return m_chosen->run({locations, *log});
+        return m_chosen->run({locations, *log, lockTimeoutOf(m_lockTimeout).value_or(usualLockTimeout)});
     }
 
 private:
@@ -94,6 +125,7 @@ private:
 
     CLI::App m_description{"Shows, changes and checks Quorvane rules without a window.", "quorvanectl"};
     std::string m_root;
+    std::string m_lockTimeout;
     std::vector<std::unique_ptr<Command>> m_commands;
     Command* m_chosen = nullptr; // set when the arguments are parsed
 };

@@ -21,6 +21,14 @@ std::unique_ptr<Command> makeDeleteCommand();
 // Adds the rules of an exchange file to the current user's configuration, as an import review does with every
 // row ticked, and writes it.
 std::unique_ptr<Command> makeImportCommand();
+// Prints the versions of the current user's rules, or what one of them changed.
+std::unique_ptr<Command> makeHistoryCommand();
+// Puts an earlier version in force again.
+std::unique_ptr<Command> makeRestoreCommand();
+// Takes back the newest action that is not undone.
+std::unique_ptr<Command> makeUndoCommand();
+// Does again what was undone last.
+std::unique_ptr<Command> makeRedoCommand();
 // Prints what is worth telling of the user's rules.
 std::unique_ptr<Command> makeCheckCommand();
 // Prints the rules by which a rules file differs from another.

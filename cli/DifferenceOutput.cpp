@@ -54,4 +54,16 @@ void writeDifference(Output& output, const RulesDifference& difference, bool asJ
         output.write(printable(text) + "\n");
 }
 
+void writeOutcome(
+    Output& output, const RulesDifference& difference, const ChangeOutcome& outcome, bool asJson)
+{
+    if (asJson) {
+        output.write(jsonLine({{"added", difference.added.size()}, {"removed", difference.removed.size()},
+            {"changed", difference.changed.size()}, {"unchanged", outcome.unchanged},
+            {"written", outcome.isWritten}}));
+        return;
+    }
+    output.write(differenceSummary(difference) + (outcome.isWritten ? "\n" : "; nothing was written\n"));
+}
+
 } // namespace quorvane

@@ -2,6 +2,8 @@
 
 #include "rules/RulesDiff.h"
 
+#include <cstddef>
+
 namespace quorvane {
 
 class Output;
@@ -9,5 +11,15 @@ class Output;
 // Prints what differs, as every command does that prints a difference: added rules, then removed ones, then
 // changed ones; as text or as an object a line.
 void writeDifference(Output& output, const RulesDifference& difference, bool asJson);
+
+// What a command that changes rules has done besides, or would have done.
+struct ChangeOutcome {
+    std::size_t unchanged = 0; // rules that needed nothing
+    bool isWritten = false; // false also when nothing had to be
+};
+
+// The last line or object of such a command: how many rules it changed.
+void writeOutcome(
+    Output& output, const RulesDifference& difference, const ChangeOutcome& outcome, bool asJson);
 
 } // namespace quorvane

@@ -1,6 +1,6 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
-#include "cli/RuleSelection.h"
+#include "cli/UserDocument.h"
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleEdits.h"
@@ -93,14 +93,17 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const auto user = openForWriting(context.locations, context.log);
+        const auto user = openForWriting(context);
         if (!user)
-            return 1;
+            return ExitStatus::failed;
         const RuleRef rule = recordOf(m_rule);
-        if (!askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); }))
+        const bool readsBack = askRule(
+            rule, [&](const auto& record) { return readsBackAsWritten(record.fields(), user->lineEnds()); });
+        if (!readsBack)
             complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
-        user->document.perform(additionOf(rule), {actionName("Add", 1)});
-        return user->status();
+        user->expectUnwritableRules(readsBack ? 0 : 1);
+        user->document().perform(additionOf(rule), {actionName("Add", 1)});
+        return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
     }
 };
 
@@ -116,21 +119,21 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const auto user = openForWriting(context.locations, context.log);
+        const auto user = openForWriting(context);
         if (!user)
-            return 1;
+            return ExitStatus::failed;
         const RuleRef wanted = recordOf(m_rule);
-        const auto stored = user->store->firstEqualRule(wanted, {});
+        const auto stored = user->store().firstEqualRule(wanted, {});
         if (!stored) {
             complain("no rule is equal to " + ruleText(wanted));
-            return 1;
+            return ExitStatus::failed;
         }
         if (isSystemRule(*stored)) {
             complain("a system rule cannot be deleted: " + ruleText(wanted));
-            return 1;
+            return ExitStatus::failed;
         }
-        user->document.perform(deletionOf(*user->store, {wanted}), {actionName("Delete", 1)});
-        return user->status();
+        user->document().perform(deletionOf(user->store(), {wanted}), {actionName("Delete", 1)});
+        return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
     }
 };
 

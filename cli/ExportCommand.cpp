@@ -42,7 +42,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const OpenedStore opened = openStore(m_selection, context.locations, context.log);
+        const OpenedStore opened = openStore(m_selection, context);
         // An export of what could not be read would leave an empty file where a good one may have been.
         if (!opened.isComplete) {
             complain("nothing was written: not all rules could be read");

@@ -1,7 +1,9 @@
 #include "cli/Commands.h"
+#include "cli/DifferenceOutput.h"
 #include "cli/JsonText.h"
 #include "cli/Output.h"
 #include "cli/RuleSelection.h"
+#include "cli/UserDocument.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleImport.h"
 
@@ -14,15 +16,15 @@ namespace quorvane {
 namespace {
 
 // Hands over all rules; answers how many of those that were added will not read back.
-std::size_t importRules(const RuleManager& exchange, RuleImport& import)
+std::size_t importRules(const RuleManager& exchange, RuleImport& import, LineEnds lineEnds)
 {
     std::size_t unwritable = 0;
     const std::size_t total = exchange.totalRules(false);
     for (std::size_t row = 0; row < total; ++row) {
         const std::int32_t before = import.addedRules();
         const RuleRef rule = import.importRule(exchange.ruleAtIndex(row, false));
-        const bool readsBack
-            = askRule(rule, [](const auto& record) { return readsBackAsWritten(record.fields()); });
+        const bool readsBack = askRule(
+            rule, [lineEnds](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         unwritable += import.addedRules() > before && !readsBack ? 1U : 0U;
     }
     return unwritable;
@@ -35,6 +37,14 @@ std::string answer(const RuleImport& import, const ImportResult& result, bool as
     return Json{{"imported", import.importedRules()}, {"added", import.addedRules()}}.dump() + "\n";
 }
 
+void warnOfUnwritable(std::size_t rules)
+{
+    if (rules > 0)
+        complain("warning: " + std::to_string(rules)
+            + " of the rules added do not read back as written: they hold text other than ASCII, a double "
+              "quote, a blank at the end of a field, or no operations");
+}
+
 class ImportCommand : public Command {
 public:
     CLI::App& addTo(CLI::App& program) override
@@ -44,44 +54,64 @@ public:
         command.footer(
             "Rules without a tag get the file's name as their tag; rules without a constraint are bound "
             "to their program.\n--json prints one object: \"imported\", the rules of the file, and "
-            "\"added\", those that were not there yet.\nThe pending suggestions of the fail-safe file "
+            "\"added\", those that were not there yet;\nwith --dry-run one object for each rule that would "
+            "be "
+            "added, and one with the numbers.\nThe pending suggestions of the fail-safe file "
             "are dropped, as after every import.");
         command.add_option("FILE", m_file, "An exchange file")->required();
+        command.add_flag("--dry-run", m_isDryRun, "Tell what would be added, and write nothing");
         command.add_flag("--json", m_asJson, "Print a JSON object");
         return command;
     }
 
     int run(const CommandContext& context) override
     {
-        const auto user = openForWriting(context.locations, context.log);
+        const auto user = m_isDryRun ? openToLook(context) : openForWriting(context);
         if (!user)
-            return 1;
-        const OpenedStore exchange = openStore({.file = m_file}, context.locations, context.log);
+            return ExitStatus::failed;
+        const OpenedStore exchange = openStore({.file = m_file}, context);
         if (!exchange.isComplete) {
             complain("nothing was imported");
-            return 1;
+            return ExitStatus::failed;
         }
-        RuleImport import(user->document);
+        RuleImport import(user->document());
         import.begin(m_file);
-        const std::size_t unwritable = importRules(*exchange.store, import);
+        const std::size_t unwritable = importRules(*exchange.store, import, user->lineEnds());
+        warnOfUnwritable(unwritable);
+        user->expectUnwritableRules(unwritable);
+        return m_isDryRun ? show(import) : finish(import);
+    }
+
+private:
+    // What the import would add.
+    int show(const RuleImport& import) const
+    {
+        RulesDifference difference;
+        for (const ChangeSet::Addition& addition : import.pendingChange().added)
+            difference.added.push_back(addition.value);
+        Output output;
+        writeDifference(output, difference, m_asJson);
+        const auto present = static_cast<std::size_t>(import.importedRules() - import.addedRules());
+        writeOutcome(output, difference, {.unchanged = present}, m_asJson);
+        return output.finish() ? ExitStatus::success : ExitStatus::failed;
+    }
+
+    int finish(RuleImport& import) const
+    {
         const ImportResult result = import.didFinishImportingRules();
         if (result.writeFailure) {
             complain(*result.writeFailure);
-            return 1;
+            return ExitStatus::failed;
         }
-        if (unwritable > 0)
-            complain("warning: " + std::to_string(unwritable)
-                + " of the rules added do not read back as written: they hold text other than ASCII, a "
-                  "double quote, a blank at the end of a field, or no operations");
         Output output;
         output.write(answer(import, result, m_asJson));
         if (!result.hasImported)
             complain(result.notice.message);
-        return output.finish() && result.hasImported ? 0 : 1;
+        return output.finish() && result.hasImported ? ExitStatus::success : ExitStatus::failed;
     }
 
-private:
     std::string m_file;
+    bool m_isDryRun = false;
     bool m_asJson = false;
 };
 

@@ -112,7 +112,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const OpenedStore opened = openStore(m_selection, context.locations, context.log);
+        const OpenedStore opened = openStore(m_selection, context);
         Output output;
         if (m_asJson)
             printJson(output, *opened.store, m_selection.includeSystemRules);

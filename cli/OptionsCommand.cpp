@@ -20,7 +20,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const OpenedStore opened = openStore({}, context.locations, context.log);
+        const OpenedStore opened = openStore({}, context);
         Output output;
         for (const FilterOption& option : opened.store->filterOptions()) {
             if (m_asJson)

@@ -1,6 +1,9 @@
 #include "cli/RuleSelection.h"
 
+#include "cli/Command.h"
 #include "cli/Output.h"
+#include "workflow/ProgramSettings.h"
+#include "workflow/UserRulesFile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -34,16 +37,24 @@ std::optional<std::string> whyIncomplete(const RuleSelection& selection, const R
     return unread ? std::optional(unread->reason) : std::nullopt;
 }
 
+std::unique_ptr<RuleManager> userStore(const CommandContext& context)
+{
+    auto store
+        = RuleManager::initWithCurrentUserConfiguration(context.locations, context.log, context.lockTimeout);
+    UserRulesFile file(context.locations, "quorvanectl", defaultStateFolder(), context.log);
+    if (const auto meant = file.textUnderWay(context.lockTimeout))
+        store->reloadCurrentUserConfiguration(*meant);
+    return store;
+}
+
 } // namespace
 
-OpenedStore openStore(const RuleSelection& selection, const Locations& locations, Log& log)
+OpenedStore openStore(const RuleSelection& selection, const CommandContext& context)
 {
     OpenedStore opened;
-    if (selection.file)
-        opened.store
-            = RuleManager::initWithContentsOfFile(*selection.file, selection.labelAsSystem, locations, log);
-    else
-        opened.store = RuleManager::initWithCurrentUserConfiguration(locations, log);
+    opened.store = selection.file ? RuleManager::initWithContentsOfFile(*selection.file,
+                       selection.labelAsSystem, context.locations, context.log, context.lockTimeout)
+                                  : userStore(context);
     const auto& message = opened.store->lastErrorMessage();
     const auto missing = whyMissing(selection);
     const auto reason = missing ? missing : whyIncomplete(selection, *opened.store);
@@ -57,45 +68,6 @@ OpenedStore openStore(const RuleSelection& selection, const Locations& locations
     opened.store->applyFilterWithString(selection.filter);
     opened.store->sortIndexUsingDescriptors(selection.sort);
     return opened;
-}
-
-UserDocument::UserDocument(std::unique_ptr<RuleManager> opened, Log& log)
-    : store(std::move(opened))
-    , document(*store, run, owner(), log)
-{
-    document.setObserver(this);
-}
-
-DocumentOwner UserDocument::owner()
-{
-    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
-    if (read.problem)
-        complain(*read.problem);
-    return {.program = "quorvanectl", .stateFolder = defaultStateFolder(), .settings = read.settings};
-}
-
-void UserDocument::documentHasNews(const DocumentNews& news)
-{
-    if (news.kind
-        != DocumentNews::Kind::cutShort) // commands say which of the rules given to them do not survive
-        complain(news.text);
-}
-
-int UserDocument::status() const
-{
-    if (!document.failure())
-        return 0;
-    complain(*document.failure());
-    return 1;
-}
-
-std::unique_ptr<UserDocument> openForWriting(const Locations& locations, Log& log)
-{
-    OpenedStore opened = openStore({}, locations, log);
-    if (opened.isComplete)
-        return std::make_unique<UserDocument>(std::move(opened.store), log);
-    complain("nothing was written: it would lose the rules that were not read");
-    return nullptr;
 }
 
 } // namespace quorvane

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "rules/RuleManager.h"
-#include "workflow/RulesDocument.h"
-#include "workflow/RunState.h"
 
 #include <memory>
 #include <optional>
@@ -10,6 +8,8 @@
 #include <vector>
 
 namespace quorvane {
+
+struct CommandContext;
 
 // Which store a command asks, and which of its rows in which order.
 struct RuleSelection {
@@ -29,30 +29,8 @@ struct OpenedStore {
     bool isComplete = true;
 };
 
-// Reads the store that `selection` names, filtered and sorted, and complains of what could not be read.
-OpenedStore openStore(const RuleSelection& selection, const Locations& locations, Log& log);
-
-// The current user's rules, to be changed. What the document reports goes to standard error.
-struct UserDocument : private DocumentObserver {
-    UserDocument(std::unique_ptr<RuleManager> opened, Log& log);
-
-    // The exit status of a command that has changed rules; complains of what could not be written.
-    int status() const;
-
-    RunState run;
-    std::unique_ptr<RuleManager> store;
-    RulesDocument document;
-
-private:
-    static DocumentOwner owner();
-    void rulesWereMerged(const ChangeSet& /*change*/) override { }
-    void rulesWereReloaded() override { }
-    void fileStateDidChange() override { }
-    void documentHasNews(const DocumentNews& news) override;
-};
-
-// The current user's rules, or null, after a complaint, when writing them back would lose what the file
-// holds.
-std::unique_ptr<UserDocument> openForWriting(const Locations& locations, Log& log);
+// Reads the store that `selection` names, filtered and sorted, and complains of what could not be read. Of a
+// user's file whose writing was cut short the rules are those that were meant; the file stays as it is.
+OpenedStore openStore(const RuleSelection& selection, const CommandContext& context);
 
 } // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
+#include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/FailSafeMerge.h"
 #include "rules/RuleIdentity.h"
@@ -66,9 +67,10 @@ struct RuleManager::Reading {
     PolicyGroup* lastGroup = nullptr;
 };
 
-RuleManager::RuleManager(Locations locations, Log& log)
+RuleManager::RuleManager(Locations locations, Log& log, std::chrono::milliseconds wait)
     : m_locations(std::move(locations))
     , m_log(log)
+    , m_wait(wait)
     , m_store(std::make_unique<RuleStore>())
 {
 }
@@ -79,27 +81,44 @@ RuleManager& RuleManager::sharedManager(const Locations& locations, Log& log)
     return *shared;
 }
 
-std::unique_ptr<RuleManager> RuleManager::initWithCurrentUserConfiguration(Locations locations, Log& log)
+std::unique_ptr<RuleManager> RuleManager::initWithCurrentUserConfiguration(
+    Locations locations, Log& log, std::chrono::milliseconds wait)
 {
     const std::string userFile = locations.userRulesFile();
-    auto store = initWithContentsOfFile(userFile, false, std::move(locations), log);
+    auto store = initWithContentsOfFile(userFile, false, std::move(locations), log, wait);
     store->loadOptions(); // Deliberate: every option is there twice; the first one counts.
     store->readSelectedSystemFiles();
     return store;
 }
 
-std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(
-    const NullableText& path, bool shouldLabelAsSystemRules, Locations locations, Log& log)
+std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(const NullableText& path,
+    bool shouldLabelAsSystemRules, Locations locations, Log& log, std::chrono::milliseconds wait)
 {
-    auto store = std::make_unique<RuleManager>(std::move(locations), log);
+    auto store = std::make_unique<RuleManager>(std::move(locations), log, wait);
     store->readOwnFile(path, shouldLabelAsSystemRules);
     store->loadOptions();
     store->rebuildRulesCache();
     return store;
 }
 
-// A rule that is equal before and after keeps its record, so that whoever holds one still holds the store's.
 void RuleManager::reloadCurrentUserConfiguration()
+{
+    reloadAs([this] { readOwnFile(m_locations.userRulesFile(), false); });
+}
+
+void RuleManager::reloadCurrentUserConfiguration(std::string_view userText)
+{
+    userText = userText.substr(0, userText.find('\0'));
+    if (!isValidUtf8(userText))
+        userText = {};
+    reloadAs([this, userText] {
+        m_unreadRules.reset();
+        addText(userText, m_locations.userRulesFile(), false);
+    });
+}
+
+// A rule that is equal before and after keeps its record, so that whoever holds one still holds the store's.
+void RuleManager::reloadAs(const std::function<void()>& readUserRules)
 {
     const bool hasRoom = attempt([this] {
         auto store = std::make_unique<RuleStore>();
@@ -109,8 +128,8 @@ void RuleManager::reloadCurrentUserConfiguration()
     if (!hasRoom)
         return;
     m_filterOptions.clear();
-    const bool isRead = attempt([this] {
-        readOwnFile(m_locations.userRulesFile(), false);
+    const bool isRead = attempt([&] {
+        readUserRules();
         loadOptions();
         readSelectedSystemFiles();
     });
@@ -153,7 +172,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         return false;
     }
     const std::string file(path.view());
-    const RulesFileText contents = RulesFileText::read(file);
+    const RulesFileText contents = RulesFileText::read(file, m_wait);
     m_lastUnreadReason = contents.unreadReason();
     m_lastFile = KnownFile::of(file, contents);
     if (contents.errorMessage()) {
@@ -166,13 +185,19 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         m_log.write("failed to load contents of " + file);
         return true;
     }
+    return addText(contents.text(), file, shouldLabelAsSystemRules);
+}
+
+// The rules of `text`, which stands or is to stand in `file`.
+bool RuleManager::addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules)
+{
     const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
         || file.starts_with(m_locations.paranoidSystemRulesFile());
     Reading reading;
     try {
         if (file == m_locations.failSafeFile())
             reading.failSafe = std::make_unique<FailSafeMerge>();
-        useParsedLines(contents.text(), {shouldLabelAsSystemRules, optionsAllowed},
+        useParsedLines(text, {shouldLabelAsSystemRules, optionsAllowed},
             [&](ParsedLine& line) { storeParsedLine(line, reading); });
     } catch (const std::bad_alloc&) {
         m_lastErrorMessage = "Internal error: unable to allocate memory";
@@ -461,6 +486,13 @@ ChangeSet RuleManager::apply(const ChangeSet& changes)
     ChangeSet done;
     attempt([&] { done = m_store->apply(changes); });
     return done;
+}
+
+std::vector<RuleRef> RuleManager::allRules() const
+{
+    std::vector<RuleRef> rules;
+    attempt([&] { m_store->forEachRule([&rules](const auto& rule) { rules.emplace_back(rule); }); });
+    return rules;
 }
 
 std::vector<RuleRef> RuleManager::userRules() const

@@ -10,15 +10,18 @@
 #include "rules/RuleRef.h"
 #include "rules/RuleSort.h"
 #include "rules/RuleStore.h"
+#include "rules/RulesFile.h"
 #include "rules/RulesParser.h"
 #include "rules/RulesSnapshot.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -36,8 +39,9 @@ class RulesContent;
 // only. A row number is valid until the next add, delete, filter, sort or reload.
 class RuleManager {
 public:
-    // An empty store. `log` must outlive it.
-    RuleManager(Locations locations, Log& log);
+    // An empty store. `log` must outlive it. Reading a file waits at most `wait` for another program to write
+    // it.
+    RuleManager(Locations locations, Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // The process-wide store of the current user's configuration. It is made by the first call, which alone
     // uses the arguments, and is never released. Safe from any thread as far as the making goes.
@@ -45,15 +49,20 @@ public:
 
     // The store of the current user's configuration: the user's file, the options of the preferences, and the
     // system files that the options select. Never fails; what could be read is there.
-    static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(Locations locations, Log& log);
+    static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(
+        Locations locations, Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // A store of one file, with the options of the preferences. Also after a failure to read it.
-    static std::unique_ptr<RuleManager> initWithContentsOfFile(
-        const NullableText& path, bool shouldLabelAsSystemRules, Locations locations, Log& log);
+    static std::unique_ptr<RuleManager> initWithContentsOfFile(const NullableText& path,
+        bool shouldLabelAsSystemRules, Locations locations, Log& log,
+        std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // Discards all rules and options and reads the current user's configuration again. Keeps sort and filter,
     // and sequence numbers go on rising.
     void reloadCurrentUserConfiguration();
+    // The same with `userText` in place of what the user's file holds. It counts up to its first NUL byte;
+    // one that is not UTF-8 holds no rules.
+    void reloadCurrentUserConfiguration(std::string_view userText);
 
     // Appends what a rules file holds, without duplicates; never removes anything. False only when the file
     // is there and cannot be read. The rows change with the next rebuildRulesCache().
@@ -127,6 +136,8 @@ public:
     // of one that is not stored becomes an addition at the end.
     ChangeSet apply(const ChangeSet& changes);
 
+    // All stored rules, whatever the filter, in the order that the rows have without sorting.
+    std::vector<RuleRef> allRules() const;
     // The user's rules in the order in which writeToFile() writes them.
     std::vector<RuleRef> userRules() const;
     // The same as they are now, for any thread.
@@ -163,7 +174,9 @@ public:
 private:
     struct Reading;
 
+    void reloadAs(const std::function<void()>& readUserRules);
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
+    bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readSettings();
@@ -177,6 +190,7 @@ private:
 
     const Locations m_locations;
     Log& m_log;
+    const std::chrono::milliseconds m_wait; // for another program's write to end
     std::unique_ptr<RuleStore> m_store; // never null
     std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
     std::vector<FilterOption> m_filterOptions;

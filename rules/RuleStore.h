@@ -63,16 +63,20 @@ public:
     // True when a stored rule that `accepts` answers true for is equal to `rule`, in whatever group.
     bool hasEqual(const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const;
 
-    // Calls `use` with every user rule, in the order in which they are written.
+    // Calls `use` with every rule in stored order: watch rules, then policy rules by application group.
+    template <class Use> void forEachRule(Use use) const
+    {
+        m_watchRules.forEach(use);
+        for (const Groups::value_type* group : orderedGroups())
+            group->second.rules().forEach(use);
+    }
+    // The same with every user rule: the order in which they are written.
     template <class Use> void forEachUserRule(Use use) const
     {
-        const auto useUsers = [&use](const auto& rule) {
+        forEachRule([&use](const auto& rule) {
             if (!rule->fields().system)
                 use(rule);
-        };
-        m_watchRules.forEach(useUsers);
-        for (const Groups::value_type* group : orderedGroups())
-            group->second.rules().forEach(useUsers);
+        });
     }
     RulesSnapshot userRulesSnapshot() const;
 

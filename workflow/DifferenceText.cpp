@@ -1,10 +1,13 @@
 #include "workflow/DifferenceText.h"
 
+#include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 #include "rules/RuleMarks.h"
 
-#include <cstdint>
 #include <ctime>
+#include <memory>
+#include <type_traits>
+#include <variant>
 
 namespace quorvane {
 
@@ -13,20 +16,6 @@ namespace {
 std::string quoted(const NullableText& text)
 {
     return "\"" + std::string(text.written()) + "\"";
-}
-
-// A creation time in UTC; as a number when no calendar reaches it.
-std::string timeText(std::uint64_t seconds)
-{
-    if (seconds == 0)
-        return "none";
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm date{};
-    char text[64];
-    constexpr std::uint64_t endOfYear9999 = 253402300799;
-    if (seconds > endOfYear9999 || gmtime_r(&time, &date) == nullptr)
-        return std::to_string(static_cast<std::int64_t>(seconds));
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &date)};
 }
 
 std::string tagChangeText(const RuleValue& before, const RuleValue& after)
@@ -40,11 +29,40 @@ std::string tagChangeText(const RuleValue& before, const RuleValue& after)
     return "tag changed from " + quoted(tagOf(before)) + " to " + quoted(tagOf(after));
 }
 
-std::string timeChangeText(const RuleValue& before, const RuleValue& after)
+// "class changed from allow to deny"; empty when both are the same.
+std::string changeOf(const char* property, const std::string& before, const std::string& after)
 {
-    if (createdOf(before) == createdOf(after))
-        return {};
-    return "creation time changed from " + timeText(createdOf(before)) + " to " + timeText(createdOf(after));
+    return before == after ? "" : std::string(property) + " changed from " + before + " to " + after;
+}
+
+std::string classOf(const PolicyRuleFields& rule)
+{
+    return std::string(policyClassDescription(rule.policyClass));
+}
+
+std::string classOf(const WatchRuleFields&)
+{
+    return std::string(policyClassDescription(PolicyClass::watch));
+}
+
+std::string constraintOf(const PolicyRuleFields& rule)
+{
+    return quoted(rule.constraint);
+}
+
+std::string constraintOf(const WatchRuleFields&)
+{
+    return {};
+}
+
+// What rule equality compares and changes of many rules at once may change.
+template <class Fields> std::vector<std::string> identityChanges(const Fields& before, const Fields& after)
+{
+    return {changeOf("class", classOf(before), classOf(after)),
+        changeOf("process", quoted(before.processName), quoted(after.processName)),
+        changeOf("operations", operationsDescription(static_cast<std::int32_t>(before.operations)),
+            operationsDescription(static_cast<std::int32_t>(after.operations))),
+        changeOf("constraint", constraintOf(before), constraintOf(after))};
 }
 
 // Appends "2 rules added", or ", 2 added" behind other words; nothing for none.
@@ -67,9 +85,16 @@ std::string ruleText(const RuleValue& rule)
 
 std::string changeText(const RuleValue& before, const RuleValue& after)
 {
-    const std::string tag = tagChangeText(before, after);
-    const std::string time = timeChangeText(before, after);
-    return tag + (tag.empty() || time.empty() ? "" : ", ") + time;
+    std::vector<std::string> changes = askValue(before, [&after](const auto& fields) {
+        using Value = std::shared_ptr<const std::remove_cvref_t<decltype(fields)>>;
+        return identityChanges(fields, *std::get<Value>(after));
+    });
+    changes.push_back(tagChangeText(before, after));
+    changes.push_back(changeOf("creation time", timeText(createdOf(before)), timeText(createdOf(after))));
+    std::string text;
+    for (const std::string& change : changes)
+        text += (text.empty() || change.empty() ? "" : ", ") + change;
+    return text;
 }
 
 std::vector<std::string> differenceTexts(const RulesDifference& difference)
@@ -84,13 +109,31 @@ std::vector<std::string> differenceTexts(const RulesDifference& difference)
     return texts;
 }
 
-std::string differenceSummary(const RulesDifference& difference)
+std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed)
 {
     std::string text;
-    appendCount(text, difference.added.size(), "added");
-    appendCount(text, difference.removed.size(), "removed");
-    appendCount(text, difference.changed.size(), "changed");
+    appendCount(text, added, "added");
+    appendCount(text, removed, "removed");
+    appendCount(text, changed, "changed");
     return text.empty() ? "no rule changed" : text;
+}
+
+std::string differenceSummary(const RulesDifference& difference)
+{
+    return changeSummary(difference.added.size(), difference.removed.size(), difference.changed.size());
+}
+
+std::string timeText(std::uint64_t seconds)
+{
+    if (seconds == 0)
+        return "none";
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm date{};
+    char text[64];
+    constexpr std::uint64_t endOfYear9999 = 253402300799;
+    if (seconds > endOfYear9999 || gmtime_r(&time, &date) == nullptr)
+        return std::to_string(static_cast<std::int64_t>(seconds));
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &date)};
 }
 
 std::string reportText(const MergeReport& report)

@@ -4,6 +4,8 @@
 #include "rules/RulesDiff.h"
 #include "rules/RulesMerge.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -15,15 +17,20 @@ namespace quorvane {
 // The rule as a line of a rules file, without the line feed.
 std::string ruleText(const RuleValue& rule);
 
-// What changed of a rule between two values of it: "tag changed from "a" to "b"", "tag set to "b"", "tag "a"
-// removed", "creation time changed from … to …", or both; empty when tag and creation time are the same.
+// What changed of a rule between two values of it, property by property: "operations changed from r to rw,
+// tag set to "b""; empty when nothing did. The values are of one kind.
 std::string changeText(const RuleValue& before, const RuleValue& after);
 
 // One line a rule, each beginning with "added", "removed" or "changed", in this order.
 std::vector<std::string> differenceTexts(const RulesDifference& difference);
 
 // "2 rules added, 1 removed, 1 changed", without what is none; "no rule changed" when nothing differs.
+std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed);
 std::string differenceSummary(const RulesDifference& difference);
+
+// Seconds since 1970 as a time in UTC: "2026-11-21 09:30:00 UTC"; "none" for 0, and the number, as a signed
+// one, when no calendar reaches it.
+std::string timeText(std::uint64_t seconds);
 
 // What a merge has decided, and for which rule or text.
 std::string reportText(const MergeReport& report);

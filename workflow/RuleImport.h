@@ -46,6 +46,9 @@ public:
     // When writing fails, the store keeps its rules, those imported among them, and the fail-safe file stays.
     ImportResult didFinishImportingRules();
 
+    // What was done to the store since the import began and is not written yet.
+    const ChangeSet& pendingChange() const { return m_done; }
+
     const std::string& currentImportTag() const { return m_currentImportTag; }
     // The rules handed over, duplicates included, and those of them that were added.
     std::int32_t importedRules() const { return m_importedRules; }

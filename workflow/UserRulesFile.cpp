@@ -245,16 +245,16 @@ bool UserRulesFile::complete(const JournalVersion& version, std::string meant, F
     return true;
 }
 
-std::optional<std::vector<RuleValue>> UserRulesFile::rulesUnderWay()
+std::optional<std::string> UserRulesFile::textUnderWay(std::chrono::milliseconds wait)
 {
     if (!mayBeUnderWay())
         return std::nullopt;
-    const RulesFileText now = RulesFileText::read(m_path);
+    const RulesFileText now = RulesFileText::read(m_path, wait);
     for (const JournalVersion& version : journal().underWay()) {
         const auto meant = journal().bytesOf(version.number);
         const FileAfterWrite state = meant ? stateOf(version, now.bytes(), *meant) : FileAfterWrite::foreign;
         if (state == FileAfterWrite::cutShort)
-            return rulesOfText(journal().meantOf(version.number).value_or(*meant));
+            return journal().meantOf(version.number);
         if (state != FileAfterWrite::asBefore)
             break;
     }
@@ -387,11 +387,13 @@ void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant, const
     report.unwritableRules = meant.unwritableRules;
 }
 
-// None when the file already is as meant, which is no version, or when the journal cannot keep it.
+// None when the file already is as meant, which is no version, or when the journal cannot keep it. An undo
+// that changes nothing is one all the same: the next undo then takes back the action before.
 std::optional<std::int64_t> UserRulesFile::beginVersion(
     const WriteOrder& order, const Meant& meant, std::string_view previous)
 {
-    if (meant.counts.isNothing() && previous == meant.content.bytes())
+    if (order.reason.kind == ChangeReason::Kind::action && meant.counts.isNothing()
+        && previous == meant.content.bytes())
         return std::nullopt;
     NewVersion version = newVersion(meant.counts, meant.rules, meant.content.bytes());
     version.program = m_program;

@@ -83,9 +83,10 @@ public:
     };
     Recovery recover(FileLock& lock);
 
-    // The rules that the version under way meant, for who only reads; none when there is none, or when
-    // another program has written since.
-    std::optional<std::vector<RuleValue>> rulesUnderWay();
+    // The rules that the version under way meant, as the text of a rules file, for who only reads; none when
+    // nothing was cut short, or when another program has written since. Waits at most `wait` for another
+    // program to write the file.
+    std::optional<std::string> textUnderWay(std::chrono::milliseconds wait);
 
     WriteReport write(const WriteOrder& order, FileLock& lock);
 

@@ -95,6 +95,37 @@ class Add(EditTest):
         self.assertEqual(read(self.sandbox.user_file), whole.encode()[:len(whole) + 1])
 
 
+class OtherRules(EditTest):
+    """Rules with letters beyond ASCII that a write cuts though it is about others."""
+
+    WHOLE = 'allow prefix "/caf\u00e9s" "any" r "" "" "0"\n'
+
+    def setUp(self):
+        super().setUp()
+        self.sandbox.write(self.sandbox.user_file, self.WHOLE + 'allow prefix "/a" "any" r "" "" "0"\n')
+
+    def test_are_cut_which_add_and_delete_tell(self):
+        for command in (["add", "allow", "prefix", "/b", "any", "r"],
+                        ["delete", "allow", "prefix", "/a", "any", "r"]):
+            with self.subTest(command=command):
+                result = self.run_program(*command)
+                self.assertEqual(result.status, 0)
+                self.assertIn("1 rule does not come back from the rules file as written", result.err)
+                self.succeed("restore", "1")
+
+    def test_a_rule_given_that_is_cut_is_told_once(self):
+        self.sandbox.write_user()
+        result = self.run_program("add", "allow", "prefix", "/\u00e9", "any", "r")
+        self.assertEqual(len(result.err.splitlines()), 1, result.err)
+
+    def test_stay_whole_with_whole_lines(self):
+        settings = os.path.join(self.sandbox.home, ".config/quorvane/settings.ini")
+        os.makedirs(os.path.dirname(settings))
+        self.sandbox.write(settings, "[rules]\nwholeLines=true\n")
+        self.succeed("add", "allow", "prefix", "/\u00e9", "any", "r")
+        self.assertEqual(self.listed(), ["/caf\u00e9s", "/a", "/\u00e9"])
+
+
 class Delete(EditTest):
     def setUp(self):
         super().setUp()

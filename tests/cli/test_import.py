@@ -152,6 +152,42 @@ class Import(CommandTest):
         self.assertEqual((result.status, result.out), (0, b"Successfully imported 2 rules\n"))
         self.assertIn("warning: 2 of the rules added do not read back", result.err)
 
+    def test_a_dry_run_tells_what_would_be_added_and_changes_nothing(self):
+        self.sandbox.write_user("allow path /a any r")
+        self.suggest()
+        before = os.stat(self.sandbox.user_file)
+        file = self.exchange("allow path /a any r", "watch path /w any r", "deny path /b any w t C 7")
+        self.assertEqual(self.succeed("import", "--dry-run", file).out.decode(),
+                         'added: watch path "/w" "any" r "Photo Tools"\n'
+                         'added: deny path "/b" "any" w "t" "C" "7"\n'
+                         '2 rules added; nothing was written\n')
+        result = self.succeed("import", "--dry-run", "--json", file)
+        added = {"change": "added", "kind": "watch", "policyClass": 2, "policyType": 1, "path": "/w",
+                 "processName": "any", "tag": "Photo Tools", "constraint": None, "operations": 1, "flags": 0,
+                 "created": None, "before": None}
+        self.assertEqual(result.objects()[0], added)
+        self.assertEqual(result.keys()[0], list(added))
+        self.assertEqual(result.objects()[2],
+                         {"added": 2, "removed": 0, "changed": 0, "unchanged": 1, "written": False})
+        self.assertEqual(result.keys()[2], ["added", "removed", "changed", "unchanged", "written"])
+        after = os.stat(self.sandbox.user_file)
+        self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, before.st_mtime_ns))
+        self.assertEqual(self.suggestions(), (True, True))
+        self.assertEqual(self.succeed("history").out, b"")
+
+    def test_a_dry_run_that_finds_no_rules_succeeds(self):
+        self.assertEqual(self.succeed("import", "--dry-run", self.exchange()).out,
+                         b"no rule changed; nothing was written\n")
+
+    def test_a_dry_run_of_what_cannot_be_read_fails(self):
+        self.assert_refused("--dry-run", self.sandbox.path("missing.quorv"), saying="There is no file")
+
+    def test_tells_of_other_rules_that_the_write_cuts(self):
+        self.sandbox.write_user("allow path /caf\u00e9s any r")
+        result = self.run_program("import", self.exchange("allow path /b any r"))
+        self.assertEqual(result.status, 0)
+        self.assertIn("1 rule does not come back from the rules file as written", result.err)
+
     def test_needs_a_file(self):
         self.assertIn("FILE is required", self.fail_with(2, "import").err)
 

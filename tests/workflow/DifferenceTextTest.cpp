@@ -43,6 +43,25 @@ TEST(ChangeText, NamesTagAndCreationTimeBeforeAndAfter)
         EXPECT_EQ(changeText(c.before, c.after), c.text) << c.why;
 }
 
+TEST(ChangeText, NamesWhatAChangeOfManyRulesMayChange)
+{
+    PolicyRuleFields fields{.path = "/a", .processName = "/bin/sh", .operations = 1};
+    const RuleValue before = makeRuleValue(fields);
+    fields.policyClass = 1;
+    fields.processName = "/bin/zsh";
+    fields.operations = 19;
+    fields.constraint = "TEAM";
+    fields.tag = "new";
+    EXPECT_EQ(changeText(before, makeRuleValue(fields)),
+        R"(class changed from allow to deny, process changed from "/bin/sh" to "/bin/zsh", )"
+        R"(operations changed from r to rwx, constraint changed from "" to "TEAM", tag set to "new")");
+
+    WatchRuleFields watch{.path = "/a", .processName = "any", .operations = 1};
+    const RuleValue watchBefore = makeRuleValue(watch);
+    watch.operations = 2;
+    EXPECT_EQ(changeText(watchBefore, makeRuleValue(watch)), "operations changed from r to w");
+}
+
 TEST(DifferenceTexts, SayWhatHappenedToEachRule)
 {
     const RulesDifference difference{{rule("new")}, {watchRule("")}, {{rule("x"), rule("y")}}};

@@ -1,0 +1,71 @@
+#include "cli/UserDocument.h"
+
+#include "cli/Command.h"
+#include "cli/Output.h"
+#include "cli/RuleSelection.h"
+
+#include <utility>
+
+namespace quorvane {
+
+UserDocument::UserDocument(std::unique_ptr<RuleManager> opened, const CommandContext& context)
+    : m_store(std::move(opened))
+    , m_document(*m_store, m_run, owner(context), context.log)
+{
+    m_document.setObserver(this);
+}
+
+DocumentOwner UserDocument::owner(const CommandContext& context)
+{
+    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    if (read.problem)
+        complain(*read.problem);
+    return {.program = "quorvanectl",
+        .stateFolder = defaultStateFolder(),
+        .settings = read.settings,
+        .lockTimeout = context.lockTimeout};
+}
+
+void UserDocument::documentHasNews(const DocumentNews& news)
+{
+    if (news.kind != DocumentNews::Kind::cutShort || news.rules.size() > m_expectedUnwritable)
+        complain(news.text);
+}
+
+bool UserDocument::isWritten() const
+{
+    if (m_document.failure())
+        complain(*m_document.failure());
+    return !m_document.failure();
+}
+
+LineEnds UserDocument::lineEnds() const
+{
+    return m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
+}
+
+std::unique_ptr<UserDocument> openToLook(const CommandContext& context)
+{
+    OpenedStore opened = openStore({}, context);
+    if (opened.isComplete)
+        return std::make_unique<UserDocument>(std::move(opened.store), context);
+    complain("nothing was written: it would lose the rules that were not read");
+    return nullptr;
+}
+
+std::unique_ptr<UserDocument> openForWriting(const CommandContext& context)
+{
+    auto user = openToLook(context);
+    if (user)
+        user->document().recover();
+    return user;
+}
+
+std::unique_ptr<UserDocument> openToRestore(const CommandContext& context)
+{
+    auto user = std::make_unique<UserDocument>(openStore({}, context).store, context);
+    user->document().recover();
+    return user;
+}
+
+} // namespace quorvane
