@@ -1,11 +1,15 @@
 #include "docs/guide/GuideStyle.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QBuffer>
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHash>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QSaveFile>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextLayout>
@@ -34,11 +38,11 @@ struct ContentsEntry {
     int page = 0; // from 0, counted from the first page of the text
 };
 
-// Puts texts on the pages of a PDF file.
+// Puts texts on the pages of a PDF document, which is written to `target`.
 class Pages {
 public:
-    Pages(const QString& file, const QString& title)
-        : m_writer(file)
+    Pages(QIODevice& target, const QString& title)
+        : m_writer(&target)
         , m_title(title)
     {
         m_writer.setResolution(resolution);
@@ -82,7 +86,7 @@ public:
         return static_cast<int>(std::floor((top + block.layout()->lineAt(line).y()) / textSize().height()));
     }
 
-    // False when the file cannot be written.
+    // False when the document cannot be begun.
     bool print(QTextDocument& document)
     {
         if (m_painter.isActive())
@@ -223,6 +227,28 @@ void appendContents(
     }
 }
 
+// A package gives the time of its source: so a guide made of it anew is the same, byte for byte. The toolkit
+// writes the present time, which is as long.
+void setCreationTime(QByteArray& document)
+{
+    bool isGiven = false;
+    const qint64 seconds = qEnvironmentVariable("SOURCE_DATE_EPOCH").toLongLong(&isGiven);
+    const QByteArray key = "/CreationDate (D:";
+    const qsizetype at = document.indexOf(key);
+    if (!isGiven || at < 0)
+        return;
+    const QByteArray time = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC)
+                                .toString(QStringLiteral("yyyyMMddHHmmss"))
+                                .toLatin1();
+    document.replace(at + key.size(), time.size(), time);
+}
+
+bool save(const QByteArray& document, const QString& target)
+{
+    QSaveFile file(target);
+    return file.open(QIODevice::WriteOnly) && file.write(document) == document.size() && file.commit();
+}
+
 bool makeGuide(const QString& source, const QString& target, const QString& version)
 {
     QFile file(source);
@@ -233,7 +259,9 @@ bool makeGuide(const QString& source, const QString& target, const QString& vers
     const qsizetype firstChapter = markdown.indexOf(QStringLiteral("\n## "));
     const QString title = markdown.section(QLatin1Char('\n'), 0, 0).mid(2);
 
-    Pages pages(target, title);
+    QBuffer document;
+    document.open(QIODevice::WriteOnly);
+    Pages pages(document, title);
     const auto text = wellBrokenDocument(pages, markdown.mid(firstChapter), folder);
     const auto entries = contentsOf(*text, pages);
     const QString frontText = markdown.left(firstChapter) + QStringLiteral("\n\nVersion ") + version
@@ -244,7 +272,10 @@ bool makeGuide(const QString& source, const QString& target, const QString& vers
         return front;
     };
     const int firstPage = newFront(0)->pageCount() + 1;
-    return pages.print(*newFront(firstPage)) && pages.print(*text) && pages.finish();
+    if (!pages.print(*newFront(firstPage)) || !pages.print(*text) || !pages.finish())
+        return false;
+    setCreationTime(document.buffer());
+    return save(document.data(), target);
 }
 
 } // namespace
@@ -255,6 +286,8 @@ bool makeGuide(const QString& source, const QString& target, const QString& vers
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("TZ", "UTC"); // of the time in the document
+    QHashSeed::setDeterministicGlobalSeed(); // the order in which fonts are written
     const QGuiApplication application(argumentCount, arguments);
     if (argumentCount != 4) {
         std::fputs("usage: quorvane-make-guide GUIDE.md GUIDE.pdf VERSION\n", stderr);

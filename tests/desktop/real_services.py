@@ -20,7 +20,9 @@ PROGRAM = os.environ["QUORVANE_PROGRAM"]
 ALONE = run_alone()  # its mounts hide parts of the machine's own configuration
 POLKITD, FPRINTD = "/usr/lib/polkit-1/polkitd", "/usr/libexec/fprintd"
 MISSING = [program for program in (POLKITD, FPRINTD, "/usr/bin/pkttyagent") if not os.path.exists(program)]
-POLICY = os.path.join(os.path.dirname(__file__), "../../resources/vantreal.quorvane.policy")
+RESOURCES = os.path.join(os.path.dirname(__file__), "../../resources")
+POLICY = os.path.join(RESOURCES, "vantreal.quorvane.policy")
+PRODUCT_RULES = os.path.join(RESOURCES, "system/20-vantreal-quorvane.rules")
 
 USERS = """root:x:0:0:root:/root:/bin/sh
 polkitd:x:41900:41900::/nonexistent:/usr/sbin/nologin
@@ -37,6 +39,7 @@ admina:x:41001:
 other:x:41002:
 admin:x:41500:admina
 """
+# What the product's own rules leave open, such as commands on the folders of a sandbox.
 RULES = """
 polkit.addAdminRule(function(action, subject) { return ["unix-user:admina"]; });
 polkit.addRule(function(action, subject) {
@@ -68,7 +71,7 @@ class RealServices(unittest.TestCase):
             cls.hide(f"/etc/{name}", cls.sandbox.new_file(name, text))
             cls.addClassCleanup(cls.unhide, f"/etc/{name}")
         for name, file, text in (("/usr/share/polkit-1/actions", "a.policy", None),
-                                 ("/etc/polkit-1/rules.d", "10-test.rules", RULES), ("/run/dbus", None, None)):
+                                 ("/etc/polkit-1/rules.d", "90-test.rules", RULES), ("/run/dbus", None, None)):
             folder = cls.sandbox.path(name.replace("/", "-"))
             os.mkdir(folder, 0o755)
             if name.endswith("actions"):
@@ -78,6 +81,7 @@ class RealServices(unittest.TestCase):
                         shutil.copy(os.path.join(name, action), folder)
             elif file:
                 cls.sandbox.write(os.path.join(folder, file), text)
+                shutil.copy(PRODUCT_RULES, folder)
             cls.hide(name, folder)
             cls.addClassCleanup(cls.unhide, name)
         cls.address = "unix:path=/run/dbus/system_bus_socket"

@@ -7,13 +7,13 @@ import unittest
 from sandbox import SANITIZER_REPORT, Sandbox
 
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-PRODUCT_FOLDER = "Library/Application Support/Quorvane/"
 ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 ICONS = ("apps/quorvane-configuration", "mimetypes/application-x-quorvane-rules")
 PROGRAMS = ["bin/quorvane-configuration", "bin/quorvanectl"]
 FILES = [
+    *(f"lib/{kind}.d/{part}.conf" for kind in ("sysusers", "tmpfiles")
+      for part in ("quorvane-configuration", "quorvane-tools")),
     "share/applications/quorvane-configuration.desktop",
-    "share/doc/quorvane-configuration/Quorvane User Guide.pdf",
     *(f"share/icons/hicolor/{size}x{size}/{icon}.png" for size in ICON_SIZES for icon in ICONS),
     *(f"share/icons/hicolor/scalable/{icon}.svg" for icon in ICONS),
     "share/man/man1/quorvane-configuration.1",
@@ -21,8 +21,10 @@ FILES = [
     "share/man/man5/quorvane-rules.5",
     "share/mime/packages/quorvane-rules.xml",
     "share/polkit-1/actions/vantreal.quorvane.policy",
+    "share/polkit-1/rules.d/20-vantreal-quorvane.rules",
+    "share/quorvane-configuration/Quorvane User Guide.pdf",
+    "share/quorvane-configuration/lock.png",
 ]
-PRODUCT_FILES = ["Quorvane User Guide.pdf", "lock.png"]
 
 
 def modes(folder):
@@ -66,9 +68,38 @@ class Installation(unittest.TestCase):
         self.install("--prefix", "/usr", destdir=self.target)
         self.assertEqual(modes(self.target), expected("usr/"))
 
-    def test_the_product_component_fills_the_folder_where_the_programs_look(self):
-        self.install("--component", "product", destdir=self.target)
-        self.assertEqual(modes(self.target), {PRODUCT_FOLDER + name: 0o644 for name in PRODUCT_FILES})
+    def set_up_system(self, part):
+        """What a package of that part has the system do. Answers who owns the folder for rules and who may do what there."""
+        os.makedirs(os.path.join(self.target, "etc"), exist_ok=True)
+        for program, kind in (("systemd-sysusers", []), ("systemd-tmpfiles", ["--create"])):
+            subprocess.run([program, "--root=" + self.target, *kind, part + ".conf"], check=True,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+        status = os.stat(os.path.join(self.target, "Users/Shared/Quorvane"))
+        return status.st_uid, status.st_gid, stat.S_IMODE(status.st_mode)
+
+    def group_of_administrators(self):
+        with open(os.path.join(self.target, "etc/group")) as file:
+            return next(int(line.split(":")[2]) for line in file if line.startswith("admin:"))
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_the_system_makes_the_folder_for_rules_for_the_group_admin_once(self):
+        self.install("--prefix", "/usr", destdir=self.target)
+        for part in ("quorvane-tools", "quorvane-configuration"):
+            self.assertEqual(self.set_up_system(part), (0, self.group_of_administrators(), 0o775))
+        os.chmod(os.path.join(self.target, "Users/Shared/Quorvane"), 0o777)
+        self.assertEqual(self.set_up_system("quorvane-tools")[2], 0o777)
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_the_system_links_the_guide_and_the_icon_where_the_window_looks_and_replaces_nothing(self):
+        self.install("--prefix", "/usr", destdir=self.target)
+        product = "target/Library/Application Support/Quorvane/"
+        os.makedirs(self.sandbox.path(product))
+        icon = self.sandbox.new_file(product + "lock.png", "of another package")
+        self.set_up_system("quorvane-configuration")
+        with open(icon) as file:
+            self.assertEqual(file.read(), "of another package")
+        guide = os.readlink(self.sandbox.path(product + "Quorvane User Guide.pdf"))
+        self.assertTrue(os.path.isfile(self.target + guide))
 
     def test_icons_have_the_size_of_their_folder(self):
         self.install("--prefix", self.target)
