@@ -18,6 +18,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -48,17 +49,27 @@ std::string onlySeconds(const std::string& text)
 
 // In the order of the help.
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
-    makeDeleteCommand, makeImportCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand,
-    makeRedoCommand, makeCheckCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand,
-    makeCodesignCommand, makeDigestCommand};
+    makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeImportCommand,
+    makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand, makeRedoCommand,
+    makeCheckCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand, makeCodesignCommand,
+    makeDigestCommand};
+
+// True for "-w" and the like, which the parser would take for options.
+bool areOperationsToRemove(std::string_view text)
+{
+    return text.starts_with('-') && text.find_first_not_of("rwcmx", 1) == std::string_view::npos;
+}
 
 // The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
-// value that is empty there, so that is made two words.
+// value that is empty there, so that is made two words; operations to be removed are made one word with their
+// option.
 std::vector<std::string> argumentsInReverse(int count, const char* const* texts)
 {
     std::vector<std::string> arguments;
     for (int number = 1; number < count; ++number) {
         std::string argument = texts[number];
+        if (argument == "--set-ops" && number + 1 < count && areOperationsToRemove(texts[number + 1]))
+            argument.append("=").append(texts[++number]);
         const bool isEmptyValue = argument.starts_with("--") && argument.find('=') == argument.size() - 1;
         if (isEmptyValue)
             argument.pop_back();

@@ -18,6 +18,14 @@ std::unique_ptr<Command> makeExportCommand();
 std::unique_ptr<Command> makeAddCommand();
 // Deletes the first equal rule of the current user's configuration and writes it.
 std::unique_ptr<Command> makeDeleteCommand();
+// Changes many of the current user's rules at once.
+std::unique_ptr<Command> makeSetCommand();
+// Removes many of them at once.
+std::unique_ptr<Command> makeRemoveCommand();
+// Makes the rules of one program those of another.
+std::unique_ptr<Command> makeMoveCommand();
+// Prints the rules that are about a path.
+std::unique_ptr<Command> makeTouchingCommand();
 // Adds the rules of an exchange file to the current user's configuration, as an import review does with every
 // row ticked, and writes it.
 std::unique_ptr<Command> makeImportCommand();

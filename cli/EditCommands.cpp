@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "cli/OperationLetters.h"
 #include "cli/Output.h"
 #include "cli/UserDocument.h"
 #include "rules/RuleCodes.h"
@@ -45,11 +46,6 @@ RuleRef recordOf(const SpelledRule& spelled)
     fields.tag = spelled.tag;
     fields.constraint = spelled.constraint;
     return std::make_shared<PolicyRule>(std::move(fields));
-}
-
-std::string onlyOperationLetters(const std::string& text)
-{
-    return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";
 }
 
 // A command on the rule that its arguments spell.

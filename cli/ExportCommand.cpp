@@ -1,12 +1,11 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "cli/PlaceOptions.h"
 #include "cli/SelectionOptions.h"
 #include "workflow/RulesExport.h"
 
-#include <charconv>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -15,74 +14,61 @@ namespace quorvane {
 
 namespace {
 
-std::string onlyRowNumber(const std::string& text)
-{
-    std::size_t row = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, row);
-    return error == std::errc() && stop == end ? "" : "'" + text + "' is not the number of a row";
-}
-
 class ExportCommand : public Command {
 public:
     CLI::App& addTo(CLI::App& program) override
     {
         CLI::App& command = *program.add_subcommand("export", "Write rules to an exchange file");
         command.add_option("OUT", m_out, "The file to write")->required();
-        command.add_option("--row", m_rows, "Write this row of the list; may be given several times")
-            ->take_all()
-            ->allow_extra_args(false)
-            ->check(onlyRowNumber);
         m_options.addTo(command, m_selection);
+        m_place.addTo(command);
         addFileOption(command, m_selection);
         return command;
     }
 
-    void check() override { m_options.finish(m_selection); }
+    void check() override { m_options.finish(m_selection, m_place.isNowhere()); }
 
     int run(const CommandContext& context) override
     {
+        const auto place = m_place.open();
+        if (!place)
+            return ExitStatus::failed;
         const OpenedStore opened = openStore(m_selection, context);
         // An export of what could not be read would leave an empty file where a good one may have been.
         if (!opened.isComplete) {
             complain("nothing was written: not all rules could be read");
-            return 1;
+            return ExitStatus::failed;
         }
-        const auto rules = chosenRules(*opened.store);
+        const auto rules = chosenRules(*opened.store, *place);
         if (!rules)
-            return 1;
+            return ExitStatus::usage;
         const WriteResult result = exportRules(m_out, *rules);
         for (const std::string& warning : result.warnings)
             complain("warning: " + warning);
         if (!result.message)
-            return opened.hasFailed ? 1 : 0;
+            return opened.hasFailed ? ExitStatus::failed : ExitStatus::success;
         complain(*result.message);
-        return 1;
+        return ExitStatus::failed;
     }
 
 private:
-    // None, after a complaint, when a row is not there.
-    std::optional<std::vector<RuleRef>> chosenRules(RuleManager& store) const
+    // Without a choice of rows all of the user's rules, whatever the filter. Rows that are named by their
+    // numbers alone come in the order given, and as often. None, after a complaint, when a row is not there.
+    std::optional<std::vector<RuleRef>> chosenRules(const RuleManager& store, const RulesPlace& place) const
     {
-        if (m_rows.empty())
+        const RuleCriteria& criteria = m_selection.criteria;
+        if (criteria.isEmpty())
             return store.userRules();
-        std::vector<RuleRef> rules;
-        const std::size_t total = store.totalRules(m_selection.includeSystemRules);
-        for (const std::size_t row : m_rows) {
-            if (row >= total) {
-                complain("nothing was written: there is no row " + std::to_string(row) + ", there are "
-                    + std::to_string(total) + " rows");
-                return std::nullopt;
-            }
-            rules.push_back(store.ruleAtIndex(row, m_selection.includeSystemRules));
-        }
-        return rules;
+        auto rows = chosenRows(store, m_selection, place);
+        if (rows && criteria.isOfRowsAlone())
+            rows = criteria.rows;
+        return rows ? std::optional(rulesOf(store, *rows, m_selection.includeSystemRules)) : std::nullopt;
     }
 
     RuleSelection m_selection;
     SelectionOptions m_options;
     std::string m_out;
-    std::vector<std::size_t> m_rows;
+    PlaceOptions m_place;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "cli/DifferenceOutput.h"
 #include "cli/JsonText.h"
 #include "cli/Output.h"
+#include "cli/PlaceOptions.h"
 #include "cli/RuleSelection.h"
 #include "cli/UserDocument.h"
 #include "rules/RuleLine.h"
@@ -59,6 +60,7 @@ public:
             "added, and one with the numbers.\nThe pending suggestions of the fail-safe file "
             "are dropped, as after every import.");
         command.add_option("FILE", m_file, "An exchange file")->required();
+        m_place.addTo(command);
         command.add_flag("--dry-run", m_isDryRun, "Tell what would be added, and write nothing");
         command.add_flag("--json", m_asJson, "Print a JSON object");
         return command;
@@ -66,6 +68,9 @@ public:
 
     int run(const CommandContext& context) override
     {
+        const auto place = m_place.open();
+        if (!place)
+            return ExitStatus::failed;
         const auto user = m_isDryRun ? openToLook(context) : openForWriting(context);
         if (!user)
             return ExitStatus::failed;
@@ -74,7 +79,7 @@ public:
             complain("nothing was imported");
             return ExitStatus::failed;
         }
-        RuleImport import(user->document());
+        RuleImport import(user->document(), place->facts());
         import.begin(m_file);
         const std::size_t unwritable = importRules(*exchange.store, import, user->lineEnds());
         warnOfUnwritable(unwritable);
@@ -110,6 +115,7 @@ private:
         return output.finish() && result.hasImported ? ExitStatus::success : ExitStatus::failed;
     }
 
+    PlaceOptions m_place;
     std::string m_file;
     bool m_isDryRun = false;
     bool m_asJson = false;

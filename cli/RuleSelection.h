@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/RuleCriteria.h"
 
 #include <memory>
 #include <optional>
@@ -18,6 +19,7 @@ struct RuleSelection {
     bool includeSystemRules = false;
     std::string filter{};
     std::vector<SortDescriptor> sort{};
+    RuleCriteria criteria{}; // of the rows that filter and sort order make
 };
 
 // A store, and how well it could be read.

@@ -1,6 +1,11 @@
 #include "cli/SelectionOptions.h"
 
+#include "cli/Output.h"
+#include "rules/RuleCodes.h"
+
+#include <charconv>
 #include <string_view>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +24,38 @@ SortDescriptor sortDescriptor(const std::string& spelled)
     return {*key, !isDescending};
 }
 
+FindingKind findingKind(const std::string& name, bool isNowhere)
+{
+    const auto kind = findingKindNamed(name);
+    if (!kind)
+        throw CLI::ValidationError("--finding", "'" + name + "' is no kind of finding");
+    if (isNowhere && needsPlace(*kind))
+        throw CLI::ValidationError("--finding", "nothing is told of '" + name + "' with --no-target");
+    return *kind;
+}
+
+std::int32_t ruleClass(const std::string& text)
+{
+    return text == policyClassDescription(PolicyClass::watch) ? PolicyClass::watch
+                                                              : policyClassForString(text);
+}
+
+std::string onlyRowNumber(const std::string& text)
+{
+    std::size_t row = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, row);
+    return error == std::errc() && stop == end ? "" : "'" + text + "' is not the number of a row";
+}
+
+// An option that may stand several times, with one value each time.
+template <class Value>
+CLI::Option* addChoice(
+    CLI::App& command, const char* name, std::vector<Value>& values, const char* help, const char* type)
+{
+    return command.add_option(name, values, help)->type_name(type)->take_all()->allow_extra_args(false);
+}
+
 } // namespace
 
 void addFileOption(CLI::App& command, RuleSelection& selection)
@@ -31,17 +68,63 @@ void addFileOption(CLI::App& command, RuleSelection& selection)
 void SelectionOptions::addTo(CLI::App& command, RuleSelection& selection)
 {
     command.add_flag("--system", selection.includeSystemRules, "Include system rules");
+    addUserRowsTo(command, selection);
+}
+
+void SelectionOptions::addUserRowsTo(CLI::App& command, RuleSelection& selection)
+{
+    RuleCriteria& criteria = selection.criteria;
     command.add_option("--filter", selection.filter, "Only rules that contain this text");
     command.add_option("--sort", m_sort, "Sort by KEY or KEY:desc; the first one given is the primary key")
         ->type_name("KEY[:desc]")
         ->take_all()
         ->allow_extra_args(false);
+    addChoice(command, "--class", m_classes, "Only allow, deny or watch rules", "CLASS")
+        ->check(CLI::IsMember({"allow", "deny", "watch"}));
+    addChoice(command, "--type", m_types, "Only prefix, path or suffix rules", "TYPE")
+        ->check(CLI::IsMember({"prefix", "path", "suffix"}));
+    addChoice(command, "--tag", criteria.tags, "Only rules with this tag; \"\" for those without", "TAG");
+    addChoice(command, "--process", criteria.processes, "Only rules of this whole process string", "PROCESS");
+    addChoice(
+        command, "--program", criteria.programs, "Only rules of this program, whatever its parent", "PATH");
+    addChoice(command, "--path", criteria.paths, "Only rules about this very path", "PATH");
+    addChoice(command, "--finding", m_findings, "Only rules of which check finds this", "KIND");
+    addChoice(command, "--row", criteria.rows, "Only this row; may be given several times", "N")
+        ->check(onlyRowNumber);
 }
 
-void SelectionOptions::finish(RuleSelection& selection) const
+void SelectionOptions::finish(RuleSelection& selection, bool isNowhere) const
 {
     for (const std::string& spelled : m_sort)
         selection.sort.push_back(sortDescriptor(spelled));
+    for (const std::string& spelled : m_classes)
+        selection.criteria.classes.push_back(ruleClass(spelled));
+    for (const std::string& spelled : m_types)
+        selection.criteria.types.push_back(policyTypeForString(spelled));
+    for (const std::string& spelled : m_findings)
+        selection.criteria.findings.push_back(findingKind(spelled, isNowhere));
+}
+
+std::optional<std::vector<std::size_t>> chosenRows(
+    const RuleManager& store, const RuleSelection& selection, const RulesPlace& place)
+{
+    const bool includeSystemRules = selection.includeSystemRules;
+    if (const auto row = missingRow(store, includeSystemRules, selection.criteria)) {
+        complain("there is no row " + std::to_string(*row) + ", there are "
+            + std::to_string(store.totalRules(includeSystemRules)) + " rows; nothing was done");
+        return std::nullopt;
+    }
+    return rowsMeeting(store, includeSystemRules, selection.criteria, place);
+}
+
+std::vector<RuleRef> rulesOf(
+    const RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules)
+{
+    std::vector<RuleRef> rules;
+    rules.reserve(rows.size());
+    for (const std::size_t row : rows)
+        rules.push_back(store.ruleAtIndex(row, includeSystemRules));
+    return rules;
 }
 
 } // namespace quorvane

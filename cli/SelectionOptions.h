@@ -1,7 +1,11 @@
 #pragma once
 
 #include "cli/RuleSelection.h"
+#include "rules/RuleRef.h"
+#include "workflow/RulesPlace.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,16 +18,32 @@ namespace quorvane {
 // FILE, which several commands take in place of the current user's configuration.
 void addFileOption(CLI::App& command, RuleSelection& selection);
 
-// --system, --filter and --sort, which say what the rows of a command are.
+// --system, --filter and --sort, which say what the rows of a command are, and the options that choose some
+// of the rows.
 class SelectionOptions {
 public:
     void addTo(CLI::App& command, RuleSelection& selection);
+    // The same without --system.
+    void addUserRowsTo(CLI::App& command, RuleSelection& selection);
 
-    // Takes the sort keys over into the selection. Throws CLI::ValidationError for one that is none.
-    void finish(RuleSelection& selection) const;
+    // Takes what was spelled over into the selection. Throws CLI::ValidationError for what makes no sense.
+    // `isNowhere`: programs and paths are not looked up.
+    void finish(RuleSelection& selection, bool isNowhere) const;
 
 private:
     std::vector<std::string> m_sort;
+    std::vector<std::string> m_classes;
+    std::vector<std::string> m_types;
+    std::vector<std::string> m_findings;
 };
+
+// The rows that the selection, whose filter and sort order are in force, chooses; none, after a complaint,
+// when it names a row that is not there.
+std::optional<std::vector<std::size_t>> chosenRows(
+    const RuleManager& store, const RuleSelection& selection, const RulesPlace& place);
+
+// The rules of these rows.
+std::vector<RuleRef> rulesOf(
+    const RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules);
 
 } // namespace quorvane

@@ -1,8 +1,7 @@
 #include "workflow/RuleImport.h"
 
-#include "codesign/ProtectedPath.h"
 #include "platform/PathComponents.h"
-#include "rules/ApplicationIdentity.h"
+#include "workflow/ProgramBinding.h"
 #include "workflow/RulesDocument.h"
 
 #include <string_view>
@@ -12,8 +11,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr const char* platformBinary = "APPLE_PF_BINARY";
-
 std::string tagForFile(std::string_view path)
 {
     constexpr std::string_view extension = ".quorv";
@@ -21,13 +18,6 @@ std::string tagForFile(std::string_view path)
     for (std::size_t at = 0; (at = name.find(extension, at)) != std::string::npos;)
         name.erase(at, extension.size());
     return name.substr(0, name.find(','));
-}
-
-// The program that decides about the rule's constraint; empty when there is none.
-std::string decidingProgram(const PolicyRule& rule)
-{
-    std::string path = applicationPathForRule(rule);
-    return path == "any" ? applicationParentPathForRule(rule).value_or(std::string()) : path;
 }
 
 } // namespace
@@ -79,7 +69,7 @@ PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
     if (fields.tag.view().empty())
         fields.tag = m_tag;
     if (fields.constraint.view().empty()) {
-        const NullableText& constraint = constraintOfProgram(decidingProgram(rule));
+        const NullableText& constraint = constraintOfProgram(decidingProgram(fields.processName));
         if (!constraint.view().empty())
             fields.constraint = constraint;
     }
@@ -100,21 +90,9 @@ void RuleImport::noteAdded(const RuleRef& rule)
 const NullableText& RuleImport::constraintOfProgram(const std::string& path)
 {
     const auto known = m_constraints.find(path);
-    return known != m_constraints.end() ? known->second
-                                        : m_constraints.emplace(path, findConstraint(path)).first->second;
-}
-
-// Empty for a program that cannot be bound to anything.
-std::string RuleImport::findConstraint(const std::string& path)
-{
-    if (!m_facts.exists(path) || m_facts.isFolder(path))
-        return {};
-    if (auto team = m_facts.team(path); team && !team->empty())
-        return *team;
-    if (m_facts.platformIdentifier(path) != 0)
-        return platformBinary;
-    // A program that cannot be read may have a team all the same.
-    return isSIP(path) || !m_facts.isReadable(path) ? std::string() : m_facts.sha256(path);
+    return known != m_constraints.end()
+        ? known->second
+        : m_constraints.emplace(path, bindingOf(path, m_facts).constraint).first->second;
 }
 
 ImportResult RuleImport::didFinishImportingRules()

@@ -59,7 +59,6 @@ private:
     WatchRulePtr importWatchRule(const WatchRule& rule);
     PolicyRulePtr importPolicyRule(const PolicyRule& rule);
     const NullableText& constraintOfProgram(const std::string& path);
-    std::string findConstraint(const std::string& path);
 
     RulesDocument& m_document;
     RuleManager& m_store;

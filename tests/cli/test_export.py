@@ -52,8 +52,8 @@ class Export(CommandTest):
         self.sandbox.write(self.out, "precious\n")
         for row in ("3", "18446744073709551615"):
             with self.subTest(row=row):
-                result = self.fail_with(1, "export", self.out, "--row", "0", "--row", row)
-                self.assertIn("nothing was written", result.err)
+                result = self.fail_with(2, "export", self.out, "--row", "0", "--row", row)
+                self.assertIn("there is no row " + row, result.err)
                 self.assertEqual(read(self.out), b"precious\n")
 
     def test_a_row_that_is_no_number_is_a_usage_error(self):

@@ -90,6 +90,19 @@ class Import(CommandTest):
         bound = {row["path"]: row["constraint"] for row in self.succeed("list", "--json").objects()}
         self.assertEqual(bound, {"/a": digest, "/b": "KEPT", "/c": "", "/d": "", "/e": digest})
 
+    def test_binds_rules_to_the_programs_of_the_target(self):
+        target = self.sandbox.path("target")
+        os.makedirs(target + "/opt")
+        with open(target + "/opt/tool", "wb") as file:
+            file.write(b"tool")
+        exchange = self.exchange("allow path /a /opt/tool r")
+        self.fail_with(1, "import", "--target", self.sandbox.path("missing"), exchange)
+        self.succeed("import", "--target", target, exchange)
+        self.assertEqual(self.listed(key="constraint"), [hashlib.sha256(b"tool").hexdigest()])
+        self.sandbox.write_user()
+        self.succeed("import", "--no-target", exchange)
+        self.assertEqual(self.listed(key="constraint"), [""])
+
     def test_system_rules_are_duplicates_but_never_written(self):
         self.sandbox.write_system("quorvane.rc", "allow path /a any r", "allow path /s any r")
         result = self.succeed("import", "--json", self.exchange("allow path /a any r", "allow path /b any r"))

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace quorvane {
+
+struct CommandContext;
+struct PlannedChange;
+class UserDocument;
+
+// --dry-run and --json of a command that changes many of the current user's rules at once, and what all of
+// these commands do alike.
+class ChangeOptions {
+public:
+    void addTo(CLI::App& command);
+
+    // The rules to be changed, or only to be looked at. Null, after a complaint, when that cannot be.
+    std::unique_ptr<UserDocument> open(const CommandContext& context) const;
+
+    // Does what was planned unless it is a dry run, as one action that begins with `verb` in the history, and
+    // prints it. Returns the exit status.
+    int carryOut(UserDocument& user, const PlannedChange& plan, const std::string& verb) const;
+
+private:
+    bool m_isDryRun = false;
+    bool m_asJson = false;
+};
+
+} // namespace quorvane

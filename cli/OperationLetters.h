@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace quorvane {
+
+// A check of an argument: what is wrong with it; empty for letters out of rwcmx.
+inline std::string onlyOperationLetters(const std::string& text)
+{
+    return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";
+}
+
+} // namespace quorvane

@@ -1,0 +1,34 @@
+#include "cli/PlaceOptions.h"
+
+#include "cli/Output.h"
+#include "platform/SystemError.h"
+
+#include <CLI/CLI.hpp>
+
+namespace quorvane {
+
+void PlaceOptions::addTo(CLI::App& command)
+{
+    auto* target
+        = command
+              .add_option_function<std::string>(
+                  "--target", [this](const std::string& folder) { m_target = folder; },
+                  "Look programs and paths up in this folder, as if it were the root of the file system")
+              ->type_name("DIR");
+    command.add_flag("--no-target", m_isNowhere, "Look no program and no path up")->excludes(target);
+}
+
+std::optional<RulesPlace> PlaceOptions::open() const
+{
+    if (m_isNowhere)
+        return RulesPlace::nowhere();
+    if (!m_target)
+        return RulesPlace::thisMachine();
+    std::error_code error;
+    auto place = RulesPlace::folder(*m_target, error);
+    if (!place)
+        complain("cannot look rules up in '" + printable(*m_target) + "': " + errorText(error));
+    return place;
+}
+
+} // namespace quorvane

@@ -1,0 +1,69 @@
+#include "cli/ChangeOptions.h"
+#include "cli/Commands.h"
+#include "cli/UserDocument.h"
+#include "cli/UserSelection.h"
+#include "workflow/PlannedChange.h"
+
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvane {
+
+namespace {
+
+class RemoveCommand : public Command {
+public:
+    CLI::App& addTo(CLI::App& program) override
+    {
+        CLI::App& command = *program.add_subcommand(
+            "remove", "Remove rules from the current user's configuration, all at once");
+        command.footer("Rows are counted as list counts them. With --finding redundant a rule goes only "
+                       "while a rule that stays\ncovers it.");
+        m_change.addTo(command);
+        m_selection.addTo(command);
+        return command;
+    }
+
+    void check() override { m_selection.finish(); }
+
+    int run(const CommandContext& context) override
+    {
+        const auto place = m_selection.openPlace();
+        const auto user = place ? m_change.open(context) : nullptr;
+        if (!user)
+            return ExitStatus::failure;
+        const auto chosen = m_selection.rules(user->store(), *place);
+        if (!chosen)
+            return ExitStatus::usage;
+        const std::vector<RuleRef> removable = removableOf(user->store(), *chosen, *place);
+        PlannedChange plan = removalOf(user->store(), removable, user->lineEnds());
+        plan.unchanged = chosen->size() - removable.size();
+        return m_change.carryOut(*user, plan, "Remove");
+    }
+
+private:
+    // Rules that were chosen for nothing but their redundancy go one after the other.
+    std::vector<RuleRef> removableOf(
+        RuleManager& store, const std::vector<RuleRef>& chosen, const RulesPlace& place) const
+    {
+        std::vector<FindingKind> others = m_selection.findings();
+        if (std::erase(others, FindingKind::redundant) == 0)
+            return chosen;
+        const std::vector<RuleRef> gone
+            = others.empty() ? std::vector<RuleRef>() : m_selection.rulesWith(store, place, others);
+        return dispensableRules(store, chosen, gone);
+    }
+
+    UserSelection m_selection;
+    ChangeOptions m_change;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeRemoveCommand()
+{
+    return std::make_unique<RemoveCommand>();
+}
+
+} // namespace quorvane

@@ -1,0 +1,103 @@
+#include "cli/RowOutput.h"
+
+#include "cli/Output.h"
+#include "cli/RuleJson.h"
+#include "rules/ApplicationIdentity.h"
+#include "workflow/ApplicationValidation.h"
+#include "workflow/RuleCells.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+bool isRedundant(const RuleManager& store, const PolicyRule& rule)
+{
+    return store.isRedundant(rule);
+}
+
+bool isRedundant(const RuleManager&, const WatchRule&)
+{
+    return false;
+}
+
+bool isValid(const PolicyRule& rule, const RulesPlace& place)
+{
+    return isValidApplicationPath(rule, shownApplicationNameForRule(rule), place);
+}
+
+bool isValid(const WatchRule&, const RulesPlace&)
+{
+    return true;
+}
+
+template <class Rule>
+Json rowJson(const RuleManager& store, std::size_t row, const Rule& rule, const RulesPlace& place)
+{
+    const auto& fields = rule.fields();
+    Json object{{"row", row}};
+    object.update(propertiesJson(fields));
+    object.update(Json{{"sequence", fields.sequence}, {"system", fields.system},
+        {"ruleState", rule.getRuleState()}, {"applicationName", applicationNameForRule(rule)},
+        {"applicationGroupIdentity", applicationGroupIdentityForRule(rule)},
+        {"redundant", isRedundant(store, rule)},
+        {"valid", place.isNowhere() ? Json(nullptr) : Json(isValid(rule, place))}});
+    return object;
+}
+
+// The texts of one row, in the order they are printed.
+using PrintedRow = std::array<std::string, 7>;
+
+std::string joined(const std::string& text, const std::string& description)
+{
+    return text + (text.empty() || description.empty() ? "" : ", ") + description;
+}
+
+PrintedRow printedRow(const RuleManager& store, const RuleRows& rows, std::size_t row,
+    bool includeSystemRules, const RulesPlace& place)
+{
+    const auto cell
+        = [&](RuleColumn column) { return ruleCell(store, rows, row, includeSystemRules, column, place); };
+    const RuleCell application = cell(RuleColumn::application);
+    return {std::to_string(row), cell(RuleColumn::ruleClass).text, cell(RuleColumn::type).text,
+        cell(RuleColumn::operations).text, joined(application.text, application.description),
+        cell(RuleColumn::tag).text, askRule(rows.at(row, includeSystemRules), [](const auto& rule) {
+            return std::string(rule.fields().path.view());
+        })};
+}
+
+// Wide enough for most; a longer text pushes the rest of its line to the right.
+void writeLine(Output& output, const PrintedRow& row)
+{
+    constexpr std::array<std::size_t, 6> widths{6, 5, 6, 5, 28, 16};
+    std::string line;
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        std::string text = printable(row[column]);
+        if (column < widths.size())
+            text.resize(std::max(text.size(), widths[column]), ' ');
+        line.append(text).append(column + 1 < row.size() ? "  " : "\n");
+    }
+    output.write(line);
+}
+
+} // namespace
+
+void writeRows(Output& output, const RuleManager& store, const std::vector<std::size_t>& rows,
+    bool includeSystemRules, const RulesPlace& place, bool asJson)
+{
+    if (!asJson)
+        writeLine(output, {"Row", "Class", "Type", "Ops", "Application", "Tag", "Path"});
+    const auto present = store.rows();
+    for (const std::size_t row : rows) {
+        if (asJson)
+            output.write(jsonLine(askRule(present->at(row, includeSystemRules),
+                [&](const auto& rule) { return rowJson(store, row, rule, place); })));
+        else
+            writeLine(output, printedRow(store, *present, row, includeSystemRules, place));
+    }
+}
+
+} // namespace quorvane

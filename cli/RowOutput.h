@@ -1,0 +1,18 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "workflow/RulesPlace.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace quorvane {
+
+class Output;
+
+// Prints these rows of the index, with their numbers: one JSON object a line, or a table for people. `place`:
+// where programs are looked up.
+void writeRows(Output& output, const RuleManager& store, const std::vector<std::size_t>& rows,
+    bool includeSystemRules, const RulesPlace& place, bool asJson);
+
+} // namespace quorvane

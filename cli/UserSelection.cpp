@@ -1,0 +1,42 @@
+#include "cli/UserSelection.h"
+
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvane {
+
+void UserSelection::addTo(CLI::App& command)
+{
+    m_options.addUserRowsTo(command, m_selection);
+    command.add_flag("--all", m_isAll, "Every rule of the user; stands alone");
+    m_place.addTo(command);
+}
+
+void UserSelection::finish()
+{
+    m_options.finish(m_selection, m_place.isNowhere());
+    const bool isSelection = !m_selection.criteria.isEmpty() || !m_selection.filter.empty();
+    if (!isSelection && !m_isAll)
+        throw CLI::RequiredError("A selection or --all");
+    if (isSelection && m_isAll)
+        throw CLI::ValidationError("--all", "stands alone");
+}
+
+std::optional<std::vector<RuleRef>> UserSelection::rules(RuleManager& store, const RulesPlace& place) const
+{
+    store.applyFilterWithString(m_selection.filter);
+    store.sortIndexUsingDescriptors(m_selection.sort);
+    const auto rows = chosenRows(store, m_selection, place);
+    return rows ? std::optional(rulesOf(store, *rows, false)) : std::nullopt;
+}
+
+std::vector<RuleRef> UserSelection::rulesWith(
+    RuleManager& store, const RulesPlace& place, std::vector<FindingKind> findings) const
+{
+    RuleCriteria criteria = m_selection.criteria;
+    criteria.findings = std::move(findings);
+    return rulesOf(store, rowsMeeting(store, false, criteria, place), false);
+}
+
+} // namespace quorvane

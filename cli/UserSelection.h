@@ -1,0 +1,37 @@
+#pragma once
+
+#include "cli/PlaceOptions.h"
+#include "cli/SelectionOptions.h"
+
+#include <optional>
+#include <vector>
+
+namespace quorvane {
+
+// Which of the current user's rules a command is to change: the options of a selection, of which there must
+// be one, or --all; and where programs and paths are looked up for it.
+class UserSelection {
+public:
+    void addTo(CLI::App& command);
+
+    // Throws CLI::ParseError for what makes no sense.
+    void finish();
+
+    std::optional<RulesPlace> openPlace() const { return m_place.open(); }
+    const std::vector<FindingKind>& findings() const { return m_selection.criteria.findings; }
+
+    // The chosen rules in the order of their rows; none, after a complaint, when a row is not there. Puts
+    // filter and sort order in force.
+    std::optional<std::vector<RuleRef>> rules(RuleManager& store, const RulesPlace& place) const;
+    // The same with these findings in place of those that were asked for.
+    std::vector<RuleRef> rulesWith(
+        RuleManager& store, const RulesPlace& place, std::vector<FindingKind> findings) const;
+
+private:
+    RuleSelection m_selection;
+    SelectionOptions m_options;
+    PlaceOptions m_place;
+    bool m_isAll = false;
+};
+
+} // namespace quorvane

@@ -1,0 +1,323 @@
+#include "workflow/PlannedChange.h"
+#include "tests/rules/PlainStore.h"
+#include "tests/rules/RandomRules.h"
+#include "tests/support/GivenFacts.h"
+#include "tests/workflow/DocumentSandbox.h"
+#include "workflow/DifferenceText.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+std::string line(const std::string& path, const std::string& process = "any", const std::string& rest = "",
+    const std::string& start = "allow prefix", const std::string& operations = "r")
+{
+    return start + " \"" + path + "\" \"" + process + "\" " + operations
+        + (rest.empty() ? R"( "" "" "0")" : rest) + "\n";
+}
+
+class PlannedChangeTest : public testing::Test {
+protected:
+    void open(const std::string& rules)
+    {
+        box.writeUserRules(rules);
+        work = std::make_unique<DocumentAtWork>(box);
+    }
+
+    std::vector<RuleRef> userRules() const { return work->store->userRules(); }
+
+    // What is in the file after the change.
+    std::string carriedOut(const PlannedChange& plan)
+    {
+        EXPECT_EQ(plan.refusal, std::nullopt);
+        EXPECT_FALSE(work->document->perform(plan.change, {"Change Rules"}).failure);
+        return file();
+    }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+
+    PlannedChange patch(const RulePatch& change, LineEnds lineEnds = LineEnds::cut)
+    {
+        return patchingOf(*work->store, userRules(), change, facts, lineEnds);
+    }
+
+    static std::vector<std::string> changes(const PlannedChange& plan)
+    {
+        return differenceTexts(plan.difference);
+    }
+
+    StoreSandbox box;
+    GivenFacts facts;
+    std::unique_ptr<DocumentAtWork> work;
+};
+
+using Lines = std::vector<std::string>;
+
+} // namespace
+
+TEST_F(PlannedChangeTest, APatchChangesWhatItNamesAndNothingElse)
+{
+    open(line("/a", "/bin/sh", R"( "old" "T" "7")"));
+    const PlannedChange plan = patch({.tag = "new",
+        .ruleClass = 1,
+        .operations = RulePatch::Operations{RulePatch::Operations::replaced, 18},
+        .constraint = "TEAM"});
+    EXPECT_EQ(plan.unchanged, 0U);
+    EXPECT_EQ(carriedOut(plan), line("/a", "/bin/sh", R"( "new" "TEAM" "7")", "deny prefix", "wx"));
+}
+
+TEST_F(PlannedChangeTest, OperationsAreReplacedAddedAndRemoved)
+{
+    using Operations = RulePatch::Operations;
+    const struct {
+        Operations patch;
+        const char* result;
+    } cases[] = {
+        {{Operations::replaced, 8}, "m"}, {{Operations::added, 4}, "rwc"}, {{Operations::removed, 1}, "w"}};
+    for (const auto& c : cases) {
+        open(line("/a", "any", "", "allow prefix", "rw"));
+        EXPECT_EQ(
+            carriedOut(patch({.operations = c.patch})), line("/a", "any", "", "allow prefix", c.result));
+    }
+}
+
+TEST_F(PlannedChangeTest, RulesThatNeedNothingAreCountedAndNotTouched)
+{
+    open(line("/a", "any", R"( "t" "" "0")") + line("/b"));
+    const PlannedChange plan = patch({.tag = "t"});
+    EXPECT_EQ(plan.unchanged, 1U);
+    EXPECT_EQ(plan.change.changed.size(), 1U);
+    EXPECT_TRUE(patch({.ruleClass = 0}).change.isEmpty());
+    EXPECT_EQ(patch({.ruleClass = 0}).unchanged, 2U);
+}
+
+TEST_F(PlannedChangeTest, AWatchRuleHasNoConstraintAndStaysAWatchRule)
+{
+    open(R"(watch prefix "/w" "/bin/sh" r "")"
+         "\n"
+        + line("/a"));
+    EXPECT_EQ(patch({.constraint = "TEAM"}).unchanged, 1U);
+    EXPECT_NE(patch({.ruleClass = 0}).refusal, std::nullopt);
+    EXPECT_NE(patch({.ruleClass = 2}).refusal, std::nullopt);
+    EXPECT_TRUE(patch({.ruleClass = 2}).change.isEmpty());
+}
+
+TEST_F(PlannedChangeTest, OfTwoRulesThatBecomeEqualTheOneThatWasThatRuleStays)
+{
+    open(line("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
+        + line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+    const PlannedChange plan
+        = patch({.operations = RulePatch::Operations{RulePatch::Operations::replaced, 3}});
+    EXPECT_EQ(changes(plan), Lines{R"(removed: allow prefix "/a" "any" r "first" "" "0")"});
+    EXPECT_EQ(plan.unchanged, 1U);
+    EXPECT_EQ(carriedOut(plan), line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+}
+
+TEST_F(PlannedChangeTest, OfTwoRulesThatBothBecomeAnotherTheEarlierStays)
+{
+    open(line("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
+        + line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+    EXPECT_EQ(carriedOut(patch({.operations = RulePatch::Operations{RulePatch::Operations::replaced, 4}})),
+        line("/a", "any", R"( "first" "" "0")", "allow prefix", "c"));
+}
+
+TEST_F(PlannedChangeTest, ARuleThatLeavesAnotherRulesPlaceIsNoObstacle)
+{
+    // The first becomes what the second was, which becomes something else.
+    open(line("/a", "/bin/x", "", "allow prefix", "r") + line("/a", "/bin/x", "", "allow prefix", "rw"));
+    const PlannedChange plan = patch({.operations = RulePatch::Operations{RulePatch::Operations::added, 2}});
+    EXPECT_EQ(carriedOut(plan), line("/a", "/bin/x", "", "allow prefix", "rw"));
+}
+
+TEST_F(PlannedChangeTest, WhatDoesNotComeBackFromTheFileIsRefused)
+{
+    open(line("/a"));
+    EXPECT_NE(patch({.operations = RulePatch::Operations{RulePatch::Operations::removed, 31}}).refusal,
+        std::nullopt);
+    EXPECT_NE(patch({.tag = "a\nb"}).refusal, std::nullopt);
+    EXPECT_NE(patch({.tag = "blank "}).refusal, std::nullopt);
+    EXPECT_NE(patch({.constraint = "A\"B"}).refusal, std::nullopt);
+    const PlannedChange cut = patch({.tag = "\u00e9"});
+    ASSERT_TRUE(cut.refusal);
+    EXPECT_NE(cut.refusal->find("wholeLines=true"), std::string::npos);
+    EXPECT_TRUE(cut.change.isEmpty());
+    EXPECT_EQ(patch({.tag = "\u00e9"}, LineEnds::whole).refusal, std::nullopt);
+}
+
+TEST_F(PlannedChangeTest, ATagsDoubleQuotesAreLeftOut)
+{
+    open(line("/a"));
+    EXPECT_EQ(carriedOut(patch({.tag = "say \"hi\""})), line("/a", "any", R"( "say hi" "" "0")"));
+    EXPECT_EQ(patch({.tag = "say \"hi\""}).unchanged, 1U);
+}
+
+TEST_F(PlannedChangeTest, IsRefusedWhereItWouldCutAnotherRule)
+{
+    open(line("/a") + line("/caf\u00e9s"));
+    const std::vector<RuleRef> first{userRules().front()};
+    const auto plan
+        = [&](LineEnds lineEnds) { return patchingOf(*work->store, first, {.tag = "t"}, facts, lineEnds); };
+    EXPECT_NE(plan(LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(plan(LineEnds::whole).refusal, std::nullopt);
+    EXPECT_NE(removalOf(*work->store, first, LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(removalOf(*work->store, userRules(), LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(patchingOf(*work->store, first, {.tag = ""}, facts, LineEnds::cut).refusal, std::nullopt);
+}
+
+TEST_F(PlannedChangeTest, BindsEachRuleToItsProgramAsItIs)
+{
+    facts.existing = {"/opt/tool", "/opt/signed"};
+    facts.teams["/opt/signed"] = "TEAM";
+    open(line("/a", "/opt/signed", R"( "" "OLD" "0")") + line("/a", "/gone", R"( "" "KEPT" "0")")
+        + line("/a", "any", R"( "" "KEPT" "0")"));
+    const PlannedChange plan = patch({.isBoundToProgram = true});
+    EXPECT_EQ(changes(plan).size(), 1U);
+    EXPECT_EQ(plan.unchanged, 2U);
+    EXPECT_EQ(plan.remarks.size(), 2U);
+    EXPECT_NE(carriedOut(plan).find(line("/a", "/opt/signed", R"( "" "TEAM" "0")")), std::string::npos);
+}
+
+TEST(MovedProcess, ReplacesWholePathsWhereverTheyStand)
+{
+    const struct {
+        const char* process;
+        const char* moved;
+    } cases[] = {{"/old", "/new"}, {"/old (-x)", "/new (-x)"}, {"/old via /p", "/new via /p"},
+        {"/p via /old", "/p via /new"}, {"/old via /old", "/new via /new"},
+        {"/p via /old (-y)", "/p via /new (-y)"}, {"/old via any", "/new via any"},
+        {"any via /old", "any via /new"}, {"any ancestor /old", "any ancestor /new"},
+        {"any ancestor /old (-z)", "any ancestor /new (-z)"},
+        {"any ancestor /old via /old", "any ancestor /new via /new"}, {"any", "any"}, {"/older", "/older"},
+        {"/x/old", "/x/old"}, {"/old/x", "/old/x"}, {"any via old", "any via old"},
+        {"/p via any", "/p via any"}, {"", ""}};
+    for (const auto& c : cases)
+        EXPECT_EQ(movedProcess(c.process, "/old", "/new"), c.moved) << c.process;
+}
+
+TEST_F(PlannedChangeTest, AMoveKeepsConstraintsAndFoldsWhatIsThereAlready)
+{
+    open(line("/a", "/new", R"( "mine" "" "0")") + line("/a", "/old", R"( "theirs" "" "0")")
+        + line("/b", "/old", R"( "" "KEPT" "5")"));
+    const PlannedChange plan = movingOf(*work->store, "/old", "/new", LineEnds::cut);
+    EXPECT_EQ(
+        carriedOut(plan), line("/a", "/new", R"( "mine" "" "0")") + line("/b", "/new", R"( "" "KEPT" "5")"));
+    EXPECT_TRUE(movingOf(*work->store, "/old", "/new", LineEnds::cut).change.isEmpty());
+}
+
+TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
+{
+    // The first two cover each other.
+    open(line("", "/p", R"( "one" "" "0")") + line("any", "/p", R"( "two" "" "0")") + line("/a/", "/p")
+        + line("/a/b", "/p"));
+    const std::vector<RuleRef> all = userRules();
+    const auto left = [&](const std::vector<RuleRef>& rules, const std::vector<RuleRef>& gone) {
+        const std::vector<RuleRef> dispensable = dispensableRules(*work->store, rules, gone);
+        std::string paths;
+        for (const RuleRef& rule : dispensable)
+            paths
+                += std::string(askRule(rule, [](const auto& record) { return record.path().view(); })) + ";";
+        return paths;
+    };
+    EXPECT_EQ(left(all, {}), ";/a/;/a/b;");
+    EXPECT_EQ(left({all[3]}, {}), "/a/b;");
+    EXPECT_EQ(left({all[0], all[1]}, {all[2]}), ";");
+    EXPECT_EQ(left({all[2], all[3]}, {all[0], all[1]}), "/a/b;");
+}
+
+// Whatever is removed as redundant is covered by what stays, and nothing that stays could have gone as well.
+TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
+{
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        RandomRules random(seed);
+        RuleManager store(Locations("/nonexistent", "ann"), silentLog());
+        for (std::size_t count = random.below(12); count > 0; --count) {
+            PolicyRuleFields fields = random.policy();
+            fields.system = random.below(6) == 0;
+            store.addPolicyRule(policyRule(fields));
+        }
+        const std::vector<RuleRef> all = store.userRules();
+        const std::vector<RuleRef> going = dispensableRules(store, all, {});
+        PlainStore rest;
+        for (const RuleRef& rule : store.allRules()) {
+            const bool goes = std::any_of(going.begin(), going.end(),
+                [&](const RuleRef& other) { return addressOf(other) == addressOf(rule); });
+            if (!goes)
+                rest.add(std::get<PolicyRulePtr>(rule));
+        }
+        for (const RuleRef& rule : all) {
+            const bool goes = std::any_of(going.begin(), going.end(),
+                [&](const RuleRef& other) { return addressOf(other) == addressOf(rule); });
+            EXPECT_EQ(rest.coveringRule(*policyRuleIn(rule)) != nullptr, goes) << seed;
+        }
+    }
+}
+
+// A change of many rules is one action: one undo restores the file to the byte, in the same run of a program
+// and in a later one.
+TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
+{
+    for (unsigned seed = 0; seed < 30; ++seed) {
+        RandomRules random(seed);
+        const StoreSandbox box;
+        {
+            DocumentAtWork writer(box);
+            ChangeSet rules;
+            for (std::size_t count = 1 + random.below(10); count > 0; --count) {
+                PolicyRuleFields fields = random.policy();
+                fields.policyClass = static_cast<std::int32_t>(random.below(2));
+                fields.path = "/" + std::to_string(random.below(4));
+                fields.processName
+                    = random.oneOf<NullableText>({"/old", "/new", "/old via /new", "any via /old"});
+                fields.tag = random.oneOf<NullableText>({"", "a", "b"});
+                fields.constraint = random.oneOf<NullableText>({"", "T"});
+                fields.operations = 1 + static_cast<std::uint32_t>(random.below(3));
+                fields.policyType = fields.policyType == 4 ? 0 : fields.policyType;
+                fields.flags = 0;
+                fields.system = false;
+                const PolicyRulePtr rule = policyRule(fields);
+                rules.added.push_back({RuleRef(rule), valueOf(RuleRef(rule)), {}});
+            }
+            writer.document->perform(rules, {"Add Rules"});
+        }
+        const auto file = [&box] { return TemporaryFolder::contents(box.locations.userRulesFile()); };
+        {
+            DocumentAtWork reader(box); // what is read stands once, and is written in stored order
+            reader.document->perform({}, {"Write"});
+        }
+        const std::string before = file();
+        auto work = std::make_unique<DocumentAtWork>(box);
+        GivenFacts facts;
+        std::vector<RuleRef> some;
+        for (const RuleRef& rule : work->store->userRules()) {
+            if (random.below(3) > 0)
+                some.push_back(rule);
+        }
+        PlannedChange plan;
+        switch (seed % 3) {
+        case 0:
+            plan = movingOf(*work->store, "/old", "/new", LineEnds::cut);
+            break;
+        case 1:
+            plan = patchingOf(
+                *work->store, some, {.tag = "c", .ruleClass = 1, .constraint = "T"}, facts, LineEnds::cut);
+            break;
+        default:
+            plan = removalOf(*work->store, some, LineEnds::cut);
+        }
+        ASSERT_EQ(plan.refusal, std::nullopt) << seed;
+        if (plan.change.isEmpty())
+            continue;
+        work->document->perform(plan.change, {"Change Rules"});
+        const std::string after = file();
+        EXPECT_NE(after, before) << seed;
+        if (random.below(2) == 0)
+            work = std::make_unique<DocumentAtWork>(box);
+        EXPECT_TRUE(work->document->undo()) << seed;
+        EXPECT_EQ(file(), before) << seed;
+        EXPECT_TRUE(work->document->redo()) << seed;
+        EXPECT_EQ(file(), after) << seed;
+    }
+}
+
+} // namespace quorvane

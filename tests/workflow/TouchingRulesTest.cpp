@@ -1,0 +1,81 @@
+#include "workflow/TouchingRules.h"
+#include "tests/rules/RandomRules.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+bool touchesPath(std::int32_t type, const NullableText& rulePath, const std::string& path)
+{
+    return touches(policyRule({.policyType = type, .path = rulePath, .processName = "any", .operations = 1}),
+        {.path = path});
+}
+
+bool touchesProcess(const NullableText& process, const std::string& asked)
+{
+    return touches(
+        watchRule({.path = "", .processName = process, .operations = 1}), {.path = "/a", .process = asked});
+}
+
+} // namespace
+
+TEST(Touches, APathThatTheRulesTextCovers)
+{
+    EXPECT_TRUE(touchesPath(0, "/a/", "/a/b"));
+    EXPECT_TRUE(touchesPath(0, "/a", "/ab"));
+    EXPECT_FALSE(touchesPath(0, "/a/b", "/a/"));
+    EXPECT_TRUE(touchesPath(1, "/a", "/a"));
+    EXPECT_FALSE(touchesPath(1, "/a", "/a/"));
+    EXPECT_TRUE(touchesPath(2, ".txt", "/a.txt"));
+    EXPECT_FALSE(touchesPath(2, ".txt", "/a.txt/"));
+    for (const std::int32_t type : {0, 1, 2, 4}) {
+        EXPECT_TRUE(touchesPath(type, "any", "/a")) << type;
+        EXPECT_TRUE(touchesPath(type, "", "/a")) << type;
+        EXPECT_FALSE(touchesPath(type, {}, "/a")) << type;
+    }
+    EXPECT_FALSE(touchesPath(4, "/a", "/a"));
+}
+
+TEST(Touches, AProgramItsWholeProcessAndAnyInItsForms)
+{
+    for (const char* process : {"/bin/a", "/bin/a (-x)", "/bin/a via /bin/b", "any", "any via /bin/b",
+             "any via any", "any via Tool", "any ancestor /bin/c"})
+        EXPECT_TRUE(touchesProcess(process, "/bin/a")) << process;
+    EXPECT_TRUE(touchesProcess("/bin/a via /bin/b", "/bin/a via /bin/b"));
+    for (const char* process : {"/bin/ab", "/bin/b via /bin/a", "anything", ""})
+        EXPECT_FALSE(touchesProcess(process, "/bin/a")) << process;
+    EXPECT_FALSE(touchesProcess("/bin/a via /bin/c", "/bin/a via /bin/b"));
+    EXPECT_FALSE(touchesProcess({}, "/bin/a"));
+}
+
+TEST(Touches, OneOfTheOperations)
+{
+    const RuleRef rule = policyRule({.path = "any", .processName = "any", .operations = 3});
+    EXPECT_TRUE(touches(rule, {.path = "/a", .operations = 18}));
+    EXPECT_FALSE(touches(rule, {.path = "/a", .operations = 16}));
+    EXPECT_FALSE(touches(rule, {.path = "/a", .operations = 0}));
+}
+
+TEST(Touches, EveryPathThatACoveringRuleWouldMakeRedundant)
+{
+    // A rule that redundancy finds wide enough for a rule about a path touches that path.
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        RandomRules random(seed);
+        const PolicyRuleFields wide = random.policy();
+        const NullableText path = random.path();
+        if (path.isNull() || wide.path.isNull())
+            continue;
+        const std::string_view text = wide.path.view();
+        const bool isWide
+            = text == "any" || text.empty() || (wide.policyType == 0 && path.view().starts_with(text));
+        const bool isTouched = touches(policyRule(wide), {.path = std::string(path.view())});
+        EXPECT_TRUE(!isWide || isTouched) << seed;
+        if (wide.policyType == 0) {
+            EXPECT_EQ(isTouched, isWide) << seed;
+        }
+    }
+}
+
+} // namespace quorvane

@@ -1,0 +1,366 @@
+#include "workflow/PlannedChange.h"
+
+#include "rules/ApplicationIdentity.h"
+#include "rules/CoverIndex.h"
+#include "rules/RuleCodes.h"
+#include "rules/RuleIdentity.h"
+#include "rules/RuleMarks.h"
+#include "rules/RuleNumbering.h"
+#include "workflow/DifferenceText.h"
+#include "workflow/ProgramBinding.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* wholeLinesAdvice
+    = "; \"wholeLines=true\" in section [rules] of settings.ini writes all of every line";
+
+struct Wanted {
+    RuleRef rule;
+    RuleValue before;
+    RuleValue after;
+};
+
+bool readsBack(const RuleValue& rule, LineEnds lineEnds)
+{
+    return askValue(rule, [lineEnds](const auto& fields) { return readsBackAsWritten(fields, lineEnds); });
+}
+
+// Why the rule cannot be written to the file; none when it can.
+std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds)
+{
+    if (readsBack(rule, lineEnds))
+        return std::nullopt;
+    if (readsBack(rule, LineEnds::whole))
+        return "the rules file would cut a rule with letters beyond ASCII: " + ruleText(rule)
+            + wholeLinesAdvice;
+    if (askValue(rule, [](const auto& fields) { return fields.operations; }) == 0)
+        return "a rule without operations does not come back from the rules file: " + ruleText(rule);
+    return "a rule with a double quote, a blank at the end of a field, or a line end does not come back from "
+           "the rules file: "
+        + ruleText(rule);
+}
+
+// Whether writing the file would damage the rule, which stands whole in it.
+bool wouldBeCut(const RuleValue& rule, LineEnds lineEnds)
+{
+    return lineEnds == LineEnds::cut && !readsBack(rule, LineEnds::cut) && readsBack(rule, LineEnds::whole);
+}
+
+bool isOfSameGroup(const RuleValue& a, const RuleValue& b)
+{
+    const auto* first = std::get_if<PolicyValue>(&a);
+    const auto* second = std::get_if<PolicyValue>(&b);
+    return first == nullptr || second == nullptr || isOfSameApplication(**first, **second);
+}
+
+std::unordered_set<const void*> addressesOf(const std::vector<RuleRef>& rules)
+{
+    std::unordered_set<const void*> addresses;
+    for (const RuleRef& rule : rules)
+        addresses.insert(addressOf(rule));
+    return addresses;
+}
+
+// Refuses a change of which a written rule would not come back.
+void refuseDamage(PlannedChange& plan, const RuleManager& store, LineEnds lineEnds)
+{
+    if (plan.refusal || plan.change.isEmpty())
+        return;
+    for (const auto& [before, after] : plan.difference.changed) {
+        if (!plan.refusal)
+            plan.refusal = whyUnwritable(after, lineEnds);
+    }
+    std::unordered_set<const void*> replaced;
+    for (const ChangeSet::Removal& removal : plan.change.removed)
+        replaced.insert(addressOf(removal.rule));
+    for (const ChangeSet::Change& change : plan.change.changed)
+        replaced.insert(addressOf(change.rule));
+    for (const RuleRef& rule : store.userRules()) {
+        if (!plan.refusal && !replaced.contains(addressOf(rule)) && wouldBeCut(valueOf(rule), lineEnds))
+            plan.refusal = "writing the rules file would cut another rule, with letters beyond ASCII: "
+                + ruleText(valueOf(rule)) + wholeLinesAdvice;
+    }
+    if (plan.refusal)
+        plan.change = {};
+}
+
+void changeRule(PlannedChange& plan, const Wanted& wanted)
+{
+    plan.difference.changed.emplace_back(wanted.before, wanted.after);
+    if (isOfSameGroup(wanted.before, wanted.after)) {
+        plan.change.changed.push_back({wanted.rule, wanted.before, wanted.after});
+    } else {
+        plan.change.removed.push_back({wanted.rule});
+        plan.change.added.push_back({wanted.rule, wanted.after});
+    }
+}
+
+void removeRule(PlannedChange& plan, const RuleRef& rule, const RuleValue& value)
+{
+    plan.difference.removed.push_back(value);
+    plan.change.removed.push_back({rule});
+}
+
+// Of the rules that become another rule, those that become one that is there by then have to go.
+void planAll(PlannedChange& plan, const RuleManager& store, const std::vector<Wanted>& wanted)
+{
+    std::unordered_set<const void*> moving;
+    for (const Wanted& each : wanted) {
+        if (!isEqualRule(each.before, each.after))
+            moving.insert(addressOf(each.rule));
+    }
+    std::vector<RuleValue> staying;
+    for (const RuleRef& rule : store.userRules()) {
+        if (!moving.contains(addressOf(rule)))
+            staying.push_back(valueOf(rule));
+    }
+    RuleNumbering known;
+    for (const RuleValue& rule : staying)
+        known.numberOf(rule);
+    for (const Wanted& each : wanted) {
+        const std::size_t before = known.size();
+        const bool isThere = moving.contains(addressOf(each.rule)) && known.numberOf(each.after) < before;
+        if (isThere)
+            removeRule(plan, each.rule, each.before);
+        else
+            changeRule(plan, each);
+    }
+}
+
+template <class Fields> void setClass(Fields& rule, std::int32_t ruleClass)
+{
+    if constexpr (std::is_same_v<Fields, PolicyRuleFields>)
+        rule.policyClass = ruleClass;
+}
+
+std::uint32_t patched(std::uint32_t operations, const RulePatch::Operations& patch)
+{
+    switch (patch.kind) {
+    case RulePatch::Operations::replaced:
+        return patch.operations;
+    case RulePatch::Operations::added:
+        return operations | patch.operations;
+    case RulePatch::Operations::removed:
+        return operations & ~patch.operations;
+    }
+    return operations;
+}
+
+// Finds what the rules of a patch are bound to, each program once.
+class Bindings {
+public:
+    Bindings(ProgramFacts& facts, std::vector<std::string>& remarks)
+        : m_facts(facts)
+        , m_remarks(remarks)
+    {
+    }
+
+    // None where the constraint stays.
+    std::optional<NullableText> constraintFor(const NullableText& process)
+    {
+        const std::string program = decidingProgram(process);
+        const auto known = m_known.find(program);
+        return known != m_known.end() ? known->second : m_known.emplace(program, find(program)).first->second;
+    }
+
+private:
+    std::optional<NullableText> find(const std::string& program)
+    {
+        const ProgramBinding binding = bindingOf(program, m_facts);
+        if (binding.program == ProgramBinding::seen)
+            return NullableText(binding.constraint);
+        const std::string name = program.empty() ? "any program" : "'" + program + "'";
+        m_remarks.push_back("the constraint stays where it was for " + name + ", which "
+            + (binding.program == ProgramBinding::gone ? "is not there" : "cannot be read"));
+        return std::nullopt;
+    }
+
+    ProgramFacts& m_facts;
+    std::vector<std::string>& m_remarks;
+    std::unordered_map<std::string, std::optional<NullableText>> m_known;
+};
+
+void setConstraint(PolicyRuleFields& rule, const RulePatch& patch, Bindings& bindings)
+{
+    if (patch.isBoundToProgram)
+        rule.constraint = bindings.constraintFor(rule.processName).value_or(rule.constraint);
+    else if (patch.constraint)
+        rule.constraint = *patch.constraint;
+}
+
+void setConstraint(WatchRuleFields&, const RulePatch&, Bindings&) { }
+
+bool isSame(const RuleValue& a, const RuleValue& b)
+{
+    return isEqualRule(a, b) && hasSameMarks(a, b);
+}
+
+std::string withoutQuotes(std::string text)
+{
+    text.erase(std::remove(text.begin(), text.end(), '"'), text.end());
+    return text;
+}
+
+// A path of a process string, the text behind " (-" kept.
+std::string movedPath(std::string_view path, std::string_view from, std::string_view to)
+{
+    const std::string_view program = path.substr(0, path.find(" (-"));
+    if (program != from)
+        return std::string(path);
+    return std::string(to).append(path.substr(program.size()));
+}
+
+// The rules of an application group that stay, in an index as the store keeps one.
+class CoveringGroup {
+public:
+    void add(const PolicyRulePtr& rule)
+    {
+        m_slotOf.emplace(rule.get(), m_slots.size());
+        m_slots.push_back(rule);
+    }
+
+    // Takes the rule out when another one covers it.
+    bool release(const PolicyRule& rule)
+    {
+        if (!m_index)
+            m_index = std::make_unique<CoverIndex>(m_slots);
+        if (m_index->firstCovering(rule) == nullptr)
+            return false;
+        m_index->remove(m_slotOf.at(&rule), rule.fields());
+        return true;
+    }
+
+private:
+    std::vector<PolicyRulePtr> m_slots;
+    std::unordered_map<const PolicyRule*, std::size_t> m_slotOf;
+    std::unique_ptr<CoverIndex> m_index; // of the slots, made when they are all there
+};
+
+using CoveringGroups = std::unordered_map<std::string, CoveringGroup>; // by application group identity
+
+// The groups of `rules`, without the rules that are gone.
+CoveringGroups coveringGroups(const RuleManager& store, const std::vector<RuleRef>& rules,
+    const std::unordered_set<const void*>& isGone)
+{
+    CoveringGroups groups;
+    for (const RuleRef& rule : rules) {
+        if (const PolicyRule* policy = policyRuleIn(rule))
+            groups[applicationGroupIdentityForRule(*policy)];
+    }
+    for (const RuleRef& rule : store.allRules()) {
+        const auto* policy = std::get_if<PolicyRulePtr>(&rule);
+        if (policy == nullptr || isGone.contains(policy->get()))
+            continue;
+        if (const auto group = groups.find(applicationGroupIdentityForRule(**policy)); group != groups.end())
+            group->second.add(*policy);
+    }
+    return groups;
+}
+
+} // namespace
+
+PlannedChange patchingOf(const RuleManager& store, const std::vector<RuleRef>& rules, const RulePatch& patch,
+    ProgramFacts& facts, LineEnds lineEnds)
+{
+    PlannedChange plan;
+    Bindings bindings(facts, plan.remarks);
+    const std::optional<NullableText> tag
+        = patch.tag ? std::optional<NullableText>(withoutQuotes(*patch.tag)) : std::nullopt;
+    std::vector<Wanted> wanted;
+    for (const RuleRef& rule : rules) {
+        const bool isWatch = policyRuleIn(rule) == nullptr;
+        if (patch.ruleClass && (*patch.ruleClass == PolicyClass::watch) != isWatch) {
+            plan.refusal = std::string(isWatch ? "a watch rule stays one: "
+                                               : "an allow or deny rule does not become a watch rule: ")
+                + ruleText(valueOf(rule));
+            return plan;
+        }
+        const RuleValue before = valueOf(rule);
+        const RuleValue after = askValue(before, [&](auto fields) {
+            fields.tag = tag.value_or(fields.tag);
+            if (patch.ruleClass)
+                setClass(fields, *patch.ruleClass);
+            if (patch.operations)
+                fields.operations = patched(fields.operations, *patch.operations);
+            setConstraint(fields, patch, bindings);
+            return RuleValue(makeRuleValue(std::move(fields)));
+        });
+        if (isSame(before, after))
+            ++plan.unchanged;
+        else
+            wanted.push_back({rule, before, after});
+    }
+    planAll(plan, store, wanted);
+    refuseDamage(plan, store, lineEnds);
+    return plan;
+}
+
+std::string movedProcess(const std::string& process, const std::string& from, const std::string& to)
+{
+    constexpr std::string_view ancestor = "any ancestor ";
+    constexpr std::string_view via = " via ";
+    const std::string head = applicationHeadForProcess(process);
+    const std::string_view rest = std::string_view(process).substr(head.size());
+    std::string moved = head.starts_with(ancestor)
+        ? std::string(ancestor) + movedPath(std::string_view(head).substr(ancestor.size()), from, to)
+        : movedPath(head, from, to);
+    return rest.empty() ? moved : moved.append(via).append(movedPath(rest.substr(via.size()), from, to));
+}
+
+PlannedChange movingOf(
+    const RuleManager& store, const std::string& from, const std::string& to, LineEnds lineEnds)
+{
+    PlannedChange plan;
+    std::vector<Wanted> wanted;
+    for (const RuleRef& rule : store.userRules()) {
+        const RuleValue before = valueOf(rule);
+        const std::string process(
+            askValue(before, [](const auto& fields) { return fields.processName.view(); }));
+        const std::string moved = movedProcess(process, from, to);
+        if (moved == process)
+            continue;
+        wanted.push_back({rule, before, askValue(before, [&moved](auto fields) {
+                              fields.processName = moved;
+                              return RuleValue(makeRuleValue(std::move(fields)));
+                          })});
+    }
+    planAll(plan, store, wanted);
+    refuseDamage(plan, store, lineEnds);
+    return plan;
+}
+
+PlannedChange removalOf(const RuleManager& store, const std::vector<RuleRef>& rules, LineEnds lineEnds)
+{
+    PlannedChange plan;
+    for (const RuleRef& rule : rules)
+        removeRule(plan, rule, valueOf(rule));
+    refuseDamage(plan, store, lineEnds);
+    return plan;
+}
+
+std::vector<RuleRef> dispensableRules(
+    const RuleManager& store, const std::vector<RuleRef>& rules, const std::vector<RuleRef>& gone)
+{
+    const std::unordered_set<const void*> isGone = addressesOf(gone);
+    CoveringGroups groups = coveringGroups(store, rules, isGone);
+    std::vector<RuleRef> dispensable;
+    for (const RuleRef& rule : rules) {
+        const PolicyRule* policy = policyRuleIn(rule);
+        const bool goesAnyway = isGone.contains(addressOf(rule));
+        if (goesAnyway
+            || (policy != nullptr && groups.at(applicationGroupIdentityForRule(*policy)).release(*policy)))
+            dispensable.push_back(rule);
+    }
+    return dispensable;
+}
+
+} // namespace quorvane

@@ -1,0 +1,36 @@
+#include "workflow/ProgramBinding.h"
+
+#include "codesign/ProtectedPath.h"
+#include "rules/ApplicationIdentity.h"
+
+namespace quorvane {
+
+namespace {
+
+constexpr const char* platformBinary = "APPLE_PF_BINARY";
+
+}
+
+std::string decidingProgram(const NullableText& process)
+{
+    std::string path = applicationPathForProcess(process);
+    return path == "any" ? applicationParentPathForProcess(process).value_or(std::string()) : path;
+}
+
+ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
+{
+    if (!facts.exists(program) || facts.isFolder(program))
+        return {ProgramBinding::gone};
+    if (auto team = facts.team(program); team && !team->empty())
+        return {ProgramBinding::seen, *std::move(team)};
+    if (facts.platformIdentifier(program) != 0)
+        return {ProgramBinding::seen, platformBinary};
+    if (isSIP(program))
+        return {};
+    // A program that cannot be read may have a team all the same.
+    if (!facts.isReadable(program))
+        return {ProgramBinding::unreadable};
+    return {ProgramBinding::seen, facts.sha256(program)};
+}
+
+} // namespace quorvane
