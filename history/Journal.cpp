@@ -263,6 +263,15 @@ void Journal::thin(Database& database) const
     sweepContents(database, SweepCost::whateverItTakes);
 }
 
+std::int64_t Journal::changeMark()
+{
+    return attempt(Access::read, [](Database& database) {
+        Statement row(database, "PRAGMA data_version");
+        row.step();
+        return row.integer(0);
+    });
+}
+
 std::vector<JournalVersion> Journal::versions()
 {
     return attempt(Access::read, [](Database& database) {

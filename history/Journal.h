@@ -62,6 +62,10 @@ public:
     // Begins and finishes a version whose bytes are in the file already.
     std::optional<std::int64_t> record(const NewVersion& version);
 
+    // Another number whenever another journal of the same file, in this process or elsewhere, has changed it
+    // since. Cheap; 0 when there is nothing yet.
+    std::int64_t changeMark();
+
     // All versions, newest first.
     std::vector<JournalVersion> versions();
     std::optional<JournalVersion> version(std::int64_t number);

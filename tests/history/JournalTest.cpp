@@ -24,6 +24,20 @@ TEST(Journal, GivesBackTheBytesOfEachVersion)
     EXPECT_EQ(numbersIn(*reopened), (std::vector<std::int64_t>{5, 4, 3, 2, 1}));
 }
 
+TEST(Journal, ItsMarkChangesWithWhatOthersDoAlone)
+{
+    JournalFolder folder;
+    const auto watching = folder.journal();
+    EXPECT_EQ(watching->changeMark(), 0);
+    const auto other = folder.journal();
+    other->record(version("one"));
+    const std::int64_t first = watching->changeMark();
+    EXPECT_NE(first, 0);
+    EXPECT_EQ(watching->changeMark(), first);
+    other->record(version("two"));
+    EXPECT_NE(watching->changeMark(), first);
+}
+
 TEST(Journal, KnowsOfAVersionWhatWasRecorded)
 {
     JournalFolder folder;
