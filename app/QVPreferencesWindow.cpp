@@ -1,12 +1,12 @@
 #include "app/QVPreferencesWindow.h"
 
 #include "platform/Log.h"
-#include "platform/PrivilegedCommand.h"
 #include "ui_QVPreferencesWindow.h"
 #include "windows/QtText.h"
 #include "windows/WindowLook.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/PreferencesFile.h"
+#include "workflow/PreferencesHistory.h"
 #include "workflow/RulesFolder.h"
 #include "workflow/RunState.h"
 
@@ -52,11 +52,12 @@ void explain(QLabel& help, QWidget& control, int indent)
 } // namespace
 
 QVPreferencesWindow::QVPreferencesWindow(Locations locations, ApplicationServices& application, RunState& run,
-    PrivilegedCommand& privilegedCommand, Log& log)
+    PrivilegedCommand& privilegedCommand, PreferencesHistory& history, Log& log)
     : m_locations(std::move(locations))
     , m_application(application)
     , m_run(run)
     , m_privilegedCommand(privilegedCommand)
+    , m_history(history)
     , m_log(log)
     , m_ui(std::make_unique<Ui::QVPreferencesWindow>())
 {
@@ -106,6 +107,7 @@ void QVPreferencesWindow::windowDidLoad()
 {
     m_initialPermissions = canCreateRules(m_locations, m_log);
     m_settings = readPreferences(m_locations.preferencesFile());
+    m_history.keepPresentVersion();
     showValues(PreferenceValues::shownFor(m_settings, m_initialPermissions));
     const bool isAdmin = m_application.isAdminUser();
     m_authenticated = isAdmin && m_application.performAuthentication();
@@ -191,8 +193,11 @@ void QVPreferencesWindow::clickedOK()
         // Afresh, so that what others have written since is kept.
         m_settings = readPreferences(m_locations.preferencesFile());
         shownValues().writeTo(m_settings);
+        m_history.keepPresentVersion();
         const std::string file = m_locations.preferencesFile();
         const auto failure = writePreferences(file, m_settings, m_log);
+        if (!failure)
+            m_history.keepSaved("Save Preferences");
         Q_EMIT saved(failure
                 ? tr("Failed to save the preferences to '%1': %2").arg(toQt(file), toQt(*failure))
                 : QString());
@@ -205,9 +210,7 @@ void QVPreferencesWindow::setFolderPermissions()
     const bool mayCreateRules = m_ui->createRulesCheckBox->isChecked();
     if (mayCreateRules == m_initialPermissions)
         return;
-    const std::string command = rulesFolderCommand(m_locations, mayCreateRules);
-    m_log.write("script source: " + privilegedScript(command));
-    m_log.write(m_privilegedCommand.run(command));
+    letUsersCreateRules(m_locations, mayCreateRules, m_privilegedCommand, m_log);
 }
 
 bool QVPreferencesWindow::canCreateRules(const Locations& locations, Log& log)

@@ -20,6 +20,7 @@ namespace quorvane {
 
 class ApplicationServices;
 class Log;
+class PreferencesHistory;
 class PrivilegedCommand;
 struct RunState;
 
@@ -30,7 +31,7 @@ class QVPreferencesWindow : public QDialog {
 public:
     // Nothing given is owned; all of it must outlive the window.
     QVPreferencesWindow(Locations locations, ApplicationServices& application, RunState& run,
-        PrivilegedCommand& privilegedCommand, Log& log);
+        PrivilegedCommand& privilegedCommand, PreferencesHistory& history, Log& log);
     ~QVPreferencesWindow() override;
 
     // Fills the window and has an administrator authenticate. To be called before the window is shown;
@@ -77,6 +78,7 @@ private:
     ApplicationServices& m_application;
     RunState& m_run;
     PrivilegedCommand& m_privilegedCommand;
+    PreferencesHistory& m_history;
     Log& m_log;
     std::unique_ptr<Ui::QVPreferencesWindow> m_ui;
     std::vector<Switch> m_switches;

@@ -9,12 +9,14 @@ namespace quorvane {
 
 namespace {
 
+constexpr const char* programName = "quorvane-configuration"; // in the history
+
 DocumentOwner ownerOfDocument(Background& background, Log& log)
 {
     const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
     if (read.problem)
         log.write(*read.problem);
-    return {.program = "quorvane-configuration",
+    return {.program = programName,
         .stateFolder = defaultStateFolder(),
         .settings = read.settings,
         .background = &background};
@@ -32,9 +34,11 @@ Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool opene
     , authority(systemBusAddress(locations.areSandbox()), prompt)
     , runningApplications(makeRunningApplications())
     , delegate(locations, log, run, {notices, authority, *runningApplications, workspace})
+    , preferencesHistory(locations, document, programName, {delegate, privilegedCommand, run}, log)
 {
     delegate.setPreferencesOpener([this, locations] {
-        auto* window = new QVPreferencesWindow(locations, delegate, run, privilegedCommand, log);
+        auto* window
+            = new QVPreferencesWindow(locations, delegate, run, privilegedCommand, preferencesHistory, log);
         QObject::connect(window, &QVPreferencesWindow::saved, &delegate, &AppDelegate::preferencesWereSaved);
         window->windowDidLoad();
         return window;

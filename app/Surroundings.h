@@ -8,6 +8,7 @@
 #include "platform/Workspace.h"
 #include "windows/AuthenticationWindow.h"
 #include "windows/BackgroundThread.h"
+#include "workflow/PreferencesHistory.h"
 #include "workflow/RulesDocument.h"
 #include "workflow/RunState.h"
 
@@ -32,6 +33,7 @@ struct Surroundings {
     PkexecCommand privilegedCommand;
     std::unique_ptr<RunningApplications> runningApplications;
     AppDelegate delegate;
+    PreferencesHistory preferencesHistory;
 };
 
 } // namespace quorvane

@@ -5,11 +5,14 @@
 #include "platform/Log.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
+#include "windows/HistoryWindow.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
+#include "workflow/RulesHistory.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QPixmap>
 #include <QTableView>
 #include <QWidget>
@@ -17,6 +20,7 @@
 #include <cstdio>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -75,9 +79,19 @@ std::unique_ptr<QWidget> preferencesWindow(Surroundings& around)
     auto* delegate = new AppDelegate(locations, around.log, around.run,
         {around.notices, administrators, *around.runningApplications, around.workspace});
     auto window = std::make_unique<QVPreferencesWindow>(
-        locations, *delegate, around.run, around.privilegedCommand, around.log);
+        locations, *delegate, around.run, around.privilegedCommand, around.preferencesHistory, around.log);
     delegate->setParent(window.get());
     window->windowDidLoad();
+    return window;
+}
+
+std::unique_ptr<QWidget> historyWindow(Surroundings& around)
+{
+    static RulesHistory rules(around.document);
+    auto window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&rules});
+    QEventLoop untilFilled;
+    QObject::connect(window.get(), &HistoryWindow::wasFilled, &untilFilled, &QEventLoop::quit);
+    untilFilled.exec();
     return window;
 }
 
@@ -92,6 +106,8 @@ std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& 
         return editorOf(row, around);
     if (name == "review" && wordCount == 2)
         return reviewOf(words[1], around);
+    if (name == "history" && wordCount == 1)
+        return historyWindow(around);
     if (name == "preferences" && wordCount == 1)
         return preferencesWindow(around);
     return nullptr;
@@ -113,7 +129,7 @@ int main(int argumentCount, char** arguments)
         = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (!window) {
         std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE | "
-                   "preferences]\n",
+                   "history | preferences]\n",
             stderr);
         return 2;
     }

@@ -65,6 +65,7 @@ int main(int argumentCount, char** arguments)
         &quorvane::AppDelegate::terminate);
     quorvane::RulesEditorTableController mainWindow(
         around.document, around.delegate, around.run, around.workspace, *log);
+    mainWindow.addHistory(around.preferencesHistory);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow,
         &quorvane::RulesEditorTableController::keepUnsavedRules);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate, [&around] {

@@ -40,6 +40,9 @@ public:
     void setBool(const std::string& key, bool value);
     void setInteger(const std::string& key, std::int32_t value);
 
+    // Keys with their values, in the order of the file.
+    const PropertyValue::Dictionary& entries() const { return *m_root.as<PropertyValue::Dictionary>(); }
+
     // The bytes of the file: XML, or the binary form when XML cannot hold a text of the list (with a control
     // character, say) or would be larger than is understood. None when both would be.
     std::optional<std::string> fileBytes() const;

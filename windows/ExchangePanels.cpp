@@ -51,9 +51,12 @@ public:
 
 class SavePanel : public FilePanel {
 public:
-    SavePanel(QWidget* parent, const QString& title)
+    // What is saved gets one of the endings that a file of this name could have.
+    SavePanel(QWidget* parent, const QString& title, const QFileInfo& name)
         : FilePanel(parent, title)
+        , m_endings(isOfExchangeType(name) ? exchangeTypes() : QStringList{name.suffix()})
     {
+
         setAcceptMode(QFileDialog::AcceptSave);
         setFileMode(QFileDialog::AnyFile);
     }
@@ -65,8 +68,8 @@ public:
             return;
         if (QFileInfo(named).isDir())
             return enter(named);
-        if (!isOfExchangeType(QFileInfo(named)))
-            nameField().setText(nameField().text() + QLatin1Char('.') + exchangeTypes().first());
+        if (!m_endings.contains(QFileInfo(named).suffix()))
+            nameField().setText(nameField().text() + QLatin1Char('.') + m_endings.first());
         const QFileInfo destination(namedPath());
         if (destination.isDir() || !destination.dir().exists())
             refuse(tr("No file can be saved as \u201c%1\u201d.").arg(namedPath()));
@@ -84,6 +87,8 @@ private:
         question.setDefaultButton(QMessageBox::No);
         return question.exec() == QMessageBox::Yes;
     }
+
+    const QStringList m_endings;
 };
 
 } // namespace
@@ -105,7 +110,7 @@ std::optional<std::string> chooseExchangeFile(
 void showSavePanel(QWidget& parent, const QString& title, const std::string& name,
     const std::function<void(const std::string& path)>& save)
 {
-    auto* panel = new SavePanel(&parent, title);
+    auto* panel = new SavePanel(&parent, title, QFileInfo(toQt(name)));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setDirectory(toQt(homeDirectory()));
     panel->selectFile(toQt(name));

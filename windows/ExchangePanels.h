@@ -17,9 +17,9 @@ std::optional<std::string> chooseExchangeFile(
     QWidget& parent, const QString& title, const std::string& folder);
 
 // Shows a panel over `parent` that asks where to save a file, by default under `name` in the home folder, and
-// returns at once. A name that does not end like that of an exchange file gets ".quorv" at its end, and what
-// exists is replaced only when the person says so. `save` is called with the path that has been chosen, and
-// never when `parent` is gone by then.
+// returns at once. What is saved ends like `name`, or as any exchange file does when `name` is one: another
+// name gets that ending. What exists is replaced only when the person says so. `save` is called with the path
+// that has been chosen, and never when `parent` is gone by then.
 void showSavePanel(QWidget& parent, const QString& title, const std::string& name,
     const std::function<void(const std::string& path)>& save);
 

@@ -1,6 +1,5 @@
 #include "windows/KeptSelection.h"
 
-#include "rules/RuleIdentity.h"
 #include "windows/RuleCellsModel.h"
 
 #include <QItemSelectionModel>
@@ -9,6 +8,7 @@
 #include <QTableView>
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace quorvane {
@@ -22,21 +22,20 @@ void selectRows(QItemSelection& selection, const RuleCellsModel& model, int firs
 
 } // namespace
 
-KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& model, RuleIdentity sameRule)
-    : m_sameRule(sameRule)
-    , m_topmostRow(std::max(table.rowAt(0), 0))
+KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& model)
+    : m_topmostRow(std::max(table.rowAt(0), 0))
 {
     for (const QItemSelectionRange& range : table.selectionModel()->selection()) {
         for (int row = range.top(), last = range.bottom(); row <= last; ++row)
-            m_selected.push_back(identityOf(model.ruleAt(row)));
+            m_selected.push_back(addressOf(model.ruleAt(row)));
     }
-    std::sort(m_selected.begin(), m_selected.end());
+    std::sort(m_selected.begin(), m_selected.end(), std::less<>());
     if (const QModelIndex current = table.currentIndex(); current.isValid())
-        m_current = identityOf(model.ruleAt(current.row()));
+        m_current = addressOf(model.ruleAt(current.row()));
     if (const auto* field = qobject_cast<QLineEdit*>(table.indexWidget(table.currentIndex())))
         m_typed = {table.currentIndex().column(), field->text(), field->cursorPosition()};
     if (m_topmostRow < model.rowCount())
-        m_topmost = identityOf(model.ruleAt(m_topmostRow));
+        m_topmost = addressOf(model.ruleAt(m_topmostRow));
 }
 
 void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) const
@@ -46,8 +45,8 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     int topmostRow = m_topmostRow;
     int firstSelected = -1;
     for (int row = 0; row < model.rowCount(); ++row) {
-        const std::uint64_t rule = identityOf(model.ruleAt(row));
-        const bool selected = std::binary_search(m_selected.begin(), m_selected.end(), rule);
+        const void* rule = addressOf(model.ruleAt(row));
+        const bool selected = std::binary_search(m_selected.begin(), m_selected.end(), rule, std::less<>());
         if (selected && firstSelected < 0)
             firstSelected = row;
         if (!selected && firstSelected >= 0)
@@ -71,14 +70,6 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
         field->setText(m_typed->text);
         field->setCursorPosition(m_typed->cursor);
     }
-}
-
-std::uint64_t KeptSelection::identityOf(const RuleRef& rule) const
-{
-    return askRule(rule, [this](const auto& record) -> std::uint64_t {
-        return m_sameRule == RuleIdentity::record ? reinterpret_cast<std::uintptr_t>(&record)
-                                                  : identityHash(record);
-    });
 }
 
 } // namespace quorvane

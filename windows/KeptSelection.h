@@ -1,10 +1,7 @@
 #pragma once
 
-#include "rules/RuleRef.h"
-
 #include <QString>
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -14,16 +11,11 @@ namespace quorvane {
 
 class RuleCellsModel;
 
-// What makes a rule the one it was before a reload: being the very record, or, when all records are made
-// anew, an equal one.
-enum class RuleIdentity { record, properties };
-
 // What is selected in a rules table, where it is scrolled to and what is being typed in one of its cells,
-// told by the rules and not by their rows, so that it outlives a reload.
+// told by the rules' records and not by their rows, so that it outlives a reload.
 class KeptSelection {
 public:
-    KeptSelection(
-        const QTableView& table, const RuleCellsModel& model, RuleIdentity sameRule = RuleIdentity::record);
+    KeptSelection(const QTableView& table, const RuleCellsModel& model);
 
     // Selects the rules that are still rows, and scrolls to where the table was: the first rule that was in
     // view is the first again while it exists. What was being typed goes on in the cell of the same rule,
@@ -38,13 +30,10 @@ private:
         int cursor;
     };
 
-    std::uint64_t identityOf(const RuleRef& rule) const;
-
-    const RuleIdentity m_sameRule;
-    std::vector<std::uint64_t> m_selected; // ascending
-    std::optional<std::uint64_t> m_current;
+    std::vector<const void*> m_selected; // records, ascending
+    const void* m_current = nullptr;
     std::optional<Typed> m_typed;
-    std::optional<std::uint64_t> m_topmost;
+    const void* m_topmost = nullptr;
     int m_topmostRow = 0;
 };
 

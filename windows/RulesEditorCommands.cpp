@@ -147,6 +147,7 @@ void RulesEditorTableController::apply(const TableChange& change)
     updateCounts();
     showFailure();
     m_exchange->presentRulesDidChange();
+    tellOfRemaining(change.remaining);
     m_application.display(change.notice);
 }
 

@@ -1,8 +1,10 @@
 #include "windows/RulesEditorTableController.h"
 
 #include "ui_RulesEditorTableController.h"
+#include "windows/HistoryWindow.h"
 #include "windows/QtText.h"
 #include "windows/RulesTableModel.h"
+#include "workflow/DocumentTexts.h"
 #include "workflow/RulesDocument.h"
 
 #include <QTimer>
@@ -20,12 +22,18 @@ namespace {
 // The history is opened when the window has long been painted.
 constexpr std::chrono::seconds untilVersionIsKept{2};
 
+// Subjects of notices.
+constexpr QLatin1String writeSubject("write");
+constexpr QLatin1String aheadSubject("ahead");
+constexpr QLatin1String cutSubject("cut");
+
 } // namespace
 
 void RulesEditorTableController::setUpDocument()
 {
     connect(m_ui->undoMenuItem, &QAction::triggered, this, &RulesEditorTableController::undo);
     connect(m_ui->redoMenuItem, &QAction::triggered, this, &RulesEditorTableController::redo);
+    connect(m_ui->historyMenuItem, &QAction::triggered, this, &RulesEditorTableController::showHistory);
     connect(m_ui->editMenu, &QMenu::aboutToShow, this, &RulesEditorTableController::nameUndoAndRedo);
     // Their keys work whatever the menu last said.
     connect(m_ui->editMenu, &QMenu::aboutToHide, this, [this] {
@@ -63,38 +71,87 @@ void RulesEditorTableController::redo()
         m_ui->notices->add({.text = tr("There is nothing to redo."), .subject = QStringLiteral("undo")});
 }
 
+void RulesEditorTableController::addHistory(FileHistory& history)
+{
+    m_histories.push_back(&history);
+}
+
+void RulesEditorTableController::showHistory()
+{
+    if (m_historyWindow.isNull()) {
+        m_historyWindow = new HistoryWindow(m_histories, this);
+        connect(m_historyWindow, &HistoryWindow::wasRestored, this,
+            qOverload<>(&RulesEditorTableController::reloadData));
+        connect(m_historyWindow, &HistoryWindow::undoRequested, this, &RulesEditorTableController::undo);
+    }
+    m_historyWindow->show();
+    m_historyWindow->raise();
+    m_historyWindow->activateWindow();
+}
+
+void RulesEditorTableController::showHistoryFrom(std::int64_t version)
+{
+    showHistory();
+    m_historyWindow->showVersionFrom(version);
+}
+
 void RulesEditorTableController::rulesWereMerged(const ChangeSet& /*change*/)
 {
+    reloadData();
+}
+
+void RulesEditorTableController::rulesWereReloaded()
+{
+    m_ui->notices->remove(aheadSubject);
     reloadData();
 }
 
 void RulesEditorTableController::fileStateDidChange()
 {
     showFailure();
-    const QString subject = QStringLiteral("write");
+    if (!m_document.isFileAhead())
+        m_ui->notices->remove(aheadSubject);
     if (!m_document.failure() || m_document.isWriting())
-        return m_ui->notices->remove(subject);
+        return m_ui->notices->remove(writeSubject);
     m_ui->notices->add({.text = tr("Nothing was written, the last change is not in the rules file: %1")
                                     .arg(toQt(*m_document.failure())),
         .buttons = {{tr("Write Now"), [this] { m_document.writeNow(); }}},
-        .subject = subject});
+        .subject = writeSubject});
 }
 
 void RulesEditorTableController::documentHasNews(const DocumentNews& news)
 {
     FootNotice notice{.text = toQt(news.text)};
-    if (!news.rules.empty())
+    if (news.kind == DocumentNews::Kind::fileIsAhead) {
+        notice.subject = aheadSubject;
+        notice.buttons.push_back({tr("Take Over Now"), [this] { m_document.takeForeignChanges(); }});
+    } else if (news.shownFrom) {
+        notice.buttons.push_back(
+            {tr("Show"), [this, version = *news.shownFrom] { showHistoryFrom(version); }});
+    } else if (!news.rules.empty()) {
         notice.buttons.push_back({tr("Show"), [this, rules = news.rules] { showFirstOf(rules); }});
+    }
     if (news.version)
         notice.buttons.push_back({tr("Restore"), [this, version = *news.version] {
                                       m_document.restore(version);
                                       reloadData();
                                   }});
     if (news.kind == DocumentNews::Kind::cutShort) {
-        notice.subject = QStringLiteral("cut");
+        notice.subject = cutSubject;
         notice.buttons.push_back({tr("Write Whole Lines"), [this] { writeWholeLines(); }});
     }
     m_ui->notices->add(std::move(notice));
+}
+
+// Of two equal rules the first goes, whichever is selected: then what remains is not what a person expects.
+void RulesEditorTableController::tellOfRemaining(const std::vector<RuleRef>& remaining)
+{
+    if (remaining.empty())
+        return;
+    m_ui->notices->add({.text = toQt(remainingText(remaining)),
+        .buttons
+        = {{tr("Show"), [this, remaining] { showFirstOf(remaining); }}, {tr("Undo"), [this] { undo(); }}},
+        .subject = QStringLiteral("remaining")});
 }
 
 // Selects the first of the rules that is in the table.

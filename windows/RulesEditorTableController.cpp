@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
+#include "windows/HistoryWindow.h"
 #include "windows/KeptSelection.h"
 #include "windows/OneLineText.h"
 #include "windows/PlainText.h"
@@ -14,6 +15,7 @@
 #include "workflow/ApplicationServices.h"
 #include "workflow/RuleCells.h"
 #include "workflow/RulesDocument.h"
+#include "workflow/RulesHistory.h"
 #include "workflow/RunState.h"
 #include "workflow/SortClicks.h"
 
@@ -39,6 +41,8 @@ RulesEditorTableController::RulesEditorTableController(
     , m_keptDrafts(toQt(document.stateFolder()), m_store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(m_store, workspace, this))
+    , m_rulesHistory(std::make_unique<RulesHistory>(document))
+    , m_histories{m_rulesHistory.get()}
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
     , m_follower(std::make_unique<RulesFileFollower>(document, application, run, log))
 {
@@ -59,6 +63,7 @@ RulesEditorTableController::RulesEditorTableController(
 
 RulesEditorTableController::~RulesEditorTableController()
 {
+    delete m_historyWindow; // before the histories that it shows
     m_document.setObserver(nullptr);
     m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
 }
@@ -183,32 +188,22 @@ void RulesEditorTableController::sortDescriptorsDidChange()
 
 void RulesEditorTableController::reloadData()
 {
-    reloadData(RuleIdentity::record);
-}
-
-void RulesEditorTableController::rulesWereReloaded()
-{
-    reloadData(RuleIdentity::properties);
-}
-
-void RulesEditorTableController::reloadData(RuleIdentity sameRule)
-{
-    reloadRows(sameRule);
+    reloadRows();
     m_exchange->presentRulesDidChange();
 }
 
 // The same rules in other rows: nothing that an open review shows depends on them.
-void RulesEditorTableController::reloadRows(RuleIdentity sameRule)
+void RulesEditorTableController::reloadRows()
 {
     m_run.internalWrite = true;
-    reloadTable(sameRule);
+    reloadTable();
     showNewRule();
 }
 
-void RulesEditorTableController::reloadTable(RuleIdentity sameRule)
+void RulesEditorTableController::reloadTable()
 {
     m_rulesEditorContextualMenu->close(); // its row may be another rule's by now
-    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model, sameRule);
+    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model);
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
     validateItems();

@@ -11,6 +11,7 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -26,10 +27,13 @@ class ApplicationServices;
 class EditPolicyWindowController;
 class EditWatchWindowController;
 class ExchangeController;
+class FileHistory;
+class HistoryWindow;
 class Log;
 class RuleEditorWindow;
 class RulesDocument;
 class RulesFileFollower;
+class RulesHistory;
 class RulesTableModel;
 struct RunState;
 class Workspace;
@@ -57,6 +61,9 @@ public:
 
     // Takes the store's rows afresh. Selection and scroll position stay where their rules still are.
     void reloadData() override;
+
+    // The history window shows the versions of this file, too. Not owned; must outlive the window.
+    void addHistory(FileHistory& history);
 
     // Shows at the foot, until the next call, why the preferences could not be saved; empty for nothing.
     void showPreferencesFailure(const QString& failure);
@@ -90,6 +97,8 @@ public Q_SLOTS:
     // Take the newest action back, or do again what was taken back last.
     void undo();
     void redo();
+    // Shows the versions of the rules.
+    void showHistory();
     // Begins to edit the tag of the only selected rule.
     void editTagOfSelectedRule();
     // A tag has been edited in the table: it is the first selected rule's.
@@ -144,6 +153,8 @@ private:
     void setUpExchange();
     void setUpDocument();
     void nameUndoAndRedo();
+    void showHistoryFrom(std::int64_t version);
+    void tellOfRemaining(const std::vector<RuleRef>& remaining);
     void showFirstOf(const std::vector<RuleRef>& rules);
     void writeWholeLines();
     void rulesWereMerged(const ChangeSet& change) override;
@@ -151,9 +162,8 @@ private:
     void fileStateDidChange() override;
     void documentHasNews(const DocumentNews& news) override;
     void sortDescriptorsDidChange();
-    void reloadData(RuleIdentity sameRule);
-    void reloadRows(RuleIdentity sameRule = RuleIdentity::record);
-    void reloadTable(RuleIdentity sameRule = RuleIdentity::record);
+    void reloadRows();
+    void reloadTable();
     void updateCounts();
     void showFailure();
     void validateItems();
@@ -194,6 +204,9 @@ private:
     bool m_initialize = true; // until the window is ready
     bool m_unsavedRulesKept = false;
     quint64 m_lastKeyRelease = 0; // milliseconds of the window system's clock
+    std::unique_ptr<RulesHistory> m_rulesHistory;
+    std::vector<FileHistory*> m_histories; // in the order in which they are offered
+    QPointer<HistoryWindow> m_historyWindow;
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };

@@ -6,6 +6,8 @@
 #include "workflow/RulesDocument.h"
 #include "workflow/RulesFileProbe.h"
 
+#include <chrono>
+
 namespace quorvane {
 
 RulesFileFollower::RulesFileFollower(
@@ -19,11 +21,19 @@ RulesFileFollower::RulesFileFollower(
 
 void RulesFileFollower::start()
 {
-    m_watcher.emplace(m_document.store().locations().userRulesFile(), m_run, m_log, [this] {
+    const auto reload = [this] {
         if (m_isReloadDue->exchange(true))
             return;
         QMetaObject::invokeMethod(this, &RulesFileFollower::rulesFileDidChange, Qt::QueuedConnection);
-    });
+    };
+    // What was taken for this program's own doing may have been another's.
+    const auto absorbed = [this] {
+        QMetaObject::invokeMethod(
+            this, [this] { m_document.lookAtFile(); }, Qt::QueuedConnection);
+    };
+    constexpr std::chrono::seconds betweenLooks{1};
+    m_watcher.emplace(m_document.store().locations().userRulesFile(), m_run, m_log, reload, betweenLooks,
+        modificationTime, absorbed);
 }
 
 void RulesFileFollower::rulesFileDidChange()

@@ -66,6 +66,10 @@ RulesTableView::RulesTableView(QWidget* parent)
     horizontalHeader()->setMinimumSectionSize(narrowestColumn);
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
+        if (!m_isMakingRoom && resized < m_wishedWidths.size())
+            m_wishedWidths[resized] = width;
+    });
 }
 
 void RulesTableView::setEmptyText(const QString& text)
@@ -85,14 +89,15 @@ void RulesTableView::showOrder(int column, Qt::SortOrder order)
 
 void RulesTableView::setPathColumn(int column)
 {
+    if (column == m_pathColumn && m_wishedWidths.size() == horizontalHeader()->count())
+        return;
     m_pathColumn = column;
-    horizontalHeader()->setSectionResizeMode(column, QHeaderView::Stretch);
-    for (int each = 0; each < horizontalHeader()->count(); ++each)
+    m_wishedWidths.clear();
+    for (int each = 0; each < horizontalHeader()->count(); ++each) {
+        horizontalHeader()->setSectionResizeMode(
+            each, each == column ? QHeaderView::Stretch : QHeaderView::Interactive);
         m_wishedWidths.append(columnWidth(each));
-    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
-        if (!m_isMakingRoom)
-            m_wishedWidths[resized] = width;
-    });
+    }
 }
 
 void RulesTableView::fitColumns()
@@ -113,7 +118,7 @@ void RulesTableView::setWishedWidths(const QList<int>& widths)
 
 void RulesTableView::makeRoomForPath()
 {
-    if (m_pathColumn < 0)
+    if (m_pathColumn < 0 || m_wishedWidths.size() != horizontalHeader()->count())
         return;
     QList<int> widths = m_wishedWidths;
     widths.removeAt(m_pathColumn);
@@ -197,7 +202,7 @@ void RulesTableView::paintEvent(QPaintEvent* event)
         rules->setShownRows(rowAt(0), last < 0 ? rules->rowCount() : last + 1);
     }
     QTableView::paintEvent(event);
-    if (rules != nullptr && rules->rowCount() == 0) {
+    if (model() != nullptr && model()->rowCount() == 0) {
         QPainter painter(viewport());
         painter.setPen(palette().color(QPalette::PlaceholderText));
         painter.drawText(

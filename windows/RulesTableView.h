@@ -10,8 +10,8 @@
 
 namespace quorvane {
 
-// The table of rules. Tells its model which rows are in view before it paints them, and says why it is empty
-// when it is.
+// The table of rules, and of what else stands in rows. Tells a model of rules which rows are in view before
+// it paints them, and says why it is empty when it is.
 class RulesTableView : public QTableView {
     Q_OBJECT
 public:
@@ -24,7 +24,7 @@ public:
     void showOrder(int column, Qt::SortOrder order);
 
     // The column that takes what room the others leave. They give way to it, the widest ones first, when that
-    // would be too little. To be called once there is a model.
+    // would be too little. To be called once there is a model, and again when it has other columns.
     void setPathColumn(int column);
 
     // Makes the columns as wide as what they show needs, within reason.

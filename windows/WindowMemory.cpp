@@ -14,9 +14,9 @@ namespace {
 constexpr int narrowestColumn = 24;
 constexpr int widestColumn = 10000;
 
-QString sizeKey()
+QString sizeKey(const QString& name)
 {
-    return QStringLiteral("mainWindow/size");
+    return name + QStringLiteral("/size");
 }
 QString widthsKey()
 {
@@ -34,10 +34,10 @@ public:
 
 } // namespace
 
-bool restoreWindowSize(QWidget& window)
+bool restoreWindowSize(QWidget& window, const QString& name)
 {
     const UserSettings settings;
-    const QSize size = settings.value(sizeKey()).toSize();
+    const QSize size = settings.value(sizeKey(name)).toSize();
     if (size.isEmpty())
         return false;
     window.resize(size.expandedTo(window.minimumSizeHint()).boundedTo(window.screen()->availableSize()));
@@ -57,10 +57,10 @@ bool restoreColumnWidths(RulesTableView& table)
     return true;
 }
 
-void rememberWindowSize(const QWidget& window)
+void rememberWindowSize(const QWidget& window, const QString& name)
 {
     if (!window.isMaximized() && !window.isFullScreen())
-        UserSettings().setValue(sizeKey(), window.size());
+        UserSettings().setValue(sizeKey(name), window.size());
 }
 
 void rememberColumnWidths(const RulesTableView& table)

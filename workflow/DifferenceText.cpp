@@ -66,12 +66,14 @@ template <class Fields> std::vector<std::string> identityChanges(const Fields& b
 }
 
 // Appends "2 rules added", or ", 2 added" behind other words; nothing for none.
-void appendCount(std::string& text, std::size_t count, const char* word)
+void appendCount(std::string& text, std::string_view noun, std::size_t count, const char* word)
 {
     if (count == 0)
         return;
-    const std::string noun = count == 1 ? " rule " : " rules ";
-    text += (text.empty() ? "" : ", ") + std::to_string(count) + (text.empty() ? noun : " ") + word;
+    text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ';
+    if (text.find(noun) == std::string::npos)
+        text.append(noun) += count == 1 ? " " : "s ";
+    text += word;
 }
 
 } // namespace
@@ -111,11 +113,16 @@ std::vector<std::string> differenceTexts(const RulesDifference& difference)
 
 std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed)
 {
+    return countsText("rule", added, removed, changed);
+}
+
+std::string countsText(std::string_view noun, std::size_t added, std::size_t removed, std::size_t changed)
+{
     std::string text;
-    appendCount(text, added, "added");
-    appendCount(text, removed, "removed");
-    appendCount(text, changed, "changed");
-    return text.empty() ? "no rule changed" : text;
+    appendCount(text, noun, added, "added");
+    appendCount(text, noun, removed, "removed");
+    appendCount(text, noun, changed, "changed");
+    return text.empty() ? "no " + std::string(noun) + " changed" : text;
 }
 
 std::string differenceSummary(const RulesDifference& difference)

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Differences and merges of rules in words, for the command line, the history and notices. Texts of rules
@@ -27,6 +28,8 @@ std::vector<std::string> differenceTexts(const RulesDifference& difference);
 // "2 rules added, 1 removed, 1 changed", without what is none; "no rule changed" when nothing differs.
 std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed);
 std::string differenceSummary(const RulesDifference& difference);
+// The same of any things, by the name of one: "rule", "key".
+std::string countsText(std::string_view noun, std::size_t added, std::size_t removed, std::size_t changed);
 
 // Seconds since 1970 as a time in UTC: "2026-11-21 09:30:00 UTC"; "none" for 0, and the number, as a signed
 // one, when no calendar reaches it.

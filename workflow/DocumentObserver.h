@@ -18,7 +18,8 @@ struct DocumentNews {
         conflict, // both sides changed one rule; ours is kept
         recovered, // a write that was cut short has been completed or taken back
         setAside, // a file that could not be read whole was kept under another name
-        cutShort, // rules do not come back from the file as they were meant
+        cutShort, // rules do not come back from the file as they were meant; whole lines would keep them
+        unwritable, // the same, but whole lines are no help
         journal, // the history cannot be kept
         warning, // the file was written, but something beside it failed
         fileIsAhead, // another program has written the file; the next write merges it
@@ -27,6 +28,7 @@ struct DocumentNews {
     std::string text; // a sentence or two, for people
     std::vector<RuleRef> rules{}; // that it is about and that are stored, as far as "Show" can use them
     std::optional<std::int64_t> version{}; // that "Restore" would bring back
+    std::optional<std::int64_t> shownFrom{}; // the first version from here on is what it is about
 };
 
 // Told of changes by a RulesDocument, on the store's thread.

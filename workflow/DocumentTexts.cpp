@@ -1,5 +1,6 @@
 #include "workflow/DocumentTexts.h"
 
+#include "rules/RuleMarks.h"
 #include "workflow/DifferenceText.h"
 
 namespace quorvane {
@@ -28,13 +29,32 @@ std::string mergeText(const ChangeSet& done, const std::vector<MergeReport>& rep
     return text.empty() ? text : text.substr(1);
 }
 
-std::string unwritableText(std::size_t count)
+std::string unwritableText(std::size_t cut, std::size_t others)
 {
-    return countedRules(count) + (count == 1 ? " does" : " do")
-        + " not come back from the rules file as written: the format cuts lines with letters beyond ASCII, "
-          "and has no "
-          "place for quotes, blanks at the end, or rules without operations. The history keeps the cut lines "
-          "whole.";
+    const auto doNotComeBack = [](std::size_t count) {
+        return countedRules(count) + (count == 1 ? " does" : " do")
+            + " not come back from the rules file as written: ";
+    };
+    std::string text;
+    if (cut > 0)
+        text = doNotComeBack(cut)
+            + "the format cuts lines with letters beyond ASCII. The history keeps them whole.";
+    if (others > 0)
+        text += (text.empty() ? "" : " ") + doNotComeBack(others)
+            + "the format has no place for quotes, blanks at the end, or rules without operations.";
+    return text;
+}
+
+std::string remainingText(const std::vector<RuleRef>& remaining)
+{
+    if (remaining.size() > 1)
+        return "Each of " + countedRules(remaining.size())
+            + " that were selected is there twice: the first was deleted, the selected one remains.";
+    const RuleValue rule = valueOf(remaining.front());
+    const std::string tag(tagOf(rule).view());
+    return "Of two equal rules the first was deleted. The selected one remains: "
+        + (tag.empty() ? "without a tag" : "tagged \u201c" + tag + "\u201d")
+        + (createdOf(rule) == 0 ? "." : ", made " + timeText(createdOf(rule)) + ".");
 }
 
 } // namespace quorvane

@@ -5,6 +5,7 @@ namespace quorvane {
 namespace {
 
 constexpr const char* detailKey = "access.user.detail";
+constexpr const char* createKey = "access.user.create";
 
 enum class Form {
     boolean,
@@ -22,7 +23,7 @@ struct Switch {
 // In the order in which they are written, behind the level of detail.
 constexpr Switch switches[] = {
     {"access.user.restrict", &PreferenceValues::restrictRules, Form::boolean},
-    {"access.user.create", &PreferenceValues::createRules, Form::folderPermission},
+    {createKey, &PreferenceValues::createRules, Form::folderPermission},
     {"filter.exec.allow.signed", &PreferenceValues::allowSignedExecution, Form::boolean},
     {"policy.global.user", &PreferenceValues::whitelistPreloaded, Form::onUnless2},
     {"policy.global.webcam", &PreferenceValues::monitorWebcam, Form::onUnless2},
@@ -63,6 +64,15 @@ PreferenceValues PreferenceValues::shownFor(const PropertyList& settings, bool c
         }
     }
     return values;
+}
+
+std::optional<bool> PreferenceValues::createRulesWhenSaved(const PropertyList& settings)
+{
+    for (const auto& [key, value] : settings.entries()) {
+        if (key == createKey)
+            return settings.boolForKey(key);
+    }
+    return std::nullopt;
 }
 
 void PreferenceValues::writeTo(PropertyList& settings) const

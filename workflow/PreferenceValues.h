@@ -3,6 +3,7 @@
 #include "platform/PropertyList.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace quorvane {
 
@@ -28,6 +29,9 @@ struct PreferenceValues {
     // What is shown for `settings`. Whether users may create rules is not read from there: the permission of
     // the rules folder decides, which the caller gives as `canCreateRules`.
     static PreferenceValues shownFor(const PropertyList& settings, bool canCreateRules);
+
+    // Whether users could create rules when `settings` were saved; none when that is not in them.
+    static std::optional<bool> createRulesWhenSaved(const PropertyList& settings);
 
     // Sets all fourteen keys and leaves every other one as it is. A setting that is neither on nor off by
     // nature is written as the integer 1 for on and 2 for off, since a missing key and 0 have a meaning of

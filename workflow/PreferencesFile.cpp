@@ -54,6 +54,22 @@ bool keepUnread(const std::string& path, Log& log)
     return name.has_value();
 }
 
+// Why `write`, which writes the file at `path`, failed; none when it did not. Sets the permissions.
+template <class Write>
+std::optional<std::string> writtenBy(const Write& write, const std::string& path, Log& log)
+{
+    std::optional<std::string> failure;
+    errno = 0;
+    if (!write()) {
+        const int error = errno;
+        failure = whyPreferencesCannotBeSaved(path).value_or(errorText(error));
+        log.write("failed to write preferences: " + path);
+    }
+    if (!setPermissions(path, filePermissions))
+        log.write("failed to set the permissions of: " + path);
+    return failure;
+}
+
 } // namespace
 
 PropertyList readPreferences(const std::string& path)
@@ -93,16 +109,14 @@ std::optional<std::string> writePreferences(const std::string& path, const Prope
     if (isUnread(path) && !keepUnread(path, log))
         return cannotBeKept;
     log.write("writing to file: " + settings.description());
-    std::optional<std::string> failure;
-    errno = 0;
-    if (!settings.writeToFile(path)) {
-        const int error = errno;
-        failure = whyPreferencesCannotBeSaved(path).value_or(errorText(error));
-        log.write("failed to write preferences: " + path);
-    }
-    if (!setPermissions(path, filePermissions))
-        log.write("failed to set the permissions of: " + path);
-    return failure;
+    return writtenBy([&] { return settings.writeToFile(path); }, path, log);
+}
+
+std::optional<std::string> restorePreferences(const std::string& path, const std::string& bytes, Log& log)
+{
+    if (isUnread(path) && !keepUnread(path, log))
+        return cannotBeKept;
+    return writtenBy([&] { return writeFileInPlace(path, bytes); }, path, log);
 }
 
 } // namespace quorvane

@@ -26,4 +26,7 @@ std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path);
 // ".unread" added; where that is impossible nothing is written.
 std::optional<std::string> writePreferences(const std::string& path, const PropertyList& settings, Log& log);
 
+// The same with the very bytes of a list, as the file held them once.
+std::optional<std::string> restorePreferences(const std::string& path, const std::string& bytes, Log& log);
+
 } // namespace quorvane

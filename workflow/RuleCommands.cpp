@@ -6,6 +6,7 @@
 #include "workflow/RulesDocument.h"
 
 #include <sstream>
+#include <unordered_set>
 #include <utility>
 
 namespace quorvane {
@@ -41,6 +42,23 @@ bool headsItsGroup(const RuleRef& rule, const RuleRef* above)
         return true;
     const PolicyRule* previous = policyRuleIn(*above);
     return previous != nullptr && applicationNameForRule(*previous) != applicationNameForRule(*policy);
+}
+
+// Those of the rules to be deleted in whose place others go.
+std::vector<RuleRef> remainingOf(const ChangeSet& deletion, const std::vector<RuleRef>& rules)
+{
+    std::unordered_set<const void*> removed;
+    for (const ChangeSet::Removal& removal : deletion.removed)
+        removed.insert(addressOf(removal.rule));
+    // Of a rule that is gone already nothing remains.
+    if (removed.size() < rules.size())
+        return {};
+    std::vector<RuleRef> remaining;
+    for (const RuleRef& rule : rules) {
+        if (!removed.contains(addressOf(rule)))
+            remaining.push_back(rule);
+    }
+    return remaining;
 }
 
 } // namespace
@@ -81,7 +99,9 @@ TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
     if (change.isEmpty())
         return {};
     m_document.perform(change, {actionName("Delete", 1)});
-    return {.removedRows = {row.row}, .headedItsGroup = headsItsGroup(row.rule, above)};
+    return {.removedRows = {row.row},
+        .remaining = remainingOf(change, {row.rule}),
+        .headedItsGroup = headsItsGroup(row.rule, above)};
 }
 
 TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
@@ -98,7 +118,9 @@ TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
         rules.push_back(rule);
         change.removedRows.push_back(row);
     }
-    m_document.perform(deletionOf(m_document.store(), rules), {actionName("Delete", rules.size())});
+    const ChangeSet deletion = deletionOf(m_document.store(), rules);
+    change.remaining = remainingOf(deletion, rules);
+    m_document.perform(deletion, {actionName("Delete", rules.size())});
     return change;
 }
 

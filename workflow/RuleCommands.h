@@ -22,6 +22,8 @@ struct RuleRow {
 // What a command has come to.
 struct TableChange {
     std::vector<std::size_t> removedRows{}; // of the rules deleted; as they were numbered before, ascending
+    // Selected rules that are still there, since of equal ones the first goes.
+    std::vector<RuleRef> remaining{};
     bool headedItsGroup = false; // the one rule deleted was the first of its application group
     std::optional<Notice> notice{};
 };

@@ -1,5 +1,6 @@
 #include "workflow/RulesDocument.h"
 
+#include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "rules/MergedChange.h"
 #include "rules/RuleLine.h"
@@ -201,6 +202,7 @@ void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std:
         order.unreadReason = theirs.unreadReason();
     if (theirs.unreadReason() && !inForce)
         return;
+    m_hasToldOfFile = false;
     m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
     if (!theirs.unreadReason())
         m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
@@ -262,6 +264,9 @@ void RulesDocument::noteWritten(const WriteReport& report)
 {
     m_failure.reset();
     m_knownFile = report.known;
+    m_hasToldOfFile = false;
+    if (report.version)
+        m_knownVersion = report.version;
     if (m_orders.front().unreadReason)
         m_store.forgetUnreadRules();
     const auto written = std::find_if(m_steps.begin(), m_steps.end(),
@@ -372,6 +377,7 @@ void RulesDocument::discardSuggestions()
 
 void RulesDocument::noteFileRead()
 {
+    m_hasToldOfFile = false;
     m_knownFile = m_store.ownFile();
     m_knownReading = m_store.ownFileReadings();
     m_rulesInFile.reset();
@@ -488,7 +494,7 @@ bool RulesDocument::restore(std::int64_t version)
     begin();
     markChanged();
     forgetSteps();
-    WriteOrder order = orderFor({}, {.action = "Restore version " + std::to_string(version)});
+    WriteOrder order = orderFor({}, {.action = "Restore Version " + std::to_string(version)});
     order.restores = version;
     m_orders.push_back(std::move(order));
     pump();
@@ -510,14 +516,19 @@ void RulesDocument::tellOfFile()
         m_observer->fileStateDidChange();
 }
 
+// What another program wrote comes after what was known.
+std::optional<std::int64_t> RulesDocument::followingVersion() const
+{
+    return m_knownVersion ? std::optional(*m_knownVersion + 1) : std::nullopt;
+}
+
 void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports)
 {
     if (const std::string text = mergeText(done, reports); !text.empty()) {
-        DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text};
+        DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text, .shownFrom = followingVersion()};
         if (isMuch(done.removed.size(), m_store.userRules().size() + done.removed.size())) {
             news.kind = DocumentNews::Kind::rulesLost;
-            if (const auto before = m_file.journal().newest())
-                news.version = before->number;
+            news.version = m_knownVersion;
         }
         for (const ChangeSet::Addition& addition : done.added)
             news.rules.push_back(addition.rule);
@@ -527,37 +538,60 @@ void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeRe
 
 void RulesDocument::keepPresentVersion()
 {
-    if (!m_isWriting)
-        inBackground([this] { m_file.keepPresentVersion(); }, [] {});
+    if (m_isWriting)
+        return;
+    auto present = std::make_shared<UserRulesFile::PresentVersion>();
+    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
+        [this, present] { m_knownVersion = present->number; });
+}
+
+void RulesDocument::lookAtFile()
+{
+    if (m_isWriting || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
+        || !isAnythingAt(m_file.path()) || std::exchange(m_hasToldOfFile, true))
+        return;
+    tell({.kind = DocumentNews::Kind::fileIsAhead,
+        .text = "Another program has changed the rules file. The next change here takes that over.",
+        .shownFrom = followingVersion()});
 }
 
 // Another program's version is kept as soon as it is seen, and with it the way back.
 void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
-    auto earlier = std::make_shared<std::optional<std::int64_t>>();
-    inBackground([this, earlier] { *earlier = m_file.keepPresentVersion(); },
-        [this, earlier, lost, total = before.size()] {
+    auto present = std::make_shared<UserRulesFile::PresentVersion>();
+    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
+        [this, present, lost, total = before.size()] {
+            const auto known = std::exchange(m_knownVersion, present->number);
             if (isMuch(lost, total))
                 tell({.kind = DocumentNews::Kind::rulesLost,
                     .text = "Another program has removed " + countedRules(lost) + ".",
-                    .version = *earlier});
+                    .version = known && known != present->number ? known : present->before,
+                    .shownFrom
+                    = known && known != present->number ? std::optional(*known + 1) : present->number});
         });
 }
 
 // When there are more of them than before: a person told once need not hear it at every change.
 void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
 {
-    if (count > std::exchange(m_unwritableRules, count)) {
-        DocumentNews news{.kind = DocumentNews::Kind::cutShort, .text = unwritableText(count)};
-        const LineEnds lineEnds = m_owner.settings.wholeLines ? LineEnds::whole : LineEnds::cut;
-        for (const RuleRef& rule : m_store.userRules()) {
-            if (!askRule(
-                    rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); }))
-                news.rules.push_back(rule);
-        }
-        tell(news);
+    if (count <= std::exchange(m_unwritableRules, count))
+        return;
+    DocumentNews news;
+    std::size_t cut = 0;
+    for (const RuleRef& rule : m_store.userRules()) {
+        const auto comesBack = [&rule](LineEnds lineEnds) {
+            return askRule(
+                rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
+        };
+        if (comesBack(m_owner.settings.wholeLines ? LineEnds::whole : LineEnds::cut))
+            continue;
+        news.rules.push_back(rule);
+        cut += comesBack(LineEnds::whole) ? 1U : 0U;
     }
+    news.kind = cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable;
+    news.text = unwritableText(cut, news.rules.size() - cut);
+    tell(news);
 }
 
 void RulesDocument::inBackground(std::function<void()> work, std::function<void()> then)

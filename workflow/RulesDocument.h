@@ -86,11 +86,16 @@ public:
     std::optional<std::string> undoName();
     std::optional<std::string> redoName();
 
+    // From now on undo and redo go by the journal alone.
+    void forgetSteps();
+
     // Brings the very bytes of a version back. False when it cannot be read; failure() tells of the write.
     bool restore(std::int64_t version);
 
     // Another program has changed the file: takes its rules over, keeping what is not written yet.
     void takeForeignChanges();
+    // Tells, once, when another program has changed the file and nothing has taken that over.
+    void lookAtFile();
     // Makes the file as it is a version, unless it is one: what another program may remove before the first
     // change is then still there.
     void keepPresentVersion();
@@ -141,10 +146,10 @@ private:
     void noteFileRead();
     void takeRestored();
     void tellOfReload(const std::vector<RuleRef>& before);
+    std::optional<std::int64_t> followingVersion() const;
     void tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports);
 
     void rememberStep(const ChangeSet& done, const ChangeReason& reason);
-    void forgetSteps();
     bool step(ChangeReason::Kind kind);
     std::optional<ChangeSet> journalledStep(const JournalVersion& version, ChangeReason::Kind kind);
 
@@ -171,6 +176,8 @@ private:
     std::vector<Step> m_undone; // to do again, the newest last
     std::uint64_t m_lastStep = 0;
     std::uint64_t m_unwritableRules = 0; // as told last
+    std::optional<std::int64_t> m_knownVersion; // of the journal, that is known to the person last
+    bool m_hasToldOfFile = false; // that it is another than the known one
 };
 
 } // namespace quorvane

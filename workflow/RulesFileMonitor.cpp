@@ -25,10 +25,12 @@ RulesFileMonitor::RulesFileMonitor(RunState& run, Log& log)
 
 bool RulesFileMonitor::monitorFileModification(std::optional<std::uint64_t> time)
 {
+    m_hasAbsorbed = false;
     if (!time)
         return false;
     const std::uint64_t before = std::exchange(m_lastModificationTime, *time);
-    if (m_run.internalWrite.exchange(false) || m_run.writesUnderWay > 0 || before == 0 || before == *time)
+    m_hasAbsorbed = m_run.internalWrite.exchange(false);
+    if (m_hasAbsorbed || m_run.writesUnderWay > 0 || before == 0 || before == *time)
         return false;
     m_log.write(
         "reloading data on file modification " + std::to_string(before) + " <=> " + std::to_string(*time));

@@ -26,6 +26,9 @@ public:
     // when somebody else has changed it meanwhile.
     bool monitorFileModification(std::optional<std::uint64_t> time);
 
+    // Whether the last look took whatever it saw for the program's own doing.
+    bool hasAbsorbed() const { return m_hasAbsorbed; }
+
     // As last seen; 0 before.
     std::uint64_t lastModificationTime() const { return m_lastModificationTime; }
 
@@ -33,6 +36,7 @@ private:
     RunState& m_run;
     Log& m_log;
     std::uint64_t m_lastModificationTime = 0;
+    bool m_hasAbsorbed = false;
 };
 
 } // namespace quorvane

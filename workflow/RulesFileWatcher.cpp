@@ -16,13 +16,14 @@ struct RulesFileWatcher::Watch {
     const std::function<void()> reload;
     const std::chrono::milliseconds interval;
     const Look look;
+    const std::function<void()> absorbed;
     RulesFileMonitor monitor;
     std::mutex mutex{};
     std::condition_variable_any changed{};
     bool hasEnded = false;
 
-    // What the watcher was given, the monitor and reload(), is touched only under the lock and only while no
-    // stop is asked for.
+    // What the watcher was given, the monitor, reload() and absorbed(), is touched only under the lock and
+    // only while no stop is asked for.
     void run(const std::stop_token& stop)
     {
         std::unique_lock lock(mutex);
@@ -32,8 +33,11 @@ struct RulesFileWatcher::Watch {
             lock.lock();
             if (stop.stop_requested())
                 break;
+            const bool hadAbsorbed = monitor.hasAbsorbed();
             if (monitor.monitorFileModification(time))
                 reload();
+            else if (hadAbsorbed || monitor.hasAbsorbed())
+                absorbed();
             changed.wait_for(lock, stop, interval, [] { return false; });
         }
         hasEnded = true;
@@ -42,8 +46,9 @@ struct RulesFileWatcher::Watch {
 };
 
 RulesFileWatcher::RulesFileWatcher(std::string path, RunState& run, Log& log, std::function<void()> reload,
-    std::chrono::milliseconds interval, Look look)
-    : m_watch(new Watch{std::move(path), std::move(reload), interval, std::move(look), {run, log}})
+    std::chrono::milliseconds interval, Look look, std::function<void()> absorbed)
+    : m_watch(new Watch{
+        std::move(path), std::move(reload), interval, std::move(look), std::move(absorbed), {run, log}})
 {
     log.write("monitorFileModification starting");
     try {

@@ -20,10 +20,14 @@ class RulesFileWatcher {
 public:
     using Look = std::function<std::optional<std::uint64_t>(const std::string& path)>;
 
-    // `reload` is called on the watcher's thread when somebody else has changed the file. It hands the work
-    // to the store's thread; it neither blocks nor ends the watcher. `run` and `log` must outlive it.
-    RulesFileWatcher(std::string path, RunState& run, Log& log, std::function<void()> reload,
-        std::chrono::milliseconds interval = std::chrono::seconds(1), Look look = modificationTime);
+    // `reload` is called on the watcher's thread when somebody else has changed the file, `absorbed` when a
+    // look took whatever it saw for the program's own doing, and once more a look later, when the second is
+    // over that a change may share with it. They hand the work to the store's thread and neither block nor
+    // end the watcher. `run` and `log` must outlive it.
+    RulesFileWatcher(
+        std::string path, RunState& run, Log& log, std::function<void()> reload,
+        std::chrono::milliseconds interval = std::chrono::seconds(1), Look look = modificationTime,
+        std::function<void()> absorbed = [] {});
     ~RulesFileWatcher();
     RulesFileWatcher(const RulesFileWatcher&) = delete;
     RulesFileWatcher& operator=(const RulesFileWatcher&) = delete;

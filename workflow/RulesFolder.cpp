@@ -3,6 +3,7 @@
 #include "platform/FilePermissions.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
+#include "platform/PrivilegedCommand.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -47,6 +48,14 @@ std::string rulesFolderCommand(const Locations& locations, bool mayCreateRules)
     // An administrator's shell starts in a folder of its own.
     const std::string folder = std::filesystem::absolute(rulesFolder(locations)).string();
     return std::string("/bin/chmod ") + (mayCreateRules ? "777 " : "775 ") + quotedForShell(folder);
+}
+
+void letUsersCreateRules(
+    const Locations& locations, bool mayCreateRules, PrivilegedCommand& privilegedCommand, Log& log)
+{
+    const std::string command = rulesFolderCommand(locations, mayCreateRules);
+    log.write("script source: " + privilegedScript(command));
+    log.write(privilegedCommand.run(command));
 }
 
 std::string privilegedScript(const std::string& command)

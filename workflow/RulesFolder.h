@@ -6,6 +6,7 @@ namespace quorvane {
 
 class Locations;
 class Log;
+class PrivilegedCommand;
 
 // Ordinary users may create rules exactly when others may write to the shared rules folder.
 
@@ -14,6 +15,10 @@ bool canCreateRules(const Locations& locations, Log& log);
 
 // The shell command, to be run as administrator, that lets ordinary users create rules or stops them.
 std::string rulesFolderCommand(const Locations& locations, bool mayCreateRules);
+
+// Runs it, and logs what came of it.
+void letUsersCreateRules(
+    const Locations& locations, bool mayCreateRules, PrivilegedCommand& privilegedCommand, Log& log);
 
 // How the log tells of a command that is run as administrator.
 std::string privilegedScript(const std::string& command);

@@ -161,12 +161,14 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
     return number;
 }
 
-std::optional<std::int64_t> UserRulesFile::keepPresentVersion()
+UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion()
 {
     std::vector<DocumentNews> news;
     const auto newest = journal().newest();
-    keepForeign(RulesFileText::read(m_path).bytes(), news);
-    return newest ? std::optional(newest->number) : std::nullopt;
+    PresentVersion present{.number = keepForeign(RulesFileText::read(m_path).bytes(), news)};
+    if (newest)
+        present.before = newest->number == present.number ? newest->before : newest->number;
+    return present;
 }
 
 // Newest first: what a newer one holds is built upon the older ones, unless it never began.
@@ -217,9 +219,11 @@ std::optional<UserRulesFile::Recovery> UserRulesFile::settle(const JournalVersio
     }
     if (!complete(version, *meant, lock))
         return Recovery{.rules = meantRules()};
-    return Recovery{.news = {newsOf(DocumentNews::Kind::recovered,
-                        "The writing of the rules was cut short at \u201c" + actionOf(version)
-                            + "\u201d; it has been completed.")}};
+    DocumentNews news = newsOf(DocumentNews::Kind::recovered,
+        "The writing of the rules was cut short at \u201c" + actionOf(version)
+            + "\u201d; it has been completed.");
+    news.shownFrom = version.number;
+    return Recovery{.news = {std::move(news)}};
 }
 
 FileAfterWrite UserRulesFile::stateOf(

@@ -90,9 +90,12 @@ public:
 
     WriteReport write(const WriteOrder& order, FileLock& lock);
 
-    // Keeps the file's content as a version, another program's, unless it is the newest. Returns the number
-    // of the version that was the newest until then.
-    std::optional<std::int64_t> keepPresentVersion();
+    // Keeps the file's content as a version, another program's, unless it is the newest.
+    struct PresentVersion {
+        std::optional<std::int64_t> number{}; // that holds the file's content; none when it cannot be kept
+        std::optional<std::int64_t> before{}; // the version before that
+    };
+    PresentVersion keepPresentVersion();
 
     // For the thread that calls the other operations.
     Journal& journal();

@@ -2,42 +2,22 @@
 
 #include "history/Journal.h"
 #include "rules/RulesText.h"
-
-#include <algorithm>
-#include <string>
-#include <vector>
+#include "workflow/VersionChanges.h"
 
 namespace quorvane {
-
-namespace {
-
-std::optional<std::int64_t> newestBefore(Journal& journal, std::int64_t number)
-{
-    const std::vector<JournalVersion> versions = journal.versions();
-    const auto found = std::find_if(versions.begin(), versions.end(),
-        [number](const JournalVersion& version) { return version.number < number; });
-    return found == versions.end() ? std::nullopt : std::optional(found->number);
-}
-
-} // namespace
 
 std::optional<VersionDifference> differenceOfVersion(Journal& journal, std::int64_t number)
 {
     const auto version = journal.version(number);
     if (!version)
         return std::nullopt;
-    VersionDifference found;
-    std::optional<std::string> before("");
-    if (version->before) {
-        found.since = newestBefore(journal, number);
-        found.isWholeStory = found.since == version->before;
-        before = found.since ? journal.meantOf(*found.since) : std::nullopt;
-    }
-    const auto after = journal.meantOf(number);
-    if (!before || !after)
+    const VersionChanges changes = changesOf(journal, *version);
+    if (changes.problem)
         return std::nullopt;
-    found.difference = rulesDifference(rulesOfText(*before), rulesOfText(*after));
-    return found;
+    return VersionDifference{
+        .difference = rulesDifference(rulesOfText(changes.before), rulesOfText(changes.after)),
+        .since = changes.since,
+        .isWholeStory = changes.since == version->before};
 }
 
 } // namespace quorvane

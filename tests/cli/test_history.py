@@ -130,7 +130,7 @@ class Restore(HistoryTest):
         self.add()
         self.assertEqual(self.succeed("restore", "1").out, b"")
         self.assertEqual(self.written(), odd)
-        self.assertEqual(self.versions("action"), ["Restore version 1", "Add Rule", None])
+        self.assertEqual(self.versions("action"), ["Restore Version 1", "Add Rule", None])
         self.assertEqual(self.changes(3), [("removed", "/b", None)])
 
     def test_is_undone_like_any_action(self):

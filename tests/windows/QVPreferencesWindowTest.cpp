@@ -1,11 +1,14 @@
 #include "app/QVPreferencesWindow.h"
 
+#include "history/Journal.h"
 #include "platform/FilePermissions.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeApplication.h"
 #include "tests/support/FakePrivilegedCommand.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDocument.h"
 #include "workflow/PreferencesFile.h"
+#include "workflow/PreferencesHistory.h"
 #include "workflow/RunState.h"
 
 #include <QCheckBox>
@@ -50,8 +53,8 @@ protected:
 
     void open()
     {
-        m_window
-            = new QVPreferencesWindow(m_locations, m_application, m_run, m_privilegedCommand, m_log.log());
+        m_window = new QVPreferencesWindow(
+            m_locations, m_application, m_run, m_privilegedCommand, m_history, m_log.log());
         m_window->windowDidLoad();
         m_window->show();
     }
@@ -117,6 +120,10 @@ protected:
     FakeApplication m_application;
     FakePrivilegedCommand m_privilegedCommand;
     RunState m_run;
+    std::unique_ptr<RuleManager> m_store = std::make_unique<RuleManager>(m_locations, silentLog());
+    TestDocument m_document{*m_store, m_run};
+    PreferencesHistory m_history{
+        m_locations, m_document, "test", {m_application, m_privilegedCommand, m_run}, silentLog()};
     QPointer<QVPreferencesWindow> m_window;
 };
 
@@ -335,6 +342,20 @@ TEST_F(PreferencesWindow, RefusedFolderPermissionIsOnlyLoggedAndTheRestIsSaved)
     EXPECT_TRUE(hasLogged("pkexec: status 126: dismissed"));
     EXPECT_EQ(saved().integerForKey("policy.global.webcam"), 2);
     EXPECT_TRUE(m_application.notices.empty());
+}
+
+TEST_F(PreferencesWindow, WhatItFindsAndWhatItSavesAreVersionsOfTheHistory)
+{
+    writeList("<key>a</key><true/>");
+    open();
+    writeList("<key>a</key><false/>"); // another program meanwhile
+    save();
+    const auto versions = m_history.openJournal()->versions();
+    ASSERT_EQ(versions.size(), 3U);
+    EXPECT_EQ(versions[0].action, "Save Preferences");
+    EXPECT_EQ(versions[0].bytes, fileText().size());
+    EXPECT_EQ(versions[1].kind, VersionKind::foreign);
+    EXPECT_EQ(versions[2].kind, VersionKind::foreign);
 }
 
 TEST_F(PreferencesWindow, FailedWriteClosesWithoutANoticeAndPassesTheReasonOn)

@@ -68,6 +68,17 @@ TEST(Shades, EveryTextStandsOutFromEveryBackgroundOfTheTable)
     }
 }
 
+TEST(Shades, WhatCameWentAndChangedStandsOutFromItsBackground)
+{
+    const std::vector<QColor> backgrounds{
+        shades::table, shades::selection, shades::addedBand, shades::removedBand, shades::changedBand};
+    for (const QColor& text : {shades::text, shades::added, shades::removed, shades::changed}) {
+        for (const QColor& background : backgrounds)
+            EXPECT_GE(contrast(text, background), 4.5)
+                << text.name().toStdString() << " on " << background.name().toStdString();
+    }
+}
+
 TEST(Shades, RedOrangeAndBlueArePlainlyThose)
 {
     EXPECT_EQ(shades::red.hsvHue(), 0);

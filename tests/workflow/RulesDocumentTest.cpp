@@ -206,6 +206,71 @@ TEST_F(RulesDocumentTest, AForeignChangeIsTakenOverAndKeptAsAVersion)
     EXPECT_EQ(rowPaths(*window.store), (std::vector<std::string>{"/a/", "/b/", "/c/"}));
 }
 
+TEST_F(RulesDocumentTest, ALossIsShownAndTakenBackAlsoWhereAnotherOfOurProgramsCausedIt)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    DocumentAtWork window(box);
+    window.add("/c/"); // version 2
+    DocumentAtWork other(box);
+    other.remove("/a/"); // version 3
+    other.remove("/b/"); // version 4
+    window.document->takeForeignChanges();
+    ASSERT_EQ(window.newsOf(Kind::rulesLost).size(), 1U);
+    EXPECT_EQ(window.news.back().version, 2);
+    EXPECT_EQ(window.news.back().shownFrom, 3);
+}
+
+TEST_F(RulesDocumentTest, AMergeIsShownFromTheVersionAfterTheKnownOne)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    window.document->keepPresentVersion();
+    box.writeUserRules(line("/a/") + line("/foreign/"));
+    window.add("/b/");
+    ASSERT_EQ(window.newsOf(Kind::merged).size(), 1U);
+    EXPECT_EQ(window.news.back().shownFrom, 2);
+    EXPECT_EQ(versions()[1].number, 2);
+    EXPECT_EQ(versions()[1].kind, VersionKind::foreign);
+}
+
+TEST_F(RulesDocumentTest, AFileThatIsAheadIsToldOnceUntilItIsTakenOver)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    window.document->lookAtFile();
+    EXPECT_TRUE(window.newsOf(Kind::fileIsAhead).empty());
+    box.writeUserRules(line("/a/") + line("/foreign/"));
+    window.document->lookAtFile();
+    window.document->lookAtFile();
+    EXPECT_EQ(window.newsOf(Kind::fileIsAhead).size(), 1U);
+    window.add("/b/");
+    window.document->lookAtFile();
+    EXPECT_EQ(window.newsOf(Kind::fileIsAhead).size(), 1U);
+    box.writeUserRules(line("/other/"));
+    window.document->lookAtFile();
+    EXPECT_EQ(window.newsOf(Kind::fileIsAhead).size(), 2U);
+}
+
+TEST_F(RulesDocumentTest, AFileThatIsGoneIsNotAhead)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    std::filesystem::remove(box.locations.userRulesFile());
+    window.document->lookAtFile();
+    EXPECT_TRUE(window.news.empty());
+}
+
+TEST_F(RulesDocumentTest, WholeLinesAreOfferedOnlyWhereTheyHelp)
+{
+    DocumentAtWork window(box);
+    window.add("/quote\"/");
+    EXPECT_EQ(window.newsOf(Kind::unwritable).size(), 1U);
+    EXPECT_TRUE(window.newsOf(Kind::cutShort).empty());
+    window.add("/K\u00e4se/");
+    ASSERT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
+    EXPECT_EQ(window.news.back().rules.size(), 2U);
+}
+
 TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
 {
     const std::string first = "; a comment\r\n" + line("/a/");

@@ -109,8 +109,10 @@ TEST_F(RulesFileMonitorTest, AWriteOfTheProgramIsAbsorbedAndALaterOneOfOthersRel
     lookAt(1000);
     run.internalWrite = true;
     EXPECT_FALSE(lookAt(1003));
+    EXPECT_TRUE(monitor.hasAbsorbed());
     EXPECT_FALSE(run.internalWrite);
     EXPECT_FALSE(lookAt(1003));
+    EXPECT_FALSE(monitor.hasAbsorbed());
     EXPECT_TRUE(lookAt(1006));
     EXPECT_EQ(log.lines(), std::vector<std::string>{"reloading data on file modification 1003 <=> 1006"});
 }

@@ -109,6 +109,31 @@ TEST(RulesFileWatcher, ReloadsOnceForEachChangeOfOthers)
             "reloading data on file modification 1002 <=> 1003"}));
 }
 
+TEST(RulesFileWatcher, ReportsWhatItTookForTheProgramsOwnAndOnceMoreWhenThatSecondIsOver)
+{
+    RunState run;
+    CapturedLog log;
+    GivenTimes times;
+    std::atomic<int> absorbed = 0;
+    const RulesFileWatcher watcher(
+        "/rules.rc", run, log.log(), [] {}, 1ms, [&](const std::string& /*path*/) { return times.look(); },
+        [&] { ++absorbed; });
+    times.give(1000);
+    times.waitForLook(2);
+    EXPECT_EQ(absorbed, 0);
+    run.internalWrite = true;
+    times.give(1001);
+    times.waitForLook(3);
+    EXPECT_EQ(absorbed, 1);
+    times.give(1001);
+    times.waitForLook(4);
+    EXPECT_EQ(absorbed, 2);
+    times.give(1001);
+    times.waitForLook(5);
+    EXPECT_EQ(absorbed, 2);
+    times.close();
+}
+
 TEST(RulesFileWatcher, SeesTheTimesOfAFile)
 {
     const TemporaryFolder folder;

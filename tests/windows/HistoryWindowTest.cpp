@@ -1,0 +1,373 @@
+#include "windows/HistoryWindow.h"
+
+#include "history/Journal.h"
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/FakeApplication.h"
+#include "tests/support/FakePrivilegedCommand.h"
+#include "tests/support/TestDocument.h"
+#include "windows/ElidedLabel.h"
+#include "windows/RulesTableView.h"
+#include "windows/Shades.h"
+#include "workflow/PreferencesFile.h"
+#include "workflow/PreferencesHistory.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesHistory.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+std::string line(const std::string& path, const std::string& tag = "")
+{
+    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
+}
+
+class HistoryWindowTest : public testing::Test {
+protected:
+    HistoryWindowTest()
+    {
+        box.writeUserRules(line("/a/") + line("/b/"));
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run);
+        rules = std::make_unique<RulesHistory>(*document);
+        preferences = std::make_unique<PreferencesHistory>(box.locations, *document, "test",
+            PreferencesServices{application, privilegedCommand, run}, silentLog());
+    }
+    ~HistoryWindowTest() override { delete window; }
+
+    void add(const std::string& path)
+    {
+        document->perform(additionOf(policyRule({.path = path, .processName = "/bin/sh", .operations = 1})),
+            {"Add " + path});
+    }
+    void remove(std::size_t row)
+    {
+        document->perform(deletionOf(*store, {store->userRules().at(row)}), {"Delete Rule"});
+    }
+
+    // Waits until so many versions are shown, and the selected one is compared.
+    void open(int versionCount)
+    {
+        window = new HistoryWindow({rules.get(), preferences.get()});
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+        versions = in<RulesTableView>("versionsTableView");
+        changes = in<RulesTableView>("differenceTableView");
+        waitFor([&] { return versions->model()->rowCount() == versionCount; });
+        if (versionCount > 0)
+            waitUntilCompared();
+    }
+    template <class Question> static void waitFor(Question question)
+    {
+        EXPECT_TRUE(QTest::qWaitFor(question));
+    }
+    void waitUntilCompared() const
+    {
+        waitFor([this] { return !summary().isEmpty() && summary() != QStringLiteral("Comparing\u2026"); });
+    }
+    template <class Child> Child* in(const char* name) const
+    {
+        auto* child = window->findChild<Child*>(QString::fromLatin1(name));
+        EXPECT_NE(child, nullptr) << name;
+        return child;
+    }
+    QString summary() const { return in<QLabel>("differenceLabel")->text(); }
+    QString notice() const { return in<QLabel>("noticeText")->text(); }
+    QString counts() const { return in<QLabel>("countLabel")->text(); }
+    bool isEnabled(const char* button) const { return in<QPushButton>(button)->isEnabled(); }
+    void click(const char* button) const { in<QPushButton>(button)->click(); }
+    void searchFor(const char* text) const
+    {
+        in<QLineEdit>("searchField")->setText(QString::fromLatin1(text));
+    }
+    static QString row(const RulesTableView* table, int number)
+    {
+        QStringList texts;
+        for (int column = 0; column < table->model()->columnCount(); ++column) {
+            if (table != nullptr && column != 1) // of versions, the time
+                texts.append(table->model()->index(number, column).data().toString());
+        }
+        return texts.join(QLatin1Char('|'));
+    }
+    // The versions that are shown.
+    QString numbers() const
+    {
+        QStringList texts;
+        for (int number = 0; number < versions->model()->rowCount(); ++number)
+            texts.append(versions->model()->index(number, 0).data().toString());
+        return texts.join(QLatin1Char(' '));
+    }
+    QString selected() const
+    {
+        const auto number = versions->onlySelectedRow();
+        return number ? versions->model()->index(static_cast<int>(*number), 0).data().toString() : QString();
+    }
+    void select(int number) const
+    {
+        versions->selectRow(number);
+        waitUntilCompared();
+    }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    // Presses the button of the next question that begins so; notes the question.
+    void answer(const char* beginning)
+    {
+        QTimer::singleShot(0, window, [this, beginning] {
+            auto* asked = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(asked, nullptr);
+            question = asked->text();
+            for (QAbstractButton* button : asked->buttons()) {
+                if (QString(button->text()).remove(QLatin1Char('&')).startsWith(QLatin1String(beginning)))
+                    return button->click();
+            }
+            FAIL() << beginning;
+        });
+    }
+
+    StoreSandbox box;
+    RunState run;
+    FakeApplication application;
+    FakePrivilegedCommand privilegedCommand;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+    std::unique_ptr<RulesHistory> rules;
+    std::unique_ptr<PreferencesHistory> preferences;
+    QPointer<HistoryWindow> window;
+    RulesTableView* versions = nullptr;
+    RulesTableView* changes = nullptr;
+    QString question;
+};
+
+} // namespace
+
+TEST_F(HistoryWindowTest, ShowsEveryVersionWithWhatWasDone)
+{
+    add("/c/");
+    remove(0);
+    open(3);
+    EXPECT_EQ(row(versions, 0), QStringLiteral("3|Delete Rule|test|2||\u22121|"));
+    EXPECT_EQ(row(versions, 1), QStringLiteral("2|Add /c/|test|3|+1||"));
+    EXPECT_EQ(row(versions, 2), QStringLiteral("1|As found when the history began|another program|2|+2||"));
+    EXPECT_EQ(counts(), QStringLiteral("3 versions"));
+}
+
+TEST_F(HistoryWindowTest, ShowsTheNewestVersionsDifferenceAtFirstAndAnyOthersWhenSelected)
+{
+    add("/c/");
+    remove(0);
+    open(3);
+    EXPECT_EQ(selected(), QStringLiteral("3"));
+    EXPECT_EQ(summary(), QStringLiteral("Version 3 compared with version 2: 1 rule removed"));
+    EXPECT_EQ(changes->model()->rowCount(), 1);
+    EXPECT_EQ(changes->model()->index(0, 0).data().toString(), QStringLiteral("\u2212 Removed"));
+    EXPECT_EQ(changes->model()->index(0, 5).data().toString(), QStringLiteral("/a/"));
+    select(2);
+    EXPECT_EQ(summary(), QStringLiteral("Version 1, the first: 2 rules added"));
+    EXPECT_EQ(changes->model()->rowCount(), 2);
+    EXPECT_EQ(changes->model()->index(1, 0).data().toString(), QStringLiteral("+ Added"));
+}
+
+TEST_F(HistoryWindowTest, ColoursSayWhatWordsAndSignsSayToo)
+{
+    remove(0);
+    open(2);
+    const QModelIndex cell = changes->model()->index(0, 0);
+    EXPECT_EQ(cell.data(Qt::ForegroundRole).value<QBrush>().color(), shades::removed);
+    EXPECT_EQ(cell.data(Qt::BackgroundRole).value<QBrush>().color(), shades::removedBand);
+}
+
+TEST_F(HistoryWindowTest, ALaterSelectionOvertakesAnEarlierOne)
+{
+    for (const char* path : {"/c/", "/d/", "/e/", "/f/"})
+        add(path);
+    open(5);
+    for (const int number : {3, 1, 4, 2})
+        versions->selectRow(number);
+    waitUntilCompared();
+    EXPECT_EQ(summary(), QStringLiteral("Version 3 compared with version 2: 1 rule added"));
+    EXPECT_EQ(changes->model()->index(0, 5).data().toString(), QStringLiteral("/d/"));
+}
+
+TEST_F(HistoryWindowTest, NewVersionsShowUpAndLeaveTheSelectionAlone)
+{
+    add("/c/");
+    open(2);
+    select(1);
+    add("/d/");
+    waitFor([&] { return versions->model()->rowCount() == 3; });
+    EXPECT_EQ(numbers(), QStringLiteral("3 2 1"));
+    EXPECT_EQ(selected(), QStringLiteral("1"));
+}
+
+TEST_F(HistoryWindowTest, RestoreBringsBackTheSelectedVersionAndOffersUndo)
+{
+    const std::string before = file();
+    add("/c/");
+    open(2);
+    EXPECT_FALSE(isEnabled("restoreButton")) << "the newest is in force";
+    select(1);
+    QSignalSpy restored(window, &HistoryWindow::wasRestored);
+    QSignalSpy undone(window, &HistoryWindow::undoRequested);
+    click("restoreButton");
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(restored.size(), 1);
+    EXPECT_EQ(notice(), QStringLiteral("Version 1 is in force again."));
+    for (QPushButton* button : window->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("Undo"))
+            button->click();
+    }
+    EXPECT_EQ(undone.size(), 1);
+    waitFor([&] { return versions->model()->rowCount() == 3; });
+    EXPECT_EQ(row(versions, 0), QStringLiteral("3|Restore Version 1|test|2||\u22121|"));
+}
+
+TEST_F(HistoryWindowTest, ExportWritesTheVeryBytesOfAVersion)
+{
+    const std::string before = file();
+    add("/c/");
+    open(2);
+    select(1);
+    click("exportButton");
+    auto* panel = window->findChild<QFileDialog*>();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->windowTitle(), QStringLiteral("Export Version 1"));
+    const std::string path = box.folder.path("old.quorv");
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
+    QMetaObject::invokeMethod(panel, "accept");
+    waitFor([&] { return notice().startsWith(QStringLiteral("Version 1 was exported")); });
+    EXPECT_EQ(TemporaryFolder::contents(path), before);
+}
+
+TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTime)
+{
+    add("/c/");
+    add("/found/me/");
+    remove(0);
+    open(4);
+    searchFor("delete");
+    EXPECT_EQ(numbers(), QStringLiteral("4"));
+    waitFor([&] { return counts() == QStringLiteral("1 of 4 versions"); });
+    searchFor("/B/"); // of the first version
+    waitFor(
+        [&] { return counts() == QStringLiteral("1 of 4 versions") && numbers() == QStringLiteral("1"); });
+    searchFor("found");
+    waitFor([&] { return numbers() == QStringLiteral("3 1"); });
+    searchFor("nothing has this");
+    waitFor([&] { return counts() == QStringLiteral("0 of 4 versions"); });
+    searchFor("");
+    EXPECT_EQ(numbers(), QStringLiteral("4 3 2 1"));
+}
+
+TEST_F(HistoryWindowTest, ForgettingNamesWhatGoesAndKeepsTheRest)
+{
+    for (const char* path : {"/c/", "/d/", "/e/"})
+        add(path);
+    open(4);
+    select(1);
+    answer("Cancel");
+    click("forgetButton");
+    EXPECT_TRUE(question.contains(QStringLiteral("Older than version 3: versions 1 to 2, of ")))
+        << question.toStdString();
+    EXPECT_TRUE(question.contains(QStringLiteral("All: versions 1 to 3, of "))) << question.toStdString();
+    EXPECT_TRUE(question.contains(QStringLiteral("Version 4, the newest, stays.")));
+    answer("Forget 2 Older");
+    click("forgetButton");
+    waitFor([&] { return numbers() == QStringLiteral("4 3"); });
+    EXPECT_FALSE(document->undoName() == "Add /d/");
+    answer("Forget All 1");
+    click("forgetButton");
+    waitFor([&] { return numbers() == QStringLiteral("4"); });
+    EXPECT_FALSE(isEnabled("forgetButton"));
+    EXPECT_FALSE(document->undoName());
+}
+
+TEST_F(HistoryWindowTest, AVersionWhoseForerunnerIsForgottenSaysSo)
+{
+    add("/c/");
+    rules->openJournal()->forgetBefore(2);
+    open(1);
+    EXPECT_EQ(summary(), QStringLiteral("Version 2"));
+    EXPECT_TRUE(changes->accessibleDescription().startsWith(QStringLiteral("Version 1, which came before")));
+}
+
+TEST_F(HistoryWindowTest, ShowsAndRestoresTheVersionsOfThePreferencesToo)
+{
+    box.writePreferences(preference("ui.prompts.oob", 1));
+    preferences->keepPresentVersion();
+    box.writePreferences(preference("ui.prompts.oob", 2));
+    add("/c/");
+    open(2);
+    in<QComboBox>("subjectPopUpButton")->setCurrentIndex(1);
+    waitFor([&] { return versions->model()->rowCount() == 2; }); // with the list as it is found
+    waitFor(
+        [&] { return summary() == QStringLiteral("Version 2 compared with version 1: 1 setting changed"); });
+    EXPECT_EQ(changes->model()->index(0, 1).data().toString(), QStringLiteral("ui.prompts.oob"));
+    select(1);
+    application.authenticates = false;
+    click("restoreButton");
+    EXPECT_EQ(
+        notice(), QStringLiteral("Only an administrator who has authenticated can bring preferences back."));
+    application.authenticates = true;
+    click("restoreButton");
+    EXPECT_EQ(notice(), QStringLiteral("Version 1 is in force again."));
+    EXPECT_EQ(readPreferences(box.locations.preferencesFile()).integerForKey("ui.prompts.oob"), 1);
+}
+
+TEST_F(HistoryWindowTest, SelectsTheFirstVersionFromTheWantedOneOnEvenWhenItComesLater)
+{
+    add("/c/");
+    open(2);
+    window->showVersionFrom(1);
+    EXPECT_EQ(selected(), QStringLiteral("1"));
+    window->showVersionFrom(3);
+    EXPECT_EQ(selected(), QStringLiteral("1"));
+    add("/d/");
+    waitFor([&] { return selected() == QStringLiteral("3"); });
+}
+
+TEST_F(HistoryWindowTest, CopiesTheSelectedChangesAsText)
+{
+    remove(0);
+    open(2);
+    changes->selectRow(0);
+    changes->setFocus();
+    QTest::keyClick(changes, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "Removed: " + line("/a/"));
+}
+
+TEST_F(HistoryWindowTest, WithoutAHistoryItSaysThatNothingWasChanged)
+{
+    std::filesystem::remove(box.locations.userRulesFile());
+    open(0);
+    waitFor([&] { return !versions->accessibleDescription().isEmpty(); });
+    EXPECT_EQ(versions->accessibleDescription(), QStringLiteral("Nothing has been changed yet."));
+    for (const char* button : {"restoreButton", "exportButton", "forgetButton"})
+        EXPECT_FALSE(isEnabled(button)) << button;
+}
+
+TEST_F(HistoryWindowTest, RemembersItsSize)
+{
+    open(1);
+    window->resize(720, 500);
+    window->close();
+    waitFor([&] { return window.isNull(); });
+    open(1);
+    EXPECT_EQ(window->size(), QSize(720, 500));
+}
+
+} // namespace quorvane

@@ -1,0 +1,199 @@
+#include "windows/RulesEditorTableController.h"
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/HistoryWindow.h"
+#include "workflow/RuleCells.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
+
+#include <QPushButton>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+std::string line(const std::string& path, const std::string& tag = "", const std::string& created = "0")
+{
+    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"" + created + "\"\n";
+}
+
+class RulesEditorDocument : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    ~RulesEditorDocument() override { window.reset(); } // before the document
+    void openWith(const std::string& rules)
+    {
+        box.writeUserRules(rules);
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+    }
+    // As an import does when a search hides the other one.
+    void addEqual(const std::string& path, const std::string& tag)
+    {
+        document->perform(additionOf(policyRule({.path = path,
+                              .processName = "/bin/sh",
+                              .tag = tag,
+                              .operations = 1,
+                              .created = 1'700'000'000})),
+            {"Test"});
+        window->reloadData();
+    }
+    QString notice() const { return label("noticeText"); }
+    QString buttons() const
+    {
+        QStringList titles;
+        for (const QPushButton* button : noticeButtons())
+            titles.append(button->text());
+        return titles.join(QLatin1Char(' '));
+    }
+    QList<QPushButton*> noticeButtons() const
+    {
+        QList<QPushButton*> shown;
+        for (QPushButton* button : in<QFrame>("notices")->findChildren<QPushButton*>()) {
+            if (!button->isHidden())
+                shown.append(button);
+        }
+        return shown;
+    }
+    void press(const char* title) const
+    {
+        for (QPushButton* button : noticeButtons()) {
+            if (button->text() == QLatin1String(title))
+                return button->click();
+        }
+        FAIL() << title;
+    }
+    HistoryWindow* history() const { return window->findChild<HistoryWindow*>(); }
+    // The version that the history window has compared.
+    bool showsVersion(const char* beginning) const
+    {
+        return QTest::qWaitFor([&] {
+            return history() != nullptr
+                && history()
+                       ->findChild<QLabel*>(QStringLiteral("differenceLabel"))
+                       ->text()
+                       .startsWith(QLatin1String(beginning));
+        });
+    }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+};
+
+} // namespace
+
+TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
+{
+    openWith(line("/a") + line("/b"));
+    action("historyMenuItem")->trigger();
+    action("historyMenuItem")->trigger();
+    EXPECT_EQ(window->findChildren<HistoryWindow*>().size(), 1);
+    EXPECT_TRUE(showsVersion("Version 1, the first: 2 rules added"));
+}
+
+TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
+{
+    openWith(line("/a") + line("/b"));
+    select({0});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b"));
+    action("historyMenuItem")->trigger();
+    EXPECT_TRUE(showsVersion("Version 2 "));
+    history()->showVersionFrom(1);
+    EXPECT_TRUE(showsVersion("Version 1, "));
+    history()->restoreVersion();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b"));
+    Q_EMIT history()->undoRequested();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b"));
+    EXPECT_EQ(file(), line("/b"));
+}
+
+TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
+{
+    openWith(line("/a", "first") + line("/b"));
+    addEqual("/a", "second");
+    select({2});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_EQ(notice(),
+        QStringLiteral("Of two equal rules the first was deleted. The selected one remains: tagged "
+                       "\u201csecond\u201d, made 2023-11-14 22:13:20 UTC."));
+    EXPECT_EQ(buttons(), QStringLiteral("Show Undo"));
+    press("Undo");
+    EXPECT_EQ(file(), line("/a", "first") + line("/b") + line("/a", "second", "1700000000"));
+}
+
+TEST_F(RulesEditorDocument, TheFirstOfTwoEqualRulesGoesWithoutAWord)
+{
+    openWith(line("/a", "first"));
+    addEqual("/a", "second");
+    select({0});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_TRUE(in<QFrame>("notices")->isHidden());
+    select({0});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_TRUE(in<QFrame>("notices")->isHidden());
+    EXPECT_EQ(file(), "");
+}
+
+TEST_F(RulesEditorDocument, ShowOfAMergeLeadsToTheOtherProgramsVersion)
+{
+    openWith(line("/a") + line("/b"));
+    document->keepPresentVersion();
+    box.writeUserRules(line("/a") + line("/b") + line("/foreign"));
+    select({0});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_EQ(notice(), QStringLiteral("1 rule of another program was kept."));
+    press("Show");
+    EXPECT_TRUE(showsVersion("Version 2 compared with version 1: 1 rule added"));
+}
+
+TEST_F(RulesEditorDocument, ALossIsShownAndRestoredFromTheFoot)
+{
+    openWith(line("/a") + line("/b"));
+    document->keepPresentVersion();
+    box.writeUserRules(line("/b"));
+    document->takeForeignChanges();
+    EXPECT_EQ(notice(), QStringLiteral("Another program has removed 1 rule."));
+    EXPECT_EQ(buttons(), QStringLiteral("Show Restore"));
+    press("Restore");
+    EXPECT_EQ(file(), line("/a") + line("/b"));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b"));
+}
+
+TEST_F(RulesEditorDocument, AFileThatIsAheadIsToldUntilItIsTakenOver)
+{
+    openWith(line("/a"));
+    box.writeUserRules(line("/a") + line("/foreign"));
+    document->lookAtFile();
+    EXPECT_EQ(notice(),
+        QStringLiteral("Another program has changed the rules file. The next change here takes that over."));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
+    press("Take Over Now");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /foreign"));
+
+    box.writeUserRules(line("/a") + line("/foreign") + line("/more"));
+    document->lookAtFile();
+    select({0});
+    action("deleteEditMenuItem")->trigger();
+    EXPECT_EQ(notice(), QStringLiteral("1 rule of another program was kept."));
+}
+
+TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
+{
+    openWith(line("/a"));
+    store->addPolicyRule(policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
+    document->perform({}, {"Test"});
+    EXPECT_EQ(buttons(), QStringLiteral("Show Write Whole Lines"));
+    press("Write Whole Lines");
+    EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
+}
+
+} // namespace quorvane

@@ -1,0 +1,104 @@
+#include "workflow/PreferencesHistory.h"
+
+#include "history/Journal.h"
+#include "platform/FilePermissions.h"
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/FakeApplication.h"
+#include "tests/support/FakePrivilegedCommand.h"
+#include "tests/support/TestDocument.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+class PreferencesHistoryTest : public testing::Test {
+protected:
+    std::string bytes() const { return TemporaryFolder::contents(box.locations.preferencesFile()); }
+    std::vector<JournalVersion> versions() const { return history.openJournal()->versions(); }
+
+    StoreSandbox box;
+    RunState run;
+    FakeApplication application;
+    FakePrivilegedCommand privilegedCommand;
+    std::unique_ptr<RuleManager> store = box.emptyStore();
+    TestDocument document{*store, run};
+    PreferencesHistory history{
+        box.locations, document, "test", {application, privilegedCommand, run}, silentLog()};
+};
+
+} // namespace
+
+TEST_F(PreferencesHistoryTest, KeepsWhatIsFoundAndWhatIsSaved)
+{
+    box.writePreferences(preference("a", 1));
+    history.keepPresentVersion();
+    history.keepPresentVersion(); // it is the newest already
+    box.writePreferences(preference("a", 2) + preference("b", 1));
+    history.keepSaved("Save Preferences");
+    const auto kept = versions();
+    ASSERT_EQ(kept.size(), 2U);
+    EXPECT_EQ(kept[0].action, "Save Preferences");
+    EXPECT_EQ(kept[0].program, "test");
+    EXPECT_EQ(kept[0].rules, 2U);
+    EXPECT_EQ(kept[0].added, 1U);
+    EXPECT_EQ(kept[0].changed, 1U);
+    EXPECT_EQ(kept[1].kind, VersionKind::foreign);
+    EXPECT_EQ(kept[1].added, 1U);
+}
+
+TEST_F(PreferencesHistoryTest, RestoresTheVeryBytesForAnAdministratorWhoAuthenticates)
+{
+    box.writePreferences("<!-- by hand -->" + preference("a", 1));
+    const std::string before = bytes();
+    history.keepPresentVersion();
+    box.writePreferences(preference("a", 2));
+    EXPECT_FALSE(history.restore(1));
+    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_EQ(application.authentications, 1);
+    EXPECT_TRUE(privilegedCommand.commands.empty());
+    const auto kept = versions();
+    ASSERT_EQ(kept.size(), 3U); // with the one that was in force
+    EXPECT_EQ(kept[0].action, "Restore Version 1");
+}
+
+TEST_F(PreferencesHistoryTest, RestoresNothingForAnybodyElse)
+{
+    box.writePreferences(preference("a", 1));
+    history.keepPresentVersion();
+    box.writePreferences(preference("a", 2));
+    const std::string present = bytes();
+    application.authenticates = false;
+    EXPECT_TRUE(history.restore(1));
+    application.isAdmin = false;
+    EXPECT_TRUE(history.restore(1));
+    EXPECT_EQ(application.authentications, 1); // who is no administrator is not asked to prove it
+    EXPECT_EQ(bytes(), present);
+    EXPECT_EQ(run.g_dirty, 0);
+}
+
+TEST_F(PreferencesHistoryTest, ARestoreAsksForThePermissionOfTheRulesFolderAsASaveDoes)
+{
+    setPermissions(box.locations.sharedFolder(), 0775);
+    box.writePreferences("<key>access.user.create</key><true/>");
+    history.keepPresentVersion();
+    EXPECT_FALSE(history.restore(1));
+    ASSERT_EQ(privilegedCommand.commands.size(), 1U);
+    EXPECT_NE(privilegedCommand.commands[0].find("/bin/chmod 777"), std::string::npos);
+}
+
+TEST_F(PreferencesHistoryTest, TellsWhyAVersionCannotBeRestored)
+{
+    EXPECT_EQ(history.restore(7), "Version 7 can no longer be read.");
+    box.folder.write("Users/Shared/Quorvane/vantreal.Quorvane.preferences.plist", "no list");
+    history.keepPresentVersion();
+    EXPECT_EQ(history.restore(1), "Version 1 is no property list.");
+    EXPECT_EQ(application.adminQuestions, 0);
+}
+
+} // namespace quorvane

@@ -1,0 +1,87 @@
+#include "workflow/VersionChanges.h"
+
+#include "history/Journal.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestRules.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+class VersionChangesTest : public testing::Test {
+protected:
+    JournalVersion record(
+        const std::string& bytes, const std::string& action = "Edit", VersionKind kind = VersionKind::action)
+    {
+        NewVersion version;
+        version.kind = kind;
+        if (kind != VersionKind::foreign) {
+            version.program = "test";
+            version.action = action;
+        }
+        version.bytes = bytes;
+        return *journal->version(journal->record(version).value());
+    }
+
+    TemporaryFolder folder;
+    std::unique_ptr<Journal> journal
+        = Journal::open(folder.path("state"), folder.path("rules"), {}, silentLog());
+};
+
+} // namespace
+
+TEST_F(VersionChangesTest, TheFirstVersionIsMadeOfNothing)
+{
+    const VersionChanges changes = changesOf(*journal, record("one"));
+    EXPECT_FALSE(changes.since);
+    EXPECT_FALSE(changes.problem);
+    EXPECT_EQ(changes.before, "");
+    EXPECT_EQ(changes.after, "one");
+}
+
+TEST_F(VersionChangesTest, ALaterVersionIsMadeOfTheOneBeforeItAsItWasMeant)
+{
+    NewVersion version;
+    version.bytes = "cut";
+    version.meant = "whole";
+    journal->record(version);
+    const VersionChanges changes = changesOf(*journal, record("two"));
+    EXPECT_EQ(changes.since, 1);
+    EXPECT_EQ(changes.before, "whole");
+    EXPECT_EQ(changes.after, "two");
+}
+
+TEST_F(VersionChangesTest, AVersionWhoseForerunnersAreForgottenSaysSo)
+{
+    record("one");
+    const JournalVersion second = record("two");
+    journal->forgetBefore(second.number);
+    const VersionChanges changes = changesOf(*journal, *journal->version(second.number));
+    ASSERT_TRUE(changes.problem);
+    EXPECT_EQ(
+        *changes.problem, "Version 1, which came before, has been forgotten, and with it what changed.");
+}
+
+TEST_F(VersionChangesTest, IsComparedWithTheNewestOlderOneThatIsLeft)
+{
+    record("one");
+    record("two");
+    JournalVersion third = record("three");
+    third.before = 99; // as though that one had been thinned out
+    EXPECT_EQ(changesOf(*journal, third).since, 2);
+}
+
+TEST_F(VersionChangesTest, WordsTellAnActionFromItsUndoAndFromAnotherProgramsDoing)
+{
+    EXPECT_EQ(actionText(record("0", "", VersionKind::foreign)), "As found when the history began");
+    EXPECT_EQ(actionText(record("1", "Delete 3 Rules")), "Delete 3 Rules");
+    EXPECT_EQ(actionText(record("2", "Delete 3 Rules", VersionKind::undo)), "Undo Delete 3 Rules");
+    EXPECT_EQ(actionText(record("3", "Delete 3 Rules", VersionKind::redo)), "Redo Delete 3 Rules");
+    EXPECT_EQ(actionText(record("4", "", VersionKind::foreign)), "Changed by another program");
+}
+
+} // namespace quorvane

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "workflow/DifferenceTable.h"
+
+#include <QAbstractTableModel>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+// A difference as a Qt table. What a row says by its colour it says in words in its first cell.
+class DifferenceModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // No rows when null; the columns stay.
+    void setTable(DifferenceTablePtr table);
+    const DifferenceTablePtr& table() const { return m_table; }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    DifferenceTablePtr m_table;
+    const std::vector<std::string>* m_titles = nullptr; // of the last table; they live on
+};
+
+} // namespace quorvane

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "history/JournalVersion.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+class QString;
+class QWidget;
+
+namespace quorvane {
+
+// Asks which versions are to be forgotten, naming them: those older than the selected one, or all but the
+// newest. Waits for the answer. Returns the first version that is to stay; none when all are to.
+std::optional<std::int64_t> askWhatToForget(QWidget& parent, const QString& historyName,
+    const std::vector<JournalVersion>& versions, std::optional<std::int64_t> selected);
+
+} // namespace quorvane

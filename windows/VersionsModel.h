@@ -1,0 +1,61 @@
+#pragma once
+
+#include "history/JournalVersion.h"
+
+#include <QAbstractTableModel>
+#include <QSet>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace quorvane {
+
+// The versions of a file as a Qt table, newest first: all, or those that a search has found.
+class VersionsModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    enum class Column { number, time, action, program, size, added, removed, changed };
+    static constexpr int columns = 8;
+
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // Newest first. Rows that stay are not touched.
+    void setVersions(std::vector<JournalVersion> versions);
+    // Shows only versions whose time, action, program or number contain this text, and those that are found
+    // by addFound(). Empty for all.
+    void setSearch(const QString& text);
+    void addFound(std::int64_t version);
+
+    const std::vector<JournalVersion>& versions() const { return m_versions; }
+    const JournalVersion& versionAt(int row) const
+    {
+        return m_versions[m_rows[static_cast<std::size_t>(row)]];
+    }
+    // None when it is not shown.
+    std::optional<int> rowOf(std::int64_t version) const;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    std::vector<std::size_t> wantedRows(const std::vector<JournalVersion>& versions) const;
+    bool isWanted(const JournalVersion& version) const;
+    void showRows(std::vector<std::size_t> rows);
+
+    std::vector<JournalVersion> m_versions;
+    std::vector<std::size_t> m_rows; // places in m_versions, ascending
+    QString m_search;
+    QSet<qint64> m_found;
+};
+
+// The local time of a version, to the second.
+QString versionTime(const JournalVersion& version);
+// What was done, and what of it is out of the ordinary.
+QString versionAction(const JournalVersion& version);
+
+} // namespace quorvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+#include "rules/RulesDiff.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+// A difference between two versions of a file as a table, for windows: a row for each thing that came, went
+// or changed, in this order. Never changes; any thread.
+class DifferenceTable {
+public:
+    enum class Change { added, removed, changed };
+
+    DifferenceTable() = default;
+    DifferenceTable(const DifferenceTable&) = delete;
+    DifferenceTable& operator=(const DifferenceTable&) = delete;
+    virtual ~DifferenceTable() = default;
+
+    // The titles of the columns, one at least. They outlive the table.
+    virtual const std::vector<std::string>& titles() const = 0;
+    // The column that wants the most room.
+    virtual std::size_t widestColumn() const = 0;
+
+    virtual std::size_t rows() const = 0;
+    // Requires row < rows(), column < titles().size().
+    virtual Change change(std::size_t row) const = 0;
+    virtual std::string text(std::size_t row, std::size_t column) const = 0;
+    // The whole row in words, without what kind of change it is.
+    virtual std::string line(std::size_t row) const = 0;
+
+    // "2 rules added, 1 removed"
+    virtual std::string summary() const = 0;
+
+    // True when any row contains the search key `text` (platform/Unicode).
+    bool contains(std::string_view text) const;
+};
+
+using DifferenceTablePtr = std::shared_ptr<const DifferenceTable>;
+
+DifferenceTablePtr differenceTable(RulesDifference difference);
+
+// Key by key. What is within a value is compared as a whole.
+DifferenceTablePtr differenceTable(const PropertyList& before, const PropertyList& after);
+
+// "Added", "Removed", "Changed".
+std::string_view changeName(DifferenceTable::Change change);
+
+} // namespace quorvane

@@ -1,0 +1,67 @@
+#include "workflow/VersionChanges.h"
+
+#include "history/Journal.h"
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+// The newest version that is older; they come newest first.
+std::optional<std::int64_t> newestOlder(Journal& journal, std::int64_t number)
+{
+    for (const JournalVersion& each : journal.versions()) {
+        if (each.number < number)
+            return each.number;
+    }
+    return std::nullopt;
+}
+
+std::string versionName(std::int64_t number)
+{
+    return "Version " + std::to_string(number);
+}
+
+} // namespace
+
+VersionChanges changesOf(Journal& journal, const JournalVersion& version)
+{
+    VersionChanges changes;
+    if (version.before) {
+        changes.since
+            = journal.version(*version.before) ? version.before : newestOlder(journal, version.number);
+        if (!changes.since) {
+            changes.problem = versionName(*version.before)
+                + ", which came before, has been forgotten, and with it what changed.";
+            return changes;
+        }
+    }
+    auto before = changes.since ? journal.meantOf(*changes.since) : std::optional<std::string>("");
+    auto after = before ? journal.meantOf(version.number) : std::nullopt;
+    if (!after) {
+        changes.problem = versionName(before ? version.number : *changes.since) + " can no longer be read.";
+        return changes;
+    }
+    changes.before = std::move(*before);
+    changes.after = std::move(*after);
+    return changes;
+}
+
+std::string actionText(const JournalVersion& version)
+{
+    const std::string action = version.action.value_or(std::string());
+    switch (version.kind) {
+    case VersionKind::action:
+        return action;
+    case VersionKind::undo:
+        return "Undo " + action;
+    case VersionKind::redo:
+        return "Redo " + action;
+    case VersionKind::foreign:
+        break;
+    }
+    return version.before ? "Changed by another program" : "As found when the history began";
+}
+
+} // namespace quorvane
