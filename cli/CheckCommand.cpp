@@ -1,8 +1,22 @@
 #include "cli/Commands.h"
-#include "cli/JsonText.h"
+#include "cli/FindingOptions.h"
 #include "cli/Output.h"
-#include "cli/SelectionOptions.h"
-#include "workflow/RuleFindings.h"
+#include "cli/PlaceOptions.h"
+#include "cli/RuleJson.h"
+#include "cli/RuleSelection.h"
+#include "cli/Sarif.h"
+#include "platform/Locations.h"
+#include "platform/OrderedWork.h"
+#include "rules/RulesFile.h"
+#include "workflow/FileFindings.h"
+
+#include <new>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
 
@@ -10,21 +24,145 @@ namespace quorvane {
 
 namespace {
 
-std::string jsonLine(std::size_t row, const RuleRef& rule, const RuleFinding& finding)
+enum class Form { text, json, sarif };
+
+Json textOrNull(std::string_view text)
 {
-    const Json coveredBy = finding.other == nullptr ? Json(nullptr) : Json(ruleText(*finding.other));
-    const std::string_view words = findingReason(finding);
-    const Json reason = words.empty() ? Json(nullptr) : Json(words);
-    const Json object{{"row", row}, {"finding", findingName(finding.kind)}, {"rule", ruleText(rule)},
-        {"coveredBy", coveredBy}, {"reason", reason}};
-    return object.dump() + "\n";
+    return text.empty() ? Json(nullptr) : Json(text);
 }
 
-std::string textLines(std::size_t row, const RuleRef& rule, const RuleFinding& finding)
+std::string findingLine(const std::optional<std::string>& file, const FileFinding& finding)
 {
-    return "row " + std::to_string(row) + ": " + printable(ruleText(rule)) + "\n    "
-        + printable(findingText(finding)) + "\n";
+    const Json object{{"row", finding.row ? Json(*finding.row) : Json(nullptr)},
+        {"finding", findingName(finding.kind)}, {"rule", finding.rule},
+        {"coveredBy", textOrNull(finding.other)}, {"reason", textOrNull(finding.reason)},
+        {"file", file ? Json(*file) : Json(nullptr)}};
+    return jsonLine(object);
 }
+
+std::string textLines(const std::string& before, const FileFinding& finding)
+{
+    const std::string place
+        = finding.row ? "row " + std::to_string(*finding.row) : "line " + std::to_string(finding.line);
+    return before + place + ": " + printable(finding.rule) + "\n    " + printable(finding.text) + "\n";
+}
+
+// What was found in one file, ready to be printed.
+struct CheckedFile {
+    std::string printed;
+    std::vector<std::string> problems; // why rules of it were not read
+    bool areProblemsTold = false; // on standard error
+    bool isFaultless = true;
+};
+
+// Why rules that the file may hold are not in its text; none when all of it is there.
+std::optional<std::string> whyUnread(const std::string& file, const RulesFileText& text)
+{
+    struct stat status { };
+    if (text.identity() == FileIdentity::missing())
+        return "There is no file '" + file + "'";
+    if (text.isNothing() && stat(file.c_str(), &status) == 0 && S_ISFIFO(status.st_mode))
+        return "'" + file + "' is a pipe: nothing of it is read";
+    return text.unreadReason();
+}
+
+class Checker {
+public:
+    Checker(const CommandContext& context, Form form, bool namesFiles, FindingSearch search)
+        : m_context(context)
+        , m_form(form)
+        , m_namesFiles(namesFiles)
+        , m_search{std::move(search), form == Form::sarif}
+    {
+    }
+
+    // A named file. Does not throw.
+    CheckedFile checkNamed(const std::string& file) const noexcept
+    {
+        CheckedFile checked;
+        try {
+            const RulesFileText text = RulesFileText::read(file, m_context.lockTimeout);
+            const auto problem = whyUnread(file, text);
+            const auto store = storeOfText(text.text(), m_context.locations, m_context.log);
+            check(*store, text.bytes(), file, checked);
+            if (problem)
+                addProblem(*problem, checked);
+        } catch (const std::bad_alloc&) {
+            checked = {};
+            addProblem("'" + file + "': out of memory", checked);
+        }
+        return checked;
+    }
+
+    // The rules of a store, and the bytes of its file. `file` is what was named.
+    void check(const RuleManager& store, std::string_view bytes, const std::optional<std::string>& file,
+        CheckedFile& checked) const
+    {
+        const std::string address
+            = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";
+        useFileFindings(store, bytes, m_search, [&](const FileFinding& finding) {
+            checked.isFaultless = false;
+            if (m_form == Form::json)
+                checked.printed += findingLine(file, finding);
+            else if (m_form == Form::text)
+                checked.printed += textLines(m_namesFiles ? printable(*file) + ": " : "", finding);
+            else
+                checked.printed.append(checked.printed.empty() ? "" : ",\n") += sarifResult(address, finding);
+        });
+    }
+
+private:
+    static void addProblem(std::string problem, CheckedFile& checked)
+    {
+        checked.problems.push_back(std::move(problem));
+        checked.isFaultless = false;
+    }
+
+    const CommandContext& m_context;
+    const Form m_form;
+    const bool m_namesFiles;
+    const FileSearch m_search;
+};
+
+// Prints what was found, file by file.
+class CheckPrinter {
+public:
+    explicit CheckPrinter(Form form)
+        : m_form(form)
+    {
+        if (m_form == Form::sarif)
+            m_output.write(sarifBegin());
+    }
+
+    void print(const std::string& file, const CheckedFile& checked)
+    {
+        m_isFaultless = m_isFaultless && checked.isFaultless;
+        if (m_form == Form::sarif && !checked.printed.empty())
+            m_output.write(std::exchange(m_separator, ",\n"));
+        m_output.write(checked.printed);
+        for (const std::string& problem : checked.problems) {
+            if (!checked.areProblemsTold)
+                complain(problem);
+            m_notifications.append(m_notifications.empty() ? "" : ",")
+                .append(sarifNotification(fileAddress(file), problem));
+        }
+    }
+
+    // The exit status.
+    int finish()
+    {
+        if (m_form == Form::sarif)
+            m_output.write(sarifEnd(m_notifications));
+        return m_output.finish() && m_isFaultless ? ExitStatus::success : ExitStatus::findings;
+    }
+
+private:
+    const Form m_form;
+    Output m_output;
+    bool m_isFaultless = true;
+    std::string m_separator;
+    std::string m_notifications;
+};
 
 class CheckCommand : public Command {
 public:
@@ -33,32 +171,55 @@ public:
         CLI::App& command = *program.add_subcommand("check",
             "Find redundant rules, programs that are gone or do not match, missing paths and rules that do "
             "not read back");
-        command.add_flag("--json", m_asJson, "One JSON object a line");
-        addFileOption(command, m_selection);
+        auto* json = command.add_flag("--json", m_asJson, "One JSON object a line");
+        command.add_flag("--sarif", m_asSarif, "A log for review tools, in SARIF 2.1.0")->excludes(json);
+        m_findings.addTo(command);
+        m_place.addTo(command);
+        command.add_option(
+            "FILE", m_files, "Rules files to check instead of the current user's configuration");
         return command;
     }
 
+    void check() override { m_kinds = m_findings.kinds(m_place.isNowhere()); }
+
     int run(const CommandContext& context) override
     {
-        const OpenedStore opened = openStore(m_selection, context);
-        const RuleManager& store = *opened.store;
-        Output output;
-        bool anyFinding = false;
-        for (std::size_t row = 0; row < store.totalRules(false); ++row) {
-            const RuleRef& rule = store.ruleAtIndex(row, false);
-            for (const RuleFinding& finding : findingsForRule(store, rule)) {
-                anyFinding = true;
-                output.write(m_asJson ? jsonLine(row, rule, finding) : textLines(row, rule, finding));
-            }
-        }
-        // A check of rules that could not be read must not look like a passed one.
-        const bool passed = opened.isComplete && !opened.hasFailed && !anyFinding;
-        return output.finish() && passed ? 0 : 1;
+        const auto place = m_place.open();
+        if (!place)
+            return ExitStatus::failed;
+        const Form form = m_asSarif ? Form::sarif : m_asJson ? Form::json : Form::text;
+        const Checker checker(context, form, m_files.size() > 1, {m_kinds, *place});
+        CheckPrinter printer(form);
+        if (m_files.empty())
+            printer.print(context.locations.userRulesFile(), checkConfiguration(checker, context));
+        makeInOrder(
+            m_files.size(), [&](std::size_t number) { return checker.checkNamed(m_files[number]); },
+            [&](std::size_t number, const CheckedFile& checked) { printer.print(m_files[number], checked); });
+        return printer.finish();
     }
 
 private:
-    RuleSelection m_selection;
+    static CheckedFile checkConfiguration(const Checker& checker, const CommandContext& context)
+    {
+        CheckedFile checked;
+        const OpenedStore opened = openStore({}, context);
+        const RulesFileText text
+            = RulesFileText::read(context.locations.userRulesFile(), context.lockTimeout);
+        checker.check(*opened.store, text.bytes(), std::nullopt, checked);
+        if (opened.isComplete && !opened.hasFailed)
+            return checked;
+        checked.problems.push_back(text.unreadReason().value_or("Not all rules could be read"));
+        checked.areProblemsTold = true;
+        checked.isFaultless = false;
+        return checked;
+    }
+
     bool m_asJson = false;
+    bool m_asSarif = false;
+    FindingOptions m_findings;
+    PlaceOptions m_place;
+    std::vector<std::string> m_files;
+    FindingKinds m_kinds;
 };
 
 } // namespace

@@ -52,7 +52,7 @@ constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExpo
     makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeImportCommand,
     makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand, makeRedoCommand,
     makeCheckCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand, makeCodesignCommand,
-    makeDigestCommand};
+    makeDigestCommand, makeCompletionCommand};
 
 // True for "-w" and the like, which the parser would take for options.
 bool areOperationsToRemove(std::string_view text)

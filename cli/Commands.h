@@ -37,7 +37,7 @@ std::unique_ptr<Command> makeRestoreCommand();
 std::unique_ptr<Command> makeUndoCommand();
 // Does again what was undone last.
 std::unique_ptr<Command> makeRedoCommand();
-// Prints what is worth telling of the user's rules.
+// Prints what is worth telling of the user's rules, or of those of many files.
 std::unique_ptr<Command> makeCheckCommand();
 // Prints the rules by which a rules file differs from another.
 std::unique_ptr<Command> makeDiffCommand();
@@ -49,5 +49,7 @@ std::unique_ptr<Command> makeRescueCommand();
 std::unique_ptr<Command> makeCodesignCommand();
 // Prints the digests of files, of all that can be read.
 std::unique_ptr<Command> makeDigestCommand();
+// Prints the completion script of a shell.
+std::unique_ptr<Command> makeCompletionCommand();
 
 } // namespace quorvane

@@ -29,8 +29,8 @@ std::string_view takeStretch(std::string_view& text)
 
 // A parser and the stretch that it parses, perhaps on another thread.
 struct Worker {
-    explicit Worker(RulesFileKind kind)
-        : parser(kind)
+    Worker(RulesFileKind kind, std::size_t usualLength)
+        : parser(kind, usualLength)
     {
     }
     void start(std::string_view stretch, std::launch policy)
@@ -89,7 +89,7 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
     std::deque<Worker> workers;
     for (unsigned number = isLong ? std::max(std::thread::hardware_concurrency(), 1U) : 1U; number > 0;
          --number)
-        workers.emplace_back(kind).start(takeStretch(text), policy);
+        workers.emplace_back(kind, std::min(text.size(), stretchLength)).start(takeStretch(text), policy);
     std::size_t busy = workers.size();
     for (std::size_t next = 0; busy > 0; next = (next + 1) % workers.size()) {
         Worker& worker = workers[next];

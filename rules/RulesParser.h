@@ -5,6 +5,7 @@
 #include "rules/RuleValue.h"
 #include "rules/TextPool.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -31,8 +32,10 @@ struct ParsedLine {
 // threads at once.
 class RulesParser {
 public:
-    explicit RulesParser(RulesFileKind kind)
+    // For texts of about that length at a time, in bytes, lest a short one costs what a long one does.
+    explicit RulesParser(RulesFileKind kind, std::size_t usualLength = 1U << 18U)
         : m_kind(kind)
+        , m_pool(usualLength / 16 + 1)
     {
     }
 

@@ -15,7 +15,7 @@ class Usage(CommandTest):
     def test_wrong_arguments_are_told_with_status_2(self):
         for arguments in ([], ["lst"], ["list", "--jsn"], ["list", "a", "b"], ["list", "--filter"],
                           ["list", "--sort"],
-                          ["options", "file"], ["export"], ["export", "a", "b", "c"], ["check", "a", "b"], ["--root"],
+                          ["options", "file"], ["export"], ["export", "a", "b", "c"], ["--root"],
                           ["list", "--label-system"], ["add"], ["add", *RULE[:4]], ["add", *RULE, "x"],
                           ["delete", *RULE, "--tag", "t"], ["check", "--system"], ["options", "--system"]):
             with self.subTest(arguments=arguments):

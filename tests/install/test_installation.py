@@ -14,6 +14,8 @@ FILES = [
     *(f"lib/{kind}.d/{part}.conf" for kind in ("sysusers", "tmpfiles")
       for part in ("quorvane-configuration", "quorvane-tools")),
     "share/applications/quorvane-configuration.desktop",
+    "share/bash-completion/completions/quorvanectl",
+    "share/fish/vendor_completions.d/quorvanectl.fish",
     *(f"share/icons/hicolor/{size}x{size}/{icon}.png" for size in ICON_SIZES for icon in ICONS),
     *(f"share/icons/hicolor/scalable/{icon}.svg" for icon in ICONS),
     "share/man/man1/quorvane-configuration.1",
@@ -24,6 +26,7 @@ FILES = [
     "share/polkit-1/rules.d/20-vantreal-quorvane.rules",
     "share/quorvane-configuration/Quorvane User Guide.pdf",
     "share/quorvane-configuration/lock.png",
+    "share/zsh/vendor-completions/_quorvanectl",
 ]
 
 

@@ -1,0 +1,113 @@
+#include "workflow/FileFindings.h"
+
+#include "platform/Unicode.h"
+#include "rules/JoinedLines.h"
+#include "rules/LineWalker.h"
+#include "rules/RulesParser.h"
+#include "rules/RulesText.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace quorvane {
+
+namespace {
+
+// The lines on which the rules of a store stand in its file.
+class RuleLines {
+public:
+    RuleLines(const RuleManager& store, std::string_view bytes)
+    {
+        const std::string_view text = bytes.substr(0, bytes.find('\0'));
+        if (!isValidUtf8(text))
+            return;
+        RulesParser parser({}, 0); // a line at a time
+        LineWalker lines(text);
+        std::size_t number = 1;
+        const char* counted = text.data();
+        while (const auto line = lines.next()) {
+            number += static_cast<std::size_t>(std::count(counted, line->data(), '\n'));
+            counted = line->data();
+            if (!line->empty() && line->front() != ';')
+                note(store, parser.parse(*line), number);
+        }
+    }
+
+    // 0 for a rule that is not in the file.
+    std::size_t of(const RuleRef& rule) const
+    {
+        const auto found = m_lines.find(addressOf(rule));
+        return found == m_lines.end() ? 0 : found->second;
+    }
+
+private:
+    void note(const RuleManager& store, const std::vector<ParsedLine>& parsed, std::size_t number)
+    {
+        for (const ParsedLine& line : parsed) {
+            if (const auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content))
+                note(store.firstEqualRule(PolicyRule(PolicyValue(*policy))), number);
+            else if (const auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content))
+                note(store.firstEqualRule(WatchRule(WatchValue(*watch))), number);
+        }
+    }
+    // Of equal rules the first is stored.
+    template <class RulePtr> void note(const RulePtr& rule, std::size_t number)
+    {
+        if (rule)
+            m_lines.try_emplace(rule.get(), number);
+    }
+
+    std::unordered_map<const void*, std::size_t> m_lines;
+};
+
+void useJoinedLines(std::string_view bytes, const std::function<void(const FileFinding&)>& use)
+{
+    for (const JoinedLine& line : joinedLines(bytes)) {
+        use({.kind = FindingKind::joined,
+            .line = line.number,
+            .rule = std::string(line.text),
+            .text = "This line holds " + std::to_string(line.rules.size())
+                + " rules: a write of the file was cut short there."});
+    }
+}
+
+} // namespace
+
+std::unique_ptr<RuleManager> storeOfText(std::string_view text, const Locations& locations, Log& log)
+{
+    auto store = std::make_unique<RuleManager>(locations, log);
+    for (const RuleValue& value : rulesOfText(text)) {
+        const RuleRef rule = recordOf(value);
+        if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+            store->addPolicyRule(*policy);
+        else
+            store->appendWatchRule(std::get<WatchRulePtr>(rule));
+    }
+    store->rebuildRulesCache();
+    return store;
+}
+
+void useFileFindings(const RuleManager& store, std::string_view bytes, const FileSearch& search,
+    const std::function<void(const FileFinding&)>& use)
+{
+    const RowFindings findings(store, false, search.findings);
+    std::optional<RuleLines> lines;
+    for (std::size_t row = 0; row < store.totalRules(false); ++row) {
+        for (const RuleFinding& finding : findings.at(row)) {
+            const RuleRef& rule = store.ruleAtIndex(row, false);
+            if (search.withLines && !lines)
+                lines.emplace(store, bytes);
+            use({.kind = finding.kind,
+                .row = row,
+                .line = lines ? lines->of(rule) : 0,
+                .rule = ruleText(rule),
+                .other = finding.other == nullptr ? std::string() : ruleText(*finding.other),
+                .reason = findingReason(finding),
+                .text = findingText(finding)});
+        }
+    }
+    if (search.findings.kinds.contains(FindingKind::joined))
+        useJoinedLines(bytes, use);
+}
+
+} // namespace quorvane

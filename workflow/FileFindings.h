@@ -1,0 +1,41 @@
+#pragma once
+
+#include "workflow/RuleFindings.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The findings of a whole rules file, in words. Any thread; one store belongs to one thread.
+
+namespace quorvane {
+
+struct FileFinding {
+    FindingKind kind;
+    std::optional<std::size_t> row{}; // of the rule; none for a joined line
+    std::size_t line = 0; // of the file, from 1, as LF and CR LF end it; 0 when it was not looked for
+    std::string rule; // as a line of a rules file; of a joined line its bytes
+    std::string other{}; // the rule that covers it or that it overlaps, likewise; empty for none
+    std::string_view reason{}; // why the program or its team fails; empty for none
+    std::string text; // a sentence for a person
+};
+
+// A store of the rules that a user's file with this text holds, options and system rules aside. Throws
+// std::bad_alloc.
+std::unique_ptr<RuleManager> storeOfText(std::string_view text, const Locations& locations, Log& log);
+
+// What is looked for in a file.
+struct FileSearch {
+    FindingSearch findings{};
+    bool withLines = false; // the rules' lines, too
+};
+
+// Calls `use` with every finding of the user's rules in the store, by row, then by kind; and then with the
+// joined lines of `bytes`, which are the file's. Throws std::bad_alloc.
+void useFileFindings(const RuleManager& store, std::string_view bytes, const FileSearch& search,
+    const std::function<void(const FileFinding&)>& use);
+
+} // namespace quorvane
