@@ -51,8 +51,8 @@ std::string onlySeconds(const std::string& text)
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
     makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeImportCommand,
     makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand, makeRedoCommand,
-    makeCheckCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand, makeCodesignCommand,
-    makeDigestCommand, makeCompletionCommand};
+    makeCheckCommand, makeReportCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand,
+    makeCodesignCommand, makeDigestCommand, makeCompletionCommand};
 
 // True for "-w" and the like, which the parser would take for options.
 bool areOperationsToRemove(std::string_view text)

@@ -49,6 +49,8 @@ std::unique_ptr<Command> makeRescueCommand();
 std::unique_ptr<Command> makeCodesignCommand();
 // Prints the digests of files, of all that can be read.
 std::unique_ptr<Command> makeDigestCommand();
+// Writes a page of map, problems and rules.
+std::unique_ptr<Command> makeReportCommand();
 // Prints the completion script of a shell.
 std::unique_ptr<Command> makeCompletionCommand();
 

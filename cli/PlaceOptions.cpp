@@ -18,6 +18,13 @@ void PlaceOptions::addTo(CLI::App& command)
     command.add_flag("--no-target", m_isNowhere, "Look no program and no path up")->excludes(target);
 }
 
+std::string PlaceOptions::sentence() const
+{
+    if (m_isNowhere)
+        return "No program and no path was looked up.";
+    return "Programs and paths were looked up " + (m_target ? "below " + *m_target : "on this machine") + ".";
+}
+
 std::optional<RulesPlace> PlaceOptions::open() const
 {
     if (m_isNowhere)

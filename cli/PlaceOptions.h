@@ -18,6 +18,9 @@ public:
 
     bool isNowhere() const { return m_isNowhere; }
 
+    // What a reader is told of it.
+    std::string sentence() const;
+
     // The place; none, after a complaint, when the target is no folder.
     std::optional<RulesPlace> open() const;
 

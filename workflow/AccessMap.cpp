@@ -1,0 +1,90 @@
+#include "workflow/AccessMap.h"
+
+#include "rules/PathCover.h"
+#include "rules/RuleCodes.h"
+
+#include <string_view>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+using Kind = MappedFolder::Kind;
+using Place = std::pair<Kind, std::string>;
+
+template <class Fields> Place placeOf(const Fields& rule)
+{
+    if (isEveryPath(rule.path))
+        return {Kind::everyPath, {}};
+    if (rule.policyType == PolicyType::suffix)
+        return {Kind::byEnding, {}};
+    const std::string_view path = rule.path.view();
+    const bool isFile = path.starts_with("/") || path.starts_with("~/");
+    const std::size_t slash = isFile ? path.rfind('/') : path.find('/');
+    const std::string_view folder = path.substr(0, slash == std::string_view::npos ? slash : slash + 1);
+    return {isFile ? Kind::folder : Kind::other, std::string(folder)};
+}
+
+// Deliberate: the property of a watch rule says 0, as its kind alone tells its class.
+std::int32_t classOf(const PolicyRule& rule)
+{
+    return rule.fields().policyClass;
+}
+std::int32_t classOf(const WatchRule&)
+{
+    return PolicyClass::watch;
+}
+
+void count(AccessCounts& counts, std::int32_t policyClass)
+{
+    if (policyClass == PolicyClass::allow)
+        ++counts.allow;
+    else if (policyClass == PolicyClass::deny)
+        ++counts.deny;
+    else
+        ++counts.watch;
+}
+
+// Sets how many of the folders before it hold each. They are sorted, so these are on the way to it.
+void setDepths(std::vector<MappedFolder>& folders)
+{
+    std::vector<const MappedFolder*> holders;
+    for (MappedFolder& folder : folders) {
+        const auto holds = [&folder](const MappedFolder& other) {
+            return other.kind == Kind::folder && folder.kind == Kind::folder
+                && folder.path.starts_with(other.path);
+        };
+        while (!holders.empty() && !holds(*holders.back()))
+            holders.pop_back();
+        folder.depth = holders.size();
+        holders.push_back(&folder);
+    }
+}
+
+} // namespace
+
+std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules)
+{
+    std::map<Place, MappedFolder> found;
+    for (const RuleRef& rule : rules) {
+        askRule(rule, [&found](const auto& record) {
+            const std::int32_t policyClass = classOf(record);
+            if (policyClass == unknownCode)
+                return;
+            Place place = placeOf(record.fields());
+            MappedFolder& folder
+                = found.try_emplace(place, MappedFolder{place.first, place.second, 0, {}, {}}).first->second;
+            count(folder.counts, policyClass);
+            ++folder.programs[std::string(record.fields().processName.view())];
+        });
+    }
+    std::vector<MappedFolder> folders;
+    folders.reserve(found.size());
+    for (auto& [place, folder] : found)
+        folders.push_back(std::move(folder));
+    setDepths(folders);
+    return folders;
+}
+
+} // namespace quorvane
