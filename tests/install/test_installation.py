@@ -21,11 +21,14 @@ FILES = [
     "share/man/man1/quorvane-configuration.1",
     "share/man/man1/quorvanectl.1",
     "share/man/man5/quorvane-rules.5",
+    "share/man/man7/quorvane-cookbook.7",
     "share/mime/packages/quorvane-rules.xml",
     "share/polkit-1/actions/vantreal.quorvane.policy",
     "share/polkit-1/rules.d/20-vantreal-quorvane.rules",
     "share/quorvane-configuration/Quorvane User Guide.pdf",
     "share/quorvane-configuration/lock.png",
+    *(f"share/quorvane-tools/schema/{name}.json" for name in (
+        "apply", "check", "codesign", "diff", "history", "import", "list", "options", "rescue", "summary")),
     "share/zsh/vendor-completions/_quorvanectl",
 ]
 
