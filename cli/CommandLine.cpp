@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -151,9 +152,14 @@ int runCommandLine(int argumentCount, const char* const* arguments)
             return ExitStatus::usage;
         }
     }
-    Program program;
-    const auto status = program.parse(argumentCount, arguments);
-    return status ? *status : program.run();
+    try {
+        Program program;
+        const auto status = program.parse(argumentCount, arguments);
+        return status ? *status : program.run();
+    } catch (const std::bad_alloc&) {
+        complain("out of memory");
+        return 1;
+    }
 }
 
 } // namespace quorvane

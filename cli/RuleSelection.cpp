@@ -5,6 +5,7 @@
 #include "workflow/ProgramSettings.h"
 #include "workflow/UserRulesFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -58,12 +59,18 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
     const auto& message = opened.store->lastErrorMessage();
     const auto missing = whyMissing(selection);
     const auto reason = missing ? missing : whyIncomplete(selection, *opened.store);
-    if (message)
+    const std::vector<std::string>& failures = opened.store->readFailures();
+    for (const std::string& failure : failures)
+        complain(failure);
+    const auto isComplainedOf = [&failures](const std::string& text) {
+        return std::find(failures.begin(), failures.end(), text) != failures.end();
+    };
+    if (message && !isComplainedOf(*message))
         complain(*message);
-    if (reason && reason != message)
+    if (reason && reason != message && !isComplainedOf(*reason))
         complain(*reason);
     const auto& unread = opened.store->unreadRules();
-    opened.hasFailed = message || missing || (unread && unread->isFailure);
+    opened.hasFailed = message || missing || !failures.empty() || (unread && unread->isFailure);
     opened.isComplete = !reason;
     opened.store->applyFilterWithString(selection.filter);
     opened.store->sortIndexUsingDescriptors(selection.sort);

@@ -1,8 +1,32 @@
 #include "cli/CommandLine.h"
+#include "cli/Output.h"
 #include "platform/StandardStreams.h"
+
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+namespace {
+
+// Memory may run out where no exception can be handled, as in a destructor of a library's.
+[[noreturn]] void endWithoutMemory()
+{
+    try {
+        if (std::current_exception())
+            std::rethrow_exception(std::current_exception());
+    } catch (const std::bad_alloc&) {
+        quorvane::complain("out of memory");
+        std::_Exit(1);
+    } catch (...) { // a fault of the program's own
+    }
+    std::abort();
+}
+
+} // namespace
 
 int main(int argumentCount, char** arguments)
 {
+    std::set_terminate(endWithoutMemory);
     quorvane::secureStandardStreams();
     return quorvane::runCommandLine(argumentCount, arguments);
 }

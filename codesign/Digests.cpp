@@ -4,6 +4,7 @@
 #include "codesign/Hasher.h"
 
 #include <initializer_list>
+#include <new>
 
 namespace quorvane {
 
@@ -23,7 +24,16 @@ std::string hexadecimal(ByteView bytes)
 
 std::string digest(HashAlgorithm algorithm, std::string_view buffer)
 {
-    return hexadecimal(hashOf(algorithm, ByteView(buffer.data(), buffer.size())).view());
+    const HashValue value = hashOf(algorithm, ByteView(buffer.data(), buffer.size()));
+    if (value.length == 0)
+        throw std::bad_alloc(); // nothing else makes a hash of bytes in memory fail
+    return hexadecimal(value.view());
+}
+
+std::optional<std::string> digestOf(Hasher& hasher)
+{
+    const HashValue value = hasher.finish();
+    return value.length == 0 ? std::nullopt : std::optional(hexadecimal(value.view()));
 }
 
 // Takes the whole file into the hashers; false when it cannot be read to its end.
@@ -40,8 +50,7 @@ bool hashFile(const std::string& path, const FileRoot& root, std::initializer_li
 std::optional<std::string> fileDigest(HashAlgorithm algorithm, const std::string& path, const FileRoot& root)
 {
     Hasher hasher(algorithm);
-    return hashFile(path, root, {&hasher}) ? std::optional(hexadecimal(hasher.finish().view()))
-                                           : std::nullopt;
+    return hashFile(path, root, {&hasher}) ? digestOf(hasher) : std::nullopt;
 }
 
 } // namespace
@@ -72,7 +81,9 @@ std::optional<FileDigests> digestsOfFile(const std::string& path)
     Hasher sha256Hasher(HashAlgorithm::sha256);
     if (!hashFile(path, {}, {&sha1Hasher, &sha256Hasher}))
         return std::nullopt;
-    return FileDigests{hexadecimal(sha1Hasher.finish().view()), hexadecimal(sha256Hasher.finish().view())};
+    const auto sha1 = digestOf(sha1Hasher);
+    const auto sha256 = digestOf(sha256Hasher);
+    return sha1 && sha256 ? std::optional(FileDigests{*sha1, *sha256}) : std::nullopt;
 }
 
 } // namespace quorvane

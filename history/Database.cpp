@@ -196,8 +196,9 @@ Transaction::~Transaction()
         return;
     try {
         m_database.execute("ROLLBACK");
-    } catch (const DatabaseError&) {
-        // Some failures have rolled back already; the next opening of the data base does the rest.
+    } catch (...) {
+        // Some failures have rolled back already; the next opening of the data base does the rest. There may
+        // be no memory for the error itself.
     }
 }
 

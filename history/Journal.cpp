@@ -121,7 +121,7 @@ bool Journal::openDatabase(Access access)
         reason = m_place.prepare();
     }
     if (reason) {
-        fail(*reason);
+        fail(reason->c_str());
         return false;
     }
     m_identity = m_place.databaseIdentity().value_or(0);
@@ -158,10 +158,14 @@ bool Journal::recoverFrom(const DatabaseError& error)
     return true;
 }
 
-void Journal::fail(const std::string& reason)
+void Journal::fail(const char* reason)
 {
-    m_problem = "The history of " + m_place.watchedFile() + " cannot be used: " + reason;
-    m_log.write(*m_problem);
+    try {
+        m_problem = "The history of " + m_place.watchedFile() + " cannot be used: " + reason;
+        m_log.write(*m_problem);
+    } catch (const std::bad_alloc&) {
+        m_problem.emplace("Out of memory"); // short enough to need none itself
+    }
 }
 
 std::optional<std::int64_t> Journal::begin(const NewVersion& version)
@@ -303,15 +307,16 @@ std::vector<JournalVersion> Journal::underWay()
     return all;
 }
 
-void Journal::noteLeft(std::string_view bytes) const
+bool Journal::noteLeft(std::string_view bytes)
 {
-    if (!m_place.noteLeft(contentDigest(bytes)))
-        m_log.write("what a failed write has left of " + m_place.watchedFile() + " could not be noted");
+    return attempt(
+        Access::read, [&](Database& /*database*/) { return m_place.noteLeft(contentDigest(bytes)); });
 }
 
-bool Journal::isLeft(std::string_view bytes) const
+bool Journal::isLeft(std::string_view bytes)
 {
-    return m_place.left() == contentDigest(bytes);
+    return attempt(
+        Access::read, [&](Database& /*database*/) { return m_place.left() == contentDigest(bytes); });
 }
 
 std::optional<std::string> Journal::bytesOf(std::int64_t number)
@@ -345,7 +350,7 @@ std::optional<std::string> Journal::contentOf(std::int64_t number, bool meant)
             transaction.commit();
             return true;
         });
-        fail("the contents of version " + std::to_string(number) + " are damaged");
+        fail(("the contents of version " + std::to_string(number) + " are damaged").c_str());
     }
     return bytes;
 }

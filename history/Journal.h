@@ -76,8 +76,8 @@ public:
 
     // Remembers, as well as that can be done, that the failed write of the version under way has left these
     // bytes in the file; and whether it has.
-    void noteLeft(std::string_view bytes) const;
-    bool isLeft(std::string_view bytes) const;
+    bool noteLeft(std::string_view bytes);
+    bool isLeft(std::string_view bytes);
 
     // The bytes of the file, and the rules as meant: the same bytes where they hold them. None for a version
     // that is unknown or whose contents are damaged; damaged contents are remembered as unreadable.
@@ -107,7 +107,7 @@ private:
     template <typename Work> auto attempt(Access access, Work work);
     bool openDatabase(Access access);
     bool recoverFrom(const DatabaseError& error);
-    void fail(const std::string& reason);
+    void fail(const char* reason);
     std::optional<std::int64_t> insert(const NewVersion& version, VersionState state);
     std::int64_t insertInto(Database& database, const NewVersion& version, VersionState state);
     void tidy();

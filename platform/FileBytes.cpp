@@ -40,10 +40,22 @@ std::size_t startOfLastCharacter(std::string_view text)
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize)
 {
-    std::error_code error;
+    std::error_code ignored;
+    return readSmallFile(path, largestSize, ignored);
+}
+
+std::optional<std::string> readSmallFile(
+    const std::string& path, std::size_t largestSize, std::error_code& error)
+{
     const FileDescriptor file = openRegularFile(path, O_RDONLY, error);
     struct stat status { };
-    if (!file || fstat(file.get(), &status) != 0 || static_cast<std::size_t>(status.st_size) > largestSize)
+    if (!file)
+        return std::nullopt;
+    if (fstat(file.get(), &status) != 0) {
+        error.assign(errno, std::generic_category());
+        return std::nullopt;
+    }
+    if (static_cast<std::size_t>(status.st_size) > largestSize)
         return std::nullopt;
     std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
     bytes.resize(readFully(file.get(), bytes.data(), bytes.size(), error));

@@ -4,12 +4,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace quorvane {
 
 // The contents of the regular file at `path`, links followed. None when it is missing, unreadable, not a
 // regular file or larger than `largestSize` bytes. Never blocks on a pipe or device.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize);
+// `error`: why it could not be opened or read, ENOENT included; none where it only is too large.
+std::optional<std::string> readSmallFile(
+    const std::string& path, std::size_t largestSize, std::error_code& error);
 
 // Replaces the contents of the regular file at `path`, in place, or makes the file. False when that failed,
 // which can leave it short. A symbolic link as last component of the path is refused; never blocks on a pipe

@@ -1,6 +1,7 @@
 #include "platform/Log.h"
 
 #include <cstdlib>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -17,6 +18,8 @@ Log::Log(std::vector<std::unique_ptr<LogSink>> sinks)
         return;
     try {
         m_thread = std::thread([this] { writeQueuedLines(); });
+    } catch (const std::bad_alloc&) {
+        writeNow("the log writes each line at once, having no thread");
     } catch (const std::system_error& error) {
         writeNow(std::string("the log writes each line at once, having no thread: ") + error.what());
     }
@@ -43,14 +46,24 @@ void Log::write(std::string line)
     }
     {
         const std::lock_guard lock(m_mutex);
-        if (m_queueSize + line.size() > s_largestQueue) {
+        if (!queue(std::move(line)))
             ++m_dropped;
-        } else {
-            m_queueSize += line.size();
-            m_queue.push_back(std::move(line));
-        }
     }
     m_queued.notify_one();
+}
+
+bool Log::queue(std::string line)
+{
+    const std::size_t size = line.size();
+    if (m_queueSize + size > s_largestQueue)
+        return false;
+    try {
+        m_queue.push_back(std::move(line));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    m_queueSize += size;
+    return true;
 }
 
 void Log::flush()
@@ -89,8 +102,12 @@ void Log::writeNow(const std::string& line)
 
 void Log::writeToSinks(const std::string& line)
 {
-    for (const auto& sink : m_sinks)
-        sink->writeLine(line);
+    for (const auto& sink : m_sinks) {
+        try {
+            sink->writeLine(line);
+        } catch (const std::bad_alloc&) { // what the line is about matters more than the line
+        }
+    }
 }
 
 namespace {

@@ -22,7 +22,7 @@ public:
 // Lines are queued and written by a thread of the log's own, so that a slow reader of the log never holds up
 // the caller. The queue is bounded: beyond it lines are counted and the count is logged in their place. Where
 // no thread can be had, lines are written by the caller, which the first one says. All operations are safe
-// from any thread and throw nothing but what running out of memory throws.
+// from any thread and throw nothing.
 class Log {
 public:
     // Starts the writing thread when there is any sink.
@@ -35,13 +35,15 @@ public:
     // False when no line would reach anybody. Callers ask before they put a line together in a loop.
     bool isListening() const { return !m_sinks.empty(); }
 
-    // Queues one line, given without its line end.
+    // Queues one line, given without its line end. Without memory for it, it counts as one that the queue had
+    // no room for.
     void write(std::string line);
 
     // Waits until everything queued so far has been written.
     void flush();
 
 private:
+    bool queue(std::string line);
     void writeQueuedLines();
     void writeNow(const std::string& line);
     void writeToSinks(const std::string& line);

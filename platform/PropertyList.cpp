@@ -48,7 +48,13 @@ PropertyList::PropertyList(PropertyValue root)
 
 std::optional<PropertyList> PropertyList::read(const std::string& path)
 {
-    const auto bytes = readSmallFile(path, largestPropertyList);
+    std::error_code ignored;
+    return read(path, ignored);
+}
+
+std::optional<PropertyList> PropertyList::read(const std::string& path, std::error_code& error)
+{
+    const auto bytes = readSmallFile(path, largestPropertyList, error);
     return bytes ? parse(*bytes) : std::nullopt;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace quorvane {
 
@@ -23,6 +24,8 @@ public:
     // None when the file is missing, unreadable, damaged, larger than is understood or has another root than
     // a dictionary.
     static std::optional<PropertyList> read(const std::string& path);
+    // `error`: why the file could not be opened or read, ENOENT included; none where it could be.
+    static std::optional<PropertyList> read(const std::string& path, std::error_code& error);
     static std::optional<PropertyList> parse(std::string_view bytes);
 
     // True for the boolean true, a number other than 0, and a string that begins (after blanks, a sign and

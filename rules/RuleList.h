@@ -128,6 +128,26 @@ public:
     }
     void append(const RulePtr& rule) { append(rule, identityHash(*rule)); }
 
+    // Stores prepared rules at once, in time that does not depend on where: `order` is what the list then
+    // holds, in stored order, those that are there already by their numbers, and each that comes by none.
+    struct Placed {
+        RulePtr rule;
+        std::uint32_t number = RowNumbers::none;
+    };
+    void insertAll(const std::vector<Placed>& order) noexcept
+    {
+        m_slots.clear();
+        m_numbers.clear();
+        for (const Placed& placed : order) {
+            const bool isNew = placed.number == RowNumbers::none;
+            m_numbers.push_back(isNew ? m_rowNumbers.add(placed.rule) : placed.number);
+            m_slots.push_back(placed.rule);
+            m_prepared -= isNew ? 1 : 0;
+        }
+        m_size = order.size();
+        slotsHaveMoved();
+    }
+
     // Leaves the slot, which must hold a rule, empty. May move rules to other slots.
     void removeAt(std::size_t slot) noexcept
     {

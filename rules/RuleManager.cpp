@@ -2,6 +2,7 @@
 
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
+#include "platform/SystemError.h"
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/FailSafeMerge.h"
@@ -17,6 +18,7 @@
 #include <memory>
 #include <new>
 #include <string_view>
+#include <system_error>
 
 namespace quorvane {
 
@@ -128,6 +130,7 @@ void RuleManager::reloadAs(const std::function<void()>& readUserRules)
     if (!hasRoom)
         return;
     m_filterOptions.clear();
+    m_readFailures.clear();
     const bool isRead = attempt([&] {
         readUserRules();
         loadOptions();
@@ -179,6 +182,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         if (contents.isTooLargeForMemory())
             m_log.write("failed to allocate buffer for " + file);
         m_lastErrorMessage = contents.errorMessage();
+        noteReadFailure(*m_lastErrorMessage);
         return false;
     }
     if (contents.isNothing()) {
@@ -279,7 +283,17 @@ WatchRulePtr RuleManager::recordFor(std::shared_ptr<WatchRuleFields> fields, std
 
 void RuleManager::readSettings()
 {
-    m_settings = PropertyList::read(m_locations.preferencesFile());
+    const std::string path = m_locations.preferencesFile();
+    std::error_code error;
+    m_settings = PropertyList::read(path, error);
+    if (error && error != std::errc::no_such_file_or_directory)
+        noteReadFailure("Failed to read file '" + path + "': " + errorText(error));
+}
+
+void RuleManager::noteReadFailure(const std::string& message)
+{
+    if (std::find(m_readFailures.begin(), m_readFailures.end(), message) == m_readFailures.end())
+        m_readFailures.push_back(message);
 }
 
 void RuleManager::loadOptions()
@@ -498,15 +512,13 @@ std::vector<RuleRef> RuleManager::allRules() const
 std::vector<RuleRef> RuleManager::userRules() const
 {
     std::vector<RuleRef> rules;
-    attempt([&] { m_store->forEachUserRule([&rules](const auto& rule) { rules.emplace_back(rule); }); });
+    m_store->forEachUserRule([&rules](const auto& rule) { rules.emplace_back(rule); });
     return rules;
 }
 
 RulesSnapshot RuleManager::userRulesSnapshot() const
 {
-    RulesSnapshot snapshot;
-    attempt([&] { snapshot = m_store->userRulesSnapshot(); });
-    return snapshot;
+    return m_store->userRulesSnapshot();
 }
 
 bool RuleManager::isStored(const RuleRef& rule) const

@@ -138,7 +138,8 @@ public:
 
     // All stored rules, whatever the filter, in the order that the rows have without sorting.
     std::vector<RuleRef> allRules() const;
-    // The user's rules in the order in which writeToFile() writes them.
+    // The user's rules in the order in which writeToFile() writes them. Throws std::bad_alloc, as does
+    // userRulesSnapshot(): fewer rules would be taken for removed ones.
     std::vector<RuleRef> userRules() const;
     // The same as they are now, for any thread.
     RulesSnapshot userRulesSnapshot() const;
@@ -151,6 +152,10 @@ public:
     // Why the last read or write failed; none when it did not.
     const std::optional<std::string>& lastErrorMessage() const { return m_lastErrorMessage; }
     void setLastErrorMessage(std::optional<std::string> message) { m_lastErrorMessage = std::move(message); }
+
+    // Why files could not be read, of all that make up the configuration or the one file of the store: its
+    // own, the preferences, the system's. Each once, in the order of reading.
+    const std::vector<std::string>& readFailures() const { return m_readFailures; }
 
     // Why rules of the store's own file, the user's or the one it was made of, are not in the store, so that
     // writing it back would lose them. None when all are, or when there is no file. Unlike lastErrorMessage()
@@ -180,6 +185,7 @@ private:
     void readSelectedSystemFiles();
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readSettings();
+    void noteReadFailure(const std::string& message);
     void storeParsedLine(ParsedLine& line, Reading& reading);
     void storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
     void storeParsedRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, Reading& reading);
@@ -197,6 +203,7 @@ private:
     std::optional<PropertyList> m_settings;
     std::int64_t m_ruleSequence = 0;
     mutable std::optional<std::string> m_lastErrorMessage;
+    std::vector<std::string> m_readFailures;
     std::vector<std::string> m_writeWarnings;
     std::optional<std::string> m_lastUnreadReason; // of the file read last
     std::optional<UnreadRules> m_unreadRules;

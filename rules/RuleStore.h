@@ -99,6 +99,7 @@ private:
     template <class Rule> bool removeAt(RuleList<Rule>& rules, std::size_t slot);
     Plan planOf(const ChangeSet& changes);
     void perform(Plan& plan) noexcept;
+    void addManyAtOnce(Plan& plan) noexcept;
     AnyList listFor(const RuleValue& value);
     std::optional<AnyList> listOf(const RuleRef& rule);
     RuleList<PolicyRule>* listOf(const PolicyRule& rule);

@@ -3,7 +3,9 @@
 #include "rules/ApplicationIdentity.h"
 
 #include <algorithm>
+#include <map>
 #include <new>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -12,11 +14,6 @@
 namespace quorvane {
 
 namespace {
-
-const void* recordIn(const RuleRef& rule)
-{
-    return askRule(rule, [](const auto& record) -> const void* { return &record; });
-}
 
 // The slot for a rule that is added at that place; the end where its neighbour is gone.
 template <class Rule> std::size_t slotFor(const RuleList<Rule>& list, const ChangeSet::Place& place)
@@ -31,6 +28,62 @@ template <class Rule> std::size_t slotFor(const RuleList<Rule>& list, const Chan
     }
     return list.slots().size();
 }
+
+// The order of a list while many rules are added, each at its place in constant time. The operations throw
+// std::bad_alloc, nothing else does.
+template <class Rule> class GrowingOrder {
+public:
+    using Placed = typename RuleList<Rule>::Placed;
+
+    explicit GrowingOrder(const RuleList<Rule>& list)
+    {
+        for (std::size_t slot = 0; slot < list.slots().size(); ++slot) {
+            if (list.slots()[slot])
+                insertBehind(m_last, {list.slots()[slot], list.numbers()[slot]});
+        }
+    }
+
+    void add(const std::shared_ptr<Rule>& rule, const ChangeSet::Place& place)
+    {
+        std::size_t neighbour = m_last;
+        if (place.kind == ChangeSet::Place::start)
+            neighbour = head;
+        else if (const auto found = place.kind == ChangeSet::Place::behind && place.rule
+                     ? m_nodes.find(addressOf(*place.rule))
+                     : m_nodes.end();
+                 found != m_nodes.end())
+            neighbour = found->second;
+        insertBehind(neighbour, {rule});
+    }
+
+    std::vector<Placed> inOrder() const
+    {
+        std::vector<Placed> order;
+        order.reserve(m_rules.size());
+        for (std::size_t node = m_next[head]; node != head; node = m_next[node])
+            order.push_back(m_rules[node - 1]);
+        return order;
+    }
+
+private:
+    static constexpr std::size_t head = 0; // before the first and behind the last; rule n is node n + 1
+
+    void insertBehind(std::size_t neighbour, Placed placed)
+    {
+        m_nodes.emplace(placed.rule.get(), m_next.size());
+        m_rules.push_back(std::move(placed));
+        const std::size_t node = m_next.size();
+        m_next.push_back(m_next[neighbour]);
+        m_next[neighbour] = node;
+        if (neighbour == m_last)
+            m_last = node;
+    }
+
+    std::vector<Placed> m_rules;
+    std::vector<std::size_t> m_next{head};
+    std::size_t m_last = head;
+    std::unordered_map<const void*, std::size_t> m_nodes;
+};
 
 // Calls `use` with a list and a record of its kind.
 template <class AnyList, class Use> void withList(const AnyList& anyList, const RuleRef& rule, const Use& use)
@@ -48,6 +101,7 @@ struct RuleStore::Plan {
     ChangeSet changes;
     std::vector<AnyList> removedFrom;
     std::vector<AnyList> addedTo;
+    std::vector<bool> isAdded;
 };
 
 // First everything is decided and gets its memory, then everything is done, which needs none.
@@ -81,20 +135,20 @@ RuleStore::Plan RuleStore::planOf(const ChangeSet& changes)
     std::unordered_set<const void*> removed;
     std::unordered_map<const void*, std::size_t> added; // by record: its number among the additions
     const auto add = [&](const ChangeSet::Addition& addition) {
-        added.emplace(recordIn(addition.rule), plan.changes.added.size());
+        added.emplace(addressOf(addition.rule), plan.changes.added.size());
         plan.changes.added.push_back(addition);
     };
     const auto staysStored
-        = [&](const RuleRef& rule) { return !removed.contains(recordIn(rule)) && listOf(rule); };
+        = [&](const RuleRef& rule) { return !removed.contains(addressOf(rule)) && listOf(rule); };
     for (const ChangeSet::Removal& removal : changes.removed) {
         const auto list = listOf(removal.rule);
-        if (!list || !removed.insert(recordIn(removal.rule)).second)
+        if (!list || !removed.insert(addressOf(removal.rule)).second)
             continue;
         plan.removedFrom.push_back(*list);
         plan.changes.removed.push_back({removal.rule});
     }
     for (const ChangeSet::Change& change : changes.changed) {
-        if (const auto known = added.find(recordIn(change.rule)); known != added.end())
+        if (const auto known = added.find(addressOf(change.rule)); known != added.end())
             plan.changes.added[known->second].value = change.after;
         else if (staysStored(change.rule))
             plan.changes.changed.push_back({change.rule, {}, change.after});
@@ -102,10 +156,11 @@ RuleStore::Plan RuleStore::planOf(const ChangeSet& changes)
             add({change.rule, change.after});
     }
     for (const ChangeSet::Addition& addition : changes.added) {
-        if (!added.contains(recordIn(addition.rule)) && !staysStored(addition.rule))
+        if (!added.contains(addressOf(addition.rule)) && !staysStored(addition.rule))
             add(addition);
     }
     plan.addedTo.reserve(plan.changes.added.size());
+    plan.isAdded.resize(plan.changes.added.size());
     return plan;
 }
 
@@ -127,12 +182,46 @@ void RuleStore::perform(Plan& plan) noexcept
         change.before = valueOf(change.rule);
         setValue(change.rule, change.after);
     }
-    for (std::size_t number = 0; number < plan.changes.added.size(); ++number) {
-        const ChangeSet::Addition& addition = plan.changes.added[number];
+    for (const ChangeSet::Addition& addition : plan.changes.added)
         setValue(addition.rule, addition.value);
+    addManyAtOnce(plan);
+    for (std::size_t number = 0; number < plan.changes.added.size(); ++number) {
+        if (plan.isAdded[number])
+            continue;
+        const ChangeSet::Addition& addition = plan.changes.added[number];
         withList(plan.addedTo[number], addition.rule, [&](auto& list, const auto& rule) {
             list.insert(slotFor(list, addition.place), rule, identityHash(*rule));
         });
+    }
+}
+
+// Each rule that is put between others moves all that follow, so that many of one list take their places at
+// once. Where there is no memory for that, they are left to come one by one.
+void RuleStore::addManyAtOnce(Plan& plan) noexcept
+{
+    constexpr std::size_t many = 1000;
+    if (plan.addedTo.size() < many)
+        return;
+    try {
+        std::map<AnyList, std::vector<std::size_t>> numbers; // of the additions, by list
+        for (std::size_t number = 0; number < plan.addedTo.size(); ++number)
+            numbers[plan.addedTo[number]].push_back(number);
+        for (const auto& [anyList, added] : numbers) {
+            if (added.size() < many)
+                continue;
+            withList(anyList, plan.changes.added[added.front()].rule, [&](auto& list, const auto& first) {
+                GrowingOrder order(list);
+                for (const std::size_t number : added) {
+                    const ChangeSet::Addition& addition = plan.changes.added[number];
+                    order.add(std::get<std::decay_t<decltype(first)>>(addition.rule), addition.place);
+                }
+                list.insertAll(order.inOrder());
+            });
+            for (const std::size_t number : added)
+                plan.isAdded[number] = true;
+        }
+    } catch (const std::bad_alloc&) {
+        return;
     }
 }
 

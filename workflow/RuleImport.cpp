@@ -39,6 +39,7 @@ void RuleImport::begin(const std::string& path)
     m_importedRules = 0;
     m_addedRules = 0;
     m_constraints.clear();
+    m_hadRoom = true;
 }
 
 RuleRef RuleImport::importRule(const RuleRef& rule)
@@ -57,8 +58,7 @@ WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
         fields.tag = m_tag;
     auto imported = std::make_shared<WatchRule>(std::move(fields));
     if (!m_store.firstEqualRule(*imported)) {
-        m_store.appendWatchRule(imported);
-        noteAdded(imported);
+        noteAdded(imported, m_store.appendWatchRule(imported));
     }
     return imported;
 }
@@ -75,14 +75,16 @@ PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
     }
     auto imported = std::make_shared<PolicyRule>(std::move(fields));
     if (!m_store.hasEqualPolicyRule(*imported)) {
-        m_store.addPolicyRule(imported);
-        noteAdded(imported);
+        noteAdded(imported, m_store.addPolicyRule(imported));
     }
     return imported;
 }
 
-void RuleImport::noteAdded(const RuleRef& rule)
+void RuleImport::noteAdded(const RuleRef& rule, bool hadRoom)
 {
+    m_hadRoom = m_hadRoom && hadRoom;
+    if (!hadRoom)
+        return;
     m_done.added.push_back({rule, valueOf(rule), {}});
     ++m_addedRules;
 }
@@ -98,9 +100,12 @@ const NullableText& RuleImport::constraintOfProgram(const std::string& path)
 ImportResult RuleImport::didFinishImportingRules()
 {
     m_constraints.clear();
-    m_document.commit(std::exchange(m_done, {}), {m_action});
-    m_document.waitUntilWritten();
-    const std::optional<std::string> writeFailure = m_document.failure();
+    std::optional<std::string> writeFailure = "Out of memory";
+    if (m_hadRoom) {
+        m_document.commit(std::exchange(m_done, {}), {m_action});
+        m_document.waitUntilWritten();
+        writeFailure = m_document.failure();
+    }
     // A file that was not written whole is not read again: the rules are nowhere but in memory.
     if (!writeFailure) {
         m_document.reload();

@@ -44,6 +44,7 @@ public:
 
     // Writes the user's file, reads it again and deletes the fail-safe file, whether or not there was a rule.
     // When writing fails, the store keeps its rules, those imported among them, and the fail-safe file stays.
+    // Without memory for all rules none is written.
     ImportResult didFinishImportingRules();
 
     // What was done to the store since the import began and is not written yet.
@@ -55,7 +56,7 @@ public:
     std::int32_t addedRules() const { return m_addedRules; }
 
 private:
-    void noteAdded(const RuleRef& rule);
+    void noteAdded(const RuleRef& rule, bool hadRoom);
     WatchRulePtr importWatchRule(const WatchRule& rule);
     PolicyRulePtr importPolicyRule(const PolicyRule& rule);
     const NullableText& constraintOfProgram(const std::string& path);
@@ -64,6 +65,7 @@ private:
     RuleManager& m_store;
     ProgramFacts& m_facts;
     ChangeSet m_done; // since the import began
+    bool m_hadRoom = true; // memory for all rules
     std::string m_action; // as the history names it
     std::string m_currentImportTag;
     NullableText m_tag = ""; // the same, shared by the rules

@@ -12,12 +12,15 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
 namespace quorvane {
 
 namespace {
+
+constexpr const char* outOfMemory = "Out of memory"; // short enough for texts that need none
 
 // Beyond this number of rules a write is worth a thread: below, it takes some ten milliseconds.
 constexpr std::size_t mostWrittenAtOnce = 20'000;
@@ -95,9 +98,35 @@ ChangeCounts RulesDocument::countsOf(const ChangeSet& done) const
 
 ChangeResult RulesDocument::perform(const ChangeSet& change, const ChangeReason& reason)
 {
-    begin();
-    markChanged();
-    return commit(m_store.apply(change), reason);
+    ChangeResult result;
+    attempt([&] {
+        begin();
+        markChanged();
+        result = commit(applied(change), reason);
+    });
+    result.failure = m_failure;
+    return result;
+}
+
+// The store does all of it or, without memory, nothing.
+ChangeSet RulesDocument::applied(const ChangeSet& change)
+{
+    ChangeSet done = m_store.apply(change);
+    if (done.isEmpty() && !change.isEmpty() && m_store.lastErrorMessage() == outOfMemory)
+        throw std::bad_alloc();
+    return done;
+}
+
+// False, and the failure says so, when `work` has run out of memory.
+template <class Work> bool RulesDocument::attempt(Work work)
+{
+    try {
+        work();
+        return true;
+    } catch (const std::bad_alloc&) {
+        fail(outOfMemory);
+        return false;
+    }
 }
 
 void RulesDocument::begin()
@@ -110,10 +139,13 @@ void RulesDocument::begin()
 
 ChangeResult RulesDocument::commit(ChangeSet done, const ChangeReason& reason)
 {
-    begin();
-    rememberStep(done, reason);
-    m_orders.push_back(orderFor(countsOf(done), reason));
-    pump();
+    m_lacksOrder = !attempt([&] {
+        begin();
+        rememberStep(done, reason);
+        m_orders.push_back(orderFor(countsOf(done), reason));
+    });
+    if (!m_lacksOrder)
+        pump();
     return {std::move(done), m_failure};
 }
 
@@ -134,10 +166,17 @@ WriteOrder RulesDocument::orderFor(const ChangeCounts& counts, const ChangeReaso
 
 void RulesDocument::pump()
 {
-    if (m_isWriting || m_orders.empty())
+    attempt([this] { startWriting(); });
+}
+
+void RulesDocument::startWriting()
+{
+    if (m_isWriting)
         return;
     if (m_failure)
         joinOrders();
+    if (m_orders.empty())
+        return;
     FileLock lock
         = m_file.lock(m_owner.background == nullptr ? m_owner.lockTimeout : std::chrono::seconds(0));
     if (!lock.isHeldByAnother() || m_owner.background == nullptr) {
@@ -203,9 +242,6 @@ void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std:
     if (theirs.unreadReason() && !inForce)
         return;
     m_hasToldOfFile = false;
-    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
-    if (!theirs.unreadReason())
-        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
     if (inForce) {
         mergeWith(*inForce);
     } else if (theirs.identity() && theirs.identity()->isMissing()) {
@@ -214,6 +250,10 @@ void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std:
     } else {
         mergeWith(rulesOfText(theirs.text()));
     }
+    // Once they are in the store, lest they are taken for known where there was no memory for them.
+    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
+    if (!theirs.unreadReason())
+        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
 }
 
 void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
@@ -222,7 +262,7 @@ void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
     const std::vector<RuleValue> base
         = m_rulesInFile ? valuesOf(*m_rulesInFile) : valuesOf(m_store.userRulesSnapshot());
     const MergeResult merged = mergeRules(base, valuesOf(m_store.userRulesSnapshot()), theirs);
-    const ChangeSet done = m_store.apply(changeTo(merged, ours));
+    const ChangeSet done = applied(changeTo(merged, ours));
     if (m_observer != nullptr)
         m_observer->rulesWereMerged(done);
     tellOfMerge(done, merged.reports);
@@ -234,6 +274,9 @@ void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
 // One write for all that is not written yet, of the rules as they are now.
 void RulesDocument::joinOrders()
 {
+    if (m_lacksOrder)
+        m_orders.push_back(orderFor({}, {.action = "Change Rules"}));
+    m_lacksOrder = false;
     if (m_orders.empty())
         return;
     WriteOrder order = m_orders.back();
@@ -301,8 +344,15 @@ void RulesDocument::fail(const std::string& message)
 
 void RulesDocument::writeNow()
 {
-    joinOrders();
-    pump();
+    if (m_isWriting)
+        return; // the first order is being carried out
+    attempt([this] {
+        joinOrders();
+        if (m_orders.empty())
+            m_failure.reset(); // what failed has left nothing to write
+        startWriting();
+    });
+    tellOfFile();
 }
 
 void RulesDocument::waitUntilWritten()
@@ -320,9 +370,10 @@ bool RulesDocument::isFileAhead() const
 
 void RulesDocument::recover()
 {
-    if (!m_file.mayBeUnderWay())
-        return;
-    settleVersions(m_owner.lockTimeout);
+    attempt([this] {
+        if (m_file.mayBeUnderWay())
+            settleVersions(m_owner.lockTimeout);
+    });
 }
 
 // False when another program holds the lock: then it may be at work on that very version.
@@ -345,6 +396,11 @@ bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
 }
 
 void RulesDocument::takeForeignChanges()
+{
+    attempt([this] { takeFileOver(); });
+}
+
+void RulesDocument::takeFileOver()
 {
     if (m_isWriting || !isFileAhead())
         return; // what is being written is compared before the next write
@@ -419,12 +475,16 @@ void RulesDocument::forgetSteps()
 
 bool RulesDocument::undo()
 {
-    return step(ChangeReason::Kind::undo);
+    bool isDone = false;
+    attempt([&] { isDone = step(ChangeReason::Kind::undo); });
+    return isDone;
 }
 
 bool RulesDocument::redo()
 {
-    return step(ChangeReason::Kind::redo);
+    bool isDone = false;
+    attempt([&] { isDone = step(ChangeReason::Kind::redo); });
+    return isDone;
 }
 
 bool RulesDocument::step(ChangeReason::Kind kind)
@@ -602,10 +662,22 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
         return;
     }
     m_isWriting = true;
-    m_owner.background->run(std::move(work), [this, then = std::move(then)] {
+    auto hasRoom = std::make_shared<bool>(true);
+    const auto workWithRoom = [hasRoom, work = std::move(work)] {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            *hasRoom = false;
+        }
+    };
+    m_owner.background->run(workWithRoom, [this, hasRoom, then = std::move(then)] {
         m_isWriting = false;
-        then();
-        pump();
+        attempt([&] {
+            then();
+            if (!*hasRoom)
+                throw std::bad_alloc();
+            startWriting();
+        });
         tellOfFile();
     });
     tellOfFile();

@@ -113,7 +113,7 @@ public:
     void waitUntilWritten();
     bool isWriting() const { return m_isWriting; }
     // True when the store holds what the file does not.
-    bool hasUnwrittenChanges() const { return !m_orders.empty(); }
+    bool hasUnwrittenChanges() const { return !m_orders.empty() || m_lacksOrder; }
     // Why the last write failed; none after one that succeeded.
     const std::optional<std::string>& failure() const { return m_failure; }
 
@@ -131,7 +131,10 @@ private:
 
     WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
     ChangeCounts countsOf(const ChangeSet& done) const;
+    template <class Work> bool attempt(Work work);
+    ChangeSet applied(const ChangeSet& change);
     void pump();
+    void startWriting();
     void continueWith(FileLock lock);
     void writeInBackground(FileLock lock);
     void finish(const WriteReport& report);
@@ -143,6 +146,7 @@ private:
     bool settleVersions(std::chrono::milliseconds wait);
     void takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce);
     void mergeWith(const std::vector<RuleValue>& theirs);
+    void takeFileOver();
     void noteFileRead();
     void takeRestored();
     void tellOfReload(const std::vector<RuleRef>& before);
@@ -169,6 +173,7 @@ private:
     std::uint64_t m_knownReading = 0; // of the store, by which it was read
     std::optional<RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be under way
+    bool m_lacksOrder = false; // there was no memory for that of a change
     bool m_isWriting = false;
     std::optional<std::string> m_failure;
 

@@ -324,7 +324,7 @@ WriteReport UserRulesFile::write(const WriteOrder& order, FileLock& lock)
     try {
         writeTo(report, order, lock);
     } catch (const std::bad_alloc&) {
-        report.message = "Internal error: unable to allocate memory";
+        report.message.emplace("Out of memory"); // short enough to need none itself
     }
     return report;
 }

@@ -1,4 +1,5 @@
 import hashlib
+import os
 import time
 
 from quorvanectl import CommandTest
@@ -255,3 +256,15 @@ class Table(CommandTest):
         self.sandbox.write_user('allow prefix "/a\x1b[31m\tb" "any" r "t\x07"')
         out = self.succeed("list").out
         self.assertNotRegex(out, rb"[\x00-\x09\x0b-\x1f\x7f]")
+
+    def test_every_file_that_cannot_be_read_is_reported_whatever_is_read_after_it(self):
+        self.sandbox.write_user("allow prefix /u any r")
+        self.sandbox.write_system("user.rc", "allow prefix /s any r")
+        for unreadable in (self.sandbox.system_file("quorvane.rc"), self.sandbox.preferences_file):
+            with self.subTest(unreadable):
+                os.mkdir(unreadable)
+                result = self.fail_with(1, "list", "--system")
+                self.assertEqual(result.err.count(unreadable), 1, result.err)
+                self.assertIn(b"/u", result.out)
+                self.assertIn(b"/s", result.out)
+                os.rmdir(unreadable)

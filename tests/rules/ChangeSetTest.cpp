@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace quorvane {
 
 namespace {
@@ -126,6 +129,71 @@ TEST(ChangeSet, ARuleThatWasEditedInPlaceIsFoundInItsFormerGroup)
     changes.removed.push_back({rule});
     EXPECT_EQ(store->apply(changes).removed.size(), 1U);
     EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/b1"}));
+}
+
+// More than a thousand of one list take their places at once, each fewer one by one.
+TEST(ChangeSet, ManyRulesComeToTheSamePlacesTogetherAsOneByOne)
+{
+    const StoreSandbox sandbox;
+    std::string text = "watch prefix \"/w1\" \"/bin/w\" r\n";
+    for (int rule = 0; rule < 5000; ++rule)
+        text += "allow prefix \"/" + std::to_string(rule) + "\" \"/bin/" + (rule % 7 < 4 ? "a" : "b")
+            + "\" r\n";
+    const auto together = sandbox.storeOf(text);
+    const auto oneByOne = sandbox.storeOf(text);
+    const std::string before = rowsAsText(*together, true);
+    const auto undone = [](RuleManager& store, std::size_t atOnce) {
+        std::mt19937 random(7);
+        ChangeSet changes;
+        for (const RuleRef& rule : store.userRules()) {
+            if (random() % 10 < 7)
+                changes.removed.push_back({rule});
+        }
+        const ChangeSet inverse = store.apply(changes).inverted();
+        for (std::size_t from = 0; from < inverse.added.size(); from += atOnce) {
+            ChangeSet part;
+            part.added.assign(inverse.added.begin() + static_cast<std::ptrdiff_t>(from),
+                inverse.added.begin()
+                    + static_cast<std::ptrdiff_t>(std::min(from + atOnce, inverse.added.size())));
+            EXPECT_EQ(store.apply(part).added.size(), part.added.size());
+        }
+        return rowsAsText(store, true);
+    };
+    EXPECT_EQ(undone(*together, 10'000), before);
+    EXPECT_EQ(undone(*oneByOne, 100), before);
+    const RuleRef equal = together->userRules().back();
+    EXPECT_EQ(*together->firstEqualRule(equal, {}), equal);
+}
+
+TEST(ChangeSet, ManyAdditionsBehindEachOtherAtTheStartAndAtTheEndKeepTheirOrder)
+{
+    const StoreSandbox sandbox;
+    const auto store
+        = sandbox.storeOf("watch prefix \"/a\" \"/bin/w\" r\nwatch prefix \"/b\" \"/bin/w\" r\n");
+    const auto newRule = [](const std::string& path) {
+        return std::make_shared<WatchRule>(
+            WatchRuleFields{.path = path, .processName = "/bin/w", .operations = 1});
+    };
+    ChangeSet changes;
+    Paths expected;
+    RuleRef last = store->userRules().front();
+    for (int rule = 0; rule < 600; ++rule) {
+        const RuleRef behind = newRule("/behind" + std::to_string(rule));
+        const RuleRef start = newRule("/start" + std::to_string(rule));
+        changes.added.push_back({behind, valueOf(behind), {ChangeSet::Place::behind, last}});
+        changes.added.push_back({start, valueOf(start), {ChangeSet::Place::start, {}}});
+        last = behind;
+    }
+    const RuleRef end = newRule("/end");
+    changes.added.push_back({end, valueOf(end)});
+    store->apply(changes);
+    for (int rule = 599; rule >= 0; --rule)
+        expected.push_back("/start" + std::to_string(rule));
+    expected.emplace_back("/a");
+    for (int rule = 0; rule < 600; ++rule)
+        expected.push_back("/behind" + std::to_string(rule));
+    expected.insert(expected.end(), {"/b", "/end"});
+    EXPECT_EQ(rowPaths(*store), expected);
 }
 
 TEST(ChangeSet, ASnapshotKeepsTheValuesOfItsMoment)

@@ -3,11 +3,12 @@
 import json
 import os
 import shutil
+import subprocess
 
 import faults
 from sandbox import Sandbox, read
 
-ALLOWED = "allow prefix {} /bin/sh r \"\" \"\" 0"
+CONTENTS = os.path.join(faults.BIN, "journal_contents")
 
 
 class Scene:
@@ -33,8 +34,9 @@ class Scene:
             shutil.rmtree(self.sandbox.path(name))
             shutil.copytree(os.path.join(self._kept, name), self.sandbox.path(name), symlinks=True)
 
-    def run(self, *arguments, fault="", **more):
-        return faults.run([faults.PROGRAM, *arguments], self.environment, fault, **more)
+    def run(self, *arguments, fault="", prefix=(), **more):
+        """`prefix`: the program, with its arguments, that is to start the command."""
+        return faults.run([*prefix, faults.PROGRAM, *arguments], self.environment, fault, **more)
 
     def rules(self):
         """What is in force: the rules as `list` has them, without their places."""
@@ -54,3 +56,17 @@ class Scene:
         """Every file of the user's, with its bytes."""
         return {os.path.join(folder, name): read(os.path.join(folder, name))
                 for top in (self.sandbox.root, self.sandbox.home) for folder, _, names in os.walk(top) for name in names}
+
+
+def journal_versions(test, scene):
+    """The versions in the journal, oldest first, and the folder where their contents are; each is what it says it is, and
+    the newest is the file."""
+    out = scene.sandbox.path("versions")
+    os.makedirs(out, exist_ok=True)
+    folder = os.path.join(scene.sandbox.home, ".local/state/quorvane")
+    done = subprocess.run([CONTENTS, folder, scene.sandbox.user_file, out], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, check=False)
+    test.assertEqual((done.returncode, done.stderr), (0, b""))
+    versions = [json.loads(line) for line in done.stdout.splitlines()]
+    test.assertEqual(read(os.path.join(out, f"{versions[-1]['number']}.bytes")), scene.content())
+    return versions, out

@@ -7,7 +7,8 @@
 // QUORVANE_CALL_COUNTS: a file of `callCount` 64-bit numbers, into which the calls of each kind are counted,
 // up to the very call that kills.
 //
-// Calls that the C library makes by itself, as in fopen(), are not seen.
+// Calls that the C library makes by itself, as in fopen(), are not seen. Memory is only watched once main()
+// has begun, and not that of libcrypto, which ends the program where its own set-up runs out of it.
 
 #include <array>
 #include <atomic>
@@ -150,6 +151,18 @@ Fault faultOf(Call call)
     if (order.fault == Fault::kill)
         syscall(SYS_kill, getpid(), SIGKILL);
     return order.fault;
+}
+
+bool hasBegun = false; // main()
+
+[[maybe_unused]] bool memoryFails(const void* caller)
+{
+    if (!hasBegun)
+        return false;
+    Dl_info library{};
+    if (dladdr(caller, &library) != 0 && std::strstr(library.dli_fname, "libcrypto") != nullptr)
+        return false;
+    return faultOf(Call::allocate) == Fault::error;
 }
 
 // The function that the program would have called without this library.
@@ -336,21 +349,39 @@ QUORVANE_WHOLE(map, void*, mmap64, MAP_FAILED,
 
 // Under the address sanitizer memory is its own to give.
 #ifndef QUORVANE_SANITIZED
+using Main = int (*)(int, char**, char**);
+Main programsMain = nullptr;
+
+int beginMain(int argumentCount, char** arguments, char** environment)
+{
+    hasBegun = true;
+    return programsMain(argumentCount, arguments, environment);
+}
+
+int __libc_start_main(Main main, int argumentCount, char** arguments, void (*init)(), void (*fini)(),
+    void (*loaderFini)(), void* stackEnd)
+{
+    using Start = int (*)(Main, int, char**, void (*)(), void (*)(), void (*)(), void*);
+    const auto start = reinterpret_cast<Start>(dlsym(RTLD_NEXT, "__libc_start_main"));
+    programsMain = main;
+    return start(beginMain, argumentCount, arguments, init, fini, loaderFini, stackEnd);
+}
+
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* memory, size_t size);
 
 void* malloc(size_t size) noexcept
 {
-    return faultOf(Call::allocate) == Fault::error ? nullptr : __libc_malloc(size);
+    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(size);
 }
 void* calloc(size_t count, size_t size) noexcept
 {
-    return faultOf(Call::allocate) == Fault::error ? nullptr : __libc_calloc(count, size);
+    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_calloc(count, size);
 }
 void* realloc(void* memory, size_t size) noexcept
 {
-    return faultOf(Call::allocate) == Fault::error ? nullptr : __libc_realloc(memory, size);
+    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_realloc(memory, size);
 }
 #endif
 
