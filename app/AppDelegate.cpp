@@ -29,13 +29,6 @@ constexpr std::chrono::seconds longestWait{10};
 constexpr const char* agentIdentifier = "vantreal.QuorvaneUserAgent";
 constexpr const char* authenticationReason = "verify authorization";
 
-void bringToFront(QWidget& window)
-{
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
-
 } // namespace
 
 AppDelegate::AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services)
@@ -51,8 +44,8 @@ void AppDelegate::setPreferencesOpener(std::function<QWidget*()> openPreferences
     m_openPreferencesWindow = std::move(openPreferencesWindow);
 }
 
-void AppDelegate::applicationDidFinishLaunching(
-    const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments)
+void AppDelegate::applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow,
+    const std::vector<std::string>& arguments, StartedBy starter)
 {
     if (m_terminating) { // while a window was made; a local event loop may have taken it for its own end
         terminate();
@@ -69,8 +62,16 @@ void AppDelegate::applicationDidFinishLaunching(
         mainWindow.close();
         showPreferencesWindow();
     }
-    if (!m_showPreferences)
+    if (!m_showPreferences && starter == StartedBy::person)
         bringToFront(mainWindow);
+}
+
+void AppDelegate::bringToFront(QWidget& window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
 }
 
 void AppDelegate::applicationWillTerminate()

@@ -42,13 +42,19 @@ public:
     // before the preferences are asked for.
     void setPreferencesOpener(std::function<QWidget*()> openPreferencesWindow);
 
+    // Who has started the program: a person, or the session bus, which is about to say what for.
+    enum class StartedBy { person, bus };
+
     // To be called when the event loop runs: an authentication can ask for the end of the program.
     //
     // Tells of a configuration that failed to load. Then, for every argument that is "-preferences" exactly,
-    // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`. Where the
-    // end has been asked for already, sees to it and shows nothing.
-    void applicationDidFinishLaunching(
-        const RuleManager& store, QWidget& mainWindow, const std::vector<std::string>& arguments);
+    // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`, unless the
+    // bus has started the program. Where the end has been asked for already, sees to it and shows nothing.
+    void applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow,
+        const std::vector<std::string>& arguments, StartedBy starter = StartedBy::person);
+
+    // Shows the window, above others and with the keyboard.
+    static void bringToFront(QWidget& window);
 
     // To be called when the event loop has ended: reloads the agents, and hands over notices that are still
     // on their way.

@@ -1,3 +1,4 @@
+#include "app/DesktopRequests.h"
 #include "app/Surroundings.h"
 #include "platform/EndRequests.h"
 #include "platform/Locations.h"
@@ -44,13 +45,14 @@ private:
 int main(int argumentCount, char** arguments)
 {
     quorvane::secureStandardStreams();
+    const bool startedByBus = quorvane::ApplicationService::wasStartedByBus();
     const std::vector<std::string> allArguments(arguments, arguments + argumentCount);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     // The toolkit gets the program's name alone: no argument of its own has an effect.
     int onlyTheName = std::min(argumentCount, 1);
     QApplication application(onlyTheName, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
-    QApplication::setDesktopFileName(QStringLiteral("quorvane-configuration"));
+    QApplication::setDesktopFileName(QString::fromLatin1(quorvane::ApplicationService::name));
     // Windows other than the main one may be closed, and the main one left for the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
     quorvane::applyWindowLook(application);
@@ -80,9 +82,16 @@ int main(int argumentCount, char** arguments)
     });
     QObject::connect(&around.delegate, &quorvane::AppDelegate::preferencesWereSaved, &mainWindow,
         &quorvane::RulesEditorTableController::showPreferencesFailure);
+    using StartedBy = quorvane::AppDelegate::StartedBy;
+    const StartedBy starter = startedByBus ? StartedBy::bus : StartedBy::person;
     QMetaObject::invokeMethod(
         &around.delegate,
-        [&] { around.delegate.applicationDidFinishLaunching(around.store, mainWindow, allArguments); },
+        [&] {
+            around.delegate.applicationDidFinishLaunching(around.store, mainWindow, allArguments, starter);
+        },
         Qt::QueuedConnection);
+    quorvane::DesktopRequests requests(around.delegate, mainWindow, *log);
+    if (startedByBus)
+        requests.start(QDBusConnection::sessionBus());
     return QApplication::exec();
 }

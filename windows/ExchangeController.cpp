@@ -10,8 +10,6 @@
 #include "workflow/RulesDocument.h"
 #include "workflow/RulesExport.h"
 
-#include <QTimer>
-
 #include <chrono>
 
 namespace quorvane {
@@ -33,6 +31,11 @@ ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate
     , m_log(log)
     , m_import(document)
 {
+    m_untilSuggestions.setSingleShot(true);
+    connect(&m_untilSuggestions, &QTimer::timeout, this, [this] {
+        handleFailSafeImport();
+        reviewNextFile();
+    });
 }
 
 void ExchangeController::exportRules()
@@ -75,6 +78,8 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
     delete m_importWindowController;
     m_importWindowController = new ImportWindowController(m_document, m_workspace, m_log, &m_window);
     m_importWindowController->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_importWindowController, &QObject::destroyed, this, &ExchangeController::reviewNextFile,
+        Qt::QueuedConnection);
     m_importWindowController->setDelegate(&m_delegate);
     m_importWindowController->setPath(*path);
     m_importWindowController->show();
@@ -84,10 +89,26 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
     m_application.display(suggestionsNotice(m_store.locations(), *path));
 }
 
+void ExchangeController::reviewFiles(const std::vector<std::string>& paths)
+{
+    m_filesToReview.insert(m_filesToReview.end(), paths.begin(), paths.end());
+    reviewNextFile();
+}
+
+// Suggestions that are due would take the place of the review, and are deleted when one closes.
+void ExchangeController::reviewNextFile()
+{
+    while (!m_filesToReview.empty() && !m_importWindowController && !m_untilSuggestions.isActive()) {
+        const std::string path = m_filesToReview.front();
+        m_filesToReview.pop_front();
+        handleFileImport(path);
+    }
+}
+
 void ExchangeController::offerSuggestions()
 {
     if (areSuggestionsDue(m_store.locations()))
-        QTimer::singleShot(untilSuggestions, this, &ExchangeController::handleFailSafeImport);
+        m_untilSuggestions.start(untilSuggestions);
 }
 
 void ExchangeController::handleFailSafeImport()

@@ -5,7 +5,9 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +42,9 @@ public:
     // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
     // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
     void handleFileImport(const std::optional<std::string>& path);
+    // Opens the reviews of these files one after the other, each when the one before is closed. Reviews that
+    // are open or due come first.
+    void reviewFiles(const std::vector<std::string>& paths);
     // The review of suggestions that wait is due half a second from now; nothing when none wait.
     void offerSuggestions();
     // Opens the review of the suggestions in the fail-safe file.
@@ -58,6 +63,7 @@ Q_SIGNALS:
     void rulesWereReloaded();
 
 private:
+    void reviewNextFile();
     void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
 
     QWidget& m_window;
@@ -69,6 +75,8 @@ private:
     Log& m_log;
     RuleImport m_import;
     QPointer<ImportWindowController> m_importWindowController; // the review that is open
+    std::deque<std::string> m_filesToReview;
+    QTimer m_untilSuggestions;
 };
 
 } // namespace quorvane

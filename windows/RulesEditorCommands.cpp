@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
+#include "windows/ExchangeDrop.h"
 #include "windows/QtText.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
@@ -239,6 +240,13 @@ void RulesEditorTableController::setUpExchange()
         &RulesEditorTableController::exportSelectedRules);
     connect(m_exchange.get(), &ExchangeController::rulesWereReloaded, this,
         &RulesEditorTableController::rulesWereReloaded);
+    connect(new ExchangeDrop(*this), &ExchangeDrop::filesWereDropped, this,
+        &RulesEditorTableController::reviewFiles);
+}
+
+void RulesEditorTableController::reviewFiles(const std::vector<std::string>& paths)
+{
+    m_exchange->reviewFiles(paths);
 }
 
 void RulesEditorTableController::exportRules()

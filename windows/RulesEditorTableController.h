@@ -111,6 +111,7 @@ public Q_SLOTS:
     void exportSelectedRules();
     void importRules();
     void handleFailSafeImport();
+    void reviewFiles(const std::vector<std::string>& paths);
 
 public:
     // Makes the window ready, once: tells of a rules file that cannot be opened and starts the program again,

@@ -23,7 +23,13 @@ class Descriptions(unittest.TestCase):
         self.assertEqual((done.returncode, done.stdout), (0, ""), command)
 
     def test_the_desktop_entry_is_valid(self):
-        self.assert_silent("desktop-file-validate", resource("quorvane-configuration.desktop"))
+        self.assert_silent("desktop-file-validate", resource("com.vantreal.quorvane.configuration.desktop"))
+
+    def test_the_description_for_software_catalogues_is_valid(self):
+        done = subprocess.run(["appstreamcli", "validate", "--strict", "--pedantic", "--no-net", "--no-color",
+                               resource("com.vantreal.quorvane.configuration.metainfo.xml")],
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=60)
+        self.assertEqual(done.returncode, 0, done.stdout)
 
     def test_the_policy_is_valid(self):
         self.assert_silent("xmllint", "--nonet", "--noout", "--dtdvalid", POLICY_RULES,

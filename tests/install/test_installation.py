@@ -9,19 +9,22 @@ from sandbox import SANITIZER_REPORT, Sandbox
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 ICONS = ("apps/quorvane-configuration", "mimetypes/application-x-quorvane-rules")
+ENTRY = "com.vantreal.quorvane.configuration"
 PROGRAMS = ["bin/quorvane-configuration", "bin/quorvanectl"]
 FILES = [
     *(f"lib/{kind}.d/{part}.conf" for kind in ("sysusers", "tmpfiles")
       for part in ("quorvane-configuration", "quorvane-tools")),
-    "share/applications/quorvane-configuration.desktop",
     "share/bash-completion/completions/quorvanectl",
     "share/fish/vendor_completions.d/quorvanectl.fish",
+    f"share/applications/{ENTRY}.desktop",
+    f"share/dbus-1/services/{ENTRY}.service",
     *(f"share/icons/hicolor/{size}x{size}/{icon}.png" for size in ICON_SIZES for icon in ICONS),
     *(f"share/icons/hicolor/scalable/{icon}.svg" for icon in ICONS),
     "share/man/man1/quorvane-configuration.1",
     "share/man/man1/quorvanectl.1",
     "share/man/man5/quorvane-rules.5",
     "share/man/man7/quorvane-cookbook.7",
+    f"share/metainfo/{ENTRY}.metainfo.xml",
     "share/mime/packages/quorvane-rules.xml",
     "share/polkit-1/actions/vantreal.quorvane.policy",
     "share/polkit-1/rules.d/20-vantreal-quorvane.rules",
@@ -118,7 +121,7 @@ class Installation(unittest.TestCase):
 
     def test_the_desktop_entry_names_what_is_installed(self):
         self.install("--prefix", self.target)
-        with open(os.path.join(self.target, "share/applications/quorvane-configuration.desktop")) as file:
+        with open(os.path.join(self.target, f"share/applications/{ENTRY}.desktop")) as file:
             lines = file.read().splitlines()
         programs = {line.split("=")[1].split()[0] for line in lines if line.startswith("Exec=")}
         self.assertEqual(programs, {"quorvane-configuration"})

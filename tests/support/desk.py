@@ -18,7 +18,8 @@ from gi.repository import Gio, GLib  # noqa: E402
 
 PATIENCE = 20  # seconds; the machine may be busy
 
-# No service folders: a service that a test has not started itself must not start because somebody asks for it.
+# No service folders of the machine: a service that a test has not started itself must not start because somebody asks for
+# it. A test may have a folder of its own.
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -87,11 +88,13 @@ def call(bus, name, path, interface, method, signature=None, *arguments):
 
 
 class Desk:
-    def __init__(self, width=1400, height=900, as_user=()):
-        """`as_user` is what goes before the commands of a desk that is another user's, as setpriv."""
+    def __init__(self, width=1400, height=900, as_user=(), services=None):
+        """`as_user` is what goes before the commands of a desk that is another user's, as setpriv. `services` is a folder of
+        descriptions of services that the session bus starts."""
         self.folder = tempfile.mkdtemp(prefix="quorvane-desk-")
         self.processes = []
         self._as_user = list(as_user)
+        self._services = f"<servicedir>{services}</servicedir>" if services else ""
         if self._as_user:
             os.chmod(self.folder, 0o777)
         try:
@@ -104,7 +107,8 @@ class Desk:
         runtime, socket, ready = self._path("run"), self._path("bus"), self._path("ready")
         subprocess.run([*self._as_user, "mkdir", "-m", "700", runtime], check=True)
         self._write("fonts.conf", FONT_CONFIGURATION)
-        self._write("bus.conf", BUS_CONFIGURATION.format(socket=socket))
+        self._write("bus.conf", BUS_CONFIGURATION.format(socket=socket).replace(
+            "</busconfig>", self._services + "</busconfig>"))
         self.environment = {
             "PATH": os.environ["PATH"], "HOME": self.folder, "XDG_RUNTIME_DIR": runtime, "LC_ALL": "C.UTF-8",
             "FONTCONFIG_FILE": self._path("fonts.conf"), "DBUS_SESSION_BUS_ADDRESS": "unix:path=" + socket,
@@ -114,7 +118,7 @@ class Desk:
         self._start_screen(width, height)
         self.start("dbus-daemon", "--nofork", "--config-file=" + self._path("bus.conf"))
         eventually(lambda: os.path.exists(socket), "the session bus")
-        self._session = connect("unix:path=" + socket)
+        self.session = connect("unix:path=" + socket)
         self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
         # A window that is shown before the window manager is ready can stay unseen.
         self.start("openbox", "--sm-disable", "--startup", "touch " + ready)
@@ -145,7 +149,7 @@ class Desk:
 
     def _accessibility_address(self):
         try:
-            return call(self._session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0]
+            return call(self.session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0]
         except GLib.Error:
             return None
 

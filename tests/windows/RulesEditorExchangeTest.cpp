@@ -10,12 +10,15 @@
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCells.h"
 
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 #include <filesystem>
@@ -75,6 +78,26 @@ protected:
 
     // The review that is open; null when none is.
     ImportWindowController* review() const { return window->findChild<ImportWindowController*>(); }
+    std::string reviewedFile() const { return review() == nullptr ? "" : review()->path(); }
+    // Drops files on the window as a file manager does that would rather move them. False when it takes none.
+    bool drop(
+        const std::vector<std::string>& files, Qt::DropActions possible = Qt::CopyAction | Qt::MoveAction)
+    {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const std::string& file : files)
+            urls.append(QUrl::fromLocalFile(toQt(file)));
+        data.setUrls(urls);
+        QDragEnterEvent enter({5, 5}, possible, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window.get(), &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent dropped({5, 5}, possible, &data, Qt::LeftButton, Qt::NoModifier);
+        dropped.setDropAction(Qt::MoveAction);
+        QApplication::sendEvent(window.get(), &dropped);
+        EXPECT_EQ(dropped.dropAction(), Qt::CopyAction);
+        return dropped.isAccepted();
+    }
     std::string userRules() const { return TemporaryFolder::contents(folder.path(userFile)); }
     std::string notices() const
     {
@@ -252,6 +275,54 @@ TEST_F(RulesExchange, AnotherImportReplacesAReviewThatIsOpen)
     EXPECT_EQ(window->findChildren<ImportWindowController*>().size(), 1);
     EXPECT_EQ(review()->path(), second);
     EXPECT_TRUE(std::filesystem::exists(folder.path(failSafe))) << "suggestions stay that were only replaced";
+}
+
+TEST_F(RulesExchange, FilesAreReviewedOneAfterTheOther)
+{
+    const std::string first = folder.write("First.quorv", "watch prefix \"/v\" \"/bin/sh\" r\n");
+    const std::string second = folder.write("Second.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    window->reviewFiles({first, folder.path("Gone.quorv"), second});
+    EXPECT_EQ(reviewedFile(), first);
+    window->reviewFiles({first});
+    EXPECT_EQ(reviewedFile(), first) << "one that is open stays";
+    review()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == second; }));
+    review()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == first; }));
+    review()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile().empty(); }));
+}
+
+TEST_F(RulesExchange, FilesAreReviewedAfterSuggestionsThatAreDue)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    open();
+    const std::string file = folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    window->reviewFiles({file});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == folder.path(failSafe); }));
+    review()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == file; }));
+}
+
+TEST_F(RulesExchange, ExchangeFilesThatAreDroppedOnTheWindowAreReviewed)
+{
+    const std::string file = folder.write("Photo Tools,2.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    const std::string other = folder.write("Notes.txt", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    EXPECT_TRUE(drop({other, file}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == file; }));
+    review()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile().empty(); }));
+}
+
+TEST_F(RulesExchange, OtherFilesCannotBeDroppedOnTheWindow)
+{
+    EXPECT_FALSE(drop({folder.write("Notes.txt", "watch prefix \"/w\" \"/bin/sh\" r\n")}));
+    EXPECT_FALSE(drop({}));
+}
+
+TEST_F(RulesExchange, FilesThatWouldBeMovedCannotBeDroppedOnTheWindow)
+{
+    EXPECT_FALSE(drop({folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n")}, Qt::MoveAction));
 }
 
 TEST_F(RulesExchange, AReviewKnowsWhichRulesArePresentNow)

@@ -1,0 +1,90 @@
+#include "app/DesktopRequests.h"
+
+#include "app/AppDelegate.h"
+#include "platform/Log.h"
+#include "platform/Relaunch.h"
+#include "windows/QtText.h"
+#include "windows/RulesEditorTableController.h"
+
+#include <QProcess>
+
+#include <chrono>
+
+namespace quorvane {
+
+namespace {
+
+// As long as a request may be on its way after the program was started for it.
+constexpr std::chrono::seconds longestUnneeded{20};
+
+// The preferences are a program of their own, as the desktop entry's command line would start it: it shows no
+// main window and ends with its own.
+bool startForPreferences()
+{
+    return QProcess::startDetached(
+        toQt(programPathFromLink("/proc/self/exe")), {QStringLiteral("-preferences")});
+}
+
+} // namespace
+
+DesktopRequests::DesktopRequests(AppDelegate& delegate, RulesEditorTableController& mainWindow, Log& log)
+    : m_delegate(delegate)
+    , m_mainWindow(mainWindow)
+    , m_log(log)
+{
+    // Queued, so that the desktop has its answer before a window asks a person something.
+    QObject::connect(
+        &m_service, &ApplicationService::activated, &m_service, [this] { showMainWindow(); },
+        Qt::QueuedConnection);
+    QObject::connect(
+        &m_service, &ApplicationService::filesWereOpened, &m_service,
+        [this](const std::vector<std::string>& paths) { reviewFiles(paths); }, Qt::QueuedConnection);
+    QObject::connect(
+        &m_service, &ApplicationService::actionWasChosen, &m_service,
+        [this](const QString& action) { doAction(action); }, Qt::QueuedConnection);
+    m_untilUnneeded.setSingleShot(true);
+    QObject::connect(&m_untilUnneeded, &QTimer::timeout, &m_service, [this] { endUnlessShown(); });
+}
+
+void DesktopRequests::start(const QDBusConnection& bus)
+{
+    if (m_service.start(bus)) {
+        m_untilUnneeded.start(longestUnneeded);
+        return;
+    }
+    m_log.write(std::string("the session bus does not give the name ") + ApplicationService::name);
+    QMetaObject::invokeMethod(
+        &m_service, [this] { showMainWindow(); }, Qt::QueuedConnection);
+}
+
+void DesktopRequests::showMainWindow()
+{
+    if (!m_delegate.isTerminating())
+        m_delegate.bringToFront(m_mainWindow);
+}
+
+void DesktopRequests::reviewFiles(const std::vector<std::string>& paths)
+{
+    showMainWindow();
+    if (!m_delegate.isTerminating())
+        m_mainWindow.reviewFiles(paths);
+}
+
+void DesktopRequests::doAction(const QString& action)
+{
+    if (action != QLatin1String("preferences")) {
+        m_log.write("the desktop asks for an unknown action");
+        return;
+    }
+    if (!startForPreferences())
+        m_log.write("cannot start the program for the preferences");
+    endUnlessShown();
+}
+
+void DesktopRequests::endUnlessShown()
+{
+    if (!m_mainWindow.isVisible())
+        m_delegate.terminate();
+}
+
+} // namespace quorvane

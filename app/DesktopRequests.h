@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/ApplicationService.h"
+
+#include <QTimer>
+
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+class AppDelegate;
+class Log;
+class RulesEditorTableController;
+
+// What the desktop asks over the bus of a program that the bus has started, brought to its windows. Until it
+// is asked for, the main window does not show; a program that nobody asks for anything ends. User interface
+// thread only.
+class DesktopRequests {
+public:
+    // All of it must outlive this.
+    DesktopRequests(AppDelegate& delegate, RulesEditorTableController& mainWindow, Log& log);
+
+    // To be called before the event loop runs. Where the program cannot be known to the bus, it shows the
+    // main window as if somebody had started it.
+    void start(const QDBusConnection& bus);
+
+private:
+    void showMainWindow();
+    void reviewFiles(const std::vector<std::string>& paths);
+    void doAction(const QString& action);
+    void endUnlessShown();
+
+    AppDelegate& m_delegate;
+    RulesEditorTableController& m_mainWindow;
+    Log& m_log;
+    ApplicationService m_service;
+    QTimer m_untilUnneeded;
+};
+
+} // namespace quorvane

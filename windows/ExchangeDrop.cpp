@@ -1,0 +1,53 @@
+#include "windows/ExchangeDrop.h"
+
+#include "platform/FileUri.h"
+
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
+#include <QWidget>
+
+namespace quorvane {
+
+namespace {
+
+std::vector<std::string> exchangeFilesOf(const QMimeData& data)
+{
+    std::vector<std::string> paths;
+    for (const QUrl& url : data.urls()) {
+        auto path = pathOfFileUri(url.toEncoded().toStdString());
+        if (path && path->ends_with(".quorv"))
+            paths.push_back(std::move(*path));
+    }
+    return paths;
+}
+
+} // namespace
+
+ExchangeDrop::ExchangeDrop(QWidget& window)
+    : QObject(&window)
+{
+    window.setAcceptDrops(true);
+    window.installEventFilter(this);
+}
+
+bool ExchangeDrop::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::DragEnter && event->type() != QEvent::Drop)
+        return QObject::eventFilter(watched, event);
+    auto& drop = static_cast<QDropEvent&>(*event);
+    const auto paths = exchangeFilesOf(*drop.mimeData());
+    // A source that moves files removes its own.
+    if (paths.empty() || !drop.possibleActions().testFlag(Qt::CopyAction)) {
+        drop.ignore();
+        return true;
+    }
+    drop.setDropAction(Qt::CopyAction);
+    drop.accept();
+    if (event->type() == QEvent::Drop)
+        QMetaObject::invokeMethod(
+            this, [this, paths] { Q_EMIT filesWereDropped(paths); }, Qt::QueuedConnection);
+    return true;
+}
+
+} // namespace quorvane
