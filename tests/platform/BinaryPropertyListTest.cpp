@@ -1,5 +1,6 @@
 #include "platform/BinaryPropertyList.h"
 
+#include "platform/PropertyList.h"
 #include "platform/PropertyListReader.h"
 #include "platform/PropertyListWriter.h"
 
@@ -21,9 +22,15 @@ void appendNumber(std::string& bytes, std::uint64_t number, int width)
         bytes.push_back(static_cast<char>(number >> shift & 0xFFU));
 }
 
-// A binary list whose values are these bytes; the first one is the root.
-std::string binaryList(
-    const std::vector<std::string>& values, std::uint64_t countedValues = 0, int offsetWidth = 2)
+struct Trailer {
+    int offsetWidth = 2;
+    int referenceWidth = 1;
+    std::uint64_t countedValues = 0; // 0: as many as there are
+    std::uint64_t root = 0;
+};
+
+// A binary list whose values are these bytes.
+std::string binaryList(const std::vector<std::string>& values, const Trailer& trailer = {})
 {
     std::string bytes = "bplist00";
     std::vector<std::size_t> places;
@@ -33,12 +40,12 @@ std::string binaryList(
     }
     const std::size_t table = bytes.size();
     for (const std::size_t place : places)
-        appendNumber(bytes, place, offsetWidth);
+        appendNumber(bytes, place, trailer.offsetWidth);
     bytes.append(6, '\0');
-    bytes.push_back(static_cast<char>(offsetWidth));
-    bytes.push_back(1); // bytes of a reference
-    appendNumber(bytes, countedValues == 0 ? values.size() : countedValues, 8);
-    appendNumber(bytes, 0, 8);
+    bytes.push_back(static_cast<char>(trailer.offsetWidth));
+    bytes.push_back(static_cast<char>(trailer.referenceWidth));
+    appendNumber(bytes, trailer.countedValues == 0 ? values.size() : trailer.countedValues, 8);
+    appendNumber(bytes, trailer.root, 8);
     appendNumber(bytes, table, 8);
     return bytes;
 }
@@ -79,7 +86,7 @@ TEST(BinaryPropertyList, AListOfManyReferencesToOneLongTextIsRefused)
         array.append(references, '\1');
         std::string text("\x5F\x11\xEA\x60", 4);
         text.append(60000, 'x');
-        return binaryList({array, text}, 0, 3);
+        return binaryList({array, text}, {.offsetWidth = 3});
     };
     EXPECT_TRUE(readPropertyList(listOf(500)));
     EXPECT_FALSE(readPropertyList(listOf(600))) << "36 MB of text";
@@ -91,7 +98,7 @@ TEST(BinaryPropertyList, AListOfMoreValuesThanTwoMillionIsRefused)
         std::string array("\xAF\x12", 2);
         appendNumber(array, references, 4);
         array.append(references, '\1');
-        return binaryList({array, "\x09"}, 0, 4);
+        return binaryList({array, "\x09"}, {.offsetWidth = 4});
     };
     EXPECT_TRUE(readPropertyList(listOf(2U << 20U)));
     EXPECT_FALSE(readPropertyList(listOf((2U << 20U) + 1)));
@@ -136,20 +143,13 @@ TEST(BinaryPropertyList, AListThatNestsTooDeepIsRefused)
     values.push_back("\x08");
     EXPECT_TRUE(readPropertyList(binaryList(values)));
 
-    std::string bytes = "bplist00";
-    for (int level = 1; level <= 600; ++level) {
-        bytes.push_back('\xA1');
-        appendNumber(bytes, static_cast<std::uint64_t>(level), 2);
+    values.clear();
+    for (std::uint64_t level = 1; level <= 600; ++level) {
+        values.emplace_back("\xA1");
+        appendNumber(values.back(), level, 2);
     }
-    bytes.push_back('\x08');
-    const std::size_t table = bytes.size();
-    for (std::uint64_t level = 0; level <= 600; ++level)
-        appendNumber(bytes, 8 + 3 * level, 2);
-    bytes.append(6, '\0').append("\2\2", 2);
-    appendNumber(bytes, 601, 8);
-    appendNumber(bytes, 0, 8);
-    appendNumber(bytes, table, 8);
-    EXPECT_FALSE(readPropertyList(bytes));
+    values.emplace_back("\x08");
+    EXPECT_FALSE(readPropertyList(binaryList(values, {.referenceWidth = 2})));
 }
 
 TEST(BinaryPropertyList, SharedStringsAreFine)
@@ -174,6 +174,66 @@ TEST(BinaryPropertyList, WhatIsWrittenByOrdinaryMeansIsFine)
     EXPECT_TRUE(readPropertyList(written));
 }
 
+TEST(BinaryPropertyList, ReferencesOfTwoBytesReachValuesBeyondTheFirst255)
+{
+    std::vector<std::string> values(1, std::string("\xAF\x11\x01\x2C", 4)); // an array of 300
+    for (std::uint64_t number = 0; number < 300; ++number) {
+        appendNumber(values.front(), number + 1, 2);
+        values.emplace_back("\x11");
+        appendNumber(values.back(), number * 7, 2);
+    }
+    const auto list = readPropertyList(binaryList(values, {.referenceWidth = 2}));
+    ASSERT_TRUE(list);
+    const auto* array = list->as<PropertyValue::Array>();
+    ASSERT_NE(array, nullptr);
+    ASSERT_EQ(array->size(), 300U);
+    for (std::size_t number = 0; number < 300; ++number) {
+        const auto* value = (*array)[number].as<std::int64_t>();
+        ASSERT_NE(value, nullptr) << number;
+        EXPECT_EQ(*value, static_cast<std::int64_t>(number * 7));
+    }
+}
+
+TEST(BinaryPropertyList, ReadsTextsOfEveryLengthThatUtf8Has)
+{
+    // U+0041, U+00E9, U+20AC and U+1F600: one to four bytes
+    const std::string text("\x65\0A\0\xE9\x20\xAC\xD8\x3D\xDE\x00", 11);
+    const auto value = readPropertyList(binaryList({text}));
+    ASSERT_TRUE(value);
+    const auto* read = value->as<std::string>();
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(*read, "A\u00E9\u20AC\U0001F600");
+
+    const auto asKey = PropertyList::parse(binaryList({std::string("\xD1\1\2", 3), text, "\x09"}));
+    ASSERT_TRUE(asKey);
+    EXPECT_TRUE(asKey->boolForKey("A\u00E9\u20AC\U0001F600"));
+}
+
+TEST(BinaryPropertyList, ARootThatIsNoDictionaryIsAValueButNoList)
+{
+    for (const std::string& root : {std::string("\x09"), std::string("\x51x"), arrayOf("")}) {
+        EXPECT_TRUE(readPropertyList(binaryList({root})));
+        EXPECT_FALSE(PropertyList::parse(binaryList({root})));
+    }
+}
+
+TEST(BinaryPropertyList, PlacesThatWrapAroundAreRefused)
+{
+    for (const std::uint64_t place : {UINT64_MAX, UINT64_MAX - 1, UINT64_MAX - 7, UINT64_MAX / 2 + 1}) {
+        // The offset of the only value is the table's only entry.
+        std::string list = binaryList({"\x08"}, {.offsetWidth = 8});
+        std::string wrapped;
+        appendNumber(wrapped, place, 8);
+        EXPECT_FALSE(readPropertyList(std::string(list).replace(9, 8, wrapped))) << place;
+        EXPECT_FALSE(readPropertyList(list.replace(list.size() - 8, 8, wrapped))) << "table at " << place;
+    }
+    for (const char* marker : {"\x4F\x13", "\x5F\x13", "\x6F\x13", "\xAF\x13", "\xDF\x13"}) {
+        std::string value = marker;
+        appendNumber(value, UINT64_MAX / 2 + 1, 8); // twice as much wraps to nothing
+        EXPECT_FALSE(readPropertyList(binaryList({value}))) << marker;
+    }
+}
+
 TEST(BinaryPropertyList, DamagedListsAreRefused)
 {
     const std::string good = binaryList({arrayOf("\1"), "\x08"});
@@ -184,10 +244,13 @@ TEST(BinaryPropertyList, DamagedListsAreRefused)
     } cases[] = {
         {"no trailer", "bplist00"},
         {"a reference to no value", binaryList({arrayOf("\7"), "\x08"})},
-        {"more values than bytes", binaryList({arrayOf("\1"), "\x08"}, UINT64_MAX)},
-        {"more values than the table has", binaryList({arrayOf("\1"), "\x08"}, 60)},
+        {"more values than bytes", binaryList({arrayOf("\1"), "\x08"}, {.countedValues = UINT64_MAX})},
+        {"more values than the table has", binaryList({arrayOf("\1"), "\x08"}, {.countedValues = 60})},
         {"more references than bytes", binaryList({std::string("\xAF\x12\x7F\xFF\xFF\xFF"), "\x08"})},
         {"a count without number", binaryList({std::string("\xAF")})},
+        {"no root", binaryList({"\x08"}, {.root = 1})},
+        {"a root beyond all numbers", binaryList({"\x08"}, {.root = UINT64_MAX})},
+        {"offsets without width", binaryList({"\x08"}, {.offsetWidth = 0})},
         {"cut off", good.substr(0, good.size() - 1)},
     };
     for (const auto& c : cases) {
