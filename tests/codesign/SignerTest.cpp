@@ -83,6 +83,51 @@ TEST(Signer, WhoListsOtherHashesFails)
     }
 }
 
+TEST(Signer, MayBeNamedByTheIdentifierOfItsKey)
+{
+    const TestAuthority& authority = testAuthority();
+    CertificatePlan plan;
+    plan.commonName = "Test Signer (TEAM123456)";
+    plan.organizationalUnit = "TEAM123456";
+    plan.extendedUsage = "critical,codeSigning";
+    plan.criticalExtension = "1.2.840.113635.100.6.1.13";
+    plan.keyIdentifier = "AABBCC";
+    const Identity other = makeIdentity(testKey(20), plan, &authority.intermediate);
+    plan.keyIdentifier = "AABBCCDD";
+    CmsPlan cms;
+    cms.signer = makeIdentity(testKey(21), plan, &authority.intermediate);
+    cms.certificates = {other, authority.intermediate, authority.root, cms.signer};
+    cms.signerKeyIdentifier = {0xAA, 0xBB, 0xCC, 0xDD};
+    EXPECT_EQ(answers(signedProgram(cms)), signedAnswers);
+
+    cms.signerKeyIdentifier = {0xAA, 0xBB, 0xCC};
+    EXPECT_EQ(answers(signedProgram(cms)), unproven("3")) << "the key of another certificate";
+    cms.signerKeyIdentifier = {0xAA, 0xBB};
+    EXPECT_EQ(answers(signedProgram(cms)), unproven("3")) << "no certificate's key";
+}
+
+TEST(Signer, WhoseHashListHoldsWhatIsNoPairFails)
+{
+    const Bytes sha256 = objectIdentifier("2.16.840.1.101.3.4.2.1");
+    const Bytes unknown = objectIdentifier("1.2.3.4");
+    const Bytes hash = element(0x04, Bytes(32, 0x11));
+    const struct {
+        const char* what;
+        Bytes entry;
+    } cases[]
+        = {{"an identifier alone", elementOf(0x30, {sha256})}, {"a hash alone", elementOf(0x30, {hash})},
+            {"a hash that names no algorithm", elementOf(0x30, {unknown, hash})},
+            {"nothing", elementOf(0x30, {})}, {"no sequence", hash}, {"what is cut off", {0x30, 0x20, 0x06}}};
+    for (const auto& c : cases) {
+        CmsPlan cms;
+        cms.listAsPropertyList = false;
+        cms.alter = [&](std::vector<Bytes>& attributes) {
+            attributes.back() = attribute("1.2.840.113635.100.9.2", {c.entry});
+        };
+        EXPECT_EQ(answers(signedProgram(cms)), unproven("3")) << c.what;
+    }
+}
+
 TEST(Signer, OfAnotherDirectoryFails)
 {
     for (const bool lists : {true, false}) {

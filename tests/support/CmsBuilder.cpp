@@ -30,11 +30,6 @@ Bytes hashIdentifier(const std::string& hash)
     return objectIdentifier(hash == "SHA256" ? "2.16.840.1.101.3.4.2.1" : "2.16.840.1.101.3.4.2.2");
 }
 
-Bytes attribute(const std::string& identifier, const std::vector<Bytes>& values)
-{
-    return elementOf(0x30, {objectIdentifier(identifier), elementOf(0x31, values)});
-}
-
 Bytes signatureOver(const Identity& signer, const char* hash, ByteView message)
 {
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
@@ -76,6 +71,7 @@ struct SignerPlan {
     const char* hash;
     std::vector<Bytes> attributes; // none: the content is signed itself
     std::function<std::optional<Bytes>(const Bytes& signature)> unsignedAttribute;
+    Bytes keyIdentifier{}; // empty: named by issuer and serial number
 };
 
 Bytes signerInfo(const SignerPlan& plan, ByteView content)
@@ -84,7 +80,8 @@ Bytes signerInfo(const SignerPlan& plan, ByteView content)
     const Bytes rsa = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.1.1"), {0x05, 0x00}});
     const Bytes ecdsa = elementOf(0x30, {objectIdentifier("1.2.840.10045.4.3.2")});
     const bool usesRsa = EVP_PKEY_is_a(plan.identity.key.get(), "RSA") == 1;
-    std::vector<Bytes> parts{{0x02, 0x01, 0x01}, nameOf(plan.identity), hash};
+    const Bytes name = plan.keyIdentifier.empty() ? nameOf(plan.identity) : element(0x80, plan.keyIdentifier);
+    std::vector<Bytes> parts{{0x02, 0x01, 0x01}, name, hash};
     Bytes toSign(content.begin(), content.end());
     if (!plan.attributes.empty()) {
         toSign = elementOf(0x31, plan.attributes);
@@ -190,6 +187,11 @@ Bytes objectIdentifier(const std::string& dots)
     return element(0x06, ByteView(OBJ_get0_data(object.get()), OBJ_length(object.get())));
 }
 
+Bytes attribute(const std::string& identifier, const std::vector<Bytes>& values)
+{
+    return elementOf(0x30, {objectIdentifier(identifier), elementOf(0x31, values)});
+}
+
 Bytes makeCms(const CmsPlan& plan, const std::vector<Bytes>& directories)
 {
     std::vector<Bytes> attributes;
@@ -205,12 +207,13 @@ Bytes makeCms(const CmsPlan& plan, const std::vector<Bytes>& directories)
     }
     if (plan.alter)
         plan.alter(attributes);
-    const SignerPlan signer{
-        plan.signer, plan.hash, attributes, [&](const Bytes& signature) -> std::optional<Bytes> {
+    const SignerPlan signer{plan.signer, plan.hash, attributes,
+        [&](const Bytes& signature) -> std::optional<Bytes> {
             if (!plan.stamp)
                 return std::nullopt;
             return attribute("1.2.840.113549.1.9.16.2.14", {stampToken(*plan.stamp, signature)});
-        }};
+        },
+        plan.signerKeyIdentifier};
     const Bytes contentInfo = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.7.1")});
     return message(contentInfo, plan.certificates, signerInfo(signer, directories.front()), plan.hash,
         plan.indefiniteLengths);

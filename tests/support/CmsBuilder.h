@@ -14,6 +14,9 @@ Bytes element(std::uint8_t tag, ByteView contents);
 Bytes elementOf(std::uint8_t tag, const std::vector<Bytes>& parts);
 Bytes objectIdentifier(const std::string& dots);
 
+// A signed or unsigned attribute of a CMS message.
+Bytes attribute(const std::string& identifier, const std::vector<Bytes>& values);
+
 // A time stamp token to be made.
 struct StampPlan {
     Identity stamper;
@@ -27,6 +30,7 @@ struct CmsPlan {
     Identity signer = testAuthority().signer;
     std::vector<Identity> certificates{
         testAuthority().intermediate, testAuthority().root, testAuthority().signer};
+    Bytes signerKeyIdentifier; // by which the signer is named; empty: by issuer and serial number
     bool listAsPropertyList = true;
     bool listAsSet = true;
     bool setUnsorted = false;

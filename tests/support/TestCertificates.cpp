@@ -96,6 +96,8 @@ Identity makeIdentity(
         addExtension(x, NID_basic_constraints, "critical,CA:TRUE");
     if (!plan.extendedUsage.empty())
         addExtension(x, NID_ext_key_usage, plan.extendedUsage);
+    if (!plan.keyIdentifier.empty())
+        addExtension(x, NID_subject_key_identifier, plan.keyIdentifier);
     if (!plan.criticalExtension.empty())
         addUnknown(x, plan.criticalExtension, true, std::string("\x05\x00", 2));
     if (plan.padding > 0)

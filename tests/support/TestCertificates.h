@@ -26,6 +26,7 @@ struct CertificatePlan {
     std::optional<std::string> organization;
     bool authority = false;
     std::string extendedUsage; // as in OpenSSL configuration; empty for none
+    std::string keyIdentifier; // in hexadecimal; empty for none
     std::string criticalExtension; // an identifier in dots
     std::size_t padding = 0; // bytes in an extension that nobody knows
     std::string from = "20200101000000Z";
