@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <tuple>
 
 #include <openssl/evp.h>
 
@@ -212,6 +213,26 @@ TEST(ResourceSeal, InItsFirstFormIsReadToo)
     EXPECT_EQ(application.state(), 2);
     application.write("Resources/a", "b");
     EXPECT_EQ(application.state(), 6);
+}
+
+TEST(ResourceSeal, InBothFormsCountsByTheNewer)
+{
+    const auto bothForms = [](const std::string& older, const std::string& newer) {
+        return "<plist><dict><key>files</key><dict><key>Resources/a</key>"
+            + hashed(HashAlgorithm::sha1, older)
+            + "</dict><key>files2</key><dict><key>Resources/a</key><dict><key>hash</key>"
+            + hashed(HashAlgorithm::sha1, older) + "<key>hash2</key>" + hashed(HashAlgorithm::sha256, newer)
+            + "</dict></dict><key>rules</key><dict/><key>rules2</key><dict><key>^.*</key><true/>"
+              "<key>^Info\\.plist$</key><dict><key>omit</key><true/><key>weight</key><real>20</real></dict>"
+              "</dict></dict></plist>";
+    };
+    for (const auto& [older, newer, state] : {std::tuple("a", "a", 2), {"b", "a", 2}, {"a", "b", 6}}) {
+        const Application application(bothForms(older, newer));
+        application.write("Resources/a", "a");
+        EXPECT_EQ(application.state(), state) << older << newer;
+        application.write("Resources/unsealed", "which the older rules would not mind");
+        EXPECT_EQ(application.state(), 6);
+    }
 }
 
 TEST(ResourceSeal, MissingInASignedBundleFailsTheResourceCheck)
