@@ -9,6 +9,7 @@
 #include "platform/Workspace.h"
 #include "windows/NoticeWindow.h"
 #include "windows/QtText.h"
+#include "windows/WindowLook.h"
 #include "workflow/RunState.h"
 
 #include <QCoreApplication>

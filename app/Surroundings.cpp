@@ -11,15 +11,12 @@ namespace {
 
 constexpr const char* programName = "quorvane-configuration"; // in the history
 
-DocumentOwner ownerOfDocument(Background& background, Log& log)
+ReadProgramSettings readSettings(Log& log)
 {
-    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
     if (read.problem)
         log.write(*read.problem);
-    return {.program = programName,
-        .stateFolder = defaultStateFolder(),
-        .settings = read.settings,
-        .background = &background};
+    return read;
 }
 
 } // namespace
@@ -27,8 +24,14 @@ DocumentOwner ownerOfDocument(Background& background, Log& log)
 Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool openedWithOptions)
     : log(givenLog)
     , run{.openedWithOptions = openedWithOptions}
+    , settings(readSettings(log))
     , store(RuleManager::sharedManager(locations, log))
-    , document(store, run, ownerOfDocument(background, log), log)
+    , document(store, run,
+          {.program = programName,
+              .stateFolder = defaultStateFolder(),
+              .settings = settings.settings,
+              .background = &background},
+          log)
     , notices(QDBusConnection::sessionBus())
     , prompt(toQt(locations.noticeIconFile()))
     , authority(systemBusAddress(locations.areSandbox()), prompt)

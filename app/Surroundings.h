@@ -23,6 +23,7 @@ struct Surroundings {
 
     Log& log;
     RunState run;
+    ReadProgramSettings settings; // as they were at the start
     RuleManager& store;
     BackgroundThread background;
     RulesDocument document;

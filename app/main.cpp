@@ -4,6 +4,7 @@
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "platform/StandardStreams.h"
+#include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
 
@@ -68,6 +69,8 @@ int main(int argumentCount, char** arguments)
     quorvane::RulesEditorTableController mainWindow(
         around.document, around.delegate, around.run, around.workspace, *log);
     mainWindow.addHistory(around.preferencesHistory);
+    if (around.settings.problem)
+        mainWindow.showSettingsProblem(quorvane::toQt(*around.settings.problem));
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow,
         &quorvane::RulesEditorTableController::keepUnsavedRules);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate, [&around] {

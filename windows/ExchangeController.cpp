@@ -5,12 +5,15 @@
 #include "windows/ExchangePanels.h"
 #include "windows/ImportWindowController.h"
 #include "windows/QtText.h"
+#include "windows/WindowLook.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/FailSafeSuggestions.h"
+#include "workflow/JoinedRules.h"
 #include "workflow/RulesDocument.h"
 #include "workflow/RulesExport.h"
 
 #include <chrono>
+#include <memory>
 
 namespace quorvane {
 
@@ -74,6 +77,12 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
     m_log.write("-[RulesEditorTableController handleFileImport:] " + path.value_or("(null)"));
     if (!path || isImporting() || !isTextAt(*path))
         return;
+    bringToFront(openReview(*path));
+    m_application.display(suggestionsNotice(m_store.locations(), *path));
+}
+
+ImportWindowController& ExchangeController::openReview(const std::string& path)
+{
     // Not closed: an earlier review goes without a trace, and suggestions under review stay for the next.
     delete m_importWindowController;
     m_importWindowController = new ImportWindowController(m_document, m_workspace, m_log, &m_window);
@@ -81,12 +90,29 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
     connect(m_importWindowController, &QObject::destroyed, this, &ExchangeController::reviewNextFile,
         Qt::QueuedConnection);
     m_importWindowController->setDelegate(&m_delegate);
-    m_importWindowController->setPath(*path);
-    m_importWindowController->show();
-    m_importWindowController->raise();
-    m_importWindowController->activateWindow();
-    m_import.begin(*path);
-    m_application.display(suggestionsNotice(m_store.locations(), *path));
+    m_importWindowController->setPath(path);
+    m_import.begin(path);
+    return *m_importWindowController;
+}
+
+void ExchangeController::reviewJoinedLines()
+{
+    if (isImporting())
+        return;
+    ImportWindowController& review = openReview(m_store.locations().userRulesFile());
+    review.listJoinedLinesOnly();
+    bringToFront(review);
+}
+
+void ExchangeController::lookForJoinedLines()
+{
+    auto lines = std::make_shared<std::size_t>(0);
+    m_thread.run(
+        [lines, path = m_store.locations().userRulesFile()] { *lines = joinedLineCountOfFile(path); },
+        [this, lines] {
+            if (*lines > 0)
+                Q_EMIT joinedLinesFound(*lines);
+        });
 }
 
 void ExchangeController::reviewFiles(const std::vector<std::string>& paths)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "windows/BackgroundThread.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleImport.h"
 
@@ -49,6 +50,10 @@ public:
     void offerSuggestions();
     // Opens the review of the suggestions in the fail-safe file.
     void handleFailSafeImport();
+    // Opens the review of rules that lines of the user's own file hold besides their first.
+    void reviewJoinedLines();
+    // Looks, beside the window's thread, for such lines; joinedLinesFound() tells of them.
+    void lookForJoinedLines();
 
     void importRule(const RuleRef& rule);
     bool didFinishImportingRules();
@@ -59,12 +64,14 @@ public:
     void presentRulesDidChange();
 
 Q_SIGNALS:
+    void joinedLinesFound(qulonglong lines);
     // An import has ended, and the store has read its file again.
     void rulesWereReloaded();
 
 private:
     void reviewNextFile();
     void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
+    ImportWindowController& openReview(const std::string& path);
 
     QWidget& m_window;
     ImportDelegate& m_delegate;
@@ -73,6 +80,7 @@ private:
     ApplicationServices& m_application;
     Workspace& m_workspace;
     Log& m_log;
+    BackgroundThread m_thread;
     RuleImport m_import;
     QPointer<ImportWindowController> m_importWindowController; // the review that is open
     std::deque<std::string> m_filesToReview;

@@ -12,7 +12,6 @@
 #include "workflow/RulesExport.h"
 
 #include <QClipboard>
-#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QLocale>
 #include <QPointer>
@@ -67,6 +66,7 @@ HistoryWindow::HistoryWindow(std::vector<FileHistory*> histories, QWidget* paren
     setUpTables();
     setUpControls();
     restoreWindowSize(*this, memoryName());
+    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
     openHistory();
     connect(&m_refreshing, &QTimer::timeout, this, &HistoryWindow::refresh);
     m_refreshing.start(betweenLooks);
@@ -358,12 +358,6 @@ void HistoryWindow::forgetVersions()
 void HistoryWindow::tell(const QString& text)
 {
     m_ui->notices->add({.text = text, .subject = tellSubject});
-}
-
-void HistoryWindow::closeEvent(QCloseEvent* event)
-{
-    rememberWindowSize(*this, memoryName());
-    QDialog::closeEvent(event);
 }
 
 } // namespace quorvane

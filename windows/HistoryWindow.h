@@ -47,9 +47,6 @@ Q_SIGNALS:
     // What the selected version changed is shown, or that there is no version.
     void wasFilled();
 
-protected:
-    void closeEvent(QCloseEvent* event) override;
-
 private:
     void setUpTables();
     void setUpControls();

@@ -1,6 +1,7 @@
 #include "windows/ImportWindowController.h"
 
 #include "platform/Log.h"
+#include "rules/RulesFile.h"
 #include "ui_ImportWindowController.h"
 #include "windows/ImportProgress.h"
 #include "windows/ImportTableModel.h"
@@ -35,6 +36,8 @@ ImportWindowController::ImportWindowController(
     setUpMenu();
     connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::countPresentRules);
     connect(m_ui->importButton, &QPushButton::clicked, this, &ImportWindowController::importAction);
+    connect(m_ui->takeApartButton, &QPushButton::clicked, this, &ImportWindowController::takeApart);
+    m_ui->takeApartButton->hide();
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
     setPath({});
     ticksDidChange();
@@ -109,18 +112,62 @@ void ImportWindowController::reloadData()
     m_stateDict = {};
     m_sortDescriptors.clear();
     m_ui->importTableView->showOrder(-1, Qt::AscendingOrder);
-    auto read = RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
+    auto read = readRules();
     m_model->reload(*read);
     m_ruleManager = std::move(read); // only now that no row of the old one is shown
     numberOfRowsInTableView();
     m_ui->importTableView->fitColumns();
+    m_ui->takeApartButton->setVisible(m_listing == Listing::file && m_joinedLines > 0);
     ticksDidChange();
     startCounting();
 }
 
+std::unique_ptr<RuleManager> ImportWindowController::readRules()
+{
+    if (m_listing == Listing::file) {
+        m_joinedLines = joinedLineCountOfFile(m_path);
+        return RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
+    }
+    const RulesFileText text = RulesFileText::read(m_path);
+    return storeOf(
+        m_listing == Listing::joinedLines ? rulesOfJoinedLines(text.bytes()) : rulesApart(text.bytes()));
+}
+
+// Ticks all but those that have lost text.
+std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& apart)
+{
+    auto store = std::make_unique<RuleManager>(m_present.locations(), m_log);
+    ChangeSet additions;
+    std::int64_t sequence = 0;
+    for (const RulesApart::Rule& each : apart.rules) {
+        additions.added.push_back(askValue(each.rule, [sequence](auto fields) -> ChangeSet::Addition {
+            fields.sequence = sequence;
+            const RuleValue value = makeRuleValue(fields);
+            if constexpr (requires { fields.policyClass; })
+                return {std::make_shared<PolicyRule>(std::move(fields)), value};
+            else
+                return {std::make_shared<WatchRule>(std::move(fields)), value};
+        }));
+        if (each.isCut)
+            m_stateDict.setTicked(sequence, false);
+        ++sequence;
+    }
+    store->apply(additions);
+    return store;
+}
+
+void ImportWindowController::takeApart()
+{
+    if (m_isImporting)
+        return;
+    m_listing = Listing::allApart;
+    reloadData();
+}
+
 void ImportWindowController::startCounting()
 {
-    m_presentRules.emplace(m_present, m_ruleManager->rows());
+    m_presentRules.emplace(
+        m_present, m_ruleManager->rows(), m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut);
     m_counting.start();
 }
 
@@ -216,6 +263,14 @@ void ImportWindowController::tellCounts()
         = tr("%1 of %2 rules ticked").arg(inWords(m_stateDict.countOfTicked(rules)), inWords(rules));
     if (m_presentRules && !m_counting.isActive() && m_presentRules->count() > 0)
         counts += tr(", %1 already present (in italics)").arg(inWords(m_presentRules->count()));
+    if (m_presentRules && !m_counting.isActive() && m_presentRules->countOfCut() > 0)
+        counts += tr(", %1 with letters beyond ASCII, whose lines the rules file cuts")
+                      .arg(inWords(m_presentRules->countOfCut()));
+    if (m_listing == Listing::file && m_joinedLines > 0)
+        counts += tr("\n%1 lines of the file hold several rules each, of which the first alone counts.")
+                      .arg(inWords(m_joinedLines));
+    else if (m_listing != Listing::file)
+        counts += tr("\nRules that have lost text are not ticked.");
     const auto unread = m_ruleManager == nullptr ? std::nullopt : m_ruleManager->unreadRules();
     const QString reason = unread ? toQt(unread->reason) : QString();
     m_ui->importTableView->setEmptyText(unread ? reason : tr("This file holds no rules."));

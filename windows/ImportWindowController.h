@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "workflow/JoinedRules.h"
 #include "workflow/PresentRules.h"
 #include "workflow/StateDict.h"
 
@@ -42,6 +43,9 @@ public:
     const std::string& path() const { return m_path; }
     // To be set before the window is shown.
     void setPath(std::string path);
+    // Only rules of lines that hold several are listed, as rules of their own. To be called before the window
+    // is shown.
+    void listJoinedLinesOnly() { m_listing = Listing::joinedLines; }
 
     ImportDelegate* delegate() const { return m_delegate; }
     // Not owned; may be null, then Import only closes the window.
@@ -67,6 +71,9 @@ public Q_SLOTS:
     void importAction();
     // The check box of the rule with the sequence number `tag` is on, or off.
     void checkBoxValueChanged(qint64 tag, bool isOn);
+    // Lists the rules of lines that hold several as rules of their own, beside all others. Those that have
+    // lost text are not ticked.
+    void takeApart();
     // Ticks every rule, or none when all are ticked.
     void toggleAllTicks();
     // Ticks the rules of the selected rows, or unticks them when all are ticked.
@@ -78,8 +85,12 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    enum class Listing { file, joinedLines, allApart };
+
     void setUpTable();
     void setUpMenu();
+    std::unique_ptr<RuleManager> readRules();
+    std::unique_ptr<RuleManager> storeOf(const RulesApart& apart);
     void ticksDidChange();
     void reloadTable();
     void startCounting();
@@ -99,6 +110,8 @@ private:
     std::unique_ptr<RuleManager> m_ruleManager; // none until the file is loaded
     std::vector<SortDescriptor> m_sortDescriptors;
     std::optional<PresentRules> m_presentRules; // none until the file is loaded
+    Listing m_listing = Listing::file;
+    std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded
     bool m_isImporting = false;

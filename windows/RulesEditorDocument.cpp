@@ -1,12 +1,16 @@
 #include "windows/RulesEditorTableController.h"
 
 #include "ui_RulesEditorTableController.h"
+#include "windows/ExchangeController.h"
 #include "windows/HistoryWindow.h"
 #include "windows/QtText.h"
 #include "windows/RulesTableModel.h"
+#include "windows/SettingsWindow.h"
+#include "windows/WindowLook.h"
 #include "workflow/DocumentTexts.h"
 #include "workflow/RulesDocument.h"
 
+#include <QLocale>
 #include <QTimer>
 
 #include <chrono>
@@ -34,6 +38,9 @@ void RulesEditorTableController::setUpDocument()
     connect(m_ui->undoMenuItem, &QAction::triggered, this, &RulesEditorTableController::undo);
     connect(m_ui->redoMenuItem, &QAction::triggered, this, &RulesEditorTableController::redo);
     connect(m_ui->historyMenuItem, &QAction::triggered, this, &RulesEditorTableController::showHistory);
+    connect(m_ui->settingsMenuItem, &QAction::triggered, this, &RulesEditorTableController::showSettings);
+    connect(m_exchange.get(), &ExchangeController::joinedLinesFound, this,
+        &RulesEditorTableController::tellOfJoinedLines);
     connect(m_ui->editMenu, &QMenu::aboutToShow, this, &RulesEditorTableController::nameUndoAndRedo);
     // Their keys work whatever the menu last said.
     connect(m_ui->editMenu, &QMenu::aboutToHide, this, [this] {
@@ -42,7 +49,10 @@ void RulesEditorTableController::setUpDocument()
     });
     m_document.setObserver(this);
     m_document.recover();
-    QTimer::singleShot(untilVersionIsKept, this, [this] { m_document.keepPresentVersion(); });
+    QTimer::singleShot(untilVersionIsKept, this, [this] {
+        m_document.keepPresentVersion();
+        m_exchange->lookForJoinedLines();
+    });
 }
 
 void RulesEditorTableController::nameUndoAndRedo()
@@ -84,9 +94,39 @@ void RulesEditorTableController::showHistory()
             qOverload<>(&RulesEditorTableController::reloadData));
         connect(m_historyWindow, &HistoryWindow::undoRequested, this, &RulesEditorTableController::undo);
     }
-    m_historyWindow->show();
-    m_historyWindow->raise();
-    m_historyWindow->activateWindow();
+    bringToFront(*m_historyWindow);
+}
+
+void RulesEditorTableController::showSettings()
+{
+    if (m_settingsWindow.isNull()) {
+        m_settingsWindow = new SettingsWindow(defaultSettingsFile(), this);
+        connect(
+            m_settingsWindow, &SettingsWindow::saved, this, &RulesEditorTableController::settingsWereSaved);
+    }
+    bringToFront(*m_settingsWindow);
+}
+
+void RulesEditorTableController::settingsWereSaved(const ProgramSettings& settings)
+{
+    m_document.setSettings(settings);
+    if (settings.wholeLines)
+        m_ui->notices->remove(cutSubject);
+}
+
+void RulesEditorTableController::showSettingsProblem(const QString& problem)
+{
+    m_ui->notices->add({.text = problem, .buttons = {{tr("Settings..."), [this] { showSettings(); }}}});
+}
+
+void RulesEditorTableController::tellOfJoinedLines(qulonglong lines)
+{
+    m_ui->notices->add({.text = lines == 1
+            ? tr("1 line of the rules file holds several rules, of which the first alone counts.")
+            : tr("%1 lines of the rules file hold several rules each, of which the first alone counts.")
+                  .arg(QLocale().toString(lines)),
+        .buttons = {{tr("Review"), [this] { m_exchange->reviewJoinedLines(); }}},
+        .subject = QStringLiteral("joined")});
 }
 
 void RulesEditorTableController::showHistoryFrom(std::int64_t version)

@@ -35,6 +35,8 @@ class RulesDocument;
 class RulesFileFollower;
 class RulesHistory;
 class RulesTableModel;
+class SettingsWindow;
+struct ProgramSettings;
 struct RunState;
 class Workspace;
 
@@ -64,6 +66,9 @@ public:
 
     // The history window shows the versions of this file, too. Not owned; must outlive the window.
     void addHistory(FileHistory& history);
+
+    // Reports at the foot what of the programs' settings could not be used.
+    void showSettingsProblem(const QString& problem);
 
     // Shows at the foot, until the next call, why the preferences could not be saved; empty for nothing.
     void showPreferencesFailure(const QString& failure);
@@ -99,6 +104,8 @@ public Q_SLOTS:
     void redo();
     // Shows the versions of the rules.
     void showHistory();
+    // Shows the programs' own settings.
+    void showSettings();
     // Begins to edit the tag of the only selected rule.
     void editTagOfSelectedRule();
     // A tag has been edited in the table: it is the first selected rule's.
@@ -155,6 +162,8 @@ private:
     void setUpDocument();
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
+    void settingsWereSaved(const ProgramSettings& settings);
+    void tellOfJoinedLines(qulonglong lines);
     void tellOfRemaining(const std::vector<RuleRef>& remaining);
     void showFirstOf(const std::vector<RuleRef>& rules);
     void writeWholeLines();
@@ -208,6 +217,7 @@ private:
     std::unique_ptr<RulesHistory> m_rulesHistory;
     std::vector<FileHistory*> m_histories; // in the order in which they are offered
     QPointer<HistoryWindow> m_historyWindow;
+    QPointer<SettingsWindow> m_settingsWindow;
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };

@@ -67,6 +67,13 @@ void applyWindowLook(QApplication& application)
                                       shades::faintLine.name()));
 }
 
+void bringToFront(QWidget& window)
+{
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 void applySheetLook(QWidget& window)
 {
     const bool translucent = isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);

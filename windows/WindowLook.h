@@ -15,4 +15,7 @@ void applyWindowLook(QApplication& application);
 // switching of windows are its business.
 void applySheetLook(QWidget& window);
 
+// Shows the window over all others, with the keyboard.
+void bringToFront(QWidget& window);
+
 } // namespace quorvane

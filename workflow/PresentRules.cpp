@@ -7,9 +7,23 @@
 
 namespace quorvane {
 
-PresentRules::PresentRules(const RuleManager& store, std::shared_ptr<const RuleRows> reviewed)
+namespace {
+
+bool isCutBy(const RuleRef& rule, LineEnds lineEnds)
+{
+    return lineEnds == LineEnds::cut && askRule(rule, [](const auto& record) {
+        return !readsBackAsWritten(record.fields(), LineEnds::cut)
+            && readsBackAsWritten(record.fields(), LineEnds::whole);
+    });
+}
+
+} // namespace
+
+PresentRules::PresentRules(
+    const RuleManager& store, std::shared_ptr<const RuleRows> reviewed, LineEnds lineEnds)
     : m_store(store)
     , m_reviewed(std::move(reviewed))
+    , m_lineEnds(lineEnds)
 {
 }
 
@@ -18,8 +32,11 @@ bool PresentRules::countOn(std::size_t rules)
     const std::size_t all = m_reviewed->count(false);
     const std::size_t end = std::min(all, m_next + rules);
     for (; m_next < end; ++m_next) {
-        if (isPresent(m_store, m_reviewed->at(m_next, false)))
+        const RuleRef& rule = m_reviewed->at(m_next, false);
+        if (isPresent(m_store, rule))
             ++m_count;
+        if (isCutBy(rule, m_lineEnds))
+            ++m_countOfCut;
     }
     return m_next < all;
 }

@@ -31,10 +31,13 @@ RuleImport::RuleImport(RulesDocument& document, ProgramFacts& facts)
 
 void RuleImport::begin(const std::string& path)
 {
-    m_currentImportTag = path == m_store.locations().failSafeFile() ? std::string() : tagForFile(path);
+    const bool isSuggested = path == m_store.locations().failSafeFile();
+    const bool isOwn = path == m_store.locations().userRulesFile();
+    m_currentImportTag = isSuggested || isOwn ? std::string() : tagForFile(path);
     m_tag = m_currentImportTag;
-    m_action = path == m_store.locations().failSafeFile() ? "Import Suggestions"
-                                                          : "Import " + std::string(lastPathComponent(path));
+    m_action = isSuggested ? "Import Suggestions"
+        : isOwn            ? "Take Joined Lines Apart"
+                           : "Import " + std::string(lastPathComponent(path));
     m_done = {};
     m_importedRules = 0;
     m_addedRules = 0;

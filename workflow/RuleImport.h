@@ -33,7 +33,8 @@ public:
     explicit RuleImport(RulesDocument& document, ProgramFacts& facts = programFactsOnDisk());
 
     // A new import, of the file at `path`: no rule is imported yet. Untagged rules get the file's name as
-    // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file stay untagged.
+    // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file, and of joined
+    // lines of the user's own file, stay untagged.
     void begin(const std::string& path);
 
     // Adds the rule, tagged and bound to its program, unless an equal one is there: for a watch rule among

@@ -73,6 +73,7 @@ RulesDocument::~RulesDocument()
 
 void RulesDocument::setSettings(const ProgramSettings& settings)
 {
+    waitUntilWritten();
     m_owner.settings = settings;
     m_file.setLimits(settings.history);
 }

@@ -109,6 +109,12 @@ UserRulesFile::UserRulesFile(
 {
 }
 
+void UserRulesFile::setLimits(const JournalLimits& limits)
+{
+    m_limits = limits;
+    m_journal.reset(); // opened again with these
+}
+
 FileLock UserRulesFile::lock(std::chrono::milliseconds wait) const
 {
     return FileLock::take(m_path, LockMode::exclusive, wait);

@@ -66,7 +66,7 @@ public:
     UserRulesFile(const Locations& locations, std::string program, std::string stateFolder, Log& log);
 
     const std::string& path() const { return m_path; }
-    void setLimits(const JournalLimits& limits) { m_limits = limits; }
+    void setLimits(const JournalLimits& limits);
 
     FileLock lock(std::chrono::milliseconds wait) const;
 

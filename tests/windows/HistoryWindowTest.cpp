@@ -368,6 +368,11 @@ TEST_F(HistoryWindowTest, RemembersItsSize)
     waitFor([&] { return window.isNull(); });
     open(1);
     EXPECT_EQ(window->size(), QSize(720, 500));
+    window->resize(700, 480);
+    QTest::keyClick(versions, Qt::Key_Escape);
+    waitFor([&] { return window.isNull(); });
+    open(1);
+    EXPECT_EQ(window->size(), QSize(700, 480));
 }
 
 } // namespace quorvane

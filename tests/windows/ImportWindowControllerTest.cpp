@@ -405,4 +405,50 @@ TEST_F(ImportWindow, TogglesTheTicksOfManyRowsTogether)
     EXPECT_EQ(counts(), QStringLiteral("20,000 of 20,000 rules ticked"));
 }
 
+TEST_F(ImportWindow, TheCountLineTellsOfLettersThatTheRulesFileCuts)
+{
+    const std::string file = folder.write(
+        "Letters.quorv", "allow prefix \"/a\" \"/bin/sh\" r\nallow prefix \"/K\u00e4se\" \"/bin/sh\" r\n");
+    open(file);
+    const QString told = QStringLiteral(", 1 with letters beyond ASCII, whose lines the rules file cuts");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts().contains(told); })) << counts().toStdString();
+    ProgramSettings wholeLines;
+    wholeLines.wholeLines = true;
+    document.setSettings(wholeLines);
+    window->presentRulesDidChange();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == QStringLiteral("2 of 2 rules ticked"); }))
+        << counts().toStdString();
+}
+
+TEST_F(ImportWindow, LinesThatHoldSeveralRulesAreTakenApartOnRequest)
+{
+    open(folder.write("Joined.quorv",
+        "allow prefix \"/a\" \"/bin/sh\" r \"\" \"\" \"0\"\n"
+        "allow prefix \"/b\" \"/bin/sh\" r \"\" \"\" \"0\"deny path \"/c\" \"/bin/cat\" w \"\" \"\" \"0\"\n"
+        "allow prefix \"/d\" \"/bin/sh\" r \"very impordeny path \"/e\" \"/bin/cat\" w \"\" \"\" \"0\"\n"));
+    EXPECT_EQ(table->model()->rowCount(), 3);
+    EXPECT_TRUE(counts().contains(QStringLiteral("2 lines of the file hold several rules each")))
+        << counts().toStdString();
+    ASSERT_TRUE(button("takeApartButton")->isVisible());
+    button("takeApartButton")->click();
+    EXPECT_FALSE(button("takeApartButton")->isVisible());
+    EXPECT_EQ(table->model()->rowCount(), 5);
+    EXPECT_EQ(ticks().count(u'-'), 1);
+    for (int row = 0; row < 5; ++row) {
+        if (ticks()[row] == u'-') {
+            EXPECT_EQ(text(row, ImportColumn::path), QStringLiteral("/d")) << "it has lost text";
+        }
+    }
+    window->importAction();
+    for (const char* path : {"/a ", "/b ", "/c ", "/e ", "end"})
+        EXPECT_NE(delegate.calls.find(path), std::string::npos) << path;
+    EXPECT_EQ(delegate.calls.find("/d "), std::string::npos);
+}
+
+TEST_F(ImportWindow, NothingIsOfferedWhereNoLineHoldsSeveralRules)
+{
+    openThree();
+    EXPECT_FALSE(button("takeApartButton")->isVisible());
+}
+
 } // namespace quorvane

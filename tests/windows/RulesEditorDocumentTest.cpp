@@ -4,10 +4,13 @@
 #include "tests/support/TestDocument.h"
 #include "tests/windows/TableWindow.h"
 #include "windows/HistoryWindow.h"
+#include "windows/ImportWindowController.h"
+#include "windows/SettingsWindow.h"
 #include "workflow/RuleCells.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
+#include <QCheckBox>
 #include <QPushButton>
 
 #include <string>
@@ -194,6 +197,48 @@ TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
     EXPECT_EQ(buttons(), QStringLiteral("Show Write Whole Lines"));
     press("Write Whole Lines");
     EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
+}
+
+TEST_F(RulesEditorDocument, JoinedLinesOfTheRulesFileAreReviewedAndImportedAsWholeRules)
+{
+    const std::string first = "allow prefix \"/a\" \"/no/such\" r \"\" \"\" \"0\"";
+    const std::string second = "deny path \"/b\" \"/no/such\" w \"\" \"\" \"0\"";
+    openWith(first + second + "\n");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !in<QFrame>("notices")->isHidden(); }));
+    EXPECT_EQ(notice(),
+        QStringLiteral("1 line of the rules file holds several rules, of which the first alone counts."));
+    press("Review");
+    auto* review = window->findChild<ImportWindowController*>();
+    ASSERT_NE(review, nullptr);
+    review->importAction();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b"));
+    EXPECT_EQ(file(), first + "\n" + second + "\n") << "without a tag of the file's name";
+    EXPECT_EQ(document->undoName(), "Take Joined Lines Apart");
+}
+
+TEST_F(RulesEditorDocument, SettingsAreOneWindowAndTakeEffectAtOnce)
+{
+    openWith(line("/a"));
+    action("settingsMenuItem")->trigger();
+    action("settingsMenuItem")->trigger();
+    ASSERT_EQ(window->findChildren<SettingsWindow*>().size(), 1);
+    auto* settings = window->findChild<SettingsWindow*>();
+    settings->findChild<QCheckBox*>(QStringLiteral("wholeLinesCheckBox"))->setChecked(true);
+    settings->save();
+    EXPECT_TRUE(document->settings().wholeLines);
+    document->perform(
+        additionOf(policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1})), {"Test"});
+    EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
+}
+
+TEST_F(RulesEditorDocument, SettingsThatCouldNotBeUsedAreToldWithAWayToThem)
+{
+    openWith(line("/a"));
+    window->showSettingsProblem(QStringLiteral("line 2 could not be used"));
+    EXPECT_EQ(notice(), QStringLiteral("line 2 could not be used"));
+    press("Settings...");
+    EXPECT_NE(window->findChild<SettingsWindow*>(), nullptr);
 }
 
 } // namespace quorvane

@@ -1,0 +1,56 @@
+#include "workflow/JoinedRules.h"
+
+#include "rules/JoinedLines.h"
+#include "rules/RuleIdentity.h"
+#include "rules/RulesFile.h"
+#include "rules/RulesText.h"
+
+#include <cstdint>
+#include <new>
+#include <unordered_set>
+#include <utility>
+
+namespace quorvane {
+
+std::size_t joinedLineCount(std::string_view bytes)
+{
+    return joinedLines(bytes).size();
+}
+
+std::size_t joinedLineCountOfFile(const std::string& path)
+{
+    try {
+        return joinedLineCount(RulesFileText::read(path).bytes());
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+RulesApart rulesOfJoinedLines(std::string_view bytes)
+{
+    RulesApart apart;
+    for (const JoinedLine& line : joinedLines(bytes)) {
+        for (const JoinedRule& joined : line.rules) {
+            if (askValue(joined.rule, [](const auto& fields) { return fields.operations != 0; }))
+                apart.rules.push_back({joined.rule, !joined.cut.empty()});
+        }
+    }
+    return apart;
+}
+
+RulesApart rulesApart(std::string_view bytes)
+{
+    std::unordered_set<std::uint64_t> cut; // by hash: a false alarm costs a tick
+    for (const RulesApart::Rule& joined : rulesOfJoinedLines(bytes).rules) {
+        if (joined.isCut)
+            cut.insert(identityHash(joined.rule));
+    }
+    RulesApart apart;
+    for (RuleValue& rule : rulesOfText(rescuedText(bytes))) {
+        const bool isCut = cut.contains(identityHash(rule));
+        apart.rules.push_back({std::move(rule), isCut});
+    }
+    return apart;
+}
+
+} // namespace quorvane

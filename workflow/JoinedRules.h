@@ -1,0 +1,33 @@
+#pragma once
+
+#include "rules/RuleValue.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+// Rules of a file in which lines hold several rules, as rules of their own (rules/JoinedLines.h).
+struct RulesApart {
+    struct Rule {
+        RuleValue rule;
+        bool isCut = false; // text of it is lost
+    };
+    std::vector<Rule> rules; // in the order of the file
+};
+
+// How many lines hold several rules. All functions: any thread, any bytes.
+std::size_t joinedLineCount(std::string_view bytes);
+
+// The same of the file at `path`; 0 when it cannot be read, or memory runs out.
+std::size_t joinedLineCountOfFile(const std::string& path);
+
+// The rules of these lines alone. One whose operations are lost is left out: it would decide nothing.
+RulesApart rulesOfJoinedLines(std::string_view bytes);
+
+// All rules of the file, those of joined lines apart. Of equal ones the first.
+RulesApart rulesApart(std::string_view bytes);
+
+} // namespace quorvane
