@@ -1,0 +1,43 @@
+#include "cli/RuleJson.h"
+#include "cli/WantedRules.h"
+#include "platform/Unicode.h"
+#include "rules/RuleIdentity.h"
+#include "rules/RuleMarks.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+// Reads any text as rules to apply, JSON or not: what is read can be printed as JSON and read again.
+
+namespace {
+
+using namespace quorvane;
+
+void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    if (!isValidUtf8(text) || text.find('\0') != std::string_view::npos)
+        return 0;
+    const WantedRules wanted = readWantedRules(text);
+    require(!wanted.problem || wanted.rules.empty());
+    std::string printed;
+    for (const WantedRule& rule : wanted.rules)
+        printed += jsonLine(propertiesJson(rule.rule));
+    const WantedRules again = readWantedRules(printed);
+    require(!again.problem && again.rules.size() == wanted.rules.size());
+    for (std::size_t i = 0; i < wanted.rules.size(); ++i) {
+        require(isEqualRule(again.rules[i].rule, wanted.rules[i].rule));
+        require(hasSameMarks(again.rules[i].rule, wanted.rules[i].rule));
+    }
+    return 0;
+}
