@@ -4,17 +4,34 @@
 #include "platform/OutputFile.h"
 #include "platform/SystemError.h"
 
+#include <utility>
+
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
 namespace quorvane {
 
-std::optional<RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty)
+namespace {
+
+std::optional<RulesInput> onlyText(RulesInput input)
 {
-    RulesInput input = RulesInput::read(path, nullDeviceIsEmpty);
     if (!input.textProblem())
         return input;
     complain(printable(*input.textProblem()));
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty)
+{
+    return onlyText(RulesInput::read(path, nullDeviceIsEmpty));
+}
+
+std::optional<RulesInput> readStandardInput()
+{
+    return onlyText(RulesInput::readDescriptor(STDIN_FILENO, "standard input"));
 }
 
 void addOutOption(CLI::App& command, std::optional<std::string>& out, const std::string& help)

@@ -17,6 +17,9 @@ namespace quorvane {
 // None, after a complaint, when the file cannot be read or is no text.
 std::optional<RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty = false);
 
+// None, after a complaint, when it cannot be read or is no text.
+std::optional<RulesInput> readStandardInput();
+
 // -o OUT: where a command is to write. An empty name is one as well, of no file.
 void addOutOption(CLI::App& command, std::optional<std::string>& out, const std::string& help);
 

@@ -37,6 +37,8 @@ std::unique_ptr<Command> makeRestoreCommand();
 std::unique_ptr<Command> makeUndoCommand();
 // Does again what was undone last.
 std::unique_ptr<Command> makeRedoCommand();
+// Makes the current user's configuration hold the rules of a file, or none of them.
+std::unique_ptr<Command> makeApplyCommand();
 // Prints what is worth telling of the user's rules, or of those of many files.
 std::unique_ptr<Command> makeCheckCommand();
 // Prints the rules by which a rules file differs from another.
@@ -45,6 +47,8 @@ std::unique_ptr<Command> makeDiffCommand();
 std::unique_ptr<Command> makeMergeCommand();
 // Prints the rules of joined lines, and takes them apart.
 std::unique_ptr<Command> makeRescueCommand();
+// Lets git merge and compare rules files by their rules.
+std::unique_ptr<Command> makeGitSetupCommand();
 // Prints what the code signatures of programs, then of running processes, say.
 std::unique_ptr<Command> makeCodesignCommand();
 // Prints the digests of files, of all that can be read.

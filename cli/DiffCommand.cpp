@@ -2,7 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/DifferenceOutput.h"
 #include "cli/Output.h"
-#include "rules/RulesText.h"
+#include "rules/FileDifference.h"
 
 #include <string>
 
@@ -33,8 +33,7 @@ public:
         const auto after = readText(m_after);
         if (!before || !after)
             return ExitStatus::failure;
-        const RulesDifference difference
-            = rulesDifference(rulesOfText(before->bytes()), rulesOfText(after->bytes()));
+        const RulesDifference difference = fileDifference(before->bytes(), after->bytes());
         Output output;
         writeDifference(output, difference, m_asJson);
         if (!output.finish())

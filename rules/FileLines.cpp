@@ -6,32 +6,33 @@
 #include "rules/RuleCodes.h"
 #include "rules/RuleIdentity.h"
 
+#include <algorithm>
+#include <future>
 #include <memory>
 #include <new>
+#include <thread>
 #include <utility>
 
 namespace quorvane {
 
 namespace {
 
-bool isKnown(const PolicyRuleFields& rule)
+template <class Fields> std::optional<RuleValue> ruleIn(const std::shared_ptr<Fields>& rule)
 {
-    return rule.policyClass != unknownCode && rule.policyType != unknownCode && rule.operations != 0;
+    return RuleValue(std::shared_ptr<const Fields>(rule));
 }
 
-bool isKnown(const WatchRuleFields& rule)
-{
-    return rule.policyType != unknownCode && rule.operations != 0;
-}
-
-template <class Fields> std::optional<RuleValue> knownRule(const std::shared_ptr<Fields>& rule)
-{
-    return isKnown(*rule) ? std::optional<RuleValue>(std::shared_ptr<const Fields>(rule)) : std::nullopt;
-}
-
-std::optional<RuleValue> knownRule(const FilterOption& /*option*/)
+std::optional<RuleValue> ruleIn(const FilterOption& /*option*/)
 {
     return std::nullopt;
+}
+
+bool isUsable(const RuleValue& rule)
+{
+    const auto* policy = std::get_if<PolicyValue>(&rule);
+    return (policy == nullptr || (*policy)->policyClass != unknownCode)
+        && askValue(rule,
+            [](const auto& fields) { return fields.policyType != unknownCode && fields.operations != 0; });
 }
 
 } // namespace
@@ -54,44 +55,99 @@ std::vector<FileLine> fileLines(std::string_view text)
     return lines;
 }
 
+RuleReader::RuleReader(RuleLines lines)
+    : m_lines(lines)
+    , m_parser({.system = false, .optionsAllowed = lines == RuleLines::usable})
+{
+}
+
 std::optional<RuleValue> RuleReader::ruleOf(std::string_view line)
 {
     const std::vector<ParsedLine> parsed = m_parser.parse(line);
     if (parsed.empty())
         return std::nullopt;
-    auto rule = std::visit([](const auto& content) { return knownRule(content); }, parsed.front().content);
-    return rule && !isJoinedLine(line) ? std::move(rule) : std::nullopt;
+    auto rule = std::visit([](const auto& content) { return ruleIn(content); }, parsed.front().content);
+    const bool counts = m_lines == RuleLines::all || (rule && isUsable(*rule) && !isJoinedLine(line));
+    return counts ? std::move(rule) : std::nullopt;
 }
 
-std::uint32_t LineCatalogue::numberOf(std::string_view line)
+// What a line was read as, without the rule itself.
+struct LineCatalogue::ReadLine {
+    bool isRule = false;
+    bool isWatchRule = false;
+    std::uint64_t hash = 0;
+};
+
+std::vector<std::uint32_t> LineCatalogue::numbersOf(const std::vector<FileLine>& lines)
 {
-    const std::uint64_t hash = combinedHash(0, line);
-    for (auto entry = m_lineSlots.first(hash); entry != SlotChains::none; entry = m_lineSlots.next(entry)) {
-        if (m_lines[m_lineSlots.slot(entry)].text == line)
-            return m_lineSlots.slot(entry);
+    const std::size_t first = m_entries.size();
+    std::vector<std::uint32_t> numbers;
+    numbers.reserve(lines.size());
+    // Files that are compared have most lines in common, in the same order.
+    std::uint32_t guess = 0;
+    for (const FileLine& line : lines) {
+        numbers.push_back(numberOf(line.text, guess));
+        guess = numbers.back() + 1;
     }
-    if (m_lines.size() == none)
-        throw std::bad_alloc();
-    const auto number = static_cast<std::uint32_t>(m_lines.size());
-    const auto rule = m_reader.ruleOf(line);
-    m_lines.push_back({line, none});
-    m_lineSlots.insert(hash, number);
-    if (rule)
-        m_lines.back().rule = numberOfRule(number, *rule);
-    return number;
+    const std::vector<ReadLine> read = readFrom(first);
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        if (read[i].isRule)
+            m_entries[first + i].rule = numberOfRule(static_cast<std::uint32_t>(first + i), read[i]);
+    }
+    return numbers;
 }
 
-std::uint32_t LineCatalogue::numberOfRule(std::uint32_t line, const RuleValue& rule)
+std::uint32_t LineCatalogue::numberOf(std::string_view line, std::uint32_t guess)
 {
-    const std::uint64_t hash = identityHash(rule);
-    for (auto entry = m_ruleSlots.first(hash); entry != SlotChains::none; entry = m_ruleSlots.next(entry)) {
-        const std::uint32_t number = m_ruleSlots.slot(entry);
-        if (isEqualRule(rule, ruleOf(m_rules[number].line)))
+    if (guess < m_entries.size() && m_entries[guess].text == line)
+        return guess;
+    const std::uint64_t hash = combinedHash(0, line);
+    for (auto slot = m_lineSlots.first(hash); slot != SlotChains::none; slot = m_lineSlots.next(slot)) {
+        if (m_entries[m_lineSlots.slot(slot)].text == line)
+            return m_lineSlots.slot(slot);
+    }
+    if (m_entries.size() == none)
+        throw std::bad_alloc();
+    m_lineSlots.insert(hash, static_cast<std::uint32_t>(m_entries.size()));
+    m_entries.push_back({line, none});
+    return static_cast<std::uint32_t>(m_entries.size() - 1);
+}
+
+// The lines from number `first` on, in stretches of which each thread reads one.
+std::vector<LineCatalogue::ReadLine> LineCatalogue::readFrom(std::size_t first) const
+{
+    constexpr std::size_t leastStretch = 4096; // lines; fewer are not worth a thread
+    std::vector<ReadLine> read(m_entries.size() - first);
+    const auto readStretch = [this, first, &read](std::size_t begin, std::size_t end) {
+        RuleReader reader(m_lines);
+        for (std::size_t i = begin; i < end; ++i) {
+            if (const auto rule = reader.ruleOf(m_entries[first + i].text))
+                read[i] = {true, std::holds_alternative<WatchValue>(*rule), identityHash(*rule)};
+        }
+    };
+    const std::size_t threads = std::max(std::thread::hardware_concurrency(), 1U);
+    const std::size_t stretch = std::max(read.size() / threads + 1, leastStretch);
+    // Where no thread can be had, the library's choice falls back on this one.
+    std::vector<std::future<void>> others;
+    for (std::size_t begin = stretch; begin < read.size(); begin += stretch)
+        others.push_back(std::async(std::launch::async | std::launch::deferred, readStretch, begin,
+            std::min(begin + stretch, read.size())));
+    readStretch(0, std::min(stretch, read.size()));
+    for (std::future<void>& other : others)
+        other.get();
+    return read;
+}
+
+std::uint32_t LineCatalogue::numberOfRule(std::uint32_t line, const ReadLine& read)
+{
+    for (auto slot = m_ruleSlots.first(read.hash); slot != SlotChains::none; slot = m_ruleSlots.next(slot)) {
+        const std::uint32_t number = m_ruleSlots.slot(slot);
+        if (isEqualRule(ruleOf(line), ruleOf(m_rules[number].line)))
             return number;
     }
     const auto number = static_cast<std::uint32_t>(m_rules.size());
-    m_rules.push_back({line, std::holds_alternative<WatchValue>(rule)});
-    m_ruleSlots.insert(hash, number);
+    m_rules.push_back({line, read.isWatchRule});
+    m_ruleSlots.insert(read.hash, number);
     return number;
 }
 

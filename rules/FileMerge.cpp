@@ -230,9 +230,7 @@ private:
     {
         File& file = m_files[side];
         file.lines = fileLines(text);
-        file.numbers.reserve(file.lines.size());
-        for (const FileLine& line : file.lines)
-            file.numbers.push_back(m_catalogue.numberOf(line.text));
+        file.numbers = m_catalogue.numbersOf(file.lines);
     }
 
     const FileLine& lineOf(const Entry& entry, Side side) const
@@ -433,7 +431,7 @@ private:
                 std::string(lineOf(entry, side).text), std::string(lineOf(entry, base).text)});
     }
 
-    LineCatalogue m_catalogue;
+    LineCatalogue m_catalogue{RuleLines::usable};
     std::array<File, sides> m_files;
     std::vector<Entry> m_entries;
     std::vector<std::uint32_t> m_next; // by entry: the next one of the chain

@@ -24,14 +24,14 @@ class Manual(CommandTest):
         return self.succeed(*command, "--help").out.decode()
 
     def commands(self):
-        return re.findall(r"^  ([a-z]+) ", self.help_of().partition("Subcommands:")[2], re.M)
+        return re.findall(r"^  ([a-z-]+) ", self.help_of().partition("Subcommands:")[2], re.M)
 
     def test_it_describes_every_command_and_no_other(self):
         text = page("quorvanectl.1")
         synopsis = text.partition(".Sh SYNOPSIS")[2].partition(".Sh DESCRIPTION")[0]
         commands = sorted(self.commands())
-        self.assertEqual(sorted(re.findall(r"(?m)^\.Ic ([a-z]+)$", synopsis)), commands)
-        self.assertEqual(sorted(re.findall(r"(?m)^\.It Ic ([a-z]+)$", text)), commands)
+        self.assertEqual(sorted(re.findall(r"(?m)^\.Ic ([a-z-]+)$", synopsis)), commands)
+        self.assertEqual(sorted(re.findall(r"(?m)^\.It Ic ([a-z-]+)$", text)), commands)
 
     def test_the_formatter_finds_nothing_to_complain_of(self):
         for name in sorted(os.listdir(MANUAL)):

@@ -48,7 +48,7 @@ class Usage(CommandTest):
 
     def test_help_names_every_command(self):
         text = self.succeed("--help").out.decode()
-        for command in ("list", "options", "export", "add", "delete", "check", "diff", "merge", "rescue", "codesign",
+        for command in ("list", "options", "export", "add", "delete", "apply", "check", "diff", "merge", "rescue", "codesign",
                         "digest"):
             self.assertIn(command, text)
 

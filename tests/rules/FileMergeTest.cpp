@@ -1,5 +1,6 @@
 #include "rules/FileMerge.h"
 
+#include "rules/FileDifference.h"
 #include "rules/FileLines.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RulesText.h"
@@ -456,6 +457,34 @@ TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
         const FileMergeResult file = mergeFiles(textOf(base), textOf(ours), textOf(theirs));
         ASSERT_EQ(file.text, textOf(expected));
         ASSERT_EQ(file.conflicts.size(), result.reports.size());
+    }
+}
+
+TEST(FileDifference, IsThatOfTheRulesThatAStoreReads)
+{
+    RandomRules random(16);
+    const auto linesOf = [](const RulesDifference& difference) {
+        std::vector<std::string> lines;
+        const auto add = [&lines](const char* what, const RuleValue& rule) {
+            lines.push_back(what + askValue(rule, [](const auto& fields) { return ruleLine(fields); }));
+        };
+        for (const RuleValue& rule : difference.added)
+            add("added ", rule);
+        for (const RuleValue& rule : difference.removed)
+            add("removed ", rule);
+        for (const auto& [before, after] : difference.changed) {
+            add("from ", before);
+            add("to ", after);
+        }
+        return lines;
+    };
+    for (int round = 0; round < 300; ++round) {
+        const std::string before = randomFile(random, 12);
+        const std::string after = editedFile(random, before);
+        ASSERT_EQ(linesOf(fileDifference(before, after)),
+            linesOf(rulesDifference(rulesOfText(before), rulesOfText(after))))
+            << before << "----\n"
+            << after;
     }
 }
 

@@ -1,0 +1,152 @@
+#include "cli/WantedRules.h"
+
+#include "cli/RuleObjectReader.h"
+#include "rules/FileLines.h"
+#include "rules/JoinedLines.h"
+#include "rules/LineTokenizer.h"
+#include "rules/RuleCodes.h"
+#include "rules/RuleIdentity.h"
+#include "rules/RuleLine.h"
+#include "rules/RuleMarks.h"
+#include "rules/SlotChains.h"
+
+#include <cstdint>
+
+namespace quorvane {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view blanks = " \t\n\v\f\r";
+
+// Collects rules, each once.
+class RuleCollection {
+public:
+    // Throws NoRuleError for a rule that is there with another tag or creation time.
+    void add(WantedRule rule)
+    {
+        const std::uint64_t hash = identityHash(rule.rule);
+        for (auto entry = m_slots.first(hash); entry != SlotChains::none; entry = m_slots.next(entry)) {
+            WantedRule& known = m_rules[m_slots.slot(entry)];
+            if (isEqualRule(known.rule, rule.rule))
+                return fold(known, rule);
+        }
+        m_slots.insert(hash, static_cast<std::uint32_t>(m_rules.size()));
+        m_rules.push_back(std::move(rule));
+    }
+
+    std::vector<WantedRule> take() { return std::move(m_rules); }
+
+private:
+    static void fold(WantedRule& known, const WantedRule& rule)
+    {
+        const bool tagsDiffer = known.hasTag && rule.hasTag && !hasSameTag(known.rule, rule.rule);
+        const bool timesDiffer
+            = known.hasCreated && rule.hasCreated && createdOf(known.rule) != createdOf(rule.rule);
+        if (tagsDiffer || timesDiffer)
+            throw NoRuleError(std::string("the rule stands there before with another ")
+                + (tagsDiffer ? "tag" : "creation time"));
+        known.rule = withMarks(
+            known.rule, rule.hasTag ? rule.rule : known.rule, rule.hasCreated ? rule.rule : known.rule);
+        known.hasTag = known.hasTag || rule.hasTag;
+        known.hasCreated = known.hasCreated || rule.hasCreated;
+    }
+
+    std::vector<WantedRule> m_rules;
+    SlotChains m_slots;
+};
+
+NoRuleError expected(const std::string& what, std::string_view found)
+{
+    return NoRuleError("expected " + what + ", not \"" + std::string(found) + "\"");
+}
+
+// The rule that the tokens of a line are.
+RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, TextPool& pool)
+{
+    const std::string_view ruleClass = tokens[0];
+    if (ruleClass != policyClassDescription(PolicyClass::watch)
+        && policyClassForString(ruleClass) == unknownCode)
+        throw expected("a rule that begins with allow, deny or watch", ruleClass);
+    if (tokens.size() < 5)
+        throw NoRuleError("expected class, type, path, process and operations of a rule");
+    if (policyTypeForString(tokens[1]) == unknownCode)
+        throw expected("prefix, path or suffix", tokens[1]);
+    if (tokens[4].empty() || tokens[4].find_first_not_of("rwcmx") != std::string_view::npos)
+        throw expected("operations: letters out of rwcmx", tokens[4]);
+    if (kindOfLine(tokens, false) == LineKind::watchRule)
+        return makeRuleValue(watchRuleFromTokens(tokens, false, pool));
+    return makeRuleValue(policyRuleFromTokens(tokens, false, pool));
+}
+
+// Reads the lines of a file, which throw NoRuleError.
+class LinesReader {
+public:
+    explicit LinesReader(bool isJson)
+        : m_isJson(isJson)
+    {
+    }
+
+    WantedRules read(std::string_view text)
+    {
+        WantedRules wanted;
+        std::size_t number = 1;
+        for (const FileLine& line : fileLines(text)) {
+            try {
+                readLine(line.text, number, wanted);
+            } catch (const NoRuleError& error) {
+                wanted.problem = "line " + std::to_string(number) + ": " + error.what();
+                return wanted;
+            }
+            number += line.end.ends_with('\n') ? 1U : 0U;
+        }
+        wanted.rules = m_rules.take();
+        return wanted;
+    }
+
+private:
+    void readLine(std::string_view line, std::size_t number, WantedRules& wanted)
+    {
+        if (line.find_first_not_of(blanks) == std::string_view::npos)
+            return;
+        if (m_isJson)
+            m_rules.add(ruleOfJson(line));
+        else if (line.front() != ';')
+            readRuleLine(line, number, wanted);
+    }
+
+    void readRuleLine(std::string_view line, std::size_t number, WantedRules& wanted)
+    {
+        if (isJoinedLine(line))
+            throw NoRuleError(
+                "expected one rule, not several: \"quorvanectl rescue\" takes joined lines apart");
+        const auto& tokens = m_tokenizer.tokens(line, mostTokensOfALine);
+        if (tokens.empty())
+            throw NoRuleError("expected class, type, path, process and operations of a rule");
+        if (tokens[0] == "set")
+            wanted.skippedOptions.push_back(number);
+        else
+            m_rules.add({ruleOfTokens(tokens, m_pool)});
+    }
+
+    bool m_isJson;
+    LineTokenizer m_tokenizer;
+    TextPool m_pool;
+    RuleCollection m_rules;
+};
+
+} // namespace
+
+WantedRules readWantedRules(std::string_view text)
+{
+    if (text.starts_with(byteOrderMark))
+        text.remove_prefix(byteOrderMark.size());
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos || text[first] != '[')
+        return LinesReader(first != std::string_view::npos && text[first] == '{').read(text);
+    WantedRules none;
+    none.problem = "expected one JSON object a line, not a list";
+    return none;
+}
+
+} // namespace quorvane
