@@ -50,10 +50,10 @@ std::string onlySeconds(const std::string& text)
 
 // In the order of the help.
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
-    makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeApplyCommand, makeImportCommand,
-    makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand, makeRedoCommand,
-    makeCheckCommand, makeReportCommand, makeDiffCommand, makeMergeCommand, makeRescueCommand,
-    makeGitSetupCommand, makeCodesignCommand, makeDigestCommand, makeCompletionCommand};
+    makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeApplyCommand,
+    makeImportCommand, makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand,
+    makeRedoCommand, makeCheckCommand, makeReportCommand, makeDiffCommand, makeMergeCommand,
+    makeRescueCommand, makeGitSetupCommand, makeCodesignCommand, makeDigestCommand, makeCompletionCommand};
 
 // True for "-w" and the like, which the parser would take for options.
 bool areOperationsToRemove(std::string_view text)
