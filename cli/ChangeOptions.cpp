@@ -33,7 +33,7 @@ int ChangeOptions::carryOut(UserDocument& user, const PlannedChange& plan, const
     const bool isWritten = !m_isDryRun && !plan.change.isEmpty();
     if (isWritten) {
         const std::size_t rules = plan.difference.changed.size() + plan.difference.removed.size();
-        user.document().perform(plan.change, {actionName(verb, rules)});
+        user.document().perform(plan.change, {.action = actionName(verb, rules), .refusesCuts = true});
         if (!user.isWritten())
             return ExitStatus::failure;
     }

@@ -1,6 +1,7 @@
 #include "cli/RuleSelection.h"
 
 #include "cli/Command.h"
+#include "cli/CommandFiles.h"
 #include "cli/Output.h"
 #include "workflow/ProgramSettings.h"
 #include "workflow/UserRulesFile.h"
@@ -8,7 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-
+#include <string_view>
 #include <utility>
 
 #include <sys/stat.h>
@@ -75,6 +76,15 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
     opened.store->applyFilterWithString(selection.filter);
     opened.store->sortIndexUsingDescriptors(selection.sort);
     return opened;
+}
+
+OpenedStore openInput(const std::string& file, const CommandContext& context)
+{
+    const auto input = readText(file);
+    return {.store = RuleManager::initWithText(
+                input ? input->bytes() : std::string_view(), file, context.locations, context.log),
+        .hasFailed = !input,
+        .isComplete = input.has_value()};
 }
 
 } // namespace quorvane

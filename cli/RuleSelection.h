@@ -35,4 +35,8 @@ struct OpenedStore {
 // user's file whose writing was cut short the rules are those that were meant; the file stays as it is.
 OpenedStore openStore(const RuleSelection& selection, const CommandContext& context);
 
+// The same of a file that a command only reads: a regular file, a link to one, or a pipe that a shell made.
+// Not complete, after a complaint, when it cannot be read or is no text.
+OpenedStore openInput(const std::string& file, const CommandContext& context);
+
 } // namespace quorvane

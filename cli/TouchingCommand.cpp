@@ -51,7 +51,8 @@ public:
         const auto place = m_place.open();
         if (!place)
             return ExitStatus::failure;
-        const OpenedStore opened = openStore(m_selection, context);
+        const OpenedStore opened
+            = m_selection.file ? openInput(*m_selection.file, context) : openStore(m_selection, context);
         const bool includeSystemRules = m_selection.includeSystemRules;
         const auto present = opened.store->rows();
         std::vector<std::size_t> rows;

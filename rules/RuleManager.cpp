@@ -44,6 +44,13 @@ constexpr std::array integerOptions{"access.user.detail", "security.hashing.enfo
     "policy.global.exec", "policy.global.attach", "policy.global.paranoid", "ui.prompts.while_locked",
     "ui.prompts.oob", "ui.prompts.remote", "ui.prompts.authenticate"};
 
+// What a reader of a file with that text takes from it.
+std::string_view readablePart(std::string_view text)
+{
+    text = text.substr(0, text.find('\0'));
+    return isValidUtf8(text) ? text : std::string_view();
+}
+
 // The pieces of a log line, joined.
 template <class... Pieces> std::string logLine(const Pieces&... pieces)
 {
@@ -103,6 +110,16 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(const NullableT
     return store;
 }
 
+std::unique_ptr<RuleManager> RuleManager::initWithText(
+    std::string_view text, const std::string& path, Locations locations, Log& log)
+{
+    auto store = std::make_unique<RuleManager>(std::move(locations), log);
+    store->addText(readablePart(text), path, false);
+    store->loadOptions();
+    store->rebuildRulesCache();
+    return store;
+}
+
 void RuleManager::reloadCurrentUserConfiguration()
 {
     reloadAs([this] { readOwnFile(m_locations.userRulesFile(), false); });
@@ -110,12 +127,9 @@ void RuleManager::reloadCurrentUserConfiguration()
 
 void RuleManager::reloadCurrentUserConfiguration(std::string_view userText)
 {
-    userText = userText.substr(0, userText.find('\0'));
-    if (!isValidUtf8(userText))
-        userText = {};
     reloadAs([this, userText] {
         m_unreadRules.reset();
-        addText(userText, m_locations.userRulesFile(), false);
+        addText(readablePart(userText), m_locations.userRulesFile(), false);
     });
 }
 

@@ -57,11 +57,15 @@ public:
         bool shouldLabelAsSystemRules, Locations locations, Log& log,
         std::chrono::milliseconds wait = RulesFileText::usualWait);
 
+    // The same of a user's file that has been read already. The text counts up to its first NUL byte; one
+    // that is not UTF-8 holds no rules.
+    static std::unique_ptr<RuleManager> initWithText(
+        std::string_view text, const std::string& path, Locations locations, Log& log);
+
     // Discards all rules and options and reads the current user's configuration again. Keeps sort and filter,
     // and sequence numbers go on rising.
     void reloadCurrentUserConfiguration();
-    // The same with `userText` in place of what the user's file holds. It counts up to its first NUL byte;
-    // one that is not UTF-8 holds no rules.
+    // The same with `userText` in place of what the user's file holds.
     void reloadCurrentUserConfiguration(std::string_view userText);
 
     // Appends what a rules file holds, without duplicates; never removes anything. False only when the file

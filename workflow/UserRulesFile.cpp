@@ -345,6 +345,10 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLo
         report.message = "Version " + std::to_string(*order.restores) + " can no longer be read";
         return;
     }
+    if (order.reason.refusesCuts && meant->content.isCut()) {
+        report.message = "Not writing file '" + m_path + "': it would cut a rule with letters beyond ASCII";
+        return;
+    }
     const auto unread = order.unreadReason ? order.unreadReason : previous.errorMessage();
     const auto aside = unread ? putAside(*unread, lock, report) : std::nullopt;
     if (unread && !aside)

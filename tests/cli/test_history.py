@@ -279,6 +279,17 @@ class Lock(HistoryTest):
                 self.assertIn("Another program is writing the rules file", result.err)
                 self.assertEqual(self.written(), FIRST)
 
+    def test_newer_commands_give_up_likewise(self):
+        fcntl.flock(self.other, fcntl.LOCK_UN)
+        self.add()
+        fcntl.flock(self.other, fcntl.LOCK_EX)
+        for command in (["undo"], ["restore", "1"], ["remove", "--all"],
+                        ["set", "--set-tag", "t", "--all"]):
+            with self.subTest(command=command):
+                self.fail_with(3, "--lock-timeout", "0", *command)
+                self.assertEqual(self.written(), FIRST + SECOND)
+        self.assertEqual(self.versions(), [2, 1])
+
     def test_a_reader_reads_all_the_same_after_the_time(self):
         for seconds in ("0", "0.05"):
             with self.subTest(seconds=seconds):

@@ -10,7 +10,7 @@ def line(path):
 
 
 # Longer than the journal of them is, so that a limit of file sizes cuts the rules file and not the journal.
-MANY = [f"/rules/of/a/long/file/{number:05}" for number in range(1500)]
+MANY = [f"/{'rules/of/a/long/file/' * 10}{number:05}" for number in range(400)]
 BEFORE = "".join(map(line, MANY))
 
 
@@ -56,6 +56,20 @@ class CutShort(CommandTest):
         self.assertEqual(result.status, 0)
         self.assertIn("was cut short at \u201cAdd Rule\u201d; it has been completed", result.err)
         self.assertEqual(self.written(), "BEFORE " + line("/added") + line("/next"))
+
+    def test_the_history_tells_how_far_the_write_got(self):
+        self.assertEqual(self.succeed("history", "--json").values("state")[0], "under way")
+        self.run_program("add", "allow", "prefix", "/next", "any", "r")
+        self.assertEqual(self.succeed("history", "--json").values("state")[:2], ["done", "recovered"])
+
+    def test_an_undo_takes_back_the_write_that_was_cut_short(self):
+        self.assertEqual(self.run_program("undo").status, 0)
+        self.assertEqual(self.written(), "BEFORE ")
+
+    def test_a_dry_run_sees_the_rules_as_meant_and_leaves_the_file_alone(self):
+        result = self.succeed("remove", "--dry-run", "--json", "--path", "/added")
+        self.assertEqual(result.objects()[-1]["removed"], 1)
+        self.assertEqual(self.written(), "BEFORE " + line("/added")[:10])
 
     def test_a_rule_that_only_the_cut_write_had_can_be_deleted(self):
         self.assertEqual(self.run_program("delete", "allow", "prefix", "/added", "any", "r").status, 0)

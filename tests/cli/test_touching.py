@@ -1,6 +1,6 @@
 import os
 
-from quorvanectl import CommandTest
+from quorvanectl import PROGRAM, CommandTest
 
 
 class Touching(CommandTest):
@@ -46,8 +46,22 @@ class Touching(CommandTest):
         file = self.sandbox.new_file("rules", ["allow prefix /x any r", "allow prefix /y any r"])
         self.assertEqual(self.touching("/x/1", file), ["/x"])
 
+    def test_of_a_link_or_of_a_pipe_that_is_read_to_its_end(self):
+        file = self.sandbox.new_file("rules", ["allow prefix /x any r", "allow prefix /y any r"])
+        link = self.sandbox.path("link")
+        os.symlink(file, link)
+        self.assertEqual(self.touching("/x/1", link), ["/x"])
+        script = f"{PROGRAM} touching --json /y <(cat '{file}')"
+        result = self.run_program("-c", script, program="bash")
+        self.assertEqual((result.status, result.values("path")), (0, ["/y"]))
+
     def test_what_cannot_be_read_is_a_failure(self):
-        self.fail_with(3, "touching", "/a", self.sandbox.path("missing"))
+        os.mkfifo(self.sandbox.path("pipe"))
+        for file in (self.sandbox.path("missing"), self.sandbox.home, "/dev/zero", self.sandbox.path("pipe"),
+                     self.sandbox.new_file("latin", b"allow prefix /\xe9 any r\n"),
+                     self.sandbox.new_file("nul", b"allow prefix /a any r\n\0")):
+            with self.subTest(file=file):
+                self.fail_with(3, "touching", "/a", file)
         self.fail_with(3, "touching", "--target", self.sandbox.path("missing"), "/a")
         self.sandbox.write(self.sandbox.user_file, b"\xff")
         self.fail_with(3, "touching", "/a")

@@ -240,4 +240,31 @@ TEST(StoreLifecycle, LocationsOfAnotherRootAreComparedWithIt)
     EXPECT_TRUE(store->filterOptions().empty()) << "it is no main file of this root";
 }
 
+TEST(StoreOfText, HoldsTheRulesOfAUsersFileWithThatText)
+{
+    const StoreSandbox box;
+    const auto store = RuleManager::initWithText(
+        "allow prefix /a any r\nset x 1\nwatch path /w any r\n", "/pipe", box.locations, silentLog());
+    EXPECT_EQ(store->userRules().size(), 2U);
+    const std::string nul("allow prefix /a any r\n\0allow prefix /b any r\n", 45);
+    EXPECT_EQ(RuleManager::initWithText(nul, "/pipe", box.locations, silentLog())->userRules().size(), 1U);
+    EXPECT_TRUE(RuleManager::initWithText("allow prefix /\xff any r\n", "/pipe", box.locations, silentLog())
+                    ->userRules()
+                    .empty());
+}
+
+TEST(StoreReload, TakesATextInPlaceOfTheUsersFile)
+{
+    const StoreSandbox box;
+    box.writeUserRules("allow prefix /cut");
+    box.writeSystemFile("quorvane.rc", "allow prefix /s any r\n");
+    const auto store = box.load();
+    store->reloadCurrentUserConfiguration("allow prefix /a any r\nallow prefix /b any r\n");
+    EXPECT_EQ(store->userRules().size(), 2U);
+    EXPECT_EQ(store->allRules().size(), 3U);
+    store->applyFilterWithString("/b");
+    EXPECT_EQ(store->totalRules(true), 1U);
+    EXPECT_EQ(store->allRules().size(), 3U);
+}
+
 } // namespace quorvane

@@ -109,6 +109,30 @@ TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
     EXPECT_EQ(file(), line("/b/", "two"));
 }
 
+TEST_F(RulesDocumentTest, AnActionThatRefusesCutsWritesNothingWhereAnotherProgramsRuleWouldBeCut)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentAtWork window(box);
+    const std::string foreign = line("/a/") + line("/caf\u00e9s/");
+    box.writeUserRules(foreign);
+    const ChangeSet change = taggingOf({window.ruleWith("/a/")}, "t");
+    EXPECT_TRUE(window.document->perform(change, {.action = "Edit Tag", .refusesCuts = true}).failure);
+    EXPECT_EQ(file(), foreign);
+}
+
+TEST_F(RulesDocumentTest, AnUndoThatChangesNothingCounts)
+{
+    box.writeUserRules("");
+    DocumentAtWork window(box);
+    window.add("/a/");
+    window.add("/b/");
+    box.writeUserRules(line("/a/"));
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), line("/a/"));
+    EXPECT_TRUE(window.document->undo());
+    EXPECT_EQ(file(), "");
+}
+
 TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
