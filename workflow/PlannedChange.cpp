@@ -8,6 +8,7 @@
 #include "rules/RuleNumbering.h"
 #include "workflow/DifferenceText.h"
 #include "workflow/ProgramBinding.h"
+#include "workflow/UnwritableRules.h"
 
 #include <algorithm>
 #include <memory>
@@ -20,40 +21,11 @@ namespace quorvane {
 
 namespace {
 
-constexpr const char* wholeLinesAdvice
-    = "; \"wholeLines=true\" in section [rules] of settings.ini writes all of every line";
-
 struct Wanted {
     RuleRef rule;
     RuleValue before;
     RuleValue after;
 };
-
-bool readsBack(const RuleValue& rule, LineEnds lineEnds)
-{
-    return askValue(rule, [lineEnds](const auto& fields) { return readsBackAsWritten(fields, lineEnds); });
-}
-
-// Why the rule cannot be written to the file; none when it can.
-std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds)
-{
-    if (readsBack(rule, lineEnds))
-        return std::nullopt;
-    if (readsBack(rule, LineEnds::whole))
-        return "the rules file would cut a rule with letters beyond ASCII: " + ruleText(rule)
-            + wholeLinesAdvice;
-    if (askValue(rule, [](const auto& fields) { return fields.operations; }) == 0)
-        return "a rule without operations does not come back from the rules file: " + ruleText(rule);
-    return "a rule with a double quote, a blank at the end of a field, or a line end does not come back from "
-           "the rules file: "
-        + ruleText(rule);
-}
-
-// Whether writing the file would damage the rule, which stands whole in it.
-bool wouldBeCut(const RuleValue& rule, LineEnds lineEnds)
-{
-    return lineEnds == LineEnds::cut && !readsBack(rule, LineEnds::cut) && readsBack(rule, LineEnds::whole);
-}
 
 bool isOfSameGroup(const RuleValue& a, const RuleValue& b)
 {
@@ -85,9 +57,10 @@ void refuseDamage(PlannedChange& plan, const RuleManager& store, LineEnds lineEn
     for (const ChangeSet::Change& change : plan.change.changed)
         replaced.insert(addressOf(change.rule));
     for (const RuleRef& rule : store.userRules()) {
-        if (!plan.refusal && !replaced.contains(addressOf(rule)) && wouldBeCut(valueOf(rule), lineEnds))
-            plan.refusal = "writing the rules file would cut another rule, with letters beyond ASCII: "
-                + ruleText(valueOf(rule)) + wholeLinesAdvice;
+        if (!plan.refusal && lineEnds == LineEnds::cut && !replaced.contains(addressOf(rule))
+            && needsWholeLines(valueOf(rule)))
+            plan.refusal = "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
+                + ruleText(valueOf(rule));
     }
     if (plan.refusal)
         plan.change = {};

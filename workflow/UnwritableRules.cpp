@@ -17,6 +17,13 @@ bool readsBack(const RuleValue& rule, LineEnds lineEnds)
     return askValue(rule, [=](const auto& fields) { return readsBackAsWritten(fields, lineEnds); });
 }
 
+bool isSameRule(const RuleValue& a, const RuleValue& b)
+{
+    return isEqualRule(a, b) && hasSameMarks(a, b);
+}
+
+} // namespace
+
 bool needsWholeLines(const RuleValue& rule)
 {
     return !readsBack(rule, LineEnds::cut) && readsBack(rule, LineEnds::whole);
@@ -30,20 +37,18 @@ std::string wholeLinesAdvice()
         + defaultSettingsFile() + "'";
 }
 
-bool isSameRule(const RuleValue& a, const RuleValue& b)
-{
-    return isEqualRule(a, b) && hasSameMarks(a, b);
-}
-
-} // namespace
-
 std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds)
 {
     if (readsBack(rule, lineEnds))
         return std::nullopt;
     if (needsWholeLines(rule))
         return wholeLinesAdvice() + ": " + ruleText(rule);
-    return "a rules file cannot hold the rule as it is: " + ruleText(rule);
+    if (askValue(rule, [](const auto& fields) { return fields.operations; }) == 0)
+        return "a rule without operations does not come back from a rules file: " + ruleText(rule);
+    return "a rule with a double quote, a blank at the end of a field, or a line end does not come back from "
+           "a "
+           "rules file: "
+        + ruleText(rule);
 }
 
 std::optional<std::string> whyRewritingCuts(

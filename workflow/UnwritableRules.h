@@ -17,6 +17,12 @@ namespace quorvane {
 // beyond ASCII keep from that, the words say how to switch on whole lines.
 std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds);
 
+// True when the rule comes back only from a file whose lines are written whole.
+bool needsWholeLines(const RuleValue& rule);
+
+// How to switch them on, in words that end a sentence.
+std::string wholeLinesAdvice();
+
 // Why the user's file, which holds `fileText` now, must not be written anew with cut lines: a rule of
 // `rules`, which are those that a change leaves alone, stands there whole and would lose its end. None when
 // none does.
