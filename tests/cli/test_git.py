@@ -107,7 +107,7 @@ class GitMerge(GitTest):
         self.commit("team.quorv", A + B)
         told = self.git("diff", "start")
         self.assertIn("Application", told)
-        self.assertRegex(told, r"(?m)^\+1 +allow +prefix +r +Any.* /b$")
+        self.assertRegex(told, r"(?m)^\+1 +Allow +Prefix +r +Any.* /b$")
 
 
 class GitSetup(GitTest):
