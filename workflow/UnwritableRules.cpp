@@ -44,10 +44,9 @@ std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnd
     if (needsWholeLines(rule))
         return wholeLinesAdvice() + ": " + ruleText(rule);
     if (askValue(rule, [](const auto& fields) { return fields.operations; }) == 0)
-        return "a rule without operations does not come back from a rules file: " + ruleText(rule);
-    return "a rule with a double quote, a blank at the end of a field, or a line end does not come back from "
-           "a "
-           "rules file: "
+        return "a rules file cannot hold a rule without operations: " + ruleText(rule);
+    return "a rules file cannot hold a rule with a double quote, a blank at the end of a field, or a line "
+           "end: "
         + ruleText(rule);
 }
 

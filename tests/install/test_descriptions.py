@@ -50,5 +50,5 @@ class Descriptions(unittest.TestCase):
     def test_the_manual_pages_are_clean(self):
         pages = sorted(glob.glob(os.path.join(SOURCE, "docs/man/*")))
         self.assertEqual([os.path.basename(page) for page in pages],
-                         ["quorvane-configuration.1", "quorvane-rules.5", "quorvanectl.1"])
+                         ["quorvane-configuration.1", "quorvane-cookbook.7", "quorvane-rules.5", "quorvanectl.1"])
         self.assert_silent("mandoc", "-Tlint", "-Wwarning", *pages)
