@@ -6,6 +6,7 @@
 #include "history/Journal.h"
 #include "workflow/DifferenceText.h"
 #include "workflow/DocumentTexts.h"
+#include "workflow/VersionChanges.h"
 #include "workflow/VersionDifference.h"
 
 #include <charconv>
@@ -60,9 +61,9 @@ std::string jsonVersion(const JournalVersion& version)
 {
     return jsonLine(
         {{"version", version.number}, {"time", version.time}, {"program", jsonWords(version.program)},
-            {"action", jsonWords(version.action)}, {"rules", version.rules}, {"added", version.added},
-            {"removed", version.removed}, {"changed", version.changed}, {"bytes", version.bytes},
-            {"sha256", version.sha256}, {"state", stateName(version.state)}});
+            {"action", version.action ? Json(actionText(version)) : Json(nullptr)}, {"rules", version.rules},
+            {"added", version.added}, {"removed", version.removed}, {"changed", version.changed},
+            {"bytes", version.bytes}, {"sha256", version.sha256}, {"state", stateName(version.state)}});
 }
 
 // "3  2026-11-21 09:30:00 UTC  quorvanectl  Delete Rule  (11 rules; 1 rule removed)"
@@ -70,8 +71,8 @@ std::string printedVersion(const JournalVersion& version)
 {
     std::string line = std::to_string(version.number) + "  "
         + timeText(static_cast<std::uint64_t>(version.time)) + "  "
-        + printable(version.program.value_or("another program")) + "  "
-        + printable(version.action.value_or("changed the file")) + "  (" + countedRules(version.rules) + "; "
+        + printable(version.program.value_or("another program")) + "  " + printable(actionText(version))
+        + "  (" + countedRules(version.rules) + "; "
         + changeSummary(version.added, version.removed, version.changed) + ")";
     if (version.state != VersionState::done)
         line.append(", ").append(stateName(version.state));

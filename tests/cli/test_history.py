@@ -64,7 +64,14 @@ class History(HistoryTest):
         newest, found = self.succeed("history").out.decode().splitlines()
         self.assertRegex(newest, r"^2  \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC  quorvanectl  Add Rule  "
                                  r"\(2 rules; 1 rule added\)$")
-        self.assertRegex(found, r"^1  .*  another program  changed the file  \(1 rule; 1 rule added\)$")
+        self.assertRegex(found, r"^1  .*  another program  As found when the history began  \(1 rule; 1 rule added\)$")
+
+    def test_what_was_taken_back_and_done_again_is_named_so(self):
+        self.add()
+        self.succeed("undo")
+        self.succeed("redo")
+        self.assertEqual(self.versions("action"), ["Redo Add Rule", "Undo Add Rule", "Add Rule", None])
+        self.assertIn("  Undo Add Rule  ", self.succeed("history").out.decode().splitlines()[1])
 
     def test_what_another_program_wrote_is_a_version_once_we_write(self):
         self.add()
