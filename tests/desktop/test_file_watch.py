@@ -170,6 +170,9 @@ class UnopenableFile(DesktopTest):
         self.sandbox.write_user("allow path /b any r")
         self.desk.click(*notice.find("push button", "OK").center)
         self.assertEqual(self.process.wait(PATIENCE), 0)
+        # What waits is the shell, or the sleep that it has started.
+        waiting = b" ".join(read(f"/proc/{pid}/cmdline").replace(b"\0", b" ") for pid in self.marked())
+        self.assertIn(b"sleep 3.000000", waiting)
 
         again = eventually(self.relaunched, "the program to start again")
         window = RulesWindow(self.desk, Running(again))
