@@ -300,9 +300,8 @@ private:
     // none.
     std::uint32_t behindTextsOfOurs(std::uint32_t number) const
     {
-        const auto isTextOfOurs = [this](const Entry& entry) {
-            return !entry.isRule && !entry.isIn(base) && !entry.isIn(theirs);
-        };
+        const auto isTextOfOurs
+            = [](const Entry& entry) { return !entry.isRule && !entry.isIn(base) && !entry.isIn(theirs); };
         while (m_next[number] != none && isTextOfOurs(m_entries[m_next[number]]))
             number = m_next[number];
         return number;

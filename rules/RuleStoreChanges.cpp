@@ -206,10 +206,11 @@ void RuleStore::addManyAtOnce(Plan& plan) noexcept
         std::map<AnyList, std::vector<std::size_t>> numbers; // of the additions, by list
         for (std::size_t number = 0; number < plan.addedTo.size(); ++number)
             numbers[plan.addedTo[number]].push_back(number);
-        for (const auto& [anyList, added] : numbers) {
+        for (const auto& each : numbers) {
+            const std::vector<std::size_t>& added = each.second;
             if (added.size() < many)
                 continue;
-            withList(anyList, plan.changes.added[added.front()].rule, [&](auto& list, const auto& first) {
+            withList(each.first, plan.changes.added[added.front()].rule, [&](auto& list, const auto& first) {
                 GrowingOrder order(list);
                 for (const std::size_t number : added) {
                     const ChangeSet::Addition& addition = plan.changes.added[number];
