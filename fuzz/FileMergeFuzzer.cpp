@@ -1,12 +1,11 @@
+#include "fuzz/FuzzedTexts.h"
 #include "platform/Unicode.h"
 #include "rules/FileMerge.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RulesText.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,22 +17,6 @@ namespace {
 
 using namespace quorvane;
 
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
-
-std::array<std::string_view, 3> parts(std::string_view bytes)
-{
-    std::array<std::string_view, 3> texts;
-    for (std::string_view& text : texts) {
-        text = bytes.substr(0, bytes.find('\0'));
-        bytes.remove_prefix(std::min(text.size() + 1, bytes.size()));
-    }
-    return texts;
-}
-
 bool holds(const std::vector<RuleValue>& rules, const RuleValue& rule)
 {
     return std::any_of(
@@ -44,7 +27,7 @@ bool holds(const std::vector<RuleValue>& rules, const RuleValue& rule)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto [base, ours, theirs] = parts({reinterpret_cast<const char*>(data), size});
+    const auto [base, ours, theirs] = fuzzedTexts<3>({reinterpret_cast<const char*>(data), size});
     if (!isValidUtf8(base) || !isValidUtf8(ours) || !isValidUtf8(theirs))
         return 0;
     const FileMergeResult merged = mergeFiles(base, ours, theirs);

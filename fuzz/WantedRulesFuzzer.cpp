@@ -1,27 +1,17 @@
 #include "cli/RuleJson.h"
 #include "cli/WantedRules.h"
+#include "fuzz/FuzzedTexts.h"
 #include "platform/Unicode.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RuleMarks.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 // Reads any text as rules to apply, JSON or not: what is read can be printed as JSON and read again.
 
-namespace {
-
 using namespace quorvane;
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -125,32 +125,20 @@ TEST_F(RulesFileTextTest, IsNothingAtOnceForAPipeWithAWriterAndADevice)
     EXPECT_EQ(RulesFileText::read(pipe).unreadReason(), std::nullopt);
 }
 
-TEST_F(RulesFileTextTest, WaitsForAWriterThatHoldsTheLock)
+TEST_F(RulesFileTextTest, WaitsForAWriterThatHoldsTheLockAlsoWhereTheFileIsEmptyYet)
 {
-    folder.write("rules", "deny path");
-    FileLock lock = FileLock::take(path, LockMode::exclusive, never);
-    std::thread writer([&] {
-        folder.write("rules", otherRules);
-        lock = FileLock();
-    });
-    const RulesFileText read = RulesFileText::read(path, ample);
-    writer.join();
+    for (const char* before : {"deny path", ""}) {
+        folder.write("rules", before);
+        FileLock lock = FileLock::take(path, LockMode::exclusive, never);
+        std::thread writer([&] {
+            folder.write("rules", otherRules);
+            lock = FileLock();
+        });
+        const RulesFileText read = RulesFileText::read(path, ample);
+        writer.join();
 
-    EXPECT_EQ(read.text(), otherRules);
-}
-
-TEST_F(RulesFileTextTest, WaitsForAWriterThatHasEmptiedTheFile)
-{
-    folder.write("rules", "");
-    FileLock lock = FileLock::take(path, LockMode::exclusive, never);
-    std::thread writer([&] {
-        folder.write("rules", otherRules);
-        lock = FileLock();
-    });
-    const RulesFileText read = RulesFileText::read(path, ample);
-    writer.join();
-
-    EXPECT_EQ(read.text(), otherRules);
+        EXPECT_EQ(read.text(), otherRules) << "before: '" << before << "'";
+    }
 }
 
 TEST_F(RulesFileTextTest, IsNothingWithoutAFailureWhenItIsEmptyAndMayNotBeOpened)

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <string_view>
+
+// What fuzzers of several texts share.
+
+namespace quorvane {
+
+// Ends the fuzzer, which so reports its input, unless the condition holds.
+inline void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+// The first texts of an input that is divided by NUL bytes; empty ones where it has fewer.
+template <std::size_t count> std::array<std::string_view, count> fuzzedTexts(std::string_view bytes)
+{
+    std::array<std::string_view, count> texts;
+    for (std::string_view& text : texts) {
+        text = bytes.substr(0, bytes.find('\0'));
+        bytes.remove_prefix(std::min(text.size() + 1, bytes.size()));
+    }
+    return texts;
+}
+
+} // namespace quorvane
