@@ -28,6 +28,14 @@ std::string knownKinds()
     return names;
 }
 
+FindingKind findingKindGiven(const std::string& option, const std::string& name)
+{
+    const auto kind = findingKindNamed(name);
+    if (!kind)
+        throw CLI::ValidationError(option, "'" + name + "' is no finding; there are " + knownKinds());
+    return *kind;
+}
+
 FindingKinds onlyKinds(const std::string& list, bool isNowhere)
 {
     FindingKinds kinds;
@@ -36,10 +44,7 @@ FindingKinds onlyKinds(const std::string& list, bool isNowhere)
             kinds = FindingKinds::all();
             continue;
         }
-        const FindingKind kind = findingKindGiven("--only", word);
-        if (isNowhere && needsPlace(kind))
-            throw CLI::ValidationError("--only", "'" + word + "' cannot be found with --no-target");
-        kinds.add(kind);
+        kinds.add(findableKindGiven("--only", word, isNowhere));
     }
     return kinds;
 }
@@ -70,12 +75,12 @@ FindingKinds FindingOptions::kinds(bool isNowhere) const
     return kinds;
 }
 
-FindingKind findingKindGiven(const std::string& option, const std::string& name)
+FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere)
 {
-    const auto kind = findingKindNamed(name);
-    if (!kind)
-        throw CLI::ValidationError(option, "'" + name + "' is no finding; there are " + knownKinds());
-    return *kind;
+    const FindingKind kind = findingKindGiven(option, name);
+    if (isNowhere && needsPlace(kind))
+        throw CLI::ValidationError(option, "'" + name + "' cannot be found with --no-target");
+    return kind;
 }
 
 } // namespace quorvane

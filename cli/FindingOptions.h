@@ -25,7 +25,8 @@ private:
     std::optional<std::string> m_skipped;
 };
 
-// The kind of that name. Throws CLI::ValidationError, which names `option`, when there is none.
-FindingKind findingKindGiven(const std::string& option, const std::string& name);
+// The kind of that name. Throws CLI::ValidationError, which names `option`, when there is none, and for one
+// of which nothing can be told where nothing is looked up.
+FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere);
 
 } // namespace quorvane

@@ -1,5 +1,6 @@
 #include "cli/SelectionOptions.h"
 
+#include "cli/FindingOptions.h"
 #include "cli/Output.h"
 #include "rules/RuleCodes.h"
 
@@ -22,16 +23,6 @@ SortDescriptor sortDescriptor(const std::string& spelled)
     if (!key)
         throw CLI::ValidationError("--sort", "'" + name + "' is not a property of the rules");
     return {*key, !isDescending};
-}
-
-FindingKind findingKind(const std::string& name, bool isNowhere)
-{
-    const auto kind = findingKindNamed(name);
-    if (!kind)
-        throw CLI::ValidationError("--finding", "'" + name + "' is no kind of finding");
-    if (isNowhere && needsPlace(*kind))
-        throw CLI::ValidationError("--finding", "nothing is told of '" + name + "' with --no-target");
-    return *kind;
 }
 
 std::int32_t ruleClass(const std::string& text)
@@ -102,7 +93,7 @@ void SelectionOptions::finish(RuleSelection& selection, bool isNowhere) const
     for (const std::string& spelled : m_types)
         selection.criteria.types.push_back(policyTypeForString(spelled));
     for (const std::string& spelled : m_findings)
-        selection.criteria.findings.push_back(findingKind(spelled, isNowhere));
+        selection.criteria.findings.push_back(findableKindGiven("--finding", spelled, isNowhere));
 }
 
 std::optional<std::vector<std::size_t>> chosenRows(
