@@ -70,13 +70,8 @@ options:
   lock_timeout:
     description: How many seconds to wait for another program's write to end.
     type: float
-  executable:
-    description: The program C(quorvanectl) of the managed machine.
-    type: path
-    default: quorvanectl
-  root:
-    description: A folder to put in front of the product's own locations.
-    type: path
+extends_documentation_fragment:
+  - vantreal.quorvane.connection
 attributes:
   check_mode:
     support: full

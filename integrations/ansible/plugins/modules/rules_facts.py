@@ -23,13 +23,8 @@ options:
     description: Include the rules of the system.
     type: bool
     default: false
-  executable:
-    description: The program C(quorvanectl) of the managed machine.
-    type: path
-    default: quorvanectl
-  root:
-    description: A folder to put in front of the product's own locations.
-    type: path
+extends_documentation_fragment:
+  - vantreal.quorvane.connection
 attributes:
   check_mode:
     support: full
