@@ -1,9 +1,7 @@
 #include "workflow/RulesDocument.h"
 
-#include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "rules/MergedChange.h"
-#include "rules/RuleLine.h"
 #include "rules/RulesDiff.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesText.h"
@@ -13,7 +11,6 @@
 #include <algorithm>
 #include <memory>
 #include <new>
-#include <unordered_set>
 #include <utility>
 
 namespace quorvane {
@@ -27,23 +24,6 @@ constexpr std::size_t mostWrittenAtOnce = 20'000;
 
 // Steps to go back without asking the journal; each may hold a great many rules.
 constexpr std::size_t mostRememberedSteps = 50;
-
-// Beyond this number, or a tenth of all, rules that another program removes are worth a word.
-constexpr std::size_t manyRules = 20;
-
-bool isMuch(std::size_t lost, std::size_t total)
-{
-    return lost > manyRules || (lost > 0 && lost * 10 >= total);
-}
-
-std::size_t countOfMissing(const std::vector<RuleRef>& before, const std::vector<RuleRef>& after)
-{
-    std::unordered_set<const void*> present;
-    for (const RuleRef& rule : after)
-        present.insert(addressOf(rule));
-    return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
-        [&](const RuleRef& rule) { return !present.contains(addressOf(rule)); }));
-}
 
 std::vector<RuleValue> valuesOf(const RulesSnapshot& snapshot)
 {
@@ -560,99 +540,6 @@ bool RulesDocument::restore(std::int64_t version)
     m_orders.push_back(std::move(order));
     pump();
     return true;
-}
-
-// --- What is told
-
-void RulesDocument::tell(const DocumentNews& news)
-{
-    m_log.write(news.text);
-    if (m_observer != nullptr)
-        m_observer->documentHasNews(news);
-}
-
-void RulesDocument::tellOfFile()
-{
-    if (m_observer != nullptr)
-        m_observer->fileStateDidChange();
-}
-
-// What another program wrote comes after what was known.
-std::optional<std::int64_t> RulesDocument::followingVersion() const
-{
-    return m_knownVersion ? std::optional(*m_knownVersion + 1) : std::nullopt;
-}
-
-void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports)
-{
-    if (const std::string text = mergeText(done, reports); !text.empty()) {
-        DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text, .shownFrom = followingVersion()};
-        if (isMuch(done.removed.size(), m_store.userRules().size() + done.removed.size())) {
-            news.kind = DocumentNews::Kind::rulesLost;
-            news.version = m_knownVersion;
-        }
-        for (const ChangeSet::Addition& addition : done.added)
-            news.rules.push_back(addition.rule);
-        tell(news);
-    }
-}
-
-void RulesDocument::keepPresentVersion()
-{
-    if (m_isWriting)
-        return;
-    auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
-        [this, present] { m_knownVersion = present->number; });
-}
-
-void RulesDocument::lookAtFile()
-{
-    if (m_isWriting || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
-        || !isAnythingAt(m_file.path()) || std::exchange(m_hasToldOfFile, true))
-        return;
-    tell({.kind = DocumentNews::Kind::fileIsAhead,
-        .text = "Another program has changed the rules file. The next change here takes that over.",
-        .shownFrom = followingVersion()});
-}
-
-// Another program's version is kept as soon as it is seen, and with it the way back.
-void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
-{
-    const std::size_t lost = countOfMissing(before, m_store.userRules());
-    auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
-        [this, present, lost, total = before.size()] {
-            const auto known = std::exchange(m_knownVersion, present->number);
-            if (isMuch(lost, total))
-                tell({.kind = DocumentNews::Kind::rulesLost,
-                    .text = "Another program has removed " + countedRules(lost) + ".",
-                    .version = known && known != present->number ? known : present->before,
-                    .shownFrom
-                    = known && known != present->number ? std::optional(*known + 1) : present->number});
-        });
-}
-
-// When there are more of them than before: a person told once need not hear it at every change.
-void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
-{
-    if (count <= std::exchange(m_unwritableRules, count))
-        return;
-    DocumentNews news;
-    std::size_t cut = 0;
-    for (const RuleRef& rule : m_store.userRules()) {
-        const auto comesBack = [&rule](LineEnds lineEnds) {
-            return askRule(
-                rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
-        };
-        if (comesBack(m_owner.settings.wholeLines ? LineEnds::whole : LineEnds::cut))
-            continue;
-        news.rules.push_back(rule);
-        cut += comesBack(LineEnds::whole) ? 1U : 0U;
-    }
-    news.kind = cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable;
-    news.text = unwritableText(cut, news.rules.size() - cut);
-    tell(news);
 }
 
 void RulesDocument::inBackground(std::function<void()> work, std::function<void()> then)
