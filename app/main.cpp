@@ -71,15 +71,16 @@ int main(int argumentCount, char** arguments)
     mainWindow.addHistory(around.preferencesHistory);
     if (around.settings.problem)
         mainWindow.showSettingsProblem(quorvane::toQt(*around.settings.problem));
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow,
-        &quorvane::RulesEditorTableController::keepUnsavedRules);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &around.delegate, [&around] {
+    const auto saveWhatIsOpen = [&] {
+        mainWindow.keepUnsavedRules();
         around.document.waitUntilWritten(); // before the agents are told to read it
+    };
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow, [&] {
+        saveWhatIsOpen();
         around.delegate.applicationWillTerminate();
     });
     const FinishAtExit finishAtExit([&] {
-        mainWindow.keepUnsavedRules();
-        around.document.waitUntilWritten();
+        saveWhatIsOpen();
         around.delegate.reloadAgentsAfterChange();
         log->flush();
     });
