@@ -146,6 +146,21 @@ std::optional<int> RuleCellsModel::rowOf(const RuleRef& rule) const
     return std::nullopt;
 }
 
+std::vector<std::size_t> RuleCellsModel::rowsOf(const std::vector<RuleRef>& rules) const
+{
+    std::vector<const void*> records;
+    records.reserve(rules.size());
+    for (const RuleRef& rule : rules)
+        records.push_back(addressOf(rule));
+    std::sort(records.begin(), records.end(), std::less<>());
+    std::vector<std::size_t> rows;
+    for (int row = 0; row < rowCount(); ++row) {
+        if (std::binary_search(records.begin(), records.end(), addressOf(ruleAt(row)), std::less<>()))
+            rows.push_back(static_cast<std::size_t>(row));
+    }
+    return rows;
+}
+
 int RuleCellsModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_rows->count(m_rowsShowSystemRules));

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace quorvane {
 
@@ -35,6 +36,8 @@ public:
     const RuleRef& ruleAt(int row) const;
     // The row of that very rule; none when it is not shown.
     std::optional<int> rowOf(const RuleRef& rule) const;
+    // The rows of those very rules that are shown, ascending. One walk, however many they are.
+    std::vector<std::size_t> rowsOf(const std::vector<RuleRef>& rules) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;

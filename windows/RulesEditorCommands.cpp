@@ -138,6 +138,7 @@ void RulesEditorTableController::tableViewCellAction(const QString& tag)
     });
     m_application.display(m_commands.setTag(first, fromQt(tag)));
     showFailure();
+    Q_EMIT rulesDidChange();
 }
 
 void RulesEditorTableController::apply(const TableChange& change)
@@ -150,6 +151,7 @@ void RulesEditorTableController::apply(const TableChange& change)
     m_exchange->presentRulesDidChange();
     tellOfRemaining(change.remaining);
     m_application.display(change.notice);
+    Q_EMIT rulesDidChange();
 }
 
 void RulesEditorTableController::menuWillOpen(int clickedRow, const QPoint& globalPosition)
@@ -188,6 +190,7 @@ void RulesEditorTableController::validateItems()
     for (QAction* item : {m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem,
              m_ui->editSelectedRuleMenuItem, m_ui->editTagMenuItem})
         item->setEnabled(validateMenuItem(item));
+    Q_EMIT selectionDidChange();
 }
 
 // On X11 a key held down comes as pairs of a release and a press of one time. The toolkit knows them for
@@ -256,10 +259,7 @@ void RulesEditorTableController::exportRules()
 
 void RulesEditorTableController::exportSelectedRules()
 {
-    std::vector<RuleRef> rules;
-    for (const std::size_t row : m_ui->rulesEditorTableView->selectedRows())
-        rules.push_back(ruleRowAt(row).rule);
-    m_exchange->exportSelectedRules(rules);
+    m_exchange->exportSelectedRules(selectedRules());
 }
 
 void RulesEditorTableController::importRules()

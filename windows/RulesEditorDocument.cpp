@@ -13,6 +13,7 @@
 #include <QLocale>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -194,13 +195,13 @@ void RulesEditorTableController::tellOfRemaining(const std::vector<RuleRef>& rem
         .subject = QStringLiteral("remaining")});
 }
 
-// Selects the first of the rules that is in the table.
+// Selects the first of the rules that is still there.
 void RulesEditorTableController::showFirstOf(const std::vector<RuleRef>& rules)
 {
-    for (const RuleRef& rule : rules) {
-        if (const auto row = m_model->rowOf(rule))
-            return selectRule(*row);
-    }
+    const auto stored = std::find_if(
+        rules.begin(), rules.end(), [this](const RuleRef& rule) { return m_store.isStored(rule); });
+    if (stored != rules.end())
+        revealRule(*stored);
 }
 
 void RulesEditorTableController::writeWholeLines()

@@ -190,6 +190,7 @@ void RulesEditorTableController::reloadData()
 {
     reloadRows();
     m_exchange->presentRulesDidChange();
+    Q_EMIT rulesDidChange();
 }
 
 // The same rules in other rows: nothing that an open review shows depends on them.

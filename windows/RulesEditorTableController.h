@@ -3,6 +3,7 @@
 #include "rules/RuleManager.h"
 #include "windows/KeptDrafts.h"
 #include "windows/KeptSelection.h"
+#include "windows/RulesTable.h"
 #include "workflow/DocumentObserver.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
@@ -45,6 +46,7 @@ class Workspace;
 // does to rules and file is decided in RuleCommands; here it reaches the table. Imports and exports are
 // ExchangeController's, and what others do to the rules file is RulesFileFollower's.
 class RulesEditorTableController : public QMainWindow,
+                                   public RulesTable,
                                    public RuleEditorDelegate,
                                    public ImportDelegate,
                                    public DocumentObserver {
@@ -127,6 +129,12 @@ public:
     // See RulesFileFollower.
     void relaunchAfterDelay(float delay);
 
+    std::vector<RuleRef> selectedRules() const override;
+    void selectRules(const std::vector<RuleRef>& rules) override;
+    void revealRule(const RuleRef& rule) override;
+    bool perform(const PlannedChange& planned, const ChangeReason& reason) override;
+    void addNotice(FootNotice notice) override;
+
     // See ExchangeController.
     void handleFileImport(const std::optional<std::string>& path);
     void importRule(const RuleRef& rule) override;
@@ -147,6 +155,12 @@ public:
     // True when the key was one of the table's commands: return, delete or backspace. Deliberate: return
     // opens policy rules only.
     bool keyDown(const QKeyEvent& key);
+
+Q_SIGNALS:
+    // The stored rules may be others now, or hold other values.
+    void rulesDidChange();
+    // Other rules may be selected now, or the selected ones hold other values.
+    void selectionDidChange();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -146,6 +146,23 @@ std::vector<std::size_t> RulesTableView::selectedRows() const
     return rows;
 }
 
+void RulesTableView::selectRows(const std::vector<std::size_t>& rows)
+{
+    if (rows.empty())
+        return;
+    QItemSelection selection;
+    const auto row = [&rows](std::size_t place) { return static_cast<int>(rows[place]); };
+    for (std::size_t first = 0, next = 1; first < rows.size(); first = next++) {
+        while (next < rows.size() && rows[next] == rows[next - 1] + 1)
+            ++next;
+        selection.select(
+            model()->index(row(first), 0), model()->index(row(next - 1), model()->columnCount() - 1));
+    }
+    selectionModel()->setCurrentIndex(model()->index(row(0), 0), QItemSelectionModel::NoUpdate);
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    scrollTo(currentIndex());
+}
+
 bool RulesTableView::anySelectedRow(const std::function<bool(std::size_t row)>& question) const
 {
     // They come in the order of the clicks.

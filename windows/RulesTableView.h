@@ -36,6 +36,8 @@ public:
 
     // The selected rows from the top down.
     std::vector<std::size_t> selectedRows() const;
+    // Selects these rows, ascending, and no others, and scrolls to the first; nothing when there are none.
+    void selectRows(const std::vector<std::size_t>& rows);
     // True when `question` answers so for one of them; asks from the top down and no further than it must.
     bool anySelectedRow(const std::function<bool(std::size_t row)>& question) const;
     // The row that is selected when no other is; none otherwise.

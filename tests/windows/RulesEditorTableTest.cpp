@@ -1,0 +1,117 @@
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/FootNotices.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+#include "workflow/PlannedChange.h"
+
+#include <QLineEdit>
+#include <QSignalSpy>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+// What the parts of the main window ask of its table.
+class RulesEditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    RulesEditorTable()
+    {
+        box.writeUserRules("allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+                           "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n"
+                           "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+        rules = store->allRules();
+    }
+    ~RulesEditorTable() override { window.reset(); } // before the document
+
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    QString notice() const
+    {
+        const auto* shown = in<FootNotices>("notices");
+        return shown->count() == 0 ? QString() : shown->findChild<QLabel*>()->text();
+    }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+    std::vector<RuleRef> rules;
+};
+
+} // namespace
+
+TEST_F(RulesEditorTable, SelectsRulesWhereverTheyStandAndAnswersThemFromTheTopDown)
+{
+    QSignalSpy selected(window.get(), &RulesEditorTableController::selectionDidChange);
+    window->selectRules({rules[2], rules[0]});
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a/ /c"));
+    EXPECT_FALSE(selected.isEmpty());
+    EXPECT_EQ(window->selectedRules(), (std::vector{rules[0], rules[2]}));
+}
+
+TEST_F(RulesEditorTable, KeepsTheSelectionWhenNoneOfTheRulesIsShown)
+{
+    window->selectRules({rules[1]});
+    window->selectRules({});
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/b/"));
+}
+
+TEST_F(RulesEditorTable, DropsTheSearchThatHidesARuleWhichIsToBeSeen)
+{
+    in<QLineEdit>("searchField")->setText(QStringLiteral("/a/"));
+    window->revealRule(rules[0]);
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a/"));
+    window->revealRule(rules[2]);
+    EXPECT_EQ(in<QLineEdit>("searchField")->text(), QString());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/c"));
+}
+
+TEST_F(RulesEditorTable, ShowsSystemRulesForOneThatIsToBeSeen)
+{
+    ASSERT_TRUE(isSystemRule(rules[3]));
+    window->revealRule(rules[3]);
+    EXPECT_TRUE(window->showsSystemRules());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/system/"));
+}
+
+TEST_F(RulesEditorTable, PerformsAChangeOfManyAsOneThatUndoTakesBack)
+{
+    const std::string before = file();
+    QSignalSpy changed(window.get(), &RulesEditorTableController::rulesDidChange);
+    const PlannedChange planned = removalOf(*store, {rules[0], rules[1]}, LineEnds::cut);
+    EXPECT_TRUE(window->perform(planned, {.action = "Clean Up 2 Rules"}));
+    EXPECT_EQ(shownPaths(), QStringLiteral("/c"));
+    EXPECT_FALSE(changed.isEmpty());
+    EXPECT_EQ(document->undoName(), "Clean Up 2 Rules");
+    window->undo();
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(RulesEditorTable, SaysAtTheFootWhyAChangeMayNotBeMade)
+{
+    const std::string before = file();
+    EXPECT_FALSE(window->perform({.refusal = "too long"}, {.action = "Tag"}));
+    EXPECT_EQ(notice(), QStringLiteral("Nothing was changed: too long"));
+    EXPECT_EQ(file(), before);
+    EXPECT_FALSE(document->undoName());
+}
+
+TEST_F(RulesEditorTable, SaysAtTheFootWhatAChangeShouldBeKnownBy)
+{
+    PlannedChange planned = removalOf(*store, {rules[0]}, LineEnds::cut);
+    planned.remarks = {"One rule went.", "None came."};
+    EXPECT_TRUE(window->perform(planned, {.action = "Tidy"}));
+    EXPECT_EQ(notice(), QStringLiteral("One rule went. None came."));
+}
+
+} // namespace quorvane

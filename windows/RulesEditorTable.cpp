@@ -1,0 +1,72 @@
+#include "windows/RulesEditorTableController.h"
+
+#include "ui_RulesEditorTableController.h"
+#include "windows/QtText.h"
+#include "windows/RulesTableModel.h"
+#include "workflow/PlannedChange.h"
+#include "workflow/RulesDocument.h"
+
+#include <utility>
+
+// What the main window answers to its parts: which rules are selected, and the change of many at once.
+
+namespace quorvane {
+
+namespace {
+
+// Its notices take each other's place: one tells of the latest change.
+QString changeSubject()
+{
+    return QStringLiteral("change");
+}
+
+} // namespace
+
+std::vector<RuleRef> RulesEditorTableController::selectedRules() const
+{
+    std::vector<RuleRef> rules;
+    for (const std::size_t row : m_ui->rulesEditorTableView->selectedRows())
+        rules.push_back(ruleRowAt(row).rule);
+    return rules;
+}
+
+void RulesEditorTableController::selectRules(const std::vector<RuleRef>& rules)
+{
+    m_ui->rulesEditorTableView->selectRows(m_model->rowsOf(rules));
+}
+
+void RulesEditorTableController::revealRule(const RuleRef& rule)
+{
+    if (!m_model->rowOf(rule)) {
+        m_ui->searchField->clear();
+        if (isSystemRule(rule) && !showsSystemRules())
+            hideSystemAction();
+    }
+    selectRules({rule});
+}
+
+bool RulesEditorTableController::perform(const PlannedChange& planned, const ChangeReason& reason)
+{
+    m_ui->notices->remove(changeSubject());
+    if (planned.refusal) {
+        addNotice(
+            {.text = tr("Nothing was changed: %1").arg(toQt(*planned.refusal)), .subject = changeSubject()});
+        return false;
+    }
+    m_document.perform(planned.change, reason);
+    reloadData();
+    if (planned.remarks.empty())
+        return true;
+    QStringList remarks;
+    for (const std::string& remark : planned.remarks)
+        remarks.append(toQt(remark));
+    addNotice({.text = remarks.join(QLatin1Char(' ')), .subject = changeSubject()});
+    return true;
+}
+
+void RulesEditorTableController::addNotice(FootNotice notice)
+{
+    m_ui->notices->add(std::move(notice));
+}
+
+} // namespace quorvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "rules/RuleRef.h"
+#include "windows/FootNotices.h"
+#include "workflow/ChangeReason.h"
+
+#include <vector>
+
+namespace quorvane {
+
+struct PlannedChange;
+
+// What parts of the main window ask of its table of rules. User interface thread only.
+class RulesTable {
+public:
+    RulesTable() = default;
+    RulesTable(const RulesTable&) = delete;
+    RulesTable& operator=(const RulesTable&) = delete;
+    virtual ~RulesTable() = default;
+
+    // From the top down.
+    virtual std::vector<RuleRef> selectedRules() const = 0;
+
+    // Selects those of the rules that are shown, in place of what was selected, and scrolls to the first of
+    // them. Nothing happens when none is shown.
+    virtual void selectRules(const std::vector<RuleRef>& rules) = 0;
+
+    // Selects a stored rule, and shows all rules for it when the search or the missing system rules hide it.
+    virtual void revealRule(const RuleRef& rule) = 0;
+
+    // One action: changes the rules, writes the file and reports at the foot what should be known besides.
+    // False when the change may not be made; the foot then says why.
+    virtual bool perform(const PlannedChange& planned, const ChangeReason& reason) = 0;
+
+    // Says something at the foot of the window.
+    virtual void addNotice(FootNotice notice) = 0;
+};
+
+} // namespace quorvane
