@@ -43,7 +43,7 @@ public:
     // taken one by one makes no sense.
     virtual void check() { }
 
-    // Returns the exit status, which is never that of a usage error.
+    // Returns the exit status, which is never that of a usage error. Throws std::bad_alloc.
     virtual int run(const CommandContext& context) = 0;
 };
 

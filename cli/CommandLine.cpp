@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -46,6 +47,26 @@ std::optional<std::chrono::milliseconds> lockTimeoutOf(const std::string& second
 std::string onlySeconds(const std::string& text)
 {
     return lockTimeoutOf(text) ? "" : "'" + text + "' is not a number of seconds";
+}
+
+// Of the command that runs, for where nothing can be reached but what is global.
+std::atomic<int> failureStatus = ExitStatus::failed;
+
+// The status of a failure of the command that the arguments name. Allocates nothing, since memory may run out
+// before they are parsed.
+int failureStatusOf(int count, const char* const* arguments)
+{
+    constexpr std::array<std::string_view, 9> failing{
+        "list", "options", "export", "add", "delete", "import", "check", "codesign", "digest"};
+    for (int number = 1; number < count; ++number) {
+        const std::string_view argument = arguments[number];
+        if (argument == "--root" || argument == "--lock-timeout")
+            ++number; // over its value
+        else if (!argument.starts_with('-'))
+            return std::find(failing.begin(), failing.end(), argument) != failing.end() ? ExitStatus::failed
+                                                                                        : ExitStatus::failure;
+    }
+    return ExitStatus::failed;
 }
 
 // In the order of the help.
@@ -146,6 +167,7 @@ private:
 
 int runCommandLine(int argumentCount, const char* const* arguments)
 {
+    failureStatus = failureStatusOf(argumentCount, arguments);
     for (int number = 1; number < argumentCount; ++number) {
         if (!isValidUtf8(arguments[number])) {
             complain("argument " + std::to_string(number) + " is not valid UTF-8");
@@ -158,8 +180,13 @@ int runCommandLine(int argumentCount, const char* const* arguments)
         return status ? *status : program.run();
     } catch (const std::bad_alloc&) {
         complain("out of memory");
-        return 1;
+        return statusWithoutMemory();
     }
+}
+
+int statusWithoutMemory()
+{
+    return failureStatus;
 }
 
 } // namespace quorvane

@@ -16,7 +16,7 @@ namespace {
             std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc&) {
         quorvane::complain("out of memory");
-        std::_Exit(1);
+        std::_Exit(quorvane::statusWithoutMemory());
     } catch (...) { // a fault of the program's own
     }
     std::abort();

@@ -1,6 +1,7 @@
 """Every command of quorvanectl with every call that it makes failing in turn: it ends by itself and reports the failure, and
 no rule is lost."""
 
+import errno
 import os
 import unittest
 
@@ -94,6 +95,16 @@ class Faults(unittest.TestCase):
             self.assertIn(read(self.out), (whole,) if result.status == 0 else (whole, OLD_EXPORT))
             left = [name for name in os.listdir(self.scene.sandbox.root) if name.startswith(".quorvane")]
             self.assertEqual(left, [])
+
+    def test_without_memory_a_command_ends_with_the_status_of_its_failures(self):
+        for status, command in [(1, ["list"]), (1, ["check", self.exchange]), (1, ["--root", self.scene.sandbox.root, "add", *WRITERS["add"][1:]]),
+                                (3, ["diff", self.exchange, self.exchange]), (3, ["apply", "--dry-run", self.exchange]),
+                                (3, ["--lock-timeout", "1", "remove", "--dry-run", "--all"]), (3, ["touching", "/x"])]:
+            with self.subTest(command=command):
+                allocations = self.scene.run(*command).counts["allocate"]
+                for number in faults.sample(range(1, allocations // 2), 4):
+                    result = self.scene.run(*command, fault=f"allocate:{number}+:{errno.ENOMEM}")
+                    self.assertEqual((result.status, result.err), (status, "quorvanectl: out of memory\n"))
 
     def test_a_file_size_limit_and_a_quota_lose_nothing(self):
         """The kernel's own limit, in place of a fault: every size that a file may have on the way."""
