@@ -1,5 +1,6 @@
 #include "workflow/ApplicationValidation.h"
 
+#include "codesign/Digests.h"
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 
@@ -19,15 +20,16 @@ bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::st
     return path.starts_with("/private/var/folders/") && path.ends_with(".");
 }
 
+// Deliberate: a program that cannot be read is taken for an empty file.
 bool matchesConstraint(const std::string& path, std::string_view constraint, ProgramFacts& facts)
 {
     switch (constraintKind(constraint)) {
     case ConstraintKind::none:
         return true;
     case ConstraintKind::sha1:
-        return facts.sha1(path) == constraint;
+        return facts.sha1(path).value_or(sha1({})) == constraint;
     case ConstraintKind::sha256:
-        return facts.sha256(path) == constraint;
+        return facts.sha256(path).value_or(sha256({})) == constraint;
     case ConstraintKind::team:
         break;
     }

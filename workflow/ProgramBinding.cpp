@@ -30,7 +30,9 @@ ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
     // A program that cannot be read may have a team all the same.
     if (!facts.isReadable(program))
         return {ProgramBinding::unreadable};
-    return {ProgramBinding::seen, facts.sha256(program)};
+    auto digest = facts.sha256(program);
+    return digest ? ProgramBinding{ProgramBinding::seen, *std::move(digest)}
+                  : ProgramBinding{ProgramBinding::unreadable};
 }
 
 } // namespace quorvane

@@ -61,17 +61,13 @@ public:
     }
     bool exists(const std::string& path) override { return m_root.isAnythingAt(path); }
     bool isFolder(const std::string& path) override { return m_root.isFolderAt(path); }
-    std::string sha1(const std::string& path) override
+    std::optional<std::string> sha1(const std::string& path) override
     {
-        return remembered(path, &Answers::sha1, [&] {
-            return sha1OfFile(path, m_root);
-        }).value_or(quorvane::sha1({}));
+        return remembered(path, &Answers::sha1, [&] { return sha1OfFile(path, m_root); });
     }
-    std::string sha256(const std::string& path) override
+    std::optional<std::string> sha256(const std::string& path) override
     {
-        return remembered(path, &Answers::sha256, [&] {
-            return sha256OfFile(path, m_root);
-        }).value_or(quorvane::sha256({}));
+        return remembered(path, &Answers::sha256, [&] { return sha256OfFile(path, m_root); });
     }
     bool isReadable(const std::string& path) override { return signing(path).has_value(); }
     std::optional<std::string> team(const std::string& path) override
@@ -173,8 +169,8 @@ class FactsOfNothing : public ProgramFacts {
 public:
     bool exists(const std::string&) override { return false; }
     bool isFolder(const std::string&) override { return false; }
-    std::string sha1(const std::string&) override { return quorvane::sha1({}); }
-    std::string sha256(const std::string&) override { return quorvane::sha256({}); }
+    std::optional<std::string> sha1(const std::string&) override { return std::nullopt; }
+    std::optional<std::string> sha256(const std::string&) override { return std::nullopt; }
     bool isReadable(const std::string&) override { return false; }
     std::optional<std::string> team(const std::string&) override { return std::nullopt; }
     TeamProof teamProof(const std::string&) override { return TeamProof::codeDiffers; }

@@ -30,9 +30,9 @@ public:
     // True for a folder and for a link that leads to one.
     virtual bool isFolder(const std::string& path) = 0;
 
-    // Digests of the whole file, of empty input when it cannot be read; lowercase hexadecimal.
-    virtual std::string sha1(const std::string& path) = 0;
-    virtual std::string sha256(const std::string& path) = 0;
+    // Digests of the whole file, lowercase hexadecimal; none when it cannot be read.
+    virtual std::optional<std::string> sha1(const std::string& path) = 0;
+    virtual std::optional<std::string> sha256(const std::string& path) = 0;
 
     // False when the program's file could not be read, so that nothing is known of its signature.
     virtual bool isReadable(const std::string& path) = 0;

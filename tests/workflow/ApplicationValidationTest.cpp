@@ -112,6 +112,13 @@ TEST_F(ApplicationValidation, SixtyFourCharactersAreTheSha256OfTheFile)
     EXPECT_EQ(faultOf("/bin/tool", std::string(64, 'T')), noMatch);
 }
 
+TEST_F(ApplicationValidation, AProgramThatCannotBeReadIsTakenForAnEmptyFile)
+{
+    EXPECT_EQ(faultOf("/bin/tool", sha1OfNothing), "none");
+    EXPECT_EQ(faultOf("/bin/tool", sha256OfNothing), "none");
+    EXPECT_EQ(faultOf("/bin/tool", sha256("contents")), noMatch);
+}
+
 TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
 {
     facts.teams["/bin/tool"] = "TEAM123456";
@@ -190,12 +197,13 @@ TEST(ProgramFactsOnDisk, TellFoldersFromFiles)
     EXPECT_FALSE(programFactsOnDisk().isFolder(folder.write("file", "")));
 }
 
-TEST(ProgramFactsOnDisk, WhatCannotBeReadIsDigestedAsEmptyInput)
+TEST(ProgramFactsOnDisk, WhatCannotBeReadHasNoDigest)
 {
     const TemporaryFolder folder;
-    for (const std::string& path : {folder.path("missing"), folder.path(), folder.write("empty", "")}) {
-        EXPECT_EQ(programFactsOnDisk().sha1(path), sha1OfNothing);
-        EXPECT_EQ(programFactsOnDisk().sha256(path), sha256OfNothing);
+    EXPECT_EQ(programFactsOnDisk().sha256(folder.write("empty", "")), sha256OfNothing);
+    for (const std::string& path : {folder.path("missing"), folder.path()}) {
+        EXPECT_EQ(programFactsOnDisk().sha1(path), std::nullopt);
+        EXPECT_EQ(programFactsOnDisk().sha256(path), std::nullopt);
         EXPECT_EQ(programFactsOnDisk().team(path), std::nullopt);
     }
 }
@@ -228,7 +236,7 @@ TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
     EXPECT_EQ(facts.sha1(path), sha1("after!"));
     EXPECT_EQ(facts.sha256(path), sha256("after!"));
     std::filesystem::remove(path);
-    EXPECT_EQ(facts.sha256(path), sha256OfNothing);
+    EXPECT_EQ(facts.sha256(path), std::nullopt);
 }
 
 TEST(ProgramFactsOnDisk, AChangeRightAfterTheAnswerIsSeen)

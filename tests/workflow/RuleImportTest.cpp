@@ -192,6 +192,13 @@ TEST_F(RuleImportTest, AProgramThatCannotBeReadIsBoundToNothing)
     EXPECT_EQ(constraintFor("/opt/tool"), "");
 }
 
+TEST_F(RuleImportTest, AProgramWhoseDigestCannotBeReadIsBoundToNothing)
+{
+    openStore();
+    facts.sha256s.erase("/opt/tool");
+    EXPECT_EQ(constraintFor("/opt/tool"), "");
+}
+
 TEST_F(RuleImportTest, AWatchRuleIsBoundToNothing)
 {
     openStore();
