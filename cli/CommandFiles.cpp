@@ -22,6 +22,16 @@ std::optional<RulesInput> onlyText(RulesInput input)
     return std::nullopt;
 }
 
+// The errors that writeOutputFile() has for what it does not write to, in words.
+std::string whyUnwritten(const std::error_code& error)
+{
+    if (error == std::errc::too_many_symbolic_link_levels)
+        return "it is a symbolic link, through which nothing is written";
+    if (error == std::errc::is_a_directory)
+        return "it is a folder";
+    return error == std::errc::operation_not_supported ? "it is no regular file" : errorText(error);
+}
+
 } // namespace
 
 std::optional<RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty)
@@ -46,7 +56,7 @@ bool writeResult(const std::string& path, std::string_view bytes)
 {
     const std::error_code error = writeOutputFile(path, bytes);
     if (error)
-        complain("cannot write '" + printable(path) + "': " + errorText(error));
+        complain("cannot write '" + printable(path) + "': " + whyUnwritten(error));
     return !error;
 }
 

@@ -105,6 +105,14 @@ class Merge(CommandTest):
         self.assertEqual(sorted(os.listdir(self.sandbox.folder)),
                          ["base", "home", "latin", "link", "nul", "ours", "root", "theirs"])
 
+    def test_what_is_not_written_to_is_told_in_words(self):
+        files = self.files(A, A + B, A + C)
+        link = self.sandbox.path("link")
+        os.symlink(files[1], link)
+        for out, reason in [(link, "it is a symbolic link"), (self.sandbox.folder, "it is a folder"),
+                            ("/dev/null", "it is no regular file")]:
+            self.assertIn(f"cannot write '{out}': {reason}", self.fail_with(3, "merge", "-o", out, *files).err)
+
     def test_a_full_disk_leaves_ours_as_it_was(self):
         files = self.files(A, A + B, A + "; long\n" * 1000)
         result = self.run_program("-c", 'ulimit -f 1; exec "$0" merge "$@"', os.environ["QUORVANE_PROGRAM"], *files,
