@@ -22,7 +22,8 @@ std::unique_ptr<UserDocument> ChangeOptions::open(const CommandContext& context)
     return m_isDryRun ? openToLook(context) : openForWriting(context);
 }
 
-int ChangeOptions::carryOut(UserDocument& user, const PlannedChange& plan, const std::string& verb) const
+int ChangeOptions::carryOut(
+    UserDocument& user, const PlannedChange& plan, const std::string& verb, const RowsOfRules& rows) const
 {
     for (const std::string& remark : plan.remarks)
         complain(printable(remark));
@@ -38,7 +39,7 @@ int ChangeOptions::carryOut(UserDocument& user, const PlannedChange& plan, const
             return ExitStatus::failure;
     }
     Output output;
-    writeDifference(output, plan.difference, m_asJson);
+    writeDifference(output, plan.difference, m_asJson, rows);
     writeOutcome(output, plan.difference, {plan.unchanged, isWritten}, m_asJson);
     return output.finish() ? ExitStatus::success : ExitStatus::failure;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "workflow/DifferenceText.h"
+
 #include <memory>
 #include <string>
 
@@ -23,8 +25,9 @@ public:
     std::unique_ptr<UserDocument> open(const CommandContext& context) const;
 
     // Does what was planned unless it is a dry run, as one action that begins with `verb` in the history, and
-    // prints it. Returns the exit status.
-    int carryOut(UserDocument& user, const PlannedChange& plan, const std::string& verb) const;
+    // prints it, with the rows of rules that were chosen by them. Returns the exit status.
+    int carryOut(UserDocument& user, const PlannedChange& plan, const std::string& verb,
+        const RowsOfRules& rows = {}) const;
 
 private:
     bool m_isDryRun = false;

@@ -2,7 +2,6 @@
 
 #include "cli/Output.h"
 #include "cli/RuleJson.h"
-#include "workflow/DifferenceText.h"
 
 #include <string>
 
@@ -46,11 +45,11 @@ void writeJson(Output& output, const RulesDifference& difference)
 
 } // namespace
 
-void writeDifference(Output& output, const RulesDifference& difference, bool asJson)
+void writeDifference(Output& output, const RulesDifference& difference, bool asJson, const RowsOfRules& rows)
 {
     if (asJson)
         return writeJson(output, difference);
-    for (const std::string& text : differenceTexts(difference))
+    for (const std::string& text : differenceTexts(difference, rows))
         output.write(printable(text) + "\n");
 }
 

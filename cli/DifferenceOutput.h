@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/RulesDiff.h"
+#include "workflow/DifferenceText.h"
 
 #include <cstddef>
 
@@ -9,8 +10,9 @@ namespace quorvane {
 class Output;
 
 // Prints what differs, as every command does that prints a difference: added rules, then removed ones, then
-// changed ones; as text or as an object a line.
-void writeDifference(Output& output, const RulesDifference& difference, bool asJson);
+// changed ones; as text, behind the rows that are known, or as an object a line.
+void writeDifference(
+    Output& output, const RulesDifference& difference, bool asJson, const RowsOfRules& rows = {});
 
 // What a command that changes rules has done besides, or would have done.
 struct ChangeOutcome {

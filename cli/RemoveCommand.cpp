@@ -33,13 +33,13 @@ public:
         const auto user = place ? m_change.open(context) : nullptr;
         if (!user)
             return ExitStatus::failure;
-        const auto chosen = m_selection.rules(user->store(), *place);
+        const auto chosen = m_selection.choose(user->store(), *place);
         if (!chosen)
             return ExitStatus::usage;
-        const std::vector<RuleRef> removable = removableOf(user->store(), *chosen, *place);
+        const std::vector<RuleRef> removable = removableOf(user->store(), chosen->rules, *place);
         PlannedChange plan = removalOf(user->store(), removable, user->lineEnds());
-        plan.unchanged = chosen->size() - removable.size();
-        return m_change.carryOut(*user, plan, "Remove");
+        plan.unchanged = chosen->rules.size() - removable.size();
+        return m_change.carryOut(*user, plan, "Remove", chosen->rows);
     }
 
 private:

@@ -79,11 +79,12 @@ public:
         const auto user = place ? m_change.open(context) : nullptr;
         if (!user)
             return ExitStatus::failure;
-        const auto rules = m_selection.rules(user->store(), *place);
-        if (!rules)
+        const auto chosen = m_selection.choose(user->store(), *place);
+        if (!chosen)
             return ExitStatus::usage;
-        return m_change.carryOut(
-            *user, patchingOf(user->store(), *rules, m_patch, place->facts(), user->lineEnds()), "Change");
+        const PlannedChange plan
+            = patchingOf(user->store(), chosen->rules, m_patch, place->facts(), user->lineEnds());
+        return m_change.carryOut(*user, plan, "Change", chosen->rows);
     }
 
 private:

@@ -23,12 +23,17 @@ void UserSelection::finish()
         throw CLI::ValidationError("--all", "stands alone");
 }
 
-std::optional<std::vector<RuleRef>> UserSelection::rules(RuleManager& store, const RulesPlace& place) const
+std::optional<ChosenRules> UserSelection::choose(RuleManager& store, const RulesPlace& place) const
 {
     store.applyFilterWithString(m_selection.filter);
     store.sortIndexUsingDescriptors(m_selection.sort);
     const auto rows = chosenRows(store, m_selection, place);
-    return rows ? std::optional(rulesOf(store, *rows, false)) : std::nullopt;
+    if (!rows)
+        return std::nullopt;
+    ChosenRules chosen{rulesOf(store, *rows, false), {}};
+    for (std::size_t number = 0; number < rows->size(); ++number)
+        chosen.rows.add(valueOf(chosen.rules[number]), (*rows)[number]);
+    return chosen;
 }
 
 std::vector<RuleRef> UserSelection::rulesWith(

@@ -2,11 +2,18 @@
 
 #include "cli/PlaceOptions.h"
 #include "cli/SelectionOptions.h"
+#include "workflow/DifferenceText.h"
 
 #include <optional>
 #include <vector>
 
 namespace quorvane {
+
+// Rules that were chosen, in the order of their rows.
+struct ChosenRules {
+    std::vector<RuleRef> rules;
+    RowsOfRules rows;
+};
 
 // Which of the current user's rules a command is to change: the options of a selection, of which there must
 // be one, or --all; and where programs and paths are looked up for it.
@@ -20,10 +27,9 @@ public:
     std::optional<RulesPlace> openPlace() const { return m_place.open(); }
     const std::vector<FindingKind>& findings() const { return m_selection.criteria.findings; }
 
-    // The chosen rules in the order of their rows; none, after a complaint, when a row is not there. Puts
-    // filter and sort order in force.
-    std::optional<std::vector<RuleRef>> rules(RuleManager& store, const RulesPlace& place) const;
-    // The same with these findings in place of those that were asked for.
+    // None, after a complaint, when a row is not there. Puts filter and sort order in force.
+    std::optional<ChosenRules> choose(RuleManager& store, const RulesPlace& place) const;
+    // The rules chosen with these findings in place of those that were asked for.
     std::vector<RuleRef> rulesWith(
         RuleManager& store, const RulesPlace& place, std::vector<FindingKind> findings) const;
 

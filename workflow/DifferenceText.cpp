@@ -65,6 +65,11 @@ template <class Fields> std::vector<std::string> identityChanges(const Fields& b
         changeOf("constraint", constraintOf(before), constraintOf(after))};
 }
 
+const void* addressOf(const RuleValue& rule)
+{
+    return askValue(rule, [](const auto& fields) -> const void* { return &fields; });
+}
+
 // Appends "2 rules added", or ", 2 added" behind other words; nothing for none.
 void appendCount(std::string& text, std::string_view noun, std::size_t count, const char* word)
 {
@@ -99,15 +104,32 @@ std::string changeText(const RuleValue& before, const RuleValue& after)
     return text;
 }
 
+void RowsOfRules::add(const RuleValue& rule, std::size_t row)
+{
+    m_rows.emplace(addressOf(rule), row);
+}
+
+std::string RowsOfRules::prefixOf(const RuleValue& rule) const
+{
+    const auto found = m_rows.find(addressOf(rule));
+    return found == m_rows.end() ? "" : "row " + std::to_string(found->second) + ": ";
+}
+
 std::vector<std::string> differenceTexts(const RulesDifference& difference)
+{
+    return differenceTexts(difference, {});
+}
+
+std::vector<std::string> differenceTexts(const RulesDifference& difference, const RowsOfRules& rows)
 {
     std::vector<std::string> texts;
     for (const RuleValue& rule : difference.added)
         texts.push_back("added: " + ruleText(rule));
     for (const RuleValue& rule : difference.removed)
-        texts.push_back("removed: " + ruleText(rule));
+        texts.push_back(rows.prefixOf(rule) + "removed: " + ruleText(rule));
     for (const auto& [before, after] : difference.changed)
-        texts.push_back("changed: " + ruleText(after) + ": " + changeText(before, after));
+        texts.push_back(
+            rows.prefixOf(before) + "changed: " + ruleText(after) + ": " + changeText(before, after));
     return texts;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // Differences and merges of rules in words, for the command line, the history and notices. Texts of rules
@@ -24,6 +25,19 @@ std::string changeText(const RuleValue& before, const RuleValue& after);
 
 // One line a rule, each beginning with "added", "removed" or "changed", in this order.
 std::vector<std::string> differenceTexts(const RulesDifference& difference);
+
+// The rows of rules before a change of them.
+class RowsOfRules {
+public:
+    void add(const RuleValue& rule, std::size_t row);
+    // "row 3: "; empty for a value that was not added.
+    std::string prefixOf(const RuleValue& rule) const;
+
+private:
+    std::unordered_map<const void*, std::size_t> m_rows; // by the values, which the caller keeps
+};
+// The same behind the rows of the rules that go and change.
+std::vector<std::string> differenceTexts(const RulesDifference& difference, const RowsOfRules& rows);
 
 // "2 rules added, 1 removed, 1 changed", without what is none; "no rule changed" when nothing differs.
 std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed);

@@ -54,7 +54,7 @@ class Set(ChangeTest):
         self.assertEqual((changed["change"], changed["tag"], changed["operations"], changed["before"]),
                          ("changed", "y", 17, {"tag": "x", "operations": 1}))
         result = self.succeed("set", "--set-tag=", "--all")
-        self.assertEqual(result.out.decode(), 'changed: allow prefix "/a" "any" rx "" "" "0": tag "y" removed\n'
+        self.assertEqual(result.out.decode(), 'row 0: changed: allow prefix "/a" "any" rx "" "" "0": tag "y" removed\n'
                                               '1 rule changed\n')
 
     def test_operations_are_set_added_and_removed(self):
@@ -91,6 +91,15 @@ class Set(ChangeTest):
         self.assertEqual(tuple(numbers.values()), (0, 1, 0, 1, True))
         self.assertEqual(self.written(), line("/a", tag="second", operations="rw"))
         self.assert_undone(before)
+
+    def test_prints_the_rows_that_list_prints(self):
+        self.write(line("/c"), line("/a", tag="first"), line("/a", tag="second", operations="rw"))
+        result = self.succeed("set", "--dry-run", "--set-ops", "rw", "--sort", "path:desc", "--path", "/a")
+        self.assertEqual(result.out.decode(), 'row 1: removed: allow prefix "/a" "any" r "first" "" "0"\n'
+                                              '1 rule removed; nothing was written\n')
+        result = self.succeed("remove", "--path", "/a", "--tag", "second")
+        self.assertEqual(result.out.decode(), 'row 2: removed: allow prefix "/a" "any" rw "second" "" "0"\n'
+                                              '1 rule removed\n')
 
     def test_the_earlier_row_stays_when_both_become_another(self):
         self.write(line("/a", tag="first"), line("/a", tag="second", operations="rw"))
