@@ -15,6 +15,7 @@ RULES = "vantreal.quorvane.rules"
 HOME_RULE = {"class": "allow", "type": "prefix", "path": "/home/", "process": "any", "operations": "r", "tag": "team"}
 HOME_LINE = 'allow prefix "/home/" "any" r "team" "" "0"\n'
 OTHER_LINE = 'deny path "/x" "any" w "mine" "" "7"\n'
+PRELOADED = f"LD_PRELOAD={os.path.join(os.path.dirname(PROGRAM), 'libfaulty_calls.so')}"
 PATIENCE = 240
 
 
@@ -45,7 +46,7 @@ class AnsibleTest(unittest.TestCase):
         self.environment = {
             "PATH": os.environ["PATH"], "HOME": self.sandbox.home, "LC_ALL": "C.UTF-8", "ANSIBLE_NOCOLOR": "1",
             "ANSIBLE_COLLECTIONS_PATH": self.sandbox.path("collections"), "ANSIBLE_HOST_KEY_CHECKING": "False",
-            "ASAN_OPTIONS": "detect_leaks=0", "PYTHONDONTWRITEBYTECODE": "1"}
+            "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0", "PYTHONDONTWRITEBYTECODE": "1"}
 
     def machines(self, count=1, **more):
         """An inventory of so many hosts, each a folder of its own; their rules files."""
@@ -160,6 +161,38 @@ class Rules(AnsibleTest):
                          [False, True, False])
         self.assertIn("directory", answer.hosts["machine-2"]["msg"].lower())
         self.assertEqual([read(file).decode() for file in (files[0], files[2])], [OTHER_LINE + HOME_LINE] * 2)
+
+    def test_a_machine_that_dies_in_mid_write_recovers_on_the_next_run(self):
+        files = self.machines(2)
+        dying = self.sandbox.write(self.sandbox.path("dying"), [
+            "#!/bin/sh", 'case "$*" in *machine-1*) [ -e "$0.died" ] || fault=write:%d:cut ;; esac' % self.write_of_the_rules(),
+            ': > "$0.died"', f'exec env {PRELOADED} QUORVANE_FAULT="$fault" {PROGRAM} "$@"'])
+        os.chmod(dying, 0o755)
+
+        first = self.module(RULES, "--forks", "1", rules=[HOME_RULE], executable=dying)
+        self.assertEqual([first.hosts[f"machine-{number}"]["failed"] for number in (1, 2)], [True, False], first.printed)
+        self.assertNotIn(read(files[0]).decode(), (OTHER_LINE, OTHER_LINE + HOME_LINE))
+
+        second = self.module(RULES, rules=[HOME_RULE], executable=dying)
+        self.assertEqual(second.status, 0, second.printed)
+        self.assertIn("it has been completed", second.printed)
+        self.assertEqual([read(file).decode() for file in files], [OTHER_LINE + HOME_LINE] * 2)
+        third = self.module(RULES, rules=[HOME_RULE], executable=dying)
+        self.assertEqual({host["changed"] for host in third.hosts.values()}, {False})
+        self.assertNotIn("completed", third.printed)
+
+    def write_of_the_rules(self):
+        """Which of the writes of such a run is that of the rules file: the one of which a half leaves a cut file."""
+        for number in range(1, 200):
+            scratch = Sandbox()
+            self.addCleanup(scratch.end)
+            scratch.write(scratch.user_file, OTHER_LINE)
+            given = scratch.new_file("given.quorv", HOME_LINE)
+            subprocess.run(["env", *PRELOADED.split(), f"QUORVANE_FAULT=write:{number}:cut", PROGRAM, "--root", scratch.root,
+                            "apply", given], env={**self.environment, "HOME": scratch.home}, check=False, capture_output=True)
+            if read(scratch.user_file).decode() not in (OTHER_LINE, OTHER_LINE + HOME_LINE):
+                return number
+        self.fail("no write is that of the rules file")
 
     def test_fifty_machines_take_the_rules_at_once(self):
         files = self.machines(50)
