@@ -20,6 +20,7 @@ namespace quorvane {
 namespace {
 
 constexpr std::chrono::milliseconds untilSuggestions{500};
+constexpr const char* pastedText = "pasted text"; // in place of a path, in the log
 
 } // namespace
 
@@ -81,7 +82,20 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
     m_application.display(suggestionsNotice(m_store.locations(), *path));
 }
 
-ImportWindowController& ExchangeController::openReview(const std::string& path)
+bool ExchangeController::reviewText(const std::string& text)
+{
+    const std::string lines = text.ends_with('\n') ? text : text + '\n'; // what has no end is no line
+    const auto rules = RuleManager::initWithText(lines, pastedText, m_store.locations(), m_log);
+    if (isImporting() || rules->storedRules() == 0)
+        return false;
+    ImportWindowController& review = openReview();
+    review.setText(lines);
+    m_import.beginPaste();
+    bringToFront(review);
+    return true;
+}
+
+ImportWindowController& ExchangeController::openReview()
 {
     // Not closed: an earlier review goes without a trace, and suggestions under review stay for the next.
     delete m_importWindowController;
@@ -90,9 +104,15 @@ ImportWindowController& ExchangeController::openReview(const std::string& path)
     connect(m_importWindowController, &QObject::destroyed, this, &ExchangeController::reviewNextFile,
         Qt::QueuedConnection);
     m_importWindowController->setDelegate(&m_delegate);
-    m_importWindowController->setPath(path);
-    m_import.begin(path);
     return *m_importWindowController;
+}
+
+ImportWindowController& ExchangeController::openReview(const std::string& path)
+{
+    ImportWindowController& review = openReview();
+    review.setPath(path);
+    m_import.begin(path);
+    return review;
 }
 
 void ExchangeController::reviewJoinedLines()

@@ -43,6 +43,9 @@ public:
     // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
     // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
     void handleFileImport(const std::optional<std::string>& path);
+    // Opens the review of the rules that a text holds. False, and nothing happens, when it holds none, or
+    // while rules are being imported.
+    bool reviewText(const std::string& text);
     // Opens the reviews of these files one after the other, each when the one before is closed. Reviews that
     // are open or due come first.
     void reviewFiles(const std::vector<std::string>& paths);
@@ -71,6 +74,7 @@ Q_SIGNALS:
 private:
     void reviewNextFile();
     void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
+    ImportWindowController& openReview();
     ImportWindowController& openReview(const std::string& path);
 
     QWidget& m_window;

@@ -37,8 +37,9 @@ bool ExchangeDrop::eventFilter(QObject* watched, QEvent* event)
         return QObject::eventFilter(watched, event);
     auto& drop = static_cast<QDropEvent&>(*event);
     const auto paths = exchangeFilesOf(*drop.mimeData());
-    // A source that moves files removes its own.
-    if (paths.empty() || !drop.possibleActions().testFlag(Qt::CopyAction)) {
+    const QString text = drop.mimeData()->hasUrls() ? QString() : drop.mimeData()->text();
+    // A source that moves files, or text, removes its own.
+    if ((paths.empty() && text.isEmpty()) || !drop.possibleActions().testFlag(Qt::CopyAction)) {
         drop.ignore();
         return true;
     }
@@ -46,7 +47,14 @@ bool ExchangeDrop::eventFilter(QObject* watched, QEvent* event)
     drop.accept();
     if (event->type() == QEvent::Drop)
         QMetaObject::invokeMethod(
-            this, [this, paths] { Q_EMIT filesWereDropped(paths); }, Qt::QueuedConnection);
+            this,
+            [this, paths, text] {
+                if (paths.empty())
+                    Q_EMIT textWasDropped(text);
+                else
+                    Q_EMIT filesWereDropped(paths);
+            },
+            Qt::QueuedConnection);
     return true;
 }
 

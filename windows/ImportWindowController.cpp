@@ -98,6 +98,12 @@ void ImportWindowController::setPath(std::string path)
         m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(plainTitle(toQt(m_path))));
 }
 
+void ImportWindowController::setText(std::string text)
+{
+    m_text = std::move(text);
+    setPath(fromQt(tr("Pasted Text")));
+}
+
 void ImportWindowController::awakeFromNib()
 {
     if (m_initialize || m_path.empty())
@@ -125,12 +131,13 @@ void ImportWindowController::reloadData()
 std::unique_ptr<RuleManager> ImportWindowController::readRules()
 {
     if (m_listing == Listing::file) {
-        m_joinedLines = joinedLineCountOfFile(m_path);
-        return RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
+        m_joinedLines = m_text ? joinedLineCount(*m_text) : joinedLineCountOfFile(m_path);
+        return m_text ? RuleManager::initWithText(*m_text, m_path, m_present.locations(), m_log)
+                      : RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
     }
-    const RulesFileText text = RulesFileText::read(m_path);
-    return storeOf(
-        m_listing == Listing::joinedLines ? rulesOfJoinedLines(text.bytes()) : rulesApart(text.bytes()));
+    const RulesFileText file = m_text ? RulesFileText() : RulesFileText::read(m_path);
+    const std::string_view bytes = m_text ? std::string_view(*m_text) : file.bytes();
+    return storeOf(m_listing == Listing::joinedLines ? rulesOfJoinedLines(bytes) : rulesApart(bytes));
 }
 
 // Ticks all but those that have lost text.

@@ -43,6 +43,8 @@ public:
     const std::string& path() const { return m_path; }
     // To be set before the window is shown.
     void setPath(std::string path);
+    // Reviews a text in place of a file. To be called before the window is shown.
+    void setText(std::string text);
     // Only rules of lines that hold several are listed, as rules of their own. To be called before the window
     // is shown.
     void listJoinedLinesOnly() { m_listing = Listing::joinedLines; }
@@ -103,7 +105,8 @@ private:
     const RuleManager& m_present; // the user's rules
     Log& m_log;
     std::unique_ptr<Ui::ImportWindowController> m_ui;
-    std::string m_path;
+    std::string m_path; // of the file, or a name for the text
+    std::optional<std::string> m_text; // none: that of the file
     ImportDelegate* m_delegate = nullptr;
     StateDict m_stateDict;
     ImportTableModel* m_model; // owned by this window

@@ -243,8 +243,9 @@ void RulesEditorTableController::setUpExchange()
         &RulesEditorTableController::exportSelectedRules);
     connect(m_exchange.get(), &ExchangeController::rulesWereReloaded, this,
         &RulesEditorTableController::rulesWereReloaded);
-    connect(new ExchangeDrop(*this), &ExchangeDrop::filesWereDropped, this,
-        &RulesEditorTableController::reviewFiles);
+    const auto* drop = new ExchangeDrop(*this);
+    connect(drop, &ExchangeDrop::filesWereDropped, this, &RulesEditorTableController::reviewFiles);
+    connect(drop, &ExchangeDrop::textWasDropped, this, &RulesEditorTableController::reviewText);
 }
 
 void RulesEditorTableController::reviewFiles(const std::vector<std::string>& paths)

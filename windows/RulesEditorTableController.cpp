@@ -10,6 +10,7 @@
 #include "windows/QtText.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
+#include "windows/SelectionController.h"
 #include "windows/Shades.h"
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
@@ -52,6 +53,7 @@ RulesEditorTableController::RulesEditorTableController(
     setUpTable();
     setUpCommands();
     setUpExchange();
+    setUpActionsOnMany();
     restoreWindowSize(*this);
     updateCounts();
     showFailure();

@@ -36,6 +36,7 @@ class RulesDocument;
 class RulesFileFollower;
 class RulesHistory;
 class RulesTableModel;
+class SelectionController;
 class SettingsWindow;
 struct ProgramSettings;
 struct RunState;
@@ -173,6 +174,9 @@ private:
     void setUpSortMenu();
     void setUpCommands();
     void setUpExchange();
+    void setUpActionsOnMany();
+    void duplicateRule();
+    void reviewText(const QString& text);
     void setUpDocument();
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
@@ -233,6 +237,7 @@ private:
     QPointer<HistoryWindow> m_historyWindow;
     QPointer<SettingsWindow> m_settingsWindow;
     std::unique_ptr<ExchangeController> m_exchange;
+    std::unique_ptr<SelectionController> m_selection;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };
 

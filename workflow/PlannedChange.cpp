@@ -8,6 +8,7 @@
 #include "rules/RuleNumbering.h"
 #include "workflow/DifferenceText.h"
 #include "workflow/ProgramBinding.h"
+#include "workflow/RuleEdits.h"
 #include "workflow/UnwritableRules.h"
 
 #include <algorithm>
@@ -47,6 +48,10 @@ void refuseDamage(PlannedChange& plan, const RuleManager& store, LineEnds lineEn
 {
     if (plan.refusal || plan.change.isEmpty())
         return;
+    for (const RuleValue& added : plan.difference.added) {
+        if (!plan.refusal)
+            plan.refusal = whyUnwritable(added, lineEnds);
+    }
     for (const auto& [before, after] : plan.difference.changed) {
         if (!plan.refusal)
             plan.refusal = whyUnwritable(after, lineEnds);
@@ -92,7 +97,7 @@ void planAll(PlannedChange& plan, const RuleManager& store, const std::vector<Wa
             moving.insert(addressOf(each.rule));
     }
     std::vector<RuleValue> staying;
-    for (const RuleRef& rule : store.userRules()) {
+    for (const RuleRef& rule : moving.empty() ? std::vector<RuleRef>() : store.userRules()) {
         if (!moving.contains(addressOf(rule)))
             staying.push_back(valueOf(rule));
     }
@@ -190,6 +195,18 @@ std::string movedPath(std::string_view path, std::string_view from, std::string_
     if (program != from)
         return std::string(path);
     return std::string(to).append(path.substr(program.size()));
+}
+
+// The process of a rule's copy for the program at `program`.
+std::string copiedProcess(const std::string& process, const std::string& program)
+{
+    for (const std::string_view form : {"any via ", "any ancestor "}) {
+        if (process.starts_with(form))
+            return std::string(form).append(program);
+    }
+    return process == "any"
+        ? program
+        : movedProcess(process, applicationPathForProcess(NullableText(process)), program);
 }
 
 // The rules of an application group that stay, in an index as the store keeps one.
@@ -307,6 +324,46 @@ PlannedChange movingOf(
                           })});
     }
     planAll(plan, store, wanted);
+    refuseDamage(plan, store, lineEnds);
+    return plan;
+}
+
+PlannedChange copyingOf(const RuleManager& store, const std::vector<RuleRef>& rules,
+    const std::string& program, ProgramFacts& facts, LineEnds lineEnds)
+{
+    std::vector<std::string> remarks;
+    Bindings bindings(facts, remarks);
+    std::vector<RuleValue> copies;
+    for (const RuleRef& rule : rules) {
+        copies.push_back(askValue(newCopyOf(valueOf(rule)), [&](auto fields) {
+            fields.processName = copiedProcess(std::string(fields.processName.view()), program);
+            setConstraint(fields, {.isBoundToProgram = true}, bindings);
+            return RuleValue(makeRuleValue(std::move(fields)));
+        }));
+    }
+    PlannedChange plan = addingOf(store, copies, lineEnds);
+    plan.remarks = std::move(remarks);
+    return plan;
+}
+
+PlannedChange addingOf(const RuleManager& store, const std::vector<RuleValue>& values, LineEnds lineEnds)
+{
+    std::vector<RuleValue> present;
+    for (const RuleRef& rule : store.userRules())
+        present.push_back(valueOf(rule));
+    RuleNumbering known;
+    for (const RuleValue& rule : present)
+        known.numberOf(rule);
+    PlannedChange plan;
+    for (const RuleValue& value : values) {
+        const std::size_t before = known.size();
+        if (known.numberOf(value) < before) {
+            ++plan.unchanged;
+            continue;
+        }
+        plan.difference.added.push_back(value);
+        plan.change.added.push_back({recordOf(value), value});
+    }
     refuseDamage(plan, store, lineEnds);
     return plan;
 }

@@ -55,6 +55,16 @@ PlannedChange patchingOf(const RuleManager& store, const std::vector<RuleRef>& r
 PlannedChange movingOf(
     const RuleManager& store, const std::string& from, const std::string& to, LineEnds lineEnds);
 
+// Copies of `rules` for the program at `program`, which takes the place of the program that each is about; of
+// one for every program, that of "any". Each is bound to that program as an import would bind it, and a rule
+// of the user whatever it is a copy of. Also for rules of the system.
+PlannedChange copyingOf(const RuleManager& store, const std::vector<RuleRef>& rules,
+    const std::string& program, ProgramFacts& facts, LineEnds lineEnds);
+
+// Adds rules of these values, each at the end of its kind. Those that the user has already, or that stand
+// twice, need nothing.
+PlannedChange addingOf(const RuleManager& store, const std::vector<RuleValue>& values, LineEnds lineEnds);
+
 // Removes these very rules.
 PlannedChange removalOf(const RuleManager& store, const std::vector<RuleRef>& rules, LineEnds lineEnds);
 

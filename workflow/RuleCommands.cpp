@@ -90,6 +90,14 @@ PolicyRulePtr RuleCommands::newPolicyLike(const RuleRef& rule)
     return std::make_shared<PolicyRule>(std::move(fields));
 }
 
+RuleRef RuleCommands::newCopyOf(const RuleRef& rule)
+{
+    return askValue(quorvane::newCopyOf(valueOf(rule)), [](auto fields) {
+        fields.path = std::nullopt;
+        return recordOf(RuleValue(makeRuleValue(std::move(fields))));
+    });
+}
+
 TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
 {
     if (isSystemRule(row.rule))

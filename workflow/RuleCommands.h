@@ -41,6 +41,9 @@ public:
     static WatchRulePtr newWatch();
     // Another rule for the program of `rule`, under its constraint.
     static PolicyRulePtr newPolicyLike(const RuleRef& rule);
+    // What a copy of `rule` begins with: its kind, tag and flags, and no path, so that it is equal to no
+    // rule. The rest is draftOf(rule)'s.
+    static RuleRef newCopyOf(const RuleRef& rule);
 
     // Deletes one rule; `above` is the one in the row above it, null in the first row. A rule that the store
     // no longer has changes nothing, silently.

@@ -52,6 +52,17 @@ ChangeSet additionOf(const RuleRef& rule)
     return change;
 }
 
+RuleValue newCopyOf(const RuleValue& rule)
+{
+    return askValue(rule, [](auto fields) {
+        fields.system = false;
+        fields.sequence = 0;
+        if constexpr (requires { fields.created; })
+            fields.created = 0;
+        return RuleValue(makeRuleValue(std::move(fields)));
+    });
+}
+
 std::string actionName(const std::string& verb, std::size_t rules)
 {
     return verb + (rules == 1 ? " Rule" : " " + std::to_string(rules) + " Rules");

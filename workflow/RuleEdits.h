@@ -26,6 +26,9 @@ ChangeSet savingOf(const RuleManager& store, const RuleRef& rule, const RuleValu
 // Adds a rule at the end of its application group, or of the watch rules. Duplicates are not looked for.
 ChangeSet additionOf(const RuleRef& rule);
 
+// What a new rule of the user has that is a copy of `rule`: everything but its creation time and its number.
+RuleValue newCopyOf(const RuleValue& rule);
+
 // "Delete 3 Rules": what is done, and to how many.
 std::string actionName(const std::string& verb, std::size_t rules);
 

@@ -31,13 +31,24 @@ RuleImport::RuleImport(RulesDocument& document, ProgramFacts& facts)
 
 void RuleImport::begin(const std::string& path)
 {
-    const bool isSuggested = path == m_store.locations().failSafeFile();
-    const bool isOwn = path == m_store.locations().userRulesFile();
-    m_currentImportTag = isSuggested || isOwn ? std::string() : tagForFile(path);
+    if (path == m_store.locations().failSafeFile())
+        begin("Import Suggestions", {});
+    else if (path == m_store.locations().userRulesFile())
+        begin("Take Joined Lines Apart", {});
+    else
+        begin("Import " + std::string(lastPathComponent(path)), tagForFile(path));
+}
+
+void RuleImport::beginPaste()
+{
+    begin("Paste Rules", {});
+}
+
+void RuleImport::begin(std::string action, std::string tag)
+{
+    m_currentImportTag = std::move(tag);
     m_tag = m_currentImportTag;
-    m_action = isSuggested ? "Import Suggestions"
-        : isOwn            ? "Take Joined Lines Apart"
-                           : "Import " + std::string(lastPathComponent(path));
+    m_action = std::move(action);
     m_done = {};
     m_importedRules = 0;
     m_addedRules = 0;

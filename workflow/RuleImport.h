@@ -36,6 +36,8 @@ public:
     // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file, and of joined
     // lines of the user's own file, stay untagged.
     void begin(const std::string& path);
+    // The same, of rules that come as text. Untagged ones stay untagged.
+    void beginPaste();
 
     // Adds the rule, tagged and bound to its program, unless an equal one is there: for a watch rule among
     // all, for a policy rule among those that pass the store's filter. Deliberate: an equal rule that a
@@ -57,6 +59,7 @@ public:
     std::int32_t addedRules() const { return m_addedRules; }
 
 private:
+    void begin(std::string action, std::string tag);
     void noteAdded(const RuleRef& rule, bool hadRoom);
     WatchRulePtr importWatchRule(const WatchRule& rule);
     PolicyRulePtr importPolicyRule(const PolicyRule& rule);

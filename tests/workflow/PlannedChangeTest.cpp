@@ -320,4 +320,63 @@ TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
     }
 }
 
+TEST_F(PlannedChangeTest, CopiesForAnotherProgramAreBoundToItAndTakeNothingAway)
+{
+    open(line("/a", "/bin/old", R"( "t" "OLD" "7")") + line("/b", "/bin/old via /bin/sh", R"( "" "" "0")"));
+    facts.existing.insert("/bin/new");
+    facts.teams["/bin/new"] = "NEW";
+    const std::string before = file();
+    EXPECT_EQ(carriedOut(copyingOf(*work->store, userRules(), "/bin/new", facts, LineEnds::cut)),
+        line("/a", "/bin/new", R"( "t" "NEW" "0")") + line("/b", "/bin/new via /bin/sh", R"( "" "NEW" "0")")
+            + before);
+    EXPECT_TRUE(work->document->undo());
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(PlannedChangeTest, CopiesTakeTheNewProgramInThePlaceOfTheOneThatTheyAreAbout)
+{
+    const struct {
+        const char* process;
+        const char* copy;
+    } cases[] = {{"any", "/p"}, {"any via /bin/sh", "any via /p"}, {"any via Tool", "any via /p"},
+        {"any ancestor /bin/sh", "any ancestor /p"}, {"/bin/a (-x)", "/p (-x)"},
+        {"/bin/a via any", "/p via any"}};
+    for (const auto& c : cases) {
+        open(line("/a", c.process));
+        const PlannedChange plan = copyingOf(*work->store, userRules(), "/p", facts, LineEnds::cut);
+        ASSERT_EQ(plan.difference.added.size(), 1U) << c.process;
+        EXPECT_EQ(
+            askValue(plan.difference.added[0], [](const auto& rule) { return rule.processName.view(); }),
+            c.copy);
+    }
+}
+
+TEST_F(PlannedChangeTest, ACopyThatIsThereAlreadyNeedsNothing)
+{
+    open(line("/a", "/bin/a") + line("/a", "/bin/b") + line("/a", "/bin/c"));
+    const PlannedChange plan = copyingOf(*work->store, userRules(), "/bin/b", facts, LineEnds::cut);
+    EXPECT_TRUE(plan.change.isEmpty());
+    EXPECT_EQ(plan.unchanged, 3U);
+}
+
+TEST_F(PlannedChangeTest, ACopyThatTheFileWouldNotHoldIsRefused)
+{
+    open(line("/a", "/bin/a"));
+    EXPECT_NE(copyingOf(*work->store, userRules(), "/bin/\"b", facts, LineEnds::cut).refusal, std::nullopt);
+}
+
+TEST_F(PlannedChangeTest, WhatIsAddedKeepsItsTagAndTimeAndStandsOnce)
+{
+    open(line("/a"));
+    std::vector<RuleValue> values;
+    const auto others
+        = box.storeOf(line("/a", "any", R"( "other" "" "5")") + line("/b", "any", R"( "t" "" "7")"));
+    for (const RuleRef& rule : others->userRules())
+        values.push_back(valueOf(rule));
+    values.push_back(values.back());
+    const PlannedChange plan = addingOf(*work->store, values, LineEnds::cut);
+    EXPECT_EQ(plan.unchanged, 2U);
+    EXPECT_EQ(carriedOut(plan), line("/a") + line("/b", "any", R"( "t" "" "7")"));
+}
+
 } // namespace quorvane

@@ -1,0 +1,421 @@
+#include "windows/SelectionController.h"
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/ChangeWindow.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/FootNotices.h"
+#include "windows/ImportWindowController.h"
+#include "windows/PathField.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+#include "workflow/RuleEdits.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
+
+namespace quorvane {
+
+namespace {
+
+const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
+const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
+const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" rw \"two\" \"\" \"0\"\n";
+const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
+enum Row { watch, first, second, vi };
+
+// The commands of the Rules menu, as a person finds them in the main window.
+class Selection : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    Selection()
+    {
+        box.writeUserRules(watchLine + firstLine + secondLine + viLine);
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+        table->setFocus();
+    }
+    ~Selection() override { window.reset(); } // before the document
+
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    ChangeWindow* preview() const
+    {
+        for (auto* each : window->findChildren<ChangeWindow*>()) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
+    }
+    void selectPath(const QString& path) const
+    {
+        for (int row = 0; row < table->model()->rowCount(); ++row) {
+            if (text(row, RuleColumn::path) == path)
+                select({row});
+        }
+    }
+    template <class Child> Child* control(const char* name) const
+    {
+        auto* child = preview()->findChild<Child*>(QString::fromLatin1(name));
+        EXPECT_NE(child, nullptr) << name;
+        return child;
+    }
+    void tick(const char* name) const
+    {
+        for (auto* each : preview()->findChildren<QCheckBox*>()) {
+            if (each->text().remove(QLatin1Char('&')) == QLatin1String(name))
+                each->click();
+        }
+    }
+    QString summary() const { return control<QLabel>("summaryLabel")->text(); }
+    QString remarks() const { return control<QLabel>("remarksLabel")->text().remove(QChar(0x200b)); }
+    bool canConfirm() const { return control<QPushButton>("changeButton")->isEnabled(); }
+    void confirm() const { control<QPushButton>("changeButton")->click(); }
+    void namePath(const std::string& path) const { control<PathField>("programField")->setPath(path); }
+    void undo() const { action("undoMenuItem")->trigger(); }
+    // Ends with a Ctrl+Z that restores the file to the byte.
+    void expectUndoRestores(const std::string& before) const
+    {
+        EXPECT_NE(file(), before);
+        undo();
+        EXPECT_EQ(file(), before);
+    }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+};
+
+} // namespace
+
+TEST_F(Selection, IsTaggedAtOnceAfterAPreview)
+{
+    const std::string before = file();
+    select({watch, first, vi});
+    action("tagMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    control<QLineEdit>("tagTextField")->setText(QStringLiteral("new"));
+    EXPECT_EQ(summary(), QStringLiteral("3 rules changed"));
+    EXPECT_EQ(file(), before);
+    confirm();
+    EXPECT_EQ(preview(), nullptr);
+    EXPECT_EQ(file(),
+        "watch prefix \"/w/\" \"/bin/sh\" r \"new\"\nallow prefix \"/a/\" \"/bin/sh\" r \"new\" \"\" \"7\"\n"
+            + secondLine + "deny path \"/c\" \"/bin/vi\" w \"new\" \"TEAM\" \"0\"\n");
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/w/ /a/ /c"));
+    EXPECT_EQ(document->undoName(), "Tag 3 Rules");
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, ShowsTheTagThatItsRulesShare)
+{
+    select({first});
+    action("tagMenuItem")->trigger();
+    EXPECT_EQ(control<QLineEdit>("tagTextField")->text(), QStringLiteral("one"));
+    EXPECT_FALSE(canConfirm());
+    preview()->reject();
+    select({first, second});
+    action("tagMenuItem")->trigger();
+    EXPECT_EQ(control<QLineEdit>("tagTextField")->text(), QString());
+}
+
+TEST_F(Selection, ClosesThePreviewWithoutAChange)
+{
+    const std::string before = file();
+    select({first, second});
+    action("denyMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    control<QPushButton>("cancelButton")->click();
+    EXPECT_EQ(preview(), nullptr);
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(Selection, OfOneRuleGetsAnotherClassWithoutAPreview)
+{
+    const std::string before = file();
+    select({vi});
+    action("allowMenuItem")->trigger();
+    EXPECT_EQ(preview(), nullptr);
+    EXPECT_EQ(
+        file(), watchLine + firstLine + secondLine + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, OfSeveralRulesGetsAnotherClassAfterAPreviewAndWatchRulesStay)
+{
+    const std::string before = file();
+    select({watch, first, second});
+    action("denyMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    EXPECT_EQ(remarks(), QStringLiteral("Left out: 1 rule of the system or of another kind."));
+    confirm();
+    EXPECT_NE(file().find("deny prefix \"/a/\""), std::string::npos);
+    EXPECT_NE(file().find(watchLine), std::string::npos);
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, GetsAndLosesOperations)
+{
+    const std::string before = file();
+    select({first, second});
+    action("operationsMenuItem")->trigger();
+    EXPECT_FALSE(canConfirm());
+    tick("Write");
+    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+    control<QComboBox>("operationsPopUp")->setCurrentIndex(1);
+    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+    tick("Execute");
+    tick("Write");
+    control<QComboBox>("operationsPopUp")->setCurrentIndex(2);
+    EXPECT_EQ(summary(), QStringLiteral("2 rules changed"));
+    confirm();
+    EXPECT_NE(file().find("\"/a/\" \"/bin/sh\" x"), std::string::npos);
+    EXPECT_NE(file().find("\"/b/\" \"/bin/sh\" x"), std::string::npos);
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, IsNotLeftWithoutOperations)
+{
+    select({first});
+    action("operationsMenuItem")->trigger();
+    control<QComboBox>("operationsPopUp")->setCurrentIndex(1);
+    tick("Read");
+    EXPECT_FALSE(canConfirm());
+    EXPECT_EQ(summary(), QStringLiteral("Nothing can be changed."));
+}
+
+TEST_F(Selection, ThatFoldsIsShownFirst)
+{
+    document->perform(
+        additionOf(policyRule({.policyClass = 1, .path = "/a/", .processName = "/bin/sh", .operations = 1})),
+        {"Add"});
+    window->reloadData();
+    const std::string before = file();
+    window->selectRules({store->userRules()[1]});
+    ASSERT_EQ(selectedPaths(), QStringLiteral("/a/"));
+    action("denyMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    EXPECT_EQ(summary(), QStringLiteral("1 rule removed"));
+    confirm();
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
+{
+    const std::string before = file();
+    select({vi});
+    action("clearConstraintMenuItem")->trigger();
+    EXPECT_NE(file().find("\"/bin/vi\" w \"\" \"\" \"0\""), std::string::npos);
+    expectUndoRestores(before);
+    const std::string program = box.folder.write("tool", "a program");
+    document->perform(
+        additionOf(policyRule({.path = "/t", .processName = program, .operations = 1})), {"Add"});
+    window->reloadData();
+    selectPath(QStringLiteral("/t"));
+    const std::string unbound = file();
+    action("bindAnewMenuItem")->trigger();
+    EXPECT_EQ(preview(), nullptr);
+    expectUndoRestores(unbound);
+}
+
+TEST_F(Selection, StaysBoundWhereTheProgramIsGoneAndSaysSo)
+{
+    document->perform(
+        additionOf(policyRule(
+            {.path = "/t", .processName = "/nowhere/tool", .constraint = "TEAM", .operations = 1})),
+        {"Add"});
+    window->reloadData();
+    selectPath(QStringLiteral("/t"));
+    action("bindAnewMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    EXPECT_FALSE(canConfirm());
+    EXPECT_TRUE(remarks().contains(QStringLiteral("/nowhere/tool")));
+}
+
+TEST_F(Selection, IsCopiedToAnotherProgram)
+{
+    const std::string before = file();
+    select({first, second});
+    action("copyToProgramMenuItem")->trigger();
+    EXPECT_FALSE(canConfirm());
+    namePath("/nowhere/tool");
+    EXPECT_EQ(summary(), QStringLiteral("2 rules added"));
+    confirm();
+    EXPECT_NE(
+        file().find("allow prefix \"/a/\" \"/nowhere/tool\" r \"one\" \"\" \"0\"\n"), std::string::npos);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a/ /b/"));
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, OfSystemRulesIsCopiedToo)
+{
+    action("hideSystemToolbarItem")->trigger();
+    window->selectRules({store->allRules().back()});
+    action("copyToProgramMenuItem")->trigger();
+    namePath("/nowhere/tool");
+    confirm();
+    EXPECT_NE(file().find("allow prefix \"/system/\" \"/nowhere/tool\" r"), std::string::npos);
+}
+
+TEST_F(Selection, FollowsItsProgramWithAllOfItsRules)
+{
+    const std::string before = file();
+    select({first});
+    action("programMovedMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    namePath("/nowhere/sh");
+    EXPECT_EQ(summary(), QStringLiteral("3 rules changed"));
+    confirm();
+    EXPECT_EQ(file().find("\"/bin/sh\""), std::string::npos);
+    EXPECT_EQ(document->undoName(), "Move 3 Rules");
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
+{
+    const std::string newer = box.folder.write("tool-2", "a program");
+    document->perform(
+        additionOf(policyRule({.path = "/t", .processName = box.folder.path("tool-1"), .operations = 1})),
+        {"Add"});
+    window->reloadData();
+    selectPath(QStringLiteral("/t"));
+    action("programMovedMenuItem")->trigger();
+    EXPECT_EQ(control<QComboBox>("candidatesPopUp")->currentData().toString().toStdString(), newer);
+    EXPECT_EQ(control<PathField>("programField")->path(), newer);
+    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+}
+
+TEST_F(Selection, WithoutAProgramCannotMove)
+{
+    document->perform(additionOf(policyRule({.path = "/t", .processName = "any", .operations = 1})), {"Add"});
+    window->reloadData();
+    selectPath(QStringLiteral("/t"));
+    action("programMovedMenuItem")->trigger();
+    EXPECT_EQ(preview(), nullptr);
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
+}
+
+TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)
+{
+    select({first, second});
+    action("tagMenuItem")->trigger();
+    control<QLineEdit>("tagTextField")->setText(QStringLiteral("new"));
+    document->perform(deletionOf(*store, {store->userRules()[1]}), {"Delete Rule"});
+    window->reloadData();
+    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+    confirm();
+    EXPECT_EQ(file().find("/a/"), std::string::npos);
+}
+
+TEST_F(Selection, IsChangedOnceLinesAreWrittenWholeWhereThatWouldCutAnotherRule)
+{
+    ProgramSettings whole;
+    whole.wholeLines = true;
+    document->setSettings(whole);
+    document->perform(
+        additionOf(policyRule({.path = "/Müsik/", .processName = "any", .operations = 1})), {"Add"});
+    document->setSettings({});
+    window->reloadData();
+    selectPath(QStringLiteral("/c"));
+    action("allowMenuItem")->trigger();
+    ASSERT_NE(preview(), nullptr);
+    EXPECT_FALSE(canConfirm());
+    auto* wholeLines = control<QPushButton>("wholeLinesButton");
+    EXPECT_TRUE(wholeLines->isVisible());
+    wholeLines->click();
+    EXPECT_FALSE(wholeLines->isVisible());
+    EXPECT_TRUE(document->settings().wholeLines);
+    confirm();
+    EXPECT_NE(file().find("allow path \"/c\""), std::string::npos);
+    EXPECT_NE(file().find("\"/Müsik/\" \"any\" r \"\" \"\" \"0\"\n"), std::string::npos);
+}
+
+TEST_F(Selection, IsCopiedAsLinesAndPastedThroughTheReview)
+{
+    select({watch, vi});
+    action("copyMenuItem")->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), watchLine + viLine);
+    const std::string before = file();
+    select({vi});
+    action("deleteEditMenuItem")->trigger();
+    action("pasteMenuItem")->trigger();
+    auto* review = window->findChild<ImportWindowController*>();
+    ASSERT_NE(review, nullptr);
+    EXPECT_EQ(review->windowTitle(), QStringLiteral("Import Rules - Pasted Text"));
+    EXPECT_EQ(review->numberOfRowsInTableView(), 2U);
+    review->importAction();
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(document->undoName(), "Paste Rules");
+}
+
+TEST_F(Selection, IsNotReplacedByTextWithoutRules)
+{
+    QApplication::clipboard()->setText(QStringLiteral("just some words"));
+    action("pasteMenuItem")->trigger();
+    EXPECT_EQ(window->findChild<ImportWindowController*>(), nullptr);
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
+}
+
+TEST_F(Selection, IsJoinedByTextThatIsDropped)
+{
+    QMimeData data;
+    data.setText(QStringLiteral("allow prefix \"/new/\" \"/bin/sh\" r"));
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &dropped);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<ImportWindowController*>() != nullptr; }));
+}
+
+TEST_F(Selection, OfOneRuleIsDuplicatedInAnEditor)
+{
+    const std::string before = file();
+    select({first});
+    action("duplicateMenuItem")->trigger();
+    auto* editor = window->findChild<EditPolicyWindowController*>();
+    ASSERT_NE(editor, nullptr);
+    auto* path = editor->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
+    EXPECT_EQ(path->text(), QStringLiteral("/a/"));
+    path->setText(QStringLiteral("/d/"));
+    editor->saveClicked();
+    EXPECT_EQ(file(),
+        watchLine + firstLine + secondLine + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+            + viLine);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/d/"));
+    expectUndoRestores(before);
+}
+
+TEST_F(Selection, ADuplicateDoesNotTakeThePlaceOfTheOriginal)
+{
+    select({first});
+    action("duplicateMenuItem")->trigger();
+    window->findChild<EditPolicyWindowController*>()->saveClicked();
+    EXPECT_EQ(store->userRules().size(), 5U);
+    EXPECT_NE(file().find(firstLine), std::string::npos);
+}
+
+TEST_F(Selection, DecidesWhatCanBeChosen)
+{
+    table->clearSelection();
+    for (const char* name : {"tagMenuItem", "allowMenuItem", "denyMenuItem", "operationsMenuItem",
+             "bindAnewMenuItem", "clearConstraintMenuItem", "copyToProgramMenuItem", "programMovedMenuItem",
+             "copyMenuItem", "duplicateMenuItem"}) {
+        EXPECT_FALSE(action(name)->isEnabled()) << name;
+    }
+    select({first});
+    EXPECT_TRUE(action("duplicateMenuItem")->isEnabled());
+    select({first, second});
+    EXPECT_TRUE(action("tagMenuItem")->isEnabled());
+    EXPECT_FALSE(action("duplicateMenuItem")->isEnabled());
+}
+
+} // namespace quorvane

@@ -1,0 +1,122 @@
+#include "windows/ChangeWindow.h"
+
+#include "ui_ChangeWindow.h"
+#include "windows/DifferenceModel.h"
+#include "windows/PlainText.h"
+#include "windows/QtText.h"
+#include "windows/WindowMemory.h"
+#include "workflow/DifferenceText.h"
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+QString memoryName()
+{
+    return QStringLiteral("changeWindow");
+}
+
+QString summaryOf(const PlannedChange& planned)
+{
+    if (planned.refusal)
+        return ChangeWindow::tr("Nothing can be changed.");
+    if (planned.change.isEmpty())
+        return ChangeWindow::tr("Nothing would change.");
+    return toQt(differenceSummary(planned.difference));
+}
+
+QString remarksOf(const PlannedChange& planned)
+{
+    QStringList remarks;
+    for (const std::string& remark : planned.remarks)
+        remarks.append(toQt(remark));
+    if (planned.refusal)
+        remarks.append(toQt(*planned.refusal));
+    return remarks.join(QLatin1Char('\n'));
+}
+
+} // namespace
+
+ChangeWindow::ChangeWindow(
+    const QString& title, const QString& verb, Plan plan, LineEnds lineEnds, QWidget* parent)
+    : QDialog(parent)
+    , m_ui(std::make_unique<Ui::ChangeWindow>())
+    , m_changes(new DifferenceModel(this))
+    , m_plan(std::move(plan))
+    , m_lineEnds(lineEnds)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::WindowModal);
+    m_ui->setupUi(this);
+    setWindowTitle(title);
+    m_ui->changeButton->setText(verb);
+    m_ui->differenceTableView->setModel(m_changes);
+    connect(m_ui->changeButton, &QPushButton::clicked, this, &ChangeWindow::accept);
+    connect(m_ui->wholeLinesButton, &QPushButton::clicked, this, &ChangeWindow::writeWholeLines);
+    connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
+    restoreWindowSize(*this, memoryName());
+    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    planAnew();
+}
+
+ChangeWindow::~ChangeWindow() = default;
+
+void ChangeWindow::setControls(QWidget* controls)
+{
+    m_ui->controlsLayout->addWidget(controls);
+    // In front of the table, which was made before them.
+    QWidget* last = controls;
+    for (auto* control : controls->findChildren<QWidget*>()) {
+        const bool isPartOfPopUp = control->window() != this;
+        if (!isPartOfPopUp && (control->focusPolicy() & Qt::TabFocus)) {
+            setTabOrder(last, control);
+            last = control;
+        }
+    }
+    setTabOrder(last, m_ui->differenceTableView);
+    setTabOrder(m_ui->differenceTableView, m_ui->wholeLinesButton);
+    setTabOrder(m_ui->wholeLinesButton, m_ui->cancelButton);
+    setTabOrder(m_ui->cancelButton, m_ui->changeButton);
+    controls->setFocus();
+}
+
+void ChangeWindow::planAnew()
+{
+    m_planned = m_plan(m_lineEnds);
+    auto* table = m_ui->differenceTableView;
+    m_changes->setTable(differenceTable(m_planned.difference));
+    table->setPathColumn(static_cast<int>(m_changes->table()->widestColumn()));
+    if (!m_isFitted && m_changes->rowCount() > 0) {
+        table->fitColumns();
+        m_isFitted = true;
+    }
+    const QString remarks = remarksOf(m_planned);
+    m_ui->summaryLabel->setText(summaryOf(m_planned));
+    table->setEmptyText(summaryOf(m_planned));
+    m_ui->remarksLabel->setText(withBreakPoints(remarks));
+    m_ui->remarksLabel->setVisible(!remarks.isEmpty());
+    m_ui->changeButton->setEnabled(!m_planned.refusal && !m_planned.change.isEmpty());
+    m_ui->wholeLinesButton->setVisible(
+        m_planned.refusal && m_lineEnds == LineEnds::cut && !m_plan(LineEnds::whole).refusal);
+}
+
+void ChangeWindow::writeWholeLines()
+{
+    m_lineEnds = LineEnds::whole;
+    Q_EMIT wholeLinesRequested();
+    planAnew();
+    m_ui->changeButton->setFocus();
+}
+
+void ChangeWindow::accept()
+{
+    if (!m_ui->changeButton->isEnabled())
+        return;
+    const PlannedChange confirmed = m_planned; // planned anew when the rules change
+    QDialog::accept();
+    Q_EMIT wasConfirmed(confirmed);
+}
+
+} // namespace quorvane

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "workflow/PlannedChange.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <memory>
+
+namespace Ui {
+class ChangeWindow;
+}
+
+namespace quorvane {
+
+class DifferenceModel;
+
+// Shows what a change of rules would do, rule by rule, before it is done. Above the list stand the controls,
+// if any, that say what is to be changed; whatever they say is planned and shown at once. Deletes itself when
+// it is closed. User interface thread only.
+class ChangeWindow : public QDialog {
+    Q_OBJECT
+public:
+    // What the controls ask for, of the rules as they are now, for a file that is written so.
+    using Plan = std::function<PlannedChange(LineEnds lineEnds)>;
+
+    // `verb` stands on the button that carries the change out. `lineEnds`: how the rules file is written now.
+    ChangeWindow(const QString& title, const QString& verb, Plan plan, LineEnds lineEnds, QWidget* parent);
+    ~ChangeWindow() override;
+
+    // Puts the controls above the list, and the keyboard into the first of them. They belong to the window
+    // then; what they change calls planAnew().
+    void setControls(QWidget* controls);
+
+    // What is shown.
+    const PlannedChange& planned() const { return m_planned; }
+
+public Q_SLOTS:
+    // The controls, or the stored rules, say something else now.
+    void planAnew();
+
+Q_SIGNALS:
+    // The change may be made only when lines are written whole, and the person wants that. What is planned
+    // from then on counts on it.
+    void wholeLinesRequested();
+    // The person wants the change that is shown. The window closes.
+    void wasConfirmed(const quorvane::PlannedChange& planned);
+
+private:
+    void accept() override;
+    void writeWholeLines();
+
+    std::unique_ptr<Ui::ChangeWindow> m_ui;
+    DifferenceModel* m_changes; // owned by this window
+    const Plan m_plan;
+    LineEnds m_lineEnds;
+    PlannedChange m_planned;
+    bool m_isFitted = false; // the columns are as wide as they need to be
+};
+
+} // namespace quorvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "workflow/RuleDraft.h"
+
+#include <QWidget>
+
+#include <array>
+#include <cstdint>
+
+class QCheckBox;
+
+namespace quorvane {
+
+// A check box for each operation, side by side.
+class OperationBoxesRow : public QWidget {
+    Q_OBJECT
+public:
+    explicit OperationBoxesRow(QWidget* parent = nullptr);
+
+    // Those that are ticked; at first none.
+    std::uint32_t operations() const;
+
+Q_SIGNALS:
+    void operationsChanged();
+
+private:
+    std::array<QCheckBox*, OperationBoxes().size()> m_boxes;
+};
+
+} // namespace quorvane

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QWidget>
+
+#include <string>
+
+class QLineEdit;
+
+namespace quorvane {
+
+// A field for the path of a file or folder, which can be typed, chosen in a panel, or dropped from a file
+// manager. User interface thread only.
+class PathField : public QWidget {
+    Q_OBJECT
+public:
+    // `name` says what the path is of, to the panel and to screen readers.
+    explicit PathField(const QString& name, QWidget* parent = nullptr);
+
+    std::string path() const;
+    void setPath(const std::string& path);
+    // For labels and hints.
+    QLineEdit& field() const { return *m_field; }
+
+Q_SIGNALS:
+    void pathChanged();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void browse();
+
+    const QString m_name;
+    QLineEdit* m_field;
+};
+
+} // namespace quorvane

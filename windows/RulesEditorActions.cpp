@@ -1,0 +1,71 @@
+#include "windows/RulesEditorTableController.h"
+
+#include "rules/RuleCodes.h"
+#include "ui_RulesEditorTableController.h"
+#include "windows/ExchangeController.h"
+#include "windows/QtText.h"
+#include "windows/RuleEditorWindow.h"
+#include "windows/SelectionController.h"
+#include "workflow/ProgramFacts.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+// The commands of the main window that concern many rules, and the parts that carry them out.
+
+namespace quorvane {
+
+void RulesEditorTableController::setUpActionsOnMany()
+{
+    m_selection = std::make_unique<SelectionController>(*this, *this, m_document, programFactsOnDisk());
+    auto* selection = m_selection.get();
+    connect(
+        this, &RulesEditorTableController::rulesDidChange, selection, &SelectionController::rulesDidChange);
+    const auto onTrigger = [selection](QAction* item, auto command) {
+        connect(item, &QAction::triggered, selection, command);
+    };
+    onTrigger(m_ui->tagMenuItem, &SelectionController::setTag);
+    onTrigger(m_ui->operationsMenuItem, &SelectionController::changeOperations);
+    onTrigger(m_ui->bindAnewMenuItem, &SelectionController::bindAnew);
+    onTrigger(m_ui->clearConstraintMenuItem, &SelectionController::clearConstraint);
+    onTrigger(m_ui->copyToProgramMenuItem, &SelectionController::copyToProgram);
+    onTrigger(m_ui->programMovedMenuItem, &SelectionController::moveProgram);
+    onTrigger(m_ui->allowMenuItem, [selection] { selection->setClass(PolicyClass::allow); });
+    onTrigger(m_ui->denyMenuItem, [selection] { selection->setClass(PolicyClass::deny); });
+    onTrigger(m_ui->copyMenuItem,
+        [selection] { QGuiApplication::clipboard()->setText(selection->selectedText()); });
+    connect(m_ui->pasteMenuItem, &QAction::triggered, this,
+        [this] { reviewText(QGuiApplication::clipboard()->text()); });
+    connect(m_ui->duplicateMenuItem, &QAction::triggered, this, &RulesEditorTableController::duplicateRule);
+
+    const auto validate = [this] {
+        const auto* table = m_ui->rulesEditorTableView;
+        const bool anySelected = table->selectionModel()->hasSelection();
+        for (QAction* item : {m_ui->copyMenuItem, m_ui->tagMenuItem, m_ui->allowMenuItem, m_ui->denyMenuItem,
+                 m_ui->operationsMenuItem, m_ui->bindAnewMenuItem, m_ui->clearConstraintMenuItem,
+                 m_ui->copyToProgramMenuItem, m_ui->programMovedMenuItem})
+            item->setEnabled(anySelected);
+        m_ui->duplicateMenuItem->setEnabled(table->onlySelectedRow().has_value());
+    };
+    connect(this, &RulesEditorTableController::selectionDidChange, this, validate);
+    validate();
+}
+
+void RulesEditorTableController::duplicateRule()
+{
+    const auto row = m_ui->rulesEditorTableView->onlySelectedRow();
+    if (!row)
+        return;
+    const RuleRef original = ruleRowAt(*row).rule;
+    const RuleRef copy = RuleCommands::newCopyOf(original);
+    m_newRule = copy;
+    edit(copy)->showDraft(draftOf(original));
+}
+
+void RulesEditorTableController::reviewText(const QString& text)
+{
+    if (!m_exchange->reviewText(fromQt(text)))
+        addNotice({.text = tr("There are no rules in that text."), .subject = QStringLiteral("paste")});
+}
+
+} // namespace quorvane

@@ -1,0 +1,329 @@
+#include "windows/SelectionController.h"
+
+#include "rules/RuleCodes.h"
+#include "rules/RuleMarks.h"
+#include "windows/ChangeWindow.h"
+#include "windows/ElidedLabel.h"
+#include "windows/OneLineText.h"
+#include "windows/OperationBoxesRow.h"
+#include "windows/PathField.h"
+#include "windows/QtText.h"
+#include "windows/RulesTable.h"
+#include "workflow/DifferenceText.h"
+#include "workflow/DocumentTexts.h"
+#include "workflow/MovedProgram.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLineEdit>
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+// Controls that stand under each other with their labels.
+struct Form {
+    QWidget* widget = new QWidget;
+    QFormLayout* rows = new QFormLayout(widget);
+
+    Form()
+    {
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    }
+};
+
+// The tag that all of the rules have; empty when they differ.
+QString commonTag(const std::vector<RuleRef>& rules)
+{
+    std::set<std::string> tags;
+    for (const RuleRef& rule : rules)
+        tags.emplace(tagOf(valueOf(rule)).view());
+    return tags.size() == 1 ? toQt(*tags.begin()) : QString();
+}
+
+std::string processOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
+}
+
+std::vector<std::string> constraintsOfProgram(const RuleManager& store, const std::string& program)
+{
+    std::set<std::string> constraints;
+    for (const RuleRef& rule : store.userRules()) {
+        const PolicyRule* policy = policyRuleIn(rule);
+        if (policy != nullptr && namedProgram(policy->fields().processName.view()) == program)
+            constraints.emplace(policy->fields().constraint.view());
+    }
+    return {constraints.begin(), constraints.end()};
+}
+
+// The records that the change leaves in the store.
+std::vector<RuleRef> changedRules(const PlannedChange& planned)
+{
+    std::vector<RuleRef> rules;
+    for (const ChangeSet::Change& change : planned.change.changed)
+        rules.push_back(change.rule);
+    for (const ChangeSet::Addition& addition : planned.change.added)
+        rules.push_back(addition.rule);
+    return rules;
+}
+
+std::size_t changeCount(const PlannedChange& planned)
+{
+    const RulesDifference& difference = planned.difference;
+    return difference.added.size() + difference.removed.size() + difference.changed.size();
+}
+
+// Whole paths alone; of the rest the processes of rules are made.
+bool isProgramPath(const std::string& text)
+{
+    return text.starts_with('/') && text.find(" via ") == std::string::npos;
+}
+
+PlannedChange nothingYet(const QString& remark)
+{
+    return {.remarks = {fromQt(remark)}};
+}
+
+} // namespace
+
+SelectionController::SelectionController(
+    QWidget& window, RulesTable& table, RulesDocument& document, ProgramFacts& facts)
+    : m_window(window)
+    , m_table(table)
+    , m_document(document)
+    , m_facts(facts)
+{
+}
+
+LineEnds SelectionController::lineEnds() const
+{
+    return m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
+}
+
+void SelectionController::rulesDidChange()
+{
+    if (m_preview)
+        m_preview->planAnew();
+}
+
+PlannedChange SelectionController::planned(const Command& command, const std::vector<RuleRef>& selected,
+    LineEnds lineEnds, const MakePlan& plan) const
+{
+    std::vector<RuleRef> rules;
+    std::copy_if(selected.begin(), selected.end(), std::back_inserter(rules), [&](const RuleRef& rule) {
+        return m_document.store().isStored(rule) && (command.takesSystemRules || !isSystemRule(rule))
+            && (command.takesWatchRules || policyRuleIn(rule) != nullptr);
+    });
+    PlannedChange change = plan(rules, lineEnds);
+    if (const std::size_t left = selected.size() - rules.size(); left > 0)
+        change.remarks.push_back(
+            fromQt(tr("Left out: %1 of the system or of another kind.").arg(toQt(countedRules(left)))));
+    return change;
+}
+
+void SelectionController::writeWholeLines()
+{
+    ProgramSettings settings = m_document.settings();
+    settings.wholeLines = true;
+    m_document.setSettings(settings);
+    if (const auto problem = writeProgramSettings(defaultSettingsFile(), settings))
+        m_table.addNotice({.text = toQt(*problem)});
+}
+
+ChangeWindow& SelectionController::openPreview(const Command& command, ChangeWindow::Plan plan)
+{
+    delete m_preview;
+    m_preview = new ChangeWindow(command.title, command.verb, std::move(plan), lineEnds(), &m_window);
+    connect(m_preview, &ChangeWindow::wholeLinesRequested, this, &SelectionController::writeWholeLines);
+    connect(m_preview, &ChangeWindow::wasConfirmed, this,
+        [this, command](const PlannedChange& change) { perform(command, change); });
+    m_preview->show();
+    return *m_preview;
+}
+
+void SelectionController::perform(const Command& command, const PlannedChange& planned)
+{
+    const std::string action = actionName(command.action, changeCount(planned));
+    if (m_table.perform(planned, {.action = action, .refusesCuts = true}))
+        m_table.selectRules(changedRules(planned));
+}
+
+void SelectionController::performOrPreview(const Command& command, const MakePlan& plan)
+{
+    const auto now = [this, command, plan, selected = m_table.selectedRules()](
+                         LineEnds lineEnds) { return planned(command, selected, lineEnds, plan); };
+    const PlannedChange change = now(lineEnds());
+    const bool isOfOneRule = changeCount(change) == 1 && change.difference.removed.empty();
+    if (isOfOneRule && !change.refusal && change.remarks.empty())
+        perform(command, change);
+    else
+        openPreview(command, now);
+}
+
+void SelectionController::patch(const Command& command, const RulePatch& patch)
+{
+    performOrPreview(command, [this, patch](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+        return patchingOf(m_document.store(), rules, patch, m_facts, lineEnds);
+    });
+}
+
+void SelectionController::setClass(std::int32_t policyClass)
+{
+    const bool allows = policyClass == PolicyClass::allow;
+    patch({.title = allows ? tr("Allow") : tr("Deny"),
+              .verb = allows ? tr("Allow") : tr("Deny"),
+              .action = allows ? "Allow in" : "Deny in",
+              .takesWatchRules = false},
+        {.ruleClass = policyClass});
+}
+
+void SelectionController::bindAnew()
+{
+    patch({.title = tr("Bind Anew"), .verb = tr("Bind"), .action = "Bind", .takesWatchRules = false},
+        {.isBoundToProgram = true});
+}
+
+void SelectionController::clearConstraint()
+{
+    patch({.title = tr("Clear Constraint"),
+              .verb = tr("Clear"),
+              .action = "Clear Constraint of",
+              .takesWatchRules = false},
+        {.constraint = std::string()});
+}
+
+void SelectionController::setTag()
+{
+    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const Command command{.title = tr("Tag"), .verb = tr("Tag"), .action = "Tag"};
+    Form form;
+    auto* field = new QLineEdit(commonTag(selected), form.widget);
+    field->setObjectName(QStringLiteral("tagTextField"));
+    field->setPlaceholderText(tr("Nothing takes the tags away"));
+    keepToOneLine(*field);
+    form.rows->addRow(tr("&Tag"), field);
+    form.widget->setFocusProxy(field);
+    field->selectAll();
+    ChangeWindow& preview = openPreview(command, [this, command, selected, field](LineEnds ends) {
+        return planned(
+            command, selected, ends, [this, field](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+                return patchingOf(
+                    m_document.store(), rules, {.tag = fromQt(field->text())}, m_facts, lineEnds);
+            });
+    });
+    preview.setControls(form.widget);
+    connect(field, &QLineEdit::textChanged, &preview, &ChangeWindow::planAnew);
+}
+
+void SelectionController::changeOperations()
+{
+    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const Command command{
+        .title = tr("Change Operations"), .verb = tr("Change"), .action = "Change Operations of"};
+    Form form;
+    auto* kind = new QComboBox(form.widget);
+    kind->setObjectName(QStringLiteral("operationsPopUp"));
+    kind->addItem(tr("Add"), RulePatch::Operations::added);
+    kind->addItem(tr("Take away"), RulePatch::Operations::removed);
+    kind->addItem(tr("Set to"), RulePatch::Operations::replaced);
+    auto* boxes = new OperationBoxesRow(form.widget);
+    form.rows->addRow(tr("&How"), kind);
+    form.rows->addRow(tr("Operations"), boxes);
+    form.widget->setFocusProxy(kind);
+    ChangeWindow& preview = openPreview(command, [this, command, selected, kind, boxes](LineEnds ends) {
+        if (boxes->operations() == 0)
+            return nothingYet(tr("Tick the operations."));
+        const RulePatch::Operations change{
+            static_cast<RulePatch::Operations::Kind>(kind->currentData().toInt()), boxes->operations()};
+        return planned(
+            command, selected, ends, [this, change](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+                return patchingOf(m_document.store(), rules, {.operations = change}, m_facts, lineEnds);
+            });
+    });
+    preview.setControls(form.widget);
+    connect(kind, &QComboBox::currentIndexChanged, &preview, &ChangeWindow::planAnew);
+    connect(boxes, &OperationBoxesRow::operationsChanged, &preview, &ChangeWindow::planAnew);
+}
+
+void SelectionController::copyToProgram()
+{
+    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const Command command{.title = tr("Copy Rules to Another Program"),
+        .verb = tr("Copy"),
+        .action = "Copy",
+        .takesSystemRules = true};
+    Form form;
+    auto* program = new PathField(tr("Program"), form.widget);
+    program->setObjectName(QStringLiteral("programField"));
+    form.rows->addRow(tr("&Program"), program);
+    form.widget->setFocusProxy(program);
+    ChangeWindow& preview = openPreview(command, [this, command, selected, program](LineEnds ends) {
+        const std::string path = program->path();
+        if (!isProgramPath(path))
+            return nothingYet(tr("Name the program by its whole path."));
+        return planned(
+            command, selected, ends, [this, path](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+                return copyingOf(m_document.store(), rules, path, m_facts, lineEnds);
+            });
+    });
+    preview.setControls(form.widget);
+    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planAnew);
+}
+
+void SelectionController::moveProgram()
+{
+    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const std::string from = selected.empty() ? std::string() : namedProgram(processOf(selected.front()));
+    if (from.empty())
+        return m_table.addNotice({.text = tr("The rule names no program that could have moved."),
+            .subject = QStringLiteral("change")});
+    const std::vector<ProgramCandidate> candidates
+        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), m_facts);
+    Form form;
+    auto* found = new QComboBox(form.widget);
+    found->setObjectName(QStringLiteral("candidatesPopUp"));
+    found->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    for (const ProgramCandidate& candidate : candidates)
+        found->addItem(tr("%1 (%2)").arg(toQt(candidate.path), toQt(candidateReasonWords(candidate.reason))),
+            toQt(candidate.path));
+    auto* program = new PathField(tr("Present path of the program"), form.widget);
+    program->setObjectName(QStringLiteral("programField"));
+    program->setPath(candidates.empty() ? from : candidates.front().path);
+    auto* former = new ElidedLabel(form.widget);
+    former->setText(toQt(from));
+    form.rows->addRow(tr("Rules of"), former);
+    form.rows->addRow(tr("&Found"), found);
+    form.rows->setRowVisible(found, !candidates.empty());
+    form.rows->addRow(tr("Now &at"), program);
+    form.widget->setFocusProxy(program);
+    ChangeWindow& preview
+        = openPreview({.title = tr("Program Moved"), .verb = tr("Move Rules"), .action = "Move"},
+            [this, from, program](LineEnds lineEnds) {
+                const std::string to = program->path();
+                return !isProgramPath(to) ? nothingYet(tr("Name the program by its whole path."))
+                                          : movingOf(m_document.store(), from, to, lineEnds);
+            });
+    preview.setControls(form.widget);
+    connect(found, &QComboBox::activated, program,
+        [found, program] { program->setPath(fromQt(found->currentData().toString())); });
+    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planAnew);
+}
+
+QString SelectionController::selectedText() const
+{
+    std::string lines;
+    for (const RuleRef& rule : m_table.selectedRules())
+        lines += ruleText(valueOf(rule)) + '\n';
+    return toQt(lines);
+}
+
+} // namespace quorvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "workflow/PlannedChange.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+namespace quorvane {
+
+class ChangeWindow;
+class ProgramFacts;
+class RulesDocument;
+class RulesTable;
+
+// The commands of the main window that change all selected rules at once. Each is one action. What changes
+// more than one rule, folds rules, or asks for something besides is shown first in a ChangeWindow. Rules of
+// the system are never changed. User interface thread only.
+class SelectionController : public QObject {
+    Q_OBJECT
+public:
+    // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
+    SelectionController(QWidget& window, RulesTable& table, RulesDocument& document, ProgramFacts& facts);
+
+    // Ask for what the rules are to have.
+    void setTag();
+    void changeOperations();
+    // PolicyClass::allow or deny. Watch rules stay what they are.
+    void setClass(std::int32_t policyClass);
+    // Binds each rule to its program as it is now; or to nothing.
+    void bindAnew();
+    void clearConstraint();
+    // Asks for the program that copies of the rules shall be for. Of system rules there are copies as well.
+    void copyToProgram();
+    // Asks where the program of the first rule is now. All its rules follow, selected or not.
+    void moveProgram();
+
+    // The selected rules as lines of a rules file.
+    QString selectedText() const;
+
+    // The stored rules may be others now: a preview follows.
+    void rulesDidChange();
+
+private:
+    using MakePlan = std::function<PlannedChange(const std::vector<RuleRef>& rules, LineEnds lineEnds)>;
+
+    struct Command {
+        QString title; // of the preview, and in words what is done
+        QString verb; // on the button
+        std::string action; // as the history names it, in front of "Rule" or "3 Rules"
+        bool takesWatchRules = true;
+        bool takesSystemRules = false;
+    };
+
+    // What the command would do to those of the rules that it is for and that are still stored.
+    PlannedChange planned(const Command& command, const std::vector<RuleRef>& selected, LineEnds lineEnds,
+        const MakePlan& plan) const;
+    ChangeWindow& openPreview(const Command& command, std::function<PlannedChange(LineEnds lineEnds)> plan);
+    void perform(const Command& command, const PlannedChange& planned);
+    // At once where one rule changes and none is folded.
+    void performOrPreview(const Command& command, const MakePlan& plan);
+    void patch(const Command& command, const RulePatch& patch);
+    LineEnds lineEnds() const;
+    void writeWholeLines();
+
+    QWidget& m_window;
+    RulesTable& m_table;
+    RulesDocument& m_document;
+    ProgramFacts& m_facts;
+    QPointer<ChangeWindow> m_preview; // the one that is open
+};
+
+} // namespace quorvane

@@ -1,0 +1,185 @@
+#include "workflow/MovedProgram.h"
+
+#include "platform/Account.h"
+#include "rules/ApplicationIdentity.h"
+#include "workflow/ApplicationValidation.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include <re2/re2.h>
+
+namespace quorvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t mostNames = 5000; // looked at in one search
+constexpr std::size_t mostCandidates = 20;
+constexpr std::size_t mostFilesRead = 40;
+
+// A name without its numbers: equal for the versions of one thing.
+std::string withoutVersion(std::string name)
+{
+    static const RE2 version(R"([ ._-]*[0-9]+(?:[._-][0-9]+)*)");
+    RE2::GlobalReplace(&name, version, "");
+    return name;
+}
+
+// Newer ones first.
+bool isLaterVersion(const ProgramCandidate& a, const ProgramCandidate& b)
+{
+    return a.reason != b.reason ? a.reason < b.reason : strverscmp(a.path.c_str(), b.path.c_str()) > 0;
+}
+
+bool meets(const std::string& constraint, const std::string& program, ProgramFacts& facts)
+{
+    switch (constraintKind(constraint)) {
+    case ConstraintKind::none:
+        return false;
+    case ConstraintKind::sha1:
+        return facts.sha1(program) == constraint;
+    case ConstraintKind::sha256:
+        return facts.sha256(program) == constraint;
+    case ConstraintKind::team:
+        return facts.team(program) == constraint;
+    }
+    return false;
+}
+
+// One search, and what it may still look at.
+class Search {
+public:
+    Search(const std::string& path, const std::vector<std::string>& constraints, ProgramFacts& facts)
+        : m_path(path)
+        , m_constraints(constraints)
+        , m_facts(facts)
+    {
+    }
+
+    std::vector<ProgramCandidate> run()
+    {
+        const fs::path path(m_path);
+        const std::vector<fs::path> parts(path.begin(), path.end());
+        lookForVersions("/", parts, 1);
+        lookForSameName(path);
+        std::sort(m_found.begin(), m_found.end(), isLaterVersion);
+        if (m_found.size() > mostCandidates)
+            m_found.resize(mostCandidates);
+        return std::move(m_found);
+    }
+
+private:
+    // Goes on from `folder` with the part `next` of the path, and with every name beside it that differs in
+    // its version alone.
+    void lookForVersions(const fs::path& folder, const std::vector<fs::path>& parts, std::size_t next)
+    {
+        if (next == parts.size())
+            return add(folder.string(), ProgramCandidate::otherVersion);
+        const std::string part = parts[next].string();
+        std::set<std::string> names;
+        if (m_facts.exists((folder / part).string()))
+            names.insert(part);
+        const std::string wanted = withoutVersion(part);
+        if (wanted != part)
+            forEachName(folder, [&](const std::string& name) {
+                if (withoutVersion(name) == wanted)
+                    names.insert(name);
+            });
+        for (const std::string& name : names)
+            lookForVersions(folder / name, parts, next + 1);
+    }
+
+    // The program, or the bundle that it is in, one folder up or down, and where programs usually are.
+    void lookForSameName(const fs::path& path)
+    {
+        const fs::path bundle = applicationBundlePathForPath(NullableText(m_path));
+        const fs::path tail = path.lexically_relative(bundle.parent_path());
+        for (const fs::path& folder : {bundle.parent_path(), bundle.parent_path().parent_path(),
+                 fs::path(homeDirectory()) / "Applications", fs::path("/Applications"), fs::path("/opt"),
+                 fs::path("/usr/local/bin"), fs::path("/usr/bin")}) {
+            addIfBound((folder / tail).string());
+            forEachName(
+                folder, [&](const std::string& name) { addIfBound((folder / name / tail).string()); });
+        }
+    }
+
+    template <class Use> void forEachName(const fs::path& folder, const Use& use)
+    {
+        std::error_code failed;
+        fs::directory_iterator entry(folder, failed);
+        for (; !failed && entry != fs::directory_iterator() && m_names < mostNames; entry.increment(failed)) {
+            ++m_names;
+            use(entry->path().filename().string());
+        }
+    }
+
+    bool isProgram(const std::string& path)
+    {
+        return path != m_path && m_facts.exists(path) && !m_facts.isFolder(path);
+    }
+
+    bool isBound(const std::string& path)
+    {
+        return m_filesRead++ < mostFilesRead
+            && std::any_of(m_constraints.begin(), m_constraints.end(),
+                [&](const std::string& constraint) { return meets(constraint, path, m_facts); });
+    }
+
+    void add(const std::string& path, ProgramCandidate::Reason reason)
+    {
+        if (isProgram(path) && m_known.insert(path).second)
+            m_found.push_back({path, isBound(path) ? ProgramCandidate::sameConstraint : reason});
+    }
+
+    void addIfBound(const std::string& path)
+    {
+        if (isProgram(path) && m_known.insert(path).second && isBound(path))
+            m_found.push_back({path, ProgramCandidate::sameConstraint});
+    }
+
+    const std::string& m_path;
+    const std::vector<std::string>& m_constraints;
+    ProgramFacts& m_facts;
+    std::size_t m_names = 0;
+    std::size_t m_filesRead = 0;
+    std::set<std::string> m_known;
+    std::vector<ProgramCandidate> m_found;
+};
+
+} // namespace
+
+std::string_view candidateReasonWords(ProgramCandidate::Reason reason)
+{
+    return reason == ProgramCandidate::sameConstraint ? "has what the rules are bound to" : "another version";
+}
+
+std::vector<ProgramCandidate> candidatesForMoved(
+    const std::string& path, const std::vector<std::string>& constraints, ProgramFacts& facts)
+{
+    constexpr std::size_t longestPath = 4096;
+    if (!path.starts_with('/') || path.size() > longestPath)
+        return {};
+    return Search(path, constraints, facts).run();
+}
+
+std::string namedProgram(std::string_view process)
+{
+    constexpr std::string_view ancestor = "any ancestor ";
+    if (process.starts_with(ancestor))
+        return std::string(process.substr(ancestor.size()));
+    const NullableText text{std::string(process)};
+    std::string program = applicationPathForProcess(text);
+    if (program == "any" || program.starts_with("any via "))
+        program = applicationParentPathForProcess(text).value_or(std::string());
+    return program == "any" ? std::string() : program;
+}
+
+} // namespace quorvane
