@@ -59,6 +59,18 @@ class Pipelines(CommandTest):
             results = json.load(file)["runs"][0]["results"]
         self.assertEqual([result["ruleId"] for result in results], ["redundant"])
 
+    def test_thousands_of_files_make_one_log_in_the_order_of_their_names(self):
+        names = [f"{number:04}{'x' * 100}.quorv" for number in range(2000)]
+        for name in reversed(names):
+            self.write(name, "allow prefix /a any r")
+        for name in (names[-1], names[0]):
+            self.write(name, "allow prefix /a any r", "allow path /a/b any r")
+        self.assertNotEqual(self.run_job(self.jobs()[0]).returncode, 0)
+        with open(os.path.join(self.rules, "rules.sarif"), encoding="utf-8") as file:
+            results = json.load(file)["runs"][0]["results"]
+        self.assertEqual([result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"] for result in results],
+                         ["./" + names[0], "./" + names[-1]])
+
     def test_a_folder_without_rules_passes_and_one_that_is_none_does_not(self):
         self.passes("mkdir empty && check-rules empty")
         self.assertEqual(self.run_job("check-rules none").returncode, 2)
