@@ -10,7 +10,8 @@ SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file_
 ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 ICONS = ("apps/quorvane-configuration", "mimetypes/application-x-quorvane-rules")
 ENTRY = "com.vantreal.quorvane.configuration"
-PROGRAMS = ["bin/quorvane-configuration", "bin/quorvanectl"]
+PROGRAMS = ["bin/quorvane-configuration", "bin/quorvanectl", "share/quorvane-tools/integrations/ci/check-rules",
+            "share/quorvane-tools/integrations/git/pre-commit"]
 FILES = [
     *(f"lib/{kind}.d/{part}.conf" for kind in ("sysusers", "tmpfiles")
       for part in ("quorvane-configuration", "quorvane-tools")),
@@ -32,6 +33,14 @@ FILES = [
     "share/quorvane-configuration/lock.png",
     *(f"share/quorvane-tools/schema/{name}.json" for name in (
         "apply", "check", "codesign", "diff", "history", "import", "list", "options", "rescue", "summary")),
+    *(f"share/quorvane-tools/integrations/{name}" for name in (
+        "ansible/README.md", "ansible/examples/desks.quorv", "ansible/examples/inventory.yml", "ansible/examples/site.yml",
+        "ansible/galaxy.yml", "ansible/meta/runtime.yml", "ansible/plugins/doc_fragments/connection.py",
+        "ansible/plugins/module_utils/quorvanectl.py", "ansible/plugins/modules/rules.py",
+        "ansible/plugins/modules/rules_facts.py", "ansible/roles/configuration/defaults/main.yml",
+        "ansible/roles/configuration/meta/argument_specs.yml", "ansible/roles/configuration/meta/main.yml",
+        "ansible/roles/configuration/tasks/main.yml", "ci/README.md", "ci/github-actions.yml", "ci/gitlab-ci.yml",
+        "git/gitattributes")),
     "share/zsh/vendor-completions/_quorvanectl",
 ]
 
