@@ -1,11 +1,15 @@
 import hashlib
 import json
 import os
+import subprocess
+import unittest
 from urllib.parse import unquote
 
 from macho import adhoc_program
 from quorvanectl import CommandTest
 
+SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+VALIDATOR = os.path.join(SOURCE, "build/real-programs/sarif-multitool/Sarif.Multitool")
 KINDS = ["redundant", "invalid", "missing", "unwritable", "joined", "overlap", "unproven"]
 JOINED = 'allow path "/é" "any" r "" "" "0allow suffix ".b" "any" r "" "" "0"'
 EVERYTHING = ['allow prefix "" /no/such/program rwcmx', "allow path /né /no/such/program -",
@@ -228,3 +232,32 @@ class Sarif(CheckTest):
     def test_the_users_configuration_has_its_own_file(self):
         self.sandbox.write_user("allow path /none any r")
         self.assertEqual(self.places(self.log()), [("missing", "file://" + self.sandbox.user_file, 1)])
+
+
+@unittest.skipUnless(os.environ.get("QUORVANE_REAL_PROGRAMS") == "1" and os.path.exists(VALIDATOR),
+                     "./test --real-programs fetches the validator of review logs, where the network has it")
+class RealValidator(CommandTest):
+    """What those who define the format say of our logs."""
+
+    def errors_in(self, log):
+        file = self.sandbox.new_file("log.sarif", log)
+        report = self.sandbox.path("report.sarif")
+        done = subprocess.run([VALIDATOR, "validate", file, "--level", "Error", "--output", report, "--log", "ForceOverwrite"],
+                              env={**self.environment(), "DOTNET_SYSTEM_GLOBALIZATION_INVARIANT": "1"}, cwd=self.sandbox.folder,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False, timeout=120)
+        self.assertIn("Analysis completed successfully.", done.stdout)
+        with open(report, encoding="utf-8-sig") as written:
+            return [result["ruleId"] for result in json.load(written)["runs"][0]["results"]]
+
+    def test_finds_no_error_in_a_log(self):
+        os.mkdir(self.sandbox.path("a folder"))
+        bad = self.sandbox.new_file("a folder/50%: é.quorv", [
+            "allow prefix /a /gone r", "allow path /a/b /gone r", "deny path /a/b /gone r", "allow path /é any r",
+            'allow path "/b" "any" r "" "" "1allow path "/c" "any" r "" "" "2"'])
+        log = self.run_program("check", "--sarif", "--only", "all", bad, self.sandbox.path("missing")).out
+        self.assertEqual(self.errors_in(log), [])
+        self.assertNotEqual(self.errors_in(log.replace(b'"startLine":1', b'"startLine":0')), [])
+
+    def test_finds_no_error_in_a_log_without_findings(self):
+        good = self.sandbox.new_file("good.quorv", ["allow path /a any r"])
+        self.assertEqual(self.errors_in(self.succeed("check", "--sarif", "--no-target", good).out), [])
