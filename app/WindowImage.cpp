@@ -7,8 +7,13 @@
 #include "windows/EditWatchWindowController.h"
 #include "windows/HistoryWindow.h"
 #include "windows/ImportWindowController.h"
+#include "windows/MapWindow.h"
+#include "windows/PathField.h"
 #include "windows/RulesEditorTableController.h"
+#include "windows/RulesTable.h"
+#include "windows/TouchingWindow.h"
 #include "windows/WindowLook.h"
+#include "workflow/PlannedChange.h"
 #include "workflow/RulesHistory.h"
 
 #include <QApplication>
@@ -85,13 +90,46 @@ std::unique_ptr<QWidget> preferencesWindow(Surroundings& around)
     return window;
 }
 
+// Waits until the window has said so.
+template <class Window> void waitFor(Window& window, void (Window::*signal)())
+{
+    QEventLoop untilThen;
+    QObject::connect(&window, signal, &untilThen, &QEventLoop::quit);
+    untilThen.exec();
+}
+
 std::unique_ptr<QWidget> historyWindow(Surroundings& around)
 {
     static RulesHistory rules(around.document);
     auto window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&rules});
-    QEventLoop untilFilled;
-    QObject::connect(window.get(), &HistoryWindow::wasFilled, &untilFilled, &QEventLoop::quit);
-    untilFilled.exec();
+    waitFor(*window, &HistoryWindow::wasFilled);
+    return window;
+}
+
+// The table of a main window that nobody sees.
+class NoTable : public RulesTable {
+public:
+    std::vector<RuleRef> selectedRules() const override { return {}; }
+    void selectRules(const std::vector<RuleRef>& /*rules*/) override { }
+    void revealRule(const RuleRef& /*rule*/) override { }
+    bool perform(const PlannedChange& /*planned*/, const ChangeReason& /*reason*/) override { return false; }
+    void addNotice(FootNotice /*notice*/) override { }
+};
+
+std::unique_ptr<QWidget> touchingWindow(const char* path, Surroundings& around)
+{
+    static NoTable table;
+    auto window = std::make_unique<TouchingWindow>(around.store, table, around.workspace);
+    window->findChild<PathField*>(QStringLiteral("pathField"))->setPath(path);
+    waitFor(*window, &TouchingWindow::wasAnswered);
+    return window;
+}
+
+std::unique_ptr<QWidget> mapWindow(Surroundings& around)
+{
+    static NoTable table;
+    auto window = std::make_unique<MapWindow>(around.store, table);
+    waitFor(*window, &MapWindow::wasMade);
     return window;
 }
 
@@ -106,6 +144,10 @@ std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& 
         return editorOf(row, around);
     if (name == "review" && wordCount == 2)
         return reviewOf(words[1], around);
+    if (name == "touching" && wordCount == 2)
+        return touchingWindow(words[1], around);
+    if (name == "map" && wordCount == 1)
+        return mapWindow(around);
     if (name == "history" && wordCount == 1)
         return historyWindow(around);
     if (name == "preferences" && wordCount == 1)
@@ -129,7 +171,7 @@ int main(int argumentCount, char** arguments)
         = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (!window) {
         std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE | "
-                   "history | preferences]\n",
+                   "touching PATH | map | history | preferences]\n",
             stderr);
         return 2;
     }

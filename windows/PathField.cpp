@@ -58,6 +58,12 @@ void PathField::setPath(const std::string& path)
     m_field->setText(toQt(path));
 }
 
+void PathField::takeDropsOn(QWidget& widget)
+{
+    widget.setAcceptDrops(true);
+    widget.installEventFilter(this);
+}
+
 void PathField::browse()
 {
     if (const auto chosen = chooseFileOrFolder(*this, m_name, path()))

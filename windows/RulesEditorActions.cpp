@@ -3,9 +3,12 @@
 #include "rules/RuleCodes.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/ExchangeController.h"
+#include "windows/MapWindow.h"
 #include "windows/QtText.h"
 #include "windows/RuleEditorWindow.h"
 #include "windows/SelectionController.h"
+#include "windows/TouchingWindow.h"
+#include "windows/WindowLook.h"
 #include "workflow/ProgramFacts.h"
 
 #include <QClipboard>
@@ -37,6 +40,8 @@ void RulesEditorTableController::setUpActionsOnMany()
     connect(m_ui->pasteMenuItem, &QAction::triggered, this,
         [this] { reviewText(QGuiApplication::clipboard()->text()); });
     connect(m_ui->duplicateMenuItem, &QAction::triggered, this, &RulesEditorTableController::duplicateRule);
+    connect(m_ui->whatTouchesMenuItem, &QAction::triggered, this, &RulesEditorTableController::showTouching);
+    connect(m_ui->mapMenuItem, &QAction::triggered, this, &RulesEditorTableController::showMap);
 
     const auto validate = [this] {
         const auto* table = m_ui->rulesEditorTableView;
@@ -60,6 +65,26 @@ void RulesEditorTableController::duplicateRule()
     const RuleRef copy = RuleCommands::newCopyOf(original);
     m_newRule = copy;
     edit(copy)->showDraft(draftOf(original));
+}
+
+void RulesEditorTableController::showTouching()
+{
+    if (m_touchingWindow.isNull()) {
+        m_touchingWindow = new TouchingWindow(m_store, *this, m_workspace, this);
+        connect(this, &RulesEditorTableController::rulesDidChange, m_touchingWindow.data(),
+            &TouchingWindow::rulesDidChange);
+    }
+    bringToFront(*m_touchingWindow);
+}
+
+void RulesEditorTableController::showMap()
+{
+    if (m_mapWindow.isNull()) {
+        m_mapWindow = new MapWindow(m_store, *this, this);
+        connect(this, &RulesEditorTableController::rulesDidChange, m_mapWindow.data(),
+            &MapWindow::rulesDidChange);
+    }
+    bringToFront(*m_mapWindow);
 }
 
 void RulesEditorTableController::reviewText(const QString& text)

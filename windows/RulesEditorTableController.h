@@ -31,6 +31,7 @@ class ExchangeController;
 class FileHistory;
 class HistoryWindow;
 class Log;
+class MapWindow;
 class RuleEditorWindow;
 class RulesDocument;
 class RulesFileFollower;
@@ -40,6 +41,7 @@ class SelectionController;
 class SettingsWindow;
 struct ProgramSettings;
 struct RunState;
+class TouchingWindow;
 class Workspace;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,
@@ -176,6 +178,8 @@ private:
     void setUpExchange();
     void setUpActionsOnMany();
     void duplicateRule();
+    void showTouching();
+    void showMap();
     void reviewText(const QString& text);
     void setUpDocument();
     void nameUndoAndRedo();
@@ -236,6 +240,8 @@ private:
     std::vector<FileHistory*> m_histories; // in the order in which they are offered
     QPointer<HistoryWindow> m_historyWindow;
     QPointer<SettingsWindow> m_settingsWindow;
+    QPointer<TouchingWindow> m_touchingWindow;
+    QPointer<MapWindow> m_mapWindow;
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<SelectionController> m_selection;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange

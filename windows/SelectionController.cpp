@@ -28,6 +28,9 @@ namespace quorvane {
 
 namespace {
 
+constexpr int betweenLabelAndControl = 10; // logical pixels, as the next
+constexpr int betweenRows = 8;
+
 // Controls that stand under each other with their labels.
 struct Form {
     QWidget* widget = new QWidget;
@@ -36,6 +39,8 @@ struct Form {
     Form()
     {
         rows->setContentsMargins(0, 0, 0, 0);
+        rows->setHorizontalSpacing(betweenLabelAndControl);
+        rows->setVerticalSpacing(betweenRows);
         rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     }
 };

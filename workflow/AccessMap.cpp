@@ -27,11 +27,11 @@ template <class Fields> Place placeOf(const Fields& rule)
 }
 
 // Deliberate: the property of a watch rule says 0, as its kind alone tells its class.
-std::int32_t classOf(const PolicyRule& rule)
+std::int32_t classOf(const PolicyRuleFields& rule)
 {
-    return rule.fields().policyClass;
+    return rule.policyClass;
 }
-std::int32_t classOf(const WatchRule&)
+std::int32_t classOf(const WatchRuleFields&)
 {
     return PolicyClass::watch;
 }
@@ -64,19 +64,20 @@ void setDepths(std::vector<MappedFolder>& folders)
 
 } // namespace
 
-std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules)
+std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules, const std::stop_token& stop)
 {
     std::map<Place, MappedFolder> found;
-    for (const RuleRef& rule : rules) {
-        askRule(rule, [&found](const auto& record) {
-            const std::int32_t policyClass = classOf(record);
+    for (std::size_t rule = 0; rule < rules.size() && !stop.stop_requested(); ++rule) {
+        askValue(valueOf(rules[rule]), [&found, rule](const auto& fields) {
+            const std::int32_t policyClass = classOf(fields);
             if (policyClass == unknownCode)
                 return;
-            Place place = placeOf(record.fields());
+            Place place = placeOf(fields);
             MappedFolder& folder
                 = found.try_emplace(place, MappedFolder{place.first, place.second, 0, {}, {}}).first->second;
             count(folder.counts, policyClass);
-            ++folder.programs[std::string(record.fields().processName.view())];
+            ++folder.programs[std::string(fields.processName.view())];
+            folder.rules.push_back(rule);
         });
     }
     std::vector<MappedFolder> folders;

@@ -4,11 +4,12 @@
 
 #include <cstddef>
 #include <map>
+#include <stop_token>
 #include <string>
 #include <vector>
 
-// The folders that rules speak of: what a person looks at to see who may do what where. Pure; for the thread
-// that owns the rules.
+// The folders that rules speak of: what a person looks at to see who may do what where. Pure; any
+// thread.
 
 namespace quorvane {
 
@@ -27,11 +28,13 @@ struct MappedFolder {
     std::size_t depth = 0; // how many of the folders before it hold it
     AccessCounts counts; // of the rules on it or what is directly in it
     std::map<std::string, std::size_t> programs; // their processes, and how many rules each has
+    std::vector<std::size_t> rules{}; // where they stand in what the map was made of
 };
 
 // The folders of the rules, in order, each behind those that hold it. A prefix rule that ends with "/" is
 // about that folder, any other rule on a file about the folder that the file is in. Rules of an unknown class
 // are left out.
-std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules);
+// What is left to do when `stop` comes is left undone.
+std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules, const std::stop_token& stop = {});
 
 } // namespace quorvane

@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-// Which rules are about a path. Pure functions, for the thread that owns the rules.
+// Which rules are about a path. Pure functions, where nothing else is said for the
+// thread that owns the rules.
 
 namespace quorvane {
 
@@ -22,5 +23,11 @@ struct TouchQuestion {
 // one of its forms, and it has one of the operations. Tells no verdict: which rule wins is decided where
 // rules are enforced.
 bool touches(const RuleRef& rule, const TouchQuestion& question);
+// The same of a value, for any thread.
+bool touches(const RuleValue& rule, const TouchQuestion& question);
+
+// Why it does, in a few words about the rule's path, and about its program where the question names one or
+// nothing else tells it: "begins with it; any program". Only of a rule that does.
+std::string whyTouches(const RuleValue& rule, const TouchQuestion& question);
 
 } // namespace quorvane

@@ -78,4 +78,45 @@ TEST(Touches, EveryPathThatACoveringRuleWouldMakeRedundant)
     }
 }
 
+TEST(WhyTouches, NamesThePartOfThePathThatTheRuleSays)
+{
+    const struct {
+        std::int32_t type;
+        const char* path;
+        const char* why;
+    } cases[] = {{0, "/a/", "begins with it"}, {1, "/a/b", "the path itself"}, {2, "b", "ends with it"},
+        {0, "any", "every path"}, {2, "", "every path"}};
+    for (const auto& c : cases) {
+        const RuleRef rule = policyRule({.policyType = c.type, .path = c.path, .processName = "/bin/sh"});
+        EXPECT_EQ(whyTouches(valueOf(rule), {.path = "/a/b"}), c.why);
+    }
+}
+
+TEST(WhyTouches, NamesTheProgramWhereTheQuestionDoesOrTheRuleWatches)
+{
+    const auto why = [](const char* process, const char* asked) {
+        return whyTouches(
+            valueOf(policyRule({.path = "", .processName = process})), {.path = "/a", .process = asked});
+    };
+    EXPECT_EQ(why("/bin/sh", "/bin/sh"), "every path; this program");
+    EXPECT_EQ(why("any", "/bin/sh"), "every path; any program");
+    EXPECT_EQ(why("any via /bin/b", "/bin/sh"), "every path; any program via /bin/b");
+    EXPECT_EQ(why("any ancestor /bin/b", "/bin/sh"), "every path; any program ancestor /bin/b");
+    EXPECT_EQ(whyTouches(valueOf(watchRule({.path = "", .processName = "/bin/sh"})), {.path = "/a"}),
+        "every path; program: /bin/sh");
+}
+
+TEST(Touches, AnswersTheSameOfARuleAndOfItsValue)
+{
+    RandomRules random(5);
+    for (int count = 0; count < 500; ++count) {
+        const RuleRef rule
+            = count % 3 == 0 ? RuleRef(watchRule(random.watch())) : policyRule(random.policy());
+        const TouchQuestion question{.path = std::string(random.path().view()),
+            .process = std::string(random.process().view()),
+            .operations = random.operations()};
+        EXPECT_EQ(touches(rule, question), touches(valueOf(rule), question));
+    }
+}
+
 } // namespace quorvane

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "rules/RuleIndex.h"
+
+#include <memory>
+#include <vector>
+
+namespace quorvane {
+
+// Rows of these rules alone, in this order; for the thread that owns the store. Throws std::bad_alloc.
+std::shared_ptr<const RuleRows> listedRows(const std::vector<RuleRef>& rules);
+
+} // namespace quorvane

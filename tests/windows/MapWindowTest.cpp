@@ -1,0 +1,169 @@
+#include "windows/MapWindow.h"
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/AccessBars.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+#include "workflow/RuleEdits.h"
+
+#include <QAbstractItemModelTester>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTreeView>
+
+namespace quorvane {
+
+namespace {
+
+class Map : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    Map()
+    {
+        box.writeUserRules("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
+                           "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+                           "deny path \"/etc/ssh/key\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
+                           "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n");
+        box.writeSystemFile("quorvane.rc", "deny prefix \"/opt/\" \"/usr/bin/zip\" r\n");
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+        action("mapMenuItem")->trigger();
+        map = window->findChild<MapWindow*>();
+        tree = map->findChild<QTreeView*>();
+        EXPECT_TRUE(QTest::qWaitFor([this] { return tree->model()->rowCount() > 0; }));
+    }
+    ~Map() override { window.reset(); } // before the document
+
+    template <class Act> void afterMaking(Act act)
+    {
+        QSignalSpy made(map, &MapWindow::wasMade);
+        act();
+        EXPECT_TRUE(!made.isEmpty() || made.wait());
+    }
+    std::string textOf(const QModelIndex& parent = {}, const std::string& indent = "") const
+    {
+        std::string text;
+        for (int row = 0; row < tree->model()->rowCount(parent); ++row) {
+            const QModelIndex index = tree->model()->index(row, AccessModel::place, parent);
+            text += indent + index.data().toString().toStdString() + ": "
+                + index.siblingAtColumn(AccessModel::bar).data().toString().toStdString() + "\n"
+                + textOf(index, indent + "  ");
+        }
+        return text;
+    }
+    QModelIndex top(int row) const { return tree->model()->index(row, 0); }
+    QString foot() const { return map->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+    MapWindow* map = nullptr;
+    QTreeView* tree = nullptr;
+};
+
+} // namespace
+
+TEST_F(Map, ShowsTheFoldersOfTheUsersRulesInWords)
+{
+    const QAbstractItemModelTester tester(tree->model());
+    EXPECT_EQ(textOf(),
+        "Paths by their ending: 1 watch\n"
+        "/etc/: 1 allow, 1 deny\n"
+        "  ssh/: 1 deny\n"
+        "/home/: 1 allow\n");
+    EXPECT_EQ(foot(), QStringLiteral("On the map: 2 allow, 1 deny, 1 watch."));
+    EXPECT_EQ(top(1).siblingAtColumn(AccessModel::programs).data().toString(), QStringLiteral("sh (2)"));
+    EXPECT_EQ(top(1).siblingAtColumn(AccessModel::deny).data().toString(), QStringLiteral("1"));
+}
+
+TEST_F(Map, AddsTheSystemRulesOnRequest)
+{
+    afterMaking([this] { map->findChild<QCheckBox*>()->click(); });
+    EXPECT_NE(textOf().find("/opt/: 1 deny"), std::string::npos);
+}
+
+TEST_F(Map, ShowsTheProgramsAndTheirPlaces)
+{
+    afterMaking([this] { map->findChild<QComboBox*>()->setCurrentIndex(1); });
+    EXPECT_EQ(textOf(),
+        "/bin/sh: 1 allow, 1 deny\n"
+        "  /etc/: 1 allow, 1 deny\n"
+        "    ssh/: 1 deny\n"
+        "/bin/vi: 1 allow, 1 watch\n"
+        "  Paths by their ending: 1 watch\n"
+        "  /home/: 1 allow\n");
+    EXPECT_TRUE(tree->isColumnHidden(AccessModel::programs));
+}
+
+TEST_F(Map, SelectsTheRulesOfAPlaceThatIsClicked)
+{
+    in<QLineEdit>("searchField")->setText(QStringLiteral("home"));
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(top(1)).center());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/etc/ /etc/ssh/key"));
+    EXPECT_EQ(foot(), QStringLiteral("Selected in the table: 2 rules."));
+}
+
+TEST_F(Map, SelectsTheRulesOfTheCurrentPlaceByReturn)
+{
+    tree->setCurrentIndex(top(2));
+    QTest::keyClick(tree, Qt::Key_Return);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/home/"));
+}
+
+TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
+{
+    tree->expand(top(1));
+    tree->setCurrentIndex(tree->model()->index(0, 0, top(1)));
+    afterMaking([this] {
+        document->perform(
+            additionOf(policyRule({.path = "/a/", .processName = "any", .operations = 1})), {"Add"});
+        window->reloadData();
+    });
+    EXPECT_EQ(top(1).data().toString(), QStringLiteral("/a/"));
+    EXPECT_TRUE(tree->isExpanded(top(2)));
+    EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("ssh/"));
+}
+
+TEST_F(Map, SaysThatThereAreNoRules)
+{
+    afterMaking([this] {
+        document->perform(deletionOf(*store, store->userRules()), {"Delete"});
+        window->reloadData();
+    });
+    EXPECT_EQ(foot(), QStringLiteral("There are no rules."));
+    QTest::keyClick(tree, Qt::Key_Return);
+}
+
+TEST(AccessBars, TellAllowDenyAndWatchApartWithoutColours)
+{
+    const QSize size(12, 12);
+    const auto darkPixels = [&](const AccessShares& shares) {
+        const QImage image = accessBarSample(shares, size, 1).toImage();
+        int dark = 0;
+        for (int y = 1; y < 10; ++y)
+            for (int x = 1; x < 10; ++x)
+                dark += qGray(image.pixel(x, y)) < 128 && qAlpha(image.pixel(x, y)) > 0 ? 1 : 0;
+        return dark;
+    };
+    const int allow = darkPixels({.allow = 1});
+    const int watch = darkPixels({.watch = 1});
+    const int deny = darkPixels({.deny = 1});
+    EXPECT_LT(allow + 5, watch);
+    EXPECT_LT(watch + 5, deny);
+}
+
+TEST(AccessBars, ShowHoweverSmallAShareIs)
+{
+    const QImage image = accessBarSample({.allow = 1e-9, .deny = 1e-9}, QSize(40, 12), 1).toImage();
+    EXPECT_EQ(qAlpha(image.pixel(5, 5)), 255);
+    EXPECT_EQ(qAlpha(image.pixel(20, 5)), 0);
+}
+
+} // namespace quorvane

@@ -1,0 +1,214 @@
+#include "windows/TouchingWindow.h"
+
+#include "tests/rules/RandomRules.h"
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/OperationBoxesRow.h"
+#include "windows/PathField.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+#include "windows/TouchingModel.h"
+#include "workflow/RuleEdits.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QUrl>
+
+namespace quorvane {
+
+namespace {
+
+class Touching : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    Touching()
+    {
+        box.writeUserRules("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
+                           "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+                           "deny path \"/etc/hosts\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
+                           "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n"
+                           "deny prefix \"any\" \"any\" x \"\" \"\" \"0\"\n");
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/\" \"/usr/bin/zip\" r\n");
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+        action("whatTouchesMenuItem")->trigger();
+        touching = window->findChild<TouchingWindow*>();
+        list = touching->findChild<RulesTableView*>();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(touching));
+    }
+    ~Touching() override { window.reset(); } // before the document
+
+    template <class Child> Child* control(const char* name) const
+    {
+        auto* child = touching->findChild<Child*>(QString::fromLatin1(name));
+        EXPECT_NE(child, nullptr) << name;
+        return child;
+    }
+    // Does something, and waits for the answer to it.
+    template <class Act> void afterAnswer(Act act)
+    {
+        QSignalSpy answered(touching, &TouchingWindow::wasAnswered);
+        act();
+        EXPECT_TRUE(!answered.isEmpty() || answered.wait());
+    }
+    void ask(const std::string& path)
+    {
+        afterAnswer([&] { control<PathField>("pathField")->setPath(path); });
+    }
+    std::string found() const
+    {
+        std::string paths;
+        for (int row = 0; row < list->model()->rowCount(); ++row)
+            paths += list->model()
+                         ->index(row, static_cast<int>(RuleColumn::path))
+                         .data()
+                         .toString()
+                         .toStdString()
+                + "|";
+        return paths;
+    }
+    std::string why(int row) const
+    {
+        return list->model()->index(row, TouchingModel::whyColumn).data().toString().toStdString();
+    }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+    TouchingWindow* touching = nullptr;
+    RulesTableView* list = nullptr;
+};
+
+} // namespace
+
+TEST_F(Touching, ListsNothingBeforeAPathIsNamed)
+{
+    EXPECT_EQ(list->model()->rowCount(), 0);
+    ask("/etc/hosts");
+    ask("");
+    EXPECT_EQ(found(), "");
+    EXPECT_EQ(control<QLabel>("countLabel")->text(), QString());
+}
+
+TEST_F(Touching, ListsTheRulesWhoseTextCoversThePathByProgramAndSaysWhy)
+{
+    ask("/etc/hosts");
+    EXPECT_EQ(found(), "any|/etc/|/etc/hosts|/|");
+    EXPECT_EQ(why(0), "every path");
+    EXPECT_EQ(why(1), "begins with it");
+    EXPECT_EQ(why(2), "the path itself");
+    EXPECT_TRUE(control<QLabel>("countLabel")->text().startsWith(QStringLiteral("4 rules.")));
+}
+
+TEST_F(Touching, IsNarrowedByProgramAndOperations)
+{
+    ask("/etc/x.conf");
+    EXPECT_EQ(found(), ".conf|any|/etc/|/|");
+    afterAnswer([&] { control<PathField>("programField")->setPath("/bin/sh"); });
+    EXPECT_EQ(found(), "any|/etc/|");
+    EXPECT_EQ(why(0), "every path; any program");
+    EXPECT_EQ(why(1), "begins with it; this program");
+    afterAnswer([&] { touching->findChild<OperationBoxesRow*>()->findChild<QCheckBox*>()->click(); });
+    EXPECT_EQ(found(), "/etc/|");
+}
+
+TEST_F(Touching, LeavesSystemRulesOutOnRequest)
+{
+    ask("/usr/x");
+    EXPECT_EQ(found(), "any|/|");
+    afterAnswer([&] { control<QCheckBox>("systemRulesCheckBox")->click(); });
+    EXPECT_EQ(found(), "any|");
+}
+
+TEST_F(Touching, FollowsTheRules)
+{
+    ask("/home/x");
+    afterAnswer([&] {
+        document->perform(deletionOf(*store, {store->userRules().back()}), {"Delete Rule"});
+        window->reloadData();
+    });
+    EXPECT_EQ(found(), "any|/|");
+}
+
+TEST_F(Touching, ShowsTheChosenRuleInTheMainTable)
+{
+    in<QLineEdit>("searchField")->setText(QStringLiteral("nothing"));
+    ask("/etc/hosts");
+    EXPECT_FALSE(control<QPushButton>("showButton")->isEnabled());
+    list->selectRow(2);
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/etc/hosts"));
+}
+
+TEST_F(Touching, TakesAFileThatIsDroppedOnTheWindow)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QStringLiteral("/etc/hosts"))});
+    afterAnswer([&] {
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(touching, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(touching, &dropped);
+    });
+    EXPECT_EQ(control<PathField>("pathField")->path(), "/etc/hosts");
+    EXPECT_EQ(list->model()->rowCount(), 4);
+}
+
+TEST_F(Touching, IsOpenOnceOnly)
+{
+    action("whatTouchesMenuItem")->trigger();
+    EXPECT_EQ(window->findChildren<TouchingWindow*>().size(), 1);
+}
+
+TEST(TouchSearchTest, FindsWhatAPlainWalkFinds)
+{
+    RandomRules random(7);
+    const StoreSandbox box;
+    const auto store = box.emptyStore();
+    ChangeSet additions;
+    for (int count = 0; count < 2000; ++count) {
+        const RuleRef rule = policyRule(random.policy());
+        additions.added.push_back({rule, valueOf(rule)});
+    }
+    store->apply(additions);
+    TouchSearch search(*store);
+    std::vector<RuleRef> found;
+    QObject::connect(&search, &TouchSearch::found, [&](const std::vector<RuleRef>& rules) { found = rules; });
+    QSignalSpy answered(&search, &TouchSearch::found);
+    for (const RuleRef& asked : store->allRules()) {
+        if (answered.size() == 50)
+            break;
+        const TouchQuestion question{
+            .path = askRule(asked, [](const auto& rule) { return std::string(rule.fields().path.view()); })};
+        search.search(question, true);
+        ASSERT_TRUE(answered.wait());
+        std::vector<RuleRef> expected;
+        for (const RuleRef& rule : store->allRules()) {
+            if (touches(rule, question))
+                expected.push_back(rule);
+        }
+        EXPECT_EQ(found, expected) << question.path;
+    }
+}
+
+TEST(TouchSearchTest, IsOvertakenByTheNextSearch)
+{
+    const StoreSandbox box;
+    const auto store = box.storeOf("allow prefix \"/a\" any r\nallow prefix \"/b\" any r\n");
+    TouchSearch search(*store);
+    QSignalSpy answered(&search, &TouchSearch::found);
+    search.search({.path = "/a"}, true);
+    search.search({.path = "/b"}, true);
+    ASSERT_TRUE(answered.wait());
+    ASSERT_EQ(answered.size(), 1);
+    EXPECT_EQ(answered[0][0].value<std::vector<RuleRef>>(), std::vector{store->allRules()[1]});
+}
+
+} // namespace quorvane

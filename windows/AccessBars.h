@@ -1,0 +1,24 @@
+#pragma once
+
+#include "windows/AccessModel.h"
+
+#include <QPixmap>
+#include <QStyledItemDelegate>
+
+namespace quorvane {
+
+// Paints the bars of the access map: allow empty, deny full, watch hatched, so that they can be told apart
+// without colours, as in the report that is printed.
+class AccessBarDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(
+        QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+};
+
+// A sample of a bar, for the legend.
+QPixmap accessBarSample(const AccessShares& shares, QSize size, qreal devicePixelRatio);
+
+} // namespace quorvane

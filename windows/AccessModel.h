@@ -1,0 +1,56 @@
+#pragma once
+
+#include "workflow/AccessTree.h"
+
+#include <QAbstractItemModel>
+
+namespace quorvane {
+
+// The access map as a Qt tree. Everything that the bars show stands in words beside them.
+class AccessModel : public QAbstractItemModel {
+    Q_OBJECT
+public:
+    enum Column { place, bar, allow, deny, watch, programs, columnCountOfAll };
+    // What a bar shows: AccessShares.
+    static constexpr int sharesRole = Qt::UserRole;
+
+    using QAbstractItemModel::QAbstractItemModel;
+
+    // No rows when null.
+    void setTree(AccessTreePtr tree);
+    const AccessTreePtr& tree() const { return m_tree; }
+    // Of a valid index.
+    std::size_t branchAt(const QModelIndex& index) const { return index.internalId(); }
+    QModelIndex indexOf(std::size_t branch) const;
+
+    QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+    QModelIndex parent(const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    const std::vector<std::size_t>& branchesIn(const QModelIndex& parent) const;
+    QString textOf(const AccessBranch& branch, int column) const;
+    QVariant sharesOf(std::size_t branch) const;
+
+    AccessTreePtr m_tree;
+    std::vector<int> m_rows; // of each branch in its parent
+    std::vector<std::size_t>
+        m_longest; // of each branch: the rules of the fullest one beside it, itself included
+};
+
+// How long the parts of a bar are. That of the fullest place beside it is 1 in all.
+struct AccessShares {
+    double allow = 0;
+    double deny = 0;
+    double watch = 0;
+};
+
+// "12 allow, 3 deny", without what there is none of.
+QString accessText(const AccessCounts& counts);
+
+} // namespace quorvane
+
+Q_DECLARE_METATYPE(quorvane::AccessShares)

@@ -1,0 +1,216 @@
+#include "windows/MapWindow.h"
+
+#include "rules/RuleManager.h"
+#include "ui_MapWindow.h"
+#include "windows/AccessBars.h"
+#include "windows/AccessModel.h"
+#include "windows/QtText.h"
+#include "windows/RulesTable.h"
+#include "windows/WindowLook.h"
+#include "windows/WindowMemory.h"
+#include "workflow/DocumentTexts.h"
+
+#include <QHeaderView>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace quorvane {
+
+namespace {
+
+constexpr int rowHeight = 24; // as of the rules table; logical pixels
+
+QString memoryName()
+{
+    return QStringLiteral("mapWindow");
+}
+
+std::vector<RuleRef> userRulesOf(std::vector<RuleRef> rules)
+{
+    std::erase_if(rules, [](const RuleRef& rule) {
+        return askValue(valueOf(rule), [](const auto& fields) { return fields.system; });
+    });
+    return rules;
+}
+
+class TallRows : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return {QStyledItemDelegate::sizeHint(option, index).width(), rowHeight};
+    }
+};
+
+} // namespace
+
+MapWindow::MapWindow(const RuleManager& store, RulesTable& table, QWidget* parent)
+    : QDialog(parent, Qt::Window)
+    , m_ui(std::make_unique<Ui::MapWindow>())
+    , m_store(store)
+    , m_table(table)
+    , m_model(new AccessModel(this))
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    m_ui->setupUi(this);
+    setUpTree();
+    setUpControls();
+    restoreWindowSize(*this, memoryName());
+    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    make();
+    m_ui->mapTreeView->setFocus();
+}
+
+MapWindow::~MapWindow()
+{
+    m_making.request_stop();
+}
+
+void MapWindow::setUpTree()
+{
+    constexpr int barWidth = 220;
+    constexpr int numberWidth = 64;
+    constexpr int placeWidth = 260;
+    auto* tree = m_ui->mapTreeView;
+    tree->setModel(m_model);
+    tree->setItemDelegate(new TallRows(tree));
+    tree->setItemDelegateForColumn(AccessModel::bar, new AccessBarDelegate(tree));
+    tree->setUniformRowHeights(true); // a million rows need no measuring
+    tree->setTextElideMode(Qt::ElideMiddle);
+    tree->setAllColumnsShowFocus(true);
+    tree->setColumnWidth(AccessModel::place, placeWidth);
+    tree->setColumnWidth(AccessModel::bar, barWidth);
+    for (const int column : {AccessModel::allow, AccessModel::deny, AccessModel::watch})
+        tree->setColumnWidth(column, numberWidth);
+    connect(tree, &QTreeView::clicked, this, &MapWindow::selectRulesOf);
+    connect(tree, &QTreeView::activated, this, [this](const QModelIndex& index) {
+        selectRulesOf(index);
+        if (parentWidget() != nullptr)
+            bringToFront(*parentWidget()->window());
+    });
+}
+
+void MapWindow::setUpControls()
+{
+    const auto sample = [this](QLabel* label, const AccessShares& shares) {
+        constexpr QSize size(22, 12);
+        label->setPixmap(accessBarSample(shares, size, devicePixelRatioF()));
+    };
+    sample(m_ui->allowSample, {.allow = 1});
+    sample(m_ui->denySample, {.deny = 1});
+    sample(m_ui->watchSample, {.watch = 1});
+    connect(m_ui->orderPopUpButton, &QComboBox::currentIndexChanged, this, &MapWindow::make);
+    connect(m_ui->systemRulesCheckBox, &QCheckBox::toggled, this, &MapWindow::make);
+    connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
+}
+
+// The last column, or that of the programs where they are the places, takes what room is left.
+void MapWindow::fitColumns()
+{
+    QHeaderView* header = m_ui->mapTreeView->header();
+    m_ui->mapTreeView->setColumnHidden(AccessModel::programs, isByProgram());
+    header->setStretchLastSection(!isByProgram());
+    header->setSectionResizeMode(
+        AccessModel::place, isByProgram() ? QHeaderView::Stretch : QHeaderView::Interactive);
+}
+
+bool MapWindow::isByProgram() const
+{
+    return m_ui->orderPopUpButton->currentIndex() == 1;
+}
+
+void MapWindow::make()
+{
+    m_making.request_stop();
+    m_making = {};
+    m_ui->countLabel->setText(tr("Looking at the rules\u2026"));
+    auto tree = std::make_shared<AccessTreePtr>();
+    m_thread.run(
+        [tree, rules = m_store.allRules(), includesSystemRules = m_ui->systemRulesCheckBox->isChecked(),
+            byProgram = isByProgram(), stop = m_making.get_token()] {
+            if (stop.stop_requested())
+                return;
+            auto shown = includesSystemRules ? rules : userRulesOf(rules);
+            *tree = byProgram ? AccessTree::byProgram(std::move(shown), stop)
+                              : AccessTree::byFolder(std::move(shown), stop);
+        },
+        [this, tree, stop = m_making.get_token()] {
+            if (!stop.stop_requested() && *tree)
+                showTree(*tree);
+        });
+}
+
+// What is open stays open, as far as it is there still.
+void MapWindow::showTree(const AccessTreePtr& tree)
+{
+    const bool isFirst = m_model->tree() == nullptr;
+    const QSet<QString> expanded = expandedKeys();
+    const QString current = keyOf(m_ui->mapTreeView->currentIndex());
+    m_model->setTree(tree);
+    fitColumns();
+    if (isFirst)
+        m_ui->mapTreeView->expandToDepth(0);
+    else
+        expandAgain(expanded, current);
+    if (!m_ui->mapTreeView->currentIndex().isValid())
+        m_ui->mapTreeView->setCurrentIndex(m_model->index(0, 0));
+    const AccessCounts& counts = tree->counts();
+    m_ui->countLabel->setText(
+        m_model->rowCount() == 0 ? tr("There are no rules.") : tr("On the map: %1.").arg(accessText(counts)));
+    Q_EMIT wasMade();
+}
+
+QString MapWindow::keyOf(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return {};
+    const AccessBranch& branch = m_model->tree()->branches()[m_model->branchAt(index)];
+    return keyOf(index.parent()) + QString::number(static_cast<int>(branch.kind)) + toQt(branch.text)
+        + QChar(0);
+}
+
+QSet<QString> MapWindow::expandedKeys() const
+{
+    QSet<QString> keys;
+    for (QModelIndex index = m_model->index(0, 0); index.isValid();
+         index = m_ui->mapTreeView->indexBelow(index)) {
+        if (m_ui->mapTreeView->isExpanded(index))
+            keys.insert(keyOf(index));
+    }
+    return keys;
+}
+
+void MapWindow::expandAgain(const QSet<QString>& expanded, const QString& current)
+{
+    std::vector<QModelIndex> due{QModelIndex()};
+    while (!due.empty()) {
+        const QModelIndex parent = due.back();
+        due.pop_back();
+        for (int row = 0; row < m_model->rowCount(parent); ++row) {
+            const QModelIndex index = m_model->index(row, 0, parent);
+            const QString key = keyOf(index);
+            if (key == current)
+                m_ui->mapTreeView->setCurrentIndex(index);
+            if (!expanded.contains(key))
+                continue;
+            m_ui->mapTreeView->expand(index);
+            due.push_back(index);
+        }
+    }
+}
+
+void MapWindow::selectRulesOf(const QModelIndex& index)
+{
+    if (!index.isValid())
+        return;
+    const std::vector<RuleRef> rules = m_model->tree()->rulesOf(m_model->branchAt(index));
+    const auto user = std::find_if_not(rules.begin(), rules.end(), isSystemRule);
+    m_table.revealRule(user == rules.end() ? rules.front() : *user);
+    m_table.selectRules(rules);
+    m_ui->countLabel->setText(tr("Selected in the table: %1.").arg(toQt(countedRules(rules.size()))));
+}
+
+} // namespace quorvane

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "windows/BackgroundThread.h"
+#include "workflow/AccessTree.h"
+
+#include <QDialog>
+#include <QSet>
+#include <QString>
+
+#include <memory>
+#include <stop_token>
+
+namespace Ui {
+class MapWindow;
+}
+
+namespace quorvane {
+
+class AccessModel;
+class RuleManager;
+class RulesTable;
+
+// The places that rules speak of, as a tree with a bar for each that shows how many allow, deny and watch; or
+// the programs and the places of their rules. A click, or Return, selects the rules of a place in the main
+// table. Made on a thread of its own, and anew when the rules change. Deletes itself when it is closed.
+class MapWindow : public QDialog {
+    Q_OBJECT
+public:
+    // Rules are selected in `table`. Nothing given is owned; all of it must outlive the window.
+    MapWindow(const RuleManager& store, RulesTable& table, QWidget* parent = nullptr);
+    ~MapWindow() override;
+
+    // The stored rules are others now.
+    void rulesDidChange() { make(); }
+
+Q_SIGNALS:
+    // The map of the present rules is shown.
+    void wasMade();
+
+private:
+    void setUpTree();
+    void setUpControls();
+    void fitColumns();
+    bool isByProgram() const;
+    void make();
+    void showTree(const AccessTreePtr& tree);
+    void selectRulesOf(const QModelIndex& index);
+    void expandAgain(const QSet<QString>& expanded, const QString& current);
+    QString keyOf(const QModelIndex& index) const;
+    QSet<QString> expandedKeys() const;
+
+    std::unique_ptr<Ui::MapWindow> m_ui;
+    const RuleManager& m_store;
+    RulesTable& m_table;
+    AccessModel* m_model; // owned by this window
+    std::stop_source m_making;
+    BackgroundThread m_thread; // goes first
+};
+
+} // namespace quorvane

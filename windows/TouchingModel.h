@@ -1,0 +1,33 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "windows/RuleCellsModel.h"
+#include "workflow/RuleCells.h"
+#include "workflow/TouchingRules.h"
+
+#include <vector>
+
+namespace quorvane {
+
+// Rules that touch a path, as the rules table shows them, and why they do.
+class TouchingModel : public RuleCellsModel {
+    Q_OBJECT
+public:
+    static constexpr int whyColumn = ruleColumnCount; // behind those of the rules table
+
+    // Neither is owned.
+    TouchingModel(const RuleManager& store, Workspace& workspace, QObject* parent = nullptr);
+
+    // Stored rules, which `question` is about.
+    void show(const std::vector<RuleRef>& rules, const TouchQuestion& question);
+
+protected:
+    RuleCell makeCell(std::size_t row, int column) const override;
+    std::string_view titleOf(int column) const override;
+
+private:
+    const RuleManager& m_store;
+    TouchQuestion m_question;
+};
+
+} // namespace quorvane
