@@ -1,5 +1,6 @@
 #include "app/DesktopRequests.h"
 #include "app/Surroundings.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/EndRequests.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
@@ -57,6 +58,10 @@ int main(int argumentCount, char** arguments)
     // Windows other than the main one may be closed, and the main one left for the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
     quorvane::applyWindowLook(application);
+    const quorvane::DesktopAppearance desktop(QDBusConnection::sessionBus());
+    quorvane::setAppearance(application, desktop.appearance());
+    QObject::connect(&desktop, &quorvane::DesktopAppearance::changed, &application,
+        [&application](quorvane::Appearance look) { quorvane::setAppearance(application, look); });
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/quorvane-configuration.svg")));
 
     const quorvane::EndRequests endRequests;

@@ -36,6 +36,7 @@ ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate
     , m_import(document)
 {
     m_untilSuggestions.setSingleShot(true);
+    m_untilSuggestions.setTimerType(Qt::PreciseTimer); // others come up to a twentieth early
     connect(&m_untilSuggestions, &QTimer::timeout, this, [this] {
         handleFailSafeImport();
         reviewNextFile();

@@ -1,6 +1,8 @@
 #include "windows/FootNotices.h"
 
 #include "windows/ElidedLabel.h"
+#include "windows/Shades.h"
+#include "windows/WindowLook.h"
 
 #include <QAccessibleWidget>
 #include <QHBoxLayout>
@@ -13,8 +15,6 @@
 namespace quorvane {
 
 namespace {
-
-constexpr QRgb noticeShade = 0xfffff3cd; // a light yellow, which stands out from rows and status bar
 
 // To screen readers an alert, which they read out when it shows.
 class NoticeInterface : public QAccessibleWidget {
@@ -42,10 +42,7 @@ FootNotices::FootNotices(QWidget* parent)
 {
     QAccessible::installFactory(makeInterface); // once, however often it is called
     setAutoFillBackground(true);
-    QPalette shades = palette();
-    shades.setColor(QPalette::Window, QColor(noticeShade));
-    shades.setColor(QPalette::WindowText, Qt::black);
-    setPalette(shades);
+    setBackgroundShade(*this, shades::notice);
     m_text->setObjectName(QStringLiteral("noticeText"));
     m_more->setObjectName(QStringLiteral("noticeCount"));
     auto* close = new QToolButton(this);

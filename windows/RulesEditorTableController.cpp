@@ -12,6 +12,7 @@
 #include "windows/RulesTableModel.h"
 #include "windows/SelectionController.h"
 #include "windows/Shades.h"
+#include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
 #include "workflow/RuleCells.h"
@@ -116,9 +117,7 @@ void RulesEditorTableController::setUpActions()
     setUpSortMenu();
     statusBar()->addWidget(m_ui->countLabel);
     statusBar()->addWidget(m_ui->failureLabel, 1);
-    QPalette failure = m_ui->failureLabel->palette();
-    failure.setColor(QPalette::WindowText, shades::failureText);
-    m_ui->failureLabel->setPalette(failure);
+    setTextShade(*m_ui->failureLabel, shades::failureText);
 }
 
 void RulesEditorTableController::setUpSortMenu()

@@ -23,18 +23,11 @@ int mebibytes(std::uint64_t bytes)
     return static_cast<int>(std::min(bytes / bytesInMebibyte, most));
 }
 
-void setColor(QLabel& label, const QColor& color)
-{
-    QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, color);
-    label.setPalette(palette);
-}
-
 // Says to the eye below a control, and to a screen reader, what it does.
 void explain(QLabel& help, QWidget& control)
 {
     constexpr int helpWidth = 380;
-    setColor(help, shades::faintText);
+    setTextShade(help, shades::faintText);
     help.setWordWrap(true);
     help.setFixedWidth(helpWidth);
     help.setMinimumHeight(help.heightForWidth(helpWidth));
@@ -53,7 +46,7 @@ SettingsWindow::SettingsWindow(std::string file, QWidget* parent)
     explain(*m_ui->wholeLinesHelp, *m_ui->wholeLinesCheckBox);
     explain(*m_ui->historyHelp, *m_ui->daysSpinBox);
     m_ui->sizeSpinBox->setAccessibleDescription(m_ui->historyHelp->text());
-    setColor(*m_ui->problemLabel, shades::failureText);
+    setTextShade(*m_ui->problemLabel, shades::failureText);
     const ReadProgramSettings read = readProgramSettings(m_file);
     m_settings = read.settings;
     tellProblem(toQt(read.problem.value_or(std::string())));
@@ -62,7 +55,6 @@ SettingsWindow::SettingsWindow(std::string file, QWidget* parent)
     m_ui->sizeSpinBox->setValue(mebibytes(m_settings.history.bytes));
     connect(m_ui->saveButton, &QPushButton::clicked, this, &SettingsWindow::save);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QWidget::close);
-    applySheetLook(*this);
 }
 
 SettingsWindow::~SettingsWindow() = default;

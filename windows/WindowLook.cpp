@@ -5,9 +5,13 @@
 
 #include <QApplication>
 #include <QColor>
+#include <QEvent>
 #include <QIcon>
+#include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QStyleOption>
+#include <QToolTip>
 #include <QWidget>
 
 // The images live in a static library: naming them makes the linker keep them. Must stand outside any
@@ -20,6 +24,8 @@ static void keepImages()
 namespace quorvane {
 
 namespace {
+
+constexpr Appearance lightLook{};
 
 class WindowStyle : public QProxyStyle {
 public:
@@ -35,7 +41,81 @@ public:
         const bool isForButton = image >= SP_DialogOkButton && image <= SP_DialogNoButton;
         return isForButton && icon.name().isEmpty() ? QIcon() : icon;
     }
+
+    // The style's outlines are a little darker than the window, which is nothing on black.
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+        const QWidget* widget) const override
+    {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool isOutlined = element == PE_FrameLineEdit || element == PE_PanelButtonCommand
+            || element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
+        if (!isOutlined || !Shade::presentLook().hasHighContrast)
+            return;
+        painter->setPen(option->palette.color(QPalette::WindowText));
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    }
+
+    // Nothing moves that is not moved by the person.
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+        QStyleHintReturn* answer) const override
+    {
+        return hint == SH_Widget_Animation_Duration ? 0
+                                                    : QProxyStyle::styleHint(hint, option, widget, answer);
+    }
 };
+
+// Keeps one colour of a widget that shade, whatever the look. Lives as long as the widget.
+class ShadedRole : public QObject {
+public:
+    ShadedRole(QWidget& widget, QPalette::ColorRole role, const Shade& shade)
+        : QObject(&widget)
+        , m_widget(widget)
+        , m_role(role)
+        , m_shade(shade)
+    {
+        widget.installEventFilter(this);
+        apply();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::PaletteChange)
+            apply();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void apply()
+    {
+        QPalette palette = m_widget.palette();
+        if (palette.color(m_role) == m_shade)
+            return;
+        palette.setColor(m_role, m_shade);
+        m_widget.setPalette(palette);
+    }
+
+    QWidget& m_widget;
+    const QPalette::ColorRole m_role;
+    const Shade& m_shade;
+};
+
+QPalette paletteIn(Appearance look)
+{
+    QPalette palette(shades::button.in(look), shades::window.in(look));
+    palette.setColor(QPalette::Base, shades::table.in(look));
+    palette.setColor(QPalette::AlternateBase, shades::band.in(look));
+    for (const auto role :
+        {QPalette::Text, QPalette::WindowText, QPalette::ButtonText, QPalette::ToolTipText})
+        palette.setColor(role, shades::text.in(look));
+    palette.setColor(QPalette::ToolTipBase, shades::table.in(look));
+    palette.setColor(QPalette::PlaceholderText, shades::faintText.in(look));
+    palette.setColor(QPalette::Highlight, shades::selection.in(look));
+    palette.setColor(QPalette::HighlightedText, shades::text.in(look));
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, shades::faintText.in(look));
+    return palette;
+}
 
 } // namespace
 
@@ -44,27 +124,34 @@ void applyWindowLook(QApplication& application)
     keepImages();
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita")); // for desktops without icons of their own
     QApplication::setStyle(new WindowStyle);
-    QPalette look(shades::button, shades::window);
-    look.setColor(QPalette::Base, shades::table);
-    look.setColor(QPalette::AlternateBase, shades::band);
-    for (const auto role :
-        {QPalette::Text, QPalette::WindowText, QPalette::ButtonText, QPalette::ToolTipText})
-        look.setColor(role, shades::text);
-    look.setColor(QPalette::ToolTipBase, shades::table);
-    look.setColor(QPalette::PlaceholderText, shades::faintText);
-    look.setColor(QPalette::Highlight, shades::selection);
-    look.setColor(QPalette::HighlightedText, shades::text);
-    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
-        look.setColor(QPalette::Disabled, role, shades::faintText);
-    application.setPalette(look);
+    // Else what stands in a sheet would take the palette of the application and not the sheet's.
+    QCoreApplication::setAttribute(Qt::AA_UseStyleSheetPropagationInWidgetStyles);
+    setAppearance(application, {});
+}
+
+void setAppearance(QApplication& application, Appearance look)
+{
+    Shade::setPresentLook(look);
+    application.setPalette(paletteIn(look));
+    QToolTip::setPalette(paletteIn(look));
     application.setStyleSheet(QStringLiteral(
         "QHeaderView::section { background: %1; color: %2; border: 0; border-bottom: 1px solid %3;"
         " border-right: 1px solid %4; padding: 3px 8px; }"
         "QToolBar { background: %1; border: 0; border-bottom: 1px solid %3; padding: 5px;"
         " spacing: 6px; }"
         "QStatusBar { border-top: 1px solid %4; }")
-                                  .arg(shades::window.name(), shades::faintText.name(), shades::line.name(),
-                                      shades::faintLine.name()));
+                                  .arg(shades::window.in(look).name(), shades::faintText.in(look).name(),
+                                      shades::line.in(look).name(), shades::faintLine.in(look).name()));
+}
+
+void setTextShade(QWidget& widget, const Shade& shade)
+{
+    new ShadedRole(widget, QPalette::WindowText, shade);
+}
+
+void setBackgroundShade(QWidget& widget, const Shade& shade)
+{
+    new ShadedRole(widget, QPalette::Window, shade);
 }
 
 void bringToFront(QWidget& window)
@@ -77,14 +164,14 @@ void bringToFront(QWidget& window)
 void applySheetLook(QWidget& window)
 {
     const bool translucent = isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
-    QColor sheet = shades::sheet;
+    QColor sheet = shades::sheet.in(lightLook);
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);
         window.setAttribute(
             Qt::WA_NoSystemBackground, false); // the colour of the sheet is painted all the same
         sheet.setAlphaF(0.94F); // less would let the texts behind disturb those on the sheet
     }
-    QPalette palette = window.palette();
+    QPalette palette = paletteIn(lightLook);
     palette.setColor(QPalette::Window, sheet);
     window.setPalette(palette);
 }

@@ -5,8 +5,11 @@
 #include "windows/TickHeader.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QImage>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -15,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 namespace quorvane {
 
@@ -57,35 +61,69 @@ std::vector<int> widthsOfRows(const QImage& image)
 
 } // namespace
 
-TEST(Shades, EveryTextStandsOutFromEveryBackgroundOfTheTable)
-{
-    for (const QColor& text : {shades::text, shades::faintText, shades::failureText, shades::black,
-             shades::red, shades::orange, shades::blue, shades::grey}) {
-        for (const QColor& background :
-            {shades::table, shades::band, shades::selection, shades::window, shades::button, shades::sheet})
-            EXPECT_GE(contrast(text, background), 4.5)
-                << text.name().toStdString() << " on " << background.name().toStdString();
+class Looks : public testing::TestWithParam<Appearance> {
+protected:
+    // Every text has the contrast that the look promises on every background.
+    static void expectContrast(std::initializer_list<Shade> texts, std::initializer_list<Shade> backgrounds)
+    {
+        const double least = GetParam().hasHighContrast ? 7.0 : 4.5;
+        for (const Shade& text : texts) {
+            for (const Shade& background : backgrounds) {
+                const QColor textColor = text.in(GetParam());
+                const QColor backgroundColor = background.in(GetParam());
+                EXPECT_GE(contrast(textColor, backgroundColor), least)
+                    << textColor.name().toStdString() << " on " << backgroundColor.name().toStdString();
+            }
+        }
     }
+};
+
+TEST_P(Looks, EveryTextStandsOutFromEveryBackgroundOfTheTable)
+{
+    expectContrast({shades::text, shades::faintText, shades::failureText, shades::black, shades::red,
+                       shades::orange, shades::blue, shades::grey},
+        {shades::table, shades::band, shades::selection, shades::window, shades::button, shades::sheet});
 }
 
-TEST(Shades, WhatCameWentAndChangedStandsOutFromItsBackground)
+TEST_P(Looks, WhatCameWentAndChangedStandsOutFromItsBackground)
 {
-    const std::vector<QColor> backgrounds{
-        shades::table, shades::selection, shades::addedBand, shades::removedBand, shades::changedBand};
-    for (const QColor& text : {shades::text, shades::added, shades::removed, shades::changed}) {
-        for (const QColor& background : backgrounds)
-            EXPECT_GE(contrast(text, background), 4.5)
-                << text.name().toStdString() << " on " << background.name().toStdString();
-    }
+    expectContrast({shades::text, shades::added, shades::removed, shades::changed},
+        {shades::table, shades::selection, shades::addedBand, shades::removedBand, shades::changedBand});
 }
+
+TEST_P(Looks, NoticesCanBeRead)
+{
+    expectContrast({shades::text}, {shades::notice});
+}
+
+TEST_P(Looks, AreTakenByThePaletteAndTheCellsOfOpenWindows)
+{
+    QLabel label;
+    setTextShade(label, shades::failureText);
+    setAppearance(*qApp, GetParam());
+    EXPECT_EQ(QColor(shades::red), shades::red.in(GetParam()));
+    EXPECT_EQ(QApplication::palette().color(QPalette::Base), shades::table.in(GetParam()));
+    EXPECT_EQ(label.palette().color(QPalette::Base), shades::table.in(GetParam()));
+    EXPECT_EQ(label.palette().color(QPalette::WindowText), shades::failureText.in(GetParam()));
+    QDialog sheet;
+    applySheetLook(sheet);
+    EXPECT_EQ(sheet.palette().color(QPalette::Base), shades::table.in({}));
+    setAppearance(*qApp, {});
+    EXPECT_EQ(label.palette().color(QPalette::WindowText), shades::failureText.in({}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Shades, Looks,
+    testing::Values(Appearance{}, Appearance{.isDark = true}, Appearance{.hasHighContrast = true},
+        Appearance{.isDark = true, .hasHighContrast = true}));
 
 TEST(Shades, RedOrangeAndBlueArePlainlyThose)
 {
-    EXPECT_EQ(shades::red.hsvHue(), 0);
-    EXPECT_NEAR(shades::orange.hsvHue(), 24, 6);
-    EXPECT_EQ(shades::blue.hsvHue(), 240);
-    for (const QColor& color : {shades::red, shades::orange, shades::blue})
-        EXPECT_GT(color.hsvSaturationF(), 0.95F);
+    const Appearance light;
+    EXPECT_EQ(shades::red.in(light).hsvHue(), 0);
+    EXPECT_NEAR(shades::orange.in(light).hsvHue(), 24, 6);
+    EXPECT_EQ(shades::blue.in(light).hsvHue(), 240);
+    for (const Shade& shade : {shades::red, shades::orange, shades::blue})
+        EXPECT_GT(shade.in(light).hsvSaturationF(), 0.95F);
 }
 
 TEST(WindowLook, TextsOfThePaletteAreShadesOfTheTable)
@@ -94,6 +132,22 @@ TEST(WindowLook, TextsOfThePaletteAreShadesOfTheTable)
     EXPECT_EQ(look.color(QPalette::PlaceholderText), shades::faintText);
     EXPECT_EQ(look.color(QPalette::Highlight), shades::selection);
     EXPECT_EQ(look.color(QPalette::Disabled, QPalette::Text), shades::faintText);
+}
+
+TEST(WindowLook, FieldsHaveAnOutlineThatIsSeenInHighContrast)
+{
+    setAppearance(*qApp, {.isDark = true, .hasHighContrast = true});
+    QLineEdit field;
+    field.resize(100, 30);
+    const QImage picture = field.grab().toImage();
+    setAppearance(*qApp, {});
+    EXPECT_EQ(picture.pixelColor(50, 0), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(50, 4), QColor(Qt::black));
+}
+
+TEST(WindowLook, NothingMovesByItself)
+{
+    EXPECT_EQ(QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration), 0);
 }
 
 TEST(WindowLook, ButtonsBearTheIconsOfTheThemeOrNone)
@@ -137,8 +191,8 @@ TEST(RuleCellDelegate, ASelectedCellKeepsTheColoursOfItsIconAndItsText)
     icon.fill(color);
     QStandardItemModel model;
     auto* item = new QStandardItem(QIcon(icon), QStringLiteral("\u2588\u2588"));
-    item->setForeground(shades::red);
-    item->setBackground(shades::band);
+    item->setForeground(QColor(shades::red));
+    item->setBackground(QColor(shades::band));
     model.appendRow(item);
     QStyleOptionViewItem option;
     option.rect = QRect(0, 0, 200, 24);

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace quorvane {
+
+// How a person wants windows to look.
+struct Appearance {
+    bool isDark = false;
+    bool hasHighContrast = false;
+
+    friend bool operator==(const Appearance&, const Appearance&) = default;
+};
+
+} // namespace quorvane
