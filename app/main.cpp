@@ -5,12 +5,14 @@
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "platform/StandardStreams.h"
+#include "windows/Languages.h"
 #include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/WindowLook.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <QLocale>
 
 #include <algorithm>
 #include <cstdlib>
@@ -58,6 +60,7 @@ int main(int argumentCount, char** arguments)
     // Windows other than the main one may be closed, and the main one left for the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
     quorvane::applyWindowLook(application);
+    quorvane::speakLanguageOf(application, QLocale::system());
     const quorvane::DesktopAppearance desktop(QDBusConnection::sessionBus());
     quorvane::setAppearance(application, desktop.appearance());
     QObject::connect(&desktop, &quorvane::DesktopAppearance::changed, &application,

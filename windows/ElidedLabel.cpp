@@ -3,6 +3,7 @@
 #include "windows/PlainText.h"
 
 #include <QPainter>
+#include <QStyle>
 
 namespace quorvane {
 
@@ -35,7 +36,9 @@ void ElidedLabel::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     const QRect place = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(place, static_cast<int>(Qt::AlignVCenter | Qt::AlignLeft), shownText());
+    const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft);
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto); // English reads from left to right in any window
+    painter.drawText(place, static_cast<int>(alignment | Qt::AlignAbsolute), shownText());
 }
 
 } // namespace quorvane

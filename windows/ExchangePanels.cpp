@@ -5,6 +5,7 @@
 #include "windows/FilePanel.h"
 #include "windows/QtText.h"
 
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
@@ -24,6 +25,7 @@ bool isOfExchangeType(const QFileInfo& file)
 }
 
 class ExchangeFilePanel : public FilePanel {
+    Q_DECLARE_TR_FUNCTIONS(quorvane::ExchangeFilePanel)
 public:
     ExchangeFilePanel(QWidget* parent, const QString& title)
         : FilePanel(parent, title)
@@ -50,6 +52,7 @@ public:
 };
 
 class SavePanel : public FilePanel {
+    Q_DECLARE_TR_FUNCTIONS(quorvane::SavePanel)
 public:
     // What is saved gets one of the endings that a file of this name could have.
     SavePanel(QWidget* parent, const QString& title, const QFileInfo& name)

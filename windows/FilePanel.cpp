@@ -3,6 +3,7 @@
 #include "platform/PathComponents.h"
 #include "windows/QtText.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QLineEdit>
@@ -19,6 +20,7 @@ namespace {
 // Qt's panel chooses either files or folders. Here its mode for folders, which shows files too, takes both;
 // a double click on a folder still opens it.
 class FileOrFolderPanel : public FilePanel {
+    Q_DECLARE_TR_FUNCTIONS(quorvane::FileOrFolderPanel)
 public:
     FileOrFolderPanel(QWidget* parent, const QString& title)
         : FilePanel(parent, title)

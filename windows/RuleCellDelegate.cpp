@@ -29,10 +29,21 @@ void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, c
     painter->setPen(shades::keyboardFrame);
     painter->drawLine(cell.topLeft(), option.rect.topRight());
     painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
-    if (index.column() == 0)
+    const bool isFirst = index.column() == 0;
+    const bool isLast = index.column() == index.model()->columnCount() - 1;
+    const bool isMirrored = option.direction == Qt::RightToLeft;
+    if (isMirrored ? isLast : isFirst)
         painter->drawLine(cell.topLeft(), cell.bottomLeft());
-    if (index.column() == index.model()->columnCount() - 1)
+    if (isMirrored ? isFirst : isLast)
         painter->drawLine(cell.topRight(), cell.bottomRight());
+}
+
+// Paths and programs read from left to right wherever they stand.
+QString leftToRight(const QString& text)
+{
+    constexpr QChar isolate(0x2066);
+    constexpr QChar endOfIsolate(0x2069);
+    return isolate + text + endOfIsolate;
 }
 
 } // namespace
@@ -59,6 +70,13 @@ void RuleCellDelegate::paint(
         style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
     }
     paintKeyboardFrame(painter, option, index);
+}
+
+void RuleCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (option->direction == Qt::RightToLeft && !option->text.isEmpty())
+        option->text = leftToRight(option->text);
 }
 
 QWidget* RuleCellDelegate::createEditor(

@@ -68,6 +68,7 @@ void setUpRuleTextField(QLineEdit& field)
 {
     constexpr int roomBesideText = 4;
     field.setTextMargins(roomBesideText, 0, roomBesideText, 0);
+    field.setLayoutDirection(Qt::LeftToRight); // as paths read everywhere
     keepToOneLine(field);
     field.setAccessibleDescription(field.toolTip()); // which would be the tool tip, text and markup and all
     QObject::connect(&field, &QLineEdit::textChanged, &field,

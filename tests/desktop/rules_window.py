@@ -29,7 +29,10 @@ class RulesWindow:
             eventually(lambda: self.frame.has(ACTIVE), "the main window to become active")
         settled(lambda: self.frame.box)
         self.table = self.frame.find("table")
-        self.search = self.frame.find("text", "Search")
+
+    @property
+    def search(self):
+        return self.frame.find("text", "Search")
 
     def column(self, column):
         return [self.table.cell(row, column).name for row in range(self.table.rows)]
