@@ -2,6 +2,25 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
+    <name>ChangeWindow</name>
+    <message>
+        <source>What will change</source>
+        <translation>Was sich ändern wird</translation>
+    </message>
+    <message>
+        <source>&amp;Write Whole Lines</source>
+        <translation>Ganze &amp;Zeilen schreiben</translation>
+    </message>
+    <message>
+        <source>From now on write every letter of every rule, also beyond ASCII</source>
+        <translation>Von jetzt an jeden Buchstaben jeder Regel schreiben, auch jenseits von ASCII</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>EditPolicyWindowController</name>
     <message>
         <source>Icon of the program</source>
@@ -768,6 +787,62 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <source>&amp;Quit</source>
         <translation>&amp;Beenden</translation>
     </message>
+    <message>
+        <source>&amp;Rules</source>
+        <translation>&amp;Regeln</translation>
+    </message>
+    <message>
+        <source>&amp;Class</source>
+        <translation>&amp;Klasse</translation>
+    </message>
+    <message>
+        <source>Co&amp;nstraint</source>
+        <translation>Ei&amp;nschränkung</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste...</source>
+        <translation>&amp;Einfügen...</translation>
+    </message>
+    <message>
+        <source>D&amp;uplicate...</source>
+        <translation>&amp;Duplizieren...</translation>
+    </message>
+    <message>
+        <source>&amp;Tag...</source>
+        <translation>&amp;Tag...</translation>
+    </message>
+    <message>
+        <source>&amp;Allow</source>
+        <translation>&amp;Allow</translation>
+    </message>
+    <message>
+        <source>&amp;Deny</source>
+        <translation>&amp;Deny</translation>
+    </message>
+    <message>
+        <source>&amp;Operations...</source>
+        <translation>&amp;Operationen...</translation>
+    </message>
+    <message>
+        <source>&amp;Bind Anew</source>
+        <translation>Neu &amp;binden</translation>
+    </message>
+    <message>
+        <source>&amp;Clear</source>
+        <translation>&amp;Leeren</translation>
+    </message>
+    <message>
+        <source>Copy to Another &amp;Program...</source>
+        <translation>In ein anderes &amp;Programm kopieren...</translation>
+    </message>
+    <message>
+        <source>Program &amp;Moved...</source>
+        <translation>Pro&amp;gramm verschoben...</translation>
+    </message>
 </context>
 <context>
     <name>SettingsWindow</name>
@@ -849,6 +924,17 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Use Password</source>
         <translation>Passwort verwenden</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::ChangeWindow</name>
+    <message>
+        <source>Nothing can be changed.</source>
+        <translation>Es kann nichts geändert werden.</translation>
+    </message>
+    <message>
+        <source>Nothing would change.</source>
+        <translation>Es würde sich nichts ändern.</translation>
     </message>
 </context>
 <context>
@@ -1096,12 +1182,50 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>This file holds no rules.</source>
         <translation>Diese Datei enthält keine Regeln.</translation>
     </message>
+    <message>
+        <source>Pasted Text</source>
+        <translation>Eingefügter Text</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::MessageWindow</name>
     <message>
         <source>Lock</source>
         <translation>Schloss</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::OperationBoxesRow</name>
+    <message>
+        <source>&amp;Read</source>
+        <translation>&amp;Lesen</translation>
+    </message>
+    <message>
+        <source>&amp;Write</source>
+        <translation>&amp;Schreiben</translation>
+    </message>
+    <message>
+        <source>Cr&amp;eate</source>
+        <translation>&amp;Anlegen</translation>
+    </message>
+    <message>
+        <source>&amp;Mount</source>
+        <translation>&amp;Einhängen</translation>
+    </message>
+    <message>
+        <source>E&amp;xecute</source>
+        <translation>Aus&amp;führen</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::PathField</name>
+    <message>
+        <source>Browse…</source>
+        <translation>Durchsuchen…</translation>
+    </message>
+    <message>
+        <source>Browse for: %1</source>
+        <translation>Auswählen: %1</translation>
     </message>
 </context>
 <context>
@@ -1272,6 +1396,10 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>No rule matches.</source>
         <translation>Keine Regel passt.</translation>
     </message>
+    <message>
+        <source>There are no rules in that text.</source>
+        <translation>Dieser Text enthält keine Regeln.</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::SavePanel</name>
@@ -1284,6 +1412,133 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
 Do you want to replace it?</source>
         <translation>„%1“ ist bereits vorhanden.
 Möchten Sie die Datei ersetzen?</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::SelectionController</name>
+    <message>
+        <source>Left out: %1 of the system or of another kind.</source>
+        <translation>Ausgelassen: %1 des Systems oder anderer Art.</translation>
+    </message>
+    <message>
+        <source>Allow</source>
+        <translation>Allow</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation>Deny</translation>
+    </message>
+    <message>
+        <source>Bind Anew</source>
+        <translation>Neu binden</translation>
+    </message>
+    <message>
+        <source>Bind</source>
+        <translation>Binden</translation>
+    </message>
+    <message>
+        <source>Clear Constraint</source>
+        <translation>Einschränkung leeren</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>Leeren</translation>
+    </message>
+    <message>
+        <source>Tag</source>
+        <translation>Tag</translation>
+    </message>
+    <message>
+        <source>Nothing takes the tags away</source>
+        <translation>Ein leeres Feld entfernt die Tags</translation>
+    </message>
+    <message>
+        <source>&amp;Tag</source>
+        <translation>&amp;Tag</translation>
+    </message>
+    <message>
+        <source>Change Operations</source>
+        <translation>Operationen ändern</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Ändern</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Take away</source>
+        <translation>Wegnehmen</translation>
+    </message>
+    <message>
+        <source>Set to</source>
+        <translation>Setzen auf</translation>
+    </message>
+    <message>
+        <source>&amp;How</source>
+        <translation>&amp;Wie</translation>
+    </message>
+    <message>
+        <source>Operations</source>
+        <translation>Operationen</translation>
+    </message>
+    <message>
+        <source>Tick the operations.</source>
+        <translation>Kreuzen Sie die Operationen an.</translation>
+    </message>
+    <message>
+        <source>Copy Rules to Another Program</source>
+        <translation>Regeln in ein anderes Programm kopieren</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Program</source>
+        <translation>Programm</translation>
+    </message>
+    <message>
+        <source>&amp;Program</source>
+        <translation>&amp;Programm</translation>
+    </message>
+    <message>
+        <source>Name the program by its whole path.</source>
+        <translation>Geben Sie das Programm mit seinem ganzen Pfad an.</translation>
+    </message>
+    <message>
+        <source>The rule names no program that could have moved.</source>
+        <translation>Die Regel nennt kein Programm, das verschoben worden sein könnte.</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>Present path of the program</source>
+        <translation>Jetziger Pfad des Programms</translation>
+    </message>
+    <message>
+        <source>Rules of</source>
+        <translation>Regeln von</translation>
+    </message>
+    <message>
+        <source>&amp;Found</source>
+        <translation>&amp;Gefunden</translation>
+    </message>
+    <message>
+        <source>Now &amp;at</source>
+        <translation>Jetzt &amp;unter</translation>
+    </message>
+    <message>
+        <source>Program Moved</source>
+        <translation>Programm verschoben</translation>
+    </message>
+    <message>
+        <source>Move Rules</source>
+        <translation>Regeln umziehen</translation>
     </message>
 </context>
 <context>
