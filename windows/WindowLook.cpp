@@ -88,9 +88,9 @@ protected:
 private:
     void apply()
     {
-        QPalette palette = m_widget.palette();
-        if (palette.color(m_role) == m_shade)
+        if (m_widget.palette().color(m_role) == m_shade)
             return;
+        QPalette palette; // of no other colour: those go on following the application's
         palette.setColor(m_role, m_shade);
         m_widget.setPalette(palette);
     }

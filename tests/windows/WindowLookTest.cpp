@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QPainter>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -98,9 +99,15 @@ TEST_P(Looks, NoticesCanBeRead)
 
 TEST_P(Looks, AreTakenByThePaletteAndTheCellsOfOpenWindows)
 {
-    QLabel label;
+    QMainWindow window;
+    auto* foot = new QWidget(&window);
+    QLabel label(foot);
     setTextShade(label, shades::failureText);
+    window.setCentralWidget(foot);
+    window.show();
+    QApplication::processEvents();
     setAppearance(*qApp, GetParam());
+    QApplication::processEvents();
     EXPECT_EQ(QColor(shades::red), shades::red.in(GetParam()));
     EXPECT_EQ(QApplication::palette().color(QPalette::Base), shades::table.in(GetParam()));
     EXPECT_EQ(label.palette().color(QPalette::Base), shades::table.in(GetParam()));
@@ -109,6 +116,7 @@ TEST_P(Looks, AreTakenByThePaletteAndTheCellsOfOpenWindows)
     applySheetLook(sheet);
     EXPECT_EQ(sheet.palette().color(QPalette::Base), shades::table.in({}));
     setAppearance(*qApp, {});
+    QApplication::processEvents();
     EXPECT_EQ(label.palette().color(QPalette::WindowText), shades::failureText.in({}));
 }
 
