@@ -61,8 +61,10 @@ std::optional<std::string> whyUnread(const std::string& file, const RulesFileTex
     struct stat status { };
     if (text.identity() == FileIdentity::missing())
         return "There is no file '" + file + "'";
-    if (text.isNothing() && stat(file.c_str(), &status) == 0 && S_ISFIFO(status.st_mode))
-        return "'" + file + "' is a pipe: nothing of it is read";
+    if (text.isNothing() && stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        const char* kind = S_ISFIFO(status.st_mode) ? "a pipe" : "no regular file";
+        return "'" + file + "' is " + kind + ": nothing of it is read";
+    }
     return text.unreadReason();
 }
 

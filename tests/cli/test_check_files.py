@@ -154,6 +154,12 @@ class ManyFiles(CheckTest):
                          [3, True, True, True])
         self.fail_with(1, "check", good, missing)
 
+    def test_a_device_or_a_pipe_never_passes(self):
+        pipe = self.sandbox.path("pipe")
+        os.mkfifo(pipe)
+        for file, reason in (("/dev/zero", "is no regular file"), ("/dev/null", "is no regular file"), (pipe, "is a pipe")):
+            self.assertIn(f"'{file}' {reason}", self.fail_with(1, "check", "--no-target", file).err)
+
     def test_a_file_is_checked_as_often_as_it_is_named(self):
         file = self.sandbox.new_file("bad", ["allow path /none any r"])
         self.assertEqual(len(self.check(file, file)), 2)
