@@ -33,7 +33,8 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
         Result result = make(number);
         guard.lock();
         made.emplace(number, std::move(result));
-        isChanged.notify_all();
+        if (number == used) // the one that may be waited for; a wake-up for each costs more than small work
+            isChanged.notify_all();
     };
     const auto work = [&] {
         std::unique_lock guard(lock);
@@ -59,8 +60,10 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
             guard.unlock();
             use(ready.key(), ready.mapped());
             guard.lock();
+            const bool wasFull = next - used == mostWaiting;
             ++used;
-            isChanged.notify_all();
+            if (wasFull)
+                isChanged.notify_all();
         } else if (mayMake()) {
             makeNext(guard);
         } else {
