@@ -33,8 +33,8 @@ void paintBar(QPainter& painter, const QRectF& room, const AccessShares& shares)
         paintPart(painter, QRectF(left, room.top(), width, room.height()), brush);
         left += width;
     };
-    paint(shares.allow, shades::table);
-    paint(shares.deny, shades::text);
+    paint(shares.allow, QColor(shades::table));
+    paint(shares.deny, QColor(shades::text));
     paint(shares.watch, QBrush(shades::text, Qt::BDiagPattern));
 }
 
