@@ -22,6 +22,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <link.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -155,12 +156,28 @@ Fault faultOf(Call call)
 
 bool hasBegun = false; // main()
 
+// Where the code of libcrypto stands, found once: each call of memory asks for it.
+std::uintptr_t cryptoBegin = 0;
+std::uintptr_t cryptoEnd = 0;
+
+[[maybe_unused]] int noteCrypto(dl_phdr_info* library, std::size_t /*size*/, void* /*none*/)
+{
+    if (std::strstr(library->dlpi_name, "libcrypto") == nullptr)
+        return 0;
+    for (int each = 0; each < library->dlpi_phnum; ++each) {
+        const auto& segment = library->dlpi_phdr[each];
+        if (segment.p_type != PT_LOAD || (segment.p_flags & PF_X) == 0)
+            continue;
+        cryptoBegin = library->dlpi_addr + segment.p_vaddr;
+        cryptoEnd = cryptoBegin + segment.p_memsz;
+    }
+    return 1;
+}
+
 [[maybe_unused]] bool memoryFails(const void* caller)
 {
-    if (!hasBegun)
-        return false;
-    Dl_info library{};
-    if (dladdr(caller, &library) != 0 && std::strstr(library.dli_fname, "libcrypto") != nullptr)
+    const auto address = reinterpret_cast<std::uintptr_t>(caller);
+    if (!hasBegun || (address >= cryptoBegin && address < cryptoEnd))
         return false;
     return faultOf(Call::allocate) == Fault::error;
 }
@@ -354,6 +371,7 @@ Main programsMain = nullptr;
 
 int beginMain(int argumentCount, char** arguments, char** environment)
 {
+    dl_iterate_phdr(noteCrypto, nullptr);
     hasBegun = true;
     return programsMain(argumentCount, arguments, environment);
 }
