@@ -1,5 +1,7 @@
 #include "history/Thinning.h"
 
+#include <algorithm>
+#include <limits>
 #include <set>
 
 namespace quorvane {
@@ -11,6 +13,17 @@ constexpr std::int64_t day = 24 * hour;
 constexpr std::uint64_t timeOfHourly = 30 * day;
 constexpr std::uint64_t timeOfDaily = 365 * day;
 
+// Numbers and times, where no version is older than one made before it, nor younger than the newest.
+std::vector<DatedVersion> inOrderOfTime(std::vector<DatedVersion> versions)
+{
+    std::int64_t latest = std::numeric_limits<std::int64_t>::min();
+    for (DatedVersion& version : versions) {
+        latest = std::max(latest, version.time);
+        version.time = std::min(latest, versions.back().time);
+    }
+    return versions;
+}
+
 } // namespace
 
 std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versions, std::uint32_t days)
@@ -18,12 +31,11 @@ std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versi
     std::vector<std::int64_t> expired;
     std::set<std::int64_t> hours;
     std::set<std::int64_t> dates;
-    for (auto version = versions.rbegin(); version != versions.rend(); ++version) {
-        const std::int64_t newest = versions.back().time;
+    const std::vector<DatedVersion> ordered = inOrderOfTime(versions);
+    for (auto version = ordered.rbegin(); version != ordered.rend(); ++version) {
         // Without a sign, since the difference of two times out of a damaged file can be any.
-        const std::uint64_t age = version->time >= newest
-            ? 0
-            : static_cast<std::uint64_t>(newest) - static_cast<std::uint64_t>(version->time);
+        const std::uint64_t age
+            = static_cast<std::uint64_t>(ordered.back().time) - static_cast<std::uint64_t>(version->time);
         const bool isKept = age <= std::uint64_t{days} * day
             || (age <= timeOfHourly && hours.insert(version->time / hour).second)
             || (age > timeOfHourly && age <= timeOfDaily && dates.insert(version->time / day).second);

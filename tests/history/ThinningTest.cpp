@@ -57,6 +57,12 @@ TEST(Thinning, MeasuresAgesFromTheNewestVersionWhateverTheClockSays)
     EXPECT_EQ(expired({now, now, now + 500 * day}), (Numbers{2, 1}));
 }
 
+TEST(Thinning, TakesNoVersionForOlderThanOneMadeBeforeIt)
+{
+    EXPECT_EQ(expired({now, now - 500 * day, now - 900 * day, now + day}), Numbers{});
+    EXPECT_EQ(expired({now - 800 * day, now - 900 * day, now - 500 * day, now}), (Numbers{3, 2, 1}));
+}
+
 TEST(Thinning, TakesAnyTimes)
 {
     constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
