@@ -6,6 +6,7 @@
 #include "rules/RulesContent.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <string_view>
 #include <system_error>
 
@@ -33,8 +34,7 @@ public:
         if (!m_file)
             return m_result;
         m_result.opened = true;
-        const std::size_t length = writeOver(content);
-        expect(ftruncate(m_file.get(), static_cast<off_t>(length)) == 0, "cut to its length");
+        cutTo(writeOver(content));
         expect(fsync(m_file.get()) == 0, "sync");
         if (m_isNew)
             syncFolder();
@@ -82,6 +82,21 @@ private:
             at = content.endOfRuleAt(at);
         }
         return length;
+    }
+
+    // A file with old bytes left behind the new ones is not written; one that was no longer is all right.
+    void cutTo(std::size_t length)
+    {
+        if (ftruncate(m_file.get(), static_cast<off_t>(length)) == 0)
+            return;
+        const std::error_code reason = systemError(errno);
+        std::error_code unknown;
+        const auto left = FileIdentity::ofDescriptor(m_file.get(), unknown);
+        if (left && left->size <= static_cast<std::int64_t>(length))
+            return;
+        m_result.message = "Failed to cut to its length file '" + m_path + "': " + errorText(reason);
+        if (m_old)
+            putBack(length);
     }
 
     // What was written over of the old bytes has its room already.

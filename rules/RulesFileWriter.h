@@ -15,9 +15,9 @@ class RulesContent;
 struct WriteResult {
     // False when the file could not be opened, or has its old content back: then `message` says why.
     bool opened = false;
-    // The last failure to open or write; none when every byte was written.
+    // The last failure to open, write or cut to length; none when the file holds what was written.
     std::optional<std::string> message;
-    // What failed besides, though every byte may be there: cutting to length, syncing, permission bits.
+    // What failed besides, though every byte is there: syncing, closing, permission bits.
     std::vector<std::string> warnings;
     // The file as it was left; none when that cannot be told.
     std::optional<FileIdentity> identity;

@@ -190,7 +190,6 @@ TEST_F(RulesFileWriter, TellsWhatFailsBesidesYetHasWritten)
     } cases[] = {
         {SystemCall::fsync, "Failed to sync file '"},
         {SystemCall::fchmod, "Failed to set the permissions of file '"},
-        {SystemCall::ftruncate, "Failed to cut to its length file '"},
     };
     writeRulesFile(path, content);
     for (const auto& c : cases) {
@@ -201,6 +200,27 @@ TEST_F(RulesFileWriter, TellsWhatFailsBesidesYetHasWritten)
         EXPECT_EQ(result.warnings, Strings{c.warning + path + "': Input/output error (5)"});
         EXPECT_EQ(contents(), whole);
     }
+}
+
+TEST_F(RulesFileWriter, FailsWhereOldBytesStayBehindTheNewOnes)
+{
+    const std::string old(1000, 'x');
+    const SystemCallHook hook(SystemCall::ftruncate, failing(EIO, [](int) { return true; }));
+    const std::string reason = "Failed to cut to its length file '" + path + "': Input/output error (5)";
+
+    folder.write("rules", old);
+    EXPECT_EQ(writeRulesFile(path, content).message, reason);
+    EXPECT_EQ(contents(), whole + old.substr(whole.size()));
+
+    folder.write("rules", old);
+    const WriteResult result = writeRulesFile(path, content, old);
+    EXPECT_EQ(result.message, reason);
+    EXPECT_FALSE(result.opened);
+    EXPECT_EQ(contents(), old);
+
+    folder.write("rules", "old");
+    EXPECT_EQ(writeRulesFile(path, content).message, std::nullopt) << "nothing was to be cut";
+    EXPECT_EQ(contents(), whole);
 }
 
 TEST_F(RulesFileWriter, TellsThatClosingFailedButNotThatASignalCame)
