@@ -94,11 +94,11 @@ template <typename Work> auto Journal::attempt(Access access, Work work)
 {
     using Answer = decltype(work(*m_database));
     m_problem.reset();
-    for (bool isAgain = false;; isAgain = true) {
+    for (int failures = 0;; ++failures) {
         try {
             return openDatabase(access) ? work(*m_database) : Answer{};
         } catch (const DatabaseError& error) {
-            if (isAgain || !recoverFrom(error)) {
+            if (!recoverFrom(error, failures)) {
                 fail(error.what());
                 return Answer{};
             }
@@ -140,15 +140,20 @@ bool Journal::openDatabase(Access access)
     return true;
 }
 
-bool Journal::recoverFrom(const DatabaseError& error)
+// True when there is a data base to try once more with.
+bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures)
 {
     m_database.reset();
+    if (earlierFailures > 1)
+        return false;
     if (error.isMoved())
         return true;
     if (!error.isDamage())
         return false;
     if (m_place.databaseIdentity() != m_identity)
         return true; // another process has set it aside
+    if (earlierFailures == 0)
+        return true; // a disk that failed to read is reported like this, too
     const auto aside = m_place.setAside(m_identity);
     if (!aside)
         return false;

@@ -102,11 +102,11 @@ private:
     Journal(JournalPlace place, const JournalLimits& limits, Log& log);
 
     // Runs `work(database)` and gives its answer. Failures become the problem and an empty answer. When the
-    // journal is found damaged or replaced by another process, `work` runs once more on the one that is there
+    // journal is found damaged or replaced by another process, `work` runs again, on the one that is there
     // then.
     template <typename Work> auto attempt(Access access, Work work);
     bool openDatabase(Access access);
-    bool recoverFrom(const DatabaseError& error);
+    bool recoverFrom(const DatabaseError& error, int earlierFailures);
     void fail(const char* reason);
     std::optional<std::int64_t> insert(const NewVersion& version, VersionState state);
     std::int64_t insertInto(Database& database, const NewVersion& version, VersionState state);
