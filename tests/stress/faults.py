@@ -13,6 +13,7 @@ from sandbox import SANITIZER_REPORT
 PROGRAM = os.environ["QUORVANE_PROGRAM"]
 BIN = os.path.dirname(PROGRAM)
 LIBRARY = os.path.join(BIN, "libfaulty_calls.so")
+PATIENCE = 60  # seconds; the machine may be busy
 IS_LONG = os.environ.get("QUORVANE_STRESS") == "long"
 
 CALLS = ("any", "open", "read", "write", "stat", "close", "sync", "truncate", "chmod", "rename", "unlink", "mkdir",
@@ -35,7 +36,7 @@ class Result:
         return f"status {self.status}, {self.out!r}, {self.err!r}"
 
 
-def run(command, environment, fault="", timeout=60, **more):
+def run(command, environment, fault="", timeout=PATIENCE, **more):
     """Runs a command in which `fault` happens: "CALL:NUMBER:FAULT", as the library has it."""
     with tempfile.NamedTemporaryFile() as file:
         file.write(bytes(8 * len(CALLS)))

@@ -1,5 +1,6 @@
 """A sandbox that can be brought back to where it was, and quorvanectl at work in it."""
 
+import hashlib
 import json
 import os
 import shutil
@@ -15,8 +16,9 @@ class Scene:
     """The user's rules file, the journal, programs and exchange files. All commands run in it; reset() makes it what it
     was when keep() was called."""
 
-    def __init__(self):
-        self.sandbox = Sandbox()
+    def __init__(self, parent=None):
+        """`parent`: the folder in which all this is, if not that of temporary files."""
+        self.sandbox = Sandbox(parent=parent)
         self._kept = self.sandbox.path("kept")
         self.environment = {"PATH": os.environ["PATH"], "HOME": self.sandbox.home, "LC_ALL": "C.UTF-8",
                             "QUORVANE_ROOT": self.sandbox.root, "ASAN_OPTIONS": "allocator_may_return_null=1:exitcode=99",
@@ -53,8 +55,8 @@ class Scene:
         return read(self.sandbox.user_file) if os.path.exists(self.sandbox.user_file) else None
 
     def tree(self):
-        """Every file of the user's, with its bytes."""
-        return {os.path.join(folder, name): read(os.path.join(folder, name))
+        """Every file of the user's, with what its bytes are known by."""
+        return {os.path.join(folder, name): hashlib.sha256(read(os.path.join(folder, name))).hexdigest()
                 for top in (self.sandbox.root, self.sandbox.home) for folder, _, names in os.walk(top) for name in names}
 
 

@@ -12,9 +12,11 @@ from scene import Scene
 POSITIONS = 2  # of each kind of call, in a short run
 PERSISTENT = ("open", "write", "sync", "allocate")  # kinds whose faults also go on, as a full disk does
 
-READERS = {"list": ["list", "--json", "--system"], "check": ["check"], "options": ["options"]}
+READERS = {"list": ["list", "--json", "--system"], "check": ["check"], "options": ["options"],
+           "history": ["history", "--json"], "version": ["history", "show", "--json", "2"]}
 WRITERS = {"add": ["add", "allow", "prefix", "/new", "/bin/new", "r"],
            "delete": ["delete", "allow", "prefix", "/folder/7", "/bin/0", "rw"]}
+BACK_AND_FORTH = {"undo": (["undo"], []), "redo": (["redo"], [["undo"]]), "restore": (["restore", "1"], [])}
 OLD_EXPORT = b"allow prefix /old any r\n"
 
 
@@ -44,13 +46,18 @@ class Faults(unittest.TestCase):
         self.assertEqual(self.scene.run("add", "allow", "prefix", "/first", "any", "r").status, 0)
         self.scene.keep()
 
-    def walk(self, command):
-        """Runs the command without a fault, then with each; yields every result."""
+    def prepare(self, commands):
         self.scene.reset()
+        for command in commands:
+            self.assertEqual(self.scene.run(*command).status, 0)
+
+    def walk(self, command, first=()):
+        """Runs the command without a fault, then with each; yields every result. The commands `first` come before."""
+        self.prepare(first)
         whole = self.scene.run(*command)
         for fault in fault_texts(whole.counts):
             with self.subTest(fault=fault):
-                self.scene.reset()
+                self.prepare(first)
                 result = self.scene.run(*command, fault=fault)
                 self.assertGreaterEqual(result.status, 0, result)
                 self.assertFalse(faults.is_sanitizer_report(result), result)
@@ -75,13 +82,15 @@ class Faults(unittest.TestCase):
                 self.assertRegex(result.out.decode(), '"state":(1|6)')
 
     def test_a_command_that_writes_does_so_whole_or_reports(self):
-        for name, command in {**WRITERS, "import": ["import", self.exchange]}.items():
+        commands = {name: (command, []) for name, command in WRITERS.items()}
+        commands["import"] = ["import", self.exchange], []
+        for name, (command, first) in {**commands, **BACK_AND_FORTH}.items():
             with self.subTest(name):
-                self.scene.reset()
+                self.prepare(first)
                 before = self.scene.rules()
                 self.scene.run(*command)
                 content, meant = self.scene.content(), self.scene.rules()
-                for result in self.walk(command):
+                for result in self.walk(command, first):
                     if result.status == 0:
                         self.assertEqual(self.scene.content(), content)
                     added, rules = self.scene.settled_rules()

@@ -76,6 +76,12 @@ class FaultyCalls(unittest.TestCase):
         _, answers, _ = self.probe(f"write:{number}+:{errno.ENOSPC}")
         self.assertEqual((answers["write"], answers["pwrite"]), ("ENOSPC", "ENOSPC"))
 
+    def test_the_clock_can_be_wrong(self):
+        def clock(shift):
+            with tempfile.TemporaryDirectory() as folder:
+                return float(faults.run([PROBE, folder, "time"], {**os.environ, "QUORVANE_CLOCK": shift}).out)
+        self.assertIn(clock("1000000") - clock("-1000000") - 2_000_000, range(-faults.PATIENCE, faults.PATIENCE))
+
     def test_calls_can_be_counted_whatever_their_kind(self):
         result, _, _ = self.probe()
         self.assertEqual(result.counts["any"],

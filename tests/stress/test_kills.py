@@ -5,12 +5,12 @@ import unittest
 import faults
 from scene import Scene, journal_versions
 
-POSITIONS = 5  # of each command, in a short run
+POSITIONS = 4  # of each command, in a short run
 
 FEW = ["allow prefix /folder/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number) for number in range(60)]
 # More than a page of the data base, and of the file.
 MANY = ["allow prefix /folder/with/a/name/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number)
-        for number in range(3000)]
+        for number in range(1500)]
 
 
 class Kills(unittest.TestCase):
@@ -21,12 +21,15 @@ class Kills(unittest.TestCase):
                                                                 for number in range(300)])
         self.commands = {"add": ["add", "allow", "prefix", "/new", "any", "r"],
                          "delete": ["delete", "allow", "prefix", "/folder/7", "/bin/0", "rw"],
-                         "import": ["import", self.exchange]}
+                         "import": ["import", self.exchange], "undo": ["undo"], "redo": ["redo"],
+                         "restore": ["restore", "1"]}
 
-    def walk(self, rules, command, fault, has_history=True):
+    def walk(self, rules, command, fault, has_history=True, first=()):
         self.scene.sandbox.write_user(*rules)
         if has_history:
             self.assertEqual(self.scene.run("add", "allow", "prefix", "/folder/7", "/bin/0", "rw").status, 0)
+            if first:
+                self.assertEqual(self.scene.run(*first).status, 0)
             rules_file = self.scene.sandbox.user_file
             with open(rules_file, "ab") as file:  # another program's version, which only the file holds
                 file.write(b"allow prefix /another any r\n")
@@ -68,6 +71,15 @@ class Kills(unittest.TestCase):
     def test_deleting_of_many_rules(self):
         self.walk(MANY, "delete", "kill")
 
+    def test_undoing(self):
+        self.walk(FEW, "undo", "kill")
+
+    def test_redoing(self):
+        self.walk(FEW, "redo", "kill", first=["undo"])
+
+    def test_restoring(self):
+        self.walk(FEW, "restore", "kill")
+
     def test_adding_the_very_first_rule(self):
         self.walk([], "add", "kill", has_history=False)
 
@@ -79,6 +91,12 @@ class Kills(unittest.TestCase):
 
     def test_half_of_a_write_that_makes_the_file_shorter(self):
         self.walk(FEW, "delete", "cut")
+
+    def test_half_of_the_write_of_an_undo(self):
+        self.walk(MANY, "undo", "cut")
+
+    def test_half_of_the_write_of_a_restored_version(self):
+        self.walk(MANY, "restore", "cut")
 
     def test_half_of_a_write_of_many_rules(self):
         self.walk(MANY, "delete", "cut")

@@ -14,7 +14,7 @@ from sandbox import SANITIZER_REPORT, read
 from scene import Scene, journal_versions
 
 sys.path.append(os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "desktop"))
-from desk import Desk, eventually  # noqa: E402
+from desk import ACTIVE, Desk, eventually  # noqa: E402
 from gi.repository import GLib  # noqa: E402
 from rules_window import PATH, RulesWindow  # noqa: E402
 
@@ -171,12 +171,17 @@ class Window:
 
     def show(self, rule):
         """Makes it the one row, selected. Another program's rule shows when the file is looked at after its writing."""
+        self.wait_until_active(self.window.frame)
         self.desk.press("ctrl+f", "ctrl+a")
         self.desk.type_text(rule[2])
         if not self.becomes(lambda: self.window.column(PATH) == [rule[2]]):
             return False
         self.window.click_row(0)
         return self.becomes(lambda: self.window.selected() == [rule[2]])
+
+    @staticmethod
+    def wait_until_active(window):
+        eventually(lambda: window.has(ACTIVE), "the window to become active")
 
     @staticmethod
     def becomes(question):
@@ -186,8 +191,9 @@ class Window:
             return False
 
     def add(self, rule):
+        self.wait_until_active(self.window.frame)  # again: the window before it may be closing yet
         self.desk.press("ctrl+n")
-        self.window.program.find("dialog", "Any Process")
+        self.wait_until_active(self.window.program.find("dialog", "Any Process"))
         self.desk.type_text(rule[2])
         self.desk.press("Return")
         eventually(lambda: self.is_in_file(rule), f"the file to hold {rule}")
@@ -235,12 +241,26 @@ def merged_order(ours, theirs, result):
     return merged
 
 
+def list_of(rule):
+    """The watch rules stand in one list, the policy rules of each program in one of their own."""
+    return "watch" if rule[0] == "watch" else rule[3]
+
+
 def by_list(rules):
-    """The watch rules and the rules of each program, in order: in which order these lists stand is no matter."""
+    """In which order the lists stand is no matter."""
     lists = {}
     for rule in rules:
-        lists.setdefault("watch" if rule[0] == "watch" else rule[3], []).append(rule)
+        lists.setdefault(list_of(rule), []).append(rule)
     return lists
+
+
+def with_added(known, added):
+    """Rules that a program knows, with those that it adds, each at the end of its list."""
+    ours = list(known)
+    for rule in added:
+        behind = [place + 1 for place, other in enumerate(ours) if list_of(other) == list_of(rule)]
+        ours.insert(behind[-1] if behind else 0 if rule[0] == "watch" else len(ours), rule)
+    return ours
 
 
 class ManyProcesses(unittest.TestCase):
@@ -253,6 +273,8 @@ class ManyProcesses(unittest.TestCase):
         windows = [self.window() for _ in range(WINDOWS)]
         actors = windows + [Commands(self.scene) for _ in range(WORKERS - WINDOWS)]
         actions = Actions(self.scene, int(os.environ.get("QUORVANE_SEED", "1")))
+        for window in windows:
+            actions.add(window)
         workers = [threading.Thread(target=actions.run, args=[actor]) for actor in actors]
         for worker in workers:
             worker.start()
@@ -296,6 +318,7 @@ class ManyProcesses(unittest.TestCase):
     def assert_order_of_a_merge(self, contents, own, after):
         """Whoever wrote this had read some earlier version, which, with what it added itself, is "ours"."""
         expected = by_list(after)
-        self.assertTrue(any(by_list(merged_order([*known, *own], contents[-1], after)) == expected
-                            for known in reversed(contents)), expected)
+        orders = (merged_order(with_added(known, own), contents[-1], after) for known in reversed(contents))
+        self.assertTrue(any(by_list(order) == expected for order in orders),
+                        f"{by_list(contents[-1])}\nbecame\n{expected}\nby adding {own}")
 

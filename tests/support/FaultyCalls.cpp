@@ -6,6 +6,7 @@
 // "kill" for a SIGKILL in place of the call, or "cut" for half of the call, then SIGKILL.
 // QUORVANE_CALL_COUNTS: a file of `callCount` 64-bit numbers, into which the calls of each kind are counted,
 // up to the very call that kills.
+// QUORVANE_CLOCK: seconds by which time() is ahead, or behind.
 //
 // Calls that the C library makes by itself, as in fopen(), are not seen. Memory is only watched once main()
 // has begun, and not that of libcrypto, which ends the program where its own set-up runs out of it.
@@ -18,6 +19,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <type_traits>
 
 #include <dlfcn.h>
@@ -70,6 +72,7 @@ using Counts = std::array<std::atomic<std::uint64_t>, callCount>;
 std::array<Order, 8> orders;
 Counts ownCounts{};
 Counts* counts = nullptr; // none before the library is set up
+std::time_t clockShift = 0;
 
 Call callNamed(const char* name, std::size_t length)
 {
@@ -126,6 +129,8 @@ Counts* sharedCounts()
 [[gnu::constructor]] void setUp()
 {
     readOrders();
+    if (const char* seconds = std::getenv("QUORVANE_CLOCK"))
+        clockShift = std::atol(seconds);
     counts = sharedCounts();
 }
 
@@ -363,6 +368,15 @@ QUORVANE_WHOLE(map, void*, mmap, MAP_FAILED,
 QUORVANE_WHOLE(map, void*, mmap64, MAP_FAILED,
     (void* address, size_t size, int protection, int flags, int file, off64_t at) noexcept, address, size,
     protection, flags, file, at)
+
+time_t time(time_t* result) noexcept
+{
+    static const auto call = QUORVANE_NEXT(time);
+    const time_t now = call(nullptr) + clockShift;
+    if (result != nullptr)
+        *result = now;
+    return now;
+}
 
 // Under the address sanitizer memory is its own to give.
 #ifndef QUORVANE_SANITIZED

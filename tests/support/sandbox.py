@@ -29,8 +29,8 @@ def text_of(lines):
 
 
 class Sandbox:
-    def __init__(self, user=None):
-        self.folder = tempfile.mkdtemp(prefix="quorvane-test-")
+    def __init__(self, user=None, parent=None):
+        self.folder = tempfile.mkdtemp(prefix="quorvane-test-", dir=parent)
         os.chmod(self.folder, 0o755)
         self.root = self.path("root")
         self.home = self.path("home")
