@@ -35,17 +35,23 @@ bool isValid(const WatchRule&, const RulesPlace&)
 }
 
 template <class Rule>
-Json rowJson(const RuleManager& store, std::size_t row, const Rule& rule, const RulesPlace& place)
+std::string rowLine(const RuleManager& store, std::size_t row, const Rule& rule, const RulesPlace& place)
 {
     const auto& fields = rule.fields();
-    Json object{{"row", row}};
-    object.update(propertiesJson(fields));
-    object.update(Json{{"sequence", fields.sequence}, {"system", fields.system},
-        {"ruleState", rule.getRuleState()}, {"applicationName", applicationNameForRule(rule)},
-        {"applicationGroupIdentity", applicationGroupIdentityForRule(rule)},
-        {"redundant", isRedundant(store, rule)},
-        {"valid", place.isNowhere() ? Json(nullptr) : Json(isValid(rule, place))}});
-    return object;
+    JsonLine line;
+    line.add("row", row);
+    addProperties(line, fields);
+    line.add("sequence", fields.sequence);
+    line.add("system", fields.system);
+    line.add("ruleState", rule.getRuleState());
+    line.add("applicationName", applicationNameForRule(rule));
+    line.add("applicationGroupIdentity", applicationGroupIdentityForRule(rule));
+    line.add("redundant", isRedundant(store, rule));
+    if (place.isNowhere())
+        line.add("valid", nullptr);
+    else
+        line.add("valid", isValid(rule, place));
+    return line.finish();
 }
 
 // The texts of one row, in the order they are printed.
@@ -93,8 +99,8 @@ void writeRows(Output& output, const RuleManager& store, const std::vector<std::
     const auto present = store.rows();
     for (const std::size_t row : rows) {
         if (asJson)
-            output.write(jsonLine(askRule(present->at(row, includeSystemRules),
-                [&](const auto& rule) { return rowJson(store, row, rule, place); })));
+            output.write(askRule(present->at(row, includeSystemRules),
+                [&](const auto& rule) { return rowLine(store, row, rule, place); }));
         else
             writeLine(output, printedRow(store, *present, row, includeSystemRules, place));
     }

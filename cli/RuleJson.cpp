@@ -2,22 +2,83 @@
 
 #include "rules/RuleCodes.h"
 
+#include <cstdint>
+
 namespace quorvane {
+
+namespace {
+
+// Calls `add` with the name and value of each property, in the order in which they are printed.
+template <class Add> void useProperties(const PolicyRuleFields& rule, Add add)
+{
+    add("kind", "policy");
+    add("policyClass", rule.policyClass);
+    add("policyType", rule.policyType);
+    add("path", rule.path);
+    add("processName", rule.processName);
+    add("tag", rule.tag);
+    add("constraint", rule.constraint);
+    add("operations", rule.operations);
+    add("flags", rule.flags);
+    add("created", rule.created);
+}
+
+template <class Add> void useProperties(const WatchRuleFields& rule, Add add)
+{
+    add("kind", "watch");
+    add("policyClass", static_cast<std::int32_t>(PolicyClass::watch));
+    add("policyType", rule.policyType);
+    add("path", rule.path);
+    add("processName", rule.processName);
+    add("tag", rule.tag);
+    add("constraint", nullptr);
+    add("operations", rule.operations);
+    add("flags", rule.flags);
+    add("created", nullptr);
+}
+
+Json jsonOf(const NullableText& text)
+{
+    return jsonText(text);
+}
+
+template <class Value> Json jsonOf(const Value& value)
+{
+    return Json(value);
+}
+
+template <class Fields> Json jsonOfProperties(const Fields& rule)
+{
+    Json object = Json::object();
+    useProperties(rule, [&object](const char* key, const auto& value) { object[key] = jsonOf(value); });
+    return object;
+}
+
+template <class Fields> void addAll(JsonLine& line, const Fields& rule)
+{
+    useProperties(rule, [&line](const char* key, const auto& value) { line.add(key, value); });
+}
+
+} // namespace
 
 Json propertiesJson(const PolicyRuleFields& rule)
 {
-    return {{"kind", "policy"}, {"policyClass", rule.policyClass}, {"policyType", rule.policyType},
-        {"path", jsonText(rule.path)}, {"processName", jsonText(rule.processName)},
-        {"tag", jsonText(rule.tag)}, {"constraint", jsonText(rule.constraint)},
-        {"operations", rule.operations}, {"flags", rule.flags}, {"created", rule.created}};
+    return jsonOfProperties(rule);
 }
 
 Json propertiesJson(const WatchRuleFields& rule)
 {
-    return {{"kind", "watch"}, {"policyClass", PolicyClass::watch}, {"policyType", rule.policyType},
-        {"path", jsonText(rule.path)}, {"processName", jsonText(rule.processName)},
-        {"tag", jsonText(rule.tag)}, {"constraint", nullptr}, {"operations", rule.operations},
-        {"flags", rule.flags}, {"created", nullptr}};
+    return jsonOfProperties(rule);
+}
+
+void addProperties(JsonLine& line, const PolicyRuleFields& rule)
+{
+    addAll(line, rule);
+}
+
+void addProperties(JsonLine& line, const WatchRuleFields& rule)
+{
+    addAll(line, rule);
 }
 
 Json propertiesJson(const RuleValue& rule)

@@ -1,4 +1,5 @@
 import hashlib
+import json
 import os
 import time
 
@@ -240,6 +241,12 @@ class Filter(CommandTest):
 
 
 class Table(CommandTest):
+    def test_json_is_written_without_spaces_and_with_the_fewest_escapes(self):
+        self.sandbox.write_user(r'allow path "/a\\b" "any" r "t	x" "" "0"', 'deny prefix "/é😀/" /bin/sh rw "\x7f" T "12"',
+                                "watch suffix .x any r")
+        for line in self.succeed("list", "--json").out.decode().splitlines():
+            self.assertEqual(line, json.dumps(json.loads(line), ensure_ascii=False, separators=(",", ":")))
+
     def test_without_json_each_rule_is_one_line_in_the_same_order(self):
         self.sandbox.write_user("watch prefix /first any r", "allow prefix /second any r label",
                                 "deny path /third any x")
