@@ -136,10 +136,17 @@ bool JournalPlace::hasDatabase() const
     return statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW).has_value();
 }
 
-std::optional<std::string> JournalPlace::prepare() const
+std::optional<std::string> JournalPlace::makeFolder() const
 {
     if (!makeFolders(m_folder) || chmod(m_folder.c_str(), forOwnerOnly) != 0)
         return m_folder + ": " + reasonOf(errno);
+    return std::nullopt;
+}
+
+std::optional<std::string> JournalPlace::prepare() const
+{
+    if (auto problem = makeFolder())
+        return problem;
     if (!makeFile(databaseFile()) || !syncFolder(m_folder))
         return databaseFile() + ": " + reasonOf(errno);
     return std::nullopt;

@@ -20,11 +20,16 @@ public:
     const std::string& watchedFile() const { return m_watchedFile; } // real path
     std::string databaseFile() const { return m_base + ".db"; }
     std::string markerFile() const { return m_base + ".underway"; }
+    // Rules that are out of force for a while; no business of the journal's.
+    std::string asideFile() const { return m_base + ".aside.quorv"; }
 
     // Why no journal may be kept or read here, by whom folder and files belong to; none when one may.
     std::optional<std::string> refusal() const;
 
     bool hasDatabase() const;
+
+    // Makes the folder when it is missing, for its owner only. Returns why that failed.
+    std::optional<std::string> makeFolder() const;
 
     // Makes what is missing: the folder, for its owner only, and an empty data base file. Returns why that
     // failed.

@@ -27,8 +27,14 @@ ImportTableModel::ImportTableModel(
 
 void ImportTableModel::reload(const RuleManager& reviewed)
 {
+    reload(reviewed, reviewed.rows());
+}
+
+void ImportTableModel::reload(const RuleManager& reviewed, std::shared_ptr<const RuleRows> rows)
+{
     m_reviewed = &reviewed;
-    setRows(reviewed.rows(), false);
+    m_showsAll = rows->count(false) == reviewed.totalRules(false);
+    setRows(std::move(rows), false);
     ticksDidChange();
 }
 
@@ -39,10 +45,21 @@ void ImportTableModel::ticksDidChange()
     Q_EMIT headerDataChanged(Qt::Horizontal, tickColumn, tickColumn);
 }
 
+std::size_t ImportTableModel::countOfTicked() const
+{
+    const auto rules = static_cast<std::size_t>(rowCount());
+    if (m_showsAll)
+        return m_ticks.countOfTicked(rules);
+    std::size_t ticked = 0;
+    for (int row = 0; row < rowCount(); ++row)
+        ticked += m_ticks.isTicked(sequenceOf(ruleAt(row))) ? 1U : 0U;
+    return ticked;
+}
+
 Qt::CheckState ImportTableModel::commonTick() const
 {
     const auto rules = static_cast<std::size_t>(rowCount());
-    const std::size_t ticked = m_ticks.countOfTicked(rules);
+    const std::size_t ticked = countOfTicked();
     if (ticked == 0)
         return Qt::Unchecked;
     return ticked == rules ? Qt::Checked : Qt::PartiallyChecked;

@@ -17,10 +17,14 @@ public:
 
     // Shows the rows that `reviewed` has now. It must live until the next call, or as long as the model.
     void reload(const RuleManager& reviewed);
+    // Shows these of them alone.
+    void reload(const RuleManager& reviewed, std::shared_ptr<const RuleRows> rows);
 
     // Ticks were changed; any number of them.
     void ticksDidChange();
-    // Whether all rules are ticked, or none, or some.
+    // How many of the rules that are shown are ticked.
+    std::size_t countOfTicked() const;
+    // Whether all rules that are shown are ticked, or none, or some.
     Qt::CheckState commonTick() const;
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -41,6 +45,7 @@ private:
     const RuleManager& m_present;
     const StateDict& m_ticks;
     const RuleManager* m_reviewed = nullptr; // none until there are rows
+    bool m_showsAll = true; // its rows, and not only some
 };
 
 // The load number of a rule, which identifies it in its file.

@@ -1,6 +1,7 @@
 #include "windows/ImportWindowController.h"
 
 #include "platform/Log.h"
+#include "rules/ListedRows.h"
 #include "rules/RulesFile.h"
 #include "ui_ImportWindowController.h"
 #include "windows/ImportProgress.h"
@@ -34,7 +35,8 @@ ImportWindowController::ImportWindowController(
     m_ui->setupUi(this);
     setUpTable();
     setUpMenu();
-    connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::countPresentRules);
+    connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::lookOn);
+    connect(m_ui->foresightBar, &ForesightBar::filterChanged, this, &ImportWindowController::reloadTable);
     connect(m_ui->importButton, &QPushButton::clicked, this, &ImportWindowController::importAction);
     connect(m_ui->takeApartButton, &QPushButton::clicked, this, &ImportWindowController::takeApart);
     m_ui->takeApartButton->hide();
@@ -44,7 +46,10 @@ ImportWindowController::ImportWindowController(
     m_ui->importTableView->setFocus();
 }
 
-ImportWindowController::~ImportWindowController() = default;
+ImportWindowController::~ImportWindowController()
+{
+    m_findingFailing.request_stop();
+}
 
 void ImportWindowController::setUpTable()
 {
@@ -117,6 +122,10 @@ void ImportWindowController::reloadData()
 {
     m_stateDict = {};
     m_sortDescriptors.clear();
+    m_coming.reset();
+    m_foresight.reset();
+    m_failing.reset();
+    m_ui->foresightBar->showAll();
     m_ui->importTableView->showOrder(-1, Qt::AscendingOrder);
     auto read = readRules();
     m_model->reload(*read);
@@ -126,22 +135,44 @@ void ImportWindowController::reloadData()
     m_ui->takeApartButton->setVisible(m_listing == Listing::file && m_joinedLines > 0);
     ticksDidChange();
     startCounting();
+    findFailing();
 }
 
 std::unique_ptr<RuleManager> ImportWindowController::readRules()
 {
     if (m_listing == Listing::file) {
         m_joinedLines = m_text ? joinedLineCount(*m_text) : joinedLineCountOfFile(m_path);
+        if (m_joinedLines > 0)
+            m_joinedRules = storeOf(rulesOfJoinedLines(textOf(RulesFileText::read(m_path))));
         return m_text ? RuleManager::initWithText(*m_text, m_path, m_present.locations(), m_log)
                       : RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
     }
-    const RulesFileText file = m_text ? RulesFileText() : RulesFileText::read(m_path);
-    const std::string_view bytes = m_text ? std::string_view(*m_text) : file.bytes();
-    return storeOf(m_listing == Listing::joinedLines ? rulesOfJoinedLines(bytes) : rulesApart(bytes));
+    const RulesFileText file = RulesFileText::read(m_path);
+    const RulesApart joined = rulesOfJoinedLines(textOf(file));
+    const RulesApart listed = m_listing == Listing::joinedLines ? joined : rulesApart(textOf(file));
+    m_joinedRules = storeOf(joined);
+    untickCutRules(listed);
+    return storeOf(listed);
 }
 
-// Ticks all but those that have lost text.
-std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& apart)
+// The text under review; `file` is read when there is no other.
+std::string_view ImportWindowController::textOf(const RulesFileText& file) const
+{
+    return m_text ? std::string_view(*m_text) : file.bytes();
+}
+
+// Those that have lost text.
+void ImportWindowController::untickCutRules(const RulesApart& apart)
+{
+    std::int64_t sequence = 0;
+    for (const RulesApart::Rule& each : apart.rules) {
+        if (each.isCut)
+            m_stateDict.setTicked(sequence, false);
+        ++sequence;
+    }
+}
+
+std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& apart) const
 {
     auto store = std::make_unique<RuleManager>(m_present.locations(), m_log);
     ChangeSet additions;
@@ -155,8 +186,6 @@ std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& a
             else
                 return {std::make_shared<WatchRule>(std::move(fields)), value};
         }));
-        if (each.isCut)
-            m_stateDict.setTicked(sequence, false);
         ++sequence;
     }
     store->apply(additions);
@@ -173,9 +202,51 @@ void ImportWindowController::takeApart()
 
 void ImportWindowController::startCounting()
 {
-    m_presentRules.emplace(
-        m_present, m_ruleManager->rows(), m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut);
+    m_coming = std::make_unique<ImportForesight>(m_present, *m_ruleManager, m_joinedRules.get(),
+        m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut);
     m_counting.start();
+}
+
+void ImportWindowController::lookOn()
+{
+    constexpr std::size_t rulesAtATime = 2000; // a few milliseconds
+    if (m_coming->lookOn(rulesAtATime))
+        return;
+    m_counting.stop();
+    m_foresight = std::move(m_coming);
+    foresightDidChange();
+}
+
+// Program files are read for that.
+void ImportWindowController::findFailing()
+{
+    m_findingFailing.request_stop();
+    m_findingFailing = {};
+    auto failing = std::make_shared<RuleSequences>();
+    m_thread.run(
+        [failing, rows = m_ruleManager->rows(), stop = m_findingFailing.get_token()] {
+            *failing = failingRules(*rows, RulesPlace::thisMachineWithoutHomes(), stop);
+        },
+        [this, failing, stop = m_findingFailing.get_token()] {
+            if (stop.stop_requested())
+                return;
+            m_failing = failing;
+            foresightDidChange();
+        });
+}
+
+void ImportWindowController::foresightDidChange()
+{
+    if (m_foresight != nullptr)
+        m_foresight->setFailing(m_failing);
+    for (std::size_t number = 0; number < foresightKinds; ++number) {
+        const auto kind = static_cast<Foresight>(number);
+        const bool isKnown = m_foresight != nullptr && (kind != Foresight::failing || m_failing != nullptr);
+        m_ui->foresightBar->setCount(kind, isKnown ? std::optional(m_foresight->count(kind)) : std::nullopt);
+    }
+    if (m_ui->foresightBar->filter())
+        reloadTable();
+    tellCounts();
 }
 
 void ImportWindowController::presentRulesDidChange()
@@ -188,19 +259,28 @@ void ImportWindowController::presentRulesDidChange()
 
 void ImportWindowController::reloadTable()
 {
+    if (m_ruleManager == nullptr)
+        return;
     const KeptSelection selection(*m_ui->importTableView, *m_model);
-    m_model->reload(*m_ruleManager);
+    m_model->reload(*m_ruleManager, shownRows());
     selection.restore(*m_ui->importTableView, *m_model);
     numberOfRowsInTableView();
+    tellCounts();
 }
 
-void ImportWindowController::countPresentRules()
+// All rules in their order, or those of the kind that was chosen.
+std::shared_ptr<const RuleRows> ImportWindowController::shownRows() const
 {
-    constexpr std::size_t rulesAtATime = 5000; // a few milliseconds
-    if (m_presentRules->countOn(rulesAtATime))
-        return;
-    m_counting.stop();
-    tellCounts();
+    const auto rows = m_ruleManager->rows();
+    const auto filter = m_ui->foresightBar->filter();
+    if (!filter || m_foresight == nullptr)
+        return rows;
+    std::vector<RuleRef> shown;
+    for (std::size_t row = 0; row < rows->count(false); ++row) {
+        if (m_foresight->is(rows->at(row, false), *filter))
+            shown.push_back(rows->at(row, false));
+    }
+    return listedRows(shown);
 }
 
 std::size_t ImportWindowController::numberOfRowsInTableView() const
@@ -230,7 +310,13 @@ void ImportWindowController::checkBoxValueChanged(qint64 tag, bool isOn)
 
 void ImportWindowController::toggleAllTicks()
 {
-    m_stateDict.setAllTicked(m_model->commonTick() != Qt::Checked);
+    const bool tick = m_model->commonTick() != Qt::Checked;
+    if (m_ui->foresightBar->filter()) {
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            m_stateDict.setTicked(sequenceOf(m_model->ruleAt(row)), tick);
+    } else {
+        m_stateDict.setAllTicked(tick);
+    }
     ticksDidChange();
 }
 
@@ -263,16 +349,21 @@ void ImportWindowController::ticksDidChange()
 
 void ImportWindowController::tellCounts()
 {
-    const auto rules = static_cast<std::size_t>(m_model->rowCount());
+    const std::size_t rules = m_ruleManager == nullptr ? 0 : m_ruleManager->totalRules(false);
+    const std::size_t ticked = m_stateDict.countOfTicked(rules);
+    const bool isFiltered = m_ui->foresightBar->filter().has_value();
     const auto inWords
         = [](std::size_t number) { return QLocale().toString(static_cast<qulonglong>(number)); };
-    QString counts
-        = tr("%1 of %2 rules ticked").arg(inWords(m_stateDict.countOfTicked(rules)), inWords(rules));
-    if (m_presentRules && !m_counting.isActive() && m_presentRules->count() > 0)
-        counts += tr(", %1 already present (in italics)").arg(inWords(m_presentRules->count()));
-    if (m_presentRules && !m_counting.isActive() && m_presentRules->countOfCut() > 0)
+    QString counts = tr("%1 of %2 rules ticked").arg(inWords(ticked), inWords(rules));
+    if (const std::size_t shown = m_model->countOfTicked(); isFiltered && shown < ticked)
+        counts += tr(" (%1 of them not shown, and imported all the same)").arg(inWords(ticked - shown));
+    const bool isKnown = m_foresight != nullptr && !m_counting.isActive();
+    if (isKnown && m_foresight->count(Foresight::present) > 0)
+        counts
+            += tr(", %1 already present (in italics)").arg(inWords(m_foresight->count(Foresight::present)));
+    if (isKnown && m_foresight->countOfCut() > 0)
         counts += tr(", %1 with letters beyond ASCII, whose lines the rules file cuts")
-                      .arg(inWords(m_presentRules->countOfCut()));
+                      .arg(inWords(m_foresight->countOfCut()));
     if (m_listing == Listing::file && m_joinedLines > 0)
         counts += tr("\n%1 lines of the file hold several rules each, of which the first alone counts.")
                       .arg(inWords(m_joinedLines));
@@ -280,7 +371,10 @@ void ImportWindowController::tellCounts()
         counts += tr("\nRules that have lost text are not ticked.");
     const auto unread = m_ruleManager == nullptr ? std::nullopt : m_ruleManager->unreadRules();
     const QString reason = unread ? toQt(unread->reason) : QString();
-    m_ui->importTableView->setEmptyText(unread ? reason : tr("This file holds no rules."));
+    m_ui->foresightBar->setTotal(rules);
+    m_ui->importTableView->setEmptyText(unread ? reason
+            : isFiltered                       ? tr("No rule is of this kind.")
+                                               : tr("This file holds no rules."));
     if (rules > 0 && unread)
         counts += QLatin1Char('\n') + reason;
     m_ui->countLabel->setText(withBreakPoints(counts));

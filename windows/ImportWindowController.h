@@ -1,8 +1,9 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "windows/BackgroundThread.h"
+#include "workflow/ImportForesight.h"
 #include "workflow/JoinedRules.h"
-#include "workflow/PresentRules.h"
 #include "workflow/StateDict.h"
 
 #include <QDialog>
@@ -10,7 +11,9 @@
 
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Ui {
@@ -23,10 +26,14 @@ class ImportDelegate;
 class ImportTableModel;
 class Log;
 class RulesDocument;
+class RulesFileText;
 class Workspace;
 
 // The review of a rules file: lists its rules with a check box each, all ticked at first, and hands those
 // that are still ticked to its delegate when the person chooses Import.
+//
+// Above the list stand the kinds of rules that it holds; one of them alone can be shown. What is hidden is
+// imported all the same when it is ticked.
 //
 // The file is read when the window is first shown. Deliberate: however the window closes, the fail-safe file
 // is deleted, also when another file was under review; suggestions that nobody took are gone for good. They
@@ -76,7 +83,7 @@ public Q_SLOTS:
     // Lists the rules of lines that hold several as rules of their own, beside all others. Those that have
     // lost text are not ticked.
     void takeApart();
-    // Ticks every rule, or none when all are ticked.
+    // Ticks every rule that is shown, or none when all are ticked.
     void toggleAllTicks();
     // Ticks the rules of the selected rows, or unticks them when all are ticked.
     void toggleSelectedTicks();
@@ -92,11 +99,16 @@ private:
     void setUpTable();
     void setUpMenu();
     std::unique_ptr<RuleManager> readRules();
-    std::unique_ptr<RuleManager> storeOf(const RulesApart& apart);
+    std::unique_ptr<RuleManager> storeOf(const RulesApart& apart) const;
+    void untickCutRules(const RulesApart& apart);
+    std::string_view textOf(const RulesFileText& file) const;
+    std::shared_ptr<const RuleRows> shownRows() const;
+    void findFailing();
+    void foresightDidChange();
     void ticksDidChange();
     void reloadTable();
     void startCounting();
-    void countPresentRules();
+    void lookOn();
     void tellCounts();
     void importTickedRules();
     void windowWillClose();
@@ -112,13 +124,18 @@ private:
     ImportTableModel* m_model; // owned by this window
     std::unique_ptr<RuleManager> m_ruleManager; // none until the file is loaded
     std::vector<SortDescriptor> m_sortDescriptors;
-    std::optional<PresentRules> m_presentRules; // none until the file is loaded
+    std::unique_ptr<RuleManager> m_joinedRules; // of its lines that hold several; null without such lines
+    std::unique_ptr<ImportForesight> m_foresight; // null until it is known
+    std::unique_ptr<ImportForesight> m_coming; // the one that is being made; null when none is
+    std::shared_ptr<const RuleSequences> m_failing; // null until they are known
     Listing m_listing = Listing::file;
     std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded
     bool m_isImporting = false;
     bool m_hasFailed = false; // the rules handed over could not be written
+    std::stop_source m_findingFailing;
+    BackgroundThread m_thread; // goes first
 };
 
 } // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "rules/RuleCodes.h"
 #include "ui_RulesEditorTableController.h"
+#include "windows/AsideController.h"
 #include "windows/ExchangeController.h"
 #include "windows/MapWindow.h"
 #include "windows/QtText.h"
@@ -43,12 +44,18 @@ void RulesEditorTableController::setUpActionsOnMany()
     connect(m_ui->whatTouchesMenuItem, &QAction::triggered, this, &RulesEditorTableController::showTouching);
     connect(m_ui->mapMenuItem, &QAction::triggered, this, &RulesEditorTableController::showMap);
 
+    m_aside = std::make_unique<AsideController>(*this, *this, m_document, m_workspace, m_log);
+    auto* aside = m_aside.get();
+    connect(this, &RulesEditorTableController::rulesDidChange, aside, &AsideController::rulesDidChange);
+    connect(m_ui->setAsideMenuItem, &QAction::triggered, aside, &AsideController::setAside);
+    connect(m_ui->asideMenuItem, &QAction::triggered, aside, &AsideController::showAside);
+
     const auto validate = [this] {
         const auto* table = m_ui->rulesEditorTableView;
         const bool anySelected = table->selectionModel()->hasSelection();
         for (QAction* item : {m_ui->copyMenuItem, m_ui->tagMenuItem, m_ui->allowMenuItem, m_ui->denyMenuItem,
                  m_ui->operationsMenuItem, m_ui->bindAnewMenuItem, m_ui->clearConstraintMenuItem,
-                 m_ui->copyToProgramMenuItem, m_ui->programMovedMenuItem})
+                 m_ui->copyToProgramMenuItem, m_ui->programMovedMenuItem, m_ui->setAsideMenuItem})
             item->setEnabled(anySelected);
         m_ui->duplicateMenuItem->setEnabled(table->onlySelectedRow().has_value());
     };

@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
+#include "windows/AsideController.h"
 #include "windows/ExchangeController.h"
 #include "windows/HistoryWindow.h"
 #include "windows/KeptSelection.h"

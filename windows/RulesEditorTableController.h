@@ -25,6 +25,7 @@ class RulesEditorTableController;
 namespace quorvane {
 
 class ApplicationServices;
+class AsideController;
 class EditPolicyWindowController;
 class EditWatchWindowController;
 class ExchangeController;
@@ -244,6 +245,7 @@ private:
     QPointer<MapWindow> m_mapWindow;
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<SelectionController> m_selection;
+    std::unique_ptr<AsideController> m_aside;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
 };
 

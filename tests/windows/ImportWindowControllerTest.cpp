@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QToolButton>
 
 #include <filesystem>
 #include <functional>
@@ -449,6 +450,115 @@ TEST_F(ImportWindow, NothingIsOfferedWhereNoLineHoldsSeveralRules)
 {
     openThree();
     EXPECT_FALSE(button("takeApartButton")->isVisible());
+}
+
+namespace {
+
+// The button of a kind in the bar above the list.
+class ImportForesightBar : public ImportWindow {
+protected:
+    void openFile()
+    {
+        store.addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
+        open(folder.write("Four.quorv",
+            "allow prefix \"/a\" \"/bin/sh\" r\n"
+            "allow prefix \"/b/\" \"/bin/sh\" r\n"
+            "allow prefix \"/b/c\" \"/bin/sh\" r\n"
+            "allow prefix \"/d\" \"/nowhere/tool\" r\n"));
+        waitFor("Failing 1");
+    }
+    void waitFor(const char* text) const
+    {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return find(text) != nullptr; })) << text;
+    }
+    QToolButton* find(const char* text) const
+    {
+        for (auto* button : window->findChildren<QToolButton*>()) {
+            if (button->text() == QString::fromLatin1(text))
+                return button;
+        }
+        return nullptr;
+    }
+    void choose(const char* text) const
+    {
+        ASSERT_NE(find(text), nullptr) << text;
+        find(text)->click();
+    }
+};
+
+} // namespace
+
+TEST_F(ImportForesightBar, CountsWhatTheImportWouldComeTo)
+{
+    openFile();
+    for (const char* text : {"All 4", "New 3", "Present 1", "Redundant 1", "Failing 1", "Joined 0"})
+        EXPECT_NE(find(text), nullptr) << text;
+    EXPECT_FALSE(find("Joined 0")->isEnabled());
+}
+
+TEST_F(ImportForesightBar, ShowsTheRulesOfOneKindAlone)
+{
+    openFile();
+    choose("New 3");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b/ /b/c /d"));
+    choose("Present 1");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
+    choose("Redundant 1");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/b/c"));
+    choose("Failing 1");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/d"));
+    sortByPath();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/d"));
+    choose("All 4");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b/ /b/c /d"));
+}
+
+TEST_F(ImportForesightBar, ImportsTickedRulesThatAreNotShownAndSaysSo)
+{
+    openFile();
+    choose("Failing 1");
+    EXPECT_TRUE(counts().startsWith(
+        QStringLiteral("4 of 4 rules ticked (3 of them not shown, and imported all the same)")))
+        << fromQt(counts());
+    click(0, ImportColumn::tick);
+    window->importAction();
+    EXPECT_EQ(delegate.calls, "/a /b/ /b/c end");
+}
+
+TEST_F(ImportForesightBar, LetsTheTitleTickWhatIsShownAndNoMore)
+{
+    openFile();
+    choose("New 3");
+    clickTitle(ImportColumn::tick);
+    EXPECT_EQ(ticks(), QStringLiteral("---"));
+    choose("All 4");
+    EXPECT_EQ(ticks().count(u'x'), 1);
+    choose("Present 1");
+    EXPECT_EQ(ticks(), QStringLiteral("x"));
+}
+
+TEST_F(ImportForesightBar, FollowsTheUsersRules)
+{
+    openFile();
+    choose("Present 1");
+    store.addPolicyRule(policyRule({.path = "/d", .processName = "/nowhere/tool", .operations = 1}));
+    window->presentRulesDidChange();
+    waitFor("Present 2");
+    EXPECT_EQ(shownPaths().split(QLatin1Char(' ')).size(), 2);
+}
+
+TEST_F(ImportForesightBar, FindsRulesOfJoinedLines)
+{
+    open(folder.write("Joined.quorv",
+        "allow prefix \"/a\" \"/bin/sh\" r \"\" \"\" \"0\"allow prefix \"/b\" \"/bin/sh\" r \"\" \"\" \"0\"\n"
+        "allow prefix \"/c\" \"/bin/sh\" r \"\" \"\" \"0\"\n"));
+    waitFor("Joined 1");
+    choose("Joined 1");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
+    button("takeApartButton")->click();
+    waitFor("Joined 2");
+    choose("Joined 2");
+    EXPECT_EQ(shownPaths(), QStringLiteral("/a /b"));
 }
 
 } // namespace quorvane

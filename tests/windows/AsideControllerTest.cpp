@@ -1,0 +1,225 @@
+#include "windows/AsideController.h"
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/AsideWindow.h"
+#include "windows/FootNotices.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableModel.h"
+
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include <filesystem>
+
+namespace quorvane {
+
+namespace {
+
+const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
+const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
+const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
+enum Row { watch, first, second };
+
+class Aside : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    Aside()
+    {
+        box.writeUserRules(watchLine + firstLine + secondLine);
+        box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log(), box.folder.path("state"));
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+    }
+    ~Aside() override { window.reset(); } // before the document
+
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string asideFile() const
+    {
+        const AsideRules aside(
+            box.folder.path("state"), box.locations.userRulesFile(), box.locations, silentLog());
+        return aside.file();
+    }
+    std::string asideText() const { return TemporaryFolder::contents(asideFile()); }
+    void setAside(std::initializer_list<int> rows) const
+    {
+        select(rows);
+        action("setAsideMenuItem")->trigger();
+    }
+    void openAside()
+    {
+        action("asideMenuItem")->trigger();
+        asideWindow = window->findChild<AsideWindow*>();
+        asideTable = asideWindow->findChild<RulesTableView*>();
+    }
+    std::string listed() const
+    {
+        std::string paths;
+        for (int row = 0; row < asideTable->model()->rowCount(); ++row)
+            paths += asideTable->model()
+                         ->index(row, static_cast<int>(RuleColumn::path))
+                         .data()
+                         .toString()
+                         .toStdString()
+                + " ";
+        return paths;
+    }
+    QPushButton* asideButton(const char* name) const
+    {
+        return asideWindow->findChild<QPushButton*>(QString::fromLatin1(name));
+    }
+    void bringBack(int row) const
+    {
+        asideTable->selectRow(row);
+        asideButton("bringBackButton")->click();
+    }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+    AsideWindow* asideWindow = nullptr;
+    RulesTableView* asideTable = nullptr;
+};
+
+} // namespace
+
+TEST_F(Aside, TakesTheSelectedRulesOutOfForceInOneAction)
+{
+    const std::string before = file();
+    setAside({watch, second});
+    EXPECT_EQ(file(), firstLine);
+    EXPECT_EQ(asideText(), watchLine + secondLine);
+    EXPECT_EQ(document->undoName(), "Set Aside 2 Rules");
+    action("undoMenuItem")->trigger();
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(Aside, BringsRulesBackWithTagAndDate)
+{
+    const std::string before = file();
+    setAside({first});
+    openAside();
+    EXPECT_EQ(listed(), "/a/ ");
+    EXPECT_FALSE(asideButton("bringBackButton")->isEnabled());
+    bringBack(0);
+    EXPECT_NE(file().find(firstLine), std::string::npos);
+    EXPECT_EQ(file().size(), before.size());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a/"));
+    EXPECT_EQ(listed(), "");
+}
+
+TEST_F(Aside, ListsARuleNoLongerOnceItIsInForceAgain)
+{
+    setAside({first});
+    openAside();
+    action("undoMenuItem")->trigger();
+    EXPECT_EQ(listed(), "");
+    action("redoMenuItem")->trigger();
+    EXPECT_EQ(listed(), "/a/ ");
+}
+
+TEST_F(Aside, ListsARuleAgainWhenItsReturnIsTakenBack)
+{
+    setAside({first});
+    openAside();
+    bringBack(0);
+    action("undoMenuItem")->trigger();
+    EXPECT_EQ(file().find(firstLine), std::string::npos);
+    EXPECT_EQ(listed(), "/a/ ");
+}
+
+TEST_F(Aside, KeepsRulesInForceWhenTheyCannotBeWrittenAside)
+{
+    const std::string before = file();
+    std::filesystem::create_directories(asideFile() + "/x");
+    setAside({first});
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(store->userRules().size(), 3U);
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
+}
+
+TEST_F(Aside, HasTheRulesWhenTheRulesFileCannotBeWritten)
+{
+    std::filesystem::remove(box.locations.userRulesFile());
+    std::filesystem::create_directory(box.locations.userRulesFile());
+    setAside({first});
+    EXPECT_EQ(asideText(), firstLine);
+    EXPECT_NE(document->failure(), std::nullopt);
+}
+
+TEST_F(Aside, StillHasTheRulesWhenTheirReturnCannotBeWritten)
+{
+    setAside({first});
+    openAside();
+    std::filesystem::remove(box.locations.userRulesFile());
+    std::filesystem::create_directory(box.locations.userRulesFile());
+    bringBack(0);
+    EXPECT_NE(document->failure(), std::nullopt);
+    EXPECT_EQ(asideText(), firstLine);
+}
+
+TEST_F(Aside, LeavesSystemRulesWhereTheyAre)
+{
+    action("hideSystemToolbarItem")->trigger();
+    window->selectRules({store->allRules().back()});
+    action("setAsideMenuItem")->trigger();
+    EXPECT_FALSE(std::filesystem::exists(asideFile()));
+    EXPECT_EQ(store->storedRules(), 4U);
+}
+
+TEST_F(Aside, SeesWhatAnotherProgramSetsAsideWhenItsWindowComesToTheFront)
+{
+    openAside();
+    const AsideRules other(
+        box.folder.path("state"), box.locations.userRulesFile(), box.locations, silentLog());
+    EXPECT_EQ(other.add({valueOf(policyRule({.path = "/x", .processName = "any", .operations = 1}))}),
+        std::nullopt);
+    asideWindow->refresh();
+    EXPECT_EQ(listed(), "/x ");
+}
+
+TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
+{
+    setAside({first, second});
+    openAside();
+    for (const auto& [button, left] : {std::pair{"Cancel", "/a/ /b/ "}, std::pair{"&Delete", "/b/ "}}) {
+        asideTable->selectRow(0);
+        QTimer::singleShot(0, asideWindow, [name = button] {
+            auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(question, nullptr);
+            for (QAbstractButton* each : question->buttons()) {
+                if (each->text() == QString::fromLatin1(name))
+                    return each->click();
+            }
+            ADD_FAILURE() << name;
+        });
+        asideButton("deleteButton")->click();
+        EXPECT_EQ(listed(), left);
+    }
+    EXPECT_EQ(asideText(), secondLine);
+}
+
+TEST_F(Aside, OffersItsWindowAtTheFoot)
+{
+    setAside({first});
+    auto* show = in<FootNotices>("notices")->findChild<QPushButton*>();
+    ASSERT_NE(show, nullptr);
+    show->click();
+    EXPECT_NE(window->findChild<AsideWindow*>(), nullptr);
+}
+
+TEST_F(Aside, ShowsTagsThatCannotBeEdited)
+{
+    setAside({first});
+    openAside();
+    asideTable->selectRow(0);
+    QTest::keyClick(asideTable, Qt::Key_F2);
+    EXPECT_EQ(asideTable->findChild<QLineEdit*>(), nullptr);
+}
+
+} // namespace quorvane

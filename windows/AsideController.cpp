@@ -1,0 +1,115 @@
+#include "windows/AsideController.h"
+
+#include "rules/RuleRef.h"
+#include "windows/AsideWindow.h"
+#include "windows/QtText.h"
+#include "windows/RulesTable.h"
+#include "windows/WindowLook.h"
+#include "workflow/DocumentTexts.h"
+#include "workflow/PlannedChange.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
+
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace quorvane {
+
+namespace {
+
+QString asideSubject()
+{
+    return QStringLiteral("aside");
+}
+
+LineEnds lineEndsOf(const RulesDocument& document)
+{
+    return document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
+}
+
+} // namespace
+
+AsideController::AsideController(
+    QWidget& window, RulesTable& table, RulesDocument& document, Workspace& workspace, Log& log)
+    : m_window(window)
+    , m_table(table)
+    , m_document(document)
+    , m_workspace(workspace)
+    , m_log(log)
+    , m_aside(document.stateFolder(), document.store().locations().userRulesFile(),
+          document.store().locations(), log)
+{
+}
+
+void AsideController::setAside()
+{
+    std::vector<RuleRef> rules = m_table.selectedRules();
+    std::erase_if(rules, isSystemRule);
+    if (rules.empty())
+        return;
+    const PlannedChange planned = removalOf(m_document.store(), rules, lineEndsOf(m_document));
+    if (!planned.refusal) {
+        if (const auto problem = m_aside.add(planned.difference.removed))
+            return m_table.addNotice(
+                {.text = tr("Nothing was set aside: %1").arg(toQt(*problem)), .subject = asideSubject()});
+    }
+    if (m_table.perform(planned, {.action = actionName("Set Aside", rules.size()), .refusesCuts = true}))
+        tellSetAside(rules.size());
+}
+
+void AsideController::tellSetAside(std::size_t rules)
+{
+    m_table.addNotice({.text = rules == 1
+            ? tr("1 rule is set aside.")
+            : tr("%1 rules are set aside.").arg(QLocale().toString(static_cast<qulonglong>(rules))),
+        .buttons = {{tr("Show"), [this] { showAside(); }}},
+        .subject = asideSubject()});
+}
+
+void AsideController::showAside()
+{
+    if (m_asideWindow.isNull()) {
+        m_asideWindow = new AsideWindow(m_aside, m_document.store(), m_workspace, m_log, &m_window);
+        connect(m_asideWindow.data(), &AsideWindow::bringBackRequested, this, &AsideController::bringBack);
+        connect(m_asideWindow.data(), &AsideWindow::deleteRequested, this, &AsideController::deleteForGood);
+    }
+    bringToFront(*m_asideWindow);
+}
+
+void AsideController::rulesDidChange()
+{
+    if (m_asideWindow)
+        m_asideWindow->refresh();
+}
+
+void AsideController::bringBack(const std::vector<RuleValue>& rules)
+{
+    const PlannedChange planned = addingOf(m_document.store(), rules, lineEndsOf(m_document));
+    std::vector<RuleRef> added;
+    for (const ChangeSet::Addition& addition : planned.change.added)
+        added.push_back(addition.rule);
+    if (!m_table.perform(planned, {.action = actionName("Bring Back", rules.size()), .refusesCuts = true}))
+        return m_asideWindow->tell(toQt(*planned.refusal));
+    if (!added.empty())
+        m_table.revealRule(added.front());
+    m_table.selectRules(added);
+}
+
+void AsideController::deleteForGood(const std::vector<RuleValue>& rules)
+{
+    QMessageBox question(QMessageBox::Warning, tr("Delete Rules"), {}, QMessageBox::Cancel, m_asideWindow);
+    question.setTextFormat(Qt::PlainText);
+    question.setText(tr("Delete %1 for good? Nothing brings back what is deleted here.")
+                         .arg(toQt(countedRules(rules.size()))));
+    const QAbstractButton* confirm = question.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
+    question.setDefaultButton(QMessageBox::Cancel);
+    question.exec();
+    if (question.clickedButton() != confirm || m_asideWindow.isNull())
+        return;
+    if (const auto problem = m_aside.remove(rules))
+        m_asideWindow->tell(toQt(*problem));
+    m_asideWindow->refresh();
+}
+
+} // namespace quorvane

@@ -1,0 +1,118 @@
+#include "windows/AsideWindow.h"
+
+#include "ui_AsideWindow.h"
+#include "windows/QtText.h"
+#include "windows/RulesTableModel.h"
+#include "windows/WindowMemory.h"
+#include "workflow/DifferenceText.h"
+#include "workflow/DocumentTexts.h"
+
+#include <QEvent>
+#include <QHeaderView>
+
+#include <utility>
+
+namespace quorvane {
+
+namespace {
+
+QString memoryName()
+{
+    return QStringLiteral("asideWindow");
+}
+
+QString tellSubject()
+{
+    return QStringLiteral("tell");
+}
+
+} // namespace
+
+AsideWindow::AsideWindow(
+    const AsideRules& aside, const RuleManager& inForce, Workspace& workspace, Log& log, QWidget* parent)
+    : QDialog(parent, Qt::Window)
+    , m_ui(std::make_unique<Ui::AsideWindow>())
+    , m_aside(aside)
+    , m_inForce(inForce)
+    , m_store(inForce.locations(), log)
+    , m_model(new RulesTableModel(m_store, workspace, this))
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    m_ui->setupUi(this);
+    auto* table = m_ui->asideTableView;
+    table->setModel(m_model);
+    table->setPathColumn(static_cast<int>(RuleColumn::path));
+    table->horizontalHeader()->setSectionsClickable(false);
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AsideWindow::validate);
+    connect(m_ui->bringBackButton, &QPushButton::clicked, this,
+        [this] { Q_EMIT bringBackRequested(selectedRules()); });
+    connect(
+        m_ui->deleteButton, &QPushButton::clicked, this, [this] { Q_EMIT deleteRequested(selectedRules()); });
+    connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
+    restoreWindowSize(*this, memoryName());
+    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    refresh();
+    if (m_model->rowCount() > 0)
+        table->fitColumns();
+    table->setFocus();
+}
+
+AsideWindow::~AsideWindow() = default;
+
+void AsideWindow::refresh()
+{
+    const AsideRules::Listing listing = m_aside.read();
+    std::vector<RuleValue> inForce;
+    for (const RuleRef& rule : m_inForce.userRules())
+        inForce.push_back(valueOf(rule));
+    const std::vector<RuleValue> rules = withoutEqual(listing.rules, inForce);
+    std::string lines;
+    for (const RuleValue& rule : rules)
+        lines += ruleText(rule) + '\n';
+    if (std::exchange(m_shown, lines) != lines)
+        showRules(rules);
+    m_ui->asideTableView->setEmptyText(
+        listing.problem ? toQt(*listing.problem) : tr("No rule is set aside."));
+    m_ui->countLabel->setText(toQt(countedRules(rules.size())));
+    validate();
+}
+
+void AsideWindow::showRules(const std::vector<RuleValue>& rules)
+{
+    ChangeSet change;
+    for (const RuleRef& rule : m_store.allRules())
+        change.removed.push_back({rule});
+    for (const RuleValue& rule : rules)
+        change.added.push_back({recordOf(rule), rule});
+    m_store.apply(change);
+    m_model->reload();
+}
+
+std::vector<RuleValue> AsideWindow::selectedRules() const
+{
+    std::vector<RuleValue> rules;
+    for (const std::size_t row : m_ui->asideTableView->selectedRows())
+        rules.push_back(valueOf(m_model->ruleAt(static_cast<int>(row))));
+    return rules;
+}
+
+void AsideWindow::validate()
+{
+    const bool anySelected = m_ui->asideTableView->selectionModel()->hasSelection();
+    m_ui->bringBackButton->setEnabled(anySelected);
+    m_ui->deleteButton->setEnabled(anySelected);
+}
+
+void AsideWindow::tell(const QString& text)
+{
+    m_ui->notices->add({.text = text, .subject = tellSubject()});
+}
+
+void AsideWindow::changeEvent(QEvent* event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        refresh();
+}
+
+} // namespace quorvane

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "rules/RuleManager.h"
+#include "workflow/AsideRules.h"
+
+#include <QDialog>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Ui {
+class AsideWindow;
+}
+
+namespace quorvane {
+
+class RulesTableModel;
+class Workspace;
+
+// The rules that are set aside and not in force, in a table like the main one. Deletes itself when it is
+// closed.
+class AsideWindow : public QDialog {
+    Q_OBJECT
+public:
+    // `inForce`: rules that are there do not count as set aside. Nothing given is owned; all of it must
+    // outlive the window.
+    AsideWindow(const AsideRules& aside, const RuleManager& inForce, Workspace& workspace, Log& log,
+        QWidget* parent = nullptr);
+    ~AsideWindow() override;
+
+    // Says something at the foot.
+    void tell(const QString& text);
+
+public Q_SLOTS:
+    // Reads the file of rules set aside again.
+    void refresh();
+
+Q_SIGNALS:
+    void bringBackRequested(const std::vector<quorvane::RuleValue>& rules);
+    void deleteRequested(const std::vector<quorvane::RuleValue>& rules);
+
+protected:
+    // Others may have changed the file while the window was behind theirs.
+    void changeEvent(QEvent* event) override;
+
+private:
+    std::vector<RuleValue> selectedRules() const;
+    void showRules(const std::vector<RuleValue>& rules);
+    void validate();
+
+    std::unique_ptr<Ui::AsideWindow> m_ui;
+    const AsideRules& m_aside;
+    const RuleManager& m_inForce;
+    RuleManager m_store; // of the rules that are shown
+    RulesTableModel* m_model; // owned by this window
+    std::string m_shown; // the lines of the rules that are shown
+};
+
+} // namespace quorvane

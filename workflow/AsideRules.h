@@ -1,0 +1,60 @@
+#pragma once
+
+#include "rules/RuleValue.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvane {
+
+class Log;
+class Locations;
+class RulesFileText;
+
+// Rules that are out of force for a while: a file of their own beside the journal of the rules file that they
+// come from. Its lines are those of a rules file, always written whole, so that tags and dates come back.
+//
+// The file is replaced whole and durably, under a lock that all our programs honour, or stays as it was. What
+// it holds is never overwritten unread. No operation throws but for want of memory. For one thread at a time.
+class AsideRules {
+public:
+    // `rulesFile` is known by its real path. Both others must outlive this.
+    AsideRules(
+        const std::string& stateFolder, const std::string& rulesFile, const Locations& locations, Log& log);
+
+    const std::string& file() const { return m_file; }
+
+    struct Listing {
+        std::vector<RuleValue> rules{}; // in the order in which a rules file holds them
+        std::optional<std::string> problem{}; // why not all that the file may hold is there
+    };
+    Listing read() const;
+
+    // Each returns why it failed, in words, and then nothing has changed.
+
+    // Adds rules. Those that are equal to one that is there take its place, with their tag and date.
+    std::optional<std::string> add(const std::vector<RuleValue>& rules) const;
+    // Removes the rules that are equal to one of these.
+    std::optional<std::string> remove(const std::vector<RuleValue>& rules) const;
+
+private:
+    using Edit = std::function<void(std::vector<RuleValue>& rules)>;
+
+    Listing rulesOf(const RulesFileText& text) const;
+    std::optional<std::string> change(const Edit& edit) const;
+    std::optional<std::string> write(const std::vector<RuleValue>& rules) const;
+
+    const std::string m_stateFolder;
+    const std::string m_rulesFile;
+    const std::string m_file; // empty when there is no state folder
+    const Locations& m_locations;
+    Log& m_log;
+};
+
+// Those of `rules` that no rule of `present` is equal to.
+std::vector<RuleValue> withoutEqual(
+    const std::vector<RuleValue>& rules, const std::vector<RuleValue>& present);
+
+} // namespace quorvane
