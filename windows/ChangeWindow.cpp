@@ -98,8 +98,7 @@ void ChangeWindow::planAnew()
     m_ui->remarksLabel->setText(withBreakPoints(remarks));
     m_ui->remarksLabel->setVisible(!remarks.isEmpty());
     m_ui->changeButton->setEnabled(!m_planned.refusal && !m_planned.change.isEmpty());
-    m_ui->wholeLinesButton->setVisible(
-        m_planned.refusal && m_lineEnds == LineEnds::cut && !m_plan(LineEnds::whole).refusal);
+    m_ui->wholeLinesButton->setVisible(m_planned.wantsWholeLines);
 }
 
 void ChangeWindow::writeWholeLines()

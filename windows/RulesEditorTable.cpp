@@ -49,8 +49,11 @@ bool RulesEditorTableController::perform(const PlannedChange& planned, const Cha
 {
     m_ui->notices->remove(changeSubject());
     if (planned.refusal) {
-        addNotice(
-            {.text = tr("Nothing was changed: %1").arg(toQt(*planned.refusal)), .subject = changeSubject()});
+        FootNotice notice{
+            .text = tr("Nothing was changed: %1").arg(toQt(*planned.refusal)), .subject = changeSubject()};
+        if (planned.wantsWholeLines)
+            notice.buttons.push_back({tr("Write Whole Lines"), [this] { writeWholeLines(); }});
+        addNotice(std::move(notice));
         return false;
     }
     m_document.perform(planned.change, reason);

@@ -43,32 +43,50 @@ std::unordered_set<const void*> addressesOf(const std::vector<RuleRef>& rules)
     return addresses;
 }
 
+// Why a rule that the change writes would not survive the file; none when all do.
+std::optional<std::string> whyUnwritable(const RulesDifference& difference, LineEnds lineEnds)
+{
+    for (const RuleValue& added : difference.added) {
+        if (auto reason = whyUnwritable(added, lineEnds))
+            return reason;
+    }
+    for (const auto& [before, after] : difference.changed) {
+        if (auto reason = whyUnwritable(after, lineEnds))
+            return reason;
+    }
+    return std::nullopt;
+}
+
+// Why writing the file would damage a rule that the change leaves alone; none when it does not.
+std::optional<std::string> whyDamaging(const ChangeSet& change, const RuleManager& store, LineEnds lineEnds)
+{
+    if (lineEnds != LineEnds::cut)
+        return std::nullopt;
+    std::unordered_set<const void*> replaced;
+    for (const ChangeSet::Removal& removal : change.removed)
+        replaced.insert(addressOf(removal.rule));
+    for (const ChangeSet::Change& each : change.changed)
+        replaced.insert(addressOf(each.rule));
+    for (const RuleRef& rule : store.userRules()) {
+        if (!replaced.contains(addressOf(rule)) && needsWholeLines(valueOf(rule)))
+            return "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
+                + ruleText(valueOf(rule));
+    }
+    return std::nullopt;
+}
+
 // Refuses a change of which a written rule would not come back.
 void refuseDamage(PlannedChange& plan, const RuleManager& store, LineEnds lineEnds)
 {
     if (plan.refusal || plan.change.isEmpty())
         return;
-    for (const RuleValue& added : plan.difference.added) {
-        if (!plan.refusal)
-            plan.refusal = whyUnwritable(added, lineEnds);
-    }
-    for (const auto& [before, after] : plan.difference.changed) {
-        if (!plan.refusal)
-            plan.refusal = whyUnwritable(after, lineEnds);
-    }
-    std::unordered_set<const void*> replaced;
-    for (const ChangeSet::Removal& removal : plan.change.removed)
-        replaced.insert(addressOf(removal.rule));
-    for (const ChangeSet::Change& change : plan.change.changed)
-        replaced.insert(addressOf(change.rule));
-    for (const RuleRef& rule : store.userRules()) {
-        if (!plan.refusal && lineEnds == LineEnds::cut && !replaced.contains(addressOf(rule))
-            && needsWholeLines(valueOf(rule)))
-            plan.refusal = "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
-                + ruleText(valueOf(rule));
-    }
-    if (plan.refusal)
-        plan.change = {};
+    plan.refusal = whyUnwritable(plan.difference, lineEnds);
+    if (!plan.refusal)
+        plan.refusal = whyDamaging(plan.change, store, lineEnds);
+    if (!plan.refusal)
+        return;
+    plan.wantsWholeLines = lineEnds == LineEnds::cut && !whyUnwritable(plan.difference, LineEnds::whole);
+    plan.change = {};
 }
 
 void changeRule(PlannedChange& plan, const Wanted& wanted)

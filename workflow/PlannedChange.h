@@ -26,6 +26,7 @@ struct PlannedChange {
     // Why nothing may be changed; none when it may. A rule would not survive the rules file, this one or
     // another that stands whole in it and would be cut by writing it anew.
     std::optional<std::string> refusal{};
+    bool wantsWholeLines = false; // there is no other reason for the refusal than that lines are cut
 };
 
 // What is changed of every rule; what is not given stays.

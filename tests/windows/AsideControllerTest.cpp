@@ -7,6 +7,7 @@
 #include "windows/FootNotices.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
+#include "workflow/RuleEdits.h"
 
 #include <QLineEdit>
 #include <QMessageBox>
@@ -220,6 +221,27 @@ TEST_F(Aside, ShowsTagsThatCannotBeEdited)
     asideTable->selectRow(0);
     QTest::keyClick(asideTable, Qt::Key_F2);
     EXPECT_EQ(asideTable->findChild<QLineEdit*>(), nullptr);
+}
+
+TEST_F(Aside, OffersWholeLinesWhereTakingRulesOutWouldCutAnother)
+{
+    ProgramSettings whole;
+    whole.wholeLines = true;
+    document->setSettings(whole);
+    document->perform(
+        additionOf(policyRule({.path = "/M\u00fcsik/", .processName = "any", .operations = 1})), {"Add"});
+    document->setSettings({});
+    window->reloadData();
+    const std::string before = file();
+    setAside({watch});
+    EXPECT_EQ(file(), before);
+    EXPECT_FALSE(std::filesystem::exists(asideFile()));
+    auto* wholeLines = in<FootNotices>("notices")->findChild<QPushButton*>();
+    ASSERT_NE(wholeLines, nullptr);
+    EXPECT_EQ(wholeLines->text(), QStringLiteral("Write Whole Lines"));
+    wholeLines->click();
+    setAside({watch});
+    EXPECT_EQ(asideText(), watchLine);
 }
 
 } // namespace quorvane

@@ -379,4 +379,13 @@ TEST_F(PlannedChangeTest, WhatIsAddedKeepsItsTagAndTimeAndStandsOnce)
     EXPECT_EQ(carriedOut(plan), line("/a") + line("/b", "any", R"( "t" "" "7")"));
 }
 
+TEST_F(PlannedChangeTest, ARefusalTellsWhetherWholeLinesWouldHelp)
+{
+    open(line("/a"));
+    EXPECT_TRUE(patch({.tag = "t\u00e4g"}).wantsWholeLines);
+    EXPECT_FALSE(patch({.constraint = "a\"b"}).wantsWholeLines);
+    EXPECT_FALSE(patch({.constraint = "\u00e4\"b"}).wantsWholeLines);
+    EXPECT_FALSE(patch({.tag = "tag"}).wantsWholeLines);
+}
+
 } // namespace quorvane
