@@ -4,12 +4,15 @@
 #include "tests/support/TestDocument.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/ImportWindowController.h"
+#include "windows/ProblemsFinder.h"
+#include "windows/ProblemsPanel.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
 #include "windows/WindowLook.h"
 #include "workflow/RunState.h"
 
 #include <QApplication>
+#include <QDockWidget>
 #include <QElapsedTimer>
 #include <QPixmap>
 #include <QScrollBar>
@@ -42,6 +45,38 @@ void printTimesOfReview(const std::string& file, RulesDocument& document, Worksp
     review.toggleAllTicks();
     review.grab();
     std::printf("review-ticks %.2f\n", milliseconds(timer));
+}
+
+// The problems of all rules, found beside the window: until they are listed, and the longest that the window
+// took no input meanwhile. Then the same after one rule has changed.
+void printTimesOfProblems(RulesEditorTableController& window)
+{
+    auto* panel = window.findChild<ProblemsPanel*>();
+    ProblemsFinder* finder = &panel->finder();
+    bool isFound = false;
+    QObject::connect(finder, &ProblemsFinder::found, &window, [&isFound] { isFound = true; });
+    const auto print = [&](const char* what, const auto& begin) {
+        isFound = false;
+        QElapsedTimer whole;
+        whole.start();
+        double longest = 0;
+        const auto step = [&longest](const auto& work) {
+            QElapsedTimer timer;
+            timer.start();
+            work();
+            longest = std::max(longest, milliseconds(timer));
+        };
+        begin();
+        while (!isFound)
+            step([] { QApplication::processEvents(); });
+        step([&window] {
+            QApplication::processEvents();
+            window.grab();
+        });
+        std::printf("%s %.2f\n%s-longest-gap %.2f\n", what, milliseconds(whole), what, longest);
+    };
+    print("problems", [&window] { window.findChild<QDockWidget*>(QStringLiteral("problems"))->show(); });
+    print("problems-after-change", [&window] { window.tableViewCellAction(QStringLiteral("other")); });
 }
 
 // The commands of the table, each to the paint that shows what it did, without the writing of the file: its
@@ -84,8 +119,8 @@ void printTimesOfCommands(RulesEditorTableController& window, RuleManager& store
 } // namespace
 
 // window_times FILE: how long the main window of a store of FILE takes to its first paint, and a repaint
-// while it is scrolled by a page at a time, the review of an import of the same file, and the commands of the
-// table, which delete all rules in the end; in milliseconds.
+// while it is scrolled by a page at a time, the finding of all problems, the review of an import of the same
+// file, and the commands of the table, which delete all rules in the end; in milliseconds.
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -126,6 +161,7 @@ int main(int argumentCount, char** arguments)
         total += taken;
     }
     std::printf("repaint-scrolling %.2f\nslowest-repaint %.2f\n", total / pages, slowest);
+    printTimesOfProblems(window);
     printTimesOfReview(arguments[1], document, workspace, log);
     printTimesOfCommands(window, *store);
     return 0;

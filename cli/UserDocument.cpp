@@ -41,7 +41,7 @@ bool UserDocument::isWritten() const
 
 LineEnds UserDocument::lineEnds() const
 {
-    return m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
+    return m_document.settings().lineEnds();
 }
 
 std::unique_ptr<UserDocument> openToLook(const CommandContext& context)

@@ -229,13 +229,18 @@ std::shared_ptr<const RuleOrder> RuleIndex::withoutSystemRules(std::shared_ptr<c
     return userOnly;
 }
 
-void RuleIndex::publish(std::shared_ptr<const RuleOrder> order)
+std::shared_ptr<const RuleRows> RuleIndex::rowsOf(std::shared_ptr<const RuleOrder> order)
 {
     auto rows = std::make_shared<RuleRows>();
     rows->m_rules = m_numbers.rules();
     rows->m_userOnly = withoutSystemRules(order);
     rows->m_all = std::move(order);
-    m_rows = std::move(rows);
+    return rows;
+}
+
+void RuleIndex::publish(std::shared_ptr<const RuleOrder> order)
+{
+    m_rows = rowsOf(std::move(order));
 }
 
 } // namespace quorvane

@@ -72,6 +72,8 @@ public:
     void sort(std::vector<SortDescriptor> descriptors);
 
     std::shared_ptr<const RuleRows> rows() const { return m_rows; }
+    // All rules, whatever the search and the sort order, as `stored` was last.
+    std::shared_ptr<const RuleRows> storedRows() { return rowsOf(m_stored); }
 
     // The rules of `order` without those of the system.
     std::shared_ptr<const RuleOrder> withoutSystemRules(std::shared_ptr<const RuleOrder> order);
@@ -95,6 +97,7 @@ private:
     std::shared_ptr<const RuleOrder> passingInOrder();
     bool keepsTies(const std::vector<SortDescriptor>& descriptors) const;
     bool isPassing(std::uint32_t number) const { return !m_searchText || m_marks[number]; }
+    std::shared_ptr<const RuleRows> rowsOf(std::shared_ptr<const RuleOrder> order);
     void publish(std::shared_ptr<const RuleOrder> order);
 
     RowNumbers m_numbers;

@@ -416,6 +416,13 @@ std::shared_ptr<const RuleRows> RuleManager::rows() const
     return index().rows();
 }
 
+std::shared_ptr<const RuleRows> RuleManager::storedRows() const
+{
+    auto rows = std::make_shared<const RuleRows>();
+    attempt([&] { rows = m_store->storedRows(); });
+    return rows;
+}
+
 std::vector<PolicyRulePtr> RuleManager::policyRules() const
 {
     std::vector<PolicyRulePtr> rules;

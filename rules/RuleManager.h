@@ -104,6 +104,9 @@ public:
     const RuleRef& ruleAtIndex(std::size_t row, bool includeSystemRules) const;
     // The present rows, unchanged by what the store does later.
     std::shared_ptr<const RuleRows> rows() const;
+    // All stored rules as they are now, whatever filter and sort order, in the order that the rows have
+    // without them; unchanged by what the store does later. Cheap.
+    std::shared_ptr<const RuleRows> storedRows() const;
     // The policy rules that pass the filter, by application group.
     std::vector<PolicyRulePtr> policyRules() const;
     // True when one of policyRules() is equal to `rule`. Neither walks them nor brings the rows up to date.

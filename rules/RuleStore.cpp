@@ -145,6 +145,12 @@ const RuleIndex& RuleStore::index() const
     return m_index;
 }
 
+std::shared_ptr<const RuleRows> RuleStore::storedRows() const
+{
+    index();
+    return m_index.storedRows();
+}
+
 void RuleStore::numberAfresh() const
 {
     m_index.forgetNumbers();

@@ -86,6 +86,8 @@ public:
     void sort(std::vector<SortDescriptor> descriptors);
     // Brought up to date.
     const RuleIndex& index() const;
+    // All rules, whatever search text and sort order.
+    std::shared_ptr<const RuleRows> storedRows() const;
     // As they are.
     const RuleIndex& presentIndex() const { return m_index; }
     // Search text and sort order of another store.

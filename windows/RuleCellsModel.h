@@ -57,6 +57,7 @@ protected:
     // Shows `text` in a cell until the next setRows().
     void setShownText(const QModelIndex& index, const QString& text);
     const RuleRows& rows() const { return *m_rows; }
+    const std::shared_ptr<const RuleRows>& sharedRows() const { return m_rows; }
     bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
 
     virtual RuleCell makeCell(std::size_t row, int column) const = 0;

@@ -33,7 +33,7 @@ void RulesEditorTableController::setUpActionsOnMany()
     onTrigger(m_ui->bindAnewMenuItem, &SelectionController::bindAnew);
     onTrigger(m_ui->clearConstraintMenuItem, &SelectionController::clearConstraint);
     onTrigger(m_ui->copyToProgramMenuItem, &SelectionController::copyToProgram);
-    onTrigger(m_ui->programMovedMenuItem, &SelectionController::moveProgram);
+    onTrigger(m_ui->programMovedMenuItem, qOverload<>(&SelectionController::moveProgram));
     onTrigger(m_ui->allowMenuItem, [selection] { selection->setClass(PolicyClass::allow); });
     onTrigger(m_ui->denyMenuItem, [selection] { selection->setClass(PolicyClass::deny); });
     onTrigger(m_ui->copyMenuItem,

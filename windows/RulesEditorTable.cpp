@@ -30,6 +30,11 @@ std::vector<RuleRef> RulesEditorTableController::selectedRules() const
     return rules;
 }
 
+RulesSelection RulesEditorTableController::selection() const
+{
+    return m_model->selectionOf(m_ui->rulesEditorTableView->selectedRanges());
+}
+
 void RulesEditorTableController::selectRules(const std::vector<RuleRef>& rules)
 {
     m_ui->rulesEditorTableView->selectRows(m_model->rowsOf(rules));

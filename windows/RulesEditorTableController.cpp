@@ -56,6 +56,7 @@ RulesEditorTableController::RulesEditorTableController(
     setUpCommands();
     setUpExchange();
     setUpActionsOnMany();
+    setUpParts();
     restoreWindowSize(*this);
     updateCounts();
     showFailure();
@@ -67,6 +68,7 @@ RulesEditorTableController::RulesEditorTableController(
 
 RulesEditorTableController::~RulesEditorTableController()
 {
+    m_parts.reset();
     delete m_historyWindow; // before the histories that it shows
     m_document.setObserver(nullptr);
     m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
@@ -269,6 +271,7 @@ void RulesEditorTableController::closeEvent(QCloseEvent* event)
 {
     if (m_columnsFitted) { // else it was never shown
         rememberWindowSize(*this);
+        rememberDocks(*this);
         // Widths that nobody chose would not fit the rules of the next time.
         if (columnWidths(*m_ui->rulesEditorTableView) != m_fittedWidths)
             rememberColumnWidths(*m_ui->rulesEditorTableView);

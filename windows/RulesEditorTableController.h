@@ -134,6 +134,7 @@ public:
     void relaunchAfterDelay(float delay);
 
     std::vector<RuleRef> selectedRules() const override;
+    RulesSelection selection() const override;
     void selectRules(const std::vector<RuleRef>& rules) override;
     void revealRule(const RuleRef& rule) override;
     bool perform(const PlannedChange& planned, const ChangeReason& reason) override;
@@ -183,6 +184,7 @@ private:
     void showMap();
     void reviewText(const QString& text);
     void setUpDocument();
+    void setUpParts();
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
     void settingsWereSaved(const ProgramSettings& settings);
@@ -247,6 +249,7 @@ private:
     std::unique_ptr<SelectionController> m_selection;
     std::unique_ptr<AsideController> m_aside;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
+    std::unique_ptr<QObject> m_parts; // its children ask this window's table
 };
 
 } // namespace quorvane

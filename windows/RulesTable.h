@@ -3,6 +3,7 @@
 #include "rules/RuleRef.h"
 #include "windows/FootNotices.h"
 #include "workflow/ChangeReason.h"
+#include "workflow/RulesSelection.h"
 
 #include <vector>
 
@@ -20,6 +21,9 @@ public:
 
     // From the top down.
     virtual std::vector<RuleRef> selectedRules() const = 0;
+
+    // The same for any number of rules at once.
+    virtual RulesSelection selection() const = 0;
 
     // Selects those of the rules that are shown, in place of what was selected, and scrolls to the first of
     // them. Nothing happens when none is shown.

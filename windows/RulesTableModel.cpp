@@ -1,5 +1,7 @@
 #include "windows/RulesTableModel.h"
 
+#include <utility>
+
 namespace quorvane {
 
 namespace {
@@ -22,6 +24,11 @@ void RulesTableModel::reload()
 bool RulesTableModel::removeRules()
 {
     return removeRun(m_store.rows());
+}
+
+RulesSelection RulesTableModel::selectionOf(std::vector<RulesSelection::Range> ranges) const
+{
+    return {sharedRows(), rowsShowSystemRules(), std::move(ranges)};
 }
 
 Qt::ItemFlags RulesTableModel::flags(const QModelIndex& index) const

@@ -2,8 +2,10 @@
 
 #include "rules/RuleManager.h"
 #include "windows/RuleCellsModel.h"
+#include "workflow/RulesSelection.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace quorvane {
 
@@ -24,6 +26,9 @@ public:
     // The store has lost one run of the rows: takes them away while all others keep their cells. False, and
     // nothing has changed, when the rows differ in another way; then a reload is due.
     bool removeRules();
+
+    // Of these ranges of rows, which ascend.
+    RulesSelection selectionOf(std::vector<RulesSelection::Range> ranges) const;
 
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     // A tag as it was typed: shown until the next reload, whatever becomes of it; see tagTyped().

@@ -163,15 +163,29 @@ void RulesTableView::selectRows(const std::vector<std::size_t>& rows)
     scrollTo(currentIndex());
 }
 
-bool RulesTableView::anySelectedRow(const std::function<bool(std::size_t row)>& question) const
+std::vector<std::pair<std::size_t, std::size_t>> RulesTableView::selectedRanges() const
 {
     // They come in the order of the clicks.
-    QItemSelection ranges = selectionModel()->selection();
-    std::sort(ranges.begin(), ranges.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
-    int row = 0;
-    for (const QItemSelectionRange& range : ranges) {
-        for (row = std::max(row, range.top()); row <= range.bottom(); ++row) {
-            if (question(static_cast<std::size_t>(row)))
+    QItemSelection selected = selectionModel()->selection();
+    std::sort(
+        selected.begin(), selected.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
+    std::vector<std::pair<std::size_t, std::size_t>> ranges;
+    int next = 0;
+    for (const QItemSelectionRange& range : selected) {
+        const int first = std::max(next, range.top());
+        if (first > range.bottom())
+            continue;
+        next = range.bottom() + 1;
+        ranges.emplace_back(first, next);
+    }
+    return ranges;
+}
+
+bool RulesTableView::anySelectedRow(const std::function<bool(std::size_t row)>& question) const
+{
+    for (const auto& [first, end] : selectedRanges()) {
+        for (std::size_t row = first; row < end; ++row) {
+            if (question(row))
                 return true;
         }
     }

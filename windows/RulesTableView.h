@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -36,6 +37,8 @@ public:
 
     // The selected rows from the top down.
     std::vector<std::size_t> selectedRows() const;
+    // The same as ranges, each from its first row up to, not including, its second.
+    std::vector<std::pair<std::size_t, std::size_t>> selectedRanges() const;
     // Selects these rows, ascending, and no others, and scrolls to the first; nothing when there are none.
     void selectRows(const std::vector<std::size_t>& rows);
     // True when `question` answers so for one of them; asks from the top down and no further than it must.

@@ -111,7 +111,7 @@ SelectionController::SelectionController(
 
 LineEnds SelectionController::lineEnds() const
 {
-    return m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
+    return m_document.settings().lineEnds();
 }
 
 void SelectionController::rulesDidChange()
@@ -291,6 +291,11 @@ void SelectionController::moveProgram()
     if (from.empty())
         return m_table.addNotice({.text = tr("The rule names no program that could have moved."),
             .subject = QStringLiteral("change")});
+    moveProgram(from);
+}
+
+void SelectionController::moveProgram(const std::string& from)
+{
     const std::vector<ProgramCandidate> candidates
         = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), m_facts);
     Form form;

@@ -41,6 +41,8 @@ public:
     void copyToProgram();
     // Asks where the program of the first rule is now. All its rules follow, selected or not.
     void moveProgram();
+    // The same for the program at `from`.
+    void moveProgram(const std::string& from);
 
     // The selected rules as lines of a rules file.
     QString selectedText() const;

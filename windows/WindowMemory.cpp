@@ -3,6 +3,7 @@
 #include "windows/RulesTableView.h"
 
 #include <QHeaderView>
+#include <QMainWindow>
 #include <QScreen>
 #include <QSettings>
 #include <QTableView>
@@ -17,6 +18,14 @@ constexpr int widestColumn = 10000;
 QString sizeKey(const QString& name)
 {
     return name + QStringLiteral("/size");
+}
+QString docksKey()
+{
+    return QStringLiteral("mainWindow/docks");
+}
+QString kindsKey()
+{
+    return QStringLiteral("problems/hiddenKinds");
 }
 QString widthsKey()
 {
@@ -55,6 +64,28 @@ bool restoreColumnWidths(RulesTableView& table)
         wished[column] = qBound(narrowestColumn, widths[column].toInt(), widestColumn);
     table.setWishedWidths(wished);
     return true;
+}
+
+bool restoreDocks(QMainWindow& window)
+{
+    return window.restoreState(UserSettings().value(docksKey()).toByteArray());
+}
+
+std::optional<QStringList> rememberedHiddenKinds()
+{
+    const UserSettings settings;
+    return settings.contains(kindsKey()) ? std::optional(settings.value(kindsKey()).toStringList())
+                                         : std::nullopt;
+}
+
+void rememberHiddenKinds(const QStringList& names)
+{
+    UserSettings().setValue(kindsKey(), names);
+}
+
+void rememberDocks(const QMainWindow& window)
+{
+    UserSettings().setValue(docksKey(), window.saveState());
 }
 
 void rememberWindowSize(const QWidget& window, const QString& name)

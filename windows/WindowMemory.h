@@ -2,22 +2,33 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
+#include <optional>
+
+class QMainWindow;
 class QWidget;
 
 namespace quorvane {
 
 class RulesTableView;
 
-// Remembers the sizes of windows and the widths of the main window's columns from one run to the next, in the
-// user's own settings. Unusable settings count as none. A window is known by its name.
+// Remembers the sizes of windows, and the columns and docks of the main window, from one run to the next, in
+// the user's own settings. Unusable settings count as none. A window is known by its name.
 
 // False when there was nothing to restore; the caller then chooses.
 bool restoreWindowSize(QWidget& window, const QString& name = QStringLiteral("mainWindow"));
 bool restoreColumnWidths(RulesTableView& table);
+// What stands around the table of the main window: what of it is shown, where and how large.
+bool restoreDocks(QMainWindow& window);
+
+// The names of the kinds of problems that are left out; none when nobody has chosen any.
+std::optional<QStringList> rememberedHiddenKinds();
 
 void rememberWindowSize(const QWidget& window, const QString& name = QStringLiteral("mainWindow"));
 void rememberColumnWidths(const RulesTableView& table);
+void rememberDocks(const QMainWindow& window);
+void rememberHiddenKinds(const QStringList& names);
 
 // As wished, of all columns but the last, which takes the rest; in logical pixels.
 QList<int> columnWidths(const RulesTableView& table);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history/JournalVersion.h"
+#include "rules/RuleLine.h"
 
 #include <optional>
 #include <string>
@@ -12,6 +13,8 @@ namespace quorvane {
 struct ProgramSettings {
     bool wholeLines = false; // lines of the rules file are written with all of their bytes
     JournalLimits history;
+
+    LineEnds lineEnds() const { return wholeLines ? LineEnds::whole : LineEnds::cut; }
 };
 
 // settings.ini in "quorvane" in $XDG_CONFIG_HOME, else in ~/.config. Empty when there is no home folder

@@ -13,17 +13,21 @@ namespace {
 
 struct KindTexts {
     std::string_view name;
+    std::string_view title;
     std::string_view text;
 };
 
 constexpr std::array<KindTexts, findingKindCount> kindTexts{{
-    {"redundant", "Another rule covers this rule, which so has no effect of its own."},
-    {"invalid", "The rule's program is gone, or is not the one that its constraint pins."},
-    {"missing", "Nothing exists at the rule's path."},
-    {"unwritable", "The rule does not read back from a rules file as it is."},
-    {"joined", "The line holds more than one rule: the writing of the file was cut short there."},
-    {"overlap", "An allowing and a denying rule speak of the same program, path and operation."},
-    {"unproven", "The team that the rule trusts is a name that is not proven to be that team's."},
+    {"redundant", "Redundant", "Another rule covers this rule, which so has no effect of its own."},
+    {"invalid", "Program is gone or another",
+        "The rule's program is gone, or is not the one that its constraint pins."},
+    {"missing", "Path is gone", "Nothing exists at the rule's path."},
+    {"unwritable", "Does not read back", "The rule does not read back from a rules file as it is."},
+    {"joined", "Several rules on one line",
+        "The line holds more than one rule: the writing of the file was cut short there."},
+    {"overlap", "Overlaps", "An allowing and a denying rule speak of the same program, path and operation."},
+    {"unproven", "Team is not proven",
+        "The team that the rule trusts is a name that is not proven to be that team's."},
 }};
 
 const KindTexts& textsOf(FindingKind kind)
@@ -95,6 +99,11 @@ std::optional<FindingKind> findingKindNamed(std::string_view name)
     const auto found = std::find_if(allFindingKinds.begin(), allFindingKinds.end(),
         [name](FindingKind kind) { return findingName(kind) == name; });
     return found == allFindingKinds.end() ? std::nullopt : std::optional(*found);
+}
+
+std::string_view findingTitle(FindingKind kind)
+{
+    return textsOf(kind).title;
 }
 
 std::string_view findingKindText(FindingKind kind)
@@ -177,13 +186,10 @@ bool isPathMissing(const RuleRef& rule, const RulesPlace& place)
     });
 }
 
-std::vector<RuleFinding> findingsForRule(
-    const RuleManager& store, const RuleRef& rule, const FindingSearch& search)
+std::vector<RuleFinding> findingsOfRuleAlone(const RuleRef& rule, const FindingSearch& search)
 {
     const auto& [kinds, place] = search;
     std::vector<RuleFinding> findings;
-    if (kinds.contains(FindingKind::redundant))
-        addRedundancy(findings, store, rule);
     const bool asksForProgram
         = kinds.contains(FindingKind::invalidProgram) || kinds.contains(FindingKind::unproven);
     const auto fault = asksForProgram ? programFault(rule, place) : std::nullopt;
@@ -197,6 +203,17 @@ std::vector<RuleFinding> findingsForRule(
         if (const TeamProof proof = teamProof(rule, place); proof != TeamProof::proven)
             findings.push_back({FindingKind::unproven, nullptr, std::nullopt, proof});
     }
+    return findings;
+}
+
+std::vector<RuleFinding> findingsForRule(
+    const RuleManager& store, const RuleRef& rule, const FindingSearch& search)
+{
+    std::vector<RuleFinding> findings;
+    if (search.kinds.contains(FindingKind::redundant))
+        addRedundancy(findings, store, rule);
+    const std::vector<RuleFinding> alone = findingsOfRuleAlone(rule, search);
+    findings.insert(findings.end(), alone.begin(), alone.end());
     return findings;
 }
 

@@ -40,6 +40,9 @@ constexpr std::array<FindingKind, findingKindCount> allFindingKinds{FindingKind:
 std::string_view findingName(FindingKind kind);
 std::optional<FindingKind> findingKindNamed(std::string_view name);
 
+// The same for people, as a heading: "Path is gone".
+std::string_view findingTitle(FindingKind kind);
+
 // What a kind is about, in a sentence that names no rule.
 std::string_view findingKindText(FindingKind kind);
 
@@ -103,7 +106,11 @@ struct FindingSearch {
 std::vector<RuleFinding> findingsForRule(
     const RuleManager& store, const RuleRef& rule, const FindingSearch& search = {});
 
-// The same without what concerns the program: no program file is read.
+// The same as far as the rule alone shows it, without what other rules do to it. Any thread that may read the
+// rule; needs no store.
+std::vector<RuleFinding> findingsOfRuleAlone(const RuleRef& rule, const FindingSearch& search = {});
+
+// What findingsForRule() tells without what concerns the program: no program file is read.
 std::vector<RuleFinding> pathFindingsForRule(
     const RuleManager& store, const RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
 

@@ -235,10 +235,10 @@ template <class Use> void forEachOperation(const PolicyRuleFields& rule, std::si
 
 class Overlaps {
 public:
-    explicit Overlaps(const std::vector<const PolicyRuleFields*>& rules)
+    Overlaps(const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop)
     {
         for (const PolicyRuleFields* rule : rules) {
-            if (rule != nullptr && takesPart(*rule))
+            if (rule != nullptr && takesPart(*rule) && !stop.stop_requested())
                 expect(*rule);
         }
         for (Paths& paths : m_paths) {
@@ -437,13 +437,15 @@ bool rulesOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b)
         && mayBothHold(a.constraint, b.constraint) && pathsOverlap(a, b);
 }
 
-std::vector<std::size_t> firstOverlaps(const std::vector<const PolicyRuleFields*>& rules)
+std::vector<std::size_t> firstOverlaps(
+    const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop)
 {
-    Overlaps overlaps(rules);
+    Overlaps overlaps(rules, stop);
     std::vector<std::size_t> firsts;
     firsts.reserve(rules.size());
     for (const PolicyRuleFields* rule : rules)
-        firsts.push_back(rule == nullptr ? noOverlap : overlaps.pass(*rule, firsts.size()));
+        firsts.push_back(
+            rule == nullptr || stop.stop_requested() ? noOverlap : overlaps.pass(*rule, firsts.size()));
     return firsts;
 }
 

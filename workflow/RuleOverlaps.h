@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <stop_token>
 #include <vector>
 
 // Allow and deny rules that speak of the same thing. Which of the two wins is the enforcing side's affair.
@@ -22,11 +23,12 @@ bool rulesOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b);
 constexpr std::size_t noOverlap = std::numeric_limits<std::size_t>::max();
 
 // For each rule the place of the first of those before it that it overlaps; noOverlap where there is none. A
-// null pointer stands for a rule that takes no part.
+// null pointer stands for a rule that takes no part. When it is stopped, the rest have none.
 //
 // Answers as a walk of all pairs would, but looks up tables. Each rule costs at most 24 look-ups for each of
 // its operations and each beginning or end of its path that is the path of another rule, so that time and
 // memory grow with the number of rules, times the length of their paths at worst.
-std::vector<std::size_t> firstOverlaps(const std::vector<const PolicyRuleFields*>& rules);
+std::vector<std::size_t> firstOverlaps(
+    const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop = {});
 
 } // namespace quorvane

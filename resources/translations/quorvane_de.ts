@@ -429,6 +429,49 @@
     </message>
 </context>
 <context>
+    <name>MapWindow</name>
+    <message>
+        <source>Access Map</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Order</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>By folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>By program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>S&amp;ystem rules</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Allow</source>
+        <translation type="unfinished">Allow</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation type="unfinished">Deny</translation>
+    </message>
+    <message>
+        <source>Watch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Places that rules are about</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation type="unfinished">S&amp;chließen</translation>
+    </message>
+</context>
+<context>
     <name>QMessageBox</name>
     <message>
         <source>Forget Versions</source>
@@ -843,6 +886,46 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <source>Program &amp;Moved...</source>
         <translation>Pro&amp;gramm verschoben...</translation>
     </message>
+    <message>
+        <source>&amp;Select By</source>
+        <translation>&amp;Auswählen nach</translation>
+    </message>
+    <message>
+        <source>&amp;What Touches...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+F</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Map...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ctrl+M</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>C&amp;lean Up...</source>
+        <translation>Auf&amp;räumen...</translation>
+    </message>
+    <message>
+        <source>&amp;Next Problem</source>
+        <translation>&amp;Nächstes Problem</translation>
+    </message>
+    <message>
+        <source>F8</source>
+        <translation>F8</translation>
+    </message>
+    <message>
+        <source>P&amp;revious Problem</source>
+        <translation>Vo&amp;riges Problem</translation>
+    </message>
+    <message>
+        <source>Shift+F8</source>
+        <translation>Shift+F8</translation>
+    </message>
 </context>
 <context>
     <name>SettingsWindow</name>
@@ -896,6 +979,92 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
+    <name>TouchingWindow</name>
+    <message>
+        <source>What Touches</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rules that touch the path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Show in Table</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select the rule in the main window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation type="unfinished">S&amp;chließen</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::AccessModel</name>
+    <message>
+        <source>%1 via %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation type="unfinished">%1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 more</source>
+        <translation type="unfinished">%1 weitere</translation>
+    </message>
+    <message>
+        <source>Every path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paths by their ending</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 allow</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 deny</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 watch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rules</source>
+        <translation type="unfinished">Regeln</translation>
+    </message>
+    <message>
+        <source>Allow</source>
+        <translation type="unfinished">Allow</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation type="unfinished">Deny</translation>
+    </message>
+    <message>
+        <source>Watch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Programs</source>
+        <translation type="unfinished">Programme</translation>
+    </message>
+</context>
+<context>
     <name>quorvane::AuthenticationWindow</name>
     <message>
         <source>Touch the fingerprint reader, or use your password.</source>
@@ -935,6 +1104,64 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Nothing would change.</source>
         <translation>Es würde sich nichts ändern.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::CleanUpModel</name>
+    <message>
+        <source>Rule</source>
+        <translation>Regel</translation>
+    </message>
+    <message>
+        <source>Why it can go</source>
+        <translation>Warum sie gehen kann</translation>
+    </message>
+    <message>
+        <source>Why it might stay</source>
+        <translation>Was dagegen spricht</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::CleanUpWindow</name>
+    <message>
+        <source>Clean Up</source>
+        <translation>Aufräumen</translation>
+    </message>
+    <message>
+        <source>These rules have nothing to do. What is ticked goes, in one step that Undo takes back; what might be wanted again is not ticked.</source>
+        <translation>Diese Regeln haben nichts zu tun. Angekreuzte werden in einem Schritt entfernt, den Rückgängig zurücknimmt; was wieder gebraucht werden könnte, ist nicht angekreuzt.</translation>
+    </message>
+    <message>
+        <source>Rules that can go</source>
+        <translation>Entbehrliche Regeln</translation>
+    </message>
+    <message>
+        <source>Tick &amp;All</source>
+        <translation>&amp;Alle ankreuzen</translation>
+    </message>
+    <message>
+        <source>Tick &amp;None</source>
+        <translation>&amp;Keine ankreuzen</translation>
+    </message>
+    <message>
+        <source>&amp;Clean Up</source>
+        <translation>Auf&amp;räumen</translation>
+    </message>
+    <message>
+        <source>There is not enough memory to find them.</source>
+        <translation>Der Speicher reicht nicht aus, um sie zu finden.</translation>
+    </message>
+    <message>
+        <source>Looking for rules that can go...</source>
+        <translation>Entbehrliche Regeln werden gesucht...</translation>
+    </message>
+    <message>
+        <source>There is nothing to clean up.</source>
+        <translation>Es gibt nichts aufzuräumen.</translation>
+    </message>
+    <message>
+        <source>%1 of %2 ticked.</source>
+        <translation>%1 von %2 angekreuzt.</translation>
     </message>
 </context>
 <context>
@@ -1188,6 +1415,48 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
+    <name>quorvane::LikeSelection</name>
+    <message>
+        <source>Same &amp;Class</source>
+        <translation>Gleiche &amp;Klasse</translation>
+    </message>
+    <message>
+        <source>Same &amp;Type</source>
+        <translation>Gleicher &amp;Typ</translation>
+    </message>
+    <message>
+        <source>Same &amp;State</source>
+        <translation>Gleicher &amp;Zustand</translation>
+    </message>
+    <message>
+        <source>Same T&amp;ag</source>
+        <translation>Gleicher T&amp;ag</translation>
+    </message>
+    <message>
+        <source>Same &amp;Program</source>
+        <translation>Gleiches &amp;Programm</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::MapWindow</name>
+    <message>
+        <source>Looking at the rules…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There are no rules.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On the map: %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Selected in the table: %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>quorvane::MessageWindow</name>
     <message>
         <source>Lock</source>
@@ -1229,6 +1498,56 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
+    <name>quorvane::ProblemList</name>
+    <message>
+        <source>Why?</source>
+        <translation>Warum?</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::ProblemsPanel</name>
+    <message>
+        <source>Problems</source>
+        <translation>Probleme</translation>
+    </message>
+    <message>
+        <source>Look &amp;Again</source>
+        <translation>Noch &amp;einmal suchen</translation>
+    </message>
+    <message>
+        <source>Look at all programs and paths again</source>
+        <translation>Alle Programme und Pfade noch einmal ansehen</translation>
+    </message>
+    <message>
+        <source>&amp;Kinds</source>
+        <translation>&amp;Arten</translation>
+    </message>
+    <message>
+        <source>Which kinds of problems are shown</source>
+        <translation>Welche Arten von Problemen gezeigt werden</translation>
+    </message>
+    <message>
+        <source>No problems.</source>
+        <translation>Keine Probleme.</translation>
+    </message>
+    <message>
+        <source>1 problem.</source>
+        <translation>1 Problem.</translation>
+    </message>
+    <message>
+        <source>%1 problems.</source>
+        <translation>%1 Probleme.</translation>
+    </message>
+    <message>
+        <source>Looking for problems...</source>
+        <translation>Probleme werden gesucht...</translation>
+    </message>
+    <message>
+        <source>The problems are not known.</source>
+        <translation>Die Probleme sind nicht bekannt.</translation>
+    </message>
+</context>
+<context>
     <name>quorvane::QVPreferencesWindow</name>
     <message>
         <source>Other (%1)</source>
@@ -1256,6 +1575,57 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>sorted descending</source>
         <translation>absteigend sortiert</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::RuleStrip</name>
+    <message>
+        <source>Rule in words</source>
+        <translation>Regel in Worten</translation>
+    </message>
+    <message>
+        <source>What the rule says</source>
+        <translation>Was die Regel sagt</translation>
+    </message>
+    <message>
+        <source>Details of the rule</source>
+        <translation>Einzelheiten der Regel</translation>
+    </message>
+    <message>
+        <source>Problems of the rule</source>
+        <translation>Probleme der Regel</translation>
+    </message>
+    <message>
+        <source>Select a rule to read here what it says.</source>
+        <translation>Wählen Sie eine Regel aus, um hier zu lesen, was sie sagt.</translation>
+    </message>
+    <message>
+        <source>Show</source>
+        <translation>Zeigen</translation>
+    </message>
+    <message>
+        <source>Delete This One</source>
+        <translation>Diese löschen</translation>
+    </message>
+    <message>
+        <source>Choose...</source>
+        <translation>Wählen...</translation>
+    </message>
+    <message>
+        <source>Edit...</source>
+        <translation>Bearbeiten...</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Bind Anew</source>
+        <translation>Neu binden</translation>
+    </message>
+    <message>
+        <source>What can be done to all of them:</source>
+        <translation>Was mit allen getan werden kann:</translation>
     </message>
 </context>
 <context>
@@ -1399,6 +1769,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>There are no rules in that text.</source>
         <translation>Dieser Text enthält keine Regeln.</translation>
+    </message>
+    <message>
+        <source>Rule in &amp;Words</source>
+        <translation>Regel in &amp;Worten</translation>
+    </message>
+    <message>
+        <source>&amp;Problems</source>
+        <translation>&amp;Probleme</translation>
     </message>
 </context>
 <context>
@@ -1546,6 +1924,69 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>The settings could not be saved: %1</source>
         <translation>Die Einstellungen konnten nicht gespeichert werden: %1</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::TouchingWindow</name>
+    <message>
+        <source>Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Program</source>
+        <translation type="unfinished">Programm</translation>
+    </message>
+    <message>
+        <source>S&amp;ystem rules</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Type or choose a path, or drop a file on the window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Any; or the path of a program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Path</source>
+        <translation type="unfinished">&amp;Pfad</translation>
+    </message>
+    <message>
+        <source>Pro&amp;gram</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Operations</source>
+        <translation type="unfinished">Operationen</translation>
+    </message>
+    <message>
+        <source>Searching…</source>
+        <translation type="unfinished">Suche läuft…</translation>
+    </message>
+    <message>
+        <source>The rules that are about a path: name one above.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No rule is about this.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 rule.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 rules.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 rules, of which the first %2 are shown.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Which of them wins is decided where rules are enforced.</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>

@@ -1,15 +1,9 @@
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
-#include "windows/FootNotices.h"
-#include "windows/RulesEditorTableController.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/PlannedChange.h"
 
-#include <QLineEdit>
 #include <QSignalSpy>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,33 +12,17 @@ namespace quorvane {
 namespace {
 
 // What the parts of the main window ask of its table.
-class RulesEditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
+class RulesEditorTable : public EditorTable {
 protected:
     RulesEditorTable()
     {
-        box.writeUserRules("allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
-                           "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n"
-                           "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open("allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+             "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n"
+             "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
         rules = store->allRules();
     }
-    ~RulesEditorTable() override { window.reset(); } // before the document
 
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
-    QString notice() const
-    {
-        const auto* shown = in<FootNotices>("notices");
-        return shown->count() == 0 ? QString() : shown->findChild<QLabel*>()->text();
-    }
-
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
     std::vector<RuleRef> rules;
 };
 

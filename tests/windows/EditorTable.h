@@ -1,0 +1,54 @@
+#pragma once
+
+#include "tests/rules/StoreSandbox.h"
+#include "tests/support/TestDocument.h"
+#include "tests/windows/TableWindow.h"
+#include "windows/FootNotices.h"
+#include "windows/RulesEditorTableController.h"
+#include "workflow/RuleCells.h"
+
+#include <QAbstractButton>
+#include <QLineEdit>
+
+#include <memory>
+#include <string>
+
+namespace quorvane {
+
+// The main window on a sandbox with rules of the user, and its rules file.
+class EditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
+protected:
+    ~EditorTable() override { window.reset(); } // before the document
+
+    void open(const std::string& userRules)
+    {
+        box.writeUserRules(userRules);
+        store = box.load();
+        document = std::make_unique<TestDocument>(*store, run, log.log());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+    }
+
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    QString notice() const
+    {
+        const auto* shown = in<FootNotices>("notices");
+        return shown->count() == 0 ? QString() : shown->findChild<QLabel*>()->text();
+    }
+    // The first visible button of that title below `parent`; null when there is none.
+    static QAbstractButton* button(const QWidget& parent, const QString& title)
+    {
+        for (auto* each : parent.findChildren<QAbstractButton*>()) {
+            if (each->text() == title && each->isVisible())
+                return each;
+        }
+        return nullptr;
+    }
+
+    StoreSandbox box;
+    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<TestDocument> document;
+};
+
+} // namespace quorvane

@@ -1,0 +1,184 @@
+#include "windows/RuleStrip.h"
+#include "tests/windows/EditorTable.h"
+#include "windows/ChangeWindow.h"
+#include "windows/EditWatchWindowController.h"
+#include "windows/SelectableText.h"
+
+#include <QDockWidget>
+#include <QSignalSpy>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+class RuleStripTest : public EditorTable {
+protected:
+    void openWith(const std::string& userRules)
+    {
+        open(userRules);
+        strip = window->findChild<RuleStrip*>();
+        ASSERT_NE(strip, nullptr);
+    }
+    void fill(std::initializer_list<int> rows)
+    {
+        QSignalSpy filled(strip, &RuleStrip::wasFilled);
+        select(rows);
+        ASSERT_TRUE(filled.wait());
+        while (filled.wait(0)) { }
+    }
+    QStringList shown() const
+    {
+        QStringList texts;
+        for (const auto* text : strip->findChildren<SelectableText*>()) {
+            if (text->isVisible())
+                texts.append(text->toPlainText());
+        }
+        return texts;
+    }
+    void press(const char* title)
+    {
+        QAbstractButton* found = button(*strip, QString::fromLatin1(title));
+        ASSERT_NE(found, nullptr) << title;
+        found->click();
+    }
+    RuleStrip* strip = nullptr;
+};
+
+} // namespace
+
+TEST_F(RuleStripTest, SaysWhatTheSelectedRuleSays)
+{
+    openWith("watch prefix \"/tmp/\" \"any\" x \"scripts\"\n");
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Select a rule to read here what it says.")});
+    fill({0});
+    EXPECT_EQ(shown(),
+        (QStringList{QStringLiteral("It is reported when any program executes anything in /tmp/."),
+            QStringLiteral("tag scripts")}));
+}
+
+TEST_F(RuleStripTest, CountsSeveralRules)
+{
+    openWith("watch prefix \"/tmp/\" \"any\" x \"\"\nallow prefix \"/tmp/\" \"any\" r \"\" \"\" \"0\"\n");
+    fill({0, 1});
+    EXPECT_EQ(shown().value(0), QStringLiteral("2 rules: 1 allow, 1 watch. Program: Any Process."));
+    press("Delete");
+    EXPECT_EQ(shownPaths(), QString());
+}
+
+TEST_F(RuleStripTest, ShowsTheRuleThatCoversASelectedOne)
+{
+    openWith("allow prefix \"/tmp/\" \"any\" rw \"\" \"\" \"0\"\nallow path \"/tmp/a\" \"any\" r \"\" \"\" "
+             "\"0\"\n");
+    fill({1});
+    EXPECT_TRUE(
+        shown().contains(QStringLiteral("Covered by: Any program may read and write anything in /tmp/.")));
+    press("Show");
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/tmp/"));
+}
+
+TEST_F(RuleStripTest, DeletesTheVeryRuleThatIsCovered)
+{
+    // Of equal rules a delete would take the first.
+    openWith("allow prefix \"/tmp/\" \"any\" r \"first\" \"\" \"0\"\n");
+    const auto second = policyRule({.path = "/tmp/", .processName = "any", .tag = "second", .operations = 1});
+    store->addPolicyRule(second);
+    window->reloadData();
+    fill({1});
+    press("Delete This One");
+    EXPECT_EQ(text(0, RuleColumn::tag), QStringLiteral("first"));
+    EXPECT_EQ(file(), "allow prefix \"/tmp/\" \"any\" r \"first\" \"\" \"0\"\n");
+}
+
+TEST_F(RuleStripTest, OffersNothingThatWouldChangeASystemRule)
+{
+    box.writeSystemFile(
+        "quorvane.rc", "allow prefix \"/tmp/\" \"any\" rw \"\"\nallow path \"/tmp/a\" \"any\" r \"\"\n");
+    openWith("");
+    window->hideSystemAction();
+    fill({1});
+    EXPECT_NE(button(*strip, QStringLiteral("Show")), nullptr);
+    EXPECT_EQ(button(*strip, QStringLiteral("Delete This One")), nullptr);
+}
+
+TEST_F(RuleStripTest, ExplainsAProblemOnRequest)
+{
+    openWith("allow path \"/nonexistent\" \"any\" r \"\" \"\" \"0\"\n");
+    fill({0});
+    const qsizetype before = shown().size();
+    press("Why?");
+    EXPECT_EQ(shown().size(), before + 1);
+    EXPECT_TRUE(shown().last().startsWith(QStringLiteral("A rule about a path that is not there")));
+}
+
+TEST_F(RuleStripTest, BindsARuleToTheProgramAsItIsNow)
+{
+    const TemporaryFolder folder;
+    const std::string program = folder.write("program", "text");
+    openWith("allow path \"any\" \"" + program + "\" r \"\" \"" + std::string(64, 'a') + "\" \"0\"\n");
+    fill({0});
+    const std::string now = "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1";
+    EXPECT_TRUE(shown().contains(
+        QString::fromStdString("Digest differs: stored " + std::string(64, 'a') + ", now " + now + ".")));
+    const std::string before = file();
+    QSignalSpy changed(window.get(), &RulesEditorTableController::rulesDidChange);
+    press("Bind Anew");
+    ASSERT_TRUE(changed.wait());
+    EXPECT_EQ(file(), "allow path \"any\" \"" + program + "\" r \"\" \"" + now + "\" \"0\"\n");
+    window->undo();
+    EXPECT_EQ(file(), before);
+}
+
+TEST_F(RuleStripTest, MovesAllRulesOfAProgramOnceThePersonHasSeenThem)
+{
+    const TemporaryFolder folder;
+    const std::string moved = folder.write("moved", "text");
+    openWith("allow path \"any\" \"/nonexistent/old\" r \"\" \"\" \"0\"\n"
+             "deny path \"any\" \"/bin/sh via /nonexistent/old\" r \"\" \"\" \"0\"\n");
+    const std::string before = file();
+    fill({1});
+    press("Choose...");
+    auto* preview = window->findChild<ChangeWindow*>();
+    ASSERT_NE(preview, nullptr);
+    preview->findChild<QLineEdit*>()->setText(QString::fromStdString(moved));
+    EXPECT_EQ(file(), before);
+    static_cast<QDialog*>(preview)->accept();
+    EXPECT_EQ(file(),
+        "allow path \"any\" \"" + moved + "\" r \"\" \"\" \"0\"\n" + "deny path \"any\" \"/bin/sh via "
+            + moved + "\" r \"\" \"\" \"0\"\n");
+}
+
+TEST_F(RuleStripTest, OpensTheEditorForWhatTheFileCannotHold)
+{
+    openWith("watch path \"/nonexistent\" \"any\" r \"\"\n");
+    fill({0});
+    press("Edit...");
+    EXPECT_NE(window->findChild<EditWatchWindowController*>(), nullptr);
+}
+
+TEST_F(RuleStripTest, TellsNothingOfProgramsAndPathsOfNoPlace)
+{
+    openWith("allow path \"/nonexistent\" \"/nonexistent\" r \"\" \"\" \"0\"\n");
+    QSignalSpy filled(strip, &RuleStrip::wasFilled);
+    strip->setPlace(RulesPlace::nowhere());
+    fill({0});
+    EXPECT_EQ(button(*strip, QStringLiteral("Why?")), nullptr);
+}
+
+TEST_F(RuleStripTest, StaysHiddenWhenItWasHiddenTheLastTime)
+{
+    openWith("");
+    auto* dock = window->findChild<QDockWidget*>(QStringLiteral("ruleInWords"));
+    EXPECT_TRUE(dock->isVisible());
+    dock->toggleViewAction()->trigger();
+    EXPECT_FALSE(dock->isVisible());
+    window->close();
+    RulesEditorTableController next(*document, application, run, workspace, log.log());
+    next.show();
+    EXPECT_FALSE(next.findChild<QDockWidget*>(QStringLiteral("ruleInWords"))->isVisible());
+    next.findChild<QDockWidget*>(QStringLiteral("ruleInWords"))->toggleViewAction()->trigger();
+    next.close();
+}
+
+} // namespace quorvane

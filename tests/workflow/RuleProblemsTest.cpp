@@ -1,0 +1,122 @@
+#include "workflow/RuleProblems.h"
+#include "tests/support/GivenFacts.h"
+#include "tests/support/TestRules.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvane {
+
+namespace {
+
+using Mending = RuleProblem::Mending;
+
+class RuleProblems : public testing::Test {
+protected:
+    RuleProblems() { facts.existing = {"/bin/sh", "/etc/hosts"}; }
+
+    std::vector<RuleProblem> problemsOf(PolicyRuleFields fields, LineEnds lineEnds = LineEnds::cut)
+    {
+        if (fields.operations == 0)
+            fields.operations = 1;
+        return problemsOfRuleAlone(makeRuleValue(std::move(fields)), RulesPlace::of(facts), lineEnds);
+    }
+    RuleProblem onlyProblemOf(PolicyRuleFields fields)
+    {
+        const auto problems = problemsOf(std::move(fields));
+        EXPECT_EQ(problems.size(), 1U);
+        return problems.empty() ? RuleProblem() : problems.front();
+    }
+
+    GivenFacts facts;
+};
+
+} // namespace
+
+TEST_F(RuleProblems, AreNoneWhereNothingIsWrong)
+{
+    EXPECT_TRUE(problemsOf({.path = "/etc/hosts", .processName = "/bin/sh"}).empty());
+}
+
+TEST_F(RuleProblems, NameTheProgramThatIsGoneAndOfferToChooseIt)
+{
+    const RuleProblem own = onlyProblemOf({.path = "any", .processName = "/bin/old"});
+    EXPECT_EQ(own.text, "Program is gone: nothing exists at /bin/old.");
+    EXPECT_EQ(own.mending, Mending::chooseProgram);
+    const RuleProblem parents = onlyProblemOf({.path = "any", .processName = "/bin/sh via /bin/old"});
+    EXPECT_EQ(parents.text, "Parent program is gone: nothing exists at /bin/old.");
+    EXPECT_EQ(parents.mending, Mending::chooseParent);
+}
+
+TEST_F(RuleProblems, ShowTheStoredDigestBesideThatOfTheProgram)
+{
+    const std::string stored(64, 'a');
+    facts.sha256s["/bin/sh"] = "now";
+    const RuleProblem problem
+        = onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = stored});
+    EXPECT_EQ(problem.text, "Digest differs: stored " + stored + ", now now.");
+    EXPECT_EQ(problem.mending, Mending::bindAnew);
+    const std::string shorter(40, 'b');
+    facts.sha1s["/bin/sh"] = "short";
+    EXPECT_EQ(onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = shorter}).text,
+        "Digest differs: stored " + shorter + ", now short.");
+}
+
+TEST_F(RuleProblems, ShowTheStoredTeamBesideThatOfTheProgram)
+{
+    EXPECT_EQ(onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = "ONE"}).text,
+        "Team differs: stored ONE, now none that is proven.");
+    facts.teams["/bin/sh"] = "OTHER";
+    EXPECT_EQ(onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = "ONE"}).text,
+        "Team differs: stored ONE, now OTHER.");
+}
+
+TEST_F(RuleProblems, NameThePathThatIsGone)
+{
+    const RuleProblem problem = onlyProblemOf({.policyType = 1, .path = "/gone", .processName = "/bin/sh"});
+    EXPECT_EQ(problem.text, "Path is gone: nothing exists at /gone.");
+    EXPECT_EQ(problem.mending, Mending::drop);
+}
+
+TEST_F(RuleProblems, SayWhatTheRulesFileHasNoPlaceFor)
+{
+    const RuleProblem problem
+        = onlyProblemOf({.policyType = 2, .path = "a\"b", .processName = "/bin/sh", .operations = 1});
+    EXPECT_TRUE(
+        problem.text.starts_with("Does not read back: a rules file cannot hold a rule with a double quote"))
+        << problem.text;
+    EXPECT_EQ(problem.mending, Mending::none);
+}
+
+TEST_F(RuleProblems, AreNothingThatTheMissingPlaceCouldTell)
+{
+    const auto problems = problemsOfRuleAlone(
+        makeRuleValue(PolicyRuleFields{.path = "/gone", .processName = "/bin/old", .operations = 1}),
+        RulesPlace::nowhere(), LineEnds::cut);
+    EXPECT_TRUE(problems.empty());
+}
+
+TEST_F(RuleProblems, TellOfTheOtherRuleInWords)
+{
+    const RuleValue wide
+        = makeRuleValue(PolicyRuleFields{.path = "/etc/", .processName = "/bin/sh", .operations = 3});
+    const RuleProblem covered = problemWith(FindingKind::redundant, wide);
+    EXPECT_EQ(covered.text, "Covered by: sh may read and write anything in /etc/.");
+    EXPECT_EQ(covered.mending, Mending::drop);
+    EXPECT_EQ(problemWith(FindingKind::overlap, wide).text,
+        "Overlaps with: sh may read and write anything in /etc/.");
+}
+
+TEST_F(RuleProblems, FindTheCoveringRuleAmongEqualOnes)
+{
+    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    const PolicyRuleFields fields{.path = "/etc/", .processName = "/bin/sh", .operations = 3};
+    const PolicyRulePtr first = policyRule(fields);
+    const PolicyRulePtr second = policyRule(fields);
+    store.addPolicyRule(first);
+    EXPECT_EQ(storedCoveringRule(store, first), std::nullopt);
+    store.addPolicyRule(second);
+    EXPECT_EQ(storedCoveringRule(store, first), RuleRef(second));
+    EXPECT_EQ(storedCoveringRule(store, second), RuleRef(first));
+}
+
+} // namespace quorvane

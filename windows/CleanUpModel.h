@@ -1,0 +1,49 @@
+#pragma once
+
+#include "workflow/CleanUp.h"
+
+#include <QAbstractTableModel>
+
+#include <cstddef>
+#include <vector>
+
+namespace quorvane {
+
+// Rules that can go, with a tick for each that shall: at first those that nothing speaks against.
+class CleanUpModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    enum Column { rule, reason, doubt };
+    static constexpr int columns = 3;
+
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // Ticks that were changed stay as they were with rules that are still there.
+    void setCandidates(std::vector<DispensableRule> candidates);
+    void setAllTicked(bool areTicked);
+    std::size_t tickedCount() const { return m_ticked; }
+    std::vector<DispensableRule> ticked() const;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+
+Q_SIGNALS:
+    void ticksDidChange();
+
+private:
+    struct Row {
+        DispensableRule candidate;
+        bool isTicked;
+    };
+
+    QString text(const Row& row, int column) const;
+
+    std::vector<Row> m_rows;
+    std::size_t m_ticked = 0;
+};
+
+} // namespace quorvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "windows/BackgroundThread.h"
+#include "workflow/KnownProblems.h"
+#include "workflow/RulesPlace.h"
+
+#include <QDialog>
+
+class QLabel;
+class QPushButton;
+class QTreeView;
+
+namespace quorvane {
+
+class CleanUpModel;
+class ProblemsFinder;
+class RulesDocument;
+class RulesTable;
+
+// Lists the rules that can go, each with a tick and why, and removes the ticked ones as one action. Follows
+// the rules while it is open. Deletes itself when it is closed. User interface thread only.
+class CleanUpWindow : public QDialog {
+    Q_OBJECT
+public:
+    // `place` is where the finder looks. Nothing given is owned; all of it must outlive the window.
+    CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder, RulesPlace place,
+        QWidget* parent = nullptr);
+
+public Q_SLOTS:
+    // Removes the ticked rules.
+    void accept() override;
+
+Q_SIGNALS:
+    // The rules that can go are listed.
+    void wasFilled();
+
+private:
+    void setUpControls();
+    void fill(const ProblemListsPtr& problems);
+    void updateCount();
+
+    RulesTable& m_table;
+    RulesDocument& m_document;
+    ProblemsFinder& m_finder;
+    const RulesPlace m_place;
+    CleanUpModel* m_model; // owned by this window, as is what follows
+    QTreeView* m_list;
+    QLabel* m_count;
+    QPushButton* m_button;
+    bool m_isFilled = false;
+    BackgroundThread m_thread;
+};
+
+} // namespace quorvane

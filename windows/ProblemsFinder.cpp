@@ -1,0 +1,86 @@
+#include "windows/ProblemsFinder.h"
+
+#include "rules/RuleManager.h"
+
+#include <new>
+#include <utility>
+
+namespace quorvane {
+
+ProblemsFinder::ProblemsFinder(const RuleManager& store)
+    : m_store(store)
+{
+}
+
+ProblemsFinder::~ProblemsFinder()
+{
+    m_stop.request_stop();
+}
+
+void ProblemsFinder::start()
+{
+    if (!std::exchange(m_isWanted, true))
+        rulesDidChange();
+}
+
+void ProblemsFinder::setFindsOverlaps(bool finds)
+{
+    if (std::exchange(m_findsOverlaps, finds) != finds)
+        rulesDidChange();
+}
+
+void ProblemsFinder::setPlace(const RulesPlace& place)
+{
+    m_place = place;
+    lookAgain();
+}
+
+void ProblemsFinder::lookAgain()
+{
+    m_stop.request_stop();
+    m_stop = {};
+    // That of a search which is under way goes with it.
+    m_known = std::make_shared<KnownProblems>(m_place);
+    rulesDidChange();
+}
+
+void ProblemsFinder::rulesDidChange()
+{
+    if (!m_isWanted)
+        return;
+    if (m_isLooking)
+        m_isBehind = true;
+    else
+        look();
+}
+
+void ProblemsFinder::look()
+{
+    m_isLooking = true;
+    m_isBehind = false;
+    auto problems = std::make_shared<ProblemListsPtr>();
+    m_thread.run(
+        [=, known = m_known, rules = m_store.storedRows(), findsOverlaps = m_findsOverlaps,
+            stop = m_stop.get_token()] {
+            try {
+                *problems = known->follow(rules, findsOverlaps, stop);
+            } catch (const std::bad_alloc&) {
+                problems->reset();
+            }
+        },
+        [this, problems, stop = m_stop.get_token()] {
+            m_isLooking = false;
+            if (m_isBehind || stop.stop_requested())
+                look();
+            if (!stop.stop_requested())
+                wasFound(*problems);
+        });
+}
+
+void ProblemsFinder::wasFound(const ProblemListsPtr& problems)
+{
+    m_problems = problems;
+    Q_EMIT found(problems);
+}
+
+} // namespace quorvane

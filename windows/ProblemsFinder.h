@@ -1,0 +1,61 @@
+#pragma once
+
+#include "windows/BackgroundThread.h"
+#include "workflow/KnownProblems.h"
+
+#include <QObject>
+
+#include <memory>
+#include <stop_token>
+
+namespace quorvane {
+
+class RuleManager;
+
+// Finds the problems of all rules beside the user interface thread, once somebody wants them, and from then
+// on follows the rules. User interface thread only.
+class ProblemsFinder : public QObject {
+    Q_OBJECT
+public:
+    // `store` must outlive this.
+    explicit ProblemsFinder(const RuleManager& store);
+    ~ProblemsFinder() override;
+
+    // The problems are wanted from now on. A second call does nothing.
+    void start();
+    bool isLooking() const { return m_isLooking; }
+    // As found last; null before.
+    const ProblemListsPtr& problems() const { return m_problems; }
+
+    // Whether overlaps are to be found, too.
+    void setFindsOverlaps(bool finds);
+    // Where programs and paths are looked up from now on.
+    void setPlace(const RulesPlace& place);
+
+public Q_SLOTS:
+    void rulesDidChange();
+    // Looks at all programs and paths again.
+    void lookAgain();
+
+Q_SIGNALS:
+    // The problems are those of the present rules; null when there was not enough memory for them.
+    void found(const quorvane::ProblemListsPtr& problems);
+
+private:
+    void look();
+    void wasFound(const ProblemListsPtr& problems);
+
+    const RuleManager& m_store;
+    RulesPlace m_place = RulesPlace::thisMachine();
+    ProblemListsPtr m_problems;
+    bool m_isWanted = false;
+    bool m_findsOverlaps = false;
+    bool m_isLooking = false;
+    bool m_isBehind = false; // something has changed while it looks
+    std::shared_ptr<KnownProblems> m_known
+        = std::make_shared<KnownProblems>(); // the thread's, while it looks
+    std::stop_source m_stop;
+    BackgroundThread m_thread;
+};
+
+} // namespace quorvane

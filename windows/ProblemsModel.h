@@ -1,0 +1,68 @@
+#pragma once
+
+#include "workflow/KnownProblems.h"
+
+#include <QAbstractItemModel>
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace quorvane {
+
+// Problems of rules as a tree: kinds with their counts, and below each the rules that have it. Long lists
+// come a part at a time, as the view asks for more.
+class ProblemsModel : public QAbstractItemModel {
+    Q_OBJECT
+public:
+    using QAbstractItemModel::QAbstractItemModel;
+
+    // A problem by its kind and its place in the list of that kind.
+    struct Place {
+        FindingKind kind;
+        std::size_t number;
+    };
+
+    // None when null.
+    void setProblems(ProblemListsPtr problems);
+    void setShownKinds(const FindingKinds& kinds);
+    const FindingKinds& shownKinds() const { return m_kinds; }
+
+    // Of all kinds that are shown.
+    std::size_t count() const;
+    // Null for a kind.
+    const KnownProblem* problemAt(const QModelIndex& index) const;
+    const KnownProblem& problemAt(const Place& place) const;
+    std::optional<Place> placeOf(const QModelIndex& index) const;
+    // Invalid when it is too far down to be shown without the rest of the list.
+    QModelIndex indexOf(const Place& place);
+
+    // The problem behind or before a place, from the last on to the first and the reverse. What stood in the
+    // place may have left it: then the problem behind it is the one that stands there now. None when there
+    // are no problems.
+    std::optional<Place> neighbour(const Place& place, bool hasLeft, bool forward) const;
+    // The first or the last of all.
+    std::optional<Place> end(bool atFront) const;
+
+    QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+    QModelIndex parent(const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    bool hasChildren(const QModelIndex& parent = {}) const override;
+    bool canFetchMore(const QModelIndex& parent) const override;
+    void fetchMore(const QModelIndex& parent) override;
+    QVariant data(const QModelIndex& index, int role) const override;
+
+private:
+    const std::vector<KnownProblem>& list(FindingKind kind) const;
+    std::optional<FindingKind> kindAt(const QModelIndex& index) const;
+    void arrange();
+
+    ProblemListsPtr m_problems = std::make_shared<const ProblemLists>();
+    FindingKinds m_kinds = FindingKinds::usual();
+    std::vector<FindingKind> m_rows; // the kinds that are shown and have problems
+    std::array<std::size_t, findingKindCount> m_fetched{}; // problems of each kind that the view knows
+};
+
+} // namespace quorvane

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "rules/RuleRef.h"
+#include "windows/ProblemsModel.h"
+
+#include <QWidget>
+
+#include <optional>
+
+class QLabel;
+class QMenu;
+class QToolButton;
+class QTreeView;
+
+namespace quorvane {
+
+class ProblemsFinder;
+
+// The problems of all rules, by kind, of which some can be left out. Choosing one asks for its rule to be
+// shown. The kinds are remembered. User interface thread only.
+class ProblemsPanel : public QWidget {
+    Q_OBJECT
+public:
+    // `finder` must outlive the panel. It is started when the panel shows for the first time.
+    explicit ProblemsPanel(ProblemsFinder& finder, QWidget* parent = nullptr);
+
+    ProblemsFinder& finder() const { return m_finder; }
+
+    QSize sizeHint() const override;
+
+public Q_SLOTS:
+    // Ask for the rule of the next problem, or of the one before, as soon as problems are found; from the
+    // last one on to the first.
+    void showNext();
+    void showPrevious();
+
+Q_SIGNALS:
+    void ruleChosen(const quorvane::RuleRef& rule);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void setUpKinds();
+    void showKind(FindingKind kind, bool isShown);
+    void showKinds(const FindingKinds& kinds);
+    void showFound(const ProblemListsPtr& problems);
+    void updateStatus();
+    void choose(const QModelIndex& index);
+    void step(bool forward);
+    void choosePlace(const ProblemsModel::Place& place);
+    void followChosen();
+    void expandAll();
+
+    ProblemsFinder& m_finder;
+    ProblemsModel* m_model; // owned by this panel, as is what follows
+    QTreeView* m_tree;
+    QToolButton* m_kindsButton;
+    QMenu* m_kindsMenu;
+    QLabel* m_status;
+    std::optional<RuleRef> m_chosen; // the rule of the problem chosen last
+    std::optional<ProblemsModel::Place> m_place; // of that problem
+    bool m_hasLeft = false; // it has been mended: others have its place
+    std::optional<bool> m_stepWanted; // forward or not, as soon as problems are found
+};
+
+} // namespace quorvane

@@ -1,0 +1,53 @@
+#include "windows/RuleMending.h"
+
+#include "windows/RulesTable.h"
+#include "windows/SelectionController.h"
+#include "workflow/PlannedChange.h"
+#include "workflow/ProgramBinding.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
+
+namespace quorvane {
+
+RuleMending::RuleMending(RulesTable& table, RulesDocument& document, SelectionController& selection)
+    : m_table(table)
+    , m_document(document)
+    , m_selection(selection)
+{
+}
+
+void RuleMending::show(const RuleRef& rule)
+{
+    if (m_document.store().isStored(rule))
+        m_table.revealRule(rule);
+}
+
+void RuleMending::remove(const RuleRef& rule)
+{
+    if (m_document.store().isStored(rule))
+        m_table.perform(removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
+            {actionName("Delete", 1)});
+}
+
+void RuleMending::moveProgram(const std::string& path)
+{
+    m_selection.moveProgram(path);
+}
+
+void RuleMending::bindAnew(const RuleRef& rule)
+{
+    // Read once here, the facts are remembered for the change.
+    m_thread.run(
+        [place = m_place, value = valueOf(rule)] {
+            const auto process = askValue(value, [](const auto& fields) { return fields.processName; });
+            bindingOf(decidingProgram(process), place.facts());
+        },
+        [this, rule] {
+            if (m_document.store().isStored(rule))
+                m_table.perform(patchingOf(m_document.store(), {rule}, {.isBoundToProgram = true},
+                                    m_place.facts(), m_document.settings().lineEnds()),
+                    {actionName("Bind", 1) + " Anew"});
+        });
+}
+
+} // namespace quorvane

@@ -1,0 +1,71 @@
+#include "windows/RulesEditorTableController.h"
+
+#include "ui_RulesEditorTableController.h"
+#include "windows/CleanUpWindow.h"
+#include "windows/LikeSelection.h"
+#include "windows/ProblemsFinder.h"
+#include "windows/ProblemsPanel.h"
+#include "windows/RuleMending.h"
+#include "windows/RuleStrip.h"
+#include "windows/WindowMemory.h"
+
+#include <QDockWidget>
+
+// The parts around the main window's table: each is made here and handed what it needs.
+
+namespace quorvane {
+
+namespace {
+
+// A dock that cannot be torn off; its title is that of its item in the menu.
+QDockWidget* makeDock(const char* name, const QString& title, QWidget* content, QMainWindow& window)
+{
+    auto* dock = new QDockWidget(QString(title).remove(QLatin1Char('&')), &window);
+    dock->setObjectName(QLatin1String(name)); // by which its state is remembered
+    dock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
+    dock->setWidget(content);
+    dock->toggleViewAction()->setText(title);
+    return dock;
+}
+
+} // namespace
+
+void RulesEditorTableController::setUpParts()
+{
+    m_parts = std::make_unique<QObject>();
+    auto* mending = new RuleMending(*this, m_document, *m_selection);
+    mending->setParent(m_parts.get());
+
+    auto* strip = new RuleStrip(*this, m_document, *mending, m_workspace, this);
+    strip->setActionsOnMany({m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem});
+    connect(this, &RulesEditorTableController::selectionDidChange, strip, &RuleStrip::selectionDidChange);
+    connect(this, &RulesEditorTableController::rulesDidChange, strip, &RuleStrip::selectionDidChange);
+    connect(strip, &RuleStrip::editRequested, this, [this](const RuleRef& rule) { edit(rule); });
+    QDockWidget* words = makeDock("ruleInWords", tr("Rule in &Words"), strip, *this);
+    words->setFeatures(QDockWidget::DockWidgetClosable);
+    words->setTitleBarWidget(new QWidget(words)); // none: what it is shows
+    addDockWidget(Qt::BottomDockWidgetArea, words);
+
+    auto* finder = new ProblemsFinder(m_store);
+    finder->setParent(m_parts.get());
+    connect(this, &RulesEditorTableController::rulesDidChange, finder, &ProblemsFinder::rulesDidChange);
+    auto* problems = new ProblemsPanel(*finder, this);
+    connect(problems, &ProblemsPanel::ruleChosen, mending, &RuleMending::show);
+    connect(m_ui->nextProblemMenuItem, &QAction::triggered, problems, &ProblemsPanel::showNext);
+    connect(m_ui->previousProblemMenuItem, &QAction::triggered, problems, &ProblemsPanel::showPrevious);
+    QDockWidget* list = makeDock("problems", tr("&Problems"), problems, *this);
+    addDockWidget(Qt::RightDockWidgetArea, list);
+    list->hide();
+
+    connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder] {
+        auto* window = new CleanUpWindow(*this, m_document, *finder, RulesPlace::thisMachine(), this);
+        window->open();
+    });
+    (new LikeSelection(*this, *m_ui->selectByMenu))->setParent(m_parts.get());
+
+    m_ui->viewMenu->insertActions(
+        m_ui->nextProblemMenuItem, {words->toggleViewAction(), list->toggleViewAction()});
+    restoreDocks(*this);
+}
+
+} // namespace quorvane

@@ -1,0 +1,247 @@
+#include "workflow/KnownProblems.h"
+
+#include "rules/ApplicationIdentity.h"
+#include "rules/CoverIndex.h"
+#include "rules/Hashing.h"
+#include "rules/RuleIdentity.h"
+#include "workflow/RuleOverlaps.h"
+
+#include <algorithm>
+#include <string>
+#include <tuple>
+#include <unordered_set>
+#include <utility>
+
+// How problems are kept by difference:
+//
+// A rule is the same as before when both its record and the value that it holds stand at the addresses where
+// they stood; what was seen is kept alive, so that no other can stand there. The sorted addresses of before
+// and now make the rules that have come and gone, a changed one being both.
+//
+// What a rule shows alone is looked up for those that have come. A rule can be covered only by one of its
+// application group, and a group's rules stand together in stored order; so the groups of the rules that have
+// come or gone are indexed again, and all others keep what is known of them.
+
+namespace quorvane {
+
+namespace {
+
+using Seen = KnownProblems::Seen;
+using SeenRules = KnownProblems::SeenRules;
+using FindingsOf = KnownProblems::FindingsOf;
+using OtherOf = KnownProblems::OtherOf;
+
+struct Difference {
+    std::vector<Seen> come;
+    std::vector<Seen> gone;
+
+    bool isEmpty() const { return come.empty() && gone.empty(); }
+};
+
+bool isBefore(const Seen& a, const Seen& b)
+{
+    return std::tie(a.record, a.value) < std::tie(b.record, b.value);
+}
+
+const void* addressOfValue(const RuleValue& value)
+{
+    return std::visit([](const auto& fields) -> const void* { return fields.get(); }, value);
+}
+
+const RuleRef& ruleAt(const SeenRules& rules, std::size_t place)
+{
+    return rules.rows->at(place, true);
+}
+
+const PolicyRuleFields* policyIn(const RuleValue& value)
+{
+    const auto* policy = std::get_if<PolicyValue>(&value);
+    return policy == nullptr ? nullptr : policy->get();
+}
+
+SeenRules seen(std::shared_ptr<const RuleRows> rows)
+{
+    SeenRules rules{std::move(rows), {}, {}};
+    const std::size_t count = rules.rows->count(true);
+    rules.values.reserve(count);
+    rules.byAddress.reserve(count);
+    for (std::uint32_t place = 0; place < count; ++place) {
+        const RuleRef& rule = ruleAt(rules, place);
+        rules.values.push_back(valueOf(rule));
+        rules.byAddress.push_back({addressOf(rule), addressOfValue(rules.values.back()), place});
+    }
+    std::sort(rules.byAddress.begin(), rules.byAddress.end(), isBefore);
+    return rules;
+}
+
+Difference differenceOf(const SeenRules& before, const SeenRules& now)
+{
+    Difference difference;
+    std::set_difference(now.byAddress.begin(), now.byAddress.end(), before.byAddress.begin(),
+        before.byAddress.end(), std::back_inserter(difference.come), isBefore);
+    std::set_difference(before.byAddress.begin(), before.byAddress.end(), now.byAddress.begin(),
+        now.byAddress.end(), std::back_inserter(difference.gone), isBefore);
+    return difference;
+}
+
+// The findings of rules that have come, as far as they show alone; less of them when it is stopped.
+FindingsOf findingsAlone(const SeenRules& rules, const Difference& difference, const RulesPlace& place,
+    const std::stop_token& stop)
+{
+    const FindingSearch search{FindingKinds::usual(), place};
+    FindingsOf found;
+    for (const Seen& each : difference.come) {
+        if (stop.stop_requested())
+            break;
+        // A record of its own: the stored one may be changed meanwhile.
+        auto findings = findingsOfRuleAlone(recordOf(rules.values[each.place]), search);
+        if (!findings.empty())
+            found.emplace(each.record, std::move(findings));
+    }
+    return found;
+}
+
+using GroupKeys = std::unordered_set<std::string, TextHash>;
+
+void addKeys(GroupKeys& keys, const std::vector<Seen>& rules, const std::vector<RuleValue>& values)
+{
+    for (const Seen& each : rules) {
+        if (const PolicyRuleFields* policy = policyIn(values[each.place]))
+            keys.insert(applicationGroupIdentityForFields(*policy));
+    }
+}
+
+// The places of the rules of one application group, from the first up to, not including, the second.
+using Group = std::pair<std::size_t, std::size_t>;
+
+// Cheap where process and constraint agree; but there are processes whose constraint does not count.
+bool isOfSameGroup(const PolicyRuleFields& a, const PolicyRuleFields& b)
+{
+    return isOfSameApplication(a, b)
+        || applicationGroupIdentityForFields(a) == applicationGroupIdentityForFields(b);
+}
+
+Group groupFrom(std::size_t first, const std::vector<RuleValue>& values)
+{
+    const PolicyRuleFields* policy = policyIn(values[first]);
+    std::size_t end = first + 1;
+    while (policy != nullptr && end < values.size() && policyIn(values[end]) != nullptr
+        && isOfSameGroup(*policy, *policyIn(values[end])))
+        ++end;
+    return {first, end};
+}
+
+void findCovering(OtherOf& found, const SeenRules& rules, const Group& group, const std::stop_token& stop)
+{
+    const auto [first, end] = group;
+    std::vector<PolicyRulePtr> slots; // records of its own
+    std::unordered_map<const PolicyRule*, std::size_t> placeOf;
+    for (std::size_t place = first; place < end; ++place) {
+        slots.push_back(std::make_shared<PolicyRule>(std::get<PolicyValue>(rules.values[place])));
+        placeOf.emplace(slots.back().get(), place);
+    }
+    CoverIndex index(slots);
+    for (std::size_t place = first; place < end && !stop.stop_requested(); ++place) {
+        if (const PolicyRule* covering = index.firstCovering(*slots[place - first]))
+            found.emplace(addressOf(ruleAt(rules, place)), ruleAt(rules, placeOf.at(covering)));
+    }
+}
+
+// The rules that cover redundant ones: known ones of groups that are as they were, found anew in others.
+OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenRules& now,
+    const Difference& difference, const std::stop_token& stop)
+{
+    GroupKeys changed;
+    addKeys(changed, difference.come, now.values);
+    addKeys(changed, difference.gone, before.values);
+    OtherOf found;
+    for (Group group{0, 0}; group.second < now.values.size() && !stop.stop_requested();) {
+        group = groupFrom(group.second, now.values);
+        const PolicyRuleFields* policy = policyIn(now.values[group.first]);
+        if (policy == nullptr)
+            continue;
+        if (changed.contains(applicationGroupIdentityForFields(*policy))) {
+            if (group.second - group.first > 1)
+                findCovering(found, now, group, stop);
+            continue;
+        }
+        for (std::size_t place = group.first; place < group.second; ++place) {
+            if (const auto covered = known.find(addressOf(ruleAt(now, place))); covered != known.end())
+                found.insert(*covered);
+        }
+    }
+    return found;
+}
+
+OtherOf overlappedRules(const SeenRules& rules, const std::stop_token& stop)
+{
+    std::vector<const PolicyRuleFields*> policies;
+    policies.reserve(rules.values.size());
+    for (const RuleValue& value : rules.values) {
+        const PolicyRuleFields* policy = policyIn(value);
+        policies.push_back(policy == nullptr || policy->system ? nullptr : policy);
+    }
+    const std::vector<std::size_t> firsts = firstOverlaps(policies, stop);
+    OtherOf found;
+    for (std::size_t place = 0; place < firsts.size(); ++place) {
+        if (firsts[place] != noOverlap)
+            found.emplace(addressOf(ruleAt(rules, place)), ruleAt(rules, firsts[place]));
+    }
+    return found;
+}
+
+void addOther(ProblemLists::Lists& lists, FindingKind kind, const RuleRef& rule, const OtherOf& others)
+{
+    if (const auto other = others.find(addressOf(rule)); other != others.end())
+        lists[static_cast<std::size_t>(kind)].push_back({rule, {kind}, other->second});
+}
+
+} // namespace
+
+KnownProblems::KnownProblems(RulesPlace place)
+    : m_place(std::move(place))
+{
+}
+
+void KnownProblems::forget(RulesPlace place)
+{
+    *this = KnownProblems(std::move(place));
+}
+
+ProblemListsPtr KnownProblems::follow(
+    std::shared_ptr<const RuleRows> rules, bool withOverlaps, const std::stop_token& stop)
+{
+    SeenRules now = seen(std::move(rules));
+    const Difference difference = differenceOf(m_seen, now);
+    FindingsOf alone = findingsAlone(now, difference, m_place, stop);
+    OtherOf covering = coveringRules(m_seen, m_covering, now, difference, stop);
+    const bool keepsOverlaps = m_knowsOverlaps && difference.isEmpty();
+    OtherOf overlapped = keepsOverlaps || !withOverlaps ? OtherOf() : overlappedRules(now, stop);
+    if (stop.stop_requested())
+        return nullptr;
+
+    for (const Seen& each : difference.gone)
+        m_alone.erase(each.record);
+    m_alone.merge(alone);
+    m_covering = std::move(covering);
+    if (!keepsOverlaps) {
+        m_overlapped = std::move(overlapped);
+        m_knowsOverlaps = withOverlaps;
+    }
+    m_seen = std::move(now);
+
+    ProblemLists::Lists lists;
+    for (std::size_t place = 0; place < m_seen.values.size(); ++place) {
+        const RuleRef& rule = ruleAt(m_seen, place);
+        addOther(lists, FindingKind::redundant, rule, m_covering);
+        if (const auto findings = m_alone.find(addressOf(rule)); findings != m_alone.end()) {
+            for (const RuleFinding& finding : findings->second)
+                lists[static_cast<std::size_t>(finding.kind)].push_back({rule, finding});
+        }
+        if (withOverlaps)
+            addOther(lists, FindingKind::overlap, rule, m_overlapped);
+    }
+    return std::make_shared<const ProblemLists>(std::move(lists));
+}
+
+} // namespace quorvane

@@ -1,0 +1,56 @@
+#include "workflow/RuleLikeness.h"
+
+#include "rules/ApplicationIdentity.h"
+#include "rules/RuleCodes.h"
+
+#include <string>
+#include <unordered_set>
+
+namespace quorvane {
+
+namespace {
+
+std::string classOf(const PolicyRule& rule)
+{
+    return std::to_string(rule.policyClass());
+}
+std::string classOf(const WatchRule&)
+{
+    return std::to_string(PolicyClass::watch);
+}
+
+// What the rule says of that, as a text that others are compared with.
+std::string traitOf(const RuleRef& rule, RuleTrait trait)
+{
+    return askRule(rule, [trait](const auto& record) -> std::string {
+        switch (trait) {
+        case RuleTrait::ruleClass:
+            return classOf(record);
+        case RuleTrait::type:
+            return std::to_string(record.policyType());
+        case RuleTrait::state:
+            return std::to_string(record.getRuleState());
+        case RuleTrait::tag:
+            return std::string(record.tag().view());
+        case RuleTrait::program:
+            return applicationPathForProcess(record.processName());
+        }
+        return {};
+    });
+}
+
+} // namespace
+
+std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait)
+{
+    std::unordered_set<std::string> wanted;
+    selection.forEach([&](const RuleRef& rule) { wanted.insert(traitOf(rule, trait)); });
+    std::vector<RuleRef> alike;
+    selection.forEachShown([&](const RuleRef& rule) {
+        if (wanted.contains(traitOf(rule, trait)))
+            alike.push_back(rule);
+    });
+    return alike;
+}
+
+} // namespace quorvane

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "workflow/RulesSelection.h"
+
+#include <array>
+#include <vector>
+
+namespace quorvane {
+
+// What rules can have in common.
+enum class RuleTrait { ruleClass, type, state, tag, program };
+inline constexpr std::array allRuleTraits{
+    RuleTrait::ruleClass, RuleTrait::type, RuleTrait::state, RuleTrait::tag, RuleTrait::program};
+
+// The rules of the selection's table that have that in common with a selected one, these included, from the
+// top down. One walk; any thread.
+std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait);
+
+} // namespace quorvane

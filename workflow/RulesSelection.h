@@ -1,0 +1,56 @@
+#pragma once
+
+#include "rules/RuleIndex.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quorvane {
+
+// Which rows of a table are selected, as they are at one moment: ranges of rows that never change. A value
+// object, cheap however many rows there are; any thread.
+class RulesSelection {
+public:
+    // The rows from the first up to, not including, the second.
+    using Range = std::pair<std::size_t, std::size_t>;
+
+    RulesSelection() = default;
+    // `ranges` ascend and are apart.
+    RulesSelection(std::shared_ptr<const RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges);
+
+    std::size_t count() const;
+    // The selected rule when no other is; none otherwise.
+    std::optional<RuleRef> onlyRule() const;
+
+    // Calls `use` with every rule from the top down.
+    template <class Use> void forEach(const Use& use) const
+    {
+        for (const auto& [first, end] : m_ranges) {
+            for (std::size_t row = first; row < end; ++row)
+                use(m_rows->at(row, m_includeSystemRules));
+        }
+    }
+
+    // The same with every rule of the table, selected or not.
+    template <class Use> void forEachShown(const Use& use) const
+    {
+        const std::size_t count = m_rows ? m_rows->count(m_includeSystemRules) : 0;
+        for (std::size_t row = 0; row < count; ++row)
+            use(m_rows->at(row, m_includeSystemRules));
+    }
+
+private:
+    std::shared_ptr<const RuleRows> m_rows;
+    bool m_includeSystemRules = false;
+    std::vector<Range> m_ranges;
+};
+
+// What several rules are, in sentences: "3 rules: 2 allow, 1 watch. Programs: Mail, sh." Any thread; costs by
+// the number of the rules.
+std::string selectionSummary(const RulesSelection& selection);
+
+} // namespace quorvane
