@@ -29,6 +29,7 @@ FILES = [
     "share/mime/packages/quorvane-rules.xml",
     "share/polkit-1/actions/vantreal.quorvane.policy",
     "share/polkit-1/rules.d/20-vantreal-quorvane.rules",
+    "share/quorvane-configuration/Quorvane User Guide.html",
     "share/quorvane-configuration/Quorvane User Guide.pdf",
     "share/quorvane-configuration/lock.png",
     *(f"share/quorvane-tools/schema/{name}.json" for name in (
