@@ -19,7 +19,9 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace quorvane {
@@ -29,6 +31,15 @@ namespace {
 constexpr std::chrono::seconds longestWait{10};
 constexpr const char* agentIdentifier = "vantreal.QuorvaneUserAgent";
 constexpr const char* authenticationReason = "verify authorization";
+
+// The user guide as a page for browsers, which lies beside the file that `guide` leads to. Empty when there
+// is no such file.
+std::string guidePage(const std::string& guide)
+{
+    std::error_code failure;
+    std::filesystem::path page = std::filesystem::canonical(guide, failure);
+    return failure ? std::string() : page.replace_extension(".html").string();
+}
 
 } // namespace
 
@@ -164,7 +175,11 @@ void AppDelegate::showPreferencesWindow()
 
 void AppDelegate::showHelp()
 {
-    if (const std::string guide = m_locations.userGuideFile(); !m_services.workspace.openFile(guide))
+    const std::string guide = m_locations.userGuideFile();
+    Workspace& workspace = m_services.workspace;
+    if (!workspace.hasProgramFor("application/pdf") && workspace.openFile(guidePage(guide)))
+        return;
+    if (!workspace.openFile(guide))
         m_log.write("cannot open the user guide '" + guide + "'");
 }
 

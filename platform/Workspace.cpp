@@ -9,7 +9,10 @@
 #include <QPixmap>
 #include <QUrl>
 
+#include <gio/gio.h>
+
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -122,6 +125,13 @@ bool Workspace::openFile(const std::string& path)
 {
     const QString file = QString::fromStdString(path);
     return QFileInfo::exists(file) && QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+}
+
+bool Workspace::hasProgramFor(const std::string& mimeType)
+{
+    const std::unique_ptr<GAppInfo, decltype(&g_object_unref)> program(
+        g_app_info_get_default_for_type(mimeType.c_str(), FALSE), g_object_unref);
+    return program != nullptr;
 }
 
 } // namespace quorvane

@@ -41,7 +41,8 @@ public:
     // Shows the preferences as they are on disk, in a new window each time.
     virtual void showPreferencesWindow() = 0;
 
-    // Opens the user guide with the desktop's program for it. A guide that is missing is only logged.
+    // Opens the user guide with the desktop's program for it: the page for browsers beside it where the
+    // desktop has none. A guide that is missing is only logged.
     virtual void showHelp() = 0;
 
     // Ends the program once the event that is being handled is done with.

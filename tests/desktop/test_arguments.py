@@ -97,7 +97,7 @@ class Menus(DesktopTest):
         self.opened = self.sandbox.path("opened")
         opener = self.sandbox.new_file("bin/xdg-open", f'#!/bin/sh\nprintf "%s" "$1" > "{self.opened}"\n')
         os.chmod(opener, 0o755)
-        self.window = self.open(PATH=self.sandbox.path("bin"))
+        self.window = self.open(PATH=self.sandbox.path("bin"), XDG_DATA_DIRS=self.sandbox.path("share") + ":/usr/share")
 
     def choose(self, menu, item):
         self.desk.click(*self.window.frame.find("menu item", menu).center)
@@ -115,13 +115,36 @@ class Menus(DesktopTest):
                 eventually(lambda: self.window.frame.has(ACTIVE), "the main window to become active")
         self.assertEqual(self.window.close(), 0)
 
+    def assert_opens(self, file):
+        eventually(lambda: os.path.exists(self.opened) and read(self.opened), "the guide to open")
+        self.assertIn(read(self.opened).decode(), (file, "file://" + file.replace(" ", "%20")))
+        os.remove(self.opened)
+
+    def write_guide(self, kind, contents):
+        return self.sandbox.write(self.sandbox.system_file("Quorvane User Guide." + kind), contents)
+
     def test_the_user_guide_opens_with_the_desktops_program(self):
-        guide = self.sandbox.write(self.sandbox.system_file("Quorvane User Guide.pdf"), b"%PDF-")
+        guide = self.write_guide("pdf", b"%PDF-")
         for show in (lambda: self.choose("Help", "User Guide"), lambda: self.desk.press("F1")):
             show()
-            eventually(lambda: os.path.exists(self.opened) and read(self.opened), "the guide to open")
-            self.assertIn(read(self.opened).decode(), (guide, "file://" + guide.replace(" ", "%20")))
-            os.remove(self.opened)
+            self.assert_opens(guide)
+
+    def test_the_page_of_the_user_guide_opens_where_no_program_shows_pdf_files(self):
+        self.write_guide("pdf", b"%PDF-")
+        page = self.write_guide("html", b"<!DOCTYPE html>")
+        self.desk.press("F1")
+        self.assert_opens(page)
+
+    def test_the_user_guide_and_not_its_page_opens_where_a_program_shows_pdf_files(self):
+        guide = self.write_guide("pdf", b"%PDF-")
+        self.write_guide("html", b"<!DOCTYPE html>")
+        os.makedirs(self.sandbox.path("share/applications"))
+        self.sandbox.new_file("share/applications/viewer.desktop",
+                              "[Desktop Entry]\nType=Application\nName=Viewer\nExec=xdg-open %f\n")
+        self.sandbox.new_file("share/applications/mimeinfo.cache",
+                              "[MIME Cache]\napplication/pdf=viewer.desktop;\n")
+        self.desk.press("F1")
+        self.assert_opens(guide)
 
     def test_a_missing_user_guide_is_told_in_the_log_alone(self):
         self.desk.press("F1")

@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 
 #include <signal.h>
 
@@ -49,6 +50,14 @@ public:
 
 public Q_SLOTS:
     void open(const QUrl& file) { opened.append(file); }
+};
+
+// A desktop with a program for every type of file but those named.
+class FakeWorkspace : public Workspace {
+public:
+    bool hasProgramFor(const std::string& mimeType) override { return mimeType != missing; }
+
+    std::string missing;
 };
 
 NoticeWindow* shownNotice()
@@ -91,7 +100,7 @@ protected:
     FakeNotices notices;
     FakeAuthority authority;
     FakeRunningApplications applications;
-    Workspace workspace;
+    FakeWorkspace workspace;
     MainWindow mainWindow;
     std::vector<QPointer<QWidget>> preferences;
     AppDelegate delegate{locations, log.log(), run, {notices, authority, applications, workspace}};
@@ -393,15 +402,42 @@ TEST_F(AppDelegateServices, OpensTheUserGuide)
 {
     FileOpener opener;
     folder.write("Library/Application Support/Quorvane/Quorvane User Guide.pdf", "%PDF-");
+    folder.write("Library/Application Support/Quorvane/Quorvane User Guide.html", "<!DOCTYPE html>");
     delegate.showHelp();
     ASSERT_EQ(opener.opened.size(), 1);
     EXPECT_EQ(opener.opened[0].toLocalFile().toStdString(), locations.userGuideFile());
     EXPECT_EQ(log.lines(), Lines{});
 }
 
+TEST_F(AppDelegateServices, OpensThePageBesideTheUserGuideWhereTheDesktopHasNoProgramForPdfFiles)
+{
+    FileOpener opener;
+    workspace.missing = "application/pdf";
+    folder.write("share/Quorvane User Guide.pdf", "%PDF-");
+    const std::string page = folder.write("share/Quorvane User Guide.html", "<!DOCTYPE html>");
+    std::filesystem::create_directories(folder.path() + "/Library/Application Support/Quorvane");
+    std::filesystem::create_symlink(
+        folder.path() + "/share/Quorvane User Guide.pdf", locations.userGuideFile());
+    delegate.showHelp();
+    ASSERT_EQ(opener.opened.size(), 1);
+    EXPECT_EQ(opener.opened[0].toLocalFile().toStdString(), std::filesystem::canonical(page));
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
+TEST_F(AppDelegateServices, OpensAUserGuideWithoutAPageWhateverTheDesktopHas)
+{
+    FileOpener opener;
+    workspace.missing = "application/pdf";
+    folder.write("Library/Application Support/Quorvane/Quorvane User Guide.pdf", "%PDF-");
+    delegate.showHelp();
+    ASSERT_EQ(opener.opened.size(), 1);
+    EXPECT_EQ(opener.opened[0].toLocalFile().toStdString(), locations.userGuideFile());
+}
+
 TEST_F(AppDelegateServices, SaysNothingOfAUserGuideThatIsMissingButInTheLog)
 {
     const FileOpener opener;
+    workspace.missing = "application/pdf";
     delegate.showHelp();
     EXPECT_TRUE(opener.opened.empty());
     EXPECT_TRUE(notices.shown.empty());
