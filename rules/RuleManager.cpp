@@ -4,17 +4,15 @@
 #include "platform/Log.h"
 #include "platform/SystemError.h"
 #include "platform/Unicode.h"
-#include "rules/ApplicationIdentity.h"
-#include "rules/FailSafeMerge.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesContent.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesFileWriter.h"
+#include "rules/RulesParser.h"
+#include "rules/RulesReading.h"
 
 #include <algorithm>
-#include <array>
-#include <ctime>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -24,26 +22,6 @@ namespace quorvane {
 
 namespace {
 
-// Which optional system file an option leaves out.
-struct OptionalSystemFile {
-    const char* option;
-    const char* file;
-};
-constexpr std::array<OptionalSystemFile, 4> optionalSystemFiles{{
-    {"policy.global.user", "user.rc"},
-    {"policy.global.webcam", "webcam.rc"},
-    {"policy.global.startup", "startup.rc"},
-    {"policy.global.exec", "exec.rc"},
-}};
-constexpr std::uint32_t leavesFileOut = 2;
-constexpr const char* paranoidOption = "policy.global.paranoid";
-
-constexpr std::array boolOptions{"access.user.restrict", "access.user.create"};
-constexpr std::array integerOptions{"access.user.detail", "security.hashing.enforce",
-    "filter.exec.allow.signed", "policy.global.user", "policy.global.webcam", "policy.global.startup",
-    "policy.global.exec", "policy.global.attach", "policy.global.paranoid", "ui.prompts.while_locked",
-    "ui.prompts.oob", "ui.prompts.remote", "ui.prompts.authenticate"};
-
 // What a reader of a file with that text takes from it.
 std::string_view readablePart(std::string_view text)
 {
@@ -51,30 +29,7 @@ std::string_view readablePart(std::string_view text)
     return isValidUtf8(text) ? text : std::string_view();
 }
 
-// The pieces of a log line, joined.
-template <class... Pieces> std::string logLine(const Pieces&... pieces)
-{
-    std::string line;
-    const auto append = [&line](const auto& piece) {
-        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(piece)>>)
-            line.append(std::to_string(piece));
-        else
-            line.append(piece);
-    };
-    (append(pieces), ...);
-    return line;
-}
-
 } // namespace
-
-// What lasts for the reading of one file.
-struct RuleManager::Reading {
-    std::unique_ptr<FailSafeMerge> failSafe; // of the fail-safe file only
-    // Rules of one application mostly follow each other and share its texts.
-    NullableText lastProcessName{};
-    NullableText lastConstraint{};
-    PolicyGroup* lastGroup = nullptr;
-};
 
 RuleManager::RuleManager(Locations locations, Log& log, std::chrono::milliseconds wait)
     : m_locations(std::move(locations))
@@ -143,7 +98,7 @@ void RuleManager::reloadAs(const std::function<void()>& readUserRules)
     });
     if (!hasRoom)
         return;
-    m_filterOptions.clear();
+    m_options.clear();
     m_readFailures.clear();
     const bool isRead = attempt([&] {
         readUserRules();
@@ -169,13 +124,13 @@ void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystem
 
 void RuleManager::readSelectedSystemFiles()
 {
-    readSettings();
-    const bool paranoid = m_settings && m_settings->integerForKey(paranoidOption) == 1;
+    readPreferences();
     addFileContents(
-        paranoid ? m_locations.paranoidSystemRulesFile() : m_locations.mainSystemRulesFile(), true);
-    for (const OptionalSystemFile& optional : optionalSystemFiles) {
-        if (getOption(optional.option) != leavesFileOut)
-            addFileContents(m_locations.systemFolder() + optional.file, true);
+        m_options.areParanoid() ? m_locations.paranoidSystemRulesFile() : m_locations.mainSystemRulesFile(),
+        true);
+    for (const auto& optional : FilterOptions::optionalSystemFiles) {
+        if (!m_options.leaveOut(optional)) // the file before may have set the option
+            addFileContents(m_locations.systemFolder() + optional.name, true);
     }
     rebuildRulesCache();
 }
@@ -211,12 +166,12 @@ bool RuleManager::addText(std::string_view text, const std::string& file, bool s
 {
     const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
         || file.starts_with(m_locations.paranoidSystemRulesFile());
-    Reading reading;
     try {
+        RulesReading reading(*m_store, m_former.get(), m_options, m_ruleSequence, m_log);
         if (file == m_locations.failSafeFile())
-            reading.failSafe = std::make_unique<FailSafeMerge>();
-        useParsedLines(text, {shouldLabelAsSystemRules, optionsAllowed},
-            [&](ParsedLine& line) { storeParsedLine(line, reading); });
+            reading.mergeAsFailSafe();
+        useParsedLines(
+            text, {shouldLabelAsSystemRules, optionsAllowed}, [&](ParsedLine& line) { reading.store(line); });
     } catch (const std::bad_alloc&) {
         m_lastErrorMessage = "Internal error: unable to allocate memory";
         return false;
@@ -224,82 +179,11 @@ bool RuleManager::addText(std::string_view text, const std::string& file, bool s
     return true;
 }
 
-void RuleManager::storeParsedLine(ParsedLine& line, Reading& reading)
-{
-    if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content)) {
-        storeParsedRule(std::move(*policy), line.hash, reading);
-    } else if (auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content)) {
-        storeParsedRule(std::move(*watch), line);
-    } else {
-        auto& option = std::get<FilterOption>(line.content);
-        m_log.write(logLine("option ", option.name.written(), " set to ", option.value));
-        m_filterOptions.push_back(std::move(option));
-    }
-}
-
-void RuleManager::storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line)
-{
-    fields->sequence = m_ruleSequence++;
-    if (m_log.isListening()) {
-        m_log.write(logLine("watch policy type ", fields->policyType, " path ", fields->path.written(),
-            " proc ", fields->processName.written(), " operations ", fields->operations, " (",
-            line.operationsText.view(), ")"));
-    }
-    RuleList<WatchRule>& rules = m_store->watchRules();
-    if (!rules.firstEqual(*fields, line.hash))
-        rules.append(recordFor(std::move(fields), line.hash), line.hash);
-}
-
-void RuleManager::storeParsedRule(
-    std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, Reading& reading)
-{
-    fields->sequence = m_ruleSequence++;
-    if (!fields->processName.sharesBytesWith(reading.lastProcessName)
-        || !fields->constraint.sharesBytesWith(reading.lastConstraint)) {
-        reading.lastGroup = &m_store->groupOf(*fields);
-        reading.lastProcessName = fields->processName;
-        reading.lastConstraint = fields->constraint;
-    }
-    if (m_log.isListening()) {
-        m_log.write(logLine("policy class ", fields->policyClass, " type ", fields->policyType, " path ",
-            fields->path.written(), " process ", fields->processName.written(), " operations ",
-            fields->operations, " flags ", fields->flags, " constraint ", fields->constraint.written(),
-            " to application directory for '", applicationGroupIdentityForFields(*fields), "'"));
-    }
-    RuleList<PolicyRule>& rules = reading.lastGroup->rules();
-    if (reading.failSafe) {
-        const PolicyRulePtr rule = recordFor(std::move(fields), hash);
-        if (!reading.failSafe->absorbs(*rule, *reading.lastGroup))
-            rules.append(rule);
-    } else if (!rules.firstEqual(*fields, hash)) {
-        rules.append(recordFor(std::move(fields), hash), hash);
-    }
-}
-
-PolicyRulePtr RuleManager::recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash)
-{
-    PolicyRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
-    if (!former)
-        return std::make_shared<PolicyRule>(std::move(fields));
-    former->setValue(std::move(fields));
-    former->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)));
-    return former;
-}
-
-WatchRulePtr RuleManager::recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash)
-{
-    WatchRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
-    if (!former)
-        return std::make_shared<WatchRule>(std::move(fields));
-    former->setValue(std::move(fields));
-    return former;
-}
-
-void RuleManager::readSettings()
+void RuleManager::readPreferences()
 {
     const std::string path = m_locations.preferencesFile();
     std::error_code error;
-    m_settings = PropertyList::read(path, error);
+    m_options.setPreferences(PropertyList::read(path, error));
     if (error && error != std::errc::no_such_file_or_directory)
         noteReadFailure("Failed to read file '" + path + "': " + errorText(error));
 }
@@ -312,31 +196,18 @@ void RuleManager::noteReadFailure(const std::string& message)
 
 void RuleManager::loadOptions()
 {
-    readSettings();
-    if (!m_settings)
-        return;
-    for (const char* name : boolOptions)
-        loadOptionAsBool(name);
-    for (const char* name : integerOptions)
-        loadOptionAsInteger(name);
+    readPreferences();
+    m_options.loadAll();
 }
 
 void RuleManager::loadOptionAsBool(const std::string& name)
 {
-    m_filterOptions.push_back({name, m_settings && m_settings->boolForKey(name) ? 1U : 0U});
+    m_options.loadAsBool(name);
 }
 
 void RuleManager::loadOptionAsInteger(const std::string& name)
 {
-    const std::int32_t value = m_settings ? m_settings->integerForKey(name) : 0;
-    m_filterOptions.push_back({name, static_cast<std::uint32_t>(value)});
-}
-
-std::uint32_t RuleManager::getOption(std::string_view name) const
-{
-    const auto found = std::find_if(m_filterOptions.begin(), m_filterOptions.end(),
-        [&](const FilterOption& option) { return option.name.view() == name; });
-    return found == m_filterOptions.end() ? 0 : found->value;
+    m_options.loadAsInteger(name);
 }
 
 bool RuleManager::writeToCurrentUserConfiguration()

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "rules/ChangeSet.h"
-#include "rules/FilterOption.h"
+#include "rules/FilterOptions.h"
 #include "rules/KnownFile.h"
 #include "rules/RuleIndex.h"
 #include "rules/RuleList.h"
@@ -11,7 +10,6 @@
 #include "rules/RuleSort.h"
 #include "rules/RuleStore.h"
 #include "rules/RulesFile.h"
-#include "rules/RulesParser.h"
 #include "rules/RulesSnapshot.h"
 
 #include <chrono>
@@ -77,8 +75,8 @@ public:
     void loadOptionAsBool(const std::string& name);
     void loadOptionAsInteger(const std::string& name);
     // The value of the first option of that name, 0 when there is none.
-    std::uint32_t getOption(std::string_view name) const;
-    const std::vector<FilterOption>& filterOptions() const { return m_filterOptions; }
+    std::uint32_t getOption(std::string_view name) const { return m_options.value(name); }
+    const std::vector<FilterOption>& filterOptions() const { return m_options.all(); }
 
     // Writes every user rule, whatever the filter, to the user's file. A file of which not everything was
     // read is kept beside it under another name first, and is not written when that fails; see unreadRules().
@@ -184,20 +182,13 @@ public:
     const Locations& locations() const { return m_locations; }
 
 private:
-    struct Reading;
-
     void reloadAs(const std::function<void()>& readUserRules);
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
     bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
-    void readSettings();
+    void readPreferences();
     void noteReadFailure(const std::string& message);
-    void storeParsedLine(ParsedLine& line, Reading& reading);
-    void storeParsedRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
-    void storeParsedRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash, Reading& reading);
-    PolicyRulePtr recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash);
-    WatchRulePtr recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash);
     const RuleIndex& index() const;
     template <class Work> bool attempt(const Work& work) const;
 
@@ -206,8 +197,7 @@ private:
     const std::chrono::milliseconds m_wait; // for another program's write to end
     std::unique_ptr<RuleStore> m_store; // never null
     std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
-    std::vector<FilterOption> m_filterOptions;
-    std::optional<PropertyList> m_settings;
+    FilterOptions m_options;
     std::int64_t m_ruleSequence = 0;
     mutable std::optional<std::string> m_lastErrorMessage;
     std::vector<std::string> m_readFailures;

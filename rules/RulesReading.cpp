@@ -1,0 +1,119 @@
+#include "rules/RulesReading.h"
+
+#include "platform/Log.h"
+#include "rules/ApplicationIdentity.h"
+#include "rules/FilterOptions.h"
+#include "rules/RuleStore.h"
+#include "rules/RulesParser.h"
+
+#include <ctime>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+namespace quorvane {
+
+namespace {
+
+// The pieces of a log line, joined.
+template <class... Pieces> std::string logLine(const Pieces&... pieces)
+{
+    std::string line;
+    const auto append = [&line](const auto& piece) {
+        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(piece)>>)
+            line.append(std::to_string(piece));
+        else
+            line.append(piece);
+    };
+    (append(pieces), ...);
+    return line;
+}
+
+} // namespace
+
+RulesReading::RulesReading(
+    RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence, Log& log)
+    : m_store(store)
+    , m_former(former)
+    , m_options(options)
+    , m_sequence(sequence)
+    , m_log(log)
+{
+}
+
+void RulesReading::mergeAsFailSafe()
+{
+    m_failSafe = std::make_unique<FailSafeMerge>();
+}
+
+void RulesReading::store(ParsedLine& line)
+{
+    if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content)) {
+        storeRule(std::move(*policy), line.hash);
+    } else if (auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content)) {
+        storeRule(std::move(*watch), line);
+    } else {
+        auto& option = std::get<FilterOption>(line.content);
+        m_log.write(logLine("option ", option.name.written(), " set to ", option.value));
+        m_options.append(std::move(option));
+    }
+}
+
+void RulesReading::storeRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line)
+{
+    fields->sequence = m_sequence++;
+    if (m_log.isListening()) {
+        m_log.write(logLine("watch policy type ", fields->policyType, " path ", fields->path.written(),
+            " proc ", fields->processName.written(), " operations ", fields->operations, " (",
+            line.operationsText.view(), ")"));
+    }
+    RuleList<WatchRule>& rules = m_store.watchRules();
+    if (!rules.firstEqual(*fields, line.hash))
+        rules.append(recordFor(std::move(fields), line.hash), line.hash);
+}
+
+void RulesReading::storeRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash)
+{
+    fields->sequence = m_sequence++;
+    if (!fields->processName.sharesBytesWith(m_lastProcessName)
+        || !fields->constraint.sharesBytesWith(m_lastConstraint)) {
+        m_lastGroup = &m_store.groupOf(*fields);
+        m_lastProcessName = fields->processName;
+        m_lastConstraint = fields->constraint;
+    }
+    if (m_log.isListening()) {
+        m_log.write(logLine("policy class ", fields->policyClass, " type ", fields->policyType, " path ",
+            fields->path.written(), " process ", fields->processName.written(), " operations ",
+            fields->operations, " flags ", fields->flags, " constraint ", fields->constraint.written(),
+            " to application directory for '", applicationGroupIdentityForFields(*fields), "'"));
+    }
+    RuleList<PolicyRule>& rules = m_lastGroup->rules();
+    if (m_failSafe) {
+        const PolicyRulePtr rule = recordFor(std::move(fields), hash);
+        if (!m_failSafe->absorbs(*rule, *m_lastGroup))
+            rules.append(rule);
+    } else if (!rules.firstEqual(*fields, hash)) {
+        rules.append(recordFor(std::move(fields), hash), hash);
+    }
+}
+
+PolicyRulePtr RulesReading::recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash)
+{
+    PolicyRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
+    if (!former)
+        return std::make_shared<PolicyRule>(std::move(fields));
+    former->setValue(std::move(fields));
+    former->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)));
+    return former;
+}
+
+WatchRulePtr RulesReading::recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash)
+{
+    WatchRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
+    if (!former)
+        return std::make_shared<WatchRule>(std::move(fields));
+    former->setValue(std::move(fields));
+    return former;
+}
+
+} // namespace quorvane
