@@ -42,6 +42,14 @@ public:
             use(m_values[(*m_order)[place]]);
     }
 
+    std::vector<RuleValue> values() const
+    {
+        std::vector<RuleValue> values;
+        values.reserve(size());
+        forEach([&values](const RuleValue& value) { values.push_back(value); });
+        return values;
+    }
+
 private:
     AppendOnlyTable<RuleValue> m_values;
     std::shared_ptr<const std::vector<std::uint32_t>> m_order;

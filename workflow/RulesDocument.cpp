@@ -22,17 +22,6 @@ constexpr const char* outOfMemory = "Out of memory"; // short enough for texts t
 // Beyond this number of rules a write is worth a thread: below, it takes some ten milliseconds.
 constexpr std::size_t mostWrittenAtOnce = 20'000;
 
-// Steps to go back without asking the journal; each may hold a great many rules.
-constexpr std::size_t mostRememberedSteps = 50;
-
-std::vector<RuleValue> valuesOf(const RulesSnapshot& snapshot)
-{
-    std::vector<RuleValue> values;
-    values.reserve(snapshot.size());
-    snapshot.forEach([&values](const RuleValue& value) { values.push_back(value); });
-    return values;
-}
-
 } // namespace
 
 RulesDocument::RulesDocument(RuleManager& store, RunState& run, DocumentOwner owner, Log& log)
@@ -98,16 +87,9 @@ ChangeSet RulesDocument::applied(const ChangeSet& change)
     return done;
 }
 
-// False, and the failure says so, when `work` has run out of memory.
-template <class Work> bool RulesDocument::attempt(Work work)
+void RulesDocument::failForMemory()
 {
-    try {
-        work();
-        return true;
-    } catch (const std::bad_alloc&) {
-        fail(outOfMemory);
-        return false;
-    }
+    fail(outOfMemory);
 }
 
 void RulesDocument::begin()
@@ -122,7 +104,7 @@ ChangeResult RulesDocument::commit(ChangeSet done, const ChangeReason& reason)
 {
     m_lacksOrder = !attempt([&] {
         begin();
-        rememberStep(done, reason);
+        m_steps.remember(done, reason);
         m_orders.push_back(orderFor(countsOf(done), reason));
     });
     if (!m_lacksOrder)
@@ -137,7 +119,7 @@ WriteOrder RulesDocument::orderFor(const ChangeCounts& counts, const ChangeReaso
     order.reason = reason;
     order.counts = counts;
     order.wholeLines = m_owner.settings.wholeLines;
-    order.step = m_lastStep;
+    order.step = m_steps.last();
     if (const auto& unread = m_store.unreadRules())
         order.unreadReason = unread->reason;
     return order;
@@ -203,55 +185,6 @@ void RulesDocument::writeInBackground(FileLock lock)
         });
 }
 
-// With the lock held: a write that was cut short is settled, and what others have written since comes into
-// the store. False when the file does not hold the rules in force.
-bool RulesDocument::bringStoreUpToDate(FileLock& lock)
-{
-    const UserRulesFile::Recovery recovery = m_file.recover(lock);
-    for (const DocumentNews& news : recovery.news)
-        tell(news);
-    if (isFileAhead() || recovery.rules)
-        takeIn(RulesFileText::read(m_file.path(), lock), recovery.rules);
-    return !recovery.rules;
-}
-
-// `inForce`: the rules that count in place of those that the file holds.
-void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce)
-{
-    for (WriteOrder& order : m_orders)
-        order.unreadReason = theirs.unreadReason();
-    if (theirs.unreadReason() && !inForce)
-        return;
-    m_hasToldOfFile = false;
-    if (inForce) {
-        mergeWith(*inForce);
-    } else if (theirs.identity() && theirs.identity()->isMissing()) {
-        m_rulesInFile
-            .emplace(); // rules whose file is gone are not deleted rules: the next write brings it back
-    } else {
-        mergeWith(rulesOfText(theirs.text()));
-    }
-    // Once they are in the store, lest they are taken for known where there was no memory for them.
-    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
-    if (!theirs.unreadReason())
-        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
-}
-
-void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
-{
-    const std::vector<RuleRef> ours = m_store.userRules();
-    const std::vector<RuleValue> base
-        = m_rulesInFile ? valuesOf(*m_rulesInFile) : valuesOf(m_store.userRulesSnapshot());
-    const MergeResult merged = mergeRules(base, valuesOf(m_store.userRulesSnapshot()), theirs);
-    const ChangeSet done = applied(changeTo(merged, ours));
-    if (m_observer != nullptr)
-        m_observer->rulesWereMerged(done);
-    tellOfMerge(done, merged.reports);
-    m_rulesInFile = RulesSnapshot(theirs);
-    forgetSteps();
-    joinOrders();
-}
-
 // One write for all that is not written yet, of the rules as they are now.
 void RulesDocument::joinOrders()
 {
@@ -293,10 +226,7 @@ void RulesDocument::noteWritten(const WriteReport& report)
         m_knownVersion = report.version;
     if (m_orders.front().unreadReason)
         m_store.forgetUnreadRules();
-    const auto written = std::find_if(m_steps.begin(), m_steps.end(),
-        [&](const Step& each) { return each.number == m_orders.front().step; });
-    if (written != m_steps.end() && written->reason.kind == ChangeReason::Kind::action)
-        written->version = report.version;
+    m_steps.noteVersion(m_orders.front().step, report.version);
     const bool wasRestored = m_orders.front().restores.has_value();
     m_rulesInFile = report.readAs ? RulesSnapshot(*report.readAs) : m_orders.front().rules;
     m_orders.pop_front();
@@ -342,116 +272,17 @@ void RulesDocument::waitUntilWritten()
         m_owner.background->wait();
 }
 
-// --- What others write
-
-bool RulesDocument::isFileAhead() const
-{
-    return !m_knownFile.isStillThere();
-}
-
-void RulesDocument::recover()
-{
-    attempt([this] {
-        if (m_file.mayBeUnderWay())
-            settleVersions(m_owner.lockTimeout);
-    });
-}
-
-// False when another program holds the lock: then it may be at work on that very version.
-bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
-{
-    FileLock lock = m_file.lock(wait);
-    if (!lock.isHeld())
-        return false;
-    const bool isInFile = bringStoreUpToDate(lock);
-    lock = FileLock();
-    if (!m_orders.empty())
-        return true;
-    if (isInFile) {
-        m_rulesInFile.reset();
-        return true;
-    }
-    m_orders.push_back(orderFor({}, {.action = "Complete Interrupted Change"}));
-    pump();
-    return true;
-}
-
-void RulesDocument::takeForeignChanges()
-{
-    attempt([this] { takeFileOver(); });
-}
-
-void RulesDocument::takeFileOver()
-{
-    if (m_isWriting || !isFileAhead())
-        return; // what is being written is compared before the next write
-    if (!m_orders.empty())
-        return writeNow(); // which takes them in first
-    if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
-        return;
-    if (m_rulesInFile) // the store holds what the file cannot
-        return takeIn(RulesFileText::read(m_file.path()), {});
-    const std::vector<RuleRef> before = m_store.userRules();
-    reload();
-    forgetSteps();
-    if (m_observer != nullptr)
-        m_observer->rulesWereReloaded();
-    tellOfReload(before);
-}
-
-void RulesDocument::reload()
-{
-    m_store.reloadCurrentUserConfiguration();
-    m_store.rebuildRulesCache();
-    noteFileRead();
-}
-
 void RulesDocument::discardSuggestions()
 {
     keepSuggestions(m_store.locations(), m_owner.stateFolder, m_owner.settings.history, m_log);
     quorvane::discardSuggestions(m_store.locations());
 }
 
-void RulesDocument::noteFileRead()
-{
-    m_hasToldOfFile = false;
-    m_knownFile = m_store.ownFile();
-    m_knownReading = m_store.ownFileReadings();
-    m_rulesInFile.reset();
-    if (!m_knownFile.identity || m_knownFile.path != m_file.path()) {
-        m_knownFile = {}; // whatever rules there are, they are not from the user's file
-        m_rulesInFile.emplace();
-    }
-}
-
 // --- Back and forth
-
-void RulesDocument::rememberStep(const ChangeSet& done, const ChangeReason& reason)
-{
-    if (done.isEmpty())
-        return;
-    Step step{.number = ++m_lastStep, .done = done, .reason = reason, .version = reason.of};
-    if (reason.kind == ChangeReason::Kind::undo) {
-        if (!m_steps.empty())
-            m_steps.pop_back();
-        m_undone.push_back(std::move(step));
-        return;
-    }
-    if (reason.kind == ChangeReason::Kind::redo) {
-        if (!m_undone.empty())
-            m_undone.pop_back();
-    } else {
-        m_undone.clear();
-    }
-    m_steps.push_back(std::move(step));
-    if (m_steps.size() > mostRememberedSteps)
-        m_steps.erase(m_steps.begin());
-}
 
 void RulesDocument::forgetSteps()
 {
-    m_steps.clear();
-    m_undone.clear();
+    m_steps.forget();
 }
 
 bool RulesDocument::undo()
@@ -474,15 +305,15 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     takeForeignChanges();
     const bool isUndo = kind == ChangeReason::Kind::undo;
     const auto version = isUndo ? m_file.journal().undoable() : m_file.journal().redoable();
-    const std::vector<Step>& steps = isUndo ? m_steps : m_undone;
-    const bool isOwn = !steps.empty()
-        && (version ? steps.back().version == version->number : m_file.journal().problem().has_value());
+    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    const bool isOwn = own != nullptr
+        && (version ? own->version == version->number : m_file.journal().problem().has_value());
     ChangeReason reason{.kind = kind};
     ChangeSet change;
     if (isOwn) {
-        reason.action = steps.back().reason.action;
-        reason.of = steps.back().version;
-        change = steps.back().done.inverted();
+        reason.action = own->reason.action;
+        reason.of = own->version;
+        change = own->done.inverted();
     } else {
         auto journalled = version ? journalledStep(*version, kind) : std::nullopt;
         if (!journalled)
@@ -506,23 +337,23 @@ std::optional<ChangeSet> RulesDocument::journalledStep(const JournalVersion& ver
         return std::nullopt;
     const std::vector<RuleRef> present = m_store.userRules();
     const bool isUndo = kind == ChangeReason::Kind::undo;
-    return changeTo(mergeRules(rulesOfText(isUndo ? *after : *before), valuesOf(m_store.userRulesSnapshot()),
+    return changeTo(mergeRules(rulesOfText(isUndo ? *after : *before), m_store.userRulesSnapshot().values(),
                         rulesOfText(isUndo ? *before : *after), Placement::startOfKind),
         present);
 }
 
 std::optional<std::string> RulesDocument::undoName()
 {
-    if (!m_steps.empty())
-        return m_steps.back().reason.action;
+    if (const UndoSteps::Step* step = m_steps.toUndo())
+        return step->reason.action;
     const auto version = m_isWriting ? std::nullopt : m_file.journal().undoable();
     return version ? version->action : std::nullopt;
 }
 
 std::optional<std::string> RulesDocument::redoName()
 {
-    if (!m_undone.empty())
-        return m_undone.back().reason.action;
+    if (const UndoSteps::Step* step = m_steps.toRedo())
+        return step->reason.action;
     const auto version = m_isWriting ? std::nullopt : m_file.journal().redoable();
     return version ? version->action : std::nullopt;
 }

@@ -8,12 +8,14 @@
 #include "workflow/DocumentObserver.h"
 #include "workflow/ProgramSettings.h"
 #include "workflow/RunState.h"
+#include "workflow/UndoSteps.h"
 #include "workflow/UserRulesFile.h"
 
 #include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -121,17 +123,20 @@ public:
     std::unique_ptr<Journal> openJournal() const { return m_file.openJournal(); }
 
 private:
-    // An action of this run, while nobody else has come between.
-    struct Step {
-        std::uint64_t number = 0;
-        ChangeSet done{};
-        ChangeReason reason{};
-        std::optional<std::int64_t> version{}; // none until it is written, or without a journal
-    };
-
     WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
     ChangeCounts countsOf(const ChangeSet& done) const;
-    template <class Work> bool attempt(Work work);
+    // False, and the failure says so, when `work` has run out of memory.
+    template <class Work> bool attempt(Work work)
+    {
+        try {
+            work();
+            return true;
+        } catch (const std::bad_alloc&) {
+            failForMemory();
+            return false;
+        }
+    }
+    void failForMemory();
     ChangeSet applied(const ChangeSet& change);
     void pump();
     void startWriting();
@@ -153,7 +158,6 @@ private:
     std::optional<std::int64_t> followingVersion() const;
     void tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports);
 
-    void rememberStep(const ChangeSet& done, const ChangeReason& reason);
     bool step(ChangeReason::Kind kind);
     std::optional<ChangeSet> journalledStep(const JournalVersion& version, ChangeReason::Kind kind);
 
@@ -177,9 +181,7 @@ private:
     bool m_isWriting = false;
     std::optional<std::string> m_failure;
 
-    std::vector<Step> m_steps; // to take back, the newest last
-    std::vector<Step> m_undone; // to do again, the newest last
-    std::uint64_t m_lastStep = 0;
+    UndoSteps m_steps; // of this run, while nobody else has come between
     std::uint64_t m_unwritableRules = 0; // as told last
     std::optional<std::int64_t> m_knownVersion; // of the journal, that is known to the person last
     bool m_hasToldOfFile = false; // that it is another than the known one

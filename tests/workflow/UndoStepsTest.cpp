@@ -1,0 +1,91 @@
+#include "workflow/UndoSteps.h"
+
+#include "tests/support/TestRules.h"
+#include "workflow/RuleEdits.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+using Kind = ChangeReason::Kind;
+
+// Remembers one that did something.
+void remember(UndoSteps& steps, const std::string& action, Kind kind = Kind::action)
+{
+    steps.remember(additionOf(policyRule({.path = "/" + action})), {.action = action, .kind = kind});
+}
+
+std::string nameOf(const UndoSteps::Step* step)
+{
+    return step == nullptr ? "none" : step->reason.action;
+}
+
+} // namespace
+
+TEST(UndoSteps, GoBackAndForthFromTheNewest)
+{
+    UndoSteps steps;
+    remember(steps, "one");
+    remember(steps, "two");
+    EXPECT_EQ(nameOf(steps.toUndo()), "two");
+    EXPECT_EQ(steps.toRedo(), nullptr);
+
+    remember(steps, "two", Kind::undo);
+    EXPECT_EQ(nameOf(steps.toUndo()), "one");
+    EXPECT_EQ(nameOf(steps.toRedo()), "two");
+
+    remember(steps, "two", Kind::redo);
+    EXPECT_EQ(nameOf(steps.toUndo()), "two");
+    EXPECT_EQ(steps.toRedo(), nullptr);
+}
+
+TEST(UndoSteps, LeaveNothingToDoAgainAfterANewAction)
+{
+    UndoSteps steps;
+    remember(steps, "one");
+    remember(steps, "one", Kind::undo);
+    remember(steps, "two");
+    EXPECT_EQ(steps.toRedo(), nullptr);
+    EXPECT_EQ(nameOf(steps.toUndo()), "two");
+}
+
+TEST(UndoSteps, LeaveOutWhatChangedNothing)
+{
+    UndoSteps steps;
+    steps.remember({}, {.action = "nothing"});
+    EXPECT_EQ(steps.toUndo(), nullptr);
+    EXPECT_EQ(steps.last(), 0U);
+}
+
+TEST(UndoSteps, KnowTheVersionThatAnActionHasBecome)
+{
+    UndoSteps steps;
+    remember(steps, "one");
+    const std::uint64_t number = steps.last();
+    remember(steps, "two");
+    steps.noteVersion(number, 7);
+    EXPECT_EQ(steps.toUndo()->version, std::nullopt);
+    remember(steps, "two", Kind::undo);
+    EXPECT_EQ(steps.toUndo()->version, 7);
+}
+
+TEST(UndoSteps, AreForgottenWhenThereAreMoreThanFifty)
+{
+    UndoSteps steps;
+    for (int number = 1; number <= 51; ++number)
+        remember(steps, std::to_string(number));
+    int left = 0;
+    for (; steps.toUndo() != nullptr; ++left)
+        remember(steps, nameOf(steps.toUndo()), Kind::undo);
+    EXPECT_EQ(left, 50);
+    EXPECT_EQ(nameOf(steps.toRedo()), "2");
+
+    steps.forget();
+    EXPECT_EQ(steps.toRedo(), nullptr);
+}
+
+} // namespace quorvane

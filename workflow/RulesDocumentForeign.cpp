@@ -1,0 +1,138 @@
+#include "workflow/RulesDocument.h"
+
+#include "rules/MergedChange.h"
+#include "rules/RulesFile.h"
+#include "rules/RulesText.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+// How a document follows what other programs, and earlier runs, have done to the file.
+
+namespace quorvane {
+
+// With the lock held: a write that was cut short is settled, and what others have written since comes into
+// the store. False when the file does not hold the rules in force.
+bool RulesDocument::bringStoreUpToDate(FileLock& lock)
+{
+    const UserRulesFile::Recovery recovery = m_file.recover(lock);
+    for (const DocumentNews& news : recovery.news)
+        tell(news);
+    if (isFileAhead() || recovery.rules)
+        takeIn(RulesFileText::read(m_file.path(), lock), recovery.rules);
+    return !recovery.rules;
+}
+
+// `inForce`: the rules that count in place of those that the file holds.
+void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce)
+{
+    for (WriteOrder& order : m_orders)
+        order.unreadReason = theirs.unreadReason();
+    if (theirs.unreadReason() && !inForce)
+        return;
+    m_hasToldOfFile = false;
+    if (inForce) {
+        mergeWith(*inForce);
+    } else if (theirs.identity() && theirs.identity()->isMissing()) {
+        m_rulesInFile
+            .emplace(); // rules whose file is gone are not deleted rules: the next write brings it back
+    } else {
+        mergeWith(rulesOfText(theirs.text()));
+    }
+    // Once they are in the store, lest they are taken for known where there was no memory for them.
+    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
+    if (!theirs.unreadReason())
+        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
+}
+
+void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
+{
+    const std::vector<RuleRef> ours = m_store.userRules();
+    const std::vector<RuleValue> base
+        = m_rulesInFile ? m_rulesInFile->values() : m_store.userRulesSnapshot().values();
+    const MergeResult merged = mergeRules(base, m_store.userRulesSnapshot().values(), theirs);
+    const ChangeSet done = applied(changeTo(merged, ours));
+    if (m_observer != nullptr)
+        m_observer->rulesWereMerged(done);
+    tellOfMerge(done, merged.reports);
+    m_rulesInFile = RulesSnapshot(theirs);
+    forgetSteps();
+    joinOrders();
+}
+
+bool RulesDocument::isFileAhead() const
+{
+    return !m_knownFile.isStillThere();
+}
+
+void RulesDocument::recover()
+{
+    attempt([this] {
+        if (m_file.mayBeUnderWay())
+            settleVersions(m_owner.lockTimeout);
+    });
+}
+
+// False when another program holds the lock: then it may be at work on that very version.
+bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
+{
+    FileLock lock = m_file.lock(wait);
+    if (!lock.isHeld())
+        return false;
+    const bool isInFile = bringStoreUpToDate(lock);
+    lock = FileLock();
+    if (!m_orders.empty())
+        return true;
+    if (isInFile) {
+        m_rulesInFile.reset();
+        return true;
+    }
+    m_orders.push_back(orderFor({}, {.action = "Complete Interrupted Change"}));
+    pump();
+    return true;
+}
+
+void RulesDocument::takeForeignChanges()
+{
+    attempt([this] { takeFileOver(); });
+}
+
+void RulesDocument::takeFileOver()
+{
+    if (m_isWriting || !isFileAhead())
+        return; // what is being written is compared before the next write
+    if (!m_orders.empty())
+        return writeNow(); // which takes them in first
+    if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
+        return;
+    if (m_rulesInFile) // the store holds what the file cannot
+        return takeIn(RulesFileText::read(m_file.path()), {});
+    const std::vector<RuleRef> before = m_store.userRules();
+    reload();
+    forgetSteps();
+    if (m_observer != nullptr)
+        m_observer->rulesWereReloaded();
+    tellOfReload(before);
+}
+
+void RulesDocument::reload()
+{
+    m_store.reloadCurrentUserConfiguration();
+    m_store.rebuildRulesCache();
+    noteFileRead();
+}
+
+void RulesDocument::noteFileRead()
+{
+    m_hasToldOfFile = false;
+    m_knownFile = m_store.ownFile();
+    m_knownReading = m_store.ownFileReadings();
+    m_rulesInFile.reset();
+    if (!m_knownFile.identity || m_knownFile.path != m_file.path()) {
+        m_knownFile = {}; // whatever rules there are, they are not from the user's file
+        m_rulesInFile.emplace();
+    }
+}
+
+} // namespace quorvane
