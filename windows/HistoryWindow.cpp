@@ -136,6 +136,7 @@ FileHistory& HistoryWindow::history() const
 
 void HistoryWindow::openHistory()
 {
+    m_versions->setCounted(toQt(history().name()));
     m_reader = std::make_unique<HistoryReader>(history());
     connect(m_reader.get(), &HistoryReader::versionsRead, this, &HistoryWindow::versionsDidChange);
     connect(m_reader.get(), &HistoryReader::compared, this, &HistoryWindow::showDifference);

@@ -30,7 +30,7 @@ QString countText(std::uint64_t count, QChar sign)
 
 bool isNumber(VersionsModel::Column column)
 {
-    return column == VersionsModel::Column::number || column >= VersionsModel::Column::size;
+    return column == VersionsModel::Column::number || column >= VersionsModel::Column::count;
 }
 
 QString cellText(const JournalVersion& version, VersionsModel::Column column)
@@ -45,7 +45,7 @@ QString cellText(const JournalVersion& version, VersionsModel::Column column)
         return versionAction(version);
     case Column::program:
         return version.program ? toQt(*version.program) : VersionsModel::tr("another program");
-    case Column::size:
+    case Column::count:
         return inWords(version.rules);
     case Column::added:
         return countText(version.added, QLatin1Char('+'));
@@ -112,6 +112,13 @@ void VersionsModel::setVersions(std::vector<JournalVersion> versions)
         endResetModel();
     else if (newRows > 0)
         endInsertRows();
+}
+
+void VersionsModel::setCounted(const QString& name)
+{
+    m_counted = name;
+    constexpr int section = static_cast<int>(Column::count);
+    emit headerDataChanged(Qt::Horizontal, section, section);
 }
 
 void VersionsModel::setSearch(const QString& text)
@@ -217,7 +224,7 @@ QVariant VersionsModel::headerData(int section, Qt::Orientation orientation, int
     if (role != Qt::DisplayRole)
         return {};
     const std::array<QString, columns> titles{tr("Version"), tr("Time"), tr("What Was Done"), tr("Program"),
-        tr("Size"), tr("Added"), tr("Removed"), tr("Changed")};
+        m_counted, tr("Added"), tr("Removed"), tr("Changed")};
     return titles[static_cast<std::size_t>(section)];
 }
 

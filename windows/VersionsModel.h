@@ -17,13 +17,15 @@ namespace quorvane {
 class VersionsModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum class Column { number, time, action, program, size, added, removed, changed };
+    enum class Column { number, time, action, program, count, added, removed, changed };
     static constexpr int columns = 8;
 
     using QAbstractTableModel::QAbstractTableModel;
 
     // Newest first. Rows that stay are not touched.
     void setVersions(std::vector<JournalVersion> versions);
+    // The title of the column that counts what a version holds: "Rules".
+    void setCounted(const QString& name);
     // Shows only versions whose time, action, program or number contain this text, and those that are found
     // by addFound(). Empty for all.
     void setSearch(const QString& text);
@@ -49,6 +51,7 @@ private:
 
     std::vector<JournalVersion> m_versions;
     std::vector<std::size_t> m_rows; // places in m_versions, ascending
+    QString m_counted;
     QString m_search;
     QSet<qint64> m_found;
 };
