@@ -1,0 +1,164 @@
+#include "platform/Log.h"
+#include "platform/Workspace.h"
+#include "tests/support/FakeApplication.h"
+#include "windows/BackgroundThread.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableView.h"
+#include "windows/WindowLook.h"
+#include "workflow/RulesDocument.h"
+#include "workflow/RunState.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include <unistd.h>
+
+// edit_times FILE: what one edit of FILE's rules takes in a window sorted by path, which writes them to a
+// copy of FILE and to a journal. One figure a line, in milliseconds: up to the paint of the new rows;
+// "-thread": all that the thread of the windows works for it, until the file is written; "-written": until
+// then. The yardstick is a copy of FILE and its sync.
+
+namespace {
+
+using namespace quorvane;
+namespace fs = std::filesystem;
+
+double milliseconds(const QElapsedTimer& timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+double threadMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return 1e3 * static_cast<double>(now.tv_sec) + 1e-6 * static_cast<double>(now.tv_nsec);
+}
+
+class Editing {
+public:
+    Editing(RulesDocument& document, RulesEditorTableController& window)
+        : m_document(document)
+        , m_window(window)
+        , m_table(*window.findChild<RulesTableView*>())
+    {
+        m_document.store().sortIndexUsingDescriptors({{SortKey::path, true}});
+        m_window.reloadData();
+        m_table.selectRow(middle());
+        m_table.scrollTo(m_table.currentIndex());
+        show();
+    }
+
+    void printAll()
+    {
+        const auto tag
+            = [this](const char* text) { m_window.tableViewCellAction(QString::fromLatin1(text)); };
+        print("first-tag",
+            [&] { tag("first"); }); // makes the first version, and all that later edits go on from
+        print("tag", [&] { tag("second"); });
+        const auto rule = m_document.store().ruleAtIndex(static_cast<std::size_t>(middle()), false);
+        if (const auto* policy = std::get_if<PolicyRulePtr>(&rule)) {
+            m_window.editPolicy(*policy);
+            auto* editor = m_window.findChild<EditPolicyWindowController*>();
+            print("save", [&] { editor->saveClicked(); });
+        }
+        print("delete", [&] { m_window.deleteRow(static_cast<std::size_t>(middle())); });
+        print("undo", [&] { m_document.undo(); });
+        print("first-search-key", [&] {
+            m_document.store().applyFilterWithString("d");
+            m_window.reloadData();
+        });
+    }
+
+private:
+    int middle() const { return m_table.model()->rowCount() / 2; }
+
+    void show()
+    {
+        QApplication::processEvents();
+        m_table.viewport()->repaint();
+    }
+
+    void print(const char* name, const std::function<void()>& command)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        const double before = threadMilliseconds();
+        command();
+        show();
+        std::printf("%s %.2f\n", name, milliseconds(timer));
+        m_document.waitUntilWritten();
+        QApplication::processEvents();
+        std::printf("%s-thread %.2f\n", name, threadMilliseconds() - before);
+        std::printf("%s-written %.2f\n", name, milliseconds(timer));
+    }
+
+    RulesDocument& m_document;
+    RulesEditorTableController& m_window;
+    RulesTableView& m_table;
+};
+
+// The best of several runs: what else the machine does only adds.
+double best(const std::function<void()>& work)
+{
+    constexpr int runs = 3;
+    double least = 0;
+    for (int run = 0; run < runs; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        least = run == 0 ? milliseconds(timer) : std::min(least, milliseconds(timer));
+    }
+    return least;
+}
+
+void printTimes(const std::string& file, const std::string& folder)
+{
+    const Locations locations(folder, "bench");
+    fs::create_directories(fs::path(locations.userRulesFile()).parent_path());
+    fs::copy_file(file, locations.userRulesFile());
+    Log log({});
+    const auto store = RuleManager::initWithCurrentUserConfiguration(locations, log);
+    BackgroundThread background;
+    RunState run;
+    RulesDocument document(
+        *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
+    FakeApplication application;
+    Workspace workspace;
+    RulesEditorTableController window(document, application, run, workspace, log);
+    window.show();
+    Editing(document, window).printAll();
+    const std::string written = folder + "/written";
+    std::printf("write-file %.2f\n", best([&] { store->writeToFile(written); }));
+    const std::string copy = folder + "/copy";
+    std::printf("copy-and-sync %.2f\n", best([&] {
+        if (std::system(("cp '" + file + "' '" + copy + "' && sync '" + copy + "'").c_str()) != 0)
+            std::fputs("cp failed\n", stderr);
+    }));
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication qtApplication(argumentCount, arguments);
+    if (argumentCount != 2) {
+        std::fputs("usage: edit_times FILE\n", stderr);
+        return 2;
+    }
+    quorvane::applyWindowLook(qtApplication);
+    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
+    printTimes(arguments[1], folder);
+    fs::remove_all(folder);
+    return 0;
+}
