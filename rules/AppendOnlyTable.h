@@ -19,6 +19,13 @@ public:
         return (*m_chunks[number / chunkSize])[number % chunkSize];
     }
 
+    // True when one is a copy of the other, or of what the other was: elements of one number are the same
+    // then.
+    bool sharesElementsWith(const AppendOnlyTable& other) const
+    {
+        return !m_chunks.empty() && !other.m_chunks.empty() && m_chunks.front() == other.m_chunks.front();
+    }
+
     // Makes room for one more, so that the next append() does not throw.
     void makeRoom()
     {

@@ -1,6 +1,7 @@
 #include "rules/RuleIndex.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -13,6 +14,22 @@ namespace {
 constexpr std::size_t largeShare = 8;
 
 } // namespace
+
+RuleRows::Common RuleRows::commonWith(const RuleRows& other, bool includeSystemRules) const
+{
+    const RuleOrder& ours = numbers(includeSystemRules);
+    const RuleOrder& theirs = other.numbers(includeSystemRules);
+    const auto lengths = [&](auto same) -> Common {
+        const auto start = std::mismatch(ours.begin(), ours.end(), theirs.begin(), theirs.end(), same).first;
+        const auto end
+            = std::mismatch(ours.rbegin(), ours.rend(), theirs.rbegin(), theirs.rend(), same).first;
+        return {
+            static_cast<std::size_t>(start - ours.begin()), static_cast<std::size_t>(end - ours.rbegin())};
+    };
+    if (m_rules.sharesElementsWith(other.m_rules))
+        return lengths(std::equal_to<>());
+    return lengths([&](std::uint32_t a, std::uint32_t b) { return m_rules[a] == other.m_rules[b]; });
+}
 
 RuleIndex::RuleIndex()
 {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace quorvane {
@@ -40,24 +41,33 @@ KeptSelection::KeptSelection(const QTableView& table, const RuleCellsModel& mode
 
 void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) const
 {
+    const auto isSelected = [this](const void* rule) {
+        return std::binary_search(m_selected.begin(), m_selected.end(), rule, std::less<>());
+    };
+    const auto rows = model.rowsWhere([&](const RuleRef& each) {
+        const void* rule = addressOf(each);
+        return rule == m_current || rule == m_topmost || isSelected(rule);
+    });
     QItemSelection selection;
     QModelIndex current;
     int topmostRow = m_topmostRow;
-    int firstSelected = -1;
-    for (int row = 0; row < model.rowCount(); ++row) {
+    std::optional<int> firstSelected;
+    for (std::size_t place = 0; place < rows.size(); ++place) {
+        const int row = static_cast<int>(rows[place]);
         const void* rule = addressOf(model.ruleAt(row));
-        const bool selected = std::binary_search(m_selected.begin(), m_selected.end(), rule, std::less<>());
-        if (selected && firstSelected < 0)
+        const bool selected = isSelected(rule);
+        if (selected && !firstSelected)
             firstSelected = row;
-        if (!selected && firstSelected >= 0)
-            selectRows(selection, model, std::exchange(firstSelected, -1), row - 1);
+        const bool endsHere = place + 1 == rows.size() || rows[place + 1] != rows[place] + 1;
+        if (firstSelected && (!selected || endsHere)) {
+            selectRows(selection, model, *firstSelected, selected ? row : row - 1);
+            firstSelected.reset();
+        }
         if (rule == m_current)
             current = model.index(row, 0);
         if (rule == m_topmost && m_topmostRow > 0) // a table at its top stays there
             topmostRow = row;
     }
-    if (firstSelected >= 0)
-        selectRows(selection, model, firstSelected, model.rowCount() - 1);
     table.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     if (current.isValid())
         table.selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);

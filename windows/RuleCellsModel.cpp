@@ -85,21 +85,10 @@ bool RuleCellsModel::removeRun(std::shared_ptr<const RuleRows> rows)
 // Where the run begins that `rows` lacks of the present rows; none when they differ in another way.
 std::optional<std::size_t> RuleCellsModel::startOfRun(const RuleRows& rows) const
 {
-    const auto ruleBefore
-        = [this](std::size_t row) -> const RuleRef& { return m_rows->at(row, m_rowsShowSystemRules); };
-    const auto rule = [&](std::size_t row) -> const RuleRef& { return rows.at(row, m_rowsShowSystemRules); };
-    const std::size_t before = m_rows->count(m_rowsShowSystemRules);
     const std::size_t left = rows.count(m_rowsShowSystemRules);
-    if (left > before)
-        return std::nullopt;
-    std::size_t first = 0;
-    while (first < left && rule(first) == ruleBefore(first))
-        ++first;
-    for (std::size_t row = first; row < left; ++row) {
-        if (rule(row) != ruleBefore(row + before - left))
-            return std::nullopt;
-    }
-    return first;
+    const RuleRows::Common common = rows.commonWith(*m_rows, m_rowsShowSystemRules);
+    const bool isOneRun = left <= m_rows->count(m_rowsShowSystemRules) && common.start + common.end >= left;
+    return isOneRun ? std::optional(common.start) : std::nullopt;
 }
 
 void RuleCellsModel::remakeCells(std::size_t row, std::initializer_list<int> columns)
@@ -139,11 +128,8 @@ const RuleRef& RuleCellsModel::ruleAt(int row) const
 
 std::optional<int> RuleCellsModel::rowOf(const RuleRef& rule) const
 {
-    for (int row = 0; row < rowCount(); ++row) {
-        if (ruleAt(row) == rule)
-            return row;
-    }
-    return std::nullopt;
+    const auto rows = rowsWhere([&rule](const RuleRef& each) { return each == rule; });
+    return rows.empty() ? std::nullopt : std::optional(static_cast<int>(rows.front()));
 }
 
 std::vector<std::size_t> RuleCellsModel::rowsOf(const std::vector<RuleRef>& rules) const

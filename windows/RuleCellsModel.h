@@ -34,6 +34,11 @@ public:
     void remakeCells(std::size_t row, std::initializer_list<int> columns);
 
     const RuleRef& ruleAt(int row) const;
+    // The rows of the rules for which `isWanted` is true, ascending.
+    template <class IsWanted> std::vector<std::size_t> rowsWhere(IsWanted isWanted) const
+    {
+        return m_rows->rowsWhere(m_rowsShowSystemRules, isWanted);
+    }
     // The row of that very rule; none when it is not shown.
     std::optional<int> rowOf(const RuleRef& rule) const;
     // The rows of those very rules that are shown, ascending. One walk, however many they are.

@@ -2032,10 +2032,6 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Programm</translation>
     </message>
     <message>
-        <source>Size</source>
-        <translation>Größe</translation>
-    </message>
-    <message>
         <source>Added</source>
         <translation>Hinzugefügt</translation>
     </message>

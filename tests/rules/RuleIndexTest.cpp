@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -208,6 +210,40 @@ TEST(RuleRows, KeptOnesDoNotFollowTheStore)
     EXPECT_EQ(store->totalRules(true), 0U);
     ASSERT_EQ(kept->count(true), 2U);
     EXPECT_EQ(std::get<PolicyRulePtr>(kept->at(0, true))->path().view(), "/a");
+}
+
+TEST(RuleRows, SayWhereWantedRulesStand)
+{
+    const StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /3 any r\nallow path /1 any r\nallow path /2 any r\n");
+    store->sortIndexUsingDescriptors({{SortKey::path}});
+    const auto isWanted
+        = [](const RuleRef& rule) { return std::get<PolicyRulePtr>(rule)->path().view() != "/2"; };
+    EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
+
+    policyAt(*store, 0)->setTag("changed"); // its former value is remembered, but is no row
+    EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
+}
+
+TEST(RuleRows, SayWhatTheyHaveInCommonWithFormerOnes)
+{
+    const StoreSandbox sandbox;
+    const std::string text = "allow path /1 any r\nallow path /2 any r\nallow path /3 any r\n";
+    const auto store = sandbox.storeOf(text);
+    const auto common = [&](const RuleRows& former) {
+        const RuleRows::Common lengths = store->rows()->commonWith(former, false);
+        return std::pair(lengths.start, lengths.end);
+    };
+    const auto whole = store->rows();
+    EXPECT_EQ(common(*whole), std::pair(std::size_t{3}, std::size_t{3}));
+
+    store->deletePolicyRule(*policyAt(*store, 1));
+    EXPECT_EQ(common(*whole), std::pair(std::size_t{1}, std::size_t{1}));
+    EXPECT_EQ(common(*sandbox.storeOf(text)->rows()), std::pair(std::size_t{0}, std::size_t{0}));
+
+    const auto two = store->rows();
+    policyAt(*store, 0)->setTag("changed");
+    EXPECT_EQ(common(*two), std::pair(std::size_t{0}, std::size_t{1}));
 }
 
 } // namespace quorvane
