@@ -110,6 +110,7 @@ std::unique_ptr<QWidget> historyWindow(Surroundings& around)
 class NoTable : public RulesTable {
 public:
     std::vector<RuleRef> selectedRules() const override { return {}; }
+    RulesSelection selection() const override { return {}; }
     void selectRules(const std::vector<RuleRef>& /*rules*/) override { }
     void revealRule(const RuleRef& /*rule*/) override { }
     bool perform(const PlannedChange& /*planned*/, const ChangeReason& /*reason*/) override { return false; }

@@ -118,7 +118,7 @@ void VersionsModel::setCounted(const QString& name)
 {
     m_counted = name;
     constexpr int section = static_cast<int>(Column::count);
-    emit headerDataChanged(Qt::Horizontal, section, section);
+    Q_EMIT headerDataChanged(Qt::Horizontal, section, section);
 }
 
 void VersionsModel::setSearch(const QString& text)

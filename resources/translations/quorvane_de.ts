@@ -1,6 +1,36 @@
-<?xml version="1.0" encoding="utf-8"?>
-<!DOCTYPE TS>
+<?xml version='1.0' encoding='utf-8'?>
 <TS version="2.1" language="de">
+<context>
+    <name>AsideWindow</name>
+    <message>
+        <source>Set Aside</source>
+        <translation>Beiseitegelegt</translation>
+    </message>
+    <message>
+        <source>Rules that are set aside</source>
+        <translation>Beiseitegelegte Regeln</translation>
+    </message>
+    <message>
+        <source>&amp;Delete...</source>
+        <translation>&amp;Löschen...</translation>
+    </message>
+    <message>
+        <source>Delete the selected rules for good</source>
+        <translation>Die ausgewählten Regeln endgültig löschen</translation>
+    </message>
+    <message>
+        <source>&amp;Bring Back</source>
+        <translation>Zurück&amp;holen</translation>
+    </message>
+    <message>
+        <source>Put the selected rules in force again, with tag and date</source>
+        <translation>Die ausgewählten Regeln wieder in Kraft setzen, mit Tag und Datum</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>S&amp;chließen</translation>
+    </message>
+</context>
 <context>
     <name>ChangeWindow</name>
     <message>
@@ -432,43 +462,43 @@
     <name>MapWindow</name>
     <message>
         <source>Access Map</source>
-        <translation type="unfinished"></translation>
+        <translation>Zugriffskarte</translation>
     </message>
     <message>
         <source>&amp;Order</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ordnung</translation>
     </message>
     <message>
         <source>By folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach Ordner</translation>
     </message>
     <message>
         <source>By program</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach Programm</translation>
     </message>
     <message>
         <source>S&amp;ystem rules</source>
-        <translation type="unfinished"></translation>
+        <translation>S&amp;ystemregeln</translation>
     </message>
     <message>
         <source>Allow</source>
-        <translation type="unfinished">Allow</translation>
+        <translation>Allow</translation>
     </message>
     <message>
         <source>Deny</source>
-        <translation type="unfinished">Deny</translation>
+        <translation>Deny</translation>
     </message>
     <message>
         <source>Watch</source>
-        <translation type="unfinished"></translation>
+        <translation>Watch</translation>
     </message>
     <message>
         <source>Places that rules are about</source>
-        <translation type="unfinished"></translation>
+        <translation>Orte, um die es in Regeln geht</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished">S&amp;chließen</translation>
+        <translation>S&amp;chließen</translation>
     </message>
 </context>
 <context>
@@ -528,7 +558,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Quorvane Preferences</translation>
     </message>
     <message>
-        <source>Users&apos; own rules</source>
+        <source>Users' own rules</source>
         <translation>Eigene Regeln der Benutzer</translation>
     </message>
     <message>
@@ -536,11 +566,11 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Normale Benutzer dürfen Regeln anlegen</translation>
     </message>
     <message>
-        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator&apos;s password.</source>
+        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator's password.</source>
         <translation>Alle dürfen in den gemeinsamen Regelordner schreiben, nicht nur Administratoren. Zum Ändern ist das Passwort eines Administrators nötig.</translation>
     </message>
     <message>
-        <source>Restrict users&apos; own rules</source>
+        <source>Restrict users' own rules</source>
         <translation>Eigene Regeln der Benutzer einschränken</translation>
     </message>
     <message>
@@ -548,7 +578,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Regeln, die normale Benutzer anlegen, gelten nur in Grenzen.</translation>
     </message>
     <message>
-        <source>&amp;Detail of users&apos; access</source>
+        <source>&amp;Detail of users' access</source>
         <translation>&amp;Detailgrad der Benutzerzugriffe</translation>
     </message>
     <message>
@@ -652,7 +682,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Für Antworten auf Rückfragen die Touch Bar verlangen</translation>
     </message>
     <message>
-        <source>Answers come out of band, out of other programs&apos; reach.</source>
+        <source>Answers come out of band, out of other programs' reach.</source>
         <translation>Antworten kommen auf einem eigenen Weg, außer Reichweite anderer Programme.</translation>
     </message>
     <message>
@@ -892,19 +922,19 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
     <message>
         <source>&amp;What Touches...</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Was betrifft...</translation>
     </message>
     <message>
         <source>Ctrl+Shift+F</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished" />
     </message>
     <message>
         <source>&amp;Map...</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Karte...</translation>
     </message>
     <message>
         <source>Ctrl+M</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished" />
     </message>
     <message>
         <source>C&amp;lean Up...</source>
@@ -925,6 +955,14 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Shift+F8</source>
         <translation>Shift+F8</translation>
+    </message>
+    <message>
+        <source>Set &amp;Aside</source>
+        <translation>&amp;Beiseitelegen</translation>
+    </message>
+    <message>
+        <source>Set &amp;Aside...</source>
+        <translation>&amp;Beiseitelegen...</translation>
     </message>
 </context>
 <context>
@@ -982,86 +1020,124 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <name>TouchingWindow</name>
     <message>
         <source>What Touches</source>
-        <translation type="unfinished"></translation>
+        <translation>Was betrifft</translation>
     </message>
     <message>
         <source>Rules that touch the path</source>
-        <translation type="unfinished"></translation>
+        <translation>Regeln, die den Pfad betreffen</translation>
     </message>
     <message>
         <source>&amp;Show in Table</source>
-        <translation type="unfinished"></translation>
+        <translation>In der Tabelle &amp;zeigen</translation>
     </message>
     <message>
         <source>Select the rule in the main window</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Regel im Hauptfenster auswählen</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished">S&amp;chließen</translation>
+        <translation>S&amp;chließen</translation>
     </message>
 </context>
 <context>
     <name>quorvane::AccessModel</name>
     <message>
         <source>%1 via %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 über %2</translation>
     </message>
     <message>
         <source>no program</source>
-        <translation type="unfinished"></translation>
+        <translation>kein Programm</translation>
     </message>
     <message>
         <source>%1 (%2)</source>
-        <translation type="unfinished">%1 (%2)</translation>
+        <translation>%1 (%2)</translation>
     </message>
     <message>
         <source>%1 more</source>
-        <translation type="unfinished">%1 weitere</translation>
+        <translation>%1 weitere</translation>
     </message>
     <message>
         <source>Every path</source>
-        <translation type="unfinished"></translation>
+        <translation>Jeder Pfad</translation>
     </message>
     <message>
         <source>Paths by their ending</source>
-        <translation type="unfinished"></translation>
+        <translation>Pfade nach ihrer Endung</translation>
     </message>
     <message>
         <source>%1 allow</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 allow</translation>
     </message>
     <message>
         <source>%1 deny</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 deny</translation>
     </message>
     <message>
         <source>%1 watch</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 watch</translation>
     </message>
     <message>
         <source>Place</source>
-        <translation type="unfinished"></translation>
+        <translation>Ort</translation>
     </message>
     <message>
         <source>Rules</source>
-        <translation type="unfinished">Regeln</translation>
+        <translation>Regeln</translation>
     </message>
     <message>
         <source>Allow</source>
-        <translation type="unfinished">Allow</translation>
+        <translation>Allow</translation>
     </message>
     <message>
         <source>Deny</source>
-        <translation type="unfinished">Deny</translation>
+        <translation>Deny</translation>
     </message>
     <message>
         <source>Watch</source>
-        <translation type="unfinished"></translation>
+        <translation>Watch</translation>
     </message>
     <message>
         <source>Programs</source>
-        <translation type="unfinished">Programme</translation>
+        <translation>Programme</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::AsideController</name>
+    <message>
+        <source>Nothing was set aside: %1</source>
+        <translation>Es wurde nichts beiseitegelegt: %1</translation>
+    </message>
+    <message>
+        <source>1 rule is set aside.</source>
+        <translation>1 Regel ist beiseitegelegt.</translation>
+    </message>
+    <message>
+        <source>%1 rules are set aside.</source>
+        <translation>%1 Regeln sind beiseitegelegt.</translation>
+    </message>
+    <message>
+        <source>Show</source>
+        <translation>Anzeigen</translation>
+    </message>
+    <message>
+        <source>Delete Rules</source>
+        <translation>Regeln löschen</translation>
+    </message>
+    <message>
+        <source>Delete %1 for good? Nothing brings back what is deleted here.</source>
+        <translation>%1 endgültig löschen? Was hier gelöscht wird, bringt nichts zurück.</translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation>&amp;Löschen</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::AsideWindow</name>
+    <message>
+        <source>No rule is set aside.</source>
+        <translation>Keine Regel ist beiseitegelegt.</translation>
     </message>
 </context>
 <context>
@@ -1233,6 +1309,17 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>%1 more</source>
         <translation>%1 weitere</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::ForesightBar</name>
+    <message>
+        <source>All rules of the file</source>
+        <translation>Alle Regeln der Datei</translation>
+    </message>
+    <message>
+        <source>All</source>
+        <translation>Alle</translation>
     </message>
 </context>
 <context>
@@ -1413,6 +1500,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>Pasted Text</source>
         <translation>Eingefügter Text</translation>
     </message>
+    <message>
+        <source> (%1 of them not shown, and imported all the same)</source>
+        <translation> (%1 davon nicht angezeigt und trotzdem importiert)</translation>
+    </message>
+    <message>
+        <source>No rule is of this kind.</source>
+        <translation>Keine Regel ist von dieser Art.</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::LikeSelection</name>
@@ -1441,19 +1536,19 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <name>quorvane::MapWindow</name>
     <message>
         <source>Looking at the rules…</source>
-        <translation type="unfinished"></translation>
+        <translation>Regeln werden gelesen…</translation>
     </message>
     <message>
         <source>There are no rules.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt keine Regeln.</translation>
     </message>
     <message>
         <source>On the map: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf der Karte: %1.</translation>
     </message>
     <message>
         <source>Selected in the table: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>In der Tabelle ausgewählt: %1.</translation>
     </message>
 </context>
 <context>
@@ -1562,7 +1657,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <translation>Die Datei der Voreinstellungen kann nicht gelesen werden: %1. Angezeigt werden die Standardwerte; beim Speichern bleibt die Datei unter anderem Namen erhalten.</translation>
     </message>
     <message>
-        <source>Failed to save the preferences to &apos;%1&apos;: %2</source>
+        <source>Failed to save the preferences to '%1': %2</source>
         <translation>Die Voreinstellungen konnten nicht in „%1“ gespeichert werden: %2</translation>
     </message>
 </context>
@@ -1930,63 +2025,63 @@ Möchten Sie die Datei ersetzen?</translation>
     <name>quorvane::TouchingWindow</name>
     <message>
         <source>Path</source>
-        <translation type="unfinished"></translation>
+        <translation>Pfad</translation>
     </message>
     <message>
         <source>Program</source>
-        <translation type="unfinished">Programm</translation>
+        <translation>Programm</translation>
     </message>
     <message>
         <source>S&amp;ystem rules</source>
-        <translation type="unfinished"></translation>
+        <translation>S&amp;ystemregeln</translation>
     </message>
     <message>
         <source>Type or choose a path, or drop a file on the window</source>
-        <translation type="unfinished"></translation>
+        <translation>Pfad eintippen, auswählen oder eine Datei auf das Fenster ziehen</translation>
     </message>
     <message>
         <source>Any; or the path of a program</source>
-        <translation type="unfinished"></translation>
+        <translation>Beliebig; oder der Pfad eines Programms</translation>
     </message>
     <message>
         <source>&amp;Path</source>
-        <translation type="unfinished">&amp;Pfad</translation>
+        <translation>&amp;Pfad</translation>
     </message>
     <message>
         <source>Pro&amp;gram</source>
-        <translation type="unfinished"></translation>
+        <translation>Pro&amp;gramm</translation>
     </message>
     <message>
         <source>Operations</source>
-        <translation type="unfinished">Operationen</translation>
+        <translation>Operationen</translation>
     </message>
     <message>
         <source>Searching…</source>
-        <translation type="unfinished">Suche läuft…</translation>
+        <translation>Suche läuft…</translation>
     </message>
     <message>
         <source>The rules that are about a path: name one above.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Regeln, die einen Pfad betreffen: Geben Sie oben einen an.</translation>
     </message>
     <message>
         <source>No rule is about this.</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Regel betrifft dies.</translation>
     </message>
     <message>
         <source>1 rule.</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Regel.</translation>
     </message>
     <message>
         <source>%1 rules.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Regeln.</translation>
     </message>
     <message>
         <source>%1 rules, of which the first %2 are shown.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Regeln, von denen die ersten %2 gezeigt werden.</translation>
     </message>
     <message>
         <source>Which of them wins is decided where rules are enforced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Welche von ihnen gewinnt, entscheidet sich dort, wo Regeln durchgesetzt werden.</translation>
     </message>
 </context>
 <context>
