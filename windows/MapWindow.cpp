@@ -152,7 +152,7 @@ void MapWindow::showTree(const AccessTreePtr& tree)
     m_model->setTree(tree);
     fitColumns();
     if (isFirst)
-        m_ui->mapTreeView->expandToDepth(0);
+        expandTop();
     else
         expandAgain(expanded, current);
     if (!m_ui->mapTreeView->currentIndex().isValid())
@@ -161,6 +161,14 @@ void MapWindow::showTree(const AccessTreePtr& tree)
     m_ui->countLabel->setText(
         m_model->rowCount() == 0 ? tr("There are no rules.") : tr("On the map: %1.").arg(accessText(counts)));
     Q_EMIT wasMade();
+}
+
+// As far as a person can take it in.
+void MapWindow::expandTop()
+{
+    constexpr int mostRows = 200;
+    if (m_model->rowCount() <= mostRows)
+        m_ui->mapTreeView->expandToDepth(0);
 }
 
 QString MapWindow::keyOf(const QModelIndex& index) const

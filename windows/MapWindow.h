@@ -46,6 +46,7 @@ private:
     void showTree(const AccessTreePtr& tree);
     void selectRulesOf(const QModelIndex& index);
     void expandAgain(const QSet<QString>& expanded, const QString& current);
+    void expandTop();
     QString keyOf(const QModelIndex& index) const;
     QSet<QString> expandedKeys() const;
 

@@ -39,7 +39,7 @@ Q_SIGNALS:
 
 private:
     // In one list; more are only counted.
-    static constexpr std::size_t mostRulesShown = 100'000;
+    static constexpr std::size_t mostRulesShown = 20'000;
 
     void setUpQuestion();
     TouchQuestion question() const;
