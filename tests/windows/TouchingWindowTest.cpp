@@ -161,6 +161,24 @@ TEST_F(Touching, TakesAFileThatIsDroppedOnTheWindow)
     EXPECT_EQ(list->model()->rowCount(), 4);
 }
 
+TEST_F(Touching, CountsMoreRulesThanItLists)
+{
+    ChangeSet additions;
+    for (int count = 0; count < 20'010; ++count) {
+        const RuleRef rule
+            = policyRule({.path = "/many/", .processName = "/bin/" + std::to_string(count), .operations = 1});
+        additions.added.push_back({rule, valueOf(rule)});
+    }
+    store->apply(additions);
+    afterAnswer([&] { window->reloadData(); });
+    ask("/many/x");
+    EXPECT_EQ(list->model()->rowCount(), 20'000);
+    EXPECT_TRUE(control<QLabel>("countLabel")
+                    ->text()
+                    .startsWith(QStringLiteral("20,012 rules, of which the first 20,000 are shown.")))
+        << control<QLabel>("countLabel")->text().toStdString();
+}
+
 TEST_F(Touching, IsOpenOnceOnly)
 {
     action("whatTouchesMenuItem")->trigger();
