@@ -1,12 +1,10 @@
 #include "windows/CleanUpWindow.h"
 
-#include "platform/Account.h"
 #include "windows/CleanUpModel.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/RulesTable.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
-#include "workflow/CleanUp.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
@@ -41,13 +39,14 @@ QString inWords(std::size_t number)
 
 } // namespace
 
-CleanUpWindow::CleanUpWindow(
-    RulesTable& table, RulesDocument& document, ProblemsFinder& finder, RulesPlace place, QWidget* parent)
+CleanUpWindow::CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder,
+    RulesPlace place, ChangingPlaces changing, QWidget* parent)
     : QDialog(parent)
     , m_table(table)
     , m_document(document)
     , m_finder(finder)
     , m_place(std::move(place))
+    , m_changing(std::move(changing))
     , m_model(new CleanUpModel(this))
     , m_list(new QTreeView(this))
     , m_count(new QLabel(this))
@@ -110,9 +109,7 @@ void CleanUpWindow::fill(const ProblemListsPtr& problems)
         return m_count->setText(tr("There is not enough memory to find them."));
     auto candidates = std::make_shared<std::vector<DispensableRule>>();
     m_thread.run(
-        [this, problems, candidates] {
-            *candidates = cleanUpCandidates(*problems, {mountsOfThisMachine(), homeDirectory()}, m_place);
-        },
+        [this, problems, candidates] { *candidates = cleanUpCandidates(*problems, m_changing, m_place); },
         [this, candidates] {
             doubtWhatMustStay(m_document.store(), *candidates);
             m_isFilled = true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "windows/BackgroundThread.h"
+#include "workflow/CleanUp.h"
 #include "workflow/KnownProblems.h"
 #include "workflow/RulesPlace.h"
 
@@ -22,9 +23,10 @@ class RulesTable;
 class CleanUpWindow : public QDialog {
     Q_OBJECT
 public:
-    // `place` is where the finder looks. Nothing given is owned; all of it must outlive the window.
+    // `place` is where the finder looks, and `changing` says what comes and goes there. Nothing else given is
+    // owned; all of it must outlive the window.
     CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder, RulesPlace place,
-        QWidget* parent = nullptr);
+        ChangingPlaces changing, QWidget* parent = nullptr);
 
 public Q_SLOTS:
     // Removes the ticked rules.
@@ -43,6 +45,7 @@ private:
     RulesDocument& m_document;
     ProblemsFinder& m_finder;
     const RulesPlace m_place;
+    const ChangingPlaces m_changing;
     CleanUpModel* m_model; // owned by this window, as is what follows
     QTreeView* m_list;
     QLabel* m_count;

@@ -33,7 +33,7 @@ ProblemList::ProblemList(QWidget* parent)
     m_rows->setSpacing(betweenRows);
 }
 
-void ProblemList::show(const std::vector<ShownProblem>& problems)
+void ProblemList::setProblems(const std::vector<ShownProblem>& problems)
 {
     while (QLayoutItem* item = m_rows->takeAt(0)) {
         item->widget()->hide();

@@ -31,7 +31,7 @@ public:
     explicit ProblemList(QWidget* parent = nullptr);
 
     // In place of what was shown.
-    void show(const std::vector<ShownProblem>& problems);
+    void setProblems(const std::vector<ShownProblem>& problems);
 
 private:
     QWidget* makeRow(const ShownProblem& problem);

@@ -132,7 +132,7 @@ void RuleStrip::showNothing()
     m_sentence->setShade(shades::faintText);
     m_sentence->setText(tr("Select a rule to read here what it says."));
     m_details->hide();
-    m_problems->show({});
+    m_problems->setProblems({});
     m_shown.reset();
 }
 
@@ -140,7 +140,7 @@ void RuleStrip::showRule(const RuleRef& rule)
 {
     const RuleValue value = valueOf(rule);
     if (std::exchange(m_shown, rule) != rule)
-        m_problems->show({}); // their buttons are for another rule
+        m_problems->setProblems({}); // their buttons are for another rule
     m_sentence->setShade(shades::text);
     m_sentence->setText(toQt(ruleSentence(value)));
     const QString details = toQt(ruleDetails(value));
@@ -184,7 +184,7 @@ void RuleStrip::showProblems(const RuleRef& rule, const std::vector<RuleProblem>
         problems.push_back(coverProblem(rule, *covering));
     for (const RuleProblem& problem : alone)
         problems.push_back(shownProblem(rule, problem));
-    m_problems->show(problems);
+    m_problems->setProblems(problems);
 }
 
 ShownProblem::Button RuleStrip::deleteButton(const RuleRef& rule, const QString& title)
@@ -233,7 +233,7 @@ void RuleStrip::showSeveral(const RulesSelection& selection)
 {
     m_icon->hide();
     m_details->hide();
-    m_problems->show({});
+    m_problems->setProblems({});
     m_shown.reset();
     auto summary = std::make_shared<std::string>();
     m_thread.run(
@@ -246,7 +246,7 @@ void RuleStrip::showSeveral(const RulesSelection& selection)
                 return;
             m_sentence->setShade(shades::text);
             m_sentence->setText(toQt(*summary));
-            m_problems->show({actionsOnMany()});
+            m_problems->setProblems({actionsOnMany()});
             Q_EMIT wasFilled();
         });
 }

@@ -1,15 +1,21 @@
 #include "windows/RulesEditorTableController.h"
 
+#include "platform/Account.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/CleanUpWindow.h"
 #include "windows/LikeSelection.h"
+#include "windows/PlaceMenu.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/ProblemsPanel.h"
 #include "windows/RuleMending.h"
 #include "windows/RuleStrip.h"
+#include "windows/RulesTableModel.h"
+#include "windows/SelectionController.h"
 #include "windows/WindowMemory.h"
 
 #include <QDockWidget>
+#include <QLabel>
+#include <QStatusBar>
 
 // The parts around the main window's table: each is made here and handed what it needs.
 
@@ -57,8 +63,28 @@ void RulesEditorTableController::setUpParts()
     addDockWidget(Qt::RightDockWidgetArea, list);
     list->hide();
 
-    connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder] {
-        auto* window = new CleanUpWindow(*this, m_document, *finder, RulesPlace::thisMachine(), this);
+    auto* places = new PlaceMenu(*m_ui->placeMenu, *this, *this);
+    places->setParent(m_parts.get());
+    auto* placeLabel = new QLabel(this);
+    placeLabel->setObjectName(QStringLiteral("placeLabel"));
+    placeLabel->hide();
+    statusBar()->addPermanentWidget(placeLabel);
+    connect(places, &PlaceMenu::placeChosen, this, [=, this](const RulesPlace& place, const QString& name) {
+        placeLabel->setText(tr("Rules are for: %1").arg(name));
+        placeLabel->setVisible(!name.isEmpty());
+        m_model->setPlace(place);
+        reloadTable();
+        mending->setPlace(place);
+        m_selection->setFacts(places->place().facts());
+        strip->setPlace(place);
+        finder->setPlace(place);
+    });
+
+    connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder, places] {
+        const ChangingPlaces changing = places->isThisMachine()
+            ? ChangingPlaces{mountsOfThisMachine(), homeDirectory()}
+            : ChangingPlaces();
+        auto* window = new CleanUpWindow(*this, m_document, *finder, places->place(), changing, this);
         window->open();
     });
     (new LikeSelection(*this, *m_ui->selectByMenu))->setParent(m_parts.get());

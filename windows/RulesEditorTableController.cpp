@@ -32,6 +32,12 @@
 
 namespace quorvane {
 
+namespace {
+
+constexpr int noColumn = -1; // shows what the rows are sorted by
+
+} // namespace
+
 RulesEditorTableController::RulesEditorTableController(
     RulesDocument& document, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
     : m_document(document)
@@ -127,15 +133,16 @@ void RulesEditorTableController::setUpSortMenu()
 {
     auto* oneOf = new QActionGroup(this);
     oneOf->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
-    for (int column = 0; column < ruleColumnCount; ++column) {
-        QAction* item = oneOf->addAction(toQt(columnTitle(static_cast<RuleColumn>(column))));
+    const auto add = [this, oneOf](const QString& title, SortKey key, int column) {
+        QAction* item = oneOf->addAction(title);
         item->setCheckable(true);
-        // Keeps its mark when it is chosen again, to turn the order round.
-        connect(item, &QAction::triggered, this, [this, column, item] {
-            item->setChecked(true);
-            sortByColumn(column);
-        });
+        connect(item, &QAction::triggered, this, [this, key, column] { sortBy(key, column); });
+    };
+    for (int column = 0; column < ruleColumnCount; ++column) {
+        const auto ruleColumn = static_cast<RuleColumn>(column);
+        add(toQt(columnTitle(ruleColumn)), columnSortKey(ruleColumn), column);
     }
+    add(tr("Date"), SortKey::created, noColumn);
     m_ui->sortMenu->addActions(oneOf->actions());
 }
 
@@ -175,12 +182,17 @@ void RulesEditorTableController::hideSystemAction()
 
 void RulesEditorTableController::sortByColumn(int column)
 {
-    m_sortDescriptors
-        = sortDescriptorsAfterClick(m_sortDescriptors, columnSortKey(static_cast<RuleColumn>(column)));
+    sortBy(columnSortKey(static_cast<RuleColumn>(column)), column);
+}
+
+// The item of the menu keeps its mark when it is chosen again, to turn the order round.
+void RulesEditorTableController::sortBy(SortKey key, int column)
+{
+    m_sortDescriptors = sortDescriptorsAfterClick(m_sortDescriptors, key);
     const Qt::SortOrder order
         = m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
     m_ui->rulesEditorTableView->showOrder(column, order);
-    m_ui->sortMenu->actions().at(column)->setChecked(true);
+    m_ui->sortMenu->actions().at(column == noColumn ? ruleColumnCount : column)->setChecked(true);
     sortDescriptorsDidChange();
 }
 

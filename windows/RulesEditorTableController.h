@@ -196,6 +196,7 @@ private:
     void rulesWereReloaded() override;
     void fileStateDidChange() override;
     void documentHasNews(const DocumentNews& news) override;
+    void sortBy(SortKey key, int column);
     void sortDescriptorsDidChange();
     void reloadRows();
     void reloadTable();

@@ -48,7 +48,7 @@ bool RulesTableModel::setData(const QModelIndex& index, const QVariant& value, i
 
 RuleCell RulesTableModel::makeCell(std::size_t row, int column) const
 {
-    return ruleCell(m_store, rows(), row, rowsShowSystemRules(), static_cast<RuleColumn>(column));
+    return ruleCell(m_store, rows(), row, rowsShowSystemRules(), static_cast<RuleColumn>(column), m_place);
 }
 
 std::string_view RulesTableModel::titleOf(int column) const

@@ -20,6 +20,9 @@ public:
     // Takes effect with the next reload.
     void setShowsSystemRules(bool shows) { m_showsSystemRules = shows; }
 
+    // Where programs and paths are looked up. Takes effect with the next reload.
+    void setPlace(const RulesPlace& place) { m_place = place; }
+
     // Takes the store's present rows.
     void reload();
 
@@ -45,6 +48,7 @@ protected:
 private:
     const RuleManager& m_store;
     bool m_showsSystemRules = false;
+    RulesPlace m_place = RulesPlace::thisMachine();
 };
 
 } // namespace quorvane

@@ -105,7 +105,7 @@ SelectionController::SelectionController(
     : m_window(window)
     , m_table(table)
     , m_document(document)
-    , m_facts(facts)
+    , m_facts(&facts)
 {
 }
 
@@ -177,7 +177,7 @@ void SelectionController::performOrPreview(const Command& command, const MakePla
 void SelectionController::patch(const Command& command, const RulePatch& patch)
 {
     performOrPreview(command, [this, patch](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-        return patchingOf(m_document.store(), rules, patch, m_facts, lineEnds);
+        return patchingOf(m_document.store(), rules, patch, *m_facts, lineEnds);
     });
 }
 
@@ -222,7 +222,7 @@ void SelectionController::setTag()
         return planned(
             command, selected, ends, [this, field](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
                 return patchingOf(
-                    m_document.store(), rules, {.tag = fromQt(field->text())}, m_facts, lineEnds);
+                    m_document.store(), rules, {.tag = fromQt(field->text())}, *m_facts, lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -251,7 +251,7 @@ void SelectionController::changeOperations()
             static_cast<RulePatch::Operations::Kind>(kind->currentData().toInt()), boxes->operations()};
         return planned(
             command, selected, ends, [this, change](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-                return patchingOf(m_document.store(), rules, {.operations = change}, m_facts, lineEnds);
+                return patchingOf(m_document.store(), rules, {.operations = change}, *m_facts, lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -277,7 +277,7 @@ void SelectionController::copyToProgram()
             return nothingYet(tr("Name the program by its whole path."));
         return planned(
             command, selected, ends, [this, path](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-                return copyingOf(m_document.store(), rules, path, m_facts, lineEnds);
+                return copyingOf(m_document.store(), rules, path, *m_facts, lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -297,7 +297,7 @@ void SelectionController::moveProgram()
 void SelectionController::moveProgram(const std::string& from)
 {
     const std::vector<ProgramCandidate> candidates
-        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), m_facts);
+        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), *m_facts);
     Form form;
     auto* found = new QComboBox(form.widget);
     found->setObjectName(QStringLiteral("candidatesPopUp"));

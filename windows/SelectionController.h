@@ -29,6 +29,9 @@ public:
     // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
     SelectionController(QWidget& window, RulesTable& table, RulesDocument& document, ProgramFacts& facts);
 
+    // What programs are asked from now on. Must outlive this, or the next call.
+    void setFacts(ProgramFacts& facts) { m_facts = &facts; }
+
     // Ask for what the rules are to have.
     void setTag();
     void changeOperations();
@@ -75,7 +78,7 @@ private:
     QWidget& m_window;
     RulesTable& m_table;
     RulesDocument& m_document;
-    ProgramFacts& m_facts;
+    ProgramFacts* m_facts; // never null
     QPointer<ChangeWindow> m_preview; // the one that is open
 };
 

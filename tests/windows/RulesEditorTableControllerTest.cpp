@@ -135,6 +135,29 @@ TEST_F(MainWindow, SortsByClicksOnTitlesWithEarlierClicksBreakingTies)
     EXPECT_EQ(shownPaths(), QStringLiteral("/c /b /a /w"));
 }
 
+TEST_F(MainWindow, SortsByTheDateThatNoColumnShows)
+{
+    const auto dated = [this](const char* path, std::uint64_t created) {
+        store.addPolicyRule(
+            policyRule({.path = path, .processName = "/bin/sh", .operations = 1, .created = created}));
+    };
+    dated("/new", 1700000000);
+    dated("/old", 1600000000);
+    window->reloadData();
+    clickTitle(RuleColumn::path);
+    QAction* date = window->findChild<QMenu*>(QStringLiteral("sortMenu"))->actions().last();
+    ASSERT_EQ(date->text(), QStringLiteral("Date"));
+    date->trigger();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/w /a /b /c /old /new"));
+    EXPECT_TRUE(date->isChecked());
+    EXPECT_FALSE(table->horizontalHeader()->isSortIndicatorShown());
+    date->trigger();
+    EXPECT_TRUE(shownPaths().startsWith(QStringLiteral("/new /old")));
+    clickTitle(RuleColumn::path);
+    EXPECT_TRUE(table->horizontalHeader()->isSortIndicatorShown());
+    EXPECT_FALSE(date->isChecked());
+}
+
 TEST_F(MainWindow, SortedByClassWatchRulesStandApart)
 {
     clickTitle(RuleColumn::path);

@@ -1,0 +1,107 @@
+#include "windows/PlaceMenu.h"
+#include "tests/windows/EditorTable.h"
+#include "windows/Shades.h"
+
+#include <QDialog>
+#include <QMenu>
+#include <QTimer>
+
+namespace quorvane {
+
+namespace {
+
+// Which machine the rules are for.
+class PlaceMenuTest : public EditorTable {
+protected:
+    PlaceMenuTest()
+    {
+        volume.write("there", "x");
+        open("allow path \"/there\" \"any\" r \"\" \"\" \"0\"\n");
+        items = in<QMenu>("placeMenu")->actions();
+    }
+    bool isRed() const
+    {
+        QApplication::processEvents(); // the row is made when it is painted
+        return cell(0, RuleColumn::path).data(Qt::ForegroundRole).value<QBrush>().color() == shades::red;
+    }
+    QString foot() const
+    {
+        const auto* shown = in<QLabel>("placeLabel");
+        return shown->isVisible() ? shown->text() : QString();
+    }
+    // Answers the panel that asks for the volume with this path; leaves it when the path is empty.
+    void chooseVolume(const std::string& path)
+    {
+        QTimer::singleShot(0, window.get(), [path] { answer(path); });
+        items[1]->trigger();
+    }
+    static void answer(const std::string& path)
+    {
+        auto* panel = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(panel, nullptr);
+        if (path.empty())
+            return panel->reject();
+        panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
+        panel->accept();
+    }
+
+    TemporaryFolder volume;
+    QList<QAction*> items;
+};
+
+} // namespace
+
+TEST_F(PlaceMenuTest, BeginsWithThisMachine)
+{
+    EXPECT_TRUE(items[0]->isChecked());
+    EXPECT_TRUE(isRed());
+    EXPECT_EQ(foot(), QString());
+}
+
+TEST_F(PlaceMenuTest, LooksAtAMountedVolumeAndSaysSoAtTheFoot)
+{
+    chooseVolume(volume.path());
+    EXPECT_TRUE(items[1]->isChecked());
+    EXPECT_FALSE(isRed());
+    EXPECT_EQ(foot(), QStringLiteral("Rules are for: %1/").arg(QString::fromStdString(volume.path())));
+    items[0]->trigger();
+    EXPECT_TRUE(isRed());
+    EXPECT_EQ(foot(), QString());
+}
+
+TEST_F(PlaceMenuTest, BindsRulesToTheProgramsOfTheVolume)
+{
+    volume.write("program", "text");
+    const RuleRef rule = policyRule({.path = "any", .processName = "/program", .operations = 1});
+    store->addPolicyRule(std::get<PolicyRulePtr>(rule));
+    window->reloadData();
+    chooseVolume(volume.path());
+    window->selectRules({rule});
+    action("bindAnewMenuItem")->trigger();
+    EXPECT_EQ(std::get<PolicyRulePtr>(rule)->constraint().view(),
+        "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
+}
+
+TEST_F(PlaceMenuTest, LooksAtNothingForAMachineThatIsSomewhereElse)
+{
+    items[2]->trigger();
+    EXPECT_FALSE(isRed());
+    EXPECT_EQ(foot(), QStringLiteral("Rules are for: somewhere else"));
+}
+
+TEST_F(PlaceMenuTest, StaysAsItIsWhenNoVolumeIsChosen)
+{
+    items[2]->trigger();
+    chooseVolume("");
+    EXPECT_TRUE(items[2]->isChecked());
+    EXPECT_FALSE(isRed());
+}
+
+TEST_F(PlaceMenuTest, SaysWhyAFileIsNoVolume)
+{
+    chooseVolume(volume.path("there"));
+    EXPECT_TRUE(items[0]->isChecked());
+    EXPECT_TRUE(notice().contains(QStringLiteral("cannot be used as a volume"))) << qPrintable(notice());
+}
+
+} // namespace quorvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "workflow/RulesPlace.h"
+
+#include <QObject>
+#include <QString>
+
+class QAction;
+class QActionGroup;
+class QMenu;
+class QWidget;
+
+namespace quorvane {
+
+class RulesTable;
+
+// The menu of machines that rules can be for: this one, one whose volume is mounted here, or one that is out
+// of reach. This machine at first. User interface thread only.
+class PlaceMenu : public QObject {
+    Q_OBJECT
+public:
+    // Panels stand over `window`; the table says why a volume cannot be used. Nothing given is owned; all of
+    // it must outlive this.
+    PlaceMenu(QMenu& menu, QWidget& window, RulesTable& table);
+
+    const RulesPlace& place() const { return m_place; }
+    bool isThisMachine() const;
+
+Q_SIGNALS:
+    // Programs and paths are to be looked up there from now on. `name` says where; empty for this machine.
+    void placeChosen(const quorvane::RulesPlace& place, const QString& name);
+
+private:
+    QAction* addItem(const QString& title);
+    void choose(QAction* item, const RulesPlace& place, const QString& name);
+    void chooseVolume();
+
+    QWidget& m_window;
+    RulesTable& m_table;
+    QActionGroup* m_items; // owned by this
+    QAction* m_thisMachine;
+    QAction* m_volume;
+    QAction* m_elsewhere;
+    QAction* m_chosen; // one of these
+    RulesPlace m_place = RulesPlace::thisMachine();
+};
+
+} // namespace quorvane
