@@ -79,8 +79,10 @@ void ProblemsFinder::look()
 
 void ProblemsFinder::wasFound(const ProblemListsPtr& problems)
 {
-    m_problems = problems;
+    ProblemListsPtr former = std::exchange(m_problems, problems);
     Q_EMIT found(problems);
+    // Letting go of long lists takes a while as well.
+    m_thread.run([former = std::move(former)]() mutable { former.reset(); }, [] {});
 }
 
 } // namespace quorvane
