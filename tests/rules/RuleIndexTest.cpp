@@ -222,6 +222,7 @@ TEST(RuleRows, SayWhereWantedRulesStand)
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 
     policyAt(*store, 0)->setTag("changed"); // its former value is remembered, but is no row
+    store->rebuildRulesCache();
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 }
 
@@ -243,6 +244,7 @@ TEST(RuleRows, SayWhatTheyHaveInCommonWithFormerOnes)
 
     const auto two = store->rows();
     policyAt(*store, 0)->setTag("changed");
+    store->rebuildRulesCache();
     EXPECT_EQ(common(*two), std::pair(std::size_t{0}, std::size_t{1}));
 }
 
