@@ -1,4 +1,5 @@
-<?xml version='1.0' encoding='utf-8'?>
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
     <name>AsideWindow</name>
@@ -558,7 +559,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Quorvane Preferences</translation>
     </message>
     <message>
-        <source>Users' own rules</source>
+        <source>Users&apos; own rules</source>
         <translation>Eigene Regeln der Benutzer</translation>
     </message>
     <message>
@@ -566,11 +567,11 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Normale Benutzer dürfen Regeln anlegen</translation>
     </message>
     <message>
-        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator's password.</source>
+        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator&apos;s password.</source>
         <translation>Alle dürfen in den gemeinsamen Regelordner schreiben, nicht nur Administratoren. Zum Ändern ist das Passwort eines Administrators nötig.</translation>
     </message>
     <message>
-        <source>Restrict users' own rules</source>
+        <source>Restrict users&apos; own rules</source>
         <translation>Eigene Regeln der Benutzer einschränken</translation>
     </message>
     <message>
@@ -578,7 +579,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Regeln, die normale Benutzer anlegen, gelten nur in Grenzen.</translation>
     </message>
     <message>
-        <source>&amp;Detail of users' access</source>
+        <source>&amp;Detail of users&apos; access</source>
         <translation>&amp;Detailgrad der Benutzerzugriffe</translation>
     </message>
     <message>
@@ -682,7 +683,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Für Antworten auf Rückfragen die Touch Bar verlangen</translation>
     </message>
     <message>
-        <source>Answers come out of band, out of other programs' reach.</source>
+        <source>Answers come out of band, out of other programs&apos; reach.</source>
         <translation>Antworten kommen auf einem eigenen Weg, außer Reichweite anderer Programme.</translation>
     </message>
     <message>
@@ -925,16 +926,8 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>&amp;Was betrifft...</translation>
     </message>
     <message>
-        <source>Ctrl+Shift+F</source>
-        <translation type="unfinished" />
-    </message>
-    <message>
         <source>&amp;Map...</source>
         <translation>&amp;Karte...</translation>
-    </message>
-    <message>
-        <source>Ctrl+M</source>
-        <translation type="unfinished" />
     </message>
     <message>
         <source>C&amp;lean Up...</source>
@@ -945,16 +938,8 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>&amp;Nächstes Problem</translation>
     </message>
     <message>
-        <source>F8</source>
-        <translation>F8</translation>
-    </message>
-    <message>
         <source>P&amp;revious Problem</source>
         <translation>Vo&amp;riges Problem</translation>
-    </message>
-    <message>
-        <source>Shift+F8</source>
-        <translation>Shift+F8</translation>
     </message>
     <message>
         <source>Set &amp;Aside</source>
@@ -963,6 +948,10 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Set &amp;Aside...</source>
         <translation>&amp;Beiseitelegen...</translation>
+    </message>
+    <message>
+        <source>Rules Are &amp;For</source>
+        <translation>Regeln gelten &amp;für</translation>
     </message>
 </context>
 <context>
@@ -1593,6 +1582,33 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
+    <name>quorvane::PlaceMenu</name>
+    <message>
+        <source>This &amp;Machine</source>
+        <translation>Diesen &amp;Rechner</translation>
+    </message>
+    <message>
+        <source>A Mounted &amp;Volume...</source>
+        <translation>Ein eingehängtes &amp;Volume...</translation>
+    </message>
+    <message>
+        <source>&amp;Somewhere Else</source>
+        <translation>&amp;Anderswo</translation>
+    </message>
+    <message>
+        <source>somewhere else</source>
+        <translation>anderswo</translation>
+    </message>
+    <message>
+        <source>Volume of the machine that the rules are for</source>
+        <translation>Volume des Rechners, für den die Regeln gelten</translation>
+    </message>
+    <message>
+        <source>%1 cannot be used as a volume: %2</source>
+        <translation>%1 kann nicht als Volume verwendet werden: %2</translation>
+    </message>
+</context>
+<context>
     <name>quorvane::ProblemList</name>
     <message>
         <source>Why?</source>
@@ -1657,7 +1673,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <translation>Die Datei der Voreinstellungen kann nicht gelesen werden: %1. Angezeigt werden die Standardwerte; beim Speichern bleibt die Datei unter anderem Namen erhalten.</translation>
     </message>
     <message>
-        <source>Failed to save the preferences to '%1': %2</source>
+        <source>Failed to save the preferences to &apos;%1&apos;: %2</source>
         <translation>Die Voreinstellungen konnten nicht in „%1“ gespeichert werden: %2</translation>
     </message>
 </context>
@@ -1872,6 +1888,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>&amp;Problems</source>
         <translation>&amp;Probleme</translation>
+    </message>
+    <message>
+        <source>Rules are for: %1</source>
+        <translation>Regeln gelten für: %1</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
     </message>
 </context>
 <context>
