@@ -1,5 +1,4 @@
-<?xml version="1.0" encoding="utf-8"?>
-<!DOCTYPE TS>
+<?xml version='1.0' encoding='utf-8'?>
 <TS version="2.1" language="de">
 <context>
     <name>AsideWindow</name>
@@ -559,7 +558,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Quorvane Preferences</translation>
     </message>
     <message>
-        <source>Users&apos; own rules</source>
+        <source>Users' own rules</source>
         <translation>Eigene Regeln der Benutzer</translation>
     </message>
     <message>
@@ -567,11 +566,11 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Normale Benutzer dürfen Regeln anlegen</translation>
     </message>
     <message>
-        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator&apos;s password.</source>
+        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator's password.</source>
         <translation>Alle dürfen in den gemeinsamen Regelordner schreiben, nicht nur Administratoren. Zum Ändern ist das Passwort eines Administrators nötig.</translation>
     </message>
     <message>
-        <source>Restrict users&apos; own rules</source>
+        <source>Restrict users' own rules</source>
         <translation>Eigene Regeln der Benutzer einschränken</translation>
     </message>
     <message>
@@ -579,7 +578,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Regeln, die normale Benutzer anlegen, gelten nur in Grenzen.</translation>
     </message>
     <message>
-        <source>&amp;Detail of users&apos; access</source>
+        <source>&amp;Detail of users' access</source>
         <translation>&amp;Detailgrad der Benutzerzugriffe</translation>
     </message>
     <message>
@@ -683,7 +682,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Für Antworten auf Rückfragen die Touch Bar verlangen</translation>
     </message>
     <message>
-        <source>Answers come out of band, out of other programs&apos; reach.</source>
+        <source>Answers come out of band, out of other programs' reach.</source>
         <translation>Antworten kommen auf einem eigenen Weg, außer Reichweite anderer Programme.</translation>
     </message>
     <message>
@@ -846,7 +845,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>&amp;Suchen</translation>
     </message>
     <message>
-        <source>&amp;Preferences...</source>
+        <source>Prefere&amp;nces...</source>
         <translation>&amp;Voreinstellungen...</translation>
     </message>
     <message>
@@ -882,7 +881,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>&amp;Einfügen...</translation>
     </message>
     <message>
-        <source>D&amp;uplicate...</source>
+        <source>Dupl&amp;icate...</source>
         <translation>&amp;Duplizieren...</translation>
     </message>
     <message>
@@ -918,7 +917,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Pro&amp;gramm verschoben...</translation>
     </message>
     <message>
-        <source>&amp;Select By</source>
+        <source>Select &amp;By</source>
         <translation>&amp;Auswählen nach</translation>
     </message>
     <message>
@@ -1673,7 +1672,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <translation>Die Datei der Voreinstellungen kann nicht gelesen werden: %1. Angezeigt werden die Standardwerte; beim Speichern bleibt die Datei unter anderem Namen erhalten.</translation>
     </message>
     <message>
-        <source>Failed to save the preferences to &apos;%1&apos;: %2</source>
+        <source>Failed to save the preferences to '%1': %2</source>
         <translation>Die Voreinstellungen konnten nicht in „%1“ gespeichert werden: %2</translation>
     </message>
 </context>

@@ -105,7 +105,7 @@ class Activation(DesktopTest):
     def test_a_second_start_brings_the_window_to_the_front(self):
         window = RulesWindow(self.desk, self.launch())
         other = self.open()
-        self.assertFalse(window.frame.has(ACTIVE))
+        self.assert_becomes(lambda: window.frame.has(ACTIVE), False)
         self.assertEqual(self.launch().pid, window.process.pid)
         eventually(lambda: window.frame.has(ACTIVE), "the first window to come to the front")
         self.assertEqual(len(self.shown(window.process, "frame")), 1)

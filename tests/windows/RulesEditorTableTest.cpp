@@ -2,6 +2,9 @@
 #include "windows/RulesTableModel.h"
 #include "workflow/PlannedChange.h"
 
+#include <QMenu>
+#include <QMenuBar>
+#include <QSet>
 #include <QSignalSpy>
 
 #include <string>
@@ -27,6 +30,20 @@ protected:
 };
 
 } // namespace
+
+TEST_F(RulesEditorTable, StandsUnderMenusEachOfWhoseItemsHasALetterOfItsOwn)
+{
+    for (const QMenu* menu : window->menuBar()->findChildren<QMenu*>()) {
+        QStringList letters;
+        for (const QAction* item : menu->actions()) {
+            const QKeySequence key = QKeySequence::mnemonic(item->text());
+            if (!key.isEmpty())
+                letters.append(key.toString());
+        }
+        EXPECT_EQ(QSet<QString>(letters.begin(), letters.end()).size(), letters.size())
+            << menu->title().toStdString() << ": " << letters.join(QLatin1Char(' ')).toStdString();
+    }
+}
 
 TEST_F(RulesEditorTable, SelectsRulesWhereverTheyStandAndAnswersThemFromTheTopDown)
 {
