@@ -1,6 +1,7 @@
 #include "windows/ImportTableModel.h"
 
 #include "workflow/ImportCells.h"
+#include "workflow/ImportForesight.h"
 
 namespace quorvane {
 
@@ -11,11 +12,6 @@ bool shaded = false; // of the rows of all reviews, for the whole process
 constexpr int tickColumn = static_cast<int>(ImportColumn::tick);
 
 } // namespace
-
-std::int64_t sequenceOf(const RuleRef& rule)
-{
-    return askRule(rule, [](const auto& record) { return record.sequence(); });
-}
 
 ImportTableModel::ImportTableModel(
     const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent)

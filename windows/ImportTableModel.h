@@ -48,7 +48,4 @@ private:
     bool m_showsAll = true; // its rows, and not only some
 };
 
-// The load number of a rule, which identifies it in its file.
-std::int64_t sequenceOf(const RuleRef& rule);
-
 } // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "rules/PathCover.h"
 #include "rules/RuleCodes.h"
+#include "rules/RuleProperties.h"
 
 #include <string_view>
 #include <utility>
@@ -24,16 +25,6 @@ template <class Fields> Place placeOf(const Fields& rule)
     const std::size_t slash = isFile ? path.rfind('/') : path.find('/');
     const std::string_view folder = path.substr(0, slash == std::string_view::npos ? slash : slash + 1);
     return {isFile ? Kind::folder : Kind::other, std::string(folder)};
-}
-
-// Deliberate: the property of a watch rule says 0, as its kind alone tells its class.
-std::int32_t classOf(const PolicyRuleFields& rule)
-{
-    return rule.policyClass;
-}
-std::int32_t classOf(const WatchRuleFields&)
-{
-    return PolicyClass::watch;
 }
 
 void count(AccessCounts& counts, std::int32_t policyClass)

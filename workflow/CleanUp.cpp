@@ -1,6 +1,7 @@
 #include "workflow/CleanUp.h"
 
 #include "rules/ApplicationIdentity.h"
+#include "rules/RuleProperties.h"
 #include "workflow/RuleProblems.h"
 
 #include <algorithm>
@@ -62,11 +63,6 @@ std::string homeOf(const std::string& path)
             return path.substr(0, path.find('/', homes.size()));
     }
     return {};
-}
-
-std::string pathOf(const RuleValue& rule)
-{
-    return askValue(rule, [](const auto& fields) { return std::string(fields.path.view()); });
 }
 
 // The program that is gone: the rule's own, or its parent.
@@ -173,7 +169,7 @@ void doubtWhatMustStay(const RuleManager& store, std::vector<DispensableRule>& c
     for (const RuleRef& rule : goingTogether(store, undoubted))
         going.insert(addressOf(rule));
     for (DispensableRule& each : candidates) {
-        if (each.doubt.empty() && !going.contains(addressOf(each.rule)))
+        if (each.doubt.empty() && !going.contains(addressOf(each.rule)) && store.isStored(each.rule))
             each.doubt = "the rule that covers it goes";
     }
 }
@@ -183,7 +179,9 @@ PlannedChange cleaningUp(
 {
     const std::vector<RuleRef> going = goingTogether(store, chosen);
     PlannedChange plan = removalOf(store, going, lineEnds);
-    plan.unchanged = chosen.size() - going.size();
+    const auto stored = std::count_if(chosen.begin(), chosen.end(),
+        [&store](const DispensableRule& each) { return store.isStored(each.rule); });
+    plan.unchanged = static_cast<std::size_t>(stored) - going.size();
     if (plan.unchanged > 0)
         plan.remarks.push_back(plan.unchanged == 1
                 ? "1 redundant rule stays: no rule that stays covers it."

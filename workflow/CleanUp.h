@@ -33,7 +33,7 @@ struct ChangingPlaces {
 std::string whyItMayComeBack(const std::string& path, const ChangingPlaces& places, ProgramFacts& facts);
 
 // The user's rules that have nothing to do, each once: those whose program is gone, those whose path is, and
-// redundant ones; each in stored order. Of several reasons one that leaves no doubt is told. A program that
+// redundant ones; each in stored order. Of several reasons the one without doubt is reported. A program that
 // is there but another one is not gone. Any thread.
 std::vector<DispensableRule> cleanUpCandidates(
     const ProblemLists& problems, const ChangingPlaces& places, const RulesPlace& place);

@@ -3,6 +3,7 @@
 #include "rules/RuleCodes.h"
 #include "rules/RuleLine.h"
 #include "rules/RuleMarks.h"
+#include "rules/RuleProperties.h"
 
 #include <ctime>
 #include <memory>
@@ -35,12 +36,12 @@ std::string changeOf(const char* property, const std::string& before, const std:
     return before == after ? "" : std::string(property) + " changed from " + before + " to " + after;
 }
 
-std::string classOf(const PolicyRuleFields& rule)
+std::string classWord(const PolicyRuleFields& rule)
 {
     return std::string(policyClassDescription(rule.policyClass));
 }
 
-std::string classOf(const WatchRuleFields&)
+std::string classWord(const WatchRuleFields&)
 {
     return std::string(policyClassDescription(PolicyClass::watch));
 }
@@ -58,16 +59,11 @@ std::string constraintOf(const WatchRuleFields&)
 // What rule equality compares and changes of many rules at once may change.
 template <class Fields> std::vector<std::string> identityChanges(const Fields& before, const Fields& after)
 {
-    return {changeOf("class", classOf(before), classOf(after)),
+    return {changeOf("class", classWord(before), classWord(after)),
         changeOf("process", quoted(before.processName), quoted(after.processName)),
         changeOf("operations", operationsDescription(static_cast<std::int32_t>(before.operations)),
             operationsDescription(static_cast<std::int32_t>(after.operations))),
         changeOf("constraint", constraintOf(before), constraintOf(after))};
-}
-
-const void* addressOf(const RuleValue& rule)
-{
-    return askValue(rule, [](const auto& fields) -> const void* { return &fields; });
 }
 
 // Appends "2 rules added", or ", 2 added" behind other words; nothing for none.

@@ -14,11 +14,6 @@ constexpr unsigned bitOf(Foresight kind)
     return 1U << static_cast<unsigned>(kind);
 }
 
-std::int64_t sequenceOf(const RuleRef& rule)
-{
-    return askRule(rule, [](const auto& record) { return record.fields().sequence; });
-}
-
 bool isCutBy(const RuleRef& rule, LineEnds lineEnds)
 {
     return lineEnds == LineEnds::cut && askRule(rule, [](const auto& record) {
@@ -28,6 +23,11 @@ bool isCutBy(const RuleRef& rule, LineEnds lineEnds)
 }
 
 } // namespace
+
+std::int64_t sequenceOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return record.sequence(); });
+}
 
 std::string_view foresightTitle(Foresight kind)
 {

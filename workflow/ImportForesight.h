@@ -75,4 +75,7 @@ private:
     std::size_t m_countOfCut = 0;
 };
 
+// The load number of a rule, which identifies it in its file.
+std::int64_t sequenceOf(const RuleRef& rule);
+
 } // namespace quorvane

@@ -2,6 +2,7 @@
 
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
+#include "rules/RuleProperties.h"
 
 #include <algorithm>
 #include <string_view>
@@ -15,23 +16,13 @@ template <class Value, class Wanted> bool isAnyOf(const std::vector<Wanted>& wan
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
 }
 
-std::int32_t classOf(const PolicyRule& rule)
-{
-    return rule.fields().policyClass;
-}
-
-std::int32_t classOf(const WatchRule& rule)
-{
-    return rule.getPolicyClass();
-}
-
 template <class Rule> bool meets(const Rule& rule, const RuleCriteria& criteria)
 {
     const auto& fields = rule.fields();
     const auto isText = [](const std::vector<std::string>& wanted, const NullableText& text) {
         return wanted.empty() || (!text.isNull() && isAnyOf(wanted, text.view()));
     };
-    return isAnyOf(criteria.classes, classOf(rule)) && isAnyOf(criteria.types, fields.policyType)
+    return isAnyOf(criteria.classes, classOf(fields)) && isAnyOf(criteria.types, fields.policyType)
         && isAnyOf(criteria.tags, fields.tag.view()) && isText(criteria.processes, fields.processName)
         && isText(criteria.paths, fields.path)
         && (criteria.programs.empty() || isAnyOf(criteria.programs, applicationPathForRule(rule)));

@@ -1,6 +1,7 @@
 #include "workflow/RuleProblems.h"
 
 #include "rules/ApplicationIdentity.h"
+#include "rules/RuleProperties.h"
 #include "rules/RuleRef.h"
 #include "workflow/RuleSentence.h"
 #include "workflow/UnwritableRules.h"
@@ -16,11 +17,6 @@ using Mending = RuleProblem::Mending;
 NullableText processOf(const RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) { return fields.processName; });
-}
-
-std::string pathOf(const RuleValue& rule)
-{
-    return askValue(rule, [](const auto& fields) { return std::string(fields.path.view()); });
 }
 
 std::string constraintOf(const RuleValue& rule)

@@ -2,6 +2,7 @@
 
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
+#include "rules/RuleProperties.h"
 #include "rules/RuleRef.h"
 
 #include <array>
@@ -19,15 +20,6 @@ struct Counts {
     std::size_t system = 0;
     std::array<std::size_t, 4> ofClass{}; // allow, deny, watch, others
 };
-
-std::int32_t classOf(const PolicyRuleFields& rule)
-{
-    return rule.policyClass;
-}
-std::int32_t classOf(const WatchRuleFields&)
-{
-    return PolicyClass::watch;
-}
 
 template <class Fields> void count(Counts& counts, const Fields& rule)
 {

@@ -122,7 +122,9 @@ TEST_F(CleanUp, PassesOverRulesThatHaveGoneMeanwhile)
     const auto rule = add({.path = "/gone"});
     const auto found = candidates();
     store.takeOutPolicyRule(*rule);
-    EXPECT_TRUE(cleaningUp(store, found, LineEnds::cut).change.isEmpty());
+    const PlannedChange plan = cleaningUp(store, found, LineEnds::cut);
+    EXPECT_TRUE(plan.change.isEmpty());
+    EXPECT_TRUE(plan.remarks.empty());
 }
 
 TEST_F(CleanUp, DoubtsWhatMightComeBack)
