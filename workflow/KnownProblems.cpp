@@ -4,11 +4,13 @@
 #include "rules/CoverIndex.h"
 #include "rules/Hashing.h"
 #include "rules/RuleIdentity.h"
+#include "rules/RuleProperties.h"
 #include "workflow/RuleOverlaps.h"
 
 #include <algorithm>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -19,8 +21,8 @@
 // and now make the rules that have come and gone, a changed one being both.
 //
 // What a rule shows alone is looked up for those that have come. A rule can be covered only by one of its
-// application group, and a group's rules stand together in stored order; so the groups of the rules that have
-// come or gone are indexed again, and all others keep what is known of them.
+// application group, and a group's rules stand together in stored order, unless one was edited since; so the
+// groups of the rules that have come or gone are indexed again, and all others keep what is known of them.
 
 namespace quorvane {
 
@@ -43,11 +45,6 @@ bool isBefore(const Seen& a, const Seen& b)
     return std::tie(a.record, a.value) < std::tie(b.record, b.value);
 }
 
-const void* addressOfValue(const RuleValue& value)
-{
-    return std::visit([](const auto& fields) -> const void* { return fields.get(); }, value);
-}
-
 const RuleRef& ruleAt(const SeenRules& rules, std::size_t place)
 {
     return rules.rows->at(place, true);
@@ -68,7 +65,7 @@ SeenRules seen(std::shared_ptr<const RuleRows> rows)
     for (std::uint32_t place = 0; place < count; ++place) {
         const RuleRef& rule = ruleAt(rules, place);
         rules.values.push_back(valueOf(rule));
-        rules.byAddress.push_back({addressOf(rule), addressOfValue(rules.values.back()), place});
+        rules.byAddress.push_back({addressOf(rule), addressOf(rules.values.back()), place});
     }
     std::sort(rules.byAddress.begin(), rules.byAddress.end(), isBefore);
     return rules;
@@ -131,19 +128,23 @@ Group groupFrom(std::size_t first, const std::vector<RuleValue>& values)
     return {first, end};
 }
 
-void findCovering(OtherOf& found, const SeenRules& rules, const Group& group, const std::stop_token& stop)
+// `places`: of the rules of one application group.
+void findCovering(OtherOf& found, const SeenRules& rules, const std::vector<std::size_t>& places,
+    const std::stop_token& stop)
 {
-    const auto [first, end] = group;
     std::vector<PolicyRulePtr> slots; // records of its own
     std::unordered_map<const PolicyRule*, std::size_t> placeOf;
-    for (std::size_t place = first; place < end; ++place) {
+    for (const std::size_t place : places) {
         slots.push_back(std::make_shared<PolicyRule>(std::get<PolicyValue>(rules.values[place])));
         placeOf.emplace(slots.back().get(), place);
     }
     CoverIndex index(slots);
-    for (std::size_t place = first; place < end && !stop.stop_requested(); ++place) {
-        if (const PolicyRule* covering = index.firstCovering(*slots[place - first]))
-            found.emplace(addressOf(ruleAt(rules, place)), ruleAt(rules, placeOf.at(covering)));
+    for (const PolicyRulePtr& rule : slots) {
+        if (stop.stop_requested())
+            return;
+        if (const PolicyRule* covering = index.firstCovering(*rule))
+            found.emplace(
+                addressOf(ruleAt(rules, placeOf.at(rule.get()))), ruleAt(rules, placeOf.at(covering)));
     }
 }
 
@@ -155,20 +156,28 @@ OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenR
     addKeys(changed, difference.come, now.values);
     addKeys(changed, difference.gone, before.values);
     OtherOf found;
+    // A rule that was edited since the rows were taken stands among the rules of its former group.
+    std::unordered_map<std::string, std::vector<std::size_t>, TextHash> placesOf;
     for (Group group{0, 0}; group.second < now.values.size() && !stop.stop_requested();) {
         group = groupFrom(group.second, now.values);
         const PolicyRuleFields* policy = policyIn(now.values[group.first]);
         if (policy == nullptr)
             continue;
-        if (changed.contains(applicationGroupIdentityForFields(*policy))) {
-            if (group.second - group.first > 1)
-                findCovering(found, now, group, stop);
+        const std::string key = applicationGroupIdentityForFields(*policy);
+        if (changed.contains(key)) {
+            std::vector<std::size_t>& places = placesOf[key];
+            for (std::size_t place = group.first; place < group.second; ++place)
+                places.push_back(place);
             continue;
         }
         for (std::size_t place = group.first; place < group.second; ++place) {
             if (const auto covered = known.find(addressOf(ruleAt(now, place))); covered != known.end())
                 found.insert(*covered);
         }
+    }
+    for (const auto& [key, places] : placesOf) {
+        if (places.size() > 1)
+            findCovering(found, now, places, stop);
     }
     return found;
 }

@@ -1,4 +1,5 @@
 #include "workflow/KnownProblems.h"
+#include "rules/RuleCodes.h"
 #include "tests/rules/RandomRules.h"
 #include "tests/support/GivenFacts.h"
 #include "workflow/RuleOverlaps.h"
@@ -110,6 +111,20 @@ ChangeSet randomChange(RandomRules& random, const std::vector<RuleRef>& rules)
 }
 
 } // namespace
+
+TEST_F(KnownProblemsTest, AreRightAgainAfterARuleWasEditedWhileItsRowsWereLookedAt)
+{
+    const PolicyRulePtr covering = add({.path = "/a/", .processName = "/bin/a"});
+    const PolicyRulePtr edited = add({.path = "/b/", .processName = "/bin/a"});
+    add({.policyType = PolicyType::path, .path = "/a/x", .processName = "/bin/a"});
+    const auto rows = store.storedRows();
+    // Until the rows are taken again, it stands between two rules of another group.
+    edited->setProcessName("/bin/c");
+    known.follow(rows, false);
+    const std::string byDifference = text(*follow());
+    EXPECT_EQ(byDifference, plainText());
+    EXPECT_NE(byDifference.find("redundant"), std::string::npos);
+}
 
 TEST_F(KnownProblemsTest, KeptByDifferenceAreThoseFoundAfresh)
 {
