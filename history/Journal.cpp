@@ -94,11 +94,12 @@ template <typename Work> auto Journal::attempt(Access access, Work work)
 {
     using Answer = decltype(work(*m_database));
     m_problem.reset();
+    bool wasReadAgain = false; // after damage
     for (int failures = 0;; ++failures) {
         try {
             return openDatabase(access) ? work(*m_database) : Answer{};
         } catch (const DatabaseError& error) {
-            if (!recoverFrom(error, failures)) {
+            if (!recoverFrom(error, failures, wasReadAgain)) {
                 fail(error.what());
                 return Answer{};
             }
@@ -141,10 +142,11 @@ bool Journal::openDatabase(Access access)
 }
 
 // True when there is a data base to try once more with.
-bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures)
+bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures, bool& wasReadAgain)
 {
+    constexpr int mostFailures = 2;
     m_database.reset();
-    if (earlierFailures > 1)
+    if (earlierFailures > mostFailures)
         return false;
     if (error.isMoved())
         return true;
@@ -152,7 +154,7 @@ bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures)
         return false;
     if (m_place.databaseIdentity() != m_identity)
         return true; // another process has set it aside
-    if (earlierFailures == 0)
+    if (!std::exchange(wasReadAgain, true))
         return true; // a disk that failed to read is reported like this, too
     const auto aside = m_place.setAside(m_identity);
     if (!aside)

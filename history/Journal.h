@@ -106,7 +106,7 @@ private:
     // then.
     template <typename Work> auto attempt(Access access, Work work);
     bool openDatabase(Access access);
-    bool recoverFrom(const DatabaseError& error, int earlierFailures);
+    bool recoverFrom(const DatabaseError& error, int earlierFailures, bool& wasReadAgain);
     void fail(const char* reason);
     std::optional<std::int64_t> insert(const NewVersion& version, VersionState state);
     std::int64_t insertInto(Database& database, const NewVersion& version, VersionState state);
