@@ -16,7 +16,8 @@ public:
     // Requires number < size().
     const Element& operator[](std::size_t number) const
     {
-        return (*m_chunks[number / chunkSize])[number % chunkSize];
+        // By data(), which does not read where the chunk ends: that moves when the original grows.
+        return m_chunks[number / chunkSize]->data()[number % chunkSize];
     }
 
     // True when one is a copy of the other, or of what the other was: elements of one number are the same
