@@ -10,9 +10,10 @@
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
-#include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+
+#include <chrono>
 
 namespace quorvane {
 
@@ -23,10 +24,8 @@ QString asideSubject()
     return QStringLiteral("aside");
 }
 
-LineEnds lineEndsOf(const RulesDocument& document)
-{
-    return document.settings().wholeLines ? LineEnds::whole : LineEnds::cut;
-}
+// The window never waits long.
+constexpr std::chrono::milliseconds lockTimeout{100};
 
 } // namespace
 
@@ -37,8 +36,7 @@ AsideController::AsideController(
     , m_document(document)
     , m_workspace(workspace)
     , m_log(log)
-    , m_aside(document.stateFolder(), document.store().locations().userRulesFile(),
-          document.store().locations(), log)
+    , m_aside(document.stateFolder(), document.store().locations().userRulesFile(), lockTimeout)
 {
 }
 
@@ -48,7 +46,7 @@ void AsideController::setAside()
     std::erase_if(rules, isSystemRule);
     if (rules.empty())
         return;
-    const PlannedChange planned = removalOf(m_document.store(), rules, lineEndsOf(m_document));
+    const PlannedChange planned = removalOf(m_document.store(), rules, m_document.settings().lineEnds());
     if (!planned.refusal) {
         if (const auto problem = m_aside.add(planned.difference.removed))
             return m_table.addNotice(
@@ -60,11 +58,10 @@ void AsideController::setAside()
 
 void AsideController::tellSetAside(std::size_t rules)
 {
-    m_table.addNotice({.text = rules == 1
-            ? tr("1 rule is set aside.")
-            : tr("%1 rules are set aside.").arg(QLocale().toString(static_cast<qulonglong>(rules))),
-        .buttons = {{tr("Show"), [this] { showAside(); }}},
-        .subject = asideSubject()});
+    m_table.addNotice(
+        {.text = rules == 1 ? tr("1 rule is set aside.") : tr("%1 rules are set aside.").arg(inWords(rules)),
+            .buttons = {{tr("Show"), [this] { showAside(); }}},
+            .subject = asideSubject()});
 }
 
 void AsideController::showAside()
@@ -85,7 +82,7 @@ void AsideController::rulesDidChange()
 
 void AsideController::bringBack(const std::vector<RuleValue>& rules)
 {
-    const PlannedChange planned = addingOf(m_document.store(), rules, lineEndsOf(m_document));
+    const PlannedChange planned = addingOf(m_document.store(), rules, m_document.settings().lineEnds());
     std::vector<RuleRef> added;
     for (const ChangeSet::Addition& addition : planned.change.added)
         added.push_back(addition.rule);

@@ -5,35 +5,17 @@
 #include "platform/FileReplacement.h"
 #include "platform/RegularFile.h"
 #include "platform/SystemError.h"
-#include "rules/RuleManager.h"
 #include "rules/RuleNumbering.h"
 #include "rules/RulesContent.h"
+#include "rules/RulesFile.h"
+#include "rules/RulesText.h"
 #include "workflow/UnwritableRules.h"
 
 #include <cerrno>
-#include <chrono>
+#include <new>
 #include <system_error>
 
 namespace quorvane {
-
-namespace {
-
-constexpr std::chrono::seconds lockTimeout{5};
-constexpr int mostTries = 100; // each time another program was faster
-
-// The lock on what is at the path now; a file that was replaced meanwhile took its lock along.
-FileLock lockAt(const std::string& path)
-{
-    FileLock lock;
-    for (int count = 0; count < mostTries; ++count) {
-        lock = FileLock::take(path, LockMode::exclusive, lockTimeout);
-        if (!lock.isHeld() || lock.isAtPath())
-            break;
-    }
-    return lock;
-}
-
-} // namespace
 
 std::vector<RuleValue> withoutEqual(
     const std::vector<RuleValue>& rules, const std::vector<RuleValue>& present)
@@ -51,12 +33,11 @@ std::vector<RuleValue> withoutEqual(
 }
 
 AsideRules::AsideRules(
-    const std::string& stateFolder, const std::string& rulesFile, const Locations& locations, Log& log)
+    const std::string& stateFolder, const std::string& rulesFile, std::chrono::milliseconds wait)
     : m_stateFolder(stateFolder)
     , m_rulesFile(rulesFile)
+    , m_wait(wait)
     , m_file(JournalPlace(stateFolder, rulesFile).asideFile())
-    , m_locations(locations)
-    , m_log(log)
 {
 }
 
@@ -65,16 +46,18 @@ AsideRules::Listing AsideRules::read() const
     return rulesOf(RulesFileText::read(m_file));
 }
 
-AsideRules::Listing AsideRules::rulesOf(const RulesFileText& text) const
+AsideRules::Listing AsideRules::rulesOf(const RulesFileText& text)
 {
     Listing listing;
     if (text.errorMessage() || text.unreadReason()) {
         listing.problem = text.errorMessage() ? text.errorMessage() : text.unreadReason();
         return listing;
     }
-    const auto store = RuleManager::initWithText(text.text(), m_file, m_locations, m_log);
-    for (const RuleRef& rule : store->userRules())
-        listing.rules.push_back(valueOf(rule));
+    try {
+        listing.rules = rulesOfText(text.text());
+    } catch (const std::bad_alloc&) {
+        listing.problem = "Out of memory";
+    }
     return listing;
 }
 
@@ -102,7 +85,7 @@ std::optional<std::string> AsideRules::change(const Edit& edit) const
         return refusal;
     if (const auto problem = place.makeFolder())
         return problem;
-    const FileLock lock = lockAt(m_file);
+    const FileLock lock = FileLock::take(m_file, LockMode::exclusive, m_wait);
     if (!lock.isHeld())
         return lock.problem();
     Listing listing = rulesOf(RulesFileText::read(m_file, lock));

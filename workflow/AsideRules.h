@@ -2,6 +2,7 @@
 
 #include "rules/RuleValue.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -9,25 +10,24 @@
 
 namespace quorvane {
 
-class Log;
-class Locations;
 class RulesFileText;
 
 // Rules that are out of force for a while: a file of their own beside the journal of the rules file that they
 // come from. Its lines are those of a rules file, always written whole, so that tags and dates come back.
 //
 // The file is replaced whole and durably, under a lock that all our programs honour, or stays as it was. What
-// it holds is never overwritten unread. No operation throws but for want of memory. For one thread at a time.
+// it holds is never overwritten unread. Reading reports a lack of memory; a change throws for it, before
+// anything is written. For one thread at a time.
 class AsideRules {
 public:
-    // `rulesFile` is known by its real path. Both others must outlive this.
-    AsideRules(
-        const std::string& stateFolder, const std::string& rulesFile, const Locations& locations, Log& log);
+    // `rulesFile` is known by its real path. A change waits at most `wait` for another program's to end.
+    AsideRules(const std::string& stateFolder, const std::string& rulesFile,
+        std::chrono::milliseconds wait = std::chrono::seconds(5));
 
     const std::string& file() const { return m_file; }
 
     struct Listing {
-        std::vector<RuleValue> rules{}; // in the order in which a rules file holds them
+        std::vector<RuleValue> rules{}; // in the order of the file
         std::optional<std::string> problem{}; // why not all that the file may hold is there
     };
     Listing read() const;
@@ -42,15 +42,14 @@ public:
 private:
     using Edit = std::function<void(std::vector<RuleValue>& rules)>;
 
-    Listing rulesOf(const RulesFileText& text) const;
+    static Listing rulesOf(const RulesFileText& text);
     std::optional<std::string> change(const Edit& edit) const;
     std::optional<std::string> write(const std::vector<RuleValue>& rules) const;
 
     const std::string m_stateFolder;
     const std::string m_rulesFile;
+    const std::chrono::milliseconds m_wait;
     const std::string m_file; // empty when there is no state folder
-    const Locations& m_locations;
-    Log& m_log;
 };
 
 // Those of `rules` that no rule of `present` is equal to.

@@ -23,10 +23,7 @@ RuleValue rule(const std::string& path, const std::string& tag = "", std::uint64
 
 class AsideRulesTest : public testing::Test {
 protected:
-    AsideRules aside() const
-    {
-        return {box.folder.path("state/quorvane"), box.locations.userRulesFile(), box.locations, silentLog()};
-    }
+    AsideRules aside() const { return {box.folder.path("state/quorvane"), box.locations.userRulesFile()}; }
     std::string listed() const
     {
         std::string lines;
@@ -84,8 +81,7 @@ TEST_F(AsideRulesTest, IsForItsOwnerAlone)
 TEST_F(AsideRulesTest, BelongsToOneRulesFile)
 {
     EXPECT_EQ(aside().add({rule("/a")}), std::nullopt);
-    const AsideRules other(
-        box.folder.path("state/quorvane"), box.folder.path("other.rc"), box.locations, silentLog());
+    const AsideRules other(box.folder.path("state/quorvane"), box.folder.path("other.rc"));
     EXPECT_TRUE(other.read().rules.empty());
 }
 
@@ -99,8 +95,7 @@ TEST_F(AsideRulesTest, SaysWhyNothingCouldBeAdded)
 {
     blockFile();
     EXPECT_NE(aside().add({rule("/a")}), std::nullopt);
-    EXPECT_NE(AsideRules("", box.locations.userRulesFile(), box.locations, silentLog()).add({rule("/a")}),
-        std::nullopt);
+    EXPECT_NE(AsideRules("", box.locations.userRulesFile()).add({rule("/a")}), std::nullopt);
 }
 
 TEST_F(AsideRulesTest, NeverWritesOverWhatItCouldNotRead)
