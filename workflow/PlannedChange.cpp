@@ -255,15 +255,17 @@ private:
 
 using CoveringGroups = std::unordered_map<std::string, CoveringGroup>; // by application group identity
 
-// The groups of `rules`, without the rules that are gone.
+// The groups of those of `rules` that are not gone, without the rules that are.
 CoveringGroups coveringGroups(const RuleManager& store, const std::vector<RuleRef>& rules,
     const std::unordered_set<const void*>& isGone)
 {
     CoveringGroups groups;
     for (const RuleRef& rule : rules) {
-        if (const PolicyRule* policy = policyRuleIn(rule))
+        if (const PolicyRule* policy = policyRuleIn(rule); policy != nullptr && !isGone.contains(policy))
             groups[applicationGroupIdentityForRule(*policy)];
     }
+    if (groups.empty())
+        return groups;
     for (const RuleRef& rule : store.allRules()) {
         const auto* policy = std::get_if<PolicyRulePtr>(&rule);
         if (policy == nullptr || isGone.contains(policy->get()))
@@ -366,7 +368,7 @@ PlannedChange copyingOf(const RuleManager& store, const std::vector<RuleRef>& ru
 
 PlannedChange addingOf(const RuleManager& store, const std::vector<RuleValue>& values, LineEnds lineEnds)
 {
-    std::vector<RuleValue> present;
+    std::vector<RuleValue> present; // outlive their numbering
     for (const RuleRef& rule : store.userRules())
         present.push_back(valueOf(rule));
     RuleNumbering known;
