@@ -61,7 +61,7 @@ std::vector<MountLine> linesIn(std::string_view mountInfo)
     return lines;
 }
 
-// A partition tells nothing of its medium itself; its disk does.
+// Only the whole disk has a removable flag, not its partitions.
 bool isOnRemovableMedium(const std::string& device)
 {
     for (const char* file : {"/removable", "/../removable"}) {
@@ -76,7 +76,7 @@ bool isOnRemovableMedium(const std::string& device)
 
 std::vector<Mount> mountsOfThisMachine()
 {
-    // The kernel tells no size of this file.
+    // Files of /proc report size 0, so it is read to its end.
     std::ifstream file("/proc/self/mountinfo");
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     std::vector<Mount> mounts;

@@ -13,14 +13,14 @@ struct Mount {
     bool isRemovable = false; // on a medium that can be taken out, as far as the kernel knows
 };
 
-// What is mounted now; empty when the system does not tell. Any thread.
+// What is mounted now; empty when /proc cannot be read. Any thread.
 std::vector<Mount> mountsOfThisMachine();
 
 // The lines of /proc/self/mountinfo, of which those that are none are left out. Nothing is known there of
-// media.
+// media. Pure.
 std::vector<Mount> mountsIn(std::string_view mountInfo);
 
-// True for a file system that is somewhere else.
+// True for a file system on another machine. Pure.
 bool isNetworkMount(const Mount& mount);
 
 } // namespace quorvane

@@ -181,7 +181,7 @@ private:
     bool m_isWriting = false;
     std::optional<std::string> m_failure;
 
-    UndoSteps m_steps; // of this run, while nobody else has come between
+    UndoSteps m_steps; // of this run, while no other program has changed the file
     std::uint64_t m_unwritableRules = 0; // as told last
     std::optional<std::int64_t> m_knownVersion; // of the journal, that is known to the person last
     bool m_hasToldOfFile = false; // that it is another than the known one

@@ -116,7 +116,7 @@ void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
             return askRule(
                 rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         };
-        if (comesBack(m_owner.settings.wholeLines ? LineEnds::whole : LineEnds::cut))
+        if (comesBack(m_owner.settings.lineEnds()))
             continue;
         news.rules.push_back(rule);
         cut += comesBack(LineEnds::whole) ? 1U : 0U;
