@@ -1,11 +1,7 @@
 #include "windows/AsideController.h"
 
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/AsideWindow.h"
-#include "windows/FootNotices.h"
-#include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/RuleEdits.h"
 
@@ -25,25 +21,17 @@ const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \
 const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
 enum Row { watch, first, second };
 
-class Aside : public TableWindow<RulesEditorTableController, RuleColumn> {
+class Aside : public EditorTable {
 protected:
     Aside()
     {
-        box.writeUserRules(watchLine + firstLine + secondLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log(), box.folder.path("state"));
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open(watchLine + firstLine + secondLine, box.folder.path("state"));
     }
-    ~Aside() override { window.reset(); } // before the document
 
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     std::string asideFile() const
     {
-        const AsideRules aside(
-            box.folder.path("state"), box.locations.userRulesFile(), box.locations, silentLog());
+        const AsideRules aside(box.folder.path("state"), box.locations.userRulesFile());
         return aside.file();
     }
     std::string asideText() const { return TemporaryFolder::contents(asideFile()); }
@@ -58,18 +46,7 @@ protected:
         asideWindow = window->findChild<AsideWindow*>();
         asideTable = asideWindow->findChild<RulesTableView*>();
     }
-    std::string listed() const
-    {
-        std::string paths;
-        for (int row = 0; row < asideTable->model()->rowCount(); ++row)
-            paths += asideTable->model()
-                         ->index(row, static_cast<int>(RuleColumn::path))
-                         .data()
-                         .toString()
-                         .toStdString()
-                + " ";
-        return paths;
-    }
+    std::string listed() const { return pathsIn(*asideTable); }
     QPushButton* asideButton(const char* name) const
     {
         return asideWindow->findChild<QPushButton*>(QString::fromLatin1(name));
@@ -80,9 +57,6 @@ protected:
         asideButton("bringBackButton")->click();
     }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
     AsideWindow* asideWindow = nullptr;
     RulesTableView* asideTable = nullptr;
 };
@@ -105,7 +79,7 @@ TEST_F(Aside, BringsRulesBackWithTagAndDate)
     const std::string before = file();
     setAside({first});
     openAside();
-    EXPECT_EQ(listed(), "/a/ ");
+    EXPECT_EQ(listed(), "/a/|");
     EXPECT_FALSE(asideButton("bringBackButton")->isEnabled());
     bringBack(0);
     EXPECT_NE(file().find(firstLine), std::string::npos);
@@ -121,7 +95,7 @@ TEST_F(Aside, ListsARuleNoLongerOnceItIsInForceAgain)
     action("undoMenuItem")->trigger();
     EXPECT_EQ(listed(), "");
     action("redoMenuItem")->trigger();
-    EXPECT_EQ(listed(), "/a/ ");
+    EXPECT_EQ(listed(), "/a/|");
 }
 
 TEST_F(Aside, ListsARuleAgainWhenItsReturnIsTakenBack)
@@ -131,7 +105,7 @@ TEST_F(Aside, ListsARuleAgainWhenItsReturnIsTakenBack)
     bringBack(0);
     action("undoMenuItem")->trigger();
     EXPECT_EQ(file().find(firstLine), std::string::npos);
-    EXPECT_EQ(listed(), "/a/ ");
+    EXPECT_EQ(listed(), "/a/|");
 }
 
 TEST_F(Aside, KeepsRulesInForceWhenTheyCannotBeWrittenAside)
@@ -176,19 +150,18 @@ TEST_F(Aside, LeavesSystemRulesWhereTheyAre)
 TEST_F(Aside, SeesWhatAnotherProgramSetsAsideWhenItsWindowComesToTheFront)
 {
     openAside();
-    const AsideRules other(
-        box.folder.path("state"), box.locations.userRulesFile(), box.locations, silentLog());
+    const AsideRules other(box.folder.path("state"), box.locations.userRulesFile());
     EXPECT_EQ(other.add({valueOf(policyRule({.path = "/x", .processName = "any", .operations = 1}))}),
         std::nullopt);
     asideWindow->refresh();
-    EXPECT_EQ(listed(), "/x ");
+    EXPECT_EQ(listed(), "/x|");
 }
 
 TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
 {
     setAside({first, second});
     openAside();
-    for (const auto& [button, left] : {std::pair{"Cancel", "/a/ /b/ "}, std::pair{"&Delete", "/b/ "}}) {
+    for (const auto& [button, left] : {std::pair{"Cancel", "/a/|/b/|"}, std::pair{"&Delete", "/b/|"}}) {
         asideTable->selectRow(0);
         QTimer::singleShot(0, asideWindow, [name = button] {
             auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

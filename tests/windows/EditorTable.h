@@ -20,11 +20,12 @@ class EditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
 protected:
     ~EditorTable() override { window.reset(); } // before the document
 
-    void open(const std::string& userRules)
+    // Journals are in `stateFolder`, in one of the document's own when it is empty.
+    void open(const std::string& userRules, const std::string& stateFolder = {})
     {
         box.writeUserRules(userRules);
         store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
+        document = std::make_unique<TestDocument>(*store, run, log.log(), stateFolder);
         window
             = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
         show();

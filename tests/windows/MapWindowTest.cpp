@@ -1,10 +1,7 @@
 #include "windows/MapWindow.h"
 
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/AccessBars.h"
-#include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/RuleEdits.h"
 
@@ -20,26 +17,20 @@ namespace quorvane {
 
 namespace {
 
-class Map : public TableWindow<RulesEditorTableController, RuleColumn> {
+class Map : public EditorTable {
 protected:
     Map()
     {
-        box.writeUserRules("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
-                           "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
-                           "deny path \"/etc/ssh/key\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
-                           "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n");
         box.writeSystemFile("quorvane.rc", "deny prefix \"/opt/\" \"/usr/bin/zip\" r\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
+             "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+             "deny path \"/etc/ssh/key\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
+             "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n");
         action("mapMenuItem")->trigger();
         map = window->findChild<MapWindow*>();
         tree = map->findChild<QTreeView*>();
         EXPECT_TRUE(QTest::qWaitFor([this] { return tree->model()->rowCount() > 0; }));
     }
-    ~Map() override { window.reset(); } // before the document
 
     template <class Act> void afterMaking(Act act)
     {
@@ -61,9 +52,6 @@ protected:
     QModelIndex top(int row) const { return tree->model()->index(row, 0); }
     QString foot() const { return map->findChild<QLabel*>(QStringLiteral("countLabel"))->text(); }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
     MapWindow* map = nullptr;
     QTreeView* tree = nullptr;
 };
@@ -100,6 +88,14 @@ TEST_F(Map, ShowsTheProgramsAndTheirPlaces)
         "  Paths by their ending: 1 watch\n"
         "  /home/: 1 allow\n");
     EXPECT_TRUE(tree->isColumnHidden(AccessModel::programs));
+}
+
+TEST_F(Map, CountsOnlyTheRulesThatItSelects)
+{
+    in<QLineEdit>("searchField")->setText(QStringLiteral("one")); // the tag of the first rule of the place
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(top(1)).center());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/etc/"));
+    EXPECT_EQ(foot(), QStringLiteral("Selected in the table: 1 rule."));
 }
 
 TEST_F(Map, SelectsTheRulesOfAPlaceThatIsClicked)

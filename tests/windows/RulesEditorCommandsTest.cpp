@@ -1,10 +1,7 @@
 #include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
-#include "windows/FootNotices.h"
-#include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 
 #include <QClipboard>
@@ -23,22 +20,15 @@ const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"
 const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
 enum Row { watch, head, next, vi }; // of the user's rules
 
-class Commands : public TableWindow<RulesEditorTableController, RuleColumn> {
+class Commands : public EditorTable {
 protected:
     Commands()
     {
-        box.writeUserRules(watchLine + headLine + nextLine + viLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open(watchLine + headLine + nextLine + viLine);
         table->setFocus();
     }
-    ~Commands() override { window.reset(); } // before the document
 
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     QMenu* contextMenu() const { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
     void showSystemRules() const { action("hideSystemToolbarItem")->trigger(); }
     // Opens the context menu with the mouse.
@@ -71,10 +61,6 @@ protected:
         QTest::keyClick(field, lastKey);
         QApplication::processEvents();
     }
-
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace

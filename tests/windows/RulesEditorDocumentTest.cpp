@@ -1,8 +1,6 @@
 #include "windows/RulesEditorTableController.h"
 
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/HistoryWindow.h"
 #include "windows/ImportWindowController.h"
 #include "windows/SettingsWindow.h"
@@ -24,18 +22,8 @@ std::string line(const std::string& path, const std::string& tag = "", const std
     return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"" + created + "\"\n";
 }
 
-class RulesEditorDocument : public TableWindow<RulesEditorTableController, RuleColumn> {
+class RulesEditorDocument : public EditorTable {
 protected:
-    ~RulesEditorDocument() override { window.reset(); } // before the document
-    void openWith(const std::string& rules)
-    {
-        box.writeUserRules(rules);
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
-    }
     // As an import does when a search hides the other one.
     void addEqual(const std::string& path, const std::string& tag)
     {
@@ -47,7 +35,6 @@ protected:
             {"Test"});
         window->reloadData();
     }
-    QString notice() const { return label("noticeText"); }
     QString buttons() const
     {
         QStringList titles;
@@ -84,18 +71,13 @@ protected:
                        .startsWith(QLatin1String(beginning));
         });
     }
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
-
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace
 
 TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
 {
-    openWith(line("/a") + line("/b"));
+    open(line("/a") + line("/b"));
     action("historyMenuItem")->trigger();
     action("historyMenuItem")->trigger();
     EXPECT_EQ(window->findChildren<HistoryWindow*>().size(), 1);
@@ -104,7 +86,7 @@ TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
 
 TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
 {
-    openWith(line("/a") + line("/b"));
+    open(line("/a") + line("/b"));
     select({0});
     action("deleteEditMenuItem")->trigger();
     EXPECT_EQ(shownPaths(), QStringLiteral("/b"));
@@ -121,7 +103,7 @@ TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
 
 TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
 {
-    openWith(line("/a", "first") + line("/b"));
+    open(line("/a", "first") + line("/b"));
     addEqual("/a", "second");
     select({2});
     action("deleteEditMenuItem")->trigger();
@@ -135,7 +117,7 @@ TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
 
 TEST_F(RulesEditorDocument, TheFirstOfTwoEqualRulesGoesWithoutAWord)
 {
-    openWith(line("/a", "first"));
+    open(line("/a", "first"));
     addEqual("/a", "second");
     select({0});
     action("deleteEditMenuItem")->trigger();
@@ -148,7 +130,7 @@ TEST_F(RulesEditorDocument, TheFirstOfTwoEqualRulesGoesWithoutAWord)
 
 TEST_F(RulesEditorDocument, ShowOfAMergeLeadsToTheOtherProgramsVersion)
 {
-    openWith(line("/a") + line("/b"));
+    open(line("/a") + line("/b"));
     document->keepPresentVersion();
     box.writeUserRules(line("/a") + line("/b") + line("/foreign"));
     select({0});
@@ -160,7 +142,7 @@ TEST_F(RulesEditorDocument, ShowOfAMergeLeadsToTheOtherProgramsVersion)
 
 TEST_F(RulesEditorDocument, ALossIsShownAndRestoredFromTheFoot)
 {
-    openWith(line("/a") + line("/b"));
+    open(line("/a") + line("/b"));
     document->keepPresentVersion();
     box.writeUserRules(line("/b"));
     document->takeForeignChanges();
@@ -173,7 +155,7 @@ TEST_F(RulesEditorDocument, ALossIsShownAndRestoredFromTheFoot)
 
 TEST_F(RulesEditorDocument, AFileThatIsAheadIsToldUntilItIsTakenOver)
 {
-    openWith(line("/a"));
+    open(line("/a"));
     box.writeUserRules(line("/a") + line("/foreign"));
     document->lookAtFile();
     EXPECT_EQ(notice(),
@@ -191,7 +173,7 @@ TEST_F(RulesEditorDocument, AFileThatIsAheadIsToldUntilItIsTakenOver)
 
 TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
 {
-    openWith(line("/a"));
+    open(line("/a"));
     store->addPolicyRule(policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
     document->perform({}, {"Test"});
     EXPECT_EQ(buttons(), QStringLiteral("Show Write Whole Lines"));
@@ -203,7 +185,7 @@ TEST_F(RulesEditorDocument, JoinedLinesOfTheRulesFileAreReviewedAndImportedAsWho
 {
     const std::string first = "allow prefix \"/a\" \"/no/such\" r \"\" \"\" \"0\"";
     const std::string second = "deny path \"/b\" \"/no/such\" w \"\" \"\" \"0\"";
-    openWith(first + second + "\n");
+    open(first + second + "\n");
     EXPECT_EQ(shownPaths(), QStringLiteral("/a"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !in<QFrame>("notices")->isHidden(); }));
     EXPECT_EQ(notice(),
@@ -219,7 +201,7 @@ TEST_F(RulesEditorDocument, JoinedLinesOfTheRulesFileAreReviewedAndImportedAsWho
 
 TEST_F(RulesEditorDocument, SettingsAreOneWindowAndTakeEffectAtOnce)
 {
-    openWith(line("/a"));
+    open(line("/a"));
     action("settingsMenuItem")->trigger();
     action("settingsMenuItem")->trigger();
     ASSERT_EQ(window->findChildren<SettingsWindow*>().size(), 1);
@@ -234,7 +216,7 @@ TEST_F(RulesEditorDocument, SettingsAreOneWindowAndTakeEffectAtOnce)
 
 TEST_F(RulesEditorDocument, SettingsThatCouldNotBeUsedAreToldWithAWayToThem)
 {
-    openWith(line("/a"));
+    open(line("/a"));
     window->showSettingsProblem(QStringLiteral("line 2 could not be used"));
     EXPECT_EQ(notice(), QStringLiteral("line 2 could not be used"));
     press("Settings...");

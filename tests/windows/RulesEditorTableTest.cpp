@@ -71,6 +71,14 @@ TEST_F(RulesEditorTable, DropsTheSearchThatHidesARuleWhichIsToBeSeen)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/c"));
 }
 
+TEST_F(RulesEditorTable, KeepsTheSearchForARuleThatIsNoLongerStored)
+{
+    in<QLineEdit>("searchField")->setText(QStringLiteral("/a/"));
+    window->deleteRow(0);
+    window->revealRule(rules[0]);
+    EXPECT_EQ(in<QLineEdit>("searchField")->text(), QStringLiteral("/a/"));
+}
+
 TEST_F(RulesEditorTable, ShowsSystemRulesForOneThatIsToBeSeen)
 {
     ASSERT_TRUE(isSystemRule(rules[3]));

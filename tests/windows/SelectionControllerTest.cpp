@@ -1,14 +1,10 @@
 #include "windows/SelectionController.h"
 
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/ChangeWindow.h"
 #include "windows/EditPolicyWindowController.h"
-#include "windows/FootNotices.h"
 #include "windows/ImportWindowController.h"
 #include "windows/PathField.h"
-#include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/RuleEdits.h"
 
@@ -31,22 +27,15 @@ const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n
 enum Row { watch, first, second, vi };
 
 // The commands of the Rules menu, as a person finds them in the main window.
-class Selection : public TableWindow<RulesEditorTableController, RuleColumn> {
+class Selection : public EditorTable {
 protected:
     Selection()
     {
-        box.writeUserRules(watchLine + firstLine + secondLine + viLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open(watchLine + firstLine + secondLine + viLine);
         table->setFocus();
     }
-    ~Selection() override { window.reset(); } // before the document
 
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     ChangeWindow* preview() const
     {
         for (auto* each : window->findChildren<ChangeWindow*>()) {
@@ -88,10 +77,6 @@ protected:
         undo();
         EXPECT_EQ(file(), before);
     }
-
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace

@@ -56,6 +56,15 @@ protected:
             paths.append(text(row, Column::path));
         return paths.join(QLatin1Char(' '));
     }
+    // Those of another table of rules, each with a bar behind it.
+    static std::string pathsIn(const QAbstractItemView& list)
+    {
+        std::string paths;
+        for (int row = 0; row < list.model()->rowCount(); ++row)
+            paths += list.model()->index(row, static_cast<int>(Column::path)).data().toString().toStdString()
+                + "|";
+        return paths;
+    }
     QString selectedPaths() const
     {
         QStringList paths;

@@ -1,12 +1,9 @@
 #include "windows/TouchingWindow.h"
 
 #include "tests/rules/RandomRules.h"
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/OperationBoxesRow.h"
 #include "windows/PathField.h"
-#include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableModel.h"
 #include "windows/TouchingModel.h"
 #include "workflow/RuleEdits.h"
@@ -22,27 +19,21 @@ namespace quorvane {
 
 namespace {
 
-class Touching : public TableWindow<RulesEditorTableController, RuleColumn> {
+class Touching : public EditorTable {
 protected:
     Touching()
     {
-        box.writeUserRules("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
-                           "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
-                           "deny path \"/etc/hosts\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
-                           "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n"
-                           "deny prefix \"any\" \"any\" x \"\" \"\" \"0\"\n");
         box.writeSystemFile("quorvane.rc", "allow prefix \"/\" \"/usr/bin/zip\" r\n");
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
+        open("watch suffix \".conf\" \"/bin/vi\" r \"\"\n"
+             "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+             "deny path \"/etc/hosts\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
+             "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n"
+             "deny prefix \"any\" \"any\" x \"\" \"\" \"0\"\n");
         action("whatTouchesMenuItem")->trigger();
         touching = window->findChild<TouchingWindow*>();
         list = touching->findChild<RulesTableView*>();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(touching));
     }
-    ~Touching() override { window.reset(); } // before the document
 
     template <class Child> Child* control(const char* name) const
     {
@@ -61,26 +52,12 @@ protected:
     {
         afterAnswer([&] { control<PathField>("pathField")->setPath(path); });
     }
-    std::string found() const
-    {
-        std::string paths;
-        for (int row = 0; row < list->model()->rowCount(); ++row)
-            paths += list->model()
-                         ->index(row, static_cast<int>(RuleColumn::path))
-                         .data()
-                         .toString()
-                         .toStdString()
-                + "|";
-        return paths;
-    }
+    std::string found() const { return pathsIn(*list); }
     std::string why(int row) const
     {
         return list->model()->index(row, TouchingModel::whyColumn).data().toString().toStdString();
     }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
     TouchingWindow* touching = nullptr;
     RulesTableView* list = nullptr;
 };
