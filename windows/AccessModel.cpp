@@ -4,8 +4,6 @@
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
 
-#include <QLocale>
-
 #include <algorithm>
 #include <utility>
 
@@ -16,11 +14,6 @@ namespace {
 constexpr std::size_t mostNames = 3; // of programs in a cell
 constexpr std::size_t mostNamesInToolTip = 40;
 constexpr std::size_t longestText = 4000; // bytes; no cell shows more
-
-QString inWords(std::size_t number)
-{
-    return QLocale().toString(static_cast<qulonglong>(number));
-}
 
 QString shown(const std::string& text)
 {

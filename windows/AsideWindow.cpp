@@ -16,11 +16,6 @@ namespace quorvane {
 
 namespace {
 
-QString memoryName()
-{
-    return QStringLiteral("asideWindow");
-}
-
 QString tellSubject()
 {
     return QStringLiteral("tell");
@@ -49,8 +44,7 @@ AsideWindow::AsideWindow(
     connect(
         m_ui->deleteButton, &QPushButton::clicked, this, [this] { Q_EMIT deleteRequested(selectedRules()); });
     connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
-    restoreWindowSize(*this, memoryName());
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    keepSize(*this, QStringLiteral("asideWindow"));
     refresh();
     if (m_model->rowCount() > 0)
         table->fitColumns();
@@ -63,7 +57,7 @@ void AsideWindow::refresh()
 {
     const AsideRules::Listing listing = m_aside.read();
     std::vector<RuleValue> inForce;
-    for (const RuleRef& rule : m_inForce.userRules())
+    for (const RuleRef& rule : listing.rules.empty() ? std::vector<RuleRef>() : m_inForce.userRules())
         inForce.push_back(valueOf(rule));
     const std::vector<RuleValue> rules = withoutEqual(listing.rules, inForce);
     std::string lines;

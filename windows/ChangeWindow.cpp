@@ -13,11 +13,6 @@ namespace quorvane {
 
 namespace {
 
-QString memoryName()
-{
-    return QStringLiteral("changeWindow");
-}
-
 QString summaryOf(const PlannedChange& planned)
 {
     if (planned.refusal)
@@ -56,8 +51,7 @@ ChangeWindow::ChangeWindow(
     connect(m_ui->changeButton, &QPushButton::clicked, this, &ChangeWindow::accept);
     connect(m_ui->wholeLinesButton, &QPushButton::clicked, this, &ChangeWindow::writeWholeLines);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
-    restoreWindowSize(*this, memoryName());
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    keepSize(*this, QStringLiteral("changeWindow"));
     planAnew();
 }
 

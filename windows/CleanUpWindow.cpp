@@ -2,6 +2,7 @@
 
 #include "windows/CleanUpModel.h"
 #include "windows/ProblemsFinder.h"
+#include "windows/QtText.h"
 #include "windows/RulesTable.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
@@ -27,16 +28,6 @@ constexpr QSize usualSize(820, 460);
 constexpr int widthOfRule = 400;
 constexpr int widthOfReason = 240;
 
-QString memoryName()
-{
-    return QStringLiteral("cleanUpWindow");
-}
-
-QString inWords(std::size_t number)
-{
-    return QLocale().toString(static_cast<qulonglong>(number));
-}
-
 } // namespace
 
 CleanUpWindow::CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder,
@@ -57,14 +48,11 @@ CleanUpWindow::CleanUpWindow(RulesTable& table, RulesDocument& document, Problem
     setUpControls();
     connect(m_model, &CleanUpModel::ticksDidChange, this, &CleanUpWindow::updateCount);
     connect(&m_finder, &ProblemsFinder::found, this, &CleanUpWindow::fill);
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
-    if (!restoreWindowSize(*this, memoryName()))
+    if (!keepSize(*this, QStringLiteral("cleanUpWindow")))
         resize(usualSize);
-    applySheetLook(*this);
     updateCount();
     m_finder.start();
-    if (m_finder.problems())
-        fill(m_finder.problems());
+    fill(m_finder.problems());
 }
 
 void CleanUpWindow::setUpControls()
@@ -105,6 +93,8 @@ void CleanUpWindow::setUpControls()
 
 void CleanUpWindow::fill(const ProblemListsPtr& problems)
 {
+    if (m_finder.isLooking())
+        return; // these may be of other rules, or of another place
     if (!problems)
         return m_count->setText(tr("There is not enough memory to find them."));
     auto candidates = std::make_shared<std::vector<DispensableRule>>();
@@ -134,7 +124,8 @@ void CleanUpWindow::accept()
     const PlannedChange planned
         = cleaningUp(m_document.store(), m_model->ticked(), m_document.settings().lineEnds());
     QDialog::accept();
-    m_table.perform(planned, {actionName("Clean Up", planned.change.removed.size())});
+    m_table.perform(
+        planned, {.action = actionName("Clean Up", planned.change.removed.size()), .refusesCuts = true});
 }
 
 } // namespace quorvane

@@ -4,7 +4,6 @@
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
-#include <QLocale>
 #include <QToolButton>
 
 namespace quorvane {
@@ -13,7 +12,7 @@ namespace {
 
 QString counted(const QString& title, std::size_t rules)
 {
-    return title + QLatin1Char(' ') + QLocale().toString(static_cast<qulonglong>(rules));
+    return title + QLatin1Char(' ') + inWords(rules);
 }
 
 } // namespace

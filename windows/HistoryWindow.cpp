@@ -13,7 +13,6 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QLocale>
 #include <QPointer>
 #include <QPushButton>
 #include <QShortcut>
@@ -28,16 +27,6 @@ namespace {
 
 constexpr std::chrono::seconds betweenLooks{1};
 constexpr QLatin1String tellSubject("tell"); // of notices, which take each other's place
-
-QString memoryName()
-{
-    return QStringLiteral("historyWindow");
-}
-
-QString inWords(std::size_t number)
-{
-    return QLocale().toString(static_cast<qulonglong>(number));
-}
 
 QString headingOf(const ComparedVersion& difference)
 {
@@ -65,8 +54,7 @@ HistoryWindow::HistoryWindow(std::vector<FileHistory*> histories, QWidget* paren
     m_ui->setupUi(this);
     setUpTables();
     setUpControls();
-    restoreWindowSize(*this, memoryName());
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    keepSize(*this, QStringLiteral("historyWindow"));
     openHistory();
     connect(&m_refreshing, &QTimer::timeout, this, &HistoryWindow::refresh);
     m_refreshing.start(betweenLooks);

@@ -202,8 +202,8 @@ void ImportWindowController::takeApart()
 
 void ImportWindowController::startCounting()
 {
-    m_coming = std::make_unique<ImportForesight>(m_present, *m_ruleManager, m_joinedRules.get(),
-        m_document.settings().wholeLines ? LineEnds::whole : LineEnds::cut);
+    m_coming = std::make_unique<ImportForesight>(
+        m_present, *m_ruleManager, m_joinedRules.get(), m_document.settings().lineEnds());
     m_counting.start();
 }
 
@@ -352,8 +352,6 @@ void ImportWindowController::tellCounts()
     const std::size_t rules = m_ruleManager == nullptr ? 0 : m_ruleManager->totalRules(false);
     const std::size_t ticked = m_stateDict.countOfTicked(rules);
     const bool isFiltered = m_ui->foresightBar->filter().has_value();
-    const auto inWords
-        = [](std::size_t number) { return QLocale().toString(static_cast<qulonglong>(number)); };
     QString counts = tr("%1 of %2 rules ticked").arg(inWords(ticked), inWords(rules));
     if (const std::size_t shown = m_model->countOfTicked(); isFiltered && shown < ticked)
         counts += tr(" (%1 of them not shown, and imported all the same)").arg(inWords(ticked - shown));

@@ -22,11 +22,6 @@ namespace {
 
 constexpr int rowHeight = 24; // as of the rules table; logical pixels
 
-QString memoryName()
-{
-    return QStringLiteral("mapWindow");
-}
-
 std::vector<RuleRef> userRulesOf(std::vector<RuleRef> rules)
 {
     std::erase_if(rules, [](const RuleRef& rule) {
@@ -58,8 +53,7 @@ MapWindow::MapWindow(const RuleManager& store, RulesTable& table, QWidget* paren
     m_ui->setupUi(this);
     setUpTree();
     setUpControls();
-    restoreWindowSize(*this, memoryName());
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    keepSize(*this, QStringLiteral("mapWindow"));
     make();
     m_ui->mapTreeView->setFocus();
 }
@@ -218,7 +212,8 @@ void MapWindow::selectRulesOf(const QModelIndex& index)
     const auto user = std::find_if_not(rules.begin(), rules.end(), isSystemRule);
     m_table.revealRule(user == rules.end() ? rules.front() : *user);
     m_table.selectRules(rules);
-    m_ui->countLabel->setText(tr("Selected in the table: %1.").arg(toQt(countedRules(rules.size()))));
+    const std::size_t selected = m_table.selection().count();
+    m_ui->countLabel->setText(tr("Selected in the table: %1.").arg(toQt(countedRules(selected))));
 }
 
 } // namespace quorvane

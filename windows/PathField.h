@@ -20,7 +20,7 @@ public:
     void setPath(const std::string& path);
     // For labels and hints.
     QLineEdit& field() const { return *m_field; }
-    // What is dropped on `widget`, which must not outlive the field, counts as dropped here.
+    // What is dropped on `widget` counts as dropped here.
     void takeDropsOn(QWidget& widget);
 
 Q_SIGNALS:

@@ -19,7 +19,8 @@ ProblemsFinder::~ProblemsFinder()
 
 void ProblemsFinder::start()
 {
-    if (!std::exchange(m_isWanted, true))
+    const bool hasFailed = !m_problems && !m_isLooking;
+    if (!std::exchange(m_isWanted, true) || hasFailed)
         rulesDidChange();
 }
 

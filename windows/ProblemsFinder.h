@@ -12,7 +12,7 @@ namespace quorvane {
 
 class RuleManager;
 
-// Finds the problems of all rules beside the user interface thread, once somebody wants them, and from then
+// Finds the problems of all rules beside the user interface thread, once they are asked for, and from then
 // on follows the rules. User interface thread only.
 class ProblemsFinder : public QObject {
     Q_OBJECT
@@ -21,7 +21,7 @@ public:
     explicit ProblemsFinder(const RuleManager& store);
     ~ProblemsFinder() override;
 
-    // The problems are wanted from now on. A second call does nothing.
+    // The problems are wanted from now on. A further call looks again when there was no memory for them.
     void start();
     bool isLooking() const { return m_isLooking; }
     // As found last; null before.
@@ -38,7 +38,8 @@ public Q_SLOTS:
     void lookAgain();
 
 Q_SIGNALS:
-    // The problems are those of the present rules; null when there was not enough memory for them.
+    // The problems of the present rules, or while isLooking() of earlier ones; null when there was not enough
+    // memory for them.
     void found(const quorvane::ProblemListsPtr& problems);
 
 private:

@@ -6,8 +6,6 @@
 #include "workflow/RuleProblems.h"
 #include "workflow/RuleSentence.h"
 
-#include <QLocale>
-
 #include <algorithm>
 #include <utility>
 
@@ -200,8 +198,7 @@ QVariant ProblemsModel::data(const QModelIndex& index, int role) const
 {
     if (const auto kind = kindAt(index)) {
         if (role == Qt::DisplayRole)
-            return QStringLiteral("%1 (%2)").arg(
-                toQt(findingTitle(*kind)), QLocale().toString(static_cast<qulonglong>(list(*kind).size())));
+            return QStringLiteral("%1 (%2)").arg(toQt(findingTitle(*kind)), inWords(list(*kind).size()));
         return role == Qt::ToolTipRole ? plainToolTip(toQt(findingKindText(*kind))) : QVariant();
     }
     const KnownProblem* problem = problemAt(index);

@@ -6,7 +6,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QMenu>
 #include <QToolButton>
 #include <QTreeView>
@@ -152,7 +151,7 @@ void ProblemsPanel::updateStatus()
     const std::size_t count = m_model->count();
     const QString problems = count == 0 ? tr("No problems.")
         : count == 1                    ? tr("1 problem.")
-                     : tr("%1 problems.").arg(QLocale().toString(static_cast<qulonglong>(count)));
+                                        : tr("%1 problems.").arg(inWords(static_cast<std::uint64_t>(count)));
     const bool hasFailed = !m_finder.isLooking() && !m_finder.problems();
     m_status->setText(m_finder.isLooking() ? tr("Looking for problems...")
             : hasFailed                    ? tr("The problems are not known.")

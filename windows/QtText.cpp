@@ -1,5 +1,7 @@
 #include "windows/QtText.h"
 
+#include <QLocale>
+
 namespace quorvane {
 
 QString toQt(std::string_view text)
@@ -8,6 +10,11 @@ QString toQt(std::string_view text)
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     const QString converted = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
     return text.starts_with(mark) ? QChar(QChar::ByteOrderMark) + converted : converted;
+}
+
+QString inWords(std::uint64_t number)
+{
+    return QLocale().toString(static_cast<qulonglong>(number));
 }
 
 std::string fromQt(const QString& text)

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -11,5 +12,7 @@ namespace quorvane {
 
 QString toQt(std::string_view text);
 std::string fromQt(const QString& text);
+// As the desktop's language writes numbers.
+QString inWords(std::uint64_t number);
 
 } // namespace quorvane

@@ -18,15 +18,14 @@ RuleMending::RuleMending(RulesTable& table, RulesDocument& document, SelectionCo
 
 void RuleMending::show(const RuleRef& rule)
 {
-    if (m_document.store().isStored(rule))
-        m_table.revealRule(rule);
+    m_table.revealRule(rule);
 }
 
 void RuleMending::remove(const RuleRef& rule)
 {
     if (m_document.store().isStored(rule))
         m_table.perform(removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
-            {actionName("Delete", 1)});
+            {.action = actionName("Delete", 1), .refusesCuts = true});
 }
 
 void RuleMending::moveProgram(const std::string& path)
@@ -42,11 +41,11 @@ void RuleMending::bindAnew(const RuleRef& rule)
             const auto process = askValue(value, [](const auto& fields) { return fields.processName; });
             bindingOf(decidingProgram(process), place.facts());
         },
-        [this, rule] {
+        [this, rule, place = m_place] {
             if (m_document.store().isStored(rule))
                 m_table.perform(patchingOf(m_document.store(), {rule}, {.isBoundToProgram = true},
-                                    m_place.facts(), m_document.settings().lineEnds()),
-                    {actionName("Bind", 1) + " Anew"});
+                                    place.facts(), m_document.settings().lineEnds()),
+                    {.action = actionName("Bind", 1) + " Anew", .refusesCuts = true});
         });
 }
 

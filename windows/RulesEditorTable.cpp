@@ -42,6 +42,8 @@ void RulesEditorTableController::selectRules(const std::vector<RuleRef>& rules)
 
 void RulesEditorTableController::revealRule(const RuleRef& rule)
 {
+    if (!m_store.isStored(rule))
+        return;
     if (!m_model->rowOf(rule)) {
         m_ui->searchField->clear();
         if (isSystemRule(rule) && !showsSystemRules())

@@ -29,7 +29,8 @@ public:
     // them. Nothing happens when none is shown.
     virtual void selectRules(const std::vector<RuleRef>& rules) = 0;
 
-    // Selects a stored rule, and shows all rules for it when the search or the missing system rules hide it.
+    // Selects the rule, and shows all rules for it when the search or the missing system rules hide it.
+    // Nothing happens when it is no longer stored.
     virtual void revealRule(const RuleRef& rule) = 0;
 
     // One action: changes the rules, writes the file and reports at the foot what should be known besides.

@@ -129,7 +129,10 @@ PlannedChange SelectionController::planned(const Command& command, const std::ve
             && (command.takesWatchRules || policyRuleIn(rule) != nullptr);
     });
     PlannedChange change = plan(rules, lineEnds);
-    if (const std::size_t left = selected.size() - rules.size(); left > 0)
+    const auto left = static_cast<std::size_t>(std::count_if(selected.begin(), selected.end(),
+                          [this](const RuleRef& rule) { return m_document.store().isStored(rule); }))
+        - rules.size();
+    if (left > 0)
         change.remarks.push_back(
             fromQt(tr("Left out: %1 of the system or of another kind.").arg(toQt(countedRules(left)))));
     return change;
@@ -149,8 +152,10 @@ ChangeWindow& SelectionController::openPreview(const Command& command, ChangeWin
     delete m_preview;
     m_preview = new ChangeWindow(command.title, command.verb, std::move(plan), lineEnds(), &m_window);
     connect(m_preview, &ChangeWindow::wholeLinesRequested, this, &SelectionController::writeWholeLines);
-    connect(m_preview, &ChangeWindow::wasConfirmed, this,
-        [this, command](const PlannedChange& change) { perform(command, change); });
+    connect(m_preview, &ChangeWindow::wasConfirmed, this, [this, command](const PlannedChange& change) {
+        m_preview.clear(); // which is closed, and need not plan again
+        perform(command, change);
+    });
     m_preview->show();
     return *m_preview;
 }

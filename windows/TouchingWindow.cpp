@@ -11,25 +11,10 @@
 
 #include <QCheckBox>
 #include <QLineEdit>
-#include <QLocale>
 
 #include <algorithm>
 
 namespace quorvane {
-
-namespace {
-
-QString memoryName()
-{
-    return QStringLiteral("touchingWindow");
-}
-
-QString inWords(std::size_t number)
-{
-    return QLocale().toString(static_cast<qulonglong>(number));
-}
-
-} // namespace
 
 TouchingWindow::TouchingWindow(
     const RuleManager& store, RulesTable& table, Workspace& workspace, QWidget* parent)
@@ -56,8 +41,7 @@ TouchingWindow::TouchingWindow(
         [this, list] { m_ui->showButton->setEnabled(list->onlySelectedRow().has_value()); });
     connect(m_ui->showButton, &QPushButton::clicked, this, &TouchingWindow::showSelectedRule);
     connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
-    restoreWindowSize(*this, memoryName());
-    connect(this, &QDialog::finished, this, [this] { rememberWindowSize(*this, memoryName()); });
+    keepSize(*this, QStringLiteral("touchingWindow"));
     ask();
     m_path->setFocus();
 }

@@ -7,7 +7,6 @@
 
 #include <QBrush>
 #include <QDateTime>
-#include <QLocale>
 
 #include <algorithm>
 #include <array>
@@ -16,11 +15,6 @@
 namespace quorvane {
 
 namespace {
-
-QString inWords(std::uint64_t number)
-{
-    return QLocale().toString(static_cast<qulonglong>(number));
-}
 
 // Nothing for none, so that what was done stands out.
 QString countText(std::uint64_t count, QChar sign)

@@ -51,8 +51,11 @@ public:
             || element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
         if (!isOutlined || !Shade::presentLook().hasHighContrast)
             return;
+        painter->save();
         painter->setPen(option->palette.color(QPalette::WindowText));
+        painter->setBrush(Qt::NoBrush);
         painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        painter->restore();
     }
 
     // Nothing moves that is not moved by the person.

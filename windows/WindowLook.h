@@ -17,7 +17,7 @@ void applyWindowLook(QApplication& application);
 void setAppearance(QApplication& application, Appearance look);
 
 // The widget's text or background is in that shade of the present look, whichever that is. `shade` must
-// outlive the widget.
+// outlive the widget, which is to be given one of the two, once.
 void setTextShade(QWidget& widget, const Shade& shade);
 void setBackgroundShade(QWidget& widget, const Shade& shade);
 

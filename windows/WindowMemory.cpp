@@ -2,6 +2,7 @@
 
 #include "windows/RulesTableView.h"
 
+#include <QDialog>
 #include <QHeaderView>
 #include <QMainWindow>
 #include <QScreen>
@@ -51,6 +52,13 @@ bool restoreWindowSize(QWidget& window, const QString& name)
         return false;
     window.resize(size.expandedTo(window.minimumSizeHint()).boundedTo(window.screen()->availableSize()));
     return true;
+}
+
+bool keepSize(QDialog& dialog, const QString& name)
+{
+    QObject::connect(
+        &dialog, &QDialog::finished, &dialog, [&dialog, name] { rememberWindowSize(dialog, name); });
+    return restoreWindowSize(dialog, name);
 }
 
 bool restoreColumnWidths(RulesTableView& table)

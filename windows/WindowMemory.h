@@ -6,6 +6,7 @@
 
 #include <optional>
 
+class QDialog;
 class QMainWindow;
 class QWidget;
 
@@ -18,6 +19,8 @@ class RulesTableView;
 
 // False when there was nothing to restore; the caller then chooses.
 bool restoreWindowSize(QWidget& window, const QString& name = QStringLiteral("mainWindow"));
+// The same of a dialog, whose size is remembered when it closes.
+bool keepSize(QDialog& dialog, const QString& name);
 bool restoreColumnWidths(RulesTableView& table);
 // What stands around the table of the main window: what of it is shown, where and how large.
 bool restoreDocks(QMainWindow& window);
