@@ -9,12 +9,9 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::string_view any = "any";
 constexpr std::string_view viaPath = " via /";
 constexpr std::string_view viaAny = " via any";
 constexpr std::size_t viaLength = 5; // of " via "
-constexpr std::string_view anyVia = "any via ";
-constexpr std::string_view anyAncestor = "any ancestor ";
 constexpr std::string_view anyProcess = "Any Process";
 
 struct ProcessParts {
@@ -41,16 +38,16 @@ std::string joined(std::string_view start, std::string_view rest)
 // The text for the two forms that stand for themselves, `shorten` applied to what they name.
 template <class Shorten> std::optional<std::string> ownForm(std::string_view head, Shorten shorten)
 {
-    if (head.starts_with(anyVia))
-        return joined("Any Process via ", shorten(head.substr(anyVia.size())));
-    if (head.starts_with(anyAncestor))
-        return joined("Any Process with ancestor ", shorten(head.substr(anyAncestor.size())));
+    if (head.starts_with(ProcessForm::anyVia))
+        return joined("Any Process via ", shorten(head.substr(ProcessForm::anyVia.size())));
+    if (head.starts_with(ProcessForm::anyAncestor))
+        return joined("Any Process with ancestor ", shorten(head.substr(ProcessForm::anyAncestor.size())));
     return std::nullopt;
 }
 
 std::string_view headOrAnyProcess(std::string_view head)
 {
-    return head == any ? anyProcess : head;
+    return head == ProcessForm::any ? anyProcess : head;
 }
 
 } // namespace

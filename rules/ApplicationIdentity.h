@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 // What a rule's process string says about the application. Pure functions.
 //
@@ -12,6 +13,13 @@
 // "any ancestor PATH" and "any via NAME", where NAME does not begin with "/".
 
 namespace quorvane {
+
+// How process strings begin that are about more than one program.
+namespace ProcessForm {
+inline constexpr std::string_view any = "any";
+inline constexpr std::string_view anyVia = "any via ";
+inline constexpr std::string_view anyAncestor = "any ancestor ";
+} // namespace ProcessForm
 
 // The short display name: "Mail" for ".../MacOS/Mail", "Any Process" for "any". Never names the parent.
 std::string applicationNameForProcess(const NullableText& process);

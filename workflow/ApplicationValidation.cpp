@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t sha1Length = 40;
 constexpr std::size_t sha256Length = 64;
-constexpr std::string_view platformMarker = "APPLE_PF_BINARY";
 
 bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::string_view path)
 {
@@ -102,7 +101,8 @@ TeamProof teamProof(const RuleRef& rule, const RulesPlace& place)
         return TeamProof::proven;
     const std::string path = applicationPathForRule(*policy);
     const std::string_view constraint = policy->fields().constraint.view();
-    const bool needsTeam = constraintKind(constraint) == ConstraintKind::team && constraint != platformMarker;
+    const bool needsTeam
+        = constraintKind(constraint) == ConstraintKind::team && constraint != platformMarker;
     if (!needsTeam || place.isUnknown(path)
         || needsNoProgram(policy->fields().system, shownApplicationNameForRule(*policy), path))
         return TeamProof::proven;

@@ -17,6 +17,9 @@ namespace quorvane {
 enum class ConstraintKind { none, sha1, sha256, team };
 ConstraintKind constraintKind(std::string_view constraint);
 
+// In place of a team: the program is one of the operating system's.
+inline constexpr std::string_view platformMarker = "APPLE_PF_BINARY";
+
 enum class ProgramFault {
     missing, // nothing exists at the program's path
     constraintMismatch, // the program is not the one that the constraint pins
@@ -30,8 +33,7 @@ std::string_view programFaultWords(ProgramFault fault);
 // none when it is valid.
 //
 // A constraint of 40 characters is the SHA-1 of the program file, one of 64 its SHA-256, any other the team
-// that has signed it. Deliberate: "APPLE_PF_BINARY" passes for every program, and a digest in capitals for
-// none.
+// that has signed it. Deliberate: the marker passes for every program, and a digest in capitals for none.
 std::optional<ProgramFault> programFault(const PolicyRule& rule, std::string_view applicationName,
     const RulesPlace& place = RulesPlace::thisMachine());
 

@@ -172,14 +172,13 @@ std::vector<ProgramCandidate> candidatesForMoved(
 
 std::string namedProgram(std::string_view process)
 {
-    constexpr std::string_view ancestor = "any ancestor ";
-    if (process.starts_with(ancestor))
-        return std::string(process.substr(ancestor.size()));
+    if (process.starts_with(ProcessForm::anyAncestor))
+        return std::string(process.substr(ProcessForm::anyAncestor.size()));
     const NullableText text{std::string(process)};
     std::string program = applicationPathForProcess(text);
-    if (program == "any" || program.starts_with("any via "))
+    if (program == ProcessForm::any || program.starts_with(ProcessForm::anyVia))
         program = applicationParentPathForProcess(text).value_or(std::string());
-    return program == "any" ? std::string() : program;
+    return program == ProcessForm::any ? std::string() : program;
 }
 
 } // namespace quorvane

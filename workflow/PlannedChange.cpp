@@ -218,7 +218,7 @@ std::string movedPath(std::string_view path, std::string_view from, std::string_
 // The process of a rule's copy for the program at `program`.
 std::string copiedProcess(const std::string& process, const std::string& program)
 {
-    for (const std::string_view form : {"any via ", "any ancestor "}) {
+    for (const std::string_view form : {ProcessForm::anyVia, ProcessForm::anyAncestor}) {
         if (process.starts_with(form))
             return std::string(form).append(program);
     }
@@ -316,13 +316,12 @@ PlannedChange patchingOf(const RuleManager& store, const std::vector<RuleRef>& r
 
 std::string movedProcess(const std::string& process, const std::string& from, const std::string& to)
 {
-    constexpr std::string_view ancestor = "any ancestor ";
     constexpr std::string_view via = " via ";
     const std::string head = applicationHeadForProcess(process);
     const std::string_view rest = std::string_view(process).substr(head.size());
-    std::string moved = head.starts_with(ancestor)
-        ? std::string(ancestor) + movedPath(std::string_view(head).substr(ancestor.size()), from, to)
-        : movedPath(head, from, to);
+    std::string moved = head.starts_with(ProcessForm::anyAncestor) ? std::string(ProcessForm::anyAncestor)
+            + movedPath(std::string_view(head).substr(ProcessForm::anyAncestor.size()), from, to)
+                                                                   : movedPath(head, from, to);
     return rest.empty() ? moved : moved.append(via).append(movedPath(rest.substr(via.size()), from, to));
 }
 

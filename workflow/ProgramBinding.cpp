@@ -2,14 +2,9 @@
 
 #include "codesign/ProtectedPath.h"
 #include "rules/ApplicationIdentity.h"
+#include "workflow/ApplicationValidation.h"
 
 namespace quorvane {
-
-namespace {
-
-constexpr const char* platformBinary = "APPLE_PF_BINARY";
-
-}
 
 std::string decidingProgram(const NullableText& process)
 {
@@ -24,7 +19,7 @@ ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
     if (auto team = facts.team(program); team && !team->empty())
         return {ProgramBinding::seen, *std::move(team)};
     if (facts.platformIdentifier(program) != 0)
-        return {ProgramBinding::seen, platformBinary};
+        return {ProgramBinding::seen, std::string(platformMarker)};
     if (isSIP(program))
         return {};
     // A program that cannot be read may have a team all the same.

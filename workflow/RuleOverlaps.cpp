@@ -32,8 +32,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::string_view platformMarker = "APPLE_PF_BINARY";
-
 bool takesPart(const PolicyRuleFields& rule)
 {
     return !rule.path.isNull()
@@ -53,13 +51,11 @@ std::optional<std::string> unlessAny(std::optional<std::string> text)
 
 Process processOf(const PolicyRuleFields& rule)
 {
-    constexpr std::string_view anyAncestor = "any ancestor ";
-    constexpr std::string_view anyVia = "any via ";
     std::string head = applicationPathForProcess(rule.processName);
-    if (head.starts_with(anyAncestor))
+    if (head.starts_with(ProcessForm::anyAncestor))
         return {};
-    if (head.starts_with(anyVia))
-        return {std::nullopt, head.substr(anyVia.size())};
+    if (head.starts_with(ProcessForm::anyVia))
+        return {std::nullopt, head.substr(ProcessForm::anyVia.size())};
     return {unlessAny(std::move(head)), unlessAny(applicationParentPathForProcess(rule.processName))};
 }
 
@@ -216,8 +212,8 @@ struct Choices {
     std::vector<std::uint32_t> left;
 };
 
-constexpr std::uint32_t any = UINT32_MAX; // rules for any
-constexpr std::uint32_t all = UINT32_MAX - 1; // rules for whatever it is
+constexpr std::uint32_t forAny = UINT32_MAX; // rules for any
+constexpr std::uint32_t forAll = UINT32_MAX - 1; // rules for whatever it is
 
 std::size_t classIndex(const PolicyRuleFields& rule)
 {
@@ -380,16 +376,16 @@ private:
     static Choices choicesOf(const std::optional<std::string>& name, TextNumbers& numbers)
     {
         if (!name)
-            return {{all}, {any, all}};
+            return {{forAll}, {forAny, forAll}};
         const std::uint32_t own = numbers.of(*name);
-        return {{own, any}, {own, all}};
+        return {{own, forAny}, {own, forAll}};
     }
 
     // A constraint asks for itself and for all of the other kinds.
     Choices constraintChoices(const NullableText& constraint)
     {
         const ConstraintKind pinned = pinnedBy(constraint);
-        const auto ofKind = [](ConstraintKind kind) { return all - static_cast<std::uint32_t>(kind); };
+        const auto ofKind = [](ConstraintKind kind) { return forAll - static_cast<std::uint32_t>(kind); };
         Choices choices{{}, {ofKind(pinned)}};
         for (const ConstraintKind kind :
             {ConstraintKind::none, ConstraintKind::sha1, ConstraintKind::sha256, ConstraintKind::team}) {

@@ -15,10 +15,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::string_view platformMarker = "APPLE_PF_BINARY";
-constexpr std::string_view anyVia = "any via ";
-constexpr std::string_view anyAncestor = "any ancestor ";
-
 struct Operation {
     std::uint32_t bit;
     std::string_view infinitive;
@@ -54,10 +50,11 @@ std::string nameOf(std::string_view path)
 std::string programWords(const NullableText& process, std::string_view any)
 {
     const std::string head = applicationHeadForProcess(process);
-    if (head.starts_with(anyAncestor))
-        return std::string(any) + " program that descends from " + nameOf(head.substr(anyAncestor.size()));
-    if (head.starts_with(anyVia))
-        return std::string(any) + " program started by " + nameOf(head.substr(anyVia.size()));
+    if (head.starts_with(ProcessForm::anyAncestor))
+        return std::string(any) + " program that descends from "
+            + nameOf(head.substr(ProcessForm::anyAncestor.size()));
+    if (head.starts_with(ProcessForm::anyVia))
+        return std::string(any) + " program started by " + nameOf(head.substr(ProcessForm::anyVia.size()));
     const std::string program = head == "any" ? std::string(any) + " program"
         : head.empty()                        ? "A program without a name"
                                               : applicationNameForProcess(process);
@@ -137,7 +134,7 @@ void addDetail(std::string& details, std::string_view detail)
 
 std::string_view withoutForm(std::string_view head)
 {
-    for (const std::string_view form : {anyAncestor, anyVia}) {
+    for (const std::string_view form : {ProcessForm::anyAncestor, ProcessForm::anyVia}) {
         if (head.starts_with(form))
             return head.substr(form.size());
     }

@@ -10,7 +10,8 @@ namespace {
 // "any", "any via …", "any ancestor …": these rules are about every program, in some circumstances.
 bool isAnyProgram(std::string_view program)
 {
-    return program == "any" || program.starts_with("any via ") || program.starts_with("any ancestor ");
+    return program == ProcessForm::any || program.starts_with(ProcessForm::anyVia)
+        || program.starts_with(ProcessForm::anyAncestor);
 }
 
 bool isOfProcess(const NullableText& ofRule, const std::string& asked)
