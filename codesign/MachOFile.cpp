@@ -12,7 +12,6 @@ constexpr std::uint32_t universal64Magic = 0xcafebabf;
 constexpr std::uint32_t mostArchitectures = 100;
 constexpr std::uint32_t arm64Cpu = 0x0100000c;
 constexpr std::uint32_t x86Cpu = 0x01000007;
-constexpr std::size_t headerPrefix = 28;
 constexpr std::size_t universalHeaderSize = 8;
 
 // Many times the largest program, and few enough bytes to hash them while somebody waits.
@@ -42,7 +41,7 @@ bool isMachOProgram(const CodeFile& file)
     std::uint64_t offset = 0;
     // A universal header may point at another one, or at itself.
     for (int universalHeaders = 0; universalHeaders <= 3; ++universalHeaders) {
-        const auto header = file.bytes(offset, headerPrefix, headerPrefix);
+        const auto header = file.bytes(offset, machHeaderPrefix, machHeaderPrefix);
         if (!header)
             return false;
         const ByteView bytes(*header);

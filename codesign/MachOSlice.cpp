@@ -14,7 +14,6 @@ constexpr std::uint64_t smallestCodeSignatureCommand = 16;
 
 // Genuine programs have some kilobytes of load commands; a universal file has a hundred times as many.
 constexpr std::uint64_t largestCommands = 1U << 20U;
-constexpr std::size_t headerPrefix = 28;
 
 struct Format {
     ByteOrder order;
@@ -144,7 +143,7 @@ std::optional<std::uint32_t> machOFileType(ByteView header)
 
 std::optional<MachOSlice> readSlice(const CodeFile& file, std::uint64_t offset, std::uint64_t length)
 {
-    const auto header = file.bytes(offset, headerPrefix, headerPrefix);
+    const auto header = file.bytes(offset, machHeaderPrefix, machHeaderPrefix);
     const auto format = header ? formatOf(*header) : std::nullopt;
     if (!format)
         return std::nullopt;

@@ -2,10 +2,14 @@
 
 #include "codesign/CodeFile.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 namespace quorvane {
+
+// As many bytes of a header are laid out alike for 32 and 64 bits.
+inline constexpr std::size_t machHeaderPrefix = 28;
 
 // A range of bytes; the offset counts from the start of the slice.
 struct SliceRange {

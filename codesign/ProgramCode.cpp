@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::uint64_t largestInfoPlistSection = 4U << 20U;
 constexpr std::uint64_t largestSeal = 16U << 20U;
-constexpr std::uint64_t blobHeaderSize = 8;
 
 // A text that nobody can show is none.
 std::optional<std::string> shownText(std::string_view text)

@@ -10,7 +10,6 @@ namespace {
 constexpr std::uint32_t containerMagic = 0xfade0cc0;
 constexpr std::uint64_t headerSize = 12;
 constexpr std::uint64_t indexEntrySize = 8;
-constexpr std::uint64_t blobHeaderSize = 8;
 
 // A container takes about a hundredth of its program and has a dozen blobs.
 constexpr std::uint64_t largestContainer = 32U << 20U;

@@ -19,6 +19,9 @@ inline constexpr std::uint32_t lastAlternate = 0x1004;
 inline constexpr std::uint32_t cms = 0x10000;
 } // namespace signatureSlot
 
+// Each blob begins with its magic number and its length.
+inline constexpr std::uint64_t blobHeaderSize = 8;
+
 // The embedded signature of a program: blobs by slot. Layout as published in the platform's public code
 // signature headers; all numbers are big-endian.
 //
