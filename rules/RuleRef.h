@@ -51,11 +51,6 @@ inline void setValue(const RuleRef& rule, const RuleValue& value)
 }
 
 // A new record with that value.
-inline RuleRef recordOf(const RuleValue& value)
-{
-    if (const auto* policy = std::get_if<PolicyValue>(&value))
-        return std::make_shared<PolicyRule>(*policy);
-    return std::make_shared<WatchRule>(std::get<WatchValue>(value));
-}
+RuleRef recordOf(const RuleValue& value);
 
 } // namespace quorvane

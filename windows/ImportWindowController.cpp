@@ -180,11 +180,8 @@ std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& a
     for (const RulesApart::Rule& each : apart.rules) {
         additions.added.push_back(askValue(each.rule, [sequence](auto fields) -> ChangeSet::Addition {
             fields.sequence = sequence;
-            const RuleValue value = makeRuleValue(fields);
-            if constexpr (requires { fields.policyClass; })
-                return {std::make_shared<PolicyRule>(std::move(fields)), value};
-            else
-                return {std::make_shared<WatchRule>(std::move(fields)), value};
+            const RuleValue value = makeRuleValue(std::move(fields));
+            return {recordOf(value), value};
         }));
         ++sequence;
     }

@@ -77,12 +77,12 @@ template <class Fields> Fields commonFieldsIn(const QJsonObject& json)
 RuleRef ruleIn(const QJsonObject& json, bool isWatchRule)
 {
     if (isWatchRule)
-        return std::make_shared<WatchRule>(commonFieldsIn<WatchRuleFields>(json));
+        return recordOf(makeRuleValue(commonFieldsIn<WatchRuleFields>(json)));
     auto fields = commonFieldsIn<PolicyRuleFields>(json);
     fields.policyClass = json[QStringLiteral("class")].toInt();
     fields.constraint = textIn(json[QStringLiteral("constraint")]);
     fields.created = static_cast<std::uint64_t>(json[QStringLiteral("created")].toInteger());
-    return std::make_shared<PolicyRule>(std::move(fields));
+    return recordOf(makeRuleValue(std::move(fields)));
 }
 
 QJsonObject jsonOfDraft(const RuleDraft& draft)
