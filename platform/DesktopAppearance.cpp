@@ -13,9 +13,9 @@ namespace quorvane {
 
 namespace {
 
-constexpr QLatin1String service("org.freedesktop.portal.Desktop");
-constexpr QLatin1String path("/org/freedesktop/portal/desktop");
-constexpr QLatin1String interface("org.freedesktop.portal.Settings");
+constexpr QLatin1String portal("org.freedesktop.portal.Desktop");
+constexpr QLatin1String portalPath("/org/freedesktop/portal/desktop");
+constexpr QLatin1String settingsInterface("org.freedesktop.portal.Settings");
 constexpr QLatin1String appearanceGroup("org.freedesktop.appearance");
 
 using Settings = QMap<QString, QVariantMap>; // by group and key
@@ -25,10 +25,10 @@ using Settings = QMap<QString, QVariantMap>; // by group and key
 DesktopAppearance::DesktopAppearance(QDBusConnection bus, std::chrono::milliseconds patience)
     : m_bus(std::move(bus))
 {
-    m_bus.connect(
-        service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
+    m_bus.connect(portal, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
+        SLOT(settingChanged(QDBusMessage)));
     QDBusMessage question
-        = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
+        = QDBusMessage::createMethodCall(portal, portalPath, settingsInterface, QStringLiteral("ReadAll"));
     question.setArguments({QStringList{appearanceGroup}});
     auto* answer = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
     QEventLoop wait;

@@ -12,15 +12,13 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::uint32_t none = LineCatalogue::none;
-
 // By rule: the first of the lines with it; none when there is none.
 std::vector<std::uint32_t> firstLines(const LineCatalogue& catalogue, const std::vector<std::uint32_t>& lines)
 {
-    std::vector<std::uint32_t> first(catalogue.ruleCount(), none);
+    std::vector<std::uint32_t> first(catalogue.ruleCount(), LineCatalogue::none);
     for (const std::uint32_t line : lines) {
         const std::uint32_t rule = catalogue.ruleNumber(line);
-        if (rule != none && first[rule] == none)
+        if (rule != LineCatalogue::none && first[rule] == LineCatalogue::none)
             first[rule] = line;
     }
     return first;
@@ -33,7 +31,7 @@ void forEachFirstLine(const LineCatalogue& catalogue, const std::vector<std::uin
     std::vector<bool> isMet(catalogue.ruleCount());
     for (const std::uint32_t line : lines) {
         const std::uint32_t rule = catalogue.ruleNumber(line);
-        if (rule == none || isMet[rule])
+        if (rule == LineCatalogue::none || isMet[rule])
             continue;
         isMet[rule] = true;
         use(rule, line);
@@ -54,7 +52,7 @@ RulesDifference fileDifference(std::string_view beforeText, std::string_view aft
         if (earlier[rule] == line)
             return;
         RuleValue value = catalogue.ruleOf(line);
-        if (earlier[rule] == none) {
+        if (earlier[rule] == LineCatalogue::none) {
             difference.added.push_back(std::move(value));
             return;
         }
@@ -63,7 +61,7 @@ RulesDifference fileDifference(std::string_view beforeText, std::string_view aft
             difference.changed.emplace_back(std::move(old), std::move(value));
     });
     forEachFirstLine(catalogue, before, [&](std::uint32_t rule, std::uint32_t line) {
-        if (later[rule] == none)
+        if (later[rule] == LineCatalogue::none)
             difference.removed.push_back(catalogue.ruleOf(line));
     });
     return difference;

@@ -2,6 +2,7 @@
 
 #include "windows/OneLineText.h"
 #include "windows/Shades.h"
+#include "windows/StateImages.h"
 #include "windows/TickHeader.h"
 
 #include <QAbstractItemView>
@@ -16,8 +17,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr int roomBesideText = 5; // logical pixels on each side
-constexpr QSize stateImageSize(12, 12); // logical pixels
+constexpr int roomBesideCellText = 5; // logical pixels on each side
 
 // This cell's part of a frame around the row that has the keyboard.
 void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
@@ -59,14 +59,14 @@ void RuleCellDelegate::paint(
     if (cell.features.testFlag(QStyleOptionViewItem::HasCheckIndicator)) {
         paintTick(*painter, cell, style);
     } else if (cell.text.isEmpty() && !cell.icon.isNull()) {
-        QRect image(QPoint(), stateImageSize);
+        QRect image(0, 0, stateImageSize, stateImageSize);
         image.moveCenter(option.rect.center());
         cell.icon.paint(painter, image);
     } else {
         // The background is there. Text and icon keep their colours, which say something, in a selected row.
         cell.backgroundBrush = Qt::NoBrush;
         cell.state.setFlag(QStyle::State_Selected, false);
-        cell.rect.adjust(roomBesideText, 0, -roomBesideText, 0);
+        cell.rect.adjust(roomBesideCellText, 0, -roomBesideCellText, 0);
         style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
     }
     paintKeyboardFrame(painter, option, index);
@@ -86,7 +86,7 @@ QWidget* RuleCellDelegate::createEditor(
     if (editor != nullptr)
         editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
     if (auto* field = qobject_cast<QLineEdit*>(editor)) {
-        field->setTextMargins(roomBesideText, 0, roomBesideText, 0);
+        field->setTextMargins(roomBesideCellText, 0, roomBesideCellText, 0);
         field->setMaxLength(std::numeric_limits<int>::max()); // a long text is not cut by being looked at
         keepToOneLine(*field);
     }
@@ -95,7 +95,7 @@ QWidget* RuleCellDelegate::createEditor(
 
 QSize RuleCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * roomBesideText, 0);
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * roomBesideCellText, 0);
 }
 
 bool RuleCellDelegate::editorEvent(

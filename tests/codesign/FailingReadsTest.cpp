@@ -67,7 +67,9 @@ std::int32_t strictStateAt(const std::string& path)
 TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
 {
     const TemporaryFolder folder;
-    for (const auto& [name, path] : programsIn(folder)) {
+    for (const auto& program : programsIn(folder)) {
+        const auto& name = program.first;
+        const auto& path = program.second;
         const std::string answer = answersAt(path);
         EXPECT_EQ(answer.substr(0, 17), "basic 2, strict 2") << name;
         EXPECT_EQ(answersWithEachReadFailing(ReadFailure::cutShort, [&path] { return answersAt(path); }),
@@ -87,7 +89,9 @@ TEST(FailingReads, NeverMakeAProgramUnsignedOrValid)
 {
     // 3: pages that end too early; 4: pages that cannot be read; 6: nothing is known
     const TemporaryFolder folder;
-    for (const auto& [name, path] : programsIn(folder)) {
+    for (const auto& program : programsIn(folder)) {
+        const auto& name = program.first;
+        const auto& path = program.second;
         const auto strict = [&path] { return strictStateAt(path); };
         const auto everything = [&path] { return stateAt(path, 0); };
         EXPECT_EQ(answersWithEachReadFailing(ReadFailure::error, strict), (std::set{4, 6})) << name;

@@ -1,5 +1,6 @@
 #include "history/Journal.h"
 
+#include "tests/history/Hours.h"
 #include "tests/history/JournalFolder.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,6 @@
 namespace quorvane {
 
 namespace {
-
-constexpr std::int64_t hour = 3600;
-constexpr std::int64_t day = 24 * hour;
 
 std::optional<std::int64_t> recordAt(Journal& journal, std::int64_t time, std::string_view bytes)
 {

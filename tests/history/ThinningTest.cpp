@@ -1,5 +1,7 @@
 #include "history/Thinning.h"
 
+#include "tests/history/Hours.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -8,8 +10,6 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::int64_t hour = 3600;
-constexpr std::int64_t day = 24 * hour;
 constexpr std::int64_t now = 20000 * day;
 
 using Numbers = std::vector<std::int64_t>;

@@ -153,7 +153,7 @@ TEST_F(FileLockTest, EndsWithItsProcess)
     if (child == 0) {
         const FileLock lock = exclusive();
         const bool told = write(ends[1], "x", 1) == 1;
-        for (; told;)
+        while (told)
             pause();
         _exit(1);
     }

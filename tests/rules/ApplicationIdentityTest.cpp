@@ -20,7 +20,7 @@ struct Pieces {
     const char* bundle;
 };
 
-const Pieces pieces[] = {
+const Pieces knownProcesses[] = {
     {mail, "Mail", mail, {}, {}, "/Applications/Mail.app"},
     {"any", "Any Process", "any", {}, {}, "any"},
     {"/bin/sh via /usr/sbin/cron", "sh", "/bin/sh", "/usr/sbin/cron", "cron", "/bin/sh"},
@@ -67,7 +67,7 @@ const Pieces pieces[] = {
 
 TEST(ApplicationIdentity, TakesAProcessStringApart)
 {
-    for (const Pieces& c : pieces) {
+    for (const Pieces& c : knownProcesses) {
         EXPECT_EQ(applicationNameForProcess(c.process), c.name) << c.process;
         EXPECT_EQ(applicationPathForProcess(c.process), c.path) << c.process;
         EXPECT_EQ(applicationParentPathForProcess(c.process), c.parentPath) << c.process;

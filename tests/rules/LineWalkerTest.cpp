@@ -24,7 +24,7 @@ Lines linesOf(std::string_view text)
 const std::vector<std::string> lineEnds{"\n", "\r", "\v", "\f", "\u0085", "\u2028", "\u2029"};
 
 // Cuts at the first line end, whichever it is, again and again.
-Lines plainWalk(std::string text)
+Lines plainLines(std::string text)
 {
     Lines lines;
     while (true) {
@@ -90,7 +90,7 @@ TEST(LineWalker, AgreesWithAPlainWalkOnRandomTexts)
         std::string text;
         for (std::size_t left = random() % 12; left > 0; --left)
             text += pieces[random() % pieces.size()];
-        ASSERT_EQ(linesOf(text), plainWalk(text)) << text;
+        ASSERT_EQ(linesOf(text), plainLines(text)) << text;
     }
 }
 

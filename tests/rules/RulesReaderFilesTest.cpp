@@ -2,6 +2,7 @@
 
 #include "rules/RulesFile.h"
 #include "tests/rules/StoreSandbox.h"
+#include "tests/rules/SystemErrorWords.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/ChildProcess.h"
 
@@ -41,11 +42,6 @@ Outcome read(const StoreSandbox& sandbox, const NullableText& path)
     store.rebuildRulesCache();
     outcome.rules = store.totalRules(true);
     return outcome;
-}
-
-std::string systemError(int number)
-{
-    return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";
 }
 
 void expectNothingRead(const Outcome& outcome, const std::string& path)
@@ -114,7 +110,7 @@ TEST(RulesReaderFiles, SymbolicLinkIsRefused)
     std::filesystem::create_symlink(sandbox.folder.write("target", oneRule), link);
 
     expectFailure(
-        read(sandbox, link), "Failed to open file '" + link + "' for reading: " + systemError(ELOOP));
+        read(sandbox, link), "Failed to open file '" + link + "' for reading: " + systemErrorWords(ELOOP));
 }
 
 TEST(RulesReaderFiles, LinkAmongTheFoldersAboveIsFollowed)
@@ -135,7 +131,8 @@ TEST(RulesReaderFiles, FolderCannotBeRead)
     if (status.st_size == 0)
         GTEST_SKIP() << "on this file system folders have no size";
 
-    expectFailure(read(sandbox, folder), "Failed to read() file '" + folder + "': " + systemError(EISDIR));
+    expectFailure(
+        read(sandbox, folder), "Failed to read() file '" + folder + "': " + systemErrorWords(EISDIR));
 }
 
 TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
@@ -153,7 +150,7 @@ TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
         return (result ? "true " : "false ") + store->lastErrorMessage().value_or("none");
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemError(EACCES));
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemErrorWords(EACCES));
 }
 
 TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
@@ -168,7 +165,7 @@ TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
         return (result ? "true " : "false ") + store->lastErrorMessage().value_or("none");
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemError(0));
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemErrorWords(0));
 }
 
 TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
@@ -179,7 +176,7 @@ TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
     if (stat(file.c_str(), &status) != 0 || status.st_size < 1024)
         GTEST_SKIP() << "no file that is shorter than its size";
 
-    expectFailure(read(StoreSandbox(), file), "Failed to read() file '" + file + "': " + systemError(0));
+    expectFailure(read(StoreSandbox(), file), "Failed to read() file '" + file + "': " + systemErrorWords(0));
 }
 
 TEST(RulesReaderFiles, FileLargerThanMemoryIsAFailureNotACrash)

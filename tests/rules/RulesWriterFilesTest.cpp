@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 #include "tests/rules/StoreSandbox.h"
+#include "tests/rules/SystemErrorWords.h"
 #include "tests/support/ChildProcess.h"
 
 #include <gtest/gtest.h>
@@ -22,11 +23,6 @@ namespace quorvane {
 namespace {
 
 constexpr const char* oneLine = "allow path \"/a\" \"any\" r \"\" \"\" \"0\"\n";
-
-std::string systemError(int number)
-{
-    return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";
-}
 
 struct stat statusOf(const std::string& path)
 {
@@ -135,7 +131,7 @@ TEST(RulesWriterFiles, SymbolicLinkIsRefusedAndItsTargetStays)
     const std::string target = sandbox.folder.write("target", "before\n");
     const std::string link = sandbox.folder.path("link");
     std::filesystem::create_symlink(target, link);
-    const std::string message = "Failed to open file '" + link + "' for writing: " + systemError(ELOOP);
+    const std::string message = "Failed to open file '" + link + "' for writing: " + systemErrorWords(ELOOP);
 
     EXPECT_EQ(answerOf(*store, store->writeToFile(link)), "false " + message);
     store->setLastErrorMessage({});
@@ -159,7 +155,7 @@ TEST(RulesWriterFiles, UnusablePlacesAreRefused)
     };
     for (const auto& c : cases) {
         EXPECT_EQ(answerOf(*store, store->writeToFile(c.path)),
-            "false Failed to open file '" + c.path + "' for writing: " + systemError(c.error));
+            "false Failed to open file '" + c.path + "' for writing: " + systemErrorWords(c.error));
     }
     EXPECT_EQ(store->totalRules(true), 1U) << "the rules in memory stay";
 }
@@ -173,7 +169,7 @@ TEST(RulesWriterFiles, FailureOfTheUsersFileIsAnswered)
     EXPECT_FALSE(store->writeToCurrentUserConfiguration());
     EXPECT_EQ(store->lastErrorMessage(),
         "Failed to open file '" + sandbox.locations.userRulesFile()
-            + "' for writing: " + systemError(ENOENT));
+            + "' for writing: " + systemErrorWords(ENOENT));
 }
 
 TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
@@ -191,7 +187,7 @@ TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
         return answerOf(*store, store->writeToFile(file));
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for writing: " + systemError(EACCES));
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for writing: " + systemErrorWords(EACCES));
     EXPECT_EQ(TemporaryFolder::contents(file), "before\n");
 }
 
@@ -208,7 +204,7 @@ TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
     for (const std::string& place : places) {
         const mode_t before = modeOf(place);
         const std::string answer
-            = "false Failed to open file '" + place + "' for writing: " + systemError(ENOTSUP);
+            = "false Failed to open file '" + place + "' for writing: " + systemErrorWords(ENOTSUP);
         EXPECT_EQ(answerOf(*store, store->writeToFile(place)), answer);
         EXPECT_EQ(answerOf(*store, store->writeToFile(place, {store->ruleAtIndex(0, true)})), answer);
         EXPECT_EQ(modeOf(place), before) << place;
@@ -242,7 +238,7 @@ TEST(RulesWriterFiles, ShortWriteIsToldAndWritingGoesOn)
         return answerOf(*store, store->writeToFile(file));
     });
 
-    EXPECT_EQ(answer, "true Failed write() operation on file '" + file + "' " + systemError(EFBIG))
+    EXPECT_EQ(answer, "true Failed write() operation on file '" + file + "' " + systemErrorWords(EFBIG))
         << "the last failed write is the one that remains";
     EXPECT_EQ(TemporaryFolder::contents(file), std::string(oneLine) + "allow path");
     EXPECT_EQ(modeOf(file), 0640U);

@@ -16,9 +16,6 @@ namespace quorvane {
 
 namespace {
 
-const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
-const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
-const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
 enum Row { watch, first, second };
 
 class Aside : public EditorTable {

@@ -38,7 +38,7 @@ protected:
     }
 };
 
-const PolicyRuleFields sample{.policyClass = PolicyClass::deny,
+const PolicyRuleFields samplePolicyRule{.policyClass = PolicyClass::deny,
     .policyType = PolicyType::suffix,
     .path = ".jpg",
     .processName = "/bin/sh via /usr/sbin/cron",
@@ -51,7 +51,7 @@ const PolicyRuleFields sample{.policyClass = PolicyClass::deny,
 
 TEST_F(EditPolicyWindow, ShowsTheFieldsOfTheRule)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     EXPECT_EQ(popUp("policyClassPopUp")->currentIndex(), PolicyClass::deny);
     EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::suffix);
     EXPECT_EQ(text("pathTextField"), ".jpg");
@@ -143,7 +143,7 @@ TEST_F(EditPolicyWindow, TheConstraintsKindIsTheNameOfItsField)
 
 TEST_F(EditPolicyWindow, EveryTextFieldAndPopUpHasALabel)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     QList<QWidget*> unnamed;
     for (QWidget* control : editor->findChildren<QWidget*>()) {
         if (qobject_cast<QLineEdit*>(control) != nullptr || qobject_cast<QComboBox*>(control) != nullptr)
@@ -193,7 +193,7 @@ TEST_F(EditPolicyWindow, ShowsTheIconOfAProgramThatExists)
 
 TEST_F(EditPolicyWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(samplePolicyRule);
     popUp("policyClassPopUp")->setCurrentIndex(PolicyClass::allow);
     type("pathTextField", "/Users/ann/");
     type("processNameTextField", "/usr/bin/env");
@@ -224,7 +224,7 @@ TEST_F(EditPolicyWindow, SavingUnchangedControlsChangesNothing)
 
 TEST_F(EditPolicyWindow, SavingWithEveryBoxOffStoresNoOperation)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(samplePolicyRule);
     QTest::mouseClick(box("opReadButton"), Qt::LeftButton);
     QTest::mouseClick(box("opMountButton"), Qt::LeftButton);
     click("saveButton");
@@ -263,7 +263,7 @@ TEST_F(EditPolicyWindow, KeepsAClassAndTypeThatHaveNoItem)
 
 TEST_F(EditPolicyWindow, SavesWithoutADelegate)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(samplePolicyRule);
     editor->setDelegate(nullptr);
     click("saveButton");
     EXPECT_NE(file(), "");
@@ -272,7 +272,7 @@ TEST_F(EditPolicyWindow, SavesWithoutADelegate)
 
 TEST_F(EditPolicyWindow, ClosesEvenWhenTheFileCannotBeWritten)
 {
-    openStored(sample);
+    openStored(samplePolicyRule);
     std::filesystem::remove_all(locations.sharedFolder());
     click("saveButton");
     EXPECT_FALSE(editor->isVisible());
@@ -294,7 +294,7 @@ TEST_F(EditPolicyWindow, ReturnInATextFieldSavesWhenTheRuleIsComplete)
 TEST_F(EditPolicyWindow, CancellingDropsWhatWasTyped)
 {
     const auto leave = [&](const std::function<void()>& how, bool isLogged) {
-        const auto rule = openStored(sample);
+        const auto rule = openStored(samplePolicyRule);
         type("pathTextField", "/typed");
         how();
         EXPECT_EQ(rule->path().view(), ".jpg");
@@ -311,9 +311,9 @@ TEST_F(EditPolicyWindow, CancellingDropsWhatWasTyped)
 
 TEST_F(EditPolicyWindow, ShowsASystemRuleReadOnly)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     const QRect saveFrame = button("saveButton")->geometry();
-    PolicyRuleFields fields = sample;
+    PolicyRuleFields fields = samplePolicyRule;
     fields.system = true;
     const auto rule = policyRule(fields);
     open(rule);
@@ -360,7 +360,7 @@ TEST_F(EditPolicyWindow, TwoEditorsOfOneRuleLeaveOneRuleAndTheLastSaveWins)
 
 TEST_F(EditPolicyWindow, SavingBringsBackARuleThatWasDeletedMeanwhile)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(samplePolicyRule);
     store.deletePolicyRule(*rule);
     click("saveButton");
     EXPECT_EQ(store.totalRules(true), 1U);
@@ -419,7 +419,7 @@ TEST_F(EditPolicyWindow, AChosenApplicationGoesIntoTheProgramAndLeavesTheTypeAlo
 
 TEST_F(EditPolicyWindow, ACancelledPanelChangesNothing)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     answerPanel("browsePathButton", [&](QFileDialog& panel) {
         in<QLineEdit>(panel, "fileNameEdit")->setText(toQt(folder.path()));
         panel.reject();
@@ -454,7 +454,7 @@ TEST_F(EditPolicyWindow, ThePanelStartsWhereTheFieldPoints)
 
 TEST_F(EditPolicyWindow, OutlivesItsOwnEndWhileThePanelIsOpen)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     QTimer::singleShot(0, [&] { delete editor.data(); });
     editor->browsePathClicked();
     EXPECT_TRUE(editor.isNull());
@@ -470,7 +470,7 @@ TEST_F(EditPolicyWindow, OpensWithTheStartOfALongPath)
 
 TEST_F(EditPolicyWindow, IsLight)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     const QColor corner = editor->grab().toImage().pixelColor(2, 2);
     EXPECT_GT(corner.lightness(), 230);
     EXPECT_EQ(corner.alpha(), 255) << "nothing shines through where windows are not blended";
@@ -478,7 +478,7 @@ TEST_F(EditPolicyWindow, IsLight)
 
 TEST_F(EditPolicyWindow, TheTabKeyFollowsTheEye)
 {
-    open(policyRule(sample));
+    open(policyRule(samplePolicyRule));
     QStringList names;
     const QWidget* first = in<QComboBox>(*editor, "policyClassPopUp");
     in<QComboBox>(*editor, "policyClassPopUp")->setFocus();
@@ -496,7 +496,7 @@ TEST_F(EditPolicyWindow, TheTabKeyFollowsTheEye)
 
 TEST_F(EditPolicyWindow, HasUnsavedChangesWhileItsControlsSayAnythingElseThanAtFirst)
 {
-    openStored(sample);
+    openStored(samplePolicyRule);
     EXPECT_FALSE(editor->hasUnsavedChanges());
     type("pathTextField", "/other");
     EXPECT_TRUE(editor->hasUnsavedChanges());
@@ -516,7 +516,7 @@ TEST_F(EditPolicyWindow, HasNoUnsavedChangesForATextThatItsFieldsCannotShowAsItI
 
 TEST_F(EditPolicyWindow, ShowsADraftAsItIsAlthoughItsPathSuggestsAnotherType)
 {
-    openStored(sample);
+    openStored(samplePolicyRule);
     const RuleDraft draft{.policyClass = PolicyClass::allow,
         .policyType = PolicyType::suffix,
         .path = "/folder/",

@@ -21,7 +21,7 @@ protected:
     }
 };
 
-const WatchRuleFields sample{.policyType = PolicyType::suffix,
+const WatchRuleFields sampleWatchRule{.policyType = PolicyType::suffix,
     .path = ".jpg",
     .processName = "/bin/sh",
     .tag = "mine",
@@ -32,7 +32,7 @@ const WatchRuleFields sample{.policyType = PolicyType::suffix,
 
 TEST_F(EditWatchWindow, ShowsTheFieldsOfTheRule)
 {
-    open(watchRule(sample));
+    open(watchRule(sampleWatchRule));
     EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::suffix);
     EXPECT_EQ(text("pathTextField"), ".jpg");
     EXPECT_EQ(text("processNameTextField"), "/bin/sh");
@@ -49,16 +49,16 @@ TEST_F(EditWatchWindow, ShowsTheFieldsOfTheRule)
 
 TEST_F(EditWatchWindow, HasNeitherClassNorConstraint)
 {
-    open(watchRule(sample));
+    open(watchRule(sampleWatchRule));
     EXPECT_EQ(editor->findChildren<QComboBox*>().size(), 1);
     EXPECT_EQ(editor->findChildren<QLineEdit*>().size(), 2);
 }
 
 TEST_F(EditWatchWindow, IsTitledWatchRuleWhateverTheRule)
 {
-    WatchRuleFields system = sample;
+    WatchRuleFields system = sampleWatchRule;
     system.system = true;
-    for (const auto& rule : {watchRule({}), watchRule(sample), watchRule(system)}) {
+    for (const auto& rule : {watchRule({}), watchRule(sampleWatchRule), watchRule(system)}) {
         open(rule);
         EXPECT_EQ(editor->windowTitle(), QStringLiteral("Watch Rule"));
     }
@@ -76,7 +76,7 @@ TEST_F(EditWatchWindow, CanSaveOnceBothPathAndProgramHoldACharacter)
 
 TEST_F(EditWatchWindow, TheTypeChosenByHandLastsUntilTheNextKeyInThePath)
 {
-    open(watchRule(sample));
+    open(watchRule(sampleWatchRule));
     popUp("watchTypePopUp")->setCurrentIndex(PolicyType::prefix);
     type("pathTextField", "/a");
     EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::path);
@@ -88,7 +88,7 @@ TEST_F(EditWatchWindow, TheTypeChosenByHandLastsUntilTheNextKeyInThePath)
 
 TEST_F(EditWatchWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(sampleWatchRule);
     type("pathTextField", "/Users/ann/");
     type("processNameTextField", "any");
     QTest::mouseClick(box("opReadButton"), Qt::LeftButton);
@@ -108,7 +108,7 @@ TEST_F(EditWatchWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
 
 TEST_F(EditWatchWindow, EscapeDropsWhatWasTyped)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(sampleWatchRule);
     type("pathTextField", "/typed");
     QTest::keyClick(field("pathTextField"), Qt::Key_Escape);
     EXPECT_EQ(rule->path().view(), ".jpg");
@@ -120,16 +120,16 @@ TEST_F(EditWatchWindow, EscapeDropsWhatWasTyped)
 
 TEST_F(EditWatchWindow, ReturnSaves)
 {
-    openStored(sample);
+    openStored(sampleWatchRule);
     QTest::keyClick(field("pathTextField"), Qt::Key_Return);
     EXPECT_EQ(file(), "watch suffix \".jpg\" \"/bin/sh\" wx \"mine\"\n");
 }
 
 TEST_F(EditWatchWindow, ShowsASystemRuleReadOnly)
 {
-    open(watchRule(sample));
+    open(watchRule(sampleWatchRule));
     const QRect saveFrame = button("saveButton")->geometry();
-    WatchRuleFields fields = sample;
+    WatchRuleFields fields = sampleWatchRule;
     fields.system = true;
     open(watchRule(fields));
 
@@ -165,7 +165,7 @@ TEST_F(EditWatchWindow, BrowsesForPathAndProgram)
 
 TEST_F(EditWatchWindow, TwoEditorsOfOneRuleLeaveOneRuleAndTheLastSaveWins)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(sampleWatchRule);
     const QPointer<EditWatchWindowController> first = editor;
     open(rule);
     type("pathTextField", "/second");
@@ -178,7 +178,7 @@ TEST_F(EditWatchWindow, TwoEditorsOfOneRuleLeaveOneRuleAndTheLastSaveWins)
 
 TEST_F(EditWatchWindow, SavingBringsBackARuleThatWasDeletedMeanwhile)
 {
-    const auto rule = openStored(sample);
+    const auto rule = openStored(sampleWatchRule);
     store.deleteWatchRule(*rule);
     click("saveButton");
     EXPECT_EQ(file(), "watch suffix \".jpg\" \"/bin/sh\" wx \"mine\"\n");

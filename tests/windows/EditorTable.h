@@ -15,6 +15,11 @@
 
 namespace quorvane {
 
+inline const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
+inline const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
+inline const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
+inline const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
+
 // The main window on a sandbox with rules of the user, and its rules file.
 class EditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
 protected:
@@ -24,6 +29,13 @@ protected:
     void open(const std::string& userRules, const std::string& stateFolder = {})
     {
         box.writeUserRules(userRules);
+        openAgain(stateFolder);
+    }
+    // As the next run of the program does.
+    void openAgain(const std::string& stateFolder)
+    {
+        window.reset();
+        document.reset();
         store = box.load();
         document = std::make_unique<TestDocument>(*store, run, log.log(), stateFolder);
         window

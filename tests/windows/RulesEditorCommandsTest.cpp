@@ -14,10 +14,8 @@ namespace quorvane {
 
 namespace {
 
-const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
 const std::string headLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
 const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
-const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
 enum Row { watch, head, next, vi }; // of the user's rules
 
 class Commands : public EditorTable {

@@ -1,12 +1,7 @@
-#include "tests/rules/StoreSandbox.h"
-#include "tests/support/TestDocument.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
-#include "windows/FootNotices.h"
 #include "windows/QtText.h"
-#include "windows/RulesEditorTableController.h"
-#include "workflow/RuleCells.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -15,32 +10,17 @@ namespace quorvane {
 
 namespace {
 
-const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
-const std::string policyLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
-
-// Drafts of editors that are open when the program ends. Each open() is another run of the program.
-class KeptRules : public TableWindow<RulesEditorTableController, RuleColumn> {
+// Drafts of editors that are open when the program ends.
+class KeptRules : public EditorTable {
 protected:
-    KeptRules()
-    {
-        box.writeUserRules(watchLine + policyLine);
-        open();
-    }
-    ~KeptRules() override { window.reset(); } // before the document
-    void open()
-    {
-        window.reset();
-        document.reset();
-        store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log(), box.folder.path("state"));
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
-        show();
-    }
+    KeptRules() { open(watchLine + firstLine, stateFolder()); }
+
+    std::string stateFolder() const { return box.folder.path("state"); }
+    void openAgain() { EditorTable::openAgain(stateFolder()); }
     void endAndOpenAgain()
     {
         window->keepUnsavedRules();
-        open();
+        openAgain();
     }
 
     template <class Editor> Editor* editor() const { return window->findChild<Editor*>(); }
@@ -59,11 +39,6 @@ protected:
         }
         FAIL() << "no button " << title;
     }
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
-
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace
@@ -98,7 +73,7 @@ TEST_F(KeptRules, AreOfferedAtTheNextStartAndOpenTheirEditorOnTheSameRule)
     typePath("/b");
     endAndOpenAgain();
     EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
-    EXPECT_EQ(file(), watchLine + policyLine) << "nothing is saved by itself";
+    EXPECT_EQ(file(), watchLine + firstLine) << "nothing is saved by itself";
     press("Open");
     auto* opened = editor<EditPolicyWindowController>();
     ASSERT_NE(opened, nullptr);
@@ -107,7 +82,7 @@ TEST_F(KeptRules, AreOfferedAtTheNextStartAndOpenTheirEditorOnTheSameRule)
     EXPECT_TRUE(opened->hasUnsavedChanges());
     opened->saveClicked();
     EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
-    open();
+    openAgain();
     EXPECT_EQ(notices(), 0U) << "they are offered once";
 }
 
@@ -121,7 +96,7 @@ TEST_F(KeptRules, OfANewRuleAreSavedAsANewRuleWhichIsSelected)
     ASSERT_NE(opened, nullptr);
     EXPECT_EQ(opened->draft().path, "/new/");
     opened->saveClicked();
-    EXPECT_EQ(file(), watchLine + "watch prefix \"/new/\" \"any\" rwc \"\"\n" + policyLine);
+    EXPECT_EQ(file(), watchLine + "watch prefix \"/new/\" \"any\" rwc \"\"\n" + firstLine);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/new/"));
 }
 
@@ -132,7 +107,7 @@ TEST_F(KeptRules, OfARuleThatHasGoneMeanwhileAreSavedAsANewRuleWithItsTag)
     typePath("/b");
     window->keepUnsavedRules();
     box.writeUserRules(watchLine);
-    open();
+    openAgain();
     press("Open");
     editor<EditPolicyWindowController>()->saveClicked();
     EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
@@ -160,11 +135,11 @@ TEST_F(KeptRules, AreGoneForGoodWhenTheyAreDiscardedAndStayWhenTheNoticeIsDismis
         ->setText(QStringLiteral("/two/"));
     endAndOpenAgain();
     EXPECT_EQ(noticeText(), QStringLiteral("2 unsaved rules were kept."));
-    open();
+    openAgain();
     EXPECT_EQ(notices(), 1U);
     press("Discard");
     EXPECT_EQ(editor<RuleEditorWindow>(), nullptr);
-    open();
+    openAgain();
     EXPECT_EQ(notices(), 0U);
 }
 

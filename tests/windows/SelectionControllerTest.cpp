@@ -20,10 +20,7 @@ namespace quorvane {
 
 namespace {
 
-const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
-const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
-const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" rw \"two\" \"\" \"0\"\n";
-const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
+const std::string broadLine = "allow prefix \"/b/\" \"/bin/sh\" rw \"two\" \"\" \"0\"\n";
 enum Row { watch, first, second, vi };
 
 // The commands of the Rules menu, as a person finds them in the main window.
@@ -32,7 +29,7 @@ protected:
     Selection()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        open(watchLine + firstLine + secondLine + viLine);
+        open(watchLine + firstLine + broadLine + viLine);
         table->setFocus();
     }
 
@@ -94,7 +91,7 @@ TEST_F(Selection, IsTaggedAtOnceAfterAPreview)
     EXPECT_EQ(preview(), nullptr);
     EXPECT_EQ(file(),
         "watch prefix \"/w/\" \"/bin/sh\" r \"new\"\nallow prefix \"/a/\" \"/bin/sh\" r \"new\" \"\" \"7\"\n"
-            + secondLine + "deny path \"/c\" \"/bin/vi\" w \"new\" \"TEAM\" \"0\"\n");
+            + broadLine + "deny path \"/c\" \"/bin/vi\" w \"new\" \"TEAM\" \"0\"\n");
     EXPECT_EQ(selectedPaths(), QStringLiteral("/w/ /a/ /c"));
     EXPECT_EQ(document->undoName(), "Tag 3 Rules");
     expectUndoRestores(before);
@@ -130,7 +127,7 @@ TEST_F(Selection, OfOneRuleGetsAnotherClassWithoutAPreview)
     action("allowMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
     EXPECT_EQ(
-        file(), watchLine + firstLine + secondLine + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+        file(), watchLine + firstLine + broadLine + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
     expectUndoRestores(before);
 }
 
@@ -373,7 +370,7 @@ TEST_F(Selection, OfOneRuleIsDuplicatedInAnEditor)
     path->setText(QStringLiteral("/d/"));
     editor->saveClicked();
     EXPECT_EQ(file(),
-        watchLine + firstLine + secondLine + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+        watchLine + firstLine + broadLine + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
             + viLine);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/d/"));
     expectUndoRestores(before);

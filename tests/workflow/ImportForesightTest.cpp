@@ -10,7 +10,7 @@ namespace quorvane {
 
 namespace {
 
-std::string line(const std::string& path, const std::string& process = "/bin/sh")
+std::string ruleOfShell(const std::string& path, const std::string& process = "/bin/sh")
 {
     return "allow prefix \"" + path + "\" \"" + process + "\" r \"\" \"\" \"0\"\n";
 }
@@ -50,7 +50,7 @@ protected:
 TEST_F(ImportForesightTest, LooksAtSomeAtATimeUntilItHasLookedAtAll)
 {
     present->addPolicyRule(policyRule({.path = "/c", .processName = "/bin/sh", .tag = "t", .operations = 1}));
-    reviewed = box.storeOf(line("/a") + line("/b") + line("/c"));
+    reviewed = box.storeOf(ruleOfShell("/a") + ruleOfShell("/b") + ruleOfShell("/c"));
     ImportForesight coming(*present, *reviewed, nullptr, LineEnds::cut);
     EXPECT_TRUE(coming.lookOn(2));
     EXPECT_EQ(coming.count(Foresight::present), 0U);
@@ -64,7 +64,7 @@ TEST_F(ImportForesightTest, TellsNewRulesFromThoseThatAreThere)
 {
     present->addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
     present->addWatchRule(watchRule({.path = "/w", .processName = "/bin/sh", .operations = 1}));
-    foresightOf(line("/a") + line("/b") + "watch prefix \"/w\" \"/bin/sh\" r\n");
+    foresightOf(ruleOfShell("/a") + ruleOfShell("/b") + "watch prefix \"/w\" \"/bin/sh\" r\n");
     EXPECT_EQ(pathsOf(Foresight::present), "/w /a ");
     EXPECT_EQ(pathsOf(Foresight::fresh), "/b ");
 }
@@ -72,16 +72,17 @@ TEST_F(ImportForesightTest, TellsNewRulesFromThoseThatAreThere)
 TEST_F(ImportForesightTest, FindsRulesThatOthersOfTheFileOrOfTheUserCover)
 {
     present->addPolicyRule(policyRule({.path = "/mine/", .processName = "/bin/sh", .operations = 1}));
-    const ImportForesight& found
-        = foresightOf(line("/mine/") + line("/mine/x") + line("/a/") + line("/a/b") + line("/c"));
+    const ImportForesight& found = foresightOf(ruleOfShell("/mine/") + ruleOfShell("/mine/x")
+        + ruleOfShell("/a/") + ruleOfShell("/a/b") + ruleOfShell("/c"));
     EXPECT_EQ(pathsOf(Foresight::redundant), "/mine/x /a/b ");
     EXPECT_EQ(found.count(Foresight::redundant), 2U);
 }
 
 TEST_F(ImportForesightTest, KnowsTheRulesOfJoinedLines)
 {
-    const auto joined = box.storeOf(line("/b"));
-    const ImportForesight& found = foresightOf(line("/a") + line("/b"), LineEnds::cut, joined.get());
+    const auto joined = box.storeOf(ruleOfShell("/b"));
+    const ImportForesight& found
+        = foresightOf(ruleOfShell("/a") + ruleOfShell("/b"), LineEnds::cut, joined.get());
     EXPECT_EQ(found.count(Foresight::joined), 1U);
     EXPECT_EQ(pathsOf(Foresight::joined), "/b ");
 }
@@ -102,7 +103,7 @@ TEST_F(ImportForesightTest, LearnsWhichRulesFail)
 {
     GivenFacts facts;
     facts.existing.insert("/bin/sh");
-    ImportForesight& found = foresightOf(line("/a") + line("/b", "/gone/tool"));
+    ImportForesight& found = foresightOf(ruleOfShell("/a") + ruleOfShell("/b", "/gone/tool"));
     EXPECT_EQ(found.count(Foresight::failing), 0U);
     found.setFailing(
         std::make_shared<RuleSequences>(failingRules(*reviewed->rows(), RulesPlace::of(facts), {})));

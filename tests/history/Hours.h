@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quorvane {
+
+// In seconds.
+inline constexpr std::int64_t hour = 3600;
+inline constexpr std::int64_t day = 24 * hour;
+
+} // namespace quorvane

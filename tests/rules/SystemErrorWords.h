@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstring>
+#include <string>
+
+namespace quorvane {
+
+// How messages end that name an error of the system: "No such file or directory (2)".
+inline std::string systemErrorWords(int number)
+{
+    return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";
+}
+
+} // namespace quorvane
