@@ -120,8 +120,9 @@ Counts* sharedCounts()
     if (path == nullptr)
         return &ownCounts;
     const long file = syscall(SYS_openat, AT_FDCWD, path, O_RDWR | O_CLOEXEC);
+    // All of them long: of a shorter one the kernel may see more than was passed.
     const long memory = syscall(
-        SYS_mmap, nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED, static_cast<int>(file), 0);
+        SYS_mmap, nullptr, sizeof(Counts), long{PROT_READ | PROT_WRITE}, long{MAP_SHARED}, file, 0L);
     syscall(SYS_close, file);
     return file < 0 || memory == -1 ? &ownCounts : reinterpret_cast<Counts*>(memory);
 }
