@@ -9,16 +9,20 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 
-add_library(quorvane_options INTERFACE)
-target_compile_options(quorvane_options INTERFACE
+# All but the sanitizers.
+add_library(quorvane_plain_options INTERFACE)
+target_compile_options(quorvane_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wformat=2 -Wimplicit-fallthrough)
 if(QUORVANE_WARNINGS_AS_ERRORS)
-    target_compile_options(quorvane_options INTERFACE -Werror)
+    target_compile_options(quorvane_plain_options INTERFACE -Werror)
 endif()
 # GCC 12 sees overlaps in the standard library's own string appends.
-target_compile_options(quorvane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-target_include_directories(quorvane_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(quorvane_plain_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+target_include_directories(quorvane_plain_options INTERFACE "${PROJECT_SOURCE_DIR}")
+
+add_library(quorvane_options INTERFACE)
+target_link_libraries(quorvane_options INTERFACE quorvane_plain_options)
 if(QUORVANE_SANITIZERS)
     set(sanitizer_flags "-fsanitize=${QUORVANE_SANITIZERS}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(quorvane_options INTERFACE ${sanitizer_flags})
