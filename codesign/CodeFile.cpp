@@ -6,7 +6,6 @@
 #include <limits>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -49,10 +48,7 @@ bool isAllZero(ByteView bytes)
 
 std::optional<CodeFile> CodeFile::open(const std::string& path, const FileRoot& root)
 {
-    const auto status = root.status(path);
-    if (!status || !S_ISREG(status->st_mode))
-        return std::nullopt;
-    return adopt(root.open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    return adopt(root.openRegularFile(path));
 }
 
 std::optional<CodeFile> CodeFile::adopt(FileDescriptor descriptor)

@@ -1,5 +1,6 @@
 #include "platform/FileRoot.h"
 
+#include "platform/RegularFile.h"
 #include "platform/SystemError.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
@@ -191,6 +193,44 @@ FileDescriptor FileRoot::open(const std::string& path, int flags) const
         return FileDescriptor(::open(path.c_str(), flags | O_CLOEXEC));
     FileDescriptor file = openInRoot(m_folder->get(), path, flags);
     return !file && errno == ENOSYS ? openBelow(m_folder->get(), path, flags) : std::move(file);
+}
+
+FileDescriptor FileRoot::openRegularFile(const std::string& path) const
+{
+    const auto isRegular = [](const struct stat& found) { return S_ISREG(found.st_mode); };
+    const auto before = status(path); // to open anything else can have effects
+    if (!before || !isRegular(*before))
+        return FileDescriptor();
+    FileDescriptor file = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat opened { };
+    return file && fstat(file.get(), &opened) == 0 && isRegular(opened) ? std::move(file) : FileDescriptor();
+}
+
+std::optional<std::string> FileRoot::contents(const std::string& path, std::size_t largestSize) const
+{
+    const FileDescriptor file = openRegularFile(path);
+    struct stat found { };
+    if (!file || fstat(file.get(), &found) != 0 || static_cast<std::size_t>(found.st_size) > largestSize)
+        return std::nullopt;
+    std::error_code error;
+    std::string bytes(static_cast<std::size_t>(found.st_size), '\0');
+    bytes.resize(readFully(file.get(), bytes.data(), bytes.size(), error));
+    return error ? std::nullopt : std::optional(std::move(bytes));
+}
+
+void FileRoot::forEachName(
+    const std::string& path, const std::function<bool(const std::string& name)>& use) const
+{
+    FileDescriptor folder = open(path, O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, int (*)(DIR*)> names(folder ? fdopendir(folder.get()) : nullptr, closedir);
+    if (!names)
+        return;
+    folder.release(); // it is closed with the names
+    while (const dirent* entry = readdir(names.get())) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != ".." && !use(name))
+            return;
+    }
 }
 
 std::optional<struct stat> FileRoot::status(const std::string& path) const

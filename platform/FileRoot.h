@@ -2,6 +2,9 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <compare>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +34,16 @@ public:
     // cannot be opened.
     FileDescriptor open(const std::string& path, int flags) const;
 
+    // Opens a regular file for reading, without waiting on what is a pipe or a device. None when it cannot be
+    // opened or is anything else.
+    FileDescriptor openRegularFile(const std::string& path) const;
+
+    // What such a file holds; none when it cannot be read or holds more than `largestSize` bytes.
+    std::optional<std::string> contents(const std::string& path, std::size_t largestSize) const;
+
+    // Calls `use` with the name of each thing in the folder at the path, in no order, until it answers false.
+    void forEachName(const std::string& path, const std::function<bool(const std::string& name)>& use) const;
+
     // What stat(2) says of what a path leads to; none when there is nothing.
     std::optional<struct stat> status(const std::string& path) const;
     bool isAnythingAt(const std::string& path) const { return status(path).has_value(); }
@@ -39,6 +52,9 @@ public:
 
     // The absolute path, within the root, of what `path` leads to, free of links; none when there is nothing.
     std::optional<std::string> resolved(const std::string& path) const;
+
+    // By the folder that is held: two that were opened by one path differ.
+    auto operator<=>(const FileRoot&) const = default;
 
 private:
     std::shared_ptr<const FileDescriptor> m_folder; // none: this machine's root

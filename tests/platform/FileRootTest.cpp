@@ -6,8 +6,10 @@
 
 #include <filesystem>
 #include <random>
+#include <set>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 namespace quorvane {
 
@@ -81,6 +83,34 @@ TEST_F(FileRootTest, NoPathAndNoLinkLeadsOutOfTheFolder)
     EXPECT_EQ(whereIs("/away/secret"), "nowhere");
     EXPECT_EQ(whereIs("/beside"), "nowhere");
     EXPECT_EQ(whereIs("/top/top/usr/../usr"), "/usr");
+}
+
+TEST_F(FileRootTest, ReadsRegularFilesWithinTheFolderAlone)
+{
+    link("/usr/bin/tool", "inside");
+    link("../outside/secret", "beside");
+    ASSERT_EQ(mkfifo(folder.path("root/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(root.contents("/usr/bin/tool", 4), "tool");
+    EXPECT_EQ(root.contents("/inside", 4), "tool");
+    EXPECT_EQ(root.contents("/usr/bin/tool", 3), std::nullopt) << "larger than asked for";
+    for (const char* path : {"/beside", "/usr/bin", "/pipe", "/none", ""})
+        EXPECT_EQ(root.contents(path, 100), std::nullopt) << path;
+}
+
+TEST_F(FileRootTest, ListsTheNamesInAFolderUntilTheyAreEnough)
+{
+    folder.write("root/usr/bin/other", "");
+    link("/usr/bin", "link");
+    std::set<std::string> names;
+    const auto takeAll = [&](const std::string& name) { return names.insert(name).second; };
+    root.forEachName("/link/", takeAll);
+    EXPECT_EQ(names, (std::set<std::string>{"other", "tool"}));
+    names.clear();
+    for (const char* path : {"/usr/bin/tool", "/none", ""})
+        root.forEachName(path, takeAll);
+    EXPECT_TRUE(names.empty());
+    root.forEachName("/usr/bin", [&](const std::string& name) { return !names.insert(name).second; });
+    EXPECT_EQ(names.size(), 1U);
 }
 
 TEST_F(FileRootTest, LinksThatLeadToEachOtherEnd)
