@@ -1,8 +1,10 @@
 #include "platform/Workspace.h"
 
 #include "platform/PropertyList.h"
+#include "platform/PropertyListBounds.h"
 
 #include <QDesktopServices>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMimeDatabase>
@@ -15,6 +17,8 @@
 #include <memory>
 #include <utility>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace quorvane {
 
@@ -43,15 +47,17 @@ int extentOf(const QImage& image)
 
 // Every size that the image file holds and the reader understands, smallest first; sizes in JPEG 2000 are not
 // understood.
-std::vector<QImage> imagesInFile(const QString& file)
+std::vector<QImage> imagesInFile(const std::string& path, const FileRoot& root)
 {
     std::vector<QImage> images;
-    if (!QFileInfo(file).isFile()) // a pipe would hold up the window
+    const FileDescriptor descriptor = root.openRegularFile(path);
+    QFile file;
+    if (!descriptor || !file.open(descriptor.get(), QIODevice::ReadOnly))
         return images;
     const ImageMemoryLimit limit;
-    const int count = std::min(QImageReader(file).imageCount(), 32);
-    for (int number = 0; number < count; ++number) {
-        QImageReader reader(file); // it tells no size beforehand
+    const int count = std::min(QImageReader(&file).imageCount(), 32);
+    for (int number = 0; number < count && file.seek(0); ++number) {
+        QImageReader reader(&file); // it tells no size beforehand
         reader.jumpToImage(number);
         if (QImage image = reader.read(); !image.isNull())
             images.push_back(std::move(image));
@@ -62,10 +68,10 @@ std::vector<QImage> imagesInFile(const QString& file)
 }
 
 // The sizes up to the first that is large enough.
-QIcon iconFromImageFile(const QString& file)
+QIcon iconFromImageFile(const std::string& path, const FileRoot& root)
 {
     QIcon icon;
-    for (const QImage& image : imagesInFile(file)) {
+    for (const QImage& image : imagesInFile(path, root)) {
         const bool isTooLarge = extentOf(image) > largestIcon;
         icon.addPixmap(QPixmap::fromImage(isTooLarge
                 ? image.scaled(largestIcon, largestIcon, Qt::KeepAspectRatio, Qt::SmoothTransformation)
@@ -76,36 +82,44 @@ QIcon iconFromImageFile(const QString& file)
     return icon;
 }
 
-QIcon bundleIcon(const QString& bundle)
+QIcon bundleIcon(const std::string& bundle, const FileRoot& root)
 {
-    const QString contents = bundle + QStringLiteral("/Contents/");
-    const auto info = PropertyList::read((contents + QStringLiteral("Info.plist")).toStdString());
+    const std::string contents = bundle + "/Contents/";
+    const auto bytes = root.contents(contents + "Info.plist", largestPropertyList);
+    const auto info = bytes ? PropertyList::parse(*bytes) : std::nullopt;
     const auto name = info ? info->stringForKey("CFBundleIconFile") : std::nullopt;
     if (!name)
         return {};
-    QString file = QString::fromStdString(*name);
+    QString file = QFileInfo(QString::fromStdString(*name)).fileName();
     if (!file.endsWith(QStringLiteral(".icns"), Qt::CaseInsensitive))
         file += QStringLiteral(".icns");
-    return iconFromImageFile(contents + QStringLiteral("Resources/") + QFileInfo(file).fileName());
+    return iconFromImageFile(contents + "Resources/" + file.toStdString(), root);
 }
 
-QIcon desktopIcon(const QFileInfo& file)
+// By name only: looking into the file could take as long as its disk wants.
+QMimeType typeOf(const std::string& path, const struct stat& status)
 {
-    // By name only: looking into the file could take as long as its disk wants.
-    if (file.isFile() && file.isExecutable())
+    return S_ISDIR(status.st_mode)
+        ? QMimeDatabase().mimeTypeForName(QStringLiteral("inode/directory"))
+        : QMimeDatabase().mimeTypeForFile(QString::fromStdString(path), QMimeDatabase::MatchExtension);
+}
+
+QIcon desktopIcon(const std::string& path, const struct stat& status)
+{
+    constexpr mode_t executable = S_IXUSR | S_IXGRP | S_IXOTH;
+    if (S_ISREG(status.st_mode) && (status.st_mode & executable) != 0)
         return QIcon::fromTheme(QStringLiteral("application-x-executable"));
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension);
+    const QMimeType type = typeOf(path, status);
     const QIcon icon = QIcon::fromTheme(type.iconName());
     return icon.isNull() ? QIcon::fromTheme(type.genericIconName()) : icon;
 }
 
-QIcon findIcon(const QString& path)
+QIcon findIcon(const std::string& path, const std::optional<FileRoot>& root)
 {
-    const bool isBundle = path.endsWith(QStringLiteral(".app"));
-    const QFileInfo file(path);
+    const bool isBundle = path.ends_with(".app");
     QIcon icon;
-    if (file.exists())
-        icon = isBundle ? bundleIcon(path) : desktopIcon(file);
+    if (const auto status = root ? root->status(path) : std::nullopt)
+        icon = isBundle ? bundleIcon(path, *root) : desktopIcon(path, *status);
     if (!icon.isNull())
         return icon;
     return QIcon(isBundle ? QStringLiteral(":/images/application.svg") : QStringLiteral(":/images/tool.svg"));
@@ -113,11 +127,11 @@ QIcon findIcon(const QString& path)
 
 } // namespace
 
-QIcon Workspace::iconForFile(const std::string& path)
+QIcon Workspace::iconForFile(const std::string& path, const std::optional<FileRoot>& root)
 {
-    auto known = m_icons.find(path);
+    auto known = m_icons.find({root, path});
     if (known == m_icons.end())
-        known = m_icons.emplace(path, findIcon(QString::fromStdString(path))).first;
+        known = m_icons.emplace(std::pair(root, path), findIcon(path, root)).first;
     return known->second;
 }
 

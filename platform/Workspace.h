@@ -1,9 +1,13 @@
 #pragma once
 
+#include "platform/FileRoot.h"
+
 #include <QIcon>
 
+#include <map>
+#include <optional>
 #include <string>
-#include <unordered_map>
+#include <utility>
 
 namespace quorvane {
 
@@ -15,10 +19,10 @@ public:
     Workspace& operator=(const Workspace&) = delete;
     virtual ~Workspace() = default;
 
-    // The icon by which a person knows the file: an application bundle's own, else the desktop's for the type
-    // of the file. A generic one when nothing exists at `path` or nothing better is known. Remembered for the
-    // run.
-    QIcon iconForFile(const std::string& path);
+    // The icon by which a person knows the file within the root: an application bundle's own, else the
+    // desktop's for the type of the file. A generic one when nothing exists at `path`, nothing better is
+    // known or there is no root. Remembered for the run.
+    QIcon iconForFile(const std::string& path, const std::optional<FileRoot>& root = FileRoot());
 
     // Opens the file with the desktop's program for it, without waiting for that program. False when there is
     // no such file or the desktop has nothing to open it with.
@@ -28,7 +32,7 @@ public:
     virtual bool hasProgramFor(const std::string& mimeType);
 
 private:
-    std::unordered_map<std::string, QIcon> m_icons; // by path
+    std::map<std::pair<std::optional<FileRoot>, std::string>, QIcon> m_icons; // by root and path
 };
 
 } // namespace quorvane

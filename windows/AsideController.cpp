@@ -68,10 +68,18 @@ void AsideController::showAside()
 {
     if (m_asideWindow.isNull()) {
         m_asideWindow = new AsideWindow(m_aside, m_document.store(), m_workspace, m_log, &m_window);
+        m_asideWindow->setPlace(m_place);
         connect(m_asideWindow.data(), &AsideWindow::bringBackRequested, this, &AsideController::bringBack);
         connect(m_asideWindow.data(), &AsideWindow::deleteRequested, this, &AsideController::deleteForGood);
     }
     bringToFront(*m_asideWindow);
+}
+
+void AsideController::setPlace(const RulesPlace& place)
+{
+    m_place = place;
+    if (m_asideWindow)
+        m_asideWindow->setPlace(place);
 }
 
 void AsideController::rulesDidChange()

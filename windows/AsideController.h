@@ -1,6 +1,7 @@
 #pragma once
 
 #include "workflow/AsideRules.h"
+#include "workflow/RulesPlace.h"
 
 #include <QObject>
 #include <QPointer>
@@ -30,6 +31,9 @@ public:
     AsideController(
         QWidget& window, RulesTable& table, RulesDocument& document, Workspace& workspace, Log& log);
 
+    // Where programs and paths of those set aside are looked up; this machine at first.
+    void setPlace(const RulesPlace& place);
+
     // Sets the selected rules aside; not those of the system.
     void setAside();
     // Shows the rules that are aside.
@@ -48,6 +52,7 @@ private:
     Workspace& m_workspace;
     Log& m_log;
     const AsideRules m_aside;
+    RulesPlace m_place = RulesPlace::thisMachine();
     QPointer<AsideWindow> m_asideWindow;
 };
 

@@ -53,6 +53,12 @@ AsideWindow::AsideWindow(
 
 AsideWindow::~AsideWindow() = default;
 
+void AsideWindow::setPlace(const RulesPlace& place)
+{
+    m_model->setPlace(place);
+    m_model->reload();
+}
+
 void AsideWindow::refresh()
 {
     const AsideRules::Listing listing = m_aside.read();

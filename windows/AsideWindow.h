@@ -2,6 +2,7 @@
 
 #include "rules/RuleManager.h"
 #include "workflow/AsideRules.h"
+#include "workflow/RulesPlace.h"
 
 #include <QDialog>
 
@@ -28,6 +29,9 @@ public:
     AsideWindow(const AsideRules& aside, const RuleManager& inForce, Workspace& workspace, Log& log,
         QWidget* parent = nullptr);
     ~AsideWindow() override;
+
+    // Where programs and paths are looked up; this machine at first.
+    void setPlace(const RulesPlace& place);
 
     // Says something at the foot.
     void tell(const QString& text);

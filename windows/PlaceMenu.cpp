@@ -59,16 +59,20 @@ void PlaceMenu::chooseVolume()
     m_chosen->setChecked(true); // until there is a volume
     const auto folder
         = chooseFileOrFolder(m_window, tr("Volume of the machine that the rules are for"), usualVolumes);
-    if (!folder)
-        return;
+    if (folder)
+        useVolume(*folder);
+}
+
+void PlaceMenu::useVolume(const std::string& folder)
+{
     std::error_code error;
-    const auto place = RulesPlace::folder(*folder, error);
+    const auto place = RulesPlace::folder(folder, error);
     if (!place)
         return m_table.addNotice(
-            {.text = tr("%1 cannot be used as a volume: %2").arg(toQt(*folder), toQt(error.message())),
+            {.text = tr("%1 cannot be used as a volume: %2").arg(toQt(folder), toQt(error.message())),
                 .subject = QStringLiteral("place")});
     m_volume->setChecked(true);
-    choose(m_volume, *place, toQt(*folder));
+    choose(m_volume, *place, toQt(folder));
 }
 
 } // namespace quorvane

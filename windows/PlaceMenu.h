@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QString>
 
+#include <string>
+
 class QAction;
 class QActionGroup;
 class QMenu;
@@ -25,6 +27,9 @@ public:
 
     const RulesPlace& place() const { return m_place; }
     bool isThisMachine() const;
+
+    // As if this folder had been chosen as the volume.
+    void useVolume(const std::string& folder);
 
 Q_SIGNALS:
     // Programs and paths are to be looked up there from now on. `name` says where; empty for this machine.

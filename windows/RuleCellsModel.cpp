@@ -206,7 +206,7 @@ QVariant RuleCellsModel::decoration(const RuleCell& cell) const
         return cell.image == StateImage::system ? systemRuleImage() : recentRuleImage();
     if (cell.isIconFileMissing)
         return missingProgramImage();
-    return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile)) : QVariant();
+    return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile, cell.iconRoot)) : QVariant();
 }
 
 } // namespace quorvane

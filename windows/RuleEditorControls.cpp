@@ -197,7 +197,7 @@ void RuleEditorControls::setConstraintLabel() const
 
 void RuleEditorControls::setApplicationIcon() const
 {
-    const ProgramIcon icon = iconForProcess(textOf(*m_widgets.processNameTextField));
+    const ProgramIcon icon = iconForProcess(textOf(*m_widgets.processNameTextField), m_place);
     switch (icon.kind) {
     case ProgramIcon::Kind::none:
         return showImage(*m_widgets.iconImageView, {}, {});
@@ -205,8 +205,8 @@ void RuleEditorControls::setApplicationIcon() const
         return showImage(
             *m_widgets.iconImageView, iconInFile(toQt(m_lockImageFile)), QObject::tr("lock: any program"));
     case ProgramIcon::Kind::file:
-        return showImage(
-            *m_widgets.iconImageView, m_workspace.iconForFile(icon.file), toQt(lastPathComponent(icon.file)));
+        return showImage(*m_widgets.iconImageView, m_workspace.iconForFile(icon.file, m_place.root()),
+            toQt(lastPathComponent(icon.file)));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "workflow/RuleDraft.h"
+#include "workflow/RulesPlace.h"
 
 #include <array>
 #include <optional>
@@ -75,6 +76,9 @@ public:
 
     const RuleEditorWidgets& widgets() const { return m_widgets; }
 
+    // Where the program's icon is looked up; this machine at first.
+    void setPlace(const RulesPlace& place) { m_place = place; }
+
     // Lets the controls say this. What follows from a text is not asked for: the pop-ups say what the draft
     // says.
     void fill(const RuleDraft& draft) const;
@@ -109,6 +113,7 @@ private:
     RuleEditorWidgets m_widgets;
     Workspace& m_workspace;
     std::string m_lockImageFile;
+    RulesPlace m_place = RulesPlace::thisMachine();
 };
 
 // Opens the panel "Use Path" over an editor. None when nothing was chosen, or when the editor is gone.

@@ -31,6 +31,9 @@ public:
     RuleEditorDelegate* delegate() const { return m_delegate; }
     void setDelegate(RuleEditorDelegate* delegate) { m_delegate = delegate; }
 
+    // Where the icon of the program is looked up. To be set before the window is shown.
+    void setPlace(const RulesPlace& place) { m_controls->setPlace(place); }
+
     // What the controls say. Only after the window was shown.
     RuleDraft draft() const { return m_controls->draft(); }
     // Lets them say this; the rule stays what it is.

@@ -45,6 +45,7 @@ std::string pathOfProgram(const RuleValue& rule)
 struct RuleStrip::RuleFacts {
     std::vector<RuleProblem> problems;
     std::string iconFile;
+    std::optional<FileRoot> iconRoot;
     bool isIconFileMissing = false; // a placeholder stands for the icon then
 };
 
@@ -156,8 +157,8 @@ void RuleStrip::showRule(const RuleRef& rule)
             facts->problems = problemsOfRuleAlone(value, place, lineEnds);
             facts->iconFile = askValue(
                 value, [](const auto& fields) { return applicationBundlePathForPath(fields.processName); });
-            facts->isIconFileMissing
-                = facts->iconFile.starts_with('/') && !place.facts().exists(facts->iconFile);
+            facts->iconRoot = place.root();
+            facts->isIconFileMissing = facts->iconFile.starts_with('/') && place.isMissing(facts->iconFile);
         },
         [=, this, stop = m_looking.get_token()] {
             if (stop.stop_requested())
@@ -170,8 +171,8 @@ void RuleStrip::showRule(const RuleRef& rule)
 
 void RuleStrip::showIcon(const RuleFacts& facts)
 {
-    const QIcon icon
-        = facts.isIconFileMissing ? missingProgramImage() : m_workspace.iconForFile(facts.iconFile);
+    const QIcon icon = facts.isIconFileMissing ? missingProgramImage()
+                                               : m_workspace.iconForFile(facts.iconFile, facts.iconRoot);
     m_icon->setPixmap(icon.pixmap(QSize(iconPixels, iconPixels), devicePixelRatioF()));
     m_icon->show();
 }

@@ -5,12 +5,12 @@
 #include "windows/AsideController.h"
 #include "windows/ExchangeController.h"
 #include "windows/MapWindow.h"
+#include "windows/PlaceMenu.h"
 #include "windows/QtText.h"
 #include "windows/RuleEditorWindow.h"
 #include "windows/SelectionController.h"
 #include "windows/TouchingWindow.h"
 #include "windows/WindowLook.h"
-#include "workflow/ProgramFacts.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -21,7 +21,7 @@ namespace quorvane {
 
 void RulesEditorTableController::setUpActionsOnMany()
 {
-    m_selection = std::make_unique<SelectionController>(*this, *this, m_document, programFactsOnDisk());
+    m_selection = std::make_unique<SelectionController>(*this, *this, m_document);
     auto* selection = m_selection.get();
     connect(
         this, &RulesEditorTableController::rulesDidChange, selection, &SelectionController::rulesDidChange);
@@ -78,6 +78,8 @@ void RulesEditorTableController::showTouching()
 {
     if (m_touchingWindow.isNull()) {
         m_touchingWindow = new TouchingWindow(m_store, *this, m_workspace, this);
+        m_touchingWindow->setPlace(m_places->place());
+        connect(m_places, &PlaceMenu::placeChosen, m_touchingWindow.data(), &TouchingWindow::setPlace);
         connect(this, &RulesEditorTableController::rulesDidChange, m_touchingWindow.data(),
             &TouchingWindow::rulesDidChange);
     }

@@ -4,6 +4,7 @@
 
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
+#include "windows/PlaceMenu.h"
 #include "windows/RulesTableModel.h"
 
 #include <utility>
@@ -82,6 +83,7 @@ RuleEditorWindow* RulesEditorTableController::edit(const RuleRef& rule)
 void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
 {
     m_editPolicyWindowController = new EditPolicyWindowController(m_document, m_workspace, m_log, this);
+    m_editPolicyWindowController->setPlace(m_places->place());
     m_editPolicyWindowController->setPolicyRule(rule);
     m_editPolicyWindowController->setDelegate(this);
     m_editPolicyWindowController->show();
@@ -90,6 +92,7 @@ void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
 void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
 {
     m_editWatchWindowController = new EditWatchWindowController(m_document, m_workspace, m_log, this);
+    m_editWatchWindowController->setPlace(m_places->place());
     m_editWatchWindowController->setWatchRule(rule);
     m_editWatchWindowController->setDelegate(this);
     m_editWatchWindowController->show();

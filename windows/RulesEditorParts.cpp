@@ -2,6 +2,7 @@
 
 #include "platform/Account.h"
 #include "ui_RulesEditorTableController.h"
+#include "windows/AsideController.h"
 #include "windows/CleanUpWindow.h"
 #include "windows/LikeSelection.h"
 #include "windows/PlaceMenu.h"
@@ -63,28 +64,29 @@ void RulesEditorTableController::setUpParts()
     addDockWidget(Qt::RightDockWidgetArea, list);
     list->hide();
 
-    auto* places = new PlaceMenu(*m_ui->placeMenu, *this, *this);
-    places->setParent(m_parts.get());
+    m_places = new PlaceMenu(*m_ui->placeMenu, *this, *this);
+    m_places->setParent(m_parts.get());
     auto* placeLabel = new QLabel(this);
     placeLabel->setObjectName(QStringLiteral("placeLabel"));
     placeLabel->hide();
     statusBar()->addPermanentWidget(placeLabel);
-    connect(places, &PlaceMenu::placeChosen, this, [=, this](const RulesPlace& place, const QString& name) {
+    connect(m_places, &PlaceMenu::placeChosen, this, [=, this](const RulesPlace& place, const QString& name) {
         placeLabel->setText(tr("Rules are for: %1").arg(name));
         placeLabel->setVisible(!name.isEmpty());
         m_model->setPlace(place);
         reloadTable();
         mending->setPlace(place);
-        m_selection->setFacts(places->place().facts());
+        m_selection->setPlace(place);
+        m_aside->setPlace(place);
         strip->setPlace(place);
         finder->setPlace(place);
     });
 
-    connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder, places] {
-        const ChangingPlaces changing = places->isThisMachine()
+    connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder] {
+        const ChangingPlaces changing = m_places->isThisMachine()
             ? ChangingPlaces{mountsOfThisMachine(), homeDirectory()}
             : ChangingPlaces();
-        auto* window = new CleanUpWindow(*this, m_document, *finder, places->place(), changing, this);
+        auto* window = new CleanUpWindow(*this, m_document, *finder, m_places->place(), changing, this);
         window->open();
     });
     (new LikeSelection(*this, *m_ui->selectByMenu))->setParent(m_parts.get());
@@ -92,6 +94,11 @@ void RulesEditorTableController::setUpParts()
     m_ui->viewMenu->insertActions(
         m_ui->nextProblemMenuItem, {words->toggleViewAction(), list->toggleViewAction()});
     restoreDocks(*this);
+}
+
+void RulesEditorTableController::useVolume(const std::string& folder)
+{
+    m_places->useVolume(folder);
 }
 
 } // namespace quorvane

@@ -33,6 +33,7 @@ class FileHistory;
 class HistoryWindow;
 class Log;
 class MapWindow;
+class PlaceMenu;
 class RuleEditorWindow;
 class RulesDocument;
 class RulesFileFollower;
@@ -75,6 +76,9 @@ public:
 
     // Reports at the foot what of the programs' settings could not be used.
     void showSettingsProblem(const QString& problem);
+
+    // Looks programs and paths up on a mounted volume, as the menu of places can have it.
+    void useVolume(const std::string& folder);
 
     // Shows at the foot, until the next call, why the preferences could not be saved; empty for nothing.
     void showPreferencesFailure(const QString& failure);
@@ -251,6 +255,7 @@ private:
     std::unique_ptr<AsideController> m_aside;
     std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
     std::unique_ptr<QObject> m_parts; // its children ask this window's table
+    PlaceMenu* m_places; // one of them
 };
 
 } // namespace quorvane

@@ -100,12 +100,10 @@ PlannedChange nothingYet(const QString& remark)
 
 } // namespace
 
-SelectionController::SelectionController(
-    QWidget& window, RulesTable& table, RulesDocument& document, ProgramFacts& facts)
+SelectionController::SelectionController(QWidget& window, RulesTable& table, RulesDocument& document)
     : m_window(window)
     , m_table(table)
     , m_document(document)
-    , m_facts(&facts)
 {
 }
 
@@ -182,7 +180,7 @@ void SelectionController::performOrPreview(const Command& command, const MakePla
 void SelectionController::patch(const Command& command, const RulePatch& patch)
 {
     performOrPreview(command, [this, patch](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-        return patchingOf(m_document.store(), rules, patch, *m_facts, lineEnds);
+        return patchingOf(m_document.store(), rules, patch, m_place.facts(), lineEnds);
     });
 }
 
@@ -227,7 +225,7 @@ void SelectionController::setTag()
         return planned(
             command, selected, ends, [this, field](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
                 return patchingOf(
-                    m_document.store(), rules, {.tag = fromQt(field->text())}, *m_facts, lineEnds);
+                    m_document.store(), rules, {.tag = fromQt(field->text())}, m_place.facts(), lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -256,7 +254,8 @@ void SelectionController::changeOperations()
             static_cast<RulePatch::Operations::Kind>(kind->currentData().toInt()), boxes->operations()};
         return planned(
             command, selected, ends, [this, change](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-                return patchingOf(m_document.store(), rules, {.operations = change}, *m_facts, lineEnds);
+                return patchingOf(
+                    m_document.store(), rules, {.operations = change}, m_place.facts(), lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -282,7 +281,7 @@ void SelectionController::copyToProgram()
             return nothingYet(tr("Name the program by its whole path."));
         return planned(
             command, selected, ends, [this, path](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-                return copyingOf(m_document.store(), rules, path, *m_facts, lineEnds);
+                return copyingOf(m_document.store(), rules, path, m_place.facts(), lineEnds);
             });
     });
     preview.setControls(form.widget);
@@ -302,7 +301,7 @@ void SelectionController::moveProgram()
 void SelectionController::moveProgram(const std::string& from)
 {
     const std::vector<ProgramCandidate> candidates
-        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), *m_facts);
+        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), m_place);
     Form form;
     auto* found = new QComboBox(form.widget);
     found->setObjectName(QStringLiteral("candidatesPopUp"));

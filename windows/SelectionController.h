@@ -1,6 +1,7 @@
 #pragma once
 
 #include "workflow/PlannedChange.h"
+#include "workflow/RulesPlace.h"
 
 #include <QObject>
 #include <QPointer>
@@ -16,7 +17,6 @@ class QWidget;
 namespace quorvane {
 
 class ChangeWindow;
-class ProgramFacts;
 class RulesDocument;
 class RulesTable;
 
@@ -27,10 +27,10 @@ class SelectionController : public QObject {
     Q_OBJECT
 public:
     // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
-    SelectionController(QWidget& window, RulesTable& table, RulesDocument& document, ProgramFacts& facts);
+    SelectionController(QWidget& window, RulesTable& table, RulesDocument& document);
 
-    // What programs are asked from now on. Must outlive this, or the next call.
-    void setFacts(ProgramFacts& facts) { m_facts = &facts; }
+    // Where programs are looked up from now on; this machine at first.
+    void setPlace(const RulesPlace& place) { m_place = place; }
 
     // Ask for what the rules are to have.
     void setTag();
@@ -78,7 +78,7 @@ private:
     QWidget& m_window;
     RulesTable& m_table;
     RulesDocument& m_document;
-    ProgramFacts* m_facts; // never null
+    RulesPlace m_place = RulesPlace::thisMachine();
     QPointer<ChangeWindow> m_preview; // the one that is open
 };
 

@@ -25,7 +25,7 @@ void TouchingModel::show(const std::vector<RuleRef>& rules, const TouchQuestion&
 RuleCell TouchingModel::makeCell(std::size_t row, int column) const
 {
     if (column < whyColumn)
-        return ruleCell(m_store, rows(), row, true, static_cast<RuleColumn>(column));
+        return ruleCell(m_store, rows(), row, true, static_cast<RuleColumn>(column), m_place);
     RuleCell cell;
     cell.text = whyTouches(valueOf(rows().at(row, true)), m_question);
     cell.toolTip = cell.text;

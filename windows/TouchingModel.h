@@ -18,6 +18,9 @@ public:
     // Neither is owned.
     TouchingModel(const RuleManager& store, Workspace& workspace, QObject* parent = nullptr);
 
+    // Where programs and paths are looked up. Takes effect with the next rules.
+    void setPlace(const RulesPlace& place) { m_place = place; }
+
     // Stored rules, which `question` is about.
     void show(const std::vector<RuleRef>& rules, const TouchQuestion& question);
 
@@ -28,6 +31,7 @@ protected:
 private:
     const RuleManager& m_store;
     TouchQuestion m_question;
+    RulesPlace m_place = RulesPlace::thisMachine();
 };
 
 } // namespace quorvane

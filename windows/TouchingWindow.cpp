@@ -92,6 +92,12 @@ void TouchingWindow::ask()
     m_search.search(question(), m_includesSystemRules->isChecked());
 }
 
+void TouchingWindow::setPlace(const RulesPlace& place)
+{
+    m_model->setPlace(place);
+    ask();
+}
+
 void TouchingWindow::rulesDidChange()
 {
     m_search.rulesDidChange();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "windows/TouchSearch.h"
+#include "workflow/RulesPlace.h"
 
 #include <QDialog>
 
@@ -29,6 +30,9 @@ public:
     TouchingWindow(
         const RuleManager& store, RulesTable& table, Workspace& workspace, QWidget* parent = nullptr);
     ~TouchingWindow() override;
+
+    // Where programs and paths are looked up; this machine at first.
+    void setPlace(const RulesPlace& place);
 
     // The stored rules are others now.
     void rulesDidChange();

@@ -27,7 +27,7 @@ RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::si
 {
     switch (column) {
     case ImportColumn::application:
-        return applicationCell(rows, row, false, faultOfImported);
+        return applicationCell(rows, row, false, RulesPlace::thisMachineWithoutHomes(), faultOfImported);
     case ImportColumn::tick:
         return {};
     case ImportColumn::ruleClass:

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <optional>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include <re2/re2.h>
@@ -57,9 +56,11 @@ bool meets(const std::string& constraint, const std::string& program, ProgramFac
 // One search, and what it may still look at.
 class Search {
 public:
-    Search(const std::string& path, const std::vector<std::string>& constraints, ProgramFacts& facts)
+    Search(const std::string& path, const std::vector<std::string>& constraints, const FileRoot& root,
+        ProgramFacts& facts)
         : m_path(path)
         , m_constraints(constraints)
+        , m_root(root)
         , m_facts(facts)
     {
     }
@@ -102,9 +103,11 @@ private:
     {
         const fs::path bundle = applicationBundlePathForPath(NullableText(m_path));
         const fs::path tail = path.lexically_relative(bundle.parent_path());
-        for (const fs::path& folder : {bundle.parent_path(), bundle.parent_path().parent_path(),
-                 fs::path(homeDirectory()) / "Applications", fs::path("/Applications"), fs::path("/opt"),
-                 fs::path("/usr/local/bin"), fs::path("/usr/bin")}) {
+        std::vector<fs::path> folders{bundle.parent_path(), bundle.parent_path().parent_path(),
+            "/Applications", "/opt", "/usr/local/bin", "/usr/bin"};
+        if (m_root.isThisMachines()) // homes elsewhere are unknown
+            folders.push_back(fs::path(homeDirectory()) / "Applications");
+        for (const fs::path& folder : folders) {
             addIfBound((folder / tail).string());
             forEachName(
                 folder, [&](const std::string& name) { addIfBound((folder / name / tail).string()); });
@@ -113,12 +116,14 @@ private:
 
     template <class Use> void forEachName(const fs::path& folder, const Use& use)
     {
-        std::error_code failed;
-        fs::directory_iterator entry(folder, failed);
-        for (; !failed && entry != fs::directory_iterator() && m_names < mostNames; entry.increment(failed)) {
-            ++m_names;
-            use(entry->path().filename().string());
-        }
+        m_root.forEachName(folder.string(), [&](const std::string& name) {
+            const bool isWithinBounds = m_names < mostNames;
+            if (isWithinBounds) {
+                ++m_names;
+                use(name);
+            }
+            return isWithinBounds;
+        });
     }
 
     bool isProgram(const std::string& path)
@@ -147,6 +152,7 @@ private:
 
     const std::string& m_path;
     const std::vector<std::string>& m_constraints;
+    const FileRoot& m_root;
     ProgramFacts& m_facts;
     std::size_t m_names = 0;
     std::size_t m_filesRead = 0;
@@ -162,12 +168,12 @@ std::string_view candidateReasonWords(ProgramCandidate::Reason reason)
 }
 
 std::vector<ProgramCandidate> candidatesForMoved(
-    const std::string& path, const std::vector<std::string>& constraints, ProgramFacts& facts)
+    const std::string& path, const std::vector<std::string>& constraints, const RulesPlace& place)
 {
     constexpr std::size_t longestPath = 4096;
-    if (!path.starts_with('/') || path.size() > longestPath)
+    if (!place.root() || !path.starts_with('/') || path.size() > longestPath)
         return {};
-    return Search(path, constraints, facts).run();
+    return Search(path, constraints, *place.root(), place.facts()).run();
 }
 
 std::string namedProgram(std::string_view process)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workflow/ProgramFacts.h"
+#include "workflow/RulesPlace.h"
 
 #include <string>
 #include <string_view>
@@ -29,10 +29,9 @@ std::string_view candidateReasonWords(ProgramCandidate::Reason reason);
 // newest; 20 at most. `constraints` are those of its rules. Other versions are looked for beside it; what has
 // the same constraint also a folder further, and where programs usually are, under the same name.
 //
-// Bounded: looks at some thousand names and reads some dozen files at most. Programs are asked about in
-// `facts`, folders on this machine.
+// Bounded: looks at some thousand names and reads some dozen files at most, all of them in `place`.
 std::vector<ProgramCandidate> candidatesForMoved(
-    const std::string& path, const std::vector<std::string>& constraints, ProgramFacts& facts);
+    const std::string& path, const std::vector<std::string>& constraints, const RulesPlace& place);
 
 // The path that a process names: of its program, or of the parent or ancestor of any program; empty for every
 // process.

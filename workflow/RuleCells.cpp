@@ -1,6 +1,5 @@
 #include "workflow/RuleCells.h"
 
-#include "platform/FileBytes.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
 #include "workflow/ApplicationValidation.h"
@@ -24,8 +23,8 @@ std::string applicationToolTip(const PolicyRuleFields& rule)
     return tip;
 }
 
-RuleCell policyApplicationCell(
-    const PolicyRule& rule, const PolicyRule* previous, const ProgramQuestion& faultOf)
+RuleCell policyApplicationCell(const PolicyRule& rule, const PolicyRule* previous, const RulesPlace& place,
+    const ProgramQuestion& faultOf)
 {
     RuleCell cell;
     cell.toolTip = applicationToolTip(rule.fields());
@@ -35,7 +34,8 @@ RuleCell policyApplicationCell(
     if (cell.startsGroup) {
         cell.text = name;
         cell.iconFile = applicationBundlePathForRule(rule);
-        cell.isIconFileMissing = cell.iconFile->starts_with('/') && !isAnythingAt(*cell.iconFile);
+        cell.iconRoot = place.root();
+        cell.isIconFileMissing = cell.iconFile->starts_with('/') && place.isMissing(*cell.iconFile);
     } else {
         cell.description = name;
     }
@@ -137,15 +137,15 @@ void describe(RuleCell& cell, std::string_view words)
     cell.description += words;
 }
 
-RuleCell applicationCell(
-    const RuleRows& rows, std::size_t row, bool includeSystemRules, const ProgramQuestion& faultOf)
+RuleCell applicationCell(const RuleRows& rows, std::size_t row, bool includeSystemRules,
+    const RulesPlace& place, const ProgramQuestion& faultOf)
 {
     const RuleRef& rule = rows.at(row, includeSystemRules);
     const PolicyRule* policy = policyRuleIn(rule);
     if (policy == nullptr)
         return watchApplicationCell(*std::get<WatchRulePtr>(rule));
     return policyApplicationCell(
-        *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr, faultOf);
+        *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr, place, faultOf);
 }
 
 RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings)
@@ -177,7 +177,7 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
     switch (column) {
     case RuleColumn::application:
         return applicationCell(
-            rows, row, includeSystemRules, [&place](const PolicyRule& policy, std::string_view name) {
+            rows, row, includeSystemRules, place, [&place](const PolicyRule& policy, std::string_view name) {
                 return programFault(policy, name, place);
             });
     case RuleColumn::state:

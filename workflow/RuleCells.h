@@ -33,8 +33,9 @@ struct RuleCell {
     std::string text;
     CellColor color = CellColor::black;
     bool italic = false;
-    // The file or bundle whose icon stands before the text; none for no icon.
+    // The file or bundle whose icon stands before the text, and below what it is; none for no icon.
     std::optional<std::string> iconFile;
+    std::optional<FileRoot> iconRoot;
     bool isIconFileMissing = false; // a placeholder stands for the icon then
     StateImage image = StateImage::none;
     // True for the application cell of a policy rule that begins a new application group.
@@ -56,9 +57,10 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
 using ProgramQuestion
     = std::function<std::optional<ProgramFault>(const PolicyRule& rule, std::string_view applicationName)>;
 
-// The application cell of `row`: blank in the later rows of an application group.
-RuleCell applicationCell(
-    const RuleRows& rows, std::size_t row, bool includeSystemRules, const ProgramQuestion& faultOf);
+// The application cell of `row`: blank in the later rows of an application group. Icons are looked up in
+// `place`.
+RuleCell applicationCell(const RuleRows& rows, std::size_t row, bool includeSystemRules,
+    const RulesPlace& place, const ProgramQuestion& faultOf);
 
 // The path cell of a rule of which `findings` are worth telling.
 RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings);

@@ -1,6 +1,5 @@
 #include "workflow/RuleEditing.h"
 
-#include "platform/FileBytes.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
 #include "workflow/ApplicationValidation.h"
@@ -41,11 +40,11 @@ std::string_view constraintLabel(std::string_view constraint)
     return "Team ID";
 }
 
-ProgramIcon iconForProcess(const std::string& processName)
+ProgramIcon iconForProcess(const std::string& processName, const RulesPlace& place)
 {
     if (processName == anyProgram)
         return {.kind = ProgramIcon::Kind::lock};
-    if (!isAnythingAt(applicationHeadForProcess(processName)))
+    if (!place.root() || !place.root()->isAnythingAt(applicationHeadForProcess(processName)))
         return {};
     // Deliberate: asked with the whole text, not with the program's path that was looked for.
     return {.kind = ProgramIcon::Kind::file, .file = applicationBundlePathForPath(processName)};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "workflow/RuleDraft.h"
+#include "workflow/RulesPlace.h"
 
 #include <cstdint>
 #include <string>
@@ -30,8 +31,9 @@ struct ProgramIcon {
     std::string file{}; // whose icon is meant; for Kind::file only
 };
 
-// The lock for "any"; none when no file exists at the program's path.
-ProgramIcon iconForProcess(const std::string& processName);
+// The lock for "any"; none when no file exists at the program's path in `place`.
+ProgramIcon iconForProcess(
+    const std::string& processName, const RulesPlace& place = RulesPlace::thisMachine());
 
 // Where a file panel starts: `text`, or `fallback` when the text is empty or "any".
 std::string panelStart(std::string_view text, std::string_view fallback);

@@ -1,7 +1,6 @@
 #include "workflow/RulesPlace.h"
 
 #include "platform/Account.h"
-#include "platform/FileRoot.h"
 
 #include <utility>
 
@@ -22,9 +21,10 @@ std::shared_ptr<ProgramFacts> referenceTo(ProgramFacts& facts)
 
 } // namespace
 
-RulesPlace::RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts)
+RulesPlace::RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<FileRoot> root)
     : m_kind(kind)
     , m_facts(std::move(facts))
+    , m_root(std::move(root))
 {
 }
 
@@ -35,23 +35,23 @@ RulesPlace RulesPlace::thisMachine()
 
 RulesPlace RulesPlace::thisMachineWithoutHomes()
 {
-    return {Kind::machineWithoutHomes, referenceTo(programFactsOnDisk())};
+    return {Kind::machineWithoutHomes, referenceTo(programFactsOnDisk()), FileRoot()};
 }
 
 std::optional<RulesPlace> RulesPlace::folder(const std::string& folder, std::error_code& error)
 {
     const auto root = FileRoot::at(folder, error);
-    return root ? std::optional(RulesPlace(Kind::folder, programFactsWithin(*root))) : std::nullopt;
+    return root ? std::optional(RulesPlace(Kind::folder, programFactsWithin(*root), root)) : std::nullopt;
 }
 
 RulesPlace RulesPlace::nowhere()
 {
-    return {Kind::nowhere, referenceTo(programFactsOfNothing())};
+    return {Kind::nowhere, referenceTo(programFactsOfNothing()), std::nullopt};
 }
 
 RulesPlace RulesPlace::of(ProgramFacts& facts)
 {
-    return {Kind::machine, referenceTo(facts)};
+    return {Kind::machine, referenceTo(facts), FileRoot()};
 }
 
 bool RulesPlace::isUnknown(std::string_view path) const

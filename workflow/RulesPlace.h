@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileRoot.h"
 #include "workflow/ProgramFacts.h"
 
 #include <memory>
@@ -32,6 +33,9 @@ public:
     // What is asked about programs; nowhere, nothing exists.
     ProgramFacts& facts() const { return *m_facts; }
 
+    // Below which the files are; none when nothing is looked up.
+    const std::optional<FileRoot>& root() const { return m_root; }
+
     // True when nothing can be told of what stands at the path.
     bool isUnknown(std::string_view path) const;
 
@@ -41,10 +45,11 @@ public:
 private:
     enum class Kind { machine, machineWithoutHomes, folder, nowhere };
 
-    RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts);
+    RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<FileRoot> root);
 
     Kind m_kind;
     std::shared_ptr<ProgramFacts> m_facts; // never null
+    std::optional<FileRoot> m_root;
 };
 
 } // namespace quorvane

@@ -1,9 +1,12 @@
 #include "windows/PlaceMenu.h"
 #include "tests/windows/EditorTable.h"
 #include "windows/Shades.h"
+#include "windows/StateImages.h"
+#include "windows/TouchingWindow.h"
 
 #include <QDialog>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTimer>
 
 namespace quorvane {
@@ -80,6 +83,42 @@ TEST_F(PlaceMenuTest, BindsRulesToTheProgramsOfTheVolume)
     action("bindAnewMenuItem")->trigger();
     EXPECT_EQ(std::get<PolicyRulePtr>(rule)->constraint().view(),
         "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
+}
+
+TEST_F(PlaceMenuTest, ShowsTheIconsOfTheVolumesPrograms)
+{
+    // given a program that is only on the volume
+    volume.write("X.app/Contents/MacOS/x", "");
+    const auto icon = [this] {
+        QApplication::processEvents();
+        return cell(1, RuleColumn::application).data(Qt::DecorationRole).value<QIcon>().cacheKey();
+    };
+    store->addPolicyRule(
+        policyRule({.path = "/there", .processName = "/X.app/Contents/MacOS/x", .operations = 1}));
+    window->reloadData();
+    EXPECT_EQ(icon(), missingProgramImage().cacheKey());
+
+    chooseVolume(volume.path());
+    EXPECT_NE(icon(), missingProgramImage().cacheKey());
+    items[0]->trigger();
+    EXPECT_EQ(icon(), missingProgramImage().cacheKey());
+}
+
+TEST_F(PlaceMenuTest, OtherTablesOfRulesLookThereToo)
+{
+    const auto isRedIn = [this](const char* openItem) {
+        action(openItem)->trigger();
+        auto* other = window->findChild<TouchingWindow*>();
+        other->findChild<QLineEdit*>()->setText(QStringLiteral("/there"));
+        QSignalSpy answered(other, &TouchingWindow::wasAnswered);
+        EXPECT_TRUE(answered.wait());
+        const auto* list = other->findChild<RulesTableView*>();
+        const QModelIndex path = list->model()->index(0, static_cast<int>(RuleColumn::path));
+        return path.data(Qt::ForegroundRole).value<QBrush>().color() == shades::red;
+    };
+    EXPECT_TRUE(isRedIn("whatTouchesMenuItem"));
+    window->useVolume(volume.path());
+    EXPECT_FALSE(isRedIn("whatTouchesMenuItem"));
 }
 
 TEST_F(PlaceMenuTest, LooksAtNothingForAMachineThatIsSomewhereElse)

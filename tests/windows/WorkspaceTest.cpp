@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include <sys/stat.h>
+
 namespace quorvane {
 
 namespace {
@@ -117,6 +121,34 @@ TEST(Workspace, AnIconNameMustStayInsideTheBundle)
     image.fill(Qt::green);
     QImageWriter(QString::fromStdString(folder.path("outside.icns")), "icns").write(image);
     EXPECT_NE(middleOf(Workspace().iconForFile(bundle)), QColor(Qt::green).rgb());
+}
+
+TEST(Workspace, LooksBelowTheRootThatItIsGiven)
+{
+    // given a bundle on a volume, whose Info.plist is a link as that machine has it, and another here
+    const TemporaryFolder volume;
+    const std::string bundle = bundleWithIcon(volume, "paint");
+    std::filesystem::create_directories(volume.path("Library"));
+    std::filesystem::rename(bundle + "/Contents/Info.plist", volume.path("Library/Info.plist"));
+    std::filesystem::create_symlink("/Library/Info.plist", bundle + "/Contents/Info.plist");
+    std::error_code error;
+    const auto root = FileRoot::at(volume.path(), error);
+    Workspace workspace;
+
+    // then its icon is found there alone, whatever was asked before
+    const QRgb generic = middleOf(workspace.iconForFile("/Paint.app"));
+    EXPECT_EQ(middleOf(workspace.iconForFile("/Paint.app", root)), QColor(Qt::magenta).rgb());
+    EXPECT_EQ(middleOf(workspace.iconForFile("/Paint.app")), generic);
+    EXPECT_EQ(middleOf(workspace.iconForFile("/Paint.app", std::nullopt)), generic);
+    EXPECT_EQ(middleOf(workspace.iconForFile(bundle, std::nullopt)), generic);
+}
+
+TEST(Workspace, WaitsForNoPipe)
+{
+    const TemporaryFolder folder;
+    const std::string bundle = bundleWithIcon(folder, "pipe");
+    ASSERT_EQ(mkfifo((bundle + "/Contents/Resources/pipe.icns").c_str(), 0600), 0);
+    EXPECT_FALSE(Workspace().iconForFile(bundle).isNull());
 }
 
 TEST(Workspace, HasAnIconForEverything)

@@ -1,5 +1,6 @@
 #include "workflow/MovedProgram.h"
 
+#include "codesign/Digests.h"
 #include "tests/support/GivenFacts.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,7 +29,7 @@ protected:
     std::string search(const std::string& path, const std::vector<std::string>& constraints = {})
     {
         std::string found;
-        for (const ProgramCandidate& candidate : candidatesForMoved(folder.path(path), constraints, facts))
+        for (const ProgramCandidate& candidate : candidatesForMoved(folder.path(path), constraints, place))
             found += (candidate.reason == ProgramCandidate::sameConstraint ? "same " : "version ")
                 + candidate.path.substr(folder.path().size() + 1) + "\n";
         return found;
@@ -36,6 +37,7 @@ protected:
 
     TemporaryFolder folder;
     GivenFacts facts;
+    RulesPlace place = RulesPlace::of(facts);
 };
 
 } // namespace
@@ -108,7 +110,24 @@ TEST_F(MovedProgramTest, OffersTwentyProgramsAtMost)
 TEST_F(MovedProgramTest, OffersNothingForWhatIsNoPath)
 {
     for (const std::string& path : {std::string(), std::string("any"), "/" + std::string(10000, '1')})
-        EXPECT_TRUE(candidatesForMoved(path, {"TEAM"}, facts).empty()) << path.substr(0, 10);
+        EXPECT_TRUE(candidatesForMoved(path, {"TEAM"}, place).empty()) << path.substr(0, 10);
+}
+
+TEST(MovedProgram, IsLookedForOnTheVolumeThatTheRulesAreFor)
+{
+    // given a program that has moved on a volume, and another version of it on this machine
+    const TemporaryFolder folder;
+    folder.write("tool-2", "");
+    folder.write("volume/opt/tools/tool-1", "tool");
+    folder.write("volume" + folder.path("tool-3"), "");
+    std::error_code error;
+    const auto volume = RulesPlace::folder(folder.path("volume"), error);
+
+    const ProgramCandidate moved{"/opt/tools/tool-1", ProgramCandidate::sameConstraint};
+    const ProgramCandidate later{folder.path("tool-3"), ProgramCandidate::otherVersion};
+    EXPECT_EQ(candidatesForMoved("/opt/tool-1", {sha256("tool")}, *volume), std::vector{moved});
+    EXPECT_EQ(candidatesForMoved(folder.path("tool-1"), {}, *volume), std::vector{later});
+    EXPECT_TRUE(candidatesForMoved(folder.path("tool-1"), {}, RulesPlace::nowhere()).empty());
 }
 
 TEST(NamedProgram, IsTheProcessesOwnProgramElseItsParentOrAncestor)

@@ -109,6 +109,17 @@ TEST(IconForProcess, IsThatOfTheOutermostBundleOfAProgramThatExists)
     }
 }
 
+TEST(IconForProcess, IsLookedUpInThePlaceThatTheRulesAreFor)
+{
+    const TemporaryFolder folder;
+    folder.write("volume/bin/tool", "");
+    std::error_code error;
+    const auto volume = RulesPlace::folder(folder.path("volume"), error);
+    EXPECT_EQ(iconForProcess("/bin/tool", *volume).file, "/bin/tool");
+    EXPECT_EQ(iconForProcess("/bin/sh", *volume).kind, ProgramIcon::Kind::none);
+    EXPECT_EQ(iconForProcess("/bin/sh", RulesPlace::nowhere()).kind, ProgramIcon::Kind::none);
+}
+
 TEST(IconForProcess, IsNoneWhenNothingIsAtTheProgramsPath)
 {
     const TemporaryFolder folder;
