@@ -9,12 +9,18 @@ namespace quorvane {
 
 ProblemsFinder::ProblemsFinder(const RuleManager& store)
     : m_store(store)
+    , m_known(nothingKnown())
 {
 }
 
 ProblemsFinder::~ProblemsFinder()
 {
     m_stop.request_stop();
+}
+
+std::shared_ptr<KnownProblems> ProblemsFinder::nothingKnown() const
+{
+    return std::make_shared<KnownProblems>(m_place, m_store.locations().userRulesFile());
 }
 
 void ProblemsFinder::start()
@@ -41,7 +47,7 @@ void ProblemsFinder::lookAgain()
     m_stop.request_stop();
     m_stop = {};
     // That of a search which is under way goes with it.
-    m_known = std::make_shared<KnownProblems>(m_place);
+    m_known = nothingKnown();
     rulesDidChange();
 }
 

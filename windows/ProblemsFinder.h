@@ -43,6 +43,7 @@ Q_SIGNALS:
     void found(const quorvane::ProblemListsPtr& problems);
 
 private:
+    std::shared_ptr<KnownProblems> nothingKnown() const;
     void look();
     void wasFound(const ProblemListsPtr& problems);
 
@@ -53,8 +54,7 @@ private:
     bool m_findsOverlaps = false;
     bool m_isLooking = false;
     bool m_isBehind = false; // something has changed while it looks
-    std::shared_ptr<KnownProblems> m_known
-        = std::make_shared<KnownProblems>(); // the thread's, while it looks
+    std::shared_ptr<KnownProblems> m_known; // the thread's, while it looks
     std::stop_source m_stop;
     BackgroundThread m_thread;
 };

@@ -20,14 +20,6 @@ namespace {
 constexpr int margin = 6;
 constexpr QSize usualSize(240, 240);
 
-// The kinds that rules can have; joined lines are none of a rule.
-std::vector<FindingKind> kindsOfRules()
-{
-    std::vector<FindingKind> kinds(allFindingKinds.begin(), allFindingKinds.end());
-    std::erase(kinds, FindingKind::joined);
-    return kinds;
-}
-
 } // namespace
 
 ProblemsPanel::ProblemsPanel(ProblemsFinder& finder, QWidget* parent)
@@ -90,7 +82,7 @@ void ProblemsPanel::setUpKinds()
         }
         showKinds(kinds);
     }
-    for (const FindingKind kind : kindsOfRules()) {
+    for (const FindingKind kind : allFindingKinds) {
         QAction* item = m_kindsMenu->addAction(toQt(findingTitle(kind)));
         item->setCheckable(true);
         item->setChecked(m_model->shownKinds().contains(kind));
@@ -107,7 +99,7 @@ void ProblemsPanel::showKind(FindingKind kind, bool isShown)
         kinds.remove(kind);
     showKinds(kinds);
     QStringList hidden;
-    for (const FindingKind each : kindsOfRules()) {
+    for (const FindingKind each : allFindingKinds) {
         if (!kinds.contains(each))
             hidden.append(toQt(findingName(each)));
     }
@@ -174,6 +166,8 @@ void ProblemsPanel::choosePlace(const ProblemsModel::Place& place)
         m_tree->scrollTo(index);
     }
     Q_EMIT ruleChosen(*m_chosen);
+    if (place.kind == FindingKind::joined)
+        Q_EMIT joinedLineChosen();
 }
 
 // The lists are new: finds the chosen problem in them again.

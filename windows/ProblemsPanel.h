@@ -36,6 +36,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void ruleChosen(const quorvane::RuleRef& rule);
+    // Its line of the rules file holds further rules.
+    void joinedLineChosen();
 
 protected:
     void showEvent(QShowEvent* event) override;

@@ -149,6 +149,7 @@ void RulesEditorTableController::rulesWereReloaded()
 
 void RulesEditorTableController::fileStateDidChange()
 {
+    Q_EMIT fileDidChange();
     showFailure();
     if (!m_document.isFileAhead())
         m_ui->notices->remove(aheadSubject);

@@ -4,6 +4,7 @@
 #include "ui_RulesEditorTableController.h"
 #include "windows/AsideController.h"
 #include "windows/CleanUpWindow.h"
+#include "windows/ExchangeController.h"
 #include "windows/LikeSelection.h"
 #include "windows/PlaceMenu.h"
 #include "windows/ProblemsFinder.h"
@@ -56,8 +57,11 @@ void RulesEditorTableController::setUpParts()
     auto* finder = new ProblemsFinder(m_store);
     finder->setParent(m_parts.get());
     connect(this, &RulesEditorTableController::rulesDidChange, finder, &ProblemsFinder::rulesDidChange);
+    connect(this, &RulesEditorTableController::fileDidChange, finder, &ProblemsFinder::rulesDidChange);
     auto* problems = new ProblemsPanel(*finder, this);
     connect(problems, &ProblemsPanel::ruleChosen, mending, &RuleMending::show);
+    connect(problems, &ProblemsPanel::joinedLineChosen, m_exchange.get(),
+        &ExchangeController::lookForJoinedLines); // which offers to review them
     connect(m_ui->nextProblemMenuItem, &QAction::triggered, problems, &ProblemsPanel::showNext);
     connect(m_ui->previousProblemMenuItem, &QAction::triggered, problems, &ProblemsPanel::showPrevious);
     QDockWidget* list = makeDock("problems", tr("&Problems"), problems, *this);

@@ -168,6 +168,8 @@ public:
 Q_SIGNALS:
     // The stored rules may be others now, or hold other values.
     void rulesDidChange();
+    // The rules file may have been written, or not.
+    void fileDidChange();
     // Other rules may be selected now, or the selected ones hold other values.
     void selectionDidChange();
 

@@ -26,6 +26,20 @@ std::size_t joinedLineCountOfFile(const std::string& path)
     }
 }
 
+const std::vector<RuleValue>& JoinedLinesOfFile::rules()
+{
+    std::error_code error;
+    const auto present = FileIdentity::ofPath(m_path, error);
+    if (present && present == m_identity)
+        return m_rules;
+    const RulesFileText file = RulesFileText::read(m_path);
+    m_rules.clear();
+    for (const JoinedLine& line : joinedLines(file.bytes()))
+        m_rules.push_back(line.rules.front().rule);
+    m_identity = file.identity();
+    return m_rules;
+}
+
 RulesApart rulesOfJoinedLines(std::string_view bytes)
 {
     RulesApart apart;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/FileIdentity.h"
 #include "rules/RuleValue.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -23,6 +26,25 @@ std::size_t joinedLineCount(std::string_view bytes);
 
 // The same of the file at `path`; 0 when it cannot be read, or memory runs out.
 std::size_t joinedLineCountOfFile(const std::string& path);
+
+// The rules that a file's joined lines are read as: of each line the first. One thread at a time.
+class JoinedLinesOfFile {
+public:
+    // No file when `path` is empty.
+    explicit JoinedLinesOfFile(std::string path)
+        : m_path(std::move(path))
+    {
+    }
+    const std::string& path() const { return m_path; }
+
+    // As the file is now; it is read again only when it has changed. Throws std::bad_alloc.
+    const std::vector<RuleValue>& rules();
+
+private:
+    std::string m_path;
+    std::optional<FileIdentity> m_identity; // of the file that was read
+    std::vector<RuleValue> m_rules;
+};
 
 // The rules of these lines alone. One whose operations are lost is left out: it would decide nothing.
 RulesApart rulesOfJoinedLines(std::string_view bytes);

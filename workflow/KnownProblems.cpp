@@ -205,16 +205,36 @@ void addOther(ProblemLists::Lists& lists, FindingKind kind, const RuleRef& rule,
         lists[static_cast<std::size_t>(kind)].push_back({rule, {kind}, other->second});
 }
 
+// The stored rules that joined lines are read as.
+std::vector<KnownProblem> joinedProblems(const SeenRules& rules, const std::vector<RuleValue>& joined)
+{
+    std::unordered_multimap<std::uint64_t, const RuleValue*> byHash;
+    for (const RuleValue& rule : joined)
+        byHash.emplace(identityHash(rule), &rule);
+    std::vector<KnownProblem> problems;
+    for (std::size_t place = 0; place < rules.values.size() && !byHash.empty(); ++place) {
+        const RuleRef& rule = ruleAt(rules, place);
+        const RuleValue& value = rules.values[place];
+        const auto [first, end] = byHash.equal_range(identityHash(value));
+        const bool isJoined = std::any_of(
+            first, end, [&value](const auto& entry) { return isEqualRule(*entry.second, value); });
+        if (isJoined && !isSystemRule(rule))
+            problems.push_back({rule, {FindingKind::joined}});
+    }
+    return problems;
+}
+
 } // namespace
 
-KnownProblems::KnownProblems(RulesPlace place)
+KnownProblems::KnownProblems(RulesPlace place, std::string rulesFile)
     : m_place(std::move(place))
+    , m_joined(std::move(rulesFile))
 {
 }
 
 void KnownProblems::forget(RulesPlace place)
 {
-    *this = KnownProblems(std::move(place));
+    *this = KnownProblems(std::move(place), m_joined.path());
 }
 
 ProblemListsPtr KnownProblems::follow(
@@ -226,6 +246,7 @@ ProblemListsPtr KnownProblems::follow(
     OtherOf covering = coveringRules(m_seen, m_covering, now, difference, stop);
     const bool keepsOverlaps = m_knowsOverlaps && difference.isEmpty();
     OtherOf overlapped = keepsOverlaps || !withOverlaps ? OtherOf() : overlappedRules(now, stop);
+    std::vector<KnownProblem> joined = joinedProblems(now, m_joined.rules());
     if (stop.stop_requested())
         return nullptr;
 
@@ -250,6 +271,7 @@ ProblemListsPtr KnownProblems::follow(
         if (withOverlaps)
             addOther(lists, FindingKind::overlap, rule, m_overlapped);
     }
+    lists[static_cast<std::size_t>(FindingKind::joined)] = std::move(joined);
     return std::make_shared<const ProblemLists>(std::move(lists));
 }
 

@@ -3,6 +3,7 @@
 #include "rules/RuleIndex.h"
 #include "rules/RuleRef.h"
 #include "rules/RuleValue.h"
+#include "workflow/JoinedRules.h"
 #include "workflow/RuleFindings.h"
 #include "workflow/RulesPlace.h"
 
@@ -12,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -45,13 +47,14 @@ private:
 using ProblemListsPtr = std::shared_ptr<const ProblemLists>;
 
 // The problems of a store's rules, kept by difference: of rules that stay as they are nothing is looked up
-// again. Joined lines, which are no rules, are not among them.
+// again. A joined line of the rules file is a problem of the rule that it is read as.
 //
 // Works on rows that never change and touches no store, so that it can have a thread of its own; one thread
-// at a time. What changes about a file or a program is seen only when its rule changes or forget() is called.
+// at a time. What changes about a path or a program is seen only when its rule changes or forget() is called.
 class KnownProblems {
 public:
-    explicit KnownProblems(RulesPlace place = RulesPlace::thisMachine());
+    // `rulesFile` is the user's; empty for none.
+    explicit KnownProblems(RulesPlace place = RulesPlace::thisMachine(), std::string rulesFile = {});
 
     // The problems of `rules`, all rules of a store in stored order. Looks at those that have come or changed
     // since the last call, and for redundancy at the rules of their application groups. Overlaps are found
@@ -81,6 +84,7 @@ public:
 
 private:
     RulesPlace m_place;
+    JoinedLinesOfFile m_joined;
     SeenRules m_seen;
     FindingsOf m_alone; // what rules show by themselves
     OtherOf m_covering; // the rules that cover redundant ones

@@ -134,7 +134,9 @@ TEST_F(ProblemsPanelTest, LeavesOutKindsThatAreNotWantedThenAndTheNextTime)
             shown.append(item->text());
     }
     EXPECT_EQ(shown.join(QStringLiteral(", ")),
-        QStringLiteral("Redundant, Program is gone or another, Does not read back, Team is not proven"));
+        QStringLiteral(
+            "Redundant, Program is gone or another, Does not read back, Several rules on one line, "
+            "Team is not proven"));
     kind("Path is gone")->trigger();
 }
 
@@ -149,6 +151,19 @@ TEST_F(ProblemsPanelTest, FindsOverlapsWhenTheyAreWanted)
         QTest::qWaitFor([this] { return listed().contains(QStringLiteral("Overlaps (1): /tmp/a")); }));
     kind("Overlaps")->trigger();
     EXPECT_FALSE(listed().contains(QStringLiteral("Overlaps")));
+}
+
+TEST_F(ProblemsPanelTest, OffersToReviewTheRulesOfAJoinedLineThatIsChosen)
+{
+    openWith(
+        "allow prefix \"/tmp/\" \"any\" r \"\" \"\" \"0\"deny path \"/usr\" \"any\" w \"\" \"\" \"0\"\n");
+    showPanel();
+    EXPECT_EQ(listed(), QStringLiteral("Several rules on one line (1): /tmp/"));
+    EXPECT_EQ(notice(), QString());
+    action("nextProblemMenuItem")->trigger();
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/tmp/"));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !notice().isEmpty(); }));
+    ASSERT_NE(button(*window, QStringLiteral("Review")), nullptr);
 }
 
 TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)

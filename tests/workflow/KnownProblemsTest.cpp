@@ -2,6 +2,7 @@
 #include "rules/RuleCodes.h"
 #include "tests/rules/RandomRules.h"
 #include "tests/support/GivenFacts.h"
+#include "tests/support/TemporaryFolder.h"
 #include "workflow/RuleOverlaps.h"
 
 #include <gtest/gtest.h>
@@ -194,6 +195,25 @@ TEST_F(KnownProblemsTest, AreWhatTheyWereAfterAStop)
     stop.request_stop();
     EXPECT_EQ(known.follow(store.storedRows(), true, stop.get_token()), nullptr);
     EXPECT_EQ(follow()->of(FindingKind::missingPath).size(), 1U);
+}
+
+TEST_F(KnownProblemsTest, NameTheRulesThatJoinedLinesAreReadAsWhileTheFileHoldsThem)
+{
+    // given a file whose first line was cut, so that the next rule has joined it
+    const TemporaryFolder folder;
+    const std::string file = folder.write("rules.rc",
+        "allow prefix \"/Users/a\" \"any\" r \"\" \"\" \"0\"deny path \"/b\" \"any\" w \"\" \"\" \"0\"\n"
+        "deny path \"/\" \"any\" w \"\" \"\" \"0\"\n");
+    store.addFileContents(file, false);
+    store.rebuildRulesCache();
+    known = KnownProblems(place(), file);
+
+    const auto lists = follow();
+    ASSERT_EQ(lists->of(FindingKind::joined).size(), 1U);
+    EXPECT_EQ(ruleText(lists->of(FindingKind::joined).front().rule),
+        "allow prefix \"/Users/a\" \"any\" r \"\" \"\" \"0\"");
+    folder.write("rules.rc", "");
+    EXPECT_TRUE(follow()->of(FindingKind::joined).empty());
 }
 
 TEST_F(KnownProblemsTest, TellOfOverlapsOnlyWhenAskedFor)
