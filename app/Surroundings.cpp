@@ -5,6 +5,8 @@
 #include "platform/Log.h"
 #include "windows/QtText.h"
 
+#include <cstdlib>
+
 namespace quorvane {
 
 namespace {
@@ -46,6 +48,12 @@ Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool opene
         window->windowDidLoad();
         return window;
     });
+}
+
+std::string volumeFromEnvironment()
+{
+    const char* volume = std::getenv("QUORVANE_TARGET");
+    return volume == nullptr ? "" : volume;
 }
 
 } // namespace quorvane

@@ -13,6 +13,7 @@
 #include "workflow/RunState.h"
 
 #include <memory>
+#include <string>
 
 namespace quorvane {
 
@@ -36,5 +37,9 @@ struct Surroundings {
     AppDelegate delegate;
     PreferencesHistory preferencesHistory;
 };
+
+// The volume of the machine that the rules are for, by the environment variable QUORVANE_TARGET; empty for
+// this machine.
+std::string volumeFromEnvironment();
 
 } // namespace quorvane

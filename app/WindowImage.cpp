@@ -36,6 +36,8 @@ std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
 {
     auto window = std::make_unique<RulesEditorTableController>(
         around.document, around.delegate, around.run, around.workspace, around.log);
+    if (const std::string volume = volumeFromEnvironment(); !volume.empty())
+        window->useVolume(volume);
     window->show();
     auto* table = window->findChild<QTableView*>();
     table->scrollTo(table->model()->index(firstRow, 0), QAbstractItemView::PositionAtTop);

@@ -79,6 +79,8 @@ int main(int argumentCount, char** arguments)
     mainWindow.addHistory(around.preferencesHistory);
     if (around.settings.problem)
         mainWindow.showSettingsProblem(quorvane::toQt(*around.settings.problem));
+    if (const std::string volume = quorvane::volumeFromEnvironment(); !volume.empty())
+        mainWindow.useVolume(volume);
     const auto saveWhatIsOpen = [&] {
         mainWindow.keepUnsavedRules();
         around.document.waitUntilWritten(); // before the agents are told to read it

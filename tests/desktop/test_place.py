@@ -37,3 +37,15 @@ class Place(DesktopTest):
         self.desk.press("alt+f", "f", "s")
         self.assert_described("")
         self.window.frame.find("label", "Rules are for: somewhere else")
+
+    def test_a_start_can_name_the_volume(self):
+        self.window.close()
+        self.window = self.open(QUORVANE_TARGET=self.volume)
+        self.assert_described("")
+        self.window.frame.find("label", f"Rules are for: {self.volume}")
+
+    def test_a_volume_that_is_not_there_at_the_start_is_reported_at_the_foot(self):
+        self.window.close()
+        self.window = self.open(QUORVANE_TARGET=self.volume + "/none")
+        self.window.frame.find("label", f"{self.volume}/none cannot be used as a volume: No such file or directory")
+        self.assert_described("file not found")
