@@ -79,7 +79,7 @@ public:
             complain("nothing was imported");
             return ExitStatus::failed;
         }
-        RuleImport import(user->document(), place->facts());
+        RuleImport import(user->document(), *place);
         import.begin(m_file);
         const std::size_t unwritable = importRules(*exchange.store, import, user->lineEnds());
         warnOfUnwritable(unwritable);

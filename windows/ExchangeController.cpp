@@ -102,6 +102,8 @@ ImportWindowController& ExchangeController::openReview()
     delete m_importWindowController;
     m_importWindowController = new ImportWindowController(m_document, m_workspace, m_log, &m_window);
     m_importWindowController->setAttribute(Qt::WA_DeleteOnClose);
+    m_importWindowController->setPlace(m_place);
+    m_import.setPlace(m_place);
     connect(m_importWindowController, &QObject::destroyed, this, &ExchangeController::reviewNextFile,
         Qt::QueuedConnection);
     m_importWindowController->setDelegate(&m_delegate);

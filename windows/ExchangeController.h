@@ -33,6 +33,10 @@ public:
     ExchangeController(QWidget& window, ImportDelegate& delegate, RulesDocument& document,
         ApplicationServices& application, Workspace& workspace, Log& log);
 
+    // Where the programs and paths of rules under review are looked up; this machine at first. A review that
+    // is open keeps its place.
+    void setPlace(const RulesPlace& place) { m_place = place; }
+
     // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte. Failures
     // are only logged.
     void exportRules();
@@ -85,6 +89,7 @@ private:
     Workspace& m_workspace;
     Log& m_log;
     BackgroundThread m_thread;
+    RulesPlace m_place = RulesPlace::thisMachine();
     RuleImport m_import;
     QPointer<ImportWindowController> m_importWindowController; // the review that is open
     std::deque<std::string> m_filesToReview;

@@ -112,7 +112,7 @@ Qt::ItemFlags ImportTableModel::flags(const QModelIndex& index) const
 
 RuleCell ImportTableModel::makeCell(std::size_t row, int column) const
 {
-    return importCell(*m_reviewed, m_present, rows(), row, static_cast<ImportColumn>(column));
+    return importCell(*m_reviewed, m_present, rows(), row, static_cast<ImportColumn>(column), m_place);
 }
 
 std::string_view ImportTableModel::titleOf(int column) const

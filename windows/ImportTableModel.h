@@ -15,6 +15,9 @@ public:
     ImportTableModel(
         const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent = nullptr);
 
+    // Where programs and paths are looked up. Takes effect with the next reload.
+    void setPlace(const RulesPlace& place) { m_place = place; }
+
     // Shows the rows that `reviewed` has now. It must live until the next call, or as long as the model.
     void reload(const RuleManager& reviewed);
     // Shows these of them alone.
@@ -46,6 +49,7 @@ private:
     const StateDict& m_ticks;
     const RuleManager* m_reviewed = nullptr; // none until there are rows
     bool m_showsAll = true; // its rows, and not only some
+    RulesPlace m_place = RulesPlace::thisMachine().withoutHomes();
 };
 
 } // namespace quorvane

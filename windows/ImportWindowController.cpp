@@ -103,6 +103,12 @@ void ImportWindowController::setPath(std::string path)
         m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(plainTitle(toQt(m_path))));
 }
 
+void ImportWindowController::setPlace(const RulesPlace& place)
+{
+    m_place = place.withoutHomes();
+    m_model->setPlace(m_place);
+}
+
 void ImportWindowController::setText(std::string text)
 {
     m_text = std::move(text);
@@ -220,10 +226,8 @@ void ImportWindowController::findFailing()
     m_findingFailing.request_stop();
     m_findingFailing = {};
     auto failing = std::make_shared<RuleSequences>();
-    m_thread.run(
-        [failing, rows = m_ruleManager->rows(), stop = m_findingFailing.get_token()] {
-            *failing = failingRules(*rows, RulesPlace::thisMachineWithoutHomes(), stop);
-        },
+    m_thread.run([failing, rows = m_ruleManager->rows(), place = m_place,
+                     stop = m_findingFailing.get_token()] { *failing = failingRules(*rows, place, stop); },
         [this, failing, stop = m_findingFailing.get_token()] {
             if (stop.stop_requested())
                 return;

@@ -52,6 +52,8 @@ public:
     void setPath(std::string path);
     // Reviews a text in place of a file. To be called before the window is shown.
     void setText(std::string text);
+    // Where programs and paths are looked up; this machine at first. To be called before the window is shown.
+    void setPlace(const RulesPlace& place);
     // Only rules of lines that hold several are listed, as rules of their own. To be called before the window
     // is shown.
     void listJoinedLinesOnly() { m_listing = Listing::joinedLines; }
@@ -117,6 +119,7 @@ private:
     const RuleManager& m_present; // the user's rules
     Log& m_log;
     std::unique_ptr<Ui::ImportWindowController> m_ui;
+    RulesPlace m_place = RulesPlace::thisMachine().withoutHomes();
     std::string m_path; // of the file, or a name for the text
     std::optional<std::string> m_text; // none: that of the file
     ImportDelegate* m_delegate = nullptr;

@@ -82,6 +82,7 @@ void RulesEditorTableController::setUpParts()
         mending->setPlace(place);
         m_selection->setPlace(place);
         m_aside->setPlace(place);
+        m_exchange->setPlace(place);
         strip->setPlace(place);
         finder->setPlace(place);
     });

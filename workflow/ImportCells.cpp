@@ -1,6 +1,5 @@
 #include "workflow/ImportCells.h"
 
-#include "platform/FileBytes.h"
 #include "rules/ApplicationIdentity.h"
 
 #include <array>
@@ -14,20 +13,25 @@ constexpr std::array<std::string_view, importColumnCount> titles{
 constexpr std::array<std::optional<SortKey>, importColumnCount> sortKeys{SortKey::processShortName,
     std::nullopt, SortKey::shownClass, SortKey::policyType, SortKey::path, SortKey::operations};
 
-std::optional<ProgramFault> faultOfImported(const PolicyRule& rule, std::string_view applicationName)
+std::optional<ProgramFault> faultOfImported(
+    const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
     const std::string path = applicationPathForRule(rule);
     if (rule.fields().system || applicationName.starts_with("Any Process") || path.ends_with("/")
-        || isAnythingAt(path))
+        || place.isNowhere() || place.facts().exists(path))
         return std::nullopt;
     return ProgramFault::missing;
 }
 
-RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::size_t row, ImportColumn column)
+RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::size_t row, ImportColumn column,
+    const RulesPlace& place)
 {
     switch (column) {
     case ImportColumn::application:
-        return applicationCell(rows, row, false, RulesPlace::thisMachineWithoutHomes(), faultOfImported);
+        return applicationCell(
+            rows, row, false, place, [&place](const PolicyRule& policy, std::string_view name) {
+                return faultOfImported(policy, name, place);
+            });
     case ImportColumn::tick:
         return {};
     case ImportColumn::ruleClass:
@@ -36,7 +40,7 @@ RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::si
         return ruleCell(reviewed, rows, row, false, RuleColumn::type);
     case ImportColumn::path: {
         const RuleRef& rule = rows.at(row, false);
-        return pathCell(rule, pathFindingsForRule(reviewed, rule, RulesPlace::thisMachineWithoutHomes()));
+        return pathCell(rule, pathFindingsForRule(reviewed, rule, place));
     }
     case ImportColumn::operations:
         return ruleCell(reviewed, rows, row, false, RuleColumn::operations);
@@ -69,9 +73,9 @@ std::optional<SortKey> importColumnSortKey(ImportColumn column)
 }
 
 RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
-    std::size_t row, ImportColumn column)
+    std::size_t row, ImportColumn column, const RulesPlace& place)
 {
-    RuleCell cell = unmarkedCell(reviewed, rows, row, column);
+    RuleCell cell = unmarkedCell(reviewed, rows, row, column, place);
     if (column != ImportColumn::application && isPresent(present, rows.at(row, false)))
         markAsPresent(cell, column);
     return cell;

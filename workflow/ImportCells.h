@@ -22,12 +22,12 @@ std::string_view importColumnTitle(ImportColumn column);
 std::optional<SortKey> importColumnSortKey(ImportColumn column);
 
 // The cell of `row` of `rows`, which are rows of `reviewed`, user rules only. A rule that `present` holds as
-// well is marked as already present.
+// well is marked as already present. Programs and paths are looked up in `place`.
 //
 // Deliberate: the application is red only when nothing exists at its path, whatever its constraint, and a
 // path that begins with "~/" never is.
 RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
-    std::size_t row, ImportColumn column);
+    std::size_t row, ImportColumn column, const RulesPlace& place = RulesPlace::thisMachine().withoutHomes());
 
 // True when `store` holds an equal rule, whether or not its filter shows it.
 bool isPresent(const RuleManager& store, const RuleRef& rule);

@@ -22,10 +22,10 @@ std::string tagForFile(std::string_view path)
 
 } // namespace
 
-RuleImport::RuleImport(RulesDocument& document, ProgramFacts& facts)
+RuleImport::RuleImport(RulesDocument& document, RulesPlace place)
     : m_document(document)
     , m_store(document.store())
-    , m_facts(facts)
+    , m_place(std::move(place))
 {
 }
 
@@ -108,7 +108,7 @@ const NullableText& RuleImport::constraintOfProgram(const std::string& path)
     const auto known = m_constraints.find(path);
     return known != m_constraints.end()
         ? known->second
-        : m_constraints.emplace(path, bindingOf(path, m_facts).constraint).first->second;
+        : m_constraints.emplace(path, bindingOf(path, m_place.facts()).constraint).first->second;
 }
 
 ImportResult RuleImport::didFinishImportingRules()

@@ -5,7 +5,7 @@
 #include "rules/RuleManager.h"
 #include "rules/RuleRef.h"
 #include "workflow/Notice.h"
-#include "workflow/ProgramFacts.h"
+#include "workflow/RulesPlace.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,8 +29,11 @@ struct ImportResult {
 // store.
 class RuleImport {
 public:
-    // Both must outlive it.
-    explicit RuleImport(RulesDocument& document, ProgramFacts& facts = programFactsOnDisk());
+    // The document must outlive it.
+    explicit RuleImport(RulesDocument& document, RulesPlace place = RulesPlace::thisMachine());
+
+    // Where programs are looked up from now on. Not during an import.
+    void setPlace(const RulesPlace& place) { m_place = place; }
 
     // A new import, of the file at `path`: no rule is imported yet. Untagged rules get the file's name as
     // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file, and of joined
@@ -67,7 +70,7 @@ private:
 
     RulesDocument& m_document;
     RuleManager& m_store;
-    ProgramFacts& m_facts;
+    RulesPlace m_place;
     ChangeSet m_done; // since the import began
     bool m_hadRoom = true; // memory for all rules
     std::string m_action; // as the history names it

@@ -33,9 +33,12 @@ RulesPlace RulesPlace::thisMachine()
     return of(programFactsOnDisk());
 }
 
-RulesPlace RulesPlace::thisMachineWithoutHomes()
+RulesPlace RulesPlace::withoutHomes() const
 {
-    return {Kind::machineWithoutHomes, referenceTo(programFactsOnDisk()), FileRoot()};
+    RulesPlace place = *this;
+    if (m_kind == Kind::machine)
+        place.m_kind = Kind::machineWithoutHomes;
+    return place;
 }
 
 std::optional<RulesPlace> RulesPlace::folder(const std::string& folder, std::error_code& error)

@@ -18,8 +18,6 @@ namespace quorvane {
 class RulesPlace {
 public:
     static RulesPlace thisMachine();
-    // The same for rules from elsewhere: in them the home folder, "~/", stands for another person's.
-    static RulesPlace thisMachineWithoutHomes();
     // The folder stands for the root of the file system; nothing is told of home folders. None when it is no
     // folder; `error` says why.
     static std::optional<RulesPlace> folder(const std::string& folder, std::error_code& error);
@@ -27,6 +25,9 @@ public:
     static RulesPlace nowhere();
     // This machine as `facts`, which must outlive the place, tell of it.
     static RulesPlace of(ProgramFacts& facts);
+
+    // The same for rules from elsewhere: in them the home folder, "~/", stands for another person's.
+    RulesPlace withoutHomes() const;
 
     bool isNowhere() const { return m_kind == Kind::nowhere; }
 

@@ -1,8 +1,10 @@
 #include "windows/PlaceMenu.h"
 #include "tests/windows/EditorTable.h"
+#include "windows/ImportWindowController.h"
 #include "windows/Shades.h"
 #include "windows/StateImages.h"
 #include "windows/TouchingWindow.h"
+#include "workflow/ImportCells.h"
 
 #include <QDialog>
 #include <QMenu>
@@ -119,6 +121,26 @@ TEST_F(PlaceMenuTest, OtherTablesOfRulesLookThereToo)
     EXPECT_TRUE(isRedIn("whatTouchesMenuItem"));
     window->useVolume(volume.path());
     EXPECT_FALSE(isRedIn("whatTouchesMenuItem"));
+}
+
+TEST_F(PlaceMenuTest, ImportsAreReviewedAndBoundThere)
+{
+    // given rules for a program that is only on the volume
+    volume.write("program", "text");
+    const std::string quorv = volume.write("rules.quorv", "allow path \"/there\" \"/program\" r \"\"\n");
+    chooseVolume(volume.path());
+
+    window->handleFileImport(quorv);
+    auto* review = window->findChild<ImportWindowController*>();
+    ASSERT_NE(review, nullptr);
+    const auto* list = review->findChild<RulesTableView*>();
+    for (const ImportColumn column : {ImportColumn::application, ImportColumn::path}) {
+        const QModelIndex shown = list->model()->index(0, static_cast<int>(column));
+        EXPECT_NE(shown.data(Qt::ForegroundRole).value<QBrush>().color(), shades::red);
+    }
+    review->importAction();
+    const std::string sha256OfText = "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1";
+    EXPECT_NE(file().find(sha256OfText), std::string::npos) << file();
 }
 
 TEST_F(PlaceMenuTest, LooksAtNothingForAMachineThatIsSomewhereElse)

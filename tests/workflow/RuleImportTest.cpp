@@ -29,7 +29,7 @@ protected:
         document.reset();
         store = sandbox.load();
         document = std::make_unique<TestDocument>(*store, run);
-        import = std::make_unique<RuleImport>(*document, facts);
+        import = std::make_unique<RuleImport>(*document, RulesPlace::of(facts));
         import->begin("/exchange/Photo Tools,2.quorv");
     }
 

@@ -61,8 +61,8 @@ TEST(RulesPlace, HomeFoldersOfAnotherMachineAreUnknown)
     const RulesPlace place = placeAt(folder.path());
     EXPECT_FALSE(place.isMissing("~/none"));
     EXPECT_TRUE(isValid(place, "~/bin/tool", "TEAM123456"));
-    EXPECT_FALSE(RulesPlace::thisMachineWithoutHomes().isMissing("~/none"));
-    EXPECT_TRUE(RulesPlace::thisMachineWithoutHomes().isMissing(folder.path("none")));
+    EXPECT_FALSE(RulesPlace::thisMachine().withoutHomes().isMissing("~/none"));
+    EXPECT_TRUE(RulesPlace::thisMachine().withoutHomes().isMissing(folder.path("none")));
     EXPECT_TRUE(RulesPlace::thisMachine().isMissing("~/none"));
 }
 
