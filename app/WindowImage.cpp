@@ -3,69 +3,194 @@
 #include "platform/AdminAuthority.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
+#include "windows/CleanUpWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
 #include "windows/HistoryWindow.h"
 #include "windows/ImportWindowController.h"
 #include "windows/MapWindow.h"
 #include "windows/PathField.h"
+#include "windows/ProblemsFinder.h"
+#include "windows/ProblemsModel.h"
+#include "windows/ProblemsPanel.h"
+#include "windows/RuleStrip.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTable.h"
 #include "windows/TouchingWindow.h"
 #include "windows/WindowLook.h"
 #include "workflow/PlannedChange.h"
 #include "workflow/RulesHistory.h"
+#include "workflow/RulesPlace.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDialog>
+#include <QDockWidget>
 #include <QEventLoop>
+#include <QMenu>
 #include <QPixmap>
 #include <QTableView>
+#include <QTreeView>
 #include <QWidget>
 
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
 
 namespace {
 
-// Scrolled so far that `firstRow` is the first one that shows.
-std::unique_ptr<QWidget> mainWindow(int firstRow, Surroundings& around)
+// What a picture is taken of.
+struct Subject {
+    Subject() = default;
+    template <class Window>
+    Subject(std::unique_ptr<Window> window) // NOLINT(google-explicit-constructor)
+        : shown(window.get())
+        , owner(std::move(window))
+    {
+    }
+    QWidget* shown = nullptr;
+    std::unique_ptr<QWidget> owner; // of what is shown, or that itself
+};
+
+// Waits until the object has said so.
+template <class Object, class... Values> void waitFor(Object& object, void (Object::*signal)(Values...))
+{
+    QEventLoop untilThen;
+    QObject::connect(&object, signal, &untilThen, &QEventLoop::quit);
+    untilThen.exec();
+}
+
+RulesPlace placeFromEnvironment()
+{
+    std::error_code error;
+    return RulesPlace::folder(volumeFromEnvironment(), error).value_or(RulesPlace::thisMachine());
+}
+
+std::unique_ptr<RulesEditorTableController> makeMainWindow(Surroundings& around)
 {
     auto window = std::make_unique<RulesEditorTableController>(
         around.document, around.delegate, around.run, around.workspace, around.log);
     if (const std::string volume = volumeFromEnvironment(); !volume.empty())
         window->useVolume(volume);
+    return window;
+}
+
+// Scrolled so far that `firstRow` is the first one that shows.
+Subject mainWindow(int firstRow, Surroundings& around)
+{
+    auto window = makeMainWindow(around);
     window->show();
     auto* table = window->findChild<QTableView*>();
     table->scrollTo(table->model()->index(firstRow, 0), QAbstractItemView::PositionAtTop);
     return window;
 }
 
-std::unique_ptr<QWidget> reviewOf(const char* rulesFile, Surroundings& around)
+std::optional<RuleRef> userRuleAt(int row, const RuleManager& store)
+{
+    const bool includeSystemRules = false;
+    const bool isThere = row >= 0 && static_cast<std::size_t>(row) < store.totalRules(includeSystemRules);
+    return isThere ? std::optional(store.ruleAtIndex(static_cast<std::size_t>(row), includeSystemRules))
+                   : std::nullopt;
+}
+
+// The first problem in the list that is the rule's; none when it has none.
+QModelIndex problemOf(const RuleRef& rule, const ProblemsModel& problems)
+{
+    for (int kind = 0; kind < problems.rowCount(); ++kind) {
+        const QModelIndex list = problems.index(kind, 0);
+        for (int row = 0; row < problems.rowCount(list); ++row) {
+            const QModelIndex index = problems.index(row, 0, list);
+            if (problems.problemAt(index)->rule == rule)
+                return index;
+        }
+    }
+    return {};
+}
+
+// The main window with the list of problems, of which that of a row's rule is chosen.
+Subject problemsOf(int row, Surroundings& around)
+{
+    constexpr int widthOfList = 210;
+    const auto rule = userRuleAt(row, around.store);
+    if (!rule)
+        return {};
+    auto window = makeMainWindow(around);
+    auto* list = window->findChild<QDockWidget*>(QStringLiteral("problems"));
+    list->show();
+    window->resizeDocks({list}, {widthOfList}, Qt::Horizontal);
+    window->show();
+    auto* panel = window->findChild<ProblemsPanel*>();
+    waitFor(panel->finder(), &ProblemsFinder::found);
+    auto* tree = panel->findChild<QTreeView*>();
+    Q_EMIT tree->clicked(problemOf(*rule, *panel->findChild<ProblemsModel*>()));
+    waitFor(*window->findChild<RuleStrip*>(), &RuleStrip::wasFilled);
+    return window;
+}
+
+// The window that the main one opens when items of its menus, of which "+" stands between the names, are
+// chosen with these rules selected.
+Subject windowOfItems(const char* items, int firstRow, int rules, QSize size, Surroundings& around)
+{
+    auto window = makeMainWindow(around);
+    std::vector<RuleRef> selected;
+    for (int row = firstRow; row < firstRow + rules; ++row) {
+        if (const auto rule = userRuleAt(row, around.store))
+            selected.push_back(*rule);
+    }
+    window->selectRules(selected);
+    for (const QString& item : QString::fromLatin1(items).split(QLatin1Char('+'))) {
+        if (auto* action = window->findChild<QAction*>(item))
+            action->trigger();
+    }
+    if (auto* cleanUp = window->findChild<CleanUpWindow*>())
+        waitFor(*cleanUp, &CleanUpWindow::wasFilled);
+    Subject subject(std::move(window));
+    subject.shown = subject.owner->findChild<QDialog*>();
+    if (subject.shown != nullptr)
+        subject.shown->resize(size);
+    return subject;
+}
+
+Subject menuNamed(const char* name, Surroundings& around)
+{
+    Subject subject(makeMainWindow(around));
+    subject.shown = subject.owner->findChild<QMenu*>(QString::fromLatin1(name));
+    return subject;
+}
+
+Subject reviewOf(const char* rulesFile, Surroundings& around)
 {
     auto window = std::make_unique<ImportWindowController>(around.document, around.workspace, around.log);
+    window->setPlace(placeFromEnvironment());
     window->setPath(rulesFile);
+    window->show();
+    waitFor(*window, &ImportWindowController::wasCounted);
     return window;
 }
 
 // The editor of the rule in a row of the table.
-std::unique_ptr<QWidget> editorOf(int row, Surroundings& around)
+Subject editorOf(int row, Surroundings& around)
 {
-    const bool includeSystemRules = false;
-    if (row < 0 || static_cast<std::size_t>(row) >= around.store.totalRules(includeSystemRules))
-        return nullptr;
-    const RuleRef& rule = around.store.ruleAtIndex(static_cast<std::size_t>(row), includeSystemRules);
-    const auto* watch = std::get_if<WatchRulePtr>(&rule);
+    const auto rule = userRuleAt(row, around.store);
+    if (!rule)
+        return {};
+    const auto* watch = std::get_if<WatchRulePtr>(&*rule);
     if (watch == nullptr) {
         auto editor
             = std::make_unique<EditPolicyWindowController>(around.document, around.workspace, around.log);
-        editor->setPolicyRule(std::get<PolicyRulePtr>(rule));
+        editor->setPlace(placeFromEnvironment());
+        editor->setPolicyRule(std::get<PolicyRulePtr>(*rule));
         return editor;
     }
     auto editor = std::make_unique<EditWatchWindowController>(around.document, around.workspace, around.log);
+    editor->setPlace(placeFromEnvironment());
     editor->setWatchRule(*watch);
     return editor;
 }
@@ -79,7 +204,7 @@ public:
 };
 
 // As an administrator sees it.
-std::unique_ptr<QWidget> preferencesWindow(Surroundings& around)
+Subject preferencesWindow(Surroundings& around)
 {
     static AllAreAdministrators administrators;
     const auto locations = Locations::fromEnvironment();
@@ -92,15 +217,7 @@ std::unique_ptr<QWidget> preferencesWindow(Surroundings& around)
     return window;
 }
 
-// Waits until the window has said so.
-template <class Window> void waitFor(Window& window, void (Window::*signal)())
-{
-    QEventLoop untilThen;
-    QObject::connect(&window, signal, &untilThen, &QEventLoop::quit);
-    untilThen.exec();
-}
-
-std::unique_ptr<QWidget> historyWindow(Surroundings& around)
+Subject historyWindow(Surroundings& around)
 {
     static RulesHistory rules(around.document);
     auto window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&rules});
@@ -119,16 +236,17 @@ public:
     void addNotice(FootNotice /*notice*/) override { }
 };
 
-std::unique_ptr<QWidget> touchingWindow(const char* path, Surroundings& around)
+Subject touchingWindow(const char* path, Surroundings& around)
 {
     static NoTable table;
     auto window = std::make_unique<TouchingWindow>(around.store, table, around.workspace);
+    window->setPlace(placeFromEnvironment());
     window->findChild<PathField*>(QStringLiteral("pathField"))->setPath(path);
     waitFor(*window, &TouchingWindow::wasAnswered);
     return window;
 }
 
-std::unique_ptr<QWidget> mapWindow(Surroundings& around)
+Subject mapWindow(Surroundings& around)
 {
     static NoTable table;
     auto window = std::make_unique<MapWindow>(around.store, table);
@@ -136,15 +254,21 @@ std::unique_ptr<QWidget> mapWindow(Surroundings& around)
     return window;
 }
 
-// Null when the words name no window.
-std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& around)
+// Nothing when the words name no window.
+Subject windowNamed(int wordCount, char** words, Surroundings& around)
 {
     const std::string_view name = wordCount == 0 ? "main" : words[0];
-    const int row = wordCount == 2 ? QByteArray(words[1]).toInt() : 0;
+    const auto number = [&](int word) { return word < wordCount ? QByteArray(words[word]).toInt() : 0; };
     if (name == "main" && wordCount <= 2)
-        return mainWindow(row, around);
+        return mainWindow(number(1), around);
+    if (name == "problems" && wordCount == 2)
+        return problemsOf(number(1), around);
+    if (name == "item" && wordCount == 6)
+        return windowOfItems(words[1], number(2), number(3), {number(4), number(5)}, around);
+    if (name == "menu" && wordCount == 2)
+        return menuNamed(words[1], around);
     if (name == "editor" && wordCount == 2)
-        return editorOf(row, around);
+        return editorOf(number(1), around);
     if (name == "review" && wordCount == 2)
         return reviewOf(words[1], around);
     if (name == "touching" && wordCount == 2)
@@ -155,7 +279,7 @@ std::unique_ptr<QWidget> windowNamed(int wordCount, char** words, Surroundings& 
         return historyWindow(around);
     if (name == "preferences" && wordCount == 1)
         return preferencesWindow(around);
-    return nullptr;
+    return {};
 }
 
 } // namespace
@@ -170,17 +294,19 @@ int main(int argumentCount, char** arguments)
     quorvane::applyWindowLook(application);
     const auto log = quorvane::makeProgramLog("quorvane-window-image", false);
     quorvane::Surroundings around(quorvane::Locations::fromEnvironment(), *log, false);
-    const auto window
-        = argumentCount < 2 ? nullptr : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
-    if (!window) {
-        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | editor ROW | review RULES-FILE | "
+    const quorvane::Subject subject = argumentCount < 2
+        ? quorvane::Subject()
+        : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
+    if (subject.shown == nullptr) {
+        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | item NAME[+NAME...] "
+                   "FIRST-ROW RULES WIDTH HEIGHT | menu NAME | editor ROW | review RULES-FILE | "
                    "touching PATH | map | history | preferences]\n",
             stderr);
         return 2;
     }
-    window->show();
+    subject.shown->show();
     QApplication::processEvents();
-    if (!window->grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
+    if (!subject.shown->grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
         std::fprintf(stderr, "quorvane-window-image: cannot write '%s'\n", arguments[1]);
         return 1;
     }

@@ -25,8 +25,8 @@ namespace quorvane {
 namespace {
 
 constexpr QSize usualSize(820, 460);
-constexpr int widthOfRule = 400;
-constexpr int widthOfReason = 240;
+constexpr int widthOfRule = 370;
+constexpr int widthOfReason = 230;
 
 } // namespace
 

@@ -248,6 +248,8 @@ void ImportWindowController::foresightDidChange()
     if (m_ui->foresightBar->filter())
         reloadTable();
     tellCounts();
+    if (m_foresight != nullptr && m_failing != nullptr)
+        Q_EMIT wasCounted();
 }
 
 void ImportWindowController::presentRulesDidChange()

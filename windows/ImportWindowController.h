@@ -92,6 +92,10 @@ public Q_SLOTS:
     // Sorts by a column; see RulesEditorTableController.
     void sortByColumn(int column);
 
+Q_SIGNALS:
+    // The rules are counted by what would become of them.
+    void wasCounted();
+
 protected:
     void showEvent(QShowEvent* event) override;
 
