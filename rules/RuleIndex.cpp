@@ -31,6 +31,21 @@ RuleRows::Common RuleRows::commonWith(const RuleRows& other, bool includeSystemR
     return lengths([&](std::uint32_t a, std::uint32_t b) { return m_rules[a] == other.m_rules[b]; });
 }
 
+std::shared_ptr<const RuleRows> RuleRows::marked(const std::vector<bool>& marks) const
+{
+    const auto markedOf = [&marks](const RuleOrder& order) {
+        auto rows = std::make_shared<RuleOrder>();
+        std::copy_if(order.begin(), order.end(), std::back_inserter(*rows),
+            [&marks](std::uint32_t number) { return marks[number]; });
+        return rows;
+    };
+    auto rows = std::make_shared<RuleRows>();
+    rows->m_rules = m_rules;
+    rows->m_all = markedOf(*m_all);
+    rows->m_userOnly = m_userOnly == m_all ? rows->m_all : markedOf(*m_userOnly);
+    return rows;
+}
+
 RuleIndex::RuleIndex()
 {
     rebuild({});

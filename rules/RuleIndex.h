@@ -48,6 +48,13 @@ public:
         return rows;
     }
 
+    // The rules by number, those that are no rows among them; it only grows from one publication of a store's
+    // rows to the next, until the rules are numbered afresh.
+    const AppendOnlyTable<RuleRef>& numberedRules() const { return m_rules; }
+
+    // The rows whose rules' numbers are marked, in the same order. Requires a mark for each number.
+    std::shared_ptr<const RuleRows> marked(const std::vector<bool>& marks) const;
+
     // How many rows, from the first and from the last, are those of the same unchanged rules in both. When
     // these are different stores', or one was numbered afresh, changed rules count as the same.
     struct Common {

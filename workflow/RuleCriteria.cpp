@@ -16,23 +16,23 @@ template <class Value, class Wanted> bool isAnyOf(const std::vector<Wanted>& wan
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), value) != wanted.end();
 }
 
-template <class Rule> bool meets(const Rule& rule, const RuleCriteria& criteria)
+template <class Fields> bool fieldsMeet(const Fields& fields, const RuleCriteria& criteria)
 {
-    const auto& fields = rule.fields();
     const auto isText = [](const std::vector<std::string>& wanted, const NullableText& text) {
         return wanted.empty() || (!text.isNull() && isAnyOf(wanted, text.view()));
     };
     return isAnyOf(criteria.classes, classOf(fields)) && isAnyOf(criteria.types, fields.policyType)
         && isAnyOf(criteria.tags, fields.tag.view()) && isText(criteria.processes, fields.processName)
         && isText(criteria.paths, fields.path)
-        && (criteria.programs.empty() || isAnyOf(criteria.programs, applicationPathForRule(rule)));
+        && (criteria.programs.empty()
+            || isAnyOf(criteria.programs, applicationPathForProcess(fields.processName)));
 }
 
 bool namesNoProperty(const RuleCriteria& criteria)
 {
-    return criteria.classes.empty() && criteria.types.empty() && criteria.tags.empty()
-        && criteria.processes.empty() && criteria.programs.empty() && criteria.paths.empty()
-        && criteria.findings.empty();
+    return criteria.classes.empty() && criteria.types.empty() && criteria.states.empty()
+        && criteria.tags.empty() && criteria.processes.empty() && criteria.programs.empty()
+        && criteria.paths.empty() && criteria.findings.empty();
 }
 
 std::vector<bool> marksOf(const std::vector<std::size_t>& rows, std::size_t count)
@@ -70,6 +70,14 @@ bool RuleCriteria::isOfRowsAlone() const
     return !rows.empty() && namesNoProperty(*this);
 }
 
+bool hasProperties(const RuleRef& rule, const RuleCriteria& criteria)
+{
+    return askRule(rule, [&criteria](const auto& record) {
+        return fieldsMeet(*record.value(), criteria)
+            && (criteria.states.empty() || isAnyOf(criteria.states, record.getRuleState()));
+    });
+}
+
 std::optional<std::size_t> missingRow(
     const RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria)
 {
@@ -87,10 +95,7 @@ std::vector<std::size_t> rowsMeeting(
     const std::vector<bool> isNamed = marksOf(criteria.rows, count);
     std::vector<std::size_t> meeting;
     for (std::size_t row = 0; row < count; ++row) {
-        const bool isMet = isNamed[row]
-            && askRule(rows->at(row, includeSystemRules),
-                [&criteria](const auto& rule) { return meets(rule, criteria); });
-        if (isMet)
+        if (isNamed[row] && hasProperties(rows->at(row, includeSystemRules), criteria))
             meeting.push_back(row);
     }
     return criteria.findings.empty() ? meeting

@@ -16,6 +16,7 @@ namespace quorvane {
 struct RuleCriteria {
     std::vector<std::int32_t> classes{}; // PolicyClass; watch for watch rules
     std::vector<std::int32_t> types{};
+    std::vector<std::int32_t> states{}; // RuleState
     std::vector<std::string> tags{}; // exact; "" for a rule without one
     std::vector<std::string> processes{}; // the whole process string
     std::vector<std::string> programs{}; // the path of the program, whatever its parent
@@ -27,6 +28,10 @@ struct RuleCriteria {
     // True when rows are named by their numbers and by nothing else.
     bool isOfRowsAlone() const;
 };
+
+// True when the rule is of the class, type, state, tag, process, program and path that are asked for; neither
+// findings nor rows count. Any thread.
+bool hasProperties(const RuleRef& rule, const RuleCriteria& criteria);
 
 // The first of the rows that are asked for by number and are not there; none when all are.
 std::optional<std::size_t> missingRow(

@@ -3,7 +3,9 @@
 #include "rules/ApplicationIdentity.h"
 #include "rules/RuleCodes.h"
 
+#include <bitset>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace quorvane {
@@ -48,6 +50,28 @@ std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait)
     std::vector<RuleRef> alike;
     selection.forEachShown([&](const RuleRef& rule) {
         if (wanted.contains(traitOf(rule, trait)))
+            alike.push_back(rule);
+    });
+    return alike;
+}
+
+std::vector<RuleRef> rulesWithSameProblem(const RulesSelection& selection, const ProblemLists& problems)
+{
+    using Kinds = std::bitset<findingKindCount>;
+    std::unordered_map<const void*, Kinds> kinds; // by address of the record
+    for (const FindingKind kind : allFindingKinds) {
+        for (const KnownProblem& problem : problems.of(kind))
+            kinds[addressOf(problem.rule)].set(static_cast<std::size_t>(kind));
+    }
+    const auto kindsOf = [&kinds](const RuleRef& rule) {
+        const auto found = kinds.find(addressOf(rule));
+        return found == kinds.end() ? Kinds() : found->second;
+    };
+    Kinds wanted;
+    selection.forEach([&](const RuleRef& rule) { wanted |= kindsOf(rule); });
+    std::vector<RuleRef> alike;
+    selection.forEachShown([&](const RuleRef& rule) {
+        if ((kindsOf(rule) & wanted).any())
             alike.push_back(rule);
     });
     return alike;

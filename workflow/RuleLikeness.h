@@ -1,5 +1,6 @@
 #pragma once
 
+#include "workflow/KnownProblems.h"
 #include "workflow/RulesSelection.h"
 
 #include <array>
@@ -15,5 +16,9 @@ inline constexpr std::array allRuleTraits{
 // The rules of the selection's table that have that in common with a selected one, these included, from the
 // top down. One walk; any thread.
 std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait);
+
+// The same for the rules that have a problem of a kind that a selected one has; none where no selected one
+// has a problem.
+std::vector<RuleRef> rulesWithSameProblem(const RulesSelection& selection, const ProblemLists& problems);
 
 } // namespace quorvane

@@ -25,8 +25,12 @@ protected:
     // The paths of the rules that are like those of these rows.
     std::string alike(std::vector<RulesSelection::Range> rows, RuleTrait trait) const
     {
+        return pathsOf(rulesLike({store.rows(), true, std::move(rows)}, trait));
+    }
+    static std::string pathsOf(const std::vector<RuleRef>& rules)
+    {
         std::string paths;
-        for (const RuleRef& rule : rulesLike({store.rows(), true, std::move(rows)}, trait))
+        for (const RuleRef& rule : rules)
             paths += askRule(rule, [](const auto& record) { return std::string(record.path().view()); });
         return paths;
     }
@@ -50,6 +54,26 @@ TEST_F(RuleLikeness, IsThatOfAnySelectedRule)
 {
     EXPECT_EQ(alike({{0, 1}, {2, 3}}, RuleTrait::tag), "/w/a/b");
     EXPECT_EQ(alike({}, RuleTrait::tag), "");
+}
+
+TEST_F(RuleLikeness, IsThatOfAProblemOfAnySelectedRule)
+{
+    const std::vector<RuleRef> rules = store.allRules(); // /w /a /b /d /c
+    const auto problemOf = [](const RuleRef& rule, FindingKind kind) { return KnownProblem{rule, {kind}}; };
+    ProblemLists::Lists lists;
+    lists[static_cast<std::size_t>(FindingKind::redundant)]
+        = {problemOf(rules[0], FindingKind::redundant), problemOf(rules[2], FindingKind::redundant)};
+    lists[static_cast<std::size_t>(FindingKind::missingPath)]
+        = {problemOf(rules[2], FindingKind::missingPath), problemOf(rules[4], FindingKind::missingPath)};
+    const ProblemLists problems(lists);
+    const auto alike = [&](RulesSelection::Range rows) {
+        return pathsOf(rulesWithSameProblem({store.rows(), true, {std::move(rows)}}, problems));
+    };
+    EXPECT_EQ(alike({0, 1}), "/w/b");
+    EXPECT_EQ(alike({2, 3}), "/w/b/c");
+    EXPECT_EQ(alike({4, 5}), "/b/c");
+    EXPECT_EQ(alike({3, 5}), "/b/c");
+    EXPECT_EQ(alike({1, 2}), "");
 }
 
 } // namespace quorvane
