@@ -1,5 +1,6 @@
 #include "windows/LikeSelection.h"
 
+#include "windows/ProblemsFinder.h"
 #include "windows/RulesTable.h"
 
 #include <QMenu>
@@ -30,13 +31,20 @@ QString titleOf(RuleTrait trait)
 
 } // namespace
 
-LikeSelection::LikeSelection(RulesTable& table, QMenu& menu)
+LikeSelection::LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& menu)
     : m_table(table)
+    , m_finder(finder)
 {
     for (const RuleTrait trait : allRuleTraits) {
         QAction* item = menu.addAction(titleOf(trait));
         connect(item, &QAction::triggered, this, [this, trait] { select(trait); });
     }
+    connect(
+        menu.addAction(tr("Same P&roblem")), &QAction::triggered, this, &LikeSelection::selectSameProblem);
+    connect(&m_finder, &ProblemsFinder::found, this, [this] {
+        if (m_waitsForProblems)
+            selectSameProblem();
+    });
     connect(&menu, &QMenu::aboutToShow, this, [this, &menu] {
         const bool anySelected = m_table.selection().count() > 0;
         for (QAction* item : menu.actions())
@@ -56,17 +64,38 @@ LikeSelection::~LikeSelection()
 
 void LikeSelection::select(RuleTrait trait)
 {
+    select([trait](const RulesSelection& selection) { return rulesLike(selection, trait); });
+}
+
+void LikeSelection::selectSameProblem()
+{
+    m_finder.start();
+    m_waitsForProblems = m_finder.isLooking();
+    const ProblemListsPtr problems = m_finder.problems();
+    if (m_waitsForProblems || !problems)
+        return;
+    select(
+        [problems](const RulesSelection& selection) { return rulesWithSameProblem(selection, *problems); });
+}
+
+void LikeSelection::select(const FindAlike& find)
+{
+    m_waitsForProblems = false;
     m_stop.request_stop(); // only the latest choice counts
     m_stop = {};
     auto alike = std::make_shared<std::vector<RuleRef>>();
     m_thread.run(
-        [alike, trait, selection = m_table.selection(), stop = m_stop.get_token()] {
+        [alike, find, selection = m_table.selection(), stop = m_stop.get_token()] {
             if (!stop.stop_requested())
-                *alike = rulesLike(selection, trait);
+                *alike = find(selection);
         },
         [this, alike, stop = m_stop.get_token()] {
-            if (!stop.stop_requested())
-                m_table.selectRules(*alike);
+            if (stop.stop_requested())
+                return;
+            if (alike->empty())
+                m_table.addNotice(
+                    {.text = tr("The selected rules have no problem."), .subject = QStringLiteral("like")});
+            m_table.selectRules(*alike);
         });
 }
 

@@ -5,12 +5,15 @@
 
 #include <QObject>
 
+#include <functional>
 #include <stop_token>
+#include <vector>
 
 class QMenu;
 
 namespace quorvane {
 
+class ProblemsFinder;
 class RulesTable;
 
 // The items of a menu that select all shown rules which have something in common with those selected. Rules
@@ -18,14 +21,22 @@ class RulesTable;
 class LikeSelection : public QObject {
     Q_OBJECT
 public:
-    // Neither is owned; both must outlive this.
-    LikeSelection(RulesTable& table, QMenu& menu);
+    // Nothing is owned; all of it must outlive this.
+    LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& menu);
     ~LikeSelection() override;
 
     void select(RuleTrait trait);
+    // As soon as the problems of the present rules are found.
+    void selectSameProblem();
 
 private:
+    using FindAlike = std::function<std::vector<RuleRef>(const RulesSelection& selection)>;
+
+    void select(const FindAlike& find);
+
     RulesTable& m_table;
+    ProblemsFinder& m_finder;
+    bool m_waitsForProblems = false;
     std::stop_source m_stop;
     BackgroundThread m_thread;
 };

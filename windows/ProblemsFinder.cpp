@@ -30,9 +30,14 @@ void ProblemsFinder::start()
         rulesDidChange();
 }
 
-void ProblemsFinder::setFindsOverlaps(bool finds)
+void ProblemsFinder::setFindsOverlaps(const QObject& asker, bool finds)
 {
-    if (std::exchange(m_findsOverlaps, finds) != finds)
+    const bool didFind = !m_askForOverlaps.isEmpty();
+    if (finds)
+        m_askForOverlaps.insert(&asker);
+    else
+        m_askForOverlaps.remove(&asker);
+    if (!m_askForOverlaps.isEmpty() != didFind)
         rulesDidChange();
 }
 
@@ -67,7 +72,7 @@ void ProblemsFinder::look()
     m_isBehind = false;
     auto problems = std::make_shared<ProblemListsPtr>();
     m_thread.run(
-        [=, known = m_known, rules = m_store.storedRows(), findsOverlaps = m_findsOverlaps,
+        [=, known = m_known, rules = m_store.storedRows(), findsOverlaps = !m_askForOverlaps.isEmpty(),
             stop = m_stop.get_token()] {
             try {
                 *problems = known->follow(rules, findsOverlaps, stop);

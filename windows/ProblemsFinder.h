@@ -4,6 +4,7 @@
 #include "workflow/KnownProblems.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <memory>
 #include <stop_token>
@@ -27,8 +28,8 @@ public:
     // As found last; null before.
     const ProblemListsPtr& problems() const { return m_problems; }
 
-    // Whether overlaps are to be found, too.
-    void setFindsOverlaps(bool finds);
+    // Whether overlaps are to be found for `asker`, too. They are found while anybody asks for them.
+    void setFindsOverlaps(const QObject& asker, bool finds);
     // Where programs and paths are looked up from now on.
     void setPlace(const RulesPlace& place);
 
@@ -51,7 +52,7 @@ private:
     RulesPlace m_place = RulesPlace::thisMachine();
     ProblemListsPtr m_problems;
     bool m_isWanted = false;
-    bool m_findsOverlaps = false;
+    QSet<const QObject*> m_askForOverlaps;
     bool m_isLooking = false;
     bool m_isBehind = false; // something has changed while it looks
     std::shared_ptr<KnownProblems> m_known; // the thread's, while it looks

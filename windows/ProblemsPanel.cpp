@@ -111,7 +111,7 @@ void ProblemsPanel::showKinds(const FindingKinds& kinds)
     m_model->setShownKinds(kinds);
     expandAll();
     followChosen();
-    m_finder.setFindsOverlaps(kinds.contains(FindingKind::overlap));
+    m_finder.setFindsOverlaps(*this, kinds.contains(FindingKind::overlap));
     updateStatus();
 }
 

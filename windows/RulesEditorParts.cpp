@@ -13,6 +13,7 @@
 #include "windows/RuleStrip.h"
 #include "windows/RulesTableModel.h"
 #include "windows/SelectionController.h"
+#include "windows/TableNarrowing.h"
 #include "windows/WindowMemory.h"
 
 #include <QDockWidget>
@@ -94,7 +95,23 @@ void RulesEditorTableController::setUpParts()
         auto* window = new CleanUpWindow(*this, m_document, *finder, m_places->place(), changing, this);
         window->open();
     });
-    (new LikeSelection(*this, *m_ui->selectByMenu))->setParent(m_parts.get());
+    (new LikeSelection(*this, *finder, *m_ui->selectByMenu))->setParent(m_parts.get());
+
+    auto* narrowing = new TableNarrowing(*m_ui->narrowBar, m_store, *finder);
+    narrowing->setParent(m_parts.get());
+    connect(this, &RulesEditorTableController::rulesDidChange, narrowing, &TableNarrowing::rulesDidChange);
+    connect(narrowing, &TableNarrowing::narrowed, this, [this](const auto& narrowed) {
+        m_model->setNarrowing(narrowed);
+        reloadRows();
+    });
+    connect(m_ui->narrowBar, &NarrowBar::criteriaChanged, this,
+        [this] { m_newRule.reset(); }); // what is looked for now is something else
+    connect(m_ui->narrowMenuItem, &QAction::toggled, this, [this, narrowing](bool isShown) {
+        narrowing->setShown(isShown);
+        isShown ? m_ui->narrowBar->setFocus() : m_ui->rulesEditorTableView->setFocus();
+    });
+    connect(
+        m_ui->narrowBar, &NarrowBar::wasLeft, m_ui->rulesEditorTableView, qOverload<>(&QWidget::setFocus));
 
     m_ui->viewMenu->insertActions(
         m_ui->nextProblemMenuItem, {words->toggleViewAction(), list->toggleViewAction()});

@@ -46,6 +46,7 @@ void RulesEditorTableController::revealRule(const RuleRef& rule)
         return;
     if (!m_model->rowOf(rule)) {
         m_ui->searchField->clear();
+        m_ui->narrowBar->clear();
         if (isSystemRule(rule) && !showsSystemRules())
             hideSystemAction();
     }

@@ -231,7 +231,8 @@ void RulesEditorTableController::reloadTable()
 void RulesEditorTableController::updateCounts()
 {
     const auto shown = static_cast<std::size_t>(m_model->rowCount());
-    const std::size_t hidden = m_store.totalRules(true) - shown;
+    const std::size_t hidden = m_model->hiddenSystemRules();
+    const std::size_t leftOut = m_model->leftOutRules();
     const std::size_t stored = m_store.storedRules();
     const QLocale locale;
     QString counts = tr("%1 of %2 rules shown")
@@ -241,10 +242,13 @@ void RulesEditorTableController::updateCounts()
         counts += tr(", 1 system rule hidden");
     else if (hidden > 1)
         counts += tr(", %1 system rules hidden").arg(locale.toString(static_cast<qulonglong>(hidden)));
+    if (leftOut > 0)
+        counts += tr(", %1 left out by Narrow").arg(locale.toString(static_cast<qulonglong>(leftOut)));
     m_ui->countLabel->setText(counts);
     m_ui->rulesEditorTableView->setEmptyText(stored == 0 ? tr("There are no rules yet.")
-            : hidden > 0 ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")
-                         : tr("No rule matches."));
+            : hidden > 0  ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")
+            : leftOut > 0 ? tr("No rule matches what is chosen under Narrow.")
+                          : tr("No rule matches."));
 }
 
 // Rules that could not be written are in memory alone, and rules that could not be read are in the file

@@ -18,12 +18,28 @@ RulesTableModel::RulesTableModel(const RuleManager& store, Workspace& workspace,
 
 void RulesTableModel::reload()
 {
-    setRows(m_store.rows(), m_showsSystemRules);
+    setRows(presentRows(), m_showsSystemRules);
+}
+
+std::shared_ptr<const RuleRows> RulesTableModel::presentRows() const
+{
+    const auto all = m_store.rows();
+    return m_narrowing ? m_narrowing->narrowed(*all) : all;
+}
+
+std::size_t RulesTableModel::hiddenSystemRules() const
+{
+    return rows().count(true) - rows().count(rowsShowSystemRules());
+}
+
+std::size_t RulesTableModel::leftOutRules() const
+{
+    return m_store.totalRules(true) - rows().count(true);
 }
 
 bool RulesTableModel::removeRules()
 {
-    return removeRun(m_store.rows());
+    return removeRun(presentRows());
 }
 
 RulesSelection RulesTableModel::selectionOf(std::vector<RulesSelection::Range> ranges) const

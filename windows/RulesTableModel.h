@@ -2,9 +2,12 @@
 
 #include "rules/RuleManager.h"
 #include "windows/RuleCellsModel.h"
+#include "workflow/Narrowing.h"
 #include "workflow/RulesSelection.h"
 
 #include <cstddef>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace quorvane {
@@ -23,8 +26,17 @@ public:
     // Where programs and paths are looked up. Takes effect with the next reload.
     void setPlace(const RulesPlace& place) { m_place = place; }
 
+    // Of the store's rows only those that it leaves are shown; null for all. Takes effect with the next
+    // reload.
+    void setNarrowing(std::shared_ptr<Narrowing> narrowing) { m_narrowing = std::move(narrowing); }
+
     // Takes the store's present rows.
     void reload();
+
+    // How many of the store's rows are not shown: those of the system, and those that the narrowing leaves
+    // out. Until the store's rows change.
+    std::size_t hiddenSystemRules() const;
+    std::size_t leftOutRules() const;
 
     // The store has lost one run of the rows: takes them away while all others keep their cells. False, and
     // nothing has changed, when the rows differ in another way; then a reload is due.
@@ -46,7 +58,10 @@ protected:
     std::string_view titleOf(int column) const override;
 
 private:
+    std::shared_ptr<const RuleRows> presentRows() const;
+
     const RuleManager& m_store;
+    std::shared_ptr<Narrowing> m_narrowing;
     bool m_showsSystemRules = false;
     RulesPlace m_place = RulesPlace::thisMachine();
 };

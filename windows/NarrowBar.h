@@ -1,0 +1,60 @@
+#pragma once
+
+#include "workflow/Narrowing.h"
+#include "workflow/RuleCriteria.h"
+
+#include <QWidget>
+
+class QBoxLayout;
+class QComboBox;
+class QLabel;
+class QToolButton;
+
+namespace quorvane {
+
+// A row of choices for the rules that the table shows besides its search: class, type, state, tag, problem
+// and program, all of which must hold. Stands in two rows where one is too narrow. User interface thread
+// only.
+class NarrowBar : public QWidget {
+    Q_OBJECT
+public:
+    explicit NarrowBar(QWidget* parent = nullptr);
+
+    // Empty while everything is shown.
+    RuleCriteria criteria() const;
+    // Shows everything.
+    void clear();
+
+    // What can be chosen as tag and program. A present choice that is not among them stays.
+    void setNames(const NamesInUse& names);
+    // What the person should know of the choices; empty for nothing.
+    void setStatus(const QString& status);
+
+Q_SIGNALS:
+    // By the person or by clear().
+    void criteriaChanged();
+    // The person has left the bar by the keyboard.
+    void wasLeft();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QComboBox* addChoice(QWidget& half, const char* name, const QString& label, const QString& whole);
+    void makeHalves();
+    void fillFixedChoices();
+    void leave();
+
+    QBoxLayout* m_halves;
+    QComboBox* m_class;
+    QComboBox* m_type;
+    QComboBox* m_state;
+    QComboBox* m_tag;
+    QComboBox* m_problem;
+    QComboBox* m_program;
+    QToolButton* m_clearButton;
+    QLabel* m_status;
+    NamesInUse m_names; // that are offered
+};
+
+} // namespace quorvane
