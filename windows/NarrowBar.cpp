@@ -114,7 +114,7 @@ void NarrowBar::makeHalves()
     m_state = addChoice(*first, "stateChoice", tr("S&tate"), tr("All"));
     QWidget* second = makeHalf(*m_halves, this);
     m_tag = addChoice(*second, "tagChoice", tr("Ta&g"), tr("All"));
-    m_problem = addChoice(*second, "problemChoice", tr("&Problem"), tr("With or without"));
+    m_problem = addChoice(*second, "problemChoice", tr("&Problem"), tr("All rules"));
     m_program = addChoice(*second, "programChoice", tr("Pr&ogram"), tr("All"));
     m_halves->setStretch(1, 1);
     m_clearButton->setObjectName(QStringLiteral("clearNarrowButton"));

@@ -8,6 +8,7 @@ import os
 import shutil
 import subprocess
 import tempfile
+import threading
 import time
 
 import gi
@@ -181,6 +182,24 @@ class Desk:
         for process in reversed(list(self.processes)):
             self.stop(process)
         shutil.rmtree(self.folder, ignore_errors=True)
+
+    def hear_names(self):
+        """What screen readers are told of names that change: a list that grows from now on."""
+        names, ready = [], threading.Event()
+
+        def listen():
+            context = GLib.MainContext.new()
+            context.push_thread_default()
+            bus = connect(self._accessibility_address())
+            bus.signal_subscribe(None, "org.a11y.atspi.Event.Object", "PropertyChange", None, None, 0,
+                                 lambda _, sender, path, *rest: names.append(Node(bus, sender, path).name))
+            call(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/registry", "org.a11y.atspi.Registry", "RegisterEvent",
+                 "(s)", "object:property-change:accessible-name")
+            ready.set()
+            GLib.MainLoop.new(context, False).run()
+        threading.Thread(target=listen, daemon=True).start()
+        ready.wait(PATIENCE)
+        return names
 
     def tree_of(self, process):
         """The root of what `process` shows."""
