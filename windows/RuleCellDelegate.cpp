@@ -5,11 +5,12 @@
 #include "windows/StateImages.h"
 #include "windows/TickHeader.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTableView>
 
 #include <limits>
 
@@ -19,18 +20,27 @@ namespace {
 
 constexpr int roomBesideCellText = 5; // logical pixels on each side
 
+// Whether no column is shown further on in that direction.
+bool isOutermost(const QHeaderView& header, int column, int direction)
+{
+    int place = header.visualIndex(column) + direction;
+    while (place >= 0 && place < header.count() && header.isSectionHidden(header.logicalIndex(place)))
+        place += direction;
+    return place < 0 || place == header.count();
+}
+
 // This cell's part of a frame around the row that has the keyboard.
 void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
 {
-    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    const auto* view = qobject_cast<const QTableView*>(option.widget);
     if (view == nullptr || !view->hasFocus() || view->currentIndex().row() != index.row())
         return;
     const QRect cell = option.rect.adjusted(0, 0, -1, -1);
     painter->setPen(shades::keyboardFrame);
     painter->drawLine(cell.topLeft(), option.rect.topRight());
     painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
-    const bool isFirst = index.column() == 0;
-    const bool isLast = index.column() == index.model()->columnCount() - 1;
+    const bool isFirst = isOutermost(*view->horizontalHeader(), index.column(), -1);
+    const bool isLast = isOutermost(*view->horizontalHeader(), index.column(), 1);
     const bool isMirrored = option.direction == Qt::RightToLeft;
     if (isMirrored ? isLast : isFirst)
         painter->drawLine(cell.topLeft(), cell.bottomLeft());

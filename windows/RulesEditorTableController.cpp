@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/AsideController.h"
+#include "windows/ColumnsMenu.h"
 #include "windows/ExchangeController.h"
 #include "windows/HistoryWindow.h"
 #include "windows/KeptSelection.h"
@@ -152,6 +153,10 @@ void RulesEditorTableController::setUpTable()
     auto* table = m_ui->rulesEditorTableView;
     table->setModel(m_model);
     table->setPathColumn(static_cast<int>(RuleColumn::path));
+    restoreColumns(*table);
+    auto* columns = new ColumnsMenu(*table, *m_ui->columnsMenu);
+    columns->setParent(this);
+    connect(columns, &ColumnsMenu::usualColumnsRequested, this, &RulesEditorTableController::fitColumns);
     // What is typed over the table goes on in the search field.
     connect(table, &RulesTableView::textTyped, this, [this](const QString& text) {
         m_ui->searchField->setFocus(Qt::OtherFocusReason);
@@ -288,9 +293,12 @@ void RulesEditorTableController::closeEvent(QCloseEvent* event)
     if (m_columnsFitted) { // else it was never shown
         rememberWindowSize(*this);
         rememberDocks(*this);
+        rememberColumns(*m_ui->rulesEditorTableView);
         // Widths that nobody chose would not fit the rules of the next time.
         if (columnWidths(*m_ui->rulesEditorTableView) != m_fittedWidths)
             rememberColumnWidths(*m_ui->rulesEditorTableView);
+        else
+            forgetColumnWidths();
     }
     QMainWindow::closeEvent(event);
     m_log.write("-[RulesEditorTableController windowWillClose:] exiting");
@@ -303,8 +311,12 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
     QMainWindow::showEvent(event);
     if (std::exchange(m_columnsFitted, true))
         return;
-    if (restoreColumnWidths(*m_ui->rulesEditorTableView))
-        return;
+    if (!restoreColumnWidths(*m_ui->rulesEditorTableView))
+        fitColumns();
+}
+
+void RulesEditorTableController::fitColumns()
+{
     m_ui->rulesEditorTableView->fitColumns();
     m_fittedWidths = columnWidths(*m_ui->rulesEditorTableView);
 }

@@ -182,6 +182,7 @@ private:
     void setUpTable();
     void setUpActions();
     void setUpSortMenu();
+    void fitColumns();
     void setUpCommands();
     void setUpExchange();
     void setUpActionsOnMany();

@@ -67,7 +67,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
-        if (!m_isMakingRoom && resized < m_wishedWidths.size())
+        if (!m_isMakingRoom && width > 0 && resized < m_wishedWidths.size()) // else it is being hidden
             m_wishedWidths[resized] = width;
     });
 }
@@ -120,14 +120,48 @@ void RulesTableView::makeRoomForPath()
 {
     if (m_pathColumn < 0 || m_wishedWidths.size() != horizontalHeader()->count())
         return;
-    QList<int> widths = m_wishedWidths;
-    widths.removeAt(m_pathColumn);
-    const int widest = widestThatFits(widths, viewport()->width() - narrowestPath);
-    const QScopedValueRollback making(m_isMakingRoom, true);
+    std::vector<int> columns;
+    QList<int> widths;
     for (int column = 0; column < m_wishedWidths.size(); ++column) {
-        if (column != m_pathColumn)
-            setColumnWidth(column, std::max(std::min(m_wishedWidths[column], widest), narrowestColumn));
+        if (column == m_pathColumn || isColumnHidden(column))
+            continue;
+        columns.push_back(column);
+        widths.append(m_wishedWidths[column]);
     }
+    const int roomForPath = isColumnHidden(m_pathColumn) ? 0 : narrowestPath;
+    const int widest = widestThatFits(widths, viewport()->width() - roomForPath);
+    const QScopedValueRollback making(m_isMakingRoom, true);
+    for (const int column : columns)
+        setColumnWidth(column, std::max(std::min(m_wishedWidths[column], widest), narrowestColumn));
+}
+
+int RulesTableView::shownColumns() const
+{
+    return horizontalHeader()->count() - horizontalHeader()->hiddenSectionCount();
+}
+
+void RulesTableView::setColumnShown(int column, bool isShown)
+{
+    if (!isShown && shownColumns() == 1)
+        return;
+    setColumnHidden(column, !isShown);
+    makeRoomForPath();
+    if (currentIndex().isValid())
+        selectionModel()->setCurrentIndex(shownCell(currentIndex()), QItemSelectionModel::NoUpdate);
+}
+
+// The cell itself, or the first of its row when its column is hidden.
+QModelIndex RulesTableView::shownCell(const QModelIndex& index) const
+{
+    QModelIndex cell = index;
+    for (int place = 0; cell.isValid() && isColumnHidden(cell.column()); ++place)
+        cell = index.siblingAtColumn(horizontalHeader()->logicalIndex(place));
+    return cell;
+}
+
+void RulesTableView::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
+    QTableView::scrollTo(shownCell(index), hint);
 }
 
 void RulesTableView::resizeEvent(QResizeEvent* event)
@@ -218,6 +252,7 @@ bool RulesTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
     for (int column = 0; index.isValid() && column < model()->columnCount(); ++column) {
         const QModelIndex cell = index.siblingAtColumn(column);
         if (cell.flags().testFlag(Qt::ItemIsEditable)) {
+            setColumnShown(column, true);
             setCurrentIndex(cell); // alone: what is typed is for no other row
             return QTableView::edit(cell, trigger, event);
         }
@@ -255,6 +290,9 @@ void RulesTableView::keyboardSearch(const QString& search)
 
 void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
+    // From a hidden cell no key would lead anywhere.
+    if (const QModelIndex shown = shownCell(current); shown != current)
+        return selectionModel()->setCurrentIndex(shown, QItemSelectionModel::NoUpdate);
     QTableView::currentChanged(current, previous);
     viewport()->update(); // the keyboard's frame goes round whole rows
 }

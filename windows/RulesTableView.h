@@ -35,6 +35,13 @@ public:
     const QList<int>& wishedWidths() const { return m_wishedWidths; }
     void setWishedWidths(const QList<int>& widths);
 
+    // Hidden columns keep their width and give their room to the others. The last one that is shown stays.
+    void setColumnShown(int column, bool isShown);
+    int shownColumns() const;
+
+    // Whichever column of the row is shown is brought into view.
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+
     // The selected rows from the top down.
     std::vector<std::size_t> selectedRows() const;
     // The same as ranges, each from its first row up to, not including, its second.
@@ -60,7 +67,7 @@ Q_SIGNALS:
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
-    // The row of `index` matters, wherever in it the keyboard is.
+    // The row of `index` matters, wherever in it the keyboard is. A hidden column is shown to be edited.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -70,6 +77,7 @@ protected:
 
 private:
     void makeRoomForPath();
+    QModelIndex shownCell(const QModelIndex& index) const;
 
     QString m_emptyText;
     int m_pathColumn = -1;

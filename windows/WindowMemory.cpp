@@ -9,6 +9,8 @@
 #include <QSettings>
 #include <QTableView>
 
+#include <algorithm>
+
 namespace quorvane {
 
 namespace {
@@ -28,9 +30,40 @@ QString kindsKey()
 {
     return QStringLiteral("problems/hiddenKinds");
 }
+QString orderKey()
+{
+    return QStringLiteral("mainWindow/columnOrder");
+}
+QString hiddenColumnsKey()
+{
+    return QStringLiteral("mainWindow/hiddenColumns");
+}
 QString widthsKey()
 {
     return QStringLiteral("mainWindow/columnWidths");
+}
+
+QVariantList asVariants(const QList<int>& numbers)
+{
+    return {numbers.begin(), numbers.end()};
+}
+
+QList<int> asNumbers(const QVariant& setting)
+{
+    QList<int> numbers;
+    for (const QVariant& each : setting.toList())
+        numbers.append(each.toInt());
+    return numbers;
+}
+
+bool isOrderOf(QList<int> order, int columns)
+{
+    std::sort(order.begin(), order.end());
+    for (int column = 0; column < columns; ++column) {
+        if (order.value(column, -1) != column)
+            return false;
+    }
+    return order.size() == columns;
 }
 
 class UserSettings : public QSettings {
@@ -64,13 +97,29 @@ bool keepSize(QDialog& dialog, const QString& name)
 bool restoreColumnWidths(RulesTableView& table)
 {
     const UserSettings settings;
-    const QVariantList widths = settings.value(widthsKey()).toList();
+    const QList<int> widths = asNumbers(settings.value(widthsKey()));
     if (widths.size() + 1 != table.horizontalHeader()->count())
         return false;
     QList<int> wished = table.wishedWidths();
     for (int column = 0; column < widths.size(); ++column)
-        wished[column] = qBound(narrowestColumn, widths[column].toInt(), widestColumn);
+        wished[column] = qBound(narrowestColumn, widths[column], widestColumn);
     table.setWishedWidths(wished);
+    return true;
+}
+
+bool restoreColumns(RulesTableView& table)
+{
+    const UserSettings settings;
+    QHeaderView* header = table.horizontalHeader();
+    const QList<int> order = asNumbers(settings.value(orderKey()));
+    if (!isOrderOf(order, header->count()))
+        return false;
+    for (int place = 0; place < order.size(); ++place)
+        header->moveSection(header->visualIndex(order[place]), place);
+    for (const int column : asNumbers(settings.value(hiddenColumnsKey()))) {
+        if (column >= 0 && column < header->count())
+            table.setColumnShown(column, false);
+    }
     return true;
 }
 
@@ -104,10 +153,27 @@ void rememberWindowSize(const QWidget& window, const QString& name)
 
 void rememberColumnWidths(const RulesTableView& table)
 {
-    QVariantList widths;
-    for (const int width : columnWidths(table))
-        widths.append(width);
-    UserSettings().setValue(widthsKey(), widths);
+    UserSettings().setValue(widthsKey(), asVariants(columnWidths(table)));
+}
+
+void forgetColumnWidths()
+{
+    UserSettings().remove(widthsKey());
+}
+
+void rememberColumns(const RulesTableView& table)
+{
+    const QHeaderView& header = *table.horizontalHeader();
+    QList<int> order;
+    QList<int> hidden;
+    for (int place = 0; place < header.count(); ++place) {
+        order.append(header.logicalIndex(place));
+        if (header.isSectionHidden(order.back()))
+            hidden.append(order.back());
+    }
+    UserSettings settings;
+    settings.setValue(orderKey(), asVariants(order));
+    settings.setValue(hiddenColumnsKey(), asVariants(hidden));
 }
 
 QList<int> columnWidths(const RulesTableView& table)

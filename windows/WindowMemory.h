@@ -22,6 +22,8 @@ bool restoreWindowSize(QWidget& window, const QString& name = QStringLiteral("ma
 // The same of a dialog, whose size is remembered when it closes.
 bool keepSize(QDialog& dialog, const QString& name);
 bool restoreColumnWidths(RulesTableView& table);
+// Which columns are shown, and in what order.
+bool restoreColumns(RulesTableView& table);
 // What stands around the table of the main window: what of it is shown, where and how large.
 bool restoreDocks(QMainWindow& window);
 
@@ -30,6 +32,9 @@ std::optional<QStringList> rememberedHiddenKinds();
 
 void rememberWindowSize(const QWidget& window, const QString& name = QStringLiteral("mainWindow"));
 void rememberColumnWidths(const RulesTableView& table);
+// The next time they are as wide as what they show.
+void forgetColumnWidths();
+void rememberColumns(const RulesTableView& table);
 void rememberDocks(const QMainWindow& window);
 void rememberHiddenKinds(const QStringList& names);
 

@@ -1,7 +1,7 @@
 import os
 
 from desk import settled
-from rules_window import CLASS, PATH, TAG, DesktopTest
+from rules_window import CLASS, PATH, STATE, TAG, TITLES, DesktopTest
 
 
 class Memory(DesktopTest):
@@ -39,6 +39,39 @@ class Memory(DesktopTest):
         widths = self.widths(window)
         self.assertEqual(self.widths(self.close_and_open(window)), widths)
 
+    def titles(self, window):
+        """Of the columns that are shown, from left to right."""
+        boxes = [(window.header(column).box, title) for column, title in enumerate(TITLES)]
+        return [title for box, title in sorted(boxes) if box[2] > 0 and box[3] > 0]
+
+    def test_hidden_and_moved_columns_are_remembered(self):
+        window = self.open_with("allow path /a any r tag")
+        self.desk.press("alt+v", "c")
+        for _ in range(2):  # State, Class
+            self.desk.press("Down")
+        self.desk.press("Return")
+        arranged = ["Application", "State", "Type", "Operations", "Tag", "Path"]
+        self.assert_becomes(lambda: self.titles(window), arranged)
+        tag, state = window.header(TAG).center, window.header(STATE).center
+        self.desk.drag(tag, (state[0] - 5, state[1]))
+        arranged = ["Application", "Tag", "State", "Type", "Operations", "Path"]
+        self.assert_becomes(lambda: self.titles(window), arranged)
+        window = self.close_and_open(window)
+        self.assertEqual(self.titles(window), arranged)
+        self.desk.hands("mousemove", *window.header(STATE).center, "click", 3)
+        self.desk.press("u")
+        self.assert_becomes(lambda: self.titles(window), TITLES)
+        self.assertEqual(self.titles(self.close_and_open(window)), TITLES)
+
+    def test_the_usual_columns_have_the_usual_widths_again(self):
+        window = self.open_with("allow path /a any r tag")
+        widths = self.widths(window)
+        self.drag_border(window, TAG, 50)
+        window = self.close_and_open(window)
+        self.desk.press("alt+v", "c", "u")
+        self.assert_becomes(lambda: self.widths(window), widths)
+        self.assertEqual(self.widths(self.close_and_open(window)), widths)
+
     def test_other_rules_do_not_change_remembered_widths(self):
         window = self.open_with("allow path /a any r tag")
         self.drag_border(window, TAG, 50)
@@ -65,11 +98,12 @@ class Memory(DesktopTest):
         first.close()
         settings = self.settings_file()
         for contents in (b"\xff\xfe\0garbage", b"[mainWindow]\nsize=@Size(-5 0)\ncolumnWidths=1, 2, 3\n",
-                         b"[mainWindow]\nsize=word\ncolumnWidths=@Invalid()\n", b""):
+                         b"[mainWindow]\nsize=word\ncolumnWidths=@Invalid()\n", b"",
+                         b"[mainWindow]\ncolumnOrder=6, 6, 5, 4, 3, 2, 1\nhiddenColumns=0, 1\n"):
             with self.subTest(contents=contents):
                 self.sandbox.write(settings, contents)
                 window = self.open()
-                self.assertEqual((window.frame.box[2:], self.widths(window)), (size, widths))
+                self.assertEqual((window.frame.box[2:], self.widths(window), self.titles(window)), (size, widths, TITLES))
                 self.desk.stop(window.process)
 
     def test_a_remembered_size_is_never_too_large_for_the_screen(self):
