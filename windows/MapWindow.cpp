@@ -89,6 +89,14 @@ void MapWindow::setUpTree()
 
 void MapWindow::setUpControls()
 {
+    paintSamples();
+    connect(m_ui->orderPopUpButton, &QComboBox::currentIndexChanged, this, &MapWindow::make);
+    connect(m_ui->systemRulesCheckBox, &QCheckBox::toggled, this, &MapWindow::make);
+    connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void MapWindow::paintSamples()
+{
     const auto sample = [this](QLabel* label, const AccessShares& shares) {
         constexpr QSize size(22, 12);
         label->setPixmap(accessBarSample(shares, size, devicePixelRatioF()));
@@ -96,9 +104,13 @@ void MapWindow::setUpControls()
     sample(m_ui->allowSample, {.allow = 1});
     sample(m_ui->denySample, {.deny = 1});
     sample(m_ui->watchSample, {.watch = 1});
-    connect(m_ui->orderPopUpButton, &QComboBox::currentIndexChanged, this, &MapWindow::make);
-    connect(m_ui->systemRulesCheckBox, &QCheckBox::toggled, this, &MapWindow::make);
-    connect(m_ui->closeButton, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void MapWindow::changeEvent(QEvent* event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        paintSamples();
 }
 
 // The last column, or that of the programs where they are the places, takes what room is left.

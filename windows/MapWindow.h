@@ -37,7 +37,11 @@ Q_SIGNALS:
     // The map of the present rules is shown.
     void wasMade();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void paintSamples();
     void setUpTree();
     void setUpControls();
     void fitColumns();

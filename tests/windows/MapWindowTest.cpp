@@ -3,6 +3,7 @@
 #include "tests/windows/EditorTable.h"
 #include "windows/AccessBars.h"
 #include "windows/RulesTableModel.h"
+#include "windows/WindowLook.h"
 #include "workflow/RuleEdits.h"
 
 #include <QAbstractItemModelTester>
@@ -160,6 +161,17 @@ TEST(AccessBars, ShowHoweverSmallAShareIs)
     const QImage image = accessBarSample({.allow = 1e-9, .deny = 1e-9}, QSize(40, 12), 1).toImage();
     EXPECT_EQ(qAlpha(image.pixel(5, 5)), 255);
     EXPECT_EQ(qAlpha(image.pixel(20, 5)), 0);
+}
+
+TEST_F(Map, SamplesOfItsBarsFollowTheLook)
+{
+    const auto sample
+        = [this] { return map->findChild<QLabel*>(QStringLiteral("denySample"))->pixmap().toImage(); };
+    const QImage light = sample();
+    setAppearance(*qApp, {.isDark = true});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sample() != light; }));
+    setAppearance(*qApp, {});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sample() == light; }));
 }
 
 } // namespace quorvane
