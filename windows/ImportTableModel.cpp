@@ -36,6 +36,7 @@ void ImportTableModel::reload(const RuleManager& reviewed, std::shared_ptr<const
 
 void ImportTableModel::ticksDidChange()
 {
+    m_ticked.reset();
     if (rowCount() > 0)
         Q_EMIT dataChanged(index(0, tickColumn), index(rowCount() - 1, tickColumn), {Qt::CheckStateRole});
     Q_EMIT headerDataChanged(Qt::Horizontal, tickColumn, tickColumn);
@@ -43,12 +44,14 @@ void ImportTableModel::ticksDidChange()
 
 std::size_t ImportTableModel::countOfTicked() const
 {
-    const auto rules = static_cast<std::size_t>(rowCount());
     if (m_showsAll)
-        return m_ticks.countOfTicked(rules);
+        return m_ticks.countOfTicked(static_cast<std::size_t>(rowCount()));
+    if (m_ticked)
+        return *m_ticked;
     std::size_t ticked = 0;
     for (int row = 0; row < rowCount(); ++row)
         ticked += m_ticks.isTicked(sequenceOf(ruleAt(row))) ? 1U : 0U;
+    m_ticked = ticked;
     return ticked;
 }
 

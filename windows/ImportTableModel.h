@@ -4,6 +4,9 @@
 #include "windows/RuleCellsModel.h"
 #include "workflow/StateDict.h"
 
+#include <cstddef>
+#include <optional>
+
 namespace quorvane {
 
 // The rules of a file under review as a Qt table, with a check box for each, and one above them for all.
@@ -50,6 +53,7 @@ private:
     const RuleManager* m_reviewed = nullptr; // none until there are rows
     bool m_showsAll = true; // its rows, and not only some
     RulesPlace m_place = RulesPlace::thisMachine().withoutHomes();
+    mutable std::optional<std::size_t> m_ticked; // rules that are shown; none until it is asked for
 };
 
 } // namespace quorvane

@@ -1,7 +1,9 @@
 #include "windows/ImportTableModel.h"
+#include "rules/ListedRows.h"
 #include "tests/support/TestRules.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/ImportCells.h"
+#include "workflow/ImportForesight.h"
 
 #include <QAbstractItemModelTester>
 #include <QBrush>
@@ -98,6 +100,20 @@ TEST_F(ImportTableModelTest, TheHeaderTellsWhetherAllRulesAreTicked)
     EXPECT_EQ(tickHeader(Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_EQ(tickHeader(Qt::AccessibleDescriptionRole), QStringLiteral("no rule ticked"));
     EXPECT_FALSE(model.headerData(0, Qt::Horizontal, Qt::CheckStateRole).isValid());
+}
+
+TEST_F(ImportTableModelTest, CountsTheTicksOfTheRulesThatAreShown)
+{
+    const std::vector<RuleRef> rules = reviewed.allRules();
+    model.reload(reviewed, listedRows({rules[0], rules[1]}));
+    EXPECT_EQ(model.countOfTicked(), 2U);
+    for (const RuleRef& rule : rules)
+        ticks.setTicked(sequenceOf(rule), rule != rules[0]);
+    model.ticksDidChange();
+    EXPECT_EQ(model.countOfTicked(), 1U);
+    EXPECT_EQ(model.commonTick(), Qt::PartiallyChecked);
+    model.reload(reviewed, listedRows({rules[1]}));
+    EXPECT_EQ(model.commonTick(), Qt::Checked);
 }
 
 TEST_F(ImportTableModelTest, TicksOfAllRowsChangeWithOneSignal)
