@@ -233,6 +233,7 @@ public:
     void selectRules(const std::vector<RuleRef>& /*rules*/) override { }
     void revealRule(const RuleRef& /*rule*/) override { }
     bool perform(const PlannedChange& /*planned*/, const ChangeReason& /*reason*/) override { return false; }
+    void keepWholeLines() override { }
     void addNotice(FootNotice /*notice*/) override { }
 };
 

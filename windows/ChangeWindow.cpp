@@ -7,11 +7,16 @@
 #include "windows/WindowMemory.h"
 #include "workflow/DifferenceText.h"
 
+#include <QTimer>
+
+#include <chrono>
 #include <utility>
 
 namespace quorvane {
 
 namespace {
+
+constexpr std::chrono::milliseconds afterTheLastKey{200};
 
 QString summaryOf(const PlannedChange& planned)
 {
@@ -34,13 +39,14 @@ QString remarksOf(const PlannedChange& planned)
 
 } // namespace
 
-ChangeWindow::ChangeWindow(
-    const QString& title, const QString& verb, Plan plan, LineEnds lineEnds, QWidget* parent)
+ChangeWindow::ChangeWindow(const QString& title, const QString& verb, Plan plan, PlannedChange first,
+    LineEnds lineEnds, QWidget* parent)
     : QDialog(parent)
     , m_ui(std::make_unique<Ui::ChangeWindow>())
     , m_changes(new DifferenceModel(this))
     , m_plan(std::move(plan))
     , m_lineEnds(lineEnds)
+    , m_soon(new QTimer(this))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
@@ -52,7 +58,11 @@ ChangeWindow::ChangeWindow(
     connect(m_ui->wholeLinesButton, &QPushButton::clicked, this, &ChangeWindow::writeWholeLines);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
     keepSize(*this, QStringLiteral("changeWindow"));
-    planAnew();
+    m_soon->setObjectName(QStringLiteral("planTimer"));
+    m_soon->setSingleShot(true);
+    m_soon->setInterval(afterTheLastKey);
+    connect(m_soon, &QTimer::timeout, this, &ChangeWindow::planAnew);
+    showPlanned(std::move(first));
 }
 
 ChangeWindow::~ChangeWindow() = default;
@@ -76,16 +86,26 @@ void ChangeWindow::setControls(QWidget* controls)
     controls->setFocus();
 }
 
+void ChangeWindow::planSoon()
+{
+    m_soon->start();
+    m_ui->changeButton->setEnabled(true); // what that does is seen when it is pressed
+}
+
 void ChangeWindow::planAnew()
 {
-    m_planned = m_plan(m_lineEnds);
+    m_soon->stop();
+    showPlanned(m_plan(m_lineEnds));
+}
+
+void ChangeWindow::showPlanned(PlannedChange planned)
+{
+    m_planned = std::move(planned);
     auto* table = m_ui->differenceTableView;
     m_changes->setTable(differenceTable(m_planned.difference));
     table->setPathColumn(static_cast<int>(m_changes->table()->widestColumn()));
-    if (!m_isFitted && m_changes->rowCount() > 0) {
-        table->fitColumns();
-        m_isFitted = true;
-    }
+    if (m_changes->rowCount() > 0)
+        table->refitColumns();
     const QString remarks = remarksOf(m_planned);
     m_ui->summaryLabel->setText(summaryOf(m_planned));
     table->setEmptyText(summaryOf(m_planned));
@@ -105,6 +125,8 @@ void ChangeWindow::writeWholeLines()
 
 void ChangeWindow::accept()
 {
+    if (m_soon->isActive())
+        planAnew();
     if (!m_ui->changeButton->isEnabled())
         return;
     const PlannedChange confirmed = m_planned; // planned anew when the rules change

@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+class QTimer;
+
 namespace Ui {
 class ChangeWindow;
 }
@@ -24,19 +26,24 @@ public:
     // What the controls ask for, of the rules as they are now, for a file that is written so.
     using Plan = std::function<PlannedChange(LineEnds lineEnds)>;
 
-    // `verb` stands on the button that carries the change out. `lineEnds`: how the rules file is written now.
-    ChangeWindow(const QString& title, const QString& verb, Plan plan, LineEnds lineEnds, QWidget* parent);
+    // `verb` stands on the button that carries the change out. `first`: what is planned at first. `lineEnds`:
+    // how the rules file is written now.
+    ChangeWindow(const QString& title, const QString& verb, Plan plan, PlannedChange first, LineEnds lineEnds,
+        QWidget* parent);
     ~ChangeWindow() override;
 
     // Puts the controls above the list, and the keyboard into the first of them. They belong to the window
-    // then; what they change calls planAnew().
+    // then; what they change calls planSoon().
     void setControls(QWidget* controls);
 
     // What is shown.
     const PlannedChange& planned() const { return m_planned; }
 
 public Q_SLOTS:
-    // The controls, or the stored rules, say something else now.
+    // The controls say something else now. It is planned once they have said so for a moment, and at the
+    // latest when the person wants it: a plan may look at whole programs and at all rules.
+    void planSoon();
+    // At once: the stored rules are others now.
     void planAnew();
 
 Q_SIGNALS:
@@ -48,6 +55,7 @@ Q_SIGNALS:
 
 private:
     void accept() override;
+    void showPlanned(PlannedChange planned);
     void writeWholeLines();
 
     std::unique_ptr<Ui::ChangeWindow> m_ui;
@@ -55,7 +63,7 @@ private:
     const Plan m_plan;
     LineEnds m_lineEnds;
     PlannedChange m_planned;
-    bool m_isFitted = false; // the columns are as wide as they need to be
+    QTimer* m_soon; // runs while something is to be planned
 };
 
 } // namespace quorvane

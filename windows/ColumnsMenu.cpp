@@ -57,7 +57,7 @@ void ColumnsMenu::showUsualColumns()
         header->moveSection(header->visualIndex(column), column);
         m_table.setColumnShown(column, true);
     }
-    Q_EMIT usualColumnsRequested();
+    m_table.fitColumns();
 }
 
 } // namespace quorvane

@@ -21,10 +21,6 @@ public:
     // Neither is owned; both must outlive this. The table has its model already.
     ColumnsMenu(RulesTableView& table, QMenu& menu);
 
-Q_SIGNALS:
-    // All columns are shown again, in their own order; they are as wide as before.
-    void usualColumnsRequested();
-
 private:
     void update();
     void putFirst(int column);

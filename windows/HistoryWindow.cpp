@@ -143,7 +143,6 @@ void HistoryWindow::openHistory()
     });
     m_ui->notices->remove(tellSubject);
     m_isRead = false;
-    m_changesFitted = false;
     m_selected.reset();
     m_versions->setVersions({});
     selectionDidChange();
@@ -239,10 +238,8 @@ void HistoryWindow::showDifference(const ComparedVersion& difference)
     if (difference.table) {
         m_ui->differenceTableView->setEmptyText(tr("Nothing differs but the order, or how it is written."));
         m_ui->differenceTableView->setPathColumn(static_cast<int>(difference.table->widestColumn()));
-        if (!m_changesFitted && m_changes->rowCount() > 0) {
-            m_ui->differenceTableView->fitColumns();
-            m_changesFitted = true;
-        }
+        if (m_changes->rowCount() > 0)
+            m_ui->differenceTableView->refitColumns();
     } else {
         m_ui->differenceTableView->setEmptyText(difference.problem);
     }

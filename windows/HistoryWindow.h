@@ -74,7 +74,6 @@ private:
     std::optional<std::int64_t> m_wanted; // the first one from here on is to be selected when it is there
     std::size_t m_searched = 0;
     bool m_isRead = false; // the versions of the present history are there
-    bool m_changesFitted = false; // the columns of the changes are as wide as they need to be
     QTimer m_refreshing;
 };
 

@@ -205,13 +205,18 @@ void RulesEditorTableController::showFirstOf(const std::vector<RuleRef>& rules)
         revealRule(*stored);
 }
 
-void RulesEditorTableController::writeWholeLines()
+void RulesEditorTableController::keepWholeLines()
 {
     ProgramSettings settings = m_document.settings();
     settings.wholeLines = true;
     m_document.setSettings(settings);
     if (const auto problem = writeProgramSettings(defaultSettingsFile(), settings))
         m_ui->notices->add({.text = toQt(*problem)});
+}
+
+void RulesEditorTableController::writeWholeLines()
+{
+    keepWholeLines();
     m_document.perform({}, {"Write Whole Lines"});
 }
 

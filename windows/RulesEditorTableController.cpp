@@ -156,7 +156,6 @@ void RulesEditorTableController::setUpTable()
     restoreColumns(*table);
     auto* columns = new ColumnsMenu(*table, *m_ui->columnsMenu);
     columns->setParent(this);
-    connect(columns, &ColumnsMenu::usualColumnsRequested, this, &RulesEditorTableController::fitColumns);
     // What is typed over the table goes on in the search field.
     connect(table, &RulesTableView::textTyped, this, [this](const QString& text) {
         m_ui->searchField->setFocus(Qt::OtherFocusReason);
@@ -295,7 +294,7 @@ void RulesEditorTableController::closeEvent(QCloseEvent* event)
         rememberDocks(*this);
         rememberColumns(*m_ui->rulesEditorTableView);
         // Widths that nobody chose would not fit the rules of the next time.
-        if (columnWidths(*m_ui->rulesEditorTableView) != m_fittedWidths)
+        if (m_ui->rulesEditorTableView->areWidthsChosen())
             rememberColumnWidths(*m_ui->rulesEditorTableView);
         else
             forgetColumnWidths();
@@ -312,13 +311,7 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
     if (std::exchange(m_columnsFitted, true))
         return;
     if (!restoreColumnWidths(*m_ui->rulesEditorTableView))
-        fitColumns();
-}
-
-void RulesEditorTableController::fitColumns()
-{
-    m_ui->rulesEditorTableView->fitColumns();
-    m_fittedWidths = columnWidths(*m_ui->rulesEditorTableView);
+        m_ui->rulesEditorTableView->fitColumns();
 }
 
 } // namespace quorvane

@@ -142,6 +142,7 @@ public:
     void selectRules(const std::vector<RuleRef>& rules) override;
     void revealRule(const RuleRef& rule) override;
     bool perform(const PlannedChange& planned, const ChangeReason& reason) override;
+    void keepWholeLines() override;
     void addNotice(FootNotice notice) override;
 
     // See ExchangeController.
@@ -182,7 +183,6 @@ private:
     void setUpTable();
     void setUpActions();
     void setUpSortMenu();
-    void fitColumns();
     void setUpCommands();
     void setUpExchange();
     void setUpActionsOnMany();
@@ -235,7 +235,6 @@ private:
     std::vector<SortDescriptor> m_sortDescriptors;
     QString m_preferencesFailure;
     bool m_columnsFitted = false;
-    QList<int> m_fittedWidths; // as the window chose them; empty when the user had
     QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items
     QAction* m_newRuleMenuItem;
     QAction* m_editRuleMenuItem;

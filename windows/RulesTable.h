@@ -37,6 +37,9 @@ public:
     // False when the change may not be made; the foot then says why.
     virtual bool perform(const PlannedChange& planned, const ChangeReason& reason) = 0;
 
+    // Has lines written whole from now on, which is kept as a setting; the file follows with the next change.
+    virtual void keepWholeLines() = 0;
+
     // Says something at the foot of the window.
     virtual void addNotice(FootNotice notice) = 0;
 };

@@ -67,7 +67,8 @@ RulesTableView::RulesTableView(QWidget* parent)
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
-        if (!m_isMakingRoom && width > 0 && resized < m_wishedWidths.size()) // else it is being hidden
+        const bool isBeingHidden = width == 0;
+        if (!m_isMakingRoom && !isBeingHidden && resized != m_pathColumn && resized < m_wishedWidths.size())
             m_wishedWidths[resized] = width;
     });
 }
@@ -98,6 +99,7 @@ void RulesTableView::setPathColumn(int column)
             each, each == column ? QHeaderView::Stretch : QHeaderView::Interactive);
         m_wishedWidths.append(columnWidth(each));
     }
+    m_fittedWidths = m_wishedWidths;
 }
 
 void RulesTableView::fitColumns()
@@ -107,7 +109,14 @@ void RulesTableView::fitColumns()
         const int needed = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
         widths.append(std::min(needed, widestFittedColumn));
     }
+    m_fittedWidths = widths;
     setWishedWidths(widths);
+}
+
+void RulesTableView::refitColumns()
+{
+    if (!areWidthsChosen())
+        fitColumns();
 }
 
 void RulesTableView::setWishedWidths(const QList<int>& widths)

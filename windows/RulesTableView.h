@@ -30,6 +30,10 @@ public:
 
     // Makes the columns as wide as what they show needs, within reason.
     void fitColumns();
+    // The same while nobody has chosen other widths: what the table shows is another thing now.
+    void refitColumns();
+    // Whether the columns are to be of other widths than they were fitted to last.
+    bool areWidthsChosen() const { return m_wishedWidths != m_fittedWidths; }
 
     // How wide each column shall be where there is room.
     const QList<int>& wishedWidths() const { return m_wishedWidths; }
@@ -82,6 +86,7 @@ private:
     QString m_emptyText;
     int m_pathColumn = -1;
     QList<int> m_wishedWidths;
+    QList<int> m_fittedWidths; // as wished by the table itself
     bool m_isMakingRoom = false;
 };
 

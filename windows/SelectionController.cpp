@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <set>
 #include <utility>
 
@@ -59,13 +60,16 @@ std::string processOf(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
 }
 
-std::vector<std::string> constraintsOfProgram(const RuleManager& store, const std::string& program)
+// Of the user's rules among them. Any thread.
+std::vector<std::string> constraintsOfProgram(
+    const RuleRows& rules, const std::string& program, const std::stop_token& stop)
 {
     std::set<std::string> constraints;
-    for (const RuleRef& rule : store.userRules()) {
-        const PolicyRule* policy = policyRuleIn(rule);
-        if (policy != nullptr && namedProgram(policy->fields().processName.view()) == program)
-            constraints.emplace(policy->fields().constraint.view());
+    const std::size_t count = rules.count(false);
+    for (std::size_t row = 0; row < count && !stop.stop_requested(); ++row) {
+        const PolicyRule* policy = policyRuleIn(rules.at(row, false));
+        if (policy != nullptr && namedProgram(policy->processName().view()) == program)
+            constraints.emplace(policy->constraint().view());
     }
     return {constraints.begin(), constraints.end()};
 }
@@ -107,6 +111,11 @@ SelectionController::SelectionController(QWidget& window, RulesTable& table, Rul
 {
 }
 
+SelectionController::~SelectionController()
+{
+    m_searching.request_stop();
+}
+
 LineEnds SelectionController::lineEnds() const
 {
     return m_document.settings().lineEnds();
@@ -136,20 +145,18 @@ PlannedChange SelectionController::planned(const Command& command, const std::ve
     return change;
 }
 
-void SelectionController::writeWholeLines()
+ChangeWindow& SelectionController::openPreview(const Command& command, Plan plan)
 {
-    ProgramSettings settings = m_document.settings();
-    settings.wholeLines = true;
-    m_document.setSettings(settings);
-    if (const auto problem = writeProgramSettings(defaultSettingsFile(), settings))
-        m_table.addNotice({.text = toQt(*problem)});
+    PlannedChange first = plan(lineEnds());
+    return openPreview(command, std::move(plan), std::move(first));
 }
 
-ChangeWindow& SelectionController::openPreview(const Command& command, ChangeWindow::Plan plan)
+ChangeWindow& SelectionController::openPreview(const Command& command, Plan plan, PlannedChange first)
 {
     delete m_preview;
-    m_preview = new ChangeWindow(command.title, command.verb, std::move(plan), lineEnds(), &m_window);
-    connect(m_preview, &ChangeWindow::wholeLinesRequested, this, &SelectionController::writeWholeLines);
+    m_preview = new ChangeWindow(
+        command.title, command.verb, std::move(plan), std::move(first), lineEnds(), &m_window);
+    connect(m_preview, &ChangeWindow::wholeLinesRequested, this, [this] { m_table.keepWholeLines(); });
     connect(m_preview, &ChangeWindow::wasConfirmed, this, [this, command](const PlannedChange& change) {
         m_preview.clear(); // which is closed, and need not plan again
         perform(command, change);
@@ -169,12 +176,12 @@ void SelectionController::performOrPreview(const Command& command, const MakePla
 {
     const auto now = [this, command, plan, selected = m_table.selectedRules()](
                          LineEnds lineEnds) { return planned(command, selected, lineEnds, plan); };
-    const PlannedChange change = now(lineEnds());
+    PlannedChange change = now(lineEnds());
     const bool isOfOneRule = changeCount(change) == 1 && change.difference.removed.empty();
     if (isOfOneRule && !change.refusal && change.remarks.empty())
         perform(command, change);
     else
-        openPreview(command, now);
+        openPreview(command, now, std::move(change));
 }
 
 void SelectionController::patch(const Command& command, const RulePatch& patch)
@@ -229,7 +236,7 @@ void SelectionController::setTag()
             });
     });
     preview.setControls(form.widget);
-    connect(field, &QLineEdit::textChanged, &preview, &ChangeWindow::planAnew);
+    connect(field, &QLineEdit::textChanged, &preview, &ChangeWindow::planSoon);
 }
 
 void SelectionController::changeOperations()
@@ -259,8 +266,8 @@ void SelectionController::changeOperations()
             });
     });
     preview.setControls(form.widget);
-    connect(kind, &QComboBox::currentIndexChanged, &preview, &ChangeWindow::planAnew);
-    connect(boxes, &OperationBoxesRow::operationsChanged, &preview, &ChangeWindow::planAnew);
+    connect(kind, &QComboBox::currentIndexChanged, &preview, &ChangeWindow::planSoon);
+    connect(boxes, &OperationBoxesRow::operationsChanged, &preview, &ChangeWindow::planSoon);
 }
 
 void SelectionController::copyToProgram()
@@ -285,7 +292,7 @@ void SelectionController::copyToProgram()
             });
     });
     preview.setControls(form.widget);
-    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planAnew);
+    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planSoon);
 }
 
 void SelectionController::moveProgram()
@@ -300,23 +307,18 @@ void SelectionController::moveProgram()
 
 void SelectionController::moveProgram(const std::string& from)
 {
-    const std::vector<ProgramCandidate> candidates
-        = candidatesForMoved(from, constraintsOfProgram(m_document.store(), from), m_place);
     Form form;
     auto* found = new QComboBox(form.widget);
     found->setObjectName(QStringLiteral("candidatesPopUp"));
     found->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    for (const ProgramCandidate& candidate : candidates)
-        found->addItem(tr("%1 (%2)").arg(toQt(candidate.path), toQt(candidateReasonWords(candidate.reason))),
-            toQt(candidate.path));
     auto* program = new PathField(tr("Present path of the program"), form.widget);
     program->setObjectName(QStringLiteral("programField"));
-    program->setPath(candidates.empty() ? from : candidates.front().path);
+    program->setPath(from);
     auto* former = new ElidedLabel(form.widget);
     former->setText(toQt(from));
     form.rows->addRow(tr("Rules of"), former);
     form.rows->addRow(tr("&Found"), found);
-    form.rows->setRowVisible(found, !candidates.empty());
+    form.rows->setRowVisible(found, false);
     form.rows->addRow(tr("Now &at"), program);
     form.widget->setFocusProxy(program);
     ChangeWindow& preview
@@ -329,7 +331,33 @@ void SelectionController::moveProgram(const std::string& from)
     preview.setControls(form.widget);
     connect(found, &QComboBox::activated, program,
         [found, program] { program->setPath(fromQt(found->currentData().toString())); });
-    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planAnew);
+    connect(program, &PathField::pathChanged, &preview, &ChangeWindow::planSoon);
+    offerCandidates(from, *found, *program);
+}
+
+// The search reads folders and whole programs. What it finds goes into the form that is still open, and into
+// the field unless the person has named another program meanwhile.
+void SelectionController::offerCandidates(const std::string& from, QComboBox& found, PathField& program)
+{
+    m_searching.request_stop();
+    m_searching = {};
+    connect(m_preview, &QObject::destroyed, this, [stop = m_searching]() mutable { stop.request_stop(); });
+    auto candidates = std::make_shared<std::vector<ProgramCandidate>>();
+    m_thread.run(
+        [candidates, from, rules = m_document.store().storedRows(), place = m_place,
+            stop = m_searching.get_token()] {
+            *candidates = candidatesForMoved(from, constraintsOfProgram(*rules, from, stop), place, stop);
+        },
+        [candidates, from, stop = m_searching.get_token(), found = &found, program = &program] {
+            if (stop.stop_requested() || candidates->empty())
+                return;
+            for (const ProgramCandidate& each : *candidates)
+                found->addItem(tr("%1 (%2)").arg(toQt(each.path), toQt(candidateReasonWords(each.reason))),
+                    toQt(each.path));
+            qobject_cast<QFormLayout*>(found->parentWidget()->layout())->setRowVisible(found, true);
+            if (program->path() == from)
+                program->setPath(candidates->front().path);
+        });
 }
 
 QString SelectionController::selectedText() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "windows/BackgroundThread.h"
 #include "workflow/PlannedChange.h"
 #include "workflow/RulesPlace.h"
 
@@ -9,14 +10,17 @@
 
 #include <cstdint>
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
+class QComboBox;
 class QWidget;
 
 namespace quorvane {
 
 class ChangeWindow;
+class PathField;
 class RulesDocument;
 class RulesTable;
 
@@ -28,6 +32,7 @@ class SelectionController : public QObject {
 public:
     // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
     SelectionController(QWidget& window, RulesTable& table, RulesDocument& document);
+    ~SelectionController() override;
 
     // Where programs are looked up from now on; this machine at first.
     void setPlace(const RulesPlace& place) { m_place = place; }
@@ -42,7 +47,8 @@ public:
     void clearConstraint();
     // Asks for the program that copies of the rules shall be for. Of system rules there are copies as well.
     void copyToProgram();
-    // Asks where the program of the first rule is now. All its rules follow, selected or not.
+    // Asks where the program of the first rule is now; where it may be is offered as soon as it is found. All
+    // its rules follow, selected or not.
     void moveProgram();
     // The same for the program at `from`.
     void moveProgram(const std::string& from);
@@ -67,19 +73,24 @@ private:
     // What the command would do to those of the rules that it is for and that are still stored.
     PlannedChange planned(const Command& command, const std::vector<RuleRef>& selected, LineEnds lineEnds,
         const MakePlan& plan) const;
-    ChangeWindow& openPreview(const Command& command, std::function<PlannedChange(LineEnds lineEnds)> plan);
+    using Plan = std::function<PlannedChange(LineEnds lineEnds)>;
+    ChangeWindow& openPreview(const Command& command, Plan plan);
+    // `first` is what has been planned already.
+    ChangeWindow& openPreview(const Command& command, Plan plan, PlannedChange first);
     void perform(const Command& command, const PlannedChange& planned);
     // At once where one rule changes and none is folded.
     void performOrPreview(const Command& command, const MakePlan& plan);
     void patch(const Command& command, const RulePatch& patch);
     LineEnds lineEnds() const;
-    void writeWholeLines();
+    void offerCandidates(const std::string& from, QComboBox& found, PathField& program);
 
     QWidget& m_window;
     RulesTable& m_table;
     RulesDocument& m_document;
     RulesPlace m_place = RulesPlace::thisMachine();
     QPointer<ChangeWindow> m_preview; // the one that is open
+    std::stop_source m_searching; // for the program of the latest preview
+    BackgroundThread m_thread;
 };
 
 } // namespace quorvane

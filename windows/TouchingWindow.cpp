@@ -33,7 +33,6 @@ TouchingWindow::TouchingWindow(
     auto* list = m_ui->touchingTableView;
     list->setModel(m_model);
     list->setPathColumn(static_cast<int>(RuleColumn::path));
-    m_fittedWidths = list->wishedWidths();
     setUpQuestion();
     connect(&m_search, &TouchSearch::found, this, &TouchingWindow::showRules);
     connect(list, &QAbstractItemView::activated, this, &TouchingWindow::showSelectedRule);
@@ -111,10 +110,8 @@ void TouchingWindow::showRules(const std::vector<RuleRef>& found)
     m_model->show({found.begin(), found.begin() + static_cast<std::ptrdiff_t>(shown)}, question());
     list->setEmptyText(m_path->path().empty() ? tr("The rules that are about a path: name one above.")
                                               : tr("No rule is about this."));
-    if (shown > 0 && list->wishedWidths() == m_fittedWidths) { // else the person has chosen others
-        list->fitColumns();
-        m_fittedWidths = list->wishedWidths();
-    }
+    if (shown > 0)
+        list->refitColumns();
     m_ui->showButton->setEnabled(false);
     tellCounts(found.size());
     Q_EMIT wasAnswered();

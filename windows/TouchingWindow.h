@@ -60,7 +60,6 @@ private:
     PathField* m_program;
     OperationBoxesRow* m_operations;
     QCheckBox* m_includesSystemRules;
-    QList<int> m_fittedWidths; // of the columns, as the window chose them
 };
 
 } // namespace quorvane

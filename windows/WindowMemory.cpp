@@ -153,7 +153,9 @@ void rememberWindowSize(const QWidget& window, const QString& name)
 
 void rememberColumnWidths(const RulesTableView& table)
 {
-    UserSettings().setValue(widthsKey(), asVariants(columnWidths(table)));
+    QList<int> widths = table.wishedWidths();
+    widths.removeLast(); // which takes the rest
+    UserSettings().setValue(widthsKey(), asVariants(widths));
 }
 
 void forgetColumnWidths()
@@ -174,13 +176,6 @@ void rememberColumns(const RulesTableView& table)
     UserSettings settings;
     settings.setValue(orderKey(), asVariants(order));
     settings.setValue(hiddenColumnsKey(), asVariants(hidden));
-}
-
-QList<int> columnWidths(const RulesTableView& table)
-{
-    QList<int> widths = table.wishedWidths();
-    widths.removeLast();
-    return widths;
 }
 
 } // namespace quorvane

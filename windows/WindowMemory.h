@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -37,8 +36,5 @@ void forgetColumnWidths();
 void rememberColumns(const RulesTableView& table);
 void rememberDocks(const QMainWindow& window);
 void rememberHiddenKinds(const QStringList& names);
-
-// As wished, of all columns but the last, which takes the rest; in logical pixels.
-QList<int> columnWidths(const RulesTableView& table);
 
 } // namespace quorvane

@@ -57,11 +57,12 @@ bool meets(const std::string& constraint, const std::string& program, ProgramFac
 class Search {
 public:
     Search(const std::string& path, const std::vector<std::string>& constraints, const FileRoot& root,
-        ProgramFacts& facts)
+        ProgramFacts& facts, const std::stop_token& stop)
         : m_path(path)
         , m_constraints(constraints)
         , m_root(root)
         , m_facts(facts)
+        , m_stop(stop)
     {
     }
 
@@ -117,12 +118,12 @@ private:
     template <class Use> void forEachName(const fs::path& folder, const Use& use)
     {
         m_root.forEachName(folder.string(), [&](const std::string& name) {
-            const bool isWithinBounds = m_names < mostNames;
-            if (isWithinBounds) {
+            const bool goesOn = m_names < mostNames && !m_stop.stop_requested();
+            if (goesOn) {
                 ++m_names;
                 use(name);
             }
-            return isWithinBounds;
+            return goesOn;
         });
     }
 
@@ -133,7 +134,7 @@ private:
 
     bool isBound(const std::string& path)
     {
-        return m_filesRead++ < mostFilesRead
+        return m_filesRead++ < mostFilesRead && !m_stop.stop_requested()
             && std::any_of(m_constraints.begin(), m_constraints.end(),
                 [&](const std::string& constraint) { return meets(constraint, path, m_facts); });
     }
@@ -154,6 +155,7 @@ private:
     const std::vector<std::string>& m_constraints;
     const FileRoot& m_root;
     ProgramFacts& m_facts;
+    const std::stop_token& m_stop;
     std::size_t m_names = 0;
     std::size_t m_filesRead = 0;
     std::set<std::string> m_known;
@@ -167,13 +169,13 @@ std::string_view candidateReasonWords(ProgramCandidate::Reason reason)
     return reason == ProgramCandidate::sameConstraint ? "has what the rules are bound to" : "another version";
 }
 
-std::vector<ProgramCandidate> candidatesForMoved(
-    const std::string& path, const std::vector<std::string>& constraints, const RulesPlace& place)
+std::vector<ProgramCandidate> candidatesForMoved(const std::string& path,
+    const std::vector<std::string>& constraints, const RulesPlace& place, const std::stop_token& stop)
 {
     constexpr std::size_t longestPath = 4096;
     if (!place.root() || !path.starts_with('/') || path.size() > longestPath)
         return {};
-    return Search(path, constraints, *place.root(), place.facts()).run();
+    return Search(path, constraints, *place.root(), place.facts(), stop).run();
 }
 
 std::string namedProgram(std::string_view process)

@@ -2,6 +2,7 @@
 
 #include "workflow/RulesPlace.h"
 
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,9 +30,10 @@ std::string_view candidateReasonWords(ProgramCandidate::Reason reason);
 // newest; 20 at most. `constraints` are those of its rules. Other versions are looked for beside it; what has
 // the same constraint also a folder further, and where programs usually are, under the same name.
 //
-// Bounded: looks at some thousand names and reads some dozen files at most, all of them in `place`.
-std::vector<ProgramCandidate> candidatesForMoved(
-    const std::string& path, const std::vector<std::string>& constraints, const RulesPlace& place);
+// Bounded: looks at some thousand names and reads some dozen files at most, all of them in `place`. What was
+// found until then when it is stopped. Any thread.
+std::vector<ProgramCandidate> candidatesForMoved(const std::string& path,
+    const std::vector<std::string>& constraints, const RulesPlace& place, const std::stop_token& stop = {});
 
 // The path that a process names: of its program, or of the parent or ancestor of any program; empty for every
 // process.

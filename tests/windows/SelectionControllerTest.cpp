@@ -15,6 +15,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
+#include <QTimer>
 
 namespace quorvane {
 
@@ -61,9 +62,23 @@ protected:
                 each->click();
         }
     }
-    QString summary() const { return control<QLabel>("summaryLabel")->text(); }
+    // What the controls say is planned a moment later.
+    void awaitPlan() const
+    {
+        const auto* soon = preview()->findChild<QTimer*>(QStringLiteral("planTimer"));
+        EXPECT_TRUE(QTest::qWaitFor([soon] { return !soon->isActive(); }));
+    }
+    QString summary() const
+    {
+        awaitPlan();
+        return control<QLabel>("summaryLabel")->text();
+    }
     QString remarks() const { return control<QLabel>("remarksLabel")->text().remove(QChar(0x200b)); }
-    bool canConfirm() const { return control<QPushButton>("changeButton")->isEnabled(); }
+    bool canConfirm() const
+    {
+        awaitPlan();
+        return control<QPushButton>("changeButton")->isEnabled();
+    }
     void confirm() const { control<QPushButton>("changeButton")->click(); }
     void namePath(const std::string& path) const { control<PathField>("programField")->setPath(path); }
     void undo() const { action("undoMenuItem")->trigger(); }
@@ -270,9 +285,24 @@ TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
     window->reloadData();
     selectPath(QStringLiteral("/t"));
     action("programMovedMenuItem")->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
     EXPECT_EQ(control<QComboBox>("candidatesPopUp")->currentData().toString().toStdString(), newer);
     EXPECT_EQ(control<PathField>("programField")->path(), newer);
     EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+}
+
+TEST_F(Selection, KeepsTheProgramThatWasNamedBeforeOthersWereFound)
+{
+    box.folder.write("tool-2", "a program");
+    document->perform(
+        additionOf(policyRule({.path = "/t", .processName = box.folder.path("tool-1"), .operations = 1})),
+        {"Add"});
+    window->reloadData();
+    selectPath(QStringLiteral("/t"));
+    action("programMovedMenuItem")->trigger();
+    namePath("/nowhere/tool");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
+    EXPECT_EQ(control<PathField>("programField")->path(), "/nowhere/tool");
 }
 
 TEST_F(Selection, WithoutAProgramCannotMove)

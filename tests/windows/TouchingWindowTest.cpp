@@ -206,4 +206,20 @@ TEST(TouchSearchTest, IsOvertakenByTheNextSearch)
     EXPECT_EQ(answered[0][0].value<std::vector<RuleRef>>(), std::vector{store->allRules()[1]});
 }
 
+TEST_F(Touching, FitsItsColumnsToEachAnswerHoweverTheWindowIsResized)
+{
+    touching->resize(1100, 500);
+    ask("/etc/hosts");
+    const int narrow = list->columnWidth(static_cast<int>(RuleColumn::tag));
+    touching->resize(1300, 500);
+    QApplication::processEvents();
+    document->perform(additionOf(policyRule({.path = "/etc/hosts",
+                          .processName = "/bin/sh",
+                          .tag = "a tag of several words",
+                          .operations = 1})),
+        {"Add"});
+    afterAnswer([this] { window->reloadData(); });
+    EXPECT_GT(list->columnWidth(static_cast<int>(RuleColumn::tag)), narrow);
+}
+
 } // namespace quorvane
