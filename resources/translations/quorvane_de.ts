@@ -1,4 +1,5 @@
 <?xml version='1.0' encoding='utf-8'?>
+<!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
     <name>AsideWindow</name>
@@ -933,10 +934,6 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Auf&amp;räumen...</translation>
     </message>
     <message>
-        <source>&amp;Next Problem</source>
-        <translation>&amp;Nächstes Problem</translation>
-    </message>
-    <message>
         <source>P&amp;revious Problem</source>
         <translation>Vo&amp;riges Problem</translation>
     </message>
@@ -951,6 +948,18 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Rules Are &amp;For</source>
         <translation>Regeln gelten &amp;für</translation>
+    </message>
+    <message>
+        <source>&amp;Columns</source>
+        <translation>&amp;Spalten</translation>
+    </message>
+    <message>
+        <source>&amp;Narrow</source>
+        <translation>&amp;Eingrenzen</translation>
+    </message>
+    <message>
+        <source>Ne&amp;xt Problem</source>
+        <translation>Nä&amp;chstes Problem</translation>
     </message>
 </context>
 <context>
@@ -1226,6 +1235,17 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>%1 of %2 ticked.</source>
         <translation>%1 von %2 angekreuzt.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::ColumnsMenu</name>
+    <message>
+        <source>Put &amp;First</source>
+        <translation>Nach &amp;vorn</translation>
+    </message>
+    <message>
+        <source>&amp;Usual Columns</source>
+        <translation>Ü&amp;bliche Spalten</translation>
     </message>
 </context>
 <context>
@@ -1519,6 +1539,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>Same &amp;Program</source>
         <translation>Gleiches &amp;Programm</translation>
     </message>
+    <message>
+        <source>Same P&amp;roblem</source>
+        <translation>Gleiches P&amp;roblem</translation>
+    </message>
+    <message>
+        <source>The selected rules have no problem.</source>
+        <translation>Die ausgewählten Regeln haben kein Problem.</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::MapWindow</name>
@@ -1544,6 +1572,97 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>Lock</source>
         <translation>Schloss</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::NarrowBar</name>
+    <message>
+        <source>%1 more: search for them</source>
+        <translation>%1 weitere: bitte suchen</translation>
+    </message>
+    <message>
+        <source>Narrow</source>
+        <translation>Eingrenzen</translation>
+    </message>
+    <message>
+        <source>&amp;Class</source>
+        <translation>&amp;Klasse</translation>
+    </message>
+    <message>
+        <source>All</source>
+        <translation>Alle</translation>
+    </message>
+    <message>
+        <source>T&amp;ype</source>
+        <translation>&amp;Typ</translation>
+    </message>
+    <message>
+        <source>S&amp;tate</source>
+        <translation>&amp;Zustand</translation>
+    </message>
+    <message>
+        <source>Ta&amp;g</source>
+        <translation>Ta&amp;g</translation>
+    </message>
+    <message>
+        <source>&amp;Problem</source>
+        <translation>&amp;Problem</translation>
+    </message>
+    <message>
+        <source>All rules</source>
+        <translation>Alle Regeln</translation>
+    </message>
+    <message>
+        <source>Pr&amp;ogram</source>
+        <translation>Pr&amp;ogramm</translation>
+    </message>
+    <message>
+        <source>Show A&amp;ll</source>
+        <translation>A&amp;lle zeigen</translation>
+    </message>
+    <message>
+        <source>Show the rules of each class, type, state, tag, problem and program</source>
+        <translation>Die Regeln jeder Klasse, jedes Typs, Zustands, Tags, Problems und Programms zeigen</translation>
+    </message>
+    <message>
+        <source>Allow</source>
+        <translation>Allow</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation>Deny</translation>
+    </message>
+    <message>
+        <source>Watch</source>
+        <translation>Watch</translation>
+    </message>
+    <message>
+        <source>Prefix</source>
+        <translation>Prefix</translation>
+    </message>
+    <message>
+        <source>Path</source>
+        <translation>Path</translation>
+    </message>
+    <message>
+        <source>Suffix</source>
+        <translation>Suffix</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>System</translation>
+    </message>
+    <message>
+        <source>New</source>
+        <translation>Neu</translation>
+    </message>
+    <message>
+        <source>Neither</source>
+        <translation>Keins von beiden</translation>
+    </message>
+    <message>
+        <source>No tag</source>
+        <translation>Ohne Tag</translation>
     </message>
 </context>
 <context>
@@ -1896,6 +2015,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>Date</source>
         <translation>Datum</translation>
     </message>
+    <message>
+        <source>, %1 left out by Narrow</source>
+        <translation>, %1 durch Eingrenzen ausgelassen</translation>
+    </message>
+    <message>
+        <source>No rule matches what is chosen under Narrow.</source>
+        <translation>Keine Regel entspricht dem, was unter Eingrenzen gewählt ist.</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::SavePanel</name>
@@ -2042,6 +2169,17 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>The settings could not be saved: %1</source>
         <translation>Die Einstellungen konnten nicht gespeichert werden: %1</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::TableNarrowing</name>
+    <message>
+        <source>Looking…</source>
+        <translation>Suche läuft…</translation>
+    </message>
+    <message>
+        <source>Not known</source>
+        <translation>Nicht bekannt</translation>
     </message>
 </context>
 <context>
