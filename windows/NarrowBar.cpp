@@ -25,6 +25,7 @@ constexpr int besideHalves = 8; // logical pixels, as what follows
 constexpr int aboveHalves = 4;
 constexpr int betweenChoices = 10;
 constexpr int betweenLabelAndChoice = 4;
+constexpr int forMnemonic = 2; // without kerning a text is drawn a little wider than it is measured
 
 // The first item of each stands for everything and has no value.
 std::optional<int> chosenCode(const QComboBox& choice)
@@ -138,13 +139,12 @@ QComboBox* NarrowBar::addChoice(QWidget& half, const char* name, const QString& 
     auto* choice = new QComboBox(&half);
     auto* title = new QLabel(label, &half);
     title->setBuddy(choice);
+    title->setContentsMargins(0, 0, forMnemonic, 0);
     choice->setObjectName(QLatin1String(name));
     constexpr int fewestLetters = 7;
-    constexpr int widest = 260;
     choice->setMinimumContentsLength(fewestLetters);
     choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     choice->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    choice->setMaximumWidth(widest);
     choice->addItem(whole);
     layout->addWidget(title);
     layout->addWidget(choice, 1);
