@@ -3,6 +3,7 @@
 #include "platform/SystemError.h"
 
 #include <cerrno>
+#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -67,6 +68,22 @@ std::size_t readFully(int descriptor, char* bytes, std::size_t size, std::error_
 {
     return repeat(
         size, error, [&](std::size_t at, std::size_t rest) { return read(descriptor, bytes + at, rest); });
+}
+
+bool holdsExactly(int descriptor, std::string_view bytes)
+{
+    constexpr std::size_t pieceSize = std::size_t{256}
+        << 10U; // bytes; what is compared is still in the caches
+    const auto piece = std::make_unique_for_overwrite<char[]>(pieceSize);
+    for (;;) {
+        std::error_code error;
+        const std::size_t size = readFully(descriptor, piece.get(), pieceSize, error);
+        if (error || bytes.substr(0, size) != std::string_view(piece.get(), size))
+            return false;
+        bytes.remove_prefix(size);
+        if (size < pieceSize)
+            return bytes.empty();
+    }
 }
 
 std::size_t writeFully(int descriptor, std::string_view bytes, std::error_code& error)

@@ -24,6 +24,10 @@ FileDescriptor openRegularFile(
 // many.
 std::size_t readFully(int descriptor, char* bytes, std::size_t size, std::error_code& error);
 
+// True when the file, from where it stands, is exactly `bytes`. It is read in pieces, no further than it is
+// alike.
+bool holdsExactly(int descriptor, std::string_view bytes);
+
 // Writes all of `bytes`. Returns how many were written: fewer only after an error.
 std::size_t writeFully(int descriptor, std::string_view bytes, std::error_code& error);
 

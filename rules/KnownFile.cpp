@@ -1,11 +1,14 @@
 #include "rules/KnownFile.h"
 
+#include "platform/RegularFile.h"
 #include "rules/RulesFile.h"
 
 #include <chrono>
 #include <functional>
 #include <string_view>
 #include <system_error>
+
+#include <fcntl.h>
 
 namespace quorvane {
 
@@ -19,23 +22,37 @@ std::chrono::nanoseconds roughnessOfClock(std::chrono::nanoseconds time)
                                                                          : KnownFile::usualRoughness;
 }
 
-std::size_t hashOf(const RulesFileText& text)
+KnownFile knownFile(
+    const std::string& path, const std::optional<FileIdentity>& identity, std::string_view bytes)
 {
-    return std::hash<std::string_view>{}(text.bytes());
+    KnownFile known{.path = path, .identity = identity};
+    if (!identity || identity->isMissing())
+        return known;
+    const std::chrono::nanoseconds changed(identity->changed);
+    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
+    if (now - changed < roughnessOfClock(changed))
+        known.hash = std::hash<std::string_view>{}(bytes);
+    return known;
 }
 
 } // namespace
 
 KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
 {
-    KnownFile known{.path = path, .identity = text.identity()};
-    if (!known.identity || known.identity->isMissing())
-        return known;
-    const std::chrono::nanoseconds changed(known.identity->changed);
-    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
-    if (now - changed < roughnessOfClock(changed))
-        known.hash = hashOf(text);
-    return known;
+    return knownFile(path, text.identity(), text.bytes());
+}
+
+// The identity is that of before the reading: a change in the middle of it then shows at the next look.
+std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::string_view bytes)
+{
+    std::error_code error;
+    const FileDescriptor file = openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
+    if (!file)
+        return std::nullopt;
+    const auto identity = FileIdentity::ofDescriptor(file.get(), error);
+    if (!holdsExactly(file.get(), bytes))
+        return std::nullopt;
+    return knownFile(path, identity, bytes);
 }
 
 bool KnownFile::isStillThere() const
@@ -43,7 +60,10 @@ bool KnownFile::isStillThere() const
     std::error_code error;
     if (!identity || FileIdentity::ofPath(path, error) != identity)
         return false;
-    return !hash || hashOf(RulesFileText::read(path, std::chrono::milliseconds(0))) == *hash;
+    const auto hashOfFile = [this] {
+        return std::hash<std::string_view>{}(RulesFileText::read(path, std::chrono::milliseconds(0)).bytes());
+    };
+    return !hash || hashOfFile() == *hash;
 }
 
 } // namespace quorvane

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvane {
 
@@ -23,6 +24,8 @@ struct KnownFile {
 
     // Of the file at `path`, from which `text` was read.
     static KnownFile of(const std::string& path, const RulesFileText& text);
+    // Of the file at `path` when it holds exactly `bytes`; none when it holds others or cannot be read.
+    static std::optional<KnownFile> ofFileWith(const std::string& path, std::string_view bytes);
 
     // True when the file is still the same. Reads it where there is a hash.
     bool isStillThere() const;

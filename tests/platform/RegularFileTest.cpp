@@ -122,6 +122,30 @@ TEST(ReadFully, GoesOnAfterASignalAndAfterAPiece)
     sigaction(SIGUSR1, &before, nullptr);
 }
 
+TEST(HoldsExactly, IsTrueOfAllBytesUpToTheEndAlone)
+{
+    const TemporaryFolder folder;
+    std::string text((std::size_t{256} << 10U) + 5, 'x'); // more than one piece
+    const std::string path = folder.write("file", text);
+    const auto holds = [&path](const std::string& bytes) {
+        std::error_code error;
+        return holdsExactly(openRegularFile(path, O_RDONLY, error).get(), bytes);
+    };
+
+    EXPECT_TRUE(holds(text));
+    EXPECT_FALSE(holds(text + "x"));
+    EXPECT_FALSE(holds(text.substr(1)));
+    EXPECT_FALSE(holds(text.substr(0, std::size_t{256} << 10U)));
+    EXPECT_FALSE(holds(""));
+    text.back() = 'y';
+    EXPECT_FALSE(holds(text));
+}
+
+TEST(HoldsExactly, IsFalseOfWhatCannotBeRead)
+{
+    EXPECT_FALSE(holdsExactly(-1, ""));
+}
+
 TEST(WriteFully, SaysHowMuchWasWrittenBeforeAnError)
 {
     const Pipe pipe;
