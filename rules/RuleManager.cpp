@@ -246,7 +246,8 @@ bool RuleManager::writeContent(const std::string& path, const std::function<void
     m_writeWarnings.clear();
     WriteResult result;
     const bool hasRoom = attempt([&] {
-        RulesContent content;
+        const std::int64_t size = m_ownFile.identity ? m_ownFile.identity->size : 0;
+        RulesContent content(LineEnds::cut, storedRules(), static_cast<std::uintmax_t>(size));
         make(content);
         result = writeRulesFile(path, content);
     });

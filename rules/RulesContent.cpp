@@ -7,6 +7,15 @@
 
 namespace quorvane {
 
+RulesContent::RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t bytes)
+    : m_lineEnds(lineEnds)
+{
+    constexpr std::size_t mostOfUsualRule = 1024; // bytes
+    const std::uintmax_t most = rules * mostOfUsualRule;
+    m_bytes.reserve(std::min(bytes, most) + std::min(bytes, most) / 8); // some rules have come
+    m_ends.reserve(rules);
+}
+
 template <class Fields> void RulesContent::appendLine(const Fields& rule)
 {
     const std::size_t start = m_bytes.size();

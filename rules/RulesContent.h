@@ -6,6 +6,7 @@
 #include "rules/WatchRule.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,9 @@ public:
         : m_lineEnds(lineEnds)
     {
     }
+    // For about `rules` rules that take about `bytes`, which then need not move while they grow. Takes no
+    // more room than usual rules may need, whatever `bytes` is.
+    RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t bytes);
 
     void append(const WatchRuleFields& rule) { appendLine(rule); }
     void append(const PolicyRuleFields& rule) { appendLine(rule); }

@@ -51,6 +51,19 @@ using Strings = std::vector<std::string>;
 
 } // namespace
 
+TEST(RulesContent, IsTheSameHoweverMuchWasExpected)
+{
+    const PolicyRuleFields rule{.policyType = 1, .path = "/a", .processName = "any", .operations = 1};
+    for (const std::uintmax_t bytes : {std::uintmax_t{0}, std::uintmax_t{1000}, UINTMAX_MAX}) {
+        for (const std::size_t rules : {0U, 1U, 100U}) {
+            RulesContent content(LineEnds::cut, rules, bytes);
+            content.append(rule);
+            content.append(rule);
+            EXPECT_EQ(content.bytes(), lineOf("/a") + lineOf("/a"));
+        }
+    }
+}
+
 TEST_F(RulesFileWriter, WritesEverythingWithOneCall)
 {
     int calls = 0;
