@@ -57,7 +57,8 @@ public:
         }
     }
 
-    // Every property at once, without lock or copy; good until the record is changed.
+    // The same without lock or copy, good until the record is changed.
+    const Value& presentValue() const { return m_value; }
     const Fields& fields() const { return *m_value; }
 
     // `holder` learns of changes from now on, until it is removed: once for each time that it was added.

@@ -41,6 +41,12 @@ inline RuleValue valueOf(const RuleRef& rule)
     return askRule(rule, [](const auto& record) { return RuleValue(record.value()); });
 }
 
+// The same for the thread that sets it, which needs no lock.
+inline RuleValue presentValueOf(const RuleRef& rule)
+{
+    return askRule(rule, [](const auto& record) { return RuleValue(record.presentValue()); });
+}
+
 // Gives a record a value of its kind.
 inline void setValue(const RuleRef& rule, const RuleValue& value)
 {

@@ -187,7 +187,7 @@ RulesSnapshot RuleStore::userRulesSnapshot() const
         numberAfresh();
     for (std::size_t number = m_values.size(); number < numbers.rules().size(); ++number) {
         const bool isStored = numbers.isStored(static_cast<std::uint32_t>(number));
-        m_values.append(isStored ? valueOf(numbers.rules()[number]) : RuleValue());
+        m_values.append(isStored ? presentValueOf(numbers.rules()[number]) : RuleValue());
     }
     numbers.settle();
     return {m_values, m_index.withoutSystemRules(std::make_shared<const RuleOrder>(storedOrder()))};

@@ -153,6 +153,7 @@ private:
     void mergeWith(const std::vector<RuleValue>& theirs);
     void takeFileOver();
     void noteFileRead();
+    void makeSnapshotReady() const;
     void takeRestored();
     void tellOfReload(const std::vector<RuleRef>& before);
     std::optional<std::int64_t> followingVersion() const;

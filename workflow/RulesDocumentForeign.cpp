@@ -133,6 +133,18 @@ void RulesDocument::noteFileRead()
         m_knownFile = {}; // whatever rules there are, they are not from the user's file
         m_rulesInFile.emplace();
     }
+    makeSnapshotReady();
+}
+
+// The first snapshot takes a look at each rule. Reading them took far longer, while the first change would
+// have to wait for it.
+void RulesDocument::makeSnapshotReady() const
+{
+    try {
+        m_store.userRulesSnapshot();
+    } catch (const std::bad_alloc&) {
+        return; // it is made when it is needed, or that is reported then
+    }
 }
 
 } // namespace quorvane
