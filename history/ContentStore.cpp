@@ -29,41 +29,35 @@ void ContentStore::createTable(Database& database)
                      " damaged INTEGER NOT NULL DEFAULT 0)");
 }
 
-std::int64_t ContentStore::keep(std::string_view bytes, const std::string& digest,
-    std::optional<std::int64_t> base, std::optional<std::string_view> baseBytes)
+std::int64_t ContentStore::keep(const DigestedBytes& bytes, std::optional<std::int64_t> base,
+    const std::optional<DigestedBytes>& baseBytes)
 {
     std::vector<Link> chain;
     if (base)
         chain = chainTo(*base);
     const bool isUsable = !chain.empty() && isSound(chain);
-    if (isUsable && isHeldBy(*base, bytes.size(), digest))
+    if (isUsable && holds(*base, bytes))
         return *base;
-    const std::uint64_t toUnpack = std::accumulate(chain.begin(), chain.end(), std::uint64_t{bytes.size()},
-        [](std::uint64_t sum, const Link& link) { return sum + link.size; });
+    const std::uint64_t toUnpack
+        = std::accumulate(chain.begin(), chain.end(), std::uint64_t{bytes.bytes().size()},
+            [](std::uint64_t sum, const Link& link) { return sum + link.size; });
     if (!isUsable || chain.size() >= longestChain || toUnpack > largestChain)
-        return insert(bytes, digest, std::nullopt, {});
+        return insert(bytes, std::nullopt, {});
     if (baseBytes && holds(*base, *baseBytes))
-        return insert(bytes, digest, base, *baseBytes);
+        return insert(bytes, base, baseBytes->bytes());
     const auto prefix = this->bytes(*base);
-    return prefix ? insert(bytes, digest, base, *prefix) : insert(bytes, digest, std::nullopt, {});
+    return prefix ? insert(bytes, base, *prefix) : insert(bytes, std::nullopt, {});
 }
 
-std::int64_t ContentStore::insert(std::string_view bytes, const std::string& digest,
-    std::optional<std::int64_t> base, std::string_view prefix)
+std::int64_t ContentStore::insert(
+    const DigestedBytes& bytes, std::optional<std::int64_t> base, std::string_view prefix)
 {
-    const std::string frame = packedFrame(bytes, prefix);
+    const std::string frame = packedFrame(bytes.bytes(), prefix);
     Statement(m_database,
         "INSERT INTO content (base, size, digest, frame, frameDigest) VALUES (?, ?, ?, ?, ?)", base,
-        std::uint64_t{bytes.size()}, digest, Blob{frame}, contentDigest(frame))
+        std::uint64_t{bytes.bytes().size()}, bytes.digest(), Blob{frame}, contentDigest(frame))
         .run();
     return m_database.lastInserted();
-}
-
-bool ContentStore::isHeldBy(std::int64_t number, std::size_t size, const std::string& digest)
-{
-    Statement held(m_database, "SELECT 1 FROM content WHERE number = ? AND size = ? AND digest = ?", number,
-        std::uint64_t{size}, digest);
-    return held.step();
 }
 
 std::vector<ContentStore::Link> ContentStore::chainTo(std::int64_t number)
@@ -96,13 +90,17 @@ bool ContentStore::isSound(const std::vector<Link>& chain)
 
 std::optional<std::string> ContentStore::unpack(std::int64_t number, std::string_view prefix)
 {
-    Statement row(m_database, "SELECT frame, size FROM content WHERE number = ?", number);
-    return row.step() ? unpackedFrame(row.blob(0), prefix, row.count(1)) : std::nullopt;
+    Statement row(m_database, "SELECT frame, frameDigest, size FROM content WHERE number = ?", number);
+    if (!row.step() || contentDigest(row.blob(0)) != row.text(1))
+        return std::nullopt;
+    return unpackedFrame(row.blob(0), prefix, row.count(2));
 }
 
-bool ContentStore::holds(std::int64_t number, std::string_view bytes)
+bool ContentStore::holds(std::int64_t number, const DigestedBytes& bytes)
 {
-    return isHeldBy(number, bytes.size(), contentDigest(bytes));
+    Statement held(m_database, "SELECT 1 FROM content WHERE number = ? AND size = ? AND digest = ?", number,
+        std::uint64_t{bytes.bytes().size()}, bytes.digest());
+    return held.step();
 }
 
 void ContentStore::repack(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history/Database.h"
+#include "history/DigestedBytes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,8 +32,8 @@ public:
     // Keeps `bytes`, packed against the contents `base` where these are sound; with `base` itself when it
     // holds the same bytes already. `baseBytes` may say what `base` holds, to save unpacking it; that is
     // checked. Returns the number of the contents.
-    std::int64_t keep(std::string_view bytes, const std::string& digest, std::optional<std::int64_t> base,
-        std::optional<std::string_view> baseBytes);
+    std::int64_t keep(const DigestedBytes& bytes, std::optional<std::int64_t> base,
+        const std::optional<DigestedBytes>& baseBytes);
 
     // The contents `number`; none when they, or others in their chain, are damaged.
     std::optional<std::string> bytes(std::int64_t number);
@@ -41,7 +42,7 @@ public:
     std::optional<std::string> unpack(std::int64_t number, std::string_view prefix);
 
     // Whether `number` holds these bytes, by their digest.
-    bool holds(std::int64_t number, std::string_view bytes);
+    bool holds(std::int64_t number, const DigestedBytes& bytes);
 
     // Packs the contents `number`, which are `bytes`, against others.
     void repack(std::int64_t number, std::string_view bytes, std::optional<std::int64_t> base,
@@ -71,9 +72,8 @@ private:
     // From the contents that stand alone to `number`. Empty when a link is missing or marked as damaged.
     std::vector<Link> chainTo(std::int64_t number);
     bool isSound(const std::vector<Link>& chain);
-    bool isHeldBy(std::int64_t number, std::size_t size, const std::string& digest);
-    std::int64_t insert(std::string_view bytes, const std::string& digest, std::optional<std::int64_t> base,
-        std::string_view prefix);
+    std::int64_t insert(
+        const DigestedBytes& bytes, std::optional<std::int64_t> base, std::string_view prefix);
     std::optional<std::int64_t> firstDamaged(const std::vector<Link>& chain);
 
     Database& m_database;

@@ -191,7 +191,8 @@ std::optional<std::int64_t> Journal::record(const NewVersion& version)
 std::optional<std::int64_t> Journal::insert(const NewVersion& version, VersionState state)
 {
     return attempt(Access::write, [&](Database& database) -> std::optional<std::int64_t> {
-        if (std::max(version.bytes.size(), version.meant.value_or("").size()) > largestContents) {
+        if (std::max(version.bytes.bytes().size(), version.meant.value_or("").bytes().size())
+            > largestContents) {
             fail("the file is too large");
             return std::nullopt;
         }
@@ -212,11 +213,11 @@ std::int64_t Journal::insertInto(Database& database, const NewVersion& version, 
     VersionTable table(database);
     ContentStore contents(database);
     const auto newest = table.newest();
-    const std::int64_t bytes = contents.keep(version.bytes, contentDigest(version.bytes),
-        newest ? std::optional(newest->bytes) : std::nullopt, version.previousBytes);
+    const std::int64_t bytes = contents.keep(
+        version.bytes, newest ? std::optional(newest->bytes) : std::nullopt, version.previousBytes);
     std::optional<std::int64_t> meant;
-    if (version.meant && *version.meant != version.bytes)
-        meant = contents.keep(*version.meant, contentDigest(*version.meant), bytes, version.bytes);
+    if (version.meant && version.meant->bytes() != version.bytes.bytes())
+        meant = contents.keep(*version.meant, bytes, version.bytes);
     return table.insert(version, state, version.time.value_or(std::time(nullptr)),
         newest ? std::optional(newest->version) : std::nullopt, {bytes, meant});
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "history/DigestedBytes.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -45,11 +47,11 @@ struct NewVersion {
     std::uint64_t added = 0;
     std::uint64_t removed = 0;
     std::uint64_t changed = 0;
-    std::string_view bytes; // the whole file
-    std::optional<std::string_view> meant; // the rules as meant, where the file's bytes cannot hold them
+    DigestedBytes bytes; // the whole file
+    std::optional<DigestedBytes> meant; // the rules as meant, where the file's bytes cannot hold them
     // A hint: the bytes of the newest version, which then need not be unpacked. Checked, and ignored when
     // they are others.
-    std::optional<std::string_view> previousBytes;
+    std::optional<DigestedBytes> previousBytes;
     std::optional<std::int64_t> time; // seconds since 1970; now when there is none
 };
 

@@ -1,7 +1,7 @@
 #include "workflow/UserRulesFile.h"
 
-#include "codesign/Digests.h"
 #include "platform/FileBytes.h"
+#include "platform/FileIdentity.h"
 #include "platform/Log.h"
 #include "platform/SystemError.h"
 #include "rules/MergedChange.h"
@@ -13,6 +13,7 @@
 #include "rules/RulesMerge.h"
 #include "rules/RulesText.h"
 
+#include <future>
 #include <new>
 #include <string_view>
 #include <thread>
@@ -42,7 +43,7 @@ ChangeCounts countsOf(const RulesDifference& difference)
     return {difference.added.size(), difference.removed.size(), difference.changed.size()};
 }
 
-NewVersion newVersion(const ChangeCounts& counts, std::uint64_t rules, std::string_view bytes)
+NewVersion newVersion(const ChangeCounts& counts, std::uint64_t rules, const DigestedBytes& bytes)
 {
     NewVersion version;
     version.rules = rules;
@@ -53,24 +54,40 @@ NewVersion newVersion(const ChangeCounts& counts, std::uint64_t rules, std::stri
     return version;
 }
 
-RulesContent contentOf(const RulesSnapshot& rules, LineEnds lineEnds)
+// What a file holds, and its digest.
+struct FileContent {
+    explicit FileContent(RulesFileText read)
+        : text(std::move(read))
+        , bytes(text.bytes())
+    {
+    }
+
+    RulesFileText text;
+    DigestedBytes bytes;
+};
+
+// A long file is read on a core of its own, while the content that it is to have is made.
+std::future<FileContent> beginReading(const std::string& path, const FileLock& lock, bool isLong)
 {
-    RulesContent content(lineEnds);
+    return std::async(isLong ? std::launch::async | std::launch::deferred : std::launch::deferred,
+        [&path, &lock] { return FileContent(RulesFileText::read(path, lock)); });
+}
+
+std::string wholeTextOf(const RulesSnapshot& rules)
+{
+    RulesContent content(LineEnds::whole);
     rules.forEach([&content](const RuleValue& rule) {
         askValue(rule, [&content](const auto& fields) { content.append(fields); });
     });
-    return content;
+    return std::string(content.bytes());
 }
 
-std::uint64_t countOfUnwritable(const RulesSnapshot& rules, LineEnds lineEnds)
+// Without any content: room for rules that take about as much as those in the file.
+RulesContent roomFor(const RulesSnapshot& rules, LineEnds lineEnds, const std::string& path)
 {
-    std::uint64_t count = 0;
-    rules.forEach([&](const RuleValue& rule) {
-        count += askValue(rule, [&](const auto& fields) { return readsBackAsWritten(fields, lineEnds); })
-            ? 0U
-            : 1U;
-    });
-    return count;
+    std::error_code unknown;
+    const auto file = FileIdentity::ofPath(path, unknown);
+    return {lineEnds, rules.size(), static_cast<std::uintmax_t>(file ? file->size : 0)};
 }
 
 DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
@@ -149,14 +166,14 @@ void UserRulesFile::tellOfJournal(std::vector<DocumentNews>& news)
 
 // The newest version of the journal is what our programs wrote last; other bytes are another program's.
 std::optional<std::int64_t> UserRulesFile::keepForeign(
-    std::string_view bytes, std::vector<DocumentNews>& news)
+    const DigestedBytes& bytes, std::vector<DocumentNews>& news)
 {
     const auto newest = journal().newest();
-    if (newest && newest->bytes == bytes.size() && newest->sha256 == sha256(bytes))
+    if (newest && newest->bytes == bytes.bytes().size() && newest->sha256 == bytes.digest())
         return newest->number;
-    if (!newest && bytes.empty())
+    if (!newest && bytes.bytes().empty())
         return std::nullopt; // an empty file, or none, is what everything begins with
-    const std::vector<RuleValue> rules = rulesOfText(bytes);
+    const std::vector<RuleValue> rules = rulesOfText(bytes.bytes());
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
     const ChangeCounts counts
         = countsOf(rulesDifference(before ? rulesOfText(*before) : std::vector<RuleValue>(), rules));
@@ -294,16 +311,20 @@ struct UserRulesFile::Meant {
     ChangeCounts counts{};
 };
 
-std::optional<UserRulesFile::Meant> UserRulesFile::meantBy(const WriteOrder& order)
+// One look at each rule: of a million, hardly one is in the processor's caches at a second.
+UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
 {
-    if (order.restores)
-        return meantByVersion(*order.restores);
-    Meant meant{.content = contentOf(order.rules, order.wholeLines ? LineEnds::whole : LineEnds::cut),
+    const LineEnds lineEnds = order.wholeLines ? LineEnds::whole : LineEnds::cut;
+    Meant meant{.content = roomFor(order.rules, lineEnds, m_path),
         .rules = order.rules.size(),
-        .unwritableRules = countOfUnwritable(order.rules, order.wholeLines ? LineEnds::whole : LineEnds::cut),
         .counts = order.counts};
+    const auto append = [&](const auto& fields) {
+        meant.content.append(fields);
+        meant.unwritableRules += readsBackAsWritten(fields, lineEnds) ? 0U : 1U;
+    };
+    order.rules.forEach([&](const RuleValue& rule) { askValue(rule, append); });
     if (meant.content.isCut())
-        meant.whole = contentOf(order.rules, LineEnds::whole).bytes();
+        meant.whole = wholeTextOf(order.rules);
     return meant;
 }
 
@@ -335,36 +356,48 @@ WriteReport UserRulesFile::write(const WriteOrder& order, FileLock& lock)
     return report;
 }
 
+// Why nothing is to be written.
+std::optional<std::string> UserRulesFile::refusalOf(
+    const WriteOrder& order, const std::optional<Meant>& meant) const
+{
+    if (!meant)
+        return "Version " + std::to_string(*order.restores) + " can no longer be read";
+    if (order.reason.refusesCuts && meant->content.isCut())
+        return "Not writing file '" + m_path + "': it would cut a rule with letters beyond ASCII";
+    return std::nullopt;
+}
+
 void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLock& lock)
 {
-    const RulesFileText previous = RulesFileText::read(m_path, lock);
-    if (!previous.errorMessage())
-        keepForeign(previous.bytes(), report.news);
-    const std::optional<Meant> meant = meantBy(order);
-    if (!meant) {
-        report.message = "Version " + std::to_string(*order.restores) + " can no longer be read";
+    auto reading = beginReading(m_path, lock, order.rules.size() > fewRules);
+    std::optional<Meant> meant;
+    if (!order.restores)
+        meant = meantBy(order);
+    const FileContent present = reading.get();
+    if (!present.text.errorMessage())
+        keepForeign(present.bytes, report.news);
+    if (order.restores)
+        meant = meantByVersion(*order.restores);
+    if (auto refusal = refusalOf(order, meant)) {
+        report.message = std::move(refusal);
         return;
     }
-    if (order.reason.refusesCuts && meant->content.isCut()) {
-        report.message = "Not writing file '" + m_path + "': it would cut a rule with letters beyond ASCII";
-        return;
-    }
-    const auto unread = order.unreadReason ? order.unreadReason : previous.errorMessage();
+    const auto unread = order.unreadReason ? order.unreadReason : present.text.errorMessage();
     const auto aside = unread ? putAside(*unread, lock, report) : std::nullopt;
     if (unread && !aside)
         return;
-    const std::string_view old = aside ? std::string_view() : previous.bytes();
+    const DigestedBytes old = aside ? DigestedBytes() : present.bytes;
     report.version = beginVersion(order, *meant, old);
     tellOfJournal(report.news);
     if (lock.makeFile())
-        writeOver(report, *meant, old);
+        writeOver(report, *meant, old.bytes());
     else
         report.message = unwritableMessage(m_path, lock);
     settleVersion(report, lock);
     if (aside)
         tellOfFileAside(report, *unread, *aside);
     if (!report.message)
-        lookAtWritten(report, *meant, lock);
+        lookAtWritten(report, *meant);
 }
 
 // Where the journal cannot complete a write that fails, the file gets its old content back.
@@ -388,26 +421,27 @@ void UserRulesFile::tellOfFileAside(WriteReport& report, const std::string& reas
         reason + ". It was kept as '" + aside + "', and the rules were written anew."));
 }
 
-void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant, const FileLock& lock)
+void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant) const
 {
     if (meant.rules > fewRules)
         std::this_thread::sleep_for(KnownFile::usualRoughness); // so that no later look has to read it all
-    const RulesFileText written = RulesFileText::read(m_path, lock);
-    report.known = KnownFile::of(m_path, written);
-    if (written.bytes() != meant.content.bytes())
+    const std::string_view written = meant.content.bytes();
+    if (auto known = KnownFile::ofFileWith(m_path, written))
+        report.known = std::move(*known);
+    else
         report.message = "The rules file '" + m_path + "' does not hold what was written to it";
-    else if (meant.whole || meant.unwritableRules > 0)
-        report.readAs = rulesOfText(written.bytes());
+    if (meant.whole || meant.unwritableRules > 0)
+        report.readAs = rulesOfText(written);
     report.unwritableRules = meant.unwritableRules;
 }
 
 // None when the file already is as meant, which is no version, or when the journal cannot keep it. An undo
 // that changes nothing is one all the same: the next undo then takes back the action before.
 std::optional<std::int64_t> UserRulesFile::beginVersion(
-    const WriteOrder& order, const Meant& meant, std::string_view previous)
+    const WriteOrder& order, const Meant& meant, const DigestedBytes& previous)
 {
     if (order.reason.kind == ChangeReason::Kind::action && meant.counts.isNothing()
-        && previous == meant.content.bytes())
+        && previous.bytes() == meant.content.bytes())
         return std::nullopt;
     NewVersion version = newVersion(meant.counts, meant.rules, meant.content.bytes());
     version.program = m_program;

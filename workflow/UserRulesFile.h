@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/DigestedBytes.h"
 #include "history/Journal.h"
 #include "platform/FileLock.h"
 #include "platform/Locations.h"
@@ -110,16 +111,17 @@ private:
     FileAfterWrite stateOf(const JournalVersion& version, std::string_view now, std::string_view meant);
     bool complete(const JournalVersion& version, std::string meant, FileLock& lock);
     std::optional<std::string> putAside(const std::string& reason, FileLock& lock, WriteReport& report);
-    std::optional<Meant> meantBy(const WriteOrder& order);
+    Meant meantBy(const WriteOrder& order) const;
+    std::optional<std::string> refusalOf(const WriteOrder& order, const std::optional<Meant>& meant) const;
     std::optional<Meant> meantByVersion(std::int64_t number);
     std::optional<std::int64_t> beginVersion(
-        const WriteOrder& order, const Meant& meant, std::string_view previous);
+        const WriteOrder& order, const Meant& meant, const DigestedBytes& previous);
     void writeOver(WriteReport& report, const Meant& meant, std::string_view old);
     void settleVersion(const WriteReport& report, FileLock& lock);
     void noteLeft(const FileLock& lock);
     void tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
-    void lookAtWritten(WriteReport& report, const Meant& meant, const FileLock& lock);
-    std::optional<std::int64_t> keepForeign(std::string_view bytes, std::vector<DocumentNews>& news);
+    void lookAtWritten(WriteReport& report, const Meant& meant) const;
+    std::optional<std::int64_t> keepForeign(const DigestedBytes& bytes, std::vector<DocumentNews>& news);
     void tellOfJournal(std::vector<DocumentNews>& news);
 
     const std::string m_path;

@@ -113,8 +113,8 @@ TEST(Journal, KeepsTheRulesAsMeantBesideTheBytesThatCannotHoldThem)
     const auto second = journal->record(same);
 
     ASSERT_TRUE(first && second);
-    EXPECT_EQ(journal->bytesOf(*first), cut.bytes);
-    EXPECT_EQ(journal->meantOf(*first), cut.meant);
+    EXPECT_EQ(journal->bytesOf(*first), cut.bytes.bytes());
+    EXPECT_EQ(journal->meantOf(*first), cut.meant->bytes());
     EXPECT_TRUE(journal->version(*first)->hasMeant);
     EXPECT_EQ(journal->meantOf(*second), "rule\n");
     EXPECT_FALSE(journal->version(*second)->hasMeant) << "the bytes hold them";

@@ -23,13 +23,44 @@ TEST(VersionFrame, IsSmallForOneChangeInALongText)
     EXPECT_LE(packedFrame(after, before).size(), after.size() / 1000);
 }
 
+// Of a file with one changed line nearly all is in the ends.
+TEST(VersionFrame, HoldsOnlyWhatIsNotAtBothEndsOfItsPrefix)
+{
+    const std::string before = textOfLines(1000, 5, "w");
+    const std::string after = textOfLines(1000, 600, "changed");
+    for (const auto& [prefix, text] : {std::pair(before, before), {before, before + "new"},
+             {before, "new" + before}, {before, before.substr(0, 9000)}, {before, before.substr(9000)},
+             {before + "old", before}, {std::string(9000, 'x'), std::string(10000, 'x')},
+             {std::string(10000, 'x'), std::string(9000, 'x')}}) {
+        const std::string frame = packedFrame(text, prefix);
+        EXPECT_LT(frame.size(), 60U);
+        EXPECT_EQ(unpackedFrame(frame, prefix, text.size()), text);
+    }
+    EXPECT_EQ(unpackedFrame(packedFrame(after, before), before, after.size()), after);
+}
+
+TEST(VersionFrame, MayBeginWithLengthsThatNoPrefixHas)
+{
+    const std::string prefix = textOfLines(100, 5, "w");
+    const std::string text = textOfLines(100, 6, "w");
+    const std::string frame = packedFrame(text, prefix);
+
+    for (const std::size_t length : {8U, 16U}) {
+        for (const char byte : {'\x7F', '\xFF'}) {
+            std::string damaged = frame;
+            damaged.replace(length, 8, 8, byte);
+            EXPECT_FALSE(unpackedFrame(damaged, prefix, text.size())) << length;
+        }
+    }
+}
+
 TEST(VersionFrame, IsRefusedAgainstAnotherPrefixOrSize)
 {
     const std::string prefix = textOfLines(1000, 5, "w");
     const std::string text = textOfLines(1000, 6, "w");
     const std::string frame = packedFrame(text, prefix);
 
-    EXPECT_FALSE(unpackedFrame(frame, textOfLines(1000, 7, "other"), text.size()));
+    EXPECT_NE(unpackedFrame(frame, textOfLines(1000, 7, "other"), text.size()), text) << "told by its digest";
     EXPECT_FALSE(unpackedFrame(frame, {}, text.size()));
     EXPECT_FALSE(unpackedFrame(frame, prefix, text.size() + 1));
     EXPECT_FALSE(unpackedFrame(frame, prefix, 0));

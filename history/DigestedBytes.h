@@ -1,0 +1,35 @@
+#pragma once
+
+#include "history/ContentDigest.h"
+
+#include <concepts>
+#include <string>
+#include <string_view>
+
+namespace quorvane {
+
+// Bytes of somebody else, with their digest, which of a large file takes as long as reading it: it is made
+// here, once for all who ask.
+class DigestedBytes {
+public:
+    DigestedBytes()
+        : DigestedBytes(std::string_view())
+    {
+    }
+    template <std::convertible_to<std::string_view> Text>
+    DigestedBytes(const Text& bytes)
+        : m_bytes(bytes)
+        , m_digest(contentDigest(m_bytes))
+    {
+    }
+
+    std::string_view bytes() const { return m_bytes; }
+    // As contentDigest() has it.
+    const std::string& digest() const { return m_digest; }
+
+private:
+    std::string_view m_bytes;
+    std::string m_digest;
+};
+
+} // namespace quorvane

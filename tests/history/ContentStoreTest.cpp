@@ -1,0 +1,88 @@
+#include "history/ContentStore.h"
+
+#include "tests/history/JournalFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quorvane {
+
+namespace {
+
+// A data base with the contents `first` and, packed against them, `second`.
+class ContentStorePair : public testing::Test {
+protected:
+    ContentStorePair()
+    {
+        ContentStore::createTable(database);
+        firstNumber = store.keep(first, std::nullopt, std::nullopt);
+        secondNumber = store.keep(second, firstNumber, first);
+    }
+
+    std::string frame(std::int64_t number)
+    {
+        Statement row(database, "SELECT frame FROM content WHERE number = ?", number);
+        EXPECT_TRUE(row.step());
+        return std::string(row.blob(0));
+    }
+    void setFrame(std::int64_t number, const std::string& frame)
+    {
+        Statement(database, "UPDATE content SET frame = ? WHERE number = ?", Blob{frame}, number).run();
+    }
+
+    const TemporaryFolder folder;
+    Database database{folder.write("contents", "")};
+    ContentStore store{database};
+    const std::string first = textOfLines(300, 0, "r");
+    const std::string second = textOfLines(300, 150, "changed");
+    std::int64_t firstNumber = 0;
+    std::int64_t secondNumber = 0;
+};
+
+} // namespace
+
+TEST_F(ContentStorePair, GivesBackBoth)
+{
+    EXPECT_EQ(store.bytes(firstNumber), first);
+    EXPECT_EQ(store.bytes(secondNumber), second);
+    EXPECT_LT(frame(secondNumber).size(), 100U);
+}
+
+TEST_F(ContentStorePair, UnpacksNoFrameOfWhichAnyByteIsDamaged)
+{
+    const std::string whole = frame(secondNumber);
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(~damaged[at]);
+        setFrame(secondNumber, damaged);
+        EXPECT_FALSE(store.unpack(secondNumber, first)) << at;
+    }
+    setFrame(secondNumber, whole);
+    EXPECT_EQ(store.unpack(secondNumber, first), second);
+}
+
+TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
+{
+    const std::string other
+        = textOfLines(300, 299, "x"); // as long, and unlike where `second` is like `first`
+    const std::int64_t otherNumber = store.keep(other, std::nullopt, std::nullopt);
+    setFrame(firstNumber, frame(otherNumber));
+    Statement(database,
+        "UPDATE content SET frameDigest = (SELECT frameDigest FROM content WHERE number = ?)"
+        " WHERE number = ?",
+        otherNumber, firstNumber)
+        .run();
+
+    EXPECT_FALSE(store.bytes(secondNumber));
+}
+
+TEST_F(ContentStorePair, PacksAgainstTheBaseWhereOtherBytesAreSaidToBeIts)
+{
+    const std::string third = textOfLines(300, 10, "third");
+    const std::int64_t number = store.keep(third, secondNumber, textOfLines(300, 20, "wrong"));
+
+    EXPECT_EQ(store.bytes(number), third);
+}
+
+} // namespace quorvane
