@@ -46,8 +46,9 @@ double threadMilliseconds()
 
 class Editing {
 public:
-    Editing(RulesDocument& document, RulesEditorTableController& window)
+    Editing(RulesDocument& document, Background& background, RulesEditorTableController& window)
         : m_document(document)
+        , m_background(background)
         , m_window(window)
         , m_table(*window.findChild<RulesTableView*>())
     {
@@ -62,8 +63,7 @@ public:
     {
         const auto tag
             = [this](const char* text) { m_window.tableViewCellAction(QString::fromLatin1(text)); };
-        print("first-tag",
-            [&] { tag("first"); }); // makes the first version, and all that later edits go on from
+        print("first-tag", [&] { tag("first"); });
         print("tag", [&] { tag("second"); });
         const auto rule = m_document.store().ruleAtIndex(static_cast<std::size_t>(middle()), false);
         if (const auto* policy = std::get_if<PolicyRulePtr>(&rule)) {
@@ -90,6 +90,7 @@ private:
 
     void print(const char* name, const std::function<void()>& command)
     {
+        m_background.wait(); // what the window looks for in the file at its start
         QElapsedTimer timer;
         timer.start();
         const double before = threadMilliseconds();
@@ -103,6 +104,7 @@ private:
     }
 
     RulesDocument& m_document;
+    Background& m_background;
     RulesEditorTableController& m_window;
     RulesTableView& m_table;
 };
@@ -136,7 +138,7 @@ void printTimes(const std::string& file, const std::string& folder)
     Workspace workspace;
     RulesEditorTableController window(document, application, run, workspace, log);
     window.show();
-    Editing(document, window).printAll();
+    Editing(document, background, window).printAll();
     const std::string written = folder + "/written";
     std::printf("write-file %.2f\n", best([&] { store->writeToFile(written); }));
     const std::string copy = folder + "/copy";

@@ -1,3 +1,4 @@
+#include "bench/LongestGap.h"
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "tests/support/FakeApplication.h"
@@ -57,23 +58,14 @@ void printTimesOfProblems(RulesEditorTableController& window)
     QObject::connect(finder, &ProblemsFinder::found, &window, [&isFound] { isFound = true; });
     const auto print = [&](const char* what, const auto& begin) {
         isFound = false;
-        QElapsedTimer whole;
-        whole.start();
-        double longest = 0;
-        const auto step = [&longest](const auto& work) {
-            QElapsedTimer timer;
-            timer.start();
-            work();
-            longest = std::max(longest, milliseconds(timer));
-        };
+        LongestGap gap;
         begin();
-        while (!isFound)
-            step([] { QApplication::processEvents(); });
-        step([&window] {
+        gap.handleEventsUntil([&isFound] { return isFound; });
+        gap.step([&window] {
             QApplication::processEvents();
             window.grab();
         });
-        std::printf("%s %.2f\n%s-longest-gap %.2f\n", what, milliseconds(whole), what, longest);
+        std::printf("%s %.2f\n%s-longest-gap %.2f\n", what, gap.whole(), what, gap.longest());
     };
     print("problems", [&window] { window.findChild<QDockWidget*>(QStringLiteral("problems"))->show(); });
     print("problems-after-change", [&window] { window.tableViewCellAction(QStringLiteral("other")); });

@@ -5,6 +5,8 @@
 #include "windows/QtText.h"
 #include "workflow/VersionChanges.h"
 
+#include <QThreadPool>
+
 #include <chrono>
 #include <new>
 #include <utility>
@@ -16,6 +18,16 @@ namespace {
 QString problemOf(const Journal& journal)
 {
     return toQt(journal.problem().value_or(std::string()));
+}
+
+// The same table, which ends on another thread: whoever lets go of it last, mostly a window, need not wait
+// until a million rules are freed.
+DifferenceTablePtr endingElsewhere(DifferenceTablePtr table)
+{
+    const DifferenceTable* const shown = table.get();
+    return {shown, [table = std::move(table)](const DifferenceTable* /*shown*/) mutable {
+                QThreadPool::globalInstance()->start([last = std::move(table)] {});
+            }};
 }
 
 } // namespace
@@ -80,7 +92,7 @@ ComparedVersion HistoryReader::differenceOf(const JournalVersion& version, const
         difference.since = changes.since;
         difference.problem = toQt(changes.problem.value_or(std::string()));
         if (!changes.problem && !stop.stop_requested())
-            difference.table = m_history.compare(changes.before, changes.after, stop);
+            difference.table = endingElsewhere(m_history.compare(changes.before, changes.after, stop));
     } catch (const std::bad_alloc&) {
         difference.problem = tr("There is not enough memory to compare these versions.");
     }

@@ -27,7 +27,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 
 namespace quorvane {
 
@@ -201,6 +203,37 @@ TEST_F(HistoryWindowTest, ALaterSelectionOvertakesAnEarlierOne)
     waitUntilCompared();
     EXPECT_EQ(summary(), QStringLiteral("Version 3 compared with version 2: 1 rule added"));
     EXPECT_EQ(changes->model()->index(0, 5).data().toString(), QStringLiteral("/d/"));
+}
+
+// The difference of a long file takes long to free.
+TEST_F(HistoryWindowTest, ADifferenceThatIsShownNoMoreEndsOnAnotherThread)
+{
+    struct WatchedHistory : RulesHistory {
+        using RulesHistory::RulesHistory;
+        DifferenceTablePtr compare(
+            const std::string& before, const std::string& after, const std::stop_token& stop) const override
+        {
+            const DifferenceTablePtr table = RulesHistory::compare(before, after, stop);
+            return {table.get(), [table, this](const DifferenceTable* /*ended*/) {
+                        endedHere = std::this_thread::get_id() == windowThread;
+                        ended = true;
+                    }};
+        }
+        const std::thread::id windowThread = std::this_thread::get_id();
+        mutable std::atomic<bool> endedHere = false;
+        mutable std::atomic<bool> ended = false;
+    };
+    add("/c/");
+    auto watched = std::make_unique<WatchedHistory>(*document);
+    const WatchedHistory& history = *watched;
+    rules = std::move(watched);
+    open(2);
+    EXPECT_FALSE(history.ended);
+
+    select(1);
+
+    waitFor([&history] { return history.ended.load(); });
+    EXPECT_FALSE(history.endedHere);
 }
 
 TEST_F(HistoryWindowTest, NewVersionsShowUpAndLeaveTheSelectionAlone)

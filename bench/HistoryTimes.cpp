@@ -1,0 +1,185 @@
+#include "bench/LongestGap.h"
+#include "history/Database.h"
+#include "history/JournalPlace.h"
+#include "platform/Log.h"
+#include "rules/RuleManager.h"
+#include "windows/BackgroundThread.h"
+#include "windows/HistoryWindow.h"
+#include "windows/RulesTableView.h"
+#include "windows/WindowLook.h"
+#include "workflow/RuleEdits.h"
+#include "workflow/RulesDocument.h"
+#include "workflow/RulesHistory.h"
+#include "workflow/RunState.h"
+
+#include <QApplication>
+#include <QLineEdit>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <unistd.h>
+
+// history_times FILE: the history window over two versions of FILE, and over ten thousand of three rules. For
+// each thing that a person does there, how long it takes until it is shown, and the longest that the window
+// took no input meanwhile; one figure a line, in milliseconds.
+
+namespace {
+
+using namespace quorvane;
+namespace fs = std::filesystem;
+
+// The rules of a file, in a folder of their own, with a version for one added rule.
+class User {
+public:
+    User(const std::string& file, std::string folder)
+        : m_folder(std::move(folder))
+    {
+        fs::create_directories(fs::path(m_locations.userRulesFile()).parent_path());
+        fs::copy_file(file, m_locations.userRulesFile());
+        m_store = RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
+        m_document = std::make_unique<RulesDocument>(*m_store, m_run,
+            DocumentOwner{.program = "bench", .stateFolder = stateFolder(), .background = &m_background},
+            m_log);
+        m_document->perform(additionOf(std::make_shared<PolicyRule>(
+                                PolicyRuleFields{.path = "/added", .processName = "any", .operations = 1})),
+            {"Add Rule"});
+        m_document->waitUntilWritten();
+    }
+    ~User() { fs::remove_all(m_folder); }
+
+    RulesDocument& document() { return *m_document; }
+
+    // Copies of the newest version, up to that number.
+    void addVersions(int last)
+    {
+        Database database(JournalPlace(stateFolder(), m_locations.userRulesFile()).databaseFile());
+        Statement(database,
+            "WITH RECURSIVE next (number) AS (SELECT max(number) + 1 FROM version UNION ALL"
+            " SELECT number + 1 FROM next WHERE number < ?)"
+            " INSERT INTO version SELECT next.number, time, program, action, kind, of_number, next.number - "
+            "1,"
+            " state, rules, added, removed, changed, bytes, meant FROM next, version WHERE version.number = "
+            "2",
+            std::int64_t{last})
+            .run();
+    }
+
+private:
+    std::string stateFolder() const { return m_folder + "/state"; }
+
+    const std::string m_folder;
+    const Locations m_locations{m_folder, "bench"};
+    Log m_log{{}};
+    RunState m_run;
+    BackgroundThread m_background;
+    std::unique_ptr<RuleManager> m_store;
+    std::unique_ptr<RulesDocument> m_document;
+};
+
+// Each thing that is done, up to the table that shows what the selected version did.
+class Looking {
+public:
+    Looking(RulesDocument& document, std::string name)
+        : m_history(document)
+        , m_name(std::move(name))
+    {
+    }
+
+    void open()
+    {
+        // The main window was there before: the allocator has cleared up after the reading of the rules.
+        const RulesTableView table;
+        print("open", [this] {
+            m_window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&m_history});
+            QObject::connect(m_window.get(), &HistoryWindow::wasFilled, [this] { m_isFilled = true; });
+            m_window->show();
+        });
+    }
+    void select(const char* what, int row)
+    {
+        auto* versions = m_window->findChild<RulesTableView*>(QStringLiteral("versionsTableView"));
+        print(what, [=] { versions->selectRow(row < 0 ? versions->model()->rowCount() + row : row); });
+    }
+    void type(const char* what, const char* text)
+    {
+        auto* field = m_window->findChild<QLineEdit*>(QStringLiteral("searchField"));
+        LongestGap gap;
+        gap.step([&] { field->setText(QString::fromLatin1(text)); });
+        gap.step([] { QApplication::processEvents(); });
+        print(what, gap);
+    }
+    void close()
+    {
+        LongestGap gap;
+        gap.step([this] { m_window.reset(); });
+        print("close", gap);
+    }
+
+private:
+    void print(const char* what, const std::function<void()>& command)
+    {
+        m_isFilled = false;
+        LongestGap gap;
+        gap.step(command);
+        gap.handleEventsUntil([this] { return m_isFilled; });
+        gap.step([] { QApplication::processEvents(); });
+        print(what, gap);
+    }
+    void print(const char* what, const LongestGap& gap)
+    {
+        std::printf("%s-%s %.2f\n%s-%s-longest-gap %.2f\n", m_name.c_str(), what, gap.whole(), m_name.c_str(),
+            what, gap.longest());
+    }
+
+    RulesHistory m_history;
+    const std::string m_name;
+    std::unique_ptr<HistoryWindow> m_window;
+    bool m_isFilled = false;
+};
+
+void printTimes(const std::string& file, const std::string& folder)
+{
+    {
+        User user(file, folder + "/large");
+        Looking looking(user.document(), "long-file");
+        looking.open();
+        looking.select("oldest", -1); // in which every rule is new
+        looking.select("newest", 0);
+        looking.select("oldest-again", -1);
+        looking.close();
+    }
+    const std::string small = folder + "/small";
+    std::ofstream(small) << "allow prefix \"/a\" \"any\" r \"\" \"\" \"0\"\n";
+    User user(small, folder + "/many");
+    user.addVersions(10'000);
+    Looking looking(user.document(), "many-versions");
+    looking.open();
+    looking.select("oldest", -1);
+    looking.type("search", "added");
+    looking.type("search-in-vain", "no version holds this");
+    looking.type("search-end", "");
+    looking.close();
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication qtApplication(argumentCount, arguments);
+    if (argumentCount != 2) {
+        std::fputs("usage: history_times FILE\n", stderr);
+        return 2;
+    }
+    applyWindowLook(qtApplication);
+    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
+    fs::create_directory(folder);
+    printTimes(arguments[1], folder);
+    fs::remove_all(folder);
+    return 0;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include <algorithm>
+
+namespace quorvane {
+
+// The longest that a window took no input while something was done, and how long that took; in milliseconds.
+class LongestGap {
+public:
+    LongestGap() { m_whole.start(); }
+
+    // Does what the window's thread is busy with.
+    template <class Work> void step(const Work& work)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        m_longest = std::max(m_longest, milliseconds(timer));
+    }
+
+    template <class IsDone> void handleEventsUntil(const IsDone& isDone)
+    {
+        while (!isDone())
+            step([] { QCoreApplication::processEvents(); });
+    }
+
+    double longest() const { return m_longest; }
+    double whole() const { return milliseconds(m_whole); }
+
+private:
+    static double milliseconds(const QElapsedTimer& timer)
+    {
+        return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+    }
+
+    QElapsedTimer m_whole;
+    double m_longest = 0;
+};
+
+} // namespace quorvane
