@@ -153,7 +153,7 @@ void MapWindow::make()
 void MapWindow::showTree(const AccessTreePtr& tree)
 {
     const bool isFirst = m_model->tree() == nullptr;
-    const QSet<QString> expanded = expandedKeys();
+    const std::set<QString> expanded = expandedKeys();
     const QString current = keyOf(m_ui->mapTreeView->currentIndex());
     m_model->setTree(tree);
     fitColumns();
@@ -186,9 +186,9 @@ QString MapWindow::keyOf(const QModelIndex& index) const
         + QChar(0);
 }
 
-QSet<QString> MapWindow::expandedKeys() const
+std::set<QString> MapWindow::expandedKeys() const
 {
-    QSet<QString> keys;
+    std::set<QString> keys;
     for (QModelIndex index = m_model->index(0, 0); index.isValid();
          index = m_ui->mapTreeView->indexBelow(index)) {
         if (m_ui->mapTreeView->isExpanded(index))
@@ -197,7 +197,7 @@ QSet<QString> MapWindow::expandedKeys() const
     return keys;
 }
 
-void MapWindow::expandAgain(const QSet<QString>& expanded, const QString& current)
+void MapWindow::expandAgain(const std::set<QString>& expanded, const QString& current)
 {
     std::vector<QModelIndex> due{QModelIndex()};
     while (!due.empty()) {

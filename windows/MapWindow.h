@@ -4,10 +4,10 @@
 #include "workflow/AccessTree.h"
 
 #include <QDialog>
-#include <QSet>
 #include <QString>
 
 #include <memory>
+#include <set>
 #include <stop_token>
 
 namespace Ui {
@@ -49,10 +49,10 @@ private:
     void make();
     void showTree(const AccessTreePtr& tree);
     void selectRulesOf(const QModelIndex& index);
-    void expandAgain(const QSet<QString>& expanded, const QString& current);
+    void expandAgain(const std::set<QString>& expanded, const QString& current);
     void expandTop();
     QString keyOf(const QModelIndex& index) const;
-    QSet<QString> expandedKeys() const;
+    std::set<QString> expandedKeys() const;
 
     std::unique_ptr<Ui::MapWindow> m_ui;
     const RuleManager& m_store;

@@ -3,12 +3,12 @@
 #include "history/JournalVersion.h"
 
 #include <QAbstractTableModel>
-#include <QSet>
 #include <QString>
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 namespace quorvane {
@@ -53,7 +53,7 @@ private:
     std::vector<std::size_t> m_rows; // places in m_versions, ascending
     QString m_counted;
     QString m_search;
-    QSet<qint64> m_found;
+    std::unordered_set<std::int64_t> m_found;
 };
 
 // The local time of a version, to the second.

@@ -101,8 +101,7 @@ TeamProof teamProof(const RuleRef& rule, const RulesPlace& place)
         return TeamProof::proven;
     const std::string path = applicationPathForRule(*policy);
     const std::string_view constraint = policy->fields().constraint.view();
-    const bool needsTeam
-        = constraintKind(constraint) == ConstraintKind::team && constraint != platformMarker;
+    const bool needsTeam = constraintKind(constraint) == ConstraintKind::team && constraint != platformMarker;
     if (!needsTeam || place.isUnknown(path)
         || needsNoProgram(policy->fields().system, shownApplicationNameForRule(*policy), path))
         return TeamProof::proven;
