@@ -17,6 +17,7 @@
 #include <QTreeView>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -25,8 +26,8 @@ namespace quorvane {
 namespace {
 
 constexpr QSize usualSize(820, 460);
-constexpr int widthOfRule = 370;
 constexpr int widthOfReason = 230;
+constexpr int widthOfDoubt = 150;
 
 } // namespace
 
@@ -67,8 +68,12 @@ void CleanUpWindow::setUpControls()
     m_list->setUniformRowHeights(true); // so that long lists need no measuring
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setAllColumnsShowFocus(true);
-    m_list->header()->resizeSection(CleanUpModel::rule, widthOfRule);
-    m_list->header()->resizeSection(CleanUpModel::reason, widthOfReason);
+    QHeaderView* header = m_list->header();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(CleanUpModel::rule, QHeaderView::Stretch);
+    header->resizeSection(CleanUpModel::reason, widthOfReason);
+    header->resizeSection(
+        CleanUpModel::doubt, std::max(widthOfDoubt, header->sectionSizeHint(CleanUpModel::doubt)));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     const auto addTicking = [&](const QString& title, bool areTicked) {
         QPushButton* button = buttons->addButton(title, QDialogButtonBox::ResetRole);

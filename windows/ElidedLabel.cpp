@@ -20,9 +20,15 @@ void ElidedLabel::setText(const QString& text)
     setToolTip(plainToolTip(text));
 }
 
+void ElidedLabel::setElideMode(Qt::TextElideMode mode)
+{
+    m_elideMode = mode;
+    update();
+}
+
 QString ElidedLabel::shownText() const
 {
-    return fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width() - 2 * margin());
+    return fontMetrics().elidedText(text(), m_elideMode, contentsRect().width() - 2 * margin());
 }
 
 QSize ElidedLabel::minimumSizeHint() const

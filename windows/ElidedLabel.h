@@ -14,6 +14,9 @@ public:
     // Line ends show as spaces.
     void setText(const QString& text);
 
+    // Where the text is cut; at its end at first.
+    void setElideMode(Qt::TextElideMode mode);
+
     // As it fits.
     QString shownText() const;
 
@@ -21,6 +24,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    Qt::TextElideMode m_elideMode = Qt::ElideRight;
 };
 
 } // namespace quorvane

@@ -36,7 +36,7 @@ public:
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
-        return {QStyledItemDelegate::sizeHint(option, index).width(), rowHeight};
+        return QStyledItemDelegate::sizeHint(option, index).expandedTo({0, rowHeight});
     }
 };
 
@@ -65,9 +65,9 @@ MapWindow::~MapWindow()
 
 void MapWindow::setUpTree()
 {
-    constexpr int barWidth = 220;
-    constexpr int numberWidth = 64;
-    constexpr int placeWidth = 260;
+    constexpr int barWidth = 160;
+    constexpr int numberWidth = 60;
+    constexpr int placeWidth = 250;
     auto* tree = m_ui->mapTreeView;
     tree->setModel(m_model);
     tree->setItemDelegate(new TallRows(tree));
@@ -78,7 +78,7 @@ void MapWindow::setUpTree()
     tree->setColumnWidth(AccessModel::place, placeWidth);
     tree->setColumnWidth(AccessModel::bar, barWidth);
     for (const int column : {AccessModel::allow, AccessModel::deny, AccessModel::watch})
-        tree->setColumnWidth(column, numberWidth);
+        tree->setColumnWidth(column, std::max(numberWidth, tree->header()->sectionSizeHint(column)));
     connect(tree, &QTreeView::clicked, this, &MapWindow::selectRulesOf);
     connect(tree, &QTreeView::activated, this, [this](const QModelIndex& index) {
         selectRulesOf(index);

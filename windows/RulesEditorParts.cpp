@@ -4,6 +4,7 @@
 #include "ui_RulesEditorTableController.h"
 #include "windows/AsideController.h"
 #include "windows/CleanUpWindow.h"
+#include "windows/ElidedLabel.h"
 #include "windows/ExchangeController.h"
 #include "windows/LikeSelection.h"
 #include "windows/PlaceMenu.h"
@@ -17,7 +18,6 @@
 #include "windows/WindowMemory.h"
 
 #include <QDockWidget>
-#include <QLabel>
 #include <QStatusBar>
 
 // The parts around the main window's table: each is made here and handed what it needs.
@@ -25,6 +25,8 @@
 namespace quorvane {
 
 namespace {
+
+constexpr int mostOfPlace = 50; // letters
 
 // A dock that cannot be torn off; its title is that of its item in the menu.
 QDockWidget* makeDock(const char* name, const QString& title, QWidget* content, QMainWindow& window)
@@ -71,8 +73,11 @@ void RulesEditorTableController::setUpParts()
 
     m_places = new PlaceMenu(*m_ui->placeMenu, *this, *this);
     m_places->setParent(m_parts.get());
-    auto* placeLabel = new QLabel(this);
+    auto* placeLabel = new ElidedLabel(this);
     placeLabel->setObjectName(QStringLiteral("placeLabel"));
+    placeLabel->setElideMode(Qt::ElideMiddle);
+    placeLabel->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    placeLabel->setMaximumWidth(mostOfPlace * fontMetrics().averageCharWidth()); // the counts need room, too
     placeLabel->hide();
     statusBar()->addPermanentWidget(placeLabel);
     connect(m_places, &PlaceMenu::placeChosen, this, [=, this](const RulesPlace& place, const QString& name) {

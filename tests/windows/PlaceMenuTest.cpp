@@ -1,5 +1,6 @@
 #include "windows/PlaceMenu.h"
 #include "tests/windows/EditorTable.h"
+#include "windows/ElidedLabel.h"
 #include "windows/ImportWindowController.h"
 #include "windows/Shades.h"
 #include "windows/StateImages.h"
@@ -141,6 +142,18 @@ TEST_F(PlaceMenuTest, ImportsAreReviewedAndBoundThere)
     review->importAction();
     const std::string sha256OfText = "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1";
     EXPECT_NE(file().find(sha256OfText), std::string::npos) << file();
+}
+
+TEST_F(PlaceMenuTest, ALongPathWidensNoWindowAndKeepsItsEnd)
+{
+    const std::string deep = volume.path() + "/" + std::string(200, 'x') + "/disk";
+    std::filesystem::create_directories(deep);
+    const int narrowest = window->minimumSizeHint().width();
+    window->useVolume(deep);
+    QApplication::processEvents();
+    EXPECT_EQ(window->minimumSizeHint().width(), narrowest);
+    EXPECT_TRUE(in<ElidedLabel>("placeLabel")->shownText().endsWith(QStringLiteral("/disk")));
+    EXPECT_EQ(in<ElidedLabel>("countLabel")->shownText(), counts()) << "which need room as well";
 }
 
 TEST_F(PlaceMenuTest, LooksAtNothingForAMachineThatIsSomewhereElse)
