@@ -128,6 +128,7 @@ void NarrowBar::makeHalves()
     m_status->hide();
     second->layout()->addWidget(m_status);
     second->layout()->addWidget(m_clearButton);
+    setTabOrder(m_program, m_clearButton);
     setFocusProxy(m_class);
 }
 

@@ -41,7 +41,9 @@ class Controls(DesktopTest):
             self.assertLessEqual(node.box[0] + node.box[2], x + width)
 
     def test_the_tab_key_leads_round_all_controls_that_take_the_keyboard(self):
-        expected = sum(all(map(node.has, (FOCUSABLE, SHOWING, ENABLED))) for node in self.window.frame.below())
+        # The toolkit calls the items of lists that are closed, or hidden with their choice, showing.
+        expected = sum(node.role != "list item" and all(map(node.has, (FOCUSABLE, SHOWING, ENABLED)))
+                       for node in self.window.frame.below())
         met = []
         while self.window.focused() not in met:
             met.append(self.window.focused())

@@ -41,6 +41,18 @@ class Narrow(DesktopTest):
         self.desk.press("Escape", "End")  # leads to the table
         self.assert_becomes(lambda: self.window.table.cell(3, PATH).has(SELECTED), True)
 
+    def test_the_tab_key_leads_through_all_choices_and_on(self):
+        self.desk.press("ctrl+l")
+        self.desk.type_text("d")
+        self.assert_shown([".b", "/nonexistent/a"])
+        for label in ("Class", "Type", "State", "Tag", "Problem", "Program"):
+            self.assert_becomes(lambda: self.choice(label).has(FOCUSED), True)
+            self.desk.press("Tab")
+        clear = self.window.frame.find("push button", "Show All")
+        self.assert_becomes(lambda: clear.has(FOCUSED), True)
+        self.desk.press("space")
+        self.assert_shown(ALL)
+
     def test_the_change_of_the_count_is_announced(self):
         names = self.desk.hear_names()
         self.desk.press("ctrl+l")
