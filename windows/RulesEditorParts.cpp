@@ -101,8 +101,16 @@ void RulesEditorTableController::setUpParts()
         window->open();
     });
     (new LikeSelection(*this, *finder, *m_ui->selectByMenu))->setParent(m_parts.get());
+    setUpNarrowing(*finder);
 
-    auto* narrowing = new TableNarrowing(*m_ui->narrowBar, m_store, *finder);
+    m_ui->viewMenu->insertActions(
+        m_ui->nextProblemMenuItem, {words->toggleViewAction(), list->toggleViewAction()});
+    restoreDocks(*this);
+}
+
+void RulesEditorTableController::setUpNarrowing(ProblemsFinder& finder)
+{
+    auto* narrowing = new TableNarrowing(*m_ui->narrowBar, m_store, finder);
     narrowing->setParent(m_parts.get());
     connect(this, &RulesEditorTableController::rulesDidChange, narrowing, &TableNarrowing::rulesDidChange);
     connect(narrowing, &TableNarrowing::narrowed, this, [this](const auto& narrowed) {
@@ -117,10 +125,6 @@ void RulesEditorTableController::setUpParts()
     });
     connect(
         m_ui->narrowBar, &NarrowBar::wasLeft, m_ui->rulesEditorTableView, qOverload<>(&QWidget::setFocus));
-
-    m_ui->viewMenu->insertActions(
-        m_ui->nextProblemMenuItem, {words->toggleViewAction(), list->toggleViewAction()});
-    restoreDocks(*this);
 }
 
 void RulesEditorTableController::useVolume(const std::string& folder)

@@ -34,6 +34,7 @@ class HistoryWindow;
 class Log;
 class MapWindow;
 class PlaceMenu;
+class ProblemsFinder;
 class RuleEditorWindow;
 class RulesDocument;
 class RulesFileFollower;
@@ -192,6 +193,7 @@ private:
     void reviewText(const QString& text);
     void setUpDocument();
     void setUpParts();
+    void setUpNarrowing(ProblemsFinder& finder);
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
     void settingsWereSaved(const ProgramSettings& settings);
