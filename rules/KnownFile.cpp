@@ -22,15 +22,17 @@ std::chrono::nanoseconds roughnessOfClock(std::chrono::nanoseconds time)
                                                                          : KnownFile::usualRoughness;
 }
 
-KnownFile knownFile(
-    const std::string& path, const std::optional<FileIdentity>& identity, std::string_view bytes)
+using Clock = std::chrono::system_clock;
+
+// `lookedAt`: a change after that time is another.
+KnownFile knownFile(const std::string& path, const std::optional<FileIdentity>& identity,
+    std::string_view bytes, Clock::time_point lookedAt)
 {
     KnownFile known{.path = path, .identity = identity};
     if (!identity || identity->isMissing())
         return known;
     const std::chrono::nanoseconds changed(identity->changed);
-    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
-    if (now - changed < roughnessOfClock(changed))
+    if (lookedAt.time_since_epoch() - changed < roughnessOfClock(changed))
         known.hash = std::hash<std::string_view>{}(bytes);
     return known;
 }
@@ -39,7 +41,7 @@ KnownFile knownFile(
 
 KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
 {
-    return knownFile(path, text.identity(), text.bytes());
+    return knownFile(path, text.identity(), text.bytes(), Clock::now());
 }
 
 // The identity is that of before the reading: a change in the middle of it then shows at the next look.
@@ -49,10 +51,11 @@ std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::str
     const FileDescriptor file = openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
     if (!file)
         return std::nullopt;
+    const Clock::time_point lookedAt = Clock::now(); // before the reading, which may take long
     const auto identity = FileIdentity::ofDescriptor(file.get(), error);
     if (!holdsExactly(file.get(), bytes))
         return std::nullopt;
-    return knownFile(path, identity, bytes);
+    return knownFile(path, identity, bytes, lookedAt);
 }
 
 bool KnownFile::isStillThere() const

@@ -73,7 +73,7 @@ void RulesDocument::keepPresentVersion()
     if (m_isWriting)
         return;
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
+    inBackground([this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
         [this, present] { m_knownVersion = present->number; });
 }
 
@@ -92,7 +92,7 @@ void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(); },
+    inBackground([this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
         [this, present, lost, total = before.size()] {
             const auto known = std::exchange(m_knownVersion, present->number);
             if (isMuch(lost, total))

@@ -184,11 +184,17 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
     return number;
 }
 
-UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion()
+// Under the lock: a version that came between the reading and the keeping would be followed by the bytes
+// before it, as another program's.
+UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion(std::chrono::milliseconds wait)
 {
+    const FileLock held = lock(wait);
+    const RulesFileText text = held.isHeld() ? RulesFileText::read(m_path, held) : RulesFileText();
+    if (!held.isHeld() || text.errorMessage())
+        return {};
     std::vector<DocumentNews> news;
     const auto newest = journal().newest();
-    PresentVersion present{.number = keepForeign(RulesFileText::read(m_path).bytes(), news)};
+    PresentVersion present{.number = keepForeign(text.bytes(), news)};
     if (newest)
         present.before = newest->number == present.number ? newest->before : newest->number;
     return present;

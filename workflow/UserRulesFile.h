@@ -91,12 +91,13 @@ public:
 
     WriteReport write(const WriteOrder& order, FileLock& lock);
 
-    // Keeps the file's content as a version, another program's, unless it is the newest.
+    // Keeps the file's content as a version, another program's, unless it is the newest. Waits at most `wait`
+    // for another program to write the file, which then keeps what it finds.
     struct PresentVersion {
-        std::optional<std::int64_t> number{}; // that holds the file's content; none when it cannot be kept
+        std::optional<std::int64_t> number{}; // that holds the file's content; none when it was not kept
         std::optional<std::int64_t> before{}; // the version before that
     };
-    PresentVersion keepPresentVersion();
+    PresentVersion keepPresentVersion(std::chrono::milliseconds wait);
 
     // For the thread that calls the other operations.
     Journal& journal();

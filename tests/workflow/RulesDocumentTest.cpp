@@ -171,6 +171,25 @@ TEST_F(RulesDocumentTest, WhatAnotherProgramWroteIsMergedAndKept)
     EXPECT_EQ(versions().size(), 3U); // as found, the other program's, ours
 }
 
+// Else its older bytes would follow the writer's version in the journal.
+TEST_F(RulesDocumentTest, TheFileIsNotKeptAsAVersionWhileAnotherProgramWritesIt)
+{
+    box.writeUserRules(line("/a/"));
+    DocumentOwner impatient;
+    impatient.lockTimeout = std::chrono::milliseconds(0);
+    DocumentAtWork window(box, impatient);
+    window.add("/b/");
+    FileLock writer
+        = FileLock::take(box.locations.userRulesFile(), LockMode::exclusive, std::chrono::milliseconds(0));
+    ASSERT_TRUE(writer.isHeld());
+    box.writeUserRules(line("/a/"));
+    window.document->keepPresentVersion();
+    EXPECT_EQ(versions().size(), 2U);
+    writer = FileLock();
+    window.document->keepPresentVersion();
+    EXPECT_EQ(versions().size(), 3U);
+}
+
 TEST_F(RulesDocumentTest, AWriteThatFailsIsToldAndTriedAgain)
 {
     box.writeUserRules(line("/a/"));
