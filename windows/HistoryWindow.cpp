@@ -13,6 +13,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QPointer>
 #include <QPushButton>
 #include <QShortcut>
@@ -82,6 +83,9 @@ void HistoryWindow::setUpTables()
     connect(copy, &QAction::triggered, this, &HistoryWindow::copyChanges);
     changes->addAction(copy);
     changes->setContextMenuPolicy(Qt::ActionsContextMenu);
+    constexpr int measuredRows = 100; // as many as a large window shows, of however many
+    for (QTableView* table : {versions, changes})
+        table->horizontalHeader()->setResizeContentsPrecision(measuredRows);
     constexpr int partOfVersions = 3;
     constexpr int partOfChanges = 2;
     m_ui->splitter->setStretchFactor(0, partOfVersions);
