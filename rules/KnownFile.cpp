@@ -41,7 +41,7 @@ KnownFile knownFile(const std::string& path, const std::optional<FileIdentity>& 
 
 KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
 {
-    return knownFile(path, text.identity(), text.bytes(), Clock::now());
+    return knownFile(path, text.identity(), text.bytes(), text.lookedAt());
 }
 
 // The identity is that of before the reading: a change in the middle of it then shows at the next look.

@@ -82,6 +82,7 @@ RulesFileText::Outcome RulesFileText::readOnce(
 bool RulesFileText::lookAt(const std::string& path)
 {
     struct stat status { };
+    m_lookedAt = std::chrono::system_clock::now();
     if (stat(path.c_str(), &status) == 0)
         m_identity = FileIdentity::ofStatus(status);
     else if (errno == ENOENT)
@@ -116,6 +117,7 @@ RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int des
 {
     std::error_code error;
     m_nothing = false;
+    m_lookedAt = std::chrono::system_clock::now();
     m_identity = FileIdentity::ofDescriptor(descriptor, error);
     m_size = m_identity ? static_cast<std::size_t>(m_identity->size) : 0;
     m_bytes.reset(new (std::nothrow) char[m_size + 1]);

@@ -38,6 +38,8 @@ public:
     // The file that the bytes come from, in the state in which they are its contents; missing where there was
     // none. Nothing when the file could not be looked at.
     const std::optional<FileIdentity>& identity() const { return m_identity; }
+    // A time before that state was looked at: what changes the file afterwards may bear a later one.
+    std::chrono::system_clock::time_point lookedAt() const { return m_lookedAt; }
 
     // True when there was nothing to read: missing, no file with contents, of size 0, or not UTF-8. No
     // failure.
@@ -67,6 +69,7 @@ private:
     std::size_t m_size = 0;
     std::string_view m_text;
     std::optional<FileIdentity> m_identity;
+    std::chrono::system_clock::time_point m_lookedAt;
     bool m_nothing = false;
     bool m_tooLarge = false;
     bool m_locked = false;

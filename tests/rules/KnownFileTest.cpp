@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 namespace quorvane {
 
@@ -31,6 +33,25 @@ TEST(KnownFile, OfAFileWithOtherBytesIsNone)
         EXPECT_FALSE(KnownFile::ofFileWith(path, bytes)) << bytes;
     EXPECT_FALSE(KnownFile::ofFileWith(folder.path("missing"), ""));
     EXPECT_FALSE(KnownFile::ofFileWith(folder.path(), ""));
+}
+
+TEST(KnownFile, IsAsSureOfATextThatWasReadLongAgo)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.path("rules");
+    const auto read = [&] {
+        folder.write("rules", "text");
+        return RulesFileText::read(path);
+    };
+    RulesFileText text = read();
+    while (text.lookedAt().time_since_epoch() - std::chrono::nanoseconds(text.identity()->changed)
+        >= KnownFile::usualRoughness)
+        text = read(); // a busy machine
+    const auto later = text.lookedAt() + 3 * KnownFile::usualRoughness;
+    while (std::chrono::system_clock::now() < later)
+        std::this_thread::yield();
+
+    EXPECT_TRUE(KnownFile::of(path, text).hash) << "a change right after the reading may bear the same time";
 }
 
 TEST(KnownFile, SeesAChangeThatLeavesSizeAndTimesInThatInstant)
