@@ -14,6 +14,9 @@ add_library(quorvane_plain_options INTERFACE)
 target_compile_options(quorvane_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wformat=2 -Wimplicit-fallthrough)
+if(CMAKE_UNITY_BUILD) # where a name that one file keeps for itself stands above all that follow
+    target_compile_options(quorvane_plain_options INTERFACE -Wno-shadow)
+endif()
 if(QUORVANE_WARNINGS_AS_ERRORS)
     target_compile_options(quorvane_plain_options INTERFACE -Werror)
 endif()

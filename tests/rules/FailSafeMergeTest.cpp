@@ -78,7 +78,7 @@ Row randomRow(std::mt19937& random)
         choose(random, {"/bin/p", "/bin/q"}), choose(random, {"r", "w", "rw"})};
 }
 
-std::string lineOf(const Row& row)
+std::string lineOfRow(const Row& row)
 {
     return row.policyClass + " " + row.type + " " + row.path + " " + row.process + " " + row.operations
         + "\n";
@@ -109,7 +109,7 @@ void expectLikePlainWalk(const std::vector<std::vector<Row>>& files, bool failSa
     for (const std::vector<Row>& rows : files) {
         std::string text;
         for (Row row : rows) {
-            text += lineOf(row);
+            text += lineOfRow(row);
             row.sequence = sequence++;
             addByPlainWalk(groups[row.process], row, failSafe);
         }
@@ -140,7 +140,7 @@ void compareManyFiles(bool failSafe, unsigned seed)
     }
 }
 
-Lines merged(const std::string& text)
+Lines mergedLines(const std::string& text)
 {
     const StoreSandbox sandbox;
     sandbox.folder.write("Users/Shared/Quorvane/failsafe.rc", text);
@@ -182,7 +182,7 @@ TEST(FailSafeMerge, RulesOnFilesOfOneFolderBecomeOneOnTheFolder)
             "allow path /a /bin/p r\ndeny path /b /bin/p r\n", {"allow path // /bin/p r 0"}},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(merged(c.text), c.rules) << c.why;
+        EXPECT_EQ(mergedLines(c.text), c.rules) << c.why;
 }
 
 TEST(FailSafeMerge, HappensInTheFailSafeFileOnly)

@@ -19,7 +19,7 @@ namespace {
 
 // "a", "a:tag" or "a:tag@7": a rule's line as it is written; "w…" is a watch rule. Anything that begins with
 // ";" or "-" is text as it is. Lines are divided by "|".
-std::string lineOf(const std::string& name)
+std::string namedLine(const std::string& name)
 {
     if (name.empty() || name.starts_with(';') || name.starts_with('-'))
         return name + "\n";
@@ -31,7 +31,7 @@ std::string file(const std::string& names)
     std::string text;
     for (std::size_t at = 0; at < names.size();) {
         const std::size_t end = std::min(names.find('|', at), names.size());
-        text += lineOf(names.substr(at, end - at));
+        text += namedLine(names.substr(at, end - at));
         at = end + 1;
     }
     return text;
@@ -46,7 +46,7 @@ std::optional<RuleValue> ruleIn(std::string_view line)
 std::string nameOfLine(const std::string& text)
 {
     const auto rule = ruleIn(text);
-    return rule && lineOf(nameOf(*rule)) == text + "\n" ? nameOf(*rule) : text;
+    return rule && namedLine(nameOf(*rule)) == text + "\n" ? nameOf(*rule) : text;
 }
 
 std::string namesOfFile(const std::string& text)
@@ -306,8 +306,8 @@ namespace {
 
 std::string randomFile(RandomRules& random, std::size_t most)
 {
-    const std::vector<std::string> lines{lineOf("a"), lineOf("a:x"), lineOf("b@1"), lineOf("b@2"),
-        lineOf("c:y"), lineOf("w1"), lineOf("w1:z"), lineOf("w2"), "allow prefix d any r\n",
+    const std::vector<std::string> lines{namedLine("a"), namedLine("a:x"), namedLine("b@1"), namedLine("b@2"),
+        namedLine("c:y"), namedLine("w1"), namedLine("w1:z"), namedLine("w2"), "allow prefix d any r\n",
         "allow prefix \"d\" any r\n", "allow prefix e any rw \u00e4\r\n", "; one\n", "; one\r\n", "; two\n",
         "\n", "\n", "\r\n", "set x 1\n", "some prose of five words here\n",
         "deny prefix \"\u00e4\" \"any\" r \"\" \"\" \"allow path \"z\" \"any\" r \"\" \"\" \"0\"\n",
@@ -435,7 +435,7 @@ TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
     const auto textOf = [](const RuleValues& rules) {
         std::string text;
         for (const RuleValue& rule : rules)
-            text += lineOf(nameOf(rule));
+            text += namedLine(nameOf(rule));
         return text;
     };
     const auto singles = [](const RuleValues& rules) {

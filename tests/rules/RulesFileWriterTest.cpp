@@ -19,7 +19,7 @@ namespace quorvane {
 
 namespace {
 
-std::string lineOf(const std::string& path)
+std::string lineAbout(const std::string& path)
 {
     return "allow path \"" + path + "\" \"any\" r \"\" \"\" \"0\"\n";
 }
@@ -43,8 +43,8 @@ protected:
     const TemporaryFolder folder;
     const std::string path = folder.path("rules");
     RulesContent content;
-    const std::string whole = lineOf("/a") + lineOf("/b") + lineOf("/c");
-    const std::size_t ruleLength = lineOf("/a").size();
+    const std::string whole = lineAbout("/a") + lineAbout("/b") + lineAbout("/c");
+    const std::size_t ruleLength = lineAbout("/a").size();
 };
 
 using Strings = std::vector<std::string>;
@@ -59,7 +59,7 @@ TEST(RulesContent, IsTheSameHoweverMuchWasExpected)
             RulesContent content(LineEnds::cut, rules, bytes);
             content.append(rule);
             content.append(rule);
-            EXPECT_EQ(content.bytes(), lineOf("/a") + lineOf("/a"));
+            EXPECT_EQ(content.bytes(), lineAbout("/a") + lineAbout("/a"));
         }
     }
 }
@@ -163,7 +163,7 @@ TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
     std::signal(SIGXFSZ, before);
 
     EXPECT_EQ(result.message, failure("File too large (27)"));
-    EXPECT_EQ(contents(), lineOf("/a") + lineOf("/b").substr(0, 5) + lineOf("/c"));
+    EXPECT_EQ(contents(), lineAbout("/a") + lineAbout("/b").substr(0, 5) + lineAbout("/c"));
 }
 
 TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
@@ -173,7 +173,7 @@ TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
 
     EXPECT_TRUE(result.opened);
     EXPECT_EQ(result.message, failure("No space left on device (28)"));
-    EXPECT_EQ(contents(), lineOf("/b") + lineOf("/c"));
+    EXPECT_EQ(contents(), lineAbout("/b") + lineAbout("/c"));
 }
 
 TEST_F(RulesFileWriter, RemembersTheLastFailureAndCutsTheFileToWhatWasWritten)
@@ -185,7 +185,7 @@ TEST_F(RulesFileWriter, RemembersTheLastFailureAndCutsTheFileToWhatWasWritten)
     });
 
     EXPECT_EQ(writeRulesFile(path, content).message, failure("Input/output error (5)"));
-    EXPECT_EQ(contents(), lineOf("/c"));
+    EXPECT_EQ(contents(), lineAbout("/c"));
 }
 
 TEST_F(RulesFileWriter, EndsAlsoWhereNothingIsWrittenAndNoReasonGiven)
@@ -255,7 +255,7 @@ TEST_F(RulesFileWriter, OfWholeLinesWritesEveryByte)
     RulesContent allBytes(LineEnds::whole);
     cut.append(beyondAscii);
     allBytes.append(beyondAscii);
-    const std::string line = lineOf("/\xC3\xA9");
+    const std::string line = lineAbout("/\xC3\xA9");
 
     EXPECT_EQ(cut.bytes(), line.substr(0, line.size() - 1));
     EXPECT_EQ(allBytes.bytes(), line);

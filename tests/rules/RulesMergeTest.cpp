@@ -24,7 +24,7 @@ RuleValues rulesOf(const MergeResult& result)
     return rules;
 }
 
-std::string merged(const std::string& base, const std::string& ours, const std::string& theirs,
+std::string mergedRules(const std::string& base, const std::string& ours, const std::string& theirs,
     Placement placement = merging)
 {
     return namesOf(rulesOf(mergeRules(namedRules(base), namedRules(ours), namedRules(theirs), placement)));
@@ -114,7 +114,7 @@ TEST(MergeRules, FollowTheRules)
         {"a watch rule's tag", "w1:x", "w1:x", "w1:y", "w1:y", ""},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(merged(c.base, c.ours, c.theirs), c.result) << c.why;
+        EXPECT_EQ(mergedRules(c.base, c.ours, c.theirs), c.result) << c.why;
         EXPECT_EQ(reportsOf(c.base, c.ours, c.theirs), c.reports) << c.why;
     }
 }
@@ -141,7 +141,7 @@ TEST(MergeRules, PutWhatTheirsAddsBehindWhatPrecedesItThere)
         {"into nothing", "", "", "w1 y", "w1 y"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(merged(c.base, c.ours, c.theirs), c.result) << c.why;
+        EXPECT_EQ(mergedRules(c.base, c.ours, c.theirs), c.result) << c.why;
 }
 
 TEST(MergeRules, CountEqualRulesOneByOne)
@@ -159,7 +159,7 @@ TEST(MergeRules, CountEqualRulesOneByOne)
         {"and second to second", "a:x a:y", "a:x a:y", "a:x a:z", "a:x a:z"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(merged(c.base, c.ours, c.theirs), c.result) << c.why;
+        EXPECT_EQ(mergedRules(c.base, c.ours, c.theirs), c.result) << c.why;
 }
 
 TEST(MergeRules, NameTheRuleOfOursThatEachIs)
@@ -197,7 +197,7 @@ TEST(MergeRules, UndoKeepsWhatOthersDidMeanwhile)
         {"the first of two equal rules", "a b a", "b a", "b a", "a b a"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(merged(c.after, c.present, c.before, undoing), c.result) << c.why;
+        EXPECT_EQ(mergedRules(c.after, c.present, c.before, undoing), c.result) << c.why;
 }
 
 TEST(MergeRules, SayWhichRulesAnUndoMoves)
@@ -211,7 +211,7 @@ TEST(MergeRules, SayWhichRulesAnUndoMoves)
         1);
     for (const MergedRule& rule : result.rules)
         EXPECT_TRUE(rule.ours);
-    EXPECT_EQ(merged("a c b", "a c b", "a b c", merging), "a c b");
+    EXPECT_EQ(mergedRules("a c b", "a c b", "a b c", merging), "a c b");
 }
 
 TEST(MergeRules, OfOneSideAloneIsThatSide)

@@ -23,7 +23,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr const char* oneRule = "allow path /a any r\n";
+constexpr const char* readableRule = "allow path /a any r\n";
 
 // What the reader says of a file.
 struct Outcome {
@@ -76,9 +76,9 @@ TEST(RulesReaderFiles, MissingEmptyOrUndecodableIsNothingReadAndNoFailure)
              sandbox.folder.path("dangling"),
              sandbox.folder.path("to-empty"),
              sandbox.folder.path("pipe"),
-             sandbox.folder.write("wrong", std::string(oneRule) + "allow path /\xFF any r\n"),
-             sandbox.folder.write("cut", std::string(oneRule) + "\xE2\x82"),
-             sandbox.folder.write("surrogate", std::string(oneRule) + "\xED\xA0\x80"),
+             sandbox.folder.write("wrong", std::string(readableRule) + "allow path /\xFF any r\n"),
+             sandbox.folder.write("cut", std::string(readableRule) + "\xE2\x82"),
+             sandbox.folder.write("surrogate", std::string(readableRule) + "\xED\xA0\x80"),
              std::string(),
          })
         expectNothingRead(read(sandbox, path), path);
@@ -87,7 +87,7 @@ TEST(RulesReaderFiles, MissingEmptyOrUndecodableIsNothingReadAndNoFailure)
 TEST(RulesReaderFiles, MissingFileLeavesTheStoreAsItIs)
 {
     const StoreSandbox sandbox;
-    const auto store = sandbox.storeOf(oneRule);
+    const auto store = sandbox.storeOf(readableRule);
 
     EXPECT_TRUE(store->addFileContents(sandbox.folder.path("missing"), false));
     store->rebuildRulesCache();
@@ -107,7 +107,7 @@ TEST(RulesReaderFiles, SymbolicLinkIsRefused)
 {
     const StoreSandbox sandbox;
     const std::string link = sandbox.folder.path("link");
-    std::filesystem::create_symlink(sandbox.folder.write("target", oneRule), link);
+    std::filesystem::create_symlink(sandbox.folder.write("target", readableRule), link);
 
     expectFailure(
         read(sandbox, link), "Failed to open file '" + link + "' for reading: " + systemErrorWords(ELOOP));
@@ -116,7 +116,7 @@ TEST(RulesReaderFiles, SymbolicLinkIsRefused)
 TEST(RulesReaderFiles, LinkAmongTheFoldersAboveIsFollowed)
 {
     const StoreSandbox sandbox;
-    sandbox.folder.write("real/file", oneRule);
+    sandbox.folder.write("real/file", readableRule);
     std::filesystem::create_symlink(sandbox.folder.path("real"), sandbox.folder.path("link"));
 
     EXPECT_EQ(read(sandbox, sandbox.folder.path("link/file")).rules, 1U);
@@ -139,7 +139,7 @@ TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
 {
     const StoreSandbox sandbox;
     std::filesystem::permissions(sandbox.folder.path(), std::filesystem::perms::all);
-    const std::string file = sandbox.folder.write("secret", oneRule);
+    const std::string file = sandbox.folder.write("secret", readableRule);
     std::filesystem::permissions(file, std::filesystem::perms::owner_write);
 
     const std::string answer = answerOfChild([&] {
@@ -156,7 +156,7 @@ TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
 TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
 {
     const StoreSandbox sandbox;
-    const std::string file = sandbox.folder.write("file", oneRule);
+    const std::string file = sandbox.folder.write("file", readableRule);
 
     const std::string answer = answerOfChild([&] {
         close(STDIN_FILENO);
@@ -199,7 +199,7 @@ TEST(RulesReaderFiles, FileLargerThanMemoryIsAFailureNotACrash)
 TEST(RulesReaderFiles, FailureKeepsWhatWasReadBefore)
 {
     const StoreSandbox sandbox;
-    const auto store = sandbox.storeOf(oneRule);
+    const auto store = sandbox.storeOf(readableRule);
     const std::string link = sandbox.folder.path("link");
     std::filesystem::create_symlink(sandbox.folder.write("target", "allow path /b any r\n"), link);
 
@@ -234,11 +234,11 @@ TEST(ReasonRulesAreUnread, IsThereOnlyWhenRulesWouldBeLost)
     const StoreSandbox sandbox;
     const std::string link = sandbox.folder.path("link");
     const std::string undecodable = sandbox.folder.write("wrong", "\xFF");
-    std::filesystem::create_symlink(sandbox.folder.write("target", oneRule), link);
+    std::filesystem::create_symlink(sandbox.folder.write("target", readableRule), link);
 
     EXPECT_EQ(RulesFileText::read(sandbox.folder.path("missing")).unreadReason(), std::nullopt);
     EXPECT_EQ(RulesFileText::read(sandbox.folder.write("empty", "")).unreadReason(), std::nullopt);
-    EXPECT_EQ(RulesFileText::read(sandbox.folder.write("rules", oneRule)).unreadReason(), std::nullopt);
+    EXPECT_EQ(RulesFileText::read(sandbox.folder.write("rules", readableRule)).unreadReason(), std::nullopt);
     EXPECT_NE(RulesFileText::read(undecodable).unreadReason(), std::nullopt);
     EXPECT_NE(RulesFileText::read(link).unreadReason(), std::nullopt);
     EXPECT_NE(RulesFileText::read(sandbox.folder.write("nul", std::string("a\0b", 3))).unreadReason(),

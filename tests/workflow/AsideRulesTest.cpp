@@ -15,7 +15,7 @@ namespace quorvane {
 
 namespace {
 
-RuleValue rule(const std::string& path, const std::string& tag = "", std::uint64_t created = 0)
+RuleValue asideRule(const std::string& path, const std::string& tag = "", std::uint64_t created = 0)
 {
     return valueOf(policyRule(
         {.path = path, .processName = "/bin/sh", .tag = tag, .operations = 1, .created = created}));
@@ -49,28 +49,28 @@ TEST_F(AsideRulesTest, HoldsNothingAtFirstAndMakesNoFile)
 
 TEST_F(AsideRulesTest, KeepsTagDateAndLettersBeyondAscii)
 {
-    const RuleValue kept = rule("/K\u00e4se/", "t\u00e4g", 7);
+    const RuleValue kept = asideRule("/K\u00e4se/", "t\u00e4g", 7);
     EXPECT_EQ(aside().add({kept}), std::nullopt);
     EXPECT_EQ(listed(), line(kept));
 }
 
 TEST_F(AsideRulesTest, AddsBehindWhatIsThereAndRenewsEqualRules)
 {
-    EXPECT_EQ(aside().add({rule("/a", "old"), rule("/b")}), std::nullopt);
-    EXPECT_EQ(aside().add({rule("/c"), rule("/a", "new")}), std::nullopt);
-    EXPECT_EQ(listed(), line(rule("/b")) + line(rule("/c")) + line(rule("/a", "new")));
+    EXPECT_EQ(aside().add({asideRule("/a", "old"), asideRule("/b")}), std::nullopt);
+    EXPECT_EQ(aside().add({asideRule("/c"), asideRule("/a", "new")}), std::nullopt);
+    EXPECT_EQ(listed(), line(asideRule("/b")) + line(asideRule("/c")) + line(asideRule("/a", "new")));
 }
 
 TEST_F(AsideRulesTest, RemovesEqualRules)
 {
-    EXPECT_EQ(aside().add({rule("/a", "t"), rule("/b")}), std::nullopt);
-    EXPECT_EQ(aside().remove({rule("/a", "other"), rule("/z")}), std::nullopt);
-    EXPECT_EQ(listed(), line(rule("/b")));
+    EXPECT_EQ(aside().add({asideRule("/a", "t"), asideRule("/b")}), std::nullopt);
+    EXPECT_EQ(aside().remove({asideRule("/a", "other"), asideRule("/z")}), std::nullopt);
+    EXPECT_EQ(listed(), line(asideRule("/b")));
 }
 
 TEST_F(AsideRulesTest, IsForItsOwnerAlone)
 {
-    EXPECT_EQ(aside().add({rule("/a")}), std::nullopt);
+    EXPECT_EQ(aside().add({asideRule("/a")}), std::nullopt);
     struct stat status { };
     ASSERT_EQ(stat(aside().file().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
@@ -80,32 +80,32 @@ TEST_F(AsideRulesTest, IsForItsOwnerAlone)
 
 TEST_F(AsideRulesTest, BelongsToOneRulesFile)
 {
-    EXPECT_EQ(aside().add({rule("/a")}), std::nullopt);
+    EXPECT_EQ(aside().add({asideRule("/a")}), std::nullopt);
     const AsideRules other(box.folder.path("state/quorvane"), box.folder.path("other.rc"));
     EXPECT_TRUE(other.read().rules.empty());
 }
 
 TEST_F(AsideRulesTest, RefusesWhatNoRulesFileHolds)
 {
-    EXPECT_NE(aside().add({rule("/a"), rule("/quote\"")}), std::nullopt);
+    EXPECT_NE(aside().add({asideRule("/a"), asideRule("/quote\"")}), std::nullopt);
     EXPECT_EQ(listed(), "");
 }
 
 TEST_F(AsideRulesTest, SaysWhyNothingCouldBeAdded)
 {
     blockFile();
-    EXPECT_NE(aside().add({rule("/a")}), std::nullopt);
-    EXPECT_NE(AsideRules("", box.locations.userRulesFile()).add({rule("/a")}), std::nullopt);
+    EXPECT_NE(aside().add({asideRule("/a")}), std::nullopt);
+    EXPECT_NE(AsideRules("", box.locations.userRulesFile()).add({asideRule("/a")}), std::nullopt);
 }
 
 TEST_F(AsideRulesTest, NeverWritesOverWhatItCouldNotRead)
 {
-    EXPECT_EQ(aside().add({rule("/a")}), std::nullopt);
-    const std::string broken = line(rule("/a")) + "allow \xff\n";
+    EXPECT_EQ(aside().add({asideRule("/a")}), std::nullopt);
+    const std::string broken = line(asideRule("/a")) + "allow \xff\n";
     box.folder.write(aside().file().substr(box.folder.path().size() + 1), broken);
     EXPECT_NE(aside().read().problem, std::nullopt);
-    EXPECT_NE(aside().add({rule("/b")}), std::nullopt);
-    EXPECT_NE(aside().remove({rule("/a")}), std::nullopt);
+    EXPECT_NE(aside().add({asideRule("/b")}), std::nullopt);
+    EXPECT_NE(aside().remove({asideRule("/a")}), std::nullopt);
     EXPECT_EQ(TemporaryFolder::contents(aside().file()), broken);
 }
 
@@ -116,7 +116,8 @@ TEST_F(AsideRulesTest, LosesNothingWhenManyAddAtOnce)
     for (int thread = 0; thread < 8; ++thread) {
         threads.emplace_back([this, thread, &failures] {
             for (int count = 0; count < 5; ++count)
-                failures += aside().add({rule("/" + std::to_string(thread) + "/" + std::to_string(count))})
+                failures
+                    += aside().add({asideRule("/" + std::to_string(thread) + "/" + std::to_string(count))})
                     ? 1
                     : 0;
         });

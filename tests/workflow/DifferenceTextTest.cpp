@@ -6,13 +6,13 @@ namespace quorvane {
 
 namespace {
 
-RuleValue rule(NullableText tag, std::uint64_t created = 0)
+RuleValue policyTagged(NullableText tag, std::uint64_t created = 0)
 {
     return makeRuleValue(PolicyRuleFields{
         .path = "/a", .processName = "any", .tag = std::move(tag), .operations = 3, .created = created});
 }
 
-RuleValue watchRule(NullableText tag)
+RuleValue watchTagged(NullableText tag)
 {
     return makeRuleValue(
         WatchRuleFields{.path = "/w", .processName = "any", .tag = std::move(tag), .operations = 1});
@@ -27,16 +27,16 @@ TEST(ChangeText, NamesTagAndCreationTimeBeforeAndAfter)
         RuleValue before, after;
         std::string text;
     } cases[] = {
-        {"nothing", rule("x", 1), rule("x", 1), ""},
-        {"another tag", rule("x"), rule("y"), R"(tag changed from "x" to "y")"},
-        {"a first tag", rule(""), rule("y"), R"(tag set to "y")"},
-        {"no tag any more", rule("x"), rule(""), R"(tag "x" removed)"},
-        {"a watch rule", watchRule("x"), watchRule("y"), R"(tag changed from "x" to "y")"},
-        {"a time", rule("", 0), rule("", 1478000000),
+        {"nothing", policyTagged("x", 1), policyTagged("x", 1), ""},
+        {"another tag", policyTagged("x"), policyTagged("y"), R"(tag changed from "x" to "y")"},
+        {"a first tag", policyTagged(""), policyTagged("y"), R"(tag set to "y")"},
+        {"no tag any more", policyTagged("x"), policyTagged(""), R"(tag "x" removed)"},
+        {"a watch rule", watchTagged("x"), watchTagged("y"), R"(tag changed from "x" to "y")"},
+        {"a time", policyTagged("", 0), policyTagged("", 1478000000),
             "creation time changed from none to 2016-11-01 11:33:20 UTC"},
-        {"times that no calendar reaches", rule("", 253402300800), rule("", UINT64_MAX),
+        {"times that no calendar reaches", policyTagged("", 253402300800), policyTagged("", UINT64_MAX),
             "creation time changed from 253402300800 to -1"},
-        {"both", rule("x", 1), rule("", 0),
+        {"both", policyTagged("x", 1), policyTagged("", 0),
             R"(tag "x" removed, creation time changed from 1970-01-01 00:00:01 UTC to none)"},
     };
     for (const auto& c : cases)
@@ -64,7 +64,8 @@ TEST(ChangeText, NamesWhatAChangeOfManyRulesMayChange)
 
 TEST(DifferenceTexts, SayWhatHappenedToEachRule)
 {
-    const RulesDifference difference{{rule("new")}, {watchRule("")}, {{rule("x"), rule("y")}}};
+    const RulesDifference difference{
+        {policyTagged("new")}, {watchTagged("")}, {{policyTagged("x"), policyTagged("y")}}};
 
     EXPECT_EQ(differenceTexts(difference),
         (std::vector<std::string>{R"(added: allow prefix "/a" "any" rw "new" "" "0")",
@@ -75,8 +76,8 @@ TEST(DifferenceTexts, SayWhatHappenedToEachRule)
 
 TEST(DifferenceSummary, CountsWithoutWhatIsNone)
 {
-    const RuleValue one = rule("");
-    const std::pair<RuleValue, RuleValue> change{rule("x"), rule("y")};
+    const RuleValue one = policyTagged("");
+    const std::pair<RuleValue, RuleValue> change{policyTagged("x"), policyTagged("y")};
 
     EXPECT_EQ(differenceSummary({}), "no rule changed");
     EXPECT_EQ(differenceSummary({{one}, {}, {}}), "1 rule added");
@@ -87,11 +88,11 @@ TEST(DifferenceSummary, CountsWithoutWhatIsNone)
 
 TEST(ReportText, NamesWhatAMergeKept)
 {
-    EXPECT_EQ(reportText({MergeReport::tagSetOnBothSides, rule("x"), rule("y")}),
+    EXPECT_EQ(reportText({MergeReport::tagSetOnBothSides, policyTagged("x"), policyTagged("y")}),
         R"(both sides changed the tag: "x" is kept, not "y": allow prefix "/a" "any" rw "x" "" "0")");
-    EXPECT_EQ(reportText({MergeReport::keptForItsTag, watchRule("x"), watchRule("")}),
+    EXPECT_EQ(reportText({MergeReport::keptForItsTag, watchTagged("x"), watchTagged("")}),
         R"(one side removed the rule, the other changed its tag: it is kept: watch prefix "/w" "any" r "x")");
-    EXPECT_EQ(reportText({MergeReport::addedWithOtherTag, watchRule("x"), watchRule("y")}),
+    EXPECT_EQ(reportText({MergeReport::addedWithOtherTag, watchTagged("x"), watchTagged("y")}),
         R"(both sides added the rule: the tag "x" is kept, not "y": watch prefix "/w" "any" r "x")");
 }
 

@@ -11,8 +11,9 @@ namespace quorvane {
 
 namespace {
 
-std::string line(const std::string& path, const std::string& process = "any", const std::string& rest = "",
-    const std::string& start = "allow prefix", const std::string& operations = "r")
+std::string ruleLine(const std::string& path, const std::string& process = "any",
+    const std::string& rest = "", const std::string& start = "allow prefix",
+    const std::string& operations = "r")
 {
     return start + " \"" + path + "\" \"" + process + "\" " + operations
         + (rest.empty() ? R"( "" "" "0")" : rest) + "\n";
@@ -58,13 +59,13 @@ using Lines = std::vector<std::string>;
 
 TEST_F(PlannedChangeTest, APatchChangesWhatItNamesAndNothingElse)
 {
-    open(line("/a", "/bin/sh", R"( "old" "T" "7")"));
+    open(ruleLine("/a", "/bin/sh", R"( "old" "T" "7")"));
     const PlannedChange plan = patch({.tag = "new",
         .ruleClass = 1,
         .operations = RulePatch::Operations{RulePatch::Operations::replaced, 18},
         .constraint = "TEAM"});
     EXPECT_EQ(plan.unchanged, 0U);
-    EXPECT_EQ(carriedOut(plan), line("/a", "/bin/sh", R"( "new" "TEAM" "7")", "deny prefix", "wx"));
+    EXPECT_EQ(carriedOut(plan), ruleLine("/a", "/bin/sh", R"( "new" "TEAM" "7")", "deny prefix", "wx"));
 }
 
 TEST_F(PlannedChangeTest, OperationsAreReplacedAddedAndRemoved)
@@ -76,15 +77,15 @@ TEST_F(PlannedChangeTest, OperationsAreReplacedAddedAndRemoved)
     } cases[] = {
         {{Operations::replaced, 8}, "m"}, {{Operations::added, 4}, "rwc"}, {{Operations::removed, 1}, "w"}};
     for (const auto& c : cases) {
-        open(line("/a", "any", "", "allow prefix", "rw"));
+        open(ruleLine("/a", "any", "", "allow prefix", "rw"));
         EXPECT_EQ(
-            carriedOut(patch({.operations = c.patch})), line("/a", "any", "", "allow prefix", c.result));
+            carriedOut(patch({.operations = c.patch})), ruleLine("/a", "any", "", "allow prefix", c.result));
     }
 }
 
 TEST_F(PlannedChangeTest, RulesThatNeedNothingAreCountedAndNotTouched)
 {
-    open(line("/a", "any", R"( "t" "" "0")") + line("/b"));
+    open(ruleLine("/a", "any", R"( "t" "" "0")") + ruleLine("/b"));
     const PlannedChange plan = patch({.tag = "t"});
     EXPECT_EQ(plan.unchanged, 1U);
     EXPECT_EQ(plan.change.changed.size(), 1U);
@@ -96,7 +97,7 @@ TEST_F(PlannedChangeTest, AWatchRuleHasNoConstraintAndStaysAWatchRule)
 {
     open(R"(watch prefix "/w" "/bin/sh" r "")"
          "\n"
-        + line("/a"));
+        + ruleLine("/a"));
     EXPECT_EQ(patch({.constraint = "TEAM"}).unchanged, 1U);
     EXPECT_NE(patch({.ruleClass = 0}).refusal, std::nullopt);
     EXPECT_NE(patch({.ruleClass = 2}).refusal, std::nullopt);
@@ -105,34 +106,35 @@ TEST_F(PlannedChangeTest, AWatchRuleHasNoConstraintAndStaysAWatchRule)
 
 TEST_F(PlannedChangeTest, OfTwoRulesThatBecomeEqualTheOneThatWasThatRuleStays)
 {
-    open(line("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
-        + line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+    open(ruleLine("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
+        + ruleLine("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
     const PlannedChange plan
         = patch({.operations = RulePatch::Operations{RulePatch::Operations::replaced, 3}});
     EXPECT_EQ(changes(plan), Lines{R"(removed: allow prefix "/a" "any" r "first" "" "0")"});
     EXPECT_EQ(plan.unchanged, 1U);
-    EXPECT_EQ(carriedOut(plan), line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+    EXPECT_EQ(carriedOut(plan), ruleLine("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
 }
 
 TEST_F(PlannedChangeTest, OfTwoRulesThatBothBecomeAnotherTheEarlierStays)
 {
-    open(line("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
-        + line("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
+    open(ruleLine("/a", "any", R"( "first" "" "0")", "allow prefix", "r")
+        + ruleLine("/a", "any", R"( "second" "" "0")", "allow prefix", "rw"));
     EXPECT_EQ(carriedOut(patch({.operations = RulePatch::Operations{RulePatch::Operations::replaced, 4}})),
-        line("/a", "any", R"( "first" "" "0")", "allow prefix", "c"));
+        ruleLine("/a", "any", R"( "first" "" "0")", "allow prefix", "c"));
 }
 
 TEST_F(PlannedChangeTest, ARuleThatLeavesAnotherRulesPlaceIsNoObstacle)
 {
     // The first becomes what the second was, which becomes something else.
-    open(line("/a", "/bin/x", "", "allow prefix", "r") + line("/a", "/bin/x", "", "allow prefix", "rw"));
+    open(ruleLine("/a", "/bin/x", "", "allow prefix", "r")
+        + ruleLine("/a", "/bin/x", "", "allow prefix", "rw"));
     const PlannedChange plan = patch({.operations = RulePatch::Operations{RulePatch::Operations::added, 2}});
-    EXPECT_EQ(carriedOut(plan), line("/a", "/bin/x", "", "allow prefix", "rw"));
+    EXPECT_EQ(carriedOut(plan), ruleLine("/a", "/bin/x", "", "allow prefix", "rw"));
 }
 
 TEST_F(PlannedChangeTest, WhatDoesNotComeBackFromTheFileIsRefused)
 {
-    open(line("/a"));
+    open(ruleLine("/a"));
     EXPECT_NE(patch({.operations = RulePatch::Operations{RulePatch::Operations::removed, 31}}).refusal,
         std::nullopt);
     EXPECT_NE(patch({.tag = "a\nb"}).refusal, std::nullopt);
@@ -147,14 +149,14 @@ TEST_F(PlannedChangeTest, WhatDoesNotComeBackFromTheFileIsRefused)
 
 TEST_F(PlannedChangeTest, ATagsDoubleQuotesAreLeftOut)
 {
-    open(line("/a"));
-    EXPECT_EQ(carriedOut(patch({.tag = "say \"hi\""})), line("/a", "any", R"( "say hi" "" "0")"));
+    open(ruleLine("/a"));
+    EXPECT_EQ(carriedOut(patch({.tag = "say \"hi\""})), ruleLine("/a", "any", R"( "say hi" "" "0")"));
     EXPECT_EQ(patch({.tag = "say \"hi\""}).unchanged, 1U);
 }
 
 TEST_F(PlannedChangeTest, IsRefusedWhereItWouldCutAnotherRule)
 {
-    open(line("/a") + line("/caf\u00e9s"));
+    open(ruleLine("/a") + ruleLine("/caf\u00e9s"));
     const std::vector<RuleRef> first{userRules().front()};
     const auto plan
         = [&](LineEnds lineEnds) { return patchingOf(*work->store, first, {.tag = "t"}, facts, lineEnds); };
@@ -169,13 +171,13 @@ TEST_F(PlannedChangeTest, BindsEachRuleToItsProgramAsItIs)
 {
     facts.existing = {"/opt/tool", "/opt/signed"};
     facts.teams["/opt/signed"] = "TEAM";
-    open(line("/a", "/opt/signed", R"( "" "OLD" "0")") + line("/a", "/gone", R"( "" "KEPT" "0")")
-        + line("/a", "any", R"( "" "KEPT" "0")"));
+    open(ruleLine("/a", "/opt/signed", R"( "" "OLD" "0")") + ruleLine("/a", "/gone", R"( "" "KEPT" "0")")
+        + ruleLine("/a", "any", R"( "" "KEPT" "0")"));
     const PlannedChange plan = patch({.isBoundToProgram = true});
     EXPECT_EQ(changes(plan).size(), 1U);
     EXPECT_EQ(plan.unchanged, 2U);
     EXPECT_EQ(plan.remarks.size(), 2U);
-    EXPECT_NE(carriedOut(plan).find(line("/a", "/opt/signed", R"( "" "TEAM" "0")")), std::string::npos);
+    EXPECT_NE(carriedOut(plan).find(ruleLine("/a", "/opt/signed", R"( "" "TEAM" "0")")), std::string::npos);
 }
 
 TEST(MovedProcess, ReplacesWholePathsWhereverTheyStand)
@@ -197,19 +199,19 @@ TEST(MovedProcess, ReplacesWholePathsWhereverTheyStand)
 
 TEST_F(PlannedChangeTest, AMoveKeepsConstraintsAndFoldsWhatIsThereAlready)
 {
-    open(line("/a", "/new", R"( "mine" "" "0")") + line("/a", "/old", R"( "theirs" "" "0")")
-        + line("/b", "/old", R"( "" "KEPT" "5")"));
+    open(ruleLine("/a", "/new", R"( "mine" "" "0")") + ruleLine("/a", "/old", R"( "theirs" "" "0")")
+        + ruleLine("/b", "/old", R"( "" "KEPT" "5")"));
     const PlannedChange plan = movingOf(*work->store, "/old", "/new", LineEnds::cut);
-    EXPECT_EQ(
-        carriedOut(plan), line("/a", "/new", R"( "mine" "" "0")") + line("/b", "/new", R"( "" "KEPT" "5")"));
+    EXPECT_EQ(carriedOut(plan),
+        ruleLine("/a", "/new", R"( "mine" "" "0")") + ruleLine("/b", "/new", R"( "" "KEPT" "5")"));
     EXPECT_TRUE(movingOf(*work->store, "/old", "/new", LineEnds::cut).change.isEmpty());
 }
 
 TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
 {
     // The first two cover each other.
-    open(line("", "/p", R"( "one" "" "0")") + line("any", "/p", R"( "two" "" "0")") + line("/a/", "/p")
-        + line("/a/b", "/p"));
+    open(ruleLine("", "/p", R"( "one" "" "0")") + ruleLine("any", "/p", R"( "two" "" "0")")
+        + ruleLine("/a/", "/p") + ruleLine("/a/b", "/p"));
     const std::vector<RuleRef> all = userRules();
     const auto left = [&](const std::vector<RuleRef>& rules, const std::vector<RuleRef>& gone) {
         const std::vector<RuleRef> dispensable = dispensableRules(*work->store, rules, gone);
@@ -322,13 +324,14 @@ TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
 
 TEST_F(PlannedChangeTest, CopiesForAnotherProgramAreBoundToItAndTakeNothingAway)
 {
-    open(line("/a", "/bin/old", R"( "t" "OLD" "7")") + line("/b", "/bin/old via /bin/sh", R"( "" "" "0")"));
+    open(ruleLine("/a", "/bin/old", R"( "t" "OLD" "7")")
+        + ruleLine("/b", "/bin/old via /bin/sh", R"( "" "" "0")"));
     facts.existing.insert("/bin/new");
     facts.teams["/bin/new"] = "NEW";
     const std::string before = file();
     EXPECT_EQ(carriedOut(copyingOf(*work->store, userRules(), "/bin/new", facts, LineEnds::cut)),
-        line("/a", "/bin/new", R"( "t" "NEW" "0")") + line("/b", "/bin/new via /bin/sh", R"( "" "NEW" "0")")
-            + before);
+        ruleLine("/a", "/bin/new", R"( "t" "NEW" "0")")
+            + ruleLine("/b", "/bin/new via /bin/sh", R"( "" "NEW" "0")") + before);
     EXPECT_TRUE(work->document->undo());
     EXPECT_EQ(file(), before);
 }
@@ -342,7 +345,7 @@ TEST_F(PlannedChangeTest, CopiesTakeTheNewProgramInThePlaceOfTheOneThatTheyAreAb
         {"any ancestor /bin/sh", "any ancestor /p"}, {"/bin/a (-x)", "/p (-x)"},
         {"/bin/a via any", "/p via any"}};
     for (const auto& c : cases) {
-        open(line("/a", c.process));
+        open(ruleLine("/a", c.process));
         const PlannedChange plan = copyingOf(*work->store, userRules(), "/p", facts, LineEnds::cut);
         ASSERT_EQ(plan.difference.added.size(), 1U) << c.process;
         EXPECT_EQ(
@@ -353,7 +356,7 @@ TEST_F(PlannedChangeTest, CopiesTakeTheNewProgramInThePlaceOfTheOneThatTheyAreAb
 
 TEST_F(PlannedChangeTest, ACopyThatIsThereAlreadyNeedsNothing)
 {
-    open(line("/a", "/bin/a") + line("/a", "/bin/b") + line("/a", "/bin/c"));
+    open(ruleLine("/a", "/bin/a") + ruleLine("/a", "/bin/b") + ruleLine("/a", "/bin/c"));
     const PlannedChange plan = copyingOf(*work->store, userRules(), "/bin/b", facts, LineEnds::cut);
     EXPECT_TRUE(plan.change.isEmpty());
     EXPECT_EQ(plan.unchanged, 3U);
@@ -361,27 +364,27 @@ TEST_F(PlannedChangeTest, ACopyThatIsThereAlreadyNeedsNothing)
 
 TEST_F(PlannedChangeTest, ACopyThatTheFileWouldNotHoldIsRefused)
 {
-    open(line("/a", "/bin/a"));
+    open(ruleLine("/a", "/bin/a"));
     EXPECT_NE(copyingOf(*work->store, userRules(), "/bin/\"b", facts, LineEnds::cut).refusal, std::nullopt);
 }
 
 TEST_F(PlannedChangeTest, WhatIsAddedKeepsItsTagAndTimeAndStandsOnce)
 {
-    open(line("/a"));
+    open(ruleLine("/a"));
     std::vector<RuleValue> values;
     const auto others
-        = box.storeOf(line("/a", "any", R"( "other" "" "5")") + line("/b", "any", R"( "t" "" "7")"));
+        = box.storeOf(ruleLine("/a", "any", R"( "other" "" "5")") + ruleLine("/b", "any", R"( "t" "" "7")"));
     for (const RuleRef& rule : others->userRules())
         values.push_back(valueOf(rule));
     values.push_back(values.back());
     const PlannedChange plan = addingOf(*work->store, values, LineEnds::cut);
     EXPECT_EQ(plan.unchanged, 2U);
-    EXPECT_EQ(carriedOut(plan), line("/a") + line("/b", "any", R"( "t" "" "7")"));
+    EXPECT_EQ(carriedOut(plan), ruleLine("/a") + ruleLine("/b", "any", R"( "t" "" "7")"));
 }
 
 TEST_F(PlannedChangeTest, ARefusalTellsWhetherWholeLinesWouldHelp)
 {
-    open(line("/a"));
+    open(ruleLine("/a"));
     EXPECT_TRUE(patch({.tag = "t\u00e4g"}).wantsWholeLines);
     EXPECT_FALSE(patch({.constraint = "a\"b"}).wantsWholeLines);
     EXPECT_FALSE(patch({.constraint = "\u00e4\"b"}).wantsWholeLines);

@@ -16,7 +16,7 @@ namespace quorvane {
 
 namespace {
 
-std::string line(const std::string& path)
+std::string lineAbout(const std::string& path)
 {
     return "allow prefix \"" + path + "\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
 }
@@ -92,8 +92,8 @@ protected:
 
 constexpr int firstOfRules = 1; // among the calls of write, where the first one makes the marker
 
-const std::string before = line("/a") + line("/b") + line("/c");
-const std::string meant = line("/b") + line("/c") + line("/new");
+const std::string before = lineAbout("/a") + lineAbout("/b") + lineAbout("/c");
+const std::string meant = lineAbout("/b") + lineAbout("/c") + lineAbout("/new");
 
 } // namespace
 
@@ -119,7 +119,7 @@ TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
 {
     const std::size_t whole = meant.size();
     for (const std::size_t length :
-        {std::size_t{0}, std::size_t{1}, line("/b").size(), whole / 2, whole - 1}) {
+        {std::size_t{0}, std::size_t{1}, lineAbout("/b").size(), whole / 2, whole - 1}) {
         for (const std::string& rest : {std::string(), before.substr(std::min(length, before.size())),
                  std::string(whole - length, '\0')}) {
             const std::string now = meant.substr(0, length) + rest;
@@ -138,10 +138,10 @@ TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
 
 TEST_F(Recovery, WritesWhatAnotherProgramDidSinceAndWhatWasMeant)
 {
-    cutShort(before, meant, line("/foreign") + before);
+    cutShort(before, meant, lineAbout("/foreign") + before);
     DocumentAtWork next(box);
     next.document->recover();
-    EXPECT_EQ(file(), line("/foreign") + line("/b") + line("/c") + line("/new"));
+    EXPECT_EQ(file(), lineAbout("/foreign") + lineAbout("/b") + lineAbout("/c") + lineAbout("/new"));
     EXPECT_FALSE(next.document->hasUnwrittenChanges());
     EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
 }
@@ -151,7 +151,7 @@ TEST_F(Recovery, ComesBeforeTheNextChange)
     cutShort(before, meant, meant.substr(0, 60));
     DocumentAtWork next(box);
     EXPECT_FALSE(next.add("/next").failure);
-    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_EQ(file(), meant + lineAbout("/next"));
     EXPECT_EQ(next.newsOf(Kind::recovered).size(), 1U);
     EXPECT_EQ(next.newsOf(Kind::setAside), std::vector<std::string>());
 }
@@ -161,7 +161,7 @@ TEST_F(Recovery, OfAFileThatEndsInZerosSetsNothingAside)
     cutShort(before, meant, meant.substr(0, 60) + std::string(40, '\0'));
     DocumentAtWork next(box);
     EXPECT_FALSE(next.add("/next").failure);
-    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_EQ(file(), meant + lineAbout("/next"));
     EXPECT_EQ(next.newsOf(Kind::setAside), std::vector<std::string>());
 }
 
@@ -170,7 +170,7 @@ TEST_F(Recovery, OfAWriteOnTopOfAnotherThatWasCutCompletesTheOlderOne)
     const std::string cut = meant.substr(0, 60);
     cutShort(before, meant, cut);
     journal()->record(versionOf(cut, "As it was found"));
-    const std::string newer = line("/b") + line("/newer");
+    const std::string newer = lineAbout("/b") + lineAbout("/newer");
     ASSERT_TRUE(journal()->begin(versionOf(newer, "Newer"))); // and never began to write
     recovered();
     EXPECT_EQ(file(), meant);
@@ -188,7 +188,7 @@ TEST_F(Recovery, ThatFindsNoRoomLosesNothingAndIsTriedAgain)
     }
     EXPECT_TRUE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
     EXPECT_FALSE(next.add("/next").failure);
-    EXPECT_EQ(file(), meant + line("/next"));
+    EXPECT_EQ(file(), meant + lineAbout("/next"));
     EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
 }
 
@@ -201,9 +201,9 @@ TEST_F(Recovery, OfAFailedWriteBringsBackTheRuleThatWasLeftOut)
             SystemCall::write, failing(EIO, [](int number) { return number == firstOfRules; }));
         EXPECT_TRUE(window.add("/new").failure);
     }
-    EXPECT_EQ(file(), line("/b") + line("/c") + line("/new"));
+    EXPECT_EQ(file(), lineAbout("/b") + lineAbout("/c") + lineAbout("/new"));
     recovered();
-    EXPECT_EQ(file(), before + line("/new"));
+    EXPECT_EQ(file(), before + lineAbout("/new"));
 }
 
 TEST_F(Recovery, IsNotNeededWhereThereIsNoJournalSinceAFailedWritePutsTheOldContentBack)
@@ -220,7 +220,7 @@ TEST_F(Recovery, IsNotNeededWhereThereIsNoJournalSinceAFailedWritePutsTheOldCont
         EXPECT_EQ(file(), meant);
     }
     EXPECT_FALSE(window.add("/last").failure);
-    EXPECT_EQ(file(), meant + line("/too much") + line("/last"));
+    EXPECT_EQ(file(), meant + lineAbout("/too much") + lineAbout("/last"));
 }
 
 TEST_F(Recovery, OfAnUnreadableFileKeepsItUnderAnotherNameUnlessNothingCanTakeItsPlace)
@@ -235,7 +235,7 @@ TEST_F(Recovery, OfAnUnreadableFileKeepsItUnderAnotherNameUnlessNothingCanTakeIt
     EXPECT_EQ(file(), before + "\xFF");
     EXPECT_FALSE(std::filesystem::exists(path() + ".unread"));
     window.document->writeNow();
-    EXPECT_EQ(file(), line("/new"));
+    EXPECT_EQ(file(), lineAbout("/new"));
     EXPECT_EQ(TemporaryFolder::contents(path() + ".unread"), before + "\xFF");
 }
 
@@ -261,7 +261,7 @@ TEST_F(Recovery, OfAWindowsOwnFailedWriteDoesNotTakeTheCutFileForAnothersRemoval
     }
     EXPECT_EQ(file(), "");
     window.document->takeForeignChanges();
-    EXPECT_EQ(file(), before + line("/new"));
+    EXPECT_EQ(file(), before + lineAbout("/new"));
     EXPECT_EQ(window.store->userRules().size(), 4U);
 }
 
