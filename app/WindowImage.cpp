@@ -22,8 +22,10 @@
 #include "workflow/RulesHistory.h"
 #include "workflow/RulesPlace.h"
 
+#include <QAbstractItemModel>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QDockWidget>
 #include <QEventLoop>
@@ -131,6 +133,17 @@ Subject problemsOf(int row, Surroundings& around)
     auto* tree = panel->findChild<QTreeView*>();
     Q_EMIT tree->clicked(problemOf(*rule, *panel->findChild<ProblemsModel*>()));
     waitFor(*window->findChild<RuleStrip*>(), &RuleStrip::wasFilled);
+    return window;
+}
+
+// The main window narrowed to a class, which is the one at that place in its choice.
+Subject narrowedTo(int place, Surroundings& around)
+{
+    auto window = makeMainWindow(around);
+    window->findChild<QAction*>(QStringLiteral("narrowMenuItem"))->trigger();
+    window->show();
+    window->findChild<QComboBox*>(QStringLiteral("classChoice"))->setCurrentIndex(place);
+    waitFor(*window->findChild<QTableView*>()->model(), &QAbstractItemModel::modelReset);
     return window;
 }
 
@@ -264,6 +277,8 @@ Subject windowNamed(int wordCount, char** words, Surroundings& around)
         return mainWindow(number(1), around);
     if (name == "problems" && wordCount == 2)
         return problemsOf(number(1), around);
+    if (name == "narrow" && wordCount == 2)
+        return narrowedTo(number(1), around);
     if (name == "item" && wordCount == 6)
         return windowOfItems(words[1], number(2), number(3), {number(4), number(5)}, around);
     if (name == "menu" && wordCount == 2)
@@ -299,7 +314,8 @@ int main(int argumentCount, char** arguments)
         ? quorvane::Subject()
         : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
     if (subject.shown == nullptr) {
-        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | item NAME[+NAME...] "
+        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | narrow CLASS | item "
+                   "NAME[+NAME...] "
                    "FIRST-ROW RULES WIDTH HEIGHT | menu NAME | editor ROW | review RULES-FILE | "
                    "touching PATH | map | history | preferences]\n",
             stderr);
