@@ -8,8 +8,8 @@
 
 namespace quorvane {
 
-// Bytes of somebody else, with their digest, which of a large file takes as long as reading it: it is made
-// here, once for all who ask.
+// Bytes that another object owns, which must outlive this, with their digest. To digest a large file takes as
+// long as to read it, so it is done here, once. Immutable; any thread.
 class DigestedBytes {
 public:
     DigestedBytes()

@@ -82,6 +82,16 @@ protected:
     void confirm() const { control<QPushButton>("changeButton")->click(); }
     void namePath(const std::string& path) const { control<PathField>("programField")->setPath(path); }
     void undo() const { action("undoMenuItem")->trigger(); }
+    // Asks where the program of a new rule, which is not in the folder, has moved to.
+    void askWhereProgramIs(const char* name)
+    {
+        document->perform(
+            additionOf(policyRule({.path = "/t", .processName = box.folder.path(name), .operations = 1})),
+            {"Add"});
+        window->reloadData();
+        selectPath(QStringLiteral("/t"));
+        action("programMovedMenuItem")->trigger();
+    }
     // Ends with a Ctrl+Z that restores the file to the byte.
     void expectUndoRestores(const std::string& before) const
     {
@@ -279,12 +289,7 @@ TEST_F(Selection, FollowsItsProgramWithAllOfItsRules)
 TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
 {
     const std::string newer = box.folder.write("tool-2", "a program");
-    document->perform(
-        additionOf(policyRule({.path = "/t", .processName = box.folder.path("tool-1"), .operations = 1})),
-        {"Add"});
-    window->reloadData();
-    selectPath(QStringLiteral("/t"));
-    action("programMovedMenuItem")->trigger();
+    askWhereProgramIs("tool-1");
     EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
     EXPECT_EQ(control<QComboBox>("candidatesPopUp")->currentData().toString().toStdString(), newer);
     EXPECT_EQ(control<PathField>("programField")->path(), newer);
@@ -294,12 +299,7 @@ TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
 TEST_F(Selection, KeepsTheProgramThatWasNamedBeforeOthersWereFound)
 {
     box.folder.write("tool-2", "a program");
-    document->perform(
-        additionOf(policyRule({.path = "/t", .processName = box.folder.path("tool-1"), .operations = 1})),
-        {"Add"});
-    window->reloadData();
-    selectPath(QStringLiteral("/t"));
-    action("programMovedMenuItem")->trigger();
+    askWhereProgramIs("tool-1");
     namePath("/nowhere/tool");
     EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
     EXPECT_EQ(control<PathField>("programField")->path(), "/nowhere/tool");
