@@ -52,7 +52,7 @@ Json jsonText(const std::optional<std::string>& text)
     return text ? Json(*text) : Json(nullptr);
 }
 
-std::string jsonLine(Json subject, const SignatureAnswers& answers)
+std::string answersLine(Json subject, const SignatureAnswers& answers)
 {
     subject["state"] = answers.state;
     if (answers.strictState)
@@ -125,11 +125,11 @@ public:
         Output output;
         for (const std::string& path : m_paths) {
             const SignatureAnswers answers = answersForPath(path);
-            output.write(m_asJson ? jsonLine({{"path", path}}, answers) : textLines(path, answers));
+            output.write(m_asJson ? answersLine({{"path", path}}, answers) : textLines(path, answers));
         }
         for (const std::int32_t pid : m_pids) {
             const SignatureAnswers answers = answersForProcess(pid);
-            output.write(m_asJson ? jsonLine({{"pid", pid}}, answers)
+            output.write(m_asJson ? answersLine({{"pid", pid}}, answers)
                                   : textLines("process " + std::to_string(pid), answers));
         }
         return output.finish() ? 0 : 1;

@@ -72,15 +72,15 @@ std::optional<PropertyValue> integerAt(std::string_view bytes, std::uint64_t pla
     return number ? std::optional(PropertyValue{static_cast<std::int64_t>(*number)}) : std::nullopt;
 }
 
-class Reader {
+class BinaryReader {
 public:
     // None when the trailer does not describe a list.
-    static std::optional<Reader> of(std::string_view list)
+    static std::optional<BinaryReader> of(std::string_view list)
     {
         if (list.size() < magic.size() + trailerSize)
             return std::nullopt;
         const std::uint64_t trailer = list.size() - trailerSize;
-        Reader reader;
+        BinaryReader reader;
         reader.m_list = list;
         reader.m_offsetWidth = *numberAt(list, trailer + 6, 1);
         reader.m_referenceWidth = *numberAt(list, trailer + 7, 1);
@@ -264,7 +264,7 @@ bool isBinaryPropertyList(std::string_view bytes)
 
 std::optional<PropertyValue> readBinaryPropertyList(std::string_view bytes)
 {
-    auto reader = Reader::of(bytes);
+    auto reader = BinaryReader::of(bytes);
     return reader ? reader->root() : std::nullopt;
 }
 

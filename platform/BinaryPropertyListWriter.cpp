@@ -52,9 +52,9 @@ std::uint64_t countObjects(const PropertyValue& value)
 
 // Objects are numbered as they are written: all texts in their order, then containers behind what they hold,
 // the root last.
-class Writer {
+class BinaryWriter {
 public:
-    explicit Writer(std::size_t largest)
+    explicit BinaryWriter(std::size_t largest)
         : m_largest(largest)
     {
     }
@@ -225,7 +225,7 @@ private:
 
 std::optional<std::string> binaryPropertyList(const PropertyValue& root, std::size_t largest)
 {
-    return Writer(largest).list(root);
+    return BinaryWriter(largest).list(root);
 }
 
 } // namespace quorvane

@@ -24,18 +24,6 @@ std::uint64_t memoryOfMachine()
         * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-// Where the last character of `text` begins, which a cut may have left incomplete.
-std::size_t startOfLastCharacter(std::string_view text)
-{
-    constexpr std::size_t longest = 4;
-    for (std::size_t length = 1; length <= longest && length <= text.size(); ++length) {
-        const auto byte = static_cast<unsigned char>(text[text.size() - length]);
-        if ((byte & 0xC0U) != 0x80U)
-            return text.size() - length;
-    }
-    return text.size();
-}
-
 } // namespace
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t largestSize)

@@ -1,5 +1,7 @@
 #include "platform/PropertyListText.h"
 
+#include "platform/Unicode.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,14 +17,6 @@ namespace {
 constexpr int deepestShown = 64;
 constexpr std::size_t mostShown = 64U << 10U; // bytes
 
-std::size_t startOfLastCharacter(std::string_view text)
-{
-    std::size_t at = text.size() - 1;
-    while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U)
-        --at;
-    return at;
-}
-
 // Any date that a list can hold, beyond 64 bits too.
 std::string wholeSeconds(double seconds)
 {
@@ -33,7 +27,7 @@ std::string wholeSeconds(double seconds)
     return std::string(std::as_const(digits).data(), end);
 }
 
-class Writer {
+class TextWriter {
 public:
     void write(const PropertyValue& value)
     {
@@ -125,7 +119,7 @@ private:
 
 std::string propertyListText(const PropertyValue& value)
 {
-    Writer writer;
+    TextWriter writer;
     writer.write(value);
     return writer.text();
 }

@@ -157,6 +157,17 @@ std::optional<std::string> textFromUtf16(std::string_view bytes, bool littleEndi
     return bytes.size() % 2 == 0 ? std::optional(std::move(text)) : std::nullopt;
 }
 
+std::size_t startOfLastCharacter(std::string_view text)
+{
+    constexpr std::size_t longest = 4;
+    for (std::size_t length = 1; length <= longest && length <= text.size(); ++length) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - length]);
+        if ((byte & 0xC0U) != 0x80U)
+            return text.size() - length;
+    }
+    return text.size();
+}
+
 std::string utf16FromText(std::string_view text)
 {
     std::string bytes;

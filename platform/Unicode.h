@@ -13,6 +13,10 @@ namespace quorvane {
 // True when `text` is well-formed UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool isValidUtf8(std::string_view text);
 
+// Where the last character of `text` begins, which a cut may have left incomplete; the end of a text that
+// ends with no character.
+std::size_t startOfLastCharacter(std::string_view text);
+
 // The length of `text` in UTF-16 code units.
 std::size_t utf16Length(std::string_view text);
 

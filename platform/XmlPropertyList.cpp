@@ -71,9 +71,9 @@ struct Tag {
 };
 
 // Goes through the text once, from the front.
-class Reader {
+class XmlReader {
 public:
-    explicit Reader(std::string_view text)
+    explicit XmlReader(std::string_view text)
         : m_rest(text)
     {
     }
@@ -235,7 +235,7 @@ private:
 
 std::optional<PropertyValue> readXmlPropertyList(std::string_view text)
 {
-    return Reader(text).document();
+    return XmlReader(text).document();
 }
 
 } // namespace quorvane

@@ -17,9 +17,9 @@ constexpr std::string_view beginning = R"(<?xml version="1.0" encoding="UTF-8"?>
 constexpr std::string_view ending = "</plist>\n";
 
 // Each operation is false when XML cannot hold the value or the list has become too long.
-class Writer {
+class XmlWriter {
 public:
-    explicit Writer(std::size_t largest)
+    explicit XmlWriter(std::size_t largest)
         : m_largest(largest)
     {
     }
@@ -117,7 +117,7 @@ private:
 
 std::optional<std::string> xmlPropertyList(const PropertyValue& root, std::size_t largest)
 {
-    return Writer(largest).list(root);
+    return XmlWriter(largest).list(root);
 }
 
 } // namespace quorvane

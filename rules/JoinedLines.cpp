@@ -25,7 +25,7 @@ constexpr auto npos = std::string_view::npos;
 
 constexpr std::array<std::string_view, 3> knownClasses{"allow", "deny", "watch"};
 constexpr std::array<std::string_view, 3> knownTypes{"prefix", "path", "suffix"};
-constexpr std::string_view watchWord = "watch";
+constexpr std::string_view watchClass = "watch";
 constexpr std::string_view unknownWord = "err"; // as the writer names class and type that it does not know
 
 // The fields behind the type, in the order of the line; a watch rule has the first four.
@@ -80,7 +80,7 @@ struct Head {
     std::string_view policyType;
     std::size_t length = 0;
 
-    std::size_t fields() const { return policyClass == watchWord ? watchFieldCount : fieldCount; }
+    std::size_t fields() const { return policyClass == watchClass ? watchFieldCount : fieldCount; }
 };
 
 // The head at `at`, also one with a class or type that the writer does not know.
@@ -244,7 +244,7 @@ template <class Fields> void setCommonFields(Fields& rule, const RuleText& text)
 
 RuleValue ruleOf(const RuleText& text)
 {
-    if (text.head.policyClass == watchWord) {
+    if (text.head.policyClass == watchClass) {
         WatchRuleFields rule;
         setCommonFields(rule, text);
         return makeRuleValue(std::move(rule));

@@ -17,13 +17,13 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::uint32_t none = UINT32_MAX;
+constexpr std::uint32_t absent = UINT32_MAX;
 
 // A rule, and where it stands in each list.
-struct Entry {
-    std::uint32_t base = none;
-    std::uint32_t ours = none;
-    std::uint32_t theirs = none;
+struct MergedRule {
+    std::uint32_t base = absent;
+    std::uint32_t ours = absent;
+    std::uint32_t theirs = absent;
 };
 
 // Gives rules that are known by each other the same number: equal ones, the first of a list the first of
@@ -50,11 +50,11 @@ public:
         , m_theirs(theirs)
     {
         EntryNumbering numbering;
-        enter(base, numbering, &Entry::base);
-        m_oursEntries = enter(ours, numbering, &Entry::ours);
-        m_theirsEntries = enter(theirs, numbering, &Entry::theirs);
+        enter(base, numbering, &MergedRule::base);
+        m_oursEntries = enter(ours, numbering, &MergedRule::ours);
+        m_theirsEntries = enter(theirs, numbering, &MergedRule::theirs);
         m_isMoved.resize(m_entries.size());
-        m_next.assign(m_entries.size() + 2, none);
+        m_next.assign(m_entries.size() + 2, absent);
     }
 
     // Rules of all lists that theirs has in another order than the base take their place in theirs.
@@ -63,8 +63,8 @@ public:
         std::vector<std::uint32_t> entries;
         std::vector<std::uint32_t> places;
         for (const std::uint32_t number : m_theirsEntries) {
-            const Entry& entry = m_entries[number];
-            if (entry.base != none && entry.ours != none) {
+            const MergedRule& entry = m_entries[number];
+            if (entry.base != absent && entry.ours != absent) {
                 entries.push_back(number);
                 places.push_back(entry.base);
             }
@@ -82,7 +82,7 @@ public:
         hangInTheirs();
         placeTheStartOfTheirs(placement);
         MergeResult merged;
-        for (std::uint32_t number = m_next[chainStart()]; number != none; number = m_next[number])
+        for (std::uint32_t number = m_next[chainStart()]; number != absent; number = m_next[number])
             addTo(merged, number);
         return merged;
     }
@@ -93,7 +93,7 @@ private:
     std::uint32_t theirsStart() const { return chainStart() + 1; }
 
     std::vector<std::uint32_t> enter(
-        const std::vector<RuleValue>& rules, EntryNumbering& numbering, std::uint32_t Entry::*place)
+        const std::vector<RuleValue>& rules, EntryNumbering& numbering, std::uint32_t MergedRule::*place)
     {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(rules.size());
@@ -109,17 +109,17 @@ private:
     }
 
     // The rule of an entry of one side only.
-    const RuleValue& onlyRule(const Entry& entry) const
+    const RuleValue& onlyRule(const MergedRule& entry) const
     {
-        return entry.ours != none ? m_ours[entry.ours] : m_theirs[entry.theirs];
+        return entry.ours != absent ? m_ours[entry.ours] : m_theirs[entry.theirs];
     }
 
-    bool isInResult(const Entry& entry) const
+    bool isInResult(const MergedRule& entry) const
     {
-        if (entry.ours == none && entry.theirs == none)
+        if (entry.ours == absent && entry.theirs == absent)
             return false;
-        const bool isInBoth = entry.ours != none && entry.theirs != none;
-        return isInBoth || entry.base == none || !hasSameTag(m_base[entry.base], onlyRule(entry));
+        const bool isInBoth = entry.ours != absent && entry.theirs != absent;
+        return isInBoth || entry.base == absent || !hasSameTag(m_base[entry.base], onlyRule(entry));
     }
 
     void chainOurs()
@@ -137,7 +137,7 @@ private:
         for (const std::uint32_t number : m_theirsEntries) {
             if (!isInResult(m_entries[number]))
                 continue;
-            if (m_entries[number].ours == none || m_isMoved[number]) {
+            if (m_entries[number].ours == absent || m_isMoved[number]) {
                 m_next[number] = m_next[behind];
                 m_next[behind] = number;
             }
@@ -153,16 +153,16 @@ private:
     // Behind which entry of the chain rules of that kind begin or end.
     std::uint32_t placeOfKind(bool watchRules, Placement placement) const
     {
-        std::uint32_t place = none;
+        std::uint32_t place = absent;
         std::uint32_t last = chainStart();
-        for (std::uint32_t number = m_next[last]; number != none; last = number, number = m_next[number]) {
+        for (std::uint32_t number = m_next[last]; number != absent; last = number, number = m_next[number]) {
             if (isWatchRule(number) != watchRules)
                 continue;
             if (placement == Placement::startOfKind)
                 return last;
             place = number;
         }
-        if (place != none)
+        if (place != absent)
             return place;
         return watchRules ? chainStart() : last;
     }
@@ -170,11 +170,11 @@ private:
     void placeTheStartOfTheirs(Placement placement)
     {
         const std::uint32_t first = m_next[theirsStart()];
-        if (first == none)
+        if (first == absent)
             return;
         const std::uint32_t place = placeOfKind(isWatchRule(first), placement);
         std::uint32_t last = first;
-        while (m_next[last] != none)
+        while (m_next[last] != absent)
             last = m_next[last];
         m_next[last] = m_next[place];
         m_next[place] = first;
@@ -182,21 +182,21 @@ private:
 
     void addTo(MergeResult& merged, std::uint32_t number) const
     {
-        const Entry& entry = m_entries[number];
-        if (entry.ours != none && entry.theirs != none) {
+        const MergedRule& entry = m_entries[number];
+        if (entry.ours != absent && entry.theirs != absent) {
             addOfBoth(merged, entry, m_isMoved[number]);
             return;
         }
         const RuleValue& rule = onlyRule(entry);
-        if (entry.base != none)
+        if (entry.base != absent)
             merged.reports.push_back({MergeReport::keptForItsTag, rule, m_base[entry.base]});
-        const bool isOurs = entry.ours != none;
+        const bool isOurs = entry.ours != absent;
         merged.rules.push_back({rule, isOurs ? std::optional<std::size_t>(entry.ours) : std::nullopt});
     }
 
-    void addOfBoth(MergeResult& merged, const Entry& entry, bool isMoved) const
+    void addOfBoth(MergeResult& merged, const MergedRule& entry, bool isMoved) const
     {
-        const RuleValue* base = entry.base == none ? nullptr : &m_base[entry.base];
+        const RuleValue* base = entry.base == absent ? nullptr : &m_base[entry.base];
         MergedMarks marks = mergeMarks(base, m_ours[entry.ours], m_theirs[entry.theirs]);
         if (marks.report)
             merged.reports.push_back(std::move(*marks.report));
@@ -206,7 +206,7 @@ private:
     const std::vector<RuleValue>& m_base;
     const std::vector<RuleValue>& m_ours;
     const std::vector<RuleValue>& m_theirs;
-    std::vector<Entry> m_entries;
+    std::vector<MergedRule> m_entries;
     std::vector<std::uint32_t> m_oursEntries;
     std::vector<std::uint32_t> m_theirsEntries;
     std::vector<bool> m_isMoved; // by entry

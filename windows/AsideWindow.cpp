@@ -16,7 +16,7 @@ namespace quorvane {
 
 namespace {
 
-QString tellSubject()
+QString newsSubject()
 {
     return QStringLiteral("tell");
 }
@@ -105,7 +105,7 @@ void AsideWindow::validate()
 
 void AsideWindow::tell(const QString& text)
 {
-    m_ui->notices->add({.text = text, .subject = tellSubject()});
+    m_ui->notices->add({.text = text, .subject = newsSubject()});
 }
 
 void AsideWindow::changeEvent(QEvent* event)

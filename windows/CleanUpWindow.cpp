@@ -25,7 +25,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr QSize usualSize(820, 460);
+constexpr QSize usualWindowSize(820, 460);
 constexpr int widthOfReason = 230;
 constexpr int widthOfDoubt = 150;
 
@@ -50,7 +50,7 @@ CleanUpWindow::CleanUpWindow(RulesTable& table, RulesDocument& document, Problem
     connect(m_model, &CleanUpModel::ticksDidChange, this, &CleanUpWindow::updateCount);
     connect(&m_finder, &ProblemsFinder::found, this, &CleanUpWindow::fill);
     if (!keepSize(*this, QStringLiteral("cleanUpWindow")))
-        resize(usualSize);
+        resize(usualWindowSize);
     updateCount();
     m_finder.start();
     fill(m_finder.problems());

@@ -7,7 +7,7 @@ namespace quorvane {
 
 namespace {
 
-bool shaded = false; // of the rows of all reviews, for the whole process
+bool reviewIsShaded = false; // of the rows of all reviews, for the whole process
 
 constexpr int tickColumn = static_cast<int>(ImportColumn::tick);
 
@@ -15,7 +15,7 @@ constexpr int tickColumn = static_cast<int>(ImportColumn::tick);
 
 ImportTableModel::ImportTableModel(
     const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(importColumnCount, std::make_shared<RuleRows>(), workspace, shaded, parent)
+    : RuleCellsModel(importColumnCount, std::make_shared<RuleRows>(), workspace, reviewIsShaded, parent)
     , m_present(present)
     , m_ticks(ticks)
 {

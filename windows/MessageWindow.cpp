@@ -12,7 +12,7 @@ namespace quorvane {
 
 namespace {
 
-constexpr int iconSize = 48;
+constexpr int signSize = 48;
 constexpr int textWidth = 420;
 
 QLabel* textLabel()
@@ -42,7 +42,7 @@ MessageWindow::MessageWindow(const QString& iconFile)
     setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program, not the last message
     auto* image = new QLabel;
     const QIcon icon(QFileInfo::exists(iconFile) ? iconFile : QStringLiteral(":/images/lock.png"));
-    image->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+    image->setPixmap(icon.pixmap(QSize(signSize, signSize), devicePixelRatio()));
     image->setAccessibleName(tr("Lock"));
     QFont bold = m_header->font();
     bold.setBold(true);

@@ -18,7 +18,7 @@ namespace quorvane {
 namespace {
 
 constexpr int margin = 6;
-constexpr QSize usualSize(240, 240);
+constexpr QSize usualPanelSize(240, 240);
 
 } // namespace
 
@@ -64,7 +64,7 @@ ProblemsPanel::ProblemsPanel(ProblemsFinder& finder, QWidget* parent)
 
 QSize ProblemsPanel::sizeHint() const
 {
-    return usualSize;
+    return usualPanelSize;
 }
 
 void ProblemsPanel::setUpKinds()

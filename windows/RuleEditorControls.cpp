@@ -56,7 +56,7 @@ void choose(QComboBox& popUp, std::optional<std::int32_t> code)
     popUp.setCurrentIndex(code.value_or(-1));
 }
 
-std::optional<std::int32_t> chosenCode(const QComboBox& popUp)
+std::optional<std::int32_t> selectedCode(const QComboBox& popUp)
 {
     const int index = popUp.currentIndex();
     return index < 0 ? std::nullopt : std::optional<std::int32_t>(index);
@@ -132,12 +132,12 @@ RuleDraft RuleEditorControls::draft() const
     OperationBoxes boxes{};
     for (std::size_t box = 0; box < boxes.size(); ++box)
         boxes[box] = m_widgets.operationButtons[box]->isChecked();
-    RuleDraft draft{.policyType = chosenCode(*m_widgets.typePopUp),
+    RuleDraft draft{.policyType = selectedCode(*m_widgets.typePopUp),
         .path = textOf(*m_widgets.pathTextField),
         .processName = textOf(*m_widgets.processNameTextField),
         .operations = operationsForBoxes(boxes)};
     if (m_widgets.policyClassPopUp != nullptr)
-        draft.policyClass = chosenCode(*m_widgets.policyClassPopUp);
+        draft.policyClass = selectedCode(*m_widgets.policyClassPopUp);
     if (m_widgets.constraintTextField != nullptr)
         draft.constraint = textOf(*m_widgets.constraintTextField);
     return draft;

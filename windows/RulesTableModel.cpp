@@ -6,12 +6,12 @@ namespace quorvane {
 
 namespace {
 
-bool shaded = false; // of the main table's rows, for the whole process
+bool tableIsShaded = false; // of the main table's rows, for the whole process
 
 } // namespace
 
 RulesTableModel::RulesTableModel(const RuleManager& store, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(ruleColumnCount, store.rows(), workspace, shaded, parent)
+    : RuleCellsModel(ruleColumnCount, store.rows(), workspace, tableIsShaded, parent)
     , m_store(store)
 {
 }

@@ -19,9 +19,9 @@ namespace quorvane {
 namespace {
 
 constexpr int pixelsPerRow = 24;
-constexpr int iconPixels = 16;
+constexpr int iconWidth = 16;
 constexpr int headerHeight = 26;
-constexpr int narrowestColumn = 30;
+constexpr int leastColumnWidth = 30;
 constexpr int widestFittedColumn = 260;
 constexpr int narrowestPath = 130;
 
@@ -52,7 +52,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     setWordWrap(false);
     setTabKeyNavigation(false);
     setTextElideMode(Qt::ElideMiddle);
-    setIconSize(QSize(iconPixels, iconPixels));
+    setIconSize(QSize(iconWidth, iconWidth));
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setCornerButtonEnabled(false);
     verticalHeader()->setVisible(false);
@@ -63,7 +63,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumHeight(headerHeight);
-    horizontalHeader()->setMinimumSectionSize(narrowestColumn);
+    horizontalHeader()->setMinimumSectionSize(leastColumnWidth);
     constexpr int measuredRows = 200;
     horizontalHeader()->setResizeContentsPrecision(measuredRows);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int resized, int, int width) {
@@ -141,7 +141,7 @@ void RulesTableView::makeRoomForPath()
     const int widest = widestThatFits(widths, viewport()->width() - roomForPath);
     const QScopedValueRollback making(m_isMakingRoom, true);
     for (const int column : columns)
-        setColumnWidth(column, std::max(std::min(m_wishedWidths[column], widest), narrowestColumn));
+        setColumnWidth(column, std::max(std::min(m_wishedWidths[column], widest), leastColumnWidth));
 }
 
 int RulesTableView::shownColumns() const

@@ -30,7 +30,7 @@ namespace quorvane {
 namespace {
 
 constexpr int betweenLabelAndControl = 10; // logical pixels, as the next
-constexpr int betweenRows = 8;
+constexpr int betweenLikenesses = 8;
 
 // Controls that stand under each other with their labels.
 struct Form {
@@ -41,7 +41,7 @@ struct Form {
     {
         rows->setContentsMargins(0, 0, 0, 0);
         rows->setHorizontalSpacing(betweenLabelAndControl);
-        rows->setVerticalSpacing(betweenRows);
+        rows->setVerticalSpacing(betweenLikenesses);
         rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     }
 };

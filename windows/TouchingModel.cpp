@@ -6,12 +6,12 @@ namespace quorvane {
 
 namespace {
 
-bool shaded = false; // of the rows of all such tables, for the whole process
+bool listIsShaded = false; // of the rows of all such tables, for the whole process
 
 }
 
 TouchingModel::TouchingModel(const RuleManager& store, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(whyColumn + 1, listedRows({}), workspace, shaded, parent)
+    : RuleCellsModel(whyColumn + 1, listedRows({}), workspace, listIsShaded, parent)
     , m_store(store)
 {
 }

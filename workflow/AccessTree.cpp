@@ -31,11 +31,11 @@ void add(AccessCounts& to, const AccessCounts& counts)
     to.watch += counts.watch;
 }
 
-using Programs = std::vector<std::pair<std::string, std::size_t>>;
+using ProgramCounts = std::vector<std::pair<std::string, std::size_t>>;
 
-Programs byNumberOfRules(const std::map<std::string, std::size_t>& counts)
+ProgramCounts byNumberOfRules(const std::map<std::string, std::size_t>& counts)
 {
-    Programs programs(counts.begin(), counts.end());
+    ProgramCounts programs(counts.begin(), counts.end());
     std::stable_sort(
         programs.begin(), programs.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
     return programs;

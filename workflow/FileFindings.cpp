@@ -14,9 +14,9 @@ namespace quorvane {
 namespace {
 
 // The lines on which the rules of a store stand in its file.
-class RuleLines {
+class LinesOfRules {
 public:
-    RuleLines(const RuleManager& store, std::string_view bytes)
+    LinesOfRules(const RuleManager& store, std::string_view bytes)
     {
         const std::string_view text = bytes.substr(0, bytes.find('\0'));
         if (!isValidUtf8(text))
@@ -91,7 +91,7 @@ void useFileFindings(const RuleManager& store, std::string_view bytes, const Fil
     const std::function<void(const FileFinding&)>& use)
 {
     const RowFindings findings(store, false, search.findings);
-    std::optional<RuleLines> lines;
+    std::optional<LinesOfRules> lines;
     for (std::size_t row = 0; row < store.totalRules(false); ++row) {
         for (const RuleFinding& finding : findings.at(row)) {
             const RuleRef& rule = store.ruleAtIndex(row, false);

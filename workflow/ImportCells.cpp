@@ -8,9 +8,9 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::array<std::string_view, importColumnCount> titles{
+constexpr std::array<std::string_view, importColumnCount> importTitles{
     "Application", "", "Class", "Type", "Path", "Operations"};
-constexpr std::array<std::optional<SortKey>, importColumnCount> sortKeys{SortKey::processShortName,
+constexpr std::array<std::optional<SortKey>, importColumnCount> importSortKeys{SortKey::processShortName,
     std::nullopt, SortKey::shownClass, SortKey::policyType, SortKey::path, SortKey::operations};
 
 std::optional<ProgramFault> faultOfImported(
@@ -64,12 +64,12 @@ void markAsPresent(RuleCell& cell, ImportColumn column)
 
 std::string_view importColumnTitle(ImportColumn column)
 {
-    return titles[static_cast<std::size_t>(column)];
+    return importTitles[static_cast<std::size_t>(column)];
 }
 
 std::optional<SortKey> importColumnSortKey(ImportColumn column)
 {
-    return sortKeys[static_cast<std::size_t>(column)];
+    return importSortKeys[static_cast<std::size_t>(column)];
 }
 
 RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,

@@ -34,7 +34,7 @@ bool isUnread(const std::string& path)
     return holdsSomething(path) && !PropertyList::read(path);
 }
 
-std::string errorText(int error)
+std::string reasonText(int error)
 {
     return error == 0 ? "the file could not be written whole" : std::generic_category().message(error);
 }
@@ -43,7 +43,7 @@ std::string errorText(int error)
 std::optional<std::string> whyDenied(const std::string& path, int mode)
 {
     return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0 ? std::nullopt
-                                                                    : std::optional(errorText(errno));
+                                                                    : std::optional(reasonText(errno));
 }
 
 bool keepUnread(const std::string& path, Log& log)
@@ -62,7 +62,7 @@ std::optional<std::string> writtenBy(const Write& write, const std::string& path
     errno = 0;
     if (!write()) {
         const int error = errno;
-        failure = whyPreferencesCannotBeSaved(path).value_or(errorText(error));
+        failure = whyPreferencesCannotBeSaved(path).value_or(reasonText(error));
         log.write("failed to write preferences: " + path);
     }
     if (!setPermissions(path, filePermissions))
@@ -96,7 +96,7 @@ std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path)
     const std::string folder = std::filesystem::path(path).parent_path().string();
     struct stat status { };
     if (lstat(path.c_str(), &status) != 0)
-        return errno == ENOENT ? whyDenied(folder, W_OK | X_OK) : errorText(errno);
+        return errno == ENOENT ? whyDenied(folder, W_OK | X_OK) : reasonText(errno);
     if (!S_ISREG(status.st_mode))
         return "what stands in its place is no regular file";
     if (isUnread(path) && whyDenied(folder, W_OK | X_OK))

@@ -3,8 +3,9 @@
 #include "codesign/CodeQuestions.h"
 #include "codesign/Digests.h"
 #include "codesign/ProgramCode.h"
+#include "platform/FileIdentity.h"
 
-#include <ctime>
+#include <chrono>
 #include <mutex>
 #include <unordered_map>
 #include <utility>
@@ -17,39 +18,21 @@ namespace {
 
 constexpr std::size_t mostRemembered = 4096;
 
-// Whatever changes a file changes one of these.
-struct FileIdentity {
-    dev_t device = 0;
-    ino_t inode = 0;
-    off_t size = 0;
-    timespec modified{};
-    timespec changed{};
-};
-
-bool isSame(const timespec& left, const timespec& right)
-{
-    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
-}
-
-bool isSame(const FileIdentity& left, const FileIdentity& right)
-{
-    return left.device == right.device && left.inode == right.inode && left.size == right.size
-        && isSame(left.modified, right.modified) && isSame(left.changed, right.changed);
-}
-
 // None for anything but a regular file.
 std::optional<FileIdentity> identityOf(const std::string& path, const FileRoot& root)
 {
     const auto status = root.status(path);
     if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
-    return FileIdentity{status->st_dev, status->st_ino, status->st_size, status->st_mtim, status->st_ctim};
+    return FileIdentity::ofStatus(*status);
 }
 
 // Clocks of file systems are coarse: a file may change once more within the tick of its last change.
 bool isSettled(const FileIdentity& identity)
 {
-    return identity.changed.tv_sec + 2 <= std::time(nullptr);
+    const std::chrono::nanoseconds changed(identity.changed);
+    return std::chrono::system_clock::time_point(changed) + std::chrono::seconds(2)
+        <= std::chrono::system_clock::now();
 }
 
 class FactsOnDisk : public ProgramFacts {
@@ -131,7 +114,7 @@ private:
             return known;
         std::optional<Answer> answer = find();
         const auto after = identityOf(path, m_root);
-        if (answer && after && isSame(*before, *after) && isSettled(*after))
+        if (answer && after && *before == *after && isSettled(*after))
             keep(path, *after, member, *answer);
         return answer;
     }
@@ -142,7 +125,7 @@ private:
     {
         const std::lock_guard lock(m_lock);
         const auto known = m_answers.find(path);
-        const bool isCurrent = known != m_answers.end() && isSame(known->second.identity, identity);
+        const bool isCurrent = known != m_answers.end() && known->second.identity == identity;
         return isCurrent ? known->second.*member : std::nullopt;
     }
 
@@ -154,7 +137,7 @@ private:
         if (m_answers.size() >= mostRemembered && !m_answers.contains(path))
             m_answers.clear();
         Answers& kept = m_answers[path];
-        if (!isSame(kept.identity, identity))
+        if (kept.identity != identity)
             kept = {identity, {}, {}, {}, {}};
         kept.*member = answer;
     }

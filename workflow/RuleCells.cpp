@@ -10,9 +10,9 @@ namespace quorvane {
 
 namespace {
 
-constexpr std::array<std::string_view, ruleColumnCount> titles{
+constexpr std::array<std::string_view, ruleColumnCount> ruleTitles{
     "Application", "State", "Class", "Type", "Operations", "Tag", "Path"};
-constexpr std::array<SortKey, ruleColumnCount> sortKeys{SortKey::processShortName, SortKey::ruleState,
+constexpr std::array<SortKey, ruleColumnCount> ruleSortKeys{SortKey::processShortName, SortKey::ruleState,
     SortKey::shownClass, SortKey::policyType, SortKey::operations, SortKey::tag, SortKey::path};
 
 std::string applicationToolTip(const PolicyRuleFields& rule)
@@ -122,12 +122,12 @@ RuleCell textCell(std::string text)
 
 std::string_view columnTitle(RuleColumn column)
 {
-    return titles[static_cast<std::size_t>(column)];
+    return ruleTitles[static_cast<std::size_t>(column)];
 }
 
 SortKey columnSortKey(RuleColumn column)
 {
-    return sortKeys[static_cast<std::size_t>(column)];
+    return ruleSortKeys[static_cast<std::size_t>(column)];
 }
 
 void describe(RuleCell& cell, std::string_view words)

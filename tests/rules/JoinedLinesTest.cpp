@@ -16,7 +16,7 @@ namespace {
 
 using Keys = std::vector<std::string_view>;
 
-const Keys allKeys{"path", "processName", "tag", "constraint", "operations", "created"};
+const Keys jsonKeys{"path", "processName", "tag", "constraint", "operations", "created"};
 
 std::string lineOf(const RuleValue& rule)
 {
@@ -305,7 +305,7 @@ std::string expectedOf(const RuleValue& rule)
     std::string line = whole.substr(0, whole.find('"'));
     for (std::size_t i = 0; i < kept.size(); ++i)
         line += (i == 0 ? "" : " ") + (keys[i] == "operations" ? kept[i] : '"' + kept[i] + '"');
-    for (const std::string_view key : allKeys) {
+    for (const std::string_view key : jsonKeys) {
         if (std::find(cut.begin(), cut.end(), key) != cut.end())
             line.append(" -").append(key);
     }

@@ -13,7 +13,7 @@ namespace quorvane {
 
 namespace {
 
-WatchRuleFields someFields()
+WatchRuleFields someWatchFields()
 {
     return {.policyType = 1, .path = "/a/b", .processName = "/bin/ls", .operations = 3, .flags = 2};
 }
@@ -45,7 +45,7 @@ TEST(WatchRule, ClassReadsZeroButIsWatchWhenAskedFor)
 
 TEST(WatchRule, ShortNameIsNullAsPropertyAndEmptyWhenAskedFor)
 {
-    const WatchRule rule(someFields());
+    const WatchRule rule(someWatchFields());
 
     EXPECT_TRUE(rule.processShortName().isNull());
     EXPECT_EQ(rule.getProcessShortName(), "");
@@ -53,7 +53,7 @@ TEST(WatchRule, ShortNameIsNullAsPropertyAndEmptyWhenAskedFor)
 
 TEST(WatchRule, StateIsSystemOrUserOnly)
 {
-    WatchRule rule(someFields());
+    WatchRule rule(someWatchFields());
     EXPECT_EQ(rule.getRuleState(), 0);
     rule.setSystem(true);
     EXPECT_EQ(rule.getRuleState(), 1);
@@ -130,9 +130,9 @@ TEST(WatchRuleEquality, ComparesEverythingButTagSequenceAndSystem)
         {"operations", [](WatchRule& r) { r.setOperations(1); }, false},
         {"flags", [](WatchRule& r) { r.setFlags(0); }, false},
     };
-    const WatchRule rule(someFields());
+    const WatchRule rule(someWatchFields());
     for (const auto& c : cases) {
-        WatchRule other(someFields());
+        WatchRule other(someWatchFields());
         c.change(other);
         EXPECT_EQ(rule.isEqualToWatchRule(other), c.equal) << c.why;
     }
@@ -141,7 +141,7 @@ TEST(WatchRuleEquality, ComparesEverythingButTagSequenceAndSystem)
 TEST(WatchRuleEquality, NullEqualsNothingNotEvenNull)
 {
     for (NullableText WatchRuleFields::*property : {&WatchRuleFields::path, &WatchRuleFields::processName}) {
-        WatchRuleFields fields = someFields();
+        WatchRuleFields fields = someWatchFields();
         fields.*property = NullableText();
         const WatchRule rule(fields);
         EXPECT_FALSE(rule.isEqualToWatchRule(rule));

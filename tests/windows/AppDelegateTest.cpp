@@ -31,7 +31,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 // A main window that notes when it is closed.
-class MainWindow : public QWidget {
+class FakeMainWindow : public QWidget {
 public:
     int closings = 0;
 
@@ -101,7 +101,7 @@ protected:
     FakeAuthority authority;
     FakeRunningApplications applications;
     FakeWorkspace workspace;
-    MainWindow mainWindow;
+    FakeMainWindow mainWindow;
     std::vector<QPointer<QWidget>> preferences;
     AppDelegate delegate{locations, log.log(), run, {notices, authority, applications, workspace}};
 };

@@ -16,10 +16,10 @@ namespace quorvane {
 
 namespace {
 
-enum Row { watch, first, second };
-
 class Aside : public EditorTable {
 protected:
+    enum Row { watch, first, second };
+
     Aside()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");

@@ -35,7 +35,7 @@ namespace quorvane {
 
 namespace {
 
-std::string line(const std::string& path, const std::string& tag = "")
+std::string lineOf(const std::string& path, const std::string& tag = "")
 {
     return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
 }
@@ -44,7 +44,7 @@ class HistoryWindowTest : public testing::Test {
 protected:
     HistoryWindowTest()
     {
-        box.writeUserRules(line("/a/") + line("/b/"));
+        box.writeUserRules(lineOf("/a/") + lineOf("/b/"));
         store = box.load();
         document = std::make_unique<TestDocument>(*store, run);
         rules = std::make_unique<RulesHistory>(*document);
@@ -380,7 +380,7 @@ TEST_F(HistoryWindowTest, CopiesTheSelectedChangesAsText)
     changes->selectRow(0);
     changes->setFocus();
     QTest::keyClick(changes, Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "Removed: " + line("/a/"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "Removed: " + lineOf("/a/"));
 }
 
 TEST_F(HistoryWindowTest, WithoutAHistoryItSaysThatNothingWasChanged)

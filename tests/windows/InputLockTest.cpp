@@ -17,9 +17,9 @@ namespace quorvane {
 namespace {
 
 // A window with a button that has the keyboard and an action with a shortcut; counts what reaches it.
-class Window : public QMainWindow {
+class GuardedWindow : public QMainWindow {
 public:
-    Window()
+    GuardedWindow()
     {
         auto* button = new QPushButton(this);
         setCentralWidget(button);
@@ -49,7 +49,7 @@ public:
 
 TEST(InputLock, DropsKeysClicksAndShortcuts)
 {
-    Window window;
+    GuardedWindow window;
     auto lock = std::make_unique<InputLock>();
     window.use();
     lock.reset();
@@ -64,7 +64,7 @@ TEST(InputLock, DropsKeysClicksAndShortcuts)
 
 TEST(InputLock, KeepsWindowsFromBeingClosed)
 {
-    Window window;
+    GuardedWindow window;
     {
         const InputLock lock;
         EXPECT_FALSE(window.close());
@@ -76,7 +76,7 @@ TEST(InputLock, KeepsWindowsFromBeingClosed)
 
 TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 {
-    const Window window;
+    const GuardedWindow window;
     QTimer::singleShot(0, &window, [&] {
         const InputLock lock;
         QEventLoop wait;
@@ -90,7 +90,7 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 
 TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 {
-    Window window;
+    GuardedWindow window;
     InputLock::exempt(window);
     const InputLock lock;
     window.use();
@@ -108,7 +108,7 @@ TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 
 TEST(InputLock, MayStandInsideAnother)
 {
-    Window window;
+    GuardedWindow window;
     auto outer = std::make_unique<InputLock>();
     {
         const InputLock inner;

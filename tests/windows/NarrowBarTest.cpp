@@ -13,11 +13,11 @@ namespace quorvane {
 
 namespace {
 
-constexpr const char* rules = "watch prefix \"/tmp/\" \"/bin/sh\" r \"one\"\n"
-                              "allow prefix \"/tmp/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
-                              "allow path \"/tmp/\" \"/bin/sh\" r \"\" \"\" \"0\"\n"
-                              "deny path \"/nonexistent/a\" \"/bin/ls\" w \"two\" \"\" \"0\"\n"
-                              "deny suffix \".b\" \"any\" w \"\" \"\" \"0\"\n";
+constexpr const char* mixedRules = "watch prefix \"/tmp/\" \"/bin/sh\" r \"one\"\n"
+                                   "allow prefix \"/tmp/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
+                                   "allow path \"/tmp/\" \"/bin/sh\" r \"\" \"\" \"0\"\n"
+                                   "deny path \"/nonexistent/a\" \"/bin/ls\" w \"two\" \"\" \"0\"\n"
+                                   "deny suffix \".b\" \"any\" w \"\" \"\" \"0\"\n";
 constexpr const char* all = "/tmp/ .b /nonexistent/a /tmp/ /tmp/";
 
 class NarrowBarTest : public EditorTable {
@@ -25,7 +25,7 @@ protected:
     NarrowBarTest()
     {
         box.writeSystemFile("quorvane.rc", "deny prefix \"/system/\" \"/usr/bin/zip\" r\n");
-        open(rules);
+        open(mixedRules);
         bar = in<NarrowBar>("narrowBar");
     }
 

@@ -16,7 +16,7 @@ namespace quorvane {
 
 namespace {
 
-QPointer<NoticeWindow> shownNotice()
+QPointer<NoticeWindow> plainNotice()
 {
     QPointer<NoticeWindow> notice = new NoticeWindow(
         QStringLiteral("Header"), QStringLiteral("<b>plain</b>"), QStringLiteral("/nonexistent"));
@@ -28,7 +28,7 @@ QPointer<NoticeWindow> shownNotice()
 
 TEST(NoticeWindow, GoesAwayWithItsButton)
 {
-    const QPointer<NoticeWindow> notice = shownNotice();
+    const QPointer<NoticeWindow> notice = plainNotice();
     QStringList texts;
     for (const QLabel* label : notice->findChildren<QLabel*>()) {
         texts.append(label->text());
@@ -41,7 +41,7 @@ TEST(NoticeWindow, GoesAwayWithItsButton)
 
 TEST(NoticeWindow, GoesAwayByItselfAfterAMinute)
 {
-    const QPointer<NoticeWindow> notice = shownNotice();
+    const QPointer<NoticeWindow> notice = plainNotice();
     auto* timer = notice->findChild<QTimer*>();
     ASSERT_NE(timer, nullptr);
     EXPECT_EQ(timer->intervalAsDuration(), std::chrono::minutes(1));
@@ -54,7 +54,7 @@ TEST(NoticeWindow, StaysUsableWhileADialogClosesOtherWindowsToInput)
     QDialog dialog;
     dialog.setModal(true);
     dialog.show();
-    const QPointer<NoticeWindow> notice = shownNotice();
+    const QPointer<NoticeWindow> notice = plainNotice();
     QTest::mouseClick(notice->windowHandle(), Qt::LeftButton, {}, [&] {
         QWidget* button = notice->buttons().button(QDialogButtonBox::Ok);
         return button->mapTo(notice.data(), button->rect().center());

@@ -14,10 +14,10 @@ namespace quorvane {
 
 namespace {
 
-constexpr const char* rules = "allow prefix \"/tmp/\" \"any\" rw \"\" \"\" \"0\"\n"
-                              "allow path \"/tmp/\" \"any\" r \"\" \"\" \"0\"\n"
-                              "deny path \"/nonexistent/a\" \"any\" w \"\" \"\" \"0\"\n"
-                              "deny path \"/nonexistent/b\" \"any\" w \"\" \"\" \"0\"\n";
+constexpr const char* faultyRules = "allow prefix \"/tmp/\" \"any\" rw \"\" \"\" \"0\"\n"
+                                    "allow path \"/tmp/\" \"any\" r \"\" \"\" \"0\"\n"
+                                    "deny path \"/nonexistent/a\" \"any\" w \"\" \"\" \"0\"\n"
+                                    "deny path \"/nonexistent/b\" \"any\" w \"\" \"\" \"0\"\n";
 
 class ProblemsPanelTest : public EditorTable {
 protected:
@@ -75,7 +75,7 @@ protected:
 
 TEST_F(ProblemsPanelTest, ListsProblemsByKindWithCounts)
 {
-    openWith(rules);
+    openWith(faultyRules);
     EXPECT_FALSE(dock()->isVisible());
     showPanel();
     EXPECT_EQ(
@@ -85,7 +85,7 @@ TEST_F(ProblemsPanelTest, ListsProblemsByKindWithCounts)
 
 TEST_F(ProblemsPanelTest, SelectsTheRuleOfAProblemThatIsClicked)
 {
-    openWith(rules);
+    openWith(faultyRules);
     showPanel();
     in<QLineEdit>("searchField")->setText(QStringLiteral("tmp"));
     const QModelIndex second = tree->model()->index(1, 0, tree->model()->index(1, 0));
@@ -95,7 +95,7 @@ TEST_F(ProblemsPanelTest, SelectsTheRuleOfAProblemThatIsClicked)
 
 TEST_F(ProblemsPanelTest, StepsThroughTheProblemsAndOnFromTheLastToTheFirst)
 {
-    openWith(rules);
+    openWith(faultyRules);
     action("nextProblemMenuItem")->trigger(); // nothing has been found yet
     ASSERT_TRUE(QTest::qWaitFor([this] { return selectedRows() == QList<int>{1}; }));
     action("nextProblemMenuItem")->trigger();
@@ -109,7 +109,7 @@ TEST_F(ProblemsPanelTest, StepsThroughTheProblemsAndOnFromTheLastToTheFirst)
 
 TEST_F(ProblemsPanelTest, GoesOnWithWhatFollowsAProblemThatWasMended)
 {
-    openWith(rules);
+    openWith(faultyRules);
     showPanel();
     action("nextProblemMenuItem")->trigger();
     action("nextProblemMenuItem")->trigger();
@@ -122,7 +122,7 @@ TEST_F(ProblemsPanelTest, GoesOnWithWhatFollowsAProblemThatWasMended)
 
 TEST_F(ProblemsPanelTest, LeavesOutKindsThatAreNotWantedThenAndTheNextTime)
 {
-    openWith(rules);
+    openWith(faultyRules);
     showPanel();
     kind("Path is gone")->trigger();
     EXPECT_EQ(listed(), QStringLiteral("Redundant (1): /tmp/"));

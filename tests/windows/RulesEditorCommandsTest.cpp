@@ -16,10 +16,10 @@ namespace {
 
 const std::string headLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
 const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
-enum Row { watch, head, next, vi }; // of the user's rules
-
 class Commands : public EditorTable {
 protected:
+    enum Row { watch, head, next, vi }; // of the user's rules
+
     Commands()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");

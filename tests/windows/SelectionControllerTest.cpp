@@ -22,11 +22,11 @@ namespace quorvane {
 namespace {
 
 const std::string broadLine = "allow prefix \"/b/\" \"/bin/sh\" rw \"two\" \"\" \"0\"\n";
-enum Row { watch, first, second, vi };
-
 // The commands of the Rules menu, as a person finds them in the main window.
 class Selection : public EditorTable {
 protected:
+    enum Row { watch, first, second, vi };
+
     Selection()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");

@@ -11,10 +11,9 @@ namespace quorvane {
 
 namespace {
 
-using Kind = ChangeReason::Kind;
-
 // Remembers one that did something.
-void remember(UndoSteps& steps, const std::string& action, Kind kind = Kind::action)
+void remember(
+    UndoSteps& steps, const std::string& action, ChangeReason::Kind kind = ChangeReason::Kind::action)
 {
     steps.remember(additionOf(policyRule({.path = "/" + action})), {.action = action, .kind = kind});
 }
@@ -34,11 +33,11 @@ TEST(UndoSteps, GoBackAndForthFromTheNewest)
     EXPECT_EQ(nameOf(steps.toUndo()), "two");
     EXPECT_EQ(steps.toRedo(), nullptr);
 
-    remember(steps, "two", Kind::undo);
+    remember(steps, "two", ChangeReason::Kind::undo);
     EXPECT_EQ(nameOf(steps.toUndo()), "one");
     EXPECT_EQ(nameOf(steps.toRedo()), "two");
 
-    remember(steps, "two", Kind::redo);
+    remember(steps, "two", ChangeReason::Kind::redo);
     EXPECT_EQ(nameOf(steps.toUndo()), "two");
     EXPECT_EQ(steps.toRedo(), nullptr);
 }
@@ -47,7 +46,7 @@ TEST(UndoSteps, LeaveNothingToDoAgainAfterANewAction)
 {
     UndoSteps steps;
     remember(steps, "one");
-    remember(steps, "one", Kind::undo);
+    remember(steps, "one", ChangeReason::Kind::undo);
     remember(steps, "two");
     EXPECT_EQ(steps.toRedo(), nullptr);
     EXPECT_EQ(nameOf(steps.toUndo()), "two");
@@ -69,7 +68,7 @@ TEST(UndoSteps, KnowTheVersionThatAnActionHasBecome)
     remember(steps, "two");
     steps.noteVersion(number, 7);
     EXPECT_EQ(steps.toUndo()->version, std::nullopt);
-    remember(steps, "two", Kind::undo);
+    remember(steps, "two", ChangeReason::Kind::undo);
     EXPECT_EQ(steps.toUndo()->version, 7);
 }
 
@@ -80,7 +79,7 @@ TEST(UndoSteps, AreForgottenWhenThereAreMoreThanFifty)
         remember(steps, std::to_string(number));
     int left = 0;
     for (; steps.toUndo() != nullptr; ++left)
-        remember(steps, nameOf(steps.toUndo()), Kind::undo);
+        remember(steps, nameOf(steps.toUndo()), ChangeReason::Kind::undo);
     EXPECT_EQ(left, 50);
     EXPECT_EQ(nameOf(steps.toRedo()), "2");
 
