@@ -24,7 +24,7 @@
 #include <system_error>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::app {
 
 namespace {
 
@@ -43,7 +43,8 @@ std::string guidePage(const std::string& guide)
 
 } // namespace
 
-AppDelegate::AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services)
+AppDelegate::AppDelegate(platform::Locations locations, platform::Log& log, const workflow::RunState& run,
+    DelegateServices services)
     : m_locations(std::move(locations))
     , m_log(log)
     , m_run(run)
@@ -56,7 +57,7 @@ void AppDelegate::setPreferencesOpener(std::function<QWidget*()> openPreferences
     m_openPreferencesWindow = std::move(openPreferencesWindow);
 }
 
-void AppDelegate::applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow,
+void AppDelegate::applicationDidFinishLaunching(const rules::RuleManager& store, QWidget& mainWindow,
     const std::vector<std::string>& arguments, StartedBy starter)
 {
     if (m_terminating) { // while a window was made; a local event loop may have taken it for its own end
@@ -120,19 +121,20 @@ void AppDelegate::reloadAgent()
 
 void AppDelegate::displayNotice(const std::string& header, const std::string& message, bool waitForResponse)
 {
-    const DesktopNotice notice{
-        textFromMacRoman(header), textFromMacRoman(message), m_locations.noticeIconFile()};
+    const platform::DesktopNotice notice{platform::textFromMacRoman(header),
+        platform::textFromMacRoman(message), m_locations.noticeIconFile()};
     const auto wait = std::make_shared<QEventLoop>();
     const auto goOn = [waiting = std::weak_ptr<QEventLoop>(wait)] {
         if (const auto waitingStill = waiting.lock())
             waitingStill->quit();
     };
-    m_services.notices.show(notice, [this, notice, goOn](NoticeEnd end) {
-        if (end == NoticeEnd::closed) {
+    m_services.notices.show(notice, [this, notice, goOn](platform::NoticeEnd end) {
+        if (end == platform::NoticeEnd::closed) {
             goOn();
             return;
         }
-        auto* window = new NoticeWindow(toQt(notice.header), toQt(notice.message), toQt(notice.iconFile));
+        auto* window = new windows::NoticeWindow(
+            windows::toQt(notice.header), windows::toQt(notice.message), windows::toQt(notice.iconFile));
         adopt(*window);
         connect(window, &QObject::destroyed, this, goOn);
         bringToFront(*window);
@@ -144,7 +146,7 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
     timeOut.setSingleShot(true);
     connect(&timeOut, &QTimer::timeout, wait.get(), &QEventLoop::quit);
     timeOut.start(longestWait);
-    const InputLock lock;
+    const platform::InputLock lock;
     wait->exec();
 }
 
@@ -176,7 +178,7 @@ void AppDelegate::showPreferencesWindow()
 void AppDelegate::showHelp()
 {
     const std::string guide = m_locations.userGuideFile();
-    Workspace& workspace = m_services.workspace;
+    platform::Workspace& workspace = m_services.workspace;
     if (!workspace.hasProgramFor("application/pdf") && workspace.openFile(guidePage(guide)))
         return;
     if (!workspace.openFile(guide))
@@ -201,4 +203,4 @@ void AppDelegate::adopt(QWidget& window)
     connect(this, &QObject::destroyed, &window, [&window] { delete &window; });
 }
 
-} // namespace quorvane
+} // namespace quorvane::app

@@ -13,30 +13,36 @@
 
 class QWidget;
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class AdminAuthority;
 class Log;
 class Notices;
 class RunningApplications;
-struct RunState;
 class Workspace;
+} // namespace quorvane::platform
+
+namespace quorvane::workflow {
+struct RunState;
+}
+
+namespace quorvane::app {
 
 // What the delegate asks of the desktop and the system.
 struct DelegateServices {
-    Notices& notices;
-    AdminAuthority& authority;
-    RunningApplications& applications;
-    Workspace& workspace;
+    platform::Notices& notices;
+    platform::AdminAuthority& authority;
+    platform::RunningApplications& applications;
+    platform::Workspace& workspace;
 };
 
 // The root of the application: what happens at its start and its end, and what it does for every window.
 // User interface thread only.
-class AppDelegate : public QObject, public ApplicationServices {
+class AppDelegate : public QObject, public workflow::ApplicationServices {
     Q_OBJECT
 public:
     // What is given by reference must outlive it.
-    AppDelegate(Locations locations, Log& log, const RunState& run, DelegateServices services);
+    AppDelegate(platform::Locations locations, platform::Log& log, const workflow::RunState& run,
+        DelegateServices services);
 
     // How a preferences window is made, which may take as long as a person needs to authenticate. To be set
     // before the preferences are asked for.
@@ -50,7 +56,7 @@ public:
     // Tells of a configuration that failed to load. Then, for every argument that is "-preferences" exactly,
     // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`, unless the
     // bus has started the program. Where the end has been asked for already, sees to it and shows nothing.
-    void applicationDidFinishLaunching(const RuleManager& store, QWidget& mainWindow,
+    void applicationDidFinishLaunching(const rules::RuleManager& store, QWidget& mainWindow,
         const std::vector<std::string>& arguments, StartedBy starter = StartedBy::person);
 
     // Shows the window, above others and with the keyboard.
@@ -89,9 +95,9 @@ private:
     void reloadAllAgents();
     void adopt(QWidget& window);
 
-    const Locations m_locations;
-    Log& m_log;
-    const RunState& m_run;
+    const platform::Locations m_locations;
+    platform::Log& m_log;
+    const workflow::RunState& m_run;
     const DelegateServices m_services;
     std::function<QWidget*()> m_openPreferencesWindow;
     QPointer<QWidget> m_preferencesWindow; // the last one shown
@@ -101,4 +107,4 @@ private:
     bool m_agentsReloaded = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::app

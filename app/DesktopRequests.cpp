@@ -10,7 +10,7 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::app {
 
 namespace {
 
@@ -22,25 +22,26 @@ constexpr std::chrono::seconds longestUnneeded{20};
 bool startForPreferences()
 {
     return QProcess::startDetached(
-        toQt(programPathFromLink("/proc/self/exe")), {QStringLiteral("-preferences")});
+        windows::toQt(platform::programPathFromLink("/proc/self/exe")), {QStringLiteral("-preferences")});
 }
 
 } // namespace
 
-DesktopRequests::DesktopRequests(AppDelegate& delegate, RulesEditorTableController& mainWindow, Log& log)
+DesktopRequests::DesktopRequests(
+    AppDelegate& delegate, windows::RulesEditorTableController& mainWindow, platform::Log& log)
     : m_delegate(delegate)
     , m_mainWindow(mainWindow)
     , m_log(log)
 {
     // Queued, so that the desktop has its answer before a window asks a person something.
     QObject::connect(
-        &m_service, &ApplicationService::activated, &m_service, [this] { showMainWindow(); },
+        &m_service, &platform::ApplicationService::activated, &m_service, [this] { showMainWindow(); },
         Qt::QueuedConnection);
     QObject::connect(
-        &m_service, &ApplicationService::filesWereOpened, &m_service,
+        &m_service, &platform::ApplicationService::filesWereOpened, &m_service,
         [this](const std::vector<std::string>& paths) { reviewFiles(paths); }, Qt::QueuedConnection);
     QObject::connect(
-        &m_service, &ApplicationService::actionWasChosen, &m_service,
+        &m_service, &platform::ApplicationService::actionWasChosen, &m_service,
         [this](const QString& action) { doAction(action); }, Qt::QueuedConnection);
     m_untilUnneeded.setSingleShot(true);
     QObject::connect(&m_untilUnneeded, &QTimer::timeout, &m_service, [this] { endUnlessShown(); });
@@ -52,7 +53,7 @@ void DesktopRequests::start(const QDBusConnection& bus)
         m_untilUnneeded.start(longestUnneeded);
         return;
     }
-    m_log.write(std::string("the session bus does not give the name ") + ApplicationService::name);
+    m_log.write(std::string("the session bus does not give the name ") + platform::ApplicationService::name);
     QMetaObject::invokeMethod(
         &m_service, [this] { showMainWindow(); }, Qt::QueuedConnection);
 }
@@ -87,4 +88,4 @@ void DesktopRequests::endUnlessShown()
         m_delegate.terminate();
 }
 
-} // namespace quorvane
+} // namespace quorvane::app

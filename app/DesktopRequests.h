@@ -7,11 +7,17 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
+class Log;
+}
+
+namespace quorvane::windows {
+class RulesEditorTableController;
+}
+
+namespace quorvane::app {
 
 class AppDelegate;
-class Log;
-class RulesEditorTableController;
 
 // What the desktop asks over the bus of a program that the bus has started, brought to its windows. Until it
 // is asked for, the main window does not show; a program that nobody asks for anything ends. User interface
@@ -19,7 +25,8 @@ class RulesEditorTableController;
 class DesktopRequests {
 public:
     // All of it must outlive this.
-    DesktopRequests(AppDelegate& delegate, RulesEditorTableController& mainWindow, Log& log);
+    DesktopRequests(
+        AppDelegate& delegate, windows::RulesEditorTableController& mainWindow, platform::Log& log);
 
     // To be called before the event loop runs. Where the program cannot be known to the bus, it shows the
     // main window as if somebody had started it.
@@ -32,10 +39,10 @@ private:
     void endUnlessShown();
 
     AppDelegate& m_delegate;
-    RulesEditorTableController& m_mainWindow;
-    Log& m_log;
-    ApplicationService m_service;
+    windows::RulesEditorTableController& m_mainWindow;
+    platform::Log& m_log;
+    platform::ApplicationService m_service;
     QTimer m_untilUnneeded;
 };
 
-} // namespace quorvane
+} // namespace quorvane::app

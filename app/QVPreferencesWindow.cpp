@@ -16,7 +16,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::app {
 
 namespace {
 
@@ -51,8 +51,9 @@ void explain(QLabel& help, QWidget& control, int indent)
 
 } // namespace
 
-QVPreferencesWindow::QVPreferencesWindow(Locations locations, ApplicationServices& application, RunState& run,
-    PrivilegedCommand& privilegedCommand, PreferencesHistory& history, Log& log)
+QVPreferencesWindow::QVPreferencesWindow(platform::Locations locations,
+    workflow::ApplicationServices& application, workflow::RunState& run,
+    platform::PrivilegedCommand& privilegedCommand, workflow::PreferencesHistory& history, platform::Log& log)
     : m_locations(std::move(locations))
     , m_application(application)
     , m_run(run)
@@ -81,7 +82,7 @@ QVPreferencesWindow::~QVPreferencesWindow() = default;
 
 void QVPreferencesWindow::setUpSwitches()
 {
-    using Values = PreferenceValues;
+    using Values = workflow::PreferenceValues;
     m_switches = {
         {m_ui->restrictRulesCheckBox, m_ui->restrictRulesHelp, &Values::restrictRules},
         {m_ui->createRulesCheckBox, m_ui->createRulesHelp, &Values::createRules},
@@ -106,9 +107,9 @@ void QVPreferencesWindow::setUpSwitches()
 void QVPreferencesWindow::windowDidLoad()
 {
     m_initialPermissions = canCreateRules(m_locations, m_log);
-    m_settings = readPreferences(m_locations.preferencesFile());
+    m_settings = workflow::readPreferences(m_locations.preferencesFile());
     m_history.keepPresentVersion();
-    showValues(PreferenceValues::shownFor(m_settings, m_initialPermissions));
+    showValues(workflow::PreferenceValues::shownFor(m_settings, m_initialPermissions));
     const bool isAdmin = m_application.isAdminUser();
     m_authenticated = isAdmin && m_application.performAuthentication();
     if (m_authenticated)
@@ -118,7 +119,7 @@ void QVPreferencesWindow::windowDidLoad()
     setTheme();
 }
 
-void QVPreferencesWindow::showValues(const PreferenceValues& values)
+void QVPreferencesWindow::showValues(const workflow::PreferenceValues& values)
 {
     for (const Switch& each : m_switches)
         each.box->setChecked(values.*each.value);
@@ -130,9 +131,9 @@ void QVPreferencesWindow::showValues(const PreferenceValues& values)
     detail.setCurrentIndex(detail.findData(values.levelOfDetail));
 }
 
-PreferenceValues QVPreferencesWindow::shownValues() const
+workflow::PreferenceValues QVPreferencesWindow::shownValues() const
 {
-    PreferenceValues values;
+    workflow::PreferenceValues values;
     for (const Switch& each : m_switches)
         values.*each.value = each.box->isChecked();
     values.levelOfDetail = m_ui->levelOfDetailPopUpButton->currentData().toInt();
@@ -159,25 +160,25 @@ void QVPreferencesWindow::makeReadOnly()
 void QVPreferencesWindow::warnOfFile()
 {
     const std::string file = m_locations.preferencesFile();
-    if (const auto reason = whyPreferencesCannotBeSaved(file))
-        warn(tr("These settings cannot be saved: %1.").arg(toQt(*reason)));
-    else if (const auto unread = whyPreferencesAreUnread(file))
+    if (const auto reason = workflow::whyPreferencesCannotBeSaved(file))
+        warn(tr("These settings cannot be saved: %1.").arg(windows::toQt(*reason)));
+    else if (const auto unread = workflow::whyPreferencesAreUnread(file))
         warn(tr("The file of the settings cannot be read: %1. Shown are the defaults; saving keeps the file "
                 "under "
                 "another name.")
-                 .arg(toQt(*unread)));
+                 .arg(windows::toQt(*unread)));
 }
 
 void QVPreferencesWindow::warn(const QString& text)
 {
     m_ui->warningLabel->setText(text);
-    m_ui->warningLabel->setToolTip(toQt(m_locations.preferencesFile()));
+    m_ui->warningLabel->setToolTip(windows::toQt(m_locations.preferencesFile()));
     m_ui->warningLabel->show();
 }
 
 void QVPreferencesWindow::setTheme()
 {
-    applySheetLook(*this);
+    windows::applySheetLook(*this);
 }
 
 void QVPreferencesWindow::clickedCreateRules()
@@ -191,16 +192,16 @@ void QVPreferencesWindow::clickedOK()
         m_run.g_dirty = 1;
         setFolderPermissions();
         // Afresh, so that what others have written since is kept.
-        m_settings = readPreferences(m_locations.preferencesFile());
+        m_settings = workflow::readPreferences(m_locations.preferencesFile());
         shownValues().writeTo(m_settings);
         m_history.keepPresentVersion();
         const std::string file = m_locations.preferencesFile();
-        const auto failure = writePreferences(file, m_settings, m_log);
+        const auto failure = workflow::writePreferences(file, m_settings, m_log);
         if (!failure)
             m_history.keepSaved("Save Preferences");
-        Q_EMIT saved(failure
-                ? tr("Failed to save the preferences to '%1': %2").arg(toQt(file), toQt(*failure))
-                : QString());
+        Q_EMIT saved(failure ? tr("Failed to save the preferences to '%1': %2")
+                                   .arg(windows::toQt(file), windows::toQt(*failure))
+                             : QString());
     }
     close();
 }
@@ -210,12 +211,12 @@ void QVPreferencesWindow::setFolderPermissions()
     const bool mayCreateRules = m_ui->createRulesCheckBox->isChecked();
     if (mayCreateRules == m_initialPermissions)
         return;
-    letUsersCreateRules(m_locations, mayCreateRules, m_privilegedCommand, m_log);
+    workflow::letUsersCreateRules(m_locations, mayCreateRules, m_privilegedCommand, m_log);
 }
 
-bool QVPreferencesWindow::canCreateRules(const Locations& locations, Log& log)
+bool QVPreferencesWindow::canCreateRules(const platform::Locations& locations, platform::Log& log)
 {
-    return quorvane::canCreateRules(locations, log);
+    return workflow::canCreateRules(locations, log);
 }
 
 void QVPreferencesWindow::reject()
@@ -236,4 +237,4 @@ void QVPreferencesWindow::windowWillClose()
         m_application.terminate();
 }
 
-} // namespace quorvane
+} // namespace quorvane::app

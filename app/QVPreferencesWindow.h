@@ -16,13 +16,18 @@ namespace Ui {
 class QVPreferencesWindow;
 }
 
-namespace quorvane {
-
-class ApplicationServices;
+namespace quorvane::platform {
 class Log;
-class PreferencesHistory;
 class PrivilegedCommand;
+} // namespace quorvane::platform
+
+namespace quorvane::workflow {
+class ApplicationServices;
+class PreferencesHistory;
 struct RunState;
+} // namespace quorvane::workflow
+
+namespace quorvane::app {
 
 // The window on the settings that all users share. An administrator who has authenticated can change them,
 // anybody else can look at them. Deletes itself when it is closed.
@@ -30,8 +35,9 @@ class QVPreferencesWindow : public QDialog {
     Q_OBJECT
 public:
     // Nothing given is owned; all of it must outlive the window.
-    QVPreferencesWindow(Locations locations, ApplicationServices& application, RunState& run,
-        PrivilegedCommand& privilegedCommand, PreferencesHistory& history, Log& log);
+    QVPreferencesWindow(platform::Locations locations, workflow::ApplicationServices& application,
+        workflow::RunState& run, platform::PrivilegedCommand& privilegedCommand,
+        workflow::PreferencesHistory& history, platform::Log& log);
     ~QVPreferencesWindow() override;
 
     // Fills the window and has an administrator authenticate. To be called before the window is shown;
@@ -40,7 +46,7 @@ public:
     void setTheme();
 
     // Whether others than administrators may write to the shared rules folder. Logs its permissions.
-    static bool canCreateRules(const Locations& locations, Log& log);
+    static bool canCreateRules(const platform::Locations& locations, platform::Log& log);
     // Asks for the permission of the rules folder that the window shows, if it is another than when it was
     // loaded.
     void setFolderPermissions();
@@ -63,28 +69,28 @@ private:
     struct Switch {
         QCheckBox* box;
         QLabel* help;
-        bool PreferenceValues::*value;
+        bool workflow::PreferenceValues::*value;
     };
 
     void setUpSwitches();
-    void showValues(const PreferenceValues& values);
-    PreferenceValues shownValues() const;
+    void showValues(const workflow::PreferenceValues& values);
+    workflow::PreferenceValues shownValues() const;
     void makeReadOnly();
     void warnOfFile();
     void warn(const QString& text);
     void windowWillClose();
 
-    const Locations m_locations;
-    ApplicationServices& m_application;
-    RunState& m_run;
-    PrivilegedCommand& m_privilegedCommand;
-    PreferencesHistory& m_history;
-    Log& m_log;
+    const platform::Locations m_locations;
+    workflow::ApplicationServices& m_application;
+    workflow::RunState& m_run;
+    platform::PrivilegedCommand& m_privilegedCommand;
+    workflow::PreferencesHistory& m_history;
+    platform::Log& m_log;
     std::unique_ptr<Ui::QVPreferencesWindow> m_ui;
     std::vector<Switch> m_switches;
-    PropertyList m_settings;
+    platform::PropertyList m_settings;
     bool m_initialPermissions = false;
     bool m_authenticated = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::app

@@ -7,15 +7,15 @@
 
 #include <cstdlib>
 
-namespace quorvane {
+namespace quorvane::app {
 
 namespace {
 
 constexpr const char* programName = "quorvane-configuration"; // in the history
 
-ReadProgramSettings readSettings(Log& log)
+workflow::ReadProgramSettings readSettings(platform::Log& log)
 {
-    ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    workflow::ReadProgramSettings read = workflow::readProgramSettings(workflow::defaultSettingsFile());
     if (read.problem)
         log.write(*read.problem);
     return read;
@@ -23,21 +23,22 @@ ReadProgramSettings readSettings(Log& log)
 
 } // namespace
 
-Surroundings::Surroundings(const Locations& locations, Log& givenLog, bool openedWithOptions)
+Surroundings::Surroundings(
+    const platform::Locations& locations, platform::Log& givenLog, bool openedWithOptions)
     : log(givenLog)
     , run{.openedWithOptions = openedWithOptions}
     , settings(readSettings(log))
-    , store(RuleManager::sharedManager(locations, log))
+    , store(rules::RuleManager::sharedManager(locations, log))
     , document(store, run,
           {.program = programName,
-              .stateFolder = defaultStateFolder(),
+              .stateFolder = history::defaultStateFolder(),
               .settings = settings.settings,
               .background = &background},
           log)
     , notices(QDBusConnection::sessionBus())
-    , prompt(toQt(locations.noticeIconFile()))
-    , authority(systemBusAddress(locations.areSandbox()), prompt)
-    , runningApplications(makeRunningApplications())
+    , prompt(windows::toQt(locations.noticeIconFile()))
+    , authority(platform::systemBusAddress(locations.areSandbox()), prompt)
+    , runningApplications(platform::makeRunningApplications())
     , delegate(locations, log, run, {notices, authority, *runningApplications, workspace})
     , preferencesHistory(locations, document, programName, {delegate, privilegedCommand, run}, log)
 {
@@ -56,4 +57,4 @@ std::string volumeFromEnvironment()
     return volume == nullptr ? "" : volume;
 }
 
-} // namespace quorvane
+} // namespace quorvane::app

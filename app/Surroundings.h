@@ -15,31 +15,31 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::app {
 
 // What the windows need, put together; outlives them. After QApplication, once in a process.
 struct Surroundings {
     // `log` must outlive it.
-    Surroundings(const Locations& locations, Log& log, bool openedWithOptions);
+    Surroundings(const platform::Locations& locations, platform::Log& log, bool openedWithOptions);
 
-    Log& log;
-    RunState run;
-    ReadProgramSettings settings; // as they were at the start
-    RuleManager& store;
-    BackgroundThread background;
-    RulesDocument document;
-    Workspace workspace;
-    DesktopNotices notices;
-    AuthenticationWindow prompt;
-    DesktopAuthority authority;
-    PkexecCommand privilegedCommand;
-    std::unique_ptr<RunningApplications> runningApplications;
+    platform::Log& log;
+    workflow::RunState run;
+    workflow::ReadProgramSettings settings; // as they were at the start
+    rules::RuleManager& store;
+    windows::BackgroundThread background;
+    workflow::RulesDocument document;
+    platform::Workspace workspace;
+    platform::DesktopNotices notices;
+    windows::AuthenticationWindow prompt;
+    platform::DesktopAuthority authority;
+    platform::PkexecCommand privilegedCommand;
+    std::unique_ptr<platform::RunningApplications> runningApplications;
     AppDelegate delegate;
-    PreferencesHistory preferencesHistory;
+    workflow::PreferencesHistory preferencesHistory;
 };
 
 // The volume of the machine that the rules are for, by the environment variable QUORVANE_TARGET; empty for
 // this machine.
 std::string volumeFromEnvironment();
 
-} // namespace quorvane
+} // namespace quorvane::app

@@ -44,7 +44,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::app {
 
 namespace {
 
@@ -69,15 +69,16 @@ template <class Object, class... Values> void waitFor(Object& object, void (Obje
     untilThen.exec();
 }
 
-RulesPlace placeFromEnvironment()
+workflow::RulesPlace placeFromEnvironment()
 {
     std::error_code error;
-    return RulesPlace::folder(volumeFromEnvironment(), error).value_or(RulesPlace::thisMachine());
+    return workflow::RulesPlace::folder(volumeFromEnvironment(), error)
+        .value_or(workflow::RulesPlace::thisMachine());
 }
 
-std::unique_ptr<RulesEditorTableController> makeMainWindow(Surroundings& around)
+std::unique_ptr<windows::RulesEditorTableController> makeMainWindow(Surroundings& around)
 {
-    auto window = std::make_unique<RulesEditorTableController>(
+    auto window = std::make_unique<windows::RulesEditorTableController>(
         around.document, around.delegate, around.run, around.workspace, around.log);
     if (const std::string volume = volumeFromEnvironment(); !volume.empty())
         window->useVolume(volume);
@@ -94,7 +95,7 @@ Subject mainWindow(int firstRow, Surroundings& around)
     return window;
 }
 
-std::optional<RuleRef> userRuleAt(int row, const RuleManager& store)
+std::optional<rules::RuleRef> userRuleAt(int row, const rules::RuleManager& store)
 {
     const bool includeSystemRules = false;
     const bool isThere = row >= 0 && static_cast<std::size_t>(row) < store.totalRules(includeSystemRules);
@@ -103,7 +104,7 @@ std::optional<RuleRef> userRuleAt(int row, const RuleManager& store)
 }
 
 // The first problem in the list that is the rule's; none when it has none.
-QModelIndex problemOf(const RuleRef& rule, const ProblemsModel& problems)
+QModelIndex problemOf(const rules::RuleRef& rule, const windows::ProblemsModel& problems)
 {
     for (int kind = 0; kind < problems.rowCount(); ++kind) {
         const QModelIndex list = problems.index(kind, 0);
@@ -128,11 +129,11 @@ Subject problemsOf(int row, Surroundings& around)
     list->show();
     window->resizeDocks({list}, {widthOfList}, Qt::Horizontal);
     window->show();
-    auto* panel = window->findChild<ProblemsPanel*>();
-    waitFor(panel->finder(), &ProblemsFinder::found);
+    auto* panel = window->findChild<windows::ProblemsPanel*>();
+    waitFor(panel->finder(), &windows::ProblemsFinder::found);
     auto* tree = panel->findChild<QTreeView*>();
-    Q_EMIT tree->clicked(problemOf(*rule, *panel->findChild<ProblemsModel*>()));
-    waitFor(*window->findChild<RuleStrip*>(), &RuleStrip::wasFilled);
+    Q_EMIT tree->clicked(problemOf(*rule, *panel->findChild<windows::ProblemsModel*>()));
+    waitFor(*window->findChild<windows::RuleStrip*>(), &windows::RuleStrip::wasFilled);
     return window;
 }
 
@@ -152,7 +153,7 @@ Subject narrowedTo(int place, Surroundings& around)
 Subject windowOfItems(const char* items, int firstRow, int rules, QSize size, Surroundings& around)
 {
     auto window = makeMainWindow(around);
-    std::vector<RuleRef> selected;
+    std::vector<rules::RuleRef> selected;
     for (int row = firstRow; row < firstRow + rules; ++row) {
         if (const auto rule = userRuleAt(row, around.store))
             selected.push_back(*rule);
@@ -162,8 +163,8 @@ Subject windowOfItems(const char* items, int firstRow, int rules, QSize size, Su
         if (auto* action = window->findChild<QAction*>(item))
             action->trigger();
     }
-    if (auto* cleanUp = window->findChild<CleanUpWindow*>())
-        waitFor(*cleanUp, &CleanUpWindow::wasFilled);
+    if (auto* cleanUp = window->findChild<windows::CleanUpWindow*>())
+        waitFor(*cleanUp, &windows::CleanUpWindow::wasFilled);
     Subject subject(std::move(window));
     subject.shown = subject.owner->findChild<QDialog*>();
     if (subject.shown != nullptr)
@@ -180,11 +181,12 @@ Subject menuNamed(const char* name, Surroundings& around)
 
 Subject reviewOf(const char* rulesFile, Surroundings& around)
 {
-    auto window = std::make_unique<ImportWindowController>(around.document, around.workspace, around.log);
+    auto window
+        = std::make_unique<windows::ImportWindowController>(around.document, around.workspace, around.log);
     window->setPlace(placeFromEnvironment());
     window->setPath(rulesFile);
     window->show();
-    waitFor(*window, &ImportWindowController::wasCounted);
+    waitFor(*window, &windows::ImportWindowController::wasCounted);
     return window;
 }
 
@@ -194,22 +196,23 @@ Subject editorOf(int row, Surroundings& around)
     const auto rule = userRuleAt(row, around.store);
     if (!rule)
         return {};
-    const auto* watch = std::get_if<WatchRulePtr>(&*rule);
+    const auto* watch = std::get_if<rules::WatchRulePtr>(&*rule);
     if (watch == nullptr) {
-        auto editor
-            = std::make_unique<EditPolicyWindowController>(around.document, around.workspace, around.log);
+        auto editor = std::make_unique<windows::EditPolicyWindowController>(
+            around.document, around.workspace, around.log);
         editor->setPlace(placeFromEnvironment());
-        editor->setPolicyRule(std::get<PolicyRulePtr>(*rule));
+        editor->setPolicyRule(std::get<rules::PolicyRulePtr>(*rule));
         return editor;
     }
-    auto editor = std::make_unique<EditWatchWindowController>(around.document, around.workspace, around.log);
+    auto editor
+        = std::make_unique<windows::EditWatchWindowController>(around.document, around.workspace, around.log);
     editor->setPlace(placeFromEnvironment());
     editor->setWatchRule(*watch);
     return editor;
 }
 
 // Everybody has proved to be an administrator.
-class AllAreAdministrators : public AdminAuthority {
+class AllAreAdministrators : public platform::AdminAuthority {
 public:
     bool isAdminUser() override { return true; }
     bool verifyFingerprint(const std::string& /*reason*/) override { return true; }
@@ -220,7 +223,7 @@ public:
 Subject preferencesWindow(Surroundings& around)
 {
     static AllAreAdministrators administrators;
-    const auto locations = Locations::fromEnvironment();
+    const auto locations = platform::Locations::fromEnvironment();
     auto* delegate = new AppDelegate(locations, around.log, around.run,
         {around.notices, administrators, *around.runningApplications, around.workspace});
     auto window = std::make_unique<QVPreferencesWindow>(
@@ -232,39 +235,43 @@ Subject preferencesWindow(Surroundings& around)
 
 Subject historyWindow(Surroundings& around)
 {
-    static RulesHistory rules(around.document);
-    auto window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&rules});
-    waitFor(*window, &HistoryWindow::wasFilled);
+    static workflow::RulesHistory rules(around.document);
+    auto window = std::make_unique<windows::HistoryWindow>(std::vector<workflow::FileHistory*>{&rules});
+    waitFor(*window, &windows::HistoryWindow::wasFilled);
     return window;
 }
 
 // The table of a main window that nobody sees.
-class NoTable : public RulesTable {
+class NoTable : public windows::RulesTable {
 public:
-    std::vector<RuleRef> selectedRules() const override { return {}; }
-    RulesSelection selection() const override { return {}; }
-    void selectRules(const std::vector<RuleRef>& /*rules*/) override { }
-    void revealRule(const RuleRef& /*rule*/) override { }
-    bool perform(const PlannedChange& /*planned*/, const ChangeReason& /*reason*/) override { return false; }
+    std::vector<rules::RuleRef> selectedRules() const override { return {}; }
+    workflow::RulesSelection selection() const override { return {}; }
+    void selectRules(const std::vector<rules::RuleRef>& /*rules*/) override { }
+    void revealRule(const rules::RuleRef& /*rule*/) override { }
+    bool perform(
+        const workflow::PlannedChange& /*planned*/, const workflow::ChangeReason& /*reason*/) override
+    {
+        return false;
+    }
     void keepWholeLines() override { }
-    void addNotice(FootNotice /*notice*/) override { }
+    void addNotice(windows::FootNotice /*notice*/) override { }
 };
 
 Subject touchingWindow(const char* path, Surroundings& around)
 {
     static NoTable table;
-    auto window = std::make_unique<TouchingWindow>(around.store, table, around.workspace);
+    auto window = std::make_unique<windows::TouchingWindow>(around.store, table, around.workspace);
     window->setPlace(placeFromEnvironment());
-    window->findChild<PathField*>(QStringLiteral("pathField"))->setPath(path);
-    waitFor(*window, &TouchingWindow::wasAnswered);
+    window->findChild<windows::PathField*>(QStringLiteral("pathField"))->setPath(path);
+    waitFor(*window, &windows::TouchingWindow::wasAnswered);
     return window;
 }
 
 Subject mapWindow(Surroundings& around)
 {
     static NoTable table;
-    auto window = std::make_unique<MapWindow>(around.store, table);
-    waitFor(*window, &MapWindow::wasMade);
+    auto window = std::make_unique<windows::MapWindow>(around.store, table);
+    waitFor(*window, &windows::MapWindow::wasMade);
     return window;
 }
 
@@ -300,19 +307,19 @@ Subject windowNamed(int wordCount, char** words, Surroundings& around)
 
 } // namespace
 
-} // namespace quorvane
+} // namespace quorvane::app
 
 // quorvane-window-image FILE.png [WINDOW]: renders a window, as it opens, into FILE.png.
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argumentCount, arguments);
-    quorvane::applyWindowLook(application);
-    const auto log = quorvane::makeProgramLog("quorvane-window-image", false);
-    quorvane::Surroundings around(quorvane::Locations::fromEnvironment(), *log, false);
-    const quorvane::Subject subject = argumentCount < 2
-        ? quorvane::Subject()
-        : quorvane::windowNamed(argumentCount - 2, arguments + 2, around);
+    quorvane::windows::applyWindowLook(application);
+    const auto log = quorvane::platform::makeProgramLog("quorvane-window-image", false);
+    quorvane::app::Surroundings around(quorvane::platform::Locations::fromEnvironment(), *log, false);
+    const quorvane::app::Subject subject = argumentCount < 2
+        ? quorvane::app::Subject()
+        : quorvane::app::windowNamed(argumentCount - 2, arguments + 2, around);
     if (subject.shown == nullptr) {
         std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | narrow CLASS | item "
                    "NAME[+NAME...] "

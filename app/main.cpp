@@ -48,38 +48,40 @@ private:
 
 int main(int argumentCount, char** arguments)
 {
-    quorvane::secureStandardStreams();
-    const bool startedByBus = quorvane::ApplicationService::wasStartedByBus();
+    quorvane::platform::secureStandardStreams();
+    const bool startedByBus = quorvane::platform::ApplicationService::wasStartedByBus();
     const std::vector<std::string> allArguments(arguments, arguments + argumentCount);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     // The toolkit gets the program's name alone: no argument of its own has an effect.
     int onlyTheName = std::min(argumentCount, 1);
     QApplication application(onlyTheName, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
-    QApplication::setDesktopFileName(QString::fromLatin1(quorvane::ApplicationService::name));
+    QApplication::setDesktopFileName(QString::fromLatin1(quorvane::platform::ApplicationService::name));
     // Windows other than the main one may be closed, and the main one left for the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
-    quorvane::applyWindowLook(application);
-    quorvane::speakLanguageOf(application, QLocale::system());
-    const quorvane::DesktopAppearance desktop(QDBusConnection::sessionBus());
-    quorvane::setAppearance(application, desktop.appearance());
-    QObject::connect(&desktop, &quorvane::DesktopAppearance::changed, &application,
-        [&application](quorvane::Appearance look) { quorvane::setAppearance(application, look); });
+    quorvane::windows::applyWindowLook(application);
+    quorvane::windows::speakLanguageOf(application, QLocale::system());
+    const quorvane::platform::DesktopAppearance desktop(QDBusConnection::sessionBus());
+    quorvane::windows::setAppearance(application, desktop.appearance());
+    QObject::connect(&desktop, &quorvane::platform::DesktopAppearance::changed, &application,
+        [&application](
+            quorvane::platform::Appearance look) { quorvane::windows::setAppearance(application, look); });
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/quorvane-configuration.svg")));
 
-    const quorvane::EndRequests endRequests;
-    const auto log = quorvane::makeProgramLog("quorvane-configuration", true);
+    const quorvane::platform::EndRequests endRequests;
+    const auto log = quorvane::platform::makeProgramLog("quorvane-configuration", true);
     const bool openedWithOptions
         = std::find(allArguments.begin(), allArguments.end(), "-preferences") != allArguments.end();
-    quorvane::Surroundings around(quorvane::Locations::fromEnvironment(), *log, openedWithOptions);
-    QObject::connect(&endRequests, &quorvane::EndRequests::endRequested, &around.delegate,
-        &quorvane::AppDelegate::terminate);
-    quorvane::RulesEditorTableController mainWindow(
+    quorvane::app::Surroundings around(
+        quorvane::platform::Locations::fromEnvironment(), *log, openedWithOptions);
+    QObject::connect(&endRequests, &quorvane::platform::EndRequests::endRequested, &around.delegate,
+        &quorvane::app::AppDelegate::terminate);
+    quorvane::windows::RulesEditorTableController mainWindow(
         around.document, around.delegate, around.run, around.workspace, *log);
     mainWindow.addHistory(around.preferencesHistory);
     if (around.settings.problem)
-        mainWindow.showSettingsProblem(quorvane::toQt(*around.settings.problem));
-    if (const std::string volume = quorvane::volumeFromEnvironment(); !volume.empty())
+        mainWindow.showSettingsProblem(quorvane::windows::toQt(*around.settings.problem));
+    if (const std::string volume = quorvane::app::volumeFromEnvironment(); !volume.empty())
         mainWindow.useVolume(volume);
     const auto saveWhatIsOpen = [&] {
         mainWindow.keepUnsavedRules();
@@ -94,9 +96,9 @@ int main(int argumentCount, char** arguments)
         around.delegate.reloadAgentsAfterChange();
         log->flush();
     });
-    QObject::connect(&around.delegate, &quorvane::AppDelegate::preferencesWereSaved, &mainWindow,
-        &quorvane::RulesEditorTableController::showPreferencesFailure);
-    using StartedBy = quorvane::AppDelegate::StartedBy;
+    QObject::connect(&around.delegate, &quorvane::app::AppDelegate::preferencesWereSaved, &mainWindow,
+        &quorvane::windows::RulesEditorTableController::showPreferencesFailure);
+    using StartedBy = quorvane::app::AppDelegate::StartedBy;
     const StartedBy starter = startedByBus ? StartedBy::bus : StartedBy::person;
     QMetaObject::invokeMethod(
         &around.delegate,
@@ -104,7 +106,7 @@ int main(int argumentCount, char** arguments)
             around.delegate.applicationDidFinishLaunching(around.store, mainWindow, allArguments, starter);
         },
         Qt::QueuedConnection);
-    quorvane::DesktopRequests requests(around.delegate, mainWindow, *log);
+    quorvane::app::DesktopRequests requests(around.delegate, mainWindow, *log);
     if (startedByBus)
         requests.start(QDBusConnection::sessionBus());
     return QApplication::exec();

@@ -19,18 +19,17 @@
 namespace {
 
 using namespace quorvane;
-using namespace quorvane::test;
 
 constexpr std::size_t programSize = 64U << 20U;
 
 // A program of 64 MiB, ad hoc signed by SHA-256 in pages of 2^pageSize bytes.
-Bytes largeProgram(std::uint8_t pageSize)
+codesign::Bytes largeProgram(std::uint8_t pageSize)
 {
-    Bytes program(programSize);
+    codesign::Bytes program(programSize);
     for (std::size_t i = 0; i < program.size(); ++i)
         program[i] = static_cast<std::uint8_t>(i * 2654435761U >> 13U);
     const auto put = [&program](std::size_t offset, std::uint64_t value) {
-        putNumber(program, offset, value, 4, ByteOrder::little);
+        putNumber(program, offset, value, 4, codesign::ByteOrder::little);
     };
     constexpr std::size_t room = 2U << 20U;
     std::fill_n(program.begin(), 4096, std::uint8_t{0});
@@ -47,7 +46,7 @@ Bytes largeProgram(std::uint8_t pageSize)
     put(60, 16);
     put(64, programSize);
     put(68, room);
-    SignaturePlan plan;
+    test::SignaturePlan plan;
     plan.directories.front().pageSize = pageSize;
     append(program, makeSignature(plan, program));
     program.resize(programSize + room);
@@ -62,7 +61,8 @@ double secondsOf(const std::function<void()>& work)
 }
 
 // Runs `work` over `size` bytes and the yardstick over the same bytes by turns.
-void compare(benchmark::State& state, const Bytes& bytes, std::size_t size, const std::function<void()>& work)
+void compare(benchmark::State& state, const codesign::Bytes& bytes, std::size_t size,
+    const std::function<void()>& work)
 {
     double ours = 0;
     double yardstick = 0;
@@ -82,13 +82,13 @@ void compare(benchmark::State& state, const Bytes& bytes, std::size_t size, cons
 void verifyPages(benchmark::State& state)
 {
     const auto pageSize = static_cast<std::uint8_t>(state.range(0));
-    const Bytes program = largeProgram(pageSize);
-    const TemporaryFolder folder;
-    const auto code = ProgramCode::atPath(folder.write("program", program));
-    if (codeSignState(code.get(), strictFlags) != signatureState::valid)
+    const codesign::Bytes program = largeProgram(pageSize);
+    const test::TemporaryFolder folder;
+    const auto code = codesign::ProgramCode::atPath(folder.write("program", program));
+    if (codeSignState(code.get(), codesign::strictFlags) != signatureState::valid)
         throw std::runtime_error("the program of the bench is not valid");
     compare(state, program, programSize,
-        [&] { benchmark::DoNotOptimize(codeSignState(code.get(), strictFlags)); });
+        [&] { benchmark::DoNotOptimize(codeSignState(code.get(), codesign::strictFlags)); });
     state.counters["pages_per_second"] = benchmark::Counter(
         static_cast<double>(programSize >> pageSize), benchmark::Counter::kIsIterationInvariantRate);
 }
@@ -96,8 +96,8 @@ BENCHMARK(verifyPages)->Arg(12)->Arg(14)->UseManualTime()->Unit(benchmark::kMill
 
 void digestFile(benchmark::State& state)
 {
-    const Bytes contents = largeProgram(12);
-    const TemporaryFolder folder;
+    const codesign::Bytes contents = largeProgram(12);
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("program", contents);
     compare(state, contents, contents.size(), [&] { benchmark::DoNotOptimize(sha256OfFile(path)); });
 }
@@ -106,10 +106,11 @@ BENCHMARK(digestFile)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2
 // The questions that the table asks of a program: no pages are read.
 void teamOfProgram(benchmark::State& state)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("program", largeProgram(12));
     while (state.KeepRunning())
-        benchmark::DoNotOptimize(codeSignText(ProgramCode::atPath(path).get(), kSecCodeInfoTeamIdentifier));
+        benchmark::DoNotOptimize(
+            codeSignText(codesign::ProgramCode::atPath(path).get(), kSecCodeInfoTeamIdentifier));
 }
 BENCHMARK(teamOfProgram)->Unit(benchmark::kMicrosecond);
 

@@ -46,13 +46,14 @@ double threadMilliseconds()
 
 class Editing {
 public:
-    Editing(RulesDocument& document, Background& background, RulesEditorTableController& window)
+    Editing(workflow::RulesDocument& document, workflow::Background& background,
+        windows::RulesEditorTableController& window)
         : m_document(document)
         , m_background(background)
         , m_window(window)
-        , m_table(*window.findChild<RulesTableView*>())
+        , m_table(*window.findChild<windows::RulesTableView*>())
     {
-        m_document.store().sortIndexUsingDescriptors({{SortKey::path, true}});
+        m_document.store().sortIndexUsingDescriptors({{rules::SortKey::path, true}});
         m_window.reloadData();
         m_table.selectRow(middle());
         m_table.scrollTo(m_table.currentIndex());
@@ -66,9 +67,9 @@ public:
         print("first-tag", [&] { tag("first"); });
         print("tag", [&] { tag("second"); });
         const auto rule = m_document.store().ruleAtIndex(static_cast<std::size_t>(middle()), false);
-        if (const auto* policy = std::get_if<PolicyRulePtr>(&rule)) {
+        if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule)) {
             m_window.editPolicy(*policy);
-            auto* editor = m_window.findChild<EditPolicyWindowController*>();
+            auto* editor = m_window.findChild<windows::EditPolicyWindowController*>();
             print("save", [&] { editor->saveClicked(); });
         }
         print("delete", [&] { m_window.deleteRow(static_cast<std::size_t>(middle())); });
@@ -103,10 +104,10 @@ private:
         std::printf("%s-written %.2f\n", name, milliseconds(timer));
     }
 
-    RulesDocument& m_document;
-    Background& m_background;
-    RulesEditorTableController& m_window;
-    RulesTableView& m_table;
+    workflow::RulesDocument& m_document;
+    workflow::Background& m_background;
+    windows::RulesEditorTableController& m_window;
+    windows::RulesTableView& m_table;
 };
 
 // The best of several runs: what else the machine does only adds.
@@ -125,18 +126,18 @@ double best(const std::function<void()>& work)
 
 void printTimes(const std::string& file, const std::string& folder)
 {
-    const Locations locations(folder, "bench");
+    const platform::Locations locations(folder, "bench");
     fs::create_directories(fs::path(locations.userRulesFile()).parent_path());
     fs::copy_file(file, locations.userRulesFile());
-    Log log({});
-    const auto store = RuleManager::initWithCurrentUserConfiguration(locations, log);
-    BackgroundThread background;
-    RunState run;
-    RulesDocument document(
+    platform::Log log({});
+    const auto store = rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
+    windows::BackgroundThread background;
+    workflow::RunState run;
+    workflow::RulesDocument document(
         *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
-    FakeApplication application;
-    Workspace workspace;
-    RulesEditorTableController window(document, application, run, workspace, log);
+    test::FakeApplication application;
+    platform::Workspace workspace;
+    windows::RulesEditorTableController window(document, application, run, workspace, log);
     window.show();
     Editing(document, background, window).printAll();
     const std::string written = folder + "/written";

@@ -4,7 +4,7 @@
 #include <array>
 #include <random>
 
-namespace quorvane {
+namespace quorvane::bench {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string generatedRules(std::size_t count, std::size_t applications)
     return text;
 }
 
-} // namespace quorvane
+} // namespace quorvane::bench

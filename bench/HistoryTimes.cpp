@@ -41,24 +41,26 @@ public:
     {
         fs::create_directories(fs::path(m_locations.userRulesFile()).parent_path());
         fs::copy_file(file, m_locations.userRulesFile());
-        m_store = RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
-        m_document = std::make_unique<RulesDocument>(*m_store, m_run,
-            DocumentOwner{.program = "bench", .stateFolder = stateFolder(), .background = &m_background},
+        m_store = rules::RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
+        m_document = std::make_unique<workflow::RulesDocument>(*m_store, m_run,
+            workflow::DocumentOwner{
+                .program = "bench", .stateFolder = stateFolder(), .background = &m_background},
             m_log);
-        m_document->perform(additionOf(std::make_shared<PolicyRule>(
-                                PolicyRuleFields{.path = "/added", .processName = "any", .operations = 1})),
+        m_document->perform(additionOf(std::make_shared<rules::PolicyRule>(rules::PolicyRuleFields{
+                                .path = "/added", .processName = "any", .operations = 1})),
             {"Add Rule"});
         m_document->waitUntilWritten();
     }
     ~User() { fs::remove_all(m_folder); }
 
-    RulesDocument& document() { return *m_document; }
+    workflow::RulesDocument& document() { return *m_document; }
 
     // Copies of the newest version, up to that number.
     void addVersions(int last)
     {
-        Database database(JournalPlace(stateFolder(), m_locations.userRulesFile()).databaseFile());
-        Statement(database,
+        history::Database database(
+            history::JournalPlace(stateFolder(), m_locations.userRulesFile()).databaseFile());
+        history::Statement(database,
             "WITH RECURSIVE next (number) AS (SELECT max(number) + 1 FROM version UNION ALL"
             " SELECT number + 1 FROM next WHERE number < ?)"
             " INSERT INTO version SELECT next.number, time, program, action, kind, of_number, next.number - "
@@ -73,18 +75,18 @@ private:
     std::string stateFolder() const { return m_folder + "/state"; }
 
     const std::string m_folder;
-    const Locations m_locations{m_folder, "bench"};
-    Log m_log{{}};
-    RunState m_run;
-    BackgroundThread m_background;
-    std::unique_ptr<RuleManager> m_store;
-    std::unique_ptr<RulesDocument> m_document;
+    const platform::Locations m_locations{m_folder, "bench"};
+    platform::Log m_log{{}};
+    workflow::RunState m_run;
+    windows::BackgroundThread m_background;
+    std::unique_ptr<rules::RuleManager> m_store;
+    std::unique_ptr<workflow::RulesDocument> m_document;
 };
 
 // Each thing that is done, up to the table that shows what the selected version did.
 class Looking {
 public:
-    Looking(RulesDocument& document, std::string name)
+    Looking(workflow::RulesDocument& document, std::string name)
         : m_history(document)
         , m_name(std::move(name))
     {
@@ -93,16 +95,18 @@ public:
     void open()
     {
         // The main window was there before: the allocator has cleared up after the reading of the rules.
-        const RulesTableView table;
+        const windows::RulesTableView table;
         print("open", [this] {
-            m_window = std::make_unique<HistoryWindow>(std::vector<FileHistory*>{&m_history});
-            QObject::connect(m_window.get(), &HistoryWindow::wasFilled, [this] { m_isFilled = true; });
+            m_window
+                = std::make_unique<windows::HistoryWindow>(std::vector<workflow::FileHistory*>{&m_history});
+            QObject::connect(
+                m_window.get(), &windows::HistoryWindow::wasFilled, [this] { m_isFilled = true; });
             m_window->show();
         });
     }
     void select(const char* what, int row)
     {
-        auto* versions = m_window->findChild<RulesTableView*>(QStringLiteral("versionsTableView"));
+        auto* versions = m_window->findChild<windows::RulesTableView*>(QStringLiteral("versionsTableView"));
         print(what, [=] { versions->selectRow(row < 0 ? versions->model()->rowCount() + row : row); });
     }
     void type(const char* what, const char* text)
@@ -136,9 +140,9 @@ private:
             what, gap.longest());
     }
 
-    RulesHistory m_history;
+    workflow::RulesHistory m_history;
     const std::string m_name;
-    std::unique_ptr<HistoryWindow> m_window;
+    std::unique_ptr<windows::HistoryWindow> m_window;
     bool m_isFilled = false;
 };
 

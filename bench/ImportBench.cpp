@@ -46,21 +46,21 @@ public:
     Sandbox& operator=(const Sandbox&) = delete;
 
     const std::string root = "/tmp/quorvane-bench-" + std::to_string(getpid());
-    const Locations locations{root, "bench"};
+    const platform::Locations locations{root, "bench"};
     const std::string exchangeFile = root + "/rules.quorv";
 };
 
 void importAll(benchmark::State& state, bool isThereAlready)
 {
     const Sandbox sandbox(static_cast<std::size_t>(state.range(0)), state.range(1) == 1);
-    Log log({});
-    std::unique_ptr<RuleManager> exchange;
+    platform::Log log({});
+    std::unique_ptr<rules::RuleManager> exchange;
     double load = HUGE_VAL; // the best of several
     for (int time = 0; time < 5; ++time) {
         exchange.reset();
         load = std::min(load, secondsOf([&] {
-            exchange
-                = RuleManager::initWithContentsOfFile(sandbox.exchangeFile, false, sandbox.locations, log);
+            exchange = rules::RuleManager::initWithContentsOfFile(
+                sandbox.exchangeFile, false, sandbox.locations, log);
             benchmark::DoNotOptimize(exchange->totalRules(false));
         }));
     }
@@ -72,11 +72,11 @@ void importAll(benchmark::State& state, bool isThereAlready)
             exchange->writeToFile(sandbox.locations.userRulesFile());
         else
             fs::remove(sandbox.locations.userRulesFile());
-        const auto store = RuleManager::initWithCurrentUserConfiguration(sandbox.locations, log);
-        RunState run;
+        const auto store = rules::RuleManager::initWithCurrentUserConfiguration(sandbox.locations, log);
+        workflow::RunState run;
         state.ResumeTiming();
-        TestDocument document(*store, run);
-        RuleImport import(document);
+        test::TestDocument document(*store, run);
+        workflow::RuleImport import(document);
         import.begin(sandbox.exchangeFile);
         handingOver += secondsOf([&] {
             const std::size_t total = exchange->totalRules(false);

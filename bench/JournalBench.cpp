@@ -54,13 +54,13 @@ void measure(const std::string& file, const std::string& folder)
 {
     std::ifstream in(file, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(in), {});
-    Log log({});
-    const auto journal = Journal::open(folder + "/state", file, {}, log);
-    NewVersion next;
+    platform::Log log({});
+    const auto journal = history::Journal::open(folder + "/state", file, {}, log);
+    history::NewVersion next;
     next.bytes = text;
     const auto record = [&] {
         const auto number = journal->begin(next);
-        if (!number || !journal->finish(*number, VersionState::done))
+        if (!number || !journal->finish(*number, history::VersionState::done))
             std::fprintf(stderr, "%s\n", journal->problem().value_or("not kept").c_str());
     };
     std::printf("first-version %.3f s\n", secondsOf(record));

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::bench {
 
 // The longest that a window took no input while something was done, and how long that took; in milliseconds.
 class LongestGap {
@@ -40,4 +40,4 @@ private:
     double m_longest = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::bench

@@ -46,16 +46,16 @@ const Sample& sample(std::size_t rules, bool oneGroup)
     return made;
 }
 
-Log& silentLog()
+platform::Log& silentLog()
 {
-    static Log log({});
+    static platform::Log log({});
     return log;
 }
 
-std::unique_ptr<RuleManager> storeOf(const Sample& from)
+std::unique_ptr<rules::RuleManager> storeOf(const Sample& from)
 {
-    return RuleManager::initWithContentsOfFile(
-        from.file, false, Locations("/nonexistent", "bench"), silentLog());
+    return rules::RuleManager::initWithContentsOfFile(
+        from.file, false, platform::Locations("/nonexistent", "bench"), silentLog());
 }
 
 // Runs `work` on a store of the sample that the state's ranges name.
@@ -74,13 +74,14 @@ template <class Work> void benchStore(benchmark::State& state, Work work)
 
 void load(benchmark::State& state)
 {
-    benchStore(state,
-        [](RuleManager&, const Sample& from) { benchmark::DoNotOptimize(storeOf(from)->totalRules(true)); });
+    benchStore(state, [](rules::RuleManager&, const Sample& from) {
+        benchmark::DoNotOptimize(storeOf(from)->totalRules(true));
+    });
 }
 
 void rebuild(benchmark::State& state)
 {
-    benchStore(state, [](RuleManager& store, const Sample&) {
+    benchStore(state, [](rules::RuleManager& store, const Sample&) {
         store.rebuildRulesCache();
         benchmark::DoNotOptimize(store.totalRules(true));
     });
@@ -88,7 +89,7 @@ void rebuild(benchmark::State& state)
 
 void filterWhileTyping(benchmark::State& state)
 {
-    benchStore(state, [](RuleManager& store, const Sample&) {
+    benchStore(state, [](rules::RuleManager& store, const Sample&) {
         for (const char* text : {"d", "do", "doc", "docu", "docum"}) {
             store.applyFilterWithString(text);
             benchmark::DoNotOptimize(store.totalRules(true));
@@ -98,22 +99,22 @@ void filterWhileTyping(benchmark::State& state)
 
 void sortByPath(benchmark::State& state)
 {
-    benchStore(state, [](RuleManager& store, const Sample&) {
-        store.sortIndexUsingDescriptors({{SortKey::path, true}});
+    benchStore(state, [](rules::RuleManager& store, const Sample&) {
+        store.sortIndexUsingDescriptors({{rules::SortKey::path, true}});
     });
 }
 
 void redundancyOfAll(benchmark::State& state)
 {
-    benchStore(state, [](RuleManager& store, const Sample&) {
-        for (const PolicyRulePtr& rule : store.policyRules())
+    benchStore(state, [](rules::RuleManager& store, const Sample&) {
+        for (const rules::PolicyRulePtr& rule : store.policyRules())
             benchmark::DoNotOptimize(store.isRedundant(*rule));
     });
 }
 
 void writeAll(benchmark::State& state)
 {
-    benchStore(state, [](RuleManager& store, const Sample& from) { store.writeToFile(from.file); });
+    benchStore(state, [](rules::RuleManager& store, const Sample& from) { store.writeToFile(from.file); });
 }
 
 const std::vector<std::vector<std::int64_t>> sizes{{10000, 100000, 1000000}, {0, 1}};

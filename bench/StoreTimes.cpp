@@ -33,54 +33,55 @@ void time(const char* name, const std::function<void()>& work)
         seconds(CLOCK_PROCESS_CPUTIME_ID) - processor);
 }
 
-void addOneByOne(RuleManager& store)
+void addOneByOne(rules::RuleManager& store)
 {
     for (int number = 0; number < 100000; ++number) {
-        PolicyRuleFields fields;
+        rules::PolicyRuleFields fields;
         fields.path = "/added/" + std::to_string(number);
         fields.processName = "/bin/added";
-        store.addPolicyRule(std::make_shared<PolicyRule>(std::move(fields)));
+        store.addPolicyRule(std::make_shared<rules::PolicyRule>(std::move(fields)));
     }
     store.totalRules(true);
 }
 
-PolicyRuleFields fieldsAt(const RuleManager& store, std::size_t row)
+rules::PolicyRuleFields fieldsAt(const rules::RuleManager& store, std::size_t row)
 {
-    return std::get<PolicyRulePtr>(store.ruleAtIndex(row, true))->fields();
+    return std::get<rules::PolicyRulePtr>(store.ruleAtIndex(row, true))->fields();
 }
 
 // One change of one rule in the middle of rows sorted by path, up to the new rows and what a table asks of
 // the forty in view; then the first key of a search.
-void editOne(RuleManager& store, const std::string& text)
+void editOne(rules::RuleManager& store, const std::string& text)
 {
-    store.sortIndexUsingDescriptors({{SortKey::path, true}});
+    store.sortIndexUsingDescriptors({{rules::SortKey::path, true}});
     const std::size_t row = store.totalRules(true) / 2;
     const auto look = [&] {
         for (std::size_t shown = row; shown < row + 40 && shown < store.totalRules(true); ++shown)
-            store.isRedundant(*std::get<PolicyRulePtr>(store.ruleAtIndex(shown, true)));
+            store.isRedundant(*std::get<rules::PolicyRulePtr>(store.ruleAtIndex(shown, true)));
     };
     look();
-    const auto change
-        = [&](const char* name, const std::function<void(ChangeSet&, const RuleRef&)>& describe) {
-              ChangeSet changes;
-              describe(changes, store.ruleAtIndex(row, true));
-              time(name, [&] {
-                  store.apply(changes);
-                  look();
-              });
-          };
-    change("tag-one", [&](ChangeSet& changes, const RuleRef& rule) {
-        PolicyRuleFields fields = fieldsAt(store, row);
+    const auto change = [&](const char* name,
+                            const std::function<void(rules::ChangeSet&, const rules::RuleRef&)>& describe) {
+        rules::ChangeSet changes;
+        describe(changes, store.ruleAtIndex(row, true));
+        time(name, [&] {
+            store.apply(changes);
+            look();
+        });
+    };
+    change("tag-one", [&](rules::ChangeSet& changes, const rules::RuleRef& rule) {
+        rules::PolicyRuleFields fields = fieldsAt(store, row);
         fields.tag = "tagged";
         changes.changed.push_back({rule, {}, makeRuleValue(fields)});
     });
-    change("edit-one", [&](ChangeSet& changes, const RuleRef& rule) {
-        PolicyRuleFields fields = fieldsAt(store, row);
+    change("edit-one", [&](rules::ChangeSet& changes, const rules::RuleRef& rule) {
+        rules::PolicyRuleFields fields = fieldsAt(store, row);
         fields.path = "/Users/edited";
         changes.removed.push_back({rule});
         changes.added.push_back({rule, makeRuleValue(fields)});
     });
-    change("delete-one", [](ChangeSet& changes, const RuleRef& rule) { changes.removed.push_back({rule}); });
+    change("delete-one",
+        [](rules::ChangeSet& changes, const rules::RuleRef& rule) { changes.removed.push_back({rule}); });
     time("snapshot-first", [&] { store.userRulesSnapshot(); });
     time("snapshot-again", [&] { store.userRulesSnapshot(); });
     const auto search = [&](const char* name) {
@@ -91,8 +92,8 @@ void editOne(RuleManager& store, const std::string& text)
     };
     search("first-key-sorted");
     store.applyFilterWithString("");
-    change("tag-again", [&](ChangeSet& changes, const RuleRef& rule) {
-        PolicyRuleFields fields = fieldsAt(store, row);
+    change("tag-again", [&](rules::ChangeSet& changes, const rules::RuleRef& rule) {
+        rules::PolicyRuleFields fields = fieldsAt(store, row);
         fields.tag = "tagged again";
         changes.changed.push_back({rule, {}, makeRuleValue(fields)});
     });
@@ -108,11 +109,11 @@ int main(int argumentCount, char** arguments)
         std::fputs("usage: store_times FILE TEXT\n", stderr);
         return 2;
     }
-    Log log({});
-    const Locations nowhere("/nonexistent", "bench");
-    std::unique_ptr<RuleManager> store;
+    platform::Log log({});
+    const platform::Locations nowhere("/nonexistent", "bench");
+    std::unique_ptr<rules::RuleManager> store;
     time("load", [&] {
-        store = RuleManager::initWithContentsOfFile(arguments[1], false, nowhere, log);
+        store = rules::RuleManager::initWithContentsOfFile(arguments[1], false, nowhere, log);
         store->totalRules(true);
     });
     rusage usage{};
@@ -126,14 +127,15 @@ int main(int argumentCount, char** arguments)
     time("filter-first-key", [&] { filter(1); });
     time("filter-typing", [&] { filter(text.size()); });
     time("filter-none", [&] { filter(0); });
-    time("sort-path", [&] { store->sortIndexUsingDescriptors({{SortKey::path, true}}); });
+    time("sort-path", [&] { store->sortIndexUsingDescriptors({{rules::SortKey::path, true}}); });
     time("sort-class-path", [&] {
-        store->sortIndexUsingDescriptors({{SortKey::policyClass, true}, {SortKey::path, false}});
+        store->sortIndexUsingDescriptors(
+            {{rules::SortKey::policyClass, true}, {rules::SortKey::path, false}});
     });
     store->sortIndexUsingDescriptors({});
     std::size_t redundant = 0;
     time("redundancy", [&] {
-        for (const PolicyRulePtr& rule : store->policyRules())
+        for (const rules::PolicyRulePtr& rule : store->policyRules())
             redundant += store->isRedundant(*rule) ? 1U : 0U;
     });
     std::printf("rules %zu %zu\n", store->storedRules(), redundant);

@@ -32,11 +32,12 @@ double milliseconds(const QElapsedTimer& timer)
 
 // The review of an import of the same file, all of whose rules are present: from its opening, which reads the
 // file, to its first paint, and the ticks of all rules changed.
-void printTimesOfReview(const std::string& file, RulesDocument& document, Workspace& workspace, Log& log)
+void printTimesOfReview(const std::string& file, workflow::RulesDocument& document,
+    platform::Workspace& workspace, platform::Log& log)
 {
     QElapsedTimer timer;
     timer.start();
-    ImportWindowController review(document, workspace, log);
+    windows::ImportWindowController review(document, workspace, log);
     review.setPath(file);
     review.show();
     QApplication::processEvents();
@@ -50,12 +51,12 @@ void printTimesOfReview(const std::string& file, RulesDocument& document, Worksp
 
 // The problems of all rules, found beside the window: until they are listed, and the longest that the window
 // took no input meanwhile. Then the same after one rule has changed.
-void printTimesOfProblems(RulesEditorTableController& window)
+void printTimesOfProblems(windows::RulesEditorTableController& window)
 {
-    auto* panel = window.findChild<ProblemsPanel*>();
-    ProblemsFinder* finder = &panel->finder();
+    auto* panel = window.findChild<windows::ProblemsPanel*>();
+    windows::ProblemsFinder* finder = &panel->finder();
     bool isFound = false;
-    QObject::connect(finder, &ProblemsFinder::found, &window, [&isFound] { isFound = true; });
+    QObject::connect(finder, &windows::ProblemsFinder::found, &window, [&isFound] { isFound = true; });
     const auto print = [&](const char* what, const auto& begin) {
         isFound = false;
         LongestGap gap;
@@ -73,9 +74,9 @@ void printTimesOfProblems(RulesEditorTableController& window)
 
 // The commands of the table, each to the paint that shows what it did, without the writing of the file: its
 // folder does not exist.
-void printTimesOfCommands(RulesEditorTableController& window, RuleManager& store)
+void printTimesOfCommands(windows::RulesEditorTableController& window, rules::RuleManager& store)
 {
-    auto* table = window.findChild<RulesTableView*>();
+    auto* table = window.findChild<windows::RulesTableView*>();
     const auto show = [table] {
         QApplication::processEvents();
         table->viewport()->repaint();
@@ -95,11 +96,11 @@ void printTimesOfCommands(RulesEditorTableController& window, RuleManager& store
     print("delete-row", [&] { window.deleteRow(middle); });
     print("delete-next-row", [&] { window.deleteRow(middle); });
     print("delete-two-rows", [&] { window.deleteRows({middle, middle + 2}); });
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&store.ruleAtIndex(middle, false))) {
-        EditPolicyWindowController* editor = nullptr;
+    if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&store.ruleAtIndex(middle, false))) {
+        windows::EditPolicyWindowController* editor = nullptr;
         print("open-editor", [&] {
             window.editPolicy(*policy);
-            editor = window.findChild<EditPolicyWindowController*>();
+            editor = window.findChild<windows::EditPolicyWindowController*>();
         });
         print("save-editor", [&] { editor->saveClicked(); });
     }
@@ -122,24 +123,24 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     applyWindowLook(qtApplication);
-    Log log({});
-    const auto store
-        = RuleManager::initWithContentsOfFile(arguments[1], false, Locations("/nonexistent", "bench"), log);
+    platform::Log log({});
+    const auto store = rules::RuleManager::initWithContentsOfFile(
+        arguments[1], false, platform::Locations("/nonexistent", "bench"), log);
     store->totalRules(true);
-    Workspace workspace;
+    platform::Workspace workspace;
 
     QElapsedTimer timer;
     timer.start();
-    FakeApplication application;
-    RunState run;
-    TestDocument document(*store, run, log);
-    RulesEditorTableController window(document, application, run, workspace, log);
+    test::FakeApplication application;
+    workflow::RunState run;
+    test::TestDocument document(*store, run, log);
+    windows::RulesEditorTableController window(document, application, run, workspace, log);
     window.show();
     QApplication::processEvents();
     window.grab();
     std::printf("first-paint %.2f\n", milliseconds(timer));
 
-    auto* table = window.findChild<RulesTableView*>();
+    auto* table = window.findChild<windows::RulesTableView*>();
     QScrollBar* bar = table->verticalScrollBar();
     double slowest = 0;
     double total = 0;

@@ -15,20 +15,20 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
 // The user's rules that a change leaves as they are.
-std::vector<RuleRef> untouchedRules(const RuleManager& store, const ChangeSet& change)
+std::vector<rules::RuleRef> untouchedRules(const rules::RuleManager& store, const rules::ChangeSet& change)
 {
     std::unordered_set<const void*> touched;
-    for (const ChangeSet::Removal& removal : change.removed)
+    for (const rules::ChangeSet::Removal& removal : change.removed)
         touched.insert(addressOf(removal.rule));
-    for (const ChangeSet::Change& changed : change.changed)
+    for (const rules::ChangeSet::Change& changed : change.changed)
         touched.insert(addressOf(changed.rule));
-    std::vector<RuleRef> rules = store.userRules();
-    std::erase_if(rules, [&](const RuleRef& rule) { return touched.contains(addressOf(rule)); });
+    std::vector<rules::RuleRef> rules = store.userRules();
+    std::erase_if(rules, [&](const rules::RuleRef& rule) { return touched.contains(addressOf(rule)); });
     return rules;
 }
 
@@ -69,8 +69,8 @@ public:
         const auto user = wanted ? open(context) : nullptr;
         if (!user)
             return ExitStatus::failure;
-        const std::vector<RuleRef> present = user->store().userRules();
-        const RulesApplication application
+        const std::vector<rules::RuleRef> present = user->store().userRules();
+        const workflow::RulesApplication application
             = m_isAbsent ? absenceOf(*wanted, present) : presenceOf(*wanted, present, m_prunedTags);
         const bool isWritten = !m_isDryRun && !application.change.isEmpty();
         if (const auto refusal = whyRefused(*user, application)) {
@@ -92,7 +92,7 @@ private:
     }
 
     // None after a complaint.
-    std::optional<std::vector<WantedRule>> readFile() const
+    std::optional<std::vector<workflow::WantedRule>> readFile() const
     {
         const auto text = m_file == "-" ? readStandardInput() : readText(m_file);
         if (!text)
@@ -110,26 +110,29 @@ private:
         return std::move(wanted.rules);
     }
 
-    static std::optional<std::string> whyRefused(UserDocument& user, const RulesApplication& application)
+    static std::optional<std::string> whyRefused(
+        UserDocument& user, const workflow::RulesApplication& application)
     {
-        const LineEnds lineEnds = user.lineEnds();
-        for (const ChangeSet::Addition& addition : application.change.added) {
-            if (auto reason = whyUnwritable(addition.value, lineEnds))
+        const rules::LineEnds lineEnds = user.lineEnds();
+        for (const rules::ChangeSet::Addition& addition : application.change.added) {
+            if (auto reason = workflow::whyUnwritable(addition.value, lineEnds))
                 return reason;
         }
-        for (const ChangeSet::Change& change : application.change.changed) {
-            if (auto reason = whyUnwritable(change.after, lineEnds))
+        for (const rules::ChangeSet::Change& change : application.change.changed) {
+            if (auto reason = workflow::whyUnwritable(change.after, lineEnds))
                 return reason;
         }
         if (application.change.isEmpty())
             return std::nullopt;
-        const RulesFileText present = RulesFileText::read(user.store().locations().userRulesFile());
-        return whyRewritingCuts(untouchedRules(user.store(), application.change), present.text(), lineEnds);
+        const rules::RulesFileText present
+            = rules::RulesFileText::read(user.store().locations().userRulesFile());
+        return workflow::whyRewritingCuts(
+            untouchedRules(user.store(), application.change), present.text(), lineEnds);
     }
 
-    bool perform(UserDocument& user, const ChangeSet& change) const
+    bool perform(UserDocument& user, const rules::ChangeSet& change) const
     {
-        const std::string name = m_file == "-" ? "Rules" : std::string(lastPathComponent(m_file));
+        const std::string name = m_file == "-" ? "Rules" : std::string(platform::lastPathComponent(m_file));
         user.document().perform(change, {"Apply " + name});
         return user.isWritten();
     }
@@ -149,4 +152,4 @@ std::unique_ptr<Command> makeApplyCommand()
     return std::make_unique<ApplyCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

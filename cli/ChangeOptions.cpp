@@ -9,7 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 void ChangeOptions::addTo(CLI::App& command)
 {
@@ -22,8 +22,8 @@ std::unique_ptr<UserDocument> ChangeOptions::open(const CommandContext& context)
     return m_isDryRun ? openToLook(context) : openForWriting(context);
 }
 
-int ChangeOptions::carryOut(
-    UserDocument& user, const PlannedChange& plan, const std::string& verb, const RowsOfRules& rows) const
+int ChangeOptions::carryOut(UserDocument& user, const workflow::PlannedChange& plan, const std::string& verb,
+    const workflow::RowsOfRules& rows) const
 {
     for (const std::string& remark : plan.remarks)
         complain(printable(remark));
@@ -34,7 +34,8 @@ int ChangeOptions::carryOut(
     const bool isWritten = !m_isDryRun && !plan.change.isEmpty();
     if (isWritten) {
         const std::size_t rules = plan.difference.changed.size() + plan.difference.removed.size();
-        user.document().perform(plan.change, {.action = actionName(verb, rules), .refusesCuts = true});
+        user.document().perform(
+            plan.change, {.action = workflow::actionName(verb, rules), .refusesCuts = true});
         if (!user.isWritten())
             return ExitStatus::failure;
     }
@@ -44,4 +45,4 @@ int ChangeOptions::carryOut(
     return output.finish() ? ExitStatus::success : ExitStatus::failure;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

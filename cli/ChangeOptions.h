@@ -9,10 +9,13 @@ namespace CLI {
 class App;
 }
 
-namespace quorvane {
+namespace quorvane::workflow {
+struct PlannedChange;
+}
+
+namespace quorvane::cli {
 
 struct CommandContext;
-struct PlannedChange;
 class UserDocument;
 
 // --dry-run and --json of a command that changes many of the current user's rules at once, and what all of
@@ -26,12 +29,12 @@ public:
 
     // Does what was planned unless it is a dry run, as one action that begins with `verb` in the history, and
     // prints it, with the rows of rules that were chosen by them. Returns the exit status.
-    int carryOut(UserDocument& user, const PlannedChange& plan, const std::string& verb,
-        const RowsOfRules& rows = {}) const;
+    int carryOut(UserDocument& user, const workflow::PlannedChange& plan, const std::string& verb,
+        const workflow::RowsOfRules& rows = {}) const;
 
 private:
     bool m_isDryRun = false;
     bool m_asJson = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::cli

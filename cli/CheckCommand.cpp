@@ -20,7 +20,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -31,7 +31,7 @@ Json textOrNull(std::string_view text)
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
-std::string findingLine(const std::optional<std::string>& file, const FileFinding& finding)
+std::string findingLine(const std::optional<std::string>& file, const workflow::FileFinding& finding)
 {
     const Json object{{"row", finding.row ? Json(*finding.row) : Json(nullptr)},
         {"finding", findingName(finding.kind)}, {"rule", finding.rule},
@@ -40,7 +40,7 @@ std::string findingLine(const std::optional<std::string>& file, const FileFindin
     return jsonLine(object);
 }
 
-std::string textLines(const std::string& before, const FileFinding& finding)
+std::string textLines(const std::string& before, const workflow::FileFinding& finding)
 {
     const std::string place
         = finding.row ? "row " + std::to_string(*finding.row) : "line " + std::to_string(finding.line);
@@ -56,10 +56,10 @@ struct CheckedFile {
 };
 
 // Why rules that the file may hold are not in its text; none when all of it is there.
-std::optional<std::string> whyUnread(const std::string& file, const RulesFileText& text)
+std::optional<std::string> whyUnread(const std::string& file, const rules::RulesFileText& text)
 {
     struct stat status { };
-    if (text.identity() == FileIdentity::missing())
+    if (text.identity() == platform::FileIdentity::missing())
         return "There is no file '" + file + "'";
     if (text.isNothing() && stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         const char* kind = S_ISFIFO(status.st_mode) ? "a pipe" : "no regular file";
@@ -70,7 +70,7 @@ std::optional<std::string> whyUnread(const std::string& file, const RulesFileTex
 
 class Checker {
 public:
-    Checker(const CommandContext& context, Form form, bool namesFiles, FindingSearch search)
+    Checker(const CommandContext& context, Form form, bool namesFiles, workflow::FindingSearch search)
         : m_context(context)
         , m_form(form)
         , m_namesFiles(namesFiles)
@@ -83,9 +83,9 @@ public:
     {
         CheckedFile checked;
         try {
-            const RulesFileText text = RulesFileText::read(file, m_context.lockTimeout);
+            const rules::RulesFileText text = rules::RulesFileText::read(file, m_context.lockTimeout);
             const auto problem = whyUnread(file, text);
-            const auto store = storeOfText(text.text(), m_context.locations, m_context.log);
+            const auto store = workflow::storeOfText(text.text(), m_context.locations, m_context.log);
             check(*store, text.bytes(), file, checked);
             if (problem)
                 addProblem(*problem, checked);
@@ -97,12 +97,12 @@ public:
     }
 
     // The rules of a store, and the bytes of its file. `file` is what was named.
-    void check(const RuleManager& store, std::string_view bytes, const std::optional<std::string>& file,
-        CheckedFile& checked) const
+    void check(const rules::RuleManager& store, std::string_view bytes,
+        const std::optional<std::string>& file, CheckedFile& checked) const
     {
         const std::string address
             = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";
-        useFileFindings(store, bytes, m_search, [&](const FileFinding& finding) {
+        useFileFindings(store, bytes, m_search, [&](const workflow::FileFinding& finding) {
             checked.isFaultless = false;
             if (m_form == Form::json)
                 checked.printed += findingLine(file, finding);
@@ -123,7 +123,7 @@ private:
     const CommandContext& m_context;
     const Form m_form;
     const bool m_namesFiles;
-    const FileSearch m_search;
+    const workflow::FileSearch m_search;
 };
 
 // Prints what was found, file by file.
@@ -194,7 +194,7 @@ public:
         CheckPrinter printer(form);
         if (m_files.empty())
             printer.print(context.locations.userRulesFile(), checkConfiguration(checker, context));
-        makeInOrder(
+        platform::makeInOrder(
             m_files.size(), [&](std::size_t number) { return checker.checkNamed(m_files[number]); },
             [&](std::size_t number, const CheckedFile& checked) { printer.print(m_files[number], checked); });
         return printer.finish();
@@ -205,8 +205,8 @@ private:
     {
         CheckedFile checked;
         const OpenedStore opened = openStore({}, context);
-        const RulesFileText text
-            = RulesFileText::read(context.locations.userRulesFile(), context.lockTimeout);
+        const rules::RulesFileText text
+            = rules::RulesFileText::read(context.locations.userRulesFile(), context.lockTimeout);
         checker.check(*opened.store, text.bytes(), std::nullopt, checked);
         if (opened.isComplete && !opened.hasFailed)
             return checked;
@@ -221,7 +221,7 @@ private:
     FindingOptions m_findings;
     PlaceOptions m_place;
     std::vector<std::string> m_files;
-    FindingKinds m_kinds;
+    workflow::FindingKinds m_kinds;
 };
 
 } // namespace
@@ -231,4 +231,4 @@ std::unique_ptr<Command> makeCheckCommand()
     return std::make_unique<CheckCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

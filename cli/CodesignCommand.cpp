@@ -11,7 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -19,7 +19,7 @@ using Json = nlohmann::ordered_json;
 
 // The answers about one program, which is read once for all of them.
 struct SignatureAnswers {
-    std::int32_t state = signatureState::cannotTell;
+    std::int32_t state = codesign::signatureState::cannotTell;
     std::optional<std::int32_t> strictState; // none for a process
     std::optional<std::string> identifier;
     std::optional<std::string> teamIdentifier;
@@ -27,27 +27,27 @@ struct SignatureAnswers {
     std::string certInfo;
 };
 
-SignatureAnswers answersOf(const CodeObject* code, std::uint32_t flags)
+SignatureAnswers answersOf(const codesign::CodeObject* code, std::uint32_t flags)
 {
-    return {codeSignState(code, flags), std::nullopt, codeSignText(code, kSecCodeInfoIdentifier),
-        codeSignText(code, kSecCodeInfoTeamIdentifier), codeSignPlatformIdentifier(code),
+    return {codeSignState(code, flags), std::nullopt, codeSignText(code, codesign::kSecCodeInfoIdentifier),
+        codeSignText(code, codesign::kSecCodeInfoTeamIdentifier), codeSignPlatformIdentifier(code),
         codeSignCertInfo(code)};
 }
 
 SignatureAnswers answersForPath(const std::string& path)
 {
-    const auto code = getCodeRefWithPath(path);
-    SignatureAnswers answers = answersOf(code.get(), basicFlags);
-    answers.strictState = codeSignState(code.get(), strictFlags);
+    const auto code = codesign::getCodeRefWithPath(path);
+    SignatureAnswers answers = answersOf(code.get(), codesign::basicFlags);
+    answers.strictState = codeSignState(code.get(), codesign::strictFlags);
     return answers;
 }
 
 SignatureAnswers answersForProcess(std::int32_t pid)
 {
-    return answersOf(getCodeRefWithPID(pid).get(), dynamicFlags);
+    return answersOf(codesign::getCodeRefWithPID(pid).get(), codesign::dynamicFlags);
 }
 
-Json jsonText(const std::optional<std::string>& text)
+Json textOrNull(const std::optional<std::string>& text)
 {
     return text ? Json(*text) : Json(nullptr);
 }
@@ -57,8 +57,8 @@ std::string answersLine(Json subject, const SignatureAnswers& answers)
     subject["state"] = answers.state;
     if (answers.strictState)
         subject["strictState"] = *answers.strictState;
-    subject["identifier"] = jsonText(answers.identifier);
-    subject["teamIdentifier"] = jsonText(answers.teamIdentifier);
+    subject["identifier"] = textOrNull(answers.identifier);
+    subject["teamIdentifier"] = textOrNull(answers.teamIdentifier);
     subject["platformIdentifier"] = answers.platformIdentifier;
     subject["certInfo"] = answers.certInfo;
     return subject.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -149,4 +149,4 @@ std::unique_ptr<Command> makeCodesignCommand()
     return std::make_unique<CodesignCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -6,10 +6,12 @@ namespace CLI {
 class App;
 }
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Locations;
 class Log;
+} // namespace quorvane::platform
+
+namespace quorvane::cli {
 
 // What the program ends with.
 namespace ExitStatus {
@@ -21,8 +23,8 @@ constexpr int failure = 3;
 } // namespace ExitStatus
 
 struct CommandContext {
-    const Locations& locations;
-    Log& log;
+    const platform::Locations& locations;
+    platform::Log& log;
     std::chrono::milliseconds lockTimeout; // for another program's write to end
 };
 
@@ -47,4 +49,4 @@ public:
     virtual int run(const CommandContext& context) = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::cli

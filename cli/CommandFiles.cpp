@@ -10,11 +10,11 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-std::optional<RulesInput> onlyText(RulesInput input)
+std::optional<workflow::RulesInput> onlyText(workflow::RulesInput input)
 {
     if (!input.textProblem())
         return input;
@@ -29,19 +29,19 @@ std::string whyUnwritten(const std::error_code& error)
         return "it is a symbolic link, through which nothing is written";
     if (error == std::errc::is_a_directory)
         return "it is a folder";
-    return error == std::errc::operation_not_supported ? "it is no regular file" : errorText(error);
+    return error == std::errc::operation_not_supported ? "it is no regular file" : platform::errorText(error);
 }
 
 } // namespace
 
-std::optional<RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty)
+std::optional<workflow::RulesInput> readText(const std::string& path, bool nullDeviceIsEmpty)
 {
-    return onlyText(RulesInput::read(path, nullDeviceIsEmpty));
+    return onlyText(workflow::RulesInput::read(path, nullDeviceIsEmpty));
 }
 
-std::optional<RulesInput> readStandardInput()
+std::optional<workflow::RulesInput> readStandardInput()
 {
-    return onlyText(RulesInput::readDescriptor(STDIN_FILENO, "standard input"));
+    return onlyText(workflow::RulesInput::readDescriptor(STDIN_FILENO, "standard input"));
 }
 
 void addOutOption(CLI::App& command, std::optional<std::string>& out, const std::string& help)
@@ -54,10 +54,10 @@ void addOutOption(CLI::App& command, std::optional<std::string>& out, const std:
 
 bool writeResult(const std::string& path, std::string_view bytes)
 {
-    const std::error_code error = writeOutputFile(path, bytes);
+    const std::error_code error = platform::writeOutputFile(path, bytes);
     if (error)
         complain("cannot write '" + printable(path) + "': " + whyUnwritten(error));
     return !error;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -26,7 +26,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -141,8 +141,8 @@ public:
 
     int run()
     {
-        const auto log = makeProgramLog("quorvanectl", false);
-        const Locations locations(m_root, loginName());
+        const auto log = platform::makeProgramLog("quorvanectl", false);
+        const platform::Locations locations(m_root, platform::loginName());
         return m_chosen->run({locations, *log, lockTimeoutOf(m_lockTimeout).value_or(usualLockTimeout)});
     }
 
@@ -169,7 +169,7 @@ int runCommandLine(int argumentCount, const char* const* arguments)
 {
     failureStatus = failureStatusOf(argumentCount, arguments);
     for (int number = 1; number < argumentCount; ++number) {
-        if (!isValidUtf8(arguments[number])) {
+        if (!platform::isValidUtf8(arguments[number])) {
             complain("argument " + std::to_string(number) + " is not valid UTF-8");
             return ExitStatus::usage;
         }
@@ -189,4 +189,4 @@ int statusWithoutMemory()
     return failureStatus;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

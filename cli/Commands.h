@@ -6,7 +6,7 @@
 
 // The commands of quorvanectl, each in a file of its own.
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // Prints the rows.
 std::unique_ptr<Command> makeListCommand();
@@ -58,4 +58,4 @@ std::unique_ptr<Command> makeReportCommand();
 // Prints the completion script of a shell.
 std::unique_ptr<Command> makeCompletionCommand();
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -9,7 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -61,7 +61,7 @@ private:
     {
         const OpenedStore opened = openStore({}, context);
         std::set<std::string> values;
-        for (const RuleRef& rule : opened.store->userRules())
+        for (const rules::RuleRef& rule : opened.store->userRules())
             values.insert(askRule(rule, [this](const auto& record) { return valueOf(record, m_values); }));
         for (const std::string& value : values) {
             if (!value.empty() && printable(value) == value)
@@ -81,4 +81,4 @@ std::unique_ptr<Command> makeCompletionCommand()
     return std::make_unique<CompletionCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -14,7 +14,7 @@
 // the number of an argument, leads to what can be given there. The words before the cursor are walked once,
 // to find the command, the option whose value is being typed, and the number of the argument.
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -52,7 +52,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 22> valuesBy
 std::string kindWords()
 {
     std::string words = "words all";
-    for (const FindingKind kind : allFindingKinds)
+    for (const workflow::FindingKind kind : workflow::allFindingKinds)
         words.append(" ").append(findingName(kind));
     return words;
 }
@@ -469,4 +469,4 @@ std::optional<std::string> completionScript(const CLI::App& program, std::string
     return shell == "fish" ? std::optional(title + fishScript(commands)) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -33,7 +33,7 @@ public:
         const auto after = readText(m_after);
         if (!before || !after)
             return ExitStatus::failure;
-        const RulesDifference difference = fileDifference(before->bytes(), after->bytes());
+        const rules::RulesDifference difference = rules::fileDifference(before->bytes(), after->bytes());
         Output output;
         writeDifference(output, difference, m_asJson);
         if (!output.finish())
@@ -54,4 +54,4 @@ std::unique_ptr<Command> makeDiffCommand()
     return std::make_unique<DiffCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -5,11 +5,11 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-Json changeJson(const char* change, const RuleValue& rule)
+Json changeJson(const char* change, const rules::RuleValue& rule)
 {
     Json object{{"change", change}};
     object.update(propertiesJson(rule));
@@ -18,7 +18,7 @@ Json changeJson(const char* change, const RuleValue& rule)
 }
 
 // The properties of `before` that differ from those of `after`.
-Json differingJson(const RuleValue& before, const RuleValue& after)
+Json differingJson(const rules::RuleValue& before, const rules::RuleValue& after)
 {
     const Json now = propertiesJson(after);
     Json differing = Json::object();
@@ -30,11 +30,11 @@ Json differingJson(const RuleValue& before, const RuleValue& after)
     return differing;
 }
 
-void writeJson(Output& output, const RulesDifference& difference)
+void writeJson(Output& output, const rules::RulesDifference& difference)
 {
-    for (const RuleValue& rule : difference.added)
+    for (const rules::RuleValue& rule : difference.added)
         output.write(jsonLine(changeJson("added", rule)));
-    for (const RuleValue& rule : difference.removed)
+    for (const rules::RuleValue& rule : difference.removed)
         output.write(jsonLine(changeJson("removed", rule)));
     for (const auto& [before, after] : difference.changed) {
         Json object = changeJson("changed", after);
@@ -45,7 +45,8 @@ void writeJson(Output& output, const RulesDifference& difference)
 
 } // namespace
 
-void writeDifference(Output& output, const RulesDifference& difference, bool asJson, const RowsOfRules& rows)
+void writeDifference(
+    Output& output, const rules::RulesDifference& difference, bool asJson, const workflow::RowsOfRules& rows)
 {
     if (asJson)
         return writeJson(output, difference);
@@ -54,7 +55,7 @@ void writeDifference(Output& output, const RulesDifference& difference, bool asJ
 }
 
 void writeOutcome(
-    Output& output, const RulesDifference& difference, const ChangeOutcome& outcome, bool asJson)
+    Output& output, const rules::RulesDifference& difference, const ChangeOutcome& outcome, bool asJson)
 {
     if (asJson) {
         output.write(jsonLine({{"added", difference.added.size()}, {"removed", difference.removed.size()},
@@ -62,7 +63,8 @@ void writeOutcome(
             {"written", outcome.isWritten}}));
         return;
     }
-    output.write(differenceSummary(difference) + (outcome.isWritten ? "\n" : "; nothing was written\n"));
+    output.write(
+        workflow::differenceSummary(difference) + (outcome.isWritten ? "\n" : "; nothing was written\n"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -5,14 +5,14 @@
 
 #include <cstddef>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 class Output;
 
 // Prints what differs, as every command does that prints a difference: added rules, then removed ones, then
 // changed ones; as text, behind the rows that are known, or as an object a line.
-void writeDifference(
-    Output& output, const RulesDifference& difference, bool asJson, const RowsOfRules& rows = {});
+void writeDifference(Output& output, const rules::RulesDifference& difference, bool asJson,
+    const workflow::RowsOfRules& rows = {});
 
 // What a command that changes rules has done besides, or would have done.
 struct ChangeOutcome {
@@ -22,6 +22,6 @@ struct ChangeOutcome {
 
 // The last line or object of such a command: how many rules it changed.
 void writeOutcome(
-    Output& output, const RulesDifference& difference, const ChangeOutcome& outcome, bool asJson);
+    Output& output, const rules::RulesDifference& difference, const ChangeOutcome& outcome, bool asJson);
 
-} // namespace quorvane
+} // namespace quorvane::cli

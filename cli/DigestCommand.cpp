@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -29,7 +29,7 @@ public:
         bool allRead = true;
         for (const std::string& path : m_paths) {
             const std::string name = printable(path);
-            if (const auto digests = digestsOfFile(path)) {
+            if (const auto digests = codesign::digestsOfFile(path)) {
                 output.write("SHA1 (" + name + ") = " + digests->sha1 + "\n");
                 output.write("SHA256 (" + name + ") = " + digests->sha256 + "\n");
             } else {
@@ -51,4 +51,4 @@ std::unique_ptr<Command> makeDigestCommand()
     return std::make_unique<DigestCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

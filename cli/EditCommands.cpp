@@ -11,7 +11,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -26,26 +26,26 @@ struct SpelledRule {
     std::string constraint;
 };
 
-RuleRef recordOf(const SpelledRule& spelled)
+rules::RuleRef recordOf(const SpelledRule& spelled)
 {
-    if (spelled.ruleClass == policyClassDescription(PolicyClass::watch)) {
-        WatchRuleFields fields;
-        fields.policyType = policyTypeForString(spelled.type);
+    if (spelled.ruleClass == rules::policyClassDescription(rules::PolicyClass::watch)) {
+        rules::WatchRuleFields fields;
+        fields.policyType = rules::policyTypeForString(spelled.type);
         fields.path = spelled.path;
         fields.processName = spelled.process;
-        fields.operations = operationsForString(spelled.operations);
+        fields.operations = rules::operationsForString(spelled.operations);
         fields.tag = spelled.tag;
-        return std::make_shared<WatchRule>(std::move(fields));
+        return std::make_shared<rules::WatchRule>(std::move(fields));
     }
-    PolicyRuleFields fields;
-    fields.policyClass = policyClassForString(spelled.ruleClass);
-    fields.policyType = policyTypeForString(spelled.type);
+    rules::PolicyRuleFields fields;
+    fields.policyClass = rules::policyClassForString(spelled.ruleClass);
+    fields.policyType = rules::policyTypeForString(spelled.type);
     fields.path = spelled.path;
     fields.processName = spelled.process;
-    fields.operations = operationsForString(spelled.operations);
+    fields.operations = rules::operationsForString(spelled.operations);
     fields.tag = spelled.tag;
     fields.constraint = spelled.constraint;
-    return std::make_shared<PolicyRule>(std::move(fields));
+    return std::make_shared<rules::PolicyRule>(std::move(fields));
 }
 
 // A command on the rule that its arguments spell.
@@ -92,13 +92,13 @@ public:
         const auto user = openForWriting(context);
         if (!user)
             return ExitStatus::failed;
-        const RuleRef rule = recordOf(m_rule);
+        const rules::RuleRef rule = recordOf(m_rule);
         const bool readsBack = askRule(
             rule, [&](const auto& record) { return readsBackAsWritten(record.fields(), user->lineEnds()); });
         if (!readsBack)
-            complain("warning: " + findingText({FindingKind::doesNotReadBack, {}, {}}));
+            complain("warning: " + workflow::findingText({workflow::FindingKind::doesNotReadBack, {}, {}}));
         user->expectUnwritableRules(readsBack ? 0 : 1);
-        user->document().perform(additionOf(rule), {actionName("Add", 1)});
+        user->document().perform(workflow::additionOf(rule), {workflow::actionName("Add", 1)});
         return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
     }
 };
@@ -118,17 +118,18 @@ public:
         const auto user = openForWriting(context);
         if (!user)
             return ExitStatus::failed;
-        const RuleRef wanted = recordOf(m_rule);
+        const rules::RuleRef wanted = recordOf(m_rule);
         const auto stored = user->store().firstEqualRule(wanted, {});
         if (!stored) {
-            complain("no rule is equal to " + ruleText(wanted));
+            complain("no rule is equal to " + workflow::ruleText(wanted));
             return ExitStatus::failed;
         }
         if (isSystemRule(*stored)) {
-            complain("a system rule cannot be deleted: " + ruleText(wanted));
+            complain("a system rule cannot be deleted: " + workflow::ruleText(wanted));
             return ExitStatus::failed;
         }
-        user->document().perform(deletionOf(user->store(), {wanted}), {actionName("Delete", 1)});
+        user->document().perform(
+            workflow::deletionOf(user->store(), {wanted}), {workflow::actionName("Delete", 1)});
         return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
     }
 };
@@ -145,4 +146,4 @@ std::unique_ptr<Command> makeDeleteCommand()
     return std::make_unique<DeleteCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -10,7 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -42,7 +42,7 @@ public:
         const auto rules = chosenRules(*opened.store, *place);
         if (!rules)
             return ExitStatus::usage;
-        const WriteResult result = exportRules(m_out, *rules);
+        const rules::WriteResult result = workflow::exportRules(m_out, *rules);
         for (const std::string& warning : result.warnings)
             complain("warning: " + warning);
         if (!result.message)
@@ -54,9 +54,10 @@ public:
 private:
     // Without a choice of rows all of the user's rules, whatever the filter. Rows that are named by their
     // numbers alone come in the order given, and as often. None, after a complaint, when a row is not there.
-    std::optional<std::vector<RuleRef>> chosenRules(const RuleManager& store, const RulesPlace& place) const
+    std::optional<std::vector<rules::RuleRef>> chosenRules(
+        const rules::RuleManager& store, const workflow::RulesPlace& place) const
     {
-        const RuleCriteria& criteria = m_selection.criteria;
+        const workflow::RuleCriteria& criteria = m_selection.criteria;
         if (criteria.isEmpty())
             return store.userRules();
         auto rows = chosenRows(store, m_selection, place);
@@ -78,4 +79,4 @@ std::unique_ptr<Command> makeExportCommand()
     return std::make_unique<ExportCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -23,25 +23,25 @@ std::vector<std::string> wordsOf(const std::string& list)
 std::string knownKinds()
 {
     std::string names;
-    for (const FindingKind kind : allFindingKinds)
+    for (const workflow::FindingKind kind : workflow::allFindingKinds)
         names.append(names.empty() ? "" : ", ").append(findingName(kind));
     return names;
 }
 
-FindingKind findingKindGiven(const std::string& option, const std::string& name)
+workflow::FindingKind findingKindGiven(const std::string& option, const std::string& name)
 {
-    const auto kind = findingKindNamed(name);
+    const auto kind = workflow::findingKindNamed(name);
     if (!kind)
         throw CLI::ValidationError(option, "'" + name + "' is no finding; there are " + knownKinds());
     return *kind;
 }
 
-FindingKinds onlyKinds(const std::string& list, bool isNowhere)
+workflow::FindingKinds onlyKinds(const std::string& list, bool isNowhere)
 {
-    FindingKinds kinds;
+    workflow::FindingKinds kinds;
     for (const std::string& word : wordsOf(list)) {
         if (word == "all") {
-            kinds = FindingKinds::all();
+            kinds = workflow::FindingKinds::all();
             continue;
         }
         kinds.add(findableKindGiven("--only", word, isNowhere));
@@ -65,22 +65,22 @@ void FindingOptions::addTo(CLI::App& command)
         ->excludes(only);
 }
 
-FindingKinds FindingOptions::kinds(bool isNowhere) const
+workflow::FindingKinds FindingOptions::kinds(bool isNowhere) const
 {
     if (m_only)
         return onlyKinds(*m_only, isNowhere);
-    FindingKinds kinds = FindingKinds::usual();
+    workflow::FindingKinds kinds = workflow::FindingKinds::usual();
     for (const std::string& word : m_skipped ? wordsOf(*m_skipped) : std::vector<std::string>())
         kinds.remove(findingKindGiven("--skip", word));
     return kinds;
 }
 
-FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere)
+workflow::FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere)
 {
-    const FindingKind kind = findingKindGiven(option, name);
+    const workflow::FindingKind kind = findingKindGiven(option, name);
     if (isNowhere && needsPlace(kind))
         throw CLI::ValidationError(option, "'" + name + "' cannot be found with --no-target");
     return kind;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -9,7 +9,7 @@ namespace CLI {
 class App;
 }
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // --only and --skip, which say what findings are looked for.
 class FindingOptions {
@@ -18,7 +18,7 @@ public:
 
     // The kinds. Throws CLI::ValidationError for words that are none, and for a kind that is named although
     // nothing can be told of it where nothing is looked up.
-    FindingKinds kinds(bool isNowhere) const;
+    workflow::FindingKinds kinds(bool isNowhere) const;
 
 private:
     std::optional<std::string> m_only;
@@ -27,6 +27,6 @@ private:
 
 // The kind of that name. Throws CLI::ValidationError, which names `option`, when there is none, and for one
 // of which nothing can be told where nothing is looked up.
-FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere);
+workflow::FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere);
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -20,7 +20,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -79,12 +79,12 @@ public:
 
 private:
     // The status of git, which complains itself; none, after a complaint, when it cannot be run.
-    static std::optional<ProgramRun> git(const std::vector<std::string>& arguments)
+    static std::optional<platform::ProgramRun> git(const std::vector<std::string>& arguments)
     {
-        ProgramRun run = runProgram("git", arguments);
+        platform::ProgramRun run = platform::runProgram("git", arguments);
         if (!run.error)
             return run;
-        complain("cannot run git: " + errorText(run.error));
+        complain("cannot run git: " + platform::errorText(run.error));
         return std::nullopt;
     }
 
@@ -134,8 +134,8 @@ private:
         const std::string resolved = std::filesystem::weakly_canonical(path, unresolved).string();
         const std::string file = unresolved ? path : resolved;
         std::string before;
-        if (isAnythingAt(file)) {
-            const RulesInput input = RulesInput::read(file);
+        if (platform::isAnythingAt(file)) {
+            const workflow::RulesInput input = workflow::RulesInput::read(file);
             if (input.problem()) {
                 complain(printable(*input.problem()));
                 return false;
@@ -147,7 +147,7 @@ private:
             after.append(m_removes ? "" : line).append(m_removes ? "" : "\n");
         if (after == before)
             return true;
-        std::filesystem::create_directories(deletingLastPathComponent(file), unresolved);
+        std::filesystem::create_directories(platform::deletingLastPathComponent(file), unresolved);
         return writeResult(file, after);
     }
 
@@ -162,4 +162,4 @@ std::unique_ptr<Command> makeGitSetupCommand()
     return std::make_unique<GitSetupCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

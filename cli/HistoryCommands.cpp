@@ -19,17 +19,18 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-std::unique_ptr<Journal> journalOf(const CommandContext& context)
+std::unique_ptr<history::Journal> journalOf(const CommandContext& context)
 {
-    return Journal::open(defaultStateFolder(), context.locations.userRulesFile(), {}, context.log);
+    return history::Journal::open(
+        history::defaultStateFolder(), context.locations.userRulesFile(), {}, context.log);
 }
 
 // True when the journal answered the last question; complains otherwise.
-bool hasAnswered(Journal& journal)
+bool hasAnswered(history::Journal& journal)
 {
     const auto notice = journal.takeNotice();
     if (notice)
@@ -39,14 +40,14 @@ bool hasAnswered(Journal& journal)
     return !notice && !journal.problem();
 }
 
-const char* stateName(VersionState state)
+const char* stateName(history::VersionState state)
 {
     switch (state) {
-    case VersionState::done:
+    case history::VersionState::done:
         return "done";
-    case VersionState::underWay:
+    case history::VersionState::underWay:
         return "under way";
-    case VersionState::recovered:
+    case history::VersionState::recovered:
         return "recovered";
     }
     return "";
@@ -57,30 +58,31 @@ Json jsonWords(const std::optional<std::string>& words)
     return words ? Json(*words) : Json(nullptr);
 }
 
-std::string jsonVersion(const JournalVersion& version)
+std::string jsonVersion(const history::JournalVersion& version)
 {
     return jsonLine(
         {{"version", version.number}, {"time", version.time}, {"program", jsonWords(version.program)},
-            {"action", version.action ? Json(actionText(version)) : Json(nullptr)}, {"rules", version.rules},
-            {"added", version.added}, {"removed", version.removed}, {"changed", version.changed},
-            {"bytes", version.bytes}, {"sha256", version.sha256}, {"state", stateName(version.state)}});
+            {"action", version.action ? Json(workflow::actionText(version)) : Json(nullptr)},
+            {"rules", version.rules}, {"added", version.added}, {"removed", version.removed},
+            {"changed", version.changed}, {"bytes", version.bytes}, {"sha256", version.sha256},
+            {"state", stateName(version.state)}});
 }
 
 // "3  2026-11-21 09:30:00 UTC  quorvanectl  Delete Rule  (11 rules; 1 rule removed)"
-std::string printedVersion(const JournalVersion& version)
+std::string printedVersion(const history::JournalVersion& version)
 {
     std::string line = std::to_string(version.number) + "  "
-        + timeText(static_cast<std::uint64_t>(version.time)) + "  "
-        + printable(version.program.value_or("another program")) + "  " + printable(actionText(version))
-        + "  (" + countedRules(version.rules) + "; "
-        + changeSummary(version.added, version.removed, version.changed) + ")";
-    if (version.state != VersionState::done)
+        + workflow::timeText(static_cast<std::uint64_t>(version.time)) + "  "
+        + printable(version.program.value_or("another program")) + "  "
+        + printable(workflow::actionText(version)) + "  (" + workflow::countedRules(version.rules) + "; "
+        + workflow::changeSummary(version.added, version.removed, version.changed) + ")";
+    if (version.state != history::VersionState::done)
         line.append(", ").append(stateName(version.state));
     return line + "\n";
 }
 
 // False, after a complaint, when there is no such version.
-bool isThere(Journal& journal, std::int64_t number)
+bool isThere(history::Journal& journal, std::int64_t number)
 {
     const auto version = journal.version(number);
     if (!hasAnswered(journal))
@@ -135,22 +137,22 @@ public:
     }
 
 private:
-    int list(Journal& journal) const
+    int list(history::Journal& journal) const
     {
-        const std::vector<JournalVersion> versions = journal.versions();
+        const std::vector<history::JournalVersion> versions = journal.versions();
         if (!hasAnswered(journal))
             return ExitStatus::failure;
         Output output;
-        for (const JournalVersion& version : versions)
+        for (const history::JournalVersion& version : versions)
             output.write(m_asJson ? jsonVersion(version) : printedVersion(version));
         return output.finish() ? ExitStatus::success : ExitStatus::failure;
     }
 
-    int show(Journal& journal, std::int64_t number) const
+    int show(history::Journal& journal, std::int64_t number) const
     {
         if (!isThere(journal, number))
             return ExitStatus::failure;
-        const auto found = differenceOfVersion(journal, number);
+        const auto found = workflow::differenceOfVersion(journal, number);
         if (!found) {
             complain("what version " + std::to_string(number)
                 + " changed is no longer known: it or the versions before it cannot be read");
@@ -162,7 +164,7 @@ private:
         Output output;
         writeDifference(output, found->difference, m_asJson);
         if (!m_asJson)
-            output.write(differenceSummary(found->difference) + "\n");
+            output.write(workflow::differenceSummary(found->difference) + "\n");
         return output.finish() ? ExitStatus::success : ExitStatus::failure;
     }
 
@@ -254,4 +256,4 @@ std::unique_ptr<Command> makeRedoCommand()
     return std::make_unique<RedoCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

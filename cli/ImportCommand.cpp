@@ -12,18 +12,19 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
 // Hands over all rules; answers how many of those that were added will not read back.
-std::size_t importRules(const RuleManager& exchange, RuleImport& import, LineEnds lineEnds)
+std::size_t importRules(
+    const rules::RuleManager& exchange, workflow::RuleImport& import, rules::LineEnds lineEnds)
 {
     std::size_t unwritable = 0;
     const std::size_t total = exchange.totalRules(false);
     for (std::size_t row = 0; row < total; ++row) {
         const std::int32_t before = import.addedRules();
-        const RuleRef rule = import.importRule(exchange.ruleAtIndex(row, false));
+        const rules::RuleRef rule = import.importRule(exchange.ruleAtIndex(row, false));
         const bool readsBack = askRule(
             rule, [lineEnds](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         unwritable += import.addedRules() > before && !readsBack ? 1U : 0U;
@@ -31,7 +32,7 @@ std::size_t importRules(const RuleManager& exchange, RuleImport& import, LineEnd
     return unwritable;
 }
 
-std::string answer(const RuleImport& import, const ImportResult& result, bool asJson)
+std::string answer(const workflow::RuleImport& import, const workflow::ImportResult& result, bool asJson)
 {
     if (!asJson)
         return result.hasImported ? result.notice.message + "\n" : std::string();
@@ -79,7 +80,7 @@ public:
             complain("nothing was imported");
             return ExitStatus::failed;
         }
-        RuleImport import(user->document(), *place);
+        workflow::RuleImport import(user->document(), *place);
         import.begin(m_file);
         const std::size_t unwritable = importRules(*exchange.store, import, user->lineEnds());
         warnOfUnwritable(unwritable);
@@ -89,10 +90,10 @@ public:
 
 private:
     // What the import would add.
-    int show(const RuleImport& import) const
+    int show(const workflow::RuleImport& import) const
     {
-        RulesDifference difference;
-        for (const ChangeSet::Addition& addition : import.pendingChange().added)
+        rules::RulesDifference difference;
+        for (const rules::ChangeSet::Addition& addition : import.pendingChange().added)
             difference.added.push_back(addition.value);
         Output output;
         writeDifference(output, difference, m_asJson);
@@ -101,9 +102,9 @@ private:
         return output.finish() ? ExitStatus::success : ExitStatus::failed;
     }
 
-    int finish(RuleImport& import) const
+    int finish(workflow::RuleImport& import) const
     {
-        const ImportResult result = import.didFinishImportingRules();
+        const workflow::ImportResult result = import.didFinishImportingRules();
         if (result.writeFailure) {
             complain(*result.writeFailure);
             return ExitStatus::failed;
@@ -128,4 +129,4 @@ std::unique_ptr<Command> makeImportCommand()
     return std::make_unique<ImportCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

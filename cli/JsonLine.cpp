@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -32,7 +32,7 @@ void JsonLine::add(std::string_view key, std::string_view text)
         m_line += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-void JsonLine::add(std::string_view key, const NullableText& text)
+void JsonLine::add(std::string_view key, const rules::NullableText& text)
 {
     if (text.isNull())
         add(key, nullptr);
@@ -58,4 +58,4 @@ std::string JsonLine::finish()
     return std::move(m_line);
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // A JSON object on a line of its own, printed key by key in the bytes that jsonLine() makes of an object with
 // these members. For output of many lines: without the object each takes a sixth of the time.
@@ -17,7 +17,7 @@ public:
     void add(std::string_view key, std::string_view text);
     void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
     void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
-    void add(std::string_view key, const NullableText& text);
+    void add(std::string_view key, const rules::NullableText& text);
     void add(std::string_view key, std::nullptr_t);
     void add(std::string_view key, bool value);
     template <std::integral Number> void add(std::string_view key, Number number)
@@ -35,4 +35,4 @@ private:
     std::string m_line = "{";
 };
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -6,14 +6,14 @@
 
 #include <nlohmann/json.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // Prints the keys of an object in the order in which they are given.
 using Json = nlohmann::ordered_json;
 
-inline Json jsonText(const NullableText& text)
+inline Json jsonText(const rules::NullableText& text)
 {
     return text.isNull() ? Json(nullptr) : Json(std::string(text.view()));
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

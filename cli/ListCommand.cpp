@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -58,4 +58,4 @@ std::unique_ptr<Command> makeListCommand()
     return std::make_unique<ListCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

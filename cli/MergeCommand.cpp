@@ -9,7 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -36,11 +36,12 @@ public:
         const auto theirs = readText(m_theirs);
         if (!base || !ours || !theirs)
             return ExitStatus::failure;
-        const FileMergeResult merged = mergeFiles(base->bytes(), ours->bytes(), theirs->bytes());
+        const rules::FileMergeResult merged
+            = rules::mergeFiles(base->bytes(), ours->bytes(), theirs->bytes());
         if (!writeResult(m_out.value_or(m_ours), merged.text))
             return ExitStatus::failure;
-        for (const FileConflict& conflict : merged.conflicts)
-            complain("conflict: " + printable(conflictText(conflict)));
+        for (const rules::FileConflict& conflict : merged.conflicts)
+            complain("conflict: " + printable(workflow::conflictText(conflict)));
         return merged.conflicts.empty() ? ExitStatus::success : ExitStatus::findings;
     }
 
@@ -58,4 +59,4 @@ std::unique_ptr<Command> makeMergeCommand()
     return std::make_unique<MergeCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

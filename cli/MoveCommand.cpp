@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -42,7 +42,8 @@ public:
         const auto user = m_change.open(context);
         if (!user)
             return ExitStatus::failure;
-        return m_change.carryOut(*user, movingOf(user->store(), m_from, m_to, user->lineEnds()), "Move");
+        return m_change.carryOut(
+            *user, workflow::movingOf(user->store(), m_from, m_to, user->lineEnds()), "Move");
     }
 
 private:
@@ -58,4 +59,4 @@ std::unique_ptr<Command> makeMoveCommand()
     return std::make_unique<MoveCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // A check of an argument: what is wrong with it; empty for letters out of rwcmx.
 inline std::string onlyOperationLetters(const std::string& text)
@@ -10,4 +10,4 @@ inline std::string onlyOperationLetters(const std::string& text)
     return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -22,7 +22,7 @@ public:
     {
         const OpenedStore opened = openStore({}, context);
         Output output;
-        for (const FilterOption& option : opened.store->filterOptions()) {
+        for (const rules::FilterOption& option : opened.store->filterOptions()) {
             if (m_asJson)
                 output.write(Json{{"name", jsonText(option.name)}, {"value", option.value}}.dump() + "\n");
             else
@@ -42,4 +42,4 @@ std::unique_ptr<Command> makeOptionsCommand()
     return std::make_unique<OptionsCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -7,7 +7,7 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::string printable(std::string_view text)
     return shown;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

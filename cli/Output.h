@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // Standard output, collected and written in large pieces. Remembers a failure, so that output is either
 // complete or known not to be.
@@ -27,4 +27,4 @@ void complain(std::string_view message);
 // `text` with control characters as escapes, so that a terminal only ever shows it.
 std::string printable(std::string_view text);
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 void PlaceOptions::addTo(CLI::App& command)
 {
@@ -25,17 +25,17 @@ std::string PlaceOptions::sentence() const
     return "Programs and paths were looked up " + (m_target ? "below " + *m_target : "on this machine") + ".";
 }
 
-std::optional<RulesPlace> PlaceOptions::open() const
+std::optional<workflow::RulesPlace> PlaceOptions::open() const
 {
     if (m_isNowhere)
-        return RulesPlace::nowhere();
+        return workflow::RulesPlace::nowhere();
     if (!m_target)
-        return RulesPlace::thisMachine();
+        return workflow::RulesPlace::thisMachine();
     std::error_code error;
-    auto place = RulesPlace::folder(*m_target, error);
+    auto place = workflow::RulesPlace::folder(*m_target, error);
     if (!place)
-        complain("cannot look rules up in '" + printable(*m_target) + "': " + errorText(error));
+        complain("cannot look rules up in '" + printable(*m_target) + "': " + platform::errorText(error));
     return place;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

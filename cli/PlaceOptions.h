@@ -9,7 +9,7 @@ namespace CLI {
 class App;
 }
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // --target and --no-target, which say where the programs and paths of rules are looked up.
 class PlaceOptions {
@@ -22,11 +22,11 @@ public:
     std::string sentence() const;
 
     // The place; none, after a complaint, when the target is no folder.
-    std::optional<RulesPlace> open() const;
+    std::optional<workflow::RulesPlace> open() const;
 
 private:
     std::optional<std::string> m_target;
     bool m_isNowhere = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -36,23 +36,23 @@ public:
         const auto chosen = m_selection.choose(user->store(), *place);
         if (!chosen)
             return ExitStatus::usage;
-        const std::vector<RuleRef> removable = removableOf(user->store(), chosen->rules, *place);
-        PlannedChange plan = removalOf(user->store(), removable, user->lineEnds());
+        const std::vector<rules::RuleRef> removable = removableOf(user->store(), chosen->rules, *place);
+        workflow::PlannedChange plan = workflow::removalOf(user->store(), removable, user->lineEnds());
         plan.unchanged = chosen->rules.size() - removable.size();
         return m_change.carryOut(*user, plan, "Remove", chosen->rows);
     }
 
 private:
     // Rules that were chosen for nothing but their redundancy go one after the other.
-    std::vector<RuleRef> removableOf(
-        RuleManager& store, const std::vector<RuleRef>& chosen, const RulesPlace& place) const
+    std::vector<rules::RuleRef> removableOf(rules::RuleManager& store,
+        const std::vector<rules::RuleRef>& chosen, const workflow::RulesPlace& place) const
     {
-        std::vector<FindingKind> others = m_selection.findings();
-        if (std::erase(others, FindingKind::redundant) == 0)
+        std::vector<workflow::FindingKind> others = m_selection.findings();
+        if (std::erase(others, workflow::FindingKind::redundant) == 0)
             return chosen;
-        const std::vector<RuleRef> gone
-            = others.empty() ? std::vector<RuleRef>() : m_selection.rulesWith(store, place, others);
-        return dispensableRules(store, chosen, gone);
+        const std::vector<rules::RuleRef> gone
+            = others.empty() ? std::vector<rules::RuleRef>() : m_selection.rulesWith(store, place, others);
+        return workflow::dispensableRules(store, chosen, gone);
     }
 
     UserSelection m_selection;
@@ -66,4 +66,4 @@ std::unique_ptr<Command> makeRemoveCommand()
     return std::make_unique<RemoveCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -15,7 +15,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -43,34 +43,35 @@ public:
     }
 
 private:
-    std::optional<std::string> pageOfFile(const CommandContext& context, const RulesPlace& place) const
+    std::optional<std::string> pageOfFile(
+        const CommandContext& context, const workflow::RulesPlace& place) const
     {
         const auto input = readText(*m_file);
         if (!input)
             return std::nullopt;
-        const auto store = storeOfText(input->bytes(), context.locations, context.log);
+        const auto store = workflow::storeOfText(input->bytes(), context.locations, context.log);
         return page(*store, input->bytes(), *m_file, place);
     }
 
     std::optional<std::string> pageOfConfiguration(
-        const CommandContext& context, const RulesPlace& place) const
+        const CommandContext& context, const workflow::RulesPlace& place) const
     {
         const OpenedStore opened = openStore({}, context);
         if (opened.hasFailed || !opened.isComplete)
             return std::nullopt;
         const std::string file = context.locations.userRulesFile();
-        const RulesFileText text = RulesFileText::read(file, context.lockTimeout);
+        const rules::RulesFileText text = rules::RulesFileText::read(file, context.lockTimeout);
         return page(*opened.store, text.bytes(), file, place);
     }
 
-    std::string page(const RuleManager& store, std::string_view bytes, const std::string& subject,
-        const RulesPlace& place) const
+    std::string page(const rules::RuleManager& store, std::string_view bytes, const std::string& subject,
+        const workflow::RulesPlace& place) const
     {
         ReportFacts facts{subject, m_place.sentence(), {}, {}};
         for (std::size_t row = 0; row < store.totalRules(false); ++row)
             facts.rules.push_back(store.ruleAtIndex(row, false));
-        useFileFindings(store, bytes, {{FindingKinds::all(), place}},
-            [&facts](const FileFinding& finding) { facts.findings.push_back(finding); });
+        workflow::useFileFindings(store, bytes, {{workflow::FindingKinds::all(), place}},
+            [&facts](const workflow::FileFinding& finding) { facts.findings.push_back(finding); });
         return reportPage(facts);
     }
 
@@ -86,4 +87,4 @@ std::unique_ptr<Command> makeReportCommand()
     return std::make_unique<ReportCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -96,15 +96,15 @@ std::string tableHead(std::string_view caption, std::initializer_list<std::strin
 
 constexpr std::string_view tableEnd = "</tbody>\n</table>\n";
 
-std::string nameOf(const MappedFolder& folder)
+std::string nameOf(const workflow::MappedFolder& folder)
 {
     switch (folder.kind) {
-    case MappedFolder::Kind::everyPath:
+    case workflow::MappedFolder::Kind::everyPath:
         return "every path";
-    case MappedFolder::Kind::byEnding:
+    case workflow::MappedFolder::Kind::byEnding:
         return "paths by their ending";
-    case MappedFolder::Kind::folder:
-    case MappedFolder::Kind::other:
+    case workflow::MappedFolder::Kind::folder:
+    case workflow::MappedFolder::Kind::other:
         break;
     }
     return folder.path;
@@ -120,7 +120,7 @@ std::string bar(std::string_view kind, std::size_t count, std::size_t most)
         + std::to_string(width / 10) + "." + std::to_string(width % 10) + "em\"></span>";
 }
 
-std::string programsOf(const MappedFolder& folder)
+std::string programsOf(const workflow::MappedFolder& folder)
 {
     std::string text;
     for (const auto& [program, rules] : folder.programs)
@@ -130,16 +130,16 @@ std::string programsOf(const MappedFolder& folder)
     return "<td class=\"text\">" + text + "</td>";
 }
 
-std::string mapTable(const std::vector<MappedFolder>& folders)
+std::string mapTable(const std::vector<workflow::MappedFolder>& folders)
 {
     std::size_t most = 1;
-    for (const MappedFolder& folder : folders)
+    for (const workflow::MappedFolder& folder : folders)
         most = std::max(most, folder.counts.allow + folder.counts.deny + folder.counts.watch);
     std::string text
         = tableHead("The folders that rules speak of. Bars: empty allows, full denies, hatched watches.",
             {"Folder", "Allow", "Deny", "Watch", "Share", "Programs"});
-    for (const MappedFolder& folder : folders) {
-        const AccessCounts& counts = folder.counts;
+    for (const workflow::MappedFolder& folder : folders) {
+        const workflow::AccessCounts& counts = folder.counts;
         const std::size_t indent = std::min<std::size_t>(folder.depth, 12);
         text += "<tr><th scope=\"row\" class=\"text\" style=\"padding-left:" + std::to_string(indent + 1)
             + "em\">" + isolated(nameOf(folder)) + "</th>" + numberCell(counts.allow)
@@ -150,13 +150,13 @@ std::string mapTable(const std::vector<MappedFolder>& folders)
     return text.append(tableEnd);
 }
 
-std::string problemsTables(const std::vector<FileFinding>& findings)
+std::string problemsTables(const std::vector<workflow::FileFinding>& findings)
 {
     std::string text;
-    for (const FindingKind kind : allFindingKinds) {
+    for (const workflow::FindingKind kind : workflow::allFindingKinds) {
         std::string rows;
         std::size_t number = 0;
-        for (const FileFinding& finding : findings) {
+        for (const workflow::FileFinding& finding : findings) {
             if (finding.kind != kind)
                 continue;
             ++number;
@@ -177,17 +177,18 @@ template <class Rule> std::string ruleRow(std::size_t row, const Rule& rule)
 {
     const auto& fields = rule.fields();
     std::string constraint;
-    std::string_view policyClass = policyClassDescription(PolicyClass::watch);
+    std::string_view policyClass = rules::policyClassDescription(rules::PolicyClass::watch);
     if constexpr (requires { fields.constraint; }) {
         constraint = fields.constraint.view();
-        policyClass = policyClassDescription(fields.policyClass);
+        policyClass = rules::policyClassDescription(fields.policyClass);
     }
-    return "<tr>" + numberCell(row) + cell(policyClass) + cell(policyTypeDescription(fields.policyType))
-        + cell(fields.path.view()) + cell(operationsForRule(rule)) + cell(fields.processName.view())
-        + cell(constraint) + cell(fields.tag.view()) + "</tr>\n";
+    return "<tr>" + numberCell(row) + cell(policyClass)
+        + cell(rules::policyTypeDescription(fields.policyType)) + cell(fields.path.view())
+        + cell(operationsForRule(rule)) + cell(fields.processName.view()) + cell(constraint)
+        + cell(fields.tag.view()) + "</tr>\n";
 }
 
-std::string rulesTable(const std::vector<RuleRef>& rules)
+std::string rulesTable(const std::vector<rules::RuleRef>& rules)
 {
     std::string text
         = tableHead("The rules of the user. Operations: r read, w write, c create, m mount, x execute.",
@@ -211,7 +212,7 @@ std::string reportPage(const ReportFacts& facts)
           "href=\"#problems\">Problems</a>"
           "<a href=\"#rules\">Rules</a></nav>\n</header>\n<main>\n";
     page += "<section id=\"map\" aria-labelledby=\"map-title\">\n<h2 id=\"map-title\">Map</h2>\n"
-        + mapTable(accessMap(facts.rules)) + "</section>\n";
+        + mapTable(workflow::accessMap(facts.rules)) + "</section>\n";
     page += "<section id=\"problems\" aria-labelledby=\"problems-title\">\n<h2 "
             "id=\"problems-title\">Problems</h2>\n"
         + problemsTables(facts.findings) + "</section>\n";
@@ -220,4 +221,4 @@ std::string reportPage(const ReportFacts& facts)
     return page;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

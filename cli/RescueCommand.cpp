@@ -10,14 +10,14 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-std::string jsonLines(const JoinedLine& line)
+std::string jsonLines(const rules::JoinedLine& line)
 {
     std::string lines;
-    for (const JoinedRule& rule : line.rules) {
+    for (const rules::JoinedRule& rule : line.rules) {
         Json object{{"line", line.number}, {"cut", rule.cut}};
         object.update(propertiesJson(rule.rule));
         lines += jsonLine(object);
@@ -25,7 +25,7 @@ std::string jsonLines(const JoinedLine& line)
     return lines;
 }
 
-std::string cutText(const JoinedRule& rule)
+std::string cutText(const rules::JoinedRule& rule)
 {
     std::string text;
     for (const std::string_view name : rule.cut)
@@ -33,12 +33,12 @@ std::string cutText(const JoinedRule& rule)
     return text.empty() ? text : text + ")";
 }
 
-std::string textLines(const JoinedLine& line)
+std::string textLines(const rules::JoinedLine& line)
 {
     std::string lines
         = "line " + std::to_string(line.number) + " holds " + std::to_string(line.rules.size()) + " rules:\n";
-    for (const JoinedRule& rule : line.rules)
-        lines += "    " + printable(ruleText(rule.rule)) + cutText(rule) + "\n";
+    for (const rules::JoinedRule& rule : line.rules)
+        lines += "    " + printable(workflow::ruleText(rule.rule)) + cutText(rule) + "\n";
     return lines;
 }
 
@@ -57,16 +57,16 @@ public:
 
     int run(const CommandContext& /*context*/) override
     {
-        const RulesInput input = RulesInput::read(m_file);
+        const workflow::RulesInput input = workflow::RulesInput::read(m_file);
         if (input.problem()) {
             complain(printable(*input.problem()));
             return ExitStatus::failure;
         }
-        const std::vector<JoinedLine> joined = joinedLines(input.bytes());
-        if (m_out && !writeResult(*m_out, rescuedText(input.bytes())))
+        const std::vector<rules::JoinedLine> joined = rules::joinedLines(input.bytes());
+        if (m_out && !writeResult(*m_out, rules::rescuedText(input.bytes())))
             return ExitStatus::failure;
         Output output;
-        for (const JoinedLine& line : joined)
+        for (const rules::JoinedLine& line : joined)
             output.write(m_asJson ? jsonLines(line) : textLines(line));
         if (!output.finish())
             return ExitStatus::failure;
@@ -86,4 +86,4 @@ std::unique_ptr<Command> makeRescueCommand()
     return std::make_unique<RescueCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

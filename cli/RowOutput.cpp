@@ -10,32 +10,33 @@
 #include <array>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-bool isRedundant(const RuleManager& store, const PolicyRule& rule)
+bool isRedundant(const rules::RuleManager& store, const rules::PolicyRule& rule)
 {
     return store.isRedundant(rule);
 }
 
-bool isRedundant(const RuleManager&, const WatchRule&)
+bool isRedundant(const rules::RuleManager&, const rules::WatchRule&)
 {
     return false;
 }
 
-bool isValid(const PolicyRule& rule, const RulesPlace& place)
+bool isValid(const rules::PolicyRule& rule, const workflow::RulesPlace& place)
 {
     return isValidApplicationPath(rule, shownApplicationNameForRule(rule), place);
 }
 
-bool isValid(const WatchRule&, const RulesPlace&)
+bool isValid(const rules::WatchRule&, const workflow::RulesPlace&)
 {
     return true;
 }
 
 template <class Rule>
-std::string rowLine(const RuleManager& store, std::size_t row, const Rule& rule, const RulesPlace& place)
+std::string rowLine(
+    const rules::RuleManager& store, std::size_t row, const Rule& rule, const workflow::RulesPlace& place)
 {
     const auto& fields = rule.fields();
     JsonLine line;
@@ -62,17 +63,18 @@ std::string joined(const std::string& text, const std::string& description)
     return text + (text.empty() || description.empty() ? "" : ", ") + description;
 }
 
-PrintedRow printedRow(const RuleManager& store, const RuleRows& rows, std::size_t row,
-    bool includeSystemRules, const RulesPlace& place)
+PrintedRow printedRow(const rules::RuleManager& store, const rules::RuleRows& rows, std::size_t row,
+    bool includeSystemRules, const workflow::RulesPlace& place)
 {
-    const auto cell
-        = [&](RuleColumn column) { return ruleCell(store, rows, row, includeSystemRules, column, place); };
-    const RuleCell application = cell(RuleColumn::application);
-    return {std::to_string(row), cell(RuleColumn::ruleClass).text, cell(RuleColumn::type).text,
-        cell(RuleColumn::operations).text, joined(application.text, application.description),
-        cell(RuleColumn::tag).text, askRule(rows.at(row, includeSystemRules), [](const auto& rule) {
-            return std::string(rule.fields().path.view());
-        })};
+    const auto cell = [&](workflow::RuleColumn column) {
+        return ruleCell(store, rows, row, includeSystemRules, column, place);
+    };
+    const workflow::RuleCell application = cell(workflow::RuleColumn::application);
+    return {std::to_string(row), cell(workflow::RuleColumn::ruleClass).text,
+        cell(workflow::RuleColumn::type).text, cell(workflow::RuleColumn::operations).text,
+        joined(application.text, application.description), cell(workflow::RuleColumn::tag).text,
+        askRule(rows.at(row, includeSystemRules),
+            [](const auto& rule) { return std::string(rule.fields().path.view()); })};
 }
 
 // Wide enough for most; a longer text pushes the rest of its line to the right.
@@ -91,8 +93,8 @@ void writeLine(Output& output, const PrintedRow& row)
 
 } // namespace
 
-void writeRows(Output& output, const RuleManager& store, const std::vector<std::size_t>& rows,
-    bool includeSystemRules, const RulesPlace& place, bool asJson)
+void writeRows(Output& output, const rules::RuleManager& store, const std::vector<std::size_t>& rows,
+    bool includeSystemRules, const workflow::RulesPlace& place, bool asJson)
 {
     if (!asJson)
         writeLine(output, {"Row", "Class", "Type", "Ops", "Application", "Tag", "Path"});
@@ -106,4 +108,4 @@ void writeRows(Output& output, const RuleManager& store, const std::vector<std::
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

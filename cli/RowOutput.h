@@ -6,13 +6,13 @@
 #include <cstddef>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 class Output;
 
 // Prints these rows of the index, with their numbers: one JSON object a line, or a table for people. `place`:
 // where programs are looked up.
-void writeRows(Output& output, const RuleManager& store, const std::vector<std::size_t>& rows,
-    bool includeSystemRules, const RulesPlace& place, bool asJson);
+void writeRows(Output& output, const rules::RuleManager& store, const std::vector<std::size_t>& rows,
+    bool includeSystemRules, const workflow::RulesPlace& place, bool asJson);
 
-} // namespace quorvane
+} // namespace quorvane::cli

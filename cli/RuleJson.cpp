@@ -4,12 +4,12 @@
 
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
 // Calls `add` with the name and value of each property, in the order in which they are printed.
-template <class Add> void useProperties(const PolicyRuleFields& rule, Add add)
+template <class Add> void useProperties(const rules::PolicyRuleFields& rule, Add add)
 {
     add("kind", "policy");
     add("policyClass", rule.policyClass);
@@ -23,10 +23,10 @@ template <class Add> void useProperties(const PolicyRuleFields& rule, Add add)
     add("created", rule.created);
 }
 
-template <class Add> void useProperties(const WatchRuleFields& rule, Add add)
+template <class Add> void useProperties(const rules::WatchRuleFields& rule, Add add)
 {
     add("kind", "watch");
-    add("policyClass", static_cast<std::int32_t>(PolicyClass::watch));
+    add("policyClass", static_cast<std::int32_t>(rules::PolicyClass::watch));
     add("policyType", rule.policyType);
     add("path", rule.path);
     add("processName", rule.processName);
@@ -37,7 +37,7 @@ template <class Add> void useProperties(const WatchRuleFields& rule, Add add)
     add("created", nullptr);
 }
 
-Json jsonOf(const NullableText& text)
+Json jsonOf(const rules::NullableText& text)
 {
     return jsonText(text);
 }
@@ -61,27 +61,27 @@ template <class Fields> void addAll(JsonLine& line, const Fields& rule)
 
 } // namespace
 
-Json propertiesJson(const PolicyRuleFields& rule)
+Json propertiesJson(const rules::PolicyRuleFields& rule)
 {
     return jsonOfProperties(rule);
 }
 
-Json propertiesJson(const WatchRuleFields& rule)
+Json propertiesJson(const rules::WatchRuleFields& rule)
 {
     return jsonOfProperties(rule);
 }
 
-void addProperties(JsonLine& line, const PolicyRuleFields& rule)
+void addProperties(JsonLine& line, const rules::PolicyRuleFields& rule)
 {
     addAll(line, rule);
 }
 
-void addProperties(JsonLine& line, const WatchRuleFields& rule)
+void addProperties(JsonLine& line, const rules::WatchRuleFields& rule)
 {
     addAll(line, rule);
 }
 
-Json propertiesJson(const RuleValue& rule)
+Json propertiesJson(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) { return propertiesJson(fields); });
 }
@@ -91,4 +91,4 @@ std::string jsonLine(const Json& object)
     return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -6,18 +6,18 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // The properties of a rule under the names that every command gives them, from "kind" to "created".
-Json propertiesJson(const PolicyRuleFields& rule);
-Json propertiesJson(const WatchRuleFields& rule);
-Json propertiesJson(const RuleValue& rule);
+Json propertiesJson(const rules::PolicyRuleFields& rule);
+Json propertiesJson(const rules::WatchRuleFields& rule);
+Json propertiesJson(const rules::RuleValue& rule);
 
 // The same, of a line that is printed as it grows.
-void addProperties(JsonLine& line, const PolicyRuleFields& rule);
-void addProperties(JsonLine& line, const WatchRuleFields& rule);
+void addProperties(JsonLine& line, const rules::PolicyRuleFields& rule);
+void addProperties(JsonLine& line, const rules::WatchRuleFields& rule);
 
 // The object on a line of its own. Bytes that are no UTF-8 are replaced.
 std::string jsonLine(const Json& object);
 
-} // namespace quorvane
+} // namespace quorvane::cli

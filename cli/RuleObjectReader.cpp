@@ -12,7 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -175,18 +175,18 @@ std::string tagOf(const RuleObject& object)
 
 template <class Fields> void setCommonFields(Fields& rule, const RuleObject& object)
 {
-    rule.policyType
-        = static_cast<std::int32_t>(object.number(policyType, PolicyType::prefix, PolicyType::suffix));
+    rule.policyType = static_cast<std::int32_t>(
+        object.number(policyType, rules::PolicyType::prefix, rules::PolicyType::suffix));
     rule.path = object.text(path);
     rule.processName = object.text(processName);
     rule.tag = tagOf(object);
     rule.operations = static_cast<std::uint32_t>(object.number(operations, 1, 31));
 }
 
-RuleValue watchRuleOf(const RuleObject& object)
+rules::RuleValue watchRuleOf(const RuleObject& object)
 {
-    WatchRuleFields rule;
-    object.number(policyClass, PolicyClass::watch, PolicyClass::watch);
+    rules::WatchRuleFields rule;
+    object.number(policyClass, rules::PolicyClass::watch, rules::PolicyClass::watch);
     setCommonFields(rule, object);
     if (!object.textOrEmpty(constraint).empty())
         throw object.expected("null, since a watch rule has no constraint,", constraint);
@@ -195,11 +195,11 @@ RuleValue watchRuleOf(const RuleObject& object)
     return makeRuleValue(std::move(rule));
 }
 
-RuleValue policyRuleOf(const RuleObject& object)
+rules::RuleValue policyRuleOf(const RuleObject& object)
 {
-    PolicyRuleFields rule;
-    rule.policyClass
-        = static_cast<std::int32_t>(object.number(policyClass, PolicyClass::allow, PolicyClass::deny));
+    rules::PolicyRuleFields rule;
+    rule.policyClass = static_cast<std::int32_t>(
+        object.number(policyClass, rules::PolicyClass::allow, rules::PolicyClass::deny));
     setCommonFields(rule, object);
     rule.constraint = object.textOrEmpty(constraint);
     if (object.has(created))
@@ -209,7 +209,7 @@ RuleValue policyRuleOf(const RuleObject& object)
 
 } // namespace
 
-WantedRule ruleOfJson(std::string_view line)
+workflow::WantedRule ruleOfJson(std::string_view line)
 {
     ObjectReader reader;
     nlohmann::json::sax_parse(line, &reader);
@@ -221,4 +221,4 @@ WantedRule ruleOfJson(std::string_view line)
         name == "watch" ? watchRuleOf(object) : policyRuleOf(object), object.has(tag), object.has(created)};
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

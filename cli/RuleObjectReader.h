@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // What is wrong with a rule that was given, and what was expected.
 class NoRuleError : public std::runtime_error {
@@ -15,6 +15,6 @@ public:
 
 // The rule that a line of JSON is: an object with the keys of a listed rule. Keys that say nothing about the
 // rule itself are ignored, whatever they hold and however deep. Throws NoRuleError.
-WantedRule ruleOfJson(std::string_view line);
+workflow::WantedRule ruleOfJson(std::string_view line);
 
-} // namespace quorvane
+} // namespace quorvane::cli

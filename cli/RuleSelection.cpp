@@ -14,7 +14,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -30,7 +30,7 @@ std::optional<std::string> whyMissing(const RuleSelection& selection)
 }
 
 // Why rules of the selection's file are not in the store; none when all are.
-std::optional<std::string> whyIncomplete(const RuleSelection& selection, const RuleManager& store)
+std::optional<std::string> whyIncomplete(const RuleSelection& selection, const rules::RuleManager& store)
 {
     struct stat status { };
     if (selection.file && stat(selection.file->c_str(), &status) == 0 && S_ISFIFO(status.st_mode))
@@ -39,11 +39,12 @@ std::optional<std::string> whyIncomplete(const RuleSelection& selection, const R
     return unread ? std::optional(unread->reason) : std::nullopt;
 }
 
-std::unique_ptr<RuleManager> userStore(const CommandContext& context)
+std::unique_ptr<rules::RuleManager> userStore(const CommandContext& context)
 {
-    auto store
-        = RuleManager::initWithCurrentUserConfiguration(context.locations, context.log, context.lockTimeout);
-    UserRulesFile file(context.locations, "quorvanectl", defaultStateFolder(), context.log);
+    auto store = rules::RuleManager::initWithCurrentUserConfiguration(
+        context.locations, context.log, context.lockTimeout);
+    workflow::UserRulesFile file(
+        context.locations, "quorvanectl", history::defaultStateFolder(), context.log);
     if (const auto meant = file.textUnderWay(context.lockTimeout))
         store->reloadCurrentUserConfiguration(*meant);
     return store;
@@ -54,7 +55,7 @@ std::unique_ptr<RuleManager> userStore(const CommandContext& context)
 OpenedStore openStore(const RuleSelection& selection, const CommandContext& context)
 {
     OpenedStore opened;
-    opened.store = selection.file ? RuleManager::initWithContentsOfFile(*selection.file,
+    opened.store = selection.file ? rules::RuleManager::initWithContentsOfFile(*selection.file,
                        selection.labelAsSystem, context.locations, context.log, context.lockTimeout)
                                   : userStore(context);
     const auto& message = opened.store->lastErrorMessage();
@@ -81,10 +82,10 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
 OpenedStore openInput(const std::string& file, const CommandContext& context)
 {
     const auto input = readText(file);
-    return {.store = RuleManager::initWithText(
+    return {.store = rules::RuleManager::initWithText(
                 input ? input->bytes() : std::string_view(), file, context.locations, context.log),
         .hasFailed = !input,
         .isComplete = input.has_value()};
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 struct CommandContext;
 
@@ -18,13 +18,13 @@ struct RuleSelection {
     bool labelAsSystem = false; // of `file`
     bool includeSystemRules = false;
     std::string filter{};
-    std::vector<SortDescriptor> sort{};
-    RuleCriteria criteria{}; // of the rows that filter and sort order make
+    std::vector<rules::SortDescriptor> sort{};
+    workflow::RuleCriteria criteria{}; // of the rows that filter and sort order make
 };
 
 // A store, and how well it could be read.
 struct OpenedStore {
-    std::unique_ptr<RuleManager> store;
+    std::unique_ptr<rules::RuleManager> store;
     bool hasFailed = false; // to read a file; a named one that is missing included
     // All rules of the selected rules file are in the store. A named file must exist for this, and hold
     // nothing but text; to the store both are no failure.
@@ -39,4 +39,4 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
 // Not complete, after a complaint, when it cannot be read or is no text.
 OpenedStore openInput(const std::string& file, const CommandContext& context);
 
-} // namespace quorvane
+} // namespace quorvane::cli

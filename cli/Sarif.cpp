@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -14,36 +14,36 @@ std::string written(const Json& json)
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string_view levelOf(FindingKind kind)
+std::string_view levelOf(workflow::FindingKind kind)
 {
-    const bool isError = kind == FindingKind::doesNotReadBack || kind == FindingKind::joined
-        || kind == FindingKind::invalidProgram;
+    const bool isError = kind == workflow::FindingKind::doesNotReadBack
+        || kind == workflow::FindingKind::joined || kind == workflow::FindingKind::invalidProgram;
     return isError ? "error" : "warning";
 }
 
 // What a person can do about it.
-std::string_view helpFor(FindingKind kind)
+std::string_view helpFor(workflow::FindingKind kind)
 {
     switch (kind) {
-    case FindingKind::redundant:
+    case workflow::FindingKind::redundant:
         return "Remove the rule, or the wider one if that was not meant.";
-    case FindingKind::invalidProgram:
+    case workflow::FindingKind::invalidProgram:
         return "Give the rule the program's present path, or bind it to the program as it is now.";
-    case FindingKind::missingPath:
+    case workflow::FindingKind::missingPath:
         return "Correct the path, or remove the rule. Paths of another machine are looked up with --target.";
-    case FindingKind::doesNotReadBack:
+    case workflow::FindingKind::doesNotReadBack:
         return "Take out what the format cannot hold, or switch on whole lines.";
-    case FindingKind::joined:
+    case workflow::FindingKind::joined:
         return "Take the rules apart with \"quorvanectl rescue\".";
-    case FindingKind::overlap:
+    case workflow::FindingKind::overlap:
         return "Make sure that the exception is meant; which rule wins is decided where they are enforced.";
-    case FindingKind::unproven:
+    case workflow::FindingKind::unproven:
         return "Find out who has signed the program before the rule trusts it.";
     }
     return {};
 }
 
-Json described(FindingKind kind)
+Json described(workflow::FindingKind kind)
 {
     const Json text{{"text", findingKindText(kind)}};
     return {{"id", findingName(kind)}, {"shortDescription", text}, {"fullDescription", text},
@@ -77,7 +77,7 @@ std::string fileAddress(const std::string& path)
     return address;
 }
 
-std::string sarifResult(const std::string& address, const FileFinding& finding)
+std::string sarifResult(const std::string& address, const workflow::FileFinding& finding)
 {
     std::string text = finding.text;
     text.append("\n").append(finding.rule);
@@ -95,7 +95,7 @@ std::string sarifNotification(const std::string& address, const std::string& mes
 std::string sarifBegin()
 {
     Json rules = Json::array();
-    for (const FindingKind kind : allFindingKinds)
+    for (const workflow::FindingKind kind : workflow::allFindingKinds)
         rules.push_back(described(kind));
     const Json driver{{"name", "quorvanectl"}, {"version", QUORVANE_VERSION}, {"rules", std::move(rules)}};
     return "{\"$schema\":\"https://json.schemastore.org/sarif-2.1.0.json\",\"version\":\"2.1.0\","
@@ -110,4 +110,4 @@ std::string sarifEnd(const std::string& notifications)
         + "]}]}]}\n";
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -10,16 +10,16 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
-SortDescriptor sortDescriptor(const std::string& spelled)
+rules::SortDescriptor sortDescriptor(const std::string& spelled)
 {
     constexpr std::string_view descending = ":desc";
     const bool isDescending = spelled.ends_with(descending);
     const std::string name = spelled.substr(0, spelled.size() - (isDescending ? descending.size() : 0));
-    const auto key = sortKeyNamed(name);
+    const auto key = rules::sortKeyNamed(name);
     if (!key)
         throw CLI::ValidationError("--sort", "'" + name + "' is not a property of the rules");
     return {*key, !isDescending};
@@ -27,8 +27,9 @@ SortDescriptor sortDescriptor(const std::string& spelled)
 
 std::int32_t ruleClass(const std::string& text)
 {
-    return text == policyClassDescription(PolicyClass::watch) ? PolicyClass::watch
-                                                              : policyClassForString(text);
+    return text == rules::policyClassDescription(rules::PolicyClass::watch)
+        ? rules::PolicyClass::watch
+        : rules::policyClassForString(text);
 }
 
 std::string onlyRowNumber(const std::string& text)
@@ -64,7 +65,7 @@ void SelectionOptions::addTo(CLI::App& command, RuleSelection& selection)
 
 void SelectionOptions::addUserRowsTo(CLI::App& command, RuleSelection& selection)
 {
-    RuleCriteria& criteria = selection.criteria;
+    workflow::RuleCriteria& criteria = selection.criteria;
     command.add_option("--filter", selection.filter, "Only rules that contain this text");
     command.add_option("--sort", m_sort, "Sort by KEY or KEY:desc; the first one given is the primary key")
         ->type_name("KEY[:desc]")
@@ -91,13 +92,13 @@ void SelectionOptions::finish(RuleSelection& selection, bool isNowhere) const
     for (const std::string& spelled : m_classes)
         selection.criteria.classes.push_back(ruleClass(spelled));
     for (const std::string& spelled : m_types)
-        selection.criteria.types.push_back(policyTypeForString(spelled));
+        selection.criteria.types.push_back(rules::policyTypeForString(spelled));
     for (const std::string& spelled : m_findings)
         selection.criteria.findings.push_back(findableKindGiven("--finding", spelled, isNowhere));
 }
 
 std::optional<std::vector<std::size_t>> chosenRows(
-    const RuleManager& store, const RuleSelection& selection, const RulesPlace& place)
+    const rules::RuleManager& store, const RuleSelection& selection, const workflow::RulesPlace& place)
 {
     const bool includeSystemRules = selection.includeSystemRules;
     if (const auto row = missingRow(store, includeSystemRules, selection.criteria)) {
@@ -108,14 +109,14 @@ std::optional<std::vector<std::size_t>> chosenRows(
     return rowsMeeting(store, includeSystemRules, selection.criteria, place);
 }
 
-std::vector<RuleRef> rulesOf(
-    const RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules)
+std::vector<rules::RuleRef> rulesOf(
+    const rules::RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules)
 {
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
     rules.reserve(rows.size());
     for (const std::size_t row : rows)
         rules.push_back(store.ruleAtIndex(row, includeSystemRules));
     return rules;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

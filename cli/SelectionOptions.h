@@ -13,7 +13,7 @@ namespace CLI {
 class App;
 }
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // FILE, which several commands take in place of the current user's configuration.
 void addFileOption(CLI::App& command, RuleSelection& selection);
@@ -40,10 +40,10 @@ private:
 // The rows that the selection, whose filter and sort order are in force, chooses; none, after a complaint,
 // when it names a row that is not there.
 std::optional<std::vector<std::size_t>> chosenRows(
-    const RuleManager& store, const RuleSelection& selection, const RulesPlace& place);
+    const rules::RuleManager& store, const RuleSelection& selection, const workflow::RulesPlace& place);
 
 // The rules of these rows.
-std::vector<RuleRef> rulesOf(
-    const RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules);
+std::vector<rules::RuleRef> rulesOf(
+    const rules::RuleManager& store, const std::vector<std::size_t>& rows, bool includeSystemRules);
 
-} // namespace quorvane
+} // namespace quorvane::cli

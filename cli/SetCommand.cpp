@@ -10,7 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -22,14 +22,14 @@ std::string onlyOperationChange(const std::string& text)
         : "OPS must be letters out of rwcmx, with + or - before them to add or remove them";
 }
 
-RulePatch::Operations operationChange(const std::string& text)
+workflow::RulePatch::Operations operationChange(const std::string& text)
 {
-    const std::uint32_t operations = operationsForString(text);
+    const std::uint32_t operations = rules::operationsForString(text);
     if (text.starts_with('+'))
-        return {RulePatch::Operations::added, operations};
+        return {workflow::RulePatch::Operations::added, operations};
     if (text.starts_with('-'))
-        return {RulePatch::Operations::removed, operations};
-    return {RulePatch::Operations::replaced, operations};
+        return {workflow::RulePatch::Operations::removed, operations};
+    return {workflow::RulePatch::Operations::replaced, operations};
 }
 
 class SetCommand : public Command {
@@ -63,9 +63,9 @@ public:
         if (!m_patch.tag && !m_class && !m_operations && !m_constraint)
             throw CLI::RequiredError("--set-tag, --set-class, --set-ops or --set-constraint");
         if (m_class)
-            m_patch.ruleClass = *m_class == policyClassDescription(PolicyClass::watch)
-                ? PolicyClass::watch
-                : policyClassForString(*m_class);
+            m_patch.ruleClass = *m_class == rules::policyClassDescription(rules::PolicyClass::watch)
+                ? rules::PolicyClass::watch
+                : rules::policyClassForString(*m_class);
         if (m_operations)
             m_patch.operations = operationChange(*m_operations);
         m_patch.isBoundToProgram = m_constraint == "auto";
@@ -82,7 +82,7 @@ public:
         const auto chosen = m_selection.choose(user->store(), *place);
         if (!chosen)
             return ExitStatus::usage;
-        const PlannedChange plan
+        const workflow::PlannedChange plan
             = patchingOf(user->store(), chosen->rules, m_patch, place->facts(), user->lineEnds());
         return m_change.carryOut(*user, plan, "Change", chosen->rows);
     }
@@ -90,7 +90,7 @@ public:
 private:
     UserSelection m_selection;
     ChangeOptions m_change;
-    RulePatch m_patch;
+    workflow::RulePatch m_patch;
     std::optional<std::string> m_class;
     std::optional<std::string> m_operations;
     std::optional<std::string> m_constraint;
@@ -103,4 +103,4 @@ std::unique_ptr<Command> makeSetCommand()
     return std::make_unique<SetCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -13,7 +13,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -43,7 +43,7 @@ public:
     void check() override
     {
         if (m_operations)
-            m_question.operations = operationsForString(*m_operations);
+            m_question.operations = rules::operationsForString(*m_operations);
     }
 
     int run(const CommandContext& context) override
@@ -69,7 +69,7 @@ public:
 private:
     RuleSelection m_selection;
     PlaceOptions m_place;
-    TouchQuestion m_question;
+    workflow::TouchQuestion m_question;
     std::optional<std::string> m_operations;
     bool m_asJson = false;
 };
@@ -81,4 +81,4 @@ std::unique_ptr<Command> makeTouchingCommand()
     return std::make_unique<TouchingCommand>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -6,29 +6,29 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::cli {
 
-UserDocument::UserDocument(std::unique_ptr<RuleManager> opened, const CommandContext& context)
+UserDocument::UserDocument(std::unique_ptr<rules::RuleManager> opened, const CommandContext& context)
     : m_store(std::move(opened))
     , m_document(*m_store, m_run, owner(context), context.log)
 {
     m_document.setObserver(this);
 }
 
-DocumentOwner UserDocument::owner(const CommandContext& context)
+workflow::DocumentOwner UserDocument::owner(const CommandContext& context)
 {
-    const ReadProgramSettings read = readProgramSettings(defaultSettingsFile());
+    const workflow::ReadProgramSettings read = workflow::readProgramSettings(workflow::defaultSettingsFile());
     if (read.problem)
         complain(*read.problem);
     return {.program = "quorvanectl",
-        .stateFolder = defaultStateFolder(),
+        .stateFolder = history::defaultStateFolder(),
         .settings = read.settings,
         .lockTimeout = context.lockTimeout};
 }
 
-void UserDocument::documentHasNews(const DocumentNews& news)
+void UserDocument::documentHasNews(const workflow::DocumentNews& news)
 {
-    if (news.kind != DocumentNews::Kind::cutShort || news.rules.size() > m_expectedUnwritable)
+    if (news.kind != workflow::DocumentNews::Kind::cutShort || news.rules.size() > m_expectedUnwritable)
         complain(news.text);
 }
 
@@ -39,7 +39,7 @@ bool UserDocument::isWritten() const
     return !m_document.failure();
 }
 
-LineEnds UserDocument::lineEnds() const
+rules::LineEnds UserDocument::lineEnds() const
 {
     return m_document.settings().lineEnds();
 }
@@ -68,4 +68,4 @@ std::unique_ptr<UserDocument> openToRestore(const CommandContext& context)
     return user;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -8,40 +8,40 @@
 #include <cstddef>
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 struct CommandContext;
 
 // The current user's rules, to be changed. What the document reports goes to standard error.
-class UserDocument : private DocumentObserver {
+class UserDocument : private workflow::DocumentObserver {
 public:
     // `opened` has been read from the user's configuration.
-    UserDocument(std::unique_ptr<RuleManager> opened, const CommandContext& context);
+    UserDocument(std::unique_ptr<rules::RuleManager> opened, const CommandContext& context);
 
-    RuleManager& store() { return *m_store; }
-    RulesDocument& document() { return m_document; }
+    rules::RuleManager& store() { return *m_store; }
+    workflow::RulesDocument& document() { return m_document; }
 
     // True when the file holds the rules; else complains of why it does not.
     bool isWritten() const;
 
     // How much of every line is written.
-    LineEnds lineEnds() const;
+    rules::LineEnds lineEnds() const;
 
     // The next write will complain of rules that do not come back from the file as they are when there are
     // more of them than this number, which the command has complained of.
     void expectUnwritableRules(std::size_t count) { m_expectedUnwritable = count; }
 
 private:
-    static DocumentOwner owner(const CommandContext& context);
-    void rulesWereMerged(const ChangeSet& /*change*/) override { }
+    static workflow::DocumentOwner owner(const CommandContext& context);
+    void rulesWereMerged(const rules::ChangeSet& /*change*/) override { }
     void rulesWereReloaded() override { }
     void fileStateDidChange() override { }
-    void documentHasNews(const DocumentNews& news) override;
+    void documentHasNews(const workflow::DocumentNews& news) override;
 
-    RunState m_run;
+    workflow::RunState m_run;
     std::size_t m_expectedUnwritable = 0;
-    std::unique_ptr<RuleManager> m_store;
-    RulesDocument m_document;
+    std::unique_ptr<rules::RuleManager> m_store;
+    workflow::RulesDocument m_document;
 };
 
 // The current user's rules as they were meant, to see what a change of them would come to. Null, after a
@@ -55,4 +55,4 @@ std::unique_ptr<UserDocument> openForWriting(const CommandContext& context);
 // be read is kept under another name. Never null.
 std::unique_ptr<UserDocument> openToRestore(const CommandContext& context);
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 void UserSelection::addTo(CLI::App& command)
 {
@@ -23,7 +23,8 @@ void UserSelection::finish()
         throw CLI::ValidationError("--all", "stands alone");
 }
 
-std::optional<ChosenRules> UserSelection::choose(RuleManager& store, const RulesPlace& place) const
+std::optional<ChosenRules> UserSelection::choose(
+    rules::RuleManager& store, const workflow::RulesPlace& place) const
 {
     store.applyFilterWithString(m_selection.filter);
     store.sortIndexUsingDescriptors(m_selection.sort);
@@ -36,12 +37,12 @@ std::optional<ChosenRules> UserSelection::choose(RuleManager& store, const Rules
     return chosen;
 }
 
-std::vector<RuleRef> UserSelection::rulesWith(
-    RuleManager& store, const RulesPlace& place, std::vector<FindingKind> findings) const
+std::vector<rules::RuleRef> UserSelection::rulesWith(rules::RuleManager& store,
+    const workflow::RulesPlace& place, std::vector<workflow::FindingKind> findings) const
 {
-    RuleCriteria criteria = m_selection.criteria;
+    workflow::RuleCriteria criteria = m_selection.criteria;
     criteria.findings = std::move(findings);
     return rulesOf(store, rowsMeeting(store, false, criteria, place), false);
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -7,12 +7,12 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // Rules that were chosen, in the order of their rows.
 struct ChosenRules {
-    std::vector<RuleRef> rules;
-    RowsOfRules rows;
+    std::vector<rules::RuleRef> rules;
+    workflow::RowsOfRules rows;
 };
 
 // Which of the current user's rules a command is to change: the options of a selection, of which there must
@@ -24,14 +24,14 @@ public:
     // Throws CLI::ParseError for what makes no sense.
     void finish();
 
-    std::optional<RulesPlace> openPlace() const { return m_place.open(); }
-    const std::vector<FindingKind>& findings() const { return m_selection.criteria.findings; }
+    std::optional<workflow::RulesPlace> openPlace() const { return m_place.open(); }
+    const std::vector<workflow::FindingKind>& findings() const { return m_selection.criteria.findings; }
 
     // None, after a complaint, when a row is not there. Puts filter and sort order in force.
-    std::optional<ChosenRules> choose(RuleManager& store, const RulesPlace& place) const;
+    std::optional<ChosenRules> choose(rules::RuleManager& store, const workflow::RulesPlace& place) const;
     // The rules chosen with these findings in place of those that were asked for.
-    std::vector<RuleRef> rulesWith(
-        RuleManager& store, const RulesPlace& place, std::vector<FindingKind> findings) const;
+    std::vector<rules::RuleRef> rulesWith(rules::RuleManager& store, const workflow::RulesPlace& place,
+        std::vector<workflow::FindingKind> findings) const;
 
 private:
     RuleSelection m_selection;
@@ -40,4 +40,4 @@ private:
     bool m_isAll = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 namespace {
 
@@ -23,11 +23,12 @@ constexpr std::string_view blanks = " \t\n\v\f\r";
 class RuleCollection {
 public:
     // Throws NoRuleError for a rule that is there with another tag or creation time.
-    void add(WantedRule rule)
+    void add(workflow::WantedRule rule)
     {
         const std::uint64_t hash = identityHash(rule.rule);
-        for (auto entry = m_slots.first(hash); entry != SlotChains::none; entry = m_slots.next(entry)) {
-            WantedRule& known = m_rules[m_slots.slot(entry)];
+        for (auto entry = m_slots.first(hash); entry != rules::SlotChains::none;
+             entry = m_slots.next(entry)) {
+            workflow::WantedRule& known = m_rules[m_slots.slot(entry)];
             if (isEqualRule(known.rule, rule.rule))
                 return fold(known, rule);
         }
@@ -35,10 +36,10 @@ public:
         m_rules.push_back(std::move(rule));
     }
 
-    std::vector<WantedRule> take() { return std::move(m_rules); }
+    std::vector<workflow::WantedRule> take() { return std::move(m_rules); }
 
 private:
-    static void fold(WantedRule& known, const WantedRule& rule)
+    static void fold(workflow::WantedRule& known, const workflow::WantedRule& rule)
     {
         const bool tagsDiffer = known.hasTag && rule.hasTag && !hasSameTag(known.rule, rule.rule);
         const bool timesDiffer
@@ -52,8 +53,8 @@ private:
         known.hasCreated = known.hasCreated || rule.hasCreated;
     }
 
-    std::vector<WantedRule> m_rules;
-    SlotChains m_slots;
+    std::vector<workflow::WantedRule> m_rules;
+    rules::SlotChains m_slots;
 };
 
 NoRuleError expected(const std::string& what, std::string_view found)
@@ -62,19 +63,19 @@ NoRuleError expected(const std::string& what, std::string_view found)
 }
 
 // The rule that the tokens of a line are.
-RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, TextPool& pool)
+rules::RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, rules::TextPool& pool)
 {
     const std::string_view ruleClass = tokens[0];
-    if (ruleClass != policyClassDescription(PolicyClass::watch)
-        && policyClassForString(ruleClass) == unknownCode)
+    if (ruleClass != rules::policyClassDescription(rules::PolicyClass::watch)
+        && rules::policyClassForString(ruleClass) == rules::unknownCode)
         throw expected("a rule that begins with allow, deny or watch", ruleClass);
     if (tokens.size() < 5)
         throw NoRuleError("expected class, type, path, process and operations of a rule");
-    if (policyTypeForString(tokens[1]) == unknownCode)
+    if (rules::policyTypeForString(tokens[1]) == rules::unknownCode)
         throw expected("prefix, path or suffix", tokens[1]);
     if (tokens[4].empty() || tokens[4].find_first_not_of("rwcmx") != std::string_view::npos)
         throw expected("operations: letters out of rwcmx", tokens[4]);
-    if (kindOfLine(tokens, false) == LineKind::watchRule)
+    if (rules::kindOfLine(tokens, false) == rules::LineKind::watchRule)
         return makeRuleValue(watchRuleFromTokens(tokens, false, pool));
     return makeRuleValue(policyRuleFromTokens(tokens, false, pool));
 }
@@ -91,7 +92,7 @@ public:
     {
         WantedRules wanted;
         std::size_t number = 1;
-        for (const FileLine& line : fileLines(text)) {
+        for (const rules::FileLine& line : rules::fileLines(text)) {
             try {
                 readLine(line.text, number, wanted);
             } catch (const NoRuleError& error) {
@@ -117,10 +118,10 @@ private:
 
     void readRuleLine(std::string_view line, std::size_t number, WantedRules& wanted)
     {
-        if (isJoinedLine(line))
+        if (rules::isJoinedLine(line))
             throw NoRuleError(
                 "expected one rule, not several: \"quorvanectl rescue\" takes joined lines apart");
-        const auto& tokens = m_tokenizer.tokens(line, mostTokensOfALine);
+        const auto& tokens = m_tokenizer.tokens(line, rules::mostTokensOfALine);
         if (tokens.empty())
             throw NoRuleError("expected class, type, path, process and operations of a rule");
         if (tokens[0] == "set")
@@ -130,8 +131,8 @@ private:
     }
 
     bool m_isJson;
-    LineTokenizer m_tokenizer;
-    TextPool m_pool;
+    rules::LineTokenizer m_tokenizer;
+    rules::TextPool m_pool;
     RuleCollection m_rules;
 };
 
@@ -149,4 +150,4 @@ WantedRules readWantedRules(std::string_view text)
     return none;
 }
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::cli {
 
 // The rules of a file that are to be applied.
 struct WantedRules {
-    std::vector<WantedRule> rules; // no two are equal
+    std::vector<workflow::WantedRule> rules; // no two are equal
     std::vector<std::size_t> skippedOptions; // lines with an option, from 1
     // What was expected, and in which line, where the file is not as it has to be; then nothing of it counts.
     std::optional<std::string> problem;
@@ -23,4 +23,4 @@ struct WantedRules {
 // with another tag or creation time is a problem. Time and memory in proportion to the text.
 WantedRules readWantedRules(std::string_view text);
 
-} // namespace quorvane
+} // namespace quorvane::cli

@@ -15,8 +15,8 @@ namespace {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc&) {
-        quorvane::complain("out of memory");
-        std::_Exit(quorvane::statusWithoutMemory());
+        quorvane::cli::complain("out of memory");
+        std::_Exit(quorvane::cli::statusWithoutMemory());
     } catch (...) { // a fault of the program's own
     }
     std::abort();
@@ -27,6 +27,6 @@ namespace {
 int main(int argumentCount, char** arguments)
 {
     std::set_terminate(endWithoutMemory);
-    quorvane::secureStandardStreams();
-    return quorvane::runCommandLine(argumentCount, arguments);
+    quorvane::platform::secureStandardStreams();
+    return quorvane::cli::runCommandLine(argumentCount, arguments);
 }

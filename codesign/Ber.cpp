@@ -1,6 +1,6 @@
 #include "codesign/Ber.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -107,4 +107,4 @@ std::optional<Bytes> octets(const BerElement& element)
     return joined;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

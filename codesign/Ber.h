@@ -4,7 +4,7 @@
 
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Identifier octets of the encodings that occur in signatures.
 namespace berTag {
@@ -56,4 +56,4 @@ private:
 // The bytes of an octet string in one piece or in several; none for any other element.
 std::optional<Bytes> octets(const BerElement& element);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -20,7 +20,7 @@ struct Places {
     fs::path name;
 };
 
-std::optional<Places> placesOf(const fs::path& folder, const FileRoot& root)
+std::optional<Places> placesOf(const fs::path& folder, const platform::FileRoot& root)
 {
     const fs::path contents = folder / "Contents";
     if (root.isFolderAt(contents))
@@ -36,7 +36,7 @@ std::optional<Places> placesOf(const fs::path& folder, const FileRoot& root)
     return std::nullopt;
 }
 
-std::optional<std::string> executableName(const Places& places, const FileRoot& root)
+std::optional<std::string> executableName(const Places& places, const platform::FileRoot& root)
 {
     const auto file = CodeFile::open(places.infoPlist.string(), root);
     if (!file)
@@ -48,7 +48,7 @@ std::optional<std::string> executableName(const Places& places, const FileRoot& 
     return info->executable.value_or(places.name.string());
 }
 
-std::optional<BundleLayout> layoutOf(const fs::path& folder, const FileRoot& root)
+std::optional<BundleLayout> layoutOf(const fs::path& folder, const platform::FileRoot& root)
 {
     const auto places = placesOf(folder, root);
     const auto name = places ? executableName(*places, root) : std::nullopt;
@@ -60,14 +60,14 @@ std::optional<BundleLayout> layoutOf(const fs::path& folder, const FileRoot& roo
 
 } // namespace
 
-std::optional<BundleLayout> bundleAtFolder(const std::string& folder, const FileRoot& root)
+std::optional<BundleLayout> bundleAtFolder(const std::string& folder, const platform::FileRoot& root)
 {
     const auto path = root.resolved(folder);
     return path && root.isFolderAt(*path) ? layoutOf(*path, root) : std::nullopt;
 }
 
 std::optional<BundleLayout> bundleOfExecutable(
-    const std::string& path, const CodeFile& file, const FileRoot& root)
+    const std::string& path, const CodeFile& file, const platform::FileRoot& root)
 {
     fs::path folder = fs::path(root.resolved(path).value_or("")).parent_path();
     if (folder.empty())
@@ -85,4 +85,4 @@ std::optional<Bytes> readInfoPlist(const BundleLayout& layout)
     return file ? file->bytes(0, file->size(), largestInfoPlist) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

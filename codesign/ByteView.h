@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -96,4 +96,4 @@ private:
     std::size_t m_size = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -9,7 +9,7 @@
 #include <openssl/evp.h>
 #include <openssl/x509v3.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -210,4 +210,4 @@ std::optional<std::string> Certificate::longDescription() const
     return std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -11,7 +11,7 @@
 
 #include <openssl/x509.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 enum class SignatureCheck { good, wrong, unsupported };
 
@@ -79,4 +79,4 @@ private:
     std::optional<KeyKind> m_keyKind; // none without such a key
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

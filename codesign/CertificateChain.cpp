@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -50,4 +50,4 @@ CertificateChain buildChain(const Certificate& leaf, const std::vector<Certifica
     return chain;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // A signer's certificate and its issuers, each found by name and proven by its key.
 struct CertificateChain {
@@ -22,4 +22,4 @@ struct CertificateChain {
 // no influence.
 CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -2,7 +2,7 @@
 
 #include "codesign/ObjectIdentifiers.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -149,4 +149,4 @@ std::optional<CmsMessage> parseCms(ByteView bytes)
     return readFirstSigner(parts, message) ? std::optional(std::move(message)) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The signer of a CMS message, undigested.
 struct CmsSigner {
@@ -38,4 +38,4 @@ struct CmsMessage {
 // certificates. Genuine messages take a few kilobytes.
 std::optional<CmsMessage> parseCms(ByteView bytes);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

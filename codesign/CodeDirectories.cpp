@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -61,4 +61,4 @@ CodeDirectories loadCodeDirectories(const SignatureContainer& container)
     return result;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // All CodeDirectories of a signature: the first one and its alternates by other hashes. Views of the
 // container.
@@ -26,4 +26,4 @@ CodeDirectories loadCodeDirectories(const SignatureContainer& container);
 // Such hashes are listed cut to this many bytes.
 inline constexpr std::size_t listedHashLength = 20;
 
-} // namespace quorvane
+} // namespace quorvane::codesign

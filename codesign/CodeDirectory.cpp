@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -141,4 +141,4 @@ std::optional<HashAlgorithm> CodeDirectory::hashAlgorithm() const
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

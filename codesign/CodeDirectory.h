@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace codeDirectoryFlag {
 inline constexpr std::uint32_t adHoc = 0x2;
@@ -74,4 +74,4 @@ private:
     std::uint64_t m_codeLimit = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -46,12 +46,12 @@ bool isAllZero(ByteView bytes)
 
 } // namespace
 
-std::optional<CodeFile> CodeFile::open(const std::string& path, const FileRoot& root)
+std::optional<CodeFile> CodeFile::open(const std::string& path, const platform::FileRoot& root)
 {
     return adopt(root.openRegularFile(path));
 }
 
-std::optional<CodeFile> CodeFile::adopt(FileDescriptor descriptor)
+std::optional<CodeFile> CodeFile::adopt(platform::FileDescriptor descriptor)
 {
     struct stat status { };
     if (!descriptor || fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -161,4 +161,4 @@ bool CodeFile::isZero(std::uint64_t offset, std::uint64_t length) const
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

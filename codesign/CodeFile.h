@@ -11,7 +11,7 @@
 
 #include <sys/types.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // How a read from a foreign file ended. cutShort: the file ends before.
 enum class ReadResult { complete, cutShort, failed };
@@ -24,8 +24,8 @@ class CodeFile {
 public:
     // None when nothing, nothing readable or no regular file is at `path` within `root`. Links are followed.
     // Never blocks on a pipe and never opens a device.
-    static std::optional<CodeFile> open(const std::string& path, const FileRoot& root = {});
-    static std::optional<CodeFile> adopt(FileDescriptor descriptor);
+    static std::optional<CodeFile> open(const std::string& path, const platform::FileRoot& root = {});
+    static std::optional<CodeFile> adopt(platform::FileDescriptor descriptor);
 
     // In bytes, when the file was opened. The system's own files (/proc) may say 0 and hold more.
     std::uint64_t size() const { return m_size; }
@@ -60,11 +60,11 @@ public:
 private:
     std::optional<std::size_t> readUpTo(std::uint64_t offset, void* to, std::size_t length) const;
 
-    FileDescriptor m_descriptor;
+    platform::FileDescriptor m_descriptor;
     std::uint64_t m_size = 0;
     mutable bool m_failed = false;
     dev_t m_device = 0;
     ino_t m_inode = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

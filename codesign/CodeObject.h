@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // What a platform's trust evaluation answers of a certificate on its own.
 namespace trustResult {
@@ -63,4 +63,4 @@ public:
     virtual SigningInformation signingInformation() const = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -113,4 +113,4 @@ std::int32_t evaluateCertificateTrust(const CertificateFacts& certificate)
     return trusted ? 1 : 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Signature states; there is no 0.
 namespace signatureState {
@@ -59,4 +59,4 @@ std::optional<std::string> getCertificateStringContent(
 // 1 when the certificate is trusted on its own, else 0.
 std::int32_t evaluateCertificateTrust(const CertificateFacts& certificate);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

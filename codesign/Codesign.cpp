@@ -2,7 +2,7 @@
 
 #include "codesign/ProgramCode.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 std::unique_ptr<CodeObject> getCodeRefWithPath(const std::string& path)
 {
@@ -89,4 +89,4 @@ std::string getDynamicCodeSignCertInfo(std::int32_t pid)
     return codeSignCertInfo(getCodeRefWithPID(pid).get());
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Questions about the code signature of a macOS program: of a file or bundle by its path, or of a running
 // process by its id. See CodeQuestions.h for what the answers mean.
@@ -42,4 +42,4 @@ std::optional<std::string> getDynamicCodeSignTeamIdentifier(std::int32_t pid);
 std::int32_t getDynamicCodeSignPlatformIdentifier(std::int32_t pid);
 std::string getDynamicCodeSignCertInfo(std::int32_t pid);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

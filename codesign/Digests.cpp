@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <new>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -37,7 +37,7 @@ std::optional<std::string> digestOf(Hasher& hasher)
 }
 
 // Takes the whole file into the hashers; false when it cannot be read to its end.
-bool hashFile(const std::string& path, const FileRoot& root, std::initializer_list<Hasher*> hashers)
+bool hashFile(const std::string& path, const platform::FileRoot& root, std::initializer_list<Hasher*> hashers)
 {
     const auto file = CodeFile::open(path, root);
     return file && file->forEachPieceToEnd([&hashers](ByteView piece) {
@@ -47,7 +47,8 @@ bool hashFile(const std::string& path, const FileRoot& root, std::initializer_li
     }) == ReadResult::complete;
 }
 
-std::optional<std::string> fileDigest(HashAlgorithm algorithm, const std::string& path, const FileRoot& root)
+std::optional<std::string> fileDigest(
+    HashAlgorithm algorithm, const std::string& path, const platform::FileRoot& root)
 {
     Hasher hasher(algorithm);
     return hashFile(path, root, {&hasher}) ? digestOf(hasher) : std::nullopt;
@@ -65,12 +66,12 @@ std::string sha256(std::string_view buffer)
     return digest(HashAlgorithm::sha256, buffer);
 }
 
-std::optional<std::string> sha1OfFile(const std::string& path, const FileRoot& root)
+std::optional<std::string> sha1OfFile(const std::string& path, const platform::FileRoot& root)
 {
     return fileDigest(HashAlgorithm::sha1, path, root);
 }
 
-std::optional<std::string> sha256OfFile(const std::string& path, const FileRoot& root)
+std::optional<std::string> sha256OfFile(const std::string& path, const platform::FileRoot& root)
 {
     return fileDigest(HashAlgorithm::sha256, path, root);
 }
@@ -86,4 +87,4 @@ std::optional<FileDigests> digestsOfFile(const std::string& path)
     return sha1 && sha256 ? std::optional(FileDigests{*sha1, *sha256}) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

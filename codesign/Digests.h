@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Digests as lowercase hexadecimal digits: 40 for SHA-1, 64 for SHA-256. Any thread.
 
@@ -16,8 +16,8 @@ std::string sha256(std::string_view buffer);
 
 // The digest of a whole file within `root`, read in bounded pieces. None when it cannot be read to its end or
 // is no regular file.
-std::optional<std::string> sha1OfFile(const std::string& path, const FileRoot& root = {});
-std::optional<std::string> sha256OfFile(const std::string& path, const FileRoot& root = {});
+std::optional<std::string> sha1OfFile(const std::string& path, const platform::FileRoot& root = {});
+std::optional<std::string> sha256OfFile(const std::string& path, const platform::FileRoot& root = {});
 
 // Both of them, from one reading.
 struct FileDigests {
@@ -26,4 +26,4 @@ struct FileDigests {
 };
 std::optional<FileDigests> digestsOfFile(const std::string& path);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -16,8 +16,8 @@ namespace {
 bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
 {
     const auto text = BerReader(values).next(berTag::octetString);
-    const auto list = text ? readPropertyList(text->content.text()) : std::nullopt;
-    const auto* hashes = list ? list->find<PropertyValue::Array>("cdhashes") : nullptr;
+    const auto list = text ? platform::readPropertyList(text->content.text()) : std::nullopt;
+    const auto* hashes = list ? list->find<platform::PropertyValue::Array>("cdhashes") : nullptr;
     if (hashes == nullptr)
         return false;
     std::vector<std::pair<std::uint8_t, HashValue>> sorted;
@@ -26,8 +26,8 @@ bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
     std::sort(sorted.begin(), sorted.end(),
         [](const auto& left, const auto& right) { return left.first < right.first; });
     return std::equal(hashes->begin(), hashes->end(), sorted.begin(), sorted.end(),
-        [](const PropertyValue& item, const auto& loaded) {
-            const auto* stored = item.as<PropertyValue::Data>();
+        [](const platform::PropertyValue& item, const auto& loaded) {
+            const auto* stored = item.as<platform::PropertyValue::Data>();
             return stored != nullptr && stored->bytes.size() == listedHashLength
                 && loaded.second.startsWith(ByteView(stored->bytes.data(), stored->bytes.size()));
         });
@@ -74,4 +74,4 @@ bool hashListsMatch(const CmsSigner& signer, const CodeDirectories& directories)
         && (!set || matchesSet(*set, directories));
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -3,10 +3,10 @@
 #include "codesign/CmsMessage.h"
 #include "codesign/CodeDirectories.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // True when the lists of hashes among the signed attributes, in either form, name exactly the loaded
 // CodeDirectories. Without a list only a single CodeDirectory passes: nothing would protect the alternates.
 bool hashListsMatch(const CmsSigner& signer, const CodeDirectories& directories);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -1,6 +1,6 @@
 #include "codesign/Hasher.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 const EVP_MD* hashMethod(HashAlgorithm algorithm)
 {
@@ -48,4 +48,4 @@ HashValue hashOf(HashAlgorithm algorithm, ByteView bytes)
     return hasher.finish();
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

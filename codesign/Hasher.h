@@ -8,7 +8,7 @@
 
 #include <openssl/evp.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 enum class HashAlgorithm { sha1, sha256, sha384, sha512 };
 
@@ -53,4 +53,4 @@ private:
 
 HashValue hashOf(HashAlgorithm algorithm, ByteView bytes);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -2,7 +2,7 @@
 
 #include "platform/PropertyListReader.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -18,8 +18,8 @@ bool isPlainFileName(const std::string& name)
 
 std::optional<InfoPlist> parseInfoPlist(ByteView bytes)
 {
-    const auto list = readPropertyList(bytes.text());
-    if (!list || list->as<PropertyValue::Dictionary>() == nullptr)
+    const auto list = platform::readPropertyList(bytes.text());
+    if (!list || list->as<platform::PropertyValue::Dictionary>() == nullptr)
         return std::nullopt;
     InfoPlist info;
     if (const auto* name = list->find<std::string>(executableKey))
@@ -29,4 +29,4 @@ std::optional<InfoPlist> parseInfoPlist(ByteView bytes)
     return info;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

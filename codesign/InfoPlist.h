@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // What an Info.plist says of its bundle.
 struct InfoPlist {
@@ -16,4 +16,4 @@ struct InfoPlist {
 // name.
 std::optional<InfoPlist> parseInfoPlist(ByteView bytes);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -137,4 +137,4 @@ bool MachOFile::structureIsSound(const CodeFile& file) const
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // True when the file is a program by its first bytes: a Mach-O executable, library, loader, plug-in or kernel
 // extension, alone or as the first architecture of a universal file.
@@ -41,4 +41,4 @@ private:
     MachOSlice m_slice;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -168,4 +168,4 @@ std::optional<MachOSlice> readSlice(const CodeFile& file, std::uint64_t offset, 
     return slice;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // As many bytes of a header are laid out alike for 32 and 64 bits.
 inline constexpr std::size_t machHeaderPrefix = 28;
@@ -37,4 +37,4 @@ std::optional<MachOSlice> readSlice(const CodeFile& file, std::uint64_t offset, 
 // field.
 std::optional<std::uint32_t> machOFileType(ByteView header);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

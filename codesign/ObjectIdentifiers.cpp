@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier)
 {
@@ -36,4 +36,4 @@ std::optional<KeyKind> keyKindOf(ByteView objectIdentifier)
     return std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

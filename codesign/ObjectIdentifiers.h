@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Object identifiers, as the contents of their encoding.
 namespace oid {
@@ -29,4 +29,4 @@ std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier);
 // is not used here.
 std::optional<KeyKind> keyKindOf(ByteView objectIdentifier);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

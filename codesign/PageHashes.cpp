@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -97,4 +97,4 @@ ValidityStatus verifyPages(
     return atEnd ? status::valid : status::signatureFailed;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Compares the signed bytes of the slice that begins at `sliceOffset` with the page hashes of every
 // directory, in one pass over the file. Answers the first thing that is wrong: a difference or a file that
@@ -14,4 +14,4 @@ namespace quorvane {
 ValidityStatus verifyPages(
     const CodeFile& file, std::uint64_t sliceOffset, const std::vector<CodeDirectory>& directories);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

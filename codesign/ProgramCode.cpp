@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -19,7 +19,8 @@ constexpr std::uint64_t largestSeal = 16U << 20U;
 std::optional<std::string> shownText(std::string_view text)
 {
     constexpr std::size_t longestShown = 4096;
-    return text.size() <= longestShown && isValidUtf8(text) ? std::optional<std::string>(text) : std::nullopt;
+    return text.size() <= longestShown && platform::isValidUtf8(text) ? std::optional<std::string>(text)
+                                                                      : std::nullopt;
 }
 
 CertificateFacts factsOf(const Certificate& certificate, const TrustAnchor& anchor)
@@ -42,7 +43,7 @@ std::unique_ptr<ProgramCode> ProgramCode::readWhole(std::unique_ptr<ProgramCode>
 }
 
 std::unique_ptr<ProgramCode> ProgramCode::atPath(
-    const std::string& path, const TrustAnchor& anchor, const FileRoot& root)
+    const std::string& path, const TrustAnchor& anchor, const platform::FileRoot& root)
 {
     auto bundle = bundleAtFolder(path, root);
     auto file = CodeFile::open(bundle ? bundle->executable : path, root);
@@ -56,7 +57,7 @@ std::unique_ptr<ProgramCode> ProgramCode::atPath(
 
 std::unique_ptr<ProgramCode> ProgramCode::ofProcess(std::int32_t pid)
 {
-    auto program = programOfProcess(pid);
+    auto program = platform::programOfProcess(pid);
     auto file = program ? CodeFile::adopt(std::move(program->file)) : std::nullopt;
     if (!file)
         return nullptr;
@@ -195,4 +196,4 @@ SigningInformation ProgramCode::signingInformation() const
     return information;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -15,7 +15,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The signature of a program file for the platform's machines, alone or as the main executable of a bundle.
 //
@@ -26,8 +26,8 @@ public:
     // None when the path names neither a regular file nor a bundle with one, and when that file could not be
     // read: of a failing disk's program nothing is known, not even that nobody has signed it.
     // `path` is looked up within `root`; resources elsewhere than on this machine are never found to match.
-    static std::unique_ptr<ProgramCode> atPath(
-        const std::string& path, const TrustAnchor& anchor = platformRoot(), const FileRoot& root = {});
+    static std::unique_ptr<ProgramCode> atPath(const std::string& path,
+        const TrustAnchor& anchor = platformRoot(), const platform::FileRoot& root = {});
 
     // The code of a running process, whose pages, resources and structure are never checked. None when the
     // process is gone or its program cannot be read.
@@ -65,4 +65,4 @@ private:
         = status::unsignedCode; // before anything that the signature covers is looked at
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

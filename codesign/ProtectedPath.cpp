@@ -1,6 +1,6 @@
 #include "codesign/ProtectedPath.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 bool isSIP(std::string_view path)
 {
@@ -9,4 +9,4 @@ bool isSIP(std::string_view path)
     return path.starts_with("/System/") || path.starts_with("/bin/") || path.starts_with("/sbin/");
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

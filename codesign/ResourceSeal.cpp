@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -28,23 +28,23 @@ struct SealedResource {
 
 using SealedResources = std::unordered_map<std::string, SealedResource>;
 
-std::optional<SealedResource> parseResource(const PropertyValue& value)
+std::optional<SealedResource> parseResource(const platform::PropertyValue& value)
 {
     using Kind = SealedResource::Kind;
-    if (const auto* hash = value.as<PropertyValue::Data>())
+    if (const auto* hash = value.as<platform::PropertyValue::Data>())
         return SealedResource{Kind::file, HashAlgorithm::sha1, hash->bytes, false};
     const auto* optional = value.find<bool>("optional");
     const bool isOptional = optional != nullptr && *optional;
     if (const auto* target = value.find<std::string>("symlink"))
         return SealedResource{Kind::link, HashAlgorithm::sha1, *target, isOptional};
     const struct {
-        const PropertyValue::Data* value;
+        const platform::PropertyValue::Data* value;
         SealedResource::Kind kind;
         HashAlgorithm hash;
     } forms[] = {
-        {value.find<PropertyValue::Data>("cdhash"), Kind::code, HashAlgorithm::sha1},
-        {value.find<PropertyValue::Data>("hash2"), Kind::file, HashAlgorithm::sha256},
-        {value.find<PropertyValue::Data>("hash"), Kind::file, HashAlgorithm::sha1},
+        {value.find<platform::PropertyValue::Data>("cdhash"), Kind::code, HashAlgorithm::sha1},
+        {value.find<platform::PropertyValue::Data>("hash2"), Kind::file, HashAlgorithm::sha256},
+        {value.find<platform::PropertyValue::Data>("hash"), Kind::file, HashAlgorithm::sha1},
     };
     for (const auto& form : forms) {
         if (form.value != nullptr)
@@ -54,14 +54,14 @@ std::optional<SealedResource> parseResource(const PropertyValue& value)
 }
 
 // The newer lists count when both are there.
-const PropertyValue::Dictionary* newerOf(
-    const PropertyValue& seal, std::string_view newer, std::string_view older)
+const platform::PropertyValue::Dictionary* newerOf(
+    const platform::PropertyValue& seal, std::string_view newer, std::string_view older)
 {
-    const auto* found = seal.find<PropertyValue::Dictionary>(newer);
-    return found != nullptr ? found : seal.find<PropertyValue::Dictionary>(older);
+    const auto* found = seal.find<platform::PropertyValue::Dictionary>(newer);
+    return found != nullptr ? found : seal.find<platform::PropertyValue::Dictionary>(older);
 }
 
-std::optional<SealedResources> parseResources(const PropertyValue::Dictionary& files)
+std::optional<SealedResources> parseResources(const platform::PropertyValue::Dictionary& files)
 {
     SealedResources resources;
     for (const auto& [path, value] : files) {
@@ -190,7 +190,7 @@ private:
 bool resourcesMatchSeal(
     const BundleLayout& bundle, ByteView seal, const NestedCodeCheck& isIntactCode, SealBudget& budget)
 {
-    const auto list = readPropertyList(seal.text());
+    const auto list = platform::readPropertyList(seal.text());
     const auto* files = list ? newerOf(*list, "files2", "files") : nullptr;
     const auto* ruleList = list ? newerOf(*list, "rules2", "rules") : nullptr;
     if (files == nullptr || ruleList == nullptr)
@@ -201,4 +201,4 @@ bool resourcesMatchSeal(
         && Walk(bundle, std::move(*resources), *rules, isIntactCode, budget).everythingMatches();
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

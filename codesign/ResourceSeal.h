@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // What checking a bundle's resources may still cost, with everything nested in it.
 struct SealBudget {
@@ -28,4 +28,4 @@ using NestedCodeCheck = std::function<bool(const std::string& path, ByteView cod
 bool resourcesMatchSeal(
     const BundleLayout& bundle, ByteView seal, const NestedCodeCheck& isIntactCode, SealBudget& budget);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -28,7 +28,7 @@ std::unique_ptr<const RE2> compiled(std::string_view pattern)
     return expression->ok() ? std::move(expression) : nullptr;
 }
 
-double weightOf(const PropertyValue& rule)
+double weightOf(const platform::PropertyValue& rule)
 {
     if (const auto* weight = rule.find<double>("weight"))
         return *weight;
@@ -36,7 +36,7 @@ double weightOf(const PropertyValue& rule)
     return weight == nullptr ? 1 : static_cast<double>(*weight);
 }
 
-bool omits(const PropertyValue& rule)
+bool omits(const platform::PropertyValue& rule)
 {
     if (const auto* include = rule.as<bool>())
         return !*include;
@@ -46,7 +46,7 @@ bool omits(const PropertyValue& rule)
 
 } // namespace
 
-std::optional<SealRules> SealRules::parse(const PropertyValue::Dictionary& rules)
+std::optional<SealRules> SealRules::parse(const platform::PropertyValue::Dictionary& rules)
 {
     if (rules.size() > mostRules)
         return std::nullopt;
@@ -71,4 +71,4 @@ bool SealRules::mayBeUnsealed(std::string_view path) const
     return best == nullptr || best->omit;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -9,14 +9,14 @@
 
 #include <re2/re2.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The rules of a resource seal: which files of a bundle need not be sealed. Movable, immutable; any thread.
 class SealRules {
 public:
     // None when a rule's pattern is no POSIX extended expression or is longer than 1024, or there are more
     // rules than any bundle has.
-    static std::optional<SealRules> parse(const PropertyValue::Dictionary& rules);
+    static std::optional<SealRules> parse(const platform::PropertyValue::Dictionary& rules);
 
     // True when the rule with the most weight among those that match says so, or none matches. Takes a tenth
     // of a second at most for the longest path, whatever the patterns, and usually some microseconds.
@@ -31,4 +31,4 @@ private:
     std::vector<Rule> m_rules;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

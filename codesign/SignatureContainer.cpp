@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -61,4 +61,4 @@ std::optional<ByteView> SignatureContainer::blob(std::uint32_t slot) const
     return ByteView(m_bytes).part(found->offset, found->length);
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The kinds of blobs that a signature is made of.
 namespace signatureSlot {
@@ -52,4 +52,4 @@ private:
     std::vector<Entry> m_entries;
 };
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 std::vector<Certificate> certificatesOf(const CmsMessage& message)
 {
@@ -44,4 +44,4 @@ SignatureCheck checkSigner(const CmsSigner& signer, ByteView content, const Cert
     return certificate.verify(*signer.keyKind, *signer.hash, attributes, signer.signature);
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

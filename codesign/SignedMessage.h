@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The certificates of a message that can be read.
 std::vector<Certificate> certificatesOf(const CmsMessage& message);
@@ -22,4 +22,4 @@ std::optional<Certificate> certificateOf(
 // change.
 SignatureCheck checkSigner(const CmsSigner& signer, ByteView content, const Certificate& certificate);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -7,7 +7,7 @@
 
 #include <ctime>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -70,4 +70,4 @@ SignerVerdict checkCodeSigner(ByteView cms, const CodeDirectories& directories, 
     return verdict;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

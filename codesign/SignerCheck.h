@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 struct SignerVerdict {
     ValidityStatus status = status::cmsUnreadable;
@@ -21,4 +21,4 @@ struct SignerVerdict {
 // found.
 SignerVerdict checkCodeSigner(ByteView cms, const CodeDirectories& directories, const TrustAnchor& anchor);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

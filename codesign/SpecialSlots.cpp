@@ -1,6 +1,6 @@
 #include "codesign/SpecialSlots.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 bool matchesSpecialHash(const CodeDirectory& directory, std::uint32_t slot, ByteView data)
 {
@@ -30,4 +30,4 @@ ValidityStatus verifySpecialSlots(const CodeDirectory& directory, const Signatur
     return status::valid;
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // Compares what lies beside the code with the special hashes of `directory`: the Info.plist and the blobs of
 // the container (requirements, entitlements, launch constraints). The resource seal is a check of its own.
@@ -15,4 +15,4 @@ ValidityStatus verifySpecialSlots(const CodeDirectory& directory, const Signatur
 // True when `data` has the hash that `directory` stores for the slot.
 bool matchesSpecialHash(const CodeDirectory& directory, std::uint32_t slot, ByteView data);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

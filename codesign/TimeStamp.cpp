@@ -8,7 +8,7 @@
 
 #include <openssl/asn1.h>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -93,4 +93,4 @@ std::optional<TimeStamp> checkTimeStamp(
     return token ? judge(*token, signer, certificates, anchor) : TimeStamp{};
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

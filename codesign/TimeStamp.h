@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 struct TimeStamp {
     ValidityStatus status = status::timeStampBroken;
@@ -21,4 +21,4 @@ struct TimeStamp {
 std::optional<TimeStamp> checkTimeStamp(
     const CmsSigner& signer, const std::vector<Certificate>& certificates, const TrustAnchor& anchor);
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -1,6 +1,6 @@
 #include "codesign/TrustAnchor.h"
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 TrustAnchor platformRoot()
 {
@@ -8,4 +8,4 @@ TrustAnchor platformRoot()
         0xda, 0x6b, 0xca, 0xed, 0x7e, 0x2c, 0x68, 0xc5, 0xbe, 0x91, 0xb5, 0xa1, 0x10, 0x01, 0xf0, 0x24}};
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The one certificate that is trusted by itself, recognised by the SHA-256 of its encoding and never by its
 // name.
@@ -20,4 +20,4 @@ struct TrustAnchor {
 // The platform vendor's root certificate, valid from 2006 to 2035. Every genuine signature brings it along.
 TrustAnchor platformRoot();
 
-} // namespace quorvane
+} // namespace quorvane::codesign

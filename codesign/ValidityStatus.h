@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 // The answer of a validity check: 0 or one of the platform's error numbers.
 using ValidityStatus = std::int32_t;
@@ -34,4 +34,4 @@ inline constexpr std::uint32_t strict = 0x10;
 inline constexpr std::uint32_t revocation = 0x40000000;
 } // namespace validityFlag
 
-} // namespace quorvane
+} // namespace quorvane::codesign

@@ -11,14 +11,15 @@ using namespace quorvane;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto [before, after] = fuzzedTexts<2>({reinterpret_cast<const char*>(data), size});
-    if (!isValidUtf8(before) || !isValidUtf8(after))
+    const auto [before, after] = fuzz::fuzzedTexts<2>({reinterpret_cast<const char*>(data), size});
+    if (!platform::isValidUtf8(before) || !platform::isValidUtf8(after))
         return 0;
-    const RulesDifference difference = fileDifference(before, after);
-    const RulesDifference expected = rulesDifference(rulesOfText(before), rulesOfText(after));
-    require(difference.added.size() == expected.added.size());
-    require(difference.removed.size() == expected.removed.size());
-    require(difference.changed.size() == expected.changed.size());
-    require(fileDifference(after, after).isEmpty());
+    const rules::RulesDifference difference = rules::fileDifference(before, after);
+    const rules::RulesDifference expected
+        = rulesDifference(rules::rulesOfText(before), rules::rulesOfText(after));
+    fuzz::require(difference.added.size() == expected.added.size());
+    fuzz::require(difference.removed.size() == expected.removed.size());
+    fuzz::require(difference.changed.size() == expected.changed.size());
+    fuzz::require(rules::fileDifference(after, after).isEmpty());
     return 0;
 }

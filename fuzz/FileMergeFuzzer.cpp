@@ -17,27 +17,27 @@ namespace {
 
 using namespace quorvane;
 
-bool holds(const std::vector<RuleValue>& rules, const RuleValue& rule)
+bool holds(const std::vector<rules::RuleValue>& rules, const rules::RuleValue& rule)
 {
     return std::any_of(
-        rules.begin(), rules.end(), [&](const RuleValue& other) { return isEqualRule(rule, other); });
+        rules.begin(), rules.end(), [&](const rules::RuleValue& other) { return isEqualRule(rule, other); });
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto [base, ours, theirs] = fuzzedTexts<3>({reinterpret_cast<const char*>(data), size});
-    if (!isValidUtf8(base) || !isValidUtf8(ours) || !isValidUtf8(theirs))
+    const auto [base, ours, theirs] = fuzz::fuzzedTexts<3>({reinterpret_cast<const char*>(data), size});
+    if (!platform::isValidUtf8(base) || !platform::isValidUtf8(ours) || !platform::isValidUtf8(theirs))
         return 0;
-    const FileMergeResult merged = mergeFiles(base, ours, theirs);
-    require(isValidUtf8(merged.text) && merged.text.find('\0') == std::string::npos);
-    const std::vector<RuleValue> oursRules = rulesOfText(ours);
-    const std::vector<RuleValue> theirsRules = rulesOfText(theirs);
-    for (const RuleValue& rule : rulesOfText(merged.text))
-        require(holds(oursRules, rule) || holds(theirsRules, rule));
-    require(mergeFiles(merged.text, merged.text, merged.text).text == merged.text);
-    require(mergeFiles(base, ours, base).text == ours);
-    require(mergeFiles(base, ours, ours).text == ours);
+    const rules::FileMergeResult merged = rules::mergeFiles(base, ours, theirs);
+    fuzz::require(platform::isValidUtf8(merged.text) && merged.text.find('\0') == std::string::npos);
+    const std::vector<rules::RuleValue> oursRules = rules::rulesOfText(ours);
+    const std::vector<rules::RuleValue> theirsRules = rules::rulesOfText(theirs);
+    for (const rules::RuleValue& rule : rules::rulesOfText(merged.text))
+        fuzz::require(holds(oursRules, rule) || holds(theirsRules, rule));
+    fuzz::require(rules::mergeFiles(merged.text, merged.text, merged.text).text == merged.text);
+    fuzz::require(rules::mergeFiles(base, ours, base).text == ours);
+    fuzz::require(rules::mergeFiles(base, ours, ours).text == ours);
     return 0;
 }

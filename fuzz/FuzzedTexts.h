@@ -8,7 +8,7 @@
 
 // What fuzzers of several texts share.
 
-namespace quorvane {
+namespace quorvane::fuzz {
 
 // Ends the fuzzer, which so reports its input, unless the condition holds.
 inline void require(bool condition)
@@ -28,4 +28,4 @@ template <std::size_t count> std::array<std::string_view, count> fuzzedTexts(std
     return texts;
 }
 
-} // namespace quorvane
+} // namespace quorvane::fuzz

@@ -55,7 +55,7 @@ public:
         fs::create_directories(fs::path(rulesFile()).parent_path());
         write(rulesFile(), rules());
         const auto made = journal();
-        NewVersion version{.program = "fuzz", .action = "Add Rule", .bytes = rules()};
+        history::NewVersion version{.program = "fuzz", .action = "Add Rule", .bytes = rules()};
         made->record(version);
         const std::string second = rules() + lineOf("/second");
         version.bytes = second;
@@ -75,11 +75,14 @@ public:
     }
 
     std::string rulesFile() const { return m_locations.userRulesFile(); }
-    const Locations& locations() const { return m_locations; }
+    const platform::Locations& locations() const { return m_locations; }
     std::string stateFolder() const { return m_folder + "/state"; }
     const std::string& database() const { return m_database; }
-    std::unique_ptr<Journal> journal() { return Journal::open(stateFolder(), rulesFile(), {}, m_log); }
-    Log& log() { return m_log; }
+    std::unique_ptr<history::Journal> journal()
+    {
+        return history::Journal::open(stateFolder(), rulesFile(), {}, m_log);
+    }
+    platform::Log& log() { return m_log; }
 
     void reset(std::string_view marker, std::string_view database)
     {
@@ -92,9 +95,9 @@ public:
 
 private:
     const std::string m_folder;
-    const Locations m_locations;
-    const JournalPlace m_place;
-    Log m_log{{}};
+    const platform::Locations m_locations;
+    const history::JournalPlace m_place;
+    platform::Log m_log{{}};
     std::string m_database;
 };
 
@@ -113,9 +116,9 @@ std::string damaged(std::string database, std::string_view damage)
 void readEverything(User& user)
 {
     const auto journal = user.journal();
-    for (const JournalVersion& version : journal->versions()) {
+    for (const history::JournalVersion& version : journal->versions()) {
         const auto bytes = journal->bytesOf(version.number);
-        require(!bytes || bytes->size() == version.bytes);
+        fuzz::require(!bytes || bytes->size() == version.bytes);
         journal->meantOf(version.number);
     }
     journal->newest();
@@ -127,21 +130,23 @@ void readEverything(User& user)
 void requireRules(const User& user)
 {
     const std::string text = contents(user.rulesFile());
-    require(text.find("\"/kept/1\"") != std::string::npos && text.find("\"/kept/2\"") != std::string::npos);
+    fuzz::require(
+        text.find("\"/kept/1\"") != std::string::npos && text.find("\"/kept/2\"") != std::string::npos);
 }
 
 void changeRules(User& user)
 {
-    const auto store = RuleManager::initWithCurrentUserConfiguration(user.locations(), user.log());
-    RunState run;
-    RulesDocument document(*store, run, {.program = "fuzz", .stateFolder = user.stateFolder()}, user.log());
+    const auto store = rules::RuleManager::initWithCurrentUserConfiguration(user.locations(), user.log());
+    workflow::RunState run;
+    workflow::RulesDocument document(
+        *store, run, {.program = "fuzz", .stateFolder = user.stateFolder()}, user.log());
     document.recover();
     requireRules(user);
-    const auto rule = std::make_shared<PolicyRule>(
-        PolicyRuleFields{.path = "/added", .processName = "any", .operations = 1});
-    require(!document.perform(additionOf(rule), {"Add Rule"}).failure);
+    const auto rule = std::make_shared<rules::PolicyRule>(
+        rules::PolicyRuleFields{.path = "/added", .processName = "any", .operations = 1});
+    fuzz::require(!document.perform(workflow::additionOf(rule), {"Add Rule"}).failure);
     requireRules(user);
-    require(contents(user.rulesFile()).find("\"/added\"") != std::string::npos);
+    fuzz::require(contents(user.rulesFile()).find("\"/added\"") != std::string::npos);
     document.undo();
     requireRules(user);
 }

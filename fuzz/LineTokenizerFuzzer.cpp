@@ -46,7 +46,7 @@ std::vector<std::string> tokensStepByStep(std::string_view line)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view line(reinterpret_cast<const char*>(data), size);
-    if (quorvane::scanString(line) != tokensStepByStep(line))
+    if (quorvane::rules::scanString(line) != tokensStepByStep(line))
         std::abort();
     return 0;
 }

@@ -12,67 +12,68 @@
 namespace {
 
 using namespace quorvane;
-using namespace quorvane::test;
 
-void write(const std::filesystem::path& path, const Bytes& bytes)
+void write(const std::filesystem::path& path, const codesign::Bytes& bytes)
 {
     std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << ByteView(bytes).text();
+    std::ofstream(path, std::ios::binary) << codesign::ByteView(bytes).text();
 }
 
 // Small enough for a fuzzer: without the padding at the end.
-Bytes trimmed(Bytes program)
+codesign::Bytes trimmed(codesign::Bytes program)
 {
     while (!program.empty() && program.back() == 0)
         program.pop_back();
     return program;
 }
 
-SignaturePlan fullSignature()
+test::SignaturePlan fullSignature()
 {
-    CmsPlan cms;
-    cms.stamp = StampPlan{
-        testAuthority().timeStamper, {testAuthority().timeStamper}, "20230601120000Z", std::nullopt};
-    SignaturePlan plan = signedPlan(cms);
+    test::CmsPlan cms;
+    cms.stamp = test::StampPlan{test::testAuthority().timeStamper, {test::testAuthority().timeStamper},
+        "20230601120000Z", std::nullopt};
+    test::SignaturePlan plan = signedPlan(cms);
     plan.directories.push_back(plan.directories.front());
     plan.directories.front().hashType = 1;
-    plan.blobs[2] = makeBlob(0xfade0c01, Bytes(4));
-    plan.blobs[5] = makeBlob(0xfade7171, bytesOf("<plist/>"));
+    plan.blobs[2] = test::makeBlob(0xfade0c01, codesign::Bytes(4));
+    plan.blobs[5] = test::makeBlob(0xfade7171, test::bytesOf("<plist/>"));
     return plan;
 }
 
 void writePrograms(const std::filesystem::path& folder)
 {
-    ProgramPlan big;
+    test::ProgramPlan big;
     big.is64Bit = false;
-    big.order = ByteOrder::big;
-    ProgramPlan full;
+    big.order = codesign::ByteOrder::big;
+    test::ProgramPlan full;
     full.signature = fullSignature();
-    ProgramPlan withInfo;
-    withInfo.infoPlistSection = bytesOf("<plist><dict/></plist>");
+    test::ProgramPlan withInfo;
+    withInfo.infoPlistSection = test::bytesOf("<plist><dict/></plist>");
     withInfo.signature->infoPlist = withInfo.infoPlistSection;
-    write(folder / "unsigned", trimmed(makeUnsignedProgram()));
-    write(folder / "adhoc", trimmed(makeProgram()));
+    write(folder / "unsigned", trimmed(test::makeUnsignedProgram()));
+    write(folder / "adhoc", trimmed(test::makeProgram()));
     write(folder / "adhoc-32-big", trimmed(makeProgram(big)));
     write(folder / "info-plist", trimmed(makeProgram(withInfo)));
     write(folder / "signed", trimmed(makeProgram(full)));
     write(folder / "universal",
-        trimmed(makeUniversal({{x86_64, trimmed(makeUnsignedProgram())}, {arm64, trimmed(makeProgram())}})));
-    write(folder / "universal-wide", trimmed(makeUniversal({{powerPc, trimmed(makeProgram(big))}}, true)));
+        trimmed(test::makeUniversal({{test::x86_64, trimmed(test::makeUnsignedProgram())},
+            {test::arm64, trimmed(test::makeProgram())}})));
+    write(folder / "universal-wide",
+        trimmed(test::makeUniversal({{test::powerPc, trimmed(makeProgram(big))}}, true)));
 }
 
 void writeSignatures(const std::filesystem::path& folder)
 {
-    const Bytes code(5000, 0x90);
-    SignaturePlan definite = signedPlan([] {
-        CmsPlan cms;
+    const codesign::Bytes code(5000, 0x90);
+    test::SignaturePlan definite = signedPlan([] {
+        test::CmsPlan cms;
         cms.indefiniteLengths = false;
         return cms;
     }());
-    SignaturePlan hashes;
+    test::SignaturePlan hashes;
     hashes.directories.front().hashType = 4;
     hashes.directories.front().version = 0x20600;
-    write(folder / "adhoc", makeSignature({}, code));
+    write(folder / "adhoc", test::makeSignature({}, code));
     write(folder / "full", makeSignature(fullSignature(), code));
     write(folder / "definite", makeSignature(definite, code));
     write(folder / "sha384", makeSignature(hashes, code));
@@ -81,21 +82,22 @@ void writeSignatures(const std::filesystem::path& folder)
 void writeLists(const std::filesystem::path& folder)
 {
     write(folder / "info.xml",
-        bytesOf("<?xml version=\"1.0\"?><!DOCTYPE plist SYSTEM \"x\"><plist version=\"1.0\"><dict>"
-                "<key>CFBundleExecutable</key><string>a&amp;b&#65;<![CDATA[x]]></string></dict></plist>"));
+        test::bytesOf(
+            "<?xml version=\"1.0\"?><!DOCTYPE plist SYSTEM \"x\"><plist version=\"1.0\"><dict>"
+            "<key>CFBundleExecutable</key><string>a&amp;b&#65;<![CDATA[x]]></string></dict></plist>"));
     write(folder / "rules.xml",
-        bytesOf(
+        test::bytesOf(
             "<dict><key>^(.*/)?\\.DS_Store$</key><dict><key>omit</key><true/><key>weight</key><real>20</real>"
             "</dict><key>^[^/]+$</key><true/><key>d</key><data>YWJj</data></dict>"));
-    Bytes binary = bytesOf("bplist00");
-    append(binary, Bytes{0xd1, 1, 2, 0x5f, 0x10, 18});
-    append(binary, "CFBundleExecutable");
-    append(binary, Bytes{0x52, 'a', 'b', 8, 11, 32});
-    Bytes trailer(32);
+    codesign::Bytes binary = test::bytesOf("bplist00");
+    test::append(binary, codesign::Bytes{0xd1, 1, 2, 0x5f, 0x10, 18});
+    test::append(binary, "CFBundleExecutable");
+    test::append(binary, codesign::Bytes{0x52, 'a', 'b', 8, 11, 32});
+    codesign::Bytes trailer(32);
     trailer[6] = trailer[7] = 1;
     trailer[15] = 3;
     trailer[31] = 35;
-    append(binary, trailer);
+    test::append(binary, trailer);
     write(folder / "info.binary", binary);
 }
 

@@ -12,13 +12,13 @@ namespace {
 using namespace quorvane;
 
 // What was written reads back as it was: written once more it gives the same bytes.
-template <class Write> void readBack(const PropertyValue& list, const Write& write)
+template <class Write> void readBack(const platform::PropertyValue& list, const Write& write)
 {
-    const auto bytes = write(list, largestPropertyList);
+    const auto bytes = write(list, platform::largestPropertyList);
     if (!bytes)
         return;
-    const auto again = readPropertyList(*bytes);
-    if (!again || write(*again, largestPropertyList) != bytes)
+    const auto again = platform::readPropertyList(*bytes);
+    if (!again || write(*again, platform::largestPropertyList) != bytes)
         std::abort();
 }
 
@@ -27,11 +27,11 @@ template <class Write> void readBack(const PropertyValue& list, const Write& wri
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    if (const auto value = readPropertyList(bytes)) {
-        readBack(*value, xmlPropertyList);
-        readBack(*value, binaryPropertyList);
+    if (const auto value = platform::readPropertyList(bytes)) {
+        readBack(*value, platform::xmlPropertyList);
+        readBack(*value, platform::binaryPropertyList);
     }
-    if (const auto list = PropertyList::parse(bytes)) {
+    if (const auto list = platform::PropertyList::parse(bytes)) {
         list->description();
         for (const char* key : {"a", "access.user.create", "policy.global.paranoid"}) {
             list->boolForKey(key);

@@ -29,20 +29,21 @@ std::string folder()
     return made;
 }
 
-void askEverything(RuleManager& store)
+void askEverything(rules::RuleManager& store)
 {
-    store.sortIndexUsingDescriptors({{SortKey::path, false}, {SortKey::tag, true}, {SortKey::created, true}});
+    store.sortIndexUsingDescriptors(
+        {{rules::SortKey::path, false}, {rules::SortKey::tag, true}, {rules::SortKey::created, true}});
     store.applyFilterWithString("a");
     store.applyFilterWithString("");
-    for (const PolicyRulePtr& rule : store.policyRules()) {
-        const PolicyRule* covering = store.coveringRule(*rule);
+    for (const rules::PolicyRulePtr& rule : store.policyRules()) {
+        const rules::PolicyRule* covering = store.coveringRule(*rule);
         if (covering != nullptr && (covering == rule.get() || !coversRule(*covering, *rule)))
             std::abort();
     }
 }
 
 // Of a store whose rules all read back, the copy written and read again is the same.
-void checkRoundTrip(RuleManager& store, const Locations& locations, Log& log)
+void checkRoundTrip(rules::RuleManager& store, const platform::Locations& locations, platform::Log& log)
 {
     std::string written;
     for (std::size_t row = 0; row < store.totalRules(true); ++row) {
@@ -54,12 +55,12 @@ void checkRoundTrip(RuleManager& store, const Locations& locations, Log& log)
             return;
     }
     const std::string file = folder() + "/written.rc";
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
     for (std::size_t row = 0; row < store.totalRules(true); ++row)
         rules.push_back(store.ruleAtIndex(row, true));
     store.writeToFile(file, rules);
-    const auto copy = RuleManager::initWithContentsOfFile(file, false, locations, log);
-    copy->sortIndexUsingDescriptors({{SortKey::sequence, true}});
+    const auto copy = rules::RuleManager::initWithContentsOfFile(file, false, locations, log);
+    copy->sortIndexUsingDescriptors({{rules::SortKey::sequence, true}});
     std::string again;
     for (std::size_t row = 0; row < copy->totalRules(true); ++row)
         again += askRule(
@@ -72,17 +73,17 @@ void checkRoundTrip(RuleManager& store, const Locations& locations, Log& log)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static Log log({});
-    const Locations locations(folder(), "fuzz");
+    static platform::Log log({});
+    const platform::Locations locations(folder(), "fuzz");
     for (const std::string& file :
         {locations.userRulesFile(), locations.failSafeFile(), locations.mainSystemRulesFile()}) {
         std::ofstream(file, std::ios::binary)
             .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
         const bool system = file == locations.mainSystemRulesFile();
-        const auto store = RuleManager::initWithContentsOfFile(file, system, locations, log);
+        const auto store = rules::RuleManager::initWithContentsOfFile(file, system, locations, log);
         askEverything(*store);
         if (file == locations.userRulesFile()) {
-            store->sortIndexUsingDescriptors({{SortKey::sequence, true}});
+            store->sortIndexUsingDescriptors({{rules::SortKey::sequence, true}});
             checkRoundTrip(*store, locations, log);
         }
         std::filesystem::remove(file);

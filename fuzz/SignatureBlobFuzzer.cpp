@@ -16,16 +16,16 @@ namespace {
 using namespace quorvane;
 
 // What stands behind the signature is reached without forging it.
-void lookBehindTheSignature(ByteView cms, const CodeDirectories& directories)
+void lookBehindTheSignature(codesign::ByteView cms, const codesign::CodeDirectories& directories)
 {
     const auto message = parseCms(cms);
     if (!message || !message->signer)
         return;
     hashListsMatch(*message->signer, directories);
-    checkTimeStamp(*message->signer, certificatesOf(*message), platformRoot());
+    checkTimeStamp(*message->signer, certificatesOf(*message), codesign::platformRoot());
 }
 
-void lookAtDirectory(const CodeDirectory& directory)
+void lookAtDirectory(const codesign::CodeDirectory& directory)
 {
     for (std::uint32_t page = 0; page < directory.pageCount() && page < 64; ++page)
         directory.pageHash(page);
@@ -41,20 +41,21 @@ void lookAtDirectory(const CodeDirectory& directory)
 // it is the one in the corpus, which none is.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto container = SignatureContainer::parse(Bytes(data, data + size));
+    const auto container = codesign::SignatureContainer::parse(codesign::Bytes(data, data + size));
     if (!container)
         return 0;
-    const CodeDirectories directories = loadCodeDirectories(*container);
-    if (directories.status != status::valid)
+    const codesign::CodeDirectories directories = loadCodeDirectories(*container);
+    if (directories.status != codesign::status::valid)
         return 0;
-    for (const CodeDirectory& directory : directories.all)
+    for (const codesign::CodeDirectory& directory : directories.all)
         lookAtDirectory(directory);
     verifySpecialSlots(directories.strongest(), *container, std::nullopt);
-    if (const auto blob = container->blob(signatureSlot::cms)) {
-        const SignerVerdict verdict = checkCodeSigner(blob->from(8), directories, platformRoot());
-        if ((verdict.status == status::valid) == verdict.chain.empty())
+    if (const auto blob = container->blob(codesign::signatureSlot::cms)) {
+        const codesign::SignerVerdict verdict
+            = checkCodeSigner(blob->from(8), directories, codesign::platformRoot());
+        if ((verdict.status == codesign::status::valid) == verdict.chain.empty())
             std::abort();
-        if (!verdict.chain.empty() && platformRoot().is(verdict.chain.back()))
+        if (!verdict.chain.empty() && codesign::platformRoot().is(verdict.chain.back()))
             std::abort();
         lookBehindTheSignature(blob->from(8), directories);
     }

@@ -16,18 +16,18 @@ using namespace quorvane;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    if (!isValidUtf8(text) || text.find('\0') != std::string_view::npos)
+    if (!platform::isValidUtf8(text) || text.find('\0') != std::string_view::npos)
         return 0;
-    const WantedRules wanted = readWantedRules(text);
-    require(!wanted.problem || wanted.rules.empty());
+    const cli::WantedRules wanted = cli::readWantedRules(text);
+    fuzz::require(!wanted.problem || wanted.rules.empty());
     std::string printed;
-    for (const WantedRule& rule : wanted.rules)
-        printed += jsonLine(propertiesJson(rule.rule));
-    const WantedRules again = readWantedRules(printed);
-    require(!again.problem && again.rules.size() == wanted.rules.size());
+    for (const workflow::WantedRule& rule : wanted.rules)
+        printed += cli::jsonLine(cli::propertiesJson(rule.rule));
+    const cli::WantedRules again = cli::readWantedRules(printed);
+    fuzz::require(!again.problem && again.rules.size() == wanted.rules.size());
     for (std::size_t i = 0; i < wanted.rules.size(); ++i) {
-        require(isEqualRule(again.rules[i].rule, wanted.rules[i].rule));
-        require(hasSameMarks(again.rules[i].rule, wanted.rules[i].rule));
+        fuzz::require(isEqualRule(again.rules[i].rule, wanted.rules[i].rule));
+        fuzz::require(hasSameMarks(again.rules[i].rule, wanted.rules[i].rule));
     }
     return 0;
 }

@@ -5,7 +5,7 @@
 
 #include <openssl/evp.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 std::string contentDigest(std::string_view bytes)
 {
@@ -22,4 +22,4 @@ std::string contentDigest(std::string_view bytes)
     return text;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

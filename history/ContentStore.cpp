@@ -8,7 +8,7 @@
 #include <numeric>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -179,4 +179,4 @@ std::set<std::int64_t> ContentStore::unreadable()
     return unreadable;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // The packed contents of versions, in the table `content` of a journal.
 //
@@ -79,4 +79,4 @@ private:
     Database& m_database;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

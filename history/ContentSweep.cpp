@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -196,4 +196,4 @@ void sweepContents(Database& database, SweepCost cost)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

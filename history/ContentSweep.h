@@ -1,6 +1,6 @@
 #pragma once
 
-namespace quorvane {
+namespace quorvane::history {
 
 class Database;
 
@@ -13,4 +13,4 @@ enum class SweepCost { inPassing, whateverItTakes };
 // Throws as ContentStore does; to be called inside a transaction.
 void sweepContents(Database& database, SweepCost cost);
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -2,7 +2,7 @@
 
 #include <sqlite3.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -208,4 +208,4 @@ void Transaction::commit()
     m_isOpen = false;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -9,7 +9,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace quorvane {
+namespace quorvane::history {
 
 // What went wrong in a data base. The only exception of this folder; it never leaves a Journal.
 class DatabaseError : public std::runtime_error {
@@ -123,4 +123,4 @@ private:
     bool m_isOpen = true;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // Bytes that another object owns, which must outlive this, with their digest. To digest a large file takes as
 // long as to read it, so it is done here, once. Immutable; any thread.
@@ -32,4 +32,4 @@ private:
     std::string m_digest;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

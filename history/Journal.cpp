@@ -17,7 +17,7 @@
 #include <new>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -65,13 +65,13 @@ void createTables(Database& database, const std::string& watchedFile)
 
 } // namespace
 
-std::unique_ptr<Journal> Journal::open(
-    const std::string& stateFolder, const std::string& watchedFile, const JournalLimits& limits, Log& log)
+std::unique_ptr<Journal> Journal::open(const std::string& stateFolder, const std::string& watchedFile,
+    const JournalLimits& limits, platform::Log& log)
 {
     return std::unique_ptr<Journal>(new Journal(JournalPlace(stateFolder, watchedFile), limits, log));
 }
 
-Journal::Journal(JournalPlace place, const JournalLimits& limits, Log& log)
+Journal::Journal(JournalPlace place, const JournalLimits& limits, platform::Log& log)
     : m_place(std::move(place))
     , m_limits(limits)
     , m_log(log)
@@ -413,4 +413,4 @@ std::uint64_t Journal::sizeOnDisk() const
     return m_place.sizeOnDisk();
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

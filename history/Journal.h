@@ -10,11 +10,14 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
+class Log;
+}
+
+namespace quorvane::history {
 
 class Database;
 class DatabaseError;
-class Log;
 
 // The versions of one file, kept durably and shared by all programs of a user.
 //
@@ -31,7 +34,7 @@ public:
     // `stateFolder`: where journals are, as defaultStateFolder() has it. `watchedFile` need not exist; it is
     // known by its real path. Never null.
     static std::unique_ptr<Journal> open(const std::string& stateFolder, const std::string& watchedFile,
-        const JournalLimits& limits, Log& log);
+        const JournalLimits& limits, platform::Log& log);
 
     // Whether a version of `watchedFile` may be under way. Asks for a small file beside the journal, opens
     // none.
@@ -99,7 +102,7 @@ public:
 private:
     enum class Access { read, write };
 
-    Journal(JournalPlace place, const JournalLimits& limits, Log& log);
+    Journal(JournalPlace place, const JournalLimits& limits, platform::Log& log);
 
     // Runs `work(database)` and gives its answer. Failures become the problem and an empty answer. When the
     // journal is found damaged or replaced by another process, `work` runs again, on the one that is there
@@ -118,11 +121,11 @@ private:
 
     const JournalPlace m_place;
     const JournalLimits m_limits;
-    Log& m_log;
+    platform::Log& m_log;
     std::unique_ptr<Database> m_database;
     std::uint64_t m_identity = 0; // of the data base file
     std::optional<std::string> m_problem;
     std::optional<std::string> m_notice;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

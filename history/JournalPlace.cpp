@@ -21,7 +21,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -62,7 +62,7 @@ std::optional<struct stat> statusOfNearest(std::filesystem::path path)
 
 bool syncFolder(const std::string& path)
 {
-    const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const platform::FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return folder && fsync(folder.get()) == 0;
 }
 
@@ -78,11 +78,11 @@ bool makeFolders(const std::filesystem::path& folder)
 bool makeFile(const std::string& path, std::string_view contents = {})
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const FileDescriptor file(open(path.c_str(), flags, fileForOwnerOnly));
+    const platform::FileDescriptor file(open(path.c_str(), flags, fileForOwnerOnly));
     if (!file)
         return errno == EEXIST;
     std::error_code error;
-    return writeFully(file.get(), contents, error) == contents.size() && fsync(file.get()) == 0;
+    return platform::writeFully(file.get(), contents, error) == contents.size() && fsync(file.get()) == 0;
 }
 
 const std::string noDigest(64, '-');
@@ -94,7 +94,7 @@ std::string defaultStateFolder()
     // Relative paths are to be ignored there.
     if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/')
         return std::string(state) + "/quorvane";
-    const std::string home = homeDirectory();
+    const std::string home = platform::homeDirectory();
     return home.empty() ? "" : home + "/.local/state/quorvane";
 }
 
@@ -166,13 +166,14 @@ bool JournalPlace::makeMarker() const
 bool JournalPlace::noteLeft(const std::string& digest) const
 {
     std::error_code error;
-    const FileDescriptor file = openRegularFile(markerFile(), O_WRONLY | O_NOFOLLOW, error);
-    return file && writeFully(file.get(), digest, error) == digest.size() && fsync(file.get()) == 0;
+    const platform::FileDescriptor file
+        = platform::openRegularFile(markerFile(), O_WRONLY | O_NOFOLLOW, error);
+    return file && platform::writeFully(file.get(), digest, error) == digest.size() && fsync(file.get()) == 0;
 }
 
 std::string JournalPlace::left() const
 {
-    const std::string noted = readSmallFile(markerFile(), noDigest.size()).value_or(std::string());
+    const std::string noted = platform::readSmallFile(markerFile(), noDigest.size()).value_or(std::string());
     return noted == noDigest ? std::string() : noted;
 }
 
@@ -190,7 +191,7 @@ std::optional<std::uint64_t> JournalPlace::databaseIdentity() const
 std::optional<std::string> JournalPlace::setAside(std::uint64_t identity) const
 {
     // Only one process at a time, lest the second one takes the new data base for the damaged one.
-    const FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const platform::FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder || flock(folder.get(), LOCK_EX | LOCK_NB) != 0 || databaseIdentity() != identity)
         return std::nullopt;
     constexpr int mostNames = 9;
@@ -218,4 +219,4 @@ std::uint64_t JournalPlace::sizeOnDisk() const
     return size;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

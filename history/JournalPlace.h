@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // Where programs keep their state: "quorvane" in $XDG_STATE_HOME, else in ~/.local/state. Empty when there is
 // no home folder either.
@@ -62,4 +62,4 @@ private:
     std::string m_base; // path of all files of this journal, without their endings
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // Who made a version: an action of a program of ours, such an action undone or done again, or another
 // program.
@@ -62,4 +62,4 @@ struct JournalLimits {
     std::uint64_t bytes = std::uint64_t{1} << 30U;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

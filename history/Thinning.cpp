@@ -4,7 +4,7 @@
 #include <limits>
 #include <set>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versi
     return expired;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::history {
 
 struct DatedVersion {
     std::int64_t number = 0;
@@ -17,4 +17,4 @@ struct DatedVersion {
 // it as old as these. Any thread.
 std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versions, std::uint32_t days);
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -45,4 +45,4 @@ UndoOrder undoOrder(const std::vector<JournalVersion>& versions)
     return {last(done), last(undone)};
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // Which actions can be taken back and done again.
 struct UndoOrder {
@@ -17,4 +17,4 @@ struct UndoOrder {
 // From all versions, oldest first. Versions of other programs change nothing. Any thread.
 UndoOrder undoOrder(const std::vector<JournalVersion>& versions);
 
-} // namespace quorvane
+} // namespace quorvane::history

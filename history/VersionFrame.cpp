@@ -9,7 +9,7 @@
 
 #include <zstd.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -167,4 +167,4 @@ std::optional<std::string> unpackedFrame(std::string_view frame, std::string_vie
     return contents;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // The largest contents that are packed; a frame of them fits into one value of the data base.
 constexpr std::size_t largestContents = 900'000'000; // bytes
@@ -23,4 +23,4 @@ std::string packedFrame(std::string_view contents, std::string_view prefix);
 // in a frame, may give other contents. Any thread.
 std::optional<std::string> unpackedFrame(std::string_view frame, std::string_view prefix, std::size_t size);
 
-} // namespace quorvane
+} // namespace quorvane::history

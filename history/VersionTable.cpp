@@ -1,6 +1,6 @@
 #include "history/VersionTable.h"
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -171,4 +171,4 @@ void VersionTable::forget(const std::vector<std::int64_t>& numbers)
             .run();
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -9,7 +9,7 @@
 #include <set>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::history {
 
 // The versions of a journal, in its table `version`. Operations throw DatabaseError; they are to be called
 // inside a transaction.
@@ -61,4 +61,4 @@ private:
     Database& m_database;
 };
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -10,7 +10,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -93,4 +93,4 @@ bool isMemberOfGroup(const std::string& group)
     return std::find(groups.begin(), groups.end(), *number) != groups.end();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

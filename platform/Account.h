@@ -4,7 +4,7 @@
 
 // The account of the person the program runs for. Safe from any thread.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The login name of the real user id; its digits when the account data base has no such user.
 std::string loginName();
@@ -16,4 +16,4 @@ std::string homeDirectory();
 // is no such group or no such account.
 bool isMemberOfGroup(const std::string& group);
 
-} // namespace quorvane
+} // namespace quorvane::platform

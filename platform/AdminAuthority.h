@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Tells whether the person at the keyboard is an administrator, and has them prove it.
 //
@@ -27,4 +27,4 @@ public:
     virtual bool verifyPassword(const std::string& reason) = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // How a person wants windows to look.
 struct Appearance {
@@ -10,4 +10,4 @@ struct Appearance {
     friend bool operator==(const Appearance&, const Appearance&) = default;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

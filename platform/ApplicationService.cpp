@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -69,4 +69,4 @@ void ApplicationService::ActivateAction(
     Q_EMIT actionWasChosen(action);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The program as the session bus knows it. The bus starts it when the desktop asks for it, and hands on
 // whatever the desktop asks then and later: to show its window, to open files, to do an action of the desktop
@@ -41,4 +41,4 @@ public Q_SLOTS:
         const QString& action, const QVariantList& parameter, const QVariantMap& platformData);
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

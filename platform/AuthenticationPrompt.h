@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 enum class Awaited {
     finger,
@@ -26,4 +26,4 @@ public:
     virtual void withdraw() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -14,7 +14,7 @@
 // object, and, eight bytes each, the number of objects, the number of the root and the place of the table.
 // All numbers are big-endian.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -268,4 +268,4 @@ std::optional<PropertyValue> readBinaryPropertyList(std::string_view bytes)
     return reader ? reader->root() : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

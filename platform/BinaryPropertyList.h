@@ -5,11 +5,11 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 bool isBinaryPropertyList(std::string_view bytes);
 
 // Reads the binary form. For readPropertyList(), which says more.
 std::optional<PropertyValue> readBinaryPropertyList(std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::platform

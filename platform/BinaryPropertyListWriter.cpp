@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -228,4 +228,4 @@ std::optional<std::string> binaryPropertyList(const PropertyValue& root, std::si
     return BinaryWriter(largest).list(root);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

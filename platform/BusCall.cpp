@@ -8,7 +8,7 @@
 #include <QThread>
 #include <QTimer>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -71,4 +71,4 @@ QDBusConnection BusConnection::bus() const
     return QDBusConnection(m_connected ? m_name : QString());
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

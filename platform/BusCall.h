@@ -13,7 +13,7 @@ class QEventLoop;
 // Calls over D-Bus that wait for their answer without holding up the windows: in a local event loop, in which
 // windows are painted but take no input. User interface thread only.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // For calls that a person answers.
 constexpr std::chrono::milliseconds forever{std::numeric_limits<int>::max()};
@@ -43,4 +43,4 @@ private:
     bool m_connected = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -8,7 +8,7 @@
 
 #include <xcb/xcb.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -46,4 +46,4 @@ bool isDesktopComposited()
     return QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -75,4 +75,4 @@ void DesktopAppearance::take(const QString& key, const QVariant& value)
     Q_EMIT changed(appearance);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 
 class QDBusMessage;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The look that the desktop asks for: the settings of org.freedesktop.appearance, by way of the desktop
 // portal on the session bus (org.freedesktop.portal.Settings). A desktop that has no say, or a bus that is
@@ -39,4 +39,4 @@ private:
     Appearance m_appearance;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

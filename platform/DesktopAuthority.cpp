@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 DesktopAuthority::DesktopAuthority(
     std::string busAddress, AuthenticationPrompt& prompt, std::chrono::milliseconds patience)
@@ -41,4 +41,4 @@ std::string systemBusAddress(bool inSandbox)
     return inSandbox && given != nullptr ? given : "unix:path=/run/dbus/system_bus_socket";
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 class AuthenticationPrompt;
 
@@ -34,4 +34,4 @@ private:
 // file. In a sandbox, which cannot reach them, the variable DBUS_SYSTEM_BUS_ADDRESS counts.
 std::string systemBusAddress(bool inSandbox);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <QUrl>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -136,4 +136,4 @@ void DesktopNotices::finish()
     wait.exec();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

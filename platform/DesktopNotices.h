@@ -12,7 +12,7 @@
 
 class QDBusMessage;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Notices by way of org.freedesktop.Notifications on the session bus `bus`, which may be one that is not
 // connected. A service that is missing, fails, or is silent for `patience` makes a notice undeliverable.
@@ -50,4 +50,4 @@ private:
     int m_calls = 0; // that await their answer
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -80,4 +80,4 @@ bool EndRequests::eventFilter(QObject* target, QEvent* event)
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

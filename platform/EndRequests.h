@@ -4,7 +4,7 @@
 
 #include <QObject>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Requests from outside that the program end: SIGTERM, SIGINT, SIGHUP, and the end of the desktop session.
 //
@@ -33,4 +33,4 @@ private:
     FileDescriptor m_handlersEnd;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -14,7 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -114,4 +114,4 @@ bool takeFileBack(const std::string& aside, const std::string& path)
     return std::rename(aside.c_str(), path.c_str()) == 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

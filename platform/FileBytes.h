@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The contents of the regular file at `path`, links followed. None when it is missing, unreadable, not a
 // regular file or larger than `largestSize` bytes. Never blocks on a pipe or device.
@@ -39,4 +39,4 @@ std::optional<std::string> putUnreadFileAside(const std::string& path);
 // fails.
 bool takeFileBack(const std::string& aside, const std::string& path);
 
-} // namespace quorvane
+} // namespace quorvane::platform

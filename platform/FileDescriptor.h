@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Owns an open file descriptor; a negative one means none.
 class FileDescriptor {
@@ -38,4 +38,4 @@ private:
     int m_descriptor;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

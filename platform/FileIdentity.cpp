@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::optional<FileIdentity> FileIdentity::ofDescriptor(int descriptor, std::erro
     return std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

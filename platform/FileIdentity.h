@@ -7,7 +7,7 @@
 
 struct stat;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Which file lay at a place, and in which state: two equal identities mean the same file with, as far as the
 // file system's clock can tell, the same contents. That nothing lay there is an identity as well.
@@ -35,4 +35,4 @@ struct FileIdentity {
     static std::optional<FileIdentity> ofDescriptor(int descriptor, std::error_code& error);
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

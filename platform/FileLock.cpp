@@ -14,7 +14,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -206,4 +206,4 @@ bool FileLock::makeFile()
     return isHeld();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

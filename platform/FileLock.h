@@ -6,7 +6,7 @@
 #include <string>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 enum class LockMode { shared, exclusive };
 
@@ -66,4 +66,4 @@ private:
     std::string m_problem;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

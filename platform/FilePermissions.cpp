@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 std::optional<std::uint32_t> permissionsOf(const std::string& path)
 {
@@ -18,4 +18,4 @@ bool setPermissions(const std::string& path, std::uint32_t permissions)
     return fchmodat(AT_FDCWD, path.c_str(), permissions, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The permission bits, 07777 at most, of what is at `path`, links followed. None when it cannot be asked.
 std::optional<std::uint32_t> permissionsOf(const std::string& path);
@@ -12,4 +12,4 @@ std::optional<std::uint32_t> permissionsOf(const std::string& path);
 // Gives what is at `path` these permission bits. False when that is refused, as it is for a symbolic link.
 bool setPermissions(const std::string& path, std::uint32_t permissions);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 FileReplacement::FileReplacement(const std::string& path)
     : m_path(path)
@@ -61,4 +61,4 @@ std::error_code FileReplacement::takePlace(mode_t permissions)
     return {};
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

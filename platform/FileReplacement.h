@@ -9,7 +9,7 @@
 
 struct stat;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // A new file beside another, whose place it takes when it is complete: whoever looks, also after a crash,
 // finds the old file or the new one, each whole. Goes away with the object when it has not taken the place by
@@ -44,4 +44,4 @@ private:
     std::error_code m_error;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

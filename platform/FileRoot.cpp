@@ -17,7 +17,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -261,4 +261,4 @@ std::optional<std::string> FileRoot::resolved(const std::string& path) const
     return found.empty() ? std::nullopt : std::optional(found.string());
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -12,7 +12,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The folder that paths begin at: the root of this machine's file system, or another folder that stands for
 // the root of another machine's, such as a mounted volume.
@@ -65,4 +65,4 @@ private:
 // below the folder.
 FileDescriptor openBelow(int folder, const std::string& path, int flags, std::string* resolved = nullptr);
 
-} // namespace quorvane
+} // namespace quorvane::platform

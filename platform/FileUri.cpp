@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::optional<std::string> pathOfFileUri(std::string_view uri)
     return percentDecoded(uri.substr(0, uri.find_first_of("?#")));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

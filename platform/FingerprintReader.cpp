@@ -10,7 +10,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -132,4 +132,4 @@ QDBusMessage FingerprintReader::call(const QString& method, const QVariantList& 
     return answer;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -14,7 +14,7 @@
 
 class QDBusMessage;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The fingerprint reader of the machine, by way of fprintd on the system bus `bus`. For one check.
 class FingerprintReader : public QObject {
@@ -51,4 +51,4 @@ private:
     QEventLoop m_wait;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

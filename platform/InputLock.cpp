@@ -5,7 +5,7 @@
 #include <QWidget>
 #include <QWindow>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -81,4 +81,4 @@ bool InputLock::eventFilter(QObject* target, QEvent* event)
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

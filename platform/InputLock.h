@@ -4,7 +4,7 @@
 
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // While one exists, the program's windows are painted but take no input: keys, clicks and attempts to close a
 // window are dropped, not kept for later. The end of the program is not held up: local loops end with it.
@@ -21,4 +21,4 @@ protected:
     bool eventFilter(QObject* target, QEvent* event) override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -101,4 +101,4 @@ std::string Locations::userGuideFile() const
     return systemFolder() + "Quorvane User Guide.pdf";
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

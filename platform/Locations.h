@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The product's fixed places in the file system, each with the root folder put in front.
 //
@@ -40,4 +40,4 @@ private:
     std::string m_login;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 Log::Log(std::vector<std::unique_ptr<LogSink>> sinks)
     : m_sinks(std::move(sinks))
@@ -159,4 +159,4 @@ std::unique_ptr<Log> makeProgramLog(const char* ident, bool echoToTerminal)
     return std::make_unique<Log>(std::move(sinks));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Where log lines go in the end. Never called by two threads at once.
 class LogSink {
@@ -72,4 +72,4 @@ std::unique_ptr<LogSink> standardErrorSink();
 // `echoToTerminal` is set and standard error is a terminal.
 std::unique_ptr<Log> makeProgramLog(const char* ident, bool echoToTerminal);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -102,4 +102,4 @@ bool isNetworkMount(const Mount& mount)
     return std::find(types.begin(), types.end(), mount.type) != types.end();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // A file system at its place in the tree of folders.
 struct Mount {
@@ -23,4 +23,4 @@ std::vector<Mount> mountsIn(std::string_view mountInfo);
 // True for a file system on another machine. Pure.
 bool isNetworkMount(const Mount& mount);
 
-} // namespace quorvane
+} // namespace quorvane::platform

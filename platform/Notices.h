@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // A short message to the person at the screen, with an "OK" button and a picture. Texts are UTF-8 and shown
 // as they are, never as markup. Goes away by itself after a minute.
@@ -36,4 +36,4 @@ public:
     virtual void finish() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 std::int64_t leadingInteger(std::string_view text)
 {
@@ -29,4 +29,4 @@ std::int64_t leadingInteger(std::string_view text)
                                                              : -value;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The number at the start of `text` as the Foundation framework's integer readers take it: leading blanks are
 // skipped, then an optional sign, then decimal digits; what follows is ignored. Held within 64 bits; 0
 // without digits.
 std::int64_t leadingInteger(std::string_view text);
 
-} // namespace quorvane
+} // namespace quorvane::platform

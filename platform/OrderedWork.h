@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Calls `make` with the numbers below `count`, on all cores, and `use` with each number and what `make` has
 // returned for it, on the calling thread and in order. Only so many results wait for their turn at a time.
@@ -72,4 +72,4 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::error_code writeOutputFile(const std::string& path, std::string_view bytes)
     return error ? error : file.takePlace(existing ? old.st_mode & permissionBits : ownerAndGroup);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Puts `bytes` into the file at `path`, whole or not at all: what is there keeps its contents after an error.
 // The file keeps its permission bits, owner and group; a new one is for owner and group alone (0640). A
@@ -13,4 +13,4 @@ namespace quorvane {
 // place. Any thread.
 std::error_code writeOutputFile(const std::string& path, std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::platform

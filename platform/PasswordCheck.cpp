@@ -12,7 +12,7 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -78,4 +78,4 @@ bool passwordCheckPassed(const QDBusConnection& bus, AuthenticationPrompt& promp
     return false;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

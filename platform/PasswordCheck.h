@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 class AuthenticationPrompt;
 
@@ -14,4 +14,4 @@ class AuthenticationPrompt;
 // answer that makes no sense.
 bool passwordCheckPassed(const QDBusConnection& bus, AuthenticationPrompt& prompt, const std::string& reason);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 std::string_view lastPathComponent(std::string_view path)
 {
@@ -29,4 +29,4 @@ std::string deletingLastPathComponent(std::string_view path)
     return shorter.empty() && absolute ? "/" : shorter;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

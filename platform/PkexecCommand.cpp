@@ -6,7 +6,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -52,4 +52,4 @@ std::string PkexecCommand::run(const std::string& command)
     return outcomeOf(program);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

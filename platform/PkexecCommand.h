@@ -2,7 +2,7 @@
 
 #include "platform/PrivilegedCommand.h"
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // By pkexec, which is looked for on PATH.
 class PkexecCommand : public PrivilegedCommand {
@@ -10,4 +10,4 @@ public:
     std::string run(const std::string& command) override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Runs commands as administrator. User interface thread only.
 class PrivilegedCommand {
@@ -18,4 +18,4 @@ public:
     virtual std::string run(const std::string& command) = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

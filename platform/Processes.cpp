@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -80,4 +80,4 @@ std::optional<std::uint64_t> startTimeOfProcess(std::int32_t pid)
     return ticks;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The program file that a running process was started from.
 struct ProcessProgram {
@@ -26,4 +26,4 @@ std::optional<std::string> programPathOfProcess(std::int32_t pid);
 // thread.
 std::optional<std::uint64_t> startTimeOfProcess(std::int32_t pid);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -74,4 +74,4 @@ ProgramRun runProgram(const std::string& name, const std::vector<std::string>& a
     return run;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 #include <system_error>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // How a program ended that was run to its end.
 struct ProgramRun {
@@ -17,4 +17,4 @@ struct ProgramRun {
 // program's working folder, environment, standard input and standard error. Any thread.
 ProgramRun runProgram(const std::string& name, const std::vector<std::string>& arguments);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -11,7 +11,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -143,4 +143,4 @@ bool PropertyList::writeToFile(const std::string& path) const
     return bytes && writeFileInPlace(path, *bytes);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

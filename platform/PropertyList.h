@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // A property list whose root is a dictionary, read as the Foundation framework reads its values.
 //
@@ -65,4 +65,4 @@ private:
     PropertyValue m_root{PropertyValue::Dictionary()};
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -2,11 +2,11 @@
 
 #include <cstddef>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // What the readers of property lists take, whatever the form. Real lists stay far below.
 inline constexpr std::size_t largestPropertyList = 16U << 20U; // bytes
 inline constexpr int deepestPropertyList = 512; // containers within each other
 inline constexpr std::size_t mostPropertyValues = 2U << 20U;
 
-} // namespace quorvane
+} // namespace quorvane::platform

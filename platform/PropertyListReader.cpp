@@ -4,7 +4,7 @@
 #include "platform/Unicode.h"
 #include "platform/XmlPropertyList.h"
 
-namespace quorvane {
+namespace quorvane::platform {
 
 std::optional<PropertyValue> readPropertyList(std::string_view bytes)
 {
@@ -23,4 +23,4 @@ std::optional<PropertyValue> readPropertyList(std::string_view bytes)
     return isValidUtf8(bytes) ? readXmlPropertyList(bytes) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Reads a property list from a foreign file: XML (UTF-8, and UTF-16 with a byte order mark) or binary, not
 // the old text form. Of a key that comes more than once the last value counts.
@@ -19,4 +19,4 @@ namespace quorvane {
 // Any thread.
 std::optional<PropertyValue> readPropertyList(std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -124,4 +124,4 @@ std::string propertyListText(const PropertyValue& value)
     return writer.text();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The bytes of a property list file, at most `largest` of them, written in time that hardly grows faster than
 // the list. Written here because the common libraries take quadratic time for large lists and write control
@@ -19,4 +19,4 @@ std::optional<std::string> xmlPropertyList(const PropertyValue& root, std::size_
 // Equal texts are written once.
 std::optional<std::string> binaryPropertyList(const PropertyValue& root, std::size_t largest);
 
-} // namespace quorvane
+} // namespace quorvane::platform

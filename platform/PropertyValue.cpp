@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 const PropertyValue* PropertyValue::find(std::string_view key) const
 {
@@ -43,4 +43,4 @@ void dropRepeatedKeys(PropertyValue::Dictionary& dictionary)
         dictionary.end());
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // A value of a property list, with all that it contains. Texts are UTF-8.
 struct PropertyValue {
@@ -48,4 +48,4 @@ struct PropertyValue::Entry {
 // Of entries with one key, keeps the last one's value in the first one's place.
 void dropRepeatedKeys(PropertyValue::Dictionary& dictionary);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -92,4 +92,4 @@ std::size_t writeFully(int descriptor, std::string_view bytes, std::error_code& 
         [&](std::size_t at, std::size_t rest) { return write(descriptor, bytes.data() + at, rest); });
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -12,7 +12,7 @@
 // Opening, reading and writing of regular files by descriptor: no waiting on a pipe or a device, and no call
 // that a signal cuts short. Any thread.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Opens the regular file at `path` with the flags of open(2); a symbolic link is followed unless O_NOFOLLOW
 // is among them. What is anything else is not even opened, since that alone can have effects: none then, and
@@ -31,4 +31,4 @@ bool holdsExactly(int descriptor, std::string_view bytes);
 // Writes all of `bytes`. Returns how many were written: fewer only after an error.
 std::size_t writeFully(int descriptor, std::string_view bytes, std::error_code& error);
 
-} // namespace quorvane
+} // namespace quorvane::platform

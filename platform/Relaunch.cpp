@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -82,4 +82,4 @@ bool relaunchAfterDelay(float delay)
     return !error && startAfterDelay(delay, programPathFromLink(link.string()));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

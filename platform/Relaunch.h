@@ -6,7 +6,7 @@
 
 // Starting a program again after the present one has ended. Any thread.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The shell command that waits `delay` seconds and starts `program`. Whatever the shell would interpret in
 // the path is escaped.
@@ -24,4 +24,4 @@ bool startAfterDelay(float delay, const std::string& program);
 // The same with the program that runs. False also when its file cannot be told.
 bool relaunchAfterDelay(float delay);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -20,7 +20,7 @@ extern "C" { // which this header of glibc 2.36 forgets
 #include <sys/pidfd.h>
 }
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -106,4 +106,4 @@ std::unique_ptr<RunningApplications> makeRunningApplications()
     return std::make_unique<ProcessTable>();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

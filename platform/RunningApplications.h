@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The applications that run on this machine, known by their bundle identifiers ("maker.Program"). User
 // interface thread only.
@@ -31,4 +31,4 @@ public:
 // "Program". What a process says of itself (its arguments, its title) counts for nothing.
 std::unique_ptr<RunningApplications> makeRunningApplications();
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 void secureStandardStreams()
 {
@@ -23,4 +23,4 @@ void secureStandardStreams()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

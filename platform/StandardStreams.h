@@ -1,6 +1,6 @@
 #pragma once
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Makes standard output and error safe to have. One that is closed gets a place holder, to which every write
 // fails, so that no file opened later takes its place; and writing, to whatever file, fails instead of ending
@@ -9,4 +9,4 @@ namespace quorvane {
 // as unreadable.
 void secureStandardStreams();
 
-} // namespace quorvane
+} // namespace quorvane::platform

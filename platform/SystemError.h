@@ -3,7 +3,7 @@
 #include <string>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // The error with that number, of errno as a rule.
 inline std::error_code systemError(int number)
@@ -17,4 +17,4 @@ inline std::string errorText(const std::error_code& error)
     return error.message() + " (" + std::to_string(error.value()) + ")";
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

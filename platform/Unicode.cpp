@@ -12,7 +12,7 @@
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -195,4 +195,4 @@ std::string textFromMacRoman(std::string_view bytes)
     return decoded.toUTF8String(text);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

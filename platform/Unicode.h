@@ -8,7 +8,7 @@
 // Unicode questions about UTF-8 text. All functions are pure and safe from any thread.
 // Text that is not valid UTF-8 is never rejected here (but by isValidUtf8): ill-formed bytes count as U+FFFD.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // True when `text` is well-formed UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool isValidUtf8(std::string_view text);
@@ -43,4 +43,4 @@ std::string utf16FromText(std::string_view text);
 // The UTF-8 text that `bytes` spell when read as Mac OS Roman.
 std::string textFromMacRoman(std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -20,7 +20,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -148,4 +148,4 @@ bool Workspace::hasProgramFor(const std::string& mimeType)
     return program != nullptr;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // What the desktop knows of files. User interface thread only.
 class Workspace {
@@ -35,4 +35,4 @@ private:
     std::map<std::pair<std::optional<FileRoot>, std::string>, QIcon> m_icons; // by root and path
 };
 
-} // namespace quorvane
+} // namespace quorvane::platform

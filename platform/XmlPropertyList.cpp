@@ -9,7 +9,7 @@
 #include <limits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -238,4 +238,4 @@ std::optional<PropertyValue> readXmlPropertyList(std::string_view text)
     return XmlReader(text).document();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

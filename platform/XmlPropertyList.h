@@ -5,9 +5,9 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Reads the XML form, which must be UTF-8 without a byte order mark. For readPropertyList(), which says more.
 std::optional<PropertyValue> readXmlPropertyList(std::string_view text);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -120,4 +120,4 @@ std::optional<std::string> xmlPropertyList(const PropertyValue& root, std::size_
     return XmlWriter(largest).list(root);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

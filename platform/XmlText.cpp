@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -213,4 +213,4 @@ std::optional<std::string> xmlDateOf(double seconds)
     return text;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

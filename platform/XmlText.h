@@ -7,7 +7,7 @@
 
 // How XML property lists spell texts, data and dates.
 
-namespace quorvane {
+namespace quorvane::platform {
 
 // Takes the text of an element from the front of `rest`, up to the next tag: the five predefined entities and
 // numbered characters are replaced, literal sections are taken as they are. None for any other entity or an
@@ -28,4 +28,4 @@ std::optional<double> secondsOfXmlDate(std::string_view text);
 // The same date as text, without its fraction of a second; none before the year 1 and after 9999.
 std::optional<std::string> xmlDateOf(double seconds);
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // A sequence that only grows. A copy shares all elements and costs next to nothing; it keeps the length it
 // was made with, is never appended to, and may be read on another thread while the original grows.
@@ -58,4 +58,4 @@ private:
     std::size_t m_size = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

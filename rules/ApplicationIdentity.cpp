@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -55,9 +55,9 @@ std::string_view headOrAnyProcess(std::string_view head)
 std::string applicationNameForProcess(const NullableText& process)
 {
     const std::string_view head = headOrAnyProcess(partsOf(process.view()).head);
-    if (auto text = ownForm(head, lastPathComponent))
+    if (auto text = ownForm(head, platform::lastPathComponent))
         return *text;
-    return std::string(lastPathComponent(head));
+    return std::string(platform::lastPathComponent(head));
 }
 
 std::string applicationGroupIdentityForProcess(const NullableText& process, const NullableText& constraint)
@@ -66,7 +66,7 @@ std::string applicationGroupIdentityForProcess(const NullableText& process, cons
     const std::string_view head = headOrAnyProcess(parts.head);
     if (auto text = ownForm(head, [](std::string_view whole) { return whole; }))
         return *text;
-    const std::string_view name = lastPathComponent(head);
+    const std::string_view name = platform::lastPathComponent(head);
     const std::string_view parent = parts.parent.value_or("(null)");
     std::string key;
     key.reserve(name.size() + head.size() + parent.size() + constraint.written().size() + 3);
@@ -94,7 +94,7 @@ std::optional<std::string> applicationParentPathForProcess(const NullableText& p
 std::optional<std::string> applicationParentNameForProcess(const NullableText& process)
 {
     const auto parent = partsOf(process.view()).parent;
-    return parent ? std::optional<std::string>(lastPathComponent(*parent)) : std::nullopt;
+    return parent ? std::optional<std::string>(platform::lastPathComponent(*parent)) : std::nullopt;
 }
 
 std::string applicationBundlePathForPath(const NullableText& process)
@@ -105,4 +105,4 @@ std::string applicationBundlePathForPath(const NullableText& process)
     return std::string(found == std::string_view::npos ? head : head.substr(0, found + bundleEnd.size() - 1));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -12,7 +12,7 @@
 // path of the program it was started through, or " via any" at the very end. Two forms stand for themselves:
 // "any ancestor PATH" and "any via NAME", where NAME does not begin with "/".
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // How process strings begin that are about more than one program.
 namespace ProcessForm {
@@ -92,4 +92,4 @@ template <class Rule> std::string shownApplicationNameForRule(const Rule& rule)
     return name;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

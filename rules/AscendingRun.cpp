@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
 {
@@ -27,4 +27,4 @@ std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
     return isOut;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Says of most hashes that were never added that they were not, from one bit of memory. Without it asking for
 // redundancy takes 1.8 to 2.2 times as long: most beginnings of a path are nobody's.
@@ -40,4 +40,4 @@ private:
     std::size_t m_room = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

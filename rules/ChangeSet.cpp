@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Everything backwards: what went first, from where it then stood, comes back last.
 ChangeSet ChangeSet::inverted() const
@@ -24,4 +24,4 @@ ChangeSet ChangeSet::inverted() const
     return inverse;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // A change of the store as a value: what goes, what changes where it stands, what comes; applied in this
 // order. Rules are named by their records, so the same record may stand in `removed` and in `added`: an
@@ -45,4 +45,4 @@ struct ChangeSet {
     ChangeSet inverted() const;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -187,4 +187,4 @@ void CoverIndex::addHash(std::uint64_t hash)
     m_filter.add(hash);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

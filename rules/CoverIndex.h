@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // True when `broader` makes `rule` redundant: of the same class and constraint, with all its operations, and
 // with a path that is "any" or empty, or that is a prefix rule's and `rule`'s path begins with it.
@@ -53,4 +53,4 @@ private:
     std::size_t m_rules = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

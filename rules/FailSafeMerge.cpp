@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -14,7 +14,7 @@ using Slots = std::vector<PolicyRulePtr>;
 
 std::string folderOf(const NullableText& path)
 {
-    return deletingLastPathComponent(path.view()) + "/";
+    return platform::deletingLastPathComponent(path.view()) + "/";
 }
 
 std::uint64_t hashOfAllButPath(const PolicyRule& rule)
@@ -111,4 +111,4 @@ void FailSafeMerge::bringUpToDate(GroupIndex& index, const RuleList<PolicyRule>&
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

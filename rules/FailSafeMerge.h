@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Merges the rules of a fail-safe file while it is read: rules on files of one folder, in one application
 // group, become one rule on the folder, whatever their classes, and a rule that differs from an earlier one
@@ -51,4 +51,4 @@ private:
     std::unordered_map<const PolicyGroup*, GroupIndex> m_groups;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -67,4 +67,4 @@ RulesDifference fileDifference(std::string_view beforeText, std::string_view aft
     return difference;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

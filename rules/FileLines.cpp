@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -151,4 +151,4 @@ std::uint32_t LineCatalogue::numberOfRule(std::uint32_t line, const ReadLine& re
     return number;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

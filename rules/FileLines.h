@@ -12,7 +12,7 @@
 
 // The lines of a rules file as a person sees them, for who changes some of them and keeps the others.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 struct FileLine {
     std::string_view text;
@@ -93,4 +93,4 @@ private:
     SlotChains m_ruleSlots;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

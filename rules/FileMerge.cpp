@@ -18,7 +18,7 @@
 // files that it has lines in. The result is a chain of entries: first those of ours, in their order, into
 // which those of theirs are hung one after the other.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -446,4 +446,4 @@ FileMergeResult mergeFiles(std::string_view baseText, std::string_view oursText,
     return FileMerge(baseText, oursText, theirsText).result();
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -22,7 +22,7 @@
 // - Of a rule that stands more than once the first line decides: of others only how many there are merges,
 //   the last ones go first.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Where both sides changed something that is no rule.
 struct TextConflict {
@@ -46,4 +46,4 @@ struct FileMergeResult {
 // texts, and so is time, but for a logarithm where lines have moved.
 FileMergeResult mergeFiles(std::string_view base, std::string_view ours, std::string_view theirs);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // One named setting; a boolean is stored as 0 or 1.
 struct FilterOption {
@@ -12,4 +12,4 @@ struct FilterOption {
     std::uint32_t value = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

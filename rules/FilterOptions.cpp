@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -56,4 +56,4 @@ bool FilterOptions::leaveOut(const OptionalSystemFile& file) const
     return value(file.option) == leavesFileOut;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,13 +11,16 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The options of a configuration: those of the preferences, and those that rules files set. One thread.
 class FilterOptions {
 public:
     // What the preferences hold; none when they cannot be read. Options that were loaded stay as they are.
-    void setPreferences(std::optional<PropertyList> preferences) { m_preferences = std::move(preferences); }
+    void setPreferences(std::optional<platform::PropertyList> preferences)
+    {
+        m_preferences = std::move(preferences);
+    }
 
     // Appends every option of the preferences; nothing without them.
     void loadAll();
@@ -50,8 +53,8 @@ public:
     bool leaveOut(const OptionalSystemFile& file) const;
 
 private:
-    std::optional<PropertyList> m_preferences;
+    std::optional<platform::PropertyList> m_preferences;
     std::vector<FilterOption> m_options;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

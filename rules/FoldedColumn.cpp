@@ -6,7 +6,7 @@
 #include <cstring> // memmem, too
 #include <iterator>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 void FoldedColumn::reserve(std::size_t rules, std::size_t bytes)
 {
@@ -19,7 +19,7 @@ void FoldedColumn::append(const NullableText& text)
     constexpr char separator = '\xFF';
     if (m_texts.empty() || text.view() != m_last.view()) {
         m_texts.push_back({m_keys.size(), m_rules});
-        appendSearchKey(m_keys, text.view());
+        platform::appendSearchKey(m_keys, text.view());
         m_keys.push_back(separator);
         m_last = text;
     }
@@ -47,4 +47,4 @@ void FoldedColumn::markContaining(std::string_view key, std::size_t first, std::
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

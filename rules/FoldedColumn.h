@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // One text of every rule by number, folded for search once and laid end to end, so that a search is one scan
 // of memory. Neighbours with the same text share it.
@@ -35,4 +35,4 @@ private:
     std::uint32_t m_rules = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 #include <exception>
 #include <random>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace detail {
 
@@ -44,4 +44,4 @@ std::uint64_t combinedHash(std::uint64_t hash, std::string_view text)
     return detail::foldedProduct(state ^ secret[2], secret[0]);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

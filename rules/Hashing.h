@@ -8,7 +8,7 @@
 // Hashes for tables in memory. They depend on a secret that is drawn once per process, so that nobody can
 // make a rules file whose rules all collide. Never to be stored.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace detail {
 
@@ -37,4 +37,4 @@ struct TextHash {
     std::size_t operator()(std::string_view text) const { return combinedHash(0, text); }
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

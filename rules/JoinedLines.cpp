@@ -17,7 +17,7 @@
 // further rule. Inside quotes they can also be the end of a field's own text ("… deny path "): they are that
 // when the rest of the line goes on as the writer would have written it.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -175,7 +175,7 @@ std::string_view withoutCutLetter(std::string_view text)
         const auto byte = static_cast<unsigned char>(text[text.size() - length]);
         if (byte >= 0x80 && byte < 0xC0)
             continue;
-        return byte >= 0xC0 && !isValidUtf8(text.substr(text.size() - length))
+        return byte >= 0xC0 && !platform::isValidUtf8(text.substr(text.size() - length))
             ? text.substr(0, text.size() - length)
             : text;
     }
@@ -254,7 +254,7 @@ RuleValue ruleOf(const RuleText& text)
     setCommonFields(rule, text);
     rule.constraint = text.field(constraint);
     if (created < text.firstCut())
-        rule.created = static_cast<std::uint64_t>(leadingInteger(text.field(created)));
+        rule.created = static_cast<std::uint64_t>(platform::leadingInteger(text.field(created)));
     return makeRuleValue(std::move(rule));
 }
 
@@ -366,4 +366,4 @@ std::string rescuedText(std::string_view bytes)
     return text.append(bytes, copied);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

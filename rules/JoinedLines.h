@@ -13,7 +13,7 @@
 // the next rule continues on that line; a full disk joins lines as well. What is left of each rule can be
 // taken apart again. All functions are pure, take any bytes and need time in proportion to them.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // A rule out of a joined line, as far as its text is there.
 struct JoinedRule {
@@ -46,4 +46,4 @@ bool isJoinedLine(std::string_view line);
 // operations are lost stays too short for a rule, so that it is kept for a person but decides nothing.
 std::string rescuedText(std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::rules

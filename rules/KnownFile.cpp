@@ -10,7 +10,7 @@
 
 #include <fcntl.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -25,7 +25,7 @@ std::chrono::nanoseconds roughnessOfClock(std::chrono::nanoseconds time)
 using Clock = std::chrono::system_clock;
 
 // `lookedAt`: a change after that time is another.
-KnownFile knownFile(const std::string& path, const std::optional<FileIdentity>& identity,
+KnownFile knownFile(const std::string& path, const std::optional<platform::FileIdentity>& identity,
     std::string_view bytes, Clock::time_point lookedAt)
 {
     KnownFile known{.path = path, .identity = identity};
@@ -48,12 +48,12 @@ KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
 std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::string_view bytes)
 {
     std::error_code error;
-    const FileDescriptor file = openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
+    const platform::FileDescriptor file = platform::openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
     if (!file)
         return std::nullopt;
     const Clock::time_point lookedAt = Clock::now(); // before the reading, which may take long
-    const auto identity = FileIdentity::ofDescriptor(file.get(), error);
-    if (!holdsExactly(file.get(), bytes))
+    const auto identity = platform::FileIdentity::ofDescriptor(file.get(), error);
+    if (!platform::holdsExactly(file.get(), bytes))
         return std::nullopt;
     return knownFile(path, identity, bytes, lookedAt);
 }
@@ -61,7 +61,7 @@ std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::str
 bool KnownFile::isStillThere() const
 {
     std::error_code error;
-    if (!identity || FileIdentity::ofPath(path, error) != identity)
+    if (!identity || platform::FileIdentity::ofPath(path, error) != identity)
         return false;
     const auto hashOfFile = [this] {
         return std::hash<std::string_view>{}(RulesFileText::read(path, std::chrono::milliseconds(0)).bytes());
@@ -69,4 +69,4 @@ bool KnownFile::isStillThere() const
     return !hash || hashOfFile() == *hash;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 class RulesFileText;
 
@@ -18,7 +18,8 @@ struct KnownFile {
     static constexpr std::chrono::milliseconds usualRoughness{20};
 
     std::string path{};
-    std::optional<FileIdentity> identity{}; // none when it could not be looked at: then it is never the same
+    std::optional<platform::FileIdentity>
+        identity{}; // none when it could not be looked at: then it is never the same
     // Of its bytes, where it was looked at so soon after a change that a later change may bear the same time.
     std::optional<std::size_t> hash{};
 
@@ -31,4 +32,4 @@ struct KnownFile {
     bool isStillThere() const;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -82,4 +82,4 @@ std::vector<std::string> scanString(std::string_view line)
     return {tokens.begin(), tokens.end()};
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Splits a line of a rules file into its tokens.
 //
@@ -35,4 +35,4 @@ private:
 // The tokens of one line.
 std::vector<std::string> scanString(std::string_view line);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::optional<std::string_view> LineWalker::next()
     return m_rest;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Hands out the lines of a rules file, empty ones included, without their line ends.
 //
@@ -25,4 +25,4 @@ private:
     bool m_ended = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 std::shared_ptr<const RuleRows> listedRows(const std::vector<RuleRef>& rules)
 {
@@ -15,4 +15,4 @@ std::shared_ptr<const RuleRows> listedRows(const std::vector<RuleRef>& rules)
     return index.rows();
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Rows of these rules alone, in this order; for the thread that owns the store. Throws std::bad_alloc.
 std::shared_ptr<const RuleRows> listedRows(const std::vector<RuleRef>& rules);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -76,4 +76,4 @@ ChangeSet changeTo(const MergeResult& merged, const std::vector<RuleRef>& ours)
     return change;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The rules that a merge came to, in order.
 std::vector<RuleValue> rulesOf(const MergeResult& merged);
@@ -15,4 +15,4 @@ std::vector<RuleValue> rulesOf(const MergeResult& merged);
 // moves goes and comes back.
 ChangeSet changeTo(const MergeResult& merged, const std::vector<RuleRef>& ours);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 NullableText::NullableText(std::string_view text)
 {
@@ -26,4 +26,4 @@ void NullableText::release(Block* block) noexcept
     ::operator delete(block);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

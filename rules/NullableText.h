@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // UTF-8 text that may be null, which is not the same as empty.
 //
@@ -88,4 +88,4 @@ inline bool sameText(const NullableText& receiver, const NullableText& other)
     return receiver.sharesBytesWith(other) || receiver.view() == other.view();
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

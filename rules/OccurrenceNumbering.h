@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Tells equal things apart that stand more than once in a list: gives the first one of each list the same
 // number, and the second one of each list another.
@@ -37,4 +37,4 @@ private:
     std::vector<std::uint32_t> m_following; // by number: that of the next one
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

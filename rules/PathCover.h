@@ -7,7 +7,7 @@
 
 // Which paths the text of a rule's path stands for. Bytes are compared; nothing is looked up. Pure functions.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // True for the paths that stand for every path, whatever the rule's type: "any" and the empty one.
 inline bool isEveryPath(const NullableText& path)
@@ -36,4 +36,4 @@ template <class Fields> bool coversPath(const Fields& rule, std::string_view pat
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 const PolicyRule* PolicyGroup::firstCovering(const PolicyRule& rule) const
 {
@@ -42,4 +42,4 @@ void PolicyGroup::slotIsEmptied(std::size_t slot, const PolicyRuleFields& rule) 
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The policy rules of one application group, in stored order. For the thread that owns the store.
 class PolicyGroup final : private SlotObserver<PolicyRuleFields> {
@@ -39,4 +39,4 @@ private:
     RuleList<PolicyRule> m_rules; // the last member: its end is observed
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

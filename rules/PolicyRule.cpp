@@ -4,7 +4,7 @@
 #include "rules/RuleCodes.h"
 #include "rules/RuleIdentity.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 PolicyRule::PolicyRule(PolicyRuleFields fields, std::uint64_t initialized)
     : PolicyRule(makeRuleValue(std::move(fields)), initialized)
@@ -40,4 +40,4 @@ bool PolicyRule::isEqualToPolicyRuleWithPrefix(const PolicyRule& other) const
     return isEqualButForPath(fields(), other.fields());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Decides that a process may, or may not, perform operations on paths.
 //
@@ -70,4 +70,4 @@ private:
 
 using PolicyRulePtr = std::shared_ptr<PolicyRule>;
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -2,7 +2,7 @@
 
 #include <new>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 std::uint32_t RowNumbers::add(const RuleRef& rule) noexcept
 {
@@ -46,4 +46,4 @@ void RowNumbers::clear()
     *this = {};
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Numbers stored rules, so that rows, sorted orders and search marks are lists of numbers. A number names a
 // rule with the value that it had when it was numbered: a changed rule gets a new one, and a number is used
@@ -48,4 +48,4 @@ private:
     bool m_isLost = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

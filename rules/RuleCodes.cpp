@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -96,4 +96,4 @@ bool isBitwiseInclusive(std::uint32_t a, std::uint32_t b)
     return (b & ~a & 0xFFU) == 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

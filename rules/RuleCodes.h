@@ -7,7 +7,7 @@
 // The codes of the rule records and the texts by which the rules file and the windows name them.
 // Pure functions. The texts belong to the file format: never translated, never in another case.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace PolicyClass {
 constexpr std::int32_t allow = 0;
@@ -74,4 +74,4 @@ template <class Rule> std::string flagsForWatchRule(const Rule& rule)
 // True when every bit of b among bits 0 to 7 is also set in a. Higher bits are ignored by design.
 bool isBitwiseInclusive(std::uint32_t a, std::uint32_t b);
 
-} // namespace quorvane
+} // namespace quorvane::rules

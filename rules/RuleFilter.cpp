@@ -4,15 +4,15 @@
 
 #include <future>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 bool policyRuleContains(const PolicyRule& rule, std::string_view text)
 {
-    const std::string key = searchKey(text);
+    const std::string key = platform::searchKey(text);
     const PolicyRuleFields& fields = rule.fields();
-    return searchKey(fields.path.view()).find(key) != std::string::npos
-        || searchKey(fields.processName.view()).find(key) != std::string::npos
-        || searchKey(fields.tag.view()).find(key) != std::string::npos;
+    return platform::searchKey(fields.path.view()).find(key) != std::string::npos
+        || platform::searchKey(fields.processName.view()).find(key) != std::string::npos
+        || platform::searchKey(fields.tag.view()).find(key) != std::string::npos;
 }
 
 void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
@@ -43,10 +43,10 @@ void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
 
 void RuleFilter::markContaining(std::string_view text, std::size_t first, std::vector<bool>& marks) const
 {
-    const std::string key = searchKey(text);
+    const std::string key = platform::searchKey(text);
     m_paths.markContaining(key, first, marks);
     m_processNames.markContaining(key, first, marks);
     m_tags.markContaining(key, first, marks);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

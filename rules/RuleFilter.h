@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // True when a policy rule contains `text`, which must not be empty, as RuleFilter finds it.
 bool policyRuleContains(const PolicyRule& rule, std::string_view text);
@@ -32,4 +32,4 @@ private:
     std::size_t m_rules = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 template <class Fields> class RuleHandle;
 
@@ -121,4 +121,4 @@ private:
     mutable std::unique_ptr<Holders> m_moreHolders; // mostly none: a rule stands in one list
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 
 #include <type_traits>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::uint64_t identityHash(const RuleValue& rule)
     return askValue(rule, [](const auto& fields) { return identityHash(fields); });
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 
 // What makes two rules the same rule: everything but tag, creation time, sequence and system mark.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // A null text of `a` equals nothing, not even another null.
 bool isEqualRule(const PolicyRuleFields& a, const PolicyRuleFields& b);
@@ -50,4 +50,4 @@ std::uint64_t identityHash(const Record& rule)
     return identityHash(rule.fields());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

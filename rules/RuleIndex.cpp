@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -275,4 +275,4 @@ void RuleIndex::publish(std::shared_ptr<const RuleOrder> order)
     m_rows = rowsOf(std::move(order));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Numbers of rules in some order.
 using RuleOrder = std::vector<std::uint32_t>;
@@ -149,4 +149,4 @@ private:
     bool m_tiesAreStored = true; // rows that tie are in stored order
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

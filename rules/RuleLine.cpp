@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -117,7 +117,7 @@ std::optional<std::vector<std::string>> tokensReadBack(std::string_view line, Li
     // Either spoils more than this line: the reader stops at a NUL and takes nothing from a file that is not
     // UTF-8.
     const std::string_view written = lineEnds == LineEnds::cut ? writtenPart(line) : line;
-    if (line.find('\0') != std::string_view::npos || !isValidUtf8(written))
+    if (line.find('\0') != std::string_view::npos || !platform::isValidUtf8(written))
         return std::nullopt;
     LineWalker lines(written);
     const auto first = lines.next();
@@ -160,13 +160,13 @@ PolicyRuleFields policyRuleFromTokens(
     if (tokens.size() > 6)
         rule.constraint = pool.text(tokens[6]);
     if (tokens.size() > 7)
-        rule.created = static_cast<std::uint64_t>(leadingInteger(tokens[7]));
+        rule.created = static_cast<std::uint64_t>(platform::leadingInteger(tokens[7]));
     return rule;
 }
 
 FilterOption optionFromTokens(const std::vector<std::string_view>& tokens)
 {
-    return {NullableText(tokens[1]), static_cast<std::uint32_t>(leadingInteger(tokens[2]))};
+    return {NullableText(tokens[1]), static_cast<std::uint32_t>(platform::leadingInteger(tokens[2]))};
 }
 
 void appendRuleLine(std::string& out, const WatchRuleFields& rule)
@@ -203,7 +203,7 @@ std::string ruleLine(const PolicyRuleFields& rule)
 
 std::string_view writtenPart(std::string_view line)
 {
-    return line.substr(0, utf16Length(line));
+    return line.substr(0, platform::utf16Length(line));
 }
 
 bool readsBackAsWritten(const WatchRuleFields& rule, LineEnds lineEnds)
@@ -236,4 +236,4 @@ bool readsBackAsWritten(const PolicyRuleFields& rule, LineEnds lineEnds)
         && sameText(rule.constraint, read.constraint) && rule.created == read.created;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

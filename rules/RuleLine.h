@@ -19,7 +19,7 @@
 // The sixth token is the tag in a user's file and flag letters in a system file; what the line lacks is empty
 // or 0. Tokens beyond these are ignored.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // More tokens say nothing.
 constexpr std::size_t mostTokensOfALine = 8;
@@ -59,4 +59,4 @@ std::string_view writtenPart(std::string_view line);
 bool readsBackAsWritten(const WatchRuleFields& rule, LineEnds lineEnds = LineEnds::cut);
 bool readsBackAsWritten(const PolicyRuleFields& rule, LineEnds lineEnds = LineEnds::cut);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 template <class Rule> using FieldsOf = std::remove_cvref_t<decltype(std::declval<const Rule&>().fields())>;
 
@@ -365,4 +365,4 @@ private:
     mutable std::size_t m_indexedSlots = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

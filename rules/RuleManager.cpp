@@ -18,7 +18,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -26,12 +26,12 @@ namespace {
 std::string_view readablePart(std::string_view text)
 {
     text = text.substr(0, text.find('\0'));
-    return isValidUtf8(text) ? text : std::string_view();
+    return platform::isValidUtf8(text) ? text : std::string_view();
 }
 
 } // namespace
 
-RuleManager::RuleManager(Locations locations, Log& log, std::chrono::milliseconds wait)
+RuleManager::RuleManager(platform::Locations locations, platform::Log& log, std::chrono::milliseconds wait)
     : m_locations(std::move(locations))
     , m_log(log)
     , m_wait(wait)
@@ -39,14 +39,14 @@ RuleManager::RuleManager(Locations locations, Log& log, std::chrono::millisecond
 {
 }
 
-RuleManager& RuleManager::sharedManager(const Locations& locations, Log& log)
+RuleManager& RuleManager::sharedManager(const platform::Locations& locations, platform::Log& log)
 {
     static RuleManager* const shared = initWithCurrentUserConfiguration(locations, log).release();
     return *shared;
 }
 
 std::unique_ptr<RuleManager> RuleManager::initWithCurrentUserConfiguration(
-    Locations locations, Log& log, std::chrono::milliseconds wait)
+    platform::Locations locations, platform::Log& log, std::chrono::milliseconds wait)
 {
     const std::string userFile = locations.userRulesFile();
     auto store = initWithContentsOfFile(userFile, false, std::move(locations), log, wait);
@@ -56,7 +56,8 @@ std::unique_ptr<RuleManager> RuleManager::initWithCurrentUserConfiguration(
 }
 
 std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(const NullableText& path,
-    bool shouldLabelAsSystemRules, Locations locations, Log& log, std::chrono::milliseconds wait)
+    bool shouldLabelAsSystemRules, platform::Locations locations, platform::Log& log,
+    std::chrono::milliseconds wait)
 {
     auto store = std::make_unique<RuleManager>(std::move(locations), log, wait);
     store->readOwnFile(path, shouldLabelAsSystemRules);
@@ -66,7 +67,7 @@ std::unique_ptr<RuleManager> RuleManager::initWithContentsOfFile(const NullableT
 }
 
 std::unique_ptr<RuleManager> RuleManager::initWithText(
-    std::string_view text, const std::string& path, Locations locations, Log& log)
+    std::string_view text, const std::string& path, platform::Locations locations, platform::Log& log)
 {
     auto store = std::make_unique<RuleManager>(std::move(locations), log);
     store->addText(readablePart(text), path, false);
@@ -183,9 +184,9 @@ void RuleManager::readPreferences()
 {
     const std::string path = m_locations.preferencesFile();
     std::error_code error;
-    m_options.setPreferences(PropertyList::read(path, error));
+    m_options.setPreferences(platform::PropertyList::read(path, error));
     if (error && error != std::errc::no_such_file_or_directory)
-        noteReadFailure("Failed to read file '" + path + "': " + errorText(error));
+        noteReadFailure("Failed to read file '" + path + "': " + platform::errorText(error));
 }
 
 void RuleManager::noteReadFailure(const std::string& message)
@@ -214,7 +215,7 @@ bool RuleManager::writeToCurrentUserConfiguration()
 {
     const std::string path = m_locations.userRulesFile();
     if (m_unreadRules && !m_unreadRules->isFailure) {
-        const auto aside = putUnreadFileAside(path);
+        const auto aside = platform::putUnreadFileAside(path);
         if (!aside) {
             m_lastErrorMessage = "Not writing file '" + path + "': " + m_unreadRules->reason
                 + ", and it cannot be kept under another name";
@@ -460,4 +461,4 @@ template <class Work> bool RuleManager::attempt(const Work& work) const
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -24,9 +24,12 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::rules {
+
 class RulesContent;
 
 // The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
@@ -39,26 +42,27 @@ class RuleManager {
 public:
     // An empty store. `log` must outlive it. Reading a file waits at most `wait` for another program to write
     // it.
-    RuleManager(Locations locations, Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
+    RuleManager(platform::Locations locations, platform::Log& log,
+        std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // The process-wide store of the current user's configuration. It is made by the first call, which alone
     // uses the arguments, and is never released. Safe from any thread as far as the making goes.
-    static RuleManager& sharedManager(const Locations& locations, Log& log);
+    static RuleManager& sharedManager(const platform::Locations& locations, platform::Log& log);
 
     // The store of the current user's configuration: the user's file, the options of the preferences, and the
     // system files that the options select. Never fails; what could be read is there.
-    static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(
-        Locations locations, Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
+    static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(platform::Locations locations,
+        platform::Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // A store of one file, with the options of the preferences. Also after a failure to read it.
     static std::unique_ptr<RuleManager> initWithContentsOfFile(const NullableText& path,
-        bool shouldLabelAsSystemRules, Locations locations, Log& log,
+        bool shouldLabelAsSystemRules, platform::Locations locations, platform::Log& log,
         std::chrono::milliseconds wait = RulesFileText::usualWait);
 
     // The same of a user's file that has been read already. The text counts up to its first NUL byte; one
     // that is not UTF-8 holds no rules.
     static std::unique_ptr<RuleManager> initWithText(
-        std::string_view text, const std::string& path, Locations locations, Log& log);
+        std::string_view text, const std::string& path, platform::Locations locations, platform::Log& log);
 
     // Discards all rules and options and reads the current user's configuration again. Keeps sort and filter,
     // and sequence numbers go on rising.
@@ -179,7 +183,7 @@ public:
     // done since.
     std::uint64_t ownFileReadings() const { return m_ownFileReadings; }
 
-    const Locations& locations() const { return m_locations; }
+    const platform::Locations& locations() const { return m_locations; }
 
 private:
     void reloadAs(const std::function<void()>& readUserRules);
@@ -192,8 +196,8 @@ private:
     const RuleIndex& index() const;
     template <class Work> bool attempt(const Work& work) const;
 
-    const Locations m_locations;
-    Log& m_log;
+    const platform::Locations m_locations;
+    platform::Log& m_log;
     const std::chrono::milliseconds m_wait; // for another program's write to end
     std::unique_ptr<RuleStore> m_store; // never null
     std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
@@ -209,4 +213,4 @@ private:
     std::uint64_t m_ownFileReadings = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -1,6 +1,6 @@
 #include "rules/RuleMarks.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 const NullableText& tagOf(const RuleValue& rule)
 {
@@ -35,4 +35,4 @@ RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleVa
     });
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 // Tag and creation time: what a rule carries for people and what takes no part in rule equality. Equal rules
 // that differ in them are the same rule, changed.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 const NullableText& tagOf(const RuleValue& rule);
 // 0 for a watch rule.
@@ -20,4 +20,4 @@ bool hasSameMarks(const RuleValue& a, const RuleValue& b);
 // `rule` with the tag of one rule and the creation time of another; `rule` itself where that changes nothing.
 RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleValue& timed);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -2,7 +2,7 @@
 
 #include "rules/RuleIdentity.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 std::uint32_t RuleNumbering::numberOf(const RuleValue& rule)
 {
@@ -18,4 +18,4 @@ std::uint32_t RuleNumbering::numberOf(const RuleValue& rule)
     return number;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

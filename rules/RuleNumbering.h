@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Gives equal rules of several lists the same number, from 0 up: what comparing the lists is then done with.
 //
@@ -25,4 +25,4 @@ private:
     SlotChains m_byHash;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

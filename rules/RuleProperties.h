@@ -8,7 +8,7 @@
 
 // What is asked of rules of both kinds alike. Pure; any thread.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // One of PolicyClass. Of a watch rule it is that of watch rules, where its property of that name is 0.
 inline std::int32_t classOf(const PolicyRuleFields& rule)
@@ -32,4 +32,4 @@ inline const void* addressOf(const RuleValue& rule)
     return askValue(rule, [](const auto& fields) -> const void* { return &fields; });
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

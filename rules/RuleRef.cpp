@@ -1,6 +1,6 @@
 #include "rules/RuleRef.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 RuleRef recordOf(const RuleValue& value)
 {
@@ -9,4 +9,4 @@ RuleRef recordOf(const RuleValue& value)
     return std::make_shared<WatchRule>(std::get<WatchValue>(value));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

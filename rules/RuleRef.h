@@ -6,7 +6,7 @@
 
 #include <variant>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // A rule of either kind, by reference. Never holds a null pointer.
 using RuleRef = std::variant<PolicyRulePtr, WatchRulePtr>;
@@ -59,4 +59,4 @@ inline void setValue(const RuleRef& rule, const RuleValue& value)
 // A new record with that value.
 RuleRef recordOf(const RuleValue& value);
 
-} // namespace quorvane
+} // namespace quorvane::rules

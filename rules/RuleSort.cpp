@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -156,4 +156,4 @@ int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescr
     return 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // What rules can be sorted by: their properties, under their names, and three things that the table shows. A
 // property that a record kind lacks counts as absent.
@@ -48,4 +48,4 @@ void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>
 // Negative when `a` stands before `b` in that order, positive when behind it, 0 when they tie in all.
 int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& descriptors);
 
-} // namespace quorvane
+} // namespace quorvane::rules

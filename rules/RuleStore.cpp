@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 PolicyGroup& RuleStore::groupOf(const PolicyRuleFields& rule)
 {
@@ -36,7 +36,7 @@ const std::vector<const RuleStore::Groups::value_type*>& RuleStore::orderedGroup
         std::vector<std::pair<std::string, Group>> keyed;
         keyed.reserve(m_groups.size());
         for (const Groups::value_type& group : m_groups)
-            keyed.emplace_back(foldedCase(group.first), &group);
+            keyed.emplace_back(platform::foldedCase(group.first), &group);
         std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
             return a.first != b.first ? a.first < b.first : a.second->first < b.second->first;
         });
@@ -47,10 +47,10 @@ const std::vector<const RuleStore::Groups::value_type*>& RuleStore::orderedGroup
     }
     for (; !m_newGroups.empty(); m_newGroups.pop_back()) {
         const Group added = m_newGroups.back();
-        const std::string key = foldedCase(added->first);
+        const std::string key = platform::foldedCase(added->first);
         const auto place
             = std::partition_point(m_orderedGroups.begin(), m_orderedGroups.end(), [&](Group group) {
-                  const std::string other = foldedCase(group->first);
+                  const std::string other = platform::foldedCase(group->first);
                   return other != key ? other < key : group->first < added->first;
               });
         m_orderedGroups.insert(place, added);
@@ -193,4 +193,4 @@ RulesSnapshot RuleStore::userRulesSnapshot() const
     return {m_values, m_index.withoutSystemRules(std::make_shared<const RuleOrder>(storedOrder()))};
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

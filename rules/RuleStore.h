@@ -20,7 +20,7 @@
 #include <variant>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The rules in memory: watch rules in one list, policy rules by application group, and the rows made of them.
 // Everything derived follows each change by difference. For one thread.
@@ -121,4 +121,4 @@ private:
     mutable RuleList<WatchRule> m_watchRules{m_index.numbers()};
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

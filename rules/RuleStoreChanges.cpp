@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -269,4 +269,4 @@ void RuleStore::dropNewGroups(std::size_t kept) noexcept
         m_groups.erase(m_groups.find(m_newGroups.back()->first));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -8,7 +8,7 @@
 #include <utility>
 #include <variant>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The properties of a policy rule; the codes are those of RuleCodes.h.
 struct PolicyRuleFields {
@@ -58,4 +58,4 @@ template <class Question> decltype(auto) askValue(const RuleValue& rule, Questio
     return std::visit([&](const auto& fields) -> decltype(auto) { return question(*fields); }, rule);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

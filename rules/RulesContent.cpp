@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 RulesContent::RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t bytes)
     : m_lineEnds(lineEnds)
@@ -52,4 +52,4 @@ std::size_t RulesContent::endOfRuleAt(std::size_t position) const
     return *std::upper_bound(m_ends.begin(), m_ends.end(), position);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // What a rules file is to hold, made in memory before the file is touched. The append operations throw
 // std::bad_alloc, nothing else does.
@@ -49,4 +49,4 @@ private:
     std::vector<std::size_t> m_ends; // of the rules, in `m_bytes`
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

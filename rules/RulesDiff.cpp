@@ -3,7 +3,7 @@
 #include "rules/RuleMarks.h"
 #include "rules/RuleNumbering.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 RulesDifference rulesDifference(const std::vector<RuleValue>& before, const std::vector<RuleValue>& after)
 {
@@ -33,4 +33,4 @@ RulesDifference rulesDifference(const std::vector<RuleValue>& before, const std:
     return difference;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // What differs between two lists of rules.
 struct RulesDifference {
@@ -21,4 +21,4 @@ struct RulesDifference {
 // counts. Pure, from any thread; time and memory in proportion to the rules.
 RulesDifference rulesDifference(const std::vector<RuleValue>& before, const std::vector<RuleValue>& after);
 
-} // namespace quorvane
+} // namespace quorvane::rules

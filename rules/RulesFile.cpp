@@ -14,18 +14,18 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
 std::string openFailure(const std::string& path, const std::error_code& error)
 {
-    return "Failed to open file '" + path + "' for reading: " + errorText(error);
+    return "Failed to open file '" + path + "' for reading: " + platform::errorText(error);
 }
 
 std::string readFailure(const std::string& path, const std::error_code& error)
 {
-    return "Failed to read() file '" + path + "': " + errorText(error);
+    return "Failed to read() file '" + path + "': " + platform::errorText(error);
 }
 
 } // namespace
@@ -35,7 +35,7 @@ RulesFileText RulesFileText::read(const std::string& path, std::chrono::millisec
     return readGuarded(path, wait);
 }
 
-RulesFileText RulesFileText::read(const std::string& path, const FileLock&)
+RulesFileText RulesFileText::read(const std::string& path, const platform::FileLock&)
 {
     return readGuarded(path, std::nullopt);
 }
@@ -65,10 +65,10 @@ RulesFileText::Outcome RulesFileText::readOnce(
     if (!lookAt(path))
         return Outcome::done;
     std::error_code error;
-    FileDescriptor file = open(path, error);
+    platform::FileDescriptor file = open(path, error);
     if (!file)
         return error == std::errc::no_such_file_or_directory ? Outcome::changed : Outcome::done;
-    m_locked = wait && lockDescriptor(file.get(), LockMode::shared, *wait, error);
+    m_locked = wait && lockDescriptor(file.get(), platform::LockMode::shared, *wait, error);
     const Outcome outcome = takeBytes(path, file.get());
     if (m_leftOpen) {
         flock(file.get(), LOCK_UN);
@@ -84,21 +84,21 @@ bool RulesFileText::lookAt(const std::string& path)
     struct stat status { };
     m_lookedAt = std::chrono::system_clock::now();
     if (stat(path.c_str(), &status) == 0)
-        m_identity = FileIdentity::ofStatus(status);
+        m_identity = platform::FileIdentity::ofStatus(status);
     else if (errno == ENOENT)
-        m_identity = FileIdentity::missing();
+        m_identity = platform::FileIdentity::missing();
     else
-        m_errorMessage = openFailure(path, systemError(errno));
+        m_errorMessage = openFailure(path, platform::systemError(errno));
     m_nothing = m_identity && m_identity->size <= 0;
-    return m_identity && *m_identity != FileIdentity::missing();
+    return m_identity && *m_identity != platform::FileIdentity::missing();
 }
 
 // None when it cannot be read or when there is nothing to read after all.
-FileDescriptor RulesFileText::open(const std::string& path, std::error_code& error)
+platform::FileDescriptor RulesFileText::open(const std::string& path, std::error_code& error)
 {
-    FileDescriptor file = openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
+    platform::FileDescriptor file = platform::openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
     if (error == std::errc::no_such_file_or_directory) {
-        m_identity = FileIdentity::missing(); // since it was looked at
+        m_identity = platform::FileIdentity::missing(); // since it was looked at
         m_nothing = true;
     } else if (error == std::errc::not_supported) {
         m_nothing = true; // a pipe or device
@@ -108,7 +108,7 @@ FileDescriptor RulesFileText::open(const std::string& path, std::error_code& err
     } else if (file.get() <= 0) { // Deliberate: descriptor 0 counts as a failure too.
         if (!m_nothing)
             m_errorMessage = openFailure(path, error);
-        return FileDescriptor();
+        return platform::FileDescriptor();
     }
     return file;
 }
@@ -118,7 +118,7 @@ RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int des
     std::error_code error;
     m_nothing = false;
     m_lookedAt = std::chrono::system_clock::now();
-    m_identity = FileIdentity::ofDescriptor(descriptor, error);
+    m_identity = platform::FileIdentity::ofDescriptor(descriptor, error);
     m_size = m_identity ? static_cast<std::size_t>(m_identity->size) : 0;
     m_bytes.reset(new (std::nothrow) char[m_size + 1]);
     if (!m_bytes) {
@@ -127,10 +127,11 @@ RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int des
         m_errorMessage = "Internal error: unable to allocate memory";
         return Outcome::done;
     }
-    const std::size_t got = readFully(descriptor, m_bytes.get(), m_size, error);
+    const std::size_t got = platform::readFully(descriptor, m_bytes.get(), m_size, error);
     std::error_code ignored;
-    const Outcome outcome
-        = FileIdentity::ofDescriptor(descriptor, ignored) == m_identity ? Outcome::done : Outcome::changed;
+    const Outcome outcome = platform::FileIdentity::ofDescriptor(descriptor, ignored) == m_identity
+        ? Outcome::done
+        : Outcome::changed;
     if (got != m_size) {
         m_size = got;
         m_leftOpen = outcome == Outcome::done;
@@ -149,11 +150,11 @@ void RulesFileText::decode(const std::string& path)
     m_nothing = m_size == 0;
     if (m_text.size() < m_size)
         m_unreadReason = "The rules file '" + path + "' holds a NUL byte: nothing behind it is read";
-    if (!isValidUtf8(m_text)) {
+    if (!platform::isValidUtf8(m_text)) {
         m_text = {};
         m_nothing = true;
         m_unreadReason = "The rules file '" + path + "' is not valid UTF-8: none of it is read";
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,9 +11,11 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class FileLock;
+}
+
+namespace quorvane::rules {
 
 // The text of a rules file, or why there is none.
 //
@@ -27,7 +29,7 @@ public:
     // Reads the file whole. Its size is asked through a symbolic link, its opening refuses one.
     static RulesFileText read(const std::string& path, std::chrono::milliseconds wait = usualWait);
     // The same for who holds a lock on that file already, which must last as long as the reading.
-    static RulesFileText read(const std::string& path, const FileLock& held);
+    static RulesFileText read(const std::string& path, const platform::FileLock& held);
 
     // Up to the first NUL byte; always valid UTF-8. Lasts as long as this object.
     std::string_view text() const { return m_text; }
@@ -37,7 +39,7 @@ public:
 
     // The file that the bytes come from, in the state in which they are its contents; missing where there was
     // none. Nothing when the file could not be looked at.
-    const std::optional<FileIdentity>& identity() const { return m_identity; }
+    const std::optional<platform::FileIdentity>& identity() const { return m_identity; }
     // A time before that state was looked at: what changes the file afterwards may bear a later one.
     std::chrono::system_clock::time_point lookedAt() const { return m_lookedAt; }
 
@@ -61,14 +63,14 @@ private:
     enum class Outcome { done, changed };
     Outcome readOnce(const std::string& path, std::optional<std::chrono::milliseconds> wait);
     bool lookAt(const std::string& path);
-    FileDescriptor open(const std::string& path, std::error_code& error);
+    platform::FileDescriptor open(const std::string& path, std::error_code& error);
     Outcome takeBytes(const std::string& path, int descriptor);
     void decode(const std::string& path);
 
     std::unique_ptr<char[]> m_bytes;
     std::size_t m_size = 0;
     std::string_view m_text;
-    std::optional<FileIdentity> m_identity;
+    std::optional<platform::FileIdentity> m_identity;
     std::chrono::system_clock::time_point m_lookedAt;
     bool m_nothing = false;
     bool m_tooLarge = false;
@@ -78,4 +80,4 @@ private:
     std::optional<std::string> m_unreadReason;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

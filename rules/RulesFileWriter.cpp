@@ -14,7 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -40,7 +40,7 @@ public:
             syncFolder();
         expect(fchmod(m_file.get(), rulesFileMode) == 0, "set the permissions of");
         std::error_code unknown;
-        m_result.identity = FileIdentity::ofDescriptor(m_file.get(), unknown);
+        m_result.identity = platform::FileIdentity::ofDescriptor(m_file.get(), unknown);
         // Closed even where that fails, and a signal is no failure.
         expect(close(m_file.release()) == 0 || errno == EINTR, "close");
         return m_result;
@@ -52,13 +52,14 @@ private:
     {
         constexpr int flags = O_WRONLY | O_NOFOLLOW;
         std::error_code error;
-        m_file = openRegularFile(m_path, flags, error);
+        m_file = platform::openRegularFile(m_path, flags, error);
         if (error == std::errc::no_such_file_or_directory) {
             m_isNew = true;
-            m_file = openRegularFile(m_path, flags | O_CREAT, error, rulesFileMode);
+            m_file = platform::openRegularFile(m_path, flags | O_CREAT, error, rulesFileMode);
         }
         if (error)
-            m_result.message = "Failed to open file '" + m_path + "' for writing: " + errorText(error);
+            m_result.message
+                = "Failed to open file '" + m_path + "' for writing: " + platform::errorText(error);
     }
 
     // Writes all rules in as few calls as will do. After a failure the rest of that rule is left out, and the
@@ -69,14 +70,15 @@ private:
         std::size_t length = 0;
         for (std::size_t at = 0; at < bytes.size();) {
             std::error_code error;
-            const std::size_t written = writeFully(m_file.get(), bytes.substr(at), error);
+            const std::size_t written = platform::writeFully(m_file.get(), bytes.substr(at), error);
             length += written;
             at += written;
             if (at == bytes.size())
                 break;
             if (!error)
-                error = systemError(EIO); // a call that writes nothing and does not say why
-            m_result.message = "Failed write() operation on file '" + m_path + "' " + errorText(error);
+                error = platform::systemError(EIO); // a call that writes nothing and does not say why
+            m_result.message
+                = "Failed write() operation on file '" + m_path + "' " + platform::errorText(error);
             if (m_old && putBack(length))
                 return m_old->size();
             at = content.endOfRuleAt(at);
@@ -89,12 +91,13 @@ private:
     {
         if (ftruncate(m_file.get(), static_cast<off_t>(length)) == 0)
             return;
-        const std::error_code reason = systemError(errno);
+        const std::error_code reason = platform::systemError(errno);
         std::error_code unknown;
-        const auto left = FileIdentity::ofDescriptor(m_file.get(), unknown);
+        const auto left = platform::FileIdentity::ofDescriptor(m_file.get(), unknown);
         if (left && left->size <= static_cast<std::int64_t>(length))
             return;
-        m_result.message = "Failed to cut to its length file '" + m_path + "': " + errorText(reason);
+        m_result.message
+            = "Failed to cut to its length file '" + m_path + "': " + platform::errorText(reason);
         if (m_old)
             putBack(length);
     }
@@ -104,7 +107,8 @@ private:
     {
         std::error_code error;
         const std::string_view lost = m_old->substr(0, written);
-        if (lseek(m_file.get(), 0, SEEK_SET) != 0 || writeFully(m_file.get(), lost, error) != lost.size())
+        if (lseek(m_file.get(), 0, SEEK_SET) != 0
+            || platform::writeFully(m_file.get(), lost, error) != lost.size())
             return false;
         m_result.opened = false;
         return true;
@@ -112,8 +116,8 @@ private:
 
     void syncFolder()
     {
-        const std::string path = deletingLastPathComponent(m_path);
-        const FileDescriptor folder(
+        const std::string path = platform::deletingLastPathComponent(m_path);
+        const platform::FileDescriptor folder(
             ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         expect(folder && fsync(folder.get()) == 0, "sync the folder of");
     }
@@ -123,12 +127,12 @@ private:
     {
         if (!done)
             m_result.warnings.push_back(std::string("Failed to ") + what + " file '" + m_path
-                + "': " + errorText(systemError(errno)));
+                + "': " + platform::errorText(platform::systemError(errno)));
     }
 
     const std::string& m_path;
     const std::optional<std::string_view> m_old;
-    FileDescriptor m_file;
+    platform::FileDescriptor m_file;
     bool m_isNew = false;
     WriteResult m_result;
 };
@@ -141,4 +145,4 @@ WriteResult writeRulesFile(
     return RulesFileWriting(path, old).write(content);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

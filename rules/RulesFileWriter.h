@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 class RulesContent;
 
@@ -20,7 +20,7 @@ struct WriteResult {
     // What failed besides, though every byte is there: syncing, closing, permission bits.
     std::vector<std::string> warnings;
     // The file as it was left; none when that cannot be told.
-    std::optional<FileIdentity> identity;
+    std::optional<platform::FileIdentity> identity;
 };
 
 // Writes a rules file in place: an existing one keeps its inode, and keeps its old contents until the new
@@ -32,4 +32,4 @@ struct WriteResult {
 WriteResult writeRulesFile(
     const std::string& path, const RulesContent& content, std::optional<std::string_view> old = std::nullopt);
 
-} // namespace quorvane
+} // namespace quorvane::rules

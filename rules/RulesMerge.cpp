@@ -13,7 +13,7 @@
 // into which those of theirs are hung one after the other, each behind the last one of theirs that is in the
 // chain.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -240,4 +240,4 @@ MergeResult mergeRules(const std::vector<RuleValue>& base, const std::vector<Rul
     return merge.result(placement);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -18,7 +18,7 @@
 // - The order is ours. What theirs adds stands immediately behind what precedes it in theirs and is in the
 //   result, of whatever kind.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 struct MergedRule {
     RuleValue rule;
@@ -67,4 +67,4 @@ enum class Placement {
 MergeResult mergeRules(const std::vector<RuleValue>& base, const std::vector<RuleValue>& ours,
     const std::vector<RuleValue>& theirs, Placement placement = Placement::endOfKind);
 
-} // namespace quorvane
+} // namespace quorvane::rules

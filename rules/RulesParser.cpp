@@ -11,7 +11,7 @@
 #include <thread>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -103,4 +103,4 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

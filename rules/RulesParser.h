@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // How a rules file is read.
 struct RulesFileKind {
@@ -54,4 +54,4 @@ private:
 // several stretches are parsed at the same time, on threads that have ended when the call returns.
 void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use);
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,7 +11,7 @@
 #include <utility>
 #include <variant>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -32,7 +32,7 @@ template <class... Pieces> std::string logLine(const Pieces&... pieces)
 } // namespace
 
 RulesReading::RulesReading(
-    RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence, Log& log)
+    RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence, platform::Log& log)
     : m_store(store)
     , m_former(former)
     , m_options(options)
@@ -116,4 +116,4 @@ WatchRulePtr RulesReading::recordFor(std::shared_ptr<WatchRuleFields> fields, st
     return former;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

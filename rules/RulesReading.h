@@ -8,10 +8,13 @@
 #include <cstdint>
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::platform {
+class Log;
+}
+
+namespace quorvane::rules {
 
 class FilterOptions;
-class Log;
 class PolicyGroup;
 class RuleStore;
 struct ParsedLine;
@@ -22,8 +25,8 @@ class RulesReading {
 public:
     // `former`: the store before a reload, of which a rule takes the record of an equal one; may be null.
     // `sequence`: the number of the next rule. All must outlive it.
-    RulesReading(
-        RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence, Log& log);
+    RulesReading(RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence,
+        platform::Log& log);
 
     // From now on policy rules are merged into the ones before them, as in the fail-safe file.
     void mergeAsFailSafe();
@@ -41,7 +44,7 @@ private:
     RuleStore* const m_former;
     FilterOptions& m_options;
     std::int64_t& m_sequence;
-    Log& m_log;
+    platform::Log& m_log;
     std::unique_ptr<FailSafeMerge> m_failSafe; // of the fail-safe file only
     // Rules of one application mostly follow each other and share its texts.
     NullableText m_lastProcessName;
@@ -49,4 +52,4 @@ private:
     PolicyGroup* m_lastGroup = nullptr;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

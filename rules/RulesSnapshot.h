@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Rules as they were at one moment, in the order in which they are written. Cheap to make and to copy, never
 // changes, and may be used from any thread.
@@ -55,4 +55,4 @@ private:
     std::shared_ptr<const std::vector<std::uint32_t>> m_order;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

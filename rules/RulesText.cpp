@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <unordered_set>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::vector<RuleValue> rulesOfText(std::string_view text)
 {
     text = text.substr(0, text.find('\0'));
     std::vector<RuleValue> rules;
-    if (!isValidUtf8(text))
+    if (!platform::isValidUtf8(text))
         return rules;
     std::unordered_set<std::size_t, HashOfNumbered, EqualNumbered> known(0, {&rules}, {&rules});
     useParsedLines(text, {}, [&](ParsedLine& line) {
@@ -43,4 +43,4 @@ std::vector<RuleValue> rulesOfText(std::string_view text)
     return rules;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

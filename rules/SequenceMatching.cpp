@@ -9,7 +9,7 @@
 // both is put into its longest common order, and each stretch between two such places is matched by itself.
 // Where nothing stands once, Myers' greedy algorithm looks for the fewest differences, up to a bound.
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -199,4 +199,4 @@ std::vector<PlacePair> matchingPlaces(const Sequence& a, const Sequence& b)
     return Matching(a, b).all();
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

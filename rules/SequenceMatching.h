@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 using Sequence = std::vector<std::uint32_t>;
 using PlacePair = std::pair<std::uint32_t, std::uint32_t>;
@@ -16,4 +16,4 @@ using PlacePair = std::pair<std::uint32_t, std::uint32_t>;
 // be small numbers. Time in proportion to n log n.
 std::vector<PlacePair> matchingPlaces(const Sequence& a, const Sequence& b);
 
-} // namespace quorvane
+} // namespace quorvane::rules

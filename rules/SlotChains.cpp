@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 void SlotChains::insert(std::uint64_t hash, std::uint32_t slot)
 {
@@ -63,4 +63,4 @@ std::uint32_t SlotChains::withHash(std::uint32_t hash, std::uint32_t entry) cons
     return entry;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Finds the slots of a list by hash: a hash table without keys, whose user looks at the slot to see what it
 // holds. In place of a standard table it halves the memory and the time of a long list.
@@ -45,4 +45,4 @@ private:
     std::vector<Chain> m_chains; // a power of two
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

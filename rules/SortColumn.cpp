@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 SortColumn::SortColumn(std::size_t values)
 {
@@ -38,7 +38,7 @@ void SortColumn::appendText(const NullableText& text)
     if (m_texts.empty())
         m_texts.reserve(m_values.capacity() * roomForText);
     const std::size_t start = m_texts.size();
-    appendFoldedCase(m_texts, text.view());
+    platform::appendFoldedCase(m_texts, text.view());
     m_values.push_back({start, static_cast<std::uint32_t>(m_texts.size() - start), Kind::text});
 }
 
@@ -88,4 +88,4 @@ void SortColumn::loadSlices(std::vector<Slice>::iterator begin, std::vector<Slic
         std::sort(begin, end);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

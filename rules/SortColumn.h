@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // The values of one sort key, in the order of the places to be sorted, laid out for comparison in slices.
 class SortColumn {
@@ -59,4 +59,4 @@ private:
     std::string m_texts; // case folded
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Lets texts that come again and again share their bytes. Remembers a bounded number of recent texts.
 // Not for two threads at once.
@@ -30,4 +30,4 @@ private:
     std::vector<NullableText> m_kept;
 };
 
-} // namespace quorvane
+} // namespace quorvane::rules

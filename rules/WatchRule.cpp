@@ -3,7 +3,7 @@
 #include "rules/RuleCodes.h"
 #include "rules/RuleIdentity.h"
 
-namespace quorvane {
+namespace quorvane::rules {
 
 WatchRule::WatchRule(WatchRuleFields fields)
     : WatchRule(makeRuleValue(std::move(fields)))
@@ -30,4 +30,4 @@ bool WatchRule::isEqualToWatchRule(const WatchRule& other) const
     return isEqualRule(fields(), other.fields());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

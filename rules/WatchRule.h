@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 // Names operations on paths that are reported, not decided. Shared and threaded like PolicyRule.
 class WatchRule : public RuleHandle<WatchRuleFields> {
@@ -50,4 +50,4 @@ public:
 
 using WatchRulePtr = std::shared_ptr<WatchRule>;
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -53,10 +53,10 @@ bool isOnVolume(std::string_view path)
     return path.starts_with('/') && std::none_of(gone.begin(), gone.end(), isAbove);
 }
 
-std::vector<RuleRef> sampleRules(const fs::path& samples)
+std::vector<rules::RuleRef> sampleRules(const fs::path& samples)
 {
-    Log log({});
-    RuleManager store(Locations("", ""), log);
+    platform::Log log({});
+    rules::RuleManager store(platform::Locations("", ""), log);
     store.addFileContents((samples / "user.quorvane.rc").string(), false);
     for (const auto& file : fs::directory_iterator(samples / "system"))
         store.addFileContents(file.path().string(), true);
@@ -73,13 +73,14 @@ void addProgram(Programs& programs, const std::string& path, std::string_view co
         bound = constraint;
 }
 
-Programs programsOf(const std::vector<RuleRef>& rules)
+Programs programsOf(const std::vector<rules::RuleRef>& rules)
 {
     Programs programs = changed;
-    for (const RuleRef& rule : rules) {
-        const NullableText process = askRule(rule, [](const auto& each) { return each.processName(); });
-        const PolicyRule* policy = policyRuleIn(rule);
-        addProgram(programs, namedProgram(process.view()),
+    for (const rules::RuleRef& rule : rules) {
+        const rules::NullableText process
+            = askRule(rule, [](const auto& each) { return each.processName(); });
+        const rules::PolicyRule* policy = policyRuleIn(rule);
+        addProgram(programs, workflow::namedProgram(process.view()),
             policy == nullptr ? std::string_view() : policy->fields().constraint.view());
         addProgram(programs, applicationParentPathForProcess(process).value_or(""), {});
     }
@@ -94,27 +95,28 @@ void write(const fs::path& file, std::string_view contents)
         throw std::runtime_error("cannot write " + file.string());
 }
 
-SignaturePlan signatureOfTeam(const std::string& team)
+test::SignaturePlan signatureOfTeam(const std::string& team)
 {
     static int keys = 100; // others are the authority's
-    CertificatePlan plan;
+    test::CertificatePlan plan;
     plan.commonName = "Sample Signer (" + team + ")";
     plan.organizationalUnit = team;
     plan.extendedUsage = "critical,codeSigning";
-    CmsPlan cms;
+    test::CmsPlan cms;
     cms.signer = makeIdentity(testKey(++keys), plan, &testAuthority().intermediate);
     cms.certificates.back() = cms.signer;
-    SignaturePlan signature = signedPlan(cms);
+    test::SignaturePlan signature = signedPlan(cms);
     signature.directories.front().team = team;
     return signature;
 }
 
-SignaturePlan signatureMeeting(const std::string& constraint)
+test::SignaturePlan signatureMeeting(const std::string& constraint)
 {
-    if (constraint != platformMarker && constraintKind(constraint) == ConstraintKind::team)
+    if (constraint != workflow::platformMarker
+        && workflow::constraintKind(constraint) == workflow::ConstraintKind::team)
         return signatureOfTeam(constraint);
-    SignaturePlan signature;
-    signature.directories.front().platform = constraint == platformMarker ? 1 : 0;
+    test::SignaturePlan signature;
+    signature.directories.front().platform = constraint == workflow::platformMarker ? 1 : 0;
     return signature;
 }
 
@@ -149,7 +151,7 @@ void writeProgram(
 {
     const fs::path file = volume / path.substr(1);
     const fs::path contents = file.parent_path().parent_path();
-    ProgramPlan program;
+    test::ProgramPlan program;
     program.signature = signatureMeeting(constraint);
     program.signature->directories.front().identifier = identifierOf(path);
     if (contents.filename() == "Contents") {
@@ -160,18 +162,18 @@ void writeProgram(
         if (fs::exists(drawing))
             writeIcon(drawing, contents / "Resources/icon.icns");
     }
-    write(file, ByteView(makeProgram(program)).text());
+    write(file, codesign::ByteView(makeProgram(program)).text());
     fs::permissions(
         file, fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
 }
 
 // A folder where the path ends with "/", else a file, unless the path is that of something already.
-void writePath(const fs::path& volume, const RuleRef& rule)
+void writePath(const fs::path& volume, const rules::RuleRef& rule)
 {
     const std::string path = pathOf(valueOf(rule));
     const auto type = askRule(rule, [](const auto& each) { return each.fields().policyType; });
     const fs::path place = volume / path.substr(std::min<std::size_t>(path.size(), 1));
-    if (type == PolicyType::suffix || !isOnVolume(path) || path.starts_with("/dev/"))
+    if (type == rules::PolicyType::suffix || !isOnVolume(path) || path.starts_with("/dev/"))
         return;
     if (path.ends_with('/'))
         fs::create_directories(place);
@@ -181,10 +183,10 @@ void writePath(const fs::path& volume, const RuleRef& rule)
 
 void makeVolume(const fs::path& samples, const fs::path& volume)
 {
-    const std::vector<RuleRef> rules = sampleRules(samples);
+    const std::vector<rules::RuleRef> rules = sampleRules(samples);
     for (const auto& [path, constraint] : programsOf(rules))
         writeProgram(volume, samples, path, constraint);
-    for (const RuleRef& rule : rules)
+    for (const rules::RuleRef& rule : rules)
         writePath(volume, rule);
 }
 

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -64,4 +64,4 @@ QPixmap accessBarSample(const AccessShares& shares, QSize size, qreal devicePixe
     return sample;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -5,7 +5,7 @@
 #include <QPixmap>
 #include <QStyledItemDelegate>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Paints the bars of the access map: allow empty, deny full, watch hatched, so that they can be told apart
 // without colours, as in the report that is printed.
@@ -21,4 +21,4 @@ public:
 // A sample of a bar, for the legend.
 QPixmap accessBarSample(const AccessShares& shares, QSize size, qreal devicePixelRatio);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -21,21 +21,22 @@ QString shown(const std::string& text)
                                       : toQt(std::string_view(text).substr(0, longestText)) + QChar(0x2026);
 }
 
-std::size_t total(const AccessCounts& counts)
+std::size_t total(const workflow::AccessCounts& counts)
 {
     return counts.allow + counts.deny + counts.watch;
 }
 
 QString shortName(const std::string& process)
 {
-    const NullableText text(process);
+    const rules::NullableText text(process);
     const QString name = toQt(applicationNameForProcess(text));
     const auto parent = applicationParentNameForProcess(text);
     return parent ? AccessModel::tr("%1 via %2").arg(name, toQt(*parent)) : name;
 }
 
 // `nameOf`: how a process is named.
-QString programsText(const AccessBranch& branch, std::size_t most, QString (*nameOf)(const std::string&))
+QString programsText(
+    const workflow::AccessBranch& branch, std::size_t most, QString (*nameOf)(const std::string&))
 {
     QStringList names;
     for (std::size_t place = 0; place < std::min(most, branch.programs.size()); ++place) {
@@ -48,14 +49,14 @@ QString programsText(const AccessBranch& branch, std::size_t most, QString (*nam
     return names.join(QStringLiteral(", "));
 }
 
-QString titleOf(const AccessBranch& branch)
+QString titleOf(const workflow::AccessBranch& branch)
 {
     switch (branch.kind) {
-    case AccessBranch::Kind::everyPath:
+    case workflow::AccessBranch::Kind::everyPath:
         return AccessModel::tr("Every path");
-    case AccessBranch::Kind::byEnding:
+    case workflow::AccessBranch::Kind::byEnding:
         return AccessModel::tr("Paths by their ending");
-    case AccessBranch::Kind::program:
+    case workflow::AccessBranch::Kind::program:
         return branch.text.empty() ? AccessModel::tr("no program") : shown(branch.title);
     default:
         return shown(branch.title);
@@ -70,7 +71,7 @@ int alignmentOf(int column)
 
 } // namespace
 
-QString accessText(const AccessCounts& counts)
+QString accessText(const workflow::AccessCounts& counts)
 {
     QStringList parts;
     if (counts.allow > 0)
@@ -82,7 +83,7 @@ QString accessText(const AccessCounts& counts)
     return parts.join(QStringLiteral(", "));
 }
 
-void AccessModel::setTree(AccessTreePtr tree)
+void AccessModel::setTree(workflow::AccessTreePtr tree)
 {
     beginResetModel();
     m_tree = std::move(tree);
@@ -100,7 +101,7 @@ void AccessModel::setTree(AccessTreePtr tree)
     };
     if (m_tree) {
         number(m_tree->top());
-        for (const AccessBranch& branch : m_tree->branches())
+        for (const workflow::AccessBranch& branch : m_tree->branches())
             number(branch.children);
     }
     endResetModel();
@@ -143,7 +144,7 @@ QVariant AccessModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return {};
-    const AccessBranch& branch = m_tree->branches()[branchAt(index)];
+    const workflow::AccessBranch& branch = m_tree->branches()[branchAt(index)];
     switch (role) {
     case Qt::DisplayRole:
         return textOf(branch, index.column());
@@ -160,7 +161,7 @@ QVariant AccessModel::data(const QModelIndex& index, int role) const
     }
 }
 
-QString AccessModel::textOf(const AccessBranch& branch, int column) const
+QString AccessModel::textOf(const workflow::AccessBranch& branch, int column) const
 {
     const auto number = [](std::size_t count) { return count == 0 ? QString() : inWords(count); };
     switch (column) {
@@ -184,7 +185,7 @@ QVariant AccessModel::sharesOf(std::size_t branch) const
     const auto share = [&](std::size_t part) {
         return static_cast<double>(part) / static_cast<double>(m_longest[branch]);
     };
-    const AccessCounts& counts = m_tree->branches()[branch].counts;
+    const workflow::AccessCounts& counts = m_tree->branches()[branch].counts;
     return QVariant::fromValue(AccessShares{share(counts.allow), share(counts.deny), share(counts.watch)});
 }
 
@@ -210,4 +211,4 @@ QVariant AccessModel::headerData(int section, Qt::Orientation orientation, int r
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -4,7 +4,7 @@
 
 #include <QAbstractItemModel>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The access map as a Qt tree. Everything that the bars show stands in words beside them.
 class AccessModel : public QAbstractItemModel {
@@ -17,8 +17,8 @@ public:
     using QAbstractItemModel::QAbstractItemModel;
 
     // No rows when null.
-    void setTree(AccessTreePtr tree);
-    const AccessTreePtr& tree() const { return m_tree; }
+    void setTree(workflow::AccessTreePtr tree);
+    const workflow::AccessTreePtr& tree() const { return m_tree; }
     // Of a valid index.
     std::size_t branchAt(const QModelIndex& index) const { return index.internalId(); }
     QModelIndex indexOf(std::size_t branch) const;
@@ -32,10 +32,10 @@ public:
 
 private:
     const std::vector<std::size_t>& branchesIn(const QModelIndex& parent) const;
-    QString textOf(const AccessBranch& branch, int column) const;
+    QString textOf(const workflow::AccessBranch& branch, int column) const;
     QVariant sharesOf(std::size_t branch) const;
 
-    AccessTreePtr m_tree;
+    workflow::AccessTreePtr m_tree;
     std::vector<int> m_rows; // of each branch in its parent
     std::vector<std::size_t>
         m_longest; // of each branch: the rules of the fullest one beside it, itself included
@@ -49,8 +49,8 @@ struct AccessShares {
 };
 
 // "12 allow, 3 deny", without what there is none of.
-QString accessText(const AccessCounts& counts);
+QString accessText(const workflow::AccessCounts& counts);
 
-} // namespace quorvane
+} // namespace quorvane::windows
 
-Q_DECLARE_METATYPE(quorvane::AccessShares)
+Q_DECLARE_METATYPE(quorvane::windows::AccessShares)

@@ -15,7 +15,7 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -29,8 +29,8 @@ constexpr std::chrono::milliseconds lockTimeout{100};
 
 } // namespace
 
-AsideController::AsideController(
-    QWidget& window, RulesTable& table, RulesDocument& document, Workspace& workspace, Log& log)
+AsideController::AsideController(QWidget& window, RulesTable& table, workflow::RulesDocument& document,
+    platform::Workspace& workspace, platform::Log& log)
     : m_window(window)
     , m_table(table)
     , m_document(document)
@@ -42,17 +42,19 @@ AsideController::AsideController(
 
 void AsideController::setAside()
 {
-    std::vector<RuleRef> rules = m_table.selectedRules();
-    std::erase_if(rules, isSystemRule);
+    std::vector<rules::RuleRef> rules = m_table.selectedRules();
+    std::erase_if(rules, rules::isSystemRule);
     if (rules.empty())
         return;
-    const PlannedChange planned = removalOf(m_document.store(), rules, m_document.settings().lineEnds());
+    const workflow::PlannedChange planned
+        = workflow::removalOf(m_document.store(), rules, m_document.settings().lineEnds());
     if (!planned.refusal) {
         if (const auto problem = m_aside.add(planned.difference.removed))
             return m_table.addNotice(
                 {.text = tr("Nothing was set aside: %1").arg(toQt(*problem)), .subject = asideSubject()});
     }
-    if (m_table.perform(planned, {.action = actionName("Set Aside", rules.size()), .refusesCuts = true}))
+    if (m_table.perform(
+            planned, {.action = workflow::actionName("Set Aside", rules.size()), .refusesCuts = true}))
         tellSetAside(rules.size());
 }
 
@@ -75,7 +77,7 @@ void AsideController::showAside()
     bringToFront(*m_asideWindow);
 }
 
-void AsideController::setPlace(const RulesPlace& place)
+void AsideController::setPlace(const workflow::RulesPlace& place)
 {
     m_place = place;
     if (m_asideWindow)
@@ -88,25 +90,27 @@ void AsideController::rulesDidChange()
         m_asideWindow->refresh();
 }
 
-void AsideController::bringBack(const std::vector<RuleValue>& rules)
+void AsideController::bringBack(const std::vector<rules::RuleValue>& rules)
 {
-    const PlannedChange planned = addingOf(m_document.store(), rules, m_document.settings().lineEnds());
-    std::vector<RuleRef> added;
-    for (const ChangeSet::Addition& addition : planned.change.added)
+    const workflow::PlannedChange planned
+        = workflow::addingOf(m_document.store(), rules, m_document.settings().lineEnds());
+    std::vector<rules::RuleRef> added;
+    for (const rules::ChangeSet::Addition& addition : planned.change.added)
         added.push_back(addition.rule);
-    if (!m_table.perform(planned, {.action = actionName("Bring Back", rules.size()), .refusesCuts = true}))
+    if (!m_table.perform(
+            planned, {.action = workflow::actionName("Bring Back", rules.size()), .refusesCuts = true}))
         return m_asideWindow->tell(toQt(*planned.refusal));
     if (!added.empty())
         m_table.revealRule(added.front());
     m_table.selectRules(added);
 }
 
-void AsideController::deleteForGood(const std::vector<RuleValue>& rules)
+void AsideController::deleteForGood(const std::vector<rules::RuleValue>& rules)
 {
     QMessageBox question(QMessageBox::Warning, tr("Delete Rules"), {}, QMessageBox::Cancel, m_asideWindow);
     question.setTextFormat(Qt::PlainText);
     question.setText(tr("Delete %1 for good? Nothing brings back what is deleted here.")
-                         .arg(toQt(countedRules(rules.size()))));
+                         .arg(toQt(workflow::countedRules(rules.size()))));
     const QAbstractButton* confirm = question.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
     question.setDefaultButton(QMessageBox::Cancel);
     question.exec();
@@ -117,4 +121,4 @@ void AsideController::deleteForGood(const std::vector<RuleValue>& rules)
     m_asideWindow->refresh();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

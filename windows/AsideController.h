@@ -10,13 +10,19 @@
 
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::platform {
+class Log;
+class Workspace;
+} // namespace quorvane::platform
+
+namespace quorvane::workflow {
+class RulesDocument;
+}
+
+namespace quorvane::windows {
 
 class AsideWindow;
-class Log;
-class RulesDocument;
 class RulesTable;
-class Workspace;
 
 // Takes rules out of force without losing them, and brings them back. User interface thread only.
 //
@@ -28,11 +34,11 @@ class AsideController : public QObject {
 public:
     // The window of those set aside stands over `window`. Nothing given is owned; all of it must outlive
     // this.
-    AsideController(
-        QWidget& window, RulesTable& table, RulesDocument& document, Workspace& workspace, Log& log);
+    AsideController(QWidget& window, RulesTable& table, workflow::RulesDocument& document,
+        platform::Workspace& workspace, platform::Log& log);
 
     // Where programs and paths of those set aside are looked up; this machine at first.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
 
     // Sets the selected rules aside; not those of the system.
     void setAside();
@@ -42,18 +48,18 @@ public:
     void rulesDidChange();
 
 private:
-    void bringBack(const std::vector<RuleValue>& rules);
-    void deleteForGood(const std::vector<RuleValue>& rules);
+    void bringBack(const std::vector<rules::RuleValue>& rules);
+    void deleteForGood(const std::vector<rules::RuleValue>& rules);
     void tellSetAside(std::size_t rules);
 
     QWidget& m_window;
     RulesTable& m_table;
-    RulesDocument& m_document;
-    Workspace& m_workspace;
-    Log& m_log;
-    const AsideRules m_aside;
-    RulesPlace m_place = RulesPlace::thisMachine();
+    workflow::RulesDocument& m_document;
+    platform::Workspace& m_workspace;
+    platform::Log& m_log;
+    const workflow::AsideRules m_aside;
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     QPointer<AsideWindow> m_asideWindow;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

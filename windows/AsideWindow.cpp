@@ -12,7 +12,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -23,8 +23,8 @@ QString newsSubject()
 
 } // namespace
 
-AsideWindow::AsideWindow(
-    const AsideRules& aside, const RuleManager& inForce, Workspace& workspace, Log& log, QWidget* parent)
+AsideWindow::AsideWindow(const workflow::AsideRules& aside, const rules::RuleManager& inForce,
+    platform::Workspace& workspace, platform::Log& log, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::AsideWindow>())
     , m_aside(aside)
@@ -36,7 +36,7 @@ AsideWindow::AsideWindow(
     m_ui->setupUi(this);
     auto* table = m_ui->asideTableView;
     table->setModel(m_model);
-    table->setPathColumn(static_cast<int>(RuleColumn::path));
+    table->setPathColumn(static_cast<int>(workflow::RuleColumn::path));
     table->horizontalHeader()->setSectionsClickable(false);
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AsideWindow::validate);
     connect(m_ui->bringBackButton, &QPushButton::clicked, this,
@@ -53,7 +53,7 @@ AsideWindow::AsideWindow(
 
 AsideWindow::~AsideWindow() = default;
 
-void AsideWindow::setPlace(const RulesPlace& place)
+void AsideWindow::setPlace(const workflow::RulesPlace& place)
 {
     m_model->setPlace(place);
     m_model->reload();
@@ -61,36 +61,37 @@ void AsideWindow::setPlace(const RulesPlace& place)
 
 void AsideWindow::refresh()
 {
-    const AsideRules::Listing listing = m_aside.read();
-    std::vector<RuleValue> inForce;
-    for (const RuleRef& rule : listing.rules.empty() ? std::vector<RuleRef>() : m_inForce.userRules())
+    const workflow::AsideRules::Listing listing = m_aside.read();
+    std::vector<rules::RuleValue> inForce;
+    for (const rules::RuleRef& rule :
+        listing.rules.empty() ? std::vector<rules::RuleRef>() : m_inForce.userRules())
         inForce.push_back(valueOf(rule));
-    const std::vector<RuleValue> rules = withoutEqual(listing.rules, inForce);
+    const std::vector<rules::RuleValue> rules = workflow::withoutEqual(listing.rules, inForce);
     std::string lines;
-    for (const RuleValue& rule : rules)
-        lines += ruleText(rule) + '\n';
+    for (const rules::RuleValue& rule : rules)
+        lines += workflow::ruleText(rule) + '\n';
     if (std::exchange(m_shown, lines) != lines)
         showRules(rules);
     m_ui->asideTableView->setEmptyText(
         listing.problem ? toQt(*listing.problem) : tr("No rule is set aside."));
-    m_ui->countLabel->setText(toQt(countedRules(rules.size())));
+    m_ui->countLabel->setText(toQt(workflow::countedRules(rules.size())));
     validate();
 }
 
-void AsideWindow::showRules(const std::vector<RuleValue>& rules)
+void AsideWindow::showRules(const std::vector<rules::RuleValue>& rules)
 {
-    ChangeSet change;
-    for (const RuleRef& rule : m_store.allRules())
+    rules::ChangeSet change;
+    for (const rules::RuleRef& rule : m_store.allRules())
         change.removed.push_back({rule});
-    for (const RuleValue& rule : rules)
+    for (const rules::RuleValue& rule : rules)
         change.added.push_back({recordOf(rule), rule});
     m_store.apply(change);
     m_model->reload();
 }
 
-std::vector<RuleValue> AsideWindow::selectedRules() const
+std::vector<rules::RuleValue> AsideWindow::selectedRules() const
 {
-    std::vector<RuleValue> rules;
+    std::vector<rules::RuleValue> rules;
     for (const std::size_t row : m_ui->asideTableView->selectedRows())
         rules.push_back(valueOf(m_model->ruleAt(static_cast<int>(row))));
     return rules;
@@ -115,4 +116,4 @@ void AsideWindow::changeEvent(QEvent* event)
         refresh();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

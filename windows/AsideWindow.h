@@ -14,10 +14,13 @@ namespace Ui {
 class AsideWindow;
 }
 
-namespace quorvane {
+namespace quorvane::platform {
+class Workspace;
+}
+
+namespace quorvane::windows {
 
 class RulesTableModel;
-class Workspace;
 
 // The rules that are set aside and not in force, in a table like the main one. Deletes itself when it is
 // closed.
@@ -26,12 +29,12 @@ class AsideWindow : public QDialog {
 public:
     // `inForce`: rules that are there do not count as set aside. Nothing given is owned; all of it must
     // outlive the window.
-    AsideWindow(const AsideRules& aside, const RuleManager& inForce, Workspace& workspace, Log& log,
-        QWidget* parent = nullptr);
+    AsideWindow(const workflow::AsideRules& aside, const rules::RuleManager& inForce,
+        platform::Workspace& workspace, platform::Log& log, QWidget* parent = nullptr);
     ~AsideWindow() override;
 
     // Where programs and paths are looked up; this machine at first.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
 
     // Says something at the foot.
     void tell(const QString& text);
@@ -41,24 +44,24 @@ public Q_SLOTS:
     void refresh();
 
 Q_SIGNALS:
-    void bringBackRequested(const std::vector<quorvane::RuleValue>& rules);
-    void deleteRequested(const std::vector<quorvane::RuleValue>& rules);
+    void bringBackRequested(const std::vector<quorvane::rules::RuleValue>& rules);
+    void deleteRequested(const std::vector<quorvane::rules::RuleValue>& rules);
 
 protected:
     // Others may have changed the file while the window was behind theirs.
     void changeEvent(QEvent* event) override;
 
 private:
-    std::vector<RuleValue> selectedRules() const;
-    void showRules(const std::vector<RuleValue>& rules);
+    std::vector<rules::RuleValue> selectedRules() const;
+    void showRules(const std::vector<rules::RuleValue>& rules);
     void validate();
 
     std::unique_ptr<Ui::AsideWindow> m_ui;
-    const AsideRules& m_aside;
-    const RuleManager& m_inForce;
-    RuleManager m_store; // of the rules that are shown
+    const workflow::AsideRules& m_aside;
+    const rules::RuleManager& m_inForce;
+    rules::RuleManager m_store; // of the rules that are shown
     RulesTableModel* m_model; // owned by this window
     std::string m_shown; // the lines of the rules that are shown
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

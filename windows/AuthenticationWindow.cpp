@@ -11,21 +11,21 @@
 #include <chrono>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 // Most dialogs are there by then, and an answer that needs no person has come.
 constexpr std::chrono::seconds beforePasswordHint{1};
 
-QString request(Awaited what)
+QString request(platform::Awaited what)
 {
     switch (what) {
-    case Awaited::finger:
+    case platform::Awaited::finger:
         return AuthenticationWindow::tr("Touch the fingerprint reader, or use your password.");
-    case Awaited::fingerAgain:
+    case platform::Awaited::fingerAgain:
         return AuthenticationWindow::tr("The finger could not be read. Touch the fingerprint reader again.");
-    case Awaited::password:
+    case platform::Awaited::password:
         return AuthenticationWindow::tr("Waiting for the password of an administrator.");
     }
     return {};
@@ -38,21 +38,22 @@ AuthenticationWindow::AuthenticationWindow(const QString& iconFile)
     , m_giveUpButton(buttons().addButton(QDialogButtonBox::Cancel))
     , m_appearance(new QTimer(this))
 {
-    InputLock::exempt(*this);
+    platform::InputLock::exempt(*this);
     connect(&buttons(), &QDialogButtonBox::rejected, this, &QDialog::reject);
     m_appearance->setSingleShot(true);
     connect(m_appearance, &QTimer::timeout, this, &QWidget::show);
 }
 
-void AuthenticationWindow::ask(Awaited what, const std::string& reason, std::function<void()> giveUp)
+void AuthenticationWindow::ask(
+    platform::Awaited what, const std::string& reason, std::function<void()> giveUp)
 {
     m_giveUp = std::move(giveUp);
     setTexts(tr("%1 is trying to %2.").arg(QApplication::applicationName(), toQt(reason)), request(what));
     setWindowTitle(tr("Authentication"));
-    m_giveUpButton->setText(what == Awaited::password ? tr("Cancel") : tr("Use Password"));
-    setAttribute(Qt::WA_ShowWithoutActivating, what == Awaited::password);
+    m_giveUpButton->setText(what == platform::Awaited::password ? tr("Cancel") : tr("Use Password"));
+    setAttribute(Qt::WA_ShowWithoutActivating, what == platform::Awaited::password);
     setModal(QApplication::activeModalWidget() != nullptr);
-    if (what == Awaited::password) {
+    if (what == platform::Awaited::password) {
         m_appearance->start(beforePasswordHint);
     } else {
         show();
@@ -73,4 +74,4 @@ void AuthenticationWindow::reject()
         giveUp();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

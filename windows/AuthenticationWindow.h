@@ -6,16 +6,16 @@
 class QPushButton;
 class QTimer;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Shown while a finger or a password is awaited, with a button to give up. While the password is typed in a
 // window of the desktop's, this one appears only after a moment and leaves the keyboard where it is.
-class AuthenticationWindow : public MessageWindow, public AuthenticationPrompt {
+class AuthenticationWindow : public MessageWindow, public platform::AuthenticationPrompt {
     Q_OBJECT
 public:
     explicit AuthenticationWindow(const QString& iconFile);
 
-    void ask(Awaited what, const std::string& reason, std::function<void()> giveUp) override;
+    void ask(platform::Awaited what, const std::string& reason, std::function<void()> giveUp) override;
     void withdraw() override;
 
     void reject() override; // also by Escape and by closing the window
@@ -26,4 +26,4 @@ private:
     std::function<void()> m_giveUp; // none while the window is not shown
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

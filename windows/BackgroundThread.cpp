@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 BackgroundThread::BackgroundThread()
 {
@@ -40,4 +40,4 @@ void BackgroundThread::wait()
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

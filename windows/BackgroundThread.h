@@ -5,10 +5,10 @@
 #include <QObject>
 #include <QThreadPool>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Work beside the user interface thread, on one thread. For the user interface thread.
-class BackgroundThread : public QObject, public Background {
+class BackgroundThread : public QObject, public workflow::Background {
     Q_OBJECT
 public:
     BackgroundThread();
@@ -24,4 +24,4 @@ private:
     int m_pending = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,22 +12,22 @@
 #include <chrono>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 constexpr std::chrono::milliseconds afterTheLastKey{200};
 
-QString summaryOf(const PlannedChange& planned)
+QString summaryOf(const workflow::PlannedChange& planned)
 {
     if (planned.refusal)
         return ChangeWindow::tr("Nothing can be changed.");
     if (planned.change.isEmpty())
         return ChangeWindow::tr("Nothing would change.");
-    return toQt(differenceSummary(planned.difference));
+    return toQt(workflow::differenceSummary(planned.difference));
 }
 
-QString remarksOf(const PlannedChange& planned)
+QString remarksOf(const workflow::PlannedChange& planned)
 {
     QStringList remarks;
     for (const std::string& remark : planned.remarks)
@@ -39,8 +39,8 @@ QString remarksOf(const PlannedChange& planned)
 
 } // namespace
 
-ChangeWindow::ChangeWindow(const QString& title, const QString& verb, Plan plan, PlannedChange first,
-    LineEnds lineEnds, QWidget* parent)
+ChangeWindow::ChangeWindow(const QString& title, const QString& verb, Plan plan,
+    workflow::PlannedChange first, rules::LineEnds lineEnds, QWidget* parent)
     : QDialog(parent)
     , m_ui(std::make_unique<Ui::ChangeWindow>())
     , m_changes(new DifferenceModel(this))
@@ -98,11 +98,11 @@ void ChangeWindow::planAnew()
     showPlanned(m_plan(m_lineEnds));
 }
 
-void ChangeWindow::showPlanned(PlannedChange planned)
+void ChangeWindow::showPlanned(workflow::PlannedChange planned)
 {
     m_planned = std::move(planned);
     auto* table = m_ui->differenceTableView;
-    m_changes->setTable(differenceTable(m_planned.difference));
+    m_changes->setTable(workflow::differenceTable(m_planned.difference));
     table->setPathColumn(static_cast<int>(m_changes->table()->widestColumn()));
     if (m_changes->rowCount() > 0)
         table->refitColumns();
@@ -117,7 +117,7 @@ void ChangeWindow::showPlanned(PlannedChange planned)
 
 void ChangeWindow::writeWholeLines()
 {
-    m_lineEnds = LineEnds::whole;
+    m_lineEnds = rules::LineEnds::whole;
     Q_EMIT wholeLinesRequested();
     planAnew();
     m_ui->changeButton->setFocus();
@@ -129,9 +129,9 @@ void ChangeWindow::accept()
         planAnew();
     if (!m_ui->changeButton->isEnabled())
         return;
-    const PlannedChange confirmed = m_planned; // planned anew when the rules change
+    const workflow::PlannedChange confirmed = m_planned; // planned anew when the rules change
     QDialog::accept();
     Q_EMIT wasConfirmed(confirmed);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

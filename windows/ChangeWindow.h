@@ -13,7 +13,7 @@ namespace Ui {
 class ChangeWindow;
 }
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class DifferenceModel;
 
@@ -24,12 +24,12 @@ class ChangeWindow : public QDialog {
     Q_OBJECT
 public:
     // What the controls ask for, of the rules as they are now, for a file that is written so.
-    using Plan = std::function<PlannedChange(LineEnds lineEnds)>;
+    using Plan = std::function<workflow::PlannedChange(rules::LineEnds lineEnds)>;
 
     // `verb` stands on the button that carries the change out. `first`: what is planned at first. `lineEnds`:
     // how the rules file is written now.
-    ChangeWindow(const QString& title, const QString& verb, Plan plan, PlannedChange first, LineEnds lineEnds,
-        QWidget* parent);
+    ChangeWindow(const QString& title, const QString& verb, Plan plan, workflow::PlannedChange first,
+        rules::LineEnds lineEnds, QWidget* parent);
     ~ChangeWindow() override;
 
     // Puts the controls above the list, and the keyboard into the first of them. They belong to the window
@@ -37,7 +37,7 @@ public:
     void setControls(QWidget* controls);
 
     // What is shown.
-    const PlannedChange& planned() const { return m_planned; }
+    const workflow::PlannedChange& planned() const { return m_planned; }
 
 public Q_SLOTS:
     // The controls say something else now. It is planned once they have said so for a moment, and at the
@@ -51,19 +51,19 @@ Q_SIGNALS:
     // from then on counts on it.
     void wholeLinesRequested();
     // The person wants the change that is shown. The window closes.
-    void wasConfirmed(const quorvane::PlannedChange& planned);
+    void wasConfirmed(const quorvane::workflow::PlannedChange& planned);
 
 private:
     void accept() override;
-    void showPlanned(PlannedChange planned);
+    void showPlanned(workflow::PlannedChange planned);
     void writeWholeLines();
 
     std::unique_ptr<Ui::ChangeWindow> m_ui;
     DifferenceModel* m_changes; // owned by this window
     const Plan m_plan;
-    LineEnds m_lineEnds;
-    PlannedChange m_planned;
+    rules::LineEnds m_lineEnds;
+    workflow::PlannedChange m_planned;
     QTimer* m_soon; // runs while something is to be planned
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
-void CleanUpModel::setCandidates(std::vector<DispensableRule> candidates)
+void CleanUpModel::setCandidates(std::vector<workflow::DispensableRule> candidates)
 {
     std::unordered_map<const void*, bool> changed; // by address of the record
     for (const Row& row : m_rows) {
@@ -19,7 +19,7 @@ void CleanUpModel::setCandidates(std::vector<DispensableRule> candidates)
     }
     std::vector<Row> rows;
     rows.reserve(candidates.size());
-    for (DispensableRule& candidate : candidates) {
+    for (workflow::DispensableRule& candidate : candidates) {
         const auto kept = changed.find(addressOf(candidate.rule));
         const bool isTicked = kept == changed.end() ? candidate.doubt.empty() : kept->second;
         rows.push_back({std::move(candidate), isTicked});
@@ -42,9 +42,9 @@ void CleanUpModel::setAllTicked(bool areTicked)
     Q_EMIT ticksDidChange();
 }
 
-std::vector<DispensableRule> CleanUpModel::ticked() const
+std::vector<workflow::DispensableRule> CleanUpModel::ticked() const
 {
-    std::vector<DispensableRule> rules;
+    std::vector<workflow::DispensableRule> rules;
     for (const Row& row : m_rows) {
         if (row.isTicked)
             rules.push_back(row.candidate);
@@ -66,7 +66,7 @@ QString CleanUpModel::text(const Row& row, int column) const
 {
     switch (column) {
     case rule:
-        return toQt(ruleSentence(valueOf(row.candidate.rule)));
+        return toQt(workflow::ruleSentence(valueOf(row.candidate.rule)));
     case reason:
         return toQt(row.candidate.reason);
     default:
@@ -124,4 +124,4 @@ bool CleanUpModel::setData(const QModelIndex& index, const QVariant& value, int 
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

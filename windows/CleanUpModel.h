@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Rules that can go, with a tick for each that shall: at first those that nothing speaks against.
 class CleanUpModel : public QAbstractTableModel {
@@ -19,10 +19,10 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     // Ticks that were changed stay as they were with rules that are still there.
-    void setCandidates(std::vector<DispensableRule> candidates);
+    void setCandidates(std::vector<workflow::DispensableRule> candidates);
     void setAllTicked(bool areTicked);
     std::size_t tickedCount() const { return m_ticked; }
-    std::vector<DispensableRule> ticked() const;
+    std::vector<workflow::DispensableRule> ticked() const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -36,7 +36,7 @@ Q_SIGNALS:
 
 private:
     struct Row {
-        DispensableRule candidate;
+        workflow::DispensableRule candidate;
         bool isTicked;
     };
 
@@ -46,4 +46,4 @@ private:
     std::size_t m_ticked = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -21,7 +21,7 @@
 #include <memory>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -31,8 +31,8 @@ constexpr int widthOfDoubt = 150;
 
 } // namespace
 
-CleanUpWindow::CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder,
-    RulesPlace place, ChangingPlaces changing, QWidget* parent)
+CleanUpWindow::CleanUpWindow(RulesTable& table, workflow::RulesDocument& document, ProblemsFinder& finder,
+    workflow::RulesPlace place, workflow::ChangingPlaces changing, QWidget* parent)
     : QDialog(parent)
     , m_table(table)
     , m_document(document)
@@ -96,13 +96,13 @@ void CleanUpWindow::setUpControls()
     m_list->setFocus();
 }
 
-void CleanUpWindow::fill(const ProblemListsPtr& problems)
+void CleanUpWindow::fill(const workflow::ProblemListsPtr& problems)
 {
     if (m_finder.isLooking())
         return; // these may be of other rules, or of another place
     if (!problems)
         return m_count->setText(tr("There is not enough memory to find them."));
-    auto candidates = std::make_shared<std::vector<DispensableRule>>();
+    auto candidates = std::make_shared<std::vector<workflow::DispensableRule>>();
     m_thread.run(
         [this, problems, candidates] { *candidates = cleanUpCandidates(*problems, m_changing, m_place); },
         [this, candidates] {
@@ -126,11 +126,11 @@ void CleanUpWindow::updateCount()
 
 void CleanUpWindow::accept()
 {
-    const PlannedChange planned
+    const workflow::PlannedChange planned
         = cleaningUp(m_document.store(), m_model->ticked(), m_document.settings().lineEnds());
     QDialog::accept();
-    m_table.perform(
-        planned, {.action = actionName("Clean Up", planned.change.removed.size()), .refusesCuts = true});
+    m_table.perform(planned,
+        {.action = workflow::actionName("Clean Up", planned.change.removed.size()), .refusesCuts = true});
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

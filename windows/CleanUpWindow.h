@@ -11,11 +11,14 @@ class QLabel;
 class QPushButton;
 class QTreeView;
 
-namespace quorvane {
+namespace quorvane::workflow {
+class RulesDocument;
+}
+
+namespace quorvane::windows {
 
 class CleanUpModel;
 class ProblemsFinder;
-class RulesDocument;
 class RulesTable;
 
 // Lists the rules that can go, each with a tick and why, and removes the ticked ones as one action. Follows
@@ -25,8 +28,8 @@ class CleanUpWindow : public QDialog {
 public:
     // `place` is where the finder looks, and `changing` says what comes and goes there. Nothing else given is
     // owned; all of it must outlive the window.
-    CleanUpWindow(RulesTable& table, RulesDocument& document, ProblemsFinder& finder, RulesPlace place,
-        ChangingPlaces changing, QWidget* parent = nullptr);
+    CleanUpWindow(RulesTable& table, workflow::RulesDocument& document, ProblemsFinder& finder,
+        workflow::RulesPlace place, workflow::ChangingPlaces changing, QWidget* parent = nullptr);
 
 public Q_SLOTS:
     // Removes the ticked rules.
@@ -38,14 +41,14 @@ Q_SIGNALS:
 
 private:
     void setUpControls();
-    void fill(const ProblemListsPtr& problems);
+    void fill(const workflow::ProblemListsPtr& problems);
     void updateCount();
 
     RulesTable& m_table;
-    RulesDocument& m_document;
+    workflow::RulesDocument& m_document;
     ProblemsFinder& m_finder;
-    const RulesPlace m_place;
-    const ChangingPlaces m_changing;
+    const workflow::RulesPlace m_place;
+    const workflow::ChangingPlaces m_changing;
     CleanUpModel* m_model; // owned by this window, as is what follows
     QTreeView* m_list;
     QLabel* m_count;
@@ -54,4 +57,4 @@ private:
     BackgroundThread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -5,7 +5,7 @@
 #include <QHeaderView>
 #include <QMenu>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 ColumnsMenu::ColumnsMenu(RulesTableView& table, QMenu& menu)
     : m_table(table)
@@ -60,4 +60,4 @@ void ColumnsMenu::showUsualColumns()
     m_table.fitColumns();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

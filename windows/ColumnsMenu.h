@@ -8,7 +8,7 @@
 class QAction;
 class QMenu;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class RulesTableView;
 
@@ -30,4 +30,4 @@ private:
     std::vector<QAction*> m_columns; // by number; owned by the menu
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

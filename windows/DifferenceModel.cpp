@@ -10,11 +10,11 @@
 #include <limits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-using Change = DifferenceTable::Change;
+using Change = workflow::DifferenceTable::Change;
 
 // A text of a megabyte takes long to measure, and no cell shows it.
 QString shownText(const std::string& text)
@@ -65,7 +65,7 @@ QString signOf(Change change)
 
 } // namespace
 
-void DifferenceModel::setTable(DifferenceTablePtr table)
+void DifferenceModel::setTable(workflow::DifferenceTablePtr table)
 {
     beginResetModel();
     m_table = std::move(table);
@@ -116,4 +116,4 @@ QVariant DifferenceModel::headerData(int section, Qt::Orientation orientation, i
     return role == Qt::DisplayRole ? toQt((*m_titles)[static_cast<std::size_t>(section)]) : QVariant();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

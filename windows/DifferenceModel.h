@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A difference as a Qt table. What a row says by its colour it says in words in its first cell.
 class DifferenceModel : public QAbstractTableModel {
@@ -16,8 +16,8 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     // No rows when null; the columns stay.
-    void setTable(DifferenceTablePtr table);
-    const DifferenceTablePtr& table() const { return m_table; }
+    void setTable(workflow::DifferenceTablePtr table);
+    const workflow::DifferenceTablePtr& table() const { return m_table; }
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -25,8 +25,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    DifferenceTablePtr m_table;
+    workflow::DifferenceTablePtr m_table;
     const std::vector<std::string>* m_titles = nullptr; // of the last table; they live on
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

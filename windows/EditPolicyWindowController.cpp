@@ -4,12 +4,12 @@
 #include "ui_EditPolicyWindowController.h"
 #include "windows/QtText.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 EditPolicyWindowController::EditPolicyWindowController(
-    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
+    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
     : RuleEditorWindow({"EditPolicyWindowController", "updatePolicyEditor"}, document, log,
-        std::make_shared<PolicyRule>(), parent)
+        std::make_shared<rules::PolicyRule>(), parent)
 {
     Ui::EditPolicyWindowController ui;
     ui.setupUi(this);
@@ -25,4 +25,4 @@ QString EditPolicyWindowController::title() const
     return toQt(applicationNameForRule(*policyRule()));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,7 +3,7 @@
 #include "rules/PolicyRule.h"
 #include "windows/RuleEditorWindow.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The editor of one allow or deny rule.
 class EditPolicyWindowController : public RuleEditorWindow {
@@ -11,12 +11,12 @@ class EditPolicyWindowController : public RuleEditorWindow {
 public:
     // Nothing given is owned; all of it must outlive the window. Without a parent the window stands for
     // itself.
-    EditPolicyWindowController(
-        RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+    EditPolicyWindowController(workflow::RulesDocument& document, platform::Workspace& workspace,
+        platform::Log& log, QWidget* parent = nullptr);
 
     // Never null; a rule with nothing in it until one is set. Set before the window is shown.
-    const PolicyRulePtr& policyRule() const { return std::get<PolicyRulePtr>(rule()); }
-    void setPolicyRule(const PolicyRulePtr& rule) { setRule(rule); }
+    const rules::PolicyRulePtr& policyRule() const { return std::get<rules::PolicyRulePtr>(rule()); }
+    void setPolicyRule(const rules::PolicyRulePtr& rule) { setRule(rule); }
 
     void updatePolicyEditor() { updateEditor(); }
     void autoSetPolicyType() { autoSetType(); }
@@ -27,4 +27,4 @@ protected:
     QString title() const override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

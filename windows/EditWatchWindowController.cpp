@@ -2,12 +2,12 @@
 
 #include "ui_EditWatchWindowController.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 EditWatchWindowController::EditWatchWindowController(
-    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
+    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
     : RuleEditorWindow({"EditWatchWindowController", "updateWatchEditor"}, document, log,
-        std::make_shared<WatchRule>(), parent)
+        std::make_shared<rules::WatchRule>(), parent)
 {
     Ui::EditWatchWindowController ui;
     ui.setupUi(this);
@@ -19,4 +19,4 @@ QString EditWatchWindowController::title() const
     return tr("Watch Rule");
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

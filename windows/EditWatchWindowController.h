@@ -3,7 +3,7 @@
 #include "rules/WatchRule.h"
 #include "windows/RuleEditorWindow.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The editor of one watch rule.
 class EditWatchWindowController : public RuleEditorWindow {
@@ -11,12 +11,12 @@ class EditWatchWindowController : public RuleEditorWindow {
 public:
     // Nothing given is owned; all of it must outlive the window. Without a parent the window stands for
     // itself.
-    EditWatchWindowController(
-        RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+    EditWatchWindowController(workflow::RulesDocument& document, platform::Workspace& workspace,
+        platform::Log& log, QWidget* parent = nullptr);
 
     // Never null; a rule with nothing in it until one is set. Set before the window is shown.
-    const WatchRulePtr& watchRule() const { return std::get<WatchRulePtr>(rule()); }
-    void setWatchRule(const WatchRulePtr& rule) { setRule(rule); }
+    const rules::WatchRulePtr& watchRule() const { return std::get<rules::WatchRulePtr>(rule()); }
+    void setWatchRule(const rules::WatchRulePtr& rule) { setRule(rule); }
 
     void updateWatchEditor() { updateEditor(); }
     void autoSetWatchType() { autoSetType(); }
@@ -26,4 +26,4 @@ protected:
     QString title() const override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

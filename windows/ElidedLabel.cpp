@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <QStyle>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 ElidedLabel::ElidedLabel(QWidget* parent)
     : QLabel(parent)
@@ -47,4 +47,4 @@ void ElidedLabel::paintEvent(QPaintEvent* event)
     painter.drawText(place, static_cast<int>(alignment | Qt::AlignAbsolute), shownText());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,7 +2,7 @@
 
 #include <QLabel>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // One line of plain text that is cut short with an ellipsis where there is no room for it; the whole text is
 // its tool tip. Never makes its window wider.
@@ -29,4 +29,4 @@ private:
     Qt::TextElideMode m_elideMode = Qt::ElideRight;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

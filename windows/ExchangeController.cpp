@@ -15,7 +15,7 @@
 #include <chrono>
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -24,8 +24,9 @@ constexpr const char* pastedText = "pasted text"; // in place of a path, in the 
 
 } // namespace
 
-ExchangeController::ExchangeController(QWidget& window, ImportDelegate& delegate, RulesDocument& document,
-    ApplicationServices& application, Workspace& workspace, Log& log)
+ExchangeController::ExchangeController(QWidget& window, workflow::ImportDelegate& delegate,
+    workflow::RulesDocument& document, workflow::ApplicationServices& application,
+    platform::Workspace& workspace, platform::Log& log)
     : m_window(window)
     , m_delegate(delegate)
     , m_document(document)
@@ -47,22 +48,22 @@ void ExchangeController::exportRules()
 {
     showSavePanel(m_window, tr("Export All Rules"), m_store.locations().exchangeFileName(),
         [source = m_store.locations().userRulesFile()](
-            const std::string& path) { exportRulesFile(source, path); });
+            const std::string& path) { workflow::exportRulesFile(source, path); });
 }
 
-void ExchangeController::exportSelectedRules(const std::vector<RuleRef>& rules)
+void ExchangeController::exportSelectedRules(const std::vector<rules::RuleRef>& rules)
 {
     showSavePanel(m_window, tr("Export Selected Rules"), m_store.locations().exchangeFileName(),
         [this, rules](const std::string& path) { writeRules(rules, path); });
 }
 
-void ExchangeController::writeRules(const std::vector<RuleRef>& rules, const std::string& path)
+void ExchangeController::writeRules(const std::vector<rules::RuleRef>& rules, const std::string& path)
 {
-    if (isSameFile(path, m_store.locations().userRulesFile())) {
+    if (workflow::isSameFile(path, m_store.locations().userRulesFile())) {
         m_log.write("not exporting to '" + path + "': the rules that are not selected would be lost");
         return;
     }
-    const WriteResult result = quorvane::exportRules(path, rules);
+    const rules::WriteResult result = quorvane::workflow::exportRules(path, rules);
     if (result.message)
         m_log.write("error on export: " + *result.message);
     for (const std::string& warning : result.warnings)
@@ -77,16 +78,16 @@ void ExchangeController::importRules()
 void ExchangeController::handleFileImport(const std::optional<std::string>& path)
 {
     m_log.write("-[RulesEditorTableController handleFileImport:] " + path.value_or("(null)"));
-    if (!path || isImporting() || !isTextAt(*path))
+    if (!path || isImporting() || !platform::isTextAt(*path))
         return;
     bringToFront(openReview(*path));
-    m_application.display(suggestionsNotice(m_store.locations(), *path));
+    m_application.display(workflow::suggestionsNotice(m_store.locations(), *path));
 }
 
 bool ExchangeController::reviewText(const std::string& text)
 {
     const std::string lines = text.ends_with('\n') ? text : text + '\n'; // what has no end is no line
-    const auto rules = RuleManager::initWithText(lines, pastedText, m_store.locations(), m_log);
+    const auto rules = rules::RuleManager::initWithText(lines, pastedText, m_store.locations(), m_log);
     if (isImporting() || rules->storedRules() == 0)
         return false;
     ImportWindowController& review = openReview();
@@ -131,7 +132,9 @@ void ExchangeController::lookForJoinedLines()
 {
     auto lines = std::make_shared<std::size_t>(0);
     m_thread.run(
-        [lines, path = m_store.locations().userRulesFile()] { *lines = joinedLineCountOfFile(path); },
+        [lines, path = m_store.locations().userRulesFile()] {
+            *lines = workflow::joinedLineCountOfFile(path);
+        },
         [this, lines] {
             if (*lines > 0)
                 Q_EMIT joinedLinesFound(*lines);
@@ -156,7 +159,7 @@ void ExchangeController::reviewNextFile()
 
 void ExchangeController::offerSuggestions()
 {
-    if (areSuggestionsDue(m_store.locations()))
+    if (workflow::areSuggestionsDue(m_store.locations()))
         m_untilSuggestions.start(untilSuggestions);
 }
 
@@ -165,14 +168,14 @@ void ExchangeController::handleFailSafeImport()
     handleFileImport(m_store.locations().failSafeFile());
 }
 
-void ExchangeController::importRule(const RuleRef& rule)
+void ExchangeController::importRule(const rules::RuleRef& rule)
 {
     m_import.importRule(rule);
 }
 
 bool ExchangeController::didFinishImportingRules()
 {
-    const ImportResult result = m_import.didFinishImportingRules();
+    const workflow::ImportResult result = m_import.didFinishImportingRules();
     Q_EMIT rulesWereReloaded(); // whether or not there was a rule
     m_application.display(result.notice);
     return !result.writeFailure;
@@ -189,4 +192,4 @@ void ExchangeController::presentRulesDidChange()
         m_importWindowController->presentRulesDidChange();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

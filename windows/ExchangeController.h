@@ -15,14 +15,23 @@
 
 class QWidget;
 
-namespace quorvane {
-
-class ApplicationServices;
-class ImportWindowController;
+namespace quorvane::platform {
 class Log;
-class RuleManager;
-class RulesDocument;
 class Workspace;
+} // namespace quorvane::platform
+
+namespace quorvane::rules {
+class RuleManager;
+}
+
+namespace quorvane::workflow {
+class ApplicationServices;
+class RulesDocument;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
+
+class ImportWindowController;
 
 // The main window's exchange of rules through files: exports, and imports by way of a review.
 class ExchangeController : public QObject {
@@ -30,17 +39,17 @@ class ExchangeController : public QObject {
 public:
     // Panels and reviews stand over `window`. A review hands its rules to `delegate`, which hands them on to
     // importRule() and didFinishImportingRules(). Nothing given is owned; all of it must outlive this.
-    ExchangeController(QWidget& window, ImportDelegate& delegate, RulesDocument& document,
-        ApplicationServices& application, Workspace& workspace, Log& log);
+    ExchangeController(QWidget& window, workflow::ImportDelegate& delegate, workflow::RulesDocument& document,
+        workflow::ApplicationServices& application, platform::Workspace& workspace, platform::Log& log);
 
     // Where the programs and paths of rules under review are looked up; this machine at first. A review that
     // is open keeps its place.
-    void setPlace(const RulesPlace& place) { m_place = place; }
+    void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
     // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte. Failures
     // are only logged.
     void exportRules();
-    void exportSelectedRules(const std::vector<RuleRef>& rules);
+    void exportSelectedRules(const std::vector<rules::RuleRef>& rules);
 
     // Asks for an exchange file, and opens the review of its rules.
     void importRules();
@@ -62,7 +71,7 @@ public:
     // Looks, beside the window's thread, for such lines; joinedLinesFound() tells of them.
     void lookForJoinedLines();
 
-    void importRule(const RuleRef& rule);
+    void importRule(const rules::RuleRef& rule);
     bool didFinishImportingRules();
 
     // True while a review hands over its rules.
@@ -77,23 +86,23 @@ Q_SIGNALS:
 
 private:
     void reviewNextFile();
-    void writeRules(const std::vector<RuleRef>& rules, const std::string& path);
+    void writeRules(const std::vector<rules::RuleRef>& rules, const std::string& path);
     ImportWindowController& openReview();
     ImportWindowController& openReview(const std::string& path);
 
     QWidget& m_window;
-    ImportDelegate& m_delegate;
-    RulesDocument& m_document;
-    RuleManager& m_store;
-    ApplicationServices& m_application;
-    Workspace& m_workspace;
-    Log& m_log;
+    workflow::ImportDelegate& m_delegate;
+    workflow::RulesDocument& m_document;
+    rules::RuleManager& m_store;
+    workflow::ApplicationServices& m_application;
+    platform::Workspace& m_workspace;
+    platform::Log& m_log;
     BackgroundThread m_thread;
-    RulesPlace m_place = RulesPlace::thisMachine();
-    RuleImport m_import;
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
+    workflow::RuleImport m_import;
     QPointer<ImportWindowController> m_importWindowController; // the review that is open
     std::deque<std::string> m_filesToReview;
     QTimer m_untilSuggestions;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 #include <QUrl>
 #include <QWidget>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -15,7 +15,7 @@ std::vector<std::string> exchangeFilesOf(const QMimeData& data)
 {
     std::vector<std::string> paths;
     for (const QUrl& url : data.urls()) {
-        auto path = pathOfFileUri(url.toEncoded().toStdString());
+        auto path = platform::pathOfFileUri(url.toEncoded().toStdString());
         if (path && path->ends_with(".quorv"))
             paths.push_back(std::move(*path));
     }
@@ -58,4 +58,4 @@ bool ExchangeDrop::eventFilter(QObject* watched, QEvent* event)
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Lets exchange files be dropped on a window, from a file manager, and text that holds rules, from wherever.
 // Belongs to the window.
@@ -27,4 +27,4 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

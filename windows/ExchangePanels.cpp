@@ -10,7 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -44,7 +44,7 @@ public:
             refuse(tr("There is no file \u201c%1\u201d.").arg(nameField().text()));
         else if (!isOfExchangeType(file)) // a name of any type can be typed
             refuse(tr("Please choose a file whose name ends in .%1.").arg(exchangeTypes().first()));
-        else if (!isTextAt(fromQt(namedPath())))
+        else if (!platform::isTextAt(fromQt(namedPath())))
             refuse(tr("\u201c%1\u201d cannot be read, or is not UTF-8 text.").arg(file.fileName()));
         else
             QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): the panel's own looks for other names
@@ -115,10 +115,10 @@ void showSavePanel(QWidget& parent, const QString& title, const std::string& nam
 {
     auto* panel = new SavePanel(&parent, title, QFileInfo(toQt(name)));
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setDirectory(toQt(homeDirectory()));
+    panel->setDirectory(toQt(platform::homeDirectory()));
     panel->selectFile(toQt(name));
     QObject::connect(panel, &QDialog::accepted, &parent, [panel, save] { save(fromQt(panel->namedPath())); });
     panel->open();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

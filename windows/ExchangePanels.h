@@ -7,7 +7,7 @@
 class QString;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The path of an exchange file that a person chooses in a panel over `parent`, titled `title`; waits for the
 // answer while windows go on being painted. The panel opens in `folder` and takes one file of UTF-8 text
@@ -23,4 +23,4 @@ std::optional<std::string> chooseExchangeFile(
 void showSavePanel(QWidget& parent, const QString& title, const std::string& name,
     const std::function<void(const std::string& path)>& save);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,7 +13,7 @@
 
 #include <climits>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -104,7 +104,7 @@ QString folderForPanel(const std::string& startPath)
         return QDir::homePath();
     std::string folder = startPath;
     while (!QFileInfo(toQt(folder)).isDir() && folder != "/")
-        folder = deletingLastPathComponent(folder);
+        folder = platform::deletingLastPathComponent(folder);
     return toQt(folder);
 }
 
@@ -127,4 +127,4 @@ std::optional<std::string> chooseFileOrFolder(
     return fromQt(needsSlash ? chosen + QLatin1Char('/') : chosen);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

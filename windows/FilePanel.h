@@ -7,7 +7,7 @@
 
 class QLineEdit;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A file panel whose answer is what its name field names, whatever characters that holds: Qt's own answer
 // takes quotation marks for several names.
@@ -40,4 +40,4 @@ QString folderForPanel(const std::string& startPath);
 std::optional<std::string> chooseFileOrFolder(
     QWidget& parent, const QString& title, const std::string& startPath);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -129,4 +129,4 @@ void FootNotices::showButtons(const std::vector<FootNotice::Button>& buttons)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,7 +10,7 @@
 class QHBoxLayout;
 class QLabel;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class ElidedLabel;
 
@@ -53,4 +53,4 @@ private:
     QHBoxLayout* m_buttons;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

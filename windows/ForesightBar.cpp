@@ -6,7 +6,7 @@
 #include <QHBoxLayout>
 #include <QToolButton>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -28,10 +28,10 @@ ForesightBar::ForesightBar(QWidget* parent)
     m_all = addButton(tr("All rules of the file"));
     m_all->setChecked(true);
     oneOf->addButton(m_all);
-    for (std::size_t kind = 0; kind < foresightKinds; ++kind) {
-        m_kinds[kind] = addButton(toQt(foresightHelp(static_cast<Foresight>(kind))));
+    for (std::size_t kind = 0; kind < workflow::foresightKinds; ++kind) {
+        m_kinds[kind] = addButton(toQt(foresightHelp(static_cast<workflow::Foresight>(kind))));
         oneOf->addButton(m_kinds[kind]);
-        setCount(static_cast<Foresight>(kind), std::nullopt);
+        setCount(static_cast<workflow::Foresight>(kind), std::nullopt);
     }
     layout->addStretch();
     setTotal(0);
@@ -55,7 +55,7 @@ void ForesightBar::setTotal(std::size_t rules)
     m_all->setText(counted(tr("All"), rules));
 }
 
-void ForesightBar::setCount(Foresight kind, std::optional<std::size_t> rules)
+void ForesightBar::setCount(workflow::Foresight kind, std::optional<std::size_t> rules)
 {
     QToolButton* button = m_kinds[static_cast<std::size_t>(kind)];
     const QString title = toQt(foresightTitle(kind));
@@ -63,11 +63,11 @@ void ForesightBar::setCount(Foresight kind, std::optional<std::size_t> rules)
     button->setEnabled(button->isChecked() || (rules && *rules > 0));
 }
 
-std::optional<Foresight> ForesightBar::filter() const
+std::optional<workflow::Foresight> ForesightBar::filter() const
 {
-    for (std::size_t kind = 0; kind < foresightKinds; ++kind) {
+    for (std::size_t kind = 0; kind < workflow::foresightKinds; ++kind) {
         if (m_kinds[kind]->isChecked())
-            return static_cast<Foresight>(kind);
+            return static_cast<workflow::Foresight>(kind);
     }
     return std::nullopt;
 }
@@ -77,4 +77,4 @@ void ForesightBar::showAll()
     m_all->setChecked(true);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

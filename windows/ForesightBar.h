@@ -10,7 +10,7 @@
 
 class QToolButton;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The kinds of rules in a review, each with how many there are: a press shows those alone.
 class ForesightBar : public QWidget {
@@ -21,10 +21,10 @@ public:
     // How many rules there are in all.
     void setTotal(std::size_t rules);
     // None while that is being found out. A kind without rules cannot be chosen.
-    void setCount(Foresight kind, std::optional<std::size_t> rules);
+    void setCount(workflow::Foresight kind, std::optional<std::size_t> rules);
 
     // None for all rules.
-    std::optional<Foresight> filter() const;
+    std::optional<workflow::Foresight> filter() const;
     void showAll();
 
 Q_SIGNALS:
@@ -34,7 +34,7 @@ private:
     QToolButton* addButton(const QString& help);
 
     QToolButton* m_all;
-    std::array<QToolButton*, foresightKinds> m_kinds;
+    std::array<QToolButton*, workflow::foresightKinds> m_kinds;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

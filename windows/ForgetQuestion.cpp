@@ -8,11 +8,11 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-using Versions = std::vector<JournalVersion>;
+using Versions = std::vector<history::JournalVersion>;
 
 QString countText(const Versions& versions, Versions::const_iterator first)
 {
@@ -22,7 +22,7 @@ QString countText(const Versions& versions, Versions::const_iterator first)
 // "versions 3 to 17, of 2026-11-01 10:00:00 to 2026-11-20 09:12:44": those from `first` on, newest first.
 QString rangeText(const Versions& versions, Versions::const_iterator first)
 {
-    const JournalVersion& oldest = versions.back();
+    const history::JournalVersion& oldest = versions.back();
     if (first->number == oldest.number)
         return VersionsModel::tr("version %1, of %2").arg(oldest.number).arg(versionTime(oldest));
     return VersionsModel::tr("versions %1 to %2, of %3 to %4")
@@ -41,7 +41,7 @@ std::optional<std::int64_t> askWhatToForget(QWidget& parent, const QString& hist
     const std::int64_t newest = versions.front().number;
     const auto secondNewest = versions.begin() + 1;
     const auto older = std::find_if(versions.begin(), versions.end(),
-        [selected](const JournalVersion& version) { return version.number < selected; });
+        [selected](const history::JournalVersion& version) { return version.number < selected; });
 
     QMessageBox question(
         QMessageBox::Warning, QMessageBox::tr("Forget Versions"), {}, QMessageBox::Cancel, &parent);
@@ -71,4 +71,4 @@ std::optional<std::int64_t> askWhatToForget(QWidget& parent, const QString& hist
     return forgetOlder != nullptr && question.clickedButton() == forgetOlder ? selected : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

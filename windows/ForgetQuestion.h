@@ -9,11 +9,11 @@
 class QString;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Asks which versions are to be forgotten, naming them: those older than the selected one, or all but the
 // newest. Waits for the answer. Returns the first version that is to stay; none when all are to.
 std::optional<std::int64_t> askWhatToForget(QWidget& parent, const QString& historyName,
-    const std::vector<JournalVersion>& versions, std::optional<std::int64_t> selected);
+    const std::vector<history::JournalVersion>& versions, std::optional<std::int64_t> selected);
 
-} // namespace quorvane
+} // namespace quorvane::windows

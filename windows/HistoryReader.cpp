@@ -11,21 +11,21 @@
 #include <new>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-QString problemOf(const Journal& journal)
+QString problemOf(const history::Journal& journal)
 {
     return toQt(journal.problem().value_or(std::string()));
 }
 
 // The same table, which ends on another thread: whoever lets go of it last, mostly a window, need not wait
 // until a million rules are freed.
-DifferenceTablePtr endingElsewhere(DifferenceTablePtr table)
+workflow::DifferenceTablePtr endingElsewhere(workflow::DifferenceTablePtr table)
 {
-    const DifferenceTable* const shown = table.get();
-    return {shown, [table = std::move(table)](const DifferenceTable* /*shown*/) mutable {
+    const workflow::DifferenceTable* const shown = table.get();
+    return {shown, [table = std::move(table)](const workflow::DifferenceTable* /*shown*/) mutable {
                 QThreadPool::globalInstance()->start([last = std::move(table)] {});
             }};
 }
@@ -34,12 +34,12 @@ DifferenceTablePtr endingElsewhere(DifferenceTablePtr table)
 
 struct HistoryReader::Search {
     std::string key;
-    std::vector<JournalVersion> versions;
+    std::vector<history::JournalVersion> versions;
     std::stop_token stop;
     std::size_t next = 0;
 };
 
-HistoryReader::HistoryReader(const FileHistory& history)
+HistoryReader::HistoryReader(const workflow::FileHistory& history)
     : m_history(history)
 {
 }
@@ -50,7 +50,7 @@ HistoryReader::~HistoryReader()
     m_searching.request_stop();
 }
 
-Journal& HistoryReader::journal()
+history::Journal& HistoryReader::journal()
 {
     if (!m_journal)
         m_journal = m_history.openJournal();
@@ -65,7 +65,7 @@ void HistoryReader::refresh()
 
 void HistoryReader::readVersions(bool evenIfUnchanged)
 {
-    auto versions = std::make_shared<std::optional<std::vector<JournalVersion>>>();
+    auto versions = std::make_shared<std::optional<std::vector<history::JournalVersion>>>();
     auto problem = std::make_shared<QString>();
     m_thread.run(
         [this, versions, problem, evenIfUnchanged] {
@@ -84,11 +84,12 @@ void HistoryReader::readVersions(bool evenIfUnchanged)
         });
 }
 
-ComparedVersion HistoryReader::differenceOf(const JournalVersion& version, const std::stop_token& stop)
+ComparedVersion HistoryReader::differenceOf(
+    const history::JournalVersion& version, const std::stop_token& stop)
 {
     ComparedVersion difference{.version = version.number};
     try {
-        const VersionChanges changes = changesOf(journal(), version);
+        const workflow::VersionChanges changes = workflow::changesOf(journal(), version);
         difference.since = changes.since;
         difference.problem = toQt(changes.problem.value_or(std::string()));
         if (!changes.problem && !stop.stop_requested())
@@ -99,7 +100,7 @@ ComparedVersion HistoryReader::differenceOf(const JournalVersion& version, const
     return difference;
 }
 
-void HistoryReader::compare(const JournalVersion& version)
+void HistoryReader::compare(const history::JournalVersion& version)
 {
     m_comparing.request_stop();
     m_comparing = {};
@@ -115,14 +116,14 @@ void HistoryReader::compare(const JournalVersion& version)
         });
 }
 
-void HistoryReader::search(const QString& text, std::vector<JournalVersion> versions)
+void HistoryReader::search(const QString& text, std::vector<history::JournalVersion> versions)
 {
     m_searching.request_stop();
     m_searching = {};
     if (text.isEmpty())
         return;
     searchOn(std::make_shared<Search>(
-        Search{searchKey(fromQt(text)), std::move(versions), m_searching.get_token()}));
+        Search{platform::searchKey(fromQt(text)), std::move(versions), m_searching.get_token()}));
 }
 
 // A few versions at a time, so that what a person asks for meanwhile need not wait for all.
@@ -136,8 +137,8 @@ void HistoryReader::searchOn(const std::shared_ptr<Search>& search)
             do {
                 if (search->stop.stop_requested() || search->next == search->versions.size())
                     return;
-                const JournalVersion& version = search->versions[search->next++];
-                const DifferenceTablePtr table = differenceOf(version, search->stop).table;
+                const history::JournalVersion& version = search->versions[search->next++];
+                const workflow::DifferenceTablePtr table = differenceOf(version, search->stop).table;
                 if (table && table->contains(search->key))
                     hits->push_back(version.number);
             } while (std::chrono::steady_clock::now() < end);
@@ -173,4 +174,4 @@ void HistoryReader::forgetBefore(std::int64_t version)
     readVersions(true);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -22,7 +22,7 @@
 #include <chrono>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -44,7 +44,7 @@ QString headingOf(const ComparedVersion& difference)
 
 } // namespace
 
-HistoryWindow::HistoryWindow(std::vector<FileHistory*> histories, QWidget* parent)
+HistoryWindow::HistoryWindow(std::vector<workflow::FileHistory*> histories, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::HistoryWindow>())
     , m_histories(std::move(histories))
@@ -94,7 +94,7 @@ void HistoryWindow::setUpTables()
 
 void HistoryWindow::setUpControls()
 {
-    for (const FileHistory* each : m_histories)
+    for (const workflow::FileHistory* each : m_histories)
         m_ui->subjectPopUpButton->addItem(toQt(each->name()));
     connect(m_ui->subjectPopUpButton, &QComboBox::currentIndexChanged, this, &HistoryWindow::openHistory);
     keepToOneLine(*m_ui->searchField);
@@ -121,7 +121,7 @@ void HistoryWindow::setUpControls()
     });
 }
 
-FileHistory& HistoryWindow::history() const
+workflow::FileHistory& HistoryWindow::history() const
 {
     return *m_histories[static_cast<std::size_t>(std::max(m_ui->subjectPopUpButton->currentIndex(), 0))];
 }
@@ -171,14 +171,15 @@ void HistoryWindow::showVersionFrom(std::int64_t number)
 std::optional<std::int64_t> HistoryWindow::wantedVersion() const
 {
     std::optional<std::int64_t> first;
-    for (const JournalVersion& version : m_versions->versions()) {
+    for (const history::JournalVersion& version : m_versions->versions()) {
         if (m_wanted && version.number >= *m_wanted)
             first = version.number;
     }
     return first;
 }
 
-void HistoryWindow::versionsDidChange(const std::vector<JournalVersion>& versions, const QString& problem)
+void HistoryWindow::versionsDidChange(
+    const std::vector<history::JournalVersion>& versions, const QString& problem)
 {
     const auto selected = m_selected; // which a reset of the model drops
     m_versions->setVersions(versions);
@@ -199,7 +200,7 @@ void HistoryWindow::versionsDidChange(const std::vector<JournalVersion>& version
         Q_EMIT wasFilled();
 }
 
-const JournalVersion* HistoryWindow::selectedVersion() const
+const history::JournalVersion* HistoryWindow::selectedVersion() const
 {
     const auto row = m_selected ? m_versions->rowOf(*m_selected) : std::nullopt;
     return row ? &m_versions->versionAt(*row) : nullptr;
@@ -220,7 +221,7 @@ void HistoryWindow::selectionDidChange()
     const auto selected
         = row ? std::optional(m_versions->versionAt(static_cast<int>(*row)).number) : std::nullopt;
     const bool isOther = std::exchange(m_selected, selected) != selected;
-    const JournalVersion* version = selectedVersion();
+    const history::JournalVersion* version = selectedVersion();
     const bool isNewest = version != nullptr && version->number == m_versions->versions().front().number;
     m_ui->restoreButton->setEnabled(version != nullptr && !isNewest && version->isReadable);
     m_ui->exportButton->setEnabled(version != nullptr && version->isReadable);
@@ -296,7 +297,7 @@ void HistoryWindow::copyChanges() const
 
 void HistoryWindow::restoreVersion()
 {
-    const JournalVersion* version = selectedVersion();
+    const history::JournalVersion* version = selectedVersion();
     if (version == nullptr)
         return;
     const std::int64_t number = version->number;
@@ -316,7 +317,7 @@ void HistoryWindow::restoreVersion()
 
 void HistoryWindow::exportVersion()
 {
-    const JournalVersion* version = selectedVersion();
+    const history::JournalVersion* version = selectedVersion();
     if (version == nullptr)
         return;
     showSavePanel(*this, tr("Export Version %1").arg(version->number), history().exportName(),
@@ -325,13 +326,13 @@ void HistoryWindow::exportVersion()
 
 void HistoryWindow::save(const std::string& path, std::int64_t version)
 {
-    if (isSameFile(path, history().file()))
+    if (workflow::isSameFile(path, history().file()))
         return tell(
             tr("This file is the one whose versions these are. \u201cRestore\u201d brings a version back."));
     m_reader->readBytes(version, [this, path, version](const std::optional<std::string>& bytes) {
         if (!bytes)
             return tell(tr("Version %1 can no longer be read.").arg(version));
-        const WriteResult result = exportRules(path, RulesContent::ofText(*bytes));
+        const rules::WriteResult result = workflow::exportRules(path, rules::RulesContent::ofText(*bytes));
         tell(result.message ? toQt(*result.message)
                             : tr("Version %1 was exported to \u201c%2\u201d.").arg(version).arg(toQt(path)));
     });
@@ -350,4 +351,4 @@ void HistoryWindow::tell(const QString& text)
     m_ui->notices->add({.text = text, .subject = tellSubject});
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -15,10 +15,13 @@ namespace Ui {
 class HistoryWindow;
 }
 
-namespace quorvane {
+namespace quorvane::workflow {
+class FileHistory;
+}
+
+namespace quorvane::windows {
 
 class DifferenceModel;
-class FileHistory;
 class VersionsModel;
 
 // The versions of the user's rules, and of other files: when, by which program and what was done, and for the
@@ -28,7 +31,7 @@ class HistoryWindow : public QDialog {
     Q_OBJECT
 public:
     // At least one; the first is shown. All must outlive the window.
-    explicit HistoryWindow(std::vector<FileHistory*> histories, QWidget* parent = nullptr);
+    explicit HistoryWindow(std::vector<workflow::FileHistory*> histories, QWidget* parent = nullptr);
     ~HistoryWindow() override;
 
     // Selects the first version of the first history from this number on, as soon as there is one.
@@ -50,12 +53,12 @@ Q_SIGNALS:
 private:
     void setUpTables();
     void setUpControls();
-    FileHistory& history() const;
+    workflow::FileHistory& history() const;
     void openHistory();
-    const JournalVersion* selectedVersion() const;
+    const history::JournalVersion* selectedVersion() const;
     void selectVersion(std::optional<std::int64_t> number);
     std::optional<std::int64_t> wantedVersion() const;
-    void versionsDidChange(const std::vector<JournalVersion>& versions, const QString& problem);
+    void versionsDidChange(const std::vector<history::JournalVersion>& versions, const QString& problem);
     void selectionDidChange();
     void showDifference(const ComparedVersion& difference);
     void searchDidChange();
@@ -66,7 +69,7 @@ private:
     void tell(const QString& text);
 
     std::unique_ptr<Ui::HistoryWindow> m_ui;
-    const std::vector<FileHistory*> m_histories;
+    const std::vector<workflow::FileHistory*> m_histories;
     VersionsModel* m_versions; // owned by this window, as is the next
     DifferenceModel* m_changes;
     std::unique_ptr<HistoryReader> m_reader; // of the history that is shown
@@ -77,4 +80,4 @@ private:
     QTimer m_refreshing;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,7 +2,7 @@
 
 #include <QCloseEvent>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -34,4 +34,4 @@ void ImportProgress::closeEvent(QCloseEvent* event)
     event->ignore();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

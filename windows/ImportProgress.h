@@ -3,7 +3,7 @@
 #include <QElapsedTimer>
 #include <QProgressDialog>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Tells how far an import is once it takes longer than half a second. Windows are painted meanwhile; input to
 // any of them is dropped.
@@ -25,4 +25,4 @@ private:
     QElapsedTimer m_sinceShown;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

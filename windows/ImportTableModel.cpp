@@ -3,30 +3,31 @@
 #include "workflow/ImportCells.h"
 #include "workflow/ImportForesight.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 bool reviewIsShaded = false; // of the rows of all reviews, for the whole process
 
-constexpr int tickColumn = static_cast<int>(ImportColumn::tick);
+constexpr int tickColumn = static_cast<int>(workflow::ImportColumn::tick);
 
 } // namespace
 
-ImportTableModel::ImportTableModel(
-    const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(importColumnCount, std::make_shared<RuleRows>(), workspace, reviewIsShaded, parent)
+ImportTableModel::ImportTableModel(const rules::RuleManager& present, const workflow::StateDict& ticks,
+    platform::Workspace& workspace, QObject* parent)
+    : RuleCellsModel(
+        workflow::importColumnCount, std::make_shared<rules::RuleRows>(), workspace, reviewIsShaded, parent)
     , m_present(present)
     , m_ticks(ticks)
 {
 }
 
-void ImportTableModel::reload(const RuleManager& reviewed)
+void ImportTableModel::reload(const rules::RuleManager& reviewed)
 {
     reload(reviewed, reviewed.rows());
 }
 
-void ImportTableModel::reload(const RuleManager& reviewed, std::shared_ptr<const RuleRows> rows)
+void ImportTableModel::reload(const rules::RuleManager& reviewed, std::shared_ptr<const rules::RuleRows> rows)
 {
     m_reviewed = &reviewed;
     m_showsAll = rows->count(false) == reviewed.totalRules(false);
@@ -50,7 +51,7 @@ std::size_t ImportTableModel::countOfTicked() const
         return *m_ticked;
     std::size_t ticked = 0;
     for (int row = 0; row < rowCount(); ++row)
-        ticked += m_ticks.isTicked(sequenceOf(ruleAt(row))) ? 1U : 0U;
+        ticked += m_ticks.isTicked(workflow::sequenceOf(ruleAt(row))) ? 1U : 0U;
     m_ticked = ticked;
     return ticked;
 }
@@ -70,14 +71,15 @@ QVariant ImportTableModel::data(const QModelIndex& index, int role) const
         return RuleCellsModel::data(index, role);
     if (!index.isValid() || index.row() >= rowCount() || index.column() != tickColumn)
         return {};
-    return m_ticks.isTicked(sequenceOf(ruleAt(index.row()))) ? Qt::Checked : Qt::Unchecked;
+    return m_ticks.isTicked(workflow::sequenceOf(ruleAt(index.row()))) ? Qt::Checked : Qt::Unchecked;
 }
 
 bool ImportTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
     if (role != Qt::CheckStateRole || !index.isValid() || index.column() != tickColumn)
         return false;
-    Q_EMIT checkBoxClicked(sequenceOf(ruleAt(index.row())), value.value<Qt::CheckState>() == Qt::Checked);
+    Q_EMIT checkBoxClicked(
+        workflow::sequenceOf(ruleAt(index.row())), value.value<Qt::CheckState>() == Qt::Checked);
     return true;
 }
 
@@ -113,14 +115,15 @@ Qt::ItemFlags ImportTableModel::flags(const QModelIndex& index) const
     return index.column() == tickColumn ? flags | Qt::ItemIsUserCheckable : flags;
 }
 
-RuleCell ImportTableModel::makeCell(std::size_t row, int column) const
+workflow::RuleCell ImportTableModel::makeCell(std::size_t row, int column) const
 {
-    return importCell(*m_reviewed, m_present, rows(), row, static_cast<ImportColumn>(column), m_place);
+    return importCell(
+        *m_reviewed, m_present, rows(), row, static_cast<workflow::ImportColumn>(column), m_place);
 }
 
 std::string_view ImportTableModel::titleOf(int column) const
 {
-    return importColumnTitle(static_cast<ImportColumn>(column));
+    return importColumnTitle(static_cast<workflow::ImportColumn>(column));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The rules of a file under review as a Qt table, with a check box for each, and one above them for all.
 class ImportTableModel : public RuleCellsModel {
@@ -15,16 +15,16 @@ class ImportTableModel : public RuleCellsModel {
 public:
     // Rules that `present` holds as well are marked. Nothing given is owned; all of it must outlive the
     // model.
-    ImportTableModel(
-        const RuleManager& present, const StateDict& ticks, Workspace& workspace, QObject* parent = nullptr);
+    ImportTableModel(const rules::RuleManager& present, const workflow::StateDict& ticks,
+        platform::Workspace& workspace, QObject* parent = nullptr);
 
     // Where programs and paths are looked up. Takes effect with the next reload.
-    void setPlace(const RulesPlace& place) { m_place = place; }
+    void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
     // Shows the rows that `reviewed` has now. It must live until the next call, or as long as the model.
-    void reload(const RuleManager& reviewed);
+    void reload(const rules::RuleManager& reviewed);
     // Shows these of them alone.
-    void reload(const RuleManager& reviewed, std::shared_ptr<const RuleRows> rows);
+    void reload(const rules::RuleManager& reviewed, std::shared_ptr<const rules::RuleRows> rows);
 
     // Ticks were changed; any number of them.
     void ticksDidChange();
@@ -44,16 +44,16 @@ Q_SIGNALS:
     void checkBoxClicked(qint64 sequence, bool isTicked);
 
 protected:
-    RuleCell makeCell(std::size_t row, int column) const override;
+    workflow::RuleCell makeCell(std::size_t row, int column) const override;
     std::string_view titleOf(int column) const override;
 
 private:
-    const RuleManager& m_present;
-    const StateDict& m_ticks;
-    const RuleManager* m_reviewed = nullptr; // none until there are rows
+    const rules::RuleManager& m_present;
+    const workflow::StateDict& m_ticks;
+    const rules::RuleManager* m_reviewed = nullptr; // none until there are rows
     bool m_showsAll = true; // its rows, and not only some
-    RulesPlace m_place = RulesPlace::thisMachine().withoutHomes();
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine().withoutHomes();
     mutable std::optional<std::size_t> m_ticked; // rules that are shown; none until it is asked for
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -21,10 +21,10 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 ImportWindowController::ImportWindowController(
-    RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent)
+    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_document(document)
     , m_present(document.store())
@@ -58,10 +58,10 @@ void ImportWindowController::setUpTable()
     table->setIconSize(QSize(iconPixels, iconPixels));
     table->setModel(m_model);
     QHeaderView* header = table->horizontalHeader();
-    table->setPathColumn(static_cast<int>(ImportColumn::path));
-    header->setSectionResizeMode(static_cast<int>(ImportColumn::tick), QHeaderView::Fixed);
+    table->setPathColumn(static_cast<int>(workflow::ImportColumn::path));
+    header->setSectionResizeMode(static_cast<int>(workflow::ImportColumn::tick), QHeaderView::Fixed);
     connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
-        if (static_cast<ImportColumn>(column) == ImportColumn::tick)
+        if (static_cast<workflow::ImportColumn>(column) == workflow::ImportColumn::tick)
             toggleAllTicks();
         else
             sortByColumn(column);
@@ -85,10 +85,11 @@ void ImportWindowController::setUpMenu()
     addTickAction(
         tr("Tick or Untick &All"), Qt::CTRL | Qt::Key_Space, &ImportWindowController::toggleAllTicks);
     QMenu* sortMenu = menu->addMenu(tr("S&ort By"));
-    for (int column = 0; column < importColumnCount; ++column) {
-        if (!importColumnSortKey(static_cast<ImportColumn>(column)))
+    for (int column = 0; column < workflow::importColumnCount; ++column) {
+        if (!importColumnSortKey(static_cast<workflow::ImportColumn>(column)))
             continue;
-        QAction* action = sortMenu->addAction(toQt(importColumnTitle(static_cast<ImportColumn>(column))));
+        QAction* action
+            = sortMenu->addAction(toQt(importColumnTitle(static_cast<workflow::ImportColumn>(column))));
         connect(action, &QAction::triggered, this, [this, column] { sortByColumn(column); });
     }
     table->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -103,7 +104,7 @@ void ImportWindowController::setPath(std::string path)
         m_path.empty() ? tr("Import Rules") : tr("Import Rules - %1").arg(plainTitle(toQt(m_path))));
 }
 
-void ImportWindowController::setPlace(const RulesPlace& place)
+void ImportWindowController::setPlace(const workflow::RulesPlace& place)
 {
     m_place = place.withoutHomes();
     m_model->setPlace(m_place);
@@ -144,49 +145,51 @@ void ImportWindowController::reloadData()
     findFailing();
 }
 
-std::unique_ptr<RuleManager> ImportWindowController::readRules()
+std::unique_ptr<rules::RuleManager> ImportWindowController::readRules()
 {
     if (m_listing == Listing::file) {
-        m_joinedLines = m_text ? joinedLineCount(*m_text) : joinedLineCountOfFile(m_path);
+        m_joinedLines = m_text ? workflow::joinedLineCount(*m_text) : workflow::joinedLineCountOfFile(m_path);
         if (m_joinedLines > 0)
-            m_joinedRules = storeOf(rulesOfJoinedLines(textOf(RulesFileText::read(m_path))));
-        return m_text ? RuleManager::initWithText(*m_text, m_path, m_present.locations(), m_log)
-                      : RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
+            m_joinedRules = storeOf(workflow::rulesOfJoinedLines(textOf(rules::RulesFileText::read(m_path))));
+        return m_text
+            ? rules::RuleManager::initWithText(*m_text, m_path, m_present.locations(), m_log)
+            : rules::RuleManager::initWithContentsOfFile(m_path, false, m_present.locations(), m_log);
     }
-    const RulesFileText file = RulesFileText::read(m_path);
-    const RulesApart joined = rulesOfJoinedLines(textOf(file));
-    const RulesApart listed = m_listing == Listing::joinedLines ? joined : rulesApart(textOf(file));
+    const rules::RulesFileText file = rules::RulesFileText::read(m_path);
+    const workflow::RulesApart joined = workflow::rulesOfJoinedLines(textOf(file));
+    const workflow::RulesApart listed
+        = m_listing == Listing::joinedLines ? joined : workflow::rulesApart(textOf(file));
     m_joinedRules = storeOf(joined);
     untickCutRules(listed);
     return storeOf(listed);
 }
 
 // The text under review; `file` is read when there is no other.
-std::string_view ImportWindowController::textOf(const RulesFileText& file) const
+std::string_view ImportWindowController::textOf(const rules::RulesFileText& file) const
 {
     return m_text ? std::string_view(*m_text) : file.bytes();
 }
 
 // Those that have lost text.
-void ImportWindowController::untickCutRules(const RulesApart& apart)
+void ImportWindowController::untickCutRules(const workflow::RulesApart& apart)
 {
     std::int64_t sequence = 0;
-    for (const RulesApart::Rule& each : apart.rules) {
+    for (const workflow::RulesApart::Rule& each : apart.rules) {
         if (each.isCut)
             m_stateDict.setTicked(sequence, false);
         ++sequence;
     }
 }
 
-std::unique_ptr<RuleManager> ImportWindowController::storeOf(const RulesApart& apart) const
+std::unique_ptr<rules::RuleManager> ImportWindowController::storeOf(const workflow::RulesApart& apart) const
 {
-    auto store = std::make_unique<RuleManager>(m_present.locations(), m_log);
-    ChangeSet additions;
+    auto store = std::make_unique<rules::RuleManager>(m_present.locations(), m_log);
+    rules::ChangeSet additions;
     std::int64_t sequence = 0;
-    for (const RulesApart::Rule& each : apart.rules) {
-        additions.added.push_back(askValue(each.rule, [sequence](auto fields) -> ChangeSet::Addition {
+    for (const workflow::RulesApart::Rule& each : apart.rules) {
+        additions.added.push_back(askValue(each.rule, [sequence](auto fields) -> rules::ChangeSet::Addition {
             fields.sequence = sequence;
-            const RuleValue value = makeRuleValue(std::move(fields));
+            const rules::RuleValue value = makeRuleValue(std::move(fields));
             return {recordOf(value), value};
         }));
         ++sequence;
@@ -205,7 +208,7 @@ void ImportWindowController::takeApart()
 
 void ImportWindowController::startCounting()
 {
-    m_coming = std::make_unique<ImportForesight>(
+    m_coming = std::make_unique<workflow::ImportForesight>(
         m_present, *m_ruleManager, m_joinedRules.get(), m_document.settings().lineEnds());
     m_counting.start();
 }
@@ -225,7 +228,7 @@ void ImportWindowController::findFailing()
 {
     m_findingFailing.request_stop();
     m_findingFailing = {};
-    auto failing = std::make_shared<RuleSequences>();
+    auto failing = std::make_shared<workflow::RuleSequences>();
     m_thread.run([failing, rows = m_ruleManager->rows(), place = m_place,
                      stop = m_findingFailing.get_token()] { *failing = failingRules(*rows, place, stop); },
         [this, failing, stop = m_findingFailing.get_token()] {
@@ -240,9 +243,10 @@ void ImportWindowController::foresightDidChange()
 {
     if (m_foresight != nullptr)
         m_foresight->setFailing(m_failing);
-    for (std::size_t number = 0; number < foresightKinds; ++number) {
-        const auto kind = static_cast<Foresight>(number);
-        const bool isKnown = m_foresight != nullptr && (kind != Foresight::failing || m_failing != nullptr);
+    for (std::size_t number = 0; number < workflow::foresightKinds; ++number) {
+        const auto kind = static_cast<workflow::Foresight>(number);
+        const bool isKnown
+            = m_foresight != nullptr && (kind != workflow::Foresight::failing || m_failing != nullptr);
         m_ui->foresightBar->setCount(kind, isKnown ? std::optional(m_foresight->count(kind)) : std::nullopt);
     }
     if (m_ui->foresightBar->filter())
@@ -272,13 +276,13 @@ void ImportWindowController::reloadTable()
 }
 
 // All rules in their order, or those of the kind that was chosen.
-std::shared_ptr<const RuleRows> ImportWindowController::shownRows() const
+std::shared_ptr<const rules::RuleRows> ImportWindowController::shownRows() const
 {
     const auto rows = m_ruleManager->rows();
     const auto filter = m_ui->foresightBar->filter();
     if (!filter || m_foresight == nullptr)
         return rows;
-    std::vector<RuleRef> shown;
+    std::vector<rules::RuleRef> shown;
     for (std::size_t row = 0; row < rows->count(false); ++row) {
         if (m_foresight->is(rows->at(row, false), *filter))
             shown.push_back(rows->at(row, false));
@@ -295,10 +299,10 @@ std::size_t ImportWindowController::numberOfRowsInTableView() const
 
 void ImportWindowController::sortByColumn(int column)
 {
-    const auto key = importColumnSortKey(static_cast<ImportColumn>(column));
+    const auto key = importColumnSortKey(static_cast<workflow::ImportColumn>(column));
     if (!key || m_ruleManager == nullptr)
         return;
-    m_sortDescriptors = sortDescriptorsAfterClick(m_sortDescriptors, *key);
+    m_sortDescriptors = workflow::sortDescriptorsAfterClick(m_sortDescriptors, *key);
     m_ui->importTableView->showOrder(
         column, m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
     m_ruleManager->sortIndexUsingDescriptors(m_sortDescriptors);
@@ -316,7 +320,7 @@ void ImportWindowController::toggleAllTicks()
     const bool tick = m_model->commonTick() != Qt::Checked;
     if (m_ui->foresightBar->filter()) {
         for (int row = 0; row < m_model->rowCount(); ++row)
-            m_stateDict.setTicked(sequenceOf(m_model->ruleAt(row)), tick);
+            m_stateDict.setTicked(workflow::sequenceOf(m_model->ruleAt(row)), tick);
     } else {
         m_stateDict.setAllTicked(tick);
     }
@@ -335,10 +339,10 @@ void ImportWindowController::toggleSelectedTicks()
         }
         return false;
     };
-    const bool tick
-        = anyRow([this](int row) { return !m_stateDict.isTicked(sequenceOf(m_model->ruleAt(row))); });
+    const bool tick = anyRow(
+        [this](int row) { return !m_stateDict.isTicked(workflow::sequenceOf(m_model->ruleAt(row))); });
     anyRow([this, tick](int row) {
-        m_stateDict.setTicked(sequenceOf(m_model->ruleAt(row)), tick);
+        m_stateDict.setTicked(workflow::sequenceOf(m_model->ruleAt(row)), tick);
         return false;
     });
     ticksDidChange();
@@ -359,9 +363,9 @@ void ImportWindowController::tellCounts()
     if (const std::size_t shown = m_model->countOfTicked(); isFiltered && shown < ticked)
         counts += tr(" (%1 of them not shown, and imported all the same)").arg(inWords(ticked - shown));
     const bool isKnown = m_foresight != nullptr && !m_counting.isActive();
-    if (isKnown && m_foresight->count(Foresight::present) > 0)
-        counts
-            += tr(", %1 already present (in italics)").arg(inWords(m_foresight->count(Foresight::present)));
+    if (isKnown && m_foresight->count(workflow::Foresight::present) > 0)
+        counts += tr(", %1 already present (in italics)")
+                      .arg(inWords(m_foresight->count(workflow::Foresight::present)));
     if (isKnown && m_foresight->countOfCut() > 0)
         counts += tr(", %1 with letters beyond ASCII, whose lines the rules file cuts")
                       .arg(inWords(m_foresight->countOfCut()));
@@ -398,8 +402,8 @@ void ImportWindowController::importTickedRules()
     ImportProgress progress(this, static_cast<int>(rules));
     for (std::size_t row = 0; row < rules; ++row) {
         progress.setImported(static_cast<int>(row));
-        const RuleRef& rule = m_ruleManager->ruleAtIndex(row, false);
-        if (m_stateDict.isTicked(sequenceOf(rule)))
+        const rules::RuleRef& rule = m_ruleManager->ruleAtIndex(row, false);
+        if (m_stateDict.isTicked(workflow::sequenceOf(rule)))
             m_delegate->importRule(rule);
     }
     m_hasFailed = !m_delegate->didFinishImportingRules();
@@ -426,4 +430,4 @@ void ImportWindowController::showEvent(QShowEvent* event)
     awakeFromNib();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

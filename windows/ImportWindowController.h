@@ -20,14 +20,23 @@ namespace Ui {
 class ImportWindowController;
 }
 
-namespace quorvane {
-
-class ImportDelegate;
-class ImportTableModel;
+namespace quorvane::platform {
 class Log;
-class RulesDocument;
-class RulesFileText;
 class Workspace;
+} // namespace quorvane::platform
+
+namespace quorvane::rules {
+class RulesFileText;
+}
+
+namespace quorvane::workflow {
+class ImportDelegate;
+class RulesDocument;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
+
+class ImportTableModel;
 
 // The review of a rules file: lists its rules with a check box each, all ticked at first, and hands those
 // that are still ticked to its delegate when the person chooses Import.
@@ -43,8 +52,8 @@ class ImportWindowController : public QDialog {
 public:
     // Rules that `present` holds already are marked. Nothing given is owned; all of it must outlive the
     // window.
-    ImportWindowController(
-        RulesDocument& document, Workspace& workspace, Log& log, QWidget* parent = nullptr);
+    ImportWindowController(workflow::RulesDocument& document, platform::Workspace& workspace,
+        platform::Log& log, QWidget* parent = nullptr);
     ~ImportWindowController() override;
 
     const std::string& path() const { return m_path; }
@@ -53,14 +62,14 @@ public:
     // Reviews a text in place of a file. To be called before the window is shown.
     void setText(std::string text);
     // Where programs and paths are looked up; this machine at first. To be called before the window is shown.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
     // Only rules of lines that hold several are listed, as rules of their own. To be called before the window
     // is shown.
     void listJoinedLinesOnly() { m_listing = Listing::joinedLines; }
 
-    ImportDelegate* delegate() const { return m_delegate; }
+    workflow::ImportDelegate* delegate() const { return m_delegate; }
     // Not owned; may be null, then Import only closes the window.
-    void setDelegate(ImportDelegate* delegate) { m_delegate = delegate; }
+    void setDelegate(workflow::ImportDelegate* delegate) { m_delegate = delegate; }
 
     // Loads the file, once: a window without a path stays empty, and the next time it is shown tries again.
     void awakeFromNib();
@@ -104,11 +113,11 @@ private:
 
     void setUpTable();
     void setUpMenu();
-    std::unique_ptr<RuleManager> readRules();
-    std::unique_ptr<RuleManager> storeOf(const RulesApart& apart) const;
-    void untickCutRules(const RulesApart& apart);
-    std::string_view textOf(const RulesFileText& file) const;
-    std::shared_ptr<const RuleRows> shownRows() const;
+    std::unique_ptr<rules::RuleManager> readRules();
+    std::unique_ptr<rules::RuleManager> storeOf(const workflow::RulesApart& apart) const;
+    void untickCutRules(const workflow::RulesApart& apart);
+    std::string_view textOf(const rules::RulesFileText& file) const;
+    std::shared_ptr<const rules::RuleRows> shownRows() const;
     void findFailing();
     void foresightDidChange();
     void ticksDidChange();
@@ -119,22 +128,23 @@ private:
     void importTickedRules();
     void windowWillClose();
 
-    RulesDocument& m_document;
-    const RuleManager& m_present; // the user's rules
-    Log& m_log;
+    workflow::RulesDocument& m_document;
+    const rules::RuleManager& m_present; // the user's rules
+    platform::Log& m_log;
     std::unique_ptr<Ui::ImportWindowController> m_ui;
-    RulesPlace m_place = RulesPlace::thisMachine().withoutHomes();
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine().withoutHomes();
     std::string m_path; // of the file, or a name for the text
     std::optional<std::string> m_text; // none: that of the file
-    ImportDelegate* m_delegate = nullptr;
-    StateDict m_stateDict;
+    workflow::ImportDelegate* m_delegate = nullptr;
+    workflow::StateDict m_stateDict;
     ImportTableModel* m_model; // owned by this window
-    std::unique_ptr<RuleManager> m_ruleManager; // none until the file is loaded
-    std::vector<SortDescriptor> m_sortDescriptors;
-    std::unique_ptr<RuleManager> m_joinedRules; // of its lines that hold several; null without such lines
-    std::unique_ptr<ImportForesight> m_foresight; // null until it is known
-    std::unique_ptr<ImportForesight> m_coming; // the one that is being made; null when none is
-    std::shared_ptr<const RuleSequences> m_failing; // null until they are known
+    std::unique_ptr<rules::RuleManager> m_ruleManager; // none until the file is loaded
+    std::vector<rules::SortDescriptor> m_sortDescriptors;
+    std::unique_ptr<rules::RuleManager>
+        m_joinedRules; // of its lines that hold several; null without such lines
+    std::unique_ptr<workflow::ImportForesight> m_foresight; // null until it is known
+    std::unique_ptr<workflow::ImportForesight> m_coming; // the one that is being made; null when none is
+    std::shared_ptr<const workflow::RuleSequences> m_failing; // null until they are known
     Listing m_listing = Listing::file;
     std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
@@ -145,4 +155,4 @@ private:
     BackgroundThread m_thread; // goes first
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -22,7 +22,7 @@
 // and what its editor said. A text that the rule does not have is null; a code that no item stands for is
 // missing.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -30,14 +30,15 @@ constexpr int format = 1;
 constexpr qint64 longestFile = qint64(1) << 20;
 constexpr int mostFiles = 20;
 
-QJsonValue jsonOf(const NullableText& text)
+QJsonValue jsonOf(const rules::NullableText& text)
 {
     return text.isNull() ? QJsonValue() : QJsonValue(toQt(text.view()));
 }
 
-NullableText textIn(const QJsonValue& value)
+rules::NullableText textIn(const QJsonValue& value)
 {
-    return value.isString() ? NullableText(fromQt(value.toString())) : NullableText(std::nullopt);
+    return value.isString() ? rules::NullableText(fromQt(value.toString()))
+                            : rules::NullableText(std::nullopt);
 }
 
 template <class Fields> QJsonObject jsonOfCommonFields(const Fields& fields)
@@ -48,12 +49,12 @@ template <class Fields> QJsonObject jsonOfCommonFields(const Fields& fields)
         {QStringLiteral("flags"), static_cast<qint64>(fields.flags)}};
 }
 
-QJsonObject jsonOfFields(const WatchRuleFields& fields)
+QJsonObject jsonOfFields(const rules::WatchRuleFields& fields)
 {
     return jsonOfCommonFields(fields);
 }
 
-QJsonObject jsonOfFields(const PolicyRuleFields& fields)
+QJsonObject jsonOfFields(const rules::PolicyRuleFields& fields)
 {
     QJsonObject json = jsonOfCommonFields(fields);
     json[QStringLiteral("class")] = fields.policyClass;
@@ -74,18 +75,18 @@ template <class Fields> Fields commonFieldsIn(const QJsonObject& json)
     return fields;
 }
 
-RuleRef ruleIn(const QJsonObject& json, bool isWatchRule)
+rules::RuleRef ruleIn(const QJsonObject& json, bool isWatchRule)
 {
     if (isWatchRule)
-        return recordOf(makeRuleValue(commonFieldsIn<WatchRuleFields>(json)));
-    auto fields = commonFieldsIn<PolicyRuleFields>(json);
+        return recordOf(makeRuleValue(commonFieldsIn<rules::WatchRuleFields>(json)));
+    auto fields = commonFieldsIn<rules::PolicyRuleFields>(json);
     fields.policyClass = json[QStringLiteral("class")].toInt();
     fields.constraint = textIn(json[QStringLiteral("constraint")]);
     fields.created = static_cast<std::uint64_t>(json[QStringLiteral("created")].toInteger());
     return recordOf(makeRuleValue(std::move(fields)));
 }
 
-QJsonObject jsonOfDraft(const RuleDraft& draft)
+QJsonObject jsonOfDraft(const workflow::RuleDraft& draft)
 {
     QJsonObject json{{QStringLiteral("path"), toQt(draft.path)},
         {QStringLiteral("process"), toQt(draft.processName)},
@@ -98,7 +99,7 @@ QJsonObject jsonOfDraft(const RuleDraft& draft)
     return json;
 }
 
-RuleDraft draftIn(const QJsonObject& json)
+workflow::RuleDraft draftIn(const QJsonObject& json)
 {
     const auto code = [&json](const QString& key) {
         return json.contains(key) ? std::optional<std::int32_t>(json[key].toInt()) : std::nullopt;
@@ -168,7 +169,7 @@ QString newFileName()
 
 } // namespace
 
-KeptDrafts::KeptDrafts(QString folder, std::string rulesFile, Log& log)
+KeptDrafts::KeptDrafts(QString folder, std::string rulesFile, platform::Log& log)
     : m_folder(std::move(folder))
     , m_rulesFile(toQt(rulesFile))
     , m_log(log)
@@ -252,4 +253,4 @@ std::vector<KeptDraft> KeptDrafts::take()
     return drafts;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,14 +10,16 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::windows {
 
 // What an editor held that was not saved.
 struct KeptDraft {
-    RuleRef rule; // as it was when the editor opened; a record that no store holds
-    RuleDraft draft;
+    rules::RuleRef rule; // as it was when the editor opened; a record that no store holds
+    workflow::RuleDraft draft;
 };
 
 // Drafts of rules that outlive the program, a file for each, readable for the user alone. At most 20 are
@@ -26,7 +28,7 @@ struct KeptDraft {
 class KeptDrafts {
 public:
     // Those of the rules file of this name. With an empty folder none are kept. `log` must outlive it.
-    KeptDrafts(QString folder, std::string rulesFile, Log& log);
+    KeptDrafts(QString folder, std::string rulesFile, platform::Log& log);
 
     void keep(const KeptDraft& draft);
     // How many there are.
@@ -42,7 +44,7 @@ private:
 
     const QString m_folder;
     const QString m_rulesFile;
-    Log& m_log;
+    platform::Log& m_log;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

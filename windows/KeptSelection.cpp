@@ -12,7 +12,7 @@
 #include <optional>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -44,7 +44,7 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     const auto isSelected = [this](const void* rule) {
         return std::binary_search(m_selected.begin(), m_selected.end(), rule, std::less<>());
     };
-    const auto rows = model.rowsWhere([&](const RuleRef& each) {
+    const auto rows = model.rowsWhere([&](const rules::RuleRef& each) {
         const void* rule = addressOf(each);
         return rule == m_current || rule == m_topmost || isSelected(rule);
     });
@@ -82,4 +82,4 @@ void KeptSelection::restore(QTableView& table, const RuleCellsModel& model) cons
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 
 class QTableView;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class RuleCellsModel;
 
@@ -37,4 +37,4 @@ private:
     int m_topmostRow = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

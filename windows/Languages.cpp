@@ -11,7 +11,7 @@ static void keepTranslations()
     Q_INIT_RESOURCE(translations);
 }
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -46,4 +46,4 @@ void speakLanguageOf(QApplication& application, const QLocale& locale)
     QApplication::setLayoutDirection(locale.textDirection());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,7 +3,7 @@
 class QApplication;
 class QLocale;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // From now on windows speak the first language that `locale` asks for and that they know, English among them,
 // and the toolkit's own buttons and panels with them; where they know none, English. They are laid out in the
@@ -11,4 +11,4 @@ namespace quorvane {
 // stays as it is. To be called once, before the first window.
 void speakLanguageOf(QApplication& application, const QLocale& locale);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,22 +8,22 @@
 #include <memory>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-QString titleOf(RuleTrait trait)
+QString titleOf(workflow::RuleTrait trait)
 {
     switch (trait) {
-    case RuleTrait::ruleClass:
+    case workflow::RuleTrait::ruleClass:
         return LikeSelection::tr("Same &Class");
-    case RuleTrait::type:
+    case workflow::RuleTrait::type:
         return LikeSelection::tr("Same &Type");
-    case RuleTrait::state:
+    case workflow::RuleTrait::state:
         return LikeSelection::tr("Same &State");
-    case RuleTrait::tag:
+    case workflow::RuleTrait::tag:
         return LikeSelection::tr("Same T&ag");
-    case RuleTrait::program:
+    case workflow::RuleTrait::program:
         return LikeSelection::tr("Same &Program");
     }
     return {};
@@ -35,7 +35,7 @@ LikeSelection::LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& m
     : m_table(table)
     , m_finder(finder)
 {
-    for (const RuleTrait trait : allRuleTraits) {
+    for (const workflow::RuleTrait trait : workflow::allRuleTraits) {
         QAction* item = menu.addAction(titleOf(trait));
         connect(item, &QAction::triggered, this, [this, trait] { select(trait); });
     }
@@ -62,20 +62,21 @@ LikeSelection::~LikeSelection()
     m_stop.request_stop();
 }
 
-void LikeSelection::select(RuleTrait trait)
+void LikeSelection::select(workflow::RuleTrait trait)
 {
-    select([trait](const RulesSelection& selection) { return rulesLike(selection, trait); });
+    select([trait](const workflow::RulesSelection& selection) { return rulesLike(selection, trait); });
 }
 
 void LikeSelection::selectSameProblem()
 {
     m_finder.start();
     m_waitsForProblems = m_finder.isLooking();
-    const ProblemListsPtr problems = m_finder.problems();
+    const workflow::ProblemListsPtr problems = m_finder.problems();
     if (m_waitsForProblems || !problems)
         return;
-    select(
-        [problems](const RulesSelection& selection) { return rulesWithSameProblem(selection, *problems); });
+    select([problems](const workflow::RulesSelection& selection) {
+        return rulesWithSameProblem(selection, *problems);
+    });
 }
 
 void LikeSelection::select(const FindAlike& find)
@@ -83,7 +84,7 @@ void LikeSelection::select(const FindAlike& find)
     m_waitsForProblems = false;
     m_stop.request_stop(); // only the latest choice counts
     m_stop = {};
-    auto alike = std::make_shared<std::vector<RuleRef>>();
+    auto alike = std::make_shared<std::vector<rules::RuleRef>>();
     m_thread.run(
         [alike, find, selection = m_table.selection(), stop = m_stop.get_token()] {
             if (!stop.stop_requested())
@@ -99,4 +100,4 @@ void LikeSelection::select(const FindAlike& find)
         });
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -11,7 +11,7 @@
 
 class QMenu;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class ProblemsFinder;
 class RulesTable;
@@ -25,12 +25,12 @@ public:
     LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& menu);
     ~LikeSelection() override;
 
-    void select(RuleTrait trait);
+    void select(workflow::RuleTrait trait);
     // As soon as the problems of the present rules are found.
     void selectSameProblem();
 
 private:
-    using FindAlike = std::function<std::vector<RuleRef>(const RulesSelection& selection)>;
+    using FindAlike = std::function<std::vector<rules::RuleRef>(const workflow::RulesSelection& selection)>;
 
     void select(const FindAlike& find);
 
@@ -41,4 +41,4 @@ private:
     BackgroundThread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

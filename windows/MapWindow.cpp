@@ -16,15 +16,15 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 constexpr int rowHeight = 24; // as of the rules table; logical pixels
 
-std::vector<RuleRef> userRulesOf(std::vector<RuleRef> rules)
+std::vector<rules::RuleRef> userRulesOf(std::vector<rules::RuleRef> rules)
 {
-    std::erase_if(rules, [](const RuleRef& rule) {
+    std::erase_if(rules, [](const rules::RuleRef& rule) {
         return askValue(valueOf(rule), [](const auto& fields) { return fields.system; });
     });
     return rules;
@@ -42,7 +42,7 @@ public:
 
 } // namespace
 
-MapWindow::MapWindow(const RuleManager& store, RulesTable& table, QWidget* parent)
+MapWindow::MapWindow(const rules::RuleManager& store, RulesTable& table, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::MapWindow>())
     , m_store(store)
@@ -133,15 +133,15 @@ void MapWindow::make()
     m_making.request_stop();
     m_making = {};
     m_ui->countLabel->setText(tr("Looking at the rules\u2026"));
-    auto tree = std::make_shared<AccessTreePtr>();
+    auto tree = std::make_shared<workflow::AccessTreePtr>();
     m_thread.run(
         [tree, rules = m_store.allRules(), includesSystemRules = m_ui->systemRulesCheckBox->isChecked(),
             byProgram = isByProgram(), stop = m_making.get_token()] {
             if (stop.stop_requested())
                 return;
             auto shown = includesSystemRules ? rules : userRulesOf(rules);
-            *tree = byProgram ? AccessTree::byProgram(std::move(shown), stop)
-                              : AccessTree::byFolder(std::move(shown), stop);
+            *tree = byProgram ? workflow::AccessTree::byProgram(std::move(shown), stop)
+                              : workflow::AccessTree::byFolder(std::move(shown), stop);
         },
         [this, tree, stop = m_making.get_token()] {
             if (!stop.stop_requested() && *tree)
@@ -150,7 +150,7 @@ void MapWindow::make()
 }
 
 // What is open stays open, as far as it is there still.
-void MapWindow::showTree(const AccessTreePtr& tree)
+void MapWindow::showTree(const workflow::AccessTreePtr& tree)
 {
     const bool isFirst = m_model->tree() == nullptr;
     const std::set<QString> expanded = expandedKeys();
@@ -163,7 +163,7 @@ void MapWindow::showTree(const AccessTreePtr& tree)
         expandAgain(expanded, current);
     if (!m_ui->mapTreeView->currentIndex().isValid())
         m_ui->mapTreeView->setCurrentIndex(m_model->index(0, 0));
-    const AccessCounts& counts = tree->counts();
+    const workflow::AccessCounts& counts = tree->counts();
     m_ui->countLabel->setText(
         m_model->rowCount() == 0 ? tr("There are no rules.") : tr("On the map: %1.").arg(accessText(counts)));
     Q_EMIT wasMade();
@@ -181,7 +181,7 @@ QString MapWindow::keyOf(const QModelIndex& index) const
 {
     if (!index.isValid())
         return {};
-    const AccessBranch& branch = m_model->tree()->branches()[m_model->branchAt(index)];
+    const workflow::AccessBranch& branch = m_model->tree()->branches()[m_model->branchAt(index)];
     return keyOf(index.parent()) + QString::number(static_cast<int>(branch.kind)) + toQt(branch.text)
         + QChar(0);
 }
@@ -220,12 +220,12 @@ void MapWindow::selectRulesOf(const QModelIndex& index)
 {
     if (!index.isValid())
         return;
-    const std::vector<RuleRef> rules = m_model->tree()->rulesOf(m_model->branchAt(index));
-    const auto user = std::find_if_not(rules.begin(), rules.end(), isSystemRule);
+    const std::vector<rules::RuleRef> rules = m_model->tree()->rulesOf(m_model->branchAt(index));
+    const auto user = std::find_if_not(rules.begin(), rules.end(), rules::isSystemRule);
     m_table.revealRule(user == rules.end() ? rules.front() : *user);
     m_table.selectRules(rules);
     const std::size_t selected = m_table.selection().count();
-    m_ui->countLabel->setText(tr("Selected in the table: %1.").arg(toQt(countedRules(selected))));
+    m_ui->countLabel->setText(tr("Selected in the table: %1.").arg(toQt(workflow::countedRules(selected))));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,10 +14,13 @@ namespace Ui {
 class MapWindow;
 }
 
-namespace quorvane {
+namespace quorvane::rules {
+class RuleManager;
+}
+
+namespace quorvane::windows {
 
 class AccessModel;
-class RuleManager;
 class RulesTable;
 
 // The places that rules speak of, as a tree with a bar for each that shows how many allow, deny and watch; or
@@ -27,7 +30,7 @@ class MapWindow : public QDialog {
     Q_OBJECT
 public:
     // Rules are selected in `table`. Nothing given is owned; all of it must outlive the window.
-    MapWindow(const RuleManager& store, RulesTable& table, QWidget* parent = nullptr);
+    MapWindow(const rules::RuleManager& store, RulesTable& table, QWidget* parent = nullptr);
     ~MapWindow() override;
 
     // The stored rules are others now.
@@ -47,7 +50,7 @@ private:
     void fitColumns();
     bool isByProgram() const;
     void make();
-    void showTree(const AccessTreePtr& tree);
+    void showTree(const workflow::AccessTreePtr& tree);
     void selectRulesOf(const QModelIndex& index);
     void expandAgain(const std::set<QString>& expanded, const QString& current);
     void expandTop();
@@ -55,11 +58,11 @@ private:
     std::set<QString> expandedKeys() const;
 
     std::unique_ptr<Ui::MapWindow> m_ui;
-    const RuleManager& m_store;
+    const rules::RuleManager& m_store;
     RulesTable& m_table;
     AccessModel* m_model; // owned by this window
     std::stop_source m_making;
     BackgroundThread m_thread; // goes first
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,7 +8,7 @@
 #include <QIcon>
 #include <QLabel>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -66,4 +66,4 @@ void MessageWindow::setTexts(const QString& header, const QString& message)
     showText(*m_message, message);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

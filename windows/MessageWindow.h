@@ -5,7 +5,7 @@
 class QDialogButtonBox;
 class QLabel;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A small window that says something: icon, header, message and buttons. The texts are shown as they are,
 // never as markup, and can be selected but for those that hold a very long word.
@@ -24,4 +24,4 @@ private:
     QDialogButtonBox* m_buttons;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

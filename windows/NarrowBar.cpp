@@ -17,7 +17,7 @@
 
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -59,7 +59,7 @@ void addRemark(QComboBox& choice, const QString& text)
 }
 
 // Behind the first `kept` items, which stay.
-void offerNames(QComboBox& choice, int kept, const NamesInUse::List& list)
+void offerNames(QComboBox& choice, int kept, const workflow::NamesInUse::List& list)
 {
     const QSignalBlocker blocker(choice);
     const QString title = choice.currentText();
@@ -159,18 +159,18 @@ QComboBox* NarrowBar::addChoice(QWidget& half, const char* name, const QString& 
 // The words of the table.
 void NarrowBar::fillFixedChoices()
 {
-    m_class->addItem(tr("Allow"), PolicyClass::allow);
-    m_class->addItem(tr("Deny"), PolicyClass::deny);
-    m_class->addItem(tr("Watch"), PolicyClass::watch);
-    m_type->addItem(tr("Prefix"), PolicyType::prefix);
-    m_type->addItem(tr("Path"), PolicyType::path);
-    m_type->addItem(tr("Suffix"), PolicyType::suffix);
-    m_state->addItem(tr("System"), RuleState::system);
-    m_state->addItem(tr("New"), RuleState::recent);
-    m_state->addItem(tr("Neither"), RuleState::user);
+    m_class->addItem(tr("Allow"), rules::PolicyClass::allow);
+    m_class->addItem(tr("Deny"), rules::PolicyClass::deny);
+    m_class->addItem(tr("Watch"), rules::PolicyClass::watch);
+    m_type->addItem(tr("Prefix"), rules::PolicyType::prefix);
+    m_type->addItem(tr("Path"), rules::PolicyType::path);
+    m_type->addItem(tr("Suffix"), rules::PolicyType::suffix);
+    m_state->addItem(tr("System"), rules::RuleState::system);
+    m_state->addItem(tr("New"), rules::RuleState::recent);
+    m_state->addItem(tr("Neither"), rules::RuleState::user);
     m_tag->addItem(tr("No tag"), QString());
-    for (const FindingKind kind : allFindingKinds) {
-        if (kind != FindingKind::joined) // which is of no rule
+    for (const workflow::FindingKind kind : workflow::allFindingKinds) {
+        if (kind != workflow::FindingKind::joined) // which is of no rule
             m_problem->addItem(toQt(findingTitle(kind)), static_cast<int>(kind));
     }
     constexpr int listWidth = 320; // of names that are longer than their choice is wide
@@ -180,16 +180,16 @@ void NarrowBar::fillFixedChoices()
     }
 }
 
-RuleCriteria NarrowBar::criteria() const
+workflow::RuleCriteria NarrowBar::criteria() const
 {
-    RuleCriteria criteria;
+    workflow::RuleCriteria criteria;
     takeCode(criteria.classes, *m_class);
     takeCode(criteria.types, *m_type);
     takeCode(criteria.states, *m_state);
     takeName(criteria.tags, *m_tag);
     takeName(criteria.programs, *m_program);
     if (const auto kind = chosenCode(*m_problem))
-        criteria.findings = {static_cast<FindingKind>(*kind)};
+        criteria.findings = {static_cast<workflow::FindingKind>(*kind)};
     return criteria;
 }
 
@@ -204,7 +204,7 @@ void NarrowBar::clear()
     Q_EMIT criteriaChanged();
 }
 
-void NarrowBar::setNames(const NamesInUse& names)
+void NarrowBar::setNames(const workflow::NamesInUse& names)
 {
     if (names == m_names)
         return;
@@ -241,4 +241,4 @@ void NarrowBar::resizeEvent(QResizeEvent* event)
     m_halves->setDirection(needed <= width() ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

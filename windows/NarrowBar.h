@@ -10,7 +10,7 @@ class QComboBox;
 class QLabel;
 class QToolButton;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A row of choices for the rules that the table shows besides its search: class, type, state, tag, problem
 // and program, all of which must hold. Stands in two rows where one is too narrow. User interface thread
@@ -21,12 +21,12 @@ public:
     explicit NarrowBar(QWidget* parent = nullptr);
 
     // Empty while everything is shown.
-    RuleCriteria criteria() const;
+    workflow::RuleCriteria criteria() const;
     // Shows everything.
     void clear();
 
     // What can be chosen as tag and program. A present choice that is not among them stays.
-    void setNames(const NamesInUse& names);
+    void setNames(const workflow::NamesInUse& names);
     // What the person should know of the choices; empty for nothing.
     void setStatus(const QString& status);
 
@@ -54,7 +54,7 @@ private:
     QComboBox* m_program;
     QToolButton* m_clearButton;
     QLabel* m_status;
-    NamesInUse m_names; // that are offered
+    workflow::NamesInUse m_names; // that are offered
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,7 +8,7 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -22,7 +22,7 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     setAttribute(Qt::WA_DeleteOnClose);
     // Another dialog that closes all other windows to input must not close this one too.
     setModal(QApplication::activeModalWidget() != nullptr);
-    InputLock::exempt(*this);
+    platform::InputLock::exempt(*this);
     setTexts(header, message);
     buttons().setStandardButtons(QDialogButtonBox::Ok);
     connect(&buttons(), &QDialogButtonBox::accepted, this, &QDialog::close);
@@ -31,4 +31,4 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     timer->start(timeOut);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,7 +2,7 @@
 
 #include "windows/MessageWindow.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A notice in a small window of its own, for desktops without a service for notices. Takes input even while
 // the program waits for an answer, goes away by itself after a minute, and deletes itself when it is closed.
@@ -12,4 +12,4 @@ public:
     NoticeWindow(const QString& header, const QString& message, const QString& iconFile);
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -46,4 +46,4 @@ void keepToOneLine(QLineEdit& field)
     field.setValidator(new OneLine(&field));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,7 +3,7 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 OperationBoxesRow::OperationBoxesRow(QWidget* parent)
     : QWidget(parent)
@@ -23,10 +23,10 @@ OperationBoxesRow::OperationBoxesRow(QWidget* parent)
 
 std::uint32_t OperationBoxesRow::operations() const
 {
-    OperationBoxes ticked{};
+    workflow::OperationBoxes ticked{};
     for (std::size_t box = 0; box < ticked.size(); ++box)
         ticked[box] = m_boxes[box]->isChecked();
-    return operationsForBoxes(ticked);
+    return workflow::operationsForBoxes(ticked);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

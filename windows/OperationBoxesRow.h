@@ -9,7 +9,7 @@
 
 class QCheckBox;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A check box for each operation, side by side.
 class OperationBoxesRow : public QWidget {
@@ -24,7 +24,7 @@ Q_SIGNALS:
     void operationsChanged();
 
 private:
-    std::array<QCheckBox*, OperationBoxes().size()> m_boxes;
+    std::array<QCheckBox*, workflow::OperationBoxes().size()> m_boxes;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

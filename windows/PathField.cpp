@@ -14,7 +14,7 @@
 
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -22,7 +22,7 @@ namespace {
 std::optional<std::string> draggedPath(const QMimeData& data)
 {
     return data.urls().isEmpty() ? std::nullopt
-                                 : pathOfFileUri(data.urls().front().toEncoded().toStdString());
+                                 : platform::pathOfFileUri(data.urls().front().toEncoded().toStdString());
 }
 
 } // namespace
@@ -87,4 +87,4 @@ bool PathField::eventFilter(QObject* watched, QEvent* event)
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -6,7 +6,7 @@
 
 class QLineEdit;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A field for the path of a file or folder, which can be typed, chosen in a panel, or dropped from a file
 // manager. User interface thread only.
@@ -36,4 +36,4 @@ private:
     QLineEdit* m_field;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@
 
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -29,10 +29,10 @@ PlaceMenu::PlaceMenu(QMenu& menu, QWidget& window, RulesTable& table)
     m_thisMachine->setChecked(true);
     menu.addActions(m_items->actions());
     connect(m_thisMachine, &QAction::triggered, this,
-        [this] { choose(m_thisMachine, RulesPlace::thisMachine(), {}); });
+        [this] { choose(m_thisMachine, workflow::RulesPlace::thisMachine(), {}); });
     connect(m_volume, &QAction::triggered, this, &PlaceMenu::chooseVolume);
     connect(m_elsewhere, &QAction::triggered, this,
-        [this] { choose(m_elsewhere, RulesPlace::nowhere(), tr("somewhere else")); });
+        [this] { choose(m_elsewhere, workflow::RulesPlace::nowhere(), tr("somewhere else")); });
 }
 
 QAction* PlaceMenu::addItem(const QString& title)
@@ -47,7 +47,7 @@ bool PlaceMenu::isThisMachine() const
     return m_chosen == m_thisMachine;
 }
 
-void PlaceMenu::choose(QAction* item, const RulesPlace& place, const QString& name)
+void PlaceMenu::choose(QAction* item, const workflow::RulesPlace& place, const QString& name)
 {
     m_chosen = item;
     m_place = place;
@@ -66,7 +66,7 @@ void PlaceMenu::chooseVolume()
 void PlaceMenu::useVolume(const std::string& folder)
 {
     std::error_code error;
-    const auto place = RulesPlace::folder(folder, error);
+    const auto place = workflow::RulesPlace::folder(folder, error);
     if (!place)
         return m_table.addNotice(
             {.text = tr("%1 cannot be used as a volume: %2").arg(toQt(folder), toQt(error.message())),
@@ -75,4 +75,4 @@ void PlaceMenu::useVolume(const std::string& folder)
     choose(m_volume, *place, toQt(folder));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@ class QActionGroup;
 class QMenu;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class RulesTable;
 
@@ -25,7 +25,7 @@ public:
     // it must outlive this.
     PlaceMenu(QMenu& menu, QWidget& window, RulesTable& table);
 
-    const RulesPlace& place() const { return m_place; }
+    const workflow::RulesPlace& place() const { return m_place; }
     bool isThisMachine() const;
 
     // As if this folder had been chosen as the volume.
@@ -33,11 +33,11 @@ public:
 
 Q_SIGNALS:
     // Programs and paths are to be looked up there from now on. `name` says where; empty for this machine.
-    void placeChosen(const quorvane::RulesPlace& place, const QString& name);
+    void placeChosen(const quorvane::workflow::RulesPlace& place, const QString& name);
 
 private:
     QAction* addItem(const QString& title);
-    void choose(QAction* item, const RulesPlace& place, const QString& name);
+    void choose(QAction* item, const workflow::RulesPlace& place, const QString& name);
     void chooseVolume();
 
     QWidget& m_window;
@@ -47,7 +47,7 @@ private:
     QAction* m_volume;
     QAction* m_elsewhere;
     QAction* m_chosen; // one of these
-    RulesPlace m_place = RulesPlace::thisMachine();
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -1,6 +1,6 @@
 #include "windows/PlainText.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 QString plainToolTip(const QString& text)
 {
@@ -35,4 +35,4 @@ QString withBreakPoints(const QString& text)
     return broken;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

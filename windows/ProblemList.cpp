@@ -8,7 +8,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -86,4 +86,4 @@ QWidget* ProblemList::makeRow(const ShownProblem& problem)
     return row;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,7 +8,7 @@
 
 class QVBoxLayout;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Something that is wrong, why it matters, and what can be done about it.
 struct ShownProblem {
@@ -39,4 +39,4 @@ private:
     QVBoxLayout* m_rows;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -5,9 +5,9 @@
 #include <new>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
-ProblemsFinder::ProblemsFinder(const RuleManager& store)
+ProblemsFinder::ProblemsFinder(const rules::RuleManager& store)
     : m_store(store)
     , m_known(nothingKnown())
 {
@@ -18,9 +18,9 @@ ProblemsFinder::~ProblemsFinder()
     m_stop.request_stop();
 }
 
-std::shared_ptr<KnownProblems> ProblemsFinder::nothingKnown() const
+std::shared_ptr<workflow::KnownProblems> ProblemsFinder::nothingKnown() const
 {
-    return std::make_shared<KnownProblems>(m_place, m_store.locations().userRulesFile());
+    return std::make_shared<workflow::KnownProblems>(m_place, m_store.locations().userRulesFile());
 }
 
 void ProblemsFinder::start()
@@ -41,7 +41,7 @@ void ProblemsFinder::setFindsOverlaps(const QObject& asker, bool finds)
         rulesDidChange();
 }
 
-void ProblemsFinder::setPlace(const RulesPlace& place)
+void ProblemsFinder::setPlace(const workflow::RulesPlace& place)
 {
     m_place = place;
     lookAgain();
@@ -70,7 +70,7 @@ void ProblemsFinder::look()
 {
     m_isLooking = true;
     m_isBehind = false;
-    auto problems = std::make_shared<ProblemListsPtr>();
+    auto problems = std::make_shared<workflow::ProblemListsPtr>();
     m_thread.run(
         [=, known = m_known, rules = m_store.storedRows(), findsOverlaps = !m_askForOverlaps.isEmpty(),
             stop = m_stop.get_token()] {
@@ -89,12 +89,12 @@ void ProblemsFinder::look()
         });
 }
 
-void ProblemsFinder::wasFound(const ProblemListsPtr& problems)
+void ProblemsFinder::wasFound(const workflow::ProblemListsPtr& problems)
 {
-    ProblemListsPtr former = std::exchange(m_problems, problems);
+    workflow::ProblemListsPtr former = std::exchange(m_problems, problems);
     Q_EMIT found(problems);
     // Letting go of long lists takes a while as well.
     m_thread.run([former = std::move(former)]() mutable { former.reset(); }, [] {});
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

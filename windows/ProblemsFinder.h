@@ -9,9 +9,11 @@
 #include <memory>
 #include <stop_token>
 
-namespace quorvane {
-
+namespace quorvane::rules {
 class RuleManager;
+}
+
+namespace quorvane::windows {
 
 // Finds the problems of all rules beside the user interface thread, once they are asked for, and from then
 // on follows the rules. User interface thread only.
@@ -19,19 +21,19 @@ class ProblemsFinder : public QObject {
     Q_OBJECT
 public:
     // `store` must outlive this.
-    explicit ProblemsFinder(const RuleManager& store);
+    explicit ProblemsFinder(const rules::RuleManager& store);
     ~ProblemsFinder() override;
 
     // The problems are wanted from now on. A further call looks again when there was no memory for them.
     void start();
     bool isLooking() const { return m_isLooking; }
     // As found last; null before.
-    const ProblemListsPtr& problems() const { return m_problems; }
+    const workflow::ProblemListsPtr& problems() const { return m_problems; }
 
     // Whether overlaps are to be found for `asker`, too. They are found while anybody asks for them.
     void setFindsOverlaps(const QObject& asker, bool finds);
     // Where programs and paths are looked up from now on.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
 
 public Q_SLOTS:
     void rulesDidChange();
@@ -41,23 +43,23 @@ public Q_SLOTS:
 Q_SIGNALS:
     // The problems of the present rules, or while isLooking() of earlier ones; null when there was not enough
     // memory for them.
-    void found(const quorvane::ProblemListsPtr& problems);
+    void found(const quorvane::workflow::ProblemListsPtr& problems);
 
 private:
-    std::shared_ptr<KnownProblems> nothingKnown() const;
+    std::shared_ptr<workflow::KnownProblems> nothingKnown() const;
     void look();
-    void wasFound(const ProblemListsPtr& problems);
+    void wasFound(const workflow::ProblemListsPtr& problems);
 
-    const RuleManager& m_store;
-    RulesPlace m_place = RulesPlace::thisMachine();
-    ProblemListsPtr m_problems;
+    const rules::RuleManager& m_store;
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
+    workflow::ProblemListsPtr m_problems;
     bool m_isWanted = false;
     QSet<const QObject*> m_askForOverlaps;
     bool m_isLooking = false;
     bool m_isBehind = false; // something has changed while it looks
-    std::shared_ptr<KnownProblems> m_known; // the thread's, while it looks
+    std::shared_ptr<workflow::KnownProblems> m_known; // the thread's, while it looks
     std::stop_source m_stop;
     BackgroundThread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -17,21 +17,21 @@ constexpr std::size_t page = 500;
 constexpr std::size_t farDown = 20000; // beyond this a view would take long to come there
 
 // The identifier of an index: 0 for a kind, and for a problem one more than its kind.
-quintptr identifierOf(FindingKind kind)
+quintptr identifierOf(workflow::FindingKind kind)
 {
     return static_cast<quintptr>(kind) + 1;
 }
 
-QString ruleName(const KnownProblem& problem)
+QString ruleName(const workflow::KnownProblem& problem)
 {
     return askRule(problem.rule, [](const auto& rule) {
         return toQt(shownApplicationNameForRule(rule) + "  " + std::string(rule.fields().path.view()));
     });
 }
 
-QString explanation(const KnownProblem& problem)
+QString explanation(const workflow::KnownProblem& problem)
 {
-    const QString sentence = toQt(ruleSentence(valueOf(problem.rule)));
+    const QString sentence = toQt(workflow::ruleSentence(valueOf(problem.rule)));
     const QString text = problem.other ? toQt(problemWith(problem.finding.kind, valueOf(*problem.other)).text)
                                        : toQt(findingText(problem.finding));
     return sentence + QLatin1Char('\n') + text;
@@ -39,15 +39,15 @@ QString explanation(const KnownProblem& problem)
 
 } // namespace
 
-void ProblemsModel::setProblems(ProblemListsPtr problems)
+void ProblemsModel::setProblems(workflow::ProblemListsPtr problems)
 {
     beginResetModel();
-    m_problems = problems ? std::move(problems) : std::make_shared<const ProblemLists>();
+    m_problems = problems ? std::move(problems) : std::make_shared<const workflow::ProblemLists>();
     arrange();
     endResetModel();
 }
 
-void ProblemsModel::setShownKinds(const FindingKinds& kinds)
+void ProblemsModel::setShownKinds(const workflow::FindingKinds& kinds)
 {
     beginResetModel();
     m_kinds = kinds;
@@ -58,14 +58,14 @@ void ProblemsModel::setShownKinds(const FindingKinds& kinds)
 void ProblemsModel::arrange()
 {
     m_rows.clear();
-    for (const FindingKind kind : allFindingKinds) {
+    for (const workflow::FindingKind kind : workflow::allFindingKinds) {
         if (m_kinds.contains(kind) && !list(kind).empty())
             m_rows.push_back(kind);
         m_fetched[static_cast<std::size_t>(kind)] = std::min(page, list(kind).size());
     }
 }
 
-const std::vector<KnownProblem>& ProblemsModel::list(FindingKind kind) const
+const std::vector<workflow::KnownProblem>& ProblemsModel::list(workflow::FindingKind kind) const
 {
     return m_problems->of(kind);
 }
@@ -73,12 +73,12 @@ const std::vector<KnownProblem>& ProblemsModel::list(FindingKind kind) const
 std::size_t ProblemsModel::count() const
 {
     std::size_t count = 0;
-    for (const FindingKind kind : m_rows)
+    for (const workflow::FindingKind kind : m_rows)
         count += list(kind).size();
     return count;
 }
 
-std::optional<FindingKind> ProblemsModel::kindAt(const QModelIndex& index) const
+std::optional<workflow::FindingKind> ProblemsModel::kindAt(const QModelIndex& index) const
 {
     return index.isValid() && index.internalId() == 0
         ? std::optional(m_rows[static_cast<std::size_t>(index.row())])
@@ -89,16 +89,17 @@ std::optional<ProblemsModel::Place> ProblemsModel::placeOf(const QModelIndex& in
 {
     if (!index.isValid() || index.internalId() == 0)
         return std::nullopt;
-    return Place{static_cast<FindingKind>(index.internalId() - 1), static_cast<std::size_t>(index.row())};
+    return Place{
+        static_cast<workflow::FindingKind>(index.internalId() - 1), static_cast<std::size_t>(index.row())};
 }
 
-const KnownProblem* ProblemsModel::problemAt(const QModelIndex& index) const
+const workflow::KnownProblem* ProblemsModel::problemAt(const QModelIndex& index) const
 {
     const auto place = placeOf(index);
     return place ? &problemAt(*place) : nullptr;
 }
 
-const KnownProblem& ProblemsModel::problemAt(const Place& place) const
+const workflow::KnownProblem& ProblemsModel::problemAt(const Place& place) const
 {
     return list(place.kind)[place.number];
 }
@@ -201,7 +202,7 @@ QVariant ProblemsModel::data(const QModelIndex& index, int role) const
             return QStringLiteral("%1 (%2)").arg(toQt(findingTitle(*kind)), inWords(list(*kind).size()));
         return role == Qt::ToolTipRole ? plainToolTip(toQt(findingKindText(*kind))) : QVariant();
     }
-    const KnownProblem* problem = problemAt(index);
+    const workflow::KnownProblem* problem = problemAt(index);
     if (problem == nullptr)
         return {};
     switch (role) {
@@ -216,4 +217,4 @@ QVariant ProblemsModel::data(const QModelIndex& index, int role) const
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

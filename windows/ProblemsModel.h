@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Problems of rules as a tree: kinds with their counts, and below each the rules that have it. Long lists
 // come a part at a time, as the view asks for more.
@@ -20,20 +20,20 @@ public:
 
     // A problem by its kind and its place in the list of that kind.
     struct Place {
-        FindingKind kind;
+        workflow::FindingKind kind;
         std::size_t number;
     };
 
     // None when null.
-    void setProblems(ProblemListsPtr problems);
-    void setShownKinds(const FindingKinds& kinds);
-    const FindingKinds& shownKinds() const { return m_kinds; }
+    void setProblems(workflow::ProblemListsPtr problems);
+    void setShownKinds(const workflow::FindingKinds& kinds);
+    const workflow::FindingKinds& shownKinds() const { return m_kinds; }
 
     // Of all kinds that are shown.
     std::size_t count() const;
     // Null for a kind.
-    const KnownProblem* problemAt(const QModelIndex& index) const;
-    const KnownProblem& problemAt(const Place& place) const;
+    const workflow::KnownProblem* problemAt(const QModelIndex& index) const;
+    const workflow::KnownProblem& problemAt(const Place& place) const;
     std::optional<Place> placeOf(const QModelIndex& index) const;
     // Invalid when it is too far down to be shown without the rest of the list.
     QModelIndex indexOf(const Place& place);
@@ -55,14 +55,15 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
 
 private:
-    const std::vector<KnownProblem>& list(FindingKind kind) const;
-    std::optional<FindingKind> kindAt(const QModelIndex& index) const;
+    const std::vector<workflow::KnownProblem>& list(workflow::FindingKind kind) const;
+    std::optional<workflow::FindingKind> kindAt(const QModelIndex& index) const;
     void arrange();
 
-    ProblemListsPtr m_problems = std::make_shared<const ProblemLists>();
-    FindingKinds m_kinds = FindingKinds::usual();
-    std::vector<FindingKind> m_rows; // the kinds that are shown and have problems
-    std::array<std::size_t, findingKindCount> m_fetched{}; // problems of each kind that the view knows
+    workflow::ProblemListsPtr m_problems = std::make_shared<const workflow::ProblemLists>();
+    workflow::FindingKinds m_kinds = workflow::FindingKinds::usual();
+    std::vector<workflow::FindingKind> m_rows; // the kinds that are shown and have problems
+    std::array<std::size_t, workflow::findingKindCount>
+        m_fetched{}; // problems of each kind that the view knows
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

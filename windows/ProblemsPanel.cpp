@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -75,14 +75,14 @@ void ProblemsPanel::setUpKinds()
     m_kindsButton->setPopupMode(QToolButton::InstantPopup);
     m_kindsButton->setMenu(m_kindsMenu);
     if (const auto hidden = rememberedHiddenKinds()) {
-        FindingKinds kinds = FindingKinds::all();
+        workflow::FindingKinds kinds = workflow::FindingKinds::all();
         for (const QString& name : *hidden) {
-            if (const auto kind = findingKindNamed(fromQt(name)))
+            if (const auto kind = workflow::findingKindNamed(fromQt(name)))
                 kinds.remove(*kind);
         }
         showKinds(kinds);
     }
-    for (const FindingKind kind : allFindingKinds) {
+    for (const workflow::FindingKind kind : workflow::allFindingKinds) {
         QAction* item = m_kindsMenu->addAction(toQt(findingTitle(kind)));
         item->setCheckable(true);
         item->setChecked(m_model->shownKinds().contains(kind));
@@ -90,28 +90,28 @@ void ProblemsPanel::setUpKinds()
     }
 }
 
-void ProblemsPanel::showKind(FindingKind kind, bool isShown)
+void ProblemsPanel::showKind(workflow::FindingKind kind, bool isShown)
 {
-    FindingKinds kinds = m_model->shownKinds();
+    workflow::FindingKinds kinds = m_model->shownKinds();
     if (isShown)
         kinds.add(kind);
     else
         kinds.remove(kind);
     showKinds(kinds);
     QStringList hidden;
-    for (const FindingKind each : allFindingKinds) {
+    for (const workflow::FindingKind each : workflow::allFindingKinds) {
         if (!kinds.contains(each))
             hidden.append(toQt(findingName(each)));
     }
     rememberHiddenKinds(hidden);
 }
 
-void ProblemsPanel::showKinds(const FindingKinds& kinds)
+void ProblemsPanel::showKinds(const workflow::FindingKinds& kinds)
 {
     m_model->setShownKinds(kinds);
     expandAll();
     followChosen();
-    m_finder.setFindsOverlaps(*this, kinds.contains(FindingKind::overlap));
+    m_finder.setFindsOverlaps(*this, kinds.contains(workflow::FindingKind::overlap));
     updateStatus();
 }
 
@@ -128,7 +128,7 @@ void ProblemsPanel::expandAll()
         m_tree->expand(m_model->index(row, 0));
 }
 
-void ProblemsPanel::showFound(const ProblemListsPtr& problems)
+void ProblemsPanel::showFound(const workflow::ProblemListsPtr& problems)
 {
     m_model->setProblems(problems);
     expandAll();
@@ -166,7 +166,7 @@ void ProblemsPanel::choosePlace(const ProblemsModel::Place& place)
         m_tree->scrollTo(index);
     }
     Q_EMIT ruleChosen(*m_chosen);
-    if (place.kind == FindingKind::joined)
+    if (place.kind == workflow::FindingKind::joined)
         Q_EMIT joinedLineChosen();
 }
 
@@ -175,11 +175,11 @@ void ProblemsPanel::followChosen()
 {
     if (!m_place)
         return;
-    const ProblemListsPtr& problems = m_finder.problems();
+    const workflow::ProblemListsPtr& problems = m_finder.problems();
     if (!problems)
         return m_place.reset();
     const auto& list = problems->of(m_place->kind);
-    const auto isChosen = [this](const KnownProblem& problem) { return problem.rule == *m_chosen; };
+    const auto isChosen = [this](const workflow::KnownProblem& problem) { return problem.rule == *m_chosen; };
     const bool isThere = m_place->number < list.size() && isChosen(list[m_place->number]);
     const auto found = isThere ? list.begin() + static_cast<std::ptrdiff_t>(m_place->number)
                                : std::find_if(list.begin(), list.end(), isChosen);
@@ -212,4 +212,4 @@ void ProblemsPanel::step(bool forward)
         choosePlace(*place);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

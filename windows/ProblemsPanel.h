@@ -12,7 +12,7 @@ class QMenu;
 class QToolButton;
 class QTreeView;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class ProblemsFinder;
 
@@ -35,7 +35,7 @@ public Q_SLOTS:
     void showPrevious();
 
 Q_SIGNALS:
-    void ruleChosen(const quorvane::RuleRef& rule);
+    void ruleChosen(const quorvane::rules::RuleRef& rule);
     // Its line of the rules file holds further rules.
     void joinedLineChosen();
 
@@ -44,9 +44,9 @@ protected:
 
 private:
     void setUpKinds();
-    void showKind(FindingKind kind, bool isShown);
-    void showKinds(const FindingKinds& kinds);
-    void showFound(const ProblemListsPtr& problems);
+    void showKind(workflow::FindingKind kind, bool isShown);
+    void showKinds(const workflow::FindingKinds& kinds);
+    void showFound(const workflow::ProblemListsPtr& problems);
     void updateStatus();
     void choose(const QModelIndex& index);
     void step(bool forward);
@@ -60,10 +60,10 @@ private:
     QToolButton* m_kindsButton;
     QMenu* m_kindsMenu;
     QLabel* m_status;
-    std::optional<RuleRef> m_chosen; // the rule of the problem chosen last
+    std::optional<rules::RuleRef> m_chosen; // the rule of the problem chosen last
     std::optional<ProblemsModel::Place> m_place; // of that problem
     bool m_hasLeft = false; // it has been mended: others have its place
     std::optional<bool> m_stepWanted; // forward or not, as soon as problems are found
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

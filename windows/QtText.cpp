@@ -2,7 +2,7 @@
 
 #include <QLocale>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 QString toQt(std::string_view text)
 {
@@ -22,4 +22,4 @@ std::string fromQt(const QString& text)
     return text.toStdString();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

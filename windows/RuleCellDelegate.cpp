@@ -14,7 +14,7 @@
 
 #include <limits>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -124,4 +124,4 @@ bool RuleCellDelegate::editorEvent(
         Qt::CheckStateRole);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

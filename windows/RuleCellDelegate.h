@@ -2,7 +2,7 @@
 
 #include <QStyledItemDelegate>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Paints the cells of a rules table: an image without text or a check box in the middle of its column, texts
 // and icons in their own colours also while selected. A click anywhere in a check box's cell ticks or unticks
@@ -24,4 +24,4 @@ protected:
         const QModelIndex& index) override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

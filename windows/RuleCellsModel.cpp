@@ -14,24 +14,24 @@
 #include <array>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 constexpr int cellFontSize = 12; // logical pixels
 
-QColor textColor(CellColor color)
+QColor textColor(workflow::CellColor color)
 {
     switch (color) {
-    case CellColor::black:
+    case workflow::CellColor::black:
         return shades::black;
-    case CellColor::red:
+    case workflow::CellColor::red:
         return shades::red;
-    case CellColor::orange:
+    case workflow::CellColor::orange:
         return shades::orange;
-    case CellColor::blue:
+    case workflow::CellColor::blue:
         return shades::blue;
-    case CellColor::grey:
+    case workflow::CellColor::grey:
         return shades::grey;
     }
     return shades::black;
@@ -48,8 +48,8 @@ QFont cellFont(bool bold, bool italic)
 
 } // namespace
 
-RuleCellsModel::RuleCellsModel(
-    int columns, std::shared_ptr<const RuleRows> rows, Workspace& workspace, bool& shaded, QObject* parent)
+RuleCellsModel::RuleCellsModel(int columns, std::shared_ptr<const rules::RuleRows> rows,
+    platform::Workspace& workspace, bool& shaded, QObject* parent)
     : QAbstractTableModel(parent)
     , m_workspace(workspace)
     , m_columns(columns)
@@ -58,7 +58,7 @@ RuleCellsModel::RuleCellsModel(
 {
 }
 
-void RuleCellsModel::setRows(std::shared_ptr<const RuleRows> rows, bool includeSystemRules)
+void RuleCellsModel::setRows(std::shared_ptr<const rules::RuleRows> rows, bool includeSystemRules)
 {
     beginResetModel();
     m_rows = std::move(rows);
@@ -67,7 +67,7 @@ void RuleCellsModel::setRows(std::shared_ptr<const RuleRows> rows, bool includeS
     endResetModel();
 }
 
-bool RuleCellsModel::removeRun(std::shared_ptr<const RuleRows> rows)
+bool RuleCellsModel::removeRun(std::shared_ptr<const rules::RuleRows> rows)
 {
     const auto first = startOfRun(*rows);
     if (!first)
@@ -83,10 +83,10 @@ bool RuleCellsModel::removeRun(std::shared_ptr<const RuleRows> rows)
 }
 
 // Where the run begins that `rows` lacks of the present rows; none when they differ in another way.
-std::optional<std::size_t> RuleCellsModel::startOfRun(const RuleRows& rows) const
+std::optional<std::size_t> RuleCellsModel::startOfRun(const rules::RuleRows& rows) const
 {
     const std::size_t left = rows.count(m_rowsShowSystemRules);
-    const RuleRows::Common common = rows.commonWith(*m_rows, m_rowsShowSystemRules);
+    const rules::RuleRows::Common common = rows.commonWith(*m_rows, m_rowsShowSystemRules);
     const bool isOneRun = left <= m_rows->count(m_rowsShowSystemRules) && common.start + common.end >= left;
     return isOneRun ? std::optional(common.start) : std::nullopt;
 }
@@ -121,22 +121,22 @@ void RuleCellsModel::setSortedColumn(int column, Qt::SortOrder order)
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, m_columns - 1);
 }
 
-const RuleRef& RuleCellsModel::ruleAt(int row) const
+const rules::RuleRef& RuleCellsModel::ruleAt(int row) const
 {
     return m_rows->at(static_cast<std::size_t>(row), m_rowsShowSystemRules);
 }
 
-std::optional<int> RuleCellsModel::rowOf(const RuleRef& rule) const
+std::optional<int> RuleCellsModel::rowOf(const rules::RuleRef& rule) const
 {
-    const auto rows = rowsWhere([&rule](const RuleRef& each) { return each == rule; });
+    const auto rows = rowsWhere([&rule](const rules::RuleRef& each) { return each == rule; });
     return rows.empty() ? std::nullopt : std::optional(static_cast<int>(rows.front()));
 }
 
-std::vector<std::size_t> RuleCellsModel::rowsOf(const std::vector<RuleRef>& rules) const
+std::vector<std::size_t> RuleCellsModel::rowsOf(const std::vector<rules::RuleRef>& rules) const
 {
     std::vector<const void*> records;
     records.reserve(rules.size());
-    for (const RuleRef& rule : rules)
+    for (const rules::RuleRef& rule : rules)
         records.push_back(addressOf(rule));
     std::sort(records.begin(), records.end(), std::less<>());
     std::vector<std::size_t> rows;
@@ -162,7 +162,7 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || index.row() >= rowCount())
         return {};
     const auto row = static_cast<std::size_t>(index.row());
-    const ShownRow* shown = m_shownRows.find(row);
+    const workflow::ShownRow* shown = m_shownRows.find(row);
     if (role == Qt::BackgroundRole)
         return shown == nullptr ? QVariant() : QVariant(QBrush(shown->shaded ? shades::band : shades::table));
     if (role == Qt::FontRole)
@@ -172,8 +172,8 @@ QVariant RuleCellsModel::data(const QModelIndex& index, int role) const
         Qt::ForegroundRole, Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
     if (std::find(cellRoles.begin(), cellRoles.end(), role) == cellRoles.end())
         return {};
-    const RuleCell cell = shown == nullptr ? makeCell(row, index.column())
-                                           : shown->cells[static_cast<std::size_t>(index.column())];
+    const workflow::RuleCell cell = shown == nullptr ? makeCell(row, index.column())
+                                                     : shown->cells[static_cast<std::size_t>(index.column())];
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
@@ -200,13 +200,13 @@ QVariant RuleCellsModel::headerData(int section, Qt::Orientation orientation, in
     return {};
 }
 
-QVariant RuleCellsModel::decoration(const RuleCell& cell) const
+QVariant RuleCellsModel::decoration(const workflow::RuleCell& cell) const
 {
-    if (cell.image != StateImage::none)
-        return cell.image == StateImage::system ? systemRuleImage() : recentRuleImage();
+    if (cell.image != workflow::StateImage::none)
+        return cell.image == workflow::StateImage::system ? systemRuleImage() : recentRuleImage();
     if (cell.isIconFileMissing)
         return missingProgramImage();
     return cell.iconFile ? QVariant(m_workspace.iconForFile(*cell.iconFile, cell.iconRoot)) : QVariant();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -20,7 +20,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -101,7 +101,7 @@ void showText(QLineEdit& field, const std::string& text)
 }
 
 RuleEditorControls::RuleEditorControls(
-    const RuleEditorWidgets& widgets, Workspace& workspace, std::string lockImageFile)
+    const RuleEditorWidgets& widgets, platform::Workspace& workspace, std::string lockImageFile)
     : m_widgets(widgets)
     , m_workspace(workspace)
     , m_lockImageFile(std::move(lockImageFile))
@@ -113,7 +113,7 @@ RuleEditorControls::RuleEditorControls(
 }
 
 // The texts first: a field that is watched chooses a type.
-void RuleEditorControls::fill(const RuleDraft& draft) const
+void RuleEditorControls::fill(const workflow::RuleDraft& draft) const
 {
     showText(*m_widgets.pathTextField, draft.path);
     showText(*m_widgets.processNameTextField, draft.processName);
@@ -122,20 +122,20 @@ void RuleEditorControls::fill(const RuleDraft& draft) const
     choose(*m_widgets.typePopUp, draft.policyType);
     if (m_widgets.policyClassPopUp != nullptr)
         choose(*m_widgets.policyClassPopUp, draft.policyClass);
-    const OperationBoxes boxes = boxesForOperations(draft.operations);
+    const workflow::OperationBoxes boxes = workflow::boxesForOperations(draft.operations);
     for (std::size_t box = 0; box < boxes.size(); ++box)
         m_widgets.operationButtons[box]->setChecked(boxes[box]);
 }
 
-RuleDraft RuleEditorControls::draft() const
+workflow::RuleDraft RuleEditorControls::draft() const
 {
-    OperationBoxes boxes{};
+    workflow::OperationBoxes boxes{};
     for (std::size_t box = 0; box < boxes.size(); ++box)
         boxes[box] = m_widgets.operationButtons[box]->isChecked();
-    RuleDraft draft{.policyType = selectedCode(*m_widgets.typePopUp),
+    workflow::RuleDraft draft{.policyType = selectedCode(*m_widgets.typePopUp),
         .path = textOf(*m_widgets.pathTextField),
         .processName = textOf(*m_widgets.processNameTextField),
-        .operations = operationsForBoxes(boxes)};
+        .operations = workflow::operationsForBoxes(boxes)};
     if (m_widgets.policyClassPopUp != nullptr)
         draft.policyClass = selectedCode(*m_widgets.policyClassPopUp);
     if (m_widgets.constraintTextField != nullptr)
@@ -180,44 +180,44 @@ void RuleEditorControls::showUserRule() const
 void RuleEditorControls::applyCompleteness() const
 {
     m_widgets.saveButton->setEnabled(
-        isCompleteRule(textOf(*m_widgets.pathTextField), textOf(*m_widgets.processNameTextField)));
+        workflow::isCompleteRule(textOf(*m_widgets.pathTextField), textOf(*m_widgets.processNameTextField)));
 }
 
 void RuleEditorControls::autoSetType() const
 {
-    m_widgets.typePopUp->setCurrentIndex(policyTypeForPath(textOf(*m_widgets.pathTextField)));
+    m_widgets.typePopUp->setCurrentIndex(workflow::policyTypeForPath(textOf(*m_widgets.pathTextField)));
 }
 
 void RuleEditorControls::setConstraintLabel() const
 {
     if (m_widgets.constraintTextField != nullptr)
         m_widgets.constraintTypeTextField->setText(
-            toQt(constraintLabel(textOf(*m_widgets.constraintTextField))));
+            toQt(workflow::constraintLabel(textOf(*m_widgets.constraintTextField))));
 }
 
 void RuleEditorControls::setApplicationIcon() const
 {
-    const ProgramIcon icon = iconForProcess(textOf(*m_widgets.processNameTextField), m_place);
+    const workflow::ProgramIcon icon = iconForProcess(textOf(*m_widgets.processNameTextField), m_place);
     switch (icon.kind) {
-    case ProgramIcon::Kind::none:
+    case workflow::ProgramIcon::Kind::none:
         return showImage(*m_widgets.iconImageView, {}, {});
-    case ProgramIcon::Kind::lock:
+    case workflow::ProgramIcon::Kind::lock:
         return showImage(
             *m_widgets.iconImageView, iconInFile(toQt(m_lockImageFile)), QObject::tr("lock: any program"));
-    case ProgramIcon::Kind::file:
+    case workflow::ProgramIcon::Kind::file:
         return showImage(*m_widgets.iconImageView, m_workspace.iconForFile(icon.file, m_place.root()),
-            toQt(lastPathComponent(icon.file)));
+            toQt(platform::lastPathComponent(icon.file)));
     }
 }
 
 std::string RuleEditorControls::pathPanelStart() const
 {
-    return panelStart(textOf(*m_widgets.pathTextField), fromQt(QDir::homePath()));
+    return workflow::panelStart(textOf(*m_widgets.pathTextField), fromQt(QDir::homePath()));
 }
 
 std::string RuleEditorControls::applicationPanelStart() const
 {
-    return panelStart(textOf(*m_widgets.processNameTextField), "/Applications/");
+    return workflow::panelStart(textOf(*m_widgets.processNameTextField), "/Applications/");
 }
 
 void RuleEditorControls::takePath(const std::string& path) const
@@ -239,4 +239,4 @@ std::optional<std::string> choosePath(QWidget& editor, const std::string& startP
     return chooseFileOrFolder(editor, QObject::tr("Use Path"), startPath);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,16 +14,18 @@ class QLineEdit;
 class QPushButton;
 class QWidget;
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Workspace;
+}
+
+namespace quorvane::windows {
 
 // The controls of a rule editor. All of them belong to the window.
 struct RuleEditorWidgets {
     QComboBox* typePopUp;
     QLineEdit* pathTextField;
     QLineEdit* processNameTextField;
-    std::array<QCheckBox*, OperationBoxes().size()> operationButtons;
+    std::array<QCheckBox*, workflow::OperationBoxes().size()> operationButtons;
     QLabel* iconImageView;
     QLabel* systemImageView;
     QLabel* systemLabel;
@@ -72,18 +74,19 @@ void showText(QLineEdit& field, const std::string& text);
 class RuleEditorControls {
 public:
     // `lockImageFile` is what is shown for "any"; it may be missing.
-    RuleEditorControls(const RuleEditorWidgets& widgets, Workspace& workspace, std::string lockImageFile);
+    RuleEditorControls(
+        const RuleEditorWidgets& widgets, platform::Workspace& workspace, std::string lockImageFile);
 
     const RuleEditorWidgets& widgets() const { return m_widgets; }
 
     // Where the program's icon is looked up; this machine at first.
-    void setPlace(const RulesPlace& place) { m_place = place; }
+    void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
     // Lets the controls say this. What follows from a text is not asked for: the pop-ups say what the draft
     // says.
-    void fill(const RuleDraft& draft) const;
+    void fill(const workflow::RuleDraft& draft) const;
     // What they say.
-    RuleDraft draft() const;
+    workflow::RuleDraft draft() const;
 
     // Undoes the dialog's initial select-all, which scrolls a long path to its end and lets the next key
     // replace it.
@@ -111,12 +114,12 @@ public:
 
 private:
     RuleEditorWidgets m_widgets;
-    Workspace& m_workspace;
+    platform::Workspace& m_workspace;
     std::string m_lockImageFile;
-    RulesPlace m_place = RulesPlace::thisMachine();
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };
 
 // Opens the panel "Use Path" over an editor. None when nothing was chosen, or when the editor is gone.
 std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath);
 
-} // namespace quorvane
+} // namespace quorvane::windows

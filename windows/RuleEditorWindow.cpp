@@ -13,10 +13,10 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
-RuleEditorWindow::RuleEditorWindow(
-    LogNames names, RulesDocument& document, Log& log, RuleRef rule, QWidget* parent)
+RuleEditorWindow::RuleEditorWindow(LogNames names, workflow::RulesDocument& document, platform::Log& log,
+    rules::RuleRef rule, QWidget* parent)
     : QDialog(parent)
     , m_names(names)
     , m_document(document)
@@ -26,7 +26,7 @@ RuleEditorWindow::RuleEditorWindow(
     setAttribute(Qt::WA_DeleteOnClose);
 }
 
-void RuleEditorWindow::setUpControls(const RuleEditorWidgets& widgets, Workspace& workspace)
+void RuleEditorWindow::setUpControls(const RuleEditorWidgets& widgets, platform::Workspace& workspace)
 {
     m_controls.emplace(widgets, workspace, m_document.store().locations().noticeIconFile());
     const auto onClick = [this](const QPushButton* button, void (RuleEditorWindow::*slot)()) {
@@ -73,7 +73,7 @@ void RuleEditorWindow::updateEditor()
             " path " + std::string(record.path().written()) + " process "
                 + std::string(record.processName().written()));
     });
-    m_controls->fill(draftOf(m_rule));
+    m_controls->fill(workflow::draftOf(m_rule));
     setApplicationIcon();
     setConstraintLabel();
     if (isSystemRule(m_rule))
@@ -143,4 +143,4 @@ void RuleEditorWindow::writeLog(const char* operation, const std::string& more)
     m_log.write(std::string("-[") + m_names.window + ' ' + operation + ']' + more);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,11 +10,16 @@
 
 class QLineEdit;
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
 class RuleEditorDelegate;
 class RulesDocument;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
 
 // The window in which one rule is created, changed, or, when it is a system rule, looked at: what the editors
 // of both kinds of rule have in common.
@@ -26,18 +31,18 @@ class RulesDocument;
 class RuleEditorWindow : public QDialog {
     Q_OBJECT
 public:
-    const RuleRef& rule() const { return m_rule; }
+    const rules::RuleRef& rule() const { return m_rule; }
     // Told after a save. Not owned, may be null, must outlive the window otherwise.
-    RuleEditorDelegate* delegate() const { return m_delegate; }
-    void setDelegate(RuleEditorDelegate* delegate) { m_delegate = delegate; }
+    workflow::RuleEditorDelegate* delegate() const { return m_delegate; }
+    void setDelegate(workflow::RuleEditorDelegate* delegate) { m_delegate = delegate; }
 
     // Where the icon of the program is looked up. To be set before the window is shown.
-    void setPlace(const RulesPlace& place) { m_controls->setPlace(place); }
+    void setPlace(const workflow::RulesPlace& place) { m_controls->setPlace(place); }
 
     // What the controls say. Only after the window was shown.
-    RuleDraft draft() const { return m_controls->draft(); }
+    workflow::RuleDraft draft() const { return m_controls->draft(); }
     // Lets them say this; the rule stays what it is.
-    void showDraft(const RuleDraft& draft) { m_controls->fill(draft); }
+    void showDraft(const workflow::RuleDraft& draft) { m_controls->fill(draft); }
     // True while the controls say something else than they said of the rule at first, and neither Save nor
     // Cancel was chosen.
     bool hasUnsavedChanges() const { return m_loaded && !m_isClosed && draft() != *m_loaded; }
@@ -72,11 +77,12 @@ protected:
     };
 
     // Nothing given is owned; all of it must outlive the window. setUpControls() is due at once.
-    RuleEditorWindow(LogNames names, RulesDocument& document, Log& log, RuleRef rule, QWidget* parent);
-    void setUpControls(const RuleEditorWidgets& widgets, Workspace& workspace);
+    RuleEditorWindow(LogNames names, workflow::RulesDocument& document, platform::Log& log,
+        rules::RuleRef rule, QWidget* parent);
+    void setUpControls(const RuleEditorWidgets& widgets, platform::Workspace& workspace);
 
     // To be set before the window is shown.
-    void setRule(RuleRef rule) { m_rule = std::move(rule); }
+    void setRule(rules::RuleRef rule) { m_rule = std::move(rule); }
     // Fills the controls from the rule.
     void updateEditor();
     // The type follows the path.
@@ -91,13 +97,14 @@ private:
     void writeLog(const char* operation, const std::string& more = {});
 
     const LogNames m_names;
-    RulesDocument& m_document;
-    Log& m_log;
-    RuleRef m_rule;
-    RuleEditorDelegate* m_delegate = nullptr;
+    workflow::RulesDocument& m_document;
+    platform::Log& m_log;
+    rules::RuleRef m_rule;
+    workflow::RuleEditorDelegate* m_delegate = nullptr;
     std::optional<RuleEditorControls> m_controls; // set by the constructor of the kind
-    std::optional<RuleDraft> m_loaded; // what the controls said at first; none until the window is shown
+    std::optional<workflow::RuleDraft>
+        m_loaded; // what the controls said at first; none until the window is shown
     bool m_isClosed = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

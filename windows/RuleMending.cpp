@@ -7,25 +7,25 @@
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
-RuleMending::RuleMending(RulesTable& table, RulesDocument& document, SelectionController& selection)
+RuleMending::RuleMending(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection)
     : m_table(table)
     , m_document(document)
     , m_selection(selection)
 {
 }
 
-void RuleMending::show(const RuleRef& rule)
+void RuleMending::show(const rules::RuleRef& rule)
 {
     m_table.revealRule(rule);
 }
 
-void RuleMending::remove(const RuleRef& rule)
+void RuleMending::remove(const rules::RuleRef& rule)
 {
     if (m_document.store().isStored(rule))
-        m_table.perform(removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
-            {.action = actionName("Delete", 1), .refusesCuts = true});
+        m_table.perform(workflow::removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
+            {.action = workflow::actionName("Delete", 1), .refusesCuts = true});
 }
 
 void RuleMending::moveProgram(const std::string& path)
@@ -33,20 +33,20 @@ void RuleMending::moveProgram(const std::string& path)
     m_selection.moveProgram(path);
 }
 
-void RuleMending::bindAnew(const RuleRef& rule)
+void RuleMending::bindAnew(const rules::RuleRef& rule)
 {
     // Read once here, the facts are remembered for the change.
     m_thread.run(
         [place = m_place, value = valueOf(rule)] {
             const auto process = askValue(value, [](const auto& fields) { return fields.processName; });
-            bindingOf(decidingProgram(process), place.facts());
+            bindingOf(workflow::decidingProgram(process), place.facts());
         },
         [this, rule, place = m_place] {
             if (m_document.store().isStored(rule))
                 m_table.perform(patchingOf(m_document.store(), {rule}, {.isBoundToProgram = true},
                                     place.facts(), m_document.settings().lineEnds()),
-                    {.action = actionName("Bind", 1) + " Anew", .refusesCuts = true});
+                    {.action = workflow::actionName("Bind", 1) + " Anew", .refusesCuts = true});
         });
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

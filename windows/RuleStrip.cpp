@@ -18,7 +18,7 @@
 #include <memory>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -27,14 +27,14 @@ constexpr int besideText = 10;
 constexpr int aboveText = 6;
 constexpr int shownLines = 7; // at first
 
-std::string pathOfParent(const RuleValue& rule)
+std::string pathOfParent(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) {
         return applicationParentPathForProcess(fields.processName).value_or(std::string());
     });
 }
 
-std::string pathOfProgram(const RuleValue& rule)
+std::string pathOfProgram(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) { return applicationPathForProcess(fields.processName); });
 }
@@ -43,14 +43,14 @@ std::string pathOfProgram(const RuleValue& rule)
 
 // What is found beside the user interface thread.
 struct RuleStrip::RuleFacts {
-    std::vector<RuleProblem> problems;
+    std::vector<workflow::RuleProblem> problems;
     std::string iconFile;
-    std::optional<FileRoot> iconRoot;
+    std::optional<platform::FileRoot> iconRoot;
     bool isIconFileMissing = false; // a placeholder stands for the icon then
 };
 
-RuleStrip::RuleStrip(
-    RulesTable& table, RulesDocument& document, RuleMending& mending, Workspace& workspace, QWidget* parent)
+RuleStrip::RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
+    platform::Workspace& workspace, QWidget* parent)
     : QScrollArea(parent)
     , m_table(table)
     , m_document(document)
@@ -102,7 +102,7 @@ QSize RuleStrip::sizeHint() const
     return {0, shownLines * fontMetrics().lineSpacing() + 2 * aboveText};
 }
 
-void RuleStrip::setPlace(const RulesPlace& place)
+void RuleStrip::setPlace(const workflow::RulesPlace& place)
 {
     m_place = place;
     selectionDidChange();
@@ -118,7 +118,7 @@ void RuleStrip::showSelection()
 {
     m_looking.request_stop();
     m_looking = {};
-    const RulesSelection selection = m_table.selection();
+    const workflow::RulesSelection selection = m_table.selection();
     if (const auto rule = selection.onlyRule())
         return showRule(*rule);
     if (selection.count() > 0)
@@ -137,19 +137,19 @@ void RuleStrip::showNothing()
     m_shown.reset();
 }
 
-void RuleStrip::showRule(const RuleRef& rule)
+void RuleStrip::showRule(const rules::RuleRef& rule)
 {
-    const RuleValue value = valueOf(rule);
+    const rules::RuleValue value = valueOf(rule);
     if (std::exchange(m_shown, rule) != rule)
         m_problems->setProblems({}); // their buttons are for another rule
     m_sentence->setShade(shades::text);
-    m_sentence->setText(toQt(ruleSentence(value)));
-    const QString details = toQt(ruleDetails(value));
+    m_sentence->setText(toQt(workflow::ruleSentence(value)));
+    const QString details = toQt(workflow::ruleDetails(value));
     m_details->setText(details);
     m_details->setVisible(!details.isEmpty());
 
     auto facts = std::make_shared<RuleFacts>();
-    const LineEnds lineEnds = m_document.settings().lineEnds();
+    const rules::LineEnds lineEnds = m_document.settings().lineEnds();
     m_thread.run(
         [=, place = m_place, stop = m_looking.get_token()] {
             if (stop.stop_requested())
@@ -177,25 +177,26 @@ void RuleStrip::showIcon(const RuleFacts& facts)
     m_icon->show();
 }
 
-void RuleStrip::showProblems(const RuleRef& rule, const std::vector<RuleProblem>& alone)
+void RuleStrip::showProblems(const rules::RuleRef& rule, const std::vector<workflow::RuleProblem>& alone)
 {
     std::vector<ShownProblem> problems;
     const bool isStored = m_document.store().isStored(rule);
-    if (const auto covering = isStored ? storedCoveringRule(m_document.store(), rule) : std::nullopt)
+    if (const auto covering
+        = isStored ? workflow::storedCoveringRule(m_document.store(), rule) : std::nullopt)
         problems.push_back(coverProblem(rule, *covering));
-    for (const RuleProblem& problem : alone)
+    for (const workflow::RuleProblem& problem : alone)
         problems.push_back(shownProblem(rule, problem));
     m_problems->setProblems(problems);
 }
 
-ShownProblem::Button RuleStrip::deleteButton(const RuleRef& rule, const QString& title)
+ShownProblem::Button RuleStrip::deleteButton(const rules::RuleRef& rule, const QString& title)
 {
     return {title, [this, rule] { m_mending.remove(rule); }};
 }
 
-ShownProblem RuleStrip::coverProblem(const RuleRef& rule, const RuleRef& covering)
+ShownProblem RuleStrip::coverProblem(const rules::RuleRef& rule, const rules::RuleRef& covering)
 {
-    const RuleProblem problem = problemWith(FindingKind::redundant, valueOf(covering));
+    const workflow::RuleProblem problem = problemWith(workflow::FindingKind::redundant, valueOf(covering));
     ShownProblem shown{toQt(problem.text), toQt(problem.help),
         {{tr("Show"), [this, covering] { m_mending.show(covering); }}}};
     if (!isSystemRule(rule))
@@ -203,34 +204,35 @@ ShownProblem RuleStrip::coverProblem(const RuleRef& rule, const RuleRef& coverin
     return shown;
 }
 
-ShownProblem RuleStrip::shownProblem(const RuleRef& rule, const RuleProblem& problem)
+ShownProblem RuleStrip::shownProblem(const rules::RuleRef& rule, const workflow::RuleProblem& problem)
 {
     return {toQt(problem.text), toQt(problem.help),
         isSystemRule(rule) ? std::vector<ShownProblem::Button>() : buttonsFor(rule, problem)};
 }
 
-std::vector<ShownProblem::Button> RuleStrip::buttonsFor(const RuleRef& rule, const RuleProblem& problem)
+std::vector<ShownProblem::Button> RuleStrip::buttonsFor(
+    const rules::RuleRef& rule, const workflow::RuleProblem& problem)
 {
     const auto mover = [this](std::string path) -> ShownProblem::Button {
         return {tr("Choose..."), [this, path = std::move(path)] { m_mending.moveProgram(path); }};
     };
     const ShownProblem::Button edit{tr("Edit..."), [this, rule] { Q_EMIT editRequested(rule); }};
     switch (problem.mending) {
-    case RuleProblem::Mending::drop:
+    case workflow::RuleProblem::Mending::drop:
         return {edit, deleteButton(rule, tr("Delete"))};
-    case RuleProblem::Mending::chooseProgram:
+    case workflow::RuleProblem::Mending::chooseProgram:
         return {mover(pathOfProgram(valueOf(rule)))};
-    case RuleProblem::Mending::chooseParent:
+    case workflow::RuleProblem::Mending::chooseParent:
         return {mover(pathOfParent(valueOf(rule)))};
-    case RuleProblem::Mending::bindAnew:
+    case workflow::RuleProblem::Mending::bindAnew:
         return {{tr("Bind Anew"), [this, rule] { m_mending.bindAnew(rule); }}};
-    case RuleProblem::Mending::none:
+    case workflow::RuleProblem::Mending::none:
         break;
     }
     return {edit};
 }
 
-void RuleStrip::showSeveral(const RulesSelection& selection)
+void RuleStrip::showSeveral(const workflow::RulesSelection& selection)
 {
     m_icon->hide();
     m_details->hide();
@@ -262,4 +264,4 @@ ShownProblem RuleStrip::actionsOnMany() const
     return actions;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -15,14 +15,20 @@
 
 class QLabel;
 
-namespace quorvane {
+namespace quorvane::platform {
+class Workspace;
+}
 
-class RuleMending;
+namespace quorvane::workflow {
 class RulesDocument;
 class RulesSelection;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
+
+class RuleMending;
 class RulesTable;
 class SelectableText;
-class Workspace;
 
 // The selected rule in words, with what it is bound to and what is wrong with it; of several rules how many
 // of what they are. Programs are looked at beside the user interface thread, and no longer when another rule
@@ -31,12 +37,12 @@ class RuleStrip : public QScrollArea {
     Q_OBJECT
 public:
     // Nothing given is owned; all of it must outlive the strip.
-    RuleStrip(RulesTable& table, RulesDocument& document, RuleMending& mending, Workspace& workspace,
-        QWidget* parent = nullptr);
+    RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
+        platform::Workspace& workspace, QWidget* parent = nullptr);
     ~RuleStrip() override;
 
     // Where programs and paths are looked up from now on.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
     // What can be done to all rules when several are selected, besides what menus offer.
     void setActionsOnMany(const QList<QAction*>& actions) { m_actionsOnMany = actions; }
 
@@ -47,7 +53,7 @@ public Q_SLOTS:
     void selectionDidChange();
 
 Q_SIGNALS:
-    void editRequested(const quorvane::RuleRef& rule);
+    void editRequested(const quorvane::rules::RuleRef& rule);
     // Everything there is to tell of the selection is shown.
     void wasFilled();
 
@@ -56,30 +62,31 @@ private:
 
     void showSelection();
     void showNothing();
-    void showRule(const RuleRef& rule);
-    void showSeveral(const RulesSelection& selection);
+    void showRule(const rules::RuleRef& rule);
+    void showSeveral(const workflow::RulesSelection& selection);
     void showIcon(const RuleFacts& facts);
-    void showProblems(const RuleRef& rule, const std::vector<RuleProblem>& alone);
-    ShownProblem shownProblem(const RuleRef& rule, const RuleProblem& problem);
-    ShownProblem coverProblem(const RuleRef& rule, const RuleRef& covering);
-    std::vector<ShownProblem::Button> buttonsFor(const RuleRef& rule, const RuleProblem& problem);
+    void showProblems(const rules::RuleRef& rule, const std::vector<workflow::RuleProblem>& alone);
+    ShownProblem shownProblem(const rules::RuleRef& rule, const workflow::RuleProblem& problem);
+    ShownProblem coverProblem(const rules::RuleRef& rule, const rules::RuleRef& covering);
+    std::vector<ShownProblem::Button> buttonsFor(
+        const rules::RuleRef& rule, const workflow::RuleProblem& problem);
     ShownProblem actionsOnMany() const;
-    ShownProblem::Button deleteButton(const RuleRef& rule, const QString& title);
+    ShownProblem::Button deleteButton(const rules::RuleRef& rule, const QString& title);
 
     RulesTable& m_table;
-    RulesDocument& m_document;
+    workflow::RulesDocument& m_document;
     RuleMending& m_mending;
-    Workspace& m_workspace;
-    RulesPlace m_place = RulesPlace::thisMachine();
+    platform::Workspace& m_workspace;
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     QList<QAction*> m_actionsOnMany;
     QLabel* m_icon;
     SelectableText* m_sentence;
     SelectableText* m_details;
     ProblemList* m_problems;
-    std::optional<RuleRef> m_shown; // whose problems are listed
+    std::optional<rules::RuleRef> m_shown; // whose problems are listed
     QTimer m_due;
     std::stop_source m_looking;
     BackgroundThread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -17,7 +17,7 @@
 
 // The commands of the main window that concern many rules, and the parts that carry them out.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 void RulesEditorTableController::setUpActionsOnMany()
 {
@@ -34,8 +34,8 @@ void RulesEditorTableController::setUpActionsOnMany()
     onTrigger(m_ui->clearConstraintMenuItem, &SelectionController::clearConstraint);
     onTrigger(m_ui->copyToProgramMenuItem, &SelectionController::copyToProgram);
     onTrigger(m_ui->programMovedMenuItem, qOverload<>(&SelectionController::moveProgram));
-    onTrigger(m_ui->allowMenuItem, [selection] { selection->setClass(PolicyClass::allow); });
-    onTrigger(m_ui->denyMenuItem, [selection] { selection->setClass(PolicyClass::deny); });
+    onTrigger(m_ui->allowMenuItem, [selection] { selection->setClass(rules::PolicyClass::allow); });
+    onTrigger(m_ui->denyMenuItem, [selection] { selection->setClass(rules::PolicyClass::deny); });
     onTrigger(m_ui->copyMenuItem,
         [selection] { QGuiApplication::clipboard()->setText(selection->selectedText()); });
     connect(m_ui->pasteMenuItem, &QAction::triggered, this,
@@ -68,10 +68,10 @@ void RulesEditorTableController::duplicateRule()
     const auto row = m_ui->rulesEditorTableView->onlySelectedRow();
     if (!row)
         return;
-    const RuleRef original = ruleRowAt(*row).rule;
-    const RuleRef copy = RuleCommands::newCopyOf(original);
+    const rules::RuleRef original = ruleRowAt(*row).rule;
+    const rules::RuleRef copy = workflow::RuleCommands::newCopyOf(original);
     m_newRule = copy;
-    edit(copy)->showDraft(draftOf(original));
+    edit(copy)->showDraft(workflow::draftOf(original));
 }
 
 void RulesEditorTableController::showTouching()
@@ -102,4 +102,4 @@ void RulesEditorTableController::reviewText(const QString& text)
         addNotice({.text = tr("There are no rules in that text."), .subject = QStringLiteral("paste")});
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

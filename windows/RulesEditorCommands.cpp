@@ -16,12 +16,12 @@
 // The commands of the main window: they delete and tag rules. Those of imports, exports and the rules file
 // are forwarded.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-constexpr int applicationColumn = static_cast<int>(RuleColumn::application);
-constexpr int stateColumn = static_cast<int>(RuleColumn::state);
+constexpr int applicationColumn = static_cast<int>(workflow::RuleColumn::application);
+constexpr int stateColumn = static_cast<int>(workflow::RuleColumn::state);
 
 } // namespace
 
@@ -72,12 +72,12 @@ void RulesEditorTableController::deleteRuleAction()
     deleteRows(m_ui->rulesEditorTableView->selectedRows());
 }
 
-RuleRow RulesEditorTableController::ruleRowAt(std::size_t row) const
+workflow::RuleRow RulesEditorTableController::ruleRowAt(std::size_t row) const
 {
     return {row, m_model->ruleAt(static_cast<int>(row))};
 }
 
-std::optional<RuleRef> RulesEditorTableController::ruleBelow(std::size_t row) const
+std::optional<rules::RuleRef> RulesEditorTableController::ruleBelow(std::size_t row) const
 {
     return row + 1 < static_cast<std::size_t>(m_model->rowCount()) ? std::optional(ruleRowAt(row + 1).rule)
                                                                    : std::nullopt;
@@ -85,9 +85,9 @@ std::optional<RuleRef> RulesEditorTableController::ruleBelow(std::size_t row) co
 
 void RulesEditorTableController::deleteRow(std::size_t row)
 {
-    const std::optional<RuleRef> following = ruleBelow(row);
-    const RuleRef* above = row == 0 ? nullptr : &m_model->ruleAt(static_cast<int>(row - 1));
-    const TableChange change = m_commands.deleteRow(ruleRowAt(row), above);
+    const std::optional<rules::RuleRef> following = ruleBelow(row);
+    const rules::RuleRef* above = row == 0 ? nullptr : &m_model->ruleAt(static_cast<int>(row - 1));
+    const workflow::TableChange change = m_commands.deleteRow(ruleRowAt(row), above);
     apply(change);
     if (change.headedItsGroup)
         m_model->remakeCells(row, {applicationColumn, stateColumn});
@@ -96,11 +96,11 @@ void RulesEditorTableController::deleteRow(std::size_t row)
 
 void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows)
 {
-    const std::optional<RuleRef> following = rows.empty() ? std::nullopt : ruleBelow(rows.back());
-    std::vector<RuleRow> rules;
+    const std::optional<rules::RuleRef> following = rows.empty() ? std::nullopt : ruleBelow(rows.back());
+    std::vector<workflow::RuleRow> rules;
     for (const std::size_t row : rows)
         rules.push_back(ruleRowAt(row));
-    const TableChange change = m_commands.deleteRows(rules);
+    const workflow::TableChange change = m_commands.deleteRows(rules);
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});
@@ -109,7 +109,7 @@ void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows
 
 // So that the keyboard goes on from where it was.
 void RulesEditorTableController::selectAfterDelete(
-    const TableChange& change, const std::optional<RuleRef>& following)
+    const workflow::TableChange& change, const std::optional<rules::RuleRef>& following)
 {
     if (change.removedRows.empty() || m_ui->rulesEditorTableView->selectionModel()->hasSelection())
         return;
@@ -131,7 +131,7 @@ void RulesEditorTableController::editTagOfSelectedRule()
 
 void RulesEditorTableController::tableViewCellAction(const QString& tag)
 {
-    std::optional<RuleRow> first;
+    std::optional<workflow::RuleRow> first;
     m_ui->rulesEditorTableView->anySelectedRow([&](std::size_t row) {
         first = ruleRowAt(row);
         return true;
@@ -141,7 +141,7 @@ void RulesEditorTableController::tableViewCellAction(const QString& tag)
     Q_EMIT rulesDidChange();
 }
 
-void RulesEditorTableController::apply(const TableChange& change)
+void RulesEditorTableController::apply(const workflow::TableChange& change)
 {
     if (!m_model->removeRules())
         reloadTable();
@@ -208,8 +208,8 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (const auto row = m_ui->rulesEditorTableView->onlySelectedRow()) {
-            const RuleRef rule = ruleRowAt(*row).rule;
-            if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+            const rules::RuleRef rule = ruleRowAt(*row).rule;
+            if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule))
                 editPolicy(*policy);
         }
         return true;
@@ -278,7 +278,7 @@ void RulesEditorTableController::handleFailSafeImport()
     m_exchange->handleFailSafeImport();
 }
 
-void RulesEditorTableController::importRule(const RuleRef& rule)
+void RulesEditorTableController::importRule(const rules::RuleRef& rule)
 {
     m_exchange->importRule(rule);
 }
@@ -293,4 +293,4 @@ void RulesEditorTableController::relaunchAfterDelay(float delay)
     m_follower->relaunchAfterDelay(delay);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -20,7 +20,7 @@
 
 // The main window and the user's rules as a document: undo, redo, and what is reported of the file.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -82,7 +82,7 @@ void RulesEditorTableController::redo()
         m_ui->notices->add({.text = tr("There is nothing to redo."), .subject = QStringLiteral("undo")});
 }
 
-void RulesEditorTableController::addHistory(FileHistory& history)
+void RulesEditorTableController::addHistory(workflow::FileHistory& history)
 {
     m_histories.push_back(&history);
 }
@@ -101,14 +101,14 @@ void RulesEditorTableController::showHistory()
 void RulesEditorTableController::showSettings()
 {
     if (m_settingsWindow.isNull()) {
-        m_settingsWindow = new SettingsWindow(defaultSettingsFile(), this);
+        m_settingsWindow = new SettingsWindow(workflow::defaultSettingsFile(), this);
         connect(
             m_settingsWindow, &SettingsWindow::saved, this, &RulesEditorTableController::settingsWereSaved);
     }
     bringToFront(*m_settingsWindow);
 }
 
-void RulesEditorTableController::settingsWereSaved(const ProgramSettings& settings)
+void RulesEditorTableController::settingsWereSaved(const workflow::ProgramSettings& settings)
 {
     m_document.setSettings(settings);
     if (settings.wholeLines)
@@ -136,7 +136,7 @@ void RulesEditorTableController::showHistoryFrom(std::int64_t version)
     m_historyWindow->showVersionFrom(version);
 }
 
-void RulesEditorTableController::rulesWereMerged(const ChangeSet& /*change*/)
+void RulesEditorTableController::rulesWereMerged(const rules::ChangeSet& /*change*/)
 {
     reloadData();
 }
@@ -161,10 +161,10 @@ void RulesEditorTableController::fileStateDidChange()
         .subject = writeSubject});
 }
 
-void RulesEditorTableController::documentHasNews(const DocumentNews& news)
+void RulesEditorTableController::documentHasNews(const workflow::DocumentNews& news)
 {
     FootNotice notice{.text = toQt(news.text)};
-    if (news.kind == DocumentNews::Kind::fileIsAhead) {
+    if (news.kind == workflow::DocumentNews::Kind::fileIsAhead) {
         notice.subject = aheadSubject;
         notice.buttons.push_back({tr("Take Over Now"), [this] { m_document.takeForeignChanges(); }});
     } else if (news.shownFrom) {
@@ -178,7 +178,7 @@ void RulesEditorTableController::documentHasNews(const DocumentNews& news)
                                       m_document.restore(version);
                                       reloadData();
                                   }});
-    if (news.kind == DocumentNews::Kind::cutShort) {
+    if (news.kind == workflow::DocumentNews::Kind::cutShort) {
         notice.subject = cutSubject;
         notice.buttons.push_back({tr("Write Whole Lines"), [this] { writeWholeLines(); }});
     }
@@ -186,31 +186,31 @@ void RulesEditorTableController::documentHasNews(const DocumentNews& news)
 }
 
 // Of two equal rules the first goes, whichever is selected: then what remains is not what a person expects.
-void RulesEditorTableController::tellOfRemaining(const std::vector<RuleRef>& remaining)
+void RulesEditorTableController::tellOfRemaining(const std::vector<rules::RuleRef>& remaining)
 {
     if (remaining.empty())
         return;
-    m_ui->notices->add({.text = toQt(remainingText(remaining)),
+    m_ui->notices->add({.text = toQt(workflow::remainingText(remaining)),
         .buttons
         = {{tr("Show"), [this, remaining] { showFirstOf(remaining); }}, {tr("Undo"), [this] { undo(); }}},
         .subject = QStringLiteral("remaining")});
 }
 
 // Selects the first of the rules that is still there.
-void RulesEditorTableController::showFirstOf(const std::vector<RuleRef>& rules)
+void RulesEditorTableController::showFirstOf(const std::vector<rules::RuleRef>& rules)
 {
     const auto stored = std::find_if(
-        rules.begin(), rules.end(), [this](const RuleRef& rule) { return m_store.isStored(rule); });
+        rules.begin(), rules.end(), [this](const rules::RuleRef& rule) { return m_store.isStored(rule); });
     if (stored != rules.end())
         revealRule(*stored);
 }
 
 void RulesEditorTableController::keepWholeLines()
 {
-    ProgramSettings settings = m_document.settings();
+    workflow::ProgramSettings settings = m_document.settings();
     settings.wholeLines = true;
     m_document.setSettings(settings);
-    if (const auto problem = writeProgramSettings(defaultSettingsFile(), settings))
+    if (const auto problem = writeProgramSettings(workflow::defaultSettingsFile(), settings))
         m_ui->notices->add({.text = toQt(*problem)});
 }
 
@@ -220,4 +220,4 @@ void RulesEditorTableController::writeWholeLines()
     m_document.perform({}, {"Write Whole Lines"});
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@
 // The rule editors that the main window opens, and what it keeps of those that are open when the program
 // ends.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -25,14 +25,14 @@ QString keptDraftsSubject()
 
 void RulesEditorTableController::newPolicyAction()
 {
-    const PolicyRulePtr rule = RuleCommands::newPolicy();
+    const rules::PolicyRulePtr rule = workflow::RuleCommands::newPolicy();
     m_newRule = rule;
     editPolicy(rule);
 }
 
 void RulesEditorTableController::newWatchAction()
 {
-    const WatchRulePtr rule = RuleCommands::newWatch();
+    const rules::WatchRulePtr rule = workflow::RuleCommands::newWatch();
     m_newRule = rule;
     editWatch(rule);
 }
@@ -53,7 +53,7 @@ void RulesEditorTableController::createNewPolicy()
 {
     if (!m_clickedRule)
         return;
-    const PolicyRulePtr rule = RuleCommands::newPolicyLike(*m_clickedRule);
+    const rules::PolicyRulePtr rule = workflow::RuleCommands::newPolicyLike(*m_clickedRule);
     m_newRule = rule;
     editPolicy(rule);
 }
@@ -70,17 +70,17 @@ void RulesEditorTableController::doubleClickAction()
         edit(ruleRowAt(*row).rule);
 }
 
-RuleEditorWindow* RulesEditorTableController::edit(const RuleRef& rule)
+RuleEditorWindow* RulesEditorTableController::edit(const rules::RuleRef& rule)
 {
-    if (const auto* policy = std::get_if<PolicyRulePtr>(&rule)) {
+    if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule)) {
         editPolicy(*policy);
         return m_editPolicyWindowController;
     }
-    editWatch(std::get<WatchRulePtr>(rule));
+    editWatch(std::get<rules::WatchRulePtr>(rule));
     return m_editWatchWindowController;
 }
 
-void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
+void RulesEditorTableController::editPolicy(const rules::PolicyRulePtr& rule)
 {
     m_editPolicyWindowController = new EditPolicyWindowController(m_document, m_workspace, m_log, this);
     m_editPolicyWindowController->setPlace(m_places->place());
@@ -89,7 +89,7 @@ void RulesEditorTableController::editPolicy(const PolicyRulePtr& rule)
     m_editPolicyWindowController->show();
 }
 
-void RulesEditorTableController::editWatch(const WatchRulePtr& rule)
+void RulesEditorTableController::editWatch(const rules::WatchRulePtr& rule)
 {
     m_editWatchWindowController = new EditWatchWindowController(m_document, m_workspace, m_log, this);
     m_editWatchWindowController->setPlace(m_places->place());
@@ -133,16 +133,16 @@ void RulesEditorTableController::offerKeptRules()
 void RulesEditorTableController::openKeptRules()
 {
     for (const KeptDraft& kept : m_keptDrafts.take()) {
-        const std::optional<RuleRef> stored = storedRuleLike(kept.rule);
+        const std::optional<rules::RuleRef> stored = storedRuleLike(kept.rule);
         if (!stored)
             m_newRule = kept.rule;
         edit(stored.value_or(kept.rule))->showDraft(kept.draft);
     }
 }
 
-std::optional<RuleRef> RulesEditorTableController::storedRuleLike(const RuleRef& rule) const
+std::optional<rules::RuleRef> RulesEditorTableController::storedRuleLike(const rules::RuleRef& rule) const
 {
-    return askRule(rule, [this](const auto& record) -> std::optional<RuleRef> {
+    return askRule(rule, [this](const auto& record) -> std::optional<rules::RuleRef> {
         const auto stored = m_store.firstEqualRule(record);
         if (stored == nullptr || stored->system()) // which no editor changes
             return std::nullopt;
@@ -150,4 +150,4 @@ std::optional<RuleRef> RulesEditorTableController::storedRuleLike(const RuleRef&
     });
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

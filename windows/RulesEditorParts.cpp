@@ -22,7 +22,7 @@
 
 // The parts around the main window's table: each is made here and handed what it needs.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -51,7 +51,7 @@ void RulesEditorTableController::setUpParts()
     strip->setActionsOnMany({m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem});
     connect(this, &RulesEditorTableController::selectionDidChange, strip, &RuleStrip::selectionDidChange);
     connect(this, &RulesEditorTableController::rulesDidChange, strip, &RuleStrip::selectionDidChange);
-    connect(strip, &RuleStrip::editRequested, this, [this](const RuleRef& rule) { edit(rule); });
+    connect(strip, &RuleStrip::editRequested, this, [this](const rules::RuleRef& rule) { edit(rule); });
     QDockWidget* words = makeDock("ruleInWords", tr("Rule in &Words"), strip, *this);
     words->setFeatures(QDockWidget::DockWidgetClosable);
     words->setTitleBarWidget(new QWidget(words)); // none: what it is shows
@@ -80,23 +80,24 @@ void RulesEditorTableController::setUpParts()
     placeLabel->setMaximumWidth(mostOfPlace * fontMetrics().averageCharWidth()); // the counts need room, too
     placeLabel->hide();
     statusBar()->addPermanentWidget(placeLabel);
-    connect(m_places, &PlaceMenu::placeChosen, this, [=, this](const RulesPlace& place, const QString& name) {
-        placeLabel->setText(tr("Rules are for: %1").arg(name));
-        placeLabel->setVisible(!name.isEmpty());
-        m_model->setPlace(place);
-        reloadTable();
-        mending->setPlace(place);
-        m_selection->setPlace(place);
-        m_aside->setPlace(place);
-        m_exchange->setPlace(place);
-        strip->setPlace(place);
-        finder->setPlace(place);
-    });
+    connect(m_places, &PlaceMenu::placeChosen, this,
+        [=, this](const workflow::RulesPlace& place, const QString& name) {
+            placeLabel->setText(tr("Rules are for: %1").arg(name));
+            placeLabel->setVisible(!name.isEmpty());
+            m_model->setPlace(place);
+            reloadTable();
+            mending->setPlace(place);
+            m_selection->setPlace(place);
+            m_aside->setPlace(place);
+            m_exchange->setPlace(place);
+            strip->setPlace(place);
+            finder->setPlace(place);
+        });
 
     connect(m_ui->cleanUpMenuItem, &QAction::triggered, this, [this, finder] {
-        const ChangingPlaces changing = m_places->isThisMachine()
-            ? ChangingPlaces{mountsOfThisMachine(), homeDirectory()}
-            : ChangingPlaces();
+        const workflow::ChangingPlaces changing = m_places->isThisMachine()
+            ? workflow::ChangingPlaces{platform::mountsOfThisMachine(), platform::homeDirectory()}
+            : workflow::ChangingPlaces();
         auto* window = new CleanUpWindow(*this, m_document, *finder, m_places->place(), changing, this);
         window->open();
     });
@@ -132,4 +133,4 @@ void RulesEditorTableController::useVolume(const std::string& folder)
     m_places->useVolume(folder);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

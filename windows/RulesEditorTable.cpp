@@ -10,7 +10,7 @@
 
 // What the main window answers to its parts: which rules are selected, and the change of many at once.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -22,25 +22,25 @@ QString changeSubject()
 
 } // namespace
 
-std::vector<RuleRef> RulesEditorTableController::selectedRules() const
+std::vector<rules::RuleRef> RulesEditorTableController::selectedRules() const
 {
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
     for (const std::size_t row : m_ui->rulesEditorTableView->selectedRows())
         rules.push_back(ruleRowAt(row).rule);
     return rules;
 }
 
-RulesSelection RulesEditorTableController::selection() const
+workflow::RulesSelection RulesEditorTableController::selection() const
 {
     return m_model->selectionOf(m_ui->rulesEditorTableView->selectedRanges());
 }
 
-void RulesEditorTableController::selectRules(const std::vector<RuleRef>& rules)
+void RulesEditorTableController::selectRules(const std::vector<rules::RuleRef>& rules)
 {
     m_ui->rulesEditorTableView->selectRows(m_model->rowsOf(rules));
 }
 
-void RulesEditorTableController::revealRule(const RuleRef& rule)
+void RulesEditorTableController::revealRule(const rules::RuleRef& rule)
 {
     if (!m_store.isStored(rule))
         return;
@@ -53,7 +53,8 @@ void RulesEditorTableController::revealRule(const RuleRef& rule)
     selectRules({rule});
 }
 
-bool RulesEditorTableController::perform(const PlannedChange& planned, const ChangeReason& reason)
+bool RulesEditorTableController::perform(
+    const workflow::PlannedChange& planned, const workflow::ChangeReason& reason)
 {
     m_ui->notices->remove(changeSubject());
     if (planned.refusal) {
@@ -80,4 +81,4 @@ void RulesEditorTableController::addNotice(FootNotice notice)
     m_ui->notices->add(std::move(notice));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -31,7 +31,7 @@
 #include <QShortcut>
 #include <QToolButton>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -39,8 +39,9 @@ constexpr int noColumn = -1; // shows what the rows are sorted by
 
 } // namespace
 
-RulesEditorTableController::RulesEditorTableController(
-    RulesDocument& document, ApplicationServices& application, RunState& run, Workspace& workspace, Log& log)
+RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& document,
+    workflow::ApplicationServices& application, workflow::RunState& run, platform::Workspace& workspace,
+    platform::Log& log)
     : m_document(document)
     , m_store(document.store())
     , m_application(application)
@@ -51,7 +52,7 @@ RulesEditorTableController::RulesEditorTableController(
     , m_keptDrafts(toQt(document.stateFolder()), m_store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(m_store, workspace, this))
-    , m_rulesHistory(std::make_unique<RulesHistory>(document))
+    , m_rulesHistory(std::make_unique<workflow::RulesHistory>(document))
     , m_histories{m_rulesHistory.get()}
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
     , m_follower(std::make_unique<RulesFileFollower>(document, application, run, log))
@@ -134,16 +135,16 @@ void RulesEditorTableController::setUpSortMenu()
 {
     auto* oneOf = new QActionGroup(this);
     oneOf->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
-    const auto add = [this, oneOf](const QString& title, SortKey key, int column) {
+    const auto add = [this, oneOf](const QString& title, rules::SortKey key, int column) {
         QAction* item = oneOf->addAction(title);
         item->setCheckable(true);
         connect(item, &QAction::triggered, this, [this, key, column] { sortBy(key, column); });
     };
-    for (int column = 0; column < ruleColumnCount; ++column) {
-        const auto ruleColumn = static_cast<RuleColumn>(column);
+    for (int column = 0; column < workflow::ruleColumnCount; ++column) {
+        const auto ruleColumn = static_cast<workflow::RuleColumn>(column);
         add(toQt(columnTitle(ruleColumn)), columnSortKey(ruleColumn), column);
     }
-    add(tr("Date"), SortKey::created, noColumn);
+    add(tr("Date"), rules::SortKey::created, noColumn);
     m_ui->sortMenu->addActions(oneOf->actions());
 }
 
@@ -152,7 +153,7 @@ void RulesEditorTableController::setUpTable()
     m_model->reload();
     auto* table = m_ui->rulesEditorTableView;
     table->setModel(m_model);
-    table->setPathColumn(static_cast<int>(RuleColumn::path));
+    table->setPathColumn(static_cast<int>(workflow::RuleColumn::path));
     restoreColumns(*table);
     auto* columns = new ColumnsMenu(*table, *m_ui->columnsMenu);
     columns->setParent(this);
@@ -186,17 +187,17 @@ void RulesEditorTableController::hideSystemAction()
 
 void RulesEditorTableController::sortByColumn(int column)
 {
-    sortBy(columnSortKey(static_cast<RuleColumn>(column)), column);
+    sortBy(columnSortKey(static_cast<workflow::RuleColumn>(column)), column);
 }
 
 // The item of the menu keeps its mark when it is chosen again, to turn the order round.
-void RulesEditorTableController::sortBy(SortKey key, int column)
+void RulesEditorTableController::sortBy(rules::SortKey key, int column)
 {
-    m_sortDescriptors = sortDescriptorsAfterClick(m_sortDescriptors, key);
+    m_sortDescriptors = workflow::sortDescriptorsAfterClick(m_sortDescriptors, key);
     const Qt::SortOrder order
         = m_sortDescriptors.front().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
     m_ui->rulesEditorTableView->showOrder(column, order);
-    m_ui->sortMenu->actions().at(column == noColumn ? ruleColumnCount : column)->setChecked(true);
+    m_ui->sortMenu->actions().at(column == noColumn ? workflow::ruleColumnCount : column)->setChecked(true);
     sortDescriptorsDidChange();
 }
 
@@ -314,4 +315,4 @@ void RulesEditorTableController::showEvent(QShowEvent* event)
         m_ui->rulesEditorTableView->fitColumns();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

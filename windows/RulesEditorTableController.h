@@ -22,30 +22,36 @@ namespace Ui {
 class RulesEditorTableController;
 }
 
-namespace quorvane {
+namespace quorvane::platform {
+class Log;
+class Workspace;
+} // namespace quorvane::platform
 
+namespace quorvane::workflow {
 class ApplicationServices;
+class FileHistory;
+class RulesDocument;
+class RulesHistory;
+struct ProgramSettings;
+struct RunState;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
+
 class AsideController;
 class EditPolicyWindowController;
 class EditWatchWindowController;
 class ExchangeController;
-class FileHistory;
 class HistoryWindow;
-class Log;
 class MapWindow;
 class PlaceMenu;
 class ProblemsFinder;
 class RuleEditorWindow;
-class RulesDocument;
 class RulesFileFollower;
-class RulesHistory;
 class RulesTableModel;
 class SelectionController;
 class SettingsWindow;
-struct ProgramSettings;
-struct RunState;
 class TouchingWindow;
-class Workspace;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,
 // sorting from the column titles, and the commands that create, edit, delete and tag rules. What a command
@@ -53,14 +59,14 @@ class Workspace;
 // ExchangeController's, and what others do to the rules file is RulesFileFollower's.
 class RulesEditorTableController : public QMainWindow,
                                    public RulesTable,
-                                   public RuleEditorDelegate,
-                                   public ImportDelegate,
-                                   public DocumentObserver {
+                                   public workflow::RuleEditorDelegate,
+                                   public workflow::ImportDelegate,
+                                   public workflow::DocumentObserver {
     Q_OBJECT
 public:
     // Nothing given is owned; all of it must outlive the window.
-    RulesEditorTableController(RulesDocument& document, ApplicationServices& application, RunState& run,
-        Workspace& workspace, Log& log);
+    RulesEditorTableController(workflow::RulesDocument& document, workflow::ApplicationServices& application,
+        workflow::RunState& run, platform::Workspace& workspace, platform::Log& log);
     ~RulesEditorTableController() override;
 
     bool showsSystemRules() const;
@@ -73,7 +79,7 @@ public:
     void reloadData() override;
 
     // The history window shows the versions of this file, too. Not owned; must outlive the window.
-    void addHistory(FileHistory& history);
+    void addHistory(workflow::FileHistory& history);
 
     // Reports at the foot what of the programs' settings could not be used.
     void showSettingsProblem(const QString& problem);
@@ -138,22 +144,22 @@ public:
     // See RulesFileFollower.
     void relaunchAfterDelay(float delay);
 
-    std::vector<RuleRef> selectedRules() const override;
-    RulesSelection selection() const override;
-    void selectRules(const std::vector<RuleRef>& rules) override;
-    void revealRule(const RuleRef& rule) override;
-    bool perform(const PlannedChange& planned, const ChangeReason& reason) override;
+    std::vector<rules::RuleRef> selectedRules() const override;
+    workflow::RulesSelection selection() const override;
+    void selectRules(const std::vector<rules::RuleRef>& rules) override;
+    void revealRule(const rules::RuleRef& rule) override;
+    bool perform(const workflow::PlannedChange& planned, const workflow::ChangeReason& reason) override;
     void keepWholeLines() override;
     void addNotice(FootNotice notice) override;
 
     // See ExchangeController.
     void handleFileImport(const std::optional<std::string>& path);
-    void importRule(const RuleRef& rule) override;
+    void importRule(const rules::RuleRef& rule) override;
     bool didFinishImportingRules() override;
 
     // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
-    void editPolicy(const PolicyRulePtr& rule);
-    void editWatch(const WatchRulePtr& rule);
+    void editPolicy(const rules::PolicyRulePtr& rule);
+    void editWatch(const rules::WatchRulePtr& rule);
     // Delete the rules of rows that the table shows. When no rule is selected afterwards, the one that
     // follows is, or the last.
     void deleteRow(std::size_t row);
@@ -196,16 +202,16 @@ private:
     void setUpNarrowing(ProblemsFinder& finder);
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
-    void settingsWereSaved(const ProgramSettings& settings);
+    void settingsWereSaved(const workflow::ProgramSettings& settings);
     void tellOfJoinedLines(qulonglong lines);
-    void tellOfRemaining(const std::vector<RuleRef>& remaining);
-    void showFirstOf(const std::vector<RuleRef>& rules);
+    void tellOfRemaining(const std::vector<rules::RuleRef>& remaining);
+    void showFirstOf(const std::vector<rules::RuleRef>& rules);
     void writeWholeLines();
-    void rulesWereMerged(const ChangeSet& change) override;
+    void rulesWereMerged(const rules::ChangeSet& change) override;
     void rulesWereReloaded() override;
     void fileStateDidChange() override;
-    void documentHasNews(const DocumentNews& news) override;
-    void sortBy(SortKey key, int column);
+    void documentHasNews(const workflow::DocumentNews& news) override;
+    void sortBy(rules::SortKey key, int column);
     void sortDescriptorsDidChange();
     void reloadRows();
     void reloadTable();
@@ -213,43 +219,45 @@ private:
     void showFailure();
     void validateItems();
     bool isRepeat(const QKeyEvent& key) const;
-    RuleRow ruleRowAt(std::size_t row) const;
-    std::optional<RuleRef> ruleBelow(std::size_t row) const;
-    RuleEditorWindow* edit(const RuleRef& rule);
-    void apply(const TableChange& change);
-    void selectAfterDelete(const TableChange& change, const std::optional<RuleRef>& following);
+    workflow::RuleRow ruleRowAt(std::size_t row) const;
+    std::optional<rules::RuleRef> ruleBelow(std::size_t row) const;
+    RuleEditorWindow* edit(const rules::RuleRef& rule);
+    void apply(const workflow::TableChange& change);
+    void selectAfterDelete(
+        const workflow::TableChange& change, const std::optional<rules::RuleRef>& following);
     void selectRule(int row);
     void showNewRule();
     void offerKeptRules();
     void openKeptRules();
-    std::optional<RuleRef> storedRuleLike(const RuleRef& rule) const;
+    std::optional<rules::RuleRef> storedRuleLike(const rules::RuleRef& rule) const;
 
-    RulesDocument& m_document;
-    RuleManager& m_store;
-    ApplicationServices& m_application;
-    RunState& m_run;
-    Workspace& m_workspace;
-    Log& m_log;
-    RuleCommands m_commands;
+    workflow::RulesDocument& m_document;
+    rules::RuleManager& m_store;
+    workflow::ApplicationServices& m_application;
+    workflow::RunState& m_run;
+    platform::Workspace& m_workspace;
+    platform::Log& m_log;
+    workflow::RuleCommands m_commands;
     KeptDrafts m_keptDrafts;
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
-    std::vector<SortDescriptor> m_sortDescriptors;
+    std::vector<rules::SortDescriptor> m_sortDescriptors;
     QString m_preferencesFailure;
     bool m_columnsFitted = false;
     QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items
     QAction* m_newRuleMenuItem;
     QAction* m_editRuleMenuItem;
     QAction* m_deleteRuleMenuItem;
-    std::optional<RuleRef> m_clickedRule; // of the context menu
+    std::optional<rules::RuleRef> m_clickedRule; // of the context menu
     QPointer<EditPolicyWindowController> m_editPolicyWindowController; // the latest
     QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
-    std::optional<RuleRef> m_newRule; // of the latest editor on a new rule; until it shows up in the table
+    std::optional<rules::RuleRef>
+        m_newRule; // of the latest editor on a new rule; until it shows up in the table
     bool m_initialize = true; // until the window is ready
     bool m_unsavedRulesKept = false;
     quint64 m_lastKeyRelease = 0; // milliseconds of the window system's clock
-    std::unique_ptr<RulesHistory> m_rulesHistory;
-    std::vector<FileHistory*> m_histories; // in the order in which they are offered
+    std::unique_ptr<workflow::RulesHistory> m_rulesHistory;
+    std::vector<workflow::FileHistory*> m_histories; // in the order in which they are offered
     QPointer<HistoryWindow> m_historyWindow;
     QPointer<SettingsWindow> m_settingsWindow;
     QPointer<TouchingWindow> m_touchingWindow;
@@ -262,4 +270,4 @@ private:
     PlaceMenu* m_places; // one of them
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,10 +8,10 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::windows {
 
-RulesFileFollower::RulesFileFollower(
-    RulesDocument& document, ApplicationServices& application, RunState& run, Log& log)
+RulesFileFollower::RulesFileFollower(workflow::RulesDocument& document,
+    workflow::ApplicationServices& application, workflow::RunState& run, platform::Log& log)
     : m_document(document)
     , m_application(application)
     , m_run(run)
@@ -33,7 +33,7 @@ void RulesFileFollower::start()
     };
     constexpr std::chrono::seconds betweenLooks{1};
     m_watcher.emplace(m_document.store().locations().userRulesFile(), m_run, m_log, reload, betweenLooks,
-        modificationTime, absorbed);
+        workflow::modificationTime, absorbed);
 }
 
 void RulesFileFollower::rulesFileDidChange()
@@ -44,18 +44,18 @@ void RulesFileFollower::rulesFileDidChange()
 
 void RulesFileFollower::checkFile()
 {
-    if (const auto notice = rulesFileNotice(m_document.store().locations().userRulesFile())) {
+    if (const auto notice = workflow::rulesFileNotice(m_document.store().locations().userRulesFile())) {
         m_application.displayNotice(notice->header, notice->message, true);
         if (!m_application.isTerminating())
-            relaunchAfterDelay(relaunchDelay);
+            relaunchAfterDelay(workflow::relaunchDelay);
     }
 }
 
 void RulesFileFollower::relaunchAfterDelay(float delay)
 {
-    if (!quorvane::relaunchAfterDelay(delay))
+    if (!quorvane::platform::relaunchAfterDelay(delay))
         m_log.write("could not start the program again");
     m_application.terminate();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,19 +8,25 @@
 #include <memory>
 #include <optional>
 
-namespace quorvane {
-
-class ApplicationServices;
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
+class ApplicationServices;
 class RulesDocument;
 struct RunState;
+} // namespace quorvane::workflow
+
+namespace quorvane::windows {
 
 // Keeps the store at what the user's rules file holds when others write it. User interface thread only.
 class RulesFileFollower : public QObject {
     Q_OBJECT
 public:
     // What is given must outlive this.
-    RulesFileFollower(RulesDocument& document, ApplicationServices& application, RunState& run, Log& log);
+    RulesFileFollower(workflow::RulesDocument& document, workflow::ApplicationServices& application,
+        workflow::RunState& run, platform::Log& log);
 
     // Begins to watch the file. Once.
     void start();
@@ -33,13 +39,13 @@ public:
 private:
     void rulesFileDidChange();
 
-    RulesDocument& m_document;
-    ApplicationServices& m_application;
-    RunState& m_run;
-    Log& m_log;
+    workflow::RulesDocument& m_document;
+    workflow::ApplicationServices& m_application;
+    workflow::RunState& m_run;
+    platform::Log& m_log;
     // A reload is due already: changes that are found until then are part of it.
     const std::shared_ptr<std::atomic<bool>> m_isReloadDue = std::make_shared<std::atomic<bool>>(false);
-    std::optional<RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
+    std::optional<workflow::RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -10,8 +10,9 @@ bool tableIsShaded = false; // of the main table's rows, for the whole process
 
 } // namespace
 
-RulesTableModel::RulesTableModel(const RuleManager& store, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(ruleColumnCount, store.rows(), workspace, tableIsShaded, parent)
+RulesTableModel::RulesTableModel(
+    const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent)
+    : RuleCellsModel(workflow::ruleColumnCount, store.rows(), workspace, tableIsShaded, parent)
     , m_store(store)
 {
 }
@@ -21,7 +22,7 @@ void RulesTableModel::reload()
     setRows(presentRows(), m_showsSystemRules);
 }
 
-std::shared_ptr<const RuleRows> RulesTableModel::presentRows() const
+std::shared_ptr<const rules::RuleRows> RulesTableModel::presentRows() const
 {
     const auto all = m_store.rows();
     return m_narrowing ? m_narrowing->narrowed(*all) : all;
@@ -42,7 +43,8 @@ bool RulesTableModel::removeRules()
     return removeRun(presentRows());
 }
 
-RulesSelection RulesTableModel::selectionOf(std::vector<RulesSelection::Range> ranges) const
+workflow::RulesSelection RulesTableModel::selectionOf(
+    std::vector<workflow::RulesSelection::Range> ranges) const
 {
     return {sharedRows(), rowsShowSystemRules(), std::move(ranges)};
 }
@@ -50,26 +52,30 @@ RulesSelection RulesTableModel::selectionOf(std::vector<RulesSelection::Range> r
 Qt::ItemFlags RulesTableModel::flags(const QModelIndex& index) const
 {
     const Qt::ItemFlags flags = RuleCellsModel::flags(index);
-    return static_cast<RuleColumn>(index.column()) == RuleColumn::tag ? flags | Qt::ItemIsEditable : flags;
+    return static_cast<workflow::RuleColumn>(index.column()) == workflow::RuleColumn::tag
+        ? flags | Qt::ItemIsEditable
+        : flags;
 }
 
 bool RulesTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
-    if (role != Qt::EditRole || static_cast<RuleColumn>(index.column()) != RuleColumn::tag)
+    if (role != Qt::EditRole
+        || static_cast<workflow::RuleColumn>(index.column()) != workflow::RuleColumn::tag)
         return false;
     setShownText(index, value.toString());
     Q_EMIT tagTyped(value.toString());
     return true;
 }
 
-RuleCell RulesTableModel::makeCell(std::size_t row, int column) const
+workflow::RuleCell RulesTableModel::makeCell(std::size_t row, int column) const
 {
-    return ruleCell(m_store, rows(), row, rowsShowSystemRules(), static_cast<RuleColumn>(column), m_place);
+    return ruleCell(
+        m_store, rows(), row, rowsShowSystemRules(), static_cast<workflow::RuleColumn>(column), m_place);
 }
 
 std::string_view RulesTableModel::titleOf(int column) const
 {
-    return columnTitle(static_cast<RuleColumn>(column));
+    return columnTitle(static_cast<workflow::RuleColumn>(column));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,25 +10,26 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The rows of a rule store as a Qt table. Keeps the rows it last showed until it is told to reload.
 class RulesTableModel : public RuleCellsModel {
     Q_OBJECT
 public:
     // Neither is owned.
-    RulesTableModel(const RuleManager& store, Workspace& workspace, QObject* parent = nullptr);
+    RulesTableModel(
+        const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent = nullptr);
 
     bool showsSystemRules() const { return m_showsSystemRules; }
     // Takes effect with the next reload.
     void setShowsSystemRules(bool shows) { m_showsSystemRules = shows; }
 
     // Where programs and paths are looked up. Takes effect with the next reload.
-    void setPlace(const RulesPlace& place) { m_place = place; }
+    void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
     // Of the store's rows only those that it leaves are shown; null for all. Takes effect with the next
     // reload.
-    void setNarrowing(std::shared_ptr<Narrowing> narrowing) { m_narrowing = std::move(narrowing); }
+    void setNarrowing(std::shared_ptr<workflow::Narrowing> narrowing) { m_narrowing = std::move(narrowing); }
 
     // Takes the store's present rows.
     void reload();
@@ -43,7 +44,7 @@ public:
     bool removeRules();
 
     // Of these ranges of rows, which ascend.
-    RulesSelection selectionOf(std::vector<RulesSelection::Range> ranges) const;
+    workflow::RulesSelection selectionOf(std::vector<workflow::RulesSelection::Range> ranges) const;
 
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     // A tag as it was typed: shown until the next reload, whatever becomes of it; see tagTyped().
@@ -54,16 +55,16 @@ Q_SIGNALS:
     void tagTyped(const QString& tag);
 
 protected:
-    RuleCell makeCell(std::size_t row, int column) const override;
+    workflow::RuleCell makeCell(std::size_t row, int column) const override;
     std::string_view titleOf(int column) const override;
 
 private:
-    std::shared_ptr<const RuleRows> presentRows() const;
+    std::shared_ptr<const rules::RuleRows> presentRows() const;
 
-    const RuleManager& m_store;
-    std::shared_ptr<Narrowing> m_narrowing;
+    const rules::RuleManager& m_store;
+    std::shared_ptr<workflow::Narrowing> m_narrowing;
     bool m_showsSystemRules = false;
-    RulesPlace m_place = RulesPlace::thisMachine();
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,7 +14,7 @@
 #include <limits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -306,4 +306,4 @@ void RulesTableView::currentChanged(const QModelIndex& current, const QModelInde
     viewport()->update(); // the keyboard's frame goes round whole rows
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The table of rules, and of what else stands in rows. Tells a model of rules which rows are in view before
 // it paints them, and says why it is empty when it is.
@@ -90,4 +90,4 @@ private:
     bool m_isMakingRoom = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 SelectableText::SelectableText(QWidget* parent)
     : QTextEdit(parent)
@@ -80,4 +80,4 @@ void SelectableText::fitHeight()
         std::max(fontMetrics().height(), static_cast<int>(std::ceil(document()->size().height()))));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

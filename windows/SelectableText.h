@@ -2,7 +2,7 @@
 
 #include <QTextEdit>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class Shade;
 
@@ -31,4 +31,4 @@ private:
     const Shade* m_shade;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -25,7 +25,7 @@
 #include <set>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -47,47 +47,47 @@ struct Form {
 };
 
 // The tag that all of the rules have; empty when they differ.
-QString commonTag(const std::vector<RuleRef>& rules)
+QString commonTag(const std::vector<rules::RuleRef>& rules)
 {
     std::set<std::string> tags;
-    for (const RuleRef& rule : rules)
+    for (const rules::RuleRef& rule : rules)
         tags.emplace(tagOf(valueOf(rule)).view());
     return tags.size() == 1 ? toQt(*tags.begin()) : QString();
 }
 
-std::string processOf(const RuleRef& rule)
+std::string processOf(const rules::RuleRef& rule)
 {
     return askRule(rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
 }
 
 // Of the user's rules among them. Any thread.
 std::vector<std::string> constraintsOfProgram(
-    const RuleRows& rules, const std::string& program, const std::stop_token& stop)
+    const rules::RuleRows& rules, const std::string& program, const std::stop_token& stop)
 {
     std::set<std::string> constraints;
     const std::size_t count = rules.count(false);
     for (std::size_t row = 0; row < count && !stop.stop_requested(); ++row) {
-        const PolicyRule* policy = policyRuleIn(rules.at(row, false));
-        if (policy != nullptr && namedProgram(policy->processName().view()) == program)
+        const rules::PolicyRule* policy = policyRuleIn(rules.at(row, false));
+        if (policy != nullptr && workflow::namedProgram(policy->processName().view()) == program)
             constraints.emplace(policy->constraint().view());
     }
     return {constraints.begin(), constraints.end()};
 }
 
 // The records that the change leaves in the store.
-std::vector<RuleRef> changedRules(const PlannedChange& planned)
+std::vector<rules::RuleRef> changedRules(const workflow::PlannedChange& planned)
 {
-    std::vector<RuleRef> rules;
-    for (const ChangeSet::Change& change : planned.change.changed)
+    std::vector<rules::RuleRef> rules;
+    for (const rules::ChangeSet::Change& change : planned.change.changed)
         rules.push_back(change.rule);
-    for (const ChangeSet::Addition& addition : planned.change.added)
+    for (const rules::ChangeSet::Addition& addition : planned.change.added)
         rules.push_back(addition.rule);
     return rules;
 }
 
-std::size_t changeCount(const PlannedChange& planned)
+std::size_t changeCount(const workflow::PlannedChange& planned)
 {
-    const RulesDifference& difference = planned.difference;
+    const rules::RulesDifference& difference = planned.difference;
     return difference.added.size() + difference.removed.size() + difference.changed.size();
 }
 
@@ -97,14 +97,15 @@ bool isProgramPath(const std::string& text)
     return text.starts_with('/') && text.find(" via ") == std::string::npos;
 }
 
-PlannedChange nothingYet(const QString& remark)
+workflow::PlannedChange nothingYet(const QString& remark)
 {
     return {.remarks = {fromQt(remark)}};
 }
 
 } // namespace
 
-SelectionController::SelectionController(QWidget& window, RulesTable& table, RulesDocument& document)
+SelectionController::SelectionController(
+    QWidget& window, RulesTable& table, workflow::RulesDocument& document)
     : m_window(window)
     , m_table(table)
     , m_document(document)
@@ -116,7 +117,7 @@ SelectionController::~SelectionController()
     m_searching.request_stop();
 }
 
-LineEnds SelectionController::lineEnds() const
+rules::LineEnds SelectionController::lineEnds() const
 {
     return m_document.settings().lineEnds();
 }
@@ -127,47 +128,50 @@ void SelectionController::rulesDidChange()
         m_preview->planAnew();
 }
 
-PlannedChange SelectionController::planned(const Command& command, const std::vector<RuleRef>& selected,
-    LineEnds lineEnds, const MakePlan& plan) const
+workflow::PlannedChange SelectionController::planned(const Command& command,
+    const std::vector<rules::RuleRef>& selected, rules::LineEnds lineEnds, const MakePlan& plan) const
 {
-    std::vector<RuleRef> rules;
-    std::copy_if(selected.begin(), selected.end(), std::back_inserter(rules), [&](const RuleRef& rule) {
-        return m_document.store().isStored(rule) && (command.takesSystemRules || !isSystemRule(rule))
-            && (command.takesWatchRules || policyRuleIn(rule) != nullptr);
-    });
-    PlannedChange change = plan(rules, lineEnds);
+    std::vector<rules::RuleRef> rules;
+    std::copy_if(
+        selected.begin(), selected.end(), std::back_inserter(rules), [&](const rules::RuleRef& rule) {
+            return m_document.store().isStored(rule) && (command.takesSystemRules || !isSystemRule(rule))
+                && (command.takesWatchRules || policyRuleIn(rule) != nullptr);
+        });
+    workflow::PlannedChange change = plan(rules, lineEnds);
     const auto left = static_cast<std::size_t>(std::count_if(selected.begin(), selected.end(),
-                          [this](const RuleRef& rule) { return m_document.store().isStored(rule); }))
+                          [this](const rules::RuleRef& rule) { return m_document.store().isStored(rule); }))
         - rules.size();
     if (left > 0)
-        change.remarks.push_back(
-            fromQt(tr("Left out: %1 of the system or of another kind.").arg(toQt(countedRules(left)))));
+        change.remarks.push_back(fromQt(
+            tr("Left out: %1 of the system or of another kind.").arg(toQt(workflow::countedRules(left)))));
     return change;
 }
 
 ChangeWindow& SelectionController::openPreview(const Command& command, Plan plan)
 {
-    PlannedChange first = plan(lineEnds());
+    workflow::PlannedChange first = plan(lineEnds());
     return openPreview(command, std::move(plan), std::move(first));
 }
 
-ChangeWindow& SelectionController::openPreview(const Command& command, Plan plan, PlannedChange first)
+ChangeWindow& SelectionController::openPreview(
+    const Command& command, Plan plan, workflow::PlannedChange first)
 {
     delete m_preview;
     m_preview = new ChangeWindow(
         command.title, command.verb, std::move(plan), std::move(first), lineEnds(), &m_window);
     connect(m_preview, &ChangeWindow::wholeLinesRequested, this, [this] { m_table.keepWholeLines(); });
-    connect(m_preview, &ChangeWindow::wasConfirmed, this, [this, command](const PlannedChange& change) {
-        m_preview.clear(); // which is closed, and need not plan again
-        perform(command, change);
-    });
+    connect(
+        m_preview, &ChangeWindow::wasConfirmed, this, [this, command](const workflow::PlannedChange& change) {
+            m_preview.clear(); // which is closed, and need not plan again
+            perform(command, change);
+        });
     m_preview->show();
     return *m_preview;
 }
 
-void SelectionController::perform(const Command& command, const PlannedChange& planned)
+void SelectionController::perform(const Command& command, const workflow::PlannedChange& planned)
 {
-    const std::string action = actionName(command.action, changeCount(planned));
+    const std::string action = workflow::actionName(command.action, changeCount(planned));
     if (m_table.perform(planned, {.action = action, .refusesCuts = true}))
         m_table.selectRules(changedRules(planned));
 }
@@ -175,8 +179,8 @@ void SelectionController::perform(const Command& command, const PlannedChange& p
 void SelectionController::performOrPreview(const Command& command, const MakePlan& plan)
 {
     const auto now = [this, command, plan, selected = m_table.selectedRules()](
-                         LineEnds lineEnds) { return planned(command, selected, lineEnds, plan); };
-    PlannedChange change = now(lineEnds());
+                         rules::LineEnds lineEnds) { return planned(command, selected, lineEnds, plan); };
+    workflow::PlannedChange change = now(lineEnds());
     const bool isOfOneRule = changeCount(change) == 1 && change.difference.removed.empty();
     if (isOfOneRule && !change.refusal && change.remarks.empty())
         perform(command, change);
@@ -184,16 +188,17 @@ void SelectionController::performOrPreview(const Command& command, const MakePla
         openPreview(command, now, std::move(change));
 }
 
-void SelectionController::patch(const Command& command, const RulePatch& patch)
+void SelectionController::patch(const Command& command, const workflow::RulePatch& patch)
 {
-    performOrPreview(command, [this, patch](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-        return patchingOf(m_document.store(), rules, patch, m_place.facts(), lineEnds);
-    });
+    performOrPreview(
+        command, [this, patch](const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds) {
+            return patchingOf(m_document.store(), rules, patch, m_place.facts(), lineEnds);
+        });
 }
 
 void SelectionController::setClass(std::int32_t policyClass)
 {
-    const bool allows = policyClass == PolicyClass::allow;
+    const bool allows = policyClass == rules::PolicyClass::allow;
     patch({.title = allows ? tr("Allow") : tr("Deny"),
               .verb = allows ? tr("Allow") : tr("Deny"),
               .action = allows ? "Allow in" : "Deny in",
@@ -218,7 +223,7 @@ void SelectionController::clearConstraint()
 
 void SelectionController::setTag()
 {
-    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const std::vector<rules::RuleRef> selected = m_table.selectedRules();
     const Command command{.title = tr("Tag"), .verb = tr("Tag"), .action = "Tag"};
     Form form;
     auto* field = new QLineEdit(commonTag(selected), form.widget);
@@ -228,9 +233,9 @@ void SelectionController::setTag()
     form.rows->addRow(tr("&Tag"), field);
     form.widget->setFocusProxy(field);
     field->selectAll();
-    ChangeWindow& preview = openPreview(command, [this, command, selected, field](LineEnds ends) {
-        return planned(
-            command, selected, ends, [this, field](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+    ChangeWindow& preview = openPreview(command, [this, command, selected, field](rules::LineEnds ends) {
+        return planned(command, selected, ends,
+            [this, field](const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds) {
                 return patchingOf(
                     m_document.store(), rules, {.tag = fromQt(field->text())}, m_place.facts(), lineEnds);
             });
@@ -241,30 +246,32 @@ void SelectionController::setTag()
 
 void SelectionController::changeOperations()
 {
-    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const std::vector<rules::RuleRef> selected = m_table.selectedRules();
     const Command command{
         .title = tr("Change Operations"), .verb = tr("Change"), .action = "Change Operations of"};
     Form form;
     auto* kind = new QComboBox(form.widget);
     kind->setObjectName(QStringLiteral("operationsPopUp"));
-    kind->addItem(tr("Add"), RulePatch::Operations::added);
-    kind->addItem(tr("Take away"), RulePatch::Operations::removed);
-    kind->addItem(tr("Set to"), RulePatch::Operations::replaced);
+    kind->addItem(tr("Add"), workflow::RulePatch::Operations::added);
+    kind->addItem(tr("Take away"), workflow::RulePatch::Operations::removed);
+    kind->addItem(tr("Set to"), workflow::RulePatch::Operations::replaced);
     auto* boxes = new OperationBoxesRow(form.widget);
     form.rows->addRow(tr("&How"), kind);
     form.rows->addRow(tr("Operations"), boxes);
     form.widget->setFocusProxy(kind);
-    ChangeWindow& preview = openPreview(command, [this, command, selected, kind, boxes](LineEnds ends) {
-        if (boxes->operations() == 0)
-            return nothingYet(tr("Tick the operations."));
-        const RulePatch::Operations change{
-            static_cast<RulePatch::Operations::Kind>(kind->currentData().toInt()), boxes->operations()};
-        return planned(
-            command, selected, ends, [this, change](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
-                return patchingOf(
-                    m_document.store(), rules, {.operations = change}, m_place.facts(), lineEnds);
-            });
-    });
+    ChangeWindow& preview
+        = openPreview(command, [this, command, selected, kind, boxes](rules::LineEnds ends) {
+              if (boxes->operations() == 0)
+                  return nothingYet(tr("Tick the operations."));
+              const workflow::RulePatch::Operations change{
+                  static_cast<workflow::RulePatch::Operations::Kind>(kind->currentData().toInt()),
+                  boxes->operations()};
+              return planned(command, selected, ends,
+                  [this, change](const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds) {
+                      return patchingOf(
+                          m_document.store(), rules, {.operations = change}, m_place.facts(), lineEnds);
+                  });
+          });
     preview.setControls(form.widget);
     connect(kind, &QComboBox::currentIndexChanged, &preview, &ChangeWindow::planSoon);
     connect(boxes, &OperationBoxesRow::operationsChanged, &preview, &ChangeWindow::planSoon);
@@ -272,7 +279,7 @@ void SelectionController::changeOperations()
 
 void SelectionController::copyToProgram()
 {
-    const std::vector<RuleRef> selected = m_table.selectedRules();
+    const std::vector<rules::RuleRef> selected = m_table.selectedRules();
     const Command command{.title = tr("Copy Rules to Another Program"),
         .verb = tr("Copy"),
         .action = "Copy",
@@ -282,12 +289,12 @@ void SelectionController::copyToProgram()
     program->setObjectName(QStringLiteral("programField"));
     form.rows->addRow(tr("&Program"), program);
     form.widget->setFocusProxy(program);
-    ChangeWindow& preview = openPreview(command, [this, command, selected, program](LineEnds ends) {
+    ChangeWindow& preview = openPreview(command, [this, command, selected, program](rules::LineEnds ends) {
         const std::string path = program->path();
         if (!isProgramPath(path))
             return nothingYet(tr("Name the program by its whole path."));
-        return planned(
-            command, selected, ends, [this, path](const std::vector<RuleRef>& rules, LineEnds lineEnds) {
+        return planned(command, selected, ends,
+            [this, path](const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds) {
                 return copyingOf(m_document.store(), rules, path, m_place.facts(), lineEnds);
             });
     });
@@ -297,8 +304,9 @@ void SelectionController::copyToProgram()
 
 void SelectionController::moveProgram()
 {
-    const std::vector<RuleRef> selected = m_table.selectedRules();
-    const std::string from = selected.empty() ? std::string() : namedProgram(processOf(selected.front()));
+    const std::vector<rules::RuleRef> selected = m_table.selectedRules();
+    const std::string from
+        = selected.empty() ? std::string() : workflow::namedProgram(processOf(selected.front()));
     if (from.empty())
         return m_table.addNotice({.text = tr("The rule names no program that could have moved."),
             .subject = QStringLiteral("change")});
@@ -323,10 +331,10 @@ void SelectionController::moveProgram(const std::string& from)
     form.widget->setFocusProxy(program);
     ChangeWindow& preview
         = openPreview({.title = tr("Program Moved"), .verb = tr("Move Rules"), .action = "Move"},
-            [this, from, program](LineEnds lineEnds) {
+            [this, from, program](rules::LineEnds lineEnds) {
                 const std::string to = program->path();
                 return !isProgramPath(to) ? nothingYet(tr("Name the program by its whole path."))
-                                          : movingOf(m_document.store(), from, to, lineEnds);
+                                          : workflow::movingOf(m_document.store(), from, to, lineEnds);
             });
     preview.setControls(form.widget);
     connect(found, &QComboBox::activated, program,
@@ -342,7 +350,7 @@ void SelectionController::offerCandidates(const std::string& from, QComboBox& fo
     m_searching.request_stop();
     m_searching = {};
     connect(m_preview, &QObject::destroyed, this, [stop = m_searching]() mutable { stop.request_stop(); });
-    auto candidates = std::make_shared<std::vector<ProgramCandidate>>();
+    auto candidates = std::make_shared<std::vector<workflow::ProgramCandidate>>();
     m_thread.run(
         [candidates, from, rules = m_document.store().storedRows(), place = m_place,
             stop = m_searching.get_token()] {
@@ -351,7 +359,7 @@ void SelectionController::offerCandidates(const std::string& from, QComboBox& fo
         [candidates, from, stop = m_searching.get_token(), found = &found, program = &program] {
             if (stop.stop_requested() || candidates->empty())
                 return;
-            for (const ProgramCandidate& each : *candidates)
+            for (const workflow::ProgramCandidate& each : *candidates)
                 found->addItem(tr("%1 (%2)").arg(toQt(each.path), toQt(candidateReasonWords(each.reason))),
                     toQt(each.path));
             qobject_cast<QFormLayout*>(found->parentWidget()->layout())->setRowVisible(found, true);
@@ -363,9 +371,9 @@ void SelectionController::offerCandidates(const std::string& from, QComboBox& fo
 QString SelectionController::selectedText() const
 {
     std::string lines;
-    for (const RuleRef& rule : m_table.selectedRules())
-        lines += ruleText(valueOf(rule)) + '\n';
+    for (const rules::RuleRef& rule : m_table.selectedRules())
+        lines += workflow::ruleText(valueOf(rule)) + '\n';
     return toQt(lines);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

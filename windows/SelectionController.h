@@ -17,11 +17,14 @@
 class QComboBox;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::workflow {
+class RulesDocument;
+}
+
+namespace quorvane::windows {
 
 class ChangeWindow;
 class PathField;
-class RulesDocument;
 class RulesTable;
 
 // The commands of the main window that change all selected rules at once. Each is one action. What changes
@@ -31,11 +34,11 @@ class SelectionController : public QObject {
     Q_OBJECT
 public:
     // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
-    SelectionController(QWidget& window, RulesTable& table, RulesDocument& document);
+    SelectionController(QWidget& window, RulesTable& table, workflow::RulesDocument& document);
     ~SelectionController() override;
 
     // Where programs are looked up from now on; this machine at first.
-    void setPlace(const RulesPlace& place) { m_place = place; }
+    void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
     // Ask for what the rules are to have.
     void setTag();
@@ -60,7 +63,8 @@ public:
     void rulesDidChange();
 
 private:
-    using MakePlan = std::function<PlannedChange(const std::vector<RuleRef>& rules, LineEnds lineEnds)>;
+    using MakePlan = std::function<workflow::PlannedChange(
+        const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds)>;
 
     struct Command {
         QString title; // of the preview, and in words what is done
@@ -71,26 +75,26 @@ private:
     };
 
     // What the command would do to those of the rules that it is for and that are still stored.
-    PlannedChange planned(const Command& command, const std::vector<RuleRef>& selected, LineEnds lineEnds,
-        const MakePlan& plan) const;
-    using Plan = std::function<PlannedChange(LineEnds lineEnds)>;
+    workflow::PlannedChange planned(const Command& command, const std::vector<rules::RuleRef>& selected,
+        rules::LineEnds lineEnds, const MakePlan& plan) const;
+    using Plan = std::function<workflow::PlannedChange(rules::LineEnds lineEnds)>;
     ChangeWindow& openPreview(const Command& command, Plan plan);
     // `first` is what has been planned already.
-    ChangeWindow& openPreview(const Command& command, Plan plan, PlannedChange first);
-    void perform(const Command& command, const PlannedChange& planned);
+    ChangeWindow& openPreview(const Command& command, Plan plan, workflow::PlannedChange first);
+    void perform(const Command& command, const workflow::PlannedChange& planned);
     // At once where one rule changes and none is folded.
     void performOrPreview(const Command& command, const MakePlan& plan);
-    void patch(const Command& command, const RulePatch& patch);
-    LineEnds lineEnds() const;
+    void patch(const Command& command, const workflow::RulePatch& patch);
+    rules::LineEnds lineEnds() const;
     void offerCandidates(const std::string& from, QComboBox& found, PathField& program);
 
     QWidget& m_window;
     RulesTable& m_table;
-    RulesDocument& m_document;
-    RulesPlace m_place = RulesPlace::thisMachine();
+    workflow::RulesDocument& m_document;
+    workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     QPointer<ChangeWindow> m_preview; // the one that is open
     std::stop_source m_searching; // for the program of the latest preview
     BackgroundThread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

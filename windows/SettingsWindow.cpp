@@ -10,7 +10,7 @@
 #include <limits>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -47,7 +47,7 @@ SettingsWindow::SettingsWindow(std::string file, QWidget* parent)
     explain(*m_ui->historyHelp, *m_ui->daysSpinBox);
     m_ui->sizeSpinBox->setAccessibleDescription(m_ui->historyHelp->text());
     setTextShade(*m_ui->problemLabel, shades::failureText);
-    const ReadProgramSettings read = readProgramSettings(m_file);
+    const workflow::ReadProgramSettings read = workflow::readProgramSettings(m_file);
     m_settings = read.settings;
     tellProblem(toQt(read.problem.value_or(std::string())));
     m_ui->wholeLinesCheckBox->setChecked(m_settings.wholeLines);
@@ -65,9 +65,9 @@ void SettingsWindow::tellProblem(const QString& problem)
     m_ui->problemLabel->setVisible(!problem.isEmpty());
 }
 
-ProgramSettings SettingsWindow::shownSettings() const
+workflow::ProgramSettings SettingsWindow::shownSettings() const
 {
-    ProgramSettings settings = m_settings;
+    workflow::ProgramSettings settings = m_settings;
     settings.wholeLines = m_ui->wholeLinesCheckBox->isChecked();
     settings.history.days = static_cast<std::uint32_t>(m_ui->daysSpinBox->value());
     // A size that nobody has changed stays to the byte.
@@ -78,11 +78,11 @@ ProgramSettings SettingsWindow::shownSettings() const
 
 void SettingsWindow::save()
 {
-    const ProgramSettings settings = shownSettings();
+    const workflow::ProgramSettings settings = shownSettings();
     if (const auto problem = writeProgramSettings(m_file, settings))
         return tellProblem(tr("The settings could not be saved: %1").arg(toQt(*problem)));
     Q_EMIT saved(settings);
     close();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

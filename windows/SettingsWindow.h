@@ -13,7 +13,7 @@ namespace Ui {
 class SettingsWindow;
 }
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The settings of the programs themselves, which window and command line share. Deletes itself when it is
 // closed.
@@ -29,15 +29,15 @@ public Q_SLOTS:
     void save();
 
 Q_SIGNALS:
-    void saved(const quorvane::ProgramSettings& settings);
+    void saved(const quorvane::workflow::ProgramSettings& settings);
 
 private:
     void tellProblem(const QString& problem);
-    ProgramSettings shownSettings() const;
+    workflow::ProgramSettings shownSettings() const;
 
     const std::string m_file;
     std::unique_ptr<Ui::SettingsWindow> m_ui;
-    ProgramSettings m_settings; // of the file
+    workflow::ProgramSettings m_settings; // of the file
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,7 +8,7 @@
 // least 4.5 to 1, and 7 to 1 where high contrast is asked for, against each background that it stands on, a
 // selection included. User interface thread only.
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A colour that differs from look to look. Used as a QColor it is that of the present look, at that moment.
 class Shade {
@@ -21,7 +21,7 @@ public:
     {
     }
 
-    QColor in(Appearance look) const
+    QColor in(platform::Appearance look) const
     {
         if (look.hasHighContrast)
             return QColor(look.isDark ? m_darkInHighContrast : m_lightInHighContrast);
@@ -29,12 +29,12 @@ public:
     }
     operator QColor() const { return in(presentLook()); }
 
-    static Appearance presentLook() { return s_presentLook; }
+    static platform::Appearance presentLook() { return s_presentLook; }
     // For WindowLook, which lets the windows follow.
-    static void setPresentLook(Appearance look) { s_presentLook = look; }
+    static void setPresentLook(platform::Appearance look) { s_presentLook = look; }
 
 private:
-    inline static Appearance s_presentLook;
+    inline static platform::Appearance s_presentLook;
 
     QRgb m_light;
     QRgb m_dark;
@@ -82,4 +82,4 @@ inline constexpr Shade keyboardFrame(0x5b8dc9, 0x6f9fda, 0x003a8c, 0x9cc4ff);
 
 } // namespace shades
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,7 +3,7 @@
 #include <QPainter>
 #include <QPixmap>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -50,4 +50,4 @@ const QIcon& missingProgramImage()
     return image;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

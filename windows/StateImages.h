@@ -2,7 +2,7 @@
 
 #include <QIcon>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 constexpr int stateImageSize = 12; // logical pixels
 
@@ -13,4 +13,4 @@ const QIcon& recentRuleImage();
 // Stands faintly where a program's icon would, when there is no such program.
 const QIcon& missingProgramImage();
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
-TableNarrowing::TableNarrowing(NarrowBar& bar, const RuleManager& store, ProblemsFinder& finder)
+TableNarrowing::TableNarrowing(NarrowBar& bar, const rules::RuleManager& store, ProblemsFinder& finder)
     : m_bar(bar)
     , m_store(store)
     , m_finder(finder)
@@ -45,10 +45,10 @@ void TableNarrowing::narrow()
 {
     m_stop.request_stop(); // only the latest choice counts
     m_stop = {};
-    const RuleCriteria criteria = m_bar.criteria();
+    const workflow::RuleCriteria criteria = m_bar.criteria();
     const auto& findings = criteria.findings;
     m_finder.setFindsOverlaps(
-        *this, std::find(findings.begin(), findings.end(), FindingKind::overlap) != findings.end());
+        *this, std::find(findings.begin(), findings.end(), workflow::FindingKind::overlap) != findings.end());
     m_bar.setStatus({});
     if (criteria.isEmpty())
         return use(nullptr);
@@ -59,11 +59,11 @@ void TableNarrowing::narrow()
         if (!m_finder.problems())
             return m_bar.setStatus(tr("Not known"));
     }
-    auto narrowing = std::make_shared<std::shared_ptr<Narrowing>>();
+    auto narrowing = std::make_shared<std::shared_ptr<workflow::Narrowing>>();
     m_thread.run(
         [narrowing, criteria, problems = m_finder.problems(), rows = m_store.storedRows(),
             stop = m_stop.get_token()] {
-            auto made = std::make_shared<Narrowing>(criteria, problems);
+            auto made = std::make_shared<workflow::Narrowing>(criteria, problems);
             if (made->follow(*rows, stop))
                 *narrowing = std::move(made);
         },
@@ -73,7 +73,7 @@ void TableNarrowing::narrow()
         });
 }
 
-void TableNarrowing::use(std::shared_ptr<Narrowing> narrowing)
+void TableNarrowing::use(std::shared_ptr<workflow::Narrowing> narrowing)
 {
     auto former = std::exchange(m_narrowing, std::move(narrowing));
     Q_EMIT narrowed(m_narrowing);
@@ -91,13 +91,13 @@ void TableNarrowing::offerNames()
 {
     m_namesStop.request_stop();
     m_namesStop = {};
-    auto names = std::make_shared<NamesInUse>();
+    auto names = std::make_shared<workflow::NamesInUse>();
     m_namesThread.run([names, rows = m_store.storedRows(),
-                          stop = m_namesStop.get_token()] { *names = namesInUse(*rows, stop); },
+                          stop = m_namesStop.get_token()] { *names = workflow::namesInUse(*rows, stop); },
         [this, names, stop = m_namesStop.get_token()] {
             if (!stop.stop_requested())
                 m_bar.setNames(*names);
         });
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

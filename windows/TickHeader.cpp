@@ -3,7 +3,7 @@
 #include <QPainter>
 #include <QStyle>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 void paintTick(QPainter& painter, QStyleOptionViewItem option, const QStyle& style)
 {
@@ -46,4 +46,4 @@ void TickHeader::paintSection(QPainter* painter, const QRect& rect, int section)
     paintTick(*painter, option, *style());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,7 +3,7 @@
 #include <QHeaderView>
 #include <QStyleOptionViewItem>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // Paints the check box of `option`, in its check state, in the middle of its rectangle.
 void paintTick(QPainter& painter, QStyleOptionViewItem option, const QStyle& style);
@@ -20,4 +20,4 @@ protected:
     void paintSection(QPainter* painter, const QRect& rect, int section) const override;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -1,6 +1,6 @@
 #include "windows/ToolBar.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 void ToolBar::resizeEvent(QResizeEvent* event)
 {
@@ -10,4 +10,4 @@ void ToolBar::resizeEvent(QResizeEvent* event)
     QToolBar::resizeEvent(event);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

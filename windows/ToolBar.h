@@ -2,7 +2,7 @@
 
 #include <QToolBar>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // A tool bar whose buttons leave out their icons where there is no room for icons and texts.
 class ToolBar : public QToolBar {
@@ -17,4 +17,4 @@ private:
     int m_widthWithIcons = 0; // as needed when it last had them
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

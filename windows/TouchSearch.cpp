@@ -4,20 +4,20 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-bool isWanted(const RuleRef& rule, const TouchQuestion& question, bool includeSystemRules)
+bool isWanted(const rules::RuleRef& rule, const workflow::TouchQuestion& question, bool includeSystemRules)
 {
-    const RuleValue value = valueOf(rule); // which stays as it is, whatever the store's thread does
+    const rules::RuleValue value = valueOf(rule); // which stays as it is, whatever the store's thread does
     const bool isSystem = askValue(value, [](const auto& fields) { return fields.system; });
     return (includeSystemRules || !isSystem) && touches(value, question);
 }
 
 } // namespace
 
-TouchSearch::TouchSearch(const RuleManager& store)
+TouchSearch::TouchSearch(const rules::RuleManager& store)
     : m_store(store)
 {
 }
@@ -27,7 +27,7 @@ TouchSearch::~TouchSearch()
     stop();
 }
 
-void TouchSearch::search(const TouchQuestion& question, bool includeSystemRules)
+void TouchSearch::search(const workflow::TouchQuestion& question, bool includeSystemRules)
 {
     stop();
     m_searching = {};
@@ -36,7 +36,7 @@ void TouchSearch::search(const TouchQuestion& question, bool includeSystemRules)
     auto answer = std::make_shared<Rules>();
     m_thread.run(
         [rules = m_rules, question, includeSystemRules, answer, stop = m_searching.get_token()] {
-            for (const RuleRef& rule : *rules) {
+            for (const rules::RuleRef& rule : *rules) {
                 if (stop.stop_requested())
                     return;
                 if (isWanted(rule, question, includeSystemRules))
@@ -49,4 +49,4 @@ void TouchSearch::search(const TouchQuestion& question, bool includeSystemRules)
         });
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,7 +2,7 @@
 
 #include "rules/ListedRows.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -10,23 +10,23 @@ bool listIsShaded = false; // of the rows of all such tables, for the whole proc
 
 }
 
-TouchingModel::TouchingModel(const RuleManager& store, Workspace& workspace, QObject* parent)
-    : RuleCellsModel(whyColumn + 1, listedRows({}), workspace, listIsShaded, parent)
+TouchingModel::TouchingModel(const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent)
+    : RuleCellsModel(whyColumn + 1, rules::listedRows({}), workspace, listIsShaded, parent)
     , m_store(store)
 {
 }
 
-void TouchingModel::show(const std::vector<RuleRef>& rules, const TouchQuestion& question)
+void TouchingModel::show(const std::vector<rules::RuleRef>& rules, const workflow::TouchQuestion& question)
 {
     m_question = question;
     setRows(listedRows(rules), true);
 }
 
-RuleCell TouchingModel::makeCell(std::size_t row, int column) const
+workflow::RuleCell TouchingModel::makeCell(std::size_t row, int column) const
 {
     if (column < whyColumn)
-        return ruleCell(m_store, rows(), row, true, static_cast<RuleColumn>(column), m_place);
-    RuleCell cell;
+        return ruleCell(m_store, rows(), row, true, static_cast<workflow::RuleColumn>(column), m_place);
+    workflow::RuleCell cell;
     cell.text = whyTouches(valueOf(rows().at(row, true)), m_question);
     cell.toolTip = cell.text;
     return cell;
@@ -34,7 +34,7 @@ RuleCell TouchingModel::makeCell(std::size_t row, int column) const
 
 std::string_view TouchingModel::titleOf(int column) const
 {
-    return column < whyColumn ? columnTitle(static_cast<RuleColumn>(column)) : "Why";
+    return column < whyColumn ? columnTitle(static_cast<workflow::RuleColumn>(column)) : "Why";
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

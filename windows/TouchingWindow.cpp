@@ -14,10 +14,10 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 TouchingWindow::TouchingWindow(
-    const RuleManager& store, RulesTable& table, Workspace& workspace, QWidget* parent)
+    const rules::RuleManager& store, RulesTable& table, platform::Workspace& workspace, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::TouchingWindow>())
     , m_table(table)
@@ -32,7 +32,7 @@ TouchingWindow::TouchingWindow(
     m_ui->setupUi(this);
     auto* list = m_ui->touchingTableView;
     list->setModel(m_model);
-    list->setPathColumn(static_cast<int>(RuleColumn::path));
+    list->setPathColumn(static_cast<int>(workflow::RuleColumn::path));
     setUpQuestion();
     connect(&m_search, &TouchSearch::found, this, &TouchingWindow::showRules);
     connect(list, &QAbstractItemView::activated, this, &TouchingWindow::showSelectedRule);
@@ -72,9 +72,9 @@ void TouchingWindow::setUpQuestion()
     connect(m_includesSystemRules, &QCheckBox::toggled, this, &TouchingWindow::ask);
 }
 
-TouchQuestion TouchingWindow::question() const
+workflow::TouchQuestion TouchingWindow::question() const
 {
-    TouchQuestion question{.path = m_path->path()};
+    workflow::TouchQuestion question{.path = m_path->path()};
     if (const std::string program = m_program->path(); !program.empty())
         question.process = program;
     if (const std::uint32_t operations = m_operations->operations(); operations != 0)
@@ -91,7 +91,7 @@ void TouchingWindow::ask()
     m_search.search(question(), m_includesSystemRules->isChecked());
 }
 
-void TouchingWindow::setPlace(const RulesPlace& place)
+void TouchingWindow::setPlace(const workflow::RulesPlace& place)
 {
     m_model->setPlace(place);
     ask();
@@ -103,7 +103,7 @@ void TouchingWindow::rulesDidChange()
     ask();
 }
 
-void TouchingWindow::showRules(const std::vector<RuleRef>& found)
+void TouchingWindow::showRules(const std::vector<rules::RuleRef>& found)
 {
     auto* list = m_ui->touchingTableView;
     const std::size_t shown = std::min(found.size(), mostRulesShown);
@@ -138,4 +138,4 @@ void TouchingWindow::showSelectedRule()
         bringToFront(*parentWidget()->window());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,13 +13,16 @@ namespace Ui {
 class TouchingWindow;
 }
 
-namespace quorvane {
+namespace quorvane::platform {
+class Workspace;
+}
+
+namespace quorvane::windows {
 
 class OperationBoxesRow;
 class PathField;
 class RulesTable;
 class TouchingModel;
-class Workspace;
 
 // Which rules are about a path, and why: by their text alone, without a verdict. Program and operations
 // narrow that down. Follows what is typed, and what becomes of the rules. Deletes itself when it is closed.
@@ -27,12 +30,12 @@ class TouchingWindow : public QDialog {
     Q_OBJECT
 public:
     // Rules are shown in `table`. Nothing given is owned; all of it must outlive the window.
-    TouchingWindow(
-        const RuleManager& store, RulesTable& table, Workspace& workspace, QWidget* parent = nullptr);
+    TouchingWindow(const rules::RuleManager& store, RulesTable& table, platform::Workspace& workspace,
+        QWidget* parent = nullptr);
     ~TouchingWindow() override;
 
     // Where programs and paths are looked up; this machine at first.
-    void setPlace(const RulesPlace& place);
+    void setPlace(const workflow::RulesPlace& place);
 
     // The stored rules are others now.
     void rulesDidChange();
@@ -46,9 +49,9 @@ private:
     static constexpr std::size_t mostRulesShown = 20'000;
 
     void setUpQuestion();
-    TouchQuestion question() const;
+    workflow::TouchQuestion question() const;
     void ask();
-    void showRules(const std::vector<RuleRef>& found);
+    void showRules(const std::vector<rules::RuleRef>& found);
     void tellCounts(std::size_t found);
     void showSelectedRule();
 
@@ -62,4 +65,4 @@ private:
     QCheckBox* m_includesSystemRules;
 };
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@
 #include <array>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -27,7 +27,7 @@ bool isNumber(VersionsModel::Column column)
     return column == VersionsModel::Column::number || column >= VersionsModel::Column::count;
 }
 
-QString cellText(const JournalVersion& version, VersionsModel::Column column)
+QString cellText(const history::JournalVersion& version, VersionsModel::Column column)
 {
     using Column = VersionsModel::Column;
     switch (column) {
@@ -51,7 +51,7 @@ QString cellText(const JournalVersion& version, VersionsModel::Column column)
     return {};
 }
 
-QColor cellColor(const JournalVersion& version, VersionsModel::Column column)
+QColor cellColor(const history::JournalVersion& version, VersionsModel::Column column)
 {
     using Column = VersionsModel::Column;
     if (column == Column::action && !version.isReadable)
@@ -65,29 +65,29 @@ QColor cellColor(const JournalVersion& version, VersionsModel::Column column)
 
 } // namespace
 
-QString versionTime(const JournalVersion& version)
+QString versionTime(const history::JournalVersion& version)
 {
     return QDateTime::fromSecsSinceEpoch(version.time).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
-QString versionAction(const JournalVersion& version)
+QString versionAction(const history::JournalVersion& version)
 {
-    const QString action = toQt(actionText(version));
+    const QString action = toQt(workflow::actionText(version));
     if (!version.isReadable)
         return VersionsModel::tr("%1 (can no longer be read)").arg(action);
-    if (version.state == VersionState::underWay)
+    if (version.state == history::VersionState::underWay)
         return VersionsModel::tr("%1 (not completed yet)").arg(action);
-    if (version.state == VersionState::recovered)
+    if (version.state == history::VersionState::recovered)
         return VersionsModel::tr("%1 (completed later)").arg(action);
     return action;
 }
 
-void VersionsModel::setVersions(std::vector<JournalVersion> versions)
+void VersionsModel::setVersions(std::vector<history::JournalVersion> versions)
 {
     // Mostly some have come at the top; then the others stay where they are.
     const std::size_t before = m_versions.size();
     const std::size_t come = versions.size() - std::min(versions.size(), before);
-    const auto same = [](const JournalVersion& a, const JournalVersion& b) {
+    const auto same = [](const history::JournalVersion& a, const history::JournalVersion& b) {
         return a.number == b.number && a.state == b.state && a.isReadable == b.isReadable;
     };
     const bool onlyCame = versions.size() >= before
@@ -128,7 +128,7 @@ void VersionsModel::addFound(std::int64_t version)
         return;
     m_found.insert(version);
     const auto at = std::find_if(m_versions.begin(), m_versions.end(),
-        [version](const JournalVersion& each) { return each.number == version; });
+        [version](const history::JournalVersion& each) { return each.number == version; });
     if (at == m_versions.end())
         return;
     const auto place = static_cast<std::size_t>(at - m_versions.begin());
@@ -141,7 +141,7 @@ void VersionsModel::addFound(std::int64_t version)
     endInsertRows();
 }
 
-std::vector<std::size_t> VersionsModel::wantedRows(const std::vector<JournalVersion>& versions) const
+std::vector<std::size_t> VersionsModel::wantedRows(const std::vector<history::JournalVersion>& versions) const
 {
     std::vector<std::size_t> rows;
     for (std::size_t place = 0; place < versions.size(); ++place) {
@@ -151,7 +151,7 @@ std::vector<std::size_t> VersionsModel::wantedRows(const std::vector<JournalVers
     return rows;
 }
 
-bool VersionsModel::isWanted(const JournalVersion& version) const
+bool VersionsModel::isWanted(const history::JournalVersion& version) const
 {
     if (m_search.isEmpty() || m_found.contains(version.number))
         return true;
@@ -192,7 +192,7 @@ QVariant VersionsModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return {};
-    const JournalVersion& version = versionAt(index.row());
+    const history::JournalVersion& version = versionAt(index.row());
     const auto column = static_cast<Column>(index.column());
     switch (role) {
     case Qt::DisplayRole:
@@ -222,4 +222,4 @@ QVariant VersionsModel::headerData(int section, Qt::Orientation orientation, int
     return titles[static_cast<std::size_t>(section)];
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -11,7 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 // The versions of a file as a Qt table, newest first: all, or those that a search has found.
 class VersionsModel : public QAbstractTableModel {
@@ -23,7 +23,7 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     // Newest first. Rows that stay are not touched.
-    void setVersions(std::vector<JournalVersion> versions);
+    void setVersions(std::vector<history::JournalVersion> versions);
     // The title of the column that counts what a version holds: "Rules".
     void setCounted(const QString& name);
     // Shows only versions whose time, action, program or number contain this text, and those that are found
@@ -31,8 +31,8 @@ public:
     void setSearch(const QString& text);
     void addFound(std::int64_t version);
 
-    const std::vector<JournalVersion>& versions() const { return m_versions; }
-    const JournalVersion& versionAt(int row) const
+    const std::vector<history::JournalVersion>& versions() const { return m_versions; }
+    const history::JournalVersion& versionAt(int row) const
     {
         return m_versions[m_rows[static_cast<std::size_t>(row)]];
     }
@@ -45,11 +45,11 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    std::vector<std::size_t> wantedRows(const std::vector<JournalVersion>& versions) const;
-    bool isWanted(const JournalVersion& version) const;
+    std::vector<std::size_t> wantedRows(const std::vector<history::JournalVersion>& versions) const;
+    bool isWanted(const history::JournalVersion& version) const;
     void showRows(std::vector<std::size_t> rows);
 
-    std::vector<JournalVersion> m_versions;
+    std::vector<history::JournalVersion> m_versions;
     std::vector<std::size_t> m_rows; // places in m_versions, ascending
     QString m_counted;
     QString m_search;
@@ -57,8 +57,8 @@ private:
 };
 
 // The local time of a version, to the second.
-QString versionTime(const JournalVersion& version);
+QString versionTime(const history::JournalVersion& version);
 // What was done, and what of it is out of the ordinary.
-QString versionAction(const JournalVersion& version);
+QString versionAction(const history::JournalVersion& version);
 
-} // namespace quorvane
+} // namespace quorvane::windows

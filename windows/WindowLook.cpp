@@ -21,11 +21,11 @@ static void keepImages()
     Q_INIT_RESOURCE(images);
 }
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-constexpr Appearance lightLook{};
+constexpr platform::Appearance lightLook{};
 
 class WindowStyle : public QProxyStyle {
 public:
@@ -103,7 +103,7 @@ private:
     const Shade& m_shade;
 };
 
-QPalette paletteIn(Appearance look)
+QPalette paletteIn(platform::Appearance look)
 {
     QPalette palette(shades::button.in(look), shades::window.in(look));
     palette.setColor(QPalette::Base, shades::table.in(look));
@@ -132,7 +132,7 @@ void applyWindowLook(QApplication& application)
     setAppearance(application, {});
 }
 
-void setAppearance(QApplication& application, Appearance look)
+void setAppearance(QApplication& application, platform::Appearance look)
 {
     Shade::setPresentLook(look);
     application.setPalette(paletteIn(look));
@@ -166,7 +166,7 @@ void bringToFront(QWidget& window)
 
 void applySheetLook(QWidget& window)
 {
-    const bool translucent = isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
+    const bool translucent = platform::isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
     QColor sheet = shades::sheet.in(lightLook);
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);
@@ -179,4 +179,4 @@ void applySheetLook(QWidget& window)
     window.setPalette(palette);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -5,7 +5,7 @@
 class QApplication;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class Shade;
 
@@ -14,7 +14,7 @@ class Shade;
 void applyWindowLook(QApplication& application);
 
 // All windows but sheets take this look, those that are open too.
-void setAppearance(QApplication& application, Appearance look);
+void setAppearance(QApplication& application, platform::Appearance look);
 
 // The widget's text or background is in that shade of the present look, whichever that is. `shade` must
 // outlive the widget, which is to be given one of the two, once.
@@ -30,4 +30,4 @@ void applySheetLook(QWidget& window);
 // Shows the window over all others, with the keyboard.
 void bringToFront(QWidget& window);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -178,4 +178,4 @@ void rememberColumns(const RulesTableView& table)
     settings.setValue(hiddenColumnsKey(), asVariants(hidden));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@ class QDialog;
 class QMainWindow;
 class QWidget;
 
-namespace quorvane {
+namespace quorvane::windows {
 
 class RulesTableView;
 
@@ -37,4 +37,4 @@ void rememberColumns(const RulesTableView& table);
 void rememberDocks(const QMainWindow& window);
 void rememberHiddenKinds(const QStringList& names);
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,7 +18,7 @@ template <class Fields> Place placeOf(const Fields& rule)
 {
     if (isEveryPath(rule.path))
         return {Kind::everyPath, {}};
-    if (rule.policyType == PolicyType::suffix)
+    if (rule.policyType == rules::PolicyType::suffix)
         return {Kind::byEnding, {}};
     const std::string_view path = rule.path.view();
     const bool isFile = path.starts_with("/") || path.starts_with("~/");
@@ -29,9 +29,9 @@ template <class Fields> Place placeOf(const Fields& rule)
 
 void count(AccessCounts& counts, std::int32_t policyClass)
 {
-    if (policyClass == PolicyClass::allow)
+    if (policyClass == rules::PolicyClass::allow)
         ++counts.allow;
-    else if (policyClass == PolicyClass::deny)
+    else if (policyClass == rules::PolicyClass::deny)
         ++counts.deny;
     else
         ++counts.watch;
@@ -55,13 +55,13 @@ void setDepths(std::vector<MappedFolder>& folders)
 
 } // namespace
 
-std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules, const std::stop_token& stop)
+std::vector<MappedFolder> accessMap(const std::vector<rules::RuleRef>& rules, const std::stop_token& stop)
 {
     std::map<Place, MappedFolder> found;
     for (std::size_t rule = 0; rule < rules.size() && !stop.stop_requested(); ++rule) {
         askValue(valueOf(rules[rule]), [&found, rule](const auto& fields) {
             const std::int32_t policyClass = classOf(fields);
-            if (policyClass == unknownCode)
+            if (policyClass == rules::unknownCode)
                 return;
             Place place = placeOf(fields);
             MappedFolder& folder
@@ -79,4 +79,4 @@ std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules, const std
     return folders;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,7 +11,7 @@
 // The folders that rules speak of: what a person looks at to see who may do what where. Pure; any
 // thread.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct AccessCounts {
     std::size_t allow = 0;
@@ -35,6 +35,7 @@ struct MappedFolder {
 // about that folder, any other rule on a file about the folder that the file is in. Rules of an unknown class
 // are left out.
 // What is left to do when `stop` comes is left undone.
-std::vector<MappedFolder> accessMap(const std::vector<RuleRef>& rules, const std::stop_token& stop = {});
+std::vector<MappedFolder> accessMap(
+    const std::vector<rules::RuleRef>& rules, const std::stop_token& stop = {});
 
-} // namespace quorvane
+} // namespace quorvane::workflow

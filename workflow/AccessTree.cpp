@@ -5,7 +5,7 @@
 #include <numeric>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -44,7 +44,7 @@ ProgramCounts byNumberOfRules(const std::map<std::string, std::size_t>& counts)
 } // namespace
 
 std::shared_ptr<const AccessTree> AccessTree::byFolder(
-    std::vector<RuleRef> rules, const std::stop_token& stop)
+    std::vector<rules::RuleRef> rules, const std::stop_token& stop)
 {
     std::shared_ptr<AccessTree> tree(new AccessTree(std::move(rules)));
     std::vector<std::size_t> places(tree->m_rules.size());
@@ -55,7 +55,7 @@ std::shared_ptr<const AccessTree> AccessTree::byFolder(
 }
 
 std::shared_ptr<const AccessTree> AccessTree::byProgram(
-    std::vector<RuleRef> rules, const std::stop_token& stop)
+    std::vector<rules::RuleRef> rules, const std::stop_token& stop)
 {
     std::shared_ptr<AccessTree> tree(new AccessTree(std::move(rules)));
     std::map<std::string, std::vector<std::size_t>> ofProgram;
@@ -64,7 +64,7 @@ std::shared_ptr<const AccessTree> AccessTree::byProgram(
             return std::string(fields.processName.view());
         })].push_back(place);
     for (const auto& [program, places] : ofProgram) {
-        std::vector<RuleRef> own;
+        std::vector<rules::RuleRef> own;
         for (const std::size_t place : places)
             own.push_back(tree->m_rules[place]);
         auto folders = accessMap(own, stop);
@@ -118,7 +118,7 @@ void AccessTree::sumUp()
         auto& own = programs[number];
         for (const auto& [program, count] : branch.programs)
             own[program] += count;
-        quorvane::add(branch.parent ? m_branches[*branch.parent].counts : m_counts, branch.counts);
+        workflow::add(branch.parent ? m_branches[*branch.parent].counts : m_counts, branch.counts);
         if (branch.parent) {
             for (const auto& [program, count] : own)
                 programs[*branch.parent][program] += count;
@@ -127,9 +127,9 @@ void AccessTree::sumUp()
     }
 }
 
-std::vector<RuleRef> AccessTree::rulesOf(std::size_t branch) const
+std::vector<rules::RuleRef> AccessTree::rulesOf(std::size_t branch) const
 {
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
     std::vector<std::size_t> due{branch};
     while (!due.empty()) {
         const AccessBranch& next = m_branches[due.back()];
@@ -141,4 +141,4 @@ std::vector<RuleRef> AccessTree::rulesOf(std::size_t branch) const
     return rules;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -13,7 +13,7 @@
 // The access map as a tree to be looked at: folders in the folders that hold them, or programs with the
 // folders that their rules are about.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct AccessBranch {
     enum class Kind { program, everyPath, byEnding, folder, other };
@@ -34,22 +34,22 @@ class AccessTree {
 public:
     // Any thread. None when `stop` came before it was made.
     static std::shared_ptr<const AccessTree> byFolder(
-        std::vector<RuleRef> rules, const std::stop_token& stop = {});
+        std::vector<rules::RuleRef> rules, const std::stop_token& stop = {});
     static std::shared_ptr<const AccessTree> byProgram(
-        std::vector<RuleRef> rules, const std::stop_token& stop = {});
+        std::vector<rules::RuleRef> rules, const std::stop_token& stop = {});
 
     const std::vector<AccessBranch>& branches() const { return m_branches; }
     // Those without a parent.
     const std::vector<std::size_t>& top() const { return m_top; }
-    const std::vector<RuleRef>& rules() const { return m_rules; }
+    const std::vector<rules::RuleRef>& rules() const { return m_rules; }
 
     // The rules of a branch and of everything in it.
-    std::vector<RuleRef> rulesOf(std::size_t branch) const;
+    std::vector<rules::RuleRef> rulesOf(std::size_t branch) const;
     // Of all rules that are on the map.
     const AccessCounts& counts() const { return m_counts; }
 
 private:
-    explicit AccessTree(std::vector<RuleRef> rules)
+    explicit AccessTree(std::vector<rules::RuleRef> rules)
         : m_rules(std::move(rules))
     {
     }
@@ -58,7 +58,7 @@ private:
         const std::vector<std::size_t>& places);
     void sumUp();
 
-    std::vector<RuleRef> m_rules;
+    std::vector<rules::RuleRef> m_rules;
     std::vector<AccessBranch> m_branches;
     std::vector<std::size_t> m_top;
     AccessCounts m_counts;
@@ -66,4 +66,4 @@ private:
 
 using AccessTreePtr = std::shared_ptr<const AccessTree>;
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What every window asks of the application as a whole. User interface thread only.
 class ApplicationServices {
@@ -53,4 +53,4 @@ public:
     virtual bool isTerminating() const = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

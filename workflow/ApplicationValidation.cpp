@@ -4,7 +4,7 @@
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -26,9 +26,9 @@ bool matchesConstraint(const std::string& path, std::string_view constraint, Pro
     case ConstraintKind::none:
         return true;
     case ConstraintKind::sha1:
-        return facts.sha1(path).value_or(sha1({})) == constraint;
+        return facts.sha1(path).value_or(codesign::sha1({})) == constraint;
     case ConstraintKind::sha256:
-        return facts.sha256(path).value_or(sha256({})) == constraint;
+        return facts.sha256(path).value_or(codesign::sha256({})) == constraint;
     case ConstraintKind::team:
         break;
     }
@@ -40,7 +40,7 @@ bool matchesConstraint(const std::string& path, std::string_view constraint, Pro
 
 ConstraintKind constraintKind(std::string_view constraint)
 {
-    switch (utf16Length(constraint)) {
+    switch (platform::utf16Length(constraint)) {
     case 0:
         return ConstraintKind::none;
     case sha1Length:
@@ -66,7 +66,7 @@ std::string_view programFaultWords(ProgramFault fault)
 }
 
 std::optional<ProgramFault> programFault(
-    const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
+    const rules::PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
     const std::string path = applicationPathForRule(rule);
     if (needsNoProgram(rule.fields().system, applicationName, path) || place.isUnknown(path))
@@ -82,21 +82,22 @@ std::optional<ProgramFault> programFault(
     return std::nullopt;
 }
 
-std::optional<ProgramFault> programFault(const RuleRef& rule, const RulesPlace& place)
+std::optional<ProgramFault> programFault(const rules::RuleRef& rule, const RulesPlace& place)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     return policy == nullptr ? std::nullopt
                              : programFault(*policy, shownApplicationNameForRule(*policy), place);
 }
 
-bool isValidApplicationPath(const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
+bool isValidApplicationPath(
+    const rules::PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
     return !programFault(rule, applicationName, place);
 }
 
-TeamProof teamProof(const RuleRef& rule, const RulesPlace& place)
+TeamProof teamProof(const rules::RuleRef& rule, const RulesPlace& place)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     if (policy == nullptr)
         return TeamProof::proven;
     const std::string path = applicationPathForRule(*policy);
@@ -121,4 +122,4 @@ std::string_view teamProofWords(TeamProof proof)
     return {};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

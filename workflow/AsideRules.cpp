@@ -15,17 +15,17 @@
 #include <new>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-std::vector<RuleValue> withoutEqual(
-    const std::vector<RuleValue>& rules, const std::vector<RuleValue>& present)
+std::vector<rules::RuleValue> withoutEqual(
+    const std::vector<rules::RuleValue>& rules, const std::vector<rules::RuleValue>& present)
 {
-    RuleNumbering known;
-    for (const RuleValue& rule : present)
+    rules::RuleNumbering known;
+    for (const rules::RuleValue& rule : present)
         known.numberOf(rule);
     const std::size_t ofPresent = known.size();
-    std::vector<RuleValue> others;
-    for (const RuleValue& rule : rules) {
+    std::vector<rules::RuleValue> others;
+    for (const rules::RuleValue& rule : rules) {
         if (known.numberOf(rule) >= ofPresent)
             others.push_back(rule);
     }
@@ -37,16 +37,16 @@ AsideRules::AsideRules(
     : m_stateFolder(stateFolder)
     , m_rulesFile(rulesFile)
     , m_wait(wait)
-    , m_file(JournalPlace(stateFolder, rulesFile).asideFile())
+    , m_file(history::JournalPlace(stateFolder, rulesFile).asideFile())
 {
 }
 
 AsideRules::Listing AsideRules::read() const
 {
-    return rulesOf(RulesFileText::read(m_file));
+    return rulesOf(rules::RulesFileText::read(m_file));
 }
 
-AsideRules::Listing AsideRules::rulesOf(const RulesFileText& text)
+AsideRules::Listing AsideRules::rulesOf(const rules::RulesFileText& text)
 {
     Listing listing;
     if (text.errorMessage() || text.unreadReason()) {
@@ -54,60 +54,61 @@ AsideRules::Listing AsideRules::rulesOf(const RulesFileText& text)
         return listing;
     }
     try {
-        listing.rules = rulesOfText(text.text());
+        listing.rules = rules::rulesOfText(text.text());
     } catch (const std::bad_alloc&) {
         listing.problem = "Out of memory";
     }
     return listing;
 }
 
-std::optional<std::string> AsideRules::add(const std::vector<RuleValue>& rules) const
+std::optional<std::string> AsideRules::add(const std::vector<rules::RuleValue>& rules) const
 {
-    for (const RuleValue& rule : rules) {
-        if (const auto reason = whyUnwritable(rule, LineEnds::whole))
+    for (const rules::RuleValue& rule : rules) {
+        if (const auto reason = whyUnwritable(rule, rules::LineEnds::whole))
             return reason;
     }
-    return change([&rules](std::vector<RuleValue>& aside) {
+    return change([&rules](std::vector<rules::RuleValue>& aside) {
         aside = withoutEqual(aside, rules);
         aside.insert(aside.end(), rules.begin(), rules.end());
     });
 }
 
-std::optional<std::string> AsideRules::remove(const std::vector<RuleValue>& rules) const
+std::optional<std::string> AsideRules::remove(const std::vector<rules::RuleValue>& rules) const
 {
-    return change([&rules](std::vector<RuleValue>& aside) { aside = withoutEqual(aside, rules); });
+    return change([&rules](std::vector<rules::RuleValue>& aside) { aside = withoutEqual(aside, rules); });
 }
 
 std::optional<std::string> AsideRules::change(const Edit& edit) const
 {
-    const JournalPlace place(m_stateFolder, m_rulesFile);
+    const history::JournalPlace place(m_stateFolder, m_rulesFile);
     if (const auto refusal = place.refusal())
         return refusal;
     if (const auto problem = place.makeFolder())
         return problem;
-    const FileLock lock = FileLock::take(m_file, LockMode::exclusive, m_wait);
+    const platform::FileLock lock = platform::FileLock::take(m_file, platform::LockMode::exclusive, m_wait);
     if (!lock.isHeld())
         return lock.problem();
-    Listing listing = rulesOf(RulesFileText::read(m_file, lock));
+    Listing listing = rulesOf(rules::RulesFileText::read(m_file, lock));
     if (listing.problem)
         return listing.problem;
     edit(listing.rules);
     return write(listing.rules);
 }
 
-std::optional<std::string> AsideRules::write(const std::vector<RuleValue>& rules) const
+std::optional<std::string> AsideRules::write(const std::vector<rules::RuleValue>& rules) const
 {
     constexpr mode_t forOwnerOnly = 0600;
-    RulesContent content(LineEnds::whole);
-    for (const RuleValue& rule : rules)
+    rules::RulesContent content(rules::LineEnds::whole);
+    for (const rules::RuleValue& rule : rules)
         askValue(rule, [&content](const auto& fields) { content.append(fields); });
-    FileReplacement file(m_file);
+    platform::FileReplacement file(m_file);
     std::error_code error = file.error();
-    if (!error && writeFully(file.descriptor(), content.bytes(), error) != content.bytes().size() && !error)
-        error = systemError(EIO); // a call that writes nothing and does not say why
+    if (!error && platform::writeFully(file.descriptor(), content.bytes(), error) != content.bytes().size()
+        && !error)
+        error = platform::systemError(EIO); // a call that writes nothing and does not say why
     if (!error)
         error = file.takePlace(forOwnerOnly);
-    return error ? std::optional(m_file + ": " + errorText(error)) : std::nullopt;
+    return error ? std::optional(m_file + ": " + platform::errorText(error)) : std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

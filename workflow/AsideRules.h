@@ -8,9 +8,11 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::rules {
 class RulesFileText;
+}
+
+namespace quorvane::workflow {
 
 // Rules that are out of force for a while: a file of their own beside the journal of the rules file that they
 // come from. Its lines are those of a rules file, always written whole, so that tags and dates come back.
@@ -27,7 +29,7 @@ public:
     const std::string& file() const { return m_file; }
 
     struct Listing {
-        std::vector<RuleValue> rules{}; // in the order of the file
+        std::vector<rules::RuleValue> rules{}; // in the order of the file
         std::optional<std::string> problem{}; // why not all that the file may hold is there
     };
     Listing read() const;
@@ -35,16 +37,16 @@ public:
     // Each returns why it failed, in words, and then nothing has changed.
 
     // Adds rules. Those that are equal to one that is there take its place, with their tag and date.
-    std::optional<std::string> add(const std::vector<RuleValue>& rules) const;
+    std::optional<std::string> add(const std::vector<rules::RuleValue>& rules) const;
     // Removes the rules that are equal to one of these.
-    std::optional<std::string> remove(const std::vector<RuleValue>& rules) const;
+    std::optional<std::string> remove(const std::vector<rules::RuleValue>& rules) const;
 
 private:
-    using Edit = std::function<void(std::vector<RuleValue>& rules)>;
+    using Edit = std::function<void(std::vector<rules::RuleValue>& rules)>;
 
-    static Listing rulesOf(const RulesFileText& text);
+    static Listing rulesOf(const rules::RulesFileText& text);
     std::optional<std::string> change(const Edit& edit) const;
-    std::optional<std::string> write(const std::vector<RuleValue>& rules) const;
+    std::optional<std::string> write(const std::vector<rules::RuleValue>& rules) const;
 
     const std::string m_stateFolder;
     const std::string m_rulesFile;
@@ -53,7 +55,7 @@ private:
 };
 
 // Those of `rules` that no rule of `present` is equal to.
-std::vector<RuleValue> withoutEqual(
-    const std::vector<RuleValue>& rules, const std::vector<RuleValue>& present);
+std::vector<rules::RuleValue> withoutEqual(
+    const std::vector<rules::RuleValue>& rules, const std::vector<rules::RuleValue>& present);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

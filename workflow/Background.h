@@ -2,7 +2,7 @@
 
 #include <functional>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Runs work beside the thread that owns the store.
 class Background {
@@ -16,4 +16,4 @@ public:
     virtual void wait() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

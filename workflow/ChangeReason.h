@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Why rules change, for the journal, the history and the names of Undo and Redo.
 struct ChangeReason {
@@ -16,4 +16,4 @@ struct ChangeReason {
     bool refusesCuts = false; // fails where a line would be cut, also of a rule that another program wrote
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

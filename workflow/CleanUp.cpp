@@ -11,7 +11,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -23,10 +23,10 @@ bool isWithin(std::string_view path, std::string_view folder)
 }
 
 // The innermost file system that holds the path; null when none is known.
-const Mount* mountOf(std::string_view path, const std::vector<Mount>& mounts)
+const platform::Mount* mountOf(std::string_view path, const std::vector<platform::Mount>& mounts)
 {
-    const Mount* innermost = nullptr;
-    for (const Mount& mount : mounts) {
+    const platform::Mount* innermost = nullptr;
+    for (const platform::Mount& mount : mounts) {
         // Of several at one place the last is seen.
         if (isWithin(path, mount.folder)
             && (innermost == nullptr || mount.folder.size() >= innermost->folder.size()))
@@ -39,9 +39,9 @@ const Mount* mountOf(std::string_view path, const std::vector<Mount>& mounts)
 constexpr std::array<std::string_view, 5> foldersOfVolumes{
     "/Volumes", "/media", "/mnt", "/run/media", "/net"};
 
-std::string whyOfVolume(std::string_view path, const std::vector<Mount>& mounts)
+std::string whyOfVolume(std::string_view path, const std::vector<platform::Mount>& mounts)
 {
-    const Mount* mount = mountOf(path, mounts);
+    const platform::Mount* mount = mountOf(path, mounts);
     for (const std::string_view volumes : foldersOfVolumes) {
         const bool isMounted
             = mount != nullptr && isWithin(mount->folder, volumes) && mount->folder != volumes;
@@ -66,7 +66,7 @@ std::string homeOf(const std::string& path)
 }
 
 // The program that is gone: the rule's own, or its parent.
-std::string goneProgramOf(const RuleValue& rule, ProgramFault fault)
+std::string goneProgramOf(const rules::RuleValue& rule, ProgramFault fault)
 {
     return askValue(rule, [fault](const auto& fields) {
         return fault == ProgramFault::parentMissing
@@ -85,7 +85,7 @@ public:
 
     void add(const KnownProblem& problem)
     {
-        const RuleValue value = valueOf(problem.rule);
+        const rules::RuleValue value = valueOf(problem.rule);
         const bool isSystem = askValue(value, [](const auto& fields) { return fields.system; });
         if (isSystem || problem.finding.programFault == ProgramFault::constraintMismatch)
             return;
@@ -102,13 +102,13 @@ public:
     std::vector<DispensableRule> take() { return std::move(m_rules); }
 
 private:
-    DispensableRule gone(const KnownProblem& problem, const RuleValue& value) const
+    DispensableRule gone(const KnownProblem& problem, const rules::RuleValue& value) const
     {
         const std::string path = problem.finding.programFault
             ? goneProgramOf(value, *problem.finding.programFault)
             : pathOf(value);
         return {problem.rule, problem.finding.kind,
-            problemOf(value, problem.finding, m_place, LineEnds::whole).text,
+            problemOf(value, problem.finding, m_place, rules::LineEnds::whole).text,
             whyItMayComeBack(path, m_places, m_place.facts())};
     }
 
@@ -119,10 +119,11 @@ private:
 };
 
 // Those of the rules that are still stored and can go when all of them are meant to.
-std::vector<RuleRef> goingTogether(const RuleManager& store, const std::vector<DispensableRule>& chosen)
+std::vector<rules::RuleRef> goingTogether(
+    const rules::RuleManager& store, const std::vector<DispensableRule>& chosen)
 {
-    std::vector<RuleRef> rules;
-    std::vector<RuleRef> gone;
+    std::vector<rules::RuleRef> rules;
+    std::vector<rules::RuleRef> gone;
     for (const DispensableRule& each : chosen) {
         if (!store.isStored(each.rule))
             continue;
@@ -160,13 +161,13 @@ std::vector<DispensableRule> cleanUpCandidates(
     return collector.take();
 }
 
-void doubtWhatMustStay(const RuleManager& store, std::vector<DispensableRule>& candidates)
+void doubtWhatMustStay(const rules::RuleManager& store, std::vector<DispensableRule>& candidates)
 {
     std::vector<DispensableRule> undoubted;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(undoubted),
         [](const DispensableRule& each) { return each.doubt.empty(); });
     std::unordered_set<const void*> going;
-    for (const RuleRef& rule : goingTogether(store, undoubted))
+    for (const rules::RuleRef& rule : goingTogether(store, undoubted))
         going.insert(addressOf(rule));
     for (DispensableRule& each : candidates) {
         if (each.doubt.empty() && !going.contains(addressOf(each.rule)) && store.isStored(each.rule))
@@ -175,9 +176,9 @@ void doubtWhatMustStay(const RuleManager& store, std::vector<DispensableRule>& c
 }
 
 PlannedChange cleaningUp(
-    const RuleManager& store, const std::vector<DispensableRule>& chosen, LineEnds lineEnds)
+    const rules::RuleManager& store, const std::vector<DispensableRule>& chosen, rules::LineEnds lineEnds)
 {
-    const std::vector<RuleRef> going = goingTogether(store, chosen);
+    const std::vector<rules::RuleRef> going = goingTogether(store, chosen);
     PlannedChange plan = removalOf(store, going, lineEnds);
     const auto stored = std::count_if(chosen.begin(), chosen.end(),
         [&store](const DispensableRule& each) { return store.isStored(each.rule); });
@@ -189,4 +190,4 @@ PlannedChange cleaningUp(
     return plan;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -12,11 +12,11 @@
 
 // Which rules can go, and which of those might be wanted again.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // A rule that has nothing to do.
 struct DispensableRule {
-    RuleRef rule;
+    rules::RuleRef rule;
     FindingKind kind; // redundant, or what is gone: the program or the path
     std::string reason; // a sentence
     std::string doubt{}; // why it might be wanted again, in a few words; empty when it will not
@@ -24,7 +24,7 @@ struct DispensableRule {
 
 // Where files come and go.
 struct ChangingPlaces {
-    std::vector<Mount> mounts{}; // those of this machine; none where it is about another one
+    std::vector<platform::Mount> mounts{}; // those of this machine; none where it is about another one
     std::string home{}; // the person's home folder
 };
 
@@ -40,11 +40,11 @@ std::vector<DispensableRule> cleanUpCandidates(
 
 // Doubts the redundant rules that cannot go together with all others that nothing speaks against: of rules
 // that cover each other one stays. For the store's thread.
-void doubtWhatMustStay(const RuleManager& store, std::vector<DispensableRule>& candidates);
+void doubtWhatMustStay(const rules::RuleManager& store, std::vector<DispensableRule>& candidates);
 
 // Removes those of the rules that can go together: of rules that cover each other one stays, and so does a
 // redundant one when what covers it goes. Remarks tell of those. For the store's thread.
 PlannedChange cleaningUp(
-    const RuleManager& store, const std::vector<DispensableRule>& chosen, LineEnds lineEnds);
+    const rules::RuleManager& store, const std::vector<DispensableRule>& chosen, rules::LineEnds lineEnds);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

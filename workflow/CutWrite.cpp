@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -34,4 +34,4 @@ FileAfterWrite fileAfterWrite(
     return isRestOfOld ? FileAfterWrite::cutShort : FileAfterWrite::foreign;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What became of a file whose writing may have been cut short.
 enum class FileAfterWrite {
@@ -19,4 +19,4 @@ enum class FileAfterWrite {
 FileAfterWrite fileAfterWrite(
     std::string_view now, std::optional<std::string_view> before, std::string_view meant);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

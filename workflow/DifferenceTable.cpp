@@ -11,23 +11,23 @@
 #include <unordered_map>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-std::string classText(const RuleValue& rule)
+std::string classText(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) -> std::string {
         if constexpr (requires { fields.policyClass; })
-            return std::string(policyClassDescription(fields.policyClass));
+            return std::string(rules::policyClassDescription(fields.policyClass));
         else
-            return std::string(policyClassDescription(PolicyClass::watch));
+            return std::string(rules::policyClassDescription(rules::PolicyClass::watch));
     });
 }
 
 class RulesDifferenceTable : public DifferenceTable {
 public:
-    explicit RulesDifferenceTable(RulesDifference difference)
+    explicit RulesDifferenceTable(rules::RulesDifference difference)
         : m_difference(std::move(difference))
     {
     }
@@ -53,7 +53,7 @@ public:
     }
     std::string text(std::size_t row, std::size_t column) const override
     {
-        const RuleValue& rule = ruleAt(row);
+        const rules::RuleValue& rule = ruleAt(row);
         switch (column) {
         case changeColumn:
             return std::string(changeName(change(row)));
@@ -77,7 +77,7 @@ public:
 private:
     enum Column : std::size_t { changeColumn, ruleClass, type, operations, process, path, tag, details };
 
-    const RuleValue& ruleAt(std::size_t row) const
+    const rules::RuleValue& ruleAt(std::size_t row) const
     {
         if (row < m_difference.added.size())
             return m_difference.added[row];
@@ -97,18 +97,18 @@ private:
     template <class Fields> static std::string fieldText(const Fields& fields, std::size_t column)
     {
         if (column == type)
-            return std::string(policyTypeDescription(fields.policyType));
+            return std::string(rules::policyTypeDescription(fields.policyType));
         if (column == operations)
-            return operationsDescription(static_cast<std::int32_t>(fields.operations));
+            return rules::operationsDescription(static_cast<std::int32_t>(fields.operations));
         return std::string((column == process ? fields.processName : fields.path).view());
     }
 
-    const RulesDifference m_difference;
+    const rules::RulesDifference m_difference;
 };
 
 class PreferencesDifferenceTable : public DifferenceTable {
 public:
-    PreferencesDifferenceTable(const PropertyList& before, const PropertyList& after)
+    PreferencesDifferenceTable(const platform::PropertyList& before, const platform::PropertyList& after)
     {
         std::unordered_map<std::string, std::string> earlier;
         for (const auto& [key, value] : before.entries())
@@ -180,19 +180,19 @@ bool DifferenceTable::contains(std::string_view text) const
     std::string key;
     for (std::size_t row = 0; row < rows(); ++row) {
         key.clear();
-        appendSearchKey(key, line(row));
+        platform::appendSearchKey(key, line(row));
         if (key.find(text) != std::string::npos)
             return true;
     }
     return false;
 }
 
-DifferenceTablePtr differenceTable(RulesDifference difference)
+DifferenceTablePtr differenceTable(rules::RulesDifference difference)
 {
     return std::make_shared<RulesDifferenceTable>(std::move(difference));
 }
 
-DifferenceTablePtr differenceTable(const PropertyList& before, const PropertyList& after)
+DifferenceTablePtr differenceTable(const platform::PropertyList& before, const platform::PropertyList& after)
 {
     return std::make_shared<PreferencesDifferenceTable>(before, after);
 }
@@ -210,4 +210,4 @@ std::string_view changeName(DifferenceTable::Change change)
     return "Changed";
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

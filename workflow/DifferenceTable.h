@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // A difference between two versions of a file as a table, for windows: a row for each thing that came, went
 // or changed, in this order. Never changes; any thread.
@@ -43,12 +43,12 @@ public:
 
 using DifferenceTablePtr = std::shared_ptr<const DifferenceTable>;
 
-DifferenceTablePtr differenceTable(RulesDifference difference);
+DifferenceTablePtr differenceTable(rules::RulesDifference difference);
 
 // Key by key. What is within a value is compared as a whole.
-DifferenceTablePtr differenceTable(const PropertyList& before, const PropertyList& after);
+DifferenceTablePtr differenceTable(const platform::PropertyList& before, const platform::PropertyList& after);
 
 // "Added", "Removed", "Changed".
 std::string_view changeName(DifferenceTable::Change change);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,16 +10,16 @@
 #include <type_traits>
 #include <variant>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-std::string quoted(const NullableText& text)
+std::string quoted(const rules::NullableText& text)
 {
     return "\"" + std::string(text.written()) + "\"";
 }
 
-std::string tagChangeText(const RuleValue& before, const RuleValue& after)
+std::string tagChangeText(const rules::RuleValue& before, const rules::RuleValue& after)
 {
     if (hasSameTag(before, after))
         return {};
@@ -36,22 +36,22 @@ std::string changeOf(const char* property, const std::string& before, const std:
     return before == after ? "" : std::string(property) + " changed from " + before + " to " + after;
 }
 
-std::string classWord(const PolicyRuleFields& rule)
+std::string classWord(const rules::PolicyRuleFields& rule)
 {
-    return std::string(policyClassDescription(rule.policyClass));
+    return std::string(rules::policyClassDescription(rule.policyClass));
 }
 
-std::string classWord(const WatchRuleFields&)
+std::string classWord(const rules::WatchRuleFields&)
 {
-    return std::string(policyClassDescription(PolicyClass::watch));
+    return std::string(rules::policyClassDescription(rules::PolicyClass::watch));
 }
 
-std::string constraintOf(const PolicyRuleFields& rule)
+std::string constraintOf(const rules::PolicyRuleFields& rule)
 {
     return quoted(rule.constraint);
 }
 
-std::string constraintOf(const WatchRuleFields&)
+std::string constraintOf(const rules::WatchRuleFields&)
 {
     return {};
 }
@@ -61,8 +61,8 @@ template <class Fields> std::vector<std::string> identityChanges(const Fields& b
 {
     return {changeOf("class", classWord(before), classWord(after)),
         changeOf("process", quoted(before.processName), quoted(after.processName)),
-        changeOf("operations", operationsDescription(static_cast<std::int32_t>(before.operations)),
-            operationsDescription(static_cast<std::int32_t>(after.operations))),
+        changeOf("operations", rules::operationsDescription(static_cast<std::int32_t>(before.operations)),
+            rules::operationsDescription(static_cast<std::int32_t>(after.operations))),
         changeOf("constraint", constraintOf(before), constraintOf(after))};
 }
 
@@ -79,14 +79,14 @@ void appendCount(std::string& text, std::string_view noun, std::size_t count, co
 
 } // namespace
 
-std::string ruleText(const RuleValue& rule)
+std::string ruleText(const rules::RuleValue& rule)
 {
     std::string line = askValue(rule, [](const auto& fields) { return ruleLine(fields); });
     line.pop_back(); // the line feed
     return line;
 }
 
-std::string changeText(const RuleValue& before, const RuleValue& after)
+std::string changeText(const rules::RuleValue& before, const rules::RuleValue& after)
 {
     std::vector<std::string> changes = askValue(before, [&after](const auto& fields) {
         using Value = std::shared_ptr<const std::remove_cvref_t<decltype(fields)>>;
@@ -100,28 +100,28 @@ std::string changeText(const RuleValue& before, const RuleValue& after)
     return text;
 }
 
-void RowsOfRules::add(const RuleValue& rule, std::size_t row)
+void RowsOfRules::add(const rules::RuleValue& rule, std::size_t row)
 {
     m_rows.emplace(addressOf(rule), row);
 }
 
-std::string RowsOfRules::prefixOf(const RuleValue& rule) const
+std::string RowsOfRules::prefixOf(const rules::RuleValue& rule) const
 {
     const auto found = m_rows.find(addressOf(rule));
     return found == m_rows.end() ? "" : "row " + std::to_string(found->second) + ": ";
 }
 
-std::vector<std::string> differenceTexts(const RulesDifference& difference)
+std::vector<std::string> differenceTexts(const rules::RulesDifference& difference)
 {
     return differenceTexts(difference, {});
 }
 
-std::vector<std::string> differenceTexts(const RulesDifference& difference, const RowsOfRules& rows)
+std::vector<std::string> differenceTexts(const rules::RulesDifference& difference, const RowsOfRules& rows)
 {
     std::vector<std::string> texts;
-    for (const RuleValue& rule : difference.added)
+    for (const rules::RuleValue& rule : difference.added)
         texts.push_back("added: " + ruleText(rule));
-    for (const RuleValue& rule : difference.removed)
+    for (const rules::RuleValue& rule : difference.removed)
         texts.push_back(rows.prefixOf(rule) + "removed: " + ruleText(rule));
     for (const auto& [before, after] : difference.changed)
         texts.push_back(
@@ -143,7 +143,7 @@ std::string countsText(std::string_view noun, std::size_t added, std::size_t rem
     return text.empty() ? "no " + std::string(noun) + " changed" : text;
 }
 
-std::string differenceSummary(const RulesDifference& difference)
+std::string differenceSummary(const rules::RulesDifference& difference)
 {
     return changeSummary(difference.added.size(), difference.removed.size(), difference.changed.size());
 }
@@ -161,31 +161,31 @@ std::string timeText(std::uint64_t seconds)
     return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &date)};
 }
 
-std::string reportText(const MergeReport& report)
+std::string reportText(const rules::MergeReport& report)
 {
     const std::string kept = quoted(tagOf(report.kept));
     const std::string other = quoted(tagOf(report.other));
     const std::string rule = ruleText(report.kept);
     switch (report.kind) {
-    case MergeReport::tagSetOnBothSides:
+    case rules::MergeReport::tagSetOnBothSides:
         return "both sides changed the tag: " + kept + " is kept, not " + other + ": " + rule;
-    case MergeReport::keptForItsTag:
+    case rules::MergeReport::keptForItsTag:
         return "one side removed the rule, the other changed its tag: it is kept: " + rule;
-    case MergeReport::addedWithOtherTag:
+    case rules::MergeReport::addedWithOtherTag:
         return "both sides added the rule: the tag " + kept + " is kept, not " + other + ": " + rule;
     }
     return {};
 }
 
-std::string conflictText(const FileConflict& conflict)
+std::string conflictText(const rules::FileConflict& conflict)
 {
-    if (const auto* rule = std::get_if<MergeReport>(&conflict))
+    if (const auto* rule = std::get_if<rules::MergeReport>(&conflict))
         return reportText(*rule);
-    const auto& text = std::get<TextConflict>(conflict);
+    const auto& text = std::get<rules::TextConflict>(conflict);
     const std::string kept = "\"" + text.kept + "\"";
-    return text.kind == TextConflict::changedOnBothSides
+    return text.kind == rules::TextConflict::changedOnBothSides
         ? "both sides changed a line: " + kept + " is kept, not \"" + text.other + "\""
         : "one side removed a line, the other changed it: it is kept: " + kept;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -14,34 +14,34 @@
 // Differences and merges of rules in words, for the command line, the history and notices. Texts of rules
 // stand in them as they are, control characters included.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The rule as a line of a rules file, without the line feed.
-std::string ruleText(const RuleValue& rule);
+std::string ruleText(const rules::RuleValue& rule);
 
 // What changed of a rule between two values of it, property by property: "operations changed from r to rw,
 // tag set to "b""; empty when nothing did. The values are of one kind.
-std::string changeText(const RuleValue& before, const RuleValue& after);
+std::string changeText(const rules::RuleValue& before, const rules::RuleValue& after);
 
 // One line a rule, each beginning with "added", "removed" or "changed", in this order.
-std::vector<std::string> differenceTexts(const RulesDifference& difference);
+std::vector<std::string> differenceTexts(const rules::RulesDifference& difference);
 
 // The rows of rules before a change of them.
 class RowsOfRules {
 public:
-    void add(const RuleValue& rule, std::size_t row);
+    void add(const rules::RuleValue& rule, std::size_t row);
     // "row 3: "; empty for a value that was not added.
-    std::string prefixOf(const RuleValue& rule) const;
+    std::string prefixOf(const rules::RuleValue& rule) const;
 
 private:
     std::unordered_map<const void*, std::size_t> m_rows; // by the values, which the caller keeps
 };
 // The same behind the rows of the rules that go and change.
-std::vector<std::string> differenceTexts(const RulesDifference& difference, const RowsOfRules& rows);
+std::vector<std::string> differenceTexts(const rules::RulesDifference& difference, const RowsOfRules& rows);
 
 // "2 rules added, 1 removed, 1 changed", without what is none; "no rule changed" when nothing differs.
 std::string changeSummary(std::size_t added, std::size_t removed, std::size_t changed);
-std::string differenceSummary(const RulesDifference& difference);
+std::string differenceSummary(const rules::RulesDifference& difference);
 // The same of any things, by the name of one: "rule", "key".
 std::string countsText(std::string_view noun, std::size_t added, std::size_t removed, std::size_t changed);
 
@@ -50,7 +50,7 @@ std::string countsText(std::string_view noun, std::size_t added, std::size_t rem
 std::string timeText(std::uint64_t seconds);
 
 // What a merge has decided, and for which rule or text.
-std::string reportText(const MergeReport& report);
-std::string conflictText(const FileConflict& conflict);
+std::string reportText(const rules::MergeReport& report);
+std::string conflictText(const rules::FileConflict& conflict);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

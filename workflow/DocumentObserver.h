@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Something that the person should know about the rules and their file, besides the result of an operation.
 struct DocumentNews {
@@ -26,7 +26,8 @@ struct DocumentNews {
     };
     Kind kind{};
     std::string text; // a sentence or two, for people
-    std::vector<RuleRef> rules{}; // that it is about and that are stored, as far as "Show" can use them
+    std::vector<rules::RuleRef>
+        rules{}; // that it is about and that are stored, as far as "Show" can use them
     std::optional<std::int64_t> version{}; // that "Restore" would bring back
     std::optional<std::int64_t> shownFrom{}; // the first version from here on is what it is about
 };
@@ -37,7 +38,7 @@ public:
     virtual ~DocumentObserver() = default;
 
     // What another program did has come into the store by `change`, besides what the running operation does.
-    virtual void rulesWereMerged(const ChangeSet& change) = 0;
+    virtual void rulesWereMerged(const rules::ChangeSet& change) = 0;
     // All rules were read anew. Rules that are still there keep their records.
     virtual void rulesWereReloaded() = 0;
     // The user's file has been written, or could not be; RulesDocument::failure() tells. Also when a write in
@@ -46,4 +47,4 @@ public:
     virtual void documentHasNews(const DocumentNews& news) = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

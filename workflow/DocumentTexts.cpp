@@ -3,14 +3,14 @@
 #include "rules/RuleMarks.h"
 #include "workflow/DifferenceText.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 std::string countedRules(std::size_t count)
 {
     return std::to_string(count) + (count == 1 ? " rule" : " rules");
 }
 
-std::string mergeText(const ChangeSet& done, const std::vector<MergeReport>& reports)
+std::string mergeText(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports)
 {
     constexpr std::size_t mostReports = 3;
     std::string text;
@@ -45,16 +45,16 @@ std::string unwritableText(std::size_t cut, std::size_t others)
     return text;
 }
 
-std::string remainingText(const std::vector<RuleRef>& remaining)
+std::string remainingText(const std::vector<rules::RuleRef>& remaining)
 {
     if (remaining.size() > 1)
         return "Each of " + countedRules(remaining.size())
             + " that were selected is there twice: the first was deleted, the selected one remains.";
-    const RuleValue rule = valueOf(remaining.front());
+    const rules::RuleValue rule = valueOf(remaining.front());
     const std::string tag(tagOf(rule).view());
     return "Of two equal rules the first was deleted. The selected one remains: "
         + (tag.empty() ? "without a tag" : "tagged \u201c" + tag + "\u201d")
         + (createdOf(rule) == 0 ? "." : ", made " + timeText(createdOf(rule)) + ".");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

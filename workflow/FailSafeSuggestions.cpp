@@ -10,23 +10,23 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-bool checkSafeMode(const Locations& locations)
+bool checkSafeMode(const platform::Locations& locations)
 {
-    return isAnythingAt(locations.learningModeMarker());
+    return platform::isAnythingAt(locations.learningModeMarker());
 }
 
-bool areSuggestionsDue(const Locations& locations)
+bool areSuggestionsDue(const platform::Locations& locations)
 {
-    return isAnythingAt(locations.failSafeFile()) && !checkSafeMode(locations);
+    return platform::isAnythingAt(locations.failSafeFile()) && !checkSafeMode(locations);
 }
 
-std::optional<Notice> suggestionsNotice(const Locations& locations, const std::string& path)
+std::optional<Notice> suggestionsNotice(const platform::Locations& locations, const std::string& path)
 {
     if (path != locations.failSafeFile())
         return std::nullopt;
-    if (isAnythingAt(locations.failSafeStrictMarker()))
+    if (platform::isAnythingAt(locations.failSafeStrictMarker()))
         return Notice{"Unauthorized Access Attempts",
             "Quorvane denied the following file access attempts, and has created the following rule "
             "suggestions. If you have recently added new software, you may need to import these rules to "
@@ -37,26 +37,27 @@ std::optional<Notice> suggestionsNotice(const Locations& locations, const std::s
         "Please review these rules, then click Import if you wish to add them."};
 }
 
-void keepSuggestions(
-    const Locations& locations, const std::string& stateFolder, const JournalLimits& limits, Log& log)
+void keepSuggestions(const platform::Locations& locations, const std::string& stateFolder,
+    const history::JournalLimits& limits, platform::Log& log)
 {
-    const RulesFileText text = RulesFileText::read(locations.failSafeFile(), std::chrono::milliseconds(0));
+    const rules::RulesFileText text
+        = rules::RulesFileText::read(locations.failSafeFile(), std::chrono::milliseconds(0));
     if (text.bytes().empty())
         return;
-    NewVersion version;
-    version.kind = VersionKind::foreign;
+    history::NewVersion version;
+    version.kind = history::VersionKind::foreign;
     version.bytes = text.bytes();
-    version.rules = rulesOfText(text.bytes()).size();
+    version.rules = rules::rulesOfText(text.bytes()).size();
     version.added = version.rules;
-    const auto journal = Journal::open(stateFolder, locations.failSafeFile(), limits, log);
+    const auto journal = history::Journal::open(stateFolder, locations.failSafeFile(), limits, log);
     if (!journal->record(version))
         log.write("the suggestions could not be kept: " + journal->problem().value_or("unknown"));
 }
 
-void discardSuggestions(const Locations& locations)
+void discardSuggestions(const platform::Locations& locations)
 {
     unlink(locations.failSafeFile().c_str());
     unlink(locations.failSafeStrictMarker().c_str());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,20 +9,20 @@
 #include <algorithm>
 #include <unordered_map>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 // The lines on which the rules of a store stand in its file.
 class LinesOfRules {
 public:
-    LinesOfRules(const RuleManager& store, std::string_view bytes)
+    LinesOfRules(const rules::RuleManager& store, std::string_view bytes)
     {
         const std::string_view text = bytes.substr(0, bytes.find('\0'));
-        if (!isValidUtf8(text))
+        if (!platform::isValidUtf8(text))
             return;
-        RulesParser parser({}, 0); // a line at a time
-        LineWalker lines(text);
+        rules::RulesParser parser({}, 0); // a line at a time
+        rules::LineWalker lines(text);
         std::size_t number = 1;
         const char* counted = text.data();
         while (const auto line = lines.next()) {
@@ -34,20 +34,21 @@ public:
     }
 
     // 0 for a rule that is not in the file.
-    std::size_t of(const RuleRef& rule) const
+    std::size_t of(const rules::RuleRef& rule) const
     {
         const auto found = m_lines.find(addressOf(rule));
         return found == m_lines.end() ? 0 : found->second;
     }
 
 private:
-    void note(const RuleManager& store, const std::vector<ParsedLine>& parsed, std::size_t number)
+    void note(
+        const rules::RuleManager& store, const std::vector<rules::ParsedLine>& parsed, std::size_t number)
     {
-        for (const ParsedLine& line : parsed) {
-            if (const auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content))
-                note(store.firstEqualRule(PolicyRule(PolicyValue(*policy))), number);
-            else if (const auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content))
-                note(store.firstEqualRule(WatchRule(WatchValue(*watch))), number);
+        for (const rules::ParsedLine& line : parsed) {
+            if (const auto* policy = std::get_if<std::shared_ptr<rules::PolicyRuleFields>>(&line.content))
+                note(store.firstEqualRule(rules::PolicyRule(rules::PolicyValue(*policy))), number);
+            else if (const auto* watch = std::get_if<std::shared_ptr<rules::WatchRuleFields>>(&line.content))
+                note(store.firstEqualRule(rules::WatchRule(rules::WatchValue(*watch))), number);
         }
     }
     // Of equal rules the first is stored.
@@ -62,7 +63,7 @@ private:
 
 void useJoinedLines(std::string_view bytes, const std::function<void(const FileFinding&)>& use)
 {
-    for (const JoinedLine& line : joinedLines(bytes)) {
+    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
         use({.kind = FindingKind::joined,
             .line = line.number,
             .rule = std::string(line.text),
@@ -73,28 +74,29 @@ void useJoinedLines(std::string_view bytes, const std::function<void(const FileF
 
 } // namespace
 
-std::unique_ptr<RuleManager> storeOfText(std::string_view text, const Locations& locations, Log& log)
+std::unique_ptr<rules::RuleManager> storeOfText(
+    std::string_view text, const platform::Locations& locations, platform::Log& log)
 {
-    auto store = std::make_unique<RuleManager>(locations, log);
-    for (const RuleValue& value : rulesOfText(text)) {
-        const RuleRef rule = recordOf(value);
-        if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+    auto store = std::make_unique<rules::RuleManager>(locations, log);
+    for (const rules::RuleValue& value : rules::rulesOfText(text)) {
+        const rules::RuleRef rule = recordOf(value);
+        if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule))
             store->addPolicyRule(*policy);
         else
-            store->appendWatchRule(std::get<WatchRulePtr>(rule));
+            store->appendWatchRule(std::get<rules::WatchRulePtr>(rule));
     }
     store->rebuildRulesCache();
     return store;
 }
 
-void useFileFindings(const RuleManager& store, std::string_view bytes, const FileSearch& search,
+void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
     const std::function<void(const FileFinding&)>& use)
 {
     const RowFindings findings(store, false, search.findings);
     std::optional<LinesOfRules> lines;
     for (std::size_t row = 0; row < store.totalRules(false); ++row) {
         for (const RuleFinding& finding : findings.at(row)) {
-            const RuleRef& rule = store.ruleAtIndex(row, false);
+            const rules::RuleRef& rule = store.ruleAtIndex(row, false);
             if (search.withLines && !lines)
                 lines.emplace(store, bytes);
             use({.kind = finding.kind,
@@ -110,4 +112,4 @@ void useFileFindings(const RuleManager& store, std::string_view bytes, const Fil
         useJoinedLines(bytes, use);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,7 +11,7 @@
 
 // The findings of a whole rules file, in words. Any thread; one store belongs to one thread.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct FileFinding {
     FindingKind kind;
@@ -25,7 +25,8 @@ struct FileFinding {
 
 // A store of the rules that a user's file with this text holds, options and system rules aside. Throws
 // std::bad_alloc.
-std::unique_ptr<RuleManager> storeOfText(std::string_view text, const Locations& locations, Log& log);
+std::unique_ptr<rules::RuleManager> storeOfText(
+    std::string_view text, const platform::Locations& locations, platform::Log& log);
 
 // What is looked for in a file.
 struct FileSearch {
@@ -35,7 +36,7 @@ struct FileSearch {
 
 // Calls `use` with every finding of the user's rules in the store, by row, then by kind; and then with the
 // joined lines of `bytes`, which are the file's. Throws std::bad_alloc.
-void useFileFindings(const RuleManager& store, std::string_view bytes, const FileSearch& search,
+void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
     const std::function<void(const FileFinding&)>& use);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,9 +8,11 @@
 #include <stop_token>
 #include <string>
 
-namespace quorvane {
-
+namespace quorvane::history {
 class Journal;
+}
+
+namespace quorvane::workflow {
 
 // A file whose versions are kept, as a window shows them and brings them back. For the thread of the windows,
 // but for openJournal() and compare(), which any thread may call.
@@ -26,7 +28,7 @@ public:
     virtual std::string exportName() const = 0; // of a file to export a version to
     virtual bool canUndo() const = 0; // whether an undo takes a restore back
 
-    virtual std::unique_ptr<Journal> openJournal() const = 0;
+    virtual std::unique_ptr<history::Journal> openJournal() const = 0;
 
     // What differs between two contents. May give up, and answer null, when that is asked for.
     virtual DifferenceTablePtr compare(
@@ -42,4 +44,4 @@ public:
     virtual void versionsWereForgotten() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

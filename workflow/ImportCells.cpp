@@ -4,17 +4,18 @@
 
 #include <array>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 constexpr std::array<std::string_view, importColumnCount> importTitles{
     "Application", "", "Class", "Type", "Path", "Operations"};
-constexpr std::array<std::optional<SortKey>, importColumnCount> importSortKeys{SortKey::processShortName,
-    std::nullopt, SortKey::shownClass, SortKey::policyType, SortKey::path, SortKey::operations};
+constexpr std::array<std::optional<rules::SortKey>, importColumnCount> importSortKeys{
+    rules::SortKey::processShortName, std::nullopt, rules::SortKey::shownClass, rules::SortKey::policyType,
+    rules::SortKey::path, rules::SortKey::operations};
 
 std::optional<ProgramFault> faultOfImported(
-    const PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
+    const rules::PolicyRule& rule, std::string_view applicationName, const RulesPlace& place)
 {
     const std::string path = applicationPathForRule(rule);
     if (rule.fields().system || applicationName.starts_with("Any Process") || path.ends_with("/")
@@ -23,13 +24,13 @@ std::optional<ProgramFault> faultOfImported(
     return ProgramFault::missing;
 }
 
-RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::size_t row, ImportColumn column,
-    const RulesPlace& place)
+RuleCell unmarkedCell(const rules::RuleManager& reviewed, const rules::RuleRows& rows, std::size_t row,
+    ImportColumn column, const RulesPlace& place)
 {
     switch (column) {
     case ImportColumn::application:
         return applicationCell(
-            rows, row, false, place, [&place](const PolicyRule& policy, std::string_view name) {
+            rows, row, false, place, [&place](const rules::PolicyRule& policy, std::string_view name) {
                 return faultOfImported(policy, name, place);
             });
     case ImportColumn::tick:
@@ -39,7 +40,7 @@ RuleCell unmarkedCell(const RuleManager& reviewed, const RuleRows& rows, std::si
     case ImportColumn::type:
         return ruleCell(reviewed, rows, row, false, RuleColumn::type);
     case ImportColumn::path: {
-        const RuleRef& rule = rows.at(row, false);
+        const rules::RuleRef& rule = rows.at(row, false);
         return pathCell(rule, pathFindingsForRule(reviewed, rule, place));
     }
     case ImportColumn::operations:
@@ -67,13 +68,13 @@ std::string_view importColumnTitle(ImportColumn column)
     return importTitles[static_cast<std::size_t>(column)];
 }
 
-std::optional<SortKey> importColumnSortKey(ImportColumn column)
+std::optional<rules::SortKey> importColumnSortKey(ImportColumn column)
 {
     return importSortKeys[static_cast<std::size_t>(column)];
 }
 
-RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, const RuleRows& rows,
-    std::size_t row, ImportColumn column, const RulesPlace& place)
+RuleCell importCell(const rules::RuleManager& reviewed, const rules::RuleManager& present,
+    const rules::RuleRows& rows, std::size_t row, ImportColumn column, const RulesPlace& place)
 {
     RuleCell cell = unmarkedCell(reviewed, rows, row, column, place);
     if (column != ImportColumn::application && isPresent(present, rows.at(row, false)))
@@ -81,9 +82,9 @@ RuleCell importCell(const RuleManager& reviewed, const RuleManager& present, con
     return cell;
 }
 
-bool isPresent(const RuleManager& store, const RuleRef& rule)
+bool isPresent(const rules::RuleManager& store, const rules::RuleRef& rule)
 {
     return askRule(rule, [&store](const auto& record) { return store.firstEqualRule(record) != nullptr; });
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

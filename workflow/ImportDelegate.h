@@ -2,7 +2,7 @@
 
 #include "rules/RuleRef.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Takes the rules that the user has accepted in an import review.
 class ImportDelegate {
@@ -13,11 +13,11 @@ public:
     virtual ~ImportDelegate() = default;
 
     // Called once for each accepted rule, in the order of the review's rows.
-    virtual void importRule(const RuleRef& rule) = 0;
+    virtual void importRule(const rules::RuleRef& rule) = 0;
 
     // Called after the last of them, also when there was none. False when the rules could not be written:
     // suggestions that they came from are then still needed.
     virtual bool didFinishImportingRules() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -14,17 +14,17 @@ constexpr unsigned bitOf(Foresight kind)
     return 1U << static_cast<unsigned>(kind);
 }
 
-bool isCutBy(const RuleRef& rule, LineEnds lineEnds)
+bool isCutBy(const rules::RuleRef& rule, rules::LineEnds lineEnds)
 {
-    return lineEnds == LineEnds::cut && askRule(rule, [](const auto& record) {
-        return !readsBackAsWritten(record.fields(), LineEnds::cut)
-            && readsBackAsWritten(record.fields(), LineEnds::whole);
+    return lineEnds == rules::LineEnds::cut && askRule(rule, [](const auto& record) {
+        return !readsBackAsWritten(record.fields(), rules::LineEnds::cut)
+            && readsBackAsWritten(record.fields(), rules::LineEnds::whole);
     });
 }
 
 } // namespace
 
-std::int64_t sequenceOf(const RuleRef& rule)
+std::int64_t sequenceOf(const rules::RuleRef& rule)
 {
     return askRule(rule, [](const auto& record) { return record.sequence(); });
 }
@@ -48,19 +48,19 @@ std::string_view foresightHelp(Foresight kind)
     return helps[static_cast<std::size_t>(kind)];
 }
 
-RuleSequences failingRules(const RuleRows& rows, const RulesPlace& place, const std::stop_token& stop)
+RuleSequences failingRules(const rules::RuleRows& rows, const RulesPlace& place, const std::stop_token& stop)
 {
     RuleSequences failing;
     for (std::size_t row = 0; row < rows.count(false) && !stop.stop_requested(); ++row) {
-        const RuleRef& rule = rows.at(row, false);
+        const rules::RuleRef& rule = rows.at(row, false);
         if (programFault(rule, place))
             failing.insert(sequenceOf(rule));
     }
     return failing;
 }
 
-ImportForesight::ImportForesight(
-    const RuleManager& present, const RuleManager& reviewed, const RuleManager* joined, LineEnds lineEnds)
+ImportForesight::ImportForesight(const rules::RuleManager& present, const rules::RuleManager& reviewed,
+    const rules::RuleManager* joined, rules::LineEnds lineEnds)
     : m_present(present)
     , m_reviewed(reviewed)
     , m_joined(joined)
@@ -74,7 +74,7 @@ bool ImportForesight::lookOn(std::size_t rules)
     const std::size_t all = m_rows->count(false);
     const std::size_t end = std::min(all, m_next + rules);
     for (; m_next < end; ++m_next) {
-        const RuleRef& rule = m_rows->at(m_next, false);
+        const rules::RuleRef& rule = m_rows->at(m_next, false);
         const unsigned kinds = kindsOf(rule);
         m_kinds[sequenceOf(rule)] = kinds;
         for (std::size_t kind = 0; kind < foresightKinds; ++kind)
@@ -85,25 +85,25 @@ bool ImportForesight::lookOn(std::size_t rules)
     return m_next < all;
 }
 
-unsigned ImportForesight::kindsOf(const RuleRef& rule) const
+unsigned ImportForesight::kindsOf(const rules::RuleRef& rule) const
 {
     unsigned kinds = 0;
-    if (quorvane::isPresent(m_present, rule))
+    if (isPresent(m_present, rule))
         kinds |= bitOf(Foresight::present);
     else
         kinds |= bitOf(Foresight::fresh) | (isCovered(rule) ? bitOf(Foresight::redundant) : 0U);
-    if (m_joined != nullptr && quorvane::isPresent(*m_joined, rule))
+    if (m_joined != nullptr && isPresent(*m_joined, rule))
         kinds |= bitOf(Foresight::joined);
     return kinds;
 }
 
-bool ImportForesight::isCovered(const RuleRef& rule) const
+bool ImportForesight::isCovered(const rules::RuleRef& rule) const
 {
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     return policy != nullptr && (m_reviewed.isRedundant(*policy) || m_present.isRedundant(*policy));
 }
 
-bool ImportForesight::is(const RuleRef& rule, Foresight kind) const
+bool ImportForesight::is(const rules::RuleRef& rule, Foresight kind) const
 {
     if (kind == Foresight::failing)
         return m_failing != nullptr && m_failing->contains(sequenceOf(rule));
@@ -118,4 +118,4 @@ std::size_t ImportForesight::count(Foresight kind) const
     return m_counts[static_cast<std::size_t>(kind)];
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,31 +10,31 @@
 #include <unordered_set>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 std::size_t joinedLineCount(std::string_view bytes)
 {
-    return joinedLines(bytes).size();
+    return rules::joinedLines(bytes).size();
 }
 
 std::size_t joinedLineCountOfFile(const std::string& path)
 {
     try {
-        return joinedLineCount(RulesFileText::read(path).bytes());
+        return joinedLineCount(rules::RulesFileText::read(path).bytes());
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
-const std::vector<RuleValue>& JoinedLinesOfFile::rules()
+const std::vector<rules::RuleValue>& JoinedLinesOfFile::rules()
 {
     std::error_code error;
-    const auto present = FileIdentity::ofPath(m_path, error);
+    const auto present = platform::FileIdentity::ofPath(m_path, error);
     if (present && present == m_identity)
         return m_rules;
-    const RulesFileText file = RulesFileText::read(m_path);
+    const rules::RulesFileText file = rules::RulesFileText::read(m_path);
     m_rules.clear();
-    for (const JoinedLine& line : joinedLines(file.bytes()))
+    for (const rules::JoinedLine& line : rules::joinedLines(file.bytes()))
         m_rules.push_back(line.rules.front().rule);
     m_identity = file.identity();
     return m_rules;
@@ -43,8 +43,8 @@ const std::vector<RuleValue>& JoinedLinesOfFile::rules()
 RulesApart rulesOfJoinedLines(std::string_view bytes)
 {
     RulesApart apart;
-    for (const JoinedLine& line : joinedLines(bytes)) {
-        for (const JoinedRule& joined : line.rules) {
+    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
+        for (const rules::JoinedRule& joined : line.rules) {
             if (askValue(joined.rule, [](const auto& fields) { return fields.operations != 0; }))
                 apart.rules.push_back({joined.rule, !joined.cut.empty()});
         }
@@ -60,11 +60,11 @@ RulesApart rulesApart(std::string_view bytes)
             cut.insert(identityHash(joined.rule));
     }
     RulesApart apart;
-    for (RuleValue& rule : rulesOfText(rescuedText(bytes))) {
+    for (rules::RuleValue& rule : rules::rulesOfText(rules::rescuedText(bytes))) {
         const bool isCut = cut.contains(identityHash(rule));
         apart.rules.push_back({std::move(rule), isCut});
     }
     return apart;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,12 +10,12 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Rules of a file in which lines hold several rules, as rules of their own (rules/JoinedLines.h).
 struct RulesApart {
     struct Rule {
-        RuleValue rule;
+        rules::RuleValue rule;
         bool isCut = false; // text of it is lost
     };
     std::vector<Rule> rules; // in the order of the file
@@ -38,12 +38,12 @@ public:
     const std::string& path() const { return m_path; }
 
     // As the file is now; it is read again only when it has changed. Throws std::bad_alloc.
-    const std::vector<RuleValue>& rules();
+    const std::vector<rules::RuleValue>& rules();
 
 private:
     std::string m_path;
-    std::optional<FileIdentity> m_identity; // of the file that was read
-    std::vector<RuleValue> m_rules;
+    std::optional<platform::FileIdentity> m_identity; // of the file that was read
+    std::vector<rules::RuleValue> m_rules;
 };
 
 // The rules of these lines alone. One whose operations are lost is left out: it would decide nothing.
@@ -52,4 +52,4 @@ RulesApart rulesOfJoinedLines(std::string_view bytes);
 // All rules of the file, those of joined lines apart. Of equal ones the first.
 RulesApart rulesApart(std::string_view bytes);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -24,7 +24,7 @@
 // application group, and a group's rules stand together in stored order, unless one was edited since; so the
 // groups of the rules that have come or gone are indexed again, and all others keep what is known of them.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -45,25 +45,25 @@ bool isBefore(const Seen& a, const Seen& b)
     return std::tie(a.record, a.value) < std::tie(b.record, b.value);
 }
 
-const RuleRef& ruleAt(const SeenRules& rules, std::size_t place)
+const rules::RuleRef& ruleAt(const SeenRules& rules, std::size_t place)
 {
     return rules.rows->at(place, true);
 }
 
-const PolicyRuleFields* policyIn(const RuleValue& value)
+const rules::PolicyRuleFields* policyIn(const rules::RuleValue& value)
 {
-    const auto* policy = std::get_if<PolicyValue>(&value);
+    const auto* policy = std::get_if<rules::PolicyValue>(&value);
     return policy == nullptr ? nullptr : policy->get();
 }
 
-SeenRules seen(std::shared_ptr<const RuleRows> rows)
+SeenRules seen(std::shared_ptr<const rules::RuleRows> rows)
 {
     SeenRules rules{std::move(rows), {}, {}};
     const std::size_t count = rules.rows->count(true);
     rules.values.reserve(count);
     rules.byAddress.reserve(count);
     for (std::uint32_t place = 0; place < count; ++place) {
-        const RuleRef& rule = ruleAt(rules, place);
+        const rules::RuleRef& rule = ruleAt(rules, place);
         rules.values.push_back(valueOf(rule));
         rules.byAddress.push_back({addressOf(rule), addressOf(rules.values.back()), place});
     }
@@ -98,12 +98,12 @@ FindingsOf findingsAlone(const SeenRules& rules, const Difference& difference, c
     return found;
 }
 
-using GroupKeys = std::unordered_set<std::string, TextHash>;
+using GroupKeys = std::unordered_set<std::string, rules::TextHash>;
 
-void addKeys(GroupKeys& keys, const std::vector<Seen>& rules, const std::vector<RuleValue>& values)
+void addKeys(GroupKeys& keys, const std::vector<Seen>& rules, const std::vector<rules::RuleValue>& values)
 {
     for (const Seen& each : rules) {
-        if (const PolicyRuleFields* policy = policyIn(values[each.place]))
+        if (const rules::PolicyRuleFields* policy = policyIn(values[each.place]))
             keys.insert(applicationGroupIdentityForFields(*policy));
     }
 }
@@ -112,15 +112,15 @@ void addKeys(GroupKeys& keys, const std::vector<Seen>& rules, const std::vector<
 using Group = std::pair<std::size_t, std::size_t>;
 
 // Cheap where process and constraint agree; but there are processes whose constraint does not count.
-bool isOfSameGroup(const PolicyRuleFields& a, const PolicyRuleFields& b)
+bool isOfSameGroup(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
 {
     return isOfSameApplication(a, b)
         || applicationGroupIdentityForFields(a) == applicationGroupIdentityForFields(b);
 }
 
-Group groupFrom(std::size_t first, const std::vector<RuleValue>& values)
+Group groupFrom(std::size_t first, const std::vector<rules::RuleValue>& values)
 {
-    const PolicyRuleFields* policy = policyIn(values[first]);
+    const rules::PolicyRuleFields* policy = policyIn(values[first]);
     std::size_t end = first + 1;
     while (policy != nullptr && end < values.size() && policyIn(values[end]) != nullptr
         && isOfSameGroup(*policy, *policyIn(values[end])))
@@ -132,17 +132,18 @@ Group groupFrom(std::size_t first, const std::vector<RuleValue>& values)
 void findCovering(OtherOf& found, const SeenRules& rules, const std::vector<std::size_t>& places,
     const std::stop_token& stop)
 {
-    std::vector<PolicyRulePtr> slots; // records of its own
-    std::unordered_map<const PolicyRule*, std::size_t> placeOf;
+    std::vector<rules::PolicyRulePtr> slots; // records of its own
+    std::unordered_map<const rules::PolicyRule*, std::size_t> placeOf;
     for (const std::size_t place : places) {
-        slots.push_back(std::make_shared<PolicyRule>(std::get<PolicyValue>(rules.values[place])));
+        slots.push_back(
+            std::make_shared<rules::PolicyRule>(std::get<rules::PolicyValue>(rules.values[place])));
         placeOf.emplace(slots.back().get(), place);
     }
-    CoverIndex index(slots);
-    for (const PolicyRulePtr& rule : slots) {
+    rules::CoverIndex index(slots);
+    for (const rules::PolicyRulePtr& rule : slots) {
         if (stop.stop_requested())
             return;
-        if (const PolicyRule* covering = index.firstCovering(*rule))
+        if (const rules::PolicyRule* covering = index.firstCovering(*rule))
             found.emplace(
                 addressOf(ruleAt(rules, placeOf.at(rule.get()))), ruleAt(rules, placeOf.at(covering)));
     }
@@ -157,10 +158,10 @@ OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenR
     addKeys(changed, difference.gone, before.values);
     OtherOf found;
     // A rule that was edited since the rows were taken stands among the rules of its former group.
-    std::unordered_map<std::string, std::vector<std::size_t>, TextHash> placesOf;
+    std::unordered_map<std::string, std::vector<std::size_t>, rules::TextHash> placesOf;
     for (Group group{0, 0}; group.second < now.values.size() && !stop.stop_requested();) {
         group = groupFrom(group.second, now.values);
-        const PolicyRuleFields* policy = policyIn(now.values[group.first]);
+        const rules::PolicyRuleFields* policy = policyIn(now.values[group.first]);
         if (policy == nullptr)
             continue;
         const std::string key = applicationGroupIdentityForFields(*policy);
@@ -184,10 +185,10 @@ OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenR
 
 OtherOf overlappedRules(const SeenRules& rules, const std::stop_token& stop)
 {
-    std::vector<const PolicyRuleFields*> policies;
+    std::vector<const rules::PolicyRuleFields*> policies;
     policies.reserve(rules.values.size());
-    for (const RuleValue& value : rules.values) {
-        const PolicyRuleFields* policy = policyIn(value);
+    for (const rules::RuleValue& value : rules.values) {
+        const rules::PolicyRuleFields* policy = policyIn(value);
         policies.push_back(policy == nullptr || policy->system ? nullptr : policy);
     }
     const std::vector<std::size_t> firsts = firstOverlaps(policies, stop);
@@ -199,22 +200,22 @@ OtherOf overlappedRules(const SeenRules& rules, const std::stop_token& stop)
     return found;
 }
 
-void addOther(ProblemLists::Lists& lists, FindingKind kind, const RuleRef& rule, const OtherOf& others)
+void addOther(ProblemLists::Lists& lists, FindingKind kind, const rules::RuleRef& rule, const OtherOf& others)
 {
     if (const auto other = others.find(addressOf(rule)); other != others.end())
         lists[static_cast<std::size_t>(kind)].push_back({rule, {kind}, other->second});
 }
 
 // The stored rules that joined lines are read as.
-std::vector<KnownProblem> joinedProblems(const SeenRules& rules, const std::vector<RuleValue>& joined)
+std::vector<KnownProblem> joinedProblems(const SeenRules& rules, const std::vector<rules::RuleValue>& joined)
 {
-    std::unordered_multimap<std::uint64_t, const RuleValue*> byHash;
-    for (const RuleValue& rule : joined)
+    std::unordered_multimap<std::uint64_t, const rules::RuleValue*> byHash;
+    for (const rules::RuleValue& rule : joined)
         byHash.emplace(identityHash(rule), &rule);
     std::vector<KnownProblem> problems;
     for (std::size_t place = 0; place < rules.values.size() && !byHash.empty(); ++place) {
-        const RuleRef& rule = ruleAt(rules, place);
-        const RuleValue& value = rules.values[place];
+        const rules::RuleRef& rule = ruleAt(rules, place);
+        const rules::RuleValue& value = rules.values[place];
         const auto [first, end] = byHash.equal_range(identityHash(value));
         const bool isJoined = std::any_of(
             first, end, [&value](const auto& entry) { return isEqualRule(*entry.second, value); });
@@ -238,7 +239,7 @@ void KnownProblems::forget(RulesPlace place)
 }
 
 ProblemListsPtr KnownProblems::follow(
-    std::shared_ptr<const RuleRows> rules, bool withOverlaps, const std::stop_token& stop)
+    std::shared_ptr<const rules::RuleRows> rules, bool withOverlaps, const std::stop_token& stop)
 {
     SeenRules now = seen(std::move(rules));
     const Difference difference = differenceOf(m_seen, now);
@@ -262,7 +263,7 @@ ProblemListsPtr KnownProblems::follow(
 
     ProblemLists::Lists lists;
     for (std::size_t place = 0; place < m_seen.values.size(); ++place) {
-        const RuleRef& rule = ruleAt(m_seen, place);
+        const rules::RuleRef& rule = ruleAt(m_seen, place);
         addOther(lists, FindingKind::redundant, rule, m_covering);
         if (const auto findings = m_alone.find(addressOf(rule)); findings != m_alone.end()) {
             for (const RuleFinding& finding : findings->second)
@@ -275,4 +276,4 @@ ProblemListsPtr KnownProblems::follow(
     return std::make_shared<const ProblemLists>(std::move(lists));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

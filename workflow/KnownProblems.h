@@ -17,13 +17,13 @@
 #include <unordered_map>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Something that is wrong with a stored rule.
 struct KnownProblem {
-    RuleRef rule;
+    rules::RuleRef rule;
     RuleFinding finding; // which names no other rule itself
-    std::optional<RuleRef> other{}; // that covers the rule or that it overlaps
+    std::optional<rules::RuleRef> other{}; // that covers the rule or that it overlaps
 };
 
 // The problems of all rules, by kind, each in stored order. Never changes; any thread.
@@ -62,7 +62,7 @@ public:
     //
     // Null when it was stopped; then nothing has changed. Throws std::bad_alloc likewise.
     ProblemListsPtr follow(
-        std::shared_ptr<const RuleRows> rules, bool withOverlaps, const std::stop_token& stop = {});
+        std::shared_ptr<const rules::RuleRows> rules, bool withOverlaps, const std::stop_token& stop = {});
 
     // The next call looks at everything again, in that place.
     void forget(RulesPlace place);
@@ -75,12 +75,12 @@ public:
     };
     // Rules as they were seen. Keeps records and values, and so their addresses.
     struct SeenRules {
-        std::shared_ptr<const RuleRows> rows;
-        std::vector<RuleValue> values; // in stored order
+        std::shared_ptr<const rules::RuleRows> rows;
+        std::vector<rules::RuleValue> values; // in stored order
         std::vector<Seen> byAddress; // sorted
     };
     using FindingsOf = std::unordered_map<const void*, std::vector<RuleFinding>>; // by address of the record
-    using OtherOf = std::unordered_map<const void*, RuleRef>; // likewise
+    using OtherOf = std::unordered_map<const void*, rules::RuleRef>; // likewise
 
 private:
     RulesPlace m_place;
@@ -92,4 +92,4 @@ private:
     bool m_knowsOverlaps = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -14,7 +14,7 @@
 
 #include <re2/re2.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -56,8 +56,8 @@ bool meets(const std::string& constraint, const std::string& program, ProgramFac
 // One search, and what it may still look at.
 class Search {
 public:
-    Search(const std::string& path, const std::vector<std::string>& constraints, const FileRoot& root,
-        ProgramFacts& facts, const std::stop_token& stop)
+    Search(const std::string& path, const std::vector<std::string>& constraints,
+        const platform::FileRoot& root, ProgramFacts& facts, const std::stop_token& stop)
         : m_path(path)
         , m_constraints(constraints)
         , m_root(root)
@@ -102,12 +102,12 @@ private:
     // The program, or the bundle that it is in, one folder up or down, and where programs usually are.
     void lookForSameName(const fs::path& path)
     {
-        const fs::path bundle = applicationBundlePathForPath(NullableText(m_path));
+        const fs::path bundle = applicationBundlePathForPath(rules::NullableText(m_path));
         const fs::path tail = path.lexically_relative(bundle.parent_path());
         std::vector<fs::path> folders{bundle.parent_path(), bundle.parent_path().parent_path(),
             "/Applications", "/opt", "/usr/local/bin", "/usr/bin"};
         if (m_root.isThisMachines()) // homes elsewhere are unknown
-            folders.push_back(fs::path(homeDirectory()) / "Applications");
+            folders.push_back(fs::path(platform::homeDirectory()) / "Applications");
         for (const fs::path& folder : folders) {
             addIfBound((folder / tail).string());
             forEachName(
@@ -153,7 +153,7 @@ private:
 
     const std::string& m_path;
     const std::vector<std::string>& m_constraints;
-    const FileRoot& m_root;
+    const platform::FileRoot& m_root;
     ProgramFacts& m_facts;
     const std::stop_token& m_stop;
     std::size_t m_names = 0;
@@ -180,13 +180,13 @@ std::vector<ProgramCandidate> candidatesForMoved(const std::string& path,
 
 std::string namedProgram(std::string_view process)
 {
-    if (process.starts_with(ProcessForm::anyAncestor))
-        return std::string(process.substr(ProcessForm::anyAncestor.size()));
-    const NullableText text{std::string(process)};
+    if (process.starts_with(rules::ProcessForm::anyAncestor))
+        return std::string(process.substr(rules::ProcessForm::anyAncestor.size()));
+    const rules::NullableText text{std::string(process)};
     std::string program = applicationPathForProcess(text);
-    if (program == ProcessForm::any || program.starts_with(ProcessForm::anyVia))
+    if (program == rules::ProcessForm::any || program.starts_with(rules::ProcessForm::anyVia))
         program = applicationParentPathForProcess(text).value_or(std::string());
-    return program == ProcessForm::any ? std::string() : program;
+    return program == rules::ProcessForm::any ? std::string() : program;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

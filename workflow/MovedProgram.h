@@ -9,7 +9,7 @@
 
 // Where the program of rules may be now that it is no longer, or no longer alone, where they say.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct ProgramCandidate {
     // Why it may be the one, the better reason first.
@@ -39,4 +39,4 @@ std::vector<ProgramCandidate> candidatesForMoved(const std::string& path,
 // process.
 std::string namedProgram(std::string_view process);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -29,7 +29,7 @@ std::vector<const void*> recordsWithProblem(
 class NameCounts {
 public:
     // `make` makes the name of a text.
-    template <class Make> void count(const NullableText& text, const Make& make)
+    template <class Make> void count(const rules::NullableText& text, const Make& make)
     {
         if (m_last == nullptr || text.view() != m_lastText.view()) {
             m_lastText = text;
@@ -54,7 +54,7 @@ public:
         }
         std::vector<std::pair<std::string, std::string>> keyed;
         for (const auto& [name, count] : counted)
-            keyed.emplace_back(foldedCase(name), name);
+            keyed.emplace_back(platform::foldedCase(name), name);
         std::sort(keyed.begin(), keyed.end());
         for (auto& [key, name] : keyed)
             list.names.push_back(std::move(name));
@@ -63,7 +63,7 @@ public:
 
 private:
     std::unordered_map<std::string, std::size_t> m_counts;
-    NullableText m_lastText;
+    rules::NullableText m_lastText;
     std::size_t* m_last = nullptr; // the count of that
 };
 
@@ -77,7 +77,7 @@ Narrowing::Narrowing(RuleCriteria criteria, const ProblemListsPtr& problems)
         m_withProblem = recordsWithProblem(problems, m_criteria.findings);
 }
 
-bool Narrowing::isWanted(const RuleRef& rule) const
+bool Narrowing::isWanted(const rules::RuleRef& rule) const
 {
     return (m_criteria.findings.empty()
                || std::binary_search(
@@ -85,9 +85,9 @@ bool Narrowing::isWanted(const RuleRef& rule) const
         && hasProperties(rule, m_criteria);
 }
 
-bool Narrowing::follow(const RuleRows& rows, const std::stop_token& stop)
+bool Narrowing::follow(const rules::RuleRows& rows, const std::stop_token& stop)
 {
-    const AppendOnlyTable<RuleRef>& rules = rows.numberedRules();
+    const rules::AppendOnlyTable<rules::RuleRef>& rules = rows.numberedRules();
     if (!rules.sharesElementsWith(m_rules))
         m_marks.clear();
     m_rules = rules;
@@ -100,24 +100,24 @@ bool Narrowing::follow(const RuleRows& rows, const std::stop_token& stop)
     return true;
 }
 
-std::shared_ptr<const RuleRows> Narrowing::narrowed(const RuleRows& rows)
+std::shared_ptr<const rules::RuleRows> Narrowing::narrowed(const rules::RuleRows& rows)
 {
     follow(rows);
     return rows.marked(m_marks);
 }
 
-NamesInUse namesInUse(const RuleRows& rows, const std::stop_token& stop)
+NamesInUse namesInUse(const rules::RuleRows& rows, const std::stop_token& stop)
 {
     NameCounts tags;
     NameCounts programs;
     const std::size_t count = rows.count(true);
     for (std::size_t row = 0; row < count && !stop.stop_requested(); ++row) {
         askValue(valueOf(rows.at(row, true)), [&](const auto& fields) {
-            tags.count(fields.tag, [](const NullableText& tag) { return std::string(tag.view()); });
-            programs.count(fields.processName, applicationPathForProcess);
+            tags.count(fields.tag, [](const rules::NullableText& tag) { return std::string(tag.view()); });
+            programs.count(fields.processName, rules::applicationPathForProcess);
         });
     }
     return {tags.list(), programs.list()};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

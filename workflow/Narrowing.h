@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The rules that a table shows of those that its search finds: the ones that meet all criteria.
 //
@@ -27,18 +27,18 @@ public:
 
     // Marks the rules of `rows` that it does not know yet; false when it was stopped, and then only some of
     // them. Many rules take a while.
-    bool follow(const RuleRows& rows, const std::stop_token& stop = {});
+    bool follow(const rules::RuleRows& rows, const std::stop_token& stop = {});
 
     // The rows that remain, in the order of `rows`, which it follows first.
-    std::shared_ptr<const RuleRows> narrowed(const RuleRows& rows);
+    std::shared_ptr<const rules::RuleRows> narrowed(const rules::RuleRows& rows);
 
 private:
-    bool isWanted(const RuleRef& rule) const;
+    bool isWanted(const rules::RuleRef& rule) const;
 
     const RuleCriteria m_criteria;
     const ProblemListsPtr m_problems; // keeps the addresses of its rules
     std::vector<const void*> m_withProblem; // records, sorted
-    AppendOnlyTable<RuleRef> m_rules; // that were looked at
+    rules::AppendOnlyTable<rules::RuleRef> m_rules; // that were looked at
     std::vector<bool> m_marks; // of these, by number
 };
 
@@ -60,6 +60,6 @@ struct NamesInUse {
 };
 
 // Of all rules among `rows`, those of the system included; of some of them when it was stopped. Any thread.
-NamesInUse namesInUse(const RuleRows& rows, const std::stop_token& stop = {});
+NamesInUse namesInUse(const rules::RuleRows& rows, const std::stop_token& stop = {});
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What a notice says.
 struct Notice {
@@ -10,4 +10,4 @@ struct Notice {
     std::string message;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

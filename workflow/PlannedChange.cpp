@@ -18,35 +18,36 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 struct Wanted {
-    RuleRef rule;
-    RuleValue before;
-    RuleValue after;
+    rules::RuleRef rule;
+    rules::RuleValue before;
+    rules::RuleValue after;
 };
 
-bool isOfSameGroup(const RuleValue& a, const RuleValue& b)
+bool isOfSameGroup(const rules::RuleValue& a, const rules::RuleValue& b)
 {
-    const auto* first = std::get_if<PolicyValue>(&a);
-    const auto* second = std::get_if<PolicyValue>(&b);
+    const auto* first = std::get_if<rules::PolicyValue>(&a);
+    const auto* second = std::get_if<rules::PolicyValue>(&b);
     return first == nullptr || second == nullptr || isOfSameApplication(**first, **second);
 }
 
-std::unordered_set<const void*> addressesOf(const std::vector<RuleRef>& rules)
+std::unordered_set<const void*> addressesOf(const std::vector<rules::RuleRef>& rules)
 {
     std::unordered_set<const void*> addresses;
-    for (const RuleRef& rule : rules)
+    for (const rules::RuleRef& rule : rules)
         addresses.insert(addressOf(rule));
     return addresses;
 }
 
 // Why a rule that the change writes would not survive the file; none when all do.
-std::optional<std::string> whyUnwritable(const RulesDifference& difference, LineEnds lineEnds)
+std::optional<std::string> whyAnyIsUnwritable(
+    const rules::RulesDifference& difference, rules::LineEnds lineEnds)
 {
-    for (const RuleValue& added : difference.added) {
+    for (const rules::RuleValue& added : difference.added) {
         if (auto reason = whyUnwritable(added, lineEnds))
             return reason;
     }
@@ -58,16 +59,17 @@ std::optional<std::string> whyUnwritable(const RulesDifference& difference, Line
 }
 
 // Why writing the file would damage a rule that the change leaves alone; none when it does not.
-std::optional<std::string> whyDamaging(const ChangeSet& change, const RuleManager& store, LineEnds lineEnds)
+std::optional<std::string> whyDamaging(
+    const rules::ChangeSet& change, const rules::RuleManager& store, rules::LineEnds lineEnds)
 {
-    if (lineEnds != LineEnds::cut)
+    if (lineEnds != rules::LineEnds::cut)
         return std::nullopt;
     std::unordered_set<const void*> replaced;
-    for (const ChangeSet::Removal& removal : change.removed)
+    for (const rules::ChangeSet::Removal& removal : change.removed)
         replaced.insert(addressOf(removal.rule));
-    for (const ChangeSet::Change& each : change.changed)
+    for (const rules::ChangeSet::Change& each : change.changed)
         replaced.insert(addressOf(each.rule));
-    for (const RuleRef& rule : store.userRules()) {
+    for (const rules::RuleRef& rule : store.userRules()) {
         if (!replaced.contains(addressOf(rule)) && needsWholeLines(valueOf(rule)))
             return "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
                 + ruleText(valueOf(rule));
@@ -76,16 +78,17 @@ std::optional<std::string> whyDamaging(const ChangeSet& change, const RuleManage
 }
 
 // Refuses a change of which a written rule would not come back.
-void refuseDamage(PlannedChange& plan, const RuleManager& store, LineEnds lineEnds)
+void refuseDamage(PlannedChange& plan, const rules::RuleManager& store, rules::LineEnds lineEnds)
 {
     if (plan.refusal || plan.change.isEmpty())
         return;
-    plan.refusal = whyUnwritable(plan.difference, lineEnds);
+    plan.refusal = whyAnyIsUnwritable(plan.difference, lineEnds);
     if (!plan.refusal)
         plan.refusal = whyDamaging(plan.change, store, lineEnds);
     if (!plan.refusal)
         return;
-    plan.wantsWholeLines = lineEnds == LineEnds::cut && !whyUnwritable(plan.difference, LineEnds::whole);
+    plan.wantsWholeLines
+        = lineEnds == rules::LineEnds::cut && !whyAnyIsUnwritable(plan.difference, rules::LineEnds::whole);
     plan.change = {};
 }
 
@@ -100,27 +103,27 @@ void changeRule(PlannedChange& plan, const Wanted& wanted)
     }
 }
 
-void removeRule(PlannedChange& plan, const RuleRef& rule, const RuleValue& value)
+void removeRule(PlannedChange& plan, const rules::RuleRef& rule, const rules::RuleValue& value)
 {
     plan.difference.removed.push_back(value);
     plan.change.removed.push_back({rule});
 }
 
 // Of the rules that become another rule, those that become one that is there by then have to go.
-void planAll(PlannedChange& plan, const RuleManager& store, const std::vector<Wanted>& wanted)
+void planAll(PlannedChange& plan, const rules::RuleManager& store, const std::vector<Wanted>& wanted)
 {
     std::unordered_set<const void*> moving;
     for (const Wanted& each : wanted) {
         if (!isEqualRule(each.before, each.after))
             moving.insert(addressOf(each.rule));
     }
-    std::vector<RuleValue> staying;
-    for (const RuleRef& rule : moving.empty() ? std::vector<RuleRef>() : store.userRules()) {
+    std::vector<rules::RuleValue> staying;
+    for (const rules::RuleRef& rule : moving.empty() ? std::vector<rules::RuleRef>() : store.userRules()) {
         if (!moving.contains(addressOf(rule)))
             staying.push_back(valueOf(rule));
     }
-    RuleNumbering known;
-    for (const RuleValue& rule : staying)
+    rules::RuleNumbering known;
+    for (const rules::RuleValue& rule : staying)
         known.numberOf(rule);
     for (const Wanted& each : wanted) {
         const std::size_t before = known.size();
@@ -134,7 +137,7 @@ void planAll(PlannedChange& plan, const RuleManager& store, const std::vector<Wa
 
 template <class Fields> void setClass(Fields& rule, std::int32_t ruleClass)
 {
-    if constexpr (std::is_same_v<Fields, PolicyRuleFields>)
+    if constexpr (std::is_same_v<Fields, rules::PolicyRuleFields>)
         rule.policyClass = ruleClass;
 }
 
@@ -161,7 +164,7 @@ public:
     }
 
     // None where the constraint stays.
-    std::optional<NullableText> constraintFor(const NullableText& process)
+    std::optional<rules::NullableText> constraintFor(const rules::NullableText& process)
     {
         const std::string program = decidingProgram(process);
         const auto known = m_known.find(program);
@@ -169,11 +172,11 @@ public:
     }
 
 private:
-    std::optional<NullableText> find(const std::string& program)
+    std::optional<rules::NullableText> find(const std::string& program)
     {
         const ProgramBinding binding = bindingOf(program, m_facts);
         if (binding.program == ProgramBinding::seen)
-            return NullableText(binding.constraint);
+            return rules::NullableText(binding.constraint);
         const std::string name = program.empty() ? "any program" : "'" + program + "'";
         m_remarks.push_back("the constraint stays where it was for " + name + ", which "
             + (binding.program == ProgramBinding::gone ? "is not there" : "cannot be read"));
@@ -182,10 +185,10 @@ private:
 
     ProgramFacts& m_facts;
     std::vector<std::string>& m_remarks;
-    std::unordered_map<std::string, std::optional<NullableText>> m_known;
+    std::unordered_map<std::string, std::optional<rules::NullableText>> m_known;
 };
 
-void setConstraint(PolicyRuleFields& rule, const RulePatch& patch, Bindings& bindings)
+void setConstraint(rules::PolicyRuleFields& rule, const RulePatch& patch, Bindings& bindings)
 {
     if (patch.isBoundToProgram)
         rule.constraint = bindings.constraintFor(rule.processName).value_or(rule.constraint);
@@ -193,9 +196,9 @@ void setConstraint(PolicyRuleFields& rule, const RulePatch& patch, Bindings& bin
         rule.constraint = *patch.constraint;
 }
 
-void setConstraint(WatchRuleFields&, const RulePatch&, Bindings&) { }
+void setConstraint(rules::WatchRuleFields&, const RulePatch&, Bindings&) { }
 
-bool isSame(const RuleValue& a, const RuleValue& b)
+bool isSame(const rules::RuleValue& a, const rules::RuleValue& b)
 {
     return isEqualRule(a, b) && hasSameMarks(a, b);
 }
@@ -218,29 +221,29 @@ std::string movedPath(std::string_view path, std::string_view from, std::string_
 // The process of a rule's copy for the program at `program`.
 std::string copiedProcess(const std::string& process, const std::string& program)
 {
-    for (const std::string_view form : {ProcessForm::anyVia, ProcessForm::anyAncestor}) {
+    for (const std::string_view form : {rules::ProcessForm::anyVia, rules::ProcessForm::anyAncestor}) {
         if (process.starts_with(form))
             return std::string(form).append(program);
     }
     return process == "any"
         ? program
-        : movedProcess(process, applicationPathForProcess(NullableText(process)), program);
+        : movedProcess(process, applicationPathForProcess(rules::NullableText(process)), program);
 }
 
 // The rules of an application group that stay, in an index as the store keeps one.
 class CoveringGroup {
 public:
-    void add(const PolicyRulePtr& rule)
+    void add(const rules::PolicyRulePtr& rule)
     {
         m_slotOf.emplace(rule.get(), m_slots.size());
         m_slots.push_back(rule);
     }
 
     // Takes the rule out when another one covers it.
-    bool release(const PolicyRule& rule)
+    bool release(const rules::PolicyRule& rule)
     {
         if (!m_index)
-            m_index = std::make_unique<CoverIndex>(m_slots);
+            m_index = std::make_unique<rules::CoverIndex>(m_slots);
         if (m_index->firstCovering(rule) == nullptr)
             return false;
         m_index->remove(m_slotOf.at(&rule), rule.fields());
@@ -248,26 +251,27 @@ public:
     }
 
 private:
-    std::vector<PolicyRulePtr> m_slots;
-    std::unordered_map<const PolicyRule*, std::size_t> m_slotOf;
-    std::unique_ptr<CoverIndex> m_index; // of the slots, made when they are all there
+    std::vector<rules::PolicyRulePtr> m_slots;
+    std::unordered_map<const rules::PolicyRule*, std::size_t> m_slotOf;
+    std::unique_ptr<rules::CoverIndex> m_index; // of the slots, made when they are all there
 };
 
 using CoveringGroups = std::unordered_map<std::string, CoveringGroup>; // by application group identity
 
 // The groups of those of `rules` that are not gone, without the rules that are.
-CoveringGroups coveringGroups(const RuleManager& store, const std::vector<RuleRef>& rules,
+CoveringGroups coveringGroups(const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules,
     const std::unordered_set<const void*>& isGone)
 {
     CoveringGroups groups;
-    for (const RuleRef& rule : rules) {
-        if (const PolicyRule* policy = policyRuleIn(rule); policy != nullptr && !isGone.contains(policy))
+    for (const rules::RuleRef& rule : rules) {
+        if (const rules::PolicyRule* policy = policyRuleIn(rule);
+            policy != nullptr && !isGone.contains(policy))
             groups[applicationGroupIdentityForRule(*policy)];
     }
     if (groups.empty())
         return groups;
-    for (const RuleRef& rule : store.allRules()) {
-        const auto* policy = std::get_if<PolicyRulePtr>(&rule);
+    for (const rules::RuleRef& rule : store.allRules()) {
+        const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule);
         if (policy == nullptr || isGone.contains(policy->get()))
             continue;
         if (const auto group = groups.find(applicationGroupIdentityForRule(**policy)); group != groups.end())
@@ -278,31 +282,31 @@ CoveringGroups coveringGroups(const RuleManager& store, const std::vector<RuleRe
 
 } // namespace
 
-PlannedChange patchingOf(const RuleManager& store, const std::vector<RuleRef>& rules, const RulePatch& patch,
-    ProgramFacts& facts, LineEnds lineEnds)
+PlannedChange patchingOf(const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules,
+    const RulePatch& patch, ProgramFacts& facts, rules::LineEnds lineEnds)
 {
     PlannedChange plan;
     Bindings bindings(facts, plan.remarks);
-    const std::optional<NullableText> tag
-        = patch.tag ? std::optional<NullableText>(withoutQuotes(*patch.tag)) : std::nullopt;
+    const std::optional<rules::NullableText> tag
+        = patch.tag ? std::optional<rules::NullableText>(withoutQuotes(*patch.tag)) : std::nullopt;
     std::vector<Wanted> wanted;
-    for (const RuleRef& rule : rules) {
+    for (const rules::RuleRef& rule : rules) {
         const bool isWatch = policyRuleIn(rule) == nullptr;
-        if (patch.ruleClass && (*patch.ruleClass == PolicyClass::watch) != isWatch) {
+        if (patch.ruleClass && (*patch.ruleClass == rules::PolicyClass::watch) != isWatch) {
             plan.refusal = std::string(isWatch ? "a watch rule stays one: "
                                                : "an allow or deny rule does not become a watch rule: ")
                 + ruleText(valueOf(rule));
             return plan;
         }
-        const RuleValue before = valueOf(rule);
-        const RuleValue after = askValue(before, [&](auto fields) {
+        const rules::RuleValue before = valueOf(rule);
+        const rules::RuleValue after = askValue(before, [&](auto fields) {
             fields.tag = tag.value_or(fields.tag);
             if (patch.ruleClass)
                 setClass(fields, *patch.ruleClass);
             if (patch.operations)
                 fields.operations = patched(fields.operations, *patch.operations);
             setConstraint(fields, patch, bindings);
-            return RuleValue(makeRuleValue(std::move(fields)));
+            return rules::RuleValue(makeRuleValue(std::move(fields)));
         });
         if (isSame(before, after))
             ++plan.unchanged;
@@ -317,21 +321,22 @@ PlannedChange patchingOf(const RuleManager& store, const std::vector<RuleRef>& r
 std::string movedProcess(const std::string& process, const std::string& from, const std::string& to)
 {
     constexpr std::string_view via = " via ";
-    const std::string head = applicationHeadForProcess(process);
+    const std::string head = rules::applicationHeadForProcess(process);
     const std::string_view rest = std::string_view(process).substr(head.size());
-    std::string moved = head.starts_with(ProcessForm::anyAncestor) ? std::string(ProcessForm::anyAncestor)
-            + movedPath(std::string_view(head).substr(ProcessForm::anyAncestor.size()), from, to)
-                                                                   : movedPath(head, from, to);
+    std::string moved = head.starts_with(rules::ProcessForm::anyAncestor)
+        ? std::string(rules::ProcessForm::anyAncestor)
+            + movedPath(std::string_view(head).substr(rules::ProcessForm::anyAncestor.size()), from, to)
+        : movedPath(head, from, to);
     return rest.empty() ? moved : moved.append(via).append(movedPath(rest.substr(via.size()), from, to));
 }
 
 PlannedChange movingOf(
-    const RuleManager& store, const std::string& from, const std::string& to, LineEnds lineEnds)
+    const rules::RuleManager& store, const std::string& from, const std::string& to, rules::LineEnds lineEnds)
 {
     PlannedChange plan;
     std::vector<Wanted> wanted;
-    for (const RuleRef& rule : store.userRules()) {
-        const RuleValue before = valueOf(rule);
+    for (const rules::RuleRef& rule : store.userRules()) {
+        const rules::RuleValue before = valueOf(rule);
         const std::string process(
             askValue(before, [](const auto& fields) { return fields.processName.view(); }));
         const std::string moved = movedProcess(process, from, to);
@@ -339,7 +344,7 @@ PlannedChange movingOf(
             continue;
         wanted.push_back({rule, before, askValue(before, [&moved](auto fields) {
                               fields.processName = moved;
-                              return RuleValue(makeRuleValue(std::move(fields)));
+                              return rules::RuleValue(makeRuleValue(std::move(fields)));
                           })});
     }
     planAll(plan, store, wanted);
@@ -347,17 +352,17 @@ PlannedChange movingOf(
     return plan;
 }
 
-PlannedChange copyingOf(const RuleManager& store, const std::vector<RuleRef>& rules,
-    const std::string& program, ProgramFacts& facts, LineEnds lineEnds)
+PlannedChange copyingOf(const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules,
+    const std::string& program, ProgramFacts& facts, rules::LineEnds lineEnds)
 {
     std::vector<std::string> remarks;
     Bindings bindings(facts, remarks);
-    std::vector<RuleValue> copies;
-    for (const RuleRef& rule : rules) {
+    std::vector<rules::RuleValue> copies;
+    for (const rules::RuleRef& rule : rules) {
         copies.push_back(askValue(newCopyOf(valueOf(rule)), [&](auto fields) {
             fields.processName = copiedProcess(std::string(fields.processName.view()), program);
             setConstraint(fields, {.isBoundToProgram = true}, bindings);
-            return RuleValue(makeRuleValue(std::move(fields)));
+            return rules::RuleValue(makeRuleValue(std::move(fields)));
         }));
     }
     PlannedChange plan = addingOf(store, copies, lineEnds);
@@ -365,16 +370,17 @@ PlannedChange copyingOf(const RuleManager& store, const std::vector<RuleRef>& ru
     return plan;
 }
 
-PlannedChange addingOf(const RuleManager& store, const std::vector<RuleValue>& values, LineEnds lineEnds)
+PlannedChange addingOf(
+    const rules::RuleManager& store, const std::vector<rules::RuleValue>& values, rules::LineEnds lineEnds)
 {
-    std::vector<RuleValue> present; // outlive their numbering
-    for (const RuleRef& rule : store.userRules())
+    std::vector<rules::RuleValue> present; // outlive their numbering
+    for (const rules::RuleRef& rule : store.userRules())
         present.push_back(valueOf(rule));
-    RuleNumbering known;
-    for (const RuleValue& rule : present)
+    rules::RuleNumbering known;
+    for (const rules::RuleValue& rule : present)
         known.numberOf(rule);
     PlannedChange plan;
-    for (const RuleValue& value : values) {
+    for (const rules::RuleValue& value : values) {
         const std::size_t before = known.size();
         if (known.numberOf(value) < before) {
             ++plan.unchanged;
@@ -387,23 +393,24 @@ PlannedChange addingOf(const RuleManager& store, const std::vector<RuleValue>& v
     return plan;
 }
 
-PlannedChange removalOf(const RuleManager& store, const std::vector<RuleRef>& rules, LineEnds lineEnds)
+PlannedChange removalOf(
+    const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds)
 {
     PlannedChange plan;
-    for (const RuleRef& rule : rules)
+    for (const rules::RuleRef& rule : rules)
         removeRule(plan, rule, valueOf(rule));
     refuseDamage(plan, store, lineEnds);
     return plan;
 }
 
-std::vector<RuleRef> dispensableRules(
-    const RuleManager& store, const std::vector<RuleRef>& rules, const std::vector<RuleRef>& gone)
+std::vector<rules::RuleRef> dispensableRules(const rules::RuleManager& store,
+    const std::vector<rules::RuleRef>& rules, const std::vector<rules::RuleRef>& gone)
 {
     const std::unordered_set<const void*> isGone = addressesOf(gone);
     CoveringGroups groups = coveringGroups(store, rules, isGone);
-    std::vector<RuleRef> dispensable;
-    for (const RuleRef& rule : rules) {
-        const PolicyRule* policy = policyRuleIn(rule);
+    std::vector<rules::RuleRef> dispensable;
+    for (const rules::RuleRef& rule : rules) {
+        const rules::PolicyRule* policy = policyRuleIn(rule);
         const bool goesAnyway = isGone.contains(addressOf(rule));
         if (goesAnyway
             || (policy != nullptr && groups.at(applicationGroupIdentityForRule(*policy)).release(*policy)))
@@ -412,4 +419,4 @@ std::vector<RuleRef> dispensableRules(
     return dispensable;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

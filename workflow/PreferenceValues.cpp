@@ -1,6 +1,6 @@
 #include "workflow/PreferenceValues.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -42,7 +42,7 @@ constexpr std::int32_t off = 2;
 
 } // namespace
 
-PreferenceValues PreferenceValues::shownFor(const PropertyList& settings, bool canCreateRules)
+PreferenceValues PreferenceValues::shownFor(const platform::PropertyList& settings, bool canCreateRules)
 {
     PreferenceValues values;
     values.levelOfDetail = settings.integerForKey(detailKey);
@@ -66,7 +66,7 @@ PreferenceValues PreferenceValues::shownFor(const PropertyList& settings, bool c
     return values;
 }
 
-std::optional<bool> PreferenceValues::createRulesWhenSaved(const PropertyList& settings)
+std::optional<bool> PreferenceValues::createRulesWhenSaved(const platform::PropertyList& settings)
 {
     for (const auto& [key, value] : settings.entries()) {
         if (key == createKey)
@@ -75,7 +75,7 @@ std::optional<bool> PreferenceValues::createRulesWhenSaved(const PropertyList& s
     return std::nullopt;
 }
 
-void PreferenceValues::writeTo(PropertyList& settings) const
+void PreferenceValues::writeTo(platform::PropertyList& settings) const
 {
     settings.setInteger(detailKey, levelOfDetail);
     for (const Switch& each : switches) {
@@ -87,4 +87,4 @@ void PreferenceValues::writeTo(PropertyList& settings) const
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -31,7 +31,7 @@ bool holdsSomething(const std::string& path)
 // Whether what is at `path` would be lost, since it could not be read.
 bool isUnread(const std::string& path)
 {
-    return holdsSomething(path) && !PropertyList::read(path);
+    return holdsSomething(path) && !platform::PropertyList::read(path);
 }
 
 std::string reasonText(int error)
@@ -46,9 +46,9 @@ std::optional<std::string> whyDenied(const std::string& path, int mode)
                                                                     : std::optional(reasonText(errno));
 }
 
-bool keepUnread(const std::string& path, Log& log)
+bool keepUnread(const std::string& path, platform::Log& log)
 {
-    const auto name = putUnreadFileAside(path);
+    const auto name = platform::putUnreadFileAside(path);
     log.write(name ? "kept unreadable preferences as: " + *name
                    : "failed to keep unreadable preferences, not writing: " + path);
     return name.has_value();
@@ -56,7 +56,7 @@ bool keepUnread(const std::string& path, Log& log)
 
 // Why `write`, which writes the file at `path`, failed; none when it did not. Sets the permissions.
 template <class Write>
-std::optional<std::string> writtenBy(const Write& write, const std::string& path, Log& log)
+std::optional<std::string> writtenBy(const Write& write, const std::string& path, platform::Log& log)
 {
     std::optional<std::string> failure;
     errno = 0;
@@ -65,17 +65,17 @@ std::optional<std::string> writtenBy(const Write& write, const std::string& path
         failure = whyPreferencesCannotBeSaved(path).value_or(reasonText(error));
         log.write("failed to write preferences: " + path);
     }
-    if (!setPermissions(path, filePermissions))
+    if (!platform::setPermissions(path, filePermissions))
         log.write("failed to set the permissions of: " + path);
     return failure;
 }
 
 } // namespace
 
-PropertyList readPreferences(const std::string& path)
+platform::PropertyList readPreferences(const std::string& path)
 {
-    auto settings = PropertyList::read(path);
-    return settings ? std::move(*settings) : PropertyList();
+    auto settings = platform::PropertyList::read(path);
+    return settings ? std::move(*settings) : platform::PropertyList();
 }
 
 std::optional<std::string> whyPreferencesAreUnread(const std::string& path)
@@ -86,8 +86,8 @@ std::optional<std::string> whyPreferencesAreUnread(const std::string& path)
         return denied;
     struct stat status { };
     const bool isTooLarge = stat(path.c_str(), &status) == 0
-        && static_cast<std::uint64_t>(status.st_size) > largestPropertyList;
-    return isTooLarge ? "it is larger than " + std::to_string(largestPropertyList >> 20U) + " MiB"
+        && static_cast<std::uint64_t>(status.st_size) > platform::largestPropertyList;
+    return isTooLarge ? "it is larger than " + std::to_string(platform::largestPropertyList >> 20U) + " MiB"
                       : "it is no property list, or a damaged one";
 }
 
@@ -104,7 +104,8 @@ std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path)
     return whyDenied(path, W_OK);
 }
 
-std::optional<std::string> writePreferences(const std::string& path, const PropertyList& settings, Log& log)
+std::optional<std::string> writePreferences(
+    const std::string& path, const platform::PropertyList& settings, platform::Log& log)
 {
     if (isUnread(path) && !keepUnread(path, log))
         return cannotBeKept;
@@ -112,11 +113,12 @@ std::optional<std::string> writePreferences(const std::string& path, const Prope
     return writtenBy([&] { return settings.writeToFile(path); }, path, log);
 }
 
-std::optional<std::string> restorePreferences(const std::string& path, const std::string& bytes, Log& log)
+std::optional<std::string> restorePreferences(
+    const std::string& path, const std::string& bytes, platform::Log& log)
 {
     if (isUnread(path) && !keepUnread(path, log))
         return cannotBeKept;
-    return writtenBy([&] { return writeFileInPlace(path, bytes); }, path, log);
+    return writtenBy([&] { return platform::writeFileInPlace(path, bytes); }, path, log);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,12 +5,14 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
 
 // The settings in the file at `path`; an empty list when it is missing or unreadable.
-PropertyList readPreferences(const std::string& path);
+platform::PropertyList readPreferences(const std::string& path);
 
 // Why readPreferences() answers an empty list though the file at `path` holds something: "it is larger than
 // 16 MiB", say. None when it was read, is missing or empty.
@@ -24,9 +26,11 @@ std::optional<std::string> whyPreferencesCannotBeSaved(const std::string& path);
 // written, and logs that; none when they were. Permissions that cannot be given are only logged. A file that
 // readPreferences() could not read (damaged, too large) is kept beside the new one, under a name with
 // ".unread" added; where that is impossible nothing is written.
-std::optional<std::string> writePreferences(const std::string& path, const PropertyList& settings, Log& log);
+std::optional<std::string> writePreferences(
+    const std::string& path, const platform::PropertyList& settings, platform::Log& log);
 
 // The same with the very bytes of a list, as the file held them once.
-std::optional<std::string> restorePreferences(const std::string& path, const std::string& bytes, Log& log);
+std::optional<std::string> restorePreferences(
+    const std::string& path, const std::string& bytes, platform::Log& log);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -15,21 +15,21 @@
 #include <filesystem>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-PropertyList listOf(const std::string& bytes)
+platform::PropertyList listOf(const std::string& bytes)
 {
-    return PropertyList::parse(bytes).value_or(PropertyList());
+    return platform::PropertyList::parse(bytes).value_or(platform::PropertyList());
 }
 
 // The counts of a version: of the keys of its list.
-NewVersion versionOf(const std::string& before, const std::string& bytes)
+history::NewVersion versionOf(const std::string& before, const std::string& bytes)
 {
-    const PropertyList list = listOf(bytes);
+    const platform::PropertyList list = listOf(bytes);
     const DifferenceTablePtr difference = differenceTable(listOf(before), list);
-    NewVersion version;
+    history::NewVersion version;
     version.rules = list.entries().size();
     for (std::size_t row = 0; row < difference->rows(); ++row) {
         const auto change = difference->change(row);
@@ -43,8 +43,8 @@ NewVersion versionOf(const std::string& before, const std::string& bytes)
 
 } // namespace
 
-PreferencesHistory::PreferencesHistory(Locations locations, const RulesDocument& document,
-    std::string program, PreferencesServices services, Log& log)
+PreferencesHistory::PreferencesHistory(platform::Locations locations, const RulesDocument& document,
+    std::string program, PreferencesServices services, platform::Log& log)
     : m_locations(std::move(locations))
     , m_document(document)
     , m_program(std::move(program))
@@ -68,9 +68,9 @@ std::string PreferencesHistory::exportName() const
     return std::filesystem::path(file()).filename().string();
 }
 
-std::unique_ptr<Journal> PreferencesHistory::openJournal() const
+std::unique_ptr<history::Journal> PreferencesHistory::openJournal() const
 {
-    return Journal::open(
+    return history::Journal::open(
         m_document.stateFolder(), m_locations.preferencesFile(), m_document.settings().history, m_log);
 }
 
@@ -82,13 +82,15 @@ DifferenceTablePtr PreferencesHistory::compare(
 
 void PreferencesHistory::keepPresentVersion()
 {
-    if (const auto bytes = readSmallFile(m_locations.preferencesFile(), largestPropertyList))
+    if (const auto bytes
+        = platform::readSmallFile(m_locations.preferencesFile(), platform::largestPropertyList))
         keep(*bytes, std::nullopt);
 }
 
 void PreferencesHistory::keepSaved(const std::string& action)
 {
-    if (const auto bytes = readSmallFile(m_locations.preferencesFile(), largestPropertyList))
+    if (const auto bytes
+        = platform::readSmallFile(m_locations.preferencesFile(), platform::largestPropertyList))
         keep(*bytes, action);
 }
 
@@ -97,12 +99,13 @@ void PreferencesHistory::keep(const std::string& bytes, const std::optional<std:
 {
     const auto journal = openJournal();
     const auto newest = journal->newest();
-    const bool isNewest = newest && newest->bytes == bytes.size() && newest->sha256 == sha256(bytes);
+    const bool isNewest
+        = newest && newest->bytes == bytes.size() && newest->sha256 == codesign::sha256(bytes);
     if (isNewest || (!newest && bytes.empty()))
         return;
     const std::string before = newest ? journal->bytesOf(newest->number).value_or("") : std::string();
-    NewVersion version = versionOf(before, bytes);
-    version.kind = action ? VersionKind::action : VersionKind::foreign;
+    history::NewVersion version = versionOf(before, bytes);
+    version.kind = action ? history::VersionKind::action : history::VersionKind::foreign;
     if (action) {
         version.program = m_program;
         version.action = *action;
@@ -116,7 +119,7 @@ std::optional<std::string> PreferencesHistory::restore(std::int64_t version)
     const auto bytes = openJournal()->bytesOf(version);
     if (!bytes)
         return "Version " + std::to_string(version) + " can no longer be read.";
-    const auto list = PropertyList::parse(*bytes);
+    const auto list = platform::PropertyList::parse(*bytes);
     if (!list)
         return "Version " + std::to_string(version) + " is no property list.";
     if (!m_services.application.isAdminUser() || !m_services.application.performAuthentication())
@@ -133,4 +136,4 @@ std::optional<std::string> PreferencesHistory::restore(std::int64_t version)
     return std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

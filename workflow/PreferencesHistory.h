@@ -3,18 +3,21 @@
 #include "platform/Locations.h"
 #include "workflow/FileHistory.h"
 
-namespace quorvane {
-
-class ApplicationServices;
+namespace quorvane::platform {
 class Log;
 class PrivilegedCommand;
+} // namespace quorvane::platform
+
+namespace quorvane::workflow {
+
+class ApplicationServices;
 class RulesDocument;
 struct RunState;
 
 // What a restore of the preferences asks of its surroundings.
 struct PreferencesServices {
     ApplicationServices& application;
-    PrivilegedCommand& privilegedCommand;
+    platform::PrivilegedCommand& privilegedCommand;
     RunState& run;
 };
 
@@ -23,8 +26,8 @@ class PreferencesHistory : public FileHistory {
 public:
     // Versions are kept under the name `program`, where and as long as those of `document` are. What is given
     // by reference must outlive it.
-    PreferencesHistory(Locations locations, const RulesDocument& document, std::string program,
-        PreferencesServices services, Log& log);
+    PreferencesHistory(platform::Locations locations, const RulesDocument& document, std::string program,
+        PreferencesServices services, platform::Log& log);
 
     // Makes what was just saved a version; `action` in words.
     void keepSaved(const std::string& action);
@@ -33,7 +36,7 @@ public:
     std::string file() const override;
     std::string exportName() const override;
     bool canUndo() const override { return false; }
-    std::unique_ptr<Journal> openJournal() const override;
+    std::unique_ptr<history::Journal> openJournal() const override;
     DifferenceTablePtr compare(
         const std::string& before, const std::string& after, const std::stop_token& stop) const override;
     void keepPresentVersion() override;
@@ -44,11 +47,11 @@ public:
 private:
     void keep(const std::string& bytes, const std::optional<std::string>& action);
 
-    const Locations m_locations;
+    const platform::Locations m_locations;
     const RulesDocument& m_document;
     const std::string m_program;
     const PreferencesServices m_services;
-    Log& m_log;
+    platform::Log& m_log;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,9 +4,9 @@
 #include "rules/ApplicationIdentity.h"
 #include "workflow/ApplicationValidation.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-std::string decidingProgram(const NullableText& process)
+std::string decidingProgram(const rules::NullableText& process)
 {
     std::string path = applicationPathForProcess(process);
     return path == "any" ? applicationParentPathForProcess(process).value_or(std::string()) : path;
@@ -20,7 +20,7 @@ ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
         return {ProgramBinding::seen, *std::move(team)};
     if (facts.platformIdentifier(program) != 0)
         return {ProgramBinding::seen, std::string(platformMarker)};
-    if (isSIP(program))
+    if (codesign::isSIP(program))
         return {};
     // A program that cannot be read may have a team all the same.
     if (!facts.isReadable(program))
@@ -30,4 +30,4 @@ ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
                   : ProgramBinding{ProgramBinding::unreadable};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,11 +7,11 @@
 
 // What pins a rule to the program that it is for, as the program is now.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The path of the program that decides about a rule's constraint: the process's own, or the parent's for any
 // process; empty when there is none.
-std::string decidingProgram(const NullableText& process);
+std::string decidingProgram(const rules::NullableText& process);
 
 struct ProgramBinding {
     // Whether the program could be looked at.
@@ -25,4 +25,4 @@ struct ProgramBinding {
 // May read the whole program file.
 ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

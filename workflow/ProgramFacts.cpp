@@ -12,23 +12,23 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 constexpr std::size_t mostRemembered = 4096;
 
 // None for anything but a regular file.
-std::optional<FileIdentity> identityOf(const std::string& path, const FileRoot& root)
+std::optional<platform::FileIdentity> identityOf(const std::string& path, const platform::FileRoot& root)
 {
     const auto status = root.status(path);
     if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
-    return FileIdentity::ofStatus(*status);
+    return platform::FileIdentity::ofStatus(*status);
 }
 
 // Clocks of file systems are coarse: a file may change once more within the tick of its last change.
-bool isSettled(const FileIdentity& identity)
+bool isSettled(const platform::FileIdentity& identity)
 {
     const std::chrono::nanoseconds changed(identity.changed);
     return std::chrono::system_clock::time_point(changed) + std::chrono::seconds(2)
@@ -37,7 +37,7 @@ bool isSettled(const FileIdentity& identity)
 
 class FactsOnDisk : public ProgramFacts {
 public:
-    FactsOnDisk(FileRoot root, const TrustAnchor& vendor)
+    FactsOnDisk(platform::FileRoot root, const codesign::TrustAnchor& vendor)
         : m_root(std::move(root))
         , m_vendor(vendor)
     {
@@ -46,11 +46,11 @@ public:
     bool isFolder(const std::string& path) override { return m_root.isFolderAt(path); }
     std::optional<std::string> sha1(const std::string& path) override
     {
-        return remembered(path, &Answers::sha1, [&] { return sha1OfFile(path, m_root); });
+        return remembered(path, &Answers::sha1, [&] { return codesign::sha1OfFile(path, m_root); });
     }
     std::optional<std::string> sha256(const std::string& path) override
     {
-        return remembered(path, &Answers::sha256, [&] { return sha256OfFile(path, m_root); });
+        return remembered(path, &Answers::sha256, [&] { return codesign::sha256OfFile(path, m_root); });
     }
     bool isReadable(const std::string& path) override { return signing(path).has_value(); }
     std::optional<std::string> team(const std::string& path) override
@@ -60,7 +60,7 @@ public:
     TeamProof teamProof(const std::string& path) override
     {
         return remembered(path, &Answers::proof, [&]() -> std::optional<TeamProof> {
-            return proofOf(ProgramCode::atPath(path, m_vendor, m_root).get());
+            return proofOf(codesign::ProgramCode::atPath(path, m_vendor, m_root).get());
         }).value_or(TeamProof::codeDiffers);
     }
     std::uint32_t platformIdentifier(const std::string& path) override
@@ -74,19 +74,19 @@ private:
         std::uint32_t platformIdentifier = 0;
     };
     struct Answers {
-        FileIdentity identity;
+        platform::FileIdentity identity;
         std::optional<std::string> sha1;
         std::optional<std::string> sha256;
         std::optional<Signing> signing;
         std::optional<TeamProof> proof;
     };
 
-    static TeamProof proofOf(const CodeObject* code)
+    static TeamProof proofOf(const codesign::CodeObject* code)
     {
         if (!isSignedUnderPlatformRoot(code))
             return TeamProof::foreignRoot;
         const bool codeIsThatSigned
-            = codeSignState(code, validityFlag::skipResources) == signatureState::valid;
+            = codeSignState(code, codesign::validityFlag::skipResources) == codesign::signatureState::valid;
         return codeIsThatSigned ? TeamProof::proven : TeamProof::codeDiffers;
     }
 
@@ -94,10 +94,10 @@ private:
     std::optional<Signing> signing(const std::string& path)
     {
         return remembered(path, &Answers::signing, [&]() -> std::optional<Signing> {
-            const auto code = ProgramCode::atPath(path, m_vendor, m_root);
+            const auto code = codesign::ProgramCode::atPath(path, m_vendor, m_root);
             if (!code)
                 return std::nullopt;
-            return Signing{codeSignText(code.get(), kSecCodeInfoTeamIdentifier),
+            return Signing{codeSignText(code.get(), codesign::kSecCodeInfoTeamIdentifier),
                 static_cast<std::uint32_t>(codeSignPlatformIdentifier(code.get()))};
         });
     }
@@ -120,8 +120,8 @@ private:
     }
 
     template <class Answer>
-    std::optional<Answer> knownAnswer(
-        const std::string& path, const FileIdentity& identity, std::optional<Answer> Answers::*member)
+    std::optional<Answer> knownAnswer(const std::string& path, const platform::FileIdentity& identity,
+        std::optional<Answer> Answers::*member)
     {
         const std::lock_guard lock(m_lock);
         const auto known = m_answers.find(path);
@@ -130,8 +130,8 @@ private:
     }
 
     template <class Answer>
-    void keep(const std::string& path, const FileIdentity& identity, std::optional<Answer> Answers::*member,
-        const Answer& answer)
+    void keep(const std::string& path, const platform::FileIdentity& identity,
+        std::optional<Answer> Answers::*member, const Answer& answer)
     {
         const std::lock_guard lock(m_lock);
         if (m_answers.size() >= mostRemembered && !m_answers.contains(path))
@@ -142,8 +142,8 @@ private:
         kept.*member = answer;
     }
 
-    const FileRoot m_root;
-    const TrustAnchor m_vendor;
+    const platform::FileRoot m_root;
+    const codesign::TrustAnchor m_vendor;
     std::mutex m_lock; // not held while a file is read
     std::unordered_map<std::string, Answers> m_answers;
 };
@@ -162,14 +162,15 @@ public:
 
 } // namespace
 
-std::unique_ptr<ProgramFacts> programFactsWithin(const FileRoot& root, const TrustAnchor& vendor)
+std::unique_ptr<ProgramFacts> programFactsWithin(
+    const platform::FileRoot& root, const codesign::TrustAnchor& vendor)
 {
     return std::make_unique<FactsOnDisk>(root, vendor);
 }
 
 ProgramFacts& programFactsOnDisk()
 {
-    static FactsOnDisk facts({}, platformRoot());
+    static FactsOnDisk facts({}, codesign::platformRoot());
     return facts;
 }
 
@@ -179,4 +180,4 @@ ProgramFacts& programFactsOfNothing()
     return facts;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What a team's name in a signature is worth. Anybody can sign with a name under an authority of his own.
 enum class TeamProof {
@@ -50,7 +50,7 @@ public:
 // The facts of the files within a root. A digest or signature is remembered until the file changes, since a
 // table of many rules for one large program would read it again and again.
 std::unique_ptr<ProgramFacts> programFactsWithin(
-    const FileRoot& root, const TrustAnchor& vendor = platformRoot());
+    const platform::FileRoot& root, const codesign::TrustAnchor& vendor = codesign::platformRoot());
 
 // Those of this machine.
 ProgramFacts& programFactsOnDisk();
@@ -58,4 +58,4 @@ ProgramFacts& programFactsOnDisk();
 // Of no files at all: nothing exists.
 ProgramFacts& programFactsOfNothing();
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -19,7 +19,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -133,10 +133,10 @@ const Setting* settingOf(std::string_view section, std::string_view key)
 // The text of `file`; none when it is there and no text of a sensible size.
 std::optional<std::string> settingsText(const std::string& file)
 {
-    if (!isAnythingAt(file))
+    if (!platform::isAnythingAt(file))
         return "";
-    auto text = readSmallFile(file, largestFile);
-    if (!text || !isValidUtf8(*text) || text->find('\0') != std::string::npos)
+    auto text = platform::readSmallFile(file, largestFile);
+    if (!text || !platform::isValidUtf8(*text) || text->find('\0') != std::string::npos)
         return std::nullopt;
     return text;
 }
@@ -173,7 +173,7 @@ std::string withSetting(std::string_view text, const Setting& setting, const Pro
         + settingLine(setting, settings);
 }
 
-bool writeDurably(const FileDescriptor& file, std::string_view bytes)
+bool writeDurably(const platform::FileDescriptor& file, std::string_view bytes)
 {
     while (!bytes.empty()) {
         const ssize_t written = write(file.get(), bytes.data(), bytes.size());
@@ -190,7 +190,7 @@ bool writeDurably(const FileDescriptor& file, std::string_view bytes)
 bool replaceFile(const std::string& file, std::string_view bytes)
 {
     std::string beside = file + ".XXXXXX";
-    const FileDescriptor made(mkostemp(beside.data(), O_CLOEXEC)); // for its owner only
+    const platform::FileDescriptor made(mkostemp(beside.data(), O_CLOEXEC)); // for its owner only
     if (!made)
         return false;
     if (writeDurably(made, bytes) && rename(beside.c_str(), file.c_str()) == 0)
@@ -214,7 +214,7 @@ std::string defaultSettingsFile()
     // Relative paths are to be ignored there.
     if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder != nullptr && *folder == '/')
         return folder + std::string(name);
-    const std::string home = homeDirectory();
+    const std::string home = platform::homeDirectory();
     return home.empty() ? "" : home + "/.config" + name;
 }
 
@@ -255,7 +255,7 @@ std::optional<std::string> writeProgramSettings(const std::string& file, const P
     if (failed)
         return file + ": " + failed.message();
     auto text = settingsText(real);
-    if (!text && !putUnreadFileAside(real))
+    if (!text && !platform::putUnreadFileAside(real))
         return file + " could not be read and not be set aside: " + reasonNow();
     std::string changed = text.value_or("");
     for (const Setting& setting : allSettings())
@@ -265,4 +265,4 @@ std::optional<std::string> writeProgramSettings(const std::string& file, const P
     return replaceFile(real, changed) ? std::nullopt : std::optional(file + ": " + reasonNow());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

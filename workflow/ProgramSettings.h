@@ -6,15 +6,15 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The settings of the programs themselves, which window and command line share. The product's preferences are
 // in a property list of their own.
 struct ProgramSettings {
     bool wholeLines = false; // lines of the rules file are written with all of their bytes
-    JournalLimits history;
+    history::JournalLimits history;
 
-    LineEnds lineEnds() const { return wholeLines ? LineEnds::whole : LineEnds::cut; }
+    rules::LineEnds lineEnds() const { return wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut; }
 };
 
 // settings.ini in "quorvane" in $XDG_CONFIG_HOME, else in ~/.config. Empty when there is no home folder
@@ -35,4 +35,4 @@ ReadProgramSettings readProgramSettings(const std::string& file);
 // ".unread" after its name. Returns why that failed; none when it did not.
 std::optional<std::string> writeProgramSettings(const std::string& file, const ProgramSettings& settings);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,16 +6,17 @@
 
 #include <array>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 constexpr std::array<std::string_view, ruleColumnCount> ruleTitles{
     "Application", "State", "Class", "Type", "Operations", "Tag", "Path"};
-constexpr std::array<SortKey, ruleColumnCount> ruleSortKeys{SortKey::processShortName, SortKey::ruleState,
-    SortKey::shownClass, SortKey::policyType, SortKey::operations, SortKey::tag, SortKey::path};
+constexpr std::array<rules::SortKey, ruleColumnCount> ruleSortKeys{rules::SortKey::processShortName,
+    rules::SortKey::ruleState, rules::SortKey::shownClass, rules::SortKey::policyType,
+    rules::SortKey::operations, rules::SortKey::tag, rules::SortKey::path};
 
-std::string applicationToolTip(const PolicyRuleFields& rule)
+std::string applicationToolTip(const rules::PolicyRuleFields& rule)
 {
     std::string tip(rule.processName.view());
     if (!rule.constraint.view().empty())
@@ -23,8 +24,8 @@ std::string applicationToolTip(const PolicyRuleFields& rule)
     return tip;
 }
 
-RuleCell policyApplicationCell(const PolicyRule& rule, const PolicyRule* previous, const RulesPlace& place,
-    const ProgramQuestion& faultOf)
+RuleCell policyApplicationCell(const rules::PolicyRule& rule, const rules::PolicyRule* previous,
+    const RulesPlace& place, const ProgramQuestion& faultOf)
 {
     RuleCell cell;
     cell.toolTip = applicationToolTip(rule.fields());
@@ -48,7 +49,7 @@ RuleCell policyApplicationCell(const PolicyRule& rule, const PolicyRule* previou
 }
 
 // Deliberate: a watch rule shows no application; only words tell of it.
-RuleCell watchApplicationCell(const WatchRule& rule)
+RuleCell watchApplicationCell(const rules::WatchRule& rule)
 {
     RuleCell cell;
     cell.description = shownApplicationNameForRule(rule);
@@ -59,11 +60,11 @@ RuleCell watchApplicationCell(const WatchRule& rule)
 RuleCell stateCell(std::int32_t state)
 {
     RuleCell cell;
-    if (state == RuleState::system) {
+    if (state == rules::RuleState::system) {
         cell.image = StateImage::system;
         cell.description = "system rule";
         cell.toolTip = "A system rule: it can be looked at, not changed.";
-    } else if (state == RuleState::recent) {
+    } else if (state == rules::RuleState::recent) {
         cell.image = StateImage::recent;
         cell.description = "new rule";
         cell.toolTip = "A new rule: created within the last day.";
@@ -71,19 +72,19 @@ RuleCell stateCell(std::int32_t state)
     return cell;
 }
 
-std::string shownClass(const PolicyRule& rule)
+std::string shownClass(const rules::PolicyRule& rule)
 {
     switch (rule.fields().policyClass) {
-    case PolicyClass::allow:
+    case rules::PolicyClass::allow:
         return "Allow";
-    case PolicyClass::deny:
+    case rules::PolicyClass::deny:
         return "Deny";
     default:
         return "Err";
     }
 }
 
-std::string shownClass(const WatchRule&)
+std::string shownClass(const rules::WatchRule&)
 {
     return "Watch";
 }
@@ -91,18 +92,18 @@ std::string shownClass(const WatchRule&)
 std::string shownType(std::int32_t type)
 {
     switch (type) {
-    case PolicyType::prefix:
+    case rules::PolicyType::prefix:
         return "Prefix";
-    case PolicyType::path:
+    case rules::PolicyType::path:
         return "Path";
-    case PolicyType::suffix:
+    case rules::PolicyType::suffix:
         return "Suffix";
     default:
         return "Err";
     }
 }
 
-RuleCell tagCell(const NullableText& tag)
+RuleCell tagCell(const rules::NullableText& tag)
 {
     RuleCell cell;
     cell.text = tag.view();
@@ -125,7 +126,7 @@ std::string_view columnTitle(RuleColumn column)
     return ruleTitles[static_cast<std::size_t>(column)];
 }
 
-SortKey columnSortKey(RuleColumn column)
+rules::SortKey columnSortKey(RuleColumn column)
 {
     return ruleSortKeys[static_cast<std::size_t>(column)];
 }
@@ -137,18 +138,18 @@ void describe(RuleCell& cell, std::string_view words)
     cell.description += words;
 }
 
-RuleCell applicationCell(const RuleRows& rows, std::size_t row, bool includeSystemRules,
+RuleCell applicationCell(const rules::RuleRows& rows, std::size_t row, bool includeSystemRules,
     const RulesPlace& place, const ProgramQuestion& faultOf)
 {
-    const RuleRef& rule = rows.at(row, includeSystemRules);
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::RuleRef& rule = rows.at(row, includeSystemRules);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     if (policy == nullptr)
-        return watchApplicationCell(*std::get<WatchRulePtr>(rule));
+        return watchApplicationCell(*std::get<rules::WatchRulePtr>(rule));
     return policyApplicationCell(
         *policy, row > 0 ? policyRuleIn(rows.at(row - 1, includeSystemRules)) : nullptr, place, faultOf);
 }
 
-RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings)
+RuleCell pathCell(const rules::RuleRef& rule, const std::vector<RuleFinding>& findings)
 {
     RuleCell cell;
     cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
@@ -170,14 +171,14 @@ RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings)
     return cell;
 }
 
-RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
-    RuleColumn column, const RulesPlace& place)
+RuleCell ruleCell(const rules::RuleManager& store, const rules::RuleRows& rows, std::size_t row,
+    bool includeSystemRules, RuleColumn column, const RulesPlace& place)
 {
-    const RuleRef& rule = rows.at(row, includeSystemRules);
+    const rules::RuleRef& rule = rows.at(row, includeSystemRules);
     switch (column) {
     case RuleColumn::application:
-        return applicationCell(
-            rows, row, includeSystemRules, place, [&place](const PolicyRule& policy, std::string_view name) {
+        return applicationCell(rows, row, includeSystemRules, place,
+            [&place](const rules::PolicyRule& policy, std::string_view name) {
                 return programFault(policy, name, place);
             });
     case RuleColumn::state:
@@ -197,4 +198,4 @@ RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t ro
     return {};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -13,7 +13,7 @@
 // What the rules table shows in each cell. Pure functions of the store and the row (and of the files that the
 // rules name); nothing here knows a widget.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The columns of the rules table, by their number.
 enum class RuleColumn { application, state, ruleClass, type, operations, tag, path };
@@ -23,7 +23,7 @@ constexpr int ruleColumnCount = 7;
 std::string_view columnTitle(RuleColumn column);
 
 // What a click on the column's title sorts by.
-SortKey columnSortKey(RuleColumn column);
+rules::SortKey columnSortKey(RuleColumn column);
 
 enum class CellColor { black, red, orange, blue, grey };
 
@@ -35,7 +35,7 @@ struct RuleCell {
     bool italic = false;
     // The file or bundle whose icon stands before the text, and below what it is; none for no icon.
     std::optional<std::string> iconFile;
-    std::optional<FileRoot> iconRoot;
+    std::optional<platform::FileRoot> iconRoot;
     bool isIconFileMissing = false; // a placeholder stands for the icon then
     StateImage image = StateImage::none;
     // True for the application cell of a policy rule that begins a new application group.
@@ -48,24 +48,24 @@ struct RuleCell {
 
 // The cell of `row`, which must be below the store's totalRules(includeSystemRules). Programs and paths are
 // looked up in `place`.
-RuleCell ruleCell(const RuleManager& store, const RuleRows& rows, std::size_t row, bool includeSystemRules,
-    RuleColumn column, const RulesPlace& place = RulesPlace::thisMachine());
+RuleCell ruleCell(const rules::RuleManager& store, const rules::RuleRows& rows, std::size_t row,
+    bool includeSystemRules, RuleColumn column, const RulesPlace& place = RulesPlace::thisMachine());
 
 // The parts that other tables of rules are made of as well.
 
 // What is wrong with the program of a rule that a table shows under `applicationName`; none when nothing is.
-using ProgramQuestion
-    = std::function<std::optional<ProgramFault>(const PolicyRule& rule, std::string_view applicationName)>;
+using ProgramQuestion = std::function<std::optional<ProgramFault>(
+    const rules::PolicyRule& rule, std::string_view applicationName)>;
 
 // The application cell of `row`: blank in the later rows of an application group. Icons are looked up in
 // `place`.
-RuleCell applicationCell(const RuleRows& rows, std::size_t row, bool includeSystemRules,
+RuleCell applicationCell(const rules::RuleRows& rows, std::size_t row, bool includeSystemRules,
     const RulesPlace& place, const ProgramQuestion& faultOf);
 
 // The path cell of a rule of which `findings` are worth telling.
-RuleCell pathCell(const RuleRef& rule, const std::vector<RuleFinding>& findings);
+RuleCell pathCell(const rules::RuleRef& rule, const std::vector<RuleFinding>& findings);
 
 // Adds words to what the cell says to a screen reader.
 void describe(RuleCell& cell, std::string_view words);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -23,7 +23,7 @@ Notice systemRuleNotice(const char* header, const char* done)
               "changes."};
 }
 
-void logTag(Log& log, const PolicyRule& rule, std::size_t row)
+void logTag(platform::Log& log, const rules::PolicyRule& rule, std::size_t row)
 {
     std::ostringstream line;
     line << "set tag to '" << rule.tag().written() << "' for row " << row << " rule "
@@ -33,28 +33,29 @@ void logTag(Log& log, const PolicyRule& rule, std::size_t row)
 
 // Deliberate: told by the display names, while the table bands its rows by the group identity; and a policy
 // rule below a watch rule counts as no head.
-bool headsItsGroup(const RuleRef& rule, const RuleRef* above)
+bool headsItsGroup(const rules::RuleRef& rule, const rules::RuleRef* above)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     if (policy == nullptr)
         return false;
     if (above == nullptr)
         return true;
-    const PolicyRule* previous = policyRuleIn(*above);
+    const rules::PolicyRule* previous = policyRuleIn(*above);
     return previous != nullptr && applicationNameForRule(*previous) != applicationNameForRule(*policy);
 }
 
 // Those of the rules to be deleted in whose place others go.
-std::vector<RuleRef> remainingOf(const ChangeSet& deletion, const std::vector<RuleRef>& rules)
+std::vector<rules::RuleRef> remainingOf(
+    const rules::ChangeSet& deletion, const std::vector<rules::RuleRef>& rules)
 {
     std::unordered_set<const void*> removed;
-    for (const ChangeSet::Removal& removal : deletion.removed)
+    for (const rules::ChangeSet::Removal& removal : deletion.removed)
         removed.insert(addressOf(removal.rule));
     // Of a rule that is gone already nothing remains.
     if (removed.size() < rules.size())
         return {};
-    std::vector<RuleRef> remaining;
-    for (const RuleRef& rule : rules) {
+    std::vector<rules::RuleRef> remaining;
+    for (const rules::RuleRef& rule : rules) {
         if (!removed.contains(addressOf(rule)))
             remaining.push_back(rule);
     }
@@ -63,46 +64,46 @@ std::vector<RuleRef> remainingOf(const ChangeSet& deletion, const std::vector<Ru
 
 } // namespace
 
-RuleCommands::RuleCommands(RulesDocument& document, Log& log)
+RuleCommands::RuleCommands(RulesDocument& document, platform::Log& log)
     : m_document(document)
     , m_log(log)
 {
 }
 
-PolicyRulePtr RuleCommands::newPolicy()
+rules::PolicyRulePtr RuleCommands::newPolicy()
 {
-    return std::make_shared<PolicyRule>(
-        PolicyRuleFields{.path = "", .processName = "any", .operations = readWriteCreate});
+    return std::make_shared<rules::PolicyRule>(
+        rules::PolicyRuleFields{.path = "", .processName = "any", .operations = readWriteCreate});
 }
 
-WatchRulePtr RuleCommands::newWatch()
+rules::WatchRulePtr RuleCommands::newWatch()
 {
-    return std::make_shared<WatchRule>(
-        WatchRuleFields{.path = "", .processName = "any", .operations = readWriteCreate});
+    return std::make_shared<rules::WatchRule>(
+        rules::WatchRuleFields{.path = "", .processName = "any", .operations = readWriteCreate});
 }
 
-PolicyRulePtr RuleCommands::newPolicyLike(const RuleRef& rule)
+rules::PolicyRulePtr RuleCommands::newPolicyLike(const rules::RuleRef& rule)
 {
-    PolicyRuleFields fields{.path = "", .operations = readWriteCreate};
+    rules::PolicyRuleFields fields{.path = "", .operations = readWriteCreate};
     fields.processName = askRule(rule, [](const auto& record) { return record.processName(); });
-    if (const PolicyRule* policy = policyRuleIn(rule))
+    if (const rules::PolicyRule* policy = policyRuleIn(rule))
         fields.constraint = policy->constraint();
-    return std::make_shared<PolicyRule>(std::move(fields));
+    return std::make_shared<rules::PolicyRule>(std::move(fields));
 }
 
-RuleRef RuleCommands::newCopyOf(const RuleRef& rule)
+rules::RuleRef RuleCommands::newCopyOf(const rules::RuleRef& rule)
 {
-    return askValue(quorvane::newCopyOf(valueOf(rule)), [](auto fields) {
+    return askValue(quorvane::workflow::newCopyOf(valueOf(rule)), [](auto fields) {
         fields.path = std::nullopt;
-        return recordOf(RuleValue(makeRuleValue(std::move(fields))));
+        return recordOf(rules::RuleValue(makeRuleValue(std::move(fields))));
     });
 }
 
-TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
+TableChange RuleCommands::deleteRow(const RuleRow& row, const rules::RuleRef* above)
 {
     if (isSystemRule(row.rule))
         return {.notice = systemRuleNotice("Cannot Delete System Rule", "deleted")};
-    const ChangeSet change = deletionOf(m_document.store(), {row.rule});
+    const rules::ChangeSet change = deletionOf(m_document.store(), {row.rule});
     m_document.markChanged();
     if (change.isEmpty())
         return {};
@@ -115,7 +116,7 @@ TableChange RuleCommands::deleteRow(const RuleRow& row, const RuleRef* above)
 TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
 {
     TableChange change;
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
     for (const auto& [row, rule] : rows) {
         if (isSystemRule(rule)) {
             change.notice = systemRuleNotice("Cannot Delete System Rules", "deleted");
@@ -126,7 +127,7 @@ TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
         rules.push_back(rule);
         change.removedRows.push_back(row);
     }
-    const ChangeSet deletion = deletionOf(m_document.store(), rules);
+    const rules::ChangeSet deletion = deletionOf(m_document.store(), rules);
     change.remaining = remainingOf(deletion, rules);
     m_document.perform(deletion, {actionName("Delete", rules.size())});
     return change;
@@ -135,15 +136,15 @@ TableChange RuleCommands::deleteRows(const std::vector<RuleRow>& rows)
 std::optional<Notice> RuleCommands::setTag(const std::optional<RuleRow>& row, const std::string& tag)
 {
     std::optional<Notice> notice;
-    ChangeSet change;
+    rules::ChangeSet change;
     if (row && isSystemRule(row->rule))
         notice = systemRuleNotice("Cannot Edit System Rules", "edited");
     else if (row)
         change = taggingOf({row->rule}, tag);
     m_document.perform(change, {"Edit Tag"});
-    if (const PolicyRule* policy = row ? policyRuleIn(row->rule) : nullptr)
+    if (const rules::PolicyRule* policy = row ? policyRuleIn(row->rule) : nullptr)
         logTag(m_log, *policy, row->row);
     return notice;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

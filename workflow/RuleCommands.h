@@ -8,22 +8,25 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
+
 class RulesDocument;
 
 // A rule, and the row that the table shows it in.
 struct RuleRow {
     std::size_t row;
-    RuleRef rule;
+    rules::RuleRef rule;
 };
 
 // What a command has come to.
 struct TableChange {
     std::vector<std::size_t> removedRows{}; // of the rules deleted; as they were numbered before, ascending
     // Selected rules that are still there, since of equal ones the first goes.
-    std::vector<RuleRef> remaining{};
+    std::vector<rules::RuleRef> remaining{};
     bool headedItsGroup = false; // the one rule deleted was the first of its application group
     std::optional<Notice> notice{};
 };
@@ -34,20 +37,20 @@ struct TableChange {
 class RuleCommands {
 public:
     // Both must outlive it.
-    RuleCommands(RulesDocument& document, Log& log);
+    RuleCommands(RulesDocument& document, platform::Log& log);
 
     // Rules to begin with; not yet stored.
-    static PolicyRulePtr newPolicy();
-    static WatchRulePtr newWatch();
+    static rules::PolicyRulePtr newPolicy();
+    static rules::WatchRulePtr newWatch();
     // Another rule for the program of `rule`, under its constraint.
-    static PolicyRulePtr newPolicyLike(const RuleRef& rule);
+    static rules::PolicyRulePtr newPolicyLike(const rules::RuleRef& rule);
     // What a copy of `rule` begins with: its kind, tag and flags, and no path, so that it is equal to no
     // rule. The rest is draftOf(rule)'s.
-    static RuleRef newCopyOf(const RuleRef& rule);
+    static rules::RuleRef newCopyOf(const rules::RuleRef& rule);
 
     // Deletes one rule; `above` is the one in the row above it, null in the first row. A rule that the store
     // no longer has changes nothing, silently.
-    TableChange deleteRow(const RuleRow& row, const RuleRef* above);
+    TableChange deleteRow(const RuleRow& row, const rules::RuleRef* above);
 
     // Deletes several rules, given in the order of their rows, and leaves out those of the system.
     // Deliberate: writes the file and marks the run as changed even when nothing was left to delete.
@@ -59,7 +62,7 @@ public:
 
 private:
     RulesDocument& m_document;
-    Log& m_log;
+    platform::Log& m_log;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,7 +18,7 @@ template <class Value, class Wanted> bool isAnyOf(const std::vector<Wanted>& wan
 
 template <class Fields> bool fieldsMeet(const Fields& fields, const RuleCriteria& criteria)
 {
-    const auto isText = [](const std::vector<std::string>& wanted, const NullableText& text) {
+    const auto isText = [](const std::vector<std::string>& wanted, const rules::NullableText& text) {
         return wanted.empty() || (!text.isNull() && isAnyOf(wanted, text.view()));
     };
     return isAnyOf(criteria.classes, classOf(fields)) && isAnyOf(criteria.types, fields.policyType)
@@ -45,7 +45,7 @@ std::vector<bool> marksOf(const std::vector<std::size_t>& rows, std::size_t coun
     return marks;
 }
 
-std::vector<std::size_t> withFindings(const RuleManager& store, bool includeSystemRules,
+std::vector<std::size_t> withFindings(const rules::RuleManager& store, bool includeSystemRules,
     const std::vector<std::size_t>& rows, const RuleCriteria& criteria, const RulesPlace& place)
 {
     FindingKinds kinds;
@@ -70,7 +70,7 @@ bool RuleCriteria::isOfRowsAlone() const
     return !rows.empty() && namesNoProperty(*this);
 }
 
-bool hasProperties(const RuleRef& rule, const RuleCriteria& criteria)
+bool hasProperties(const rules::RuleRef& rule, const RuleCriteria& criteria)
 {
     return askRule(rule, [&criteria](const auto& record) {
         return fieldsMeet(*record.value(), criteria)
@@ -79,7 +79,7 @@ bool hasProperties(const RuleRef& rule, const RuleCriteria& criteria)
 }
 
 std::optional<std::size_t> missingRow(
-    const RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria)
+    const rules::RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria)
 {
     const std::size_t total = store.totalRules(includeSystemRules);
     const auto found = std::find_if(
@@ -87,8 +87,8 @@ std::optional<std::size_t> missingRow(
     return found == criteria.rows.end() ? std::nullopt : std::optional(*found);
 }
 
-std::vector<std::size_t> rowsMeeting(
-    const RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria, const RulesPlace& place)
+std::vector<std::size_t> rowsMeeting(const rules::RuleManager& store, bool includeSystemRules,
+    const RuleCriteria& criteria, const RulesPlace& place)
 {
     const auto rows = store.rows();
     const std::size_t count = rows->count(includeSystemRules);
@@ -102,4 +102,4 @@ std::vector<std::size_t> rowsMeeting(
                                      : withFindings(store, includeSystemRules, meeting, criteria, place);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

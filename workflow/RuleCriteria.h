@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Which rules are meant: of different criteria all must hold, of the same one any. An empty list is no
 // criterion.
@@ -31,15 +31,15 @@ struct RuleCriteria {
 
 // True when the rule is of the class, type, state, tag, process, program and path that are asked for; neither
 // findings nor rows count. Any thread.
-bool hasProperties(const RuleRef& rule, const RuleCriteria& criteria);
+bool hasProperties(const rules::RuleRef& rule, const RuleCriteria& criteria);
 
 // The first of the rows that are asked for by number and are not there; none when all are.
 std::optional<std::size_t> missingRow(
-    const RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria);
+    const rules::RuleManager& store, bool includeSystemRules, const RuleCriteria& criteria);
 
 // The rows of `store`, as filter and sort order make them, that meet all criteria; in order. Findings are
 // looked for last and only where everything else holds. For the store's thread.
-std::vector<std::size_t> rowsMeeting(const RuleManager& store, bool includeSystemRules,
+std::vector<std::size_t> rowsMeeting(const rules::RuleManager& store, bool includeSystemRules,
     const RuleCriteria& criteria, const RulesPlace& place = RulesPlace::thisMachine());
 
-} // namespace quorvane
+} // namespace quorvane::workflow

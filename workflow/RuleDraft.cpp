@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -15,21 +15,21 @@ std::optional<std::int32_t> codeUpTo(std::int32_t last, std::int32_t code)
 
 template <class Fields> RuleDraft commonDraft(const Fields& fields)
 {
-    return {.policyType = codeUpTo(PolicyType::suffix, fields.policyType),
+    return {.policyType = codeUpTo(rules::PolicyType::suffix, fields.policyType),
         .path = std::string(fields.path.view()),
         .processName = std::string(fields.processName.view()),
         .operations = operationsForBoxes(boxesForOperations(fields.operations))};
 }
 
-RuleDraft draftOfFields(const WatchRuleFields& fields)
+RuleDraft draftOfFields(const rules::WatchRuleFields& fields)
 {
     return commonDraft(fields);
 }
 
-RuleDraft draftOfFields(const PolicyRuleFields& fields)
+RuleDraft draftOfFields(const rules::PolicyRuleFields& fields)
 {
     RuleDraft draft = commonDraft(fields);
-    draft.policyClass = codeUpTo(PolicyClass::deny, fields.policyClass);
+    draft.policyClass = codeUpTo(rules::PolicyClass::deny, fields.policyClass);
     draft.constraint = fields.constraint.view();
     return draft;
 }
@@ -43,12 +43,12 @@ template <class Fields> void applyCommon(const RuleDraft& draft, Fields& fields)
     fields.operations = draft.operations;
 }
 
-void applyTo(WatchRuleFields& fields, const RuleDraft& draft)
+void applyTo(rules::WatchRuleFields& fields, const RuleDraft& draft)
 {
     applyCommon(draft, fields);
 }
 
-void applyTo(PolicyRuleFields& fields, const RuleDraft& draft)
+void applyTo(rules::PolicyRuleFields& fields, const RuleDraft& draft)
 {
     applyCommon(draft, fields);
     if (draft.policyClass)
@@ -74,17 +74,17 @@ std::uint32_t operationsForBoxes(const OperationBoxes& boxes)
     return operations;
 }
 
-RuleDraft draftOf(const RuleRef& rule)
+RuleDraft draftOf(const rules::RuleRef& rule)
 {
     return askRule(rule, [](const auto& record) { return draftOfFields(record.fields()); });
 }
 
-RuleValue valueWithDraft(const RuleValue& rule, const RuleDraft& draft)
+rules::RuleValue valueWithDraft(const rules::RuleValue& rule, const RuleDraft& draft)
 {
     return askValue(rule, [&draft](auto fields) {
         applyTo(fields, draft);
-        return RuleValue(makeRuleValue(std::move(fields)));
+        return rules::RuleValue(makeRuleValue(std::move(fields)));
     });
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The operations as check boxes: read, write, create, mount, execute. Other bits have no box.
 using OperationBoxes = std::array<bool, 5>;
@@ -28,10 +28,10 @@ struct RuleDraft {
 };
 
 // What the controls say of `rule` before anything is edited.
-RuleDraft draftOf(const RuleRef& rule);
+RuleDraft draftOf(const rules::RuleRef& rule);
 
 // `rule` as the controls say it should be. What no control stands for stays: tag, flags, creation time,
 // sequence number, system flag.
-RuleValue valueWithDraft(const RuleValue& rule, const RuleDraft& draft);
+rules::RuleValue valueWithDraft(const rules::RuleValue& rule, const RuleDraft& draft);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,7 +6,7 @@
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -22,8 +22,8 @@ bool isCompleteRule(std::string_view path, std::string_view processName)
 std::int32_t policyTypeForPath(std::string_view path)
 {
     if (path.starts_with('.'))
-        return PolicyType::suffix;
-    return path.ends_with('/') ? PolicyType::prefix : PolicyType::path;
+        return rules::PolicyType::suffix;
+    return path.ends_with('/') ? rules::PolicyType::prefix : rules::PolicyType::path;
 }
 
 std::string_view constraintLabel(std::string_view constraint)
@@ -44,10 +44,10 @@ ProgramIcon iconForProcess(const std::string& processName, const RulesPlace& pla
 {
     if (processName == anyProgram)
         return {.kind = ProgramIcon::Kind::lock};
-    if (!place.root() || !place.root()->isAnythingAt(applicationHeadForProcess(processName)))
+    if (!place.root() || !place.root()->isAnythingAt(rules::applicationHeadForProcess(processName)))
         return {};
     // Deliberate: asked with the whole text, not with the program's path that was looked for.
-    return {.kind = ProgramIcon::Kind::file, .file = applicationBundlePathForPath(processName)};
+    return {.kind = ProgramIcon::Kind::file, .file = rules::applicationBundlePathForPath(processName)};
 }
 
 std::string panelStart(std::string_view text, std::string_view fallback)
@@ -55,10 +55,10 @@ std::string panelStart(std::string_view text, std::string_view fallback)
     return std::string(text.empty() || text == anyProgram ? fallback : text);
 }
 
-void saveRule(RulesDocument& document, const RuleRef& rule, const RuleDraft& draft)
+void saveRule(RulesDocument& document, const rules::RuleRef& rule, const RuleDraft& draft)
 {
-    const ChangeSet change = savingOf(document.store(), rule, valueWithDraft(valueOf(rule), draft));
+    const rules::ChangeSet change = savingOf(document.store(), rule, valueWithDraft(valueOf(rule), draft));
     document.perform(change, {actionName(change.removed.empty() ? "Add" : "Edit", 1)});
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 
 // What the two rule editors decide, and how they save. User interface thread only.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 class RulesDocument;
 
@@ -42,6 +42,6 @@ std::string panelStart(std::string_view text, std::string_view fallback);
 // file. A rule that the store does not hold, because it is new or was deleted meanwhile, is added all the
 // same; one that the store has read anew is replaced as long as it is still equal. Deliberate: failures are
 // not looked at, the file's included.
-void saveRule(RulesDocument& document, const RuleRef& rule, const RuleDraft& draft);
+void saveRule(RulesDocument& document, const rules::RuleRef& rule, const RuleDraft& draft);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Told by a rule editor about what it has saved.
 class RuleEditorDelegate {
@@ -14,4 +14,4 @@ public:
     virtual void reloadData() = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,13 +3,13 @@
 #include <unordered_set>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-ChangeSet deletionOf(const RuleManager& store, const std::vector<RuleRef>& rules)
+rules::ChangeSet deletionOf(const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules)
 {
-    ChangeSet change;
+    rules::ChangeSet change;
     std::unordered_set<const void*> gone;
-    for (const RuleRef& rule : rules) {
+    for (const rules::RuleRef& rule : rules) {
         const auto first = store.firstEqualRule(rule, gone);
         if (!first)
             continue;
@@ -19,24 +19,25 @@ ChangeSet deletionOf(const RuleManager& store, const std::vector<RuleRef>& rules
     return change;
 }
 
-ChangeSet taggingOf(const std::vector<RuleRef>& rules, const std::string& tag)
+rules::ChangeSet taggingOf(const std::vector<rules::RuleRef>& rules, const std::string& tag)
 {
-    const NullableText shared(tag);
-    ChangeSet change;
-    for (const RuleRef& rule : rules) {
-        const RuleValue before = valueOf(rule);
-        RuleValue after = askValue(before, [&shared](auto fields) {
+    const rules::NullableText shared(tag);
+    rules::ChangeSet change;
+    for (const rules::RuleRef& rule : rules) {
+        const rules::RuleValue before = valueOf(rule);
+        rules::RuleValue after = askValue(before, [&shared](auto fields) {
             fields.tag = shared;
-            return RuleValue(makeRuleValue(std::move(fields)));
+            return rules::RuleValue(makeRuleValue(std::move(fields)));
         });
         change.changed.push_back({rule, before, std::move(after)});
     }
     return change;
 }
 
-ChangeSet savingOf(const RuleManager& store, const RuleRef& rule, const RuleValue& value)
+rules::ChangeSet savingOf(
+    const rules::RuleManager& store, const rules::RuleRef& rule, const rules::RuleValue& value)
 {
-    ChangeSet change = additionOf(rule);
+    rules::ChangeSet change = additionOf(rule);
     change.added.front().value = value;
     if (store.isStored(rule))
         change.removed.push_back({rule});
@@ -45,21 +46,21 @@ ChangeSet savingOf(const RuleManager& store, const RuleRef& rule, const RuleValu
     return change;
 }
 
-ChangeSet additionOf(const RuleRef& rule)
+rules::ChangeSet additionOf(const rules::RuleRef& rule)
 {
-    ChangeSet change;
+    rules::ChangeSet change;
     change.added.push_back({rule, valueOf(rule), {}});
     return change;
 }
 
-RuleValue newCopyOf(const RuleValue& rule)
+rules::RuleValue newCopyOf(const rules::RuleValue& rule)
 {
     return askValue(rule, [](auto fields) {
         fields.system = false;
         fields.sequence = 0;
         if constexpr (requires { fields.created; })
             fields.created = 0;
-        return RuleValue(makeRuleValue(std::move(fields)));
+        return rules::RuleValue(makeRuleValue(std::move(fields)));
     });
 }
 
@@ -68,4 +69,4 @@ std::string actionName(const std::string& verb, std::size_t rules)
     return verb + (rules == 1 ? " Rule" : " " + std::to_string(rules) + " Rules");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -68,22 +68,23 @@ std::string doubtText(TeamProof proof)
         : "The program's code is not what its team has signed.";
 }
 
-void addRedundancy(std::vector<RuleFinding>& findings, const RuleManager& store, const RuleRef& rule)
+void addRedundancy(
+    std::vector<RuleFinding>& findings, const rules::RuleManager& store, const rules::RuleRef& rule)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
-    if (const PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy))
+    const rules::PolicyRule* policy = policyRuleIn(rule);
+    if (const rules::PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy))
         findings.push_back({FindingKind::redundant, covering});
 }
 
-bool readsBack(const RuleRef& rule)
+bool readsBack(const rules::RuleRef& rule)
 {
     return askRule(rule,
         [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
 }
 
-bool isUserPolicyRule(const RuleRef& rule)
+bool isUserPolicyRule(const rules::RuleRef& rule)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
     return policy != nullptr && !policy->fields().system;
 }
 
@@ -162,22 +163,23 @@ std::string_view findingReason(const RuleFinding& finding)
                                 : teamProofWords(finding.teamProof);
 }
 
-std::string ruleText(const RuleRef& rule)
+std::string ruleText(const rules::RuleRef& rule)
 {
     return askRule(rule, [](const auto& record) { return textOf(record); });
 }
 
-std::string ruleText(const PolicyRule& rule)
+std::string ruleText(const rules::PolicyRule& rule)
 {
     return textOf(rule);
 }
 
-bool isPathMissing(const RuleRef& rule, const RulesPlace& place)
+bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place)
 {
     return askRule(rule, [&place](const auto& record) {
         const auto& fields = record.fields();
         const std::string_view path = fields.path.view();
-        if (fields.policyType == PolicyType::suffix || fields.system || !startsWithAny(path, {"/", "~/"}))
+        if (fields.policyType == rules::PolicyType::suffix || fields.system
+            || !startsWithAny(path, {"/", "~/"}))
             return false;
         // Deliberate: the resources can no longer come this far, but are named with the devices all the same.
         if (startsWithAny(path, {":NVRAM/", ":ATTACH/", ":IOKIT/", ":KMOD/", "/dev/"}))
@@ -186,7 +188,7 @@ bool isPathMissing(const RuleRef& rule, const RulesPlace& place)
     });
 }
 
-std::vector<RuleFinding> findingsOfRuleAlone(const RuleRef& rule, const FindingSearch& search)
+std::vector<RuleFinding> findingsOfRuleAlone(const rules::RuleRef& rule, const FindingSearch& search)
 {
     const auto& [kinds, place] = search;
     std::vector<RuleFinding> findings;
@@ -207,7 +209,7 @@ std::vector<RuleFinding> findingsOfRuleAlone(const RuleRef& rule, const FindingS
 }
 
 std::vector<RuleFinding> findingsForRule(
-    const RuleManager& store, const RuleRef& rule, const FindingSearch& search)
+    const rules::RuleManager& store, const rules::RuleRef& rule, const FindingSearch& search)
 {
     std::vector<RuleFinding> findings;
     if (search.kinds.contains(FindingKind::redundant))
@@ -218,13 +220,13 @@ std::vector<RuleFinding> findingsForRule(
 }
 
 std::vector<RuleFinding> pathFindingsForRule(
-    const RuleManager& store, const RuleRef& rule, const RulesPlace& place)
+    const rules::RuleManager& store, const rules::RuleRef& rule, const RulesPlace& place)
 {
     return findingsForRule(store, rule,
         {{FindingKind::redundant, FindingKind::missingPath, FindingKind::doesNotReadBack}, place});
 }
 
-RowFindings::RowFindings(const RuleManager& store, bool includeSystemRules, FindingSearch search)
+RowFindings::RowFindings(const rules::RuleManager& store, bool includeSystemRules, FindingSearch search)
     : m_store(store)
     , m_rows(store.rows())
     , m_includeSystemRules(includeSystemRules)
@@ -232,9 +234,9 @@ RowFindings::RowFindings(const RuleManager& store, bool includeSystemRules, Find
 {
     if (!m_search.kinds.contains(FindingKind::overlap))
         return;
-    std::vector<const PolicyRuleFields*> rules;
+    std::vector<const rules::PolicyRuleFields*> rules;
     for (std::size_t row = 0; row < m_rows->count(includeSystemRules); ++row) {
-        const RuleRef& rule = m_rows->at(row, includeSystemRules);
+        const rules::RuleRef& rule = m_rows->at(row, includeSystemRules);
         rules.push_back(isUserPolicyRule(rule) ? &policyRuleIn(rule)->fields() : nullptr);
     }
     m_overlapped = firstOverlaps(rules);
@@ -246,11 +248,11 @@ std::vector<RuleFinding> RowFindings::at(std::size_t row) const
         = findingsForRule(m_store, m_rows->at(row, m_includeSystemRules), m_search);
     if (m_overlapped.empty() || m_overlapped[row] == noOverlap)
         return findings;
-    const RuleRef& other = m_rows->at(m_overlapped[row], m_includeSystemRules);
+    const rules::RuleRef& other = m_rows->at(m_overlapped[row], m_includeSystemRules);
     const auto place = std::find_if(findings.begin(), findings.end(),
         [](const RuleFinding& finding) { return finding.kind > FindingKind::overlap; });
     findings.insert(place, RuleFinding{FindingKind::overlap, policyRuleIn(other)});
     return findings;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -18,7 +18,7 @@
 // What is worth telling about a rule. The table colours and explains by it, and the command line checks by
 // it.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 enum class FindingKind {
     redundant, // another rule covers it
@@ -74,7 +74,7 @@ struct RuleFinding {
     FindingKind kind;
     // The rule that covers a redundant one, or that a rule overlaps; null otherwise. Lives as long as it is
     // stored.
-    const PolicyRule* other = nullptr;
+    const rules::PolicyRule* other = nullptr;
     // What is wrong with an invalid program; none otherwise.
     std::optional<ProgramFault> programFault{};
     TeamProof teamProof = TeamProof::proven; // what a doubtful team's name is worth
@@ -87,12 +87,12 @@ std::string findingText(const RuleFinding& finding);
 std::string_view findingReason(const RuleFinding& finding);
 
 // The rule as a line of a rules file, without the line feed.
-std::string ruleText(const RuleRef& rule);
-std::string ruleText(const PolicyRule& rule);
+std::string ruleText(const rules::RuleRef& rule);
+std::string ruleText(const rules::PolicyRule& rule);
 
 // True when the rule names a file or folder, as a user rule other than a suffix, that does not exist. Devices
 // and resources other than files are never missing.
-bool isPathMissing(const RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
+bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
 
 // What is looked for, and where.
 struct FindingSearch {
@@ -104,30 +104,30 @@ struct FindingSearch {
 // all rules are looked at. Of a system rule it is never told that it does not read back, since it is not
 // written.
 std::vector<RuleFinding> findingsForRule(
-    const RuleManager& store, const RuleRef& rule, const FindingSearch& search = {});
+    const rules::RuleManager& store, const rules::RuleRef& rule, const FindingSearch& search = {});
 
 // The same as far as the rule alone shows it, without what other rules do to it. Any thread that may read the
 // rule; needs no store.
-std::vector<RuleFinding> findingsOfRuleAlone(const RuleRef& rule, const FindingSearch& search = {});
+std::vector<RuleFinding> findingsOfRuleAlone(const rules::RuleRef& rule, const FindingSearch& search = {});
 
 // What findingsForRule() tells without what concerns the program: no program file is read.
-std::vector<RuleFinding> pathFindingsForRule(
-    const RuleManager& store, const RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
+std::vector<RuleFinding> pathFindingsForRule(const rules::RuleManager& store, const rules::RuleRef& rule,
+    const RulesPlace& place = RulesPlace::thisMachine());
 
 // The findings of the rows of a store, overlaps included. For the store's thread, until its rows change.
 class RowFindings {
 public:
-    RowFindings(const RuleManager& store, bool includeSystemRules, FindingSearch search);
+    RowFindings(const rules::RuleManager& store, bool includeSystemRules, FindingSearch search);
 
     // Of that row, in the order of FindingKind.
     std::vector<RuleFinding> at(std::size_t row) const;
 
 private:
-    const RuleManager& m_store;
-    const std::shared_ptr<const RuleRows> m_rows;
+    const rules::RuleManager& m_store;
+    const std::shared_ptr<const rules::RuleRows> m_rows;
     const bool m_includeSystemRules;
     const FindingSearch m_search;
     std::vector<std::size_t> m_overlapped; // by row; empty when overlaps are not looked for
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

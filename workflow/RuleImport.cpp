@@ -7,14 +7,14 @@
 #include <string_view>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 std::string tagForFile(std::string_view path)
 {
     constexpr std::string_view extension = ".quorv";
-    std::string name(lastPathComponent(path));
+    std::string name(platform::lastPathComponent(path));
     for (std::size_t at = 0; (at = name.find(extension, at)) != std::string::npos;)
         name.erase(at, extension.size());
     return name.substr(0, name.find(','));
@@ -36,7 +36,7 @@ void RuleImport::begin(const std::string& path)
     else if (path == m_store.locations().userRulesFile())
         begin("Take Joined Lines Apart", {});
     else
-        begin("Import " + std::string(lastPathComponent(path)), tagForFile(path));
+        begin("Import " + std::string(platform::lastPathComponent(path)), tagForFile(path));
 }
 
 void RuleImport::beginPaste()
@@ -56,45 +56,45 @@ void RuleImport::begin(std::string action, std::string tag)
     m_hadRoom = true;
 }
 
-RuleRef RuleImport::importRule(const RuleRef& rule)
+rules::RuleRef RuleImport::importRule(const rules::RuleRef& rule)
 {
     ++m_importedRules;
     m_document.begin();
-    if (const PolicyRule* policy = policyRuleIn(rule))
+    if (const rules::PolicyRule* policy = policyRuleIn(rule))
         return importPolicyRule(*policy);
-    return importWatchRule(*std::get<WatchRulePtr>(rule));
+    return importWatchRule(*std::get<rules::WatchRulePtr>(rule));
 }
 
-WatchRulePtr RuleImport::importWatchRule(const WatchRule& rule)
+rules::WatchRulePtr RuleImport::importWatchRule(const rules::WatchRule& rule)
 {
-    WatchRuleFields fields = rule.fields();
+    rules::WatchRuleFields fields = rule.fields();
     if (fields.tag.view().empty())
         fields.tag = m_tag;
-    auto imported = std::make_shared<WatchRule>(std::move(fields));
+    auto imported = std::make_shared<rules::WatchRule>(std::move(fields));
     if (!m_store.firstEqualRule(*imported)) {
         noteAdded(imported, m_store.appendWatchRule(imported));
     }
     return imported;
 }
 
-PolicyRulePtr RuleImport::importPolicyRule(const PolicyRule& rule)
+rules::PolicyRulePtr RuleImport::importPolicyRule(const rules::PolicyRule& rule)
 {
-    PolicyRuleFields fields = rule.fields();
+    rules::PolicyRuleFields fields = rule.fields();
     if (fields.tag.view().empty())
         fields.tag = m_tag;
     if (fields.constraint.view().empty()) {
-        const NullableText& constraint = constraintOfProgram(decidingProgram(fields.processName));
+        const rules::NullableText& constraint = constraintOfProgram(decidingProgram(fields.processName));
         if (!constraint.view().empty())
             fields.constraint = constraint;
     }
-    auto imported = std::make_shared<PolicyRule>(std::move(fields));
+    auto imported = std::make_shared<rules::PolicyRule>(std::move(fields));
     if (!m_store.hasEqualPolicyRule(*imported)) {
         noteAdded(imported, m_store.addPolicyRule(imported));
     }
     return imported;
 }
 
-void RuleImport::noteAdded(const RuleRef& rule, bool hadRoom)
+void RuleImport::noteAdded(const rules::RuleRef& rule, bool hadRoom)
 {
     m_hadRoom = m_hadRoom && hadRoom;
     if (!hadRoom)
@@ -103,7 +103,7 @@ void RuleImport::noteAdded(const RuleRef& rule, bool hadRoom)
     ++m_addedRules;
 }
 
-const NullableText& RuleImport::constraintOfProgram(const std::string& path)
+const rules::NullableText& RuleImport::constraintOfProgram(const std::string& path)
 {
     const auto known = m_constraints.find(path);
     return known != m_constraints.end()
@@ -133,4 +133,4 @@ ImportResult RuleImport::didFinishImportingRules()
         true, writeFailure};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

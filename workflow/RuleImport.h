@@ -13,7 +13,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 class RulesDocument;
 
@@ -46,7 +46,7 @@ public:
     // all, for a policy rule among those that pass the store's filter. Deliberate: an equal rule that a
     // search hides is added once more. Stores a copy, which it answers also when it was not added; `rule`
     // keeps its properties. May read a whole program file.
-    RuleRef importRule(const RuleRef& rule);
+    rules::RuleRef importRule(const rules::RuleRef& rule);
 
     // Writes the user's file, reads it again and deletes the fail-safe file, whether or not there was a rule.
     // When writing fails, the store keeps its rules, those imported among them, and the fail-safe file stays.
@@ -54,7 +54,7 @@ public:
     ImportResult didFinishImportingRules();
 
     // What was done to the store since the import began and is not written yet.
-    const ChangeSet& pendingChange() const { return m_done; }
+    const rules::ChangeSet& pendingChange() const { return m_done; }
 
     const std::string& currentImportTag() const { return m_currentImportTag; }
     // The rules handed over, duplicates included, and those of them that were added.
@@ -63,23 +63,23 @@ public:
 
 private:
     void begin(std::string action, std::string tag);
-    void noteAdded(const RuleRef& rule, bool hadRoom);
-    WatchRulePtr importWatchRule(const WatchRule& rule);
-    PolicyRulePtr importPolicyRule(const PolicyRule& rule);
-    const NullableText& constraintOfProgram(const std::string& path);
+    void noteAdded(const rules::RuleRef& rule, bool hadRoom);
+    rules::WatchRulePtr importWatchRule(const rules::WatchRule& rule);
+    rules::PolicyRulePtr importPolicyRule(const rules::PolicyRule& rule);
+    const rules::NullableText& constraintOfProgram(const std::string& path);
 
     RulesDocument& m_document;
-    RuleManager& m_store;
+    rules::RuleManager& m_store;
     RulesPlace m_place;
-    ChangeSet m_done; // since the import began
+    rules::ChangeSet m_done; // since the import began
     bool m_hadRoom = true; // memory for all rules
     std::string m_action; // as the history names it
     std::string m_currentImportTag;
-    NullableText m_tag = ""; // the same, shared by the rules
+    rules::NullableText m_tag = ""; // the same, shared by the rules
     std::int32_t m_importedRules = 0;
     std::int32_t m_addedRules = 0;
     // By program, for one import: most files name the same few again and again.
-    std::unordered_map<std::string, NullableText> m_constraints;
+    std::unordered_map<std::string, rules::NullableText> m_constraints;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

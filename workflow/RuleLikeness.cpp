@@ -8,21 +8,21 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-std::string classOf(const PolicyRule& rule)
+std::string classOf(const rules::PolicyRule& rule)
 {
     return std::to_string(rule.policyClass());
 }
-std::string classOf(const WatchRule&)
+std::string classOf(const rules::WatchRule&)
 {
-    return std::to_string(PolicyClass::watch);
+    return std::to_string(rules::PolicyClass::watch);
 }
 
 // What the rule says of that, as a text that others are compared with.
-std::string traitOf(const RuleRef& rule, RuleTrait trait)
+std::string traitOf(const rules::RuleRef& rule, RuleTrait trait)
 {
     return askRule(rule, [trait](const auto& record) -> std::string {
         switch (trait) {
@@ -43,19 +43,20 @@ std::string traitOf(const RuleRef& rule, RuleTrait trait)
 
 } // namespace
 
-std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait)
+std::vector<rules::RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait)
 {
     std::unordered_set<std::string> wanted;
-    selection.forEach([&](const RuleRef& rule) { wanted.insert(traitOf(rule, trait)); });
-    std::vector<RuleRef> alike;
-    selection.forEachShown([&](const RuleRef& rule) {
+    selection.forEach([&](const rules::RuleRef& rule) { wanted.insert(traitOf(rule, trait)); });
+    std::vector<rules::RuleRef> alike;
+    selection.forEachShown([&](const rules::RuleRef& rule) {
         if (wanted.contains(traitOf(rule, trait)))
             alike.push_back(rule);
     });
     return alike;
 }
 
-std::vector<RuleRef> rulesWithSameProblem(const RulesSelection& selection, const ProblemLists& problems)
+std::vector<rules::RuleRef> rulesWithSameProblem(
+    const RulesSelection& selection, const ProblemLists& problems)
 {
     using Kinds = std::bitset<findingKindCount>;
     std::unordered_map<const void*, Kinds> kinds; // by address of the record
@@ -63,18 +64,18 @@ std::vector<RuleRef> rulesWithSameProblem(const RulesSelection& selection, const
         for (const KnownProblem& problem : problems.of(kind))
             kinds[addressOf(problem.rule)].set(static_cast<std::size_t>(kind));
     }
-    const auto kindsOf = [&kinds](const RuleRef& rule) {
+    const auto kindsOf = [&kinds](const rules::RuleRef& rule) {
         const auto found = kinds.find(addressOf(rule));
         return found == kinds.end() ? Kinds() : found->second;
     };
     Kinds wanted;
-    selection.forEach([&](const RuleRef& rule) { wanted |= kindsOf(rule); });
-    std::vector<RuleRef> alike;
-    selection.forEachShown([&](const RuleRef& rule) {
+    selection.forEach([&](const rules::RuleRef& rule) { wanted |= kindsOf(rule); });
+    std::vector<rules::RuleRef> alike;
+    selection.forEachShown([&](const rules::RuleRef& rule) {
         if ((kindsOf(rule) & wanted).any())
             alike.push_back(rule);
     });
     return alike;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

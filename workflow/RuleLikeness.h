@@ -6,7 +6,7 @@
 #include <array>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What rules can have in common.
 enum class RuleTrait { ruleClass, type, state, tag, program };
@@ -15,10 +15,11 @@ inline constexpr std::array allRuleTraits{
 
 // The rules of the selection's table that have that in common with a selected one, these included, from the
 // top down. One walk; any thread.
-std::vector<RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait);
+std::vector<rules::RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait);
 
 // The same for the rules that have a problem of a kind that a selected one has; none where no selected one
 // has a problem.
-std::vector<RuleRef> rulesWithSameProblem(const RulesSelection& selection, const ProblemLists& problems);
+std::vector<rules::RuleRef> rulesWithSameProblem(
+    const RulesSelection& selection, const ProblemLists& problems);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -28,14 +28,14 @@
 // for these to ask there; and asks at the same beginnings for these. Ends and suffix rules likewise. What
 // nobody of the other class will ask for is not left.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-bool takesPart(const PolicyRuleFields& rule)
+bool takesPart(const rules::PolicyRuleFields& rule)
 {
     return !rule.path.isNull()
-        && (rule.policyClass == PolicyClass::allow || rule.policyClass == PolicyClass::deny);
+        && (rule.policyClass == rules::PolicyClass::allow || rule.policyClass == rules::PolicyClass::deny);
 }
 
 // Which processes a rule is for. No head: any. No parent: all of them will do.
@@ -49,18 +49,18 @@ std::optional<std::string> unlessAny(std::optional<std::string> text)
     return text == "any" ? std::nullopt : std::move(text);
 }
 
-Process processOf(const PolicyRuleFields& rule)
+Process processOf(const rules::PolicyRuleFields& rule)
 {
     std::string head = applicationPathForProcess(rule.processName);
-    if (head.starts_with(ProcessForm::anyAncestor))
+    if (head.starts_with(rules::ProcessForm::anyAncestor))
         return {};
-    if (head.starts_with(ProcessForm::anyVia))
-        return {std::nullopt, head.substr(ProcessForm::anyVia.size())};
+    if (head.starts_with(rules::ProcessForm::anyVia))
+        return {std::nullopt, head.substr(rules::ProcessForm::anyVia.size())};
     return {unlessAny(std::move(head)), unlessAny(applicationParentPathForProcess(rule.processName))};
 }
 
 // What a constraint pins, as far as two of the same kind cannot hold for one program.
-ConstraintKind pinnedBy(const NullableText& constraint)
+ConstraintKind pinnedBy(const rules::NullableText& constraint)
 {
     return constraint.view() == platformMarker ? ConstraintKind::none : constraintKind(constraint.view());
 }
@@ -70,16 +70,17 @@ bool mayBeTheSame(const std::optional<std::string>& a, const std::optional<std::
     return !a || !b || *a == *b;
 }
 
-bool mayBothHold(const NullableText& a, const NullableText& b)
+bool mayBothHold(const rules::NullableText& a, const rules::NullableText& b)
 {
     const ConstraintKind kind = pinnedBy(a);
     return kind == ConstraintKind::none || kind != pinnedBy(b) || a.view() == b.view();
 }
 
-bool pathsOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b)
+bool pathsOverlap(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
 {
-    const bool isSuffixAndPrefix = (a.policyType == PolicyType::suffix && b.policyType == PolicyType::prefix)
-        || (a.policyType == PolicyType::prefix && b.policyType == PolicyType::suffix);
+    const bool isSuffixAndPrefix
+        = (a.policyType == rules::PolicyType::suffix && b.policyType == rules::PolicyType::prefix)
+        || (a.policyType == rules::PolicyType::prefix && b.policyType == rules::PolicyType::suffix);
     return isSuffixAndPrefix || coversPath(a, b.path.view()) || coversPath(b, a.path.view());
 }
 
@@ -187,7 +188,8 @@ struct Key {
 struct KeyHash {
     std::size_t operator()(const Key& key) const
     {
-        return combinedHash(combinedHash(0, std::uint64_t{key.programs} << 32U | key.operation), key.place);
+        return rules::combinedHash(
+            rules::combinedHash(0, std::uint64_t{key.programs} << 32U | key.operation), key.place);
     }
 };
 
@@ -201,8 +203,9 @@ struct Programs {
 struct ProgramsHash {
     std::size_t operator()(const Programs& programs) const
     {
-        return combinedHash(
-            combinedHash(0, std::uint64_t{programs.head} << 32U | programs.parent), programs.constraint);
+        return rules::combinedHash(
+            rules::combinedHash(0, std::uint64_t{programs.head} << 32U | programs.parent),
+            programs.constraint);
     }
 };
 
@@ -215,13 +218,14 @@ struct Choices {
 constexpr std::uint32_t forAny = UINT32_MAX; // rules for any
 constexpr std::uint32_t forAll = UINT32_MAX - 1; // rules for whatever it is
 
-std::size_t classIndex(const PolicyRuleFields& rule)
+std::size_t classIndex(const rules::PolicyRuleFields& rule)
 {
-    return rule.policyClass == PolicyClass::allow ? 0 : 1;
+    return rule.policyClass == rules::PolicyClass::allow ? 0 : 1;
 }
 
 // Calls `use` with a number for each operation of a rule, when it is done by rules of that class.
-template <class Use> void forEachOperation(const PolicyRuleFields& rule, std::size_t ofClass, const Use& use)
+template <class Use>
+void forEachOperation(const rules::PolicyRuleFields& rule, std::size_t ofClass, const Use& use)
 {
     for (std::uint32_t bit = 0; bit < 32; ++bit) {
         if ((rule.operations >> bit & 1U) != 0)
@@ -231,9 +235,9 @@ template <class Use> void forEachOperation(const PolicyRuleFields& rule, std::si
 
 class Overlaps {
 public:
-    Overlaps(const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop)
+    Overlaps(const std::vector<const rules::PolicyRuleFields*>& rules, const std::stop_token& stop)
     {
-        for (const PolicyRuleFields* rule : rules) {
+        for (const rules::PolicyRuleFields* rule : rules) {
             if (rule != nullptr && takesPart(*rule) && !stop.stop_requested())
                 expect(*rule);
         }
@@ -244,7 +248,7 @@ public:
     }
 
     // The first of the rules passed before that this one overlaps. Rules are passed in order.
-    std::size_t pass(const PolicyRuleFields& rule, std::size_t number)
+    std::size_t pass(const rules::PolicyRuleFields& rule, std::size_t number)
     {
         if (!takesPart(rule))
             return noOverlap;
@@ -255,15 +259,15 @@ public:
     }
 
 private:
-    void expect(const PolicyRuleFields& rule)
+    void expect(const rules::PolicyRuleFields& rule)
     {
         Paths& paths = m_paths[classIndex(rule)];
         const std::string_view path = rule.path.view();
-        if (rule.policyType == PolicyType::prefix)
+        if (rule.policyType == rules::PolicyType::prefix)
             paths.ofPrefixRules.add(std::string(path));
-        else if (rule.policyType == PolicyType::suffix)
+        else if (rule.policyType == rules::PolicyType::suffix)
             paths.ofSuffixRules.add(reversed(path));
-        else if (rule.policyType == PolicyType::path)
+        else if (rule.policyType == rules::PolicyType::path)
             paths.ofPathRules.add(std::string(path));
         const Choices programs = programsOf(rule);
         std::vector<bool>& asked = m_askedBy[classIndex(rule)];
@@ -272,7 +276,7 @@ private:
             asked[number] = true;
     }
 
-    std::size_t firstFound(const PolicyRuleFields& rule, const std::vector<std::uint32_t>& asked) const
+    std::size_t firstFound(const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& asked) const
     {
         const std::vector<std::uint64_t> places = askedPlaces(rule);
         std::size_t first = noOverlap;
@@ -288,7 +292,8 @@ private:
         return first;
     }
 
-    void leave(const PolicyRuleFields& rule, const std::vector<std::uint32_t>& left, std::size_t number)
+    void leave(
+        const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& left, std::size_t number)
     {
         const std::vector<bool>& asked = m_askedBy[1 - classIndex(rule)];
         const std::vector<std::uint64_t> places = leftPlaces(rule);
@@ -302,7 +307,7 @@ private:
         }
     }
 
-    std::vector<std::uint64_t> askedPlaces(const PolicyRuleFields& rule) const
+    std::vector<std::uint64_t> askedPlaces(const rules::PolicyRuleFields& rule) const
     {
         if (isEveryPath(rule.path))
             return {placeOf(Relation::everything)};
@@ -312,19 +317,19 @@ private:
         forEachShared(rule, [&places](Relation relation, Relation, std::uint32_t text) {
             places.push_back(placeOf(relation, text));
         });
-        if (rule.policyType == PolicyType::prefix) {
+        if (rule.policyType == rules::PolicyType::prefix) {
             places.push_back(placeOf(Relation::allSuffixes));
             places.push_back(placeOf(Relation::beginsWith, own.ofPrefixRules.numberOf(path)));
-        } else if (rule.policyType == PolicyType::suffix) {
+        } else if (rule.policyType == rules::PolicyType::suffix) {
             places.push_back(placeOf(Relation::allPrefixes));
             places.push_back(placeOf(Relation::endsWith, own.ofSuffixRules.numberOf(reversed(path))));
-        } else if (rule.policyType == PolicyType::path) {
+        } else if (rule.policyType == rules::PolicyType::path) {
             places.push_back(placeOf(Relation::equals, own.ofPathRules.numberOf(path)));
         }
         return places;
     }
 
-    std::vector<std::uint64_t> leftPlaces(const PolicyRuleFields& rule) const
+    std::vector<std::uint64_t> leftPlaces(const rules::PolicyRuleFields& rule) const
     {
         std::vector<std::uint64_t> places{placeOf(Relation::everything)};
         if (isEveryPath(rule.path)) {
@@ -336,20 +341,20 @@ private:
         forEachShared(rule, [&places](Relation, Relation relation, std::uint32_t text) {
             places.push_back(placeOf(relation, text));
         });
-        if (rule.policyType == PolicyType::prefix) {
+        if (rule.policyType == rules::PolicyType::prefix) {
             places.push_back(placeOf(Relation::allPrefixes));
             places.push_back(placeOf(Relation::prefixAt, own.ofPrefixRules.numberOf(path)));
-        } else if (rule.policyType == PolicyType::suffix) {
+        } else if (rule.policyType == rules::PolicyType::suffix) {
             places.push_back(placeOf(Relation::allSuffixes));
             places.push_back(placeOf(Relation::suffixAt, own.ofSuffixRules.numberOf(reversed(path))));
-        } else if (rule.policyType == PolicyType::path) {
+        } else if (rule.policyType == rules::PolicyType::path) {
             places.push_back(placeOf(Relation::pathAt, own.ofPathRules.numberOf(path)));
         }
         return places;
     }
 
     // Calls `use` with each text of the other class that covers the rule's, and what is asked and left there.
-    template <class Use> void forEachShared(const PolicyRuleFields& rule, const Use& use) const
+    template <class Use> void forEachShared(const rules::PolicyRuleFields& rule, const Use& use) const
     {
         const std::string_view path = rule.path.view();
         const Paths& others = m_paths[1 - classIndex(rule)];
@@ -361,7 +366,7 @@ private:
             use(Relation::pathAt, Relation::equals, text);
     }
 
-    Choices programsOf(const PolicyRuleFields& rule)
+    Choices programsOf(const rules::PolicyRuleFields& rule)
     {
         const Process process = processOf(rule);
         const Choices heads = choicesOf(process.head, m_names);
@@ -371,7 +376,7 @@ private:
             numbered(heads.left, parents.left, constraints.left)};
     }
 
-    using TextNumbers = Numbers<std::string, TextHash>;
+    using TextNumbers = Numbers<std::string, rules::TextHash>;
 
     static Choices choicesOf(const std::optional<std::string>& name, TextNumbers& numbers)
     {
@@ -382,7 +387,7 @@ private:
     }
 
     // A constraint asks for itself and for all of the other kinds.
-    Choices constraintChoices(const NullableText& constraint)
+    Choices constraintChoices(const rules::NullableText& constraint)
     {
         const ConstraintKind pinned = pinnedBy(constraint);
         const auto ofKind = [](ConstraintKind kind) { return forAll - static_cast<std::uint32_t>(kind); };
@@ -422,7 +427,7 @@ private:
 
 } // namespace
 
-bool rulesOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b)
+bool rulesOverlap(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
 {
     if (!takesPart(a) || !takesPart(b) || a.policyClass == b.policyClass
         || (a.operations & b.operations) == 0)
@@ -434,15 +439,15 @@ bool rulesOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b)
 }
 
 std::vector<std::size_t> firstOverlaps(
-    const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop)
+    const std::vector<const rules::PolicyRuleFields*>& rules, const std::stop_token& stop)
 {
     Overlaps overlaps(rules, stop);
     std::vector<std::size_t> firsts;
     firsts.reserve(rules.size());
-    for (const PolicyRuleFields* rule : rules)
+    for (const rules::PolicyRuleFields* rule : rules)
         firsts.push_back(
             rule == nullptr || stop.stop_requested() ? noOverlap : overlaps.pass(*rule, firsts.size()));
     return firsts;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

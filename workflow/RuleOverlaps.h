@@ -9,7 +9,7 @@
 
 // Allow and deny rules that speak of the same thing. Which of the two wins is the enforcing side's affair.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // True when one rule allows and the other denies, their programs can be the same, their paths overlap and
 // their operations meet.
@@ -18,7 +18,7 @@ namespace quorvane {
 // equal, or one has none, any, or a form with an ancestor; and unless their constraints are two different
 // digests of one length or two different teams. Paths overlap when the text of one covers the other's
 // (PathCover.h), and those of a suffix rule and a prefix rule always.
-bool rulesOverlap(const PolicyRuleFields& a, const PolicyRuleFields& b);
+bool rulesOverlap(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b);
 
 constexpr std::size_t noOverlap = std::numeric_limits<std::size_t>::max();
 
@@ -29,6 +29,6 @@ constexpr std::size_t noOverlap = std::numeric_limits<std::size_t>::max();
 // its operations and each beginning or end of its path that is the path of another rule, so that time and
 // memory grow with the number of rules, times the length of their paths at worst.
 std::vector<std::size_t> firstOverlaps(
-    const std::vector<const PolicyRuleFields*>& rules, const std::stop_token& stop = {});
+    const std::vector<const rules::PolicyRuleFields*>& rules, const std::stop_token& stop = {});
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,25 +8,25 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 using Mending = RuleProblem::Mending;
 
-NullableText processOf(const RuleValue& rule)
+rules::NullableText processOf(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) { return fields.processName; });
 }
 
-std::string constraintOf(const RuleValue& rule)
+std::string constraintOf(const rules::RuleValue& rule)
 {
-    const auto* policy = std::get_if<PolicyValue>(&rule);
+    const auto* policy = std::get_if<rules::PolicyValue>(&rule);
     return policy == nullptr ? std::string() : std::string((*policy)->constraint.view());
 }
 
 // What the constraint asks for beside what the program is now.
-std::string mismatchText(const RuleValue& rule, ProgramFacts& facts)
+std::string mismatchText(const rules::RuleValue& rule, ProgramFacts& facts)
 {
     const std::string program = applicationPathForProcess(processOf(rule));
     const std::string stored = constraintOf(rule);
@@ -43,7 +43,7 @@ std::string mismatchText(const RuleValue& rule, ProgramFacts& facts)
         + (team && !team->empty() ? *team : std::string("none that is proven")) + ".";
 }
 
-RuleProblem programProblem(const RuleValue& rule, ProgramFault fault, const RulesPlace& place)
+RuleProblem programProblem(const rules::RuleValue& rule, ProgramFault fault, const RulesPlace& place)
 {
     constexpr FindingKind kind = FindingKind::invalidProgram;
     switch (fault) {
@@ -69,7 +69,7 @@ RuleProblem programProblem(const RuleValue& rule, ProgramFault fault, const Rule
         Mending::bindAnew};
 }
 
-std::string unwritableText(const RuleValue& rule, LineEnds lineEnds)
+std::string unwritableText(const rules::RuleValue& rule, rules::LineEnds lineEnds)
 {
     return "Does not read back: "
         + whyUnwritable(rule, lineEnds).value_or("other programs may read its line cut short") + ".";
@@ -77,8 +77,8 @@ std::string unwritableText(const RuleValue& rule, LineEnds lineEnds)
 
 } // namespace
 
-RuleProblem problemOf(
-    const RuleValue& rule, const RuleFinding& finding, const RulesPlace& place, LineEnds lineEnds)
+RuleProblem problemOf(const rules::RuleValue& rule, const RuleFinding& finding, const RulesPlace& place,
+    rules::LineEnds lineEnds)
 {
     switch (finding.kind) {
     case FindingKind::invalidProgram:
@@ -105,7 +105,7 @@ RuleProblem problemOf(
 }
 
 std::vector<RuleProblem> problemsOfRuleAlone(
-    const RuleValue& rule, const RulesPlace& place, LineEnds lineEnds)
+    const rules::RuleValue& rule, const RulesPlace& place, rules::LineEnds lineEnds)
 {
     std::vector<RuleProblem> problems;
     // A record of its own: the stored one may be changed meanwhile.
@@ -114,7 +114,7 @@ std::vector<RuleProblem> problemsOfRuleAlone(
     return problems;
 }
 
-RuleProblem problemWith(FindingKind kind, const RuleValue& other)
+RuleProblem problemWith(FindingKind kind, const rules::RuleValue& other)
 {
     if (kind == FindingKind::overlap)
         return {kind, "Overlaps with: " + ruleSentence(other),
@@ -126,13 +126,13 @@ RuleProblem problemWith(FindingKind kind, const RuleValue& other)
         Mending::drop};
 }
 
-std::optional<RuleRef> storedCoveringRule(const RuleManager& store, const RuleRef& rule)
+std::optional<rules::RuleRef> storedCoveringRule(const rules::RuleManager& store, const rules::RuleRef& rule)
 {
-    const PolicyRule* policy = policyRuleIn(rule);
-    const PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy);
+    const rules::PolicyRule* policy = policyRuleIn(rule);
+    const rules::PolicyRule* covering = policy == nullptr ? nullptr : store.coveringRule(*policy);
     // Rules are stored by reference: the first equal one covers as well.
     return covering == nullptr ? std::nullopt
                                : store.firstEqualRule(recordOf(covering->value()), {addressOf(rule)});
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,7 +11,7 @@
 
 // A rule's problems as a person meets them: what is wrong, why it matters, and what mends it.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct RuleProblem {
     // What a person can do about it, besides editing the rule.
@@ -30,18 +30,18 @@ struct RuleProblem {
 };
 
 // The problem of a rule that `finding` is about. May read the whole program. Any thread.
-RuleProblem problemOf(
-    const RuleValue& rule, const RuleFinding& finding, const RulesPlace& place, LineEnds lineEnds);
+RuleProblem problemOf(const rules::RuleValue& rule, const RuleFinding& finding, const RulesPlace& place,
+    rules::LineEnds lineEnds);
 
 // The problems that the rule alone shows, in the order of FindingKind. May read the whole program. Any
 // thread.
 std::vector<RuleProblem> problemsOfRuleAlone(
-    const RuleValue& rule, const RulesPlace& place, LineEnds lineEnds);
+    const rules::RuleValue& rule, const RulesPlace& place, rules::LineEnds lineEnds);
 
 // The problem of a rule that `other` covers, or overlaps, as `kind` says.
-RuleProblem problemWith(FindingKind kind, const RuleValue& other);
+RuleProblem problemWith(FindingKind kind, const rules::RuleValue& other);
 
 // The stored rule that covers a stored one; none when none does. For the store's thread.
-std::optional<RuleRef> storedCoveringRule(const RuleManager& store, const RuleRef& rule);
+std::optional<rules::RuleRef> storedCoveringRule(const rules::RuleManager& store, const rules::RuleRef& rule);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -43,18 +43,19 @@ std::string operationWords(
 
 std::string nameOf(std::string_view path)
 {
-    return applicationNameForProcess(NullableText(std::string(path)));
+    return applicationNameForProcess(rules::NullableText(std::string(path)));
 }
 
 // Which program the rule is about. `any` is how "any program" begins: "Any", "No" or "any".
-std::string programWords(const NullableText& process, std::string_view any)
+std::string programWords(const rules::NullableText& process, std::string_view any)
 {
     const std::string head = applicationHeadForProcess(process);
-    if (head.starts_with(ProcessForm::anyAncestor))
+    if (head.starts_with(rules::ProcessForm::anyAncestor))
         return std::string(any) + " program that descends from "
-            + nameOf(head.substr(ProcessForm::anyAncestor.size()));
-    if (head.starts_with(ProcessForm::anyVia))
-        return std::string(any) + " program started by " + nameOf(head.substr(ProcessForm::anyVia.size()));
+            + nameOf(head.substr(rules::ProcessForm::anyAncestor.size()));
+    if (head.starts_with(rules::ProcessForm::anyVia))
+        return std::string(any) + " program started by "
+            + nameOf(head.substr(rules::ProcessForm::anyVia.size()));
     const std::string program = head == "any" ? std::string(any) + " program"
         : head.empty()                        ? "A program without a name"
                                               : applicationNameForProcess(process);
@@ -78,7 +79,7 @@ std::string_view resourceWords(std::string_view path)
     return {};
 }
 
-std::string pathWords(const NullableText& path, std::int32_t type)
+std::string pathWords(const rules::NullableText& path, std::int32_t type)
 {
     if (path.isNull())
         return "no path";
@@ -86,31 +87,31 @@ std::string pathWords(const NullableText& path, std::int32_t type)
         return "anything";
     const std::string text(path.view());
     switch (type) {
-    case PolicyType::prefix:
+    case rules::PolicyType::prefix:
         return (text.ends_with('/') ? "anything in " : "anything whose path begins with ") + text
             + std::string(resourceWords(text));
-    case PolicyType::path:
+    case rules::PolicyType::path:
         return text + std::string(resourceWords(text));
-    case PolicyType::suffix:
+    case rules::PolicyType::suffix:
         return "anything whose path ends with " + text;
     default:
         return text + " (in a way that is not known)";
     }
 }
 
-std::string sentence(const WatchRuleFields& rule, const std::string& path)
+std::string sentence(const rules::WatchRuleFields& rule, const std::string& path)
 {
     return "It is reported when " + programWords(rule.processName, "any") + " "
         + operationWords(rule.operations, &Operation::present, " or ") + " " + path + ".";
 }
 
-std::string sentence(const PolicyRuleFields& rule, const std::string& path)
+std::string sentence(const rules::PolicyRuleFields& rule, const std::string& path)
 {
     switch (rule.policyClass) {
-    case PolicyClass::allow:
+    case rules::PolicyClass::allow:
         return programWords(rule.processName, "Any") + " may "
             + operationWords(rule.operations, &Operation::infinitive, " and ") + " " + path + ".";
-    case PolicyClass::deny: {
+    case rules::PolicyClass::deny: {
         // "Any program may not" would leave open whether some may.
         const std::string program = programWords(rule.processName, "No");
         return program + (program.starts_with("No program") ? " may " : " may not ")
@@ -134,14 +135,14 @@ void addDetail(std::string& details, std::string_view detail)
 
 std::string_view withoutForm(std::string_view head)
 {
-    for (const std::string_view form : {ProcessForm::anyAncestor, ProcessForm::anyVia}) {
+    for (const std::string_view form : {rules::ProcessForm::anyAncestor, rules::ProcessForm::anyVia}) {
         if (head.starts_with(form))
             return head.substr(form.size());
     }
     return head;
 }
 
-void addPrograms(std::string& details, const NullableText& process)
+void addPrograms(std::string& details, const rules::NullableText& process)
 {
     const std::string head = applicationHeadForProcess(process);
     if (head != "any" && !head.empty())
@@ -151,18 +152,18 @@ void addPrograms(std::string& details, const NullableText& process)
         addDetail(details, "started by " + *parent);
 }
 
-void addMarks(std::string& details, const PolicyRuleFields& rule)
+void addMarks(std::string& details, const rules::PolicyRuleFields& rule)
 {
     addDetail(details, constraintWords(rule.constraint.view()));
     if (rule.created != 0)
         addDetail(details, "made " + timeText(rule.created));
 }
 
-void addMarks(std::string&, const WatchRuleFields&) { }
+void addMarks(std::string&, const rules::WatchRuleFields&) { }
 
 } // namespace
 
-std::string ruleSentence(const RuleValue& rule)
+std::string ruleSentence(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) {
         const std::string path = pathWords(fields.path, fields.policyType);
@@ -173,7 +174,7 @@ std::string ruleSentence(const RuleValue& rule)
     });
 }
 
-std::string ruleDetails(const RuleValue& rule)
+std::string ruleDetails(const rules::RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) {
         std::string details;
@@ -204,4 +205,4 @@ std::string constraintWords(std::string_view constraint)
     return "bound to team " + std::string(constraint);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

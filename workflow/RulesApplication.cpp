@@ -6,18 +6,18 @@
 #include <algorithm>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 // The rules that are there, found by equality.
 class RulesByEquality {
 public:
-    explicit RulesByEquality(const std::vector<RuleRef>& rules)
+    explicit RulesByEquality(const std::vector<rules::RuleRef>& rules)
         : m_rules(rules)
     {
         m_values.reserve(rules.size());
-        for (const RuleRef& rule : rules) {
+        for (const rules::RuleRef& rule : rules) {
             m_values.push_back(valueOf(rule));
             const std::uint32_t number = m_numbering.numberOf(m_values.back());
             if (number == m_byNumber.size())
@@ -28,7 +28,7 @@ public:
     }
 
     // The places of the rules that are equal to the wanted one, which are marked as such.
-    std::vector<std::size_t> find(const RuleValue& rule)
+    std::vector<std::size_t> find(const rules::RuleValue& rule)
     {
         const std::uint32_t number = m_numbering.numberOf(rule);
         if (number >= m_byNumber.size())
@@ -39,19 +39,19 @@ public:
     }
 
     std::size_t size() const { return m_rules.size(); }
-    const RuleRef& record(std::size_t place) const { return m_rules[place]; }
-    const RuleValue& value(std::size_t place) const { return m_values[place]; }
+    const rules::RuleRef& record(std::size_t place) const { return m_rules[place]; }
+    const rules::RuleValue& value(std::size_t place) const { return m_values[place]; }
     bool isWanted(std::size_t place) const { return m_isWanted[place]; }
 
 private:
-    const std::vector<RuleRef>& m_rules;
-    std::vector<RuleValue> m_values;
-    RuleNumbering m_numbering;
+    const std::vector<rules::RuleRef>& m_rules;
+    std::vector<rules::RuleValue> m_values;
+    rules::RuleNumbering m_numbering;
     std::vector<std::vector<std::size_t>> m_byNumber; // places in the order of the store
     std::vector<bool> m_isWanted; // by place
 };
 
-void add(RulesApplication& application, const RuleValue& rule)
+void add(RulesApplication& application, const rules::RuleValue& rule)
 {
     application.difference.added.push_back(rule);
     application.change.added.push_back({recordOf(rule), rule});
@@ -63,7 +63,8 @@ void remove(RulesApplication& application, const RulesByEquality& present, std::
     application.change.removed.push_back({present.record(place)});
 }
 
-void change(RulesApplication& application, const RulesByEquality& present, std::size_t place, RuleValue after)
+void change(
+    RulesApplication& application, const RulesByEquality& present, std::size_t place, rules::RuleValue after)
 {
     application.difference.changed.emplace_back(present.value(place), after);
     application.change.changed.push_back({present.record(place), present.value(place), std::move(after)});
@@ -71,8 +72,8 @@ void change(RulesApplication& application, const RulesByEquality& present, std::
 
 } // namespace
 
-RulesApplication presenceOf(const std::vector<WantedRule>& wanted, const std::vector<RuleRef>& presentRules,
-    const std::vector<std::string>& prunedTags)
+RulesApplication presenceOf(const std::vector<WantedRule>& wanted,
+    const std::vector<rules::RuleRef>& presentRules, const std::vector<std::string>& prunedTags)
 {
     RulesApplication application;
     RulesByEquality present(presentRules);
@@ -82,15 +83,15 @@ RulesApplication presenceOf(const std::vector<WantedRule>& wanted, const std::ve
             add(application, rule.rule);
             continue;
         }
-        const RuleValue& before = present.value(places.front());
-        RuleValue after
+        const rules::RuleValue& before = present.value(places.front());
+        rules::RuleValue after
             = withMarks(before, rule.hasTag ? rule.rule : before, rule.hasCreated ? rule.rule : before);
         if (after == before)
             ++application.unchanged;
         else
             change(application, present, places.front(), std::move(after));
     }
-    const auto isPruned = [&](const RuleValue& rule) {
+    const auto isPruned = [&](const rules::RuleValue& rule) {
         return std::find(prunedTags.begin(), prunedTags.end(), tagOf(rule).view()) != prunedTags.end();
     };
     for (std::size_t place = 0; place < present.size(); ++place) {
@@ -100,7 +101,8 @@ RulesApplication presenceOf(const std::vector<WantedRule>& wanted, const std::ve
     return application;
 }
 
-RulesApplication absenceOf(const std::vector<WantedRule>& wanted, const std::vector<RuleRef>& presentRules)
+RulesApplication absenceOf(
+    const std::vector<WantedRule>& wanted, const std::vector<rules::RuleRef>& presentRules)
 {
     RulesApplication application;
     RulesByEquality present(presentRules);
@@ -114,4 +116,4 @@ RulesApplication absenceOf(const std::vector<WantedRule>& wanted, const std::vec
     return application;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

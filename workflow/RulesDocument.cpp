@@ -13,7 +13,7 @@
 #include <new>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -24,7 +24,8 @@ constexpr std::size_t mostWrittenAtOnce = 20'000;
 
 } // namespace
 
-RulesDocument::RulesDocument(RuleManager& store, RunState& run, DocumentOwner owner, Log& log)
+RulesDocument::RulesDocument(
+    rules::RuleManager& store, RunState& run, DocumentOwner owner, platform::Log& log)
     : m_store(store)
     , m_run(run)
     , m_owner(std::move(owner))
@@ -50,23 +51,23 @@ void RulesDocument::setSettings(const ProgramSettings& settings)
 // --- Changes
 
 // Rules of which an equal one stays, or was there before, make no difference.
-ChangeCounts RulesDocument::countsOf(const ChangeSet& done) const
+ChangeCounts RulesDocument::countsOf(const rules::ChangeSet& done) const
 {
-    std::vector<RuleValue> before;
-    std::vector<RuleValue> after;
-    for (const ChangeSet::Removal& removal : done.removed)
+    std::vector<rules::RuleValue> before;
+    std::vector<rules::RuleValue> after;
+    for (const rules::ChangeSet::Removal& removal : done.removed)
         before.push_back(removal.value);
-    for (const ChangeSet::Change& change : done.changed) {
+    for (const rules::ChangeSet::Change& change : done.changed) {
         before.push_back(change.before);
         after.push_back(change.after);
     }
-    for (const ChangeSet::Addition& addition : done.added)
+    for (const rules::ChangeSet::Addition& addition : done.added)
         after.push_back(addition.value);
-    const RulesDifference difference = rulesDifference(before, after);
+    const rules::RulesDifference difference = rulesDifference(before, after);
     return {difference.added.size(), difference.removed.size(), difference.changed.size()};
 }
 
-ChangeResult RulesDocument::perform(const ChangeSet& change, const ChangeReason& reason)
+ChangeResult RulesDocument::perform(const rules::ChangeSet& change, const ChangeReason& reason)
 {
     ChangeResult result;
     attempt([&] {
@@ -79,9 +80,9 @@ ChangeResult RulesDocument::perform(const ChangeSet& change, const ChangeReason&
 }
 
 // The store does all of it or, without memory, nothing.
-ChangeSet RulesDocument::applied(const ChangeSet& change)
+rules::ChangeSet RulesDocument::applied(const rules::ChangeSet& change)
 {
-    ChangeSet done = m_store.apply(change);
+    rules::ChangeSet done = m_store.apply(change);
     if (done.isEmpty() && !change.isEmpty() && m_store.lastErrorMessage() == outOfMemory)
         throw std::bad_alloc();
     return done;
@@ -100,7 +101,7 @@ void RulesDocument::begin()
         m_rulesInFile = m_store.userRulesSnapshot();
 }
 
-ChangeResult RulesDocument::commit(ChangeSet done, const ChangeReason& reason)
+ChangeResult RulesDocument::commit(rules::ChangeSet done, const ChangeReason& reason)
 {
     m_lacksOrder = !attempt([&] {
         begin();
@@ -140,19 +141,19 @@ void RulesDocument::startWriting()
         joinOrders();
     if (m_orders.empty())
         return;
-    FileLock lock
+    platform::FileLock lock
         = m_file.lock(m_owner.background == nullptr ? m_owner.lockTimeout : std::chrono::seconds(0));
     if (!lock.isHeldByAnother() || m_owner.background == nullptr) {
         continueWith(std::move(lock));
         return;
     }
     // Another program writes at this moment. A window does not wait for it.
-    auto later = std::make_shared<FileLock>();
+    auto later = std::make_shared<platform::FileLock>();
     inBackground([this, later] { *later = m_file.lock(m_owner.lockTimeout); },
         [this, later] { continueWith(std::move(*later)); });
 }
 
-void RulesDocument::continueWith(FileLock lock)
+void RulesDocument::continueWith(platform::FileLock lock)
 {
     if (!lock.isHeld()) {
         fail(unwritableMessage(m_file.path(), lock));
@@ -165,19 +166,19 @@ void RulesDocument::continueWith(FileLock lock)
     if (m_owner.background != nullptr && m_orders.front().rules.size() > mostWrittenAtOnce)
         return writeInBackground(std::move(lock));
     const WriteReport report = m_file.write(m_orders.front(), lock);
-    lock = FileLock();
+    lock = platform::FileLock();
     finish(report);
 }
 
-void RulesDocument::writeInBackground(FileLock lock)
+void RulesDocument::writeInBackground(platform::FileLock lock)
 {
     ++m_run.writesUnderWay;
     auto report = std::make_shared<WriteReport>();
-    auto held = std::make_shared<FileLock>(std::move(lock));
+    auto held = std::make_shared<platform::FileLock>(std::move(lock));
     inBackground(
         [this, report, held, order = m_orders.front()] {
             *report = m_file.write(order, *held);
-            *held = FileLock();
+            *held = platform::FileLock();
         },
         [this, report] {
             --m_run.writesUnderWay;
@@ -228,7 +229,7 @@ void RulesDocument::noteWritten(const WriteReport& report)
         m_store.forgetUnreadRules();
     m_steps.noteVersion(m_orders.front().step, report.version);
     const bool wasRestored = m_orders.front().restores.has_value();
-    m_rulesInFile = report.readAs ? RulesSnapshot(*report.readAs) : m_orders.front().rules;
+    m_rulesInFile = report.readAs ? rules::RulesSnapshot(*report.readAs) : m_orders.front().rules;
     m_orders.pop_front();
     if (wasRestored)
         takeRestored();
@@ -275,7 +276,7 @@ void RulesDocument::waitUntilWritten()
 void RulesDocument::discardSuggestions()
 {
     keepSuggestions(m_store.locations(), m_owner.stateFolder, m_owner.settings.history, m_log);
-    quorvane::discardSuggestions(m_store.locations());
+    quorvane::workflow::discardSuggestions(m_store.locations());
 }
 
 // --- Back and forth
@@ -309,7 +310,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     const bool isOwn = own != nullptr
         && (version ? own->version == version->number : m_file.journal().problem().has_value());
     ChangeReason reason{.kind = kind};
-    ChangeSet change;
+    rules::ChangeSet change;
     if (isOwn) {
         reason.action = own->reason.action;
         reason.of = own->version;
@@ -328,17 +329,19 @@ bool RulesDocument::step(ChangeReason::Kind kind)
 }
 
 // What takes a version of the journal back, or does it again, in the present rules.
-std::optional<ChangeSet> RulesDocument::journalledStep(const JournalVersion& version, ChangeReason::Kind kind)
+std::optional<rules::ChangeSet> RulesDocument::journalledStep(
+    const history::JournalVersion& version, ChangeReason::Kind kind)
 {
     const auto after = m_file.journal().meantOf(version.number);
     const auto before
         = version.before ? m_file.journal().meantOf(*version.before) : std::optional<std::string>("");
     if (!before || !after)
         return std::nullopt;
-    const std::vector<RuleRef> present = m_store.userRules();
+    const std::vector<rules::RuleRef> present = m_store.userRules();
     const bool isUndo = kind == ChangeReason::Kind::undo;
-    return changeTo(mergeRules(rulesOfText(isUndo ? *after : *before), m_store.userRulesSnapshot().values(),
-                        rulesOfText(isUndo ? *before : *after), Placement::startOfKind),
+    return changeTo(
+        mergeRules(rules::rulesOfText(isUndo ? *after : *before), m_store.userRulesSnapshot().values(),
+            rules::rulesOfText(isUndo ? *before : *after), rules::Placement::startOfKind),
         present);
 }
 
@@ -402,4 +405,4 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
     tellOfFile();
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

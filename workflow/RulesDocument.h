@@ -21,9 +21,11 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
 
 // Who a document belongs to.
 struct DocumentOwner {
@@ -36,7 +38,7 @@ struct DocumentOwner {
 
 // What came of a change.
 struct ChangeResult {
-    ChangeSet done{}; // what the store really was changed by
+    rules::ChangeSet done{}; // what the store really was changed by
     std::optional<std::string> failure{}; // why the user's file does not hold it, so far
 };
 
@@ -49,14 +51,14 @@ struct ChangeResult {
 class RulesDocument {
 public:
     // All must outlive it.
-    RulesDocument(RuleManager& store, RunState& run, DocumentOwner owner, Log& log);
+    RulesDocument(rules::RuleManager& store, RunState& run, DocumentOwner owner, platform::Log& log);
     // Waits until what is under way is written.
     ~RulesDocument();
     RulesDocument(const RulesDocument&) = delete;
     RulesDocument& operator=(const RulesDocument&) = delete;
 
-    RuleManager& store() { return m_store; }
-    const RuleManager& store() const { return m_store; }
+    rules::RuleManager& store() { return m_store; }
+    const rules::RuleManager& store() const { return m_store; }
     const std::string& stateFolder() const { return m_owner.stateFolder; }
     const ProgramSettings& settings() const { return m_owner.settings; }
     // From the next write on.
@@ -70,7 +72,7 @@ public:
     void recover();
 
     // Changes the store, writes the file, keeps the version. Also writes when nothing is to be changed.
-    ChangeResult perform(const ChangeSet& change, const ChangeReason& reason);
+    ChangeResult perform(const rules::ChangeSet& change, const ChangeReason& reason);
 
     // The run counts as one that changed rules, whatever comes of it.
     void markChanged() { m_run.g_dirty = 1; }
@@ -78,7 +80,7 @@ public:
     // A change made to the store by other means, rule by rule: begin() before the first, commit() with all
     // that was done after the last. Does not mark the run as changed.
     void begin();
-    ChangeResult commit(ChangeSet done, const ChangeReason& reason);
+    ChangeResult commit(rules::ChangeSet done, const ChangeReason& reason);
 
     // Takes the newest action of ours back, or does again what was taken back last; what others did since
     // stays. False when there is none, or when its versions cannot be read.
@@ -120,11 +122,11 @@ public:
     const std::optional<std::string>& failure() const { return m_failure; }
 
     // For windows that look at the versions.
-    std::unique_ptr<Journal> openJournal() const { return m_file.openJournal(); }
+    std::unique_ptr<history::Journal> openJournal() const { return m_file.openJournal(); }
 
 private:
     WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
-    ChangeCounts countsOf(const ChangeSet& done) const;
+    ChangeCounts countsOf(const rules::ChangeSet& done) const;
     // False, and the failure says so, when `work` has run out of memory.
     template <class Work> bool attempt(Work work)
     {
@@ -137,46 +139,48 @@ private:
         }
     }
     void failForMemory();
-    ChangeSet applied(const ChangeSet& change);
+    rules::ChangeSet applied(const rules::ChangeSet& change);
     void pump();
     void startWriting();
-    void continueWith(FileLock lock);
-    void writeInBackground(FileLock lock);
+    void continueWith(platform::FileLock lock);
+    void writeInBackground(platform::FileLock lock);
     void finish(const WriteReport& report);
     void noteWritten(const WriteReport& report);
     void fail(const std::string& message);
     void joinOrders();
 
-    bool bringStoreUpToDate(FileLock& lock);
+    bool bringStoreUpToDate(platform::FileLock& lock);
     bool settleVersions(std::chrono::milliseconds wait);
-    void takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce);
-    void mergeWith(const std::vector<RuleValue>& theirs);
+    void takeIn(
+        const rules::RulesFileText& theirs, const std::optional<std::vector<rules::RuleValue>>& inForce);
+    void mergeWith(const std::vector<rules::RuleValue>& theirs);
     void takeFileOver();
     void noteFileRead();
     void makeSnapshotReady() const;
     void takeRestored();
-    void tellOfReload(const std::vector<RuleRef>& before);
+    void tellOfReload(const std::vector<rules::RuleRef>& before);
     std::optional<std::int64_t> followingVersion() const;
-    void tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports);
+    void tellOfMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 
     bool step(ChangeReason::Kind kind);
-    std::optional<ChangeSet> journalledStep(const JournalVersion& version, ChangeReason::Kind kind);
+    std::optional<rules::ChangeSet> journalledStep(
+        const history::JournalVersion& version, ChangeReason::Kind kind);
 
     void tellOfUnwritableRules(std::uint64_t count);
     void inBackground(std::function<void()> work, std::function<void()> then);
     void tell(const DocumentNews& news);
     void tellOfFile();
 
-    RuleManager& m_store;
+    rules::RuleManager& m_store;
     RunState& m_run;
     DocumentOwner m_owner;
-    Log& m_log;
+    platform::Log& m_log;
     DocumentObserver* m_observer = nullptr;
     UserRulesFile m_file;
 
-    KnownFile m_knownFile; // as read or written last
+    rules::KnownFile m_knownFile; // as read or written last
     std::uint64_t m_knownReading = 0; // of the store, by which it was read
-    std::optional<RulesSnapshot> m_rulesInFile; // none: those of the store
+    std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be under way
     bool m_lacksOrder = false; // there was no memory for that of a change
     bool m_isWriting = false;
@@ -188,4 +192,4 @@ private:
     bool m_hasToldOfFile = false; // that it is another than the known one
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,22 +10,23 @@
 
 // How a document follows what other programs, and earlier runs, have done to the file.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // With the lock held: a write that was cut short is settled, and what others have written since comes into
 // the store. False when the file does not hold the rules in force.
-bool RulesDocument::bringStoreUpToDate(FileLock& lock)
+bool RulesDocument::bringStoreUpToDate(platform::FileLock& lock)
 {
     const UserRulesFile::Recovery recovery = m_file.recover(lock);
     for (const DocumentNews& news : recovery.news)
         tell(news);
     if (isFileAhead() || recovery.rules)
-        takeIn(RulesFileText::read(m_file.path(), lock), recovery.rules);
+        takeIn(rules::RulesFileText::read(m_file.path(), lock), recovery.rules);
     return !recovery.rules;
 }
 
 // `inForce`: the rules that count in place of those that the file holds.
-void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std::vector<RuleValue>>& inForce)
+void RulesDocument::takeIn(
+    const rules::RulesFileText& theirs, const std::optional<std::vector<rules::RuleValue>>& inForce)
 {
     for (WriteOrder& order : m_orders)
         order.unreadReason = theirs.unreadReason();
@@ -38,25 +39,25 @@ void RulesDocument::takeIn(const RulesFileText& theirs, const std::optional<std:
         m_rulesInFile
             .emplace(); // rules whose file is gone are not deleted rules: the next write brings it back
     } else {
-        mergeWith(rulesOfText(theirs.text()));
+        mergeWith(rules::rulesOfText(theirs.text()));
     }
     // Once they are in the store, lest they are taken for known where there was no memory for them.
-    m_knownFile = theirs.unreadReason() ? KnownFile() : KnownFile::of(m_file.path(), theirs);
+    m_knownFile = theirs.unreadReason() ? rules::KnownFile() : rules::KnownFile::of(m_file.path(), theirs);
     if (!theirs.unreadReason())
         m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
 }
 
-void RulesDocument::mergeWith(const std::vector<RuleValue>& theirs)
+void RulesDocument::mergeWith(const std::vector<rules::RuleValue>& theirs)
 {
-    const std::vector<RuleRef> ours = m_store.userRules();
-    const std::vector<RuleValue> base
+    const std::vector<rules::RuleRef> ours = m_store.userRules();
+    const std::vector<rules::RuleValue> base
         = m_rulesInFile ? m_rulesInFile->values() : m_store.userRulesSnapshot().values();
-    const MergeResult merged = mergeRules(base, m_store.userRulesSnapshot().values(), theirs);
-    const ChangeSet done = applied(changeTo(merged, ours));
+    const rules::MergeResult merged = mergeRules(base, m_store.userRulesSnapshot().values(), theirs);
+    const rules::ChangeSet done = applied(changeTo(merged, ours));
     if (m_observer != nullptr)
         m_observer->rulesWereMerged(done);
     tellOfMerge(done, merged.reports);
-    m_rulesInFile = RulesSnapshot(theirs);
+    m_rulesInFile = rules::RulesSnapshot(theirs);
     forgetSteps();
     joinOrders();
 }
@@ -77,11 +78,11 @@ void RulesDocument::recover()
 // False when another program holds the lock: then it may be at work on that very version.
 bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
 {
-    FileLock lock = m_file.lock(wait);
+    platform::FileLock lock = m_file.lock(wait);
     if (!lock.isHeld())
         return false;
     const bool isInFile = bringStoreUpToDate(lock);
-    lock = FileLock();
+    lock = platform::FileLock();
     if (!m_orders.empty())
         return true;
     if (isInFile) {
@@ -107,8 +108,8 @@ void RulesDocument::takeFileOver()
     if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
         return;
     if (m_rulesInFile) // the store holds what the file cannot
-        return takeIn(RulesFileText::read(m_file.path()), {});
-    const std::vector<RuleRef> before = m_store.userRules();
+        return takeIn(rules::RulesFileText::read(m_file.path()), {});
+    const std::vector<rules::RuleRef> before = m_store.userRules();
     reload();
     forgetSteps();
     if (m_observer != nullptr)
@@ -147,4 +148,4 @@ void RulesDocument::makeSnapshotReady() const
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

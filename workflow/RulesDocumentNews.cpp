@@ -12,7 +12,7 @@
 
 // What a document reports to its observer.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -24,13 +24,14 @@ bool isMuch(std::size_t lost, std::size_t total)
     return lost > manyRules || (lost > 0 && lost * 10 >= total);
 }
 
-std::size_t countOfMissing(const std::vector<RuleRef>& before, const std::vector<RuleRef>& after)
+std::size_t countOfMissing(
+    const std::vector<rules::RuleRef>& before, const std::vector<rules::RuleRef>& after)
 {
     std::unordered_set<const void*> present;
-    for (const RuleRef& rule : after)
+    for (const rules::RuleRef& rule : after)
         present.insert(addressOf(rule));
     return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
-        [&](const RuleRef& rule) { return !present.contains(addressOf(rule)); }));
+        [&](const rules::RuleRef& rule) { return !present.contains(addressOf(rule)); }));
 }
 
 } // namespace
@@ -54,7 +55,7 @@ std::optional<std::int64_t> RulesDocument::followingVersion() const
     return m_knownVersion ? std::optional(*m_knownVersion + 1) : std::nullopt;
 }
 
-void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeReport>& reports)
+void RulesDocument::tellOfMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports)
 {
     if (const std::string text = mergeText(done, reports); !text.empty()) {
         DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text, .shownFrom = followingVersion()};
@@ -62,7 +63,7 @@ void RulesDocument::tellOfMerge(const ChangeSet& done, const std::vector<MergeRe
             news.kind = DocumentNews::Kind::rulesLost;
             news.version = m_knownVersion;
         }
-        for (const ChangeSet::Addition& addition : done.added)
+        for (const rules::ChangeSet::Addition& addition : done.added)
             news.rules.push_back(addition.rule);
         tell(news);
     }
@@ -80,7 +81,7 @@ void RulesDocument::keepPresentVersion()
 void RulesDocument::lookAtFile()
 {
     if (m_isWriting || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
-        || !isAnythingAt(m_file.path()) || std::exchange(m_hasToldOfFile, true))
+        || !platform::isAnythingAt(m_file.path()) || std::exchange(m_hasToldOfFile, true))
         return;
     tell({.kind = DocumentNews::Kind::fileIsAhead,
         .text = "Another program has changed the rules file. The next change here takes that over.",
@@ -88,7 +89,7 @@ void RulesDocument::lookAtFile()
 }
 
 // Another program's version is kept as soon as it is seen, and with it the way back.
-void RulesDocument::tellOfReload(const std::vector<RuleRef>& before)
+void RulesDocument::tellOfReload(const std::vector<rules::RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
@@ -111,19 +112,19 @@ void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
         return;
     DocumentNews news;
     std::size_t cut = 0;
-    for (const RuleRef& rule : m_store.userRules()) {
-        const auto comesBack = [&rule](LineEnds lineEnds) {
+    for (const rules::RuleRef& rule : m_store.userRules()) {
+        const auto comesBack = [&rule](rules::LineEnds lineEnds) {
             return askRule(
                 rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         };
         if (comesBack(m_owner.settings.lineEnds()))
             continue;
         news.rules.push_back(rule);
-        cut += comesBack(LineEnds::whole) ? 1U : 0U;
+        cut += comesBack(rules::LineEnds::whole) ? 1U : 0U;
     }
     news.kind = cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable;
     news.text = unwritableText(cut, news.rules.size() - cut);
     tell(news);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

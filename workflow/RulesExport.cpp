@@ -15,7 +15,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -23,11 +23,11 @@ constexpr mode_t ownerAndGroup = 0640;
 
 std::string openFailure(const std::string& path, const std::error_code& error)
 {
-    return "Failed to open file '" + path + "' for writing: " + errorText(error);
+    return "Failed to open file '" + path + "' for writing: " + platform::errorText(error);
 }
 
 // True when a new file can stand for the one that is open, or when there is none.
-bool canStandFor(FileReplacement& file, const FileDescriptor& existing)
+bool canStandFor(platform::FileReplacement& file, const platform::FileDescriptor& existing)
 {
     struct stat status { };
     if (!existing)
@@ -35,34 +35,37 @@ bool canStandFor(FileReplacement& file, const FileDescriptor& existing)
     return fstat(existing.get(), &status) == 0 && file.canStandFor(status);
 }
 
-WriteResult replace(FileReplacement& file, const std::string& destination, const RulesContent& content)
+rules::WriteResult replace(
+    platform::FileReplacement& file, const std::string& destination, const rules::RulesContent& content)
 {
-    WriteResult result;
+    rules::WriteResult result;
     std::error_code error;
-    if (writeFully(file.descriptor(), content.bytes(), error) == content.bytes().size())
+    if (platform::writeFully(file.descriptor(), content.bytes(), error) == content.bytes().size())
         error = file.takePlace(ownerAndGroup);
     else if (!error)
-        error = systemError(EIO); // a call that writes nothing and does not say why
+        error = platform::systemError(EIO); // a call that writes nothing and does not say why
     result.opened = !error;
     if (error)
-        result.message = "Failed write() operation on file '" + destination + "' " + errorText(error);
+        result.message
+            = "Failed write() operation on file '" + destination + "' " + platform::errorText(error);
     else
-        result.identity = FileIdentity::ofPath(destination, error);
+        result.identity = platform::FileIdentity::ofPath(destination, error);
     return result;
 }
 
 } // namespace
 
-WriteResult exportRules(const std::string& destination, const RulesContent& content)
+rules::WriteResult exportRules(const std::string& destination, const rules::RulesContent& content)
 {
-    WriteResult refused;
+    rules::WriteResult refused;
     std::error_code error;
-    const FileDescriptor existing = openRegularFile(destination, O_WRONLY | O_NOFOLLOW, error);
+    const platform::FileDescriptor existing
+        = platform::openRegularFile(destination, O_WRONLY | O_NOFOLLOW, error);
     if (error && error != std::errc::no_such_file_or_directory) {
         refused.message = openFailure(destination, error);
         return refused;
     }
-    FileReplacement file(destination);
+    platform::FileReplacement file(destination);
     if (file.isForbidden() || (!file.error() && !canStandFor(file, existing)))
         return writeRulesFile(destination, content);
     if (file.error()) {
@@ -72,15 +75,15 @@ WriteResult exportRules(const std::string& destination, const RulesContent& cont
     return replace(file, destination, content);
 }
 
-WriteResult exportRules(const std::string& destination, const std::vector<RuleRef>& rules)
+rules::WriteResult exportRules(const std::string& destination, const std::vector<rules::RuleRef>& rules)
 {
     try {
-        RulesContent content;
-        for (const RuleRef& rule : rules)
+        rules::RulesContent content;
+        for (const rules::RuleRef& rule : rules)
             content.append(rule);
         return exportRules(destination, content);
     } catch (const std::bad_alloc&) {
-        WriteResult failed;
+        rules::WriteResult failed;
         failed.message = "Internal error: unable to allocate memory";
         return failed;
     }
@@ -96,14 +99,15 @@ void exportRulesFile(const std::string& source, const std::string& destination)
     const std::string resolved = std::filesystem::canonical(source, error).string();
     if (error)
         return;
-    const RulesFileText text = RulesFileText::read(resolved);
+    const rules::RulesFileText text = rules::RulesFileText::read(resolved);
     struct stat original { };
     if (text.errorMessage() || stat(resolved.c_str(), &original) != 0 || !S_ISREG(original.st_mode))
         return;
-    FileReplacement file(destination);
+    platform::FileReplacement file(destination);
     if (file.isForbidden())
-        writeFileInPlace(destination, text.bytes());
-    else if (!file.error() && writeFully(file.descriptor(), text.bytes(), error) == text.bytes().size())
+        platform::writeFileInPlace(destination, text.bytes());
+    else if (!file.error()
+        && platform::writeFully(file.descriptor(), text.bytes(), error) == text.bytes().size())
         file.takePlace(original.st_mode & 0777U);
 }
 
@@ -113,4 +117,4 @@ bool isSameFile(const std::string& a, const std::string& b)
     return std::filesystem::equivalent(a, b, missing) && !missing;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
-
+namespace quorvane::rules {
 class RulesContent;
+}
+
+namespace quorvane::workflow {
 
 // Exports. A file at the destination is replaced by a whole one or stays what it was: the new one is made
 // beside it. Only where the folder allows no second file, or where a second one could not keep the owner or
@@ -16,9 +18,9 @@ class RulesContent;
 
 // Writes `content` to `destination`. A symbolic link there is refused, and so is what is no regular file.
 // `opened` is false when nothing was written.
-WriteResult exportRules(const std::string& destination, const RulesContent& content);
+rules::WriteResult exportRules(const std::string& destination, const rules::RulesContent& content);
 // The same with these rules, in this order.
-WriteResult exportRules(const std::string& destination, const std::vector<RuleRef>& rules);
+rules::WriteResult exportRules(const std::string& destination, const std::vector<rules::RuleRef>& rules);
 
 // Copies the rules file at `source` to `destination`, byte for byte; a symbolic link there is replaced and
 // not followed. Nothing happens when the source cannot be read whole, when both are the same file, or when
@@ -28,4 +30,4 @@ void exportRulesFile(const std::string& source, const std::string& destination);
 // True when both paths lead to the same file.
 bool isSameFile(const std::string& a, const std::string& b);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

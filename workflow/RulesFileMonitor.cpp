@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 std::optional<std::uint64_t> modificationTime(const std::string& path)
 {
@@ -17,7 +17,7 @@ std::optional<std::uint64_t> modificationTime(const std::string& path)
     return static_cast<std::uint64_t>(status.st_mtim.tv_sec);
 }
 
-RulesFileMonitor::RulesFileMonitor(RunState& run, Log& log)
+RulesFileMonitor::RulesFileMonitor(RunState& run, platform::Log& log)
     : m_run(run)
     , m_log(log)
 {
@@ -37,4 +37,4 @@ bool RulesFileMonitor::monitorFileModification(std::optional<std::uint64_t> time
     return true;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

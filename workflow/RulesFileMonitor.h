@@ -4,9 +4,12 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
-
+namespace quorvane::platform {
 class Log;
+}
+
+namespace quorvane::workflow {
+
 struct RunState;
 
 // When the contents of what is at `path` last changed, in whole seconds since 1970; none when that cannot be
@@ -18,7 +21,7 @@ std::optional<std::uint64_t> modificationTime(const std::string& path);
 class RulesFileMonitor {
 public:
     // Both must outlive it.
-    RulesFileMonitor(RunState& run, Log& log);
+    RulesFileMonitor(RunState& run, platform::Log& log);
 
     // Takes one look, which found the file changed at `time`: true when the store has to be reloaded. The
     // first time seen is no reason for that, and no file is none. Deliberate: after the program has written
@@ -34,9 +37,9 @@ public:
 
 private:
     RunState& m_run;
-    Log& m_log;
+    platform::Log& m_log;
     std::uint64_t m_lastModificationTime = 0;
     bool m_hasAbsorbed = false;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // How long the shell waits before it starts the program again after such a notice, in seconds.
 constexpr float relaunchDelay = 3.0F;
@@ -16,4 +16,4 @@ constexpr float relaunchDelay = 3.0F;
 // blocks on a pipe or device. Any thread.
 std::optional<Notice> rulesFileNotice(const std::string& path);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct RulesFileWatcher::Watch {
     const std::string path;
@@ -45,8 +45,9 @@ struct RulesFileWatcher::Watch {
     }
 };
 
-RulesFileWatcher::RulesFileWatcher(std::string path, RunState& run, Log& log, std::function<void()> reload,
-    std::chrono::milliseconds interval, Look look, std::function<void()> absorbed)
+RulesFileWatcher::RulesFileWatcher(std::string path, RunState& run, platform::Log& log,
+    std::function<void()> reload, std::chrono::milliseconds interval, Look look,
+    std::function<void()> absorbed)
     : m_watch(new Watch{
         std::move(path), std::move(reload), interval, std::move(look), std::move(absorbed), {run, log}})
 {
@@ -69,4 +70,4 @@ RulesFileWatcher::~RulesFileWatcher()
         m_thread.detach();
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Looks at the user's rules file once a second, on a thread of its own, for as long as it lives.
 //
@@ -25,7 +25,7 @@ public:
     // over that a change may share with it. They hand the work to the store's thread and neither block nor
     // end the watcher. `run` and `log` must outlive it.
     RulesFileWatcher(
-        std::string path, RunState& run, Log& log, std::function<void()> reload,
+        std::string path, RunState& run, platform::Log& log, std::function<void()> reload,
         std::chrono::milliseconds interval = std::chrono::seconds(1), Look look = modificationTime,
         std::function<void()> absorbed = [] {});
     ~RulesFileWatcher();
@@ -38,4 +38,4 @@ private:
     std::jthread m_thread;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

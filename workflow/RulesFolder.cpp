@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::string quotedForShell(const std::string& text)
     return quoted + "'";
 }
 
-std::string rulesFolder(const Locations& locations)
+std::string rulesFolder(const platform::Locations& locations)
 {
     std::string folder = locations.sharedFolder();
     folder.pop_back(); // "/"
@@ -36,22 +36,22 @@ std::string rulesFolder(const Locations& locations)
 
 } // namespace
 
-bool canCreateRules(const Locations& locations, Log& log)
+bool canCreateRules(const platform::Locations& locations, platform::Log& log)
 {
-    const std::uint32_t permissions = permissionsOf(rulesFolder(locations)).value_or(0);
+    const std::uint32_t permissions = platform::permissionsOf(rulesFolder(locations)).value_or(0);
     log.write("posix mask for rules folder is " + std::to_string(permissions));
     return (permissions & writableByOthers) != 0;
 }
 
-std::string rulesFolderCommand(const Locations& locations, bool mayCreateRules)
+std::string rulesFolderCommand(const platform::Locations& locations, bool mayCreateRules)
 {
     // An administrator's shell starts in a folder of its own.
     const std::string folder = std::filesystem::absolute(rulesFolder(locations)).string();
     return std::string("/bin/chmod ") + (mayCreateRules ? "777 " : "775 ") + quotedForShell(folder);
 }
 
-void letUsersCreateRules(
-    const Locations& locations, bool mayCreateRules, PrivilegedCommand& privilegedCommand, Log& log)
+void letUsersCreateRules(const platform::Locations& locations, bool mayCreateRules,
+    platform::PrivilegedCommand& privilegedCommand, platform::Log& log)
 {
     const std::string command = rulesFolderCommand(locations, mayCreateRules);
     log.write("script source: " + privilegedScript(command));
@@ -63,4 +63,4 @@ std::string privilegedScript(const std::string& command)
     return "do shell script \"" + command + "\" with administrator privileges";
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

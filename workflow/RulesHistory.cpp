@@ -4,7 +4,7 @@
 #include "rules/RulesText.h"
 #include "workflow/RulesDocument.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 RulesHistory::RulesHistory(RulesDocument& document)
     : m_document(document)
@@ -26,7 +26,7 @@ std::string RulesHistory::exportName() const
     return m_document.store().locations().exchangeFileName();
 }
 
-std::unique_ptr<Journal> RulesHistory::openJournal() const
+std::unique_ptr<history::Journal> RulesHistory::openJournal() const
 {
     return m_document.openJournal();
 }
@@ -34,10 +34,10 @@ std::unique_ptr<Journal> RulesHistory::openJournal() const
 DifferenceTablePtr RulesHistory::compare(
     const std::string& before, const std::string& after, const std::stop_token& stop) const
 {
-    const std::vector<RuleValue> earlier = rulesOfText(before);
+    const std::vector<rules::RuleValue> earlier = rules::rulesOfText(before);
     if (stop.stop_requested())
         return nullptr;
-    const std::vector<RuleValue> later = rulesOfText(after);
+    const std::vector<rules::RuleValue> later = rules::rulesOfText(after);
     return stop.stop_requested() ? nullptr : differenceTable(rulesDifference(earlier, later));
 }
 
@@ -58,4 +58,4 @@ void RulesHistory::versionsWereForgotten()
     m_document.forgetSteps();
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

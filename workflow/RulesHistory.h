@@ -2,7 +2,7 @@
 
 #include "workflow/FileHistory.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 class RulesDocument;
 
@@ -16,7 +16,7 @@ public:
     std::string file() const override;
     std::string exportName() const override;
     bool canUndo() const override { return true; }
-    std::unique_ptr<Journal> openJournal() const override;
+    std::unique_ptr<history::Journal> openJournal() const override;
     DifferenceTablePtr compare(
         const std::string& before, const std::string& after, const std::stop_token& stop) const override;
     void keepPresentVersion() override;
@@ -27,4 +27,4 @@ private:
     RulesDocument& m_document;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

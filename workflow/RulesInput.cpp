@@ -15,7 +15,7 @@
 #include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -56,15 +56,15 @@ RulesInput RulesInput::read(const std::string& path, bool nullDeviceIsEmpty)
     struct stat status { };
     if (stat(path.c_str(), &status) != 0) {
         input.fail(errno == ENOENT ? "There is no file '" + path + "'"
-                                   : unreadable(path, errorText(systemError(errno))));
+                                   : unreadable(path, platform::errorText(platform::systemError(errno))));
     } else if (S_ISREG(status.st_mode)) {
         input.readRegular(path);
     } else if (isShellPipe(path, status)) {
-        const FileDescriptor pipe(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        const platform::FileDescriptor pipe(open(path.c_str(), O_RDONLY | O_CLOEXEC));
         if (pipe)
             input.readPipe(pipe.get(), path);
         else
-            input.fail(unreadable(path, errorText(systemError(errno))));
+            input.fail(unreadable(path, platform::errorText(platform::systemError(errno))));
     } else if (!nullDeviceIsEmpty || !isNullDevice(status)) {
         input.fail(unreadable(path, kindOf(status)));
     }
@@ -88,10 +88,10 @@ void RulesInput::readRegular(const std::string& path)
     std::error_code error;
     const std::string resolved = std::filesystem::canonical(path, error).string();
     if (error) {
-        fail(unreadable(path, errorText(error)));
+        fail(unreadable(path, platform::errorText(error)));
         return;
     }
-    m_file = RulesFileText::read(resolved);
+    m_file = rules::RulesFileText::read(resolved);
     if (m_file->errorMessage())
         fail(*m_file->errorMessage());
     else
@@ -107,15 +107,15 @@ void RulesInput::readPipe(int descriptor, const std::string& name)
         if (size > mostPipeBytes)
             return fail(unreadable(name, "it goes on for more than a gibibyte"));
         m_bytes.resize(size + pieceSize);
-        got = readFully(descriptor, m_bytes.data() + size, pieceSize, error);
+        got = platform::readFully(descriptor, m_bytes.data() + size, pieceSize, error);
         m_bytes.resize(size + got);
     }
     if (error)
-        return fail(unreadable(name, errorText(error)));
+        return fail(unreadable(name, platform::errorText(error)));
     if (m_bytes.find('\0') != std::string::npos)
         m_textProblem = unreadable(name, "it holds a NUL byte");
-    else if (!isValidUtf8(m_bytes))
+    else if (!platform::isValidUtf8(m_bytes))
         m_textProblem = unreadable(name, "it is not valid UTF-8");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

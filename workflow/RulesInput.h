@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The contents of a file that a command was given: a regular file or a link to one, or a pipe that a shell
 // made, which is read to its end. Folders, devices and named pipes are refused without being opened, so that
@@ -31,10 +31,10 @@ private:
     void readPipe(int descriptor, const std::string& name);
     void readRegular(const std::string& path);
 
-    std::optional<RulesFileText> m_file;
+    std::optional<rules::RulesFileText> m_file;
     std::string m_bytes; // without a file
     std::optional<std::string> m_problem;
     std::optional<std::string> m_textProblem;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -21,7 +21,7 @@ std::shared_ptr<ProgramFacts> referenceTo(ProgramFacts& facts)
 
 } // namespace
 
-RulesPlace::RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<FileRoot> root)
+RulesPlace::RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<platform::FileRoot> root)
     : m_kind(kind)
     , m_facts(std::move(facts))
     , m_root(std::move(root))
@@ -43,7 +43,7 @@ RulesPlace RulesPlace::withoutHomes() const
 
 std::optional<RulesPlace> RulesPlace::folder(const std::string& folder, std::error_code& error)
 {
-    const auto root = FileRoot::at(folder, error);
+    const auto root = platform::FileRoot::at(folder, error);
     return root ? std::optional(RulesPlace(Kind::folder, programFactsWithin(*root), root)) : std::nullopt;
 }
 
@@ -54,7 +54,7 @@ RulesPlace RulesPlace::nowhere()
 
 RulesPlace RulesPlace::of(ProgramFacts& facts)
 {
-    return {Kind::machine, referenceTo(facts), FileRoot()};
+    return {Kind::machine, referenceTo(facts), platform::FileRoot()};
 }
 
 bool RulesPlace::isUnknown(std::string_view path) const
@@ -68,8 +68,8 @@ bool RulesPlace::isMissing(std::string_view path) const
         return false;
     std::string file(path);
     if (isInHome(path))
-        file.replace(0, 1, homeDirectory());
+        file.replace(0, 1, platform::homeDirectory());
     return !m_facts->exists(file);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Where the programs and paths that rules name are looked up: on this machine, on a mounted volume of the
 // machine that the rules are for, or nowhere.
@@ -35,7 +35,7 @@ public:
     ProgramFacts& facts() const { return *m_facts; }
 
     // Below which the files are; none when nothing is looked up.
-    const std::optional<FileRoot>& root() const { return m_root; }
+    const std::optional<platform::FileRoot>& root() const { return m_root; }
 
     // True when nothing can be told of what stands at the path.
     bool isUnknown(std::string_view path) const;
@@ -46,11 +46,11 @@ public:
 private:
     enum class Kind { machine, machineWithoutHomes, folder, nowhere };
 
-    RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<FileRoot> root);
+    RulesPlace(Kind kind, std::shared_ptr<ProgramFacts> facts, std::optional<platform::FileRoot> root);
 
     Kind m_kind;
     std::shared_ptr<ProgramFacts> m_facts; // never null
-    std::optional<FileRoot> m_root;
+    std::optional<platform::FileRoot> m_root;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

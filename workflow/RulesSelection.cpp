@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <set>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -60,7 +60,7 @@ std::string programWords(const std::set<std::string>& programs)
 } // namespace
 
 RulesSelection::RulesSelection(
-    std::shared_ptr<const RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges)
+    std::shared_ptr<const rules::RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges)
     : m_rows(std::move(rows))
     , m_includeSystemRules(includeSystemRules)
     , m_ranges(std::move(ranges))
@@ -75,7 +75,7 @@ std::size_t RulesSelection::count() const
     return count;
 }
 
-std::optional<RuleRef> RulesSelection::onlyRule() const
+std::optional<rules::RuleRef> RulesSelection::onlyRule() const
 {
     return count() == 1 ? std::optional(m_rows->at(m_ranges.front().first, m_includeSystemRules))
                         : std::nullopt;
@@ -85,7 +85,7 @@ std::string selectionSummary(const RulesSelection& selection)
 {
     Counts counts;
     std::set<std::string> programs;
-    selection.forEach([&](const RuleRef& rule) {
+    selection.forEach([&](const rules::RuleRef& rule) {
         askValue(valueOf(rule), [&](const auto& fields) {
             count(counts, fields);
             programs.insert(applicationNameForProcess(fields.processName));
@@ -94,4 +94,4 @@ std::string selectionSummary(const RulesSelection& selection)
     return countWords(counts) + programWords(programs);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Which rows of a table are selected, as they are at one moment: ranges of rows that never change. A value
 // object, cheap however many rows there are; any thread.
@@ -20,11 +20,12 @@ public:
 
     RulesSelection() = default;
     // `ranges` ascend and are apart.
-    RulesSelection(std::shared_ptr<const RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges);
+    RulesSelection(
+        std::shared_ptr<const rules::RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges);
 
     std::size_t count() const;
     // The selected rule when no other is; none otherwise.
-    std::optional<RuleRef> onlyRule() const;
+    std::optional<rules::RuleRef> onlyRule() const;
 
     // Calls `use` with every rule from the top down.
     template <class Use> void forEach(const Use& use) const
@@ -44,7 +45,7 @@ public:
     }
 
 private:
-    std::shared_ptr<const RuleRows> m_rows;
+    std::shared_ptr<const rules::RuleRows> m_rows;
     bool m_includeSystemRules = false;
     std::vector<Range> m_ranges;
 };
@@ -53,4 +54,4 @@ private:
 // the number of the rules.
 std::string selectionSummary(const RulesSelection& selection);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // What the windows share about this run of the program.
 struct RunState {
@@ -22,4 +22,4 @@ struct RunState {
     std::atomic<int> writesUnderWay = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

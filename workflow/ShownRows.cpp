@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 ShownRows::ShownRows(int columns, bool& shaded)
     : m_columns(columns)
@@ -89,4 +89,4 @@ const ShownRow* ShownRows::find(std::size_t row) const
     return found == m_rows.end() ? nullptr : &found->second;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

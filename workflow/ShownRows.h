@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The cells of one row while it is in view.
 struct ShownRow {
@@ -63,4 +63,4 @@ private:
     std::map<std::size_t, ShownRow> m_rows;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

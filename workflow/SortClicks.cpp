@@ -1,16 +1,18 @@
 #include "workflow/SortClicks.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-std::vector<SortDescriptor> sortDescriptorsAfterClick(std::vector<SortDescriptor> descriptors, SortKey key)
+std::vector<rules::SortDescriptor> sortDescriptorsAfterClick(
+    std::vector<rules::SortDescriptor> descriptors, rules::SortKey key)
 {
     if (!descriptors.empty() && descriptors.front().key == key) {
         descriptors.front().ascending = !descriptors.front().ascending;
         return descriptors;
     }
-    std::erase_if(descriptors, [key](const SortDescriptor& descriptor) { return descriptor.key == key; });
+    std::erase_if(
+        descriptors, [key](const rules::SortDescriptor& descriptor) { return descriptor.key == key; });
     descriptors.insert(descriptors.begin(), {key, true});
     return descriptors;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

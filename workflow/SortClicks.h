@@ -4,11 +4,12 @@
 
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The sort order after a click on the title of the column that sorts by `key`: it becomes the primary key,
 // ascending, and what was sorted by before breaks ties. A click on the primary key's column turns its
 // direction round.
-std::vector<SortDescriptor> sortDescriptorsAfterClick(std::vector<SortDescriptor> descriptors, SortKey key);
+std::vector<rules::SortDescriptor> sortDescriptorsAfterClick(
+    std::vector<rules::SortDescriptor> descriptors, rules::SortKey key);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

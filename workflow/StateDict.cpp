@@ -1,6 +1,6 @@
 #include "workflow/StateDict.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 std::optional<int> StateDict::entry(const std::string& sequence) const
 {
@@ -37,4 +37,4 @@ std::size_t StateDict::countOfTicked(std::size_t rules) const
     return m_common == unticked ? m_exceptions : rules - m_exceptions;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Which rules of an import review are ticked, by the decimal text of their sequence numbers. A rule without
 // an entry is ticked, so that all of them are at first.
@@ -32,4 +32,4 @@ private:
     std::size_t m_exceptions = 0; // entries that say otherwise than the rest
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,18 +3,18 @@
 #include "rules/ApplicationIdentity.h"
 #include "rules/PathCover.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 // "any", "any via …", "any ancestor …": these rules are about every program, in some circumstances.
 bool isAnyProgram(std::string_view program)
 {
-    return program == ProcessForm::any || program.starts_with(ProcessForm::anyVia)
-        || program.starts_with(ProcessForm::anyAncestor);
+    return program == rules::ProcessForm::any || program.starts_with(rules::ProcessForm::anyVia)
+        || program.starts_with(rules::ProcessForm::anyAncestor);
 }
 
-bool isOfProcess(const NullableText& ofRule, const std::string& asked)
+bool isOfProcess(const rules::NullableText& ofRule, const std::string& asked)
 {
     if (ofRule.isNull())
         return false;
@@ -34,16 +34,16 @@ template <class Fields> std::string whyPath(const Fields& rule)
     if (isEveryPath(rule.path))
         return "every path";
     switch (rule.policyType) {
-    case PolicyType::path:
+    case rules::PolicyType::path:
         return "the path itself";
-    case PolicyType::prefix:
+    case rules::PolicyType::prefix:
         return "begins with it";
     default:
         return "ends with it";
     }
 }
 
-std::string whyProgram(const NullableText& process, const TouchQuestion& question)
+std::string whyProgram(const rules::NullableText& process, const TouchQuestion& question)
 {
     const std::string program = applicationPathForProcess(process);
     if (!isAnyProgram(program))
@@ -54,24 +54,24 @@ std::string whyProgram(const NullableText& process, const TouchQuestion& questio
 
 } // namespace
 
-bool touches(const RuleRef& rule, const TouchQuestion& question)
+bool touches(const rules::RuleRef& rule, const TouchQuestion& question)
 {
     return askRule(rule, [&question](const auto& record) { return fieldsTouch(record.fields(), question); });
 }
 
-bool touches(const RuleValue& rule, const TouchQuestion& question)
+bool touches(const rules::RuleValue& rule, const TouchQuestion& question)
 {
     return askValue(rule, [&question](const auto& fields) { return fieldsTouch(fields, question); });
 }
 
-std::string whyTouches(const RuleValue& rule, const TouchQuestion& question)
+std::string whyTouches(const rules::RuleValue& rule, const TouchQuestion& question)
 {
     // The table names the program of an allow or deny rule, and of no other.
-    const bool namesProgram = question.process || std::holds_alternative<WatchValue>(rule);
+    const bool namesProgram = question.process || std::holds_alternative<rules::WatchValue>(rule);
     return askValue(rule, [&](const auto& fields) {
         return namesProgram ? whyPath(fields) + "; " + whyProgram(fields.processName, question)
                             : whyPath(fields);
     });
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 // Which rules are about a path. Pure functions, where nothing else is said for the
 // thread that owns the rules.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 struct TouchQuestion {
     std::string path;
@@ -22,12 +22,12 @@ struct TouchQuestion {
 // True when the rule's text covers the path (rules/PathCover.h), its process is the one asked for or any in
 // one of its forms, and it has one of the operations. Tells no verdict: which rule wins is decided where
 // rules are enforced.
-bool touches(const RuleRef& rule, const TouchQuestion& question);
+bool touches(const rules::RuleRef& rule, const TouchQuestion& question);
 // The same of a value, for any thread.
-bool touches(const RuleValue& rule, const TouchQuestion& question);
+bool touches(const rules::RuleValue& rule, const TouchQuestion& question);
 
 // Why it does, in a few words about the rule's path, and about its program where the question names one or
 // nothing else tells it: "begins with it; any program". Only of a rule that does.
-std::string whyTouches(const RuleValue& rule, const TouchQuestion& question);
+std::string whyTouches(const rules::RuleValue& rule, const TouchQuestion& question);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,7 +18,7 @@ void dropLast(std::vector<UndoSteps::Step>& steps)
 
 } // namespace
 
-void UndoSteps::remember(const ChangeSet& done, const ChangeReason& reason)
+void UndoSteps::remember(const rules::ChangeSet& done, const ChangeReason& reason)
 {
     if (done.isEmpty())
         return;
@@ -51,4 +51,4 @@ void UndoSteps::forget()
     m_undone.clear();
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // The latest actions of a run, each with what it did, to be taken back and done again without asking the
 // journal. As many as are worth their memory. One thread.
@@ -15,14 +15,14 @@ class UndoSteps {
 public:
     struct Step {
         std::uint64_t number = 0;
-        ChangeSet done{};
+        rules::ChangeSet done{};
         ChangeReason reason{};
         std::optional<std::int64_t> version{}; // of the journal; none until it is written, or without one
     };
 
     // An action, which leaves nothing to do again; or an undo or redo of the step that is next for it. What
     // changed nothing is no step.
-    void remember(const ChangeSet& done, const ChangeReason& reason);
+    void remember(const rules::ChangeSet& done, const ChangeReason& reason);
     // The action of that number has become a version.
     void noteVersion(std::uint64_t number, std::optional<std::int64_t> version);
     void forget();
@@ -40,4 +40,4 @@ private:
     std::uint64_t m_last = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,25 +8,25 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-bool readsBack(const RuleValue& rule, LineEnds lineEnds)
+bool readsBack(const rules::RuleValue& rule, rules::LineEnds lineEnds)
 {
     return askValue(rule, [=](const auto& fields) { return readsBackAsWritten(fields, lineEnds); });
 }
 
-bool isSameRule(const RuleValue& a, const RuleValue& b)
+bool isSameRule(const rules::RuleValue& a, const rules::RuleValue& b)
 {
     return isEqualRule(a, b) && hasSameMarks(a, b);
 }
 
 } // namespace
 
-bool needsWholeLines(const RuleValue& rule)
+bool needsWholeLines(const rules::RuleValue& rule)
 {
-    return !readsBack(rule, LineEnds::cut) && readsBack(rule, LineEnds::whole);
+    return !readsBack(rule, rules::LineEnds::cut) && readsBack(rule, rules::LineEnds::whole);
 }
 
 std::string wholeLinesAdvice()
@@ -37,7 +37,7 @@ std::string wholeLinesAdvice()
         + defaultSettingsFile() + "'";
 }
 
-std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds)
+std::optional<std::string> whyUnwritable(const rules::RuleValue& rule, rules::LineEnds lineEnds)
 {
     if (readsBack(rule, lineEnds))
         return std::nullopt;
@@ -51,20 +51,20 @@ std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnd
 }
 
 std::optional<std::string> whyRewritingCuts(
-    const std::vector<RuleRef>& rules, std::string_view fileText, LineEnds lineEnds)
+    const std::vector<rules::RuleRef>& rules, std::string_view fileText, rules::LineEnds lineEnds)
 {
-    std::vector<RuleValue> endangered;
-    for (const RuleRef& rule : rules) {
-        if (lineEnds == LineEnds::cut && needsWholeLines(valueOf(rule)))
+    std::vector<rules::RuleValue> endangered;
+    for (const rules::RuleRef& rule : rules) {
+        if (lineEnds == rules::LineEnds::cut && needsWholeLines(valueOf(rule)))
             endangered.push_back(valueOf(rule));
     }
     if (endangered.empty())
         return std::nullopt;
-    RuleReader reader;
-    for (const FileLine& line : fileLines(fileText)) {
+    rules::RuleReader reader;
+    for (const rules::FileLine& line : rules::fileLines(fileText)) {
         const auto rule = line.end.empty() ? std::nullopt : reader.ruleOf(line.text);
         const auto found = std::find_if(endangered.begin(), endangered.end(),
-            [&](const RuleValue& other) { return rule && isSameRule(*rule, other); });
+            [&](const rules::RuleValue& other) { return rule && isSameRule(*rule, other); });
         if (found != endangered.end())
             return "the rule stands whole in the rules file and would lose its end: " + wholeLinesAdvice()
                 + ": " + ruleText(*found);
@@ -72,4 +72,4 @@ std::optional<std::string> whyRewritingCuts(
     return std::nullopt;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,14 +11,14 @@
 
 // Rules that a rules file would not hold as they are, for commands that refuse to write them.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 // Why the rule must not be written, in words; none when it comes back as it is. Of one that only its letters
 // beyond ASCII keep from that, the words say how to switch on whole lines.
-std::optional<std::string> whyUnwritable(const RuleValue& rule, LineEnds lineEnds);
+std::optional<std::string> whyUnwritable(const rules::RuleValue& rule, rules::LineEnds lineEnds);
 
 // True when the rule comes back only from a file whose lines are written whole.
-bool needsWholeLines(const RuleValue& rule);
+bool needsWholeLines(const rules::RuleValue& rule);
 
 // How to switch them on, in words that end a sentence.
 std::string wholeLinesAdvice();
@@ -27,6 +27,6 @@ std::string wholeLinesAdvice();
 // `rules`, which are those that a change leaves alone, stands there whole and would lose its end. None when
 // none does.
 std::optional<std::string> whyRewritingCuts(
-    const std::vector<RuleRef>& rules, std::string_view fileText, LineEnds lineEnds);
+    const std::vector<rules::RuleRef>& rules, std::string_view fileText, rules::LineEnds lineEnds);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -19,33 +19,34 @@
 #include <thread>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 constexpr std::uint64_t fewRules = 20'000;
 
-VersionKind versionKind(ChangeReason::Kind kind)
+history::VersionKind versionKind(ChangeReason::Kind kind)
 {
     switch (kind) {
     case ChangeReason::Kind::undo:
-        return VersionKind::undo;
+        return history::VersionKind::undo;
     case ChangeReason::Kind::redo:
-        return VersionKind::redo;
+        return history::VersionKind::redo;
     case ChangeReason::Kind::action:
         break;
     }
-    return VersionKind::action;
+    return history::VersionKind::action;
 }
 
-ChangeCounts countsOf(const RulesDifference& difference)
+ChangeCounts countsOf(const rules::RulesDifference& difference)
 {
     return {difference.added.size(), difference.removed.size(), difference.changed.size()};
 }
 
-NewVersion newVersion(const ChangeCounts& counts, std::uint64_t rules, const DigestedBytes& bytes)
+history::NewVersion newVersion(
+    const ChangeCounts& counts, std::uint64_t rules, const history::DigestedBytes& bytes)
 {
-    NewVersion version;
+    history::NewVersion version;
     version.rules = rules;
     version.added = counts.added;
     version.removed = counts.removed;
@@ -56,37 +57,38 @@ NewVersion newVersion(const ChangeCounts& counts, std::uint64_t rules, const Dig
 
 // What a file holds, and its digest.
 struct FileContent {
-    explicit FileContent(RulesFileText read)
+    explicit FileContent(rules::RulesFileText read)
         : text(std::move(read))
         , bytes(text.bytes())
     {
     }
 
-    RulesFileText text;
-    DigestedBytes bytes;
+    rules::RulesFileText text;
+    history::DigestedBytes bytes;
 };
 
 // A long file is read on a core of its own, while the content that it is to have is made.
-std::future<FileContent> beginReading(const std::string& path, const FileLock& lock, bool isLong)
+std::future<FileContent> beginReading(const std::string& path, const platform::FileLock& lock, bool isLong)
 {
     return std::async(isLong ? std::launch::async | std::launch::deferred : std::launch::deferred,
-        [&path, &lock] { return FileContent(RulesFileText::read(path, lock)); });
+        [&path, &lock] { return FileContent(rules::RulesFileText::read(path, lock)); });
 }
 
-std::string wholeTextOf(const RulesSnapshot& rules)
+std::string wholeTextOf(const rules::RulesSnapshot& rules)
 {
-    RulesContent content(LineEnds::whole);
-    rules.forEach([&content](const RuleValue& rule) {
+    rules::RulesContent content(rules::LineEnds::whole);
+    rules.forEach([&content](const rules::RuleValue& rule) {
         askValue(rule, [&content](const auto& fields) { content.append(fields); });
     });
     return std::string(content.bytes());
 }
 
 // Without any content: room for rules that take about as much as those in the file.
-RulesContent roomFor(const RulesSnapshot& rules, LineEnds lineEnds, const std::string& path)
+rules::RulesContent roomFor(
+    const rules::RulesSnapshot& rules, rules::LineEnds lineEnds, const std::string& path)
 {
     std::error_code unknown;
-    const auto file = FileIdentity::ofPath(path, unknown);
+    const auto file = platform::FileIdentity::ofPath(path, unknown);
     return {lineEnds, rules.size(), static_cast<std::uintmax_t>(file ? file->size : 0)};
 }
 
@@ -95,18 +97,18 @@ DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
     return {.kind = kind, .text = std::move(text)};
 }
 
-std::string actionOf(const JournalVersion& version)
+std::string actionOf(const history::JournalVersion& version)
 {
     return version.action.value_or("a change");
 }
 
 } // namespace
 
-std::string unwritableMessage(const std::string& path, const FileLock& lock)
+std::string unwritableMessage(const std::string& path, const platform::FileLock& lock)
 {
     return lock.isHeldByAnother()
         ? "Another program is writing the rules file '" + path + "'; nothing was written"
-        : "Failed to open file '" + path + "' for writing: " + errorText(lock.error());
+        : "Failed to open file '" + path + "' for writing: " + platform::errorText(lock.error());
 }
 
 ChangeCounts& ChangeCounts::operator+=(const ChangeCounts& other)
@@ -118,7 +120,7 @@ ChangeCounts& ChangeCounts::operator+=(const ChangeCounts& other)
 }
 
 UserRulesFile::UserRulesFile(
-    const Locations& locations, std::string program, std::string stateFolder, Log& log)
+    const platform::Locations& locations, std::string program, std::string stateFolder, platform::Log& log)
     : m_path(locations.userRulesFile())
     , m_program(std::move(program))
     , m_stateFolder(std::move(stateFolder))
@@ -126,28 +128,28 @@ UserRulesFile::UserRulesFile(
 {
 }
 
-void UserRulesFile::setLimits(const JournalLimits& limits)
+void UserRulesFile::setLimits(const history::JournalLimits& limits)
 {
     m_limits = limits;
     m_journal.reset(); // opened again with these
 }
 
-FileLock UserRulesFile::lock(std::chrono::milliseconds wait) const
+platform::FileLock UserRulesFile::lock(std::chrono::milliseconds wait) const
 {
-    return FileLock::take(m_path, LockMode::exclusive, wait);
+    return platform::FileLock::take(m_path, platform::LockMode::exclusive, wait);
 }
 
 bool UserRulesFile::mayBeUnderWay() const
 {
-    return Journal::mayBeUnderWay(m_stateFolder, m_path);
+    return history::Journal::mayBeUnderWay(m_stateFolder, m_path);
 }
 
-std::unique_ptr<Journal> UserRulesFile::openJournal() const
+std::unique_ptr<history::Journal> UserRulesFile::openJournal() const
 {
-    return Journal::open(m_stateFolder, m_path, m_limits, m_log);
+    return history::Journal::open(m_stateFolder, m_path, m_limits, m_log);
 }
 
-Journal& UserRulesFile::journal()
+history::Journal& UserRulesFile::journal()
 {
     if (!m_journal)
         m_journal = openJournal();
@@ -166,19 +168,19 @@ void UserRulesFile::tellOfJournal(std::vector<DocumentNews>& news)
 
 // The newest version of the journal is what our programs wrote last; other bytes are another program's.
 std::optional<std::int64_t> UserRulesFile::keepForeign(
-    const DigestedBytes& bytes, std::vector<DocumentNews>& news)
+    const history::DigestedBytes& bytes, std::vector<DocumentNews>& news)
 {
     const auto newest = journal().newest();
     if (newest && newest->bytes == bytes.bytes().size() && newest->sha256 == bytes.digest())
         return newest->number;
     if (!newest && bytes.bytes().empty())
         return std::nullopt; // an empty file, or none, is what everything begins with
-    const std::vector<RuleValue> rules = rulesOfText(bytes.bytes());
+    const std::vector<rules::RuleValue> rules = rules::rulesOfText(bytes.bytes());
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
-    const ChangeCounts counts
-        = countsOf(rulesDifference(before ? rulesOfText(*before) : std::vector<RuleValue>(), rules));
-    NewVersion version = newVersion(counts, rules.size(), bytes);
-    version.kind = VersionKind::foreign;
+    const ChangeCounts counts = countsOf(
+        rulesDifference(before ? rules::rulesOfText(*before) : std::vector<rules::RuleValue>(), rules));
+    history::NewVersion version = newVersion(counts, rules.size(), bytes);
+    version.kind = history::VersionKind::foreign;
     const auto number = journal().record(version);
     tellOfJournal(news);
     return number;
@@ -188,8 +190,9 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
 // before it, as another program's.
 UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion(std::chrono::milliseconds wait)
 {
-    const FileLock held = lock(wait);
-    const RulesFileText text = held.isHeld() ? RulesFileText::read(m_path, held) : RulesFileText();
+    const platform::FileLock held = lock(wait);
+    const rules::RulesFileText text
+        = held.isHeld() ? rules::RulesFileText::read(m_path, held) : rules::RulesFileText();
     if (!held.isHeld() || text.errorMessage())
         return {};
     std::vector<DocumentNews> news;
@@ -201,11 +204,11 @@ UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion(std::chrono::mil
 }
 
 // Newest first: what a newer one holds is built upon the older ones, unless it never began.
-UserRulesFile::Recovery UserRulesFile::recover(FileLock& lock)
+UserRulesFile::Recovery UserRulesFile::recover(platform::FileLock& lock)
 {
     std::vector<DocumentNews> news;
     if (mayBeUnderWay()) {
-        for (const JournalVersion& version : journal().underWay()) {
+        for (const history::JournalVersion& version : journal().underWay()) {
             if (auto recovery = settle(version, lock)) {
                 recovery->news.insert(recovery->news.begin(), news.begin(), news.end());
                 return std::move(*recovery);
@@ -220,18 +223,20 @@ UserRulesFile::Recovery UserRulesFile::recover(FileLock& lock)
 }
 
 // None when its write never began, which leaves everything to older ones.
-std::optional<UserRulesFile::Recovery> UserRulesFile::settle(const JournalVersion& version, FileLock& lock)
+std::optional<UserRulesFile::Recovery> UserRulesFile::settle(
+    const history::JournalVersion& version, platform::FileLock& lock)
 {
     const auto meant = journal().bytesOf(version.number);
     if (!meant) // damaged, or the journal cannot be read at present
         return Recovery();
-    const auto meantRules = [&] { return rulesOfText(journal().meantOf(version.number).value_or(*meant)); };
-    const RulesFileText now = RulesFileText::read(m_path, lock);
+    const auto meantRules
+        = [&] { return rules::rulesOfText(journal().meantOf(version.number).value_or(*meant)); };
+    const rules::RulesFileText now = rules::RulesFileText::read(m_path, lock);
     if (now.errorMessage())
         return Recovery{.rules = meantRules()};
     switch (stateOf(version, now.bytes(), *meant)) {
     case FileAfterWrite::asMeant:
-        journal().finish(version.number, VersionState::done);
+        journal().finish(version.number, history::VersionState::done);
         return Recovery();
     case FileAfterWrite::asBefore:
         if (!journal().abandon(version.number))
@@ -242,8 +247,8 @@ std::optional<UserRulesFile::Recovery> UserRulesFile::settle(const JournalVersio
     case FileAfterWrite::foreign: {
         const auto before
             = version.before ? journal().meantOf(*version.before) : std::optional<std::string>(std::string());
-        return Recovery{.rules = rulesOf(mergeRules(rulesOfText(before.value_or(std::string())), meantRules(),
-                            rulesOfText(now.bytes())))};
+        return Recovery{.rules = rulesOf(mergeRules(rules::rulesOfText(before.value_or(std::string())),
+                            meantRules(), rules::rulesOfText(now.bytes())))};
     }
     }
     if (!complete(version, *meant, lock))
@@ -256,7 +261,7 @@ std::optional<UserRulesFile::Recovery> UserRulesFile::settle(const JournalVersio
 }
 
 FileAfterWrite UserRulesFile::stateOf(
-    const JournalVersion& version, std::string_view now, std::string_view meant)
+    const history::JournalVersion& version, std::string_view now, std::string_view meant)
 {
     const auto before = version.before ? journal().bytesOf(*version.before) : std::optional<std::string>("");
     const FileAfterWrite state = fileAfterWrite(now, before, meant);
@@ -264,16 +269,17 @@ FileAfterWrite UserRulesFile::stateOf(
 }
 
 // A version that cannot be completed stays under way, for the next that can write.
-bool UserRulesFile::complete(const JournalVersion& version, std::string meant, FileLock& lock)
+bool UserRulesFile::complete(
+    const history::JournalVersion& version, std::string meant, platform::FileLock& lock)
 {
     if (!lock.makeFile())
         return false;
-    const WriteResult result = writeRulesFile(m_path, RulesContent::ofText(std::move(meant)));
+    const rules::WriteResult result = writeRulesFile(m_path, rules::RulesContent::ofText(std::move(meant)));
     if (result.message) {
         noteLeft(lock);
         return false;
     }
-    journal().finish(version.number, VersionState::recovered);
+    journal().finish(version.number, history::VersionState::recovered);
     m_log.write("completed the write of '" + m_path + "' that was cut short: " + actionOf(version));
     return true;
 }
@@ -282,8 +288,8 @@ std::optional<std::string> UserRulesFile::textUnderWay(std::chrono::milliseconds
 {
     if (!mayBeUnderWay())
         return std::nullopt;
-    const RulesFileText now = RulesFileText::read(m_path, wait);
-    for (const JournalVersion& version : journal().underWay()) {
+    const rules::RulesFileText now = rules::RulesFileText::read(m_path, wait);
+    for (const history::JournalVersion& version : journal().underWay()) {
         const auto meant = journal().bytesOf(version.number);
         const FileAfterWrite state = meant ? stateOf(version, now.bytes(), *meant) : FileAfterWrite::foreign;
         if (state == FileAfterWrite::cutShort)
@@ -296,21 +302,21 @@ std::optional<std::string> UserRulesFile::textUnderWay(std::chrono::milliseconds
 
 // A file of which rules may be missing in the store is never written over. Returns its new name.
 std::optional<std::string> UserRulesFile::putAside(
-    const std::string& reason, FileLock& lock, WriteReport& report)
+    const std::string& reason, platform::FileLock& lock, WriteReport& report)
 {
-    auto aside = putUnreadFileAside(m_path);
+    auto aside = platform::putUnreadFileAside(m_path);
     if (!aside) {
         report.message
             = "Not writing file '" + m_path + "': " + reason + ", and it cannot be kept under another name";
         return std::nullopt;
     }
-    lock = FileLock::take(m_path, LockMode::exclusive, std::chrono::seconds(0));
+    lock = platform::FileLock::take(m_path, platform::LockMode::exclusive, std::chrono::seconds(0));
     return aside;
 }
 
 // The content of a write: the bytes for the file, and what they stand for where they cannot hold it.
 struct UserRulesFile::Meant {
-    RulesContent content;
+    rules::RulesContent content;
     std::optional<std::string> whole{}; // the rules as meant, where lines are cut
     std::uint64_t rules = 0;
     std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
@@ -320,7 +326,7 @@ struct UserRulesFile::Meant {
 // One look at each rule: of a million, hardly one is in the processor's caches at a second.
 UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
 {
-    const LineEnds lineEnds = order.wholeLines ? LineEnds::whole : LineEnds::cut;
+    const rules::LineEnds lineEnds = order.wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut;
     Meant meant{.content = roomFor(order.rules, lineEnds, m_path),
         .rules = order.rules.size(),
         .counts = order.counts};
@@ -328,7 +334,7 @@ UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
         meant.content.append(fields);
         meant.unwritableRules += readsBackAsWritten(fields, lineEnds) ? 0U : 1U;
     };
-    order.rules.forEach([&](const RuleValue& rule) { askValue(rule, append); });
+    order.rules.forEach([&](const rules::RuleValue& rule) { askValue(rule, append); });
     if (meant.content.isCut())
         meant.whole = wholeTextOf(order.rules);
     return meant;
@@ -340,18 +346,19 @@ std::optional<UserRulesFile::Meant> UserRulesFile::meantByVersion(std::int64_t n
     const auto rules = journal().meantOf(number);
     if (!bytes || !rules)
         return std::nullopt;
-    Meant meant{.content = RulesContent::ofText(*bytes)};
+    Meant meant{.content = rules::RulesContent::ofText(*bytes)};
     if (*rules != *bytes)
         meant.whole = *rules;
-    const std::vector<RuleValue> restored = rulesOfText(*rules);
+    const std::vector<rules::RuleValue> restored = rules::rulesOfText(*rules);
     const auto present = journal().newest();
     const auto presentRules = present ? journal().meantOf(present->number) : std::nullopt;
     meant.rules = restored.size();
-    meant.counts = countsOf(rulesDifference(rulesOfText(presentRules.value_or(std::string())), restored));
+    meant.counts
+        = countsOf(rulesDifference(rules::rulesOfText(presentRules.value_or(std::string())), restored));
     return meant;
 }
 
-WriteReport UserRulesFile::write(const WriteOrder& order, FileLock& lock)
+WriteReport UserRulesFile::write(const WriteOrder& order, platform::FileLock& lock)
 {
     WriteReport report;
     try {
@@ -373,7 +380,7 @@ std::optional<std::string> UserRulesFile::refusalOf(
     return std::nullopt;
 }
 
-void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLock& lock)
+void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platform::FileLock& lock)
 {
     auto reading = beginReading(m_path, lock, order.rules.size() > fewRules);
     std::optional<Meant> meant;
@@ -392,7 +399,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLo
     const auto aside = unread ? putAside(*unread, lock, report) : std::nullopt;
     if (unread && !aside)
         return;
-    const DigestedBytes old = aside ? DigestedBytes() : present.bytes;
+    const history::DigestedBytes old = aside ? history::DigestedBytes() : present.bytes;
     report.version = beginVersion(order, *meant, old);
     tellOfJournal(report.news);
     if (lock.makeFile())
@@ -409,7 +416,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, FileLo
 // Where the journal cannot complete a write that fails, the file gets its old content back.
 void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::string_view old)
 {
-    WriteResult result
+    rules::WriteResult result
         = writeRulesFile(m_path, meant.content, report.version ? std::nullopt : std::optional(old));
     report.isWritten = result.opened;
     report.message = std::move(result.message);
@@ -420,7 +427,7 @@ void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::stri
 // Where nothing could be written in its place, the file goes back to it.
 void UserRulesFile::tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside)
 {
-    if (!report.isWritten && takeFileBack(aside, m_path))
+    if (!report.isWritten && platform::takeFileBack(aside, m_path))
         return;
     m_log.write("keeping '" + m_path + "', of which not everything was read, as '" + aside + "'");
     report.news.push_back(newsOf(DocumentNews::Kind::setAside,
@@ -430,26 +437,27 @@ void UserRulesFile::tellOfFileAside(WriteReport& report, const std::string& reas
 void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant) const
 {
     if (meant.rules > fewRules)
-        std::this_thread::sleep_for(KnownFile::usualRoughness); // so that no later look has to read it all
+        std::this_thread::sleep_for(
+            rules::KnownFile::usualRoughness); // so that no later look has to read it all
     const std::string_view written = meant.content.bytes();
-    if (auto known = KnownFile::ofFileWith(m_path, written))
+    if (auto known = rules::KnownFile::ofFileWith(m_path, written))
         report.known = std::move(*known);
     else
         report.message = "The rules file '" + m_path + "' does not hold what was written to it";
     if (meant.whole || meant.unwritableRules > 0)
-        report.readAs = rulesOfText(written);
+        report.readAs = rules::rulesOfText(written);
     report.unwritableRules = meant.unwritableRules;
 }
 
 // None when the file already is as meant, which is no version, or when the journal cannot keep it. An undo
 // that changes nothing is one all the same: the next undo then takes back the action before.
 std::optional<std::int64_t> UserRulesFile::beginVersion(
-    const WriteOrder& order, const Meant& meant, const DigestedBytes& previous)
+    const WriteOrder& order, const Meant& meant, const history::DigestedBytes& previous)
 {
     if (order.reason.kind == ChangeReason::Kind::action && meant.counts.isNothing()
         && previous.bytes() == meant.content.bytes())
         return std::nullopt;
-    NewVersion version = newVersion(meant.counts, meant.rules, meant.content.bytes());
+    history::NewVersion version = newVersion(meant.counts, meant.rules, meant.content.bytes());
     version.program = m_program;
     version.action = order.reason.action;
     version.kind = versionKind(order.reason.kind);
@@ -461,7 +469,7 @@ std::optional<std::int64_t> UserRulesFile::beginVersion(
 }
 
 // A write that stopped half-way leaves its version under way, for the next that can write to complete.
-void UserRulesFile::settleVersion(const WriteReport& report, FileLock& lock)
+void UserRulesFile::settleVersion(const WriteReport& report, platform::FileLock& lock)
 {
     if (!report.version)
         return;
@@ -470,14 +478,14 @@ void UserRulesFile::settleVersion(const WriteReport& report, FileLock& lock)
     else if (report.message)
         noteLeft(lock);
     else
-        journal().finish(*report.version, VersionState::done);
+        journal().finish(*report.version, history::VersionState::done);
 }
 
-void UserRulesFile::noteLeft(const FileLock& lock)
+void UserRulesFile::noteLeft(const platform::FileLock& lock)
 {
-    const RulesFileText left = RulesFileText::read(m_path, lock);
+    const rules::RulesFileText left = rules::RulesFileText::read(m_path, lock);
     if (!left.errorMessage())
         journal().noteLeft(left.bytes());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,14 +4,14 @@
 
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 // The newest version that is older; they come newest first.
-std::optional<std::int64_t> newestOlder(Journal& journal, std::int64_t number)
+std::optional<std::int64_t> newestOlder(history::Journal& journal, std::int64_t number)
 {
-    for (const JournalVersion& each : journal.versions()) {
+    for (const history::JournalVersion& each : journal.versions()) {
         if (each.number < number)
             return each.number;
     }
@@ -25,7 +25,7 @@ std::string versionName(std::int64_t number)
 
 } // namespace
 
-VersionChanges changesOf(Journal& journal, const JournalVersion& version)
+VersionChanges changesOf(history::Journal& journal, const history::JournalVersion& version)
 {
     VersionChanges changes;
     if (version.before) {
@@ -48,20 +48,20 @@ VersionChanges changesOf(Journal& journal, const JournalVersion& version)
     return changes;
 }
 
-std::string actionText(const JournalVersion& version)
+std::string actionText(const history::JournalVersion& version)
 {
     const std::string action = version.action.value_or(std::string());
     switch (version.kind) {
-    case VersionKind::action:
+    case history::VersionKind::action:
         return action;
-    case VersionKind::undo:
+    case history::VersionKind::undo:
         return "Undo " + action;
-    case VersionKind::redo:
+    case history::VersionKind::redo:
         return "Redo " + action;
-    case VersionKind::foreign:
+    case history::VersionKind::foreign:
         break;
     }
     return version.before ? "Changed by another program" : "As found when the history began";
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,9 +6,11 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
-
+namespace quorvane::history {
 class Journal;
+}
+
+namespace quorvane::workflow {
 
 // What a version made out of the one before it.
 struct VersionChanges {
@@ -20,9 +22,9 @@ struct VersionChanges {
 
 // The version before is the one that was the newest when `version` was recorded, or the newest older one that
 // is left where that is forgotten. For the thread that uses the journal.
-VersionChanges changesOf(Journal& journal, const JournalVersion& version);
+VersionChanges changesOf(history::Journal& journal, const history::JournalVersion& version);
 
 // What was done, in words: "Delete 3 Rules", "Undo Delete 3 Rules", "Changed by another program".
-std::string actionText(const JournalVersion& version);
+std::string actionText(const history::JournalVersion& version);
 
-} // namespace quorvane
+} // namespace quorvane::workflow

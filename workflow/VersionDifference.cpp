@@ -4,9 +4,9 @@
 #include "rules/RulesText.h"
 #include "workflow/VersionChanges.h"
 
-namespace quorvane {
+namespace quorvane::workflow {
 
-std::optional<VersionDifference> differenceOfVersion(Journal& journal, std::int64_t number)
+std::optional<VersionDifference> differenceOfVersion(history::Journal& journal, std::int64_t number)
 {
     const auto version = journal.version(number);
     if (!version)
@@ -15,9 +15,9 @@ std::optional<VersionDifference> differenceOfVersion(Journal& journal, std::int6
     if (changes.problem)
         return std::nullopt;
     return VersionDifference{
-        .difference = rulesDifference(rulesOfText(changes.before), rulesOfText(changes.after)),
+        .difference = rulesDifference(rules::rulesOfText(changes.before), rules::rulesOfText(changes.after)),
         .since = changes.since,
         .isWholeStory = changes.since == version->before};
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -1037,7 +1037,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::AccessModel</name>
+    <name>quorvane::windows::AccessModel</name>
     <message>
         <source>%1 via %2</source>
         <translation>%1 über %2</translation>
@@ -1100,7 +1100,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::AsideController</name>
+    <name>quorvane::windows::AsideController</name>
     <message>
         <source>Nothing was set aside: %1</source>
         <translation>Es wurde nichts beiseitegelegt: %1</translation>
@@ -1131,14 +1131,14 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::AsideWindow</name>
+    <name>quorvane::windows::AsideWindow</name>
     <message>
         <source>No rule is set aside.</source>
         <translation>Keine Regel ist beiseitegelegt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::AuthenticationWindow</name>
+    <name>quorvane::windows::AuthenticationWindow</name>
     <message>
         <source>Touch the fingerprint reader, or use your password.</source>
         <translation>Berühren Sie den Fingerabdruckleser oder verwenden Sie Ihr Passwort.</translation>
@@ -1169,7 +1169,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ChangeWindow</name>
+    <name>quorvane::windows::ChangeWindow</name>
     <message>
         <source>Nothing can be changed.</source>
         <translation>Es kann nichts geändert werden.</translation>
@@ -1180,7 +1180,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::CleanUpModel</name>
+    <name>quorvane::windows::CleanUpModel</name>
     <message>
         <source>Rule</source>
         <translation>Regel</translation>
@@ -1195,7 +1195,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::CleanUpWindow</name>
+    <name>quorvane::windows::CleanUpWindow</name>
     <message>
         <source>Clean Up</source>
         <translation>Aufräumen</translation>
@@ -1238,7 +1238,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ColumnsMenu</name>
+    <name>quorvane::windows::ColumnsMenu</name>
     <message>
         <source>Put &amp;First</source>
         <translation>Nach &amp;vorn</translation>
@@ -1249,14 +1249,14 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::EditWatchWindowController</name>
+    <name>quorvane::windows::EditWatchWindowController</name>
     <message>
         <source>Watch Rule</source>
         <translation>Watch Rule</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ExchangeController</name>
+    <name>quorvane::windows::ExchangeController</name>
     <message>
         <source>Export All Rules</source>
         <translation>Alle Regeln exportieren</translation>
@@ -1271,7 +1271,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ExchangeFilePanel</name>
+    <name>quorvane::windows::ExchangeFilePanel</name>
     <message>
         <source>Rules (*.%1)</source>
         <translation>Regeln (*.%1)</translation>
@@ -1290,7 +1290,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::FileOrFolderPanel</name>
+    <name>quorvane::windows::FileOrFolderPanel</name>
     <message>
         <source>&amp;Name:</source>
         <translation>&amp;Name:</translation>
@@ -1305,7 +1305,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::FootNotices</name>
+    <name>quorvane::windows::FootNotices</name>
     <message>
         <source>Dismiss</source>
         <translation>Ausblenden</translation>
@@ -1320,7 +1320,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ForesightBar</name>
+    <name>quorvane::windows::ForesightBar</name>
     <message>
         <source>All rules of the file</source>
         <translation>Alle Regeln der Datei</translation>
@@ -1331,14 +1331,14 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::HistoryReader</name>
+    <name>quorvane::windows::HistoryReader</name>
     <message>
         <source>There is not enough memory to compare these versions.</source>
         <translation>Der Speicher reicht nicht aus, um diese Versionen zu vergleichen.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::HistoryWindow</name>
+    <name>quorvane::windows::HistoryWindow</name>
     <message>
         <source>Version %1</source>
         <translation>Version %1</translation>
@@ -1421,7 +1421,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ImportProgress</name>
+    <name>quorvane::windows::ImportProgress</name>
     <message>
         <source>Importing rules…</source>
         <translation>Regeln werden importiert…</translation>
@@ -1432,7 +1432,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ImportTableModel</name>
+    <name>quorvane::windows::ImportTableModel</name>
     <message>
         <source>Import</source>
         <translation>Import</translation>
@@ -1455,7 +1455,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ImportWindowController</name>
+    <name>quorvane::windows::ImportWindowController</name>
     <message>
         <source>&amp;Tick or Untick</source>
         <translation>A&amp;nkreuzen oder abwählen</translation>
@@ -1518,7 +1518,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::LikeSelection</name>
+    <name>quorvane::windows::LikeSelection</name>
     <message>
         <source>Same &amp;Class</source>
         <translation>Gleiche &amp;Klasse</translation>
@@ -1549,7 +1549,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::MapWindow</name>
+    <name>quorvane::windows::MapWindow</name>
     <message>
         <source>Looking at the rules…</source>
         <translation>Regeln werden gelesen…</translation>
@@ -1568,14 +1568,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::MessageWindow</name>
+    <name>quorvane::windows::MessageWindow</name>
     <message>
         <source>Lock</source>
         <translation>Schloss</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::NarrowBar</name>
+    <name>quorvane::windows::NarrowBar</name>
     <message>
         <source>%1 more: search for them</source>
         <translation>%1 weitere: bitte suchen</translation>
@@ -1666,7 +1666,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::OperationBoxesRow</name>
+    <name>quorvane::windows::OperationBoxesRow</name>
     <message>
         <source>&amp;Read</source>
         <translation>&amp;Lesen</translation>
@@ -1689,7 +1689,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::PathField</name>
+    <name>quorvane::windows::PathField</name>
     <message>
         <source>Browse…</source>
         <translation>Durchsuchen…</translation>
@@ -1700,7 +1700,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::PlaceMenu</name>
+    <name>quorvane::windows::PlaceMenu</name>
     <message>
         <source>This &amp;Machine</source>
         <translation>Diesen &amp;Rechner</translation>
@@ -1727,14 +1727,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ProblemList</name>
+    <name>quorvane::windows::ProblemList</name>
     <message>
         <source>Why?</source>
         <translation>Warum?</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ProblemsPanel</name>
+    <name>quorvane::windows::ProblemsPanel</name>
     <message>
         <source>Problems</source>
         <translation>Probleme</translation>
@@ -1777,7 +1777,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::QVPreferencesWindow</name>
+    <name>quorvane::app::QVPreferencesWindow</name>
     <message>
         <source>Other (%1)</source>
         <translation>Anderer (%1)</translation>
@@ -1796,7 +1796,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::RuleCellsModel</name>
+    <name>quorvane::windows::RuleCellsModel</name>
     <message>
         <source>sorted ascending</source>
         <translation>aufsteigend sortiert</translation>
@@ -1807,7 +1807,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::RuleStrip</name>
+    <name>quorvane::windows::RuleStrip</name>
     <message>
         <source>Rule in words</source>
         <translation>Regel in Worten</translation>
@@ -1858,7 +1858,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::RulesEditorTableController</name>
+    <name>quorvane::windows::RulesEditorTableController</name>
     <message>
         <source>Rule</source>
         <translation>Rule</translation>
@@ -2025,7 +2025,7 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::SavePanel</name>
+    <name>quorvane::windows::SavePanel</name>
     <message>
         <source>No file can be saved as “%1”.</source>
         <translation>Unter „%1“ kann keine Datei gespeichert werden.</translation>
@@ -2038,7 +2038,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::SelectionController</name>
+    <name>quorvane::windows::SelectionController</name>
     <message>
         <source>Left out: %1 of the system or of another kind.</source>
         <translation>Ausgelassen: %1 des Systems oder anderer Art.</translation>
@@ -2165,14 +2165,14 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::SettingsWindow</name>
+    <name>quorvane::windows::SettingsWindow</name>
     <message>
         <source>The settings could not be saved: %1</source>
         <translation>Die Einstellungen konnten nicht gespeichert werden: %1</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::TableNarrowing</name>
+    <name>quorvane::windows::TableNarrowing</name>
     <message>
         <source>Looking…</source>
         <translation>Suche läuft…</translation>
@@ -2183,7 +2183,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::TouchingWindow</name>
+    <name>quorvane::windows::TouchingWindow</name>
     <message>
         <source>Path</source>
         <translation>Pfad</translation>
@@ -2246,7 +2246,7 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::VersionsModel</name>
+    <name>quorvane::windows::VersionsModel</name>
     <message>
         <source>version %1, of %2</source>
         <translation>Version %1, vom %2</translation>

@@ -10,7 +10,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -31,31 +31,31 @@ std::string infoPlist(const std::string& executable)
 // A program that seals the Info.plist.
 Bytes programSealing(const std::string& info)
 {
-    ProgramPlan plan;
-    plan.signature->infoPlist = bytesOf(info);
+    test::ProgramPlan plan;
+    plan.signature->infoPlist = test::bytesOf(info);
     return makeProgram(plan);
 }
 
 // A binary property list: one dictionary with one text.
 Bytes binaryInfoPlist(const std::string& executable)
 {
-    Bytes list = bytesOf("bplist00");
+    Bytes list = test::bytesOf("bplist00");
     const std::size_t dictionary = list.size();
-    append(list, Bytes{0xd1, 1, 2});
+    test::append(list, Bytes{0xd1, 1, 2});
     const std::size_t key = list.size();
-    append(list, Bytes{0x5f, 0x10, 18});
-    append(list, "CFBundleExecutable");
+    test::append(list, Bytes{0x5f, 0x10, 18});
+    test::append(list, "CFBundleExecutable");
     const std::size_t value = list.size();
-    append(list, Bytes{static_cast<std::uint8_t>(0x50 + executable.size())});
-    append(list, executable);
+    test::append(list, Bytes{static_cast<std::uint8_t>(0x50 + executable.size())});
+    test::append(list, executable);
     const std::size_t table = list.size();
     for (const std::size_t offset : {dictionary, key, value})
         list.push_back(static_cast<std::uint8_t>(offset));
     Bytes trailer(32);
     trailer[6] = trailer[7] = 1;
-    putNumber(trailer, 8, 3, 8, ByteOrder::big);
-    putNumber(trailer, 24, table, 8, ByteOrder::big);
-    append(list, trailer);
+    test::putNumber(trailer, 8, 3, 8, ByteOrder::big);
+    test::putNumber(trailer, 24, table, 8, ByteOrder::big);
+    test::append(list, trailer);
     return list;
 }
 
@@ -63,55 +63,55 @@ Bytes binaryInfoPlist(const std::string& executable)
 
 TEST(Bundle, OfAnApplicationAnswersForItsMainExecutable)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = infoPlist("tool");
     folder.write("X.app/Contents/Info.plist", info);
     const std::string program = folder.write("X.app/Contents/MacOS/tool", programSealing(info));
 
-    EXPECT_EQ(answersAt(folder.path("X.app")), adHoc);
-    EXPECT_EQ(answersAt(folder.path("X.app/")), adHoc);
-    EXPECT_EQ(answersAt(program), adHoc);
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), adHoc);
+    EXPECT_EQ(test::answersAt(folder.path("X.app/")), adHoc);
+    EXPECT_EQ(test::answersAt(program), adHoc);
     std::filesystem::create_symlink(program, folder.path("link"));
-    EXPECT_EQ(answersAt(folder.path("link")), adHoc);
+    EXPECT_EQ(test::answersAt(folder.path("link")), adHoc);
 }
 
 TEST(Bundle, WhoseInfoPlistChangedOrIsMissingCannotBeTold)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = infoPlist("X");
     const std::string program = folder.write("X.app/Contents/MacOS/X", programSealing(info));
-    EXPECT_EQ(answersAt(program), wrongInfo);
-    EXPECT_EQ(answersAt(folder.path("X.app")), wrongInfo);
+    EXPECT_EQ(test::answersAt(program), wrongInfo);
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), wrongInfo);
 
     folder.write("X.app/Contents/Info.plist", info + "\n");
-    EXPECT_EQ(answersAt(program), wrongInfo);
+    EXPECT_EQ(test::answersAt(program), wrongInfo);
     folder.write("X.app/Contents/Info.plist", info);
-    EXPECT_EQ(answersAt(program), adHoc);
+    EXPECT_EQ(test::answersAt(program), adHoc);
 }
 
 TEST(Bundle, NamesItsExecutableInABinaryList)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const Bytes info = binaryInfoPlist("tool");
     folder.write("X.app/Contents/Info.plist", info);
     const std::string program
         = folder.write("X.app/Contents/MacOS/tool", programSealing(std::string(ByteView(info).text())));
-    EXPECT_EQ(answersAt(folder.path("X.app")), adHoc);
-    EXPECT_EQ(answersAt(program), adHoc);
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), adHoc);
+    EXPECT_EQ(test::answersAt(program), adHoc);
 }
 
 TEST(Bundle, WithoutANameUsesItsFolders)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = "<plist><dict/></plist>";
     folder.write("Some Tool.app/Contents/Info.plist", info);
     folder.write("Some Tool.app/Contents/MacOS/Some Tool", programSealing(info));
-    EXPECT_EQ(answersAt(folder.path("Some Tool.app")), adHoc);
+    EXPECT_EQ(test::answersAt(folder.path("Some Tool.app")), adHoc);
 }
 
 TEST(Bundle, MayBeFlatOrAVersionedFramework)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = infoPlist("Code");
     folder.write("Flat.app/Info.plist", info);
     folder.write("Flat.app/Code", programSealing(info));
@@ -122,36 +122,36 @@ TEST(Bundle, MayBeFlatOrAVersionedFramework)
 
     for (const char* path : {"Flat.app", "Flat.app/Code", "Y.framework", "Y.framework/Code",
              "Y.framework/Versions/A/Code", "Y.framework/Versions/A", "Y.framework/Versions/Current/Code"})
-        EXPECT_EQ(answersAt(folder.path(path)), adHoc) << path;
+        EXPECT_EQ(test::answersAt(folder.path(path)), adHoc) << path;
 }
 
 TEST(Bundle, IsNotWhatAHelperBesideItsMainExecutableBelongsTo)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = infoPlist("tool");
     folder.write("X.app/Contents/Info.plist", info);
     folder.write("X.app/Contents/MacOS/tool", programSealing(info));
-    const std::string helper = folder.write("X.app/Contents/MacOS/helper", makeProgram());
+    const std::string helper = folder.write("X.app/Contents/MacOS/helper", test::makeProgram());
     const std::string sealing = folder.write("X.app/Contents/MacOS/other", programSealing(info));
 
-    EXPECT_EQ(answersAt(helper), adHoc);
-    EXPECT_EQ(answersAt(sealing), wrongInfo);
+    EXPECT_EQ(test::answersAt(helper), adHoc);
+    EXPECT_EQ(test::answersAt(sealing), wrongInfo);
 }
 
 TEST(Bundle, NeverNamesAFileOutside)
 {
     for (const char* name : {"../../../outside", "/bin/ls", ".", "..", ""}) {
-        const TemporaryFolder folder;
-        folder.write("outside", makeProgram());
+        const test::TemporaryFolder folder;
+        folder.write("outside", test::makeProgram());
         folder.write("X.app/Contents/Info.plist", infoPlist(name));
-        folder.write("X.app/Contents/MacOS/X", makeProgram());
-        EXPECT_EQ(answersAt(folder.path("X.app")), noCode) << name;
+        folder.write("X.app/Contents/MacOS/X", test::makeProgram());
+        EXPECT_EQ(test::answersAt(folder.path("X.app")), noCode) << name;
     }
 }
 
 TEST(Path, ThatNamesNoCodeCannotBeTold)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_directory(folder.path("folder"));
     std::filesystem::create_symlink("loop", folder.path("loop"));
     std::filesystem::create_directory(folder.path("Loop.app"));
@@ -159,27 +159,27 @@ TEST(Path, ThatNamesNoCodeCannotBeTold)
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
     std::filesystem::create_directories(folder.path("Pipe.app/Contents/MacOS"));
     ASSERT_EQ(mkfifo(folder.path("Pipe.app/Contents/MacOS/Pipe").c_str(), 0600), 0);
-    folder.write("file", makeProgram());
+    folder.write("file", test::makeProgram());
 
     for (const std::string& path :
         {folder.path("missing"), folder.path("folder"), folder.path("loop"), folder.path("Loop.app"),
             folder.path("pipe"), folder.path("Pipe.app"), folder.path("file/x"), std::string("/dev/zero"),
             std::string(), std::string(5000, 'x'), folder.path("file") + std::string("\0x", 2)})
-        EXPECT_EQ(answersAt(path), noCode) << path;
+        EXPECT_EQ(test::answersAt(path), noCode) << path;
 }
 
 TEST(Path, OfABundleWithAPipeForAnInfoPlistNeverBlocks)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     folder.write("X.app/Contents/MacOS/X", programSealing("info"));
     ASSERT_EQ(mkfifo(folder.path("X.app/Contents/Info.plist").c_str(), 0600), 0);
-    EXPECT_EQ(answersAt(folder.path("X.app")), wrongInfo);
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), wrongInfo);
 }
 
 TEST(Path, ThatGrowsOrShrinksAfterwardsFailsAndDoesNoHarm)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("program", makeProgram());
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("program", test::makeProgram());
     const auto code = ProgramCode::atPath(path);
     ASSERT_EQ(codeSignState(code.get(), strictFlags), 2);
     std::filesystem::resize_file(path, 5000);
@@ -190,13 +190,13 @@ TEST(Path, ThatGrowsOrShrinksAfterwardsFailsAndDoesNoHarm)
 
 TEST(Path, OfASparseFileEndsInTime)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("program", makeProgram());
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("program", test::makeProgram());
     std::filesystem::resize_file(path, 15ULL << 30U);
-    EXPECT_EQ(
-        answersAt(path), "basic 2, strict 6, com.example.tool, none, platform 0, Self-Signed Certificate");
+    EXPECT_EQ(test::answersAt(path),
+        "basic 2, strict 6, com.example.tool, none, platform 0, Self-Signed Certificate");
     std::filesystem::resize_file(path, 1ULL << 42U);
-    EXPECT_EQ(answersAt(path), noCode) << "no program is as large as this";
+    EXPECT_EQ(test::answersAt(path), noCode) << "no program is as large as this";
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -23,7 +23,7 @@ void writeByteAt(const std::string& path, std::uint64_t offset, char byte)
 
 TEST(CodeFile, IsZeroWhereNothingElseIsStored)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     constexpr std::uint64_t size = 8ULL << 30U;
     const std::string path = folder.write("file", "x");
     std::filesystem::resize_file(path, size);
@@ -44,7 +44,7 @@ TEST(CodeFile, IsZeroWhereNothingElseIsStored)
 
 TEST(CodeFile, FindsEveryByteThatIsNotZeroInStoredData)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const std::size_t at : {0U, 1U, 4095U, 262143U, 262144U, 299999U}) {
         std::string contents(300000, '\0');
         const std::string zeros = folder.write("zeros", contents);
@@ -56,7 +56,7 @@ TEST(CodeFile, FindsEveryByteThatIsNotZeroInStoredData)
 
 TEST(CodeFile, HasFailedOnlyWhenItHoldsLessThanItsSize)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("file", "0123456789");
     const auto file = CodeFile::open(path);
     Bytes to(10);
@@ -82,8 +82,8 @@ TEST(CodeFile, IsReadToItsEndWhateverItsSizeSays)
         return true;
     });
     EXPECT_EQ(result, ReadResult::complete);
-    EXPECT_EQ(read, TemporaryFolder::contents("/proc/version"));
+    EXPECT_EQ(read, test::TemporaryFolder::contents("/proc/version"));
     EXPECT_NE(read, "");
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -159,4 +159,4 @@ TEST(GetCertificateStringContent, IsTheFirstValueWithTheLabelOrNone)
     EXPECT_FALSE(getCertificateStringContent(values, "without list", "a"));
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

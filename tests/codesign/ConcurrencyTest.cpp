@@ -9,12 +9,12 @@
 #include <thread>
 #include <vector>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 TEST(Codesign, AnswersManyThreadsAtOnceAsItAnswersOne)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("program", signedProgram());
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("program", test::signedProgram());
     const std::string alone = sha256OfFile(path).value();
     std::atomic<int> right = 0;
     std::vector<std::thread> threads;
@@ -35,4 +35,4 @@ TEST(Codesign, AnswersManyThreadsAtOnceAsItAnswersOne)
     EXPECT_EQ(right, 100);
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

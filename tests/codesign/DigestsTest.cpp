@@ -8,7 +8,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST(Digests, AreLowercaseDigitsWithLeadingZeros)
 
 TEST(Digests, OfAFileEqualThoseOfItsBytesWhateverItsLength)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const std::size_t length :
         {0U, 1U, 511U * 1024U, 512U * 1024U, 512U * 1024U + 1U, 3U * 1024U * 1024U}) {
         std::string contents(length, 'x');
@@ -48,7 +48,7 @@ TEST(Digests, OfAFileEqualThoseOfItsBytesWhateverItsLength)
 
 TEST(Digests, OfWhatIsNoReadableFileAreNoneAndNeverBlock)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string pipe = folder.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
 
@@ -84,4 +84,4 @@ TEST(IsSIP, IsTrueForTheFoldersOfTheOperatingSystemOnly)
         EXPECT_EQ(isSIP(c.path), c.isProtected) << c.path;
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -13,16 +13,16 @@
 #include <optional>
 #include <set>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
 // Asks once for every read that the question makes, with that read failing; the answers that were given.
-template <class Ask> auto answersWithEachReadFailing(ReadFailure failure, const Ask& ask)
+template <class Ask> auto answersWithEachReadFailing(test::ReadFailure failure, const Ask& ask)
 {
     std::set<decltype(ask())> answers;
     for (std::size_t position = 0;; ++position) {
-        const FailingReads reads(failure, position);
+        const test::FailingReads reads(failure, position);
         auto answer = ask();
         if (reads.calls() <= position)
             break; // it makes no more reads than these
@@ -32,26 +32,27 @@ template <class Ask> auto answersWithEachReadFailing(ReadFailure failure, const 
 }
 
 // Programs that make every kind of read, by name.
-std::map<std::string, std::string> programsIn(const TemporaryFolder& folder)
+std::map<std::string, std::string> programsIn(const test::TemporaryFolder& folder)
 {
     const std::string info = "<plist><dict><key>CFBundleExecutable</key><string>main</string></dict></plist>";
     const std::string seal = "<plist><dict><key>files2</key><dict/><key>rules2</key><dict><key>^Info</key>"
                              "<false/></dict></dict></plist>";
-    ProgramPlan sealed;
-    sealed.signature->infoPlist = bytesOf(info);
-    sealed.signature->resourceSeal = bytesOf(seal);
+    test::ProgramPlan sealed;
+    sealed.signature->infoPlist = test::bytesOf(info);
+    sealed.signature->resourceSeal = test::bytesOf(seal);
     folder.write("X.app/Contents/Info.plist", info);
     folder.write("X.app/Contents/_CodeSignature/CodeResources", seal);
     folder.write("X.app/Contents/MacOS/main", makeProgram(sealed));
-    ProgramPlan withSection;
-    withSection.infoPlistSection = bytesOf(info);
+    test::ProgramPlan withSection;
+    withSection.infoPlistSection = test::bytesOf(info);
     withSection.signature->infoPlist = withSection.infoPlistSection;
     return {
-        {"signed", folder.write("signed", signedProgram())},
+        {"signed", folder.write("signed", test::signedProgram())},
         {"section", folder.write("section", makeProgram(withSection))},
         {"universal",
-            folder.write(
-                "universal", makeUniversal({{x86_64, makeUnsignedProgram()}, {arm64, makeProgram()}}))},
+            folder.write("universal",
+                test::makeUniversal(
+                    {{test::x86_64, test::makeUnsignedProgram()}, {test::arm64, test::makeProgram()}}))},
         {"bundle", folder.path("X.app")},
         {"executable of a bundle", folder.path("X.app/Contents/MacOS/main")},
     };
@@ -59,27 +60,30 @@ std::map<std::string, std::string> programsIn(const TemporaryFolder& folder)
 
 std::int32_t strictStateAt(const std::string& path)
 {
-    return stateAt(path, strictFlags);
+    return test::stateAt(path, strictFlags);
 }
 
 } // namespace
 
 TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const auto& program : programsIn(folder)) {
         const auto& name = program.first;
         const auto& path = program.second;
-        const std::string answer = answersAt(path);
+        const std::string answer = test::answersAt(path);
         EXPECT_EQ(answer.substr(0, 17), "basic 2, strict 2") << name;
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::cutShort, [&path] { return answersAt(path); }),
+        EXPECT_EQ(answersWithEachReadFailing(
+                      test::ReadFailure::cutShort, [&path] { return test::answersAt(path); }),
             std::set{answer})
             << name;
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::cutShort, [&path] { return stateAt(path, 0); }),
+        EXPECT_EQ(answersWithEachReadFailing(
+                      test::ReadFailure::cutShort, [&path] { return test::stateAt(path, 0); }),
             std::set{2})
             << name;
         EXPECT_EQ(
-            answersWithEachReadFailing(ReadFailure::cutShort, [&path] { return sha256OfFile(path); }).size(),
+            answersWithEachReadFailing(test::ReadFailure::cutShort, [&path] { return sha256OfFile(path); })
+                .size(),
             path == folder.path("X.app") ? 0U : 1U)
             << name;
     }
@@ -88,47 +92,47 @@ TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
 TEST(FailingReads, NeverMakeAProgramUnsignedOrValid)
 {
     // 3: pages that end too early; 4: pages that cannot be read; 6: nothing is known
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const auto& program : programsIn(folder)) {
         const auto& name = program.first;
         const auto& path = program.second;
         const auto strict = [&path] { return strictStateAt(path); };
-        const auto everything = [&path] { return stateAt(path, 0); };
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::error, strict), (std::set{4, 6})) << name;
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::end, strict), (std::set{3, 6})) << name;
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::error, everything), (std::set{4, 6})) << name;
-        EXPECT_EQ(answersWithEachReadFailing(ReadFailure::end, everything), (std::set{3, 6})) << name;
+        const auto everything = [&path] { return test::stateAt(path, 0); };
+        EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::error, strict), (std::set{4, 6})) << name;
+        EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::end, strict), (std::set{3, 6})) << name;
+        EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::error, everything), (std::set{4, 6})) << name;
+        EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::end, everything), (std::set{3, 6})) << name;
     }
 }
 
 TEST(FailingReads, OfASignatureLeaveNothingKnownOfTheProgram)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("signed", signedProgram());
-    for (const ReadFailure failure : {ReadFailure::error, ReadFailure::end}) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("signed", test::signedProgram());
+    for (const test::ReadFailure failure : {test::ReadFailure::error, test::ReadFailure::end}) {
         const auto answers = answersWithEachReadFailing(
-            failure, [&path] { return ProgramCode::atPath(path, testAnchor()) == nullptr; });
+            failure, [&path] { return ProgramCode::atPath(path, test::testAnchor()) == nullptr; });
         EXPECT_EQ(answers, std::set{true});
     }
 }
 
 TEST(FailingReads, OfAnUnsignedProgramNeverCallItUnsigned)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("unsigned", makeUnsignedProgram());
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("unsigned", test::makeUnsignedProgram());
     ASSERT_EQ(strictStateAt(path), 1);
-    for (const ReadFailure failure : {ReadFailure::error, ReadFailure::end})
+    for (const test::ReadFailure failure : {test::ReadFailure::error, test::ReadFailure::end})
         EXPECT_EQ(answersWithEachReadFailing(failure, [&path] { return strictStateAt(path); }), std::set{6});
 }
 
 TEST(FailingReads, OfADigestedFileGiveNoDigest)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("file", std::string(600000, 'x'));
-    EXPECT_EQ(answersWithEachReadFailing(ReadFailure::error, [&path] { return sha256OfFile(path); }),
+    EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::error, [&path] { return sha256OfFile(path); }),
         std::set<std::optional<std::string>>{std::nullopt});
-    EXPECT_EQ(answersWithEachReadFailing(ReadFailure::cutShort, [&path] { return sha256OfFile(path); }),
+    EXPECT_EQ(answersWithEachReadFailing(test::ReadFailure::cutShort, [&path] { return sha256OfFile(path); }),
         std::set<std::optional<std::string>>{sha256(std::string(600000, 'x'))});
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -13,15 +13,15 @@ constexpr const char* unreadableAnswers
 constexpr const char* adHocAnswers
     = "basic 2, strict 2, com.example.tool, none, platform 0, Self-Signed Certificate";
 
-ProgramPlan namedProgram(std::uint32_t cpuType, const std::string& identifier)
+test::ProgramPlan namedProgram(std::uint32_t cpuType, const std::string& identifier)
 {
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.cpuType = cpuType;
     plan.signature->directories.front().identifier = identifier;
     return plan;
 }
 
-SlicePlan slice(std::uint32_t cpuType, const std::string& identifier)
+test::SlicePlan slice(std::uint32_t cpuType, const std::string& identifier)
 {
     return {cpuType, makeProgram(namedProgram(cpuType, identifier))};
 }
@@ -38,11 +38,11 @@ TEST(MachO, IsReadInBothWidthsAndByteOrders)
     for (const bool wide : {false, true}) {
         for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
             for (const bool linkEdit : {false, true}) {
-                ProgramPlan plan;
+                test::ProgramPlan plan;
                 plan.is64Bit = wide;
                 plan.order = order;
                 plan.withLinkEdit = linkEdit;
-                EXPECT_EQ(answers(makeProgram(plan)), adHocAnswers);
+                EXPECT_EQ(test::answers(makeProgram(plan)), adHocAnswers);
             }
         }
     }
@@ -56,133 +56,137 @@ TEST(MachO, ThatIsNoProgramCountsAsUnsignedEvenWithASignature)
     } cases[] = {{1, false}, {2, true}, {3, false}, {4, false}, {5, true}, {6, true}, {7, true}, {8, true},
         {9, false}, {10, false}, {11, true}, {12, false}, {0xffffffff, false}};
     for (const auto& c : cases) {
-        ProgramPlan plan;
+        test::ProgramPlan plan;
         plan.fileType = c.fileType;
-        EXPECT_EQ(answers(makeProgram(plan)), c.program ? adHocAnswers : unsignedAnswers) << c.fileType;
+        EXPECT_EQ(test::answers(makeProgram(plan)), c.program ? adHocAnswers : unsignedAnswers) << c.fileType;
     }
 }
 
 TEST(MachO, FilesOfOtherKindsCountAsUnsigned)
 {
-    const Bytes java
-        = bytesOf(std::string("\xca\xfe\xba\xbe\0\0\0\x34\0\x1f\x0a\0\x06\0\x0b\x09\0\x0c\0\x0d\x08\0\x0e"
-                              "\x0a\0\x0f\0\x10\x07\0\x11\x07\0\x12\x01\0\x06",
+    const Bytes java = test::bytesOf(
+        std::string("\xca\xfe\xba\xbe\0\0\0\x34\0\x1f\x0a\0\x06\0\x0b\x09\0\x0c\0\x0d\x08\0\x0e"
+                    "\x0a\0\x0f\0\x10\x07\0\x11\x07\0\x12\x01\0\x06",
             37));
-    for (const Bytes& file : {Bytes(), bytesOf("#!/bin/sh\nexit 0\n"), bytesOf(std::string(100, '\x7f')),
-             java, Bytes(27, 0xfe), makeUnsignedProgram()})
-        EXPECT_EQ(answers(file), unsignedAnswers);
+    for (const Bytes& file : {Bytes(), test::bytesOf("#!/bin/sh\nexit 0\n"),
+             test::bytesOf(std::string(100, '\x7f')), java, Bytes(27, 0xfe), test::makeUnsignedProgram()})
+        EXPECT_EQ(test::answers(file), unsignedAnswers);
 }
 
 TEST(MachO, ShorterThanAHeaderCountsAsUnsignedAndWithoutItsCommandsAsUnreadable)
 {
-    Bytes program = makeProgram();
+    Bytes program = test::makeProgram();
     program.resize(27);
-    EXPECT_EQ(answers(program), unsignedAnswers);
+    EXPECT_EQ(test::answers(program), unsignedAnswers);
     program.resize(28);
-    EXPECT_EQ(answers(program), unreadableAnswers);
+    EXPECT_EQ(test::answers(program), unreadableAnswers);
     program.resize(32);
-    EXPECT_EQ(answers(program), unreadableAnswers);
+    EXPECT_EQ(test::answers(program), unreadableAnswers);
 }
 
 TEST(MachO, WithMalformedLoadCommandsIsUnreadable)
 {
     const std::size_t firstCommand = 32;
     for (const std::uint32_t size : {0U, 7U, 0xffffffffU, 0x10000U}) {
-        Bytes program = makeProgram();
-        putNumber(program, firstCommand + 4, size, 4, ByteOrder::little);
-        EXPECT_EQ(answers(program), unreadableAnswers) << size;
+        Bytes program = test::makeProgram();
+        test::putNumber(program, firstCommand + 4, size, 4, ByteOrder::little);
+        EXPECT_EQ(test::answers(program), unreadableAnswers) << size;
     }
     for (const std::uint32_t size : {0xffffffffU, 0x80000000U, 12U}) {
-        Bytes program = makeProgram();
-        putNumber(program, 20, size, 4, ByteOrder::little);
-        EXPECT_EQ(answers(program), unreadableAnswers) << size;
+        Bytes program = test::makeProgram();
+        test::putNumber(program, 20, size, 4, ByteOrder::little);
+        EXPECT_EQ(test::answers(program), unreadableAnswers) << size;
     }
 }
 
 TEST(MachO, WithBytesBehindItsEndFailsTheStrictCheckOnly)
 {
     for (const bool linkEdit : {false, true}) {
-        ProgramPlan plan;
+        test::ProgramPlan plan;
         plan.withLinkEdit = linkEdit;
         Bytes program = makeProgram(plan);
         program.push_back(0);
-        EXPECT_EQ(states(program), "2 6");
+        EXPECT_EQ(test::states(program), "2 6");
     }
 }
 
 TEST(MachO, ThatNeitherSegmentNorSymbolsEndIsUnsound)
 {
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.withLinkEdit = false;
     Bytes program = makeUnsignedProgram(plan);
-    EXPECT_EQ(states(program), "1 1");
-    SignaturePlan signature;
+    EXPECT_EQ(test::states(program), "1 1");
+    test::SignaturePlan signature;
     // The symbol table is the second command, behind the one segment of 72 bytes.
-    const auto hideSymbols = [](Bytes& made) { putNumber(made, 32 + 72, 0x7e, 4, ByteOrder::little); };
+    const auto hideSymbols = [](Bytes& made) { test::putNumber(made, 32 + 72, 0x7e, 4, ByteOrder::little); };
     program = makeProgram(plan);
     hideSymbols(program);
-    const Bytes container = makeSignature(signature, ByteView(program.data(), codeLength));
-    std::copy(container.begin(), container.end(), program.begin() + codeLength);
-    EXPECT_EQ(states(program), "2 6");
+    const Bytes container = makeSignature(signature, ByteView(program.data(), test::codeLength));
+    std::copy(container.begin(), container.end(), program.begin() + test::codeLength);
+    EXPECT_EQ(test::states(program), "2 6");
 }
 
 TEST(Universal, IsAskedForItsArm64SliceThenX86ThenTheFirst)
 {
     for (const bool wide : {false, true}) {
-        EXPECT_EQ(answers(makeUniversal(
-                      {slice(x86_64, "intel"), slice(powerPc, "power"), slice(arm64, "arm")}, wide)),
+        EXPECT_EQ(
+            test::answers(test::makeUniversal(
+                {slice(test::x86_64, "intel"), slice(test::powerPc, "power"), slice(test::arm64, "arm")},
+                wide)),
             withIdentifier("arm"));
-        EXPECT_EQ(answers(makeUniversal({slice(powerPc, "power"), slice(x86_64, "intel")}, wide)),
+        EXPECT_EQ(test::answers(test::makeUniversal(
+                      {slice(test::powerPc, "power"), slice(test::x86_64, "intel")}, wide)),
             withIdentifier("intel"));
-        EXPECT_EQ(answers(makeUniversal({slice(powerPc, "power"), slice(7, "old intel")}, wide)),
+        EXPECT_EQ(
+            test::answers(test::makeUniversal({slice(test::powerPc, "power"), slice(7, "old intel")}, wide)),
             withIdentifier("power"));
     }
 }
 
 TEST(Universal, AnswersForTheChosenSliceAlone)
 {
-    const SlicePlan plain{x86_64, makeUnsignedProgram()};
-    EXPECT_EQ(states(makeUniversal({plain, slice(arm64, "arm")})), "2 2");
-    EXPECT_EQ(states(makeUniversal({plain, {powerPc, makeProgram()}})), "1 1");
+    const test::SlicePlan plain{test::x86_64, test::makeUnsignedProgram()};
+    EXPECT_EQ(test::states(test::makeUniversal({plain, slice(test::arm64, "arm")})), "2 2");
+    EXPECT_EQ(test::states(test::makeUniversal({plain, {test::powerPc, test::makeProgram()}})), "1 1");
 }
 
 TEST(Universal, WithNoOrTooManyArchitecturesIsUnreadable)
 {
     for (const std::uint32_t count : {0U, 101U, 10000U, 0xffffffffU}) {
-        Bytes file = makeUniversal({slice(arm64, "arm")});
-        putBig32(file, 4, count);
-        EXPECT_EQ(answers(file), unreadableAnswers) << count;
+        Bytes file = test::makeUniversal({slice(test::arm64, "arm")});
+        test::putBig32(file, 4, count);
+        EXPECT_EQ(test::answers(file), unreadableAnswers) << count;
     }
 }
 
 TEST(Universal, WhoseSliceLiesOutsideIsUnreadableOrNoProgram)
 {
-    Bytes file = makeUniversal({slice(powerPc, "power"), slice(arm64, "arm")});
-    putBig32(file, 8 + 20 + 8, 0xfffffff0);
-    EXPECT_EQ(answers(file), unreadableAnswers);
-    file = makeUniversal({slice(arm64, "arm")});
-    putBig32(file, 8 + 8, 0xfffffff0);
-    EXPECT_EQ(answers(file), unsignedAnswers) << "no header at the first architecture";
-    file = makeUniversal({slice(arm64, "arm")}, true);
-    putNumber(file, 8 + 8, 0xffffffffffffff00, 8, ByteOrder::big);
-    EXPECT_EQ(answers(file), unsignedAnswers);
+    Bytes file = test::makeUniversal({slice(test::powerPc, "power"), slice(test::arm64, "arm")});
+    test::putBig32(file, 8 + 20 + 8, 0xfffffff0);
+    EXPECT_EQ(test::answers(file), unreadableAnswers);
+    file = test::makeUniversal({slice(test::arm64, "arm")});
+    test::putBig32(file, 8 + 8, 0xfffffff0);
+    EXPECT_EQ(test::answers(file), unsignedAnswers) << "no header at the first architecture";
+    file = test::makeUniversal({slice(test::arm64, "arm")}, true);
+    test::putNumber(file, 8 + 8, 0xffffffffffffff00, 8, ByteOrder::big);
+    EXPECT_EQ(test::answers(file), unsignedAnswers);
 }
 
 TEST(Universal, ThatPointsAtUniversalHeadersIsNeverFollowedInACircle)
 {
-    Bytes circle = makeUniversal({slice(arm64, "arm")});
-    putBig32(circle, 8 + 8, 0);
-    EXPECT_EQ(answers(circle), unsignedAnswers);
+    Bytes circle = test::makeUniversal({slice(test::arm64, "arm")});
+    test::putBig32(circle, 8 + 8, 0);
+    EXPECT_EQ(test::answers(circle), unsignedAnswers);
 
-    const Bytes inner = makeUniversal({slice(arm64, "arm")});
-    EXPECT_EQ(answers(makeUniversal({{arm64, inner}})).substr(0, 7), "basic 1")
+    const Bytes inner = test::makeUniversal({slice(test::arm64, "arm")});
+    EXPECT_EQ(test::answers(test::makeUniversal({{test::arm64, inner}})).substr(0, 7), "basic 1")
         << "the inner header's offsets do not lead to a program";
 }
 
 TEST(Universal, FailsTheStrictCheckWhenItsSlicesDoNotLieApart)
 {
-    const Bytes sound = makeUniversal({slice(x86_64, "intel"), slice(arm64, "arm")});
-    ASSERT_EQ(states(sound), "2 2");
+    const Bytes sound = test::makeUniversal({slice(test::x86_64, "intel"), slice(test::arm64, "arm")});
+    ASSERT_EQ(test::states(sound), "2 2");
     const struct {
         const char* why;
         std::size_t offset;
@@ -191,33 +195,33 @@ TEST(Universal, FailsTheStrictCheckWhenItsSlicesDoNotLieApart)
         {"the other slice overlaps the chosen one", 8 + 12, static_cast<std::uint32_t>(sound.size())},
         {"the other slice reaches past the end", 8 + 12, 0xffffffff},
         {"the other slice starts where the chosen one does", 8 + 8,
-            static_cast<std::uint32_t>(sliceOffset(sound, 1))},
+            static_cast<std::uint32_t>(test::sliceOffset(sound, 1))},
         {"the gap is larger than the alignment", 8 + 20 + 16, 2},
-        {"the chosen slice is longer than its contents", 8 + 20 + 12, codeLength},
+        {"the chosen slice is longer than its contents", 8 + 20 + 12, test::codeLength},
         {"the other slice is of no length", 8 + 12, 0},
-        {"the other slice is longer than its contents", 8 + 12, codeLength + signatureRoom + 1},
+        {"the other slice is longer than its contents", 8 + 12, test::codeLength + test::signatureRoom + 1},
     };
     for (const auto& c : cases) {
         Bytes file = sound;
-        putBig32(file, c.offset, c.value);
-        EXPECT_EQ(states(file), "2 6") << c.why;
+        test::putBig32(file, c.offset, c.value);
+        EXPECT_EQ(test::states(file), "2 6") << c.why;
     }
-    for (const std::size_t offset : {std::size_t{100}, sliceOffset(sound, 1) - 1}) {
+    for (const std::size_t offset : {std::size_t{100}, test::sliceOffset(sound, 1) - 1}) {
         Bytes file = sound;
         file[offset] = 1;
-        EXPECT_EQ(states(file), "2 6") << "a byte in a gap at " << offset;
+        EXPECT_EQ(test::states(file), "2 6") << "a byte in a gap at " << offset;
     }
 }
 
 TEST(Universal, FailsTheStrictCheckWhenAnotherSliceIsNotSound)
 {
-    SlicePlan longer = slice(x86_64, "intel");
+    test::SlicePlan longer = slice(test::x86_64, "intel");
     longer.contents.push_back(0);
-    EXPECT_EQ(states(makeUniversal({longer, slice(arm64, "arm")})), "2 6");
+    EXPECT_EQ(test::states(test::makeUniversal({longer, slice(test::arm64, "arm")})), "2 6");
 
-    Bytes file = makeUniversal({slice(x86_64, "intel"), slice(arm64, "arm")});
-    file[sliceOffset(file, 1)] ^= 0xffU; // the chosen slice is the second
-    EXPECT_EQ(states(file), "6 6");
+    Bytes file = test::makeUniversal({slice(test::x86_64, "intel"), slice(test::arm64, "arm")});
+    file[test::sliceOffset(file, 1)] ^= 0xffU; // the chosen slice is the second
+    EXPECT_EQ(test::states(file), "6 6");
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

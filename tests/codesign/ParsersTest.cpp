@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 TEST(ByteView, ReadsNumbersInBothOrdersAndZeroOutside)
 {
@@ -25,7 +25,7 @@ TEST(ByteView, ReadsNumbersInBothOrdersAndZeroOutside)
 
 TEST(ByteView, FindsTextsThatEndInsideOnly)
 {
-    const Bytes bytes = bytesOf(std::string("ab\0cd", 5));
+    const Bytes bytes = test::bytesOf(std::string("ab\0cd", 5));
     EXPECT_EQ(ByteView(bytes).zeroTerminated(0), "ab");
     EXPECT_EQ(ByteView(bytes).zeroTerminated(2), "");
     EXPECT_FALSE(ByteView(bytes).zeroTerminated(3));
@@ -47,7 +47,7 @@ TEST(BerReader, ReadsIndefiniteLengthsWithinEachOtherUpToABound)
     const auto nested = [](int depth) {
         Bytes bytes;
         for (int i = 0; i < depth; ++i)
-            append(bytes, Bytes{0x30, 0x80});
+            test::append(bytes, Bytes{0x30, 0x80});
         bytes.resize(bytes.size() + static_cast<std::size_t>(depth) * 2);
         return bytes;
     };
@@ -63,21 +63,21 @@ TEST(BerReader, ReadsIndefiniteLengthsWithinEachOtherUpToABound)
 TEST(BerReader, JoinsOctetStringsInPieces)
 {
     const Bytes pieces{0x24, 0x80, 0x04, 1, 'a', 0x04, 2, 'b', 'c', 0, 0};
-    EXPECT_EQ(octets(*BerReader(pieces).next()), bytesOf("abc"));
+    EXPECT_EQ(octets(*BerReader(pieces).next()), test::bytesOf("abc"));
     const Bytes other{0x24, 3, 0x02, 1, 'a'};
     EXPECT_FALSE(octets(*BerReader(other).next()));
 }
 
 TEST(InfoPlist, OfABinaryListThatIsDamagedOrRefersToItselfIsHarmless)
 {
-    Bytes list = bytesOf("bplist00");
-    append(list, Bytes{0xd1, 0, 0}); // a dictionary whose key and value are itself
+    Bytes list = test::bytesOf("bplist00");
+    test::append(list, Bytes{0xd1, 0, 0}); // a dictionary whose key and value are itself
     list.push_back(8);
     Bytes trailer(32);
     trailer[6] = trailer[7] = 1;
     trailer[15] = 1;
     trailer[31] = 11;
-    append(list, trailer);
+    test::append(list, trailer);
     EXPECT_FALSE(parseInfoPlist(list));
 
     for (std::size_t at = 8; at < list.size(); ++at) {
@@ -92,4 +92,4 @@ TEST(InfoPlist, OfABinaryListThatIsDamagedOrRefersToItselfIsHarmless)
     }
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

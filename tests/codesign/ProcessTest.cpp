@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -39,22 +39,22 @@ TEST(Process, ThatDoesNotRunCannotBeTold)
 {
     for (const std::int32_t pid : {0, -1, INT32_MIN, INT32_MAX})
         expectNoCode(pid);
-    RunningProcess process(std::filesystem::canonical("/bin/sleep"));
+    test::RunningProcess process(std::filesystem::canonical("/bin/sleep"));
     process.end();
     expectNoCode(process.ended());
 }
 
 TEST(Process, IsAnsweredByTheFileItRunsAndNotByItsPath)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("sleep");
     std::filesystem::copy_file("/bin/sleep", path);
-    const RunningProcess process(path);
+    const test::RunningProcess process(path);
     ASSERT_EQ(getDynamicCodeSignState(process.pid()), 1);
 
     std::filesystem::remove(path);
     EXPECT_EQ(getDynamicCodeSignState(process.pid()), 1) << "its path is gone";
-    folder.write("sleep", makeProgram());
+    folder.write("sleep", test::makeProgram());
     EXPECT_EQ(getStaticCodeSignState(path), 2);
     EXPECT_EQ(getDynamicCodeSignState(process.pid()), 1) << "its path names a signed program by now";
 }
@@ -74,8 +74,8 @@ TEST(Codesign, OfAPathThatDoesNotExistAnswersNothing)
 
 TEST(Codesign, OfAnUnsignedProgramHasNoTeam)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("program", makeUnsignedProgram());
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("program", test::makeUnsignedProgram());
     EXPECT_EQ(getStaticCodeSignState(path), 1);
     EXPECT_EQ(getStaticStrictCodeSignState(path), 1);
     EXPECT_FALSE(getStaticCodeSignTeamIdentifier(path));
@@ -84,9 +84,9 @@ TEST(Codesign, OfAnUnsignedProgramHasNoTeam)
 
 TEST(Codesign, OfASignedProgramAnswersEveryQuestion)
 {
-    const TemporaryFolder folder;
-    ProgramPlan plan;
-    plan.signature = signedPlan();
+    const test::TemporaryFolder folder;
+    test::ProgramPlan plan;
+    plan.signature = test::signedPlan();
     plan.signature->directories.front().platform = 14;
     Bytes program = makeProgram(plan);
     const std::string path = folder.write("program", program);
@@ -106,4 +106,4 @@ TEST(Codesign, OfASignedProgramAnswersEveryQuestion)
     EXPECT_EQ(getStaticCodeSignStateWithFlags(path, 0x4), 3) << "pages without the strict check";
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -11,7 +11,7 @@
 // Programs as their makers signed and published them, fetched by tools/fetch_real_programs. The facts were
 // read off the files by other means.
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -84,7 +84,7 @@ TEST_F(RealPrograms, ThatNobodySignedAreUnsigned)
 
 TEST_F(RealPrograms, ThatWereChangedAreNotValid)
 {
-    const Bytes sound = bytesOf(TemporaryFolder::contents(path("node-12.22.9-x64")));
+    const Bytes sound = test::bytesOf(test::TemporaryFolder::contents(path("node-12.22.9-x64")));
     // Where the signature begins, and in it the signer's blob: the certificates stand at its start.
     constexpr std::size_t signature = 46862896;
     constexpr std::size_t signerEnd = signature + 605400;
@@ -101,7 +101,7 @@ TEST_F(RealPrograms, ThatWereChangedAreNotValid)
             "basic 3, strict 3, node, none, platform 0, Self-Signed"},
         {"the time stamp", signerEnd - 100, "basic 6, strict 6, node, none, platform 0, Self-Signed"},
     };
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const auto& c : cases) {
         Bytes program = sound;
         program[c.offset] ^= 1U;
@@ -113,4 +113,4 @@ TEST_F(RealPrograms, ThatWereChangedAreNotValid)
     EXPECT_EQ(facts(folder.write("program", program)).substr(0, 17), "basic 2, strict 6");
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

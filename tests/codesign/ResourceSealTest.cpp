@@ -12,7 +12,7 @@
 
 #include <openssl/evp.h>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
@@ -69,9 +69,9 @@ public:
     {
         write("Info.plist", "<plist><dict><key>CFBundleExecutable</key><string>main</string></dict></plist>");
         write("_CodeSignature/CodeResources", sealText);
-        ProgramPlan plan;
-        plan.signature->infoPlist = bytesOf(TemporaryFolder::contents(path("Info.plist")));
-        plan.signature->resourceSeal = bytesOf(sealText);
+        test::ProgramPlan plan;
+        plan.signature->infoPlist = test::bytesOf(test::TemporaryFolder::contents(path("Info.plist")));
+        plan.signature->resourceSeal = test::bytesOf(sealText);
         m_folder.write(m_name + "/Contents/MacOS/main", makeProgram(plan));
     }
 
@@ -85,12 +85,12 @@ public:
     }
     std::int32_t state(std::uint32_t flags = withResources) const
     {
-        return stateAt(m_folder.path(m_name), flags);
+        return test::stateAt(m_folder.path(m_name), flags);
     }
-    const TemporaryFolder& folder() const { return m_folder; }
+    const test::TemporaryFolder& folder() const { return m_folder; }
 
 private:
-    TemporaryFolder m_folder;
+    test::TemporaryFolder m_folder;
     std::string m_name;
 };
 
@@ -237,18 +237,18 @@ TEST(ResourceSeal, InBothFormsCountsByTheNewer)
 
 TEST(ResourceSeal, MissingInASignedBundleFailsTheResourceCheck)
 {
-    const TemporaryFolder folder;
-    folder.write("X.app/Contents/MacOS/X", makeProgram());
-    EXPECT_EQ(stateAt(folder.path("X.app"), withResources), 6);
-    EXPECT_EQ(stateAt(folder.path("X.app"), withoutResources), 2);
-    EXPECT_EQ(stateAt(folder.write("bare", makeProgram()), withResources), 2)
+    const test::TemporaryFolder folder;
+    folder.write("X.app/Contents/MacOS/X", test::makeProgram());
+    EXPECT_EQ(test::stateAt(folder.path("X.app"), withResources), 6);
+    EXPECT_EQ(test::stateAt(folder.path("X.app"), withoutResources), 2);
+    EXPECT_EQ(test::stateAt(folder.write("bare", test::makeProgram()), withResources), 2)
         << "a bare program has no resources";
 }
 
 TEST(ResourceSeal, HoldsNestedCodeByItsHash)
 {
-    const Bytes helper = makeProgram();
-    const auto container = SignatureContainer::parse(Bytes(helper.begin() + codeLength, helper.end()));
+    const Bytes helper = test::makeProgram();
+    const auto container = SignatureContainer::parse(Bytes(helper.begin() + test::codeLength, helper.end()));
     const HashValue hash = loadCodeDirectories(*container).hashes.front();
     const std::string sealed = seal("<key>Frameworks/helper</key><dict><key>cdhash</key><data>"
         + base64(ByteView(hash.bytes.data(), 20))
@@ -264,7 +264,7 @@ TEST(ResourceSeal, HoldsNestedCodeByItsHash)
     application.write("Frameworks/helper", std::string(ByteView(changed).text()));
     EXPECT_EQ(application.state(0), 6) << "its pages are wrong";
 
-    ProgramPlan other;
+    test::ProgramPlan other;
     other.signature->directories.front().identifier = "another";
     application.write("Frameworks/helper", std::string(ByteView(makeProgram(other)).text()));
     EXPECT_EQ(application.state(), 6) << "valid, but another program";
@@ -272,4 +272,4 @@ TEST(ResourceSeal, HoldsNestedCodeByItsHash)
     EXPECT_EQ(application.state(), 6) << "missing";
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

@@ -4,14 +4,15 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::codesign {
 
 namespace {
 
 // Rules that leave out what matches the pattern and demand a seal of everything else.
 std::optional<SealRules> leavingOut(const std::string& pattern)
 {
-    const PropertyValue omit{PropertyValue::Dictionary{{"omit", {true}}, {"weight", {std::int64_t{10}}}}};
+    const platform::PropertyValue omit{
+        platform::PropertyValue::Dictionary{{"omit", {true}}, {"weight", {std::int64_t{10}}}}};
     return SealRules::parse({{"", {true}}, {pattern, omit}});
 }
 
@@ -71,7 +72,7 @@ TEST(SealRules, AreRefusedWhenAPatternIsMalformedOrTooLarge)
 
 TEST(SealRules, AreRefusedWhenTheyAreMoreThanAnyBundleHas)
 {
-    PropertyValue::Dictionary rules;
+    platform::PropertyValue::Dictionary rules;
     for (int i = 0; i < 64; ++i)
         rules.push_back({"a" + std::to_string(i), {true}});
     EXPECT_TRUE(SealRules::parse(rules));
@@ -82,7 +83,8 @@ TEST(SealRules, AreRefusedWhenTheyAreMoreThanAnyBundleHas)
 TEST(SealRules, TheHeaviestThatMatchesCounts)
 {
     const auto rule = [](double weight, bool omit) {
-        return PropertyValue{PropertyValue::Dictionary{{"weight", {weight}}, {"omit", {omit}}}};
+        return platform::PropertyValue{
+            platform::PropertyValue::Dictionary{{"weight", {weight}}, {"omit", {omit}}}};
     };
     const auto rules
         = SealRules::parse({{"^a", rule(5, true)}, {"b", rule(20, false)}, {"c", rule(3, true)}});
@@ -93,4 +95,4 @@ TEST(SealRules, TheHeaviestThatMatchesCounts)
     EXPECT_TRUE(rules->mayBeUnsealed("d")) << "none matches";
 }
 
-} // namespace quorvane
+} // namespace quorvane::codesign

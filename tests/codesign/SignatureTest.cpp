@@ -8,13 +8,13 @@
 #include <filesystem>
 #include <utility>
 
-namespace quorvane::test {
+namespace quorvane::codesign {
 
 namespace {
 
-Bytes programWith(const std::vector<DirectoryPlan>& directories)
+Bytes programWith(const std::vector<test::DirectoryPlan>& directories)
 {
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.signature->directories = directories;
     return makeProgram(plan);
 }
@@ -22,17 +22,17 @@ Bytes programWith(const std::vector<DirectoryPlan>& directories)
 Bytes programAltered(
     std::size_t offset, std::uint64_t value, unsigned length, std::uint32_t version = 0x20400)
 {
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.signature->directories.front().version = version;
     plan.signature->alter = [=](std::vector<Bytes>& directories) {
-        putNumber(directories.front(), offset, value, length, ByteOrder::big);
+        test::putNumber(directories.front(), offset, value, length, ByteOrder::big);
     };
     return makeProgram(plan);
 }
 
-DirectoryPlan ofType(std::uint8_t type, const std::string& identifier = "com.example.tool")
+test::DirectoryPlan ofType(std::uint8_t type, const std::string& identifier = "com.example.tool")
 {
-    DirectoryPlan plan;
+    test::DirectoryPlan plan;
     plan.hashType = type;
     plan.identifier = identifier;
     return plan;
@@ -40,7 +40,7 @@ DirectoryPlan ofType(std::uint8_t type, const std::string& identifier = "com.exa
 
 std::string identifierOf(const Bytes& program)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     return ProgramCode::atPath(folder.write("program", program))
         ->signingInformation()
         .identifier.value_or("none");
@@ -50,29 +50,29 @@ std::string identifierOf(const Bytes& program)
 
 TEST(Signature, AdHocHasAnIdentifierButNeverATeam)
 {
-    DirectoryPlan directory;
+    test::DirectoryPlan directory;
     directory.team = "TEAM123456";
-    EXPECT_EQ(answers(programWith({directory})),
+    EXPECT_EQ(test::answers(programWith({directory})),
         "basic 2, strict 2, com.example.tool, none, platform 0, Self-Signed Certificate");
 }
 
 TEST(Signature, TellsThePlatformByte)
 {
-    DirectoryPlan directory;
+    test::DirectoryPlan directory;
     directory.platform = 13;
     directory.identifier = "com.example.part";
-    EXPECT_EQ(answers(programWith({directory})),
+    EXPECT_EQ(test::answers(programWith({directory})),
         "basic 2, strict 2, com.example.part, none, platform 13, Self-Signed Certificate");
 }
 
 TEST(Signature, TextsThatNobodyCanShowAreNone)
 {
-    DirectoryPlan directory;
+    test::DirectoryPlan directory;
     directory.identifier = "com\xff\xfe";
-    EXPECT_EQ(answers(programWith({directory})),
+    EXPECT_EQ(test::answers(programWith({directory})),
         "basic 2, strict 2, none, none, platform 0, Self-Signed Certificate");
     directory.identifier = "(null)";
-    EXPECT_EQ(answers(programWith({directory})),
+    EXPECT_EQ(test::answers(programWith({directory})),
         "basic 2, strict 2, none, none, platform 0, Self-Signed Certificate");
 }
 
@@ -80,9 +80,9 @@ TEST(Signature, IsVerifiedWithEveryKnownHashAndPageSize)
 {
     for (const std::uint8_t type : std::initializer_list<std::uint8_t>{1, 2, 3, 4}) {
         for (const std::uint8_t pageSize : std::initializer_list<std::uint8_t>{0, 8, 12, 14, 20, 40}) {
-            DirectoryPlan directory = ofType(type);
+            test::DirectoryPlan directory = ofType(type);
             directory.pageSize = pageSize;
-            EXPECT_EQ(states(programWith({directory})), "2 2") << int(type) << " " << int(pageSize);
+            EXPECT_EQ(test::states(programWith({directory})), "2 2") << int(type) << " " << int(pageSize);
         }
     }
 }
@@ -91,9 +91,9 @@ TEST(Signature, IsVerifiedInEveryVersion)
 {
     for (const std::uint32_t version :
         {0x20001U, 0x20100U, 0x20200U, 0x20300U, 0x20400U, 0x20500U, 0x20600U, 0x2f000U}) {
-        DirectoryPlan directory;
+        test::DirectoryPlan directory;
         directory.version = version;
-        EXPECT_EQ(states(programWith({directory})), "2 2") << version;
+        EXPECT_EQ(test::states(programWith({directory})), "2 2") << version;
     }
 }
 
@@ -110,26 +110,26 @@ TEST(Signature, TakesTheIdentityFromTheStrongestDirectory)
 TEST(Signature, ChecksThePagesOfEveryDirectory)
 {
     for (const std::size_t wrong : {0U, 1U}) {
-        ProgramPlan plan;
+        test::ProgramPlan plan;
         plan.signature->directories = {ofType(1), ofType(2)};
         plan.signature->alter = [wrong](std::vector<Bytes>& directories) { directories[wrong].back() ^= 1U; };
-        EXPECT_EQ(states(makeProgram(plan)), "2 3") << wrong;
+        EXPECT_EQ(test::states(makeProgram(plan)), "2 3") << wrong;
     }
 }
 
 TEST(Signature, WithTwoDirectoriesOfOneHashTypeIsInvalid)
 {
-    EXPECT_EQ(answers(programWith({ofType(2), ofType(2)})),
+    EXPECT_EQ(test::answers(programWith({ofType(2), ofType(2)})),
         "basic 3, strict 3, none, none, platform 0, Self-Signed Certificate");
 }
 
 TEST(Signature, WithUnknownHashes)
 {
-    EXPECT_EQ(states(programAltered(37, 9, 1)), "6 6") << "only unknown ones cannot be told";
-    ProgramPlan plan;
+    EXPECT_EQ(test::states(programAltered(37, 9, 1)), "6 6") << "only unknown ones cannot be told";
+    test::ProgramPlan plan;
     plan.signature->directories = {ofType(2), ofType(1)};
     plan.signature->alter = [](std::vector<Bytes>& directories) { directories[1][37] = 9; };
-    EXPECT_EQ(states(makeProgram(plan)), "2 5")
+    EXPECT_EQ(test::states(makeProgram(plan)), "2 5")
         << "an unknown one among others matters when pages are checked";
 }
 
@@ -164,61 +164,63 @@ TEST(Signature, OfADirectoryThatIsDamagedFails)
         {"scatter list without an end", 44, 457, 4, "3 3"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(states(programAltered(c.offset, c.value, c.length)), c.states) << c.why;
+        EXPECT_EQ(test::states(programAltered(c.offset, c.value, c.length)), c.states) << c.why;
 }
 
 TEST(Signature, OverMoreThanAnyProgramHasIsNotVerified)
 {
     // given one page of gibibytes that the file claims to have, in a hole
     constexpr std::uint64_t limit = 3ULL << 30U;
-    SignaturePlan plan;
+    test::SignaturePlan plan;
     plan.directories.front().pageSize = 0;
     plan.directories.front().limit = limit;
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("program", programOf(plan));
     std::filesystem::resize_file(path, limit + 1);
-    EXPECT_EQ(stateAt(path, 0x4), 4);
+    EXPECT_EQ(test::stateAt(path, 0x4), 4);
 }
 
 TEST(Signature, UnderAnIdentifierThatNobodyCouldReadTellsNone)
 {
-    SignaturePlan plan;
+    test::SignaturePlan plan;
     plan.directories.front().identifier = std::string(4096, 'x');
-    EXPECT_NE(answers(programOf(plan)).find("xxx"), std::string::npos);
+    EXPECT_NE(test::answers(programOf(plan)).find("xxx"), std::string::npos);
     plan.directories.front().identifier += "x";
-    EXPECT_EQ(answers(programOf(plan)), "basic 2, strict 2, none, none, platform 0, Self-Signed Certificate");
+    EXPECT_EQ(
+        test::answers(programOf(plan)), "basic 2, strict 2, none, none, platform 0, Self-Signed Certificate");
 }
 
 TEST(Signature, WithAScatterListThatEndsIsValid)
 {
     // The spare special slots are zeros: 24 of them are a list without records.
     const Bytes program = programAltered(44, 120, 4);
-    EXPECT_EQ(states(program), "2 2");
+    EXPECT_EQ(test::states(program), "2 2");
 }
 
 TEST(Signature, IgnoresFieldsThatItsVersionDoesNotHave)
 {
-    EXPECT_EQ(states(programAltered(56, 1ULL << 62U, 8, 0x20200)), "2 2")
+    EXPECT_EQ(test::states(programAltered(56, 1ULL << 62U, 8, 0x20200)), "2 2")
         << "no 64-bit limit in that version";
-    EXPECT_EQ(states(programAltered(48, 0xfffffff0, 4, 0x20100)), "2 2") << "no team in that version";
-    EXPECT_EQ(states(programAltered(44, 0xfffffff0, 4, 0x20001)), "2 2") << "no scatter list in that version";
+    EXPECT_EQ(test::states(programAltered(48, 0xfffffff0, 4, 0x20100)), "2 2") << "no team in that version";
+    EXPECT_EQ(test::states(programAltered(44, 0xfffffff0, 4, 0x20001)), "2 2")
+        << "no scatter list in that version";
 }
 
 TEST(Signature, OfASinglePageWithAnEnormousLimitFailsAtOnce)
 {
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.signature->directories.front().pageSize = 0;
     plan.signature->alter = [](std::vector<Bytes>& directories) {
-        putNumber(directories.front(), 56, 1ULL << 62U, 8, ByteOrder::big);
+        test::putNumber(directories.front(), 56, 1ULL << 62U, 8, ByteOrder::big);
     };
-    EXPECT_EQ(states(makeProgram(plan)), "2 3");
+    EXPECT_EQ(test::states(makeProgram(plan)), "2 3");
 }
 
 TEST(Signature, WhoseLimitIsNotWhereItBeginsFailsTheStrictCheck)
 {
-    DirectoryPlan directory;
-    directory.limit = codeLength - 1;
-    EXPECT_EQ(states(programWith({directory})), "2 3");
+    test::DirectoryPlan directory;
+    directory.limit = test::codeLength - 1;
+    EXPECT_EQ(test::states(programWith({directory})), "2 3");
 }
 
 TEST(Signature, ThatIsDestroyedCountsAsNone)
@@ -230,7 +232,7 @@ TEST(Signature, ThatIsDestroyedCountsAsNone)
     } cases[] = {
         {"wrong magic", 0, 0},
         {"length of 4 GiB", 4, 0xffffffff},
-        {"length beyond its room", 4, signatureRoom + 1},
+        {"length beyond its room", 4, test::signatureRoom + 1},
         {"length of nothing", 4, 0},
         {"2^29 blobs, whose sizes wrap around in 32 bits", 8, 0x20000000},
         {"4 billion blobs", 8, 0xffffffff},
@@ -241,47 +243,48 @@ TEST(Signature, ThatIsDestroyedCountsAsNone)
         {"blob that is ignored", 16, 0},
     };
     for (const auto& c : cases) {
-        Bytes program = makeProgram();
-        putBig32(program, codeLength + c.offset, c.value);
-        EXPECT_EQ(answers(program), "basic 1, strict 1, none, none, platform 0, Self-Signed Certificate")
+        Bytes program = test::makeProgram();
+        test::putBig32(program, test::codeLength + c.offset, c.value);
+        EXPECT_EQ(
+            test::answers(program), "basic 1, strict 1, none, none, platform 0, Self-Signed Certificate")
             << c.why;
     }
     for (const std::uint32_t length : {0U, 7U, 0xffffffffU}) {
-        Bytes program = makeProgram();
-        const std::size_t blob = ByteView(program).u32(codeLength + 16);
-        putBig32(program, codeLength + blob + 4, length);
-        EXPECT_EQ(states(program), "1 1") << "blob of length " << length;
+        Bytes program = test::makeProgram();
+        const std::size_t blob = ByteView(program).u32(test::codeLength + 16);
+        test::putBig32(program, test::codeLength + blob + 4, length);
+        EXPECT_EQ(test::states(program), "1 1") << "blob of length " << length;
     }
 }
 
 TEST(Signature, CutOffInsideCountsAsNoneAndInsidePagesAsFailed)
 {
-    Bytes program = makeProgram();
-    program.resize(codeLength + 100);
-    EXPECT_EQ(states(program), "1 1");
+    Bytes program = test::makeProgram();
+    program.resize(test::codeLength + 100);
+    EXPECT_EQ(test::states(program), "1 1");
 }
 
 TEST(Signature, OfTwoBlobsInOneSlotTheFirstCounts)
 {
-    const Bytes program = makeProgram();
-    const ByteView code(program.data(), codeLength);
-    const SignaturePlan signature;
+    const Bytes program = test::makeProgram();
+    const ByteView code(program.data(), test::codeLength);
+    const test::SignaturePlan signature;
     const Bytes first = makeDirectory(ofType(2, "first"), signature, code);
     const Bytes second = makeDirectory(ofType(2, "second"), signature, code);
     Bytes file(code.begin(), code.end());
-    append(file, makeContainer({{0, first}, {0, second}}));
+    test::append(file, test::makeContainer({{0, first}, {0, second}}));
     file.resize(program.size());
-    EXPECT_EQ(answers(file), "basic 2, strict 2, first, none, platform 0, Self-Signed Certificate");
+    EXPECT_EQ(test::answers(file), "basic 2, strict 2, first, none, platform 0, Self-Signed Certificate");
 }
 
 TEST(Signature, WithAGapBetweenAlternatesLoadsNoneBehindIt)
 {
-    const Bytes program = makeProgram();
-    const ByteView code(program.data(), codeLength);
-    const SignaturePlan signature;
+    const Bytes program = test::makeProgram();
+    const ByteView code(program.data(), test::codeLength);
+    const test::SignaturePlan signature;
     Bytes file(code.begin(), code.end());
-    append(file,
-        makeContainer({{0, makeDirectory(ofType(1, "first"), signature, code)},
+    test::append(file,
+        test::makeContainer({{0, makeDirectory(ofType(1, "first"), signature, code)},
             {0x1001, makeDirectory(ofType(2, "behind"), signature, code)}}));
     file.resize(program.size());
     EXPECT_EQ(identifierOf(file), "first");
@@ -290,71 +293,71 @@ TEST(Signature, WithAGapBetweenAlternatesLoadsNoneBehindIt)
 TEST(Signature, ProtectsItsBlobs)
 {
     for (const std::uint32_t slot : {2U, 5U, 7U, 8U, 11U}) {
-        ProgramPlan plan;
-        plan.signature->blobs[slot] = makeBlob(0xfade7171, bytesOf("<plist/>"));
-        ASSERT_EQ(states(makeProgram(plan)), "2 2");
+        test::ProgramPlan plan;
+        plan.signature->blobs[slot] = test::makeBlob(0xfade7171, test::bytesOf("<plist/>"));
+        ASSERT_EQ(test::states(makeProgram(plan)), "2 2");
         Bytes program = makeProgram(plan);
-        const std::size_t blob = ByteView(program).u32(codeLength + 24);
-        program[codeLength + blob + 9] ^= 1U;
-        EXPECT_EQ(states(program), "3 3") << "changed " << slot;
+        const std::size_t blob = ByteView(program).u32(test::codeLength + 24);
+        program[test::codeLength + blob + 9] ^= 1U;
+        EXPECT_EQ(test::states(program), "3 3") << "changed " << slot;
 
         program = makeProgram(plan);
-        putBig32(program, codeLength + 20, 0x777);
-        EXPECT_EQ(states(program), "3 3") << "missing " << slot;
+        test::putBig32(program, test::codeLength + 20, 0x777);
+        EXPECT_EQ(test::states(program), "3 3") << "missing " << slot;
     }
 }
 
 TEST(Signature, IgnoresBlobsThatItHasNoHashOf)
 {
-    ProgramPlan plan;
-    plan.signature->blobs[0x10002] = makeBlob(0xfade0b01, bytesOf("ticket"));
-    EXPECT_EQ(states(makeProgram(plan)), "2 2");
+    test::ProgramPlan plan;
+    plan.signature->blobs[0x10002] = test::makeBlob(0xfade0b01, test::bytesOf("ticket"));
+    EXPECT_EQ(test::states(makeProgram(plan)), "2 2");
 }
 
 TEST(Signature, ProtectsTheInfoPlistInTheProgram)
 {
-    ProgramPlan plan;
-    plan.infoPlistSection = bytesOf("<plist><dict/></plist>");
+    test::ProgramPlan plan;
+    plan.infoPlistSection = test::bytesOf("<plist><dict/></plist>");
     plan.signature->infoPlist = plan.infoPlistSection;
     for (const bool wide : {false, true}) {
         plan.is64Bit = wide;
-        EXPECT_EQ(states(makeProgram(plan)), "2 2");
-        ProgramPlan other = plan;
-        other.signature->infoPlist = bytesOf("<plist><dict></dict></plist>");
-        EXPECT_EQ(states(makeProgram(other)), "6 6");
+        EXPECT_EQ(test::states(makeProgram(plan)), "2 2");
+        test::ProgramPlan other = plan;
+        other.signature->infoPlist = test::bytesOf("<plist><dict></dict></plist>");
+        EXPECT_EQ(test::states(makeProgram(other)), "6 6");
         other = plan;
         other.infoPlistSection.reset();
-        EXPECT_EQ(states(makeProgram(other)), "6 6");
+        EXPECT_EQ(test::states(makeProgram(other)), "6 6");
     }
 }
 
 TEST(Signature, WithoutAdHocFlagAndWithoutSignerCountsAsUnsigned)
 {
-    DirectoryPlan directory;
+    test::DirectoryPlan directory;
     directory.flags = 0;
     directory.team = "TEAM123456";
-    EXPECT_EQ(answers(programWith({directory})),
+    EXPECT_EQ(test::answers(programWith({directory})),
         "basic 1, strict 1, com.example.tool, none, platform 0, Self-Signed Certificate");
-    ProgramPlan plan;
+    test::ProgramPlan plan;
     plan.signature->directories.front().flags = 0;
     plan.signature->sign = [](const std::vector<Bytes>&) { return Bytes(); };
-    EXPECT_EQ(states(makeProgram(plan)), "1 1") << "an empty signer blob";
+    EXPECT_EQ(test::states(makeProgram(plan)), "1 1") << "an empty signer blob";
 }
 
 TEST(Signature, AdHocIgnoresTheSignerBlob)
 {
-    ProgramPlan plan;
-    plan.signature->sign = [](const std::vector<Bytes>&) { return bytesOf("rubbish"); };
-    EXPECT_EQ(states(makeProgram(plan)), "2 2");
+    test::ProgramPlan plan;
+    plan.signature->sign = [](const std::vector<Bytes>&) { return test::bytesOf("rubbish"); };
+    EXPECT_EQ(test::states(makeProgram(plan)), "2 2");
 }
 
 TEST(Signature, AdHocWithAChangedIdentifierIsValidUnderTheNewName)
 {
-    Bytes program = makeProgram();
+    Bytes program = test::makeProgram();
     const std::string_view text = ByteView(program).text();
     program[text.find("com.example.tool")] = 'X';
-    EXPECT_EQ(
-        answers(program), "basic 2, strict 2, Xom.example.tool, none, platform 0, Self-Signed Certificate");
+    EXPECT_EQ(test::answers(program),
+        "basic 2, strict 2, Xom.example.tool, none, platform 0, Self-Signed Certificate");
 }
 
-} // namespace quorvane::test
+} // namespace quorvane::codesign

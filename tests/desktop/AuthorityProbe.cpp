@@ -13,8 +13,9 @@ int main(int argumentCount, char** arguments)
     using namespace quorvane;
     const QApplication application(argumentCount, arguments);
     const std::string_view question = argumentCount == 2 ? arguments[1] : "";
-    AuthenticationWindow prompt({});
-    DesktopAuthority authority(systemBusAddress(Locations::fromEnvironment().areSandbox()), prompt);
+    windows::AuthenticationWindow prompt({});
+    platform::DesktopAuthority authority(
+        platform::systemBusAddress(platform::Locations::fromEnvironment().areSandbox()), prompt);
     bool answer = false;
     if (question == "admin")
         answer = authority.isAdminUser();

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -31,11 +31,11 @@ protected:
         Statement(database, "UPDATE content SET frame = ? WHERE number = ?", Blob{frame}, number).run();
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     Database database{folder.write("contents", "")};
     ContentStore store{database};
-    const std::string first = textOfLines(300, 0, "r");
-    const std::string second = textOfLines(300, 150, "changed");
+    const std::string first = test::textOfLines(300, 0, "r");
+    const std::string second = test::textOfLines(300, 150, "changed");
     std::int64_t firstNumber = 0;
     std::int64_t secondNumber = 0;
 };
@@ -65,7 +65,7 @@ TEST_F(ContentStorePair, UnpacksNoFrameOfWhichAnyByteIsDamaged)
 TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
 {
     const std::string other
-        = textOfLines(300, 299, "x"); // as long, and unlike where `second` is like `first`
+        = test::textOfLines(300, 299, "x"); // as long, and unlike where `second` is like `first`
     const std::int64_t otherNumber = store.keep(other, std::nullopt, std::nullopt);
     setFrame(firstNumber, frame(otherNumber));
     Statement(database,
@@ -79,10 +79,10 @@ TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
 
 TEST_F(ContentStorePair, PacksAgainstTheBaseWhereOtherBytesAreSaidToBeIts)
 {
-    const std::string third = textOfLines(300, 10, "third");
-    const std::int64_t number = store.keep(third, secondNumber, textOfLines(300, 20, "wrong"));
+    const std::string third = test::textOfLines(300, 10, "third");
+    const std::int64_t number = store.keep(third, secondNumber, test::textOfLines(300, 20, "wrong"));
 
     EXPECT_EQ(store.bytes(number), third);
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -9,19 +9,19 @@
 #include <filesystem>
 #include <fstream>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
 // A journal of a few versions, one of them under way, some with rules as meant.
-class UsedJournal : public JournalFolder {
+class UsedJournal : public test::JournalFolder {
 public:
     UsedJournal()
     {
         const auto made = journal();
         for (std::size_t number = 1; number <= count; ++number) {
             const std::string text = textOf(number);
-            NewVersion next = version(text);
+            NewVersion next = test::version(text);
             const std::string meant = text + "meant";
             if (number % 4 == 0)
                 next.meant = meant;
@@ -29,7 +29,10 @@ public:
         }
     }
 
-    static std::string textOf(std::size_t number) { return textOfLines(40, number, std::to_string(number)); }
+    static std::string textOf(std::size_t number)
+    {
+        return test::textOfLines(40, number, std::to_string(number));
+    }
 
     std::string database() const { return place().databaseFile(); }
 
@@ -66,7 +69,7 @@ void expectUsable(UsedJournal& folder, const std::string& why)
     journal->redoable();
     const std::string last = UsedJournal::textOf(UsedJournal::count);
     const std::string text = last + "new\n";
-    NewVersion next = version(text);
+    NewVersion next = test::version(text);
     next.previousBytes = last;
     const auto number = journal->record(next);
     if (!number) {
@@ -81,7 +84,7 @@ void expectUsable(UsedJournal& folder, const std::string& why)
 TEST(JournalDamage, AtAnyTenthByteLosesNoNewVersion)
 {
     UsedJournal original;
-    const std::string bytes = TemporaryFolder::contents(original.database());
+    const std::string bytes = test::TemporaryFolder::contents(original.database());
     std::size_t unused = 0;
     for (std::size_t at = 0; at < bytes.size(); at += 10) {
         for (const auto& file : std::filesystem::directory_iterator(original.state()))
@@ -98,7 +101,7 @@ TEST(JournalDamage, AtAnyTenthByteLosesNoNewVersion)
 TEST(JournalDamage, ByACutAnywhereLosesNoNewVersion)
 {
     UsedJournal original;
-    const std::string bytes = TemporaryFolder::contents(original.database());
+    const std::string bytes = test::TemporaryFolder::contents(original.database());
     for (std::size_t length = 0; length < bytes.size(); length += 97) {
         for (const auto& file : std::filesystem::directory_iterator(original.state()))
             std::filesystem::remove(file);
@@ -115,13 +118,13 @@ TEST(JournalDamage, SetsTheJournalAsideAndTellsItOnce)
         << "no data base at all, and long enough to be taken for one";
     const auto journal = folder.journal();
 
-    EXPECT_EQ(journal->record(version("new")), 1);
+    EXPECT_EQ(journal->record(test::version("new")), 1);
 
     const auto notice = journal->takeNotice();
     ASSERT_TRUE(notice);
     ASSERT_EQ(folder.filesSetAside().size(), 1U);
     EXPECT_NE(notice->find(folder.filesSetAside().front()), std::string::npos) << *notice;
-    EXPECT_EQ(TemporaryFolder::contents(folder.filesSetAside().front()).substr(0, 12), "no data base");
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.filesSetAside().front()).substr(0, 12), "no data base");
     EXPECT_FALSE(journal->takeNotice());
     EXPECT_FALSE(journal->problem());
     EXPECT_EQ(folder.journal()->bytesOf(1), "new");
@@ -137,7 +140,7 @@ TEST(JournalDamage, FoundWhileReadingSetsTheJournalAsideAsWell)
 
     EXPECT_TRUE(journal->takeNotice());
     EXPECT_EQ(folder.filesSetAside().size(), 1U);
-    EXPECT_EQ(journal->record(version("new")), 1);
+    EXPECT_EQ(journal->record(test::version("new")), 1);
 }
 
 TEST(JournalDamage, OfOneFrameMakesUnreadableOnlyWhatIsPackedAgainstIt)
@@ -156,7 +159,7 @@ TEST(JournalDamage, OfOneFrameMakesUnreadableOnlyWhatIsPackedAgainstIt)
     EXPECT_FALSE(journal->version(11)->isReadable);
     EXPECT_FALSE(journal->undoable()) << "its contents are gone";
     EXPECT_TRUE(folder.filesSetAside().empty());
-    const auto next = journal->record(version("new"));
+    const auto next = journal->record(test::version("new"));
     ASSERT_TRUE(next);
     EXPECT_EQ(journal->bytesOf(*next), "new");
 }
@@ -167,7 +170,7 @@ TEST(JournalDamage, OfAFrameNobodyHasReadIsNotBuiltUpon)
     folder.execute("UPDATE content SET frame = zeroblob(length(frame)) WHERE number = 1");
     const std::string last = UsedJournal::textOf(UsedJournal::count);
     const std::string text = last + "new\n";
-    NewVersion next = version(text);
+    NewVersion next = test::version(text);
     next.previousBytes = last; // so that nothing needs to be unpacked
 
     const auto number = folder.journal()->record(next);
@@ -182,7 +185,7 @@ TEST(JournalDamage, DoesNotSpreadWhenVersionsAreForgotten)
     UsedJournal folder;
     folder.execute("UPDATE content SET frame = zeroblob(length(frame)) WHERE number = 3");
     const auto journal = folder.journal();
-    const auto next = journal->record(version("new"));
+    const auto next = journal->record(test::version("new"));
     ASSERT_TRUE(next);
 
     EXPECT_TRUE(journal->forgetBefore(5));
@@ -199,7 +202,7 @@ TEST(JournalDamage, ThatMakesCirclesIsFound)
 
     EXPECT_FALSE(journal->bytesOf(9));
     EXPECT_EQ(journal->bytesOf(1), UsedJournal::textOf(1));
-    EXPECT_TRUE(journal->record(version("new")));
+    EXPECT_TRUE(journal->record(test::version("new")));
     EXPECT_TRUE(journal->forgetBefore(8));
     EXPECT_TRUE(journal->forgetAll());
     EXPECT_EQ(journal->bytesOf(13), "new");
@@ -215,23 +218,23 @@ TEST(JournalDamage, OfASizeMakesNoRoomForIt)
 
     EXPECT_FALSE(journal->bytesOf(4));
     EXPECT_FALSE(journal->bytesOf(5));
-    EXPECT_TRUE(journal->record(version("new")));
+    EXPECT_TRUE(journal->record(test::version("new")));
 }
 
 TEST(JournalFormat, OfANewerProgramIsLeftAlone)
 {
     UsedJournal folder;
     folder.execute("PRAGMA user_version = 2");
-    const std::string before = TemporaryFolder::contents(folder.database());
+    const std::string before = test::TemporaryFolder::contents(folder.database());
     const auto journal = folder.journal();
 
-    EXPECT_FALSE(journal->begin(version("new")));
+    EXPECT_FALSE(journal->begin(test::version("new")));
     ASSERT_TRUE(journal->problem());
     EXPECT_NE(journal->problem()->find("newer version"), std::string::npos);
     EXPECT_TRUE(journal->versions().empty());
     EXPECT_FALSE(journal->forgetAll());
-    EXPECT_EQ(TemporaryFolder::contents(folder.database()), before);
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.database()), before);
     EXPECT_TRUE(folder.filesSetAside().empty());
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -10,31 +10,31 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A state folder and a watched file of a test's own.
 class JournalFolder {
 public:
     std::string state() const { return m_folder.path("state/quorvane"); }
     std::string rules() const { return m_folder.path("rules.rc"); }
-    JournalPlace place() const { return {state(), rules()}; }
-    const TemporaryFolder& folder() const { return m_folder; }
+    history::JournalPlace place() const { return {state(), rules()}; }
+    const test::TemporaryFolder& folder() const { return m_folder; }
 
-    std::unique_ptr<Journal> journal(const JournalLimits& limits = {})
+    std::unique_ptr<history::Journal> journal(const history::JournalLimits& limits = {})
     {
-        return Journal::open(state(), rules(), limits, m_log);
+        return history::Journal::open(state(), rules(), limits, m_log);
     }
-    bool mayBeUnderWay() const { return Journal::mayBeUnderWay(state(), rules()); }
+    bool mayBeUnderWay() const { return history::Journal::mayBeUnderWay(state(), rules()); }
 
 private:
-    TemporaryFolder m_folder;
-    Log m_log{{}};
+    test::TemporaryFolder m_folder;
+    platform::Log m_log{{}};
 };
 
 // An action of ours that leads to these bytes, which must outlive the result.
-inline NewVersion version(std::string_view bytes)
+inline history::NewVersion version(std::string_view bytes)
 {
-    NewVersion made;
+    history::NewVersion made;
     made.added = 1; // else there would be nothing to undo
     made.program = "test";
     made.action = "Change rules";
@@ -43,10 +43,10 @@ inline NewVersion version(std::string_view bytes)
 }
 
 // Numbers of all versions, newest first.
-inline std::vector<std::int64_t> numbersIn(Journal& journal)
+inline std::vector<std::int64_t> numbersIn(history::Journal& journal)
 {
     std::vector<std::int64_t> numbers;
-    for (const JournalVersion& version : journal.versions())
+    for (const history::JournalVersion& version : journal.versions())
         numbers.push_back(version.number);
     return numbers;
 }
@@ -64,4 +64,4 @@ inline std::string textOfLines(std::size_t lines, std::size_t changed, std::stri
     return text;
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

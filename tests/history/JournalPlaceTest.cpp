@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -28,7 +28,7 @@ mode_t modeOf(const std::string& path)
 // What recording a version answers: its number, or the problem.
 std::string answer(Journal& journal)
 {
-    const auto number = journal.begin(version("rules\n"));
+    const auto number = journal.begin(test::version("rules\n"));
     return number ? std::to_string(*number) : journal.problem().value_or("no problem");
 }
 
@@ -43,28 +43,28 @@ constexpr uid_t nobody = 65534;
 
 TEST(JournalPlace, IsInTheFolderForStateOrInTheHome)
 {
-    const EnvironmentVariable home("HOME", "/home/of");
+    const test::EnvironmentVariable home("HOME", "/home/of");
     {
-        const EnvironmentVariable state("XDG_STATE_HOME", "/state");
+        const test::EnvironmentVariable state("XDG_STATE_HOME", "/state");
         EXPECT_EQ(defaultStateFolder(), "/state/quorvane");
     }
     for (const auto& given : {std::optional<std::string>("state"), std::optional<std::string>()}) {
-        const EnvironmentVariable state("XDG_STATE_HOME", given);
+        const test::EnvironmentVariable state("XDG_STATE_HOME", given);
         EXPECT_EQ(defaultStateFolder(), "/home/of/.local/state/quorvane") << "none, or a relative one";
     }
 }
 
 TEST(JournalPlace, IsInTheHomeOfTheAccountWithoutHOME)
 {
-    const EnvironmentVariable state("XDG_STATE_HOME", std::nullopt);
-    const EnvironmentVariable home("HOME", std::nullopt);
+    const test::EnvironmentVariable state("XDG_STATE_HOME", std::nullopt);
+    const test::EnvironmentVariable home("HOME", std::nullopt);
 
     EXPECT_EQ(defaultStateFolder().front(), '/');
 }
 
 TEST(JournalPlace, IsForItsOwnerOnly)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     std::filesystem::create_directories(folder.state());
     ASSERT_EQ(chmod(folder.state().c_str(), 0755), 0);
 
@@ -78,10 +78,10 @@ TEST(JournalPlace, IsForItsOwnerOnly)
 
 TEST(JournalPlace, IsRefusedWithoutAFolder)
 {
-    Log log({});
+    platform::Log log({});
     const auto journal = Journal::open("", "/rules.rc", {}, log);
 
-    EXPECT_FALSE(journal->begin(version("rules")));
+    EXPECT_FALSE(journal->begin(test::version("rules")));
     EXPECT_TRUE(journal->problem());
     EXPECT_TRUE(journal->versions().empty());
 }
@@ -90,33 +90,33 @@ TEST(JournalPlace, IsRefusedWhereALinkOrAnythingButAFileStandsForTheJournal)
 {
     const struct {
         const char* why;
-        void (*make)(const JournalFolder&);
+        void (*make)(const test::JournalFolder&);
     } cases[] = {
         {"a link to a file",
-            [](const JournalFolder& folder) {
+            [](const test::JournalFolder& folder) {
                 std::filesystem::create_symlink(
                     folder.folder().write("target", ""), folder.place().databaseFile());
             }},
         {"a link to nothing",
-            [](const JournalFolder& folder) {
+            [](const test::JournalFolder& folder) {
                 std::filesystem::create_symlink(
                     folder.folder().path("target"), folder.place().databaseFile());
             }},
         {"a folder",
-            [](const JournalFolder& folder) {
+            [](const test::JournalFolder& folder) {
                 std::filesystem::create_directory(folder.place().databaseFile());
             }},
         {"a pipe",
-            [](const JournalFolder& folder) {
+            [](const test::JournalFolder& folder) {
                 ASSERT_EQ(mkfifo(folder.place().databaseFile().c_str(), 0600), 0);
             }},
     };
     for (const auto& c : cases) {
-        JournalFolder folder;
+        test::JournalFolder folder;
         std::filesystem::create_directories(folder.state());
         c.make(folder);
         const auto journal = folder.journal();
-        EXPECT_FALSE(journal->begin(version("rules"))) << c.why;
+        EXPECT_FALSE(journal->begin(test::version("rules"))) << c.why;
         ASSERT_TRUE(journal->problem()) << c.why;
         EXPECT_NE(journal->problem()->find("is no regular file"), std::string::npos) << *journal->problem();
         EXPECT_FALSE(std::filesystem::exists(folder.folder().path("target"))
@@ -127,7 +127,7 @@ TEST(JournalPlace, IsRefusedWhereALinkOrAnythingButAFileStandsForTheJournal)
 
 TEST(JournalPlace, IsRefusedWhereAFileStandsForTheFolder)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     folder.folder().write("state/quorvane", "a file");
 
     EXPECT_NE(answer(*folder.journal()).find("is no folder"), std::string::npos);
@@ -137,7 +137,7 @@ TEST(JournalPlace, IsRefusedInAFolderOfAnotherUser)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root to make files of another user";
-    JournalFolder folder;
+    test::JournalFolder folder;
     std::filesystem::create_directories(folder.state());
     setGroupAndOwner(folder.state(), nobody);
 
@@ -149,7 +149,7 @@ TEST(JournalPlace, IsNotMadeByRootInAHomeOfAnotherUser)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root";
-    JournalFolder folder;
+    test::JournalFolder folder;
     std::filesystem::create_directory(folder.folder().path("state"));
     setGroupAndOwner(folder.folder().path("state"), nobody);
 
@@ -161,7 +161,7 @@ TEST(JournalPlace, IsRefusedToRootForAFileOfAnotherUser)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root";
-    JournalFolder folder;
+    test::JournalFolder folder;
     folder.folder().write("rules.rc", "rules\n");
     setGroupAndOwner(folder.rules(), nobody);
 
@@ -173,7 +173,7 @@ TEST(JournalPlace, IsRefusedWhenTheJournalBelongsToAnotherUser)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root to make files of another user";
-    JournalFolder folder;
+    test::JournalFolder folder;
     ASSERT_EQ(answer(*folder.journal()), "1");
     setGroupAndOwner(folder.place().databaseFile(), nobody);
 
@@ -185,7 +185,7 @@ TEST(JournalPlace, IsRefusedWhenTheJournalBelongsToAnotherUser)
 
 TEST(JournalPlace, ThatCannotBeWrittenIsAProblemAndStillReadable)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     ASSERT_EQ(answer(*folder.journal()), "1");
     if (geteuid() == 0) {
         setGroupAndOwner(folder.folder().path(), nobody);
@@ -196,8 +196,8 @@ TEST(JournalPlace, ThatCannotBeWrittenIsAProblemAndStillReadable)
     }
     ASSERT_EQ(chmod(folder.place().databaseFile().c_str(), 0400), 0);
 
-    const std::string answers = answerOfChild([&folder] {
-        if (!becomeOrdinaryUser())
+    const std::string answers = test::answerOfChild([&folder] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         const auto journal = folder.journal();
         const std::string first = answer(*journal);
@@ -210,10 +210,10 @@ TEST(JournalPlace, ThatCannotBeWrittenIsAProblemAndStillReadable)
 
 TEST(JournalPlace, WithoutRoomIsAProblemAndGoesOnWhenThereIsRoom)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     ASSERT_EQ(answer(*folder.journal()), "1");
 
-    const std::string answers = answerOfChild([&folder] {
+    const std::string answers = test::answerOfChild([&folder] {
         // As a full disk does: a write takes fewer bytes, or none. Linux raises a signal besides.
         signal(SIGXFSZ, SIG_IGN);
         const auto journal = folder.journal();
@@ -227,10 +227,10 @@ TEST(JournalPlace, WithoutRoomIsAProblemAndGoesOnWhenThereIsRoom)
             state = state * 6364136223846793005U + 1442695040888963407U;
             letter = static_cast<char>(state >> 56U);
         }
-        const bool isRefused = !journal->begin(version(noise)) && journal->problem();
+        const bool isRefused = !journal->begin(test::version(noise)) && journal->problem();
         limit.rlim_cur = before;
         setrlimit(RLIMIT_FSIZE, &limit);
-        const auto number = journal->begin(version(noise));
+        const auto number = journal->begin(test::version(noise));
         return std::string(isRefused ? "refused" : "taken") + ", then "
             + (number && journal->bytesOf(*number) == noise && journal->bytesOf(1) == "rules\n" ? "taken"
                                                                                                 : "lost");
@@ -239,4 +239,4 @@ TEST(JournalPlace, WithoutRoomIsAProblemAndGoesOnWhenThereIsRoom)
     EXPECT_EQ(answers, "refused, then taken");
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -13,30 +13,30 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
 std::string textOf(int writer, int made)
 {
-    return textOfLines(
+    return test::textOfLines(
         50, static_cast<std::size_t>(made), std::to_string(writer) + "/" + std::to_string(made));
 }
 
 // Writes versions, one after the other, until it is done or killed. The digits of what failed.
-int write(JournalFolder& folder, int writer, int count)
+int write(test::JournalFolder& folder, int writer, int count)
 {
     int failures = 0;
     for (int made = 0; made < count; ++made) {
         const auto journal = folder.journal();
         const std::string text = textOf(writer, made);
-        const auto number = journal->begin(version(text));
+        const auto number = journal->begin(test::version(text));
         failures += number && journal->finish(*number, VersionState::done) ? 0 : 1;
     }
     return failures;
 }
 
-pid_t startWriter(JournalFolder& folder, int writer, int count)
+pid_t startWriter(test::JournalFolder& folder, int writer, int count)
 {
     const pid_t child = fork();
     if (child == 0)
@@ -48,7 +48,7 @@ pid_t startWriter(JournalFolder& folder, int writer, int count)
 
 TEST(JournalProcesses, EightAtOnceKeepAllTheirVersions)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     constexpr int writers = 8;
     constexpr int count = 8; // so few that nobody waits for long, on a slow disk either
 
@@ -77,7 +77,7 @@ TEST(JournalProcesses, EightAtOnceKeepAllTheirVersions)
 
 TEST(JournalProcesses, AWriterThatIsKilledLeavesAUsableJournal)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     std::mt19937 random(1);
     for (int round = 0; round < 60; ++round) {
         const pid_t child = startWriter(folder, round, 1000);
@@ -93,7 +93,7 @@ TEST(JournalProcesses, AWriterThatIsKilledLeavesAUsableJournal)
             [](const JournalVersion& version) { return version.state == VersionState::underWay; });
         ASSERT_TRUE(!isAnyUnderWay || folder.mayBeUnderWay()) << "no marker for a version under way";
         const std::string next = "after " + std::to_string(round);
-        const auto number = journal->record(version(next));
+        const auto number = journal->record(test::version(next));
         ASSERT_TRUE(number) << journal->problem().value_or("");
         ASSERT_EQ(journal->bytesOf(*number), next);
         if (!versions.empty()) {
@@ -105,17 +105,17 @@ TEST(JournalProcesses, AWriterThatIsKilledLeavesAUsableJournal)
 
 TEST(JournalProcesses, ASecondJournalGoesOnInTheOneThatIsThereNow)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto first = folder.journal();
-    ASSERT_TRUE(first->record(version("one")));
+    ASSERT_TRUE(first->record(test::version("one")));
     const auto aside = folder.place().setAside(*folder.place().databaseIdentity());
     ASSERT_TRUE(aside);
-    ASSERT_TRUE(folder.journal()->record(version("two")));
+    ASSERT_TRUE(folder.journal()->record(test::version("two")));
 
-    ASSERT_EQ(first->record(version("three")), 2);
+    ASSERT_EQ(first->record(test::version("three")), 2);
 
     EXPECT_EQ(folder.journal()->bytesOf(1), "two");
     EXPECT_EQ(folder.journal()->bytesOf(2), "three");
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

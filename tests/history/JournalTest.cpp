@@ -7,41 +7,41 @@
 #include <filesystem>
 #include <map>
 
-namespace quorvane {
+namespace quorvane::history {
 
 TEST(Journal, GivesBackTheBytesOfEachVersion)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const std::string texts[] = {"one\n", "one\ntwo\n", std::string("\0\xFF\r\n", 4), "", "one\n"};
     const auto journal = folder.journal();
 
     for (const std::string& text : texts)
-        ASSERT_TRUE(journal->record(version(text))) << journal->problem().value_or("");
+        ASSERT_TRUE(journal->record(test::version(text))) << journal->problem().value_or("");
 
     const auto reopened = folder.journal();
     for (std::int64_t number = 1; number <= 5; ++number)
         EXPECT_EQ(reopened->bytesOf(number), texts[number - 1]) << number;
-    EXPECT_EQ(numbersIn(*reopened), (std::vector<std::int64_t>{5, 4, 3, 2, 1}));
+    EXPECT_EQ(test::numbersIn(*reopened), (std::vector<std::int64_t>{5, 4, 3, 2, 1}));
 }
 
 TEST(Journal, ItsMarkChangesWithWhatOthersDoAlone)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto watching = folder.journal();
     EXPECT_EQ(watching->changeMark(), 0);
     const auto other = folder.journal();
-    other->record(version("one"));
+    other->record(test::version("one"));
     const std::int64_t first = watching->changeMark();
     EXPECT_NE(first, 0);
     EXPECT_EQ(watching->changeMark(), first);
-    other->record(version("two"));
+    other->record(test::version("two"));
     EXPECT_NE(watching->changeMark(), first);
 }
 
 TEST(Journal, KnowsOfAVersionWhatWasRecorded)
 {
-    JournalFolder folder;
-    NewVersion undo = version("abc");
+    test::JournalFolder folder;
+    NewVersion undo = test::version("abc");
     undo.kind = VersionKind::undo;
     undo.of = 1;
     undo.rules = 4;
@@ -53,7 +53,7 @@ TEST(Journal, KnowsOfAVersionWhatWasRecorded)
     foreign.kind = VersionKind::foreign;
     foreign.bytes = "def";
     foreign.time = 1234567891;
-    NewVersion earlier = version("x");
+    NewVersion earlier = test::version("x");
     earlier.time = 1234567889;
 
     const auto journal = folder.journal();
@@ -88,7 +88,7 @@ TEST(Journal, KnowsOfAVersionWhatWasRecorded)
 
 TEST(Journal, MakesNothingOnDiskUntilAVersionIsRecorded)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
 
     EXPECT_TRUE(journal->versions().empty());
@@ -102,10 +102,10 @@ TEST(Journal, MakesNothingOnDiskUntilAVersionIsRecorded)
 
 TEST(Journal, KeepsTheRulesAsMeantBesideTheBytesThatCannotHoldThem)
 {
-    JournalFolder folder;
-    NewVersion cut = version("rule \"a\xC3");
+    test::JournalFolder folder;
+    NewVersion cut = test::version("rule \"a\xC3");
     cut.meant = "rule \"a\xC3\xA4\"\n";
-    NewVersion same = version("rule\n");
+    NewVersion same = test::version("rule\n");
     same.meant = "rule\n";
     const auto journal = folder.journal();
 
@@ -122,11 +122,11 @@ TEST(Journal, KeepsTheRulesAsMeantBesideTheBytesThatCannotHoldThem)
 
 TEST(Journal, HasAVersionUnderWayFromBeginToFinishAndAMarkerAsLong)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
     EXPECT_FALSE(folder.mayBeUnderWay());
 
-    const auto number = journal->begin(version("one\n"));
+    const auto number = journal->begin(test::version("one\n"));
 
     ASSERT_TRUE(number);
     EXPECT_TRUE(folder.mayBeUnderWay());
@@ -142,10 +142,10 @@ TEST(Journal, HasAVersionUnderWayFromBeginToFinishAndAMarkerAsLong)
 
 TEST(Journal, KeepsTheMarkerWhileAnotherVersionIsUnderWay)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    const auto first = journal->begin(version("one\n"));
-    const auto second = journal->begin(version("two\n"));
+    const auto first = journal->begin(test::version("one\n"));
+    const auto second = journal->begin(test::version("two\n"));
     ASSERT_TRUE(first && second);
 
     EXPECT_EQ(journal->underWay().front().number, *second) << "newest first";
@@ -157,10 +157,10 @@ TEST(Journal, KeepsTheMarkerWhileAnotherVersionIsUnderWay)
 
 TEST(Journal, CountsOlderVersionsUnderWayAsRecoveredWhenOneIsFinished)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    const auto first = journal->begin(version("one\n"));
-    const auto second = journal->begin(version("two\n"));
+    const auto first = journal->begin(test::version("one\n"));
+    const auto second = journal->begin(test::version("two\n"));
     ASSERT_TRUE(first && second);
 
     EXPECT_TRUE(journal->finish(*second, VersionState::done));
@@ -171,9 +171,9 @@ TEST(Journal, CountsOlderVersionsUnderWayAsRecoveredWhenOneIsFinished)
 
 TEST(Journal, RemembersWhatAFailedWriteHasLeftForAsLongAsAVersionIsUnderWay)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    const auto number = journal->begin(version("one\ntwo\n"));
+    const auto number = journal->begin(test::version("one\ntwo\n"));
     ASSERT_TRUE(number);
     EXPECT_FALSE(journal->isLeft("two\n")) << "nothing has failed";
 
@@ -187,21 +187,21 @@ TEST(Journal, RemembersWhatAFailedWriteHasLeftForAsLongAsAVersionIsUnderWay)
 
 TEST(Journal, ClearsAMarkerThatStandsForNothingWithTheNextVersion)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    journal->record(version("one\n"));
+    journal->record(test::version("one\n"));
     ASSERT_TRUE(folder.place().makeMarker());
 
-    journal->record(version("two\n"));
+    journal->record(test::version("two\n"));
 
     EXPECT_FALSE(folder.mayBeUnderWay());
 }
 
 TEST(Journal, FinishesNoVersionThatItDoesNotHave)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    journal->record(version("one\n"));
+    journal->record(test::version("one\n"));
 
     EXPECT_FALSE(journal->finish(7, VersionState::done));
     EXPECT_FALSE(journal->bytesOf(7));
@@ -211,18 +211,18 @@ TEST(Journal, FinishesNoVersionThatItDoesNotHave)
 
 TEST(Journal, AbandonsAVersionUnderWayAsIfItHadNeverBeen)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    const auto first = journal->record(version("one\n"));
-    const auto second = journal->begin(version("two\n"));
-    const auto third = journal->record(version("three\n"));
+    const auto first = journal->record(test::version("one\n"));
+    const auto second = journal->begin(test::version("two\n"));
+    const auto third = journal->record(test::version("three\n"));
     ASSERT_TRUE(first && second && third);
 
     EXPECT_FALSE(journal->abandon(*first)) << "it is done";
     EXPECT_TRUE(journal->abandon(*second));
 
     EXPECT_FALSE(folder.mayBeUnderWay());
-    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{*third, *first}));
+    EXPECT_EQ(test::numbersIn(*journal), (std::vector<std::int64_t>{*third, *first}));
     EXPECT_EQ(journal->newest()->before, *first);
     EXPECT_EQ(journal->bytesOf(*third), "three\n");
     EXPECT_EQ(journal->undoable()->number, *third);
@@ -230,14 +230,14 @@ TEST(Journal, AbandonsAVersionUnderWayAsIfItHadNeverBeen)
 
 TEST(Journal, TakesNextToNoRoomForTheSameBytesAgain)
 {
-    JournalFolder folder;
-    const std::string text = textOfLines(21000, 0, "r");
+    test::JournalFolder folder;
+    const std::string text = test::textOfLines(21000, 0, "r");
     const auto journal = folder.journal();
-    journal->record(version(text));
+    journal->record(test::version(text));
     const std::uint64_t before = journal->sizeOnDisk();
 
     for (int time = 0; time < 10; ++time)
-        ASSERT_TRUE(journal->record(version(text)));
+        ASSERT_TRUE(journal->record(test::version(text)));
 
     EXPECT_LE(journal->sizeOnDisk(), before + 4096);
     EXPECT_EQ(journal->bytesOf(11), text);
@@ -245,16 +245,17 @@ TEST(Journal, TakesNextToNoRoomForTheSameBytesAgain)
 
 TEST(Journal, TakesAPercentAtMostForALineThatChanged)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const std::size_t lines = 30000;
     const auto journal = folder.journal();
-    const std::string first = textOfLines(lines, 0, "r");
+    const std::string first = test::textOfLines(lines, 0, "r");
     ASSERT_GT(first.size(), std::size_t{1} << 20U);
-    journal->record(version(first));
+    journal->record(test::version(first));
     const std::uint64_t before = journal->sizeOnDisk();
 
-    const std::string second = textOfLines(lines, lines / 2, "a word longer than the one that was there");
-    NewVersion hinted = version(second);
+    const std::string second
+        = test::textOfLines(lines, lines / 2, "a word longer than the one that was there");
+    NewVersion hinted = test::version(second);
     hinted.previousBytes = first;
     ASSERT_TRUE(journal->record(hinted));
 
@@ -264,14 +265,14 @@ TEST(Journal, TakesAPercentAtMostForALineThatChanged)
 
 TEST(Journal, IgnoresAHintThatIsNotWhatTheNewestVersionHolds)
 {
-    JournalFolder folder;
-    const std::string first = textOfLines(1000, 0, "r");
-    const std::string second = textOfLines(1000, 5, "w");
-    const std::string wrong = textOfLines(1000, 7, "c");
+    test::JournalFolder folder;
+    const std::string first = test::textOfLines(1000, 0, "r");
+    const std::string second = test::textOfLines(1000, 5, "w");
+    const std::string wrong = test::textOfLines(1000, 7, "c");
     const auto journal = folder.journal();
-    journal->record(version(first));
+    journal->record(test::version(first));
 
-    NewVersion hinted = version(second);
+    NewVersion hinted = test::version(second);
     hinted.previousBytes = wrong;
     ASSERT_TRUE(journal->record(hinted));
 
@@ -280,9 +281,9 @@ TEST(Journal, IgnoresAHintThatIsNotWhatTheNewestVersionHolds)
 
 TEST(Journal, HoldsAThousandVersionsOfAChangingText)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     constexpr std::int64_t count = 1000;
-    std::string text = textOfLines(21000, 0, "r");
+    std::string text = test::textOfLines(21000, 0, "r");
     ASSERT_GT(text.size(), std::size_t{1} << 20U);
     const auto journal = folder.journal();
     std::map<std::int64_t, std::string> samples;
@@ -291,7 +292,7 @@ TEST(Journal, HoldsAThousandVersionsOfAChangingText)
         const std::string previous = text;
         const auto changed = static_cast<std::size_t>(number) * 7919 * 64 % text.size();
         text.insert(changed, "changed by " + std::to_string(number));
-        NewVersion next = version(text);
+        NewVersion next = test::version(text);
         if (number % 20 != 0)
             next.previousBytes = previous; // a hint is not always there
         ASSERT_EQ(journal->record(next), number) << journal->problem().value_or("");
@@ -310,13 +311,13 @@ TEST(Journal, HoldsAThousandVersionsOfAChangingText)
 
 TEST(Journal, KeepsVersionsOfDifferentFilesApart)
 {
-    JournalFolder folder;
-    Log log({});
+    test::JournalFolder folder;
+    platform::Log log({});
     const auto rules = folder.journal();
     const auto list = Journal::open(folder.state(), folder.folder().path("list.plist"), {}, log);
 
-    rules->record(version("rules"));
-    list->begin(version("list"));
+    rules->record(test::version("rules"));
+    list->begin(test::version("list"));
 
     EXPECT_EQ(rules->newest()->bytes, 5U);
     EXPECT_EQ(list->bytesOf(1), "list");
@@ -326,11 +327,12 @@ TEST(Journal, KeepsVersionsOfDifferentFilesApart)
 
 TEST(Journal, KnowsAFileByItsRealPath)
 {
-    JournalFolder folder;
-    Log log({});
+    test::JournalFolder folder;
+    platform::Log log({});
     folder.folder().write("real/rules.rc", "one\n");
     std::filesystem::create_directory_symlink(folder.folder().path("real"), folder.folder().path("link"));
-    Journal::open(folder.state(), folder.folder().path("real/rules.rc"), {}, log)->record(version("one\n"));
+    Journal::open(folder.state(), folder.folder().path("real/rules.rc"), {}, log)
+        ->record(test::version("one\n"));
 
     for (const char* name : {"link/rules.rc", "real/../link/./rules.rc"})
         EXPECT_TRUE(Journal::open(folder.state(), folder.folder().path(name), {}, log)->newest()) << name;
@@ -338,48 +340,49 @@ TEST(Journal, KnowsAFileByItsRealPath)
 
 TEST(Journal, ForgetsVersionsBeforeOneAndKeepsTheLaterOnesReadable)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
     for (std::size_t number = 1; number <= 120; ++number)
-        journal->record(version(textOfLines(200, number, "changed")));
+        journal->record(test::version(test::textOfLines(200, number, "changed")));
 
     EXPECT_TRUE(journal->forgetBefore(70));
 
-    EXPECT_EQ(numbersIn(*journal).back(), 70);
+    EXPECT_EQ(test::numbersIn(*journal).back(), 70);
     for (std::int64_t number = 70; number <= 120; ++number)
-        EXPECT_EQ(journal->bytesOf(number), textOfLines(200, static_cast<std::size_t>(number), "changed"));
+        EXPECT_EQ(
+            journal->bytesOf(number), test::textOfLines(200, static_cast<std::size_t>(number), "changed"));
     EXPECT_FALSE(journal->bytesOf(69));
 }
 
 TEST(Journal, ForgetsAllButTheNewestAndTakesNoMoreRoomThanThatOne)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    journal->record(version(textOfLines(5000, 0, "changed")));
+    journal->record(test::version(test::textOfLines(5000, 0, "changed")));
     const std::uint64_t one = journal->sizeOnDisk();
     for (std::size_t number = 2; number <= 60; ++number)
-        journal->record(version(textOfLines(5000, number, "changed")));
+        journal->record(test::version(test::textOfLines(5000, number, "changed")));
 
     EXPECT_TRUE(journal->forgetAll());
 
-    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{60}));
-    EXPECT_EQ(journal->bytesOf(60), textOfLines(5000, 60, "changed"));
+    EXPECT_EQ(test::numbersIn(*journal), (std::vector<std::int64_t>{60}));
+    EXPECT_EQ(journal->bytesOf(60), test::textOfLines(5000, 60, "changed"));
     EXPECT_LE(journal->sizeOnDisk(), one + 4096);
-    EXPECT_EQ(journal->record(version("next")), 61) << "numbers are never given twice";
+    EXPECT_EQ(journal->record(test::version("next")), 61) << "numbers are never given twice";
 }
 
 TEST(Journal, ForgetsNoVersionUnderWay)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
-    journal->begin(version("one\n"));
-    journal->record(version("two\n"));
-    journal->record(version("three\n"));
+    journal->begin(test::version("one\n"));
+    journal->record(test::version("two\n"));
+    journal->record(test::version("three\n"));
 
     EXPECT_TRUE(journal->forgetAll());
 
-    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{3, 1}));
+    EXPECT_EQ(test::numbersIn(*journal), (std::vector<std::int64_t>{3, 1}));
     EXPECT_EQ(journal->bytesOf(1), "one\n");
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -8,13 +8,13 @@
 #include <map>
 #include <random>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
 std::optional<std::int64_t> recordAt(Journal& journal, std::int64_t time, std::string_view bytes)
 {
-    NewVersion made = version(bytes);
+    NewVersion made = test::version(bytes);
     made.time = time;
     return journal.record(made);
 }
@@ -23,16 +23,16 @@ std::optional<std::int64_t> recordAt(Journal& journal, std::int64_t time, std::s
 
 TEST(JournalThinning, LeavesWhatIsKeptReadable)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
     std::mt19937 random(1);
     std::map<std::int64_t, std::string> texts;
     std::int64_t time = 1'000'000'000;
     for (int made = 0; made < 300; ++made) {
-        time += static_cast<std::int64_t>(random() % (8 * hour));
-        const std::string text = textOfLines(100, random() % 100, std::to_string(made));
+        time += static_cast<std::int64_t>(random() % (8 * test::hour));
+        const std::string text = test::textOfLines(100, random() % 100, std::to_string(made));
         const std::string meant = text + "as meant";
-        NewVersion next = version(text);
+        NewVersion next = test::version(text);
         next.time = time;
         if (made % 3 == 0)
             next.meant = meant;
@@ -53,10 +53,10 @@ TEST(JournalThinning, LeavesWhatIsKeptReadable)
 
 TEST(JournalThinning, KeepsEverythingWhileTheClockGoesBack)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
     for (std::int64_t made = 0; made < 20; ++made)
-        ASSERT_TRUE(recordAt(*journal, (1000 - made * 40) * day, "rules " + std::to_string(made)));
+        ASSERT_TRUE(recordAt(*journal, (1000 - made * 40) * test::day, "rules " + std::to_string(made)));
 
     EXPECT_EQ(journal->versions().size(), 20U);
     EXPECT_EQ(journal->newest()->number, 20);
@@ -64,7 +64,7 @@ TEST(JournalThinning, KeepsEverythingWhileTheClockGoesBack)
 
 TEST(JournalThinning, ForgetsTheOldestWhenTheJournalIsLargerThanItMayBe)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     JournalLimits limits;
     limits.bytes = 40000;
     const auto journal = folder.journal(limits);
@@ -76,7 +76,7 @@ TEST(JournalThinning, ForgetsTheOldestWhenTheJournalIsLargerThanItMayBe)
         ASSERT_TRUE(recordAt(*journal, made, noise));
     }
 
-    const auto numbers = numbersIn(*journal);
+    const auto numbers = test::numbersIn(*journal);
     EXPECT_EQ(numbers.front(), 50);
     EXPECT_GE(numbers.size(), 6U);
     EXPECT_LE(numbers.size(), 8U);
@@ -88,34 +88,34 @@ TEST(JournalThinning, ForgetsTheOldestWhenTheJournalIsLargerThanItMayBe)
 
 TEST(JournalThinning, KeepsTheNewestHoweverLittleRoomThereMayBe)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     JournalLimits limits;
     limits.bytes = 0;
     const auto journal = folder.journal(limits);
 
     for (std::size_t made = 1; made <= 5; ++made)
-        ASSERT_TRUE(recordAt(*journal, 0, textOfLines(100, made, "w")));
+        ASSERT_TRUE(recordAt(*journal, 0, test::textOfLines(100, made, "w")));
 
-    EXPECT_EQ(numbersIn(*journal), std::vector<std::int64_t>{5});
-    EXPECT_EQ(journal->bytesOf(5), textOfLines(100, 5, "w"));
+    EXPECT_EQ(test::numbersIn(*journal), std::vector<std::int64_t>{5});
+    EXPECT_EQ(journal->bytesOf(5), test::textOfLines(100, 5, "w"));
 }
 
 TEST(JournalThinning, OffersNoUndoAcrossAGap)
 {
-    JournalFolder folder;
+    test::JournalFolder folder;
     const auto journal = folder.journal();
     recordAt(*journal, 0, "one");
     recordAt(*journal, 1, "two");
     recordAt(*journal, 2, "three");
-    NewVersion foreign = version("four");
+    NewVersion foreign = test::version("four");
     foreign.kind = VersionKind::foreign;
-    foreign.time = 20 * day;
+    foreign.time = 20 * test::day;
 
     ASSERT_EQ(journal->undoable()->number, 3);
     journal->record(foreign);
 
-    EXPECT_EQ(numbersIn(*journal), (std::vector<std::int64_t>{4, 3})) << "one an hour";
+    EXPECT_EQ(test::numbersIn(*journal), (std::vector<std::int64_t>{4, 3})) << "one an hour";
     EXPECT_FALSE(journal->undoable());
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
@@ -30,13 +30,13 @@ private:
     std::int64_t add(VersionKind kind, std::optional<std::int64_t> of)
     {
         const std::string bytes = "rules " + std::to_string(++m_made);
-        NewVersion made = version(bytes);
+        NewVersion made = test::version(bytes);
         made.kind = kind;
         made.of = of;
         return m_journal->record(made).value_or(-1);
     }
 
-    JournalFolder m_folder;
+    test::JournalFolder m_folder;
     std::unique_ptr<Journal> m_journal = m_folder.journal();
     int m_made = 0;
 };
@@ -96,7 +96,7 @@ TEST(JournalUndo, PassesOverAWriteThatChangedNoRule)
 {
     UndoJournal journal;
     const auto action = journal.action();
-    NewVersion rewritten = version("the same rules, spelt anew");
+    NewVersion rewritten = test::version("the same rules, spelt anew");
     rewritten.added = 0;
     (*journal).record(rewritten);
     EXPECT_EQ(journal.undoable(), action);
@@ -119,4 +119,4 @@ TEST(JournalUndo, NeedsTheVersionBefore)
     EXPECT_EQ(journal.redoable(), 0);
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -6,11 +6,11 @@
 
 #include <limits>
 
-namespace quorvane {
+namespace quorvane::history {
 
 namespace {
 
-constexpr std::int64_t now = 20000 * day;
+constexpr std::int64_t now = 20000 * test::day;
 
 using Numbers = std::vector<std::int64_t>;
 
@@ -27,40 +27,42 @@ Numbers expired(const Numbers& times, std::uint32_t days = 7)
 
 TEST(Thinning, KeepsEveryVersionOfTheLastDays)
 {
-    EXPECT_EQ(expired({now - 7 * day, now - 7 * day + 1, now - 1, now - 1, now}), Numbers{});
+    EXPECT_EQ(expired({now - 7 * test::day, now - 7 * test::day + 1, now - 1, now - 1, now}), Numbers{});
     EXPECT_EQ(expired({}), Numbers{});
 }
 
 TEST(Thinning, KeepsTheNewestOfEachHourForThirtyDays)
 {
-    const std::int64_t early = now - 10 * day;
-    EXPECT_EQ(expired({early, early + 1, early + hour - 1, early + hour, now}), (Numbers{2, 1}));
-    EXPECT_EQ(expired({now - 30 * day, now - 30 * day + hour, now}), Numbers{});
+    const std::int64_t early = now - 10 * test::day;
+    EXPECT_EQ(expired({early, early + 1, early + test::hour - 1, early + test::hour, now}), (Numbers{2, 1}));
+    EXPECT_EQ(expired({now - 30 * test::day, now - 30 * test::day + test::hour, now}), Numbers{});
 }
 
 TEST(Thinning, KeepsTheNewestOfEachDayForAYearAndNothingOlder)
 {
-    const std::int64_t early = now - 100 * day;
-    EXPECT_EQ(expired({early, early + hour, early + 2 * hour, early + day, now}), (Numbers{2, 1}));
-    EXPECT_EQ(expired({now - 365 * day - 1, now - 365 * day, now}), Numbers{1});
+    const std::int64_t early = now - 100 * test::day;
+    EXPECT_EQ(expired({early, early + test::hour, early + 2 * test::hour, early + test::day, now}),
+        (Numbers{2, 1}));
+    EXPECT_EQ(expired({now - 365 * test::day - 1, now - 365 * test::day, now}), Numbers{1});
 }
 
 TEST(Thinning, TakesItsDaysFromTheSettings)
 {
     EXPECT_EQ(expired({now - 2, now - 1, now}, 0), Numbers{1}) << "the first two are of one hour";
-    EXPECT_EQ(expired({now - 400 * day, now - 400 * day, now}, 400), Numbers{});
+    EXPECT_EQ(expired({now - 400 * test::day, now - 400 * test::day, now}, 400), Numbers{});
 }
 
 TEST(Thinning, MeasuresAgesFromTheNewestVersionWhateverTheClockSays)
 {
-    EXPECT_EQ(expired({now, now, now - 500 * day}), Numbers{}) << "the clock went back";
-    EXPECT_EQ(expired({now, now, now + 500 * day}), (Numbers{2, 1}));
+    EXPECT_EQ(expired({now, now, now - 500 * test::day}), Numbers{}) << "the clock went back";
+    EXPECT_EQ(expired({now, now, now + 500 * test::day}), (Numbers{2, 1}));
 }
 
 TEST(Thinning, TakesNoVersionForOlderThanOneMadeBeforeIt)
 {
-    EXPECT_EQ(expired({now, now - 500 * day, now - 900 * day, now + day}), Numbers{});
-    EXPECT_EQ(expired({now - 800 * day, now - 900 * day, now - 500 * day, now}), (Numbers{3, 2, 1}));
+    EXPECT_EQ(expired({now, now - 500 * test::day, now - 900 * test::day, now + test::day}), Numbers{});
+    EXPECT_EQ(expired({now - 800 * test::day, now - 900 * test::day, now - 500 * test::day, now}),
+        (Numbers{3, 2, 1}));
 }
 
 TEST(Thinning, TakesAnyTimes)
@@ -71,4 +73,4 @@ TEST(Thinning, TakesAnyTimes)
     EXPECT_EQ(expired({highest, lowest}), Numbers{});
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::history {
 
 TEST(VersionFrame, UnpacksToWhatWasPacked)
 {
-    const std::string texts[] = {"", "a", textOfLines(3000, 1, "w"), std::string(300000, 'x')};
+    const std::string texts[] = {"", "a", test::textOfLines(3000, 1, "w"), std::string(300000, 'x')};
     for (const std::string& prefix : texts)
         for (const std::string& text : texts)
             EXPECT_EQ(unpackedFrame(packedFrame(text, prefix), prefix, text.size()), text)
@@ -17,8 +17,8 @@ TEST(VersionFrame, UnpacksToWhatWasPacked)
 
 TEST(VersionFrame, IsSmallForOneChangeInALongText)
 {
-    const std::string before = textOfLines(100000, 5, "w");
-    const std::string after = textOfLines(100000, 60000, "changed");
+    const std::string before = test::textOfLines(100000, 5, "w");
+    const std::string after = test::textOfLines(100000, 60000, "changed");
 
     EXPECT_LE(packedFrame(after, before).size(), after.size() / 1000);
 }
@@ -26,8 +26,8 @@ TEST(VersionFrame, IsSmallForOneChangeInALongText)
 // Of a file with one changed line nearly all is in the ends.
 TEST(VersionFrame, HoldsOnlyWhatIsNotAtBothEndsOfItsPrefix)
 {
-    const std::string before = textOfLines(1000, 5, "w");
-    const std::string after = textOfLines(1000, 600, "changed");
+    const std::string before = test::textOfLines(1000, 5, "w");
+    const std::string after = test::textOfLines(1000, 600, "changed");
     for (const auto& [prefix, text] : {std::pair(before, before), {before, before + "new"},
              {before, "new" + before}, {before, before.substr(0, 9000)}, {before, before.substr(9000)},
              {before + "old", before}, {std::string(9000, 'x'), std::string(10000, 'x')},
@@ -41,8 +41,8 @@ TEST(VersionFrame, HoldsOnlyWhatIsNotAtBothEndsOfItsPrefix)
 
 TEST(VersionFrame, MayBeginWithLengthsThatNoPrefixHas)
 {
-    const std::string prefix = textOfLines(100, 5, "w");
-    const std::string text = textOfLines(100, 6, "w");
+    const std::string prefix = test::textOfLines(100, 5, "w");
+    const std::string text = test::textOfLines(100, 6, "w");
     const std::string frame = packedFrame(text, prefix);
 
     for (const std::size_t length : {8U, 16U}) {
@@ -56,11 +56,12 @@ TEST(VersionFrame, MayBeginWithLengthsThatNoPrefixHas)
 
 TEST(VersionFrame, IsRefusedAgainstAnotherPrefixOrSize)
 {
-    const std::string prefix = textOfLines(1000, 5, "w");
-    const std::string text = textOfLines(1000, 6, "w");
+    const std::string prefix = test::textOfLines(1000, 5, "w");
+    const std::string text = test::textOfLines(1000, 6, "w");
     const std::string frame = packedFrame(text, prefix);
 
-    EXPECT_NE(unpackedFrame(frame, textOfLines(1000, 7, "other"), text.size()), text) << "told by its digest";
+    EXPECT_NE(unpackedFrame(frame, test::textOfLines(1000, 7, "other"), text.size()), text)
+        << "told by its digest";
     EXPECT_FALSE(unpackedFrame(frame, {}, text.size()));
     EXPECT_FALSE(unpackedFrame(frame, prefix, text.size() + 1));
     EXPECT_FALSE(unpackedFrame(frame, prefix, 0));
@@ -69,8 +70,8 @@ TEST(VersionFrame, IsRefusedAgainstAnotherPrefixOrSize)
 
 TEST(VersionFrame, IsRefusedWhenAnyOfItsBytesIsDamaged)
 {
-    const std::string prefix = textOfLines(100, 5, "w");
-    const std::string text = textOfLines(100, 6, "changed") + "more";
+    const std::string prefix = test::textOfLines(100, 5, "w");
+    const std::string text = test::textOfLines(100, 6, "changed") + "more";
     const std::string frame = packedFrame(text, prefix);
     for (std::size_t at = 0; at < frame.size(); ++at) {
         std::string damaged = frame;
@@ -82,4 +83,4 @@ TEST(VersionFrame, IsRefusedWhenAnyOfItsBytesIsDamaged)
         EXPECT_FALSE(unpackedFrame(frame.substr(0, length), prefix, text.size())) << length;
 }
 
-} // namespace quorvane
+} // namespace quorvane::history

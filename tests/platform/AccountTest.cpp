@@ -9,7 +9,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(Account, LoginNameIsThatOfTheRealUser)
 {
@@ -22,8 +22,8 @@ TEST(Account, LoginNameIsThatOfTheRealUser)
 TEST(Account, LoginNameDoesNotFollowTheEnvironment)
 {
     const std::string before = loginName();
-    const EnvironmentVariable user("USER", "somebody-else");
-    const EnvironmentVariable logName("LOGNAME", "somebody-else");
+    const test::EnvironmentVariable user("USER", "somebody-else");
+    const test::EnvironmentVariable logName("LOGNAME", "somebody-else");
 
     EXPECT_EQ(loginName(), before);
 }
@@ -34,15 +34,15 @@ TEST(Account, UserWithoutAccountIsNamedByTheNumber)
     if (geteuid() != 0 || getpwuid(unknown) != nullptr)
         GTEST_SKIP() << "needs root to become a user without account";
 
-    const std::string name
-        = answerOfChild([] { return setuid(unknown) == 0 ? loginName() : "could not become the user"; });
+    const std::string name = test::answerOfChild(
+        [] { return setuid(unknown) == 0 ? loginName() : "could not become the user"; });
 
     EXPECT_EQ(name, "3999999123");
 }
 
 TEST(Account, HomeDirectoryIsTheVariableWhenItIsSet)
 {
-    const EnvironmentVariable home("HOME", "/somewhere/else");
+    const test::EnvironmentVariable home("HOME", "/somewhere/else");
 
     EXPECT_EQ(homeDirectory(), "/somewhere/else");
 }
@@ -52,9 +52,9 @@ TEST(Account, HomeDirectoryIsTheAccountsWithoutTheVariable)
     const passwd* entry = getpwuid(getuid());
     const std::string expected = entry == nullptr ? "" : entry->pw_dir;
 
-    const EnvironmentVariable empty("HOME", "");
+    const test::EnvironmentVariable empty("HOME", "");
     EXPECT_EQ(homeDirectory(), expected) << "an empty variable counts as none";
-    const EnvironmentVariable unset("HOME", std::nullopt);
+    const test::EnvironmentVariable unset("HOME", std::nullopt);
     EXPECT_EQ(homeDirectory(), expected);
 }
 
@@ -81,7 +81,7 @@ TEST(Account, WithoutAccountBelongsToNoGroup)
         GTEST_SKIP() << "needs root to become a user without account";
 
     // The process keeps its groups; only what the account data base says counts.
-    const std::string answer = answerOfChild([] {
+    const std::string answer = test::answerOfChild([] {
         if (setuid(unknown) != 0)
             return "could not become the user";
         return isMemberOfGroup(getgrgid(getgid())->gr_name) ? "member" : "no member";
@@ -96,7 +96,7 @@ TEST(Account, MembershipIsThatOfTheRealUser)
     if (geteuid() != 0 || getpwuid(nobody) == nullptr)
         GTEST_SKIP() << "needs root to become another user";
 
-    const std::string answer = answerOfChild([] {
+    const std::string answer = test::answerOfChild([] {
         const std::string ofRoot = getgrgid(getpwuid(0)->pw_gid)->gr_name;
         if (setresuid(nobody, 0, 0) != 0)
             return "could not become the user";
@@ -106,4 +106,4 @@ TEST(Account, MembershipIsThatOfTheRealUser)
     EXPECT_EQ(answer, "no member");
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

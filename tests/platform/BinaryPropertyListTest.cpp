@@ -12,7 +12,7 @@
 
 #include <plist/plist.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -258,4 +258,4 @@ TEST(BinaryPropertyList, DamagedListsAreRefused)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr std::size_t limit = 100;
 
 TEST(ReadSmallFile, GivesAllBytesOfAFileUpToTheLimit)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string withNul("a\0b\n\xFF", 5);
     const std::string full(limit, 'x');
 
@@ -30,14 +30,14 @@ TEST(ReadSmallFile, GivesAllBytesOfAFileUpToTheLimit)
 
 TEST(ReadSmallFile, GivesNothingOfAFileBeyondTheLimit)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 
     EXPECT_FALSE(readSmallFile(folder.write("large", std::string(limit + 1, 'x')), limit));
 }
 
 TEST(ReadSmallFile, GivesNothingOfWhatIsNoRegularFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
 
     EXPECT_FALSE(readSmallFile(folder.path(), limit)) << "a folder";
@@ -49,7 +49,7 @@ TEST(ReadSmallFile, GivesNothingOfWhatIsNoRegularFile)
 
 TEST(ReadSmallFile, FollowsASymbolicLink)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink(folder.write("target", "text"), folder.path("link"));
 
     EXPECT_EQ(readSmallFile(folder.path("link"), limit), "text");
@@ -57,13 +57,13 @@ TEST(ReadSmallFile, FollowsASymbolicLink)
 
 TEST(ReadSmallFile, GivesNothingOfAnUnreadableFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
     const std::string file = folder.write("secret", "text");
     std::filesystem::permissions(file, std::filesystem::perms::none);
 
-    const std::string answer = answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    const std::string answer = test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         return readSmallFile(file, limit).value_or("none");
     });
@@ -73,7 +73,7 @@ TEST(ReadSmallFile, GivesNothingOfAnUnreadableFile)
 
 TEST(IsAnythingAt, KnowsFilesFoldersAndWhatLinksLeadTo)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "text");
     std::filesystem::create_symlink(file, folder.path("link"));
     std::filesystem::create_symlink(folder.path("nowhere"), folder.path("broken"));
@@ -90,7 +90,7 @@ TEST(IsAnythingAt, KnowsFilesFoldersAndWhatLinksLeadTo)
 
 TEST(IsFolderAt, KnowsFoldersAndLinksToThem)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "text");
     std::filesystem::create_directory_symlink(folder.path(), folder.path("link"));
 
@@ -104,7 +104,7 @@ TEST(IsFolderAt, KnowsFoldersAndLinksToThem)
 
 TEST(IsTextAt, TakesUtf8TextOfAnyLength)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string withNul("a\0b", 3);
     for (const std::string& text : {std::string(), std::string("a"), std::string("héllo 日本 😀"), withNul})
         EXPECT_TRUE(isTextAt(folder.write("file", text))) << text;
@@ -114,7 +114,7 @@ TEST(IsTextAt, TakesUtf8TextOfAnyLength)
 
 TEST(IsTextAt, RefusesWhatIsNoUtf8)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const char* text : {"\xFF", "abc\xC3", "\xC3(", "\x80", "\x80\x80\x80\x80\x80", "\xED\xA0\x80",
              "\xF0\x9F\x98", "\xC0\xAF", "a\xE6\x97"})
         EXPECT_FALSE(isTextAt(folder.write("file", text)));
@@ -122,7 +122,7 @@ TEST(IsTextAt, RefusesWhatIsNoUtf8)
 
 TEST(IsTextAt, CharactersMayLieAcrossThePiecesOfAReading)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     constexpr std::size_t pieceSize = 1U << 20U;
     for (const std::string character : {"é", "日", "😀"}) {
         for (std::size_t before = 0; before <= character.size(); ++before) {
@@ -143,7 +143,7 @@ TEST(IsTextAt, CharactersMayLieAcrossThePiecesOfAReading)
 
 TEST(IsTextAt, RefusesWhatIsNoReadableFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
 
     EXPECT_FALSE(isTextAt(folder.path())) << "a folder";
@@ -155,11 +155,11 @@ TEST(IsTextAt, RefusesWhatIsNoReadableFile)
 
 TEST(IsTextAt, RefusesAFileThatNoMemoryHolds)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("huge", "");
     std::filesystem::resize_file(file, std::uintmax_t{1} << 42U); // a hole
 
     EXPECT_FALSE(isTextAt(file));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 
 #include <fcntl.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -70,4 +70,4 @@ TEST(FileDescriptor, DescriptorZeroIsOneAndNegativeIsNone)
     zero.release();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -12,7 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -35,7 +35,7 @@ void setModified(const std::string& path, long nanoseconds)
 
 TEST(FileIdentity, IsTheSameByPathAndDescriptor)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("file", "text");
     std::error_code error;
     const FileDescriptor file = openRegularFile(path, O_RDONLY, error);
@@ -47,7 +47,7 @@ TEST(FileIdentity, IsTheSameByPathAndDescriptor)
 
 TEST(FileIdentity, OfAnotherFileDiffers)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const FileIdentity first = identityOf(folder.write("first", "text"));
     const FileIdentity second = identityOf(folder.write("second", "text"));
 
@@ -57,7 +57,7 @@ TEST(FileIdentity, OfAnotherFileDiffers)
 
 TEST(FileIdentity, DiffersAfterAChangeOfSizeAndOfEitherTimeToTheNanosecond)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("file", "text");
     const FileIdentity before = identityOf(path);
     setModified(path, 1);
@@ -79,7 +79,7 @@ TEST(FileIdentity, DiffersAfterAChangeOfSizeAndOfEitherTimeToTheNanosecond)
 
 TEST(FileIdentity, OfALinkIsTheLinksOwn)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("file", "text");
     std::filesystem::create_symlink(path, folder.path("link"));
 
@@ -88,7 +88,7 @@ TEST(FileIdentity, OfALinkIsTheLinksOwn)
 
 TEST(FileIdentity, OfNothingIsMissingAndNoError)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "text");
 
     for (const std::string& path :
@@ -99,7 +99,7 @@ TEST(FileIdentity, OfNothingIsMissingAndNoError)
 
 TEST(FileIdentity, ThatCannotBeToldIsAnErrorAndNotMissing)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
     const std::string closed = folder.write("closed/file", "text");
     std::filesystem::permissions(folder.path("closed"), std::filesystem::perms::none);
@@ -113,8 +113,8 @@ TEST(FileIdentity, ThatCannotBeToldIsAnErrorAndNotMissing)
     EXPECT_EQ(errorAt(folder.path(std::string(300, 'x'))), ENAMETOOLONG);
     EXPECT_EQ(errorAt(folder.path() + std::string(1, char()) + "more"), EINVAL)
         << "no name holds a zero byte";
-    EXPECT_EQ(answerOfChild([&] {
-        return becomeOrdinaryUser() ? std::to_string(errorAt(closed)) : std::string("still root");
+    EXPECT_EQ(test::answerOfChild([&] {
+        return test::becomeOrdinaryUser() ? std::to_string(errorAt(closed)) : std::string("still root");
     }),
         std::to_string(EACCES));
     std::error_code error;
@@ -122,4 +122,4 @@ TEST(FileIdentity, ThatCannotBeToldIsAnErrorAndNotMissing)
     EXPECT_EQ(error.value(), EBADF);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -37,7 +37,7 @@ protected:
         return static_cast<std::size_t>(std::distance(begin(all), end(all)));
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("rules");
 };
 
@@ -193,8 +193,8 @@ TEST_F(FileLockTest, OfAFileThatMayOnlyBeReadIsHadInBothModes)
     folder.write("rules", "text");
     std::filesystem::permissions(path, std::filesystem::perms::others_read);
 
-    EXPECT_EQ(answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    EXPECT_EQ(test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         const bool forReading = shared().isHeld();
         const bool forWriting = exclusive().isHeld();
@@ -220,7 +220,7 @@ TEST_F(FileLockTest, MovesToTheFileThatItMakesWithoutAGap)
 
     EXPECT_TRUE(lock.isHeld());
     EXPECT_TRUE(lock.isAtPath());
-    EXPECT_EQ(TemporaryFolder::contents(path), "");
+    EXPECT_EQ(test::TemporaryFolder::contents(path), "");
     EXPECT_TRUE(exclusive().isHeldByAnother());
     EXPECT_TRUE(FileLock::take(folder.path("other"), LockMode::exclusive, once).isHeld())
         << "the folder is free";
@@ -236,7 +236,7 @@ TEST_F(FileLockTest, IsGivenUpWhenSomebodyElseMadeTheFile)
     EXPECT_FALSE(lock.makeFile());
     EXPECT_FALSE(lock.isHeld());
     EXPECT_NE(lock.problem(), "");
-    EXPECT_EQ(TemporaryFolder::contents(path), "of another program");
+    EXPECT_EQ(test::TemporaryFolder::contents(path), "of another program");
     EXPECT_TRUE(exclusive().isHeld());
 }
 
@@ -299,4 +299,4 @@ TEST_F(FileLockTest, OfARelativePathIsTakenInTheWorkingFolder)
     EXPECT_EQ(files(), 1U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

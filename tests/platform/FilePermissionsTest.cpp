@@ -7,11 +7,11 @@
 #include <filesystem>
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(FilePermissions, AreReadAsTheyWereSet)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "");
     for (const std::uint32_t permissions : {0600U, 0775U, 0777U, 01777U, 0U}) {
         EXPECT_TRUE(setPermissions(file, permissions));
@@ -21,14 +21,14 @@ TEST(FilePermissions, AreReadAsTheyWereSet)
 
 TEST(FilePermissions, OfWhatIsMissingAreNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(permissionsOf(folder.path("missing")), std::nullopt);
     EXPECT_FALSE(setPermissions(folder.path("missing"), 0775));
 }
 
 TEST(FilePermissions, AreReadBehindALinkButNotSetThere)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "");
     ASSERT_TRUE(setPermissions(file, 0640));
     std::filesystem::create_symlink(file, folder.path("link"));
@@ -38,4 +38,4 @@ TEST(FilePermissions, AreReadBehindALinkButNotSetThere)
     EXPECT_EQ(permissionsOf(file), 0640U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -11,7 +11,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -28,7 +28,7 @@ protected:
         ASSERT_EQ(writeFully(file.descriptor(), text, error), text.size());
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("file");
 };
 
@@ -39,10 +39,10 @@ TEST_F(FileReplacementTest, TakesThePlaceOnlyWhenItIsComplete)
     folder.write("file", "old");
     FileReplacement file(path);
     write(file, "new");
-    EXPECT_EQ(TemporaryFolder::contents(path), "old");
+    EXPECT_EQ(test::TemporaryFolder::contents(path), "old");
 
     EXPECT_FALSE(file.takePlace(0640));
-    EXPECT_EQ(TemporaryFolder::contents(path), "new");
+    EXPECT_EQ(test::TemporaryFolder::contents(path), "new");
     struct stat status { };
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0640U);
@@ -58,7 +58,7 @@ TEST_F(FileReplacementTest, LeavesTheOldFileAndNothingElseWhenItIsGivenUp)
         EXPECT_EQ(files(), 2U);
     }
     EXPECT_EQ(files(), 1U);
-    EXPECT_EQ(TemporaryFolder::contents(path), "old");
+    EXPECT_EQ(test::TemporaryFolder::contents(path), "old");
 }
 
 TEST_F(FileReplacementTest, LeavesWhatIsThereWhenItCannotTakeThePlace)
@@ -68,7 +68,7 @@ TEST_F(FileReplacementTest, LeavesWhatIsThereWhenItCannotTakeThePlace)
         FileReplacement file(path);
         EXPECT_EQ(file.takePlace(0640).value(), EISDIR);
     }
-    EXPECT_EQ(TemporaryFolder::contents(path + "/inside"), "text");
+    EXPECT_EQ(test::TemporaryFolder::contents(path + "/inside"), "text");
     EXPECT_EQ(files(), 1U);
 }
 
@@ -87,12 +87,12 @@ TEST_F(FileReplacementTest, SaysWhyItCannotBeMade)
     EXPECT_FALSE(file.isForbidden());
     EXPECT_LT(file.descriptor(), 0);
 
-    EXPECT_EQ(answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    EXPECT_EQ(test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         return std::string(FileReplacement("/etc/file").isForbidden() ? "forbidden" : "allowed");
     }),
         "forbidden");
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

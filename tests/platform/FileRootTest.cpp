@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -42,7 +42,7 @@ protected:
         return found.value_or("nowhere");
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string made = folder.write("root/usr/bin/tool", "tool");
     const std::string outside = folder.write("outside/secret", "secret");
     std::error_code error;
@@ -162,7 +162,7 @@ TEST_F(FileRootTest, OnlyAFolderIsARoot)
 
 TEST(FileRoot, OfThisMachineIsItsFileSystem)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "");
     fs::create_symlink(file, folder.path("link"));
     const FileRoot machine;
@@ -174,4 +174,4 @@ TEST(FileRoot, OfThisMachineIsItsFileSystem)
     EXPECT_TRUE(machine.open(file, O_RDONLY));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

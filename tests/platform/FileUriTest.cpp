@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 namespace {
 
 TEST(FileUri, NamesAPathOfThisComputer)
@@ -39,4 +39,4 @@ TEST(FileUri, WithABrokenEscapeOrANulByteNamesNoPath)
 }
 
 } // namespace
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(Locations, WithoutRootAreTheProductsPlaces)
 {
@@ -56,7 +56,7 @@ TEST(Locations, OfMarkersExtrasAndGuide)
 
 TEST(Locations, RootOfTheFileSystemIsNoRoot)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string link = folder.path("link");
     const std::string linkToLink = folder.path("link-to-link");
     std::filesystem::create_symlink("/", link);
@@ -76,7 +76,7 @@ TEST(Locations, RootOfTheFileSystemIsNoRoot)
 
 TEST(Locations, RootThatIsAnyOtherFolderIsASandboxSpeltAsGiven)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string link = folder.path("link");
     const std::string circle = folder.path("circle");
     std::filesystem::create_symlink(folder.path(), link);
@@ -93,10 +93,10 @@ TEST(Locations, FromEnvironmentTakesRootAndRealUser)
 {
     const std::string rest = "/Users/Shared/Quorvane/" + loginName() + ".quorvane.rc";
 
-    const EnvironmentVariable root("QUORVANE_ROOT", "/tmp/box");
+    const test::EnvironmentVariable root("QUORVANE_ROOT", "/tmp/box");
     EXPECT_EQ(Locations::fromEnvironment().userRulesFile(), "/tmp/box" + rest);
-    const EnvironmentVariable none("QUORVANE_ROOT", std::nullopt);
+    const test::EnvironmentVariable none("QUORVANE_ROOT", std::nullopt);
     EXPECT_EQ(Locations::fromEnvironment().userRulesFile(), rest);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -58,7 +58,7 @@ std::unique_ptr<Log> logInto(std::unique_ptr<LogSink> sink)
 
 TEST(Log, WritesLinesInTheOrderOfTheCalls)
 {
-    CapturedLog log;
+    test::CapturedLog log;
     Lines expected;
     for (int number = 0; number < 1000; ++number) {
         expected.push_back("line " + std::to_string(number));
@@ -70,7 +70,7 @@ TEST(Log, WritesLinesInTheOrderOfTheCalls)
 
 TEST(Log, KeepsTheOrderOfEachThread)
 {
-    CapturedLog log;
+    test::CapturedLog log;
     constexpr int linesOfEach = 500;
     const auto writeSome = [&log](char name) {
         for (int number = 0; number < linesOfEach; ++number)
@@ -142,8 +142,8 @@ TEST(Log, LinesBeyondTheQueueAreCountedInTheirPlace)
 
 TEST(Log, WritesAtOnceAndSaysSoWhereNoThreadCanBeHad)
 {
-    const std::string lines = answerOfChild([] {
-        if (!forbidThreads())
+    const std::string lines = test::answerOfChild([] {
+        if (!test::forbidThreads())
             return std::string("not prepared");
         HeldSink::Gate gate;
         gate.letGo.set_value();
@@ -168,7 +168,7 @@ TEST(Log, WithoutSinkNobodyListensAndNothingWaits)
     log.flush();
 
     EXPECT_FALSE(log.isListening());
-    CapturedLog heard;
+    test::CapturedLog heard;
     EXPECT_TRUE(heard.log().isListening());
 }
 
@@ -198,7 +198,7 @@ TEST(StandardErrorSink, WritesTheLineAndALineEnd)
 
 TEST(ProgramLog, GoesToStandardErrorWhenTheEnvironmentAsks)
 {
-    const EnvironmentVariable wish("QUORVANE_LOG", "stderr");
+    const test::EnvironmentVariable wish("QUORVANE_LOG", "stderr");
     testing::internal::CaptureStderr();
     makeProgramLog("quorvane-test", false)->write("asked for");
 
@@ -207,11 +207,11 @@ TEST(ProgramLog, GoesToStandardErrorWhenTheEnvironmentAsks)
 
 TEST(ProgramLog, DoesNotEchoWhereStandardErrorIsNoTerminal)
 {
-    const EnvironmentVariable wish("QUORVANE_LOG", std::nullopt);
+    const test::EnvironmentVariable wish("QUORVANE_LOG", std::nullopt);
     testing::internal::CaptureStderr();
     makeProgramLog("quorvane-test", true)->write("not asked for");
 
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(Mounts, AreReadFromTheKernelsLines)
 {
@@ -39,4 +39,4 @@ TEST(Mounts, OfThisMachineHoldItsRoot)
         std::any_of(mounts.begin(), mounts.end(), [](const Mount& mount) { return mount.folder == "/"; }));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <limits>
 #include <string_view>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(LeadingInteger, ReadsBlanksASignAndDigits)
 {
@@ -50,4 +50,4 @@ TEST(LeadingInteger, StopsAtANulByte)
     EXPECT_EQ(leadingInteger(std::string_view("1\0002", 3)), 1);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(OrderedWork, ResultsAreUsedInOrderOnTheCallingThread)
 {
@@ -38,4 +38,4 @@ TEST(OrderedWork, NoMoreThanSoManyResultsWaitForTheirTurn)
     EXPECT_EQ(made, 5000U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(PathComponents, LastOneIgnoresATrailingSlash)
 {
@@ -54,4 +54,4 @@ TEST(PathComponents, DeletingTheLastOneLeavesTheFolder)
         EXPECT_EQ(deletingLastPathComponent(c.path), c.folder) << c.why;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -7,11 +7,11 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
-std::string copyOfSleep(const TemporaryFolder& folder, const std::string& name)
+std::string copyOfSleep(const test::TemporaryFolder& folder, const std::string& name)
 {
     std::filesystem::create_directories(std::filesystem::path(folder.path(name)).parent_path());
     std::filesystem::copy_file("/bin/sleep", folder.path(name));
@@ -22,9 +22,9 @@ std::string copyOfSleep(const TemporaryFolder& folder, const std::string& name)
 
 TEST(ProgramPathOfProcess, IsThatOfTheFileAlsoWhenItIsGone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string program = copyOfSleep(folder, "program");
-    const RunningProcess process(program);
+    const test::RunningProcess process(program);
     EXPECT_EQ(programPathOfProcess(process.pid()), program);
 
     std::filesystem::remove(program);
@@ -36,9 +36,9 @@ TEST(ProgramPathOfProcess, IsThatOfTheFileAlsoWhenItIsGone)
 
 TEST(ProgramPathOfProcess, LeavesANameAloneThatLooksLikeThatOfAFileThatIsGone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string program = copyOfSleep(folder, "program (deleted)");
-    const RunningProcess process(program);
+    const test::RunningProcess process(program);
     EXPECT_EQ(programPathOfProcess(process.pid()), program);
 
     std::filesystem::remove(program);
@@ -49,7 +49,7 @@ TEST(ProgramPathOfProcess, IsUnknownForNoProcessAndAZombie)
 {
     for (const std::int32_t pid : {0, -1, INT32_MIN, INT32_MAX})
         EXPECT_FALSE(programPathOfProcess(pid)) << pid;
-    RunningProcess process("/bin/sleep", "0");
+    test::RunningProcess process("/bin/sleep", "0");
     while (!process.hasEnded())
         usleep(1000);
     EXPECT_FALSE(programPathOfProcess(process.pid())) << "a zombie has no program";
@@ -59,7 +59,7 @@ TEST(ProgramPathOfProcess, IsUnknownForNoProcessAndAZombie)
 
 TEST(StartTimeOfProcess, FollowsTheOrderOfStarting)
 {
-    const RunningProcess process("/bin/sleep");
+    const test::RunningProcess process("/bin/sleep");
     const auto own = startTimeOfProcess(getpid());
     const auto childs = startTimeOfProcess(process.pid());
     ASSERT_TRUE(own && childs);
@@ -69,9 +69,9 @@ TEST(StartTimeOfProcess, FollowsTheOrderOfStarting)
 
 TEST(StartTimeOfProcess, IsNotMisledByTheProgramsName)
 {
-    const TemporaryFolder folder;
-    const RunningProcess plain("/bin/sleep");
-    const RunningProcess process(copyOfSleep(folder, "a) S 1 2 3"));
+    const test::TemporaryFolder folder;
+    const test::RunningProcess plain("/bin/sleep");
+    const test::RunningProcess process(copyOfSleep(folder, "a) S 1 2 3"));
     ASSERT_TRUE(startTimeOfProcess(process.pid()));
     EXPECT_GE(startTimeOfProcess(process.pid()), startTimeOfProcess(plain.pid()));
 }
@@ -82,4 +82,4 @@ TEST(StartTimeOfProcess, IsUnknownForNoProcess)
         EXPECT_FALSE(startTimeOfProcess(pid)) << pid;
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

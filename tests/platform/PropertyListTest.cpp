@@ -11,13 +11,13 @@
 
 #include <plist/plist.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
 std::string xmlWith(const std::string& value)
 {
-    return xmlRoot("<dict><key>k</key>" + value + "</dict>");
+    return test::xmlRoot("<dict><key>k</key>" + value + "</dict>");
 }
 
 // ASCII text as UTF-16.
@@ -84,7 +84,7 @@ TEST(PropertyList, ReadsXmlValuesUnderEitherKindOfKey)
 TEST(PropertyList, ReadsBinaryValuesUnderEitherKindOfKey)
 {
     for (const Reading& c : readings) {
-        const auto list = PropertyList::parse(binaryOf(xmlWith(c.value)));
+        const auto list = PropertyList::parse(test::binaryOf(xmlWith(c.value)));
         ASSERT_TRUE(list) << c.why;
         EXPECT_EQ(list->boolForKey("k"), c.asBool) << c.why;
         EXPECT_EQ(list->integerForKey("k"), c.asInteger) << c.why;
@@ -131,7 +131,7 @@ TEST(PropertyList, UnderstandsByteOrderMarksAndUtf16)
 TEST(PropertyList, DamagedOnesAreNone)
 {
     const std::string xml = xmlWith("<integer>3</integer>");
-    const std::string binary = binaryOf(xml);
+    const std::string binary = test::binaryOf(xml);
     const struct {
         const char* why;
         std::string bytes;
@@ -140,9 +140,9 @@ TEST(PropertyList, DamagedOnesAreNone)
         {"one byte", "<"},
         {"no property list", "allow prefix / any r\n"},
         {"zeros", std::string(64, '\0')},
-        {"an array at the root", xmlRoot("<array><true/></array>")},
-        {"a string at the root", xmlRoot("<string>k</string>")},
-        {"an empty root", xmlRoot("")},
+        {"an array at the root", test::xmlRoot("<array><true/></array>")},
+        {"a string at the root", test::xmlRoot("<string>k</string>")},
+        {"an empty root", test::xmlRoot("")},
         {"the start of a binary list", binary.substr(0, 8)},
         {"a binary list without its end", binary.substr(0, binary.size() - 5)},
         {"a byte order mark alone", "\xFF\xFE"},
@@ -164,7 +164,7 @@ TEST(PropertyList, DamageAnywhereIsAnAnswerNotACrash)
     };
 
     for (const std::string& whole :
-        {xmlWith("<string>3</string>"), binaryOf(xmlWith("<string>3</string>"))}) {
+        {xmlWith("<string>3</string>"), test::binaryOf(xmlWith("<string>3</string>"))}) {
         EXPECT_TRUE(ask(whole));
         for (std::size_t at = 0; at < whole.size(); ++at) {
             ask(std::string_view(whole).substr(0, at));
@@ -231,7 +231,7 @@ TEST(PropertyList, TwentyThousandNestedBinaryArraysAreAnAnswerNotACrash)
 
 TEST(PropertyList, LargerThanTheLimitIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     constexpr std::size_t limit = 16U << 20U;
     const std::size_t frame = xmlWith("<string></string>").size();
     const auto ofSize = [&](std::size_t size) {
@@ -246,8 +246,8 @@ TEST(PropertyList, LargerThanTheLimitIsNone)
 
 TEST(PropertyList, ReadsAFileAlsoThroughALink)
 {
-    const TemporaryFolder folder;
-    const std::string file = folder.write("list.plist", binaryOf(xmlWith("<integer>3</integer>")));
+    const test::TemporaryFolder folder;
+    const std::string file = folder.write("list.plist", test::binaryOf(xmlWith("<integer>3</integer>")));
     std::filesystem::create_symlink(file, folder.path("link.plist"));
 
     ASSERT_TRUE(PropertyList::read(file));
@@ -257,11 +257,11 @@ TEST(PropertyList, ReadsAFileAlsoThroughALink)
 
 TEST(PropertyList, MissingFileOrFolderIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 
     EXPECT_FALSE(PropertyList::read(folder.path("missing.plist")));
     EXPECT_FALSE(PropertyList::read(folder.path()));
     EXPECT_FALSE(PropertyList::read(""));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -19,7 +19,7 @@
 #include <plist/plist.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -55,7 +55,7 @@ std::string everyTypeXml()
     std::string keys;
     for (const auto& [key, value] : everyType)
         keys.append("<key>").append(key).append("</key>").append(value);
-    return xmlRoot("<dict>" + keys + "</dict>");
+    return test::xmlRoot("<dict>" + keys + "</dict>");
 }
 
 // Without line ends and tabs, which here stand between elements only.
@@ -75,7 +75,7 @@ std::string written(const std::string& key, const std::string& value)
 
 TEST(PropertyListWriting, KeepsKeysOfEveryTypeAsTheyWere)
 {
-    for (const std::string& bytes : {everyTypeXml(), binaryOf(everyTypeXml())}) {
+    for (const std::string& bytes : {everyTypeXml(), test::binaryOf(everyTypeXml())}) {
         auto list = PropertyList::parse(bytes);
         ASSERT_TRUE(list);
 
@@ -90,7 +90,7 @@ TEST(PropertyListWriting, KeepsKeysOfEveryTypeAsTheyWere)
 
 TEST(PropertyListWriting, ReadsBackAsItWasWritten)
 {
-    for (const std::string& bytes : {everyTypeXml(), binaryOf(everyTypeXml())}) {
+    for (const std::string& bytes : {everyTypeXml(), test::binaryOf(everyTypeXml())}) {
         const auto list = PropertyList::parse(bytes);
         ASSERT_TRUE(list);
         const auto again = PropertyList::parse(list->fileBytes().value());
@@ -102,18 +102,18 @@ TEST(PropertyListWriting, ReadsBackAsItWasWritten)
 TEST(PropertyListWriting, SetsAValueInPlaceOfOneOfAnyType)
 {
     for (const auto& [key, value] : everyType) {
-        auto list
-            = PropertyList::parse(xmlRoot("<dict><key>k</key>" + value + "<key>after</key><true/></dict>"));
+        auto list = PropertyList::parse(
+            test::xmlRoot("<dict><key>k</key>" + value + "<key>after</key><true/></dict>"));
         ASSERT_TRUE(list);
 
         list->setInteger("k", -3);
         EXPECT_EQ(compact(list->fileBytes().value()),
-            compact(xmlRoot("<dict><key>k</key><integer>-3</integer><key>after</key><true/></dict>")))
+            compact(test::xmlRoot("<dict><key>k</key><integer>-3</integer><key>after</key><true/></dict>")))
             << key;
 
         list->setBool("k", false);
         EXPECT_EQ(compact(list->fileBytes().value()),
-            compact(xmlRoot("<dict><key>k</key><false/><key>after</key><true/></dict>")))
+            compact(test::xmlRoot("<dict><key>k</key><false/><key>after</key><true/></dict>")))
             << key;
     }
 }
@@ -126,15 +126,15 @@ TEST(PropertyListWriting, NewKeysGoToTheEndOfAnEmptyListInTheirOrder)
     list.setInteger("c", 2147483647);
 
     EXPECT_EQ(compact(list.fileBytes().value()),
-        compact(xmlRoot("<dict><key>b</key><integer>2</integer><key>a</key><true/>"
-                        "<key>c</key><integer>2147483647</integer></dict>")));
+        compact(test::xmlRoot("<dict><key>b</key><integer>2</integer><key>a</key><true/>"
+                              "<key>c</key><integer>2147483647</integer></dict>")));
     EXPECT_EQ(list.integerForKey("b"), 2);
     EXPECT_TRUE(list.boolForKey("a"));
 }
 
 TEST(PropertyListWriting, DescribesTheListInOneLine)
 {
-    auto list = PropertyList::parse(xmlRoot(
+    auto list = PropertyList::parse(test::xmlRoot(
         "<dict><key>b</key><true/><key>n</key><integer>-5</integer><key>s</key><string>a\n\"b\"</string>"
         "<key>r</key><real>0.5</real><key>l</key><array><data>AP8=</data><dict/></array>"
         "<key>d</key><date>2020-01-01T00:00:00Z</date></dict>"));
@@ -152,14 +152,14 @@ TEST(PropertyListWriting, DescribesDeepNestingWithoutItsDepths)
         open += "<array>";
         close += "</array>";
     }
-    const auto list = PropertyList::parse(xmlRoot("<dict><key>k</key>" + open + close + "</dict>"));
+    const auto list = PropertyList::parse(test::xmlRoot("<dict><key>k</key>" + open + close + "</dict>"));
     ASSERT_TRUE(list);
     EXPECT_LT(list->description().size(), 1000U);
 }
 
 TEST(PropertyListWriting, WritesInPlaceAndLeavesPermissionsAlone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("list.plist", std::string(10000, 'x'));
     chmod(file.c_str(), 0600);
     struct stat before { };
@@ -173,19 +173,19 @@ TEST(PropertyListWriting, WritesInPlaceAndLeavesPermissionsAlone)
     ASSERT_EQ(stat(file.c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mode, before.st_mode);
-    EXPECT_EQ(TemporaryFolder::contents(file), list.fileBytes().value());
+    EXPECT_EQ(test::TemporaryFolder::contents(file), list.fileBytes().value());
 }
 
 TEST(PropertyListWriting, MakesAFileThatIsMissing)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ASSERT_TRUE(PropertyList().writeToFile(folder.path("new.plist")));
     EXPECT_TRUE(PropertyList::read(folder.path("new.plist")));
 }
 
 TEST(PropertyListWriting, AnswersWhereItCannotWrite)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string elsewhere = folder.write("elsewhere", "untouched");
     std::filesystem::create_symlink(elsewhere, folder.path("link"));
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
@@ -197,12 +197,12 @@ TEST(PropertyListWriting, AnswersWhereItCannotWrite)
     EXPECT_FALSE(list.writeToFile(folder.path("pipe"))) << "a pipe that nobody reads";
     EXPECT_FALSE(list.writeToFile("/dev/null")) << "a device";
     EXPECT_FALSE(list.writeToFile("/dev/full")) << "a full device";
-    EXPECT_EQ(TemporaryFolder::contents(elsewhere), "untouched");
+    EXPECT_EQ(test::TemporaryFolder::contents(elsewhere), "untouched");
 }
 
 TEST(PropertyListWriting, UsesTheBinaryFormForTextsThatXmlCannotHold)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const std::string& text : {std::string("a\x01z"), std::string("\x1B"), std::string("a\0z", 3),
              std::string("\xEF\xBF\xBF"), std::string("\xEF\xBF\xBE")}) {
         // given unknown keys and texts with control characters
@@ -216,7 +216,7 @@ TEST(PropertyListWriting, UsesTheBinaryFormForTextsThatXmlCannotHold)
         ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
 
         // then the list is there as it was, and other readers can read it
-        const std::string bytes = TemporaryFolder::contents(folder.path("list.plist"));
+        const std::string bytes = test::TemporaryFolder::contents(folder.path("list.plist"));
         EXPECT_EQ(bytes.substr(0, 8), "bplist00");
         const auto again = PropertyList::parse(bytes);
         ASSERT_TRUE(again);
@@ -232,7 +232,7 @@ TEST(PropertyListWriting, UsesTheBinaryFormForTextsThatXmlCannotHold)
 
 TEST(PropertyListWriting, ReadsControlCharactersThatOthersWroteIntoXml)
 {
-    const auto list = PropertyList::parse(xmlRoot("<dict><key>a\x01z</key><true/></dict>"));
+    const auto list = PropertyList::parse(test::xmlRoot("<dict><key>a\x01z</key><true/></dict>"));
     ASSERT_TRUE(list);
     EXPECT_TRUE(list->boolForKey("a\x01z"));
 }
@@ -251,7 +251,7 @@ TEST(PropertyListWriting, KeepsDatesOfEveryCentury)
     const std::string dates = "<key>past</key><date>0001-01-01T00:00:00Z</date>"
                               "<key>future</key><date>4001-01-01T00:00:00Z</date>"
                               "<key>last</key><date>9999-12-31T23:59:59Z</date>";
-    const auto list = PropertyList::parse(xmlRoot("<dict>" + dates + "</dict>"));
+    const auto list = PropertyList::parse(test::xmlRoot("<dict>" + dates + "</dict>"));
     ASSERT_TRUE(list);
     EXPECT_NE(compact(list->fileBytes().value()).find(dates), std::string::npos);
 
@@ -268,14 +268,14 @@ TEST(PropertyListWriting, CarriesListsOfSixteenMebibytes)
     const std::string value = "<string>7" + std::string(60, ' ') + "</string>";
     while (keys.size() < (16U << 20U) - 400)
         keys += "<key>key " + std::to_string(count++) + "</key>" + value;
-    const std::string xml = xmlRoot("<dict>" + keys + "</dict>");
+    const std::string xml = test::xmlRoot("<dict>" + keys + "</dict>");
     ASSERT_LE(xml.size(), 16U << 20U);
     auto list = PropertyList::parse(xml);
     ASSERT_TRUE(list);
 
     // when a key is set and the list written, which as indented XML would be too large
     list->setInteger("key 5", 8);
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
 
     // then every key is there
@@ -302,21 +302,21 @@ TEST(PropertyListWriting, LeavesAFileAloneWhenTheNewOneCouldNotBeReadAgain)
     for (const std::size_t place : {8U, 11U, 13U, 16U})
         bytes += number(place, 4);
     bytes += std::string(6, '\0') + "\4\1" + number(4, 8) + number(0, 8) + number(table, 8);
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("list.plist", bytes);
     const auto list = PropertyList::read(file);
     ASSERT_TRUE(list);
 
     EXPECT_FALSE(list->fileBytes());
     EXPECT_FALSE(list->writeToFile(file));
-    EXPECT_EQ(TemporaryFolder::contents(file), bytes);
+    EXPECT_EQ(test::TemporaryFolder::contents(file), bytes);
 }
 
 TEST(PropertyListWriting, DescribesNoMoreThanLogsCanTake)
 {
     for (const std::string& value : {"<string>" + std::string(200000, 'x') + "</string>",
              "<data>" + std::string(200000, 'A') + "</data>"}) {
-        const auto list = PropertyList::parse(xmlRoot("<dict><key>k</key>" + value + "</dict>"));
+        const auto list = PropertyList::parse(test::xmlRoot("<dict><key>k</key>" + value + "</dict>"));
         ASSERT_TRUE(list);
         EXPECT_LE(list->description().size(), (64U << 10U) + 3);
     }
@@ -331,15 +331,15 @@ TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
 {
     if (std::system("localedef --version >/dev/null 2>&1 && test -e /usr/share/i18n/locales/de_DE") != 0)
         GTEST_SKIP() << "this machine cannot make a locale with a decimal comma";
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string made = "localedef -i de_DE -f UTF-8 '" + folder.path("de_DE.UTF-8") + "' 2>/dev/null";
     ASSERT_EQ(std::system(made.c_str()), 0);
-    const EnvironmentVariable locales("LOCPATH", folder.path());
+    const test::EnvironmentVariable locales("LOCPATH", folder.path());
     // In a process of its own: the system never gives back what it allocates for LOCPATH.
     EXPECT_EXIT(
         {
             uselocale(newlocale(LC_NUMERIC_MASK, "de_DE.UTF-8", nullptr));
-            const auto list = PropertyList::parse(xmlRoot("<dict><key>k</key><real>0.5</real></dict>"));
+            const auto list = PropertyList::parse(test::xmlRoot("<dict><key>k</key><real>0.5</real></dict>"));
             std::fprintf(stderr, "locale: %.1f, true: %d, %s, %s", 0.5, list->boolForKey("k") ? 1 : 0,
                 list->description().c_str(), compact(list->fileBytes().value()).c_str());
             std::_Exit(0);
@@ -347,4 +347,4 @@ TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
         testing::ExitedWithCode(0), R"(locale: 0,5, true: 1, \{"k" = 0\.5\}, .*<real>0\.5</real>)");
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -12,7 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -41,7 +41,7 @@ struct Pipe {
 
 TEST(OpenRegularFile, RefusesAtOnceWhatIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string pipe = folder.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::filesystem::create_symlink(pipe, folder.path("link"));
@@ -56,7 +56,7 @@ TEST(OpenRegularFile, RefusesAtOnceWhatIsNone)
 
 TEST(OpenRegularFile, FollowsALinkUnlessToldNotTo)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink(folder.write("file", "text"), folder.path("link"));
 
     EXPECT_EQ(errorOfOpening(folder.path("link"), O_RDONLY), 0);
@@ -65,7 +65,7 @@ TEST(OpenRegularFile, FollowsALinkUnlessToldNotTo)
 
 TEST(OpenRegularFile, SaysWhyThereIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 
     EXPECT_EQ(errorOfOpening(folder.path("none"), O_RDONLY), ENOENT);
     EXPECT_EQ(errorOfOpening("", O_RDONLY), ENOENT);
@@ -75,7 +75,7 @@ TEST(OpenRegularFile, SaysWhyThereIsNone)
 
 TEST(OpenRegularFile, MakesAFileWithThePermissionsGiven)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::error_code error;
     const FileDescriptor file = openRegularFile(folder.path("new"), O_WRONLY | O_CREAT | O_EXCL, error, 0600);
     struct stat status { };
@@ -87,7 +87,7 @@ TEST(OpenRegularFile, MakesAFileWithThePermissionsGiven)
 
 TEST(ReadFully, StopsAtTheEndOrAtAnError)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::error_code error;
     const FileDescriptor file = openRegularFile(folder.write("file", "text"), O_RDONLY, error);
     char bytes[10] = {};
@@ -124,7 +124,7 @@ TEST(ReadFully, GoesOnAfterASignalAndAfterAPiece)
 
 TEST(HoldsExactly, IsTrueOfAllBytesUpToTheEndAlone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::string text((std::size_t{256} << 10U) + 5, 'x'); // more than one piece
     const std::string path = folder.write("file", text);
     const auto holds = [&path](const std::string& bytes) {
@@ -161,4 +161,4 @@ TEST(WriteFully, SaysHowMuchWasWrittenBeforeAnError)
     EXPECT_EQ(error.value(), EAGAIN);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -17,7 +17,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -43,9 +43,9 @@ public:
     }
 
     // Waits for the program's report.
-    std::string report() const { return TemporaryFolder::contents(folder.path("report")); }
+    std::string report() const { return test::TemporaryFolder::contents(folder.path("report")); }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 };
 
 bool hasLine(const std::string& report, const std::string& line)
@@ -81,7 +81,7 @@ TEST(RelaunchCommand, EscapesWhatTheShellWouldInterpret)
 
 TEST(ProgramPathFromLink, LosesTheMarkOfAFileThatIsGone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(programPathFromLink("/usr/bin/tool"), "/usr/bin/tool");
     EXPECT_EQ(programPathFromLink("/nonexistent/tool (deleted)"), "/nonexistent/tool");
     const std::string named = folder.write("tool (deleted)", "");
@@ -126,7 +126,7 @@ TEST(StartAfterDelay, LeavesNoChildToWaitFor)
 
 TEST(StartAfterDelay, TheProgramHasTheEnvironmentAndTheFolder)
 {
-    const EnvironmentVariable mark("QUORVANE_TEST_MARK", "a 'b' $c");
+    const test::EnvironmentVariable mark("QUORVANE_TEST_MARK", "a 'b' $c");
     const Starter starter;
     ASSERT_TRUE(startAfterDelay(0, starter.makeProgram("program")));
     const std::string report = starter.report();
@@ -164,10 +164,10 @@ TEST(RelaunchedProgram, Reports)
 TEST(RelaunchAfterDelay, StartsTheVeryProgramThatRuns)
 {
     const Starter starter;
-    const EnvironmentVariable filter("GTEST_FILTER", "RelaunchedProgram.Reports");
-    const EnvironmentVariable report("QUORVANE_TEST_REPORT", starter.folder.path("report"));
+    const test::EnvironmentVariable filter("GTEST_FILTER", "RelaunchedProgram.Reports");
+    const test::EnvironmentVariable report("QUORVANE_TEST_REPORT", starter.folder.path("report"));
     ASSERT_TRUE(relaunchAfterDelay(0));
     EXPECT_EQ(starter.report(), std::filesystem::read_symlink("/proc/self/exe").string());
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

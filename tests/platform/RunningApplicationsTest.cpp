@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -35,7 +35,7 @@ protected:
     }
     Numbers found() const { return applications->withBundleIdentifier(identifier); }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string name = "agent" + std::to_string(getpid());
     const std::string identifier = "maker." + name;
     const std::unique_ptr<RunningApplications> applications = makeRunningApplications();
@@ -50,7 +50,7 @@ TEST_F(RunningApplicationsTest, FindsNothingWhereNothingRuns)
 
 TEST_F(RunningApplicationsTest, FindsAPlainProgramByItsFileName)
 {
-    const RunningProcess agent(program(name));
+    const test::RunningProcess agent(program(name));
     EXPECT_EQ(found(), Numbers{agent.pid()});
     EXPECT_EQ(applications->withBundleIdentifier(name), Numbers{agent.pid()}) << "an identifier of one part";
 }
@@ -58,7 +58,7 @@ TEST_F(RunningApplicationsTest, FindsAPlainProgramByItsFileName)
 TEST_F(RunningApplicationsTest, FindsAProgramWhoseFileIsGone)
 {
     const std::string file = program(name);
-    const RunningProcess agent(file);
+    const test::RunningProcess agent(file);
     std::filesystem::remove(file);
     EXPECT_EQ(found(), Numbers{agent.pid()});
 }
@@ -66,7 +66,7 @@ TEST_F(RunningApplicationsTest, FindsAProgramWhoseFileIsGone)
 TEST_F(RunningApplicationsTest, FindsABundledProgramByTheIdentifierOfItsBundle)
 {
     const std::string file = bundledProgram("Any.app", infoWith(identifier));
-    const RunningProcess agent(file);
+    const test::RunningProcess agent(file);
     EXPECT_EQ(found(), Numbers{agent.pid()});
     std::filesystem::remove(file);
     EXPECT_EQ(found(), Numbers{agent.pid()}) << "the bundle is still there";
@@ -74,38 +74,38 @@ TEST_F(RunningApplicationsTest, FindsABundledProgramByTheIdentifierOfItsBundle)
 
 TEST_F(RunningApplicationsTest, DoesNotTakeABundledProgramByItsFileName)
 {
-    const RunningProcess other(bundledProgram("Other.app", infoWith("other." + name)));
-    const RunningProcess letterCase(bundledProgram("Case.app", infoWith("Maker." + name)));
-    const RunningProcess broken(bundledProgram("Broken.app", "no property list"));
-    const RunningProcess nameless(bundledProgram("Nameless.app", "<plist><dict></dict></plist>"));
-    const RunningProcess bare(program("Bare.app/Contents/MacOS/" + name));
+    const test::RunningProcess other(bundledProgram("Other.app", infoWith("other." + name)));
+    const test::RunningProcess letterCase(bundledProgram("Case.app", infoWith("Maker." + name)));
+    const test::RunningProcess broken(bundledProgram("Broken.app", "no property list"));
+    const test::RunningProcess nameless(bundledProgram("Nameless.app", "<plist><dict></dict></plist>"));
+    const test::RunningProcess bare(program("Bare.app/Contents/MacOS/" + name));
     EXPECT_EQ(found(), Numbers{});
 }
 
 TEST_F(RunningApplicationsTest, AProgramElsewhereInAFolderLikeABundleIsAPlainOne)
 {
     folder.write("A.app/Contents/Info.plist", infoWith("other.identifier"));
-    const RunningProcess deeper(program("A.app/Contents/MacOS/tools/" + name));
-    const RunningProcess beside(program("A.app/Contents/Helpers/" + name));
-    const RunningProcess noBundle(program("A/Contents/MacOS/" + name));
+    const test::RunningProcess deeper(program("A.app/Contents/MacOS/tools/" + name));
+    const test::RunningProcess beside(program("A.app/Contents/Helpers/" + name));
+    const test::RunningProcess noBundle(program("A/Contents/MacOS/" + name));
     EXPECT_EQ(found().size(), 3U);
 }
 
 TEST_F(RunningApplicationsTest, DoesNotTakeWhatOnlyClaimsTheName)
 {
-    const RunningProcess argument("/bin/sleep", "1000", name);
-    const RunningProcess longer(program(name + "2"));
-    const RunningProcess looksGone(program(name + " (deleted)"));
+    const test::RunningProcess argument("/bin/sleep", "1000", name);
+    const test::RunningProcess longer(program(name + "2"));
+    const test::RunningProcess looksGone(program(name + " (deleted)"));
     const std::string script = folder.write(name, "#!/bin/sh\nread line < \"$0.pipe\"\n");
     ASSERT_EQ(mkfifo((script + ".pipe").c_str(), 0600), 0);
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-    const RunningProcess interpreted(script);
+    const test::RunningProcess interpreted(script);
     EXPECT_EQ(found(), Numbers{});
 }
 
 TEST_F(RunningApplicationsTest, DoesNotTakeAZombie)
 {
-    const RunningProcess agent(program(name), "0");
+    const test::RunningProcess agent(program(name), "0");
     while (!agent.hasEnded())
         usleep(1000);
     EXPECT_EQ(found(), Numbers{});
@@ -121,22 +121,22 @@ TEST_F(RunningApplicationsTest, NeverTakesTheAskingProcessItself)
 TEST_F(RunningApplicationsTest, TellsThemInTheOrderOfTheirStart)
 {
     const std::string file = program(name);
-    const RunningProcess first(file);
-    const RunningProcess second(bundledProgram("B.app", infoWith(identifier)));
-    const RunningProcess third(file);
+    const test::RunningProcess first(file);
+    const test::RunningProcess second(bundledProgram("B.app", infoWith(identifier)));
+    const test::RunningProcess third(file);
     EXPECT_EQ(found(), (Numbers{first.pid(), second.pid(), third.pid()}));
 }
 
 TEST_F(RunningApplicationsTest, ASignalReachesTheApplication)
 {
-    RunningProcess agent(program(name));
+    test::RunningProcess agent(program(name));
     applications->sendSignal(agent.pid(), identifier, SIGHUP);
     EXPECT_EQ(agent.endingSignal(), SIGHUP);
 }
 
 TEST_F(RunningApplicationsTest, ASignalNeverReachesAnotherProgram)
 {
-    RunningProcess other("/bin/sleep", "1000", name);
+    test::RunningProcess other("/bin/sleep", "1000", name);
     applications->sendSignal(other.pid(), identifier, SIGHUP);
     // Its own signal would come second.
     kill(other.pid(), SIGUSR1);
@@ -145,7 +145,7 @@ TEST_F(RunningApplicationsTest, ASignalNeverReachesAnotherProgram)
 
 TEST_F(RunningApplicationsTest, ASignalToWhatIsGoneDoesNothing)
 {
-    RunningProcess agent(program(name));
+    test::RunningProcess agent(program(name));
     agent.end();
     applications->sendSignal(agent.ended(), identifier, SIGHUP);
     for (const std::int32_t number : {0, -1, INT32_MIN, INT32_MAX, getpid()})
@@ -153,4 +153,4 @@ TEST_F(RunningApplicationsTest, ASignalToWhatIsGoneDoesNothing)
     SUCCEED();
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

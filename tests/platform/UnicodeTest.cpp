@@ -8,7 +8,7 @@
 
 using namespace std::string_literals;
 
-namespace quorvane {
+namespace quorvane::platform {
 
 TEST(Unicode, ValidUtf8HasNoOverlongSurrogateOrCutCharacters)
 {
@@ -174,4 +174,4 @@ TEST(Unicode, Utf16ThatIsDamagedIsNone)
         EXPECT_EQ(textFromUtf16(units, false), std::nullopt);
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::platform {
 
 namespace {
 
@@ -102,4 +102,4 @@ TEST(XmlPropertyList, OfMoreValuesThanTwoMillionIsRefused)
     EXPECT_FALSE(readPropertyList(listOf((2U << 20U) + 1)));
 }
 
-} // namespace quorvane
+} // namespace quorvane::platform

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -27,12 +27,12 @@ WatchRuleFields simpleWatch(std::string_view path = "/a")
 
 TEST(AddRule, AppendsTheVeryObjectAndAsksNothing)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    const auto rule = policyRule(simplePolicy());
-    const auto twin = policyRule(simplePolicy());
-    const auto watch = watchRule(simpleWatch());
-    const auto watchTwin = watchRule(simpleWatch());
+    const auto rule = test::policyRule(simplePolicy());
+    const auto twin = test::policyRule(simplePolicy());
+    const auto watch = test::watchRule(simpleWatch());
+    const auto watchTwin = test::watchRule(simpleWatch());
 
     EXPECT_TRUE(store->addPolicyRule(rule));
     EXPECT_TRUE(store->addPolicyRule(twin)) << "a duplicate and redundant";
@@ -40,61 +40,61 @@ TEST(AddRule, AppendsTheVeryObjectAndAsksNothing)
     EXPECT_TRUE(store->addWatchRule(watchTwin));
 
     ASSERT_EQ(store->totalRules(true), 4U);
-    EXPECT_EQ(watchAt(*store, 0), watch);
-    EXPECT_EQ(watchAt(*store, 1), watchTwin);
-    EXPECT_EQ(policyAt(*store, 2), rule);
-    EXPECT_EQ(policyAt(*store, 3), twin);
+    EXPECT_EQ(test::watchAt(*store, 0), watch);
+    EXPECT_EQ(test::watchAt(*store, 1), watchTwin);
+    EXPECT_EQ(test::policyAt(*store, 2), rule);
+    EXPECT_EQ(test::policyAt(*store, 3), twin);
 }
 
 TEST(AddRule, KeepsSequenceCreationAndSystemMark)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /first any r\n");
     PolicyRuleFields fields = simplePolicy();
     fields.sequence = -3;
     fields.created = 77;
     fields.system = true;
-    const auto rule = policyRule(fields);
+    const auto rule = test::policyRule(fields);
     store->addPolicyRule(rule);
-    store->addPolicyRule(policyRule(simplePolicy("/plain")));
+    store->addPolicyRule(test::policyRule(simplePolicy("/plain")));
 
     EXPECT_EQ(rule->sequence(), -3);
     EXPECT_EQ(rule->created(), 77U);
     EXPECT_TRUE(rule->system());
-    EXPECT_EQ(rowPaths(*store, false), (Lines{"/first", "/plain"}));
+    EXPECT_EQ(test::rowPaths(*store, false), (Lines{"/first", "/plain"}));
     store->addFileContents(sandbox.folder.write("b.rc", "allow path /read any w\n"), false);
     store->rebuildRulesCache();
-    EXPECT_EQ(policyAt(*store, 1)->sequence(), 1) << "adding uses no sequence number";
+    EXPECT_EQ(test::policyAt(*store, 1)->sequence(), 1) << "adding uses no sequence number";
 }
 
 TEST(AddRule, NewGroupTakesItsPlaceAmongTheOthers)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /c /bin/c r\nallow path /a /bin/a r\n");
-    ASSERT_EQ(rowPaths(*store), (Lines{"/a", "/c"}));
+    ASSERT_EQ(test::rowPaths(*store), (Lines{"/a", "/c"}));
 
-    store->addPolicyRule(policyRule({.path = "/b", .processName = "/bin/B"}));
+    store->addPolicyRule(test::policyRule({.path = "/b", .processName = "/bin/B"}));
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"/a", "/b", "/c"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/a", "/b", "/c"}));
 }
 
 TEST(DeleteRule, RemovesTheFirstEqualOneWhateverTagAndMark)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    const auto first = policyRule(simplePolicy());
-    const auto second = policyRule(simplePolicy());
+    const auto first = test::policyRule(simplePolicy());
+    const auto second = test::policyRule(simplePolicy());
     first->setTag("tagged");
     first->setSystem(true);
-    store->addPolicyRule(policyRule(simplePolicy("/other")));
+    store->addPolicyRule(test::policyRule(simplePolicy("/other")));
     store->addPolicyRule(first);
     store->addPolicyRule(second);
     EXPECT_EQ(store->firstEqualRule(*second), first);
 
     EXPECT_TRUE(store->deletePolicyRule(*second));
 
-    ASSERT_EQ(rowPaths(*store), (Lines{"/other", "/a"}));
-    EXPECT_EQ(policyAt(*store, 1), second);
+    ASSERT_EQ(test::rowPaths(*store), (Lines{"/other", "/a"}));
+    EXPECT_EQ(test::policyAt(*store, 1), second);
     EXPECT_TRUE(store->deletePolicyRule(*second));
     EXPECT_FALSE(store->deletePolicyRule(*second));
     EXPECT_EQ(store->firstEqualRule(*second), nullptr);
@@ -102,20 +102,20 @@ TEST(DeleteRule, RemovesTheFirstEqualOneWhateverTagAndMark)
 
 TEST(DeleteRule, RemovesTheFirstEqualWatchRuleInPlace)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("watch path /a any r\nwatch path /b any r t\nwatch path /c any r\n");
     const WatchRule wanted({.policyType = 1, .path = "/b", .processName = "any", .operations = 1});
-    EXPECT_EQ(store->firstEqualRule(wanted), watchAt(*store, 1));
+    EXPECT_EQ(store->firstEqualRule(wanted), test::watchAt(*store, 1));
 
     EXPECT_TRUE(store->deleteWatchRule(wanted));
     EXPECT_FALSE(store->deleteWatchRule(wanted));
-    EXPECT_EQ(rowPaths(*store), (Lines{"/a", "/c"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/a", "/c"}));
     EXPECT_EQ(store->watchRules().size(), 2U);
 }
 
 TEST(DeleteRule, WithoutAnEqualOneNothingChangesAndNothingIsRebuilt)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nwatch path /a any r\n");
     const auto rows = store->rows();
 
@@ -129,9 +129,9 @@ TEST(DeleteRule, WithoutAnEqualOneNothingChangesAndNothingIsRebuilt)
 
 TEST(DeleteRule, EmptiedGroupKeepsItsKey)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a /bin/p r\n");
-    const PolicyRulePtr rule = policyAt(*store, 0);
+    const PolicyRulePtr rule = test::policyAt(*store, 0);
 
     EXPECT_TRUE(store->deletePolicyRule(*rule));
     EXPECT_FALSE(store->deletePolicyRule(*rule));
@@ -140,16 +140,16 @@ TEST(DeleteRule, EmptiedGroupKeepsItsKey)
     EXPECT_EQ(store->totalRules(true), 0U);
     EXPECT_FALSE(store->isRedundant(*rule));
     store->addPolicyRule(rule);
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"});
     EXPECT_EQ(store->sortedKeys().size(), 1U);
 }
 
 TEST(DeleteRule, RuleChangedAfterItWasStoredIsNotFoundUnderItsNewIdentity)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a /bin/p r\nallow path /b /bin/p r\n");
-    const PolicyRulePtr renamed = policyAt(*store, 0);
-    const PolicyRulePtr constrained = policyAt(*store, 1);
+    const PolicyRulePtr renamed = test::policyAt(*store, 0);
+    const PolicyRulePtr constrained = test::policyAt(*store, 1);
     renamed->setProcessName("/bin/q");
     constrained->setConstraint("TEAM");
 
@@ -162,11 +162,11 @@ TEST(DeleteRule, RuleChangedAfterItWasStoredIsNotFoundUnderItsNewIdentity)
 
 TEST(DeleteRule, RuleChangedWithinItsGroupIsFoundAsItNowIs)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     std::vector<PolicyRulePtr> rules;
     for (int number = 0; number < 40; ++number) {
-        rules.push_back(policyRule(simplePolicy("/" + std::to_string(number))));
+        rules.push_back(test::policyRule(simplePolicy("/" + std::to_string(number))));
         store->addPolicyRule(rules.back());
     }
     ASSERT_EQ(store->firstEqualRule(*rules[30]), rules[30]);
@@ -179,10 +179,10 @@ TEST(DeleteRule, RuleChangedWithinItsGroupIsFoundAsItNowIs)
 
 TEST(DeleteRule, NullTextsAreNeverFound)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    const auto policy = policyRule({.path = {}, .processName = "any"});
-    const auto watch = watchRule({.path = "/a", .processName = {}});
+    const auto policy = test::policyRule({.path = {}, .processName = "any"});
+    const auto watch = test::watchRule({.path = "/a", .processName = {}});
     store->addPolicyRule(policy);
     store->addWatchRule(watch);
 
@@ -193,13 +193,13 @@ TEST(DeleteRule, NullTextsAreNeverFound)
 
 TEST(DeleteRule, RecordOutlivesTheStoresReference)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     auto store = sandbox.storeOf("allow path /a any r\n");
-    const PolicyRulePtr kept = policyAt(*store, 0);
+    const PolicyRulePtr kept = test::policyAt(*store, 0);
     store->deletePolicyRule(*kept);
     store.reset();
 
     EXPECT_EQ(kept->path().view(), "/a");
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

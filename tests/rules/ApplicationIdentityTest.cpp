@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -133,4 +133,4 @@ TEST(ApplicationIdentity, OfARuleIsThatOfItsProcess)
         << "a watch rule's key has an empty fourth field";
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

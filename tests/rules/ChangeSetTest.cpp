@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <random>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -37,27 +37,27 @@ RuleRef ruleAt(const RuleManager& store, std::size_t row)
 
 TEST(ChangeSet, RemovalsChangesAndAdditionsAreDoneAtOnce)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
     const RuleRef second = ruleAt(*store, 3);
-    const RuleRef added = policyRule({});
+    const RuleRef added = test::policyRule({});
     ChangeSet changes;
     changes.removed.push_back({ruleAt(*store, 0)});
     changes.changed.push_back({second, {}, changedValue(second, [](auto& rule) { rule.tag = "new"; })});
     changes.added.push_back({added, makeRuleValue(PolicyRuleFields{.path = "/a0", .processName = "/bin/a"}),
         {ChangeSet::Place::start, {}}});
     store->apply(changes);
-    EXPECT_EQ(rowPaths(*store), (Paths{"/w2", "/a0", "/a1", "/a2", "/a3", "/b1"}));
-    EXPECT_EQ(policyAt(*store, 3)->tag().view(), "new");
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/w2", "/a0", "/a1", "/a2", "/a3", "/b1"}));
+    EXPECT_EQ(test::policyAt(*store, 3)->tag().view(), "new");
     EXPECT_EQ(ruleAt(*store, 1), added) << "the very record is stored";
     EXPECT_EQ(ruleAt(*store, 3), second) << "a changed record stays where it is";
 }
 
 TEST(ChangeSet, TheInverseOfWhatWasDoneRestoresOrderAndValues)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
-    const std::string before = rowsAsText(*store, true);
+    const std::string before = test::rowsAsText(*store, true);
     ChangeSet changes;
     for (const std::size_t row : {0U, 1U, 2U, 3U})
         changes.removed.push_back({ruleAt(*store, row)});
@@ -66,19 +66,19 @@ TEST(ChangeSet, TheInverseOfWhatWasDoneRestoresOrderAndValues)
     const RuleRef tagged = ruleAt(*store, 5);
     changes.changed.push_back({tagged, {}, changedValue(tagged, [](auto& rule) { rule.tag = "tagged"; })});
     const ChangeSet done = store->apply(changes);
-    EXPECT_EQ(rowPaths(*store), (Paths{"/a3", "/b1", "/a2"}));
-    const std::string after = rowsAsText(*store, true);
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/a3", "/b1", "/a2"}));
+    const std::string after = test::rowsAsText(*store, true);
     const ChangeSet undone = store->apply(done.inverted());
-    EXPECT_EQ(rowsAsText(*store, true), before);
+    EXPECT_EQ(test::rowsAsText(*store, true), before);
     store->apply(undone.inverted());
-    EXPECT_EQ(rowsAsText(*store, true), after);
+    EXPECT_EQ(test::rowsAsText(*store, true), after);
 }
 
 TEST(ChangeSet, OnlyWhatWasReallyDoneIsAnswered)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
-    const RuleRef stranger = policyRule({.path = "/a1", .processName = "/bin/a", .operations = 1});
+    const RuleRef stranger = test::policyRule({.path = "/a1", .processName = "/bin/a", .operations = 1});
     ChangeSet changes;
     changes.removed.push_back({stranger});
     changes.added.push_back({ruleAt(*store, 2), valueOf(ruleAt(*store, 2))});
@@ -88,7 +88,7 @@ TEST(ChangeSet, OnlyWhatWasReallyDoneIsAnswered)
 
 TEST(ChangeSet, AChangeOfARuleThatIsNotStoredAddsItAtTheEnd)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
     const RuleRef rule = ruleAt(*store, 2);
     ChangeSet removal;
@@ -99,49 +99,49 @@ TEST(ChangeSet, AChangeOfARuleThatIsNotStoredAddsItAtTheEnd)
     const ChangeSet done = store->apply(change);
     EXPECT_TRUE(done.changed.empty());
     EXPECT_EQ(done.added.size(), 1U);
-    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/a1", "/b1"}));
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/a1", "/b1"}));
 }
 
 TEST(ChangeSet, AnAdditionBehindARuleThatIsGoneStandsAtTheEnd)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
     const RuleRef gone = ruleAt(*store, 2);
     ChangeSet changes;
     changes.removed.push_back({gone});
     changes.added.push_back(
-        {policyRule({}), makeRuleValue(PolicyRuleFields{.path = "/late", .processName = "/bin/a"}),
+        {test::policyRule({}), makeRuleValue(PolicyRuleFields{.path = "/late", .processName = "/bin/a"}),
             {ChangeSet::Place::behind, gone}});
     changes.added.push_back(
-        {watchRule({}), makeRuleValue(WatchRuleFields{.path = "/between", .processName = "/bin/w"}),
+        {test::watchRule({}), makeRuleValue(WatchRuleFields{.path = "/between", .processName = "/bin/w"}),
             {ChangeSet::Place::behind, ruleAt(*store, 0)}});
     store->apply(changes);
-    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/between", "/w2", "/a2", "/a3", "/late", "/b1"}));
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/w1", "/between", "/w2", "/a2", "/a3", "/late", "/b1"}));
 }
 
 TEST(ChangeSet, ARuleThatWasEditedInPlaceIsFoundInItsFormerGroup)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
-    const PolicyRulePtr rule = policyAt(*store, 2);
+    const PolicyRulePtr rule = test::policyAt(*store, 2);
     rule->setProcessName("/bin/elsewhere");
     ChangeSet changes;
     changes.removed.push_back({rule});
     EXPECT_EQ(store->apply(changes).removed.size(), 1U);
-    EXPECT_EQ(rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/b1"}));
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/b1"}));
 }
 
 // More than a thousand of one list take their places at once, each fewer one by one.
 TEST(ChangeSet, ManyRulesComeToTheSamePlacesTogetherAsOneByOne)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     std::string text = "watch prefix \"/w1\" \"/bin/w\" r\n";
     for (int rule = 0; rule < 5000; ++rule)
         text += "allow prefix \"/" + std::to_string(rule) + "\" \"/bin/" + (rule % 7 < 4 ? "a" : "b")
             + "\" r\n";
     const auto together = sandbox.storeOf(text);
     const auto oneByOne = sandbox.storeOf(text);
-    const std::string before = rowsAsText(*together, true);
+    const std::string before = test::rowsAsText(*together, true);
     const auto undone = [](RuleManager& store, std::size_t atOnce) {
         std::mt19937 random(7);
         ChangeSet changes;
@@ -157,7 +157,7 @@ TEST(ChangeSet, ManyRulesComeToTheSamePlacesTogetherAsOneByOne)
                     + static_cast<std::ptrdiff_t>(std::min(from + atOnce, inverse.added.size())));
             EXPECT_EQ(store.apply(part).added.size(), part.added.size());
         }
-        return rowsAsText(store, true);
+        return test::rowsAsText(store, true);
     };
     EXPECT_EQ(undone(*together, 10'000), before);
     EXPECT_EQ(undone(*oneByOne, 100), before);
@@ -167,7 +167,7 @@ TEST(ChangeSet, ManyRulesComeToTheSamePlacesTogetherAsOneByOne)
 
 TEST(ChangeSet, ManyAdditionsBehindEachOtherAtTheStartAndAtTheEndKeepTheirOrder)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store
         = sandbox.storeOf("watch prefix \"/a\" \"/bin/w\" r\nwatch prefix \"/b\" \"/bin/w\" r\n");
     const auto newRule = [](const std::string& path) {
@@ -193,16 +193,16 @@ TEST(ChangeSet, ManyAdditionsBehindEachOtherAtTheStartAndAtTheEndKeepTheirOrder)
     for (int rule = 0; rule < 600; ++rule)
         expected.push_back("/behind" + std::to_string(rule));
     expected.insert(expected.end(), {"/b", "/end"});
-    EXPECT_EQ(rowPaths(*store), expected);
+    EXPECT_EQ(test::rowPaths(*store), expected);
 }
 
 TEST(ChangeSet, ASnapshotKeepsTheValuesOfItsMoment)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(twoGroups);
     const RulesSnapshot snapshot = store->userRulesSnapshot();
-    policyAt(*store, 2)->setPath("/changed");
-    store->deletePolicyRule(*policyAt(*store, 3));
+    test::policyAt(*store, 2)->setPath("/changed");
+    store->deletePolicyRule(*test::policyAt(*store, 3));
     Paths paths;
     snapshot.forEach([&](const RuleValue& rule) {
         paths.push_back(askValue(rule, [](const auto& fields) { return std::string(fields.path.view()); }));
@@ -213,14 +213,14 @@ TEST(ChangeSet, ASnapshotKeepsTheValuesOfItsMoment)
 
 TEST(ChangeSet, ARecordInTwoStoresIsFollowedByBoth)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("");
     const auto other = sandbox.storeOf("");
-    const PolicyRulePtr rule = policyRule({.path = "/a", .processName = "/bin/a"});
+    const PolicyRulePtr rule = test::policyRule({.path = "/a", .processName = "/bin/a"});
     for (int number = 0; number < 40; ++number) {
         const std::string path = "/" + std::to_string(number);
-        store->addPolicyRule(policyRule({.path = path, .processName = "/bin/a"}));
-        other->addPolicyRule(policyRule({.path = path, .processName = "/bin/a"}));
+        store->addPolicyRule(test::policyRule({.path = path, .processName = "/bin/a"}));
+        other->addPolicyRule(test::policyRule({.path = path, .processName = "/bin/a"}));
     }
     store->addPolicyRule(rule);
     other->addPolicyRule(rule);
@@ -233,4 +233,4 @@ TEST(ChangeSet, ARecordInTwoStoresIsFollowedByBoth)
     EXPECT_EQ(other->firstEqualRule(PolicyRule({.path = "/c", .processName = "/bin/a"})), rule);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

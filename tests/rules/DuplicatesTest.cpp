@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 TEST(Duplicates, AreDroppedWhateverTagAndTime)
 {
@@ -33,7 +33,7 @@ TEST(Duplicates, AreDroppedWhateverTagAndTime)
         {"a watch rule of another path", "watch path /a any r", "watch path /b any r", 2},
         {"a watch rule and a policy rule", "watch path /a any r", "allow path /a any r", 2},
     };
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const auto& c : cases) {
         const auto store = sandbox.storeOf(std::string(c.first) + "\n" + c.second + "\n");
         EXPECT_EQ(store->totalRules(true), c.rules) << c.why;
@@ -42,18 +42,18 @@ TEST(Duplicates, AreDroppedWhateverTagAndTime)
 
 TEST(Duplicates, FirstOneReadIsKept)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store
         = sandbox.storeOf("allow path /a any r first TEAM 1\nallow path /a any r second TEAM 2\n");
 
     ASSERT_EQ(store->totalRules(true), 1U);
-    EXPECT_EQ(policyAt(*store, 0)->tag().view(), "first");
-    EXPECT_EQ(policyAt(*store, 0)->created(), 1U);
+    EXPECT_EQ(test::policyAt(*store, 0)->tag().view(), "first");
+    EXPECT_EQ(test::policyAt(*store, 0)->created(), 1U);
 }
 
 TEST(Duplicates, UsersRuleHidesTheSystemsEqualOne)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /a any r\nwatch path /w any r\n");
     sandbox.writeSystemFile("quorvane.rc",
         "allow path /a any r\nwatch path /w any r\nallow path /b any r\nallow path /a any r u\n");
@@ -69,7 +69,7 @@ TEST(Duplicates, OfLongWatchListsAgreeWithAPlainWalk)
     std::string text;
     std::vector<WatchRulePtr> kept;
     for (int number = 0; number < 3000; ++number) {
-        const auto rule = watchRule({.policyType = static_cast<int>(random() % 3),
+        const auto rule = test::watchRule({.policyType = static_cast<int>(random() % 3),
             .path = "/" + std::to_string(random() % 30),
             .processName = "/p" + std::to_string(random() % 5),
             .operations = 1 + static_cast<std::uint32_t>(random() % 3)});
@@ -87,8 +87,8 @@ TEST(Duplicates, OfLongWatchListsAgreeWithAPlainWalk)
     for (const WatchRulePtr& rule : kept)
         expected.push_back(std::string(rule->path().view()));
 
-    const StoreSandbox sandbox;
-    EXPECT_EQ(rowPaths(*sandbox.storeOf(text)), expected);
+    const test::StoreSandbox sandbox;
+    EXPECT_EQ(test::rowPaths(*sandbox.storeOf(text)), expected);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

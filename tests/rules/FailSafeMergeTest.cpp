@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -39,7 +39,7 @@ struct Row {
 
 std::string folderOf(const std::string& path)
 {
-    return deletingLastPathComponent(path) + "/";
+    return platform::deletingLastPathComponent(path) + "/";
 }
 
 // The walk of a group in its plainest form. Adds `rule` unless an existing one stands for it.
@@ -101,7 +101,7 @@ Lines rowTexts(RuleManager& store)
 // Reads a text twice over: by the store and by plain walks.
 void expectLikePlainWalk(const std::vector<std::vector<Row>>& files, bool failSafe)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     std::map<std::string, std::vector<Row>> groups;
     std::int64_t sequence = 0;
@@ -142,10 +142,10 @@ void compareManyFiles(bool failSafe, unsigned seed)
 
 Lines mergedLines(const std::string& text)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.folder.write("Users/Shared/Quorvane/failsafe.rc", text);
     const auto store = RuleManager::initWithContentsOfFile(
-        sandbox.locations.failSafeFile(), false, sandbox.locations, silentLog());
+        sandbox.locations.failSafeFile(), false, sandbox.locations, test::silentLog());
     return rowTexts(*store);
 }
 
@@ -187,37 +187,38 @@ TEST(FailSafeMerge, RulesOnFilesOfOneFolderBecomeOneOnTheFolder)
 
 TEST(FailSafeMerge, HappensInTheFailSafeFileOnly)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string text = "allow path /d/a /bin/p r\ndeny path /d/b /bin/p w\nallow path /e /bin/p r\n";
     const std::string near[] = {"Users/Shared/Quorvane/failsafe.rc.strict",
         "Users/Shared/Quorvane//failsafe.rc", "other/failsafe.rc", "ann.rc"};
     for (const std::string& name : near) {
         const std::string file = sandbox.folder.write(name, text);
-        const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
+        const auto store
+            = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog());
         EXPECT_EQ(store->totalRules(true), 3U) << name;
     }
 }
 
 TEST(FailSafeMerge, MergesIntoRulesThatTheStoreAlreadyHas)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /d/a /bin/p r work\n");
     sandbox.folder.write("Users/Shared/Quorvane/failsafe.rc", "deny path /d/b /bin/p w\n");
     store->addFileContents(sandbox.locations.failSafeFile(), false);
     store->rebuildRulesCache();
 
     ASSERT_EQ(store->totalRules(true), 1U);
-    EXPECT_EQ(policyAt(*store, 0)->path().view(), "/d/");
-    EXPECT_EQ(policyAt(*store, 0)->tag().view(), "work");
+    EXPECT_EQ(test::policyAt(*store, 0)->path().view(), "/d/");
+    EXPECT_EQ(test::policyAt(*store, 0)->tag().view(), "work");
 }
 
 TEST(FailSafeMerge, MergedRuleIsFoundUnderItsNewPath)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.folder.write(
         "Users/Shared/Quorvane/failsafe.rc", "allow prefix /d/a /bin/p r\ndeny prefix /d/b /bin/p w\n");
     const auto store = RuleManager::initWithContentsOfFile(
-        sandbox.locations.failSafeFile(), false, sandbox.locations, silentLog());
+        sandbox.locations.failSafeFile(), false, sandbox.locations, test::silentLog());
 
     EXPECT_TRUE(
         store->isRedundant(PolicyRule({.path = "/d/other", .processName = "/bin/p", .operations = 1})));
@@ -237,7 +238,7 @@ TEST(Duplicates, AgreeWithThePlainWalkOnRandomFiles)
 
 TEST(FailSafeMerge, ManyRulesOfOnePathInOneGroupAreMergedAtOnce)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     constexpr std::size_t many = 20000;
     std::string text;
     for (std::size_t rule = 0; rule < many; ++rule)
@@ -246,12 +247,12 @@ TEST(FailSafeMerge, ManyRulesOfOnePathInOneGroupAreMergedAtOnce)
     text += "deny path \"/folder/other\" \"any ancestor /bin/a\" w\n";
     sandbox.folder.write(sandbox.locations.failSafeFile().substr(sandbox.folder.path().size() + 1), text);
     const auto store = RuleManager::initWithContentsOfFile(
-        sandbox.locations.failSafeFile(), false, sandbox.locations, silentLog());
+        sandbox.locations.failSafeFile(), false, sandbox.locations, test::silentLog());
     ASSERT_EQ(store->totalRules(true), many);
-    EXPECT_EQ(policyAt(*store, 0)->path().view(), "/folder/") << "merged with the last one";
-    EXPECT_EQ(policyAt(*store, many - 1)->path().view(), "/folder/file");
+    EXPECT_EQ(test::policyAt(*store, 0)->path().view(), "/folder/") << "merged with the last one";
+    EXPECT_EQ(test::policyAt(*store, many - 1)->path().view(), "/folder/file");
     for (std::size_t row = 0; row < many; row += 1000)
-        EXPECT_EQ(store->isRedundant(*policyAt(*store, row)), false);
+        EXPECT_EQ(store->isRedundant(*test::policyAt(*store, row)), false);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

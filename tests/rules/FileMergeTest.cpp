@@ -13,7 +13,7 @@
 #include <set>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -23,7 +23,7 @@ std::string namedLine(const std::string& name)
 {
     if (name.empty() || name.starts_with(';') || name.starts_with('-'))
         return name + "\n";
-    return askValue(namedRule(name), [](const auto& fields) { return ruleLine(fields); });
+    return askValue(test::namedRule(name), [](const auto& fields) { return ruleLine(fields); });
 }
 
 std::string file(const std::string& names)
@@ -46,7 +46,7 @@ std::optional<RuleValue> ruleIn(std::string_view line)
 std::string nameOfLine(const std::string& text)
 {
     const auto rule = ruleIn(text);
-    return rule && namedLine(nameOf(*rule)) == text + "\n" ? nameOf(*rule) : text;
+    return rule && namedLine(test::nameOf(*rule)) == text + "\n" ? test::nameOf(*rule) : text;
 }
 
 std::string namesOfFile(const std::string& text)
@@ -68,7 +68,8 @@ std::string conflicts(const std::string& base, const std::string& ours, const st
     for (const FileConflict& conflict : mergeFiles(file(base), file(ours), file(theirs)).conflicts) {
         if (const auto* rule = std::get_if<MergeReport>(&conflict)) {
             constexpr const char* kinds[] = {"tag: ", "kept: ", "added: "};
-            texts += kinds[rule->kind] + nameOf(rule->kept) + " not " + nameOf(rule->other) + "; ";
+            texts
+                += kinds[rule->kind] + test::nameOf(rule->kept) + " not " + test::nameOf(rule->other) + "; ";
         } else {
             const auto& text = std::get<TextConflict>(conflict);
             constexpr const char* kinds[] = {"text: ", "kept text: "};
@@ -304,7 +305,7 @@ TEST(FileMerge, KeepsCommentsBesideTheirRules)
 
 namespace {
 
-std::string randomFile(RandomRules& random, std::size_t most)
+std::string randomFile(test::RandomRules& random, std::size_t most)
 {
     const std::vector<std::string> lines{namedLine("a"), namedLine("a:x"), namedLine("b@1"), namedLine("b@2"),
         namedLine("c:y"), namedLine("w1"), namedLine("w1:z"), namedLine("w2"), "allow prefix d any r\n",
@@ -319,7 +320,7 @@ std::string randomFile(RandomRules& random, std::size_t most)
 }
 
 // `text` after some changes of one side.
-std::string editedFile(RandomRules& random, const std::string& text)
+std::string editedFile(test::RandomRules& random, const std::string& text)
 {
     std::string edited;
     for (const FileLine& line : fileLines(text)) {
@@ -351,7 +352,7 @@ bool standsOnALine(const std::string& text, const RuleValue& rule)
     });
 }
 
-bool hasEqual(const RuleValues& rules, const RuleValue& rule)
+bool hasEqual(const test::RuleValues& rules, const RuleValue& rule)
 {
     return std::any_of(
         rules.begin(), rules.end(), [&](const RuleValue& other) { return isEqualRule(rule, other); });
@@ -361,7 +362,7 @@ bool hasEqual(const RuleValues& rules, const RuleValue& rule)
 
 TEST(FileMergeOfAnyFiles, ChangesNothingWhereOneSideHasNotChangedAnything)
 {
-    RandomRules random(11);
+    test::RandomRules random(11);
     for (int round = 0; round < 300; ++round) {
         const std::string base = randomFile(random, 12);
         const std::string ours = editedFile(random, base);
@@ -375,7 +376,7 @@ TEST(FileMergeOfAnyFiles, ChangesNothingWhereOneSideHasNotChangedAnything)
 
 TEST(FileMergeOfAnyFiles, TakesAllThatTheirsHasDoneWhereOursHasDoneNothing)
 {
-    RandomRules random(12);
+    test::RandomRules random(12);
     for (int round = 0; round < 300; ++round) {
         const std::string base = randomFile(random, 12);
         const std::string theirs = editedFile(random, base);
@@ -387,15 +388,15 @@ TEST(FileMergeOfAnyFiles, TakesAllThatTheirsHasDoneWhereOursHasDoneNothing)
 
 TEST(FileMergeOfAnyFiles, InventsNoRuleAndLosesNoneThatBothHave)
 {
-    RandomRules random(13);
+    test::RandomRules random(13);
     for (int round = 0; round < 300; ++round) {
         const std::string base = randomFile(random, 10);
         const std::string ours = editedFile(random, base);
         const std::string theirs = editedFile(random, base);
         const std::string text = mergedText(base, ours, theirs);
-        const RuleValues rules = rulesOfText(text);
-        const RuleValues oursRules = rulesOfText(ours);
-        const RuleValues theirsRules = rulesOfText(theirs);
+        const test::RuleValues rules = rulesOfText(text);
+        const test::RuleValues oursRules = rulesOfText(ours);
+        const test::RuleValues theirsRules = rulesOfText(theirs);
         for (const RuleValue& rule : rules)
             ASSERT_TRUE(hasEqual(oursRules, rule) || hasEqual(theirsRules, rule)) << text;
         for (const FileLine& line : fileLines(ours)) {
@@ -407,7 +408,7 @@ TEST(FileMergeOfAnyFiles, InventsNoRuleAndLosesNoneThatBothHave)
 
 TEST(FileMergeOfAnyFiles, KeepsEveryLineThatStandsInAllThree)
 {
-    RandomRules random(14);
+    test::RandomRules random(14);
     for (int round = 0; round < 300; ++round) {
         const std::string base = randomFile(random, 10);
         const std::string ours = editedFile(random, base);
@@ -431,15 +432,15 @@ TEST(FileMergeOfAnyFiles, KeepsEveryLineThatStandsInAllThree)
 // The same rules as the merge of lists comes to, where each stands once and nothing but rules is there.
 TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
 {
-    RandomRules random(15);
-    const auto textOf = [](const RuleValues& rules) {
+    test::RandomRules random(15);
+    const auto textOf = [](const test::RuleValues& rules) {
         std::string text;
         for (const RuleValue& rule : rules)
-            text += namedLine(nameOf(rule));
+            text += namedLine(test::nameOf(rule));
         return text;
     };
-    const auto singles = [](const RuleValues& rules) {
-        RuleValues single;
+    const auto singles = [](const test::RuleValues& rules) {
+        test::RuleValues single;
         for (const RuleValue& rule : rules) {
             if (!hasEqual(single, rule))
                 single.push_back(rule);
@@ -447,10 +448,10 @@ TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
         return single;
     };
     for (int round = 0; round < 300; ++round) {
-        const RuleValues base = singles(randomRuleList(random, 6));
-        const RuleValues ours = singles(randomRuleList(random, 6));
-        const RuleValues theirs = singles(randomRuleList(random, 6));
-        RuleValues expected;
+        const test::RuleValues base = singles(randomRuleList(random, 6));
+        const test::RuleValues ours = singles(randomRuleList(random, 6));
+        const test::RuleValues theirs = singles(randomRuleList(random, 6));
+        test::RuleValues expected;
         const MergeResult result = mergeRules(base, ours, theirs);
         for (const MergedRule& rule : result.rules)
             expected.push_back(rule.rule);
@@ -462,7 +463,7 @@ TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
 
 TEST(FileDifference, IsThatOfTheRulesThatAStoreReads)
 {
-    RandomRules random(16);
+    test::RandomRules random(16);
     const auto linesOf = [](const RulesDifference& difference) {
         std::vector<std::string> lines;
         const auto add = [&lines](const char* what, const RuleValue& rule) {
@@ -505,4 +506,4 @@ TEST(FileLines, EndWithTheirLineEndAndNothingStandsBehindTheLast)
     EXPECT_EQ(shown("a\r"), "[a,1]");
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

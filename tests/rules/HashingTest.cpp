@@ -12,7 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -128,4 +128,4 @@ TEST(SlotChains, SlotsOfOneHashComeOutInOrderWhateverTheOrderOfInsertion)
     EXPECT_EQ(slots, (std::vector<std::uint32_t>{1, 3, 5, 5, 7, 9}));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

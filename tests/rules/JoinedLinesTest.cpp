@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -234,7 +234,7 @@ TEST(RescuedText, LeavesARuleWithoutOperationsTooShortToDecideAnything)
 
 namespace {
 
-RuleValue randomRule(RandomRules& random)
+RuleValue randomRule(test::RandomRules& random)
 {
     const auto text = [&random](std::size_t most) {
         static const std::vector<std::string> pieces{"a", "b", "/", ".", "x y", "\u00E9", "\u00DF", "\u65E5",
@@ -295,7 +295,7 @@ std::string expectedOf(const RuleValue& rule)
         if (place.end >= length) {
             cut.push_back(place.key);
             text.resize(length > place.begin ? length - place.begin : 0);
-            while (!isValidUtf8(text) || text.ends_with(' '))
+            while (!platform::isValidUtf8(text) || text.ends_with(' '))
                 text.pop_back();
             if (place.key == "created")
                 text = "0";
@@ -316,7 +316,7 @@ std::string expectedOf(const RuleValue& rule)
 
 TEST(JoinedLines, GiveBackEveryRuleOfAWrittenFileAsFarAsItIsThere)
 {
-    RandomRules random(51);
+    test::RandomRules random(51);
     std::size_t joinedRules = 0;
     for (int round = 0; round < 1500; ++round) {
         std::string file;
@@ -345,7 +345,7 @@ TEST(JoinedLines, GiveBackEveryRuleOfAWrittenFileAsFarAsItIsThere)
 
 TEST(JoinedLines, AreNoneInFilesThatAreWrittenWhole)
 {
-    RandomRules random(52);
+    test::RandomRules random(52);
     for (int round = 0; round < 1000; ++round) {
         std::string file;
         for (std::size_t left = random.below(6); left > 0; --left)
@@ -357,7 +357,7 @@ TEST(JoinedLines, AreNoneInFilesThatAreWrittenWhole)
 
 TEST(JoinedLines, NeverInventAClassOrTypeInAnyBytes)
 {
-    RandomRules random(53);
+    test::RandomRules random(53);
     const std::vector<std::string> pieces{"allow ", "deny ", "watch ", "err ", "path ", "prefix ", "suffix ",
         "\"", "\" \"", " ", "\n", "\r", "/a", "any", "rw", "\xE6", "\xC3\xA9", ";", "147",
         "deny path \"/a\" ", "watch path \"/a\" \"any\" rw "};
@@ -380,4 +380,4 @@ TEST(JoinedLines, NeverInventAClassOrTypeInAnyBytes)
     EXPECT_GT(found, 100U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -9,11 +9,11 @@
 #include <filesystem>
 #include <thread>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 TEST(KnownFile, OfAFileWithTheseBytesIsWhatAReadingGives)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("rules", "text");
 
     const auto known = KnownFile::ofFileWith(path, "text");
@@ -26,7 +26,7 @@ TEST(KnownFile, OfAFileWithTheseBytesIsWhatAReadingGives)
 
 TEST(KnownFile, OfAFileWithOtherBytesIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("rules", "text");
 
     for (const char* bytes : {"", "tex", "texx", "text\n"})
@@ -37,7 +37,7 @@ TEST(KnownFile, OfAFileWithOtherBytesIsNone)
 
 TEST(KnownFile, IsAsSureOfATextThatWasReadLongAgo)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("rules");
     const auto read = [&] {
         folder.write("rules", "text");
@@ -56,7 +56,7 @@ TEST(KnownFile, IsAsSureOfATextThatWasReadLongAgo)
 
 TEST(KnownFile, SeesAChangeThatLeavesSizeAndTimesInThatInstant)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("rules", "text");
     auto known = KnownFile::ofFileWith(path, "text");
     ASSERT_TRUE(known);
@@ -64,9 +64,9 @@ TEST(KnownFile, SeesAChangeThatLeavesSizeAndTimesInThatInstant)
 
     folder.write("rules", "next");
     std::error_code error;
-    known->identity = FileIdentity::ofPath(path, error); // a clock too coarse to tell
+    known->identity = platform::FileIdentity::ofPath(path, error); // a clock too coarse to tell
 
     EXPECT_FALSE(known->isStillThere());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -162,4 +162,4 @@ TEST(LineTokenizer, NothingOfALineReachesTheNext)
     EXPECT_EQ(Tokens(tokens.begin(), tokens.end()), (Tokens{"d", "e", "f"}));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -94,4 +94,4 @@ TEST(LineWalker, AgreesWithAPlainWalkOnRandomTexts)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 TEST(NullableText, NullAndEmptyDiffer)
 {
@@ -100,4 +100,4 @@ TEST(TextPool, TextsThatPushEachOtherOutStayRight)
     EXPECT_FALSE(pool.text("").isNull());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

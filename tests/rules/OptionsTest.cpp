@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -45,7 +45,7 @@ TEST(FilterOption, NewOneHasANullNameAndNoValue)
 
 TEST(Options, AllKnownOnesAreAppendedInTheirOrderEvenWhenMissing)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writePreferences("");
     const auto store = sandbox.emptyStore();
 
@@ -58,7 +58,7 @@ TEST(Options, AllKnownOnesAreAppendedInTheirOrderEvenWhenMissing)
 
 TEST(Options, NoneAreAppendedWhenThePreferencesCannotBeRead)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     store->loadOptions();
     EXPECT_TRUE(store->filterOptions().empty()) << "missing";
@@ -71,7 +71,7 @@ TEST(Options, NoneAreAppendedWhenThePreferencesCannotBeRead)
 
 TEST(Options, BooleanOnesAreOneOrZeroAndIntegersKeepTheirValue)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writePreferences("<key>access.user.restrict</key><integer>7</integer>"
                              "<key>access.user.create</key><string>NO</string>"
                              "<key>access.user.detail</key><true/>"
@@ -93,8 +93,8 @@ TEST(Options, BooleanOnesAreOneOrZeroAndIntegersKeepTheirValue)
 
 TEST(Options, NameIsMatchedExactly)
 {
-    const StoreSandbox sandbox;
-    sandbox.writePreferences(preference("policy.global.exec", 2));
+    const test::StoreSandbox sandbox;
+    sandbox.writePreferences(test::preference("policy.global.exec", 2));
     const auto store = sandbox.emptyStore();
     store->loadOptions();
 
@@ -105,8 +105,8 @@ TEST(Options, NameIsMatchedExactly)
 
 TEST(Options, SingleOnesAreReadFromThePreferencesLastRead)
 {
-    const StoreSandbox sandbox;
-    sandbox.writePreferences(preference("mine", 5));
+    const test::StoreSandbox sandbox;
+    sandbox.writePreferences(test::preference("mine", 5));
     const auto store = sandbox.emptyStore();
     store->loadOptions();
 
@@ -122,11 +122,11 @@ TEST(Options, SingleOnesAreReadFromThePreferencesLastRead)
 
 TEST(Options, FirstCopyWinsWhenTheListIsReadTwice)
 {
-    const StoreSandbox sandbox;
-    sandbox.writePreferences(preference("policy.global.exec", 1));
+    const test::StoreSandbox sandbox;
+    sandbox.writePreferences(test::preference("policy.global.exec", 1));
     const auto store = sandbox.emptyStore();
     store->loadOptions();
-    sandbox.writePreferences(preference("policy.global.exec", 2));
+    sandbox.writePreferences(test::preference("policy.global.exec", 2));
     store->loadOptions();
 
     EXPECT_EQ(namesOf(store->filterOptions()), twice(knownOptions));
@@ -135,8 +135,8 @@ TEST(Options, FirstCopyWinsWhenTheListIsReadTwice)
 
 TEST(Options, LinesOfTheMainSystemFilesFollowThePreferences)
 {
-    const StoreSandbox sandbox;
-    sandbox.writePreferences(preference("policy.global.exec", 1));
+    const test::StoreSandbox sandbox;
+    sandbox.writePreferences(test::preference("policy.global.exec", 1));
     sandbox.writeSystemFile("quorvane.rc", "set policy.global.exec 2\nset own.option 3\n");
     const auto store = sandbox.load();
 
@@ -149,19 +149,19 @@ TEST(Options, LinesOfTheMainSystemFilesFollowThePreferences)
 
 TEST(Options, MissingKeyOfReadablePreferencesStillHidesALine)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writePreferences("");
     sandbox.writeSystemFile("quorvane.rc", "set policy.global.exec 2\n");
     sandbox.writeSystemFile("exec.rc", "allow path /exec any r\n");
     const auto store = sandbox.load();
 
     EXPECT_EQ(store->getOption("policy.global.exec"), 0U);
-    EXPECT_EQ(rowPaths(*store), Lines{"/exec"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/exec"});
 }
 
 TEST(Options, LinesCountOnlyInFilesNamedLikeTheMainOnes)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string system = "Library/Application Support/Quorvane/";
     const struct {
         const char* why;
@@ -179,7 +179,7 @@ TEST(Options, LinesCountOnlyInFilesNamedLikeTheMainOnes)
         const std::string file = sandbox.folder.write(c.name, "set a.b 1\n");
         for (const bool asSystem : {false, true}) {
             const auto store
-                = RuleManager::initWithContentsOfFile(file, asSystem, sandbox.locations, silentLog());
+                = RuleManager::initWithContentsOfFile(file, asSystem, sandbox.locations, test::silentLog());
             EXPECT_EQ(store->filterOptions().size(), c.options) << c.why;
             EXPECT_EQ(store->totalRules(true), 0U) << c.why;
         }
@@ -188,7 +188,7 @@ TEST(Options, LinesCountOnlyInFilesNamedLikeTheMainOnes)
 
 TEST(Options, LongOptionLineIsNoRuleInTheMainFileButOneElsewhere)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string line = "set path /a any r\n";
     sandbox.writeSystemFile("quorvane.rc", line);
     sandbox.writeSystemFile("exec.rc", line);
@@ -196,7 +196,7 @@ TEST(Options, LongOptionLineIsNoRuleInTheMainFileButOneElsewhere)
 
     EXPECT_EQ(store->filterOptions().size(), 1U);
     ASSERT_EQ(store->totalRules(true), 1U);
-    EXPECT_EQ(policyAt(*store, 0)->policyClass(), 4);
+    EXPECT_EQ(test::policyAt(*store, 0)->policyClass(), 4);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -47,7 +47,7 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
     std::free(memory);
 }
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -66,19 +66,19 @@ using Work = std::function<void(RuleManager&)>;
 // after the work, and must be able to do it with memory.
 void failEachAllocation(const Work& prepare, const Work& work)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto fresh = [&] {
         auto store = sandbox.storeOf(manyRules());
         store->sortIndexUsingDescriptors({{SortKey::path, true}});
-        store->isRedundant(*policyAt(*store, 0));
+        store->isRedundant(*test::policyAt(*store, 0));
         store->totalRules(true);
         prepare(*store);
         return store;
     };
     const auto untouched = fresh();
-    const std::string before = rowsAsText(*untouched, true);
+    const std::string before = test::rowsAsText(*untouched, true);
     work(*untouched);
-    const std::string after = rowsAsText(*untouched, true);
+    const std::string after = test::rowsAsText(*untouched, true);
     bool hasFailed = true;
     for (std::ptrdiff_t allowed = 0; hasFailed; ++allowed) {
         SCOPED_TRACE(allowed);
@@ -89,12 +89,12 @@ void failEachAllocation(const Work& prepare, const Work& work)
         store->totalRules(true);
         hasFailed = allocationsLeft == 0;
         allocationsLeft = -1;
-        const std::string rows = rowsAsText(*store, true);
+        const std::string rows = test::rowsAsText(*store, true);
         ASSERT_TRUE(rows == before || rows == after) << rows;
         if (rows != after) {
             ASSERT_EQ(store->lastErrorMessage(), "Out of memory");
             work(*store);
-            ASSERT_EQ(rowsAsText(*store, true), after);
+            ASSERT_EQ(test::rowsAsText(*store, true), after);
         }
     }
 }
@@ -125,7 +125,9 @@ TEST(OutOfMemory, WhileAddingADeletedRuleOfANewGroupAddsAllOrNothing)
 {
     static PolicyRulePtr rule;
     failEachAllocation(
-        [](RuleManager&) { rule = policyRule({.path = "/new", .processName = "/bin/new", .operations = 1}); },
+        [](RuleManager&) {
+            rule = test::policyRule({.path = "/new", .processName = "/bin/new", .operations = 1});
+        },
         [](RuleManager& store) { store.addPolicyRule(rule); });
     rule.reset();
 }
@@ -144,7 +146,7 @@ TEST(OutOfMemory, WhileApplyingAChangeSetDoesAllOrNothing)
             changes.added.push_back({store.ruleAtIndex(3, true),
                 makeRuleValue(
                     PolicyRuleFields{.path = "/edited", .processName = "/bin/9", .operations = 1})});
-            changes.added.push_back({policyRule({}),
+            changes.added.push_back({test::policyRule({}),
                 makeRuleValue(PolicyRuleFields{.path = "/new", .processName = "/bin/1", .operations = 1})});
         },
         [](RuleManager& store) {
@@ -156,7 +158,7 @@ TEST(OutOfMemory, WhileApplyingAChangeSetDoesAllOrNothing)
 
 TEST(OutOfMemory, WhileAskingForEqualOrCoveringRulesAnswersAsAWalkDoes)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto reference = sandbox.storeOf(manyRules());
     const PolicyRule asked({.path = "/folder/1/file", .processName = "/bin/0", .operations = 1});
     const PolicyRule* expected = reference->coveringRule(asked);
@@ -176,4 +178,4 @@ TEST(OutOfMemory, WhileAskingForEqualOrCoveringRulesAnswersAsAWalkDoes)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // What the store must answer, in the plainest form: every question is a walk. For texts in ASCII and group
 // keys that differ in more than case.
@@ -25,13 +25,13 @@ public:
         return letters;
     }
 
-    void add(const PolicyRulePtr& rule)
+    void add(const rules::PolicyRulePtr& rule)
     {
         const std::string key = applicationGroupIdentityForRule(*rule);
         groups[{small(key), key}].push_back(rule);
         rebuild();
     }
-    void add(const WatchRulePtr& rule)
+    void add(const rules::WatchRulePtr& rule)
     {
         watchRules.push_back(rule);
         rebuild();
@@ -58,18 +58,18 @@ public:
         return list == nullptr || found == list->end() ? nullptr : found->get();
     }
 
-    const PolicyRule* coveringRule(const PolicyRule& r)
+    const rules::PolicyRule* coveringRule(const rules::PolicyRule& r)
     {
         const auto* list = listFor(r);
         if (list == nullptr)
             return nullptr;
-        for (const PolicyRulePtr& e : *list) {
+        for (const rules::PolicyRulePtr& e : *list) {
             if (e.get() == &r)
                 continue;
-            const PolicyRuleFields& wide = e->fields();
-            const PolicyRuleFields& narrow = r.fields();
+            const rules::PolicyRuleFields& wide = e->fields();
+            const rules::PolicyRuleFields& narrow = r.fields();
             const bool rest = wide.policyClass == narrow.policyClass
-                && isBitwiseInclusive(wide.operations, narrow.operations) && !wide.constraint.isNull()
+                && rules::isBitwiseInclusive(wide.operations, narrow.operations) && !wide.constraint.isNull()
                 && !narrow.constraint.isNull() && wide.constraint.view() == narrow.constraint.view();
             const bool hasPath = !wide.path.isNull();
             if (hasPath && (wide.path.view() == "any" || wide.path.view().empty()) && rest)
@@ -84,14 +84,14 @@ public:
     void rebuild()
     {
         rows.clear();
-        for (const WatchRulePtr& rule : watchRules) {
+        for (const rules::WatchRulePtr& rule : watchRules) {
             if (passes(rule->fields().path) || passes(rule->fields().processName))
                 rows.emplace_back(rule);
         }
         policyRules.clear();
         for (const auto& [key, list] : groups) {
-            for (const PolicyRulePtr& rule : list) {
-                const PolicyRuleFields& fields = rule->fields();
+            for (const rules::PolicyRulePtr& rule : list) {
+                const rules::PolicyRuleFields& fields = rule->fields();
                 if (passes(fields.path) || passes(fields.processName) || passes(fields.tag)) {
                     rows.emplace_back(rule);
                     policyRules.push_back(rule);
@@ -101,17 +101,18 @@ public:
         sort(descriptors);
     }
 
-    void sort(const std::vector<SortDescriptor>& by)
+    void sort(const std::vector<rules::SortDescriptor>& by)
     {
         descriptors = by;
-        std::stable_sort(rows.begin(), rows.end(),
-            [&](const RuleRef& a, const RuleRef& b) { return standsBefore(a, b, descriptors); });
+        std::stable_sort(rows.begin(), rows.end(), [&](const rules::RuleRef& a, const rules::RuleRef& b) {
+            return standsBefore(a, b, descriptors);
+        });
     }
 
-    std::vector<RuleRef> userRows() const
+    std::vector<rules::RuleRef> userRows() const
     {
-        std::vector<RuleRef> user;
-        for (const RuleRef& row : rows) {
+        std::vector<rules::RuleRef> user;
+        for (const rules::RuleRef& row : rows) {
             if (!askRule(row, [](const auto& rule) { return rule.fields().system; }))
                 user.push_back(row);
         }
@@ -126,9 +127,10 @@ public:
         return keys;
     }
 
-    static bool standsBefore(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& by)
+    static bool standsBefore(
+        const rules::RuleRef& a, const rules::RuleRef& b, const std::vector<rules::SortDescriptor>& by)
     {
-        for (const SortDescriptor& descriptor : by) {
+        for (const rules::SortDescriptor& descriptor : by) {
             const Value left = valueOf(a, descriptor.key);
             const Value right = valueOf(b, descriptor.key);
             if (left < right)
@@ -139,12 +141,13 @@ public:
         return false;
     }
 
-    std::vector<WatchRulePtr> watchRules;
-    std::map<std::pair<std::string, std::string>, std::vector<PolicyRulePtr>> groups; // by small key and key
+    std::vector<rules::WatchRulePtr> watchRules;
+    std::map<std::pair<std::string, std::string>, std::vector<rules::PolicyRulePtr>>
+        groups; // by small key and key
     std::string searchText;
-    std::vector<SortDescriptor> descriptors;
-    std::vector<RuleRef> rows;
-    std::vector<PolicyRulePtr> policyRules;
+    std::vector<rules::SortDescriptor> descriptors;
+    std::vector<rules::RuleRef> rows;
+    std::vector<rules::PolicyRulePtr> policyRules;
 
 private:
     // Compares as a sort key must: absent first, then by number, then by text.
@@ -159,79 +162,79 @@ private:
         }
     };
     static Value numberValue(Value::Wide number) { return {true, number, {}}; }
-    static Value textValue(const NullableText& text)
+    static Value textValue(const rules::NullableText& text)
     {
         return text.isNull() ? Value() : Value{true, 0, small(text.view())};
     }
 
-    static Value valueOf(const RuleRef& row, SortKey key)
+    static Value valueOf(const rules::RuleRef& row, rules::SortKey key)
     {
-        if (const PolicyRule* policy = policyRuleIn(row)) {
-            if (key == SortKey::policyClass || key == SortKey::shownClass)
+        if (const rules::PolicyRule* policy = policyRuleIn(row)) {
+            if (key == rules::SortKey::policyClass || key == rules::SortKey::shownClass)
                 return numberValue(policy->policyClass());
-            if (key == SortKey::constraint)
+            if (key == rules::SortKey::constraint)
                 return textValue(policy->constraint());
-            if (key == SortKey::created)
+            if (key == rules::SortKey::created)
                 return numberValue(policy->created());
         } else {
-            if (key == SortKey::policyClass || key == SortKey::shownClass)
-                return numberValue(key == SortKey::shownClass ? 2 : 0);
-            if (key == SortKey::constraint || key == SortKey::created)
+            if (key == rules::SortKey::policyClass || key == rules::SortKey::shownClass)
+                return numberValue(key == rules::SortKey::shownClass ? 2 : 0);
+            if (key == rules::SortKey::constraint || key == rules::SortKey::created)
                 return {};
         }
         return askRule(row, [key](const auto& rule) { return commonValue(rule, key); });
     }
 
-    template <class Rule> static Value commonValue(const Rule& rule, SortKey key)
+    template <class Rule> static Value commonValue(const Rule& rule, rules::SortKey key)
     {
         switch (key) {
-        case SortKey::policyType:
+        case rules::SortKey::policyType:
             return numberValue(rule.policyType());
-        case SortKey::path:
+        case rules::SortKey::path:
             return textValue(rule.path());
-        case SortKey::processName:
+        case rules::SortKey::processName:
             return textValue(rule.processName());
-        case SortKey::tag:
+        case rules::SortKey::tag:
             return textValue(rule.tag());
-        case SortKey::operations:
+        case rules::SortKey::operations:
             return numberValue(rule.operations());
-        case SortKey::flags:
+        case rules::SortKey::flags:
             return numberValue(rule.flags());
-        case SortKey::sequence:
+        case rules::SortKey::sequence:
             return numberValue(rule.sequence());
-        case SortKey::system:
+        case rules::SortKey::system:
             return numberValue(rule.system() ? 1 : 0);
-        case SortKey::processShortName:
+        case rules::SortKey::processShortName:
             return textValue(rule.getProcessShortName());
         default:
             return numberValue(rule.getRuleState());
         }
     }
 
-    std::vector<WatchRulePtr>* listFor(const WatchRule&) { return &watchRules; }
-    std::vector<PolicyRulePtr>* listFor(const PolicyRule& rule)
+    std::vector<rules::WatchRulePtr>* listFor(const rules::WatchRule&) { return &watchRules; }
+    std::vector<rules::PolicyRulePtr>* listFor(const rules::PolicyRule& rule)
     {
         const std::string key = applicationGroupIdentityForRule(rule);
         const auto found = groups.find({small(key), key});
         return found == groups.end() ? nullptr : &found->second;
     }
 
-    static auto firstEqual(const PolicyRule& rule, std::vector<PolicyRulePtr>& list)
+    static auto firstEqual(const rules::PolicyRule& rule, std::vector<rules::PolicyRulePtr>& list)
     {
         return std::find_if(
             list.begin(), list.end(), [&](const auto& other) { return rule.isEqualToPolicyRule(*other); });
     }
-    static auto firstEqual(const WatchRule& rule, std::vector<WatchRulePtr>& list)
+    static auto firstEqual(const rules::WatchRule& rule, std::vector<rules::WatchRulePtr>& list)
     {
         return std::find_if(
             list.begin(), list.end(), [&](const auto& other) { return rule.isEqualToWatchRule(*other); });
     }
 
-    bool passes(const NullableText& text) const
+    bool passes(const rules::NullableText& text) const
     {
         return searchText.empty()
             || (!text.isNull() && small(text.view()).find(small(searchText)) != std::string::npos);
     }
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -8,7 +8,7 @@
 #include <functional>
 #include <thread>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -217,4 +217,4 @@ TEST(PolicyRuleEquality, NullEqualsNothingNotEvenNull)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Rules out of few values, so that rules often agree in some of their properties. The same for the same seed.
 class RandomRules {
@@ -24,21 +24,24 @@ public:
         return values[below(values.size())];
     }
 
-    NullableText path()
+    rules::NullableText path()
     {
-        return oneOf<NullableText>({"/", "/Users/", "/Users/a", "/Users/a/", "/Users/a/file", "/Users/ab",
-            "/users/A", "/Users/a/file.txt", "any", "anything", "", ".txt", ":NVRAM/x", {}});
+        return oneOf<rules::NullableText>({"/", "/Users/", "/Users/a", "/Users/a/", "/Users/a/file",
+            "/Users/ab", "/users/A", "/Users/a/file.txt", "any", "anything", "", ".txt", ":NVRAM/x", {}});
     }
-    NullableText process()
+    rules::NullableText process()
     {
-        return oneOf<NullableText>(
+        return oneOf<rules::NullableText>(
             {"/bin/a", "/bin/B", "any", "/bin/a via /bin/c", "any ancestor /bin/z", {}});
     }
-    NullableText constraint() { return oneOf<NullableText>({"", "", "", "TEAM", "team", {}}); }
-    NullableText tag() { return oneOf<NullableText>({"", "work", "Work at home", "users", {}}); }
+    rules::NullableText constraint() { return oneOf<rules::NullableText>({"", "", "", "TEAM", "team", {}}); }
+    rules::NullableText tag()
+    {
+        return oneOf<rules::NullableText>({"", "work", "Work at home", "users", {}});
+    }
     std::uint32_t operations() { return oneOf<std::uint32_t>({0, 1, 2, 3, 7, 17, 31, 256, 257}); }
 
-    PolicyRuleFields policy()
+    rules::PolicyRuleFields policy()
     {
         return {.policyClass = oneOf<std::int32_t>({0, 0, 1, 4}),
             .policyType = oneOf<std::int32_t>({0, 0, 1, 2, 4}),
@@ -52,7 +55,7 @@ public:
             .sequence = oneOf<std::int64_t>({-1, 0, 1, 2}),
             .system = below(3) == 0};
     }
-    WatchRuleFields watch()
+    rules::WatchRuleFields watch()
     {
         return {.policyType = oneOf<std::int32_t>({0, 1, 2}),
             .path = path(),
@@ -68,4 +71,4 @@ private:
     std::mt19937 m_random;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

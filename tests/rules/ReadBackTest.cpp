@@ -12,7 +12,7 @@
 
 using namespace std::string_literals;
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -43,7 +43,7 @@ bool sameRule(const WatchRuleFields& a, const WatchRuleFields& b)
 
 // Writes the rule to a file, and another rule of its kind behind it, and reads them: the rule must be there
 // as it was and the one behind it unharmed.
-template <class Fields> bool survivesAFile(const StoreSandbox& sandbox, const Fields& fields)
+template <class Fields> bool survivesAFile(const test::StoreSandbox& sandbox, const Fields& fields)
 {
     Fields behind;
     behind.path = "/the/rule/behind";
@@ -51,12 +51,12 @@ template <class Fields> bool survivesAFile(const StoreSandbox& sandbox, const Fi
     behind.operations = 1;
     std::vector<RuleRef> rules;
     if constexpr (std::is_same_v<Fields, PolicyRuleFields>)
-        rules = {policyRule(fields), policyRule(behind)};
+        rules = {test::policyRule(fields), test::policyRule(behind)};
     else
-        rules = {watchRule(fields), watchRule(behind)};
+        rules = {test::watchRule(fields), test::watchRule(behind)};
     const std::string file = sandbox.folder.path("out.quorv");
     sandbox.emptyStore()->writeToFile(file, rules);
-    const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
+    const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog());
     store->sortIndexUsingDescriptors({{SortKey::sequence}});
     const auto isThere = [&](std::size_t row, const Fields& wanted) {
         using Pointer
@@ -108,7 +108,7 @@ TEST(ReadsBackAsWritten, SaysWhatWouldBeLost)
         {"a NUL", [](auto& r) { r.path = "/a\0b"s; }, false},
         {"bytes that are no UTF-8, which lose the whole file", [](auto& r) { r.tag = "a\xFF"; }, false},
     };
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const auto& c : cases) {
         PolicyRuleFields rule{.path = "/a",
             .processName = "/bin/p",
@@ -124,8 +124,8 @@ TEST(ReadsBackAsWritten, SaysWhatWouldBeLost)
 
 TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomPolicyRules)
 {
-    RandomRules random(41);
-    const StoreSandbox sandbox;
+    test::RandomRules random(41);
+    const test::StoreSandbox sandbox;
     std::size_t surviving = 0;
     for (int round = 0; round < 1500; ++round) {
         PolicyRuleFields rule{.policyClass = random.oneOf<std::int32_t>({0, 1, 1, 2, 3, 4}),
@@ -150,8 +150,8 @@ TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomPolicyRules)
 
 TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomWatchRules)
 {
-    RandomRules random(42);
-    const StoreSandbox sandbox;
+    test::RandomRules random(42);
+    const test::StoreSandbox sandbox;
     std::size_t surviving = 0;
     for (int round = 0; round < 1500; ++round) {
         WatchRuleFields rule{.policyType = random.oneOf<std::int32_t>({0, 1, 2, 4, 5}),
@@ -173,8 +173,8 @@ TEST(ReadsBackAsWritten, AgreesWithAFileOnRandomWatchRules)
 
 TEST(RoundTrip, StoreOfWritableRulesComesBackWhole)
 {
-    RandomRules random(43);
-    const StoreSandbox sandbox;
+    test::RandomRules random(43);
+    const test::StoreSandbox sandbox;
     for (int round = 0; round < 40; ++round) {
         const auto store = sandbox.emptyStore();
         for (int left = 60; left > 0; --left) {
@@ -182,22 +182,23 @@ TEST(RoundTrip, StoreOfWritableRulesComesBackWhole)
             policy.flags = 0;
             policy.system = false;
             if (readsBackAsWritten(policy) && !store->firstEqualRule(PolicyRule(policy)))
-                store->addPolicyRule(policyRule(policy));
+                store->addPolicyRule(test::policyRule(policy));
             WatchRuleFields watch = random.watch();
             watch.flags = 0;
             watch.system = false;
             if (readsBackAsWritten(watch) && !store->firstEqualRule(WatchRule(watch)))
-                store->addWatchRule(watchRule(watch));
+                store->addWatchRule(test::watchRule(watch));
         }
         ASSERT_GT(store->totalRules(true), 5U);
         const std::string file = sandbox.folder.path("out.rc");
         ASSERT_TRUE(store->writeToFile(file));
 
-        const auto read = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
+        const auto read
+            = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog());
 
-        EXPECT_EQ(rowsAsText(*read, true), rowsAsText(*store, true));
-        EXPECT_EQ(rowsAsText(*read, true), TemporaryFolder::contents(file));
+        EXPECT_EQ(test::rowsAsText(*read, true), test::rowsAsText(*store, true));
+        EXPECT_EQ(test::rowsAsText(*read, true), test::TemporaryFolder::contents(file));
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -92,13 +92,13 @@ TEST(Redundancy, BroaderRuleOfTheSameApplicationCovers)
         {"a null path begins with nothing", keep, [](auto& r) { r.path = {}; }, false},
     };
     for (const auto& c : cases) {
-        const StoreSandbox sandbox;
+        const test::StoreSandbox sandbox;
         const auto store = sandbox.emptyStore();
         PolicyRuleFields broad = broadRule();
         c.broad(broad);
         PolicyRuleFields narrow = narrowRule();
         c.narrow(narrow);
-        const auto broader = policyRule(broad);
+        const auto broader = test::policyRule(broad);
         store->addPolicyRule(broader);
         const PolicyRule candidate(narrow);
         EXPECT_EQ(store->isRedundant(candidate), c.redundant) << c.why;
@@ -108,7 +108,7 @@ TEST(Redundancy, BroaderRuleOfTheSameApplicationCovers)
 
 TEST(Redundancy, GroupsThatIgnoreConstraintsStillCompareThem)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow prefix /Users/ \"any ancestor /bin/p\" rw \"\" TEAM\n");
     PolicyRuleFields fields = narrowRule();
     fields.processName = "any ancestor /bin/p";
@@ -120,19 +120,19 @@ TEST(Redundancy, GroupsThatIgnoreConstraintsStillCompareThem)
 
 TEST(Redundancy, RuleAloneInItsGroupIsNotRedundant)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow prefix any /bin/p rwcmx\nallow prefix /a /bin/q r\n");
 
-    EXPECT_FALSE(store->isRedundant(*policyAt(*store, 0)));
-    EXPECT_FALSE(store->isRedundant(*policyAt(*store, 1)));
+    EXPECT_FALSE(store->isRedundant(*test::policyAt(*store, 0)));
+    EXPECT_FALSE(store->isRedundant(*test::policyAt(*store, 1)));
 }
 
 TEST(Redundancy, IdenticalRulesCoverEachOther)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    const auto first = policyRule(broadRule());
-    const auto second = policyRule(broadRule());
+    const auto first = test::policyRule(broadRule());
+    const auto second = test::policyRule(broadRule());
     store->addPolicyRule(first);
     store->addPolicyRule(second);
 
@@ -142,37 +142,37 @@ TEST(Redundancy, IdenticalRulesCoverEachOther)
 
 TEST(Redundancy, IdenticalPathRulesDoNotCoverEachOther)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     PolicyRuleFields fields = broadRule();
     fields.policyType = 1;
-    const auto first = policyRule(fields);
+    const auto first = test::policyRule(fields);
     store->addPolicyRule(first);
-    store->addPolicyRule(policyRule(fields));
+    store->addPolicyRule(test::policyRule(fields));
 
     EXPECT_FALSE(store->isRedundant(*first)) << "only prefixes and wildcards cover";
 }
 
 TEST(Redundancy, FirstCoveringRuleOfTheListIsNamedNotTheNarrowest)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow prefix /Users/a/ /bin/p r\n"
                                        "allow suffix any /bin/p r\n"
                                        "allow prefix / /bin/p r\n"
                                        "allow prefix /Users/a/file /bin/p r\n");
 
     const PolicyRule candidate(narrowRule());
-    EXPECT_EQ(store->coveringRule(candidate), policyAt(*store, 0).get());
-    store->deletePolicyRule(*policyAt(*store, 0));
-    EXPECT_EQ(store->coveringRule(candidate), policyAt(*store, 0).get());
+    EXPECT_EQ(store->coveringRule(candidate), test::policyAt(*store, 0).get());
+    store->deletePolicyRule(*test::policyAt(*store, 0));
+    EXPECT_EQ(store->coveringRule(candidate), test::policyAt(*store, 0).get());
     EXPECT_EQ(store->coveringRule(candidate)->path().view(), "any");
 }
 
 TEST(Redundancy, DoesNotDependOnFilterOrSort)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow prefix /Users/ /bin/p rw\nallow path /Users/a /bin/p r\n");
-    const PolicyRulePtr narrow = policyAt(*store, 1);
+    const PolicyRulePtr narrow = test::policyAt(*store, 1);
     store->applyFilterWithString("/Users/a");
     store->sortIndexUsingDescriptors({{SortKey::path, false}});
 
@@ -181,10 +181,10 @@ TEST(Redundancy, DoesNotDependOnFilterOrSort)
 
 TEST(Redundancy, FollowsChangesOfStoredRules)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow prefix /Users/ /bin/p rw\nallow path /Users/a /bin/p r\n");
-    const PolicyRulePtr broad = policyAt(*store, 0);
-    const PolicyRulePtr narrow = policyAt(*store, 1);
+    const PolicyRulePtr broad = test::policyAt(*store, 0);
+    const PolicyRulePtr narrow = test::policyAt(*store, 1);
     ASSERT_TRUE(store->isRedundant(*narrow));
 
     broad->setPath("/Library/");
@@ -219,8 +219,8 @@ TEST(Redundancy, OfManyAlikeRulesOfSeveralProcessesTheFirstThatIsLeftCovers)
 {
     // given rules of one group, alike but for the parent of their process, of which no more than two are
     // indexed
-    Log log({});
-    RuleManager store(Locations("/nonexistent", "nobody"), log);
+    platform::Log log({});
+    RuleManager store(platform::Locations("/nonexistent", "nobody"), log);
     std::vector<PolicyRulePtr> rules;
     for (int number = 0; number < 6; ++number) {
         PolicyRuleFields fields;
@@ -240,4 +240,4 @@ TEST(Redundancy, OfManyAlikeRulesOfSeveralProcessesTheFirstThatIsLeftCovers)
     EXPECT_EQ(store.coveringRule(*rules[5]), rules[2].get());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 
 #include <climits>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 TEST(RuleCodes, ClassTextsReadBackButForWatch)
 {
@@ -143,4 +143,4 @@ TEST(BitwiseInclusive, AgreesWithABitByBitWalk)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

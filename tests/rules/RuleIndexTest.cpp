@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -19,7 +19,7 @@ using Lines = std::vector<std::string>;
 
 TEST(RuleIndex, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /1 /bin/b r\n"
                                        "allow path /2 /bin/A r\n"
                                        "watch path /w2 any r\n"
@@ -31,21 +31,21 @@ TEST(RuleIndex, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
     EXPECT_EQ(store->sortedKeys(),
         (Lines{
             "_:/bin/_:(null):", "A:/bin/A:(null):", "Any Process:Any Process:(null):", "b:/bin/b:(null):"}));
-    EXPECT_EQ(rowPaths(*store), (Lines{"/w2", "/w1", "/4", "/2", "/5", "/1", "/3"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/w2", "/w1", "/4", "/2", "/5", "/1", "/3"}));
 }
 
 TEST(RuleIndex, KeysAreOrderedByCodePointNotByLocale)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store
         = sandbox.storeOf("allow path /1 \u00C4 r\nallow path /2 z r\nallow path /3 \u00E4b r\n");
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"/2", "/1", "/3"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/2", "/1", "/3"}));
 }
 
 TEST(RuleIndex, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /2 any r\nwatch path /w any r\nallow path /1 any r\n");
     store->sortIndexUsingDescriptors({{SortKey::path}});
 
@@ -53,41 +53,41 @@ TEST(RuleIndex, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
 
     ASSERT_EQ(policies.size(), 2U);
     EXPECT_EQ(policies[0]->path().view(), "/2");
-    EXPECT_EQ(rowPaths(*store), (Lines{"/1", "/2", "/w"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/1", "/2", "/w"}));
 }
 
 TEST(RuleIndex, RowsAreTheStoredRecordsThemselves)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    const auto policy = policyRule({.path = "/a", .processName = "any"});
-    const auto watch = watchRule({.path = "/w", .processName = "any"});
+    const auto policy = test::policyRule({.path = "/a", .processName = "any"});
+    const auto watch = test::watchRule({.path = "/w", .processName = "any"});
     store->addPolicyRule(policy);
     store->addWatchRule(watch);
 
-    EXPECT_EQ(watchAt(*store, 0), watch);
-    EXPECT_EQ(policyAt(*store, 1), policy);
+    EXPECT_EQ(test::watchAt(*store, 0), watch);
+    EXPECT_EQ(test::policyAt(*store, 1), policy);
     EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(1, false)), policy);
     EXPECT_EQ(store->policyRules(), std::vector<PolicyRulePtr>{policy});
 }
 
 TEST(RuleIndex, SystemRulesAreLeftOutOfTheUsersRows)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /u1 /bin/z r\nwatch path /u2 any r\n");
     sandbox.writeSystemFile("quorvane.rc", "allow path /s1 /bin/a r\nallow path /s2 /bin/z r\n");
     const auto store = sandbox.load();
 
-    EXPECT_EQ(rowPaths(*store, true), (Lines{"/u2", "/s1", "/u1", "/s2"}));
-    EXPECT_EQ(rowPaths(*store, false), (Lines{"/u2", "/u1"}));
+    EXPECT_EQ(test::rowPaths(*store, true), (Lines{"/u2", "/s1", "/u1", "/s2"}));
+    EXPECT_EQ(test::rowPaths(*store, false), (Lines{"/u2", "/u1"}));
     store->sortIndexUsingDescriptors({{SortKey::path}});
-    EXPECT_EQ(rowPaths(*store, true), (Lines{"/s1", "/s2", "/u1", "/u2"}));
-    EXPECT_EQ(rowPaths(*store, false), (Lines{"/u1", "/u2"}));
+    EXPECT_EQ(test::rowPaths(*store, true), (Lines{"/s1", "/s2", "/u1", "/u2"}));
+    EXPECT_EQ(test::rowPaths(*store, false), (Lines{"/u1", "/u2"}));
 }
 
 TEST(RuleIndex, StoreOfSystemRulesOnlyHasNoUsersRows)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nwatch path /b any r\n", true);
 
     EXPECT_EQ(store->totalRules(false), 0U);
@@ -96,7 +96,7 @@ TEST(RuleIndex, StoreOfSystemRulesOnlyHasNoUsersRows)
 
 TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store
         = sandbox.storeOf("allow path /docs /Applications/Safari.app/Contents/MacOS/Safari r \"my tag\"\n"
                           "deny suffix .plist any w other TEAMID 1478000000\n"
@@ -124,16 +124,16 @@ TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
     };
     for (const auto& c : cases) {
         store->applyFilterWithString(c.text);
-        EXPECT_EQ(rowPaths(*store), c.rows) << c.why;
+        EXPECT_EQ(test::rowPaths(*store), c.rows) << c.why;
     }
 }
 
 TEST(RuleFilterText, NullFieldNeverContainsTheText)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
-    store->addPolicyRule(policyRule({.path = {}, .processName = {}, .tag = {}}));
-    store->addWatchRule(watchRule({.path = {}, .processName = {}}));
+    store->addPolicyRule(test::policyRule({.path = {}, .processName = {}, .tag = {}}));
+    store->addWatchRule(test::watchRule({.path = {}, .processName = {}}));
 
     store->applyFilterWithString("null");
     EXPECT_EQ(store->totalRules(true), 0U);
@@ -143,67 +143,67 @@ TEST(RuleFilterText, NullFieldNeverContainsTheText)
 
 TEST(RuleFilterText, FollowsPeoplesIdeaOfCase)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /Caf\u00E9/\u00C4 any r\nallow path /Cafe any r\n");
 
     store->applyFilterWithString("CAFE\u0301");
-    EXPECT_EQ(rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
     store->applyFilterWithString("\u00E4");
-    EXPECT_EQ(rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/Caf\u00E9/\u00C4"});
 }
 
 TEST(RuleFilterText, StaysInForceUntilItIsCleared)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a1 any r\nallow path /b any r\n");
     store->applyFilterWithString("a1");
-    store->addPolicyRule(policyRule({.path = "/a12", .processName = "any"}));
-    store->addPolicyRule(policyRule({.path = "/b2", .processName = "any"}));
+    store->addPolicyRule(test::policyRule({.path = "/a12", .processName = "any"}));
+    store->addPolicyRule(test::policyRule({.path = "/b2", .processName = "any"}));
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"/a1", "/a12"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/a1", "/a12"}));
     EXPECT_EQ(store->policyRules().size(), 2U);
     EXPECT_EQ(store->storedRules(), 4U);
-    store->deletePolicyRule(*policyAt(*store, 0));
-    EXPECT_EQ(rowPaths(*store), Lines{"/a12"});
+    store->deletePolicyRule(*test::policyAt(*store, 0));
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a12"});
     store->applyFilterWithString("");
-    EXPECT_EQ(rowPaths(*store), (Lines{"/b", "/a12", "/b2"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/b", "/a12", "/b2"}));
 }
 
 TEST(RuleFilterText, FindsARuleUnderItsNewPath)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /old any r\nallow path /other any r\n");
     store->applyFilterWithString("old");
     ASSERT_EQ(store->totalRules(true), 1U);
-    policyAt(*store, 0)->setPath("/new");
+    test::policyAt(*store, 0)->setPath("/new");
 
     store->rebuildRulesCache();
     EXPECT_EQ(store->totalRules(true), 0U);
     store->applyFilterWithString("new");
-    EXPECT_EQ(rowPaths(*store), Lines{"/new"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/new"});
 }
 
 TEST(RuleSorting, IsAppliedAgainByEveryRebuild)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nallow path /c any r\n");
     store->sortIndexUsingDescriptors({{SortKey::path, false}});
-    store->addPolicyRule(policyRule({.path = "/b", .processName = "any"}));
+    store->addPolicyRule(test::policyRule({.path = "/b", .processName = "any"}));
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"/c", "/b", "/a"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/c", "/b", "/a"}));
     store->sortIndexUsingDescriptors({});
-    EXPECT_EQ(rowPaths(*store), (Lines{"/c", "/b", "/a"})) << "nothing to sort by";
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/c", "/b", "/a"})) << "nothing to sort by";
     store->rebuildRulesCache();
-    EXPECT_EQ(rowPaths(*store), (Lines{"/a", "/c", "/b"})) << "stored order";
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/a", "/c", "/b"})) << "stored order";
 }
 
 TEST(RuleRows, KeptOnesDoNotFollowTheStore)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nallow path /b any r\n");
     const auto kept = store->rows();
 
-    store->deletePolicyRule(*policyAt(*store, 0));
+    store->deletePolicyRule(*test::policyAt(*store, 0));
     store->sortIndexUsingDescriptors({{SortKey::path, false}});
     store->applyFilterWithString("nothing");
 
@@ -214,21 +214,21 @@ TEST(RuleRows, KeptOnesDoNotFollowTheStore)
 
 TEST(RuleRows, SayWhereWantedRulesStand)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /3 any r\nallow path /1 any r\nallow path /2 any r\n");
     store->sortIndexUsingDescriptors({{SortKey::path}});
     const auto isWanted
         = [](const RuleRef& rule) { return std::get<PolicyRulePtr>(rule)->path().view() != "/2"; };
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 
-    policyAt(*store, 0)->setTag("changed"); // its former value is remembered, but is no row
+    test::policyAt(*store, 0)->setTag("changed"); // its former value is remembered, but is no row
     store->rebuildRulesCache();
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 }
 
 TEST(RuleRows, SayWhatTheyHaveInCommonWithFormerOnes)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string text = "allow path /1 any r\nallow path /2 any r\nallow path /3 any r\n";
     const auto store = sandbox.storeOf(text);
     const auto common = [&](const RuleRows& former) {
@@ -238,14 +238,14 @@ TEST(RuleRows, SayWhatTheyHaveInCommonWithFormerOnes)
     const auto whole = store->rows();
     EXPECT_EQ(common(*whole), std::pair(std::size_t{3}, std::size_t{3}));
 
-    store->deletePolicyRule(*policyAt(*store, 1));
+    store->deletePolicyRule(*test::policyAt(*store, 1));
     EXPECT_EQ(common(*whole), std::pair(std::size_t{1}, std::size_t{1}));
     EXPECT_EQ(common(*sandbox.storeOf(text)->rows()), std::pair(std::size_t{0}, std::size_t{0}));
 
     const auto two = store->rows();
-    policyAt(*store, 0)->setTag("changed");
+    test::policyAt(*store, 0)->setTag("changed");
     store->rebuildRulesCache();
     EXPECT_EQ(common(*two), std::pair(std::size_t{0}, std::size_t{1}));
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

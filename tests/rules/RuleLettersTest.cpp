@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 TEST(RuleLetters, FlagsOfAPolicyRuleShowTheFirstBitOnly)
 {
@@ -36,4 +36,4 @@ TEST(RuleLetters, OperationsOfEitherKindAreItsLetters)
     EXPECT_EQ(operationsForRule(WatchRule()), "");
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -264,4 +264,4 @@ TEST(WrittenPart, LosesAByteForEachByteThatIsNoUtf16Unit)
         EXPECT_EQ(writtenPart(c.line), c.written) << c.why;
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -11,30 +11,30 @@
 
 // Lists of rules as tests of differences and merges write and compare them.
 
-namespace quorvane {
+namespace quorvane::test {
 
-using RuleValues = std::vector<RuleValue>;
+using RuleValues = std::vector<rules::RuleValue>;
 
 // "a", "a:tag" or "a:tag@7": a policy rule on that path; "w…" is a watch rule.
-inline RuleValue namedRule(const std::string& text)
+inline rules::RuleValue namedRule(const std::string& text)
 {
     const std::size_t at = std::min(text.find('@'), text.size());
     const std::size_t colon = std::min(text.find(':'), at);
     const std::string tag = colon < at ? text.substr(colon + 1, at - colon - 1) : "";
-    const NullableText path = text.substr(0, colon);
+    const rules::NullableText path = text.substr(0, colon);
     if (text.starts_with('w'))
         return makeRuleValue(
-            WatchRuleFields{.path = path, .processName = "any", .tag = tag, .operations = 1});
-    return makeRuleValue(PolicyRuleFields{.path = path,
+            rules::WatchRuleFields{.path = path, .processName = "any", .tag = tag, .operations = 1});
+    return makeRuleValue(rules::PolicyRuleFields{.path = path,
         .processName = "any",
         .tag = tag,
         .operations = 1,
         .created = at < text.size() ? std::stoull(text.substr(at + 1)) : 0});
 }
 
-inline RuleValues namedRules(const std::string& text)
+inline test::RuleValues namedRules(const std::string& text)
 {
-    RuleValues rules;
+    test::RuleValues rules;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find(' ', at), text.size());
         rules.push_back(namedRule(text.substr(at, end - at)));
@@ -43,7 +43,7 @@ inline RuleValues namedRules(const std::string& text)
     return rules;
 }
 
-inline std::string nameOf(const RuleValue& rule)
+inline std::string nameOf(const rules::RuleValue& rule)
 {
     std::string name(askValue(rule, [](const auto& fields) { return fields.path.view(); }));
     if (!tagOf(rule).view().empty())
@@ -51,16 +51,16 @@ inline std::string nameOf(const RuleValue& rule)
     return createdOf(rule) == 0 ? name : name + "@" + std::to_string(createdOf(rule));
 }
 
-inline std::string namesOf(const RuleValues& rules)
+inline std::string namesOf(const test::RuleValues& rules)
 {
     std::string names;
-    for (const RuleValue& rule : rules)
+    for (const rules::RuleValue& rule : rules)
         names += (names.empty() ? "" : " ") + nameOf(rule);
     return names;
 }
 
 // Rules out of few, watch rules first, as a file is written.
-inline RuleValues randomRuleList(RandomRules& random, std::size_t most)
+inline test::RuleValues randomRuleList(RandomRules& random, std::size_t most)
 {
     std::vector<std::string> names;
     for (std::size_t left = random.below(most + 1); left > 0; --left) {
@@ -70,10 +70,10 @@ inline RuleValues randomRuleList(RandomRules& random, std::size_t most)
     }
     std::stable_partition(
         names.begin(), names.end(), [](const std::string& name) { return name.starts_with('w'); });
-    RuleValues rules;
+    test::RuleValues rules;
     for (const std::string& name : names)
         rules.push_back(namedRule(name));
     return rules;
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -40,7 +40,7 @@ std::vector<RuleRef> rulesOnPaths(const std::vector<NullableText>& paths)
 {
     std::vector<RuleRef> rules;
     for (const NullableText& path : paths)
-        rules.emplace_back(policyRule({.path = path, .processName = "any"}));
+        rules.emplace_back(test::policyRule({.path = path, .processName = "any"}));
     return rules;
 }
 
@@ -88,24 +88,24 @@ TEST(RuleSort, NumbersCompareAsNumbers)
 {
     std::vector<RuleRef> rules;
     for (const std::uint64_t created : {10U, 9U, 100U})
-        rules.emplace_back(policyRule({.path = "/", .processName = "any", .created = created}));
-    rules.emplace_back(policyRule({.path = "/", .processName = "any", .created = UINT64_MAX}));
-    rules.emplace_back(watchRule({.path = "/", .processName = "any"}));
+        rules.emplace_back(test::policyRule({.path = "/", .processName = "any", .created = created}));
+    rules.emplace_back(test::policyRule({.path = "/", .processName = "any", .created = UINT64_MAX}));
+    rules.emplace_back(test::watchRule({.path = "/", .processName = "any"}));
 
     EXPECT_EQ(sorted(rules, {{SortKey::created}}), (Order{4, 1, 0, 2, 3})) << "watch rules have none";
     EXPECT_EQ(sorted(rules, {{SortKey::created, false}}), (Order{3, 2, 0, 1, 4}));
 
     std::vector<RuleRef> signedRules;
     for (const std::int64_t sequence : {1, -1, 0})
-        signedRules.emplace_back(watchRule({.path = "/", .processName = "any", .sequence = sequence}));
+        signedRules.emplace_back(test::watchRule({.path = "/", .processName = "any", .sequence = sequence}));
     EXPECT_EQ(sorted(signedRules, {{SortKey::sequence}}), (Order{1, 2, 0}));
 }
 
 TEST(RuleSort, ClassOfAWatchRuleIsZeroAsPropertyAndTwoAsShown)
 {
-    const std::vector<RuleRef> rules{policyRule({.policyClass = 1, .path = "/", .processName = "any"}),
-        watchRule({.path = "/", .processName = "any"}),
-        policyRule({.policyClass = 0, .path = "/", .processName = "any"})};
+    const std::vector<RuleRef> rules{test::policyRule({.policyClass = 1, .path = "/", .processName = "any"}),
+        test::watchRule({.path = "/", .processName = "any"}),
+        test::policyRule({.policyClass = 0, .path = "/", .processName = "any"})};
 
     EXPECT_EQ(sorted(rules, {{SortKey::policyClass}}), (Order{1, 2, 0}));
     EXPECT_EQ(sorted(rules, {{SortKey::shownClass}}), (Order{2, 0, 1}));
@@ -115,7 +115,7 @@ TEST(RuleSort, LaterDescriptorsBreakTies)
 {
     std::vector<RuleRef> rules;
     for (const char* names : {"b1", "a1", "b2", "a2", "a1"}) {
-        rules.emplace_back(policyRule({.path = std::string_view(names).substr(0, 1),
+        rules.emplace_back(test::policyRule({.path = std::string_view(names).substr(0, 1),
             .processName = std::string_view(names).substr(1)}));
     }
 
@@ -141,14 +141,14 @@ TEST(RuleSort, SortsOnlyTheNumbersGiven)
 
 TEST(RuleSort, AgreesWithAStableSortOnRandomRules)
 {
-    RandomRules random(31);
+    test::RandomRules random(31);
     for (int round = 0; round < 300; ++round) {
         std::vector<RuleRef> rules;
         for (std::size_t left = random.below(80); left > 0; --left) {
             if (random.below(4) == 0)
-                rules.emplace_back(watchRule(random.watch()));
+                rules.emplace_back(test::watchRule(random.watch()));
             else
-                rules.emplace_back(policyRule(random.policy()));
+                rules.emplace_back(test::policyRule(random.policy()));
         }
         std::vector<SortDescriptor> descriptors;
         for (std::size_t left = random.below(5); left > 0; --left)
@@ -162,14 +162,14 @@ TEST(RuleSort, AgreesWithAStableSortOnRandomRules)
 
         Order expected = order;
         std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t a, std::uint32_t b) {
-            return PlainStore::standsBefore(rules[a], rules[b], descriptors);
+            return test::PlainStore::standsBefore(rules[a], rules[b], descriptors);
         });
         sortRules(order, tableOf(rules), descriptors);
         ASSERT_EQ(order, expected) << "round " << round;
         for (std::size_t place = 1; place < order.size(); ++place) {
             const RuleRef& before = rules[order[place - 1]];
             const RuleRef& behind = rules[order[place]];
-            const bool ties = !PlainStore::standsBefore(before, behind, descriptors);
+            const bool ties = !test::PlainStore::standsBefore(before, behind, descriptors);
             ASSERT_EQ(compareRules(before, behind, descriptors) == 0, ties);
             ASSERT_EQ(compareRules(before, behind, descriptors) < 0, !ties);
             ASSERT_EQ(compareRules(behind, before, descriptors) > 0, !ties);
@@ -179,7 +179,7 @@ TEST(RuleSort, AgreesWithAStableSortOnRandomRules)
 
 TEST(RuleSort, AgreesWithAStableSortOnLongTexts)
 {
-    RandomRules random(32);
+    test::RandomRules random(32);
     for (int round = 0; round < 200; ++round) {
         std::vector<NullableText> paths;
         for (int left = 60; left > 0; --left) {
@@ -193,10 +193,10 @@ TEST(RuleSort, AgreesWithAStableSortOnLongTexts)
         Order expected(rules.size());
         std::iota(expected.begin(), expected.end(), 0U);
         std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t a, std::uint32_t b) {
-            return PlainStore::standsBefore(rules[a], rules[b], descriptors);
+            return test::PlainStore::standsBefore(rules[a], rules[b], descriptors);
         });
         ASSERT_EQ(sorted(rules, descriptors), expected) << "round " << round;
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -5,24 +5,25 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
 std::string shown(const RulesDifference& difference)
 {
-    std::string text = "+ " + namesOf(difference.added) + " | - " + namesOf(difference.removed) + " |";
+    std::string text
+        = "+ " + test::namesOf(difference.added) + " | - " + test::namesOf(difference.removed) + " |";
     for (const auto& [before, after] : difference.changed)
-        text += " " + nameOf(before) + "=>" + nameOf(after);
+        text += " " + test::nameOf(before) + "=>" + test::nameOf(after);
     return text;
 }
 
 std::string differenceOf(const std::string& before, const std::string& after)
 {
-    return shown(rulesDifference(namedRules(before), namedRules(after)));
+    return shown(rulesDifference(test::namedRules(before), test::namedRules(after)));
 }
 
-bool holdsEqual(const RuleValues& rules, const RuleValue& rule)
+bool holdsEqual(const test::RuleValues& rules, const RuleValue& rule)
 {
     return std::any_of(
         rules.begin(), rules.end(), [&](const RuleValue& other) { return isEqualRule(rule, other); });
@@ -70,10 +71,10 @@ TEST(RulesDifference, TakesARuleWithoutAPathForTheSameOnlyWhereItIsTheSameValue)
 
 TEST(RulesDifference, AgreesWithAWalkOfBothLists)
 {
-    RandomRules random(61);
+    test::RandomRules random(61);
     for (int round = 0; round < 1500; ++round) {
-        const RuleValues before = randomRuleList(random, 9);
-        const RuleValues after = randomRuleList(random, 9);
+        const test::RuleValues before = randomRuleList(random, 9);
+        const test::RuleValues after = randomRuleList(random, 9);
         RulesDifference expected;
         for (std::size_t i = 0; i < after.size(); ++i) {
             if (holdsEqual({after.begin(), after.begin() + static_cast<std::ptrdiff_t>(i)}, after[i]))
@@ -90,8 +91,8 @@ TEST(RulesDifference, AgreesWithAWalkOfBothLists)
                 expected.removed.push_back(rule);
         }
         ASSERT_EQ(shown(rulesDifference(before, after)), shown(expected))
-            << namesOf(before) << " to " << namesOf(after);
+            << test::namesOf(before) << " to " << test::namesOf(after);
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

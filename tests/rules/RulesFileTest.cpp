@@ -17,7 +17,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -30,21 +30,21 @@ constexpr milliseconds ample{60'000}; // longer than any test lasts
 
 class RulesFileTextTest : public testing::Test {
 protected:
-    FileIdentity present() const
+    platform::FileIdentity present() const
     {
         std::error_code error;
-        return FileIdentity::ofPath(path, error).value();
+        return platform::FileIdentity::ofPath(path, error).value();
     }
     int readErrorFrom(int firstFailing) const
     {
-        const SystemCallHook hook(
-            SystemCall::read, failing(EIO, [=](int number) { return number >= firstFailing; }));
+        const test::SystemCallHook hook(
+            test::SystemCall::read, test::failing(EIO, [=](int number) { return number >= firstFailing; }));
         const RulesFileText text = RulesFileText::read(path);
         return text.errorMessage() == "Failed to read() file '" + path + "': Input/output error (5)" ? EIO
                                                                                                      : 0;
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("rules", oneRule);
 };
 
@@ -84,7 +84,7 @@ TEST_F(RulesFileTextTest, KnowsThatThereIsNoFile)
     const RulesFileText read = RulesFileText::read(path);
 
     EXPECT_TRUE(read.isNothing());
-    EXPECT_EQ(read.identity(), FileIdentity::missing());
+    EXPECT_EQ(read.identity(), platform::FileIdentity::missing());
     EXPECT_EQ(read.unreadReason(), std::nullopt);
 }
 
@@ -108,8 +108,8 @@ TEST_F(RulesFileTextTest, FailsWhereTheFileCannotBeLookedAt)
     const std::string below = folder.path("loop/rules");
     EXPECT_EQ(messageOf(below), expected(below, "Too many levels of symbolic links (40)"));
     EXPECT_EQ(messageOf(path + "/below"), expected(path + "/below", "Not a directory (20)"));
-    EXPECT_EQ(
-        answerOfChild([&] { return becomeOrdinaryUser() ? messageOf(closed) : std::string("still root"); }),
+    EXPECT_EQ(test::answerOfChild(
+                  [&] { return test::becomeOrdinaryUser() ? messageOf(closed) : std::string("still root"); }),
         expected(closed, "Permission denied (13)"));
 }
 
@@ -117,7 +117,7 @@ TEST_F(RulesFileTextTest, IsNothingAtOnceForAPipeWithAWriterAndADevice)
 {
     const std::string pipe = folder.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const FileDescriptor both(open(pipe.c_str(), O_RDWR));
+    const platform::FileDescriptor both(open(pipe.c_str(), O_RDWR));
     ASSERT_EQ(::write(both.get(), "text", 4), 4);
 
     EXPECT_TRUE(RulesFileText::read(pipe).isNothing());
@@ -129,10 +129,10 @@ TEST_F(RulesFileTextTest, WaitsForAWriterThatHoldsTheLockAlsoWhereTheFileIsEmpty
 {
     for (const char* before : {"deny path", ""}) {
         folder.write("rules", before);
-        FileLock lock = FileLock::take(path, LockMode::exclusive, never);
+        platform::FileLock lock = platform::FileLock::take(path, platform::LockMode::exclusive, never);
         std::thread writer([&] {
             folder.write("rules", otherRules);
-            lock = FileLock();
+            lock = platform::FileLock();
         });
         const RulesFileText read = RulesFileText::read(path, ample);
         writer.join();
@@ -146,8 +146,8 @@ TEST_F(RulesFileTextTest, IsNothingWithoutAFailureWhenItIsEmptyAndMayNotBeOpened
     folder.write("rules", "");
     std::filesystem::permissions(folder.path(), static_cast<std::filesystem::perms>(0755));
     std::filesystem::permissions(path, std::filesystem::perms::none);
-    const std::string answer = answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    const std::string answer = test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         const RulesFileText read = RulesFileText::read(path);
         return std::string(read.isNothing() ? "nothing, " : "") + read.errorMessage().value_or("no failure");
@@ -157,7 +157,7 @@ TEST_F(RulesFileTextTest, IsNothingWithoutAFailureWhenItIsEmptyAndMayNotBeOpened
 
 TEST_F(RulesFileTextTest, IsReadWithoutTheLockWhenThatIsNotHadInTime)
 {
-    const FileLock lock = FileLock::take(path, LockMode::exclusive, never);
+    const platform::FileLock lock = platform::FileLock::take(path, platform::LockMode::exclusive, never);
 
     EXPECT_EQ(RulesFileText::read(path, never).text(), oneRule);
     EXPECT_EQ(RulesFileText::read(path, lock).text(), oneRule) << "its holder need not wait";
@@ -166,12 +166,12 @@ TEST_F(RulesFileTextTest, IsReadWithoutTheLockWhenThatIsNotHadInTime)
 TEST_F(RulesFileTextTest, LeavesNoLockBehind)
 {
     EXPECT_EQ(RulesFileText::read(path).text(), oneRule);
-    EXPECT_TRUE(FileLock::take(path, LockMode::exclusive, never).isHeld());
+    EXPECT_TRUE(platform::FileLock::take(path, platform::LockMode::exclusive, never).isHeld());
 }
 
 TEST_F(RulesFileTextTest, IsReadAgainWhenTheFileChangedMeanwhile)
 {
-    const SystemCallHook hook(SystemCall::read, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::read, [&](int number) -> std::optional<ssize_t> {
         if (number == 0)
             folder.write("rules", otherRules);
         return std::nullopt;
@@ -186,24 +186,24 @@ TEST_F(RulesFileTextTest, IsReadAgainWhenTheFileWasReplacedOrRemovedMeanwhile)
 {
     folder.write("new", otherRules);
     {
-        const SystemCallHook hook(SystemCall::read, [&](int number) -> std::optional<ssize_t> {
+        const test::SystemCallHook hook(test::SystemCall::read, [&](int number) -> std::optional<ssize_t> {
             if (number == 0)
                 std::filesystem::rename(folder.path("new"), path);
             return std::nullopt;
         });
         EXPECT_EQ(RulesFileText::read(path).text(), otherRules);
     }
-    const SystemCallHook hook(SystemCall::read, [&](int) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::read, [&](int) -> std::optional<ssize_t> {
         std::filesystem::remove(path);
         return std::nullopt;
     });
-    EXPECT_EQ(RulesFileText::read(path).identity(), FileIdentity::missing());
+    EXPECT_EQ(RulesFileText::read(path).identity(), platform::FileIdentity::missing());
 }
 
 TEST_F(RulesFileTextTest, IsReadAgainWhenTheFileWasCutMeanwhileAndLeavesNothingOpen)
 {
     const int before = openDescriptors();
-    const SystemCallHook hook(SystemCall::read, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::read, [&](int number) -> std::optional<ssize_t> {
         if (number == 0)
             std::filesystem::resize_file(path, 6);
         return std::nullopt;
@@ -216,7 +216,7 @@ TEST_F(RulesFileTextTest, IsReadAgainWhenTheFileWasCutMeanwhileAndLeavesNothingO
 TEST_F(RulesFileTextTest, OfAFileThatNeverRestsIsTakenAsItWasLast)
 {
     int readings = 0;
-    const SystemCallHook hook(SystemCall::read, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::read, [&](int number) -> std::optional<ssize_t> {
         readings = number;
         folder.write("rules", oneRule + std::string(static_cast<std::size_t>(number) + 1, '\n'));
         return std::nullopt;
@@ -230,7 +230,8 @@ TEST_F(RulesFileTextTest, OfAFileThatNeverRestsIsTakenAsItWasLast)
 
 TEST_F(RulesFileTextTest, IsNotStoppedByASignal)
 {
-    const SystemCallHook hook(SystemCall::read, failing(EINTR, [](int number) { return number < 3; }));
+    const test::SystemCallHook hook(
+        test::SystemCall::read, test::failing(EINTR, [](int number) { return number < 3; }));
     EXPECT_EQ(RulesFileText::read(path).text(), oneRule);
 }
 
@@ -239,7 +240,7 @@ TEST_F(RulesFileTextTest, FailsOnAnErrorAndLeavesTheDescriptorOpenWithoutItsLock
     const int before = openDescriptors();
     EXPECT_EQ(readErrorFrom(0), EIO);
     EXPECT_EQ(openDescriptors(), before + 1) << "deliberate";
-    EXPECT_TRUE(FileLock::take(path, LockMode::exclusive, never).isHeld());
+    EXPECT_TRUE(platform::FileLock::take(path, platform::LockMode::exclusive, never).isHeld());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

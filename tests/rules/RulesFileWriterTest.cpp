@@ -15,7 +15,7 @@
 
 #include <sys/resource.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -38,9 +38,9 @@ protected:
     {
         return "Failed write() operation on file '" + path + "' " + reason;
     }
-    std::string contents() const { return TemporaryFolder::contents(path); }
+    std::string contents() const { return test::TemporaryFolder::contents(path); }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("rules");
     RulesContent content;
     const std::string whole = lineAbout("/a") + lineAbout("/b") + lineAbout("/c");
@@ -67,7 +67,7 @@ TEST(RulesContent, IsTheSameHoweverMuchWasExpected)
 TEST_F(RulesFileWriter, WritesEverythingWithOneCall)
 {
     int calls = 0;
-    const SystemCallHook hook(SystemCall::write, [&](int) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::write, [&](int) -> std::optional<ssize_t> {
         ++calls;
         return std::nullopt;
     });
@@ -84,7 +84,7 @@ TEST_F(RulesFileWriter, SaysWhichFileItLeft)
 {
     std::error_code error;
     const WriteResult result = writeRulesFile(path, content);
-    EXPECT_EQ(result.identity, FileIdentity::ofPath(path, error));
+    EXPECT_EQ(result.identity, platform::FileIdentity::ofPath(path, error));
 }
 
 TEST_F(RulesFileWriter, KeepsTheOldContentsUntilTheyAreWrittenOver)
@@ -92,7 +92,7 @@ TEST_F(RulesFileWriter, KeepsTheOldContentsUntilTheyAreWrittenOver)
     const std::string old(1000, 'x');
     folder.write("rules", old);
     std::string atWrite;
-    const SystemCallHook hook(SystemCall::write, [&](int) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::write, [&](int) -> std::optional<ssize_t> {
         atWrite = contents();
         return std::nullopt;
     });
@@ -112,7 +112,7 @@ TEST_F(RulesFileWriter, OfNoRulesLeavesAnEmptyFile)
 TEST_F(RulesFileWriter, SyncsTheFileAndTheFolderOfANewOne)
 {
     int syncs = 0;
-    const SystemCallHook hook(SystemCall::fsync, [&](int) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::fsync, [&](int) -> std::optional<ssize_t> {
         ++syncs;
         return std::nullopt;
     });
@@ -124,7 +124,8 @@ TEST_F(RulesFileWriter, SyncsTheFileAndTheFolderOfANewOne)
 
 TEST_F(RulesFileWriter, RepeatsACallThatASignalInterrupted)
 {
-    const SystemCallHook hook(SystemCall::write, failing(EINTR, [](int number) { return number < 3; }));
+    const test::SystemCallHook hook(
+        test::SystemCall::write, test::failing(EINTR, [](int number) { return number < 3; }));
     EXPECT_EQ(writeRulesFile(path, content).message, std::nullopt);
     EXPECT_EQ(contents(), whole);
 }
@@ -135,7 +136,7 @@ TEST_F(RulesFileWriter, GoesOnAfterACallThatWroteLess)
     const rlimit limited{ruleLength + 5, RLIM_INFINITY};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
     // Room is made after the first call, which wrote as much as was allowed.
-    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::write, [&](int number) -> std::optional<ssize_t> {
         if (number == 1)
             setrlimit(RLIMIT_FSIZE, &unlimited);
         return std::nullopt;
@@ -153,7 +154,7 @@ TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
     const rlimit limited{ruleLength + 5, RLIM_INFINITY};
     const auto before = std::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::write, [&](int number) -> std::optional<ssize_t> {
         if (number == 2)
             setrlimit(RLIMIT_FSIZE, &unlimited);
         return std::nullopt;
@@ -168,7 +169,8 @@ TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
 
 TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
 {
-    const SystemCallHook hook(SystemCall::write, failing(ENOSPC, [](int number) { return number == 0; }));
+    const test::SystemCallHook hook(
+        test::SystemCall::write, test::failing(ENOSPC, [](int number) { return number == 0; }));
     const WriteResult result = writeRulesFile(path, content);
 
     EXPECT_TRUE(result.opened);
@@ -179,7 +181,7 @@ TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
 TEST_F(RulesFileWriter, RemembersTheLastFailureAndCutsTheFileToWhatWasWritten)
 {
     folder.write("rules", std::string(1000, 'x'));
-    const SystemCallHook hook(SystemCall::write, [&](int number) -> std::optional<ssize_t> {
+    const test::SystemCallHook hook(test::SystemCall::write, [&](int number) -> std::optional<ssize_t> {
         errno = number == 0 ? ENOSPC : EIO;
         return number < 2 ? std::optional<ssize_t>(-1) : std::nullopt;
     });
@@ -190,7 +192,7 @@ TEST_F(RulesFileWriter, RemembersTheLastFailureAndCutsTheFileToWhatWasWritten)
 
 TEST_F(RulesFileWriter, EndsAlsoWhereNothingIsWrittenAndNoReasonGiven)
 {
-    const SystemCallHook hook(SystemCall::write, [](int) { return std::optional<ssize_t>(0); });
+    const test::SystemCallHook hook(test::SystemCall::write, [](int) { return std::optional<ssize_t>(0); });
     EXPECT_EQ(writeRulesFile(path, content).message, failure("Input/output error (5)"));
     EXPECT_EQ(contents(), "");
 }
@@ -198,15 +200,15 @@ TEST_F(RulesFileWriter, EndsAlsoWhereNothingIsWrittenAndNoReasonGiven)
 TEST_F(RulesFileWriter, TellsWhatFailsBesidesYetHasWritten)
 {
     const struct {
-        SystemCall call;
+        test::SystemCall call;
         const char* warning;
     } cases[] = {
-        {SystemCall::fsync, "Failed to sync file '"},
-        {SystemCall::fchmod, "Failed to set the permissions of file '"},
+        {test::SystemCall::fsync, "Failed to sync file '"},
+        {test::SystemCall::fchmod, "Failed to set the permissions of file '"},
     };
     writeRulesFile(path, content);
     for (const auto& c : cases) {
-        const SystemCallHook hook(c.call, failing(EIO, [](int) { return true; }));
+        const test::SystemCallHook hook(c.call, test::failing(EIO, [](int) { return true; }));
         const WriteResult result = writeRulesFile(path, content);
         EXPECT_TRUE(result.opened);
         EXPECT_EQ(result.message, std::nullopt);
@@ -218,7 +220,8 @@ TEST_F(RulesFileWriter, TellsWhatFailsBesidesYetHasWritten)
 TEST_F(RulesFileWriter, FailsWhereOldBytesStayBehindTheNewOnes)
 {
     const std::string old(1000, 'x');
-    const SystemCallHook hook(SystemCall::ftruncate, failing(EIO, [](int) { return true; }));
+    const test::SystemCallHook hook(
+        test::SystemCall::ftruncate, test::failing(EIO, [](int) { return true; }));
     const std::string reason = "Failed to cut to its length file '" + path + "': Input/output error (5)";
 
     folder.write("rules", old);
@@ -239,7 +242,8 @@ TEST_F(RulesFileWriter, FailsWhereOldBytesStayBehindTheNewOnes)
 TEST_F(RulesFileWriter, TellsThatClosingFailedButNotThatASignalCame)
 {
     const auto closing = [&](int error) {
-        const SystemCallHook hook(SystemCall::close, failing(error, [](int) { return true; }));
+        const test::SystemCallHook hook(
+            test::SystemCall::close, test::failing(error, [](int) { return true; }));
         return writeRulesFile(path, content).warnings;
     };
     writeRulesFile(path, content);
@@ -271,11 +275,12 @@ TEST_F(RulesFileWriter, KnowsWhereEachRuleEnds)
 
 TEST(RuleManagerWriting, TellsWarningsUntilTheNextWrite)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\n");
     const std::string path = sandbox.folder.path("out");
     {
-        const SystemCallHook hook(SystemCall::fchmod, failing(EPERM, [](int) { return true; }));
+        const test::SystemCallHook hook(
+            test::SystemCall::fchmod, test::failing(EPERM, [](int) { return true; }));
         EXPECT_TRUE(store->writeToFile(path));
     }
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
@@ -285,4 +290,4 @@ TEST(RuleManagerWriting, TellsWarningsUntilTheNextWrite)
     EXPECT_EQ(store->writeWarnings(), Strings());
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
 constexpr auto merging = Placement::endOfKind;
 constexpr auto undoing = Placement::startOfKind;
 
-RuleValues rulesOf(const MergeResult& result)
+test::RuleValues rulesOf(const MergeResult& result)
 {
-    RuleValues rules;
+    test::RuleValues rules;
     for (const MergedRule& rule : result.rules)
         rules.push_back(rule.rule);
     return rules;
@@ -27,7 +27,8 @@ RuleValues rulesOf(const MergeResult& result)
 std::string mergedRules(const std::string& base, const std::string& ours, const std::string& theirs,
     Placement placement = merging)
 {
-    return namesOf(rulesOf(mergeRules(namedRules(base), namedRules(ours), namedRules(theirs), placement)));
+    return test::namesOf(rulesOf(
+        mergeRules(test::namedRules(base), test::namedRules(ours), test::namedRules(theirs), placement)));
 }
 
 std::string reportsOf(const std::string& base, const std::string& ours, const std::string& theirs)
@@ -35,49 +36,51 @@ std::string reportsOf(const std::string& base, const std::string& ours, const st
     constexpr const char* kinds[] = {"tag set: ", "kept: ", "added: "};
     std::string text;
     for (const MergeReport& report :
-        mergeRules(namedRules(base), namedRules(ours), namedRules(theirs)).reports)
-        text += kinds[report.kind] + nameOf(report.kept) + " not " + nameOf(report.other) + "; ";
+        mergeRules(test::namedRules(base), test::namedRules(ours), test::namedRules(theirs)).reports)
+        text += kinds[report.kind] + test::nameOf(report.kept) + " not " + test::nameOf(report.other) + "; ";
     return text;
 }
 
 // How often each rule stands, without its tag and time.
-std::map<std::string, std::size_t> countsOf(const RuleValues& rules)
+std::map<std::string, std::size_t> countsOf(const test::RuleValues& rules)
 {
     std::map<std::string, std::size_t> counts;
     for (const RuleValue& rule : rules)
-        ++counts[nameOf(withMarks(rule, namedRule("x"), namedRule("x")))];
+        ++counts[test::nameOf(withMarks(rule, test::namedRule("x"), test::namedRule("x")))];
     return counts;
 }
 
-std::vector<std::string> sortedNames(const RuleValues& rules)
+std::vector<std::string> sortedNames(const test::RuleValues& rules)
 {
     std::vector<std::string> names;
     for (const RuleValue& rule : rules)
-        names.push_back(nameOf(rule));
+        names.push_back(test::nameOf(rule));
     std::sort(names.begin(), names.end());
     return names;
 }
 
-RuleValues withoutTimes(RuleValues rules)
+test::RuleValues withoutTimes(test::RuleValues rules)
 {
     for (RuleValue& rule : rules)
-        rule = withMarks(rule, rule, namedRule("x"));
+        rule = withMarks(rule, rule, test::namedRule("x"));
     return rules;
 }
 
 // `rules` after some changes of one side.
-RuleValues edited(RandomRules& random, RuleValues rules)
+test::RuleValues edited(test::RandomRules& random, test::RuleValues rules)
 {
     for (std::size_t left = random.below(4); left > 0; --left) {
         const std::size_t at = random.below(rules.size() + 1);
         const auto place = rules.begin() + static_cast<std::ptrdiff_t>(at);
-        const RuleValue other = randomRuleList(random, 9).empty() ? namedRule("g:z") : namedRule("a:x");
+        const RuleValue other
+            = randomRuleList(random, 9).empty() ? test::namedRule("g:z") : test::namedRule("a:x");
         if (at == rules.size() || random.below(3) == 0)
-            rules.insert(place, random.oneOf<RuleValue>({other, namedRule("h"), namedRule("w4")}));
+            rules.insert(
+                place, random.oneOf<RuleValue>({other, test::namedRule("h"), test::namedRule("w4")}));
         else if (random.below(2) == 0)
             rules.erase(place);
         else
-            *place = withMarks(*place, namedRule("a:new"), *place);
+            *place = withMarks(*place, test::namedRule("a:new"), *place);
     }
     std::stable_partition(rules.begin(), rules.end(),
         [](const RuleValue& rule) { return std::holds_alternative<WatchValue>(rule); });
@@ -164,10 +167,10 @@ TEST(MergeRules, CountEqualRulesOneByOne)
 
 TEST(MergeRules, NameTheRuleOfOursThatEachIs)
 {
-    const RuleValues ours = namedRules("a b:x c");
-    const MergeResult result = mergeRules(namedRules("a b c"), ours, namedRules("d a@9 c"));
+    const test::RuleValues ours = test::namedRules("a b:x c");
+    const MergeResult result = mergeRules(test::namedRules("a b c"), ours, test::namedRules("d a@9 c"));
 
-    ASSERT_EQ(namesOf(rulesOf(result)), "a@9 b:x c d");
+    ASSERT_EQ(test::namesOf(rulesOf(result)), "a@9 b:x c d");
     EXPECT_EQ(result.rules[0].ours, 0U);
     EXPECT_EQ(result.rules[1].ours, 1U);
     EXPECT_EQ(result.rules[1].rule, ours[1]); // the very value, where nothing changes
@@ -202,10 +205,10 @@ TEST(MergeRules, UndoKeepsWhatOthersDidMeanwhile)
 
 TEST(MergeRules, SayWhichRulesAnUndoMoves)
 {
-    const MergeResult result
-        = mergeRules(namedRules("a c b"), namedRules("a c b"), namedRules("a b c"), undoing);
+    const MergeResult result = mergeRules(
+        test::namedRules("a c b"), test::namedRules("a c b"), test::namedRules("a b c"), undoing);
 
-    ASSERT_EQ(namesOf(rulesOf(result)), "a b c");
+    ASSERT_EQ(test::namesOf(rulesOf(result)), "a b c");
     EXPECT_EQ(std::count_if(
                   result.rules.begin(), result.rules.end(), [](const auto& rule) { return rule.isMoved; }),
         1);
@@ -216,19 +219,20 @@ TEST(MergeRules, SayWhichRulesAnUndoMoves)
 
 TEST(MergeRules, OfOneSideAloneIsThatSide)
 {
-    RandomRules random(71);
+    test::RandomRules random(71);
     for (int round = 0; round < 1500; ++round) {
-        const RuleValues base = randomRuleList(random, 9);
-        const RuleValues other = random.below(2) == 0 ? edited(random, base) : randomRuleList(random, 9);
+        const test::RuleValues base = randomRuleList(random, 9);
+        const test::RuleValues other
+            = random.below(2) == 0 ? edited(random, base) : randomRuleList(random, 9);
         for (const Placement placement : {merging, undoing}) {
             const MergeResult ours = mergeRules(base, other, base, placement);
-            ASSERT_EQ(namesOf(rulesOf(ours)), namesOf(other)) << namesOf(base);
+            ASSERT_EQ(test::namesOf(rulesOf(ours)), test::namesOf(other)) << test::namesOf(base);
             ASSERT_TRUE(ours.reports.empty());
             const MergeResult both = mergeRules(base, other, other, placement);
-            ASSERT_EQ(namesOf(rulesOf(both)), namesOf(other)) << namesOf(base);
+            ASSERT_EQ(test::namesOf(rulesOf(both)), test::namesOf(other)) << test::namesOf(base);
             ASSERT_TRUE(both.reports.empty());
             const MergeResult theirs = mergeRules(base, base, other, placement);
-            ASSERT_EQ(sortedNames(rulesOf(theirs)), sortedNames(other)) << namesOf(base);
+            ASSERT_EQ(sortedNames(rulesOf(theirs)), sortedNames(other)) << test::namesOf(base);
             ASSERT_TRUE(theirs.reports.empty());
         }
     }
@@ -236,62 +240,65 @@ TEST(MergeRules, OfOneSideAloneIsThatSide)
 
 TEST(MergeRules, RestoreOnUndoWhatWasThereBefore)
 {
-    RandomRules random(72);
+    test::RandomRules random(72);
     for (int round = 0; round < 1500; ++round) {
-        const RuleValues before = randomRuleList(random, 9);
-        const RuleValues after = random.below(2) == 0 ? edited(random, before) : randomRuleList(random, 9);
-        ASSERT_EQ(namesOf(rulesOf(mergeRules(after, after, before, undoing))), namesOf(before))
-            << "after " << namesOf(after);
+        const test::RuleValues before = randomRuleList(random, 9);
+        const test::RuleValues after
+            = random.below(2) == 0 ? edited(random, before) : randomRuleList(random, 9);
+        ASSERT_EQ(test::namesOf(rulesOf(mergeRules(after, after, before, undoing))), test::namesOf(before))
+            << "after " << test::namesOf(after);
     }
 }
 
 TEST(MergeRules, KeepOnUndoEveryChangeOfOthers)
 {
     const auto isOfOthers = [](const RuleValue& rule) {
-        const char name = nameOf(rule)[0];
+        const char name = test::nameOf(rule)[0];
         return name == 'h' || name == 'w';
     };
-    const auto only = [&](bool ofOthers, RuleValues rules) {
+    const auto only = [&](bool ofOthers, test::RuleValues rules) {
         std::erase_if(rules, [&](const RuleValue& rule) { return isOfOthers(rule) != ofOthers; });
-        return namesOf(rules);
+        return test::namesOf(rules);
     };
     // `rules` after removals, new tags and additions of one side.
-    const auto changed = [&](RandomRules& random, bool byOthers, const RuleValues& rules) {
-        RuleValues result;
+    const auto changed = [&](test::RandomRules& random, bool byOthers, const test::RuleValues& rules) {
+        test::RuleValues result;
         for (const RuleValue& rule : rules) {
             const std::size_t choice = isOfOthers(rule) == byOthers ? random.below(4) : 3;
             if (choice == 1)
-                result.push_back(withMarks(rule, namedRule("a:new"), rule));
+                result.push_back(withMarks(rule, test::namedRule("a:new"), rule));
             else if (choice > 1)
                 result.push_back(rule);
             if (random.below(4) == 0)
-                result.push_back(namedRule((byOthers ? "h" : "i") + std::to_string(result.size())));
+                result.push_back(test::namedRule((byOthers ? "h" : "i") + std::to_string(result.size())));
         }
         return result;
     };
-    RandomRules random(73);
+    test::RandomRules random(73);
     for (int round = 0; round < 1500; ++round) {
-        RuleValues before = rulesDifference({}, randomRuleList(random, 12)).added; // each rule once
-        before.push_back(namedRule("h"));
-        const RuleValues after = changed(random, false, before);
-        const RuleValues present = changed(random, true, after);
-        const RuleValues result = rulesOf(mergeRules(after, present, before, undoing));
-        ASSERT_EQ(only(true, result), only(true, present)) << namesOf(before) << " | " << namesOf(after);
-        ASSERT_EQ(only(false, result), only(false, before)) << namesOf(after) << " | " << namesOf(present);
+        test::RuleValues before = rulesDifference({}, randomRuleList(random, 12)).added; // each rule once
+        before.push_back(test::namedRule("h"));
+        const test::RuleValues after = changed(random, false, before);
+        const test::RuleValues present = changed(random, true, after);
+        const test::RuleValues result = rulesOf(mergeRules(after, present, before, undoing));
+        ASSERT_EQ(only(true, result), only(true, present))
+            << test::namesOf(before) << " | " << test::namesOf(after);
+        ASSERT_EQ(only(false, result), only(false, before))
+            << test::namesOf(after) << " | " << test::namesOf(present);
     }
 }
 
 TEST(MergeRules, CommuteButForOrderAndTies)
 {
-    RandomRules random(74);
+    test::RandomRules random(74);
     for (int round = 0; round < 1500; ++round) {
-        const RuleValues base = randomRuleList(random, 9);
-        const RuleValues a = edited(random, base);
-        const RuleValues b = edited(random, base);
+        const test::RuleValues base = randomRuleList(random, 9);
+        const test::RuleValues a = edited(random, base);
+        const test::RuleValues b = edited(random, base);
         const MergeResult here = mergeRules(base, a, b);
         const MergeResult there = mergeRules(base, b, a);
         ASSERT_EQ(countsOf(rulesOf(here)), countsOf(rulesOf(there)))
-            << namesOf(base) << " | " << namesOf(a) << " | " << namesOf(b);
+            << test::namesOf(base) << " | " << test::namesOf(a) << " | " << test::namesOf(b);
         ASSERT_EQ(here.reports.size(), there.reports.size());
         if (here.reports.empty()) {
             ASSERT_EQ(sortedNames(withoutTimes(rulesOf(here))), sortedNames(withoutTimes(rulesOf(there))));
@@ -299,4 +306,4 @@ TEST(MergeRules, CommuteButForOrderAndTies)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

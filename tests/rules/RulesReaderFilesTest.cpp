@@ -17,7 +17,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -33,9 +33,9 @@ struct Outcome {
     std::size_t rules;
 };
 
-Outcome read(const StoreSandbox& sandbox, const NullableText& path)
+Outcome read(const test::StoreSandbox& sandbox, const NullableText& path)
 {
-    CapturedLog log;
+    test::CapturedLog log;
     RuleManager store(sandbox.locations, log.log());
     store.setLastErrorMessage("of an earlier reading");
     Outcome outcome{store.addFileContents(path, false), store.lastErrorMessage(), log.lines(), 0};
@@ -64,7 +64,7 @@ void expectFailure(const Outcome& outcome, const std::string& message)
 
 TEST(RulesReaderFiles, MissingEmptyOrUndecodableIsNothingReadAndNoFailure)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     std::filesystem::create_symlink(sandbox.folder.path("nowhere"), sandbox.folder.path("dangling"));
     std::filesystem::create_symlink(sandbox.folder.write("empty", ""), sandbox.folder.path("to-empty"));
     ASSERT_EQ(mkfifo(sandbox.folder.path("pipe").c_str(), 0600), 0);
@@ -86,17 +86,17 @@ TEST(RulesReaderFiles, MissingEmptyOrUndecodableIsNothingReadAndNoFailure)
 
 TEST(RulesReaderFiles, MissingFileLeavesTheStoreAsItIs)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(readableRule);
 
     EXPECT_TRUE(store->addFileContents(sandbox.folder.path("missing"), false));
     store->rebuildRulesCache();
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"});
 }
 
 TEST(RulesReaderFiles, NullPathFails)
 {
-    const Outcome outcome = read(StoreSandbox(), {});
+    const Outcome outcome = read(test::StoreSandbox(), {});
 
     EXPECT_FALSE(outcome.result);
     EXPECT_EQ(outcome.message, "Internal error: the path provided was null");
@@ -105,17 +105,17 @@ TEST(RulesReaderFiles, NullPathFails)
 
 TEST(RulesReaderFiles, SymbolicLinkIsRefused)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string link = sandbox.folder.path("link");
     std::filesystem::create_symlink(sandbox.folder.write("target", readableRule), link);
 
-    expectFailure(
-        read(sandbox, link), "Failed to open file '" + link + "' for reading: " + systemErrorWords(ELOOP));
+    expectFailure(read(sandbox, link),
+        "Failed to open file '" + link + "' for reading: " + test::systemErrorWords(ELOOP));
 }
 
 TEST(RulesReaderFiles, LinkAmongTheFoldersAboveIsFollowed)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.folder.write("real/file", readableRule);
     std::filesystem::create_symlink(sandbox.folder.path("real"), sandbox.folder.path("link"));
 
@@ -124,7 +124,7 @@ TEST(RulesReaderFiles, LinkAmongTheFoldersAboveIsFollowed)
 
 TEST(RulesReaderFiles, FolderCannotBeRead)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string folder = sandbox.folder.path();
     struct stat status { };
     ASSERT_EQ(stat(folder.c_str(), &status), 0);
@@ -132,40 +132,41 @@ TEST(RulesReaderFiles, FolderCannotBeRead)
         GTEST_SKIP() << "on this file system folders have no size";
 
     expectFailure(
-        read(sandbox, folder), "Failed to read() file '" + folder + "': " + systemErrorWords(EISDIR));
+        read(sandbox, folder), "Failed to read() file '" + folder + "': " + test::systemErrorWords(EISDIR));
 }
 
 TEST(RulesReaderFiles, UnreadableFileCannotBeOpened)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     std::filesystem::permissions(sandbox.folder.path(), std::filesystem::perms::all);
     const std::string file = sandbox.folder.write("secret", readableRule);
     std::filesystem::permissions(file, std::filesystem::perms::owner_write);
 
-    const std::string answer = answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    const std::string answer = test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         const auto store = sandbox.emptyStore();
         const bool result = store->addFileContents(file, false);
         return (result ? "true " : "false ") + store->lastErrorMessage().value_or("none");
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemErrorWords(EACCES));
+    EXPECT_EQ(
+        answer, "false Failed to open file '" + file + "' for reading: " + test::systemErrorWords(EACCES));
 }
 
 TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.write("file", readableRule);
 
-    const std::string answer = answerOfChild([&] {
+    const std::string answer = test::answerOfChild([&] {
         close(STDIN_FILENO);
         const auto store = sandbox.emptyStore();
         const bool result = store->addFileContents(file, false);
         return (result ? "true " : "false ") + store->lastErrorMessage().value_or("none");
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + systemErrorWords(0));
+    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for reading: " + test::systemErrorWords(0));
 }
 
 TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
@@ -176,14 +177,15 @@ TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
     if (stat(file.c_str(), &status) != 0 || status.st_size < 1024)
         GTEST_SKIP() << "no file that is shorter than its size";
 
-    expectFailure(read(StoreSandbox(), file), "Failed to read() file '" + file + "': " + systemErrorWords(0));
+    expectFailure(read(test::StoreSandbox(), file),
+        "Failed to read() file '" + file + "': " + test::systemErrorWords(0));
 }
 
 TEST(RulesReaderFiles, FileLargerThanMemoryIsAFailureNotACrash)
 {
     int overcommit = 0;
     std::ifstream("/proc/sys/vm/overcommit_memory") >> overcommit;
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.write("huge", "x");
     constexpr off_t hugeSize = off_t{1} << 43;
     if (overcommit == 1 || truncate(file.c_str(), hugeSize) != 0)
@@ -198,19 +200,19 @@ TEST(RulesReaderFiles, FileLargerThanMemoryIsAFailureNotACrash)
 
 TEST(RulesReaderFiles, FailureKeepsWhatWasReadBefore)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(readableRule);
     const std::string link = sandbox.folder.path("link");
     std::filesystem::create_symlink(sandbox.folder.write("target", "allow path /b any r\n"), link);
 
     EXPECT_FALSE(store->addFileContents(link, false));
     store->rebuildRulesCache();
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"});
 }
 
 TEST(RulesReaderFiles, EveryReadingStartsWithoutMessage)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     store->addFileContents(NullableText(), false);
     ASSERT_TRUE(store->lastErrorMessage());
@@ -222,8 +224,8 @@ TEST(RulesReaderFiles, EveryReadingStartsWithoutMessage)
 
 TEST(RulesReaderFiles, StoreOfAFileThatCannotBeReadIsEmptyAndSaysWhy)
 {
-    const StoreSandbox sandbox;
-    const auto store = RuleManager::initWithContentsOfFile({}, false, sandbox.locations, silentLog());
+    const test::StoreSandbox sandbox;
+    const auto store = RuleManager::initWithContentsOfFile({}, false, sandbox.locations, test::silentLog());
 
     EXPECT_EQ(store->totalRules(true), 0U);
     EXPECT_EQ(store->lastErrorMessage(), "Internal error: the path provided was null");
@@ -231,7 +233,7 @@ TEST(RulesReaderFiles, StoreOfAFileThatCannotBeReadIsEmptyAndSaysWhy)
 
 TEST(ReasonRulesAreUnread, IsThereOnlyWhenRulesWouldBeLost)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string link = sandbox.folder.path("link");
     const std::string undecodable = sandbox.folder.write("wrong", "\xFF");
     std::filesystem::create_symlink(sandbox.folder.write("target", readableRule), link);
@@ -245,4 +247,4 @@ TEST(ReasonRulesAreUnread, IsThereOnlyWhenRulesWouldBeLost)
         std::nullopt);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

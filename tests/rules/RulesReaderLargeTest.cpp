@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::string manyLines(std::size_t count, const char* lineEnd)
 TEST(RulesReaderLarge, LongFileIsReadInItsOrder)
 {
     constexpr std::size_t lines = 20000;
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const char* lineEnd : {"\n", "\r\n", "\r"}) {
         const auto store = sandbox.storeOf(manyLines(lines, lineEnd));
         ASSERT_EQ(store->totalRules(true), lines);
@@ -42,7 +42,7 @@ TEST(RulesReaderLarge, LongFileIsReadInItsOrder)
 
 TEST(RulesReaderLarge, DuplicatesFarApartAreDropped)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string half = manyLines(10000, "\n");
     const auto store = sandbox.storeOf(half + half);
 
@@ -59,7 +59,7 @@ TEST(RulesReaderLarge, RulesOfVeryManyApplicationsFindTheirGroups)
                 + std::to_string(number % 3) + "\n";
         }
     }
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(text);
 
     const auto rules = store->policyRules();
@@ -74,36 +74,37 @@ TEST(RulesReaderLarge, RulesOfVeryManyApplicationsFindTheirGroups)
 
 TEST(RulesReaderLarge, LineOfTenMegabytesIsARule)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string path = "/" + std::string(10U << 20U, 'p');
     const auto store = sandbox.storeOf("allow path \"" + path + "\" any r\nallow path /b any r\n");
 
     ASSERT_EQ(store->totalRules(true), 2U);
-    EXPECT_TRUE(policyAt(*store, 0)->path().view() == path);
-    EXPECT_EQ(policyAt(*store, 1)->path().view(), "/b");
+    EXPECT_TRUE(test::policyAt(*store, 0)->path().view() == path);
+    EXPECT_EQ(test::policyAt(*store, 1)->path().view(), "/b");
     store->applyFilterWithString("PPPP");
     EXPECT_EQ(store->totalRules(true), 1U);
 }
 
 TEST(RulesReaderLarge, TenMegabytesOfQuotesOrBlanksAreNoRule)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string blanks(10U << 20U, ' ');
     std::string words;
     for (int number = 0; number < 1 << 20; ++number)
         words += "\"a \" ";
 
-    EXPECT_EQ(rowPaths(*sandbox.storeOf(blanks + "\nallow path /b any r")), std::vector<std::string>{"/b"});
+    EXPECT_EQ(
+        test::rowPaths(*sandbox.storeOf(blanks + "\nallow path /b any r")), std::vector<std::string>{"/b"});
     EXPECT_EQ(sandbox.storeOf(words)->totalRules(true), 1U) << "empty tokens are tokens";
 }
 
 TEST(RulesReaderLarge, MillionEmptyLinesAreSkipped)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(std::string(1000000, '\n') + "allow path /b any r");
 
     ASSERT_EQ(store->totalRules(true), 1U);
-    EXPECT_EQ(policyAt(*store, 0)->sequence(), 0);
+    EXPECT_EQ(test::policyAt(*store, 0)->sequence(), 0);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

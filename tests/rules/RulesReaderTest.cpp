@@ -10,7 +10,7 @@
 
 using namespace std::string_literals;
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -29,17 +29,17 @@ set policy.global.paranoid 1
 
 TEST(RulesReader, ReadsAUsersFile)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneOfEach);
 
     ASSERT_EQ(store->totalRules(true), 3U);
-    const WatchRulePtr watch = watchAt(*store, 0);
+    const WatchRulePtr watch = test::watchAt(*store, 0);
     EXPECT_EQ(watch->policyType(), 2);
     EXPECT_EQ(watch->path().view(), ".plist");
     EXPECT_EQ(watch->operations(), 3U);
     EXPECT_EQ(watch->tag().view(), "prefs");
     EXPECT_EQ(watch->sequence(), 2);
-    const PolicyRulePtr notes = policyAt(*store, 1);
+    const PolicyRulePtr notes = test::policyAt(*store, 1);
     EXPECT_EQ(notes->policyClass(), 0);
     EXPECT_EQ(notes->policyType(), 0);
     EXPECT_EQ(notes->path().view(), "/Users/ann/Documents/");
@@ -48,7 +48,7 @@ TEST(RulesReader, ReadsAUsersFile)
     EXPECT_EQ(notes->constraint().view(), "");
     EXPECT_EQ(notes->created(), 1478000000U);
     EXPECT_EQ(notes->sequence(), 0);
-    const PolicyRulePtr vi = policyAt(*store, 2);
+    const PolicyRulePtr vi = test::policyAt(*store, 2);
     EXPECT_EQ(vi->policyClass(), 1);
     EXPECT_EQ(vi->processName().view(), "/usr/bin/vi");
     EXPECT_EQ(vi->sequence(), 1);
@@ -80,50 +80,50 @@ TEST(RulesReader, OneLineGivesARuleOrNone)
         {"not even invalid bytes behind a NUL", "allow prefix /a any r\n\0\xFF"s, {"/a"}},
         {"a NUL in front leaves nothing", "\0allow prefix /a any r"s, {}},
     };
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const auto& c : cases) {
         const auto store = sandbox.storeOf(c.line);
-        EXPECT_EQ(rowPaths(*store), c.paths) << c.why;
+        EXPECT_EQ(test::rowPaths(*store), c.paths) << c.why;
         EXPECT_EQ(store->lastErrorMessage(), std::nullopt) << c.why;
     }
 }
 
 TEST(RulesReader, AnyOtherFirstWordIsAPolicyRuleOfClassFour)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const char* word : {"permit", "Allow", "set", "\uFEFFallow", "watcher", "err"}) {
         const auto store = sandbox.storeOf(word + " prefix /a any r"s);
         ASSERT_EQ(store->totalRules(true), 1U) << word;
-        EXPECT_EQ(policyAt(*store, 0)->policyClass(), 4) << word;
+        EXPECT_EQ(test::policyAt(*store, 0)->policyClass(), 4) << word;
     }
 }
 
 TEST(RulesReader, WatchRuleMayHaveAnEmptyProcess)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(R"(watch prefix "/a b" "" r)");
 
     ASSERT_EQ(store->totalRules(true), 1U);
-    EXPECT_EQ(watchAt(*store, 0)->path().view(), "/a b");
-    EXPECT_FALSE(watchAt(*store, 0)->processName().isNull());
-    EXPECT_EQ(watchAt(*store, 0)->processName().view(), "");
-    EXPECT_EQ(watchAt(*store, 0)->operations(), 1U);
+    EXPECT_EQ(test::watchAt(*store, 0)->path().view(), "/a b");
+    EXPECT_FALSE(test::watchAt(*store, 0)->processName().isNull());
+    EXPECT_EQ(test::watchAt(*store, 0)->processName().view(), "");
+    EXPECT_EQ(test::watchAt(*store, 0)->operations(), 1U);
 }
 
 TEST(RulesReader, EveryLineEndPartsRules)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     for (const char* end : {"\n", "\r", "\r\n", "\v", "\f", "\u0085", "\u2028", "\u2029"}) {
         const auto store
             = sandbox.storeOf("watch path /w any r"s + end + ";x" + end + end + "allow path /a any r" + end);
-        EXPECT_EQ(rowPaths(*store), (Lines{"/w", "/a"}));
-        EXPECT_EQ(policyAt(*store, 1)->sequence(), 1);
+        EXPECT_EQ(test::rowPaths(*store), (Lines{"/w", "/a"}));
+        EXPECT_EQ(test::policyAt(*store, 1)->sequence(), 1);
     }
 }
 
 TEST(RulesReader, ReadingTheSameFileTwiceAddsNothingButUsesSequenceNumbers)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.write("a.rc", oneOfEach);
     const auto store = sandbox.emptyStore();
     ASSERT_TRUE(store->addFileContents(file, false));
@@ -131,44 +131,44 @@ TEST(RulesReader, ReadingTheSameFileTwiceAddsNothingButUsesSequenceNumbers)
     ASSERT_TRUE(store->addFileContents(sandbox.folder.write("b.rc", "allow path /new any r"), false));
     store->rebuildRulesCache();
 
-    EXPECT_EQ(rowPaths(*store), (Lines{".plist", "/new", "/Users/ann/Documents/", "/etc/hosts"}));
-    EXPECT_EQ(policyAt(*store, 1)->sequence(), 6);
+    EXPECT_EQ(test::rowPaths(*store), (Lines{".plist", "/new", "/Users/ann/Documents/", "/etc/hosts"}));
+    EXPECT_EQ(test::policyAt(*store, 1)->sequence(), 6);
 }
 
 TEST(RulesReader, RowsFollowWithTheNextRebuildOnly)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r");
     ASSERT_EQ(store->totalRules(true), 1U);
     store->addFileContents(sandbox.folder.write("b.rc", "allow path /b any r"), false);
 
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"});
     store->rebuildRulesCache();
-    EXPECT_EQ(rowPaths(*store), (Lines{"/a", "/b"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/a", "/b"}));
 }
 
 TEST(RulesReader, SystemFileGivesFlagsAndMarksRules)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string text = "allow prefix /a any r us\nwatch prefix /a any r s\n";
 
     const auto system = sandbox.storeOf(text, true);
-    EXPECT_EQ(policyAt(*system, 1)->flags(), 3U);
-    EXPECT_EQ(policyAt(*system, 1)->tag().view(), "");
-    EXPECT_TRUE(policyAt(*system, 1)->system());
-    EXPECT_EQ(watchAt(*system, 0)->flags(), 2U);
-    EXPECT_TRUE(watchAt(*system, 0)->system());
+    EXPECT_EQ(test::policyAt(*system, 1)->flags(), 3U);
+    EXPECT_EQ(test::policyAt(*system, 1)->tag().view(), "");
+    EXPECT_TRUE(test::policyAt(*system, 1)->system());
+    EXPECT_EQ(test::watchAt(*system, 0)->flags(), 2U);
+    EXPECT_TRUE(test::watchAt(*system, 0)->system());
     const auto user = sandbox.storeOf(text, false);
-    EXPECT_EQ(policyAt(*user, 1)->flags(), 0U);
-    EXPECT_EQ(policyAt(*user, 1)->tag().view(), "us");
-    EXPECT_FALSE(policyAt(*user, 1)->system());
-    EXPECT_EQ(watchAt(*user, 0)->tag().view(), "s");
+    EXPECT_EQ(test::policyAt(*user, 1)->flags(), 0U);
+    EXPECT_EQ(test::policyAt(*user, 1)->tag().view(), "us");
+    EXPECT_FALSE(test::policyAt(*user, 1)->system());
+    EXPECT_EQ(test::watchAt(*user, 0)->tag().view(), "s");
 }
 
 TEST(RulesReader, LogsEveryLineThatItTakes)
 {
-    const StoreSandbox sandbox;
-    CapturedLog log;
+    const test::StoreSandbox sandbox;
+    test::CapturedLog log;
     sandbox.writeUserRules("allow prefix \"/a b\" /bin/ls rwx tag TEAM 5\n"
                            "too short\n"
                            "watch suffix .x \"\" rzw\n"
@@ -203,13 +203,13 @@ TEST(RulesReader, LogsEveryLineThatItTakes)
 
 TEST(RulesReader, RulesAreOfTheMomentTheyAreRead)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto now = static_cast<std::uint64_t>(std::time(nullptr));
     const auto store = sandbox.storeOf("allow path /new any r t c " + std::to_string(now)
         + "\nallow path /old any r t c " + std::to_string(now - 90000) + "\n");
 
-    EXPECT_EQ(policyAt(*store, 0)->getRuleState(), 2);
-    EXPECT_EQ(policyAt(*store, 1)->getRuleState(), 0);
+    EXPECT_EQ(test::policyAt(*store, 0)->getRuleState(), 2);
+    EXPECT_EQ(test::policyAt(*store, 1)->getRuleState(), 0);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

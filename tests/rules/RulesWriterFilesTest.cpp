@@ -18,7 +18,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -45,7 +45,7 @@ std::string answerOf(const RuleManager& store, bool result)
 
 TEST(WriteUserConfiguration, KeepsAFileOfWhichNotEverythingWasReadUnderAnotherName)
 {
-    const StoreSandbox box;
+    const test::StoreSandbox box;
     const std::string path = box.locations.userRulesFile();
     const std::string unread = oneLine + std::string("\xFF\n");
     for (const char* aside : {".unread", ".unread.2"}) {
@@ -53,17 +53,17 @@ TEST(WriteUserConfiguration, KeepsAFileOfWhichNotEverythingWasReadUnderAnotherNa
         const auto store = box.load();
         ASSERT_TRUE(store->unreadRules());
         store->addPolicyRule(
-            policyRule({.policyType = 1, .path = "/a", .processName = "any", .operations = 1}));
+            test::policyRule({.policyType = 1, .path = "/a", .processName = "any", .operations = 1}));
         EXPECT_TRUE(store->writeToCurrentUserConfiguration());
-        EXPECT_EQ(TemporaryFolder::contents(path + aside), unread);
-        EXPECT_EQ(TemporaryFolder::contents(path), oneLine);
+        EXPECT_EQ(test::TemporaryFolder::contents(path + aside), unread);
+        EXPECT_EQ(test::TemporaryFolder::contents(path), oneLine);
         EXPECT_FALSE(store->unreadRules());
     }
 }
 
 TEST(WriteUserConfiguration, LeavesAFileAloneThatItCanNeitherReadWholeNorKeep)
 {
-    const StoreSandbox box;
+    const test::StoreSandbox box;
     const std::string path = box.locations.userRulesFile();
     box.writeUserRules("\xFF\n");
     const auto store = box.load();
@@ -84,7 +84,7 @@ TEST(WriteUserConfiguration, LeavesAFileAloneThatItCanNeitherReadWholeNorKeep)
 
 TEST(RulesWriterFiles, NewFileIsForOwnerAndGroupWhateverTheMask)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
     const std::string strict = sandbox.folder.path("strict.rc");
     const std::string loose = sandbox.folder.path("loose.rc");
@@ -101,7 +101,7 @@ TEST(RulesWriterFiles, NewFileIsForOwnerAndGroupWhateverTheMask)
 
 TEST(RulesWriterFiles, ExistingFileKeepsItsInodeAndGetsItsBits)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.write("out.rc", std::string(1000, 'x'));
     std::filesystem::permissions(file, std::filesystem::perms::all);
     const auto inode = statusOf(file).st_ino;
@@ -110,12 +110,12 @@ TEST(RulesWriterFiles, ExistingFileKeepsItsInodeAndGetsItsBits)
 
     EXPECT_EQ(statusOf(file).st_ino, inode);
     EXPECT_EQ(modeOf(file), 0640U);
-    EXPECT_EQ(TemporaryFolder::contents(file), oneLine);
+    EXPECT_EQ(test::TemporaryFolder::contents(file), oneLine);
 }
 
 TEST(RulesWriterFiles, UsersFileGetsItsBits)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules(oneLine);
     std::filesystem::permissions(sandbox.locations.userRulesFile(), std::filesystem::perms::all);
 
@@ -126,24 +126,25 @@ TEST(RulesWriterFiles, UsersFileGetsItsBits)
 
 TEST(RulesWriterFiles, SymbolicLinkIsRefusedAndItsTargetStays)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
     const std::string target = sandbox.folder.write("target", "before\n");
     const std::string link = sandbox.folder.path("link");
     std::filesystem::create_symlink(target, link);
-    const std::string message = "Failed to open file '" + link + "' for writing: " + systemErrorWords(ELOOP);
+    const std::string message
+        = "Failed to open file '" + link + "' for writing: " + test::systemErrorWords(ELOOP);
 
     EXPECT_EQ(answerOf(*store, store->writeToFile(link)), "false " + message);
     store->setLastErrorMessage({});
     EXPECT_EQ(answerOf(*store, store->writeToFile(link, {})), "false " + message);
 
-    EXPECT_EQ(TemporaryFolder::contents(target), "before\n");
+    EXPECT_EQ(test::TemporaryFolder::contents(target), "before\n");
     EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
 TEST(RulesWriterFiles, UnusablePlacesAreRefused)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
     const struct {
         std::string path;
@@ -155,45 +156,46 @@ TEST(RulesWriterFiles, UnusablePlacesAreRefused)
     };
     for (const auto& c : cases) {
         EXPECT_EQ(answerOf(*store, store->writeToFile(c.path)),
-            "false Failed to open file '" + c.path + "' for writing: " + systemErrorWords(c.error));
+            "false Failed to open file '" + c.path + "' for writing: " + test::systemErrorWords(c.error));
     }
     EXPECT_EQ(store->totalRules(true), 1U) << "the rules in memory stay";
 }
 
 TEST(RulesWriterFiles, FailureOfTheUsersFileIsAnswered)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.load();
     std::filesystem::remove_all(sandbox.locations.sharedFolder());
 
     EXPECT_FALSE(store->writeToCurrentUserConfiguration());
     EXPECT_EQ(store->lastErrorMessage(),
         "Failed to open file '" + sandbox.locations.userRulesFile()
-            + "' for writing: " + systemErrorWords(ENOENT));
+            + "' for writing: " + test::systemErrorWords(ENOENT));
 }
 
 TEST(RulesWriterFiles, FileThatMayNotBeWrittenIsRefused)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     std::filesystem::permissions(sandbox.folder.path(), std::filesystem::perms::all);
     const std::string file = sandbox.folder.write("out.rc", "before\n");
     std::filesystem::permissions(
         file, std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
 
-    const std::string answer = answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    const std::string answer = test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         const auto store = sandbox.emptyStore();
         return answerOf(*store, store->writeToFile(file));
     });
 
-    EXPECT_EQ(answer, "false Failed to open file '" + file + "' for writing: " + systemErrorWords(EACCES));
-    EXPECT_EQ(TemporaryFolder::contents(file), "before\n");
+    EXPECT_EQ(
+        answer, "false Failed to open file '" + file + "' for writing: " + test::systemErrorWords(EACCES));
+    EXPECT_EQ(test::TemporaryFolder::contents(file), "before\n");
 }
 
 TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
     const std::string pipe = sandbox.folder.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0604), 0);
@@ -204,7 +206,7 @@ TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
     for (const std::string& place : places) {
         const mode_t before = modeOf(place);
         const std::string answer
-            = "false Failed to open file '" + place + "' for writing: " + systemErrorWords(ENOTSUP);
+            = "false Failed to open file '" + place + "' for writing: " + test::systemErrorWords(ENOTSUP);
         EXPECT_EQ(answerOf(*store, store->writeToFile(place)), answer);
         EXPECT_EQ(answerOf(*store, store->writeToFile(place, {store->ruleAtIndex(0, true)})), answer);
         EXPECT_EQ(modeOf(place), before) << place;
@@ -214,10 +216,10 @@ TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
 
 TEST(RulesWriterFiles, PipeWithAReaderIsRefusedToo)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string path = sandbox.folder.path("pipe");
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    const FileDescriptor reader(open(path.c_str(), O_RDONLY | O_NONBLOCK));
+    const platform::FileDescriptor reader(open(path.c_str(), O_RDONLY | O_NONBLOCK));
 
     EXPECT_FALSE(sandbox.storeOf(oneLine)->writeToFile(path));
     char byte = 0;
@@ -226,27 +228,27 @@ TEST(RulesWriterFiles, PipeWithAReaderIsRefusedToo)
 
 TEST(RulesWriterFiles, ShortWriteIsToldAndWritingGoesOn)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(std::string(oneLine) + "allow path /b any r\nallow path /c any r\n");
     const std::string file = sandbox.folder.path("out.rc");
     const std::size_t limit = std::strlen(oneLine) + 10;
 
-    const std::string answer = answerOfChild([&] {
+    const std::string answer = test::answerOfChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit sizes{limit, limit};
         setrlimit(RLIMIT_FSIZE, &sizes);
         return answerOf(*store, store->writeToFile(file));
     });
 
-    EXPECT_EQ(answer, "true Failed write() operation on file '" + file + "' " + systemErrorWords(EFBIG))
+    EXPECT_EQ(answer, "true Failed write() operation on file '" + file + "' " + test::systemErrorWords(EFBIG))
         << "the last failed write is the one that remains";
-    EXPECT_EQ(TemporaryFolder::contents(file), std::string(oneLine) + "allow path");
+    EXPECT_EQ(test::TemporaryFolder::contents(file), std::string(oneLine) + "allow path");
     EXPECT_EQ(modeOf(file), 0640U);
 }
 
 TEST(RulesWriterFiles, WrittenAfterAFailureForgetsIt)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf(oneLine);
     ASSERT_FALSE(store->writeToFile(sandbox.folder.path("missing/out.rc")));
 
@@ -257,4 +259,4 @@ TEST(RulesWriterFiles, WrittenAfterAFailureForgetsIt)
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

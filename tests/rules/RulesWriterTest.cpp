@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -22,17 +22,17 @@ PolicyRuleFields simpleRule()
 // What reading gives of a file to which these rules were written, in stored order.
 std::vector<PolicyRuleFields> writtenAndRead(const std::vector<PolicyRuleFields>& rules)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     std::vector<RuleRef> references;
     for (const PolicyRuleFields& fields : rules)
-        references.emplace_back(policyRule(fields));
+        references.emplace_back(test::policyRule(fields));
     const std::string file = sandbox.folder.path("out.quorv");
     EXPECT_TRUE(sandbox.emptyStore()->writeToFile(file, references));
-    const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
+    const auto store = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog());
     store->sortIndexUsingDescriptors({{SortKey::sequence}});
     std::vector<PolicyRuleFields> read;
     for (std::size_t row = 0; row < store->totalRules(true); ++row)
-        read.push_back(policyAt(*store, row)->fields());
+        read.push_back(test::policyAt(*store, row)->fields());
     return read;
 }
 
@@ -40,7 +40,7 @@ std::vector<PolicyRuleFields> writtenAndRead(const std::vector<PolicyRuleFields>
 
 TEST(RulesWriter, WritesUserRulesOnlyWatchRulesFirstThenByApplication)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("; a comment\n"
                            "allow prefix /b /bin/b rwcmx tag TEAM 7\n"
                            "set an.option 1\n"
@@ -54,7 +54,7 @@ TEST(RulesWriter, WritesUserRulesOnlyWatchRulesFirstThenByApplication)
 
     ASSERT_TRUE(store->writeToCurrentUserConfiguration());
 
-    EXPECT_EQ(TemporaryFolder::contents(sandbox.locations.userRulesFile()),
+    EXPECT_EQ(test::TemporaryFolder::contents(sandbox.locations.userRulesFile()),
         "watch suffix \".x\" \"any\" rw \"my tag\"\n"
         "watch path \"/y\" \"\" r \"\"\n"
         "deny path \"/a b\" \"/bin/A\" x \"\" \"\" \"0\"\n"
@@ -64,20 +64,20 @@ TEST(RulesWriter, WritesUserRulesOnlyWatchRulesFirstThenByApplication)
 
 TEST(RulesWriter, WritingAgainWhatWasReadChangesNothing)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules(
         "allow prefix /b /bin/b rwcmx tag TEAM 7\nwatch suffix .x any wr\ndeny path /a any x\n");
     ASSERT_TRUE(sandbox.load()->writeToCurrentUserConfiguration());
-    const std::string first = TemporaryFolder::contents(sandbox.locations.userRulesFile());
+    const std::string first = test::TemporaryFolder::contents(sandbox.locations.userRulesFile());
 
     ASSERT_TRUE(sandbox.load()->writeToCurrentUserConfiguration());
 
-    EXPECT_EQ(TemporaryFolder::contents(sandbox.locations.userRulesFile()), first);
+    EXPECT_EQ(test::TemporaryFolder::contents(sandbox.locations.userRulesFile()), first);
 }
 
 TEST(RulesWriter, ChangesNothingInTheStore)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow prefix /b any r\nwatch suffix .x any w\nallow prefix /a any r\n");
     const auto store = sandbox.load();
     store->sortIndexUsingDescriptors({{SortKey::path}});
@@ -86,60 +86,61 @@ TEST(RulesWriter, ChangesNothingInTheStore)
     store->writeToFile(sandbox.folder.path("out.rc"));
 
     EXPECT_EQ(store->rows(), rows);
-    EXPECT_EQ(rowPaths(*store), (Lines{".x", "/a", "/b"}));
-    EXPECT_EQ(policyAt(*store, 2)->sequence(), 0);
+    EXPECT_EQ(test::rowPaths(*store), (Lines{".x", "/a", "/b"}));
+    EXPECT_EQ(test::policyAt(*store, 2)->sequence(), 0);
 }
 
 TEST(RulesWriter, WithAFilterStillWritesEveryUserRuleAndKeepsTheRows)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nallow path /b any r\nwatch path /c any r\n");
     store->applyFilterWithString("/a");
-    ASSERT_EQ(rowPaths(*store), Lines{"/a"});
+    ASSERT_EQ(test::rowPaths(*store), Lines{"/a"});
     const std::string file = sandbox.folder.path("out.rc");
 
     ASSERT_TRUE(store->writeToFile(file));
 
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"});
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"});
     EXPECT_EQ(store->policyRules().size(), 1U);
-    EXPECT_EQ(rowPaths(*RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog())),
+    EXPECT_EQ(test::rowPaths(
+                  *RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog())),
         (Lines{"/c", "/a", "/b"}));
     store->rebuildRulesCache();
-    EXPECT_EQ(rowPaths(*store), Lines{"/a"}) << "the filter is in force again";
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/a"}) << "the filter is in force again";
 }
 
 TEST(RulesWriter, SelectionIsWrittenInItsOrderSystemRulesIncluded)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.path("out.quorv");
     const std::vector<RuleRef> selection{
-        policyRule({.path = "/2", .processName = "any", .operations = 1, .flags = 3, .system = true}),
-        watchRule({.path = "/3", .processName = "any", .operations = 2, .flags = 2, .system = true}),
-        policyRule({.path = "/1", .processName = "any", .operations = 1}),
-        policyRule({.path = "/1", .processName = "any", .operations = 1}),
+        test::policyRule({.path = "/2", .processName = "any", .operations = 1, .flags = 3, .system = true}),
+        test::watchRule({.path = "/3", .processName = "any", .operations = 2, .flags = 2, .system = true}),
+        test::policyRule({.path = "/1", .processName = "any", .operations = 1}),
+        test::policyRule({.path = "/1", .processName = "any", .operations = 1}),
     };
     ASSERT_TRUE(sandbox.emptyStore()->writeToFile(file, selection));
 
-    EXPECT_EQ(TemporaryFolder::contents(file),
+    EXPECT_EQ(test::TemporaryFolder::contents(file),
         "allow prefix \"/2\" \"any\" r \"\" \"\" \"0\"\n"
         "watch prefix \"/3\" \"any\" w \"\"\n"
         "allow prefix \"/1\" \"any\" r \"\" \"\" \"0\"\n"
         "allow prefix \"/1\" \"any\" r \"\" \"\" \"0\"\n");
-    const auto read = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, silentLog());
+    const auto read = RuleManager::initWithContentsOfFile(file, false, sandbox.locations, test::silentLog());
     ASSERT_EQ(read->totalRules(false), 3U) << "user rules when read back";
-    EXPECT_EQ(policyAt(*read, 1)->flags(), 0U);
-    EXPECT_EQ(policyAt(*read, 1)->tag().view(), "");
-    EXPECT_EQ(watchAt(*read, 0)->flags(), 0U);
+    EXPECT_EQ(test::policyAt(*read, 1)->flags(), 0U);
+    EXPECT_EQ(test::policyAt(*read, 1)->tag().view(), "");
+    EXPECT_EQ(test::watchAt(*read, 0)->flags(), 0U);
 }
 
 TEST(RulesWriter, EmptySelectionEmptiesTheFile)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.write("out.quorv", "before\n");
 
     EXPECT_TRUE(sandbox.emptyStore()->writeToFile(file, {}));
 
-    EXPECT_EQ(TemporaryFolder::contents(file), "");
+    EXPECT_EQ(test::TemporaryFolder::contents(file), "");
 }
 
 TEST(RulesWriter, WithoutOperationsLaterFieldsMoveToTheLeft)
@@ -212,7 +213,7 @@ TEST(RulesWriter, CreationTimeKeepsAll64Bits)
 
 TEST(RulesWriter, LineBeyondAsciiIsCutAndTheNextJoinsIt)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     PolicyRuleFields first = simpleRule();
     first.path = "/caf\u00E9";
     PolicyRuleFields second = simpleRule();
@@ -220,10 +221,10 @@ TEST(RulesWriter, LineBeyondAsciiIsCutAndTheNextJoinsIt)
     const std::string file = sandbox.folder.path("out.quorv");
     const auto store = sandbox.emptyStore();
 
-    EXPECT_TRUE(store->writeToFile(file, {policyRule(first), policyRule(second)}));
+    EXPECT_TRUE(store->writeToFile(file, {test::policyRule(first), test::policyRule(second)}));
 
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
-    EXPECT_EQ(TemporaryFolder::contents(file),
+    EXPECT_EQ(test::TemporaryFolder::contents(file),
         "allow prefix \"/caf\u00E9\" \"/bin/p\" r \"t\" \"c\" \"5\""
         "allow prefix \"/b\" \"/bin/p\" r \"t\" \"c\" \"5\"\n");
     const auto read = writtenAndRead({first, second});
@@ -243,16 +244,16 @@ TEST(RulesWriter, EachCharacterBeyondAsciiCostsItsOwnBytes)
         {"four bytes, two units", "\U0001F600", "\"c\" \"5"},
         {"two characters", "\u00E9\u20AC", "\"c\" \""},
     };
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string file = sandbox.folder.path("out.quorv");
     for (const auto& c : cases) {
         PolicyRuleFields rule = simpleRule();
         rule.tag = c.tag;
-        EXPECT_TRUE(sandbox.emptyStore()->writeToFile(file, {policyRule(rule)}));
-        EXPECT_EQ(TemporaryFolder::contents(file),
+        EXPECT_TRUE(sandbox.emptyStore()->writeToFile(file, {test::policyRule(rule)}));
+        EXPECT_EQ(test::TemporaryFolder::contents(file),
             "allow prefix \"/a\" \"/bin/p\" r \"" + std::string(c.tag) + "\" " + c.end)
             << c.why;
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -72,7 +72,7 @@ TEST(SequenceMatching, EndsWhereNothingStandsOnceAndNothingIsInCommon)
 
 TEST(SequenceMatching, PairsAscendAndAreEqual)
 {
-    RandomRules random(7);
+    test::RandomRules random(7);
     for (int round = 0; round < 3000; ++round) {
         const std::size_t letterCount = 1 + random.below(12);
         Sequence a;
@@ -93,4 +93,4 @@ TEST(SequenceMatching, PairsAscendAndAreEqual)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -8,14 +8,14 @@
 #include <thread>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
 // Made once for this process, whichever test comes first.
-const StoreSandbox& firstSandbox()
+const test::StoreSandbox& firstSandbox()
 {
-    static const StoreSandbox sandbox;
+    static const test::StoreSandbox sandbox;
     static const bool written = [] {
         sandbox.writeUserRules("allow path /shared any r\n");
         return true;
@@ -28,7 +28,7 @@ const StoreSandbox& firstSandbox()
 
 TEST(SharedManager, IsOneObjectAlsoUnderConcurrentFirstCalls)
 {
-    const StoreSandbox& sandbox = firstSandbox();
+    const test::StoreSandbox& sandbox = firstSandbox();
     constexpr std::size_t callers = 8;
     std::vector<RuleManager*> answers(callers, nullptr);
     std::latch start(callers);
@@ -36,7 +36,7 @@ TEST(SharedManager, IsOneObjectAlsoUnderConcurrentFirstCalls)
     for (std::size_t caller = 0; caller < callers; ++caller) {
         threads.emplace_back([&, caller] {
             start.arrive_and_wait();
-            answers[caller] = &RuleManager::sharedManager(sandbox.locations, silentLog());
+            answers[caller] = &RuleManager::sharedManager(sandbox.locations, test::silentLog());
         });
     }
     for (std::thread& thread : threads)
@@ -44,38 +44,38 @@ TEST(SharedManager, IsOneObjectAlsoUnderConcurrentFirstCalls)
 
     for (const RuleManager* answer : answers)
         EXPECT_EQ(answer, answers.front());
-    EXPECT_EQ(rowPaths(*answers.front()), std::vector<std::string>{"/shared"});
+    EXPECT_EQ(test::rowPaths(*answers.front()), std::vector<std::string>{"/shared"});
 }
 
 TEST(SharedManager, LaterCallsGiveTheFirstStoreWhateverTheLocations)
 {
-    const RuleManager& first = RuleManager::sharedManager(firstSandbox().locations, silentLog());
-    const StoreSandbox other;
+    const RuleManager& first = RuleManager::sharedManager(firstSandbox().locations, test::silentLog());
+    const test::StoreSandbox other;
     other.writeUserRules("allow path /other any r\n");
 
-    const RuleManager& second = RuleManager::sharedManager(other.locations, silentLog());
+    const RuleManager& second = RuleManager::sharedManager(other.locations, test::silentLog());
 
     EXPECT_EQ(&first, &second);
     EXPECT_EQ(second.locations().userRulesFile(), firstSandbox().locations.userRulesFile());
-    EXPECT_EQ(rowPaths(second), std::vector<std::string>{"/shared"});
+    EXPECT_EQ(test::rowPaths(second), std::vector<std::string>{"/shared"});
 }
 
 TEST(SharedManager, PrivateStoreIsIndependentOfIt)
 {
-    RuleManager& shared = RuleManager::sharedManager(firstSandbox().locations, silentLog());
+    RuleManager& shared = RuleManager::sharedManager(firstSandbox().locations, test::silentLog());
     const auto own = firstSandbox().storeOf("allow path /own any r\nallow path /shared any r\n");
 
     own->applyFilterWithString("/own");
     own->sortIndexUsingDescriptors({{SortKey::path, false}});
-    own->addPolicyRule(policyRule({.path = "/own/2", .processName = "any"}));
-    own->deletePolicyRule(*policyAt(shared, 0));
+    own->addPolicyRule(test::policyRule({.path = "/own/2", .processName = "any"}));
+    own->deletePolicyRule(*test::policyAt(shared, 0));
     own->setLastErrorMessage("own");
 
-    EXPECT_EQ(rowPaths(shared), std::vector<std::string>{"/shared"});
+    EXPECT_EQ(test::rowPaths(shared), std::vector<std::string>{"/shared"});
     EXPECT_EQ(shared.lastErrorMessage(), std::nullopt);
-    EXPECT_EQ(rowPaths(*own), (std::vector<std::string>{"/own/2", "/own"}));
+    EXPECT_EQ(test::rowPaths(*own), (std::vector<std::string>{"/own/2", "/own"}));
     EXPECT_EQ(own->storedRules(), 2U);
-    EXPECT_EQ(policyAt(*own, 1)->sequence(), 0) << "numbers of its own";
+    EXPECT_EQ(test::policyAt(*own, 1)->sequence(), 0) << "numbers of its own";
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -130,7 +130,8 @@ private:
             changes.changed.push_back({rule, {}, value});
         }
         for (std::size_t left = m_random.below(4); left > 0; --left) {
-            const RuleRef rule = m_random.below(4) == 0 ? RuleRef(watchRule({})) : RuleRef(policyRule({}));
+            const RuleRef rule
+                = m_random.below(4) == 0 ? RuleRef(test::watchRule({})) : RuleRef(test::policyRule({}));
             changes.added.push_back({rule, randomValueLike(rule), randomPlace(rules)});
         }
         return changes;
@@ -159,8 +160,8 @@ private:
         ASSERT_EQ(values, valuesOf(m_store->userRules()));
     }
 
-    const StoreSandbox m_sandbox;
-    RandomRules m_random;
+    const test::StoreSandbox m_sandbox;
+    test::RandomRules m_random;
     std::unique_ptr<RuleManager> m_store;
     std::string m_text;
     std::vector<SortDescriptor> m_descriptors;
@@ -181,10 +182,11 @@ TEST(StoreChanges, WhatFollowsByDifferenceIsWhatIsMadeAnew)
 
 TEST(StoreChanges, RemovingAllAndTakingItBackRestoresEveryPlace)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
     for (int number = 0; number < 3000; ++number)
-        store->addPolicyRule(policyRule({.path = "/" + std::to_string(number), .processName = "/bin/p"}));
+        store->addPolicyRule(
+            test::policyRule({.path = "/" + std::to_string(number), .processName = "/bin/p"}));
     const std::vector<RuleRef> before = rowsOf(*store);
     ChangeSet changes;
     for (const RuleRef& rule : before)
@@ -197,13 +199,13 @@ TEST(StoreChanges, RemovingAllAndTakingItBackRestoresEveryPlace)
 
 TEST(StoreChanges, AReloadKeepsTheRecordsOfRulesThatAreStillThere)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("watch prefix \"/w\" \"/bin/w\" r \"old\"\n"
                            "allow prefix \"/a\" \"/bin/a\" r \"old\"\n"
                            "allow prefix \"/b\" \"/bin/a\" r \"old\"\n");
     const auto store = sandbox.load();
     const std::vector<RuleRef> before = rowsOf(*store);
-    const std::int64_t sequence = policyAt(*store, 1)->sequence();
+    const std::int64_t sequence = test::policyAt(*store, 1)->sequence();
     sandbox.writeUserRules("allow prefix \"/new\" \"/bin/a\" r\n"
                            "allow prefix \"/a\" \"/bin/a\" r \"tagged\"\n"
                            "watch prefix \"/w\" \"/bin/w\" r \"tagged\"\n");
@@ -212,26 +214,26 @@ TEST(StoreChanges, AReloadKeepsTheRecordsOfRulesThatAreStillThere)
     ASSERT_EQ(after.size(), 3U);
     EXPECT_EQ(after[0], before[0]);
     EXPECT_EQ(after[2], before[1]);
-    EXPECT_EQ(watchAt(*store, 0)->tag().view(), "tagged");
-    EXPECT_EQ(policyAt(*store, 2)->tag().view(), "tagged");
-    EXPECT_GT(policyAt(*store, 2)->sequence(), sequence);
+    EXPECT_EQ(test::watchAt(*store, 0)->tag().view(), "tagged");
+    EXPECT_EQ(test::policyAt(*store, 2)->tag().view(), "tagged");
+    EXPECT_GT(test::policyAt(*store, 2)->sequence(), sequence);
     const auto gone = std::get<PolicyRulePtr>(before[2]);
     gone->setPath("/elsewhere");
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/w", "/new", "/a"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/w", "/new", "/a"}));
 }
 
 TEST(StoreChanges, AReloadedRuleIsAsOldAsTheFileWasWhenItWasReadAgain)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     const std::string now = std::to_string(std::time(nullptr));
     sandbox.writeUserRules("allow prefix \"/a\" \"/bin/a\" r \"\" \"\" \"" + now + "\"\n");
     const auto store = sandbox.load();
-    const PolicyRulePtr rule = policyAt(*store, 0);
+    const PolicyRulePtr rule = test::policyAt(*store, 0);
     rule->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)) + 1000000);
     EXPECT_EQ(rule->getRuleState(), 0);
     store->reloadCurrentUserConfiguration();
-    EXPECT_EQ(policyAt(*store, 0), rule);
+    EXPECT_EQ(test::policyAt(*store, 0), rule);
     EXPECT_EQ(rule->getRuleState(), 2);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
 // Every file of a configuration, each with a rule on its own name.
-void writeEveryFile(const StoreSandbox& sandbox)
+void writeEveryFile(const test::StoreSandbox& sandbox)
 {
     sandbox.writeUserRules("allow path ann any r\n");
     for (const char* name : {"quorvane", "paranoid", "user", "webcam", "startup", "exec"})
@@ -27,7 +27,7 @@ void writeEveryFile(const StoreSandbox& sandbox)
 
 TEST(StoreLifecycle, EmptyStoreHasNothing)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     sandbox.writePreferences("");
     const auto store = sandbox.emptyStore();
@@ -43,14 +43,14 @@ TEST(StoreLifecycle, EmptyStoreHasNothing)
 
 TEST(StoreLifecycle, ReadsTheUsersFileThenTheSystemFilesInTheirOrder)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     const auto store = sandbox.load();
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"ann", "quorvane", "user", "webcam", "startup", "exec"}));
-    EXPECT_EQ(rowPaths(*store, false), Lines{"ann"});
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"ann", "quorvane", "user", "webcam", "startup", "exec"}));
+    EXPECT_EQ(test::rowPaths(*store, false), Lines{"ann"});
     for (std::size_t row = 0; row < store->totalRules(true); ++row)
-        EXPECT_EQ(policyAt(*store, row)->sequence(), static_cast<std::int64_t>(row));
+        EXPECT_EQ(test::policyAt(*store, row)->sequence(), static_cast<std::int64_t>(row));
 }
 
 TEST(StoreLifecycle, PreferencesSelectTheSystemFiles)
@@ -60,67 +60,70 @@ TEST(StoreLifecycle, PreferencesSelectTheSystemFiles)
         std::string preferences;
         Lines files;
     } cases[] = {
-        {"paranoid 1 replaces the main file", preference("policy.global.paranoid", 1),
+        {"paranoid 1 replaces the main file", test::preference("policy.global.paranoid", 1),
             {"ann", "paranoid", "user", "webcam", "startup", "exec"}},
-        {"paranoid 2 does not", preference("policy.global.paranoid", 2),
+        {"paranoid 2 does not", test::preference("policy.global.paranoid", 2),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
-        {"nor 0", preference("policy.global.paranoid", 0),
+        {"nor 0", test::preference("policy.global.paranoid", 0),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
-        {"nor -1", preference("policy.global.paranoid", -1),
+        {"nor -1", test::preference("policy.global.paranoid", -1),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
         {"paranoid true does", "<key>policy.global.paranoid</key><true/>",
             {"ann", "paranoid", "user", "webcam", "startup", "exec"}},
-        {"webcam 2 leaves its file out", preference("policy.global.webcam", 2),
+        {"webcam 2 leaves its file out", test::preference("policy.global.webcam", 2),
             {"ann", "quorvane", "user", "startup", "exec"}},
-        {"webcam 1 does not", preference("policy.global.webcam", 1),
+        {"webcam 1 does not", test::preference("policy.global.webcam", 1),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
-        {"webcam 0 does not", preference("policy.global.webcam", 0),
+        {"webcam 0 does not", test::preference("policy.global.webcam", 0),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
-        {"webcam 3 does not", preference("policy.global.webcam", 3),
+        {"webcam 3 does not", test::preference("policy.global.webcam", 3),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
-        {"user 2", preference("policy.global.user", 2), {"ann", "quorvane", "webcam", "startup", "exec"}},
-        {"startup 2", preference("policy.global.startup", 2), {"ann", "quorvane", "user", "webcam", "exec"}},
-        {"exec 2", preference("policy.global.exec", 2), {"ann", "quorvane", "user", "webcam", "startup"}},
-        {"attach selects nothing", preference("policy.global.attach", 2),
+        {"user 2", test::preference("policy.global.user", 2),
+            {"ann", "quorvane", "webcam", "startup", "exec"}},
+        {"startup 2", test::preference("policy.global.startup", 2),
+            {"ann", "quorvane", "user", "webcam", "exec"}},
+        {"exec 2", test::preference("policy.global.exec", 2),
+            {"ann", "quorvane", "user", "webcam", "startup"}},
+        {"attach selects nothing", test::preference("policy.global.attach", 2),
             {"ann", "quorvane", "user", "webcam", "startup", "exec"}},
     };
     for (const auto& c : cases) {
-        const StoreSandbox sandbox;
+        const test::StoreSandbox sandbox;
         writeEveryFile(sandbox);
         sandbox.writePreferences(c.preferences);
-        EXPECT_EQ(rowPaths(*sandbox.load()), c.files) << c.why;
+        EXPECT_EQ(test::rowPaths(*sandbox.load()), c.files) << c.why;
     }
 }
 
 TEST(StoreLifecycle, WithoutPreferencesLinesOfTheMainFileDecide)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     sandbox.writeSystemFile("quorvane.rc",
         "set policy.global.exec 2\nset policy.global.user 1\nset policy.global.paranoid 1\n"
         "allow path quorvane any r\n");
 
-    EXPECT_EQ(rowPaths(*sandbox.load()), (Lines{"ann", "quorvane", "user", "webcam", "startup"}))
+    EXPECT_EQ(test::rowPaths(*sandbox.load()), (Lines{"ann", "quorvane", "user", "webcam", "startup"}))
         << "the paranoid file is chosen by the preferences alone";
 }
 
 TEST(StoreLifecycle, DamagedPreferencesLoadEveryFile)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     sandbox.folder.write("Users/Shared/Quorvane/vantreal.Quorvane.preferences.plist", "<plist><dict>");
     const auto store = sandbox.load();
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"ann", "quorvane", "user", "webcam", "startup", "exec"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"ann", "quorvane", "user", "webcam", "startup", "exec"}));
     EXPECT_TRUE(store->filterOptions().empty());
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
 }
 
 TEST(StoreLifecycle, NothingAtAllIsAStoreToo)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const auto store = RuleManager::initWithCurrentUserConfiguration(
-        Locations(folder.path("not there"), "ann"), silentLog());
+        platform::Locations(folder.path("not there"), "ann"), test::silentLog());
 
     EXPECT_EQ(store->totalRules(true), 0U);
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
@@ -128,7 +131,7 @@ TEST(StoreLifecycle, NothingAtAllIsAStoreToo)
 
 TEST(StoreLifecycle, FailureOfTheUsersFileIsForgottenWithTheNextFile)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     std::filesystem::remove(sandbox.locations.userRulesFile());
     std::filesystem::create_symlink(
@@ -136,14 +139,14 @@ TEST(StoreLifecycle, FailureOfTheUsersFileIsForgottenWithTheNextFile)
 
     const auto store = sandbox.load();
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
-    EXPECT_EQ(rowPaths(*store, false), Lines());
+    EXPECT_EQ(test::rowPaths(*store, false), Lines());
     store->reloadCurrentUserConfiguration();
     EXPECT_EQ(store->lastErrorMessage(), std::nullopt);
 }
 
 TEST(StoreLifecycle, FailureOfTheLastFileStays)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     const std::string last = sandbox.locations.systemFolder() + "exec.rc";
     std::filesystem::remove(last);
@@ -157,36 +160,37 @@ TEST(StoreLifecycle, FailureOfTheLastFileStays)
 
 TEST(StoreReload, FollowsTheFilesAndDropsWhatWasThere)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     const auto store = sandbox.load();
-    store->addPolicyRule(policyRule({.path = "unsaved", .processName = "any"}));
-    store->addWatchRule(watchRule({.path = "unsaved", .processName = "any"}));
+    store->addPolicyRule(test::policyRule({.path = "unsaved", .processName = "any"}));
+    store->addWatchRule(test::watchRule({.path = "unsaved", .processName = "any"}));
     sandbox.writeUserRules("deny path bob any r\nwatch path carl any r\n");
-    sandbox.writePreferences(preference("policy.global.paranoid", 1) + preference("policy.global.exec", 2));
+    sandbox.writePreferences(
+        test::preference("policy.global.paranoid", 1) + test::preference("policy.global.exec", 2));
 
     store->reloadCurrentUserConfiguration();
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"carl", "bob", "paranoid", "user", "webcam", "startup"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"carl", "bob", "paranoid", "user", "webcam", "startup"}));
     EXPECT_EQ(store->filterOptions().size(), 15U) << "once, unlike after the first loading";
 }
 
 TEST(StoreReload, SequenceNumbersGoOnRising)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     writeEveryFile(sandbox);
     const auto store = sandbox.load();
-    ASSERT_EQ(policyAt(*store, 5)->sequence(), 5);
+    ASSERT_EQ(test::policyAt(*store, 5)->sequence(), 5);
 
     store->reloadCurrentUserConfiguration();
-    EXPECT_EQ(policyAt(*store, 0)->sequence(), 6);
+    EXPECT_EQ(test::policyAt(*store, 0)->sequence(), 6);
     store->reloadCurrentUserConfiguration();
-    EXPECT_EQ(policyAt(*store, 0)->sequence(), 12);
+    EXPECT_EQ(test::policyAt(*store, 0)->sequence(), 12);
 }
 
 TEST(StoreReload, KeepsSortAndFilter)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /a any r\nallow path /b any r\n");
     const auto store = sandbox.load();
     store->applyFilterWithString("/");
@@ -195,15 +199,15 @@ TEST(StoreReload, KeepsSortAndFilter)
 
     store->reloadCurrentUserConfiguration();
 
-    EXPECT_EQ(rowPaths(*store), (Lines{"/d", "/c"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"/d", "/c"}));
     EXPECT_EQ(store->storedRules(), 3U);
     store->applyFilterWithString("");
-    EXPECT_EQ(rowPaths(*store), (Lines{"hidden", "/d", "/c"}));
+    EXPECT_EQ(test::rowPaths(*store), (Lines{"hidden", "/d", "/c"}));
 }
 
 TEST(StoreReload, OldGroupsAreGone)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /a /bin/old r\n");
     const auto store = sandbox.load();
     ASSERT_EQ(store->sortedKeys().size(), 1U);
@@ -216,7 +220,7 @@ TEST(StoreReload, OldGroupsAreGone)
 
 TEST(StoreReload, RowsKeptFromBeforeStayReadable)
 {
-    const StoreSandbox sandbox;
+    const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /a any r\n");
     const auto store = sandbox.load();
     const auto before = store->rows();
@@ -231,31 +235,33 @@ TEST(StoreReload, RowsKeptFromBeforeStayReadable)
 
 TEST(StoreLifecycle, LocationsOfAnotherRootAreComparedWithIt)
 {
-    const StoreSandbox sandbox;
-    const StoreSandbox other;
+    const test::StoreSandbox sandbox;
+    const test::StoreSandbox other;
     const std::string file
         = other.folder.write("Library/Application Support/Quorvane/quorvane.rc", "set a 1\n");
-    const auto store = RuleManager::initWithContentsOfFile(file, true, sandbox.locations, silentLog());
+    const auto store = RuleManager::initWithContentsOfFile(file, true, sandbox.locations, test::silentLog());
 
     EXPECT_TRUE(store->filterOptions().empty()) << "it is no main file of this root";
 }
 
 TEST(StoreOfText, HoldsTheRulesOfAUsersFileWithThatText)
 {
-    const StoreSandbox box;
+    const test::StoreSandbox box;
     const auto store = RuleManager::initWithText(
-        "allow prefix /a any r\nset x 1\nwatch path /w any r\n", "/pipe", box.locations, silentLog());
+        "allow prefix /a any r\nset x 1\nwatch path /w any r\n", "/pipe", box.locations, test::silentLog());
     EXPECT_EQ(store->userRules().size(), 2U);
     const std::string nul("allow prefix /a any r\n\0allow prefix /b any r\n", 45);
-    EXPECT_EQ(RuleManager::initWithText(nul, "/pipe", box.locations, silentLog())->userRules().size(), 1U);
-    EXPECT_TRUE(RuleManager::initWithText("allow prefix /\xff any r\n", "/pipe", box.locations, silentLog())
-                    ->userRules()
-                    .empty());
+    EXPECT_EQ(
+        RuleManager::initWithText(nul, "/pipe", box.locations, test::silentLog())->userRules().size(), 1U);
+    EXPECT_TRUE(
+        RuleManager::initWithText("allow prefix /\xff any r\n", "/pipe", box.locations, test::silentLog())
+            ->userRules()
+            .empty());
 }
 
 TEST(StoreReload, TakesATextInPlaceOfTheUsersFile)
 {
-    const StoreSandbox box;
+    const test::StoreSandbox box;
     box.writeUserRules("allow prefix /cut");
     box.writeSystemFile("quorvane.rc", "allow prefix /s any r\n");
     const auto store = box.load();
@@ -267,4 +273,4 @@ TEST(StoreReload, TakesATextInPlaceOfTheUsersFile)
     EXPECT_EQ(store->allRules().size(), 3U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // The product's folders in a temporary place, for the user "ann".
 class StoreSandbox {
@@ -34,27 +34,27 @@ public:
                 + "</dict></plist>");
     }
 
-    std::unique_ptr<RuleManager> load(Log& log = silentLog()) const
+    std::unique_ptr<rules::RuleManager> load(platform::Log& log = test::silentLog()) const
     {
-        return RuleManager::initWithCurrentUserConfiguration(locations, log);
+        return rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
     }
 
     // A store of one file with that text.
-    std::unique_ptr<RuleManager> storeOf(
-        const std::string& text, bool system = false, Log& log = silentLog()) const
+    std::unique_ptr<rules::RuleManager> storeOf(
+        const std::string& text, bool system = false, platform::Log& log = test::silentLog()) const
     {
-        return RuleManager::initWithContentsOfFile(
+        return rules::RuleManager::initWithContentsOfFile(
             folder.write("exchange.quorv", text), system, locations, log);
     }
 
     // A store without rules.
-    std::unique_ptr<RuleManager> emptyStore() const
+    std::unique_ptr<rules::RuleManager> emptyStore() const
     {
-        return std::make_unique<RuleManager>(locations, silentLog());
+        return std::make_unique<rules::RuleManager>(locations, test::silentLog());
     }
 
-    const TemporaryFolder folder;
-    const Locations locations{folder.path(), "ann"};
+    const test::TemporaryFolder folder;
+    const platform::Locations locations{folder.path(), "ann"};
 
 private:
     void writeAt(const std::string& path, const std::string& text) const
@@ -69,7 +69,7 @@ inline std::string preference(const std::string& key, int value)
 }
 
 // The paths of the rows, in order.
-inline std::vector<std::string> rowPaths(const RuleManager& store, bool includeSystemRules = true)
+inline std::vector<std::string> rowPaths(const rules::RuleManager& store, bool includeSystemRules = true)
 {
     std::vector<std::string> paths;
     for (std::size_t row = 0; row < store.totalRules(includeSystemRules); ++row) {
@@ -80,13 +80,13 @@ inline std::vector<std::string> rowPaths(const RuleManager& store, bool includeS
 }
 
 // The record of a row, which must be of that kind.
-inline PolicyRulePtr policyAt(const RuleManager& store, std::size_t row)
+inline rules::PolicyRulePtr policyAt(const rules::RuleManager& store, std::size_t row)
 {
-    return std::get<PolicyRulePtr>(store.ruleAtIndex(row, true));
+    return std::get<rules::PolicyRulePtr>(store.ruleAtIndex(row, true));
 }
-inline WatchRulePtr watchAt(const RuleManager& store, std::size_t row)
+inline rules::WatchRulePtr watchAt(const rules::RuleManager& store, std::size_t row)
 {
-    return std::get<WatchRulePtr>(store.ruleAtIndex(row, true));
+    return std::get<rules::WatchRulePtr>(store.ruleAtIndex(row, true));
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -26,7 +26,7 @@ class Companions {
 public:
     explicit Companions(unsigned seed)
         : m_random(seed)
-        , m_store(StoreSandbox().emptyStore())
+        , m_store(test::StoreSandbox().emptyStore())
     {
     }
 
@@ -80,7 +80,7 @@ public:
         m_store->rebuildRulesCache();
         std::vector<PolicyRulePtr> asked = m_policies;
         for (int strangers = 0; strangers < 5; ++strangers)
-            asked.push_back(policyRule(m_random.policy()));
+            asked.push_back(test::policyRule(m_random.policy()));
         for (const PolicyRulePtr& rule : asked) {
             const bool isThere = std::any_of(m_plain.policyRules.begin(), m_plain.policyRules.end(),
                 [&](const auto& stored) { return stored->isEqualToPolicyRule(*rule); });
@@ -102,14 +102,14 @@ private:
 
     void addPolicy()
     {
-        m_policies.push_back(policyRule(m_random.policy()));
+        m_policies.push_back(test::policyRule(m_random.policy()));
         m_plain.add(m_policies.back());
         ASSERT_TRUE(m_store->addPolicyRule(m_policies.back()));
     }
 
     void addWatch()
     {
-        const auto rule = watchRule(m_random.watch());
+        const auto rule = test::watchRule(m_random.watch());
         m_plain.add(rule);
         ASSERT_TRUE(m_store->addWatchRule(rule));
     }
@@ -179,8 +179,8 @@ private:
         }
     }
 
-    RandomRules m_random;
-    PlainStore m_plain;
+    test::RandomRules m_random;
+    test::PlainStore m_plain;
     std::unique_ptr<RuleManager> m_store;
     std::vector<PolicyRulePtr> m_policies; // also those deleted since
     std::size_t m_redundant = 0;
@@ -235,12 +235,12 @@ TEST(StoreWalks, EqualityAmongRulesThatPassAgreesWithPlainWalks)
 
 TEST(StoreWalks, OneLongGroupIsEmptiedAsAPlainListIs)
 {
-    RandomRules random(77);
-    const auto store = StoreSandbox().emptyStore();
-    PlainStore plain;
+    test::RandomRules random(77);
+    const auto store = test::StoreSandbox().emptyStore();
+    test::PlainStore plain;
     std::vector<PolicyRulePtr> rules;
     for (int number = 0; number < 300; ++number) {
-        rules.push_back(policyRule({.path = "/" + std::to_string(random.below(60)),
+        rules.push_back(test::policyRule({.path = "/" + std::to_string(random.below(60)),
             .processName = "/bin/p",
             .operations = 1 + static_cast<std::uint32_t>(random.below(3))}));
         store->addPolicyRule(rules.back());
@@ -257,4 +257,4 @@ TEST(StoreWalks, OneLongGroupIsEmptiedAsAPlainListIs)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

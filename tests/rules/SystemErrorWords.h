@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // How messages end that name an error of the system: "No such file or directory (2)".
 inline std::string systemErrorWords(int number)
@@ -11,4 +11,4 @@ inline std::string systemErrorWords(int number)
     return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-namespace quorvane {
+namespace quorvane::rules {
 
 namespace {
 
@@ -152,4 +152,4 @@ TEST(WatchRuleEquality, NullEqualsNothingNotEvenNull)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::rules

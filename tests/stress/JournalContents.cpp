@@ -11,7 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace quorvane {
+namespace quorvane::test {
 
 namespace {
 
@@ -22,7 +22,7 @@ bool write(const std::string& path, const std::optional<std::string>& bytes)
     return bytes && file.flush();
 }
 
-nlohmann::json described(const JournalVersion& version)
+nlohmann::json described(const history::JournalVersion& version)
 {
     return {{"number", version.number}, {"program", version.program.value_or("")},
         {"action", version.action.value_or("")}, {"state", static_cast<int>(version.state)},
@@ -32,12 +32,12 @@ nlohmann::json described(const JournalVersion& version)
 
 int printContents(const std::string& stateFolder, const std::string& file, const std::string& out)
 {
-    Log log({});
-    const auto journal = Journal::open(stateFolder, file, {}, log);
+    platform::Log log({});
+    const auto journal = history::Journal::open(stateFolder, file, {}, log);
     auto versions = journal->versions();
     std::reverse(versions.begin(), versions.end());
     bool isComplete = !journal->problem();
-    for (const JournalVersion& version : versions) {
+    for (const history::JournalVersion& version : versions) {
         const std::string name = out + "/" + std::to_string(version.number);
         isComplete = write(name + ".bytes", journal->bytesOf(version.number))
             && write(name + ".meant", journal->meantOf(version.number)) && isComplete;
@@ -50,9 +50,9 @@ int printContents(const std::string& stateFolder, const std::string& file, const
 
 } // namespace
 
-} // namespace quorvane
+} // namespace quorvane::test
 
 int main(int argumentCount, char** arguments)
 {
-    return argumentCount == 4 ? quorvane::printContents(arguments[1], arguments[2], arguments[3]) : 2;
+    return argumentCount == 4 ? quorvane::test::printContents(arguments[1], arguments[2], arguments[3]) : 2;
 }

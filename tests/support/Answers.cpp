@@ -8,46 +8,46 @@
 
 namespace quorvane::test {
 
-TrustAnchor testAnchor()
+codesign::TrustAnchor testAnchor()
 {
-    TrustAnchor anchor{};
-    const auto root = Certificate::parse(testAuthority().root.encoded());
-    const HashValue fingerprint = root->fingerprint();
+    codesign::TrustAnchor anchor{};
+    const auto root = codesign::Certificate::parse(testAuthority().root.encoded());
+    const codesign::HashValue fingerprint = root->fingerprint();
     std::copy_n(fingerprint.bytes.begin(), anchor.fingerprint.size(), anchor.fingerprint.begin());
     return anchor;
 }
 
-std::string answers(const CodeObject* code)
+std::string answers(const codesign::CodeObject* code)
 {
-    return "basic " + std::to_string(codeSignState(code, basicFlags)) + ", strict "
-        + std::to_string(codeSignState(code, strictFlags)) + ", "
-        + codeSignText(code, kSecCodeInfoIdentifier).value_or("none") + ", "
-        + codeSignText(code, kSecCodeInfoTeamIdentifier).value_or("none") + ", platform "
+    return "basic " + std::to_string(codeSignState(code, codesign::basicFlags)) + ", strict "
+        + std::to_string(codeSignState(code, codesign::strictFlags)) + ", "
+        + codeSignText(code, codesign::kSecCodeInfoIdentifier).value_or("none") + ", "
+        + codeSignText(code, codesign::kSecCodeInfoTeamIdentifier).value_or("none") + ", platform "
         + std::to_string(codeSignPlatformIdentifier(code)) + ", " + codeSignCertInfo(code);
 }
 
 std::string answersAt(const std::string& path)
 {
-    return answers(ProgramCode::atPath(path, testAnchor()).get());
+    return answers(codesign::ProgramCode::atPath(path, testAnchor()).get());
 }
 
-std::string answers(const Bytes& program)
+std::string answers(const codesign::Bytes& program)
 {
     const TemporaryFolder folder;
     return answersAt(folder.write("program", program));
 }
 
-std::string states(const Bytes& program)
+std::string states(const codesign::Bytes& program)
 {
     const TemporaryFolder folder;
-    const auto code = ProgramCode::atPath(folder.write("program", program), testAnchor());
-    return std::to_string(codeSignState(code.get(), basicFlags)) + " "
-        + std::to_string(codeSignState(code.get(), strictFlags));
+    const auto code = codesign::ProgramCode::atPath(folder.write("program", program), testAnchor());
+    return std::to_string(codeSignState(code.get(), codesign::basicFlags)) + " "
+        + std::to_string(codeSignState(code.get(), codesign::strictFlags));
 }
 
 std::int32_t stateAt(const std::string& path, std::uint32_t flags)
 {
-    return codeSignState(ProgramCode::atPath(path, testAnchor()).get(), flags);
+    return codeSignState(codesign::ProgramCode::atPath(path, testAnchor()).get(), flags);
 }
 
 SignaturePlan signedPlan(const CmsPlan& cms)
@@ -55,16 +55,16 @@ SignaturePlan signedPlan(const CmsPlan& cms)
     SignaturePlan plan;
     plan.directories.front().flags = 0;
     plan.directories.front().team = "TEAM123456";
-    plan.sign = [cms](const std::vector<Bytes>& directories) { return makeCms(cms, directories); };
+    plan.sign = [cms](const std::vector<codesign::Bytes>& directories) { return makeCms(cms, directories); };
     return plan;
 }
 
-Bytes signedProgram(const CmsPlan& cms)
+codesign::Bytes signedProgram(const CmsPlan& cms)
 {
     return programOf(signedPlan(cms));
 }
 
-Bytes programOf(const SignaturePlan& signature)
+codesign::Bytes programOf(const SignaturePlan& signature)
 {
     ProgramPlan plan;
     plan.signature = signature;

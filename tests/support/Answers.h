@@ -10,26 +10,26 @@
 namespace quorvane::test {
 
 // The root of the test authority as the one trusted certificate.
-TrustAnchor testAnchor();
+codesign::TrustAnchor testAnchor();
 
 // All that is asked of a program, as one text: "basic 2, strict 2, com.example.tool, TEAM, platform 0,
 // CERTIFICATE TEXT"; "none" stands for a text that is absent.
-std::string answers(const CodeObject* code);
+std::string answers(const codesign::CodeObject* code);
 std::string answersAt(const std::string& path);
-std::string answers(const Bytes& program);
+std::string answers(const codesign::Bytes& program);
 
 // The two states alone: "2 3".
-std::string states(const Bytes& program);
+std::string states(const codesign::Bytes& program);
 
 // The state by a flag word of one's own.
 std::int32_t stateAt(const std::string& path, std::uint32_t flags);
 
 // A plan signed by the test authority's signer, with its team.
 SignaturePlan signedPlan(const CmsPlan& cms = {});
-Bytes signedProgram(const CmsPlan& cms = {});
+codesign::Bytes signedProgram(const CmsPlan& cms = {});
 
 // A program of the usual kind with this signature.
-Bytes programOf(const SignaturePlan& signature);
+codesign::Bytes programOf(const SignaturePlan& signature);
 
 // The answers for the signed program under the test anchor, and what is left of them when its signer is not
 // proven and both states are `state`.

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A log whose lines a test reads.
 class CapturedLog {
@@ -18,7 +18,7 @@ public:
     {
     }
 
-    Log& log() { return m_log; }
+    platform::Log& log() { return m_log; }
 
     // Everything logged so far.
     std::vector<std::string> lines()
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    class Sink : public LogSink {
+    class Sink : public platform::LogSink {
     public:
         explicit Sink(std::shared_ptr<std::vector<std::string>> lines)
             : m_lines(std::move(lines))
@@ -40,16 +40,16 @@ private:
         std::shared_ptr<std::vector<std::string>> m_lines;
     };
 
-    static std::vector<std::unique_ptr<LogSink>> sinksFor(
+    static std::vector<std::unique_ptr<platform::LogSink>> sinksFor(
         const std::shared_ptr<std::vector<std::string>>& lines)
     {
-        std::vector<std::unique_ptr<LogSink>> sinks;
+        std::vector<std::unique_ptr<platform::LogSink>> sinks;
         sinks.push_back(std::make_unique<Sink>(lines));
         return sinks;
     }
 
     std::shared_ptr<std::vector<std::string>> m_lines;
-    Log m_log;
+    platform::Log m_log;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // What `work` answers in a process of its own, whose user, limits and descriptors it may spoil.
 inline std::string answerOfChild(const std::function<std::string()>& work)
@@ -54,4 +54,4 @@ inline bool forbidThreads()
     return becomeOrdinaryUser() && setrlimit(RLIMIT_NPROC, &none) == 0;
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -14,26 +14,26 @@ namespace {
 const char* const hashNames[] = {"", "SHA1", "SHA256", "SHA256", "SHA384"};
 constexpr std::size_t listedLength = 20;
 
-Bytes digest(const char* hash, ByteView data)
+codesign::Bytes digest(const char* hash, codesign::ByteView data)
 {
-    Bytes value(EVP_MAX_MD_SIZE);
+    codesign::Bytes value(EVP_MAX_MD_SIZE);
     unsigned length = 0;
     EVP_Digest(data.data(), data.size(), value.data(), &length, EVP_get_digestbyname(hash), nullptr);
     value.resize(length);
     return value;
 }
 
-Bytes hashIdentifier(const std::string& hash)
+codesign::Bytes hashIdentifier(const std::string& hash)
 {
     if (hash == "SHA1")
         return objectIdentifier("1.3.14.3.2.26");
     return objectIdentifier(hash == "SHA256" ? "2.16.840.1.101.3.4.2.1" : "2.16.840.1.101.3.4.2.2");
 }
 
-Bytes signatureOver(const Identity& signer, const char* hash, ByteView message)
+codesign::Bytes signatureOver(const Identity& signer, const char* hash, codesign::ByteView message)
 {
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    Bytes signature(static_cast<std::size_t>(EVP_PKEY_get_size(signer.key.get())));
+    codesign::Bytes signature(static_cast<std::size_t>(EVP_PKEY_get_size(signer.key.get())));
     std::size_t length = signature.size();
     if (EVP_DigestSignInit(context.get(), nullptr, EVP_get_digestbyname(hash), nullptr, signer.key.get()) != 1
         || EVP_DigestSign(context.get(), signature.data(), &length, message.data(), message.size()) != 1)
@@ -42,25 +42,25 @@ Bytes signatureOver(const Identity& signer, const char* hash, ByteView message)
     return signature;
 }
 
-Bytes nameOf(const Identity& identity)
+codesign::Bytes nameOf(const Identity& identity)
 {
-    Bytes serial(64);
+    codesign::Bytes serial(64);
     unsigned char* at = serial.data();
     serial.resize(
         static_cast<std::size_t>(i2d_ASN1_INTEGER(X509_get0_serialNumber(identity.certificate.get()), &at)));
     const X509_NAME* issuer = X509_get_issuer_name(identity.certificate.get());
-    Bytes name(static_cast<std::size_t>(i2d_X509_NAME(issuer, nullptr)));
+    codesign::Bytes name(static_cast<std::size_t>(i2d_X509_NAME(issuer, nullptr)));
     at = name.data();
     i2d_X509_NAME(issuer, &at);
     return elementOf(0x30, {name, serial});
 }
 
-Bytes wrap(std::uint8_t tag, const std::vector<Bytes>& parts, bool indefinite)
+codesign::Bytes wrap(std::uint8_t tag, const std::vector<codesign::Bytes>& parts, bool indefinite)
 {
     if (!indefinite)
         return elementOf(tag, parts);
-    Bytes bytes{tag, 0x80};
-    for (const Bytes& part : parts)
+    codesign::Bytes bytes{tag, 0x80};
+    for (const codesign::Bytes& part : parts)
         append(bytes, part);
     bytes.resize(bytes.size() + 2);
     return bytes;
@@ -69,25 +69,26 @@ Bytes wrap(std::uint8_t tag, const std::vector<Bytes>& parts, bool indefinite)
 struct SignerPlan {
     const Identity& identity;
     const char* hash;
-    std::vector<Bytes> attributes; // none: the content is signed itself
-    std::function<std::optional<Bytes>(const Bytes& signature)> unsignedAttribute;
-    Bytes keyIdentifier{}; // empty: named by issuer and serial number
+    std::vector<codesign::Bytes> attributes; // none: the content is signed itself
+    std::function<std::optional<codesign::Bytes>(const codesign::Bytes& signature)> unsignedAttribute;
+    codesign::Bytes keyIdentifier{}; // empty: named by issuer and serial number
 };
 
-Bytes signerInfo(const SignerPlan& plan, ByteView content)
+codesign::Bytes signerInfo(const SignerPlan& plan, codesign::ByteView content)
 {
-    const Bytes hash = elementOf(0x30, {hashIdentifier(plan.hash), {0x05, 0x00}});
-    const Bytes rsa = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.1.1"), {0x05, 0x00}});
-    const Bytes ecdsa = elementOf(0x30, {objectIdentifier("1.2.840.10045.4.3.2")});
+    const codesign::Bytes hash = elementOf(0x30, {hashIdentifier(plan.hash), {0x05, 0x00}});
+    const codesign::Bytes rsa = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.1.1"), {0x05, 0x00}});
+    const codesign::Bytes ecdsa = elementOf(0x30, {objectIdentifier("1.2.840.10045.4.3.2")});
     const bool usesRsa = EVP_PKEY_is_a(plan.identity.key.get(), "RSA") == 1;
-    const Bytes name = plan.keyIdentifier.empty() ? nameOf(plan.identity) : element(0x80, plan.keyIdentifier);
-    std::vector<Bytes> parts{{0x02, 0x01, 0x01}, name, hash};
-    Bytes toSign(content.begin(), content.end());
+    const codesign::Bytes name
+        = plan.keyIdentifier.empty() ? nameOf(plan.identity) : element(0x80, plan.keyIdentifier);
+    std::vector<codesign::Bytes> parts{{0x02, 0x01, 0x01}, name, hash};
+    codesign::Bytes toSign(content.begin(), content.end());
     if (!plan.attributes.empty()) {
         toSign = elementOf(0x31, plan.attributes);
         parts.push_back(elementOf(0xa0, plan.attributes));
     }
-    const Bytes signature = signatureOver(plan.identity, plan.hash, toSign);
+    const codesign::Bytes signature = signatureOver(plan.identity, plan.hash, toSign);
     parts.push_back(usesRsa ? rsa : ecdsa);
     parts.push_back(element(0x04, signature));
     if (const auto more = plan.unsignedAttribute ? plan.unsignedAttribute(signature) : std::nullopt)
@@ -95,29 +96,29 @@ Bytes signerInfo(const SignerPlan& plan, ByteView content)
     return elementOf(0x30, parts);
 }
 
-Bytes message(const Bytes& contentInfo, const std::vector<Identity>& certificates, const Bytes& signer,
-    const char* hash, bool indefinite)
+codesign::Bytes message(const codesign::Bytes& contentInfo, const std::vector<Identity>& certificates,
+    const codesign::Bytes& signer, const char* hash, bool indefinite)
 {
-    std::vector<Bytes> encoded;
+    std::vector<codesign::Bytes> encoded;
     encoded.reserve(certificates.size());
     for (const Identity& identity : certificates)
         encoded.push_back(identity.encoded());
-    const Bytes hashes = elementOf(0x31, {elementOf(0x30, {hashIdentifier(hash)})});
-    const Bytes data = wrap(0x30,
+    const codesign::Bytes hashes = elementOf(0x31, {elementOf(0x30, {hashIdentifier(hash)})});
+    const codesign::Bytes data = wrap(0x30,
         {{0x02, 0x01, 0x01}, hashes, contentInfo, wrap(0xa0, encoded, indefinite), element(0x31, signer)},
         indefinite);
     return wrap(0x30, {objectIdentifier("1.2.840.113549.1.7.2"), wrap(0xa0, {data}, indefinite)}, indefinite);
 }
 
-Bytes stampToken(const StampPlan& plan, const Bytes& signature)
+codesign::Bytes stampToken(const StampPlan& plan, const codesign::Bytes& signature)
 {
-    const Bytes hash = elementOf(0x30, {hashIdentifier("SHA256"), {0x05, 0x00}});
-    const Bytes imprint = element(0x04, digest("SHA256", plan.imprinted.value_or(signature)));
-    const Bytes record = elementOf(0x30,
+    const codesign::Bytes hash = elementOf(0x30, {hashIdentifier("SHA256"), {0x05, 0x00}});
+    const codesign::Bytes imprint = element(0x04, digest("SHA256", plan.imprinted.value_or(signature)));
+    const codesign::Bytes record = elementOf(0x30,
         {{0x02, 0x01, 0x01}, objectIdentifier("1.2.3.4"), elementOf(0x30, {hash, imprint}),
             {0x02, 0x01, 0x07}, element(0x18, bytesOf(plan.time))});
     const std::string type = "1.2.840.113549.1.9.16.1.4";
-    const Bytes contentInfo
+    const codesign::Bytes contentInfo
         = elementOf(0x30, {objectIdentifier(type), element(0xa0, elementOf(0x24, {element(0x04, record)}))});
     const SignerPlan signer{plan.stamper, "SHA1",
         {attribute("1.2.840.113549.1.9.3", {objectIdentifier(type)}),
@@ -126,17 +127,17 @@ Bytes stampToken(const StampPlan& plan, const Bytes& signature)
     return message(contentInfo, plan.certificates, signerInfo(signer, record), "SHA1", false);
 }
 
-Bytes propertyList(const std::vector<Bytes>& directories)
+codesign::Bytes propertyList(const std::vector<codesign::Bytes>& directories)
 {
-    std::vector<const Bytes*> sorted;
+    std::vector<const codesign::Bytes*> sorted;
     sorted.reserve(directories.size());
-    for (const Bytes& one : directories)
+    for (const codesign::Bytes& one : directories)
         sorted.push_back(&one);
-    std::sort(
-        sorted.begin(), sorted.end(), [](const Bytes* a, const Bytes* b) { return (*a)[37] < (*b)[37]; });
+    std::sort(sorted.begin(), sorted.end(),
+        [](const codesign::Bytes* a, const codesign::Bytes* b) { return (*a)[37] < (*b)[37]; });
     std::string list = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>cdhashes</key><array>";
-    for (const Bytes* one : sorted) {
-        const Bytes hash = digest(hashNames[(*one)[37]], *one);
+    for (const codesign::Bytes* one : sorted) {
+        const codesign::Bytes hash = digest(hashNames[(*one)[37]], *one);
         unsigned char text[64];
         EVP_EncodeBlock(text, hash.data(), static_cast<int>(listedLength));
         list += "<data>" + std::string(reinterpret_cast<char*>(text)) + "</data>";
@@ -144,10 +145,10 @@ Bytes propertyList(const std::vector<Bytes>& directories)
     return bytesOf(list + "</array></dict></plist>");
 }
 
-std::vector<Bytes> hashSet(const std::vector<Bytes>& directories, bool unsorted)
+std::vector<codesign::Bytes> hashSet(const std::vector<codesign::Bytes>& directories, bool unsorted)
 {
-    std::vector<Bytes> values;
-    for (const Bytes& one : directories) {
+    std::vector<codesign::Bytes> values;
+    for (const codesign::Bytes& one : directories) {
         const char* hash = hashNames[one[37]];
         values.push_back(elementOf(0x30, {hashIdentifier(hash), element(0x04, digest(hash, one))}));
     }
@@ -159,42 +160,42 @@ std::vector<Bytes> hashSet(const std::vector<Bytes>& directories, bool unsorted)
 
 } // namespace
 
-Bytes element(std::uint8_t tag, ByteView contents)
+codesign::Bytes element(std::uint8_t tag, codesign::ByteView contents)
 {
-    Bytes bytes{tag};
+    codesign::Bytes bytes{tag};
     if (contents.size() < 0x80) {
         bytes.push_back(static_cast<std::uint8_t>(contents.size()));
     } else {
         bytes.push_back(0x83);
-        putNumber(bytes, 2, contents.size(), 3, ByteOrder::big);
+        putNumber(bytes, 2, contents.size(), 3, codesign::ByteOrder::big);
     }
     append(bytes, contents);
     return bytes;
 }
 
-Bytes elementOf(std::uint8_t tag, const std::vector<Bytes>& parts)
+codesign::Bytes elementOf(std::uint8_t tag, const std::vector<codesign::Bytes>& parts)
 {
-    Bytes contents;
-    for (const Bytes& part : parts)
+    codesign::Bytes contents;
+    for (const codesign::Bytes& part : parts)
         append(contents, part);
     return element(tag, contents);
 }
 
-Bytes objectIdentifier(const std::string& dots)
+codesign::Bytes objectIdentifier(const std::string& dots)
 {
     const std::unique_ptr<ASN1_OBJECT, decltype(&ASN1_OBJECT_free)> object(
         OBJ_txt2obj(dots.c_str(), 1), ASN1_OBJECT_free);
-    return element(0x06, ByteView(OBJ_get0_data(object.get()), OBJ_length(object.get())));
+    return element(0x06, codesign::ByteView(OBJ_get0_data(object.get()), OBJ_length(object.get())));
 }
 
-Bytes attribute(const std::string& identifier, const std::vector<Bytes>& values)
+codesign::Bytes attribute(const std::string& identifier, const std::vector<codesign::Bytes>& values)
 {
     return elementOf(0x30, {objectIdentifier(identifier), elementOf(0x31, values)});
 }
 
-Bytes makeCms(const CmsPlan& plan, const std::vector<Bytes>& directories)
+codesign::Bytes makeCms(const CmsPlan& plan, const std::vector<codesign::Bytes>& directories)
 {
-    std::vector<Bytes> attributes;
+    std::vector<codesign::Bytes> attributes;
     if (plan.signedAttributes) {
         attributes.push_back(attribute("1.2.840.113549.1.9.3", {objectIdentifier("1.2.840.113549.1.7.1")}));
         attributes.push_back(
@@ -208,13 +209,13 @@ Bytes makeCms(const CmsPlan& plan, const std::vector<Bytes>& directories)
     if (plan.alter)
         plan.alter(attributes);
     const SignerPlan signer{plan.signer, plan.hash, attributes,
-        [&](const Bytes& signature) -> std::optional<Bytes> {
+        [&](const codesign::Bytes& signature) -> std::optional<codesign::Bytes> {
             if (!plan.stamp)
                 return std::nullopt;
             return attribute("1.2.840.113549.1.9.16.2.14", {stampToken(*plan.stamp, signature)});
         },
         plan.signerKeyIdentifier};
-    const Bytes contentInfo = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.7.1")});
+    const codesign::Bytes contentInfo = elementOf(0x30, {objectIdentifier("1.2.840.113549.1.7.1")});
     return message(contentInfo, plan.certificates, signerInfo(signer, directories.front()), plan.hash,
         plan.indefiniteLengths);
 }

@@ -10,19 +10,19 @@
 namespace quorvane::test {
 
 // One encoded element.
-Bytes element(std::uint8_t tag, ByteView contents);
-Bytes elementOf(std::uint8_t tag, const std::vector<Bytes>& parts);
-Bytes objectIdentifier(const std::string& dots);
+codesign::Bytes element(std::uint8_t tag, codesign::ByteView contents);
+codesign::Bytes elementOf(std::uint8_t tag, const std::vector<codesign::Bytes>& parts);
+codesign::Bytes objectIdentifier(const std::string& dots);
 
 // A signed or unsigned attribute of a CMS message.
-Bytes attribute(const std::string& identifier, const std::vector<Bytes>& values);
+codesign::Bytes attribute(const std::string& identifier, const std::vector<codesign::Bytes>& values);
 
 // A time stamp token to be made.
 struct StampPlan {
     Identity stamper;
     std::vector<Identity> certificates;
     std::string time = "20230601120000Z";
-    std::optional<Bytes> imprinted; // something else than the signature
+    std::optional<codesign::Bytes> imprinted; // something else than the signature
 };
 
 // A CMS message over CodeDirectories to be made.
@@ -30,7 +30,7 @@ struct CmsPlan {
     Identity signer = testAuthority().signer;
     std::vector<Identity> certificates{
         testAuthority().intermediate, testAuthority().root, testAuthority().signer};
-    Bytes signerKeyIdentifier; // by which the signer is named; empty: by issuer and serial number
+    codesign::Bytes signerKeyIdentifier; // by which the signer is named; empty: by issuer and serial number
     bool listAsPropertyList = true;
     bool listAsSet = true;
     bool setUnsorted = false;
@@ -39,9 +39,9 @@ struct CmsPlan {
     const char* hash = "SHA256";
     std::optional<StampPlan> stamp;
     // Changes the attributes, each a whole element, before they are signed.
-    std::function<void(std::vector<Bytes>& attributes)> alter;
+    std::function<void(std::vector<codesign::Bytes>& attributes)> alter;
 };
 
-Bytes makeCms(const CmsPlan& plan, const std::vector<Bytes>& directories);
+codesign::Bytes makeCms(const CmsPlan& plan, const std::vector<codesign::Bytes>& directories);
 
 } // namespace quorvane::test

@@ -5,7 +5,7 @@
 
 #include <stdlib.h> // setenv
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Sets a variable of the environment, or removes it, and puts it back in the end.
 class EnvironmentVariable {
@@ -34,4 +34,4 @@ private:
     std::optional<std::string> m_before;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

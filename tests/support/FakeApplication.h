@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Notes what the windows ask of the application, and answers as it is told to.
-class FakeApplication : public ApplicationServices {
+class FakeApplication : public workflow::ApplicationServices {
 public:
     struct Notice {
         std::string header;
@@ -48,4 +48,4 @@ public:
     int terminations = 0;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -13,7 +13,7 @@
 #include <map>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A service on a bus that answers as a test says. It lives in the test's own thread: whoever held up that
 // thread while waiting for an answer would never get one.
@@ -97,4 +97,4 @@ private:
     std::map<std::string, QDBusMessage> m_lastCalls;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

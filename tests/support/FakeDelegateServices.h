@@ -11,25 +11,25 @@
 #include <utility>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Keeps the notices it is given, for a test to end them.
-class FakeNotices : public Notices {
+class FakeNotices : public platform::Notices {
 public:
-    void show(const DesktopNotice& notice, std::function<void(NoticeEnd)> ended) override
+    void show(const platform::DesktopNotice& notice, std::function<void(platform::NoticeEnd)> ended) override
     {
         shown.push_back(notice);
         ends.push_back(std::move(ended));
     }
     void finish() override { ++finished; }
 
-    std::vector<DesktopNotice> shown;
-    std::vector<std::function<void(NoticeEnd)>> ends;
+    std::vector<platform::DesktopNotice> shown;
+    std::vector<std::function<void(platform::NoticeEnd)>> ends;
     int finished = 0;
 };
 
 // Answers as a test says, and notes what it was asked.
-class FakeAuthority : public AdminAuthority {
+class FakeAuthority : public platform::AdminAuthority {
 public:
     bool isAdminUser() override { return isAdmin; }
     bool verifyFingerprint(const std::string& reason) override
@@ -50,7 +50,7 @@ public:
 };
 
 // The processes that a test names, and the signals sent to them.
-class FakeRunningApplications : public RunningApplications {
+class FakeRunningApplications : public platform::RunningApplications {
 public:
     std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) override
     {
@@ -65,4 +65,4 @@ public:
     std::vector<std::string> sent;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

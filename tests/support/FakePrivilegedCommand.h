@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Notes the commands that were to be run as administrator.
-class FakePrivilegedCommand : public PrivilegedCommand {
+class FakePrivilegedCommand : public platform::PrivilegedCommand {
 public:
     std::string run(const std::string& command) override
     {
@@ -23,4 +23,4 @@ public:
     std::vector<std::string> commands;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -7,13 +7,13 @@
 #include <set>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 inline const std::string sha1OfNothing = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
 inline const std::string sha256OfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 
 // Facts given by hand; counts what is asked.
-class GivenFacts : public ProgramFacts {
+class GivenFacts : public workflow::ProgramFacts {
 public:
     bool exists(const std::string& path) override
     {
@@ -33,9 +33,9 @@ public:
         return !unreadable.contains(path);
     }
     std::optional<std::string> team(const std::string& path) override { return answer(teams, path); }
-    TeamProof teamProof(const std::string& path) override
+    workflow::TeamProof teamProof(const std::string& path) override
     {
-        return answer(proofs, path).value_or(TeamProof::proven);
+        return answer(proofs, path).value_or(workflow::TeamProof::proven);
     }
     std::uint32_t platformIdentifier(const std::string& path) override
     {
@@ -48,7 +48,7 @@ public:
     std::map<std::string, std::string> sha1s;
     std::map<std::string, std::string> sha256s;
     std::map<std::string, std::string> teams;
-    std::map<std::string, TeamProof> proofs;
+    std::map<std::string, workflow::TeamProof> proofs;
     std::map<std::string, std::uint32_t> platformIdentifiers;
     int questions = 0;
 
@@ -62,4 +62,4 @@ private:
     }
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

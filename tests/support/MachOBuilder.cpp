@@ -13,7 +13,7 @@ namespace {
 // Writes header and load commands in one byte order and width.
 class CommandWriter {
 public:
-    CommandWriter(Bytes& out, const ProgramPlan& plan)
+    CommandWriter(codesign::Bytes& out, const ProgramPlan& plan)
         : m_out(out)
         , m_plan(plan)
         , m_at(plan.is64Bit ? 32 : 28)
@@ -27,7 +27,8 @@ public:
         put(12, m_plan.fileType);
     }
 
-    void segment(const char* name, std::size_t offset, std::size_t size, std::optional<ByteView> infoPlist)
+    void segment(
+        const char* name, std::size_t offset, std::size_t size, std::optional<codesign::ByteView> infoPlist)
     {
         const bool wide = m_plan.is64Bit;
         const std::size_t section = m_at + (wide ? 72 : 56);
@@ -82,7 +83,7 @@ private:
         put(20, m_at - (m_plan.is64Bit ? 32 : 28));
     }
 
-    Bytes& m_out;
+    codesign::Bytes& m_out;
     const ProgramPlan& m_plan;
     std::size_t m_at;
     std::uint32_t m_count = 0;
@@ -90,10 +91,10 @@ private:
 
 } // namespace
 
-Bytes makeProgram(const ProgramPlan& plan)
+codesign::Bytes makeProgram(const ProgramPlan& plan)
 {
     const std::size_t room = plan.signature ? signatureRoom : 0;
-    Bytes program(codeLength);
+    codesign::Bytes program(codeLength);
     for (std::size_t i = 4096; i < program.size(); ++i)
         program[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
     if (plan.infoPlistSection)
@@ -102,14 +103,14 @@ Bytes makeProgram(const ProgramPlan& plan)
     CommandWriter commands(program, plan);
     commands.header();
     commands.segment("__TEXT", 0, codeLength - 1000,
-        plan.infoPlistSection ? std::optional<ByteView>(*plan.infoPlistSection) : std::nullopt);
+        plan.infoPlistSection ? std::optional<codesign::ByteView>(*plan.infoPlistSection) : std::nullopt);
     if (plan.withLinkEdit)
         commands.segment("__LINKEDIT", codeLength - 1000, 1000 + room, std::nullopt);
     commands.symbolTable(codeLength - 1000, 1000 + (plan.withLinkEdit ? 0 : room));
     if (!plan.signature)
         return program;
     commands.codeSignature(codeLength, room);
-    const Bytes container = makeSignature(*plan.signature, program);
+    const codesign::Bytes container = makeSignature(*plan.signature, program);
     if (container.size() > signatureRoom)
         throw std::runtime_error("the signature does not fit");
     append(program, container);
@@ -117,16 +118,16 @@ Bytes makeProgram(const ProgramPlan& plan)
     return program;
 }
 
-Bytes makeUnsignedProgram(ProgramPlan plan)
+codesign::Bytes makeUnsignedProgram(ProgramPlan plan)
 {
     plan.signature.reset();
     return makeProgram(plan);
 }
 
-Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide)
+codesign::Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide)
 {
     constexpr std::size_t alignment = 1U << 14U;
-    Bytes file;
+    codesign::Bytes file;
     putBig32(file, 0, wide ? 0xcafebabf : 0xcafebabe);
     putBig32(file, 4, slices.size());
     std::size_t entry = 8;
@@ -135,8 +136,8 @@ Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide)
         const unsigned width = wide ? 8 : 4;
         const std::size_t align = entry + 8 + width + width;
         putBig32(file, entry, slice.cpuType);
-        putNumber(file, entry + 8, offset, width, ByteOrder::big);
-        putNumber(file, entry + 8 + width, slice.contents.size(), width, ByteOrder::big);
+        putNumber(file, entry + 8, offset, width, codesign::ByteOrder::big);
+        putNumber(file, entry + 8 + width, slice.contents.size(), width, codesign::ByteOrder::big);
         putBig32(file, align, 14);
         entry += wide ? 32 : 20;
         file.resize(std::max(file.size(), entry));
@@ -149,11 +150,11 @@ Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide)
     return file;
 }
 
-std::size_t sliceOffset(ByteView universal, std::size_t index)
+std::size_t sliceOffset(codesign::ByteView universal, std::size_t index)
 {
     const bool wide = universal.u32(0) == 0xcafebabf;
     return static_cast<std::size_t>(
-        universal.number(8 + index * (wide ? 32 : 20) + 8, wide ? 8 : 4, ByteOrder::big));
+        universal.number(8 + index * (wide ? 32 : 20) + 8, wide ? 8 : 4, codesign::ByteOrder::big));
 }
 
 } // namespace quorvane::test

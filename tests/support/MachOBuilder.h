@@ -15,10 +15,10 @@ inline constexpr std::uint32_t powerPc = 18;
 // A Mach-O program to be made: three pages and a bit of code, and a signature at the end.
 struct ProgramPlan {
     bool is64Bit = true;
-    ByteOrder order = ByteOrder::little;
+    codesign::ByteOrder order = codesign::ByteOrder::little;
     std::uint32_t cpuType = arm64;
     std::uint32_t fileType = 2;
-    std::optional<Bytes> infoPlistSection;
+    std::optional<codesign::Bytes> infoPlistSection;
     bool withLinkEdit = true; // else the symbol table tells where the file ends
     std::optional<SignaturePlan> signature = SignaturePlan();
 };
@@ -27,20 +27,20 @@ struct ProgramPlan {
 inline constexpr std::size_t codeLength = 3 * 4096 + 1000;
 inline constexpr std::size_t signatureRoom = 65536;
 
-Bytes makeProgram(const ProgramPlan& plan = {});
+codesign::Bytes makeProgram(const ProgramPlan& plan = {});
 
 // A program that nobody signed.
-Bytes makeUnsignedProgram(ProgramPlan plan = {});
+codesign::Bytes makeUnsignedProgram(ProgramPlan plan = {});
 
 struct SlicePlan {
     std::uint32_t cpuType;
-    Bytes contents;
+    codesign::Bytes contents;
 };
 
 // A universal file; the slices begin at multiples of 16 KiB.
-Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide = false);
+codesign::Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide = false);
 
 // Where the n-th slice of a universal file made here begins.
-std::size_t sliceOffset(ByteView universal, std::size_t index);
+std::size_t sliceOffset(codesign::ByteView universal, std::size_t index);
 
 } // namespace quorvane::test

@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A message bus of a test's own, without services that would be started by being asked for.
 class PrivateBus {
@@ -63,4 +63,4 @@ private:
     pid_t m_daemon = -1;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -5,7 +5,7 @@
 
 #include <plist/plist.h>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // An XML property list with that root.
 inline std::string xmlRoot(const std::string& root)
@@ -30,4 +30,4 @@ inline std::string binaryOf(const std::string& xml)
     return binary;
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

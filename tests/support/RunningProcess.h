@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Starts a program with one argument, as "sleep" takes it, and ends it with the test.
 class RunningProcess {
@@ -69,4 +69,4 @@ private:
     pid_t m_ended = -1;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -32,17 +32,17 @@ Hash hashOfType(std::uint8_t type)
     }
 }
 
-Bytes hashed(std::uint8_t type, ByteView data)
+codesign::Bytes hashed(std::uint8_t type, codesign::ByteView data)
 {
     const Hash hash = hashOfType(type);
-    Bytes value(EVP_MAX_MD_SIZE);
+    codesign::Bytes value(EVP_MAX_MD_SIZE);
     if (EVP_Digest(data.data(), data.size(), value.data(), nullptr, hash.method, nullptr) != 1)
         throw std::runtime_error("no digest");
     value.resize(hash.size);
     return value;
 }
 
-std::optional<Bytes> specialData(std::uint32_t slot, const SignaturePlan& signature)
+std::optional<codesign::Bytes> specialData(std::uint32_t slot, const SignaturePlan& signature)
 {
     if (slot == 1)
         return signature.infoPlist;
@@ -54,20 +54,21 @@ std::optional<Bytes> specialData(std::uint32_t slot, const SignaturePlan& signat
 
 } // namespace
 
-Bytes makeBlob(std::uint32_t magic, ByteView contents)
+codesign::Bytes makeBlob(std::uint32_t magic, codesign::ByteView contents)
 {
-    Bytes blob(8 + contents.size());
+    codesign::Bytes blob(8 + contents.size());
     putBig32(blob, 0, magic);
     putBig32(blob, 4, blob.size());
     std::copy(contents.begin(), contents.end(), blob.begin() + 8);
     return blob;
 }
 
-Bytes makeDirectory(const DirectoryPlan& plan, const SignaturePlan& signature, ByteView code)
+codesign::Bytes makeDirectory(
+    const DirectoryPlan& plan, const SignaturePlan& signature, codesign::ByteView code)
 {
     const std::size_t hashSize = hashOfType(plan.hashType).size;
     const std::uint64_t limit = plan.limit.value_or(code.size());
-    Bytes blob(plan.version >= 0x20500 ? 108 : 88);
+    codesign::Bytes blob(plan.version >= 0x20500 ? 108 : 88);
     putBig32(blob, 0, 0xfade0c02);
     putBig32(blob, 8, plan.version);
     putBig32(blob, 12, plan.flags);
@@ -87,7 +88,7 @@ Bytes makeDirectory(const DirectoryPlan& plan, const SignaturePlan& signature, B
     }
     for (std::uint32_t slot = lastSpecialSlot; slot > 0; --slot) {
         const auto data = specialData(slot, signature);
-        append(blob, data ? hashed(plan.hashType, *data) : Bytes(hashSize));
+        append(blob, data ? hashed(plan.hashType, *data) : codesign::Bytes(hashSize));
     }
     putBig32(blob, 16, blob.size());
     const std::uint64_t pageSize = plan.pageSize == 0 ? limit : 1ULL << plan.pageSize;
@@ -100,9 +101,9 @@ Bytes makeDirectory(const DirectoryPlan& plan, const SignaturePlan& signature, B
     return blob;
 }
 
-Bytes makeContainer(const std::vector<std::pair<std::uint32_t, Bytes>>& blobs)
+codesign::Bytes makeContainer(const std::vector<std::pair<std::uint32_t, codesign::Bytes>>& blobs)
 {
-    Bytes container(12 + blobs.size() * 8);
+    codesign::Bytes container(12 + blobs.size() * 8);
     putBig32(container, 0, 0xfade0cc0);
     putBig32(container, 8, blobs.size());
     std::size_t entry = 12;
@@ -116,14 +117,14 @@ Bytes makeContainer(const std::vector<std::pair<std::uint32_t, Bytes>>& blobs)
     return container;
 }
 
-Bytes makeSignature(const SignaturePlan& plan, ByteView code)
+codesign::Bytes makeSignature(const SignaturePlan& plan, codesign::ByteView code)
 {
-    std::vector<Bytes> directories;
+    std::vector<codesign::Bytes> directories;
     for (const DirectoryPlan& directory : plan.directories)
         directories.push_back(makeDirectory(directory, plan, code));
     if (plan.alter)
         plan.alter(directories);
-    std::vector<std::pair<std::uint32_t, Bytes>> blobs;
+    std::vector<std::pair<std::uint32_t, codesign::Bytes>> blobs;
     for (std::uint32_t i = 0; i < directories.size(); ++i)
         blobs.emplace_back(i == 0 ? 0 : 0x1000 + i - 1, directories[i]);
     blobs.insert(blobs.end(), plan.blobs.begin(), plan.blobs.end());

@@ -26,24 +26,25 @@ struct DirectoryPlan {
 // A signature to be made. The special hashes are those of what is given here.
 struct SignaturePlan {
     std::vector<DirectoryPlan> directories{DirectoryPlan()}; // the first, then the alternates
-    std::map<std::uint32_t, Bytes> blobs; // by slot: whole, with their headers
-    std::optional<Bytes> infoPlist;
-    std::optional<Bytes> resourceSeal;
+    std::map<std::uint32_t, codesign::Bytes> blobs; // by slot: whole, with their headers
+    std::optional<codesign::Bytes> infoPlist;
+    std::optional<codesign::Bytes> resourceSeal;
     // Makes the CMS message over the finished directories; without it there is none.
-    std::function<Bytes(const std::vector<Bytes>& directories)> sign;
+    std::function<codesign::Bytes(const std::vector<codesign::Bytes>& directories)> sign;
     // Changes the finished directories before they are signed.
-    std::function<void(std::vector<Bytes>& directories)> alter;
+    std::function<void(std::vector<codesign::Bytes>& directories)> alter;
 };
 
 // A blob with its header.
-Bytes makeBlob(std::uint32_t magic, ByteView contents);
+codesign::Bytes makeBlob(std::uint32_t magic, codesign::ByteView contents);
 
-Bytes makeDirectory(const DirectoryPlan& plan, const SignaturePlan& signature, ByteView code);
+codesign::Bytes makeDirectory(
+    const DirectoryPlan& plan, const SignaturePlan& signature, codesign::ByteView code);
 
 // The container of a signature over `code`.
-Bytes makeSignature(const SignaturePlan& plan, ByteView code);
+codesign::Bytes makeSignature(const SignaturePlan& plan, codesign::ByteView code);
 
 // A container of finished blobs.
-Bytes makeContainer(const std::vector<std::pair<std::uint32_t, Bytes>>& blobs);
+codesign::Bytes makeContainer(const std::vector<std::pair<std::uint32_t, codesign::Bytes>>& blobs);
 
 } // namespace quorvane::test

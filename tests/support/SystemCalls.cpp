@@ -9,7 +9,7 @@
 
 // The linker prefers these functions of the test program to those of the C library.
 
-namespace quorvane {
+namespace quorvane::test {
 
 namespace {
 
@@ -64,10 +64,10 @@ SystemCallHook::Answer failing(int error, std::function<bool(int number)> which)
     };
 }
 
-} // namespace quorvane
+} // namespace quorvane::test
 
-using quorvane::callOf;
-using quorvane::SystemCall;
+using quorvane::test::callOf;
+using quorvane::test::SystemCall;
 
 extern "C" {
 

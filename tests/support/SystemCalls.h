@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-namespace quorvane {
+namespace quorvane::test {
 
 enum class SystemCall { read, write, fsync, ftruncate, fchmod, close };
 
@@ -28,4 +28,4 @@ private:
 // An answer that fails those calls for which `which` is true.
 SystemCallHook::Answer failing(int error, std::function<bool(int number)> which);
 
-} // namespace quorvane
+} // namespace quorvane::test

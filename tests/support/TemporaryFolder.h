@@ -11,7 +11,7 @@
 
 #include <stdlib.h> // mkdtemp
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A folder of a test's own, gone with the object.
 class TemporaryFolder {
@@ -60,4 +60,4 @@ private:
     std::string m_path;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

@@ -48,9 +48,9 @@ void addUnknown(X509* certificate, const std::string& identifier, bool critical,
 
 } // namespace
 
-Bytes Identity::encoded() const
+codesign::Bytes Identity::encoded() const
 {
-    Bytes bytes(static_cast<std::size_t>(i2d_X509(certificate.get(), nullptr)));
+    codesign::Bytes bytes(static_cast<std::size_t>(i2d_X509(certificate.get(), nullptr)));
     unsigned char* at = bytes.data();
     i2d_X509(certificate.get(), &at);
     return bytes;

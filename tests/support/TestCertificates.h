@@ -17,7 +17,7 @@ struct Identity {
     std::shared_ptr<EVP_PKEY> key;
     std::shared_ptr<X509> certificate;
 
-    Bytes encoded() const;
+    codesign::Bytes encoded() const;
 };
 
 struct CertificatePlan {

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Where a document of a test keeps its journals; made before it and gone after it.
 struct TestStateFolder {
@@ -14,13 +14,14 @@ struct TestStateFolder {
 };
 
 // A document with journals of its own, or in a given folder, which does everything at once.
-class TestDocument : private TestStateFolder, public RulesDocument {
+class TestDocument : private TestStateFolder, public workflow::RulesDocument {
 public:
-    TestDocument(RuleManager& store, RunState& run, Log& log = silentLog(), const std::string& folder = {})
-        : RulesDocument(store, run,
+    TestDocument(rules::RuleManager& store, workflow::RunState& run, platform::Log& log = silentLog(),
+        const std::string& folder = {})
+        : workflow::RulesDocument(store, run,
             {.program = "test", .stateFolder = folder.empty() ? folderOfState.path() : folder}, log)
     {
     }
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

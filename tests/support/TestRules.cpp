@@ -2,9 +2,9 @@
 
 #include "rules/RuleLine.h"
 
-namespace quorvane {
+namespace quorvane::test {
 
-std::string rowsAsText(const RuleManager& store, bool includeSystemRules)
+std::string rowsAsText(const rules::RuleManager& store, bool includeSystemRules)
 {
     std::string text;
     for (std::size_t row = 0; row < store.totalRules(includeSystemRules); ++row) {
@@ -14,4 +14,4 @@ std::string rowsAsText(const RuleManager& store, bool includeSystemRules)
     return text;
 }
 
-} // namespace quorvane
+} // namespace quorvane::test

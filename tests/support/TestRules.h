@@ -6,26 +6,26 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A log that nobody reads.
-inline Log& silentLog()
+inline platform::Log& silentLog()
 {
-    static Log log({});
+    static platform::Log log({});
     return log;
 }
 
-inline PolicyRulePtr policyRule(PolicyRuleFields fields)
+inline rules::PolicyRulePtr policyRule(rules::PolicyRuleFields fields)
 {
-    return std::make_shared<PolicyRule>(std::move(fields));
+    return std::make_shared<rules::PolicyRule>(std::move(fields));
 }
 
-inline WatchRulePtr watchRule(WatchRuleFields fields)
+inline rules::WatchRulePtr watchRule(rules::WatchRuleFields fields)
 {
-    return std::make_shared<WatchRule>(std::move(fields));
+    return std::make_shared<rules::WatchRule>(std::move(fields));
 }
 
 // The rows of a store as lines: the written form of each rule, in order.
-std::string rowsAsText(const RuleManager& store, bool includeSystemRules);
+std::string rowsAsText(const rules::RuleManager& store, bool includeSystemRules);
 
-} // namespace quorvane
+} // namespace quorvane::test

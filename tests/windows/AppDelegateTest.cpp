@@ -24,7 +24,7 @@
 
 #include <signal.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -53,7 +53,7 @@ public Q_SLOTS:
 };
 
 // A desktop with a program for every type of file but those named.
-class FakeWorkspace : public Workspace {
+class FakeWorkspace : public platform::Workspace {
 public:
     bool hasProgramFor(const std::string& mimeType) override { return mimeType != missing; }
 
@@ -92,18 +92,18 @@ protected:
         delegate.applicationDidFinishLaunching(store, mainWindow, all);
     }
 
-    TemporaryFolder folder;
-    CapturedLog log;
-    Locations locations{folder.path(), "ann"};
-    RuleManager store{locations, log.log()};
-    RunState run;
-    FakeNotices notices;
-    FakeAuthority authority;
-    FakeRunningApplications applications;
+    test::TemporaryFolder folder;
+    test::CapturedLog log;
+    platform::Locations locations{folder.path(), "ann"};
+    rules::RuleManager store{locations, log.log()};
+    workflow::RunState run;
+    test::FakeNotices notices;
+    test::FakeAuthority authority;
+    test::FakeRunningApplications applications;
     FakeWorkspace workspace;
     FakeMainWindow mainWindow;
     std::vector<QPointer<QWidget>> preferences;
-    AppDelegate delegate{locations, log.log(), run, {notices, authority, applications, workspace}};
+    app::AppDelegate delegate{locations, log.log(), run, {notices, authority, applications, workspace}};
 };
 
 using AppDelegateStart = AppDelegateTest;
@@ -293,13 +293,13 @@ TEST_F(AppDelegateNotice, WaitsForTheAnswerWhenAsked)
     bool answered = false;
     QTimer::singleShot(0, &delegate, [&] {
         answered = true;
-        notices.ends.at(0)(NoticeEnd::closed);
+        notices.ends.at(0)(platform::NoticeEnd::closed);
     });
     delegate.displayNotice("Header", "Message", true);
     EXPECT_TRUE(answered);
 
     delegate.displayNotice("Header", "Message", false); // returns at once
-    notices.ends.at(1)(NoticeEnd::closed);
+    notices.ends.at(1)(platform::NoticeEnd::closed);
     EXPECT_EQ(shownNotice(), nullptr);
 }
 
@@ -307,7 +307,7 @@ TEST_F(AppDelegateNotice, WaitsTenSecondsAtMostAndStaysAllTheSame)
 {
     std::chrono::milliseconds longest{};
     QTimer::singleShot(0, &delegate, [&] {
-        notices.ends.at(0)(NoticeEnd::undeliverable);
+        notices.ends.at(0)(platform::NoticeEnd::undeliverable);
         auto* timeOut = delegate.findChild<QTimer*>();
         if (timeOut == nullptr) {
             shownNotice()->close();
@@ -331,7 +331,7 @@ TEST_F(AppDelegateNotice, TakesNoInputWhileItWaits)
     QObject::connect(&button, &QPushButton::clicked, [&] { clicked = true; });
     QTimer::singleShot(0, &delegate, [&] {
         QTest::mouseClick(button.windowHandle(), Qt::LeftButton, {}, button.rect().center());
-        notices.ends.at(0)(NoticeEnd::closed);
+        notices.ends.at(0)(platform::NoticeEnd::closed);
     });
     delegate.displayNotice("Header", "Message", true);
     QCoreApplication::processEvents();
@@ -342,7 +342,7 @@ TEST_F(AppDelegateNotice, IsShownInAWindowOfOursWhenTheDesktopShowsNone)
 {
     delegate.displayNotice("\xC3\xA9", "Message", false);
     EXPECT_EQ(shownNotice(), nullptr);
-    notices.ends.at(0)(NoticeEnd::undeliverable);
+    notices.ends.at(0)(platform::NoticeEnd::undeliverable);
     NoticeWindow* notice = shownNotice();
     ASSERT_NE(notice, nullptr);
     EXPECT_EQ(notice->windowTitle(), QString::fromUtf8("\xE2\x88\x9A\xC2\xA9")) << "read once only";
@@ -353,7 +353,7 @@ TEST_F(AppDelegateNotice, WaitsForTheWindowOfOursWhichTakesInputMeanwhile)
 {
     bool answered = false;
     QTimer::singleShot(0, &delegate, [&] {
-        notices.ends.at(0)(NoticeEnd::undeliverable);
+        notices.ends.at(0)(platform::NoticeEnd::undeliverable);
         QTimer::singleShot(0, &delegate, [&] {
             answered = true;
             NoticeWindow* notice = shownNotice();
@@ -456,6 +456,6 @@ TEST_F(AppDelegateServices, ShowsThePreferencesAfreshEachTime)
     EXPECT_TRUE(QTest::qWaitFor([this] { return preferences[0].isNull() && preferences[1].isNull(); }));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows
 
 #include "AppDelegateTest.moc"

@@ -12,26 +12,26 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class Aside : public EditorTable {
+class Aside : public test::EditorTable {
 protected:
     enum Row { watch, first, second };
 
     Aside()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        open(watchLine + firstLine + secondLine, box.folder.path("state"));
+        open(test::watchLine + test::firstLine + test::secondLine, box.folder.path("state"));
     }
 
     std::string asideFile() const
     {
-        const AsideRules aside(box.folder.path("state"), box.locations.userRulesFile());
+        const workflow::AsideRules aside(box.folder.path("state"), box.locations.userRulesFile());
         return aside.file();
     }
-    std::string asideText() const { return TemporaryFolder::contents(asideFile()); }
+    std::string asideText() const { return test::TemporaryFolder::contents(asideFile()); }
     void setAside(std::initializer_list<int> rows) const
     {
         select(rows);
@@ -64,8 +64,8 @@ TEST_F(Aside, TakesTheSelectedRulesOutOfForceInOneAction)
 {
     const std::string before = file();
     setAside({watch, second});
-    EXPECT_EQ(file(), firstLine);
-    EXPECT_EQ(asideText(), watchLine + secondLine);
+    EXPECT_EQ(file(), test::firstLine);
+    EXPECT_EQ(asideText(), test::watchLine + test::secondLine);
     EXPECT_EQ(document->undoName(), "Set Aside 2 Rules");
     action("undoMenuItem")->trigger();
     EXPECT_EQ(file(), before);
@@ -79,7 +79,7 @@ TEST_F(Aside, BringsRulesBackWithTagAndDate)
     EXPECT_EQ(listed(), "/a/|");
     EXPECT_FALSE(asideButton("bringBackButton")->isEnabled());
     bringBack(0);
-    EXPECT_NE(file().find(firstLine), std::string::npos);
+    EXPECT_NE(file().find(test::firstLine), std::string::npos);
     EXPECT_EQ(file().size(), before.size());
     EXPECT_EQ(selectedPaths(), QStringLiteral("/a/"));
     EXPECT_EQ(listed(), "");
@@ -101,7 +101,7 @@ TEST_F(Aside, ListsARuleAgainWhenItsReturnIsTakenBack)
     openAside();
     bringBack(0);
     action("undoMenuItem")->trigger();
-    EXPECT_EQ(file().find(firstLine), std::string::npos);
+    EXPECT_EQ(file().find(test::firstLine), std::string::npos);
     EXPECT_EQ(listed(), "/a/|");
 }
 
@@ -120,7 +120,7 @@ TEST_F(Aside, HasTheRulesWhenTheRulesFileCannotBeWritten)
     std::filesystem::remove(box.locations.userRulesFile());
     std::filesystem::create_directory(box.locations.userRulesFile());
     setAside({first});
-    EXPECT_EQ(asideText(), firstLine);
+    EXPECT_EQ(asideText(), test::firstLine);
     EXPECT_NE(document->failure(), std::nullopt);
 }
 
@@ -132,7 +132,7 @@ TEST_F(Aside, StillHasTheRulesWhenTheirReturnCannotBeWritten)
     std::filesystem::create_directory(box.locations.userRulesFile());
     bringBack(0);
     EXPECT_NE(document->failure(), std::nullopt);
-    EXPECT_EQ(asideText(), firstLine);
+    EXPECT_EQ(asideText(), test::firstLine);
 }
 
 TEST_F(Aside, LeavesSystemRulesWhereTheyAre)
@@ -147,8 +147,8 @@ TEST_F(Aside, LeavesSystemRulesWhereTheyAre)
 TEST_F(Aside, SeesWhatAnotherProgramSetsAsideWhenItsWindowComesToTheFront)
 {
     openAside();
-    const AsideRules other(box.folder.path("state"), box.locations.userRulesFile());
-    EXPECT_EQ(other.add({valueOf(policyRule({.path = "/x", .processName = "any", .operations = 1}))}),
+    const workflow::AsideRules other(box.folder.path("state"), box.locations.userRulesFile());
+    EXPECT_EQ(other.add({valueOf(test::policyRule({.path = "/x", .processName = "any", .operations = 1}))}),
         std::nullopt);
     asideWindow->refresh();
     EXPECT_EQ(listed(), "/x|");
@@ -172,7 +172,7 @@ TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
         asideButton("deleteButton")->click();
         EXPECT_EQ(listed(), left);
     }
-    EXPECT_EQ(asideText(), secondLine);
+    EXPECT_EQ(asideText(), test::secondLine);
 }
 
 TEST_F(Aside, OffersItsWindowAtTheFoot)
@@ -195,11 +195,12 @@ TEST_F(Aside, ShowsTagsThatCannotBeEdited)
 
 TEST_F(Aside, OffersWholeLinesWhereTakingRulesOutWouldCutAnother)
 {
-    ProgramSettings whole;
+    workflow::ProgramSettings whole;
     whole.wholeLines = true;
     document->setSettings(whole);
-    document->perform(
-        additionOf(policyRule({.path = "/M\u00fcsik/", .processName = "any", .operations = 1})), {"Add"});
+    document->perform(workflow::additionOf(
+                          test::policyRule({.path = "/M\u00fcsik/", .processName = "any", .operations = 1})),
+        {"Add"});
     document->setSettings({});
     window->reloadData();
     const std::string before = file();
@@ -211,7 +212,7 @@ TEST_F(Aside, OffersWholeLinesWhereTakingRulesOutWouldCutAnother)
     EXPECT_EQ(wholeLines->text(), QStringLiteral("Write Whole Lines"));
     wholeLines->click();
     setAside({watch});
-    EXPECT_EQ(asideText(), watchLine);
+    EXPECT_EQ(asideText(), test::watchLine);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -7,13 +7,13 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 class AuthenticationWindowTest : public testing::Test {
 protected:
-    void ask(Awaited what)
+    void ask(platform::Awaited what)
     {
         window.ask(what, "verify authorization", [this] { ++givenUp; });
     }
@@ -35,33 +35,33 @@ protected:
 
 TEST_F(AuthenticationWindowTest, ShowsTheReasonAndWhatIsAwaited)
 {
-    ask(Awaited::finger);
+    ask(platform::Awaited::finger);
     EXPECT_TRUE(window.isVisible());
     EXPECT_TRUE(says(QStringLiteral("is trying to verify authorization.")));
     EXPECT_TRUE(says(QStringLiteral("Touch the fingerprint reader, or")));
     EXPECT_EQ(button().text(), QStringLiteral("Use Password"));
 
-    ask(Awaited::fingerAgain);
+    ask(platform::Awaited::fingerAgain);
     EXPECT_TRUE(window.isVisible());
     EXPECT_TRUE(says(QStringLiteral("could not be read")));
 }
 
 TEST_F(AuthenticationWindowTest, AppearsLaterForAPasswordAndLeavesTheKeyboardWhereItIs)
 {
-    ask(Awaited::password);
+    ask(platform::Awaited::password);
     EXPECT_FALSE(window.isVisible()) << "an answer may come at once";
     EXPECT_TRUE(QTest::qWaitFor([this] { return window.isVisible(); }));
     EXPECT_TRUE(window.testAttribute(Qt::WA_ShowWithoutActivating));
     EXPECT_EQ(button().text(), QStringLiteral("Cancel"));
 
     window.withdraw();
-    ask(Awaited::finger);
+    ask(platform::Awaited::finger);
     EXPECT_FALSE(window.testAttribute(Qt::WA_ShowWithoutActivating));
 }
 
 TEST_F(AuthenticationWindowTest, DoesNotAppearAfterItWasWithdrawn)
 {
-    ask(Awaited::password);
+    ask(platform::Awaited::password);
     window.withdraw();
     EXPECT_FALSE(QTest::qWaitFor([this] { return window.isVisible(); }, 1500));
 }
@@ -75,7 +75,7 @@ TEST_F(AuthenticationWindowTest, GivesUpOnceByButtonKeyOrClosing)
     };
     for (const auto& [way, act] : ways) {
         givenUp = 0;
-        ask(Awaited::finger);
+        ask(platform::Awaited::finger);
         act();
         act();
         EXPECT_EQ(givenUp, 1) << way;
@@ -85,4 +85,4 @@ TEST_F(AuthenticationWindowTest, GivesUpOnceByButtonKeyOrClosing)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,7 +14,7 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -23,11 +23,11 @@ protected:
     ChangeWindowTest()
         : window(std::make_unique<ChangeWindow>(
             QStringLiteral("Tag"), QStringLiteral("Tag"),
-            [this](LineEnds) {
+            [this](rules::LineEnds) {
                 ++plans;
                 return adding(tag);
             },
-            adding(tag), LineEnds::cut, nullptr))
+            adding(tag), rules::LineEnds::cut, nullptr))
     {
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->resize(900, 400);
@@ -37,14 +37,14 @@ protected:
     }
 
     // Of a rule with that tag; nothing when it is empty.
-    PlannedChange adding(const std::string& tagged)
+    workflow::PlannedChange adding(const std::string& tagged)
     {
         if (tagged.empty())
             return {};
-        return addingOf(store,
-            {makeRuleValue(
-                PolicyRuleFields{.path = "/a", .processName = "/bin/sh", .tag = tagged, .operations = 1})},
-            LineEnds::cut);
+        return workflow::addingOf(store,
+            {makeRuleValue(rules::PolicyRuleFields{
+                .path = "/a", .processName = "/bin/sh", .tag = tagged, .operations = 1})},
+            rules::LineEnds::cut);
     }
     bool isPlanned() const { return !window->findChild<QTimer*>(QStringLiteral("planTimer"))->isActive(); }
     QPushButton* button() const { return window->findChild<QPushButton*>(QStringLiteral("changeButton")); }
@@ -59,7 +59,7 @@ protected:
         return true;
     }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     std::string tag = "t";
     int plans = 0;
     std::unique_ptr<ChangeWindow> window;
@@ -96,7 +96,7 @@ TEST_F(ChangeWindowTest, CarriesOutWhatTheControlsSayAndNotWhatTheySaidBefore)
     ASSERT_EQ(confirmed.size(), 1);
     EXPECT_EQ(plans, 1);
     EXPECT_FALSE(window->isVisible());
-    const RuleRef& added = window->planned().change.added.front().rule;
+    const rules::RuleRef& added = window->planned().change.added.front().rule;
     EXPECT_EQ(askRule(added, [](const auto& rule) { return std::string(rule.tag().view()); }), "new");
 }
 
@@ -125,4 +125,4 @@ TEST_F(ChangeWindowTest, MakesColumnsAsWideAsTheLatestTextsNeed)
     EXPECT_EQ(table->columnWidth(column), chosen) << "a person's choice";
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -6,7 +6,7 @@
 #include <QSignalSpy>
 #include <QTreeView>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr const char* rules = "allow prefix \"/tmp/\" \"any\" rw \"\" \"\" \"0\"
                               "deny path \"/nonexistent/a\" \"any\" w \"\" \"\" \"0\"\n"
                               "deny path \"/Volumes/none/b\" \"any\" w \"\" \"\" \"0\"\n";
 
-class CleanUpWindowTest : public EditorTable {
+class CleanUpWindowTest : public test::EditorTable {
 protected:
     void openWith(const std::string& userRules)
     {
@@ -107,4 +107,4 @@ TEST_F(CleanUpWindowTest, SaysWhenThereIsNothingToCleanUp)
     EXPECT_EQ(count(), QStringLiteral("There is nothing to clean up."));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -3,11 +3,11 @@
 
 #include <QMenu>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class ColumnsMenuTest : public EditorTable {
+class ColumnsMenuTest : public test::EditorTable {
 protected:
     ColumnsMenuTest()
     {
@@ -74,7 +74,7 @@ TEST_F(ColumnsMenuTest, LeavesOneColumnAtLeast)
     Q_EMIT menu->aboutToShow();
     EXPECT_FALSE(item(QStringLiteral("Tag"), *menu)->isEnabled());
     EXPECT_TRUE(item(QStringLiteral("Path"), *menu)->isEnabled());
-    table->setColumnShown(static_cast<int>(RuleColumn::tag), false);
+    table->setColumnShown(static_cast<int>(workflow::RuleColumn::tag), false);
     EXPECT_EQ(shown(), "Tag ");
 }
 
@@ -90,8 +90,8 @@ TEST_F(ColumnsMenuTest, PutsAColumnFirstWhichIsShownThen)
 
 TEST_F(ColumnsMenuTest, GivesTheRoomOfAHiddenColumnToThePath)
 {
-    const auto path = static_cast<int>(RuleColumn::path);
-    const auto tag = static_cast<int>(RuleColumn::tag);
+    const auto path = static_cast<int>(workflow::RuleColumn::path);
+    const auto tag = static_cast<int>(workflow::RuleColumn::tag);
     const int before = table->columnWidth(path);
     const int tagWidth = table->columnWidth(tag);
     choose("Tag");
@@ -106,16 +106,16 @@ TEST_F(ColumnsMenuTest, GivesTheRoomOfAHiddenColumnToThePath)
 TEST_F(ColumnsMenuTest, SortsByTheColumnThatIsClickedWhereverItStands)
 {
     putFirst("Path");
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     EXPECT_EQ(shownPaths(), QStringLiteral("/a/ /c"));
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     EXPECT_EQ(shownPaths(), QStringLiteral("/c /a/"));
 }
 
 TEST_F(ColumnsMenuTest, KeysGoOnWithoutTheFirstColumn)
 {
     select({0});
-    table->setCurrentIndex(cell(0, RuleColumn::application));
+    table->setCurrentIndex(cell(0, workflow::RuleColumn::application));
     choose("Application");
     putFirst("Path");
     QTest::keyClick(table, Qt::Key_Down);
@@ -133,7 +133,7 @@ TEST_F(ColumnsMenuTest, ShowsTheTagThatIsEdited)
     select({0});
     action("editTagMenuItem")->trigger();
     EXPECT_EQ(shown(), usual);
-    EXPECT_NE(table->indexWidget(cell(0, RuleColumn::tag)), nullptr);
+    EXPECT_NE(table->indexWidget(cell(0, workflow::RuleColumn::tag)), nullptr);
 }
 
 TEST_F(ColumnsMenuTest, ARuleFarDownComesIntoViewWithoutTheFirstColumn)
@@ -146,7 +146,8 @@ TEST_F(ColumnsMenuTest, ARuleFarDownComesIntoViewWithoutTheFirstColumn)
     menu = in<QMenu>("columnsMenu");
     choose("Application");
     window->selectRules({store->allRules().back()});
-    EXPECT_TRUE(table->viewport()->rect().contains(table->visualRect(cell(199, RuleColumn::path)).center()));
+    EXPECT_TRUE(table->viewport()->rect().contains(
+        table->visualRect(cell(199, workflow::RuleColumn::path)).center()));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

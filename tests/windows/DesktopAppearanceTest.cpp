@@ -10,14 +10,14 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 using Settings = QMap<QString, QVariantMap>;
 
-constexpr Appearance dark{.isDark = true};
-constexpr Appearance light{};
+constexpr platform::Appearance dark{.isDark = true};
+constexpr platform::Appearance light{};
 
 class DesktopAppearanceTest : public testing::Test {
 protected:
@@ -47,15 +47,15 @@ protected:
 
     static constexpr std::chrono::seconds patience{20};
 
-    PrivateBus bus;
-    FakeBusService portal{bus.address(), QStringLiteral("org.freedesktop.portal.Desktop")};
+    test::PrivateBus bus;
+    test::FakeBusService portal{bus.address(), QStringLiteral("org.freedesktop.portal.Desktop")};
 };
 
 } // namespace
 
 TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 {
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), dark);
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), dark);
     const QDBusMessage question = portal.lastCall("ReadAll");
     EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Settings"));
     EXPECT_EQ(question.path(), QStringLiteral("/org/freedesktop/portal/desktop"));
@@ -65,24 +65,25 @@ TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 TEST_F(DesktopAppearanceTest, KnowsHighContrastToo)
 {
     answer({{QStringLiteral("color-scheme"), 2U}, {QStringLiteral("contrast"), 1U}});
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), (Appearance{.hasHighContrast = true}));
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(),
+        (platform::Appearance{.hasHighContrast = true}));
 }
 
 TEST_F(DesktopAppearanceTest, FollowsTheDesktopFromThenOn)
 {
-    const DesktopAppearance desktop(client(), patience);
-    QSignalSpy changed(&desktop, &DesktopAppearance::changed);
+    const platform::DesktopAppearance desktop(client(), patience);
+    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
     change("org.freedesktop.appearance", "contrast", 1U);
-    EXPECT_EQ(desktop.appearance(), (Appearance{.isDark = true, .hasHighContrast = true}));
+    EXPECT_EQ(desktop.appearance(), (platform::Appearance{.isDark = true, .hasHighContrast = true}));
     change("org.freedesktop.appearance", "color-scheme", 0U);
-    EXPECT_EQ(desktop.appearance(), (Appearance{.hasHighContrast = true}));
+    EXPECT_EQ(desktop.appearance(), (platform::Appearance{.hasHighContrast = true}));
     EXPECT_EQ(changed.size(), 2);
 }
 
 TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges)
 {
-    const DesktopAppearance desktop(client(), patience);
-    QSignalSpy changed(&desktop, &DesktopAppearance::changed);
+    const platform::DesktopAppearance desktop(client(), patience);
+    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
     change("org.freedesktop.appearance", "color-scheme", 1U);
     change("org.freedesktop.appearance", "accent-color", 0U);
     change("org.example.appearance", "color-scheme", 0U);
@@ -93,26 +94,27 @@ TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges
 TEST_F(DesktopAppearanceTest, IsLightWhereTheAnswerIsOfAnotherKind)
 {
     answer({{QStringLiteral("color-scheme"), QStringLiteral("1")}});
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
     portal.answer("ReadAll", {QStringLiteral("dark")});
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
     portal.fail("ReadAll", "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
 }
 
 TEST_F(DesktopAppearanceTest, IsLightWithoutPortalOrBus)
 {
     portal.vanish();
-    EXPECT_EQ(DesktopAppearance(client(), patience).appearance(), light);
-    EXPECT_EQ(DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(), light);
+    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(
+        platform::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(), light);
 }
 
 TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)
 {
     QDBusMessage question;
     portal.methods["ReadAll"] = [&](const QDBusMessage& call) { question = call; };
-    const DesktopAppearance desktop(client(), std::chrono::milliseconds(0));
-    QSignalSpy changed(&desktop, &DesktopAppearance::changed);
+    const platform::DesktopAppearance desktop(client(), std::chrono::milliseconds(0));
+    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
     EXPECT_EQ(desktop.appearance(), light);
     ASSERT_TRUE(QTest::qWaitFor([&] { return question.type() == QDBusMessage::MethodCallMessage; }));
     portal.reply(question,
@@ -122,4 +124,4 @@ TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)
     EXPECT_EQ(desktop.appearance(), dark);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

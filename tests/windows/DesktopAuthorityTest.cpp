@@ -13,7 +13,7 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -21,9 +21,9 @@ constexpr const char* device = "/net/reactivated/Fprint/Device/0";
 constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
 
 // Notes what is asked, and then does what the test says.
-class FakePrompt : public AuthenticationPrompt {
+class FakePrompt : public platform::AuthenticationPrompt {
 public:
-    void ask(Awaited what, const std::string& reason, std::function<void()> giveUp) override
+    void ask(platform::Awaited what, const std::string& reason, std::function<void()> giveUp) override
     {
         EXPECT_EQ(reason, "verify authorization");
         asked.push_back(what);
@@ -33,7 +33,7 @@ public:
     }
     void withdraw() override { shown = false; }
 
-    std::vector<Awaited> asked;
+    std::vector<platform::Awaited> asked;
     bool shown = false;
     bool givesUp = false;
 };
@@ -42,9 +42,9 @@ class AuthorityTest : public testing::Test {
 protected:
     ~AuthorityTest() override { EXPECT_FALSE(prompt.shown) << "the prompt stays behind"; }
 
-    PrivateBus bus;
+    test::PrivateBus bus;
     FakePrompt prompt;
-    DesktopAuthority authority{bus.address(), prompt};
+    platform::DesktopAuthority authority{bus.address(), prompt};
 };
 
 class FingerprintTest : public AuthorityTest {
@@ -52,7 +52,7 @@ protected:
     FingerprintTest() { prepare(service); }
 
     // A reader with an enrolled finger.
-    static void prepare(FakeBusService& fprintd)
+    static void prepare(test::FakeBusService& fprintd)
     {
         fprintd.answer("GetDefaultDevice", {QVariant::fromValue(QDBusObjectPath(QLatin1String(device)))});
         fprintd.answer("ListEnrolledFingers", {QStringList{QStringLiteral("right-index-finger")}});
@@ -86,7 +86,7 @@ protected:
             service.calls.count(QStringLiteral("VerifyStart")));
     }
 
-    FakeBusService service{bus.address(), QStringLiteral("net.reactivated.Fprint")};
+    test::FakeBusService service{bus.address(), QStringLiteral("net.reactivated.Fprint")};
 };
 
 class PasswordTest : public AuthorityTest {
@@ -108,7 +108,7 @@ protected:
         return QVariant::fromValue(values);
     }
 
-    FakeBusService service{bus.address(), QStringLiteral("org.freedesktop.PolicyKit1")};
+    test::FakeBusService service{bus.address(), QStringLiteral("org.freedesktop.PolicyKit1")};
 };
 
 } // namespace
@@ -153,8 +153,8 @@ TEST_F(FingerprintTest, GoesOnAfterAFingerThatCouldNotBeRead)
     };
     EXPECT_TRUE(verify());
     EXPECT_EQ(prompt.asked,
-        (std::vector<Awaited>{Awaited::finger, Awaited::fingerAgain, Awaited::fingerAgain,
-            Awaited::fingerAgain, Awaited::fingerAgain}));
+        (std::vector<platform::Awaited>{platform::Awaited::finger, platform::Awaited::fingerAgain,
+            platform::Awaited::fingerAgain, platform::Awaited::fingerAgain, platform::Awaited::fingerAgain}));
     expectReaderIsFree();
 }
 
@@ -206,7 +206,7 @@ TEST_F(FingerprintTest, IsNoForAnswersThatMakeNoSense)
 
 TEST_F(FingerprintTest, BelievesNobodyButTheServiceItself)
 {
-    FakeBusService stranger(bus.address(), {});
+    test::FakeBusService stranger(bus.address(), {});
     service.methods["VerifyStart"] = [&](const QDBusMessage& call) {
         service.reply(call, {});
         stranger.emitSignal(device, deviceInterface, "VerifyStatus", {QStringLiteral("verify-match"), true});
@@ -224,7 +224,7 @@ TEST_F(FingerprintTest, WaitsForAFingerUntilThePersonGivesUp)
 {
     prompt.givesUp = true;
     EXPECT_FALSE(verify());
-    EXPECT_EQ(prompt.asked, std::vector<Awaited>{Awaited::finger});
+    EXPECT_EQ(prompt.asked, std::vector<platform::Awaited>{platform::Awaited::finger});
     expectReaderIsFree();
 }
 
@@ -241,11 +241,12 @@ TEST_F(FingerprintTest, IsNoWhenTheServiceGoesAway)
 TEST_F(FingerprintTest, IsNoWhenTheServiceGoesAwayInMidCall)
 {
     for (const char* method : {"GetDefaultDevice", "ListEnrolledFingers", "Claim", "VerifyStart"}) {
-        const PrivateBus ownBus;
-        FakeBusService dying(ownBus.address(), QStringLiteral("net.reactivated.Fprint"));
+        const test::PrivateBus ownBus;
+        test::FakeBusService dying(ownBus.address(), QStringLiteral("net.reactivated.Fprint"));
         prepare(dying);
         dying.vanishAt(method);
-        EXPECT_FALSE(DesktopAuthority(ownBus.address(), prompt).verifyFingerprint("verify authorization"))
+        EXPECT_FALSE(
+            platform::DesktopAuthority(ownBus.address(), prompt).verifyFingerprint("verify authorization"))
             << method;
     }
 }
@@ -266,7 +267,7 @@ TEST_F(FingerprintTest, DoesNotWaitForASilentService)
         const auto before = service.methods[method];
         service.calls.clear();
         service.methods.erase(method);
-        DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
+        platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
         EXPECT_FALSE(impatient.verifyFingerprint("verify authorization")) << method;
         expectReaderIsFree();
         service.methods[method] = before;
@@ -274,7 +275,7 @@ TEST_F(FingerprintTest, DoesNotWaitForASilentService)
     willTell({{"verify-match", true}});
     service.methods.erase("VerifyStop");
     service.methods.erase("Release");
-    DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
+    platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
     EXPECT_TRUE(impatient.verifyFingerprint("verify authorization")) << "the finger had matched";
     expectReaderIsFree();
 }
@@ -310,7 +311,7 @@ TEST_F(PasswordTest, AsksPolkitAboutThisProcess)
     EXPECT_EQ(kind, QStringLiteral("unix-process"));
     EXPECT_EQ(details,
         (QVariantMap{{QStringLiteral("pid"), static_cast<uint>(getpid())},
-            {QStringLiteral("start-time"), static_cast<qulonglong>(*startTimeOfProcess(getpid()))},
+            {QStringLiteral("start-time"), static_cast<qulonglong>(*platform::startTimeOfProcess(getpid()))},
             {QStringLiteral("uid"), static_cast<int>(getuid())}}));
     EXPECT_EQ(call.arguments().at(1), QStringLiteral("vantreal.quorvane.system.privilege.admin"));
     EXPECT_EQ(call.arguments().at(3), 1U) << "a person may be asked";
@@ -350,7 +351,7 @@ TEST_F(PasswordTest, IsNoWhenPolkitOrTheBusGoesAway)
     EXPECT_FALSE(verify()) << "in mid-call";
     EXPECT_FALSE(verify()) << "before";
 
-    FakeBusService another(bus.address(), QStringLiteral("org.freedesktop.PolicyKit1"));
+    test::FakeBusService another(bus.address(), QStringLiteral("org.freedesktop.PolicyKit1"));
     another.methods["CheckAuthorization"] = [this](const QDBusMessage&) { bus.end(); };
     EXPECT_FALSE(verify()) << "the bus, in mid-call";
     EXPECT_FALSE(verify()) << "the bus, before";
@@ -360,7 +361,7 @@ TEST_F(PasswordTest, CanBeGivenUpWhenNoAnswerComes)
 {
     prompt.givesUp = true;
     EXPECT_FALSE(verify());
-    EXPECT_EQ(prompt.asked, std::vector<Awaited>{Awaited::password});
+    EXPECT_EQ(prompt.asked, std::vector<platform::Awaited>{platform::Awaited::password});
     ASSERT_TRUE(QTest::qWaitFor(
         [this] { return service.calls.contains(QStringLiteral("CancelCheckAuthorization")); }));
     EXPECT_EQ(service.lastCall("CancelCheckAuthorization").arguments().at(0),
@@ -373,7 +374,7 @@ TEST_F(PasswordTest, HasNoTimeLimitForThePerson)
         // Longer than the service may take for anything else.
         QTimer::singleShot(300, &service, [this, call] { service.reply(call, {result(true, false)}); });
     };
-    DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(100));
+    platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(100));
     EXPECT_TRUE(impatient.verifyPassword("verify authorization"));
 }
 
@@ -381,7 +382,7 @@ TEST(DesktopAuthority, OfABusThatIsNotThereIsNo)
 {
     FakePrompt prompt;
     for (const char* address : {"unix:path=/nonexistent/bus", "", "nonsense", "unix:path="}) {
-        DesktopAuthority authority(address, prompt);
+        platform::DesktopAuthority authority(address, prompt);
         EXPECT_FALSE(authority.verifyFingerprint("verify authorization")) << address;
         EXPECT_FALSE(authority.verifyPassword("verify authorization")) << address;
     }
@@ -390,10 +391,10 @@ TEST(DesktopAuthority, OfABusThatIsNotThereIsNo)
 TEST(DesktopAuthority, AsksAtTheFixedAddressOutsideASandbox)
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/impostor");
-    EXPECT_EQ(systemBusAddress(false), "unix:path=/run/dbus/system_bus_socket");
-    EXPECT_EQ(systemBusAddress(true), "unix:path=/impostor");
+    EXPECT_EQ(platform::systemBusAddress(false), "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(platform::systemBusAddress(true), "unix:path=/impostor");
     qunsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    EXPECT_EQ(systemBusAddress(true), "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(platform::systemBusAddress(true), "unix:path=/run/dbus/system_bus_socket");
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,7 +10,7 @@
 #include <memory>
 #include <optional>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -27,9 +27,9 @@ protected:
     }
     ~NoticesTest() override { QDBusConnection::disconnectFromBus(QStringLiteral("client")); }
 
-    void show(const DesktopNotice& notice = {"Header", "Message", ""})
+    void show(const platform::DesktopNotice& notice = {"Header", "Message", ""})
     {
-        notices.show(notice, [this](NoticeEnd how) { end = how; });
+        notices.show(notice, [this](platform::NoticeEnd how) { end = how; });
     }
     bool isShown() const
     {
@@ -40,11 +40,11 @@ protected:
         return QTest::qWaitFor([this] { return end.has_value(); });
     }
     QVariant argument(int position) const { return service.lastCall("Notify").arguments().at(position); }
-    PrivateBus bus;
-    FakeBusService service{bus.address(), QLatin1String(interface)};
-    DesktopNotices notices{
+    test::PrivateBus bus;
+    test::FakeBusService service{bus.address(), QLatin1String(interface)};
+    platform::DesktopNotices notices{
         QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("client"))};
-    std::optional<NoticeEnd> end;
+    std::optional<platform::NoticeEnd> end;
 };
 
 } // namespace
@@ -66,7 +66,7 @@ TEST_F(NoticesTest, HaveTheirTextsAndAnOkButtonForAMinute)
 
 TEST_F(NoticesTest, ShowTheirIconByItsAddressOrElseOneOfTheDesktops)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     show({"", "", folder.write("Application Support/lock.png", "picture")});
     ASSERT_TRUE(isShown());
     EXPECT_EQ(
@@ -80,7 +80,7 @@ TEST_F(NoticesTest, ShowTheirIconByItsAddressOrElseOneOfTheDesktops)
 
 TEST_F(NoticesTest, EscapeTheMessageOnlyForAServiceThatReadsMarkup)
 {
-    const DesktopNotice notice{"<h> & \"", "<b> & \" > &amp;", ""};
+    const platform::DesktopNotice notice{"<h> & \"", "<b> & \" > &amp;", ""};
     show(notice);
     ASSERT_TRUE(isShown());
     EXPECT_EQ(argument(4), QStringLiteral("<b> & \" > &amp;"));
@@ -107,13 +107,13 @@ TEST_F(NoticesTest, EndWithTheButtonOrByBeingClosed)
         ASSERT_TRUE(isShown());
         service.emitSignal(path, interface, c.signal, {number, c.second});
         ASSERT_TRUE(hasEnded()) << c.signal;
-        EXPECT_EQ(end, NoticeEnd::closed) << c.signal;
+        EXPECT_EQ(end, platform::NoticeEnd::closed) << c.signal;
     }
 }
 
 TEST_F(NoticesTest, DoNotEndWithAnothersAnswer)
 {
-    FakeBusService stranger(bus.address(), {});
+    test::FakeBusService stranger(bus.address(), {});
     show();
     ASSERT_TRUE(isShown());
     service.emitSignal(path, interface, "NotificationClosed", {number + 1, 2U});
@@ -132,7 +132,7 @@ TEST_F(NoticesTest, EndWhenTheServiceGoesAway)
     ASSERT_TRUE(isShown());
     service.vanish();
     ASSERT_TRUE(hasEnded());
-    EXPECT_EQ(end, NoticeEnd::closed);
+    EXPECT_EQ(end, platform::NoticeEnd::closed);
 }
 
 TEST_F(NoticesTest, AreUndeliverableWhenTheServiceFails)
@@ -156,7 +156,7 @@ TEST_F(NoticesTest, AreUndeliverableWhenTheServiceFails)
         end.reset();
         show();
         ASSERT_TRUE(hasEnded()) << c.why;
-        EXPECT_EQ(end, NoticeEnd::undeliverable) << c.why;
+        EXPECT_EQ(end, platform::NoticeEnd::undeliverable) << c.why;
     }
 }
 
@@ -164,28 +164,29 @@ TEST_F(NoticesTest, AreUndeliverableWhenTheServiceIsSilent)
 {
     for (const char* silent : {"Notify", "GetCapabilities"}) {
         service.methods.erase(silent);
-        DesktopNotices impatient(QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
+        platform::DesktopNotices impatient(
+            QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
         end.reset();
-        impatient.show({}, [this](NoticeEnd how) { end = how; });
+        impatient.show({}, [this](platform::NoticeEnd how) { end = how; });
         EXPECT_FALSE(end) << "never before it returns";
         ASSERT_TRUE(hasEnded()) << silent;
-        EXPECT_EQ(end, NoticeEnd::undeliverable) << silent;
+        EXPECT_EQ(end, platform::NoticeEnd::undeliverable) << silent;
     }
 }
 
 TEST_F(NoticesTest, AreUndeliverableWithoutABus)
 {
-    DesktopNotices unconnected(QDBusConnection(QStringLiteral("no such connection")));
-    unconnected.show({}, [this](NoticeEnd how) { end = how; });
+    platform::DesktopNotices unconnected(QDBusConnection(QStringLiteral("no such connection")));
+    unconnected.show({}, [this](platform::NoticeEnd how) { end = how; });
     EXPECT_FALSE(end) << "never before it returns";
     ASSERT_TRUE(hasEnded());
-    EXPECT_EQ(end, NoticeEnd::undeliverable);
+    EXPECT_EQ(end, platform::NoticeEnd::undeliverable);
 
     bus.end();
     end.reset();
     show();
     ASSERT_TRUE(hasEnded()) << "the bus has ended";
-    EXPECT_EQ(end, NoticeEnd::undeliverable);
+    EXPECT_EQ(end, platform::NoticeEnd::undeliverable);
 }
 
 TEST_F(NoticesTest, AreHandedOverBeforeTheProgramEnds)
@@ -200,10 +201,11 @@ TEST_F(NoticesTest, DoNotKeepTheProgramFromEnding)
 {
     notices.finish(); // nothing to wait for
     service.methods.clear();
-    DesktopNotices impatient(QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
-    impatient.show({}, [this](NoticeEnd how) { end = how; });
+    platform::DesktopNotices impatient(
+        QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
+    impatient.show({}, [this](platform::NoticeEnd how) { end = how; });
     impatient.finish();
-    EXPECT_EQ(end, NoticeEnd::undeliverable);
+    EXPECT_EQ(end, platform::NoticeEnd::undeliverable);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

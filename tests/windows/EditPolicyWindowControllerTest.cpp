@@ -5,19 +5,19 @@
 #include <QAccessible>
 #include <QWindow>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class EditPolicyWindow : public EditorWindow<EditPolicyWindowController> {
+class EditPolicyWindow : public test::EditorWindow<EditPolicyWindowController> {
 protected:
-    void open(const PolicyRulePtr& rule)
+    void open(const rules::PolicyRulePtr& rule)
     {
         EditorWindow::open([&](EditPolicyWindowController& window) { window.setPolicyRule(rule); });
     }
-    PolicyRulePtr openStored(PolicyRuleFields fields)
+    rules::PolicyRulePtr openStored(rules::PolicyRuleFields fields)
     {
-        const auto rule = policyRule(std::move(fields));
+        const auto rule = test::policyRule(std::move(fields));
         store.addPolicyRule(rule);
         open(rule);
         return rule;
@@ -38,8 +38,8 @@ protected:
     }
 };
 
-const PolicyRuleFields samplePolicyRule{.policyClass = PolicyClass::deny,
-    .policyType = PolicyType::suffix,
+const rules::PolicyRuleFields samplePolicyRule{.policyClass = rules::PolicyClass::deny,
+    .policyType = rules::PolicyType::suffix,
     .path = ".jpg",
     .processName = "/bin/sh via /usr/sbin/cron",
     .tag = "mine",
@@ -51,9 +51,9 @@ const PolicyRuleFields samplePolicyRule{.policyClass = PolicyClass::deny,
 
 TEST_F(EditPolicyWindow, ShowsTheFieldsOfTheRule)
 {
-    open(policyRule(samplePolicyRule));
-    EXPECT_EQ(popUp("policyClassPopUp")->currentIndex(), PolicyClass::deny);
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::suffix);
+    open(test::policyRule(samplePolicyRule));
+    EXPECT_EQ(popUp("policyClassPopUp")->currentIndex(), rules::PolicyClass::deny);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::suffix);
     EXPECT_EQ(text("pathTextField"), ".jpg");
     EXPECT_EQ(text("processNameTextField"), "/bin/sh via /usr/sbin/cron");
     EXPECT_EQ(text("constraintTextField"), "ABCDE12345");
@@ -74,7 +74,7 @@ TEST_F(EditPolicyWindow, ShowsTheFieldsOfTheRule)
 
 TEST_F(EditPolicyWindow, OpensOnTheNullTextsOfANewRule)
 {
-    open(policyRule({.constraint = std::nullopt}));
+    open(test::policyRule({.constraint = std::nullopt}));
     EXPECT_EQ(text("pathTextField"), "");
     EXPECT_EQ(text("constraintTextField"), "");
     EXPECT_FALSE(canSave());
@@ -86,7 +86,7 @@ TEST_F(EditPolicyWindow, OpensOnTheNullTextsOfANewRule)
 
 TEST_F(EditPolicyWindow, CanSaveOnceBothPathAndProgramHoldACharacter)
 {
-    open(policyRule({.path = "/p", .processName = ""}));
+    open(test::policyRule({.path = "/p", .processName = ""}));
     EXPECT_FALSE(canSave());
     type("processNameTextField", "x");
     EXPECT_TRUE(canSave());
@@ -98,12 +98,13 @@ TEST_F(EditPolicyWindow, CanSaveOnceBothPathAndProgramHoldACharacter)
 
 TEST_F(EditPolicyWindow, TheTypeFollowsThePathAsItIsTyped)
 {
-    open(policyRule({.path = "/p", .processName = "any"}));
+    open(test::policyRule({.path = "/p", .processName = "any"}));
     const struct {
         const char* typed;
         std::int32_t type;
-    } cases[] = {{"/Users/", PolicyType::prefix}, {"/Users/a", PolicyType::path},
-        {".jpg", PolicyType::suffix}, {".git/", PolicyType::suffix}, {"", PolicyType::path}};
+    } cases[] = {{"/Users/", rules::PolicyType::prefix}, {"/Users/a", rules::PolicyType::path},
+        {".jpg", rules::PolicyType::suffix}, {".git/", rules::PolicyType::suffix},
+        {"", rules::PolicyType::path}};
     for (const auto& c : cases) {
         type("pathTextField", c.typed);
         EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), c.type) << c.typed;
@@ -112,18 +113,19 @@ TEST_F(EditPolicyWindow, TheTypeFollowsThePathAsItIsTyped)
 
 TEST_F(EditPolicyWindow, TheTypeChosenByHandLastsUntilTheNextKeyInThePath)
 {
-    open(policyRule({.policyType = PolicyType::suffix, .path = "/p", .processName = "any"}));
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::suffix) << "opening changes nothing";
-    popUp("policyTypePopUp")->setCurrentIndex(PolicyType::prefix);
+    open(test::policyRule({.policyType = rules::PolicyType::suffix, .path = "/p", .processName = "any"}));
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::suffix)
+        << "opening changes nothing";
+    popUp("policyTypePopUp")->setCurrentIndex(rules::PolicyType::prefix);
     type("processNameTextField", "/bin/sh");
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::prefix);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::prefix);
     QTest::keyClick(field("pathTextField"), Qt::Key_A);
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::path);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::path);
 }
 
 TEST_F(EditPolicyWindow, TheConstraintIsNamedByItsLength)
 {
-    open(policyRule({.constraint = std::string(40, 'a')}));
+    open(test::policyRule({.constraint = std::string(40, 'a')}));
     EXPECT_EQ(constraintKindShown(), "SHA1");
     type("constraintTextField", std::string(41, 'a').c_str());
     EXPECT_EQ(constraintKindShown(), "Team ID");
@@ -135,7 +137,7 @@ TEST_F(EditPolicyWindow, TheConstraintIsNamedByItsLength)
 
 TEST_F(EditPolicyWindow, TheConstraintsKindIsTheNameOfItsField)
 {
-    open(policyRule({.constraint = std::string(40, 'a')}));
+    open(test::policyRule({.constraint = std::string(40, 'a')}));
     EXPECT_EQ(label("constraintTypeTextField")->buddy(), field("constraintTextField"));
     const QAccessibleInterface* shown = QAccessible::queryAccessibleInterface(field("constraintTextField"));
     EXPECT_EQ(shown->text(QAccessible::Name), QStringLiteral("SHA1"));
@@ -143,7 +145,7 @@ TEST_F(EditPolicyWindow, TheConstraintsKindIsTheNameOfItsField)
 
 TEST_F(EditPolicyWindow, EveryTextFieldAndPopUpHasALabel)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     QList<QWidget*> unnamed;
     for (QWidget* control : editor->findChildren<QWidget*>()) {
         if (qobject_cast<QLineEdit*>(control) != nullptr || qobject_cast<QComboBox*>(control) != nullptr)
@@ -158,7 +160,7 @@ TEST_F(EditPolicyWindow, EveryTextFieldAndPopUpHasALabel)
 TEST_F(EditPolicyWindow, ShowsTheLockForAnyProgramAndNothingElse)
 {
     writeLockImage(Qt::magenta, 32);
-    open(policyRule({.path = "/p", .processName = "any"}));
+    open(test::policyRule({.path = "/p", .processName = "any"}));
     EXPECT_EQ(middleOfIcon(), QColor(Qt::magenta).rgb());
     EXPECT_EQ(label("iconImageView")->pixmap(Qt::ReturnByValue).deviceIndependentSize(), QSizeF(96, 96));
     QTest::keyClick(field("processNameTextField"), Qt::Key_End);
@@ -169,7 +171,7 @@ TEST_F(EditPolicyWindow, ShowsTheLockForAnyProgramAndNothingElse)
 
 TEST_F(EditPolicyWindow, ShowsNoLockWhenItsImageIsMissingOrDamaged)
 {
-    open(policyRule({.path = "/p", .processName = "any"}));
+    open(test::policyRule({.path = "/p", .processName = "any"}));
     EXPECT_FALSE(showsIcon());
     folder.write("Library/Application Support/Quorvane/lock.png", "no image");
     editor->setApplicationIcon();
@@ -179,7 +181,7 @@ TEST_F(EditPolicyWindow, ShowsNoLockWhenItsImageIsMissingOrDamaged)
 TEST_F(EditPolicyWindow, ShowsTheIconOfAProgramThatExists)
 {
     const std::string tool = folder.write("tool", "");
-    open(policyRule({.path = "/p", .processName = tool}));
+    open(test::policyRule({.path = "/p", .processName = tool}));
     EXPECT_TRUE(showsIcon());
     EXPECT_EQ(label("iconImageView")->accessibleDescription(), QStringLiteral("tool"));
     type("processNameTextField", (tool + "s").c_str());
@@ -194,7 +196,7 @@ TEST_F(EditPolicyWindow, ShowsTheIconOfAProgramThatExists)
 TEST_F(EditPolicyWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
 {
     const auto rule = openStored(samplePolicyRule);
-    popUp("policyClassPopUp")->setCurrentIndex(PolicyClass::allow);
+    popUp("policyClassPopUp")->setCurrentIndex(rules::PolicyClass::allow);
     type("pathTextField", "/Users/ann/");
     type("processNameTextField", "/usr/bin/env");
     type("constraintTextField", "");
@@ -203,8 +205,8 @@ TEST_F(EditPolicyWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
     click("saveButton");
 
     EXPECT_EQ(file(), "allow prefix \"/Users/ann/\" \"/usr/bin/env\" rw \"mine\" \"\" \"77\"\n");
-    EXPECT_EQ(rowsAsText(store, true), file());
-    EXPECT_EQ(std::get<PolicyRulePtr>(store.ruleAtIndex(0, true)), rule);
+    EXPECT_EQ(test::rowsAsText(store, true), file());
+    EXPECT_EQ(std::get<rules::PolicyRulePtr>(store.ruleAtIndex(0, true)), rule);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_EQ(delegate.reloads, 1);
     EXPECT_EQ(log.lines().back(), "-[EditPolicyWindowController saveClicked:]");
@@ -250,8 +252,8 @@ TEST_F(EditPolicyWindow, EachBoxStandsForItsBit)
 
 TEST_F(EditPolicyWindow, KeepsAClassAndTypeThatHaveNoItem)
 {
-    const auto rule = openStored({.policyClass = unknownCode,
-        .policyType = unknownCode,
+    const auto rule = openStored({.policyClass = rules::unknownCode,
+        .policyType = rules::unknownCode,
         .path = "/p",
         .processName = "any",
         .operations = 1});
@@ -281,8 +283,8 @@ TEST_F(EditPolicyWindow, ClosesEvenWhenTheFileCannotBeWritten)
 
 TEST_F(EditPolicyWindow, ReturnInATextFieldSavesWhenTheRuleIsComplete)
 {
-    const auto rule
-        = openStored({.policyType = PolicyType::path, .path = "/p", .processName = "", .operations = 1});
+    const auto rule = openStored(
+        {.policyType = rules::PolicyType::path, .path = "/p", .processName = "", .operations = 1});
     QTest::keyClick(field("pathTextField"), Qt::Key_Return);
     EXPECT_TRUE(editor->isVisible());
     EXPECT_EQ(run.g_dirty, 0);
@@ -298,7 +300,7 @@ TEST_F(EditPolicyWindow, CancellingDropsWhatWasTyped)
         type("pathTextField", "/typed");
         how();
         EXPECT_EQ(rule->path().view(), ".jpg");
-        EXPECT_EQ(rule->policyType(), PolicyType::suffix);
+        EXPECT_EQ(rule->policyType(), rules::PolicyType::suffix);
         EXPECT_EQ(run.g_dirty, 0);
         EXPECT_EQ(delegate.reloads, 0);
         EXPECT_EQ(log.lines().back() == "-[EditPolicyWindowController cancelClicked:]", isLogged);
@@ -311,11 +313,11 @@ TEST_F(EditPolicyWindow, CancellingDropsWhatWasTyped)
 
 TEST_F(EditPolicyWindow, ShowsASystemRuleReadOnly)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     const QRect saveFrame = button("saveButton")->geometry();
-    PolicyRuleFields fields = samplePolicyRule;
+    rules::PolicyRuleFields fields = samplePolicyRule;
     fields.system = true;
-    const auto rule = policyRule(fields);
+    const auto rule = test::policyRule(fields);
     open(rule);
 
     EXPECT_FALSE(button("saveButton")->isVisible());
@@ -364,7 +366,7 @@ TEST_F(EditPolicyWindow, SavingBringsBackARuleThatWasDeletedMeanwhile)
     store.deletePolicyRule(*rule);
     click("saveButton");
     EXPECT_EQ(store.totalRules(true), 1U);
-    EXPECT_EQ(file(), rowsAsText(store, true));
+    EXPECT_EQ(file(), test::rowsAsText(store, true));
     EXPECT_NE(file(), "");
 }
 
@@ -372,7 +374,7 @@ TEST_F(EditPolicyWindow, SavingReplacesTheRuleThatTheStoreHasReadAnewMeanwhile)
 {
     folder.write("Users/Shared/Quorvane/ann.quorvane.rc", "allow path /p any r tag\n");
     store.reloadCurrentUserConfiguration();
-    open(std::get<PolicyRulePtr>(store.ruleAtIndex(0, true)));
+    open(std::get<rules::PolicyRulePtr>(store.ruleAtIndex(0, true)));
     store.reloadCurrentUserConfiguration();
     type("pathTextField", "/q");
     click("saveButton");
@@ -382,44 +384,44 @@ TEST_F(EditPolicyWindow, SavingReplacesTheRuleThatTheStoreHasReadAnewMeanwhile)
 TEST_F(EditPolicyWindow, AChosenFolderGetsASlashAndKeepsItsSpaces)
 {
     std::filesystem::create_directories(folder.path("My  Photos"));
-    open(policyRule({.policyType = PolicyType::path, .path = "", .processName = "any"}));
+    open(test::policyRule({.policyType = rules::PolicyType::path, .path = "", .processName = "any"}));
     choose("browsePathButton", folder.path("My  Photos"));
     EXPECT_EQ(text("pathTextField"), folder.path("My  Photos/"));
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::prefix);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::prefix);
     EXPECT_TRUE(canSave());
 }
 
 TEST_F(EditPolicyWindow, AChosenNameComesAsItIs)
 {
-    open(policyRule({.path = "", .processName = "any"}));
+    open(test::policyRule({.path = "", .processName = "any"}));
     choose("browsePathButton", folder.write("Käse #1 100%20", ""));
     EXPECT_EQ(text("pathTextField"), folder.path("Käse #1 100%20"));
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::path);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::path);
 }
 
 TEST_F(EditPolicyWindow, AChosenPathSetsTheTypeEvenWhenItIsTheSameAgain)
 {
     const std::string tool = folder.write("tool", "");
-    open(policyRule({.policyType = PolicyType::suffix, .path = tool, .processName = "any"}));
+    open(test::policyRule({.policyType = rules::PolicyType::suffix, .path = tool, .processName = "any"}));
     choose("browsePathButton", tool);
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::path);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::path);
 }
 
 TEST_F(EditPolicyWindow, AChosenApplicationGoesIntoTheProgramAndLeavesTheTypeAlone)
 {
     std::filesystem::create_directories(folder.path("Paint.app/Contents"));
-    open(policyRule({.policyType = PolicyType::suffix, .path = "/p", .processName = ""}));
+    open(test::policyRule({.policyType = rules::PolicyType::suffix, .path = "/p", .processName = ""}));
     choose("browseProcessButton", folder.path("Paint.app"));
     EXPECT_EQ(text("processNameTextField"), folder.path("Paint.app/"));
     EXPECT_EQ(text("pathTextField"), "/p");
-    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), PolicyType::suffix);
+    EXPECT_EQ(popUp("policyTypePopUp")->currentIndex(), rules::PolicyType::suffix);
     EXPECT_TRUE(showsIcon());
     EXPECT_TRUE(canSave());
 }
 
 TEST_F(EditPolicyWindow, ACancelledPanelChangesNothing)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     answerPanel("browsePathButton", [&](QFileDialog& panel) {
         in<QLineEdit>(panel, "fileNameEdit")->setText(toQt(folder.path()));
         panel.reject();
@@ -441,7 +443,7 @@ TEST_F(EditPolicyWindow, ThePanelStartsWhereTheFieldPoints)
         return start;
     };
     const std::string home = fromQt(QDir::homePath());
-    open(policyRule({.path = folder.path("bin/"), .processName = tool}));
+    open(test::policyRule({.path = folder.path("bin/"), .processName = tool}));
     EXPECT_EQ(startOf("browsePathButton"), folder.path("bin"));
     EXPECT_EQ(startOf("browseProcessButton"), folder.path("bin"));
     for (const char* nowhere : {"any", ""}) {
@@ -454,7 +456,7 @@ TEST_F(EditPolicyWindow, ThePanelStartsWhereTheFieldPoints)
 
 TEST_F(EditPolicyWindow, OutlivesItsOwnEndWhileThePanelIsOpen)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     QTimer::singleShot(0, [&] { delete editor.data(); });
     editor->browsePathClicked();
     EXPECT_TRUE(editor.isNull());
@@ -462,7 +464,7 @@ TEST_F(EditPolicyWindow, OutlivesItsOwnEndWhileThePanelIsOpen)
 
 TEST_F(EditPolicyWindow, OpensWithTheStartOfALongPath)
 {
-    open(policyRule({.path = "/" + std::string(300, 'x'), .processName = "any"}));
+    open(test::policyRule({.path = "/" + std::string(300, 'x'), .processName = "any"}));
     EXPECT_TRUE(field("pathTextField")->hasFocus());
     EXPECT_EQ(field("pathTextField")->cursorPosition(), 0);
     EXPECT_FALSE(field("pathTextField")->hasSelectedText());
@@ -470,7 +472,7 @@ TEST_F(EditPolicyWindow, OpensWithTheStartOfALongPath)
 
 TEST_F(EditPolicyWindow, IsLight)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     const QColor corner = editor->grab().toImage().pixelColor(2, 2);
     EXPECT_GT(corner.lightness(), 230);
     EXPECT_EQ(corner.alpha(), 255) << "nothing shines through where windows are not blended";
@@ -478,7 +480,7 @@ TEST_F(EditPolicyWindow, IsLight)
 
 TEST_F(EditPolicyWindow, TheTabKeyFollowsTheEye)
 {
-    open(policyRule(samplePolicyRule));
+    open(test::policyRule(samplePolicyRule));
     QStringList names;
     const QWidget* first = in<QComboBox>(*editor, "policyClassPopUp");
     in<QComboBox>(*editor, "policyClassPopUp")->setFocus();
@@ -500,7 +502,7 @@ TEST_F(EditPolicyWindow, HasUnsavedChangesWhileItsControlsSayAnythingElseThanAtF
     EXPECT_FALSE(editor->hasUnsavedChanges());
     type("pathTextField", "/other");
     EXPECT_TRUE(editor->hasUnsavedChanges());
-    editor->showDraft(draftOf(editor->rule()));
+    editor->showDraft(workflow::draftOf(editor->rule()));
     EXPECT_FALSE(editor->hasUnsavedChanges());
     box("opMountButton")->toggle();
     EXPECT_TRUE(editor->hasUnsavedChanges());
@@ -517,8 +519,8 @@ TEST_F(EditPolicyWindow, HasNoUnsavedChangesForATextThatItsFieldsCannotShowAsItI
 TEST_F(EditPolicyWindow, ShowsADraftAsItIsAlthoughItsPathSuggestsAnotherType)
 {
     openStored(samplePolicyRule);
-    const RuleDraft draft{.policyClass = PolicyClass::allow,
-        .policyType = PolicyType::suffix,
+    const workflow::RuleDraft draft{.policyClass = rules::PolicyClass::allow,
+        .policyType = rules::PolicyType::suffix,
         .path = "/folder/",
         .processName = "/bin/sh",
         .constraint = std::string(40, 'a'),
@@ -530,13 +532,13 @@ TEST_F(EditPolicyWindow, ShowsADraftAsItIsAlthoughItsPathSuggestsAnotherType)
 
 TEST_F(EditPolicyWindow, TheTitleShowsTheNameOfTheProgramAsItIs)
 {
-    open(policyRule({.path = "/p", .processName = "/bin/x[*]"}));
+    open(test::policyRule({.path = "/p", .processName = "/bin/x[*]"}));
     EXPECT_EQ(editor->windowHandle()->title(), QStringLiteral("x[*]"));
 }
 
 TEST_F(EditPolicyWindow, TheConstraintHasAHintAndRoomForAWholeDigest)
 {
-    open(policyRule({.path = "/p", .processName = "any"}));
+    open(test::policyRule({.path = "/p", .processName = "any"}));
     const QLineEdit* constraint = field("constraintTextField");
     EXPECT_FALSE(constraint->placeholderText().isEmpty());
     EXPECT_TRUE(QFontInfo(constraint->font()).fixedPitch());
@@ -545,4 +547,4 @@ TEST_F(EditPolicyWindow, TheConstraintHasAHintAndRoomForAWholeDigest)
         constraint->fontMetrics().horizontalAdvance(QString(64, QLatin1Char('0'))));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

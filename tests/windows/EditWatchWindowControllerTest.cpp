@@ -2,26 +2,26 @@
 #include "rules/RuleCodes.h"
 #include "tests/windows/EditorWindow.h"
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class EditWatchWindow : public EditorWindow<EditWatchWindowController> {
+class EditWatchWindow : public test::EditorWindow<EditWatchWindowController> {
 protected:
-    void open(const WatchRulePtr& rule)
+    void open(const rules::WatchRulePtr& rule)
     {
         EditorWindow::open([&](EditWatchWindowController& window) { window.setWatchRule(rule); });
     }
-    WatchRulePtr openStored(WatchRuleFields fields)
+    rules::WatchRulePtr openStored(rules::WatchRuleFields fields)
     {
-        const auto rule = watchRule(std::move(fields));
+        const auto rule = test::watchRule(std::move(fields));
         store.addWatchRule(rule);
         open(rule);
         return rule;
     }
 };
 
-const WatchRuleFields sampleWatchRule{.policyType = PolicyType::suffix,
+const rules::WatchRuleFields sampleWatchRule{.policyType = rules::PolicyType::suffix,
     .path = ".jpg",
     .processName = "/bin/sh",
     .tag = "mine",
@@ -32,8 +32,8 @@ const WatchRuleFields sampleWatchRule{.policyType = PolicyType::suffix,
 
 TEST_F(EditWatchWindow, ShowsTheFieldsOfTheRule)
 {
-    open(watchRule(sampleWatchRule));
-    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::suffix);
+    open(test::watchRule(sampleWatchRule));
+    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), rules::PolicyType::suffix);
     EXPECT_EQ(text("pathTextField"), ".jpg");
     EXPECT_EQ(text("processNameTextField"), "/bin/sh");
     EXPECT_FALSE(box("opReadButton")->isChecked());
@@ -49,16 +49,17 @@ TEST_F(EditWatchWindow, ShowsTheFieldsOfTheRule)
 
 TEST_F(EditWatchWindow, HasNeitherClassNorConstraint)
 {
-    open(watchRule(sampleWatchRule));
+    open(test::watchRule(sampleWatchRule));
     EXPECT_EQ(editor->findChildren<QComboBox*>().size(), 1);
     EXPECT_EQ(editor->findChildren<QLineEdit*>().size(), 2);
 }
 
 TEST_F(EditWatchWindow, IsTitledWatchRuleWhateverTheRule)
 {
-    WatchRuleFields system = sampleWatchRule;
+    rules::WatchRuleFields system = sampleWatchRule;
     system.system = true;
-    for (const auto& rule : {watchRule({}), watchRule(sampleWatchRule), watchRule(system)}) {
+    for (const auto& rule :
+        {test::watchRule({}), test::watchRule(sampleWatchRule), test::watchRule(system)}) {
         open(rule);
         EXPECT_EQ(editor->windowTitle(), QStringLiteral("Watch Rule"));
     }
@@ -66,7 +67,7 @@ TEST_F(EditWatchWindow, IsTitledWatchRuleWhateverTheRule)
 
 TEST_F(EditWatchWindow, CanSaveOnceBothPathAndProgramHoldACharacter)
 {
-    open(watchRule({.path = "", .processName = "any"}));
+    open(test::watchRule({.path = "", .processName = "any"}));
     EXPECT_FALSE(canSave());
     type("pathTextField", "x");
     EXPECT_TRUE(canSave());
@@ -76,14 +77,14 @@ TEST_F(EditWatchWindow, CanSaveOnceBothPathAndProgramHoldACharacter)
 
 TEST_F(EditWatchWindow, TheTypeChosenByHandLastsUntilTheNextKeyInThePath)
 {
-    open(watchRule(sampleWatchRule));
-    popUp("watchTypePopUp")->setCurrentIndex(PolicyType::prefix);
+    open(test::watchRule(sampleWatchRule));
+    popUp("watchTypePopUp")->setCurrentIndex(rules::PolicyType::prefix);
     type("pathTextField", "/a");
-    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::path);
+    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), rules::PolicyType::path);
     type("pathTextField", "/a/");
-    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::prefix);
+    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), rules::PolicyType::prefix);
     type("pathTextField", "./");
-    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::suffix);
+    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), rules::PolicyType::suffix);
 }
 
 TEST_F(EditWatchWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
@@ -96,7 +97,7 @@ TEST_F(EditWatchWindow, SavingPutsTheControlsIntoTheRuleAndWritesTheFile)
     click("saveButton");
 
     EXPECT_EQ(file(), "watch prefix \"/Users/ann/\" \"any\" rw \"mine\"\n");
-    EXPECT_EQ(std::get<WatchRulePtr>(store.ruleAtIndex(0, true)), rule);
+    EXPECT_EQ(std::get<rules::WatchRulePtr>(store.ruleAtIndex(0, true)), rule);
     EXPECT_EQ(store.totalRules(true), 1U);
     EXPECT_EQ(rule->flags(), 2U);
     EXPECT_EQ(run.g_dirty, 1);
@@ -127,11 +128,11 @@ TEST_F(EditWatchWindow, ReturnSaves)
 
 TEST_F(EditWatchWindow, ShowsASystemRuleReadOnly)
 {
-    open(watchRule(sampleWatchRule));
+    open(test::watchRule(sampleWatchRule));
     const QRect saveFrame = button("saveButton")->geometry();
-    WatchRuleFields fields = sampleWatchRule;
+    rules::WatchRuleFields fields = sampleWatchRule;
     fields.system = true;
-    open(watchRule(fields));
+    open(test::watchRule(fields));
 
     EXPECT_FALSE(button("saveButton")->isVisible());
     EXPECT_EQ(button("cancelButton")->geometry(), saveFrame);
@@ -153,10 +154,10 @@ TEST_F(EditWatchWindow, BrowsesForPathAndProgram)
 {
     std::filesystem::create_directories(folder.path("a b"));
     const std::string tool = folder.write("tool", "");
-    open(watchRule({}));
+    open(test::watchRule({}));
     choose("browsePathButton", folder.path("a b"));
     EXPECT_EQ(text("pathTextField"), folder.path("a b/"));
-    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), PolicyType::prefix);
+    EXPECT_EQ(popUp("watchTypePopUp")->currentIndex(), rules::PolicyType::prefix);
     EXPECT_FALSE(canSave());
     choose("browseProcessButton", tool);
     EXPECT_EQ(text("processNameTextField"), tool);
@@ -188,11 +189,11 @@ TEST_F(EditWatchWindow, SavingReplacesTheRuleThatTheStoreHasReadAnewMeanwhile)
 {
     folder.write("Users/Shared/Quorvane/ann.quorvane.rc", "watch path /p any r tag\n");
     store.reloadCurrentUserConfiguration();
-    open(std::get<WatchRulePtr>(store.ruleAtIndex(0, true)));
+    open(std::get<rules::WatchRulePtr>(store.ruleAtIndex(0, true)));
     store.reloadCurrentUserConfiguration();
     type("pathTextField", "/q");
     click("saveButton");
     EXPECT_EQ(file(), "watch path \"/q\" \"any\" r \"tag\"\n");
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::test {
 
 inline const std::string watchLine = "watch prefix \"/w/\" \"/bin/sh\" r \"seen\"\n";
 inline const std::string firstLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
@@ -21,7 +21,7 @@ inline const std::string secondLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\
 inline const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n";
 
 // The main window on a sandbox with rules of the user, and its rules file.
-class EditorTable : public TableWindow<RulesEditorTableController, RuleColumn> {
+class EditorTable : public TableWindow<windows::RulesEditorTableController, workflow::RuleColumn> {
 protected:
     ~EditorTable() override { window.reset(); } // before the document
 
@@ -37,16 +37,16 @@ protected:
         window.reset();
         document.reset();
         store = box.load();
-        document = std::make_unique<TestDocument>(*store, run, log.log(), stateFolder);
-        window
-            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        document = std::make_unique<test::TestDocument>(*store, run, log.log(), stateFolder);
+        window = std::make_unique<windows::RulesEditorTableController>(
+            *document, application, run, workspace, log.log());
         show();
     }
 
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
     QString notice() const
     {
-        const auto* shown = in<FootNotices>("notices");
+        const auto* shown = in<windows::FootNotices>("notices");
         return shown->count() == 0 ? QString() : shown->findChild<QLabel*>()->text();
     }
     // The first visible button of that title below `parent`; null when there is none.
@@ -59,9 +59,9 @@ protected:
         return nullptr;
     }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
+    test::StoreSandbox box;
+    std::unique_ptr<rules::RuleManager> store;
+    std::unique_ptr<test::TestDocument> document;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

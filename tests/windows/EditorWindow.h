@@ -24,10 +24,10 @@
 
 #include <functional>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // Counts what it is told.
-class CountingDelegate : public RuleEditorDelegate {
+class CountingDelegate : public workflow::RuleEditorDelegate {
 public:
     void reloadData() override { ++reloads; }
     int reloads = 0;
@@ -54,7 +54,7 @@ protected:
     QComboBox* popUp(const char* name) const { return in<QComboBox>(*editor, name); }
     QLabel* label(const char* name) const { return in<QLabel>(*editor, name); }
     QCheckBox* box(const char* name) const { return in<QCheckBox>(*editor, name); }
-    std::string text(const char* name) const { return fromQt(field(name)->text()); }
+    std::string text(const char* name) const { return windows::fromQt(field(name)->text()); }
     bool canSave() const { return button("saveButton")->isEnabled(); }
 
     // Types over what the field holds.
@@ -99,20 +99,20 @@ protected:
     void choose(const char* name, const std::string& path)
     {
         answerPanel(name, [&](QFileDialog& panel) {
-            in<QLineEdit>(panel, "fileNameEdit")->setText(toQt(path));
+            in<QLineEdit>(panel, "fileNameEdit")->setText(windows::toQt(path));
             QMetaObject::invokeMethod(&panel, "accept");
         });
     }
 
-    std::string file() const { return TemporaryFolder::contents(locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(locations.userRulesFile()); }
 
-    const TemporaryFolder folder;
-    const Locations locations{folder.path(), "ann"};
-    CapturedLog log;
-    RuleManager store{locations, silentLog()};
-    Workspace workspace;
-    RunState run;
-    TestDocument document{store, run, log.log()};
+    const test::TemporaryFolder folder;
+    const platform::Locations locations{folder.path(), "ann"};
+    test::CapturedLog log;
+    rules::RuleManager store{locations, test::silentLog()};
+    platform::Workspace workspace;
+    workflow::RunState run;
+    test::TestDocument document{store, run, log.log()};
     CountingDelegate delegate;
     QPointer<Editor> editor;
 
@@ -120,4 +120,4 @@ private:
     std::vector<QPointer<Editor>> m_opened;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

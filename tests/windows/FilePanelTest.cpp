@@ -19,7 +19,7 @@
 #include <functional>
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -80,7 +80,7 @@ protected:
         QTest::mouseDClick(panel.windowHandle(), Qt::LeftButton, {}, placeOf(panel, QLatin1String(entry)));
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::unique_ptr<QWidget> parent = std::make_unique<QWidget>();
 };
 
@@ -88,7 +88,7 @@ protected:
 
 TEST(FolderForPanel, IsTheNearestOneThatExists)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("a b/file", "");
     const std::string home = fromQt(QDir::homePath());
     const struct {
@@ -212,4 +212,4 @@ TEST_F(OpenPanel, GoesWithItsParent)
     EXPECT_EQ(chosen(folder.path(), [this](QFileDialog&) { parent.reset(); }), std::nullopt);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

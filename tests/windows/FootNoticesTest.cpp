@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -141,4 +141,4 @@ TEST(ElidedLabel, PaintsAnEllipsisWhereTheTextDoesNotFit)
     EXPECT_EQ(label.grab().toImage(), cut);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

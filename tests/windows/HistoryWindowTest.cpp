@@ -31,7 +31,7 @@
 #include <string>
 #include <thread>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -46,21 +46,22 @@ protected:
     {
         box.writeUserRules(lineOf("/a/") + lineOf("/b/"));
         store = box.load();
-        document = std::make_unique<TestDocument>(*store, run);
-        rules = std::make_unique<RulesHistory>(*document);
-        preferences = std::make_unique<PreferencesHistory>(box.locations, *document, "test",
-            PreferencesServices{application, privilegedCommand, run}, silentLog());
+        document = std::make_unique<test::TestDocument>(*store, run);
+        rules = std::make_unique<workflow::RulesHistory>(*document);
+        preferences = std::make_unique<workflow::PreferencesHistory>(box.locations, *document, "test",
+            workflow::PreferencesServices{application, privilegedCommand, run}, test::silentLog());
     }
     ~HistoryWindowTest() override { delete window; }
 
     void add(const std::string& path)
     {
-        document->perform(additionOf(policyRule({.path = path, .processName = "/bin/sh", .operations = 1})),
+        document->perform(
+            workflow::additionOf(test::policyRule({.path = path, .processName = "/bin/sh", .operations = 1})),
             {"Add " + path});
     }
     void remove(std::size_t row)
     {
-        document->perform(deletionOf(*store, {store->userRules().at(row)}), {"Delete Rule"});
+        document->perform(workflow::deletionOf(*store, {store->userRules().at(row)}), {"Delete Rule"});
     }
 
     // Waits until so many versions are shown, and the selected one is compared.
@@ -125,7 +126,7 @@ protected:
         versions->selectRow(number);
         waitUntilCompared();
     }
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
     // Presses the button of the next question that begins so; notes the question.
     void answer(const char* beginning)
     {
@@ -141,14 +142,14 @@ protected:
         });
     }
 
-    StoreSandbox box;
-    RunState run;
-    FakeApplication application;
-    FakePrivilegedCommand privilegedCommand;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
-    std::unique_ptr<RulesHistory> rules;
-    std::unique_ptr<PreferencesHistory> preferences;
+    test::StoreSandbox box;
+    workflow::RunState run;
+    test::FakeApplication application;
+    test::FakePrivilegedCommand privilegedCommand;
+    std::unique_ptr<rules::RuleManager> store;
+    std::unique_ptr<test::TestDocument> document;
+    std::unique_ptr<workflow::RulesHistory> rules;
+    std::unique_ptr<workflow::PreferencesHistory> preferences;
     QPointer<HistoryWindow> window;
     RulesTableView* versions = nullptr;
     RulesTableView* changes = nullptr;
@@ -208,13 +209,13 @@ TEST_F(HistoryWindowTest, ALaterSelectionOvertakesAnEarlierOne)
 // The difference of a long file takes long to free.
 TEST_F(HistoryWindowTest, ADifferenceThatIsShownNoMoreEndsOnAnotherThread)
 {
-    struct WatchedHistory : RulesHistory {
-        using RulesHistory::RulesHistory;
-        DifferenceTablePtr compare(
+    struct WatchedHistory : workflow::RulesHistory {
+        using workflow::RulesHistory::RulesHistory;
+        workflow::DifferenceTablePtr compare(
             const std::string& before, const std::string& after, const std::stop_token& stop) const override
         {
-            const DifferenceTablePtr table = RulesHistory::compare(before, after, stop);
-            return {table.get(), [table, this](const DifferenceTable* /*ended*/) {
+            const workflow::DifferenceTablePtr table = workflow::RulesHistory::compare(before, after, stop);
+            return {table.get(), [table, this](const workflow::DifferenceTable* /*ended*/) {
                         endedHere = std::this_thread::get_id() == windowThread;
                         ended = true;
                     }};
@@ -283,7 +284,7 @@ TEST_F(HistoryWindowTest, ExportWritesTheVeryBytesOfAVersion)
     panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
     QMetaObject::invokeMethod(panel, "accept");
     waitFor([&] { return notice().startsWith(QStringLiteral("Version 1 was exported")); });
-    EXPECT_EQ(TemporaryFolder::contents(path), before);
+    EXPECT_EQ(test::TemporaryFolder::contents(path), before);
 }
 
 TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTime)
@@ -340,9 +341,9 @@ TEST_F(HistoryWindowTest, AVersionWhoseForerunnerIsForgottenSaysSo)
 
 TEST_F(HistoryWindowTest, ShowsAndRestoresTheVersionsOfThePreferencesToo)
 {
-    box.writePreferences(preference("ui.prompts.oob", 1));
+    box.writePreferences(test::preference("ui.prompts.oob", 1));
     preferences->keepPresentVersion();
-    box.writePreferences(preference("ui.prompts.oob", 2));
+    box.writePreferences(test::preference("ui.prompts.oob", 2));
     add("/c/");
     open(2);
     in<QComboBox>("subjectPopUpButton")->setCurrentIndex(1);
@@ -358,7 +359,7 @@ TEST_F(HistoryWindowTest, ShowsAndRestoresTheVersionsOfThePreferencesToo)
     application.authenticates = true;
     click("restoreButton");
     EXPECT_EQ(notice(), QStringLiteral("Version 1 is in force again."));
-    EXPECT_EQ(readPreferences(box.locations.preferencesFile()).integerForKey("ui.prompts.oob"), 1);
+    EXPECT_EQ(workflow::readPreferences(box.locations.preferencesFile()).integerForKey("ui.prompts.oob"), 1);
 }
 
 TEST_F(HistoryWindowTest, SelectsTheFirstVersionFromTheWantedOneOnEvenWhenItComesLater)
@@ -408,4 +409,4 @@ TEST_F(HistoryWindowTest, RemembersItsSize)
     EXPECT_EQ(window->size(), QSize(700, 480));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -21,27 +21,27 @@ class ImportTableModelTest : public testing::Test {
 protected:
     ImportTableModelTest()
     {
-        reviewed.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/a", .sequence = 5}));
+        reviewed.addWatchRule(test::watchRule({.path = "/usr", .processName = "/bin/a", .sequence = 5}));
         reviewed.addPolicyRule(
-            policyRule({.path = "/b", .processName = "/bin/b", .operations = 1, .sequence = 3}));
+            test::policyRule({.path = "/b", .processName = "/bin/b", .operations = 1, .sequence = 3}));
         reviewed.addPolicyRule(
-            policyRule({.path = "/c", .processName = "/bin/c", .operations = 1, .sequence = 4}));
-        present.addPolicyRule(policyRule({.path = "/c", .processName = "/bin/c", .operations = 1}));
+            test::policyRule({.path = "/c", .processName = "/bin/c", .operations = 1, .sequence = 4}));
+        present.addPolicyRule(test::policyRule({.path = "/c", .processName = "/bin/c", .operations = 1}));
         model.reload(reviewed);
     }
-    QVariant data(int row, ImportColumn column, int role = Qt::DisplayRole) const
+    QVariant data(int row, workflow::ImportColumn column, int role = Qt::DisplayRole) const
     {
         return model.data(model.index(row, static_cast<int>(column)), role);
     }
     QVariant tickHeader(int role) const
     {
-        return model.headerData(static_cast<int>(ImportColumn::tick), Qt::Horizontal, role);
+        return model.headerData(static_cast<int>(workflow::ImportColumn::tick), Qt::Horizontal, role);
     }
 
-    RuleManager reviewed{Locations("/nonexistent", "nobody"), silentLog()};
-    RuleManager present{Locations("/nonexistent", "nobody"), silentLog()};
-    StateDict ticks;
-    Workspace workspace;
+    rules::RuleManager reviewed{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    rules::RuleManager present{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    workflow::StateDict ticks;
+    platform::Workspace workspace;
     ImportTableModel model{present, ticks, workspace};
 };
 
@@ -53,7 +53,7 @@ TEST_F(ImportTableModelTest, KeepsTheRulesOfQtForModels)
     model.setShownRows(0, 3);
     ticks.setAllTicked(false);
     model.ticksDidChange();
-    reviewed.sortIndexUsingDescriptors({{SortKey::path}});
+    reviewed.sortIndexUsingDescriptors({{rules::SortKey::path}});
     model.reload(reviewed);
     model.setShownRows(0, 2);
     EXPECT_EQ(model.rowCount(), 3);
@@ -69,11 +69,11 @@ TEST_F(ImportTableModelTest, IsEmptyBeforeAFileIsReviewed)
 TEST_F(ImportTableModelTest, GivesACheckBoxToEachRuleAndToNothingElse)
 {
     ticks.setTicked(3, false);
-    EXPECT_EQ(data(0, ImportColumn::tick, Qt::CheckStateRole), Qt::Checked);
-    EXPECT_EQ(data(1, ImportColumn::tick, Qt::CheckStateRole), Qt::Unchecked);
+    EXPECT_EQ(data(0, workflow::ImportColumn::tick, Qt::CheckStateRole), Qt::Checked);
+    EXPECT_EQ(data(1, workflow::ImportColumn::tick, Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_TRUE(model.index(1, 1).flags().testFlag(Qt::ItemIsUserCheckable));
-    EXPECT_EQ(data(1, ImportColumn::tick), QString());
-    for (const auto column : {ImportColumn::application, ImportColumn::path}) {
+    EXPECT_EQ(data(1, workflow::ImportColumn::tick), QString());
+    for (const auto column : {workflow::ImportColumn::application, workflow::ImportColumn::path}) {
         EXPECT_FALSE(data(1, column, Qt::CheckStateRole).isValid());
         EXPECT_FALSE(model.index(1, static_cast<int>(column)).flags().testFlag(Qt::ItemIsUserCheckable));
     }
@@ -104,15 +104,15 @@ TEST_F(ImportTableModelTest, TheHeaderTellsWhetherAllRulesAreTicked)
 
 TEST_F(ImportTableModelTest, CountsTheTicksOfTheRulesThatAreShown)
 {
-    const std::vector<RuleRef> rules = reviewed.allRules();
-    model.reload(reviewed, listedRows({rules[0], rules[1]}));
+    const std::vector<rules::RuleRef> rules = reviewed.allRules();
+    model.reload(reviewed, rules::listedRows({rules[0], rules[1]}));
     EXPECT_EQ(model.countOfTicked(), 2U);
-    for (const RuleRef& rule : rules)
-        ticks.setTicked(sequenceOf(rule), rule != rules[0]);
+    for (const rules::RuleRef& rule : rules)
+        ticks.setTicked(workflow::sequenceOf(rule), rule != rules[0]);
     model.ticksDidChange();
     EXPECT_EQ(model.countOfTicked(), 1U);
     EXPECT_EQ(model.commonTick(), Qt::PartiallyChecked);
-    model.reload(reviewed, listedRows({rules[1]}));
+    model.reload(reviewed, rules::listedRows({rules[1]}));
     EXPECT_EQ(model.commonTick(), Qt::Checked);
 }
 
@@ -129,9 +129,9 @@ TEST_F(ImportTableModelTest, TicksOfAllRowsChangeWithOneSignal)
 TEST_F(ImportTableModelTest, ARuleThatIsPresentIsItalicOnceItIsInView)
 {
     model.setShownRows(0, 3);
-    EXPECT_TRUE(data(2, ImportColumn::path, Qt::FontRole).value<QFont>().italic());
-    EXPECT_FALSE(data(1, ImportColumn::path, Qt::FontRole).value<QFont>().italic());
-    EXPECT_EQ(data(2, ImportColumn::path, Qt::AccessibleDescriptionRole),
+    EXPECT_TRUE(data(2, workflow::ImportColumn::path, Qt::FontRole).value<QFont>().italic());
+    EXPECT_FALSE(data(1, workflow::ImportColumn::path, Qt::FontRole).value<QFont>().italic());
+    EXPECT_EQ(data(2, workflow::ImportColumn::path, Qt::AccessibleDescriptionRole),
         QStringLiteral("file not found, already present"));
 }
 
@@ -152,4 +152,4 @@ TEST_F(ImportTableModelTest, ItsBandFlagIsNotTheMainTables)
     EXPECT_EQ(bandOf(next, 1), band) << "and another, which no new table has reset";
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

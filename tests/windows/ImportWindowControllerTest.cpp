@@ -16,14 +16,14 @@
 #include <filesystem>
 #include <functional>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 // Notes what it is given, in words.
-class NotingDelegate : public ImportDelegate {
+class NotingDelegate : public workflow::ImportDelegate {
 public:
-    void importRule(const RuleRef& rule) override
+    void importRule(const rules::RuleRef& rule) override
     {
         calls += askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); })
             + " ";
@@ -41,7 +41,7 @@ public:
     std::function<void()> meanwhile;
 };
 
-class ImportWindow : public TableWindow<ImportWindowController, ImportColumn> {
+class ImportWindow : public test::TableWindow<ImportWindowController, workflow::ImportColumn> {
 protected:
     ~ImportWindow() override { window.reset(); } // before the document
     void open(const std::string& file)
@@ -65,15 +65,16 @@ protected:
     {
         QString letters;
         for (int row = 0; row < table->model()->rowCount(); ++row)
-            letters += cell(row, ImportColumn::tick).data(Qt::CheckStateRole) == Qt::Checked ? u'x' : u'-';
+            letters += cell(row, workflow::ImportColumn::tick).data(Qt::CheckStateRole) == Qt::Checked ? u'x'
+                                                                                                       : u'-';
         return letters;
     }
     QPushButton* button(const char* name) const { return in<QPushButton>(name); }
-    void sortByPath() const { clickTitle(ImportColumn::path); }
+    void sortByPath() const { clickTitle(workflow::ImportColumn::path); }
 
-    TemporaryFolder folder;
-    RuleManager store{Locations(folder.path("root"), "ann"), silentLog()};
-    TestDocument document{store, run};
+    test::TemporaryFolder folder;
+    rules::RuleManager store{platform::Locations(folder.path("root"), "ann"), test::silentLog()};
+    test::TestDocument document{store, run};
     NotingDelegate delegate;
 };
 
@@ -91,7 +92,7 @@ TEST_F(ImportWindow, ListsTheRulesOfTheFileAllTicked)
 
 TEST_F(ImportWindow, TellsHowManyRulesAreAlreadyPresent)
 {
-    store.addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2}));
+    store.addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2}));
     openThree();
     const QString counted = QStringLiteral("3 of 3 rules ticked, 1 already present (in italics)");
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == counted; })) << fromQt(counts());
@@ -99,12 +100,12 @@ TEST_F(ImportWindow, TellsHowManyRulesAreAlreadyPresent)
 
 TEST_F(ImportWindow, MarksPresentRulesAnewWhenTheyChangeAndKeepsTheRest)
 {
-    const auto rule = policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2});
+    const auto rule = test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2});
     openThree();
     const auto isMarked
-        = [this] { return cell(0, ImportColumn::path).data(Qt::FontRole).value<QFont>().italic(); };
+        = [this] { return cell(0, workflow::ImportColumn::path).data(Qt::FontRole).value<QFont>().italic(); };
     sortByPath();
-    click(1, ImportColumn::tick);
+    click(1, workflow::ImportColumn::tick);
     table->selectRow(0);
     EXPECT_FALSE(isMarked());
 
@@ -153,7 +154,7 @@ TEST_F(ImportWindow, StaysEmptyWithoutAPathAndTriesAgainTheNextTimeItIsShown)
 TEST_F(ImportWindow, ReadsTheFileOnceHoweverOftenItIsShown)
 {
     openThree();
-    click(0, ImportColumn::tick);
+    click(0, workflow::ImportColumn::tick);
     window->hide();
     window->show();
     EXPECT_EQ(ticks(), QStringLiteral("-xx"));
@@ -162,7 +163,7 @@ TEST_F(ImportWindow, ReadsTheFileOnceHoweverOftenItIsShown)
 TEST_F(ImportWindow, ReadingTheFileAgainTicksAllRulesAgain)
 {
     openThree();
-    click(0, ImportColumn::tick);
+    click(0, workflow::ImportColumn::tick);
     folder.write("Three.quorv", "allow prefix \"/d\" \"/bin/sh\" r\nallow prefix \"/e\" \"/bin/sh\" r\n");
     window->reloadData();
     EXPECT_EQ(shownPaths(), QStringLiteral("/d /e"));
@@ -173,30 +174,31 @@ TEST_F(ImportWindow, ReadingTheFileAgainTicksAllRulesAgain)
 TEST_F(ImportWindow, ReadingTheFileAgainForgetsTheOrder)
 {
     openThree();
-    window->sortByColumn(static_cast<int>(ImportColumn::path));
+    window->sortByColumn(static_cast<int>(workflow::ImportColumn::path));
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
     window->reloadData();
     EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
-    window->sortByColumn(static_cast<int>(ImportColumn::path)); // not turned round: it is the first again
+    window->sortByColumn(
+        static_cast<int>(workflow::ImportColumn::path)); // not turned round: it is the first again
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
 }
 
 TEST_F(ImportWindow, AClickUnticksARuleAndAnotherTicksItAgain)
 {
     openThree();
-    click(1, ImportColumn::tick);
+    click(1, workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("x-x"));
     EXPECT_EQ(counts(), QStringLiteral("2 of 3 rules ticked"));
-    click(1, ImportColumn::tick);
+    click(1, workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("xxx"));
-    click(1, ImportColumn::path);
+    click(1, workflow::ImportColumn::path);
     EXPECT_EQ(ticks(), QStringLiteral("xxx"));
 }
 
 TEST_F(ImportWindow, ADoubleClickOnACheckBoxIsTwoClicks)
 {
     openThree();
-    const QPoint place = table->visualRect(cell(1, ImportColumn::tick)).center();
+    const QPoint place = table->visualRect(cell(1, workflow::ImportColumn::tick)).center();
     QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
     EXPECT_EQ(ticks(), QStringLiteral("xxx"));
 }
@@ -204,14 +206,14 @@ TEST_F(ImportWindow, ADoubleClickOnACheckBoxIsTwoClicks)
 TEST_F(ImportWindow, SortingKeepsEachRulesTick)
 {
     openThree();
-    click(0, ImportColumn::tick);
+    click(0, workflow::ImportColumn::tick);
     sortByPath();
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
     EXPECT_EQ(ticks(), QStringLiteral("x-x"));
     sortByPath();
     EXPECT_EQ(shownPaths(), QStringLiteral("/c /b /a"));
     EXPECT_EQ(ticks(), QStringLiteral("x-x"));
-    clickTitle(ImportColumn::ruleClass);
+    clickTitle(workflow::ImportColumn::ruleClass);
     EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c")) << "the order before breaks ties";
     EXPECT_EQ(ticks(), QStringLiteral("-xx"));
 }
@@ -219,12 +221,12 @@ TEST_F(ImportWindow, SortingKeepsEachRulesTick)
 TEST_F(ImportWindow, TheTitleAboveTheTicksTicksAllOrNone)
 {
     openThree();
-    clickTitle(ImportColumn::tick);
+    clickTitle(workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("---"));
     EXPECT_EQ(counts(), QStringLiteral("0 of 3 rules ticked"));
-    click(2, ImportColumn::tick);
+    click(2, workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("--x"));
-    clickTitle(ImportColumn::tick);
+    clickTitle(workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("xxx"));
     EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c")) << "it sorts nothing";
 }
@@ -232,7 +234,7 @@ TEST_F(ImportWindow, TheTitleAboveTheTicksTicksAllOrNone)
 TEST_F(ImportWindow, TheSpaceBarTogglesTheTicksOfTheSelectedRows)
 {
     openThree();
-    click(1, ImportColumn::path);
+    click(1, workflow::ImportColumn::path);
     QTest::keyClick(table, Qt::Key_Space);
     EXPECT_EQ(ticks(), QStringLiteral("x-x"));
     QTest::keyClick(table, Qt::Key_Down, Qt::ShiftModifier);
@@ -257,7 +259,7 @@ TEST_F(ImportWindow, ItsMenuSortsAsItsTitlesDo)
 TEST_F(ImportWindow, ReturnImportsTheTickedRulesInTheOrderOfTheRows)
 {
     openThree();
-    click(2, ImportColumn::tick);
+    click(2, workflow::ImportColumn::tick);
     sortByPath();
     QTest::keyClick(table, Qt::Key_Return);
     EXPECT_EQ(delegate.calls, "/a /b end");
@@ -268,7 +270,7 @@ TEST_F(ImportWindow, ReturnImportsTheTickedRulesInTheOrderOfTheRows)
 TEST_F(ImportWindow, ImportWithEveryBoxUntickedEndsTheImportAndClosesTheWindow)
 {
     openThree();
-    clickTitle(ImportColumn::tick);
+    clickTitle(workflow::ImportColumn::tick);
     button("importButton")->click();
     EXPECT_EQ(delegate.calls, "end");
     EXPECT_FALSE(window->isVisible());
@@ -334,7 +336,7 @@ TEST_F(ImportWindow, EscapeCancelAndCloseImportNothing)
 
 TEST_F(ImportWindow, ClosingItDeletesTheFailSafeFilesAlsoWhenAnotherFileWasUnderReview)
 {
-    const Locations& locations = store.locations();
+    const platform::Locations& locations = store.locations();
     const std::string failSafe = folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
     folder.write("root/Users/Shared/Quorvane/failsafe.rc.strict", "");
     ASSERT_EQ(failSafe, locations.failSafeFile());
@@ -400,7 +402,7 @@ TEST_F(ImportWindow, TogglesTheTicksOfManyRowsTogether)
     open(folder.write("Many.quorv", text));
     QTest::keyClick(table, Qt::Key_Space, Qt::ControlModifier);
     EXPECT_EQ(counts(), QStringLiteral("0 of 20,000 rules ticked"));
-    EXPECT_EQ(cell(rules - 1, ImportColumn::tick).data(Qt::CheckStateRole), Qt::Unchecked);
+    EXPECT_EQ(cell(rules - 1, workflow::ImportColumn::tick).data(Qt::CheckStateRole), Qt::Unchecked);
     QTest::keyClick(table, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(table, Qt::Key_Space);
     EXPECT_EQ(counts(), QStringLiteral("20,000 of 20,000 rules ticked"));
@@ -413,7 +415,7 @@ TEST_F(ImportWindow, TheCountLineTellsOfLettersThatTheRulesFileCuts)
     open(file);
     const QString told = QStringLiteral(", 1 with letters beyond ASCII, whose lines the rules file cuts");
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts().contains(told); })) << counts().toStdString();
-    ProgramSettings wholeLines;
+    workflow::ProgramSettings wholeLines;
     wholeLines.wholeLines = true;
     document.setSettings(wholeLines);
     window->presentRulesDidChange();
@@ -437,7 +439,7 @@ TEST_F(ImportWindow, LinesThatHoldSeveralRulesAreTakenApartOnRequest)
     EXPECT_EQ(ticks().count(u'-'), 1);
     for (int row = 0; row < 5; ++row) {
         if (ticks()[row] == u'-') {
-            EXPECT_EQ(text(row, ImportColumn::path), QStringLiteral("/d")) << "it has lost text";
+            EXPECT_EQ(text(row, workflow::ImportColumn::path), QStringLiteral("/d")) << "it has lost text";
         }
     }
     window->importAction();
@@ -459,7 +461,7 @@ class ImportForesightBar : public ImportWindow {
 protected:
     void openFile()
     {
-        store.addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
+        store.addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
         open(folder.write("Four.quorv",
             "allow prefix \"/a\" \"/bin/sh\" r\n"
             "allow prefix \"/b/\" \"/bin/sh\" r\n"
@@ -520,7 +522,7 @@ TEST_F(ImportForesightBar, ImportsTickedRulesThatAreNotShownAndSaysSo)
     EXPECT_TRUE(counts().startsWith(
         QStringLiteral("4 of 4 rules ticked (3 of them not shown, and imported all the same)")))
         << fromQt(counts());
-    click(0, ImportColumn::tick);
+    click(0, workflow::ImportColumn::tick);
     window->importAction();
     EXPECT_EQ(delegate.calls, "/a /b/ /b/c end");
 }
@@ -529,7 +531,7 @@ TEST_F(ImportForesightBar, LetsTheTitleTickWhatIsShownAndNoMore)
 {
     openFile();
     choose("New 3");
-    clickTitle(ImportColumn::tick);
+    clickTitle(workflow::ImportColumn::tick);
     EXPECT_EQ(ticks(), QStringLiteral("---"));
     choose("All 4");
     EXPECT_EQ(ticks().count(u'x'), 1);
@@ -541,7 +543,7 @@ TEST_F(ImportForesightBar, FollowsTheUsersRules)
 {
     openFile();
     choose("Present 1");
-    store.addPolicyRule(policyRule({.path = "/d", .processName = "/nowhere/tool", .operations = 1}));
+    store.addPolicyRule(test::policyRule({.path = "/d", .processName = "/nowhere/tool", .operations = 1}));
     window->presentRulesDidChange();
     waitFor("Present 2");
     EXPECT_EQ(shownPaths().split(QLatin1Char(' ')).size(), 2);
@@ -561,4 +563,4 @@ TEST_F(ImportForesightBar, FindsRulesOfJoinedLines)
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

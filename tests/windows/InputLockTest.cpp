@@ -12,7 +12,7 @@
 
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -50,7 +50,7 @@ public:
 TEST(InputLock, DropsKeysClicksAndShortcuts)
 {
     GuardedWindow window;
-    auto lock = std::make_unique<InputLock>();
+    auto lock = std::make_unique<platform::InputLock>();
     window.use();
     lock.reset();
     QCoreApplication::processEvents();
@@ -66,7 +66,7 @@ TEST(InputLock, KeepsWindowsFromBeingClosed)
 {
     GuardedWindow window;
     {
-        const InputLock lock;
+        const platform::InputLock lock;
         EXPECT_FALSE(window.close());
         EXPECT_TRUE(window.isVisible());
     }
@@ -78,7 +78,7 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 {
     const GuardedWindow window;
     QTimer::singleShot(0, &window, [&] {
-        const InputLock lock;
+        const platform::InputLock lock;
         QEventLoop wait;
         QTimer::singleShot(0, &wait, [] { QCoreApplication::exit(); });
         wait.exec();
@@ -91,8 +91,8 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 {
     GuardedWindow window;
-    InputLock::exempt(window);
-    const InputLock lock;
+    platform::InputLock::exempt(window);
+    const platform::InputLock lock;
     window.use();
     EXPECT_EQ(window.clicks, 2);
     EXPECT_EQ(window.shortcuts, 1);
@@ -109,9 +109,9 @@ TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 TEST(InputLock, MayStandInsideAnother)
 {
     GuardedWindow window;
-    auto outer = std::make_unique<InputLock>();
+    auto outer = std::make_unique<platform::InputLock>();
     {
-        const InputLock inner;
+        const platform::InputLock inner;
     }
     window.use();
     EXPECT_EQ(window.clicks, 0);
@@ -120,4 +120,4 @@ TEST(InputLock, MayStandInsideAnother)
     EXPECT_EQ(window.clicks, 2);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -35,12 +35,12 @@ protected:
         return status.st_mode & 0777U;
     }
 
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
     const std::string state = folder.path("home/state/quorvane");
-    CapturedLog log;
+    test::CapturedLog log;
 };
 
-const PolicyRuleFields policyFields{.policyClass = 1,
+const rules::PolicyRuleFields policyFields{.policyClass = 1,
     .policyType = 2,
     .path = ".jpg",
     .processName = "/bin/sh \"x\" \xF0\x9F\x94\x92",
@@ -50,7 +50,7 @@ const PolicyRuleFields policyFields{.policyClass = 1,
     .flags = 3,
     .created = 1'700'000'000};
 
-RuleDraft draftWithPath(const std::string& path)
+workflow::RuleDraft draftWithPath(const std::string& path)
 {
     return {.path = path};
 }
@@ -59,9 +59,9 @@ RuleDraft draftWithPath(const std::string& path)
 
 TEST_F(KeptDraftsTest, GiveBackRuleAndDraftOfAPolicyRuleAsTheyWere)
 {
-    const RuleDraft draft{
+    const workflow::RuleDraft draft{
         .policyClass = 0, .path = "/new\tpath", .processName = "", .constraint = "TEAM", .operations = 31};
-    kept().keep({policyRule(policyFields), draft});
+    kept().keep({test::policyRule(policyFields), draft});
     const auto taken = kept().take();
     ASSERT_EQ(taken.size(), 1U);
     EXPECT_EQ(taken[0].draft, draft);
@@ -75,20 +75,20 @@ TEST_F(KeptDraftsTest, GiveBackRuleAndDraftOfAPolicyRuleAsTheyWere)
 
 TEST_F(KeptDraftsTest, GiveBackAWatchRule)
 {
-    const WatchRuleFields fields{
+    const rules::WatchRuleFields fields{
         .policyType = 1, .path = "/w", .processName = "any", .tag = "seen", .operations = 3};
-    const RuleDraft draft{.policyType = 2, .path = ".w", .processName = "any", .operations = 1};
-    kept().keep({watchRule(fields), draft});
+    const workflow::RuleDraft draft{.policyType = 2, .path = ".w", .processName = "any", .operations = 1};
+    kept().keep({test::watchRule(fields), draft});
     const auto taken = kept().take();
     ASSERT_EQ(taken.size(), 1U);
     EXPECT_EQ(taken[0].draft, draft);
     ASSERT_EQ(policyRuleIn(taken[0].rule), nullptr);
-    EXPECT_EQ(ruleLine(std::get<WatchRulePtr>(taken[0].rule)->fields()), ruleLine(fields));
+    EXPECT_EQ(ruleLine(std::get<rules::WatchRulePtr>(taken[0].rule)->fields()), ruleLine(fields));
 }
 
 TEST_F(KeptDraftsTest, AreTakenOnce)
 {
-    kept().keep({policyRule({}), {}});
+    kept().keep({test::policyRule({}), {}});
     EXPECT_EQ(kept().count(), 1U);
     EXPECT_EQ(kept().take().size(), 1U);
     EXPECT_EQ(kept().count(), 0U);
@@ -99,7 +99,7 @@ TEST_F(KeptDraftsTest, AreTakenOnce)
 TEST_F(KeptDraftsTest, AreReadableForTheirUserAlone)
 {
     const mode_t before = umask(0);
-    kept().keep({policyRule({}), {}});
+    kept().keep({test::policyRule({}), {}});
     umask(before);
     ASSERT_EQ(files().size(), 1U);
     EXPECT_EQ(permissions(files()[0]), 0600U);
@@ -108,7 +108,7 @@ TEST_F(KeptDraftsTest, AreReadableForTheirUserAlone)
 
 TEST_F(KeptDraftsTest, AreThoseOfTheirOwnRulesFile)
 {
-    kept("/ann.rc").keep({policyRule({}), {}});
+    kept("/ann.rc").keep({test::policyRule({}), {}});
     EXPECT_EQ(kept("/sandbox/ann.rc").count(), 0U);
     EXPECT_TRUE(kept("/sandbox/ann.rc").take().empty());
     EXPECT_EQ(kept("/ann.rc").count(), 1U);
@@ -117,7 +117,7 @@ TEST_F(KeptDraftsTest, AreThoseOfTheirOwnRulesFile)
 TEST_F(KeptDraftsTest, ComeInTheOrderInWhichTheyWereKeptAndTheOldestGoWhenThereAreTooMany)
 {
     for (int number = 0; number < 23; ++number)
-        kept().keep({policyRule({}), draftWithPath(std::to_string(number))});
+        kept().keep({test::policyRule({}), draftWithPath(std::to_string(number))});
     const auto taken = kept().take();
     ASSERT_EQ(taken.size(), 20U);
     for (std::size_t number = 0; number < taken.size(); ++number)
@@ -127,9 +127,9 @@ TEST_F(KeptDraftsTest, ComeInTheOrderInWhichTheyWereKeptAndTheOldestGoWhenThereA
 
 TEST_F(KeptDraftsTest, PassOverWhatIsNoDraftAndLeaveItAlone)
 {
-    kept().keep({policyRule({}), {}});
+    kept().keep({test::policyRule({}), {}});
     const std::filesystem::path good = files().at(0);
-    const std::string text = TemporaryFolder::contents(good);
+    const std::string text = test::TemporaryFolder::contents(good);
     const std::string newer = [&] {
         std::string changed = text;
         return changed.replace(changed.find("\"format\": 1"), 11, "\"format\": 2");
@@ -151,20 +151,20 @@ TEST_F(KeptDraftsTest, PassOverWhatIsNoDraftAndLeaveItAlone)
 
 TEST_F(KeptDraftsTest, ThatAreTooLongOrHaveNoFolderAreLoggedAndDropped)
 {
-    kept().keep({policyRule({}), draftWithPath(std::string(2 << 20, 'x'))});
+    kept().keep({test::policyRule({}), draftWithPath(std::string(2 << 20, 'x'))});
     EXPECT_EQ(kept().count(), 0U);
     EXPECT_EQ(log.lines().back(), "could not keep an unsaved rule in '" + state + "'");
     folder.write("home/state", "in the way");
-    kept().keep({policyRule({}), {}});
+    kept().keep({test::policyRule({}), {}});
     EXPECT_EQ(log.lines().size(), 2U);
 }
 
 TEST_F(KeptDraftsTest, AreNoneWithoutAFolderForThem)
 {
     KeptDrafts homeless(QString(), "/ann.rc", log.log());
-    homeless.keep({policyRule({}), {}});
+    homeless.keep({test::policyRule({}), {}});
     EXPECT_EQ(homeless.count(), 0U);
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -2,11 +2,11 @@
 
 #include <QMenu>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class LikeSelectionTest : public EditorTable {
+class LikeSelectionTest : public test::EditorTable {
 protected:
     LikeSelectionTest()
     {
@@ -55,4 +55,4 @@ TEST_F(LikeSelectionTest, SaysThatTheSelectedRuleHasNoProblemAndKeepsItSelected)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/tmp/"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

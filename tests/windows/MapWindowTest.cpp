@@ -14,11 +14,11 @@
 #include <QSignalSpy>
 #include <QTreeView>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class Map : public EditorTable {
+class Map : public test::EditorTable {
 protected:
     Map()
     {
@@ -120,7 +120,8 @@ TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
     tree->setCurrentIndex(tree->model()->index(0, 0, top(1)));
     afterMaking([this] {
         document->perform(
-            additionOf(policyRule({.path = "/a/", .processName = "any", .operations = 1})), {"Add"});
+            workflow::additionOf(test::policyRule({.path = "/a/", .processName = "any", .operations = 1})),
+            {"Add"});
         window->reloadData();
     });
     EXPECT_EQ(top(1).data().toString(), QStringLiteral("/a/"));
@@ -131,7 +132,7 @@ TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
 TEST_F(Map, SaysThatThereAreNoRules)
 {
     afterMaking([this] {
-        document->perform(deletionOf(*store, store->userRules()), {"Delete"});
+        document->perform(workflow::deletionOf(*store, store->userRules()), {"Delete"});
         window->reloadData();
     });
     EXPECT_EQ(foot(), QStringLiteral("There are no rules."));
@@ -174,4 +175,4 @@ TEST_F(Map, SamplesOfItsBarsFollowTheLook)
     EXPECT_TRUE(QTest::qWaitFor([&] { return sample() == light; }));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@
 #include <QStandardItemModel>
 #include <QToolButton>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr const char* mixedRules = "watch prefix \"/tmp/\" \"/bin/sh\" r \"one\"
                                    "deny suffix \".b\" \"any\" w \"\" \"\" \"0\"\n";
 constexpr const char* all = "/tmp/ .b /nonexistent/a /tmp/ /tmp/";
 
-class NarrowBarTest : public EditorTable {
+class NarrowBarTest : public test::EditorTable {
 protected:
     NarrowBarTest()
     {
@@ -141,9 +141,10 @@ TEST_F(NarrowBarTest, LooksForOverlapsWhileTheyAreChosen)
     narrow();
     choose("problemChoice", "Overlaps");
     EXPECT_TRUE(becomes(QString()));
-    document->perform(
-        additionOf(policyRule(
-            {.policyClass = PolicyClass::deny, .path = "/tmp/x", .processName = "/bin/sh", .operations = 1})),
+    document->perform(workflow::additionOf(test::policyRule({.policyClass = rules::PolicyClass::deny,
+                          .path = "/tmp/x",
+                          .processName = "/bin/sh",
+                          .operations = 1})),
         {"Add"});
     window->reloadData();
     EXPECT_TRUE(becomes(QStringLiteral("/tmp/x")));
@@ -256,4 +257,4 @@ TEST_F(NarrowBarTest, SaysHowManyMoreNamesThereAre)
     EXPECT_FALSE(tags->model()->flags(tags->model()->index(last, 0)).testFlag(Qt::ItemIsEnabled));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

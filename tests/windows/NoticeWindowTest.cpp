@@ -12,7 +12,7 @@
 
 #include <chrono>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -72,4 +72,4 @@ TEST(NoticeWindow, WrapsTextWithoutBreakPoints)
     EXPECT_EQ(notice.windowHandle()->title(), QStringLiteral("[*]"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -27,9 +27,9 @@ protected:
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
     }
 
-    TemporaryFolder m_folder;
-    EnvironmentVariable m_path{"PATH", m_folder.path("bin") + ":" + std::string(getenv("PATH"))};
-    PkexecCommand m_command;
+    test::TemporaryFolder m_folder;
+    test::EnvironmentVariable m_path{"PATH", m_folder.path("bin") + ":" + std::string(getenv("PATH"))};
+    platform::PkexecCommand m_command;
 };
 
 } // namespace
@@ -38,12 +38,13 @@ TEST_F(Pkexec, RunsTheCommandInTheShell)
 {
     pretend("printf '%s|' \"$@\" > '" + m_folder.path("arguments") + "'");
     EXPECT_EQ(m_command.run("/bin/chmod 777 '/a b'"), "");
-    EXPECT_EQ(TemporaryFolder::contents(m_folder.path("arguments")), "/bin/sh|-c|/bin/chmod 777 '/a b'|");
+    EXPECT_EQ(
+        test::TemporaryFolder::contents(m_folder.path("arguments")), "/bin/sh|-c|/bin/chmod 777 '/a b'|");
 }
 
 TEST_F(Pkexec, IsNotToldOfAShellThatItMightRefuse)
 {
-    const EnvironmentVariable shell("SHELL", "/opt/odd/shell");
+    const test::EnvironmentVariable shell("SHELL", "/opt/odd/shell");
     pretend("test -z \"$SHELL\"");
     EXPECT_EQ(m_command.run("true"), "");
 }
@@ -67,7 +68,7 @@ TEST_F(Pkexec, LongComplaintIsCut)
 
 TEST_F(Pkexec, MissingIsAFailureAndNoHang)
 {
-    const EnvironmentVariable nowhere("PATH", m_folder.path("empty"));
+    const test::EnvironmentVariable nowhere("PATH", m_folder.path("empty"));
     const std::string outcome = m_command.run("true");
     EXPECT_EQ(outcome.substr(0, 8), "pkexec: ");
     EXPECT_GT(outcome.size(), 8U);
@@ -103,4 +104,4 @@ TEST_F(Pkexec, WindowsArePaintedButTakeNoInputWhileItRuns)
     EXPECT_EQ(window.presses, 1) << "and again afterwards";
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

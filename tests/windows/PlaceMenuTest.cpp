@@ -12,12 +12,12 @@
 #include <QSignalSpy>
 #include <QTimer>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 // Which machine the rules are for.
-class PlaceMenuTest : public EditorTable {
+class PlaceMenuTest : public test::EditorTable {
 protected:
     PlaceMenuTest()
     {
@@ -28,7 +28,8 @@ protected:
     bool isRed() const
     {
         QApplication::processEvents(); // the row is made when it is painted
-        return cell(0, RuleColumn::path).data(Qt::ForegroundRole).value<QBrush>().color() == shades::red;
+        return cell(0, workflow::RuleColumn::path).data(Qt::ForegroundRole).value<QBrush>().color()
+            == shades::red;
     }
     QString foot() const
     {
@@ -51,7 +52,7 @@ protected:
         panel->accept();
     }
 
-    TemporaryFolder volume;
+    test::TemporaryFolder volume;
     QList<QAction*> items;
 };
 
@@ -78,13 +79,13 @@ TEST_F(PlaceMenuTest, LooksAtAMountedVolumeAndSaysSoAtTheFoot)
 TEST_F(PlaceMenuTest, BindsRulesToTheProgramsOfTheVolume)
 {
     volume.write("program", "text");
-    const RuleRef rule = policyRule({.path = "any", .processName = "/program", .operations = 1});
-    store->addPolicyRule(std::get<PolicyRulePtr>(rule));
+    const rules::RuleRef rule = test::policyRule({.path = "any", .processName = "/program", .operations = 1});
+    store->addPolicyRule(std::get<rules::PolicyRulePtr>(rule));
     window->reloadData();
     chooseVolume(volume.path());
     window->selectRules({rule});
     action("bindAnewMenuItem")->trigger();
-    EXPECT_EQ(std::get<PolicyRulePtr>(rule)->constraint().view(),
+    EXPECT_EQ(std::get<rules::PolicyRulePtr>(rule)->constraint().view(),
         "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
 }
 
@@ -94,10 +95,10 @@ TEST_F(PlaceMenuTest, ShowsTheIconsOfTheVolumesPrograms)
     volume.write("X.app/Contents/MacOS/x", "");
     const auto icon = [this] {
         QApplication::processEvents();
-        return cell(1, RuleColumn::application).data(Qt::DecorationRole).value<QIcon>().cacheKey();
+        return cell(1, workflow::RuleColumn::application).data(Qt::DecorationRole).value<QIcon>().cacheKey();
     };
     store->addPolicyRule(
-        policyRule({.path = "/there", .processName = "/X.app/Contents/MacOS/x", .operations = 1}));
+        test::policyRule({.path = "/there", .processName = "/X.app/Contents/MacOS/x", .operations = 1}));
     window->reloadData();
     EXPECT_EQ(icon(), missingProgramImage().cacheKey());
 
@@ -116,7 +117,7 @@ TEST_F(PlaceMenuTest, OtherTablesOfRulesLookThereToo)
         QSignalSpy answered(other, &TouchingWindow::wasAnswered);
         EXPECT_TRUE(answered.wait());
         const auto* list = other->findChild<RulesTableView*>();
-        const QModelIndex path = list->model()->index(0, static_cast<int>(RuleColumn::path));
+        const QModelIndex path = list->model()->index(0, static_cast<int>(workflow::RuleColumn::path));
         return path.data(Qt::ForegroundRole).value<QBrush>().color() == shades::red;
     };
     EXPECT_TRUE(isRedIn("whatTouchesMenuItem"));
@@ -135,7 +136,8 @@ TEST_F(PlaceMenuTest, ImportsAreReviewedAndBoundThere)
     auto* review = window->findChild<ImportWindowController*>();
     ASSERT_NE(review, nullptr);
     const auto* list = review->findChild<RulesTableView*>();
-    for (const ImportColumn column : {ImportColumn::application, ImportColumn::path}) {
+    for (const workflow::ImportColumn column :
+        {workflow::ImportColumn::application, workflow::ImportColumn::path}) {
         const QModelIndex shown = list->model()->index(0, static_cast<int>(column));
         EXPECT_NE(shown.data(Qt::ForegroundRole).value<QBrush>().color(), shades::red);
     }
@@ -178,4 +180,4 @@ TEST_F(PlaceMenuTest, SaysWhyAFileIsNoVolume)
     EXPECT_TRUE(notice().contains(QStringLiteral("cannot be used as a volume"))) << qPrintable(notice());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -70,4 +70,4 @@ TEST(ElidedLabel, CutsOffWhatDoesNotFitAndTellsItWholeInItsToolTip)
     EXPECT_LT(label.minimumSizeHint().width(), 20);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,7 +10,7 @@
 #include <QToolButton>
 #include <QTreeView>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr const char* faultyRules = "allow prefix \"/tmp/\" \"any\" rw \"\" \"\"
                                     "deny path \"/nonexistent/a\" \"any\" w \"\" \"\" \"0\"\n"
                                     "deny path \"/nonexistent/b\" \"any\" w \"\" \"\" \"0\"\n";
 
-class ProblemsPanelTest : public EditorTable {
+class ProblemsPanelTest : public test::EditorTable {
 protected:
     void openWith(const std::string& userRules)
     {
@@ -168,7 +168,7 @@ TEST_F(ProblemsPanelTest, OffersToReviewTheRulesOfAJoinedLineThatIsChosen)
 
 TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     openWith("allow path \"" + folder.path("late") + "\" \"any\" r \"\" \"\" \"0\"\n");
     showPanel();
     EXPECT_EQ(status(), QStringLiteral("1 problem."));
@@ -193,4 +193,4 @@ TEST_F(ProblemsPanelTest, ShowsLongListsAPartAtATime)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/1199"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -26,7 +26,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -41,7 +41,7 @@ protected:
     PreferencesWindow()
     {
         std::filesystem::create_directories(m_locations.sharedFolder());
-        setPermissions(m_locations.sharedFolder(), 0775);
+        platform::setPermissions(m_locations.sharedFolder(), 0775);
     }
     ~PreferencesWindow() override { delete m_window; }
 
@@ -53,7 +53,7 @@ protected:
 
     void open()
     {
-        m_window = new QVPreferencesWindow(
+        m_window = new app::QVPreferencesWindow(
             m_locations, m_application, m_run, m_privilegedCommand, m_history, m_log.log());
         m_window->windowDidLoad();
         m_window->show();
@@ -105,8 +105,8 @@ protected:
     }
 
     std::string file() const { return m_locations.preferencesFile(); }
-    std::string fileText() const { return TemporaryFolder::contents(file()); }
-    PropertyList saved() const { return readPreferences(file()); }
+    std::string fileText() const { return test::TemporaryFolder::contents(file()); }
+    platform::PropertyList saved() const { return workflow::readPreferences(file()); }
 
     bool hasLogged(const std::string& line)
     {
@@ -114,17 +114,18 @@ protected:
         return std::find(lines.begin(), lines.end(), line) != lines.end();
     }
 
-    TemporaryFolder m_folder;
-    Locations m_locations{m_folder.path(), "nobody"};
-    CapturedLog m_log;
-    FakeApplication m_application;
-    FakePrivilegedCommand m_privilegedCommand;
-    RunState m_run;
-    std::unique_ptr<RuleManager> m_store = std::make_unique<RuleManager>(m_locations, silentLog());
-    TestDocument m_document{*m_store, m_run};
-    PreferencesHistory m_history{
-        m_locations, m_document, "test", {m_application, m_privilegedCommand, m_run}, silentLog()};
-    QPointer<QVPreferencesWindow> m_window;
+    test::TemporaryFolder m_folder;
+    platform::Locations m_locations{m_folder.path(), "nobody"};
+    test::CapturedLog m_log;
+    test::FakeApplication m_application;
+    test::FakePrivilegedCommand m_privilegedCommand;
+    workflow::RunState m_run;
+    std::unique_ptr<rules::RuleManager> m_store
+        = std::make_unique<rules::RuleManager>(m_locations, test::silentLog());
+    test::TestDocument m_document{*m_store, m_run};
+    workflow::PreferencesHistory m_history{
+        m_locations, m_document, "test", {m_application, m_privilegedCommand, m_run}, test::silentLog()};
+    QPointer<app::QVPreferencesWindow> m_window;
 };
 
 const std::vector<std::string> onByDefault = {"whitelistPreloadedCheckBox", "monitorWebcamCheckbox",
@@ -158,7 +159,7 @@ TEST_F(PreferencesWindow, SavesAllFourteenKeysWithoutAPropertyList)
         R"("policy.global.startup" = 1; "policy.global.exec" = 1; "policy.global.attach" = 1; )"
         R"("ui.prompts.while_locked" = 1; "ui.prompts.oob" = 2; "policy.global.paranoid" = 2; )"
         R"("ui.prompts.remote" = 2; "ui.prompts.authenticate" = 2})");
-    EXPECT_EQ(permissionsOf(file()), 0775U);
+    EXPECT_EQ(platform::permissionsOf(file()), 0775U);
     EXPECT_EQ(m_run.g_dirty, 1);
     EXPECT_TRUE(hasLogged("writing to file: " + saved().description()));
 }
@@ -188,7 +189,7 @@ TEST_F(PreferencesWindow, EachControlIsSavedUnderItsKeyAndNoOther)
         std::filesystem::remove(file());
         open();
         save();
-        PropertyList expected = saved();
+        platform::PropertyList expected = saved();
         EXPECT_EQ(expected.integerForKey(c.key), c.before) << c.name;
 
         open();
@@ -202,7 +203,7 @@ TEST_F(PreferencesWindow, EachControlIsSavedUnderItsKeyAndNoOther)
 
 TEST_F(PreferencesWindow, RestrictionIsSavedUnderItsKey)
 {
-    setPermissions(m_locations.sharedFolder(), 0777);
+    platform::setPermissions(m_locations.sharedFolder(), 0777);
     open();
     turn("restrictRulesCheckBox");
     save();
@@ -262,7 +263,7 @@ TEST_F(PreferencesWindow, UnknownKeysSurviveASave)
 TEST_F(PreferencesWindow, KeysThatOthersWroteSinceItOpenedAreKept)
 {
     writeList("<key>old</key><true/>");
-    setPermissions(m_locations.sharedFolder(), 0775);
+    platform::setPermissions(m_locations.sharedFolder(), 0775);
     open();
     turn("createRulesCheckBox");
     writeList("<key>new</key><integer>5</integer>");
@@ -274,7 +275,7 @@ TEST_F(PreferencesWindow, KeysThatOthersWroteSinceItOpenedAreKept)
 TEST_F(PreferencesWindow, CreationOfRulesIsTheFoldersPermissionWhateverTheKeySays)
 {
     writeList("<key>access.user.create</key><false/><key>access.user.restrict</key><true/>");
-    setPermissions(m_locations.sharedFolder(), 0777);
+    platform::setPermissions(m_locations.sharedFolder(), 0777);
     open();
     EXPECT_TRUE(box("createRulesCheckBox").isChecked());
     EXPECT_TRUE(box("restrictRulesCheckBox").isEnabled());
@@ -311,7 +312,7 @@ TEST_F(PreferencesWindow, FolderIsOpenedToUsersWithOnePrompt)
 
 TEST_F(PreferencesWindow, FolderIsClosedToUsersWithOnePrompt)
 {
-    setPermissions(m_locations.sharedFolder(), 0777);
+    platform::setPermissions(m_locations.sharedFolder(), 0777);
     open();
     turn("createRulesCheckBox");
     save();
@@ -323,7 +324,7 @@ TEST_F(PreferencesWindow, FolderIsClosedToUsersWithOnePrompt)
 TEST_F(PreferencesWindow, UnchangedFolderPermissionAsksNobody)
 {
     for (const std::uint32_t permissions : {0775U, 0777U}) {
-        setPermissions(m_locations.sharedFolder(), permissions);
+        platform::setPermissions(m_locations.sharedFolder(), permissions);
         open();
         turn("createRulesCheckBox");
         turn("createRulesCheckBox");
@@ -354,8 +355,8 @@ TEST_F(PreferencesWindow, WhatItFindsAndWhatItSavesAreVersionsOfTheHistory)
     ASSERT_EQ(versions.size(), 3U);
     EXPECT_EQ(versions[0].action, "Save Preferences");
     EXPECT_EQ(versions[0].bytes, fileText().size());
-    EXPECT_EQ(versions[1].kind, VersionKind::foreign);
-    EXPECT_EQ(versions[2].kind, VersionKind::foreign);
+    EXPECT_EQ(versions[1].kind, history::VersionKind::foreign);
+    EXPECT_EQ(versions[2].kind, history::VersionKind::foreign);
 }
 
 TEST_F(PreferencesWindow, FailedWriteClosesWithoutANoticeAndPassesTheReasonOn)
@@ -363,7 +364,8 @@ TEST_F(PreferencesWindow, FailedWriteClosesWithoutANoticeAndPassesTheReasonOn)
     std::filesystem::remove_all(m_locations.sharedFolder());
     open();
     QStringList told;
-    QObject::connect(m_window, &QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
+    QObject::connect(
+        m_window, &app::QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
     save();
     ASSERT_EQ(told.size(), 1);
     EXPECT_EQ(told[0].toStdString(),
@@ -377,7 +379,8 @@ TEST_F(PreferencesWindow, SuccessfulWriteTellsOfNoFailure)
 {
     open();
     QStringList told;
-    QObject::connect(m_window, &QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
+    QObject::connect(
+        m_window, &app::QVPreferencesWindow::saved, [&](const QString& failure) { told += failure; });
     save();
     EXPECT_EQ(told, QStringList{QString()});
 }
@@ -433,7 +436,7 @@ TEST_F(PreferencesWindow, AdministratorAuthenticatesOnceEachTimeItOpens)
 TEST_F(PreferencesWindow, WithoutAdministratorOrAuthenticationIsReadOnly)
 {
     writeList("<key>policy.global.webcam</key><integer>2</integer>");
-    setPermissions(m_locations.sharedFolder(), 0777);
+    platform::setPermissions(m_locations.sharedFolder(), 0777);
     const std::string before = fileText();
     for (const bool isAdmin : {false, true}) {
         m_application.isAdmin = isAdmin;
@@ -540,4 +543,4 @@ TEST_F(PreferencesWindow, SaysOfEverySwitchWhatItDoes)
     EXPECT_FALSE(detail().accessibleDescription().isEmpty());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 TEST(RuleTextField, KeepsWhatIsPastedOnOneLine)
 {
@@ -58,7 +58,7 @@ TEST(RuleEditorControls, ThePanelForAProgramStartsAtTheApplicationsUnlessAPathIs
 {
     QLineEdit path;
     QLineEdit program;
-    Workspace workspace;
+    platform::Workspace workspace;
     RuleEditorWidgets widgets{};
     widgets.pathTextField = &path;
     widgets.processNameTextField = &program;
@@ -71,4 +71,4 @@ TEST(RuleEditorControls, ThePanelForAProgramStartsAtTheApplicationsUnlessAPathIs
     EXPECT_EQ(controls.applicationPanelStart(), "/bin/sh");
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

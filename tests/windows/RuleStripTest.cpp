@@ -9,11 +9,11 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class RuleStripTest : public EditorTable {
+class RuleStripTest : public test::EditorTable {
 protected:
     void openWith(const std::string& userRules)
     {
@@ -82,12 +82,13 @@ TEST_F(RuleStripTest, DeletesTheVeryRuleThatIsCovered)
 {
     // Of equal rules a delete would take the first.
     openWith("allow prefix \"/tmp/\" \"any\" r \"first\" \"\" \"0\"\n");
-    const auto second = policyRule({.path = "/tmp/", .processName = "any", .tag = "second", .operations = 1});
+    const auto second
+        = test::policyRule({.path = "/tmp/", .processName = "any", .tag = "second", .operations = 1});
     store->addPolicyRule(second);
     window->reloadData();
     fill({1});
     press("Delete This One");
-    EXPECT_EQ(text(0, RuleColumn::tag), QStringLiteral("first"));
+    EXPECT_EQ(text(0, workflow::RuleColumn::tag), QStringLiteral("first"));
     EXPECT_EQ(file(), "allow prefix \"/tmp/\" \"any\" r \"first\" \"\" \"0\"\n");
 }
 
@@ -114,7 +115,7 @@ TEST_F(RuleStripTest, ExplainsAProblemOnRequest)
 
 TEST_F(RuleStripTest, BindsARuleToTheProgramAsItIsNow)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string program = folder.write("program", "text");
     openWith("allow path \"any\" \"" + program + "\" r \"\" \"" + std::string(64, 'a') + "\" \"0\"\n");
     fill({0});
@@ -132,7 +133,7 @@ TEST_F(RuleStripTest, BindsARuleToTheProgramAsItIsNow)
 
 TEST_F(RuleStripTest, MovesAllRulesOfAProgramOnceThePersonHasSeenThem)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string moved = folder.write("moved", "text");
     openWith("allow path \"any\" \"/nonexistent/old\" r \"\" \"\" \"0\"\n"
              "deny path \"any\" \"/bin/sh via /nonexistent/old\" r \"\" \"\" \"0\"\n");
@@ -161,7 +162,7 @@ TEST_F(RuleStripTest, TellsNothingOfProgramsAndPathsOfNoPlace)
 {
     openWith("allow path \"/nonexistent\" \"/nonexistent\" r \"\" \"\" \"0\"\n");
     QSignalSpy filled(strip, &RuleStrip::wasFilled);
-    strip->setPlace(RulesPlace::nowhere());
+    strip->setPlace(workflow::RulesPlace::nowhere());
     fill({0});
     EXPECT_EQ(button(*strip, QStringLiteral("Why?")), nullptr);
 }
@@ -181,4 +182,4 @@ TEST_F(RuleStripTest, StaysHiddenWhenItWasHiddenTheLastTime)
     next.close();
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -10,20 +10,20 @@
 #include <QPushButton>
 #include <QScrollBar>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 const std::string headLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
 const std::string nextLine = "allow prefix \"/b/\" \"/bin/sh\" r \"two\" \"\" \"0\"\n";
-class Commands : public EditorTable {
+class Commands : public test::EditorTable {
 protected:
     enum Row { watch, head, next, vi }; // of the user's rules
 
     Commands()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        open(watchLine + headLine + nextLine + viLine);
+        open(test::watchLine + headLine + nextLine + test::viLine);
         table->setFocus();
     }
 
@@ -32,8 +32,8 @@ protected:
     // Opens the context menu with the mouse.
     void clickRight(int row) const
     {
-        const QPoint place
-            = table->viewport()->mapTo(window.get(), table->visualRect(cell(row, RuleColumn::path)).center());
+        const QPoint place = table->viewport()->mapTo(
+            window.get(), table->visualRect(cell(row, workflow::RuleColumn::path)).center());
         QTest::mouseClick(window->windowHandle(), Qt::RightButton, {}, place);
         EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activePopupWidget() != nullptr; }));
     }
@@ -92,7 +92,7 @@ TEST_F(Commands, ASavedNewRuleIsSelectedInTheTable)
     QTest::keyClicks(path, QStringLiteral("/new/"));
     opened->saveClicked();
     ASSERT_EQ(selectedRows().size(), 1);
-    EXPECT_EQ(text(selectedRows().front(), RuleColumn::path), QStringLiteral("/new/"));
+    EXPECT_EQ(text(selectedRows().front(), workflow::RuleColumn::path), QStringLiteral("/new/"));
     EXPECT_TRUE(run.internalWrite);
 }
 
@@ -141,7 +141,7 @@ TEST_F(Commands, TheContextMenuMakesANewRuleForTheClickedProgram)
     clickRight(vi);
     choose("New Rule...");
     ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
-    const PolicyRulePtr rule = editor<EditPolicyWindowController>()->policyRule();
+    const rules::PolicyRulePtr rule = editor<EditPolicyWindowController>()->policyRule();
     EXPECT_EQ(rule->processName().written(), "/bin/vi");
     EXPECT_EQ(rule->constraint().written(), "TEAM");
     EXPECT_EQ(rule->policyClass(), 0);
@@ -163,7 +163,7 @@ TEST_F(Commands, TheContextMenuDeletesTheClickedRule)
 {
     clickRight(next);
     choose("Delete");
-    EXPECT_EQ(file(), watchLine + headLine + viLine);
+    EXPECT_EQ(file(), test::watchLine + headLine + test::viLine);
     EXPECT_EQ(table->model()->rowCount(), 3);
     EXPECT_TRUE(application.notices.empty());
 }
@@ -172,7 +172,7 @@ TEST_F(Commands, TheContextMenuOffersNeitherEditNorDeleteForASystemRule)
 {
     showSystemRules();
     clickRight(4);
-    ASSERT_EQ(text(4, RuleColumn::path), QStringLiteral("/system/"));
+    ASSERT_EQ(text(4, workflow::RuleColumn::path), QStringLiteral("/system/"));
     const auto actions = contextMenu()->actions();
     EXPECT_TRUE(actions.at(0)->isEnabled());
     EXPECT_FALSE(actions.at(1)->isEnabled());
@@ -196,29 +196,29 @@ TEST_F(Commands, DeletingTheHeadOfAGroupShowsTheProgramInTheNextRow)
     store->reloadCurrentUserConfiguration();
     window->reloadData();
     QApplication::processEvents();
-    ASSERT_EQ(text(1, RuleColumn::application), QStringLiteral("sh"));
-    ASSERT_EQ(text(2, RuleColumn::application), QString());
+    ASSERT_EQ(text(1, workflow::RuleColumn::application), QStringLiteral("sh"));
+    ASSERT_EQ(text(2, workflow::RuleColumn::application), QString());
     window->deleteRow(1);
-    EXPECT_EQ(text(1, RuleColumn::application), QStringLiteral("sh"));
-    EXPECT_FALSE(cell(1, RuleColumn::application).data(Qt::DecorationRole).isNull());
+    EXPECT_EQ(text(1, workflow::RuleColumn::application), QStringLiteral("sh"));
+    EXPECT_FALSE(cell(1, workflow::RuleColumn::application).data(Qt::DecorationRole).isNull());
 }
 
 TEST_F(Commands, DeletingTheSelectedHeadOfAGroupShowsTheProgramInTheNextRow)
 {
     select({head});
     QTest::keyClick(table, Qt::Key_Delete);
-    EXPECT_EQ(text(head, RuleColumn::path), QStringLiteral("/b/"));
-    EXPECT_EQ(text(head, RuleColumn::application), QStringLiteral("sh"));
+    EXPECT_EQ(text(head, workflow::RuleColumn::path), QStringLiteral("/b/"));
+    EXPECT_EQ(text(head, workflow::RuleColumn::application), QStringLiteral("sh"));
 }
 
 TEST_F(Commands, TheNextRowShowsTheProgramByWhateverWayTheHeadOfItsGroupWent)
 {
     const auto showsProgram = [this](int row) {
         QApplication::processEvents(); // painted
-        return text(row, RuleColumn::application) == QStringLiteral("sh")
-            && !cell(row, RuleColumn::application).data(Qt::DecorationRole).isNull();
+        return text(row, workflow::RuleColumn::application) == QStringLiteral("sh")
+            && !cell(row, workflow::RuleColumn::application).data(Qt::DecorationRole).isNull();
     };
-    ASSERT_EQ(text(next, RuleColumn::application), QString());
+    ASSERT_EQ(text(next, workflow::RuleColumn::application), QString());
     window->deleteRow(head); // below a watch rule, where the command does not take it for a head
     EXPECT_TRUE(showsProgram(1));
 
@@ -228,7 +228,7 @@ TEST_F(Commands, TheNextRowShowsTheProgramByWhateverWayTheHeadOfItsGroupWent)
     store->reloadCurrentUserConfiguration();
     window->reloadData();
     QApplication::processEvents();
-    ASSERT_EQ(text(2, RuleColumn::application), QString());
+    ASSERT_EQ(text(2, workflow::RuleColumn::application), QString());
     window->deleteRow(1);
     EXPECT_TRUE(showsProgram(1));
 }
@@ -241,13 +241,13 @@ TEST_F(Commands, DeletingInTheMiddleOfAGroupReloadsNothingElse)
         [&reloaded](const QModelIndex& first) { reloaded.append(first.row()); });
     bool isReset = false;
     QObject::connect(table->model(), &QAbstractItemModel::modelReset, [&isReset] { isReset = true; });
-    const QVariant band = cell(vi, RuleColumn::path).data(Qt::BackgroundRole);
+    const QVariant band = cell(vi, workflow::RuleColumn::path).data(Qt::BackgroundRole);
 
     window->deleteRow(next);
 
     EXPECT_TRUE(reloaded.isEmpty());
     EXPECT_FALSE(isReset);
-    EXPECT_EQ(cell(next, RuleColumn::path).data(Qt::BackgroundRole), band);
+    EXPECT_EQ(cell(next, workflow::RuleColumn::path).data(Qt::BackgroundRole), band);
 }
 
 TEST_F(Commands, DeletingTheOnlyRuleOfTheLastGroupReloadsNothingElse)
@@ -265,7 +265,7 @@ TEST_F(Commands, AfterADeleteTheRuleThatFollowsIsSelected)
     select({head, next});
     QTest::keyClick(table, Qt::Key_Delete);
     EXPECT_EQ(selectedRows(), QList<int>{1});
-    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+    EXPECT_EQ(text(1, workflow::RuleColumn::path), QStringLiteral("/c"));
     QTest::keyClick(table, Qt::Key_Up);
     EXPECT_EQ(selectedRows(), QList<int>{0}) << "the keyboard goes on from there";
 }
@@ -275,7 +275,7 @@ TEST_F(Commands, AfterADeleteOfScatteredRulesTheOneThatFollowsTheLastIsSelected)
     select({watch, next});
     QTest::keyClick(table, Qt::Key_Delete);
     EXPECT_EQ(selectedRows(), QList<int>{1});
-    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+    EXPECT_EQ(text(1, workflow::RuleColumn::path), QStringLiteral("/c"));
 }
 
 TEST_F(Commands, AfterADeleteOfTheLastRuleTheOneBeforeIsSelected)
@@ -290,7 +290,7 @@ TEST_F(Commands, AfterADeleteByTheContextMenuTheRuleThatFollowsIsSelected)
     clickRight(head);
     choose("Delete");
     EXPECT_EQ(selectedRows(), QList<int>{1});
-    EXPECT_EQ(text(1, RuleColumn::path), QStringLiteral("/b/"));
+    EXPECT_EQ(text(1, workflow::RuleColumn::path), QStringLiteral("/b/"));
 }
 
 TEST_F(Commands, AfterADeleteOfEveryRuleNothingIsSelected)
@@ -349,7 +349,7 @@ TEST_F(Commands, DeletingAnUnselectedRowKeepsTheSelection)
     select({head, vi});
     window->deleteRow(next);
     EXPECT_EQ(selectedRows(), (QList<int>{1, 2}));
-    EXPECT_EQ(text(2, RuleColumn::path), QStringLiteral("/c"));
+    EXPECT_EQ(text(2, workflow::RuleColumn::path), QStringLiteral("/c"));
 }
 
 TEST_F(Commands, ASystemRuleIsNotDeletedAndANoticeSaysSo)
@@ -425,18 +425,19 @@ TEST_F(Commands, AChangeThatCouldNotBeWrittenIsWrittenFromTheFoot)
         }
     }
     EXPECT_EQ(notices->count(), 0U);
-    EXPECT_EQ(file(), watchLine + nextLine + viLine);
+    EXPECT_EQ(file(), test::watchLine + nextLine + test::viLine);
 }
 
 TEST_F(Commands, TheDeleteKeyOnSystemRulesAloneDeletesNothingRewritesTheFileAndTellsOnce)
 {
     showSystemRules();
-    box.writeUserRules("; a comment, which a rewrite drops\n" + watchLine + headLine + nextLine + viLine);
+    box.writeUserRules(
+        "; a comment, which a rewrite drops\n" + test::watchLine + headLine + nextLine + test::viLine);
     run.internalWrite = false;
     select({4});
     QTest::keyClick(table, Qt::Key_Delete);
     EXPECT_EQ(table->model()->rowCount(), 5);
-    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(file(), test::watchLine + headLine + nextLine + test::viLine);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(run.internalWrite);
     ASSERT_EQ(application.notices.size(), 1U);
@@ -450,7 +451,7 @@ TEST_F(Commands, AMixedSelectionLosesTheUsersRulesAndTellsOnce)
     QTest::keyClick(table, Qt::Key_Delete);
     EXPECT_EQ(file(), "");
     EXPECT_EQ(table->model()->rowCount(), 1);
-    EXPECT_EQ(text(0, RuleColumn::path), QStringLiteral("/system/"));
+    EXPECT_EQ(text(0, workflow::RuleColumn::path), QStringLiteral("/system/"));
     EXPECT_EQ(application.notices.size(), 1U);
 }
 
@@ -477,7 +478,7 @@ TEST_F(Commands, ADoubleClickOpensEitherKindAndSystemRulesToo)
 {
     showSystemRules();
     for (const int row : {static_cast<int>(watch), 4}) {
-        const QPoint place = table->visualRect(cell(row, RuleColumn::path)).center();
+        const QPoint place = table->visualRect(cell(row, workflow::RuleColumn::path)).center();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place);
         QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
     }
@@ -509,9 +510,10 @@ TEST_F(Commands, DeleteInTheSearchFieldDeletesLettersAndNoRule)
 TEST_F(Commands, ATagIsTypedInPlaceAndWritten)
 {
     typeTag(head, "mine");
-    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("mine"));
-    EXPECT_EQ(
-        file(), watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"mine\" \"\" \"0\"\n" + nextLine + viLine);
+    EXPECT_EQ(text(head, workflow::RuleColumn::tag), QStringLiteral("mine"));
+    EXPECT_EQ(file(),
+        test::watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"mine\" \"\" \"0\"\n" + nextLine
+            + test::viLine);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(run.internalWrite);
 }
@@ -522,14 +524,14 @@ TEST_F(Commands, ATagInTheMakingOutlivesAReload)
     QTest::keyClick(table, Qt::Key_F2);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("me"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
-    window->sortByColumn(static_cast<int>(RuleColumn::path));
-    window->sortByColumn(static_cast<int>(RuleColumn::path));
-    ASSERT_EQ(text(1, RuleColumn::path), QStringLiteral("/c"));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
+    ASSERT_EQ(text(1, workflow::RuleColumn::path), QStringLiteral("/c"));
     EXPECT_EQ(selectedRows(), QList<int>{1});
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("in"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     QApplication::processEvents();
-    EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(1, false))->tag().view(), "mine");
+    EXPECT_EQ(std::get<rules::PolicyRulePtr>(store->ruleAtIndex(1, false))->tag().view(), "mine");
 }
 
 TEST_F(Commands, ATagInTheMakingGoesWithItsRule)
@@ -537,17 +539,17 @@ TEST_F(Commands, ATagInTheMakingGoesWithItsRule)
     table->selectRow(vi);
     QTest::keyClick(table, Qt::Key_F2);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("me"));
-    box.writeUserRules(watchLine);
+    box.writeUserRules(test::watchLine);
     store->reloadCurrentUserConfiguration();
     window->reloadData();
     EXPECT_EQ(table->indexWidget(table->currentIndex()), nullptr);
-    EXPECT_EQ(file(), watchLine);
+    EXPECT_EQ(file(), test::watchLine);
 }
 
 TEST_F(Commands, ReturnAfterATagEndsItsEditAndOpensNoRule)
 {
     typeTag(head, "mine");
-    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("mine"));
+    EXPECT_EQ(text(head, workflow::RuleColumn::tag), QStringLiteral("mine"));
     EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
     QApplication::processEvents();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
@@ -566,34 +568,36 @@ TEST_F(Commands, ATagThatIsPastedStaysOnItsRulesLine)
     QTest::keyClick(field, Qt::Key_Return);
     QApplication::processEvents();
     EXPECT_EQ(file(),
-        watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"two wordsallow path /\" \"\" \"0\"\n" + nextLine
-            + viLine);
+        test::watchLine + "allow prefix \"/a/\" \"/bin/sh\" r \"two wordsallow path /\" \"\" \"0\"\n"
+            + nextLine + test::viLine);
 }
 
 TEST_F(Commands, ALongTagIsNotCutByBeingEdited)
 {
     const std::string tag(40000, 't');
-    std::get<PolicyRulePtr>(store->ruleAtIndex(head, false))->setTag(tag);
+    std::get<rules::PolicyRulePtr>(store->ruleAtIndex(head, false))->setTag(tag);
     window->reloadData();
     table->selectRow(head);
     QTest::keyClick(table, Qt::Key_F2);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     QApplication::processEvents();
-    EXPECT_EQ(std::get<PolicyRulePtr>(store->ruleAtIndex(head, false))->tag().view().size(), tag.size());
+    EXPECT_EQ(
+        std::get<rules::PolicyRulePtr>(store->ruleAtIndex(head, false))->tag().view().size(), tag.size());
     EXPECT_EQ(run.g_dirty, 1);
 }
 
 TEST_F(Commands, EscapeDropsATag)
 {
     typeTag(head, "mine", Qt::Key_Escape);
-    EXPECT_EQ(text(head, RuleColumn::tag), QStringLiteral("one"));
+    EXPECT_EQ(text(head, workflow::RuleColumn::tag), QStringLiteral("one"));
     EXPECT_EQ(run.g_dirty, 0);
 }
 
 TEST_F(Commands, EditingATagSelectsItsRowAlone)
 {
     table->selectAll();
-    table->selectionModel()->setCurrentIndex(cell(next, RuleColumn::path), QItemSelectionModel::NoUpdate);
+    table->selectionModel()->setCurrentIndex(
+        cell(next, workflow::RuleColumn::path), QItemSelectionModel::NoUpdate);
     QTest::keyClick(table, Qt::Key_F2);
     EXPECT_EQ(selectedRows(), QList<int>{next});
 }
@@ -602,21 +606,22 @@ TEST_F(Commands, DeliberateATagTypedOverASystemRulesStaysOnTheScreenUntilTheNext
 {
     showSystemRules();
     QApplication::processEvents();
-    const QString before = text(4, RuleColumn::tag);
+    const QString before = text(4, workflow::RuleColumn::tag);
     typeTag(4, "mine");
-    EXPECT_EQ(text(4, RuleColumn::tag), QStringLiteral("mine"));
+    EXPECT_EQ(text(4, workflow::RuleColumn::tag), QStringLiteral("mine"));
     ASSERT_EQ(application.notices.size(), 1U);
     EXPECT_EQ(application.notices[0].header, "Cannot Edit System Rules");
     window->reloadData();
-    EXPECT_EQ(text(4, RuleColumn::tag), before);
+    EXPECT_EQ(text(4, workflow::RuleColumn::tag), before);
 }
 
 TEST_F(Commands, DeliberateATagActionWithNothingSelectedOnlyWritesTheFile)
 {
     table->clearSelection();
-    box.writeUserRules("; a comment, which a rewrite drops\n" + watchLine + headLine + nextLine + viLine);
+    box.writeUserRules(
+        "; a comment, which a rewrite drops\n" + test::watchLine + headLine + nextLine + test::viLine);
     window->tableViewCellAction(QStringLiteral("nobody's"));
-    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(file(), test::watchLine + headLine + nextLine + test::viLine);
     EXPECT_EQ(run.g_dirty, 1);
 }
 
@@ -642,8 +647,8 @@ TEST_F(Commands, ReloadingWhileAnEditorIsOpenLeavesOneRuleAfterItsSave)
     auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
     path->setText(QStringLiteral("/d"));
     opened->saveClicked();
-    EXPECT_EQ(
-        file(), watchLine + headLine + nextLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+    EXPECT_EQ(file(),
+        test::watchLine + headLine + nextLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
 }
 
 TEST_F(Commands, DeletingARuleWhoseEditorIsOpenLetsItsSaveBringItBack)
@@ -651,10 +656,10 @@ TEST_F(Commands, DeletingARuleWhoseEditorIsOpenLetsItsSaveBringItBack)
     select({vi});
     QTest::keyClick(table, Qt::Key_Return);
     window->deleteRow(vi);
-    EXPECT_EQ(file(), watchLine + headLine + nextLine);
+    EXPECT_EQ(file(), test::watchLine + headLine + nextLine);
     editor<EditPolicyWindowController>()->saveClicked();
-    EXPECT_EQ(file(), watchLine + headLine + nextLine + viLine);
+    EXPECT_EQ(file(), test::watchLine + headLine + nextLine + test::viLine);
     EXPECT_EQ(table->model()->rowCount(), 4);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,7 +13,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -22,12 +22,12 @@ std::string line(const std::string& path, const std::string& tag = "", const std
     return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"" + created + "\"\n";
 }
 
-class RulesEditorDocument : public EditorTable {
+class RulesEditorDocument : public test::EditorTable {
 protected:
     // As an import does when a search hides the other one.
     void addEqual(const std::string& path, const std::string& tag)
     {
-        document->perform(additionOf(policyRule({.path = path,
+        document->perform(workflow::additionOf(test::policyRule({.path = path,
                               .processName = "/bin/sh",
                               .tag = tag,
                               .operations = 1,
@@ -174,7 +174,7 @@ TEST_F(RulesEditorDocument, AFileThatIsAheadIsToldUntilItIsTakenOver)
 TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
 {
     open(line("/a"));
-    store->addPolicyRule(policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
+    store->addPolicyRule(test::policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
     document->perform({}, {"Test"});
     EXPECT_EQ(buttons(), QStringLiteral("Show Write Whole Lines"));
     press("Write Whole Lines");
@@ -209,8 +209,9 @@ TEST_F(RulesEditorDocument, SettingsAreOneWindowAndTakeEffectAtOnce)
     settings->findChild<QCheckBox*>(QStringLiteral("wholeLinesCheckBox"))->setChecked(true);
     settings->save();
     EXPECT_TRUE(document->settings().wholeLines);
-    document->perform(
-        additionOf(policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1})), {"Test"});
+    document->perform(workflow::additionOf(test::policyRule(
+                          {.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1})),
+        {"Test"});
     EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
 }
 
@@ -223,4 +224,4 @@ TEST_F(RulesEditorDocument, SettingsThatCouldNotBeUsedAreToldWithAWayToThem)
     EXPECT_NE(window->findChild<SettingsWindow*>(), nullptr);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

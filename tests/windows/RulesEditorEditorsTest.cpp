@@ -6,17 +6,17 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 // Drafts of editors that are open when the program ends.
-class KeptRules : public EditorTable {
+class KeptRules : public test::EditorTable {
 protected:
-    KeptRules() { open(watchLine + firstLine, stateFolder()); }
+    KeptRules() { open(test::watchLine + test::firstLine, stateFolder()); }
 
     std::string stateFolder() const { return box.folder.path("state"); }
-    void openAgain() { EditorTable::openAgain(stateFolder()); }
+    void openAgain() { test::EditorTable::openAgain(stateFolder()); }
     void endAndOpenAgain()
     {
         window->keepUnsavedRules();
@@ -73,15 +73,15 @@ TEST_F(KeptRules, AreOfferedAtTheNextStartAndOpenTheirEditorOnTheSameRule)
     typePath("/b");
     endAndOpenAgain();
     EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
-    EXPECT_EQ(file(), watchLine + firstLine) << "nothing is saved by itself";
+    EXPECT_EQ(file(), test::watchLine + test::firstLine) << "nothing is saved by itself";
     press("Open");
     auto* opened = editor<EditPolicyWindowController>();
     ASSERT_NE(opened, nullptr);
-    EXPECT_EQ(RuleRef(opened->policyRule()), store->ruleAtIndex(1, false));
+    EXPECT_EQ(rules::RuleRef(opened->policyRule()), store->ruleAtIndex(1, false));
     EXPECT_EQ(opened->draft().path, "/b");
     EXPECT_TRUE(opened->hasUnsavedChanges());
     opened->saveClicked();
-    EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
+    EXPECT_EQ(file(), test::watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
     openAgain();
     EXPECT_EQ(notices(), 0U) << "they are offered once";
 }
@@ -96,7 +96,7 @@ TEST_F(KeptRules, OfANewRuleAreSavedAsANewRuleWhichIsSelected)
     ASSERT_NE(opened, nullptr);
     EXPECT_EQ(opened->draft().path, "/new/");
     opened->saveClicked();
-    EXPECT_EQ(file(), watchLine + "watch prefix \"/new/\" \"any\" rwc \"\"\n" + firstLine);
+    EXPECT_EQ(file(), test::watchLine + "watch prefix \"/new/\" \"any\" rwc \"\"\n" + test::firstLine);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/new/"));
 }
 
@@ -106,11 +106,11 @@ TEST_F(KeptRules, OfARuleThatHasGoneMeanwhileAreSavedAsANewRuleWithItsTag)
     window->doubleClickAction();
     typePath("/b");
     window->keepUnsavedRules();
-    box.writeUserRules(watchLine);
+    box.writeUserRules(test::watchLine);
     openAgain();
     press("Open");
     editor<EditPolicyWindowController>()->saveClicked();
-    EXPECT_EQ(file(), watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
+    EXPECT_EQ(file(), test::watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
 }
 
 TEST_F(KeptRules, AreKeptAgainWhenTheyAreStillUnsavedAtTheNextEnd)
@@ -152,4 +152,4 @@ TEST_F(KeptRules, AreKeptOnceHoweverOftenTheEndIsTold)
     EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

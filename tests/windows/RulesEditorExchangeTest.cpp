@@ -29,7 +29,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -38,14 +38,14 @@ constexpr const char* ownRules = "; my rules\n"
                                  "allow prefix \"/a\" \"/bin/sh\" r \"shell\"\n";
 
 // Hands rules on; something else happens after the first one.
-class MeanwhileDelegate : public ImportDelegate {
+class MeanwhileDelegate : public workflow::ImportDelegate {
 public:
-    MeanwhileDelegate(ImportDelegate& next, std::function<void()> meanwhile)
+    MeanwhileDelegate(workflow::ImportDelegate& next, std::function<void()> meanwhile)
         : m_next(next)
         , m_meanwhile(std::move(meanwhile))
     {
     }
-    void importRule(const RuleRef& rule) override
+    void importRule(const rules::RuleRef& rule) override
     {
         m_next.importRule(rule);
         if (m_meanwhile)
@@ -54,24 +54,24 @@ public:
     bool didFinishImportingRules() override { return m_next.didFinishImportingRules(); }
 
 private:
-    ImportDelegate& m_next;
+    workflow::ImportDelegate& m_next;
     std::function<void()> m_meanwhile;
 };
 
-class RulesExchange : public TableWindow<RulesEditorTableController, RuleColumn> {
+class RulesExchange : public test::TableWindow<RulesEditorTableController, workflow::RuleColumn> {
 protected:
     RulesExchange()
     {
         folder.write(userFile, ownRules);
-        store = RuleManager::initWithCurrentUserConfiguration(
-            Locations(folder.path("root"), "ann"), silentLog());
+        store = rules::RuleManager::initWithCurrentUserConfiguration(
+            platform::Locations(folder.path("root"), "ann"), test::silentLog());
         open();
     }
     ~RulesExchange() override { window.reset(); } // before the document
     void open()
     {
         window.reset();
-        document = std::make_unique<TestDocument>(*store, run, log.log());
+        document = std::make_unique<test::TestDocument>(*store, run, log.log());
         window
             = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
         show();
@@ -99,7 +99,7 @@ protected:
         EXPECT_EQ(dropped.dropAction(), Qt::CopyAction);
         return dropped.isAccepted();
     }
-    std::string userRules() const { return TemporaryFolder::contents(folder.path(userFile)); }
+    std::string userRules() const { return test::TemporaryFolder::contents(folder.path(userFile)); }
     std::string notices() const
     {
         std::string headers;
@@ -134,9 +134,9 @@ protected:
 
     const std::string userFile = "root/Users/Shared/Quorvane/ann.quorvane.rc";
     const std::string failSafe = "root/Users/Shared/Quorvane/failsafe.rc";
-    TemporaryFolder folder;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
+    test::TemporaryFolder folder;
+    std::unique_ptr<rules::RuleManager> store;
+    std::unique_ptr<test::TestDocument> document;
 };
 
 } // namespace
@@ -213,8 +213,8 @@ TEST_F(RulesExchange, AnImportOfNothingSaysSo)
 TEST_F(RulesExchange, AnImportOfNothingShowsTheRulesAsTheFileHoldsThemNow)
 {
     // Written, a line with other than ASCII text loses its end, and the next line with it.
-    store->addPolicyRule(policyRule({.path = "/\xC3\xA9", .processName = "/bin/sh", .operations = 1}));
-    store->addPolicyRule(policyRule({.path = "/z", .processName = "/bin/sh", .operations = 1}));
+    store->addPolicyRule(test::policyRule({.path = "/\xC3\xA9", .processName = "/bin/sh", .operations = 1}));
+    store->addPolicyRule(test::policyRule({.path = "/z", .processName = "/bin/sh", .operations = 1}));
     window->reloadData();
     ASSERT_EQ(table->model()->rowCount(), 4);
     window->handleFileImport(folder.write("Empty.quorv", ""));
@@ -334,7 +334,7 @@ TEST_F(RulesExchange, AReviewKnowsWhichRulesArePresentNow)
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == present; }));
     window->deleteRow(1);
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == QStringLiteral("1 of 1 rules ticked"); }));
-    store->addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
+    store->addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
     window->reloadData();
     EXPECT_TRUE(QTest::qWaitFor([&] { return counts() == present; }));
 }
@@ -347,7 +347,7 @@ TEST_F(RulesExchange, AReviewCountsAnewOnlyWhenRulesHaveChanged)
         [&counts] { ++counts; });
     in<QLineEdit>("searchField")->setText(QStringLiteral("/a"));
     action("hideSystemToolbarItem")->trigger();
-    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
     EXPECT_EQ(counts, 0);
     window->deleteRow(0);
     EXPECT_EQ(counts, 1);
@@ -522,7 +522,7 @@ TEST_F(RulesExchange, TheWholeFileIsExportedAsItIs)
         panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(), QStringLiteral("ann.quorv"));
     EXPECT_EQ(panel->directory().path(), QDir::homePath());
     saveAs(folder.path("a #b.quorv"));
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("a #b.quorv")), ownRules);
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("a #b.quorv")), ownRules);
 }
 
 TEST_F(RulesExchange, AnExportThatIsLeftWritesNothing)
@@ -555,18 +555,18 @@ TEST_F(RulesExchange, OnlyTheSelectedRulesAreExported)
     action("exportSelectedRulesMenuItem")->trigger();
     table->clearSelection(); // they were selected when the panel was asked for
     saveAs(folder.path("one rule.quorv"));
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("one rule.quorv")),
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("one rule.quorv")),
         "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
 }
 
 TEST_F(RulesExchange, SeveralSelectedRulesAreExportedInTheOrderOfTheirRows)
 {
-    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
     ASSERT_EQ(shownPaths(), QStringLiteral("/a /b"));
     select({1, 0}); // the lower row first
     action("exportSelectedRulesMenuItem")->trigger();
     saveAs(folder.path("both.quorv"));
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("both.quorv")),
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("both.quorv")),
         "allow prefix \"/a\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n"
         "allow prefix \"/b\" \"/bin/sh\" r \"shell\" \"\" \"0\"\n");
 }
@@ -595,7 +595,7 @@ TEST_F(RulesExchange, ANameWithoutTheTypeOfExchangeFilesGetsIt)
     for (const auto& c : cases) {
         action("exportMenuItem")->trigger();
         saveAs(folder.path(c.typed));
-        EXPECT_EQ(TemporaryFolder::contents(folder.path(c.written)), ownRules) << c.typed;
+        EXPECT_EQ(test::TemporaryFolder::contents(folder.path(c.written)), ownRules) << c.typed;
         EXPECT_FALSE(std::filesystem::exists(folder.path(c.typed))) << c.typed;
     }
 }
@@ -618,7 +618,7 @@ TEST_F(RulesExchange, TheFileThatWouldBeReplacedIsAskedAbout)
     QMetaObject::invokeMethod(panel, "accept");
     EXPECT_EQ(question, toQt("\u201cTools.quorv\u201d already exists.\nDo you want to replace it?"));
     EXPECT_TRUE(panel->isVisible());
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("Tools.quorv")), "kept");
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("Tools.quorv")), "kept");
 }
 
 TEST_F(RulesExchange, AFolderThatIsNotThereIsRefusedByTheSavePanel)
@@ -658,4 +658,4 @@ TEST_F(RulesExchange, AFailedExportIsOnlyLogged)
     EXPECT_EQ(notices(), "");
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -13,21 +13,21 @@
 #include <QMenu>
 #include <QScrollBar>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class MainWindow : public TableWindow<RulesEditorTableController, RuleColumn> {
+class MainWindow : public test::TableWindow<RulesEditorTableController, workflow::RuleColumn> {
 protected:
     MainWindow()
     {
         store.addWatchRule(
-            watchRule({.path = "/w", .processName = "/bin/sh", .tag = "hidden", .operations = 1}));
+            test::watchRule({.path = "/w", .processName = "/bin/sh", .tag = "hidden", .operations = 1}));
         for (const char* path : {"/b", "/a", "/c"})
             store.addPolicyRule(
-                policyRule({.path = path, .processName = "/bin/sh", .tag = "shell", .operations = 1}));
+                test::policyRule({.path = path, .processName = "/bin/sh", .tag = "shell", .operations = 1}));
         store.addPolicyRule(
-            policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
+            test::policyRule({.path = "/s", .processName = "/bin/sh", .operations = 2, .system = true}));
         window
             = std::make_unique<RulesEditorTableController>(document, application, run, workspace, log.log());
         show();
@@ -35,8 +35,8 @@ protected:
     }
     ~MainWindow() override { window.reset(); } // before the document
 
-    RuleManager store{Locations("/root", "ann"), silentLog()};
-    TestDocument document{store, run};
+    rules::RuleManager store{platform::Locations("/root", "ann"), test::silentLog()};
+    test::TestDocument document{store, run};
     QLineEdit* search = nullptr;
 };
 
@@ -86,7 +86,7 @@ TEST_F(MainWindow, MarksEveryReloadAsItsOwn)
 TEST_F(MainWindow, LeavesTheMarkAloneWhenItIsOnlySorted)
 {
     run.internalWrite = false;
-    window->sortByColumn(static_cast<int>(RuleColumn::path));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
     EXPECT_FALSE(run.internalWrite);
 }
 
@@ -125,13 +125,13 @@ TEST_F(MainWindow, ShowsAndHidesSystemRulesAndSaysWhatItWillDoNext)
 
 TEST_F(MainWindow, SortsByClicksOnTitlesWithEarlierClicksBreakingTies)
 {
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     EXPECT_EQ(shownPaths(), QStringLiteral("/w /c /b /a"));
-    clickTitle(RuleColumn::tag);
+    clickTitle(workflow::RuleColumn::tag);
     EXPECT_EQ(shownPaths(), QStringLiteral("/w /c /b /a"));
-    clickTitle(RuleColumn::tag);
+    clickTitle(workflow::RuleColumn::tag);
     EXPECT_EQ(shownPaths(), QStringLiteral("/c /b /a /w"));
 }
 
@@ -139,12 +139,12 @@ TEST_F(MainWindow, SortsByTheDateThatNoColumnShows)
 {
     const auto dated = [this](const char* path, std::uint64_t created) {
         store.addPolicyRule(
-            policyRule({.path = path, .processName = "/bin/sh", .operations = 1, .created = created}));
+            test::policyRule({.path = path, .processName = "/bin/sh", .operations = 1, .created = created}));
     };
     dated("/new", 1700000000);
     dated("/old", 1600000000);
     window->reloadData();
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     QAction* date = window->findChild<QMenu*>(QStringLiteral("sortMenu"))->actions().last();
     ASSERT_EQ(date->text(), QStringLiteral("Date"));
     date->trigger();
@@ -153,21 +153,21 @@ TEST_F(MainWindow, SortsByTheDateThatNoColumnShows)
     EXPECT_FALSE(table->horizontalHeader()->isSortIndicatorShown());
     date->trigger();
     EXPECT_TRUE(shownPaths().startsWith(QStringLiteral("/new /old")));
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     EXPECT_TRUE(table->horizontalHeader()->isSortIndicatorShown());
     EXPECT_FALSE(date->isChecked());
 }
 
 TEST_F(MainWindow, SortedByClassWatchRulesStandApart)
 {
-    clickTitle(RuleColumn::path);
-    clickTitle(RuleColumn::ruleClass);
+    clickTitle(workflow::RuleColumn::path);
+    clickTitle(workflow::RuleColumn::ruleClass);
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
 }
 
 TEST_F(MainWindow, StaysSortedWhileItIsFiltered)
 {
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     QTest::keyClicks(search, QStringLiteral("shell"));
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
 }
@@ -177,10 +177,11 @@ TEST_F(MainWindow, KeepsTheSelectedRulesSelectedWhereverTheyGo)
     // given the rule on /b selected
     table->selectRow(1);
     // when rows change places and number
-    clickTitle(RuleColumn::path);
+    clickTitle(workflow::RuleColumn::path);
     // then it is the same rule that is selected and current
     ASSERT_EQ(table->selectionModel()->selectedRows().size(), 1);
-    EXPECT_EQ(table->selectionModel()->selectedRows(static_cast<int>(RuleColumn::path)).front().data(),
+    EXPECT_EQ(
+        table->selectionModel()->selectedRows(static_cast<int>(workflow::RuleColumn::path)).front().data(),
         QStringLiteral("/b"));
     EXPECT_EQ(table->currentIndex().row(), 1);
     QTest::keyClicks(search, QStringLiteral("/c"));
@@ -257,18 +258,18 @@ TEST_F(MainWindow, FitsItsColumnsAnewWhileNobodyHasArrangedThem)
 {
     QFile::remove(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))
         + QStringLiteral("/Vantreal/Quorvane Configuration.ini"));
-    const auto widthWith = [&](RuleManager& rules) {
-        TestDocument rulesDocument(rules, run);
+    const auto widthWith = [&](rules::RuleManager& rules) {
+        test::TestDocument rulesDocument(rules, run);
         RulesEditorTableController next(rulesDocument, application, run, workspace, log.log());
         next.show();
         const int width = next.findChild<RulesTableView*>()->columnWidth(0);
         next.close();
         return width;
     };
-    RuleManager empty{Locations("/nonexistent", "nobody"), silentLog()};
-    RuleManager longNames{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager empty{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    rules::RuleManager longNames{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     longNames.addPolicyRule(
-        policyRule({.path = "/a", .processName = "/bin/a-program-with-a-long-name", .operations = 1}));
+        test::policyRule({.path = "/a", .processName = "/bin/a-program-with-a-long-name", .operations = 1}));
     EXPECT_LT(widthWith(empty), widthWith(longNames));
 }
 
@@ -276,14 +277,14 @@ TEST_F(MainWindow, AnswersForAMillionRowsAtOnce)
 {
     // Not timed: with a row made twice or all rows made at once this would take minutes.
     for (int number = 0; number < 200000; ++number)
-        store.addPolicyRule(policyRule(
+        store.addPolicyRule(test::policyRule(
             {.path = "/many/" + std::to_string(number), .processName = "/bin/many", .operations = 1}));
     window->reloadData();
     QApplication::processEvents();
     table->verticalScrollBar()->setValue(table->verticalScrollBar()->maximum());
     table->viewport()->repaint();
     EXPECT_EQ(table->model()->rowCount(), 200004);
-    EXPECT_EQ(table->model()->index(200003, static_cast<int>(RuleColumn::path)).data().toString(),
+    EXPECT_EQ(table->model()->index(200003, static_cast<int>(workflow::RuleColumn::path)).data().toString(),
         QStringLiteral("/c"));
 }
 
@@ -297,9 +298,9 @@ TEST_F(MainWindow, APastedLineEndDoesNotStayInTheSearchField)
 
 TEST_F(MainWindow, SearchFieldAndPathStayInViewWhenItIsNarrow)
 {
-    const int path = static_cast<int>(RuleColumn::path);
+    const int path = static_cast<int>(workflow::RuleColumn::path);
     // Long names, so that the columns beside the path are wide.
-    store.addPolicyRule(policyRule({.path = "/d",
+    store.addPolicyRule(test::policyRule({.path = "/d",
         .processName = "/bin/" + std::string(100, 'n'),
         .tag = std::string(100, 't'),
         .operations = 31}));
@@ -322,4 +323,4 @@ TEST_F(MainWindow, SearchFieldAndPathStayInViewWhenItIsNarrow)
     EXPECT_TRUE(QTest::qWaitFor([&] { return applicationWidth() == wideApplication; }));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

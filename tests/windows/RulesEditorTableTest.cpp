@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 // What the parts of the main window ask of its table.
-class RulesEditorTable : public EditorTable {
+class RulesEditorTable : public test::EditorTable {
 protected:
     RulesEditorTable()
     {
@@ -26,7 +26,7 @@ protected:
         rules = store->allRules();
     }
 
-    std::vector<RuleRef> rules;
+    std::vector<rules::RuleRef> rules;
 };
 
 } // namespace
@@ -91,7 +91,8 @@ TEST_F(RulesEditorTable, PerformsAChangeOfManyAsOneThatUndoTakesBack)
 {
     const std::string before = file();
     QSignalSpy changed(window.get(), &RulesEditorTableController::rulesDidChange);
-    const PlannedChange planned = removalOf(*store, {rules[0], rules[1]}, LineEnds::cut);
+    const workflow::PlannedChange planned
+        = workflow::removalOf(*store, {rules[0], rules[1]}, rules::LineEnds::cut);
     EXPECT_TRUE(window->perform(planned, {.action = "Clean Up 2 Rules"}));
     EXPECT_EQ(shownPaths(), QStringLiteral("/c"));
     EXPECT_FALSE(changed.isEmpty());
@@ -111,10 +112,10 @@ TEST_F(RulesEditorTable, SaysAtTheFootWhyAChangeMayNotBeMade)
 
 TEST_F(RulesEditorTable, SaysAtTheFootWhatAChangeShouldBeKnownBy)
 {
-    PlannedChange planned = removalOf(*store, {rules[0]}, LineEnds::cut);
+    workflow::PlannedChange planned = workflow::removalOf(*store, {rules[0]}, rules::LineEnds::cut);
     planned.remarks = {"One rule went.", "None came."};
     EXPECT_TRUE(window->perform(planned, {.action = "Tidy"}));
     EXPECT_EQ(notice(), QStringLiteral("One rule went. None came."));
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

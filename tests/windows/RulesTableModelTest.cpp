@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -22,19 +22,21 @@ class RulesTableModelTest : public testing::Test {
 protected:
     RulesTableModelTest()
     {
-        store.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/a", .tag = "w", .operations = 1}));
-        store.addPolicyRule(policyRule({.path = "/", .processName = "/nonexistent/b", .operations = 1}));
+        store.addWatchRule(
+            test::watchRule({.path = "/usr", .processName = "/bin/a", .tag = "w", .operations = 1}));
         store.addPolicyRule(
-            policyRule({.path = "/", .processName = "/bin/c", .operations = 1, .system = true}));
+            test::policyRule({.path = "/", .processName = "/nonexistent/b", .operations = 1}));
+        store.addPolicyRule(
+            test::policyRule({.path = "/", .processName = "/bin/c", .operations = 1, .system = true}));
         model.reload();
     }
-    QVariant data(int row, RuleColumn column, int role = Qt::DisplayRole)
+    QVariant data(int row, workflow::RuleColumn column, int role = Qt::DisplayRole)
     {
         return model.data(model.index(row, static_cast<int>(column)), role);
     }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
-    Workspace workspace;
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    platform::Workspace workspace;
     RulesTableModel model{store, workspace};
 };
 
@@ -57,41 +59,43 @@ TEST_F(RulesTableModelTest, HidesSystemRulesUntilTheyAreAskedFor)
     EXPECT_EQ(model.rowCount(), 2);
     model.reload();
     EXPECT_EQ(model.rowCount(), 3);
-    EXPECT_EQ(data(2, RuleColumn::application), QStringLiteral("c"));
+    EXPECT_EQ(data(2, workflow::RuleColumn::application), QStringLiteral("c"));
 }
 
 TEST_F(RulesTableModelTest, ShowsTheRowsItTookUntilItReloads)
 {
     store.applyFilterWithString("nothing");
     EXPECT_EQ(model.rowCount(), 2);
-    EXPECT_EQ(data(1, RuleColumn::application), QStringLiteral("b"));
+    EXPECT_EQ(data(1, workflow::RuleColumn::application), QStringLiteral("b"));
     model.reload();
     EXPECT_EQ(model.rowCount(), 0);
 }
 
 TEST_F(RulesTableModelTest, AnswersForRowsThatAreNotInView)
 {
-    EXPECT_EQ(data(0, RuleColumn::ruleClass), QStringLiteral("Watch"));
-    EXPECT_EQ(data(0, RuleColumn::application, Qt::AccessibleDescriptionRole), QStringLiteral("a"));
-    EXPECT_FALSE(data(0, RuleColumn::path, Qt::BackgroundRole).isValid());
+    EXPECT_EQ(data(0, workflow::RuleColumn::ruleClass), QStringLiteral("Watch"));
+    EXPECT_EQ(data(0, workflow::RuleColumn::application, Qt::AccessibleDescriptionRole), QStringLiteral("a"));
+    EXPECT_FALSE(data(0, workflow::RuleColumn::path, Qt::BackgroundRole).isValid());
 }
 
 TEST_F(RulesTableModelTest, GivesPlainColoursAndFonts)
 {
     model.setShownRows(0, 2);
-    EXPECT_EQ(data(0, RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), shades::blue);
-    EXPECT_EQ(data(1, RuleColumn::path, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::black));
-    EXPECT_EQ(data(1, RuleColumn::application, Qt::ForegroundRole).value<QBrush>().color(), shades::red)
+    EXPECT_EQ(data(0, workflow::RuleColumn::tag, Qt::ForegroundRole).value<QBrush>().color(), shades::blue);
+    EXPECT_EQ(
+        data(1, workflow::RuleColumn::path, Qt::ForegroundRole).value<QBrush>().color(), QColor(Qt::black));
+    EXPECT_EQ(
+        data(1, workflow::RuleColumn::application, Qt::ForegroundRole).value<QBrush>().color(), shades::red)
         << "there is no such program";
-    EXPECT_TRUE(data(1, RuleColumn::application, Qt::FontRole).value<QFont>().bold());
-    EXPECT_FALSE(data(1, RuleColumn::path, Qt::FontRole).value<QFont>().bold());
+    EXPECT_TRUE(data(1, workflow::RuleColumn::application, Qt::FontRole).value<QFont>().bold());
+    EXPECT_FALSE(data(1, workflow::RuleColumn::path, Qt::FontRole).value<QFont>().bold());
 }
 
 TEST_F(RulesTableModelTest, TheBandOfARowInViewIsOneOfTwoShades)
 {
     model.setShownRows(0, 2);
-    const QColor watch = data(0, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
-    const QColor policy = data(1, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    const QColor watch = data(0, workflow::RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    const QColor policy = data(1, workflow::RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
     const QList<QColor> shades{QColor(0xff, 0xff, 0xff), QColor(0xf5, 0xf5, 0xf5)};
     EXPECT_NE(watch.rgb(), policy.rgb());
     EXPECT_TRUE(shades[0].rgb() == watch.rgb() || shades[1].rgb() == watch.rgb())
@@ -103,7 +107,7 @@ TEST_F(RulesTableModelTest, TheBandOfARowInViewIsOneOfTwoShades)
 TEST_F(RulesTableModelTest, OneBandFlagServesAllTablesOfTheMainWindowsKind)
 {
     model.setShownRows(1, 2); // one group: one flip
-    const QColor band = data(1, RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
+    const QColor band = data(1, workflow::RuleColumn::path, Qt::BackgroundRole).value<QBrush>().color();
     RulesTableModel other(store, workspace);
     other.reload();
     other.setShownRows(1, 2);
@@ -115,18 +119,19 @@ TEST_F(RulesTableModelTest, DecoratesStatesAndApplications)
 {
     model.setShowsSystemRules(true);
     model.reload();
-    EXPECT_FALSE(data(2, RuleColumn::state, Qt::DecorationRole).value<QIcon>().isNull());
-    EXPECT_FALSE(data(1, RuleColumn::state, Qt::DecorationRole).isValid());
-    EXPECT_FALSE(data(1, RuleColumn::application, Qt::DecorationRole).value<QIcon>().isNull());
-    EXPECT_FALSE(data(0, RuleColumn::application, Qt::DecorationRole).isValid());
+    EXPECT_FALSE(data(2, workflow::RuleColumn::state, Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(data(1, workflow::RuleColumn::state, Qt::DecorationRole).isValid());
+    EXPECT_FALSE(data(1, workflow::RuleColumn::application, Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(data(0, workflow::RuleColumn::application, Qt::DecorationRole).isValid());
 }
 
 TEST_F(RulesTableModelTest, ToolTipsShowTextAsItIs)
 {
     const std::string path = "/nonexistent/<b>x</b>&amp;";
-    store.addPolicyRule(policyRule({.path = path, .processName = path, .tag = path, .operations = 1}));
+    store.addPolicyRule(test::policyRule({.path = path, .processName = path, .tag = path, .operations = 1}));
     model.reload();
-    for (const RuleColumn column : {RuleColumn::application, RuleColumn::tag, RuleColumn::path}) {
+    for (const workflow::RuleColumn column :
+        {workflow::RuleColumn::application, workflow::RuleColumn::tag, workflow::RuleColumn::path}) {
         QTextDocument document;
         document.setHtml(data(2, column, Qt::ToolTipRole).toString());
         EXPECT_TRUE(document.toPlainText().startsWith(toQt(path))) << fromQt(document.toPlainText());
@@ -135,10 +140,10 @@ TEST_F(RulesTableModelTest, ToolTipsShowTextAsItIs)
 
 TEST_F(RulesTableModelTest, AMissingProgramHasAFaintPlaceholder)
 {
-    store.addPolicyRule(policyRule({.path = "/", .processName = "/bin/sh", .operations = 1}));
+    store.addPolicyRule(test::policyRule({.path = "/", .processName = "/bin/sh", .operations = 1}));
     model.reload();
     const auto strength = [this](int row) {
-        const auto icon = data(row, RuleColumn::application, Qt::DecorationRole).value<QIcon>();
+        const auto icon = data(row, workflow::RuleColumn::application, Qt::DecorationRole).value<QIcon>();
         const QImage image = icon.pixmap(16, 16).toImage();
         int strongest = 0;
         for (int x = 0; x < image.width(); ++x)
@@ -150,4 +155,4 @@ TEST_F(RulesTableModelTest, AMissingProgramHasAFaintPlaceholder)
     EXPECT_GT(strength(2), 200) << "/bin/sh";
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -17,20 +17,20 @@
 #include <QPushButton>
 #include <QTimer>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
 const std::string broadLine = "allow prefix \"/b/\" \"/bin/sh\" rw \"two\" \"\" \"0\"\n";
 // The commands of the Rules menu, as a person finds them in the main window.
-class Selection : public EditorTable {
+class Selection : public test::EditorTable {
 protected:
     enum Row { watch, first, second, vi };
 
     Selection()
     {
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/usr/bin/zip\" r \"sealed\"\n");
-        open(watchLine + firstLine + broadLine + viLine);
+        open(test::watchLine + test::firstLine + broadLine + test::viLine);
         table->setFocus();
     }
 
@@ -45,7 +45,7 @@ protected:
     void selectPath(const QString& path) const
     {
         for (int row = 0; row < table->model()->rowCount(); ++row) {
-            if (text(row, RuleColumn::path) == path)
+            if (text(row, workflow::RuleColumn::path) == path)
                 select({row});
         }
     }
@@ -85,8 +85,8 @@ protected:
     // Asks where the program of a new rule, which is not in the folder, has moved to.
     void askWhereProgramIs(const char* name)
     {
-        document->perform(
-            additionOf(policyRule({.path = "/t", .processName = box.folder.path(name), .operations = 1})),
+        document->perform(workflow::additionOf(test::policyRule(
+                              {.path = "/t", .processName = box.folder.path(name), .operations = 1})),
             {"Add"});
         window->reloadData();
         selectPath(QStringLiteral("/t"));
@@ -151,8 +151,9 @@ TEST_F(Selection, OfOneRuleGetsAnotherClassWithoutAPreview)
     select({vi});
     action("allowMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
-    EXPECT_EQ(
-        file(), watchLine + firstLine + broadLine + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
+    EXPECT_EQ(file(),
+        test::watchLine + test::firstLine + broadLine
+            + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
     expectUndoRestores(before);
 }
 
@@ -165,7 +166,7 @@ TEST_F(Selection, OfSeveralRulesGetsAnotherClassAfterAPreviewAndWatchRulesStay)
     EXPECT_EQ(remarks(), QStringLiteral("Left out: 1 rule of the system or of another kind."));
     confirm();
     EXPECT_NE(file().find("deny prefix \"/a/\""), std::string::npos);
-    EXPECT_NE(file().find(watchLine), std::string::npos);
+    EXPECT_NE(file().find(test::watchLine), std::string::npos);
     expectUndoRestores(before);
 }
 
@@ -201,8 +202,8 @@ TEST_F(Selection, IsNotLeftWithoutOperations)
 
 TEST_F(Selection, ThatFoldsIsShownFirst)
 {
-    document->perform(
-        additionOf(policyRule({.policyClass = 1, .path = "/a/", .processName = "/bin/sh", .operations = 1})),
+    document->perform(workflow::additionOf(test::policyRule(
+                          {.policyClass = 1, .path = "/a/", .processName = "/bin/sh", .operations = 1})),
         {"Add"});
     window->reloadData();
     const std::string before = file();
@@ -224,7 +225,8 @@ TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
     expectUndoRestores(before);
     const std::string program = box.folder.write("tool", "a program");
     document->perform(
-        additionOf(policyRule({.path = "/t", .processName = program, .operations = 1})), {"Add"});
+        workflow::additionOf(test::policyRule({.path = "/t", .processName = program, .operations = 1})),
+        {"Add"});
     window->reloadData();
     selectPath(QStringLiteral("/t"));
     const std::string unbound = file();
@@ -236,7 +238,7 @@ TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
 TEST_F(Selection, StaysBoundWhereTheProgramIsGoneAndSaysSo)
 {
     document->perform(
-        additionOf(policyRule(
+        workflow::additionOf(test::policyRule(
             {.path = "/t", .processName = "/nowhere/tool", .constraint = "TEAM", .operations = 1})),
         {"Add"});
     window->reloadData();
@@ -307,7 +309,9 @@ TEST_F(Selection, KeepsTheProgramThatWasNamedBeforeOthersWereFound)
 
 TEST_F(Selection, WithoutAProgramCannotMove)
 {
-    document->perform(additionOf(policyRule({.path = "/t", .processName = "any", .operations = 1})), {"Add"});
+    document->perform(
+        workflow::additionOf(test::policyRule({.path = "/t", .processName = "any", .operations = 1})),
+        {"Add"});
     window->reloadData();
     selectPath(QStringLiteral("/t"));
     action("programMovedMenuItem")->trigger();
@@ -320,7 +324,7 @@ TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)
     select({first, second});
     action("tagMenuItem")->trigger();
     control<QLineEdit>("tagTextField")->setText(QStringLiteral("new"));
-    document->perform(deletionOf(*store, {store->userRules()[1]}), {"Delete Rule"});
+    document->perform(workflow::deletionOf(*store, {store->userRules()[1]}), {"Delete Rule"});
     window->reloadData();
     EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
     confirm();
@@ -329,11 +333,12 @@ TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)
 
 TEST_F(Selection, IsChangedOnceLinesAreWrittenWholeWhereThatWouldCutAnotherRule)
 {
-    ProgramSettings whole;
+    workflow::ProgramSettings whole;
     whole.wholeLines = true;
     document->setSettings(whole);
     document->perform(
-        additionOf(policyRule({.path = "/Müsik/", .processName = "any", .operations = 1})), {"Add"});
+        workflow::additionOf(test::policyRule({.path = "/Müsik/", .processName = "any", .operations = 1})),
+        {"Add"});
     document->setSettings({});
     window->reloadData();
     selectPath(QStringLiteral("/c"));
@@ -354,7 +359,7 @@ TEST_F(Selection, IsCopiedAsLinesAndPastedThroughTheReview)
 {
     select({watch, vi});
     action("copyMenuItem")->trigger();
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), watchLine + viLine);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), test::watchLine + test::viLine);
     const std::string before = file();
     select({vi});
     action("deleteEditMenuItem")->trigger();
@@ -400,8 +405,8 @@ TEST_F(Selection, OfOneRuleIsDuplicatedInAnEditor)
     path->setText(QStringLiteral("/d/"));
     editor->saveClicked();
     EXPECT_EQ(file(),
-        watchLine + firstLine + broadLine + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
-            + viLine);
+        test::watchLine + test::firstLine + broadLine
+            + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n" + test::viLine);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/d/"));
     expectUndoRestores(before);
 }
@@ -412,7 +417,7 @@ TEST_F(Selection, ADuplicateDoesNotTakeThePlaceOfTheOriginal)
     action("duplicateMenuItem")->trigger();
     window->findChild<EditPolicyWindowController*>()->saveClicked();
     EXPECT_EQ(store->userRules().size(), 5U);
-    EXPECT_NE(file().find(firstLine), std::string::npos);
+    EXPECT_NE(file().find(test::firstLine), std::string::npos);
 }
 
 TEST_F(Selection, DecidesWhatCanBeChosen)
@@ -430,4 +435,4 @@ TEST_F(Selection, DecidesWhatCanBeChosen)
     EXPECT_FALSE(action("duplicateMenuItem")->isEnabled());
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -28,7 +28,7 @@ protected:
             folder.write("settings.ini", text);
         window = new SettingsWindow(folder.path("settings.ini"));
         QObject::connect(window, &SettingsWindow::saved,
-            [this](const ProgramSettings& settings) { savedSettings = settings; });
+            [this](const workflow::ProgramSettings& settings) { savedSettings = settings; });
         window->show();
     }
     template <class Child> Child* in(const char* name) const
@@ -40,16 +40,16 @@ protected:
     {
         return QTest::qWaitFor([this] { return window.isNull(); });
     }
-    std::string file() const { return TemporaryFolder::contents(folder.path("settings.ini")); }
+    std::string file() const { return test::TemporaryFolder::contents(folder.path("settings.ini")); }
     QString problem() const
     {
         const auto* label = in<QLabel>("problemLabel");
         return label->isHidden() ? QString() : label->text().remove(QChar(0x200b));
     }
 
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
     QPointer<SettingsWindow> window;
-    std::optional<ProgramSettings> savedSettings;
+    std::optional<workflow::ProgramSettings> savedSettings;
 };
 
 } // namespace
@@ -117,4 +117,4 @@ TEST_F(SettingsWindowTest, CancelAndEscapeSaveNothing)
     EXPECT_FALSE(savedSettings);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

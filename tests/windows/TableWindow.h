@@ -18,7 +18,7 @@
 #include <initializer_list>
 #include <memory>
 
-namespace quorvane {
+namespace quorvane::test {
 
 // A window with a table of rules as a person sees it, and what it is given. Controls are found by their
 // names, columns by `Column`.
@@ -29,7 +29,7 @@ protected:
     {
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        table = window->template findChild<RulesTableView*>();
+        table = window->template findChild<windows::RulesTableView*>();
         QApplication::processEvents(); // the rows in view are made when they are painted
     }
 
@@ -102,12 +102,12 @@ protected:
         QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
     }
 
-    CapturedLog log;
-    FakeApplication application;
-    RunState run;
-    Workspace workspace;
+    test::CapturedLog log;
+    test::FakeApplication application;
+    workflow::RunState run;
+    platform::Workspace workspace;
     std::unique_ptr<Window> window;
-    RulesTableView* table = nullptr;
+    windows::RulesTableView* table = nullptr;
 };
 
-} // namespace quorvane
+} // namespace quorvane::test

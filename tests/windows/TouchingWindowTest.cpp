@@ -15,11 +15,11 @@
 #include <QSignalSpy>
 #include <QUrl>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
-class Touching : public EditorTable {
+class Touching : public test::EditorTable {
 protected:
     Touching()
     {
@@ -107,7 +107,7 @@ TEST_F(Touching, FollowsTheRules)
 {
     ask("/home/x");
     afterAnswer([&] {
-        document->perform(deletionOf(*store, {store->userRules().back()}), {"Delete Rule"});
+        document->perform(workflow::deletionOf(*store, {store->userRules().back()}), {"Delete Rule"});
         window->reloadData();
     });
     EXPECT_EQ(found(), "any|/|");
@@ -140,10 +140,10 @@ TEST_F(Touching, TakesAFileThatIsDroppedOnTheWindow)
 
 TEST_F(Touching, CountsMoreRulesThanItLists)
 {
-    ChangeSet additions;
+    rules::ChangeSet additions;
     for (int count = 0; count < 20'010; ++count) {
-        const RuleRef rule
-            = policyRule({.path = "/many/", .processName = "/bin/" + std::to_string(count), .operations = 1});
+        const rules::RuleRef rule = test::policyRule(
+            {.path = "/many/", .processName = "/bin/" + std::to_string(count), .operations = 1});
         additions.added.push_back({rule, valueOf(rule)});
     }
     store->apply(additions);
@@ -164,28 +164,29 @@ TEST_F(Touching, IsOpenOnceOnly)
 
 TEST(TouchSearchTest, FindsWhatAPlainWalkFinds)
 {
-    RandomRules random(7);
-    const StoreSandbox box;
+    test::RandomRules random(7);
+    const test::StoreSandbox box;
     const auto store = box.emptyStore();
-    ChangeSet additions;
+    rules::ChangeSet additions;
     for (int count = 0; count < 2000; ++count) {
-        const RuleRef rule = policyRule(random.policy());
+        const rules::RuleRef rule = test::policyRule(random.policy());
         additions.added.push_back({rule, valueOf(rule)});
     }
     store->apply(additions);
     TouchSearch search(*store);
-    std::vector<RuleRef> found;
-    QObject::connect(&search, &TouchSearch::found, [&](const std::vector<RuleRef>& rules) { found = rules; });
+    std::vector<rules::RuleRef> found;
+    QObject::connect(
+        &search, &TouchSearch::found, [&](const std::vector<rules::RuleRef>& rules) { found = rules; });
     QSignalSpy answered(&search, &TouchSearch::found);
-    for (const RuleRef& asked : store->allRules()) {
+    for (const rules::RuleRef& asked : store->allRules()) {
         if (answered.size() == 50)
             break;
-        const TouchQuestion question{
+        const workflow::TouchQuestion question{
             .path = askRule(asked, [](const auto& rule) { return std::string(rule.fields().path.view()); })};
         search.search(question, true);
         ASSERT_TRUE(answered.wait());
-        std::vector<RuleRef> expected;
-        for (const RuleRef& rule : store->allRules()) {
+        std::vector<rules::RuleRef> expected;
+        for (const rules::RuleRef& rule : store->allRules()) {
             if (touches(rule, question))
                 expected.push_back(rule);
         }
@@ -195,7 +196,7 @@ TEST(TouchSearchTest, FindsWhatAPlainWalkFinds)
 
 TEST(TouchSearchTest, IsOvertakenByTheNextSearch)
 {
-    const StoreSandbox box;
+    const test::StoreSandbox box;
     const auto store = box.storeOf("allow prefix \"/a\" any r\nallow prefix \"/b\" any r\n");
     TouchSearch search(*store);
     QSignalSpy answered(&search, &TouchSearch::found);
@@ -203,23 +204,23 @@ TEST(TouchSearchTest, IsOvertakenByTheNextSearch)
     search.search({.path = "/b"}, true);
     ASSERT_TRUE(answered.wait());
     ASSERT_EQ(answered.size(), 1);
-    EXPECT_EQ(answered[0][0].value<std::vector<RuleRef>>(), std::vector{store->allRules()[1]});
+    EXPECT_EQ(answered[0][0].value<std::vector<rules::RuleRef>>(), std::vector{store->allRules()[1]});
 }
 
 TEST_F(Touching, FitsItsColumnsToEachAnswerHoweverTheWindowIsResized)
 {
     touching->resize(1100, 500);
     ask("/etc/hosts");
-    const int narrow = list->columnWidth(static_cast<int>(RuleColumn::tag));
+    const int narrow = list->columnWidth(static_cast<int>(workflow::RuleColumn::tag));
     touching->resize(1300, 500);
     QApplication::processEvents();
-    document->perform(additionOf(policyRule({.path = "/etc/hosts",
+    document->perform(workflow::additionOf(test::policyRule({.path = "/etc/hosts",
                           .processName = "/bin/sh",
                           .tag = "a tag of several words",
                           .operations = 1})),
         {"Add"});
     afterAnswer([this] { window->reloadData(); });
-    EXPECT_GT(list->columnWidth(static_cast<int>(RuleColumn::tag)), narrow);
+    EXPECT_GT(list->columnWidth(static_cast<int>(workflow::RuleColumn::tag)), narrow);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -21,7 +21,7 @@
 #include <cmath>
 #include <initializer_list>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -62,7 +62,7 @@ std::vector<int> widthsOfRows(const QImage& image)
 
 } // namespace
 
-class Looks : public testing::TestWithParam<Appearance> {
+class Looks : public testing::TestWithParam<platform::Appearance> {
 protected:
     // Every text has the contrast that the look promises on every background.
     static void expectContrast(std::initializer_list<Shade> texts, std::initializer_list<Shade> backgrounds)
@@ -121,12 +121,13 @@ TEST_P(Looks, AreTakenByThePaletteAndTheCellsOfOpenWindows)
 }
 
 INSTANTIATE_TEST_SUITE_P(Shades, Looks,
-    testing::Values(Appearance{}, Appearance{.isDark = true}, Appearance{.hasHighContrast = true},
-        Appearance{.isDark = true, .hasHighContrast = true}));
+    testing::Values(platform::Appearance{}, platform::Appearance{.isDark = true},
+        platform::Appearance{.hasHighContrast = true},
+        platform::Appearance{.isDark = true, .hasHighContrast = true}));
 
 TEST(Shades, RedOrangeAndBlueArePlainlyThose)
 {
-    const Appearance light;
+    const platform::Appearance light;
     EXPECT_EQ(shades::red.in(light).hsvHue(), 0);
     EXPECT_NEAR(shades::orange.in(light).hsvHue(), 24, 6);
     EXPECT_EQ(shades::blue.in(light).hsvHue(), 240);
@@ -225,4 +226,4 @@ TEST(RuleCellDelegate, ASelectedCellKeepsTheColoursOfItsIconAndItsText)
     EXPECT_EQ(count(shades::band), 0);
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

@@ -12,7 +12,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::windows {
 
 namespace {
 
@@ -23,7 +23,7 @@ QRgb middleOf(const QIcon& icon)
 }
 
 // A bundle whose icon file is all of one colour.
-std::string bundleWithIcon(const TemporaryFolder& folder, const std::string& listedName)
+std::string bundleWithIcon(const test::TemporaryFolder& folder, const std::string& listedName)
 {
     folder.write("Paint.app/Contents/Info.plist",
         "<plist version=\"1.0\"><dict><key>CFBundleIconFile</key><string>" + listedName
@@ -39,7 +39,7 @@ std::string bundleWithIcon(const TemporaryFolder& folder, const std::string& lis
 
 // A bundle whose icon file holds these images, each under its four-letter type.
 std::string bundleWithImages(
-    const TemporaryFolder& folder, const QList<std::pair<QByteArray, QByteArray>>& images)
+    const test::TemporaryFolder& folder, const QList<std::pair<QByteArray, QByteArray>>& images)
 {
     QByteArray body;
     QDataStream out(&body, QIODevice::WriteOnly); // big-endian, as the format is
@@ -74,18 +74,18 @@ const QByteArray jpeg2000 = QByteArray::fromHex("0000000c6a5020200d0a870a0000001
 TEST(Workspace, ShowsABundlesOwnIconWhateverWayItsNameIsListed)
 {
     for (const char* listed : {"paint", "paint.icns"}) {
-        const TemporaryFolder folder;
+        const test::TemporaryFolder folder;
         const std::string bundle = bundleWithIcon(folder, listed);
-        EXPECT_EQ(middleOf(Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb()) << listed;
+        EXPECT_EQ(middleOf(platform::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb()) << listed;
     }
 }
 
 TEST(Workspace, TakesTheSmallestImageThatIsLargeEnough)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string bundle = bundleWithImages(folder,
         {{"ic10", png(Qt::red, 1024)}, {"ic08", png(Qt::magenta, 256)}, {"ic07", png(Qt::green, 128)}});
-    const QIcon icon = Workspace().iconForFile(bundle);
+    const QIcon icon = platform::Workspace().iconForFile(bundle);
     EXPECT_EQ(middleOf(icon), QColor(Qt::green).rgb());
     EXPECT_EQ(icon.pixmap(200, 200).toImage().pixel(9, 9), QColor(Qt::magenta).rgb());
     EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256)) << "larger ones are not kept";
@@ -93,47 +93,48 @@ TEST(Workspace, TakesTheSmallestImageThatIsLargeEnough)
 
 TEST(Workspace, TakesALargeImageWhenThereIsNoOther)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string bundle = bundleWithImages(
         folder, {{"ic08", jpeg2000}, {"ic07", jpeg2000}, {"ic10", png(Qt::magenta, 1024)}});
-    const QIcon icon = Workspace().iconForFile(bundle);
+    const QIcon icon = platform::Workspace().iconForFile(bundle);
     EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), QColor(Qt::magenta).rgb());
     EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256));
 }
 
 TEST(Workspace, ShowsTheGenericIconForADamagedOne)
 {
-    const qint64 generic = Workspace().iconForFile("/gone/Paint.app").pixmap(96, 96).toImage().pixel(48, 48);
+    const qint64 generic
+        = platform::Workspace().iconForFile("/gone/Paint.app").pixmap(96, 96).toImage().pixel(48, 48);
     const QByteArray whole = png(Qt::magenta, 128);
     for (const QByteArray& damaged :
         {QByteArray(), whole.first(40), QByteArray(whole.size(), 'x'), jpeg2000}) {
-        const TemporaryFolder folder;
-        const QIcon icon = Workspace().iconForFile(bundleWithImages(folder, {{"ic07", damaged}}));
+        const test::TemporaryFolder folder;
+        const QIcon icon = platform::Workspace().iconForFile(bundleWithImages(folder, {{"ic07", damaged}}));
         EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), generic);
     }
 }
 
 TEST(Workspace, AnIconNameMustStayInsideTheBundle)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string bundle = bundleWithIcon(folder, "../../../outside");
     QImage image(128, 128, QImage::Format_ARGB32);
     image.fill(Qt::green);
     QImageWriter(QString::fromStdString(folder.path("outside.icns")), "icns").write(image);
-    EXPECT_NE(middleOf(Workspace().iconForFile(bundle)), QColor(Qt::green).rgb());
+    EXPECT_NE(middleOf(platform::Workspace().iconForFile(bundle)), QColor(Qt::green).rgb());
 }
 
 TEST(Workspace, LooksBelowTheRootThatItIsGiven)
 {
     // given a bundle on a volume, whose Info.plist is a link as that machine has it, and another here
-    const TemporaryFolder volume;
+    const test::TemporaryFolder volume;
     const std::string bundle = bundleWithIcon(volume, "paint");
     std::filesystem::create_directories(volume.path("Library"));
     std::filesystem::rename(bundle + "/Contents/Info.plist", volume.path("Library/Info.plist"));
     std::filesystem::create_symlink("/Library/Info.plist", bundle + "/Contents/Info.plist");
     std::error_code error;
-    const auto root = FileRoot::at(volume.path(), error);
-    Workspace workspace;
+    const auto root = platform::FileRoot::at(volume.path(), error);
+    platform::Workspace workspace;
 
     // then its icon is found there alone, whatever was asked before
     const QRgb generic = middleOf(workspace.iconForFile("/Paint.app"));
@@ -145,24 +146,24 @@ TEST(Workspace, LooksBelowTheRootThatItIsGiven)
 
 TEST(Workspace, WaitsForNoPipe)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string bundle = bundleWithIcon(folder, "pipe");
     ASSERT_EQ(mkfifo((bundle + "/Contents/Resources/pipe.icns").c_str(), 0600), 0);
-    EXPECT_FALSE(Workspace().iconForFile(bundle).isNull());
+    EXPECT_FALSE(platform::Workspace().iconForFile(bundle).isNull());
 }
 
 TEST(Workspace, HasAnIconForEverything)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     folder.write("Broken.app/Contents/Info.plist", "no property list");
     folder.write("Bare.app/Contents/Info.plist",
         "<plist version=\"1.0\"><dict><key>CFBundleIconFile</key><string>x</string></dict></plist>");
     folder.write("Bare.app/Contents/Resources/x.icns", "no image");
-    Workspace workspace;
+    platform::Workspace workspace;
     for (const std::string& path :
         {folder.path("Broken.app"), folder.path("Bare.app"), folder.path("Gone.app"),
             std::string("/usr/bin/gone"), std::string("/etc/passwd"), std::string("any"), std::string()})
         EXPECT_FALSE(workspace.iconForFile(path).pixmap(16, 16).isNull()) << path;
 }
 
-} // namespace quorvane
+} // namespace quorvane::windows

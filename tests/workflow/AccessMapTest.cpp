@@ -5,13 +5,14 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-RuleRef rule(std::int32_t policyClass, std::int32_t type, const char* path, const char* process = "/bin/sh")
+rules::RuleRef rule(
+    std::int32_t policyClass, std::int32_t type, const char* path, const char* process = "/bin/sh")
 {
-    return policyRule({.policyClass = policyClass,
+    return test::policyRule({.policyClass = policyClass,
         .policyType = type,
         .path = path,
         .processName = process,
@@ -19,7 +20,7 @@ RuleRef rule(std::int32_t policyClass, std::int32_t type, const char* path, cons
 }
 
 // Each folder as "depth path allow/deny/watch programs".
-std::vector<std::string> mapOf(const std::vector<RuleRef>& rules)
+std::vector<std::string> mapOf(const std::vector<rules::RuleRef>& rules)
 {
     std::vector<std::string> lines;
     for (const MappedFolder& folder : accessMap(rules)) {
@@ -38,21 +39,23 @@ std::vector<std::string> mapOf(const std::vector<RuleRef>& rules)
 
 TEST(AccessMap, ARuleCountsForTheFolderThatItIsOnOrThatItsFileIsIn)
 {
-    EXPECT_EQ(mapOf({rule(PolicyClass::allow, PolicyType::prefix, "/Users/ann/"),
-                  rule(PolicyClass::deny, PolicyType::path, "/Users/ann/letter"),
-                  rule(PolicyClass::allow, PolicyType::prefix, "/Users/ann/x/y", "any"),
-                  watchRule({.policyType = PolicyType::path, .path = "/etc/hosts", .processName = "any"}),
-                  rule(PolicyClass::allow, PolicyType::path, "~/notes")}),
+    EXPECT_EQ(mapOf({rule(rules::PolicyClass::allow, rules::PolicyType::prefix, "/Users/ann/"),
+                  rule(rules::PolicyClass::deny, rules::PolicyType::path, "/Users/ann/letter"),
+                  rule(rules::PolicyClass::allow, rules::PolicyType::prefix, "/Users/ann/x/y", "any"),
+                  test::watchRule(
+                      {.policyType = rules::PolicyType::path, .path = "/etc/hosts", .processName = "any"}),
+                  rule(rules::PolicyClass::allow, rules::PolicyType::path, "~/notes")}),
         (std::vector<std::string>{"0 /Users/ann/ 1/1/0 /bin/sh:2", "1 /Users/ann/x/ 1/0/0 any:1",
             "0 /etc/ 0/0/1 any:1", "0 ~/ 1/0/0 /bin/sh:1"}));
 }
 
 TEST(AccessMap, WhatIsNoFolderStandsByItself)
 {
-    const auto map = accessMap({rule(PolicyClass::allow, PolicyType::suffix, ".txt"),
-        rule(PolicyClass::allow, PolicyType::path, "any"), rule(PolicyClass::deny, PolicyType::prefix, ""),
-        rule(PolicyClass::allow, PolicyType::path, ":NVRAM/boot-args"),
-        rule(PolicyClass::allow, PolicyType::path, "word")});
+    const auto map = accessMap({rule(rules::PolicyClass::allow, rules::PolicyType::suffix, ".txt"),
+        rule(rules::PolicyClass::allow, rules::PolicyType::path, "any"),
+        rule(rules::PolicyClass::deny, rules::PolicyType::prefix, ""),
+        rule(rules::PolicyClass::allow, rules::PolicyType::path, ":NVRAM/boot-args"),
+        rule(rules::PolicyClass::allow, rules::PolicyType::path, "word")});
     ASSERT_EQ(map.size(), 4U);
     EXPECT_EQ(map[0].kind, MappedFolder::Kind::everyPath);
     EXPECT_EQ(map[0].counts.allow + map[0].counts.deny, 2U);
@@ -64,7 +67,7 @@ TEST(AccessMap, WhatIsNoFolderStandsByItself)
 
 TEST(AccessMap, ARuleOfAnUnknownClassIsLeftOut)
 {
-    EXPECT_TRUE(accessMap({rule(unknownCode, PolicyType::path, "/x")}).empty());
+    EXPECT_TRUE(accessMap({rule(rules::unknownCode, rules::PolicyType::path, "/x")}).empty());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,14 +7,14 @@
 
 #include <set>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-RuleRef rule(std::int32_t policyClass, const char* path, const char* process = "/bin/sh")
+rules::RuleRef rule(std::int32_t policyClass, const char* path, const char* process = "/bin/sh")
 {
-    return policyRule({.policyClass = policyClass,
-        .policyType = PolicyType::prefix,
+    return test::policyRule({.policyClass = policyClass,
+        .policyType = rules::PolicyType::prefix,
         .path = path,
         .processName = process,
         .operations = 1});
@@ -41,10 +41,10 @@ std::string textOf(const AccessTree& tree)
     return textOf(tree, tree.top());
 }
 
-std::set<const void*> addressesOf(const std::vector<RuleRef>& rules)
+std::set<const void*> addressesOf(const std::vector<rules::RuleRef>& rules)
 {
     std::set<const void*> addresses;
-    for (const RuleRef& each : rules)
+    for (const rules::RuleRef& each : rules)
         addresses.insert(addressOf(each));
     return addresses;
 }
@@ -53,10 +53,10 @@ std::set<const void*> addressesOf(const std::vector<RuleRef>& rules)
 
 TEST(AccessTreeByFolder, PutsFoldersIntoThoseThatHoldThemAndCountsWhatIsInThem)
 {
-    const auto tree = AccessTree::byFolder(
-        {rule(PolicyClass::allow, "/Users/"), rule(PolicyClass::deny, "/Users/ann/notes/", "any"),
-            rule(PolicyClass::allow, "/Users/ann/notes/", "any"), rule(PolicyClass::deny, "/etc/"),
-            watchRule({.path = "", .processName = "any"})});
+    const auto tree = AccessTree::byFolder({rule(rules::PolicyClass::allow, "/Users/"),
+        rule(rules::PolicyClass::deny, "/Users/ann/notes/", "any"),
+        rule(rules::PolicyClass::allow, "/Users/ann/notes/", "any"), rule(rules::PolicyClass::deny, "/etc/"),
+        test::watchRule({.path = "", .processName = "any"})});
     EXPECT_EQ(textOf(*tree),
         " 0/0/1 any:1\n"
         "/Users/ 2/1/0 any:2 /bin/sh:1\n"
@@ -68,8 +68,8 @@ TEST(AccessTreeByFolder, PutsFoldersIntoThoseThatHoldThemAndCountsWhatIsInThem)
 
 TEST(AccessTreeByProgram, PutsUnderEachProgramThePlacesOfItsRules)
 {
-    const auto tree = AccessTree::byProgram({rule(PolicyClass::allow, "/a/", "/bin/vi"),
-        rule(PolicyClass::deny, "/a/b/", "/bin/vi"), rule(PolicyClass::deny, "/a/", "any")});
+    const auto tree = AccessTree::byProgram({rule(rules::PolicyClass::allow, "/a/", "/bin/vi"),
+        rule(rules::PolicyClass::deny, "/a/b/", "/bin/vi"), rule(rules::PolicyClass::deny, "/a/", "any")});
     EXPECT_EQ(textOf(*tree),
         "/bin/vi 1/1/0\n"
         "  /a/ 1/1/0\n"
@@ -80,13 +80,13 @@ TEST(AccessTreeByProgram, PutsUnderEachProgramThePlacesOfItsRules)
 
 TEST(AccessTreeByProgram, LeavesOutProgramsOfWhichTheMapKnowsNoRule)
 {
-    EXPECT_TRUE(AccessTree::byProgram({rule(unknownCode, "/a/")})->top().empty());
+    EXPECT_TRUE(AccessTree::byProgram({rule(rules::unknownCode, "/a/")})->top().empty());
 }
 
 TEST(AccessTree, KnowsTheRulesOfEachBranchAndOfWhatIsInIt)
 {
-    const std::vector<RuleRef> rules{
-        rule(PolicyClass::allow, "/a/"), rule(PolicyClass::deny, "/b/"), rule(PolicyClass::deny, "/a/b/")};
+    const std::vector<rules::RuleRef> rules{rule(rules::PolicyClass::allow, "/a/"),
+        rule(rules::PolicyClass::deny, "/b/"), rule(rules::PolicyClass::deny, "/a/b/")};
     const auto tree = AccessTree::byFolder(rules);
     EXPECT_EQ(addressesOf(tree->rulesOf(tree->top()[0])), addressesOf({rules[0], rules[2]}));
     EXPECT_EQ(addressesOf(tree->rulesOf(tree->top()[1])), addressesOf({rules[1]}));
@@ -94,13 +94,14 @@ TEST(AccessTree, KnowsTheRulesOfEachBranchAndOfWhatIsInIt)
 
 TEST(AccessTree, HoldsEachRuleOnceHoweverItIsOrdered)
 {
-    RandomRules random(3);
-    std::vector<RuleRef> rules;
+    test::RandomRules random(3);
+    std::vector<rules::RuleRef> rules;
     std::size_t known = 0;
     for (int count = 0; count < 500; ++count) {
-        rules.push_back(count % 3 == 0 ? RuleRef(watchRule(random.watch())) : policyRule(random.policy()));
-        const PolicyRule* policy = policyRuleIn(rules.back());
-        known += policy == nullptr || policy->policyClass() != unknownCode ? 1U : 0U;
+        rules.push_back(count % 3 == 0 ? rules::RuleRef(test::watchRule(random.watch()))
+                                       : test::policyRule(random.policy()));
+        const rules::PolicyRule* policy = policyRuleIn(rules.back());
+        known += policy == nullptr || policy->policyClass() != rules::unknownCode ? 1U : 0U;
     }
     for (const auto& tree : {AccessTree::byFolder(rules), AccessTree::byProgram(rules)}) {
         std::size_t counted = 0;
@@ -121,8 +122,8 @@ TEST(AccessTree, IsNotMadeWhenItIsNotWantedAnyMore)
 {
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_EQ(AccessTree::byFolder({rule(PolicyClass::allow, "/a/")}, stop.get_token()), nullptr);
-    EXPECT_EQ(AccessTree::byProgram({rule(PolicyClass::allow, "/a/")}, stop.get_token()), nullptr);
+    EXPECT_EQ(AccessTree::byFolder({rule(rules::PolicyClass::allow, "/a/")}, stop.get_token()), nullptr);
+    EXPECT_EQ(AccessTree::byProgram({rule(rules::PolicyClass::allow, "/a/")}, stop.get_token()), nullptr);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,7 +10,7 @@
 
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,9 +18,9 @@ class ApplicationValidation : public testing::Test {
 protected:
     ApplicationValidation() { facts.existing = {"/bin/tool", "/usr/bin/parent"}; }
 
-    std::string faultOf(PolicyRuleFields fields, std::string_view name = "tool")
+    std::string faultOf(rules::PolicyRuleFields fields, std::string_view name = "tool")
     {
-        const PolicyRule rule(std::move(fields));
+        const rules::PolicyRule rule(std::move(fields));
         const auto fault = programFault(rule, name, RulesPlace::of(facts));
         EXPECT_EQ(isValidApplicationPath(rule, name, RulesPlace::of(facts)), !fault);
         return fault ? std::string(programFaultWords(*fault)) : "none";
@@ -30,7 +30,7 @@ protected:
         return faultOf({.processName = process, .constraint = constraint});
     }
 
-    GivenFacts facts;
+    test::GivenFacts facts;
 };
 
 constexpr const char* notFound = "program not found";
@@ -45,14 +45,14 @@ TEST_F(ApplicationValidation, AnExistingProgramIsValidAndAMissingOneIsNot)
     EXPECT_EQ(faultOf("/Applications/Gone.app/Contents/MacOS/Gone"), notFound);
     EXPECT_EQ(faultOf("tool"), notFound);
     EXPECT_EQ(faultOf(""), notFound);
-    EXPECT_EQ(faultOf(PolicyRuleFields{.processName = {}}), notFound);
+    EXPECT_EQ(faultOf(rules::PolicyRuleFields{.processName = {}}), notFound);
 }
 
 TEST_F(ApplicationValidation, SomeRulesAreValidWithoutLookingAtAnyFile)
 {
     const struct {
         const char* why;
-        PolicyRuleFields rule;
+        rules::PolicyRuleFields rule;
         const char* name;
     } cases[] = {
         {"a system rule", {.processName = "/Applications/Gone", .constraint = "T", .system = true}, "Gone"},
@@ -61,7 +61,7 @@ TEST_F(ApplicationValidation, SomeRulesAreValidWithoutLookingAtAnyFile)
         {"a resource", {.processName = ":NVRAM/x via /gone"}, "x via gone"},
         {"a temporary place", {.processName = "/private/var/folders/xy/T/ending-with-dot."}, "dot."},
         {"a temporary place whatever it pins",
-            {.processName = "/private/var/folders/.", .constraint = sha1OfNothing}, "."},
+            {.processName = "/private/var/folders/.", .constraint = test::sha1OfNothing}, "."},
     };
     for (const auto& c : cases)
         EXPECT_EQ(faultOf(c.rule, c.name), "none") << c.why;
@@ -84,12 +84,12 @@ TEST_F(ApplicationValidation, WhatOnlyResemblesThoseRulesIsLookedAt)
         {"the other name of that place", "/var/folders/xy/T/file.", "file."},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(faultOf(PolicyRuleFields{.processName = c.process}, c.name), notFound) << c.why;
+        EXPECT_EQ(faultOf(rules::PolicyRuleFields{.processName = c.process}, c.name), notFound) << c.why;
 }
 
 TEST_F(ApplicationValidation, FortyCharactersAreTheSha1OfTheFile)
 {
-    const std::string digest = sha1("contents");
+    const std::string digest = codesign::sha1("contents");
     facts.sha1s["/bin/tool"] = digest;
     facts.teams["/bin/tool"] = std::string(40, 'T');
     std::string capitals = digest;
@@ -97,26 +97,26 @@ TEST_F(ApplicationValidation, FortyCharactersAreTheSha1OfTheFile)
         c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     ASSERT_NE(capitals, digest);
     EXPECT_EQ(faultOf("/bin/tool", digest), "none");
-    EXPECT_EQ(faultOf("/bin/tool", sha1("other")), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", codesign::sha1("other")), noMatch);
     EXPECT_EQ(faultOf("/bin/tool", capitals), noMatch) << "digests in capitals never match";
     EXPECT_EQ(faultOf("/bin/tool", std::string(40, 'T')), noMatch) << "never a team";
 }
 
 TEST_F(ApplicationValidation, SixtyFourCharactersAreTheSha256OfTheFile)
 {
-    const std::string digest = sha256("contents");
+    const std::string digest = codesign::sha256("contents");
     facts.sha256s["/bin/tool"] = digest;
     facts.teams["/bin/tool"] = std::string(64, 'T');
     EXPECT_EQ(faultOf("/bin/tool", digest), "none");
-    EXPECT_EQ(faultOf("/bin/tool", sha256("other")), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", codesign::sha256("other")), noMatch);
     EXPECT_EQ(faultOf("/bin/tool", std::string(64, 'T')), noMatch);
 }
 
 TEST_F(ApplicationValidation, AProgramThatCannotBeReadIsTakenForAnEmptyFile)
 {
-    EXPECT_EQ(faultOf("/bin/tool", sha1OfNothing), "none");
-    EXPECT_EQ(faultOf("/bin/tool", sha256OfNothing), "none");
-    EXPECT_EQ(faultOf("/bin/tool", sha256("contents")), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", test::sha1OfNothing), "none");
+    EXPECT_EQ(faultOf("/bin/tool", test::sha256OfNothing), "none");
+    EXPECT_EQ(faultOf("/bin/tool", codesign::sha256("contents")), noMatch);
 }
 
 TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
@@ -125,7 +125,7 @@ TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
     EXPECT_EQ(faultOf("/bin/tool", "TEAM123456"), "none");
     EXPECT_EQ(faultOf("/bin/tool", "team123456"), noMatch);
     EXPECT_EQ(faultOf("/bin/tool", "TEAM12345"), noMatch);
-    EXPECT_EQ(faultOf("/bin/tool", sha1("").substr(1)), noMatch);
+    EXPECT_EQ(faultOf("/bin/tool", codesign::sha1("").substr(1)), noMatch);
     EXPECT_EQ(faultOf("/usr/bin/parent", "TEAM123456"), noMatch) << "a program without a team";
     EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINARY"), "none") << "accepted without asking";
     EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINAR"), noMatch);
@@ -155,14 +155,15 @@ TEST_F(ApplicationValidation, AParentPartMustExistOrBeAny)
 TEST_F(ApplicationValidation, AskedOfARuleItTakesTheNameThatTheTableShows)
 {
     const RulesPlace place = RulesPlace::of(facts);
-    EXPECT_FALSE(programFault(policyRule({.processName = "any via /usr/bin/missing"}), place));
-    EXPECT_EQ(programFault(policyRule({.processName = "/gone via any"}), place), ProgramFault::missing);
-    EXPECT_FALSE(programFault(watchRule({.processName = "/gone"}), place)) << "a watch rule has no fault";
+    EXPECT_FALSE(programFault(test::policyRule({.processName = "any via /usr/bin/missing"}), place));
+    EXPECT_EQ(programFault(test::policyRule({.processName = "/gone via any"}), place), ProgramFault::missing);
+    EXPECT_FALSE(programFault(test::watchRule({.processName = "/gone"}), place))
+        << "a watch rule has no fault";
 }
 
 TEST(ProgramFactsOnDisk, AnythingAtThePathExists)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("file", "x");
     std::filesystem::create_symlink("nowhere", folder.path("broken"));
     EXPECT_TRUE(programFactsOnDisk().exists(file));
@@ -175,7 +176,7 @@ TEST(ProgramFactsOnDisk, AnythingAtThePathExists)
 
 TEST(ProgramFactsOnDisk, TellTheTeamAndThePlatformOfASignedProgram)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     test::ProgramPlan plan;
     plan.signature = test::signedPlan();
     plan.signature->directories.front().platform = 14;
@@ -192,15 +193,15 @@ TEST(ProgramFactsOnDisk, TellTheTeamAndThePlatformOfASignedProgram)
 
 TEST(ProgramFactsOnDisk, TellFoldersFromFiles)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_TRUE(programFactsOnDisk().isFolder(folder.path()));
     EXPECT_FALSE(programFactsOnDisk().isFolder(folder.write("file", "")));
 }
 
 TEST(ProgramFactsOnDisk, WhatCannotBeReadHasNoDigest)
 {
-    const TemporaryFolder folder;
-    EXPECT_EQ(programFactsOnDisk().sha256(folder.write("empty", "")), sha256OfNothing);
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(programFactsOnDisk().sha256(folder.write("empty", "")), test::sha256OfNothing);
     for (const std::string& path : {folder.path("missing"), folder.path()}) {
         EXPECT_EQ(programFactsOnDisk().sha1(path), std::nullopt);
         EXPECT_EQ(programFactsOnDisk().sha256(path), std::nullopt);
@@ -210,7 +211,7 @@ TEST(ProgramFactsOnDisk, WhatCannotBeReadHasNoDigest)
 
 TEST(ProgramFactsOnDisk, KnowNothingOfWhatCannotBeRead)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_TRUE(programFactsOnDisk().isReadable(folder.write("file", "")));
     EXPECT_FALSE(programFactsOnDisk().isReadable(folder.path("missing")));
     EXPECT_FALSE(programFactsOnDisk().isReadable("/dev/null"));
@@ -219,13 +220,13 @@ TEST(ProgramFactsOnDisk, KnowNothingOfWhatCannotBeRead)
 TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
 {
     // given a file that has rested, so that its answers are remembered
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("program", "before");
     sleep(3);
     ProgramFacts& facts = programFactsOnDisk();
-    EXPECT_EQ(facts.sha256(path), sha256("before"));
-    EXPECT_EQ(facts.sha256(path), sha256("before"));
-    EXPECT_EQ(facts.sha1(path), sha1("before"));
+    EXPECT_EQ(facts.sha256(path), codesign::sha256("before"));
+    EXPECT_EQ(facts.sha256(path), codesign::sha256("before"));
+    EXPECT_EQ(facts.sha1(path), codesign::sha1("before"));
 
     // when other contents of the same length take its place, under the same time of modification
     const auto time = std::filesystem::last_write_time(path);
@@ -233,32 +234,33 @@ TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
     std::filesystem::last_write_time(path, time);
 
     // then all answers are new
-    EXPECT_EQ(facts.sha1(path), sha1("after!"));
-    EXPECT_EQ(facts.sha256(path), sha256("after!"));
+    EXPECT_EQ(facts.sha1(path), codesign::sha1("after!"));
+    EXPECT_EQ(facts.sha256(path), codesign::sha256("after!"));
     std::filesystem::remove(path);
     EXPECT_EQ(facts.sha256(path), std::nullopt);
 }
 
 TEST(ProgramFactsOnDisk, AChangeRightAfterTheAnswerIsSeen)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     for (const char* contents : {"one", "two", "six", "ten"}) {
         const std::string path = folder.write("program", contents);
-        EXPECT_EQ(programFactsOnDisk().sha1(path), sha1(contents));
+        EXPECT_EQ(programFactsOnDisk().sha1(path), codesign::sha1(contents));
     }
 }
 
 TEST(ApplicationValidationOnDisk, ADigestOfAnotherFileIsNoMatch)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.write("program", "contents");
     const auto isValid = [&path](const std::string& constraint) {
-        return isValidApplicationPath(PolicyRule({.processName = path, .constraint = constraint}), "program");
+        return isValidApplicationPath(
+            rules::PolicyRule({.processName = path, .constraint = constraint}), "program");
     };
-    EXPECT_TRUE(isValid(sha256("contents")));
-    EXPECT_TRUE(isValid(sha1("contents")));
-    EXPECT_FALSE(isValid(sha256("content")));
+    EXPECT_TRUE(isValid(codesign::sha256("contents")));
+    EXPECT_TRUE(isValid(codesign::sha1("contents")));
+    EXPECT_FALSE(isValid(codesign::sha256("content")));
     EXPECT_FALSE(isValid("TEAM123456"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -11,13 +11,13 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-RuleValue asideRule(const std::string& path, const std::string& tag = "", std::uint64_t created = 0)
+rules::RuleValue asideRule(const std::string& path, const std::string& tag = "", std::uint64_t created = 0)
 {
-    return valueOf(policyRule(
+    return valueOf(test::policyRule(
         {.path = path, .processName = "/bin/sh", .tag = tag, .operations = 1, .created = created}));
 }
 
@@ -27,15 +27,15 @@ protected:
     std::string listed() const
     {
         std::string lines;
-        for (const RuleValue& each : aside().read().rules)
+        for (const rules::RuleValue& each : aside().read().rules)
             lines += ruleText(each) + "\n";
         return lines;
     }
-    static std::string line(const RuleValue& value) { return ruleText(value) + "\n"; }
+    static std::string line(const rules::RuleValue& value) { return ruleText(value) + "\n"; }
     // Something else stands where the file would.
     void blockFile() const { std::filesystem::create_directories(aside().file() + "/x"); }
 
-    StoreSandbox box;
+    test::StoreSandbox box;
 };
 
 } // namespace
@@ -49,7 +49,7 @@ TEST_F(AsideRulesTest, HoldsNothingAtFirstAndMakesNoFile)
 
 TEST_F(AsideRulesTest, KeepsTagDateAndLettersBeyondAscii)
 {
-    const RuleValue kept = asideRule("/K\u00e4se/", "t\u00e4g", 7);
+    const rules::RuleValue kept = asideRule("/K\u00e4se/", "t\u00e4g", 7);
     EXPECT_EQ(aside().add({kept}), std::nullopt);
     EXPECT_EQ(listed(), line(kept));
 }
@@ -106,7 +106,7 @@ TEST_F(AsideRulesTest, NeverWritesOverWhatItCouldNotRead)
     EXPECT_NE(aside().read().problem, std::nullopt);
     EXPECT_NE(aside().add({asideRule("/b")}), std::nullopt);
     EXPECT_NE(aside().remove({asideRule("/a")}), std::nullopt);
-    EXPECT_EQ(TemporaryFolder::contents(aside().file()), broken);
+    EXPECT_EQ(test::TemporaryFolder::contents(aside().file()), broken);
 }
 
 TEST_F(AsideRulesTest, LosesNothingWhenManyAddAtOnce)
@@ -128,4 +128,4 @@ TEST_F(AsideRulesTest, LosesNothingWhenManyAddAtOnce)
     EXPECT_EQ(aside().read().rules.size(), 40U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -16,12 +16,12 @@ protected:
         facts.folders = {"/Users/ann", "/home/me"};
     }
 
-    PolicyRulePtr add(PolicyRuleFields fields)
+    rules::PolicyRulePtr add(rules::PolicyRuleFields fields)
     {
         fields.operations = 1;
         if (fields.processName.isNull())
             fields.processName = "/bin/sh";
-        const PolicyRulePtr rule = policyRule(std::move(fields));
+        const rules::PolicyRulePtr rule = test::policyRule(std::move(fields));
         store.addPolicyRule(rule);
         return rule;
     }
@@ -46,9 +46,9 @@ protected:
     }
     std::string doubtOf(const std::string& path) { return whyItMayComeBack(path, places, facts); }
 
-    GivenFacts facts;
+    test::GivenFacts facts;
     ChangingPlaces places{{{"/", "ext4"}, {"/data", "nfs4"}, {"/media/me/stick", "vfat", true}}, "/home/me"};
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };
 
 } // namespace
@@ -89,7 +89,7 @@ TEST_F(CleanUp, LeavesOneOfRulesThatCoverEachOther)
     const auto found = candidates();
     ASSERT_EQ(found.size(), 3U);
     EXPECT_EQ(text(), "/bin/sh\n/bin/sh\n/bin/sh: the rule that covers it goes\n");
-    const PlannedChange plan = cleaningUp(store, found, LineEnds::cut);
+    const PlannedChange plan = cleaningUp(store, found, rules::LineEnds::cut);
     EXPECT_EQ(plan.change.removed.size(), 2U);
     EXPECT_EQ(
         plan.remarks, std::vector<std::string>{"1 redundant rule stays: no rule that stays covers it."});
@@ -112,9 +112,9 @@ TEST_F(CleanUp, KeepsARedundantRuleWhenWhatCoversItGoes)
     const auto narrow = add({.policyType = 2, .path = "/gone/narrow"});
     const auto found = candidates();
     ASSERT_EQ(found.size(), 2U);
-    const PlannedChange plan = cleaningUp(store, found, LineEnds::cut);
+    const PlannedChange plan = cleaningUp(store, found, rules::LineEnds::cut);
     ASSERT_EQ(plan.change.removed.size(), 1U);
-    EXPECT_EQ(plan.change.removed.front().rule, RuleRef(wide));
+    EXPECT_EQ(plan.change.removed.front().rule, rules::RuleRef(wide));
 }
 
 TEST_F(CleanUp, PassesOverRulesThatHaveGoneMeanwhile)
@@ -122,7 +122,7 @@ TEST_F(CleanUp, PassesOverRulesThatHaveGoneMeanwhile)
     const auto rule = add({.path = "/gone"});
     const auto found = candidates();
     store.takeOutPolicyRule(*rule);
-    const PlannedChange plan = cleaningUp(store, found, LineEnds::cut);
+    const PlannedChange plan = cleaningUp(store, found, rules::LineEnds::cut);
     EXPECT_TRUE(plan.change.isEmpty());
     EXPECT_TRUE(plan.remarks.empty());
 }
@@ -158,4 +158,4 @@ TEST_F(CleanUp, TicksNothingThatMightComeBack)
     EXPECT_EQ(text(), "/Volumes/Backup/: on a volume that is not mounted\n/gone\n");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 TEST(CutWrite, KnowsAFileAsBeforeAndAsMeant)
 {
@@ -39,4 +39,4 @@ TEST(CutWrite, TakesAnythingElseForAnotherProgramsWrite)
     EXPECT_EQ(fileAfterWrite("third\n", std::nullopt, "new\n"), FileAfterWrite::foreign);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

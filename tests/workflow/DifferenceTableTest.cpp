@@ -8,18 +8,19 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 DifferenceTablePtr rulesTable(const std::string& before, const std::string& after)
 {
-    return differenceTable(rulesDifference(rulesOfText(before), rulesOfText(after)));
+    return differenceTable(rulesDifference(rules::rulesOfText(before), rules::rulesOfText(after)));
 }
 
-PropertyList list(const std::string& entries)
+platform::PropertyList list(const std::string& entries)
 {
-    return PropertyList::parse("<plist version=\"1.0\"><dict>" + entries + "</dict></plist>").value();
+    return platform::PropertyList::parse("<plist version=\"1.0\"><dict>" + entries + "</dict></plist>")
+        .value();
 }
 
 std::vector<std::string> row(const DifferenceTable& table, std::size_t number)
@@ -54,9 +55,9 @@ TEST(DifferenceTable, ShowsWhatCameThenWhatWentThenWhatChanged)
 TEST(DifferenceTable, IsSearchedInWholeRulesWhateverTheirCase)
 {
     const auto table = rulesTable("", "allow prefix \"/Mail/\" \"/bin/sh\" r \"tag\" \"\" \"0\"\n");
-    EXPECT_TRUE(table->contains(searchKey("mAIL")));
-    EXPECT_TRUE(table->contains(searchKey("bin/sh")));
-    EXPECT_FALSE(table->contains(searchKey("post")));
+    EXPECT_TRUE(table->contains(platform::searchKey("mAIL")));
+    EXPECT_TRUE(table->contains(platform::searchKey("bin/sh")));
+    EXPECT_FALSE(table->contains(platform::searchKey("post")));
 }
 
 TEST(DifferenceTable, OfPreferencesTellsKeyByKey)
@@ -78,4 +79,4 @@ TEST(DifferenceTable, OfTheSameIsEmpty)
     EXPECT_EQ(rulesTable("", "")->summary(), "no rule changed");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -2,20 +2,20 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-RuleValue policyTagged(NullableText tag, std::uint64_t created = 0)
+rules::RuleValue policyTagged(rules::NullableText tag, std::uint64_t created = 0)
 {
-    return makeRuleValue(PolicyRuleFields{
+    return makeRuleValue(rules::PolicyRuleFields{
         .path = "/a", .processName = "any", .tag = std::move(tag), .operations = 3, .created = created});
 }
 
-RuleValue watchTagged(NullableText tag)
+rules::RuleValue watchTagged(rules::NullableText tag)
 {
     return makeRuleValue(
-        WatchRuleFields{.path = "/w", .processName = "any", .tag = std::move(tag), .operations = 1});
+        rules::WatchRuleFields{.path = "/w", .processName = "any", .tag = std::move(tag), .operations = 1});
 }
 
 } // namespace
@@ -24,7 +24,7 @@ TEST(ChangeText, NamesTagAndCreationTimeBeforeAndAfter)
 {
     const struct {
         const char* why;
-        RuleValue before, after;
+        rules::RuleValue before, after;
         std::string text;
     } cases[] = {
         {"nothing", policyTagged("x", 1), policyTagged("x", 1), ""},
@@ -45,8 +45,8 @@ TEST(ChangeText, NamesTagAndCreationTimeBeforeAndAfter)
 
 TEST(ChangeText, NamesWhatAChangeOfManyRulesMayChange)
 {
-    PolicyRuleFields fields{.path = "/a", .processName = "/bin/sh", .operations = 1};
-    const RuleValue before = makeRuleValue(fields);
+    rules::PolicyRuleFields fields{.path = "/a", .processName = "/bin/sh", .operations = 1};
+    const rules::RuleValue before = makeRuleValue(fields);
     fields.policyClass = 1;
     fields.processName = "/bin/zsh";
     fields.operations = 19;
@@ -56,15 +56,15 @@ TEST(ChangeText, NamesWhatAChangeOfManyRulesMayChange)
         R"(class changed from allow to deny, process changed from "/bin/sh" to "/bin/zsh", )"
         R"(operations changed from r to rwx, constraint changed from "" to "TEAM", tag set to "new")");
 
-    WatchRuleFields watch{.path = "/a", .processName = "any", .operations = 1};
-    const RuleValue watchBefore = makeRuleValue(watch);
+    rules::WatchRuleFields watch{.path = "/a", .processName = "any", .operations = 1};
+    const rules::RuleValue watchBefore = makeRuleValue(watch);
     watch.operations = 2;
     EXPECT_EQ(changeText(watchBefore, makeRuleValue(watch)), "operations changed from r to w");
 }
 
 TEST(DifferenceTexts, SayWhatHappenedToEachRule)
 {
-    const RulesDifference difference{
+    const rules::RulesDifference difference{
         {policyTagged("new")}, {watchTagged("")}, {{policyTagged("x"), policyTagged("y")}}};
 
     EXPECT_EQ(differenceTexts(difference),
@@ -76,8 +76,8 @@ TEST(DifferenceTexts, SayWhatHappenedToEachRule)
 
 TEST(DifferenceSummary, CountsWithoutWhatIsNone)
 {
-    const RuleValue one = policyTagged("");
-    const std::pair<RuleValue, RuleValue> change{policyTagged("x"), policyTagged("y")};
+    const rules::RuleValue one = policyTagged("");
+    const std::pair<rules::RuleValue, rules::RuleValue> change{policyTagged("x"), policyTagged("y")};
 
     EXPECT_EQ(differenceSummary({}), "no rule changed");
     EXPECT_EQ(differenceSummary({{one}, {}, {}}), "1 rule added");
@@ -88,12 +88,12 @@ TEST(DifferenceSummary, CountsWithoutWhatIsNone)
 
 TEST(ReportText, NamesWhatAMergeKept)
 {
-    EXPECT_EQ(reportText({MergeReport::tagSetOnBothSides, policyTagged("x"), policyTagged("y")}),
+    EXPECT_EQ(reportText({rules::MergeReport::tagSetOnBothSides, policyTagged("x"), policyTagged("y")}),
         R"(both sides changed the tag: "x" is kept, not "y": allow prefix "/a" "any" rw "x" "" "0")");
-    EXPECT_EQ(reportText({MergeReport::keptForItsTag, watchTagged("x"), watchTagged("")}),
+    EXPECT_EQ(reportText({rules::MergeReport::keptForItsTag, watchTagged("x"), watchTagged("")}),
         R"(one side removed the rule, the other changed its tag: it is kept: watch prefix "/w" "any" r "x")");
-    EXPECT_EQ(reportText({MergeReport::addedWithOtherTag, watchTagged("x"), watchTagged("y")}),
+    EXPECT_EQ(reportText({rules::MergeReport::addedWithOtherTag, watchTagged("x"), watchTagged("y")}),
         R"(both sides added the rule: the tag "x" is kept, not "y": watch prefix "/w" "any" r "x")");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -13,8 +13,8 @@ class FailSafeSuggestions : public testing::Test {
 protected:
     void put(const std::string& name) const { folder.write("Users/Shared/Quorvane/" + name, ""); }
 
-    const TemporaryFolder folder;
-    const Locations locations{folder.path(), "ann"};
+    const test::TemporaryFolder folder;
+    const platform::Locations locations{folder.path(), "ann"};
 };
 
 } // namespace
@@ -72,9 +72,9 @@ TEST_F(FailSafeSuggestions, AreDiscardedWithTheirMarkerAndNothingElse)
     put("failsafe.rc.strict");
     put("learning_mode");
     discardSuggestions(locations);
-    EXPECT_FALSE(isAnythingAt(locations.failSafeFile()));
-    EXPECT_FALSE(isAnythingAt(locations.failSafeStrictMarker()));
-    EXPECT_TRUE(isAnythingAt(locations.learningModeMarker()));
+    EXPECT_FALSE(platform::isAnythingAt(locations.failSafeFile()));
+    EXPECT_FALSE(platform::isAnythingAt(locations.failSafeStrictMarker()));
+    EXPECT_TRUE(platform::isAnythingAt(locations.learningModeMarker()));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,14 +4,14 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 // Each finding as "row:line kind path".
 std::vector<std::string> findingsIn(std::string_view bytes, const FileSearch& search)
 {
-    const auto store = storeOfText(bytes, Locations("/nonexistent", "nobody"), silentLog());
+    const auto store = storeOfText(bytes, platform::Locations("/nonexistent", "nobody"), test::silentLog());
     std::vector<std::string> found;
     useFileFindings(*store, bytes, search, [&found](const FileFinding& finding) {
         const std::size_t quote = finding.rule.find('"') + 1;
@@ -51,4 +51,4 @@ TEST(FileFindings, OfTextThatIsNoUtf8AreItsJoinedLines)
     EXPECT_EQ(findingsIn(bytes, {}).size(), 1U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -19,36 +19,36 @@ protected:
         return importCell(reviewed, present, *reviewed.rows(), row, column);
     }
     // The path cell of a file of one rule.
-    RuleCell pathCellOf(PolicyRuleFields fields)
+    RuleCell pathCellOf(rules::PolicyRuleFields fields)
     {
         fields.operations = 1;
         fields.processName = "/bin/sh";
-        const auto rule = policyRule(std::move(fields));
+        const auto rule = test::policyRule(std::move(fields));
         reviewed.addPolicyRule(rule);
         const RuleCell shown = cell(0, ImportColumn::path);
         reviewed.deletePolicyRule(*rule);
         return shown;
     }
     // The application cell of a file of one rule.
-    RuleCell applicationCellOf(PolicyRuleFields fields)
+    RuleCell applicationCellOf(rules::PolicyRuleFields fields)
     {
-        const auto rule = policyRule(std::move(fields));
+        const auto rule = test::policyRule(std::move(fields));
         reviewed.addPolicyRule(rule);
         const RuleCell shown = cell(0, ImportColumn::application);
         reviewed.deletePolicyRule(*rule);
         return shown;
     }
 
-    RuleManager reviewed{Locations("/nonexistent", "nobody"), silentLog()};
-    RuleManager present{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager reviewed{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    rules::RuleManager present{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };
 
 } // namespace
 
 TEST_F(ImportCells, APolicyRuleShowsItsTextsInTheReviewsOrder)
 {
-    reviewed.addPolicyRule(policyRule({.policyClass = PolicyClass::deny,
-        .policyType = PolicyType::suffix,
+    reviewed.addPolicyRule(test::policyRule({.policyClass = rules::PolicyClass::deny,
+        .policyType = rules::PolicyType::suffix,
         .path = ".doc",
         .processName = "/bin/sh via /usr/bin/env",
         .tag = "shown nowhere",
@@ -64,7 +64,7 @@ TEST_F(ImportCells, APolicyRuleShowsItsTextsInTheReviewsOrder)
 
 TEST_F(ImportCells, AWatchRuleShowsAnEmptyApplicationAndWatch)
 {
-    reviewed.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
+    reviewed.addWatchRule(test::watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
     EXPECT_EQ(cell(0, ImportColumn::application).text, "");
     EXPECT_FALSE(cell(0, ImportColumn::application).iconFile);
     EXPECT_EQ(cell(0, ImportColumn::application).description, "sh");
@@ -75,15 +75,15 @@ TEST_F(ImportCells, AWatchRuleShowsAnEmptyApplicationAndWatch)
 TEST_F(ImportCells, UnknownCodesAreErr)
 {
     reviewed.addPolicyRule(
-        policyRule({.policyClass = 2, .policyType = 3, .path = "/usr", .processName = "/bin/sh"}));
+        test::policyRule({.policyClass = 2, .policyType = 3, .path = "/usr", .processName = "/bin/sh"}));
     EXPECT_EQ(cell(0, ImportColumn::ruleClass).text, "Err");
     EXPECT_EQ(cell(0, ImportColumn::type).text, "Err");
 }
 
 TEST_F(ImportCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
 {
-    reviewed.addPolicyRule(policyRule({.path = "/usr", .processName = "/nonexistent/tool"}));
-    reviewed.addPolicyRule(policyRule({.path = "/tmp", .processName = "/nonexistent/tool"}));
+    reviewed.addPolicyRule(test::policyRule({.path = "/usr", .processName = "/nonexistent/tool"}));
+    reviewed.addPolicyRule(test::policyRule({.path = "/tmp", .processName = "/nonexistent/tool"}));
     EXPECT_TRUE(cell(0, ImportColumn::application).startsGroup);
     const RuleCell later = cell(1, ImportColumn::application);
     EXPECT_FALSE(later.startsGroup);
@@ -96,7 +96,7 @@ TEST_F(ImportCells, AnApplicationIsRedOnlyWhenNothingExistsAtItsPath)
 {
     const struct {
         const char* why;
-        PolicyRuleFields rule;
+        rules::PolicyRuleFields rule;
         CellColor color;
     } cases[] = {
         {"it exists", {.path = "/usr", .processName = "/bin/sh"}, CellColor::black},
@@ -117,16 +117,16 @@ TEST_F(ImportCells, AnApplicationIsRedOnlyWhenNothingExistsAtItsPath)
 
 TEST_F(ImportCells, APathIsRedWhenNothingExistsAtItAsItIsWritten)
 {
-    const TemporaryFolder home;
-    const EnvironmentVariable variable("HOME", home.path());
+    const test::TemporaryFolder home;
+    const test::EnvironmentVariable variable("HOME", home.path());
     const struct {
         const char* why;
-        PolicyRuleFields rule;
+        rules::PolicyRuleFields rule;
         CellColor color;
     } cases[] = {
-        {"it exists", {.policyType = PolicyType::path, .path = "/usr"}, CellColor::black},
-        {"it is gone", {.policyType = PolicyType::path, .path = "/nonexistent/a"}, CellColor::red},
-        {"a suffix", {.policyType = PolicyType::suffix, .path = "/nonexistent/a"}, CellColor::black},
+        {"it exists", {.policyType = rules::PolicyType::path, .path = "/usr"}, CellColor::black},
+        {"it is gone", {.policyType = rules::PolicyType::path, .path = "/nonexistent/a"}, CellColor::red},
+        {"a suffix", {.policyType = rules::PolicyType::suffix, .path = "/nonexistent/a"}, CellColor::black},
         {"in the home folder, wherever that is", {.path = "~/nonexistent"}, CellColor::black},
         {"no path of a file", {.path = ":NVRAM/nonexistent"}, CellColor::black},
         {"relative", {.path = "nonexistent"}, CellColor::black},
@@ -134,25 +134,28 @@ TEST_F(ImportCells, APathIsRedWhenNothingExistsAtItAsItIsWritten)
     };
     for (const auto& c : cases)
         EXPECT_EQ(pathCellOf(c.rule).color, c.color) << c.why;
-    EXPECT_EQ(
-        pathCellOf({.policyType = PolicyType::path, .path = "/nonexistent/a"}).description, "file not found");
+    EXPECT_EQ(pathCellOf({.policyType = rules::PolicyType::path, .path = "/nonexistent/a"}).description,
+        "file not found");
 }
 
 TEST_F(ImportCells, AWatchedPathIsRedAlikeAndNeverOrange)
 {
-    reviewed.addWatchRule(watchRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
-    reviewed.addWatchRule(watchRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
+    reviewed.addWatchRule(
+        test::watchRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
+    reviewed.addWatchRule(
+        test::watchRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
     EXPECT_EQ(cell(1, ImportColumn::path).color, CellColor::red);
 }
 
 TEST_F(ImportCells, ARuleIsOrangeWhenAnotherOneOfTheFileCoversIt)
 {
     // covered by a rule of the user's, which does not count here
-    present.addPolicyRule(policyRule({.path = "any", .processName = "/bin/sh", .operations = 1}));
+    present.addPolicyRule(test::policyRule({.path = "any", .processName = "/bin/sh", .operations = 1}));
     EXPECT_EQ(pathCellOf({.path = "/nonexistent/a"}).color, CellColor::red);
 
-    reviewed.addPolicyRule(policyRule({.path = "any", .processName = "/bin/sh", .operations = 1}));
-    reviewed.addPolicyRule(policyRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
+    reviewed.addPolicyRule(test::policyRule({.path = "any", .processName = "/bin/sh", .operations = 1}));
+    reviewed.addPolicyRule(
+        test::policyRule({.path = "/nonexistent/a", .processName = "/bin/sh", .operations = 1}));
     EXPECT_EQ(cell(1, ImportColumn::path).color, CellColor::orange);
     EXPECT_EQ(cell(1, ImportColumn::path).description, "redundant, file not found");
 }
@@ -160,11 +163,11 @@ TEST_F(ImportCells, ARuleIsOrangeWhenAnotherOneOfTheFileCoversIt)
 TEST_F(ImportCells, MarksARuleThatIsAlreadyPresent)
 {
     for (const char* path : {"/usr", "/tmp"})
-        reviewed.addPolicyRule(policyRule({.path = path, .processName = "/bin/sh", .operations = 1}));
-    reviewed.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
+        reviewed.addPolicyRule(test::policyRule({.path = path, .processName = "/bin/sh", .operations = 1}));
+    reviewed.addWatchRule(test::watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
     present.addPolicyRule(
-        policyRule({.path = "/tmp", .processName = "/bin/sh", .tag = "other", .operations = 1}));
-    present.addWatchRule(watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
+        test::policyRule({.path = "/tmp", .processName = "/bin/sh", .tag = "other", .operations = 1}));
+    present.addWatchRule(test::watchRule({.path = "/usr", .processName = "/bin/sh", .operations = 1}));
     present.applyFilterWithString("hides all of them");
 
     for (const std::size_t row : {0U, 2U}) {
@@ -185,10 +188,10 @@ TEST_F(ImportCells, MarksARuleThatIsAlreadyPresent)
 
 TEST_F(ImportCells, SortsByWhatTheColumnsShow)
 {
-    EXPECT_EQ(importColumnSortKey(ImportColumn::application), SortKey::processShortName);
-    EXPECT_EQ(importColumnSortKey(ImportColumn::ruleClass), SortKey::shownClass);
-    EXPECT_EQ(importColumnSortKey(ImportColumn::path), SortKey::path);
+    EXPECT_EQ(importColumnSortKey(ImportColumn::application), rules::SortKey::processShortName);
+    EXPECT_EQ(importColumnSortKey(ImportColumn::ruleClass), rules::SortKey::shownClass);
+    EXPECT_EQ(importColumnSortKey(ImportColumn::path), rules::SortKey::path);
     EXPECT_FALSE(importColumnSortKey(ImportColumn::tick));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -6,7 +6,7 @@
 
 #include <set>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,8 +18,8 @@ std::string ruleOfShell(const std::string& path, const std::string& process = "/
 class ImportForesightTest : public testing::Test {
 protected:
     // Looks at all rules of a file with that text.
-    ImportForesight& foresightOf(
-        const std::string& text, LineEnds lineEnds = LineEnds::cut, const RuleManager* joined = nullptr)
+    ImportForesight& foresightOf(const std::string& text, rules::LineEnds lineEnds = rules::LineEnds::cut,
+        const rules::RuleManager* joined = nullptr)
     {
         reviewed = box.storeOf(text);
         foresight = std::make_unique<ImportForesight>(*present, *reviewed, joined, lineEnds);
@@ -31,7 +31,7 @@ protected:
     {
         std::string paths;
         for (std::size_t row = 0; row < reviewed->totalRules(false); ++row) {
-            const RuleRef& rule = reviewed->ruleAtIndex(row, false);
+            const rules::RuleRef& rule = reviewed->ruleAtIndex(row, false);
             if (foresight->is(rule, kind))
                 paths += askRule(rule, [](const auto& record) { return std::string(record.path().view()); })
                     + " ";
@@ -39,9 +39,9 @@ protected:
         return paths;
     }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> present = box.emptyStore();
-    std::unique_ptr<RuleManager> reviewed;
+    test::StoreSandbox box;
+    std::unique_ptr<rules::RuleManager> present = box.emptyStore();
+    std::unique_ptr<rules::RuleManager> reviewed;
     std::unique_ptr<ImportForesight> foresight;
 };
 
@@ -49,9 +49,10 @@ protected:
 
 TEST_F(ImportForesightTest, LooksAtSomeAtATimeUntilItHasLookedAtAll)
 {
-    present->addPolicyRule(policyRule({.path = "/c", .processName = "/bin/sh", .tag = "t", .operations = 1}));
+    present->addPolicyRule(
+        test::policyRule({.path = "/c", .processName = "/bin/sh", .tag = "t", .operations = 1}));
     reviewed = box.storeOf(ruleOfShell("/a") + ruleOfShell("/b") + ruleOfShell("/c"));
-    ImportForesight coming(*present, *reviewed, nullptr, LineEnds::cut);
+    ImportForesight coming(*present, *reviewed, nullptr, rules::LineEnds::cut);
     EXPECT_TRUE(coming.lookOn(2));
     EXPECT_EQ(coming.count(Foresight::present), 0U);
     EXPECT_FALSE(coming.lookOn(2));
@@ -62,8 +63,8 @@ TEST_F(ImportForesightTest, LooksAtSomeAtATimeUntilItHasLookedAtAll)
 
 TEST_F(ImportForesightTest, TellsNewRulesFromThoseThatAreThere)
 {
-    present->addPolicyRule(policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
-    present->addWatchRule(watchRule({.path = "/w", .processName = "/bin/sh", .operations = 1}));
+    present->addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 1}));
+    present->addWatchRule(test::watchRule({.path = "/w", .processName = "/bin/sh", .operations = 1}));
     foresightOf(ruleOfShell("/a") + ruleOfShell("/b") + "watch prefix \"/w\" \"/bin/sh\" r\n");
     EXPECT_EQ(pathsOf(Foresight::present), "/w /a ");
     EXPECT_EQ(pathsOf(Foresight::fresh), "/b ");
@@ -71,7 +72,7 @@ TEST_F(ImportForesightTest, TellsNewRulesFromThoseThatAreThere)
 
 TEST_F(ImportForesightTest, FindsRulesThatOthersOfTheFileOrOfTheUserCover)
 {
-    present->addPolicyRule(policyRule({.path = "/mine/", .processName = "/bin/sh", .operations = 1}));
+    present->addPolicyRule(test::policyRule({.path = "/mine/", .processName = "/bin/sh", .operations = 1}));
     const ImportForesight& found = foresightOf(ruleOfShell("/mine/") + ruleOfShell("/mine/x")
         + ruleOfShell("/a/") + ruleOfShell("/a/b") + ruleOfShell("/c"));
     EXPECT_EQ(pathsOf(Foresight::redundant), "/mine/x /a/b ");
@@ -82,26 +83,26 @@ TEST_F(ImportForesightTest, KnowsTheRulesOfJoinedLines)
 {
     const auto joined = box.storeOf(ruleOfShell("/b"));
     const ImportForesight& found
-        = foresightOf(ruleOfShell("/a") + ruleOfShell("/b"), LineEnds::cut, joined.get());
+        = foresightOf(ruleOfShell("/a") + ruleOfShell("/b"), rules::LineEnds::cut, joined.get());
     EXPECT_EQ(found.count(Foresight::joined), 1U);
     EXPECT_EQ(pathsOf(Foresight::joined), "/b ");
 }
 
 TEST_F(ImportForesightTest, CountsThoseThatOnlyWholeLinesWouldKeep)
 {
-    for (const LineEnds lineEnds : {LineEnds::cut, LineEnds::whole}) {
+    for (const rules::LineEnds lineEnds : {rules::LineEnds::cut, rules::LineEnds::whole}) {
         reviewed = box.emptyStore();
         for (const char* path : {"/a", "/K\u00e4se", "/quote\"/"})
-            reviewed->addPolicyRule(policyRule({.path = path, .processName = "any", .operations = 1}));
+            reviewed->addPolicyRule(test::policyRule({.path = path, .processName = "any", .operations = 1}));
         ImportForesight coming(*present, *reviewed, nullptr, lineEnds);
         EXPECT_FALSE(coming.lookOn(10));
-        EXPECT_EQ(coming.countOfCut(), lineEnds == LineEnds::cut ? 1U : 0U);
+        EXPECT_EQ(coming.countOfCut(), lineEnds == rules::LineEnds::cut ? 1U : 0U);
     }
 }
 
 TEST_F(ImportForesightTest, LearnsWhichRulesFail)
 {
-    GivenFacts facts;
+    test::GivenFacts facts;
     facts.existing.insert("/bin/sh");
     ImportForesight& found = foresightOf(ruleOfShell("/a") + ruleOfShell("/b", "/gone/tool"));
     EXPECT_EQ(found.count(Foresight::failing), 0U);
@@ -129,4 +130,4 @@ TEST(ForesightTexts, NameEachKindOnce)
     EXPECT_EQ(texts.size(), 2 * foresightKinds);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

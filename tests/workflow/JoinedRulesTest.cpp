@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -53,4 +53,4 @@ TEST(JoinedRules, ARuleThatLostTextIsMarked)
     EXPECT_EQ(pathsOf(rulesApart(cut)), "/a (cut) /b ");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

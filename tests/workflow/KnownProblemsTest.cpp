@@ -10,7 +10,7 @@
 #include <sstream>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,13 +18,13 @@ class KnownProblemsTest : public testing::Test {
 protected:
     KnownProblemsTest() { facts.existing = {"/bin/a", "/bin/c", "/Users/a", "/"}; }
 
-    PolicyRulePtr add(PolicyRuleFields fields)
+    rules::PolicyRulePtr add(rules::PolicyRuleFields fields)
     {
         if (fields.operations == 0)
             fields.operations = 1;
         if (fields.processName.isNull())
             fields.processName = "any";
-        const PolicyRulePtr rule = policyRule(std::move(fields));
+        const rules::PolicyRulePtr rule = test::policyRule(std::move(fields));
         store.addPolicyRule(rule);
         return rule;
     }
@@ -44,7 +44,7 @@ protected:
         return text.str();
     }
     static std::string line(
-        const RuleRef& rule, const RuleFinding& finding, const std::optional<RuleRef>& other)
+        const rules::RuleRef& rule, const RuleFinding& finding, const std::optional<rules::RuleRef>& other)
     {
         std::ostringstream text;
         text << findingName(finding.kind) << ' ' << addressOf(rule) << ' ' << findingReason(finding) << ' '
@@ -54,9 +54,9 @@ protected:
     // As a walk of all rules finds them.
     std::string plainText()
     {
-        const std::vector<RuleRef> rules = store.allRules();
-        std::vector<const PolicyRuleFields*> policies;
-        for (const RuleRef& rule : rules)
+        const std::vector<rules::RuleRef> rules = store.allRules();
+        std::vector<const rules::PolicyRuleFields*> policies;
+        for (const rules::RuleRef& rule : rules)
             policies.push_back(policyRuleIn(rule) == nullptr || isSystemRule(rule)
                     ? nullptr
                     : &policyRuleIn(rule)->fields());
@@ -73,37 +73,37 @@ protected:
         }
         return text.str();
     }
-    std::optional<RuleRef> recordAt(const PolicyRule* rule) const
+    std::optional<rules::RuleRef> recordAt(const rules::PolicyRule* rule) const
     {
-        for (const RuleRef& each : store.allRules()) {
+        for (const rules::RuleRef& each : store.allRules()) {
             if (rule != nullptr && addressOf(each) == rule)
                 return each;
         }
         return std::nullopt;
     }
 
-    GivenFacts facts;
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    test::GivenFacts facts;
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     KnownProblems known{RulesPlace::of(facts)};
 };
 
 // Adds, removes and changes a few rules at random.
-ChangeSet randomChange(RandomRules& random, const std::vector<RuleRef>& rules)
+rules::ChangeSet randomChange(test::RandomRules& random, const std::vector<rules::RuleRef>& rules)
 {
-    ChangeSet change;
+    rules::ChangeSet change;
     for (std::size_t more = random.below(3); more > 0; --more) {
-        const RuleRef rule = random.below(4) == 0 ? RuleRef(watchRule(random.watch()))
-                                                  : RuleRef(policyRule(random.policy()));
+        const rules::RuleRef rule = random.below(4) == 0 ? rules::RuleRef(test::watchRule(random.watch()))
+                                                         : rules::RuleRef(test::policyRule(random.policy()));
         change.added.push_back({rule, valueOf(rule), {}});
     }
     if (!rules.empty() && random.below(2) == 0)
         change.removed.push_back({random.oneOf(rules)});
     if (!rules.empty() && random.below(2) == 0) {
-        const RuleRef rule = random.oneOf(rules);
-        const RuleValue after = askValue(valueOf(rule), [&](auto fields) {
+        const rules::RuleRef rule = random.oneOf(rules);
+        const rules::RuleValue after = askValue(valueOf(rule), [&](auto fields) {
             fields.path = random.path();
             fields.operations = random.operations();
-            return RuleValue(makeRuleValue(fields));
+            return rules::RuleValue(makeRuleValue(fields));
         });
         if (change.removed.empty() || change.removed.front().rule != rule)
             change.changed.push_back({rule, valueOf(rule), after});
@@ -115,9 +115,9 @@ ChangeSet randomChange(RandomRules& random, const std::vector<RuleRef>& rules)
 
 TEST_F(KnownProblemsTest, AreRightAgainAfterARuleWasEditedWhileItsRowsWereLookedAt)
 {
-    const PolicyRulePtr covering = add({.path = "/a/", .processName = "/bin/a"});
-    const PolicyRulePtr edited = add({.path = "/b/", .processName = "/bin/a"});
-    add({.policyType = PolicyType::path, .path = "/a/x", .processName = "/bin/a"});
+    const rules::PolicyRulePtr covering = add({.path = "/a/", .processName = "/bin/a"});
+    const rules::PolicyRulePtr edited = add({.path = "/b/", .processName = "/bin/a"});
+    add({.policyType = rules::PolicyType::path, .path = "/a/x", .processName = "/bin/a"});
     const auto rows = store.storedRows();
     // Until the rows are taken again, it stands between two rules of another group.
     edited->setProcessName("/bin/c");
@@ -130,7 +130,7 @@ TEST_F(KnownProblemsTest, AreRightAgainAfterARuleWasEditedWhileItsRowsWereLooked
 TEST_F(KnownProblemsTest, KeptByDifferenceAreThoseFoundAfresh)
 {
     for (const unsigned seed : {1U, 2U, 3U}) {
-        RandomRules random(seed);
+        test::RandomRules random(seed);
         for (int step = 0; step < 80; ++step) {
             store.apply(randomChange(random, store.allRules()));
             const bool withOverlaps = random.below(3) != 0;
@@ -150,8 +150,8 @@ TEST_F(KnownProblemsTest, NameTheRuleThatCovers)
     const auto narrow = add({.path = "/Users/a"});
     const auto lists = follow();
     ASSERT_EQ(lists->of(FindingKind::redundant).size(), 1U);
-    EXPECT_EQ(lists->of(FindingKind::redundant).front().rule, RuleRef(narrow));
-    EXPECT_EQ(lists->of(FindingKind::redundant).front().other, RuleRef(wide));
+    EXPECT_EQ(lists->of(FindingKind::redundant).front().rule, rules::RuleRef(narrow));
+    EXPECT_EQ(lists->of(FindingKind::redundant).front().other, rules::RuleRef(wide));
 }
 
 TEST_F(KnownProblemsTest, LookAtNothingAgainThatStaysAsItIs)
@@ -200,7 +200,7 @@ TEST_F(KnownProblemsTest, AreWhatTheyWereAfterAStop)
 TEST_F(KnownProblemsTest, NameTheRulesThatJoinedLinesAreReadAsWhileTheFileHoldsThem)
 {
     // given a file whose first line was cut, so that the next rule has joined it
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("rules.rc",
         "allow prefix \"/Users/a\" \"any\" r \"\" \"\" \"0\"deny path \"/b\" \"any\" w \"\" \"\" \"0\"\n"
         "deny path \"/\" \"any\" w \"\" \"\" \"0\"\n");
@@ -223,10 +223,10 @@ TEST_F(KnownProblemsTest, TellOfOverlapsOnlyWhenAskedFor)
     EXPECT_TRUE(follow(false)->of(FindingKind::overlap).empty());
     const auto lists = follow(true);
     ASSERT_EQ(lists->of(FindingKind::overlap).size(), 1U);
-    EXPECT_EQ(lists->of(FindingKind::overlap).front().rule, RuleRef(second));
-    EXPECT_EQ(lists->of(FindingKind::overlap).front().other, RuleRef(first));
+    EXPECT_EQ(lists->of(FindingKind::overlap).front().rule, rules::RuleRef(second));
+    EXPECT_EQ(lists->of(FindingKind::overlap).front().other, rules::RuleRef(first));
     EXPECT_TRUE(follow(false)->of(FindingKind::overlap).empty());
     EXPECT_EQ(follow(true)->of(FindingKind::overlap).size(), 1U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

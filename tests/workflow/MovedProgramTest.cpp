@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -35,8 +35,8 @@ protected:
         return found;
     }
 
-    TemporaryFolder folder;
-    GivenFacts facts;
+    test::TemporaryFolder folder;
+    test::GivenFacts facts;
     RulesPlace place = RulesPlace::of(facts);
 };
 
@@ -116,7 +116,7 @@ TEST_F(MovedProgramTest, OffersNothingForWhatIsNoPath)
 TEST(MovedProgram, IsLookedForOnTheVolumeThatTheRulesAreFor)
 {
     // given a program that has moved on a volume, and another version of it on this machine
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     folder.write("tool-2", "");
     folder.write("volume/opt/tools/tool-1", "tool");
     folder.write("volume" + folder.path("tool-3"), "");
@@ -125,7 +125,7 @@ TEST(MovedProgram, IsLookedForOnTheVolumeThatTheRulesAreFor)
 
     const ProgramCandidate moved{"/opt/tools/tool-1", ProgramCandidate::sameConstraint};
     const ProgramCandidate later{folder.path("tool-3"), ProgramCandidate::otherVersion};
-    EXPECT_EQ(candidatesForMoved("/opt/tool-1", {sha256("tool")}, *volume), std::vector{moved});
+    EXPECT_EQ(candidatesForMoved("/opt/tool-1", {codesign::sha256("tool")}, *volume), std::vector{moved});
     EXPECT_EQ(candidatesForMoved(folder.path("tool-1"), {}, *volume), std::vector{later});
     EXPECT_TRUE(candidatesForMoved(folder.path("tool-1"), {}, RulesPlace::nowhere()).empty());
 }
@@ -142,4 +142,4 @@ TEST(NamedProgram, IsTheProcessesOwnProgramElseItsParentOrAncestor)
         EXPECT_EQ(namedProgram(c.process), c.program) << c.process;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,21 +8,22 @@
 #include <string>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 class NarrowingTest : public testing::Test {
 protected:
-    void add(PolicyRuleFields fields)
+    void add(rules::PolicyRuleFields fields)
     {
         fields.operations = 1;
-        store.addPolicyRule(policyRule(std::move(fields)));
+        store.addPolicyRule(test::policyRule(std::move(fields)));
     }
     // Watched, and of each class one; one of the system.
     void addRules()
     {
-        store.addWatchRule(watchRule({.path = "/w", .processName = "/bin/a", .tag = "one", .operations = 1}));
+        store.addWatchRule(
+            test::watchRule({.path = "/w", .processName = "/bin/a", .tag = "one", .operations = 1}));
         add({.path = "/a", .processName = "/bin/a", .tag = "one"});
         add({.policyClass = 1, .policyType = 2, .path = "/b", .processName = "/bin/a via /bin/b"});
         add({.policyClass = 1, .path = "/c", .processName = "/bin/c", .tag = "two", .system = true});
@@ -31,7 +32,7 @@ protected:
     {
         return KnownProblems(RulesPlace::of(facts)).follow(store.storedRows(), false);
     }
-    static std::string pathsOf(const RuleRows& rows, bool includeSystemRules = true)
+    static std::string pathsOf(const rules::RuleRows& rows, bool includeSystemRules = true)
     {
         std::string paths;
         for (std::size_t row = 0; row < rows.count(includeSystemRules); ++row)
@@ -44,8 +45,8 @@ protected:
         return pathsOf(*Narrowing(std::move(criteria), problems()).narrowed(*store.rows()));
     }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
-    GivenFacts facts;
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
+    test::GivenFacts facts;
 };
 
 } // namespace
@@ -54,21 +55,21 @@ TEST_F(NarrowingTest, LeavesRulesThatMeetAllThatIsAskedFor)
 {
     addRules();
     EXPECT_EQ(narrowed({}), "/w/a/b/c");
-    EXPECT_EQ(narrowed({.classes = {PolicyClass::deny}}), "/b/c");
-    EXPECT_EQ(narrowed({.types = {PolicyType::suffix}}), "/b");
-    EXPECT_EQ(narrowed({.states = {RuleState::system}}), "/c");
-    EXPECT_EQ(narrowed({.states = {RuleState::user}}), "/w/a/b");
+    EXPECT_EQ(narrowed({.classes = {rules::PolicyClass::deny}}), "/b/c");
+    EXPECT_EQ(narrowed({.types = {rules::PolicyType::suffix}}), "/b");
+    EXPECT_EQ(narrowed({.states = {rules::RuleState::system}}), "/c");
+    EXPECT_EQ(narrowed({.states = {rules::RuleState::user}}), "/w/a/b");
     EXPECT_EQ(narrowed({.tags = {"one"}}), "/w/a");
     EXPECT_EQ(narrowed({.tags = {""}}), "/b");
     EXPECT_EQ(narrowed({.programs = {"/bin/a"}}), "/w/a/b");
-    EXPECT_EQ(narrowed({.classes = {PolicyClass::allow}, .programs = {"/bin/a"}}), "/a");
-    EXPECT_EQ(narrowed({.classes = {PolicyClass::allow}, .tags = {"two"}}), "");
+    EXPECT_EQ(narrowed({.classes = {rules::PolicyClass::allow}, .programs = {"/bin/a"}}), "/a");
+    EXPECT_EQ(narrowed({.classes = {rules::PolicyClass::allow}, .tags = {"two"}}), "");
 }
 
 TEST_F(NarrowingTest, KeepsSystemRulesApartFromTheUsers)
 {
     addRules();
-    Narrowing narrowing({.classes = {PolicyClass::deny}}, nullptr);
+    Narrowing narrowing({.classes = {rules::PolicyClass::deny}}, nullptr);
     const auto rows = narrowing.narrowed(*store.rows());
     EXPECT_EQ(pathsOf(*rows, false), "/b");
     EXPECT_EQ(pathsOf(*rows, true), "/b/c");
@@ -81,7 +82,7 @@ TEST_F(NarrowingTest, FollowsSearchAndOrder)
     store.applyFilterWithString("/bin/b");
     EXPECT_EQ(pathsOf(*narrowing.narrowed(*store.rows())), "/b");
     store.applyFilterWithString("");
-    store.sortIndexUsingDescriptors({{SortKey::path, false}});
+    store.sortIndexUsingDescriptors({{rules::SortKey::path, false}});
     EXPECT_EQ(pathsOf(*narrowing.narrowed(*store.rows())), "/w/b/a");
 }
 
@@ -91,7 +92,7 @@ TEST_F(NarrowingTest, LooksAtNewAndChangedRules)
     Narrowing narrowing({.tags = {"one"}}, nullptr);
     narrowing.narrowed(*store.rows());
     add({.path = "/d", .processName = "/bin/z", .tag = "one"});
-    std::get<WatchRulePtr>(store.allRules().front())->setTag("other");
+    std::get<rules::WatchRulePtr>(store.allRules().front())->setTag("other");
     store.rebuildRulesCache();
     EXPECT_EQ(pathsOf(*narrowing.narrowed(*store.rows())), "/a/d");
 }
@@ -102,14 +103,14 @@ TEST_F(NarrowingTest, ShowsTheRulesOfWhichAProblemIsKnown)
     addRules();
     EXPECT_EQ(narrowed({.findings = {FindingKind::missingPath}}), "/a");
     EXPECT_EQ(narrowed({.findings = {FindingKind::invalidProgram}}), "/b");
-    EXPECT_EQ(narrowed({.classes = {PolicyClass::deny}, .findings = {FindingKind::missingPath}}), "");
+    EXPECT_EQ(narrowed({.classes = {rules::PolicyClass::deny}, .findings = {FindingKind::missingPath}}), "");
 }
 
 TEST_F(NarrowingTest, KeepsAChangedRulesProblemUntilProblemsAreFoundAgain)
 {
     addRules();
     Narrowing narrowing({.findings = {FindingKind::missingPath}}, problems());
-    const PolicyRulePtr rule = store.policyRules().front();
+    const rules::PolicyRulePtr rule = store.policyRules().front();
     rule->setTag("changed");
     add({.path = "/new", .processName = "/bin/a"});
     store.rebuildRulesCache();
@@ -131,14 +132,14 @@ TEST_F(NarrowingTest, GoesOnWhereItWasStopped)
 // Changes beyond half of all numbers make the store number its rules afresh now and then.
 TEST_F(NarrowingTest, EqualsAWalkOfAllRowsOverRandomChanges)
 {
-    RandomRules random(7);
-    const RuleCriteria criteria{.classes = {PolicyClass::allow}, .tags = {"work"}};
+    test::RandomRules random(7);
+    const RuleCriteria criteria{.classes = {rules::PolicyClass::allow}, .tags = {"work"}};
     Narrowing narrowing(criteria, nullptr);
     for (int step = 0; step < 300; ++step) {
-        const std::vector<RuleRef> rules = store.allRules();
+        const std::vector<rules::RuleRef> rules = store.allRules();
         if (rules.empty() || random.below(3) > 0)
-            store.addPolicyRule(policyRule(random.policy()));
-        else if (const RuleRef& rule = rules[random.below(rules.size())]; random.below(2) == 0)
+            store.addPolicyRule(test::policyRule(random.policy()));
+        else if (const rules::RuleRef& rule = rules[random.below(rules.size())]; random.below(2) == 0)
             askRule(rule, [&random](auto& record) { record.setTag(random.tag()); });
         else
             store.deletePolicyRule(*policyRuleIn(rule));
@@ -148,12 +149,12 @@ TEST_F(NarrowingTest, EqualsAWalkOfAllRowsOverRandomChanges)
         const auto rows = store.rows();
         const auto remaining = narrowing.narrowed(*rows);
         for (const bool includeSystemRules : {false, true}) {
-            std::vector<RuleRef> expected;
+            std::vector<rules::RuleRef> expected;
             for (std::size_t row = 0; row < rows->count(includeSystemRules); ++row) {
                 if (hasProperties(rows->at(row, includeSystemRules), criteria))
                     expected.push_back(rows->at(row, includeSystemRules));
             }
-            std::vector<RuleRef> found;
+            std::vector<rules::RuleRef> found;
             for (std::size_t row = 0; row < remaining->count(includeSystemRules); ++row)
                 found.push_back(remaining->at(row, includeSystemRules));
             ASSERT_EQ(found, expected) << "step " << step;
@@ -168,7 +169,7 @@ TEST_F(NarrowingTest, OffersTheTagsAndProgramsOfAllRules)
     const NamesInUse names = namesInUse(*store.rows());
     EXPECT_EQ(names.tags, (NamesInUse::List{{"one", "Three", "two"}}));
     EXPECT_EQ(names.programs, (NamesInUse::List{{"/bin/a", "/bin/B", "/bin/c"}}));
-    EXPECT_EQ(namesInUse(RuleRows()), NamesInUse());
+    EXPECT_EQ(namesInUse(rules::RuleRows()), NamesInUse());
 }
 
 TEST_F(NarrowingTest, OffersTheCommonestNamesOfVeryMany)
@@ -182,4 +183,4 @@ TEST_F(NarrowingTest, OffersTheCommonestNamesOfVeryMany)
     EXPECT_EQ(tags.names.back(), "tag 999");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

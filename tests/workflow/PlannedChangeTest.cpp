@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -24,10 +24,10 @@ protected:
     void open(const std::string& rules)
     {
         box.writeUserRules(rules);
-        work = std::make_unique<DocumentAtWork>(box);
+        work = std::make_unique<test::DocumentAtWork>(box);
     }
 
-    std::vector<RuleRef> userRules() const { return work->store->userRules(); }
+    std::vector<rules::RuleRef> userRules() const { return work->store->userRules(); }
 
     // What is in the file after the change.
     std::string carriedOut(const PlannedChange& plan)
@@ -36,9 +36,9 @@ protected:
         EXPECT_FALSE(work->document->perform(plan.change, {"Change Rules"}).failure);
         return file();
     }
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
 
-    PlannedChange patch(const RulePatch& change, LineEnds lineEnds = LineEnds::cut)
+    PlannedChange patch(const RulePatch& change, rules::LineEnds lineEnds = rules::LineEnds::cut)
     {
         return patchingOf(*work->store, userRules(), change, facts, lineEnds);
     }
@@ -48,9 +48,9 @@ protected:
         return differenceTexts(plan.difference);
     }
 
-    StoreSandbox box;
-    GivenFacts facts;
-    std::unique_ptr<DocumentAtWork> work;
+    test::StoreSandbox box;
+    test::GivenFacts facts;
+    std::unique_ptr<test::DocumentAtWork> work;
 };
 
 using Lines = std::vector<std::string>;
@@ -144,7 +144,7 @@ TEST_F(PlannedChangeTest, WhatDoesNotComeBackFromTheFileIsRefused)
     ASSERT_TRUE(cut.refusal);
     EXPECT_NE(cut.refusal->find("wholeLines=true"), std::string::npos);
     EXPECT_TRUE(cut.change.isEmpty());
-    EXPECT_EQ(patch({.tag = "\u00e9"}, LineEnds::whole).refusal, std::nullopt);
+    EXPECT_EQ(patch({.tag = "\u00e9"}, rules::LineEnds::whole).refusal, std::nullopt);
 }
 
 TEST_F(PlannedChangeTest, ATagsDoubleQuotesAreLeftOut)
@@ -157,14 +157,16 @@ TEST_F(PlannedChangeTest, ATagsDoubleQuotesAreLeftOut)
 TEST_F(PlannedChangeTest, IsRefusedWhereItWouldCutAnotherRule)
 {
     open(ruleLine("/a") + ruleLine("/caf\u00e9s"));
-    const std::vector<RuleRef> first{userRules().front()};
-    const auto plan
-        = [&](LineEnds lineEnds) { return patchingOf(*work->store, first, {.tag = "t"}, facts, lineEnds); };
-    EXPECT_NE(plan(LineEnds::cut).refusal, std::nullopt);
-    EXPECT_EQ(plan(LineEnds::whole).refusal, std::nullopt);
-    EXPECT_NE(removalOf(*work->store, first, LineEnds::cut).refusal, std::nullopt);
-    EXPECT_EQ(removalOf(*work->store, userRules(), LineEnds::cut).refusal, std::nullopt);
-    EXPECT_EQ(patchingOf(*work->store, first, {.tag = ""}, facts, LineEnds::cut).refusal, std::nullopt);
+    const std::vector<rules::RuleRef> first{userRules().front()};
+    const auto plan = [&](rules::LineEnds lineEnds) {
+        return patchingOf(*work->store, first, {.tag = "t"}, facts, lineEnds);
+    };
+    EXPECT_NE(plan(rules::LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(plan(rules::LineEnds::whole).refusal, std::nullopt);
+    EXPECT_NE(removalOf(*work->store, first, rules::LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(removalOf(*work->store, userRules(), rules::LineEnds::cut).refusal, std::nullopt);
+    EXPECT_EQ(
+        patchingOf(*work->store, first, {.tag = ""}, facts, rules::LineEnds::cut).refusal, std::nullopt);
 }
 
 TEST_F(PlannedChangeTest, BindsEachRuleToItsProgramAsItIs)
@@ -201,10 +203,10 @@ TEST_F(PlannedChangeTest, AMoveKeepsConstraintsAndFoldsWhatIsThereAlready)
 {
     open(ruleLine("/a", "/new", R"( "mine" "" "0")") + ruleLine("/a", "/old", R"( "theirs" "" "0")")
         + ruleLine("/b", "/old", R"( "" "KEPT" "5")"));
-    const PlannedChange plan = movingOf(*work->store, "/old", "/new", LineEnds::cut);
+    const PlannedChange plan = movingOf(*work->store, "/old", "/new", rules::LineEnds::cut);
     EXPECT_EQ(carriedOut(plan),
         ruleLine("/a", "/new", R"( "mine" "" "0")") + ruleLine("/b", "/new", R"( "" "KEPT" "5")"));
-    EXPECT_TRUE(movingOf(*work->store, "/old", "/new", LineEnds::cut).change.isEmpty());
+    EXPECT_TRUE(movingOf(*work->store, "/old", "/new", rules::LineEnds::cut).change.isEmpty());
 }
 
 TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
@@ -212,11 +214,11 @@ TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
     // The first two cover each other.
     open(ruleLine("", "/p", R"( "one" "" "0")") + ruleLine("any", "/p", R"( "two" "" "0")")
         + ruleLine("/a/", "/p") + ruleLine("/a/b", "/p"));
-    const std::vector<RuleRef> all = userRules();
-    const auto left = [&](const std::vector<RuleRef>& rules, const std::vector<RuleRef>& gone) {
-        const std::vector<RuleRef> dispensable = dispensableRules(*work->store, rules, gone);
+    const std::vector<rules::RuleRef> all = userRules();
+    const auto left = [&](const std::vector<rules::RuleRef>& rules, const std::vector<rules::RuleRef>& gone) {
+        const std::vector<rules::RuleRef> dispensable = dispensableRules(*work->store, rules, gone);
         std::string paths;
-        for (const RuleRef& rule : dispensable)
+        for (const rules::RuleRef& rule : dispensable)
             paths
                 += std::string(askRule(rule, [](const auto& record) { return record.path().view(); })) + ";";
         return paths;
@@ -231,25 +233,25 @@ TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
 TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
 {
     for (unsigned seed = 0; seed < 200; ++seed) {
-        RandomRules random(seed);
-        RuleManager store(Locations("/nonexistent", "ann"), silentLog());
+        test::RandomRules random(seed);
+        rules::RuleManager store(platform::Locations("/nonexistent", "ann"), test::silentLog());
         for (std::size_t count = random.below(12); count > 0; --count) {
-            PolicyRuleFields fields = random.policy();
+            rules::PolicyRuleFields fields = random.policy();
             fields.system = random.below(6) == 0;
-            store.addPolicyRule(policyRule(fields));
+            store.addPolicyRule(test::policyRule(fields));
         }
-        const std::vector<RuleRef> all = store.userRules();
-        const std::vector<RuleRef> going = dispensableRules(store, all, {});
-        PlainStore rest;
-        for (const RuleRef& rule : store.allRules()) {
+        const std::vector<rules::RuleRef> all = store.userRules();
+        const std::vector<rules::RuleRef> going = dispensableRules(store, all, {});
+        test::PlainStore rest;
+        for (const rules::RuleRef& rule : store.allRules()) {
             const bool goes = std::any_of(going.begin(), going.end(),
-                [&](const RuleRef& other) { return addressOf(other) == addressOf(rule); });
+                [&](const rules::RuleRef& other) { return addressOf(other) == addressOf(rule); });
             if (!goes)
-                rest.add(std::get<PolicyRulePtr>(rule));
+                rest.add(std::get<rules::PolicyRulePtr>(rule));
         }
-        for (const RuleRef& rule : all) {
+        for (const rules::RuleRef& rule : all) {
             const bool goes = std::any_of(going.begin(), going.end(),
-                [&](const RuleRef& other) { return addressOf(other) == addressOf(rule); });
+                [&](const rules::RuleRef& other) { return addressOf(other) == addressOf(rule); });
             EXPECT_EQ(rest.coveringRule(*policyRuleIn(rule)) != nullptr, goes) << seed;
         }
     }
@@ -260,52 +262,52 @@ TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
 TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
 {
     for (unsigned seed = 0; seed < 30; ++seed) {
-        RandomRules random(seed);
-        const StoreSandbox box;
+        test::RandomRules random(seed);
+        const test::StoreSandbox box;
         {
-            DocumentAtWork writer(box);
-            ChangeSet rules;
+            test::DocumentAtWork writer(box);
+            rules::ChangeSet rules;
             for (std::size_t count = 1 + random.below(10); count > 0; --count) {
-                PolicyRuleFields fields = random.policy();
+                rules::PolicyRuleFields fields = random.policy();
                 fields.policyClass = static_cast<std::int32_t>(random.below(2));
                 fields.path = "/" + std::to_string(random.below(4));
                 fields.processName
-                    = random.oneOf<NullableText>({"/old", "/new", "/old via /new", "any via /old"});
-                fields.tag = random.oneOf<NullableText>({"", "a", "b"});
-                fields.constraint = random.oneOf<NullableText>({"", "T"});
+                    = random.oneOf<rules::NullableText>({"/old", "/new", "/old via /new", "any via /old"});
+                fields.tag = random.oneOf<rules::NullableText>({"", "a", "b"});
+                fields.constraint = random.oneOf<rules::NullableText>({"", "T"});
                 fields.operations = 1 + static_cast<std::uint32_t>(random.below(3));
                 fields.policyType = fields.policyType == 4 ? 0 : fields.policyType;
                 fields.flags = 0;
                 fields.system = false;
-                const PolicyRulePtr rule = policyRule(fields);
-                rules.added.push_back({RuleRef(rule), valueOf(RuleRef(rule)), {}});
+                const rules::PolicyRulePtr rule = test::policyRule(fields);
+                rules.added.push_back({rules::RuleRef(rule), valueOf(rules::RuleRef(rule)), {}});
             }
             writer.document->perform(rules, {"Add Rules"});
         }
-        const auto file = [&box] { return TemporaryFolder::contents(box.locations.userRulesFile()); };
+        const auto file = [&box] { return test::TemporaryFolder::contents(box.locations.userRulesFile()); };
         {
-            DocumentAtWork reader(box); // what is read stands once, and is written in stored order
+            test::DocumentAtWork reader(box); // what is read stands once, and is written in stored order
             reader.document->perform({}, {"Write"});
         }
         const std::string before = file();
-        auto work = std::make_unique<DocumentAtWork>(box);
-        GivenFacts facts;
-        std::vector<RuleRef> some;
-        for (const RuleRef& rule : work->store->userRules()) {
+        auto work = std::make_unique<test::DocumentAtWork>(box);
+        test::GivenFacts facts;
+        std::vector<rules::RuleRef> some;
+        for (const rules::RuleRef& rule : work->store->userRules()) {
             if (random.below(3) > 0)
                 some.push_back(rule);
         }
         PlannedChange plan;
         switch (seed % 3) {
         case 0:
-            plan = movingOf(*work->store, "/old", "/new", LineEnds::cut);
+            plan = movingOf(*work->store, "/old", "/new", rules::LineEnds::cut);
             break;
         case 1:
-            plan = patchingOf(
-                *work->store, some, {.tag = "c", .ruleClass = 1, .constraint = "T"}, facts, LineEnds::cut);
+            plan = patchingOf(*work->store, some, {.tag = "c", .ruleClass = 1, .constraint = "T"}, facts,
+                rules::LineEnds::cut);
             break;
         default:
-            plan = removalOf(*work->store, some, LineEnds::cut);
+            plan = removalOf(*work->store, some, rules::LineEnds::cut);
         }
         ASSERT_EQ(plan.refusal, std::nullopt) << seed;
         if (plan.change.isEmpty())
@@ -314,7 +316,7 @@ TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
         const std::string after = file();
         EXPECT_NE(after, before) << seed;
         if (random.below(2) == 0)
-            work = std::make_unique<DocumentAtWork>(box);
+            work = std::make_unique<test::DocumentAtWork>(box);
         EXPECT_TRUE(work->document->undo()) << seed;
         EXPECT_EQ(file(), before) << seed;
         EXPECT_TRUE(work->document->redo()) << seed;
@@ -329,7 +331,7 @@ TEST_F(PlannedChangeTest, CopiesForAnotherProgramAreBoundToItAndTakeNothingAway)
     facts.existing.insert("/bin/new");
     facts.teams["/bin/new"] = "NEW";
     const std::string before = file();
-    EXPECT_EQ(carriedOut(copyingOf(*work->store, userRules(), "/bin/new", facts, LineEnds::cut)),
+    EXPECT_EQ(carriedOut(copyingOf(*work->store, userRules(), "/bin/new", facts, rules::LineEnds::cut)),
         ruleLine("/a", "/bin/new", R"( "t" "NEW" "0")")
             + ruleLine("/b", "/bin/new via /bin/sh", R"( "" "NEW" "0")") + before);
     EXPECT_TRUE(work->document->undo());
@@ -346,7 +348,7 @@ TEST_F(PlannedChangeTest, CopiesTakeTheNewProgramInThePlaceOfTheOneThatTheyAreAb
         {"/bin/a via any", "/p via any"}};
     for (const auto& c : cases) {
         open(ruleLine("/a", c.process));
-        const PlannedChange plan = copyingOf(*work->store, userRules(), "/p", facts, LineEnds::cut);
+        const PlannedChange plan = copyingOf(*work->store, userRules(), "/p", facts, rules::LineEnds::cut);
         ASSERT_EQ(plan.difference.added.size(), 1U) << c.process;
         EXPECT_EQ(
             askValue(plan.difference.added[0], [](const auto& rule) { return rule.processName.view(); }),
@@ -357,7 +359,7 @@ TEST_F(PlannedChangeTest, CopiesTakeTheNewProgramInThePlaceOfTheOneThatTheyAreAb
 TEST_F(PlannedChangeTest, ACopyThatIsThereAlreadyNeedsNothing)
 {
     open(ruleLine("/a", "/bin/a") + ruleLine("/a", "/bin/b") + ruleLine("/a", "/bin/c"));
-    const PlannedChange plan = copyingOf(*work->store, userRules(), "/bin/b", facts, LineEnds::cut);
+    const PlannedChange plan = copyingOf(*work->store, userRules(), "/bin/b", facts, rules::LineEnds::cut);
     EXPECT_TRUE(plan.change.isEmpty());
     EXPECT_EQ(plan.unchanged, 3U);
 }
@@ -365,19 +367,20 @@ TEST_F(PlannedChangeTest, ACopyThatIsThereAlreadyNeedsNothing)
 TEST_F(PlannedChangeTest, ACopyThatTheFileWouldNotHoldIsRefused)
 {
     open(ruleLine("/a", "/bin/a"));
-    EXPECT_NE(copyingOf(*work->store, userRules(), "/bin/\"b", facts, LineEnds::cut).refusal, std::nullopt);
+    EXPECT_NE(
+        copyingOf(*work->store, userRules(), "/bin/\"b", facts, rules::LineEnds::cut).refusal, std::nullopt);
 }
 
 TEST_F(PlannedChangeTest, WhatIsAddedKeepsItsTagAndTimeAndStandsOnce)
 {
     open(ruleLine("/a"));
-    std::vector<RuleValue> values;
+    std::vector<rules::RuleValue> values;
     const auto others
         = box.storeOf(ruleLine("/a", "any", R"( "other" "" "5")") + ruleLine("/b", "any", R"( "t" "" "7")"));
-    for (const RuleRef& rule : others->userRules())
+    for (const rules::RuleRef& rule : others->userRules())
         values.push_back(valueOf(rule));
     values.push_back(values.back());
-    const PlannedChange plan = addingOf(*work->store, values, LineEnds::cut);
+    const PlannedChange plan = addingOf(*work->store, values, rules::LineEnds::cut);
     EXPECT_EQ(plan.unchanged, 2U);
     EXPECT_EQ(carriedOut(plan), ruleLine("/a") + ruleLine("/b", "any", R"( "t" "" "7")"));
 }
@@ -391,4 +394,4 @@ TEST_F(PlannedChangeTest, ARefusalTellsWhetherWholeLinesWouldHelp)
     EXPECT_FALSE(patch({.tag = "tag"}).wantsWholeLines);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

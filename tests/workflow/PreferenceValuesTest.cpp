@@ -5,18 +5,18 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-PropertyList settingsWith(const std::string& keys)
+platform::PropertyList settingsWith(const std::string& keys)
 {
-    auto list = PropertyList::parse("<plist version=\"1.0\"><dict>" + keys + "</dict></plist>");
+    auto list = platform::PropertyList::parse("<plist version=\"1.0\"><dict>" + keys + "</dict></plist>");
     EXPECT_TRUE(list) << keys;
-    return list ? std::move(*list) : PropertyList();
+    return list ? std::move(*list) : platform::PropertyList();
 }
 
-PropertyList settingsWith(const std::string& key, const std::string& value)
+platform::PropertyList settingsWith(const std::string& key, const std::string& value)
 {
     return settingsWith("<key>" + key + "</key>" + value);
 }
@@ -49,7 +49,7 @@ const std::vector<Member> offUnless1 = {
 
 std::string writtenAs(const PreferenceValues& values)
 {
-    PropertyList settings;
+    platform::PropertyList settings;
     values.writeTo(settings);
     return settings.description();
 }
@@ -58,7 +58,7 @@ std::string writtenAs(const PreferenceValues& values)
 
 TEST(PreferenceValues, WithoutAPropertyListAreTheDefaults)
 {
-    const PreferenceValues values = PreferenceValues::shownFor(PropertyList(), false);
+    const PreferenceValues values = PreferenceValues::shownFor(platform::PropertyList(), false);
 
     EXPECT_EQ(values, PreferenceValues());
     EXPECT_EQ(values.levelOfDetail, 0);
@@ -111,7 +111,7 @@ TEST(PreferenceValues, BooleansAreOnOnlyWhenTrue)
 TEST(PreferenceValues, WhetherUsersMayCreateRulesIsTheFoldersPermissionAndNotTheKey)
 {
     for (const char* key : {"<true/>", "<false/>"}) {
-        const PropertyList settings = settingsWith("access.user.create", key);
+        const platform::PropertyList settings = settingsWith("access.user.create", key);
         EXPECT_TRUE(PreferenceValues::shownFor(settings, true).createRules) << key;
         EXPECT_FALSE(PreferenceValues::shownFor(settings, false).createRules) << key;
     }
@@ -147,7 +147,7 @@ TEST(PreferenceValues, WritesEachSwitchUnderItsOwnKey)
         for (const bool on : {true, false}) {
             PreferenceValues values;
             values.*member.value = on;
-            PropertyList settings;
+            platform::PropertyList settings;
             values.writeTo(settings);
             EXPECT_EQ(settings.integerForKey(member.key), on ? 1 : 2) << member.key;
             EXPECT_EQ(PreferenceValues::shownFor(settings, false), values) << member.key;
@@ -156,7 +156,7 @@ TEST(PreferenceValues, WritesEachSwitchUnderItsOwnKey)
     for (const Member& member : booleans) {
         PreferenceValues values;
         values.*member.value = true;
-        PropertyList settings;
+        platform::PropertyList settings;
         values.writeTo(settings);
         EXPECT_EQ(PreferenceValues::shownFor(settings, false), values) << member.key;
     }
@@ -168,7 +168,7 @@ TEST(PreferenceValues, WritesBooleansAsBooleansAndTheRestAsIntegers)
     values.restrictRules = true;
     values.createRules = true;
     values.levelOfDetail = 1;
-    PropertyList settings;
+    platform::PropertyList settings;
     values.writeTo(settings);
 
     const std::string xml = settings.fileBytes().value();
@@ -182,7 +182,7 @@ TEST(PreferenceValues, WritesBooleansAsBooleansAndTheRestAsIntegers)
 
 TEST(PreferenceValues, ZeroInAThreeStateKeyIsShownOnAndWrittenAs1)
 {
-    PropertyList settings = settingsWith("policy.global.webcam", "<integer>0</integer>");
+    platform::PropertyList settings = settingsWith("policy.global.webcam", "<integer>0</integer>");
     const PreferenceValues values = PreferenceValues::shownFor(settings, false);
     EXPECT_TRUE(values.monitorWebcam);
 
@@ -192,11 +192,12 @@ TEST(PreferenceValues, ZeroInAThreeStateKeyIsShownOnAndWrittenAs1)
 
 TEST(PreferenceValues, LeavesOtherKeysAlone)
 {
-    PropertyList settings = settingsWith("<key>security.hashing.enforce</key><integer>-1</integer>"
-                                         "<key>other</key><array><date>2020-01-01T00:00:00Z</date></array>");
+    platform::PropertyList settings
+        = settingsWith("<key>security.hashing.enforce</key><integer>-1</integer>"
+                       "<key>other</key><array><date>2020-01-01T00:00:00Z</date></array>");
     PreferenceValues().writeTo(settings);
     EXPECT_EQ(settings.description().substr(0, 62),
         R"({"security.hashing.enforce" = -1; "other" = (599529600); "acce)");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -15,15 +15,15 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 const std::string damaged = "<plist><dict><key>access";
 
-PropertyList someSettings()
+platform::PropertyList someSettings()
 {
-    PropertyList settings;
+    platform::PropertyList settings;
     settings.setInteger("k", 2);
     return settings;
 }
@@ -32,7 +32,7 @@ PropertyList someSettings()
 
 TEST(PreferencesFile, MissingOrUnreadableIsAnEmptyList)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(readPreferences(folder.path("missing")).description(), "{}");
     EXPECT_EQ(readPreferences(folder.write("damaged", damaged)).description(), "{}");
     EXPECT_EQ(readPreferences(folder.path()).description(), "{}");
@@ -40,21 +40,21 @@ TEST(PreferencesFile, MissingOrUnreadableIsAnEmptyList)
 
 TEST(PreferencesFile, IsReadAsItWasWrittenAndIsOpenToItsGroup)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string file = folder.path("list.plist");
 
     writePreferences(file, someSettings(), log.log());
 
     EXPECT_EQ(readPreferences(file).description(), R"({"k" = 2})");
-    EXPECT_EQ(permissionsOf(file), 0775U);
+    EXPECT_EQ(platform::permissionsOf(file), 0775U);
     EXPECT_EQ(log.lines(), std::vector<std::string>{R"(writing to file: {"k" = 2})"});
 }
 
 TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideTheNewOne)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string large(200000, 'x');
     const std::string file = folder.path("list.plist");
 
@@ -62,18 +62,18 @@ TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideTheNewOne)
         folder.write("list.plist", unreadable);
         writePreferences(file, someSettings(), log.log());
         EXPECT_EQ(readPreferences(file).description(), R"({"k" = 2})");
-        EXPECT_EQ(permissionsOf(file), 0775U);
+        EXPECT_EQ(platform::permissionsOf(file), 0775U);
     }
 
-    EXPECT_EQ(TemporaryFolder::contents(file + ".unread"), damaged);
-    EXPECT_EQ(TemporaryFolder::contents(file + ".unread.2"), large);
+    EXPECT_EQ(test::TemporaryFolder::contents(file + ".unread"), damaged);
+    EXPECT_EQ(test::TemporaryFolder::contents(file + ".unread.2"), large);
     EXPECT_EQ(log.lines().front(), "kept unreadable preferences as: " + file + ".unread");
 }
 
 TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string file = folder.write("list.plist", damaged);
     folder.write("list.plist.unread", "");
     for (int number = 2; number <= 99; ++number) // every name that it could be kept under
@@ -82,15 +82,15 @@ TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
     const auto failure = writePreferences(file, someSettings(), log.log());
 
     EXPECT_EQ(failure, "what it holds cannot be read, and not be kept under another name");
-    EXPECT_EQ(TemporaryFolder::contents(file), damaged);
+    EXPECT_EQ(test::TemporaryFolder::contents(file), damaged);
     EXPECT_EQ(
         log.lines(), std::vector<std::string>{"failed to keep unreadable preferences, not writing: " + file});
 }
 
 TEST(PreferencesFile, ThatIsEmptyIsReplacedWithoutACopy)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string file = folder.write("list.plist", "");
     writePreferences(file, someSettings(), log.log());
     EXPECT_EQ(readPreferences(file).description(), R"({"k" = 2})");
@@ -99,8 +99,8 @@ TEST(PreferencesFile, ThatIsEmptyIsReplacedWithoutACopy)
 
 TEST(PreferencesFile, ThatCannotBeWrittenIsLoggedAndTheReasonAnswered)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string file = folder.path("missing/list.plist");
 
     EXPECT_EQ(writePreferences(file, someSettings(), log.log()), "No such file or directory");
@@ -112,10 +112,10 @@ TEST(PreferencesFile, ThatCannotBeWrittenIsLoggedAndTheReasonAnswered)
 
 TEST(PreferencesFile, ThatDoesNotFitTheDiskIsAFailureWithItsReason)
 {
-    const std::string reason = answerOfChild([] {
-        const TemporaryFolder folder;
-        CapturedLog log;
-        PropertyList settings = someSettings();
+    const std::string reason = test::answerOfChild([] {
+        const test::TemporaryFolder folder;
+        test::CapturedLog log;
+        platform::PropertyList settings = someSettings();
         settings.setInteger(std::string(2000, 'k'), 1);
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit small{1000, 1000};
@@ -127,15 +127,15 @@ TEST(PreferencesFile, ThatDoesNotFitTheDiskIsAFailureWithItsReason)
 
 TEST(PreferencesFile, ThatAnotherAdministratorOwnsCannotBeSavedAndThatIsKnownBefore)
 {
-    const TemporaryFolder folder;
-    setPermissions(folder.path(), 0755);
+    const test::TemporaryFolder folder;
+    platform::setPermissions(folder.path(), 0755);
     const std::string file = folder.write("list.plist", someSettings().fileBytes().value());
-    setPermissions(file, 0775);
+    platform::setPermissions(file, 0775);
     const auto answers = [](const std::string& path) {
-        return answerOfChild([&path] {
-            if (!becomeOrdinaryUser())
+        return test::answerOfChild([&path] {
+            if (!test::becomeOrdinaryUser())
                 return std::string("not prepared");
-            CapturedLog log;
+            test::CapturedLog log;
             const std::string before = whyPreferencesCannotBeSaved(path).value_or("none");
             return before + ", " + writePreferences(path, someSettings(), log.log()).value_or("none");
         });
@@ -144,18 +144,18 @@ TEST(PreferencesFile, ThatAnotherAdministratorOwnsCannotBeSavedAndThatIsKnownBef
         GTEST_SKIP() << "needs files of somebody else";
     EXPECT_EQ(answers(file), "Permission denied, Permission denied");
     EXPECT_EQ(answers(folder.path("new.plist")), "Permission denied, Permission denied");
-    setPermissions(file, 0777);
+    platform::setPermissions(file, 0777);
     EXPECT_EQ(answers(file), "none, none");
     folder.write("list.plist", damaged);
     EXPECT_EQ(answers(file),
         "what it holds cannot be read, and not be kept under another name, "
         "what it holds cannot be read, and not be kept under another name");
-    EXPECT_EQ(TemporaryFolder::contents(file), damaged);
+    EXPECT_EQ(test::TemporaryFolder::contents(file), damaged);
 }
 
 TEST(PreferencesFile, ThatNothingStandsInTheWayOfCanBeSaved)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path("new.plist")), std::nullopt);
     EXPECT_EQ(whyPreferencesCannotBeSaved(folder.write("list.plist", damaged)), std::nullopt);
     EXPECT_EQ(whyPreferencesCannotBeSaved(folder.path("missing/list.plist")), "No such file or directory");
@@ -164,7 +164,7 @@ TEST(PreferencesFile, ThatNothingStandsInTheWayOfCanBeSaved)
 
 TEST(PreferencesFile, ThatIsReadAsDefaultsThoughItHoldsSomethingSaysWhy)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(whyPreferencesAreUnread(folder.path("missing.plist")), std::nullopt);
     EXPECT_EQ(whyPreferencesAreUnread(folder.write("list.plist", "")), std::nullopt);
     EXPECT_EQ(whyPreferencesAreUnread(folder.write("list.plist", someSettings().fileBytes().value())),
@@ -177,17 +177,17 @@ TEST(PreferencesFile, ThatIsReadAsDefaultsThoughItHoldsSomethingSaysWhy)
 
 TEST(PreferencesFile, ThatIsALinkIsNeitherWrittenNorOpenedUpBehindIt)
 {
-    const TemporaryFolder folder;
-    CapturedLog log;
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
     const std::string elsewhere = folder.write("elsewhere", someSettings().fileBytes().value());
-    ASSERT_TRUE(setPermissions(elsewhere, 0600));
+    ASSERT_TRUE(platform::setPermissions(elsewhere, 0600));
     std::filesystem::create_symlink(elsewhere, folder.path("link"));
 
-    EXPECT_EQ(writePreferences(folder.path("link"), PropertyList(), log.log()),
+    EXPECT_EQ(writePreferences(folder.path("link"), platform::PropertyList(), log.log()),
         "what stands in its place is no regular file");
 
-    EXPECT_EQ(TemporaryFolder::contents(elsewhere), someSettings().fileBytes().value());
-    EXPECT_EQ(permissionsOf(elsewhere), 0600U);
+    EXPECT_EQ(test::TemporaryFolder::contents(elsewhere), someSettings().fileBytes().value());
+    EXPECT_EQ(platform::permissionsOf(elsewhere), 0600U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -12,33 +12,33 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 class PreferencesHistoryTest : public testing::Test {
 protected:
-    std::string bytes() const { return TemporaryFolder::contents(box.locations.preferencesFile()); }
-    std::vector<JournalVersion> versions() const { return history.openJournal()->versions(); }
+    std::string bytes() const { return test::TemporaryFolder::contents(box.locations.preferencesFile()); }
+    std::vector<history::JournalVersion> versions() const { return history.openJournal()->versions(); }
 
-    StoreSandbox box;
+    test::StoreSandbox box;
     RunState run;
-    FakeApplication application;
-    FakePrivilegedCommand privilegedCommand;
-    std::unique_ptr<RuleManager> store = box.emptyStore();
-    TestDocument document{*store, run};
+    test::FakeApplication application;
+    test::FakePrivilegedCommand privilegedCommand;
+    std::unique_ptr<rules::RuleManager> store = box.emptyStore();
+    test::TestDocument document{*store, run};
     PreferencesHistory history{
-        box.locations, document, "test", {application, privilegedCommand, run}, silentLog()};
+        box.locations, document, "test", {application, privilegedCommand, run}, test::silentLog()};
 };
 
 } // namespace
 
 TEST_F(PreferencesHistoryTest, KeepsWhatIsFoundAndWhatIsSaved)
 {
-    box.writePreferences(preference("a", 1));
+    box.writePreferences(test::preference("a", 1));
     history.keepPresentVersion();
     history.keepPresentVersion(); // it is the newest already
-    box.writePreferences(preference("a", 2) + preference("b", 1));
+    box.writePreferences(test::preference("a", 2) + test::preference("b", 1));
     history.keepSaved("Save Preferences");
     const auto kept = versions();
     ASSERT_EQ(kept.size(), 2U);
@@ -47,16 +47,16 @@ TEST_F(PreferencesHistoryTest, KeepsWhatIsFoundAndWhatIsSaved)
     EXPECT_EQ(kept[0].rules, 2U);
     EXPECT_EQ(kept[0].added, 1U);
     EXPECT_EQ(kept[0].changed, 1U);
-    EXPECT_EQ(kept[1].kind, VersionKind::foreign);
+    EXPECT_EQ(kept[1].kind, history::VersionKind::foreign);
     EXPECT_EQ(kept[1].added, 1U);
 }
 
 TEST_F(PreferencesHistoryTest, RestoresTheVeryBytesForAnAdministratorWhoAuthenticates)
 {
-    box.writePreferences("<!-- by hand -->" + preference("a", 1));
+    box.writePreferences("<!-- by hand -->" + test::preference("a", 1));
     const std::string before = bytes();
     history.keepPresentVersion();
-    box.writePreferences(preference("a", 2));
+    box.writePreferences(test::preference("a", 2));
     EXPECT_FALSE(history.restore(1));
     EXPECT_EQ(bytes(), before);
     EXPECT_EQ(run.g_dirty, 1);
@@ -69,9 +69,9 @@ TEST_F(PreferencesHistoryTest, RestoresTheVeryBytesForAnAdministratorWhoAuthenti
 
 TEST_F(PreferencesHistoryTest, RestoresNothingForAnybodyElse)
 {
-    box.writePreferences(preference("a", 1));
+    box.writePreferences(test::preference("a", 1));
     history.keepPresentVersion();
-    box.writePreferences(preference("a", 2));
+    box.writePreferences(test::preference("a", 2));
     const std::string present = bytes();
     application.authenticates = false;
     EXPECT_TRUE(history.restore(1));
@@ -84,7 +84,7 @@ TEST_F(PreferencesHistoryTest, RestoresNothingForAnybodyElse)
 
 TEST_F(PreferencesHistoryTest, ARestoreAsksForThePermissionOfTheRulesFolderAsASaveDoes)
 {
-    setPermissions(box.locations.sharedFolder(), 0775);
+    platform::setPermissions(box.locations.sharedFolder(), 0775);
     box.writePreferences("<key>access.user.create</key><true/>");
     history.keepPresentVersion();
     EXPECT_FALSE(history.restore(1));
@@ -101,4 +101,4 @@ TEST_F(PreferencesHistoryTest, TellsWhyAVersionCannotBeRestored)
     EXPECT_EQ(application.adminQuestions, 0);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 TEST(DecidingProgram, IsTheParentOfAnyProcess)
 {
@@ -15,7 +15,7 @@ TEST(DecidingProgram, IsTheParentOfAnyProcess)
 
 TEST(ProgramBinding, IsByTeamThenByMarkerThenByDigest)
 {
-    GivenFacts facts;
+    test::GivenFacts facts;
     facts.existing = {"/team", "/platform", "/plain", "/closed", "/System/x"};
     facts.folders = {"/folder"};
     facts.teams["/team"] = "TEAM";
@@ -38,4 +38,4 @@ TEST(ProgramBinding, IsByTeamThenByMarkerThenByDigest)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,7 +9,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -26,7 +26,7 @@ ProgramSettings otherSettings()
 
 TEST(ProgramSettings, AreTheUsualOnesWithoutAFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 
     const ReadProgramSettings read = readProgramSettings(folder.path("settings.ini"));
 
@@ -38,7 +38,7 @@ TEST(ProgramSettings, AreTheUsualOnesWithoutAFile)
 
 TEST(ProgramSettings, AreReadAsTheyWereWritten)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.path("config/quorvane/settings.ini");
 
     ASSERT_EQ(writeProgramSettings(file, otherSettings()), std::nullopt);
@@ -48,19 +48,20 @@ TEST(ProgramSettings, AreReadAsTheyWereWritten)
     EXPECT_TRUE(read.settings.wholeLines);
     EXPECT_EQ(read.settings.history.days, 3U);
     EXPECT_EQ(read.settings.history.bytes, 1000U);
-    EXPECT_EQ(TemporaryFolder::contents(file), "[rules]\nwholeLines=true\n\n[history]\ndays=3\nbytes=1000\n");
+    EXPECT_EQ(
+        test::TemporaryFolder::contents(file), "[rules]\nwholeLines=true\n\n[history]\ndays=3\nbytes=1000\n");
 }
 
 TEST(ProgramSettings, LeaveWhateverElseIsInTheFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("settings.ini",
         "; mine\n[history]\n# why\ndays = 5 \nfuture=x\n\n[other]\ndays=9\nwithout anything\n[rules]\n\n; "
         "end");
 
     ASSERT_EQ(writeProgramSettings(file, otherSettings()), std::nullopt);
 
-    EXPECT_EQ(TemporaryFolder::contents(file),
+    EXPECT_EQ(test::TemporaryFolder::contents(file),
         "; mine\n[history]\n# why\ndays=3\nfuture=x\nbytes=1000\n\n[other]\ndays=9\nwithout anything\n"
         "[rules]\nwholeLines=true\n\n; end\n");
 }
@@ -82,7 +83,7 @@ TEST(ProgramSettings, AreTheUsualOnesWhereAValueIsBrokenAndTellTheLine)
         {"neither section nor key", "rules\n[half\n", "line 1, 2 "},
     };
     for (const auto& c : cases) {
-        const TemporaryFolder folder;
+        const test::TemporaryFolder folder;
         const ReadProgramSettings read = readProgramSettings(folder.write("settings.ini", c.text));
         EXPECT_FALSE(read.settings.wholeLines) << c.why;
         EXPECT_EQ(read.settings.history.days, 7U) << c.why;
@@ -94,7 +95,7 @@ TEST(ProgramSettings, AreTheUsualOnesWhereAValueIsBrokenAndTellTheLine)
 
 TEST(ProgramSettings, TakeALaterLineForAnEarlierOneAndKeepGoodValuesBesideBrokenOnes)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
 
     const ReadProgramSettings read = readProgramSettings(folder.write(
         "settings.ini", "\xEF\xBB\xBF[history]\r\ndays=1\r\nbytes=x\r\n[history]\r\ndays=2\r\n"));
@@ -105,7 +106,7 @@ TEST(ProgramSettings, TakeALaterLineForAnEarlierOneAndKeepGoodValuesBesideBroken
 
 TEST(ProgramSettings, AreTheUsualOnesForAFileThatIsNoText)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string files[] = {folder.write("invalid", "[rules]\nwholeLines=true\n\xFF"),
         folder.write("nul", std::string("[rules]\nwholeLines=true\n\0", 25)),
         folder.write("large", std::string((1U << 20U) + 1, '\n')), folder.path()};
@@ -118,18 +119,18 @@ TEST(ProgramSettings, AreTheUsualOnesForAFileThatIsNoText)
 
 TEST(ProgramSettings, SetAFileAsideThatIsNoTextBeforeTheyAreWritten)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("settings.ini", "\xFF");
 
     ASSERT_EQ(writeProgramSettings(file, otherSettings()), std::nullopt);
 
-    EXPECT_EQ(TemporaryFolder::contents(file + ".unread"), "\xFF");
+    EXPECT_EQ(test::TemporaryFolder::contents(file + ".unread"), "\xFF");
     EXPECT_TRUE(readProgramSettings(file).settings.wholeLines);
 }
 
 TEST(ProgramSettings, AreForTheirOwnerOnlyAndLeaveNothingBesideThem)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("settings.ini", "");
     ASSERT_EQ(chmod(file.c_str(), 0644), 0);
 
@@ -143,7 +144,7 @@ TEST(ProgramSettings, AreForTheirOwnerOnlyAndLeaveNothingBesideThem)
 
 TEST(ProgramSettings, ReplaceWhatALinkLeadsToAndKeepTheLink)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string target = folder.write("elsewhere/mine.ini", "; mine\n");
     std::filesystem::create_symlink(target, folder.path("settings.ini"));
 
@@ -155,23 +156,23 @@ TEST(ProgramSettings, ReplaceWhatALinkLeadsToAndKeepTheLink)
 
 TEST(ProgramSettings, ThatCannotBeWrittenSayWhy)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string inTheWay = folder.write("file", "");
 
     EXPECT_TRUE(writeProgramSettings(inTheWay + "/settings.ini", otherSettings()));
     EXPECT_TRUE(writeProgramSettings("", otherSettings()));
-    EXPECT_EQ(TemporaryFolder::contents(inTheWay), "");
+    EXPECT_EQ(test::TemporaryFolder::contents(inTheWay), "");
 }
 
 TEST(ProgramSettings, StandInTheFolderForConfigurationOrInTheHome)
 {
-    const EnvironmentVariable home("HOME", "/home/of");
+    const test::EnvironmentVariable home("HOME", "/home/of");
     {
-        const EnvironmentVariable config("XDG_CONFIG_HOME", "/config");
+        const test::EnvironmentVariable config("XDG_CONFIG_HOME", "/config");
         EXPECT_EQ(defaultSettingsFile(), "/config/quorvane/settings.ini");
     }
-    const EnvironmentVariable relative("XDG_CONFIG_HOME", "config");
+    const test::EnvironmentVariable relative("XDG_CONFIG_HOME", "config");
     EXPECT_EQ(defaultSettingsFile(), "/home/of/.config/quorvane/settings.ini") << "a relative one is ignored";
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

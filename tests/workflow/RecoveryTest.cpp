@@ -12,7 +12,7 @@
 
 // What is made of a write of the user's rules that failed or was cut short, whoever comes next.
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -23,9 +23,9 @@ std::string lineAbout(const std::string& path)
 
 using Kind = DocumentNews::Kind;
 
-NewVersion versionOf(std::string_view bytes, const std::string& action)
+history::NewVersion versionOf(std::string_view bytes, const std::string& action)
 {
-    NewVersion version;
+    history::NewVersion version;
     version.program = "killed";
     version.action = action;
     version.bytes = bytes;
@@ -52,11 +52,11 @@ private:
 
 class Recovery : public testing::Test {
 protected:
-    std::string file() const { return TemporaryFolder::contents(path()); }
+    std::string file() const { return test::TemporaryFolder::contents(path()); }
     std::string path() const { return box.locations.userRulesFile(); }
-    std::unique_ptr<Journal> journal() const
+    std::unique_ptr<history::Journal> journal() const
     {
-        return Journal::open(box.folder.path("state"), path(), {}, silentLog());
+        return history::Journal::open(box.folder.path("state"), path(), {}, test::silentLog());
     }
 
     // As a program leaves it that is killed while it writes `meant` over `before`: the file holds `now`.
@@ -69,10 +69,10 @@ protected:
         box.writeUserRules(now);
     }
 
-    std::vector<VersionState> states() const
+    std::vector<history::VersionState> states() const
     {
-        std::vector<VersionState> found;
-        for (const JournalVersion& version : journal()->versions())
+        std::vector<history::VersionState> found;
+        for (const history::JournalVersion& version : journal()->versions())
             found.push_back(version.state);
         return found;
     }
@@ -80,14 +80,14 @@ protected:
     // What the file holds, and what was reported, once another program has begun.
     std::vector<std::string> recovered()
     {
-        DocumentAtWork next(box);
+        test::DocumentAtWork next(box);
         next.document->recover();
-        EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+        EXPECT_FALSE(history::Journal::mayBeUnderWay(box.folder.path("state"), path()));
         EXPECT_FALSE(next.document->failure());
         return next.newsOf(Kind::recovered);
     }
 
-    StoreSandbox box;
+    test::StoreSandbox box;
 };
 
 constexpr int firstOfRules = 1; // among the calls of write, where the first one makes the marker
@@ -104,7 +104,7 @@ TEST_F(Recovery, OfAWriteThatNeverBeganLeavesTheRulesAndSaysSo)
     ASSERT_EQ(said.size(), 1U);
     EXPECT_NE(said[0].find("before it began"), std::string::npos) << said[0];
     EXPECT_EQ(file(), before);
-    EXPECT_EQ(states(), (std::vector{VersionState::done}));
+    EXPECT_EQ(states(), (std::vector{history::VersionState::done}));
 }
 
 TEST_F(Recovery, OfAWriteThatIsDoneOnlySettlesTheVersion)
@@ -112,7 +112,7 @@ TEST_F(Recovery, OfAWriteThatIsDoneOnlySettlesTheVersion)
     cutShort(before, meant, meant);
     EXPECT_EQ(recovered(), std::vector<std::string>());
     EXPECT_EQ(file(), meant);
-    EXPECT_EQ(states(), (std::vector{VersionState::done, VersionState::done}));
+    EXPECT_EQ(states(), (std::vector{history::VersionState::done, history::VersionState::done}));
 }
 
 TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
@@ -131,7 +131,7 @@ TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
             ASSERT_EQ(said.size(), 1U);
             EXPECT_NE(said[0].find("completed"), std::string::npos) << said[0];
             EXPECT_EQ(file(), meant);
-            EXPECT_EQ(states().front(), VersionState::recovered);
+            EXPECT_EQ(states().front(), history::VersionState::recovered);
         }
     }
 }
@@ -139,17 +139,17 @@ TEST_F(Recovery, CompletesAWriteWhereverItWasCut)
 TEST_F(Recovery, WritesWhatAnotherProgramDidSinceAndWhatWasMeant)
 {
     cutShort(before, meant, lineAbout("/foreign") + before);
-    DocumentAtWork next(box);
+    test::DocumentAtWork next(box);
     next.document->recover();
     EXPECT_EQ(file(), lineAbout("/foreign") + lineAbout("/b") + lineAbout("/c") + lineAbout("/new"));
     EXPECT_FALSE(next.document->hasUnwrittenChanges());
-    EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+    EXPECT_FALSE(history::Journal::mayBeUnderWay(box.folder.path("state"), path()));
 }
 
 TEST_F(Recovery, ComesBeforeTheNextChange)
 {
     cutShort(before, meant, meant.substr(0, 60));
-    DocumentAtWork next(box);
+    test::DocumentAtWork next(box);
     EXPECT_FALSE(next.add("/next").failure);
     EXPECT_EQ(file(), meant + lineAbout("/next"));
     EXPECT_EQ(next.newsOf(Kind::recovered).size(), 1U);
@@ -159,7 +159,7 @@ TEST_F(Recovery, ComesBeforeTheNextChange)
 TEST_F(Recovery, OfAFileThatEndsInZerosSetsNothingAside)
 {
     cutShort(before, meant, meant.substr(0, 60) + std::string(40, '\0'));
-    DocumentAtWork next(box);
+    test::DocumentAtWork next(box);
     EXPECT_FALSE(next.add("/next").failure);
     EXPECT_EQ(file(), meant + lineAbout("/next"));
     EXPECT_EQ(next.newsOf(Kind::setAside), std::vector<std::string>());
@@ -179,26 +179,27 @@ TEST_F(Recovery, OfAWriteOnTopOfAnotherThatWasCutCompletesTheOlderOne)
 TEST_F(Recovery, ThatFindsNoRoomLosesNothingAndIsTriedAgain)
 {
     cutShort(before, meant, meant.substr(0, 60));
-    DocumentAtWork next(box);
+    test::DocumentAtWork next(box);
     {
-        const SystemCallHook full(SystemCall::write, failing(ENOSPC, [](int) { return true; }));
+        const test::SystemCallHook full(
+            test::SystemCall::write, test::failing(ENOSPC, [](int) { return true; }));
         next.document->recover();
         EXPECT_TRUE(next.document->failure());
         EXPECT_EQ(next.store->userRules().size(), 3U) << "those that were meant";
     }
-    EXPECT_TRUE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+    EXPECT_TRUE(history::Journal::mayBeUnderWay(box.folder.path("state"), path()));
     EXPECT_FALSE(next.add("/next").failure);
     EXPECT_EQ(file(), meant + lineAbout("/next"));
-    EXPECT_FALSE(Journal::mayBeUnderWay(box.folder.path("state"), path()));
+    EXPECT_FALSE(history::Journal::mayBeUnderWay(box.folder.path("state"), path()));
 }
 
 TEST_F(Recovery, OfAFailedWriteBringsBackTheRuleThatWasLeftOut)
 {
     box.writeUserRules(before);
     {
-        DocumentAtWork window(box);
-        const SystemCallHook fault(
-            SystemCall::write, failing(EIO, [](int number) { return number == firstOfRules; }));
+        test::DocumentAtWork window(box);
+        const test::SystemCallHook fault(
+            test::SystemCall::write, test::failing(EIO, [](int number) { return number == firstOfRules; }));
         EXPECT_TRUE(window.add("/new").failure);
     }
     EXPECT_EQ(file(), lineAbout("/b") + lineAbout("/c") + lineAbout("/new"));
@@ -210,7 +211,7 @@ TEST_F(Recovery, IsNotNeededWhereThereIsNoJournalSinceAFailedWritePutsTheOldCont
 {
     box.writeUserRules(before);
     box.folder.write("state", "in the way");
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     {
         // Room for some of what comes behind the old content, then none: the write is short before it fails.
         const FileSizeLimit limit(before.size() + 10);
@@ -227,22 +228,23 @@ TEST_F(Recovery, OfAnUnreadableFileKeepsItUnderAnotherNameUnlessNothingCanTakeIt
 {
     box.writeUserRules(before + "\xFF");
     box.folder.write("state", "in the way");
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     {
-        const SystemCallHook full(SystemCall::write, failing(ENOSPC, [](int) { return true; }));
+        const test::SystemCallHook full(
+            test::SystemCall::write, test::failing(ENOSPC, [](int) { return true; }));
         EXPECT_TRUE(window.add("/new").failure);
     }
     EXPECT_EQ(file(), before + "\xFF");
     EXPECT_FALSE(std::filesystem::exists(path() + ".unread"));
     window.document->writeNow();
     EXPECT_EQ(file(), lineAbout("/new"));
-    EXPECT_EQ(TemporaryFolder::contents(path() + ".unread"), before + "\xFF");
+    EXPECT_EQ(test::TemporaryFolder::contents(path() + ".unread"), before + "\xFF");
 }
 
 TEST_F(Recovery, IsTheWatchersToo)
 {
     box.writeUserRules(before);
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     cutShort(before, meant, meant.substr(0, 60));
     window.document->takeForeignChanges();
     EXPECT_EQ(file(), meant);
@@ -253,10 +255,10 @@ TEST_F(Recovery, IsTheWatchersToo)
 TEST_F(Recovery, OfAWindowsOwnFailedWriteDoesNotTakeTheCutFileForAnothersRemoval)
 {
     box.writeUserRules(before);
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     {
-        const SystemCallHook full(
-            SystemCall::write, failing(ENOSPC, [](int number) { return number >= firstOfRules; }));
+        const test::SystemCallHook full(test::SystemCall::write,
+            test::failing(ENOSPC, [](int number) { return number >= firstOfRules; }));
         EXPECT_TRUE(window.add("/new").failure);
     }
     EXPECT_EQ(file(), "");
@@ -265,4 +267,4 @@ TEST_F(Recovery, OfAWindowsOwnFailedWriteDoesNotTakeTheCutFileForAnothersRemoval
     EXPECT_EQ(window.store->userRules().size(), 4U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -18,20 +18,20 @@ protected:
     {
         return ruleCell(store, *store.rows(), row, includeSystemRules, column);
     }
-    void add(PolicyRuleFields fields) { store.addPolicyRule(policyRule(std::move(fields))); }
-    void add(WatchRuleFields fields) { store.addWatchRule(watchRule(std::move(fields))); }
+    void add(rules::PolicyRuleFields fields) { store.addPolicyRule(test::policyRule(std::move(fields))); }
+    void add(rules::WatchRuleFields fields) { store.addWatchRule(test::watchRule(std::move(fields))); }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };
 
 } // namespace
 
 TEST_F(RuleCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string mail = folder.write("Mail.app/Contents/MacOS/Mail", "");
-    add(PolicyRuleFields{.path = "/usr", .processName = mail});
-    add(PolicyRuleFields{.path = "/tmp", .processName = mail});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = mail});
+    add(rules::PolicyRuleFields{.path = "/tmp", .processName = mail});
 
     const RuleCell head = cell(0, RuleColumn::application);
     EXPECT_EQ(head.text, "Mail");
@@ -50,8 +50,8 @@ TEST_F(RuleCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
 
 TEST_F(RuleCells, AnApplicationWhoseProgramIsGoneIsRedInEveryRowOfItsGroup)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
-    add(PolicyRuleFields{.path = "/tmp", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
+    add(rules::PolicyRuleFields{.path = "/tmp", .processName = "/Applications/Gone.app/Contents/MacOS/Gone"});
 
     const RuleCell head = cell(0, RuleColumn::application);
     EXPECT_EQ(head.text, "Gone");
@@ -69,10 +69,10 @@ TEST_F(RuleCells, AnApplicationWhoseProgramIsGoneIsRedInEveryRowOfItsGroup)
 
 TEST_F(RuleCells, ARedApplicationSaysWhatIsWrong)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .constraint = "TEAM123456"});
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh via /usr/bin/missing"});
-    add(PolicyRuleFields{.path = "/usr", .processName = "any via /usr/bin/missing"});
-    add(PolicyRuleFields{.path = "/usr", .processName = "/usr/bin/missing", .system = true});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .constraint = "TEAM123456"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh via /usr/bin/missing"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "any via /usr/bin/missing"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/usr/bin/missing", .system = true});
     std::map<std::string, RuleCell> cells;
     for (std::size_t row = 0; row < 4; ++row) {
         const RuleCell shown = cell(row, RuleColumn::application);
@@ -90,21 +90,21 @@ TEST_F(RuleCells, ARedApplicationSaysWhatIsWrong)
 
 TEST_F(RuleCells, ThePathCellTellsNothingOfTheProgram)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/nonexistent/program", .operations = 1});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/nonexistent/program", .operations = 1});
     EXPECT_EQ(cell(0, RuleColumn::path).color, CellColor::black);
     EXPECT_EQ(cell(0, RuleColumn::path).toolTip, "/usr");
 }
 
 TEST_F(RuleCells, AParentIsNamedAfterTheApplication)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh via /usr/sbin/cron"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh via /usr/sbin/cron"});
     EXPECT_EQ(cell(0, RuleColumn::application).text, "sh via cron");
 }
 
 TEST_F(RuleCells, AnotherConstraintBeginsAnotherGroup)
 {
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh"});
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .constraint = "ABCDE12345"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .constraint = "ABCDE12345"});
     EXPECT_TRUE(cell(1, RuleColumn::application).startsGroup);
     EXPECT_EQ(cell(1, RuleColumn::application).text, "sh");
     EXPECT_NE(cell(1, RuleColumn::application).toolTip.find("ABCDE12345"), std::string::npos);
@@ -112,16 +112,16 @@ TEST_F(RuleCells, AnotherConstraintBeginsAnotherGroup)
 
 TEST_F(RuleCells, APolicyRuleBelowAWatchRuleBeginsAGroup)
 {
-    add(WatchRuleFields{.path = "/usr", .processName = "/bin/sh"});
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh"});
+    add(rules::WatchRuleFields{.path = "/usr", .processName = "/bin/sh"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh"});
     EXPECT_TRUE(cell(1, RuleColumn::application).startsGroup);
 }
 
 TEST_F(RuleCells, TheRowAboveIsTheOneInViewNotTheOneInTheStore)
 {
     // given a system rule at the head of the group
-    add(PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .system = true});
-    add(PolicyRuleFields{.path = "/tmp", .processName = "/bin/sh"});
+    add(rules::PolicyRuleFields{.path = "/usr", .processName = "/bin/sh", .system = true});
+    add(rules::PolicyRuleFields{.path = "/tmp", .processName = "/bin/sh"});
     // then the user's rule heads the group when system rules are hidden
     EXPECT_EQ(cell(1, RuleColumn::application, true).text, "");
     EXPECT_EQ(cell(0, RuleColumn::application, false).text, "sh");
@@ -129,7 +129,7 @@ TEST_F(RuleCells, TheRowAboveIsTheOneInViewNotTheOneInTheStore)
 
 TEST_F(RuleCells, AWatchRuleShowsNoApplicationButNamesItInWords)
 {
-    add(WatchRuleFields{.path = "/usr", .processName = "/bin/sh via any"});
+    add(rules::WatchRuleFields{.path = "/usr", .processName = "/bin/sh via any"});
     const RuleCell application = cell(0, RuleColumn::application);
     EXPECT_EQ(application.text, "");
     EXPECT_FALSE(application.iconFile);
@@ -141,11 +141,11 @@ TEST_F(RuleCells, AWatchRuleShowsNoApplicationButNamesItInWords)
 TEST_F(RuleCells, TheStateImageTellsSystemRulesAndNewPolicyRules)
 {
     const auto now = static_cast<std::uint64_t>(std::time(nullptr));
-    add(WatchRuleFields{.path = "/a", .processName = "/bin/a", .system = true});
-    add(WatchRuleFields{.path = "/b", .processName = "/bin/a"});
-    add(PolicyRuleFields{.path = "/c", .processName = "/bin/a", .created = now, .system = true});
-    add(PolicyRuleFields{.path = "/d", .processName = "/bin/a", .created = now - 60});
-    add(PolicyRuleFields{.path = "/e", .processName = "/bin/a", .created = now - 90000});
+    add(rules::WatchRuleFields{.path = "/a", .processName = "/bin/a", .system = true});
+    add(rules::WatchRuleFields{.path = "/b", .processName = "/bin/a"});
+    add(rules::PolicyRuleFields{.path = "/c", .processName = "/bin/a", .created = now, .system = true});
+    add(rules::PolicyRuleFields{.path = "/d", .processName = "/bin/a", .created = now - 60});
+    add(rules::PolicyRuleFields{.path = "/e", .processName = "/bin/a", .created = now - 90000});
 
     const struct {
         StateImage image;
@@ -161,11 +161,11 @@ TEST_F(RuleCells, TheStateImageTellsSystemRulesAndNewPolicyRules)
 
 TEST_F(RuleCells, ClassAndTypeAreNamedAndErrWhenUnknown)
 {
-    add(WatchRuleFields{.policyType = 2, .path = "/a", .processName = "/bin/a"});
-    add(PolicyRuleFields{.policyClass = 0, .policyType = 0, .path = "/a", .processName = "/bin/a"});
-    add(PolicyRuleFields{.policyClass = 1, .policyType = 1, .path = "/a", .processName = "/bin/a"});
-    add(PolicyRuleFields{.policyClass = 2, .policyType = 3, .path = "/a", .processName = "/bin/a"});
-    add(PolicyRuleFields{.policyClass = 4, .policyType = 4, .path = "/a", .processName = "/bin/a"});
+    add(rules::WatchRuleFields{.policyType = 2, .path = "/a", .processName = "/bin/a"});
+    add(rules::PolicyRuleFields{.policyClass = 0, .policyType = 0, .path = "/a", .processName = "/bin/a"});
+    add(rules::PolicyRuleFields{.policyClass = 1, .policyType = 1, .path = "/a", .processName = "/bin/a"});
+    add(rules::PolicyRuleFields{.policyClass = 2, .policyType = 3, .path = "/a", .processName = "/bin/a"});
+    add(rules::PolicyRuleFields{.policyClass = 4, .policyType = 4, .path = "/a", .processName = "/bin/a"});
 
     const char* const expected[][2]
         = {{"Watch", "Suffix"}, {"Allow", "Prefix"}, {"Deny", "Path"}, {"Err", "Err"}, {"Err", "Err"}};
@@ -177,8 +177,8 @@ TEST_F(RuleCells, ClassAndTypeAreNamedAndErrWhenUnknown)
 
 TEST_F(RuleCells, OperationsAndTagAreShownForBothKinds)
 {
-    add(WatchRuleFields{.path = "/a", .processName = "/bin/a", .tag = "logs", .operations = 33});
-    add(PolicyRuleFields{.path = "/a", .processName = "/bin/a", .tag = {}, .operations = 31});
+    add(rules::WatchRuleFields{.path = "/a", .processName = "/bin/a", .tag = "logs", .operations = 33});
+    add(rules::PolicyRuleFields{.path = "/a", .processName = "/bin/a", .tag = {}, .operations = 31});
     EXPECT_EQ(cell(0, RuleColumn::operations).text, "r");
     EXPECT_EQ(cell(1, RuleColumn::operations).text, "rwcmx");
     EXPECT_EQ(cell(0, RuleColumn::tag).text, "logs");
@@ -189,9 +189,9 @@ TEST_F(RuleCells, OperationsAndTagAreShownForBothKinds)
 
 TEST_F(RuleCells, AMissingPathIsRedForBothKinds)
 {
-    add(WatchRuleFields{.path = "/nonexistent/a", .processName = "/bin/a", .operations = 1});
-    add(PolicyRuleFields{.path = "/nonexistent/b", .processName = "/bin/a", .operations = 1});
-    add(PolicyRuleFields{.path = "/", .processName = "/bin/a", .operations = 2});
+    add(rules::WatchRuleFields{.path = "/nonexistent/a", .processName = "/bin/a", .operations = 1});
+    add(rules::PolicyRuleFields{.path = "/nonexistent/b", .processName = "/bin/a", .operations = 1});
+    add(rules::PolicyRuleFields{.path = "/", .processName = "/bin/a", .operations = 2});
     EXPECT_EQ(cell(0, RuleColumn::path).color, CellColor::red);
     EXPECT_EQ(cell(0, RuleColumn::path).description, "file not found");
     EXPECT_EQ(cell(1, RuleColumn::path).color, CellColor::red);
@@ -201,8 +201,8 @@ TEST_F(RuleCells, AMissingPathIsRedForBothKinds)
 
 TEST_F(RuleCells, ARedundantRuleIsOrangeEvenWhenItsPathIsMissing)
 {
-    add(PolicyRuleFields{.path = "/nonexistent/", .processName = "/bin/a", .operations = 3});
-    add(PolicyRuleFields{
+    add(rules::PolicyRuleFields{.path = "/nonexistent/", .processName = "/bin/a", .operations = 3});
+    add(rules::PolicyRuleFields{
         .policyType = 1, .path = "/nonexistent/b", .processName = "/bin/a", .operations = 1});
     const RuleCell path = cell(1, RuleColumn::path);
     EXPECT_EQ(path.color, CellColor::orange);
@@ -213,17 +213,17 @@ TEST_F(RuleCells, ARedundantRuleIsOrangeEvenWhenItsPathIsMissing)
 
 TEST_F(RuleCells, AWatchRuleIsNeverOrange)
 {
-    add(WatchRuleFields{.path = "/", .processName = "/bin/a", .operations = 3});
-    add(WatchRuleFields{.path = "/", .processName = "/bin/a", .operations = 1});
+    add(rules::WatchRuleFields{.path = "/", .processName = "/bin/a", .operations = 3});
+    add(rules::WatchRuleFields{.path = "/", .processName = "/bin/a", .operations = 1});
     EXPECT_EQ(cell(1, RuleColumn::path).color, CellColor::black);
 }
 
 TEST_F(RuleCells, ARuleThatDoesNotReadBackIsWarnedOfInItsToolTip)
 {
-    add(PolicyRuleFields{.path = "/", .processName = "/bin/a", .operations = 0});
+    add(rules::PolicyRuleFields{.path = "/", .processName = "/bin/a", .operations = 0});
     EXPECT_NE(cell(0, RuleColumn::path).toolTip.find("does not read back"), std::string::npos);
     EXPECT_EQ(cell(0, RuleColumn::path).description, "does not read back");
     EXPECT_EQ(cell(0, RuleColumn::path).color, CellColor::black);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -28,13 +28,13 @@ protected:
         box.writeUserRules("set some.option 1\n" + watchLine + shLine + sh2Line + viLine);
         box.writeSystemFile("quorvane.rc", "allow prefix \"/system/\" \"/bin/sh\" r\n");
         store = box.load(log.log());
-        document = std::make_unique<TestDocument>(*store, run, log.log());
+        document = std::make_unique<test::TestDocument>(*store, run, log.log());
         commands = std::make_unique<RuleCommands>(*document, log.log());
     }
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
     std::size_t rowOf(const std::string& path, bool includeSystemRules = true) const
     {
-        const auto paths = rowPaths(*store, includeSystemRules);
+        const auto paths = test::rowPaths(*store, includeSystemRules);
         return static_cast<std::size_t>(std::find(paths.begin(), paths.end(), path) - paths.begin());
     }
     // As a table of the present rows names a rule.
@@ -61,11 +61,11 @@ protected:
     const std::string shLine = "allow prefix \"/a/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n";
     const std::string sh2Line = "allow prefix \"/b/\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
     const std::string viLine = "deny path \"/c\" \"/bin/vi\" w \"\" \"\" \"0\"\n";
-    StoreSandbox box;
-    CapturedLog log;
+    test::StoreSandbox box;
+    test::CapturedLog log;
     RunState run;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
+    std::unique_ptr<rules::RuleManager> store;
+    std::unique_ptr<test::TestDocument> document;
     std::unique_ptr<RuleCommands> commands;
 };
 
@@ -73,10 +73,10 @@ protected:
 
 TEST_F(RuleCommandsTest, NewRulesReadWriteAndCreateForAnyProgramUnderAPrefix)
 {
-    const PolicyRulePtr policy = RuleCommands::newPolicy();
+    const rules::PolicyRulePtr policy = RuleCommands::newPolicy();
     EXPECT_EQ(ruleLine(policy->fields()), "allow prefix \"\" \"any\" rwc \"\" \"\" \"0\"\n");
     EXPECT_EQ(policy->tag().view(), "");
-    const WatchRulePtr watch = RuleCommands::newWatch();
+    const rules::WatchRulePtr watch = RuleCommands::newWatch();
     EXPECT_EQ(watch->policyType(), 0);
     EXPECT_EQ(watch->path().written(), "");
     EXPECT_EQ(watch->processName().written(), "any");
@@ -85,14 +85,14 @@ TEST_F(RuleCommandsTest, NewRulesReadWriteAndCreateForAnyProgramUnderAPrefix)
 
 TEST_F(RuleCommandsTest, ANewRuleLikeAnotherTakesItsProgramAndConstraintAndNothingElse)
 {
-    const RuleRef clicked = policyRule({.policyClass = 1,
+    const rules::RuleRef clicked = test::policyRule({.policyClass = 1,
         .policyType = 1,
         .path = "/x",
         .processName = "/bin/vi",
         .tag = "t",
         .constraint = "TEAM",
         .operations = 1});
-    const PolicyRulePtr rule = RuleCommands::newPolicyLike(clicked);
+    const rules::PolicyRulePtr rule = RuleCommands::newPolicyLike(clicked);
     EXPECT_EQ(ruleLine(rule->fields()), "allow prefix \"\" \"/bin/vi\" rwc \"\" \"TEAM\" \"0\"\n");
     EXPECT_EQ(rule->constraint().written(), "TEAM");
     EXPECT_EQ(rule->tag().view(), "");
@@ -100,8 +100,8 @@ TEST_F(RuleCommandsTest, ANewRuleLikeAnotherTakesItsProgramAndConstraintAndNothi
 
 TEST_F(RuleCommandsTest, ANewRuleLikeAWatchRuleHasAnEmptyConstraint)
 {
-    const PolicyRulePtr rule
-        = RuleCommands::newPolicyLike(watchRule({.path = "/x", .processName = "/bin/vi", .operations = 1}));
+    const rules::PolicyRulePtr rule = RuleCommands::newPolicyLike(
+        test::watchRule({.path = "/x", .processName = "/bin/vi", .operations = 1}));
     EXPECT_EQ(rule->processName().written(), "/bin/vi");
     EXPECT_FALSE(rule->constraint().isNull());
     EXPECT_EQ(rule->constraint().view(), "");
@@ -130,7 +130,7 @@ TEST_F(RuleCommandsTest, DeletingTheFirstRuleOfAGroupIsTold)
 
 TEST_F(RuleCommandsTest, DeliberateAPolicyRuleBelowAWatchRuleHeadsNoGroup)
 {
-    ASSERT_EQ(rowPaths(*store, false), (std::vector<std::string>{"/w/", "/a/", "/b/", "/c"}));
+    ASSERT_EQ(test::rowPaths(*store, false), (std::vector<std::string>{"/w/", "/a/", "/b/", "/c"}));
     EXPECT_FALSE(deleteRow(1, false).headedItsGroup);
 }
 
@@ -178,7 +178,7 @@ TEST_F(RuleCommandsTest, DeletingASystemRuleIsRefusedAndChangesNothing)
 TEST_F(RuleCommandsTest, ARuleThatEqualsNothingLeavesTableAndFileUntouchedSilently)
 {
     // A null text equals nothing, not even itself, so the store finds no rule to delete.
-    store->addPolicyRule(policyRule({.path = "/null", .operations = 1}));
+    store->addPolicyRule(test::policyRule({.path = "/null", .operations = 1}));
     const std::string before = file();
     const TableChange change = deleteRow(rowOf("/null"), true);
     EXPECT_TRUE(change.removedRows.empty());
@@ -189,7 +189,7 @@ TEST_F(RuleCommandsTest, ARuleThatEqualsNothingLeavesTableAndFileUntouchedSilent
 TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemRulesOnce)
 {
     store->addPolicyRule(
-        policyRule({.path = "/system2/", .processName = "/bin/sh", .operations = 1, .system = true}));
+        test::policyRule({.path = "/system2/", .processName = "/bin/sh", .operations = 1, .system = true}));
     std::vector<std::size_t> all;
     for (std::size_t row = 0; row < store->totalRules(true); ++row)
         all.push_back(row);
@@ -201,7 +201,7 @@ TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemR
     EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
     EXPECT_EQ(change.notice->message, deleteMessage);
     EXPECT_EQ(file(), "");
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/system/", "/system2/"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/system/", "/system2/"}));
     const auto lines = log.lines();
     const std::string last = std::to_string(change.removedRows.back());
     EXPECT_EQ(std::count(lines.begin(), lines.end(),
@@ -232,7 +232,7 @@ TEST_F(RuleCommandsTest, ATagIsWrittenAndLogged)
 {
     const std::size_t row = rowOf("/b/");
     EXPECT_FALSE(commands->setTag(rowAt(row, true), "caf\xC3\xA9 \"x\""));
-    EXPECT_EQ(policyAt(*store, row)->tag().view(), "caf\xC3\xA9 \"x\"");
+    EXPECT_EQ(test::policyAt(*store, row)->tag().view(), "caf\xC3\xA9 \"x\"");
     EXPECT_EQ(log.lines().back(),
         "set tag to 'caf\xC3\xA9 \"x\"' for row " + std::to_string(row) + " rule /bin/sh / /b/");
     EXPECT_EQ(run.g_dirty, 1);
@@ -250,12 +250,12 @@ TEST_F(RuleCommandsTest, ATagOfAWatchRuleIsWrittenWithoutALogLine)
 TEST_F(RuleCommandsTest, DeliberateASystemRuleKeepsItsTagButTheFileIsWritten)
 {
     const std::size_t row = rowOf("/system/");
-    const std::string tag(policyAt(*store, row)->tag().view());
+    const std::string tag(test::policyAt(*store, row)->tag().view());
     const auto notice = commands->setTag(rowAt(row, true), "mine");
     ASSERT_TRUE(notice);
     EXPECT_EQ(notice->header, "Cannot Edit System Rules");
     EXPECT_EQ(notice->message, editMessage);
-    EXPECT_EQ(policyAt(*store, row)->tag().view(), tag);
+    EXPECT_EQ(test::policyAt(*store, row)->tag().view(), tag);
     EXPECT_EQ(log.lines().back(),
         "set tag to '" + tag + "' for row " + std::to_string(row) + " rule /bin/sh / /system/");
     EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine);
@@ -278,7 +278,7 @@ TEST_F(RuleCommandsTest, AFileThatCannotBeWrittenLeavesTheRulesInMemoryAndAMessa
     ASSERT_TRUE(store->lastErrorMessage());
     EXPECT_EQ(*store->lastErrorMessage(),
         "Failed to open file '" + box.locations.userRulesFile() + "' for writing: Is a directory (21)");
-    EXPECT_EQ(rowPaths(*store, false), (std::vector<std::string>{"/w/", "/b/", "/c"}));
+    EXPECT_EQ(test::rowPaths(*store, false), (std::vector<std::string>{"/w/", "/b/", "/c"}));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -21,13 +21,13 @@ protected:
                            "allow suffix .a \"/bin/b via /bin/a\" rw two\n" // 3
                            "allow prefix /a/ \"/bin/b (-x)\" rw two\n"); // 4
         store = box.load();
-        store->sortIndexUsingDescriptors({{SortKey::sequence, true}});
+        store->sortIndexUsingDescriptors({{rules::SortKey::sequence, true}});
     }
 
     Rows meeting(const RuleCriteria& criteria) const { return rowsMeeting(*store, false, criteria); }
 
-    StoreSandbox box;
-    std::unique_ptr<RuleManager> store;
+    test::StoreSandbox box;
+    std::unique_ptr<rules::RuleManager> store;
 };
 
 } // namespace
@@ -58,7 +58,7 @@ TEST_F(RuleCriteriaTest, OfDifferentOnesAllHold)
 TEST_F(RuleCriteriaTest, CountsRowsAsFilterAndSortOrderMakeThem)
 {
     store->applyFilterWithString("/a/");
-    store->sortIndexUsingDescriptors({{SortKey::sequence, false}});
+    store->sortIndexUsingDescriptors({{rules::SortKey::sequence, false}});
     EXPECT_EQ(meeting({}), (Rows{0, 1, 2}));
     EXPECT_EQ(meeting({.classes = {1}}), (Rows{2}));
     EXPECT_EQ(missingRow(*store, false, {.rows = {2}}), std::nullopt);
@@ -68,7 +68,7 @@ TEST_F(RuleCriteriaTest, CountsRowsAsFilterAndSortOrderMakeThem)
 
 TEST_F(RuleCriteriaTest, FindingsChooseTheRowsOfWhichTheyAreTold)
 {
-    GivenFacts facts;
+    test::GivenFacts facts;
     facts.existing = {"/bin/a"};
     const auto found = [&](std::vector<FindingKind> findings, RuleCriteria criteria = {}) {
         criteria.findings = std::move(findings);
@@ -90,4 +90,4 @@ TEST_F(RuleCriteriaTest, KnowWhetherRowsAloneAreNamed)
     EXPECT_FALSE(RuleCriteria{.tags = {""}}.isEmpty());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 TEST(OperationBoxes, StandForTheFiveLowestBits)
 {
@@ -22,16 +22,16 @@ TEST(OperationBoxes, StandForTheFiveLowestBits)
 
 TEST(RuleDraft, SaysOfAPolicyRuleWhatHasAControl)
 {
-    const RuleDraft draft = draftOf(policyRule({.policyClass = PolicyClass::deny,
-        .policyType = PolicyType::suffix,
+    const RuleDraft draft = draftOf(test::policyRule({.policyClass = rules::PolicyClass::deny,
+        .policyType = rules::PolicyType::suffix,
         .path = ".jpg",
         .processName = "/bin/sh",
         .tag = "shell",
         .constraint = "TEAM",
         .operations = 0xFFFFFFE5U}));
     EXPECT_EQ(draft,
-        (RuleDraft{.policyClass = PolicyClass::deny,
-            .policyType = PolicyType::suffix,
+        (RuleDraft{.policyClass = rules::PolicyClass::deny,
+            .policyType = rules::PolicyType::suffix,
             .path = ".jpg",
             .processName = "/bin/sh",
             .constraint = "TEAM",
@@ -40,23 +40,23 @@ TEST(RuleDraft, SaysOfAPolicyRuleWhatHasAControl)
 
 TEST(RuleDraft, OfAWatchRuleHasNoClassAndNoConstraint)
 {
-    const RuleDraft draft = draftOf(watchRule({.path = "/w", .processName = "any", .operations = 1}));
+    const RuleDraft draft = draftOf(test::watchRule({.path = "/w", .processName = "any", .operations = 1}));
     EXPECT_EQ(draft.policyClass, std::nullopt);
-    EXPECT_EQ(draft.policyType, PolicyType::prefix);
+    EXPECT_EQ(draft.policyType, rules::PolicyType::prefix);
     EXPECT_EQ(draft.constraint, "");
 }
 
 TEST(RuleDraft, HasNoItemForAnUnknownCodeAndAnEmptyTextForNull)
 {
-    const RuleDraft draft
-        = draftOf(policyRule({.policyClass = unknownCode, .policyType = -1, .constraint = std::nullopt}));
+    const RuleDraft draft = draftOf(
+        test::policyRule({.policyClass = rules::unknownCode, .policyType = -1, .constraint = std::nullopt}));
     EXPECT_EQ(draft, RuleDraft());
 }
 
 TEST(RuleDraft, PutIntoTheRuleItWasTakenFromChangesNothingThatAControlShows)
 {
-    for (std::int32_t code = -1; code <= unknownCode; ++code) {
-        const RuleRef rule = policyRule(
+    for (std::int32_t code = -1; code <= rules::unknownCode; ++code) {
+        const rules::RuleRef rule = test::policyRule(
             {.policyClass = code, .policyType = code, .path = "/a", .processName = "/b", .operations = 3});
         const RuleDraft draft = draftOf(rule);
         setValue(rule, valueWithDraft(valueOf(rule), draft));
@@ -68,19 +68,19 @@ TEST(RuleDraft, PutIntoTheRuleItWasTakenFromChangesNothingThatAControlShows)
 
 TEST(RuleDraft, DiffersAsSoonAsOneControlDoes)
 {
-    const RuleRef rule = policyRule({.path = "/a", .processName = "/b", .operations = 3});
+    const rules::RuleRef rule = test::policyRule({.path = "/a", .processName = "/b", .operations = 3});
     const auto differsAfter = [&](auto edit) {
         RuleDraft draft = draftOf(rule);
         edit(draft);
         return draft != draftOf(rule);
     };
     EXPECT_FALSE(differsAfter([](RuleDraft&) {}));
-    EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.policyClass = PolicyClass::deny; }));
-    EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.policyType = PolicyType::path; }));
+    EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.policyClass = rules::PolicyClass::deny; }));
+    EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.policyType = rules::PolicyType::path; }));
     EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.path += ' '; }));
     EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.processName.clear(); }));
     EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.constraint = "TEAM"; }));
     EXPECT_TRUE(differsAfter([](RuleDraft& draft) { draft.operations = 1; }));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

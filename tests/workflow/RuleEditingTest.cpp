@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -17,17 +17,17 @@ class RuleEditing : public testing::Test {
 protected:
     RuleEditing() { std::filesystem::create_directories(locations.sharedFolder()); }
 
-    std::string file() const { return TemporaryFolder::contents(locations.userRulesFile()); }
+    std::string file() const { return test::TemporaryFolder::contents(locations.userRulesFile()); }
 
-    const TemporaryFolder folder;
-    const Locations locations{folder.path(), "ann"};
-    RuleManager store{locations, silentLog()};
+    const test::TemporaryFolder folder;
+    const platform::Locations locations{folder.path(), "ann"};
+    rules::RuleManager store{locations, test::silentLog()};
     RunState run;
-    TestDocument document{store, run};
+    test::TestDocument document{store, run};
 };
 
-const RuleDraft edits{.policyClass = PolicyClass::deny,
-    .policyType = PolicyType::path,
+const RuleDraft edits{.policyClass = rules::PolicyClass::deny,
+    .policyType = rules::PolicyType::path,
     .path = "/new",
     .processName = "/bin/new",
     .constraint = "TEAM",
@@ -51,12 +51,12 @@ TEST(PolicyTypeForPath, FollowsTheFirstAndLastCharacter)
         const char* path;
         std::int32_t type;
     } cases[] = {
-        {"a slash at the end means a folder", "/Users/ann/", PolicyType::prefix},
-        {"without it, exactly this path", "/Users/ann", PolicyType::path},
-        {"a point at the start means a name extension", ".jpg", PolicyType::suffix},
-        {"the point goes before the slash", ".git/", PolicyType::suffix},
-        {"nothing typed yet", "", PolicyType::path},
-        {"a point elsewhere says nothing", "/a.jpg", PolicyType::path},
+        {"a slash at the end means a folder", "/Users/ann/", rules::PolicyType::prefix},
+        {"without it, exactly this path", "/Users/ann", rules::PolicyType::path},
+        {"a point at the start means a name extension", ".jpg", rules::PolicyType::suffix},
+        {"the point goes before the slash", ".git/", rules::PolicyType::suffix},
+        {"nothing typed yet", "", rules::PolicyType::path},
+        {"a point elsewhere says nothing", "/a.jpg", rules::PolicyType::path},
     };
     for (const auto& c : cases)
         EXPECT_EQ(policyTypeForPath(c.path), c.type) << c.why;
@@ -88,7 +88,7 @@ TEST(IconForProcess, IsTheLockForAnyAlone)
 
 TEST(IconForProcess, IsThatOfTheOutermostBundleOfAProgramThatExists)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string tool = folder.write("tool", "");
     const std::string program = folder.write("A.app/Contents/Helpers/B.app/Contents/MacOS/B", "");
     const struct {
@@ -111,7 +111,7 @@ TEST(IconForProcess, IsThatOfTheOutermostBundleOfAProgramThatExists)
 
 TEST(IconForProcess, IsLookedUpInThePlaceThatTheRulesAreFor)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     folder.write("volume/bin/tool", "");
     std::error_code error;
     const auto volume = RulesPlace::folder(folder.path("volume"), error);
@@ -122,7 +122,7 @@ TEST(IconForProcess, IsLookedUpInThePlaceThatTheRulesAreFor)
 
 TEST(IconForProcess, IsNoneWhenNothingIsAtTheProgramsPath)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string tool = folder.write("tool", "");
     for (const std::string& process : {std::string(), folder.path("gone"),
              folder.path("gone") + " via /bin/sh", tool + " via anything", tool + " (-x)"})
@@ -139,9 +139,9 @@ TEST(PanelStart, IsTheFallbackWhenNoPathIsNamed)
 
 TEST_F(RuleEditing, SavingReplacesTheRuleAndWritesTheFile)
 {
-    const auto rule = policyRule(
+    const auto rule = test::policyRule(
         {.path = "/old", .processName = "/bin/old", .tag = "mine", .operations = 1, .created = 7});
-    const auto other = policyRule({.path = "/other", .processName = "/bin/old", .operations = 1});
+    const auto other = test::policyRule({.path = "/other", .processName = "/bin/old", .operations = 1});
     store.addPolicyRule(rule);
     store.addPolicyRule(other);
 
@@ -150,13 +150,13 @@ TEST_F(RuleEditing, SavingReplacesTheRuleAndWritesTheFile)
     EXPECT_EQ(file(),
         "deny path \"/new\" \"/bin/new\" rx \"mine\" \"TEAM\" \"7\"\n"
         "allow prefix \"/other\" \"/bin/old\" r \"\" \"\" \"0\"\n");
-    EXPECT_EQ(std::get<PolicyRulePtr>(store.ruleAtIndex(0, true)), rule);
+    EXPECT_EQ(std::get<rules::PolicyRulePtr>(store.ruleAtIndex(0, true)), rule);
     EXPECT_EQ(run.g_dirty, 1);
 }
 
 TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
 {
-    const auto rule = policyRule(
+    const auto rule = test::policyRule(
         {.path = "/p", .processName = "/q", .tag = "t", .flags = 3, .created = 5, .sequence = 9});
     saveRule(document, rule, edits);
     EXPECT_EQ(rule->tag().view(), "t");
@@ -164,7 +164,7 @@ TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
     EXPECT_EQ(rule->created(), 5U);
     EXPECT_EQ(rule->sequence(), 9);
     EXPECT_FALSE(rule->system());
-    const auto watch = watchRule({.path = "/p", .processName = "/q", .tag = "t", .flags = 2});
+    const auto watch = test::watchRule({.path = "/p", .processName = "/q", .tag = "t", .flags = 2});
     saveRule(document, watch, edits);
     EXPECT_EQ(watch->tag().view(), "t");
     EXPECT_EQ(watch->flags(), 2U);
@@ -172,9 +172,9 @@ TEST_F(RuleEditing, SavingKeepsTagFlagsTimeAndSystemFlag)
 
 TEST_F(RuleEditing, SavingANewRuleAddsIt)
 {
-    saveRule(document, policyRule({}), edits);
-    saveRule(document, watchRule({}),
-        {.policyType = PolicyType::suffix, .path = ".jpg", .processName = "any", .operations = 2});
+    saveRule(document, test::policyRule({}), edits);
+    saveRule(document, test::watchRule({}),
+        {.policyType = rules::PolicyType::suffix, .path = ".jpg", .processName = "any", .operations = 2});
     EXPECT_EQ(file(),
         "watch suffix \".jpg\" \"any\" w \"\"\n"
         "deny path \"/new\" \"/bin/new\" rx \"\" \"TEAM\" \"0\"\n");
@@ -182,7 +182,7 @@ TEST_F(RuleEditing, SavingANewRuleAddsIt)
 
 TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 {
-    const auto rule = policyRule({.tag = "", .constraint = std::nullopt});
+    const auto rule = test::policyRule({.tag = "", .constraint = std::nullopt});
     saveRule(document, rule, {.path = "  /a  ", .processName = " "});
     EXPECT_EQ(rule->path().view(), "  /a  ");
     EXPECT_EQ(rule->processName().view(), " ");
@@ -192,15 +192,15 @@ TEST_F(RuleEditing, TextsAreSavedAsTheyStand)
 
 TEST_F(RuleEditing, WithoutAChosenClassAndTypeTheUnknownOnesStay)
 {
-    const auto rule = policyRule({.policyClass = unknownCode, .policyType = unknownCode});
+    const auto rule = test::policyRule({.policyClass = rules::unknownCode, .policyType = rules::unknownCode});
     saveRule(document, rule, {.path = "/a", .processName = "/b"});
-    EXPECT_EQ(rule->policyClass(), unknownCode);
-    EXPECT_EQ(rule->policyType(), unknownCode);
+    EXPECT_EQ(rule->policyClass(), rules::unknownCode);
+    EXPECT_EQ(rule->policyType(), rules::unknownCode);
 }
 
 TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
 {
-    const auto rule = policyRule({.path = "/old", .processName = "/bin/old", .operations = 1});
+    const auto rule = test::policyRule({.path = "/old", .processName = "/bin/old", .operations = 1});
     store.addPolicyRule(rule);
     RuleDraft second = edits;
     second.path = "/newest";
@@ -211,10 +211,10 @@ TEST_F(RuleEditing, TwoEditsOfOneRuleLeaveOneRuleAndTheLastWins)
 
 TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
 {
-    const PolicyRuleFields fields{
+    const rules::PolicyRuleFields fields{
         .path = "/a", .processName = "/bin/new", .constraint = "TEAM", .operations = 1};
-    const auto first = policyRule(fields);
-    const auto edited = policyRule(fields);
+    const auto first = test::policyRule(fields);
+    const auto edited = test::policyRule(fields);
     first->setTag("first");
     store.addPolicyRule(first);
     store.addPolicyRule(edited);
@@ -223,9 +223,9 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
     EXPECT_EQ(
         file(), "allow prefix \"/a\" \"/bin/new\" r \"first\" \"TEAM\" \"0\"\n" + ruleLine(edited->fields()));
 
-    const WatchRuleFields watched{.path = "/a", .processName = "/bin/new", .operations = 1};
-    const auto firstWatch = watchRule(watched);
-    const auto editedWatch = watchRule(watched);
+    const rules::WatchRuleFields watched{.path = "/a", .processName = "/bin/new", .operations = 1};
+    const auto firstWatch = test::watchRule(watched);
+    const auto editedWatch = test::watchRule(watched);
     store.addWatchRule(firstWatch);
     store.addWatchRule(editedWatch);
     saveRule(document, editedWatch, {.path = "/b", .processName = "/bin/new"});
@@ -235,7 +235,7 @@ TEST_F(RuleEditing, OfTwoEqualRulesTheEditedOneIsReplacedAndTheOtherStays)
 
 TEST_F(RuleEditing, ARuleThatWasDeletedMeanwhileComesBackOnce)
 {
-    const auto rule = watchRule({.path = "/old", .processName = "/bin/old", .operations = 1});
+    const auto rule = test::watchRule({.path = "/old", .processName = "/bin/old", .operations = 1});
     store.addWatchRule(rule);
     store.deleteWatchRule(*rule);
     saveRule(document, rule, edits);
@@ -247,15 +247,15 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
     folder.write("Users/Shared/Quorvane/ann.quorvane.rc",
         "watch path /w any r\nallow path /p any r tag\nallow path /q any r\n");
     store.reloadCurrentUserConfiguration();
-    const auto watch = std::get<WatchRulePtr>(store.ruleAtIndex(0, true));
-    const auto policy = std::get<PolicyRulePtr>(store.ruleAtIndex(1, true));
+    const auto watch = std::get<rules::WatchRulePtr>(store.ruleAtIndex(0, true));
+    const auto policy = std::get<rules::PolicyRulePtr>(store.ruleAtIndex(1, true));
     store.reloadCurrentUserConfiguration();
 
     saveRule(document, watch, edits);
     saveRule(document, policy, edits);
 
     EXPECT_EQ(store.totalRules(true), 3U);
-    EXPECT_EQ(rowsAsText(store, true), file());
+    EXPECT_EQ(test::rowsAsText(store, true), file());
     EXPECT_EQ(file().find("\"/p\""), std::string::npos);
     EXPECT_EQ(file().find("\"/w\""), std::string::npos);
 }
@@ -263,10 +263,10 @@ TEST_F(RuleEditing, ARuleThatWasReadAnewMeanwhileIsReplaced)
 TEST_F(RuleEditing, SavingGoesOnWhenTheFileCannotBeWritten)
 {
     std::filesystem::remove_all(locations.sharedFolder());
-    saveRule(document, policyRule({}), edits);
+    saveRule(document, test::policyRule({}), edits);
     EXPECT_EQ(store.totalRules(true), 1U);
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(store.lastErrorMessage().has_value());
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

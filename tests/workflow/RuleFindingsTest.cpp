@@ -8,13 +8,14 @@
 
 #include <cstdlib>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-RuleRef ruleOn(const NullableText& path, std::int32_t type = PolicyType::path, bool system = false)
+rules::RuleRef ruleOn(
+    const rules::NullableText& path, std::int32_t type = rules::PolicyType::path, bool system = false)
 {
-    return policyRule(
+    return test::policyRule(
         {.policyType = type, .path = path, .processName = "/bin/sh", .operations = 1, .system = system});
 }
 
@@ -30,20 +31,20 @@ std::string namesOf(const std::vector<RuleFinding>& findings)
 
 TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string present = folder.write("present", "x");
     const std::string absent = folder.path("absent");
     const struct {
         const char* why;
-        RuleRef rule;
+        rules::RuleRef rule;
         bool missing;
     } cases[] = {
         {"an absolute path without a file", ruleOn(absent), true},
         {"an absolute path with one", ruleOn(present), false},
         {"a folder exists as well", ruleOn(folder.path() + "/"), false},
-        {"a prefix is looked up as it stands", ruleOn(absent, PolicyType::prefix), true},
-        {"a suffix names no file", ruleOn(absent, PolicyType::suffix), false},
-        {"a system rule is never missing", ruleOn(absent, PolicyType::path, true), false},
+        {"a prefix is looked up as it stands", ruleOn(absent, rules::PolicyType::prefix), true},
+        {"a suffix names no file", ruleOn(absent, rules::PolicyType::suffix), false},
+        {"a system rule is never missing", ruleOn(absent, rules::PolicyType::path, true), false},
         {"an unknown type is looked up", ruleOn(absent, 3), true},
         {"a resource is no file", ruleOn(":NVRAM/boot-args"), false},
         {"a kernel extension is no file", ruleOn(":KMOD/absent"), false},
@@ -52,7 +53,7 @@ TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
         {"a tilde alone is not the home folder", ruleOn("~absent"), false},
         {"the word any", ruleOn("any"), false},
         {"no path", ruleOn({}), false},
-        {"a watch rule", watchRule({.policyType = 1, .path = absent, .processName = "/bin/sh"}), true},
+        {"a watch rule", test::watchRule({.policyType = 1, .path = absent, .processName = "/bin/sh"}), true},
     };
     for (const auto& c : cases)
         EXPECT_EQ(isPathMissing(c.rule), c.missing) << c.why;
@@ -60,7 +61,7 @@ TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
 
 TEST(RuleFindings, ATildeIsTheHomeFolder)
 {
-    const TemporaryFolder home;
+    const test::TemporaryFolder home;
     home.write("Documents/letter", "x");
     setenv("HOME", home.path().c_str(), 1);
     EXPECT_FALSE(isPathMissing(ruleOn("~/Documents/letter")));
@@ -69,7 +70,7 @@ TEST(RuleFindings, ATildeIsTheHomeFolder)
 
 TEST(RuleFindings, ABrokenSymbolicLinkIsMissing)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink(folder.path("nowhere"), folder.path("link"));
     EXPECT_TRUE(isPathMissing(ruleOn(folder.path("link"))));
 }
@@ -77,10 +78,10 @@ TEST(RuleFindings, ABrokenSymbolicLinkIsMissing)
 TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
 {
     // given a rule on a folder and one on a file in it
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    store.addPolicyRule(policyRule({.path = "/usr/", .processName = "/bin/sh", .operations = 3}));
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    store.addPolicyRule(test::policyRule({.path = "/usr/", .processName = "/bin/sh", .operations = 3}));
     const auto narrow
-        = policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/sh", .operations = 1});
+        = test::policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/sh", .operations = 1});
     store.addPolicyRule(narrow);
 
     // when the second is looked at
@@ -95,10 +96,10 @@ TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
 
 TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
 {
-    const RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    const auto findingOf = [&](PolicyRuleFields fields) {
+    const rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    const auto findingOf = [&](rules::PolicyRuleFields fields) {
         fields.processName = "/bin/sh";
-        const auto findings = findingsForRule(store, policyRule(std::move(fields)));
+        const auto findings = findingsForRule(store, test::policyRule(std::move(fields)));
         return findings.empty() ? std::string() : std::string(findingName(findings.back().kind));
     };
     EXPECT_EQ(findingOf({.path = "/usr", .operations = 1}), "");
@@ -114,9 +115,9 @@ TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
 TEST(RuleFindings, AProgramThatFailsItsCheckStandsBetweenRedundancyAndTheMissingPath)
 {
     // given a rule with every fault, covered by another one
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    store.addPolicyRule(policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
-    const RuleRef rule = policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    store.addPolicyRule(test::policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
+    const rules::RuleRef rule = test::policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
     std::vector<std::string> names;
     for (const RuleFinding& finding : findingsForRule(store, rule))
         names.emplace_back(findingName(finding.kind));
@@ -129,9 +130,9 @@ TEST(RuleFindings, AProgramThatFailsItsCheckStandsBetweenRedundancyAndTheMissing
 
 TEST(RuleFindings, AreOnlyOfTheKindsThatAreLookedFor)
 {
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    store.addPolicyRule(policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
-    const RuleRef rule = policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    store.addPolicyRule(test::policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
+    const rules::RuleRef rule = test::policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
     const auto found
         = [&](FindingKinds kinds) { return namesOf(findingsForRule(store, rule, {.kinds = kinds})); };
     EXPECT_EQ(found({}), "");
@@ -143,13 +144,13 @@ TEST(RuleFindings, AreOnlyOfTheKindsThatAreLookedFor)
 
 TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
 {
-    GivenFacts facts;
+    test::GivenFacts facts;
     facts.existing = {"/bin/tool"};
     facts.teams = {{"/bin/tool", "TEAM123456"}};
     facts.proofs = {{"/bin/tool", TeamProof::foreignRoot}};
-    const RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    const rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
     const auto found = [&](const char* process, const char* constraint) {
-        const RuleRef rule = policyRule({.policyType = PolicyType::suffix,
+        const rules::RuleRef rule = test::policyRule({.policyType = rules::PolicyType::suffix,
             .path = ".x",
             .processName = process,
             .constraint = constraint,
@@ -173,10 +174,11 @@ TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
 TEST(RowFindings, AnOverlapNamesTheEarliestEarlierRow)
 {
     // given two rules that allow, then one that denies, and a watch rule before all of them
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    store.addWatchRule(watchRule({.path = "/usr/", .processName = "any", .operations = 1}));
-    for (const std::int32_t policyClass : {PolicyClass::allow, PolicyClass::allow, PolicyClass::deny}) {
-        store.addPolicyRule(policyRule({.policyClass = policyClass,
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    store.addWatchRule(test::watchRule({.path = "/usr/", .processName = "any", .operations = 1}));
+    for (const std::int32_t policyClass :
+        {rules::PolicyClass::allow, rules::PolicyClass::allow, rules::PolicyClass::deny}) {
+        store.addPolicyRule(test::policyRule({.policyClass = policyClass,
             .path = "/usr/",
             .processName = "/bin/sh",
             .operations = static_cast<std::uint32_t>(3 - policyClass)}));
@@ -193,13 +195,14 @@ TEST(RowFindings, AnOverlapNamesTheEarliestEarlierRow)
 
 TEST(RowFindings, ASystemRuleOverlapsNothing)
 {
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
     for (const bool system : {true, false}) {
-        store.addPolicyRule(policyRule({.policyClass = system ? PolicyClass::allow : PolicyClass::deny,
-            .path = "/usr/",
-            .processName = "/bin/sh",
-            .operations = 1,
-            .system = system}));
+        store.addPolicyRule(
+            test::policyRule({.policyClass = system ? rules::PolicyClass::allow : rules::PolicyClass::deny,
+                .path = "/usr/",
+                .processName = "/bin/sh",
+                .operations = 1,
+                .system = system}));
     }
     const RowFindings findings(store, true, {.kinds = {FindingKind::overlap}});
     EXPECT_EQ(namesOf(findings.at(0)) + namesOf(findings.at(1)), "");
@@ -220,4 +223,4 @@ TEST(FindingKinds, HaveNamesByWhichTheyAreFound)
     EXPECT_TRUE(FindingKinds::usual().contains(FindingKind::unproven));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

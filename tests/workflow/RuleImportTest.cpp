@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -28,19 +28,22 @@ protected:
         import.reset();
         document.reset();
         store = sandbox.load();
-        document = std::make_unique<TestDocument>(*store, run);
+        document = std::make_unique<test::TestDocument>(*store, run);
         import = std::make_unique<RuleImport>(*document, RulesPlace::of(facts));
         import->begin("/exchange/Photo Tools,2.quorv");
     }
 
-    static RuleRef policy(PolicyRuleFields fields) { return policyRule(std::move(fields)); }
+    static rules::RuleRef policy(rules::PolicyRuleFields fields)
+    {
+        return test::policyRule(std::move(fields));
+    }
 
     // The record that an import makes of a policy rule.
-    PolicyRulePtr imported(PolicyRuleFields fields)
+    rules::PolicyRulePtr imported(rules::PolicyRuleFields fields)
     {
-        return std::get<PolicyRulePtr>(import->importRule(policy(std::move(fields))));
+        return std::get<rules::PolicyRulePtr>(import->importRule(policy(std::move(fields))));
     }
-    std::string constraintFor(const NullableText& process, const NullableText& constraint = "")
+    std::string constraintFor(const rules::NullableText& process, const rules::NullableText& constraint = "")
     {
         const auto rule = imported({.path = "/p", .processName = process, .constraint = constraint});
         return std::string(rule->constraint().written());
@@ -55,13 +58,16 @@ protected:
         return import->didFinishImportingRules();
     }
 
-    std::string userFile() const { return TemporaryFolder::contents(sandbox.locations.userRulesFile()); }
+    std::string userFile() const
+    {
+        return test::TemporaryFolder::contents(sandbox.locations.userRulesFile());
+    }
 
-    const StoreSandbox sandbox;
-    GivenFacts facts;
+    const test::StoreSandbox sandbox;
+    test::GivenFacts facts;
     RunState run;
-    std::unique_ptr<RuleManager> store;
-    std::unique_ptr<TestDocument> document;
+    std::unique_ptr<rules::RuleManager> store;
+    std::unique_ptr<test::TestDocument> document;
     std::unique_ptr<RuleImport> import;
 };
 
@@ -96,12 +102,13 @@ TEST_F(RuleImportTest, NamesItsTagAfterTheFile)
 TEST_F(RuleImportTest, TagsRulesThatHaveNoneAndKeepsTheOthersTags)
 {
     openStore();
-    const auto tagOfPolicy = [this](const NullableText& tag) {
+    const auto tagOfPolicy = [this](const rules::NullableText& tag) {
         return std::string(imported({.path = "/p", .processName = "any", .tag = tag})->tag().written());
     };
-    const auto tagOfWatch = [this](const NullableText& tag) {
-        const auto rule = import->importRule(watchRule({.path = "/w", .processName = "any", .tag = tag}));
-        return std::string(std::get<WatchRulePtr>(rule)->tag().written());
+    const auto tagOfWatch = [this](const rules::NullableText& tag) {
+        const auto rule
+            = import->importRule(test::watchRule({.path = "/w", .processName = "any", .tag = tag}));
+        return std::string(std::get<rules::WatchRulePtr>(rule)->tag().written());
     };
 
     EXPECT_EQ(tagOfPolicy(""), "Photo Tools");
@@ -134,7 +141,7 @@ TEST_F(RuleImportTest, BindsAPolicyRuleToItsProgram)
     facts.folders = {"/Applications/Mail.app", "/Applications/"};
     const struct {
         const char* why;
-        NullableText process;
+        rules::NullableText process;
         std::string constraint;
     } cases[] = {
         {"signed", "/signed", "TEAM123456"},
@@ -171,7 +178,7 @@ TEST_F(RuleImportTest, BindsARuleToAProgramOnDisk)
     const std::string program = sandbox.folder.write("signed", test::signedProgram());
     const std::string plain = sandbox.folder.write("plain", "#!/bin/sh\n");
     EXPECT_EQ(constraintFor(program), "TEAM123456");
-    EXPECT_EQ(constraintFor(plain), sha256("#!/bin/sh\n"));
+    EXPECT_EQ(constraintFor(plain), codesign::sha256("#!/bin/sh\n"));
     EXPECT_EQ(constraintFor(sandbox.folder.path()), "");
 }
 
@@ -202,7 +209,7 @@ TEST_F(RuleImportTest, AProgramWhoseDigestCannotBeReadIsBoundToNothing)
 TEST_F(RuleImportTest, AWatchRuleIsBoundToNothing)
 {
     openStore();
-    import->importRule(watchRule({.path = "/w", .processName = "/opt/tool"}));
+    import->importRule(test::watchRule({.path = "/w", .processName = "/opt/tool"}));
     EXPECT_EQ(facts.questions, 0);
 }
 
@@ -222,8 +229,8 @@ TEST_F(RuleImportTest, AsksForTheFactsOfAProgramOnceAnImport)
 TEST_F(RuleImportTest, TheReviewedRuleItselfStaysAsItWas)
 {
     openStore();
-    const auto rule = policyRule({.path = "/p", .processName = "/opt/tool"});
-    const auto stored = std::get<PolicyRulePtr>(import->importRule(rule));
+    const auto rule = test::policyRule({.path = "/p", .processName = "/opt/tool"});
+    const auto stored = std::get<rules::PolicyRulePtr>(import->importRule(rule));
     EXPECT_NE(stored, rule);
     EXPECT_EQ(rule->tag().view(), "");
     EXPECT_EQ(rule->constraint().view(), "");
@@ -286,11 +293,12 @@ TEST_F(RuleImportTest, DeliberateAPolicyRuleThatASearchHidesIsAddedOnceMore)
     store->applyFilterWithString("SEEN");
     for (const char* path : {"/a", "/seen", "/a"})
         imported({.policyType = 1, .path = path, .processName = "any", .operations = 1});
-    import->importRule(watchRule({.policyType = 1, .path = "/w", .processName = "any", .operations = 1}));
+    import->importRule(
+        test::watchRule({.policyType = 1, .path = "/w", .processName = "any", .operations = 1}));
 
     EXPECT_EQ(import->addedRules(), 2) << "a hidden one is never seen; watch rules are compared with all";
     store->applyFilterWithString("");
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/w", "/a", "/seen", "/a", "/a"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/w", "/a", "/seen", "/a", "/a"}));
 }
 
 TEST_F(RuleImportTest, ARuleAddedUnderASearchIsSeenWhenItPasses)
@@ -311,8 +319,8 @@ TEST_F(RuleImportTest, NullTextsEqualNothing)
         imported({.path = {}, .processName = "any"});
         imported({.path = "/p", .processName = {}});
         imported({.path = "/p", .processName = "any", .constraint = {}});
-        import->importRule(watchRule({.path = {}, .processName = "any"}));
-        import->importRule(watchRule({.path = "/w", .processName = {}}));
+        import->importRule(test::watchRule({.path = {}, .processName = "any"}));
+        import->importRule(test::watchRule({.path = "/w", .processName = {}}));
     }
     EXPECT_EQ(import->addedRules(), 10);
 }
@@ -321,24 +329,25 @@ TEST_F(RuleImportTest, WatchRulesShowOnlyWhenTheImportIsFinished)
 {
     openStore("watch path /a any r\n");
     ASSERT_EQ(store->totalRules(true), 1U);
-    import->importRule(watchRule({.policyType = 1, .path = "/b", .processName = "any", .operations = 1}));
+    import->importRule(
+        test::watchRule({.policyType = 1, .path = "/b", .processName = "any", .operations = 1}));
     EXPECT_EQ(store->watchRules().size(), 2U);
     EXPECT_EQ(store->totalRules(true), 1U);
 
     import->didFinishImportingRules();
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
 }
 
 TEST_F(RuleImportTest, WritesAndReadsTheUsersFileAndMarksTheRun)
 {
     openStore("; a comment\nallow path /a any r t C 9\n");
-    const std::int64_t before = policyAt(*store, 0)->sequence();
+    const std::int64_t before = test::policyAt(*store, 0)->sequence();
     const ImportResult result = importText("allow path /b any r\n");
 
     EXPECT_EQ(userFile(),
         "allow path \"/b\" \"any\" r \"Photo Tools\" \"\" \"0\"\n"
         "allow path \"/a\" \"any\" r \"t\" \"C\" \"9\"\n");
-    EXPECT_GT(policyAt(*store, 0)->sequence(), before) << "the store was read again";
+    EXPECT_GT(test::policyAt(*store, 0)->sequence(), before) << "the store was read again";
     EXPECT_EQ(result.notice.header, "Import Successful");
     EXPECT_EQ(result.notice.message, "Successfully imported 1 rules");
     EXPECT_TRUE(result.hasImported);
@@ -391,7 +400,7 @@ TEST_F(RuleImportTest, AFileThatCannotBeWrittenIsToldOfAndNoRuleIsLost)
     std::filesystem::create_directory(sandbox.locations.userRulesFile());
     const ImportResult result = importText("allow path /b any r\n");
     EXPECT_TRUE(result.writeFailure.value_or("").starts_with("Failed to open file")) << *result.writeFailure;
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
     EXPECT_TRUE(isThere(sandbox.locations.failSafeFile()));
 }
 
@@ -399,9 +408,9 @@ TEST_F(RuleImportTest, KeepsTheSearchAndTheSortOrder)
 {
     openStore("allow path /b any r\n");
     store->applyFilterWithString("photo");
-    store->sortIndexUsingDescriptors({{SortKey::path, false}});
+    store->sortIndexUsingDescriptors({{rules::SortKey::path, false}});
     importText("allow path /x any r\nallow path /y any r\nallow path /z any r other\n");
-    EXPECT_EQ(rowPaths(*store), (std::vector<std::string>{"/y", "/x"}));
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/y", "/x"}));
 }
 
 // Every import is held against what plain walks over the lists say.
@@ -414,25 +423,27 @@ TEST_F(RuleImportTest, AgreesWithPlainWalksOverTheLists)
     int hidden = 0;
     for (unsigned seed = 1; seed <= 6; ++seed) {
         SCOPED_TRACE(seed);
-        RandomRules random(seed);
+        test::RandomRules random(seed);
         openStore();
-        std::vector<RuleRef> imports;
+        std::vector<rules::RuleRef> imports;
         for (int step = 0; step < 500; ++step) {
             if (random.below(30) == 0)
                 store->applyFilterWithString(random.oneOf<std::string>({"", "USERS", "a", "photo", "work"}));
             if (random.below(30) == 0 && !store->policyRules().empty())
                 store->deletePolicyRule(*random.oneOf(store->policyRules()));
             if (imports.empty() || random.below(3) == 0)
-                imports.push_back(
-                    random.below(4) == 0 ? RuleRef(watchRule(random.watch())) : policy(random.policy()));
+                imports.push_back(random.below(4) == 0 ? rules::RuleRef(test::watchRule(random.watch()))
+                                                       : policy(random.policy()));
             const auto policies = store->policyRules();
             const auto watches = store->watchRules().slots();
             const std::int32_t before = import->addedRules();
-            const RuleRef taken = import->importRule(random.oneOf(imports));
-            const PolicyRule* policyTaken = policyRuleIn(taken);
+            const rules::RuleRef taken = import->importRule(random.oneOf(imports));
+            const rules::PolicyRule* policyTaken = policyRuleIn(taken);
             const bool isThere = policyTaken == nullptr
                 ? std::any_of(watches.begin(), watches.end(),
-                    [&](const auto& e) { return e->isEqualToWatchRule(*std::get<WatchRulePtr>(taken)); })
+                    [&](const auto& e) {
+                        return e->isEqualToWatchRule(*std::get<rules::WatchRulePtr>(taken));
+                    })
                 : std::any_of(policies.begin(), policies.end(),
                     [&](const auto& e) { return e->isEqualToPolicyRule(*policyTaken); });
             ASSERT_EQ(import->addedRules() - before, isThere ? 0 : 1);
@@ -447,4 +458,4 @@ TEST_F(RuleImportTest, AgreesWithPlainWalksOverTheLists)
     EXPECT_GT(hidden, 30);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -11,31 +11,32 @@ class RuleLikeness : public testing::Test {
 protected:
     RuleLikeness()
     {
-        store.addWatchRule(watchRule({.path = "/w", .processName = "/bin/a", .tag = "one", .operations = 1}));
+        store.addWatchRule(
+            test::watchRule({.path = "/w", .processName = "/bin/a", .tag = "one", .operations = 1}));
         add({.path = "/a", .processName = "/bin/a", .tag = "one"});
         add({.policyClass = 1, .policyType = 2, .path = "/b", .processName = "/bin/b", .tag = "two"});
         add({.path = "/c", .processName = "/bin/c via /bin/a"});
         add({.policyClass = 1, .path = "/d", .processName = "/bin/c", .system = true});
     }
-    void add(PolicyRuleFields fields)
+    void add(rules::PolicyRuleFields fields)
     {
         fields.operations = 1;
-        store.addPolicyRule(policyRule(std::move(fields)));
+        store.addPolicyRule(test::policyRule(std::move(fields)));
     }
     // The paths of the rules that are like those of these rows.
     std::string alike(std::vector<RulesSelection::Range> rows, RuleTrait trait) const
     {
         return pathsOf(rulesLike({store.rows(), true, std::move(rows)}, trait));
     }
-    static std::string pathsOf(const std::vector<RuleRef>& rules)
+    static std::string pathsOf(const std::vector<rules::RuleRef>& rules)
     {
         std::string paths;
-        for (const RuleRef& rule : rules)
+        for (const rules::RuleRef& rule : rules)
             paths += askRule(rule, [](const auto& record) { return std::string(record.path().view()); });
         return paths;
     }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };
 
 } // namespace
@@ -58,8 +59,10 @@ TEST_F(RuleLikeness, IsThatOfAnySelectedRule)
 
 TEST_F(RuleLikeness, IsThatOfAProblemOfAnySelectedRule)
 {
-    const std::vector<RuleRef> rules = store.allRules(); // /w /a /b /d /c
-    const auto problemOf = [](const RuleRef& rule, FindingKind kind) { return KnownProblem{rule, {kind}}; };
+    const std::vector<rules::RuleRef> rules = store.allRules(); // /w /a /b /d /c
+    const auto problemOf = [](const rules::RuleRef& rule, FindingKind kind) {
+        return KnownProblem{rule, {kind}};
+    };
     ProblemLists::Lists lists;
     lists[static_cast<std::size_t>(FindingKind::redundant)]
         = {problemOf(rules[0], FindingKind::redundant), problemOf(rules[2], FindingKind::redundant)};
@@ -76,4 +79,4 @@ TEST_F(RuleLikeness, IsThatOfAProblemOfAnySelectedRule)
     EXPECT_EQ(alike({1, 2}), "");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -9,14 +9,15 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-PolicyRuleFields allow(std::int32_t type, const NullableText& path, const NullableText& process = "/bin/a",
-    std::uint32_t operations = 1, const NullableText& constraint = "")
+rules::PolicyRuleFields allow(std::int32_t type, const rules::NullableText& path,
+    const rules::NullableText& process = "/bin/a", std::uint32_t operations = 1,
+    const rules::NullableText& constraint = "")
 {
-    return {.policyClass = PolicyClass::allow,
+    return {.policyClass = rules::PolicyClass::allow,
         .policyType = type,
         .path = path,
         .processName = process,
@@ -24,32 +25,32 @@ PolicyRuleFields allow(std::int32_t type, const NullableText& path, const Nullab
         .operations = operations};
 }
 
-PolicyRuleFields denying(PolicyRuleFields rule)
+rules::PolicyRuleFields denying(rules::PolicyRuleFields rule)
 {
-    rule.policyClass = PolicyClass::deny;
+    rule.policyClass = rules::PolicyClass::deny;
     return rule;
 }
 
-bool overlapBothWays(const PolicyRuleFields& a, const PolicyRuleFields& b)
+bool overlapBothWays(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
 {
     EXPECT_EQ(rulesOverlap(a, denying(b)), rulesOverlap(denying(b), a));
     return rulesOverlap(a, denying(b));
 }
 
-constexpr std::int32_t prefix = PolicyType::prefix;
-constexpr std::int32_t path = PolicyType::path;
-constexpr std::int32_t suffix = PolicyType::suffix;
+constexpr std::int32_t prefix = rules::PolicyType::prefix;
+constexpr std::int32_t path = rules::PolicyType::path;
+constexpr std::int32_t suffix = rules::PolicyType::suffix;
 
 } // namespace
 
 TEST(RuleOverlaps, NeedAnAllowingAndADenyingRuleAndAnOperationInCommon)
 {
-    const PolicyRuleFields rule = allow(path, "/x");
+    const rules::PolicyRuleFields rule = allow(path, "/x");
     EXPECT_TRUE(rulesOverlap(rule, denying(rule)));
     EXPECT_FALSE(rulesOverlap(rule, rule));
     EXPECT_FALSE(rulesOverlap(denying(rule), denying(rule)));
-    PolicyRuleFields unknown = rule;
-    unknown.policyClass = unknownCode;
+    rules::PolicyRuleFields unknown = rule;
+    unknown.policyClass = rules::unknownCode;
     EXPECT_FALSE(rulesOverlap(rule, unknown));
     EXPECT_TRUE(overlapBothWays(allow(path, "/x", "any", 3), allow(path, "/x", "any", 6)));
     EXPECT_FALSE(overlapBothWays(allow(path, "/x", "any", 1), allow(path, "/x", "any", 6)));
@@ -59,8 +60,8 @@ TEST(RuleOverlaps, NeedPathsOfWhichOneCoversTheOther)
 {
     const struct {
         const char* why;
-        PolicyRuleFields a;
-        PolicyRuleFields b;
+        rules::PolicyRuleFields a;
+        rules::PolicyRuleFields b;
         bool overlap;
     } cases[] = {
         {"a prefix covers a path", allow(prefix, "/a/"), allow(path, "/a/b"), true},
@@ -75,8 +76,8 @@ TEST(RuleOverlaps, NeedPathsOfWhichOneCoversTheOther)
         {"a suffix meets a prefix always", allow(suffix, ".txt"), allow(prefix, "/a/"), true},
         {"any is every path, whatever its type", allow(path, "any"), allow(suffix, ".x"), true},
         {"an empty path is, too", allow(path, ""), allow(path, "/x"), true},
-        {"two of an unknown type", allow(unknownCode, "/x"), allow(unknownCode, "/x"), false},
-        {"an unknown type's text is covered", allow(unknownCode, "/x"), allow(path, "/x"), true},
+        {"two of an unknown type", allow(rules::unknownCode, "/x"), allow(rules::unknownCode, "/x"), false},
+        {"an unknown type's text is covered", allow(rules::unknownCode, "/x"), allow(path, "/x"), true},
         {"a missing path", allow(path, {}), allow(path, ""), false},
     };
     for (const auto& c : cases)
@@ -121,9 +122,9 @@ TEST(RuleOverlaps, NeedConstraintsThatCanBothHold)
         {"none holds with all", "", "TEAM", true},
         {"one team", "TEAM", "TEAM", true},
         {"two teams", "TEAM", "OTHER", false},
-        {"two digests of one length", sha1OfNothing, other1, false},
-        {"two digests of two lengths", sha1OfNothing, sha256OfNothing, true},
-        {"a digest and a team", sha1OfNothing, "TEAM", true},
+        {"two digests of one length", test::sha1OfNothing, other1, false},
+        {"two digests of two lengths", test::sha1OfNothing, test::sha256OfNothing, true},
+        {"a digest and a team", test::sha1OfNothing, "TEAM", true},
         {"the platform's mark is no team", "APPLE_PF_BINARY", "TEAM", true},
     };
     for (const auto& c : cases) {
@@ -142,14 +143,14 @@ TEST(RuleOverlaps, AreThoseOfAWalkOfAllPairs)
     const char* const processes[] = {"/bin/a", "/bin/a (-x)", "/bin/b", "any", "/bin/a via /p",
         "/bin/a via any", "any via /p", "any ancestor /z", "any via name"};
     const std::string other1(40, 'f');
-    const std::string constraints[]
-        = {"", "", "", "TEAM", "OTHER", "APPLE_PF_BINARY", sha1OfNothing, other1, sha256OfNothing};
+    const std::string constraints[] = {
+        "", "", "", "TEAM", "OTHER", "APPLE_PF_BINARY", test::sha1OfNothing, other1, test::sha256OfNothing};
     std::size_t found = 0;
     for (int round = 0; round < 300; ++round) {
         // given rules out of few values
-        std::vector<PolicyRuleFields> rules(1 + random() % 30);
-        std::vector<const PolicyRuleFields*> asked;
-        for (PolicyRuleFields& rule : rules) {
+        std::vector<rules::PolicyRuleFields> rules(1 + random() % 30);
+        std::vector<const rules::PolicyRuleFields*> asked;
+        for (rules::PolicyRuleFields& rule : rules) {
             rule = {.policyClass = oneOf(std::vector{0, 0, 1, 1, 4}),
                 .policyType = oneOf(std::vector{0, 1, 2, 2, 4}),
                 .path = oneOf(paths),
@@ -177,4 +178,4 @@ TEST(RuleOverlaps, AreThoseOfAWalkOfAllPairs)
     EXPECT_GT(found, 500U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -14,20 +14,21 @@ class RuleProblems : public testing::Test {
 protected:
     RuleProblems() { facts.existing = {"/bin/sh", "/etc/hosts"}; }
 
-    std::vector<RuleProblem> problemsOf(PolicyRuleFields fields, LineEnds lineEnds = LineEnds::cut)
+    std::vector<RuleProblem> problemsOf(
+        rules::PolicyRuleFields fields, rules::LineEnds lineEnds = rules::LineEnds::cut)
     {
         if (fields.operations == 0)
             fields.operations = 1;
         return problemsOfRuleAlone(makeRuleValue(std::move(fields)), RulesPlace::of(facts), lineEnds);
     }
-    RuleProblem onlyProblemOf(PolicyRuleFields fields)
+    RuleProblem onlyProblemOf(rules::PolicyRuleFields fields)
     {
         const auto problems = problemsOf(std::move(fields));
         EXPECT_EQ(problems.size(), 1U);
         return problems.empty() ? RuleProblem() : problems.front();
     }
 
-    GivenFacts facts;
+    test::GivenFacts facts;
 };
 
 } // namespace
@@ -90,15 +91,15 @@ TEST_F(RuleProblems, SayWhatTheRulesFileHasNoPlaceFor)
 TEST_F(RuleProblems, AreNothingThatTheMissingPlaceCouldTell)
 {
     const auto problems = problemsOfRuleAlone(
-        makeRuleValue(PolicyRuleFields{.path = "/gone", .processName = "/bin/old", .operations = 1}),
-        RulesPlace::nowhere(), LineEnds::cut);
+        makeRuleValue(rules::PolicyRuleFields{.path = "/gone", .processName = "/bin/old", .operations = 1}),
+        RulesPlace::nowhere(), rules::LineEnds::cut);
     EXPECT_TRUE(problems.empty());
 }
 
 TEST_F(RuleProblems, TellOfTheOtherRuleInWords)
 {
-    const RuleValue wide
-        = makeRuleValue(PolicyRuleFields{.path = "/etc/", .processName = "/bin/sh", .operations = 3});
+    const rules::RuleValue wide
+        = makeRuleValue(rules::PolicyRuleFields{.path = "/etc/", .processName = "/bin/sh", .operations = 3});
     const RuleProblem covered = problemWith(FindingKind::redundant, wide);
     EXPECT_EQ(covered.text, "Covered by: sh may read and write anything in /etc/.");
     EXPECT_EQ(covered.mending, Mending::drop);
@@ -108,15 +109,15 @@ TEST_F(RuleProblems, TellOfTheOtherRuleInWords)
 
 TEST_F(RuleProblems, FindTheCoveringRuleAmongEqualOnes)
 {
-    RuleManager store(Locations("/nonexistent", "nobody"), silentLog());
-    const PolicyRuleFields fields{.path = "/etc/", .processName = "/bin/sh", .operations = 3};
-    const PolicyRulePtr first = policyRule(fields);
-    const PolicyRulePtr second = policyRule(fields);
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    const rules::PolicyRuleFields fields{.path = "/etc/", .processName = "/bin/sh", .operations = 3};
+    const rules::PolicyRulePtr first = test::policyRule(fields);
+    const rules::PolicyRulePtr second = test::policyRule(fields);
     store.addPolicyRule(first);
     EXPECT_EQ(storedCoveringRule(store, first), std::nullopt);
     store.addPolicyRule(second);
-    EXPECT_EQ(storedCoveringRule(store, first), RuleRef(second));
-    EXPECT_EQ(storedCoveringRule(store, second), RuleRef(first));
+    EXPECT_EQ(storedCoveringRule(store, first), rules::RuleRef(second));
+    EXPECT_EQ(storedCoveringRule(store, second), rules::RuleRef(first));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,16 +5,16 @@
 #include <string>
 #include <utility>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-PolicyRuleFields allowing(std::string path, std::string process)
+rules::PolicyRuleFields allowing(std::string path, std::string process)
 {
     return {.path = std::move(path), .processName = std::move(process), .operations = 1};
 }
 
-std::string sentenceOf(PolicyRuleFields fields)
+std::string sentenceOf(rules::PolicyRuleFields fields)
 {
     return ruleSentence(makeRuleValue(std::move(fields)));
 }
@@ -22,7 +22,7 @@ std::string sentenceOf(PolicyRuleFields fields)
 // For programs of all forms.
 std::string sentenceFor(std::string process, std::int32_t policyClass = 0)
 {
-    PolicyRuleFields fields = allowing("/etc/hosts", std::move(process));
+    rules::PolicyRuleFields fields = allowing("/etc/hosts", std::move(process));
     fields.policyType = 1;
     fields.policyClass = policyClass;
     return sentenceOf(std::move(fields));
@@ -31,14 +31,14 @@ std::string sentenceFor(std::string process, std::int32_t policyClass = 0)
 // For paths of all types.
 std::string sentenceAbout(std::string path, std::int32_t type)
 {
-    PolicyRuleFields fields = allowing(std::move(path), "/bin/sh");
+    rules::PolicyRuleFields fields = allowing(std::move(path), "/bin/sh");
     fields.policyType = type;
     return sentenceOf(std::move(fields));
 }
 
 std::string sentenceWith(std::uint32_t operations, std::int32_t policyClass = 0)
 {
-    PolicyRuleFields fields = allowing("any", "/bin/sh");
+    rules::PolicyRuleFields fields = allowing("any", "/bin/sh");
     fields.operations = operations;
     fields.policyClass = policyClass;
     return sentenceOf(std::move(fields));
@@ -62,8 +62,8 @@ TEST(RuleSentence, SaysWhatADenyRuleKeepsAProgramFrom)
 
 TEST(RuleSentence, SaysWhatAWatchRuleReports)
 {
-    EXPECT_EQ(ruleSentence(makeRuleValue(
-                  WatchRuleFields{.path = "/Library/LaunchAgents/", .processName = "any", .operations = 6})),
+    EXPECT_EQ(ruleSentence(makeRuleValue(rules::WatchRuleFields{
+                  .path = "/Library/LaunchAgents/", .processName = "any", .operations = 6})),
         "It is reported when any program writes or creates anything in /Library/LaunchAgents/.");
 }
 
@@ -111,7 +111,7 @@ TEST(RuleSentence, SaysOfWordsWithoutMeaningThatTheyAreNotKnown)
 
 TEST(RuleSentence, TellsOfProgramBindingDateAndTagBesides)
 {
-    PolicyRuleFields fields = allowing("any", "/bin/sh via /usr/sbin/cron");
+    rules::PolicyRuleFields fields = allowing("any", "/bin/sh via /usr/sbin/cron");
     EXPECT_EQ(ruleDetails(makeRuleValue(fields)),
         "/bin/sh \u00b7 started by /usr/sbin/cron \u00b7 bound to nothing but its path");
     fields.processName = "any";
@@ -123,8 +123,8 @@ TEST(RuleSentence, TellsOfProgramBindingDateAndTagBesides)
         "bound to the operating system's own programs \u00b7 made 2023-11-14 22:13:20 UTC \u00b7 tag work "
         "\u00b7 "
         "a system rule");
-    EXPECT_EQ(ruleDetails(makeRuleValue(
-                  WatchRuleFields{.path = "any", .processName = "any ancestor /usr/bin/ssh", .tag = "far"})),
+    EXPECT_EQ(ruleDetails(makeRuleValue(rules::WatchRuleFields{
+                  .path = "any", .processName = "any ancestor /usr/bin/ssh", .tag = "far"})),
         "/usr/bin/ssh \u00b7 tag far");
 }
 
@@ -137,4 +137,4 @@ TEST(RuleSentence, TellsConstraintsApartByTheirLength)
     EXPECT_EQ(constraintWords("K7Q2M9XW4T"), "bound to team K7Q2M9XW4T");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

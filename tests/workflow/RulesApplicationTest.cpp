@@ -8,22 +8,22 @@
 #include <algorithm>
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-std::vector<RuleRef> records(const RuleValues& rules)
+std::vector<rules::RuleRef> records(const test::RuleValues& rules)
 {
-    std::vector<RuleRef> refs;
-    for (const RuleValue& rule : rules)
+    std::vector<rules::RuleRef> refs;
+    for (const rules::RuleValue& rule : rules)
         refs.push_back(recordOf(rule));
     return refs;
 }
 
-std::vector<WantedRule> wantedRules(const RuleValues& rules)
+std::vector<WantedRule> wantedRules(const test::RuleValues& rules)
 {
     std::vector<WantedRule> wanted;
-    for (const RuleValue& rule : rules) {
+    for (const rules::RuleValue& rule : rules) {
         const bool isThere = std::any_of(wanted.begin(), wanted.end(),
             [&](const WantedRule& other) { return isEqualRule(other.rule, rule); });
         if (!isThere)
@@ -33,16 +33,16 @@ std::vector<WantedRule> wantedRules(const RuleValues& rules)
 }
 
 // The rules after the change, as far as their order does not matter.
-RuleValues applied(const std::vector<RuleRef>& present, const ChangeSet& change)
+test::RuleValues applied(const std::vector<rules::RuleRef>& present, const rules::ChangeSet& change)
 {
-    RuleValues rules;
-    for (const RuleRef& rule : present) {
+    test::RuleValues rules;
+    for (const rules::RuleRef& rule : present) {
         const auto isOf = [&](const auto& each) { return addressOf(each.rule) == addressOf(rule); };
         const auto changed = std::find_if(change.changed.begin(), change.changed.end(), isOf);
         if (std::none_of(change.removed.begin(), change.removed.end(), isOf))
             rules.push_back(changed == change.changed.end() ? valueOf(rule) : changed->after);
     }
-    for (const ChangeSet::Addition& addition : change.added)
+    for (const rules::ChangeSet::Addition& addition : change.added)
         rules.push_back(addition.value);
     return rules;
 }
@@ -50,8 +50,8 @@ RuleValues applied(const std::vector<RuleRef>& present, const ChangeSet& change)
 std::string presence(
     const std::string& wanted, const std::string& present, const std::vector<std::string>& tags)
 {
-    const std::vector<RuleRef> refs = records(namedRules(present));
-    return namesOf(applied(refs, presenceOf(wantedRules(namedRules(wanted)), refs, tags).change));
+    const std::vector<rules::RuleRef> refs = records(test::namedRules(present));
+    return test::namesOf(applied(refs, presenceOf(wantedRules(test::namedRules(wanted)), refs, tags).change));
 }
 
 } // namespace
@@ -64,10 +64,12 @@ TEST(RulesApplication, AddsWhatIsMissingAndBringsTagAndTimeToWhatIsWanted)
 
 TEST(RulesApplication, KeepsTagAndTimeThatAreNotGiven)
 {
-    const std::vector<RuleRef> present = records(namedRules("a:x@1"));
-    const RuleValue rule = namedRule("a:t@5");
-    EXPECT_EQ(namesOf(applied(present, presenceOf({{rule, false, true}}, present, {}).change)), "a:x@5");
-    EXPECT_EQ(namesOf(applied(present, presenceOf({{rule, true, false}}, present, {}).change)), "a:t@1");
+    const std::vector<rules::RuleRef> present = records(test::namedRules("a:x@1"));
+    const rules::RuleValue rule = test::namedRule("a:t@5");
+    EXPECT_EQ(
+        test::namesOf(applied(present, presenceOf({{rule, false, true}}, present, {}).change)), "a:x@5");
+    EXPECT_EQ(
+        test::namesOf(applied(present, presenceOf({{rule, true, false}}, present, {}).change)), "a:t@1");
     EXPECT_EQ(presenceOf({{rule, false, false}}, present, {}).unchanged, 1U);
 }
 
@@ -79,34 +81,34 @@ TEST(RulesApplication, PrunesOtherRulesOfTheTagsAlone)
 
 TEST(RulesApplication, RemovesEveryRuleThatIsNotWanted)
 {
-    const std::vector<RuleRef> present = records(namedRules("a:x b a:y c"));
-    const RulesApplication absence = absenceOf(wantedRules(namedRules("a c:t d")), present);
-    EXPECT_EQ(namesOf(applied(present, absence.change)), "b");
+    const std::vector<rules::RuleRef> present = records(test::namedRules("a:x b a:y c"));
+    const RulesApplication absence = absenceOf(wantedRules(test::namedRules("a c:t d")), present);
+    EXPECT_EQ(test::namesOf(applied(present, absence.change)), "b");
     EXPECT_EQ(absence.unchanged, 1U);
 }
 
 TEST(RulesApplication, ChangesNothingWhenItIsDoneAgain)
 {
-    RandomRules random(21);
+    test::RandomRules random(21);
     for (int round = 0; round < 500; ++round) {
-        const std::vector<RuleRef> present = records(randomRuleList(random, 8));
+        const std::vector<rules::RuleRef> present = records(randomRuleList(random, 8));
         const std::vector<WantedRule> wanted = wantedRules(randomRuleList(random, 6));
         const std::vector<std::string> tags = random.oneOf<std::vector<std::string>>({{}, {"x"}, {"x", "y"}});
-        const RuleValues after = applied(present, presenceOf(wanted, present, tags).change);
+        const test::RuleValues after = applied(present, presenceOf(wanted, present, tags).change);
         const RulesApplication again = presenceOf(wanted, records(after), tags);
         ASSERT_TRUE(again.change.isEmpty() && again.difference.isEmpty());
         ASSERT_EQ(again.unchanged, wanted.size());
         for (const WantedRule& rule : wanted) {
-            ASSERT_TRUE(std::any_of(after.begin(), after.end(), [&](const RuleValue& other) {
+            ASSERT_TRUE(std::any_of(after.begin(), after.end(), [&](const rules::RuleValue& other) {
                 return isEqualRule(other, rule.rule) && hasSameMarks(other, rule.rule);
             }));
         }
-        const std::vector<RuleRef> now = records(after);
-        for (const RuleValue& rule : applied(now, absenceOf(wanted, now).change)) {
+        const std::vector<rules::RuleRef> now = records(after);
+        for (const rules::RuleValue& rule : applied(now, absenceOf(wanted, now).change)) {
             ASSERT_TRUE(std::none_of(wanted.begin(), wanted.end(),
                 [&](const WantedRule& other) { return isEqualRule(other.rule, rule); }));
         }
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

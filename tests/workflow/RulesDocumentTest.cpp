@@ -5,7 +5,7 @@
 
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -16,14 +16,15 @@ std::string line(const std::string& path, const std::string& tag = "", const std
 
 class RulesDocumentTest : public testing::Test {
 protected:
-    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
-    std::vector<JournalVersion> versions() const
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::vector<history::JournalVersion> versions() const
     {
-        return Journal::open(box.folder.path("state"), box.locations.userRulesFile(), {}, silentLog())
+        return history::Journal::open(
+            box.folder.path("state"), box.locations.userRulesFile(), {}, test::silentLog())
             ->versions();
     }
 
-    StoreSandbox box;
+    test::StoreSandbox box;
 };
 
 using Kind = DocumentNews::Kind;
@@ -33,7 +34,7 @@ using Kind = DocumentNews::Kind;
 TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     const ChangeResult result = window.add("/b/");
     EXPECT_FALSE(result.failure);
     EXPECT_EQ(file(), line("/a/") + line("/b/"));
@@ -45,14 +46,14 @@ TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
     EXPECT_EQ(kept[0].program, "test");
     EXPECT_EQ(kept[0].rules, 2U);
     EXPECT_EQ(kept[0].added, 1U);
-    EXPECT_EQ(kept[0].state, VersionState::done);
+    EXPECT_EQ(kept[0].state, history::VersionState::done);
     EXPECT_EQ(kept[1].program, std::nullopt); // the file as it was found
     EXPECT_EQ(kept[1].bytes, line("/a/").size());
 }
 
 TEST_F(RulesDocumentTest, AFileThatIsMissingIsMadeForOwnerAndGroup)
 {
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     EXPECT_FALSE(window.add("/b/").failure);
     EXPECT_EQ(file(), line("/b/"));
     struct stat status { };
@@ -64,7 +65,7 @@ TEST_F(RulesDocumentTest, AFileThatIsMissingIsMadeForOwnerAndGroup)
 TEST_F(RulesDocumentTest, AChangeOfNothingWritesTheFileAllTheSame)
 {
     box.writeUserRules("; a comment\n" + line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.document->perform({}, {"Delete 0 Rules"});
     EXPECT_EQ(file(), line("/a/"));
     EXPECT_EQ(window.run.g_dirty, 1);
@@ -75,7 +76,7 @@ TEST_F(RulesDocumentTest, UndoAndRedoRestoreTagTimeAndOrder)
 {
     const std::string before = line("/a/", "one") + line("/b/", "two") + line("/c/");
     box.writeUserRules(before);
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.remove("/a/");
     EXPECT_EQ(window.document->undoName(), "Delete Rule");
     EXPECT_TRUE(window.document->undo());
@@ -95,11 +96,11 @@ TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
     const std::string before = line("/a/", "one") + line("/b/", "two");
     box.writeUserRules(before);
     {
-        DocumentAtWork earlier(box);
+        test::DocumentAtWork earlier(box);
         earlier.remove("/a/");
         earlier.tag("/b/", "three");
     }
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     EXPECT_EQ(window.document->undoName(), "Edit Tag");
     EXPECT_TRUE(window.document->undo());
     EXPECT_EQ(file(), line("/b/", "two"));
@@ -112,10 +113,10 @@ TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
 TEST_F(RulesDocumentTest, AnActionThatRefusesCutsWritesNothingWhereAnotherProgramsRuleWouldBeCut)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     const std::string foreign = line("/a/") + line("/caf\u00e9s/");
     box.writeUserRules(foreign);
-    const ChangeSet change = taggingOf({window.ruleWith("/a/")}, "t");
+    const rules::ChangeSet change = taggingOf({window.ruleWith("/a/")}, "t");
     EXPECT_TRUE(window.document->perform(change, {.action = "Edit Tag", .refusesCuts = true}).failure);
     EXPECT_EQ(file(), foreign);
 }
@@ -123,7 +124,7 @@ TEST_F(RulesDocumentTest, AnActionThatRefusesCutsWritesNothingWhereAnotherProgra
 TEST_F(RulesDocumentTest, AnUndoThatChangesNothingCounts)
 {
     box.writeUserRules("");
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/a/");
     window.add("/b/");
     box.writeUserRules(line("/a/"));
@@ -136,7 +137,7 @@ TEST_F(RulesDocumentTest, AnUndoThatChangesNothingCounts)
 TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.remove("/a/");
     box.writeUserRules(line("/b/") + line("/foreign/"));
     EXPECT_TRUE(window.document->undo());
@@ -146,22 +147,22 @@ TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
 TEST_F(RulesDocumentTest, TwoProgramsLoseNothingOfEachOther)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
-    DocumentAtWork one(box);
-    DocumentAtWork other(box);
+    test::DocumentAtWork one(box);
+    test::DocumentAtWork other(box);
     one.add("/one/");
     other.remove("/a/");
     one.add("/two/");
     EXPECT_EQ(file(), line("/b/") + line("/one/") + line("/two/"));
     EXPECT_EQ(other.newsOf(Kind::merged).size(), 1U);
-    EXPECT_EQ(rowPaths(*one.store), (std::vector<std::string>{"/b/", "/one/", "/two/"}));
+    EXPECT_EQ(test::rowPaths(*one.store), (std::vector<std::string>{"/b/", "/one/", "/two/"}));
 }
 
 TEST_F(RulesDocumentTest, WhatAnotherProgramWroteIsMergedAndKept)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.document->keepPresentVersion();
-    const RuleRef before = window.ruleWith("/a/");
+    const rules::RuleRef before = window.ruleWith("/a/");
     box.writeUserRules(line("/a/", "theirs") + line("/foreign/"));
     window.add("/b/");
     EXPECT_EQ(file(), line("/a/", "theirs") + line("/foreign/") + line("/b/"));
@@ -177,15 +178,15 @@ TEST_F(RulesDocumentTest, TheFileIsNotKeptAsAVersionWhileAnotherProgramWritesIt)
     box.writeUserRules(line("/a/"));
     DocumentOwner impatient;
     impatient.lockTimeout = std::chrono::milliseconds(0);
-    DocumentAtWork window(box, impatient);
+    test::DocumentAtWork window(box, impatient);
     window.add("/b/");
-    FileLock writer
-        = FileLock::take(box.locations.userRulesFile(), LockMode::exclusive, std::chrono::milliseconds(0));
+    platform::FileLock writer = platform::FileLock::take(
+        box.locations.userRulesFile(), platform::LockMode::exclusive, std::chrono::milliseconds(0));
     ASSERT_TRUE(writer.isHeld());
     box.writeUserRules(line("/a/"));
     window.document->keepPresentVersion();
     EXPECT_EQ(versions().size(), 2U);
-    writer = FileLock();
+    writer = platform::FileLock();
     window.document->keepPresentVersion();
     EXPECT_EQ(versions().size(), 3U);
 }
@@ -193,7 +194,7 @@ TEST_F(RulesDocumentTest, TheFileIsNotKeptAsAVersionWhileAnotherProgramWritesIt)
 TEST_F(RulesDocumentTest, AWriteThatFailsIsToldAndTriedAgain)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     const std::string path = box.locations.userRulesFile();
     std::filesystem::rename(path, path + ".away");
     std::filesystem::create_directory(path);
@@ -213,9 +214,9 @@ TEST_F(RulesDocumentTest, AFileThatCannotBeReadWholeIsKeptBeforeItIsWritten)
 {
     const std::string damaged = line("/a/") + std::string("\0hidden", 7);
     box.writeUserRules(damaged);
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     EXPECT_FALSE(window.add("/b/").failure);
-    EXPECT_EQ(TemporaryFolder::contents(box.locations.userRulesFile() + ".unread"), damaged);
+    EXPECT_EQ(test::TemporaryFolder::contents(box.locations.userRulesFile() + ".unread"), damaged);
     EXPECT_EQ(file(), line("/a/") + line("/b/"));
     EXPECT_EQ(window.newsOf(Kind::setAside).size(), 1U);
     EXPECT_FALSE(window.add("/c/").failure);
@@ -225,7 +226,7 @@ TEST_F(RulesDocumentTest, AFileThatCannotBeReadWholeIsKeptBeforeItIsWritten)
 TEST_F(RulesDocumentTest, AFileThatIsGoneTakesNoRuleAlong)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     std::filesystem::remove(box.locations.userRulesFile());
     window.add("/c/");
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
@@ -234,9 +235,9 @@ TEST_F(RulesDocumentTest, AFileThatIsGoneTakesNoRuleAlong)
 TEST_F(RulesDocumentTest, AForeignChangeIsTakenOverAndKeptAsAVersion)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/c/");
-    const RuleRef kept = window.ruleWith("/b/");
+    const rules::RuleRef kept = window.ruleWith("/b/");
     box.writeUserRules(line("/b/"));
     window.document->takeForeignChanges();
     EXPECT_EQ(window.reloads, 1);
@@ -246,15 +247,15 @@ TEST_F(RulesDocumentTest, AForeignChangeIsTakenOverAndKeptAsAVersion)
     ASSERT_TRUE(window.news.back().version);
     EXPECT_TRUE(window.document->restore(*window.news.back().version));
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
-    EXPECT_EQ(rowPaths(*window.store), (std::vector<std::string>{"/a/", "/b/", "/c/"}));
+    EXPECT_EQ(test::rowPaths(*window.store), (std::vector<std::string>{"/a/", "/b/", "/c/"}));
 }
 
 TEST_F(RulesDocumentTest, ALossIsShownAndTakenBackAlsoWhereAnotherOfOurProgramsCausedIt)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/c/"); // version 2
-    DocumentAtWork other(box);
+    test::DocumentAtWork other(box);
     other.remove("/a/"); // version 3
     other.remove("/b/"); // version 4
     window.document->takeForeignChanges();
@@ -266,20 +267,20 @@ TEST_F(RulesDocumentTest, ALossIsShownAndTakenBackAlsoWhereAnotherOfOurProgramsC
 TEST_F(RulesDocumentTest, AMergeIsShownFromTheVersionAfterTheKnownOne)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.document->keepPresentVersion();
     box.writeUserRules(line("/a/") + line("/foreign/"));
     window.add("/b/");
     ASSERT_EQ(window.newsOf(Kind::merged).size(), 1U);
     EXPECT_EQ(window.news.back().shownFrom, 2);
     EXPECT_EQ(versions()[1].number, 2);
-    EXPECT_EQ(versions()[1].kind, VersionKind::foreign);
+    EXPECT_EQ(versions()[1].kind, history::VersionKind::foreign);
 }
 
 TEST_F(RulesDocumentTest, AFileThatIsAheadIsToldOnceUntilItIsTakenOver)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.document->lookAtFile();
     EXPECT_TRUE(window.newsOf(Kind::fileIsAhead).empty());
     box.writeUserRules(line("/a/") + line("/foreign/"));
@@ -297,7 +298,7 @@ TEST_F(RulesDocumentTest, AFileThatIsAheadIsToldOnceUntilItIsTakenOver)
 TEST_F(RulesDocumentTest, AFileThatIsGoneIsNotAhead)
 {
     box.writeUserRules(line("/a/"));
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     std::filesystem::remove(box.locations.userRulesFile());
     window.document->lookAtFile();
     EXPECT_TRUE(window.news.empty());
@@ -305,7 +306,7 @@ TEST_F(RulesDocumentTest, AFileThatIsGoneIsNotAhead)
 
 TEST_F(RulesDocumentTest, WholeLinesAreOfferedOnlyWhereTheyHelp)
 {
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/quote\"/");
     EXPECT_EQ(window.newsOf(Kind::unwritable).size(), 1U);
     EXPECT_TRUE(window.newsOf(Kind::cutShort).empty());
@@ -318,7 +319,7 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
 {
     const std::string first = "; a comment\r\n" + line("/a/");
     box.writeUserRules(first);
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/b/");
     EXPECT_TRUE(window.document->restore(1));
     EXPECT_EQ(file(), first);
@@ -329,7 +330,7 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
 
 TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
 {
-    DocumentAtWork window(box);
+    test::DocumentAtWork window(box);
     window.add("/\u00e9/");
     ASSERT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
     window.add("/b/");
@@ -337,10 +338,11 @@ TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
     // Another program reads a joined line, and adds a rule of its own.
     box.writeUserRules(file() + line("/foreign/"));
     window.add("/c/");
-    EXPECT_EQ(rowPaths(*window.store), (std::vector<std::string>{"/\u00e9/", "/foreign/", "/b/", "/c/"}));
+    EXPECT_EQ(
+        test::rowPaths(*window.store), (std::vector<std::string>{"/\u00e9/", "/foreign/", "/b/", "/c/"}));
     window.remove("/\u00e9/");
     EXPECT_TRUE(window.document->undo());
-    EXPECT_EQ(rowPaths(*window.store).front(), "/\u00e9/");
+    EXPECT_EQ(test::rowPaths(*window.store).front(), "/\u00e9/");
     ProgramSettings whole = window.document->settings();
     whole.wholeLines = true;
     window.document->setSettings(whole);
@@ -348,4 +350,4 @@ TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
     EXPECT_EQ(file(), line("/\u00e9/") + line("/foreign/") + line("/b/") + line("/c/"));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

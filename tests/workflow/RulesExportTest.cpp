@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -34,17 +34,17 @@ protected:
     {
         std::filesystem::permissions(source, std::filesystem::perms(0666));
         std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
-        const std::string answer
-            = answerOfChild([&] { return becomeOrdinaryUser() ? work() : std::string("still root"); });
+        const std::string answer = test::answerOfChild(
+            [&] { return test::becomeOrdinaryUser() ? work() : std::string("still root"); });
         std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
         return answer;
     }
 
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string source = folder.write("ann.quorvane.rc", rules);
 };
 
-std::string messageOf(const WriteResult& result)
+std::string messageOf(const rules::WriteResult& result)
 {
     return (result.opened ? "written " : "not written ") + result.message.value_or("");
 }
@@ -64,8 +64,8 @@ void limitFiles(std::size_t size)
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-const std::vector<RuleRef> oneRule{
-    policyRule({.policyType = 1, .path = "/a", .processName = "any", .operations = 1})};
+const std::vector<rules::RuleRef> oneRule{
+    test::policyRule({.policyType = 1, .path = "/a", .processName = "any", .operations = 1})};
 const std::string oneLine = "allow path \"/a\" \"any\" r \"\" \"\" \"0\"\n";
 
 } // namespace
@@ -73,8 +73,8 @@ const std::string oneLine = "allow path \"/a\" \"any\" r \"\" \"\" \"0\"\n";
 TEST_F(RulesExport, KeepsEveryByte)
 {
     exportRulesFile(source, folder.path("out.quorv"));
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("out.quorv")), rules);
-    EXPECT_EQ(TemporaryFolder::contents(source), rules);
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("out.quorv")), rules);
+    EXPECT_EQ(test::TemporaryFolder::contents(source), rules);
     EXPECT_EQ(files(), 2U);
 }
 
@@ -82,7 +82,7 @@ TEST_F(RulesExport, ReplacesAFileThatIsThere)
 {
     const std::string out = folder.write("out.quorv", "something longer than the rules" + rules);
     exportRulesFile(source, out);
-    EXPECT_EQ(TemporaryFolder::contents(out), rules);
+    EXPECT_EQ(test::TemporaryFolder::contents(out), rules);
 }
 
 TEST_F(RulesExport, ReplacesALinkAndNotWhatItLeadsTo)
@@ -91,8 +91,8 @@ TEST_F(RulesExport, ReplacesALinkAndNotWhatItLeadsTo)
     std::filesystem::create_symlink(other, folder.path("out.quorv"));
     exportRulesFile(source, folder.path("out.quorv"));
     EXPECT_FALSE(std::filesystem::is_symlink(folder.path("out.quorv")));
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("out.quorv")), rules);
-    EXPECT_EQ(TemporaryFolder::contents(other), "other");
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("out.quorv")), rules);
+    EXPECT_EQ(test::TemporaryFolder::contents(other), "other");
 }
 
 TEST_F(RulesExport, OntoItselfLosesNothing)
@@ -101,7 +101,7 @@ TEST_F(RulesExport, OntoItselfLosesNothing)
     std::filesystem::create_hard_link(source, folder.path("second"));
     for (const auto& itself : {source, folder.path("link"), folder.path("second")}) {
         exportRulesFile(source, itself);
-        EXPECT_EQ(TemporaryFolder::contents(source), rules) << itself;
+        EXPECT_EQ(test::TemporaryFolder::contents(source), rules) << itself;
     }
     EXPECT_EQ(files(), 3U);
 }
@@ -110,7 +110,7 @@ TEST_F(RulesExport, WithoutARulesFileLeavesTheDestinationAlone)
 {
     const std::string out = folder.write("out.quorv", "before");
     exportRulesFile(folder.path("missing"), out);
-    EXPECT_EQ(TemporaryFolder::contents(out), "before");
+    EXPECT_EQ(test::TemporaryFolder::contents(out), "before");
     EXPECT_EQ(files(), 2U);
 }
 
@@ -125,10 +125,10 @@ TEST_F(RulesExport, IntoAFolderThatIsGoneOrAPipeInPlaceOfTheRulesDoesNothing)
 TEST_F(RulesExport, ThatFailsHalfWayLeavesTheDestinationAlone)
 {
     const std::string out = folder.write("out.quorv", "before");
-    EXPECT_EQ(answerOfChild([&] {
+    EXPECT_EQ(test::answerOfChild([&] {
         limitFiles(rules.size() - 1);
         exportRulesFile(source, out);
-        return TemporaryFolder::contents(out);
+        return test::TemporaryFolder::contents(out);
     }),
         "before");
     EXPECT_EQ(files(), 2U);
@@ -149,7 +149,7 @@ TEST_F(RulesExport, IsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
     std::filesystem::permissions(out, std::filesystem::perms(0666));
     EXPECT_EQ(answerWhereNoFileCanBeMade([&] {
         exportRulesFile(source, out);
-        return TemporaryFolder::contents(out);
+        return test::TemporaryFolder::contents(out);
     }),
         rules);
 }
@@ -158,14 +158,14 @@ TEST_F(RulesExport, OfRulesReplacesAFileByAWholeOne)
 {
     const std::string out = folder.write("out.quorv", "something longer than the rules" + rules);
     const auto before = statusOf(out).st_ino;
-    const WriteResult result = exportRules(out, oneRule);
+    const rules::WriteResult result = exportRules(out, oneRule);
 
     EXPECT_EQ(messageOf(result), "written ");
-    EXPECT_EQ(TemporaryFolder::contents(out), oneLine);
+    EXPECT_EQ(test::TemporaryFolder::contents(out), oneLine);
     EXPECT_NE(statusOf(out).st_ino, before);
     EXPECT_EQ(statusOf(out).st_mode & 07777U, 0640U);
     std::error_code error;
-    EXPECT_EQ(result.identity, FileIdentity::ofPath(out, error));
+    EXPECT_EQ(result.identity, platform::FileIdentity::ofPath(out, error));
     EXPECT_EQ(files(), 2U);
 }
 
@@ -173,13 +173,13 @@ TEST_F(RulesExport, OfRulesThatFailsHalfWayLeavesTheDestinationAloneAndSaysWhy)
 {
     const std::string out = folder.write("out.quorv", "before");
     for (const std::string& destination : {out, folder.path("new.quorv")}) {
-        EXPECT_EQ(answerOfChild([&] {
+        EXPECT_EQ(test::answerOfChild([&] {
             limitFiles(oneLine.size() - 1);
             return messageOf(exportRules(destination, oneRule));
         }),
             "not written Failed write() operation on file '" + destination + "' File too large (27)");
     }
-    EXPECT_EQ(TemporaryFolder::contents(out), "before");
+    EXPECT_EQ(test::TemporaryFolder::contents(out), "before");
     EXPECT_EQ(files(), 2U);
 }
 
@@ -204,7 +204,7 @@ TEST_F(RulesExport, OfRulesRefusesWhatIsNoRegularFile)
             "not written Failed to open file '" + c.destination + "' for writing: " + c.reason);
     EXPECT_EQ(statusOf(pipe).st_mode & 07777U, 0604U);
     EXPECT_EQ(statusOf("/dev/null").st_mode, deviceMode);
-    EXPECT_EQ(TemporaryFolder::contents(source), rules);
+    EXPECT_EQ(test::TemporaryFolder::contents(source), rules);
 }
 
 TEST_F(RulesExport, OfRulesRefusesAFileThatMayNotBeWrittenThoughItCouldBeReplaced)
@@ -212,11 +212,11 @@ TEST_F(RulesExport, OfRulesRefusesAFileThatMayNotBeWrittenThoughItCouldBeReplace
     const std::string out = folder.write("out.quorv", "before");
     std::filesystem::permissions(out, std::filesystem::perms(0444));
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
-    EXPECT_EQ(answerOfChild([&] {
-        return becomeOrdinaryUser() ? messageOf(exportRules(out, oneRule)) : std::string("still root");
+    EXPECT_EQ(test::answerOfChild([&] {
+        return test::becomeOrdinaryUser() ? messageOf(exportRules(out, oneRule)) : std::string("still root");
     }),
         "not written Failed to open file '" + out + "' for writing: Permission denied (13)");
-    EXPECT_EQ(TemporaryFolder::contents(out), "before");
+    EXPECT_EQ(test::TemporaryFolder::contents(out), "before");
 }
 
 TEST_F(RulesExport, OfRulesIsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
@@ -224,7 +224,7 @@ TEST_F(RulesExport, OfRulesIsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
     const std::string out = folder.write("out.quorv", "something longer than the rules" + rules);
     std::filesystem::permissions(out, std::filesystem::perms(0666));
     EXPECT_EQ(answerWhereNoFileCanBeMade([&] { return messageOf(exportRules(out, oneRule)); }), "written ");
-    EXPECT_EQ(TemporaryFolder::contents(out), oneLine);
+    EXPECT_EQ(test::TemporaryFolder::contents(out), oneLine);
 }
 
 TEST_F(RulesExport, OfRulesKeepsTheOtherNamesOfTheDestination)
@@ -232,7 +232,7 @@ TEST_F(RulesExport, OfRulesKeepsTheOtherNamesOfTheDestination)
     const std::string out = folder.write("out.quorv", "before");
     std::filesystem::create_hard_link(out, folder.path("second"));
     EXPECT_EQ(messageOf(exportRules(out, oneRule)), "written ");
-    EXPECT_EQ(TemporaryFolder::contents(folder.path("second")), oneLine);
+    EXPECT_EQ(test::TemporaryFolder::contents(folder.path("second")), oneLine);
     EXPECT_EQ(statusOf(out).st_nlink, 2U);
 }
 
@@ -245,7 +245,7 @@ TEST_F(RulesExport, OfRulesKeepsTheOwnerOfTheDestination)
     EXPECT_EQ(messageOf(exportRules(out, oneRule)), "written ");
     EXPECT_EQ(statusOf(out).st_uid, nobody);
     EXPECT_EQ(statusOf(out).st_gid, nobody);
-    EXPECT_EQ(TemporaryFolder::contents(out), oneLine);
+    EXPECT_EQ(test::TemporaryFolder::contents(out), oneLine);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

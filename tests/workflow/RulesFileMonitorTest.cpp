@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -27,7 +27,7 @@ protected:
     bool lookAt(std::optional<std::uint64_t> time) { return monitor.monitorFileModification(time); }
 
     RunState run;
-    CapturedLog log;
+    test::CapturedLog log;
     RulesFileMonitor monitor{run, log.log()};
 };
 
@@ -35,7 +35,7 @@ protected:
 
 TEST(ModificationTime, IsCutToWholeSeconds)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("rules", "");
     setTime(file, 1000, 999999999);
     EXPECT_EQ(modificationTime(file), 1000U);
@@ -45,14 +45,14 @@ TEST(ModificationTime, IsCutToWholeSeconds)
 
 TEST(ModificationTime, OfNothingIsNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_EQ(modificationTime(folder.path("missing")), std::nullopt);
     EXPECT_EQ(modificationTime(""), std::nullopt);
 }
 
 TEST(ModificationTime, OfASymbolicLinkIsItsOwn)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string target = folder.write("target", "");
     std::filesystem::create_symlink(target, folder.path("link"));
     setTime(target, 1000);
@@ -134,4 +134,4 @@ TEST_F(RulesFileMonitorTest, AWriteBeforeTheFirstLookIsAbsorbed)
     EXPECT_TRUE(lookAt(1001));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

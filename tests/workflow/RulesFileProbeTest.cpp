@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -35,14 +35,14 @@ std::vector<int> descriptorsOf(const std::string& file)
 
 TEST(RulesFileProbe, AFileThatCanBeOpenedIsNothingToTell)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_FALSE(rulesFileNotice(folder.write("rules", "")));
 }
 
 // Deliberate, see RulesFileProbe.cpp.
 TEST(RulesFileProbe, TheDescriptorOfTheProbeIsLeftOpenAndNoOtherProgramGetsIt)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("rules", "");
     const std::vector<int> before = descriptorsOf(file);
     EXPECT_FALSE(rulesFileNotice(file));
@@ -55,7 +55,7 @@ TEST(RulesFileProbe, TheDescriptorOfTheProbeIsLeftOpenAndNoOtherProgramGetsIt)
 
 TEST(RulesFileProbe, AFailedProbeLeavesNoDescriptor)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string target = folder.write("target", "");
     std::filesystem::create_symlink(target, folder.path("rules"));
     EXPECT_TRUE(rulesFileNotice(folder.path("rules")));
@@ -65,19 +65,19 @@ TEST(RulesFileProbe, AFailedProbeLeavesNoDescriptor)
 TEST(RulesFileProbe, TheProgramStartsAgainAfterThreeSeconds)
 {
     EXPECT_EQ(relaunchDelay, 3.0F);
-    EXPECT_TRUE(relaunchCommand(relaunchDelay, "/p").starts_with("sleep 3.000000; "));
+    EXPECT_TRUE(platform::relaunchCommand(relaunchDelay, "/p").starts_with("sleep 3.000000; "));
 }
 
 TEST(RulesFileProbe, AMissingFileIsNothingToTell)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     EXPECT_FALSE(rulesFileNotice(folder.path("rules")));
     EXPECT_FALSE(rulesFileNotice(folder.path("no folder/rules")));
 }
 
 TEST(RulesFileProbe, ASymbolicLinkCannotBeOpened)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink(folder.write("target", ""), folder.path("rules"));
     const auto notice = rulesFileNotice(folder.path("rules"));
     ASSERT_TRUE(notice);
@@ -89,20 +89,20 @@ TEST(RulesFileProbe, ASymbolicLinkCannotBeOpened)
 
 TEST(RulesFileProbe, ALinkThatLeadsNowhereIsNothingToTell)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink(folder.path("nowhere"), folder.path("rules"));
     EXPECT_FALSE(rulesFileNotice(folder.path("rules")));
 }
 
 TEST(RulesFileProbe, AFileThatItsPermissionsForbidCannotBeOpened)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
     const std::string file = folder.write("rules", "");
     std::filesystem::permissions(file, std::filesystem::perms::none);
 
-    const std::string answer = answerOfChild([&] {
-        if (!becomeOrdinaryUser())
+    const std::string answer = test::answerOfChild([&] {
+        if (!test::becomeOrdinaryUser())
             return std::string("still root");
         return rulesFileNotice(file) ? std::string("notice") : std::string("none");
     });
@@ -112,9 +112,9 @@ TEST(RulesFileProbe, AFileThatItsPermissionsForbidCannotBeOpened)
 
 TEST(RulesFileProbe, APipeBlocksNobody)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ASSERT_EQ(mkfifo(folder.path("rules").c_str(), 0600), 0);
     EXPECT_FALSE(rulesFileNotice(folder.path("rules")));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

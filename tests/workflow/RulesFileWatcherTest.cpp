@@ -17,7 +17,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -74,7 +74,7 @@ private:
 TEST(RulesFileWatcher, ReloadsOnceForEachChangeOfOthers)
 {
     RunState run;
-    CapturedLog log;
+    test::CapturedLog log;
     GivenTimes times;
     std::atomic<int> reloads = 0;
     std::atomic<bool> otherPath = false;
@@ -112,7 +112,7 @@ TEST(RulesFileWatcher, ReloadsOnceForEachChangeOfOthers)
 TEST(RulesFileWatcher, ReportsWhatItTookForTheProgramsOwnAndOnceMoreWhenThatSecondIsOver)
 {
     RunState run;
-    CapturedLog log;
+    test::CapturedLog log;
     GivenTimes times;
     std::atomic<int> absorbed = 0;
     const RulesFileWatcher watcher(
@@ -136,7 +136,7 @@ TEST(RulesFileWatcher, ReportsWhatItTookForTheProgramsOwnAndOnceMoreWhenThatSeco
 
 TEST(RulesFileWatcher, SeesTheTimesOfAFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string file = folder.write("rules", "");
     const auto setTime = [&file](time_t seconds) {
         const timespec times[2] = {{seconds, 0}, {seconds, 0}};
@@ -145,7 +145,7 @@ TEST(RulesFileWatcher, SeesTheTimesOfAFile)
     setTime(1000);
     RunState run;
     run.internalWrite = true;
-    CapturedLog log;
+    test::CapturedLog log;
     std::promise<void> reloaded;
     const RulesFileWatcher watcher(
         file, run, log.log(), [&] { reloaded.set_value(); }, 1ms);
@@ -158,7 +158,7 @@ TEST(RulesFileWatcher, SeesTheTimesOfAFile)
 TEST(RulesFileWatcher, EndsItsThreadWithoutWaitingForTheNextLook)
 {
     RunState run;
-    CapturedLog log;
+    test::CapturedLog log;
     const auto times = std::make_shared<GivenTimes>();
     times->give(1000);
     {
@@ -172,7 +172,7 @@ TEST(RulesFileWatcher, EndsItsThreadWithoutWaitingForTheNextLook)
 TEST(RulesFileWatcher, EndsBeforeItsFirstLook)
 {
     RunState run;
-    CapturedLog log;
+    test::CapturedLog log;
     for (int number = 0; number < 50; ++number)
         const RulesFileWatcher watcher(
             "/nonexistent/rules.rc", run, log.log(), [] {}, 24h);
@@ -186,7 +186,7 @@ TEST(RulesFileWatcher, ALookThatNeverEndsIsLeftBehindAndTouchesNothingAnyMore)
     bool reloaded = false;
     {
         RunState run;
-        CapturedLog log;
+        test::CapturedLog log;
         const RulesFileWatcher watcher(
             "/rules.rc", run, log.log(), [&] { reloaded = true; }, 1ms,
             [times, hasLooked, looks = 0](const std::string&) mutable {
@@ -205,10 +205,10 @@ TEST(RulesFileWatcher, ALookThatNeverEndsIsLeftBehindAndTouchesNothingAnyMore)
 
 TEST(RulesFileWatcher, DoesWithoutAThreadWhereNoneCanBeHad)
 {
-    const std::string answer = answerOfChild([] {
-        if (!forbidThreads())
+    const std::string answer = test::answerOfChild([] {
+        if (!test::forbidThreads())
             return std::string("not prepared");
-        CapturedLog log; // which has none either
+        test::CapturedLog log; // which has none either
         RunState run;
         const RulesFileWatcher watcher("/nowhere", run, log.log(), [] {});
         return log.lines().back();
@@ -216,4 +216,4 @@ TEST(RulesFileWatcher, DoesWithoutAThreadWhereNoneCanBeHad)
     EXPECT_TRUE(answer.starts_with("the rules file is not watched, for want of a thread: ")) << answer;
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

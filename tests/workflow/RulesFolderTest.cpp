@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -23,13 +23,13 @@ protected:
     std::uint32_t permissionsAfter(bool mayCreateRules)
     {
         EXPECT_EQ(std::system(rulesFolderCommand(m_locations, mayCreateRules).c_str()), 0);
-        return permissionsOf(m_locations.sharedFolder()).value_or(0);
+        return platform::permissionsOf(m_locations.sharedFolder()).value_or(0);
     }
 
-    TemporaryFolder m_folder;
+    test::TemporaryFolder m_folder;
     // A quote must not end the word that the folder is in the command.
-    Locations m_locations{m_folder.path("it's; echo \"$HOME\" '"), "nobody"};
-    CapturedLog m_log;
+    platform::Locations m_locations{m_folder.path("it's; echo \"$HOME\" '"), "nobody"};
+    test::CapturedLog m_log;
 };
 
 } // namespace
@@ -47,7 +47,7 @@ TEST_F(RulesFolder, LetsUsersCreateRulesExactlyWhenOthersMayWriteToIt)
         {01777, true, "posix mask for rules folder is 1023"},
     };
     for (const auto& c : cases) {
-        ASSERT_TRUE(setPermissions(m_locations.sharedFolder(), c.permissions));
+        ASSERT_TRUE(platform::setPermissions(m_locations.sharedFolder(), c.permissions));
         EXPECT_EQ(canCreateRules(m_locations, m_log.log()), c.answer) << c.line;
         EXPECT_EQ(m_log.lines().back(), c.line);
     }
@@ -55,14 +55,14 @@ TEST_F(RulesFolder, LetsUsersCreateRulesExactlyWhenOthersMayWriteToIt)
 
 TEST_F(RulesFolder, ThatCannotBeReadLetsNobodyCreateRules)
 {
-    const Locations nowhere(m_folder.path("missing"), "nobody");
+    const platform::Locations nowhere(m_folder.path("missing"), "nobody");
     EXPECT_FALSE(canCreateRules(nowhere, m_log.log()));
     EXPECT_EQ(m_log.lines(), std::vector<std::string>{"posix mask for rules folder is 0"});
 }
 
 TEST_F(RulesFolder, CommandNamesTheFolderInQuotes)
 {
-    const Locations everyday("", "nobody");
+    const platform::Locations everyday("", "nobody");
     EXPECT_EQ(rulesFolderCommand(everyday, true), "/bin/chmod 777 '/Users/Shared/Quorvane'");
     EXPECT_EQ(rulesFolderCommand(everyday, false), "/bin/chmod 775 '/Users/Shared/Quorvane'");
 }
@@ -79,4 +79,4 @@ TEST_F(RulesFolder, CommandIsToldAsAScript)
         "do shell script \"/bin/chmod 777 '/x'\" with administrator privileges");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

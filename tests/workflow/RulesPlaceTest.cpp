@@ -12,7 +12,7 @@
 
 #include <filesystem>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -27,7 +27,7 @@ RulesPlace placeAt(const std::string& folder)
 bool isValid(const RulesPlace& place, const std::string& process, const std::string& constraint = {})
 {
     return isValidApplicationPath(
-        PolicyRule({.processName = process, .constraint = constraint}), "program", place);
+        rules::PolicyRule({.processName = process, .constraint = constraint}), "program", place);
 }
 
 } // namespace
@@ -35,7 +35,7 @@ bool isValid(const RulesPlace& place, const std::string& process, const std::str
 TEST(RulesPlace, AFolderStandsForTheRoot)
 {
     // given a program and a file in a folder, a link to each, and a file outside
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     folder.write("volume/bin/tool", "tool");
     folder.write("volume/etc/hosts", "");
     const std::string outside = folder.write("outside", "");
@@ -44,9 +44,9 @@ TEST(RulesPlace, AFolderStandsForTheRoot)
     const RulesPlace place = placeAt(folder.path("volume"));
 
     // when rules are looked up there, then this machine's files are none
-    EXPECT_TRUE(isValid(place, "/bin/tool", sha256("tool")));
-    EXPECT_TRUE(isValid(place, "/link", sha1("tool")));
-    EXPECT_FALSE(isValid(place, "/bin/tool", sha256("other")));
+    EXPECT_TRUE(isValid(place, "/bin/tool", codesign::sha256("tool")));
+    EXPECT_TRUE(isValid(place, "/link", codesign::sha1("tool")));
+    EXPECT_FALSE(isValid(place, "/bin/tool", codesign::sha256("other")));
     EXPECT_FALSE(isValid(place, "/bin/sh"));
     EXPECT_FALSE(isValid(place, outside));
     EXPECT_FALSE(place.isMissing("/etc/hosts"));
@@ -57,7 +57,7 @@ TEST(RulesPlace, AFolderStandsForTheRoot)
 
 TEST(RulesPlace, HomeFoldersOfAnotherMachineAreUnknown)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const RulesPlace place = placeAt(folder.path());
     EXPECT_FALSE(place.isMissing("~/none"));
     EXPECT_TRUE(isValid(place, "~/bin/tool", "TEAM123456"));
@@ -77,7 +77,7 @@ TEST(RulesPlace, NowhereNothingIsMissing)
 
 TEST(RulesPlace, IsAFolderOrNone)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::error_code error;
     EXPECT_FALSE(RulesPlace::folder(folder.path("none"), error));
     EXPECT_TRUE(error);
@@ -87,17 +87,18 @@ TEST(RulesPlace, IsAFolderOrNone)
 TEST(ProgramFactsWithin, ReadABundleWhoseLinksStayInTheFolder)
 {
     // given a bundle whose Info.plist is an absolute link, as that machine has it
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string info = "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
                              "<string>tool</string></dict></plist>";
     test::ProgramPlan plan;
     plan.signature = test::signedPlan();
-    plan.signature->infoPlist = Bytes(info.begin(), info.end());
+    plan.signature->infoPlist = codesign::Bytes(info.begin(), info.end());
     folder.write("volume/X.app/Contents/MacOS/tool", test::makeProgram(plan));
     folder.write("volume/Library/Info.plist", info);
     fs::create_symlink("/Library/Info.plist", folder.path("volume/X.app/Contents/Info.plist"));
     std::error_code error;
-    const auto facts = programFactsWithin(*FileRoot::at(folder.path("volume"), error), test::testAnchor());
+    const auto facts
+        = programFactsWithin(*platform::FileRoot::at(folder.path("volume"), error), test::testAnchor());
 
     // when the bundle or its program is asked, then the signature with its Info.plist holds
     for (const char* path : {"/X.app", "/X.app/Contents/MacOS/tool"}) {
@@ -108,8 +109,8 @@ TEST(ProgramFactsWithin, ReadABundleWhoseLinksStayInTheFolder)
 
 TEST(ProgramFactsWithin, ATeamIsProvenByTheVendorsRootAndTheCodeThatWasSigned)
 {
-    const TemporaryFolder folder;
-    Bytes program = test::signedProgram();
+    const test::TemporaryFolder folder;
+    codesign::Bytes program = test::signedProgram();
     const std::string intact = folder.write("intact", program);
     program[program.size() - test::signatureRoom - 10] ^= 1U;
     const std::string changed = folder.write("changed", program);
@@ -122,4 +123,4 @@ TEST(ProgramFactsWithin, ATeamIsProvenByTheVendorsRootAndTheCodeThatWasSigned)
     EXPECT_EQ(programFactsOnDisk().teamProof(intact), TeamProof::foreignRoot);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

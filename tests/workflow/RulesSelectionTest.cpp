@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -11,10 +11,10 @@ class Selected : public testing::Test {
 protected:
     Selected()
     {
-        store.addWatchRule(watchRule({.path = "/w", .processName = "any", .operations = 1}));
+        store.addWatchRule(test::watchRule({.path = "/w", .processName = "any", .operations = 1}));
         for (const char* process : {"/bin/a", "/bin/b", "/bin/c", "/bin/d", "/bin/e", "/bin/f"})
-            store.addPolicyRule(policyRule({.path = "/", .processName = process, .operations = 1}));
-        store.addPolicyRule(policyRule(
+            store.addPolicyRule(test::policyRule({.path = "/", .processName = process, .operations = 1}));
+        store.addPolicyRule(test::policyRule(
             {.policyClass = 1, .path = "/s", .processName = "/bin/g", .operations = 1, .system = true}));
     }
     RulesSelection rows(std::vector<RulesSelection::Range> ranges) const
@@ -22,7 +22,7 @@ protected:
         return {store.rows(), true, std::move(ranges)};
     }
 
-    RuleManager store{Locations("/nonexistent", "nobody"), silentLog()};
+    rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };
 
 } // namespace
@@ -50,4 +50,4 @@ TEST_F(RulesSelectionTest, CountsSystemRulesAndProgramsBeyondTheFirstFew)
         "more.");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -189,4 +189,4 @@ TEST(ShownRows, ATextStaysUntilTheRowIsMadeAnew)
     EXPECT_EQ(shown.find(0)->cells[tag].text, "0");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -2,33 +2,35 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 TEST(SortClicks, AFirstClickSortsAscending)
 {
-    const std::vector<SortDescriptor> expected{{SortKey::path, true}};
-    EXPECT_EQ(sortDescriptorsAfterClick({}, SortKey::path), expected);
+    const std::vector<rules::SortDescriptor> expected{{rules::SortKey::path, true}};
+    EXPECT_EQ(sortDescriptorsAfterClick({}, rules::SortKey::path), expected);
 }
 
 TEST(SortClicks, AClickOnThePrimaryColumnTurnsItsDirectionRoundAndBack)
 {
-    auto descriptors = sortDescriptorsAfterClick({}, SortKey::path);
-    descriptors = sortDescriptorsAfterClick(descriptors, SortKey::path);
-    EXPECT_EQ(descriptors, (std::vector<SortDescriptor>{{SortKey::path, false}}));
-    descriptors = sortDescriptorsAfterClick(descriptors, SortKey::path);
-    EXPECT_EQ(descriptors, (std::vector<SortDescriptor>{{SortKey::path, true}}));
+    auto descriptors = sortDescriptorsAfterClick({}, rules::SortKey::path);
+    descriptors = sortDescriptorsAfterClick(descriptors, rules::SortKey::path);
+    EXPECT_EQ(descriptors, (std::vector<rules::SortDescriptor>{{rules::SortKey::path, false}}));
+    descriptors = sortDescriptorsAfterClick(descriptors, rules::SortKey::path);
+    EXPECT_EQ(descriptors, (std::vector<rules::SortDescriptor>{{rules::SortKey::path, true}}));
 }
 
 TEST(SortClicks, EarlierColumnsBreakTiesInTheOrderOfTheirLastClick)
 {
     // given a table sorted by path downwards and then by tag
-    auto descriptors = sortDescriptorsAfterClick({{SortKey::path, true}}, SortKey::path);
-    descriptors = sortDescriptorsAfterClick(descriptors, SortKey::tag);
-    EXPECT_EQ(descriptors, (std::vector<SortDescriptor>{{SortKey::tag, true}, {SortKey::path, false}}));
+    auto descriptors = sortDescriptorsAfterClick({{rules::SortKey::path, true}}, rules::SortKey::path);
+    descriptors = sortDescriptorsAfterClick(descriptors, rules::SortKey::tag);
+    EXPECT_EQ(descriptors,
+        (std::vector<rules::SortDescriptor>{{rules::SortKey::tag, true}, {rules::SortKey::path, false}}));
 
     // when the path is clicked again, it comes first, ascending anew, and stands there once
-    descriptors = sortDescriptorsAfterClick(descriptors, SortKey::path);
-    EXPECT_EQ(descriptors, (std::vector<SortDescriptor>{{SortKey::path, true}, {SortKey::tag, true}}));
+    descriptors = sortDescriptorsAfterClick(descriptors, rules::SortKey::path);
+    EXPECT_EQ(descriptors,
+        (std::vector<rules::SortDescriptor>{{rules::SortKey::path, true}, {rules::SortKey::tag, true}}));
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

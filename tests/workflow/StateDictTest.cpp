@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 TEST(StateDict, ARuleWithoutAnEntryIsTicked)
 {
@@ -67,4 +67,4 @@ TEST(StateDict, SingleTicksGoOnFromWhatAllWereSetTo)
     EXPECT_EQ(ticks.countOfTicked(3), 3U);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

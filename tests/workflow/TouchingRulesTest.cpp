@@ -3,20 +3,21 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
-bool touchesPath(std::int32_t type, const NullableText& rulePath, const std::string& path)
+bool touchesPath(std::int32_t type, const rules::NullableText& rulePath, const std::string& path)
 {
-    return touches(policyRule({.policyType = type, .path = rulePath, .processName = "any", .operations = 1}),
+    return touches(
+        test::policyRule({.policyType = type, .path = rulePath, .processName = "any", .operations = 1}),
         {.path = path});
 }
 
-bool touchesProcess(const NullableText& process, const std::string& asked)
+bool touchesProcess(const rules::NullableText& process, const std::string& asked)
 {
-    return touches(
-        watchRule({.path = "", .processName = process, .operations = 1}), {.path = "/a", .process = asked});
+    return touches(test::watchRule({.path = "", .processName = process, .operations = 1}),
+        {.path = "/a", .process = asked});
 }
 
 } // namespace
@@ -52,7 +53,7 @@ TEST(Touches, AProgramItsWholeProcessAndAnyInItsForms)
 
 TEST(Touches, OneOfTheOperations)
 {
-    const RuleRef rule = policyRule({.path = "any", .processName = "any", .operations = 3});
+    const rules::RuleRef rule = test::policyRule({.path = "any", .processName = "any", .operations = 3});
     EXPECT_TRUE(touches(rule, {.path = "/a", .operations = 18}));
     EXPECT_FALSE(touches(rule, {.path = "/a", .operations = 16}));
     EXPECT_FALSE(touches(rule, {.path = "/a", .operations = 0}));
@@ -62,15 +63,15 @@ TEST(Touches, EveryPathThatACoveringRuleWouldMakeRedundant)
 {
     // A rule that redundancy finds wide enough for a rule about a path touches that path.
     for (unsigned seed = 0; seed < 2000; ++seed) {
-        RandomRules random(seed);
-        const PolicyRuleFields wide = random.policy();
-        const NullableText path = random.path();
+        test::RandomRules random(seed);
+        const rules::PolicyRuleFields wide = random.policy();
+        const rules::NullableText path = random.path();
         if (path.isNull() || wide.path.isNull())
             continue;
         const std::string_view text = wide.path.view();
         const bool isWide
             = text == "any" || text.empty() || (wide.policyType == 0 && path.view().starts_with(text));
-        const bool isTouched = touches(policyRule(wide), {.path = std::string(path.view())});
+        const bool isTouched = touches(test::policyRule(wide), {.path = std::string(path.view())});
         EXPECT_TRUE(!isWide || isTouched) << seed;
         if (wide.policyType == 0) {
             EXPECT_EQ(isTouched, isWide) << seed;
@@ -87,7 +88,8 @@ TEST(WhyTouches, NamesThePartOfThePathThatTheRuleSays)
     } cases[] = {{0, "/a/", "begins with it"}, {1, "/a/b", "the path itself"}, {2, "b", "ends with it"},
         {0, "any", "every path"}, {2, "", "every path"}};
     for (const auto& c : cases) {
-        const RuleRef rule = policyRule({.policyType = c.type, .path = c.path, .processName = "/bin/sh"});
+        const rules::RuleRef rule
+            = test::policyRule({.policyType = c.type, .path = c.path, .processName = "/bin/sh"});
         EXPECT_EQ(whyTouches(valueOf(rule), {.path = "/a/b"}), c.why);
     }
 }
@@ -95,23 +97,23 @@ TEST(WhyTouches, NamesThePartOfThePathThatTheRuleSays)
 TEST(WhyTouches, NamesTheProgramWhereTheQuestionDoesOrTheRuleWatches)
 {
     const auto why = [](const char* process, const char* asked) {
-        return whyTouches(
-            valueOf(policyRule({.path = "", .processName = process})), {.path = "/a", .process = asked});
+        return whyTouches(valueOf(test::policyRule({.path = "", .processName = process})),
+            {.path = "/a", .process = asked});
     };
     EXPECT_EQ(why("/bin/sh", "/bin/sh"), "every path; this program");
     EXPECT_EQ(why("any", "/bin/sh"), "every path; any program");
     EXPECT_EQ(why("any via /bin/b", "/bin/sh"), "every path; any program via /bin/b");
     EXPECT_EQ(why("any ancestor /bin/b", "/bin/sh"), "every path; any program ancestor /bin/b");
-    EXPECT_EQ(whyTouches(valueOf(watchRule({.path = "", .processName = "/bin/sh"})), {.path = "/a"}),
+    EXPECT_EQ(whyTouches(valueOf(test::watchRule({.path = "", .processName = "/bin/sh"})), {.path = "/a"}),
         "every path; program: /bin/sh");
 }
 
 TEST(Touches, AnswersTheSameOfARuleAndOfItsValue)
 {
-    RandomRules random(5);
+    test::RandomRules random(5);
     for (int count = 0; count < 500; ++count) {
-        const RuleRef rule
-            = count % 3 == 0 ? RuleRef(watchRule(random.watch())) : policyRule(random.policy());
+        const rules::RuleRef rule = count % 3 == 0 ? rules::RuleRef(test::watchRule(random.watch()))
+                                                   : test::policyRule(random.policy());
         const TouchQuestion question{.path = std::string(random.path().view()),
             .process = std::string(random.process().view()),
             .operations = random.operations()};
@@ -119,4 +121,4 @@ TEST(Touches, AnswersTheSameOfARuleAndOfItsValue)
     }
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -15,7 +15,7 @@ namespace {
 void remember(
     UndoSteps& steps, const std::string& action, ChangeReason::Kind kind = ChangeReason::Kind::action)
 {
-    steps.remember(additionOf(policyRule({.path = "/" + action})), {.action = action, .kind = kind});
+    steps.remember(additionOf(test::policyRule({.path = "/" + action})), {.action = action, .kind = kind});
 }
 
 std::string nameOf(const UndoSteps::Step* step)
@@ -87,4 +87,4 @@ TEST(UndoSteps, AreForgottenWhenThereAreMoreThanFifty)
     EXPECT_EQ(steps.toRedo(), nullptr);
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

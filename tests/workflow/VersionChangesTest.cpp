@@ -8,18 +8,18 @@
 
 #include <string>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
 class VersionChangesTest : public testing::Test {
 protected:
-    JournalVersion record(
-        const std::string& bytes, const std::string& action = "Edit", VersionKind kind = VersionKind::action)
+    history::JournalVersion record(const std::string& bytes, const std::string& action = "Edit",
+        history::VersionKind kind = history::VersionKind::action)
     {
-        NewVersion version;
+        history::NewVersion version;
         version.kind = kind;
-        if (kind != VersionKind::foreign) {
+        if (kind != history::VersionKind::foreign) {
             version.program = "test";
             version.action = action;
         }
@@ -27,9 +27,9 @@ protected:
         return *journal->version(journal->record(version).value());
     }
 
-    TemporaryFolder folder;
-    std::unique_ptr<Journal> journal
-        = Journal::open(folder.path("state"), folder.path("rules"), {}, silentLog());
+    test::TemporaryFolder folder;
+    std::unique_ptr<history::Journal> journal
+        = history::Journal::open(folder.path("state"), folder.path("rules"), {}, test::silentLog());
 };
 
 } // namespace
@@ -45,7 +45,7 @@ TEST_F(VersionChangesTest, TheFirstVersionIsMadeOfNothing)
 
 TEST_F(VersionChangesTest, ALaterVersionIsMadeOfTheOneBeforeItAsItWasMeant)
 {
-    NewVersion version;
+    history::NewVersion version;
     version.bytes = "cut";
     version.meant = "whole";
     journal->record(version);
@@ -58,7 +58,7 @@ TEST_F(VersionChangesTest, ALaterVersionIsMadeOfTheOneBeforeItAsItWasMeant)
 TEST_F(VersionChangesTest, AVersionWhoseForerunnersAreForgottenSaysSo)
 {
     record("one");
-    const JournalVersion second = record("two");
+    const history::JournalVersion second = record("two");
     journal->forgetBefore(second.number);
     const VersionChanges changes = changesOf(*journal, *journal->version(second.number));
     ASSERT_TRUE(changes.problem);
@@ -70,18 +70,18 @@ TEST_F(VersionChangesTest, IsComparedWithTheNewestOlderOneThatIsLeft)
 {
     record("one");
     record("two");
-    JournalVersion third = record("three");
+    history::JournalVersion third = record("three");
     third.before = 99; // as though that one had been thinned out
     EXPECT_EQ(changesOf(*journal, third).since, 2);
 }
 
 TEST_F(VersionChangesTest, WordsTellAnActionFromItsUndoAndFromAnotherProgramsDoing)
 {
-    EXPECT_EQ(actionText(record("0", "", VersionKind::foreign)), "As found when the history began");
+    EXPECT_EQ(actionText(record("0", "", history::VersionKind::foreign)), "As found when the history began");
     EXPECT_EQ(actionText(record("1", "Delete 3 Rules")), "Delete 3 Rules");
-    EXPECT_EQ(actionText(record("2", "Delete 3 Rules", VersionKind::undo)), "Undo Delete 3 Rules");
-    EXPECT_EQ(actionText(record("3", "Delete 3 Rules", VersionKind::redo)), "Redo Delete 3 Rules");
-    EXPECT_EQ(actionText(record("4", "", VersionKind::foreign)), "Changed by another program");
+    EXPECT_EQ(actionText(record("2", "Delete 3 Rules", history::VersionKind::undo)), "Undo Delete 3 Rules");
+    EXPECT_EQ(actionText(record("3", "Delete 3 Rules", history::VersionKind::redo)), "Redo Delete 3 Rules");
+    EXPECT_EQ(actionText(record("4", "", history::VersionKind::foreign)), "Changed by another program");
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow

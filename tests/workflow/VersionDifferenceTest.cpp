@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace quorvane {
+namespace quorvane::workflow {
 
 namespace {
 
@@ -25,16 +25,16 @@ protected:
 
     std::int64_t record(const std::string& text)
     {
-        NewVersion version;
+        history::NewVersion version;
         version.program = "test";
         version.bytes = text;
         return journal->record(version).value_or(-1);
     }
 
     using Lines = std::vector<std::string>;
-    StoreSandbox box;
-    std::unique_ptr<Journal> journal
-        = Journal::open(box.folder.path("state"), box.locations.userRulesFile(), {}, silentLog());
+    test::StoreSandbox box;
+    std::unique_ptr<history::Journal> journal = history::Journal::open(
+        box.folder.path("state"), box.locations.userRulesFile(), {}, test::silentLog());
 };
 
 const std::string lineA = R"(allow prefix "/a" "any" r "" "" "0")";
@@ -55,7 +55,7 @@ TEST_F(VersionDifferenceTest, IsWhatTheVersionChanged)
 TEST_F(VersionDifferenceTest, IsOfTheRulesAsMeantWhereTheFileCouldNotHoldThem)
 {
     const std::string meant = "allow prefix \"/\u00e9\" \"any\" r \"\" \"\" \"0\"";
-    NewVersion version;
+    history::NewVersion version;
     version.bytes = "allow prefix \"/\u00e9\" \"any\" r \"\" \"\" \"";
     const std::string whole = meant + "\n";
     version.meant = whole;
@@ -70,4 +70,4 @@ TEST_F(VersionDifferenceTest, OfTheOldestVersionKeptIsUnknown)
     EXPECT_EQ(changesOf(second), Lines{"unknown"});
 }
 
-} // namespace quorvane
+} // namespace quorvane::workflow
