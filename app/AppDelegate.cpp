@@ -1,12 +1,12 @@
 #include "app/AppDelegate.h"
 
+#include "desktop/InputLock.h"
+#include "desktop/Workspace.h"
 #include "platform/AdminAuthority.h"
-#include "platform/InputLock.h"
 #include "platform/Log.h"
 #include "platform/Notices.h"
 #include "platform/RunningApplications.h"
 #include "platform/Unicode.h"
-#include "platform/Workspace.h"
 #include "windows/NoticeWindow.h"
 #include "windows/QtText.h"
 #include "windows/WindowLook.h"
@@ -146,7 +146,7 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
     timeOut.setSingleShot(true);
     connect(&timeOut, &QTimer::timeout, wait.get(), &QEventLoop::quit);
     timeOut.start(longestWait);
-    const platform::InputLock lock;
+    const desktop::InputLock lock;
     wait->exec();
 }
 
@@ -178,7 +178,7 @@ void AppDelegate::showPreferencesWindow()
 void AppDelegate::showHelp()
 {
     const std::string guide = m_locations.userGuideFile();
-    platform::Workspace& workspace = m_services.workspace;
+    desktop::Workspace& workspace = m_services.workspace;
     if (!workspace.hasProgramFor("application/pdf") && workspace.openFile(guidePage(guide)))
         return;
     if (!workspace.openFile(guide))

@@ -13,12 +13,15 @@
 
 class QWidget;
 
+namespace quorvane::desktop {
+class Workspace;
+}
+
 namespace quorvane::platform {
 class AdminAuthority;
 class Log;
 class Notices;
 class RunningApplications;
-class Workspace;
 } // namespace quorvane::platform
 
 namespace quorvane::workflow {
@@ -32,7 +35,7 @@ struct DelegateServices {
     platform::Notices& notices;
     platform::AdminAuthority& authority;
     platform::RunningApplications& applications;
-    platform::Workspace& workspace;
+    desktop::Workspace& workspace;
 };
 
 // The root of the application: what happens at its start and its end, and what it does for every window.

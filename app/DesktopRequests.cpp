@@ -35,13 +35,13 @@ DesktopRequests::DesktopRequests(
 {
     // Queued, so that the desktop has its answer before a window asks a person something.
     QObject::connect(
-        &m_service, &platform::ApplicationService::activated, &m_service, [this] { showMainWindow(); },
+        &m_service, &desktop::ApplicationService::activated, &m_service, [this] { showMainWindow(); },
         Qt::QueuedConnection);
     QObject::connect(
-        &m_service, &platform::ApplicationService::filesWereOpened, &m_service,
+        &m_service, &desktop::ApplicationService::filesWereOpened, &m_service,
         [this](const std::vector<std::string>& paths) { reviewFiles(paths); }, Qt::QueuedConnection);
     QObject::connect(
-        &m_service, &platform::ApplicationService::actionWasChosen, &m_service,
+        &m_service, &desktop::ApplicationService::actionWasChosen, &m_service,
         [this](const QString& action) { doAction(action); }, Qt::QueuedConnection);
     m_untilUnneeded.setSingleShot(true);
     QObject::connect(&m_untilUnneeded, &QTimer::timeout, &m_service, [this] { endUnlessShown(); });
@@ -53,7 +53,7 @@ void DesktopRequests::start(const QDBusConnection& bus)
         m_untilUnneeded.start(longestUnneeded);
         return;
     }
-    m_log.write(std::string("the session bus does not give the name ") + platform::ApplicationService::name);
+    m_log.write(std::string("the session bus does not give the name ") + desktop::ApplicationService::name);
     QMetaObject::invokeMethod(
         &m_service, [this] { showMainWindow(); }, Qt::QueuedConnection);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ApplicationService.h"
+#include "desktop/ApplicationService.h"
 
 #include <QTimer>
 
@@ -41,7 +41,7 @@ private:
     AppDelegate& m_delegate;
     windows::RulesEditorTableController& m_mainWindow;
     platform::Log& m_log;
-    platform::ApplicationService m_service;
+    desktop::ApplicationService m_service;
     QTimer m_untilUnneeded;
 };
 

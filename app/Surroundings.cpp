@@ -37,7 +37,7 @@ Surroundings::Surroundings(
           log)
     , notices(QDBusConnection::sessionBus())
     , prompt(windows::toQt(locations.noticeIconFile()))
-    , authority(platform::systemBusAddress(locations.areSandbox()), prompt)
+    , authority(desktop::systemBusAddress(locations.areSandbox()), prompt)
     , runningApplications(platform::makeRunningApplications())
     , delegate(locations, log, run, {notices, authority, *runningApplications, workspace})
     , preferencesHistory(locations, document, programName, {delegate, privilegedCommand, run}, log)

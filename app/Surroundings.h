@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "platform/DesktopAuthority.h"
-#include "platform/DesktopNotices.h"
-#include "platform/PkexecCommand.h"
+#include "desktop/DesktopAuthority.h"
+#include "desktop/DesktopNotices.h"
+#include "desktop/PkexecCommand.h"
+#include "desktop/Workspace.h"
 #include "platform/RunningApplications.h"
-#include "platform/Workspace.h"
 #include "windows/AuthenticationWindow.h"
 #include "windows/BackgroundThread.h"
 #include "workflow/PreferencesHistory.h"
@@ -28,11 +28,11 @@ struct Surroundings {
     rules::RuleManager& store;
     windows::BackgroundThread background;
     workflow::RulesDocument document;
-    platform::Workspace workspace;
-    platform::DesktopNotices notices;
+    desktop::Workspace workspace;
+    desktop::DesktopNotices notices;
     windows::AuthenticationWindow prompt;
-    platform::DesktopAuthority authority;
-    platform::PkexecCommand privilegedCommand;
+    desktop::DesktopAuthority authority;
+    desktop::PkexecCommand privilegedCommand;
     std::unique_ptr<platform::RunningApplications> runningApplications;
     AppDelegate delegate;
     workflow::PreferencesHistory preferencesHistory;

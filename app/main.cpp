@@ -1,7 +1,7 @@
 #include "app/DesktopRequests.h"
 #include "app/Surroundings.h"
-#include "platform/DesktopAppearance.h"
-#include "platform/EndRequests.h"
+#include "desktop/DesktopAppearance.h"
+#include "desktop/EndRequests.h"
 #include "platform/Locations.h"
 #include "platform/Log.h"
 #include "platform/StandardStreams.h"
@@ -49,32 +49,32 @@ private:
 int main(int argumentCount, char** arguments)
 {
     quorvane::platform::secureStandardStreams();
-    const bool startedByBus = quorvane::platform::ApplicationService::wasStartedByBus();
+    const bool startedByBus = quorvane::desktop::ApplicationService::wasStartedByBus();
     const std::vector<std::string> allArguments(arguments, arguments + argumentCount);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     // The toolkit gets the program's name alone: no argument of its own has an effect.
     int onlyTheName = std::min(argumentCount, 1);
     QApplication application(onlyTheName, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
-    QApplication::setDesktopFileName(QString::fromLatin1(quorvane::platform::ApplicationService::name));
+    QApplication::setDesktopFileName(QString::fromLatin1(quorvane::desktop::ApplicationService::name));
     // Windows other than the main one may be closed, and the main one left for the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
     quorvane::windows::applyWindowLook(application);
     quorvane::windows::speakLanguageOf(application, QLocale::system());
-    const quorvane::platform::DesktopAppearance desktop(QDBusConnection::sessionBus());
+    const quorvane::desktop::DesktopAppearance desktop(QDBusConnection::sessionBus());
     quorvane::windows::setAppearance(application, desktop.appearance());
-    QObject::connect(&desktop, &quorvane::platform::DesktopAppearance::changed, &application,
+    QObject::connect(&desktop, &quorvane::desktop::DesktopAppearance::changed, &application,
         [&application](
             quorvane::platform::Appearance look) { quorvane::windows::setAppearance(application, look); });
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/quorvane-configuration.svg")));
 
-    const quorvane::platform::EndRequests endRequests;
+    const quorvane::desktop::EndRequests endRequests;
     const auto log = quorvane::platform::makeProgramLog("quorvane-configuration", true);
     const bool openedWithOptions
         = std::find(allArguments.begin(), allArguments.end(), "-preferences") != allArguments.end();
     quorvane::app::Surroundings around(
         quorvane::platform::Locations::fromEnvironment(), *log, openedWithOptions);
-    QObject::connect(&endRequests, &quorvane::platform::EndRequests::endRequested, &around.delegate,
+    QObject::connect(&endRequests, &quorvane::desktop::EndRequests::endRequested, &around.delegate,
         &quorvane::app::AppDelegate::terminate);
     quorvane::windows::RulesEditorTableController mainWindow(
         around.document, around.delegate, around.run, around.workspace, *log);

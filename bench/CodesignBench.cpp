@@ -1,6 +1,6 @@
-#include "codesign/CodeQuestions.h"
 #include "codesign/Digests.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 #include "tests/support/ByteWriter.h"
 #include "tests/support/SignatureBuilder.h"
 #include "tests/support/TemporaryFolder.h"

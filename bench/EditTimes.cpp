@@ -1,5 +1,5 @@
+#include "desktop/Workspace.h"
 #include "platform/Log.h"
-#include "platform/Workspace.h"
 #include "tests/support/FakeApplication.h"
 #include "windows/BackgroundThread.h"
 #include "windows/EditPolicyWindowController.h"
@@ -136,7 +136,7 @@ void printTimes(const std::string& file, const std::string& folder)
     workflow::RulesDocument document(
         *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
     test::FakeApplication application;
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     windows::RulesEditorTableController window(document, application, run, workspace, log);
     window.show();
     Editing(document, background, window).printAll();

@@ -1,6 +1,6 @@
 #include "bench/LongestGap.h"
+#include "desktop/Workspace.h"
 #include "platform/Log.h"
-#include "platform/Workspace.h"
 #include "tests/support/FakeApplication.h"
 #include "tests/support/TestDocument.h"
 #include "windows/EditPolicyWindowController.h"
@@ -33,7 +33,7 @@ double milliseconds(const QElapsedTimer& timer)
 // The review of an import of the same file, all of whose rules are present: from its opening, which reads the
 // file, to its first paint, and the ticks of all rules changed.
 void printTimesOfReview(const std::string& file, workflow::RulesDocument& document,
-    platform::Workspace& workspace, platform::Log& log)
+    desktop::Workspace& workspace, platform::Log& log)
 {
     QElapsedTimer timer;
     timer.start();
@@ -127,7 +127,7 @@ int main(int argumentCount, char** arguments)
     const auto store = rules::RuleManager::initWithContentsOfFile(
         arguments[1], false, platform::Locations("/nonexistent", "bench"), log);
     store->totalRules(true);
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
 
     QElapsedTimer timer;
     timer.start();

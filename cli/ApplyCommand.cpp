@@ -74,7 +74,7 @@ public:
             = m_isAbsent ? absenceOf(*wanted, present) : presenceOf(*wanted, present, m_prunedTags);
         const bool isWritten = !m_isDryRun && !application.change.isEmpty();
         if (const auto refusal = whyRefused(*user, application)) {
-            complain("nothing was written: " + printable(*refusal));
+            printError("nothing was written: " + printable(*refusal));
             return ExitStatus::failure;
         }
         if (isWritten && !perform(*user, application.change))
@@ -101,11 +101,11 @@ private:
         if (wanted.rules.empty() && !m_prunedTags.empty() && !m_allowsEmpty && !wanted.problem)
             wanted.problem = "expected a rule, since every rule with a pruned tag would go (--allow-empty)";
         if (wanted.problem) {
-            complain("'" + printable(m_file) + "', " + printable(*wanted.problem));
+            printError("'" + printable(m_file) + "', " + printable(*wanted.problem));
             return std::nullopt;
         }
         for (const std::size_t line : wanted.skippedOptions)
-            complain(
+            printError(
                 "'" + printable(m_file) + "', line " + std::to_string(line) + ": an option is not applied");
         return std::move(wanted.rules);
     }

@@ -26,9 +26,9 @@ int ChangeOptions::carryOut(UserDocument& user, const workflow::PlannedChange& p
     const workflow::RowsOfRules& rows) const
 {
     for (const std::string& remark : plan.remarks)
-        complain(printable(remark));
+        printError(printable(remark));
     if (plan.refusal) {
-        complain("nothing was changed: " + printable(*plan.refusal));
+        printError("nothing was changed: " + printable(*plan.refusal));
         return ExitStatus::failure;
     }
     const bool isWritten = !m_isDryRun && !plan.change.isEmpty();

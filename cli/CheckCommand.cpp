@@ -144,7 +144,7 @@ public:
         m_output.write(checked.printed);
         for (const std::string& problem : checked.problems) {
             if (!checked.areProblemsTold)
-                complain(problem);
+                printError(problem);
             m_notifications.append(m_notifications.empty() ? "" : ",")
                 .append(sarifNotification(fileAddress(file), problem));
         }

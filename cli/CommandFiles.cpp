@@ -18,7 +18,7 @@ std::optional<workflow::RulesInput> onlyText(workflow::RulesInput input)
 {
     if (!input.textProblem())
         return input;
-    complain(printable(*input.textProblem()));
+    printError(printable(*input.textProblem()));
     return std::nullopt;
 }
 
@@ -56,7 +56,7 @@ bool writeResult(const std::string& path, std::string_view bytes)
 {
     const std::error_code error = platform::writeOutputFile(path, bytes);
     if (error)
-        complain("cannot write '" + printable(path) + "': " + whyUnwritten(error));
+        printError("cannot write '" + printable(path) + "': " + whyUnwritten(error));
     return !error;
 }
 

@@ -170,7 +170,7 @@ int runCommandLine(int argumentCount, const char* const* arguments)
     failureStatus = failureStatusOf(argumentCount, arguments);
     for (int number = 1; number < argumentCount; ++number) {
         if (!platform::isValidUtf8(arguments[number])) {
-            complain("argument " + std::to_string(number) + " is not valid UTF-8");
+            printError("argument " + std::to_string(number) + " is not valid UTF-8");
             return ExitStatus::usage;
         }
     }
@@ -179,7 +179,7 @@ int runCommandLine(int argumentCount, const char* const* arguments)
         const auto status = program.parse(argumentCount, arguments);
         return status ? *status : program.run();
     } catch (const std::bad_alloc&) {
-        complain("out of memory");
+        printError("out of memory");
         return statusWithoutMemory();
     }
 }

@@ -62,7 +62,7 @@ private:
         const OpenedStore opened = openStore({}, context);
         std::set<std::string> values;
         for (const rules::RuleRef& rule : opened.store->userRules())
-            values.insert(askRule(rule, [this](const auto& record) { return valueOf(record, m_values); }));
+            values.insert(visitRule(rule, [this](const auto& record) { return valueOf(record, m_values); }));
         for (const std::string& value : values) {
             if (!value.empty() && printable(value) == value)
                 output.write(value + "\n");

@@ -16,7 +16,7 @@ namespace quorvane::cli {
 namespace {
 
 // A rule as the command line spells it.
-struct SpelledRule {
+struct RuleArguments {
     std::string ruleClass; // "allow", "deny" or "watch"
     std::string type; // "prefix", "path" or "suffix"
     std::string path;
@@ -26,7 +26,7 @@ struct SpelledRule {
     std::string constraint;
 };
 
-rules::RuleRef recordOf(const SpelledRule& spelled)
+rules::RuleRef recordOf(const RuleArguments& spelled)
 {
     if (spelled.ruleClass == rules::policyClassDescription(rules::PolicyClass::watch)) {
         rules::WatchRuleFields fields;
@@ -74,7 +74,7 @@ protected:
         command.add_option("--constraint", m_rule.constraint, "What the program's code must carry");
     }
 
-    SpelledRule m_rule;
+    RuleArguments m_rule;
 };
 
 class AddCommand : public RuleCommand {
@@ -93,10 +93,10 @@ public:
         if (!user)
             return ExitStatus::failed;
         const rules::RuleRef rule = recordOf(m_rule);
-        const bool readsBack = askRule(
+        const bool readsBack = visitRule(
             rule, [&](const auto& record) { return readsBackAsWritten(record.fields(), user->lineEnds()); });
         if (!readsBack)
-            complain("warning: " + workflow::findingText({workflow::FindingKind::doesNotReadBack, {}, {}}));
+            printError("warning: " + workflow::findingText({workflow::FindingKind::doesNotReadBack, {}, {}}));
         user->expectUnwritableRules(readsBack ? 0 : 1);
         user->document().perform(workflow::additionOf(rule), {workflow::actionName("Add", 1)});
         return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
@@ -121,11 +121,11 @@ public:
         const rules::RuleRef wanted = recordOf(m_rule);
         const auto stored = user->store().firstEqualRule(wanted, {});
         if (!stored) {
-            complain("no rule is equal to " + workflow::ruleText(wanted));
+            printError("no rule is equal to " + workflow::ruleText(wanted));
             return ExitStatus::failed;
         }
         if (isSystemRule(*stored)) {
-            complain("a system rule cannot be deleted: " + workflow::ruleText(wanted));
+            printError("a system rule cannot be deleted: " + workflow::ruleText(wanted));
             return ExitStatus::failed;
         }
         user->document().perform(

@@ -36,7 +36,7 @@ public:
         const OpenedStore opened = openStore(m_selection, context);
         // An export of what could not be read would leave an empty file where a good one may have been.
         if (!opened.isComplete) {
-            complain("nothing was written: not all rules could be read");
+            printError("nothing was written: not all rules could be read");
             return ExitStatus::failed;
         }
         const auto rules = chosenRules(*opened.store, *place);
@@ -44,10 +44,10 @@ public:
             return ExitStatus::usage;
         const rules::WriteResult result = workflow::exportRules(m_out, *rules);
         for (const std::string& warning : result.warnings)
-            complain("warning: " + warning);
+            printError("warning: " + warning);
         if (!result.message)
             return opened.hasFailed ? ExitStatus::failed : ExitStatus::success;
-        complain(*result.message);
+        printError(*result.message);
         return ExitStatus::failed;
     }
 

@@ -84,7 +84,7 @@ private:
         platform::ProgramRun run = platform::runProgram("git", arguments);
         if (!run.error)
             return run;
-        complain("cannot run git: " + platform::errorText(run.error));
+        printError("cannot run git: " + platform::errorText(run.error));
         return std::nullopt;
     }
 
@@ -137,7 +137,7 @@ private:
         if (platform::isAnythingAt(file)) {
             const workflow::RulesInput input = workflow::RulesInput::read(file);
             if (input.problem()) {
-                complain(printable(*input.problem()));
+                printError(printable(*input.problem()));
                 return false;
             }
             before = input.bytes();

@@ -34,9 +34,9 @@ bool hasAnswered(history::Journal& journal)
 {
     const auto notice = journal.takeNotice();
     if (notice)
-        complain(*notice);
+        printError(*notice);
     if (journal.problem())
-        complain("the history cannot be read: " + *journal.problem());
+        printError("the history cannot be read: " + *journal.problem());
     return !notice && !journal.problem();
 }
 
@@ -88,7 +88,7 @@ bool isThere(history::Journal& journal, std::int64_t number)
     if (!hasAnswered(journal))
         return false;
     if (!version)
-        complain("there is no version " + std::to_string(number));
+        printError("there is no version " + std::to_string(number));
     return version.has_value();
 }
 
@@ -97,7 +97,7 @@ int nothingTo(const char* step, const CommandContext& context)
     const auto journal = journalOf(context);
     journal->newest();
     if (hasAnswered(*journal))
-        complain(std::string("there is nothing to ") + step);
+        printError(std::string("there is nothing to ") + step);
     return ExitStatus::failure;
 }
 
@@ -154,12 +154,12 @@ private:
             return ExitStatus::failure;
         const auto found = workflow::differenceOfVersion(journal, number);
         if (!found) {
-            complain("what version " + std::to_string(number)
+            printError("what version " + std::to_string(number)
                 + " changed is no longer known: it or the versions before it cannot be read");
             return ExitStatus::failure;
         }
         if (!found->isWholeStory)
-            complain("the version before it is no longer kept; this is what changed since version "
+            printError("the version before it is no longer kept; this is what changed since version "
                 + std::to_string(*found->since));
         Output output;
         writeDifference(output, found->difference, m_asJson);
@@ -190,7 +190,7 @@ public:
             return ExitStatus::failure;
         const auto user = openToRestore(context);
         if (!user->document().restore(m_version)) {
-            complain("version " + std::to_string(m_version) + " can no longer be read");
+            printError("version " + std::to_string(m_version) + " can no longer be read");
             return ExitStatus::failure;
         }
         return user->isWritten() ? ExitStatus::success : ExitStatus::failure;

@@ -25,7 +25,7 @@ std::size_t importRules(
     for (std::size_t row = 0; row < total; ++row) {
         const std::int32_t before = import.addedRules();
         const rules::RuleRef rule = import.importRule(exchange.ruleAtIndex(row, false));
-        const bool readsBack = askRule(
+        const bool readsBack = visitRule(
             rule, [lineEnds](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         unwritable += import.addedRules() > before && !readsBack ? 1U : 0U;
     }
@@ -42,7 +42,7 @@ std::string answer(const workflow::RuleImport& import, const workflow::ImportRes
 void warnOfUnwritable(std::size_t rules)
 {
     if (rules > 0)
-        complain("warning: " + std::to_string(rules)
+        printError("warning: " + std::to_string(rules)
             + " of the rules added do not read back as written: they hold text other than ASCII, a double "
               "quote, a blank at the end of a field, or no operations");
 }
@@ -77,7 +77,7 @@ public:
             return ExitStatus::failed;
         const OpenedStore exchange = openStore({.file = m_file}, context);
         if (!exchange.isComplete) {
-            complain("nothing was imported");
+            printError("nothing was imported");
             return ExitStatus::failed;
         }
         workflow::RuleImport import(user->document(), *place);
@@ -106,13 +106,13 @@ private:
     {
         const workflow::ImportResult result = import.didFinishImportingRules();
         if (result.writeFailure) {
-            complain(*result.writeFailure);
+            printError(*result.writeFailure);
             return ExitStatus::failed;
         }
         Output output;
         output.write(answer(import, result, m_asJson));
         if (!result.hasImported)
-            complain(result.notice.message);
+            printError(result.notice.message);
         return output.finish() && result.hasImported ? ExitStatus::success : ExitStatus::failed;
     }
 

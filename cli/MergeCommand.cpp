@@ -41,7 +41,7 @@ public:
         if (!writeResult(m_out.value_or(m_ours), merged.text))
             return ExitStatus::failure;
         for (const rules::FileConflict& conflict : merged.conflicts)
-            complain("conflict: " + printable(workflow::conflictText(conflict)));
+            printError("conflict: " + printable(workflow::conflictText(conflict)));
         return merged.conflicts.empty() ? ExitStatus::success : ExitStatus::findings;
     }
 

@@ -36,14 +36,14 @@ void Output::flush()
         if (written > 0) {
             rest.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
-            complain(std::string("cannot write the output: ") + std::strerror(errno));
+            printError(std::string("cannot write the output: ") + std::strerror(errno));
             m_failed = true;
         }
     }
     m_pending.clear();
 }
 
-void complain(std::string_view message)
+void printError(std::string_view message)
 {
     std::fprintf(stderr, "quorvanectl: %.*s\n", static_cast<int>(message.size()), message.data());
 }

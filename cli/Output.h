@@ -22,7 +22,7 @@ private:
 };
 
 // One line to standard error, after the program's name.
-void complain(std::string_view message);
+void printError(std::string_view message);
 
 // `text` with control characters as escapes, so that a terminal only ever shows it.
 std::string printable(std::string_view text);

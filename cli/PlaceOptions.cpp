@@ -34,7 +34,7 @@ std::optional<workflow::RulesPlace> PlaceOptions::open() const
     std::error_code error;
     auto place = workflow::RulesPlace::folder(*m_target, error);
     if (!place)
-        complain("cannot look rules up in '" + printable(*m_target) + "': " + platform::errorText(error));
+        printError("cannot look rules up in '" + printable(*m_target) + "': " + platform::errorText(error));
     return place;
 }
 

@@ -194,7 +194,7 @@ std::string rulesTable(const std::vector<rules::RuleRef>& rules)
         = tableHead("The rules of the user. Operations: r read, w write, c create, m mount, x execute.",
             {"Row", "Class", "Type", "Path", "Operations", "Program", "Constraint", "Tag"});
     for (std::size_t row = 0; row < rules.size(); ++row)
-        text += askRule(rules[row], [row](const auto& rule) { return ruleRow(row, rule); });
+        text += visitRule(rules[row], [row](const auto& rule) { return ruleRow(row, rule); });
     return text.append(tableEnd);
 }
 

@@ -59,7 +59,7 @@ public:
     {
         const workflow::RulesInput input = workflow::RulesInput::read(m_file);
         if (input.problem()) {
-            complain(printable(*input.problem()));
+            printError(printable(*input.problem()));
             return ExitStatus::failure;
         }
         const std::vector<rules::JoinedLine> joined = rules::joinedLines(input.bytes());

@@ -73,7 +73,7 @@ PrintedRow printedRow(const rules::RuleManager& store, const rules::RuleRows& ro
     return {std::to_string(row), cell(workflow::RuleColumn::ruleClass).text,
         cell(workflow::RuleColumn::type).text, cell(workflow::RuleColumn::operations).text,
         joined(application.text, application.description), cell(workflow::RuleColumn::tag).text,
-        askRule(rows.at(row, includeSystemRules),
+        visitRule(rows.at(row, includeSystemRules),
             [](const auto& rule) { return std::string(rule.fields().path.view()); })};
 }
 
@@ -101,7 +101,7 @@ void writeRows(Output& output, const rules::RuleManager& store, const std::vecto
     const auto present = store.rows();
     for (const std::size_t row : rows) {
         if (asJson)
-            output.write(askRule(present->at(row, includeSystemRules),
+            output.write(visitRule(present->at(row, includeSystemRules),
                 [&](const auto& rule) { return rowLine(store, row, rule, place); }));
         else
             writeLine(output, printedRow(store, *present, row, includeSystemRules, place));

@@ -63,14 +63,14 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
     const auto reason = missing ? missing : whyIncomplete(selection, *opened.store);
     const std::vector<std::string>& failures = opened.store->readFailures();
     for (const std::string& failure : failures)
-        complain(failure);
+        printError(failure);
     const auto isComplainedOf = [&failures](const std::string& text) {
         return std::find(failures.begin(), failures.end(), text) != failures.end();
     };
     if (message && !isComplainedOf(*message))
-        complain(*message);
+        printError(*message);
     if (reason && reason != message && !isComplainedOf(*reason))
-        complain(*reason);
+        printError(*reason);
     const auto& unread = opened.store->unreadRules();
     opened.hasFailed = message || missing || !failures.empty() || (unread && unread->isFailure);
     opened.isComplete = !reason;

@@ -102,7 +102,7 @@ std::optional<std::vector<std::size_t>> chosenRows(
 {
     const bool includeSystemRules = selection.includeSystemRules;
     if (const auto row = missingRow(store, includeSystemRules, selection.criteria)) {
-        complain("there is no row " + std::to_string(*row) + ", there are "
+        printError("there is no row " + std::to_string(*row) + ", there are "
             + std::to_string(store.totalRules(includeSystemRules)) + " rows; nothing was done");
         return std::nullopt;
     }

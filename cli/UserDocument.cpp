@@ -19,7 +19,7 @@ workflow::DocumentOwner UserDocument::owner(const CommandContext& context)
 {
     const workflow::ReadProgramSettings read = workflow::readProgramSettings(workflow::defaultSettingsFile());
     if (read.problem)
-        complain(*read.problem);
+        printError(*read.problem);
     return {.program = "quorvanectl",
         .stateFolder = history::defaultStateFolder(),
         .settings = read.settings,
@@ -29,13 +29,13 @@ workflow::DocumentOwner UserDocument::owner(const CommandContext& context)
 void UserDocument::documentHasNews(const workflow::DocumentNews& news)
 {
     if (news.kind != workflow::DocumentNews::Kind::cutShort || news.rules.size() > m_expectedUnwritable)
-        complain(news.text);
+        printError(news.text);
 }
 
 bool UserDocument::isWritten() const
 {
     if (m_document.failure())
-        complain(*m_document.failure());
+        printError(*m_document.failure());
     return !m_document.failure();
 }
 
@@ -49,7 +49,7 @@ std::unique_ptr<UserDocument> openToLook(const CommandContext& context)
     OpenedStore opened = openStore({}, context);
     if (opened.isComplete)
         return std::make_unique<UserDocument>(std::move(opened.store), context);
-    complain("nothing was written: it would lose the rules that were not read");
+    printError("nothing was written: it would lose the rules that were not read");
     return nullptr;
 }
 

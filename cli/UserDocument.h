@@ -27,7 +27,7 @@ public:
     // How much of every line is written.
     rules::LineEnds lineEnds() const;
 
-    // The next write will complain of rules that do not come back from the file as they are when there are
+    // The next write will printError of rules that do not come back from the file as they are when there are
     // more of them than this number, which the command has complained of.
     void expectUnwritableRules(std::size_t count) { m_expectedUnwritable = count; }
 

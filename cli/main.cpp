@@ -15,7 +15,7 @@ namespace {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc&) {
-        quorvane::cli::complain("out of memory");
+        quorvane::cli::printError("out of memory");
         std::_Exit(quorvane::cli::statusWithoutMemory());
     } catch (...) { // a fault of the program's own
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "codesign/CodeQuestions.h"
+#include "codesign/SignatureQueries.h"
 
 #include <cstdint>
 #include <memory>
@@ -11,7 +11,7 @@
 namespace quorvane::codesign {
 
 // Questions about the code signature of a macOS program: of a file or bundle by its path, or of a running
-// process by its id. See CodeQuestions.h for what the answers mean.
+// process by its id. See SignatureQueries.h for what the answers mean.
 //
 // Stateless; any thread; failures are folded into the answers. Each call reads the program anew: who has
 // several questions about one program makes its code object once and asks that. No network is used, so a

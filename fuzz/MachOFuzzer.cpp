@@ -1,5 +1,5 @@
-#include "codesign/CodeQuestions.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -47,7 +47,7 @@ void checkRoundTrip(rules::RuleManager& store, const platform::Locations& locati
 {
     std::string written;
     for (std::size_t row = 0; row < store.totalRules(true); ++row) {
-        const bool readsBack = askRule(store.ruleAtIndex(row, true), [&](const auto& rule) {
+        const bool readsBack = visitRule(store.ruleAtIndex(row, true), [&](const auto& rule) {
             written += ruleLine(rule.fields());
             return rule.fields().flags == 0 && readsBackAsWritten(rule.fields());
         });
@@ -63,7 +63,7 @@ void checkRoundTrip(rules::RuleManager& store, const platform::Locations& locati
     copy->sortIndexUsingDescriptors({{rules::SortKey::sequence, true}});
     std::string again;
     for (std::size_t row = 0; row < copy->totalRules(true); ++row)
-        again += askRule(
+        again += visitRule(
             copy->ruleAtIndex(row, true), [](const auto& rule) { return ruleLine(rule.fields()); });
     if (again != written)
         std::abort();

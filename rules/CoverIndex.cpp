@@ -53,8 +53,8 @@ bool canCover(const PolicyRuleFields& rule)
 // True when both cover the same rules. Both must be able to cover.
 bool coverAlike(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
-    const bool samePaths = isEveryPath(a.path) ? isEveryPath(b.path) : sameText(a.path, b.path);
-    return samePaths && a.policyClass == b.policyClass && sameText(a.constraint, b.constraint)
+    const bool samePaths = isEveryPath(a.path) ? isEveryPath(b.path) : equalNonNull(a.path, b.path);
+    return samePaths && a.policyClass == b.policyClass && equalNonNull(a.constraint, b.constraint)
         && isBitwiseInclusive(a.operations, b.operations) && isBitwiseInclusive(b.operations, a.operations);
 }
 
@@ -65,7 +65,7 @@ bool coversRule(const PolicyRule& broader, const PolicyRule& rule)
     const PolicyRuleFields& wide = broader.fields();
     const PolicyRuleFields& narrow = rule.fields();
     if (wide.policyClass != narrow.policyClass || !isBitwiseInclusive(wide.operations, narrow.operations)
-        || !sameText(wide.constraint, narrow.constraint))
+        || !equalNonNull(wide.constraint, narrow.constraint))
         return false;
     return isEveryPath(wide.path)
         || (wide.policyType == PolicyType::prefix && !wide.path.isNull()

@@ -81,7 +81,7 @@ private:
 
 // Equality as the rules compare: exact, and a null receiver equals nothing, not even another null.
 // There is no operator== for that reason.
-inline bool sameText(const NullableText& receiver, const NullableText& other)
+inline bool equalNonNull(const NullableText& receiver, const NullableText& other)
 {
     if (receiver.isNull() || other.isNull())
         return false;

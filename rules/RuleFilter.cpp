@@ -28,11 +28,11 @@ void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
         if (first == 0)
             m_paths.reserve(added, added * roomForPath);
         for (std::size_t number = first; number < rules.size(); ++number)
-            askRule(rules[number], [this](const auto& record) { m_paths.append(record.fields().path); });
+            visitRule(rules[number], [this](const auto& record) { m_paths.append(record.fields().path); });
     };
     std::future<void> paths = std::async(policy, foldPaths);
     for (std::size_t number = first; number < rules.size(); ++number) {
-        askRule(rules[number],
+        visitRule(rules[number],
             [this](const auto& record) { m_processNames.append(record.fields().processName); });
         const PolicyRule* policyRule = policyRuleIn(rules[number]);
         m_tags.append(policyRule == nullptr ? NullableText() : policyRule->fields().tag);

@@ -19,13 +19,13 @@ template <class Fields> std::uint64_t hashOfCommonFields(const Fields& rule)
 
 bool isEqualRule(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
-    return isEqualButForPath(a, b) && sameText(a.path, b.path);
+    return isEqualButForPath(a, b) && equalNonNull(a.path, b.path);
 }
 
 bool isEqualRule(const WatchRuleFields& a, const WatchRuleFields& b)
 {
     return a.policyType == b.policyType && a.operations == b.operations && a.flags == b.flags
-        && sameText(a.path, b.path) && sameText(a.processName, b.processName);
+        && equalNonNull(a.path, b.path) && equalNonNull(a.processName, b.processName);
 }
 
 bool isEqualRule(const RuleValue& a, const RuleValue& b)
@@ -43,14 +43,14 @@ bool isEqualRule(const RuleValue& a, const RuleValue& b)
 bool isEqualButForPath(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
     return a.policyClass == b.policyClass && a.policyType == b.policyType && a.operations == b.operations
-        && a.flags == b.flags && !a.path.isNull() && sameText(a.processName, b.processName)
-        && sameText(a.constraint, b.constraint);
+        && a.flags == b.flags && !a.path.isNull() && equalNonNull(a.processName, b.processName)
+        && equalNonNull(a.constraint, b.constraint);
 }
 
 bool isOfSameApplication(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
     const auto same = [](const NullableText& one, const NullableText& other) {
-        return one.isNull() ? other.isNull() : sameText(one, other);
+        return one.isNull() ? other.isNull() : equalNonNull(one, other);
     };
     return same(a.processName, b.processName) && same(a.constraint, b.constraint);
 }

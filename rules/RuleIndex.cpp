@@ -138,7 +138,7 @@ void RuleIndex::markSystemRules()
 {
     const auto& rules = m_numbers.rules();
     for (std::size_t number = m_isSystem.size(); number < rules.size(); ++number) {
-        m_isSystem.push_back(askRule(rules[number], [](const auto& rule) { return rule.fields().system; }));
+        m_isSystem.push_back(visitRule(rules[number], [](const auto& rule) { return rule.fields().system; }));
         m_anySystem = m_anySystem || m_isSystem.back();
     }
 }

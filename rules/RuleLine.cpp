@@ -129,8 +129,9 @@ std::optional<std::vector<std::string>> tokensReadBack(std::string_view line, Li
 
 template <class Fields> bool sameCommonFields(const Fields& a, const Fields& b)
 {
-    return a.policyType == b.policyType && sameText(a.path, b.path) && sameText(a.processName, b.processName)
-        && a.operations == b.operations && !a.tag.isNull() && withoutQuotes(a.tag) == withoutQuotes(b.tag);
+    return a.policyType == b.policyType && equalNonNull(a.path, b.path)
+        && equalNonNull(a.processName, b.processName) && a.operations == b.operations && !a.tag.isNull()
+        && withoutQuotes(a.tag) == withoutQuotes(b.tag);
 }
 
 } // namespace
@@ -233,7 +234,7 @@ bool readsBackAsWritten(const PolicyRuleFields& rule, LineEnds lineEnds)
         return false;
     const PolicyRuleFields read = policyRuleFromTokens(views, false, pool);
     return rule.policyClass == read.policyClass && sameCommonFields(rule, read)
-        && sameText(rule.constraint, read.constraint) && rule.created == read.created;
+        && equalNonNull(rule.constraint, read.constraint) && rule.created == read.created;
 }
 
 } // namespace quorvane::rules

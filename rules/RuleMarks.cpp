@@ -15,7 +15,7 @@ std::uint64_t createdOf(const RuleValue& rule)
 
 bool hasSameTag(const RuleValue& a, const RuleValue& b)
 {
-    return tagOf(a).isNull() ? tagOf(b).isNull() : sameText(tagOf(a), tagOf(b));
+    return tagOf(a).isNull() ? tagOf(b).isNull() : equalNonNull(tagOf(a), tagOf(b));
 }
 
 bool hasSameMarks(const RuleValue& a, const RuleValue& b)

@@ -19,32 +19,32 @@ inline const PolicyRule* policyRuleIn(const RuleRef& rule)
 }
 
 // What `question` answers when it is asked with the record itself.
-template <class Question> decltype(auto) askRule(const RuleRef& rule, Question&& question)
+template <class Question> decltype(auto) visitRule(const RuleRef& rule, Question&& question)
 {
     return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
 }
 
 inline bool isSystemRule(const RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return record.system(); });
+    return visitRule(rule, [](const auto& record) { return record.system(); });
 }
 
 // What tells records apart, as long as they live.
 inline const void* addressOf(const RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) -> const void* { return &record; });
+    return visitRule(rule, [](const auto& record) -> const void* { return &record; });
 }
 
 // The present value of a record.
 inline RuleValue valueOf(const RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return RuleValue(record.value()); });
+    return visitRule(rule, [](const auto& record) { return RuleValue(record.value()); });
 }
 
 // The same for the thread that sets it, which needs no lock.
 inline RuleValue presentValueOf(const RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return RuleValue(record.presentValue()); });
+    return visitRule(rule, [](const auto& record) { return RuleValue(record.presentValue()); });
 }
 
 // Gives a record a value of its kind.

@@ -76,7 +76,7 @@ SortColumn columnOf(
 {
     SortColumn column(order.size());
     for (const std::uint32_t number : order)
-        askRule(rules[number], [&](const auto& rule) { appendValue(column, key, rule); });
+        visitRule(rules[number], [&](const auto& rule) { appendValue(column, key, rule); });
     return column;
 }
 
@@ -149,7 +149,7 @@ int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescr
     for (const SortDescriptor& descriptor : descriptors) {
         SortColumn column(2);
         for (const RuleRef* rule : {&a, &b})
-            askRule(*rule, [&](const auto& record) { appendValue(column, descriptor.key, record); });
+            visitRule(*rule, [&](const auto& record) { appendValue(column, descriptor.key, record); });
         if (const int order = column.compareFirstTwo(); order != 0)
             return descriptor.ascending ? order : -order;
     }

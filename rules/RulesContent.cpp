@@ -44,7 +44,7 @@ RulesContent RulesContent::ofText(std::string text)
 
 void RulesContent::append(const RuleRef& rule)
 {
-    askRule(rule, [this](const auto& record) { appendLine(record.fields()); });
+    visitRule(rule, [this](const auto& record) { appendLine(record.fields()); });
 }
 
 std::size_t RulesContent::endOfRuleAt(std::size_t position) const

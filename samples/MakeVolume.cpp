@@ -78,7 +78,7 @@ Programs programsOf(const std::vector<rules::RuleRef>& rules)
     Programs programs = changed;
     for (const rules::RuleRef& rule : rules) {
         const rules::NullableText process
-            = askRule(rule, [](const auto& each) { return each.processName(); });
+            = visitRule(rule, [](const auto& each) { return each.processName(); });
         const rules::PolicyRule* policy = policyRuleIn(rule);
         addProgram(programs, workflow::namedProgram(process.view()),
             policy == nullptr ? std::string_view() : policy->fields().constraint.view());
@@ -171,7 +171,7 @@ void writeProgram(
 void writePath(const fs::path& volume, const rules::RuleRef& rule)
 {
     const std::string path = pathOf(valueOf(rule));
-    const auto type = askRule(rule, [](const auto& each) { return each.fields().policyType; });
+    const auto type = visitRule(rule, [](const auto& each) { return each.fields().policyType; });
     const fs::path place = volume / path.substr(std::min<std::size_t>(path.size(), 1));
     if (type == rules::PolicyType::suffix || !isOnVolume(path) || path.starts_with("/dev/"))
         return;

@@ -30,7 +30,7 @@ constexpr std::chrono::milliseconds lockTimeout{100};
 } // namespace
 
 AsideController::AsideController(QWidget& window, RulesTable& table, workflow::RulesDocument& document,
-    platform::Workspace& workspace, platform::Log& log)
+    desktop::Workspace& workspace, platform::Log& log)
     : m_window(window)
     , m_table(table)
     , m_document(document)
@@ -55,10 +55,10 @@ void AsideController::setAside()
     }
     if (m_table.perform(
             planned, {.action = workflow::actionName("Set Aside", rules.size()), .refusesCuts = true}))
-        tellSetAside(rules.size());
+        reportSetAside(rules.size());
 }
 
-void AsideController::tellSetAside(std::size_t rules)
+void AsideController::reportSetAside(std::size_t rules)
 {
     m_table.addNotice(
         {.text = rules == 1 ? tr("1 rule is set aside.") : tr("%1 rules are set aside.").arg(inWords(rules)),

@@ -10,9 +10,12 @@
 
 class QWidget;
 
+namespace quorvane::desktop {
+class Workspace;
+}
+
 namespace quorvane::platform {
 class Log;
-class Workspace;
 } // namespace quorvane::platform
 
 namespace quorvane::workflow {
@@ -35,7 +38,7 @@ public:
     // The window of those set aside stands over `window`. Nothing given is owned; all of it must outlive
     // this.
     AsideController(QWidget& window, RulesTable& table, workflow::RulesDocument& document,
-        platform::Workspace& workspace, platform::Log& log);
+        desktop::Workspace& workspace, platform::Log& log);
 
     // Where programs and paths of those set aside are looked up; this machine at first.
     void setPlace(const workflow::RulesPlace& place);
@@ -50,12 +53,12 @@ public:
 private:
     void bringBack(const std::vector<rules::RuleValue>& rules);
     void deleteForGood(const std::vector<rules::RuleValue>& rules);
-    void tellSetAside(std::size_t rules);
+    void reportSetAside(std::size_t rules);
 
     QWidget& m_window;
     RulesTable& m_table;
     workflow::RulesDocument& m_document;
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     platform::Log& m_log;
     const workflow::AsideRules m_aside;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();

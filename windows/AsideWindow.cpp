@@ -24,7 +24,7 @@ QString newsSubject()
 } // namespace
 
 AsideWindow::AsideWindow(const workflow::AsideRules& aside, const rules::RuleManager& inForce,
-    platform::Workspace& workspace, platform::Log& log, QWidget* parent)
+    desktop::Workspace& workspace, platform::Log& log, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::AsideWindow>())
     , m_aside(aside)

@@ -14,7 +14,7 @@ namespace Ui {
 class AsideWindow;
 }
 
-namespace quorvane::platform {
+namespace quorvane::desktop {
 class Workspace;
 }
 
@@ -30,7 +30,7 @@ public:
     // `inForce`: rules that are there do not count as set aside. Nothing given is owned; all of it must
     // outlive the window.
     AsideWindow(const workflow::AsideRules& aside, const rules::RuleManager& inForce,
-        platform::Workspace& workspace, platform::Log& log, QWidget* parent = nullptr);
+        desktop::Workspace& workspace, platform::Log& log, QWidget* parent = nullptr);
     ~AsideWindow() override;
 
     // Where programs and paths are looked up; this machine at first.

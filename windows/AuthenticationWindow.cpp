@@ -1,6 +1,6 @@
 #include "windows/AuthenticationWindow.h"
 
-#include "platform/InputLock.h"
+#include "desktop/InputLock.h"
 #include "windows/QtText.h"
 
 #include <QApplication>
@@ -38,7 +38,7 @@ AuthenticationWindow::AuthenticationWindow(const QString& iconFile)
     , m_giveUpButton(buttons().addButton(QDialogButtonBox::Cancel))
     , m_appearance(new QTimer(this))
 {
-    platform::InputLock::exempt(*this);
+    desktop::InputLock::exempt(*this);
     connect(&buttons(), &QDialogButtonBox::rejected, this, &QDialog::reject);
     m_appearance->setSingleShot(true);
     connect(m_appearance, &QTimer::timeout, this, &QWidget::show);

@@ -7,7 +7,7 @@
 namespace quorvane::windows {
 
 EditPolicyWindowController::EditPolicyWindowController(
-    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
+    workflow::RulesDocument& document, desktop::Workspace& workspace, platform::Log& log, QWidget* parent)
     : RuleEditorWindow({"EditPolicyWindowController", "updatePolicyEditor"}, document, log,
         std::make_shared<rules::PolicyRule>(), parent)
 {

@@ -11,7 +11,7 @@ class EditPolicyWindowController : public RuleEditorWindow {
 public:
     // Nothing given is owned; all of it must outlive the window. Without a parent the window stands for
     // itself.
-    EditPolicyWindowController(workflow::RulesDocument& document, platform::Workspace& workspace,
+    EditPolicyWindowController(workflow::RulesDocument& document, desktop::Workspace& workspace,
         platform::Log& log, QWidget* parent = nullptr);
 
     // Never null; a rule with nothing in it until one is set. Set before the window is shown.

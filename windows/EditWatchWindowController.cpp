@@ -5,7 +5,7 @@
 namespace quorvane::windows {
 
 EditWatchWindowController::EditWatchWindowController(
-    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
+    workflow::RulesDocument& document, desktop::Workspace& workspace, platform::Log& log, QWidget* parent)
     : RuleEditorWindow({"EditWatchWindowController", "updateWatchEditor"}, document, log,
         std::make_shared<rules::WatchRule>(), parent)
 {

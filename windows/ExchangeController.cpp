@@ -26,7 +26,7 @@ constexpr const char* pastedText = "pasted text"; // in place of a path, in the 
 
 ExchangeController::ExchangeController(QWidget& window, workflow::ImportDelegate& delegate,
     workflow::RulesDocument& document, workflow::ApplicationServices& application,
-    platform::Workspace& workspace, platform::Log& log)
+    desktop::Workspace& workspace, platform::Log& log)
     : m_window(window)
     , m_delegate(delegate)
     , m_document(document)

@@ -15,9 +15,12 @@
 
 class QWidget;
 
+namespace quorvane::desktop {
+class Workspace;
+}
+
 namespace quorvane::platform {
 class Log;
-class Workspace;
 } // namespace quorvane::platform
 
 namespace quorvane::rules {
@@ -40,7 +43,7 @@ public:
     // Panels and reviews stand over `window`. A review hands its rules to `delegate`, which hands them on to
     // importRule() and didFinishImportingRules(). Nothing given is owned; all of it must outlive this.
     ExchangeController(QWidget& window, workflow::ImportDelegate& delegate, workflow::RulesDocument& document,
-        workflow::ApplicationServices& application, platform::Workspace& workspace, platform::Log& log);
+        workflow::ApplicationServices& application, desktop::Workspace& workspace, platform::Log& log);
 
     // Where the programs and paths of rules under review are looked up; this machine at first. A review that
     // is open keeps its place.
@@ -95,7 +98,7 @@ private:
     workflow::RulesDocument& m_document;
     rules::RuleManager& m_store;
     workflow::ApplicationServices& m_application;
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     platform::Log& m_log;
     BackgroundThread m_thread;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();

@@ -27,7 +27,7 @@ namespace quorvane::windows {
 namespace {
 
 constexpr std::chrono::seconds betweenLooks{1};
-constexpr QLatin1String tellSubject("tell"); // of notices, which take each other's place
+constexpr QLatin1String newsOfVersion("tell"); // of notices, which take each other's place
 
 QString headingOf(const ComparedVersion& difference)
 {
@@ -139,13 +139,13 @@ void HistoryWindow::openHistory()
     });
     connect(m_reader.get(), &HistoryReader::searched, this, [this](qsizetype count) {
         m_searched = static_cast<std::size_t>(count);
-        tellCounts();
+        updateCounts();
     });
     connect(m_reader.get(), &HistoryReader::forgotten, this, [this](const QString& problem) {
         history().versionsWereForgotten();
         tell(problem.isEmpty() ? tr("The versions are forgotten.") : problem);
     });
-    m_ui->notices->remove(tellSubject);
+    m_ui->notices->remove(newsOfVersion);
     m_isRead = false;
     m_selected.reset();
     m_versions->setVersions({});
@@ -195,7 +195,7 @@ void HistoryWindow::versionsDidChange(
     if (!m_ui->searchField->text().isEmpty())
         searchAgain();
     selectionDidChange();
-    tellCounts();
+    updateCounts();
     if (versions.empty())
         Q_EMIT wasFilled();
 }
@@ -267,10 +267,10 @@ void HistoryWindow::searchAgain()
 {
     m_searched = 0;
     m_reader->search(m_ui->searchField->text(), m_versions->versions());
-    tellCounts();
+    updateCounts();
 }
 
-void HistoryWindow::tellCounts()
+void HistoryWindow::updateCounts()
 {
     const std::size_t all = m_versions->versions().size();
     QString counts = all == 1 ? tr("1 version") : tr("%1 versions").arg(inWords(all));
@@ -307,7 +307,7 @@ void HistoryWindow::restoreVersion()
         return;
     if (problem)
         return tell(toQt(*problem));
-    FootNotice notice{.text = tr("Version %1 is in force again.").arg(number), .subject = tellSubject};
+    FootNotice notice{.text = tr("Version %1 is in force again.").arg(number), .subject = newsOfVersion};
     if (history().canUndo())
         notice.buttons.push_back({tr("Undo"), [this] { Q_EMIT undoRequested(); }});
     m_ui->notices->add(std::move(notice));
@@ -348,7 +348,7 @@ void HistoryWindow::forgetVersions()
 
 void HistoryWindow::tell(const QString& text)
 {
-    m_ui->notices->add({.text = text, .subject = tellSubject});
+    m_ui->notices->add({.text = text, .subject = newsOfVersion});
 }
 
 } // namespace quorvane::windows

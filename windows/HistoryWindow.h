@@ -63,7 +63,7 @@ private:
     void showDifference(const ComparedVersion& difference);
     void searchDidChange();
     void searchAgain();
-    void tellCounts();
+    void updateCounts();
     void copyChanges() const;
     void save(const std::string& path, std::int64_t version);
     void tell(const QString& text);

@@ -14,7 +14,7 @@ constexpr int tickColumn = static_cast<int>(workflow::ImportColumn::tick);
 } // namespace
 
 ImportTableModel::ImportTableModel(const rules::RuleManager& present, const workflow::StateDict& ticks,
-    platform::Workspace& workspace, QObject* parent)
+    desktop::Workspace& workspace, QObject* parent)
     : RuleCellsModel(
         workflow::importColumnCount, std::make_shared<rules::RuleRows>(), workspace, reviewIsShaded, parent)
     , m_present(present)

@@ -16,7 +16,7 @@ public:
     // Rules that `present` holds as well are marked. Nothing given is owned; all of it must outlive the
     // model.
     ImportTableModel(const rules::RuleManager& present, const workflow::StateDict& ticks,
-        platform::Workspace& workspace, QObject* parent = nullptr);
+        desktop::Workspace& workspace, QObject* parent = nullptr);
 
     // Where programs and paths are looked up. Takes effect with the next reload.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }

@@ -6,9 +6,9 @@
 #include "ui_ImportWindowController.h"
 #include "windows/ImportProgress.h"
 #include "windows/ImportTableModel.h"
-#include "windows/KeptSelection.h"
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
+#include "windows/SelectionState.h"
 #include "workflow/ImportCells.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RulesDocument.h"
@@ -24,7 +24,7 @@
 namespace quorvane::windows {
 
 ImportWindowController::ImportWindowController(
-    workflow::RulesDocument& document, platform::Workspace& workspace, platform::Log& log, QWidget* parent)
+    workflow::RulesDocument& document, desktop::Workspace& workspace, platform::Log& log, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_document(document)
     , m_present(document.store())
@@ -251,7 +251,7 @@ void ImportWindowController::foresightDidChange()
     }
     if (m_ui->foresightBar->filter())
         reloadTable();
-    tellCounts();
+    updateCounts();
     if (m_foresight != nullptr && m_failing != nullptr)
         Q_EMIT wasCounted();
 }
@@ -268,11 +268,11 @@ void ImportWindowController::reloadTable()
 {
     if (m_ruleManager == nullptr)
         return;
-    const KeptSelection selection(*m_ui->importTableView, *m_model);
+    const SelectionState selection(*m_ui->importTableView, *m_model);
     m_model->reload(*m_ruleManager, shownRows());
     selection.restore(*m_ui->importTableView, *m_model);
     numberOfRowsInTableView();
-    tellCounts();
+    updateCounts();
 }
 
 // All rules in their order, or those of the kind that was chosen.
@@ -351,10 +351,10 @@ void ImportWindowController::toggleSelectedTicks()
 void ImportWindowController::ticksDidChange()
 {
     m_model->ticksDidChange();
-    tellCounts();
+    updateCounts();
 }
 
-void ImportWindowController::tellCounts()
+void ImportWindowController::updateCounts()
 {
     const std::size_t rules = m_ruleManager == nullptr ? 0 : m_ruleManager->totalRules(false);
     const std::size_t ticked = m_stateDict.countOfTicked(rules);

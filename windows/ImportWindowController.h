@@ -20,9 +20,12 @@ namespace Ui {
 class ImportWindowController;
 }
 
+namespace quorvane::desktop {
+class Workspace;
+}
+
 namespace quorvane::platform {
 class Log;
-class Workspace;
 } // namespace quorvane::platform
 
 namespace quorvane::rules {
@@ -52,7 +55,7 @@ class ImportWindowController : public QDialog {
 public:
     // Rules that `present` holds already are marked. Nothing given is owned; all of it must outlive the
     // window.
-    ImportWindowController(workflow::RulesDocument& document, platform::Workspace& workspace,
+    ImportWindowController(workflow::RulesDocument& document, desktop::Workspace& workspace,
         platform::Log& log, QWidget* parent = nullptr);
     ~ImportWindowController() override;
 
@@ -124,7 +127,7 @@ private:
     void reloadTable();
     void startCounting();
     void lookOn();
-    void tellCounts();
+    void updateCounts();
     void importTickedRules();
     void windowWillClose();
 

@@ -128,7 +128,7 @@ QByteArray textForFile(const KeptDraft& kept, const QString& rulesFile)
         QJsonObject{{QStringLiteral("format"), format}, {QStringLiteral("rulesFile"), rulesFile},
             {QStringLiteral("kind"), isWatchRule ? watchKind() : policyKind()},
             {QStringLiteral("rule"),
-                askRule(kept.rule, [](const auto& record) { return jsonOfFields(record.fields()); })},
+                visitRule(kept.rule, [](const auto& record) { return jsonOfFields(record.fields()); })},
             {QStringLiteral("draft"), jsonOfDraft(kept.draft)}})
         .toJson();
 }

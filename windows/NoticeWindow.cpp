@@ -1,6 +1,6 @@
 #include "windows/NoticeWindow.h"
 
-#include "platform/InputLock.h"
+#include "desktop/InputLock.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -22,7 +22,7 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     setAttribute(Qt::WA_DeleteOnClose);
     // Another dialog that closes all other windows to input must not close this one too.
     setModal(QApplication::activeModalWidget() != nullptr);
-    platform::InputLock::exempt(*this);
+    desktop::InputLock::exempt(*this);
     setTexts(header, message);
     buttons().setStandardButtons(QDialogButtonBox::Ok);
     connect(&buttons(), &QDialogButtonBox::accepted, this, &QDialog::close);

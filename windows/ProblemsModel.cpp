@@ -24,7 +24,7 @@ quintptr identifierOf(workflow::FindingKind kind)
 
 QString ruleName(const workflow::KnownProblem& problem)
 {
-    return askRule(problem.rule, [](const auto& rule) {
+    return visitRule(problem.rule, [](const auto& rule) {
         return toQt(shownApplicationNameForRule(rule) + "  " + std::string(rule.fields().path.view()));
     });
 }

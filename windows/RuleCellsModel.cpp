@@ -49,7 +49,7 @@ QFont cellFont(bool bold, bool italic)
 } // namespace
 
 RuleCellsModel::RuleCellsModel(int columns, std::shared_ptr<const rules::RuleRows> rows,
-    platform::Workspace& workspace, bool& shaded, QObject* parent)
+    desktop::Workspace& workspace, bool& shaded, QObject* parent)
     : QAbstractTableModel(parent)
     , m_workspace(workspace)
     , m_columns(columns)

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "rules/RuleIndex.h"
-#include "workflow/ShownRows.h"
+#include "workflow/VisibleRows.h"
 
 #include <QAbstractTableModel>
 
@@ -50,8 +50,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 protected:
-    // Neither `workspace` nor `shaded`, the band flag of ShownRows, is owned.
-    RuleCellsModel(int columns, std::shared_ptr<const rules::RuleRows> rows, platform::Workspace& workspace,
+    // Neither `workspace` nor `shaded`, the band flag of VisibleRows, is owned.
+    RuleCellsModel(int columns, std::shared_ptr<const rules::RuleRows> rows, desktop::Workspace& workspace,
         bool& shaded, QObject* parent);
 
     // Shows these rows from now on.
@@ -72,13 +72,13 @@ private:
     QVariant decoration(const workflow::RuleCell& cell) const;
     std::optional<std::size_t> startOfRun(const rules::RuleRows& rows) const;
 
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     const int m_columns;
     std::shared_ptr<const rules::RuleRows> m_rows;
     bool m_rowsShowSystemRules = false; // as m_rows was taken
     int m_sortedColumn = -1;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
-    workflow::ShownRows m_shownRows;
+    workflow::VisibleRows m_shownRows;
 };
 
 } // namespace quorvane::windows

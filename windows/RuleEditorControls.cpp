@@ -1,7 +1,7 @@
 #include "windows/RuleEditorControls.h"
 
+#include "desktop/Workspace.h"
 #include "platform/PathComponents.h"
-#include "platform/Workspace.h"
 #include "windows/FilePanel.h"
 #include "windows/OneLineText.h"
 #include "windows/PlainText.h"
@@ -101,7 +101,7 @@ void showText(QLineEdit& field, const std::string& text)
 }
 
 RuleEditorControls::RuleEditorControls(
-    const RuleEditorWidgets& widgets, platform::Workspace& workspace, std::string lockImageFile)
+    const RuleEditorWidgets& widgets, desktop::Workspace& workspace, std::string lockImageFile)
     : m_widgets(widgets)
     , m_workspace(workspace)
     , m_lockImageFile(std::move(lockImageFile))

@@ -14,7 +14,7 @@ class QLineEdit;
 class QPushButton;
 class QWidget;
 
-namespace quorvane::platform {
+namespace quorvane::desktop {
 class Workspace;
 }
 
@@ -75,7 +75,7 @@ class RuleEditorControls {
 public:
     // `lockImageFile` is what is shown for "any"; it may be missing.
     RuleEditorControls(
-        const RuleEditorWidgets& widgets, platform::Workspace& workspace, std::string lockImageFile);
+        const RuleEditorWidgets& widgets, desktop::Workspace& workspace, std::string lockImageFile);
 
     const RuleEditorWidgets& widgets() const { return m_widgets; }
 
@@ -114,7 +114,7 @@ public:
 
 private:
     RuleEditorWidgets m_widgets;
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     std::string m_lockImageFile;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };

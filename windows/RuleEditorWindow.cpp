@@ -26,7 +26,7 @@ RuleEditorWindow::RuleEditorWindow(LogNames names, workflow::RulesDocument& docu
     setAttribute(Qt::WA_DeleteOnClose);
 }
 
-void RuleEditorWindow::setUpControls(const RuleEditorWidgets& widgets, platform::Workspace& workspace)
+void RuleEditorWindow::setUpControls(const RuleEditorWidgets& widgets, desktop::Workspace& workspace)
 {
     m_controls.emplace(widgets, workspace, m_document.store().locations().noticeIconFile());
     const auto onClick = [this](const QPushButton* button, void (RuleEditorWindow::*slot)()) {
@@ -68,7 +68,7 @@ void RuleEditorWindow::setTheme()
 
 void RuleEditorWindow::updateEditor()
 {
-    askRule(m_rule, [this](const auto& record) {
+    visitRule(m_rule, [this](const auto& record) {
         writeLog(m_names.update,
             " path " + std::string(record.path().written()) + " process "
                 + std::string(record.processName().written()));

@@ -79,7 +79,7 @@ protected:
     // Nothing given is owned; all of it must outlive the window. setUpControls() is due at once.
     RuleEditorWindow(LogNames names, workflow::RulesDocument& document, platform::Log& log,
         rules::RuleRef rule, QWidget* parent);
-    void setUpControls(const RuleEditorWidgets& widgets, platform::Workspace& workspace);
+    void setUpControls(const RuleEditorWidgets& widgets, desktop::Workspace& workspace);
 
     // To be set before the window is shown.
     void setRule(rules::RuleRef rule) { m_rule = std::move(rule); }

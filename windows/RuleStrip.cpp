@@ -1,6 +1,6 @@
 #include "windows/RuleStrip.h"
 
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "rules/ApplicationIdentity.h"
 #include "windows/QtText.h"
 #include "windows/RuleMending.h"
@@ -50,7 +50,7 @@ struct RuleStrip::RuleFacts {
 };
 
 RuleStrip::RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
-    platform::Workspace& workspace, QWidget* parent)
+    desktop::Workspace& workspace, QWidget* parent)
     : QScrollArea(parent)
     , m_table(table)
     , m_document(document)

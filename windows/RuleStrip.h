@@ -15,7 +15,7 @@
 
 class QLabel;
 
-namespace quorvane::platform {
+namespace quorvane::desktop {
 class Workspace;
 }
 
@@ -38,7 +38,7 @@ class RuleStrip : public QScrollArea {
 public:
     // Nothing given is owned; all of it must outlive the strip.
     RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
-        platform::Workspace& workspace, QWidget* parent = nullptr);
+        desktop::Workspace& workspace, QWidget* parent = nullptr);
     ~RuleStrip() override;
 
     // Where programs and paths are looked up from now on.
@@ -76,7 +76,7 @@ private:
     RulesTable& m_table;
     workflow::RulesDocument& m_document;
     RuleMending& m_mending;
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     QList<QAction*> m_actionsOnMany;
     QLabel* m_icon;

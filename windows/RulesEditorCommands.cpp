@@ -149,7 +149,7 @@ void RulesEditorTableController::apply(const workflow::TableChange& change)
     updateCounts();
     showFailure();
     m_exchange->presentRulesDidChange();
-    tellOfRemaining(change.remaining);
+    reportRemaining(change.remaining);
     m_application.display(change.notice);
     Q_EMIT rulesDidChange();
 }

@@ -41,7 +41,7 @@ void RulesEditorTableController::setUpDocument()
     connect(m_ui->historyMenuItem, &QAction::triggered, this, &RulesEditorTableController::showHistory);
     connect(m_ui->settingsMenuItem, &QAction::triggered, this, &RulesEditorTableController::showSettings);
     connect(m_exchange.get(), &ExchangeController::joinedLinesFound, this,
-        &RulesEditorTableController::tellOfJoinedLines);
+        &RulesEditorTableController::reportJoinedLines);
     connect(m_ui->editMenu, &QMenu::aboutToShow, this, &RulesEditorTableController::nameUndoAndRedo);
     // Their keys work whatever the menu last said.
     connect(m_ui->editMenu, &QMenu::aboutToHide, this, [this] {
@@ -120,7 +120,7 @@ void RulesEditorTableController::showSettingsProblem(const QString& problem)
     m_ui->notices->add({.text = problem, .buttons = {{tr("Settings..."), [this] { showSettings(); }}}});
 }
 
-void RulesEditorTableController::tellOfJoinedLines(qulonglong lines)
+void RulesEditorTableController::reportJoinedLines(qulonglong lines)
 {
     m_ui->notices->add({.text = lines == 1
             ? tr("1 line of the rules file holds several rules, of which the first alone counts.")
@@ -186,7 +186,7 @@ void RulesEditorTableController::documentHasNews(const workflow::DocumentNews& n
 }
 
 // Of two equal rules the first goes, whichever is selected: then what remains is not what a person expects.
-void RulesEditorTableController::tellOfRemaining(const std::vector<rules::RuleRef>& remaining)
+void RulesEditorTableController::reportRemaining(const std::vector<rules::RuleRef>& remaining)
 {
     if (remaining.empty())
         return;

@@ -142,7 +142,7 @@ void RulesEditorTableController::openKeptRules()
 
 std::optional<rules::RuleRef> RulesEditorTableController::storedRuleLike(const rules::RuleRef& rule) const
 {
-    return askRule(rule, [this](const auto& record) -> std::optional<rules::RuleRef> {
+    return visitRule(rule, [this](const auto& record) -> std::optional<rules::RuleRef> {
         const auto stored = m_store.firstEqualRule(record);
         if (stored == nullptr || stored->system()) // which no editor changes
             return std::nullopt;

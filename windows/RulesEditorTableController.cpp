@@ -6,13 +6,13 @@
 #include "windows/ColumnsMenu.h"
 #include "windows/ExchangeController.h"
 #include "windows/HistoryWindow.h"
-#include "windows/KeptSelection.h"
 #include "windows/OneLineText.h"
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
 #include "windows/SelectionController.h"
+#include "windows/SelectionState.h"
 #include "windows/Shades.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
@@ -40,7 +40,7 @@ constexpr int noColumn = -1; // shows what the rows are sorted by
 } // namespace
 
 RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& document,
-    workflow::ApplicationServices& application, workflow::RunState& run, platform::Workspace& workspace,
+    workflow::ApplicationServices& application, workflow::RunState& run, desktop::Workspace& workspace,
     platform::Log& log)
     : m_document(document)
     , m_store(document.store())
@@ -225,7 +225,7 @@ void RulesEditorTableController::reloadRows()
 void RulesEditorTableController::reloadTable()
 {
     m_rulesEditorContextualMenu->close(); // its row may be another rule's by now
-    const KeptSelection selection(*m_ui->rulesEditorTableView, *m_model);
+    const SelectionState selection(*m_ui->rulesEditorTableView, *m_model);
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
     validateItems();

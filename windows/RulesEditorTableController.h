@@ -2,8 +2,8 @@
 
 #include "rules/RuleManager.h"
 #include "windows/KeptDrafts.h"
-#include "windows/KeptSelection.h"
 #include "windows/RulesTable.h"
+#include "windows/SelectionState.h"
 #include "workflow/DocumentObserver.h"
 #include "workflow/ImportDelegate.h"
 #include "workflow/RuleCommands.h"
@@ -22,9 +22,12 @@ namespace Ui {
 class RulesEditorTableController;
 }
 
+namespace quorvane::desktop {
+class Workspace;
+}
+
 namespace quorvane::platform {
 class Log;
-class Workspace;
 } // namespace quorvane::platform
 
 namespace quorvane::workflow {
@@ -66,7 +69,7 @@ class RulesEditorTableController : public QMainWindow,
 public:
     // Nothing given is owned; all of it must outlive the window.
     RulesEditorTableController(workflow::RulesDocument& document, workflow::ApplicationServices& application,
-        workflow::RunState& run, platform::Workspace& workspace, platform::Log& log);
+        workflow::RunState& run, desktop::Workspace& workspace, platform::Log& log);
     ~RulesEditorTableController() override;
 
     bool showsSystemRules() const;
@@ -203,8 +206,8 @@ private:
     void nameUndoAndRedo();
     void showHistoryFrom(std::int64_t version);
     void settingsWereSaved(const workflow::ProgramSettings& settings);
-    void tellOfJoinedLines(qulonglong lines);
-    void tellOfRemaining(const std::vector<rules::RuleRef>& remaining);
+    void reportJoinedLines(qulonglong lines);
+    void reportRemaining(const std::vector<rules::RuleRef>& remaining);
     void showFirstOf(const std::vector<rules::RuleRef>& rules);
     void writeWholeLines();
     void rulesWereMerged(const rules::ChangeSet& change) override;
@@ -235,7 +238,7 @@ private:
     rules::RuleManager& m_store;
     workflow::ApplicationServices& m_application;
     workflow::RunState& m_run;
-    platform::Workspace& m_workspace;
+    desktop::Workspace& m_workspace;
     platform::Log& m_log;
     workflow::RuleCommands m_commands;
     KeptDrafts m_keptDrafts;

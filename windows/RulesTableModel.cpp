@@ -11,7 +11,7 @@ bool tableIsShaded = false; // of the main table's rows, for the whole process
 } // namespace
 
 RulesTableModel::RulesTableModel(
-    const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent)
+    const rules::RuleManager& store, desktop::Workspace& workspace, QObject* parent)
     : RuleCellsModel(workflow::ruleColumnCount, store.rows(), workspace, tableIsShaded, parent)
     , m_store(store)
 {

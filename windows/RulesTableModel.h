@@ -18,7 +18,7 @@ class RulesTableModel : public RuleCellsModel {
 public:
     // Neither is owned.
     RulesTableModel(
-        const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent = nullptr);
+        const rules::RuleManager& store, desktop::Workspace& workspace, QObject* parent = nullptr);
 
     bool showsSystemRules() const { return m_showsSystemRules; }
     // Takes effect with the next reload.

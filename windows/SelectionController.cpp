@@ -57,7 +57,8 @@ QString commonTag(const std::vector<rules::RuleRef>& rules)
 
 std::string processOf(const rules::RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
+    return visitRule(
+        rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
 }
 
 // Of the user's rules among them. Any thread.

@@ -49,7 +49,7 @@ SettingsWindow::SettingsWindow(std::string file, QWidget* parent)
     setTextShade(*m_ui->problemLabel, shades::failureText);
     const workflow::ReadProgramSettings read = workflow::readProgramSettings(m_file);
     m_settings = read.settings;
-    tellProblem(toQt(read.problem.value_or(std::string())));
+    showProblem(toQt(read.problem.value_or(std::string())));
     m_ui->wholeLinesCheckBox->setChecked(m_settings.wholeLines);
     m_ui->daysSpinBox->setValue(static_cast<int>(m_settings.history.days));
     m_ui->sizeSpinBox->setValue(mebibytes(m_settings.history.bytes));
@@ -59,7 +59,7 @@ SettingsWindow::SettingsWindow(std::string file, QWidget* parent)
 
 SettingsWindow::~SettingsWindow() = default;
 
-void SettingsWindow::tellProblem(const QString& problem)
+void SettingsWindow::showProblem(const QString& problem)
 {
     m_ui->problemLabel->setText(withBreakPoints(problem));
     m_ui->problemLabel->setVisible(!problem.isEmpty());
@@ -80,7 +80,7 @@ void SettingsWindow::save()
 {
     const workflow::ProgramSettings settings = shownSettings();
     if (const auto problem = writeProgramSettings(m_file, settings))
-        return tellProblem(tr("The settings could not be saved: %1").arg(toQt(*problem)));
+        return showProblem(tr("The settings could not be saved: %1").arg(toQt(*problem)));
     Q_EMIT saved(settings);
     close();
 }

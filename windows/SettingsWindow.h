@@ -32,7 +32,7 @@ Q_SIGNALS:
     void saved(const quorvane::workflow::ProgramSettings& settings);
 
 private:
-    void tellProblem(const QString& problem);
+    void showProblem(const QString& problem);
     workflow::ProgramSettings shownSettings() const;
 
     const std::string m_file;

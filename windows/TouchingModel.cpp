@@ -10,7 +10,7 @@ bool listIsShaded = false; // of the rows of all such tables, for the whole proc
 
 }
 
-TouchingModel::TouchingModel(const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent)
+TouchingModel::TouchingModel(const rules::RuleManager& store, desktop::Workspace& workspace, QObject* parent)
     : RuleCellsModel(whyColumn + 1, rules::listedRows({}), workspace, listIsShaded, parent)
     , m_store(store)
 {

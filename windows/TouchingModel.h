@@ -16,7 +16,7 @@ public:
     static constexpr int whyColumn = workflow::ruleColumnCount; // behind those of the rules table
 
     // Neither is owned.
-    TouchingModel(const rules::RuleManager& store, platform::Workspace& workspace, QObject* parent = nullptr);
+    TouchingModel(const rules::RuleManager& store, desktop::Workspace& workspace, QObject* parent = nullptr);
 
     // Where programs and paths are looked up. Takes effect with the next rules.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }

@@ -17,7 +17,7 @@
 namespace quorvane::windows {
 
 TouchingWindow::TouchingWindow(
-    const rules::RuleManager& store, RulesTable& table, platform::Workspace& workspace, QWidget* parent)
+    const rules::RuleManager& store, RulesTable& table, desktop::Workspace& workspace, QWidget* parent)
     : QDialog(parent, Qt::Window)
     , m_ui(std::make_unique<Ui::TouchingWindow>())
     , m_table(table)
@@ -113,11 +113,11 @@ void TouchingWindow::showRules(const std::vector<rules::RuleRef>& found)
     if (shown > 0)
         list->refitColumns();
     m_ui->showButton->setEnabled(false);
-    tellCounts(found.size());
+    updateCounts(found.size());
     Q_EMIT wasAnswered();
 }
 
-void TouchingWindow::tellCounts(std::size_t found)
+void TouchingWindow::updateCounts(std::size_t found)
 {
     QString counts = found == 1 ? tr("1 rule.") : tr("%1 rules.").arg(inWords(found));
     if (found > mostRulesShown)

@@ -13,7 +13,7 @@ namespace Ui {
 class TouchingWindow;
 }
 
-namespace quorvane::platform {
+namespace quorvane::desktop {
 class Workspace;
 }
 
@@ -30,7 +30,7 @@ class TouchingWindow : public QDialog {
     Q_OBJECT
 public:
     // Rules are shown in `table`. Nothing given is owned; all of it must outlive the window.
-    TouchingWindow(const rules::RuleManager& store, RulesTable& table, platform::Workspace& workspace,
+    TouchingWindow(const rules::RuleManager& store, RulesTable& table, desktop::Workspace& workspace,
         QWidget* parent = nullptr);
     ~TouchingWindow() override;
 
@@ -52,7 +52,7 @@ private:
     workflow::TouchQuestion question() const;
     void ask();
     void showRules(const std::vector<rules::RuleRef>& found);
-    void tellCounts(std::size_t found);
+    void updateCounts(std::size_t found);
     void showSelectedRule();
 
     std::unique_ptr<Ui::TouchingWindow> m_ui;

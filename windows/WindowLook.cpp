@@ -1,6 +1,6 @@
 #include "windows/WindowLook.h"
 
-#include "platform/Compositor.h"
+#include "desktop/Compositor.h"
 #include "windows/Shades.h"
 
 #include <QApplication>
@@ -166,7 +166,7 @@ void bringToFront(QWidget& window)
 
 void applySheetLook(QWidget& window)
 {
-    const bool translucent = platform::isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
+    const bool translucent = desktop::isDesktopComposited() && !window.testAttribute(Qt::WA_WState_Created);
     QColor sheet = shades::sheet.in(lightLook);
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);

@@ -84,7 +84,7 @@ RuleCell importCell(const rules::RuleManager& reviewed, const rules::RuleManager
 
 bool isPresent(const rules::RuleManager& store, const rules::RuleRef& rule)
 {
-    return askRule(rule, [&store](const auto& record) { return store.firstEqualRule(record) != nullptr; });
+    return visitRule(rule, [&store](const auto& record) { return store.firstEqualRule(record) != nullptr; });
 }
 
 } // namespace quorvane::workflow

@@ -16,7 +16,7 @@ constexpr unsigned bitOf(Foresight kind)
 
 bool isCutBy(const rules::RuleRef& rule, rules::LineEnds lineEnds)
 {
-    return lineEnds == rules::LineEnds::cut && askRule(rule, [](const auto& record) {
+    return lineEnds == rules::LineEnds::cut && visitRule(rule, [](const auto& record) {
         return !readsBackAsWritten(record.fields(), rules::LineEnds::cut)
             && readsBackAsWritten(record.fields(), rules::LineEnds::whole);
     });
@@ -26,7 +26,7 @@ bool isCutBy(const rules::RuleRef& rule, rules::LineEnds lineEnds)
 
 std::int64_t sequenceOf(const rules::RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return record.sequence(); });
+    return visitRule(rule, [](const auto& record) { return record.sequence(); });
 }
 
 std::string_view foresightTitle(Foresight kind)

@@ -1,8 +1,8 @@
 #include "workflow/ProgramFacts.h"
 
-#include "codesign/CodeQuestions.h"
 #include "codesign/Digests.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 #include "platform/FileIdentity.h"
 
 #include <chrono>

@@ -152,7 +152,7 @@ RuleCell applicationCell(const rules::RuleRows& rows, std::size_t row, bool incl
 RuleCell pathCell(const rules::RuleRef& rule, const std::vector<RuleFinding>& findings)
 {
     RuleCell cell;
-    cell.text = askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
+    cell.text = visitRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); });
     cell.toolTip = cell.text;
     for (const RuleFinding& finding : findings) {
         cell.toolTip += "\n" + findingText(finding);
@@ -182,16 +182,16 @@ RuleCell ruleCell(const rules::RuleManager& store, const rules::RuleRows& rows, 
                 return programFault(policy, name, place);
             });
     case RuleColumn::state:
-        return stateCell(askRule(rule, [](const auto& record) { return record.getRuleState(); }));
+        return stateCell(visitRule(rule, [](const auto& record) { return record.getRuleState(); }));
     case RuleColumn::ruleClass:
-        return textCell(askRule(rule, [](const auto& record) { return shownClass(record); }));
+        return textCell(visitRule(rule, [](const auto& record) { return shownClass(record); }));
     case RuleColumn::type:
         return textCell(
-            askRule(rule, [](const auto& record) { return shownType(record.fields().policyType); }));
+            visitRule(rule, [](const auto& record) { return shownType(record.fields().policyType); }));
     case RuleColumn::operations:
-        return textCell(askRule(rule, [](const auto& record) { return operationsForRule(record); }));
+        return textCell(visitRule(rule, [](const auto& record) { return operationsForRule(record); }));
     case RuleColumn::tag:
-        return tagCell(askRule(rule, [](const auto& record) { return record.fields().tag; }));
+        return tagCell(visitRule(rule, [](const auto& record) { return record.fields().tag; }));
     case RuleColumn::path:
         return pathCell(rule, pathFindingsForRule(store, rule, place));
     }

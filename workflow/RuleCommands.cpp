@@ -85,7 +85,7 @@ rules::WatchRulePtr RuleCommands::newWatch()
 rules::PolicyRulePtr RuleCommands::newPolicyLike(const rules::RuleRef& rule)
 {
     rules::PolicyRuleFields fields{.path = "", .operations = readWriteCreate};
-    fields.processName = askRule(rule, [](const auto& record) { return record.processName(); });
+    fields.processName = visitRule(rule, [](const auto& record) { return record.processName(); });
     if (const rules::PolicyRule* policy = policyRuleIn(rule))
         fields.constraint = policy->constraint();
     return std::make_shared<rules::PolicyRule>(std::move(fields));

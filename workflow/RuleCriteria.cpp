@@ -72,7 +72,7 @@ bool RuleCriteria::isOfRowsAlone() const
 
 bool hasProperties(const rules::RuleRef& rule, const RuleCriteria& criteria)
 {
-    return askRule(rule, [&criteria](const auto& record) {
+    return visitRule(rule, [&criteria](const auto& record) {
         return fieldsMeet(*record.value(), criteria)
             && (criteria.states.empty() || isAnyOf(criteria.states, record.getRuleState()));
     });

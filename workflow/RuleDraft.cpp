@@ -76,7 +76,7 @@ std::uint32_t operationsForBoxes(const OperationBoxes& boxes)
 
 RuleDraft draftOf(const rules::RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return draftOfFields(record.fields()); });
+    return visitRule(rule, [](const auto& record) { return draftOfFields(record.fields()); });
 }
 
 rules::RuleValue valueWithDraft(const rules::RuleValue& rule, const RuleDraft& draft)

@@ -78,7 +78,7 @@ void addRedundancy(
 
 bool readsBack(const rules::RuleRef& rule)
 {
-    return askRule(rule,
+    return visitRule(rule,
         [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
 }
 
@@ -165,7 +165,7 @@ std::string_view findingReason(const RuleFinding& finding)
 
 std::string ruleText(const rules::RuleRef& rule)
 {
-    return askRule(rule, [](const auto& record) { return textOf(record); });
+    return visitRule(rule, [](const auto& record) { return textOf(record); });
 }
 
 std::string ruleText(const rules::PolicyRule& rule)
@@ -175,7 +175,7 @@ std::string ruleText(const rules::PolicyRule& rule)
 
 bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place)
 {
-    return askRule(rule, [&place](const auto& record) {
+    return visitRule(rule, [&place](const auto& record) {
         const auto& fields = record.fields();
         const std::string_view path = fields.path.view();
         if (fields.policyType == rules::PolicyType::suffix || fields.system

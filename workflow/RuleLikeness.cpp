@@ -24,7 +24,7 @@ std::string classOf(const rules::WatchRule&)
 // What the rule says of that, as a text that others are compared with.
 std::string traitOf(const rules::RuleRef& rule, RuleTrait trait)
 {
-    return askRule(rule, [trait](const auto& record) -> std::string {
+    return visitRule(rule, [trait](const auto& record) -> std::string {
         switch (trait) {
         case RuleTrait::ruleClass:
             return classOf(record);

@@ -213,9 +213,9 @@ void RulesDocument::finish(const WriteReport& report)
         return;
     }
     noteWritten(report);
-    tellOfUnwritableRules(report.unwritableRules);
+    warnOfUnwritableRules(report.unwritableRules);
     pump();
-    tellOfFile();
+    reportFile();
 }
 
 void RulesDocument::noteWritten(const WriteReport& report)
@@ -251,7 +251,7 @@ void RulesDocument::fail(const std::string& message)
 {
     m_failure = message;
     m_store.setLastErrorMessage(message);
-    tellOfFile();
+    reportFile();
 }
 
 void RulesDocument::writeNow()
@@ -264,7 +264,7 @@ void RulesDocument::writeNow()
             m_failure.reset(); // what failed has left nothing to write
         startWriting();
     });
-    tellOfFile();
+    reportFile();
 }
 
 void RulesDocument::waitUntilWritten()
@@ -400,9 +400,9 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
                 throw std::bad_alloc();
             startWriting();
         });
-        tellOfFile();
+        reportFile();
     });
-    tellOfFile();
+    reportFile();
 }
 
 } // namespace quorvane::workflow

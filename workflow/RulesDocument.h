@@ -158,18 +158,18 @@ private:
     void noteFileRead();
     void makeSnapshotReady() const;
     void takeRestored();
-    void tellOfReload(const std::vector<rules::RuleRef>& before);
+    void reportReload(const std::vector<rules::RuleRef>& before);
     std::optional<std::int64_t> followingVersion() const;
-    void tellOfMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
+    void reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 
     bool step(ChangeReason::Kind kind);
     std::optional<rules::ChangeSet> journalledStep(
         const history::JournalVersion& version, ChangeReason::Kind kind);
 
-    void tellOfUnwritableRules(std::uint64_t count);
+    void warnOfUnwritableRules(std::uint64_t count);
     void inBackground(std::function<void()> work, std::function<void()> then);
     void tell(const DocumentNews& news);
-    void tellOfFile();
+    void reportFile();
 
     rules::RuleManager& m_store;
     RunState& m_run;

@@ -56,7 +56,7 @@ void RulesDocument::mergeWith(const std::vector<rules::RuleValue>& theirs)
     const rules::ChangeSet done = applied(changeTo(merged, ours));
     if (m_observer != nullptr)
         m_observer->rulesWereMerged(done);
-    tellOfMerge(done, merged.reports);
+    reportMerge(done, merged.reports);
     m_rulesInFile = rules::RulesSnapshot(theirs);
     forgetSteps();
     joinOrders();
@@ -114,7 +114,7 @@ void RulesDocument::takeFileOver()
     forgetSteps();
     if (m_observer != nullptr)
         m_observer->rulesWereReloaded();
-    tellOfReload(before);
+    reportReload(before);
 }
 
 void RulesDocument::reload()

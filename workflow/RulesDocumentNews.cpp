@@ -43,7 +43,7 @@ void RulesDocument::tell(const DocumentNews& news)
         m_observer->documentHasNews(news);
 }
 
-void RulesDocument::tellOfFile()
+void RulesDocument::reportFile()
 {
     if (m_observer != nullptr)
         m_observer->fileStateDidChange();
@@ -55,7 +55,7 @@ std::optional<std::int64_t> RulesDocument::followingVersion() const
     return m_knownVersion ? std::optional(*m_knownVersion + 1) : std::nullopt;
 }
 
-void RulesDocument::tellOfMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports)
+void RulesDocument::reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports)
 {
     if (const std::string text = mergeText(done, reports); !text.empty()) {
         DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text, .shownFrom = followingVersion()};
@@ -89,7 +89,7 @@ void RulesDocument::lookAtFile()
 }
 
 // Another program's version is kept as soon as it is seen, and with it the way back.
-void RulesDocument::tellOfReload(const std::vector<rules::RuleRef>& before)
+void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
@@ -106,7 +106,7 @@ void RulesDocument::tellOfReload(const std::vector<rules::RuleRef>& before)
 }
 
 // When there are more of them than before: a person told once need not hear it at every change.
-void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
+void RulesDocument::warnOfUnwritableRules(std::uint64_t count)
 {
     if (count <= std::exchange(m_unwritableRules, count))
         return;
@@ -114,7 +114,7 @@ void RulesDocument::tellOfUnwritableRules(std::uint64_t count)
     std::size_t cut = 0;
     for (const rules::RuleRef& rule : m_store.userRules()) {
         const auto comesBack = [&rule](rules::LineEnds lineEnds) {
-            return askRule(
+            return visitRule(
                 rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
         };
         if (comesBack(m_owner.settings.lineEnds()))

@@ -56,7 +56,8 @@ std::string whyProgram(const rules::NullableText& process, const TouchQuestion& 
 
 bool touches(const rules::RuleRef& rule, const TouchQuestion& question)
 {
-    return askRule(rule, [&question](const auto& record) { return fieldsTouch(record.fields(), question); });
+    return visitRule(
+        rule, [&question](const auto& record) { return fieldsTouch(record.fields(), question); });
 }
 
 bool touches(const rules::RuleValue& rule, const TouchQuestion& question)

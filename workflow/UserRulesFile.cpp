@@ -157,7 +157,7 @@ history::Journal& UserRulesFile::journal()
 }
 
 // Once in a run: a journal that cannot be kept is no reason to stop anything.
-void UserRulesFile::tellOfJournal(std::vector<DocumentNews>& news)
+void UserRulesFile::reportJournal(std::vector<DocumentNews>& news)
 {
     if (auto notice = journal().takeNotice())
         news.push_back(newsOf(DocumentNews::Kind::journal, std::move(*notice)));
@@ -182,7 +182,7 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
     history::NewVersion version = newVersion(counts, rules.size(), bytes);
     version.kind = history::VersionKind::foreign;
     const auto number = journal().record(version);
-    tellOfJournal(news);
+    reportJournal(news);
     return number;
 }
 
@@ -401,14 +401,14 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
         return;
     const history::DigestedBytes old = aside ? history::DigestedBytes() : present.bytes;
     report.version = beginVersion(order, *meant, old);
-    tellOfJournal(report.news);
+    reportJournal(report.news);
     if (lock.makeFile())
         writeOver(report, *meant, old.bytes());
     else
         report.message = unwritableMessage(m_path, lock);
     settleVersion(report, lock);
     if (aside)
-        tellOfFileAside(report, *unread, *aside);
+        reportFileAside(report, *unread, *aside);
     if (!report.message)
         lookAtWritten(report, *meant);
 }
@@ -425,7 +425,7 @@ void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::stri
 }
 
 // Where nothing could be written in its place, the file goes back to it.
-void UserRulesFile::tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside)
+void UserRulesFile::reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside)
 {
     if (!report.isWritten && platform::takeFileBack(aside, m_path))
         return;

@@ -125,11 +125,11 @@ private:
     void writeOver(WriteReport& report, const Meant& meant, std::string_view old);
     void settleVersion(const WriteReport& report, platform::FileLock& lock);
     void noteLeft(const platform::FileLock& lock);
-    void tellOfFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
+    void reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
     void lookAtWritten(WriteReport& report, const Meant& meant) const;
     std::optional<std::int64_t> keepForeign(
         const history::DigestedBytes& bytes, std::vector<DocumentNews>& news);
-    void tellOfJournal(std::vector<DocumentNews>& news);
+    void reportJournal(std::vector<DocumentNews>& news);
 
     const std::string m_path;
     const std::string m_program;

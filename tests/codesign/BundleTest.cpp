@@ -1,5 +1,5 @@
-#include "codesign/CodeQuestions.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 #include "tests/support/Answers.h"
 #include "tests/support/ByteWriter.h"
 #include "tests/support/TemporaryFolder.h"

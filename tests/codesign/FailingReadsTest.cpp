@@ -1,7 +1,7 @@
 #include "tests/codesign/FailingReads.h"
-#include "codesign/CodeQuestions.h"
 #include "codesign/Digests.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 #include "tests/support/Answers.h"
 #include "tests/support/ByteWriter.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,4 +1,4 @@
-#include "platform/DesktopAuthority.h"
+#include "desktop/DesktopAuthority.h"
 #include "platform/Locations.h"
 #include "windows/AuthenticationWindow.h"
 
@@ -14,8 +14,8 @@ int main(int argumentCount, char** arguments)
     const QApplication application(argumentCount, arguments);
     const std::string_view question = argumentCount == 2 ? arguments[1] : "";
     windows::AuthenticationWindow prompt({});
-    platform::DesktopAuthority authority(
-        platform::systemBusAddress(platform::Locations::fromEnvironment().areSandbox()), prompt);
+    desktop::DesktopAuthority authority(
+        desktop::systemBusAddress(platform::Locations::fromEnvironment().areSandbox()), prompt);
     bool answer = false;
     if (question == "admin")
         answer = authority.isAdminUser();

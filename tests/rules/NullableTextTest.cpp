@@ -29,14 +29,14 @@ TEST(NullableText, NullEqualsNothing)
     const NullableText empty("");
     const NullableText text("a");
 
-    EXPECT_FALSE(sameText(null, null));
-    EXPECT_FALSE(sameText(null, empty));
-    EXPECT_FALSE(sameText(empty, null));
-    EXPECT_FALSE(sameText(text, null));
-    EXPECT_TRUE(sameText(empty, NullableText("")));
-    EXPECT_TRUE(sameText(text, NullableText("a")));
-    EXPECT_FALSE(sameText(text, NullableText("A")));
-    EXPECT_FALSE(sameText(NullableText("(null)"), null));
+    EXPECT_FALSE(equalNonNull(null, null));
+    EXPECT_FALSE(equalNonNull(null, empty));
+    EXPECT_FALSE(equalNonNull(empty, null));
+    EXPECT_FALSE(equalNonNull(text, null));
+    EXPECT_TRUE(equalNonNull(empty, NullableText("")));
+    EXPECT_TRUE(equalNonNull(text, NullableText("a")));
+    EXPECT_FALSE(equalNonNull(text, NullableText("A")));
+    EXPECT_FALSE(equalNonNull(NullableText("(null)"), null));
 }
 
 TEST(NullableText, CopyKeepsTheTextWhenTheOriginalChanges)

@@ -1,7 +1,7 @@
 #include "rules/RuleSort.h"
 
-#include "tests/rules/PlainStore.h"
 #include "tests/rules/RandomRules.h"
+#include "tests/rules/ReferenceStore.h"
 
 #include <gtest/gtest.h>
 
@@ -162,14 +162,14 @@ TEST(RuleSort, AgreesWithAStableSortOnRandomRules)
 
         Order expected = order;
         std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t a, std::uint32_t b) {
-            return test::PlainStore::standsBefore(rules[a], rules[b], descriptors);
+            return test::ReferenceStore::standsBefore(rules[a], rules[b], descriptors);
         });
         sortRules(order, tableOf(rules), descriptors);
         ASSERT_EQ(order, expected) << "round " << round;
         for (std::size_t place = 1; place < order.size(); ++place) {
             const RuleRef& before = rules[order[place - 1]];
             const RuleRef& behind = rules[order[place]];
-            const bool ties = !test::PlainStore::standsBefore(before, behind, descriptors);
+            const bool ties = !test::ReferenceStore::standsBefore(before, behind, descriptors);
             ASSERT_EQ(compareRules(before, behind, descriptors) == 0, ties);
             ASSERT_EQ(compareRules(before, behind, descriptors) < 0, !ties);
             ASSERT_EQ(compareRules(behind, before, descriptors) > 0, !ties);
@@ -193,7 +193,7 @@ TEST(RuleSort, AgreesWithAStableSortOnLongTexts)
         Order expected(rules.size());
         std::iota(expected.begin(), expected.end(), 0U);
         std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t a, std::uint32_t b) {
-            return test::PlainStore::standsBefore(rules[a], rules[b], descriptors);
+            return test::ReferenceStore::standsBefore(rules[a], rules[b], descriptors);
         });
         ASSERT_EQ(sorted(rules, descriptors), expected) << "round " << round;
     }

@@ -33,7 +33,7 @@ TEST(RulesReaderLarge, LongFileIsReadInItsOrder)
         ASSERT_EQ(store->totalRules(true), lines);
         store->sortIndexUsingDescriptors({{SortKey::sequence}});
         for (std::size_t row = 0; row < lines; ++row) {
-            const auto path = askRule(store->ruleAtIndex(row, true),
+            const auto path = visitRule(store->ruleAtIndex(row, true),
                 [](const auto& rule) { return std::string(rule.path().view()); });
             ASSERT_EQ(path, "/Users/ann/some/rather/long/path/" + std::to_string(row));
         }

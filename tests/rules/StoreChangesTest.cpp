@@ -1,8 +1,8 @@
 #include "rules/RuleManager.h"
 
 #include "rules/RuleIdentity.h"
-#include "tests/rules/PlainStore.h"
 #include "tests/rules/RandomRules.h"
+#include "tests/rules/ReferenceStore.h"
 #include "tests/rules/StoreSandbox.h"
 
 #include <gtest/gtest.h>

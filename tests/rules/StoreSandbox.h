@@ -73,7 +73,7 @@ inline std::vector<std::string> rowPaths(const rules::RuleManager& store, bool i
 {
     std::vector<std::string> paths;
     for (std::size_t row = 0; row < store.totalRules(includeSystemRules); ++row) {
-        paths.push_back(askRule(store.ruleAtIndex(row, includeSystemRules),
+        paths.push_back(visitRule(store.ruleAtIndex(row, includeSystemRules),
             [](const auto& rule) { return std::string(rule.fields().path.written()); }));
     }
     return paths;

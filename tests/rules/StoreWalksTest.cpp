@@ -1,7 +1,7 @@
 #include "rules/RuleManager.h"
 
-#include "tests/rules/PlainStore.h"
 #include "tests/rules/RandomRules.h"
+#include "tests/rules/ReferenceStore.h"
 #include "tests/rules/StoreSandbox.h"
 
 #include <gtest/gtest.h>
@@ -180,7 +180,7 @@ private:
     }
 
     test::RandomRules m_random;
-    test::PlainStore m_plain;
+    test::ReferenceStore m_plain;
     std::unique_ptr<RuleManager> m_store;
     std::vector<PolicyRulePtr> m_policies; // also those deleted since
     std::size_t m_redundant = 0;
@@ -237,7 +237,7 @@ TEST(StoreWalks, OneLongGroupIsEmptiedAsAPlainListIs)
 {
     test::RandomRules random(77);
     const auto store = test::StoreSandbox().emptyStore();
-    test::PlainStore plain;
+    test::ReferenceStore plain;
     std::vector<PolicyRulePtr> rules;
     for (int number = 0; number < 300; ++number) {
         rules.push_back(test::policyRule({.path = "/" + std::to_string(random.below(60)),

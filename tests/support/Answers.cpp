@@ -1,7 +1,7 @@
 #include "tests/support/Answers.h"
 
-#include "codesign/CodeQuestions.h"
 #include "codesign/ProgramCode.h"
+#include "codesign/SignatureQueries.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>

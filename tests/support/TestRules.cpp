@@ -8,7 +8,7 @@ std::string rowsAsText(const rules::RuleManager& store, bool includeSystemRules)
 {
     std::string text;
     for (std::size_t row = 0; row < store.totalRules(includeSystemRules); ++row) {
-        text += askRule(store.ruleAtIndex(row, includeSystemRules),
+        text += visitRule(store.ruleAtIndex(row, includeSystemRules),
             [](const auto& rule) { return ruleLine(rule.fields()); });
     }
     return text;

@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeDelegateServices.h"
 #include "tests/support/TemporaryFolder.h"
@@ -53,7 +53,7 @@ public Q_SLOTS:
 };
 
 // A desktop with a program for every type of file but those named.
-class FakeWorkspace : public platform::Workspace {
+class FakeWorkspace : public desktop::Workspace {
 public:
     bool hasProgramFor(const std::string& mimeType) override { return mimeType != missing; }
 

@@ -97,7 +97,7 @@ TEST_F(ChangeWindowTest, CarriesOutWhatTheControlsSayAndNotWhatTheySaidBefore)
     EXPECT_EQ(plans, 1);
     EXPECT_FALSE(window->isVisible());
     const rules::RuleRef& added = window->planned().change.added.front().rule;
-    EXPECT_EQ(askRule(added, [](const auto& rule) { return std::string(rule.tag().view()); }), "new");
+    EXPECT_EQ(visitRule(added, [](const auto& rule) { return std::string(rule.tag().view()); }), "new");
 }
 
 TEST_F(ChangeWindowTest, StaysOpenWhereTheControlsAskForNothing)

@@ -1,4 +1,4 @@
-#include "platform/DesktopAppearance.h"
+#include "desktop/DesktopAppearance.h"
 
 #include "tests/support/FakeBusService.h"
 #include "tests/support/PrivateBus.h"
@@ -55,7 +55,7 @@ protected:
 
 TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 {
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), dark);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), dark);
     const QDBusMessage question = portal.lastCall("ReadAll");
     EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Settings"));
     EXPECT_EQ(question.path(), QStringLiteral("/org/freedesktop/portal/desktop"));
@@ -65,14 +65,14 @@ TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 TEST_F(DesktopAppearanceTest, KnowsHighContrastToo)
 {
     answer({{QStringLiteral("color-scheme"), 2U}, {QStringLiteral("contrast"), 1U}});
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(),
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(),
         (platform::Appearance{.hasHighContrast = true}));
 }
 
 TEST_F(DesktopAppearanceTest, FollowsTheDesktopFromThenOn)
 {
-    const platform::DesktopAppearance desktop(client(), patience);
-    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
+    const desktop::DesktopAppearance desktop(client(), patience);
+    QSignalSpy changed(&desktop, &desktop::DesktopAppearance::changed);
     change("org.freedesktop.appearance", "contrast", 1U);
     EXPECT_EQ(desktop.appearance(), (platform::Appearance{.isDark = true, .hasHighContrast = true}));
     change("org.freedesktop.appearance", "color-scheme", 0U);
@@ -82,8 +82,8 @@ TEST_F(DesktopAppearanceTest, FollowsTheDesktopFromThenOn)
 
 TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges)
 {
-    const platform::DesktopAppearance desktop(client(), patience);
-    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
+    const desktop::DesktopAppearance desktop(client(), patience);
+    QSignalSpy changed(&desktop, &desktop::DesktopAppearance::changed);
     change("org.freedesktop.appearance", "color-scheme", 1U);
     change("org.freedesktop.appearance", "accent-color", 0U);
     change("org.example.appearance", "color-scheme", 0U);
@@ -94,27 +94,27 @@ TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges
 TEST_F(DesktopAppearanceTest, IsLightWhereTheAnswerIsOfAnotherKind)
 {
     answer({{QStringLiteral("color-scheme"), QStringLiteral("1")}});
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
     portal.answer("ReadAll", {QStringLiteral("dark")});
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
     portal.fail("ReadAll", "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
 }
 
 TEST_F(DesktopAppearanceTest, IsLightWithoutPortalOrBus)
 {
     portal.vanish();
-    EXPECT_EQ(platform::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
     EXPECT_EQ(
-        platform::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(), light);
+        desktop::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(), light);
 }
 
 TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)
 {
     QDBusMessage question;
     portal.methods["ReadAll"] = [&](const QDBusMessage& call) { question = call; };
-    const platform::DesktopAppearance desktop(client(), std::chrono::milliseconds(0));
-    QSignalSpy changed(&desktop, &platform::DesktopAppearance::changed);
+    const desktop::DesktopAppearance desktop(client(), std::chrono::milliseconds(0));
+    QSignalSpy changed(&desktop, &desktop::DesktopAppearance::changed);
     EXPECT_EQ(desktop.appearance(), light);
     ASSERT_TRUE(QTest::qWaitFor([&] { return question.type() == QDBusMessage::MethodCallMessage; }));
     portal.reply(question,

@@ -1,4 +1,4 @@
-#include "platform/DesktopAuthority.h"
+#include "desktop/DesktopAuthority.h"
 
 #include "platform/AuthenticationPrompt.h"
 #include "platform/Processes.h"
@@ -44,7 +44,7 @@ protected:
 
     test::PrivateBus bus;
     FakePrompt prompt;
-    platform::DesktopAuthority authority{bus.address(), prompt};
+    desktop::DesktopAuthority authority{bus.address(), prompt};
 };
 
 class FingerprintTest : public AuthorityTest {
@@ -67,7 +67,7 @@ protected:
         service.emitSignal(device, deviceInterface, "VerifyStatus", {QLatin1String(status), done});
     }
     // What the reader tells once it has been started.
-    void willTell(const std::vector<std::pair<const char*, bool>>& statuses)
+    void willAnswer(const std::vector<std::pair<const char*, bool>>& statuses)
     {
         service.methods["VerifyStart"] = [this, statuses](const QDBusMessage& call) {
             service.reply(call, {});
@@ -115,7 +115,7 @@ protected:
 
 TEST_F(FingerprintTest, IsYesForAFingerThatMatches)
 {
-    willTell({{"verify-match", true}});
+    willAnswer({{"verify-match", true}});
     EXPECT_TRUE(verify());
     EXPECT_EQ(service.calls,
         (QStringList{QStringLiteral("GetDefaultDevice"), QStringLiteral("ListEnrolledFingers"),
@@ -130,12 +130,12 @@ TEST_F(FingerprintTest, IsNoForEverythingElseThatEndsTheCheck)
     for (const char* status :
         {"verify-no-match", "verify-disconnected", "verify-unknown-error", "any-other"}) {
         service.calls.clear();
-        willTell({{status, true}});
+        willAnswer({{status, true}});
         EXPECT_FALSE(verify()) << status;
         expectReaderIsFree();
     }
     for (const char* status : {"verify-no-match", "verify-disconnected", "verify-unknown-error"}) {
-        willTell({{status, false}, {"verify-match", true}});
+        willAnswer({{status, false}, {"verify-match", true}});
         EXPECT_FALSE(verify()) << status << " without the mark of the end";
     }
 }
@@ -246,7 +246,7 @@ TEST_F(FingerprintTest, IsNoWhenTheServiceGoesAwayInMidCall)
         prepare(dying);
         dying.vanishAt(method);
         EXPECT_FALSE(
-            platform::DesktopAuthority(ownBus.address(), prompt).verifyFingerprint("verify authorization"))
+            desktop::DesktopAuthority(ownBus.address(), prompt).verifyFingerprint("verify authorization"))
             << method;
     }
 }
@@ -267,15 +267,15 @@ TEST_F(FingerprintTest, DoesNotWaitForASilentService)
         const auto before = service.methods[method];
         service.calls.clear();
         service.methods.erase(method);
-        platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
+        desktop::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
         EXPECT_FALSE(impatient.verifyFingerprint("verify authorization")) << method;
         expectReaderIsFree();
         service.methods[method] = before;
     }
-    willTell({{"verify-match", true}});
+    willAnswer({{"verify-match", true}});
     service.methods.erase("VerifyStop");
     service.methods.erase("Release");
-    platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
+    desktop::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
     EXPECT_TRUE(impatient.verifyFingerprint("verify authorization")) << "the finger had matched";
     expectReaderIsFree();
 }
@@ -374,7 +374,7 @@ TEST_F(PasswordTest, HasNoTimeLimitForThePerson)
         // Longer than the service may take for anything else.
         QTimer::singleShot(300, &service, [this, call] { service.reply(call, {result(true, false)}); });
     };
-    platform::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(100));
+    desktop::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(100));
     EXPECT_TRUE(impatient.verifyPassword("verify authorization"));
 }
 
@@ -382,7 +382,7 @@ TEST(DesktopAuthority, OfABusThatIsNotThereIsNo)
 {
     FakePrompt prompt;
     for (const char* address : {"unix:path=/nonexistent/bus", "", "nonsense", "unix:path="}) {
-        platform::DesktopAuthority authority(address, prompt);
+        desktop::DesktopAuthority authority(address, prompt);
         EXPECT_FALSE(authority.verifyFingerprint("verify authorization")) << address;
         EXPECT_FALSE(authority.verifyPassword("verify authorization")) << address;
     }
@@ -391,10 +391,10 @@ TEST(DesktopAuthority, OfABusThatIsNotThereIsNo)
 TEST(DesktopAuthority, AsksAtTheFixedAddressOutsideASandbox)
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/impostor");
-    EXPECT_EQ(platform::systemBusAddress(false), "unix:path=/run/dbus/system_bus_socket");
-    EXPECT_EQ(platform::systemBusAddress(true), "unix:path=/impostor");
+    EXPECT_EQ(desktop::systemBusAddress(false), "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(desktop::systemBusAddress(true), "unix:path=/impostor");
     qunsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    EXPECT_EQ(platform::systemBusAddress(true), "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(desktop::systemBusAddress(true), "unix:path=/run/dbus/system_bus_socket");
 }
 
 } // namespace quorvane::windows

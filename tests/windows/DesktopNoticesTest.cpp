@@ -1,4 +1,4 @@
-#include "platform/DesktopNotices.h"
+#include "desktop/DesktopNotices.h"
 
 #include "tests/support/FakeBusService.h"
 #include "tests/support/PrivateBus.h"
@@ -42,7 +42,7 @@ protected:
     QVariant argument(int position) const { return service.lastCall("Notify").arguments().at(position); }
     test::PrivateBus bus;
     test::FakeBusService service{bus.address(), QLatin1String(interface)};
-    platform::DesktopNotices notices{
+    desktop::DesktopNotices notices{
         QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("client"))};
     std::optional<platform::NoticeEnd> end;
 };
@@ -164,7 +164,7 @@ TEST_F(NoticesTest, AreUndeliverableWhenTheServiceIsSilent)
 {
     for (const char* silent : {"Notify", "GetCapabilities"}) {
         service.methods.erase(silent);
-        platform::DesktopNotices impatient(
+        desktop::DesktopNotices impatient(
             QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
         end.reset();
         impatient.show({}, [this](platform::NoticeEnd how) { end = how; });
@@ -176,7 +176,7 @@ TEST_F(NoticesTest, AreUndeliverableWhenTheServiceIsSilent)
 
 TEST_F(NoticesTest, AreUndeliverableWithoutABus)
 {
-    platform::DesktopNotices unconnected(QDBusConnection(QStringLiteral("no such connection")));
+    desktop::DesktopNotices unconnected(QDBusConnection(QStringLiteral("no such connection")));
     unconnected.show({}, [this](platform::NoticeEnd how) { end = how; });
     EXPECT_FALSE(end) << "never before it returns";
     ASSERT_TRUE(hasEnded());
@@ -201,7 +201,7 @@ TEST_F(NoticesTest, DoNotKeepTheProgramFromEnding)
 {
     notices.finish(); // nothing to wait for
     service.methods.clear();
-    platform::DesktopNotices impatient(
+    desktop::DesktopNotices impatient(
         QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
     impatient.show({}, [this](platform::NoticeEnd how) { end = how; });
     impatient.finish();

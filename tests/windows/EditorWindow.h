@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestDocument.h"
@@ -110,7 +110,7 @@ protected:
     const platform::Locations locations{folder.path(), "ann"};
     test::CapturedLog log;
     rules::RuleManager store{locations, test::silentLog()};
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     workflow::RunState run;
     test::TestDocument document{store, run, log.log()};
     CountingDelegate delegate;

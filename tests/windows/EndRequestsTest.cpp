@@ -1,6 +1,6 @@
-#include "platform/EndRequests.h"
+#include "desktop/EndRequests.h"
 
-#include "platform/InputLock.h"
+#include "desktop/InputLock.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -26,10 +26,10 @@ class Requests {
 public:
     Requests()
     {
-        QObject::connect(&requests, &platform::EndRequests::endRequested, [this] { ++count; });
+        QObject::connect(&requests, &desktop::EndRequests::endRequested, [this] { ++count; });
     }
 
-    platform::EndRequests requests;
+    desktop::EndRequests requests;
     int count = 0;
 };
 
@@ -70,14 +70,14 @@ TEST(EndRequests, ReachALocalLoopThatWaitsForAPersonAndTheNextOneToo)
     const Requests requests;
     for (int expected = 1; expected <= 2; ++expected) {
         QDialog dialog;
-        QObject::connect(&requests.requests, &platform::EndRequests::endRequested, &dialog, &QDialog::reject);
+        QObject::connect(&requests.requests, &desktop::EndRequests::endRequested, &dialog, &QDialog::reject);
         QTimer::singleShot(0, &dialog, [] { raise(SIGTERM); });
         dialog.exec();
         EXPECT_EQ(requests.count, expected);
     }
-    const platform::InputLock lock;
+    const desktop::InputLock lock;
     QEventLoop wait;
-    QObject::connect(&requests.requests, &platform::EndRequests::endRequested, &wait, &QEventLoop::quit);
+    QObject::connect(&requests.requests, &desktop::EndRequests::endRequested, &wait, &QEventLoop::quit);
     raise(SIGHUP);
     wait.exec();
     EXPECT_EQ(requests.count, 3);
@@ -88,8 +88,8 @@ TEST(EndRequests, EndOfTheSessionIsOneAndClosesNoWindow)
     const Window window;
     const Requests requests;
     for (const bool locked : {false, true}) {
-        const std::unique_ptr<platform::InputLock> lock
-            = locked ? std::make_unique<platform::InputLock>() : nullptr;
+        const std::unique_ptr<desktop::InputLock> lock
+            = locked ? std::make_unique<desktop::InputLock>() : nullptr;
         const int before = requests.count;
         QEvent quit(QEvent::Quit); // as the session manager's word to die arrives
         QCoreApplication::sendEvent(QCoreApplication::instance(), &quit);

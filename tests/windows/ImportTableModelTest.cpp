@@ -41,7 +41,7 @@ protected:
     rules::RuleManager reviewed{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     rules::RuleManager present{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     workflow::StateDict ticks;
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     ImportTableModel model{present, ticks, workspace};
 };
 

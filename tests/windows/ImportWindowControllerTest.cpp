@@ -25,7 +25,7 @@ class NotingDelegate : public workflow::ImportDelegate {
 public:
     void importRule(const rules::RuleRef& rule) override
     {
-        calls += askRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); })
+        calls += visitRule(rule, [](const auto& record) { return std::string(record.fields().path.view()); })
             + " ";
         if (meanwhile)
             meanwhile();

@@ -1,4 +1,4 @@
-#include "platform/InputLock.h"
+#include "desktop/InputLock.h"
 
 #include <QAction>
 #include <QEventLoop>
@@ -50,7 +50,7 @@ public:
 TEST(InputLock, DropsKeysClicksAndShortcuts)
 {
     GuardedWindow window;
-    auto lock = std::make_unique<platform::InputLock>();
+    auto lock = std::make_unique<desktop::InputLock>();
     window.use();
     lock.reset();
     QCoreApplication::processEvents();
@@ -66,7 +66,7 @@ TEST(InputLock, KeepsWindowsFromBeingClosed)
 {
     GuardedWindow window;
     {
-        const platform::InputLock lock;
+        const desktop::InputLock lock;
         EXPECT_FALSE(window.close());
         EXPECT_TRUE(window.isVisible());
     }
@@ -78,7 +78,7 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 {
     const GuardedWindow window;
     QTimer::singleShot(0, &window, [&] {
-        const platform::InputLock lock;
+        const desktop::InputLock lock;
         QEventLoop wait;
         QTimer::singleShot(0, &wait, [] { QCoreApplication::exit(); });
         wait.exec();
@@ -91,8 +91,8 @@ TEST(InputLock, DoesNotHoldUpTheEndOfTheProgram)
 TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 {
     GuardedWindow window;
-    platform::InputLock::exempt(window);
-    const platform::InputLock lock;
+    desktop::InputLock::exempt(window);
+    const desktop::InputLock lock;
     window.use();
     EXPECT_EQ(window.clicks, 2);
     EXPECT_EQ(window.shortcuts, 1);
@@ -109,9 +109,9 @@ TEST(InputLock, LetsThroughToAnExemptWindowAndWhatItOpens)
 TEST(InputLock, MayStandInsideAnother)
 {
     GuardedWindow window;
-    auto outer = std::make_unique<platform::InputLock>();
+    auto outer = std::make_unique<desktop::InputLock>();
     {
-        const platform::InputLock inner;
+        const desktop::InputLock inner;
     }
     window.use();
     EXPECT_EQ(window.clicks, 0);

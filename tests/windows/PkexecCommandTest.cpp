@@ -1,4 +1,4 @@
-#include "platform/PkexecCommand.h"
+#include "desktop/PkexecCommand.h"
 
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
@@ -29,7 +29,7 @@ protected:
 
     test::TemporaryFolder m_folder;
     test::EnvironmentVariable m_path{"PATH", m_folder.path("bin") + ":" + std::string(getenv("PATH"))};
-    platform::PkexecCommand m_command;
+    desktop::PkexecCommand m_command;
 };
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "windows/RuleEditorControls.h"
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "windows/QtText.h"
 
 #include <QApplication>
@@ -58,7 +58,7 @@ TEST(RuleEditorControls, ThePanelForAProgramStartsAtTheApplicationsUnlessAPathIs
 {
     QLineEdit path;
     QLineEdit program;
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     RuleEditorWidgets widgets{};
     widgets.pathTextField = &path;
     widgets.processNameTextField = &program;

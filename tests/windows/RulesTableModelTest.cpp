@@ -36,7 +36,7 @@ protected:
     }
 
     rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     RulesTableModel model{store, workspace};
 };
 

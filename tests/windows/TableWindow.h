@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeApplication.h"
 #include "windows/RulesTableView.h"
@@ -105,7 +105,7 @@ protected:
     test::CapturedLog log;
     test::FakeApplication application;
     workflow::RunState run;
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     std::unique_ptr<Window> window;
     windows::RulesTableView* table = nullptr;
 };

@@ -181,8 +181,8 @@ TEST(TouchSearchTest, FindsWhatAPlainWalkFinds)
     for (const rules::RuleRef& asked : store->allRules()) {
         if (answered.size() == 50)
             break;
-        const workflow::TouchQuestion question{
-            .path = askRule(asked, [](const auto& rule) { return std::string(rule.fields().path.view()); })};
+        const workflow::TouchQuestion question{.path
+            = visitRule(asked, [](const auto& rule) { return std::string(rule.fields().path.view()); })};
         search.search(question, true);
         ASSERT_TRUE(answered.wait());
         std::vector<rules::RuleRef> expected;

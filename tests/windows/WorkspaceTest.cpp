@@ -1,4 +1,4 @@
-#include "platform/Workspace.h"
+#include "desktop/Workspace.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QBuffer>
@@ -76,7 +76,7 @@ TEST(Workspace, ShowsABundlesOwnIconWhateverWayItsNameIsListed)
     for (const char* listed : {"paint", "paint.icns"}) {
         const test::TemporaryFolder folder;
         const std::string bundle = bundleWithIcon(folder, listed);
-        EXPECT_EQ(middleOf(platform::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb()) << listed;
+        EXPECT_EQ(middleOf(desktop::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb()) << listed;
     }
 }
 
@@ -85,7 +85,7 @@ TEST(Workspace, TakesTheSmallestImageThatIsLargeEnough)
     const test::TemporaryFolder folder;
     const std::string bundle = bundleWithImages(folder,
         {{"ic10", png(Qt::red, 1024)}, {"ic08", png(Qt::magenta, 256)}, {"ic07", png(Qt::green, 128)}});
-    const QIcon icon = platform::Workspace().iconForFile(bundle);
+    const QIcon icon = desktop::Workspace().iconForFile(bundle);
     EXPECT_EQ(middleOf(icon), QColor(Qt::green).rgb());
     EXPECT_EQ(icon.pixmap(200, 200).toImage().pixel(9, 9), QColor(Qt::magenta).rgb());
     EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256)) << "larger ones are not kept";
@@ -96,7 +96,7 @@ TEST(Workspace, TakesALargeImageWhenThereIsNoOther)
     const test::TemporaryFolder folder;
     const std::string bundle = bundleWithImages(
         folder, {{"ic08", jpeg2000}, {"ic07", jpeg2000}, {"ic10", png(Qt::magenta, 1024)}});
-    const QIcon icon = platform::Workspace().iconForFile(bundle);
+    const QIcon icon = desktop::Workspace().iconForFile(bundle);
     EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), QColor(Qt::magenta).rgb());
     EXPECT_EQ(icon.actualSize(QSize(1000, 1000)), QSize(256, 256));
 }
@@ -104,12 +104,12 @@ TEST(Workspace, TakesALargeImageWhenThereIsNoOther)
 TEST(Workspace, ShowsTheGenericIconForADamagedOne)
 {
     const qint64 generic
-        = platform::Workspace().iconForFile("/gone/Paint.app").pixmap(96, 96).toImage().pixel(48, 48);
+        = desktop::Workspace().iconForFile("/gone/Paint.app").pixmap(96, 96).toImage().pixel(48, 48);
     const QByteArray whole = png(Qt::magenta, 128);
     for (const QByteArray& damaged :
         {QByteArray(), whole.first(40), QByteArray(whole.size(), 'x'), jpeg2000}) {
         const test::TemporaryFolder folder;
-        const QIcon icon = platform::Workspace().iconForFile(bundleWithImages(folder, {{"ic07", damaged}}));
+        const QIcon icon = desktop::Workspace().iconForFile(bundleWithImages(folder, {{"ic07", damaged}}));
         EXPECT_EQ(icon.pixmap(96, 96).toImage().pixel(48, 48), generic);
     }
 }
@@ -121,7 +121,7 @@ TEST(Workspace, AnIconNameMustStayInsideTheBundle)
     QImage image(128, 128, QImage::Format_ARGB32);
     image.fill(Qt::green);
     QImageWriter(QString::fromStdString(folder.path("outside.icns")), "icns").write(image);
-    EXPECT_NE(middleOf(platform::Workspace().iconForFile(bundle)), QColor(Qt::green).rgb());
+    EXPECT_NE(middleOf(desktop::Workspace().iconForFile(bundle)), QColor(Qt::green).rgb());
 }
 
 TEST(Workspace, LooksBelowTheRootThatItIsGiven)
@@ -134,7 +134,7 @@ TEST(Workspace, LooksBelowTheRootThatItIsGiven)
     std::filesystem::create_symlink("/Library/Info.plist", bundle + "/Contents/Info.plist");
     std::error_code error;
     const auto root = platform::FileRoot::at(volume.path(), error);
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
 
     // then its icon is found there alone, whatever was asked before
     const QRgb generic = middleOf(workspace.iconForFile("/Paint.app"));
@@ -149,7 +149,7 @@ TEST(Workspace, WaitsForNoPipe)
     const test::TemporaryFolder folder;
     const std::string bundle = bundleWithIcon(folder, "pipe");
     ASSERT_EQ(mkfifo((bundle + "/Contents/Resources/pipe.icns").c_str(), 0600), 0);
-    EXPECT_FALSE(platform::Workspace().iconForFile(bundle).isNull());
+    EXPECT_FALSE(desktop::Workspace().iconForFile(bundle).isNull());
 }
 
 TEST(Workspace, HasAnIconForEverything)
@@ -159,7 +159,7 @@ TEST(Workspace, HasAnIconForEverything)
     folder.write("Bare.app/Contents/Info.plist",
         "<plist version=\"1.0\"><dict><key>CFBundleIconFile</key><string>x</string></dict></plist>");
     folder.write("Bare.app/Contents/Resources/x.icns", "no image");
-    platform::Workspace workspace;
+    desktop::Workspace workspace;
     for (const std::string& path :
         {folder.path("Broken.app"), folder.path("Bare.app"), folder.path("Gone.app"),
             std::string("/usr/bin/gone"), std::string("/etc/passwd"), std::string("any"), std::string()})

@@ -2,7 +2,7 @@
 #include "codesign/Digests.h"
 #include "rules/ApplicationIdentity.h"
 #include "tests/support/Answers.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 
@@ -30,7 +30,7 @@ protected:
         return faultOf({.processName = process, .constraint = constraint});
     }
 
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
 };
 
 constexpr const char* notFound = "program not found";

@@ -1,5 +1,5 @@
 #include "workflow/CleanUp.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TestRules.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ protected:
     {
         std::string text;
         for (const DispensableRule& each : candidates()) {
-            text += askRule(
+            text += visitRule(
                 each.rule, [](const auto& rule) { return std::string(rule.fields().path.view()); });
             text += each.doubt.empty() ? "\n" : ": " + each.doubt + "\n";
         }
@@ -46,7 +46,7 @@ protected:
     }
     std::string doubtOf(const std::string& path) { return whyItMayComeBack(path, places, facts); }
 
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     ChangingPlaces places{{{"/", "ext4"}, {"/data", "nfs4"}, {"/media/me/stick", "vfat", true}}, "/home/me"};
     rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
 };

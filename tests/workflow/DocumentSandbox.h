@@ -57,7 +57,7 @@ struct DocumentAtWork : workflow::DocumentObserver {
     rules::RuleRef ruleWith(const std::string& path) const
     {
         for (const rules::RuleRef& rule : store->userRules()) {
-            if (askRule(rule, [&](const auto& record) { return record.fields().path.view() == path; }))
+            if (visitRule(rule, [&](const auto& record) { return record.fields().path.view() == path; }))
                 return rule;
         }
         throw std::runtime_error("no rule with the path " + path);

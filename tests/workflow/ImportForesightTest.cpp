@@ -1,6 +1,6 @@
 #include "workflow/ImportForesight.h"
 #include "tests/rules/StoreSandbox.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ protected:
         for (std::size_t row = 0; row < reviewed->totalRules(false); ++row) {
             const rules::RuleRef& rule = reviewed->ruleAtIndex(row, false);
             if (foresight->is(rule, kind))
-                paths += askRule(rule, [](const auto& record) { return std::string(record.path().view()); })
+                paths += visitRule(rule, [](const auto& record) { return std::string(record.path().view()); })
                     + " ";
         }
         return paths;
@@ -102,7 +102,7 @@ TEST_F(ImportForesightTest, CountsThoseThatOnlyWholeLinesWouldKeep)
 
 TEST_F(ImportForesightTest, LearnsWhichRulesFail)
 {
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     facts.existing.insert("/bin/sh");
     ImportForesight& found = foresightOf(ruleOfShell("/a") + ruleOfShell("/b", "/gone/tool"));
     EXPECT_EQ(found.count(Foresight::failing), 0U);

@@ -1,7 +1,7 @@
 #include "workflow/KnownProblems.h"
 #include "rules/RuleCodes.h"
 #include "tests/rules/RandomRules.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "workflow/RuleOverlaps.h"
 
@@ -82,7 +82,7 @@ protected:
         return std::nullopt;
     }
 
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
     KnownProblems known{RulesPlace::of(facts)};
 };

@@ -1,7 +1,7 @@
 #include "workflow/MovedProgram.h"
 
 #include "codesign/Digests.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ protected:
     }
 
     test::TemporaryFolder folder;
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     RulesPlace place = RulesPlace::of(facts);
 };
 

@@ -1,7 +1,7 @@
 #include "workflow/Narrowing.h"
 #include "rules/RuleCodes.h"
 #include "tests/rules/RandomRules.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ protected:
     {
         std::string paths;
         for (std::size_t row = 0; row < rows.count(includeSystemRules); ++row)
-            paths += askRule(rows.at(row, includeSystemRules),
+            paths += visitRule(rows.at(row, includeSystemRules),
                 [](const auto& record) { return std::string(record.path().view()); });
         return paths;
     }
@@ -46,7 +46,7 @@ protected:
     }
 
     rules::RuleManager store{platform::Locations("/nonexistent", "nobody"), test::silentLog()};
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
 };
 
 } // namespace
@@ -140,7 +140,7 @@ TEST_F(NarrowingTest, EqualsAWalkOfAllRowsOverRandomChanges)
         if (rules.empty() || random.below(3) > 0)
             store.addPolicyRule(test::policyRule(random.policy()));
         else if (const rules::RuleRef& rule = rules[random.below(rules.size())]; random.below(2) == 0)
-            askRule(rule, [&random](auto& record) { record.setTag(random.tag()); });
+            visitRule(rule, [&random](auto& record) { record.setTag(random.tag()); });
         else
             store.deletePolicyRule(*policyRuleIn(rule));
         store.rebuildRulesCache();

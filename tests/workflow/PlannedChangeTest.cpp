@@ -1,7 +1,7 @@
 #include "workflow/PlannedChange.h"
-#include "tests/rules/PlainStore.h"
 #include "tests/rules/RandomRules.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/rules/ReferenceStore.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/workflow/DocumentSandbox.h"
 #include "workflow/DifferenceText.h"
 
@@ -49,7 +49,7 @@ protected:
     }
 
     test::StoreSandbox box;
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     std::unique_ptr<test::DocumentAtWork> work;
 };
 
@@ -219,8 +219,8 @@ TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
         const std::vector<rules::RuleRef> dispensable = dispensableRules(*work->store, rules, gone);
         std::string paths;
         for (const rules::RuleRef& rule : dispensable)
-            paths
-                += std::string(askRule(rule, [](const auto& record) { return record.path().view(); })) + ";";
+            paths += std::string(visitRule(rule, [](const auto& record) { return record.path().view(); }))
+                + ";";
         return paths;
     };
     EXPECT_EQ(left(all, {}), ";/a/;/a/b;");
@@ -242,7 +242,7 @@ TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
         }
         const std::vector<rules::RuleRef> all = store.userRules();
         const std::vector<rules::RuleRef> going = dispensableRules(store, all, {});
-        test::PlainStore rest;
+        test::ReferenceStore rest;
         for (const rules::RuleRef& rule : store.allRules()) {
             const bool goes = std::any_of(going.begin(), going.end(),
                 [&](const rules::RuleRef& other) { return addressOf(other) == addressOf(rule); });
@@ -291,7 +291,7 @@ TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
         }
         const std::string before = file();
         auto work = std::make_unique<test::DocumentAtWork>(box);
-        test::GivenFacts facts;
+        test::FakeProgramFacts facts;
         std::vector<rules::RuleRef> some;
         for (const rules::RuleRef& rule : work->store->userRules()) {
             if (random.below(3) > 0)

@@ -1,5 +1,5 @@
 #include "workflow/ProgramBinding.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ TEST(DecidingProgram, IsTheParentOfAnyProcess)
 
 TEST(ProgramBinding, IsByTeamThenByMarkerThenByDigest)
 {
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     facts.existing = {"/team", "/platform", "/plain", "/closed", "/System/x"};
     facts.folders = {"/folder"};
     facts.teams["/team"] = "TEAM";

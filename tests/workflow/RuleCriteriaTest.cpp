@@ -1,7 +1,7 @@
 #include "workflow/RuleCriteria.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/Answers.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 
 #include <gtest/gtest.h>
 
@@ -68,7 +68,7 @@ TEST_F(RuleCriteriaTest, CountsRowsAsFilterAndSortOrderMakeThem)
 
 TEST_F(RuleCriteriaTest, FindingsChooseTheRowsOfWhichTheyAreTold)
 {
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     facts.existing = {"/bin/a"};
     const auto found = [&](std::vector<FindingKind> findings, RuleCriteria criteria = {}) {
         criteria.findings = std::move(findings);

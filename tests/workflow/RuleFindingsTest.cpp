@@ -1,6 +1,6 @@
 #include "workflow/RuleFindings.h"
 #include "rules/RuleCodes.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 
@@ -144,7 +144,7 @@ TEST(RuleFindings, AreOnlyOfTheKindsThatAreLookedFor)
 
 TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
 {
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     facts.existing = {"/bin/tool"};
     facts.teams = {{"/bin/tool", "TEAM123456"}};
     facts.proofs = {{"/bin/tool", TeamProof::foreignRoot}};

@@ -5,7 +5,7 @@
 #include "tests/rules/RandomRules.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/Answers.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TestDocument.h"
 #include "workflow/RunState.h"
 
@@ -64,7 +64,7 @@ protected:
     }
 
     const test::StoreSandbox sandbox;
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
     RunState run;
     std::unique_ptr<rules::RuleManager> store;
     std::unique_ptr<test::TestDocument> document;

@@ -32,7 +32,7 @@ protected:
     {
         std::string paths;
         for (const rules::RuleRef& rule : rules)
-            paths += askRule(rule, [](const auto& record) { return std::string(record.path().view()); });
+            paths += visitRule(rule, [](const auto& record) { return std::string(record.path().view()); });
         return paths;
     }
 

@@ -1,7 +1,7 @@
 #include "workflow/RuleOverlaps.h"
 
 #include "rules/RuleCodes.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "workflow/RuleProblems.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TestRules.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ protected:
         return problems.empty() ? RuleProblem() : problems.front();
     }
 
-    test::GivenFacts facts;
+    test::FakeProgramFacts facts;
 };
 
 } // namespace

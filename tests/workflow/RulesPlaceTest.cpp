@@ -2,7 +2,7 @@
 
 #include "codesign/Digests.h"
 #include "tests/support/Answers.h"
-#include "tests/support/GivenFacts.h"
+#include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
 #include "workflow/ApplicationValidation.h"

@@ -1,9 +1,0 @@
-#pragma once
-
-namespace quorvane::platform {
-
-// True when the desktop blends windows, so that one may be translucent. User interface thread only; asks the
-// display server, which answers at once.
-bool isDesktopComposited();
-
-} // namespace quorvane::platform
