@@ -29,7 +29,7 @@ codesign::Bytes largeProgram(std::uint8_t pageSize)
     for (std::size_t i = 0; i < program.size(); ++i)
         program[i] = static_cast<std::uint8_t>(i * 2654435761U >> 13U);
     const auto put = [&program](std::size_t offset, std::uint64_t value) {
-        putNumber(program, offset, value, 4, codesign::ByteOrder::little);
+        test::putNumber(program, offset, value, 4, codesign::ByteOrder::little);
     };
     constexpr std::size_t room = 2U << 20U;
     std::fill_n(program.begin(), 4096, std::uint8_t{0});
@@ -48,7 +48,7 @@ codesign::Bytes largeProgram(std::uint8_t pageSize)
     put(68, room);
     test::SignaturePlan plan;
     plan.directories.front().pageSize = pageSize;
-    append(program, makeSignature(plan, program));
+    test::append(program, makeSignature(plan, program));
     program.resize(programSize + room);
     return program;
 }
@@ -85,7 +85,7 @@ void verifyPages(benchmark::State& state)
     const codesign::Bytes program = largeProgram(pageSize);
     const test::TemporaryFolder folder;
     const auto code = codesign::ProgramCode::atPath(folder.write("program", program));
-    if (codeSignState(code.get(), codesign::strictFlags) != signatureState::valid)
+    if (codeSignState(code.get(), codesign::strictFlags) != codesign::signatureState::valid)
         throw std::runtime_error("the program of the bench is not valid");
     compare(state, program, programSize,
         [&] { benchmark::DoNotOptimize(codeSignState(code.get(), codesign::strictFlags)); });
@@ -99,7 +99,8 @@ void digestFile(benchmark::State& state)
     const codesign::Bytes contents = largeProgram(12);
     const test::TemporaryFolder folder;
     const std::string path = folder.write("program", contents);
-    compare(state, contents, contents.size(), [&] { benchmark::DoNotOptimize(sha256OfFile(path)); });
+    compare(
+        state, contents, contents.size(), [&] { benchmark::DoNotOptimize(codesign::sha256OfFile(path)); });
 }
 BENCHMARK(digestFile)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 
@@ -110,7 +111,7 @@ void teamOfProgram(benchmark::State& state)
     const std::string path = folder.write("program", largeProgram(12));
     while (state.KeepRunning())
         benchmark::DoNotOptimize(
-            codeSignText(codesign::ProgramCode::atPath(path).get(), kSecCodeInfoTeamIdentifier));
+            codeSignText(codesign::ProgramCode::atPath(path).get(), codesign::kSecCodeInfoTeamIdentifier));
 }
 BENCHMARK(teamOfProgram)->Unit(benchmark::kMicrosecond);
 

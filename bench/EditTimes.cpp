@@ -74,10 +74,12 @@ public:
         }
         print("delete", [&] { m_window.deleteRow(static_cast<std::size_t>(middle())); });
         print("undo", [&] { m_document.undo(); });
-        print("first-search-key", [&] {
-            m_document.store().applyFilterWithString("d");
+        const auto search = [this](const char* text) {
+            m_document.store().applyFilterWithString(text);
             m_window.reloadData();
-        });
+        };
+        print("first-search-key", [&] { search("d"); });
+        print("other-search-key", [&] { search("o"); });
     }
 
 private:
@@ -159,7 +161,7 @@ int main(int argumentCount, char** arguments)
         std::fputs("usage: edit_times FILE\n", stderr);
         return 2;
     }
-    quorvane::applyWindowLook(qtApplication);
+    windows::applyWindowLook(qtApplication);
     const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
     printTimes(arguments[1], folder);
     fs::remove_all(folder);

@@ -46,7 +46,7 @@ public:
             workflow::DocumentOwner{
                 .program = "bench", .stateFolder = stateFolder(), .background = &m_background},
             m_log);
-        m_document->perform(additionOf(std::make_shared<rules::PolicyRule>(rules::PolicyRuleFields{
+        m_document->perform(workflow::additionOf(std::make_shared<rules::PolicyRule>(rules::PolicyRuleFields{
                                 .path = "/added", .processName = "any", .operations = 1})),
             {"Add Rule"});
         m_document->waitUntilWritten();
@@ -112,14 +112,14 @@ public:
     void type(const char* what, const char* text)
     {
         auto* field = m_window->findChild<QLineEdit*>(QStringLiteral("searchField"));
-        LongestGap gap;
+        bench::LongestGap gap;
         gap.step([&] { field->setText(QString::fromLatin1(text)); });
         gap.step([] { QApplication::processEvents(); });
         print(what, gap);
     }
     void close()
     {
-        LongestGap gap;
+        bench::LongestGap gap;
         gap.step([this] { m_window.reset(); });
         print("close", gap);
     }
@@ -128,13 +128,13 @@ private:
     void print(const char* what, const std::function<void()>& command)
     {
         m_isFilled = false;
-        LongestGap gap;
+        bench::LongestGap gap;
         gap.step(command);
         gap.handleEventsUntil([this] { return m_isFilled; });
         gap.step([] { QApplication::processEvents(); });
         print(what, gap);
     }
-    void print(const char* what, const LongestGap& gap)
+    void print(const char* what, const bench::LongestGap& gap)
     {
         std::printf("%s-%s %.2f\n%s-%s-longest-gap %.2f\n", m_name.c_str(), what, gap.whole(), m_name.c_str(),
             what, gap.longest());
@@ -180,7 +180,7 @@ int main(int argumentCount, char** arguments)
         std::fputs("usage: history_times FILE\n", stderr);
         return 2;
     }
-    applyWindowLook(qtApplication);
+    windows::applyWindowLook(qtApplication);
     const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
     fs::create_directory(folder);
     printTimes(arguments[1], folder);

@@ -39,7 +39,7 @@ public:
     {
         fs::create_directories(locations.sharedFolder());
         std::ofstream(exchangeFile, std::ios::binary)
-            << generatedRules(rules, oneGroup ? 1 : std::max<std::size_t>(rules / 200, 1));
+            << bench::generatedRules(rules, oneGroup ? 1 : std::max<std::size_t>(rules / 200, 1));
     }
     ~Sandbox() { fs::remove_all(root); }
     Sandbox(const Sandbox&) = delete;

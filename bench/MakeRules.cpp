@@ -10,7 +10,7 @@ int main(int argumentCount, char** arguments)
         std::fputs("usage: make_rules COUNT APPLICATIONS\n", stderr);
         return 2;
     }
-    const std::string text = quorvane::generatedRules(
+    const std::string text = quorvane::bench::generatedRules(
         std::strtoul(arguments[1], nullptr, 10), std::strtoul(arguments[2], nullptr, 10));
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() ? 0 : 1;
 }

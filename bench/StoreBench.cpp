@@ -36,7 +36,7 @@ const Sample& sample(std::size_t rules, bool oneGroup)
     static std::map<std::pair<std::size_t, bool>, Sample> samples;
     Sample& made = samples[{rules, oneGroup}];
     if (made.text.empty()) {
-        made.text = generatedRules(rules, oneGroup ? 1 : std::max<std::size_t>(rules / 200, 1));
+        made.text = bench::generatedRules(rules, oneGroup ? 1 : std::max<std::size_t>(rules / 200, 1));
         made.file = "/tmp/quorvane-bench-" + std::to_string(getpid()) + ".rc";
         const double start = secondsNow();
         benchmark::DoNotOptimize(std::count(made.text.begin(), made.text.end(), '\n'));

@@ -59,7 +59,7 @@ void printTimesOfProblems(windows::RulesEditorTableController& window)
     QObject::connect(finder, &windows::ProblemsFinder::found, &window, [&isFound] { isFound = true; });
     const auto print = [&](const char* what, const auto& begin) {
         isFound = false;
-        LongestGap gap;
+        bench::LongestGap gap;
         begin();
         gap.handleEventsUntil([&isFound] { return isFound; });
         gap.step([&window] {
@@ -122,7 +122,7 @@ int main(int argumentCount, char** arguments)
         std::fputs("usage: window_times FILE\n", stderr);
         return 2;
     }
-    applyWindowLook(qtApplication);
+    windows::applyWindowLook(qtApplication);
     platform::Log log({});
     const auto store = rules::RuleManager::initWithContentsOfFile(
         arguments[1], false, platform::Locations("/nonexistent", "bench"), log);

@@ -1,4 +1,4 @@
-<?xml version='1.0' encoding='utf-8'?>
+<?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
@@ -559,7 +559,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Quorvane Preferences</translation>
     </message>
     <message>
-        <source>Users' own rules</source>
+        <source>Users&apos; own rules</source>
         <translation>Eigene Regeln der Benutzer</translation>
     </message>
     <message>
@@ -567,11 +567,11 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Normale Benutzer dürfen Regeln anlegen</translation>
     </message>
     <message>
-        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator's password.</source>
+        <source>Everybody may write to the shared rules folder, not only administrators. A change asks for an administrator&apos;s password.</source>
         <translation>Alle dürfen in den gemeinsamen Regelordner schreiben, nicht nur Administratoren. Zum Ändern ist das Passwort eines Administrators nötig.</translation>
     </message>
     <message>
-        <source>Restrict users' own rules</source>
+        <source>Restrict users&apos; own rules</source>
         <translation>Eigene Regeln der Benutzer einschränken</translation>
     </message>
     <message>
@@ -579,7 +579,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Regeln, die normale Benutzer anlegen, gelten nur in Grenzen.</translation>
     </message>
     <message>
-        <source>&amp;Detail of users' access</source>
+        <source>&amp;Detail of users&apos; access</source>
         <translation>&amp;Detailgrad der Benutzerzugriffe</translation>
     </message>
     <message>
@@ -683,7 +683,7 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
         <translation>Für Antworten auf Rückfragen die Touch Bar verlangen</translation>
     </message>
     <message>
-        <source>Answers come out of band, out of other programs' reach.</source>
+        <source>Answers come out of band, out of other programs&apos; reach.</source>
         <translation>Antworten kommen auf einem eigenen Weg, außer Reichweite anderer Programme.</translation>
     </message>
     <message>
@@ -1037,6 +1037,72 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
+    <name>quorvane::ExchangeFilePanel</name>
+    <message>
+        <source>Rules (*.%1)</source>
+        <translation type="unfinished">Regeln (*.%1)</translation>
+    </message>
+    <message>
+        <source>There is no file “%1”.</source>
+        <translation type="unfinished">Es gibt keine Datei „%1“.</translation>
+    </message>
+    <message>
+        <source>Please choose a file whose name ends in .%1.</source>
+        <translation type="unfinished">Bitte wählen Sie eine Datei, deren Name auf .%1 endet.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be read, or is not UTF-8 text.</source>
+        <translation type="unfinished">„%1“ kann nicht gelesen werden oder ist kein UTF-8-Text.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::FileOrFolderPanel</name>
+    <message>
+        <source>&amp;Name:</source>
+        <translation type="unfinished">&amp;Name:</translation>
+    </message>
+    <message>
+        <source>&amp;Choose</source>
+        <translation type="unfinished">&amp;Auswählen</translation>
+    </message>
+    <message>
+        <source>There is no “%1”.</source>
+        <translation type="unfinished">„%1“ gibt es nicht.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::SavePanel</name>
+    <message>
+        <source>No file can be saved as “%1”.</source>
+        <translation type="unfinished">Unter „%1“ kann keine Datei gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>“%1” already exists.
+Do you want to replace it?</source>
+        <translation type="unfinished">„%1“ ist bereits vorhanden.
+Möchten Sie die Datei ersetzen?</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::app::QVPreferencesWindow</name>
+    <message>
+        <source>Other (%1)</source>
+        <translation>Anderer (%1)</translation>
+    </message>
+    <message>
+        <source>These settings cannot be saved: %1.</source>
+        <translation>Diese Voreinstellungen können nicht gespeichert werden: %1.</translation>
+    </message>
+    <message>
+        <source>The file of the settings cannot be read: %1. Shown are the defaults; saving keeps the file under another name.</source>
+        <translation>Die Datei der Voreinstellungen kann nicht gelesen werden: %1. Angezeigt werden die Standardwerte; beim Speichern bleibt die Datei unter anderem Namen erhalten.</translation>
+    </message>
+    <message>
+        <source>Failed to save the preferences to &apos;%1&apos;: %2</source>
+        <translation>Die Voreinstellungen konnten nicht in „%1“ gespeichert werden: %2</translation>
+    </message>
+</context>
+<context>
     <name>quorvane::windows::AccessModel</name>
     <message>
         <source>%1 via %2</source>
@@ -1268,40 +1334,6 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     <message>
         <source>Import Files</source>
         <translation>Import Files</translation>
-    </message>
-</context>
-<context>
-    <name>quorvane::windows::ExchangeFilePanel</name>
-    <message>
-        <source>Rules (*.%1)</source>
-        <translation>Regeln (*.%1)</translation>
-    </message>
-    <message>
-        <source>There is no file “%1”.</source>
-        <translation>Es gibt keine Datei „%1“.</translation>
-    </message>
-    <message>
-        <source>Please choose a file whose name ends in .%1.</source>
-        <translation>Bitte wählen Sie eine Datei, deren Name auf .%1 endet.</translation>
-    </message>
-    <message>
-        <source>“%1” cannot be read, or is not UTF-8 text.</source>
-        <translation>„%1“ kann nicht gelesen werden oder ist kein UTF-8-Text.</translation>
-    </message>
-</context>
-<context>
-    <name>quorvane::windows::FileOrFolderPanel</name>
-    <message>
-        <source>&amp;Name:</source>
-        <translation>&amp;Name:</translation>
-    </message>
-    <message>
-        <source>&amp;Choose</source>
-        <translation>&amp;Auswählen</translation>
-    </message>
-    <message>
-        <source>There is no “%1”.</source>
-        <translation>„%1“ gibt es nicht.</translation>
     </message>
 </context>
 <context>
@@ -1777,25 +1809,6 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::app::QVPreferencesWindow</name>
-    <message>
-        <source>Other (%1)</source>
-        <translation>Anderer (%1)</translation>
-    </message>
-    <message>
-        <source>These settings cannot be saved: %1.</source>
-        <translation>Diese Voreinstellungen können nicht gespeichert werden: %1.</translation>
-    </message>
-    <message>
-        <source>The file of the settings cannot be read: %1. Shown are the defaults; saving keeps the file under another name.</source>
-        <translation>Die Datei der Voreinstellungen kann nicht gelesen werden: %1. Angezeigt werden die Standardwerte; beim Speichern bleibt die Datei unter anderem Namen erhalten.</translation>
-    </message>
-    <message>
-        <source>Failed to save the preferences to '%1': %2</source>
-        <translation>Die Voreinstellungen konnten nicht in „%1“ gespeichert werden: %2</translation>
-    </message>
-</context>
-<context>
     <name>quorvane::windows::RuleCellsModel</name>
     <message>
         <source>sorted ascending</source>
@@ -2022,19 +2035,6 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>No rule matches what is chosen under Narrow.</source>
         <translation>Keine Regel entspricht dem, was unter Eingrenzen gewählt ist.</translation>
-    </message>
-</context>
-<context>
-    <name>quorvane::windows::SavePanel</name>
-    <message>
-        <source>No file can be saved as “%1”.</source>
-        <translation>Unter „%1“ kann keine Datei gespeichert werden.</translation>
-    </message>
-    <message>
-        <source>“%1” already exists.
-Do you want to replace it?</source>
-        <translation>„%1“ ist bereits vorhanden.
-Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
