@@ -95,27 +95,27 @@ void write(const fs::path& file, std::string_view contents)
         throw std::runtime_error("cannot write " + file.string());
 }
 
-test::SignaturePlan signatureOfTeam(const std::string& team)
+SignaturePlan signatureOfTeam(const std::string& team)
 {
     static int keys = 100; // others are the authority's
-    test::CertificatePlan plan;
+    CertificatePlan plan;
     plan.commonName = "Sample Signer (" + team + ")";
     plan.organizationalUnit = team;
     plan.extendedUsage = "critical,codeSigning";
-    test::CmsPlan cms;
+    CmsPlan cms;
     cms.signer = makeIdentity(testKey(++keys), plan, &testAuthority().intermediate);
     cms.certificates.back() = cms.signer;
-    test::SignaturePlan signature = signedPlan(cms);
+    SignaturePlan signature = signedPlan(cms);
     signature.directories.front().team = team;
     return signature;
 }
 
-test::SignaturePlan signatureMeeting(const std::string& constraint)
+SignaturePlan signatureMeeting(const std::string& constraint)
 {
     if (constraint != workflow::platformMarker
         && workflow::constraintKind(constraint) == workflow::ConstraintKind::team)
         return signatureOfTeam(constraint);
-    test::SignaturePlan signature;
+    SignaturePlan signature;
     signature.directories.front().platform = constraint == workflow::platformMarker ? 1 : 0;
     return signature;
 }
@@ -151,7 +151,7 @@ void writeProgram(
 {
     const fs::path file = volume / path.substr(1);
     const fs::path contents = file.parent_path().parent_path();
-    test::ProgramPlan program;
+    ProgramPlan program;
     program.signature = signatureMeeting(constraint);
     program.signature->directories.front().identifier = identifierOf(path);
     if (contents.filename() == "Contents") {

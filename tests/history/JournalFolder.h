@@ -18,7 +18,7 @@ public:
     std::string state() const { return m_folder.path("state/quorvane"); }
     std::string rules() const { return m_folder.path("rules.rc"); }
     history::JournalPlace place() const { return {state(), rules()}; }
-    const test::TemporaryFolder& folder() const { return m_folder; }
+    const TemporaryFolder& folder() const { return m_folder; }
 
     std::unique_ptr<history::Journal> journal(const history::JournalLimits& limits = {})
     {
@@ -27,7 +27,7 @@ public:
     bool mayBeUnderWay() const { return history::Journal::mayBeUnderWay(state(), rules()); }
 
 private:
-    test::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     platform::Log m_log{{}};
 };
 

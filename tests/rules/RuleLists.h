@@ -32,9 +32,9 @@ inline rules::RuleValue namedRule(const std::string& text)
         .created = at < text.size() ? std::stoull(text.substr(at + 1)) : 0});
 }
 
-inline test::RuleValues namedRules(const std::string& text)
+inline RuleValues namedRules(const std::string& text)
 {
-    test::RuleValues rules;
+    RuleValues rules;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find(' ', at), text.size());
         rules.push_back(namedRule(text.substr(at, end - at)));
@@ -51,7 +51,7 @@ inline std::string nameOf(const rules::RuleValue& rule)
     return createdOf(rule) == 0 ? name : name + "@" + std::to_string(createdOf(rule));
 }
 
-inline std::string namesOf(const test::RuleValues& rules)
+inline std::string namesOf(const RuleValues& rules)
 {
     std::string names;
     for (const rules::RuleValue& rule : rules)
@@ -60,7 +60,7 @@ inline std::string namesOf(const test::RuleValues& rules)
 }
 
 // Rules out of few, watch rules first, as a file is written.
-inline test::RuleValues randomRuleList(RandomRules& random, std::size_t most)
+inline RuleValues randomRuleList(RandomRules& random, std::size_t most)
 {
     std::vector<std::string> names;
     for (std::size_t left = random.below(most + 1); left > 0; --left) {
@@ -70,7 +70,7 @@ inline test::RuleValues randomRuleList(RandomRules& random, std::size_t most)
     }
     std::stable_partition(
         names.begin(), names.end(), [](const std::string& name) { return name.starts_with('w'); });
-    test::RuleValues rules;
+    RuleValues rules;
     for (const std::string& name : names)
         rules.push_back(namedRule(name));
     return rules;

@@ -34,14 +34,14 @@ public:
                 + "</dict></plist>");
     }
 
-    std::unique_ptr<rules::RuleManager> load(platform::Log& log = test::silentLog()) const
+    std::unique_ptr<rules::RuleManager> load(platform::Log& log = silentLog()) const
     {
         return rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
     }
 
     // A store of one file with that text.
     std::unique_ptr<rules::RuleManager> storeOf(
-        const std::string& text, bool system = false, platform::Log& log = test::silentLog()) const
+        const std::string& text, bool system = false, platform::Log& log = silentLog()) const
     {
         return rules::RuleManager::initWithContentsOfFile(
             folder.write("exchange.quorv", text), system, locations, log);
@@ -50,10 +50,10 @@ public:
     // A store without rules.
     std::unique_ptr<rules::RuleManager> emptyStore() const
     {
-        return std::make_unique<rules::RuleManager>(locations, test::silentLog());
+        return std::make_unique<rules::RuleManager>(locations, silentLog());
     }
 
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const platform::Locations locations{folder.path(), "ann"};
 
 private:

@@ -37,13 +37,13 @@ protected:
         window.reset();
         document.reset();
         store = box.load();
-        document = std::make_unique<test::TestDocument>(*store, run, log.log(), stateFolder);
+        document = std::make_unique<TestDocument>(*store, run, log.log(), stateFolder);
         window = std::make_unique<windows::RulesEditorTableController>(
             *document, application, run, workspace, log.log());
         show();
     }
 
-    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
+    std::string file() const { return TemporaryFolder::contents(box.locations.userRulesFile()); }
     QString notice() const
     {
         const auto* shown = in<windows::FootNotices>("notices");
@@ -59,9 +59,9 @@ protected:
         return nullptr;
     }
 
-    test::StoreSandbox box;
+    StoreSandbox box;
     std::unique_ptr<rules::RuleManager> store;
-    std::unique_ptr<test::TestDocument> document;
+    std::unique_ptr<TestDocument> document;
 };
 
 } // namespace quorvane::test

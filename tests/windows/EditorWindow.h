@@ -104,15 +104,15 @@ protected:
         });
     }
 
-    std::string file() const { return test::TemporaryFolder::contents(locations.userRulesFile()); }
+    std::string file() const { return TemporaryFolder::contents(locations.userRulesFile()); }
 
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const platform::Locations locations{folder.path(), "ann"};
-    test::CapturedLog log;
-    rules::RuleManager store{locations, test::silentLog()};
+    CapturedLog log;
+    rules::RuleManager store{locations, silentLog()};
     desktop::Workspace workspace;
     workflow::RunState run;
-    test::TestDocument document{store, run, log.log()};
+    TestDocument document{store, run, log.log()};
     CountingDelegate delegate;
     QPointer<Editor> editor;
 

@@ -102,8 +102,8 @@ protected:
         QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(middle, header->height() / 2));
     }
 
-    test::CapturedLog log;
-    test::FakeApplication application;
+    CapturedLog log;
+    FakeApplication application;
     workflow::RunState run;
     desktop::Workspace workspace;
     std::unique_ptr<Window> window;

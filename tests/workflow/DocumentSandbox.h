@@ -14,12 +14,12 @@ namespace quorvane::test {
 
 // One of our programs at work on the rules of a sandbox: a store, a document, and what the document reports.
 struct DocumentAtWork : workflow::DocumentObserver {
-    explicit DocumentAtWork(const test::StoreSandbox& box, workflow::DocumentOwner owner = {})
+    explicit DocumentAtWork(const StoreSandbox& box, workflow::DocumentOwner owner = {})
         : store(box.load())
     {
         owner.program = owner.program.empty() ? "test" : owner.program;
         owner.stateFolder = box.folder.path("state");
-        document = std::make_unique<workflow::RulesDocument>(*store, run, owner, test::silentLog());
+        document = std::make_unique<workflow::RulesDocument>(*store, run, owner, silentLog());
         document->setObserver(this);
     }
 
@@ -42,7 +42,7 @@ struct DocumentAtWork : workflow::DocumentObserver {
     workflow::ChangeResult add(const std::string& path, const std::string& process = "/bin/sh")
     {
         return document->perform(
-            workflow::additionOf(test::policyRule({.path = path, .processName = process, .operations = 1})),
+            workflow::additionOf(policyRule({.path = path, .processName = process, .operations = 1})),
             {"Add Rule"});
     }
     workflow::ChangeResult remove(const std::string& path)
