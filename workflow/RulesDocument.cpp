@@ -209,6 +209,8 @@ void RulesDocument::finish(const WriteReport& report)
     for (const DocumentNews& news : report.news)
         tell(news);
     if (!report.isWritten || report.message) {
+        if (report.isHopeless)
+            m_orders.pop_front();
         fail(report.message.value_or("The rules file '" + m_file.path() + "' could not be written"));
         return;
     }
@@ -364,7 +366,11 @@ std::optional<std::string> RulesDocument::redoName()
 bool RulesDocument::restore(std::int64_t version)
 {
     waitUntilWritten();
-    if (!m_file.journal().bytesOf(version))
+    const auto known = m_file.journal().version(version);
+    if (!known || !known->isReadable)
+        return false;
+    // Where there is another thread, only that unpacks a long version, and finds it damaged.
+    if (m_owner.background == nullptr && !m_file.journal().bytesOf(version))
         return false;
     begin();
     markChanged();

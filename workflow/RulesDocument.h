@@ -93,7 +93,8 @@ public:
     // From now on undo and redo go by the journal alone.
     void forgetSteps();
 
-    // Brings the very bytes of a version back. False when it cannot be read; failure() tells of the write.
+    // Brings the very bytes of a version back. False when it is known to be unreadable; failure() says why
+    // the write failed, also where only that found the version damaged.
     bool restore(std::int64_t version);
 
     // Another program has changed the file: takes its rules over, keeping what is not written yet.

@@ -393,6 +393,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
         meant = meantByVersion(*order.restores);
     if (auto refusal = refusalOf(order, meant)) {
         report.message = std::move(refusal);
+        report.isHopeless = !meant;
         return;
     }
     const auto unread = order.unreadReason ? order.unreadReason : present.text.errorMessage();

@@ -50,6 +50,7 @@ struct WriteOrder {
 struct WriteReport {
     bool isWritten = false; // the file was opened, and new content went to it
     std::optional<std::string> message{}; // why not all of it did; the store's last error message
+    bool isHopeless = false; // the same order can never be carried out
     std::vector<DocumentNews> news{};
     std::optional<std::int64_t> version{};
     rules::KnownFile known{};

@@ -1,7 +1,14 @@
 #include "workflow/RulesDocument.h"
+#include "history/Database.h"
+#include "history/JournalPlace.h"
 #include "tests/workflow/DocumentSandbox.h"
+#include "workflow/Background.h"
 
 #include <gtest/gtest.h>
+
+#include <deque>
+#include <functional>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -23,11 +30,39 @@ protected:
             box.folder.path("state"), box.locations.userRulesFile(), {}, test::silentLog())
             ->versions();
     }
+    // As a broken disk would.
+    void damageAllVersions() const
+    {
+        const history::JournalPlace place(box.folder.path("state"), box.locations.userRulesFile());
+        history::Database database(place.databaseFile());
+        history::Statement(database, "UPDATE content SET frame = x'00'").run();
+    }
 
     test::StoreSandbox box;
 };
 
 using Kind = DocumentNews::Kind;
+
+// Runs work when it is waited for.
+class LaterWork : public Background {
+public:
+    void run(std::function<void()> work, std::function<void()> then) override
+    {
+        m_work.emplace_back(std::move(work), std::move(then));
+    }
+    void wait() override
+    {
+        while (!m_work.empty()) {
+            const auto [work, then] = std::move(m_work.front());
+            m_work.pop_front();
+            work();
+            then();
+        }
+    }
+
+private:
+    std::deque<std::pair<std::function<void()>, std::function<void()>>> m_work;
+};
 
 } // namespace
 
@@ -326,6 +361,34 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
     EXPECT_TRUE(window.document->undo());
     EXPECT_EQ(file(), line("/a/") + line("/b/"));
     EXPECT_FALSE(window.document->restore(99));
+}
+
+TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothingAndIsNotTriedAgain)
+{
+    box.writeUserRules(line("/a/"));
+    LaterWork background;
+    test::DocumentAtWork window(box, {.background = &background});
+    window.add("/b/");
+    damageAllVersions();
+    EXPECT_TRUE(window.document->restore(1));
+    window.document->waitUntilWritten();
+    EXPECT_EQ(window.document->failure(), "Version 1 can no longer be read");
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
+    window.document->writeNow();
+    EXPECT_EQ(window.document->failure(), std::nullopt);
+    window.add("/c/");
+    EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
+    EXPECT_FALSE(window.document->restore(1));
+}
+
+TEST_F(RulesDocumentTest, AProgramThatWaitsForEachWriteLearnsAtOnceThatAVersionIsDamaged)
+{
+    box.writeUserRules(line("/a/"));
+    test::DocumentAtWork program(box);
+    program.add("/b/");
+    damageAllVersions();
+    EXPECT_FALSE(program.document->restore(1));
+    EXPECT_EQ(program.document->failure(), std::nullopt);
 }
 
 TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
