@@ -25,7 +25,7 @@ bool isOfExchangeType(const QFileInfo& file)
 }
 
 class ExchangeFilePanel : public FilePanel {
-    Q_DECLARE_TR_FUNCTIONS(quorvane::ExchangeFilePanel)
+    Q_DECLARE_TR_FUNCTIONS(quorvane::windows::ExchangeFilePanel)
 public:
     ExchangeFilePanel(QWidget* parent, const QString& title)
         : FilePanel(parent, title)
@@ -52,7 +52,7 @@ public:
 };
 
 class SavePanel : public FilePanel {
-    Q_DECLARE_TR_FUNCTIONS(quorvane::SavePanel)
+    Q_DECLARE_TR_FUNCTIONS(quorvane::windows::SavePanel)
 public:
     // What is saved gets one of the endings that a file of this name could have.
     SavePanel(QWidget* parent, const QString& title, const QFileInfo& name)

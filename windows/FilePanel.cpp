@@ -20,7 +20,7 @@ namespace {
 // Qt's panel chooses either files or folders. Here its mode for folders, which shows files too, takes both;
 // a double click on a folder still opens it.
 class FileOrFolderPanel : public FilePanel {
-    Q_DECLARE_TR_FUNCTIONS(quorvane::FileOrFolderPanel)
+    Q_DECLARE_TR_FUNCTIONS(quorvane::windows::FileOrFolderPanel)
 public:
     FileOrFolderPanel(QWidget* parent, const QString& title)
         : FilePanel(parent, title)

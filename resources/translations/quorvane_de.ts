@@ -1037,53 +1037,6 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
-    <name>quorvane::ExchangeFilePanel</name>
-    <message>
-        <source>Rules (*.%1)</source>
-        <translation type="unfinished">Regeln (*.%1)</translation>
-    </message>
-    <message>
-        <source>There is no file “%1”.</source>
-        <translation type="unfinished">Es gibt keine Datei „%1“.</translation>
-    </message>
-    <message>
-        <source>Please choose a file whose name ends in .%1.</source>
-        <translation type="unfinished">Bitte wählen Sie eine Datei, deren Name auf .%1 endet.</translation>
-    </message>
-    <message>
-        <source>“%1” cannot be read, or is not UTF-8 text.</source>
-        <translation type="unfinished">„%1“ kann nicht gelesen werden oder ist kein UTF-8-Text.</translation>
-    </message>
-</context>
-<context>
-    <name>quorvane::FileOrFolderPanel</name>
-    <message>
-        <source>&amp;Name:</source>
-        <translation type="unfinished">&amp;Name:</translation>
-    </message>
-    <message>
-        <source>&amp;Choose</source>
-        <translation type="unfinished">&amp;Auswählen</translation>
-    </message>
-    <message>
-        <source>There is no “%1”.</source>
-        <translation type="unfinished">„%1“ gibt es nicht.</translation>
-    </message>
-</context>
-<context>
-    <name>quorvane::SavePanel</name>
-    <message>
-        <source>No file can be saved as “%1”.</source>
-        <translation type="unfinished">Unter „%1“ kann keine Datei gespeichert werden.</translation>
-    </message>
-    <message>
-        <source>“%1” already exists.
-Do you want to replace it?</source>
-        <translation type="unfinished">„%1“ ist bereits vorhanden.
-Möchten Sie die Datei ersetzen?</translation>
-    </message>
-</context>
-<context>
     <name>quorvane::app::QVPreferencesWindow</name>
     <message>
         <source>Other (%1)</source>
@@ -1334,6 +1287,40 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>Import Files</source>
         <translation>Import Files</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::windows::ExchangeFilePanel</name>
+    <message>
+        <source>Rules (*.%1)</source>
+        <translation>Regeln (*.%1)</translation>
+    </message>
+    <message>
+        <source>There is no file “%1”.</source>
+        <translation>Es gibt keine Datei „%1“.</translation>
+    </message>
+    <message>
+        <source>Please choose a file whose name ends in .%1.</source>
+        <translation>Bitte wählen Sie eine Datei, deren Name auf .%1 endet.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be read, or is not UTF-8 text.</source>
+        <translation>„%1“ kann nicht gelesen werden oder ist kein UTF-8-Text.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::windows::FileOrFolderPanel</name>
+    <message>
+        <source>&amp;Name:</source>
+        <translation>&amp;Name:</translation>
+    </message>
+    <message>
+        <source>&amp;Choose</source>
+        <translation>&amp;Auswählen</translation>
+    </message>
+    <message>
+        <source>There is no “%1”.</source>
+        <translation>„%1“ gibt es nicht.</translation>
     </message>
 </context>
 <context>
@@ -2035,6 +2022,19 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>No rule matches what is chosen under Narrow.</source>
         <translation>Keine Regel entspricht dem, was unter Eingrenzen gewählt ist.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::windows::SavePanel</name>
+    <message>
+        <source>No file can be saved as “%1”.</source>
+        <translation>Unter „%1“ kann keine Datei gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>“%1” already exists.
+Do you want to replace it?</source>
+        <translation>„%1“ ist bereits vorhanden.
+Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
