@@ -36,7 +36,7 @@ std::optional<AccountEntry> accountOfRealUser()
     return AccountEntry{found->pw_name, found->pw_dir == nullptr ? "" : found->pw_dir, found->pw_gid};
 }
 
-// A group can have more members than the first buffer holds.
+// The first buffer can be too small for a group with many members.
 std::optional<gid_t> numberOfGroup(const std::string& name)
 {
     std::vector<char> buffer(firstBuffer);
@@ -50,10 +50,10 @@ std::optional<gid_t> numberOfGroup(const std::string& name)
     return found->gr_gid;
 }
 
-// All groups of an account, its own among them.
+// All groups of an account, its primary one included.
 std::vector<gid_t> groupsOf(const AccountEntry& account)
 {
-    constexpr std::size_t mostGroups = 1U << 16U; // what the kernel takes
+    constexpr std::size_t mostGroups = 1U << 16U; // the kernel's limit
     std::vector<gid_t> groups(64);
     for (;;) {
         int count = static_cast<int>(groups.size());

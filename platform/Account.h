@@ -2,18 +2,18 @@
 
 #include <string>
 
-// The account of the person the program runs for. Safe from any thread.
+// The account of the user the program runs for. Safe from any thread.
 
 namespace quorvane::platform {
 
-// The login name of the real user id; its digits when the account data base has no such user.
+// The login name of the real user id; its digits when the account database has no such user.
 std::string loginName();
 
 // The home folder: the variable HOME when set, else the account's. Empty when neither is known.
 std::string homeDirectory();
 
-// Whether the real user's account belongs to `group`, as its own group or as a further one. False when there
-// is no such group or no such account.
+// Whether the real user's account belongs to `group`, as its primary or a supplementary group. False when
+// there is no such group or no such account.
 bool isMemberOfGroup(const std::string& group);
 
 } // namespace quorvane::platform

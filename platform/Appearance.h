@@ -2,7 +2,7 @@
 
 namespace quorvane::platform {
 
-// How a person wants windows to look.
+// How the user wants windows to look.
 struct Appearance {
     bool isDark = false;
     bool hasHighContrast = false;

@@ -7,11 +7,12 @@ namespace quorvane::platform {
 
 enum class Awaited {
     finger,
-    fingerAgain, // it was touched, but not well enough to be read
-    password, // in a window that is not ours
+    fingerAgain, // the reader was touched, but the print could not be read
+    password, // asked for in another program's window
 };
 
-// Tells the person what is awaited while an authentication goes on, and lets them give it up.
+// Shows what an authentication in progress is waiting for, and lets the user cancel it. User interface thread
+// only.
 class AuthenticationPrompt {
 public:
     AuthenticationPrompt() = default;
@@ -19,8 +20,8 @@ public:
     AuthenticationPrompt& operator=(const AuthenticationPrompt&) = delete;
     virtual ~AuthenticationPrompt() = default;
 
-    // Asks for `what`, in place of what it asked for before. `reason` completes "is trying to ...". `giveUp`
-    // is called when the person does not want to, while the prompt is shown.
+    // Asks for `what`, replacing the previous request. `reason` completes "is trying to ...". `giveUp` is
+    // called when the user cancels while the prompt is shown.
     virtual void ask(Awaited what, const std::string& reason, std::function<void()> giveUp) = 0;
 
     virtual void withdraw() = 0;

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-// A list is a row of objects, each a marker byte and its contents, then a table of where each object begins,
-// then a trailer of 32 bytes: 6 unused, the width of an offset in the table, the width of a reference to an
-// object, and, eight bytes each, the number of objects, the number of the root and the place of the table.
+// A list is a sequence of objects, each a marker byte and its contents, then a table of object offsets, then
+// a trailer of 32 bytes: 6 unused, the width of an offset in the table, the width of a reference to an
+// object, and, eight bytes each, the number of objects, the number of the root and the offset of the table.
 // All numbers are big-endian.
 
 namespace quorvane::platform {
@@ -21,7 +21,7 @@ namespace {
 constexpr std::string_view magic = "bplist00";
 constexpr std::size_t trailerSize = 32;
 
-// Objects share texts; unfolded they may take this many times as much as a whole list.
+// Texts may be shared by reference; expanded, they may take up to twice the size of the largest list.
 constexpr std::uint64_t mostTextBytes = 2 * largestPropertyList;
 
 // The upper half of a marker byte.
@@ -56,7 +56,7 @@ std::optional<double> realAt(std::string_view bytes, std::uint64_t place, std::u
     return bits && width == 8 ? std::optional(std::bit_cast<double>(*bits)) : std::nullopt;
 }
 
-// Unsigned up to 4 bytes, signed with 8; with 16 for what is beyond that.
+// Unsigned up to 4 bytes, signed with 8; 16 for larger values.
 std::optional<PropertyValue> integerAt(std::string_view bytes, std::uint64_t place, std::uint64_t width)
 {
     if (width == 16) {
@@ -74,7 +74,7 @@ std::optional<PropertyValue> integerAt(std::string_view bytes, std::uint64_t pla
 
 class BinaryReader {
 public:
-    // None when the trailer does not describe a list.
+    // None when the trailer is not valid.
     static std::optional<BinaryReader> of(std::string_view list)
     {
         if (list.size() < magic.size() + trailerSize)
@@ -103,8 +103,8 @@ private:
     struct Object {
         std::uint64_t number = 0;
         Kind kind = Kind::constant;
-        std::uint64_t count = 0; // the lower half of the marker, or the long count that follows it
-        std::uint64_t place = 0; // of its contents
+        std::uint64_t count = 0; // the lower half of the marker, or the extended count after it
+        std::uint64_t place = 0; // offset of its contents
     };
 
     std::optional<Object> objectOf(std::uint64_t number) const
@@ -178,7 +178,7 @@ private:
         }
     }
 
-    // The bytes of a text or of data; none when they are more than are unfolded.
+    // The bytes of a text or of data; none when they exceed what may be expanded.
     std::optional<std::string_view> contents(const Object& object, std::uint64_t unitSize)
     {
         const std::uint64_t size = object.count * unitSize;
@@ -198,8 +198,8 @@ private:
         return bytes && isValidUtf8(*bytes) ? std::optional(std::string(*bytes)) : std::nullopt;
     }
 
-    // True when a container with that many references may be unfolded. A container that is opened a second
-    // time is shared or contains itself.
+    // True when a container with that many references may be expanded. False when it was opened before: it is
+    // shared or contains itself.
     bool open(const Object& container, std::uint64_t references)
     {
         m_values += references;

@@ -12,7 +12,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// How many bytes a number takes, of those that the form knows: 1, 2, 4 or 8.
+// The bytes that a number takes in the binary form: 1, 2, 4 or 8.
 unsigned widthOf(std::uint64_t number)
 {
     if (number <= UINT8_MAX)
@@ -50,8 +50,8 @@ std::uint64_t countObjects(const PropertyValue& value)
     return count;
 }
 
-// Objects are numbered as they are written: all texts in their order, then containers behind what they hold,
-// the root last.
+// Objects are numbered as they are written: all texts in sorted order, then each container after its
+// contents, the root last.
 class BinaryWriter {
 public:
     explicit BinaryWriter(std::size_t largest)
@@ -72,7 +72,7 @@ public:
         return tooLong() ? std::nullopt : withTable();
     }
 
-    // Each writes the value, unless the list is too long by now, and answers its number.
+    // Each writes the value, unless the list is too long already, and returns its object number.
     std::uint32_t operator()(bool flag)
     {
         begin(0x0, flag ? 9U : 8U);
@@ -196,7 +196,7 @@ private:
         return last();
     }
 
-    // Appends the table of places and the trailer.
+    // Appends the offset table and the trailer.
     std::optional<std::string> withTable()
     {
         const std::uint64_t table = m_out.size();
@@ -216,7 +216,7 @@ private:
 
     std::size_t m_largest;
     std::vector<std::string_view> m_texts; // sorted, each once
-    std::vector<std::uint64_t> m_places; // of the objects
+    std::vector<std::uint64_t> m_places; // offsets of the objects
     unsigned m_referenceWidth = 1;
     std::string m_out;
 };

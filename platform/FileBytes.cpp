@@ -69,7 +69,7 @@ bool isTextAt(const std::string& path)
         return false;
     constexpr std::size_t pieceSize = 1U << 20U;
     std::string piece(pieceSize, '\0');
-    std::size_t kept = 0; // bytes of a character whose end the next piece holds
+    std::size_t kept = 0; // bytes of a character that continues in the next chunk
     for (;;) {
         const std::size_t got = readFully(file.get(), piece.data() + kept, piece.size() - kept, error);
         const std::string_view text(piece.data(), kept + got);

@@ -9,8 +9,8 @@ struct stat;
 
 namespace quorvane::platform {
 
-// Which file lay at a place, and in which state: two equal identities mean the same file with, as far as the
-// file system's clock can tell, the same contents. That nothing lay there is an identity as well.
+// Which file was at a path, and in which state: two equal identities mean the same file with, as far as the
+// file system's clock can distinguish, the same contents. "No file" is an identity as well.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0; // 0: there is no file
@@ -28,10 +28,10 @@ struct FileIdentity {
 
     static FileIdentity missing() { return {}; }
     static FileIdentity ofStatus(const struct stat& status);
-    // Of what lies at `path`; of a symbolic link there, of the link itself. Missing only when nothing is
-    // there (ENOENT, ENOTDIR): for any other reason none, and `error` says why.
+    // Of the file at `path`; for a symbolic link, of the link itself. Missing only when nothing is there
+    // (ENOENT, ENOTDIR): for any other reason none, and `error` says why.
     static std::optional<FileIdentity> ofPath(const std::string& path, std::error_code& error);
-    // Of the open file; none when the system does not say, and `error` says why.
+    // Of the open file; none when the system call fails, and `error` says why.
     static std::optional<FileIdentity> ofDescriptor(int descriptor, std::error_code& error);
 };
 

@@ -28,7 +28,7 @@ public:
         : m_end(Clock::now() + wait)
     {
     }
-    // False when the time is over.
+    // False when the time is up.
     bool pause()
     {
         const auto now = Clock::now();
@@ -97,7 +97,7 @@ FileLock::~FileLock()
     release();
 }
 
-// Not left to the closing alone: a child that is being started shares the lock until its program begins.
+// Unlocks explicitly instead of only closing: a child between fork and exec shares the lock.
 void FileLock::release()
 {
     if (isHeld())
@@ -114,7 +114,7 @@ FileLock FileLock::take(const std::string& path, LockMode mode, milliseconds wai
         case Outcome::taken:
         case Outcome::failed:
             return lock;
-        case Outcome::again: // the path has changed meanwhile, which ends by itself but may take a few rounds
+        case Outcome::again: // the path changed in the meantime; settles by itself within a few rounds
         case Outcome::busy:
             break;
         }
@@ -151,7 +151,7 @@ FileLock::Outcome FileLock::tryOnce()
     return Outcome::again;
 }
 
-// For writing where that is allowed, since some network file systems lock exclusively only then.
+// Opened for writing where allowed, since some network file systems require that for an exclusive lock.
 FileDescriptor FileLock::openFile(std::error_code& error) const
 {
     const std::initializer_list<int> exclusive{O_RDWR, O_RDONLY, O_WRONLY};
@@ -193,7 +193,7 @@ bool FileLock::makeFile()
     std::error_code error;
     FileDescriptor file
         = openRegularFile(m_path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, error, ownerAndGroup);
-    // Whoever sees the new file first can lock it, and then has the right to fill it.
+    // Another process may see and lock the new file first, and may then fill it.
     if (!error)
         error = tryLock(file.get(), m_mode);
     release();

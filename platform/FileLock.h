@@ -10,20 +10,21 @@ namespace quorvane::platform {
 
 enum class LockMode { shared, exclusive };
 
-// Locks an open file for as long as it is open. True when that was done within `wait` (0: one try); otherwise
-// `error` says why, EWOULDBLOCK when another holder is in the way.
+// Locks an open file for as long as it is open. True when the lock was acquired within `wait` (0: one try);
+// otherwise `error` says why, EWOULDBLOCK when another holder has it.
 bool lockDescriptor(int descriptor, LockMode mode, std::chrono::milliseconds wait, std::error_code& error);
 
-// A lock on a file, honoured by all programs that take one. It ends with the object or the process, whichever
-// is first, and leaves nothing behind on disk. Holders in the same process exclude each other as well.
+// A lock on a file, advisory: it binds only programs that take it too. It ends with the object or the
+// process, whichever is first, and leaves nothing behind on disk. Holders in the same process exclude each
+// other as well.
 //
-// The lock lies on the file itself, which is neither made nor changed; where there is none, on its folder,
-// until makeFile() moves it. A file that is renamed or removed takes its lock along: see isAtPath().
-// Not for several threads at once.
+// The lock is on the file itself, which is neither created nor changed; where there is no file, on its
+// folder, until makeFile() moves it. A file that is renamed or removed keeps its lock: see isAtPath(). One
+// thread at a time.
 class FileLock {
 public:
     // Waits at most `wait`; with 0 it tries once. A symbolic link as last component is refused, and so is
-    // what is no regular file. A file that may only be read can be locked too.
+    // anything but a regular file. A read-only file can be locked too.
     static FileLock take(const std::string& path, LockMode mode, std::chrono::milliseconds wait);
 
     // Holds nothing.
@@ -33,19 +34,19 @@ public:
     ~FileLock();
 
     bool isHeld() const { return static_cast<bool>(m_file); }
-    // True when it could not be had because of another holder.
+    // True when it could not be acquired because of another holder.
     bool isHeldByAnother() const { return m_heldByAnother; }
-    // The system's error when it could not be had for another reason than that; else none.
+    // The system's error when it could not be acquired for any other reason; else none.
     const std::error_code& error() const { return m_error; }
     // Why it is not held, in words; empty when it is.
     const std::string& problem() const { return m_problem; }
 
-    // True while the path still leads to what is locked: the same file, or still no file.
+    // True while the path still resolves to what is locked: the same file, or still no file.
     bool isAtPath() const;
 
-    // Where there was no file: makes an empty one for owner and group (0640) and moves the lock to it. False,
-    // and nothing is held any more, when that failed or another process was faster; then take the lock anew.
-    // True, and nothing changes, when the lock lies on a file already.
+    // Where there was no file: creates an empty one for owner and group (0640) and moves the lock to it.
+    // False, and nothing is held any more, when that failed or another process was faster; then take the lock
+    // again. True, and nothing changes, when the lock is on a file already.
     bool makeFile();
 
 private:

@@ -19,7 +19,7 @@ FileReplacement::FileReplacement(const std::string& path)
 {
     if (m_folder.empty())
         m_folder = ".";
-    // A name of its own: one made of the path's could be too long.
+    // Not derived from the path's own name: that could get too long.
     m_name = m_folder + "/.quorvane.XXXXXX";
     m_file = FileDescriptor(mkostemp(m_name.data(), O_CLOEXEC));
     if (!m_file) {
@@ -54,7 +54,7 @@ std::error_code FileReplacement::takePlace(mode_t permissions)
         || rename(m_name.c_str(), m_path.c_str()) != 0)
         return systemError(errno);
     m_name.clear();
-    // The new name too, as far as the folder can be opened; the place is taken in any case.
+    // Syncs the new name too, if the folder can be opened; the file has been replaced in any case.
     const FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder)
         fsync(folder.get());

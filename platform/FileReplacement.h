@@ -11,29 +11,29 @@ struct stat;
 
 namespace quorvane::platform {
 
-// A new file beside another, whose place it takes when it is complete: whoever looks, also after a crash,
-// finds the old file or the new one, each whole. Goes away with the object when it has not taken the place by
-// then.
+// A new file beside another, which it replaces when it is complete: any reader, even after a crash, finds
+// either the old file or the new one, each complete. Removed with the object unless it has replaced the file
+// by then. One thread at a time.
 class FileReplacement {
 public:
-    // Makes it, for nobody else to read, in the folder of `path`; error() says why when that failed. Nothing
-    // else looks at what is at `path` before takePlace().
+    // Creates it, readable by its owner only, in the folder of `path`; error() says why when that failed. The
+    // file at `path` is not touched before takePlace().
     explicit FileReplacement(const std::string& path);
     ~FileReplacement();
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
     const std::error_code& error() const { return m_error; }
-    // True when the folder allows no second file, which is no reason not to write the one that is there.
+    // True when the folder permits no new file; the existing one may still be writable.
     bool isForbidden() const;
     // Open for writing; negative after a failure.
     int descriptor() const { return m_file.get(); }
 
-    // True when the new file can stand for the old one, whose owner and group it has then: that has no other
-    // names.
+    // True when the new file can replace the old one: that has no other hard links, and its owner and group
+    // could be given to the new file.
     bool canStandFor(const struct stat& old);
-    // Sets the permission bits, syncs and takes the place of whatever file is at the path. After an error
-    // that one is what it was.
+    // Sets the permission bits, syncs and replaces whatever file is at the path. After an error that file is
+    // unchanged.
     std::error_code takePlace(mode_t permissions);
 
 private:

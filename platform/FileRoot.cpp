@@ -32,14 +32,14 @@ bool holdsNul(const std::string& path)
     return path.find('\0') != std::string::npos;
 }
 
-// None, with errno ENOSYS, where the kernel or its guard does not offer the call.
+// None, with errno ENOSYS, where the kernel lacks the call or a sandbox forbids it.
 FileDescriptor openInRoot(int folder, const std::string& path, int flags)
 {
     open_how how{};
     how.flags = static_cast<decltype(how.flags)>(flags | O_CLOEXEC);
     how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
     const auto descriptor = syscall(SYS_openat2, folder, path.c_str(), &how, sizeof how);
-    if (descriptor < 0 && (errno == EPERM || errno == EAGAIN)) // EAGAIN: something was renamed meanwhile
+    if (descriptor < 0 && (errno == EPERM || errno == EAGAIN)) // EAGAIN: something was renamed concurrently
         errno = ENOSYS;
     return FileDescriptor(static_cast<int>(descriptor));
 }
@@ -53,8 +53,8 @@ std::string linkTarget(int link)
     return target;
 }
 
-// Follows a path below a folder. The folders on the way are held open, so that ".." is the very folder that
-// the way has come through, and nothing that is moved meanwhile leads out.
+// Resolves a path below a folder. The folders on the way are held open, so that ".." is exactly the folder
+// the walk came through, and no concurrent move leads out.
 class Walk {
 public:
     explicit Walk(int folder)
@@ -80,7 +80,7 @@ public:
         return reopened(flags);
     }
 
-    // The way that was gone, as an absolute path.
+    // The path walked so far, as an absolute path.
     std::string way() const
     {
         std::string text;
@@ -97,14 +97,14 @@ private:
 
     int here() const { return m_way.empty() ? m_root : m_way.back().file.get(); }
 
-    // Puts the names of a path in front of those that are still to be followed.
+    // Puts the components of a path before those still to be followed.
     void add(const std::string& path)
     {
         if (path.starts_with('/'))
             m_way.clear();
         std::size_t end = path.size();
         if (path.ends_with('/'))
-            m_names.emplace_back("."); // what stands before it must be a folder
+            m_names.emplace_back("."); // a trailing "/" requires a folder
         while (true) {
             const std::size_t slash = end == 0 ? std::string::npos : path.rfind('/', end - 1);
             const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
@@ -134,7 +134,7 @@ private:
 
     bool followLink(int link)
     {
-        constexpr int mostLinks = 40; // as the kernel has it
+        constexpr int mostLinks = 40; // the kernel's limit
         const std::string target = ++m_links > mostLinks ? std::string() : linkTarget(link);
         if (!target.empty())
             add(target);
@@ -143,7 +143,7 @@ private:
         return !target.empty();
     }
 
-    // The end of the way, opened as wanted.
+    // The last step, opened again with the wanted flags.
     FileDescriptor reopened(int flags) const
     {
         if (m_way.empty())
@@ -198,7 +198,7 @@ FileDescriptor FileRoot::open(const std::string& path, int flags) const
 FileDescriptor FileRoot::openRegularFile(const std::string& path) const
 {
     const auto isRegular = [](const struct stat& found) { return S_ISREG(found.st_mode); };
-    const auto before = status(path); // to open anything else can have effects
+    const auto before = status(path); // opening anything else can have side effects
     if (!before || !isRegular(*before))
         return FileDescriptor();
     FileDescriptor file = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
@@ -225,7 +225,7 @@ void FileRoot::forEachName(
     const std::unique_ptr<DIR, int (*)(DIR*)> names(folder ? fdopendir(folder.get()) : nullptr, closedir);
     if (!names)
         return;
-    folder.release(); // it is closed with the names
+    folder.release(); // closed together with `names`
     while (const dirent* entry = readdir(names.get())) {
         const std::string name = entry->d_name;
         if (name != "." && name != ".." && !use(name))

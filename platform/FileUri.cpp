@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view fileScheme = "file:";
 constexpr std::string_view thisHost = "localhost";
 
-// The byte that two hexadecimal digits stand for.
+// The byte given by two hexadecimal digits.
 std::optional<char> byteOf(std::string_view digits)
 {
     unsigned char byte = 0;
@@ -51,7 +51,8 @@ std::optional<std::string> pathOfFileUri(std::string_view uri)
         if (uri.starts_with(thisHost))
             uri.remove_prefix(thisHost.size());
     }
-    // What is left of another host does not begin with a slash. A query or fragment is no part of the path.
+    // A remaining host name does not begin with a slash: another host. A query or fragment is no part of the
+    // path.
     if (!uri.starts_with('/'))
         return std::nullopt;
     return percentDecoded(uri.substr(0, uri.find_first_of("?#")));

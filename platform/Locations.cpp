@@ -11,7 +11,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// The product's own locations must not pass for a sandbox, whatever spells them.
+// The product's real locations must not count as a sandbox, however they are spelled.
 bool leadsToTheFileSystemsRoot(const std::string& path)
 {
     std::error_code error;

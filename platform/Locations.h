@@ -10,14 +10,14 @@ namespace quorvane::platform {
 // never prefixed with it. A value object: safe from any thread.
 class Locations {
 public:
-    // `root` is taken without its trailing "/". One that leads to the root of the file system, by whatever
-    // way, is none. `login` names the user whose rules file is meant.
+    // `root` is taken without its trailing "/". A path that resolves to the root of the file system counts as
+    // none. `login` names the user whose rules file is meant.
     Locations(std::string root, std::string login);
 
     // The root from the environment variable QUORVANE_ROOT and the login name of the real user.
     static Locations fromEnvironment();
 
-    // Whether there is a root: nothing here is the product's own.
+    // Whether there is a root: none of these are the product's real files.
     bool areSandbox() const { return !m_root.empty(); }
 
     std::string sharedFolder() const; // ends with "/"
@@ -27,7 +27,7 @@ public:
     std::string failSafeStrictMarker() const;
     std::string learningModeMarker() const;
     std::string preferencesFile() const;
-    std::string extrasFolder() const; // where suggestions of rules are put; ends with "/"
+    std::string extrasFolder() const; // where suggested rules are stored; ends with "/"
 
     std::string systemFolder() const; // ends with "/"
     std::string mainSystemRulesFile() const;

@@ -105,7 +105,7 @@ void Log::writeToSinks(const std::string& line)
     for (const auto& sink : m_sinks) {
         try {
             sink->writeLine(line);
-        } catch (const std::bad_alloc&) { // what the line is about matters more than the line
+        } catch (const std::bad_alloc&) { // the operation matters more than its log line
         }
     }
 }

@@ -10,33 +10,32 @@
 
 namespace quorvane::platform {
 
-// Where log lines go in the end. Never called by two threads at once.
+// A destination of log lines. Never called by two threads at once.
 class LogSink {
 public:
     virtual ~LogSink() = default;
     virtual void writeLine(const std::string& line) = 0;
 };
 
-// The log: one line an event, unlevelled, in the order of the calls.
+// The log: one line per event, without levels, in the order of the calls.
 //
 // Lines are queued and written by a thread of the log's own, so that a slow reader of the log never holds up
-// the caller. The queue is bounded: beyond it lines are counted and the count is logged in their place. Where
-// no thread can be had, lines are written by the caller, which the first one says. All operations are safe
-// from any thread and throw nothing.
+// the caller. The queue is bounded: further lines are dropped and their count is logged instead. Where no
+// thread can be created, the calling thread writes the lines, and the first line says so. All operations are
+// safe from any thread and throw nothing.
 class Log {
 public:
-    // Starts the writing thread when there is any sink.
+    // Starts the writing thread if there is any sink.
     explicit Log(std::vector<std::unique_ptr<LogSink>> sinks);
-    // Writes what is queued and ends the thread.
+    // Writes what is queued and joins the thread.
     ~Log();
     Log(const Log&) = delete;
     Log& operator=(const Log&) = delete;
 
-    // False when no line would reach anybody. Callers ask before they put a line together in a loop.
+    // False when there is no sink. Check it before composing lines in a loop.
     bool isListening() const { return !m_sinks.empty(); }
 
-    // Queues one line, given without its line end. Without memory for it, it counts as one that the queue had
-    // no room for.
+    // Queues one line, given without its line end. A line that there is no memory for counts as dropped.
     void write(std::string line);
 
     // Waits until everything queued so far has been written.
@@ -65,7 +64,7 @@ private:
 // Lines to syslog(3) under `ident`, or none when the machine runs no system log.
 std::unique_ptr<LogSink> systemLogSink(const char* ident);
 
-// Lines to standard error, each written with one call.
+// Lines to standard error, each written with one system call.
 std::unique_ptr<LogSink> standardErrorSink();
 
 // The log of a program: the system log, and standard error when QUORVANE_LOG is "stderr" or when

@@ -17,7 +17,7 @@ struct MountLine {
     std::string device; // "8:1"
 };
 
-// Blanks and the like stand as "\040".
+// Blanks and the like are escaped as "\040".
 std::string unescaped(std::string_view text)
 {
     const auto isOctal = [](char digit) { return digit >= '0' && digit <= '7'; };
@@ -34,7 +34,7 @@ std::string unescaped(std::string_view text)
     return plain;
 }
 
-// Number, parent, device, root, folder, options, fields that may be missing, "-", type, and more.
+// Number, parent, device, root, folder, options, optional fields, "-", type, and more.
 std::optional<MountLine> mountOf(const std::string& line)
 {
     std::istringstream words(line);

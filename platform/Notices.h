@@ -5,21 +5,21 @@
 
 namespace quorvane::platform {
 
-// A short message to the person at the screen, with an "OK" button and a picture. Texts are UTF-8 and shown
-// as they are, never as markup. Goes away by itself after a minute.
+// A short message to the user with an "OK" button and an icon. Texts are UTF-8 and shown verbatim, never as
+// markup. Expires after a minute.
 struct DesktopNotice {
     std::string header;
     std::string message;
-    std::string iconFile; // may be missing
+    std::string iconFile; // the file may be missing
 };
 
 enum class NoticeEnd {
-    closed, // answered, or gone in another way
-    undeliverable, // the desktop shows no notices; nobody has seen it
+    closed, // confirmed, dismissed or expired
+    undeliverable, // the desktop shows no notices; the user has not seen it
 };
 
-// The desktop's own way to show notices; they stay when the program has ended. User interface thread only;
-// nothing here waits but finish().
+// The desktop's notification service; notices stay after the program has ended. User interface thread only;
+// only finish() blocks.
 class Notices {
 public:
     Notices() = default;
@@ -27,11 +27,11 @@ public:
     Notices& operator=(const Notices&) = delete;
     virtual ~Notices() = default;
 
-    // Hands `notice` to the desktop. `ended` is called at most once, later, from the event loop; never when
-    // the desktop does not tell of the end.
+    // Sends `notice` to the desktop. `ended` is called at most once, later, from the event loop; never when
+    // the desktop does not report the end.
     virtual void show(const DesktopNotice& notice, std::function<void(NoticeEnd)> ended) = 0;
 
-    // Waits, a few seconds at most, until everything shown so far has been handed over. Before the program
+    // Waits, a few seconds at most, until everything shown so far has been sent. Call it before the program
     // ends.
     virtual void finish() = 0;
 };

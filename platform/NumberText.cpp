@@ -11,7 +11,7 @@ std::int64_t leadingInteger(std::string_view text)
     const bool negative = !text.empty() && text.front() == '-';
     if (negative || (!text.empty() && text.front() == '+'))
         text.remove_prefix(1);
-    // Counted downwards: the negative range holds one number more.
+    // Accumulated negatively: the negative range holds one number more.
     std::int64_t value = 0;
     for (const char c : text) {
         if (c < '0' || c > '9')

@@ -13,9 +13,9 @@
 
 namespace quorvane::platform {
 
-// Calls `make` with the numbers below `count`, on all cores, and `use` with each number and what `make` has
-// returned for it, on the calling thread and in order. Only so many results wait for their turn at a time.
-// Where no thread can be had, the calling one does it all. `make` must not throw.
+// Calls `make` with each number below `count`, on all cores, and `use` with each number and the result of
+// `make`, on the calling thread and in order. At most 256 results are in flight, which bounds memory. Where
+// no thread can be created, the calling one does all the work. `make` must not throw.
 template <class Make, class Use> void makeInOrder(std::size_t count, const Make& make, const Use& use)
 {
     using Result = std::invoke_result_t<const Make&, std::size_t>;
@@ -33,7 +33,8 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
         Result result = make(number);
         guard.lock();
         made.emplace(number, std::move(result));
-        if (number == used) // the one that may be waited for; a wake-up for each costs more than small work
+        if (number
+            == used) // the only one being waited for; a wake-up per result costs more than a small task
             isChanged.notify_all();
     };
     const auto work = [&] {
@@ -52,7 +53,7 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
         while (workers.size() + 1 < wanted)
             workers.emplace_back(work);
     } catch (const std::system_error&) {
-        // Those that there are will do.
+        // Continue with the threads created so far.
     }
     std::unique_lock guard(lock);
     while (used < count) {

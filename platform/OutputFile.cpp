@@ -21,7 +21,7 @@ std::error_code writeAll(int descriptor, std::string_view bytes)
 {
     std::error_code error;
     if (writeFully(descriptor, bytes, error) != bytes.size() && !error)
-        error = systemError(EIO); // a call that writes nothing and does not say why
+        error = systemError(EIO); // a write that returned 0 without an error
     return error;
 }
 

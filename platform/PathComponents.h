@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-// Path text taken apart as the Foundation framework does it: a trailing "/" is ignored and runs of "/" count
-// as one. Pure functions; no file is looked at.
+// Splits path text as the Foundation framework does: a trailing "/" is ignored and runs of "/" count as one.
+// Pure functions without file access.
 
 namespace quorvane::platform {
 

@@ -12,9 +12,9 @@ public:
     PrivilegedCommand& operator=(const PrivilegedCommand&) = delete;
     virtual ~PrivilegedCommand() = default;
 
-    // Has the person prove to be an administrator, runs `command` in the shell, and returns when it has
-    // ended; until then windows are painted but take no input. Empty when all went well, else one line that
-    // says what did not.
+    // Asks for administrator authentication, runs `command` in the shell, and returns when it has ended;
+    // until then windows are painted but take no input. Empty on success, else one line that describes the
+    // failure.
     virtual std::string run(const std::string& command) = 0;
 };
 

@@ -55,7 +55,7 @@ std::optional<std::string> programPathOfProcess(std::int32_t pid)
 {
     const std::string link = fileOfProcess(pid, "exe");
     auto path = targetOfLink(link);
-    // The kernel adds this to the path of a file that is gone. A file may be called so as well.
+    // The kernel appends this to the path of a deleted file. A file's own name may end like this as well.
     constexpr std::string_view gone = " (deleted)";
     if (path && path->ends_with(gone) && !isSameFile(link, *path))
         path->resize(path->size() - gone.size());
@@ -66,7 +66,7 @@ std::optional<std::uint64_t> startTimeOfProcess(std::int32_t pid)
 {
     std::ifstream file(fileOfProcess(pid, "stat"));
     const std::string line{std::istreambuf_iterator<char>(file), {}};
-    // The second field is the program's name in brackets, which can hold brackets and blanks of its own.
+    // The second field is the program's name in parentheses, which may itself contain parentheses and blanks.
     std::size_t at = line.rfind(')');
     constexpr int startTimeField = 22;
     for (int field = 2; field < startTimeField && at != std::string::npos; ++field)

@@ -6,7 +6,7 @@
 
 namespace quorvane::platform {
 
-// How a program ended that was run to its end.
+// The outcome of a program that was run to completion.
 struct ProgramRun {
     std::error_code error{}; // why it could not be run
     int status = -1; // its exit status; negative when it was ended by a signal or not run

@@ -10,21 +10,19 @@
 
 namespace quorvane::platform {
 
-// A property list whose root is a dictionary, read as the Foundation framework reads its values.
+// A property list whose root is a dictionary, its values read as the Foundation framework reads them.
 //
 // XML and binary lists up to 16 MiB are understood (PropertyListReader.h says which); the old text form is
-// not. What is written is XML. Whatever a list held when it was read, of whatever type, it holds until it is
-// set; a date loses its fraction of a second on the way to XML, which has none. Not for two
-// threads at once.
+// not. What is written is XML. A value that was read, of whatever type, is kept until it is set; a date loses
+// its fraction of a second in XML, which has none. One thread at a time.
 class PropertyList {
 public:
     // An empty dictionary.
     PropertyList() = default;
 
-    // None when the file is missing, unreadable, damaged, larger than is understood or has another root than
-    // a dictionary.
+    // None when the file is missing, unreadable, damaged, too large or its root is not a dictionary.
     static std::optional<PropertyList> read(const std::string& path);
-    // `error`: why the file could not be opened or read, ENOENT included; none where it could be.
+    // `error`: why the file could not be opened or read, ENOENT included; no error when it could be read.
     static std::optional<PropertyList> read(const std::string& path, std::error_code& error);
     static std::optional<PropertyList> parse(std::string_view bytes);
 
@@ -35,11 +33,11 @@ public:
     // None unless the key has a string.
     std::optional<std::string> stringForKey(const std::string& key) const;
 
-    // A boolean is 0 or 1, a real is cut, a string is read by its leading digits and held within 32 bits, a
-    // number beyond 32 bits keeps its low 32. 0 for everything else, a missing key included.
+    // A boolean is 0 or 1, a real is truncated, a string is read by its leading digits and clamped to 32
+    // bits, an integer beyond 32 bits keeps its low 32. 0 for everything else, a missing key included.
     std::int32_t integerForKey(const std::string& key) const;
 
-    // Give the key a value in place of what it had, of whatever type. A new key goes to the end.
+    // Replace the key's value, of whatever type. A new key goes to the end.
     void setBool(const std::string& key, bool value);
     void setInteger(const std::string& key, std::int32_t value);
 
@@ -47,14 +45,14 @@ public:
     const PropertyValue::Dictionary& entries() const { return *m_root.as<PropertyValue::Dictionary>(); }
 
     // The bytes of the file: XML, or the binary form when XML cannot hold a text of the list (with a control
-    // character, say) or would be larger than is understood. None when both would be.
+    // character, say) or would be too large to read back. None when both would be.
     std::optional<std::string> fileBytes() const;
 
-    // The list in one line, for the log: {"key" = 1; ...}. Cut after 64 KiB.
+    // The list in one line, for the log: {"key" = 1; ...}. Truncated after 64 KiB.
     std::string description() const;
 
     // Writes the list in place; an existing file keeps its inode and permissions. False when the file cannot
-    // be written, and when read() would refuse the outcome, which then leaves the file as it was. A symbolic
+    // be written, and when read() would refuse the result, in which case the file is unchanged. A symbolic
     // link is refused.
     bool writeToFile(const std::string& path) const;
 

@@ -6,9 +6,9 @@
 
 namespace quorvane::platform {
 
-// The value in one line, as logs show it: {"key" = 1; "list" = ("a", <01ff>)}. A boolean is 1 or 0, a date is
-// shown in seconds since 2001. "..." stands for a list in lists beyond 64 levels, and for what follows 64
-// KiB.
+// The value in one line, for logs: {"key" = 1; "list" = ("a", <01ff>)}. A boolean is 1 or 0, a date is shown
+// in seconds since 2001. "..." replaces containers nested deeper than 64 levels, and everything after 64 KiB.
+// Pure.
 std::string propertyListText(const PropertyValue& value);
 
 } // namespace quorvane::platform

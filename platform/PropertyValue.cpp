@@ -16,7 +16,7 @@ const PropertyValue* PropertyValue::find(std::string_view key) const
     return found == dictionary->end() ? nullptr : &found->value;
 }
 
-// Sorts places by their keys: a hash table would be slow with keys made to collide.
+// Sorts positions by key: a hash table could be made slow with colliding keys.
 void dropRepeatedKeys(PropertyValue::Dictionary& dictionary)
 {
     std::vector<std::uint32_t> places(dictionary.size());
@@ -26,7 +26,7 @@ void dropRepeatedKeys(PropertyValue::Dictionary& dictionary)
         return order != 0 ? order < 0 : left < right;
     });
     std::vector<bool> isRepeated(dictionary.size(), false);
-    std::size_t first = 0; // of the places with one key
+    std::size_t first = 0; // of the positions with one key
     for (std::size_t i = 1; i < places.size(); ++i) {
         if (dictionary[places[i]].key != dictionary[places[first]].key) {
             first = i;

@@ -8,7 +8,7 @@
 
 namespace quorvane::platform {
 
-// A value of a property list, with all that it contains. Texts are UTF-8.
+// A value of a property list, including everything it contains. Texts are UTF-8. A value object.
 struct PropertyValue {
     struct Date {
         double seconds = 0; // since the start of 2001, UTC
@@ -16,7 +16,7 @@ struct PropertyValue {
     struct Data {
         std::string bytes;
     };
-    // A reference within an archive.
+    // A reference within a keyed archive.
     struct Uid {
         std::uint64_t number = 0;
     };
@@ -24,11 +24,11 @@ struct PropertyValue {
     using Array = std::vector<PropertyValue>;
     using Dictionary = std::vector<Entry>; // in the order of the file; no key twice
 
-    // An unsigned number only beyond what a signed one holds.
+    // Unsigned only for values beyond std::int64_t.
     std::variant<bool, std::int64_t, std::uint64_t, double, Date, std::string, Data, Uid, Array, Dictionary>
         value;
 
-    // Null for a value of another kind.
+    // Null when the value is of another kind.
     template <class Kind> const Kind* as() const { return std::get_if<Kind>(&value); }
 
     // The value under `key`; null when there is none or this is no dictionary.
@@ -45,7 +45,7 @@ struct PropertyValue::Entry {
     PropertyValue value;
 };
 
-// Of entries with one key, keeps the last one's value in the first one's place.
+// Of entries with the same key, keeps the last value at the position of the first.
 void dropRepeatedKeys(PropertyValue::Dictionary& dictionary);
 
 } // namespace quorvane::platform

@@ -13,7 +13,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// Why a file of that kind is not opened; no error for a regular file. A link is left to open(2).
+// Why a file of that kind is not opened; no error for a regular file. Links are left to open(2).
 std::error_code refusalOf(const struct stat& status)
 {
     if (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode))
@@ -21,7 +21,7 @@ std::error_code refusalOf(const struct stat& status)
     return systemError(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
 }
 
-// Calls read(2) or write(2) until `size` bytes are done. A call that answers 0 ends it: the end of the file.
+// Calls read(2) or write(2) until `size` bytes are done, or a call returns 0: the end of the file.
 template <class Call> std::size_t repeat(std::size_t size, std::error_code& error, Call call)
 {
     error.clear();
@@ -54,13 +54,13 @@ FileDescriptor openRegularFile(const std::string& path, int flags, std::error_co
     if (error)
         return FileDescriptor();
     FileDescriptor file;
-    do // a file system that is a program's may be interrupted
+    do // calls on a FUSE file system can be interrupted
         file = FileDescriptor(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, permissions));
     while (!file && errno == EINTR);
     if (!file || fstat(file.get(), &status) != 0)
         error = systemError(errno);
     else
-        error = refusalOf(status); // something else may have taken its place since
+        error = refusalOf(status); // the path may lead to something else by now
     return error ? FileDescriptor() : std::move(file);
 }
 
@@ -73,7 +73,7 @@ std::size_t readFully(int descriptor, char* bytes, std::size_t size, std::error_
 bool holdsExactly(int descriptor, std::string_view bytes)
 {
     constexpr std::size_t pieceSize = std::size_t{256}
-        << 10U; // bytes; what is compared is still in the caches
+        << 10U; // bytes; small enough to stay in the processor's cache
     const auto piece = std::make_unique_for_overwrite<char[]>(pieceSize);
     for (;;) {
         std::error_code error;

@@ -16,7 +16,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// As "%f" in the C locale: a decimal comma would be none to the shell.
+// As "%f" in the C locale: the shell does not understand a decimal comma.
 std::string decimal(float number)
 {
     constexpr int fractionalDigits = 6;
@@ -26,7 +26,8 @@ std::string decimal(float number)
     return error == std::errc() ? std::string(text.data(), end) : std::string("0");
 }
 
-// In the child of a fork: only calls that are safe while threads of the parent held locks.
+// In the child of a fork: only async-signal-safe calls, since other threads of the parent may have held
+// locks.
 [[noreturn]] void becomeShell(const char* command)
 {
     setsid();
@@ -64,7 +65,7 @@ bool startAfterDelay(float delay, const std::string& program)
     const std::string command = relaunchCommand(delay, program);
     const pid_t child = fork();
     if (child == 0) {
-        // A child that ends at once leaves its own child to the system, which waits for it.
+        // The child exits at once, so that init adopts and reaps the grandchild.
         const pid_t grandchild = _Fork();
         if (grandchild == 0)
             becomeShell(command.c_str());

@@ -16,7 +16,7 @@
 
 #include <unistd.h>
 
-extern "C" { // which this header of glibc 2.36 forgets
+extern "C" { // missing in this header of glibc 2.36
 #include <sys/pidfd.h>
 }
 
@@ -43,7 +43,8 @@ bool isApplication(std::int32_t process, const std::string& identifier)
     const std::string bundle = bundleOfProgram(*program);
     if (bundle.empty())
         return lastPathComponent(*program)
-            == std::string_view(identifier).substr(identifier.rfind('.') + 1); // all of it without a dot
+            == std::string_view(identifier)
+                   .substr(identifier.rfind('.') + 1); // the whole identifier if it has no dot
     const auto info = PropertyList::read(bundle + "/Contents/Info.plist");
     return info && info->stringForKey("CFBundleIdentifier") == identifier;
 }
@@ -86,8 +87,8 @@ public:
     {
         if (process <= 0 || process == getpid())
             return;
-        // Taken before the look at the process: it stays with this very process when the number goes to
-        // another.
+        // Opened before the process is inspected: the descriptor keeps referring to this process even if its
+        // number is reused.
         const FileDescriptor held(pidfd_open(process, 0));
         const bool canHold = held || errno == ESRCH; // else an old kernel, or a sandbox that forbids it
         if (!isApplication(process, identifier))

@@ -5,13 +5,13 @@
 
 namespace quorvane::platform {
 
-// The error with that number, of errno as a rule.
+// The error with that number, usually errno.
 inline std::error_code systemError(int number)
 {
     return {number, std::generic_category()};
 }
 
-// The system's text of an error and its number: "No space left on device (28)".
+// The system's text for an error, with its number: "No space left on device (28)".
 inline std::string errorText(const std::error_code& error)
 {
     return error.message() + " (" + std::to_string(error.value()) + ")";

@@ -50,7 +50,7 @@ UChar32 nextCodePoint(std::string_view text, std::size_t& at)
     return codePoint;
 }
 
-// `text` as far as the library can count.
+// `text`, cut at the largest length the library takes.
 icu::UnicodeString unicodeText(std::string_view text)
 {
     const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
@@ -113,7 +113,8 @@ void appendSearchKey(std::string& out, std::string_view text)
     const icu::Normalizer2* composed = icu::Normalizer2::getNFCInstance(status);
     icu::UnicodeString folded = unicodeText(text);
     if (U_SUCCESS(status)) {
-        // Composed before, too: the Turkic dotted capital I folds as one letter, not as I with a dot behind.
+        // Composed before folding, too: the Turkic dotted capital I folds as one letter, not as I with a
+        // combining dot.
         folded = composed->normalize(folded, status);
         folded.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
         folded = composed->normalize(folded, status);

@@ -5,16 +5,16 @@
 #include <string>
 #include <string_view>
 
-// Unicode questions about UTF-8 text. All functions are pure and safe from any thread.
-// Text that is not valid UTF-8 is never rejected here (but by isValidUtf8): ill-formed bytes count as U+FFFD.
+// Unicode questions about UTF-8 text. All functions are pure and safe from any thread. Text that is not valid
+// UTF-8 is never rejected here (except by isValidUtf8): ill-formed bytes count as U+FFFD.
 
 namespace quorvane::platform {
 
 // True when `text` is well-formed UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool isValidUtf8(std::string_view text);
 
-// Where the last character of `text` begins, which a cut may have left incomplete; the end of a text that
-// ends with no character.
+// Where the last character of `text` begins, which truncation may have left incomplete; the length of a text
+// that does not end with a character.
 std::size_t startOfLastCharacter(std::string_view text);
 
 // The length of `text` in UTF-16 code units.
@@ -31,16 +31,16 @@ std::string foldedCase(std::string_view text);
 void appendSearchKey(std::string& out, std::string_view text);
 std::string searchKey(std::string_view text);
 
-// Appends the UTF-8 of a code point, which must be no surrogate and not above U+10FFFF.
+// Appends the UTF-8 of a code point, which must not be a surrogate or above U+10FFFF.
 void appendCodePoint(std::string& out, char32_t codePoint);
 
-// UTF-8 text from UTF-16. None for an odd number of bytes and for a surrogate without its other half.
+// UTF-8 text from UTF-16. None for an odd number of bytes and for an unpaired surrogate.
 std::optional<std::string> textFromUtf16(std::string_view bytes, bool littleEndian);
 
-// The text in UTF-16, the upper byte of a unit first.
+// The text in big-endian UTF-16.
 std::string utf16FromText(std::string_view text);
 
-// The UTF-8 text that `bytes` spell when read as Mac OS Roman.
+// Mac OS Roman `bytes` as UTF-8 text.
 std::string textFromMacRoman(std::string_view bytes);
 
 } // namespace quorvane::platform

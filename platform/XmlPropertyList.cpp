@@ -56,7 +56,7 @@ std::optional<PropertyValue> realOf(std::string_view text)
     return error == std::errc() && stop == end ? std::optional(PropertyValue{number}) : std::nullopt;
 }
 
-// XML has no form of its own for a reference: a dictionary with this key alone stands for it.
+// XML has no form of its own for a reference: a dictionary with this single key represents it.
 void replaceIfUid(PropertyValue& value)
 {
     const auto* dictionary = value.as<PropertyValue::Dictionary>();
@@ -70,7 +70,7 @@ struct Tag {
     bool empty = false; // closes itself
 };
 
-// Goes through the text once, from the front.
+// A single forward pass over the text.
 class XmlReader {
 public:
     explicit XmlReader(std::string_view text)
@@ -102,7 +102,7 @@ private:
         return true;
     }
 
-    // Skips what stands between elements; false when it does not end.
+    // Skips blanks, comments and instructions between elements; false when one is unterminated.
     bool skipRemarks()
     {
         for (;;) {
@@ -143,7 +143,7 @@ private:
         return tag && tag->name.starts_with("/") && tag->name.substr(1) == name;
     }
 
-    // The text up to the end of the element that was just opened.
+    // The text of the element that was just opened.
     std::optional<std::string> content(const Tag& tag)
     {
         if (tag.empty)

@@ -16,7 +16,7 @@ constexpr std::string_view beginning = R"(<?xml version="1.0" encoding="UTF-8"?>
 )";
 constexpr std::string_view ending = "</plist>\n";
 
-// Each operation is false when XML cannot hold the value or the list has become too long.
+// Each operation returns false when XML cannot represent the value or the list has become too long.
 class XmlWriter {
 public:
     explicit XmlWriter(std::size_t largest)
@@ -38,7 +38,7 @@ public:
     bool operator()(std::uint64_t number) { return element("integer", std::to_string(number)); }
     bool operator()(double number)
     {
-        std::array<char, 32> digits{}; // the shortest that reads back as the same number
+        std::array<char, 32> digits{}; // the shortest form that reads back as the same number
         const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
         return element("real", {digits.data(), end});
     }

@@ -32,7 +32,7 @@ bool appendNumbered(std::string& out, std::string_view digits)
     return true;
 }
 
-// Appends what "&name;" stands for.
+// Appends the character that "&name;" denotes.
 bool appendEntity(std::string& out, std::string_view name)
 {
     if (name.starts_with("#"))
@@ -115,7 +115,7 @@ bool appendXmlText(std::string& out, std::string_view text)
         else if (c == '>')
             out += "&gt;";
         else if (c == '\r')
-            out += "&#13;"; // readers make a line feed of a bare one
+            out += "&#13;"; // readers turn a bare one into a line feed
         else if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n')
             return false;
         else
@@ -189,7 +189,7 @@ std::optional<double> secondsOfXmlDate(std::string_view text)
 std::optional<std::string> xmlDateOf(double seconds)
 {
     using std::chrono::floor;
-    constexpr double bound = 1e12; // well beyond the years that are written, and within every type here
+    constexpr double bound = 1e12; // far beyond the years that are written, yet within every type used here
     if (!(std::abs(seconds) < bound))
         return std::nullopt;
     const auto time = epoch + std::chrono::seconds(static_cast<std::int64_t>(std::floor(seconds)));

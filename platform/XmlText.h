@@ -5,20 +5,20 @@
 #include <string>
 #include <string_view>
 
-// How XML property lists spell texts, data and dates.
+// How XML property lists encode texts, data and dates. Pure functions.
 
 namespace quorvane::platform {
 
 // Takes the text of an element from the front of `rest`, up to the next tag: the five predefined entities and
-// numbered characters are replaced, literal sections are taken as they are. None for any other entity or an
-// end inside the text.
+// numeric character references are replaced, CDATA sections are taken literally. None for any other entity or
+// an end inside the text.
 std::optional<std::string> takeXmlText(std::string_view& rest);
 
-// Appends UTF-8 text with its markup characters replaced. False when it has a character that XML cannot hold:
-// control characters but tabs and line ends, U+FFFE and U+FFFF.
+// Appends UTF-8 text with its markup characters escaped. False when it has a character that XML cannot
+// represent: control characters except tabs and line ends, U+FFFE and U+FFFF.
 bool appendXmlText(std::string& out, std::string_view text);
 
-// The bytes that Base64 text, with blanks anywhere, stands for. None when it has any other character.
+// Decodes Base64 text, which may have blanks anywhere. None when it has any other character.
 std::optional<std::string> bytesOfBase64(std::string_view text);
 void appendBase64(std::string& out, std::string_view bytes);
 
