@@ -10,7 +10,7 @@ namespace quorvane::desktop {
 
 namespace {
 
-// Set by the service description that the bus reads.
+// Set in the bus's service file.
 constexpr const char* startedByBus = "QUORVANE_STARTED_BY_BUS";
 
 QString objectPath()
@@ -19,8 +19,8 @@ QString objectPath()
         + QString::fromLatin1(ApplicationService::name).replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
-// The compositor lets a window come to the front for the click whose token it is shown; the toolkit looks for
-// it there.
+// The compositor raises a window only for a click whose token it is given; the toolkit reads the token from
+// the environment.
 void takeActivationToken(const QVariantMap& platformData)
 {
     const QByteArray token = platformData.value(QStringLiteral("activation-token")).toString().toUtf8();

@@ -10,31 +10,31 @@
 
 namespace quorvane::desktop {
 
-// The program as the session bus knows it. The bus starts it when the desktop asks for it, and hands on
-// whatever the desktop asks then and later: to show its window, to open files, to do an action of the desktop
-// entry. This is the interface org.freedesktop.Application. User interface thread only.
+// The program's D-Bus service, the interface org.freedesktop.Application. The session bus starts the program
+// when the desktop asks for it, and forwards the desktop's requests: to show the window, to open files, to
+// run an action of the desktop entry. User interface thread only.
 class ApplicationService : public QObject {
     Q_OBJECT
 public:
-    // Its name on the bus, which is the desktop entry's as well.
+    // The bus name, which is also the name of the desktop entry.
     static constexpr const char* name = "com.vantreal.quorvane.configuration";
 
-    // Whether the bus has started this process. To be asked once, before there are threads: the answer is
-    // taken out of the environment, so that programs that this one starts do not think so of themselves.
+    // Whether the bus has started this process. Call it once, before there are threads: it removes the
+    // variable from the environment, so that programs started by this one do not inherit it.
     static bool wasStartedByBus();
 
-    // Requests come from now on, once the event loop runs. False when there is no bus or another process has
-    // the name.
+    // Accepts requests from now on; they arrive through the event loop. False when there is no bus or another
+    // process owns the name.
     bool start(const QDBusConnection& bus);
 
 Q_SIGNALS:
     void activated();
-    // The paths of files; what is no file of this computer is left out.
+    // The paths of files; URIs that name no file of this computer are skipped.
     void filesWereOpened(const std::vector<std::string>& paths);
     void actionWasChosen(const QString& action);
 
 public Q_SLOTS:
-    // The names are the interface's.
+    // Named as the interface demands.
     Q_SCRIPTABLE void Activate(const QVariantMap& platformData);
     Q_SCRIPTABLE void Open(const QStringList& uris, const QVariantMap& platformData);
     Q_SCRIPTABLE void ActivateAction(

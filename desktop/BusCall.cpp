@@ -43,8 +43,8 @@ QDBusMessage answerTo(
 BusConnection::BusConnection(const std::string& address, std::chrono::milliseconds patience)
     : m_name(nextConnectionName())
 {
-    // Connecting waits for the bus's first answer, so it is done elsewhere. Until then whoever asks for a
-    // connection by its name waits as well.
+    // Connecting blocks until the bus's first reply, so it is done on another thread. Until then any lookup
+    // of a connection by its name blocks as well.
     QThread* thread = QThread::create([address = QString::fromStdString(address), name = m_name] {
         QDBusConnection::connectToBus(address, name);
     });

@@ -10,27 +10,27 @@
 
 class QEventLoop;
 
-// Calls over D-Bus that wait for their answer without holding up the windows: in a local event loop, in which
-// windows are painted but take no input. User interface thread only.
+// D-Bus calls that wait for their reply in a local event loop, in which windows are painted but take no
+// input. User interface thread only.
 
 namespace quorvane::desktop {
 
-// For calls that a person answers.
+// For calls that wait for the user.
 constexpr std::chrono::milliseconds forever{std::numeric_limits<int>::max()};
 
-// The answer to `call`: an error when there is no bus or service, the service goes away in mid-call or stays
-// silent for `patience`, and when the program is told to end. Quitting `wait` gives the call up, which is an
-// error as well.
+// The reply to `call`: an error when there is no bus or service, when the service vanishes during the call or
+// does not reply within `patience`, and when the program is asked to end. Quitting `wait` abandons the call,
+// which is an error as well.
 QDBusMessage answerTo(
     const QDBusMessage& call, const QDBusConnection& bus, std::chrono::milliseconds patience);
 QDBusMessage answerTo(const QDBusMessage& call, const QDBusConnection& bus,
     std::chrono::milliseconds patience, QEventLoop& wait);
 
-// A connection of its own to a bus, for as long as the object lives. A service notices when it goes away.
+// A separate connection to a bus for the lifetime of the object, so that services notice when it ends.
 class BusConnection {
 public:
-    // Waits until it stands, at most `patience`. A bus that cannot be reached gives a connection whose calls
-    // all fail.
+    // Waits until it is connected, at most `patience`. If the bus cannot be reached, all calls on the
+    // connection fail.
     BusConnection(const std::string& address, std::chrono::milliseconds patience);
     ~BusConnection();
     BusConnection(const BusConnection&) = delete;

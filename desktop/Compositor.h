@@ -2,8 +2,8 @@
 
 namespace quorvane::desktop {
 
-// True when the desktop blends windows, so that one may be translucent. User interface thread only; asks the
-// display server, which answers at once.
+// True when the desktop blends windows, so that one may be translucent. User interface thread only; one quick
+// round trip to the display server.
 bool isDesktopComposited();
 
 } // namespace quorvane::desktop

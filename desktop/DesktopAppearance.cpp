@@ -60,7 +60,7 @@ void DesktopAppearance::settingChanged(const QDBusMessage& message)
         take(arguments.at(1).toString(), arguments.at(2).value<QDBusVariant>().variant());
 }
 
-// Of each setting 1 asks for something; what is no number of that kind asks for nothing.
+// Each setting is on when its value is 1 and off for anything else, a value of another type included.
 void DesktopAppearance::take(const QString& key, const QVariant& value)
 {
     const bool isAskedFor = value.typeId() == QMetaType::UInt && value.toUInt() == 1;

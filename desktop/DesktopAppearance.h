@@ -12,13 +12,13 @@ class QDBusMessage;
 namespace quorvane::desktop {
 
 // The look that the desktop asks for: the settings of org.freedesktop.appearance, by way of the desktop
-// portal on the session bus (org.freedesktop.portal.Settings). A desktop that has no say, or a bus that is
-// not connected, asks for the light look of usual contrast. User interface thread only.
+// portal on the session bus (org.freedesktop.portal.Settings). Without such a portal or a connected bus, the
+// look is light with normal contrast. User interface thread only.
 class DesktopAppearance : public QObject {
     Q_OBJECT
 public:
-    // Asks, and waits for the answer for at most `patience`, so that the first window has the right look; a
-    // later answer is a change.
+    // Queries the portal and waits for the reply at most `patience`, so that the first window has the right
+    // look; a later reply counts as a change.
     explicit DesktopAppearance(
         QDBusConnection bus, std::chrono::milliseconds patience = std::chrono::milliseconds(200));
 

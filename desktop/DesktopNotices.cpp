@@ -21,7 +21,7 @@ QString service()
     return QStringLiteral("org.freedesktop.Notifications");
 }
 
-// The text as markup that shows it as it is.
+// The text escaped so that markup shows it verbatim.
 QString escaped(QString text)
 {
     return text.replace(QLatin1Char('&'), QStringLiteral("&amp;"))
@@ -33,7 +33,7 @@ QString iconOf(const platform::DesktopNotice& notice)
 {
     const QString file = QString::fromStdString(notice.iconFile);
     return QFileInfo::exists(file) ? QUrl::fromLocalFile(file).toString(QUrl::FullyEncoded)
-                                   : QStringLiteral("system-lock-screen"); // of the desktop's own icons
+                                   : QStringLiteral("system-lock-screen"); // an icon of the desktop's theme
 }
 
 } // namespace
@@ -88,7 +88,7 @@ void DesktopNotices::call(const QString& method, const QVariantList& arguments,
     QDBusMessage message = QDBusMessage::createMethodCall(
         service(), QStringLiteral("/org/freedesktop/Notifications"), service(), method);
     message.setArguments(arguments);
-    // A call without a bus would never be told of.
+    // Without a bus, a pending call would never report its end.
     const QDBusPendingCall pending = m_bus.isConnected()
         ? m_bus.asyncCall(message, static_cast<int>(m_patience.count()))
         : QDBusPendingCall::fromError(QDBusError(QDBusError::Disconnected, QString()));
@@ -96,7 +96,7 @@ void DesktopNotices::call(const QString& method, const QVariantList& arguments,
     ++m_calls;
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, answer] {
         watcher->deleteLater();
-        answer(watcher->reply()); // may make another call
+        answer(watcher->reply()); // may start another call
         if (--m_calls == 0)
             Q_EMIT handedOver();
     });
@@ -116,7 +116,8 @@ void DesktopNotices::end(const NoticeKey& key)
 
 void DesktopNotices::serviceChanged(const QString& /*name*/, const QString& oldOwner)
 {
-    // A service takes what it shows with it. Its notices stand together; to end one may show another.
+    // A service that vanishes takes its notices with it. They are adjacent in the map; the search starts over
+    // each time, since ending one may show another.
     for (;;) {
         const auto notice = m_shown.lower_bound({oldOwner, 0});
         if (notice == m_shown.end() || notice->first.first != oldOwner)

@@ -15,7 +15,8 @@ class QDBusMessage;
 namespace quorvane::desktop {
 
 // Notices by way of org.freedesktop.Notifications on the session bus `bus`, which may be one that is not
-// connected. A service that is missing, fails, or is silent for `patience` makes a notice undeliverable.
+// connected. A service that is missing, fails, or does not reply within `patience` makes a notice
+// undeliverable.
 class DesktopNotices : public QObject, public platform::Notices {
     Q_OBJECT
 public:
@@ -26,10 +27,10 @@ public:
     void finish() override;
 
 Q_SIGNALS:
-    void handedOver(); // no notice is on its way any more
+    void handedOver(); // no notice is being sent any more
 
 private Q_SLOTS:
-    // The service's signals; a button pressed and a notice closed both begin with the notice's number.
+    // The service's signals; both, button pressed and notice closed, begin with the notice's number.
     void answered(const QDBusMessage& message);
 
 private:
@@ -47,7 +48,7 @@ private:
     const std::chrono::milliseconds m_patience;
     QDBusServiceWatcher m_services;
     std::map<NoticeKey, Ended> m_shown;
-    int m_calls = 0; // that await their answer
+    int m_calls = 0; // that await a reply
 };
 
 } // namespace quorvane::desktop

@@ -19,7 +19,7 @@ constexpr std::array endSignals{SIGTERM, SIGINT, SIGHUP};
 
 volatile std::sig_atomic_t s_handlersEnd = -1;
 
-// Only calls that are safe in a handler. A full pipe drops the byte: it holds requests enough.
+// Only async-signal-safe calls. A full pipe drops the byte: requests are pending already.
 void noteSignal(int /*signal*/)
 {
     const int interrupted = errno;
@@ -41,13 +41,13 @@ void handle(int signal, void (*handler)(int))
 
 } // namespace
 
-// Handlers and not signalfd(2): blocked signals would stay blocked in every program started from here.
+// Handlers and not signalfd(2): blocked signals would stay blocked in every child process.
 EndRequests::EndRequests()
 {
     QCoreApplication::instance()->installEventFilter(this);
     std::array<int, 2> ends{-1, -1};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
-        return; // signals go on ending the program at once
+        return; // signals keep ending the program at once
     m_received = platform::FileDescriptor(ends[0]);
     m_handlersEnd = platform::FileDescriptor(ends[1]);
     auto* notifier = new QSocketNotifier(m_received.get(), QSocketNotifier::Read, this);

@@ -6,11 +6,11 @@
 
 namespace quorvane::desktop {
 
-// Requests from outside that the program end: SIGTERM, SIGINT, SIGHUP, and the end of the desktop session.
+// External requests to end the program: SIGTERM, SIGINT, SIGHUP, and the end of the desktop session.
 //
-// While one exists, the signals no longer end the process by themselves, however many arrive; one that the
-// program was started to ignore, as nohup does, stays ignored. No window is asked to close first, since one
-// may be waiting for an answer. User interface thread only; after QApplication, at most one at a time.
+// While one exists, the signals no longer end the process directly, however many arrive; a signal ignored at
+// start, as nohup does, stays ignored. No window is asked to close first, since one may be waiting for an
+// answer. User interface thread only; after QApplication, at most one at a time.
 class EndRequests : public QObject {
     Q_OBJECT
 public:

@@ -40,7 +40,7 @@ bool FingerprintReader::verify(const std::string& reason)
         return false;
     const bool claimed = isReply(call(QStringLiteral("Claim"), {QString()}), "");
     const bool recognised = claimed && awaitFinger(reason);
-    // Also after a claim that failed: it may have been silent only.
+    // Also after a failed claim: it may have succeeded after the time-out.
     call(QStringLiteral("Release"));
     return recognised;
 }
@@ -103,7 +103,7 @@ void FingerprintReader::verifyStatus(const QDBusMessage& message)
         || status == QStringLiteral("verify-disconnected")
         || status == QStringLiteral("verify-unknown-error"))
         conclude(false);
-    else if (!m_recognised) // not placed well, taken away too soon, and the like
+    else if (!m_recognised) // badly placed, lifted too soon, and the like
         ask(platform::Awaited::fingerAgain);
 }
 
@@ -114,7 +114,7 @@ void FingerprintReader::serviceVanished()
 
 void FingerprintReader::conclude(bool recognised)
 {
-    if (!m_recognised) // the first word counts
+    if (!m_recognised) // the first result counts
         m_recognised = recognised;
     m_wait.quit();
 }

@@ -16,17 +16,19 @@ class QDBusMessage;
 
 namespace quorvane::desktop {
 
-// The fingerprint reader of the machine, by way of fprintd on the system bus `bus`. For one check.
+// The fingerprint reader of the machine, by way of fprintd on the system bus `bus`. For one check. User
+// interface thread only.
 class FingerprintReader : public QObject {
     Q_OBJECT
 public:
-    // `prompt` must outlive it. `patience` is how long the service may take for what no person has to do.
+    // `prompt` must outlive it. `patience` is how long the service may take for steps that do not wait for
+    // the user.
     FingerprintReader(
         QDBusConnection bus, platform::AuthenticationPrompt& prompt, std::chrono::milliseconds patience);
 
     // Whether a finger of this user was recognised. False at once when there is no reader, it is in use, or
-    // no finger is enrolled. Waits for a finger without a time limit, until the person gives up; the reader
-    // is free again in any case.
+    // no finger is enrolled. Waits for a finger without a time limit, until the user cancels; the reader is
+    // released in any case.
     bool verify(const std::string& reason);
 
 private Q_SLOTS:
@@ -44,11 +46,11 @@ private:
     QDBusConnection m_bus;
     platform::AuthenticationPrompt& m_prompt;
     const std::chrono::milliseconds m_patience;
-    QString m_service; // its own name on the bus: another that takes over knows nothing of this check
-    QString m_device; // path of the reader
+    QString m_service; // its unique bus name: a successor process would know nothing of this check
+    QString m_device; // object path of the reader
     std::string m_reason;
     std::optional<bool> m_recognised; // once the check is over
-    bool m_silent = false; // it has left a call unanswered: no more waiting for it
+    bool m_silent = false; // a call timed out: do not wait for the service again
     QEventLoop m_wait;
 };
 

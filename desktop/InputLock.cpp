@@ -42,7 +42,7 @@ bool isInput(const QEvent& event)
     }
 }
 
-// What stands for `target` among the widgets and what belongs to them.
+// The widget, or object belonging to one, that `target` acts for.
 const QObject* ownerOf(const QObject* target)
 {
     for (const QWidget* window : QApplication::topLevelWidgets()) {
@@ -77,7 +77,7 @@ bool InputLock::eventFilter(QObject* target, QEvent* event)
 {
     if (!isInput(*event) || isExempt(target))
         return false;
-    event->ignore(); // a window that was told to close stays
+    event->ignore(); // keeps a window from closing
     return true;
 }
 

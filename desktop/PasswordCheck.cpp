@@ -25,7 +25,7 @@ QDBusMessage callOf(const QString& method)
         name + QStringLiteral(".Authority"), method);
 }
 
-// This process, told apart from a later one with its number by the time of its start.
+// Identifies this process by its start time as well, since its number may be reused.
 QVariant thisProcess()
 {
     QDBusArgument subject;
@@ -72,7 +72,7 @@ bool passwordCheckPassed(
     prompt.withdraw();
     if (answer.type() == QDBusMessage::ReplyMessage)
         return isGranted(answer);
-    // Whoever gave up shall not be left with the dialog.
+    // Closes the dialog when the user cancelled in our prompt.
     QDBusMessage cancel = callOf(QStringLiteral("CancelCheckAuthorization"));
     cancel.setAutoStartService(false);
     bus.send(cancel << cancellation);

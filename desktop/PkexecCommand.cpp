@@ -10,7 +10,7 @@ namespace quorvane::desktop {
 
 namespace {
 
-// What the ended program said of its failure, in one line of bearable length.
+// The error output of the ended program, as one line of limited length.
 std::string outcomeOf(QProcess& program)
 {
     if (program.error() == QProcess::FailedToStart)
@@ -32,15 +32,14 @@ std::string PkexecCommand::run(const std::string& command)
 {
     QProcess program;
     auto environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(
-        QStringLiteral("SHELL")); // pkexec refuses to start under one that /etc/shells does not list
+    environment.remove(QStringLiteral("SHELL")); // pkexec refuses a shell that /etc/shells does not list
     program.setProcessEnvironment(environment);
     program.setStandardInputFile(QProcess::nullDevice());
     program.setStandardOutputFile(QProcess::nullDevice());
     QEventLoop ended;
     QObject::connect(&program, &QProcess::finished, &ended, &QEventLoop::quit);
     QObject::connect(&program, &QProcess::errorOccurred, &ended, [&ended](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) // which finishes nothing
+        if (error == QProcess::FailedToStart) // which emits no finished()
             ended.quit();
     });
     program.start(QStringLiteral("pkexec"),

@@ -4,7 +4,7 @@
 
 namespace quorvane::desktop {
 
-// By pkexec, which is looked for on PATH.
+// Runs commands by pkexec, which is looked up in PATH.
 class PkexecCommand : public platform::PrivilegedCommand {
 public:
     std::string run(const std::string& command) override;

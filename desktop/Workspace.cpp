@@ -24,10 +24,11 @@ namespace quorvane::desktop {
 
 namespace {
 
-// Larger images are for other uses than a table's or an editor's, and serve only where no smaller one does.
+// Larger images are meant for other uses than tables and editors, and are used only when there is no smaller
+// one.
 constexpr int largestIcon = 256;
 
-// While it lives no image that needs more memory is read: a few bytes can stand for a huge picture.
+// Limits the memory for reading an image during its lifetime: a few bytes can decode to a huge picture.
 class ImageMemoryLimit {
 public:
     ImageMemoryLimit() { QImageReader::setAllocationLimit(megabytes); }
@@ -45,8 +46,7 @@ int extentOf(const QImage& image)
     return std::max(image.width(), image.height());
 }
 
-// Every size that the image file holds and the reader understands, smallest first; sizes in JPEG 2000 are not
-// understood.
+// All sizes in the image file that the reader can decode, smallest first; JPEG 2000 cannot be decoded.
 std::vector<QImage> imagesInFile(const std::string& path, const platform::FileRoot& root)
 {
     std::vector<QImage> images;
@@ -57,7 +57,7 @@ std::vector<QImage> imagesInFile(const std::string& path, const platform::FileRo
     const ImageMemoryLimit limit;
     const int count = std::min(QImageReader(&file).imageCount(), 32);
     for (int number = 0; number < count && file.seek(0); ++number) {
-        QImageReader reader(&file); // it tells no size beforehand
+        QImageReader reader(&file); // it does not know the size in advance
         reader.jumpToImage(number);
         if (QImage image = reader.read(); !image.isNull())
             images.push_back(std::move(image));
@@ -67,7 +67,7 @@ std::vector<QImage> imagesInFile(const std::string& path, const platform::FileRo
     return images;
 }
 
-// The sizes up to the first that is large enough.
+// An icon of the sizes up to the first that is large enough.
 QIcon iconFromImageFile(const std::string& path, const platform::FileRoot& root)
 {
     QIcon icon;
@@ -96,7 +96,7 @@ QIcon bundleIcon(const std::string& bundle, const platform::FileRoot& root)
     return iconFromImageFile(contents + "Resources/" + file.toStdString(), root);
 }
 
-// By name only: looking into the file could take as long as its disk wants.
+// By name only: reading the file could block on a slow disk.
 QMimeType typeOf(const std::string& path, const struct stat& status)
 {
     return S_ISDIR(status.st_mode)

@@ -11,7 +11,7 @@
 
 namespace quorvane::desktop {
 
-// What the desktop knows of files. User interface thread only.
+// File icons and the desktop's programs for files. User interface thread only.
 class Workspace {
 public:
     Workspace() = default;
@@ -19,17 +19,17 @@ public:
     Workspace& operator=(const Workspace&) = delete;
     virtual ~Workspace() = default;
 
-    // The icon by which a person knows the file within the root: an application bundle's own, else the
-    // desktop's for the type of the file. A generic one when nothing exists at `path`, nothing better is
-    // known or there is no root. Remembered for the run.
+    // The icon of the file within the root: an application bundle's own, else the desktop's for the type of
+    // the file. A generic one when nothing exists at `path`, nothing better is known or there is no root.
+    // Cached until the program ends.
     QIcon iconForFile(
         const std::string& path, const std::optional<platform::FileRoot>& root = platform::FileRoot());
 
     // Opens the file with the desktop's program for it, without waiting for that program. False when there is
-    // no such file or the desktop has nothing to open it with.
+    // no such file or the desktop has no program for it.
     bool openFile(const std::string& path);
 
-    // Whether the desktop has a program for files of the type, such as "text/html".
+    // Whether the desktop has a program for files of the MIME type, such as "text/html".
     virtual bool hasProgramFor(const std::string& mimeType);
 
 private:
