@@ -7,8 +7,8 @@
 
 namespace quorvane::rules {
 
-// A sequence that only grows. A copy shares all elements and costs next to nothing; it keeps the length it
-// was made with, is never appended to, and may be read on another thread while the original grows.
+// A sequence that only grows. A copy shares all elements and is cheap; it keeps its length, must not be
+// appended to, and may be read on another thread while the original grows.
 template <class Element> class AppendOnlyTable {
 public:
     std::size_t size() const { return m_size; }
@@ -16,12 +16,13 @@ public:
     // Requires number < size().
     const Element& operator[](std::size_t number) const
     {
-        // By data(), which does not read where the chunk ends: that moves when the original grows.
+        // data() does not read the chunk's end pointer, which changes when the original grows on another
+        // thread.
         return m_chunks[number / chunkSize]->data()[number % chunkSize];
     }
 
-    // True when one is a copy of the other, or of what the other was: elements of one number are the same
-    // then.
+    // True when one is a copy of the other or of an earlier state of it: then elements of equal number are
+    // the same.
     bool sharesElementsWith(const AppendOnlyTable& other) const
     {
         return !m_chunks.empty() && !other.m_chunks.empty() && m_chunks.front() == other.m_chunks.front();
@@ -42,9 +43,9 @@ public:
     }
 
 private:
-    static constexpr std::size_t chunkSize = 1024; // a million elements are a thousand counts to copy
-    // With room for all of its elements, which so never move. Only those that are there are made and
-    // destroyed: of many small files, each with a table, that is a third of the time.
+    static constexpr std::size_t chunkSize = 1024; // copying a million elements copies a thousand pointers
+    // Capacity is reserved in full, so that elements never move. They are not constructed in advance: with
+    // many small files, each with a table, that would take a third of the time.
     using Chunk = std::vector<Element>;
 
     static std::shared_ptr<Chunk> newChunk()

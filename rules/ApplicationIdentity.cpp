@@ -35,7 +35,7 @@ std::string joined(std::string_view start, std::string_view rest)
     return text.append(rest);
 }
 
-// The text for the two forms that stand for themselves, `shorten` applied to what they name.
+// The text for the two special forms, with `shorten` applied to the path or name in them.
 template <class Shorten> std::optional<std::string> ownForm(std::string_view head, Shorten shorten)
 {
     if (head.starts_with(ProcessForm::anyVia))

@@ -6,15 +6,15 @@
 #include <string>
 #include <string_view>
 
-// What a rule's process string says about the application. Pure functions.
+// The application that a rule's process string identifies. Pure functions.
 //
-// A process string is an executable path or "any", the head, which a parent part may follow: " via " and the
-// path of the program it was started through, or " via any" at the very end. Two forms stand for themselves:
-// "any ancestor PATH" and "any via NAME", where NAME does not begin with "/".
+// A process string is a head, which is an executable path or "any", optionally followed by a parent part:
+// " via " and the path of the program it was started through, or " via any" at the very end. Two special
+// forms: "any ancestor PATH" and "any via NAME", where NAME does not begin with "/".
 
 namespace quorvane::rules {
 
-// How process strings begin that are about more than one program.
+// The beginnings of process strings that match more than one program.
 namespace ProcessForm {
 inline constexpr std::string_view any = "any";
 inline constexpr std::string_view anyVia = "any via ";
@@ -25,25 +25,25 @@ inline constexpr std::string_view anyAncestor = "any ancestor ";
 std::string applicationNameForProcess(const NullableText& process);
 
 // The key under which policy rules are stored and banded: "name:head:parent:constraint", in which a missing
-// parent is "(null)"; the two forms that stand for themselves make a key without parent and constraint.
+// parent is "(null)"; the special forms make a key without parent and constraint.
 std::string applicationGroupIdentityForProcess(const NullableText& process, const NullableText& constraint);
 
 // The head: the text before the parent part.
 std::string applicationHeadForProcess(const NullableText& process);
 
-// The head, cut before " (-" where it holds one.
+// The head, cut before " (-" if present.
 std::string applicationPathForProcess(const NullableText& process);
 
-// A path, or "any"; none when the string has no parent part.
+// The parent: a path, or "any"; none when the string has no parent part.
 std::optional<std::string> applicationParentPathForProcess(const NullableText& process);
 
 // The parent's last path component.
 std::optional<std::string> applicationParentNameForProcess(const NullableText& process);
 
-// The outermost ".app" bundle in the head, which is the one the user knows; the head when it holds none.
+// The outermost ".app" bundle in the head, which is the one the user knows; the head when it contains none.
 std::string applicationBundlePathForPath(const NullableText& process);
 
-// The same of a rule of either kind; for the thread that owns the rule.
+// The same for a rule of either kind; call them on the thread that owns the rule.
 
 template <class Rule> std::string applicationNameForRule(const Rule& rule)
 {

@@ -7,8 +7,8 @@ namespace quorvane::rules {
 
 std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
 {
-    std::vector<std::size_t> ends; // by length less 1: where the subsequence with the lowest end ends
-    std::vector<std::size_t> before(numbers.size()); // in the subsequence that ends here
+    std::vector<std::size_t> ends; // by length less 1: the end of the subsequence with the lowest last number
+    std::vector<std::size_t> before(numbers.size()); // the predecessor in the subsequence that ends here
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         const auto place = std::lower_bound(ends.begin(), ends.end(), numbers[i],
             [&](std::size_t end, std::uint32_t number) { return numbers[end] < number; });

@@ -5,8 +5,8 @@
 
 namespace quorvane::rules {
 
-// By place: which of `numbers` are no part of a longest ascending subsequence. What has to move, and what to
-// stay, to put them in order with the fewest moves. Time in proportion to n log n.
+// By position: true for each of `numbers` outside one longest ascending subsequence. Moving exactly these
+// sorts the sequence with the fewest moves. Takes O(n log n) time. Pure.
 std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers);
 
 } // namespace quorvane::rules

@@ -8,11 +8,12 @@
 
 namespace quorvane::rules {
 
-// Says of most hashes that were never added that they were not, from one bit of memory. Without it asking for
-// redundancy takes 1.8 to 2.2 times as long: most beginnings of a path are nobody's.
+// A Bloom filter with one hash function: rejects most hashes that were never added by testing a single bit.
+// Without it a redundancy query takes 1.8 to 2.2 times as long, since most prefixes of a path belong to no
+// rule. One thread at a time.
 class BloomFilter {
 public:
-    // Room for that many hashes; forgets those added.
+    // Clears it and makes room for that many hashes.
     void reset(std::size_t hashes)
     {
         constexpr std::size_t bitsPerHash = 16;
@@ -20,11 +21,11 @@ public:
         m_room = std::bit_ceil(std::max(hashes * bitsPerHash, fewestBits)) / bitsPerHash;
         m_words.assign(m_room * bitsPerHash / wordBits, 0);
     }
-    // How many hashes it is made for; more make it answer less well.
+    // The number of hashes it is sized for; more raise the rate of false positives.
     std::size_t room() const { return m_room; }
 
     void add(std::uint64_t hash) { m_words[bitOf(hash) / wordBits] |= maskOf(hash); }
-    // False for a hash that was never added, save for one in sixteen.
+    // True for every hash that was added, and for about one in sixteen of the others.
     bool mayHold(std::uint64_t hash) const
     {
         return !m_words.empty() && (m_words[bitOf(hash) / wordBits] & maskOf(hash)) != 0;
@@ -32,11 +33,11 @@ public:
 
 private:
     static constexpr std::size_t wordBits = 64;
-    // The high half: the low one chooses chains.
+    // The high half, since the low one selects the chain.
     std::size_t bitOf(std::uint64_t hash) const { return (hash >> 32U) & (m_words.size() * wordBits - 1); }
     std::uint64_t maskOf(std::uint64_t hash) const { return std::uint64_t{1} << bitOf(hash) % wordBits; }
 
-    std::vector<std::uint64_t> m_words; // a power of two
+    std::vector<std::uint64_t> m_words; // as many as a power of two
     std::size_t m_room = 0;
 };
 

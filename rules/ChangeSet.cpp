@@ -5,7 +5,7 @@
 
 namespace quorvane::rules {
 
-// Everything backwards: what went first, from where it then stood, comes back last.
+// In reverse order: each removal recorded the position at its time, so the first one is undone last.
 ChangeSet ChangeSet::inverted() const
 {
     ChangeSet inverse;

@@ -8,27 +8,27 @@
 
 namespace quorvane::rules {
 
-// A change of the store as a value: what goes, what changes where it stands, what comes; applied in this
-// order. Rules are named by their records, so the same record may stand in `removed` and in `added`: an
-// edited rule goes and comes back with another value.
+// A change of the store as a value: removals, changes in place and additions, applied in this order. Rules
+// are identified by their records, so the same record may be in `removed` and in `added`: an edited rule is
+// removed and added again with another value. For the thread that owns the store.
 struct ChangeSet {
-    // Where a rule stands among the rules of its application group, or among the watch rules.
+    // A rule's position among the rules of its application group, or among the watch rules.
     struct Place {
         enum Kind { end, start, behind };
         Kind kind = end;
-        std::optional<RuleRef> rule{}; // of `behind`: the stored rule that it follows; else the end
+        std::optional<RuleRef> rule{}; // for `behind`: the stored rule that it follows; without one, the end
     };
     struct Addition {
-        RuleRef rule; // the very record that is stored from then on
-        RuleValue value; // which it then has; of the record's kind
+        RuleRef rule; // this record is stored, not a copy
+        RuleValue value; // its new value; of the record's kind
         Place place{};
     };
     struct Removal {
         RuleRef rule;
-        Place place{}; // where it stood; filled in by RuleManager::apply(), as is the value that it had
+        Place place{}; // its position; filled in by RuleManager::apply(), as is its value
         RuleValue value{};
     };
-    // The record stays stored where it is.
+    // The record keeps its position.
     struct Change {
         RuleRef rule;
         RuleValue before; // filled in by RuleManager::apply()
@@ -41,7 +41,7 @@ struct ChangeSet {
 
     bool isEmpty() const { return removed.empty() && changed.empty() && added.empty(); }
 
-    // What takes this change back. Only of what RuleManager::apply() answered.
+    // The change that reverts this one. Only for a change returned by RuleManager::apply().
     ChangeSet inverted() const;
 };
 

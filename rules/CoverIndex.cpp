@@ -10,7 +10,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// The hash of a beginning of a path, which grows by a byte at a time and mixes eight of them at once.
+// The hash of a path prefix, extended byte by byte; eight bytes are mixed at a time.
 class PrefixHash {
 public:
     explicit PrefixHash(const PolicyRuleFields& rule)
@@ -33,7 +33,7 @@ private:
     std::uint64_t m_length = 0;
 };
 
-// Wildcards stand under the empty path.
+// Wildcards are indexed under the empty path.
 std::uint64_t hashOfCoveringPath(const PolicyRuleFields& rule)
 {
     PrefixHash hash(rule);
@@ -50,7 +50,7 @@ bool canCover(const PolicyRuleFields& rule)
         && (isEveryPath(rule.path) || (rule.policyType == PolicyType::prefix && !rule.path.isNull()));
 }
 
-// True when both cover the same rules. Both must be able to cover.
+// True when both cover the same rules. Requires two rules that can cover.
 bool coverAlike(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
     const bool samePaths = isEveryPath(a.path) ? isEveryPath(b.path) : equalNonNull(a.path, b.path);
@@ -132,7 +132,7 @@ void CoverIndex::add(std::size_t slot, const PolicyRuleFields& rule)
     }
 }
 
-// The entry whose rules cover the same as `rule`; none when there is none.
+// The entry whose rules cover the same as `rule`; `none` if absent.
 std::uint32_t CoverIndex::entryOfAlike(std::uint64_t hash, const PolicyRuleFields& rule)
 {
     if (!m_filter.mayHold(hash))

@@ -16,18 +16,19 @@ namespace quorvane::rules {
 
 // Merges the rules of a fail-safe file while it is read: rules on files of one folder, in one application
 // group, become one rule on the folder, whatever their classes, and a rule that differs from an earlier one
-// in its path only is dropped. Rules on resources, whose paths begin with ":", are left alone.
+// only in its path is dropped. Rules on resources, whose paths begin with ":", are not merged.
 //
-// Lives for the reading of one file, during which nobody else changes the rules.
+// Use one object per file read, during which nothing else may change the rules. For the thread that owns the
+// store.
 class FailSafeMerge {
 public:
-    // True when a rule of `group` stands for `rule`, so that `rule` must not be stored. May set the path of
-    // both.
+    // True when a rule of `group` already represents `rule`, so that `rule` must not be stored. May set the
+    // path of both.
     bool absorbs(PolicyRule& rule, const PolicyGroup& group);
 
 private:
-    // The slots of rules in one folder, so kept that finding the first rule on another path than two given
-    // ones looks at three paths at most, however many rules there are on one.
+    // The slots of rules in one folder, organized so that finding the first rule on a path other than two
+    // given ones inspects at most three paths, however many rules share a path.
     class FolderSlots {
     public:
         void insert(std::string_view path, std::uint32_t slot);
@@ -39,7 +40,7 @@ private:
         std::set<std::pair<std::uint32_t, std::string_view>> m_firsts; // the first slot of each path
     };
 
-    // The rules of one group under what the merge asks for.
+    // The rules of one group, indexed for the lookups of the merge.
     struct GroupIndex {
         SlotChains byIdentity;
         SlotChains byAllButPath;

@@ -12,7 +12,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// By rule: the first of the lines with it; none when there is none.
+// By rule: the first line with it; `none` when there is none.
 std::vector<std::uint32_t> firstLines(const LineCatalogue& catalogue, const std::vector<std::uint32_t>& lines)
 {
     std::vector<std::uint32_t> first(catalogue.ruleCount(), LineCatalogue::none);

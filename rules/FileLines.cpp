@@ -71,7 +71,7 @@ std::optional<RuleValue> RuleReader::ruleOf(std::string_view line)
     return counts ? std::move(rule) : std::nullopt;
 }
 
-// What a line was read as, without the rule itself.
+// The result of parsing a line, without the rule itself.
 struct LineCatalogue::ReadLine {
     bool isRule = false;
     bool isWatchRule = false;
@@ -83,7 +83,8 @@ std::vector<std::uint32_t> LineCatalogue::numbersOf(const std::vector<FileLine>&
     const std::size_t first = m_entries.size();
     std::vector<std::uint32_t> numbers;
     numbers.reserve(lines.size());
-    // Files that are compared have most lines in common, in the same order.
+    // Compared files have most lines in common, in the same order: the next known line is usually the right
+    // one.
     std::uint32_t guess = 0;
     for (const FileLine& line : lines) {
         numbers.push_back(numberOf(line.text, guess));
@@ -113,12 +114,12 @@ std::uint32_t LineCatalogue::numberOf(std::string_view line, std::uint32_t guess
     return static_cast<std::uint32_t>(m_entries.size() - 1);
 }
 
-// The lines from number `first` on, in stretches of which each thread reads one.
+// Parses the lines from number `first` on, one chunk per thread.
 std::vector<LineCatalogue::ReadLine> LineCatalogue::readFrom(std::size_t first) const
 {
-    constexpr std::size_t leastStretch = 4096; // lines; fewer are not worth a thread
+    constexpr std::size_t leastChunk = 4096; // lines; a smaller chunk is not worth a thread
     std::vector<ReadLine> read(m_entries.size() - first);
-    const auto readStretch = [this, first, &read](std::size_t begin, std::size_t end) {
+    const auto readChunk = [this, first, &read](std::size_t begin, std::size_t end) {
         RuleReader reader(m_lines);
         for (std::size_t i = begin; i < end; ++i) {
             if (const auto rule = reader.ruleOf(m_entries[first + i].text))
@@ -126,13 +127,13 @@ std::vector<LineCatalogue::ReadLine> LineCatalogue::readFrom(std::size_t first) 
         }
     };
     const std::size_t threads = std::max(std::thread::hardware_concurrency(), 1U);
-    const std::size_t stretch = std::max(read.size() / threads + 1, leastStretch);
-    // Where no thread can be had, the library's choice falls back on this one.
+    const std::size_t chunk = std::max(read.size() / threads + 1, leastChunk);
+    // std::async falls back to the calling thread when no thread can be created.
     std::vector<std::future<void>> others;
-    for (std::size_t begin = stretch; begin < read.size(); begin += stretch)
-        others.push_back(std::async(std::launch::async | std::launch::deferred, readStretch, begin,
-            std::min(begin + stretch, read.size())));
-    readStretch(0, std::min(stretch, read.size()));
+    for (std::size_t begin = chunk; begin < read.size(); begin += chunk)
+        others.push_back(std::async(std::launch::async | std::launch::deferred, readChunk, begin,
+            std::min(begin + chunk, read.size())));
+    readChunk(0, std::min(chunk, read.size()));
     for (std::future<void>& other : others)
         other.get();
     return read;

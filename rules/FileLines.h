@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-// The lines of a rules file as a person sees them, for who changes some of them and keeps the others.
+// The lines of a rules file as an editor shows them, for code that changes some of them and keeps the others.
 
 namespace quorvane::rules {
 
@@ -19,24 +19,24 @@ struct FileLine {
     std::string_view end; // empty where the file ends without one
 };
 
-// Of UTF-8 text without NUL. CR LF is one line end, and nothing stands behind the last one. The views point
+// For UTF-8 text without NUL. CR LF is one line end, and no empty line follows the last one. The views point
 // into the text.
 std::vector<FileLine> fileLines(std::string_view text);
 
 // Which lines count as rules.
 enum class RuleLines {
     all, // what a store reads from a user's file as a rule
-    // The same but for options, joined lines, and lines without known class, type and operations, which are
-    // somebody's text more likely than a rule.
+    // The same, except options, joined lines, and lines without known class, type and operations, which are
+    // more likely text than a rule.
     usable,
 };
 
-// Reads lines one by one. Not for two threads at once.
+// Reads lines one by one. One thread at a time.
 class RuleReader {
 public:
     explicit RuleReader(RuleLines lines = RuleLines::usable);
 
-    // The rule that a line is; none when it is no rule.
+    // The rule on a line; none when the line is not a rule.
     std::optional<RuleValue> ruleOf(std::string_view line);
 
 private:
@@ -44,9 +44,9 @@ private:
     RulesParser m_parser;
 };
 
-// Numbers the different lines of several files, from 0, and the different rules on them. The lines must
-// outlive it; the rules are read anew when they are asked for, since a million of them would take more memory
-// than their lines.
+// Numbers the distinct lines of several files, from 0, and the distinct rules on them. The lines must outlive
+// it; rules are parsed again on request, since a million of them would take more memory than their lines. One
+// thread at a time.
 class LineCatalogue {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
@@ -57,17 +57,17 @@ public:
     {
     }
 
-    // The numbers of a file's lines. New lines are read on several threads, which have ended when the call
+    // The numbers of a file's lines. New lines are parsed on several threads, which have ended when the call
     // returns.
     std::vector<std::uint32_t> numbersOf(const std::vector<FileLine>& lines);
 
-    // How many lines there are.
+    // The number of distinct lines.
     std::size_t size() const { return m_entries.size(); }
-    // The number of the rule on that line, the same for equal rules; `none` where there is no rule.
+    // The number of the rule on that line, the same for equal rules; `none` when it has no rule.
     std::uint32_t ruleNumber(std::uint32_t line) const { return m_entries[line].rule; }
     std::size_t ruleCount() const { return m_rules.size(); }
     bool isWatchRule(std::uint32_t rule) const { return m_rules[rule].isWatchRule; }
-    // The rule of a line that has one.
+    // Requires a line that has a rule.
     RuleValue ruleOf(std::uint32_t line) { return *m_reader.ruleOf(m_entries[line].text); }
 
 private:

@@ -13,10 +13,10 @@
 #include <optional>
 #include <utility>
 
-// Every line of the three files belongs to an entry: equal rules to the same one wherever they stand, a text
-// to that of the line which it still is, or which it has replaced. An entry is in the result or not by the
-// files that it has lines in. The result is a chain of entries: first those of ours, in their order, into
-// which those of theirs are hung one after the other.
+// Every line of the three files belongs to an entry: equal rules to the same one wherever they are, a text to
+// the entry of the line that it equals or has replaced. Which files have a line of an entry decides whether
+// it is in the result. The result is a linked list of entries: first those of ours, in their order, into
+// which those of theirs are inserted one by one.
 
 namespace quorvane::rules {
 
@@ -26,11 +26,11 @@ constexpr std::uint32_t none = LineCatalogue::none;
 
 enum Side : std::size_t { base, ours, theirs, sides };
 
-// What stands for one line in each file: its place there.
+// One line across the files: its position in each.
 struct Entry {
     std::array<std::uint32_t, sides> at{none, none, none};
     bool isRule = false;
-    bool isRepeated = false; // a rule that stands in the file before
+    bool isRepeated = false; // a rule that occurred earlier in the file
 
     bool isIn(Side side) const { return at[side] != none; }
 };
@@ -38,10 +38,10 @@ struct Entry {
 struct File {
     std::vector<FileLine> lines;
     Sequence numbers; // by line: of its text
-    Sequence entries; // by line; none as long as it is not known
+    Sequence entries; // by line; none while unknown
 };
 
-// Finds out which lines are the same one.
+// Determines which lines of the files correspond.
 class Alignment {
 public:
     Alignment(LineCatalogue& catalogue, std::array<File, sides>& files)
@@ -90,7 +90,7 @@ private:
         }
     }
 
-    // Gives each text that has none yet an entry of its own.
+    // Gives each text without an entry a new one.
     void enterTexts(Side side)
     {
         for (std::size_t line = 0; line < m_files[side].lines.size(); ++line) {
@@ -107,7 +107,7 @@ private:
         m_entries[entry].at[side] = static_cast<std::uint32_t>(line);
     }
 
-    // By text: the line of `side` where it stands when it stands once, no rule and not empty.
+    // By text: its line in `side` if it occurs there exactly once, is not a rule and not empty.
     std::vector<std::uint32_t> singleTexts(Side side) const
     {
         constexpr std::uint32_t several = none - 1;
@@ -122,7 +122,7 @@ private:
         return places;
     }
 
-    // A text that stands once in both is the same line wherever it has moved.
+    // A text that occurs once in both is the same line wherever it has moved.
     void matchSingleTexts(Side side)
     {
         const std::vector<std::uint32_t> inBase = singleTexts(base);
@@ -133,7 +133,7 @@ private:
         }
     }
 
-    // What a line of `side` is compared by with those of `other`: its entry where that is in both.
+    // The keys by which lines of `side` are compared with those of `other`: entries that are in both.
     Sequence comparedBy(Side side, Side other) const
     {
         const File& file = m_files[side];
@@ -149,8 +149,8 @@ private:
         return elements;
     }
 
-    // Texts of `side` that stand where an equal one of `reference` stands join its entry; between such
-    // places, texts that base has lost and texts that have come there are taken for changed ones.
+    // Texts of `side` that align with an equal one of `reference` join its entry; between such positions,
+    // texts missing from base and texts added there are taken for changed ones.
     void matchTexts(Side reference, Side side)
     {
         if (!hasUnmatchedText(side))
@@ -175,7 +175,7 @@ private:
         return std::find(entries.begin(), entries.end(), none) != entries.end();
     }
 
-    // The first text that is gone has become the first that is new, and so on. An empty line becomes nothing.
+    // The first removed text is paired with the first added one, and so on. Empty lines are not paired.
     void matchChangedTexts(Side side, PlacePair inBase, PlacePair inSide)
     {
         std::uint32_t line = inSide.first;
@@ -248,7 +248,7 @@ private:
         return numberOf(entry, a) == numberOf(entry, b);
     }
 
-    // --- What is in the result, in which order
+    // --- The contents of the result and their order
 
     static Side onlySide(const Entry& entry) { return entry.isIn(ours) ? ours : theirs; }
 
@@ -267,7 +267,7 @@ private:
         return !entry.isRule || !hasSameTag(ruleOf(entry, base), ruleOf(entry, side));
     }
 
-    // Two more links: where the chain starts, and where theirs starts as long as it is not in the chain.
+    // Two more links: the start of the list, and the start of theirs while it is not in the list.
     std::uint32_t chainStart() const { return static_cast<std::uint32_t>(m_entries.size()); }
     std::uint32_t theirsStart() const { return chainStart() + 1; }
 
@@ -296,8 +296,7 @@ private:
         }
     }
 
-    // The last of the texts that ours has added directly behind an entry; the entry itself where there are
-    // none.
+    // The last of the texts that ours has added directly behind an entry; the entry itself if there are none.
     std::uint32_t behindTextsOfOurs(std::uint32_t number) const
     {
         const auto isTextOfOurs
@@ -343,7 +342,7 @@ private:
 
     // --- The lines
 
-    // What an added line ends with: as the file's first line does.
+    // The line end of an added line: that of the file's first line.
     std::string_view usualLineEnd() const
     {
         for (const Side side : {ours, base}) {
@@ -389,7 +388,7 @@ private:
         return isUnchanged ? theirs : ours;
     }
 
-    // Whose line stands in the result as it is; none when a rule is to be merged.
+    // The side whose line is copied to the result; none when a rule is to be merged.
     std::optional<Side> textComesFrom(const Entry& entry)
     {
         if (hasSameText(entry, ours, theirs))
@@ -433,7 +432,7 @@ private:
     LineCatalogue m_catalogue{RuleLines::usable};
     std::array<File, sides> m_files;
     std::vector<Entry> m_entries;
-    std::vector<std::uint32_t> m_next; // by entry: the next one of the chain
+    std::vector<std::uint32_t> m_next; // by entry: the next one of the list
     std::string_view m_lineEnd;
     bool m_lacksLineEnd = false; // the last line of the result, so far
     FileMergeResult m_result;

@@ -7,24 +7,24 @@
 #include <variant>
 #include <vector>
 
-// Brings together what two sides did to the same rules file, line by line: a rule merges as RulesMerge.h
-// says, everything else as text, and what nobody changed keeps its bytes.
+// Three-way merge of a rules file, line by line: rules merge as RulesMerge.h says, everything else merges as
+// text, and unchanged lines keep their bytes.
 //
-// - A line that one side alone has changed or re-spelt is that side's. Where both have, a rule is written
-//   anew, whole, with tag and creation time merged one by one; of a text ours stays.
-// - A line that one side removed goes, unless the other has changed the text or the tag.
-// - The order is ours. What theirs adds stands immediately behind the line before it in theirs that is in the
-//   result. Where there is none, a text stands at the top, and a rule at the end of its kind: with no rule
-//   of that kind, a watch rule at the top and any other at the bottom. Of texts that both add in one place,
-//   ours are first.
-// - A line keeps its line end, as one that is written anew does; lines that come have the first line end of
+// - A line that only one side changed or respelled is taken from it. When both did, a rule is rewritten
+//   completely, with tag and creation time merged separately; of a text ours is kept.
+// - A line that one side removed is removed, unless the other has changed the text or the tag.
+// - The order is ours. A line that theirs adds is placed directly behind the nearest line before it in theirs
+//   that is in the result. If there is none, a text goes to the top, and a rule to the end of its kind: with
+//   no rule of that kind, a watch rule goes to the top and any other to the bottom. Of texts that both add in
+//   one place, ours are first.
+// - A line keeps its line end, even when rewritten; added lines get the first line end of
 //   ours, else of base, else LF.
-// - Of a rule that stands more than once the first line decides: of others only how many there are merges,
-//   the last ones go first.
+// - Of a repeated rule only the first line is merged: for the others only their number is merged, and
+//   the last ones are removed first.
 
 namespace quorvane::rules {
 
-// Where both sides changed something that is no rule.
+// A conflict in a line that is not a rule.
 struct TextConflict {
     enum Kind {
         changedOnBothSides, // other: the line of theirs
@@ -42,8 +42,8 @@ struct FileMergeResult {
     std::vector<FileConflict> conflicts; // in the order of the result
 };
 
-// Of UTF-8 texts without NUL. Pure, from any thread; throws std::bad_alloc alone. Memory in proportion to the
-// texts, and so is time, but for a logarithm where lines have moved.
+// For UTF-8 texts without NUL. Pure, any thread; throws only std::bad_alloc. Linear memory and time, with a
+// logarithmic factor where lines have moved.
 FileMergeResult mergeFiles(std::string_view base, std::string_view ours, std::string_view theirs);
 
 } // namespace quorvane::rules

@@ -13,18 +13,19 @@
 
 namespace quorvane::rules {
 
-// The options of a configuration: those of the preferences, and those that rules files set. One thread.
+// The options of a configuration: those of the preferences, and those set by rules files. One thread at a
+// time.
 class FilterOptions {
 public:
-    // What the preferences hold; none when they cannot be read. Options that were loaded stay as they are.
+    // Sets the preferences to load from; none when they cannot be read. Options already loaded are unchanged.
     void setPreferences(std::optional<platform::PropertyList> preferences)
     {
         m_preferences = std::move(preferences);
     }
 
-    // Appends every option of the preferences; nothing without them.
+    // Appends every option of the preferences; does nothing without preferences.
     void loadAll();
-    // Appends one of them; 0 without them, and where they lack it.
+    // Appends one option of the preferences, with value 0 when it or the preferences are missing.
     void loadAsBool(const std::string& name);
     void loadAsInteger(const std::string& name);
 
@@ -35,10 +36,10 @@ public:
     std::uint32_t value(std::string_view name) const;
     const std::vector<FilterOption>& all() const { return m_options; }
 
-    // True when the preferences ask for the paranoid system file in place of the main one.
+    // True when the preferences ask for the paranoid system file instead of the main one.
     bool areParanoid() const;
 
-    // A rules file of the system that an option may leave out.
+    // A system rules file that an option can exclude.
     struct OptionalSystemFile {
         const char* option;
         const char* name;

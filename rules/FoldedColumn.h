@@ -10,11 +10,11 @@
 
 namespace quorvane::rules {
 
-// One text of every rule by number, folded for search once and laid end to end, so that a search is one scan
-// of memory. Neighbours with the same text share it.
+// One text of every rule by number, folded for search once and stored contiguously, so that a search is one
+// scan of memory. Adjacent rules with the same text share it. For the thread that owns the store.
 class FoldedColumn {
 public:
-    // Makes room in advance.
+    // Reserves memory.
     void reserve(std::size_t rules, std::size_t bytes);
 
     // Adds the text of the next rule.
@@ -31,7 +31,7 @@ private:
     };
     std::string m_keys; // each followed by a byte that no UTF-8 text holds
     std::vector<Text> m_texts;
-    NullableText m_last; // as given
+    NullableText m_last; // unfolded
     std::uint32_t m_rules = 0;
 };
 

@@ -12,7 +12,7 @@ namespace detail {
 
 std::array<std::uint64_t, 3> drawnHashSecret()
 {
-    static const int somewhere = 0; // where it lies is drawn by the system, too
+    static const int somewhere = 0; // its address is randomized by the system
     std::mt19937_64 words(
         static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count())
         ^ reinterpret_cast<std::uintptr_t>(&somewhere));
@@ -21,7 +21,7 @@ std::array<std::uint64_t, 3> drawnHashSecret()
         std::random_device device;
         random = std::uint64_t{device()} << 32U | device();
     } catch (const std::exception&) {
-        // No source of randomness: clock and address have to do.
+        // Without a source of randomness, clock and address must suffice.
     }
     const auto word = [&] { return (words() ^ random) | 1U; };
     return {word(), word(), word()};
@@ -29,7 +29,7 @@ std::array<std::uint64_t, 3> drawnHashSecret()
 
 } // namespace detail
 
-// Sixteen bytes a step, each mixed with the secret.
+// Sixteen bytes per step, each half mixed with the secret.
 std::uint64_t combinedHash(std::uint64_t hash, std::string_view text)
 {
     const auto& secret = detail::hashSecret;

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-// Hashes for tables in memory. They depend on a secret that is drawn once per process, so that nobody can
-// make a rules file whose rules all collide. Never to be stored.
+// Hashes for tables in memory. They depend on a random secret per process, so that no rules file can be
+// crafted whose rules all collide. Never store them. Any thread.
 
 namespace quorvane::rules {
 
@@ -15,7 +15,8 @@ namespace detail {
 std::array<std::uint64_t, 3> drawnHashSecret();
 inline const std::array<std::uint64_t, 3> hashSecret = drawnHashSecret();
 
-// Both halves of the 128-bit product, folded: every bit of the result depends on every bit of both factors.
+// The halves of the 128-bit product, combined by exclusive or: every bit of the result depends on every bit
+// of both factors.
 inline std::uint64_t foldedProduct(std::uint64_t a, std::uint64_t b)
 {
     __extension__ using Wide = unsigned __int128;

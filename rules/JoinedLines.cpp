@@ -10,12 +10,12 @@
 #include <array>
 #include <optional>
 
-// How a line is taken apart:
+// How a line is split:
 //
-// A further rule shows by known words for class and type in front of a quote. So the fields of a rule are
-// passed from quote to quote, and each time the words in front are looked at. Outside quotes they are a
-// further rule. Inside quotes they can also be the end of a field's own text ("… deny path "): they are that
-// when the rest of the line goes on as the writer would have written it.
+// A further rule is recognized by known words for class and type before a quote. So the scan goes from quote
+// to quote through the fields of a rule and checks the words before each. Outside quotes they begin a further
+// rule. Inside quotes they can also be the end of a field's own text ("… deny path "): they are if the rest
+// of the line continues as the writer would have written it.
 
 namespace quorvane::rules {
 
@@ -26,9 +26,9 @@ constexpr auto npos = std::string_view::npos;
 constexpr std::array<std::string_view, 3> knownClasses{"allow", "deny", "watch"};
 constexpr std::array<std::string_view, 3> knownTypes{"prefix", "path", "suffix"};
 constexpr std::string_view watchClass = "watch";
-constexpr std::string_view unknownWord = "err"; // as the writer names class and type that it does not know
+constexpr std::string_view unknownWord = "err"; // what the writer writes for an unknown class or type
 
-// The fields behind the type, in the order of the line; a watch rule has the first four.
+// The fields after the type, in the order of the line; a watch rule has the first four.
 enum Field : std::size_t { path, process, operations, tag, constraint, created, fieldCount };
 constexpr std::size_t watchFieldCount = tag + 1;
 
@@ -47,7 +47,7 @@ template <class Words> bool isOneOf(const Words& words, std::string_view word)
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// The length of the word of `words` that `text` ends in; 0 for none.
+// The length of the word of `words` that `text` ends with; 0 for none.
 template <class Words> std::size_t lengthOfLastWord(const Words& words, std::string_view text)
 {
     const auto found
@@ -55,7 +55,7 @@ template <class Words> std::size_t lengthOfLastWord(const Words& words, std::str
     return found == words.end() ? 0 : found->size();
 }
 
-// What remains of `text` in front of one of `words` and the blanks behind it, at least one.
+// The part of `text` before a final word of `words` and at least one blank; none without them.
 template <class Words>
 std::optional<std::string_view> beforeLastWord(const Words& words, std::string_view text)
 {
@@ -66,7 +66,8 @@ std::optional<std::string_view> beforeLastWord(const Words& words, std::string_v
     return text.substr(0, end - length);
 }
 
-// Where the further rule begins whose path the quote at `quote` opens, not before `from`; npos for none.
+// Where the further rule begins whose path starts with the quote at `quote`, not before `from`; npos for
+// none.
 std::size_t furtherRuleBefore(std::string_view line, std::size_t from, std::size_t quote)
 {
     const auto upToType = beforeLastWord(knownTypes, line.substr(from, quote - from));
@@ -74,7 +75,7 @@ std::size_t furtherRuleBefore(std::string_view line, std::size_t from, std::size
     return upToClass ? from + upToClass->size() : npos;
 }
 
-// What a rule begins with.
+// The beginning of a rule.
 struct Head {
     std::string_view policyClass;
     std::string_view policyType;
@@ -83,7 +84,7 @@ struct Head {
     std::size_t fields() const { return policyClass == watchClass ? watchFieldCount : fieldCount; }
 };
 
-// The head at `at`, also one with a class or type that the writer does not know.
+// The head at `at`; its class or type may be unknown to the writer.
 std::optional<Head> headAt(std::string_view line, std::size_t at)
 {
     const std::size_t classEnd = endOfWord(line, at);
@@ -96,7 +97,7 @@ std::optional<Head> headAt(std::string_view line, std::size_t at)
     return known ? std::optional(head) : std::nullopt;
 }
 
-// Where a further rule begins directly at `at` or behind blanks; npos for none.
+// Where a further rule begins at `at` or after blanks; npos for none.
 std::size_t furtherRuleBehind(std::string_view line, std::size_t at)
 {
     const std::size_t begin = skipBlanks(line, at);
@@ -106,13 +107,13 @@ std::size_t furtherRuleBehind(std::string_view line, std::size_t at)
     return isThere ? begin : npos;
 }
 
-// True when behind the closing quote of field `field` the line goes on exactly as the writer writes it, to
+// True when after the closing quote of field `field` the line continues exactly as the writer writes it, to
 // its end or to a further rule.
 bool continuesAsWritten(std::string_view line, std::size_t at, std::size_t field, std::size_t fields)
 {
     while (++field < fields) {
         if (at == line.size())
-            return field > tag; // what follows the tag may be left out
+            return field > tag; // fields after the tag are optional
         if (line[at++] != ' ')
             return false;
         if (field == operations) {
@@ -135,7 +136,7 @@ std::size_t countWords(std::string_view text)
     return words;
 }
 
-// Where the rule begins that is joined to the one that begins at `begin`; npos for none.
+// Where the rule joined to the one at `begin` begins; npos for none.
 std::size_t nextJoin(std::string_view line, std::size_t begin, const Head& head)
 {
     const std::size_t fields = head.fields();
@@ -146,7 +147,7 @@ std::size_t nextJoin(std::string_view line, std::size_t begin, const Head& head)
             return npos;
         const std::size_t outside = furtherRuleBefore(line, at, open);
         field += countWords(line.substr(at, std::min(outside, open) - at));
-        if (outside != npos) // words behind the last field mean nothing, whatever follows them
+        if (outside != npos) // words after the last field are ignored, whatever follows them
             return field > path && field <= fields ? outside : npos;
         if (field >= fields)
             return npos;
@@ -161,13 +162,13 @@ std::size_t nextJoin(std::string_view line, std::size_t begin, const Head& head)
     return furtherRuleBehind(line, at);
 }
 
-// What is left of the text of a field.
+// The text of a field as far as it has survived.
 struct FieldText {
     std::string_view text;
     bool isWhole = false;
 };
 
-// `text` without the beginning of a letter at its end.
+// `text` without an incomplete character at its end.
 std::string_view withoutCutLetter(std::string_view text)
 {
     constexpr std::size_t longestBeginning = 3;
@@ -182,15 +183,15 @@ std::string_view withoutCutLetter(std::string_view text)
     return text;
 }
 
-// What a cut leaves of a text. A blank at its end goes too: the format could not hold it there.
+// The usable part of a cut text. Trailing blanks are dropped, since the format cannot represent them.
 std::string_view keptOfCut(std::string_view text)
 {
     const std::string_view letters = withoutCutLetter(text);
     return letters.substr(0, letters.find_last_not_of(' ') + 1);
 }
 
-// The fields of a rule behind its head, at most `most`; only the last can be cut. Without `isEndKnown` a
-// field without quotes that ends the text may go on.
+// The fields of a rule after its head, at most `most`; only the last can be cut. Unless `isEndKnown`, an
+// unquoted field at the end of the text may be incomplete.
 std::vector<FieldText> fieldTexts(std::string_view rest, std::size_t most, bool isEndKnown)
 {
     std::vector<FieldText> fields;
@@ -222,7 +223,7 @@ struct RuleText {
     }
 
     std::size_t wholeFields() const { return fields.back().isWhole ? fields.size() : fields.size() - 1; }
-    // From this field on the text is cut. What a person has left out in front of a line end is not.
+    // From this field on the text is cut. Optional fields omitted before a line end are not.
     std::size_t firstCut() const
     {
         return isEndKnown && fields.back().isWhole ? head.fields() : wholeFields();
@@ -271,7 +272,7 @@ std::vector<std::string_view> cutPropertiesOf(const RuleText& text)
     return cut;
 }
 
-// The rule on a line of its own, without a line end.
+// The rule as a separate line, without a line end.
 std::string wholeLine(const RuleText& text)
 {
     if (text.firstCut() == text.head.fields())
@@ -285,7 +286,7 @@ std::string wholeLine(const RuleText& text)
     return line;
 }
 
-// A line that ends for sure holds a further rule only when that reads as one, up to its operations.
+// Where the line end is known, a further rule counts only if it reads as one up to its operations.
 bool readsAsRule(const RuleText& text)
 {
     return !text.isEndKnown || text.wholeFields() > operations;

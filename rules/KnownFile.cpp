@@ -14,8 +14,8 @@ namespace quorvane::rules {
 
 namespace {
 
-// Two changes within this time may leave a file with the same times. Whole seconds are a coarse file
-// system's.
+// Two changes within this time may give a file the same time stamps. Whole seconds suggest a file system with
+// coarse ones.
 std::chrono::nanoseconds roughnessOfClock(std::chrono::nanoseconds time)
 {
     return time % std::chrono::seconds(1) == std::chrono::nanoseconds(0) ? std::chrono::seconds(2)
@@ -24,7 +24,7 @@ std::chrono::nanoseconds roughnessOfClock(std::chrono::nanoseconds time)
 
 using Clock = std::chrono::system_clock;
 
-// `lookedAt`: a change after that time is another.
+// `lookedAt`: a change after that time was not read.
 KnownFile knownFile(const std::string& path, const std::optional<platform::FileIdentity>& identity,
     std::string_view bytes, Clock::time_point lookedAt)
 {
@@ -44,14 +44,14 @@ KnownFile KnownFile::of(const std::string& path, const RulesFileText& text)
     return knownFile(path, text.identity(), text.bytes(), text.lookedAt());
 }
 
-// The identity is that of before the reading: a change in the middle of it then shows at the next look.
+// The identity is taken before reading: a change during the read is then noticed by the next check.
 std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::string_view bytes)
 {
     std::error_code error;
     const platform::FileDescriptor file = platform::openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
     if (!file)
         return std::nullopt;
-    const Clock::time_point lookedAt = Clock::now(); // before the reading, which may take long
+    const Clock::time_point lookedAt = Clock::now(); // before reading, which may take long
     const auto identity = platform::FileIdentity::ofDescriptor(file.get(), error);
     if (!platform::holdsExactly(file.get(), bytes))
         return std::nullopt;

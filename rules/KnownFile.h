@@ -12,23 +12,24 @@ namespace quorvane::rules {
 
 class RulesFileText;
 
-// How a rules file was when it was read or written, to tell later whether it still is that. A value object.
+// The state of a rules file when it was read or written, to detect later whether it has changed. A value
+// object.
 struct KnownFile {
-    // Two changes of a file within this time may bear the same time on usual file systems.
+    // Two changes of a file within this time may get the same time stamp on usual file systems.
     static constexpr std::chrono::milliseconds usualRoughness{20};
 
     std::string path{};
     std::optional<platform::FileIdentity>
-        identity{}; // none when it could not be looked at: then it is never the same
-    // Of its bytes, where it was looked at so soon after a change that a later change may bear the same time.
+        identity{}; // none when it could not be determined: then it always counts as changed
+    // Of its bytes, if it was read so soon after a change that a later change may get the same time stamp.
     std::optional<std::size_t> hash{};
 
     // Of the file at `path`, from which `text` was read.
     static KnownFile of(const std::string& path, const RulesFileText& text);
-    // Of the file at `path` when it holds exactly `bytes`; none when it holds others or cannot be read.
+    // Of the file at `path` if it holds exactly `bytes`; none if it holds others or cannot be read.
     static std::optional<KnownFile> ofFileWith(const std::string& path, std::string_view bytes);
 
-    // True when the file is still the same. Reads it where there is a hash.
+    // True when the file is unchanged. Reads it if there is a hash.
     bool isStillThere() const;
 };
 

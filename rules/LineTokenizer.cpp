@@ -35,8 +35,8 @@ const std::vector<std::string_view>& LineTokenizer::tokens(std::string_view line
     return m_tokens;
 }
 
-// The common case in one step: a value between two quotes that neither is empty nor ends in a blank. Returns
-// the place after it, or `at` when something else stands there.
+// The common case in one step: a value between two quotes that is neither empty nor ends in a blank. Returns
+// the position after it, or `at` when there is none.
 std::size_t LineTokenizer::takeWholeQuotedValue(std::string_view line, std::size_t at)
 {
     if (m_inQuotes || !m_held.empty() || line[at] != '"')
@@ -48,12 +48,11 @@ std::size_t LineTokenizer::takeWholeQuotedValue(std::string_view line, std::size
     return close + 1;
 }
 
-// Deals with the run of ordinary characters before `at` and with the blank, quote or line end that stands
-// there.
+// Handles the run of ordinary characters before `at` and the blank, quote or line end at `at`.
 void LineTokenizer::takeRun(std::string_view run, std::string_view line, std::size_t& at)
 {
     if (at == line.size()) {
-        // Deliberate: what an open quote has collected is dropped, its last word stays.
+        // Deliberate: what an unclosed quote has collected is dropped, its last word stays.
         if (!run.empty())
             m_tokens.push_back(run);
         return;

@@ -11,11 +11,12 @@ namespace quorvane::rules {
 
 // Splits a line of a rules file into its tokens.
 //
-// Only the blank and the double quote are special: blanks separate tokens, quotes keep blanks, and nothing
-// can be escaped. Known oddities are part of the format: an open quote keeps its last word only, and a quoted
-// value that ends in a blank yields an empty token and moves in front of the next quoted value of the line.
+// Only the blank and the double quote are special: blanks separate tokens, quotes preserve blanks, and there
+// are no escapes. Known oddities are part of the format: an unclosed quote keeps only its last word, and a
+// quoted value that ends in a blank yields an empty token and is prepended to the next quoted value of the
+// line.
 //
-// Reusable, to spare the memory of each line; not for two threads at once.
+// Reusable, to save allocations per line; one thread at a time.
 class LineTokenizer {
 public:
     // The first `most` tokens. The views point into `line` or into this object; they last until the next
@@ -27,8 +28,8 @@ private:
     void takeRun(std::string_view run, std::string_view line, std::size_t& at);
 
     std::vector<std::string_view> m_tokens;
-    std::string m_held; // what a quoted value has collected so far
-    std::deque<std::string> m_joined; // tokens that do not stand in the line as one piece
+    std::string m_held; // the part of a quoted value collected so far
+    std::deque<std::string> m_joined; // tokens that are not contiguous in the line
     bool m_inQuotes = false;
 };
 

@@ -5,13 +5,14 @@
 
 namespace quorvane::rules {
 
-// Hands out the lines of a rules file, empty ones included, without their line ends.
+// Iterates over the lines of a rules file, empty ones included, without their line ends.
 //
-// A line ends at LF, CR, VT, FF, NEL (U+0085), U+2028 or U+2029, so CR LF makes an empty line. Text after the
-// last line end is a line too, and so is the nothing after it. The views point into the text given.
+// A line ends at LF, CR, VT, FF, NEL (U+0085), U+2028 or U+2029, so CR LF makes an empty line. What follows
+// the last line end is a line too, even if it is empty. The views point into the text given. One thread at a
+// time.
 class LineWalker {
 public:
-    // Of text that is not valid UTF-8 every other byte belongs to a line.
+    // In text that is not valid UTF-8, every other byte belongs to a line.
     explicit LineWalker(std::string_view text)
         : m_rest(text)
     {

@@ -7,7 +7,7 @@
 
 namespace quorvane::rules {
 
-// Rows of these rules alone, in this order; for the thread that owns the store. Throws std::bad_alloc.
+// Rows of exactly these rules, in this order; for the thread that owns the store. Throws std::bad_alloc.
 std::shared_ptr<const RuleRows> listedRows(const std::vector<RuleRef>& rules);
 
 } // namespace quorvane::rules

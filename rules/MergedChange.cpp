@@ -9,7 +9,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// Where the next rule of each list, the watch rules' or an application group's, comes to stand.
+// The place of the next rule of each list, the watch rules' or an application group's.
 class Places {
 public:
     ChangeSet::Place next(const RuleValue& value) const

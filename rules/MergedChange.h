@@ -7,12 +7,12 @@
 
 namespace quorvane::rules {
 
-// The rules that a merge came to, in order.
+// The rules that result from a merge, in order.
 std::vector<RuleValue> rulesOf(const MergeResult& merged);
 
-// What has to change in a store with the rules `ours`, as its userRules() are, to hold what `merged` came to;
-// the merge was made of the values of these very rules. Rules that come get records of their own; a rule that
-// moves goes and comes back.
+// The change that brings a store with the user rules `ours` (its userRules()) to the result `merged`; the
+// merge must have been made from the values of these rules. Added rules get new records; a rule that moves is
+// removed and added again. For the thread that owns the store.
 ChangeSet changeTo(const MergeResult& merged, const std::vector<RuleRef>& ours);
 
 } // namespace quorvane::rules

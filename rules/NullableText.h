@@ -11,9 +11,9 @@ namespace quorvane::rules {
 
 // UTF-8 text that may be null, which is not the same as empty.
 //
-// The bytes never change and are shared by all copies: a copy costs one count and no memory, so that a
-// million rules of one program hold its path once. Copies may be used from different threads; one object may
-// not.
+// The bytes are immutable and shared by all copies: a copy costs one reference count and no memory, so that a
+// million rules of one program hold its path once. Copies may be used on different threads; a single object
+// may not.
 class NullableText {
 public:
     NullableText() = default;
@@ -51,7 +51,7 @@ public:
 
     bool isNull() const { return m_block == nullptr; }
 
-    // The text; empty when null. The view lasts as long as any copy of this object.
+    // The text; empty when null. The view is valid as long as any copy of this object.
     std::string_view view() const
     {
         if (m_block == nullptr)
@@ -65,11 +65,12 @@ public:
     // True for two copies of one object, and for equal texts that share their bytes. Never true for null.
     bool sharesBytesWith(const NullableText& other) const { return !isNull() && m_block == other.m_block; }
 
-    // Where the shared bytes are: the same for all copies while one of them lives. Null when the text is.
+    // The address of the shared bytes: the same for all copies while one of them lives. Null when the text is
+    // null.
     const void* sharedBytes() const { return m_block; }
 
 private:
-    // The bytes follow the block in the same piece of memory.
+    // The bytes follow the block in the same allocation.
     struct Block {
         std::atomic<std::uint32_t> owners{1};
         std::uint32_t length = 0;

@@ -7,13 +7,13 @@
 
 namespace quorvane::rules {
 
-// Tells equal things apart that stand more than once in a list: gives the first one of each list the same
-// number, and the second one of each list another.
+// Distinguishes equal things that occur more than once in a list: the first occurrence gets the same number
+// in every list, the second one another, and so on. One thread at a time.
 class OccurrenceNumbering {
 public:
     void beginList() { std::fill(m_latest.begin(), m_latest.end(), none); }
 
-    // The number of the next `thing` of the list; numbers count from 0, and so should things.
+    // The number of the next `thing` of the list; numbers are consecutive from 0, and things should be too.
     std::uint32_t numberOf(std::uint32_t thing)
     {
         while (thing >= m_latest.size()) {

@@ -5,18 +5,18 @@
 
 #include <string_view>
 
-// Which paths the text of a rule's path stands for. Bytes are compared; nothing is looked up. Pure functions.
+// Which paths a rule's path text matches. Compares bytes, without file access. Pure functions.
 
 namespace quorvane::rules {
 
-// True for the paths that stand for every path, whatever the rule's type: "any" and the empty one.
+// True for the texts that match every path, whatever the rule's type: "any" and the empty one.
 inline bool isEveryPath(const NullableText& path)
 {
     return !path.isNull() && (path.view() == "any" || path.view().empty());
 }
 
 // True when the rule's text covers `path`: a path rule that equals it, a prefix rule that it begins with, a
-// suffix rule that it ends with, and every rule whose path stands for all.
+// suffix rule that it ends with, and every rule whose text matches every path.
 template <class Fields> bool coversPath(const Fields& rule, std::string_view path)
 {
     if (rule.path.isNull())

@@ -12,7 +12,7 @@ const PolicyRule* PolicyGroup::firstCovering(const PolicyRule& rule) const
             m_coverIndex = std::make_unique<CoverIndex>(m_rules.slots());
         return m_coverIndex->firstCovering(rule);
     } catch (const std::bad_alloc&) {
-        // Without memory for an index a walk answers the same.
+        // Without memory for an index, a scan gives the same result.
         m_coverIndex.reset();
         const auto& slots = m_rules.slots();
         const auto found = std::find_if(slots.begin(), slots.end(), [&rule](const PolicyRulePtr& stored) {

@@ -10,7 +10,7 @@ namespace quorvane::rules {
 // The policy rules of one application group, in stored order. For the thread that owns the store.
 class PolicyGroup final : private SlotObserver<PolicyRuleFields> {
 public:
-    // `numbers` must outlive the group, and `anyStrays` too, which becomes true when hasStrays() does.
+    // `numbers` and `anyStrays` must outlive the group; `anyStrays` becomes true when hasStrays() does.
     PolicyGroup(RowNumbers& numbers, bool& anyStrays)
         : m_anyStrays(anyStrays)
         , m_rules(numbers, this)
@@ -20,11 +20,10 @@ public:
     RuleList<PolicyRule>& rules() { return m_rules; }
     const RuleList<PolicyRule>& rules() const { return m_rules; }
 
-    // The first rule of the group that makes `rule` redundant; null when there is none. `rule` itself never
-    // does.
+    // The first rule of the group that makes `rule` redundant; null when there is none. Never `rule` itself.
     const PolicyRule* firstCovering(const PolicyRule& rule) const;
 
-    // True when a rule was changed since it was stored so that it may belong to another group.
+    // True when a stored rule was changed so that it may belong to another group.
     bool hasStrays() const { return m_hasStrays; }
 
 private:
@@ -35,8 +34,8 @@ private:
 
     bool& m_anyStrays;
     bool m_hasStrays = false;
-    mutable std::unique_ptr<CoverIndex> m_coverIndex; // made when first asked for
-    RuleList<PolicyRule> m_rules; // the last member: its end is observed
+    mutable std::unique_ptr<CoverIndex> m_coverIndex; // built on first use
+    RuleList<PolicyRule> m_rules; // the last member: this object observes its destruction
 };
 
 } // namespace quorvane::rules

@@ -11,7 +11,7 @@
 
 namespace quorvane::rules {
 
-// Decides that a process may, or may not, perform operations on paths.
+// Allows or denies a process operations on paths.
 //
 // Shared by reference: the store, its rows and an editor hold the same object. Every property may be read
 // from any thread; it is set by the thread that owns the store.
@@ -23,7 +23,7 @@ public:
     explicit PolicyRule(
         PolicyValue value, std::uint64_t initialized = static_cast<std::uint64_t>(std::time(nullptr)));
 
-    // The rule was read again: its age is measured against `initialized` from now on.
+    // Call it when the rule was read again: its age is measured against `initialized` from then on.
     void setInitialized(std::uint64_t initialized) { m_initialized = initialized; }
 
     std::int32_t policyClass() const { return get(&PolicyRuleFields::policyClass); }

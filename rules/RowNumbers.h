@@ -9,35 +9,38 @@
 
 namespace quorvane::rules {
 
-// Numbers stored rules, so that rows, sorted orders and search marks are lists of numbers. A number names a
-// rule with the value that it had when it was numbered: a changed rule gets a new one, and a number is used
-// once. So what is known by number never has to be taken back.
+// Numbers stored rules, so that rows, sorted orders and search marks are lists of numbers. A number
+// identifies a rule with the value that it had when it was numbered: a changed rule gets a new one, and
+// numbers are not reused. So data cached by number never has to be invalidated.
 //
-// Never throws: when there is no memory it loses count, and the rules must be numbered afresh.
+// Never throws: when memory runs out it loses count, and the rules must be renumbered. For the thread that
+// owns the store.
 class RowNumbers {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
 
-    // The number of a rule that is stored from now on.
+    // The number of a newly stored rule; `none` when memory ran out.
     std::uint32_t add(const RuleRef& rule) noexcept;
-    // The rule is not stored any more.
+    // Call it when the rule is no longer stored.
     void remove(std::uint32_t number) noexcept;
-    // The number of the rule `number` now that its value has changed.
+    // The new number of the rule `number` after its value has changed; the same one if it was given after the
+    // last settle().
     std::uint32_t renew(std::uint32_t number) noexcept;
 
-    // The rules by number; those that are no longer stored too.
+    // The rules by number, including those no longer stored.
     const AppendOnlyTable<RuleRef>& rules() const { return m_rules; }
     bool isStored(std::uint32_t number) const { return m_isStored[number]; }
     // How many rules are stored.
     std::size_t stored() const { return m_stored; }
 
-    // Somebody knows things by the numbers given so far: a change of their rules needs new ones.
+    // Call it when data is cached by the numbers given so far: a change of their rules then needs new
+    // numbers.
     void settle() { m_settled = m_rules.size(); }
 
-    // True when most numbers are those of rules that are gone, or when it has lost count.
+    // True when most numbers belong to removed rules, or when it has lost count.
     bool mustStartAfresh() const;
     void clear();
-    // It has lost count.
+    // Marks it as having lost count.
     void lose() noexcept { m_isLost = true; }
 
 private:

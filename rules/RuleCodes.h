@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-// The codes of the rule records and the texts by which the rules file and the windows name them.
-// Pure functions. The texts belong to the file format: never translated, never in another case.
+// The codes of the rule records and their texts in the rules file and the windows. Pure functions. The texts
+// belong to the file format: never translated, never in another case.
 
 namespace quorvane::rules {
 
@@ -21,7 +21,7 @@ constexpr std::int32_t path = 1;
 constexpr std::int32_t suffix = 2;
 } // namespace PolicyType
 
-// The code that an unknown class or type text reads as.
+// The code for an unknown class or type text.
 constexpr std::int32_t unknownCode = 4;
 
 namespace RuleState {
@@ -32,7 +32,7 @@ constexpr std::int32_t recent = 2; // a user policy rule created less than a day
 
 // "allow", "deny", "watch"; "err" for any other code.
 std::string_view policyClassDescription(std::int32_t policyClass);
-// Deliberate: "watch" gives the unknown code too, since no policy rule line may bear it.
+// Deliberate: "watch" gives the unknown code too, since no policy rule line may have it.
 std::int32_t policyClassForString(std::string_view text);
 
 // "prefix", "path", "suffix"; "err" for any other code.
@@ -45,7 +45,7 @@ inline std::string operationsForInteger(std::int32_t operations)
 {
     return operationsDescription(operations);
 }
-// Each letter counts wherever it stands; everything else is ignored.
+// Each letter counts at any position; everything else is ignored.
 std::uint32_t operationsForString(std::string_view text);
 
 // "u" for bit 1. Deliberate: bit 2 is not described here.
@@ -54,7 +54,7 @@ std::string flagsDescription(std::int32_t flags);
 std::string flagsForInteger(std::int32_t flags);
 std::uint32_t flagsForString(std::string_view text);
 
-// The letters of a rule of either kind; for the thread that owns it.
+// The letters of a rule of either kind; for the thread that owns the rule.
 template <class Rule> std::string operationsForRule(const Rule& rule)
 {
     return operationsDescription(static_cast<std::int32_t>(rule.fields().operations));

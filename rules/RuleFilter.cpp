@@ -17,14 +17,14 @@ bool policyRuleContains(const PolicyRule& rule, std::string_view text)
 
 void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
 {
-    // Folding the paths of many rules takes as long as all the rest, so a second core does it meanwhile.
+    // Folding the paths of many rules takes as long as all the rest, so a second thread does it in parallel.
     constexpr std::size_t manyRules = 50000;
     const std::size_t first = m_rules;
     const std::size_t added = rules.size() - first;
     const auto policy
         = added > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
     const auto foldPaths = [this, &rules, first, added] {
-        constexpr std::size_t roomForPath = 64; // bytes; memory that stays untouched costs nothing
+        constexpr std::size_t roomForPath = 64; // bytes; reserved memory that is never touched costs nothing
         if (first == 0)
             m_paths.reserve(added, added * roomForPath);
         for (std::size_t number = first; number < rules.size(); ++number)

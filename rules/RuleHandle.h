@@ -14,18 +14,18 @@ namespace quorvane::rules {
 
 template <class Fields> class RuleHandle;
 
-// Keeps records and learns of their changes.
+// Holds records and is notified of their changes.
 template <class Fields> class RuleHolder {
 public:
-    // `rule` had the properties `before` until now. Called by the setting thread.
+    // Called after `rule` was changed from the properties `before`, on the thread that changed it.
     virtual void ruleHasChanged(const RuleHandle<Fields>& rule, const Fields& before) noexcept = 0;
 
 protected:
     ~RuleHolder() = default;
 };
 
-// What the records of both kinds are: the identity of a rule, and its present value. A change replaces the
-// value by a changed copy, so whoever has taken value() keeps what he has seen.
+// The common part of both kinds of record: the identity of a rule, and its current value. A change replaces
+// the value with a modified copy, so a value() taken before stays as it was.
 //
 // Properties and value() may be read from any thread. Everything else is for the one thread that also sets
 // them. Setting throws std::bad_alloc when there is no memory for the copy; the record is then unchanged.
@@ -42,7 +42,7 @@ public:
         return m_value;
     }
 
-    // Sets every property at once. Never throws.
+    // Sets all properties at once. Requires a value that is not null. Never throws.
     void setValue(Value value) noexcept
     {
         {
@@ -57,11 +57,12 @@ public:
         }
     }
 
-    // The same without lock or copy, good until the record is changed.
+    // The same without lock or copy, valid until the record is changed.
     const Value& presentValue() const { return m_value; }
     const Fields& fields() const { return *m_value; }
 
-    // `holder` learns of changes from now on, until it is removed: once for each time that it was added.
+    // Notifies `holder` of changes until it is removed: once for each time that it was added. It must outlive
+    // that.
     void addHolder(RuleHolder<Fields>& holder) const
     {
         if (m_holder == nullptr) {
@@ -107,7 +108,7 @@ protected:
     }
 
 private:
-    // A record carries no lock of its own: all records share a few, chosen by address.
+    // A lock per record would cost too much memory: all records share a few, selected by address.
     static std::mutex& lockOf(const void* record)
     {
         static std::array<std::mutex, 16> locks;
@@ -118,7 +119,7 @@ private:
 
     Value m_value;
     mutable RuleHolder<Fields>* m_holder = nullptr;
-    mutable std::unique_ptr<Holders> m_moreHolders; // mostly none: a rule stands in one list
+    mutable std::unique_ptr<Holders> m_moreHolders; // mostly none: a rule is usually in one list
 };
 
 } // namespace quorvane::rules

@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-// What makes two rules the same rule: everything but tag, creation time, sequence and system mark.
+// Rule equality: everything except tag, creation time, sequence and system mark. Pure; any thread, except for
+// records.
 
 namespace quorvane::rules {
 
@@ -14,7 +15,7 @@ bool isEqualRule(const WatchRuleFields& a, const WatchRuleFields& b);
 // Rules of different kinds are never equal.
 bool isEqualRule(const RuleValue& a, const RuleValue& b);
 
-// The looser comparison of fail-safe rules: of the paths only the existence of `a`'s counts.
+// The looser comparison of fail-safe rules: the paths are ignored, but `a`'s must not be null.
 bool isEqualButForPath(const PolicyRuleFields& a, const PolicyRuleFields& b);
 
 // True when both have the same process name and constraint, and so the same application group. Watch rules
@@ -25,12 +26,12 @@ inline bool isOfSameApplication(const WatchRuleFields&, const WatchRuleFields&)
     return true;
 }
 
-// Equal rules have equal hashes, in one run of the program.
+// Equal rules have equal hashes within one process.
 std::uint64_t identityHash(const PolicyRuleFields& rule);
 std::uint64_t identityHash(const WatchRuleFields& rule);
 std::uint64_t identityHash(const RuleValue& rule);
 
-// The same of records; for the thread that owns them.
+// The same for records; call them on the thread that owns the records.
 template <class Record>
 requires requires(const Record& record)
 {

@@ -9,8 +9,8 @@ namespace quorvane::rules {
 
 namespace {
 
-// From this share of all rules on, sorting afresh is quicker than putting rules in one by one; below it,
-// sorting some is quicker than sorting all.
+// From this share of all rules on (an eighth), sorting everything again is faster than inserting rules one by
+// one; below it, sorting some is faster than sorting all.
 constexpr std::size_t largeShare = 8;
 
 } // namespace
@@ -108,7 +108,7 @@ void RuleIndex::sort(std::vector<SortDescriptor> descriptors)
     m_tiesAreStored = false;
 }
 
-// True when rows that tie in `descriptors` have tied so far, too, and so are in stored order.
+// True when rows that tie in `descriptors` also tied in the previous ones, and so are in stored order.
 bool RuleIndex::keepsTies(const std::vector<SortDescriptor>& descriptors) const
 {
     const auto isKeyOf = [&](const SortDescriptor& former) {
@@ -165,7 +165,7 @@ void RuleIndex::markPassing()
     m_markedText = m_searchText;
 }
 
-// Rules that are gone leave the sorted order, new ones are put where a binary search finds their place.
+// Removed rules are dropped from the sorted order, new ones are inserted by binary search.
 void RuleIndex::bringSortedUpToDate()
 {
     if (m_sortDescriptors.empty())
@@ -191,7 +191,7 @@ void RuleIndex::bringSortedUpToDate()
 
 void RuleIndex::insertSorted(RuleOrder& order, RuleOrder added) const
 {
-    std::vector<std::uint32_t> rank; // by number: the place in stored order; made at the first tie
+    std::vector<std::uint32_t> rank; // by number: the position in stored order; built at the first tie
     const auto rankOf = [&](std::uint32_t number) {
         if (rank.empty()) {
             rank.resize(m_numbers.rules().size());
@@ -206,7 +206,7 @@ void RuleIndex::insertSorted(RuleOrder& order, RuleOrder added) const
         return compared != 0 ? compared < 0 : rankOf(a) < rankOf(b);
     };
     std::sort(added.begin(), added.end(), standsBefore);
-    // From the back, so that every rule moves once.
+    // From the back, so that each rule moves at most once.
     auto rest = static_cast<std::ptrdiff_t>(order.size());
     order.resize(order.size() + added.size());
     auto to = order.end();

@@ -15,14 +15,14 @@
 
 namespace quorvane::rules {
 
-// Numbers of rules in some order.
+// Row numbers (RowNumbers.h) of rules in some order.
 using RuleOrder = std::vector<std::uint32_t>;
 
-// The rules as rows: filtered, sorted, with and without system rules. Never changes once published, so
-// whoever keeps one keeps seeing the rows it was made with.
+// The rules as rows: filtered, sorted, with and without system rules. Immutable once published. For the
+// thread that owns the store.
 class RuleRows {
 public:
-    // How many rows there are.
+    // The number of rows.
     std::size_t count(bool includeSystemRules) const { return numbers(includeSystemRules).size(); }
 
     // Requires row < count(includeSystemRules).
@@ -31,8 +31,8 @@ public:
         return m_rules[numbers(includeSystemRules)[row]];
     }
 
-    // The rows of the rules for which `isWanted` is true, ascending. Goes through the rules as they lie in
-    // memory, which is many times quicker than to ask row by row.
+    // The rows of the rules for which `isWanted` is true, ascending. Visits the rules in memory order, which
+    // is many times faster than row by row.
     template <class IsWanted>
     std::vector<std::size_t> rowsWhere(bool includeSystemRules, IsWanted isWanted) const
     {
@@ -48,15 +48,15 @@ public:
         return rows;
     }
 
-    // The rules by number, those that are no rows among them; it only grows from one publication of a store's
-    // rows to the next, until the rules are numbered afresh.
+    // The rules by number, including those without a row; from one publication of a store's rows to the next
+    // it only grows, until the rules are renumbered.
     const AppendOnlyTable<RuleRef>& numberedRules() const { return m_rules; }
 
     // The rows whose rules' numbers are marked, in the same order. Requires a mark for each number.
     std::shared_ptr<const RuleRows> marked(const std::vector<bool>& marks) const;
 
-    // How many rows, from the first and from the last, are those of the same unchanged rules in both. When
-    // these are different stores', or one was numbered afresh, changed rules count as the same.
+    // How many rows, from the first and from the last, have the same unchanged rules in both. If they belong
+    // to different stores, or one was renumbered, changed rules count as the same.
     struct Common {
         std::size_t start = 0;
         std::size_t end = 0;
@@ -75,12 +75,12 @@ private:
     std::shared_ptr<const RuleOrder> m_userOnly = m_all;
 };
 
-// Makes the rows out of the store's rules. One sorted order of all rules is kept and follows changes by
-// difference; a search only marks the rules that contain its text, and the rows are those marked, in that
-// order. For the thread that owns the store.
+// Computes the rows from the store's rules. One sorted order of all rules is kept and updated incrementally;
+// a search only marks the rules that contain its text, and the rows are those marked, in that order. So a
+// search never sorts. For the thread that owns the store.
 //
-// rebuild(), sort() and policyRules() throw std::bad_alloc when there is no memory: the rows are then the
-// former ones, and the next rebuild makes everything anew.
+// rebuild(), sort() and policyRules() throw std::bad_alloc when there is no memory: the previous rows then
+// stay, and the next rebuild recomputes everything.
 class RuleIndex {
 public:
     RuleIndex();
@@ -88,23 +88,23 @@ public:
     RowNumbers& numbers() { return m_numbers; }
     const RowNumbers& numbers() const { return m_numbers; }
 
-    // None, like the empty text, lets every rule pass. The rows follow with the next rebuild.
+    // None, like the empty text, lets every rule pass. Takes effect with the next rebuild.
     void setSearchText(std::optional<std::string> text);
 
     const std::optional<std::string>& searchText() const { return m_searchText; }
     const std::vector<SortDescriptor>& sortDescriptors() const { return m_sortDescriptors; }
-    // Takes over both from another index. The rows follow with the next rebuild.
+    // Copies both from another index. Takes effect with the next rebuild.
     void setView(const RuleIndex& other);
 
-    // The rows are the rules of `stored`, which are all, filtered and sorted. Rules that tie keep the order
-    // that they have in `stored`.
+    // Makes the rows from `stored`, which holds all rules, filtered and sorted. Rules that tie keep their
+    // order in `stored`.
     void rebuild(RuleOrder stored);
 
-    // Sorts the present rows, which keeps the order of those that tie. Stays in force for later rebuilds.
+    // Sorts the current rows stably: those that tie keep their order. Stays in force for later rebuilds.
     void sort(std::vector<SortDescriptor> descriptors);
 
     std::shared_ptr<const RuleRows> rows() const { return m_rows; }
-    // All rules, whatever the search and the sort order, as `stored` was last.
+    // All rules, whatever the search and the sort order, in the order of the last `stored`.
     std::shared_ptr<const RuleRows> storedRows() { return rowsOf(m_stored); }
 
     // The rules of `order` without those of the system.
@@ -113,11 +113,10 @@ public:
     // The policy rules that passed the filter when the rows were last rebuilt, in stored order.
     std::vector<PolicyRulePtr> passingPolicyRules() const;
 
-    // True when the filter lets `rule`, as it is now, pass.
+    // True when `rule`, with its current value, passes the filter.
     bool passes(const PolicyRule& rule) const;
 
-    // Drops everything that rebuild() can make anew, so that no number given so far is known to it. The rows
-    // stay.
+    // Drops everything that rebuild() can recompute, and with it all numbers given so far. The rows stay.
     void forgetNumbers();
 
 private:
@@ -133,15 +132,15 @@ private:
     void publish(std::shared_ptr<const RuleOrder> order);
 
     RowNumbers m_numbers;
-    std::size_t m_known = 0; // numbers that everything below knows
+    std::size_t m_known = 0; // numbers that all data below includes
     std::shared_ptr<const RuleOrder> m_stored; // all rules
     std::vector<SortDescriptor> m_sortDescriptors;
-    std::shared_ptr<const RuleOrder> m_sorted; // all rules, ties in stored order; null when not at hand
+    std::shared_ptr<const RuleOrder> m_sorted; // all rules, ties in stored order; null when not computed
     std::vector<bool> m_isSystem; // by number
     bool m_anySystem = false;
 
     std::optional<std::string> m_searchText;
-    std::unique_ptr<RuleFilter> m_filter; // kept from one text to the next
+    std::unique_ptr<RuleFilter> m_filter; // kept across search texts
     std::vector<bool> m_marks; // by number: contains m_markedText
     std::optional<std::string> m_markedText;
 

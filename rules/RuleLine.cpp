@@ -18,7 +18,7 @@ constexpr std::string_view optionWord = "set";
 constexpr std::size_t leastRuleTokens = 5;
 constexpr std::size_t leastOptionTokens = 3;
 
-// What both rule kinds read from the tokens that follow the first one.
+// Reads the tokens after the first one that both rule kinds share.
 template <class Fields>
 void readCommonTokens(Fields& rule, const std::vector<std::string_view>& tokens, bool system, TextPool& pool)
 {
@@ -35,8 +35,8 @@ void readCommonTokens(Fields& rule, const std::vector<std::string_view>& tokens,
         rule.tag = pool.text(tokens[5]);
 }
 
-// Puts a line together at the end of a text. Its room is made once and the rest of it given back: a line has
-// twenty pieces, and a check for room at each would take longer than the copying.
+// Appends a line to a text. The text is resized once for the whole line and trimmed at the end: a line has
+// twenty pieces, and a capacity check for each would take longer than the copying.
 class LineWriting {
 public:
     // For a rule with these fields.
@@ -45,7 +45,7 @@ public:
         : m_out(out)
         , m_length(out.size())
     {
-        constexpr std::size_t mostBesidesTexts = 64; // words, letters, a number and what stands between
+        constexpr std::size_t mostBesidesTexts = 64; // words, letters, a number and separators
         out.resize(out.size() + mostBesidesTexts + rule.path.written().size()
             + rule.processName.written().size() + rule.tag.written().size() + constraintOf(rule).size());
     }
@@ -92,17 +92,17 @@ std::string withoutQuotes(const NullableText& text)
     return plain;
 }
 
-// Text that every reader takes as it was written. Looks at all letters, many in one step, where a search for
-// the first odd one would take them one by one.
+// True for text that always reads back as written. Checks all bytes without an early exit, so that the
+// compiler can vectorize the loop.
 bool isPlain(const NullableText& text)
 {
-    unsigned char anyOdd = 0; // as wide as a letter: a bool would be widened for each
+    unsigned char anyOdd = 0; // as wide as a byte of text, since a bool would be widened in each step
     for (const char letter : text.view())
         anyOdd |= static_cast<unsigned char>(letter < ' ' || letter > '~' || letter == '"');
     return anyOdd == 0 && !text.isNull() && !text.view().ends_with(' ');
 }
 
-// Most rules are plain: none of their fields needs to be written and read to see that it survives both.
+// Most rules are plain, so that reading back what would be written is not needed to see that they survive it.
 template <class Fields> bool isPlain(const Fields& rule)
 {
     constexpr std::uint32_t writtenOperations = 31;
@@ -111,10 +111,10 @@ template <class Fields> bool isPlain(const Fields& rule)
         && rule.policyType <= PolicyType::suffix;
 }
 
-// The tokens of what `line` leaves in a file, when that is one line.
+// The tokens read back from what `line` leaves in a file; none when that is not exactly one line.
 std::optional<std::vector<std::string>> tokensReadBack(std::string_view line, LineEnds lineEnds)
 {
-    // Either spoils more than this line: the reader stops at a NUL and takes nothing from a file that is not
+    // Both damage more than this line: the reader stops at a NUL and reads nothing from a file that is not
     // UTF-8.
     const std::string_view written = lineEnds == LineEnds::cut ? writtenPart(line) : line;
     if (line.find('\0') != std::string_view::npos || !platform::isValidUtf8(written))

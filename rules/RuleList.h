@@ -19,27 +19,26 @@ namespace quorvane::rules {
 
 template <class Rule> using FieldsOf = std::remove_cvref_t<decltype(std::declval<const Rule&>().fields())>;
 
-// Keeps something that is known of the rules of a list by their slots.
+// Maintains data derived from the rules of a list, by slot.
 template <class Fields> class SlotObserver {
 public:
-    // A rule of these properties is in the slot from now on, or is there no more.
+    // Called after a rule with these properties was put into the slot, or is being removed from it.
     virtual void slotIsFilled(std::size_t slot, const Fields& rule) noexcept = 0;
     virtual void slotIsEmptied(std::size_t slot, const Fields& rule) noexcept = 0;
-    // Rules have moved to other slots.
+    // Called after rules have moved to other slots.
     virtual void slotsHaveMoved() noexcept = 0;
-    // A stored rule has changed so that it may belong to another application group.
+    // Called after a stored rule has changed so that it may belong to another application group.
     virtual void ruleHasStrayed() noexcept = 0;
 
 protected:
     ~SlotObserver() = default;
 };
 
-// Rules of one kind in stored order, which finds the first equal rule without a walk of the list.
+// Rules of one kind in stored order, with an index that finds the first equal rule without a scan.
 //
 // A rule's slot is its number in stored order; a removed rule leaves an empty slot until enough of them have
-// gathered. What is known of the rules follows each change by difference, and the answers are those of a
-// plain walk. Holds its records, so a change of one counts for the lists that it stands in and no other. For
-// the thread that owns the store.
+// accumulated. Derived data is updated incrementally, and results are those of a plain scan. Registers as
+// holder of its records, so that it is notified of their changes. For the thread that owns the store.
 template <class Rule> class RuleList final : private RuleHolder<FieldsOf<Rule>> {
 public:
     using RulePtr = std::shared_ptr<Rule>;
@@ -81,8 +80,8 @@ public:
         }
     }
 
-    // Does all about an insert() of `rule` that needs memory; when it throws, nothing has changed. An insert
-    // must follow, or forget().
+    // Allocates all memory that an insert() of `rule` needs; when it throws, nothing has changed. Must be
+    // followed by insert() or forget().
     void prepare(const Rule& rule)
     {
         makeRoom(m_slots, m_prepared + 1);
@@ -96,8 +95,8 @@ public:
         --m_prepared;
     }
 
-    // Stores a prepared rule so that it takes that slot, or an empty one in its place. `hash` is the rule's
-    // identityHash().
+    // Stores a prepared rule in that slot: fills it when it is empty, else inserts a slot before it. `hash`
+    // is the rule's identityHash().
     void insert(std::size_t slot, RulePtr rule, std::uint64_t hash) noexcept
     {
         const std::uint32_t number = m_rowNumbers.add(rule);
@@ -128,8 +127,8 @@ public:
     }
     void append(const RulePtr& rule) { append(rule, identityHash(*rule)); }
 
-    // Stores prepared rules at once, in time that does not depend on where: `order` is what the list then
-    // holds, in stored order, those that are there already by their numbers, and each that comes by none.
+    // Stores prepared rules at once, in time independent of their positions: `order` is the whole new list in
+    // stored order; rules already stored bring their row numbers, new ones have none.
     struct Placed {
         RulePtr rule;
         std::uint32_t number = RowNumbers::none;
@@ -148,7 +147,7 @@ public:
         slotsHaveMoved();
     }
 
-    // Leaves the slot, which must hold a rule, empty. May move rules to other slots.
+    // Empties the slot, which must hold a rule. May move rules to other slots.
     void removeAt(std::size_t slot) noexcept
     {
         m_lastEmptied = {slot, previous(slot)};
@@ -161,8 +160,8 @@ public:
             dropEmptySlots();
     }
 
-    // Hands over the first stored rule that `rule` is equal to; null when there is none. Only for a list that
-    // is about to end: nothing else follows.
+    // Moves out the first stored rule that `rule` is equal to; null when there is none. Only for a list about
+    // to be destroyed: nothing else is updated.
     RulePtr take(const Fields& rule, std::uint64_t hash)
     {
         const std::size_t slot = slotOfFirstEqual(rule, hash);
@@ -178,7 +177,7 @@ public:
         while (slot-- > 0) {
             if (m_slots[slot])
                 return slot;
-            if (slot == m_lastEmptied.slot) // a run of removals does not walk what it has emptied
+            if (slot == m_lastEmptied.slot) // skips the slots emptied by a run of removals
                 return m_lastEmptied.previous;
         }
         return noSlot;
@@ -202,7 +201,7 @@ public:
     }
     RulePtr firstEqual(const Rule& rule) const { return firstEqual(rule.fields(), identityHash(rule)); }
 
-    // The first of them that `accepts` answers true for.
+    // The first of them for which `accepts` is true.
     template <class Accepts>
     RulePtr firstEqual(const Fields& rule, std::uint64_t hash, const Accepts& accepts) const
     {
@@ -221,7 +220,7 @@ public:
     }
 
 private:
-    // Below this length a walk is quicker than an index, and a million short lists need no million indexes.
+    // Up to this length a scan is faster than an index, and a million short lists need no million indexes.
     static constexpr std::size_t shortList = 16;
 
     template <class Element> static void makeRoom(std::vector<Element>& elements, std::size_t more)
@@ -266,17 +265,17 @@ private:
             });
         };
         followAll(hashBefore);
-        if (!isFound) // it was indexed just now
+        if (!isFound) // indexed only now, under its new value
             followAll(hash);
     }
 
-    // A short list, and one without memory for an index, is walked.
+    // Short lists, and those without memory for an index, are scanned.
     template <class IsWanted> std::size_t slotOfFirst(std::uint64_t hash, const IsWanted& isWanted) const
     {
         return anySlot(hash, [&](std::size_t slot) { return m_slots[slot] && isWanted(*m_slots[slot]); });
     }
 
-    // The first slot, of those that may hold a rule of that hash, for which `isIt` answers true.
+    // Of the slots that may hold a rule of that hash, the first for which `isIt` is true.
     template <class IsIt> std::size_t anySlot(std::uint64_t hash, const IsIt& isIt) const
     {
         if (m_slots.size() <= shortList || !bringIndexUpToDate()) {
@@ -314,7 +313,7 @@ private:
         }
     }
 
-    // Slots that are not indexed yet wait for their turn.
+    // Slots beyond the indexed ones are added by bringIndexUpToDate().
     void index(std::size_t slot, std::uint64_t hash) noexcept
     {
         try {

@@ -22,7 +22,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// What a reader of a file with that text takes from it.
+// The part of `text` that a reader of a file with it would use.
 std::string_view readablePart(std::string_view text)
 {
     text = text.substr(0, text.find('\0'));
@@ -89,7 +89,7 @@ void RuleManager::reloadCurrentUserConfiguration(std::string_view userText)
     });
 }
 
-// A rule that is equal before and after keeps its record, so that whoever holds one still holds the store's.
+// A rule that is equal before and after keeps its record, so that records held elsewhere stay the store's.
 void RuleManager::reloadAs(const std::function<void()>& readUserRules)
 {
     const bool hasRoom = attempt([this] {
@@ -106,7 +106,7 @@ void RuleManager::reloadAs(const std::function<void()>& readUserRules)
         loadOptions();
         readSelectedSystemFiles();
     });
-    if (!isRead) // what was read is not all
+    if (!isRead) // not everything was read
         m_unreadRules = {*m_lastErrorMessage, true};
     m_former.reset();
 }
@@ -130,7 +130,7 @@ void RuleManager::readSelectedSystemFiles()
         m_options.areParanoid() ? m_locations.paranoidSystemRulesFile() : m_locations.mainSystemRulesFile(),
         true);
     for (const auto& optional : FilterOptions::optionalSystemFiles) {
-        if (!m_options.leaveOut(optional)) // the file before may have set the option
+        if (!m_options.leaveOut(optional)) // the previous file may have set the option
             addFileContents(m_locations.systemFolder() + optional.name, true);
     }
     rebuildRulesCache();
@@ -162,7 +162,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
     return addText(contents.text(), file, shouldLabelAsSystemRules);
 }
 
-// The rules of `text`, which stands or is to stand in `file`.
+// Adds the rules of `text`, the current or future contents of `file`.
 bool RuleManager::addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules)
 {
     const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
@@ -442,21 +442,21 @@ std::optional<RuleRef> RuleManager::firstEqualRule(
     return equal;
 }
 
-// The rows that there are, where there is no memory for new ones.
+// The index with the previous rows, when there is no memory for new ones.
 const RuleIndex& RuleManager::index() const
 {
     attempt([this] { m_store->index(); });
     return m_store->presentIndex();
 }
 
-// False when `work` has run out of memory, which lastErrorMessage() then tells.
+// False when `work` has run out of memory, which lastErrorMessage() then reports.
 template <class Work> bool RuleManager::attempt(const Work& work) const
 {
     try {
         work();
         return true;
     } catch (const std::bad_alloc&) {
-        m_lastErrorMessage.emplace("Out of memory"); // short enough to need none itself
+        m_lastErrorMessage.emplace("Out of memory"); // short enough to need no allocation
         return false;
     }
 }

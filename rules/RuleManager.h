@@ -32,49 +32,51 @@ namespace quorvane::rules {
 
 class RulesContent;
 
-// The rule store: reads the rules of one configuration, indexes them, hands them out by row, adds, deletes
-// and writes them.
+// The rule store: reads the rules of one configuration, indexes them, returns them by row, adds, deletes and
+// writes them.
 //
 // Owns every record; records are shared so that an editor may still hold one that the store has dropped. No
-// operation throws: failures are answered with false and told by lastErrorMessage(). Not locked: one thread
+// operation throws: a failure returns false, with the reason in lastErrorMessage(). Not locked: one thread
 // only. A row number is valid until the next add, delete, filter, sort or reload.
 class RuleManager {
 public:
-    // An empty store. `log` must outlive it. Reading a file waits at most `wait` for another program to write
-    // it.
+    // An empty store. `log` must outlive it. Reading a file waits at most `wait` for another process that is
+    // writing it.
     RuleManager(platform::Locations locations, platform::Log& log,
         std::chrono::milliseconds wait = RulesFileText::usualWait);
 
-    // The process-wide store of the current user's configuration. It is made by the first call, which alone
-    // uses the arguments, and is never released. Safe from any thread as far as the making goes.
+    // The process-wide store of the current user's configuration. The first call creates it, and is the only
+    // one to use the arguments; it is never released. The creation is safe from any thread.
     static RuleManager& sharedManager(const platform::Locations& locations, platform::Log& log);
 
     // The store of the current user's configuration: the user's file, the options of the preferences, and the
-    // system files that the options select. Never fails; what could be read is there.
+    // system files that the options select. Never null; holds whatever could be read.
     static std::unique_ptr<RuleManager> initWithCurrentUserConfiguration(platform::Locations locations,
         platform::Log& log, std::chrono::milliseconds wait = RulesFileText::usualWait);
 
-    // A store of one file, with the options of the preferences. Also after a failure to read it.
+    // A store of one file, with the options of the preferences. Never null, even if the file could not be
+    // read.
     static std::unique_ptr<RuleManager> initWithContentsOfFile(const NullableText& path,
         bool shouldLabelAsSystemRules, platform::Locations locations, platform::Log& log,
         std::chrono::milliseconds wait = RulesFileText::usualWait);
 
-    // The same of a user's file that has been read already. The text counts up to its first NUL byte; one
+    // The same for a user's file that has been read already. The text counts up to its first NUL byte; one
     // that is not UTF-8 holds no rules.
     static std::unique_ptr<RuleManager> initWithText(
         std::string_view text, const std::string& path, platform::Locations locations, platform::Log& log);
 
-    // Discards all rules and options and reads the current user's configuration again. Keeps sort and filter,
-    // and sequence numbers go on rising.
+    // Discards all rules and options and reads the current user's configuration again. Keeps sort order and
+    // filter, and sequence numbers keep increasing.
     void reloadCurrentUserConfiguration();
-    // The same with `userText` in place of what the user's file holds.
+    // The same with `userText` instead of the contents of the user's file.
     void reloadCurrentUserConfiguration(std::string_view userText);
 
-    // Appends what a rules file holds, without duplicates; never removes anything. False only when the file
-    // is there and cannot be read. The rows change with the next rebuildRulesCache().
+    // Appends the contents of a rules file, without duplicates; never removes anything. False only when the
+    // file exists and cannot be read. The rows change with the next rebuildRulesCache().
     bool addFileContents(const NullableText& path, bool shouldLabelAsSystemRules);
 
-    // Appends the options of the preferences; nothing when these cannot be read.
+    // Append options of the preferences. Without readable preferences, the first appends nothing, the others
+    // an option of value 0.
     void loadOptions();
     void loadOptionAsBool(const std::string& name);
     void loadOptionAsInteger(const std::string& name);
@@ -82,51 +84,53 @@ public:
     std::uint32_t getOption(std::string_view name) const { return m_options.value(name); }
     const std::vector<FilterOption>& filterOptions() const { return m_options.all(); }
 
-    // Writes every user rule, whatever the filter, to the user's file. A file of which not everything was
-    // read is kept beside it under another name first, and is not written when that fails; see unreadRules().
+    // Writes every user rule, whatever the filter, to the user's file. A file that was not read completely is
+    // first renamed to a backup beside it, and is not written when that fails; see unreadRules().
     bool writeToCurrentUserConfiguration();
-    // Writes every user rule, whatever the filter. Deliberate: true also when a line was cut short; only
-    // lastErrorMessage() tells.
+    // Writes every user rule, whatever the filter. Deliberate: true even when a line was truncated; only
+    // lastErrorMessage() reports that.
     bool writeToFile(const std::string& path);
-    // Writes exactly these rules, system rules included, in this order. As true as the other.
+    // Writes exactly these rules, system rules included, in this order. Returns the same as above.
     bool writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite);
-    // What failed in the last of these besides, though the rules were written.
+    // Minor failures of the last of these writes, which did write the rules.
     const std::vector<std::string>& writeWarnings() const { return m_writeWarnings; }
 
-    // The rows follow the stored rules again. The work is done when somebody next looks at them.
+    // Updates the rows to the stored rules. Lazy: the work is done at the next access to the rows.
     void rebuildRulesCache();
     // Shows only rules that contain `text`; all of them when it is empty. Stays in force until changed.
     void applyFilterWithString(const std::string& text);
     // Stays in force, also after later rebuilds.
     void sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors);
     std::size_t totalRules(bool includeSystemRules) const;
-    // All rules, also those that the filter hides.
+    // The number of all rules, including those that the filter hides.
     std::size_t storedRules() const { return m_store->storedRules(); }
     // Requires row < totalRules(includeSystemRules).
     const RuleRef& ruleAtIndex(std::size_t row, bool includeSystemRules) const;
-    // The present rows, unchanged by what the store does later.
+    // The current rows, unaffected by later changes of the store.
     std::shared_ptr<const RuleRows> rows() const;
-    // All stored rules as they are now, whatever filter and sort order, in the order that the rows have
-    // without them; unchanged by what the store does later. Cheap.
+    // All stored rules in stored order, whatever filter and sort order; unaffected by later additions and
+    // removals. Cheap.
     std::shared_ptr<const RuleRows> storedRows() const;
     // The policy rules that pass the filter, by application group.
     std::vector<PolicyRulePtr> policyRules() const;
-    // True when one of policyRules() is equal to `rule`. Neither walks them nor brings the rows up to date.
+    // True when one of policyRules() is equal to `rule`. Neither scans them nor updates the rows.
     bool hasEqualPolicyRule(const PolicyRule& rule) const;
     const RuleList<WatchRule>& watchRules() const { return m_store->watchRules(); }
-    // The application group keys, case-insensitively ordered; those of emptied groups too.
+    // The application group keys, case-insensitively ordered; including those of groups that have become
+    // empty.
     std::vector<std::string> sortedKeys() const;
 
-    // Store the very object given; always true. Set no sequence, test for no duplicate.
+    // Store the given object itself. Set no sequence and do not check for duplicates. False when memory runs
+    // out.
     bool addWatchRule(const WatchRulePtr& rule);
     bool addPolicyRule(const PolicyRulePtr& rule);
-    // The same for an import, which leaves the rows as they are until somebody rebuilds them.
+    // The same for an import: does not update the rows.
     bool appendWatchRule(const WatchRulePtr& rule);
     // Remove the first stored rule that `rule` is equal to; false, and nothing changes, when there is none.
     bool deleteWatchRule(const WatchRule& rule);
     bool deletePolicyRule(const PolicyRule& rule);
-    // Remove the very record `rule` when it is stored, else the first equal one, which is what a reload has
-    // put in its place. An editor that left the record stored would add it a second time.
+    // Remove the record `rule` itself if it is stored, else the first equal one, which a reload has put in
+    // its place. For an editor: if the record stayed stored, saving would add it a second time.
     bool takeOutWatchRule(const WatchRule& rule);
     bool takeOutPolicyRule(const PolicyRule& rule);
     // The stored rule that a delete of `rule` would remove; null when there is none.
@@ -137,50 +141,50 @@ public:
     // is none.
     std::optional<RuleRef> firstEqualRule(
         const RuleRef& rule, const std::unordered_set<const void*>& excluded) const;
-    // True when the very record is stored.
+    // True when the record itself is stored, not just an equal one.
     bool isStored(const RuleRef& rule) const;
 
-    // Does what `changes` names, in its order, and answers what was really done, which inverted() takes back.
-    // A removal of a record that is not stored is left out, an addition of one that is stored too; a change
-    // of one that is not stored becomes an addition at the end.
+    // Applies `changes` in its order and returns what was actually done, which inverted() reverts. A removal
+    // of a record that is not stored is skipped, and so is an addition of one that is; a change of one that
+    // is not stored becomes an addition at the end.
     ChangeSet apply(const ChangeSet& changes);
 
-    // All stored rules, whatever the filter, in the order that the rows have without sorting.
+    // All stored rules, whatever the filter, in stored order.
     std::vector<RuleRef> allRules() const;
     // The user's rules in the order in which writeToFile() writes them. Throws std::bad_alloc, as does
-    // userRulesSnapshot(): fewer rules would be taken for removed ones.
+    // userRulesSnapshot(): missing rules would look like removed ones.
     std::vector<RuleRef> userRules() const;
-    // The same as they are now, for any thread.
+    // The same as an immutable copy, for any thread.
     RulesSnapshot userRulesSnapshot() const;
 
     // True when another stored rule of the same application group covers `rule`.
     bool isRedundant(const PolicyRule& rule) const { return coveringRule(rule) != nullptr; }
-    // The first such rule; null when there is none. Lives as long as it is stored.
+    // The first such rule; null when there is none. Valid as long as it is stored.
     const PolicyRule* coveringRule(const PolicyRule& rule) const;
 
     // Why the last read or write failed; none when it did not.
     const std::optional<std::string>& lastErrorMessage() const { return m_lastErrorMessage; }
     void setLastErrorMessage(std::optional<std::string> message) { m_lastErrorMessage = std::move(message); }
 
-    // Why files could not be read, of all that make up the configuration or the one file of the store: its
-    // own, the preferences, the system's. Each once, in the order of reading.
+    // Why files of the configuration, or the single file of the store, could not be read: its own, the
+    // preferences, the system's. Each message once, in the order of reading.
     const std::vector<std::string>& readFailures() const { return m_readFailures; }
 
-    // Why rules of the store's own file, the user's or the one it was made of, are not in the store, so that
-    // writing it back would lose them. None when all are, or when there is no file. Unlike lastErrorMessage()
-    // it outlives the reading of other files.
+    // Why rules of the store's own file (the user's, or the one it was made from) are not in the store, so
+    // that writing it back would lose them. None when all are, or when there is no file. Unlike
+    // lastErrorMessage() it is not reset by reading other files.
     struct UnreadRules {
         std::string reason;
-        bool isFailure = false; // of reading; a file that is not UTF-8 or holds a NUL byte is none
+        bool isFailure = false; // a read error; false for a file that is not UTF-8 or holds a NUL byte
     };
     const std::optional<UnreadRules>& unreadRules() const { return m_unreadRules; }
-    // The file in question has been kept under another name.
+    // Call it when that file has been saved under another name.
     void forgetUnreadRules() { m_unreadRules.reset(); }
 
-    // The store's own file as it was when it was read.
+    // The state of the store's own file when it was read.
     const KnownFile& ownFile() const { return m_ownFile; }
-    // How often it was read: what the store holds is what the file held since this last changed, and what was
-    // done since.
+    // How often it was read. The store consists of the file's contents at the last change of this count, plus
+    // the changes made since.
     std::uint64_t ownFileReadings() const { return m_ownFileReadings; }
 
     const platform::Locations& locations() const { return m_locations; }
@@ -198,7 +202,7 @@ private:
 
     const platform::Locations m_locations;
     platform::Log& m_log;
-    const std::chrono::milliseconds m_wait; // for another program's write to end
+    const std::chrono::milliseconds m_wait; // for another process to finish writing
     std::unique_ptr<RuleStore> m_store; // never null
     std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
     FilterOptions m_options;

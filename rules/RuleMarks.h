@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-// Tag and creation time: what a rule carries for people and what takes no part in rule equality. Equal rules
-// that differ in them are the same rule, changed.
+// Tag and creation time: annotations of a rule that do not take part in rule equality. Equal rules that
+// differ in them are the same rule, changed. Pure; any thread.
 
 namespace quorvane::rules {
 
@@ -13,11 +13,11 @@ const NullableText& tagOf(const RuleValue& rule);
 // 0 for a watch rule.
 std::uint64_t createdOf(const RuleValue& rule);
 
-// A null tag is the same as another null one only.
+// A null tag is the same only as another null one.
 bool hasSameTag(const RuleValue& a, const RuleValue& b);
 bool hasSameMarks(const RuleValue& a, const RuleValue& b);
 
-// `rule` with the tag of one rule and the creation time of another; `rule` itself where that changes nothing.
+// `rule` with the tag of one rule and the creation time of another; `rule` itself when that changes nothing.
 RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleValue& timed);
 
 } // namespace quorvane::rules

@@ -9,9 +9,10 @@
 
 namespace quorvane::rules {
 
-// Gives equal rules of several lists the same number, from 0 up: what comparing the lists is then done with.
+// Gives equal rules of several lists the same number, counting from 0, so that lists can be compared by
+// number.
 //
-// The rules handed in must outlive this object. At most 2^32 - 2 different rules.
+// The rules passed in must outlive this object. At most 2^32 - 2 different rules. One thread at a time.
 class RuleNumbering {
 public:
     // The number that an equal rule has got before, or the next one. One and the same value is equal to

@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <string>
 
-// What is asked of rules of both kinds alike. Pure; any thread.
+// Queries common to both kinds of rule. Pure; any thread.
 
 namespace quorvane::rules {
 
-// One of PolicyClass. Of a watch rule it is that of watch rules, where its property of that name is 0.
+// One of PolicyClass. PolicyClass::watch for a watch rule, whose property of that name is 0.
 inline std::int32_t classOf(const PolicyRuleFields& rule)
 {
     return rule.policyClass;
@@ -26,7 +26,7 @@ inline std::string pathOf(const RuleValue& rule)
     return askValue(rule, [](const auto& fields) { return std::string(fields.path.view()); });
 }
 
-// The identity of the very value.
+// The identity of the value object.
 inline const void* addressOf(const RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) -> const void* { return &fields; });

@@ -18,7 +18,7 @@ inline const PolicyRule* policyRuleIn(const RuleRef& rule)
     return policy == nullptr ? nullptr : policy->get();
 }
 
-// What `question` answers when it is asked with the record itself.
+// The result of `question` for the record itself.
 template <class Question> decltype(auto) visitRule(const RuleRef& rule, Question&& question)
 {
     return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
@@ -29,25 +29,25 @@ inline bool isSystemRule(const RuleRef& rule)
     return visitRule(rule, [](const auto& record) { return record.system(); });
 }
 
-// What tells records apart, as long as they live.
+// The identity of a record, while it lives.
 inline const void* addressOf(const RuleRef& rule)
 {
     return visitRule(rule, [](const auto& record) -> const void* { return &record; });
 }
 
-// The present value of a record.
+// The current value of a record. Any thread.
 inline RuleValue valueOf(const RuleRef& rule)
 {
     return visitRule(rule, [](const auto& record) { return RuleValue(record.value()); });
 }
 
-// The same for the thread that sets it, which needs no lock.
+// The same without a lock, for the thread that owns the record.
 inline RuleValue presentValueOf(const RuleRef& rule)
 {
     return visitRule(rule, [](const auto& record) { return RuleValue(record.presentValue()); });
 }
 
-// Gives a record a value of its kind.
+// Sets the value of a record, which must be of its kind.
 inline void setValue(const RuleRef& rule, const RuleValue& value)
 {
     if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))

@@ -80,7 +80,7 @@ SortColumn columnOf(
     return column;
 }
 
-// A stretch of places that tie in all descriptors before `descriptor`, and in the first `depth` bytes of it.
+// A range of positions that tie in all descriptors before `descriptor`, and in the first `depth` bytes of it.
 struct Tie {
     std::size_t begin;
     std::size_t end;
@@ -97,9 +97,9 @@ std::optional<SortKey> sortKeyNamed(std::string_view property)
     return found == propertyNames.end() ? std::nullopt : std::optional(found->second);
 }
 
-// Sorts by eight bytes of a key at a time: places that tie in them form a shorter stretch that is sorted by
-// the next eight, and by the next descriptor when the key has no more. So long common beginnings are compared
-// once. Sorting whole folded keys takes twice as long.
+// A multikey sort, eight bytes of a key at a time: positions that tie in them form a shorter range that is
+// sorted by the next eight, and by the next descriptor when the key is exhausted. So long common prefixes are
+// compared once. Sorting whole folded keys takes twice as long.
 void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
     const std::vector<SortDescriptor>& descriptors)
 {

@@ -10,10 +10,10 @@
 
 namespace quorvane::rules {
 
-// What rules can be sorted by: their properties, under their names, and three things that the table shows. A
-// property that a record kind lacks counts as absent.
+// Sort keys: the properties of rules, by name, and three values that the table shows. A property that a
+// record kind lacks counts as absent.
 enum class SortKey {
-    policyClass, // Deliberate: 0 for every watch rule, as the record answers
+    policyClass, // Deliberate: 0 for every watch rule, as the record returns
     policyType,
     path,
     processName,
@@ -24,12 +24,12 @@ enum class SortKey {
     created,
     sequence,
     system,
-    processShortName, // what getProcessShortName() answers
+    processShortName, // the result of getProcessShortName()
     ruleState,
     shownClass, // as policyClass, but PolicyClass::watch for a watch rule
 };
 
-// The key of a property name; none for other texts and for what is not a property.
+// The key of a property name; none for any other text.
 std::optional<SortKey> sortKeyNamed(std::string_view property);
 
 struct SortDescriptor {
@@ -40,12 +40,13 @@ struct SortDescriptor {
 };
 
 // Sorts `order`, numbers of `rules`: the first descriptor is the primary key, each later one breaks the ties
-// of those before it, and rules that tie in all keep their order. Texts compare by code point after
-// case folding, null or absent first; numbers numerically.
+// of those before it, and rules that tie in all keep their order. Texts compare by code point after case
+// folding, null or absent first; numbers numerically. For the thread that owns the rules; throws
+// std::bad_alloc.
 void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
     const std::vector<SortDescriptor>& descriptors);
 
-// Negative when `a` stands before `b` in that order, positive when behind it, 0 when they tie in all.
+// Negative when `a` comes before `b` in that order, positive when after it, 0 when they tie in all.
 int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& descriptors);
 
 } // namespace quorvane::rules

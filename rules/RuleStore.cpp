@@ -27,7 +27,7 @@ const PolicyGroup* RuleStore::existingGroupOf(const PolicyRuleFields& rule) cons
     return group == m_groups.end() ? nullptr : &group->second;
 }
 
-// New groups are put in their places; many of them are sorted with all the others.
+// A few new groups are inserted at their places; many are sorted together with all others.
 const std::vector<const RuleStore::Groups::value_type*>& RuleStore::orderedGroups() const
 {
     using Group = const Groups::value_type*;
@@ -178,8 +178,7 @@ RuleOrder RuleStore::storedOrder() const
     return order;
 }
 
-// Values are kept by row number, so that the next snapshot only adds those of rules that have come or
-// changed.
+// Values are cached by row number, so that the next snapshot only adds those of new and changed rules.
 RulesSnapshot RuleStore::userRulesSnapshot() const
 {
     RowNumbers& numbers = m_index.numbers();

@@ -22,45 +22,46 @@
 
 namespace quorvane::rules {
 
-// The rules in memory: watch rules in one list, policy rules by application group, and the rows made of them.
-// Everything derived follows each change by difference. For one thread.
+// The rules in memory: watch rules in one list, policy rules by application group, and the rows derived from
+// them. All derived data is updated incrementally. One thread only.
 //
-// What stores or looks at rows throws std::bad_alloc when there is no memory; nothing has changed then.
+// Operations that store rules or access rows throw std::bad_alloc; then nothing has changed.
 class RuleStore {
 public:
     using Groups = std::unordered_map<std::string, PolicyGroup, TextHash>; // by application group identity
 
     RuleStore() = default;
 
-    // The group of a rule: made when it is missing, or null.
+    // The group of a rule; the first creates it when missing, the second returns null.
     PolicyGroup& groupOf(const PolicyRuleFields& rule);
     const PolicyGroup* existingGroupOf(const PolicyRuleFields& rule) const;
     RuleList<WatchRule>& watchRules() { return m_watchRules; }
     const RuleList<WatchRule>& watchRules() const { return m_watchRules; }
-    // By key, ordered case-insensitively; those without rules too.
+    // By key, ordered case-insensitively; including groups without rules.
     const std::vector<const Groups::value_type*>& orderedGroups() const;
 
-    // Store the very record at the end; rebuildRows() lets the rows follow.
+    // Store the record itself at the end; call rebuildRows() afterwards.
     void append(const WatchRulePtr& rule) { m_watchRules.append(rule); }
     void append(const PolicyRulePtr& rule) { groupOf(rule->fields()).rules().append(rule); }
     // Remove the first equal rule; false when there is none.
     bool removeFirstEqual(const WatchRule& rule);
     bool removeFirstEqual(const PolicyRule& rule);
-    // Remove the very record; false when it is not stored.
+    // Remove the record itself; false when it is not stored.
     bool remove(const WatchRule& rule);
     bool remove(const PolicyRule& rule);
-    // True when the very record is stored.
+    // True when the record itself is stored.
     bool isStored(const RuleRef& rule) { return listOf(rule).has_value(); }
-    // Hand over the first equal record. Only of a store that is about to end: nothing follows.
+    // Move out the first equal record; null when there is none. Only for a store about to be destroyed:
+    // nothing else is updated.
     WatchRulePtr take(const WatchRuleFields& rule, std::uint64_t hash)
     {
         return m_watchRules.take(rule, hash);
     }
     PolicyRulePtr take(const PolicyRuleFields& rule, std::uint64_t hash);
-    // As RuleManager::apply(), but all or nothing.
+    // As RuleManager::apply(); all or nothing when it throws.
     ChangeSet apply(const ChangeSet& changes);
 
-    // True when a stored rule that `accepts` answers true for is equal to `rule`, in whatever group.
+    // True when some group has a rule equal to `rule` for which `accepts` is true.
     bool hasEqual(const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const;
 
     // Calls `use` with every rule in stored order: watch rules, then policy rules by application group.
@@ -80,17 +81,17 @@ public:
     }
     RulesSnapshot userRulesSnapshot() const;
 
-    // The rows follow the rules when somebody next looks.
+    // Marks the rows as stale; they are rebuilt at the next access.
     void rebuildRows() { m_rowsAreStale = true; }
     void setSearchText(std::optional<std::string> text);
     void sort(std::vector<SortDescriptor> descriptors);
-    // Brought up to date.
+    // The index, rebuilt when stale.
     const RuleIndex& index() const;
     // All rules, whatever search text and sort order.
     std::shared_ptr<const RuleRows> storedRows() const;
-    // As they are.
+    // The index as it is, perhaps stale.
     const RuleIndex& presentIndex() const { return m_index; }
-    // Search text and sort order of another store.
+    // Copies search text and sort order from another store.
     void setView(const RuleStore& other);
     std::size_t storedRules() const { return m_index.numbers().stored(); }
 
@@ -109,12 +110,12 @@ private:
     void numberAfresh() const;
     RuleOrder storedOrder() const;
 
-    // Derived; brought up to date when looked at.
+    // Derived data, updated on access.
     mutable RuleIndex m_index;
     mutable bool m_rowsAreStale = false;
-    mutable AppendOnlyTable<RuleValue> m_values; // by row number; as far as a snapshot has asked
+    mutable AppendOnlyTable<RuleValue> m_values; // by row number; as far as snapshots have needed them
     mutable std::vector<const Groups::value_type*> m_orderedGroups;
-    mutable std::vector<const Groups::value_type*> m_newGroups; // not yet among them
+    mutable std::vector<const Groups::value_type*> m_newGroups; // not yet in m_orderedGroups
 
     bool m_anyStrays = false;
     mutable Groups m_groups;

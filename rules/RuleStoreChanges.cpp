@@ -15,7 +15,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// The slot for a rule that is added at that place; the end where its neighbour is gone.
+// The slot for a rule added at that place; the end when its neighbour is no longer stored.
 template <class Rule> std::size_t slotFor(const RuleList<Rule>& list, const ChangeSet::Place& place)
 {
     if (place.kind == ChangeSet::Place::start)
@@ -29,8 +29,8 @@ template <class Rule> std::size_t slotFor(const RuleList<Rule>& list, const Chan
     return list.slots().size();
 }
 
-// The order of a list while many rules are added, each at its place in constant time. The operations throw
-// std::bad_alloc, nothing else does.
+// The order of a list while many rules are added, as a linked list, so that each is inserted in constant
+// time. The operations throw only std::bad_alloc.
 template <class Rule> class GrowingOrder {
 public:
     using Placed = typename RuleList<Rule>::Placed;
@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t head = 0; // before the first and behind the last; rule n is node n + 1
+    static constexpr std::size_t head = 0; // sentinel; rule n is node n + 1
 
     void insertBehind(std::size_t neighbour, Placed placed)
     {
@@ -96,7 +96,7 @@ template <class AnyList, class Use> void withList(const AnyList& anyList, const 
 
 } // namespace
 
-// What is going to be done, with the lists in which it is.
+// The steps to perform, with the lists that they affect.
 struct RuleStore::Plan {
     ChangeSet changes;
     std::vector<AnyList> removedFrom;
@@ -104,7 +104,7 @@ struct RuleStore::Plan {
     std::vector<bool> isAdded;
 };
 
-// First everything is decided and gets its memory, then everything is done, which needs none.
+// First plans everything and allocates all memory, then performs it, which cannot fail.
 ChangeSet RuleStore::apply(const ChangeSet& changes)
 {
     const std::size_t newGroups = m_newGroups.size();
@@ -195,8 +195,8 @@ void RuleStore::perform(Plan& plan) noexcept
     }
 }
 
-// Each rule that is put between others moves all that follow, so that many of one list take their places at
-// once. Where there is no memory for that, they are left to come one by one.
+// Each rule inserted between others moves all that follow, so many rules of one list are inserted at once.
+// Without memory for that, they are left to be inserted one by one.
 void RuleStore::addManyAtOnce(Plan& plan) noexcept
 {
     constexpr std::size_t many = 1000;
@@ -226,7 +226,7 @@ void RuleStore::addManyAtOnce(Plan& plan) noexcept
     }
 }
 
-// The list that a rule of that value goes to; its group is made when it is missing.
+// The list for a rule of that value; its group is created when missing.
 RuleStore::AnyList RuleStore::listFor(const RuleValue& value)
 {
     if (const auto* policy = std::get_if<PolicyValue>(&value))
@@ -262,7 +262,7 @@ RuleList<PolicyRule>* RuleStore::listOf(const PolicyRule& rule)
     return other == m_groups.end() ? nullptr : &other->second.rules();
 }
 
-// The groups that were made last go again.
+// Removes the groups created last.
 void RuleStore::dropNewGroups(std::size_t kept) noexcept
 {
     for (; m_newGroups.size() > kept; m_newGroups.pop_back())

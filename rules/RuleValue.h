@@ -37,8 +37,8 @@ struct WatchRuleFields {
     bool system = false;
 };
 
-// A rule as it is at one moment. Never null, never changes, and may be read from any thread: what a snapshot,
-// a difference or a merge works on. The records PolicyRule and WatchRule are handles to a present value.
+// A rule at one moment, for snapshots, differences and merges. Never null, immutable, safe to read from any
+// thread. The records PolicyRule and WatchRule are handles to a current value.
 using PolicyValue = std::shared_ptr<const PolicyRuleFields>;
 using WatchValue = std::shared_ptr<const WatchRuleFields>;
 using RuleValue = std::variant<PolicyValue, WatchValue>;
@@ -52,7 +52,7 @@ inline WatchValue makeRuleValue(WatchRuleFields fields)
     return std::make_shared<const WatchRuleFields>(std::move(fields));
 }
 
-// What `question` answers when it is asked with the properties of the rule.
+// The result of `question` for the properties of the rule.
 template <class Question> decltype(auto) askValue(const RuleValue& rule, Question&& question)
 {
     return std::visit([&](const auto& fields) -> decltype(auto) { return question(*fields); }, rule);

@@ -12,7 +12,7 @@ RulesContent::RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t 
 {
     constexpr std::size_t mostOfUsualRule = 1024; // bytes
     const std::uintmax_t most = rules * mostOfUsualRule;
-    m_bytes.reserve(std::min(bytes, most) + std::min(bytes, most) / 8); // some rules have come
+    m_bytes.reserve(std::min(bytes, most) + std::min(bytes, most) / 8); // leaves room for added rules
     m_ends.reserve(rules);
 }
 

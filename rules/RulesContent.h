@@ -13,23 +13,23 @@
 
 namespace quorvane::rules {
 
-// What a rules file is to hold, made in memory before the file is touched. The append operations throw
-// std::bad_alloc, nothing else does.
+// The future contents of a rules file, built in memory before the file is touched. Only the append operations
+// throw, std::bad_alloc. One thread at a time.
 class RulesContent {
 public:
     explicit RulesContent(LineEnds lineEnds = LineEnds::cut)
         : m_lineEnds(lineEnds)
     {
     }
-    // For about `rules` rules that take about `bytes`, which then need not move while they grow. Takes no
-    // more room than usual rules may need, whatever `bytes` is.
+    // Reserves memory for about `rules` rules that take about `bytes`, to avoid reallocation. Never reserves
+    // more than that many usual rules may need, whatever `bytes` is.
     RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t bytes);
 
     void append(const WatchRuleFields& rule) { appendLine(rule); }
     void append(const PolicyRuleFields& rule) { appendLine(rule); }
     void append(const RuleRef& rule);
 
-    // What a file holds already, byte for byte.
+    // Existing contents of a file, byte for byte.
     static RulesContent ofText(std::string text);
 
     std::string_view bytes() const { return m_bytes; }
@@ -37,7 +37,7 @@ public:
     // Whether any line lacks its end.
     bool isCut() const { return m_isCut; }
 
-    // Where the rule ends to which the byte at `position` belongs. Requires position < bytes().size().
+    // The end of the rule that contains the byte at `position`. Requires position < bytes().size().
     std::size_t endOfRuleAt(std::size_t position) const;
 
 private:
@@ -46,7 +46,7 @@ private:
     LineEnds m_lineEnds;
     std::string m_bytes;
     bool m_isCut = false;
-    std::vector<std::size_t> m_ends; // of the rules, in `m_bytes`
+    std::vector<std::size_t> m_ends; // of each rule, as offset in `m_bytes`
 };
 
 } // namespace quorvane::rules

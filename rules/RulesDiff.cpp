@@ -14,7 +14,7 @@ RulesDifference rulesDifference(const std::vector<RuleValue>& before, const std:
         if (numbering.numberOf(rule) == earlier.size())
             earlier.push_back(&rule);
     }
-    std::vector<bool> isMet(earlier.size()); // by number: stands in the later list
+    std::vector<bool> isMet(earlier.size()); // by number: is in the later list
     for (const RuleValue& rule : after) {
         const std::uint32_t number = numbering.numberOf(rule);
         if (number == isMet.size())

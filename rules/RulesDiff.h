@@ -7,7 +7,7 @@
 
 namespace quorvane::rules {
 
-// What differs between two lists of rules.
+// The differences between two lists of rules.
 struct RulesDifference {
     std::vector<RuleValue> added; // in the order of the later list
     std::vector<RuleValue> removed; // in the order of the earlier list
@@ -17,8 +17,8 @@ struct RulesDifference {
     bool isEmpty() const { return added.empty() && removed.empty() && changed.empty(); }
 };
 
-// The difference by rule equality. How often an equal rule stands is no difference; of equal rules the first
-// counts. Pure, from any thread; time and memory in proportion to the rules.
+// The difference by rule equality. How often a rule is repeated does not matter; of equal rules the first
+// counts. Pure, any thread; linear time and memory.
 RulesDifference rulesDifference(const std::vector<RuleValue>& before, const std::vector<RuleValue>& after);
 
 } // namespace quorvane::rules

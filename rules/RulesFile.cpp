@@ -40,8 +40,8 @@ RulesFileText RulesFileText::read(const std::string& path, const platform::FileL
     return readGuarded(path, std::nullopt);
 }
 
-// A writer that honours the lock is waited for. Any other shows by the file's identity, which then differs
-// before and after the reading. One that goes on and on gets the last word: the next look finds another
+// Waits for writers that take the lock. Any other is detected by the file's identity, which then differs
+// before and after the read. If one never stops writing, the last read counts: the next poll finds another
 // identity and reads again.
 RulesFileText RulesFileText::readGuarded(
     const std::string& path, std::optional<std::chrono::milliseconds> wait)
@@ -77,8 +77,8 @@ RulesFileText::Outcome RulesFileText::readOnce(
     return outcome;
 }
 
-// True when there is a file to read. One that is empty is opened as well: a writer that holds the lock may
-// just have emptied it.
+// True when there is a file to read. An empty one counts: a writer that holds the lock may just have
+// truncated it.
 bool RulesFileText::lookAt(const std::string& path)
 {
     struct stat status { };
@@ -93,12 +93,12 @@ bool RulesFileText::lookAt(const std::string& path)
     return m_identity && *m_identity != platform::FileIdentity::missing();
 }
 
-// None when it cannot be read or when there is nothing to read after all.
+// None when it cannot be read or there turns out to be nothing to read.
 platform::FileDescriptor RulesFileText::open(const std::string& path, std::error_code& error)
 {
     platform::FileDescriptor file = platform::openRegularFile(path, O_RDONLY | O_NOFOLLOW, error);
     if (error == std::errc::no_such_file_or_directory) {
-        m_identity = platform::FileIdentity::missing(); // since it was looked at
+        m_identity = platform::FileIdentity::missing(); // removed since the check
         m_nothing = true;
     } else if (error == std::errc::not_supported) {
         m_nothing = true; // a pipe or device

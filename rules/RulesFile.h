@@ -19,39 +19,39 @@ namespace quorvane::rules {
 
 // The text of a rules file, or why there is none.
 //
-// Taken under a shared lock, and again when the file changed while it was read, so that a half-written file
-// is not taken for a whole one. Any thread.
+// Read under a shared lock, and again if the file changed during the read, so that a half-written file is not
+// taken for a complete one. Any thread.
 class RulesFileText {
 public:
-    // How long a reader waits for a writer; then it reads all the same.
+    // How long a reader waits for a writer; then it reads without the lock.
     static constexpr std::chrono::milliseconds usualWait{2000};
 
-    // Reads the file whole. Its size is asked through a symbolic link, its opening refuses one.
+    // Reads the file whole. A symbolic link is followed for the size but refused when opening.
     static RulesFileText read(const std::string& path, std::chrono::milliseconds wait = usualWait);
-    // The same for who holds a lock on that file already, which must last as long as the reading.
+    // The same for a caller that already holds a lock on that file and keeps it during the read.
     static RulesFileText read(const std::string& path, const platform::FileLock& held);
 
-    // Up to the first NUL byte; always valid UTF-8. Lasts as long as this object.
+    // Up to the first NUL byte; always valid UTF-8. Valid as long as this object.
     std::string_view text() const { return m_text; }
 
-    // Every byte that was read, also of a file that is not UTF-8. Lasts as long as this object.
+    // All bytes read, even of a file that is not UTF-8. Valid as long as this object.
     std::string_view bytes() const { return {m_bytes.get(), m_size}; }
 
-    // The file that the bytes come from, in the state in which they are its contents; missing where there was
-    // none. Nothing when the file could not be looked at.
+    // The identity of the file in the state in which it held these bytes; isMissing() when there was no file.
+    // None when it could not be determined.
     const std::optional<platform::FileIdentity>& identity() const { return m_identity; }
-    // A time before that state was looked at: what changes the file afterwards may bear a later one.
+    // A time before that state was determined: any change not seen happened after it.
     std::chrono::system_clock::time_point lookedAt() const { return m_lookedAt; }
 
-    // True when there was nothing to read: missing, no file with contents, of size 0, or not UTF-8. No
+    // True when there was nothing to read: the file is missing, not a regular file, empty or not UTF-8. Not a
     // failure.
     bool isNothing() const { return m_nothing; }
 
     // Why rules that the file may hold are not in the text: it is not UTF-8, a NUL byte hides a part, or
-    // reading failed. None when all of it is there, or when there is no file.
+    // reading failed. None when the text is complete, or when there is no file.
     const std::optional<std::string>& unreadReason() const { return m_unreadReason; }
 
-    // True when there was no memory for it, which is a failure.
+    // True when there was not enough memory for it, which is a failure.
     bool isTooLargeForMemory() const { return m_tooLarge; }
 
     // Why the file could not be read; none when it could or when there was nothing.

@@ -41,13 +41,13 @@ public:
         expect(fchmod(m_file.get(), rulesFileMode) == 0, "set the permissions of");
         std::error_code unknown;
         m_result.identity = platform::FileIdentity::ofDescriptor(m_file.get(), unknown);
-        // Closed even where that fails, and a signal is no failure.
+        // close() releases the descriptor even when it fails, and EINTR is not a failure.
         expect(close(m_file.release()) == 0 || errno == EINTR, "close");
         return m_result;
     }
 
 private:
-    // A file that is not there yet is told apart, since its name needs syncing as well.
+    // Detects a new file, since its folder entry needs syncing as well.
     void open()
     {
         constexpr int flags = O_WRONLY | O_NOFOLLOW;
@@ -62,8 +62,8 @@ private:
                 = "Failed to open file '" + m_path + "' for writing: " + platform::errorText(error);
     }
 
-    // Writes all rules in as few calls as will do. After a failure the rest of that rule is left out, and the
-    // next one follows directly upon what was written of it. Returns how many bytes the file has then.
+    // Writes all rules with as few calls as possible. After a failure the rest of that rule is skipped, and
+    // the next one directly follows the part that was written. Returns the resulting length in bytes.
     std::size_t writeOver(const RulesContent& content)
     {
         const std::string_view bytes = content.bytes();
@@ -76,7 +76,7 @@ private:
             if (at == bytes.size())
                 break;
             if (!error)
-                error = platform::systemError(EIO); // a call that writes nothing and does not say why
+                error = platform::systemError(EIO); // a write that returned 0 without an error
             m_result.message
                 = "Failed write() operation on file '" + m_path + "' " + platform::errorText(error);
             if (m_old && putBack(length))
@@ -86,7 +86,7 @@ private:
         return length;
     }
 
-    // A file with old bytes left behind the new ones is not written; one that was no longer is all right.
+    // Old bytes left after the new ones are a failure; if the file was not longer anyway, there are none.
     void cutTo(std::size_t length)
     {
         if (ftruncate(m_file.get(), static_cast<off_t>(length)) == 0)
@@ -102,7 +102,7 @@ private:
             putBack(length);
     }
 
-    // What was written over of the old bytes has its room already.
+    // Restores the overwritten bytes, which cannot run out of space.
     bool putBack(std::size_t written)
     {
         std::error_code error;
@@ -122,7 +122,7 @@ private:
         expect(folder && fsync(folder.get()) == 0, "sync the folder of");
     }
 
-    // What was done by now is there to stay; that it failed is told.
+    // The data is written already, so a failure from here on is only a warning.
     void expect(bool done, const char* what)
     {
         if (!done)

@@ -8,10 +8,10 @@
 #include <algorithm>
 #include <cstdint>
 
-// Every rule of the three lists gets an entry, equal rules the same one. An entry is in the result or not by
-// the lists that it stands in alone. The result is a chain of entries: first those of ours in their order,
-// into which those of theirs are hung one after the other, each behind the last one of theirs that is in the
-// chain.
+// Every rule of the three lists gets an entry, equal rules the same one. Only the lists that contain an entry
+// decide whether it is in the result. The result is a linked list of entries: first those of ours in their
+// order, into which those of theirs are inserted one by one, each behind the last one of theirs that is
+// already linked.
 
 namespace quorvane::rules {
 
@@ -19,15 +19,15 @@ namespace {
 
 constexpr std::uint32_t absent = UINT32_MAX;
 
-// A rule, and where it stands in each list.
+// A rule, and its position in each list.
 struct MergedRule {
     std::uint32_t base = absent;
     std::uint32_t ours = absent;
     std::uint32_t theirs = absent;
 };
 
-// Gives rules that are known by each other the same number: equal ones, the first of a list the first of
-// another, the second the second.
+// Gives matching rules the same number: equal rules, the first of a list with the first of another, the
+// second with the second.
 class EntryNumbering {
 public:
     void beginList() { m_occurrences.beginList(); }
@@ -57,7 +57,7 @@ public:
         m_next.assign(m_entries.size() + 2, absent);
     }
 
-    // Rules of all lists that theirs has in another order than the base take their place in theirs.
+    // Rules of all three lists that theirs has in another order than the base move to their place in theirs.
     void moveWhatTheirsMoved()
     {
         std::vector<std::uint32_t> entries;
@@ -88,7 +88,7 @@ public:
     }
 
 private:
-    // Two more links: where the chain starts, and where theirs starts as long as it is not in the chain.
+    // Two more links: the start of the list, and the start of theirs while it is not in the list.
     std::uint32_t chainStart() const { return static_cast<std::uint32_t>(m_entries.size()); }
     std::uint32_t theirsStart() const { return chainStart() + 1; }
 
@@ -150,7 +150,7 @@ private:
         return std::holds_alternative<WatchValue>(onlyRule(m_entries[number]));
     }
 
-    // Behind which entry of the chain rules of that kind begin or end.
+    // The entry behind which rules of that kind begin or end.
     std::uint32_t placeOfKind(bool watchRules, Placement placement) const
     {
         std::uint32_t place = absent;
@@ -210,7 +210,7 @@ private:
     std::vector<std::uint32_t> m_oursEntries;
     std::vector<std::uint32_t> m_theirsEntries;
     std::vector<bool> m_isMoved; // by entry
-    std::vector<std::uint32_t> m_next; // by entry: the next one of the chain
+    std::vector<std::uint32_t> m_next; // by entry: the next one of the list
 };
 
 } // namespace

@@ -6,27 +6,28 @@
 #include <optional>
 #include <vector>
 
-// Brings together what two sides did to the same rules.
+// Three-way merge of rule lists.
 //
-// A rule is known by rule equality; of rules that stand more than once the first is known by the first, the
-// second by the second. So the last ones go when a side has fewer, and what both sides add counts once.
+// Rules are matched by rule equality; repeated rules are matched by occurrence, the first with the first, the
+// second with the second. So the last ones are removed when a side has fewer, and a rule that both sides add
+// is added once.
 //
-// - In both lists: stays. Tag and creation time merge one by one: what one side alone has changed is taken,
-//   where both have changed it ours is.
+// - In both lists: stays. Tag and creation time merge separately: a change by one side is taken,
+//   of a change by both, ours.
 // - In one list and not in the base: added by that side.
-// - In one list and in the base: removed by the other side, and goes; unless its tag was changed since.
-// - The order is ours. What theirs adds stands immediately behind what precedes it in theirs and is in the
-//   result, of whatever kind.
+// - In one list and in the base: removed by the other side, and removed, unless its tag was changed since.
+// - The order is ours. A rule that theirs adds is placed directly behind the nearest rule, of whatever kind,
+//   before it in theirs that is in the result.
 
 namespace quorvane::rules {
 
 struct MergedRule {
     RuleValue rule;
-    std::optional<std::size_t> ours; // the number in ours of the rule that it is; none when theirs adds it
-    bool isMoved = false; // ours, and no longer in the order of ours; only when an undo restores a place
+    std::optional<std::size_t> ours; // its index in ours; none when theirs adds it
+    bool isMoved = false; // from ours, but out of the order of ours; only when an undo restores a position
 };
 
-// Where the sides disagreed.
+// A conflict between the sides.
 struct MergeReport {
     enum Kind {
         tagSetOnBothSides, // other: the rule of theirs
@@ -52,18 +53,17 @@ struct MergeResult {
     std::vector<MergeReport> reports;
 };
 
-// Where rules of theirs stand before which nothing of theirs is in the result. Without any rule of that kind,
-// watch rules stand at the start and policy rules at the end.
+// The place of rules of theirs when no rule before them in theirs is in the result. Without any rule of that
+// kind, watch rules go to the start and policy rules to the end.
 enum class Placement {
     endOfKind, // for merges
-    // For an undo: base is what the undone action left, theirs what it found. Rules that the action moved go
-    // back as well. When ours is still what the action left, the result is what it found, order included, as
-    // long as watch rules stand before policy rules there.
+    // For an undo: base is the state after the undone action, theirs the state before it. Rules that the
+    // action moved move back as well. If ours is still the state after the action, the result is the state
+    // before it, order included, provided that watch rules come before policy rules there.
     startOfKind,
 };
 
-// Pure, from any thread; memory in proportion to the rules, and so is time, but for a logarithm where an undo
-// moves rules.
+// Pure, any thread; linear memory and time, with a logarithmic factor where an undo moves rules.
 MergeResult mergeRules(const std::vector<RuleValue>& base, const std::vector<RuleValue>& ours,
     const std::vector<RuleValue>& theirs, Placement placement = Placement::endOfKind);
 

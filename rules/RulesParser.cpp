@@ -15,27 +15,27 @@ namespace quorvane::rules {
 
 namespace {
 
-constexpr std::size_t stretchLength = 256U << 10U; // bytes, about
+constexpr std::size_t chunkLength = 256U << 10U; // bytes, about
 
-// Cuts the next stretch of whole lines off the front of `text`. A line feed always ends a line.
-std::string_view takeStretch(std::string_view& text)
+// Removes the next chunk of whole lines from the front of `text`. A line feed always ends a line.
+std::string_view takeChunk(std::string_view& text)
 {
-    const std::size_t lineFeed = text.find('\n', std::min(stretchLength, text.size()));
-    const std::string_view stretch
+    const std::size_t lineFeed = text.find('\n', std::min(chunkLength, text.size()));
+    const std::string_view chunk
         = text.substr(0, lineFeed == std::string_view::npos ? lineFeed : lineFeed + 1);
-    text.remove_prefix(stretch.size());
-    return stretch;
+    text.remove_prefix(chunk.size());
+    return chunk;
 }
 
-// A parser and the stretch that it parses, perhaps on another thread.
+// A parser and its chunk, perhaps on another thread.
 struct Worker {
     Worker(RulesFileKind kind, std::size_t usualLength)
         : parser(kind, usualLength)
     {
     }
-    void start(std::string_view stretch, std::launch policy)
+    void start(std::string_view chunk, std::launch policy)
     {
-        records = std::async(policy, [this, stretch] { return parser.parse(stretch); });
+        records = std::async(policy, [this, chunk] { return parser.parse(chunk); });
     }
 
     RulesParser parser;
@@ -83,13 +83,13 @@ void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
 
 void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use)
 {
-    // Where no thread can be had, the library's choice falls back on this one.
-    const bool isLong = text.size() > 2 * stretchLength;
+    // std::async falls back to the calling thread when no thread can be created.
+    const bool isLong = text.size() > 2 * chunkLength;
     const auto policy = isLong ? std::launch::async | std::launch::deferred : std::launch::deferred;
     std::deque<Worker> workers;
     for (unsigned number = isLong ? std::max(std::thread::hardware_concurrency(), 1U) : 1U; number > 0;
          --number)
-        workers.emplace_back(kind, std::min(text.size(), stretchLength)).start(takeStretch(text), policy);
+        workers.emplace_back(kind, std::min(text.size(), chunkLength)).start(takeChunk(text), policy);
     std::size_t busy = workers.size();
     for (std::size_t next = 0; busy > 0; next = (next + 1) % workers.size()) {
         Worker& worker = workers[next];
@@ -97,7 +97,7 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
         if (text.empty())
             --busy;
         else
-            worker.start(takeStretch(text), policy);
+            worker.start(takeChunk(text), policy);
         for (ParsedLine& record : records)
             use(record);
     }

@@ -15,24 +15,25 @@
 
 namespace quorvane::rules {
 
-// How a rules file is read.
+// How to read a rules file.
 struct RulesFileKind {
-    bool system = false; // rules are labelled as the system's
+    bool system = false; // rules are marked as system rules
     bool optionsAllowed = false; // "set" lines are options
 };
 
-// What one line of a rules file holds. Rules are without sequence number, which their user may set.
+// The content of one line of a rules file. Rules have no sequence number yet; the caller may set it.
 struct ParsedLine {
     std::variant<std::shared_ptr<PolicyRuleFields>, std::shared_ptr<WatchRuleFields>, FilterOption> content;
     std::uint64_t hash = 0; // a rule's identityHash()
-    NullableText operationsText; // of a watch rule, as it stands in the file
+    NullableText operationsText; // of a watch rule, as spelled in the file
 };
 
-// Turns lines of a rules file into what they hold. Comments and unusable lines leave none. Not for two
-// threads at once.
+// Parses lines of a rules file. Comments and unusable lines yield nothing. One thread at a time; throws
+// std::bad_alloc.
 class RulesParser {
 public:
-    // For texts of about that length at a time, in bytes, lest a short one costs what a long one does.
+    // `usualLength`: the usual length in bytes of a text to parse. Sizes the text pool, so that short texts
+    // stay cheap.
     explicit RulesParser(RulesFileKind kind, std::size_t usualLength = 1U << 18U)
         : m_kind(kind)
         , m_pool(usualLength / 16 + 1)
@@ -50,8 +51,8 @@ private:
     TextPool m_pool;
 };
 
-// Gives the content of every line of `text` to `use`, in order and on the calling thread. Of a long text
-// several stretches are parsed at the same time, on threads that have ended when the call returns.
+// Passes the content of every line of `text` to `use`, in order and on the calling thread. Chunks of a long
+// text are parsed in parallel, on threads that have ended when the call returns.
 void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use);
 
 } // namespace quorvane::rules

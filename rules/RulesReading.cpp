@@ -15,7 +15,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// The pieces of a log line, joined.
+// Concatenates the pieces of a log line.
 template <class... Pieces> std::string logLine(const Pieces&... pieces)
 {
     std::string line;

@@ -19,19 +19,19 @@ class PolicyGroup;
 class RuleStore;
 struct ParsedLine;
 
-// The reading of one file into a store: gives each rule its number and its record, leaves out those of which
-// an equal one is stored, and logs every line. Throws std::bad_alloc. One thread.
+// Reads one file into a store: gives each rule its sequence number and its record, skips those that are equal
+// to a stored one, and logs every line. Throws std::bad_alloc. One thread only.
 class RulesReading {
 public:
-    // `former`: the store before a reload, of which a rule takes the record of an equal one; may be null.
-    // `sequence`: the number of the next rule. All must outlive it.
+    // `former`: the store before a reload, whose records are reused for equal rules; may be null. `sequence`:
+    // the number of the next rule. All arguments must outlive this object.
     RulesReading(RuleStore& store, RuleStore* former, FilterOptions& options, std::int64_t& sequence,
         platform::Log& log);
 
-    // From now on policy rules are merged into the ones before them, as in the fail-safe file.
+    // From now on merges policy rules into previous ones, as for the fail-safe file.
     void mergeAsFailSafe();
 
-    // Stores what the line holds, which is moved from.
+    // Stores the content of the line and moves from it.
     void store(ParsedLine& line);
 
 private:
@@ -45,8 +45,8 @@ private:
     FilterOptions& m_options;
     std::int64_t& m_sequence;
     platform::Log& m_log;
-    std::unique_ptr<FailSafeMerge> m_failSafe; // of the fail-safe file only
-    // Rules of one application mostly follow each other and share its texts.
+    std::unique_ptr<FailSafeMerge> m_failSafe; // only for the fail-safe file
+    // Cache: rules of one application are mostly adjacent and share its texts.
     NullableText m_lastProcessName;
     NullableText m_lastConstraint;
     PolicyGroup* m_lastGroup = nullptr;

@@ -12,12 +12,12 @@
 
 namespace quorvane::rules {
 
-// Rules as they were at one moment, in the order in which they are written. Cheap to make and to copy, never
-// changes, and may be used from any thread.
+// Rules as they were at one moment, in the order in which they are written. Cheap to make and to copy,
+// immutable, safe to use from any thread.
 class RulesSnapshot {
 public:
     RulesSnapshot() = default;
-    // The rules are those of `order`, numbers of `values`, which may go on growing.
+    // The rules are `values` at the indexes in `order`; the original of `values` may keep growing.
     RulesSnapshot(AppendOnlyTable<RuleValue> values, std::shared_ptr<const std::vector<std::uint32_t>> order)
         : m_values(std::move(values))
         , m_order(std::move(order))

@@ -11,7 +11,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// The numbers of rules in a list, found by the rules' properties.
+// Hash and equality for indexes of rules in a list, by the rules' properties.
 struct HashOfNumbered {
     const std::vector<RuleValue>* rules;
     std::size_t operator()(std::size_t number) const { return identityHash((*rules)[number]); }

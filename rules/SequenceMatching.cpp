@@ -5,19 +5,20 @@
 #include <algorithm>
 #include <cstddef>
 
-// Patience: of a stretch of both sequences the common beginning and end are taken off; what stands once in
-// both is put into its longest common order, and each stretch between two such places is matched by itself.
-// Where nothing stands once, Myers' greedy algorithm looks for the fewest differences, up to a bound.
+// Patience diff: the common beginning and end of a range of both sequences are matched; elements that occur
+// once in both are reduced to their longest common order, and each range between two of them is matched
+// recursively. Where no element is unique, Myers' greedy algorithm finds the fewest differences, up to a
+// bound.
 
 namespace quorvane::rules {
 
 namespace {
 
-constexpr int deepest = 24; // stretches within stretches; made sequences could go on without an end
+constexpr int deepest = 24; // recursion depth; crafted sequences could recurse without end
 constexpr std::ptrdiff_t mostDifferences = 256;
-constexpr std::ptrdiff_t nowhere = -2; // farther back than any step forward mends
+constexpr std::ptrdiff_t nowhere = -2; // stays invalid even after a step forward
 
-struct Stretch {
+struct Range {
     std::uint32_t aBegin, aEnd, bBegin, bEnd;
 
     bool isEmpty() const { return aBegin == aEnd || bBegin == bEnd; }
@@ -44,36 +45,34 @@ public:
     }
 
 private:
-    // How often an element stands in a stretch of each sequence, and where in the second.
+    // How often an element occurs in a range of each sequence, and where in the second.
     struct Seen {
         std::uint32_t inA = 0;
         std::uint32_t inB = 0;
         std::uint32_t placeInB = 0;
     };
 
-    void match(Stretch stretch, int depth)
+    void match(Range range, int depth)
     {
-        for (; !stretch.isEmpty() && m_a[stretch.aBegin] == m_b[stretch.bBegin];
-             ++stretch.aBegin, ++stretch.bBegin)
-            m_pairs.emplace_back(stretch.aBegin, stretch.bBegin);
-        const std::uint32_t end = stretch.aEnd;
-        for (; !stretch.isEmpty() && m_a[stretch.aEnd - 1] == m_b[stretch.bEnd - 1];
-             --stretch.aEnd, --stretch.bEnd) { }
-        if (!stretch.isEmpty())
-            matchInside(stretch, depth);
-        for (std::uint32_t a = stretch.aEnd, b = stretch.bEnd; a < end; ++a, ++b)
+        for (; !range.isEmpty() && m_a[range.aBegin] == m_b[range.bBegin]; ++range.aBegin, ++range.bBegin)
+            m_pairs.emplace_back(range.aBegin, range.bBegin);
+        const std::uint32_t end = range.aEnd;
+        for (; !range.isEmpty() && m_a[range.aEnd - 1] == m_b[range.bEnd - 1]; --range.aEnd, --range.bEnd) { }
+        if (!range.isEmpty())
+            matchInside(range, depth);
+        for (std::uint32_t a = range.aEnd, b = range.bEnd; a < end; ++a, ++b)
             m_pairs.emplace_back(a, b);
     }
 
-    void matchInside(const Stretch& stretch, int depth)
+    void matchInside(const Range& range, int depth)
     {
         const std::vector<PlacePair> anchors
-            = depth < deepest ? commonSingles(stretch) : std::vector<PlacePair>();
+            = depth < deepest ? commonSingles(range) : std::vector<PlacePair>();
         if (anchors.empty()) {
-            matchFewDifferences(stretch);
+            matchFewDifferences(range);
             return;
         }
-        Stretch between = stretch;
+        Range between = range;
         for (const auto& [a, b] : anchors) {
             between.aEnd = a;
             between.bEnd = b;
@@ -82,32 +81,32 @@ private:
             between.aBegin = a + 1;
             between.bBegin = b + 1;
         }
-        between.aEnd = stretch.aEnd;
-        between.bEnd = stretch.bEnd;
+        between.aEnd = range.aEnd;
+        between.bEnd = range.bEnd;
         match(between, depth + 1);
     }
 
-    // What stands once in both, in its longest common order.
-    std::vector<PlacePair> commonSingles(const Stretch& stretch)
+    // Elements that occur once in both, in their longest common order.
+    std::vector<PlacePair> commonSingles(const Range& range)
     {
-        for (std::uint32_t a = stretch.aBegin; a < stretch.aEnd; ++a)
+        for (std::uint32_t a = range.aBegin; a < range.aEnd; ++a)
             ++m_seen[m_a[a]].inA;
-        for (std::uint32_t b = stretch.bBegin; b < stretch.bEnd; ++b) {
+        for (std::uint32_t b = range.bBegin; b < range.bEnd; ++b) {
             ++m_seen[m_b[b]].inB;
             m_seen[m_b[b]].placeInB = b;
         }
         std::vector<PlacePair> pairs;
         Sequence places;
-        for (std::uint32_t a = stretch.aBegin; a < stretch.aEnd; ++a) {
+        for (std::uint32_t a = range.aBegin; a < range.aEnd; ++a) {
             const Seen& seen = m_seen[m_a[a]];
             if (seen.inA == 1 && seen.inB == 1) {
                 pairs.emplace_back(a, seen.placeInB);
                 places.push_back(seen.placeInB);
             }
         }
-        for (std::uint32_t a = stretch.aBegin; a < stretch.aEnd; ++a)
+        for (std::uint32_t a = range.aBegin; a < range.aEnd; ++a)
             m_seen[m_a[a]] = {};
-        for (std::uint32_t b = stretch.bBegin; b < stretch.bEnd; ++b)
+        for (std::uint32_t b = range.bBegin; b < range.bEnd; ++b)
             m_seen[m_b[b]] = {};
         return inOrder(pairs, places);
     }
@@ -123,32 +122,34 @@ private:
         return ordered;
     }
 
-    // Myers: with d differences, how far each diagonal (place in a less place in b) is reached.
-    void matchFewDifferences(const Stretch& stretch)
+    // Myers: with d differences, the furthest point reached on each diagonal (position in a minus position in
+    // b).
+    void matchFewDifferences(const Range& range)
     {
-        const auto aLength = static_cast<std::ptrdiff_t>(stretch.aEnd - stretch.aBegin);
-        const auto bLength = static_cast<std::ptrdiff_t>(stretch.bEnd - stretch.bBegin);
-        std::vector<std::vector<std::ptrdiff_t>> reached; // by differences: places in a, by diagonal
+        const auto aLength = static_cast<std::ptrdiff_t>(range.aEnd - range.aBegin);
+        const auto bLength = static_cast<std::ptrdiff_t>(range.bEnd - range.bBegin);
+        std::vector<std::vector<std::ptrdiff_t>>
+            reached; // by number of differences: positions in a, by diagonal
         for (std::ptrdiff_t d = 0; d <= std::min(mostDifferences, aLength + bLength); ++d) {
             reached.emplace_back(static_cast<std::size_t>(2 * d + 1));
             for (std::ptrdiff_t diagonal = -d; diagonal <= d; diagonal += 2) {
                 std::ptrdiff_t a = d == 0 ? 0 : startOn(reached, d, diagonal);
                 while (a < aLength && a - diagonal >= 0 && a - diagonal < bLength
-                    && elementsAgree(stretch, a, a - diagonal))
+                    && elementsAgree(range, a, a - diagonal))
                     ++a;
                 reached.back()[static_cast<std::size_t>(diagonal + d)] = a;
                 if (a >= aLength && a - diagonal >= bLength) {
-                    takePath(stretch, reached, aLength, bLength);
+                    takePath(range, reached, aLength, bLength);
                     return;
                 }
             }
         }
     }
 
-    bool elementsAgree(const Stretch& stretch, std::ptrdiff_t a, std::ptrdiff_t b) const
+    bool elementsAgree(const Range& range, std::ptrdiff_t a, std::ptrdiff_t b) const
     {
-        return m_a[stretch.aBegin + static_cast<std::size_t>(a)]
-            == m_b[stretch.bBegin + static_cast<std::size_t>(b)];
+        return m_a[range.aBegin + static_cast<std::size_t>(a)]
+            == m_b[range.bBegin + static_cast<std::size_t>(b)];
     }
 
     static std::ptrdiff_t reachedOn(
@@ -165,7 +166,7 @@ private:
         return std::max(reachedOn(before, d - 1, diagonal - 1) + 1, reachedOn(before, d - 1, diagonal + 1));
     }
 
-    void takePath(const Stretch& stretch, const std::vector<std::vector<std::ptrdiff_t>>& reached,
+    void takePath(const Range& range, const std::vector<std::vector<std::ptrdiff_t>>& reached,
         std::ptrdiff_t a, std::ptrdiff_t b)
     {
         const std::size_t first = m_pairs.size();
@@ -175,7 +176,7 @@ private:
             while (a > start) {
                 --a;
                 --b;
-                m_pairs.emplace_back(stretch.aBegin + a, stretch.bBegin + b);
+                m_pairs.emplace_back(range.aBegin + a, range.bBegin + b);
             }
             if (d == 0)
                 break;

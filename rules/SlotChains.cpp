@@ -22,7 +22,7 @@ void SlotChains::link()
         linkEntry(m_linked);
 }
 
-// At the end of its chain, save where slots would come out in another order.
+// Appends to the chain, or inserts where the order of slots requires it.
 void SlotChains::linkEntry(std::uint32_t entry)
 {
     Entry& added = m_entries[entry];

@@ -34,7 +34,7 @@ void SortColumn::appendText(const NullableText& text)
 {
     if (text.isNull())
         return appendAbsent();
-    constexpr std::size_t roomForText = 64; // bytes; memory that stays untouched costs nothing
+    constexpr std::size_t roomForText = 64; // bytes; reserved memory that is never touched costs nothing
     if (m_texts.empty())
         m_texts.reserve(m_values.capacity() * roomForText);
     const std::size_t start = m_texts.size();

@@ -9,7 +9,8 @@
 
 namespace quorvane::rules {
 
-// The values of one sort key, in the order of the places to be sorted, laid out for comparison in slices.
+// The values of one sort key, in the order of the positions to be sorted, laid out for comparison in slices.
+// One thread at a time.
 class SortColumn {
 public:
     static constexpr std::size_t sliceLength = 8; // bytes of a text
@@ -37,19 +38,19 @@ public:
     void appendUnsigned(std::uint64_t number);
     void appendText(const NullableText& text);
 
-    // Loads the slices of their places, from byte `depth` of the texts on, and sorts them. Slices that tie
-    // are left in the order of their places.
+    // Loads the slices of the given positions, from byte `depth` of the texts on, and sorts them. Slices that
+    // tie are left in the order of their positions.
     void loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end, std::size_t depth,
         bool ascending) const;
 
-    // How the values of the first two places compare: negative, 0, positive.
+    // Compares the values of the first two positions: negative, 0 or positive.
     int compareFirstTwo() const;
 
 private:
     static constexpr std::uint32_t longRest = sliceLength + 2;
     enum class Kind : std::uint8_t { absent, number, text };
     struct Value {
-        std::uint64_t number; // of a text: where it starts in m_texts
+        std::uint64_t number; // for a text: its start in m_texts
         std::uint32_t length; // of a text
         Kind kind;
     };

@@ -9,8 +9,7 @@
 
 namespace quorvane::rules {
 
-// Lets texts that come again and again share their bytes. Remembers a bounded number of recent texts.
-// Not for two threads at once.
+// Lets repeated texts share their bytes. Remembers a bounded number of recent texts. One thread at a time.
 class TextPool {
 public:
     explicit TextPool(std::size_t size = 1U << 14U)

@@ -9,7 +9,7 @@
 
 namespace quorvane::rules {
 
-// Names operations on paths that are reported, not decided. Shared and threaded like PolicyRule.
+// Reports operations on paths without deciding about them. Shared, and safe on threads, like PolicyRule.
 class WatchRule : public RuleHandle<WatchRuleFields> {
 public:
     explicit WatchRule(WatchRuleFields fields = {});
@@ -32,7 +32,7 @@ public:
     bool system() const { return get(&WatchRuleFields::system); }
     void setSystem(bool value) { set(&WatchRuleFields::system, value); }
 
-    // Deliberate: always 0. The class of a watch rule is what getPolicyClass() answers.
+    // Deliberate: always 0. The class of a watch rule is getPolicyClass().
     std::int32_t policyClass() const { return 0; }
     std::int32_t getPolicyClass() const;
 
