@@ -9,7 +9,7 @@ constexpr int deepestIndefinite = 48;
 struct Header {
     std::uint8_t tag = 0;
     std::uint64_t headerSize = 0;
-    std::optional<std::uint64_t> length; // none: up to an end mark
+    std::optional<std::uint64_t> length; // none: indefinite, up to an end mark
 };
 
 std::optional<Header> readHeader(ByteView bytes)
@@ -43,7 +43,7 @@ bool isEndMark(ByteView bytes)
     return bytes.holds(0, 2) && bytes.u8(0) == 0 && bytes.u8(1) == 0;
 }
 
-// The length of the contents up to the end mark that belongs to them.
+// The length of the contents up to the matching end mark.
 std::optional<std::uint64_t> contentLength(ByteView contents)
 {
     std::uint64_t at = 0;

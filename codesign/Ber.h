@@ -6,7 +6,7 @@
 
 namespace quorvane::codesign {
 
-// Identifier octets of the encodings that occur in signatures.
+// Identifier octets of the types that occur in signatures.
 namespace berTag {
 inline constexpr std::uint8_t integer = 0x02;
 inline constexpr std::uint8_t octetString = 0x04;
@@ -26,10 +26,10 @@ struct BerElement {
     ByteView whole;
 };
 
-// Reads one ASN.1 element after another in the basic encoding rules, indefinite lengths included.
+// Reads a sequence of ASN.1 elements in the basic encoding rules (BER), indefinite lengths included.
 //
-// Never recurses; refuses more than 48 indefinite lengths within each other, tag numbers above 30 and lengths
-// that the bytes do not hold. A view; the bytes must outlive it.
+// Never recurses; rejects more than 48 nested indefinite lengths, tag numbers above 30 and lengths beyond the
+// end of the bytes. A view; the bytes must outlive it. One thread at a time.
 class BerReader {
 public:
     explicit BerReader(ByteView bytes)
@@ -40,20 +40,20 @@ public:
     // True when nothing is left.
     bool atEnd() const { return m_rest.empty(); }
 
-    // The identifier octet of what comes next; 0 at the end.
+    // The identifier octet of the next element; 0 at the end.
     std::uint8_t nextTag() const { return m_rest.u8(0); }
 
-    // None at the end and for what cannot be read; the reader then stays where it is.
+    // None at the end and for a malformed element; the reader then does not advance.
     std::optional<BerElement> next();
 
-    // The next element when it bears `tag`; none otherwise, and then nothing is taken.
+    // The next element if it has `tag`; otherwise none, and the reader does not advance.
     std::optional<BerElement> next(std::uint8_t tag);
 
 private:
     ByteView m_rest;
 };
 
-// The bytes of an octet string in one piece or in several; none for any other element.
+// The bytes of an octet string, primitive or constructed of chunks; none for any other element.
 std::optional<Bytes> octets(const BerElement& element);
 
 } // namespace quorvane::codesign

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t largestInfoPlist = 4U << 20U;
 
-// Where a bundle of some kind keeps its parts, and what its executable is called unless the Info.plist says.
+// Where a kind of bundle keeps its parts, and the name of its executable unless the Info.plist has one.
 struct Places {
     fs::path base;
     fs::path infoPlist;

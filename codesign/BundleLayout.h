@@ -7,8 +7,8 @@
 
 namespace quorvane::codesign {
 
-// Where the parts of a bundle lie: an application and its kin with a folder Contents, a framework with
-// versions, or a flat bundle. Paths within `root` only; the files may be missing.
+// The paths of the parts of a bundle: an application or similar with a folder Contents, a framework with
+// versions, or a flat bundle. Always within `root`; the files may be missing. A value object.
 struct BundleLayout {
     platform::FileRoot root;
     std::string executable;
@@ -17,16 +17,16 @@ struct BundleLayout {
     std::string sealedFolder; // what the seal's paths are relative to
 };
 
-// The layout of the bundle that `folder` is; none for any other folder, or when its Info.plist cannot be
+// The layout of the bundle `folder`; none for a folder that is not a bundle, or when its Info.plist cannot be
 // trusted to name a file of the bundle.
 std::optional<BundleLayout> bundleAtFolder(const std::string& folder, const platform::FileRoot& root = {});
 
-// The layout of the bundle whose main executable is the very file at `path`; none for any other file, a
-// helper beside a main executable included.
+// The layout of the bundle whose main executable is the file at `path`; none for any other file, including a
+// helper beside a main executable.
 std::optional<BundleLayout> bundleOfExecutable(
     const std::string& path, const CodeFile& file, const platform::FileRoot& root = {});
 
-// The whole of a bundle's Info.plist; none when it is missing, unreadable or far too large.
+// The contents of a bundle's Info.plist; none when it is missing, unreadable or far too large.
 std::optional<Bytes> readInfoPlist(const BundleLayout& layout);
 
 } // namespace quorvane::codesign

@@ -12,10 +12,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 enum class ByteOrder { little, big };
 
-// A range of bytes from a foreign file, owned by somebody else, that can be asked anything without harm.
+// A bounds-checked view of bytes from a foreign file, which must outlive it.
 //
-// Offsets and lengths are 64 bits wide and may be any number. A number that does not lie wholly inside reads
-// as 0: ask holds() first where that matters. A value object; any thread.
+// Offsets and lengths are 64 bits wide and may be any value. A number that is not completely inside reads as
+// 0: check holds() first where that matters. A value object; any thread.
 class ByteView {
 public:
     ByteView() = default;
@@ -41,7 +41,7 @@ public:
         return offset <= m_size && length <= m_size - offset;
     }
 
-    // None when the part does not lie wholly inside.
+    // None when the part is not completely inside.
     std::optional<ByteView> part(std::uint64_t offset, std::uint64_t length) const
     {
         if (!holds(offset, length))
@@ -49,7 +49,7 @@ public:
         return ByteView(m_data + offset, static_cast<std::size_t>(length));
     }
 
-    // What follows `offset`; empty when nothing does.
+    // The bytes from `offset` to the end; empty when there are none.
     ByteView from(std::uint64_t offset) const
     {
         return offset < m_size ? ByteView(m_data + offset, m_size - static_cast<std::size_t>(offset))

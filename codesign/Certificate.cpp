@@ -15,7 +15,7 @@ namespace {
 
 constexpr int shortestModulus = 512; // bits
 constexpr int longestModulus = 8192;
-// An exponent as long as a huge modulus keeps a processor busy for minutes.
+// bits; an exponent as long as a huge modulus would keep a processor busy for minutes.
 constexpr int longestExponent = 33;
 constexpr std::size_t largestCertificate = 64U << 10U; // bytes
 
@@ -40,12 +40,12 @@ bool curveIsUsable(const EVP_PKEY* key)
     std::array<char, 32> name{};
     std::size_t length = 0;
     if (EVP_PKEY_get_group_name(key, name.data(), name.size(), &length) != 1)
-        return false; // a curve of one's own making has no name
+        return false; // a custom curve has no name
     const std::string_view curve(name.data(), length);
     return curve == SN_X9_62_prime256v1 || curve == SN_secp384r1 || curve == SN_secp521r1;
 }
 
-// None for a key that is not used here.
+// None for a key that is not supported.
 std::optional<KeyKind> kindOf(const EVP_PKEY* key)
 {
     if (key == nullptr)
@@ -141,7 +141,7 @@ bool Certificate::isAuthority() const
 
 bool Certificate::mayBeUsedFor(std::uint32_t usage) const
 {
-    // A certificate without the extension answers with all bits set.
+    // For a certificate without the extension the library returns all bits set.
     const std::uint32_t flags = X509_get_extension_flags(m_certificate.get());
     return (flags & EXFLAG_XKUSAGE) != 0 && (X509_get_extended_key_usage(m_certificate.get()) & usage) != 0;
 }

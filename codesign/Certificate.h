@@ -15,13 +15,13 @@ namespace quorvane::codesign {
 
 enum class SignatureCheck { good, wrong, unsupported };
 
-// The kinds of key that sign here.
+// The supported kinds of signing key.
 enum class KeyKind { rsa, ellipticCurve };
 
-// Whose certificate is meant: an issuer's name and the serial number it gave.
+// Identifies a certificate by its issuer's name and serial number.
 class CertificateName {
 public:
-    // Each a whole encoded element; none when one of them is no such thing.
+    // Each a complete encoded element; none when one of them is malformed.
     static std::optional<CertificateName> parse(ByteView issuer, ByteView serial);
 
 private:
@@ -33,17 +33,18 @@ private:
 // One X.509 certificate.
 //
 // Only RSA keys of 512 to 8192 bits with short exponents and keys on the curves P-256, P-384 and P-521 are
-// used: all that code signatures are made with, and no key that keeps a processor busy. Cheap to copy; copies
-// share the certificate. Not for two threads at once.
+// used: code signatures use no others, and longer keys could be made to keep a processor busy. Cheap to copy;
+// copies share the certificate. One thread at a time.
 class Certificate {
 public:
-    // None when the bytes are no certificate, or are more than 64 KiB: many times what genuine ones take.
+    // None when the bytes are not a certificate, or are more than 64 KiB: many times the size of genuine
+    // ones.
     static std::optional<Certificate> parse(ByteView der);
 
-    // True when `issuer` bears the name that this certificate gives as its issuer's. That proves nothing yet.
+    // True when the name of `issuer` is this certificate's issuer name. That alone proves nothing.
     bool namesAsIssuer(const Certificate& issuer) const;
 
-    // True when its key verifies the signature of this certificate as well.
+    // True when moreover its key verifies the signature of this certificate.
     bool isIssuedBy(const Certificate& issuer) const;
     bool isSelfSigned() const { return isIssuedBy(*this); }
 
@@ -56,11 +57,11 @@ public:
     bool mayStampTime() const;
     bool isValidAt(std::time_t time) const;
 
-    // Verifies a signature over `message`: of RSA, padded as PKCS #1 v1.5, or of ECDSA. Unsupported when the
+    // Verifies a signature over `message`: RSA with PKCS #1 v1.5 padding, or ECDSA. Unsupported when the
     // certificate has no key of that kind.
     SignatureCheck verify(KeyKind kind, HashAlgorithm hash, ByteView message, ByteView signature) const;
 
-    // The subject's names as UTF-8; none without such a part.
+    // Names of the subject as UTF-8; none when absent.
     std::optional<std::string> commonName() const;
     // The common name, else the first organizational unit, else the organization.
     std::optional<std::string> longDescription() const;
@@ -75,7 +76,7 @@ private:
 
     std::shared_ptr<X509> m_certificate;
     HashValue m_fingerprint;
-    EVP_PKEY* m_key = nullptr; // the certificate's; null when it is of no use here
+    EVP_PKEY* m_key = nullptr; // owned by the certificate; null when its kind is not supported
     std::optional<KeyKind> m_keyKind; // none without such a key
 };
 

@@ -7,7 +7,7 @@
 
 namespace quorvane::codesign {
 
-// A signer's certificate and its issuers, each found by name and proven by its key.
+// A signer's certificate and its issuers, each found by name and verified by its key.
 struct CertificateChain {
     std::vector<Certificate> certificates; // the signer's first
     bool endsSelfSigned = false;
@@ -17,9 +17,8 @@ struct CertificateChain {
     bool isValidAt(std::time_t time) const;
 };
 
-// Builds the chain from the certificates that came along, whatever their order. Takes none twice and stops
-// after ten, or after two hundred signatures that turned out wrong. Certificates that are not on the way have
-// no influence.
+// Builds the chain from the given certificates, whatever their order. Uses none twice and stops after ten, or
+// after two hundred failed signature checks. Certificates outside the chain have no influence.
 CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others);
 
 } // namespace quorvane::codesign

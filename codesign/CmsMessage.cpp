@@ -145,7 +145,7 @@ std::optional<CmsMessage> parseCms(ByteView bytes)
     if (!parts.next(berTag::integer) || !parts.next(berTag::set) || !readContent(parts, message)
         || !readCertificates(parts, message))
         return std::nullopt;
-    parts.next(berTag::context1); // revocation lists, which nobody asks
+    parts.next(berTag::context1); // revocation lists, which are not used
     return readFirstSigner(parts, message) ? std::optional(std::move(message)) : std::nullopt;
 }
 

@@ -10,13 +10,13 @@
 
 namespace quorvane::codesign {
 
-// The signer of a CMS message, undigested.
+// The signer of a CMS message, parsed but not checked.
 struct CmsSigner {
-    ByteView issuer; // name and serial number of the signer's certificate, each as a whole element; or:
+    ByteView issuer; // name and serial number of the signer's certificate, each as a complete element; or:
     ByteView serial;
     ByteView keyIdentifier;
-    std::optional<HashAlgorithm> hash; // none for one that is not known here
-    std::optional<KeyKind> keyKind; // of the key that signed; none for one that is not used here
+    std::optional<HashAlgorithm> hash; // none when not supported
+    std::optional<KeyKind> keyKind; // of the signing key; none when not supported
     std::optional<BerElement> signedAttributes;
     ByteView unsignedAttributes;
     ByteView signature;
@@ -26,15 +26,15 @@ struct CmsSigner {
     std::optional<ByteView> unsignedAttribute(std::string_view objectIdentifier) const;
 };
 
-// A CMS message with signed data, taken apart but not judged. Views of the bytes it was parsed from.
+// A CMS message with signed data, parsed but not checked. Views of the bytes it was parsed from.
 struct CmsMessage {
     ByteView contentType;
-    std::optional<Bytes> content; // none when the signed bytes are kept elsewhere
-    std::vector<ByteView> certificates; // each a whole element
-    std::optional<CmsSigner> signer; // the first; none when nobody signed
+    std::optional<Bytes> content; // none for a detached signature
+    std::vector<ByteView> certificates; // each a complete element
+    std::optional<CmsSigner> signer; // the first; none when there is none
 };
 
-// None when the bytes are no such message, are more than a mebibyte, or carry more than a hundred
+// None when the bytes are not such a message, are more than a mebibyte, or contain more than a hundred
 // certificates. Genuine messages take a few kilobytes.
 std::optional<CmsMessage> parseCms(ByteView bytes);
 

@@ -7,7 +7,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// 0 for a hash that is not known here.
+// 0 for an unknown hash.
 int strength(const CodeDirectory& directory)
 {
     constexpr std::array<std::uint8_t, 4> weakestFirst{

@@ -12,7 +12,7 @@ constexpr std::uint32_t oldestVersion = 0x20001;
 constexpr std::uint32_t newestVersion = 0x2f000;
 constexpr std::uint8_t largestPageSize = 40; // base-2 logarithm
 
-// The versions that brought fields.
+// The versions that introduced fields.
 constexpr std::uint32_t versionOfScatter = 0x20100;
 constexpr std::uint32_t versionOfTeam = 0x20200;
 constexpr std::uint32_t versionOfLimit64 = 0x20300;

@@ -15,22 +15,22 @@ inline constexpr std::uint32_t adHoc = 0x2;
 inline constexpr std::uint32_t checkExpiration = 0x400;
 } // namespace codeDirectoryFlag
 
-// The kinds of hash that a CodeDirectory can be made of.
+// The hash types of a CodeDirectory.
 namespace hashType {
 inline constexpr std::uint8_t sha1 = 1;
 inline constexpr std::uint8_t sha256 = 2;
-inline constexpr std::uint8_t sha256Cut = 3; // to 20 bytes
+inline constexpr std::uint8_t sha256Cut = 3; // truncated to 20 bytes
 inline constexpr std::uint8_t sha384 = 4;
 } // namespace hashType
 
-// One list of hashes of a program, and who the program says it is. Layout as published in the platform's
-// public code signature headers.
+// A list of hashes of a program, and the identity that the program claims. Layout as published in the
+// platform's public code signature headers.
 //
 // A set of views of the blob it was parsed from, which must outlive it. Immutable; any thread.
 class CodeDirectory {
 public:
-    // Parses a whole blob. `valid` when everything that the header speaks of lies inside the blob; else the
-    // reason, and `directory` is left as it was.
+    // Parses a whole blob. `valid` when everything that the header refers to is inside the blob; else the
+    // reason, and `directory` is unchanged.
     static ValidityStatus parse(ByteView blob, CodeDirectory& directory);
 
     ByteView blob() const { return m_blob; }
@@ -52,11 +52,11 @@ public:
     // The stored hash of a page. Requires page < pageCount().
     ByteView pageHash(std::uint32_t page) const;
 
-    // The stored hash of a special slot; none when the slot is beyond the last or its hash is all zeros,
-    // which both say that there is nothing to hash.
+    // The stored hash of a special slot; none when the slot is beyond the last or its hash is all zeros: both
+    // mean that there is nothing to hash.
     std::optional<ByteView> specialHash(std::uint32_t slot) const;
 
-    // None for a hash type that is not known here.
+    // None for an unknown hash type.
     std::optional<HashAlgorithm> hashAlgorithm() const;
 
 private:

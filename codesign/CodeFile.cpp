@@ -13,10 +13,11 @@ namespace quorvane::codesign {
 
 namespace {
 
-// Large enough that system calls do not count, small enough to stay in the processor's cache.
+// Large enough that the cost of system calls does not matter, small enough to stay in the processor's cache.
 constexpr std::uint64_t pieceSize = 256U << 10U;
 
-// What comparing with zeros may read: a second's worth. Finding a range of data counts like reading some.
+// The bytes that a comparison with zeros may read: about a second. Finding a range of data counts as reading,
+// too.
 constexpr std::uint64_t mostCompared = 4ULL << 30U;
 constexpr std::uint64_t costOfRange = 64U << 10U;
 
@@ -26,7 +27,7 @@ struct DataRange {
 };
 
 // The first bytes within [begin, end) that the file really stores; an empty range at `end` when all is a
-// hole. A file system that cannot tell stores everything.
+// hole. Without support for holes, everything counts as stored.
 DataRange nextData(int descriptor, std::uint64_t begin, std::uint64_t end)
 {
     const off_t data = lseek(descriptor, static_cast<off_t>(begin), SEEK_DATA);
@@ -64,7 +65,7 @@ std::optional<CodeFile> CodeFile::adopt(platform::FileDescriptor descriptor)
     return file;
 }
 
-// Fills `to` as far as the file holds bytes; how many it did. None when reading fails.
+// Fills `to` up to the end of the file and returns how many bytes; none when reading fails.
 std::optional<std::size_t> CodeFile::readUpTo(std::uint64_t offset, void* to, std::size_t length) const
 {
     std::size_t filled = 0;

@@ -10,16 +10,16 @@
 
 namespace quorvane::codesign {
 
-// What a platform's trust evaluation answers of a certificate on its own.
+// Results of a platform's trust evaluation of a single certificate.
 namespace trustResult {
 inline constexpr std::uint32_t invalid = 0;
 inline constexpr std::uint32_t proceed = 1;
 inline constexpr std::uint32_t deny = 3;
-inline constexpr std::uint32_t unspecified = 4; // trusted, and nobody has said otherwise
+inline constexpr std::uint32_t unspecified = 4; // trusted, without an explicit user setting
 inline constexpr std::uint32_t recoverableFailure = 5;
 } // namespace trustResult
 
-// The values of a certificate: fields by key, each a list of labelled texts. A field may lack its list.
+// The values of a certificate: fields by key, each a list of labelled texts. A field may have no list.
 struct CertificateItem {
     std::string label;
     std::string value;
@@ -37,15 +37,15 @@ struct CertificateFacts {
     std::uint32_t trust = trustResult::invalid; // of this certificate alone
 };
 
-// What a signature says of its code. All texts are UTF-8.
+// The contents of a code signature. All texts are UTF-8. A value object.
 struct SigningInformation {
     std::optional<std::string> identifier;
     std::optional<std::string> teamIdentifier;
     std::optional<std::int32_t> platformIdentifier; // not 0 for a part of the operating system
-    std::vector<CertificateFacts> certificates; // the signer's first; empty when no signer is proven
+    std::vector<CertificateFacts> certificates; // the signer's first; empty when the signer is not proven
 };
 
-// The facts of one program's signature, of a file or of a running process.
+// The signature of one program, a file or a running process.
 //
 // Operations do not throw. An object belongs to one thread; different objects may be used by different
 // threads.
@@ -56,10 +56,10 @@ public:
     CodeObject& operator=(const CodeObject&) = delete;
     virtual ~CodeObject() = default;
 
-    // Makes the checks that the flag word selects; the first that fails gives the answer.
+    // Performs the checks that the flag word selects; returns the first failure.
     virtual ValidityStatus checkValidity(std::uint32_t flags) const = 0;
 
-    // Also answered when the code is not valid, as far as its signature can be read.
+    // Also for code that is not valid, as far as its signature can be read.
     virtual SigningInformation signingInformation() const = 0;
 };
 

@@ -10,12 +10,12 @@
 
 namespace quorvane::codesign {
 
-// Questions about the code signature of a macOS program: of a file or bundle by its path, or of a running
-// process by its id. See SignatureQueries.h for what the answers mean.
+// Queries about the code signature of a macOS program: a file or bundle by its path, or a running process by
+// its id. See SignatureQueries.h for the meaning of the results.
 //
-// Stateless; any thread; failures are folded into the answers. Each call reads the program anew: who has
-// several questions about one program makes its code object once and asks that. No network is used, so a
-// revoked certificate is never reported.
+// Stateless; any thread; failures are part of the results. Each call reads the program again: for several
+// queries about one program, create its code object once and query that. No network is used, so a revoked
+// certificate is never reported.
 
 // Null when the path names neither a readable file nor a bundle with one.
 std::unique_ptr<CodeObject> getCodeRefWithPath(const std::string& path);
@@ -29,8 +29,8 @@ std::optional<std::string> getStaticCodeSignTeamIdentifier(const std::string& pa
 std::uint32_t getStaticCodeSignPlatformIdentifier(const std::string& path);
 std::string getStaticCodeSignCertInfo(const std::string& path);
 
-// Null when there is no such process, it has ended meanwhile, or its program cannot be read. The object
-// answers for the file that the process was started from, even when its path is gone; pages and resources are
+// Null when there is no such process, it ends during the call, or its program cannot be read. The object
+// represents the file that the process was started from, even when its path is gone; pages and resources are
 // not checked.
 std::unique_ptr<CodeObject> getCodeRefWithPID(std::int32_t pid);
 

@@ -26,7 +26,7 @@ std::string digest(HashAlgorithm algorithm, std::string_view buffer)
 {
     const HashValue value = hashOf(algorithm, ByteView(buffer.data(), buffer.size()));
     if (value.length == 0)
-        throw std::bad_alloc(); // nothing else makes a hash of bytes in memory fail
+        throw std::bad_alloc(); // the only way hashing bytes in memory can fail
     return hexadecimal(value.view());
 }
 
@@ -36,7 +36,7 @@ std::optional<std::string> digestOf(Hasher& hasher)
     return value.length == 0 ? std::nullopt : std::optional(hexadecimal(value.view()));
 }
 
-// Takes the whole file into the hashers; false when it cannot be read to its end.
+// Feeds the whole file to the hashers; false when it cannot be read to its end.
 bool hashFile(const std::string& path, const platform::FileRoot& root, std::initializer_list<Hasher*> hashers)
 {
     const auto file = CodeFile::open(path, root);

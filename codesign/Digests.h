@@ -14,12 +14,12 @@ namespace quorvane::codesign {
 std::string sha1(std::string_view buffer);
 std::string sha256(std::string_view buffer);
 
-// The digest of a whole file within `root`, read in bounded pieces. None when it cannot be read to its end or
-// is no regular file.
+// The digest of a whole file within `root`, read in bounded chunks. None when it cannot be read to its end or
+// is not a regular file.
 std::optional<std::string> sha1OfFile(const std::string& path, const platform::FileRoot& root = {});
 std::optional<std::string> sha256OfFile(const std::string& path, const platform::FileRoot& root = {});
 
-// Both of them, from one reading.
+// Both of them, reading the file once.
 struct FileDigests {
     std::string sha1;
     std::string sha256;

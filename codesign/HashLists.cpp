@@ -12,7 +12,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// The first form is a property list: an array of hashes, cut, in the order of the hash types.
+// The first form is a property list: an array of truncated hashes, in the order of the hash types.
 bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
 {
     const auto text = BerReader(values).next(berTag::octetString);
@@ -35,7 +35,7 @@ bool matchesPropertyList(ByteView values, const CodeDirectories& directories)
 
 using NamedHash = std::pair<HashAlgorithm, std::string>;
 
-// The second form is a set of whole hashes, each under the name of its algorithm.
+// The second form is a set of complete hashes, each with the identifier of its algorithm.
 bool matchesSet(ByteView values, const CodeDirectories& directories)
 {
     std::vector<NamedHash> listed;

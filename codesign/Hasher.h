@@ -12,8 +12,8 @@ namespace quorvane::codesign {
 
 enum class HashAlgorithm { sha1, sha256, sha384, sha512 };
 
-// The algorithm as libcrypto knows it, looked up once for the process; null when libcrypto is set up without
-// it.
+// The algorithm in libcrypto, fetched once per process; null when libcrypto is configured without it. Any
+// thread.
 const EVP_MD* hashMethod(HashAlgorithm algorithm);
 
 // A finished hash. Empty when it could not be computed, and then equal to no stored hash.
@@ -23,21 +23,21 @@ struct HashValue {
 
     ByteView view() const { return {bytes.data(), length}; }
 
-    // True when `stored` is the start of this hash, all of it or cut.
+    // True when `stored` is this hash, complete or truncated.
     bool startsWith(ByteView stored) const
     {
         return !stored.empty() && length >= stored.size() && ByteView(bytes.data(), stored.size()) == stored;
     }
 };
 
-// Hashes one message after another. Not for two threads at once.
+// Hashes one message after another. One thread at a time.
 class Hasher {
 public:
     explicit Hasher(HashAlgorithm algorithm);
 
     void update(ByteView bytes);
 
-    // The hash of what came since the last finish(); the next message begins here.
+    // The hash of the bytes since the last finish(); starts the next message.
     HashValue finish();
 
 private:

@@ -7,13 +7,13 @@
 
 namespace quorvane::codesign {
 
-// What an Info.plist says of its bundle.
+// The used contents of an Info.plist.
 struct InfoPlist {
     std::optional<std::string> executable; // a plain file name
 };
 
-// Reads an XML or binary Info.plist. None when it is damaged or names an executable that is no plain file
-// name.
+// Reads an XML or binary Info.plist. None when it is damaged or its executable is not a plain file name. Any
+// thread.
 std::optional<InfoPlist> parseInfoPlist(ByteView bytes);
 
 } // namespace quorvane::codesign

@@ -14,7 +14,7 @@ constexpr std::uint32_t arm64Cpu = 0x0100000c;
 constexpr std::uint32_t x86Cpu = 0x01000007;
 constexpr std::size_t universalHeaderSize = 8;
 
-// Many times the largest program, and few enough bytes to hash them while somebody waits.
+// Many times the largest program, yet few enough bytes to hash while the user waits.
 constexpr std::uint64_t largestProgram = 16ULL << 30U;
 
 bool isUniversal(std::uint32_t magic)
@@ -126,7 +126,7 @@ bool MachOFile::structureIsSound(const CodeFile& file) const
     std::uint64_t end = m_headerEnd;
     for (const Architecture& one : sorted) {
         const bool inside = one.offset <= file.size() && one.length <= file.size() - one.offset;
-        // Slices of no length at one offset would pass for lying apart.
+        // Empty slices at the same offset would count as not overlapping.
         if (!inside || one.offset < end || one.length == 0)
             return false;
         const auto slice = readSlice(file, one.offset, one.length);

@@ -7,22 +7,22 @@
 
 namespace quorvane::codesign {
 
-// True when the file is a program by its first bytes: a Mach-O executable, library, loader, plug-in or kernel
-// extension, alone or as the first architecture of a universal file.
+// True when the first bytes of the file are those of a program: a Mach-O executable, library, loader, plug-in
+// or kernel extension, alone or as the first architecture of a universal file.
 bool isMachOProgram(const CodeFile& file);
 
-// The architectures of a program file, and the one that questions are asked of.
+// The architectures of a program file, and the one that queries refer to. Immutable; any thread.
 class MachOFile {
 public:
-    // None when the universal header is refused (no architecture, or more than a hundred), the file is larger
-    // than any program, or the slice to ask cannot be read.
+    // None when the universal header is rejected (no architecture, or more than a hundred), the file is
+    // larger than any program, or the chosen slice cannot be read.
     static std::optional<MachOFile> read(const CodeFile& file);
 
-    // The arm64 slice, else the x86_64 one, else the first: the same whatever machine asks.
+    // The arm64 slice, else the x86_64 one, else the first; the same on every machine.
     const MachOSlice& slice() const { return m_slice; }
 
-    // True when all architectures are sound in themselves, lie apart and inside the file, and nothing but
-    // zero bytes lies between them. Reads the gaps of the file.
+    // True when every architecture is sound, none overlap or exceed the file, and only zero bytes are between
+    // them. Reads the gaps of the file.
     bool structureIsSound(const CodeFile& file) const;
 
 private:

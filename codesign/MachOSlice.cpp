@@ -12,7 +12,7 @@ constexpr std::uint32_t segment64Command = 0x19;
 constexpr std::uint32_t codeSignatureCommand = 0x1d;
 constexpr std::uint64_t smallestCodeSignatureCommand = 16;
 
-// Genuine programs have some kilobytes of load commands; a universal file has a hundred times as many.
+// Genuine programs have some kilobytes of load commands; a universal file may have a hundred slices.
 constexpr std::uint64_t largestCommands = 1U << 20U;
 
 struct Format {
@@ -36,7 +36,7 @@ std::optional<Format> formatOf(ByteView header)
     }
 }
 
-// Where the fields of a segment command and its sections lie.
+// The offsets of the fields of a segment command and its sections.
 struct SegmentFields {
     std::uint64_t fileOffset, fileSize, firstSection, sectionLength, sectionSize, sectionOffset;
 };
@@ -55,7 +55,7 @@ bool endsAt(std::uint64_t offset, std::uint64_t size, std::uint64_t end)
     return offset <= end && size == end - offset;
 }
 
-// Gathers what the load commands say, one after another.
+// Collects the contents of the load commands, one by one.
 class CommandReader {
 public:
     CommandReader(Format format, MachOSlice& slice)

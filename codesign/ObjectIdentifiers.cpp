@@ -21,7 +21,7 @@ std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier)
 
 std::optional<KeyKind> keyKindOf(ByteView objectIdentifier)
 {
-    // by themselves, with SHA-1, SHA-256, SHA-384, SHA-512
+    // without a hash, with SHA-1, SHA-256, SHA-384, SHA-512
     constexpr std::array<std::string_view, 5> rsa{"\x2a\x86\x48\x86\xf7\x0d\x01\x01\x01",
         "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x05", "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0b",
         "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0c", "\x2a\x86\x48\x86\xf7\x0d\x01\x01\x0d"};

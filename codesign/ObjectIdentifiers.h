@@ -9,7 +9,7 @@
 
 namespace quorvane::codesign {
 
-// Object identifiers, as the contents of their encoding.
+// Object identifiers, as the content octets of their encoding.
 namespace oid {
 inline constexpr std::string_view data = "\x2a\x86\x48\x86\xf7\x0d\x01\x07\x01";
 inline constexpr std::string_view signedData = "\x2a\x86\x48\x86\xf7\x0d\x01\x07\x02";
@@ -25,8 +25,7 @@ inline constexpr std::string_view hashListSet = "\x2a\x86\x48\x86\xf7\x63\x64\x0
 // None for a hash that signatures do not use.
 std::optional<HashAlgorithm> hashAlgorithmOf(ByteView objectIdentifier);
 
-// The kind of key that makes such signatures, named by itself or together with a hash; none for a kind that
-// is not used here.
+// The kind of key of a signature algorithm, with or without a hash; none for a kind that is not supported.
 std::optional<KeyKind> keyKindOf(ByteView objectIdentifier);
 
 } // namespace quorvane::codesign

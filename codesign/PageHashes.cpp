@@ -6,7 +6,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// What comparing may cost, in hashed bytes; each page costs some more. Twice what the largest programs take.
+// The limit of the work, in hashed bytes; each page costs some more. Twice what the largest programs need.
 constexpr std::uint64_t mostWork = 2ULL << 30U;
 constexpr std::uint64_t workOfPage = 512;
 
@@ -15,7 +15,7 @@ std::uint64_t workOf(const CodeDirectory& directory)
     return std::min(directory.codeLimit(), mostWork) + directory.pageCount() * workOfPage;
 }
 
-// Follows the bytes of a program and compares page after page with one directory's hashes.
+// Receives the bytes of a program and compares each page with one directory's hashes.
 class PageChecker {
 public:
     PageChecker(const CodeDirectory& directory, HashAlgorithm algorithm)
@@ -42,8 +42,7 @@ public:
         return true;
     }
 
-    // To be asked after the last byte: true when no stored hash is left over. No bytes at all are a page,
-    // too.
+    // Call it after the last byte: true when no stored hash is left over. Code of no bytes is one empty page.
     bool atEnd() { return m_page == m_directory.pageCount() || (m_left == 0 && pageMatches()); }
 
 private:
@@ -56,7 +55,7 @@ private:
     const CodeDirectory& m_directory;
     Hasher m_hasher;
     std::uint64_t m_pageSize;
-    std::uint64_t m_left; // of the signed bytes
+    std::uint64_t m_left; // signed bytes still to come
     std::uint64_t m_inPage = 0;
     std::uint32_t m_page = 0;
 };
@@ -77,7 +76,7 @@ ValidityStatus verifyPages(
         limit = std::max(limit, directory.codeLimit());
         work += workOf(directory);
     }
-    // Said before reading gigabytes in vain.
+    // Checked before reading gigabytes in vain.
     if (sliceOffset > file.size() || limit > file.size() - sliceOffset)
         return status::signatureFailed;
     if (work > mostWork)

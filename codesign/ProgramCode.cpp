@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t largestInfoPlistSection = 4U << 20U;
 constexpr std::uint64_t largestSeal = 16U << 20U;
 
-// A text that nobody can show is none.
+// None for a text that cannot be shown.
 std::optional<std::string> shownText(std::string_view text)
 {
     constexpr std::size_t longestShown = 4096;
@@ -140,8 +140,8 @@ ValidityStatus ProgramCode::checkResources(std::uint32_t flags, SealBudget& budg
     const auto seal = file ? file->bytes(0, file->size(), largestSeal) : std::nullopt;
     if (!seal || !matchesSpecialHash(m_directories.strongest(), signatureSlot::resourceSeal, *seal))
         return status::badResource;
-    // The hash is compared before anything in the nested code is followed: code cannot contain its own hash,
-    // so bundles that lead back to themselves end here.
+    // The hash is compared before descending into the nested code: code cannot contain its own hash, so
+    // bundles that refer back to themselves end here.
     const auto isIntactCode = [&](const std::string& path, ByteView codeDirectoryHash) {
         const auto nested = atPath(path, m_anchor);
         return nested && nested->isKnownBy(codeDirectoryHash)
@@ -187,7 +187,7 @@ SigningInformation ProgramCode::signingInformation() const
     const CodeDirectory& directory = m_directories.strongest();
     information.identifier = shownText(directory.identifier());
     information.platformIdentifier = directory.platformIdentifier();
-    // Callers compare the team without asking for the state: a name that anybody can copy must not pass.
+    // Callers compare the team without checking the state: a name that anyone can copy must not count.
     const bool signerProven = !isSignedAdHoc() && m_signer.status == status::valid;
     if (signerProven && directory.teamIdentifier())
         information.teamIdentifier = shownText(*directory.teamIdentifier());

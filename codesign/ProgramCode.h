@@ -17,19 +17,19 @@
 
 namespace quorvane::codesign {
 
-// The signature of a program file for the platform's machines, alone or as the main executable of a bundle.
+// The signature of a Mach-O program file, alone or as the main executable of a bundle.
 //
-// The file is read when the object is made, all but its code pages and its bundle's resources: these are read
-// each time a check asks for them. A file that changes meanwhile fails a check and does no other harm.
+// Construction reads the file, except for its code pages and its bundle's resources: these are read by each
+// check that needs them. A file that changes in between fails a check and does no other harm.
 class ProgramCode : public CodeObject {
 public:
-    // None when the path names neither a regular file nor a bundle with one, and when that file could not be
-    // read: of a failing disk's program nothing is known, not even that nobody has signed it.
-    // `path` is looked up within `root`; resources elsewhere than on this machine are never found to match.
+    // Null when the path names neither a regular file nor a bundle with one, and when that file could not be
+    // read: on a failing disk not even the lack of a signature is certain. `path` is resolved within `root`;
+    // with another root than this machine's, resources never match.
     static std::unique_ptr<ProgramCode> atPath(const std::string& path,
         const TrustAnchor& anchor = platformRoot(), const platform::FileRoot& root = {});
 
-    // The code of a running process, whose pages, resources and structure are never checked. None when the
+    // The code of a running process, whose pages, resources and structure are never checked. Null when the
     // process is gone or its program cannot be read.
     static std::unique_ptr<ProgramCode> ofProcess(std::int32_t pid);
 
@@ -62,7 +62,7 @@ private:
     CodeDirectories m_directories;
     SignerVerdict m_signer;
     ValidityStatus m_signatureStatus
-        = status::unsignedCode; // before anything that the signature covers is looked at
+        = status::unsignedCode; // before anything covered by the signature is checked
 };
 
 } // namespace quorvane::codesign

@@ -4,8 +4,8 @@
 
 namespace quorvane::codesign {
 
-// True when `path` lies in the part of macOS' file system that System Integrity Protection guards. The list
-// of prefixes is fixed; bytes are compared, no file is looked at. Pure; any thread.
+// True when `path` is in the part of the macOS file system that System Integrity Protection guards. Compares
+// bytes with a fixed list of prefixes, without file access. Pure; any thread.
 bool isSIP(std::string_view path);
 
 } // namespace quorvane::codesign

@@ -22,7 +22,7 @@ struct SealedResource {
     enum class Kind { file, link, code };
     Kind kind = Kind::file;
     HashAlgorithm hash = HashAlgorithm::sha1;
-    std::string value; // the file's hash, the link's target, or the hash the code is known by
+    std::string value; // the file's hash, the link's target, or the hash that identifies the code
     bool optional = false;
 };
 
@@ -53,7 +53,7 @@ std::optional<SealedResource> parseResource(const platform::PropertyValue& value
     return std::nullopt;
 }
 
-// The newer lists count when both are there.
+// The newer list counts when both exist.
 const platform::PropertyValue::Dictionary* newerOf(
     const platform::PropertyValue& seal, std::string_view newer, std::string_view older)
 {
@@ -95,7 +95,7 @@ public:
             if (!folderMatches(folder, folders))
                 return false;
         }
-        // What was found has been taken out.
+        // Entries that were found have been removed.
         return std::all_of(
             m_resources.begin(), m_resources.end(), [](const auto& left) { return left.second.optional; });
     }

@@ -9,22 +9,22 @@
 
 namespace quorvane::codesign {
 
-// What checking a bundle's resources may still cost, with everything nested in it.
+// The remaining budget for checking a bundle's resources, including everything nested in it.
 struct SealBudget {
     std::size_t entries = 500'000; // files and folders
     std::uint64_t bytes = 64ULL << 30U; // hashed
-    std::chrono::nanoseconds comparing = std::chrono::seconds(1); // paths with rules
+    std::chrono::nanoseconds comparing = std::chrono::seconds(1); // time for matching paths with rules
     std::size_t nestedCodes = 1000;
 };
 
-// Answers whether the code at `path` is the one known by the hash `codeDirectoryHash` and is valid itself.
+// Whether the code at `path` is the one identified by the hash `codeDirectoryHash` and is valid itself.
 using NestedCodeCheck = std::function<bool(const std::string& path, ByteView codeDirectoryHash)>;
 
-// True when every resource that the seal names is there and unchanged, and every file that its rules cover is
-// named.
+// True when every resource that the seal lists exists and is unchanged, and every file that its rules cover
+// is listed.
 //
-// The bundle's folder is walked without following links and never left, so that paths that climb out of it
-// are simply not there. False also for a seal that cannot be read and for a bundle that exceeds the budget.
+// The bundle's folder is traversed without following links and never left, so that paths that lead out of it
+// count as missing. False also for a seal that cannot be read and for a bundle that exceeds the budget.
 bool resourcesMatchSeal(
     const BundleLayout& bundle, ByteView seal, const NestedCodeCheck& isIntactCode, SealBudget& budget);
 

@@ -10,11 +10,10 @@ namespace {
 constexpr std::size_t mostRules = 64;
 constexpr std::size_t longestPattern = 1024;
 
-// Searching takes time in proportion to path times pattern, as compiled; this bounds what a pattern compiles
-// to.
+// Matching takes time proportional to the path times the compiled pattern; this bounds the latter.
 constexpr std::int64_t mostPatternMemory = 128 << 10; // bytes
 
-// Null for a pattern that is refused. Paths are bytes, of whatever encoding.
+// Null for a pattern that is rejected. Paths are bytes, in any encoding.
 std::unique_ptr<const RE2> compiled(std::string_view pattern)
 {
     RE2::Options options(RE2::Latin1);

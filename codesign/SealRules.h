@@ -14,12 +14,12 @@ namespace quorvane::codesign {
 // The rules of a resource seal: which files of a bundle need not be sealed. Movable, immutable; any thread.
 class SealRules {
 public:
-    // None when a rule's pattern is no POSIX extended expression or is longer than 1024, or there are more
-    // rules than any bundle has.
+    // None when a rule's pattern is not a POSIX extended expression or is longer than 1024 bytes, or there
+    // are more rules than any bundle has.
     static std::optional<SealRules> parse(const platform::PropertyValue::Dictionary& rules);
 
-    // True when the rule with the most weight among those that match says so, or none matches. Takes a tenth
-    // of a second at most for the longest path, whatever the patterns, and usually some microseconds.
+    // True when the matching rule with the highest weight says so, or none matches. Takes at most a tenth of
+    // a second for the longest path, whatever the patterns, and usually some microseconds.
     bool mayBeUnsealed(std::string_view path) const;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace quorvane::codesign {
 
-// The kinds of blobs that a signature is made of.
+// The slots of the blobs of a signature.
 namespace signatureSlot {
 inline constexpr std::uint32_t codeDirectory = 0;
 inline constexpr std::uint32_t infoPlist = 1;
@@ -28,8 +28,8 @@ inline constexpr std::uint64_t blobHeaderSize = 8;
 // Owns the bytes that its blobs are views of. Movable, immutable; any thread.
 class SignatureContainer {
 public:
-    // The container at `offset` of the file, which may take up `room` bytes. None when it is damaged, cut
-    // off, or larger than any program's.
+    // The container at `offset` of the file, at most `room` bytes. None when it is damaged, truncated, or
+    // larger than any program's.
     static std::optional<SignatureContainer> read(
         const CodeFile& file, std::uint64_t offset, std::uint64_t room);
     static std::optional<SignatureContainer> parse(Bytes bytes);

@@ -21,7 +21,7 @@ inline constexpr std::int32_t unsupported = 5;
 inline constexpr std::int32_t cannotTell = 6;
 } // namespace signatureState
 
-// The flag words of the usual questions.
+// The flag words of the usual queries.
 inline constexpr std::uint32_t basicFlags = validityFlag::skipPages | validityFlag::skipResources;
 inline constexpr std::uint32_t strictFlags
     = validityFlag::revocation | validityFlag::strict | validityFlag::skipResources;
@@ -35,8 +35,8 @@ inline constexpr std::string_view platformIdentifierKey = "platform-identifier";
 
 using SigningProperty = std::variant<std::string, std::int32_t, std::vector<CertificateFacts>>;
 
-// Questions about a code object that was made once. Null stands for code that could not be made: its state is
-// 6, its properties are none, its platform identifier is 0. Any thread that may use the object.
+// Queries about an existing code object. Null means that it could not be created: its state is 6, its
+// properties are none, its platform identifier is 0. Any thread that may use the object.
 
 std::int32_t codeSignState(const CodeObject* code, std::uint32_t flags);
 
@@ -52,7 +52,7 @@ std::string codeSignCertInfo(const CodeObject* code);
 // True when the signer's chain ends in the platform vendor's root.
 bool isSignedUnderPlatformRoot(const CodeObject* code);
 
-// The value of the first item under the field that bears the label; none when any of them is missing.
+// The value of the first item of the field with that label; none when any of them is missing.
 std::optional<std::string> getCertificateStringContent(
     const CertificateValues& values, std::string_view fieldKey, std::string_view label);
 

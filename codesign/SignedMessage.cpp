@@ -40,7 +40,7 @@ SignatureCheck checkSigner(const CmsSigner& signer, ByteView content, const Cert
         return SignatureCheck::wrong;
     const ByteView standing = signer.signedAttributes->whole;
     Bytes attributes(standing.begin(), standing.end());
-    attributes.front() = berTag::set; // what was signed is the set, not the tagged field it stands in
+    attributes.front() = berTag::set; // the signature covers the set, not the tagged field around it
     return certificate.verify(*signer.keyKind, *signer.hash, attributes, signer.signature);
 }
 

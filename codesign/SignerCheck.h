@@ -13,12 +13,11 @@ struct SignerVerdict {
     std::vector<Certificate> chain; // the signer's first; empty unless the status is valid
 };
 
-// Judges the CMS signature of a program that is not signed ad hoc: the signature, the lists of hashes, the
+// Checks the CMS signature of a program that is not signed ad hoc: the signature, the lists of hashes, the
 // time stamp and the certificates. `cms` is the signature without its blob header.
 //
-// Any self-signed root will do: who is trusted is another question. An expired certificate fails only at a
-// stamped time or when the program asks for it. Nothing is asked over the network, so revocation is never
-// found.
+// Accepts any self-signed root: trust is decided elsewhere. An expired certificate fails only at a stamped
+// time or when the program demands it. No network is used, so revocation is never detected.
 SignerVerdict checkCodeSigner(ByteView cms, const CodeDirectories& directories, const TrustAnchor& anchor);
 
 } // namespace quorvane::codesign

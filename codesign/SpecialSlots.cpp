@@ -12,7 +12,7 @@ bool matchesSpecialHash(const CodeDirectory& directory, std::uint32_t slot, Byte
 ValidityStatus verifySpecialSlots(const CodeDirectory& directory, const SignatureContainer& container,
     const std::optional<Bytes>& infoPlist)
 {
-    // Blobs that lie apart can not be more than the container; hashing one of them again and again would be.
+    // Blobs that do not overlap cannot exceed the container; hashing one of them repeatedly would.
     std::uint64_t left = container.size();
     for (std::uint32_t slot = directory.specialSlotCount(); slot > 0; --slot) {
         if (slot == signatureSlot::resourceSeal || !directory.specialHash(slot))

@@ -7,8 +7,9 @@
 
 namespace quorvane::codesign {
 
-// Compares what lies beside the code with the special hashes of `directory`: the Info.plist and the blobs of
-// the container (requirements, entitlements, launch constraints). The resource seal is a check of its own.
+// Compares the data that accompanies the code with the special hashes of `directory`: the Info.plist and the
+// blobs of the container (requirements, entitlements, launch constraints). The resource seal is checked
+// separately.
 ValidityStatus verifySpecialSlots(const CodeDirectory& directory, const SignatureContainer& container,
     const std::optional<Bytes>& infoPlist);
 

@@ -12,7 +12,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// What a time stamp authority signs: the hash of something and the time when it was shown.
+// The data that a time stamp authority signs: a hash and the time when it was submitted.
 struct StampedRecord {
     HashAlgorithm hash = HashAlgorithm::sha1;
     ByteView imprint;

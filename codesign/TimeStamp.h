@@ -12,12 +12,12 @@ namespace quorvane::codesign {
 
 struct TimeStamp {
     ValidityStatus status = status::timeStampBroken;
-    std::time_t time = 0; // when the signature existed; of use when the status is valid
+    std::time_t time = 0; // when the signature existed; meaningful only when the status is valid
 };
 
-// Judges the time stamp token of a signer; none without a token. The token must speak of this very signature
-// and come from a time stamp authority below the anchor whose certificates were valid at that time.
-// `certificates`, those of the signature, complete the token's own.
+// Checks the time stamp token of a signer; none without a token. The token must refer to this signature and
+// come from a time stamp authority below the anchor whose certificates were valid at that time.
+// `certificates`, those of the signature, complement the token's own.
 std::optional<TimeStamp> checkTimeStamp(
     const CmsSigner& signer, const std::vector<Certificate>& certificates, const TrustAnchor& anchor);
 

@@ -6,7 +6,7 @@
 
 namespace quorvane::codesign {
 
-// The one certificate that is trusted by itself, recognised by the SHA-256 of its encoding and never by its
+// The one certificate that is trusted by itself, identified by the SHA-256 of its encoding and never by its
 // name.
 struct TrustAnchor {
     std::array<std::uint8_t, 32> fingerprint;
@@ -17,7 +17,7 @@ struct TrustAnchor {
     }
 };
 
-// The platform vendor's root certificate, valid from 2006 to 2035. Every genuine signature brings it along.
+// The platform vendor's root certificate, valid from 2006 to 2035. Every genuine signature includes it.
 TrustAnchor platformRoot();
 
 } // namespace quorvane::codesign

@@ -4,7 +4,7 @@
 
 namespace quorvane::codesign {
 
-// The answer of a validity check: 0 or one of the platform's error numbers.
+// The result of a validity check: 0 or one of the platform's error numbers.
 using ValidityStatus = std::int32_t;
 
 namespace status {
@@ -23,10 +23,10 @@ inline constexpr ValidityStatus timeStampNotTrusted = -67894;
 inline constexpr ValidityStatus cmsUnreadable = -25257;
 inline constexpr ValidityStatus notTrusted = -2147409622;
 inline constexpr ValidityStatus expired = -2147409654;
-inline constexpr ValidityStatus unreadable = -2147416000; // no code can be read from the file
+inline constexpr ValidityStatus unreadable = -2147416000; // the file contains no readable code
 } // namespace status
 
-// Bits of the flag word that selects the checks; a bit that is not named here selects nothing.
+// Bits of the flag word that selects the checks; any other bit selects nothing.
 namespace validityFlag {
 inline constexpr std::uint32_t skipPages = 0x2;
 inline constexpr std::uint32_t skipResources = 0x4;
