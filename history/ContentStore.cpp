@@ -21,7 +21,7 @@ void ContentStore::createTable(Database& database)
 {
     database.execute("CREATE TABLE content ("
                      " number INTEGER PRIMARY KEY AUTOINCREMENT,"
-                     " base INTEGER," // the contents that the frame was packed against; null: stands alone
+                     " base INTEGER," // the contents that the frame was packed against; null: self-contained
                      " size INTEGER NOT NULL," // bytes, unpacked
                      " digest TEXT NOT NULL," // of the bytes, unpacked
                      " frame BLOB NOT NULL,"
@@ -71,15 +71,14 @@ std::vector<ContentStore::Link> ContentStore::chainTo(std::int64_t number)
         chain.push_back({*next, row.count(1)});
         const auto base = row.optionalInteger(0);
         if (base && *base >= *next)
-            return {}; // a circle, perhaps
+            return {}; // perhaps a cycle
         next = base;
     }
     std::reverse(chain.begin(), chain.end());
     return chain;
 }
 
-// Reads what is packed only, which is quick. New contents must not be packed against what cannot be read
-// again.
+// Checks the packed bytes only, which is fast. New contents must not be packed against unreadable ones.
 bool ContentStore::isSound(const std::vector<Link>& chain)
 {
     return std::all_of(chain.begin(), chain.end(), [this](const Link& link) {
@@ -149,7 +148,7 @@ std::uint64_t ContentStore::packedSize()
     return row.count(0);
 }
 
-// Contents take about as much alone as those that their chain began with.
+// Self-contained, contents take about as much as those at the start of their chain.
 std::int64_t ContentStore::firstWithin(std::uint64_t limit)
 {
     std::uint64_t size = packedSize();

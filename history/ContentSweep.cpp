@@ -13,15 +13,15 @@ namespace quorvane::history {
 namespace {
 
 struct Content {
-    std::optional<std::int64_t> base; // what it is packed against, earlier contents always
-    bool isTorn = false; // what it was packed against is not there
-    std::int64_t chain = 0; // the contents that its chain begins with
+    std::optional<std::int64_t> base; // the contents it is packed against, always earlier ones
+    bool isTorn = false; // its base is missing
+    std::int64_t chain = 0; // the first contents of its chain
     std::uint64_t size = 0; // bytes, unpacked
     bool isUsed = false; // a version refers to it
-    bool isNeeded = false; // something that stays is packed against it, directly or not
+    bool isNeeded = false; // contents that stay are packed against it, directly or not
     bool isRepacked = false;
-    bool isUnpacked = false; // for itself, or on the way to contents that are packed anew
-    std::size_t uses = 0; // how often its bytes are yet asked for
+    bool isUnpacked = false; // for itself, or on the way to contents that are repacked
+    std::size_t uses = 0; // how often its bytes are still needed
 };
 
 using Contents = std::map<std::int64_t, Content>;
@@ -57,7 +57,7 @@ Content* baseOf(Contents& contents, const Content& content)
     return content.base ? &contents.find(*content.base)->second : nullptr;
 }
 
-// The nearest contents before it that stay.
+// The nearest earlier contents that stay.
 std::optional<std::int64_t> keptBaseOf(Contents& contents, const Content& content)
 {
     std::optional<std::int64_t> number = content.base;
@@ -67,8 +67,7 @@ std::optional<std::int64_t> keptBaseOf(Contents& contents, const Content& conten
     return number;
 }
 
-// From the newest to the oldest, since what comes later decides what is to be done with what it is packed
-// against.
+// From the newest to the oldest, since later contents decide what happens to their base.
 void plan(Contents& contents)
 {
     for (auto entry = contents.rbegin(); entry != contents.rend(); ++entry) {
@@ -89,7 +88,7 @@ void plan(Contents& contents)
             ++contents[*kept].uses;
 }
 
-// The bytes of unpacked contents, each as long as it is yet asked for.
+// The bytes of unpacked contents, each kept as long as it is still needed.
 class UnpackedBytes {
 public:
     UnpackedBytes(Contents& contents, ContentStore& store)

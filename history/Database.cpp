@@ -24,8 +24,8 @@ DatabaseError DatabaseError::damage(const std::string& message)
     return {SQLITE_CORRUPT, message};
 }
 
-// Files, locks and memory fail for reasons outside the data base. All else can only come from what it holds,
-// since the statements are always the same.
+// Files, locks and memory fail for reasons outside the database. Anything else can only be caused by its
+// contents, since the statements are always the same.
 bool DatabaseError::isDamage() const
 {
     switch (primaryCode(m_code)) {
@@ -62,7 +62,7 @@ Database::Database(const std::string& path)
         sqlite3_busy_timeout(m_connection, longestWait);
         sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(m_connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-        // A commit is durable: with a rollback journal that is cut to nothing, FULL syncs that as well.
+        // A commit is durable: with a rollback journal that is truncated, FULL syncs that as well.
         execute("PRAGMA cell_size_check = ON; PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = FULL");
     } catch (...) {
         sqlite3_close(m_connection);
@@ -137,7 +137,7 @@ std::string_view Statement::text(int column) const
     return blob(column);
 }
 
-// A null pointer also stands for bytes that there was no memory for.
+// A null pointer can also mean that memory ran out.
 std::string_view Statement::blob(int column) const
 {
     const void* bytes = sqlite3_column_blob(m_statement, column);
@@ -174,7 +174,7 @@ void Statement::bind(int at, std::string_view value)
 
 void Statement::bind(int at, Blob value)
 {
-    // A null pointer would be bound as null, which no bytes are not.
+    // A null pointer would be bound as null, which differs from empty bytes.
     const char* bytes = value.bytes.empty() ? "" : value.bytes.data();
     check(sqlite3_bind_blob64(m_statement, at, bytes, value.bytes.size(), SQLITE_STATIC));
 }
@@ -197,7 +197,7 @@ Transaction::~Transaction()
     try {
         m_database.execute("ROLLBACK");
     } catch (...) {
-        // Some failures have rolled back already; the next opening of the data base does the rest. There may
+        // Some failures have rolled back already; otherwise the next opening of the database does. There may
         // be no memory for the error itself.
     }
 }

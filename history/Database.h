@@ -11,7 +11,8 @@ struct sqlite3_stmt;
 
 namespace quorvane::history {
 
-// What went wrong in a data base. The only exception of this folder; it never leaves a Journal.
+// A failure of a database operation. Besides std::bad_alloc the only exception of this folder; it never
+// leaves a Journal.
 class DatabaseError : public std::runtime_error {
 public:
     // `code`: an extended result code of SQLite.
@@ -22,21 +23,21 @@ public:
     }
     static DatabaseError damage(const std::string& message);
 
-    // The file does not hold what was written into it.
+    // True when the contents of the file are damaged.
     bool isDamage() const;
-    // The file was renamed or removed while it was open.
+    // True when the file was renamed or removed while it was open.
     bool isMoved() const;
 
 private:
     int m_code;
 };
 
-// An open SQLite data base, every commit of which is durable. Used by one thread at a time. Operations throw
+// An open SQLite database, every commit of which is durable. One thread at a time. Operations throw
 // DatabaseError.
 class Database {
 public:
-    // Opens the existing file `path`, which must not lead over symbolic links. For reading only where it
-    // cannot be written.
+    // Opens the existing file `path`, which must not contain symbolic links. Read-only if it cannot be
+    // written.
     explicit Database(const std::string& path);
     ~Database();
     Database(const Database&) = delete;
@@ -51,7 +52,7 @@ private:
     sqlite3* m_connection = nullptr;
 };
 
-// Bytes to bind as they are; anything else that is text is bound as text.
+// Bytes to bind as a blob; other strings are bound as text.
 struct Blob {
     std::string_view bytes;
 };
@@ -71,9 +72,9 @@ public:
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
 
-    // Goes to the next row; false when there is none.
+    // Advances to the next row; false when there is none.
     bool step();
-    // Runs a statement that answers no rows.
+    // Runs a statement that returns no rows.
     void run();
 
     bool isNull(int column) const;
@@ -106,11 +107,11 @@ private:
     sqlite3_stmt* m_statement = nullptr;
 };
 
-// Everything until commit() takes place as a whole or, when the object goes without it, not at all.
+// Everything until commit() happens as a whole; without commit() the destructor rolls it back.
 class Transaction {
 public:
     enum class Kind { read, write };
-    // A write waits here until no other process writes.
+    // For a write, waits until no other process writes.
     Transaction(Database& database, Kind kind);
     ~Transaction();
     Transaction(const Transaction&) = delete;

@@ -8,8 +8,8 @@
 
 namespace quorvane::history {
 
-// Bytes that another object owns, which must outlive this, with their digest. To digest a large file takes as
-// long as to read it, so it is done here, once. Immutable; any thread.
+// Bytes that another object owns, which must outlive this, with their digest. Digesting a large file takes as
+// long as reading it, so it is done once, here. Immutable; any thread.
 class DigestedBytes {
 public:
     DigestedBytes()
@@ -24,7 +24,7 @@ public:
     }
 
     std::string_view bytes() const { return m_bytes; }
-    // As contentDigest() has it.
+    // As by contentDigest().
     const std::string& digest() const { return m_digest; }
 
 private:

@@ -22,9 +22,10 @@ namespace quorvane::history {
 namespace {
 
 constexpr std::int64_t format = 1;
-constexpr std::int64_t largestFormat = 1000; // no number beyond is one of ours, so the file is damaged
+constexpr std::int64_t largestFormat
+    = 1000; // no version of ours uses a higher number, so the file is damaged
 
-// The format number of an open data base; 0 for one that holds nothing yet.
+// The format number of an open database; 0 for an empty one.
 std::int64_t formatOf(Database& database)
 {
     Statement row(
@@ -36,8 +37,8 @@ std::int64_t formatOf(Database& database)
     return found;
 }
 
-// Damage of the data base's own pages is not always noticed by what changes them. Looking through a small
-// journal takes no longer than writing a version does.
+// Writing does not always notice damaged database pages. Checking a small journal takes no longer than
+// writing a version.
 void checkPages(Database& database, std::uint64_t size)
 {
     constexpr std::uint64_t small = std::uint64_t{4} << 20U; // bytes
@@ -51,13 +52,13 @@ void checkPages(Database& database, std::uint64_t size)
 // Another process may be doing the same.
 void createTables(Database& database, const std::string& watchedFile)
 {
-    database.execute("PRAGMA auto_vacuum = FULL"); // a journal is as large as what it holds
+    database.execute("PRAGMA auto_vacuum = FULL"); // the file shrinks with its contents
     Transaction transaction(database, Transaction::Kind::write);
     if (formatOf(database) != 0)
         return;
     ContentStore::createTable(database);
     VersionTable::createTable(database);
-    database.execute("CREATE TABLE file (path TEXT NOT NULL)"); // for people who look into the folder
+    database.execute("CREATE TABLE file (path TEXT NOT NULL)"); // for anyone who inspects the folder
     Statement(database, "INSERT INTO file VALUES (?)", watchedFile).run();
     database.execute(("PRAGMA user_version = " + std::to_string(format)).c_str());
     transaction.commit();
@@ -110,7 +111,7 @@ template <typename Work> auto Journal::attempt(Access access, Work work)
     }
 }
 
-// Nothing is made for a reader: then there is no journal yet.
+// Creates nothing for a reader: then there is no journal yet.
 bool Journal::openDatabase(Access access)
 {
     if (m_database)
@@ -141,7 +142,7 @@ bool Journal::openDatabase(Access access)
     return true;
 }
 
-// True when there is a data base to try once more with.
+// True when there is a database to retry with.
 bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures, bool& wasReadAgain)
 {
     constexpr int mostFailures = 2;
@@ -153,9 +154,9 @@ bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures, bool&
     if (!error.isDamage())
         return false;
     if (m_place.databaseIdentity() != m_identity)
-        return true; // another process has set it aside
+        return true; // another process has renamed it
     if (!std::exchange(wasReadAgain, true))
-        return true; // a disk that failed to read is reported like this, too
+        return true; // a disk read error is reported like this, too
     const auto aside = m_place.setAside(m_identity);
     if (!aside)
         return false;
@@ -171,7 +172,7 @@ void Journal::fail(const char* reason)
         m_problem = "The history of " + m_place.watchedFile() + " cannot be used: " + reason;
         m_log.write(*m_problem);
     } catch (const std::bad_alloc&) {
-        m_problem.emplace("Out of memory"); // short enough to need none itself
+        m_problem.emplace("Out of memory"); // short enough to need no allocation
     }
 }
 
@@ -198,7 +199,7 @@ std::optional<std::int64_t> Journal::insert(const NewVersion& version, VersionSt
         }
         Transaction transaction(database, Transaction::Kind::write);
         const std::int64_t number = insertInto(database, version, state);
-        // Before the version is: a marker may stand for nothing, but never be missing.
+        // Created before the version: a marker without a version is harmless, a missing one is not.
         if (state == VersionState::underWay && !m_place.makeMarker()) {
             fail("its marker file cannot be made");
             return std::nullopt;
@@ -248,7 +249,7 @@ bool Journal::abandon(std::int64_t number)
     return isGone;
 }
 
-// What is left over is found by the next version, so a failure here is none of the operation before it.
+// The next version finds any leftovers, so a failure here is not a failure of the operation before it.
 void Journal::tidy()
 {
     const auto problem = m_problem;
@@ -386,7 +387,7 @@ std::optional<JournalVersion> Journal::onlyIfContentsAreThere(
     const auto found = readable(number);
     if (found == versions.end())
         return std::nullopt;
-    // The first version of all began with no file, or an empty one.
+    // Before the very first version there was no file, or an empty one.
     if (found->before && readable(found->before) == versions.end())
         return std::nullopt;
     return *found;

@@ -28,7 +28,7 @@ namespace {
 constexpr mode_t forOwnerOnly = 0700;
 constexpr mode_t fileForOwnerOnly = 0600;
 
-// The real path, also of a file that is not there yet.
+// The real path, also of a file that does not exist yet.
 std::string realPathOf(const std::string& file)
 {
     std::error_code failed;
@@ -48,7 +48,7 @@ std::optional<struct stat> statusOf(const std::string& path, int flags)
     return fstatat(AT_FDCWD, path.c_str(), &status, flags) == 0 ? std::optional(status) : std::nullopt;
 }
 
-// The status of `path` or, when it is missing, of the first folder above it that is there.
+// The status of `path` or, when it is missing, of the nearest existing folder above it.
 std::optional<struct stat> statusOfNearest(std::filesystem::path path)
 {
     for (;;) {
@@ -74,7 +74,7 @@ bool makeFolders(const std::filesystem::path& folder)
         && syncFolder(folder.parent_path().string());
 }
 
-// Makes a file of `contents` unless there is one; a link, even a dangling one, is never followed.
+// Creates a file of `contents` unless there is one; a link, even a dangling one, is never followed.
 bool makeFile(const std::string& path, std::string_view contents = {})
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
@@ -91,7 +91,7 @@ const std::string noDigest(64, '-');
 
 std::string defaultStateFolder()
 {
-    // Relative paths are to be ignored there.
+    // Relative paths must be ignored in this variable.
     if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/')
         return std::string(state) + "/quorvane";
     const std::string home = platform::homeDirectory();
@@ -102,7 +102,7 @@ JournalPlace::JournalPlace(std::string stateFolder, const std::string& watchedFi
     : m_folder(stateFolder.empty() ? std::string() : realPathOf(stateFolder))
     , m_watchedFile(realPathOf(watchedFile))
 {
-    constexpr std::size_t enoughDigits = 32; // no two paths share 128 bits
+    constexpr std::size_t enoughDigits = 32; // 128 bits of a digest never collide
     m_base = m_folder + "/" + contentDigest(m_watchedFile).substr(0, enoughDigits);
 }
 
@@ -116,7 +116,7 @@ std::optional<std::string> JournalPlace::refusal() const
     const bool isThere = folder && statusOf(m_folder, 0).has_value();
     if (isThere && !S_ISDIR(folder->st_mode))
         return m_folder + " is no folder";
-    // Root leaves nothing behind in somebody else's home.
+    // Root leaves nothing behind in another user's home.
     if (folder && folder->st_uid != user && (isThere || user == root))
         return m_folder + " belongs to another user";
     if (const auto file = statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW)) {
@@ -190,7 +190,7 @@ std::optional<std::uint64_t> JournalPlace::databaseIdentity() const
 
 std::optional<std::string> JournalPlace::setAside(std::uint64_t identity) const
 {
-    // Only one process at a time, lest the second one takes the new data base for the damaged one.
+    // One process at a time, so that a second one does not mistake the new database for the damaged one.
     const platform::FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder || flock(folder.get(), LOCK_EX | LOCK_NB) != 0 || databaseIdentity() != identity)
         return std::nullopt;
@@ -199,7 +199,7 @@ std::optional<std::string> JournalPlace::setAside(std::uint64_t identity) const
         const std::string aside = m_base + ".damaged" + (number == 1 ? "" : "." + std::to_string(number));
         if (statusOf(aside, AT_SYMLINK_NOFOLLOW))
             continue;
-        // The rollback journal first: beside a new data base it would be taken for that one's.
+        // The rollback journal first: it would be taken for that of a new database.
         const std::string rollback = databaseFile() + "-journal";
         if (rename(rollback.c_str(), (aside + "-journal").c_str()) != 0 && errno != ENOENT)
             break;

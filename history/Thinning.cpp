@@ -13,7 +13,8 @@ constexpr std::int64_t day = 24 * hour;
 constexpr std::uint64_t timeOfHourly = 30 * day;
 constexpr std::uint64_t timeOfDaily = 365 * day;
 
-// Numbers and times, where no version is older than one made before it, nor younger than the newest.
+// The versions with times corrected so that none is older than one recorded before it, or younger than the
+// newest.
 std::vector<DatedVersion> inOrderOfTime(std::vector<DatedVersion> versions)
 {
     std::int64_t latest = std::numeric_limits<std::int64_t>::min();
@@ -33,7 +34,7 @@ std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versi
     std::set<std::int64_t> dates;
     const std::vector<DatedVersion> ordered = inOrderOfTime(versions);
     for (auto version = ordered.rbegin(); version != ordered.rend(); ++version) {
-        // Without a sign, since the difference of two times out of a damaged file can be any.
+        // Unsigned, since the difference of two times from a damaged file can overflow.
         const std::uint64_t age
             = static_cast<std::uint64_t>(ordered.back().time) - static_cast<std::uint64_t>(version->time);
         const bool isKept = age <= std::uint64_t{days} * day

@@ -13,8 +13,8 @@ struct DatedVersion {
 // The versions that are too old to be kept, from all versions, oldest first. Kept are all of the last `days`,
 // then the newest of each hour for 30 days and the newest of each day for a year, and the newest of all. Ages
 // are measured from the newest version: the clock may be wrong, or may have been when a version was recorded.
-// A version that is dated later than the newest counts as young, one that is dated earlier than those before
-// it as old as these. Any thread.
+// A version dated later than the newest counts as of age 0, one dated earlier than those before it as just as
+// old as these. Pure; any thread.
 std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versions, std::uint32_t days);
 
 } // namespace quorvane::history

@@ -8,7 +8,7 @@ namespace {
 
 using Numbers = std::vector<std::int64_t>;
 
-// Also when it is not the last one: what is undone is never undone again.
+// Even if it is not the last one: an undone action is never undone again.
 void move(std::int64_t number, Numbers& from, Numbers& to)
 {
     from.erase(std::remove(from.begin(), from.end(), number), from.end());

@@ -13,8 +13,8 @@ namespace quorvane::history {
 
 namespace {
 
-// Contents of versions are alike over long stretches that lie as far apart as the contents are long. Matches
-// that far away are found only by long-distance matching, and only within the window.
+// Versions have long equal ranges whose distance is about the length of the contents. Matches that far away
+// are found only by long-distance matching, and only within the window.
 int windowFor(std::size_t length)
 {
     const ZSTD_bounds bounds = ZSTD_cParam_getBounds(ZSTD_c_windowLog);
@@ -24,17 +24,17 @@ int windowFor(std::size_t length)
 std::size_t checked(std::size_t result)
 {
     if (ZSTD_isError(result) != 0)
-        throw std::bad_alloc(); // parameters are right and the room suffices, so nothing else fails
+        throw std::bad_alloc(); // parameters are valid and the buffer suffices, so nothing else can fail
     return result;
 }
 
-// How many bytes two contents begin and end with alike; none counts twice.
+// The lengths of the common start and end of two contents, which do not overlap.
 struct CommonEnds {
     std::size_t start = 0;
     std::size_t end = 0;
 };
 
-// Whole blocks first, since comparing these takes many bytes in one step.
+// Whole blocks first, since these are compared many bytes at a time.
 std::size_t commonStart(std::string_view a, std::string_view b)
 {
     constexpr std::size_t block = 4096;
@@ -72,9 +72,9 @@ std::string_view withoutEnds(std::string_view text, const CommonEnds& ends)
     return text.substr(ends.start, text.size() - ends.start - ends.end);
 }
 
-// The lengths precede the packed rest in a frame that every unpacker skips.
+// The lengths precede the packed rest in a skippable frame, which every decompressor ignores.
 constexpr std::uint32_t skippedFrameWord = 0x184D2A51;
-constexpr std::size_t skippedFrameSize = 24; // bytes: word, length of what follows, both lengths
+constexpr std::size_t skippedFrameSize = 24; // bytes: magic number, length of what follows, both lengths
 
 template <class Number> void appendNumber(std::string& out, Number number)
 {
@@ -100,7 +100,7 @@ std::string skippedFrame(const CommonEnds& ends)
     return frame;
 }
 
-// Takes the lengths off the beginning of `frame`; no lengths where it has none.
+// Removes the lengths from the front of `frame`; zero lengths if it has none.
 CommonEnds takeEnds(std::string_view& frame)
 {
     if (frame.size() < skippedFrameSize || numberAt<std::uint32_t>(frame, 0) != skippedFrameWord)
@@ -125,7 +125,7 @@ std::string packed(std::string_view contents, std::string_view prefix, std::stri
     checked(ZSTD_CCtx_setParameter(
         context.get(), ZSTD_c_windowLog, windowFor(std::max(contents.size(), prefix.size()))));
     checked(ZSTD_CCtx_refPrefix(context.get(), prefix.data(), prefix.size()));
-    // Left as it is, so that only the pages that the frame needs are ever touched.
+    // Left uninitialized, so that only the pages that the frame needs are touched.
     const std::size_t bound = ZSTD_compressBound(contents.size());
     const auto room = std::make_unique_for_overwrite<char[]>(bound);
     const std::size_t length
@@ -149,7 +149,7 @@ std::optional<std::string> unpackedFrame(std::string_view frame, std::string_vie
     const CommonEnds ends = takeEnds(frame);
     if (size > largestContents || !areWithin(ends, size) || !areWithin(ends, prefix.size()))
         return std::nullopt;
-    const std::size_t length = size - ends.start - ends.end; // of what was packed
+    const std::size_t length = size - ends.start - ends.end; // of the packed bytes
     if (ZSTD_getFrameContentSize(frame.data(), frame.size()) != length)
         return std::nullopt;
     const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), ZSTD_freeDCtx);

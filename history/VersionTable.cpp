@@ -4,7 +4,7 @@ namespace quorvane::history {
 
 namespace {
 
-// As they are stored; a number never changes its meaning.
+// Indexed by the stored number, whose meaning never changes.
 constexpr VersionKind kinds[]
     = {VersionKind::action, VersionKind::undo, VersionKind::redo, VersionKind::foreign};
 constexpr VersionState states[] = {VersionState::done, VersionState::underWay, VersionState::recovered};

@@ -11,8 +11,8 @@
 
 namespace quorvane::history {
 
-// The versions of a journal, in its table `version`. Operations throw DatabaseError; they are to be called
-// inside a transaction.
+// The versions of a journal, in its table `version`. Operations throw DatabaseError; call them inside a
+// transaction. One thread at a time.
 class VersionTable {
 public:
     explicit VersionTable(Database& database)
@@ -47,13 +47,13 @@ public:
     // The oldest version whose contents are `content` or later ones; the newest of all when there is none.
     std::int64_t firstWithContentsFrom(std::int64_t content);
 
-    // Also makes older versions under way recovered. False when there is no such version.
+    // Also sets older versions that are under way to recovered. False when there is no such version.
     bool setState(std::int64_t number, VersionState state);
 
-    // Removes a version under way; the one after it follows the one before it. False when there is none.
+    // Removes a version under way and links its successor to its predecessor. False when there is none.
     bool abandon(std::int64_t number);
 
-    // Removes versions, but never the newest nor one under way.
+    // Remove versions, but never the newest or one under way.
     void forgetBefore(std::int64_t number);
     void forget(const std::vector<std::int64_t>& numbers);
 
