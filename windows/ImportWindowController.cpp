@@ -35,7 +35,7 @@ ImportWindowController::ImportWindowController(
     m_ui->setupUi(this);
     setUpTable();
     setUpMenu();
-    connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::lookOn);
+    connect(&m_counting, &QTimer::timeout, this, &ImportWindowController::examine);
     connect(m_ui->foresightBar, &ForesightBar::filterChanged, this, &ImportWindowController::reloadTable);
     connect(m_ui->importButton, &QPushButton::clicked, this, &ImportWindowController::importAction);
     connect(m_ui->takeApartButton, &QPushButton::clicked, this, &ImportWindowController::takeApart);
@@ -213,10 +213,10 @@ void ImportWindowController::startCounting()
     m_counting.start();
 }
 
-void ImportWindowController::lookOn()
+void ImportWindowController::examine()
 {
     constexpr std::size_t rulesAtATime = 2000; // a few milliseconds
-    if (m_coming->lookOn(rulesAtATime))
+    if (m_coming->examine(rulesAtATime))
         return;
     m_counting.stop();
     m_foresight = std::move(m_coming);

@@ -126,7 +126,7 @@ private:
     void ticksDidChange();
     void reloadTable();
     void startCounting();
-    void lookOn();
+    void examine();
     void updateCounts();
     void importTickedRules();
     void windowWillClose();

@@ -37,7 +37,8 @@ void count(AccessCounts& counts, std::int32_t policyClass)
         ++counts.watch;
 }
 
-// Sets how many of the folders before it hold each. They are sorted, so these are on the way to it.
+// Sets how many of the folders before it contain each. They are sorted, so a stack of the current ancestors
+// suffices.
 void setDepths(std::vector<MappedFolder>& folders)
 {
     std::vector<const MappedFolder*> holders;

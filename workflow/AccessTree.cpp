@@ -69,7 +69,7 @@ std::shared_ptr<const AccessTree> AccessTree::byProgram(
             own.push_back(tree->m_rules[place]);
         auto folders = accessMap(own, stop);
         if (folders.empty())
-            continue; // no rule that the map knows
+            continue; // not a rule on the map
         const std::size_t branch
             = tree->add({.kind = AccessBranch::Kind::program, .text = program, .title = program});
         tree->addFolders(std::move(folders), branch, places);
@@ -86,8 +86,8 @@ std::size_t AccessTree::add(AccessBranch branch)
     return number;
 }
 
-// `places`: of the rules that the folders were made of. Each folder goes into the one before it that holds
-// it.
+// `places`: indexes of the rules that the folders were made from. Each folder becomes a child of the nearest
+// one before it that contains it.
 void AccessTree::addFolders(std::vector<MappedFolder> folders, std::optional<std::size_t> program,
     const std::vector<std::size_t>& places)
 {
@@ -109,7 +109,7 @@ void AccessTree::addFolders(std::vector<MappedFolder> folders, std::optional<std
     }
 }
 
-// From the last one up, so that each is complete before it counts for its parent.
+// From the last to the first, so that each is complete before it is added to its parent.
 void AccessTree::sumUp()
 {
     std::vector<std::map<std::string, std::size_t>> programs(m_branches.size());

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// The access map as a tree to be looked at: folders in the folders that hold them, or programs with the
-// folders that their rules are about.
+// The access map as a tree for display: folders within the folders that contain them, or programs with the
+// folders that their rules apply to.
 
 namespace quorvane::workflow {
 
@@ -20,19 +20,19 @@ struct AccessBranch {
 
     Kind kind;
     std::string text; // the whole folder or process; empty for every path and for endings
-    std::string title; // what of the text its parent does not say
-    AccessCounts counts{}; // of its rules and those of everything in it
-    std::vector<std::size_t> rules{}; // its own: where they stand in AccessTree::rules()
-    // Those that the rules counted are about, the ones with most rules first; not of a program's branches.
+    std::string title; // the part of the text that its parent does not show
+    AccessCounts counts{}; // of its rules and those of everything below it
+    std::vector<std::size_t> rules{}; // its own: indexes in AccessTree::rules()
+    // The programs of the counted rules, those with most rules first; empty for the branches of a program.
     std::vector<std::pair<std::string, std::size_t>> programs{};
     std::optional<std::size_t> parent{}; // none at the top
     std::vector<std::size_t> children{};
 };
 
-// Branches by their numbers, from 0 up; each behind its parent. Never changes; any thread.
+// Branches by number, from 0; each after its parent. Immutable; any thread.
 class AccessTree {
 public:
-    // Any thread. None when `stop` came before it was made.
+    // Any thread that may read the rules. Null when `stop` was requested before it was complete.
     static std::shared_ptr<const AccessTree> byFolder(
         std::vector<rules::RuleRef> rules, const std::stop_token& stop = {});
     static std::shared_ptr<const AccessTree> byProgram(
@@ -43,9 +43,9 @@ public:
     const std::vector<std::size_t>& top() const { return m_top; }
     const std::vector<rules::RuleRef>& rules() const { return m_rules; }
 
-    // The rules of a branch and of everything in it.
+    // The rules of a branch and of everything below it.
     std::vector<rules::RuleRef> rulesOf(std::size_t branch) const;
-    // Of all rules that are on the map.
+    // Of all rules on the map.
     const AccessCounts& counts() const { return m_counts; }
 
 private:

@@ -19,7 +19,7 @@ bool needsNoProgram(bool isSystemRule, std::string_view applicationName, std::st
     return path.starts_with("/private/var/folders/") && path.ends_with(".");
 }
 
-// Deliberate: a program that cannot be read is taken for an empty file.
+// Deliberate: a program that cannot be read counts as an empty file.
 bool matchesConstraint(const std::string& path, std::string_view constraint, ProgramFacts& facts)
 {
     switch (constraintKind(constraint)) {

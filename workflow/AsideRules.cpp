@@ -105,7 +105,7 @@ std::optional<std::string> AsideRules::write(const std::vector<rules::RuleValue>
     std::error_code error = file.error();
     if (!error && platform::writeFully(file.descriptor(), content.bytes(), error) != content.bytes().size()
         && !error)
-        error = platform::systemError(EIO); // a call that writes nothing and does not say why
+        error = platform::systemError(EIO); // a write that returned 0 without an error
     if (!error)
         error = file.takePlace(forOwnerOnly);
     return error ? std::optional(m_file + ": " + platform::errorText(error)) : std::nullopt;

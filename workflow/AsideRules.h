@@ -14,15 +14,15 @@ class RulesFileText;
 
 namespace quorvane::workflow {
 
-// Rules that are out of force for a while: a file of their own beside the journal of the rules file that they
-// come from. Its lines are those of a rules file, always written whole, so that tags and dates come back.
+// Temporarily disabled rules: a separate file beside the journal of the rules file that they come from. Its
+// lines are those of a rules file, always written completely, so that tags and dates are preserved.
 //
-// The file is replaced whole and durably, under a lock that all our programs honour, or stays as it was. What
-// it holds is never overwritten unread. Reading reports a lack of memory; a change throws for it, before
-// anything is written. For one thread at a time.
+// The file is replaced atomically and durably, under a lock that all our programs take, or stays unchanged.
+// It is never overwritten without having been read. When memory runs out, reading reports it; a change throws
+// std::bad_alloc before anything is written. One thread at a time.
 class AsideRules {
 public:
-    // `rulesFile` is known by its real path. A change waits at most `wait` for another program's to end.
+    // `rulesFile` is identified by its real path. A change waits at most `wait` for that of another process.
     AsideRules(const std::string& stateFolder, const std::string& rulesFile,
         std::chrono::milliseconds wait = std::chrono::seconds(5));
 
@@ -30,13 +30,13 @@ public:
 
     struct Listing {
         std::vector<rules::RuleValue> rules{}; // in the order of the file
-        std::optional<std::string> problem{}; // why not all that the file may hold is there
+        std::optional<std::string> problem{}; // why `rules` may be incomplete
     };
     Listing read() const;
 
-    // Each returns why it failed, in words, and then nothing has changed.
+    // Each returns why it failed, in words, and then nothing has changed; none on success.
 
-    // Adds rules. Those that are equal to one that is there take its place, with their tag and date.
+    // Adds rules. One that is equal to a rule in the file replaces it, with its own tag and date.
     std::optional<std::string> add(const std::vector<rules::RuleValue>& rules) const;
     // Removes the rules that are equal to one of these.
     std::optional<std::string> remove(const std::vector<rules::RuleValue>& rules) const;
@@ -54,7 +54,7 @@ private:
     const std::string m_file; // empty when there is no state folder
 };
 
-// Those of `rules` that no rule of `present` is equal to.
+// The rules of `rules` that are not equal to any of `present`.
 std::vector<rules::RuleValue> withoutEqual(
     const std::vector<rules::RuleValue>& rules, const std::vector<rules::RuleValue>& present);
 

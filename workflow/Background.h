@@ -4,15 +4,14 @@
 
 namespace quorvane::workflow {
 
-// Runs work beside the thread that owns the store.
+// Runs work in parallel to the thread that owns the store. For that thread.
 class Background {
 public:
     virtual ~Background() = default;
 
-    // Runs `work` on another thread, one piece of work after the other, and then `then` on the store's
-    // thread.
+    // Runs `work` on another thread, one after the other, and then `then` on the store's thread.
     virtual void run(std::function<void()> work, std::function<void()> then) = 0;
-    // Returns when all work handed over, and what its `then` handed over in turn, is done.
+    // Returns when all submitted work is done, including work submitted by its `then`.
     virtual void wait() = 0;
 };
 

@@ -12,8 +12,8 @@ struct ChangeReason {
 
     std::string action{}; // in words: "Delete 3 Rules"
     Kind kind = Kind::action;
-    std::optional<std::int64_t> of{}; // the version that an undo or redo is about
-    bool refusesCuts = false; // fails where a line would be cut, also of a rule that another program wrote
+    std::optional<std::int64_t> of{}; // the version that is undone or redone
+    bool refusesCuts = false; // fails if a line would be cut, even of a rule that another program wrote
 };
 
 } // namespace quorvane::workflow

@@ -22,12 +22,12 @@ bool isWithin(std::string_view path, std::string_view folder)
     return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-// The innermost file system that holds the path; null when none is known.
+// The innermost file system that contains the path; null when none is known.
 const platform::Mount* mountOf(std::string_view path, const std::vector<platform::Mount>& mounts)
 {
     const platform::Mount* innermost = nullptr;
     for (const platform::Mount& mount : mounts) {
-        // Of several at one place the last is seen.
+        // Of several at the same folder the last is visible.
         if (isWithin(path, mount.folder)
             && (innermost == nullptr || mount.folder.size() >= innermost->folder.size()))
             innermost = &mount;
@@ -35,7 +35,7 @@ const platform::Mount* mountOf(std::string_view path, const std::vector<platform
     return innermost;
 }
 
-// Folders in which volumes show that are put in or mounted for a while.
+// Folders in which removable and temporary volumes are mounted.
 constexpr std::array<std::string_view, 5> foldersOfVolumes{
     "/Volumes", "/media", "/mnt", "/run/media", "/net"};
 
@@ -55,7 +55,7 @@ std::string whyOfVolume(std::string_view path, const std::vector<platform::Mount
     return mount->isRemovable ? "on a removable volume" : std::string();
 }
 
-// The home folder that the path lies in; empty when it lies in none.
+// The home folder that contains the path; empty when there is none.
 std::string homeOf(const std::string& path)
 {
     for (const std::string_view homes : {std::string_view("/Users/"), std::string_view("/home/")}) {
@@ -65,7 +65,7 @@ std::string homeOf(const std::string& path)
     return {};
 }
 
-// The program that is gone: the rule's own, or its parent.
+// The missing program: the rule's own, or its parent.
 std::string goneProgramOf(const rules::RuleValue& rule, ProgramFault fault)
 {
     return askValue(rule, [fault](const auto& fields) {
@@ -96,7 +96,7 @@ public:
         if (isNew)
             m_rules.push_back(std::move(rule));
         else if (!m_rules[known->second].doubt.empty() && rule.doubt.empty())
-            m_rules[known->second] = std::move(rule); // nothing speaks against this reason
+            m_rules[known->second] = std::move(rule); // a reason without doubt wins
     }
 
     std::vector<DispensableRule> take() { return std::move(m_rules); }
@@ -118,7 +118,7 @@ private:
     std::vector<DispensableRule> m_rules;
 };
 
-// Those of the rules that are still stored and can go when all of them are meant to.
+// Those of the rules that are still stored and can be removed together.
 std::vector<rules::RuleRef> goingTogether(
     const rules::RuleManager& store, const std::vector<DispensableRule>& chosen)
 {

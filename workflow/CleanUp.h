@@ -10,40 +10,41 @@
 #include <string_view>
 #include <vector>
 
-// Which rules can go, and which of those might be wanted again.
+// Which rules can be removed, and which of those might be needed again.
 
 namespace quorvane::workflow {
 
-// A rule that has nothing to do.
+// A rule without effect.
 struct DispensableRule {
     rules::RuleRef rule;
-    FindingKind kind; // redundant, or what is gone: the program or the path
+    FindingKind kind; // redundant, or a missing program or path
     std::string reason; // a sentence
-    std::string doubt{}; // why it might be wanted again, in a few words; empty when it will not
+    std::string doubt{}; // why it might be needed again, in a few words; empty when it will not
 };
 
-// Where files come and go.
+// Places whose files may be temporarily absent.
 struct ChangingPlaces {
-    std::vector<platform::Mount> mounts{}; // those of this machine; none where it is about another one
-    std::string home{}; // the person's home folder
+    std::vector<platform::Mount> mounts{}; // those of this machine; empty when another machine is examined
+    std::string home{}; // the user's home folder
 };
 
-// Why what is not at `path` may be there another time: "on a volume that is not mounted". Empty when nothing
-// speaks for it. `facts` tell of the place that the path belongs to.
+// Why a file missing at `path` may come back: "on a volume that is not mounted". Empty when there is no
+// reason. `facts` are those of the place that the path belongs to.
 std::string whyItMayComeBack(const std::string& path, const ChangingPlaces& places, ProgramFacts& facts);
 
-// The user's rules that have nothing to do, each once: those whose program is gone, those whose path is, and
-// redundant ones; each in stored order. Of several reasons the one without doubt is reported. A program that
-// is there but another one is not gone. Any thread.
+// The user's rules without effect, each once: those whose program is missing, those whose path is missing,
+// and redundant ones; each in stored order. Of several reasons one without doubt is reported. A different
+// program at the same path is not missing. Any thread.
 std::vector<DispensableRule> cleanUpCandidates(
     const ProblemLists& problems, const ChangingPlaces& places, const RulesPlace& place);
 
-// Doubts the redundant rules that cannot go together with all others that nothing speaks against: of rules
-// that cover each other one stays. For the store's thread.
+// Adds a doubt to the redundant rules that cannot be removed together with all undoubted ones: of rules that
+// cover each other one stays. For the store's thread.
 void doubtWhatMustStay(const rules::RuleManager& store, std::vector<DispensableRule>& candidates);
 
-// Removes those of the rules that can go together: of rules that cover each other one stays, and so does a
-// redundant one when what covers it goes. Remarks tell of those. For the store's thread.
+// Removes those of the rules that can be removed together: of rules that cover each other one stays, and so
+// does a redundant one when the rule covering it is removed. Remarks report those that stay. For the store's
+// thread.
 PlannedChange cleaningUp(
     const rules::RuleManager& store, const std::vector<DispensableRule>& chosen, rules::LineEnds lineEnds);
 

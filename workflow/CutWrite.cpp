@@ -28,7 +28,7 @@ FileAfterWrite fileAfterWrite(
         return FileAfterWrite::asBefore;
     const std::size_t written = lengthOfCommonBeginning(now, meant);
     const std::string_view rest = now.substr(written);
-    if (holdsOnlyZeros(rest)) // also when there is no rest
+    if (holdsOnlyZeros(rest)) // also true for an empty rest
         return FileAfterWrite::cutShort;
     const bool isRestOfOld = before && before->size() == now.size() && before->substr(written) == rest;
     return isRestOfOld ? FileAfterWrite::cutShort : FileAfterWrite::foreign;

@@ -5,17 +5,17 @@
 
 namespace quorvane::workflow {
 
-// What became of a file whose writing may have been cut short.
+// The state of a file whose write may have been interrupted.
 enum class FileAfterWrite {
     asBefore,
     asMeant,
-    cutShort, // a mixture that the write can have left
-    foreign, // something that no cut of this write explains: another program has written since
+    cutShort, // a mixture that the interrupted write can have left
+    foreign, // anything else: another program has written since
 };
 
-// Compares the bytes of a file, `now`, with those it had `before` (none when that is not known) and those
-// that were being written over them, `meant`. A write goes over the old bytes from the beginning and then
-// cuts the file to length; a crash may leave zeros where bytes had not reached the disk.
+// Compares the bytes of a file, `now`, with those `before` (none when unknown) and those being written over
+// them, `meant`. A write overwrites the old bytes from the start and then truncates the file; a crash may
+// leave zeros where bytes had not reached the disk. Pure.
 FileAfterWrite fileAfterWrite(
     std::string_view now, std::optional<std::string_view> before, std::string_view meant);
 

@@ -11,8 +11,8 @@
 
 namespace quorvane::workflow {
 
-// A difference between two versions of a file as a table, for windows: a row for each thing that came, went
-// or changed, in this order. Never changes; any thread.
+// A difference between two versions of a file as a table, for windows: a row for each item added, removed or
+// changed, in this order. Immutable; any thread.
 class DifferenceTable {
 public:
     enum class Change { added, removed, changed };
@@ -22,16 +22,16 @@ public:
     DifferenceTable& operator=(const DifferenceTable&) = delete;
     virtual ~DifferenceTable() = default;
 
-    // The titles of the columns, one at least. They outlive the table.
+    // The titles of the columns, at least one. They outlive the table.
     virtual const std::vector<std::string>& titles() const = 0;
-    // The column that wants the most room.
+    // The column that should be widest.
     virtual std::size_t widestColumn() const = 0;
 
     virtual std::size_t rows() const = 0;
     // Requires row < rows(), column < titles().size().
     virtual Change change(std::size_t row) const = 0;
     virtual std::string text(std::size_t row, std::size_t column) const = 0;
-    // The whole row in words, without what kind of change it is.
+    // The whole row in words, without the kind of change.
     virtual std::string line(std::size_t row) const = 0;
 
     // "2 rules added, 1 removed"
@@ -45,7 +45,7 @@ using DifferenceTablePtr = std::shared_ptr<const DifferenceTable>;
 
 DifferenceTablePtr differenceTable(rules::RulesDifference difference);
 
-// Key by key. What is within a value is compared as a whole.
+// Key by key. Nested values are compared as a whole.
 DifferenceTablePtr differenceTable(const platform::PropertyList& before, const platform::PropertyList& after);
 
 // "Added", "Removed", "Changed".

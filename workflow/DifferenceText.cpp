@@ -56,7 +56,7 @@ std::string constraintOf(const rules::WatchRuleFields&)
     return {};
 }
 
-// What rule equality compares and changes of many rules at once may change.
+// Properties that take part in rule equality, which bulk changes can change.
 template <class Fields> std::vector<std::string> identityChanges(const Fields& before, const Fields& after)
 {
     return {changeOf("class", classWord(before), classWord(after)),
@@ -66,7 +66,7 @@ template <class Fields> std::vector<std::string> identityChanges(const Fields& b
         changeOf("constraint", constraintOf(before), constraintOf(after))};
 }
 
-// Appends "2 rules added", or ", 2 added" behind other words; nothing for none.
+// Appends "2 rules added", or ", 2 added" after other words; nothing for 0.
 void appendCount(std::string& text, std::string_view noun, std::size_t count, const char* word)
 {
     if (count == 0)

@@ -16,22 +16,21 @@ class Log;
 
 namespace quorvane::workflow {
 
-// True in learning mode, which leaves suggestions alone.
+// True in learning mode, which does not touch suggestions.
 bool checkSafeMode(const platform::Locations& locations);
 
-// True when suggestions wait and are to be offered for review.
+// True when there are suggestions to be offered for review.
 bool areSuggestionsDue(const platform::Locations& locations);
 
-// What the user is told when the review of `path` opens; none unless it is the fail-safe file.
+// The notice for opening a review of `path`; none unless it is the fail-safe file.
 std::optional<Notice> suggestionsNotice(const platform::Locations& locations, const std::string& path);
 
-// Keeps what the fail-safe file holds as a version in a journal of its own, so that suggestions can be had
-// again.
+// Records the fail-safe file as a version in a separate journal, so that suggestions can be restored.
 void keepSuggestions(const platform::Locations& locations, const std::string& stateFolder,
     const history::JournalLimits& limits, platform::Log& log);
 
-// Deletes the fail-safe file and the marker beside it. Deliberate: every import does so in the end, whatever
-// file it was of, and so does every review when it closes.
+// Deletes the fail-safe file and the marker beside it. Deliberate: every import does so at its end, whatever
+// the file, and so does every review when it closes.
 void discardSuggestions(const platform::Locations& locations);
 
 } // namespace quorvane::workflow

@@ -13,7 +13,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// The lines on which the rules of a store stand in its file.
+// The lines of the rules of a store in its file.
 class LinesOfRules {
 public:
     LinesOfRules(const rules::RuleManager& store, std::string_view bytes)
@@ -21,7 +21,7 @@ public:
         const std::string_view text = bytes.substr(0, bytes.find('\0'));
         if (!platform::isValidUtf8(text))
             return;
-        rules::RulesParser parser({}, 0); // a line at a time
+        rules::RulesParser parser({}, 0); // one line at a time
         rules::LineWalker lines(text);
         std::size_t number = 1;
         const char* counted = text.data();

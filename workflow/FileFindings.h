@@ -16,26 +16,26 @@ namespace quorvane::workflow {
 struct FileFinding {
     FindingKind kind;
     std::optional<std::size_t> row{}; // of the rule; none for a joined line
-    std::size_t line = 0; // of the file, from 1, as LF and CR LF end it; 0 when it was not looked for
-    std::string rule; // as a line of a rules file; of a joined line its bytes
+    std::size_t line = 0; // of the file, from 1, ended by LF or CR LF; 0 when not searched for
+    std::string rule; // as a line of a rules file; for a joined line, its bytes
     std::string other{}; // the rule that covers it or that it overlaps, likewise; empty for none
     std::string_view reason{}; // why the program or its team fails; empty for none
-    std::string text; // a sentence for a person
+    std::string text; // a sentence for the user
 };
 
-// A store of the rules that a user's file with this text holds, options and system rules aside. Throws
+// A store of the rules of a user's file with this text, without options and system rules. Never null. Throws
 // std::bad_alloc.
 std::unique_ptr<rules::RuleManager> storeOfText(
     std::string_view text, const platform::Locations& locations, platform::Log& log);
 
-// What is looked for in a file.
+// What to search a file for.
 struct FileSearch {
     FindingSearch findings{};
-    bool withLines = false; // the rules' lines, too
+    bool withLines = false; // also find the lines of the rules
 };
 
 // Calls `use` with every finding of the user's rules in the store, by row, then by kind; and then with the
-// joined lines of `bytes`, which are the file's. Throws std::bad_alloc.
+// joined lines of `bytes`, the contents of the file. Throws std::bad_alloc.
 void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
     const std::function<void(const FileFinding&)>& use);
 

@@ -14,8 +14,8 @@ class Journal;
 
 namespace quorvane::workflow {
 
-// A file whose versions are kept, as a window shows them and brings them back. For the thread of the windows,
-// but for openJournal() and compare(), which any thread may call.
+// A file with a history of versions, for a window that shows and restores them. User interface thread, except
+// for openJournal() and compare(), which any thread may call.
 class FileHistory {
 public:
     FileHistory() = default;
@@ -25,22 +25,22 @@ public:
 
     virtual std::string name() const = 0; // "Rules"
     virtual std::string file() const = 0; // the path
-    virtual std::string exportName() const = 0; // of a file to export a version to
-    virtual bool canUndo() const = 0; // whether an undo takes a restore back
+    virtual std::string exportName() const = 0; // suggested name for an exported version
+    virtual bool canUndo() const = 0; // whether a restore can be undone
 
     virtual std::unique_ptr<history::Journal> openJournal() const = 0;
 
-    // What differs between two contents. May give up, and answer null, when that is asked for.
+    // The difference between two contents. Null when it was stopped.
     virtual DifferenceTablePtr compare(
         const std::string& before, const std::string& after, const std::stop_token& stop) const = 0;
 
-    // Makes the file as it is a version, unless it is one; possibly a little later.
+    // Records the current file as a version unless it is one already; possibly a little later.
     virtual void keepPresentVersion() = 0;
 
-    // Brings a version back, or begins to. Returns why that cannot be.
+    // Restores a version, or begins to. Returns why that is impossible; none when it is not.
     virtual std::optional<std::string> restore(std::int64_t version) = 0;
 
-    // Versions were forgotten: what depends on them is void.
+    // Call it after versions were forgotten, which invalidates whatever depends on them.
     virtual void versionsWereForgotten() = 0;
 };
 

@@ -52,7 +52,7 @@ RuleCell unmarkedCell(const rules::RuleManager& reviewed, const rules::RuleRows&
 void markAsPresent(RuleCell& cell, ImportColumn column)
 {
     cell.italic = true;
-    // The path's colour says something already, and a grey tick would look as if it could not be changed.
+    // The path's colour has a meaning already, and a grey tick would look disabled.
     if (column != ImportColumn::path && column != ImportColumn::tick)
         cell.color = CellColor::grey;
     describe(cell, "already present");

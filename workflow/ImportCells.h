@@ -6,23 +6,23 @@
 #include <optional>
 #include <string_view>
 
-// What the review of an import shows in each cell: the same as the rules table but for the columns and for
-// what is worth telling of rules that come from elsewhere.
+// The cells of an import review: the same as in the rules table except for the columns and for what is
+// reported about rules from elsewhere. For the thread that owns the stores.
 
 namespace quorvane::workflow {
 
-// The columns of the review, by their number.
+// The columns of the review, by number.
 enum class ImportColumn { application, tick, ruleClass, type, path, operations };
 constexpr int importColumnCount = 6;
 
 // The title above a column; none above the ticks.
 std::string_view importColumnTitle(ImportColumn column);
 
-// What a click on the column's title sorts by; none for the ticks.
+// The key that a click on the column's title sorts by; none for the ticks.
 std::optional<rules::SortKey> importColumnSortKey(ImportColumn column);
 
-// The cell of `row` of `rows`, which are rows of `reviewed`, user rules only. A rule that `present` holds as
-// well is marked as already present. Programs and paths are looked up in `place`.
+// The cell of `row` of `rows`, which are rows of `reviewed`, user rules only. A rule that `present` contains
+// is marked as already present. Programs and paths are looked up in `place`.
 //
 // Deliberate: the application is red only when nothing exists at its path, whatever its constraint, and a
 // path that begins with "~/" never is.

@@ -4,7 +4,7 @@
 
 namespace quorvane::workflow {
 
-// Takes the rules that the user has accepted in an import review.
+// Receives the rules that the user has accepted in an import review. User interface thread only.
 class ImportDelegate {
 public:
     ImportDelegate() = default;
@@ -15,8 +15,8 @@ public:
     // Called once for each accepted rule, in the order of the review's rows.
     virtual void importRule(const rules::RuleRef& rule) = 0;
 
-    // Called after the last of them, also when there was none. False when the rules could not be written:
-    // suggestions that they came from are then still needed.
+    // Called after the last of them, even if there was none. False when the rules could not be written: the
+    // suggestions that they came from must then be kept.
     virtual bool didFinishImportingRules() = 0;
 };
 

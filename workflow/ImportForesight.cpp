@@ -69,7 +69,7 @@ ImportForesight::ImportForesight(const rules::RuleManager& present, const rules:
 {
 }
 
-bool ImportForesight::lookOn(std::size_t rules)
+bool ImportForesight::examine(std::size_t rules)
 {
     const std::size_t all = m_rows->count(false);
     const std::size_t end = std::min(all, m_next + rules);

@@ -54,7 +54,7 @@ RulesApart rulesOfJoinedLines(std::string_view bytes)
 
 RulesApart rulesApart(std::string_view bytes)
 {
-    std::unordered_set<std::uint64_t> cut; // by hash: a false alarm costs a tick
+    std::unordered_set<std::uint64_t> cut; // by hash: a false positive only costs a tick
     for (const RulesApart::Rule& joined : rulesOfJoinedLines(bytes).rules) {
         if (joined.isCut)
             cut.insert(identityHash(joined.rule));

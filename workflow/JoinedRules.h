@@ -12,22 +12,22 @@
 
 namespace quorvane::workflow {
 
-// Rules of a file in which lines hold several rules, as rules of their own (rules/JoinedLines.h).
+// The separate rules of a file in which lines contain several (rules/JoinedLines.h).
 struct RulesApart {
     struct Rule {
         rules::RuleValue rule;
-        bool isCut = false; // text of it is lost
+        bool isCut = false; // part of its text is lost
     };
     std::vector<Rule> rules; // in the order of the file
 };
 
-// How many lines hold several rules. All functions: any thread, any bytes.
+// How many lines contain several rules. All functions: any thread, any bytes.
 std::size_t joinedLineCount(std::string_view bytes);
 
-// The same of the file at `path`; 0 when it cannot be read, or memory runs out.
+// The same for the file at `path`; 0 when it cannot be read, or memory runs out.
 std::size_t joinedLineCountOfFile(const std::string& path);
 
-// The rules that a file's joined lines are read as: of each line the first. One thread at a time.
+// The rules that a file's joined lines are read as: the first of each line. One thread at a time.
 class JoinedLinesOfFile {
 public:
     // No file when `path` is empty.
@@ -37,7 +37,7 @@ public:
     }
     const std::string& path() const { return m_path; }
 
-    // As the file is now; it is read again only when it has changed. Throws std::bad_alloc.
+    // For the current file, which is read again only when it has changed. Throws std::bad_alloc.
     const std::vector<rules::RuleValue>& rules();
 
 private:
@@ -46,10 +46,10 @@ private:
     std::vector<rules::RuleValue> m_rules;
 };
 
-// The rules of these lines alone. One whose operations are lost is left out: it would decide nothing.
+// The rules of only these lines. One whose operations are lost is skipped: it would decide nothing.
 RulesApart rulesOfJoinedLines(std::string_view bytes);
 
-// All rules of the file, those of joined lines apart. Of equal ones the first.
+// All rules of the file, with joined lines separated. Of equal ones only the first.
 RulesApart rulesApart(std::string_view bytes);
 
 } // namespace quorvane::workflow

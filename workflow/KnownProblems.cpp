@@ -14,15 +14,15 @@
 #include <unordered_set>
 #include <utility>
 
-// How problems are kept by difference:
+// How problems are updated incrementally:
 //
-// A rule is the same as before when both its record and the value that it holds stand at the addresses where
-// they stood; what was seen is kept alive, so that no other can stand there. The sorted addresses of before
-// and now make the rules that have come and gone, a changed one being both.
+// A rule is unchanged when both its record and its value have the same addresses as before; examined ones are
+// kept alive, so that addresses are not reused. Merging the sorted addresses of before and now yields the
+// added and removed rules; a changed one is both.
 //
-// What a rule shows alone is looked up for those that have come. A rule can be covered only by one of its
-// application group, and a group's rules stand together in stored order, unless one was edited since; so the
-// groups of the rules that have come or gone are indexed again, and all others keep what is known of them.
+// Findings of single rules are computed for added rules. A rule can be covered only by one of its application
+// group, and a group's rules are adjacent in stored order, unless one was edited since; so the groups of
+// added and removed rules are indexed again, and all others keep their results.
 
 namespace quorvane::workflow {
 
@@ -81,7 +81,7 @@ Difference differenceOf(const SeenRules& before, const SeenRules& now)
     return difference;
 }
 
-// The findings of rules that have come, as far as they show alone; less of them when it is stopped.
+// The findings of added rules that concern a single rule; incomplete when it is stopped.
 FindingsOf findingsAlone(const SeenRules& rules, const Difference& difference, const RulesPlace& place,
     const std::stop_token& stop)
 {
@@ -90,7 +90,7 @@ FindingsOf findingsAlone(const SeenRules& rules, const Difference& difference, c
     for (const Seen& each : difference.come) {
         if (stop.stop_requested())
             break;
-        // A record of its own: the stored one may be changed meanwhile.
+        // A separate record: the stored one may change concurrently.
         auto findings = findingsOfRuleAlone(recordOf(rules.values[each.place]), search);
         if (!findings.empty())
             found.emplace(each.record, std::move(findings));
@@ -111,7 +111,8 @@ void addKeys(GroupKeys& keys, const std::vector<Seen>& rules, const std::vector<
 // The places of the rules of one application group, from the first up to, not including, the second.
 using Group = std::pair<std::size_t, std::size_t>;
 
-// Cheap where process and constraint agree; but there are processes whose constraint does not count.
+// Cheap when process and constraint agree; otherwise the identity decides, since for some processes the
+// constraint does not count.
 bool isOfSameGroup(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
 {
     return isOfSameApplication(a, b)
@@ -128,11 +129,11 @@ Group groupFrom(std::size_t first, const std::vector<rules::RuleValue>& values)
     return {first, end};
 }
 
-// `places`: of the rules of one application group.
+// `places`: the positions of the rules of one application group.
 void findCovering(OtherOf& found, const SeenRules& rules, const std::vector<std::size_t>& places,
     const std::stop_token& stop)
 {
-    std::vector<rules::PolicyRulePtr> slots; // records of its own
+    std::vector<rules::PolicyRulePtr> slots; // separate records
     std::unordered_map<const rules::PolicyRule*, std::size_t> placeOf;
     for (const std::size_t place : places) {
         slots.push_back(
@@ -149,7 +150,7 @@ void findCovering(OtherOf& found, const SeenRules& rules, const std::vector<std:
     }
 }
 
-// The rules that cover redundant ones: known ones of groups that are as they were, found anew in others.
+// The rules that cover redundant ones: reused for unchanged groups, recomputed for others.
 OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenRules& now,
     const Difference& difference, const std::stop_token& stop)
 {
@@ -157,7 +158,7 @@ OtherOf coveringRules(const SeenRules& before, const OtherOf& known, const SeenR
     addKeys(changed, difference.come, now.values);
     addKeys(changed, difference.gone, before.values);
     OtherOf found;
-    // A rule that was edited since the rows were taken stands among the rules of its former group.
+    // A rule edited in place may be listed among the rules of its former group.
     std::unordered_map<std::string, std::vector<std::size_t>, rules::TextHash> placesOf;
     for (Group group{0, 0}; group.second < now.values.size() && !stop.stop_requested();) {
         group = groupFrom(group.second, now.values);

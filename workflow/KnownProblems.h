@@ -19,14 +19,14 @@
 
 namespace quorvane::workflow {
 
-// Something that is wrong with a stored rule.
+// A problem of a stored rule.
 struct KnownProblem {
     rules::RuleRef rule;
-    RuleFinding finding; // which names no other rule itself
-    std::optional<rules::RuleRef> other{}; // that covers the rule or that it overlaps
+    RuleFinding finding; // without a reference to another rule
+    std::optional<rules::RuleRef> other{}; // the rule that covers it or that it overlaps
 };
 
-// The problems of all rules, by kind, each in stored order. Never changes; any thread.
+// The problems of all rules, by kind, each in stored order. Immutable; any thread.
 class ProblemLists {
 public:
     using Lists = std::array<std::vector<KnownProblem>, findingKindCount>; // by kind
@@ -46,34 +46,34 @@ private:
 };
 using ProblemListsPtr = std::shared_ptr<const ProblemLists>;
 
-// The problems of a store's rules, kept by difference: of rules that stay as they are nothing is looked up
-// again. A joined line of the rules file is a problem of the rule that it is read as.
+// The problems of a store's rules, updated incrementally: unchanged rules are not examined again. A joined
+// line of the rules file is a problem of the rule that it is read as.
 //
-// Works on rows that never change and touches no store, so that it can have a thread of its own; one thread
-// at a time. What changes about a path or a program is seen only when its rule changes or forget() is called.
+// Works on immutable rows and uses no store, so that it can run on a thread of its own; one thread at a time.
+// Changes of a path or program are noticed only when its rule changes or forget() is called.
 class KnownProblems {
 public:
     // `rulesFile` is the user's; empty for none.
     explicit KnownProblems(RulesPlace place = RulesPlace::thisMachine(), std::string rulesFile = {});
 
-    // The problems of `rules`, all rules of a store in stored order. Looks at those that have come or changed
-    // since the last call, and for redundancy at the rules of their application groups. Overlaps are found
-    // anew whenever a rule has changed, and only when they are asked for.
+    // The problems of `rules`, all rules of a store in stored order. Examines those added or changed since
+    // the last call, and for redundancy the rules of their application groups. Overlaps are recomputed
+    // whenever a rule has changed, and only on request.
     //
-    // Null when it was stopped; then nothing has changed. Throws std::bad_alloc likewise.
+    // Null when it was stopped; then nothing has changed, as when it throws std::bad_alloc.
     ProblemListsPtr follow(
         std::shared_ptr<const rules::RuleRows> rules, bool withOverlaps, const std::stop_token& stop = {});
 
-    // The next call looks at everything again, in that place.
+    // The next call examines everything again, in that place.
     void forget(RulesPlace place);
 
-    // A rule with the value that it had, by addresses: which rule it is, and that it is unchanged.
+    // A rule and its value, by address: identifies the rule, and detects that it is unchanged.
     struct Seen {
         const void* record;
         const void* value;
         std::uint32_t place; // in stored order
     };
-    // Rules as they were seen. Keeps records and values, and so their addresses.
+    // Rules as last examined. Keeps records and values alive, so that their addresses are not reused.
     struct SeenRules {
         std::shared_ptr<const rules::RuleRows> rows;
         std::vector<rules::RuleValue> values; // in stored order
@@ -86,7 +86,7 @@ private:
     RulesPlace m_place;
     JoinedLinesOfFile m_joined;
     SeenRules m_seen;
-    FindingsOf m_alone; // what rules show by themselves
+    FindingsOf m_alone; // findings of single rules
     OtherOf m_covering; // the rules that cover redundant ones
     OtherOf m_overlapped;
     bool m_knowsOverlaps = false;

@@ -20,11 +20,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t mostNames = 5000; // looked at in one search
+constexpr std::size_t mostNames = 5000; // checked in one search
 constexpr std::size_t mostCandidates = 20;
 constexpr std::size_t mostFilesRead = 40;
 
-// A name without its numbers: equal for the versions of one thing.
+// A name without its numbers: equal for all versions of the same thing.
 std::string withoutVersion(std::string name)
 {
     static const RE2 version(R"([ ._-]*[0-9]+(?:[._-][0-9]+)*)");
@@ -53,7 +53,7 @@ bool meets(const std::string& constraint, const std::string& program, ProgramFac
     return false;
 }
 
-// One search, and what it may still look at.
+// One search and its remaining budget.
 class Search {
 public:
     Search(const std::string& path, const std::vector<std::string>& constraints,
@@ -79,8 +79,8 @@ public:
     }
 
 private:
-    // Goes on from `folder` with the part `next` of the path, and with every name beside it that differs in
-    // its version alone.
+    // Continues in `folder` with the part `next` of the path, and with every name beside it that differs only
+    // in its version.
     void lookForVersions(const fs::path& folder, const std::vector<fs::path>& parts, std::size_t next)
     {
         if (next == parts.size())
@@ -99,7 +99,7 @@ private:
             lookForVersions(folder / name, parts, next + 1);
     }
 
-    // The program, or the bundle that it is in, one folder up or down, and where programs usually are.
+    // Searches for the program, or its bundle, one folder up or down, and in the usual places.
     void lookForSameName(const fs::path& path)
     {
         const fs::path bundle = applicationBundlePathForPath(rules::NullableText(m_path));

@@ -7,15 +7,15 @@
 #include <string_view>
 #include <vector>
 
-// Where the program of rules may be now that it is no longer, or no longer alone, where they say.
+// Finds where the program of rules may be now, if it moved or has other versions.
 
 namespace quorvane::workflow {
 
 struct ProgramCandidate {
-    // Why it may be the one, the better reason first.
+    // Why it may be the one, best reason first.
     enum Reason {
-        sameConstraint, // it has the digest or the team that rules of the program are bound to
-        otherVersion, // its path differs in numbers of versions alone
+        sameConstraint, // it has the digest or team that constraints of the program's rules demand
+        otherVersion, // its path differs only in version numbers
     };
     std::string path;
     Reason reason;
@@ -26,17 +26,17 @@ struct ProgramCandidate {
 // A few words: "another version".
 std::string_view candidateReasonWords(ProgramCandidate::Reason reason);
 
-// The programs that rules of the program at `path` may have to be for, the best first and of versions the
-// newest; 20 at most. `constraints` are those of its rules. Other versions are looked for beside it; what has
-// the same constraint also a folder further, and where programs usually are, under the same name.
+// The programs that rules of the program at `path` may be meant for now, best first and newest version first;
+// at most 20. `constraints` are those of its rules. Searches for other versions beside it, and for programs
+// of the same name and constraint also one folder up or down and in the usual places.
 //
-// Bounded: looks at some thousand names and reads some dozen files at most, all of them in `place`. What was
-// found until then when it is stopped. Any thread.
+// Bounded: checks at most some thousand names and reads some dozen files, all of them in `place`. When it is
+// stopped, returns what was found so far. Any thread.
 std::vector<ProgramCandidate> candidatesForMoved(const std::string& path,
     const std::vector<std::string>& constraints, const RulesPlace& place, const std::stop_token& stop = {});
 
-// The path that a process names: of its program, or of the parent or ancestor of any program; empty for every
-// process.
+// The path in a process string: of its program, or of the parent or ancestor of any program; empty when it
+// matches every process.
 std::string namedProgram(std::string_view process);
 
 } // namespace quorvane::workflow

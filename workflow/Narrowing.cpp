@@ -25,10 +25,10 @@ std::vector<const void*> recordsWithProblem(
     return records;
 }
 
-// How often each name has come. Rules that follow each other mostly have the same one.
+// Counts names. Adjacent rules mostly have the same one, so the last counter is cached.
 class NameCounts {
 public:
-    // `make` makes the name of a text.
+    // `make` converts a text to its name.
     template <class Make> void count(const rules::NullableText& text, const Make& make)
     {
         if (m_last == nullptr || text.view() != m_lastText.view()) {
@@ -38,7 +38,7 @@ public:
         ++*m_last;
     }
 
-    // Those that come most often, in the order of the alphabet, without the empty one.
+    // The most frequent names, in alphabetical order, without the empty one.
     NamesInUse::List list() const
     {
         std::vector<std::pair<std::string_view, std::size_t>> counted(m_counts.begin(), m_counts.end());
@@ -64,7 +64,7 @@ public:
 private:
     std::unordered_map<std::string, std::size_t> m_counts;
     rules::NullableText m_lastText;
-    std::size_t* m_last = nullptr; // the count of that
+    std::size_t* m_last = nullptr; // the counter of that text
 };
 
 } // namespace

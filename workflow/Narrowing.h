@@ -14,22 +14,22 @@
 
 namespace quorvane::workflow {
 
-// The rules that a table shows of those that its search finds: the ones that meet all criteria.
+// Filters the rows of a table's search further: keeps the rules that meet all criteria.
 //
-// Rules are looked at once, as they get their numbers, and marked; so the rows of a new search or order cost
-// a test of a bit each. Which rules have a problem is what was known when the narrowing was made: a changed
-// rule keeps its problems until the next one is made. One thread at a time.
+// Each rule is checked and marked once, when it gets its number; so the rows of a new search or order cost
+// one bit test each. The problems are those known at construction: a changed rule keeps its problems until
+// the next Narrowing is made. One thread at a time.
 class Narrowing {
 public:
-    // `problems` are needed where findings are asked for, and may be null elsewhere. Rows that are asked for
-    // by their numbers do not count.
+    // `problems` are required when `criteria` name findings, otherwise they may be null. Row numbers in
+    // `criteria` are ignored.
     Narrowing(RuleCriteria criteria, const ProblemListsPtr& problems);
 
-    // Marks the rules of `rows` that it does not know yet; false when it was stopped, and then only some of
-    // them. Many rules take a while.
+    // Marks the rules of `rows` that are not known yet; false when it was stopped, and then only some of
+    // them. Slow for many rules.
     bool follow(const rules::RuleRows& rows, const std::stop_token& stop = {});
 
-    // The rows that remain, in the order of `rows`, which it follows first.
+    // The rows that remain, in the order of `rows`. Calls follow() first.
     std::shared_ptr<const rules::RuleRows> narrowed(const rules::RuleRows& rows);
 
 private:
@@ -38,28 +38,28 @@ private:
     const RuleCriteria m_criteria;
     const ProblemListsPtr m_problems; // keeps the addresses of its rules
     std::vector<const void*> m_withProblem; // records, sorted
-    rules::AppendOnlyTable<rules::RuleRef> m_rules; // that were looked at
-    std::vector<bool> m_marks; // of these, by number
+    rules::AppendOnlyTable<rules::RuleRef> m_rules; // rules checked so far
+    std::vector<bool> m_marks; // by number: whether the rule meets the criteria
 };
 
-// The tags and programs of rules, for a person to choose one.
+// The tags and programs of rules, for the user to choose from.
 struct NamesInUse {
     static constexpr std::size_t most = 1000;
 
-    // Each once, in the order of the alphabet; of more than the most, those of most rules.
+    // Each once, in alphabetical order; beyond the limit, those with most rules.
     struct List {
         std::vector<std::string> names{};
         std::size_t further = 0; // that are left out
 
         bool operator==(const List&) const = default;
     };
-    List tags{}; // the empty one of rules without a tag is not among them
+    List tags{}; // without the empty one of rules without a tag
     List programs{}; // paths
 
     bool operator==(const NamesInUse&) const = default;
 };
 
-// Of all rules among `rows`, those of the system included; of some of them when it was stopped. Any thread.
+// Of all rules among `rows`, including system rules; incomplete when it was stopped. Any thread.
 NamesInUse namesInUse(const rules::RuleRows& rows, const std::stop_token& stop = {});
 
 } // namespace quorvane::workflow

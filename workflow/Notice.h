@@ -4,7 +4,7 @@
 
 namespace quorvane::workflow {
 
-// What a notice says.
+// The texts of a notice, UTF-8.
 struct Notice {
     std::string header;
     std::string message;

@@ -43,7 +43,7 @@ std::unordered_set<const void*> addressesOf(const std::vector<rules::RuleRef>& r
     return addresses;
 }
 
-// Why a rule that the change writes would not survive the file; none when all do.
+// Why a rule of the change would not survive the file; none when all do.
 std::optional<std::string> whyAnyIsUnwritable(
     const rules::RulesDifference& difference, rules::LineEnds lineEnds)
 {
@@ -58,7 +58,7 @@ std::optional<std::string> whyAnyIsUnwritable(
     return std::nullopt;
 }
 
-// Why writing the file would damage a rule that the change leaves alone; none when it does not.
+// Why writing the file would damage a rule outside the change; none when it would not.
 std::optional<std::string> whyDamaging(
     const rules::ChangeSet& change, const rules::RuleManager& store, rules::LineEnds lineEnds)
 {
@@ -77,7 +77,7 @@ std::optional<std::string> whyDamaging(
     return std::nullopt;
 }
 
-// Refuses a change of which a written rule would not come back.
+// Refuses a change after which a written rule would not read back.
 void refuseDamage(PlannedChange& plan, const rules::RuleManager& store, rules::LineEnds lineEnds)
 {
     if (plan.refusal || plan.change.isEmpty())
@@ -109,7 +109,7 @@ void removeRule(PlannedChange& plan, const rules::RuleRef& rule, const rules::Ru
     plan.change.removed.push_back({rule});
 }
 
-// Of the rules that become another rule, those that become one that is there by then have to go.
+// A rule that becomes equal to an existing or already planned one is removed instead.
 void planAll(PlannedChange& plan, const rules::RuleManager& store, const std::vector<Wanted>& wanted)
 {
     std::unordered_set<const void*> moving;
@@ -154,7 +154,7 @@ std::uint32_t patched(std::uint32_t operations, const RulePatch::Operations& pat
     return operations;
 }
 
-// Finds what the rules of a patch are bound to, each program once.
+// Determines the constraints for a patch, reading each program once.
 class Bindings {
 public:
     Bindings(ProgramFacts& facts, std::vector<std::string>& remarks)
@@ -209,7 +209,7 @@ std::string withoutQuotes(std::string text)
     return text;
 }
 
-// A path of a process string, the text behind " (-" kept.
+// Replaces the path in a process string, keeping the text from " (-" on.
 std::string movedPath(std::string_view path, std::string_view from, std::string_view to)
 {
     const std::string_view program = path.substr(0, path.find(" (-"));
@@ -230,7 +230,7 @@ std::string copiedProcess(const std::string& process, const std::string& program
         : movedProcess(process, applicationPathForProcess(rules::NullableText(process)), program);
 }
 
-// The rules of an application group that stay, in an index as the store keeps one.
+// The rules of an application group that stay, indexed as in the store.
 class CoveringGroup {
 public:
     void add(const rules::PolicyRulePtr& rule)
@@ -239,7 +239,7 @@ public:
         m_slots.push_back(rule);
     }
 
-    // Takes the rule out when another one covers it.
+    // Removes the rule when another one covers it.
     bool release(const rules::PolicyRule& rule)
     {
         if (!m_index)
@@ -253,7 +253,7 @@ public:
 private:
     std::vector<rules::PolicyRulePtr> m_slots;
     std::unordered_map<const rules::PolicyRule*, std::size_t> m_slotOf;
-    std::unique_ptr<rules::CoverIndex> m_index; // of the slots, made when they are all there
+    std::unique_ptr<rules::CoverIndex> m_index; // of the slots, built when they are complete
 };
 
 using CoveringGroups = std::unordered_map<std::string, CoveringGroup>; // by application group identity
@@ -373,7 +373,7 @@ PlannedChange copyingOf(const rules::RuleManager& store, const std::vector<rules
 PlannedChange addingOf(
     const rules::RuleManager& store, const std::vector<rules::RuleValue>& values, rules::LineEnds lineEnds)
 {
-    std::vector<rules::RuleValue> present; // outlive their numbering
+    std::vector<rules::RuleValue> present; // must outlive the numbering
     for (const rules::RuleRef& rule : store.userRules())
         present.push_back(valueOf(rule));
     rules::RuleNumbering known;

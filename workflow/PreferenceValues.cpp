@@ -20,7 +20,7 @@ struct Switch {
     Form form;
 };
 
-// In the order in which they are written, behind the level of detail.
+// In the order in which they are written, after the level of detail.
 constexpr Switch switches[] = {
     {"access.user.restrict", &PreferenceValues::restrictRules, Form::boolean},
     {createKey, &PreferenceValues::createRules, Form::folderPermission},

@@ -7,7 +7,8 @@
 
 namespace quorvane::workflow {
 
-// What the preferences window shows and saves; without a property list, as the members stand here.
+// The values that the preferences window shows and saves; the initial values are those without a property
+// list. A value object.
 struct PreferenceValues {
     std::int32_t levelOfDetail = 0;
     bool restrictRules = false;
@@ -26,16 +27,15 @@ struct PreferenceValues {
 
     bool operator==(const PreferenceValues&) const = default;
 
-    // What is shown for `settings`. Whether users may create rules is not read from there: the permission of
-    // the rules folder decides, which the caller gives as `canCreateRules`.
+    // The values to show for `settings`. Whether users may create rules is not read from there: the
+    // permission of the rules folder decides, which the caller passes as `canCreateRules`.
     static PreferenceValues shownFor(const platform::PropertyList& settings, bool canCreateRules);
 
-    // Whether users could create rules when `settings` were saved; none when that is not in them.
+    // Whether users could create rules when `settings` were saved; none when they do not say.
     static std::optional<bool> createRulesWhenSaved(const platform::PropertyList& settings);
 
-    // Sets all fourteen keys and leaves every other one as it is. A setting that is neither on nor off by
-    // nature is written as the integer 1 for on and 2 for off, since a missing key and 0 have a meaning of
-    // their own.
+    // Sets all fourteen keys and leaves others unchanged. A three-state setting is written as the integer 1
+    // for on and 2 for off, since a missing key and 0 have their own meaning.
     void writeTo(platform::PropertyList& settings) const;
 };
 

@@ -28,7 +28,7 @@ bool holdsSomething(const std::string& path)
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
-// Whether what is at `path` would be lost, since it could not be read.
+// Whether the contents at `path` would be lost, since they could not be read.
 bool isUnread(const std::string& path)
 {
     return holdsSomething(path) && !platform::PropertyList::read(path);
@@ -39,7 +39,7 @@ std::string reasonText(int error)
     return error == 0 ? "the file could not be written whole" : std::generic_category().message(error);
 }
 
-// Why `path` does not allow the access `mode`; none when it does.
+// Why `path` denies the access `mode`; none when it does not.
 std::optional<std::string> whyDenied(const std::string& path, int mode)
 {
     return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0 ? std::nullopt

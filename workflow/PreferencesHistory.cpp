@@ -24,7 +24,7 @@ platform::PropertyList listOf(const std::string& bytes)
     return platform::PropertyList::parse(bytes).value_or(platform::PropertyList());
 }
 
-// The counts of a version: of the keys of its list.
+// A version with counts of the keys of its list.
 history::NewVersion versionOf(const std::string& before, const std::string& bytes)
 {
     const platform::PropertyList list = listOf(bytes);
@@ -94,7 +94,7 @@ void PreferencesHistory::keepSaved(const std::string& action)
         keep(*bytes, action);
 }
 
-// Without an action it is another program's, unless it is the newest.
+// Without an action it was written by another program, unless it is the newest version already.
 void PreferencesHistory::keep(const std::string& bytes, const std::optional<std::string>& action)
 {
     const auto journal = openJournal();

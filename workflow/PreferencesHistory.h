@@ -14,22 +14,23 @@ class ApplicationServices;
 class RulesDocument;
 struct RunState;
 
-// What a restore of the preferences asks of its surroundings.
+// The services that a restore of the preferences needs.
 struct PreferencesServices {
     ApplicationServices& application;
     platform::PrivilegedCommand& privilegedCommand;
     RunState& run;
 };
 
-// The versions of the preferences' list. What cannot be kept is logged, and never stops a save.
+// The versions of the preferences' property list. A failure to record one is logged and never prevents a
+// save. User interface thread only, except as FileHistory says.
 class PreferencesHistory : public FileHistory {
 public:
-    // Versions are kept under the name `program`, where and as long as those of `document` are. What is given
-    // by reference must outlive it.
+    // Versions are recorded under the name `program`, in the place and within the limits of those of
+    // `document`. All references must outlive this object.
     PreferencesHistory(platform::Locations locations, const RulesDocument& document, std::string program,
         PreferencesServices services, platform::Log& log);
 
-    // Makes what was just saved a version; `action` in words.
+    // Records the preferences just saved as a version; `action` in words.
     void keepSaved(const std::string& action);
 
     std::string name() const override;
@@ -40,7 +41,7 @@ public:
     DifferenceTablePtr compare(
         const std::string& before, const std::string& after, const std::stop_token& stop) const override;
     void keepPresentVersion() override;
-    // As a save does it: for administrators who authenticate, with the permission of the rules folder.
+    // Like a save: requires an administrator to authenticate, and sets the permission of the rules folder.
     std::optional<std::string> restore(std::int64_t version) override;
     void versionsWereForgotten() override { }
 

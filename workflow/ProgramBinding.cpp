@@ -22,7 +22,7 @@ ProgramBinding bindingOf(const std::string& program, ProgramFacts& facts)
         return {ProgramBinding::seen, std::string(platformMarker)};
     if (codesign::isSIP(program))
         return {};
-    // A program that cannot be read may have a team all the same.
+    // A program that cannot be read may still have a team.
     if (!facts.isReadable(program))
         return {ProgramBinding::unreadable};
     auto digest = facts.sha256(program);

@@ -5,20 +5,20 @@
 
 #include <string>
 
-// What pins a rule to the program that it is for, as the program is now.
+// The constraint that binds a rule to its program in its current state. Any thread.
 
 namespace quorvane::workflow {
 
-// The path of the program that decides about a rule's constraint: the process's own, or the parent's for any
+// The path of the program that determines a rule's constraint: the process's own, or the parent's for any
 // process; empty when there is none.
 std::string decidingProgram(const rules::NullableText& process);
 
 struct ProgramBinding {
-    // Whether the program could be looked at.
+    // Whether the program could be read.
     enum Program { seen, gone, unreadable };
     Program program = seen;
-    // The team, the marker of the operating system's own programs, or the SHA-256; empty for a program that
-    // cannot be bound to anything.
+    // The team, the marker of the operating system's programs, or the SHA-256; empty for a program that
+    // cannot be bound.
     std::string constraint{};
 };
 

@@ -27,7 +27,7 @@ std::optional<platform::FileIdentity> identityOf(const std::string& path, const 
     return platform::FileIdentity::ofStatus(*status);
 }
 
-// Clocks of file systems are coarse: a file may change once more within the tick of its last change.
+// Clocks of file systems are coarse: a file may change again within the tick of its last change.
 bool isSettled(const platform::FileIdentity& identity)
 {
     const std::chrono::nanoseconds changed(identity.changed);
@@ -90,7 +90,7 @@ private:
         return codeIsThatSigned ? TeamProof::proven : TeamProof::codeDiffers;
     }
 
-    // Both from one reading of the program; none when it cannot be read.
+    // Both from reading the program once; none when it cannot be read.
     std::optional<Signing> signing(const std::string& path)
     {
         return remembered(path, &Answers::signing, [&]() -> std::optional<Signing> {
@@ -102,7 +102,7 @@ private:
         });
     }
 
-    // A failure is not remembered: the next look may succeed on the same file.
+    // A failure is not cached: the next attempt may succeed on the same file.
     template <class Answer, class Find>
     std::optional<Answer> remembered(
         const std::string& path, std::optional<Answer> Answers::*member, const Find& find)

@@ -10,14 +10,14 @@
 
 namespace quorvane::workflow {
 
-// What a team's name in a signature is worth. Anybody can sign with a name under an authority of his own.
+// How far a team name in a signature is proven. Anyone can sign with any name under a private authority.
 enum class TeamProof {
     proven,
     foreignRoot, // the signer's chain does not end in the platform vendor's root
-    codeDiffers, // the code's pages could not be found to be those that were signed
+    codeDiffers, // the code's pages could not be verified against the signature
 };
 
-// What a rule's program is asked about its file. Any thread.
+// Facts about the file of a rule's program. Any thread.
 class ProgramFacts {
 public:
     ProgramFacts() = default;
@@ -40,15 +40,15 @@ public:
     // The team that has signed the program; none when none is proven.
     virtual std::optional<std::string> team(const std::string& path) = 0;
 
-    // What the name is worth that team() tells; meaningless where it tells none. Reads the whole program.
+    // How far the name from team() is proven; meaningless when that returns none. Reads the whole program.
     virtual TeamProof teamProof(const std::string& path) = 0;
 
     // Not 0 for a program of the operating system itself.
     virtual std::uint32_t platformIdentifier(const std::string& path) = 0;
 };
 
-// The facts of the files within a root. A digest or signature is remembered until the file changes, since a
-// table of many rules for one large program would read it again and again.
+// The facts of the files within a root. Digests and signatures are cached until the file changes, since a
+// table of many rules for one large program would read it repeatedly.
 std::unique_ptr<ProgramFacts> programFactsWithin(
     const platform::FileRoot& root, const codesign::TrustAnchor& vendor = codesign::platformRoot());
 

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::size_t largestFile = 1U << 20U; // bytes
 
-// One setting: where it stands in the file, and how it goes into the value and out of it.
+// One setting: its section and key in the file, and its conversion to and from the value.
 struct Setting {
     std::string_view section;
     std::string_view key;
@@ -81,7 +81,7 @@ std::string_view trimmed(std::string_view text)
                                            : text.substr(start, text.find_last_not_of(blanks) - start + 1);
 }
 
-// What a line says. At most one of section and key is not empty; comments and empty lines say nothing.
+// A parsed line. At most one of section and key is not empty; both are for comments and empty lines.
 struct Line {
     std::string_view whole; // with its line end
     std::string_view section;
@@ -130,7 +130,7 @@ const Setting* settingOf(std::string_view section, std::string_view key)
     return nullptr;
 }
 
-// The text of `file`; none when it is there and no text of a sensible size.
+// The text of `file`; none when it exists but is not text of a sensible size.
 std::optional<std::string> settingsText(const std::string& file)
 {
     if (!platform::isAnythingAt(file))
@@ -146,8 +146,8 @@ std::string settingLine(const Setting& setting, const ProgramSettings& settings)
     return std::string(setting.key) + "=" + setting.give(settings) + "\n";
 }
 
-// The text with the value of one setting. It replaces every line of the setting, or comes behind the
-// section's last line that says something, or with its section at the end.
+// The text with the value of one setting. It replaces every line of the setting, or is inserted after the
+// section's last key, or appended with its section at the end.
 std::string withSetting(std::string_view text, const Setting& setting, const ProgramSettings& settings)
 {
     std::string result;
@@ -186,7 +186,7 @@ bool writeDurably(const platform::FileDescriptor& file, std::string_view bytes)
     return fsync(file.get()) == 0;
 }
 
-// Written beside `file` first, so that it is replaced whole or not at all.
+// Writes a temporary file beside `file` first, so that it is replaced atomically.
 bool replaceFile(const std::string& file, std::string_view bytes)
 {
     std::string beside = file + ".XXXXXX";
@@ -211,7 +211,7 @@ std::string reasonNow()
 std::string defaultSettingsFile()
 {
     constexpr const char* name = "/quorvane/settings.ini";
-    // Relative paths are to be ignored there.
+    // Relative paths must be ignored in this variable.
     if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder != nullptr && *folder == '/')
         return folder + std::string(name);
     const std::string home = platform::homeDirectory();
@@ -248,7 +248,7 @@ std::optional<std::string> writeProgramSettings(const std::string& file, const P
     if (file.empty())
         return "There is no home folder to keep the settings in.";
     std::error_code failed;
-    // A link stays one: what it leads to is replaced.
+    // A symbolic link is kept: its target is replaced.
     const std::string real = std::filesystem::weakly_canonical(file, failed).string();
     if (!failed)
         std::filesystem::create_directories(std::filesystem::path(real).parent_path(), failed);

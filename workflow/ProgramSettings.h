@@ -8,10 +8,10 @@
 
 namespace quorvane::workflow {
 
-// The settings of the programs themselves, which window and command line share. The product's preferences are
-// in a property list of their own.
+// The settings of our own programs, shared by window and command line. The product's preferences are in a
+// separate property list. A value object.
 struct ProgramSettings {
-    bool wholeLines = false; // lines of the rules file are written with all of their bytes
+    bool wholeLines = false; // write lines of the rules file completely
     history::JournalLimits history;
 
     rules::LineEnds lineEnds() const { return wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut; }
@@ -23,16 +23,16 @@ std::string defaultSettingsFile();
 
 struct ReadProgramSettings {
     ProgramSettings settings;
-    std::optional<std::string> problem; // in words: what of the file could not be used
+    std::optional<std::string> problem; // in words: which part of the file could not be used
 };
 
-// The settings in `file`. A missing file means the defaults; so does one that cannot be read, and a broken
-// value means that setting's default: both are told. Any thread.
+// The settings in `file`. A missing file yields the defaults; so does an unreadable one, and an invalid value
+// yields that setting's default: both set `problem`. Any thread.
 ReadProgramSettings readProgramSettings(const std::string& file);
 
-// Puts `settings` into `file`, which is replaced whole or not at all, and made with its folders when it is
-// missing. Comments and whatever else is in it stay. A file that is no text is set aside first, with
-// ".unread" after its name. Returns why that failed; none when it did not.
+// Writes `settings` to `file`, which is replaced atomically, and created with its folders when it is missing.
+// Comments and all other lines stay. A file that is not text is first renamed with ".unread" appended.
+// Returns why that failed; none on success.
 std::optional<std::string> writeProgramSettings(const std::string& file, const ProgramSettings& settings);
 
 } // namespace quorvane::workflow

@@ -48,7 +48,7 @@ RuleCell policyApplicationCell(const rules::PolicyRule& rule, const rules::Polic
     return cell;
 }
 
-// Deliberate: a watch rule shows no application; only words tell of it.
+// Deliberate: a watch rule shows no application; only its description names it.
 RuleCell watchApplicationCell(const rules::WatchRule& rule)
 {
     RuleCell cell;

@@ -31,8 +31,8 @@ void logTag(platform::Log& log, const rules::PolicyRule& rule, std::size_t row)
     log.write(line.str());
 }
 
-// Deliberate: told by the display names, while the table bands its rows by the group identity; and a policy
-// rule below a watch rule counts as no head.
+// Deliberate: decided by the display names, while the table bands its rows by the group identity; and a
+// policy rule below a watch rule is not a head.
 bool headsItsGroup(const rules::RuleRef& rule, const rules::RuleRef* above)
 {
     const rules::PolicyRule* policy = policyRuleIn(rule);
@@ -44,14 +44,14 @@ bool headsItsGroup(const rules::RuleRef& rule, const rules::RuleRef* above)
     return previous != nullptr && applicationNameForRule(*previous) != applicationNameForRule(*policy);
 }
 
-// Those of the rules to be deleted in whose place others go.
+// The rules to be deleted that stay because equal ones are deleted instead.
 std::vector<rules::RuleRef> remainingOf(
     const rules::ChangeSet& deletion, const std::vector<rules::RuleRef>& rules)
 {
     std::unordered_set<const void*> removed;
     for (const rules::ChangeSet::Removal& removal : deletion.removed)
         removed.insert(addressOf(removal.rule));
-    // Of a rule that is gone already nothing remains.
+    // A rule that is already gone does not remain.
     if (removed.size() < rules.size())
         return {};
     std::vector<rules::RuleRef> remaining;

@@ -22,42 +22,43 @@ struct RuleRow {
     rules::RuleRef rule;
 };
 
-// What a command has come to.
+// The result of a command.
 struct TableChange {
-    std::vector<std::size_t> removedRows{}; // of the rules deleted; as they were numbered before, ascending
-    // Selected rules that are still there, since of equal ones the first goes.
+    std::vector<std::size_t>
+        removedRows{}; // of the deleted rules; as numbered before the deletion, ascending
+    // Selected rules that still exist, since of equal ones the first is deleted.
     std::vector<rules::RuleRef> remaining{};
-    bool headedItsGroup = false; // the one rule deleted was the first of its application group
+    bool headedItsGroup = false; // the single deleted rule was the first of its application group
     std::optional<Notice> notice{};
 };
 
-// What the commands of the rules table do to the user's rules. Every command that changes rules writes the
-// file; system rules are never changed. Rules are named by themselves; their rows are for the log and the
+// The commands of the rules table on the user's rules. Every command that changes rules writes the file;
+// system rules are never changed. Rules are identified by their records; rows are only for the log and the
 // table. For the thread that owns the store.
 class RuleCommands {
 public:
     // Both must outlive it.
     RuleCommands(RulesDocument& document, platform::Log& log);
 
-    // Rules to begin with; not yet stored.
+    // Initial rules for an editor; not yet stored.
     static rules::PolicyRulePtr newPolicy();
     static rules::WatchRulePtr newWatch();
     // Another rule for the program of `rule`, under its constraint.
     static rules::PolicyRulePtr newPolicyLike(const rules::RuleRef& rule);
-    // What a copy of `rule` begins with: its kind, tag and flags, and no path, so that it is equal to no
-    // rule. The rest is draftOf(rule)'s.
+    // The initial record of a copy of `rule`: its kind, tag and flags, without a path, so that it equals no
+    // rule. The rest comes from draftOf(rule).
     static rules::RuleRef newCopyOf(const rules::RuleRef& rule);
 
-    // Deletes one rule; `above` is the one in the row above it, null in the first row. A rule that the store
-    // no longer has changes nothing, silently.
+    // Deletes one rule; `above` is the one in the row above it, null in the first row. For a rule that is no
+    // longer stored it silently changes nothing.
     TableChange deleteRow(const RuleRow& row, const rules::RuleRef* above);
 
-    // Deletes several rules, given in the order of their rows, and leaves out those of the system.
+    // Deletes several rules, given in row order, and skips system rules.
     // Deliberate: writes the file and marks the run as changed even when nothing was left to delete.
     TableChange deleteRows(const std::vector<RuleRow>& rows);
 
-    // Gives a rule a tag. Deliberate: writes the file and marks the run as changed also when the rule is one
-    // of the system, which keeps its tag, or when there is none.
+    // Sets the tag of a rule. Deliberate: writes the file and marks the run as changed also for a system
+    // rule, which keeps its tag, or when there is no rule.
     std::optional<Notice> setTag(const std::optional<RuleRow>& row, const std::string& tag);
 
 private:

@@ -14,9 +14,9 @@ using OperationBoxes = std::array<bool, 5>;
 OperationBoxes boxesForOperations(std::uint32_t operations);
 std::uint32_t operationsForBoxes(const OperationBoxes& boxes);
 
-// What the controls of an editor say of a rule of either kind. A value: changing it changes no rule.
+// The contents of an editor's controls for a rule of either kind. A value: changing it changes no rule.
 struct RuleDraft {
-    // None for a code that no item stands for; the rule then keeps the one that it has.
+    // None for a code without an item in the control; the rule then keeps its code.
     std::optional<std::int32_t> policyClass{}; // none for watch rules
     std::optional<std::int32_t> policyType{};
     std::string path{};
@@ -27,10 +27,10 @@ struct RuleDraft {
     bool operator==(const RuleDraft&) const = default;
 };
 
-// What the controls say of `rule` before anything is edited.
+// The initial contents of the controls for `rule`.
 RuleDraft draftOf(const rules::RuleRef& rule);
 
-// `rule` as the controls say it should be. What no control stands for stays: tag, flags, creation time,
+// `rule` with the contents of the controls. Properties without a control stay: tag, flags, creation time,
 // sequence number, system flag.
 rules::RuleValue valueWithDraft(const rules::RuleValue& rule, const RuleDraft& draft);
 

@@ -46,7 +46,7 @@ ProgramIcon iconForProcess(const std::string& processName, const RulesPlace& pla
         return {.kind = ProgramIcon::Kind::lock};
     if (!place.root() || !place.root()->isAnythingAt(rules::applicationHeadForProcess(processName)))
         return {};
-    // Deliberate: asked with the whole text, not with the program's path that was looked for.
+    // Deliberate: uses the whole text, not the program's path that was searched for.
     return {.kind = ProgramIcon::Kind::file, .file = rules::applicationBundlePathForPath(processName)};
 }
 

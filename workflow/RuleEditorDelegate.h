@@ -2,7 +2,7 @@
 
 namespace quorvane::workflow {
 
-// Told by a rule editor about what it has saved.
+// Notified by a rule editor when it has saved. User interface thread only.
 class RuleEditorDelegate {
 public:
     RuleEditorDelegate() = default;
@@ -10,7 +10,7 @@ public:
     RuleEditorDelegate& operator=(const RuleEditorDelegate&) = delete;
     virtual ~RuleEditorDelegate() = default;
 
-    // The store's rules have changed and the user's file has been written.
+    // The store's rules have changed and a write of the user's file was requested.
     virtual void reloadData() = 0;
 };
 

@@ -181,7 +181,7 @@ bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place)
         if (fields.policyType == rules::PolicyType::suffix || fields.system
             || !startsWithAny(path, {"/", "~/"}))
             return false;
-        // Deliberate: the resources can no longer come this far, but are named with the devices all the same.
+        // Deliberate: resources can no longer get here, but are still listed together with the devices.
         if (startsWithAny(path, {":NVRAM/", ":ATTACH/", ":IOKIT/", ":KMOD/", "/dev/"}))
             return false;
         return place.isMissing(path);

@@ -15,23 +15,22 @@
 #include <string_view>
 #include <vector>
 
-// What is worth telling about a rule. The table colours and explains by it, and the command line checks by
-// it.
+// Problems found with a rule: the table colours and explains them, and the command line checks for them.
 
 namespace quorvane::workflow {
 
 enum class FindingKind {
     redundant, // another rule covers it
-    invalidProgram, // its program is gone or no longer matches
+    invalidProgram, // its program is missing or no longer matches
     missingPath, // nothing exists at its path
-    doesNotReadBack, // written to a file and read again it would not be the same
-    joined, // of a line of the file: it holds more than one rule
-    overlap, // an earlier rule decides otherwise about the same
-    unproven, // the team that it is bound to is a name that anybody could have signed with
+    doesNotReadBack, // written to a file and read back it would differ
+    joined, // a line of the file contains more than one rule
+    overlap, // an earlier rule decides the opposite about the same accesses
+    unproven, // its team is a name that anyone could have signed with
 };
 constexpr std::size_t findingKindCount = 7;
 
-// In the order in which they are told.
+// In the order in which they are reported.
 constexpr std::array<FindingKind, findingKindCount> allFindingKinds{FindingKind::redundant,
     FindingKind::invalidProgram, FindingKind::missingPath, FindingKind::doesNotReadBack, FindingKind::joined,
     FindingKind::overlap, FindingKind::unproven};
@@ -40,16 +39,16 @@ constexpr std::array<FindingKind, findingKindCount> allFindingKinds{FindingKind:
 std::string_view findingName(FindingKind kind);
 std::optional<FindingKind> findingKindNamed(std::string_view name);
 
-// The same for people, as a heading: "Path is gone".
+// The same for display, as a heading: "Path is gone".
 std::string_view findingTitle(FindingKind kind);
 
-// What a kind is about, in a sentence that names no rule.
+// A description of the kind, in a sentence that names no rule.
 std::string_view findingKindText(FindingKind kind);
 
-// True for what cannot be found without looking for programs and paths.
+// True for kinds that need programs and paths to be looked up.
 bool needsPlace(FindingKind kind);
 
-// Some of the kinds. A value object.
+// A set of kinds. A value object.
 class FindingKinds {
 public:
     FindingKinds() = default;
@@ -59,7 +58,7 @@ public:
             add(kind);
     }
     static FindingKinds all();
-    // All but overlaps, which are often meant.
+    // All but overlaps, which are often intended.
     static FindingKinds usual();
 
     void add(FindingKind kind) { m_kinds.set(static_cast<std::size_t>(kind)); }
@@ -72,15 +71,15 @@ private:
 
 struct RuleFinding {
     FindingKind kind;
-    // The rule that covers a redundant one, or that a rule overlaps; null otherwise. Lives as long as it is
+    // The rule that covers a redundant one, or that a rule overlaps; null otherwise. Valid as long as it is
     // stored.
     const rules::PolicyRule* other = nullptr;
-    // What is wrong with an invalid program; none otherwise.
+    // The fault of an invalid program; none otherwise.
     std::optional<ProgramFault> programFault{};
-    TeamProof teamProof = TeamProof::proven; // what a doubtful team's name is worth
+    TeamProof teamProof = TeamProof::proven; // why a team name is not proven
 };
 
-// A sentence for a person.
+// A sentence for the user.
 std::string findingText(const RuleFinding& finding);
 
 // Why the program or its team fails, in a few words; empty for other findings.
@@ -90,27 +89,25 @@ std::string_view findingReason(const RuleFinding& finding);
 std::string ruleText(const rules::RuleRef& rule);
 std::string ruleText(const rules::PolicyRule& rule);
 
-// True when the rule names a file or folder, as a user rule other than a suffix, that does not exist. Devices
-// and resources other than files are never missing.
+// True for a user rule, other than a suffix rule, whose file or folder does not exist. Devices and resources
+// other than files are never missing.
 bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());
 
-// What is looked for, and where.
+// What to search for, and where.
 struct FindingSearch {
     FindingKinds kinds = FindingKinds::usual();
     RulesPlace place = RulesPlace::thisMachine();
 };
 
-// Everything worth telling of one rule, in the order of FindingKind; joined lines and overlaps show only when
-// all rules are looked at. Of a system rule it is never told that it does not read back, since it is not
-// written.
+// All findings of one rule, in the order of FindingKind, except joined lines and overlaps, which need all
+// rules. For a system rule never doesNotReadBack, since it is not written. For the store's thread.
 std::vector<RuleFinding> findingsForRule(
     const rules::RuleManager& store, const rules::RuleRef& rule, const FindingSearch& search = {});
 
-// The same as far as the rule alone shows it, without what other rules do to it. Any thread that may read the
-// rule; needs no store.
+// The same without findings that involve other rules. Any thread that may read the rule; needs no store.
 std::vector<RuleFinding> findingsOfRuleAlone(const rules::RuleRef& rule, const FindingSearch& search = {});
 
-// What findingsForRule() tells without what concerns the program: no program file is read.
+// The findings of findingsForRule() without those about the program: reads no program file.
 std::vector<RuleFinding> pathFindingsForRule(const rules::RuleManager& store, const rules::RuleRef& rule,
     const RulesPlace& place = RulesPlace::thisMachine());
 
@@ -119,7 +116,7 @@ class RowFindings {
 public:
     RowFindings(const rules::RuleManager& store, bool includeSystemRules, FindingSearch search);
 
-    // Of that row, in the order of FindingKind.
+    // The findings of a row, in the order of FindingKind.
     std::vector<RuleFinding> at(std::size_t row) const;
 
 private:
@@ -127,7 +124,7 @@ private:
     const std::shared_ptr<const rules::RuleRows> m_rows;
     const bool m_includeSystemRules;
     const FindingSearch m_search;
-    std::vector<std::size_t> m_overlapped; // by row; empty when overlaps are not looked for
+    std::vector<std::size_t> m_overlapped; // by row; empty when overlaps are not searched for
 };
 
 } // namespace quorvane::workflow

@@ -120,7 +120,7 @@ ImportResult RuleImport::didFinishImportingRules()
         m_document.waitUntilWritten();
         writeFailure = m_document.failure();
     }
-    // A file that was not written whole is not read again: the rules are nowhere but in memory.
+    // A file that was not written completely is not read again: the rules exist only in memory.
     if (!writeFailure) {
         m_document.reload();
         m_document.discardSuggestions();

@@ -17,14 +17,14 @@ namespace quorvane::workflow {
 
 class RulesDocument;
 
-// What an import has come to.
+// The result of an import.
 struct ImportResult {
     Notice notice{}; // for the user
-    bool hasImported = false; // rules were handed over: tables have to reload
-    std::optional<std::string> writeFailure{}; // why the user's file does not hold all rules
+    bool hasImported = false; // rules were passed to importRule(): tables must reload
+    std::optional<std::string> writeFailure{}; // why the user's file does not contain all rules
 };
 
-// Takes rules of an exchange file over into the current user's store: begin(), importRule() once for each
+// Imports rules of an exchange file into the current user's store: begin(), importRule() once for each
 // accepted rule, didFinishImportingRules(). Without the last nothing is written. For the thread that owns the
 // store.
 class RuleImport {
@@ -32,32 +32,32 @@ public:
     // The document must outlive it.
     explicit RuleImport(RulesDocument& document, RulesPlace place = RulesPlace::thisMachine());
 
-    // Where programs are looked up from now on. Not during an import.
+    // Sets where programs are looked up. Not during an import.
     void setPlace(const RulesPlace& place) { m_place = place; }
 
-    // A new import, of the file at `path`: no rule is imported yet. Untagged rules get the file's name as
-    // their tag, without any ".quorv" and cut at the first ","; those of the fail-safe file, and of joined
-    // lines of the user's own file, stay untagged.
+    // Starts an import of the file at `path`. Untagged rules get the file's name as their tag, without any
+    // ".quorv" and cut at the first ","; those of the fail-safe file, and of joined lines of the user's own
+    // file, stay untagged.
     void begin(const std::string& path);
-    // The same, of rules that come as text. Untagged ones stay untagged.
+    // The same for pasted text. Untagged rules stay untagged.
     void beginPaste();
 
-    // Adds the rule, tagged and bound to its program, unless an equal one is there: for a watch rule among
-    // all, for a policy rule among those that pass the store's filter. Deliberate: an equal rule that a
-    // search hides is added once more. Stores a copy, which it answers also when it was not added; `rule`
-    // keeps its properties. May read a whole program file.
+    // Adds the rule, tagged and bound to its program, unless an equal one exists: for a watch rule among all,
+    // for a policy rule among those that pass the store's filter. Deliberate: an equal rule that a search
+    // hides is added again. Stores a copy and returns it, even if it was not added; `rule` is unchanged. May
+    // read a whole program file.
     rules::RuleRef importRule(const rules::RuleRef& rule);
 
-    // Writes the user's file, reads it again and deletes the fail-safe file, whether or not there was a rule.
-    // When writing fails, the store keeps its rules, those imported among them, and the fail-safe file stays.
-    // Without memory for all rules none is written.
+    // Writes the user's file, reads it again and deletes the fail-safe file, even if there was no rule. When
+    // writing fails, the store keeps its rules, including the imported ones, and the fail-safe file stays. If
+    // memory does not suffice for all rules, none is written.
     ImportResult didFinishImportingRules();
 
-    // What was done to the store since the import began and is not written yet.
+    // The changes to the store since begin(), not yet written.
     const rules::ChangeSet& pendingChange() const { return m_done; }
 
     const std::string& currentImportTag() const { return m_currentImportTag; }
-    // The rules handed over, duplicates included, and those of them that were added.
+    // The rules passed to importRule(), including duplicates, and those of them that were added.
     std::int32_t importedRules() const { return m_importedRules; }
     std::int32_t addedRules() const { return m_addedRules; }
 
@@ -71,14 +71,14 @@ private:
     RulesDocument& m_document;
     rules::RuleManager& m_store;
     RulesPlace m_place;
-    rules::ChangeSet m_done; // since the import began
-    bool m_hadRoom = true; // memory for all rules
+    rules::ChangeSet m_done; // since begin()
+    bool m_hadRoom = true; // memory sufficed for all rules
     std::string m_action; // as the history names it
     std::string m_currentImportTag;
     rules::NullableText m_tag = ""; // the same, shared by the rules
     std::int32_t m_importedRules = 0;
     std::int32_t m_addedRules = 0;
-    // By program, for one import: most files name the same few again and again.
+    // Cache by program, for one import: most files name the same few repeatedly.
     std::unordered_map<std::string, rules::NullableText> m_constraints;
 };
 

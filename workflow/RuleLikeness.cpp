@@ -21,7 +21,7 @@ std::string classOf(const rules::WatchRule&)
     return std::to_string(rules::PolicyClass::watch);
 }
 
-// What the rule says of that, as a text that others are compared with.
+// The trait of the rule as a text for comparison.
 std::string traitOf(const rules::RuleRef& rule, RuleTrait trait)
 {
     return visitRule(rule, [trait](const auto& record) -> std::string {

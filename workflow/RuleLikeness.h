@@ -8,17 +8,17 @@
 
 namespace quorvane::workflow {
 
-// What rules can have in common.
+// Properties that rules can have in common.
 enum class RuleTrait { ruleClass, type, state, tag, program };
 inline constexpr std::array allRuleTraits{
     RuleTrait::ruleClass, RuleTrait::type, RuleTrait::state, RuleTrait::tag, RuleTrait::program};
 
-// The rules of the selection's table that have that in common with a selected one, these included, from the
-// top down. One walk; any thread.
+// The rules of the selection's table that share the trait with a selected one, including the selected ones,
+// from the top down. One pass over the table. Any thread.
 std::vector<rules::RuleRef> rulesLike(const RulesSelection& selection, RuleTrait trait);
 
-// The same for the rules that have a problem of a kind that a selected one has; none where no selected one
-// has a problem.
+// The same for the rules that have a problem of the same kind as a selected one; empty if no selected one has
+// a problem.
 std::vector<rules::RuleRef> rulesWithSameProblem(
     const RulesSelection& selection, const ProblemLists& problems);
 

@@ -17,16 +17,16 @@
 
 // How overlaps are found without comparing all pairs:
 //
-// The rules are taken in their order. Each leaves its number under every key that a rule overlapping it could
-// ask for, unless an earlier one stands there; and first it asks under every key of its own, and keeps the
-// smallest answer. A key says which programs and what about the path, for one operation and one class.
+// The rules are processed in order. Each first queries all of its query keys for the smallest number stored
+// there; then it stores its own number under every key that a rule overlapping it could query, unless an
+// earlier number is there. A key combines programs and a relation to a path, for one operation and one class.
 //
-// Programs: a rule of one head is found under that head and under all heads; it asks under its own head and
-// under "any". One of any head is found under "any" and under all heads, and asks under all heads. Parents
-// and constraints likewise. Paths: a prefix rule covers a text when its own is a beginning of it. So a rule
-// leaves its number with every beginning of its path that is the path of some prefix rule of the other class,
-// for these to ask there; and asks at the same beginnings for these. Ends and suffix rules likewise. What
-// nobody of the other class will ask for is not left.
+// Programs: a rule of one head stores under that head and under "all heads"; it queries its own head and
+// "any". One of any head stores under "any" and "all heads", and queries "all heads". Parents and constraints
+// likewise. Paths: a prefix rule covers a text when its own is a prefix of it. So a rule stores its number
+// with every prefix of its path that is the path of some prefix rule of the other class, for these to query;
+// and queries the same prefixes for these. Suffixes and suffix rules likewise. Keys that no rule of the other
+// class will query are not stored.
 
 namespace quorvane::workflow {
 
@@ -38,7 +38,7 @@ bool takesPart(const rules::PolicyRuleFields& rule)
         && (rule.policyClass == rules::PolicyClass::allow || rule.policyClass == rules::PolicyClass::deny);
 }
 
-// Which processes a rule is for. No head: any. No parent: all of them will do.
+// The processes that a rule applies to. No head: any. No parent: any parent or none.
 struct Process {
     std::optional<std::string> head;
     std::optional<std::string> parent;
@@ -59,7 +59,7 @@ Process processOf(const rules::PolicyRuleFields& rule)
     return {unlessAny(std::move(head)), unlessAny(applicationParentPathForProcess(rule.processName))};
 }
 
-// What a constraint pins, as far as two of the same kind cannot hold for one program.
+// The kind of a constraint if two different ones of that kind cannot hold for the same program.
 ConstraintKind pinnedBy(const rules::NullableText& constraint)
 {
     return constraint.view() == platformMarker ? ConstraintKind::none : constraintKind(constraint.view());
@@ -84,32 +84,32 @@ bool pathsOverlap(const rules::PolicyRuleFields& a, const rules::PolicyRuleField
     return isSuffixAndPrefix || coversPath(a, b.path.view()) || coversPath(b, a.path.view());
 }
 
-// Texts, and which of them are beginnings of another text.
-class Beginnings {
+// A set of texts that finds those that are prefixes of another text.
+class PrefixSet {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
 
     void add(std::string text) { m_texts.push_back(std::move(text)); }
 
-    // When all texts are there.
+    // Call it when all texts have been added.
     void arrange()
     {
         std::sort(m_texts.begin(), m_texts.end());
         m_texts.erase(std::unique(m_texts.begin(), m_texts.end()), m_texts.end());
-        m_longestBeginnings.reserve(m_texts.size());
+        m_longestPrefixes.reserve(m_texts.size());
         for (std::uint32_t number = 0; number < m_texts.size(); ++number)
-            m_longestBeginnings.push_back(number == 0 ? none : beginningFrom(number - 1, m_texts[number]));
+            m_longestPrefixes.push_back(number == 0 ? none : longestPrefixFrom(number - 1, m_texts[number]));
     }
 
-    // Calls `use` with the number of every text that is a beginning of `text`, equal ones first.
-    template <class Use> void forEachBeginningOf(std::string_view text, const Use& use) const
+    // Calls `use` with the number of every text that is a prefix of `text`, longest first.
+    template <class Use> void forEachPrefixOf(std::string_view text, const Use& use) const
     {
-        // All of them are beginnings of the last text that is not behind `text` in order.
+        // All of them are prefixes of the last text not greater than `text`, or that text itself.
         const auto behind = std::upper_bound(m_texts.begin(), m_texts.end(), text);
         if (behind == m_texts.begin())
             return;
-        for (auto number = beginningFrom(static_cast<std::uint32_t>(behind - m_texts.begin() - 1), text);
-             number != none; number = m_longestBeginnings[number])
+        for (auto number = longestPrefixFrom(static_cast<std::uint32_t>(behind - m_texts.begin() - 1), text);
+             number != none; number = m_longestPrefixes[number])
             use(number);
     }
 
@@ -121,16 +121,16 @@ public:
     }
 
 private:
-    // The first of `number` and its beginnings that is one of `text`, too.
-    std::uint32_t beginningFrom(std::uint32_t number, std::string_view text) const
+    // The longest of text `number` and its prefixes that is also a prefix of `text`.
+    std::uint32_t longestPrefixFrom(std::uint32_t number, std::string_view text) const
     {
         while (number != none && !text.starts_with(m_texts[number]))
-            number = m_longestBeginnings[number];
+            number = m_longestPrefixes[number];
         return number;
     }
 
     std::vector<std::string> m_texts;
-    std::vector<std::uint32_t> m_longestBeginnings; // of each text, other than itself
+    std::vector<std::uint32_t> m_longestPrefixes; // the longest proper prefix of each text
 };
 
 std::string reversed(std::string_view text)
@@ -138,10 +138,10 @@ std::string reversed(std::string_view text)
     return {text.rbegin(), text.rend()};
 }
 
-// What is kept at a text, or for all of them.
+// What is indexed at a text, or for all of them.
 enum class Relation : std::uint64_t {
     everything, // all rules
-    everyPath, // rules whose path stands for all
+    everyPath, // rules whose path matches every path
     allPrefixes, // all prefix rules
     allSuffixes, // all suffix rules
     prefixAt, // prefix rules of that text
@@ -172,13 +172,13 @@ private:
 
 // The paths of one class of rules.
 struct Paths {
-    Beginnings ofPrefixRules;
-    Beginnings ofSuffixRules; // written backwards
-    Beginnings ofPathRules;
+    PrefixSet ofPrefixRules;
+    PrefixSet ofSuffixRules; // reversed
+    PrefixSet ofPathRules;
 };
 
-// What is asked for, and what a number is left under: a combination of programs, an operation of one class,
-// and a relation to a path.
+// A key for queries and stored numbers: a combination of programs, an operation of one class, and a relation
+// to a path.
 struct Key {
     std::uint32_t programs;
     std::uint32_t operation;
@@ -193,7 +193,7 @@ struct KeyHash {
     }
 };
 
-// Numbers for head, parent and constraint, each also standing for any or all.
+// Numbers for head, parent and constraint, each of which can also be "any" or "all".
 struct Programs {
     std::uint32_t head;
     std::uint32_t parent;
@@ -209,21 +209,21 @@ struct ProgramsHash {
     }
 };
 
-// The numbers under which one property of a rule, or all of them together, are asked for and left.
+// The numbers under which one property of a rule, or all of them combined, are queried and stored.
 struct Choices {
-    std::vector<std::uint32_t> asked;
-    std::vector<std::uint32_t> left;
+    std::vector<std::uint32_t> queried;
+    std::vector<std::uint32_t> stored;
 };
 
 constexpr std::uint32_t forAny = UINT32_MAX; // rules for any
-constexpr std::uint32_t forAll = UINT32_MAX - 1; // rules for whatever it is
+constexpr std::uint32_t forAll = UINT32_MAX - 1; // all rules, whatever their value
 
 std::size_t classIndex(const rules::PolicyRuleFields& rule)
 {
     return rule.policyClass == rules::PolicyClass::allow ? 0 : 1;
 }
 
-// Calls `use` with a number for each operation of a rule, when it is done by rules of that class.
+// Calls `use` with a number for each operation of a rule, combined with that class.
 template <class Use>
 void forEachOperation(const rules::PolicyRuleFields& rule, std::size_t ofClass, const Use& use)
 {
@@ -242,19 +242,19 @@ public:
                 expect(*rule);
         }
         for (Paths& paths : m_paths) {
-            for (Beginnings* texts : {&paths.ofPrefixRules, &paths.ofSuffixRules, &paths.ofPathRules})
+            for (PrefixSet* texts : {&paths.ofPrefixRules, &paths.ofSuffixRules, &paths.ofPathRules})
                 texts->arrange();
         }
     }
 
-    // The first of the rules passed before that this one overlaps. Rules are passed in order.
+    // Processes the next rule: returns the first of the rules passed before that it overlaps.
     std::size_t pass(const rules::PolicyRuleFields& rule, std::size_t number)
     {
         if (!takesPart(rule))
             return noOverlap;
         const Choices programs = programsOf(rule);
-        const std::size_t first = firstFound(rule, programs.asked);
-        leave(rule, programs.left, number);
+        const std::size_t first = firstFound(rule, programs.queried);
+        storeUnder(rule, programs.stored, number);
         return first;
     }
 
@@ -270,17 +270,18 @@ private:
         else if (rule.policyType == rules::PolicyType::path)
             paths.ofPathRules.add(std::string(path));
         const Choices programs = programsOf(rule);
-        std::vector<bool>& asked = m_askedBy[classIndex(rule)];
-        asked.resize(m_programs.size());
-        for (const std::uint32_t number : programs.asked)
-            asked[number] = true;
+        std::vector<bool>& queried = m_queriedBy[classIndex(rule)];
+        queried.resize(m_programs.size());
+        for (const std::uint32_t number : programs.queried)
+            queried[number] = true;
     }
 
-    std::size_t firstFound(const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& asked) const
+    std::size_t firstFound(
+        const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& queried) const
     {
         const std::vector<std::uint64_t> places = askedPlaces(rule);
         std::size_t first = noOverlap;
-        for (const std::uint32_t programs : asked) {
+        for (const std::uint32_t programs : queried) {
             forEachOperation(rule, 1 - classIndex(rule), [&](std::uint32_t operation) {
                 for (const std::uint64_t place : places) {
                     const auto found = m_first.find({programs, operation, place});
@@ -292,13 +293,13 @@ private:
         return first;
     }
 
-    void leave(
-        const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& left, std::size_t number)
+    void storeUnder(
+        const rules::PolicyRuleFields& rule, const std::vector<std::uint32_t>& stored, std::size_t number)
     {
-        const std::vector<bool>& asked = m_askedBy[1 - classIndex(rule)];
+        const std::vector<bool>& queried = m_queriedBy[1 - classIndex(rule)];
         const std::vector<std::uint64_t> places = leftPlaces(rule);
-        for (const std::uint32_t programs : left) {
-            if (programs >= asked.size() || !asked[programs])
+        for (const std::uint32_t programs : stored) {
+            if (programs >= queried.size() || !queried[programs])
                 continue;
             forEachOperation(rule, classIndex(rule), [&](std::uint32_t operation) {
                 for (const std::uint64_t place : places)
@@ -353,16 +354,17 @@ private:
         return places;
     }
 
-    // Calls `use` with each text of the other class that covers the rule's, and what is asked and left there.
+    // Calls `use` with each text of the other class that covers the rule's, and what to query and store
+    // there.
     template <class Use> void forEachShared(const rules::PolicyRuleFields& rule, const Use& use) const
     {
         const std::string_view path = rule.path.view();
         const Paths& others = m_paths[1 - classIndex(rule)];
-        others.ofPrefixRules.forEachBeginningOf(
+        others.ofPrefixRules.forEachPrefixOf(
             path, [&use](std::uint32_t text) { use(Relation::prefixAt, Relation::beginsWith, text); });
-        others.ofSuffixRules.forEachBeginningOf(reversed(path),
+        others.ofSuffixRules.forEachPrefixOf(reversed(path),
             [&use](std::uint32_t text) { use(Relation::suffixAt, Relation::endsWith, text); });
-        if (const auto text = others.ofPathRules.numberOf(path); text != Beginnings::none)
+        if (const auto text = others.ofPathRules.numberOf(path); text != PrefixSet::none)
             use(Relation::pathAt, Relation::equals, text);
     }
 
@@ -372,8 +374,8 @@ private:
         const Choices heads = choicesOf(process.head, m_names);
         const Choices parents = choicesOf(process.parent, m_names);
         const Choices constraints = constraintChoices(rule.constraint);
-        return {numbered(heads.asked, parents.asked, constraints.asked),
-            numbered(heads.left, parents.left, constraints.left)};
+        return {numbered(heads.queried, parents.queried, constraints.queried),
+            numbered(heads.stored, parents.stored, constraints.stored)};
     }
 
     using TextNumbers = Numbers<std::string, rules::TextHash>;
@@ -386,7 +388,7 @@ private:
         return {{own, forAny}, {own, forAll}};
     }
 
-    // A constraint asks for itself and for all of the other kinds.
+    // A constraint queries itself and all of the other kinds.
     Choices constraintChoices(const rules::NullableText& constraint)
     {
         const ConstraintKind pinned = pinnedBy(constraint);
@@ -395,12 +397,12 @@ private:
         for (const ConstraintKind kind :
             {ConstraintKind::none, ConstraintKind::sha1, ConstraintKind::sha256, ConstraintKind::team}) {
             if (kind != pinned || kind == ConstraintKind::none)
-                choices.asked.push_back(ofKind(kind));
+                choices.queried.push_back(ofKind(kind));
         }
         if (pinned != ConstraintKind::none) {
             const std::uint32_t own = m_names.of(std::string(constraint.view()));
-            choices.asked.push_back(own);
-            choices.left.push_back(own);
+            choices.queried.push_back(own);
+            choices.stored.push_back(own);
         }
         return choices;
     }
@@ -419,7 +421,7 @@ private:
     }
 
     std::array<Paths, 2> m_paths; // by class
-    std::array<std::vector<bool>, 2> m_askedBy; // by class, then by number of programs
+    std::array<std::vector<bool>, 2> m_queriedBy; // by class, then by number of programs
     TextNumbers m_names; // of heads, parents and constraints
     Numbers<Programs, ProgramsHash> m_programs;
     std::unordered_map<Key, std::size_t, KeyHash> m_first;

@@ -25,7 +25,7 @@ std::string constraintOf(const rules::RuleValue& rule)
     return policy == nullptr ? std::string() : std::string((*policy)->constraint.view());
 }
 
-// What the constraint asks for beside what the program is now.
+// Describes what the constraint demands and what the program is now.
 std::string mismatchText(const rules::RuleValue& rule, ProgramFacts& facts)
 {
     const std::string program = applicationPathForProcess(processOf(rule));
@@ -108,7 +108,7 @@ std::vector<RuleProblem> problemsOfRuleAlone(
     const rules::RuleValue& rule, const RulesPlace& place, rules::LineEnds lineEnds)
 {
     std::vector<RuleProblem> problems;
-    // A record of its own: the stored one may be changed meanwhile.
+    // A separate record: the stored one may change concurrently.
     for (const RuleFinding& finding : findingsOfRuleAlone(recordOf(rule), {FindingKinds::all(), place}))
         problems.push_back(problemOf(rule, finding, place, lineEnds));
     return problems;

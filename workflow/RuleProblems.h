@@ -9,18 +9,18 @@
 #include <string>
 #include <vector>
 
-// A rule's problems as a person meets them: what is wrong, why it matters, and what mends it.
+// A rule's problem as shown to the user: what is wrong, why it matters, and how to fix it.
 
 namespace quorvane::workflow {
 
 struct RuleProblem {
-    // What a person can do about it, besides editing the rule.
+    // How the user can fix it, besides editing the rule.
     enum class Mending {
         none,
-        drop, // the rule can go
-        chooseProgram, // the rules follow their program to its new place
-        chooseParent, // the same of the parent program
-        bindAnew, // the rule is bound to the program as it is now
+        drop, // remove the rule
+        chooseProgram, // change the rules to the program's new path
+        chooseParent, // the same for the parent program
+        bindAnew, // bind the rule to the program in its current state
     };
 
     FindingKind kind;
@@ -29,19 +29,19 @@ struct RuleProblem {
     Mending mending = Mending::none;
 };
 
-// The problem of a rule that `finding` is about. May read the whole program. Any thread.
+// The problem for a finding of a rule. May read the whole program. Any thread.
 RuleProblem problemOf(const rules::RuleValue& rule, const RuleFinding& finding, const RulesPlace& place,
     rules::LineEnds lineEnds);
 
-// The problems that the rule alone shows, in the order of FindingKind. May read the whole program. Any
+// The problems that involve no other rule, in the order of FindingKind. May read the whole program. Any
 // thread.
 std::vector<RuleProblem> problemsOfRuleAlone(
     const rules::RuleValue& rule, const RulesPlace& place, rules::LineEnds lineEnds);
 
-// The problem of a rule that `other` covers, or overlaps, as `kind` says.
+// The problem of a rule that `other` covers or overlaps, according to `kind`.
 RuleProblem problemWith(FindingKind kind, const rules::RuleValue& other);
 
-// The stored rule that covers a stored one; none when none does. For the store's thread.
+// The stored rule that covers a stored one; none when there is none. For the store's thread.
 std::optional<rules::RuleRef> storedCoveringRule(const rules::RuleManager& store, const rules::RuleRef& rule);
 
 } // namespace quorvane::workflow

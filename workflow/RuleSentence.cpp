@@ -46,7 +46,7 @@ std::string nameOf(std::string_view path)
     return applicationNameForProcess(rules::NullableText(std::string(path)));
 }
 
-// Which program the rule is about. `any` is how "any program" begins: "Any", "No" or "any".
+// The program that the rule applies to. `any` is the first word of "any program": "Any", "No" or "any".
 std::string programWords(const rules::NullableText& process, std::string_view any)
 {
     const std::string head = applicationHeadForProcess(process);
@@ -65,7 +65,7 @@ std::string programWords(const rules::NullableText& process, std::string_view an
     return program + (parent == "any" ? ", whoever started it," : " started by " + nameOf(*parent));
 }
 
-// What a path that is no ordinary file names; empty for others.
+// What a path that is not an ordinary file denotes; empty for others.
 std::string_view resourceWords(std::string_view path)
 {
     constexpr std::array<std::array<std::string_view, 2>, 6> resources{
@@ -112,7 +112,7 @@ std::string sentence(const rules::PolicyRuleFields& rule, const std::string& pat
         return programWords(rule.processName, "Any") + " may "
             + operationWords(rule.operations, &Operation::infinitive, " and ") + " " + path + ".";
     case rules::PolicyClass::deny: {
-        // "Any program may not" would leave open whether some may.
+        // "Any program may not" would be ambiguous: some might.
         const std::string program = programWords(rule.processName, "No");
         return program + (program.starts_with("No program") ? " may " : " may not ")
             + operationWords(rule.operations, &Operation::infinitive, " or ") + " " + path + ".";

@@ -5,16 +5,16 @@
 #include <string>
 #include <string_view>
 
-// A rule in words, for a person who does not read its fields. Pure functions; nothing is looked up.
+// A rule in words, for users who do not read its fields. Pure functions without file access.
 
 namespace quorvane::workflow {
 
-// What the rule says, as a sentence: "Mail may read and write anything in /Users/ann/Documents/." Programs go
-// by their short names. Words that the file knows no meaning of are said to be so.
+// The rule as a sentence: "Mail may read and write anything in /Users/ann/Documents/." Programs have their
+// short names. Unknown class or type codes are named as unknown.
 std::string ruleSentence(const rules::RuleValue& rule);
 
-// What else the rule says, a part each: the program's whole path and its parent's, what it is bound to, when
-// it was made, its tag, whether it is the system's. "/bin/sh · bound to nothing but its path · tag work".
+// The other properties of the rule: the full paths of program and parent, its constraint, creation time, tag,
+// and whether it is a system rule. "/bin/sh · bound to nothing but its path · tag work".
 std::string ruleDetails(const rules::RuleValue& rule);
 
 // What a constraint binds to: "bound to team K7Q2M9XW4T".

@@ -10,7 +10,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// The rules that are there, found by equality.
+// The present rules, indexed by equality.
 class RulesByEquality {
 public:
     explicit RulesByEquality(const std::vector<rules::RuleRef>& rules)
@@ -27,7 +27,7 @@ public:
         m_isWanted.resize(rules.size());
     }
 
-    // The places of the rules that are equal to the wanted one, which are marked as such.
+    // The positions of the rules equal to the wanted one; marks them as wanted.
     std::vector<std::size_t> find(const rules::RuleValue& rule)
     {
         const std::uint32_t number = m_numbering.numberOf(rule);
@@ -47,8 +47,8 @@ private:
     const std::vector<rules::RuleRef>& m_rules;
     std::vector<rules::RuleValue> m_values;
     rules::RuleNumbering m_numbering;
-    std::vector<std::vector<std::size_t>> m_byNumber; // places in the order of the store
-    std::vector<bool> m_isWanted; // by place
+    std::vector<std::vector<std::size_t>> m_byNumber; // positions in the order of the store
+    std::vector<bool> m_isWanted; // by position
 };
 
 void add(RulesApplication& application, const rules::RuleValue& rule)

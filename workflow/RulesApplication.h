@@ -7,31 +7,31 @@
 #include <string>
 #include <vector>
 
-// Makes the user's rules hold, or not hold, given ones, whatever they hold now: doing it again changes
-// nothing. Pure.
+// Ensures that given rules are present, or absent, whatever the current rules: idempotent. Computes the
+// change without applying it; for the thread that owns the rules.
 
 namespace quorvane::workflow {
 
-// A rule that is to be there, or not to be there.
+// A rule that is to be present, or absent.
 struct WantedRule {
     rules::RuleValue rule;
-    // Without these an equal rule that is there keeps its own; a new one has those of `rule`.
+    // If false, an existing equal rule keeps its own; a new one gets that of `rule`.
     bool hasTag = true;
     bool hasCreated = true;
 };
 
 struct RulesApplication {
     rules::ChangeSet change{};
-    rules::RulesDifference difference{}; // the same for people
+    rules::RulesDifference difference{}; // the same for display
     std::size_t unchanged = 0; // wanted rules that needed nothing
 };
 
-// What makes the store with the rules `present`, as its userRules() are, hold every wanted rule, and no other
-// one with a tag out of `prunedTags`. No two wanted rules are equal.
+// The change that makes a store with the user rules `present` (its userRules()) contain every wanted rule,
+// and no other rule with a tag of `prunedTags`. No two wanted rules may be equal.
 RulesApplication presenceOf(const std::vector<WantedRule>& wanted, const std::vector<rules::RuleRef>& present,
     const std::vector<std::string>& prunedTags);
 
-// What makes it hold none of them.
+// The change that makes it contain none of them.
 RulesApplication absenceOf(const std::vector<WantedRule>& wanted, const std::vector<rules::RuleRef>& present);
 
 } // namespace quorvane::workflow

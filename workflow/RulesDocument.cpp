@@ -17,9 +17,9 @@ namespace quorvane::workflow {
 
 namespace {
 
-constexpr const char* outOfMemory = "Out of memory"; // short enough for texts that need none
+constexpr const char* outOfMemory = "Out of memory"; // short enough to need no allocation
 
-// Beyond this number of rules a write is worth a thread: below, it takes some ten milliseconds.
+// Above this number of rules a write is worth a thread: below, it takes some ten milliseconds.
 constexpr std::size_t mostWrittenAtOnce = 20'000;
 
 } // namespace
@@ -50,7 +50,7 @@ void RulesDocument::setSettings(const ProgramSettings& settings)
 
 // --- Changes
 
-// Rules of which an equal one stays, or was there before, make no difference.
+// Rules of which an equal one remains, or existed before, do not count.
 ChangeCounts RulesDocument::countsOf(const rules::ChangeSet& done) const
 {
     std::vector<rules::RuleValue> before;
@@ -79,7 +79,7 @@ ChangeResult RulesDocument::perform(const rules::ChangeSet& change, const Change
     return result;
 }
 
-// The store does all of it or, without memory, nothing.
+// Applies all of it or, when memory runs out, nothing.
 rules::ChangeSet RulesDocument::applied(const rules::ChangeSet& change)
 {
     rules::ChangeSet done = m_store.apply(change);
@@ -147,7 +147,7 @@ void RulesDocument::startWriting()
         continueWith(std::move(lock));
         return;
     }
-    // Another program writes at this moment. A window does not wait for it.
+    // Another process is writing now. A window does not wait for it.
     auto later = std::make_shared<platform::FileLock>();
     inBackground([this, later] { *later = m_file.lock(m_owner.lockTimeout); },
         [this, later] { continueWith(std::move(*later)); });
@@ -186,7 +186,7 @@ void RulesDocument::writeInBackground(platform::FileLock lock)
         });
 }
 
-// One write for all that is not written yet, of the rules as they are now.
+// Merges all pending orders into one, for the current rules.
 void RulesDocument::joinOrders()
 {
     if (m_lacksOrder)
@@ -207,7 +207,7 @@ void RulesDocument::finish(const WriteReport& report)
     m_run.internalWrite = true;
     m_store.setLastErrorMessage(report.message);
     for (const DocumentNews& news : report.news)
-        tell(news);
+        notify(news);
     if (!report.isWritten || report.message) {
         if (report.isHopeless)
             m_orders.pop_front();
@@ -224,7 +224,7 @@ void RulesDocument::noteWritten(const WriteReport& report)
 {
     m_failure.reset();
     m_knownFile = report.known;
-    m_hasToldOfFile = false;
+    m_hasReportedFile = false;
     if (report.version)
         m_knownVersion = report.version;
     if (m_orders.front().unreadReason)
@@ -236,10 +236,10 @@ void RulesDocument::noteWritten(const WriteReport& report)
     if (wasRestored)
         takeRestored();
     else if (m_orders.empty() && !report.readAs)
-        m_rulesInFile.reset(); // they are the store's
+        m_rulesInFile.reset(); // now those of the store
 }
 
-// The store follows the bytes that were brought back.
+// Updates the store to the restored bytes.
 void RulesDocument::takeRestored()
 {
     m_store.reloadCurrentUserConfiguration();
@@ -259,11 +259,11 @@ void RulesDocument::fail(const std::string& message)
 void RulesDocument::writeNow()
 {
     if (m_isWriting)
-        return; // the first order is being carried out
+        return; // the first order is in progress
     attempt([this] {
         joinOrders();
         if (m_orders.empty())
-            m_failure.reset(); // what failed has left nothing to write
+            m_failure.reset(); // nothing is left to be written
         startWriting();
     });
     reportFile();
@@ -330,7 +330,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     return true;
 }
 
-// What takes a version of the journal back, or does it again, in the present rules.
+// The change that undoes or redoes a version of the journal in the current rules.
 std::optional<rules::ChangeSet> RulesDocument::journalledStep(
     const history::JournalVersion& version, ChangeReason::Kind kind)
 {

@@ -27,32 +27,32 @@ class Log;
 
 namespace quorvane::workflow {
 
-// Who a document belongs to.
+// The program that owns a document, and its settings.
 struct DocumentOwner {
     std::string program; // as the history names it
     std::string stateFolder; // of the journals
     ProgramSettings settings{};
-    std::chrono::milliseconds lockTimeout = std::chrono::seconds(5); // for another program's write to end
-    Background* background = nullptr; // for the writing of many rules; none: everything is done at once
+    std::chrono::milliseconds lockTimeout = std::chrono::seconds(5); // for another process to finish writing
+    Background* background = nullptr; // for writing many rules; null: everything is done synchronously
 };
 
-// What came of a change.
+// The result of a change.
 struct ChangeResult {
-    rules::ChangeSet done{}; // what the store really was changed by
-    std::optional<std::string> failure{}; // why the user's file does not hold it, so far
+    rules::ChangeSet done{}; // the change actually made to the store
+    std::optional<std::string> failure{}; // why the user's file does not contain it yet
 };
 
-// The rules of the current user: the one way in which they change.
+// The rules of the current user. All changes of them go through this class.
 //
-// A change goes into the store, into the journal, and into the user's file, where what other programs have
-// written meanwhile is merged first: nothing that they wrote is lost, and nothing that is changed here. Marks
-// the run as changed. With a background, more than 20,000 rules are written by it: the store is changed when
-// an operation returns, the file a little later. For the thread that owns the store.
+// A change goes into the store, into the journal, and into the user's file; what other programs have written
+// there in the meantime is merged first, so that neither their changes nor ours are lost. Marks the run as
+// changed. With a background, more than 20,000 rules are written by it: the store is changed when an
+// operation returns, the file a little later. For the thread that owns the store.
 class RulesDocument {
 public:
     // All must outlive it.
     RulesDocument(rules::RuleManager& store, RunState& run, DocumentOwner owner, platform::Log& log);
-    // Waits until what is under way is written.
+    // Waits until pending writes are done.
     ~RulesDocument();
     RulesDocument(const RulesDocument&) = delete;
     RulesDocument& operator=(const RulesDocument&) = delete;
@@ -64,71 +64,70 @@ public:
     // From the next write on.
     void setSettings(const ProgramSettings& settings);
 
-    // None when null. Outlives the document, or is taken out first.
+    // May be null. Must outlive the document or be reset first.
     void setObserver(DocumentObserver* observer) { m_observer = observer; }
 
-    // Settles a write that an earlier run, or another program of ours, left under way. Before the first
-    // change.
+    // Completes a write that an earlier run, or another of our programs, left under way. Call it before the
+    // first change.
     void recover();
 
-    // Changes the store, writes the file, keeps the version. Also writes when nothing is to be changed.
+    // Changes the store, writes the file, records the version. Also writes when the change is empty.
     ChangeResult perform(const rules::ChangeSet& change, const ChangeReason& reason);
 
-    // The run counts as one that changed rules, whatever comes of it.
+    // Marks the run as one that changed rules, whatever the result.
     void markChanged() { m_run.g_dirty = 1; }
 
-    // A change made to the store by other means, rule by rule: begin() before the first, commit() with all
-    // that was done after the last. Does not mark the run as changed.
+    // For changes made to the store directly, rule by rule: begin() before the first, commit() with all
+    // changes after the last. Does not mark the run as changed.
     void begin();
     ChangeResult commit(rules::ChangeSet done, const ChangeReason& reason);
 
-    // Takes the newest action of ours back, or does again what was taken back last; what others did since
-    // stays. False when there is none, or when its versions cannot be read.
+    // Reverts our newest action, or repeats the one undone last; later changes by others stay. False when
+    // there is none, or when its versions cannot be read.
     bool undo();
     bool redo();
-    // What these would do, in words; none when there is nothing. May open the journal.
+    // The names of these actions; none when there is none. May open the journal.
     std::optional<std::string> undoName();
     std::optional<std::string> redoName();
 
-    // From now on undo and redo go by the journal alone.
+    // Drops the steps in memory: from now on undo and redo use only the journal.
     void forgetSteps();
 
-    // Brings the very bytes of a version back. False when it is known to be unreadable; failure() says why
-    // the write failed, also where only that found the version damaged.
+    // Restores the exact bytes of a version. False when it is known to be unreadable; failure() says why the
+    // write failed, also if only that found the version damaged.
     bool restore(std::int64_t version);
 
-    // Another program has changed the file: takes its rules over, keeping what is not written yet.
+    // Merges the rules of a file that another program has changed, keeping changes not written yet.
     void takeForeignChanges();
-    // Tells, once, when another program has changed the file and nothing has taken that over.
+    // Reports, once, that another program has changed the file and that this has not been merged yet.
     void lookAtFile();
-    // Makes the file as it is a version, unless it is one: what another program may remove before the first
-    // change is then still there.
+    // Records the current file as a version, unless it is one already, so that rules which another program
+    // removes before our first change can be restored.
     void keepPresentVersion();
-    // True when the file is another than the one that was read or written last.
+    // True when the file differs from the one last read or written.
     bool isFileAhead() const;
 
-    // Reads the user's configuration again, as the store does it; nothing is left to write then.
+    // Reads the user's configuration again, like the store, and drops unwritten changes.
     void reload();
-    // Deletes the fail-safe file and the marker beside it; what the file holds is kept in a journal of its
-    // own.
+    // Deletes the fail-safe file and the marker beside it; records the file in a separate journal first.
     void discardSuggestions();
 
-    // Tries again to write what could not be written.
+    // Retries a failed write.
     void writeNow();
     void waitUntilWritten();
     bool isWriting() const { return m_isWriting; }
-    // True when the store holds what the file does not.
+    // True when the store has changes that the file does not.
     bool hasUnwrittenChanges() const { return !m_orders.empty() || m_lacksOrder; }
     // Why the last write failed; none after one that succeeded.
     const std::optional<std::string>& failure() const { return m_failure; }
 
-    // For windows that look at the versions.
+    // For windows that show the versions.
     std::unique_ptr<history::Journal> openJournal() const { return m_file.openJournal(); }
 
 private:
     WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
     ChangeCounts countsOf(const rules::ChangeSet& done) const;
-    // False, and the failure says so, when `work` has run out of memory.
+    // False, with failure() saying so, when `work` has run out of memory.
     template <class Work> bool attempt(Work work)
     {
         try {
@@ -169,7 +168,7 @@ private:
 
     void warnOfUnwritableRules(std::uint64_t count);
     void inBackground(std::function<void()> work, std::function<void()> then);
-    void tell(const DocumentNews& news);
+    void notify(const DocumentNews& news);
     void reportFile();
 
     rules::RuleManager& m_store;
@@ -180,17 +179,17 @@ private:
     UserRulesFile m_file;
 
     rules::KnownFile m_knownFile; // as read or written last
-    std::uint64_t m_knownReading = 0; // of the store, by which it was read
+    std::uint64_t m_knownReading = 0; // the store's ownFileReadings() at that time
     std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
-    std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be under way
-    bool m_lacksOrder = false; // there was no memory for that of a change
+    std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
+    bool m_lacksOrder = false; // memory ran out for the order of a change
     bool m_isWriting = false;
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file
-    std::uint64_t m_unwritableRules = 0; // as told last
-    std::optional<std::int64_t> m_knownVersion; // of the journal, that is known to the person last
-    bool m_hasToldOfFile = false; // that it is another than the known one
+    std::uint64_t m_unwritableRules = 0; // as last reported
+    std::optional<std::int64_t> m_knownVersion; // the last version of the journal that the user knows about
+    bool m_hasReportedFile = false; // that it differs from the known one
 };
 
 } // namespace quorvane::workflow

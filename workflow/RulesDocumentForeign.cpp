@@ -8,23 +8,23 @@
 #include <utility>
 #include <vector>
 
-// How a document follows what other programs, and earlier runs, have done to the file.
+// How a document merges changes of the file by other programs and earlier runs.
 
 namespace quorvane::workflow {
 
-// With the lock held: a write that was cut short is settled, and what others have written since comes into
-// the store. False when the file does not hold the rules in force.
+// Requires the lock. Completes an interrupted write and merges what others have written since into the store.
+// False when the file does not contain the rules in force.
 bool RulesDocument::bringStoreUpToDate(platform::FileLock& lock)
 {
     const UserRulesFile::Recovery recovery = m_file.recover(lock);
     for (const DocumentNews& news : recovery.news)
-        tell(news);
+        notify(news);
     if (isFileAhead() || recovery.rules)
         takeIn(rules::RulesFileText::read(m_file.path(), lock), recovery.rules);
     return !recovery.rules;
 }
 
-// `inForce`: the rules that count in place of those that the file holds.
+// `inForce`: the rules that count instead of those in the file.
 void RulesDocument::takeIn(
     const rules::RulesFileText& theirs, const std::optional<std::vector<rules::RuleValue>>& inForce)
 {
@@ -32,19 +32,18 @@ void RulesDocument::takeIn(
         order.unreadReason = theirs.unreadReason();
     if (theirs.unreadReason() && !inForce)
         return;
-    m_hasToldOfFile = false;
+    m_hasReportedFile = false;
     if (inForce) {
         mergeWith(*inForce);
     } else if (theirs.identity() && theirs.identity()->isMissing()) {
-        m_rulesInFile
-            .emplace(); // rules whose file is gone are not deleted rules: the next write brings it back
+        m_rulesInFile.emplace(); // a missing file does not mean deleted rules: the next write restores it
     } else {
         mergeWith(rules::rulesOfText(theirs.text()));
     }
-    // Once they are in the store, lest they are taken for known where there was no memory for them.
+    // Set only when they are in the store, so that running out of memory does not make them count as known.
     m_knownFile = theirs.unreadReason() ? rules::KnownFile() : rules::KnownFile::of(m_file.path(), theirs);
     if (!theirs.unreadReason())
-        m_store.forgetUnreadRules(); // whatever was not read is no longer there, or is read now
+        m_store.forgetUnreadRules(); // rules not read before are gone or have been read now
 }
 
 void RulesDocument::mergeWith(const std::vector<rules::RuleValue>& theirs)
@@ -75,7 +74,7 @@ void RulesDocument::recover()
     });
 }
 
-// False when another program holds the lock: then it may be at work on that very version.
+// False when another process holds the lock: it may be writing that version.
 bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
 {
     platform::FileLock lock = m_file.lock(wait);
@@ -102,12 +101,12 @@ void RulesDocument::takeForeignChanges()
 void RulesDocument::takeFileOver()
 {
     if (m_isWriting || !isFileAhead())
-        return; // what is being written is compared before the next write
+        return; // the file is compared again before the next write
     if (!m_orders.empty())
-        return writeNow(); // which takes them in first
+        return writeNow(); // which merges them first
     if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
         return;
-    if (m_rulesInFile) // the store holds what the file cannot
+    if (m_rulesInFile) // the store has rules that the file cannot represent
         return takeIn(rules::RulesFileText::read(m_file.path()), {});
     const std::vector<rules::RuleRef> before = m_store.userRules();
     reload();
@@ -126,25 +125,25 @@ void RulesDocument::reload()
 
 void RulesDocument::noteFileRead()
 {
-    m_hasToldOfFile = false;
+    m_hasReportedFile = false;
     m_knownFile = m_store.ownFile();
     m_knownReading = m_store.ownFileReadings();
     m_rulesInFile.reset();
     if (!m_knownFile.identity || m_knownFile.path != m_file.path()) {
-        m_knownFile = {}; // whatever rules there are, they are not from the user's file
+        m_knownFile = {}; // the rules are not from the user's file
         m_rulesInFile.emplace();
     }
     makeSnapshotReady();
 }
 
-// The first snapshot takes a look at each rule. Reading them took far longer, while the first change would
-// have to wait for it.
+// The first snapshot visits every rule. After reading them, which took far longer, it goes unnoticed; the
+// first change would have to wait for it.
 void RulesDocument::makeSnapshotReady() const
 {
     try {
         m_store.userRulesSnapshot();
     } catch (const std::bad_alloc&) {
-        return; // it is made when it is needed, or that is reported then
+        return; // it is made when needed, or the failure is reported then
     }
 }
 

@@ -16,7 +16,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// Beyond this number, or a tenth of all, rules that another program removes are worth a word.
+// Above this number, or a tenth of all, rules removed by another program are reported.
 constexpr std::size_t manyRules = 20;
 
 bool isMuch(std::size_t lost, std::size_t total)
@@ -36,7 +36,7 @@ std::size_t countOfMissing(
 
 } // namespace
 
-void RulesDocument::tell(const DocumentNews& news)
+void RulesDocument::notify(const DocumentNews& news)
 {
     m_log.write(news.text);
     if (m_observer != nullptr)
@@ -49,7 +49,7 @@ void RulesDocument::reportFile()
         m_observer->fileStateDidChange();
 }
 
-// What another program wrote comes after what was known.
+// The first version after the last known one.
 std::optional<std::int64_t> RulesDocument::followingVersion() const
 {
     return m_knownVersion ? std::optional(*m_knownVersion + 1) : std::nullopt;
@@ -65,7 +65,7 @@ void RulesDocument::reportMerge(const rules::ChangeSet& done, const std::vector<
         }
         for (const rules::ChangeSet::Addition& addition : done.added)
             news.rules.push_back(addition.rule);
-        tell(news);
+        notify(news);
     }
 }
 
@@ -81,14 +81,14 @@ void RulesDocument::keepPresentVersion()
 void RulesDocument::lookAtFile()
 {
     if (m_isWriting || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
-        || !platform::isAnythingAt(m_file.path()) || std::exchange(m_hasToldOfFile, true))
+        || !platform::isAnythingAt(m_file.path()) || std::exchange(m_hasReportedFile, true))
         return;
-    tell({.kind = DocumentNews::Kind::fileIsAhead,
+    notify({.kind = DocumentNews::Kind::fileIsAhead,
         .text = "Another program has changed the rules file. The next change here takes that over.",
         .shownFrom = followingVersion()});
 }
 
-// Another program's version is kept as soon as it is seen, and with it the way back.
+// Another program's version is recorded as soon as it is noticed, so that it can be reverted.
 void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
 {
     const std::size_t lost = countOfMissing(before, m_store.userRules());
@@ -97,7 +97,7 @@ void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
         [this, present, lost, total = before.size()] {
             const auto known = std::exchange(m_knownVersion, present->number);
             if (isMuch(lost, total))
-                tell({.kind = DocumentNews::Kind::rulesLost,
+                notify({.kind = DocumentNews::Kind::rulesLost,
                     .text = "Another program has removed " + countedRules(lost) + ".",
                     .version = known && known != present->number ? known : present->before,
                     .shownFrom
@@ -105,7 +105,7 @@ void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
         });
 }
 
-// When there are more of them than before: a person told once need not hear it at every change.
+// Only when there are more than before, so that the same message does not follow every change.
 void RulesDocument::warnOfUnwritableRules(std::uint64_t count)
 {
     if (count <= std::exchange(m_unwritableRules, count))
@@ -124,7 +124,7 @@ void RulesDocument::warnOfUnwritableRules(std::uint64_t count)
     }
     news.kind = cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable;
     news.text = unwritableText(cut, news.rules.size() - cut);
-    tell(news);
+    notify(news);
 }
 
 } // namespace quorvane::workflow

@@ -26,7 +26,7 @@ std::string openFailure(const std::string& path, const std::error_code& error)
     return "Failed to open file '" + path + "' for writing: " + platform::errorText(error);
 }
 
-// True when a new file can stand for the one that is open, or when there is none.
+// True when a new file can replace the one that is open, or when there is none.
 bool canStandFor(platform::FileReplacement& file, const platform::FileDescriptor& existing)
 {
     struct stat status { };
@@ -43,7 +43,7 @@ rules::WriteResult replace(
     if (platform::writeFully(file.descriptor(), content.bytes(), error) == content.bytes().size())
         error = file.takePlace(ownerAndGroup);
     else if (!error)
-        error = platform::systemError(EIO); // a call that writes nothing and does not say why
+        error = platform::systemError(EIO); // a write that returned 0 without an error
     result.opened = !error;
     if (error)
         result.message

@@ -12,27 +12,28 @@ namespace quorvane::workflow {
 
 struct RunState;
 
-// When the contents of what is at `path` last changed, in whole seconds since 1970; none when that cannot be
-// told. A symbolic link answers for itself: a rules file that is one is refused, wherever it leads.
+// The modification time of the file at `path`, in whole seconds since 1970; none when it cannot be
+// determined. Of a symbolic link, that of the link: a rules file that is a link is refused, wherever it
+// leads.
 std::optional<std::uint64_t> modificationTime(const std::string& path);
 
-// Finds out, look by look, that somebody else has changed the user's rules file. For one thread at a time;
-// the run's internalWrite may be set from any.
+// Detects by polling that another process has changed the user's rules file. One thread at a time; the run's
+// internalWrite may be set from any.
 class RulesFileMonitor {
 public:
     // Both must outlive it.
     RulesFileMonitor(RunState& run, platform::Log& log);
 
-    // Takes one look, which found the file changed at `time`: true when the store has to be reloaded. The
-    // first time seen is no reason for that, and no file is none. Deliberate: after the program has written
-    // the file or reloaded the table, whatever time the file has is taken for the program's own doing, also
-    // when somebody else has changed it meanwhile.
+    // One poll, which found the modification time `time`: true when the store must be reloaded. The first
+    // time seen does not cause that, nor does a missing file. Deliberate: after the program has written the
+    // file or reloaded the table, any time of the file counts as its own change, even if another process has
+    // changed it in the meantime.
     bool monitorFileModification(std::optional<std::uint64_t> time);
 
-    // Whether the last look took whatever it saw for the program's own doing.
+    // Whether the last poll attributed whatever it saw to the program itself.
     bool hasAbsorbed() const { return m_hasAbsorbed; }
 
-    // As last seen; 0 before.
+    // As last polled; 0 before the first.
     std::uint64_t lastModificationTime() const { return m_lastModificationTime; }
 
 private:

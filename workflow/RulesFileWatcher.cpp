@@ -22,8 +22,7 @@ struct RulesFileWatcher::Watch {
     std::condition_variable_any changed{};
     bool hasEnded = false;
 
-    // What the watcher was given, the monitor, reload() and absorbed(), is touched only under the lock and
-    // only while no stop is asked for.
+    // The monitor, reload() and absorbed() are used only under the lock and only while no stop is requested.
     void run(const std::stop_token& stop)
     {
         std::unique_lock lock(mutex);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t writableByOthers = 0002;
 
-// `text` as one word of the shell.
+// `text` quoted as one shell word.
 std::string quotedForShell(const std::string& text)
 {
     std::string quoted = "'";
@@ -45,7 +45,7 @@ bool canCreateRules(const platform::Locations& locations, platform::Log& log)
 
 std::string rulesFolderCommand(const platform::Locations& locations, bool mayCreateRules)
 {
-    // An administrator's shell starts in a folder of its own.
+    // An administrator's shell starts in another folder.
     const std::string folder = std::filesystem::absolute(rulesFolder(locations)).string();
     return std::string("/bin/chmod ") + (mayCreateRules ? "777 " : "775 ") + quotedForShell(folder);
 }

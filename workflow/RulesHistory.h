@@ -6,7 +6,7 @@ namespace quorvane::workflow {
 
 class RulesDocument;
 
-// The versions of the user's rules.
+// The versions of the user's rules. Threads as FileHistory says.
 class RulesHistory : public FileHistory {
 public:
     // Must outlive it.

@@ -19,7 +19,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// What has no end, as /dev/zero through a pipe, must not take all memory.
+// Endless input, such as /dev/zero through a pipe, must not exhaust the memory.
 constexpr std::size_t mostPipeBytes = std::size_t{1} << 30U;
 
 std::string unreadable(const std::string& name, const std::string& reason)
@@ -34,7 +34,7 @@ bool isNullDevice(const struct stat& status)
     return S_ISCHR(status.st_mode) && status.st_rdev == makedev(memoryDevices, null);
 }
 
-// A pipe without a name, which has a writer or has had one. A named one may never get any.
+// True for an unnamed pipe, which has or had a writer. A named one may never get any.
 bool isShellPipe(const std::string& path, const struct stat& status)
 {
     struct statfs system { };

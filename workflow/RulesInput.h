@@ -8,22 +8,22 @@
 
 namespace quorvane::workflow {
 
-// The contents of a file that a command was given: a regular file or a link to one, or a pipe that a shell
-// made, which is read to its end. Folders, devices and named pipes are refused without being opened, so that
-// nothing waits for who may never come. Any thread.
+// The contents of a command's input file: a regular file or a link to one, or a pipe created by a shell,
+// which is read to its end. Folders, devices and named pipes are refused without being opened, so that
+// nothing waits for a writer that may never come. Any thread.
 class RulesInput {
 public:
-    // `nullDeviceIsEmpty`: /dev/null is a file without lines.
+    // `nullDeviceIsEmpty`: accept /dev/null as an empty file.
     static RulesInput read(const std::string& path, bool nullDeviceIsEmpty = false);
-    // What comes from an open descriptor of whatever kind, up to its end; `name` stands in problems.
+    // Reads an open descriptor of any kind to its end; `name` is used in problems.
     static RulesInput readDescriptor(int descriptor, const std::string& name);
 
-    // Why it could not be read; none when it was, whatever it holds. Then bytes() are all there is.
+    // Why it could not be read; none when it was, whatever its contents. Then bytes() is complete.
     const std::optional<std::string>& problem() const { return m_problem; }
-    // The same, and for what is no text: not UTF-8, or with a NUL byte.
+    // The same, and also set when it is not text: not UTF-8, or with a NUL byte.
     const std::optional<std::string>& textProblem() const { return m_textProblem; }
 
-    // Lasts as long as this object.
+    // Valid as long as this object.
     std::string_view bytes() const { return m_file ? m_file->bytes() : std::string_view(m_bytes); }
 
 private:

@@ -13,7 +13,7 @@ bool isInHome(std::string_view path)
     return path.starts_with("~/");
 }
 
-// Refers to what is kept elsewhere.
+// A non-owning pointer.
 std::shared_ptr<ProgramFacts> referenceTo(ProgramFacts& facts)
 {
     return {std::shared_ptr<void>(), &facts};

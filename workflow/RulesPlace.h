@@ -14,33 +14,34 @@ namespace quorvane::workflow {
 // Where the programs and paths that rules name are looked up: on this machine, on a mounted volume of the
 // machine that the rules are for, or nowhere.
 //
-// Whatever tells of a rule that something is missing or does not match asks here. A value object; any thread.
+// All checks of whether something named by a rule is missing or does not match use this class. A value
+// object; any thread.
 class RulesPlace {
 public:
     static RulesPlace thisMachine();
-    // The folder stands for the root of the file system; nothing is told of home folders. None when it is no
+    // The folder serves as the root of the file system; home folders are unknown. None when it is not a
     // folder; `error` says why.
     static std::optional<RulesPlace> folder(const std::string& folder, std::error_code& error);
     // Nothing is looked up, and so nothing is missing.
     static RulesPlace nowhere();
-    // This machine as `facts`, which must outlive the place, tell of it.
+    // This machine with the given facts, which must outlive the place.
     static RulesPlace of(ProgramFacts& facts);
 
-    // The same for rules from elsewhere: in them the home folder, "~/", stands for another person's.
+    // The same for rules from elsewhere, in which "~/" is another user's home folder.
     RulesPlace withoutHomes() const;
 
     bool isNowhere() const { return m_kind == Kind::nowhere; }
 
-    // What is asked about programs; nowhere, nothing exists.
+    // The facts about programs; for nowhere(), nothing exists.
     ProgramFacts& facts() const { return *m_facts; }
 
-    // Below which the files are; none when nothing is looked up.
+    // The root of the files; none when nothing is looked up.
     const std::optional<platform::FileRoot>& root() const { return m_root; }
 
-    // True when nothing can be told of what stands at the path.
+    // True when it cannot be determined whether the path exists.
     bool isUnknown(std::string_view path) const;
 
-    // True when nothing exists at the path, "~/" being the home folder of the user.
+    // True when nothing exists at the path, in which "~/" is the user's home folder.
     bool isMissing(std::string_view path) const;
 
 private:

@@ -11,20 +11,20 @@
 
 namespace quorvane::workflow {
 
-// Which rows of a table are selected, as they are at one moment: ranges of rows that never change. A value
-// object, cheap however many rows there are; any thread.
+// The selected rows of a table at one moment, as ranges of immutable rows. A value object, cheap however many
+// rows there are; any thread.
 class RulesSelection {
 public:
     // The rows from the first up to, not including, the second.
     using Range = std::pair<std::size_t, std::size_t>;
 
     RulesSelection() = default;
-    // `ranges` ascend and are apart.
+    // `ranges` must be ascending and disjoint.
     RulesSelection(
         std::shared_ptr<const rules::RuleRows> rows, bool includeSystemRules, std::vector<Range> ranges);
 
     std::size_t count() const;
-    // The selected rule when no other is; none otherwise.
+    // The selected rule if it is the only one; none otherwise.
     std::optional<rules::RuleRef> onlyRule() const;
 
     // Calls `use` with every rule from the top down.
@@ -50,8 +50,8 @@ private:
     std::vector<Range> m_ranges;
 };
 
-// What several rules are, in sentences: "3 rules: 2 allow, 1 watch. Programs: Mail, sh." Any thread; costs by
-// the number of the rules.
+// Describes several rules, in sentences: "3 rules: 2 allow, 1 watch. Programs: Mail, sh." Any thread; linear
+// in the number of rules.
 std::string selectionSummary(const RulesSelection& selection);
 
 } // namespace quorvane::workflow

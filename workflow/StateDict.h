@@ -9,7 +9,7 @@
 namespace quorvane::workflow {
 
 // Which rules of an import review are ticked, by the decimal text of their sequence numbers. A rule without
-// an entry is ticked, so that all of them are at first.
+// an entry is ticked, so that all are at first. One thread at a time.
 class StateDict {
 public:
     static constexpr int ticked = 1;
@@ -20,16 +20,16 @@ public:
     bool isTicked(std::int64_t sequence) const;
 
     void setTicked(std::int64_t sequence, bool isTicked);
-    // Gives every rule there is the same entry, at the cost of one.
+    // Gives every rule the same entry, in constant memory.
     void setAllTicked(bool areTicked);
 
-    // How many of `rules` rules are ticked, which must be all that entries were made for.
+    // How many of `rules` rules are ticked. Requires that entries were made for these rules only.
     std::size_t countOfTicked(std::size_t rules) const;
 
 private:
-    std::optional<int> m_common; // of the rules without an entry of their own
+    std::optional<int> m_common; // for the rules without an entry
     std::unordered_map<std::string, int> m_entries;
-    std::size_t m_exceptions = 0; // entries that say otherwise than the rest
+    std::size_t m_exceptions = 0; // entries that differ from the rest
 };
 
 } // namespace quorvane::workflow

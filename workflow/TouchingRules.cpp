@@ -7,7 +7,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// "any", "any via …", "any ancestor …": these rules are about every program, in some circumstances.
+// "any", "any via …", "any ancestor …": these rules apply to every program, in some circumstances.
 bool isAnyProgram(std::string_view program)
 {
     return program == rules::ProcessForm::any || program.starts_with(rules::ProcessForm::anyVia)
@@ -49,7 +49,7 @@ std::string whyProgram(const rules::NullableText& process, const TouchQuestion& 
     if (!isAnyProgram(program))
         return question.process ? "this program" : "program: " + std::string(process.view());
     constexpr std::string_view any = "any";
-    return "any program" + std::string(process.view().substr(any.size())); // with its circumstances
+    return "any program" + std::string(process.view().substr(any.size())); // including the circumstances
 }
 
 } // namespace
@@ -67,7 +67,7 @@ bool touches(const rules::RuleValue& rule, const TouchQuestion& question)
 
 std::string whyTouches(const rules::RuleValue& rule, const TouchQuestion& question)
 {
-    // The table names the program of an allow or deny rule, and of no other.
+    // The table shows the program of allow and deny rules only.
     const bool namesProgram = question.process || std::holds_alternative<rules::WatchValue>(rule);
     return askValue(rule, [&](const auto& fields) {
         return namesProgram ? whyPath(fields) + "; " + whyProgram(fields.processName, question)

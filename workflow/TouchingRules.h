@@ -6,8 +6,7 @@
 #include <optional>
 #include <string>
 
-// Which rules are about a path. Pure functions, where nothing else is said for the
-// thread that owns the rules.
+// Which rules apply to a path. Pure functions; for the thread that owns the rules unless noted.
 
 namespace quorvane::workflow {
 
@@ -15,19 +14,19 @@ struct TouchQuestion {
     std::string path;
     // The program, or the whole process string; none for every process.
     std::optional<std::string> process{};
-    // Any of these operations; none for whatever operations.
+    // Any of these operations; none for all.
     std::optional<std::uint32_t> operations{};
 };
 
-// True when the rule's text covers the path (rules/PathCover.h), its process is the one asked for or any in
-// one of its forms, and it has one of the operations. Tells no verdict: which rule wins is decided where
-// rules are enforced.
+// True when the rule's text covers the path (rules/PathCover.h), its process is the given one or any form of
+// "any", and it has one of the operations. Gives no verdict: which rule wins is decided by the enforcing
+// side.
 bool touches(const rules::RuleRef& rule, const TouchQuestion& question);
-// The same of a value, for any thread.
+// The same for a value, on any thread.
 bool touches(const rules::RuleValue& rule, const TouchQuestion& question);
 
-// Why it does, in a few words about the rule's path, and about its program where the question names one or
-// nothing else tells it: "begins with it; any program". Only of a rule that does.
+// Why it does, in a few words about the rule's path, and about its program if the question names one or the
+// table does not show it: "begins with it; any program". Requires a rule that does.
 std::string whyTouches(const rules::RuleValue& rule, const TouchQuestion& question);
 
 } // namespace quorvane::workflow

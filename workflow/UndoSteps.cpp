@@ -8,7 +8,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-constexpr std::size_t mostSteps = 50; // each may hold a great many rules
+constexpr std::size_t mostSteps = 50; // each may contain a large number of rules
 
 void dropLast(std::vector<UndoSteps::Step>& steps)
 {

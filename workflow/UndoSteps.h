@@ -9,21 +9,22 @@
 
 namespace quorvane::workflow {
 
-// The latest actions of a run, each with what it did, to be taken back and done again without asking the
-// journal. As many as are worth their memory. One thread.
+// The latest actions of a run, each with its change, to be undone and redone without reading the journal.
+// Bounded in number. One thread at a time.
 class UndoSteps {
 public:
     struct Step {
         std::uint64_t number = 0;
         rules::ChangeSet done{};
         ChangeReason reason{};
-        std::optional<std::int64_t> version{}; // of the journal; none until it is written, or without one
+        std::optional<std::int64_t>
+            version{}; // in the journal; none before it is written, or without a journal
     };
 
-    // An action, which leaves nothing to do again; or an undo or redo of the step that is next for it. What
-    // changed nothing is no step.
+    // Records an action, which clears the redo steps; or an undo or redo of the next step. An empty change is
+    // no step.
     void remember(const rules::ChangeSet& done, const ChangeReason& reason);
-    // The action of that number has become a version.
+    // Records the version of the action with that number.
     void noteVersion(std::uint64_t number, std::optional<std::int64_t> version);
     void forget();
 
@@ -31,7 +32,7 @@ public:
     const Step* toUndo() const { return m_done.empty() ? nullptr : &m_done.back(); }
     const Step* toRedo() const { return m_undone.empty() ? nullptr : &m_undone.back(); }
 
-    // The number of the step remembered last.
+    // The number of the last recorded step.
     std::uint64_t last() const { return m_last; }
 
 private:

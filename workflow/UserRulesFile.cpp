@@ -55,7 +55,7 @@ history::NewVersion newVersion(
     return version;
 }
 
-// What a file holds, and its digest.
+// The contents of a file, and its digest.
 struct FileContent {
     explicit FileContent(rules::RulesFileText read)
         : text(std::move(read))
@@ -67,7 +67,7 @@ struct FileContent {
     history::DigestedBytes bytes;
 };
 
-// A long file is read on a core of its own, while the content that it is to have is made.
+// A long file is read on another thread while its new content is generated.
 std::future<FileContent> beginReading(const std::string& path, const platform::FileLock& lock, bool isLong)
 {
     return std::async(isLong ? std::launch::async | std::launch::deferred : std::launch::deferred,
@@ -83,7 +83,7 @@ std::string wholeTextOf(const rules::RulesSnapshot& rules)
     return std::string(content.bytes());
 }
 
-// Without any content: room for rules that take about as much as those in the file.
+// Empty content with memory reserved for about the size of the file.
 rules::RulesContent roomFor(
     const rules::RulesSnapshot& rules, rules::LineEnds lineEnds, const std::string& path)
 {
@@ -131,7 +131,7 @@ UserRulesFile::UserRulesFile(
 void UserRulesFile::setLimits(const history::JournalLimits& limits)
 {
     m_limits = limits;
-    m_journal.reset(); // opened again with these
+    m_journal.reset(); // reopened with these
 }
 
 platform::FileLock UserRulesFile::lock(std::chrono::milliseconds wait) const
@@ -156,17 +156,18 @@ history::Journal& UserRulesFile::journal()
     return *m_journal;
 }
 
-// Once in a run: a journal that cannot be kept is no reason to stop anything.
+// Once per run: without a journal everything else still works.
 void UserRulesFile::reportJournal(std::vector<DocumentNews>& news)
 {
     if (auto notice = journal().takeNotice())
         news.push_back(newsOf(DocumentNews::Kind::journal, std::move(*notice)));
-    if (journal().problem() && !std::exchange(m_hasToldOfJournal, true))
+    if (journal().problem() && !std::exchange(m_hasReportedJournal, true))
         news.push_back(newsOf(
             DocumentNews::Kind::journal, "The history of the rules cannot be kept: " + *journal().problem()));
 }
 
-// The newest version of the journal is what our programs wrote last; other bytes are another program's.
+// The newest version of the journal is what our programs wrote last; any other bytes were written by another
+// program.
 std::optional<std::int64_t> UserRulesFile::keepForeign(
     const history::DigestedBytes& bytes, std::vector<DocumentNews>& news)
 {
@@ -174,7 +175,7 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
     if (newest && newest->bytes == bytes.bytes().size() && newest->sha256 == bytes.digest())
         return newest->number;
     if (!newest && bytes.bytes().empty())
-        return std::nullopt; // an empty file, or none, is what everything begins with
+        return std::nullopt; // an empty or missing file is the initial state
     const std::vector<rules::RuleValue> rules = rules::rulesOfText(bytes.bytes());
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
     const ChangeCounts counts = countsOf(
@@ -186,8 +187,8 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(
     return number;
 }
 
-// Under the lock: a version that came between the reading and the keeping would be followed by the bytes
-// before it, as another program's.
+// Under the lock: otherwise a version recorded between reading and recording would be followed by older
+// bytes, attributed to another program.
 UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion(std::chrono::milliseconds wait)
 {
     const platform::FileLock held = lock(wait);
@@ -203,7 +204,7 @@ UserRulesFile::PresentVersion UserRulesFile::keepPresentVersion(std::chrono::mil
     return present;
 }
 
-// Newest first: what a newer one holds is built upon the older ones, unless it never began.
+// Newest first: a newer one includes the older ones, unless it never began.
 UserRulesFile::Recovery UserRulesFile::recover(platform::FileLock& lock)
 {
     std::vector<DocumentNews> news;
@@ -222,12 +223,12 @@ UserRulesFile::Recovery UserRulesFile::recover(platform::FileLock& lock)
     return {.news = std::move(news)};
 }
 
-// None when its write never began, which leaves everything to older ones.
+// None when its write never began: then older ones decide.
 std::optional<UserRulesFile::Recovery> UserRulesFile::settle(
     const history::JournalVersion& version, platform::FileLock& lock)
 {
     const auto meant = journal().bytesOf(version.number);
-    if (!meant) // damaged, or the journal cannot be read at present
+    if (!meant) // damaged, or the journal cannot be read now
         return Recovery();
     const auto meantRules
         = [&] { return rules::rulesOfText(journal().meantOf(version.number).value_or(*meant)); };
@@ -268,7 +269,7 @@ FileAfterWrite UserRulesFile::stateOf(
     return state == FileAfterWrite::foreign && journal().isLeft(now) ? FileAfterWrite::cutShort : state;
 }
 
-// A version that cannot be completed stays under way, for the next that can write.
+// A version that cannot be completed stays under way until a write succeeds.
 bool UserRulesFile::complete(
     const history::JournalVersion& version, std::string meant, platform::FileLock& lock)
 {
@@ -300,7 +301,7 @@ std::optional<std::string> UserRulesFile::textUnderWay(std::chrono::milliseconds
     return std::nullopt;
 }
 
-// A file of which rules may be missing in the store is never written over. Returns its new name.
+// A file with rules that may be missing in the store is never overwritten but renamed. Returns its new name.
 std::optional<std::string> UserRulesFile::putAside(
     const std::string& reason, platform::FileLock& lock, WriteReport& report)
 {
@@ -314,16 +315,16 @@ std::optional<std::string> UserRulesFile::putAside(
     return aside;
 }
 
-// The content of a write: the bytes for the file, and what they stand for where they cannot hold it.
+// The content of a write: the bytes for the file, and the intended text if they cannot represent it.
 struct UserRulesFile::Meant {
     rules::RulesContent content;
-    std::optional<std::string> whole{}; // the rules as meant, where lines are cut
+    std::optional<std::string> whole{}; // the intended rules, if lines are cut
     std::uint64_t rules = 0;
     std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
     ChangeCounts counts{};
 };
 
-// One look at each rule: of a million, hardly one is in the processor's caches at a second.
+// A single pass: with a million rules, hardly any is still in the processor's caches in a second one.
 UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
 {
     const rules::LineEnds lineEnds = order.wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut;
@@ -364,12 +365,12 @@ WriteReport UserRulesFile::write(const WriteOrder& order, platform::FileLock& lo
     try {
         writeTo(report, order, lock);
     } catch (const std::bad_alloc&) {
-        report.message.emplace("Out of memory"); // short enough to need none itself
+        report.message.emplace("Out of memory"); // short enough to need no allocation
     }
     return report;
 }
 
-// Why nothing is to be written.
+// Why nothing may be written; none when it may.
 std::optional<std::string> UserRulesFile::refusalOf(
     const WriteOrder& order, const std::optional<Meant>& meant) const
 {
@@ -411,10 +412,10 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
     if (aside)
         reportFileAside(report, *unread, *aside);
     if (!report.message)
-        lookAtWritten(report, *meant);
+        checkWritten(report, *meant);
 }
 
-// Where the journal cannot complete a write that fails, the file gets its old content back.
+// If the journal could not complete a failed write, the file gets its old content back.
 void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::string_view old)
 {
     rules::WriteResult result
@@ -425,7 +426,7 @@ void UserRulesFile::writeOver(WriteReport& report, const Meant& meant, std::stri
         report.news.push_back(newsOf(DocumentNews::Kind::warning, std::move(warning)));
 }
 
-// Where nothing could be written in its place, the file goes back to it.
+// If nothing could be written in its place, the file is renamed back.
 void UserRulesFile::reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside)
 {
     if (!report.isWritten && platform::takeFileBack(aside, m_path))
@@ -435,11 +436,11 @@ void UserRulesFile::reportFileAside(WriteReport& report, const std::string& reas
         reason + ". It was kept as '" + aside + "', and the rules were written anew."));
 }
 
-void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant) const
+void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant) const
 {
     if (meant.rules > fewRules)
         std::this_thread::sleep_for(
-            rules::KnownFile::usualRoughness); // so that no later look has to read it all
+            rules::KnownFile::usualRoughness); // so that later checks need not read all of it
     const std::string_view written = meant.content.bytes();
     if (auto known = rules::KnownFile::ofFileWith(m_path, written))
         report.known = std::move(*known);
@@ -450,8 +451,8 @@ void UserRulesFile::lookAtWritten(WriteReport& report, const Meant& meant) const
     report.unwritableRules = meant.unwritableRules;
 }
 
-// None when the file already is as meant, which is no version, or when the journal cannot keep it. An undo
-// that changes nothing is one all the same: the next undo then takes back the action before.
+// None when the file already has the content, which makes no version, or when the journal cannot record it.
+// An undo that changes nothing is recorded nevertheless: the next undo then reverts the action before.
 std::optional<std::int64_t> UserRulesFile::beginVersion(
     const WriteOrder& order, const Meant& meant, const history::DigestedBytes& previous)
 {
@@ -469,7 +470,7 @@ std::optional<std::int64_t> UserRulesFile::beginVersion(
     return journal().begin(version);
 }
 
-// A write that stopped half-way leaves its version under way, for the next that can write to complete.
+// An incomplete write leaves its version under way, to be completed by the next successful one.
 void UserRulesFile::settleVersion(const WriteReport& report, platform::FileLock& lock)
 {
     if (!report.version)

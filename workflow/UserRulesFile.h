@@ -25,7 +25,7 @@ class Log;
 
 namespace quorvane::workflow {
 
-// How many rules a change brought, took and changed.
+// How many rules a change added, removed and changed.
 struct ChangeCounts {
     std::uint64_t added = 0;
     std::uint64_t removed = 0;
@@ -35,38 +35,38 @@ struct ChangeCounts {
     ChangeCounts& operator+=(const ChangeCounts& other);
 };
 
-// What is to be written, and why. Shares what it holds; may go to another thread.
+// What is to be written, and why. Shares immutable data; may be passed to another thread.
 struct WriteOrder {
     rules::RulesSnapshot rules{}; // in writing order
     ChangeReason reason{};
     ChangeCounts counts{};
-    bool wholeLines = false; // every byte of every line, also beyond ASCII
-    std::optional<std::int64_t> restores{}; // the version whose very bytes are written in place of `rules`
-    std::optional<std::string> unreadReason{}; // why the present file must be kept under another name first
-    std::uint64_t step = 0; // of the document's, for which it is written
+    bool wholeLines = false; // write every line completely, including non-ASCII text
+    std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
+    std::optional<std::string> unreadReason{}; // why the current file must be renamed first
+    std::uint64_t step = 0; // the document's undo step for which it is written
 };
 
-// What came of a write.
+// The result of a write.
 struct WriteReport {
-    bool isWritten = false; // the file was opened, and new content went to it
-    std::optional<std::string> message{}; // why not all of it did; the store's last error message
-    bool isHopeless = false; // the same order can never be carried out
+    bool isWritten = false; // the file was opened and new content written
+    std::optional<std::string> message{}; // why it was not written completely; the store's last error message
+    bool isHopeless = false; // the same order can never succeed
     std::vector<DocumentNews> news{};
     std::optional<std::int64_t> version{};
     rules::KnownFile known{};
-    std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
+    std::uint64_t unwritableRules = 0; // rules that do not read back from the file unchanged
     std::optional<std::vector<rules::RuleValue>>
-        readAs{}; // the rules that a reader makes of it, where others were meant
+        readAs{}; // the rules that the file reads back as, if they differ from the intended ones
 };
 
-// Why the rules file cannot be written, `lock` being the lock on it that could not be had.
+// Why the rules file cannot be written; `lock` is the failed attempt to lock it.
 std::string unwritableMessage(const std::string& path, const platform::FileLock& lock);
 
-// The user's rules file and its journal: what happens to a change on its way to the disk. Every operation
-// that takes a lock needs it held. Operations may run on any thread, one at a time.
+// The user's rules file and its journal: writes changes to disk. Every operation with a lock parameter
+// requires it to be held. Operations may run on any thread, one at a time.
 class UserRulesFile {
 public:
-    // `program`: the name under which versions are kept. `log` must outlive it.
+    // `program`: the name under which versions are recorded. `log` must outlive it.
     UserRulesFile(const platform::Locations& locations, std::string program, std::string stateFolder,
         platform::Log& log);
 
@@ -75,37 +75,38 @@ public:
 
     platform::FileLock lock(std::chrono::milliseconds wait) const;
 
-    // A version whose write has not been settled. Costs a look for a small file.
+    // Whether there may be a version whose write was not completed. Only checks for a small file.
     bool mayBeUnderWay() const;
 
-    // Settles the versions under way: completes the write of the newest, or finds that it is done or never
+    // Completes the versions under way: finishes the write of the newest, or finds that it is done or never
     // began.
     struct Recovery {
         std::vector<DocumentNews> news{};
-        // The rules in force, where the file does not hold them: another program has written since the write
-        // was cut short, or it could not be completed. The next write that succeeds settles the version.
+        // The rules in force, if the file does not contain them: another program has written since the
+        // interrupted write, or it could not be completed. The next successful write completes the version.
         std::optional<std::vector<rules::RuleValue>> rules{};
     };
     Recovery recover(platform::FileLock& lock);
 
-    // The rules that the version under way meant, as the text of a rules file, for who only reads; none when
-    // nothing was cut short, or when another program has written since. Waits at most `wait` for another
-    // program to write the file.
+    // The intended rules of the version under way, as the text of a rules file, for readers; none when no
+    // write was interrupted, or when another program has written since. Waits at most `wait` for another
+    // process that is writing the file.
     std::optional<std::string> textUnderWay(std::chrono::milliseconds wait);
 
     WriteReport write(const WriteOrder& order, platform::FileLock& lock);
 
-    // Keeps the file's content as a version, another program's, unless it is the newest. Waits at most `wait`
-    // for another program to write the file, which then keeps what it finds.
+    // Records the file's content as a version of another program, unless it is the newest. Waits at most
+    // `wait` for another process that is writing the file, which then records it itself.
     struct PresentVersion {
-        std::optional<std::int64_t> number{}; // that holds the file's content; none when it was not kept
+        std::optional<std::int64_t>
+            number{}; // the version with the file's content; none when it was not recorded
         std::optional<std::int64_t> before{}; // the version before that
     };
     PresentVersion keepPresentVersion(std::chrono::milliseconds wait);
 
     // For the thread that calls the other operations.
     history::Journal& journal();
-    // A journal of one's own, for any thread.
+    // A separate journal object, for any thread.
     std::unique_ptr<history::Journal> openJournal() const;
 
 private:
@@ -127,7 +128,7 @@ private:
     void settleVersion(const WriteReport& report, platform::FileLock& lock);
     void noteLeft(const platform::FileLock& lock);
     void reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
-    void lookAtWritten(WriteReport& report, const Meant& meant) const;
+    void checkWritten(WriteReport& report, const Meant& meant) const;
     std::optional<std::int64_t> keepForeign(
         const history::DigestedBytes& bytes, std::vector<DocumentNews>& news);
     void reportJournal(std::vector<DocumentNews>& news);
@@ -138,7 +139,7 @@ private:
     platform::Log& m_log;
     history::JournalLimits m_limits;
     std::unique_ptr<history::Journal> m_journal; // opened when first needed
-    bool m_hasToldOfJournal = false;
+    bool m_hasReportedJournal = false;
 };
 
 } // namespace quorvane::workflow

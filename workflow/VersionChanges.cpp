@@ -8,7 +8,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// The newest version that is older; they come newest first.
+// The newest older version; they are listed newest first.
 std::optional<std::int64_t> newestOlder(history::Journal& journal, std::int64_t number)
 {
     for (const history::JournalVersion& each : journal.versions()) {

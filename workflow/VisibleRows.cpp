@@ -10,7 +10,7 @@ VisibleRows::VisibleRows(int columns, bool& shaded)
 {
 }
 
-// The band of a row of which this cell has just been made.
+// The band of a row whose cell has just been made.
 bool VisibleRows::bandAfter(const RuleCell& cell)
 {
     if (cell.startsGroup)
@@ -41,7 +41,7 @@ void VisibleRows::show(std::size_t first, std::size_t end, const MakeCell& makeC
     }
 }
 
-// A row that continues a group keeps its band, which the others of its group have.
+// A row that continues a group keeps its band, which the rest of its group has.
 void VisibleRows::followRowAbove(std::size_t row, ShownRow& shown, const MakeCell& makeCell)
 {
     RuleCell& application = shown.cells.front();

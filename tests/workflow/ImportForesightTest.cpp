@@ -23,7 +23,7 @@ protected:
     {
         reviewed = box.storeOf(text);
         foresight = std::make_unique<ImportForesight>(*present, *reviewed, joined, lineEnds);
-        EXPECT_FALSE(foresight->lookOn(reviewed->storedRules()));
+        EXPECT_FALSE(foresight->examine(reviewed->storedRules()));
         return *foresight;
     }
     // The paths of those of a kind.
@@ -53,11 +53,11 @@ TEST_F(ImportForesightTest, LooksAtSomeAtATimeUntilItHasLookedAtAll)
         test::policyRule({.path = "/c", .processName = "/bin/sh", .tag = "t", .operations = 1}));
     reviewed = box.storeOf(ruleOfShell("/a") + ruleOfShell("/b") + ruleOfShell("/c"));
     ImportForesight coming(*present, *reviewed, nullptr, rules::LineEnds::cut);
-    EXPECT_TRUE(coming.lookOn(2));
+    EXPECT_TRUE(coming.examine(2));
     EXPECT_EQ(coming.count(Foresight::present), 0U);
-    EXPECT_FALSE(coming.lookOn(2));
+    EXPECT_FALSE(coming.examine(2));
     EXPECT_EQ(coming.count(Foresight::present), 1U);
-    EXPECT_FALSE(coming.lookOn(2));
+    EXPECT_FALSE(coming.examine(2));
     EXPECT_EQ(coming.count(Foresight::fresh), 2U);
 }
 
@@ -95,7 +95,7 @@ TEST_F(ImportForesightTest, CountsThoseThatOnlyWholeLinesWouldKeep)
         for (const char* path : {"/a", "/K\u00e4se", "/quote\"/"})
             reviewed->addPolicyRule(test::policyRule({.path = path, .processName = "any", .operations = 1}));
         ImportForesight coming(*present, *reviewed, nullptr, lineEnds);
-        EXPECT_FALSE(coming.lookOn(10));
+        EXPECT_FALSE(coming.examine(10));
         EXPECT_EQ(coming.countOfCut(), lineEnds == rules::LineEnds::cut ? 1U : 0U);
     }
 }
