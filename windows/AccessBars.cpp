@@ -21,7 +21,7 @@ void paintPart(QPainter& painter, const QRectF& part, const QBrush& brush)
     painter.drawRect(part);
 }
 
-// However small a share is, it shows.
+// Even the smallest share is visible.
 void paintBar(QPainter& painter, const QRectF& room, const AccessShares& shares)
 {
     constexpr double narrowest = 3;

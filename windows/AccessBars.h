@@ -7,8 +7,8 @@
 
 namespace quorvane::windows {
 
-// Paints the bars of the access map: allow empty, deny full, watch hatched, so that they can be told apart
-// without colours, as in the report that is printed.
+// Paints the bars of the access map: allow empty, deny full, watch hatched, so that they can be distinguished
+// without colours, as in the printed report.
 class AccessBarDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -34,7 +34,7 @@ QString shortName(const std::string& process)
     return parent ? AccessModel::tr("%1 via %2").arg(name, toQt(*parent)) : name;
 }
 
-// `nameOf`: how a process is named.
+// `nameOf`: the display name of a process.
 QString programsText(
     const workflow::AccessBranch& branch, std::size_t most, QString (*nameOf)(const std::string&))
 {
@@ -168,7 +168,7 @@ QString AccessModel::textOf(const workflow::AccessBranch& branch, int column) co
     case place:
         return titleOf(branch);
     case bar:
-        return accessText(branch.counts); // to screen readers; the eye gets a bar
+        return accessText(branch.counts); // for screen readers; painted as a bar
     case allow:
         return number(branch.counts.allow);
     case deny:

@@ -6,12 +6,12 @@
 
 namespace quorvane::windows {
 
-// The access map as a Qt tree. Everything that the bars show stands in words beside them.
+// The access map as a Qt tree. Everything that the bars show is also in words beside them.
 class AccessModel : public QAbstractItemModel {
     Q_OBJECT
 public:
     enum Column { place, bar, allow, deny, watch, programs, columnCountOfAll };
-    // What a bar shows: AccessShares.
+    // The data of a bar: AccessShares.
     static constexpr int sharesRole = Qt::UserRole;
 
     using QAbstractItemModel::QAbstractItemModel;
@@ -19,7 +19,7 @@ public:
     // No rows when null.
     void setTree(workflow::AccessTreePtr tree);
     const workflow::AccessTreePtr& tree() const { return m_tree; }
-    // Of a valid index.
+    // Requires a valid index.
     std::size_t branchAt(const QModelIndex& index) const { return index.internalId(); }
     QModelIndex indexOf(std::size_t branch) const;
 
@@ -36,19 +36,18 @@ private:
     QVariant sharesOf(std::size_t branch) const;
 
     workflow::AccessTreePtr m_tree;
-    std::vector<int> m_rows; // of each branch in its parent
-    std::vector<std::size_t>
-        m_longest; // of each branch: the rules of the fullest one beside it, itself included
+    std::vector<int> m_rows; // by branch: its row in its parent
+    std::vector<std::size_t> m_longest; // by branch: the largest number of rules among it and its siblings
 };
 
-// How long the parts of a bar are. That of the fullest place beside it is 1 in all.
+// The lengths of the parts of a bar, relative to the longest bar among its siblings, which is 1 in total.
 struct AccessShares {
     double allow = 0;
     double deny = 0;
     double watch = 0;
 };
 
-// "12 allow, 3 deny", without what there is none of.
+// "12 allow, 3 deny", without zero counts.
 QString accessText(const workflow::AccessCounts& counts);
 
 } // namespace quorvane::windows

@@ -24,7 +24,7 @@ QString asideSubject()
     return QStringLiteral("aside");
 }
 
-// The window never waits long.
+// The window must not block for long.
 constexpr std::chrono::milliseconds lockTimeout{100};
 
 } // namespace
@@ -99,7 +99,7 @@ void AsideController::bringBack(const std::vector<rules::RuleValue>& rules)
         added.push_back(addition.rule);
     if (!m_table.perform(
             planned, {.action = workflow::actionName("Bring Back", rules.size()), .refusesCuts = true}))
-        return m_asideWindow->tell(toQt(*planned.refusal));
+        return m_asideWindow->showMessage(toQt(*planned.refusal));
     if (!added.empty())
         m_table.revealRule(added.front());
     m_table.selectRules(added);
@@ -117,7 +117,7 @@ void AsideController::deleteForGood(const std::vector<rules::RuleValue>& rules)
     if (question.clickedButton() != confirm || m_asideWindow.isNull())
         return;
     if (const auto problem = m_aside.remove(rules))
-        m_asideWindow->tell(toQt(*problem));
+        m_asideWindow->showMessage(toQt(*problem));
     m_asideWindow->refresh();
 }
 

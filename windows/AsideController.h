@@ -27,27 +27,27 @@ namespace quorvane::windows {
 class AsideWindow;
 class RulesTable;
 
-// Takes rules out of force without losing them, and brings them back. User interface thread only.
+// Disables rules without losing them, and enables them again. User interface thread only.
 //
-// The rules are in the file of those set aside, durably, before they leave the rules file; bringing them back
-// leaves them there, where they do not count as long as an equal rule is in force. So no failed write and no
-// undo, of either action, loses a rule.
+// The rules are durably in the file of those set aside before they leave the rules file; bringing them back
+// leaves them there, where they are ignored as long as an equal rule is in force. So neither a failed write
+// nor an undo of either action loses a rule.
 class AsideController : public QObject {
     Q_OBJECT
 public:
-    // The window of those set aside stands over `window`. Nothing given is owned; all of it must outlive
-    // this.
+    // `window` is the parent of the window of those set aside. Owns no argument; all must outlive this
+    // object.
     AsideController(QWidget& window, RulesTable& table, workflow::RulesDocument& document,
         desktop::Workspace& workspace, platform::Log& log);
 
-    // Where programs and paths of those set aside are looked up; this machine at first.
+    // Sets where programs and paths of those set aside are looked up; initially this machine.
     void setPlace(const workflow::RulesPlace& place);
 
-    // Sets the selected rules aside; not those of the system.
+    // Sets the selected rules aside, except for system rules.
     void setAside();
-    // Shows the rules that are aside.
+    // Shows the rules set aside.
     void showAside();
-    // The stored rules may be others now.
+    // Call it when the stored rules may have changed.
     void rulesDidChange();
 
 private:

@@ -104,7 +104,7 @@ void AsideWindow::validate()
     m_ui->deleteButton->setEnabled(anySelected);
 }
 
-void AsideWindow::tell(const QString& text)
+void AsideWindow::showMessage(const QString& text)
 {
     m_ui->notices->add({.text = text, .subject = newsSubject()});
 }

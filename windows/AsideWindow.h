@@ -22,22 +22,22 @@ namespace quorvane::windows {
 
 class RulesTableModel;
 
-// The rules that are set aside and not in force, in a table like the main one. Deletes itself when it is
-// closed.
+// The rules set aside that are not in force, in a table like the main one. Deletes itself when it is closed.
+// User interface thread only.
 class AsideWindow : public QDialog {
     Q_OBJECT
 public:
-    // `inForce`: rules that are there do not count as set aside. Nothing given is owned; all of it must
-    // outlive the window.
+    // `inForce`: rules in this store do not count as set aside. Owns no argument; all must outlive the
+    // window.
     AsideWindow(const workflow::AsideRules& aside, const rules::RuleManager& inForce,
         desktop::Workspace& workspace, platform::Log& log, QWidget* parent = nullptr);
     ~AsideWindow() override;
 
-    // Where programs and paths are looked up; this machine at first.
+    // Sets where programs and paths are looked up; initially this machine.
     void setPlace(const workflow::RulesPlace& place);
 
-    // Says something at the foot.
-    void tell(const QString& text);
+    // Shows a message at the bottom.
+    void showMessage(const QString& text);
 
 public Q_SLOTS:
     // Reads the file of rules set aside again.
@@ -48,7 +48,7 @@ Q_SIGNALS:
     void deleteRequested(const std::vector<quorvane::rules::RuleValue>& rules);
 
 protected:
-    // Others may have changed the file while the window was behind theirs.
+    // Refreshes when activated: another program may have changed the file in the meantime.
     void changeEvent(QEvent* event) override;
 
 private:
@@ -59,9 +59,9 @@ private:
     std::unique_ptr<Ui::AsideWindow> m_ui;
     const workflow::AsideRules& m_aside;
     const rules::RuleManager& m_inForce;
-    rules::RuleManager m_store; // of the rules that are shown
+    rules::RuleManager m_store; // of the shown rules
     RulesTableModel* m_model; // owned by this window
-    std::string m_shown; // the lines of the rules that are shown
+    std::string m_shown; // the lines of the shown rules
 };
 
 } // namespace quorvane::windows

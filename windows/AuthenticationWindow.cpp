@@ -15,7 +15,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// Most dialogs are there by then, and an answer that needs no person has come.
+// By then most dialogs have appeared, and an answer without user interaction has arrived.
 constexpr std::chrono::seconds beforePasswordHint{1};
 
 QString request(platform::Awaited what)

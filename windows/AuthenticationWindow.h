@@ -8,8 +8,8 @@ class QTimer;
 
 namespace quorvane::windows {
 
-// Shown while a finger or a password is awaited, with a button to give up. While the password is typed in a
-// window of the desktop's, this one appears only after a moment and leaves the keyboard where it is.
+// Shown while waiting for a finger or a password, with a button to cancel. While the password is typed in a
+// window of the desktop, this one appears only after a delay and does not take the keyboard focus.
 class AuthenticationWindow : public MessageWindow, public platform::AuthenticationPrompt {
     Q_OBJECT
 public:

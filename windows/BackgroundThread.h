@@ -7,16 +7,16 @@
 
 namespace quorvane::windows {
 
-// Work beside the user interface thread, on one thread. For the user interface thread.
+// Runs work in parallel to the user interface thread, on one thread. For use by the user interface thread.
 class BackgroundThread : public QObject, public workflow::Background {
     Q_OBJECT
 public:
     BackgroundThread();
-    // Waits for the work that is under way; what should follow it is dropped.
+    // Waits for the running work; its `then` and queued work are dropped.
     ~BackgroundThread() override;
 
     void run(std::function<void()> work, std::function<void()> then) override;
-    // Windows are not painted meanwhile.
+    // Blocks: windows are not painted.
     void wait() override;
 
 private:

@@ -70,7 +70,7 @@ ChangeWindow::~ChangeWindow() = default;
 void ChangeWindow::setControls(QWidget* controls)
 {
     m_ui->controlsLayout->addWidget(controls);
-    // In front of the table, which was made before them.
+    // Before the table in the tab order, although the table was created first.
     QWidget* last = controls;
     for (auto* control : controls->findChildren<QWidget*>()) {
         const bool isPartOfPopUp = control->window() != this;
@@ -89,7 +89,7 @@ void ChangeWindow::setControls(QWidget* controls)
 void ChangeWindow::planSoon()
 {
     m_soon->start();
-    m_ui->changeButton->setEnabled(true); // what that does is seen when it is pressed
+    m_ui->changeButton->setEnabled(true); // a pending plan is completed when it is pressed
 }
 
 void ChangeWindow::planAnew()
@@ -129,7 +129,7 @@ void ChangeWindow::accept()
         planAnew();
     if (!m_ui->changeButton->isEnabled())
         return;
-    const workflow::PlannedChange confirmed = m_planned; // planned anew when the rules change
+    const workflow::PlannedChange confirmed = m_planned; // a copy: replaced when the rules change
     QDialog::accept();
     Q_EMIT wasConfirmed(confirmed);
 }

@@ -17,40 +17,38 @@ namespace quorvane::windows {
 
 class DifferenceModel;
 
-// Shows what a change of rules would do, rule by rule, before it is done. Above the list stand the controls,
-// if any, that say what is to be changed; whatever they say is planned and shown at once. Deletes itself when
-// it is closed. User interface thread only.
+// Previews a change of rules, rule by rule, before it is made. Controls above the list, if any, define the
+// change; the preview follows them. Deletes itself when it is closed. User interface thread only.
 class ChangeWindow : public QDialog {
     Q_OBJECT
 public:
-    // What the controls ask for, of the rules as they are now, for a file that is written so.
+    // Plans the change defined by the controls, for the current rules and the given way to write the file.
     using Plan = std::function<workflow::PlannedChange(rules::LineEnds lineEnds)>;
 
-    // `verb` stands on the button that carries the change out. `first`: what is planned at first. `lineEnds`:
-    // how the rules file is written now.
+    // `verb` is the title of the button that makes the change. `first`: the initial plan. `lineEnds`: how the
+    // rules file is written now.
     ChangeWindow(const QString& title, const QString& verb, Plan plan, workflow::PlannedChange first,
         rules::LineEnds lineEnds, QWidget* parent);
     ~ChangeWindow() override;
 
-    // Puts the controls above the list, and the keyboard into the first of them. They belong to the window
-    // then; what they change calls planSoon().
+    // Puts the controls above the list, and the focus on the first of them. Takes ownership. Changes of the
+    // controls must call planSoon().
     void setControls(QWidget* controls);
 
-    // What is shown.
+    // The plan that is shown.
     const workflow::PlannedChange& planned() const { return m_planned; }
 
 public Q_SLOTS:
-    // The controls say something else now. It is planned once they have said so for a moment, and at the
-    // latest when the person wants it: a plan may look at whole programs and at all rules.
+    // Call it when the controls have changed. Plans after a short delay without further changes, at the
+    // latest when the user confirms: a plan may read whole programs and all rules.
     void planSoon();
-    // At once: the stored rules are others now.
+    // Plans at once: call it when the stored rules have changed.
     void planAnew();
 
 Q_SIGNALS:
-    // The change may be made only when lines are written whole, and the person wants that. What is planned
-    // from then on counts on it.
+    // The change requires lines to be written completely, and the user agrees. Later plans assume it.
     void wholeLinesRequested();
-    // The person wants the change that is shown. The window closes.
+    // The user confirmed the change that is shown. The window closes.
     void wasConfirmed(const quorvane::workflow::PlannedChange& planned);
 
 private:
@@ -63,7 +61,7 @@ private:
     const Plan m_plan;
     rules::LineEnds m_lineEnds;
     workflow::PlannedChange m_planned;
-    QTimer* m_soon; // runs while something is to be planned
+    QTimer* m_soon; // runs while a plan is pending
 };
 
 } // namespace quorvane::windows

@@ -9,7 +9,8 @@
 
 namespace quorvane::windows {
 
-// Rules that can go, with a tick for each that shall: at first those that nothing speaks against.
+// Rules that can be removed, with a tick for each that will be: initially those without doubt. User interface
+// thread only.
 class CleanUpModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -18,7 +19,7 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    // Ticks that were changed stay as they were with rules that are still there.
+    // Ticks changed by the user are kept for rules that are still listed.
     void setCandidates(std::vector<workflow::DispensableRule> candidates);
     void setAllTicked(bool areTicked);
     std::size_t tickedCount() const { return m_ticked; }

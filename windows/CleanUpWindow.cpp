@@ -65,7 +65,7 @@ void CleanUpWindow::setUpControls()
     m_list->setAccessibleName(tr("Rules that can go"));
     m_list->setModel(m_model);
     m_list->setRootIsDecorated(false);
-    m_list->setUniformRowHeights(true); // so that long lists need no measuring
+    m_list->setUniformRowHeights(true); // avoids measuring every row of a long list
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setAllColumnsShowFocus(true);
     QHeaderView* header = m_list->header();
@@ -99,7 +99,7 @@ void CleanUpWindow::setUpControls()
 void CleanUpWindow::fill(const workflow::ProblemListsPtr& problems)
 {
     if (m_finder.isLooking())
-        return; // these may be of other rules, or of another place
+        return; // these may be from other rules, or another place
     if (!problems)
         return m_count->setText(tr("There is not enough memory to find them."));
     auto candidates = std::make_shared<std::vector<workflow::DispensableRule>>();

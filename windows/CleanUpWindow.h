@@ -21,13 +21,13 @@ class CleanUpModel;
 class ProblemsFinder;
 class RulesTable;
 
-// Lists the rules that can go, each with a tick and why, and removes the ticked ones as one action. Follows
-// the rules while it is open. Deletes itself when it is closed. User interface thread only.
+// Lists the rules that can be removed, each with a tick and the reason, and removes the ticked ones as one
+// action. Updates when the rules change. Deletes itself when it is closed. User interface thread only.
 class CleanUpWindow : public QDialog {
     Q_OBJECT
 public:
-    // `place` is where the finder looks, and `changing` says what comes and goes there. Nothing else given is
-    // owned; all of it must outlive the window.
+    // `place` is where the finder looks up files, and `changing` what may be temporarily absent there. Owns
+    // no other argument; all must outlive the window.
     CleanUpWindow(RulesTable& table, workflow::RulesDocument& document, ProblemsFinder& finder,
         workflow::RulesPlace place, workflow::ChangingPlaces changing, QWidget* parent = nullptr);
 
@@ -36,7 +36,7 @@ public Q_SLOTS:
     void accept() override;
 
 Q_SIGNALS:
-    // The rules that can go are listed.
+    // The list has been filled.
     void wasFilled();
 
 private:
@@ -49,7 +49,7 @@ private:
     ProblemsFinder& m_finder;
     const workflow::RulesPlace m_place;
     const workflow::ChangingPlaces m_changing;
-    CleanUpModel* m_model; // owned by this window, as is what follows
+    CleanUpModel* m_model; // owned by this window, like the following
     QTreeView* m_list;
     QLabel* m_count;
     QPushButton* m_button;

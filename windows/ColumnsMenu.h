@@ -12,13 +12,13 @@ namespace quorvane::windows {
 
 class RulesTableView;
 
-// The items of a menu that show and hide the columns of a table, one of which stays at least, put one of them
-// first, and bring the usual columns back. The menu opens on the titles of the columns as well, which can be
-// moved with the mouse. User interface thread only.
+// Menu items that show and hide the columns of a table, at least one of which stays, move one of them to the
+// front, and restore the default columns. The menu is also the context menu of the header, whose columns can
+// be moved with the mouse. User interface thread only.
 class ColumnsMenu : public QObject {
     Q_OBJECT
 public:
-    // Neither is owned; both must outlive this. The table has its model already.
+    // Owns neither; both must outlive this object. Requires a table with its model set.
     ColumnsMenu(RulesTableView& table, QMenu& menu);
 
 private:

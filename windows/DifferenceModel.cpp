@@ -16,7 +16,7 @@ namespace {
 
 using Change = workflow::DifferenceTable::Change;
 
-// A text of a megabyte takes long to measure, and no cell shows it.
+// Truncated: a text of a megabyte takes long to measure, and no cell could show it.
 QString shownText(const std::string& text)
 {
     constexpr std::size_t longest = 4000;

@@ -9,7 +9,8 @@
 
 namespace quorvane::windows {
 
-// A difference as a Qt table. What a row says by its colour it says in words in its first cell.
+// A difference as a Qt table. The meaning of a row's colour is also in words in its first cell. User
+// interface thread only.
 class DifferenceModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -26,7 +27,7 @@ public:
 
 private:
     workflow::DifferenceTablePtr m_table;
-    const std::vector<std::string>* m_titles = nullptr; // of the last table; they live on
+    const std::vector<std::string>* m_titles = nullptr; // of the last table; they outlive it
 };
 
 } // namespace quorvane::windows

@@ -5,16 +5,15 @@
 
 namespace quorvane::windows {
 
-// The editor of one allow or deny rule.
+// The editor of one allow or deny rule. User interface thread only.
 class EditPolicyWindowController : public RuleEditorWindow {
     Q_OBJECT
 public:
-    // Nothing given is owned; all of it must outlive the window. Without a parent the window stands for
-    // itself.
+    // Owns no argument; all must outlive the window. Without a parent it is a top-level window.
     EditPolicyWindowController(workflow::RulesDocument& document, desktop::Workspace& workspace,
         platform::Log& log, QWidget* parent = nullptr);
 
-    // Never null; a rule with nothing in it until one is set. Set before the window is shown.
+    // Never null; an empty rule until one is set. Set it before the window is shown.
     const rules::PolicyRulePtr& policyRule() const { return std::get<rules::PolicyRulePtr>(rule()); }
     void setPolicyRule(const rules::PolicyRulePtr& rule) { setRule(rule); }
 

@@ -43,7 +43,7 @@ void ElidedLabel::paintEvent(QPaintEvent* event)
     const QRect place = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
     painter.setPen(palette().color(foregroundRole()));
     const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft);
-    painter.setLayoutDirection(Qt::LayoutDirectionAuto); // English reads from left to right in any window
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto); // English text runs from left to right in any window
     painter.drawText(place, static_cast<int>(alignment | Qt::AlignAbsolute), shownText());
 }
 

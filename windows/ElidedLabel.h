@@ -4,20 +4,20 @@
 
 namespace quorvane::windows {
 
-// One line of plain text that is cut short with an ellipsis where there is no room for it; the whole text is
-// its tool tip. Never makes its window wider.
+// One line of plain text, elided when it does not fit; the whole text is its tool tip. Never makes its window
+// wider. User interface thread only.
 class ElidedLabel : public QLabel {
     Q_OBJECT
 public:
     explicit ElidedLabel(QWidget* parent = nullptr);
 
-    // Line ends show as spaces.
+    // Line ends are shown as spaces.
     void setText(const QString& text);
 
-    // Where the text is cut; at its end at first.
+    // Where the text is elided; by default at its end.
     void setElideMode(Qt::TextElideMode mode);
 
-    // As it fits.
+    // The elided text.
     QString shownText() const;
 
     QSize minimumSizeHint() const override;

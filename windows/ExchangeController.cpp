@@ -20,7 +20,7 @@ namespace quorvane::windows {
 namespace {
 
 constexpr std::chrono::milliseconds untilSuggestions{500};
-constexpr const char* pastedText = "pasted text"; // in place of a path, in the log
+constexpr const char* pastedText = "pasted text"; // instead of a path, in the log
 
 } // namespace
 
@@ -37,7 +37,7 @@ ExchangeController::ExchangeController(QWidget& window, workflow::ImportDelegate
     , m_import(document)
 {
     m_untilSuggestions.setSingleShot(true);
-    m_untilSuggestions.setTimerType(Qt::PreciseTimer); // others come up to a twentieth early
+    m_untilSuggestions.setTimerType(Qt::PreciseTimer); // other timers may fire up to 5 % early
     connect(&m_untilSuggestions, &QTimer::timeout, this, [this] {
         handleFailSafeImport();
         reviewNextFile();
@@ -86,7 +86,7 @@ void ExchangeController::handleFileImport(const std::optional<std::string>& path
 
 bool ExchangeController::reviewText(const std::string& text)
 {
-    const std::string lines = text.ends_with('\n') ? text : text + '\n'; // what has no end is no line
+    const std::string lines = text.ends_with('\n') ? text : text + '\n'; // a line needs its line end
     const auto rules = rules::RuleManager::initWithText(lines, pastedText, m_store.locations(), m_log);
     if (isImporting() || rules->storedRules() == 0)
         return false;
@@ -99,7 +99,7 @@ bool ExchangeController::reviewText(const std::string& text)
 
 ImportWindowController& ExchangeController::openReview()
 {
-    // Not closed: an earlier review goes without a trace, and suggestions under review stay for the next.
+    // Deleted, not closed: closing would discard the suggestions, which stay for the next review.
     delete m_importWindowController;
     m_importWindowController = new ImportWindowController(m_document, m_workspace, m_log, &m_window);
     m_importWindowController->setAttribute(Qt::WA_DeleteOnClose);
@@ -147,7 +147,7 @@ void ExchangeController::reviewFiles(const std::vector<std::string>& paths)
     reviewNextFile();
 }
 
-// Suggestions that are due would take the place of the review, and are deleted when one closes.
+// Pending suggestions go first: they would replace an open review, and are deleted when one closes.
 void ExchangeController::reviewNextFile()
 {
     while (!m_filesToReview.empty() && !m_importWindowController && !m_untilSuggestions.isActive()) {
@@ -176,7 +176,7 @@ void ExchangeController::importRule(const rules::RuleRef& rule)
 bool ExchangeController::didFinishImportingRules()
 {
     const workflow::ImportResult result = m_import.didFinishImportingRules();
-    Q_EMIT rulesWereReloaded(); // whether or not there was a rule
+    Q_EMIT rulesWereReloaded(); // even if there was no rule
     m_application.display(result.notice);
     return !result.writeFailure;
 }

@@ -36,50 +36,52 @@ namespace quorvane::windows {
 
 class ImportWindowController;
 
-// The main window's exchange of rules through files: exports, and imports by way of a review.
+// The main window's exchange of rules through files: exports, and imports with a review. User interface
+// thread only.
 class ExchangeController : public QObject {
     Q_OBJECT
 public:
-    // Panels and reviews stand over `window`. A review hands its rules to `delegate`, which hands them on to
-    // importRule() and didFinishImportingRules(). Nothing given is owned; all of it must outlive this.
+    // `window` is the parent of panels and reviews. A review passes its rules to `delegate`, which forwards
+    // them to importRule() and didFinishImportingRules(). Owns no argument; all must outlive this object.
     ExchangeController(QWidget& window, workflow::ImportDelegate& delegate, workflow::RulesDocument& document,
         workflow::ApplicationServices& application, desktop::Workspace& workspace, platform::Log& log);
 
-    // Where the programs and paths of rules under review are looked up; this machine at first. A review that
-    // is open keeps its place.
+    // Sets where the programs and paths of reviewed rules are looked up; initially this machine. An open
+    // review keeps its place.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Ask where to, without waiting for the answer. The rules file goes out as it is, byte for byte. Failures
-    // are only logged.
+    // Ask for the destination, without blocking. The rules file is copied byte for byte. Failures are only
+    // logged.
     void exportRules();
     void exportSelectedRules(const std::vector<rules::RuleRef>& rules);
 
-    // Asks for an exchange file, and opens the review of its rules.
+    // Asks for an exchange file and opens a review of its rules.
     void importRules();
-    // Opens the review of a rules file, in place of one that is open. A file that is not UTF-8 text or not
-    // there is no failure: nothing happens then, nor without a path, nor while rules are being imported.
+    // Opens a review of a rules file, replacing an open one. Does nothing, without a failure, for a file that
+    // is missing or not UTF-8 text, without a path, and while rules are being imported.
     void handleFileImport(const std::optional<std::string>& path);
-    // Opens the review of the rules that a text holds. False, and nothing happens, when it holds none, or
-    // while rules are being imported.
+    // Opens a review of the rules in a text. False, and nothing happens, when it has none, or while rules are
+    // being imported.
     bool reviewText(const std::string& text);
-    // Opens the reviews of these files one after the other, each when the one before is closed. Reviews that
-    // are open or due come first.
+    // Opens reviews of these files one after the other, each when the previous one is closed. Reviews that
+    // are open or pending come first.
     void reviewFiles(const std::vector<std::string>& paths);
-    // The review of suggestions that wait is due half a second from now; nothing when none wait.
+    // Schedules a review of the pending suggestions in half a second; does nothing without suggestions.
     void offerSuggestions();
-    // Opens the review of the suggestions in the fail-safe file.
+    // Opens a review of the suggestions in the fail-safe file.
     void handleFailSafeImport();
-    // Opens the review of rules that lines of the user's own file hold besides their first.
+    // Opens a review of the rules that lines of the user's own file contain besides their first.
     void reviewJoinedLines();
-    // Looks, beside the window's thread, for such lines; joinedLinesFound() tells of them.
+    // Searches for such lines on another thread; joinedLinesFound() reports them.
     void lookForJoinedLines();
 
     void importRule(const rules::RuleRef& rule);
     bool didFinishImportingRules();
 
-    // True while a review hands over its rules.
+    // True while a review passes on its rules.
     bool isImporting() const;
-    // The user's rules may be others now: an open review marks anew which of its rules are present.
+    // Call it when the user's rules may have changed: an open review marks again which of its rules are
+    // present.
     void presentRulesDidChange();
 
 Q_SIGNALS:
@@ -103,7 +105,7 @@ private:
     BackgroundThread m_thread;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     workflow::RuleImport m_import;
-    QPointer<ImportWindowController> m_importWindowController; // the review that is open
+    QPointer<ImportWindowController> m_importWindowController; // the open review
     std::deque<std::string> m_filesToReview;
     QTimer m_untilSuggestions;
 };

@@ -38,7 +38,7 @@ bool ExchangeDrop::eventFilter(QObject* watched, QEvent* event)
     auto& drop = static_cast<QDropEvent&>(*event);
     const auto paths = exchangeFilesOf(*drop.mimeData());
     const QString text = drop.mimeData()->hasUrls() ? QString() : drop.mimeData()->text();
-    // A source that moves files, or text, removes its own.
+    // Only copies are accepted: for a move, the source would delete its files or text.
     if ((paths.empty() && text.isEmpty()) || !drop.possibleActions().testFlag(Qt::CopyAction)) {
         drop.ignore();
         return true;

@@ -9,15 +9,15 @@ class QWidget;
 
 namespace quorvane::windows {
 
-// Lets exchange files be dropped on a window, from a file manager, and text that holds rules, from wherever.
-// Belongs to the window.
+// Accepts exchange files dropped on a window from a file manager, and text with rules from anywhere. Owned by
+// the window. User interface thread only.
 class ExchangeDrop : public QObject {
     Q_OBJECT
 public:
     explicit ExchangeDrop(QWidget& window);
 
 Q_SIGNALS:
-    // The paths of the files, of which there is at least one. Emitted after the drop, whose source does not
+    // The paths of the files, at least one. Emitted after the drop has completed, so that its source does not
     // wait.
     void filesWereDropped(const std::vector<std::string>& paths);
     // Likewise.

@@ -54,7 +54,7 @@ public:
 class SavePanel : public FilePanel {
     Q_DECLARE_TR_FUNCTIONS(quorvane::windows::SavePanel)
 public:
-    // What is saved gets one of the endings that a file of this name could have.
+    // The chosen name gets one of the suffixes allowed for `name`.
     SavePanel(QWidget* parent, const QString& title, const QFileInfo& name)
         : FilePanel(parent, title)
         , m_endings(isOfExchangeType(name) ? exchangeTypes() : QStringList{name.suffix()})
@@ -99,7 +99,7 @@ private:
 std::optional<std::string> chooseExchangeFile(
     QWidget& parent, const QString& title, const std::string& folder)
 {
-    // On the heap, since the parent takes it along when it goes.
+    // On the heap, since the parent may delete it.
     const QPointer<ExchangeFilePanel> panel = new ExchangeFilePanel(&parent, title);
     panel->setDirectory(folderForPanel(folder));
     const bool confirmed = panel->exec() == QDialog::Accepted;

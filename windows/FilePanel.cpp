@@ -17,8 +17,8 @@ namespace quorvane::windows {
 
 namespace {
 
-// Qt's panel chooses either files or folders. Here its mode for folders, which shows files too, takes both;
-// a double click on a folder still opens it.
+// Qt's panel chooses either files or folders. This one uses its folder mode, which shows files too, and
+// accepts both; a double click on a folder still opens it.
 class FileOrFolderPanel : public FilePanel {
     Q_DECLARE_TR_FUNCTIONS(quorvane::windows::FileOrFolderPanel)
 public:
@@ -28,14 +28,14 @@ public:
         setFileMode(QFileDialog::Directory);
         setLabelText(QFileDialog::FileName, tr("&Name:"));
         setLabelText(QFileDialog::Accept, tr("&Choose"));
-        for (const char* control : {"fileTypeLabel", "fileTypeCombo"}) // there is but one: any
+        for (const char* control : {"fileTypeLabel", "fileTypeCombo"}) // there is only one type: any
             findChild<QWidget*>(QLatin1String(control))->hide();
         m_button = findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
         m_button->installEventFilter(this);
         resize(760, 480);
     }
 
-    // What is named, else what is selected, else the folder shown.
+    // The name in the field, else the selection, else the folder shown.
     QString chosenPath() const
     {
         const QString named = namedPath();
@@ -53,7 +53,7 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        // Qt takes the button away from files, at many occasions.
+        // Qt disables the button for files, on many occasions.
         if (watched == m_button && event->type() == QEvent::EnabledChange && !m_button->isEnabled())
             m_button->setEnabled(QFileInfo::exists(chosenPath()));
         return FilePanel::eventFilter(watched, event);
@@ -68,14 +68,14 @@ private:
 FilePanel::FilePanel(QWidget* parent, const QString& title)
     : QFileDialog(parent, title)
 {
-    setOption(QFileDialog::DontUseNativeDialog); // a native one has no accept() to ask
+    setOption(QFileDialog::DontUseNativeDialog); // a native panel has no accept() to override
     m_nameField = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
 }
 
 QString FilePanel::namedPath() const
 {
     const QString name = m_nameField->text();
-    // What is selected need not lie in the folder shown.
+    // The selection may be outside the folder shown.
     const QStringList selected = selectedFiles();
     if (selected.size() == 1 && QFileInfo(selected.first()).fileName() == name)
         return selected.first();
@@ -99,7 +99,7 @@ void FilePanel::refuse(const QString& reason)
 
 QString folderForPanel(const std::string& startPath)
 {
-    // Nothing exists at a path of that length, and taking it apart would take long.
+    // Nothing exists at a path of that length, and splitting it would take long.
     if (!startPath.starts_with('/') || startPath.size() >= PATH_MAX)
         return QDir::homePath();
     std::string folder = startPath;
@@ -111,7 +111,7 @@ QString folderForPanel(const std::string& startPath)
 std::optional<std::string> chooseFileOrFolder(
     QWidget& parent, const QString& title, const std::string& startPath)
 {
-    // On the heap, since the parent takes it along when it goes.
+    // On the heap, since the parent may delete it.
     const QPointer<FileOrFolderPanel> panel = new FileOrFolderPanel(&parent, title);
     panel->setDirectory(folderForPanel(startPath));
     if (const QFileInfo start(toQt(startPath)); start.isAbsolute() && start.exists() && !start.isDir())

@@ -16,7 +16,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// To screen readers an alert, which they read out when it shows.
+// Exposed to screen readers as an alert, which they read out when it appears.
 class NoticeInterface : public QAccessibleWidget {
 public:
     explicit NoticeInterface(QWidget* notices)
@@ -40,7 +40,7 @@ FootNotices::FootNotices(QWidget* parent)
     , m_more(new QLabel(this))
     , m_buttons(new QHBoxLayout)
 {
-    QAccessible::installFactory(makeInterface); // once, however often it is called
+    QAccessible::installFactory(makeInterface); // installed once, however often it is called
     setAutoFillBackground(true);
     setBackgroundShade(*this, shades::notice);
     m_text->setObjectName(QStringLiteral("noticeText"));
@@ -92,7 +92,7 @@ void FootNotices::dismiss()
     showNewest();
 }
 
-// The notice is gone before its action, which may bring another.
+// Removes the notice before its action, which may add another.
 void FootNotices::press(std::size_t button)
 {
     const std::function<void()> action = std::move(m_notices.back().buttons[button].action);
@@ -117,7 +117,7 @@ void FootNotices::showButtons(const std::vector<FootNotice::Button>& buttons)
 {
     while (QLayoutItem* item = m_buttons->takeAt(0)) {
         item->widget()->hide();
-        item->widget()->deleteLater(); // it may be the one that is being pressed
+        item->widget()->deleteLater(); // it may be the one being pressed
         delete item;
     }
     for (std::size_t number = 0; number < buttons.size(); ++number) {

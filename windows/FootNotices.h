@@ -14,7 +14,7 @@ namespace quorvane::windows {
 
 class ElidedLabel;
 
-// Something to be read at the foot of a window, and what can be done about it.
+// A message at the bottom of a window, with buttons for possible actions.
 struct FootNotice {
     struct Button {
         QString title;
@@ -23,20 +23,20 @@ struct FootNotice {
 
     QString text; // plain
     std::vector<Button> buttons{};
-    // A notice takes the place of an earlier one of the same subject; no place when it is empty.
+    // A notice replaces an earlier one of the same subject, unless it is empty.
     QString subject{};
 };
 
-// The notices at the foot of a window: the newest, with a count of those behind it; nothing when there is
-// none. A notice goes when one of its buttons is pressed or when it is dismissed, and the one behind it shows
-// again. Each is announced to screen readers when it comes. User interface thread only.
+// The notices at the bottom of a window: shows the newest, with a count of the others; hidden when there is
+// none. A notice is removed when one of its buttons is pressed or it is dismissed, and the previous one shows
+// again. Each is announced to screen readers when it appears. User interface thread only.
 class FootNotices : public QFrame {
     Q_OBJECT
 public:
     explicit FootNotices(QWidget* parent = nullptr);
 
     void add(FootNotice notice);
-    // Removes the notice of a subject; nothing when there is none.
+    // Removes the notice of a subject, if any.
     void remove(const QString& subject);
     std::size_t count() const { return m_notices.size(); }
 

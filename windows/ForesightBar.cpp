@@ -21,7 +21,7 @@ ForesightBar::ForesightBar(QWidget* parent)
     : QWidget(parent)
 {
     auto* layout = new QHBoxLayout(this);
-    constexpr int besideButtons = 8; // logical pixels, as the next
+    constexpr int besideButtons = 8; // logical pixels, like the next
     constexpr int aboveButtons = 6;
     layout->setContentsMargins(besideButtons, aboveButtons, besideButtons, aboveButtons);
     auto* oneOf = new QButtonGroup(this);

@@ -12,15 +12,16 @@ class QToolButton;
 
 namespace quorvane::windows {
 
-// The kinds of rules in a review, each with how many there are: a press shows those alone.
+// The kinds of rules in a review, each with its count: pressing one shows only those. User interface thread
+// only.
 class ForesightBar : public QWidget {
     Q_OBJECT
 public:
     explicit ForesightBar(QWidget* parent = nullptr);
 
-    // How many rules there are in all.
+    // Sets the total number of rules.
     void setTotal(std::size_t rules);
-    // None while that is being found out. A kind without rules cannot be chosen.
+    // None while it is being computed. A kind without rules cannot be chosen.
     void setCount(workflow::Foresight kind, std::optional<std::size_t> rules);
 
     // None for all rules.

@@ -11,8 +11,8 @@ class QWidget;
 
 namespace quorvane::windows {
 
-// Asks which versions are to be forgotten, naming them: those older than the selected one, or all but the
-// newest. Waits for the answer. Returns the first version that is to stay; none when all are to.
+// Asks which versions to forget: those older than the selected one, or all but the newest. Waits for the
+// answer. Returns the first version to keep; none when nothing is to be forgotten.
 std::optional<std::int64_t> askWhatToForget(QWidget& parent, const QString& historyName,
     const std::vector<history::JournalVersion>& versions, std::optional<std::int64_t> selected);
 

@@ -20,8 +20,8 @@ QString problemOf(const history::Journal& journal)
     return toQt(journal.problem().value_or(std::string()));
 }
 
-// The same table, which ends on another thread: whoever lets go of it last, mostly a window, need not wait
-// until a million rules are freed.
+// The same table, destroyed on another thread: its last owner, usually a window, need not wait until a
+// million rules are freed.
 workflow::DifferenceTablePtr endingElsewhere(workflow::DifferenceTablePtr table)
 {
     const workflow::DifferenceTable* const shown = table.get();
@@ -126,7 +126,7 @@ void HistoryReader::search(const QString& text, std::vector<history::JournalVers
         Search{platform::searchKey(fromQt(text)), std::move(versions), m_searching.get_token()}));
 }
 
-// A few versions at a time, so that what a person asks for meanwhile need not wait for all.
+// A few versions at a time, so that other requests of the user in between need not wait for all.
 void HistoryReader::searchOn(const std::shared_ptr<Search>& search)
 {
     auto hits = std::make_shared<std::vector<std::int64_t>>();

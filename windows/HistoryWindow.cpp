@@ -27,7 +27,7 @@ namespace quorvane::windows {
 namespace {
 
 constexpr std::chrono::seconds betweenLooks{1};
-constexpr QLatin1String newsOfVersion("tell"); // of notices, which take each other's place
+constexpr QLatin1String newsOfVersion("tell"); // subject of notices that replace each other
 
 QString headingOf(const ComparedVersion& difference)
 {
@@ -83,7 +83,7 @@ void HistoryWindow::setUpTables()
     connect(copy, &QAction::triggered, this, &HistoryWindow::copyChanges);
     changes->addAction(copy);
     changes->setContextMenuPolicy(Qt::ActionsContextMenu);
-    constexpr int measuredRows = 100; // as many as a large window shows, of however many
+    constexpr int measuredRows = 100; // about as many as a large window shows
     for (QTableView* table : {versions, changes})
         table->horizontalHeader()->setResizeContentsPrecision(measuredRows);
     constexpr int partOfVersions = 3;
@@ -143,7 +143,7 @@ void HistoryWindow::openHistory()
     });
     connect(m_reader.get(), &HistoryReader::forgotten, this, [this](const QString& problem) {
         history().versionsWereForgotten();
-        tell(problem.isEmpty() ? tr("The versions are forgotten.") : problem);
+        showMessage(problem.isEmpty() ? tr("The versions are forgotten.") : problem);
     });
     m_ui->notices->remove(newsOfVersion);
     m_isRead = false;
@@ -181,7 +181,7 @@ std::optional<std::int64_t> HistoryWindow::wantedVersion() const
 void HistoryWindow::versionsDidChange(
     const std::vector<history::JournalVersion>& versions, const QString& problem)
 {
-    const auto selected = m_selected; // which a reset of the model drops
+    const auto selected = m_selected; // which a reset of the model clears
     m_versions->setVersions(versions);
     if (!std::exchange(m_isRead, true))
         m_ui->versionsTableView->fitColumns();
@@ -229,7 +229,7 @@ void HistoryWindow::selectionDidChange()
     if (!isOther)
         return;
     if (m_wanted && selected && selected != wantedVersion())
-        m_wanted.reset(); // the person has chosen another
+        m_wanted.reset(); // the user has chosen another
     m_changes->setTable(nullptr);
     m_ui->differenceLabel->setText(version == nullptr ? QString() : tr("Comparing\u2026"));
     m_ui->differenceTableView->setEmptyText({});
@@ -301,12 +301,12 @@ void HistoryWindow::restoreVersion()
     if (version == nullptr)
         return;
     const std::int64_t number = version->number;
-    const QPointer<HistoryWindow> self(this); // a restore may wait for a person
+    const QPointer<HistoryWindow> self(this); // a restore may wait for the user
     const auto problem = history().restore(number);
     if (self.isNull())
         return;
     if (problem)
-        return tell(toQt(*problem));
+        return showMessage(toQt(*problem));
     FootNotice notice{.text = tr("Version %1 is in force again.").arg(number), .subject = newsOfVersion};
     if (history().canUndo())
         notice.buttons.push_back({tr("Undo"), [this] { Q_EMIT undoRequested(); }});
@@ -327,14 +327,15 @@ void HistoryWindow::exportVersion()
 void HistoryWindow::save(const std::string& path, std::int64_t version)
 {
     if (workflow::isSameFile(path, history().file()))
-        return tell(
+        return showMessage(
             tr("This file is the one whose versions these are. \u201cRestore\u201d brings a version back."));
     m_reader->readBytes(version, [this, path, version](const std::optional<std::string>& bytes) {
         if (!bytes)
-            return tell(tr("Version %1 can no longer be read.").arg(version));
+            return showMessage(tr("Version %1 can no longer be read.").arg(version));
         const rules::WriteResult result = workflow::exportRules(path, rules::RulesContent::ofText(*bytes));
-        tell(result.message ? toQt(*result.message)
-                            : tr("Version %1 was exported to \u201c%2\u201d.").arg(version).arg(toQt(path)));
+        showMessage(result.message
+                ? toQt(*result.message)
+                : tr("Version %1 was exported to \u201c%2\u201d.").arg(version).arg(toQt(path)));
     });
 }
 
@@ -346,7 +347,7 @@ void HistoryWindow::forgetVersions()
         m_reader->forgetBefore(*firstKept);
 }
 
-void HistoryWindow::tell(const QString& text)
+void HistoryWindow::showMessage(const QString& text)
 {
     m_ui->notices->add({.text = text, .subject = newsOfVersion});
 }

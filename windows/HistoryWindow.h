@@ -24,30 +24,30 @@ namespace quorvane::windows {
 class DifferenceModel;
 class VersionsModel;
 
-// The versions of the user's rules, and of other files: when, by which program and what was done, and for the
-// selected version what it changed. Versions can be brought back, exported and forgotten. New ones show up
-// while the window is open. Deletes itself when it is closed.
+// The versions of the user's rules, and of other files: time, program and action, and the changes of the
+// selected version. Versions can be restored, exported and forgotten. New ones appear while the window is
+// open. Deletes itself when it is closed. User interface thread only.
 class HistoryWindow : public QDialog {
     Q_OBJECT
 public:
-    // At least one; the first is shown. All must outlive the window.
+    // Requires at least one; the first is shown. All must outlive the window.
     explicit HistoryWindow(std::vector<workflow::FileHistory*> histories, QWidget* parent = nullptr);
     ~HistoryWindow() override;
 
-    // Selects the first version of the first history from this number on, as soon as there is one.
+    // Selects the first version of the first history from this number on, as soon as it exists.
     void showVersionFrom(std::int64_t number);
 
 public Q_SLOTS:
     void restoreVersion();
     void exportVersion();
     void forgetVersions();
-    // Looks for new versions.
+    // Checks for new versions.
     void refresh();
 
 Q_SIGNALS:
     void wasRestored();
     void undoRequested();
-    // What the selected version changed is shown, or that there is no version.
+    // The changes of the selected version are shown, or that there is no version.
     void wasFilled();
 
 private:
@@ -66,17 +66,17 @@ private:
     void updateCounts();
     void copyChanges() const;
     void save(const std::string& path, std::int64_t version);
-    void tell(const QString& text);
+    void showMessage(const QString& text);
 
     std::unique_ptr<Ui::HistoryWindow> m_ui;
     const std::vector<workflow::FileHistory*> m_histories;
-    VersionsModel* m_versions; // owned by this window, as is the next
+    VersionsModel* m_versions; // owned by this window, like the next
     DifferenceModel* m_changes;
-    std::unique_ptr<HistoryReader> m_reader; // of the history that is shown
+    std::unique_ptr<HistoryReader> m_reader; // of the shown history
     std::optional<std::int64_t> m_selected; // a version's number
-    std::optional<std::int64_t> m_wanted; // the first one from here on is to be selected when it is there
+    std::optional<std::int64_t> m_wanted; // the first one from this number on will be selected when it exists
     std::size_t m_searched = 0;
-    bool m_isRead = false; // the versions of the present history are there
+    bool m_isRead = false; // the versions of the shown history have been read
     QTimer m_refreshing;
 };
 

@@ -5,17 +5,17 @@
 
 namespace quorvane::windows {
 
-// Tells how far an import is once it takes longer than half a second. Windows are painted meanwhile; input to
-// any of them is dropped.
+// Shows the progress of an import that takes longer than half a second. Windows are painted meanwhile; input
+// to any of them is dropped. User interface thread only.
 class ImportProgress : public QProgressDialog {
     Q_OBJECT
 public:
     ImportProgress(QWidget* parent, int rules);
 
-    // Handles events that have come in, now and then.
+    // Processes pending events from time to time.
     void setImported(int rules);
 
-    // An import is not called off: it would be half done.
+    // An import cannot be cancelled: it would be incomplete.
     void reject() override { }
 
 protected:

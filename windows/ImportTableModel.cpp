@@ -7,7 +7,7 @@ namespace quorvane::windows {
 
 namespace {
 
-bool reviewIsShaded = false; // of the rows of all reviews, for the whole process
+bool reviewIsShaded = false; // shared by all reviews of the process
 
 constexpr int tickColumn = static_cast<int>(workflow::ImportColumn::tick);
 

@@ -9,28 +9,28 @@
 
 namespace quorvane::windows {
 
-// The rules of a file under review as a Qt table, with a check box for each, and one above them for all.
+// The rules of a file under review as a Qt table, with a check box for each and one for all in the header.
+// User interface thread only.
 class ImportTableModel : public RuleCellsModel {
     Q_OBJECT
 public:
-    // Rules that `present` holds as well are marked. Nothing given is owned; all of it must outlive the
-    // model.
+    // Rules that `present` contains as well are marked. Owns no argument; all must outlive the model.
     ImportTableModel(const rules::RuleManager& present, const workflow::StateDict& ticks,
         desktop::Workspace& workspace, QObject* parent = nullptr);
 
-    // Where programs and paths are looked up. Takes effect with the next reload.
+    // Sets where programs and paths are looked up. Takes effect with the next reload.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Shows the rows that `reviewed` has now. It must live until the next call, or as long as the model.
+    // Shows the current rows of `reviewed`, which must live until the next call, or as long as the model.
     void reload(const rules::RuleManager& reviewed);
-    // Shows these of them alone.
+    // Shows only these of its rows.
     void reload(const rules::RuleManager& reviewed, std::shared_ptr<const rules::RuleRows> rows);
 
-    // Ticks were changed; any number of them.
+    // Call it after any number of ticks were changed.
     void ticksDidChange();
-    // How many of the rules that are shown are ticked.
+    // How many of the shown rules are ticked.
     std::size_t countOfTicked() const;
-    // Whether all rules that are shown are ticked, or none, or some.
+    // Whether all, none or some of the shown rules are ticked.
     Qt::CheckState commonTick() const;
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -40,7 +40,7 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 Q_SIGNALS:
-    // Somebody wants the rule of this sequence number ticked, or not.
+    // The user wants the rule with this sequence number ticked or unticked.
     void checkBoxClicked(qint64 sequence, bool isTicked);
 
 protected:
@@ -50,10 +50,10 @@ protected:
 private:
     const rules::RuleManager& m_present;
     const workflow::StateDict& m_ticks;
-    const rules::RuleManager* m_reviewed = nullptr; // none until there are rows
-    bool m_showsAll = true; // its rows, and not only some
+    const rules::RuleManager* m_reviewed = nullptr; // null until there are rows
+    bool m_showsAll = true; // all of its rows, not only some
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine().withoutHomes();
-    mutable std::optional<std::size_t> m_ticked; // rules that are shown; none until it is asked for
+    mutable std::optional<std::size_t> m_ticked; // shown rules that are ticked; none until requested
 };
 
 } // namespace quorvane::windows

@@ -69,7 +69,7 @@ void ImportWindowController::setUpTable()
     connect(m_model, &ImportTableModel::checkBoxClicked, this, &ImportWindowController::checkBoxValueChanged);
 }
 
-// Everything that the mouse does in the table, for the keyboard.
+// Keyboard equivalents of the mouse actions in the table.
 void ImportWindowController::setUpMenu()
 {
     auto* table = m_ui->importTableView;
@@ -136,7 +136,7 @@ void ImportWindowController::reloadData()
     m_ui->importTableView->showOrder(-1, Qt::AscendingOrder);
     auto read = readRules();
     m_model->reload(*read);
-    m_ruleManager = std::move(read); // only now that no row of the old one is shown
+    m_ruleManager = std::move(read); // only now, when no row of the old one is shown any more
     numberOfRowsInTableView();
     m_ui->importTableView->fitColumns();
     m_ui->takeApartButton->setVisible(m_listing == Listing::file && m_joinedLines > 0);
@@ -164,13 +164,13 @@ std::unique_ptr<rules::RuleManager> ImportWindowController::readRules()
     return storeOf(listed);
 }
 
-// The text under review; `file` is read when there is no other.
+// The text under review: the given text, else that of `file`.
 std::string_view ImportWindowController::textOf(const rules::RulesFileText& file) const
 {
     return m_text ? std::string_view(*m_text) : file.bytes();
 }
 
-// Those that have lost text.
+// Unticks the rules that have lost text.
 void ImportWindowController::untickCutRules(const workflow::RulesApart& apart)
 {
     std::int64_t sequence = 0;
@@ -223,7 +223,7 @@ void ImportWindowController::examine()
     foresightDidChange();
 }
 
-// Program files are read for that.
+// On another thread, since it reads program files.
 void ImportWindowController::findFailing()
 {
     m_findingFailing.request_stop();
@@ -275,7 +275,7 @@ void ImportWindowController::reloadTable()
     updateCounts();
 }
 
-// All rules in their order, or those of the kind that was chosen.
+// All rules in order, or those of the chosen kind.
 std::shared_ptr<const rules::RuleRows> ImportWindowController::shownRows() const
 {
     const auto rows = m_ruleManager->rows();

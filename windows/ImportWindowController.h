@@ -41,63 +41,63 @@ namespace quorvane::windows {
 
 class ImportTableModel;
 
-// The review of a rules file: lists its rules with a check box each, all ticked at first, and hands those
-// that are still ticked to its delegate when the person chooses Import.
+// The review of a rules file: lists its rules with a check box each, initially all ticked, and passes those
+// still ticked to its delegate when the user chooses Import. User interface thread only.
 //
-// Above the list stand the kinds of rules that it holds; one of them alone can be shown. What is hidden is
-// imported all the same when it is ticked.
+// A bar above the list has the kinds of its rules and can filter by one. Hidden rules are imported as well
+// when they are ticked.
 //
 // The file is read when the window is first shown. Deliberate: however the window closes, the fail-safe file
-// is deleted, also when another file was under review; suggestions that nobody took are gone for good. They
-// stay only when the rules that were taken could not be written.
+// is deleted, even if another file was under review; suggestions that were not accepted are lost. They stay
+// only when the accepted rules could not be written.
 class ImportWindowController : public QDialog {
     Q_OBJECT
 public:
-    // Rules that `present` holds already are marked. Nothing given is owned; all of it must outlive the
-    // window.
+    // Rules already in the document's store are marked. Owns no argument; all must outlive the window.
     ImportWindowController(workflow::RulesDocument& document, desktop::Workspace& workspace,
         platform::Log& log, QWidget* parent = nullptr);
     ~ImportWindowController() override;
 
     const std::string& path() const { return m_path; }
-    // To be set before the window is shown.
+    // Set it before the window is shown.
     void setPath(std::string path);
-    // Reviews a text in place of a file. To be called before the window is shown.
+    // Reviews a text instead of a file. Call it before the window is shown.
     void setText(std::string text);
-    // Where programs and paths are looked up; this machine at first. To be called before the window is shown.
+    // Sets where programs and paths are looked up; initially this machine. Call it before the window is
+    // shown.
     void setPlace(const workflow::RulesPlace& place);
-    // Only rules of lines that hold several are listed, as rules of their own. To be called before the window
-    // is shown.
+    // Lists only the rules of lines that contain several, as separate rules. Call it before the window is
+    // shown.
     void listJoinedLinesOnly() { m_listing = Listing::joinedLines; }
 
     workflow::ImportDelegate* delegate() const { return m_delegate; }
-    // Not owned; may be null, then Import only closes the window.
+    // Not owned; may be null: then Import only closes the window.
     void setDelegate(workflow::ImportDelegate* delegate) { m_delegate = delegate; }
 
-    // Loads the file, once: a window without a path stays empty, and the next time it is shown tries again.
+    // Loads the file once; without a path the window stays empty and tries again when it is next shown.
     void awakeFromNib();
-    // Reads the file, from now on with all rules ticked.
+    // Reads the file and ticks all rules.
     void reloadData();
     std::size_t numberOfRowsInTableView() const;
-    // Marks anew which rules are already present. Ticks, order and selection stay.
+    // Marks again which rules are already present. Ticks, order and selection stay.
     void presentRulesDidChange();
 
-    // True while rules are handed to the delegate: the window must not be deleted then.
+    // True while rules are passed to the delegate: the window must not be deleted then.
     bool isImporting() const { return m_isImporting; }
 
-    // However the window is closed, it ends here. Nothing happens during an import.
+    // Called however the window is closed. Does nothing during an import.
     void done(int result) override;
 
 public Q_SLOTS:
-    // Hands the ticked rules to the delegate, in the order of the rows, and closes the window. Events are
-    // handled meanwhile when it takes long; input to any window is dropped.
+    // Passes the ticked rules to the delegate, in row order, and closes the window. If it takes long, events
+    // are processed meanwhile; input to any window is dropped.
     void importAction();
-    // The check box of the rule with the sequence number `tag` is on, or off.
+    // Call it when the check box of the rule with the sequence number `tag` was clicked.
     void checkBoxValueChanged(qint64 tag, bool isOn);
-    // Lists the rules of lines that hold several as rules of their own, beside all others. Those that have
-    // lost text are not ticked.
+    // Lists the rules of lines that contain several as separate rules, with all others. Those that have lost
+    // text are not ticked.
     void takeApart();
-    // Ticks every rule that is shown, or none when all are ticked.
+    // Ticks every shown rule, or unticks them when all are ticked.
     void toggleAllTicks();
     // Ticks the rules of the selected rows, or unticks them when all are ticked.
     void toggleSelectedTicks();
@@ -105,7 +105,7 @@ public Q_SLOTS:
     void sortByColumn(int column);
 
 Q_SIGNALS:
-    // The rules are counted by what would become of them.
+    // The rules have been counted by the expected effect of importing them.
     void wasCounted();
 
 protected:
@@ -137,25 +137,25 @@ private:
     std::unique_ptr<Ui::ImportWindowController> m_ui;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine().withoutHomes();
     std::string m_path; // of the file, or a name for the text
-    std::optional<std::string> m_text; // none: that of the file
+    std::optional<std::string> m_text; // none: the contents of the file
     workflow::ImportDelegate* m_delegate = nullptr;
     workflow::StateDict m_stateDict;
     ImportTableModel* m_model; // owned by this window
-    std::unique_ptr<rules::RuleManager> m_ruleManager; // none until the file is loaded
+    std::unique_ptr<rules::RuleManager> m_ruleManager; // null until the file is loaded
     std::vector<rules::SortDescriptor> m_sortDescriptors;
     std::unique_ptr<rules::RuleManager>
-        m_joinedRules; // of its lines that hold several; null without such lines
-    std::unique_ptr<workflow::ImportForesight> m_foresight; // null until it is known
-    std::unique_ptr<workflow::ImportForesight> m_coming; // the one that is being made; null when none is
+        m_joinedRules; // of its lines that contain several; null without such lines
+    std::unique_ptr<workflow::ImportForesight> m_foresight; // null until it is complete
+    std::unique_ptr<workflow::ImportForesight> m_coming; // the one being computed; null when none is
     std::shared_ptr<const workflow::RuleSequences> m_failing; // null until they are known
     Listing m_listing = Listing::file;
     std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded
     bool m_isImporting = false;
-    bool m_hasFailed = false; // the rules handed over could not be written
+    bool m_hasFailed = false; // the accepted rules could not be written
     std::stop_source m_findingFailing;
-    BackgroundThread m_thread; // goes first
+    BackgroundThread m_thread; // destroyed first
 };
 
 } // namespace quorvane::windows

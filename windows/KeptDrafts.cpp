@@ -18,8 +18,8 @@
 
 #include <unistd.h>
 
-// A draft's file is a JSON object: the format's number, the rules file, the kind of rule, the rule as it was,
-// and what its editor said. A text that the rule does not have is null; a code that no item stands for is
+// A draft's file is a JSON object: the format's number, the rules file, the kind of rule, the original rule,
+// and the contents of its editor. A null text of the rule is null; a code without an item in the control is
 // missing.
 
 namespace quorvane::windows {
@@ -133,7 +133,7 @@ QByteArray textForFile(const KeptDraft& kept, const QString& rulesFile)
         .toJson();
 }
 
-// None for what is no draft of that rules file.
+// None if the text is not a draft of that rules file.
 std::optional<KeptDraft> draftInText(const QByteArray& text, const QString& rulesFile)
 {
     const QJsonObject json = QJsonDocument::fromJson(text).object();
@@ -146,7 +146,7 @@ std::optional<KeptDraft> draftInText(const QByteArray& text, const QString& rule
         draftIn(json[QStringLiteral("draft")].toObject())};
 }
 
-// Empty for what is no regular file, and for one that is too long.
+// Empty if it is not a regular file or too long.
 QByteArray contentsOf(const QString& path)
 {
     QFile file(path);
@@ -156,7 +156,7 @@ QByteArray contentsOf(const QString& path)
     return file.read(longestFile);
 }
 
-// In the order of their names drafts are in the order in which they were kept.
+// Names sort in the order in which the drafts were stored.
 QString newFileName()
 {
     static int number = 0;
@@ -185,13 +185,13 @@ void KeptDrafts::keep(const KeptDraft& draft)
     }
     makeRoom();
     QSaveFile file(m_folder + newFileName());
-    // Nobody else gets to read it, not even for a moment: it is still empty.
+    // Still empty, so that no other user can read the contents even for a moment.
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
         || file.write(text) != text.size() || !file.commit())
         m_log.write("could not keep an unsaved rule: " + fromQt(file.errorString()));
 }
 
-// False also where root would leave files in the home of another user.
+// False also if root would leave files in the home of another user.
 bool KeptDrafts::makeFolder() const
 {
     if (m_folder.isEmpty())
@@ -219,7 +219,7 @@ void KeptDrafts::makeRoom() const
 QStringList KeptDrafts::files() const
 {
     QStringList paths;
-    if (m_folder.isEmpty()) // which would be the working directory
+    if (m_folder.isEmpty()) // it would mean the working directory
         return {};
     const auto found = QDir(m_folder).entryInfoList(
         {QStringLiteral("draft-*.json")}, QDir::Files | QDir::Hidden, QDir::Name);

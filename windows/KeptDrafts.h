@@ -16,24 +16,24 @@ class Log;
 
 namespace quorvane::windows {
 
-// What an editor held that was not saved.
+// The unsaved contents of an editor.
 struct KeptDraft {
-    rules::RuleRef rule; // as it was when the editor opened; a record that no store holds
+    rules::RuleRef rule; // as it was when the editor opened; a record that is in no store
     workflow::RuleDraft draft;
 };
 
-// Drafts of rules that outlive the program, a file for each, readable for the user alone. At most 20 are
-// kept, of all rules files together; the oldest goes for a new one. Failures are only logged. User interface
-// thread only.
+// Drafts of rules that outlive the program, one file each, readable only for the user. At most 20 are stored,
+// of all rules files together; a new one replaces the oldest. Failures are only logged. User interface thread
+// only.
 class KeptDrafts {
 public:
-    // Those of the rules file of this name. With an empty folder none are kept. `log` must outlive it.
+    // For the rules file of this name. With an empty folder nothing is stored. `log` must outlive it.
     KeptDrafts(QString folder, std::string rulesFile, platform::Log& log);
 
     void keep(const KeptDraft& draft);
     // How many there are.
     std::size_t count() const;
-    // All of them, the oldest first. They are kept no longer.
+    // Returns all of them, oldest first, and removes their files.
     std::vector<KeptDraft> take();
 
 private:

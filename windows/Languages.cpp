@@ -15,7 +15,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// Texts are English where nothing translates them.
+// Untranslated texts are English.
 bool isEnglish(const QString& language)
 {
     return QLocale(language).language() == QLocale::English;
@@ -33,7 +33,7 @@ bool install(QApplication& application, const QString& language, const QString& 
 void speakLanguageOf(QApplication& application, const QLocale& locale)
 {
     keepTranslations();
-    // Not left to the translator, which would pass over English for a language that is wanted less.
+    // Not left to QTranslator, which would skip English in favour of a less preferred language.
     for (const QString& language : locale.uiLanguages()) {
         if (isEnglish(language))
             break;

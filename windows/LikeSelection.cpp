@@ -50,7 +50,7 @@ LikeSelection::LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& m
         for (QAction* item : menu.actions())
             item->setEnabled(anySelected);
     });
-    // Their keys work whatever the menu last said.
+    // The shortcuts must work even if the menu has disabled the items.
     connect(&menu, &QMenu::aboutToHide, this, [&menu] {
         for (QAction* item : menu.actions())
             item->setEnabled(true);

@@ -16,17 +16,17 @@ namespace quorvane::windows {
 class ProblemsFinder;
 class RulesTable;
 
-// The items of a menu that select all shown rules which have something in common with those selected. Rules
-// are compared beside the user interface thread, on which all of this is used.
+// Menu items that select all shown rules with a property in common with the selected ones. Compares rules on
+// another thread; use it on the user interface thread only.
 class LikeSelection : public QObject {
     Q_OBJECT
 public:
-    // Nothing is owned; all of it must outlive this.
+    // Owns no argument; all must outlive this object.
     LikeSelection(RulesTable& table, ProblemsFinder& finder, QMenu& menu);
     ~LikeSelection() override;
 
     void select(workflow::RuleTrait trait);
-    // As soon as the problems of the present rules are found.
+    // Selects as soon as the problems of the current rules are known.
     void selectSameProblem();
 
 private:

@@ -72,7 +72,7 @@ void MapWindow::setUpTree()
     tree->setModel(m_model);
     tree->setItemDelegate(new TallRows(tree));
     tree->setItemDelegateForColumn(AccessModel::bar, new AccessBarDelegate(tree));
-    tree->setUniformRowHeights(true); // a million rows need no measuring
+    tree->setUniformRowHeights(true); // avoids measuring a million rows
     tree->setTextElideMode(Qt::ElideMiddle);
     tree->setAllColumnsShowFocus(true);
     tree->setColumnWidth(AccessModel::place, placeWidth);
@@ -113,7 +113,7 @@ void MapWindow::changeEvent(QEvent* event)
         paintSamples();
 }
 
-// The last column, or that of the programs where they are the places, takes what room is left.
+// The last column, or that of the programs when they are the tree, takes the remaining width.
 void MapWindow::fitColumns()
 {
     QHeaderView* header = m_ui->mapTreeView->header();
@@ -149,7 +149,7 @@ void MapWindow::make()
         });
 }
 
-// What is open stays open, as far as it is there still.
+// Expanded branches stay expanded, if they still exist.
 void MapWindow::showTree(const workflow::AccessTreePtr& tree)
 {
     const bool isFirst = m_model->tree() == nullptr;
@@ -169,7 +169,7 @@ void MapWindow::showTree(const workflow::AccessTreePtr& tree)
     Q_EMIT wasMade();
 }
 
-// As far as a person can take it in.
+// Expands the top levels, up to a readable number of rows.
 void MapWindow::expandTop()
 {
     constexpr int mostRows = 200;

@@ -23,21 +23,22 @@ namespace quorvane::windows {
 class AccessModel;
 class RulesTable;
 
-// The places that rules speak of, as a tree with a bar for each that shows how many allow, deny and watch; or
+// The places that rules apply to, as a tree with a bar for each that shows how many allow, deny and watch; or
 // the programs and the places of their rules. A click, or Return, selects the rules of a place in the main
-// table. Made on a thread of its own, and anew when the rules change. Deletes itself when it is closed.
+// table. Computed on another thread, and again when the rules change. Deletes itself when it is closed. User
+// interface thread only.
 class MapWindow : public QDialog {
     Q_OBJECT
 public:
-    // Rules are selected in `table`. Nothing given is owned; all of it must outlive the window.
+    // Rules are selected in `table`. Owns no argument; all must outlive the window.
     MapWindow(const rules::RuleManager& store, RulesTable& table, QWidget* parent = nullptr);
     ~MapWindow() override;
 
-    // The stored rules are others now.
+    // Call it when the stored rules have changed.
     void rulesDidChange() { make(); }
 
 Q_SIGNALS:
-    // The map of the present rules is shown.
+    // The map of the current rules is shown.
     void wasMade();
 
 protected:
@@ -62,7 +63,7 @@ private:
     RulesTable& m_table;
     AccessModel* m_model; // owned by this window
     std::stop_source m_making;
-    BackgroundThread m_thread; // goes first
+    BackgroundThread m_thread; // destroyed first
 };
 
 } // namespace quorvane::windows

@@ -24,7 +24,7 @@ QLabel* textLabel()
     return label;
 }
 
-// Selectable while a copy would be the very text.
+// Selectable only if a copy would be exactly the text.
 void showText(QLabel& label, const QString& text)
 {
     const QString shown = withBreakPoints(text);

@@ -7,12 +7,12 @@ class QLabel;
 
 namespace quorvane::windows {
 
-// A small window that says something: icon, header, message and buttons. The texts are shown as they are,
-// never as markup, and can be selected but for those that hold a very long word.
+// A small message window: icon, header, message and buttons. The texts are shown verbatim, never as markup,
+// and can be selected, except for texts with a very long word. User interface thread only.
 class MessageWindow : public QDialog {
     Q_OBJECT
 public:
-    // `iconFile` may be missing; there is an icon in any case.
+    // `iconFile` may be missing; then a default icon is shown.
     explicit MessageWindow(const QString& iconFile);
 
     void setTexts(const QString& header, const QString& message);

@@ -21,13 +21,13 @@ namespace quorvane::windows {
 
 namespace {
 
-constexpr int besideHalves = 8; // logical pixels, as what follows
+constexpr int besideHalves = 8; // logical pixels, like the following
 constexpr int aboveHalves = 4;
 constexpr int betweenChoices = 10;
 constexpr int betweenLabelAndChoice = 4;
 constexpr int forMnemonic = 2; // without kerning a text is drawn a little wider than it is measured
 
-// The first item of each stands for everything and has no value.
+// The first item of each means everything and has no value.
 std::optional<int> chosenCode(const QComboBox& choice)
 {
     const QVariant value = choice.currentData();
@@ -58,7 +58,7 @@ void addRemark(QComboBox& choice, const QString& text)
     qobject_cast<QStandardItemModel*>(choice.model())->item(choice.count() - 1)->setEnabled(false);
 }
 
-// Behind the first `kept` items, which stay.
+// Replaces the items after the first `kept`.
 void offerNames(QComboBox& choice, int kept, const workflow::NamesInUse::List& list)
 {
     const QSignalBlocker blocker(choice);
@@ -75,7 +75,7 @@ void offerNames(QComboBox& choice, int kept, const workflow::NamesInUse::List& l
         addRemark(choice, NarrowBar::tr("%1 more: search for them").arg(inWords(list.further)));
 }
 
-// Goes on with a line of its own where there is no room beside the first.
+// Moves to a second line when there is no room beside the first half.
 QWidget* makeHalf(QBoxLayout& halves, QWidget* parent)
 {
     auto* half = new QWidget(parent);
@@ -156,7 +156,7 @@ QComboBox* NarrowBar::addChoice(QWidget& half, const char* name, const QString& 
     return choice;
 }
 
-// The words of the table.
+// With the same words as the table.
 void NarrowBar::fillFixedChoices()
 {
     m_class->addItem(tr("Allow"), rules::PolicyClass::allow);
@@ -170,10 +170,10 @@ void NarrowBar::fillFixedChoices()
     m_state->addItem(tr("Neither"), rules::RuleState::user);
     m_tag->addItem(tr("No tag"), QString());
     for (const workflow::FindingKind kind : workflow::allFindingKinds) {
-        if (kind != workflow::FindingKind::joined) // which is of no rule
+        if (kind != workflow::FindingKind::joined) // which belongs to no rule
             m_problem->addItem(toQt(findingTitle(kind)), static_cast<int>(kind));
     }
-    constexpr int listWidth = 320; // of names that are longer than their choice is wide
+    constexpr int listWidth = 320; // for names longer than the combo box is wide
     for (QComboBox* choice : {m_tag, m_problem, m_program}) {
         choice->view()->setMinimumWidth(listWidth);
         choice->view()->setTextElideMode(Qt::ElideMiddle);
@@ -193,7 +193,7 @@ workflow::RuleCriteria NarrowBar::criteria() const
     return criteria;
 }
 
-// All at once: each choice by itself would narrow the table anew.
+// All at once: otherwise each change would filter the table again.
 void NarrowBar::clear()
 {
     for (QComboBox* choice : {m_class, m_type, m_state, m_tag, m_problem, m_program}) {
@@ -223,7 +223,7 @@ void NarrowBar::setStatus(const QString& status)
     m_status->setVisible(!status.isEmpty());
 }
 
-// First back to all rules, then to the table.
+// First shows all rules again, then returns to the table.
 void NarrowBar::leave()
 {
     if (criteria().isEmpty())

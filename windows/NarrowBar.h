@@ -12,9 +12,8 @@ class QToolButton;
 
 namespace quorvane::windows {
 
-// A row of choices for the rules that the table shows besides its search: class, type, state, tag, problem
-// and program, all of which must hold. Stands in two rows where one is too narrow. User interface thread
-// only.
+// A row of filters for the table in addition to its search: class, type, state, tag, problem and program, all
+// of which must hold. Wraps to two rows when it is too narrow. User interface thread only.
 class NarrowBar : public QWidget {
     Q_OBJECT
 public:
@@ -25,15 +24,15 @@ public:
     // Shows everything.
     void clear();
 
-    // What can be chosen as tag and program. A present choice that is not among them stays.
+    // Sets the tags and programs to choose from. A current choice that is not among them stays.
     void setNames(const workflow::NamesInUse& names);
-    // What the person should know of the choices; empty for nothing.
+    // Sets a status text about the choices; empty for none.
     void setStatus(const QString& status);
 
 Q_SIGNALS:
-    // By the person or by clear().
+    // By the user or by clear().
     void criteriaChanged();
-    // The person has left the bar by the keyboard.
+    // The user has left the bar by the keyboard.
     void wasLeft();
 
 protected:

@@ -20,7 +20,7 @@ NoticeWindow::NoticeWindow(const QString& header, const QString& message, const 
     : MessageWindow(iconFile)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    // Another dialog that closes all other windows to input must not close this one too.
+    // Another modal dialog must not block input to this window.
     setModal(QApplication::activeModalWidget() != nullptr);
     desktop::InputLock::exempt(*this);
     setTexts(header, message);

@@ -4,8 +4,9 @@
 
 namespace quorvane::windows {
 
-// A notice in a small window of its own, for desktops without a service for notices. Takes input even while
-// the program waits for an answer, goes away by itself after a minute, and deletes itself when it is closed.
+// A notice in a small window, for desktops without a notification service. Takes input even while the program
+// waits for an answer, closes after a minute, and deletes itself when it is closed. User interface thread
+// only.
 class NoticeWindow : public MessageWindow {
     Q_OBJECT
 public:

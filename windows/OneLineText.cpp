@@ -9,7 +9,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// What ends a line of a rules file, or the file.
+// True for characters that end a line of a rules file, or the file.
 bool endsLine(QChar character)
 {
     switch (character.unicode()) {

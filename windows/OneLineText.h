@@ -4,8 +4,8 @@ class QLineEdit;
 
 namespace quorvane::windows {
 
-// Takes out of what is pasted or typed into `field` whatever would end a rule's line in the file, or the
-// file: no text of a rule holds that.
+// Removes from text pasted or typed into `field` all characters that would end a rule's line, or the file: no
+// text of a rule may contain them.
 void keepToOneLine(QLineEdit& field);
 
 } // namespace quorvane::windows

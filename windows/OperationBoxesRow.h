@@ -11,13 +11,13 @@ class QCheckBox;
 
 namespace quorvane::windows {
 
-// A check box for each operation, side by side.
+// A check box for each operation, side by side. User interface thread only.
 class OperationBoxesRow : public QWidget {
     Q_OBJECT
 public:
     explicit OperationBoxesRow(QWidget* parent = nullptr);
 
-    // Those that are ticked; at first none.
+    // The ticked operations; initially none.
     std::uint32_t operations() const;
 
 Q_SIGNALS:

@@ -18,7 +18,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// Of the first file that is dragged; none for a drag of something else.
+// The path of the first dragged file; none for other drags.
 std::optional<std::string> draggedPath(const QMimeData& data)
 {
     return data.urls().isEmpty() ? std::nullopt
@@ -70,7 +70,7 @@ void PathField::browse()
         setPath(*chosen);
 }
 
-// A file that is dropped takes the place of the text. The field's own way would insert its address.
+// A dropped file replaces the text. By default the field would insert its URL.
 bool PathField::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove

@@ -13,14 +13,14 @@ namespace quorvane::windows {
 class PathField : public QWidget {
     Q_OBJECT
 public:
-    // `name` says what the path is of, to the panel and to screen readers.
+    // `name` names the purpose of the path, for the panel and for screen readers.
     explicit PathField(const QString& name, QWidget* parent = nullptr);
 
     std::string path() const;
     void setPath(const std::string& path);
     // For labels and hints.
     QLineEdit& field() const { return *m_field; }
-    // What is dropped on `widget` counts as dropped here.
+    // Drops on `widget` count as drops here.
     void takeDropsOn(QWidget& widget);
 
 Q_SIGNALS:

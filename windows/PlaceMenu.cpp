@@ -56,7 +56,7 @@ void PlaceMenu::choose(QAction* item, const workflow::RulesPlace& place, const Q
 
 void PlaceMenu::chooseVolume()
 {
-    m_chosen->setChecked(true); // until there is a volume
+    m_chosen->setChecked(true); // until a volume is chosen
     const auto folder
         = chooseFileOrFolder(m_window, tr("Volume of the machine that the rules are for"), usualVolumes);
     if (folder)

@@ -16,23 +16,24 @@ namespace quorvane::windows {
 
 class RulesTable;
 
-// The menu of machines that rules can be for: this one, one whose volume is mounted here, or one that is out
-// of reach. This machine at first. User interface thread only.
+// The menu of machines that rules can be for: this one, one whose volume is mounted here, or an inaccessible
+// one. Initially this machine. User interface thread only.
 class PlaceMenu : public QObject {
     Q_OBJECT
 public:
-    // Panels stand over `window`; the table says why a volume cannot be used. Nothing given is owned; all of
-    // it must outlive this.
+    // `window` is the parent of panels; the table reports why a volume cannot be used. Owns no argument; all
+    // must outlive this object.
     PlaceMenu(QMenu& menu, QWidget& window, RulesTable& table);
 
     const workflow::RulesPlace& place() const { return m_place; }
     bool isThisMachine() const;
 
-    // As if this folder had been chosen as the volume.
+    // The same as choosing this folder as the volume.
     void useVolume(const std::string& folder);
 
 Q_SIGNALS:
-    // Programs and paths are to be looked up there from now on. `name` says where; empty for this machine.
+    // Programs and paths are to be looked up in `place` from now on. `name` is its name; empty for this
+    // machine.
     void placeChosen(const quorvane::workflow::RulesPlace& place, const QString& name);
 
 private:
@@ -42,7 +43,7 @@ private:
 
     QWidget& m_window;
     RulesTable& m_table;
-    QActionGroup* m_items; // owned by this
+    QActionGroup* m_items; // owned by this object
     QAction* m_thisMachine;
     QAction* m_volume;
     QAction* m_elsewhere;

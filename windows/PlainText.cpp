@@ -14,7 +14,7 @@ QString plainToolTip(const QString& text)
 
 QString plainTitle(const QString& text)
 {
-    const QString placeholder = QStringLiteral("[*]"); // of the mark of a changed document
+    const QString placeholder = QStringLiteral("[*]"); // Qt's placeholder for the mark of a changed document
     return QString(text).replace(placeholder, placeholder + placeholder);
 }
 

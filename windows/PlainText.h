@@ -2,17 +2,17 @@
 
 #include <QString>
 
-// Texts of rules and files for the places where Qt would take them for markup or placeholders.
+// Texts of rules and files, escaped where Qt would interpret them as markup or placeholders. Pure.
 
 namespace quorvane::windows {
 
-// A tool tip that shows `text` as it is, wrapped; of a very long one the beginning. Empty for no text.
+// A tool tip that shows `text` verbatim, wrapped; a very long one is truncated. Empty for an empty text.
 QString plainToolTip(const QString& text);
 
-// A window title that shows `text` as it is, "[*]" included.
+// A window title that shows `text` verbatim, including "[*]".
 QString plainTitle(const QString& text);
 
-// With break points, which take no room, wherever `text` goes on for long without one.
+// `text` with zero-width break points inserted into very long words.
 QString withBreakPoints(const QString& text);
 
 } // namespace quorvane::windows

@@ -37,7 +37,7 @@ void ProblemList::setProblems(const std::vector<ShownProblem>& problems)
 {
     while (QLayoutItem* item = m_rows->takeAt(0)) {
         item->widget()->hide();
-        item->widget()->deleteLater(); // one of its buttons may be the one that is being pressed
+        item->widget()->deleteLater(); // one of its buttons may be the one being pressed
         delete item;
     }
     QStringList texts;

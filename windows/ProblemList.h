@@ -10,27 +10,27 @@ class QVBoxLayout;
 
 namespace quorvane::windows {
 
-// Something that is wrong, why it matters, and what can be done about it.
+// A problem, why it matters, and possible actions.
 struct ShownProblem {
     struct Button {
         QString title;
         std::function<void()> action;
     };
 
-    QString text; // plain, as is the help
+    QString text; // plain, like the help
     QString help{}; // shown on request; none when empty
     std::vector<Button> buttons{};
-    bool isWrong = true; // else it is only something to be said
+    bool isWrong = true; // else it is only a remark
 };
 
-// Problems below each other, each with its buttons and a line of help behind "Why?". What they say is
-// announced to screen readers when it changes. User interface thread only.
+// A vertical list of problems, each with its buttons and help shown by "Why?". Changes are announced to
+// screen readers. User interface thread only.
 class ProblemList : public QWidget {
     Q_OBJECT
 public:
     explicit ProblemList(QWidget* parent = nullptr);
 
-    // In place of what was shown.
+    // Replaces the problems shown.
     void setProblems(const std::vector<ShownProblem>& problems);
 
 private:

@@ -51,7 +51,7 @@ void ProblemsFinder::lookAgain()
 {
     m_stop.request_stop();
     m_stop = {};
-    // That of a search which is under way goes with it.
+    // A running search keeps the old one alive.
     m_known = nothingKnown();
     rulesDidChange();
 }
@@ -93,7 +93,7 @@ void ProblemsFinder::wasFound(const workflow::ProblemListsPtr& problems)
 {
     workflow::ProblemListsPtr former = std::exchange(m_problems, problems);
     Q_EMIT found(problems);
-    // Letting go of long lists takes a while as well.
+    // Freed on the thread, since freeing long lists takes a while as well.
     m_thread.run([former = std::move(former)]() mutable { former.reset(); }, [] {});
 }
 

@@ -15,8 +15,8 @@ class RuleManager;
 
 namespace quorvane::windows {
 
-// Finds the problems of all rules beside the user interface thread, once they are asked for, and from then
-// on follows the rules. User interface thread only.
+// Finds the problems of all rules on another thread, once started, and updates them when the rules change.
+// For use on the user interface thread only.
 class ProblemsFinder : public QObject {
     Q_OBJECT
 public:
@@ -24,25 +24,24 @@ public:
     explicit ProblemsFinder(const rules::RuleManager& store);
     ~ProblemsFinder() override;
 
-    // The problems are wanted from now on. A further call looks again when there was no memory for them.
+    // Starts finding problems. A further call retries after memory ran out.
     void start();
     bool isLooking() const { return m_isLooking; }
-    // As found last; null before.
+    // As last found; null before that.
     const workflow::ProblemListsPtr& problems() const { return m_problems; }
 
-    // Whether overlaps are to be found for `asker`, too. They are found while anybody asks for them.
+    // Sets whether `asker` needs overlaps. They are found while any asker does.
     void setFindsOverlaps(const QObject& asker, bool finds);
-    // Where programs and paths are looked up from now on.
+    // Sets where programs and paths are looked up.
     void setPlace(const workflow::RulesPlace& place);
 
 public Q_SLOTS:
     void rulesDidChange();
-    // Looks at all programs and paths again.
+    // Examines all programs and paths again.
     void lookAgain();
 
 Q_SIGNALS:
-    // The problems of the present rules, or while isLooking() of earlier ones; null when there was not enough
-    // memory for them.
+    // The problems of the current rules, or, while isLooking(), of earlier ones; null when memory ran out.
     void found(const quorvane::workflow::ProblemListsPtr& problems);
 
 private:
@@ -56,8 +55,8 @@ private:
     bool m_isWanted = false;
     QSet<const QObject*> m_askForOverlaps;
     bool m_isLooking = false;
-    bool m_isBehind = false; // something has changed while it looks
-    std::shared_ptr<workflow::KnownProblems> m_known; // the thread's, while it looks
+    bool m_isBehind = false; // something has changed during the search
+    std::shared_ptr<workflow::KnownProblems> m_known; // used by the thread during a search
     std::stop_source m_stop;
     BackgroundThread m_thread;
 };

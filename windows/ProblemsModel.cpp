@@ -14,7 +14,7 @@ namespace quorvane::windows {
 namespace {
 
 constexpr std::size_t page = 500;
-constexpr std::size_t farDown = 20000; // beyond this a view would take long to come there
+constexpr std::size_t farDown = 20000; // beyond this a view would take long to get there
 
 // The identifier of an index: 0 for a kind, and for a problem one more than its kind.
 quintptr identifierOf(workflow::FindingKind kind)
@@ -132,7 +132,7 @@ std::optional<ProblemsModel::Place> ProblemsModel::neighbour(
         return Place{place.kind, behind};
     if (!forward && place.number > 0 && size > 0)
         return Place{place.kind, std::min(place.number, size) - 1};
-    // The kinds stand in their order.
+    // The kinds are in their order.
     if (forward) {
         const auto next = std::upper_bound(m_rows.begin(), m_rows.end(), place.kind);
         return next == m_rows.end() ? end(true) : Place{*next, 0};

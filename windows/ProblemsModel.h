@@ -11,36 +11,35 @@
 
 namespace quorvane::windows {
 
-// Problems of rules as a tree: kinds with their counts, and below each the rules that have it. Long lists
-// come a part at a time, as the view asks for more.
+// Problems of rules as a tree: kinds with their counts, and below each the rules that have it. Long lists are
+// fetched in parts, as the view requests them. User interface thread only.
 class ProblemsModel : public QAbstractItemModel {
     Q_OBJECT
 public:
     using QAbstractItemModel::QAbstractItemModel;
 
-    // A problem by its kind and its place in the list of that kind.
+    // A problem, by its kind and its index in the list of that kind.
     struct Place {
         workflow::FindingKind kind;
         std::size_t number;
     };
 
-    // None when null.
+    // Null for no problems.
     void setProblems(workflow::ProblemListsPtr problems);
     void setShownKinds(const workflow::FindingKinds& kinds);
     const workflow::FindingKinds& shownKinds() const { return m_kinds; }
 
-    // Of all kinds that are shown.
+    // The number of problems of all shown kinds.
     std::size_t count() const;
     // Null for a kind.
     const workflow::KnownProblem* problemAt(const QModelIndex& index) const;
     const workflow::KnownProblem& problemAt(const Place& place) const;
     std::optional<Place> placeOf(const QModelIndex& index) const;
-    // Invalid when it is too far down to be shown without the rest of the list.
+    // Invalid when it is so far down that fetching the list up to it would take long.
     QModelIndex indexOf(const Place& place);
 
-    // The problem behind or before a place, from the last on to the first and the reverse. What stood in the
-    // place may have left it: then the problem behind it is the one that stands there now. None when there
-    // are no problems.
+    // The problem after or before a place, wrapping around at the ends. If the problem of that place has been
+    // removed (`hasLeft`), the next one is the one that is there now. None when there are no problems.
     std::optional<Place> neighbour(const Place& place, bool hasLeft, bool forward) const;
     // The first or the last of all.
     std::optional<Place> end(bool atFront) const;
@@ -61,9 +60,9 @@ private:
 
     workflow::ProblemListsPtr m_problems = std::make_shared<const workflow::ProblemLists>();
     workflow::FindingKinds m_kinds = workflow::FindingKinds::usual();
-    std::vector<workflow::FindingKind> m_rows; // the kinds that are shown and have problems
+    std::vector<workflow::FindingKind> m_rows; // the shown kinds that have problems
     std::array<std::size_t, workflow::findingKindCount>
-        m_fetched{}; // problems of each kind that the view knows
+        m_fetched{}; // by kind: how many problems the view has fetched
 };
 
 } // namespace quorvane::windows

@@ -34,7 +34,7 @@ ProblemsPanel::ProblemsPanel(ProblemsFinder& finder, QWidget* parent)
     m_tree->setAccessibleName(tr("Problems"));
     m_tree->setModel(m_model);
     m_tree->setHeaderHidden(true);
-    m_tree->setUniformRowHeights(true); // so that long lists need no measuring
+    m_tree->setUniformRowHeights(true); // avoids measuring every row of a long list
     m_tree->setTextElideMode(Qt::ElideMiddle);
     m_tree->setFrameShape(QFrame::NoFrame);
     connect(m_tree, &QTreeView::clicked, this, &ProblemsPanel::choose);
@@ -170,7 +170,7 @@ void ProblemsPanel::choosePlace(const ProblemsModel::Place& place)
         Q_EMIT joinedLineChosen();
 }
 
-// The lists are new: finds the chosen problem in them again.
+// Finds the chosen problem in the new lists.
 void ProblemsPanel::followChosen()
 {
     if (!m_place)

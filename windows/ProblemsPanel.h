@@ -16,12 +16,12 @@ namespace quorvane::windows {
 
 class ProblemsFinder;
 
-// The problems of all rules, by kind, of which some can be left out. Choosing one asks for its rule to be
-// shown. The kinds are remembered. User interface thread only.
+// The problems of all rules, by kind; kinds can be hidden, which is remembered. Choosing a problem requests
+// its rule to be shown. User interface thread only.
 class ProblemsPanel : public QWidget {
     Q_OBJECT
 public:
-    // `finder` must outlive the panel. It is started when the panel shows for the first time.
+    // `finder` must outlive the panel. It is started when the panel is first shown.
     explicit ProblemsPanel(ProblemsFinder& finder, QWidget* parent = nullptr);
 
     ProblemsFinder& finder() const { return m_finder; }
@@ -29,14 +29,14 @@ public:
     QSize sizeHint() const override;
 
 public Q_SLOTS:
-    // Ask for the rule of the next problem, or of the one before, as soon as problems are found; from the
-    // last one on to the first.
+    // Request the rule of the next or previous problem, as soon as problems have been found; wrap around at
+    // the ends.
     void showNext();
     void showPrevious();
 
 Q_SIGNALS:
     void ruleChosen(const quorvane::rules::RuleRef& rule);
-    // Its line of the rules file holds further rules.
+    // The chosen problem is a line of the rules file that contains further rules.
     void joinedLineChosen();
 
 protected:
@@ -55,14 +55,14 @@ private:
     void expandAll();
 
     ProblemsFinder& m_finder;
-    ProblemsModel* m_model; // owned by this panel, as is what follows
+    ProblemsModel* m_model; // owned by this panel, like the following
     QTreeView* m_tree;
     QToolButton* m_kindsButton;
     QMenu* m_kindsMenu;
     QLabel* m_status;
     std::optional<rules::RuleRef> m_chosen; // the rule of the problem chosen last
     std::optional<ProblemsModel::Place> m_place; // of that problem
-    bool m_hasLeft = false; // it has been mended: others have its place
+    bool m_hasLeft = false; // it has been fixed: another problem has its place
     std::optional<bool> m_stepWanted; // forward or not, as soon as problems are found
 };
 

@@ -6,7 +6,7 @@ namespace quorvane::windows {
 
 QString toQt(std::string_view text)
 {
-    // Qt would take a byte order mark away, and an unchanged text could come back changed.
+    // Qt would remove a byte order mark, so that an unedited text could come back changed.
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     const QString converted = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
     return text.starts_with(mark) ? QChar(QChar::ByteOrderMark) + converted : converted;

@@ -6,13 +6,13 @@
 #include <string>
 #include <string_view>
 
-// Where text crosses between the core's UTF-8 and the windows.
+// Conversions between the core's UTF-8 and the windows' text. Any thread.
 
 namespace quorvane::windows {
 
 QString toQt(std::string_view text);
 std::string fromQt(const QString& text);
-// As the desktop's language writes numbers.
+// The number formatted for the desktop's language.
 QString inWords(std::uint64_t number);
 
 } // namespace quorvane::windows

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int roomBesideCellText = 5; // logical pixels on each side
 
-// Whether no column is shown further on in that direction.
+// True when no visible column follows in that direction.
 bool isOutermost(const QHeaderView& header, int column, int direction)
 {
     int place = header.visualIndex(column) + direction;
@@ -29,7 +29,7 @@ bool isOutermost(const QHeaderView& header, int column, int direction)
     return place < 0 || place == header.count();
 }
 
-// This cell's part of a frame around the row that has the keyboard.
+// This cell's part of the frame around the row with the keyboard focus.
 void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
 {
     const auto* view = qobject_cast<const QTableView*>(option.widget);
@@ -48,7 +48,7 @@ void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, c
         painter->drawLine(cell.topRight(), cell.bottomRight());
 }
 
-// Paths and programs read from left to right wherever they stand.
+// Paths and programs run from left to right in any layout.
 QString leftToRight(const QString& text)
 {
     constexpr QChar isolate(0x2066);
@@ -73,7 +73,8 @@ void RuleCellDelegate::paint(
         image.moveCenter(option.rect.center());
         cell.icon.paint(painter, image);
     } else {
-        // The background is there. Text and icon keep their colours, which say something, in a selected row.
+        // The background is painted already. Text and icon keep their colours in a selected row, since these
+        // have a meaning.
         cell.backgroundBrush = Qt::NoBrush;
         cell.state.setFlag(QStyle::State_Selected, false);
         cell.rect.adjust(roomBesideCellText, 0, -roomBesideCellText, 0);
@@ -97,7 +98,8 @@ QWidget* RuleCellDelegate::createEditor(
         editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
     if (auto* field = qobject_cast<QLineEdit*>(editor)) {
         field->setTextMargins(roomBesideCellText, 0, roomBesideCellText, 0);
-        field->setMaxLength(std::numeric_limits<int>::max()); // a long text is not cut by being looked at
+        field->setMaxLength(
+            std::numeric_limits<int>::max()); // opening the editor must not truncate a long text
         keepToOneLine(*field);
     }
     return editor;
@@ -114,8 +116,7 @@ bool RuleCellDelegate::editorEvent(
     const QVariant state = index.data(Qt::CheckStateRole);
     if (!state.isValid())
         return QStyledItemDelegate::editorEvent(event, model, option, index);
-    // The view tells of a click when the button is let go, and of the second of two in quick succession when
-    // it goes down.
+    // The view reports a single click on release, and the second of a double click on press.
     const bool isClick
         = event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseButtonDblClick;
     if (!isClick || static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)

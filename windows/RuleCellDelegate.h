@@ -4,9 +4,9 @@
 
 namespace quorvane::windows {
 
-// Paints the cells of a rules table: an image without text or a check box in the middle of its column, texts
-// and icons in their own colours also while selected. A click anywhere in a check box's cell ticks or unticks
-// it; what is edited in a cell bears its column's name.
+// Paints the cells of a rules table: centres an image without text or a check box, and keeps the colours of
+// texts and icons while selected. A click anywhere in a check box's cell toggles it; editors have their
+// column's name as accessible name.
 class RuleCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

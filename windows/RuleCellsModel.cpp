@@ -82,7 +82,7 @@ bool RuleCellsModel::removeRun(std::shared_ptr<const rules::RuleRows> rows)
     return true;
 }
 
-// Where the run begins that `rows` lacks of the present rows; none when they differ in another way.
+// The start of the range of current rows that is missing in `rows`; none when they differ in another way.
 std::optional<std::size_t> RuleCellsModel::startOfRun(const rules::RuleRows& rows) const
 {
     const std::size_t left = rows.count(m_rowsShowSystemRules);

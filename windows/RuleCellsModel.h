@@ -15,22 +15,22 @@
 
 namespace quorvane::windows {
 
-// Rows of rules as a Qt table: what the main table and the review of an import have in common. Column 0 is
-// the application.
+// Rows of rules as a Qt table: the common base of the main table, the import review and similar lists. Column
+// 0 is the application. User interface thread only.
 //
-// Keeps the rows it last showed until it is given others, so that Qt sees no row change behind its back.
-// Cells of rows in view are made once; any other cell is made when it is asked for.
+// Keeps the rows it last showed until it gets others, so that rows never change without Qt being notified.
+// Cells of rows in view are cached; any other cell is made on request.
 class RuleCellsModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    // Which column is the primary one of the present order; none when `column` is negative. Told in words
+    // Sets the primary column of the current order; none when `column` is negative. Used for accessible texts
     // only: the header draws its own mark.
     void setSortedColumn(int column, Qt::SortOrder order);
 
-    // The view shows the rows from `first` up to, not including, `end`.
+    // Sets the rows in view, from `first` up to, not including, `end`.
     void setShownRows(int first, int end);
 
-    // Makes cells of a row afresh when it is in view.
+    // Makes cells of a row again if it is in view.
     void remakeCells(std::size_t row, std::initializer_list<int> columns);
 
     const rules::RuleRef& ruleAt(int row) const;
@@ -39,9 +39,10 @@ public:
     {
         return m_rows->rowsWhere(m_rowsShowSystemRules, isWanted);
     }
-    // The row of that very rule; none when it is not shown.
+    // The row of exactly this record; none when it is not shown.
     std::optional<int> rowOf(const rules::RuleRef& rule) const;
-    // The rows of those very rules that are shown, ascending. One walk, however many they are.
+    // The rows of exactly these records, as far as they are shown, ascending. One pass over the rows, however
+    // many records.
     std::vector<std::size_t> rowsOf(const std::vector<rules::RuleRef>& rules) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -54,10 +55,10 @@ protected:
     RuleCellsModel(int columns, std::shared_ptr<const rules::RuleRows> rows, desktop::Workspace& workspace,
         bool& shaded, QObject* parent);
 
-    // Shows these rows from now on.
+    // Replaces the rows.
     void setRows(std::shared_ptr<const rules::RuleRows> rows, bool includeSystemRules);
-    // Shows `rows` when they are the present ones less one run of them; all others keep their cells. False,
-    // and nothing has changed, when that is not so; then setRows() is due.
+    // Replaces the rows by `rows` if these lack only one contiguous range of the current ones; all others
+    // keep their cells. Otherwise returns false and changes nothing; then call setRows().
     bool removeRun(std::shared_ptr<const rules::RuleRows> rows);
     // Shows `text` in a cell until the next setRows().
     void setShownText(const QModelIndex& index, const QString& text);
@@ -75,7 +76,7 @@ private:
     desktop::Workspace& m_workspace;
     const int m_columns;
     std::shared_ptr<const rules::RuleRows> m_rows;
-    bool m_rowsShowSystemRules = false; // as m_rows was taken
+    bool m_rowsShowSystemRules = false; // for m_rows
     int m_sortedColumn = -1;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     workflow::VisibleRows m_shownRows;

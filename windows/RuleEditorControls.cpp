@@ -39,7 +39,7 @@ void showImage(QLabel& view, const QIcon& icon, const QString& meaning)
     view.setAccessibleDescription(image.isNull() ? QString() : meaning);
 }
 
-// No icon when the file is no image; a pipe would hold up the window.
+// No icon when the file is not an image. Regular files only: a pipe would block the window.
 QIcon iconInFile(const QString& file)
 {
     return QFileInfo(file).isFile() ? QIcon(file) : QIcon();
@@ -50,7 +50,7 @@ std::string textOf(const QLineEdit& field)
     return fromQt(field.text());
 }
 
-// None of the items for an unknown code.
+// Selects no item for an unknown code.
 void choose(QComboBox& popUp, std::optional<std::int32_t> code)
 {
     popUp.setCurrentIndex(code.value_or(-1));
@@ -68,9 +68,9 @@ void setUpRuleTextField(QLineEdit& field)
 {
     constexpr int roomBesideText = 4;
     field.setTextMargins(roomBesideText, 0, roomBesideText, 0);
-    field.setLayoutDirection(Qt::LeftToRight); // as paths read everywhere
+    field.setLayoutDirection(Qt::LeftToRight); // like paths everywhere
     keepToOneLine(field);
-    field.setAccessibleDescription(field.toolTip()); // which would be the tool tip, text and markup and all
+    field.setAccessibleDescription(field.toolTip()); // the default would be the tool tip with its markup
     QObject::connect(&field, &QLineEdit::textChanged, &field,
         [&field, help = plainToolTip(field.toolTip())](
             const QString& text) { field.setToolTip(plainToolTip(text) + help); });
@@ -79,7 +79,7 @@ void setUpRuleTextField(QLineEdit& field)
 void setUpConstraintField(QLineEdit& field)
 {
     constexpr int digits = 64;
-    constexpr int digitsOfRoom = 5; // beside them, with the frame
+    constexpr int digitsOfRoom = 5; // margin beside them, including the frame
     setUpRuleTextField(field);
     field.setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     const int digitWidth = QFontMetrics(field.font()).horizontalAdvance(QLatin1Char('0'));
@@ -112,7 +112,7 @@ RuleEditorControls::RuleEditorControls(
         setUpConstraintField(*m_widgets.constraintTextField);
 }
 
-// The texts first: a field that is watched chooses a type.
+// The texts first: changing one may set the type.
 void RuleEditorControls::fill(const workflow::RuleDraft& draft) const
 {
     showText(*m_widgets.pathTextField, draft.path);

@@ -20,7 +20,7 @@ class Workspace;
 
 namespace quorvane::windows {
 
-// The controls of a rule editor. All of them belong to the window.
+// The controls of a rule editor. All are owned by the window.
 struct RuleEditorWidgets {
     QComboBox* typePopUp;
     QLineEdit* pathTextField;
@@ -33,13 +33,13 @@ struct RuleEditorWidgets {
     QPushButton* browseProcessButton;
     QPushButton* saveButton;
     QPushButton* cancelButton;
-    // Of allow and deny rules alone; null in the editor of watch rules.
+    // For allow and deny rules only; null in the editor of watch rules.
     QComboBox* policyClassPopUp = nullptr;
     QLineEdit* constraintTextField = nullptr;
     QLabel* constraintTypeTextField = nullptr;
 };
 
-// Those of a window description that all editors have. The type's pop-up has a name of its own in each.
+// The controls common to the .ui files of all editors. Only the type's pop-up has a different name in each.
 template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePopUp)
 {
     return {
@@ -58,11 +58,11 @@ template <class Ui> RuleEditorWidgets widgetsOf(const Ui& ui, QComboBox* typePop
     };
 }
 
-// Keeps `field` to one line, since a line end in a text would end the rule's line in the file, and shows the
-// whole text as its tool tip.
+// Restricts `field` to one line, since a line end in a text would end the rule's line in the file, and shows
+// the whole text as its tool tip.
 void setUpRuleTextField(QLineEdit& field);
 
-// Sets up a field for a digest or a team: all of a SHA-256 fits, in a face in which every digit is as wide.
+// Sets up a field for a digest or a team: wide enough for a SHA-256, in a monospaced font.
 void setUpConstraintField(QLineEdit& field);
 
 void makeReadOnly(QLineEdit& field);
@@ -70,45 +70,45 @@ void makeReadOnly(QLineEdit& field);
 // Shows the beginning of `text`, however long it is.
 void showText(QLineEdit& field, const std::string& text);
 
-// What the controls of a rule editor do. Lives no longer than they; `workspace` outlives it.
+// The behaviour of a rule editor's controls, which must outlive it, as must `workspace`. User interface
+// thread only.
 class RuleEditorControls {
 public:
-    // `lockImageFile` is what is shown for "any"; it may be missing.
+    // `lockImageFile` is the image for "any"; it may be missing.
     RuleEditorControls(
         const RuleEditorWidgets& widgets, desktop::Workspace& workspace, std::string lockImageFile);
 
     const RuleEditorWidgets& widgets() const { return m_widgets; }
 
-    // Where the program's icon is looked up; this machine at first.
+    // Sets where the program's icon is looked up; initially this machine.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Lets the controls say this. What follows from a text is not asked for: the pop-ups say what the draft
-    // says.
+    // Fills the controls. The pop-ups show the values of the draft, even where a text would suggest others.
     void fill(const workflow::RuleDraft& draft) const;
-    // What they say.
+    // The contents of the controls.
     workflow::RuleDraft draft() const;
 
     // Undoes the dialog's initial select-all, which scrolls a long path to its end and lets the next key
     // replace it.
     void showTextsFromStart() const;
 
-    // Nothing can be changed; the one button left stands where the save button stood.
+    // Disables all changes; the remaining button takes the place of the save button.
     void showSystemRule() const;
     void showUserRule() const;
 
-    // The save button works while the rule is complete.
+    // Enables the save button if the rule is complete.
     void applyCompleteness() const;
-    // The type follows the path.
+    // Sets the type suggested by the path.
     void autoSetType() const;
-    // Names the kind of constraint by its length.
+    // Shows the kind of constraint, by its length.
     void setConstraintLabel() const;
-    // Shows the icon of the program, 96 by 96; nothing when there is none.
+    // Shows the icon of the program, 96 by 96; no icon when there is none.
     void setApplicationIcon() const;
 
-    // Where a panel for the path, or for the program, starts.
+    // The start of a panel for the path or the program.
     std::string pathPanelStart() const;
     std::string applicationPanelStart() const;
-    // Puts what was chosen there into the field, and all else follows.
+    // Put a path chosen there into the field and update everything that depends on it.
     void takePath(const std::string& path) const;
     void takeApplication(const std::string& path) const;
 
@@ -119,7 +119,8 @@ private:
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };
 
-// Opens the panel "Use Path" over an editor. None when nothing was chosen, or when the editor is gone.
+// Opens the panel "Use Path" over an editor. None when it was cancelled, or when the editor was deleted in
+// the meantime.
 std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath);
 
 } // namespace quorvane::windows

@@ -21,30 +21,29 @@ class RulesDocument;
 
 namespace quorvane::windows {
 
-// The window in which one rule is created, changed, or, when it is a system rule, looked at: what the editors
-// of both kinds of rule have in common.
+// The window in which one rule is created, changed or, for a system rule, viewed: the common base of the
+// editors of both kinds of rule. User interface thread only.
 //
-// One window, one rule, one use: give it the rule, show() it, and forget it. It deletes itself when it is
-// closed, by whatever way; who keeps a pointer keeps a QPointer. Several may be open at once, also on one
-// rule: whoever saves last wins. What is typed changes the controls alone; the rule is changed by a save, and
-// may leave the store meanwhile.
+// One window, one rule, one use: set the rule and show() it. It deletes itself however it is closed, so keep
+// only a QPointer to it. Several may be open at once, even for the same rule: the last save wins. Typing
+// changes only the controls; the rule is changed by a save, and may be removed from the store in the
+// meantime.
 class RuleEditorWindow : public QDialog {
     Q_OBJECT
 public:
     const rules::RuleRef& rule() const { return m_rule; }
-    // Told after a save. Not owned, may be null, must outlive the window otherwise.
+    // Notified after a save. Not owned; null, or must outlive the window.
     workflow::RuleEditorDelegate* delegate() const { return m_delegate; }
     void setDelegate(workflow::RuleEditorDelegate* delegate) { m_delegate = delegate; }
 
-    // Where the icon of the program is looked up. To be set before the window is shown.
+    // Sets where the icon of the program is looked up. Call it before the window is shown.
     void setPlace(const workflow::RulesPlace& place) { m_controls->setPlace(place); }
 
-    // What the controls say. Only after the window was shown.
+    // The contents of the controls. Only after the window was shown.
     workflow::RuleDraft draft() const { return m_controls->draft(); }
-    // Lets them say this; the rule stays what it is.
+    // Fills the controls; the rule is unchanged.
     void showDraft(const workflow::RuleDraft& draft) { m_controls->fill(draft); }
-    // True while the controls say something else than they said of the rule at first, and neither Save nor
-    // Cancel was chosen.
+    // True while the controls differ from their initial contents and neither Save nor Cancel was chosen.
     bool hasUnsavedChanges() const { return m_loaded && !m_isClosed && draft() != *m_loaded; }
 
     // Called once, before the window is shown for the first time.
@@ -52,9 +51,10 @@ public:
     void setTheme();
     // Shows the icon of the program.
     void setApplicationIcon() { m_controls->setApplicationIcon(); }
-    // What follows from a change of the text in `field`, one of this window's.
+    // Updates what depends on the text in `field`, one of this window's.
     void controlTextDidChange(const QLineEdit* field);
-    // What the person chooses in a file panel; none when nothing, or when the window went away meanwhile.
+    // The user's choice in a file panel; none when it was cancelled, or when the window was deleted in the
+    // meantime.
     std::optional<std::string> fileDialog(const std::string& startPath);
 
     void setVisible(bool visible) override;
@@ -62,32 +62,33 @@ public:
 public Q_SLOTS:
     void browsePathClicked();
     void browseApplicationClicked();
-    // Puts the controls into the rule and the rule into the store, writes the user's file and closes the
-    // window. Deliberate: a failure is not told. For a system rule the same as cancelClicked().
+    // Saves the contents of the controls to the rule and the rule to the store, writes the user's file and
+    // closes the window. Deliberate: a failure is not reported. For a system rule the same as
+    // cancelClicked().
     void saveClicked();
     void cancelClicked();
     // The Escape key.
     void reject() override { cancelClicked(); }
 
 protected:
-    // How the log names the editor and its operation that fills the controls.
+    // The names in the log of the editor and of its operation that fills the controls.
     struct LogNames {
         const char* window;
         const char* update;
     };
 
-    // Nothing given is owned; all of it must outlive the window. setUpControls() is due at once.
+    // Owns no argument; all must outlive the window. The derived constructor must call setUpControls().
     RuleEditorWindow(LogNames names, workflow::RulesDocument& document, platform::Log& log,
         rules::RuleRef rule, QWidget* parent);
     void setUpControls(const RuleEditorWidgets& widgets, desktop::Workspace& workspace);
 
-    // To be set before the window is shown.
+    // Set it before the window is shown.
     void setRule(rules::RuleRef rule) { m_rule = std::move(rule); }
     // Fills the controls from the rule.
     void updateEditor();
-    // The type follows the path.
+    // Sets the type suggested by the path.
     void autoSetType() { m_controls->autoSetType(); }
-    // Names the kind of constraint by its length.
+    // Shows the kind of constraint, by its length.
     void setConstraintLabel() { m_controls->setConstraintLabel(); }
     virtual QString title() const = 0;
 
@@ -101,9 +102,9 @@ private:
     platform::Log& m_log;
     rules::RuleRef m_rule;
     workflow::RuleEditorDelegate* m_delegate = nullptr;
-    std::optional<RuleEditorControls> m_controls; // set by the constructor of the kind
+    std::optional<RuleEditorControls> m_controls; // set by the derived constructor
     std::optional<workflow::RuleDraft>
-        m_loaded; // what the controls said at first; none until the window is shown
+        m_loaded; // the initial contents of the controls; none until the window is shown
     bool m_isClosed = false;
 };
 

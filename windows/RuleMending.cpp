@@ -35,7 +35,7 @@ void RuleMending::moveProgram(const std::string& path)
 
 void RuleMending::bindAnew(const rules::RuleRef& rule)
 {
-    // Read once here, the facts are remembered for the change.
+    // Reads the facts into their cache, from which the change then takes them.
     m_thread.run(
         [place = m_place, value = valueOf(rule)] {
             const auto process = askValue(value, [](const auto& fields) { return fields.processName; });

@@ -17,23 +17,23 @@ namespace quorvane::windows {
 class RulesTable;
 class SelectionController;
 
-// Mends what is wrong with a rule, each time as one action that Undo takes back. User interface thread only.
+// Fixes problems of rules, each time as one action that can be undone. User interface thread only.
 class RuleMending : public QObject {
     Q_OBJECT
 public:
-    // Nothing given is owned; all of it must outlive this.
+    // Owns no argument; all must outlive this object.
     RuleMending(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection);
 
-    // Where programs are looked up from now on.
+    // Sets where programs are looked up.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Selects the rule in the table; nothing when it is not stored any more.
+    // Selects the rule in the table; does nothing when it is no longer stored.
     void show(const rules::RuleRef& rule);
-    // Removes this very rule; nothing when it is not stored any more.
+    // Removes exactly this rule; does nothing when it is no longer stored.
     void remove(const rules::RuleRef& rule);
-    // Asks where the program at `path` is now; all rules of it then name that place.
+    // Asks where the program at `path` is now, and changes all of its rules to that path.
     void moveProgram(const std::string& path);
-    // Binds the rule to its program as it is now. The program is read beside this thread.
+    // Binds the rule to its program in its current state, which is read on another thread.
     void bindAnew(const rules::RuleRef& rule);
 
 private:

@@ -25,7 +25,7 @@ namespace {
 constexpr int iconPixels = 32;
 constexpr int besideText = 10;
 constexpr int aboveText = 6;
-constexpr int shownLines = 7; // at first
+constexpr int shownLines = 7; // initially
 
 std::string pathOfParent(const rules::RuleValue& rule)
 {
@@ -41,12 +41,12 @@ std::string pathOfProgram(const rules::RuleValue& rule)
 
 } // namespace
 
-// What is found beside the user interface thread.
+// Results of the other thread.
 struct RuleStrip::RuleFacts {
     std::vector<workflow::RuleProblem> problems;
     std::string iconFile;
     std::optional<platform::FileRoot> iconRoot;
-    bool isIconFileMissing = false; // a placeholder stands for the icon then
+    bool isIconFileMissing = false; // then a placeholder is shown
 };
 
 RuleStrip::RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
@@ -108,7 +108,7 @@ void RuleStrip::setPlace(const workflow::RulesPlace& place)
     selectionDidChange();
 }
 
-// Many changes of one moment are shown once.
+// Coalesces several changes into one update.
 void RuleStrip::selectionDidChange()
 {
     m_due.start(0);

@@ -30,31 +30,31 @@ class RuleMending;
 class RulesTable;
 class SelectableText;
 
-// The selected rule in words, with what it is bound to and what is wrong with it; of several rules how many
-// of what they are. Programs are looked at beside the user interface thread, and no longer when another rule
-// has been selected. User interface thread only.
+// Describes the selected rule in words, with its constraint and its problems; for several rules, a summary
+// with counts. Programs are examined on another thread, until another rule is selected. For use on the user
+// interface thread only.
 class RuleStrip : public QScrollArea {
     Q_OBJECT
 public:
-    // Nothing given is owned; all of it must outlive the strip.
+    // Owns no argument; all must outlive the strip.
     RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
         desktop::Workspace& workspace, QWidget* parent = nullptr);
     ~RuleStrip() override;
 
-    // Where programs and paths are looked up from now on.
+    // Sets where programs and paths are looked up.
     void setPlace(const workflow::RulesPlace& place);
-    // What can be done to all rules when several are selected, besides what menus offer.
+    // Sets the actions to offer when several rules are selected.
     void setActionsOnMany(const QList<QAction*>& actions) { m_actionsOnMany = actions; }
 
     QSize sizeHint() const override;
 
 public Q_SLOTS:
-    // Shows what is selected now, soon.
+    // Schedules an update to the current selection.
     void selectionDidChange();
 
 Q_SIGNALS:
     void editRequested(const quorvane::rules::RuleRef& rule);
-    // Everything there is to tell of the selection is shown.
+    // The description of the selection is complete.
     void wasFilled();
 
 private:
@@ -83,7 +83,7 @@ private:
     SelectableText* m_sentence;
     SelectableText* m_details;
     ProblemList* m_problems;
-    std::optional<rules::RuleRef> m_shown; // whose problems are listed
+    std::optional<rules::RuleRef> m_shown; // the rule whose problems are listed
     QTimer m_due;
     std::stop_source m_looking;
     BackgroundThread m_thread;

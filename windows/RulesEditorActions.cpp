@@ -15,7 +15,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
-// The commands of the main window that concern many rules, and the parts that carry them out.
+// The commands of the main window on several rules, and the parts that perform them.
 
 namespace quorvane::windows {
 

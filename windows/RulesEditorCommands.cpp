@@ -13,7 +13,7 @@
 #include <QMenu>
 #include <QToolButton>
 
-// The commands of the main window: they delete and tag rules. Those of imports, exports and the rules file
+// The commands of the main window that delete and tag rules. Those for imports, exports and the rules file
 // are forwarded.
 
 namespace quorvane::windows {
@@ -45,7 +45,7 @@ void RulesEditorTableController::setUpCommands()
     onTrigger(m_ui->deleteRuleToolbarItem, &RulesEditorTableController::deleteRuleAction);
     onTrigger(m_ui->deleteEditMenuItem, &RulesEditorTableController::deleteRuleAction);
     onTrigger(m_ui->editTagMenuItem, &RulesEditorTableController::editTagOfSelectedRule);
-    // The button itself makes an allow or deny rule; its arrow offers both kinds.
+    // The button itself creates an allow or deny rule; its arrow offers both kinds.
     auto* newRuleButton
         = qobject_cast<QToolButton*>(m_ui->toolBar->widgetForAction(m_ui->newRuleToolbarItem));
     newRuleButton->setPopupMode(QToolButton::MenuButtonPopup);
@@ -107,7 +107,7 @@ void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows
     selectAfterDelete(change, following);
 }
 
-// So that the keyboard goes on from where it was.
+// So that keyboard navigation continues from the same position.
 void RulesEditorTableController::selectAfterDelete(
     const workflow::TableChange& change, const std::optional<rules::RuleRef>& following)
 {
@@ -193,8 +193,8 @@ void RulesEditorTableController::validateItems()
     Q_EMIT selectionDidChange();
 }
 
-// On X11 a key held down comes as pairs of a release and a press of one time. The toolkit knows them for
-// repeats only when it happens to read both at once.
+// On X11 a key held down produces pairs of a release and a press with the same time stamp. Qt recognizes them
+// as repeats only when it happens to read both at once.
 bool RulesEditorTableController::isRepeat(const QKeyEvent& key) const
 {
     return key.isAutoRepeat() || (key.timestamp() != 0 && key.timestamp() == m_lastKeyRelease);
@@ -215,7 +215,7 @@ bool RulesEditorTableController::keyDown(const QKeyEvent& key)
         return true;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
-        if (!isRepeat(key)) // a key held down would go on with the rules that follow
+        if (!isRepeat(key)) // a key held down would also affect the following rules
             deleteRuleAction();
         return true;
     default:
@@ -227,7 +227,7 @@ bool RulesEditorTableController::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyRelease && watched == m_ui->rulesEditorTableView)
         m_lastKeyRelease = static_cast<QKeyEvent*>(event)->timestamp();
-    // The return that ends the edit of a tag comes by as well, from the field that has the keyboard then.
+    // The Return key that ends the edit of a tag arrives here too, from the field that has the focus then.
     if (event->type() == QEvent::KeyPress && watched == m_ui->rulesEditorTableView
         && m_ui->rulesEditorTableView->hasFocus() && keyDown(*static_cast<QKeyEvent*>(event)))
         return true;

@@ -18,13 +18,13 @@
 #include <memory>
 #include <utility>
 
-// The main window and the user's rules as a document: undo, redo, and what is reported of the file.
+// The main window's handling of the document: undo, redo, and reports about the file.
 
 namespace quorvane::windows {
 
 namespace {
 
-// The history is opened when the window has long been painted.
+// The history is opened well after the window has been painted.
 constexpr std::chrono::seconds untilVersionIsKept{2};
 
 // Subjects of notices.
@@ -43,7 +43,7 @@ void RulesEditorTableController::setUpDocument()
     connect(m_exchange.get(), &ExchangeController::joinedLinesFound, this,
         &RulesEditorTableController::reportJoinedLines);
     connect(m_ui->editMenu, &QMenu::aboutToShow, this, &RulesEditorTableController::nameUndoAndRedo);
-    // Their keys work whatever the menu last said.
+    // The shortcuts must work even if the menu has disabled the items.
     connect(m_ui->editMenu, &QMenu::aboutToHide, this, [this] {
         m_ui->undoMenuItem->setEnabled(true);
         m_ui->redoMenuItem->setEnabled(true);
@@ -185,7 +185,8 @@ void RulesEditorTableController::documentHasNews(const workflow::DocumentNews& n
     m_ui->notices->add(std::move(notice));
 }
 
-// Of two equal rules the first goes, whichever is selected: then what remains is not what a person expects.
+// Of two equal rules the first is deleted, whichever is selected: then a different one remains than the user
+// expects.
 void RulesEditorTableController::reportRemaining(const std::vector<rules::RuleRef>& remaining)
 {
     if (remaining.empty())
@@ -196,7 +197,7 @@ void RulesEditorTableController::reportRemaining(const std::vector<rules::RuleRe
         .subject = QStringLiteral("remaining")});
 }
 
-// Selects the first of the rules that is still there.
+// Selects the first of the rules that is still stored.
 void RulesEditorTableController::showFirstOf(const std::vector<rules::RuleRef>& rules)
 {
     const auto stored = std::find_if(

@@ -9,8 +9,7 @@
 
 #include <utility>
 
-// The rule editors that the main window opens, and what it keeps of those that are open when the program
-// ends.
+// The rule editors that the main window opens, and the drafts of those that are open when the program ends.
 
 namespace quorvane::windows {
 
@@ -129,7 +128,7 @@ void RulesEditorTableController::offerKeptRules()
             keptDraftsSubject()});
 }
 
-// The store's rule where it still is as it was; else a new one, which a save adds.
+// Edits the store's rule if it is unchanged; else a new one, which a save adds.
 void RulesEditorTableController::openKeptRules()
 {
     for (const KeptDraft& kept : m_keptDrafts.take()) {
@@ -144,7 +143,7 @@ std::optional<rules::RuleRef> RulesEditorTableController::storedRuleLike(const r
 {
     return visitRule(rule, [this](const auto& record) -> std::optional<rules::RuleRef> {
         const auto stored = m_store.firstEqualRule(record);
-        if (stored == nullptr || stored->system()) // which no editor changes
+        if (stored == nullptr || stored->system()) // editors do not change system rules
             return std::nullopt;
         return stored;
     });

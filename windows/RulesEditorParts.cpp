@@ -20,7 +20,7 @@
 #include <QDockWidget>
 #include <QStatusBar>
 
-// The parts around the main window's table: each is made here and handed what it needs.
+// Creates the parts around the main window's table and connects them.
 
 namespace quorvane::windows {
 
@@ -28,11 +28,11 @@ namespace {
 
 constexpr int mostOfPlace = 50; // letters
 
-// A dock that cannot be torn off; its title is that of its item in the menu.
+// A dock that cannot float; its title is also that of its menu item.
 QDockWidget* makeDock(const char* name, const QString& title, QWidget* content, QMainWindow& window)
 {
     auto* dock = new QDockWidget(QString(title).remove(QLatin1Char('&')), &window);
-    dock->setObjectName(QLatin1String(name)); // by which its state is remembered
+    dock->setObjectName(QLatin1String(name)); // identifies it in the saved state
     dock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
     dock->setWidget(content);
     dock->toggleViewAction()->setText(title);
@@ -54,7 +54,7 @@ void RulesEditorTableController::setUpParts()
     connect(strip, &RuleStrip::editRequested, this, [this](const rules::RuleRef& rule) { edit(rule); });
     QDockWidget* words = makeDock("ruleInWords", tr("Rule in &Words"), strip, *this);
     words->setFeatures(QDockWidget::DockWidgetClosable);
-    words->setTitleBarWidget(new QWidget(words)); // none: what it is shows
+    words->setTitleBarWidget(new QWidget(words)); // no title bar: its contents speak for themselves
     addDockWidget(Qt::BottomDockWidgetArea, words);
 
     auto* finder = new ProblemsFinder(m_store);
@@ -77,7 +77,7 @@ void RulesEditorTableController::setUpParts()
     placeLabel->setObjectName(QStringLiteral("placeLabel"));
     placeLabel->setElideMode(Qt::ElideMiddle);
     placeLabel->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-    placeLabel->setMaximumWidth(mostOfPlace * fontMetrics().averageCharWidth()); // the counts need room, too
+    placeLabel->setMaximumWidth(mostOfPlace * fontMetrics().averageCharWidth()); // leaves room for the counts
     placeLabel->hide();
     statusBar()->addPermanentWidget(placeLabel);
     connect(m_places, &PlaceMenu::placeChosen, this,
@@ -119,7 +119,7 @@ void RulesEditorTableController::setUpNarrowing(ProblemsFinder& finder)
         reloadRows();
     });
     connect(m_ui->narrowBar, &NarrowBar::criteriaChanged, this,
-        [this] { m_newRule.reset(); }); // what is looked for now is something else
+        [this] { m_newRule.reset(); }); // the user is now looking for something else
     connect(m_ui->narrowMenuItem, &QAction::toggled, this, [this, narrowing](bool isShown) {
         narrowing->setShown(isShown);
         isShown ? m_ui->narrowBar->setFocus() : m_ui->rulesEditorTableView->setFocus();

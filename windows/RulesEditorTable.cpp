@@ -8,13 +8,13 @@
 
 #include <utility>
 
-// What the main window answers to its parts: which rules are selected, and the change of many at once.
+// The main window's RulesTable interface: the selection, and changes of many rules at once.
 
 namespace quorvane::windows {
 
 namespace {
 
-// Its notices take each other's place: one tells of the latest change.
+// Its notices replace each other: only the latest change is reported.
 QString changeSubject()
 {
     return QStringLiteral("change");

@@ -35,7 +35,7 @@ namespace quorvane::windows {
 
 namespace {
 
-constexpr int noColumn = -1; // shows what the rows are sorted by
+constexpr int noColumn = -1; // no column shows what the rows are sorted by
 
 } // namespace
 
@@ -79,7 +79,7 @@ RulesEditorTableController::~RulesEditorTableController()
     m_parts.reset();
     delete m_historyWindow; // before the histories that it shows
     m_document.setObserver(nullptr);
-    m_model->disconnect(this); // the table, taken down after this, may yet finish the edit of a tag
+    m_model->disconnect(this); // the table is destroyed later and may still commit the edit of a tag
 }
 
 void RulesEditorTableController::awakeFromNib()
@@ -100,7 +100,7 @@ bool RulesEditorTableController::showsSystemRules() const
 
 void RulesEditorTableController::setUpActions()
 {
-    // The search field stands at the right end of the tool bar.
+    // Moves the search field to the right end of the tool bar.
     auto* space = new QWidget(this);
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_ui->toolBar->addWidget(space);
@@ -157,7 +157,7 @@ void RulesEditorTableController::setUpTable()
     restoreColumns(*table);
     auto* columns = new ColumnsMenu(*table, *m_ui->columnsMenu);
     columns->setParent(this);
-    // What is typed over the table goes on in the search field.
+    // Typing in the table continues in the search field.
     connect(table, &RulesTableView::textTyped, this, [this](const QString& text) {
         m_ui->searchField->setFocus(Qt::OtherFocusReason);
         m_ui->searchField->setText(text);
@@ -171,7 +171,7 @@ void RulesEditorTableController::searchFieldAction()
     const std::string text = fromQt(m_ui->searchField->text());
     m_log.write("search field text changed: " + text);
     m_store.applyFilterWithString(text);
-    m_newRule.reset(); // what is looked for now is something else
+    m_newRule.reset(); // the user is now searching for something else
     reloadRows();
 }
 
@@ -190,7 +190,7 @@ void RulesEditorTableController::sortByColumn(int column)
     sortBy(columnSortKey(static_cast<workflow::RuleColumn>(column)), column);
 }
 
-// The item of the menu keeps its mark when it is chosen again, to turn the order round.
+// The menu item keeps its check mark when it is chosen again to reverse the order.
 void RulesEditorTableController::sortBy(rules::SortKey key, int column)
 {
     m_sortDescriptors = workflow::sortDescriptorsAfterClick(m_sortDescriptors, key);
@@ -214,7 +214,7 @@ void RulesEditorTableController::reloadData()
     Q_EMIT rulesDidChange();
 }
 
-// The same rules in other rows: nothing that an open review shows depends on them.
+// The same rules in other rows, which do not affect an open review.
 void RulesEditorTableController::reloadRows()
 {
     m_run.internalWrite = true;
@@ -224,7 +224,7 @@ void RulesEditorTableController::reloadRows()
 
 void RulesEditorTableController::reloadTable()
 {
-    m_rulesEditorContextualMenu->close(); // its row may be another rule's by now
+    m_rulesEditorContextualMenu->close(); // its row may belong to another rule now
     const SelectionState selection(*m_ui->rulesEditorTableView, *m_model);
     m_model->reload();
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
@@ -256,8 +256,7 @@ void RulesEditorTableController::updateCounts()
                           : tr("No rule matches."));
 }
 
-// Rules that could not be written are in memory alone, and rules that could not be read are in the file
-// alone.
+// Rules that could not be written are only in memory, and rules that could not be read are only in the file.
 void RulesEditorTableController::showFailure()
 {
     const auto& unread = m_store.unreadRules();
@@ -290,11 +289,11 @@ void RulesEditorTableController::leaveSearchField()
 
 void RulesEditorTableController::closeEvent(QCloseEvent* event)
 {
-    if (m_columnsFitted) { // else it was never shown
+    if (m_columnsFitted) { // otherwise it was never shown
         rememberWindowSize(*this);
         rememberDocks(*this);
         rememberColumns(*m_ui->rulesEditorTableView);
-        // Widths that nobody chose would not fit the rules of the next time.
+        // Widths not chosen by the user might not fit the rules of the next run.
         if (m_ui->rulesEditorTableView->areWidthsChosen())
             rememberColumnWidths(*m_ui->rulesEditorTableView);
         else

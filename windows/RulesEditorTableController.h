@@ -57,9 +57,10 @@ class SettingsWindow;
 class TouchingWindow;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,
-// sorting from the column titles, and the commands that create, edit, delete and tag rules. What a command
-// does to rules and file is decided in RuleCommands; here it reaches the table. Imports and exports are
-// ExchangeController's, and what others do to the rules file is RulesFileFollower's.
+// sorting by the column titles, and the commands that create, edit, delete and tag rules. RuleCommands
+// decides what a command does to rules and file; this class applies it to the table. ExchangeController
+// handles imports and exports, RulesFileFollower changes of the rules file by other programs. User interface
+// thread only.
 class RulesEditorTableController : public QMainWindow,
                                    public RulesTable,
                                    public workflow::RuleEditorDelegate,
@@ -67,30 +68,30 @@ class RulesEditorTableController : public QMainWindow,
                                    public workflow::DocumentObserver {
     Q_OBJECT
 public:
-    // Nothing given is owned; all of it must outlive the window.
+    // Owns no argument; all must outlive the window.
     RulesEditorTableController(workflow::RulesDocument& document, workflow::ApplicationServices& application,
         workflow::RunState& run, desktop::Workspace& workspace, platform::Log& log);
     ~RulesEditorTableController() override;
 
     bool showsSystemRules() const;
 
-    // To be called before the program ends: keeps what open editors hold and have not saved. The next main
-    // window offers it. A second call does nothing.
+    // Call it before the program ends: stores the unsaved contents of open editors, which the next main
+    // window offers. A second call does nothing.
     void keepUnsavedRules();
 
-    // Takes the store's rows afresh. Selection and scroll position stay where their rules still are.
+    // Reloads the store's rows. Keeps selection and scroll position as far as their rules still exist.
     void reloadData() override;
 
-    // The history window shows the versions of this file, too. Not owned; must outlive the window.
+    // Adds a file whose versions the history window shows, too. Not owned; must outlive the window.
     void addHistory(workflow::FileHistory& history);
 
-    // Reports at the foot what of the programs' settings could not be used.
+    // Reports at the bottom which part of the programs' settings could not be used.
     void showSettingsProblem(const QString& problem);
 
-    // Looks programs and paths up on a mounted volume, as the menu of places can have it.
+    // Looks programs and paths up on a mounted volume, like choosing it in the menu of places.
     void useVolume(const std::string& folder);
 
-    // Shows at the foot, until the next call, why the preferences could not be saved; empty for nothing.
+    // Shows at the bottom, until the next call, why the preferences could not be saved; empty for none.
     void showPreferencesFailure(const QString& failure);
 
 public Q_SLOTS:
@@ -98,12 +99,11 @@ public Q_SLOTS:
     void searchFieldAction();
     // Shows the system rules among the others, or hides them.
     void hideSystemAction();
-    // Sorts by a column; once more by the same one turns the order round. The columns sorted by before break
-    // ties.
+    // Sorts by a column; choosing the same column again reverses the order. Previous sort columns break ties.
     void sortByColumn(int column);
-    // Puts the keyboard into the search field.
+    // Moves the keyboard focus to the search field.
     void focusSearchField();
-    // Empties the search field; when it is empty, gives the keyboard back to the table.
+    // Clears the search field; if it is empty, moves the keyboard focus back to the table.
     void leaveSearchField();
 
     // Open an editor on a new rule.
@@ -111,15 +111,15 @@ public Q_SLOTS:
     void newWatchAction();
     void newPolicyRule();
     void newWatchRule();
-    // The commands of the context menu, for the row that it was opened on; nothing when there is none.
+    // The commands of the context menu, for the row that it was opened on; do nothing when there is none.
     void createNewPolicy();
     void editRule();
     void deleteRule();
-    // Deletes what is selected.
+    // Deletes the selected rules.
     void deleteRuleAction();
-    // Opens the editor of the only selected rule; nothing when several are selected or none.
+    // Opens the editor of the only selected rule; does nothing when several or none are selected.
     void doubleClickAction();
-    // Take the newest action back, or do again what was taken back last.
+    // Undo the newest action, or redo the one undone last.
     void undo();
     void redo();
     // Shows the versions of the rules.
@@ -128,12 +128,12 @@ public Q_SLOTS:
     void showSettings();
     // Begins to edit the tag of the only selected rule.
     void editTagOfSelectedRule();
-    // A tag has been edited in the table: it is the first selected rule's.
+    // Sets the tag edited in the table, which belongs to the first selected rule.
     void tableViewCellAction(const QString& tag);
     // Opens the context menu for a row.
     void menuWillOpen(int clickedRow, const QPoint& globalPosition);
 
-    // See ExchangeController. Of the selected rules those are exported that are selected now.
+    // See ExchangeController. Exports the rules that are selected at the time of the call.
     void exportRules();
     void exportSelectedRules();
     void importRules();
@@ -141,8 +141,8 @@ public Q_SLOTS:
     void reviewFiles(const std::vector<std::string>& paths);
 
 public:
-    // Makes the window ready, once: tells of a rules file that cannot be opened and starts the program again,
-    // or has waiting suggestions reviewed soon.
+    // Initializes the window, once: reports a rules file that cannot be opened and restarts the program, or
+    // schedules a review of pending suggestions.
     void awakeFromNib();
     // See RulesFileFollower.
     void relaunchAfterDelay(float delay);
@@ -160,15 +160,15 @@ public:
     void importRule(const rules::RuleRef& rule) override;
     bool didFinishImportingRules() override;
 
-    // A new editor on this very rule, beside those that are open. It deletes itself when it is closed.
+    // Opens another editor for this record. It deletes itself when it is closed.
     void editPolicy(const rules::PolicyRulePtr& rule);
     void editWatch(const rules::WatchRulePtr& rule);
-    // Delete the rules of rows that the table shows. When no rule is selected afterwards, the one that
-    // follows is, or the last.
+    // Delete the rules of rows of the table. If no rule is selected afterwards, selects the following one, or
+    // the last.
     void deleteRow(std::size_t row);
     void deleteRows(const std::vector<std::size_t>& rows);
 
-    // Whether a menu or tool bar item can be chosen now.
+    // Whether a menu or tool bar item is enabled now.
     bool validateToolbarItem(const QAction* item) const;
     bool validateMenuItem(const QAction* item) const;
 
@@ -177,11 +177,11 @@ public:
     bool keyDown(const QKeyEvent& key);
 
 Q_SIGNALS:
-    // The stored rules may be others now, or hold other values.
+    // The stored rules or their values may have changed.
     void rulesDidChange();
-    // The rules file may have been written, or not.
+    // The rules file may have been written, or a write may have failed.
     void fileDidChange();
-    // Other rules may be selected now, or the selected ones hold other values.
+    // The selection or the values of the selected rules may have changed.
     void selectionDidChange();
 
 protected:
@@ -247,7 +247,7 @@ private:
     std::vector<rules::SortDescriptor> m_sortDescriptors;
     QString m_preferencesFailure;
     bool m_columnsFitted = false;
-    QMenu* m_rulesEditorContextualMenu; // owned by this window, as are its items
+    QMenu* m_rulesEditorContextualMenu; // owned by this window, like its items
     QAction* m_newRuleMenuItem;
     QAction* m_editRuleMenuItem;
     QAction* m_deleteRuleMenuItem;
@@ -255,8 +255,8 @@ private:
     QPointer<EditPolicyWindowController> m_editPolicyWindowController; // the latest
     QPointer<EditWatchWindowController> m_editWatchWindowController; // the latest
     std::optional<rules::RuleRef>
-        m_newRule; // of the latest editor on a new rule; until it shows up in the table
-    bool m_initialize = true; // until the window is ready
+        m_newRule; // of the latest editor of a new rule; until it appears in the table
+    bool m_initialize = true; // until the window is initialized
     bool m_unsavedRulesKept = false;
     quint64 m_lastKeyRelease = 0; // milliseconds of the window system's clock
     std::unique_ptr<workflow::RulesHistory> m_rulesHistory;
@@ -268,8 +268,8 @@ private:
     std::unique_ptr<ExchangeController> m_exchange;
     std::unique_ptr<SelectionController> m_selection;
     std::unique_ptr<AsideController> m_aside;
-    std::unique_ptr<RulesFileFollower> m_follower; // asks the exchange
-    std::unique_ptr<QObject> m_parts; // its children ask this window's table
+    std::unique_ptr<RulesFileFollower> m_follower; // uses the exchange
+    std::unique_ptr<QObject> m_parts; // its children use this window's table
     PlaceMenu* m_places; // one of them
 };
 

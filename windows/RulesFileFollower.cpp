@@ -26,7 +26,7 @@ void RulesFileFollower::start()
             return;
         QMetaObject::invokeMethod(this, &RulesFileFollower::rulesFileDidChange, Qt::QueuedConnection);
     };
-    // What was taken for this program's own doing may have been another's.
+    // A change attributed to this program may have been made by another.
     const auto absorbed = [this] {
         QMetaObject::invokeMethod(
             this, [this] { m_document.lookAtFile(); }, Qt::QueuedConnection);

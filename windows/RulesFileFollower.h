@@ -20,20 +20,20 @@ struct RunState;
 
 namespace quorvane::windows {
 
-// Keeps the store at what the user's rules file holds when others write it. User interface thread only.
+// Updates the store when other programs write the user's rules file. User interface thread only.
 class RulesFileFollower : public QObject {
     Q_OBJECT
 public:
-    // What is given must outlive this.
+    // All arguments must outlive this object.
     RulesFileFollower(workflow::RulesDocument& document, workflow::ApplicationServices& application,
         workflow::RunState& run, platform::Log& log);
 
-    // Begins to watch the file. Once.
+    // Starts watching the file. Call it once.
     void start();
-    // Tells of a rules file that cannot be opened and starts the program again; nothing when it can be, or
-    // when there is none.
+    // Reports a rules file that cannot be opened and restarts the program; does nothing when it can be
+    // opened, or is missing.
     void checkFile();
-    // Ends the program and has it started again after `delay` seconds.
+    // Ends the program and restarts it after `delay` seconds.
     void relaunchAfterDelay(float delay);
 
 private:
@@ -43,9 +43,10 @@ private:
     workflow::ApplicationServices& m_application;
     workflow::RunState& m_run;
     platform::Log& m_log;
-    // A reload is due already: changes that are found until then are part of it.
+    // True while a reload is pending, which covers all changes found until then.
     const std::shared_ptr<std::atomic<bool>> m_isReloadDue = std::make_shared<std::atomic<bool>>(false);
-    std::optional<workflow::RulesFileWatcher> m_watcher; // the last member: its end waits for its thread
+    std::optional<workflow::RulesFileWatcher>
+        m_watcher; // the last member: its destructor waits for its thread
 };
 
 } // namespace quorvane::windows

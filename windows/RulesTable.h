@@ -13,7 +13,7 @@ struct PlannedChange;
 
 namespace quorvane::windows {
 
-// What parts of the main window ask of its table of rules. User interface thread only.
+// The interface of the main window's table of rules for the window's parts. User interface thread only.
 class RulesTable {
 public:
     RulesTable() = default;
@@ -24,25 +24,25 @@ public:
     // From the top down.
     virtual std::vector<rules::RuleRef> selectedRules() const = 0;
 
-    // The same for any number of rules at once.
+    // The same, cheap for any number of rules.
     virtual workflow::RulesSelection selection() const = 0;
 
-    // Selects those of the rules that are shown, in place of what was selected, and scrolls to the first of
-    // them. Nothing happens when none is shown.
+    // Replaces the selection by those of the rules that are shown, and scrolls to the first of them. Does
+    // nothing when none is shown.
     virtual void selectRules(const std::vector<rules::RuleRef>& rules) = 0;
 
-    // Selects the rule, and shows all rules for it when the search or the missing system rules hide it.
-    // Nothing happens when it is no longer stored.
+    // Selects the rule; shows all rules first if the search or the hidden system rules exclude it. Does
+    // nothing when it is no longer stored.
     virtual void revealRule(const rules::RuleRef& rule) = 0;
 
-    // One action: changes the rules, writes the file and reports at the foot what should be known besides.
-    // False when the change may not be made; the foot then says why.
+    // One action: changes the rules, writes the file and shows remarks at the bottom of the window. False
+    // when the change is refused; the reason is then shown there.
     virtual bool perform(const workflow::PlannedChange& planned, const workflow::ChangeReason& reason) = 0;
 
-    // Has lines written whole from now on, which is kept as a setting; the file follows with the next change.
+    // Enables writing lines completely and saves that setting; the file follows with the next change.
     virtual void keepWholeLines() = 0;
 
-    // Says something at the foot of the window.
+    // Shows a notice at the bottom of the window.
     virtual void addNotice(FootNotice notice) = 0;
 };
 

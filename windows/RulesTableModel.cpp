@@ -6,7 +6,7 @@ namespace quorvane::windows {
 
 namespace {
 
-bool tableIsShaded = false; // of the main table's rows, for the whole process
+bool tableIsShaded = false; // shared by all main tables of the process
 
 } // namespace
 

@@ -12,7 +12,8 @@
 
 namespace quorvane::windows {
 
-// The rows of a rule store as a Qt table. Keeps the rows it last showed until it is told to reload.
+// The rows of a rule store as a Qt table. Keeps the rows it last showed until the next reload. User interface
+// thread only.
 class RulesTableModel : public RuleCellsModel {
     Q_OBJECT
 public:
@@ -24,34 +25,33 @@ public:
     // Takes effect with the next reload.
     void setShowsSystemRules(bool shows) { m_showsSystemRules = shows; }
 
-    // Where programs and paths are looked up. Takes effect with the next reload.
+    // Sets where programs and paths are looked up. Takes effect with the next reload.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Of the store's rows only those that it leaves are shown; null for all. Takes effect with the next
-    // reload.
+    // Sets a further filter of the store's rows; null for none. Takes effect with the next reload.
     void setNarrowing(std::shared_ptr<workflow::Narrowing> narrowing) { m_narrowing = std::move(narrowing); }
 
-    // Takes the store's present rows.
+    // Shows the store's current rows.
     void reload();
 
-    // How many of the store's rows are not shown: those of the system, and those that the narrowing leaves
-    // out. Until the store's rows change.
+    // How many of the store's rows are not shown: system rules, and those that the narrowing excludes. Valid
+    // until the store's rows change.
     std::size_t hiddenSystemRules() const;
     std::size_t leftOutRules() const;
 
-    // The store has lost one run of the rows: takes them away while all others keep their cells. False, and
-    // nothing has changed, when the rows differ in another way; then a reload is due.
+    // Call it when the store has lost one contiguous range of rows: removes them while all others keep their
+    // cells. False, without a change, when the rows differ in another way; then call reload().
     bool removeRules();
 
-    // Of these ranges of rows, which ascend.
+    // The selection of these ranges of rows, which must be ascending.
     workflow::RulesSelection selectionOf(std::vector<workflow::RulesSelection::Range> ranges) const;
 
     Qt::ItemFlags flags(const QModelIndex& index) const override;
-    // A tag as it was typed: shown until the next reload, whatever becomes of it; see tagTyped().
+    // Shows a typed tag until the next reload, whether or not it is stored; see tagTyped().
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
 Q_SIGNALS:
-    // Somebody has finished editing a tag in the table.
+    // The user has finished editing a tag in the table.
     void tagTyped(const QString& tag);
 
 protected:

@@ -25,7 +25,7 @@ constexpr int leastColumnWidth = 30;
 constexpr int widestFittedColumn = 260;
 constexpr int narrowestPath = 130;
 
-// How wide columns may be at most for all of them to fit into `room`.
+// The maximum column width for which all columns fit into `room`.
 int widestThatFits(QList<int> widths, int room)
 {
     std::sort(widths.begin(), widths.end());
@@ -56,7 +56,7 @@ RulesTableView::RulesTableView(QWidget* parent)
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setCornerButtonEnabled(false);
     verticalHeader()->setVisible(false);
-    // One height for all: a million rows need no measuring.
+    // A fixed height avoids measuring a million rows.
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(pixelsPerRow);
     verticalHeader()->setDefaultSectionSize(pixelsPerRow);
@@ -159,7 +159,7 @@ void RulesTableView::setColumnShown(int column, bool isShown)
         selectionModel()->setCurrentIndex(shownCell(currentIndex()), QItemSelectionModel::NoUpdate);
 }
 
-// The cell itself, or the first of its row when its column is hidden.
+// The cell itself, or the first visible one of its row when its column is hidden.
 QModelIndex RulesTableView::shownCell(const QModelIndex& index) const
 {
     QModelIndex cell = index;
@@ -208,7 +208,7 @@ void RulesTableView::selectRows(const std::vector<std::size_t>& rows)
 
 std::vector<std::pair<std::size_t, std::size_t>> RulesTableView::selectedRanges() const
 {
-    // They come in the order of the clicks.
+    // The ranges are in the order of the clicks.
     QItemSelection selected = selectionModel()->selection();
     std::sort(
         selected.begin(), selected.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
@@ -262,7 +262,7 @@ bool RulesTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
         const QModelIndex cell = index.siblingAtColumn(column);
         if (cell.flags().testFlag(Qt::ItemIsEditable)) {
             setColumnShown(column, true);
-            setCurrentIndex(cell); // alone: what is typed is for no other row
+            setCurrentIndex(cell); // selects it alone: the edit is for no other row
             return QTableView::edit(cell, trigger, event);
         }
     }
@@ -293,17 +293,17 @@ QModelIndex RulesTableView::moveCursor(CursorAction action, Qt::KeyboardModifier
 
 void RulesTableView::keyboardSearch(const QString& search)
 {
-    if (!search.trimmed().isEmpty()) // the space bar selects
+    if (!search.trimmed().isEmpty()) // the space bar selects rows instead
         Q_EMIT textTyped(search);
 }
 
 void RulesTableView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
-    // From a hidden cell no key would lead anywhere.
+    // Arrow keys would not work from a hidden cell.
     if (const QModelIndex shown = shownCell(current); shown != current)
         return selectionModel()->setCurrentIndex(shown, QItemSelectionModel::NoUpdate);
     QTableView::currentChanged(current, previous);
-    viewport()->update(); // the keyboard's frame goes round whole rows
+    viewport()->update(); // the focus frame surrounds whole rows
 }
 
 } // namespace quorvane::windows

@@ -11,71 +11,73 @@
 
 namespace quorvane::windows {
 
-// The table of rules, and of what else stands in rows. Tells a model of rules which rows are in view before
-// it paints them, and says why it is empty when it is.
+// A table of rules or other rows. Notifies a model of rules of the rows in view before painting them, and
+// shows a text when it is empty. User interface thread only.
 class RulesTableView : public QTableView {
     Q_OBJECT
 public:
     explicit RulesTableView(QWidget* parent = nullptr);
 
-    // Shown in place of rows when there are none.
+    // Shown when there are no rows.
     void setEmptyText(const QString& text);
 
-    // Marks the column by which the rows are sorted first; none when `column` is negative.
+    // Marks the primary sort column; none when `column` is negative.
     void showOrder(int column, Qt::SortOrder order);
 
-    // The column that takes what room the others leave. They give way to it, the widest ones first, when that
-    // would be too little. To be called once there is a model, and again when it has other columns.
+    // Sets the column that takes the remaining width. The others shrink, the widest first, when that would be
+    // too little. Call it once there is a model, and again when its columns change.
     void setPathColumn(int column);
 
-    // Makes the columns as wide as what they show needs, within reason.
+    // Fits the columns to their contents, within limits.
     void fitColumns();
-    // The same while nobody has chosen other widths: what the table shows is another thing now.
+    // The same, unless the user has chosen other widths: call it when the contents have changed.
     void refitColumns();
-    // Whether the columns are to be of other widths than they were fitted to last.
+    // Whether the user has chosen other widths than the last fitted ones.
     bool areWidthsChosen() const { return m_wishedWidths != m_fittedWidths; }
 
-    // How wide each column shall be where there is room.
+    // The preferred width of each column, if there is room.
     const QList<int>& wishedWidths() const { return m_wishedWidths; }
     void setWishedWidths(const QList<int>& widths);
 
-    // Hidden columns keep their width and give their room to the others. The last one that is shown stays.
+    // Hidden columns keep their preferred width and leave their room to the others. The last visible one
+    // cannot be hidden.
     void setColumnShown(int column, bool isShown);
     int shownColumns() const;
 
-    // Whichever column of the row is shown is brought into view.
+    // Scrolls to a visible column of the row.
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
     // The selected rows from the top down.
     std::vector<std::size_t> selectedRows() const;
     // The same as ranges, each from its first row up to, not including, its second.
     std::vector<std::pair<std::size_t, std::size_t>> selectedRanges() const;
-    // Selects these rows, ascending, and no others, and scrolls to the first; nothing when there are none.
+    // Selects exactly these rows, ascending, and scrolls to the first; does nothing when there are none.
     void selectRows(const std::vector<std::size_t>& rows);
-    // True when `question` answers so for one of them; asks from the top down and no further than it must.
+    // True when `question` is true for any selected row; checks from the top down and stops at the first.
     bool anySelectedRow(const std::function<bool(std::size_t row)>& question) const;
-    // The row that is selected when no other is; none otherwise.
+    // The selected row if it is the only one; none otherwise.
     std::optional<std::size_t> onlySelectedRow() const;
 
-    // Begins to edit the cell of the row that can be edited; nothing when there is none.
+    // Begins to edit the editable cell of the row; does nothing when there is none.
     using QTableView::edit;
 
-    // Letters are not looked for row by row, which would make the cells of a million rows; see textTyped().
+    // Does not search the rows for typed letters, which would make the cells of a million rows; see
+    // textTyped().
     void keyboardSearch(const QString& search) override;
 
 Q_SIGNALS:
-    // Somebody typed letters while the table had the keyboard.
+    // The user typed letters while the table had the keyboard focus.
     void textTyped(const QString& text);
     // The right mouse button over a row, or the menu key.
     void menuRequested(int row, const QPoint& globalPosition);
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
-    // The row of `index` matters, wherever in it the keyboard is. A hidden column is shown to be edited.
+    // Edits the row of `index`, whichever of its columns has the focus. A hidden column is shown for editing.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    // Home and End lead to the first and last row, not along the row.
+    // Home and End go to the first and last row, not along the row.
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
@@ -86,7 +88,7 @@ private:
     QString m_emptyText;
     int m_pathColumn = -1;
     QList<int> m_wishedWidths;
-    QList<int> m_fittedWidths; // as wished by the table itself
+    QList<int> m_fittedWidths; // the last fitted widths
     bool m_isMakingRoom = false;
 };
 

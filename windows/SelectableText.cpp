@@ -17,7 +17,7 @@ SelectableText::SelectableText(QWidget* parent)
     setAcceptRichText(false);
     setFrameShape(QFrame::NoFrame);
     setTabChangesFocus(true);
-    setFocusPolicy(Qt::StrongFocus); // not by the wheel, which scrolls what it stands in
+    setFocusPolicy(Qt::StrongFocus); // not by the wheel, which scrolls its container
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -45,7 +45,7 @@ void SelectableText::applyShade()
 {
     if (palette().color(QPalette::Text) == *m_shade)
         return;
-    QPalette shades; // of no other colour: those go on following the application's
+    QPalette shades; // sets only this colour: the others keep following the application's palette
     shades.setColor(QPalette::Text, *m_shade);
     setPalette(shades);
 }

@@ -6,15 +6,16 @@ namespace quorvane::windows {
 
 class Shade;
 
-// Plain text that wraps wherever it must, also within words, so that it never makes its window wider, and
-// that mouse and keyboard can select and copy as it is. As high as its text needs.
+// Plain text that wraps anywhere, also within words, so that it never makes its window wider; it can be
+// selected and copied verbatim with mouse and keyboard. As high as its text needs. User interface thread
+// only.
 class SelectableText : public QTextEdit {
     Q_OBJECT
 public:
     explicit SelectableText(QWidget* parent = nullptr);
 
     void setText(const QString& text);
-    // The text is in that shade of the present look from now on. `shade` must outlive this.
+    // Sets the shade of the text, which follows the current look. `shade` must outlive this object.
     void setShade(const Shade& shade);
 
     QSize sizeHint() const override;

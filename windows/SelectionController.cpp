@@ -29,10 +29,10 @@ namespace quorvane::windows {
 
 namespace {
 
-constexpr int betweenLabelAndControl = 10; // logical pixels, as the next
+constexpr int betweenLabelAndControl = 10; // logical pixels, like the next
 constexpr int betweenLikenesses = 8;
 
-// Controls that stand under each other with their labels.
+// A column of controls with their labels.
 struct Form {
     QWidget* widget = new QWidget;
     QFormLayout* rows = new QFormLayout(widget);
@@ -61,7 +61,7 @@ std::string processOf(const rules::RuleRef& rule)
         rule, [](const auto& record) { return std::string(record.fields().processName.view()); });
 }
 
-// Of the user's rules among them. Any thread.
+// The constraints of the user's rules of the program. Any thread.
 std::vector<std::string> constraintsOfProgram(
     const rules::RuleRows& rules, const std::string& program, const std::stop_token& stop)
 {
@@ -75,7 +75,7 @@ std::vector<std::string> constraintsOfProgram(
     return {constraints.begin(), constraints.end()};
 }
 
-// The records that the change leaves in the store.
+// The records of the change that remain in the store.
 std::vector<rules::RuleRef> changedRules(const workflow::PlannedChange& planned)
 {
     std::vector<rules::RuleRef> rules;
@@ -92,7 +92,7 @@ std::size_t changeCount(const workflow::PlannedChange& planned)
     return difference.added.size() + difference.removed.size() + difference.changed.size();
 }
 
-// Whole paths alone; of the rest the processes of rules are made.
+// True for plain absolute paths; anything else could be another form of process string.
 bool isProgramPath(const std::string& text)
 {
     return text.starts_with('/') && text.find(" via ") == std::string::npos;
@@ -163,7 +163,7 @@ ChangeWindow& SelectionController::openPreview(
     connect(m_preview, &ChangeWindow::wholeLinesRequested, this, [this] { m_table.keepWholeLines(); });
     connect(
         m_preview, &ChangeWindow::wasConfirmed, this, [this, command](const workflow::PlannedChange& change) {
-            m_preview.clear(); // which is closed, and need not plan again
+            m_preview.clear(); // it is closed and need not plan again
             perform(command, change);
         });
     m_preview->show();
@@ -344,8 +344,8 @@ void SelectionController::moveProgram(const std::string& from)
     offerCandidates(from, *found, *program);
 }
 
-// The search reads folders and whole programs. What it finds goes into the form that is still open, and into
-// the field unless the person has named another program meanwhile.
+// On another thread, since the search reads folders and whole programs. The results go into the form if it is
+// still open, and into the field unless the user has entered another program by then.
 void SelectionController::offerCandidates(const std::string& from, QComboBox& found, PathField& program)
 {
     m_searching.request_stop();

@@ -27,31 +27,31 @@ class ChangeWindow;
 class PathField;
 class RulesTable;
 
-// The commands of the main window that change all selected rules at once. Each is one action. What changes
-// more than one rule, folds rules, or asks for something besides is shown first in a ChangeWindow. Rules of
-// the system are never changed. User interface thread only.
+// The commands of the main window that change all selected rules at once. Each is one action. A command that
+// changes more than one rule, merges equal rules, or needs input is previewed in a ChangeWindow. System rules
+// are never changed. User interface thread only.
 class SelectionController : public QObject {
     Q_OBJECT
 public:
-    // Windows stand over `window`. Nothing given is owned; all of it must outlive this.
+    // `window` is the parent of other windows. Owns no argument; all must outlive this object.
     SelectionController(QWidget& window, RulesTable& table, workflow::RulesDocument& document);
     ~SelectionController() override;
 
-    // Where programs are looked up from now on; this machine at first.
+    // Sets where programs are looked up; initially this machine.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Ask for what the rules are to have.
+    // Ask for the new value.
     void setTag();
     void changeOperations();
-    // PolicyClass::allow or deny. Watch rules stay what they are.
+    // PolicyClass::allow or deny. Watch rules are unchanged.
     void setClass(std::int32_t policyClass);
-    // Binds each rule to its program as it is now; or to nothing.
+    // Bind each rule to its program in its current state, or to nothing.
     void bindAnew();
     void clearConstraint();
-    // Asks for the program that copies of the rules shall be for. Of system rules there are copies as well.
+    // Asks for a program and copies the rules, including system rules, for it.
     void copyToProgram();
-    // Asks where the program of the first rule is now; where it may be is offered as soon as it is found. All
-    // its rules follow, selected or not.
+    // Asks where the program of the first rule is now, offering candidates as they are found, and changes all
+    // of its rules, selected or not.
     void moveProgram();
     // The same for the program at `from`.
     void moveProgram(const std::string& from);
@@ -59,7 +59,7 @@ public:
     // The selected rules as lines of a rules file.
     QString selectedText() const;
 
-    // The stored rules may be others now: a preview follows.
+    // Call it when the stored rules may have changed: updates an open preview.
     void rulesDidChange();
 
 private:
@@ -67,22 +67,22 @@ private:
         const std::vector<rules::RuleRef>& rules, rules::LineEnds lineEnds)>;
 
     struct Command {
-        QString title; // of the preview, and in words what is done
+        QString title; // of the preview and of the action
         QString verb; // on the button
-        std::string action; // as the history names it, in front of "Rule" or "3 Rules"
+        std::string action; // its name in the history, before "Rule" or "3 Rules"
         bool takesWatchRules = true;
         bool takesSystemRules = false;
     };
 
-    // What the command would do to those of the rules that it is for and that are still stored.
+    // The plan of the command for those of the rules that it applies to and that are still stored.
     workflow::PlannedChange planned(const Command& command, const std::vector<rules::RuleRef>& selected,
         rules::LineEnds lineEnds, const MakePlan& plan) const;
     using Plan = std::function<workflow::PlannedChange(rules::LineEnds lineEnds)>;
     ChangeWindow& openPreview(const Command& command, Plan plan);
-    // `first` is what has been planned already.
+    // `first` is the initial plan.
     ChangeWindow& openPreview(const Command& command, Plan plan, workflow::PlannedChange first);
     void perform(const Command& command, const workflow::PlannedChange& planned);
-    // At once where one rule changes and none is folded.
+    // Performs it at once if a single rule changes and none are merged; otherwise previews it.
     void performOrPreview(const Command& command, const MakePlan& plan);
     void patch(const Command& command, const workflow::RulePatch& patch);
     rules::LineEnds lineEnds() const;
@@ -92,7 +92,7 @@ private:
     RulesTable& m_table;
     workflow::RulesDocument& m_document;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
-    QPointer<ChangeWindow> m_preview; // the one that is open
+    QPointer<ChangeWindow> m_preview; // the open one
     std::stop_source m_searching; // for the program of the latest preview
     BackgroundThread m_thread;
 };

@@ -11,19 +11,19 @@ namespace quorvane::windows {
 
 class RuleCellsModel;
 
-// What is selected in a rules table, where it is scrolled to and what is being typed in one of its cells,
-// told by the rules' records and not by their rows, so that it outlives a reload.
+// The selection, scroll position and pending edit of a rules table, by the rules' records and not by their
+// rows, so that it survives a reload. User interface thread only.
 class SelectionState {
 public:
     SelectionState(const QTableView& table, const RuleCellsModel& model);
 
-    // Selects the rules that are still rows, and scrolls to where the table was: the first rule that was in
-    // view is the first again while it exists. What was being typed goes on in the cell of the same rule,
-    // and is dropped when that is gone.
+    // Selects the rules that still have rows, and restores the scroll position: the rule that was at the top
+    // of the view is at the top again if it exists. An edit in progress continues in the cell of the same
+    // rule, and is dropped if that is gone.
     void restore(QTableView& table, const RuleCellsModel& model) const;
 
 private:
-    // A text in the making, in the row that has the keyboard.
+    // A pending edit, in the current row.
     struct Typed {
         int column;
         QString text;

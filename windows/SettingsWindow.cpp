@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::uint64_t bytesInMebibyte = std::uint64_t{1} << 20U;
 
-// As far as a field of numbers reaches.
+// Clamped to the range of a spin box.
 int mebibytes(std::uint64_t bytes)
 {
     constexpr std::uint64_t most = std::numeric_limits<int>::max();
     return static_cast<int>(std::min(bytes / bytesInMebibyte, most));
 }
 
-// Says to the eye below a control, and to a screen reader, what it does.
+// Describes a control, below it and for screen readers.
 void explain(QLabel& help, QWidget& control)
 {
     constexpr int helpWidth = 380;
@@ -70,7 +70,7 @@ workflow::ProgramSettings SettingsWindow::shownSettings() const
     workflow::ProgramSettings settings = m_settings;
     settings.wholeLines = m_ui->wholeLinesCheckBox->isChecked();
     settings.history.days = static_cast<std::uint32_t>(m_ui->daysSpinBox->value());
-    // A size that nobody has changed stays to the byte.
+    // A size that was not edited keeps its exact bytes.
     if (m_ui->sizeSpinBox->value() != mebibytes(m_settings.history.bytes))
         settings.history.bytes = static_cast<std::uint64_t>(m_ui->sizeSpinBox->value()) * bytesInMebibyte;
     return settings;

@@ -15,17 +15,17 @@ class SettingsWindow;
 
 namespace quorvane::windows {
 
-// The settings of the programs themselves, which window and command line share. Deletes itself when it is
-// closed.
+// The settings of our own programs, shared by window and command line. Deletes itself when it is closed. User
+// interface thread only.
 class SettingsWindow : public QDialog {
     Q_OBJECT
 public:
-    // Of the settings file at that path, which is read now. What cannot be used of it is told.
+    // Reads the settings file at that path and reports the parts that cannot be used.
     explicit SettingsWindow(std::string file, QWidget* parent = nullptr);
     ~SettingsWindow() override;
 
 public Q_SLOTS:
-    // Closes when the settings are in the file, and says why when they are not.
+    // Writes the settings and closes; after a failure stays open and says why.
     void save();
 
 Q_SIGNALS:

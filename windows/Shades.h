@@ -4,13 +4,13 @@
 
 #include <QColor>
 
-// Every colour of the windows, in the four looks that a desktop can ask for. Each text has a contrast of at
-// least 4.5 to 1, and 7 to 1 where high contrast is asked for, against each background that it stands on, a
-// selection included. User interface thread only.
+// All colours of the windows, in the four looks that a desktop can request. Each text has a contrast of at
+// least 4.5 to 1, and 7 to 1 in high contrast, against every background it is shown on, including a
+// selection. User interface thread only.
 
 namespace quorvane::windows {
 
-// A colour that differs from look to look. Used as a QColor it is that of the present look, at that moment.
+// A colour that depends on the look. Converts to the QColor of the look at that moment.
 class Shade {
 public:
     constexpr Shade(QRgb light, QRgb dark, QRgb lightInHighContrast, QRgb darkInHighContrast)
@@ -30,7 +30,7 @@ public:
     operator QColor() const { return in(presentLook()); }
 
     static platform::Appearance presentLook() { return s_presentLook; }
-    // For WindowLook, which lets the windows follow.
+    // For WindowLook, which updates the windows.
     static void setPresentLook(platform::Appearance look) { s_presentLook = look; }
 
 private:
@@ -47,17 +47,17 @@ namespace shades {
 // Texts.
 inline constexpr Shade text(0x202024, 0xececf0, 0x000000, 0xffffff);
 inline constexpr Shade faintText(
-    0x63636b, 0xb4b4be, 0x3c3c42, 0xd8d8de); // hints, titles of columns, what cannot be changed
+    0x63636b, 0xb4b4be, 0x3c3c42, 0xd8d8de); // hints, column titles, read-only texts
 inline constexpr Shade failureText(0xb00020, 0xff8a94, 0x8a0018, 0xffb0b6);
 
-// Texts of cells, by the names of their colours.
+// Texts of cells, by colour name.
 inline constexpr Shade black(0x000000, 0xf4f4f6, 0x000000, 0xffffff);
 inline constexpr Shade red(0xcc0000, 0xff8a80, 0x940000, 0xffaaa2);
 inline constexpr Shade orange(0xb04600, 0xffa552, 0x703000, 0xffc080);
 inline constexpr Shade blue(0x0000ff, 0x9dbcff, 0x0000b4, 0xbcd4ff);
 inline constexpr Shade grey(0x63636b, 0xb4b4be, 0x3c3c42, 0xd8d8de);
 
-// Texts of what came, went and changed, of which words tell as well.
+// Texts of additions, removals and changes, which are also stated in words.
 inline constexpr Shade added(0x14662e, 0x7fd99a, 0x064a1c, 0xa6f0bc);
 inline constexpr Shade removed(0xa81024, 0xff9aa4, 0x86001a, 0xffb8bf);
 inline constexpr Shade changed(0x8a4b00, 0xf2bd6b, 0x5c3000, 0xffd591);

@@ -6,11 +6,11 @@ namespace quorvane::windows {
 
 constexpr int stateImageSize = 12; // logical pixels
 
-// The small marks of rules, a little faded so that the texts beside them come first.
+// The small marks of rules, slightly faded so that the texts beside them stand out.
 const QIcon& systemRuleImage();
 const QIcon& recentRuleImage();
 
-// Stands faintly where a program's icon would, when there is no such program.
+// A faint placeholder for the icon of a missing program.
 const QIcon& missingProgramImage();
 
 } // namespace quorvane::windows

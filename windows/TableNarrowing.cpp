@@ -77,7 +77,7 @@ void TableNarrowing::use(std::shared_ptr<workflow::Narrowing> narrowing)
 {
     auto former = std::exchange(m_narrowing, std::move(narrowing));
     Q_EMIT narrowed(m_narrowing);
-    // Letting go of long lists of problems takes a while.
+    // Freed on the thread, since freeing long lists of problems takes a while.
     m_thread.run([former = std::move(former)]() mutable { former.reset(); }, [] {});
 }
 

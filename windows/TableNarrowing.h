@@ -17,12 +17,12 @@ namespace quorvane::windows {
 class NarrowBar;
 class ProblemsFinder;
 
-// Narrows the main table to what a bar of choices asks for. Rules are looked at beside the user interface
-// thread, on which all of this is used, and what can be chosen is found there.
+// Filters the main table by the choices of a bar. Rules are checked, and the choices computed, on another
+// thread; use it on the user interface thread only.
 class TableNarrowing : public QObject {
     Q_OBJECT
 public:
-    // All of it must outlive this.
+    // All arguments must outlive this object.
     TableNarrowing(NarrowBar& bar, const rules::RuleManager& store, ProblemsFinder& finder);
     ~TableNarrowing() override;
 
@@ -33,7 +33,7 @@ public Q_SLOTS:
     void rulesDidChange();
 
 Q_SIGNALS:
-    // The table shows what it leaves from now on; null for all rules, which is said at once.
+    // The filter for the table from now on; null for all rules, which is emitted immediately.
     void narrowed(const std::shared_ptr<quorvane::workflow::Narrowing>& narrowing);
 
 private:
@@ -48,9 +48,9 @@ private:
     bool m_isShown = false;
     std::stop_source m_stop;
     std::stop_source m_namesStop;
-    std::shared_ptr<workflow::Narrowing> m_narrowing; // that is in force; null for none
+    std::shared_ptr<workflow::Narrowing> m_narrowing; // the current one; null for none
     BackgroundThread m_thread;
-    BackgroundThread m_namesThread; // of its own, so that no choice waits for names
+    BackgroundThread m_namesThread; // separate, so that no choice waits for names
 };
 
 } // namespace quorvane::windows

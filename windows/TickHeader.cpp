@@ -25,7 +25,7 @@ TickHeader::TickHeader(QWidget* parent)
 void TickHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section) const
 {
     QHeaderView::initStyleOptionForIndex(option, section);
-    // Qt's own points down then.
+    // By default Qt's indicator points down then.
     if (option->sortIndicator != QStyleOptionHeader::None)
         option->sortIndicator = sortIndicatorOrder() == Qt::AscendingOrder ? QStyleOptionHeader::SortUp
                                                                            : QStyleOptionHeader::SortDown;

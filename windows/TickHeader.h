@@ -5,11 +5,11 @@
 
 namespace quorvane::windows {
 
-// Paints the check box of `option`, in its check state, in the middle of its rectangle.
+// Paints the check box of `option`, in its check state, centred in its rectangle.
 void paintTick(QPainter& painter, QStyleOptionViewItem option, const QStyle& style);
 
-// Column titles whose mark of the order points up while it ascends, and of which those that the model gives a
-// check state show it in the middle of their section.
+// A header whose sort indicator points up for ascending order, and which shows a centred check box in
+// sections that have a check state in the model.
 class TickHeader : public QHeaderView {
     Q_OBJECT
 public:

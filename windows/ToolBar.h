@@ -4,7 +4,7 @@
 
 namespace quorvane::windows {
 
-// A tool bar whose buttons leave out their icons where there is no room for icons and texts.
+// A tool bar whose buttons hide their icons when there is not enough room for icons and texts.
 class ToolBar : public QToolBar {
     Q_OBJECT
 public:
@@ -14,7 +14,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    int m_widthWithIcons = 0; // as needed when it last had them
+    int m_widthWithIcons = 0; // the width needed when it last had icons
 };
 
 } // namespace quorvane::windows

@@ -10,7 +10,7 @@ namespace {
 
 bool isWanted(const rules::RuleRef& rule, const workflow::TouchQuestion& question, bool includeSystemRules)
 {
-    const rules::RuleValue value = valueOf(rule); // which stays as it is, whatever the store's thread does
+    const rules::RuleValue value = valueOf(rule); // immutable, whatever the store's thread does
     const bool isSystem = askValue(value, [](const auto& fields) { return fields.system; });
     return (includeSystemRules || !isSystem) && touches(value, question);
 }

@@ -6,7 +6,7 @@ namespace quorvane::windows {
 
 namespace {
 
-bool listIsShaded = false; // of the rows of all such tables, for the whole process
+bool listIsShaded = false; // shared by all such tables of the process
 
 }
 

@@ -9,19 +9,19 @@
 
 namespace quorvane::windows {
 
-// Rules that touch a path, as the rules table shows them, and why they do.
+// Rules that apply to a path, in the columns of the rules table, and why they do. User interface thread only.
 class TouchingModel : public RuleCellsModel {
     Q_OBJECT
 public:
-    static constexpr int whyColumn = workflow::ruleColumnCount; // behind those of the rules table
+    static constexpr int whyColumn = workflow::ruleColumnCount; // after those of the rules table
 
     // Neither is owned.
     TouchingModel(const rules::RuleManager& store, desktop::Workspace& workspace, QObject* parent = nullptr);
 
-    // Where programs and paths are looked up. Takes effect with the next rules.
+    // Sets where programs and paths are looked up. Takes effect with the next rules.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
 
-    // Stored rules, which `question` is about.
+    // Shows stored rules, the results for `question`.
     void show(const std::vector<rules::RuleRef>& rules, const workflow::TouchQuestion& question);
 
 protected:

@@ -24,28 +24,29 @@ class PathField;
 class RulesTable;
 class TouchingModel;
 
-// Which rules are about a path, and why: by their text alone, without a verdict. Program and operations
-// narrow that down. Follows what is typed, and what becomes of the rules. Deletes itself when it is closed.
+// Which rules apply to a path, and why: by their text alone, without a verdict. Program and operations
+// restrict the result, which updates as the user types and the rules change. Deletes itself when it is
+// closed. User interface thread only.
 class TouchingWindow : public QDialog {
     Q_OBJECT
 public:
-    // Rules are shown in `table`. Nothing given is owned; all of it must outlive the window.
+    // Rules are shown in `table`. Owns no argument; all must outlive the window.
     TouchingWindow(const rules::RuleManager& store, RulesTable& table, desktop::Workspace& workspace,
         QWidget* parent = nullptr);
     ~TouchingWindow() override;
 
-    // Where programs and paths are looked up; this machine at first.
+    // Sets where programs and paths are looked up; initially this machine.
     void setPlace(const workflow::RulesPlace& place);
 
-    // The stored rules are others now.
+    // Call it when the stored rules have changed.
     void rulesDidChange();
 
 Q_SIGNALS:
-    // The answer to the present question is shown.
+    // The result for the current input is shown.
     void wasAnswered();
 
 private:
-    // In one list; more are only counted.
+    // The limit of the list; further rules are only counted.
     static constexpr std::size_t mostRulesShown = 20'000;
 
     void setUpQuestion();
@@ -58,7 +59,7 @@ private:
     std::unique_ptr<Ui::TouchingWindow> m_ui;
     RulesTable& m_table;
     TouchSearch m_search;
-    TouchingModel* m_model; // owned by this window, as are all controls
+    TouchingModel* m_model; // owned by this window, like all controls
     PathField* m_path;
     PathField* m_program;
     OperationBoxesRow* m_operations;

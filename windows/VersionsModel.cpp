@@ -16,7 +16,7 @@ namespace quorvane::windows {
 
 namespace {
 
-// Nothing for none, so that what was done stands out.
+// Empty for 0, so that other counts stand out.
 QString countText(std::uint64_t count, QChar sign)
 {
     return count == 0 ? QString() : sign + inWords(count);
@@ -84,7 +84,7 @@ QString versionAction(const history::JournalVersion& version)
 
 void VersionsModel::setVersions(std::vector<history::JournalVersion> versions)
 {
-    // Mostly some have come at the top; then the others stay where they are.
+    // Usually new ones were added at the top; then the other rows stay.
     const std::size_t before = m_versions.size();
     const std::size_t come = versions.size() - std::min(versions.size(), before);
     const auto same = [](const history::JournalVersion& a, const history::JournalVersion& b) {

@@ -13,7 +13,8 @@
 
 namespace quorvane::windows {
 
-// The versions of a file as a Qt table, newest first: all, or those that a search has found.
+// The versions of a file as a Qt table, newest first: all, or the results of a search. User interface thread
+// only.
 class VersionsModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -22,12 +23,12 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    // Newest first. Rows that stay are not touched.
+    // Newest first. Rows that stay are not reset.
     void setVersions(std::vector<history::JournalVersion> versions);
-    // The title of the column that counts what a version holds: "Rules".
+    // The title of the column that counts the items of a version: "Rules".
     void setCounted(const QString& name);
-    // Shows only versions whose time, action, program or number contain this text, and those that are found
-    // by addFound(). Empty for all.
+    // Shows only versions whose time, action, program or number contain this text, and those added by
+    // addFound(). Empty for all.
     void setSearch(const QString& text);
     void addFound(std::int64_t version);
 
@@ -50,7 +51,7 @@ private:
     void showRows(std::vector<std::size_t> rows);
 
     std::vector<history::JournalVersion> m_versions;
-    std::vector<std::size_t> m_rows; // places in m_versions, ascending
+    std::vector<std::size_t> m_rows; // indexes in m_versions, ascending
     QString m_counted;
     QString m_search;
     std::unordered_set<std::int64_t> m_found;
@@ -58,7 +59,7 @@ private:
 
 // The local time of a version, to the second.
 QString versionTime(const history::JournalVersion& version);
-// What was done, and what of it is out of the ordinary.
+// The action, and anything unusual about the version.
 QString versionAction(const history::JournalVersion& version);
 
 } // namespace quorvane::windows

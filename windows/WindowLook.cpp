@@ -34,7 +34,7 @@ public:
     {
     }
 
-    // Buttons bear the icons of the desktop's theme or none: the style's own go with no desktop.
+    // Buttons have icons of the desktop's theme or none: the style's own do not match any desktop.
     QIcon standardIcon(StandardPixmap image, const QStyleOption* option, const QWidget* widget) const override
     {
         const QIcon icon = QProxyStyle::standardIcon(image, option, widget);
@@ -42,7 +42,7 @@ public:
         return isForButton && icon.name().isEmpty() ? QIcon() : icon;
     }
 
-    // The style's outlines are a little darker than the window, which is nothing on black.
+    // The style's outlines are slightly darker than the window, which is invisible on black.
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
         const QWidget* widget) const override
     {
@@ -58,7 +58,7 @@ public:
         painter->restore();
     }
 
-    // Nothing moves that is not moved by the person.
+    // Disables animations.
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
         QStyleHintReturn* answer) const override
     {
@@ -67,7 +67,7 @@ public:
     }
 };
 
-// Keeps one colour of a widget that shade, whatever the look. Lives as long as the widget.
+// Keeps one colour of a widget in a shade, across changes of the look. Lives as long as the widget.
 class ShadedRole : public QObject {
 public:
     ShadedRole(QWidget& widget, QPalette::ColorRole role, const Shade& shade)
@@ -93,7 +93,7 @@ private:
     {
         if (m_widget.palette().color(m_role) == m_shade)
             return;
-        QPalette palette; // of no other colour: those go on following the application's
+        QPalette palette; // sets only this colour: the others keep following the application's palette
         palette.setColor(m_role, m_shade);
         m_widget.setPalette(palette);
     }
@@ -125,9 +125,9 @@ QPalette paletteIn(platform::Appearance look)
 void applyWindowLook(QApplication& application)
 {
     keepImages();
-    QIcon::setFallbackThemeName(QStringLiteral("Adwaita")); // for desktops without icons of their own
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita")); // for desktops without an icon theme
     QApplication::setStyle(new WindowStyle);
-    // Else what stands in a sheet would take the palette of the application and not the sheet's.
+    // Otherwise the contents of a sheet would use the application's palette instead of the sheet's.
     QCoreApplication::setAttribute(Qt::AA_UseStyleSheetPropagationInWidgetStyles);
     setAppearance(application, {});
 }
@@ -170,9 +170,8 @@ void applySheetLook(QWidget& window)
     QColor sheet = shades::sheet.in(lightLook);
     if (translucent) {
         window.setAttribute(Qt::WA_TranslucentBackground);
-        window.setAttribute(
-            Qt::WA_NoSystemBackground, false); // the colour of the sheet is painted all the same
-        sheet.setAlphaF(0.94F); // less would let the texts behind disturb those on the sheet
+        window.setAttribute(Qt::WA_NoSystemBackground, false); // the colour of the sheet is still painted
+        sheet.setAlphaF(0.94F); // with less, texts behind the sheet would impair those on it
     }
     QPalette palette = paletteIn(lightLook);
     palette.setColor(QPalette::Window, sheet);

@@ -9,25 +9,25 @@ namespace quorvane::windows {
 
 class Shade;
 
-// The look that all windows share: calm, in shades of its own, whatever the desktop's colours are, and light
-// at first. Called once, before the first window.
+// Applies the look that all windows share, with its own colours whatever the desktop's are; initially light.
+// Call it once, before the first window. User interface thread only, like all of these.
 void applyWindowLook(QApplication& application);
 
-// All windows but sheets take this look, those that are open too.
+// Applies this look to all windows except sheets, including open ones.
 void setAppearance(QApplication& application, platform::Appearance look);
 
-// The widget's text or background is in that shade of the present look, whichever that is. `shade` must
-// outlive the widget, which is to be given one of the two, once.
+// Set the shade of a widget's text or background, which follows the current look. `shade` must outlive the
+// widget. Call at most one of the two, once per widget.
 void setTextShade(QWidget& widget, const Shade& shade);
 void setBackgroundShade(QWidget& widget, const Shade& shade);
 
-// The look of the windows that stand over the main one: a light sheet, whatever the look of the others, that
-// lets what is behind it shine through a little where the desktop can do so, and of the same colour where it
-// cannot. To be called before the window is shown for the first time. The title bar stays the desktop's own,
-// because moving, closing and switching of windows are its business.
+// Applies the look of dialogs over the main window: a light sheet, whatever the look of other windows;
+// slightly translucent if the desktop supports that, otherwise opaque in the same colour. Call it before the
+// window is first shown. The title bar remains the desktop's, which handles moving, closing and switching
+// windows.
 void applySheetLook(QWidget& window);
 
-// Shows the window over all others, with the keyboard.
+// Raises the window above all others and gives it the keyboard focus.
 void bringToFront(QWidget& window);
 
 } // namespace quorvane::windows

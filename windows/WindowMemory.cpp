@@ -154,7 +154,7 @@ void rememberWindowSize(const QWidget& window, const QString& name)
 void rememberColumnWidths(const RulesTableView& table)
 {
     QList<int> widths = table.wishedWidths();
-    widths.removeLast(); // which takes the rest
+    widths.removeLast(); // the last column takes the rest
     UserSettings().setValue(widthsKey(), asVariants(widths));
 }
 

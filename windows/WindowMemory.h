@@ -13,25 +13,26 @@ namespace quorvane::windows {
 
 class RulesTableView;
 
-// Remembers the sizes of windows, and the columns and docks of the main window, from one run to the next, in
-// the user's own settings. Unusable settings count as none. A window is known by its name.
+// Remembers the sizes of windows, and the columns and docks of the main window, across runs in the user's
+// settings. Invalid settings count as missing. A window is identified by its name. User interface thread
+// only.
 
-// False when there was nothing to restore; the caller then chooses.
+// False when there was nothing to restore; the caller then uses a default.
 bool restoreWindowSize(QWidget& window, const QString& name = QStringLiteral("mainWindow"));
-// The same of a dialog, whose size is remembered when it closes.
+// The same for a dialog, and remembers its size when it closes.
 bool keepSize(QDialog& dialog, const QString& name);
 bool restoreColumnWidths(RulesTableView& table);
-// Which columns are shown, and in what order.
+// Which columns are visible, and in what order.
 bool restoreColumns(RulesTableView& table);
-// What stands around the table of the main window: what of it is shown, where and how large.
+// The docks around the table of the main window: which are visible, where, and their sizes.
 bool restoreDocks(QMainWindow& window);
 
-// The names of the kinds of problems that are left out; none when nobody has chosen any.
+// The names of the hidden kinds of problems; none when the user has not chosen any.
 std::optional<QStringList> rememberedHiddenKinds();
 
 void rememberWindowSize(const QWidget& window, const QString& name = QStringLiteral("mainWindow"));
 void rememberColumnWidths(const RulesTableView& table);
-// The next time they are as wide as what they show.
+// The next time they are fitted to their contents.
 void forgetColumnWidths();
 void rememberColumns(const RulesTableView& table);
 void rememberDocks(const QMainWindow& window);

@@ -13,7 +13,7 @@ namespace quorvane::workflow {
 // The cells of one row while it is in view.
 struct ShownRow {
     std::vector<RuleCell> cells; // by column
-    bool shaded = false; // its band
+    bool shaded = false; // its band colour
     bool hasOtherRowAbove = false; // since its cells were made
 };
 
