@@ -32,8 +32,7 @@ constexpr std::chrono::seconds longestWait{10};
 constexpr const char* agentIdentifier = "vantreal.QuorvaneUserAgent";
 constexpr const char* authenticationReason = "verify authorization";
 
-// The user guide as a page for browsers, which lies beside the file that `guide` leads to. Empty when there
-// is no such file.
+// The HTML version of the user guide, beside the target of `guide`. Empty when there is no such file.
 std::string guidePage(const std::string& guide)
 {
     std::error_code failure;
@@ -60,7 +59,7 @@ void AppDelegate::setPreferencesOpener(std::function<QWidget*()> openPreferences
 void AppDelegate::applicationDidFinishLaunching(const rules::RuleManager& store, QWidget& mainWindow,
     const std::vector<std::string>& arguments, StartedBy starter)
 {
-    if (m_terminating) { // while a window was made; a local event loop may have taken it for its own end
+    if (m_terminating) { // requested while a window was created; a local event loop may have consumed it
         terminate();
         return;
     }
@@ -113,7 +112,7 @@ void AppDelegate::reloadAllAgents()
 
 void AppDelegate::reloadAgent()
 {
-    // Deliberate: another signal than at the end, to one agent only, and no line in the log.
+    // Deliberate: a different signal than at the end, to one agent only, and no log line.
     const auto agents = m_services.applications.withBundleIdentifier(agentIdentifier);
     if (!agents.empty())
         m_services.applications.sendSignal(agents.front(), agentIdentifier, SIGINT);
@@ -141,7 +140,7 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
     });
     if (!waitForResponse)
         return;
-    // Deliberate: shorter than the notice stays. It may still be on the screen when the caller goes on.
+    // Deliberate: shorter than the notice stays, so it may still be visible when the caller continues.
     QTimer timeOut(this);
     timeOut.setSingleShot(true);
     connect(&timeOut, &QTimer::timeout, wait.get(), &QEventLoop::quit);
@@ -188,17 +187,17 @@ void AppDelegate::showHelp()
 void AppDelegate::terminate()
 {
     m_terminating = true;
-    if (m_ended) // what is being finished would be cut short
+    if (m_ended) // would interrupt what is being completed
         return;
-    // By the event loop, which may not be running yet: a window can ask for the end while it is made. Windows
-    // that are open go without being closed: what closing a review discards is there the next time.
+    // Queued, since the event loop may not be running yet: a window can request the end during its creation.
+    // Open windows are not closed: what closing a review would discard is kept for the next run.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
 }
 
 void AppDelegate::adopt(QWidget& window)
 {
-    // Gone when it is closed, else with the application.
+    // Deleted when it is closed, or else with the application.
     window.setAttribute(Qt::WA_DeleteOnClose);
     connect(this, &QObject::destroyed, &window, [&window] { delete &window; });
 }

@@ -30,7 +30,7 @@ struct RunState;
 
 namespace quorvane::app {
 
-// What the delegate asks of the desktop and the system.
+// The services of desktop and system that the delegate uses.
 struct DelegateServices {
     platform::Notices& notices;
     platform::AdminAuthority& authority;
@@ -38,43 +38,41 @@ struct DelegateServices {
     desktop::Workspace& workspace;
 };
 
-// The root of the application: what happens at its start and its end, and what it does for every window.
-// User interface thread only.
+// The root of the application: handles its start and end, and implements the services for every window. User
+// interface thread only.
 class AppDelegate : public QObject, public workflow::ApplicationServices {
     Q_OBJECT
 public:
-    // What is given by reference must outlive it.
+    // All references must outlive it.
     AppDelegate(platform::Locations locations, platform::Log& log, const workflow::RunState& run,
         DelegateServices services);
 
-    // How a preferences window is made, which may take as long as a person needs to authenticate. To be set
-    // before the preferences are asked for.
+    // Sets the function that creates a preferences window, which may block until the user has authenticated.
+    // Call it before the preferences can be requested.
     void setPreferencesOpener(std::function<QWidget*()> openPreferencesWindow);
 
-    // Who has started the program: a person, or the session bus, which is about to say what for.
+    // Who started the program: the user, or the session bus, which will then send a request.
     enum class StartedBy { person, bus };
 
-    // To be called when the event loop runs: an authentication can ask for the end of the program.
+    // Call it from the event loop: an authentication can request the end of the program.
     //
-    // Tells of a configuration that failed to load. Then, for every argument that is "-preferences" exactly,
+    // Reports a configuration that failed to load. Then, for every argument that is exactly "-preferences",
     // closes `mainWindow` and shows the preferences; without such an argument shows `mainWindow`, unless the
-    // bus has started the program. Where the end has been asked for already, sees to it and shows nothing.
+    // bus started the program. If the end was requested already, ends the program and shows nothing.
     void applicationDidFinishLaunching(const rules::RuleManager& store, QWidget& mainWindow,
         const std::vector<std::string>& arguments, StartedBy starter = StartedBy::person);
 
-    // Shows the window, above others and with the keyboard.
+    // Raises the window above others and gives it the keyboard focus.
     static void bringToFront(QWidget& window);
 
-    // To be called when the event loop has ended: reloads the agents, and hands over notices that are still
-    // on their way.
+    // Call it when the event loop has ended: reloads the agents, and waits for notices still being sent.
     void applicationWillTerminate();
 
-    // Has every agent read the configuration again, if it was changed in this run. Once: a second call does
-    // nothing. Needs no event loop.
+    // Makes every agent reload the configuration if it was changed in this run. A second call does nothing.
+    // Needs no event loop.
     void reloadAgentsAfterChange();
 
-    // Interrupts the first of the running agents, and only it. Nothing calls this; agents are told at the
-    // end.
+    // Interrupts only the first of the running agents. Nothing calls this; agents are notified at the end.
     void reloadAgent();
 
     bool performTouchIDAuthentication();
@@ -90,8 +88,7 @@ public:
     bool isTerminating() const override { return m_terminating; }
 
 Q_SIGNALS:
-    // A preferences window has tried to save. `failure` says why the settings are not in the file; empty when
-    // they are.
+    // A preferences window has tried to save. `failure` says why that failed; empty on success.
     void preferencesWereSaved(const QString& failure);
 
 private:
@@ -106,7 +103,7 @@ private:
     QPointer<QWidget> m_preferencesWindow; // the last one shown
     bool m_showPreferences = false;
     bool m_terminating = false;
-    bool m_ended = false; // the event loop has
+    bool m_ended = false; // the event loop has ended
     bool m_agentsReloaded = false;
 };
 

@@ -14,11 +14,11 @@ namespace quorvane::app {
 
 namespace {
 
-// As long as a request may be on its way after the program was started for it.
+// How long a request may take to arrive after the program was started for it.
 constexpr std::chrono::seconds longestUnneeded{20};
 
-// The preferences are a program of their own, as the desktop entry's command line would start it: it shows no
-// main window and ends with its own.
+// Starts the preferences as a separate process, like the command line of the desktop entry: it shows no main
+// window and ends with its own window.
 bool startForPreferences()
 {
     return QProcess::startDetached(
@@ -33,7 +33,7 @@ DesktopRequests::DesktopRequests(
     , m_mainWindow(mainWindow)
     , m_log(log)
 {
-    // Queued, so that the desktop has its answer before a window asks a person something.
+    // Queued, so that the desktop gets its reply before a window waits for the user.
     QObject::connect(
         &m_service, &desktop::ApplicationService::activated, &m_service, [this] { showMainWindow(); },
         Qt::QueuedConnection);

@@ -19,17 +19,16 @@ namespace quorvane::app {
 
 class AppDelegate;
 
-// What the desktop asks over the bus of a program that the bus has started, brought to its windows. Until it
-// is asked for, the main window does not show; a program that nobody asks for anything ends. User interface
-// thread only.
+// Handles the desktop's requests over the bus, for a program that the bus has started. The main window stays
+// hidden until requested; without any request the program ends. User interface thread only.
 class DesktopRequests {
 public:
-    // All of it must outlive this.
+    // All arguments must outlive this object.
     DesktopRequests(
         AppDelegate& delegate, windows::RulesEditorTableController& mainWindow, platform::Log& log);
 
-    // To be called before the event loop runs. Where the program cannot be known to the bus, it shows the
-    // main window as if somebody had started it.
+    // Call it before the event loop runs. If the program cannot register on the bus, shows the main window as
+    // if the user had started it.
     void start(const QDBusConnection& bus);
 
 private:

@@ -23,7 +23,7 @@ namespace {
 constexpr int lockSize = 20;
 const QColor helpColor(0x5c, 0x5c, 0x64);
 
-// Where the text of a box begins.
+// The indent of a check box's text.
 int textIndent(const QCheckBox& box)
 {
     const QStyle& style = *box.style();
@@ -31,7 +31,7 @@ int textIndent(const QCheckBox& box)
         + style.pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, &box);
 }
 
-// Says in small letters what a control does: to the eye below it, and to a screen reader.
+// Describes a control in small print below it, and for screen readers.
 void explain(QLabel& help, QWidget& control, int indent)
 {
     constexpr int helpWidth = 400;
@@ -125,7 +125,7 @@ void QVPreferencesWindow::showValues(const workflow::PreferenceValues& values)
         each.box->setChecked(values.*each.value);
     m_ui->restrictRulesCheckBox->setEnabled(values.createRules);
     QComboBox& detail = *m_ui->levelOfDetailPopUpButton;
-    // A level that the window does not know gets an item of its own, so that saving keeps it.
+    // An unknown level gets a separate item, so that saving preserves it.
     if (detail.findData(values.levelOfDetail) < 0)
         detail.addItem(tr("Other (%1)").arg(values.levelOfDetail), values.levelOfDetail);
     detail.setCurrentIndex(detail.findData(values.levelOfDetail));
@@ -143,7 +143,7 @@ workflow::PreferenceValues QVPreferencesWindow::shownValues() const
 void QVPreferencesWindow::makeReadOnly()
 {
     for (const Switch& each : m_switches) {
-        // Deliberate: the strict system rules can be clicked all the same; nothing is saved.
+        // Deliberate: the strict system rules can still be clicked; nothing is saved.
         if (each.box != m_ui->strictSystemRulesCheckBox)
             each.box->setEnabled(false);
     }
@@ -155,8 +155,8 @@ void QVPreferencesWindow::makeReadOnly()
     m_ui->saveButton->setFocus();
 }
 
-// An administrator could change everything for nothing, where the file belongs to another one, and would take
-// the defaults for the settings, where it could not be read.
+// Otherwise an administrator would edit in vain when another one owns the file, and would mistake the
+// defaults for the settings when it could not be read.
 void QVPreferencesWindow::warnOfFile()
 {
     const std::string file = m_locations.preferencesFile();
@@ -191,7 +191,7 @@ void QVPreferencesWindow::clickedOK()
     if (m_application.isAdminUser() && m_authenticated) {
         m_run.g_dirty = 1;
         setFolderPermissions();
-        // Afresh, so that what others have written since is kept.
+        // Read again, so that changes by others since then are kept.
         m_settings = workflow::readPreferences(m_locations.preferencesFile());
         shownValues().writeTo(m_settings);
         m_history.keepPresentVersion();

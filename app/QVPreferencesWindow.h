@@ -29,26 +29,25 @@ struct RunState;
 
 namespace quorvane::app {
 
-// The window on the settings that all users share. An administrator who has authenticated can change them,
-// anybody else can look at them. Deletes itself when it is closed.
+// The window for the settings shared by all users. An authenticated administrator can change them, others can
+// only view them. Deletes itself when it is closed. User interface thread only.
 class QVPreferencesWindow : public QDialog {
     Q_OBJECT
 public:
-    // Nothing given is owned; all of it must outlive the window.
+    // Owns no argument; all references must outlive the window.
     QVPreferencesWindow(platform::Locations locations, workflow::ApplicationServices& application,
         workflow::RunState& run, platform::PrivilegedCommand& privilegedCommand,
         workflow::PreferencesHistory& history, platform::Log& log);
     ~QVPreferencesWindow() override;
 
-    // Fills the window and has an administrator authenticate. To be called before the window is shown;
-    // returns when the person has answered.
+    // Fills the window and asks an administrator to authenticate. Call it before the window is shown; returns
+    // when the user has answered.
     void windowDidLoad();
     void setTheme();
 
-    // Whether others than administrators may write to the shared rules folder. Logs its permissions.
+    // Whether users other than administrators may write to the shared rules folder. Logs its permissions.
     static bool canCreateRules(const platform::Locations& locations, platform::Log& log);
-    // Asks for the permission of the rules folder that the window shows, if it is another than when it was
-    // loaded.
+    // Sets the permission of the rules folder to the shown value, if that has changed since it was loaded.
     void setFolderPermissions();
 
 public Q_SLOTS:
@@ -59,7 +58,7 @@ public Q_SLOTS:
     void reject() override;
 
 Q_SIGNALS:
-    // The window has tried to save. `failure` says why the settings are not in the file; empty when they are.
+    // The window has tried to save. `failure` says why that failed; empty on success.
     void saved(const QString& failure);
 
 protected:

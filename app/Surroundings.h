@@ -17,14 +17,15 @@
 
 namespace quorvane::app {
 
-// What the windows need, put together; outlives them. After QApplication, once in a process.
+// Creates and owns everything that the windows depend on. Must outlive them; create one per process, after
+// QApplication. User interface thread only.
 struct Surroundings {
     // `log` must outlive it.
     Surroundings(const platform::Locations& locations, platform::Log& log, bool openedWithOptions);
 
     platform::Log& log;
     workflow::RunState run;
-    workflow::ReadProgramSettings settings; // as they were at the start
+    workflow::ReadProgramSettings settings; // as read at the start
     rules::RuleManager& store;
     windows::BackgroundThread background;
     workflow::RulesDocument document;

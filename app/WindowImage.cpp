@@ -48,7 +48,7 @@ namespace quorvane::app {
 
 namespace {
 
-// What a picture is taken of.
+// The subject of an image.
 struct Subject {
     Subject() = default;
     template <class Window>
@@ -58,10 +58,10 @@ struct Subject {
     {
     }
     QWidget* shown = nullptr;
-    std::unique_ptr<QWidget> owner; // of what is shown, or that itself
+    std::unique_ptr<QWidget> owner; // the owner of the shown widget, or the widget itself
 };
 
-// Waits until the object has said so.
+// Waits until the object has emitted the signal.
 template <class Object, class... Values> void waitFor(Object& object, void (Object::*signal)(Values...))
 {
     QEventLoop untilThen;
@@ -85,7 +85,7 @@ std::unique_ptr<windows::RulesEditorTableController> makeMainWindow(Surroundings
     return window;
 }
 
-// Scrolled so far that `firstRow` is the first one that shows.
+// The main window, scrolled so that `firstRow` is at the top.
 Subject mainWindow(int firstRow, Surroundings& around)
 {
     auto window = makeMainWindow(around);
@@ -103,7 +103,7 @@ std::optional<rules::RuleRef> userRuleAt(int row, const rules::RuleManager& stor
                    : std::nullopt;
 }
 
-// The first problem in the list that is the rule's; none when it has none.
+// The first problem of the rule in the list; invalid when there is none.
 QModelIndex problemOf(const rules::RuleRef& rule, const windows::ProblemsModel& problems)
 {
     for (int kind = 0; kind < problems.rowCount(); ++kind) {
@@ -117,7 +117,7 @@ QModelIndex problemOf(const rules::RuleRef& rule, const windows::ProblemsModel& 
     return {};
 }
 
-// The main window with the list of problems, of which that of a row's rule is chosen.
+// The main window with the list of problems, in which that of a row's rule is selected.
 Subject problemsOf(int row, Surroundings& around)
 {
     constexpr int widthOfList = 210;
@@ -137,7 +137,7 @@ Subject problemsOf(int row, Surroundings& around)
     return window;
 }
 
-// The main window narrowed to a class, which is the one at that place in its choice.
+// The main window filtered by a class, given by its index in the combo box.
 Subject narrowedTo(int place, Surroundings& around)
 {
     auto window = makeMainWindow(around);
@@ -148,8 +148,8 @@ Subject narrowedTo(int place, Surroundings& around)
     return window;
 }
 
-// The window that the main one opens when items of its menus, of which "+" stands between the names, are
-// chosen with these rules selected.
+// The window that the main one opens when menu items, with their names separated by "+", are chosen with
+// these rules selected.
 Subject windowOfItems(const char* items, int firstRow, int rules, QSize size, Surroundings& around)
 {
     auto window = makeMainWindow(around);
@@ -211,7 +211,7 @@ Subject editorOf(int row, Surroundings& around)
     return editor;
 }
 
-// Everybody has proved to be an administrator.
+// Accepts everyone as an administrator.
 class AllAreAdministrators : public platform::AdminAuthority {
 public:
     bool isAdminUser() override { return true; }
@@ -219,7 +219,7 @@ public:
     bool verifyPassword(const std::string& /*reason*/) override { return true; }
 };
 
-// As an administrator sees it.
+// As seen by an administrator.
 Subject preferencesWindow(Surroundings& around)
 {
     static AllAreAdministrators administrators;
@@ -241,7 +241,7 @@ Subject historyWindow(Surroundings& around)
     return window;
 }
 
-// The table of a main window that nobody sees.
+// A table without a main window.
 class NoTable : public windows::RulesTable {
 public:
     std::vector<rules::RuleRef> selectedRules() const override { return {}; }
@@ -275,7 +275,7 @@ Subject mapWindow(Surroundings& around)
     return window;
 }
 
-// Nothing when the words name no window.
+// Empty when the words name no window.
 Subject windowNamed(int wordCount, char** words, Surroundings& around)
 {
     const std::string_view name = wordCount == 0 ? "main" : words[0];

@@ -23,9 +23,8 @@
 
 namespace {
 
-// When the display goes away, as it can at the end of a session, the toolkit ends the program by exit(3),
-// which takes nothing on the stack of main() down and emits no signal. What is to be saved is saved all the
-// same.
+// When the display connection is lost, as can happen at the end of a session, Qt calls exit(3), which neither
+// unwinds the stack of main() nor emits a signal. This saves what must be saved in that case, too.
 class FinishAtExit {
 public:
     explicit FinishAtExit(std::function<void()> finish)
@@ -52,12 +51,12 @@ int main(int argumentCount, char** arguments)
     const bool startedByBus = quorvane::desktop::ApplicationService::wasStartedByBus();
     const std::vector<std::string> allArguments(arguments, arguments + argumentCount);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    // The toolkit gets the program's name alone: no argument of its own has an effect.
+    // Qt gets only the program's name, so that its own arguments have no effect.
     int onlyTheName = std::min(argumentCount, 1);
     QApplication application(onlyTheName, arguments);
     QApplication::setApplicationName(QStringLiteral("Quorvane Configuration"));
     QApplication::setDesktopFileName(QString::fromLatin1(quorvane::desktop::ApplicationService::name));
-    // Windows other than the main one may be closed, and the main one left for the preferences.
+    // Closing windows other than the main one must not end the program, nor replacing it by the preferences.
     QApplication::setQuitOnLastWindowClosed(false);
     quorvane::windows::applyWindowLook(application);
     quorvane::windows::speakLanguageOf(application, QLocale::system());
@@ -85,7 +84,7 @@ int main(int argumentCount, char** arguments)
         mainWindow.useVolume(volume);
     const auto saveWhatIsOpen = [&] {
         mainWindow.keepUnsavedRules();
-        around.document.waitUntilWritten(); // before the agents are told to read it
+        around.document.waitUntilWritten(); // before the agents are notified to read it
     };
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &mainWindow, [&] {
         saveWhatIsOpen();
