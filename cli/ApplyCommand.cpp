@@ -19,7 +19,7 @@ namespace quorvane::cli {
 
 namespace {
 
-// The user's rules that a change leaves as they are.
+// The user's rules that a change does not affect.
 std::vector<rules::RuleRef> untouchedRules(const rules::RuleManager& store, const rules::ChangeSet& change)
 {
     std::unordered_set<const void*> touched;
@@ -91,7 +91,7 @@ private:
         return m_isDryRun ? openToLook(context) : openForWriting(context);
     }
 
-    // None after a complaint.
+    // None, with an error printed, when that fails.
     std::optional<std::vector<workflow::WantedRule>> readFile() const
     {
         const auto text = m_file == "-" ? readStandardInput() : readText(m_file);

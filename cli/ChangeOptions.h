@@ -18,17 +18,18 @@ namespace quorvane::cli {
 struct CommandContext;
 class UserDocument;
 
-// --dry-run and --json of a command that changes many of the current user's rules at once, and what all of
-// these commands do alike.
+// --dry-run and --json of a command that changes many of the current user's rules at once, and the common
+// part of these commands.
 class ChangeOptions {
 public:
     void addTo(CLI::App& command);
 
-    // The rules to be changed, or only to be looked at. Null, after a complaint, when that cannot be.
+    // Opens the rules for changing, or only for reading in a dry run. Null, with an error printed, when that
+    // fails.
     std::unique_ptr<UserDocument> open(const CommandContext& context) const;
 
-    // Does what was planned unless it is a dry run, as one action that begins with `verb` in the history, and
-    // prints it, with the rows of rules that were chosen by them. Returns the exit status.
+    // Performs the plan unless it is a dry run, as one action whose name in the history begins with `verb`,
+    // and prints it, with row numbers for rules selected by row. Returns the exit status.
     int carryOut(UserDocument& user, const workflow::PlannedChange& plan, const std::string& verb,
         const workflow::RowsOfRules& rows = {}) const;
 

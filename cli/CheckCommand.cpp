@@ -47,15 +47,15 @@ std::string textLines(const std::string& before, const workflow::FileFinding& fi
     return before + place + ": " + printable(finding.rule) + "\n    " + printable(finding.text) + "\n";
 }
 
-// What was found in one file, ready to be printed.
+// The findings of one file, ready to be printed.
 struct CheckedFile {
     std::string printed;
-    std::vector<std::string> problems; // why rules of it were not read
-    bool areProblemsTold = false; // on standard error
+    std::vector<std::string> problems; // why some of its rules were not read
+    bool areProblemsTold = false; // printed on standard error already
     bool isFaultless = true;
 };
 
-// Why rules that the file may hold are not in its text; none when all of it is there.
+// Why rules that the file may contain are not in its text; none when the text is complete.
 std::optional<std::string> whyUnread(const std::string& file, const rules::RulesFileText& text)
 {
     struct stat status { };
@@ -96,7 +96,7 @@ public:
         return checked;
     }
 
-    // The rules of a store, and the bytes of its file. `file` is what was named.
+    // Checks the rules of a store, and the bytes of its file. `file` is the name as given.
     void check(const rules::RuleManager& store, std::string_view bytes,
         const std::optional<std::string>& file, CheckedFile& checked) const
     {
@@ -126,7 +126,7 @@ private:
     const workflow::FileSearch m_search;
 };
 
-// Prints what was found, file by file.
+// Prints the findings, file by file.
 class CheckPrinter {
 public:
     explicit CheckPrinter(Form form)
@@ -150,7 +150,7 @@ public:
         }
     }
 
-    // The exit status.
+    // Returns the exit status.
     int finish()
     {
         if (m_form == Form::sarif)

@@ -17,7 +17,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// The answers about one program, which is read once for all of them.
+// The results for one program, which is read once for all of them.
 struct SignatureAnswers {
     std::int32_t state = codesign::signatureState::cannotTell;
     std::optional<std::int32_t> strictState; // none for a process

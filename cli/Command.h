@@ -13,7 +13,7 @@ class Log;
 
 namespace quorvane::cli {
 
-// What the program ends with.
+// Exit statuses.
 namespace ExitStatus {
 constexpr int success = 0;
 constexpr int findings = 1; // or differences, conflicts, joined lines
@@ -25,11 +25,11 @@ constexpr int failure = 3;
 struct CommandContext {
     const platform::Locations& locations;
     platform::Log& log;
-    std::chrono::milliseconds lockTimeout; // for another program's write to end
+    std::chrono::milliseconds lockTimeout; // for another process to finish writing
 };
 
-// A command of quorvanectl. It describes itself to the parser, which help, completions and the check of the
-// manual are made from, and does what the arguments say.
+// A command of quorvanectl. Declares its arguments to the parser, from which help, completions and the check
+// of the manual are generated, and runs. One thread.
 class Command {
 public:
     Command() = default;
@@ -37,12 +37,12 @@ public:
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
-    // Adds the command with its options to `program`, and returns it. What is parsed goes into this object,
-    // which must outlive the parsing.
+    // Adds the command with its options to `program`, and returns it. Parsed values are stored in this
+    // object, which must outlive the parsing.
     virtual CLI::App& addTo(CLI::App& program) = 0;
 
-    // Called once the arguments are parsed and before run(): throws CLI::ParseError when what the parser has
-    // taken one by one makes no sense.
+    // Called once the arguments are parsed and before run(): throws CLI::ParseError when the arguments are
+    // invalid in combination.
     virtual void check() { }
 
     // Returns the exit status, which is never that of a usage error. Throws std::bad_alloc.

@@ -22,7 +22,7 @@ std::optional<workflow::RulesInput> onlyText(workflow::RulesInput input)
     return std::nullopt;
 }
 
-// The errors that writeOutputFile() has for what it does not write to, in words.
+// Words for the errors of writeOutputFile(), with its special ones for refused files.
 std::string whyUnwritten(const std::error_code& error)
 {
     if (error == std::errc::too_many_symbolic_link_levels)

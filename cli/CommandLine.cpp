@@ -32,7 +32,7 @@ namespace {
 
 constexpr std::chrono::seconds usualLockTimeout{5};
 
-// What the argument of --lock-timeout means; none when it is no number of seconds.
+// Parses the argument of --lock-timeout; none when it is not a number of seconds.
 std::optional<std::chrono::milliseconds> lockTimeoutOf(const std::string& seconds)
 {
     constexpr double longest = 365.0 * 24 * 3600;
@@ -49,10 +49,10 @@ std::string onlySeconds(const std::string& text)
     return lockTimeoutOf(text) ? "" : "'" + text + "' is not a number of seconds";
 }
 
-// Of the command that runs, for where nothing can be reached but what is global.
+// Of the running command; global, for the handler that has access to nothing else.
 std::atomic<int> failureStatus = ExitStatus::failed;
 
-// The status of a failure of the command that the arguments name. Allocates nothing, since memory may run out
+// The failure status of the command that the arguments name. Allocates nothing, since memory may run out
 // before they are parsed.
 int failureStatusOf(int count, const char* const* arguments)
 {
@@ -61,7 +61,7 @@ int failureStatusOf(int count, const char* const* arguments)
     for (int number = 1; number < count; ++number) {
         const std::string_view argument = arguments[number];
         if (argument == "--root" || argument == "--lock-timeout")
-            ++number; // over its value
+            ++number; // skips its value
         else if (!argument.starts_with('-'))
             return std::find(failing.begin(), failing.end(), argument) != failing.end() ? ExitStatus::failed
                                                                                         : ExitStatus::failure;
@@ -69,22 +69,22 @@ int failureStatusOf(int count, const char* const* arguments)
     return ExitStatus::failed;
 }
 
-// In the order of the help.
+// In the order of the help text.
 constexpr std::array commandMakers{makeListCommand, makeOptionsCommand, makeExportCommand, makeAddCommand,
     makeDeleteCommand, makeSetCommand, makeRemoveCommand, makeMoveCommand, makeApplyCommand,
     makeImportCommand, makeTouchingCommand, makeHistoryCommand, makeRestoreCommand, makeUndoCommand,
     makeRedoCommand, makeCheckCommand, makeReportCommand, makeDiffCommand, makeMergeCommand,
     makeRescueCommand, makeGitSetupCommand, makeCodesignCommand, makeDigestCommand, makeCompletionCommand};
 
-// True for "-w" and the like, which the parser would take for options.
+// True for "-w" and the like, which the parser would interpret as options.
 bool areOperationsToRemove(std::string_view text)
 {
     return text.starts_with('-') && text.find_first_not_of("rwcmx", 1) == std::string_view::npos;
 }
 
-// The arguments as the parser takes them, last one first. It would take the word after "--name=" for the
-// value that is empty there, so that is made two words; operations to be removed are made one word with their
-// option.
+// The arguments as the parser expects them, last one first. It would take the word after "--name=" for the
+// empty value, so that is split into two words; operations to be removed are joined with their option into
+// one word.
 std::vector<std::string> argumentsInReverse(int count, const char* const* texts)
 {
     std::vector<std::string> arguments;
@@ -103,7 +103,7 @@ std::vector<std::string> argumentsInReverse(int count, const char* const* texts)
     return arguments;
 }
 
-// Everything that can be given, and what was.
+// The parser with all commands, and the result of parsing.
 class Program {
 public:
     Program()
@@ -123,7 +123,8 @@ public:
             add(makeCommand());
     }
 
-    // The exit status when there is nothing left to do but that: after help, or after a complaint.
+    // The exit status when nothing is left to do: after help, or a printed error; none when a command is to
+    // run.
     std::optional<int> parse(int argumentCount, const char* const* arguments)
     {
         try {
@@ -160,7 +161,7 @@ private:
     std::string m_root;
     std::string m_lockTimeout;
     std::vector<std::unique_ptr<Command>> m_commands;
-    Command* m_chosen = nullptr; // set when the arguments are parsed
+    Command* m_chosen = nullptr; // set by parsing
 };
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-// The commands of quorvanectl, each in a file of its own.
+// The commands of quorvanectl, each in a separate file. Never null.
 
 namespace quorvane::cli {
 
@@ -22,38 +22,38 @@ std::unique_ptr<Command> makeDeleteCommand();
 std::unique_ptr<Command> makeSetCommand();
 // Removes many of them at once.
 std::unique_ptr<Command> makeRemoveCommand();
-// Makes the rules of one program those of another.
+// Changes the rules of one program to another.
 std::unique_ptr<Command> makeMoveCommand();
-// Prints the rules that are about a path.
+// Prints the rules that apply to a path.
 std::unique_ptr<Command> makeTouchingCommand();
-// Adds the rules of an exchange file to the current user's configuration, as an import review does with every
+// Adds the rules of an exchange file to the current user's configuration, like an import review with every
 // row ticked, and writes it.
 std::unique_ptr<Command> makeImportCommand();
 // Prints the versions of the current user's rules, or what one of them changed.
 std::unique_ptr<Command> makeHistoryCommand();
-// Puts an earlier version in force again.
+// Restores an earlier version.
 std::unique_ptr<Command> makeRestoreCommand();
-// Takes back the newest action that is not undone.
+// Undoes the newest action that is not undone.
 std::unique_ptr<Command> makeUndoCommand();
-// Does again what was undone last.
+// Redoes the action undone last.
 std::unique_ptr<Command> makeRedoCommand();
-// Makes the current user's configuration hold the rules of a file, or none of them.
+// Ensures that the current user's configuration contains the rules of a file, or none of them.
 std::unique_ptr<Command> makeApplyCommand();
-// Prints what is worth telling of the user's rules, or of those of many files.
+// Prints the findings of the user's rules, or of those of several files.
 std::unique_ptr<Command> makeCheckCommand();
-// Prints the rules by which a rules file differs from another.
+// Prints the rules in which two rules files differ.
 std::unique_ptr<Command> makeDiffCommand();
-// Merges what two sides did to a rules file.
+// Merges the changes of two sides to a rules file.
 std::unique_ptr<Command> makeMergeCommand();
-// Prints the rules of joined lines, and takes them apart.
+// Prints the rules of joined lines, and separates them.
 std::unique_ptr<Command> makeRescueCommand();
-// Lets git merge and compare rules files by their rules.
+// Configures git to merge and compare rules files by their rules.
 std::unique_ptr<Command> makeGitSetupCommand();
-// Prints what the code signatures of programs, then of running processes, say.
+// Prints the code signatures of programs, then of running processes.
 std::unique_ptr<Command> makeCodesignCommand();
-// Prints the digests of files, of all that can be read.
+// Prints the digests of all readable files.
 std::unique_ptr<Command> makeDigestCommand();
-// Writes a page of map, problems and rules.
+// Writes a report page with map, problems and rules.
 std::unique_ptr<Command> makeReportCommand();
 // Prints the completion script of a shell.
 std::unique_ptr<Command> makeCompletionCommand();

@@ -13,7 +13,7 @@ namespace quorvane::cli {
 
 namespace {
 
-// What the scripts offer of the present rules; nothing for a word that is none of theirs.
+// A property of a rule for completion; empty for an unknown kind.
 template <class Rule> std::string valueOf(const Rule& rule, const std::string& kind)
 {
     if (kind == "tags")
@@ -32,7 +32,7 @@ public:
         m_program = &program;
         CLI::App& command = *program.add_subcommand("completion", "Print the completion script of a shell");
         command.add_option("SHELL", m_shell, "The shell")->check(CLI::IsMember({"bash", "zsh", "fish"}));
-        // For the scripts alone, and so in no group of the help.
+        // Only for the scripts, and so hidden from the help.
         command.add_option("--values", m_values)
             ->group("")
             ->check(CLI::IsMember({"tags", "processes", "programs", "paths"}));
@@ -56,7 +56,7 @@ public:
     }
 
 private:
-    // Values that fit on a line, each once.
+    // Prints values without line ends, each once.
     void printValues(Output& output, const CommandContext& context) const
     {
         const OpenedStore opened = openStore({}, context);

@@ -10,16 +10,16 @@
 
 #include <CLI/CLI.hpp>
 
-// All three scripts work alike. Tables say what stands where: a line "COMMAND OPTION" or "COMMAND NUMBER",
-// the number of an argument, leads to what can be given there. The words before the cursor are walked once,
-// to find the command, the option whose value is being typed, and the number of the argument.
+// All three scripts work the same way. Tables map a line "COMMAND OPTION" or "COMMAND NUMBER", the number of
+// an argument, to its possible values. One pass over the words before the cursor finds the command, the
+// option whose value is being typed, and the number of the argument.
 
 namespace quorvane::cli {
 
 namespace {
 
-// What can be given for an option or an argument: "files", "folders", "tags", "processes", "programs",
-// "paths", "words" and the words behind it, or nothing that is known.
+// The possible values of an option or argument: "files", "folders", "tags", "processes", "programs", "paths",
+// "words" followed by the words, or empty for unknown ones.
 using Values = std::string;
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 22> valuesByName{{
@@ -57,7 +57,7 @@ std::string kindWords()
     return words;
 }
 
-// The set that the parser holds an option's value against, as it writes it: "{a,b}".
+// The set of allowed values, from the parser's type name: "{a,b}".
 std::optional<Values> valuesOfSet(const std::string& typeName)
 {
     const std::size_t begin = typeName.find('{');
@@ -94,7 +94,7 @@ struct CommandFacts {
     std::string help;
     std::vector<OptionFacts> options;
     std::vector<Values> arguments;
-    bool lastRepeats = false; // of the arguments
+    bool lastRepeats = false; // the last argument repeats
 };
 
 std::vector<std::string> namesOf(const CLI::Option& option)
@@ -134,7 +134,7 @@ std::vector<const CLI::App*> shownCommands(const CLI::App& app)
     return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
 }
 
-// The program itself, then its commands. A command's own commands are words in front of its arguments.
+// The program itself, then its commands. Subcommands of a command are words before its arguments.
 std::vector<CommandFacts> factsOf(const CLI::App& program)
 {
     std::vector<CommandFacts> facts{{"", program.get_description(), {}, {}, false}};
@@ -154,7 +154,7 @@ std::vector<CommandFacts> factsOf(const CLI::App& program)
     return facts;
 }
 
-// A text between single quotes, for the shells of the Bourne family.
+// A text in single quotes, for Bourne-like shells.
 std::string shellQuoted(std::string_view text)
 {
     std::string answer = "'";
@@ -163,7 +163,7 @@ std::string shellQuoted(std::string_view text)
     return answer + "'";
 }
 
-// The first line of a help text, which is all that a menu has room for.
+// The first line of a help text, since a menu has room for no more.
 std::string firstLine(const std::string& text)
 {
     return text.substr(0, text.find('\n'));
@@ -189,7 +189,7 @@ std::string joined(const std::set<std::string>& words, std::string_view between)
     return text;
 }
 
-// The tables that bash and zsh share, as functions that print.
+// The tables common to bash and zsh, as shell functions that print them.
 std::string shellTables(const std::vector<CommandFacts>& commands)
 {
     std::string takesValue = "_quorvanectl_takes_value()\n{\n    case $1 in\n    "
@@ -202,7 +202,7 @@ std::string shellTables(const std::vector<CommandFacts>& commands)
             std::string patterns;
             for (const std::string& name : option.names) {
                 names += "        echo " + shellQuoted(name + ":" + firstLine(option.help)) + "\n";
-                // The program's own options may stand behind a command as well.
+                // The program's own options may also follow a command.
                 patterns.append(patterns.empty() ? "" : "|")
                     .append(
                         command.name.empty() ? "*' " + name + "'" : shellQuoted(command.name + " " + name));
@@ -357,7 +357,7 @@ else
 fi
 )sh";
 
-// A text between single quotes, for fish.
+// A text in single quotes, for fish.
 std::string fishQuoted(std::string_view text)
 {
     std::string answer = "'";

@@ -9,18 +9,18 @@ namespace quorvane::cli {
 
 class Output;
 
-// Prints what differs, as every command does that prints a difference: added rules, then removed ones, then
-// changed ones; as text, behind the rows that are known, or as an object a line.
+// Prints a difference in the common format of all commands: added rules, then removed ones, then changed
+// ones; as text, after their row numbers if known, or as one object per line.
 void writeDifference(Output& output, const rules::RulesDifference& difference, bool asJson,
     const workflow::RowsOfRules& rows = {});
 
-// What a command that changes rules has done besides, or would have done.
+// Further results of a command that changes rules, or would change them.
 struct ChangeOutcome {
     std::size_t unchanged = 0; // rules that needed nothing
-    bool isWritten = false; // false also when nothing had to be
+    bool isWritten = false; // false also when nothing had to be written
 };
 
-// The last line or object of such a command: how many rules it changed.
+// Prints the last line or object of such a command: how many rules it changed.
 void writeOutcome(
     Output& output, const rules::RulesDifference& difference, const ChangeOutcome& outcome, bool asJson);
 

@@ -15,7 +15,7 @@ namespace quorvane::cli {
 
 namespace {
 
-// A rule as the command line spells it.
+// A rule as given on the command line.
 struct RuleArguments {
     std::string ruleClass; // "allow", "deny" or "watch"
     std::string type; // "prefix", "path" or "suffix"
@@ -48,7 +48,7 @@ rules::RuleRef recordOf(const RuleArguments& spelled)
     return std::make_shared<rules::PolicyRule>(std::move(fields));
 }
 
-// A command on the rule that its arguments spell.
+// A command on the rule given by its arguments.
 class RuleCommand : public Command {
 public:
     void check() override

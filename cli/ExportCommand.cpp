@@ -34,7 +34,7 @@ public:
         if (!place)
             return ExitStatus::failed;
         const OpenedStore opened = openStore(m_selection, context);
-        // An export of what could not be read would leave an empty file where a good one may have been.
+        // Exporting unreadable rules could replace a good file by an empty one.
         if (!opened.isComplete) {
             printError("nothing was written: not all rules could be read");
             return ExitStatus::failed;
@@ -52,8 +52,9 @@ public:
     }
 
 private:
-    // Without a choice of rows all of the user's rules, whatever the filter. Rows that are named by their
-    // numbers alone come in the order given, and as often. None, after a complaint, when a row is not there.
+    // Without a selection of rows, all of the user's rules, whatever the filter. Rows selected only by number
+    // are written in the order given, repetitions included. None, with an error printed, when a row does not
+    // exist.
     std::optional<std::vector<rules::RuleRef>> chosenRules(
         const rules::RuleManager& store, const workflow::RulesPlace& place) const
     {

@@ -11,13 +11,13 @@ class App;
 
 namespace quorvane::cli {
 
-// --only and --skip, which say what findings are looked for.
+// --only and --skip, which select the kinds of findings.
 class FindingOptions {
 public:
     void addTo(CLI::App& command);
 
-    // The kinds. Throws CLI::ValidationError for words that are none, and for a kind that is named although
-    // nothing can be told of it where nothing is looked up.
+    // The kinds. Throws CLI::ValidationError for words that are not kinds, and for a kind that requires
+    // programs and paths to be looked up when they are not.
     workflow::FindingKinds kinds(bool isNowhere) const;
 
 private:
@@ -26,7 +26,7 @@ private:
 };
 
 // The kind of that name. Throws CLI::ValidationError, which names `option`, when there is none, and for one
-// of which nothing can be told where nothing is looked up.
+// that requires programs and paths to be looked up when they are not.
 workflow::FindingKind findableKindGiven(const std::string& option, const std::string& name, bool isNowhere);
 
 } // namespace quorvane::cli

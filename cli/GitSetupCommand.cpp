@@ -32,7 +32,7 @@ constexpr std::array<Setting, 3> settings{{{"merge.quorvane.name", "rules of Quo
 constexpr std::array<std::string_view, 2> attributeLines{
     "*.quorv merge=quorvane diff=quorvane", "*.quorvane.rc merge=quorvane diff=quorvane"};
 
-// Lines of `text` that are not ours, each with a line end.
+// The lines of `text` that are not ours, each with a line end.
 std::string otherLines(std::string_view text)
 {
     std::string others;
@@ -78,7 +78,7 @@ public:
     }
 
 private:
-    // The status of git, which complains itself; none, after a complaint, when it cannot be run.
+    // Runs git, which prints its own errors; none, with an error printed, when it cannot be run.
     static std::optional<platform::ProgramRun> git(const std::vector<std::string>& arguments)
     {
         platform::ProgramRun run = platform::runProgram("git", arguments);
@@ -103,7 +103,8 @@ private:
         return run && (run->status == 0 || (m_removes && run->status == wasNotThere));
     }
 
-    // The file of attributes of the repository, or of the user; none after a complaint.
+    // The attributes file of the repository or of the user; none, with an error printed, when it cannot be
+    // determined.
     std::optional<std::string> attributesFile() const
     {
         const auto run = m_isGlobal ? git({"config", "--global", "--type=path", "core.attributesFile"})
@@ -115,7 +116,7 @@ private:
             file = usualUserFile();
         if (run->status == 0 || m_isGlobal)
             return file;
-        return std::nullopt; // git has told why
+        return std::nullopt; // git has printed why
     }
 
     static std::string usualUserFile()
@@ -129,7 +130,7 @@ private:
 
     bool writeAttributes(const std::string& path) const
     {
-        // A person may keep the file elsewhere, and a link here.
+        // The file may be a link to one elsewhere.
         std::error_code unresolved;
         const std::string resolved = std::filesystem::weakly_canonical(path, unresolved).string();
         const std::string file = unresolved ? path : resolved;

@@ -29,7 +29,7 @@ std::unique_ptr<history::Journal> journalOf(const CommandContext& context)
         history::defaultStateFolder(), context.locations.userRulesFile(), {}, context.log);
 }
 
-// True when the journal answered the last question; complains otherwise.
+// True when the journal's last operation succeeded; prints its problem otherwise.
 bool hasAnswered(history::Journal& journal)
 {
     const auto notice = journal.takeNotice();
@@ -81,7 +81,7 @@ std::string printedVersion(const history::JournalVersion& version)
     return line + "\n";
 }
 
-// False, after a complaint, when there is no such version.
+// False, with an error printed, when there is no such version.
 bool isThere(history::Journal& journal, std::int64_t number)
 {
     const auto version = journal.version(number);

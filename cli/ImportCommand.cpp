@@ -16,7 +16,7 @@ namespace quorvane::cli {
 
 namespace {
 
-// Hands over all rules; answers how many of those that were added will not read back.
+// Imports all rules; returns how many of the added ones will not read back.
 std::size_t importRules(
     const rules::RuleManager& exchange, workflow::RuleImport& import, rules::LineEnds lineEnds)
 {
@@ -89,7 +89,7 @@ public:
     }
 
 private:
-    // What the import would add.
+    // Prints what the import would add. Returns the exit status.
     int show(const workflow::RuleImport& import) const
     {
         rules::RulesDifference difference;

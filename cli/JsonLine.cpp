@@ -22,7 +22,7 @@ void JsonLine::addKey(std::string_view key)
     m_line.append(m_line.size() == 1 ? "\"" : ",\"").append(key).append("\":");
 }
 
-// Texts that need an escape, or have letters beyond ASCII to be looked at, are left to the library.
+// Texts that need escapes, or have non-ASCII characters to be checked, are left to the library.
 void JsonLine::add(std::string_view key, std::string_view text)
 {
     addKey(key);

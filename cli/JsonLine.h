@@ -9,11 +9,12 @@
 
 namespace quorvane::cli {
 
-// A JSON object on a line of its own, printed key by key in the bytes that jsonLine() makes of an object with
-// these members. For output of many lines: without the object each takes a sixth of the time.
+// A JSON object on one line, written key by key with the same bytes as jsonLine() for an object with these
+// members. For output of many lines: without an object tree each takes a sixth of the time. One thread at a
+// time.
 class JsonLine {
 public:
-    // A key of letters alone, once.
+    // Adds a key, which must consist of letters and not be repeated.
     void add(std::string_view key, std::string_view text);
     void add(std::string_view key, const char* text) { add(key, std::string_view(text)); }
     void add(std::string_view key, const std::string& text) { add(key, std::string_view(text)); }
@@ -26,7 +27,7 @@ public:
         m_line += std::to_string(number);
     }
 
-    // With the line feed. Nothing can be added after it.
+    // Including the line feed. Nothing may be added after it.
     std::string finish();
 
 private:

@@ -8,7 +8,7 @@
 
 namespace quorvane::cli {
 
-// Prints the keys of an object in the order in which they are given.
+// Prints the keys of an object in insertion order.
 using Json = nlohmann::ordered_json;
 
 inline Json jsonText(const rules::NullableText& text)

@@ -4,7 +4,7 @@
 
 namespace quorvane::cli {
 
-// A check of an argument: what is wrong with it; empty for letters out of rwcmx.
+// A validator of an argument: returns the error; empty for letters of rwcmx.
 inline std::string onlyOperationLetters(const std::string& text)
 {
     return text.find_first_not_of("rwcmx") == std::string::npos ? "" : "OPS must be letters out of rwcmx";

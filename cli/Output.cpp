@@ -54,7 +54,7 @@ std::string printable(std::string_view text)
     unsigned char before = 0;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        // U+0080 to U+009F, which terminals obey too, are the bytes C2 80 to C2 9F.
+        // U+0080 to U+009F, which terminals interpret too, are the bytes C2 80 to C2 9F.
         const bool isLateControl = std::exchange(before, byte) == 0xC2 && byte < 0xA0;
         if (byte >= 0x20 && byte != 0x7F && !isLateControl) {
             shown.push_back(c);

@@ -5,13 +5,13 @@
 
 namespace quorvane::cli {
 
-// Standard output, collected and written in large pieces. Remembers a failure, so that output is either
-// complete or known not to be.
+// Standard output, buffered and written in large chunks. Remembers a failure, so that output is either
+// complete or known to be incomplete. One thread at a time.
 class Output {
 public:
     void write(std::string_view text);
 
-    // Writes what is left; false when any part of the output could not be written.
+    // Writes the rest; false when any part of the output could not be written.
     bool finish();
 
 private:
@@ -24,7 +24,7 @@ private:
 // One line to standard error, after the program's name.
 void printError(std::string_view message);
 
-// `text` with control characters as escapes, so that a terminal only ever shows it.
+// `text` with control characters escaped, so that a terminal does not interpret them.
 std::string printable(std::string_view text);
 
 } // namespace quorvane::cli

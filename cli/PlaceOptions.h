@@ -11,17 +11,17 @@ class App;
 
 namespace quorvane::cli {
 
-// --target and --no-target, which say where the programs and paths of rules are looked up.
+// --target and --no-target, which select where the programs and paths of rules are looked up.
 class PlaceOptions {
 public:
     void addTo(CLI::App& command);
 
     bool isNowhere() const { return m_isNowhere; }
 
-    // What a reader is told of it.
+    // A sentence about it for reports.
     std::string sentence() const;
 
-    // The place; none, after a complaint, when the target is no folder.
+    // The place; none, with an error printed, when the target is not a folder.
     std::optional<workflow::RulesPlace> open() const;
 
 private:

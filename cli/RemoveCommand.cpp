@@ -43,7 +43,8 @@ public:
     }
 
 private:
-    // Rules that were chosen for nothing but their redundancy go one after the other.
+    // Rules chosen only for their redundancy are removed one by one, so that one of those covering each other
+    // stays.
     std::vector<rules::RuleRef> removableOf(rules::RuleManager& store,
         const std::vector<rules::RuleRef>& chosen, const workflow::RulesPlace& place) const
     {

@@ -42,8 +42,8 @@ nav a { margin-right: 1rem; }
 <body>
 )";
 
-// Shown as it is, and only shown: no mark-up, no control character, no effect on the direction of what
-// follows.
+// Escapes `text` for display: no markup, no control characters, no effect on the direction of the following
+// text.
 std::string shown(std::string_view text)
 {
     std::string answer;

@@ -55,7 +55,7 @@ std::string rowLine(
     return line.finish();
 }
 
-// The texts of one row, in the order they are printed.
+// The texts of one row, in the order in which they are printed.
 using PrintedRow = std::array<std::string, 7>;
 
 std::string joined(const std::string& text, const std::string& description)
@@ -77,7 +77,7 @@ PrintedRow printedRow(const rules::RuleManager& store, const rules::RuleRows& ro
             [](const auto& rule) { return std::string(rule.fields().path.view()); })};
 }
 
-// Wide enough for most; a longer text pushes the rest of its line to the right.
+// The columns are wide enough for most texts; a longer one shifts the rest of its line.
 void writeLine(Output& output, const PrintedRow& row)
 {
     constexpr std::array<std::size_t, 6> widths{6, 5, 6, 5, 28, 16};

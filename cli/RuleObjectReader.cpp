@@ -37,7 +37,7 @@ std::string quotedName(Key key)
     return "\"" + std::string(keyNames[key]) + "\"";
 }
 
-// What stands for a key: nothing, null, a number, a text, or something that no key of a rule has.
+// The value of a key: absent, null, a number, a text, or a type that no key of a rule has.
 struct Absent { };
 struct Null { };
 struct Other {
@@ -53,7 +53,7 @@ struct NameOfValue {
     std::string operator()(const Other& other) const { return other.name; }
 };
 
-// Takes in what the parser finds, which is never kept as a tree: nothing can be nested too deep.
+// Receives the parser's events without building a tree, so that deep nesting does no harm.
 class ObjectReader : public nlohmann::json_sax<nlohmann::json> {
 public:
     std::array<Value, keyCount> values{};
@@ -122,11 +122,11 @@ private:
     }
 
     std::size_t m_depth = 0;
-    std::optional<std::size_t> m_key; // of the object itself, when it is one of a rule's
+    std::optional<std::size_t> m_key; // current key of the top-level object, if it is one of a rule's
     std::set<std::string> m_names;
 };
 
-// The values of an object as a rule needs them.
+// Typed access to the values of an object.
 class RuleObject {
 public:
     explicit RuleObject(const std::array<Value, keyCount>& values)
@@ -165,7 +165,7 @@ private:
     const std::array<Value, keyCount>& m_values;
 };
 
-// The format has no place for quotes in a tag and leaves them out.
+// The format cannot represent quotes in a tag and drops them.
 std::string tagOf(const RuleObject& object)
 {
     std::string text = object.textOrEmpty(tag);

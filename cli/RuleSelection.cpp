@@ -18,8 +18,8 @@ namespace quorvane::cli {
 
 namespace {
 
-// Why the file that the selection names cannot be there to be read. The store takes such a file for one
-// without rules.
+// Why the file that the selection names cannot be found; none when it can. The store treats such a file as
+// one without rules.
 std::optional<std::string> whyMissing(const RuleSelection& selection)
 {
     struct stat status { };

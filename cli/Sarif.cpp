@@ -8,7 +8,7 @@ namespace quorvane::cli {
 
 namespace {
 
-// Bytes that are not UTF-8, which a joined line can hold, are replaced.
+// Replaces bytes that are not UTF-8, which a joined line can contain.
 std::string written(const Json& json)
 {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -21,7 +21,7 @@ std::string_view levelOf(workflow::FindingKind kind)
     return isError ? "error" : "warning";
 }
 
-// What a person can do about it.
+// How the user can fix it.
 std::string_view helpFor(workflow::FindingKind kind)
 {
     switch (kind) {

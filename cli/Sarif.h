@@ -4,24 +4,24 @@
 
 #include <string>
 
-// Findings for review tools: a log in the Static Analysis Results Interchange Format, 2.1.0. The log is put
-// together of pieces, so that it need not be in memory.
+// Findings for review tools: a log in the Static Analysis Results Interchange Format, 2.1.0. The log is
+// generated in parts, so that it need not be in memory as a whole. Pure functions.
 
 namespace quorvane::cli {
 
-// A file as an address: a relative path as a relative reference.
+// A file as a URI: a relative path as a relative reference.
 std::string fileAddress(const std::string& path);
 
-// A finding in the file of that address, as a JSON object.
+// A finding in the file with that URI, as a JSON object.
 std::string sarifResult(const std::string& address, const workflow::FileFinding& finding);
 
 // A file that could not be read, as a JSON object.
 std::string sarifNotification(const std::string& address, const std::string& message);
 
-// What stands in front of the results, which commas separate.
+// The text before the results, which are separated by commas.
 std::string sarifBegin();
 
-// What stands behind them. `notifications` are objects with commas between; empty when all went well.
+// The text after them. `notifications` are objects separated by commas; empty when there are none.
 std::string sarifEnd(const std::string& notifications);
 
 } // namespace quorvane::cli

@@ -40,7 +40,7 @@ std::string onlyRowNumber(const std::string& text)
     return error == std::errc() && stop == end ? "" : "'" + text + "' is not the number of a row";
 }
 
-// An option that may stand several times, with one value each time.
+// An option that may be repeated, with one value each time.
 template <class Value>
 CLI::Option* addChoice(
     CLI::App& command, const char* name, std::vector<Value>& values, const char* help, const char* type)

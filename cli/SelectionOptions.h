@@ -15,19 +15,19 @@ class App;
 
 namespace quorvane::cli {
 
-// FILE, which several commands take in place of the current user's configuration.
+// FILE, which several commands accept instead of the current user's configuration.
 void addFileOption(CLI::App& command, RuleSelection& selection);
 
-// --system, --filter and --sort, which say what the rows of a command are, and the options that choose some
-// of the rows.
+// --system, --filter and --sort, which define the rows of a command, and the options that select some of
+// them.
 class SelectionOptions {
 public:
     void addTo(CLI::App& command, RuleSelection& selection);
     // The same without --system.
     void addUserRowsTo(CLI::App& command, RuleSelection& selection);
 
-    // Takes what was spelled over into the selection. Throws CLI::ValidationError for what makes no sense.
-    // `isNowhere`: programs and paths are not looked up.
+    // Converts the texts given and stores them in the selection. Throws CLI::ValidationError for invalid
+    // ones. `isNowhere`: programs and paths are not looked up.
     void finish(RuleSelection& selection, bool isNowhere) const;
 
 private:
@@ -37,8 +37,8 @@ private:
     std::vector<std::string> m_findings;
 };
 
-// The rows that the selection, whose filter and sort order are in force, chooses; none, after a complaint,
-// when it names a row that is not there.
+// The rows that the selection chooses, with its filter and sort order already applied; none, with an error
+// printed, when it names a row that does not exist.
 std::optional<std::vector<std::size_t>> chosenRows(
     const rules::RuleManager& store, const RuleSelection& selection, const workflow::RulesPlace& place);
 

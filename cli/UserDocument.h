@@ -12,23 +12,23 @@ namespace quorvane::cli {
 
 struct CommandContext;
 
-// The current user's rules, to be changed. What the document reports goes to standard error.
+// The current user's rules, opened for changes. Reports of the document go to standard error. One thread.
 class UserDocument : private workflow::DocumentObserver {
 public:
-    // `opened` has been read from the user's configuration.
+    // `opened` must be read from the user's configuration.
     UserDocument(std::unique_ptr<rules::RuleManager> opened, const CommandContext& context);
 
     rules::RuleManager& store() { return *m_store; }
     workflow::RulesDocument& document() { return m_document; }
 
-    // True when the file holds the rules; else complains of why it does not.
+    // True when the file contains the rules; else prints why it does not.
     bool isWritten() const;
 
-    // How much of every line is written.
+    // How lines are written.
     rules::LineEnds lineEnds() const;
 
-    // The next write will printError of rules that do not come back from the file as they are when there are
-    // more of them than this number, which the command has complained of.
+    // The next write prints an error about rules that do not read back unchanged only if there are more than
+    // this number, which the command has reported already.
     void expectUnwritableRules(std::size_t count) { m_expectedUnwritable = count; }
 
 private:
@@ -44,15 +44,15 @@ private:
     workflow::RulesDocument m_document;
 };
 
-// The current user's rules as they were meant, to see what a change of them would come to. Null, after a
-// complaint, when not all of them could be read.
+// The current user's intended rules, to preview a change. Null, with an error printed, when not all of them
+// could be read.
 std::unique_ptr<UserDocument> openToLook(const CommandContext& context);
 
-// The same to change them: a write that was cut short is completed first.
+// The same for changing them: completes an interrupted write first.
 std::unique_ptr<UserDocument> openForWriting(const CommandContext& context);
 
-// The same to bring an earlier version back, whatever the file holds now: one of which not everything could
-// be read is kept under another name. Never null.
+// The same for restoring an earlier version, whatever the file contains now: one that could not be read
+// completely is renamed. Never null.
 std::unique_ptr<UserDocument> openToRestore(const CommandContext& context);
 
 } // namespace quorvane::cli

@@ -9,27 +9,27 @@
 
 namespace quorvane::cli {
 
-// Rules that were chosen, in the order of their rows.
+// The chosen rules, in row order.
 struct ChosenRules {
     std::vector<rules::RuleRef> rules;
     workflow::RowsOfRules rows;
 };
 
-// Which of the current user's rules a command is to change: the options of a selection, of which there must
-// be one, or --all; and where programs and paths are looked up for it.
+// Which of the current user's rules a command changes: the options of a selection, at least one of which is
+// required, or --all; and where programs and paths are looked up for it.
 class UserSelection {
 public:
     void addTo(CLI::App& command);
 
-    // Throws CLI::ParseError for what makes no sense.
+    // Throws CLI::ParseError for an invalid combination.
     void finish();
 
     std::optional<workflow::RulesPlace> openPlace() const { return m_place.open(); }
     const std::vector<workflow::FindingKind>& findings() const { return m_selection.criteria.findings; }
 
-    // None, after a complaint, when a row is not there. Puts filter and sort order in force.
+    // None, with an error printed, when a row does not exist. Applies filter and sort order to the store.
     std::optional<ChosenRules> choose(rules::RuleManager& store, const workflow::RulesPlace& place) const;
-    // The rules chosen with these findings in place of those that were asked for.
+    // The rules that the selection would choose with these findings instead of those given.
     std::vector<rules::RuleRef> rulesWith(rules::RuleManager& store, const workflow::RulesPlace& place,
         std::vector<workflow::FindingKind> findings) const;
 

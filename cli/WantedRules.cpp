@@ -22,7 +22,7 @@ constexpr std::string_view blanks = " \t\n\v\f\r";
 // Collects rules, each once.
 class RuleCollection {
 public:
-    // Throws NoRuleError for a rule that is there with another tag or creation time.
+    // Throws NoRuleError for a rule already added with another tag or creation time.
     void add(workflow::WantedRule rule)
     {
         const std::uint64_t hash = identityHash(rule.rule);
@@ -62,7 +62,7 @@ NoRuleError expected(const std::string& what, std::string_view found)
     return NoRuleError("expected " + what + ", not \"" + std::string(found) + "\"");
 }
 
-// The rule that the tokens of a line are.
+// Parses the rule from the tokens of a line.
 rules::RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, rules::TextPool& pool)
 {
     const std::string_view ruleClass = tokens[0];
@@ -80,7 +80,7 @@ rules::RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, rules
     return makeRuleValue(policyRuleFromTokens(tokens, false, pool));
 }
 
-// Reads the lines of a file, which throw NoRuleError.
+// Reads the lines of a file; throws NoRuleError for an invalid one.
 class LinesReader {
 public:
     explicit LinesReader(bool isJson)

@@ -10,17 +10,17 @@
 
 namespace quorvane::cli {
 
-// The rules of a file that are to be applied.
+// The rules of a file to be applied.
 struct WantedRules {
     std::vector<workflow::WantedRule> rules; // no two are equal
     std::vector<std::size_t> skippedOptions; // lines with an option, from 1
-    // What was expected, and in which line, where the file is not as it has to be; then nothing of it counts.
+    // What was expected, and in which line, if the file is invalid; then ignore the rest.
     std::optional<std::string> problem;
 };
 
-// Reads UTF-8 text without NUL: JSON, one object a line, when it begins with "{", else a rules file, in which
-// nothing may stand that is no rule but comments, empty lines and options. A rule that stands there twice
-// with another tag or creation time is a problem. Time and memory in proportion to the text.
+// Reads UTF-8 text without NUL: JSON, one object per line, when it begins with "{", else a rules file, which
+// besides rules may contain only comments, empty lines and options. A repeated rule with another tag or
+// creation time is a problem. Linear time and memory.
 WantedRules readWantedRules(std::string_view text);
 
 } // namespace quorvane::cli

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Memory may run out where no exception can be handled, as in a destructor of a library's.
+// Memory may run out where no exception can be handled, as in a library's destructor.
 [[noreturn]] void endWithoutMemory()
 {
     try {
@@ -17,7 +17,7 @@ namespace {
     } catch (const std::bad_alloc&) {
         quorvane::cli::printError("out of memory");
         std::_Exit(quorvane::cli::statusWithoutMemory());
-    } catch (...) { // a fault of the program's own
+    } catch (...) { // a bug in the program
     }
     std::abort();
 }
