@@ -13,7 +13,7 @@
 
 #include <openssl/sha.h>
 
-// Each bench measures the plain SHA-256 of the same bytes in memory in between, and shows the ratio: 1 is as
+// Each benchmark alternates with the plain SHA-256 of the same bytes in memory and shows the ratio: 1 is as
 // fast.
 
 namespace {
@@ -42,7 +42,7 @@ codesign::Bytes largeProgram(std::uint8_t pageSize)
     put(36, 24);
     put(48, 4096);
     put(52, programSize + room - 4096);
-    put(56, 0x1d); // where the signature lies
+    put(56, 0x1d); // the offset of the signature
     put(60, 16);
     put(64, programSize);
     put(68, room);
@@ -60,7 +60,7 @@ double secondsOf(const std::function<void()>& work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// Runs `work` over `size` bytes and the yardstick over the same bytes by turns.
+// Alternates `work` over `size` bytes and the reference over the same bytes.
 void compare(benchmark::State& state, const codesign::Bytes& bytes, std::size_t size,
     const std::function<void()>& work)
 {
@@ -104,7 +104,7 @@ void digestFile(benchmark::State& state)
 }
 BENCHMARK(digestFile)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 
-// The questions that the table asks of a program: no pages are read.
+// The queries of the table about a program: no pages are read.
 void teamOfProgram(benchmark::State& state)
 {
     const test::TemporaryFolder folder;

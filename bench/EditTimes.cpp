@@ -22,10 +22,10 @@
 
 #include <unistd.h>
 
-// edit_times FILE: what one edit of FILE's rules takes in a window sorted by path, which writes them to a
-// copy of FILE and to a journal. One figure a line, in milliseconds: up to the paint of the new rows;
-// "-thread": all that the thread of the windows works for it, until the file is written; "-written": until
-// then. The yardstick is a copy of FILE and its sync.
+// edit_times FILE: the time of one edit of FILE's rules in a window sorted by path, which writes them to a
+// copy of FILE and to a journal. One figure per line, in milliseconds: until the new rows are painted;
+// "-thread": all work of the user interface thread for it, until the file is written; "-written": until then.
+// The reference is a copy of FILE and its sync.
 
 namespace {
 
@@ -93,7 +93,7 @@ private:
 
     void print(const char* name, const std::function<void()>& command)
     {
-        m_background.wait(); // what the window looks for in the file at its start
+        m_background.wait(); // the window's initial search of the file
         QElapsedTimer timer;
         timer.start();
         const double before = threadMilliseconds();
@@ -112,7 +112,7 @@ private:
     windows::RulesTableView& m_table;
 };
 
-// The best of several runs: what else the machine does only adds.
+// The best of several runs, since other load only adds time.
 double best(const std::function<void()>& work)
 {
     constexpr int runs = 3;

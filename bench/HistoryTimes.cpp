@@ -25,15 +25,15 @@
 #include <unistd.h>
 
 // history_times FILE: the history window over two versions of FILE, and over ten thousand of three rules. For
-// each thing that a person does there, how long it takes until it is shown, and the longest that the window
-// took no input meanwhile; one figure a line, in milliseconds.
+// each action of the user, how long it takes until the result is shown, and the longest time without input in
+// between; one figure per line, in milliseconds.
 
 namespace {
 
 using namespace quorvane;
 namespace fs = std::filesystem;
 
-// The rules of a file, in a folder of their own, with a version for one added rule.
+// The rules of a file, in a separate folder, with a version for one added rule.
 class User {
 public:
     User(const std::string& file, std::string folder)
@@ -83,7 +83,7 @@ private:
     std::unique_ptr<workflow::RulesDocument> m_document;
 };
 
-// Each thing that is done, up to the table that shows what the selected version did.
+// Measures each action, until the table shows the changes of the selected version.
 class Looking {
 public:
     Looking(workflow::RulesDocument& document, std::string name)
@@ -94,7 +94,8 @@ public:
 
     void open()
     {
-        // The main window was there before: the allocator has cleared up after the reading of the rules.
+        // In the program the main window comes first, after which the allocator has tidied up the memory of
+        // reading the rules.
         const windows::RulesTableView table;
         print("open", [this] {
             m_window
@@ -152,7 +153,7 @@ void printTimes(const std::string& file, const std::string& folder)
         User user(file, folder + "/large");
         Looking looking(user.document(), "long-file");
         looking.open();
-        looking.select("oldest", -1); // in which every rule is new
+        looking.select("oldest", -1); // in this version every rule is new
         looking.select("newest", 0);
         looking.select("oldest-again", -1);
         looking.close();

@@ -16,9 +16,9 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-// An import of every rule of an exchange file into an empty configuration and into one that has them all: the
-// rules handed over one by one, the file written and read again. The counter "times_a_load" sets it against
-// reading the exchange file; "handing_over" is the part of the time that importRule() took.
+// An import of every rule of an exchange file into an empty configuration and into one that has them all:
+// passes the rules one by one, writes the file and reads it again. The counter "times_a_load" is relative to
+// reading the exchange file; "handing_over" is the part of the time spent in importRule().
 
 namespace {
 
@@ -32,7 +32,7 @@ double secondsOf(const std::function<void()>& work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Folders of a configuration of its own, and an exchange file.
+// A sandbox configuration and an exchange file.
 class Sandbox {
 public:
     Sandbox(std::size_t rules, bool oneGroup)

@@ -13,8 +13,8 @@
 
 #include <unistd.h>
 
-// journal_bench FILE: what a version of FILE with one changed line takes in a journal, one figure a line:
-// name and value. The yardstick is a copy of FILE and its sync to the disk; of both the best of several runs
+// journal_bench FILE: the cost of a version of FILE with one changed line in a journal, one figure per line:
+// name and value. The reference is a copy of FILE and its sync to disk; for both the best of several runs
 // counts.
 
 namespace {

@@ -7,12 +7,13 @@
 
 namespace quorvane::bench {
 
-// The longest that a window took no input while something was done, and how long that took; in milliseconds.
+// Measures the longest time that a window took no input during an operation, and the whole time; in
+// milliseconds.
 class LongestGap {
 public:
     LongestGap() { m_whole.start(); }
 
-    // Does what the window's thread is busy with.
+    // Runs work that blocks the window's thread.
     template <class Work> void step(const Work& work)
     {
         QElapsedTimer timer;

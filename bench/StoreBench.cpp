@@ -11,8 +11,7 @@
 #include <unistd.h>
 
 // The store's large operations at three sizes, with rules of many applications and of one. Times are per run;
-// the counter "per_byte_of_scan" sets them against reading through the same bytes once, since machines
-// differ.
+// the counter "per_byte_of_scan" is relative to one scan of the same bytes, since machines differ.
 
 namespace {
 
@@ -58,7 +57,7 @@ std::unique_ptr<rules::RuleManager> storeOf(const Sample& from)
         from.file, false, platform::Locations("/nonexistent", "bench"), silentLog());
 }
 
-// Runs `work` on a store of the sample that the state's ranges name.
+// Runs `work` on a store of the sample given by the state's ranges.
 template <class Work> void benchStore(benchmark::State& state, Work work)
 {
     const Sample& from = sample(static_cast<std::size_t>(state.range(0)), state.range(1) == 1);

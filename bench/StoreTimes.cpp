@@ -10,8 +10,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-// store_times FILE TEXT: what a store of FILE takes for each of its large operations, one a line: name, wall
-// seconds, processor seconds. bench/compare sets these beside what everyday tools take.
+// store_times FILE TEXT: the time of each large operation on a store of FILE, one per line: name, wall
+// seconds, processor seconds. bench/compare compares these with standard tools.
 
 namespace {
 
@@ -49,8 +49,8 @@ rules::PolicyRuleFields fieldsAt(const rules::RuleManager& store, std::size_t ro
     return std::get<rules::PolicyRulePtr>(store.ruleAtIndex(row, true))->fields();
 }
 
-// One change of one rule in the middle of rows sorted by path, up to the new rows and what a table asks of
-// the forty in view; then the first key of a search.
+// One change of one rule in the middle of rows sorted by path, until the new rows and the cells of the forty
+// in view are available; then the first key of a search.
 void editOne(rules::RuleManager& store, const std::string& text)
 {
     store.sortIndexUsingDescriptors({{rules::SortKey::path, true}});
@@ -142,5 +142,5 @@ int main(int argumentCount, char** arguments)
     editOne(*store, text);
     time("add-100000", [&] { addOneByOne(*store); });
     std::fflush(stdout);
-    _exit(0); // a million records need no tidying up
+    _exit(0); // skips freeing a million records
 }

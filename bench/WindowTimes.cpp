@@ -30,8 +30,8 @@ double milliseconds(const QElapsedTimer& timer)
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
-// The review of an import of the same file, all of whose rules are present: from its opening, which reads the
-// file, to its first paint, and the ticks of all rules changed.
+// The review of an import of the same file, all of whose rules are present: from opening, which reads the
+// file, to the first paint, and toggling all ticks.
 void printTimesOfReview(const std::string& file, workflow::RulesDocument& document,
     desktop::Workspace& workspace, platform::Log& log)
 {
@@ -49,8 +49,8 @@ void printTimesOfReview(const std::string& file, workflow::RulesDocument& docume
     std::printf("review-ticks %.2f\n", milliseconds(timer));
 }
 
-// The problems of all rules, found beside the window: until they are listed, and the longest that the window
-// took no input meanwhile. Then the same after one rule has changed.
+// The problems of all rules, found on another thread: until they are listed, and the longest time without
+// input in between. Then the same after one rule has changed.
 void printTimesOfProblems(windows::RulesEditorTableController& window)
 {
     auto* panel = window.findChild<windows::ProblemsPanel*>();
@@ -72,8 +72,8 @@ void printTimesOfProblems(windows::RulesEditorTableController& window)
     print("problems-after-change", [&window] { window.tableViewCellAction(QStringLiteral("other")); });
 }
 
-// The commands of the table, each to the paint that shows what it did, without the writing of the file: its
-// folder does not exist.
+// The commands of the table, each until its result is painted, without writing the file: its folder does not
+// exist.
 void printTimesOfCommands(windows::RulesEditorTableController& window, rules::RuleManager& store)
 {
     auto* table = window.findChild<windows::RulesTableView*>();
@@ -111,9 +111,9 @@ void printTimesOfCommands(windows::RulesEditorTableController& window, rules::Ru
 
 } // namespace
 
-// window_times FILE: how long the main window of a store of FILE takes to its first paint, and a repaint
-// while it is scrolled by a page at a time, the finding of all problems, the review of an import of the same
-// file, and the commands of the table, which delete all rules in the end; in milliseconds.
+// window_times FILE: the times of the main window of a store of FILE until its first paint, of a repaint
+// while scrolling by pages, of finding all problems, of reviewing an import of the same file, and of the
+// commands of the table, which finally delete all rules; in milliseconds.
 int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");

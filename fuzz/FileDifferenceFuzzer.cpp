@@ -5,7 +5,8 @@
 
 #include <cstdint>
 
-// Compares any two texts, divided by a NUL byte: the difference is that of the rules that a store reads.
+// Compares any two texts, separated by a NUL byte: the difference must be that of the rules that a store
+// reads.
 
 using namespace quorvane;
 

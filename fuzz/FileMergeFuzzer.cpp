@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-// Merges any three texts, divided by NUL bytes: the result reads, holds no rule that neither side has, and
-// merging it with itself changes nothing.
+// Merges any three texts, separated by NUL bytes: the result must be readable, contain no rule that neither
+// side has, and not change when merged with itself.
 
 namespace {
 

@@ -6,18 +6,18 @@
 #include <cstdlib>
 #include <string_view>
 
-// What fuzzers of several texts share.
+// Helpers for fuzzers of several texts.
 
 namespace quorvane::fuzz {
 
-// Ends the fuzzer, which so reports its input, unless the condition holds.
+// Aborts unless the condition holds, so that the fuzzer reports its input.
 inline void require(bool condition)
 {
     if (!condition)
         std::abort();
 }
 
-// The first texts of an input that is divided by NUL bytes; empty ones where it has fewer.
+// The first texts of an input separated by NUL bytes; empty ones when it has fewer.
 template <std::size_t count> std::array<std::string_view, count> fuzzedTexts(std::string_view bytes)
 {
     std::array<std::string_view, count> texts;

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// Takes files of any bytes apart: further rules have a known class and type, lines stand in order, and files
-// without joined lines stay as they are.
+// Separates files of any bytes: further rules must have a known class and type, lines be in order, and files
+// without joined lines stay unchanged.
 
 namespace {
 

@@ -17,11 +17,11 @@
 
 #include <unistd.h>
 
-// Damages the journal of a user's rules, reads all of it, and changes the rules: whatever the data base and
-// the marker beside it hold, the rules that are there stay, and the change comes to the file.
+// Damages the journal of a user's rules, reads all of it, and changes the rules: whatever the database and
+// its marker contain, existing rules must stay and the change must reach the file.
 //
-// An input is text for the marker, a NUL byte, and the damage: places and values, four bytes each, in a
-// journal of three versions; or, behind a further NUL byte, a whole data base.
+// An input is text for the marker, a NUL byte, and the damage: offsets and values, four bytes each, in a
+// journal of three versions; or, after a further NUL byte, a whole database.
 
 namespace {
 
@@ -67,7 +67,7 @@ public:
         m_database = contents(m_place.databaseFile());
     }
 
-    // Always in force.
+    // These must always be in force.
     static const std::string& rules()
     {
         static const std::string text = lineOf("/kept/1") + lineOf("/kept/2");
@@ -103,7 +103,7 @@ private:
 
 std::string damaged(std::string database, std::string_view damage)
 {
-    constexpr std::size_t entry = 4; // bytes: the place, highest byte first, and the value
+    constexpr std::size_t entry = 4; // bytes: the big-endian offset and the value
     for (; damage.size() >= entry; damage.remove_prefix(entry)) {
         std::size_t place = 0;
         for (const char byte : damage.substr(0, entry - 1))

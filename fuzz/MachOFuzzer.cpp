@@ -8,8 +8,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// The whole question: any bytes as a program file. Beyond surviving, a program that passes all checks must
-// pass the basic ones, and no team may be told of one whose signer is not proven.
+// The whole query: any bytes as a program file. Besides not crashing, a program that passes all checks must
+// pass the basic ones, and none may have a team unless its signer is proven.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace quorvane;

@@ -6,8 +6,8 @@
 #include <iostream>
 #include <string>
 
-// Writes the seeds of the code signature fuzzers anew, below the folder named on the command line.
-// Certificates are made afresh each time, so the files differ from run to run.
+// Regenerates the seeds of the code signature fuzzers in the folder named on the command line. Certificates
+// are generated each time, so the files differ between runs.
 
 namespace {
 

@@ -11,7 +11,7 @@ namespace {
 
 using namespace quorvane;
 
-// What was written reads back as it was: written once more it gives the same bytes.
+// A written list must read back unchanged: written again it gives the same bytes.
 template <class Write> void readBack(const platform::PropertyValue& list, const Write& write)
 {
     const auto bytes = write(list, platform::largestPropertyList);

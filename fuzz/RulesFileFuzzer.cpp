@@ -11,8 +11,8 @@
 
 #include <unistd.h>
 
-// Reads a rules file of any bytes as each kind of file, asks the store everything, and checks that rules
-// which are said to read back do so when they are really written.
+// Reads a rules file of any bytes as each kind of file, calls every query of the store, and checks that rules
+// reported to read back do so when they are actually written.
 
 namespace {
 
@@ -42,7 +42,7 @@ void askEverything(rules::RuleManager& store)
     }
 }
 
-// Of a store whose rules all read back, the copy written and read again is the same.
+// If all rules of a store read back, a written copy must be the same.
 void checkRoundTrip(rules::RuleManager& store, const platform::Locations& locations, platform::Log& log)
 {
     std::string written;

@@ -15,7 +15,7 @@ namespace {
 
 using namespace quorvane;
 
-// What stands behind the signature is reached without forging it.
+// Reaches the code behind the signature check without forging a signature.
 void lookBehindTheSignature(codesign::ByteView cms, const codesign::CodeDirectories& directories)
 {
     const auto message = parseCms(cms);
@@ -37,8 +37,8 @@ void lookAtDirectory(const codesign::CodeDirectory& directory)
 
 } // namespace
 
-// Any bytes as a signature. Beyond surviving, no signature may pass with the platform's certificates unless
-// it is the one in the corpus, which none is.
+// Any bytes as a signature. Besides not crashing, no signature may pass with the platform's certificates,
+// since the corpus has no genuine one.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto container = codesign::SignatureContainer::parse(codesign::Bytes(data, data + size));

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-// Reads any text as rules to apply, JSON or not: what is read can be printed as JSON and read again.
+// Reads any text as rules to apply, JSON or not: rules that were read must print as JSON and read back.
 
 using namespace quorvane;
 

@@ -23,12 +23,12 @@
 #include <string>
 #include <string_view>
 
-// Makes a volume of the machine that the sample rules are for: the programs that they name, each of them
-// small and signed so that it meets its rules, with icons, and the files and folders. Some are gone or have
-// changed since the rules were made, so that there is something to find.
+// Creates a volume of the machine that the sample rules are for: the programs that they name, small and
+// signed to meet their rules, with icons, and the files and folders. Some are missing or changed, so that
+// there are problems to find.
 //
-// The authority that signs is made for the run and its key is kept nowhere. A program that rules know by its
-// digest is signed by nobody, and so has the same bytes in every run.
+// The signing authority is generated for the run and its key is not stored. A program that rules identify by
+// digest is unsigned, and so has the same bytes in every run.
 
 namespace quorvane::test {
 
@@ -36,14 +36,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Programs = std::map<std::string, std::string>; // what each is bound to, by path
+using Programs = std::map<std::string, std::string>; // the constraint of each, by path
 
-// Together with all that is below.
+// Missing programs, with everything below them.
 constexpr std::array gone{"/Applications/Chat Room.app/", "/Applications/Plain Writer.app/",
     "/Users/ann/Chat Archive/", "/Volumes/Backup/", "/Volumes/CAMERA/", "/Volumes/Old Disk/",
     "/opt/old-scanner/", "/usr/local/bin/scan-import"};
 
-// One is another team's by now, one has moved.
+// One now belongs to another team, one has moved.
 const Programs changed{{"/Applications/Sheet Maker.app/Contents/MacOS/Sheet Maker", "SM81KWB4RT"},
     {"/Applications/Utilities/Chat Room.app/Contents/MacOS/Chat Room", "CR19FNA6ES"}};
 
@@ -97,7 +97,7 @@ void write(const fs::path& file, std::string_view contents)
 
 SignaturePlan signatureOfTeam(const std::string& team)
 {
-    static int keys = 100; // others are the authority's
+    static int keys = 100; // lower numbers are the authority's keys
     CertificatePlan plan;
     plan.commonName = "Sample Signer (" + team + ")";
     plan.organizationalUnit = team;
@@ -167,7 +167,7 @@ void writeProgram(
         file, fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
 }
 
-// A folder where the path ends with "/", else a file, unless the path is that of something already.
+// Creates a folder if the path ends with "/", else a file, unless something exists at the path.
 void writePath(const fs::path& volume, const rules::RuleRef& rule)
 {
     const std::string path = pathOf(valueOf(rule));
@@ -194,7 +194,8 @@ void makeVolume(const fs::path& samples, const fs::path& volume)
 
 } // namespace quorvane::test
 
-// quorvane-sample-volume SAMPLES VOLUME: nothing when there is a VOLUME already, and never half of one.
+// quorvane-sample-volume SAMPLES VOLUME: does nothing when VOLUME exists, and never creates an incomplete
+// one.
 int main(int argumentCount, char** arguments)
 {
     namespace fs = std::filesystem;
