@@ -6,7 +6,7 @@
 
 namespace quorvane::test {
 
-// Puts numbers into bytes, at the end or over what is there.
+// Puts numbers into bytes, appending or overwriting.
 inline void putNumber(
     codesign::Bytes& out, std::size_t offset, std::uint64_t value, unsigned length, codesign::ByteOrder order)
 {

@@ -12,7 +12,7 @@
 
 namespace quorvane::test {
 
-// What `work` answers in a process of its own, whose user, limits and descriptors it may spoil.
+// The result of `work` in a child process, whose user, limits and descriptors it may change.
 inline std::string answerOfChild(const std::function<std::string()>& work)
 {
     int ends[2] = {-1, -1};
@@ -37,7 +37,7 @@ inline std::string answerOfChild(const std::function<std::string()>& work)
     return answer;
 }
 
-// Gives up the rights of root, which no permission bit stops. False when they could not be given up.
+// Drops the privileges of root, which permission bits do not restrict. False when that failed.
 inline bool becomeOrdinaryUser()
 {
     constexpr uid_t nobody = 65534;
@@ -46,7 +46,7 @@ inline bool becomeOrdinaryUser()
     return setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0;
 }
 
-// Keeps the process from starting threads and processes, which only works for an ordinary user. False when
+// Prevents the process from starting threads and processes, which only works for an ordinary user. False when
 // that failed.
 inline bool forbidThreads()
 {

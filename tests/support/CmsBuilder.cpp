@@ -69,9 +69,9 @@ codesign::Bytes wrap(std::uint8_t tag, const std::vector<codesign::Bytes>& parts
 struct SignerPlan {
     const Identity& identity;
     const char* hash;
-    std::vector<codesign::Bytes> attributes; // none: the content is signed itself
+    std::vector<codesign::Bytes> attributes; // none: the content itself is signed
     std::function<std::optional<codesign::Bytes>(const codesign::Bytes& signature)> unsignedAttribute;
-    codesign::Bytes keyIdentifier{}; // empty: named by issuer and serial number
+    codesign::Bytes keyIdentifier{}; // empty: identified by issuer and serial number
 };
 
 codesign::Bytes signerInfo(const SignerPlan& plan, codesign::ByteView content)

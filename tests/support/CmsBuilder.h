@@ -22,7 +22,7 @@ struct StampPlan {
     Identity stamper;
     std::vector<Identity> certificates;
     std::string time = "20230601120000Z";
-    std::optional<codesign::Bytes> imprinted; // something else than the signature
+    std::optional<codesign::Bytes> imprinted; // instead of the signature
 };
 
 // A CMS message over CodeDirectories to be made.
@@ -30,7 +30,7 @@ struct CmsPlan {
     Identity signer = testAuthority().signer;
     std::vector<Identity> certificates{
         testAuthority().intermediate, testAuthority().root, testAuthority().signer};
-    codesign::Bytes signerKeyIdentifier; // by which the signer is named; empty: by issuer and serial number
+    codesign::Bytes signerKeyIdentifier; // identifies the signer; empty: by issuer and serial number
     bool listAsPropertyList = true;
     bool listAsSet = true;
     bool setUnsorted = false;
@@ -38,7 +38,7 @@ struct CmsPlan {
     bool signedAttributes = true;
     const char* hash = "SHA256";
     std::optional<StampPlan> stamp;
-    // Changes the attributes, each a whole element, before they are signed.
+    // Changes the attributes, each a complete element, before they are signed.
     std::function<void(std::vector<codesign::Bytes>& attributes)> alter;
 };
 

@@ -7,7 +7,7 @@
 
 namespace quorvane::test {
 
-// Sets a variable of the environment, or removes it, and puts it back in the end.
+// Sets or removes an environment variable, and restores it in the destructor.
 class EnvironmentVariable {
 public:
     EnvironmentVariable(const char* name, const std::optional<std::string>& value)

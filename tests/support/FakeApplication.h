@@ -7,7 +7,7 @@
 
 namespace quorvane::test {
 
-// Notes what the windows ask of the application, and answers as it is told to.
+// Records the calls of the windows, and returns configured answers.
 class FakeApplication : public workflow::ApplicationServices {
 public:
     struct Notice {

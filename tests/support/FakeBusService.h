@@ -15,11 +15,11 @@
 
 namespace quorvane::test {
 
-// A service on a bus that answers as a test says. It lives in the test's own thread: whoever held up that
-// thread while waiting for an answer would never get one.
+// A bus service with configured replies. It lives in the test's thread: code that blocked that thread while
+// waiting for a reply would never get one.
 class FakeBusService : public QDBusVirtualObject {
 public:
-    // `name` is the well-known one; a service without one is just somebody on the bus.
+    // `name` is the well-known name; empty for a service that has only its unique name.
     FakeBusService(const std::string& address, const QString& name)
         : m_connectionName(QStringLiteral("fake-service-%1").arg(++s_count))
         , m_bus(QDBusConnection::connectToBus(QString::fromStdString(address), m_connectionName))
@@ -29,14 +29,14 @@ public:
     }
     ~FakeBusService() override { vanish(); }
 
-    // Goes away as a program does that ends; calls that await an answer get an error from the bus.
+    // Disconnects like a program that ends; pending calls get an error from the bus.
     void vanish()
     {
-        m_bus = QDBusConnection(QString()); // it stands for as long as somebody holds it
+        m_bus = QDBusConnection(QString()); // the connection stays open while it is referenced
         QDBusConnection::disconnectFromBus(m_connectionName);
     }
 
-    // What is done with a call of that method. A method that is not here stays without an answer.
+    // The handler of each method. Other methods get no reply.
     std::map<std::string, std::function<void(const QDBusMessage&)>> methods;
 
     void answer(const char* method, const QVariantList& values)

@@ -13,7 +13,7 @@
 
 namespace quorvane::test {
 
-// Keeps the notices it is given, for a test to end them.
+// Records notices, for a test to end them.
 class FakeNotices : public platform::Notices {
 public:
     void show(const platform::DesktopNotice& notice, std::function<void(platform::NoticeEnd)> ended) override
@@ -28,7 +28,7 @@ public:
     int finished = 0;
 };
 
-// Answers as a test says, and notes what it was asked.
+// Returns configured answers and records the calls.
 class FakeAuthority : public platform::AdminAuthority {
 public:
     bool isAdminUser() override { return isAdmin; }
@@ -49,7 +49,7 @@ public:
     std::vector<std::string> asked;
 };
 
-// The processes that a test names, and the signals sent to them.
+// Configured processes, and the signals sent to them.
 class FakeRunningApplications : public platform::RunningApplications {
 public:
     std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) override

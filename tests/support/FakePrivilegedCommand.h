@@ -8,7 +8,7 @@
 
 namespace quorvane::test {
 
-// Notes the commands that were to be run as administrator.
+// Records the commands to be run as administrator.
 class FakePrivilegedCommand : public platform::PrivilegedCommand {
 public:
     std::string run(const std::string& command) override
@@ -19,7 +19,7 @@ public:
     }
 
     std::string answer;
-    std::function<void()> meanwhile = [] {}; // what happens while the person is asked
+    std::function<void()> meanwhile = [] {}; // called while the user is being asked
     std::vector<std::string> commands;
 };
 

@@ -12,7 +12,7 @@ namespace quorvane::test {
 inline const std::string sha1OfNothing = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
 inline const std::string sha256OfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 
-// Facts given by hand; counts what is asked.
+// Configured facts; counts the queries.
 class FakeProgramFacts : public workflow::ProgramFacts {
 public:
     bool exists(const std::string& path) override

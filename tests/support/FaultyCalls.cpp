@@ -1,15 +1,14 @@
 // A library to be preloaded into a program, which makes one of its calls fail.
 //
-// QUORVANE_FAULT: faults separated by commas, each CALL:NUMBER:FAULT. CALL is a name out of `callNames`, or
-// "any" for all calls but "allocate". NUMBER counts such calls from 1; with a "+" behind it, the fault goes
-// on from there. FAULT is the number of an error, "short" for half of what a read or write was asked for,
-// "kill" for a SIGKILL in place of the call, or "cut" for half of the call, then SIGKILL.
-// QUORVANE_CALL_COUNTS: a file of `callCount` 64-bit numbers, into which the calls of each kind are counted,
-// up to the very call that kills.
+// QUORVANE_FAULT: faults separated by commas, each CALL:NUMBER:FAULT. CALL is a name of `callNames`, or "any"
+// for all calls but "allocate". NUMBER counts such calls from 1; with a "+" appended, all later calls fail as
+// well. FAULT is an error number, "short" for half of the requested read or write, "kill" for SIGKILL instead
+// of the call, or "cut" for half of the call, then SIGKILL. QUORVANE_CALL_COUNTS: a file of `callCount`
+// 64-bit numbers, into which the calls of each kind are counted, up to the very call that kills.
 // QUORVANE_CLOCK: seconds by which time() is ahead, or behind.
 //
-// Calls that the C library makes by itself, as in fopen(), are not seen. Memory is only watched once main()
-// has begun, and not that of libcrypto, which ends the program where its own set-up runs out of it.
+// Calls made inside the C library, as in fopen(), are not intercepted. Allocations are intercepted only once
+// main() has begun, and not those of libcrypto, which aborts when memory runs out during its initialization.
 
 #include <array>
 #include <atomic>
@@ -68,10 +67,10 @@ struct Order {
 
 using Counts = std::array<std::atomic<std::uint64_t>, callCount>;
 
-// Not on the heap, whose calls are watched too.
+// Not on the heap, since allocations are intercepted too.
 std::array<Order, 8> orders;
 Counts ownCounts{};
-Counts* counts = nullptr; // none before the library is set up
+Counts* counts = nullptr; // null before the library is initialized
 std::time_t clockShift = 0;
 
 Call callNamed(const char* name, std::size_t length)
@@ -113,14 +112,14 @@ void readOrders()
     }
 }
 
-// By system calls, which nobody counts.
+// By raw system calls, which are not counted.
 Counts* sharedCounts()
 {
     const char* path = std::getenv("QUORVANE_CALL_COUNTS");
     if (path == nullptr)
         return &ownCounts;
     const long file = syscall(SYS_openat, AT_FDCWD, path, O_RDWR | O_CLOEXEC);
-    // All of them long: of a shorter one the kernel may see more than was passed.
+    // All of type long: of a shorter argument the kernel may read undefined upper bits.
     const long memory = syscall(
         SYS_mmap, nullptr, sizeof(Counts), long{PROT_READ | PROT_WRITE}, long{MAP_SHARED}, file, 0L);
     syscall(SYS_close, file);
@@ -147,7 +146,7 @@ Order countedOrder(Call call)
     return {};
 }
 
-// What is to happen to this call.
+// The fault for this call.
 Fault faultOf(Call call)
 {
     if (counts == nullptr)
@@ -162,7 +161,7 @@ Fault faultOf(Call call)
 
 bool hasBegun = false; // main()
 
-// Where the code of libcrypto stands, found once: each call of memory asks for it.
+// The address range of libcrypto's code, determined once, since every allocation needs it.
 std::uintptr_t cryptoBegin = 0;
 std::uintptr_t cryptoEnd = 0;
 
@@ -194,7 +193,7 @@ template <class Function> Function* next(Function* /*typeOnly*/, const char* nam
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-// A call that is done or not done.
+// A call that is performed or not.
 template <class Function, class... Arguments>
 auto whole(Call call, Function* function, std::invoke_result_t<Function*, Arguments...> failure,
     Arguments... arguments)
@@ -307,7 +306,7 @@ ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t at)
     return counted(Call::write, size, [=](size_t count) { return call(file, bytes, count, at); });
 }
 
-// Of these only the locks are counted.
+// Only locks are counted.
 #define QUORVANE_FCNTL(name)                                                                                 \
     int name(int file, int command, ...)                                                                     \
     {                                                                                                        \
@@ -323,7 +322,7 @@ ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t at)
 QUORVANE_FCNTL(fcntl)
 QUORVANE_FCNTL(fcntl64)
 
-// A descriptor is closed even where that is reported as failed.
+// close() releases the descriptor even when it reports a failure.
 int close(int file)
 {
     static const auto call = QUORVANE_NEXT(close);
@@ -379,7 +378,7 @@ time_t time(time_t* result) noexcept
     return now;
 }
 
-// Under the address sanitizer memory is its own to give.
+// The address sanitizer has its own allocator.
 #ifndef QUORVANE_SANITIZED
 using Main = int (*)(int, char**, char**);
 Main programsMain = nullptr;

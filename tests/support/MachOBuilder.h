@@ -19,17 +19,17 @@ struct ProgramPlan {
     std::uint32_t cpuType = arm64;
     std::uint32_t fileType = 2;
     std::optional<codesign::Bytes> infoPlistSection;
-    bool withLinkEdit = true; // else the symbol table tells where the file ends
+    bool withLinkEdit = true; // else the symbol table defines the end of the file
     std::optional<SignaturePlan> signature = SignaturePlan();
 };
 
-// Where the signature begins in every program made here.
+// The offset of the signature in every program made here.
 inline constexpr std::size_t codeLength = 3 * 4096 + 1000;
 inline constexpr std::size_t signatureRoom = 65536;
 
 codesign::Bytes makeProgram(const ProgramPlan& plan = {});
 
-// A program that nobody signed.
+// A program without a signature.
 codesign::Bytes makeUnsignedProgram(ProgramPlan plan = {});
 
 struct SlicePlan {
@@ -40,7 +40,7 @@ struct SlicePlan {
 // A universal file; the slices begin at multiples of 16 KiB.
 codesign::Bytes makeUniversal(const std::vector<SlicePlan>& slices, bool wide = false);
 
-// Where the n-th slice of a universal file made here begins.
+// The offset of the n-th slice of a universal file made here.
 std::size_t sliceOffset(codesign::ByteView universal, std::size_t index);
 
 } // namespace quorvane::test

@@ -14,7 +14,7 @@
 
 namespace quorvane::test {
 
-// A message bus of a test's own, without services that would be started by being asked for.
+// A private message bus for a test, without activatable services.
 class PrivateBus {
 public:
     PrivateBus()
@@ -31,7 +31,7 @@ public:
             throw std::runtime_error("no pipe");
         m_daemon = fork();
         if (m_daemon == 0) {
-            // It complains of limits that a test's user may not raise.
+            // It prints errors about limits that a test's user may not raise.
             dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
             execlp("dbus-daemon", "dbus-daemon", "--nofork", ("--config-file=" + configuration).c_str(),
                 ("--print-address=" + std::to_string(ends[1])).c_str(), nullptr);
@@ -39,7 +39,8 @@ public:
         }
         close(ends[1]);
         std::array<char, 1> first{};
-        const bool listens = read(ends[0], first.data(), first.size()) == 1; // it prints once it does
+        const bool listens
+            = read(ends[0], first.data(), first.size()) == 1; // it prints its address once it does
         close(ends[0]);
         if (!listens)
             throw std::runtime_error("dbus-daemon did not start");

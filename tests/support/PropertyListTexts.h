@@ -7,7 +7,7 @@
 
 namespace quorvane::test {
 
-// An XML property list with that root.
+// An XML property list with the given root element.
 inline std::string xmlRoot(const std::string& root)
 {
     return R"(<?xml version="1.0" encoding="UTF-8"?>

@@ -11,10 +11,10 @@
 
 namespace quorvane::test {
 
-// Starts a program with one argument, as "sleep" takes it, and ends it with the test.
+// Starts a program with one argument, like "sleep", and ends it in the destructor.
 class RunningProcess {
 public:
-    // `name` is what the program is told to be called; it goes into the arguments only.
+    // `name` is argv[0], which need not be the program's name.
     explicit RunningProcess(
         const std::string& program, const std::string& argument = "1000", const std::string& name = "sleep")
         : m_pid(fork())
@@ -23,7 +23,7 @@ public:
             execl(program.c_str(), name.c_str(), argument.c_str(), nullptr);
             _exit(1);
         }
-        // The link names the program from the moment on that it was started.
+        // Waits until the child has executed the program: then the link names it.
         const std::string link = "/proc/" + std::to_string(m_pid) + "/exe";
         std::error_code error;
         while (std::filesystem::read_symlink(link, error) == std::filesystem::read_symlink("/proc/self/exe")

@@ -23,10 +23,10 @@ struct DirectoryPlan {
     std::optional<std::uint64_t> limit; // instead of the code's length
 };
 
-// A signature to be made. The special hashes are those of what is given here.
+// A signature to be made. The special hashes are those of the data given here.
 struct SignaturePlan {
     std::vector<DirectoryPlan> directories{DirectoryPlan()}; // the first, then the alternates
-    std::map<std::uint32_t, codesign::Bytes> blobs; // by slot: whole, with their headers
+    std::map<std::uint32_t, codesign::Bytes> blobs; // by slot: complete, with their headers
     std::optional<codesign::Bytes> infoPlist;
     std::optional<codesign::Bytes> resourceSeal;
     // Makes the CMS message over the finished directories; without it there is none.

@@ -24,12 +24,12 @@ Hook& hookOf(SystemCall call)
     return hooks[static_cast<std::size_t>(call)];
 }
 
-// What the hook answers in place of the call, else what the call itself does.
+// The hook's answer, else the result of the real call.
 template <class... Arguments> ssize_t callOf(SystemCall call, long number, Arguments... arguments)
 {
     Hook& hook = hookOf(call);
     if (hook.answer) {
-        // Taken away meanwhile: it may make such calls itself.
+        // Removed during the call, since it may make such calls itself.
         const SystemCallHook::Answer answer = std::exchange(hook.answer, nullptr);
         const std::optional<ssize_t> instead = answer(hook.calls++);
         const int error = errno;

@@ -13,7 +13,7 @@
 
 namespace quorvane::test {
 
-// A folder of a test's own, gone with the object.
+// A temporary folder for a test, removed by the destructor.
 class TemporaryFolder {
 public:
     TemporaryFolder()
@@ -37,7 +37,7 @@ public:
         return name.empty() ? m_path : m_path + "/" + std::string(name);
     }
 
-    // Writes a file, making the folders above it. Returns its path.
+    // Writes a file, creating the folders above it. Returns its path.
     std::string write(std::string_view name, std::string_view contents) const
     {
         const std::string file = path(name);

@@ -27,21 +27,21 @@ struct CertificatePlan {
     bool authority = false;
     std::string extendedUsage; // as in OpenSSL configuration; empty for none
     std::string keyIdentifier; // in hexadecimal; empty for none
-    std::string criticalExtension; // an identifier in dots
-    std::size_t padding = 0; // bytes in an extension that nobody knows
+    std::string criticalExtension; // an object identifier in dot notation
+    std::size_t padding = 0; // bytes in an unknown extension
     std::string from = "20200101000000Z";
     std::string until = "20400101000000Z";
     int keyBits = 1024;
     const char* hash = "SHA256";
 };
 
-// An RSA key of its own for every call with another number, made once for the test program.
+// A different RSA key for each number, generated once per test program.
 std::shared_ptr<EVP_PKEY> testKey(int number, int bits = 1024);
 
 // An elliptic-curve key, one for each curve.
 std::shared_ptr<EVP_PKEY> testCurveKey(const char* curve);
 
-// A certificate for the key; issued by itself without an issuer.
+// A certificate for the key; self-signed without an issuer.
 Identity makeIdentity(
     const std::shared_ptr<EVP_PKEY>& key, const CertificatePlan& plan, const Identity* issuer = nullptr);
 

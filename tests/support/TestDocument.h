@@ -8,12 +8,12 @@
 
 namespace quorvane::test {
 
-// Where a document of a test keeps its journals; made before it and gone after it.
+// The folder for the journals of a test's document; created before it and removed after it.
 struct TestStateFolder {
     TemporaryFolder folderOfState;
 };
 
-// A document with journals of its own, or in a given folder, which does everything at once.
+// A document with separate journals, or in a given folder, which does everything synchronously.
 class TestDocument : private TestStateFolder, public workflow::RulesDocument {
 public:
     TestDocument(rules::RuleManager& store, workflow::RunState& run, platform::Log& log = silentLog(),

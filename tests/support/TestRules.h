@@ -8,7 +8,7 @@
 
 namespace quorvane::test {
 
-// A log that nobody reads.
+// A log without sinks.
 inline platform::Log& silentLog()
 {
     static platform::Log log({});
