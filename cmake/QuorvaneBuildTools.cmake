@@ -1,9 +1,9 @@
-# The program that runs while building. For another machine nothing runs that was built for it: a second run of CMake
-# builds it for this one.
+# The program that runs during the build. When building for another machine, programs built for it cannot run here: a second
+# run of CMake builds it for this one.
 
 if(NOT CMAKE_CROSSCOMPILING)
     find_package(Qt6 6.4 REQUIRED COMPONENTS Gui)
-    # Drawings are rendered here, so that no image has to be kept beside its drawing.
+    # Renders drawings, so that no rendered image has to be stored beside its drawing.
     quorvane_program(quorvane-render-image SOURCES resources/RenderImage.cpp LINKS Qt6::Gui)
     return()
 endif()

@@ -1,6 +1,6 @@
-# Where things are installed to.
+# The installation folders.
 include(GNUInstallDirs)
 
-# What the window reads. The programs look for it in the product's own folder, wherever they are installed themselves;
+# The data that the window reads. The programs search the product's own folder for it, wherever they are installed;
 # resources/system links it there.
 set(quorvane_data_folder "${CMAKE_INSTALL_DATADIR}/quorvane-configuration")

@@ -1,4 +1,4 @@
-# What every target of ours shares: the language level, the warnings, the sanitizers, and includes from the root.
+# The settings of all our targets: language level, warnings, sanitizers, and includes from the root.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -9,18 +9,18 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 
-# All but the sanitizers.
+# All except the sanitizers.
 add_library(quorvane_plain_options INTERFACE)
 target_compile_options(quorvane_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wformat=2 -Wimplicit-fallthrough)
-if(CMAKE_UNITY_BUILD) # where a name that one file keeps for itself stands above all that follow
+if(CMAKE_UNITY_BUILD) # in which a file-local name is visible in all following files
     target_compile_options(quorvane_plain_options INTERFACE -Wno-shadow)
 endif()
 if(QUORVANE_WARNINGS_AS_ERRORS)
     target_compile_options(quorvane_plain_options INTERFACE -Werror)
 endif()
-# GCC 12 sees overlaps in the standard library's own string appends.
+# GCC 12 falsely reports overlaps in the standard library's own string appends.
 target_compile_options(quorvane_plain_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(quorvane_plain_options INTERFACE "${PROJECT_SOURCE_DIR}")
 
@@ -34,7 +34,7 @@ if(QUORVANE_SANITIZERS)
 endif()
 
 # quorvane_library(NAME SOURCES file... LINKS target...)
-# A static library quorvane_NAME of one folder. Its links are public: they are the arrows between the folders.
+# A static library quorvane_NAME of one folder. Its links are public: they are the dependencies between the folders.
 function(quorvane_library name)
     cmake_parse_arguments(LIB "" "" "SOURCES;LINKS" ${ARGN})
     add_library(quorvane_${name} STATIC ${LIB_SOURCES})

@@ -1,4 +1,4 @@
-"""The panels in which a person chooses a file."""
+"""The panels for choosing a file."""
 
 from desk import FOCUSED, eventually
 

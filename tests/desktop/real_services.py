@@ -1,5 +1,5 @@
-"""The real services that know administrators, their fingers and passwords, on a bus and mounts of a test's own: the account
-data base, polkit with its agent for terminals, and fprintd with a reader that exists in software only."""
+"""The real services for administrators, fingerprints and passwords, on a separate bus and mounts: the account
+database, polkit with its agent for terminals, and fprintd with a reader that exists in software only."""
 
 import fcntl
 import os
@@ -17,7 +17,7 @@ from gi.repository import GLib
 from sandbox import Sandbox
 
 PROGRAM = os.environ["QUORVANE_PROGRAM"]
-ALONE = run_alone()  # its mounts hide parts of the machine's own configuration
+ALONE = run_alone()  # its mounts hide parts of the machine's configuration
 POLKITD, FPRINTD = "/usr/lib/polkit-1/polkitd", "/usr/libexec/fprintd"
 MISSING = [program for program in (POLKITD, FPRINTD, "/usr/bin/pkttyagent") if not os.path.exists(program)]
 RESOURCES = os.path.join(os.path.dirname(__file__), "../../resources")
@@ -39,7 +39,7 @@ admina:x:41001:
 other:x:41002:
 admin:x:41500:admina
 """
-# What the product's own rules leave open, such as commands on the folders of a sandbox.
+# Actions not covered by the product's own rules, such as commands on the folders of a sandbox.
 RULES = """
 polkit.addAdminRule(function(action, subject) { return ["unix-user:admina"]; });
 polkit.addRule(function(action, subject) {
@@ -50,7 +50,7 @@ polkit.addRule(function(action, subject) {
 
 
 def as_user(name):
-    """What goes before a command that shall run for that user."""
+    """The prefix of a command to run as that user."""
     user, group = next(line.split(":")[2:4] for line in USERS.splitlines() if line.startswith(name + ":"))
     return ["setpriv", f"--reuid={user}", f"--regid={group}", "--init-groups"]
 
@@ -62,7 +62,7 @@ class RealServices(unittest.TestCase):
     def setUpClass(cls):
         cls.sandbox = Sandbox()
         cls.addClassCleanup(cls.sandbox.end)
-        # Where other users can reach it.
+        # In a place accessible to other users.
         cls.program = shutil.copy(PROGRAM, cls.sandbox.path("program"))
         password = subprocess.run(["openssl", "passwd", "-6", "right"], check=True, capture_output=True,
                                   text=True).stdout.strip()
@@ -122,7 +122,7 @@ class RealServices(unittest.TestCase):
                                 name)[0], name)
 
     def agent_of(self, process, user):
-        """The terminal at which a person can answer for the user whose process it is."""
+        """The terminal at which the user of the process can answer."""
         terminal, agents_end = pty.openpty()
         self.addCleanup(os.close, terminal)
         registered, notify = os.pipe()
@@ -140,7 +140,7 @@ class RealServices(unittest.TestCase):
 
     def type_password(self, terminal, password):
         self.read_until(terminal, b"Password:")
-        # What is typed before the agent has turned the echo off is thrown away.
+        # Input typed before the agent has disabled echo is discarded.
         eventually(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "the agent to listen")
         os.write(terminal, password.encode() + b"\n")
 
@@ -177,7 +177,7 @@ class FingerReader(RealServices):
 
     @classmethod
     def put_finger(cls, name):
-        """Puts a finger on the reader once it is awaited."""
+        """Puts a finger on the reader once it waits for one."""
         eventually(lambda: call(cls.bus, "net.reactivated.Fprint", cls.device, "org.freedesktop.DBus.Properties", "Get",
                                 "(ss)", cls.DEVICE, "finger-needed")[0], "the reader to await a finger")
         with socket.socket(socket.AF_UNIX) as reader:

@@ -1,4 +1,4 @@
-"""The review of an import, as a person finds it."""
+"""The review of an import, as a user sees it."""
 
 from desk import CHECKED, eventually, settled
 
@@ -7,7 +7,7 @@ APPLICATION, TICK, CLASS, TYPE, PATH, OPERATIONS = range(6)
 
 class ReviewWindow:
     def __init__(self, window, path):
-        """The review of the file at `path`, which is open or about to open."""
+        """The review of the file at `path`, which is open or opening."""
         self.desk, self.program = window.desk, window.program
         self.title = "Import Rules - " + path
         self.dialog = self.program.find("dialog", self.title)

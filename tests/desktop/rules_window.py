@@ -1,4 +1,4 @@
-"""What the tests of the desktop application share: a desk, a sandbox, and the main window opened on it."""
+"""Common code of the desktop tests: a desk, a sandbox, and the main window opened on it."""
 
 import os
 import subprocess
@@ -9,8 +9,8 @@ from desk import ACTIVE, FOCUSED, PATIENCE, SELECTED, Desk, eventually, settled
 from gi.repository import GLib
 from sandbox import SANITIZER_REPORT, Sandbox
 
-# The program signals every agent that it sees when it ends after a change: those of this machine's user and those of
-# another test's.
+# When the program ends after a change, it signals every agent that it finds, including those of this machine's user and of
+# other tests.
 ALONE = run_alone()
 PROGRAM = os.environ["QUORVANE_PROGRAM"]
 
@@ -19,7 +19,7 @@ TITLES = ["Application", "State", "Class", "Type", "Operations", "Tag", "Path"]
 
 
 class RulesWindow:
-    """The main window, as a person finds it."""
+    """The main window, as a user sees it."""
 
     def __init__(self, desk, process, wait_until_active=True):
         self.desk, self.process = desk, process
@@ -49,14 +49,14 @@ class RulesWindow:
         return [cell.name for cell in cells if cell.has(SELECTED)]
 
     def focused(self):
-        """The object that the keyboard acts on."""
+        """The object with the keyboard focus."""
         return next((node for node in self.frame.below() if node.has(FOCUSED)), None)
 
     def header(self, column):
         return self.table.child(1 + column)
 
     def click_header(self, column, from_left=10):
-        """Different places keep two clicks from being one double click."""
+        """Different positions keep two clicks from becoming a double click."""
         x, y, _, height = self.header(column).box
         self.desk.click(x + from_left, y + height // 2)
 
@@ -67,7 +67,7 @@ class RulesWindow:
         return next(node.name for node in self.frame.below() if node.role == "label" and "rules shown" in node.name)
 
     def close(self):
-        """Closes the program as a person does; its exit status."""
+        """Closes the program like a user; returns its exit status."""
         self.desk.press("alt+F4")
         return self.process.wait(PATIENCE)
 
@@ -86,13 +86,13 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(self.sandbox.end)
 
     def start(self, command=(PROGRAM,), **environment):
-        """Starts the application, or a command that becomes it, without looking for its window."""
+        """Starts the application, or a command that becomes it, without searching for its window."""
         complaints = open(self.sandbox.path("stderr"), "w+", errors="replace")
         self.addCleanup(complaints.close)
         process = self.desk.start(*command, stderr=complaints, stdout=subprocess.DEVNULL, environment={
             "HOME": self.sandbox.home, "XDG_CONFIG_HOME": self.sandbox.path("config"),
             "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_LOG": "stderr",
-            # The toolkit itself leaves a few bytes behind now and then.
+            # Qt itself occasionally leaks a few bytes.
             "ASAN_OPTIONS": "detect_leaks=0:allocator_may_return_null=1:exitcode=99", "UBSAN_OPTIONS": "exitcode=99",
             **environment})
 
@@ -116,14 +116,14 @@ class DesktopTest(unittest.TestCase):
             return file.read()
 
     def assert_becomes(self, question, expected):
-        """Waits until `question` answers `expected`, and shows the difference when it never does."""
+        """Waits until `question` returns `expected`, and shows the difference when it never does."""
         answer = None
 
         def same():
             nonlocal answer
             try:
                 answer = question()
-            except (GLib.Error, FileNotFoundError) as error:  # a row can go away while it is asked, a file is yet to be made
+            except (GLib.Error, FileNotFoundError) as error:  # a row may vanish during the query, a file may not exist yet
                 answer = error
             return answer == expected
         try:

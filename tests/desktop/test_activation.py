@@ -16,8 +16,8 @@ OBJECT = "/" + NAME.replace(".", "/")
 RESOURCES = os.path.join(os.path.dirname(__file__), "../../resources")
 APPLICATION = "org.freedesktop.Application"
 ENTRY = os.path.join(RESOURCES, NAME + ".desktop")
-# What a file manager or a menu of programs does with the entry, and with files. It goes on living as these do: the bus drops
-# what the dead have asked for.
+# Uses the entry and files like a file manager or application menu. It keeps running as these do: the bus drops requests of
+# processes that have ended.
 LAUNCH = """
 import sys
 from gi.repository import Gio
@@ -29,7 +29,7 @@ Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(
 
 
 class Served:
-    """A process that the bus has started."""
+    """A process started by the bus."""
 
     def __init__(self, pid):
         self.pid = pid
@@ -66,7 +66,7 @@ class Activation(DesktopTest):
         self.addCleanup(self.end_service)
 
     def surround(self, environment):
-        """What a service finds in its environment that the bus starts from now on."""
+        """Sets the environment of services that the bus starts from now on."""
         call(self.desk.session, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
              "UpdateActivationEnvironment", "(a{ss})", {**self.desk.environment, **environment})
 
@@ -145,7 +145,7 @@ class Activation(DesktopTest):
                     found = file.read().split(b"\0")[1:-1]
                 if found == arguments and os.path.samefile(f"/proc/{pid}/exe", PROGRAM) and int(pid) != besides:
                     return Served(int(pid))
-            except OSError:  # gone meanwhile
+            except OSError:  # ended in the meantime
                 pass
         return None
 
@@ -178,6 +178,6 @@ class Activation(DesktopTest):
 
     def test_where_there_is_no_bus_the_window_opens(self):
         process = self.start(QUORVANE_STARTED_BY_BUS="yes", DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")
-        # It is in no accessibility tree then, but the window manager knows it.
+        # Then it is in no accessibility tree, but known to the window manager.
         self.desk.hands("search", "--sync", "--onlyvisible", "--pid", process.pid, "--name", "^Quorvane Configuration")
         self.assertIn("the session bus does not give the name " + NAME, self.log())

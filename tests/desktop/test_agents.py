@@ -14,7 +14,7 @@ from sandbox import read
 IDENTIFIER = "vantreal.QuorvaneUserAgent"
 NAME = "QuorvaneUserAgent"
 
-# Writes down the names of the signals that it gets.
+# Records the names of received signals.
 AGENT = """
 import signal, sys
 watched = {signal.SIGHUP, signal.SIGINT, signal.SIGUSR1}
@@ -26,7 +26,7 @@ while True:
 
 
 class Process:
-    """A running process that notes signals."""
+    """A running process that records signals."""
 
     def __init__(self, test, program, name=None):
         self.notes = test.sandbox.path(f"notes-{len(test.desk.processes)}")
@@ -72,7 +72,7 @@ class Agents(DesktopTest):
         return [line for line in self.log().splitlines() if "UserAgent" in line or "SIGHUP" in line]
 
     def assert_signals(self, process, *expected):
-        # A signal of ours comes behind those of the application.
+        # Our signal arrives after those of the application.
         process.process.send_signal(10)
         self.assert_becomes(process.signals, [*expected, 10])
 

@@ -5,7 +5,7 @@ from collections import Counter
 from rules_window import APPLICATION, PATH, STATE, TAG, DesktopTest
 
 WHITE, BLACK, RED, BLUE, ORANGE = (255, 255, 255), (0, 0, 0), (204, 0, 0), (0, 0, 255), (176, 70, 0)
-# White of level 0.8, a fifth of it over white.
+# Grey of level 0.8 at 20 % opacity over white.
 BAND = (245, 245, 245)
 
 PICTURES = os.environ.get("QUORVANE_PICTURES", "pictures")
@@ -27,7 +27,7 @@ class Colours(DesktopTest):
         self.assert_becomes(lambda: window.focused() == window.search, True)
 
     def colours(self, window, row, column):
-        """Background and text colour of a cell on the screen; the text is what differs most."""
+        """Background and text colour of a cell on the screen; the text is the colour that differs most."""
         x, y, width, height = window.table.cell(row, column).box
         right = window.table.box[0] + window.table.box[2]
         box = (x + 1, y + 1, min(width, right - x) - 2, height - 2)
@@ -122,7 +122,7 @@ class Colours(DesktopTest):
 
 
 class Pictures(DesktopTest):
-    """The main window as it looks, kept in the build folder for a person to look at."""
+    """The appearance of the main window, stored in the build folder for inspection."""
 
     screen = (2800, 1700)
     RULES = ["watch suffix .plist /usr/bin/defaults rw settings",
@@ -160,7 +160,7 @@ class Pictures(DesktopTest):
     def test_the_window_at_scale_2_is_twice_as_fine(self):
         picture = self.keep_picture("main-window@2x.png", 2)
         self.assert_looks_right(picture, 2)
-        # Made of single pixels, not of doubled ones.
+        # Drawn at full resolution, not with doubled pixels.
         coarse = picture.resize((1120, 700), 0).resize(picture.size, 0)
         differing = sum(1 for one, other in zip(picture.getdata(), coarse.getdata()) if one != other)
         self.assertGreater(differing, 1000)

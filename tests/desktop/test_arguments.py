@@ -92,7 +92,7 @@ class Menus(DesktopTest):
     def setUp(self):
         super().setUp()
         self.sandbox.write_user("allow path /a any r")
-        # Notes what it is asked to open; other programs that could open something are out of reach.
+        # Records what it is asked to open; other programs that could open files are not in the path.
         os.makedirs(self.sandbox.path("bin"))
         self.opened = self.sandbox.path("opened")
         opener = self.sandbox.new_file("bin/xdg-open", f'#!/bin/sh\nprintf "%s" "$1" > "{self.opened}"\n')

@@ -28,7 +28,7 @@ class Commands(DesktopTest):
         before = self.shown_windows()
         x, y = self.window.table.cell(row, PATH).center
         self.desk.hands("mousemove", x, y, "click", 3)
-        # The menu stands in no window's tree of accessible objects.
+        # The menu is in no window's accessibility tree.
         eventually(lambda: self.shown_windows() > before, "the menu")
         self.assertTrue(self.window.table.cell(row, PATH).has(SELECTED))
         self.desk.press(*keys)
@@ -125,7 +125,7 @@ class Commands(DesktopTest):
     def test_a_tag_is_typed_on_while_somebody_else_changes_the_file(self):
         self.edit_tag(3, text="mi")
         self.sandbox.write_user(WATCH, SH_B, VI)
-        seconds = 1_700_000_000  # whole ones are what the program looks at; the first may be its time at the start
+        seconds = 1_700_000_000  # the program compares whole seconds; the first may be its time at the start
 
         def rows():
             nonlocal seconds

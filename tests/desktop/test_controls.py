@@ -1,7 +1,7 @@
 from desk import ENABLED, FOCUSABLE, FOCUSED, SHOWING, eventually
 from rules_window import DesktopTest
 
-# What a person acts on.
+# Interactive controls.
 CONTROLS = ("push button", "check box", "combo box", "text", "menu item", "table", "column header")
 
 
@@ -41,7 +41,7 @@ class Controls(DesktopTest):
             self.assertLessEqual(node.box[0] + node.box[2], x + width)
 
     def test_the_tab_key_leads_round_all_controls_that_take_the_keyboard(self):
-        # The toolkit calls the items of lists that are closed, or hidden with their choice, showing.
+        # Qt reports items of closed or hidden lists as showing.
         expected = sum(node.role != "list item" and all(map(node.has, (FOCUSABLE, SHOWING, ENABLED)))
                        for node in self.window.frame.below())
         met = []
@@ -66,7 +66,7 @@ class Controls(DesktopTest):
                 self.window.frame.find("menu item", item)
                 self.desk.press("Escape")
                 eventually(lambda: self.window.frame.find_now("menu item", item) is None, "the menu to close")
-                self.desk.press("Escape")  # the menu bar still has the keyboard
+                self.desk.press("Escape")  # the menu bar still has the focus
 
     def test_the_find_item_leads_to_the_search_field(self):
         self.desk.click(*self.window.frame.find("menu item", "Edit").center)

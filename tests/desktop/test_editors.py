@@ -10,7 +10,7 @@ WATCH = 'watch prefix "/w/" "any" r "seen"'
 
 class Editors(DesktopTest):
     def open_editor(self, row, title):
-        """Double clicks a row; the window that opens for it."""
+        """Double clicks a row; returns the window that opens for it."""
         x, y = self.window.table.cell(row, PATH).center
         self.desk.hands("mousemove", x, y, "click", "--repeat", "2", "--delay", "60", "1")
         return self.dialog(title)
@@ -22,7 +22,7 @@ class Editors(DesktopTest):
         return editor
 
     def focus(self, editor, name):
-        """Puts the keyboard into a text field by a click, at the start of its text."""
+        """Focuses a text field by a click at the start of its text."""
         x, y, _, height = editor.find("text", name).box
         self.desk.click(x + 8, y + height // 2)
         eventually(lambda: editor.find("text", name).has(FOCUSED), f"the keyboard to be in {name}")

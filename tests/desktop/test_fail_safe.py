@@ -53,7 +53,7 @@ class FailSafe(DesktopTest):
         window = self.open()
         time = 1_700_000_000
 
-        # The watch looks a second after the start, which is later than a review would have come.
+        # The watcher polls a second after the start, which is later than a review would have appeared.
         def reloaded():
             nonlocal time
             time += 1

@@ -14,7 +14,7 @@ class FileWatch(DesktopTest):
 
     def setUp(self):
         super().setUp()
-        self.time = 1_700_000_000  # of the file; its seconds are what the program looks at
+        self.time = 1_700_000_000  # of the file; the program compares its seconds
 
     def open_with(self, *rules):
         self.write(self.sandbox.user_file, *rules)
@@ -29,7 +29,7 @@ class FileWatch(DesktopTest):
         os.utime(path, (self.time, self.time))
 
     def shown(self, window):
-        """What the table shows; the file changes its time with every call, since the first one may be taken for the
+        """The rows of the table; each call changes the time of the file, since the first one may count as the
         time at the start."""
         self.touch(self.sandbox.user_file)
         return window.column(PATH)
@@ -139,18 +139,18 @@ class UnopenableFile(DesktopTest):
         self.addCleanup(lambda: [os.kill(pid, signal.SIGKILL) for pid in self.marked()])
 
     def marked(self):
-        """The processes that were started by way of the program, by a mark in their environment."""
+        """The processes started by the program, found by a mark in their environment."""
         found = []
         for pid in filter(str.isdigit, os.listdir("/proc")):
             try:
                 if f"QUORVANE_TEST={self.mark}".encode() in read(f"/proc/{pid}/environ").split(b"\0"):
                     found.append(int(pid))
-            except OSError:  # gone meanwhile
+            except OSError:  # ended in the meantime
                 pass
         return found
 
     def relaunched(self):
-        """The process id of the program that was started again."""
+        """The process id of the restarted program."""
         for pid in self.marked():
             try:
                 if pid != self.process.pid and os.readlink(f"/proc/{pid}/exe") == os.path.realpath(PROGRAM):
@@ -170,7 +170,7 @@ class UnopenableFile(DesktopTest):
         self.sandbox.write_user("allow path /b any r")
         self.desk.click(*notice.find("push button", "OK").center)
         self.assertEqual(self.process.wait(PATIENCE), 0)
-        # What waits is the shell, or the sleep that it has started.
+        # The waiting process is the shell, or the sleep that it has started.
         waiting = b" ".join(read(f"/proc/{pid}/cmdline").replace(b"\0", b" ") for pid in self.marked())
         self.assertIn(b"sleep 3.000000", waiting)
 
@@ -189,7 +189,7 @@ class UnopenableFile(DesktopTest):
 
 
 class Running:
-    """A process that is nobody's child."""
+    """A process that is not our child."""
 
     def __init__(self, pid):
         self.pid, self.returncode = pid, None

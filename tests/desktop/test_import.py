@@ -75,7 +75,7 @@ class Import(DesktopTest):
     def test_a_double_click_on_a_check_box_is_two_clicks(self):
         _, review = self.open_review()
         self.desk.hands("mousemove", *review.table.cell(2, TICK).center, "click", "--repeat", 2, "--delay", 20, 1)
-        self.desk.press("Down", "space")  # whatever was clicked before is done by then
+        self.desk.press("Down", "space")  # by then previous clicks have been handled
         self.assert_becomes(review.ticked, ["/w", "/a", "/d", ".x"])
 
     def test_nothing_ticked_is_an_import_that_failed(self):
@@ -107,7 +107,7 @@ class Import(DesktopTest):
             before = shown_windows()
             self.desk.press(*keys)
             eventually(lambda: shown_windows() > before, "a menu")
-        self.desk.press("Down", "Down", "Down", "Return")  # on from the first, the application
+        self.desk.press("Down", "Down", "Down", "Return")  # from the first column, the application
         self.assert_becomes(lambda: review.column(REVIEWED_PATH), [".x", "/a", "/c", "/d", "/w"])
 
     def test_another_import_replaces_the_review(self):

@@ -19,7 +19,7 @@ class Narrow(DesktopTest):
         self.assert_becomes(lambda: self.window.column(PATH), paths)
 
     def choice(self, label):
-        """The choice with that label, whatever is chosen."""
+        """The combo box with that label, whatever its value."""
         return eventually(lambda: next((node for node in self.window.frame.below()
                                         if node.role == "combo box" and node.labels() == [label]), None), label)
 

@@ -51,7 +51,7 @@ class AnyDesktop(Notices):
 @unittest.skipUnless(shutil.which("dunst"), "the package dunst is missing")
 class RealDesktop(Notices):
     def notices(self):
-        """The windows of the service that are on the screen."""
+        """The visible windows of the service."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "Dunst"],
                                env=self.desk.environment, stdout=subprocess.PIPE, text=True)
         return found.stdout.split()

@@ -17,7 +17,7 @@ from gi.repository import Gio, GLib
 from rules_window import PROGRAM, DesktopTest
 from sandbox import login_name
 
-# Puts the file $1 in place of the list of groups, for the program alone.
+# Replaces the list of groups by the file $1, for the program only.
 WITH_GROUPS = 'mount --bind "$1" /etc/group; shift; exec "$@"'
 
 POLKIT = """<node><interface name="org.freedesktop.PolicyKit1.Authority">
@@ -29,7 +29,7 @@ POLKIT = """<node><interface name="org.freedesktop.PolicyKit1.Authority">
 
 
 class PasswordService:
-    """Answers in place of the service that has an administrator give a password."""
+    """Replaces the service that asks an administrator for a password."""
 
     def __init__(self, address):
         self.granted, self.questions = True, []
@@ -70,7 +70,7 @@ class PreferencesTest(DesktopTest):
         self.pretend_pkexec('eval "$3"')
 
     def pretend_pkexec(self, script):
-        """Puts a pkexec first on the path that notes how it is called."""
+        """Puts a pkexec first in PATH that records its arguments."""
         os.makedirs(self.sandbox.path("bin"), exist_ok=True)
         self.calls = self.sandbox.path("calls")
         pkexec = self.sandbox.new_file("bin/pkexec", f'#!/bin/sh\nprintf "%s\\n" "$*" >> "{self.calls}"\n{script}\n')

@@ -27,7 +27,7 @@ class RealProgram(RealServices):
         os.chmod(self.product.shared, 0o775)
 
     def prepare(self):
-        """The program, as soon as something is written to the pipe that is answered as well."""
+        """The program, started once something is written to the returned pipe."""
         pipe = self.product.path("pipe")
         os.mkfifo(pipe)
         os.chmod(pipe, 0o666)

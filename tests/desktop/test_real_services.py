@@ -1,4 +1,4 @@
-"""What the units of the application learn from the real services about administrators, their fingers and passwords."""
+"""The application's units with the real services for administrators, fingerprints and passwords."""
 
 import os
 import subprocess
@@ -8,10 +8,10 @@ from real_services import GROUPS, FingerReader, RealServices, as_user
 
 
 class Probe(RealServices):
-    """A process that asks the services as the application does, and prints the answer."""
+    """A process that calls the services like the application, and prints the result."""
 
     def prepare(self, question, user):
-        """A process that asks on behalf of a user as soon as it gets a line; communicate() has the answer."""
+        """A process that calls them for a user as soon as it gets a line; communicate() returns the result."""
         probe = subprocess.Popen(
             [*as_user(user), "sh", "-c", 'read line; exec "$0" "$1"', self.program, question],
             env={"PATH": os.environ["PATH"], "QT_QPA_PLATFORM": "offscreen", "HOME": "/nonexistent",
@@ -49,7 +49,7 @@ class Administrators(Probe):
 
 class Passwords(Probe):
     def password_answer(self, user, *passwords):
-        """What is answered when somebody types these at the terminal of a user."""
+        """The result when these are typed at the terminal of a user."""
         probe = self.prepare("password", user)
         terminal = self.agent_of(probe, user)
         probe.stdin.write("go\n")

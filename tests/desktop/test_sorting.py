@@ -74,7 +74,7 @@ class Sorting(DesktopTest):
     def test_the_menu_sorts_by_keyboard(self):
         self.desk.press("alt+v", "o")
         self.window.frame.find("menu item", "Path")
-        self.desk.press("Up", "Up", "Return")  # from the first item round to the last but one: the last is no column
+        self.desk.press("Up", "Up", "Return")  # wraps around to the last item but one: the last is not a column
         self.assert_order("/1", "/2", "/3", "/4", "/5")
 
     def test_the_menu_sorts_by_mouse_like_the_headers(self):

@@ -80,7 +80,7 @@ class LoadFailure(DesktopTest):
     def open_with_failure(self):
         self.sandbox.write_user("allow path /a any r")
         os.makedirs(self.sandbox.system_file("exec.rc"), exist_ok=True)
-        window = self.open(wait_until_active=False)  # the notice may have the keyboard
+        window = self.open(wait_until_active=False)  # the notice may have the focus
         return window, window.program.find("dialog", NOTICE)
 
     def test_of_the_last_file_is_told_in_a_notice_with_its_reason(self):

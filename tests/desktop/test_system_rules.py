@@ -40,7 +40,7 @@ class SystemRules(DesktopTest):
             self.desk.press("alt+v")
             self.window.frame.find("menu item", title)
             self.desk.press("Return")
-        # A menu opened by its letter has its first item chosen already.
+        # A menu opened by its mnemonic has its first item selected already.
         self.assert_toggled(choose)
 
     def test_a_system_rule_shows_neither_tag_nor_a_missing_file(self):

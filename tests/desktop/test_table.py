@@ -84,7 +84,7 @@ class Table(DesktopTest):
         for column in range(7):
             with self.subTest(column=TITLES[column]):
                 x, y, width, height = window.header(column).box
-                # An elided text reaches the end of its column; a whole one leaves some of the background.
+                # An elided text reaches the end of its column; a complete one leaves some background.
                 strip = picture.crop((x + width - 6, y + 2, x + width - 2, y + height - 3))
                 self.assertEqual(len(set(strip.convert("L").point(lambda level: level < 128).getdata())), 1)
 

@@ -35,7 +35,7 @@ class Wayland(DesktopTest):
     def open(self, **environment):
         process = self.start(QT_QPA_PLATFORM="wayland", WAYLAND_DISPLAY=SOCKET, **environment)
         window = RulesWindow(self.desk, process, wait_until_active=False)
-        self.desk.hands("mousemove", 700, 500, "click", 1)  # the X window gets the keyboard
+        self.desk.hands("mousemove", 700, 500, "click", 1)  # the X window gets the focus
         return window
 
     def keep_picture(self, name):

@@ -20,12 +20,12 @@ def page_text(number):
 
 
 def plain(markdown):
-    """A piece of Markdown as it is read: links by their texts, without marks."""
+    """The text of Markdown: links by their texts, without markup."""
     return re.sub(r"[*`]", "", re.sub(r"\[(.*?)\]\(.*?\)", r"\1", markdown))
 
 
 class Source:
-    """The guide as it is written."""
+    """The source of the guide."""
 
     def __init__(self):
         with open(os.path.join(SOURCE, "guide.md")) as file:
@@ -37,7 +37,7 @@ class Source:
 
 
 class Guide(unittest.TestCase):
-    """The user guide as it is set in pages."""
+    """The user guide as PDF."""
 
     @classmethod
     def setUpClass(cls):
@@ -115,7 +115,7 @@ class Guide(unittest.TestCase):
         lines = [line.split() for line in answer("pdfimages", "-list", GUIDE).splitlines()[2:]]
         shown = [line for line in lines if line[2] == "image"]
         self.assertEqual(len(shown), len(self.source.pictures))
-        # Letters of a window are 12 dots high; its pictures have two for each of them.
+        # Window text is 12 pixels high; images have twice the resolution.
         for resolution in (int(line[12]) for line in shown):
             self.assertGreaterEqual(2 * 12 / resolution * 72, 7.9)
 
@@ -166,7 +166,7 @@ class Elements(html.parser.HTMLParser):
 
 
 class Page(unittest.TestCase):
-    """The user guide as a page for browsers."""
+    """The user guide as HTML."""
 
     @classmethod
     def setUpClass(cls):
@@ -197,7 +197,7 @@ class Page(unittest.TestCase):
 
 
 class Making(unittest.TestCase):
-    """make_guide, given other sources."""
+    """make_guide, with other sources."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()

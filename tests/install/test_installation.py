@@ -88,7 +88,7 @@ class Installation(unittest.TestCase):
         self.assertEqual(modes(self.target), expected("usr/"))
 
     def set_up_system(self, part):
-        """What a package of that part has the system do. Answers who owns the folder for rules and who may do what there."""
+        """Runs what a package of that part makes the system do. Returns the owner and permissions of the rules folder."""
         os.makedirs(os.path.join(self.target, "etc"), exist_ok=True)
         for program, kind in (("systemd-sysusers", []), ("systemd-tmpfiles", ["--create"])):
             subprocess.run([program, "--root=" + self.target, *kind, part + ".conf"], check=True,
@@ -150,7 +150,7 @@ class Installation(unittest.TestCase):
 
     def test_the_installed_window_opens(self):
         self.install("--prefix", self.target)
-        # A fault in the last file that is read: the program tells of it in its log once the window is shown.
+        # An error in the last file that is read: the program logs it once the window is shown.
         os.symlink("elsewhere", self.sandbox.system_file("exec.rc"))
         self.sandbox.write_system("elsewhere", "allow path /a any r")
         program = subprocess.Popen([os.path.join(self.target, "bin/quorvane-configuration")],

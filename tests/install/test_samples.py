@@ -36,7 +36,7 @@ class Samples(unittest.TestCase):
         return volume
 
     def found(self, kind):
-        """What is found on the volume: the program of each rule, or its path."""
+        """The findings on the volume: the program of each rule, or its path."""
         subprocess.run([os.path.join(SAMPLES, "seed"), self.sandbox.root], check=True)
         checked = subprocess.run([QUORVANECTL, "--root", self.sandbox.root, "check", "--json", "--only", kind,
                                   "--target", self.volume], stdout=subprocess.PIPE, check=False)

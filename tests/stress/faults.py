@@ -1,4 +1,4 @@
-"""Programs of which calls fail: what the tests beside this file share."""
+"""Programs with failing calls: common code of the tests in this folder."""
 
 import errno
 import os
@@ -19,7 +19,7 @@ IS_LONG = os.environ.get("QUORVANE_STRESS") == "long"
 CALLS = ("any", "open", "read", "write", "stat", "close", "sync", "truncate", "chmod", "rename", "unlink", "mkdir",
          "lock", "map", "connect", "allocate")
 
-# What each call is made to fail with.
+# The errors that each call is made to fail with.
 ERRORS = {"open": (errno.EIO, errno.EACCES, errno.EMFILE, errno.EINTR), "read": (errno.EIO, errno.EINTR, "short"),
           "write": (errno.ENOSPC, errno.EIO, errno.EINTR, "short"), "stat": (errno.EIO, errno.EACCES),
           "close": (errno.EIO, errno.EINTR), "sync": (errno.EIO, errno.EDQUOT), "truncate": (errno.EIO,),
@@ -37,7 +37,7 @@ class Result:
 
 
 def run(command, environment, fault="", timeout=PATIENCE, **more):
-    """Runs a command in which `fault` happens: "CALL:NUMBER:FAULT", as the library has it."""
+    """Runs a command with `fault`, "CALL:NUMBER:FAULT", in the library's syntax."""
     with tempfile.NamedTemporaryFile() as file:
         file.write(bytes(8 * len(CALLS)))
         file.flush()

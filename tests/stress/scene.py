@@ -1,4 +1,4 @@
-"""A sandbox that can be brought back to where it was, and quorvanectl at work in it."""
+"""A sandbox whose state can be saved and restored, and quorvanectl running in it."""
 
 import hashlib
 import json
@@ -13,11 +13,11 @@ CONTENTS = os.path.join(faults.BIN, "journal_contents")
 
 
 class Scene:
-    """The user's rules file, the journal, programs and exchange files. All commands run in it; reset() makes it what it
-    was when keep() was called."""
+    """The user's rules file, the journal, programs and exchange files. All commands run in it; reset() restores the
+    state at the call of keep()."""
 
     def __init__(self, parent=None):
-        """`parent`: the folder in which all this is, if not that of temporary files."""
+        """`parent`: the folder for all this, by default that of temporary files."""
         self.sandbox = Sandbox(parent=parent)
         self._kept = self.sandbox.path("kept")
         self.environment = {"PATH": os.environ["PATH"], "HOME": self.sandbox.home, "LC_ALL": "C.UTF-8",
@@ -37,17 +37,17 @@ class Scene:
             shutil.copytree(os.path.join(self._kept, name), self.sandbox.path(name), symlinks=True)
 
     def run(self, *arguments, fault="", prefix=(), **more):
-        """`prefix`: the program, with its arguments, that is to start the command."""
+        """`prefix`: a program, with arguments, that starts the command."""
         return faults.run([*prefix, faults.PROGRAM, *arguments], self.environment, fault, **more)
 
     def rules(self):
-        """What is in force: the rules as `list` has them, without their places."""
+        """The rules in force, as printed by `list`, without their rows."""
         listed = [json.loads(line) for line in self.run("list", "--json").out.splitlines()]
         return [tuple(rule[key] for key in ("kind", "policyClass", "path", "processName", "operations", "tag", "created"))
                 for rule in listed]
 
     def settled_rules(self):
-        """What is in force once another command has changed the rules."""
+        """The rules in force after another command has changed the rules."""
         added = self.run("add", "allow", "prefix", "/the next command", "any", "r")
         return added, [rule for rule in self.rules() if rule[2] != "/the next command"]
 
@@ -55,13 +55,13 @@ class Scene:
         return read(self.sandbox.user_file) if os.path.exists(self.sandbox.user_file) else None
 
     def tree(self):
-        """Every file of the user's, with what its bytes are known by."""
+        """Every file of the user, with its digest."""
         return {os.path.join(folder, name): hashlib.sha256(read(os.path.join(folder, name))).hexdigest()
                 for top in (self.sandbox.root, self.sandbox.home) for folder, _, names in os.walk(top) for name in names}
 
 
 def journal_versions(test, scene):
-    """The versions in the journal, oldest first, and the folder where their contents are; each is what it says it is, and
+    """The versions in the journal, oldest first, and the folder with their contents; checks their digests, and that
     the newest is the file."""
     out = scene.sandbox.path("versions")
     os.makedirs(out, exist_ok=True)

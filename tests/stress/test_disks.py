@@ -8,14 +8,14 @@ import unittest
 
 from alone import run_alone
 
-# The mounts of a test are its own, and go with it.
+# Each test has its own mounts, removed at its end.
 CAN_MOUNT = run_alone()
 
 import faults  # noqa: E402
 from scene import Scene, journal_versions  # noqa: E402
 
 POSITIONS = 6  # of each command, in a short run
-PAGE = 4096  # what a disk in memory is given out by
+PAGE = 4096  # the allocation unit of a memory disk
 PAGES = 40  # more than a command needs
 RULES = ["allow prefix /folder/with/a/name/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number)
          for number in range(1000)]

@@ -10,7 +10,7 @@ from sandbox import read
 from scene import Scene
 
 POSITIONS = 2  # of each kind of call, in a short run
-PERSISTENT = ("open", "write", "sync", "allocate")  # kinds whose faults also go on, as a full disk does
+PERSISTENT = ("open", "write", "sync", "allocate")  # also made to fail persistently, like a full disk
 
 READERS = {"list": ["list", "--json", "--system"], "check": ["check"], "options": ["options"],
            "history": ["history", "--json"], "version": ["history", "show", "--json", "2"]}
@@ -116,7 +116,7 @@ class Faults(unittest.TestCase):
                     self.assertEqual((result.status, result.err), (status, "quorvanectl: out of memory\n"))
 
     def test_a_file_size_limit_and_a_quota_lose_nothing(self):
-        """The kernel's own limit, in place of a fault: every size that a file may have on the way."""
+        """The kernel's own limit, instead of a fault: every intermediate size of a file."""
         before = self.scene.rules()
         size = len(self.scene.content())
         for limit in (0, 1, size - 1, size, size + 1, size + 20, 10_000, 40_000):
@@ -160,7 +160,7 @@ class Journals(unittest.TestCase):
 
     def test_one_of_a_newer_version_is_left_alone(self):
         with open(self.database, "r+b") as file:
-            file.seek(60)  # where the format number is
+            file.seek(60)  # the offset of the format number
             file.write((2).to_bytes(4, "big"))
         newer = read(self.database)
         self.assertIn("newer version", self.add("/second").err)

@@ -1,4 +1,4 @@
-"""The library that makes calls fail, on a program that shows what each call answered."""
+"""The library that makes calls fail, tested on a program that prints the result of each call."""
 
 import errno
 import os
@@ -25,7 +25,7 @@ class FaultyCalls(unittest.TestCase):
         return result, {line[0]: line[1] for line in lines}, {line[0]: int(line[2]) for line in lines if line[2:]}
 
     def positions(self, name):
-        """The number of the call among those of its kind; of memory, which others take too, all of them."""
+        """The number of the call among those of its kind; for memory, which others allocate too, all of them."""
         result, answers, _ = self.probe()
         before = [call for call in list(answers)[:list(answers).index(name)] if KINDS[call] == KINDS[name]]
         all_calls = [call for call in answers if KINDS[call] == KINDS[name]]

@@ -8,7 +8,7 @@ from scene import Scene, journal_versions
 POSITIONS = 4  # of each command, in a short run
 
 FEW = ["allow prefix /folder/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number) for number in range(60)]
-# More than a page of the data base, and of the file.
+# More than a page of the database, and of the file.
 MANY = ["allow prefix /folder/with/a/name/%d /bin/%d rw tag \"\" %d" % (number, number % 7, number)
         for number in range(1500)]
 
@@ -31,7 +31,7 @@ class Kills(unittest.TestCase):
             if first:
                 self.assertEqual(self.scene.run(*first).status, 0)
             rules_file = self.scene.sandbox.user_file
-            with open(rules_file, "ab") as file:  # another program's version, which only the file holds
+            with open(rules_file, "ab") as file:  # a version by another program, only in the file
                 file.write(b"allow prefix /another any r\n")
         self.scene.keep()
         before = self.scene.rules()

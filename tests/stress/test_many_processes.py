@@ -26,7 +26,7 @@ WINDOW_PROGRAM = os.path.join(faults.BIN, "quorvane-configuration")
 
 
 def identity(line):
-    """What makes a rule the rule it is, of a written line."""
+    """The identity of the rule on a written line."""
     fields = shlex.split(line)
     fields[4] = "".join(sorted(fields[4]))
     return tuple(fields[:5]) + (tuple(fields[6:7]) if fields[0] != "watch" else ())
@@ -38,13 +38,13 @@ def rules_of(text):
 
 
 class Actions:
-    """Random adds, deletes, tags and imports, and what must come of them. For many threads."""
+    """Random adds, deletes, tags and imports, and their expected result. For many threads."""
 
     def __init__(self, scene, seed):
         self.scene, self.random = scene, random.Random(seed)
         self.lock = threading.Lock()
         self.left, self.made = ACTIONS, 0
-        self.present = []  # added for certain, and nobody is at it
+        self.present = []  # definitely added, and not in use by any process
         self.tags = {}  # of all rules that must be there
         self.added, self.removed, self.refused = set(), set(), set()
         self.failures = []
@@ -54,7 +54,7 @@ class Actions:
         try:
             while self.next_action(actor)():
                 pass
-        except BaseException as failure:  # one of a thread's own, which the test reports
+        except BaseException as failure:  # passed to the test, which reports it
             self.failures.append(failure)
 
     def next_action(self, actor):
@@ -71,7 +71,7 @@ class Actions:
             return (self.random.choice(classes), "prefix", f"/rule/{self.made}/", self.random.choice(programs), operations)
 
     def taken(self):
-        """A rule that nobody else is at until it is given back; none when there is none."""
+        """A rule reserved for the caller until it is returned; None when there is none."""
         with self.lock:
             return self.present.pop(self.random.randrange(len(self.present))) if self.present else None
 
@@ -117,7 +117,7 @@ class Actions:
 
 
 def run_command(scene, *arguments):
-    """Whether the command has done it; else it says why not."""
+    """Whether the command succeeded; else it must have printed why not."""
     done = subprocess.run([faults.PROGRAM, *arguments], env=scene.environment, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120, check=False)
     if done.returncode not in (0, 1, 3) or (done.returncode != 0 and not done.stderr):
@@ -146,7 +146,7 @@ class Commands:
 class Window:
     """Acts by mouse and keyboard in one window, on a desk of its own. What it has done is in the file when it returns."""
 
-    can_add = {"classes": ("allow",), "programs": ("any",), "operations": "crw"}  # what its button makes
+    can_add = {"classes": ("allow",), "programs": ("any",), "operations": "crw"}  # what its button creates
 
     def __init__(self, scene):
         self.scene, self.desk, self.acted = scene, Desk(), 0
@@ -157,7 +157,7 @@ class Window:
         self.window = RulesWindow(self.desk, self.process)
 
     def end(self):
-        """Closes it as a person does; its exit status."""
+        """Closes it like a user; returns its exit status."""
         status = self.window.close()
         errors = read(self.errors).decode(errors="replace")
         if SANITIZER_REPORT.search(errors):
@@ -170,7 +170,7 @@ class Window:
         return found is not None and tag in (None, found[0])
 
     def show(self, rule):
-        """Makes it the one row, selected. Another program's rule shows when the file is looked at after its writing."""
+        """Makes it the only row, selected. Another program's rule appears after the next poll of the file."""
         self.wait_until_active(self.window.frame)
         self.desk.press("ctrl+f", "ctrl+a")
         self.desk.type_text(rule[2])
@@ -191,7 +191,7 @@ class Window:
             return False
 
     def add(self, rule):
-        self.wait_until_active(self.window.frame)  # again: the window before it may be closing yet
+        self.wait_until_active(self.window.frame)  # again: the previous window may still be closing
         self.desk.press("ctrl+n")
         self.wait_until_active(self.window.program.find("dialog", "Any Process"))
         self.desk.type_text(rule[2])
@@ -220,7 +220,7 @@ class Window:
 
 
 def answer_of(question):
-    """None where a row goes away while it is asked."""
+    """None when a row vanishes during the query."""
     try:
         return question()
     except GLib.Error:
@@ -228,8 +228,8 @@ def answer_of(question):
 
 
 def merged_order(ours, theirs, result):
-    """The rules of a merge in order: ours as they stand; what theirs adds behind what precedes it there, else at the end of
-    its kind."""
+    """The rules of a merge in order: ours in order; rules added by theirs behind their predecessor there, else at the end of
+    their kind."""
     merged = [rule for rule in ours if rule in result]
     behind = None
     for rule in (rule for rule in theirs if rule in result):
@@ -242,12 +242,12 @@ def merged_order(ours, theirs, result):
 
 
 def list_of(rule):
-    """The watch rules stand in one list, the policy rules of each program in one of their own."""
+    """The watch rules are in one list, the policy rules of each program in a separate one."""
     return "watch" if rule[0] == "watch" else rule[3]
 
 
 def by_list(rules):
-    """In which order the lists stand is no matter."""
+    """The order of the lists does not matter."""
     lists = {}
     for rule in rules:
         lists.setdefault(list_of(rule), []).append(rule)
@@ -255,7 +255,7 @@ def by_list(rules):
 
 
 def with_added(known, added):
-    """Rules that a program knows, with those that it adds, each at the end of its list."""
+    """The rules known to a program, with those that it adds, each at the end of its list."""
     ours = list(known)
     for rule in added:
         behind = [place + 1 for place, other in enumerate(ours) if list_of(other) == list_of(rule)]

@@ -1,4 +1,4 @@
-"""Processes and mounts of a test's own."""
+"""Separate processes and mounts for a test."""
 
 import os
 import subprocess
@@ -6,18 +6,18 @@ import sys
 
 
 def _works(*command):
-    """Whether a command of root's succeeds: in a container even root may have no right to mounts of its own."""
+    """Whether a command succeeds as root: in a container even root may not be allowed to create mounts."""
     return os.geteuid() == 0 and subprocess.run(command, stderr=subprocess.DEVNULL).returncode == 0
 
 
 def can_mount():
-    """Whether a program can be given mounts of its own."""
+    """Whether a program can be run with separate mounts."""
     return _works("unshare", "--mount", "--propagation", "private", "mount", "--bind", "/etc/group", "/etc/group")
 
 
 def run_alone():
-    """Starts this very process again where it sees no process but its own and where its mounts are its own; nothing that
-    it starts outlives it. Answers whether that is so: only root can do this."""
+    """Restarts this process in separate process and mount namespaces; nothing that it starts outlives it. Returns
+    whether it runs in them: only root can do this."""
     if "QUORVANE_ALONE" in os.environ:
         return True
     command = ["unshare", "--mount", "--propagation", "private", "--pid", "--fork", "--kill-child", "--mount-proc"]

@@ -1,4 +1,4 @@
-"""A service on a bus that answers as a test says, in a thread of its own."""
+"""A bus service with configured replies, in its own thread."""
 
 import threading
 
@@ -22,7 +22,7 @@ class BusService:
         self._thread.start()
 
     def answer(self, method, arguments):
-        """What a call is answered with; None for nothing."""
+        """The reply to a call; None for an empty one."""
         raise NotImplementedError
 
     def _called(self, _bus, _sender, _path, _interface, method, arguments, invocation):

@@ -1,4 +1,4 @@
-"""A desk that nobody sees: a screen, a window manager, a session bus and accessibility, for one test at a time.
+"""A virtual desktop: a screen, a window manager, a session bus and accessibility, for one test at a time.
 
 A test looks at windows through the accessibility tree, as a screen reader does, and at the pixels of the screen, and
 acts with mouse and keyboard. Nothing waits for a time, only for what is to come.
@@ -19,8 +19,8 @@ from gi.repository import Gio, GLib  # noqa: E402
 
 PATIENCE = 20  # seconds; the machine may be busy
 
-# No service folders of the machine: a service that a test has not started itself must not start because somebody asks for
-# it. A test may have a folder of its own.
+# No service folders of the machine: services not started by the test must not be activated. A test may have its own service
+# folder.
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -39,7 +39,7 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
 </busconfig>
 """
 
-# Without smoothing a text has exactly the colour that the program gave it.
+# Without antialiasing a text has exactly the colour set by the program.
 FONT_CONFIGURATION = """<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "fonts.dtd">
 <fontconfig>
@@ -50,12 +50,12 @@ FONT_CONFIGURATION = """<?xml version="1.0"?>
                          '<edit name="rgba" mode="assign"><const>none</const></edit></match>'
                          for target in ("font", "pattern")))
 
-# Numbers of the states of an object of the tree.
+# State numbers of accessible objects.
 ACTIVE, CHECKED, ENABLED, FOCUSABLE, FOCUSED, SELECTED, SHOWING = 1, 4, 8, 11, 12, 23, 25
 
 
 def eventually(question, what="the answer"):
-    """The first answer of `question` that counts as true."""
+    """The first true result of `question`."""
     end = time.monotonic() + PATIENCE
     while True:
         answer = question()
@@ -67,7 +67,7 @@ def eventually(question, what="the answer"):
 
 
 def settled(question):
-    """The answer of `question` once it is the same twice in a row."""
+    """The result of `question` once it is the same twice in a row."""
     answers = [None]
 
     def same_again():
@@ -90,8 +90,8 @@ def call(bus, name, path, interface, method, signature=None, *arguments):
 
 class Desk:
     def __init__(self, width=1400, height=900, as_user=(), services=None):
-        """`as_user` is what goes before the commands of a desk that is another user's, as setpriv. `services` is a folder of
-        descriptions of services that the session bus starts."""
+        """`as_user` is a command prefix, such as setpriv, for a desk of another user. `services` is a folder of service
+        files for the session bus."""
         self.folder = tempfile.mkdtemp(prefix="quorvane-desk-")
         self.processes = []
         self._as_user = list(as_user)
@@ -113,23 +113,23 @@ class Desk:
         self.environment = {
             "PATH": os.environ["PATH"], "HOME": self.folder, "XDG_RUNTIME_DIR": runtime, "LC_ALL": "C.UTF-8",
             "FONTCONFIG_FILE": self._path("fonts.conf"), "DBUS_SESSION_BUS_ADDRESS": "unix:path=" + socket,
-            # The machine's own system bus is nobody's business here.
+            # The machine's own system bus must not be used.
             "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=" + self._path("no-system-bus"),
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         self._start_screen(width, height)
         self.start("dbus-daemon", "--nofork", "--config-file=" + self._path("bus.conf"))
         self.session = eventually(lambda: self._session_bus(socket), "the session bus")
         self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
-        # A window that is shown before the window manager is ready can stay unseen.
+        # A window shown before the window manager is ready can stay invisible.
         self.start("openbox", "--sm-disable", "--startup", "touch " + ready)
         self._tree = connect(eventually(self._accessibility_address, "the accessibility bus"))
         eventually(lambda: os.path.exists(ready), "the window manager")
-        # The first key ever pressed makes the window manager set its own keys anew and miss the next one.
+        # The first key press makes the window manager reset its key bindings and miss the next one.
         self.press("Shift_L")
 
     @staticmethod
     def _session_bus(socket):
-        # The socket is there a moment before the bus listens on it.
+        # The socket exists a moment before the bus listens on it.
         try:
             return connect("unix:path=" + socket)
         except GLib.Error:
@@ -137,7 +137,7 @@ class Desk:
 
     def _start_screen(self, width, height):
         reader, writer = os.pipe()
-        # It picks a free number itself, so that desks can stand side by side.
+        # It picks a free number itself, so that desks can run in parallel.
         self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp",
                    "-noreset", "-ac", pass_fds=(writer,))
         os.close(writer)
@@ -145,7 +145,7 @@ class Desk:
             self.environment["DISPLAY"] = ":" + number.readline().strip()
 
     def end_screen(self):
-        """The display goes away under its programs."""
+        """Ends the display while its programs are running."""
         next(process for process in self.processes if "Xvfb" in process.args).kill()
 
     def _path(self, name):
@@ -184,7 +184,7 @@ class Desk:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def hear_names(self):
-        """What screen readers are told of names that change: a list that grows from now on."""
+        """The changed names announced to screen readers: a list that grows from now on."""
         names, ready = [], threading.Event()
 
         def listen():
@@ -202,7 +202,7 @@ class Desk:
         return names
 
     def tree_of(self, process):
-        """The root of what `process` shows."""
+        """The accessible root object of `process`."""
         def find():
             if process.poll() is not None:
                 raise AssertionError(f"the program ended by itself with status {process.returncode}")
@@ -216,11 +216,11 @@ class Desk:
         try:
             return call(self._tree, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
                         "(s)", name)[0]
-        except GLib.Error:  # gone meanwhile
+        except GLib.Error:  # removed in the meantime
             return None
 
     def hands(self, *arguments):
-        """Acts with mouse and keyboard, as xdotool does; what it prints."""
+        """Runs xdotool for mouse and keyboard input; returns its output."""
         return subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, check=True,
                               stdout=subprocess.PIPE,
                               text=True, timeout=PATIENCE).stdout
@@ -233,7 +233,7 @@ class Desk:
         self.hands("type", "--delay", "1", text)
 
     def paste(self, text):
-        """Any text, by way of the clipboard, into what has the focus."""
+        """Pastes any text into the focused object."""
         subprocess.run(["xclip", "-selection", "clipboard"], env=self.environment, input=text.encode(), check=True,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.press("ctrl+v")
@@ -254,7 +254,7 @@ class Desk:
 
 
 class Node:
-    """One object of the accessibility tree. Remembers nothing: each question asks the program."""
+    """An object of the accessibility tree. Caches nothing: each query goes to the program."""
 
     def __init__(self, bus, name, path):
         self._address = (bus, name, path)
@@ -292,18 +292,18 @@ class Node:
         return self._node(self._ask("Table", "GetAccessibleAt", "(ii)", row, column))
 
     def children(self):
-        # The toolkit's lists without entries have a child that is none.
+        # Qt's empty lists have an invalid child.
         return [self._node(reference) for reference in self._ask("Accessible", "GetChildren")
                 if not reference[1].endswith("/null")]
 
     def labels(self):
-        """The names of the labels that are said to belong to this object."""
+        """The names of the labels of this object."""
         labelled_by = 2
         return [self._node(target).name for kind, targets in self._ask("Accessible", "GetRelationSet")
                 if kind == labelled_by for target in targets]
 
     def below(self):
-        """Everything under this object, save the insides of tables, which can be endless."""
+        """Everything below this object, except the contents of tables, which can be endless."""
         if self.role == "table":
             return
         for child in self.children():
@@ -314,7 +314,7 @@ class Node:
         try:
             return next((node for node in self.below() if node.role == role and node.has(SHOWING)
                          and (name is None or node.name == name)), None)
-        except GLib.Error:  # something went away while it was looked at
+        except GLib.Error:  # something was removed during the inspection
             return None
 
     def find(self, role, name=None):

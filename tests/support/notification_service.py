@@ -1,4 +1,4 @@
-"""A desktop's service for notices that shows nothing and remembers everything."""
+"""A notification service that shows nothing and records everything."""
 
 from bus_service import BusService
 from desk import eventually

@@ -1,4 +1,4 @@
-"""A desktop's portal that knows how windows shall look."""
+"""A desktop portal with appearance settings."""
 
 from bus_service import BusService
 from gi.repository import GLib
@@ -14,7 +14,7 @@ INTERFACE = """<node><interface name="org.freedesktop.portal.Settings">
 
 class PortalService(BusService):
     def __init__(self, address, **settings):
-        """`settings` are numbers, under their names with "_" for "-"."""
+        """`settings` are numbers by name, with "_" for "-"."""
         self._settings = {name.replace("_", "-"): GLib.Variant("u", value) for name, value in settings.items()}
         super().__init__(address, NAME, PATH, INTERFACE)
 

@@ -1,4 +1,4 @@
-"""A product installation of a test's own, in a temporary folder."""
+"""A separate product installation for a test, in a temporary folder."""
 
 import os
 import plistlib
@@ -7,7 +7,7 @@ import re
 import shutil
 import tempfile
 
-# What a sanitizer prints before it ends a program.
+# The output of a sanitizer before it ends a program.
 SANITIZER_REPORT = re.compile(r"Sanitizer|runtime error:")
 
 
@@ -20,7 +20,7 @@ def login_name(user=None):
 
 
 def text_of(lines):
-    """The contents of a rules file with these lines; bytes and whole texts stay as they are."""
+    """The contents of a rules file with these lines; bytes and complete texts are unchanged."""
     if isinstance(lines, bytes):
         return lines
     if isinstance(lines, str):
@@ -66,7 +66,7 @@ class Sandbox:
         return self.write(self.system_file(name), lines)
 
     def write_preferences(self, binary=False, **values):
-        """Underlines in the names stand for dots, two of them for one underline."""
+        """Underscores in the names mean dots, double ones an underscore."""
         keys = {name.replace("__", "\0").replace("_", ".").replace("\0", "_"): value for name,
                 value in values.items()}
         with open(self.preferences_file, "wb") as file:
