@@ -45,7 +45,7 @@ test::CmsPlan stamped(const std::string& time = "20230601120000Z")
     return plan;
 }
 
-// An RSA key of these many bits that nobody has the other half of.
+// An RSA public key of this many bits, without a private key.
 std::shared_ptr<EVP_PKEY> publicKey(int modulusBits, int exponentBits)
 {
     const auto number = [](int bits) {
@@ -68,7 +68,7 @@ std::shared_ptr<EVP_PKEY> publicKey(int modulusBits, int exponentBits)
     return {key, EVP_PKEY_free};
 }
 
-// Asked with the platform's own root as the anchor.
+// With the platform's own root as the anchor.
 std::string answersForOthers(const Bytes& program)
 {
     const test::TemporaryFolder folder;
@@ -230,7 +230,7 @@ TEST(Certificates, OfEllipticCurvesAreVerifiedLikeRsaOnes)
             << curve << " over another directory";
         tampered.sign = [&plan](const std::vector<Bytes>& directories) {
             Bytes cms = makeCms(plan, directories);
-            cms[cms.size() - 20] ^= 1U; // within the signature, which stands last
+            cms[cms.size() - 20] ^= 1U; // within the signature, which comes last
             return cms;
         };
         EXPECT_EQ(test::answers(programOf(tampered)), test::unproven("3"))
@@ -274,7 +274,7 @@ TEST(Certificates, LargerThanAnyGenuineOneAreNone)
 
 TEST(Certificates, TwoHundredWrongIssuersAreTriedAndNotMore)
 {
-    // given certificates that all bear the issuer's name, each with a number of its own
+    // given certificates that all have the issuer's name, each with a different number
     test::CertificatePlan sameName;
     sameName.commonName = "Test Authority";
     const auto parsed

@@ -14,8 +14,7 @@ std::size_t callsSoFar = 0;
 
 } // namespace
 
-// Names that the linker's option --wrap=pread makes: of the function that is called instead of the system's,
-// and of the system's.
+// Names defined by the linker option --wrap=pread: of the replacement, and of the system's function.
 extern "C" ssize_t __real_pread(int descriptor, void* to, size_t length, off_t offset); // NOLINT
 extern "C" ssize_t __wrap_pread(int descriptor, void* to, size_t length, off_t offset) // NOLINT
 {

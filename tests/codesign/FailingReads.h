@@ -7,8 +7,8 @@ namespace quorvane::test {
 // How a read fails.
 enum class ReadFailure { none, cutShort, error, end };
 
-// While it lives, one call of pread() in this program fails: the one that comes after `position` others. The
-// linker puts the function of FailingReads.cpp in the place of the system's. One at a time; one thread.
+// During its lifetime, one call of pread() in this program fails: the one after `position` others. The linker
+// replaces the system's function by that of FailingReads.cpp. One at a time; one thread.
 class FailingReads {
 public:
     FailingReads(ReadFailure failure, std::size_t position);

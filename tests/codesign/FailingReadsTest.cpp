@@ -17,7 +17,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// Asks once for every read that the question makes, with that read failing; the answers that were given.
+// Repeats the query once for every read that it makes, with that read failing; returns all results.
 template <class Ask> auto answersWithEachReadFailing(test::ReadFailure failure, const Ask& ask)
 {
     std::set<decltype(ask())> answers;
@@ -25,7 +25,7 @@ template <class Ask> auto answersWithEachReadFailing(test::ReadFailure failure, 
         const test::FailingReads reads(failure, position);
         auto answer = ask();
         if (reads.calls() <= position)
-            break; // it makes no more reads than these
+            break; // it makes no further reads
         answers.insert(std::move(answer));
     }
     return answers;
@@ -91,7 +91,7 @@ TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
 
 TEST(FailingReads, NeverMakeAProgramUnsignedOrValid)
 {
-    // 3: pages that end too early; 4: pages that cannot be read; 6: nothing is known
+    // 3: pages end too early; 4: pages cannot be read; 6: unknown
     const test::TemporaryFolder folder;
     for (const auto& program : programsIn(folder)) {
         const auto& name = program.first;

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <string>
 
-// Programs as their makers signed and published them, fetched by tools/fetch_real_programs. The facts were
-// read off the files by other means.
+// Programs as signed and published by their makers, fetched by tools/fetch_real_programs. The expected facts
+// were determined by other means.
 
 namespace quorvane::codesign {
 
@@ -85,7 +85,7 @@ TEST_F(RealPrograms, ThatNobodySignedAreUnsigned)
 TEST_F(RealPrograms, ThatWereChangedAreNotValid)
 {
     const Bytes sound = test::bytesOf(test::TemporaryFolder::contents(path("node-12.22.9-x64")));
-    // Where the signature begins, and in it the signer's blob: the certificates stand at its start.
+    // The offset of the signature, and in it of the signer's blob, which begins with the certificates.
     constexpr std::size_t signature = 46862896;
     constexpr std::size_t signerEnd = signature + 605400;
     ASSERT_EQ(ByteView(sound).u32(signature), 0xfade0cc0U);

@@ -16,7 +16,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-constexpr std::uint32_t withResources = 0x2; // all checks but those of pages
+constexpr std::uint32_t withResources = 0x2; // all checks except those of pages
 constexpr std::uint32_t withoutResources = 0x6;
 
 const char* const rules = "<key>^.*</key><true/>"
@@ -94,7 +94,7 @@ private:
     std::string m_name;
 };
 
-// An application with one of each kind of resource, all in order.
+// An application with one of each kind of resource, all valid.
 class FullApplication : public Application {
 public:
     FullApplication()

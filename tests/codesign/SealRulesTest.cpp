@@ -8,7 +8,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// Rules that leave out what matches the pattern and demand a seal of everything else.
+// Rules that exempt paths matching the pattern and require a seal for everything else.
 std::optional<SealRules> leavingOut(const std::string& pattern)
 {
     const platform::PropertyValue omit{

@@ -6,7 +6,7 @@ namespace quorvane::codesign {
 
 namespace {
 
-// Facts given by hand.
+// Code with configured facts.
 class KnownCode : public CodeObject {
 public:
     ValidityStatus validity = status::valid;

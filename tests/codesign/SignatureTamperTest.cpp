@@ -48,7 +48,7 @@ TEST(Signature, OfHashesThatBlobsShareEndsInBoundedTime)
     Bytes program = test::makeProgram();
     program.resize(test::codeLength);
     test::append(program, container);
-    // The command that tells where the signature lies is the last one.
+    // The command with the signature's offset is the last one.
     for (std::size_t at = 32; at < 400; at += 4) {
         if (ByteView(program).u32(at, ByteOrder::little) == 0x1d)
             test::putNumber(program, at + 12, container.size(), 4, ByteOrder::little);

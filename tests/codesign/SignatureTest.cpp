@@ -169,7 +169,7 @@ TEST(Signature, OfADirectoryThatIsDamagedFails)
 
 TEST(Signature, OverMoreThanAnyProgramHasIsNotVerified)
 {
-    // given one page of gibibytes that the file claims to have, in a hole
+    // given one page of several GiB, which is a hole in the file
     constexpr std::uint64_t limit = 3ULL << 30U;
     test::SignaturePlan plan;
     plan.directories.front().pageSize = 0;

@@ -153,7 +153,7 @@ TEST(Signer, WhoseAttributesOrSignatureWereChangedFails)
     const auto sign = plan.sign;
     plan.sign = [sign](const std::vector<Bytes>& directories) {
         Bytes cms = sign(directories);
-        // The message digest's attribute: a changed type of another attribute leaves the digest right.
+        // The message digest attribute: changing another attribute's type would not affect the digest.
         const Bytes contentType = test::objectIdentifier("1.2.840.113549.1.9.3");
         const std::size_t at = ByteView(cms).text().find(ByteView(contentType).text());
         cms[at + contentType.size() - 1] = 5;
@@ -163,7 +163,7 @@ TEST(Signer, WhoseAttributesOrSignatureWereChangedFails)
 
     plan.sign = [sign](const std::vector<Bytes>& directories) {
         Bytes cms = sign(directories);
-        cms[cms.size() - 20] ^= 1U; // within the signature, which stands last
+        cms[cms.size() - 20] ^= 1U; // within the signature, which comes last
         return cms;
     };
     EXPECT_EQ(test::answers(programOf(plan)), test::unproven("3"));

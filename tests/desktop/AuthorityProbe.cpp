@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string_view>
 
-// authority-probe admin|finger|password: what the system answers to this question, "yes" or "no".
+// authority-probe admin|finger|password: prints the system's answer to this query, "yes" or "no".
 int main(int argumentCount, char** arguments)
 {
     using namespace quorvane;

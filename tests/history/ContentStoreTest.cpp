@@ -10,7 +10,7 @@ namespace quorvane::history {
 
 namespace {
 
-// A data base with the contents `first` and, packed against them, `second`.
+// A database with the contents `first` and, packed against them, `second`.
 class ContentStorePair : public testing::Test {
 protected:
     ContentStorePair()
@@ -65,7 +65,7 @@ TEST_F(ContentStorePair, UnpacksNoFrameOfWhichAnyByteIsDamaged)
 TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
 {
     const std::string other
-        = test::textOfLines(300, 299, "x"); // as long, and unlike where `second` is like `first`
+        = test::textOfLines(300, 299, "x"); // of the same length, and different where `second` equals `first`
     const std::int64_t otherNumber = store.keep(other, std::nullopt, std::nullopt);
     setFrame(firstNumber, frame(otherNumber));
     Statement(database,

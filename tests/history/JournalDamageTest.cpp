@@ -13,7 +13,7 @@ namespace quorvane::history {
 
 namespace {
 
-// A journal of a few versions, one of them under way, some with rules as meant.
+// A journal of a few versions, one of them under way, some with intended rules.
 class UsedJournal : public test::JournalFolder {
 public:
     UsedJournal()
@@ -51,12 +51,12 @@ public:
     static constexpr std::size_t count = 12;
 };
 
-// That everything is answered, and that a new version is kept and comes back.
+// Checks that every query returns, and that a new version can be recorded and read back.
 void expectUsable(UsedJournal& folder, const std::string& why)
 {
     const auto journal = folder.journal();
     for (const JournalVersion& version : journal->versions()) {
-        // With the newest all frames are read, and one more with rules as meant.
+        // Reading the newest reads all frames; one more has intended rules.
         if (version.number != UsedJournal::count && version.number != 4)
             continue;
         const auto bytes = journal->bytesOf(version.number);

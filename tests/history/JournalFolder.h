@@ -12,7 +12,7 @@
 
 namespace quorvane::test {
 
-// A state folder and a watched file of a test's own.
+// A state folder and a watched file for a test.
 class JournalFolder {
 public:
     std::string state() const { return m_folder.path("state/quorvane"); }
@@ -35,7 +35,7 @@ private:
 inline history::NewVersion version(std::string_view bytes)
 {
     history::NewVersion made;
-    made.added = 1; // else there would be nothing to undo
+    made.added = 1; // otherwise there would be nothing to undo
     made.program = "test";
     made.action = "Change rules";
     made.bytes = bytes;
@@ -51,7 +51,7 @@ inline std::vector<std::int64_t> numbersIn(history::Journal& journal)
     return numbers;
 }
 
-// A text of `lines` different lines, in which line `changed` says `word`.
+// A text of `lines` different lines, in which line `changed` contains `word`.
 inline std::string textOfLines(std::size_t lines, std::size_t changed, std::string_view word)
 {
     std::string text;

@@ -25,7 +25,7 @@ mode_t modeOf(const std::string& path)
     return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-// What recording a version answers: its number, or the problem.
+// The result of recording a version: its number, or the problem.
 std::string answer(Journal& journal)
 {
     const auto number = journal.begin(test::version("rules\n"));
@@ -214,7 +214,7 @@ TEST(JournalPlace, WithoutRoomIsAProblemAndGoesOnWhenThereIsRoom)
     ASSERT_EQ(answer(*folder.journal()), "1");
 
     const std::string answers = test::answerOfChild([&folder] {
-        // As a full disk does: a write takes fewer bytes, or none. Linux raises a signal besides.
+        // Like a full disk: a write takes fewer bytes, or none. Linux also raises a signal.
         signal(SIGXFSZ, SIG_IGN);
         const auto journal = folder.journal();
         rlimit limit{};

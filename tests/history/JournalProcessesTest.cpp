@@ -23,7 +23,7 @@ std::string textOf(int writer, int made)
         50, static_cast<std::size_t>(made), std::to_string(writer) + "/" + std::to_string(made));
 }
 
-// Writes versions, one after the other, until it is done or killed. The digits of what failed.
+// Writes versions, one after the other, until it is done or killed. Returns the number of failures.
 int write(test::JournalFolder& folder, int writer, int count)
 {
     int failures = 0;
@@ -50,7 +50,7 @@ TEST(JournalProcesses, EightAtOnceKeepAllTheirVersions)
 {
     test::JournalFolder folder;
     constexpr int writers = 8;
-    constexpr int count = 8; // so few that nobody waits for long, on a slow disk either
+    constexpr int count = 8; // few enough that no writer waits for long, even on a slow disk
 
     std::vector<pid_t> children;
     for (int writer = 0; writer < writers; ++writer)
@@ -81,7 +81,7 @@ TEST(JournalProcesses, AWriterThatIsKilledLeavesAUsableJournal)
     std::mt19937 random(1);
     for (int round = 0; round < 60; ++round) {
         const pid_t child = startWriter(folder, round, 1000);
-        usleep(static_cast<useconds_t>(random() % 30000)); // any point of its work will do
+        usleep(static_cast<useconds_t>(random() % 30000)); // at any point of its work
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
 

@@ -69,7 +69,7 @@ TEST(JournalThinning, ForgetsTheOldestWhenTheJournalIsLargerThanItMayBe)
     limits.bytes = 40000;
     const auto journal = folder.journal(limits);
     std::mt19937 random(1);
-    std::string noise(5000, '\0'); // nothing makes it smaller
+    std::string noise(5000, '\0'); // incompressible
     for (int made = 1; made <= 50; ++made) {
         for (char& letter : noise)
             letter = static_cast<char>(random());

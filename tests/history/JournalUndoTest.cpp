@@ -18,7 +18,7 @@ public:
 
     Journal& operator*() { return *m_journal; }
 
-    // Numbers of what can be undone and done again, 0 for none.
+    // The numbers of the undoable and the redoable version, 0 for none.
     std::int64_t undoable() { return numberOf(m_journal->undoable()); }
     std::int64_t redoable() { return numberOf(m_journal->redoable()); }
 

@@ -14,7 +14,7 @@ constexpr std::int64_t now = 20000 * test::day;
 
 using Numbers = std::vector<std::int64_t>;
 
-// The expired ones of versions made at these times, numbered from 1.
+// The expired ones of versions recorded at these times, numbered from 1.
 Numbers expired(const Numbers& times, std::uint32_t days = 7)
 {
     std::vector<DatedVersion> versions;

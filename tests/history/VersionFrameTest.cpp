@@ -23,7 +23,7 @@ TEST(VersionFrame, IsSmallForOneChangeInALongText)
     EXPECT_LE(packedFrame(after, before).size(), after.size() / 1000);
 }
 
-// Of a file with one changed line nearly all is in the ends.
+// In a file with one changed line, the common ends are nearly everything.
 TEST(VersionFrame, HoldsOnlyWhatIsNotAtBothEndsOfItsPrefix)
 {
     const std::string before = test::textOfLines(1000, 5, "w");

@@ -80,7 +80,7 @@ TEST(Account, WithoutAccountBelongsToNoGroup)
     if (geteuid() != 0 || getpwuid(unknown) != nullptr)
         GTEST_SKIP() << "needs root to become a user without account";
 
-    // The process keeps its groups; only what the account data base says counts.
+    // The process keeps its groups; only the account database counts.
     const std::string answer = test::answerOfChild([] {
         if (setuid(unknown) != 0)
             return "could not become the user";

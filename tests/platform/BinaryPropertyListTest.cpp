@@ -25,7 +25,7 @@ void appendNumber(std::string& bytes, std::uint64_t number, int width)
 struct Trailer {
     int offsetWidth = 2;
     int referenceWidth = 1;
-    std::uint64_t countedValues = 0; // 0: as many as there are
+    std::uint64_t countedValues = 0; // 0: the actual number
     std::uint64_t root = 0;
 };
 
@@ -60,14 +60,14 @@ std::string arrayOf(const std::string& references)
 
 TEST(BinaryPropertyList, AListThatDoublesWithEveryLevelIsRefused)
 {
-    // given arrays that each hold the next one twice, forty levels deep
+    // given arrays that each contain the next one twice, forty levels deep
     std::vector<std::string> values;
     for (char level = 1; level < 40; ++level)
         values.push_back(arrayOf(std::string(2, level)));
     values.push_back("\x08");
     const std::string bytes = binaryList(values);
 
-    // then it is not read, which would take all memory
+    // then it is rejected, since reading it would exhaust the memory
     EXPECT_FALSE(readPropertyList(bytes));
 }
 
@@ -229,7 +229,7 @@ TEST(BinaryPropertyList, PlacesThatWrapAroundAreRefused)
     }
     for (const char* marker : {"\x4F\x13", "\x5F\x13", "\x6F\x13", "\xAF\x13", "\xDF\x13"}) {
         std::string value = marker;
-        appendNumber(value, UINT64_MAX / 2 + 1, 8); // twice as much wraps to nothing
+        appendNumber(value, UINT64_MAX / 2 + 1, 8); // twice this wraps to 0
         EXPECT_FALSE(readPropertyList(binaryList({value}))) << marker;
     }
 }

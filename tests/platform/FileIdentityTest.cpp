@@ -24,7 +24,7 @@ FileIdentity identityOf(const std::string& path)
     return identity.value_or(FileIdentity());
 }
 
-// Sets the time of the contents, as a copying program would.
+// Sets the modification time, like a program that copies files.
 void setModified(const std::string& path, long nanoseconds)
 {
     const timespec times[2]{{0, UTIME_OMIT}, {1000, nanoseconds}};

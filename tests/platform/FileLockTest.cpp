@@ -135,7 +135,7 @@ TEST_F(FileLockTest, EndsWhileAStartingChildStillSharesTheDescriptor)
         if (child == 0) {
             close(ends[1]);
             char byte = 0;
-            _exit(read(ends[0], &byte, 1) == 0 ? 0 : 1); // until the parent has looked
+            _exit(read(ends[0], &byte, 1) == 0 ? 0 : 1); // until the parent has checked
         }
     }
     EXPECT_TRUE(exclusive().isHeld());

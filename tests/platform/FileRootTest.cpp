@@ -29,7 +29,7 @@ protected:
         fs::create_directories(fs::path(folder.path("root/" + name)).parent_path());
         fs::create_symlink(target, folder.path("root/" + name));
     }
-    // Where the path leads, once as the kernel and once as the walk has it.
+    // Where the path leads, resolved both by the kernel and by the walk.
     std::string whereIs(const std::string& path)
     {
         const auto found = root.resolved(path);
@@ -124,7 +124,7 @@ TEST_F(FileRootTest, LinksThatLeadToEachOtherEnd)
 
 TEST_F(FileRootTest, TheWalkFindsWhatTheKernelFinds)
 {
-    // given folders and links at random
+    // given random folders and links
     std::mt19937 random(7);
     const auto name = [&] { return std::string(1, static_cast<char>('a' + random() % 4)); };
     const auto path = [&](std::size_t most) {
@@ -143,7 +143,7 @@ TEST_F(FileRootTest, TheWalkFindsWhatTheKernelFinds)
             fs::create_directories(at, ignored);
         fs::create_symlink(path(2), folder.path("root/" + name()), ignored);
     }
-    // when paths are followed, then both agree, as whereIs() demands
+    // when paths are resolved, then both agree, as whereIs() checks
     int found = 0;
     for (int asked = 0; asked < 2000; ++asked)
         found += whereIs(path(6)) == "nowhere" ? 0 : 1;

@@ -20,7 +20,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Writes nothing further until it is let go.
+// Blocks writing until it is released.
 class HeldSink : public LogSink {
 public:
     struct Gate {

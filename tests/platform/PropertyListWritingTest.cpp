@@ -23,7 +23,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// Keys of every type and how each is written, which is also how it was read.
+// Keys of every type, in the form in which they are both read and written.
 const std::vector<std::pair<std::string, std::string>> everyType = {
     {"true", "<true/>"},
     {"false", "<false/>"},
@@ -58,7 +58,7 @@ std::string everyTypeXml()
     return test::xmlRoot("<dict>" + keys + "</dict>");
 }
 
-// Without line ends and tabs, which here stand between elements only.
+// Without line ends and tabs, which occur only between elements here.
 std::string compact(std::string xml)
 {
     xml.erase(
@@ -215,7 +215,7 @@ TEST(PropertyListWriting, UsesTheBinaryFormForTextsThatXmlCannotHold)
         list->setInteger("k", 2);
         ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
 
-        // then the list is there as it was, and other readers can read it
+        // then the rest of the list is unchanged, and other readers can read it
         const std::string bytes = test::TemporaryFolder::contents(folder.path("list.plist"));
         EXPECT_EQ(bytes.substr(0, 8), "bplist00");
         const auto again = PropertyList::parse(bytes);
@@ -273,12 +273,12 @@ TEST(PropertyListWriting, CarriesListsOfSixteenMebibytes)
     auto list = PropertyList::parse(xml);
     ASSERT_TRUE(list);
 
-    // when a key is set and the list written, which as indented XML would be too large
+    // when a key is set and the list written, which would be too large as indented XML
     list->setInteger("key 5", 8);
     const test::TemporaryFolder folder;
     ASSERT_TRUE(list->writeToFile(folder.path("list.plist")));
 
-    // then every key is there
+    // then every key exists
     const auto again = PropertyList::read(folder.path("list.plist"));
     ASSERT_TRUE(again);
     EXPECT_EQ(again->integerForKey("key 5"), 8);
@@ -288,7 +288,7 @@ TEST(PropertyListWriting, CarriesListsOfSixteenMebibytes)
 
 TEST(PropertyListWriting, LeavesAFileAloneWhenTheNewOneCouldNotBeReadAgain)
 {
-    // given a list that is small only as long as two references name one value of 9,000,000 bytes
+    // given a list that is small only because two references share one value of 9,000,000 bytes
     const auto number = [](std::uint64_t value, int width) {
         std::string bytes;
         for (int shift = (width - 1) * 8; shift >= 0; shift -= 8)
@@ -335,7 +335,7 @@ TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
     const std::string made = "localedef -i de_DE -f UTF-8 '" + folder.path("de_DE.UTF-8") + "' 2>/dev/null";
     ASSERT_EQ(std::system(made.c_str()), 0);
     const test::EnvironmentVariable locales("LOCPATH", folder.path());
-    // In a process of its own: the system never gives back what it allocates for LOCPATH.
+    // In a separate process: the C library never frees what it allocates for LOCPATH.
     EXPECT_EXIT(
         {
             uselocale(newlocale(LC_NUMERIC_MASK, "de_DE.UTF-8", nullptr));

@@ -125,7 +125,7 @@ TEST(ReadFully, GoesOnAfterASignalAndAfterAPiece)
 TEST(HoldsExactly, IsTrueOfAllBytesUpToTheEndAlone)
 {
     const test::TemporaryFolder folder;
-    std::string text((std::size_t{256} << 10U) + 5, 'x'); // more than one piece
+    std::string text((std::size_t{256} << 10U) + 5, 'x'); // more than one chunk
     const std::string path = folder.write("file", text);
     const auto holds = [&path](const std::string& bytes) {
         std::error_code error;

@@ -21,7 +21,7 @@ namespace quorvane::platform {
 
 namespace {
 
-// A program that tells, through a pipe, how it was started.
+// A program that reports, through a pipe, how it was started.
 class Starter {
 public:
     Starter() { EXPECT_EQ(mkfifo(folder.path("report").c_str(), 0600), 0); }
@@ -32,7 +32,7 @@ public:
             "#!/bin/sh\n"
             "{ echo \"arguments $#\"; echo \"mark $QUORVANE_TEST_MARK\"; echo \"folder $(pwd -P)\"\n"
             "echo \"pid $$\"; sed 's/.*) /stat /' /proc/$$/stat\n"
-            // By the shell itself: while it starts another program it blocks signals.
+            // Read by the shell itself: while starting another program it blocks signals.
             "while IFS= read -r line; do case $line in SigBlk*) echo \"$line\";; esac; done < "
             "/proc/$$/status\n"
             "for descriptor in /proc/$$/fd/*; do echo \"open $(readlink $descriptor)\"; done\n"
@@ -152,7 +152,7 @@ TEST(StartAfterDelay, TheProgramInheritsNoDescriptorAndNoBlockedSignal)
     EXPECT_TRUE(hasLine(report, "SigBlk:\t0000000000000000")) << report;
 }
 
-// Runs in the program that the next test starts.
+// Run in the process that the next test starts.
 TEST(RelaunchedProgram, Reports)
 {
     const char* report = getenv("QUORVANE_TEST_REPORT");

@@ -13,7 +13,7 @@ namespace {
 
 using Numbers = std::vector<std::int32_t>;
 
-// Programs under names that no process outside this test has.
+// Programs with names that no process outside this test has.
 class RunningApplicationsTest : public testing::Test {
 protected:
     // A copy of a program that waits.
@@ -138,7 +138,7 @@ TEST_F(RunningApplicationsTest, ASignalNeverReachesAnotherProgram)
 {
     test::RunningProcess other("/bin/sleep", "1000", name);
     applications->sendSignal(other.pid(), identifier, SIGHUP);
-    // Its own signal would come second.
+    // A signal sent to it by mistake would have come first.
     kill(other.pid(), SIGUSR1);
     EXPECT_EQ(other.endingSignal(), SIGUSR1);
 }
@@ -149,7 +149,7 @@ TEST_F(RunningApplicationsTest, ASignalToWhatIsGoneDoesNothing)
     agent.end();
     applications->sendSignal(agent.ended(), identifier, SIGHUP);
     for (const std::int32_t number : {0, -1, INT32_MIN, INT32_MAX, getpid()})
-        applications->sendSignal(number, identifier, SIGHUP); // would end this test
+        applications->sendSignal(number, identifier, SIGHUP); // would end this test process
     SUCCEED();
 }
 

@@ -31,10 +31,10 @@ const Pieces knownProcesses[] = {
     {"any via a/b", "Any Process via b", "any via a/b", {}, {}, "any via a/b"},
     {"any ancestor /usr/bin/ssh", "Any Process with ancestor ssh", "any ancestor /usr/bin/ssh", {}, {},
         "any ancestor /usr/bin/ssh"},
-    // The first " via /" parts the string, whatever follows.
+    // The first " via /" splits the string, whatever follows.
     {"/bin/sh via /a via any", "sh", "/bin/sh", "/a via any", "a via any", "/bin/sh"},
     {"/bin/sh via /a via /b", "sh", "/bin/sh", "/a via /b", "b", "/bin/sh"},
-    // A form of its own may be a head.
+    // A special form may be a head.
     {"any ancestor /usr/bin/ssh via /b", "Any Process with ancestor ssh", "any ancestor /usr/bin/ssh", "/b",
         "b", "any ancestor /usr/bin/ssh"},
     {"any via login via /b", "Any Process via login", "any via login", "/b", "b", "any via login"},
@@ -45,7 +45,7 @@ const Pieces knownProcesses[] = {
     {"/usr/bin/ssh", "ssh", "/usr/bin/ssh", {}, {}, "/usr/bin/ssh"},
     {"/A.app", "A.app", "/A.app", {}, {}, "/A.app"},
     {"/A.application/A", "A", "/A.application/A", {}, {}, "/A.application/A"},
-    // What begins with " (-" is cut off the path only.
+    // Text from " (-" on is cut off the path only.
     {"/usr/bin/tool (-x) via /bin/sh", "tool (-x)", "/usr/bin/tool", "/bin/sh", "sh", "/usr/bin/tool (-x)"},
     {"/usr/bin/tool (-x) (-y)", "tool (-x) (-y)", "/usr/bin/tool", {}, {}, "/usr/bin/tool (-x) (-y)"},
     {"/usr/bin/tool (x)", "tool (x)", "/usr/bin/tool (x)", {}, {}, "/usr/bin/tool (x)"},

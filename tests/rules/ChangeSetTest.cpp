@@ -61,7 +61,7 @@ TEST(ChangeSet, TheInverseOfWhatWasDoneRestoresOrderAndValues)
     ChangeSet changes;
     for (const std::size_t row : {0U, 1U, 2U, 3U})
         changes.removed.push_back({ruleAt(*store, row)});
-    const RuleRef edited = ruleAt(*store, 3); // goes and comes back as another rule of another group
+    const RuleRef edited = ruleAt(*store, 3); // removed and added again as another rule of another group
     changes.added.push_back({edited, changedValue(edited, [](auto& rule) { rule.processName = "/bin/b"; })});
     const RuleRef tagged = ruleAt(*store, 5);
     changes.changed.push_back({tagged, {}, changedValue(tagged, [](auto& rule) { rule.tag = "tagged"; })});
@@ -131,7 +131,7 @@ TEST(ChangeSet, ARuleThatWasEditedInPlaceIsFoundInItsFormerGroup)
     EXPECT_EQ(test::rowPaths(*store), (Paths{"/w1", "/w2", "/a2", "/a3", "/b1"}));
 }
 
-// More than a thousand of one list take their places at once, each fewer one by one.
+// More than a thousand of one list are inserted at once, fewer one by one.
 TEST(ChangeSet, ManyRulesComeToTheSamePlacesTogetherAsOneByOne)
 {
     const test::StoreSandbox sandbox;

@@ -42,7 +42,7 @@ std::string folderOf(const std::string& path)
     return platform::deletingLastPathComponent(path) + "/";
 }
 
-// The walk of a group in its plainest form. Adds `rule` unless an existing one stands for it.
+// The simplest implementation, by scanning a group. Adds `rule` unless an existing one represents it.
 void addByPlainWalk(std::vector<Row>& group, Row rule, bool failSafe)
 {
     const std::string folder = folderOf(rule.path);
@@ -98,7 +98,7 @@ Lines rowTexts(RuleManager& store)
     return texts;
 }
 
-// Reads a text twice over: by the store and by plain walks.
+// Reads a text both by the store and by plain scans.
 void expectLikePlainWalk(const std::vector<std::vector<Row>>& files, bool failSafe)
 {
     const test::StoreSandbox sandbox;

@@ -17,8 +17,8 @@ namespace quorvane::rules {
 
 namespace {
 
-// "a", "a:tag" or "a:tag@7": a rule's line as it is written; "w…" is a watch rule. Anything that begins with
-// ";" or "-" is text as it is. Lines are divided by "|".
+// "a", "a:tag" or "a:tag@7": the written line of a rule; "w…" is a watch rule. Anything that begins with ";"
+// or "-" is literal text. Lines are separated by "|".
 std::string namedLine(const std::string& name)
 {
     if (name.empty() || name.starts_with(';') || name.starts_with('-'))
@@ -109,8 +109,8 @@ TEST(FileMerge, PutsWhatTheirsAddsBehindTheLineBeforeItThatIsInTheResult)
 {
     EXPECT_EQ(merged("a|b|c", "a|b|c", "a|x|b|c"), "a|x|b|c");
     EXPECT_EQ(merged("a|b|c", "c|a|b", "a|x|b|c"), "c|a|x|b");
-    EXPECT_EQ(merged("a|b|c", "a|c", "a|b|x|c"), "a|x|c"); // behind b, which is gone: behind a
-    EXPECT_EQ(merged("a|b", "a|o|b", "a|x|b"), "a|x|o|b"); // immediately
+    EXPECT_EQ(merged("a|b|c", "a|c", "a|b|x|c"), "a|x|c"); // behind b, which is removed: so behind a
+    EXPECT_EQ(merged("a|b", "a|o|b", "a|x|b"), "a|x|o|b"); // directly behind
     EXPECT_EQ(merged("; t|a", "; t|a", "; t|x|a"), "; t|x|a"); // a text is a line as well
 }
 
@@ -164,7 +164,8 @@ TEST(FileMerge, NeverDisagreesOnCreationTimes)
 
 TEST(FileMerge, MergesARuleThatStandsTwiceByItsFirstLine)
 {
-    EXPECT_EQ(merged("a:x|a:y", "a:x|a:y", "a:y"), "a:y"); // the last one goes, the first is as theirs
+    EXPECT_EQ(merged("a:x|a:y", "a:x|a:y", "a:y"),
+        "a:y"); // the last one is removed, the first is taken from theirs
     EXPECT_EQ(merged("a|b", "a|b|a:y", "a|b|a:z"), "a|b|a:y");
     EXPECT_EQ(conflicts("a|b", "a|b|a:y", "a|b|a:z"), "");
     EXPECT_EQ(merged("a|b", "a|b|a:y", "a:u|b"), "a:u|b|a:y");
@@ -192,7 +193,7 @@ TEST(FileMerge, WritesALineAnewThatBothHaveChangedWithItsLineEnd)
     EXPECT_EQ(mergedText("allow prefix a any r\r\n", "allow prefix \"a\" any r\r\n",
                   "allow prefix a any r work\r\n"),
         "allow prefix \"a\" \"any\" r \"work\" \"\" \"0\"\r\n");
-    // Letters beyond ASCII do not cut it.
+    // Non-ASCII characters do not cut it.
     EXPECT_EQ(mergedText("allow prefix \u00e4 any r\n", "allow prefix \"\u00e4\" any r\n",
                   "allow prefix \u00e4 any r \u00f6\n"),
         "allow prefix \"\u00e4\" \"any\" r \"\u00f6\" \"\" \"0\"\n");
@@ -290,7 +291,7 @@ TEST(FileMerge, TellsEmptyLinesApartByTheirPlace)
     EXPECT_EQ(merged("a||b||c", "a||b||c||d", "a|||b||c"), "a|||b||c||d");
     EXPECT_EQ(merged("a||b||c", "a|b||c", "a||b|c"), "a|b|c");
     EXPECT_EQ(
-        merged("a||b", "a|; ours|b", "a|; theirs|b"), "a|; ours|; theirs|b"); // nobody's line was changed
+        merged("a||b", "a|; ours|b", "a|; theirs|b"), "a|; ours|; theirs|b"); // neither side changed a line
     EXPECT_EQ(conflicts("a||b", "a|; ours|b", "a|; theirs|b"), "");
 }
 
@@ -429,7 +430,7 @@ TEST(FileMergeOfAnyFiles, KeepsEveryLineThatStandsInAllThree)
     }
 }
 
-// The same rules as the merge of lists comes to, where each stands once and nothing but rules is there.
+// The same rules as in a merge of lists, when each occurs once and there is nothing but rules.
 TEST(FileMergeOfAnyFiles, ComesToTheRulesThatMergingListsComesTo)
 {
     test::RandomRules random(15);

@@ -16,8 +16,9 @@ namespace quorvane::rules {
 
 namespace {
 
-// Texts that all have one hash under the unseeded function of the standard library, which multiplies by this
-// number and folds 17 bits: flipping the top bit of what two blocks in a row add to the hash changes nothing.
+// Texts that all have the same hash under the unseeded function of the standard library, which multiplies by
+// this number and folds 17 bits: flipping the top bit of the contributions of two consecutive blocks changes
+// nothing.
 class MadeCollisions {
 public:
     std::string text(unsigned number) const
@@ -58,7 +59,7 @@ private:
     const std::string m_twin = twinOf(m_block);
 };
 
-// How many entries a table of so many rules looks at until it has found each of them.
+// How many entries a table of that many rules inspects until it has found each of them.
 std::size_t stepsToFindAll(const MadeCollisions& collisions, unsigned rules)
 {
     SlotChains chains;

@@ -45,7 +45,7 @@ RuleValue plainRule(NullableText path = "/x", std::uint64_t created = 5)
         .created = created});
 }
 
-// A rule of `text` as tests compare it: its line and what is cut.
+// A rule of `text` for comparison: its line and its cut properties.
 std::string shown(const JoinedRule& rule)
 {
     std::string text = lineOf(rule.rule);
@@ -171,7 +171,7 @@ TEST(JoinedLines, AreSeenBehindRulesThatWereNotWrittenByThisSystem)
 
 TEST(JoinedLines, KnowThePathOfAFurtherRuleFromTheEndOfATag)
 {
-    // A path that begins with a blank looks for a moment as if the quote in front of it ended the tag.
+    // Before a path that begins with a blank, the quote could also end the tag.
     EXPECT_EQ(rulesOf(R"(allow path "/a" "any" r "tdeny suffix " copy" "any" r "" "" "0")"),
         (std::vector<std::string>{R"(allow path "/a" "any" r "t" "" "0" -tag -constraint -created)",
             R"(deny suffix " copy" "any" r "" "" "0")"}));
@@ -230,7 +230,7 @@ TEST(RescuedText, LeavesARuleWithoutOperationsTooShortToDecideAnything)
         R"(allow path "/a" "any")" + ("\n" + further + "\n"));
 }
 
-// The other side: files as the writer leaves them.
+// The opposite direction: files as left by the writer.
 
 namespace {
 
@@ -264,14 +264,14 @@ RuleValue randomRule(test::RandomRules& random)
         .created = random.oneOf<std::uint64_t>({0, 7, 1478000000})});
 }
 
-// What comes back of a rule whose line loses its end: the fields of its cut line, as far as they are there.
+// What reads back of a rule whose line loses its end: the fields of the cut line that have survived.
 std::string expectedOf(const RuleValue& rule)
 {
     const std::string whole = lineOf(rule);
     const std::size_t length = writtenPart(whole).size();
     if (length + 1 >= whole.size())
         return whole.substr(0, whole.size() - 1);
-    // Each field by the places of its first character and of the one that ends it.
+    // Each field by the positions of its first character and of the one that ends it.
     struct Place {
         std::string_view key;
         std::size_t begin, end;

@@ -64,7 +64,7 @@ TEST(KnownFile, SeesAChangeThatLeavesSizeAndTimesInThatInstant)
 
     folder.write("rules", "next");
     std::error_code error;
-    known->identity = platform::FileIdentity::ofPath(path, error); // a clock too coarse to tell
+    known->identity = platform::FileIdentity::ofPath(path, error); // a clock too coarse to distinguish
 
     EXPECT_FALSE(known->isStillThere());
 }

@@ -12,7 +12,7 @@ namespace {
 
 using Tokens = std::vector<std::string>;
 
-// The walk in its plainest form: one run and its stopping character at a time.
+// The simplest implementation: one run and its stopping character at a time.
 Tokens plainWalk(const std::string& line)
 {
     Tokens tokens;

@@ -23,7 +23,7 @@ Lines linesOf(std::string_view text)
 
 const std::vector<std::string> lineEnds{"\n", "\r", "\v", "\f", "\u0085", "\u2028", "\u2029"};
 
-// Cuts at the first line end, whichever it is, again and again.
+// Repeatedly cuts at the first line end, whichever it is.
 Lines plainLines(std::string text)
 {
     Lines lines;

@@ -68,7 +68,7 @@ TEST(NullableText, MovingLeavesNull)
     const NullableText to = std::move(from);
 
     EXPECT_EQ(to.view(), "text");
-    EXPECT_TRUE(from.isNull()); // NOLINT(bugprone-use-after-move): what is left is what is asked
+    EXPECT_TRUE(from.isNull()); // NOLINT(bugprone-use-after-move): tests the moved-from state
 }
 
 TEST(NullableText, KeepsNulBytes)

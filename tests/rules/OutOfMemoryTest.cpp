@@ -37,7 +37,7 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     return allocated(size);
 }
-// Not inlined: the compiler would see memory of new given to free().
+// Not inlined: otherwise the compiler would report memory of new passed to free().
 [[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
@@ -62,8 +62,8 @@ std::string manyRules()
 
 using Work = std::function<void(RuleManager&)>;
 
-// Lets every allocation of `work` fail in turn, and all after it; the store must then be as before, or as
-// after the work, and must be able to do it with memory.
+// Makes each allocation of `work` fail in turn, and all after it; the store must then be as before or after
+// the work, and the work must succeed once there is memory.
 void failEachAllocation(const Work& prepare, const Work& work)
 {
     const test::StoreSandbox sandbox;

@@ -9,7 +9,8 @@
 
 namespace quorvane::test {
 
-// Rules out of few values, so that rules often agree in some of their properties. The same for the same seed.
+// Random rules from few values, so that rules often agree in some of their properties. Deterministic for a
+// seed.
 class RandomRules {
 public:
     explicit RandomRules(unsigned seed)

@@ -41,8 +41,7 @@ bool sameRule(const WatchRuleFields& a, const WatchRuleFields& b)
         && a.operations == b.operations && sameTag(a.tag, b.tag);
 }
 
-// Writes the rule to a file, and another rule of its kind behind it, and reads them: the rule must be there
-// as it was and the one behind it unharmed.
+// Writes the rule to a file, followed by another rule of its kind, and reads them: both must be unchanged.
 template <class Fields> bool survivesAFile(const test::StoreSandbox& sandbox, const Fields& fields)
 {
     Fields behind;

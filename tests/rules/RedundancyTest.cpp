@@ -217,7 +217,7 @@ TEST(CoversRule, AsksNothingOfTheProcess)
 
 TEST(Redundancy, OfManyAlikeRulesOfSeveralProcessesTheFirstThatIsLeftCovers)
 {
-    // given rules of one group, alike but for the parent of their process, of which no more than two are
+    // given rules of one group that differ only in the parent of their process, of which no more than two are
     // indexed
     platform::Log log({});
     RuleManager store(platform::Locations("/nonexistent", "nobody"), log);
@@ -233,7 +233,7 @@ TEST(Redundancy, OfManyAlikeRulesOfSeveralProcessesTheFirstThatIsLeftCovers)
     EXPECT_EQ(store.coveringRule(*rules[0]), rules[1].get());
     EXPECT_EQ(store.coveringRule(*rules[5]), rules[0].get());
 
-    // when the first two go, then the next ones stand for them
+    // when the first two are removed, then the next ones take over
     store.deletePolicyRule(*rules[0]);
     store.deletePolicyRule(*rules[1]);
     EXPECT_EQ(store.coveringRule(*rules[2]), rules[3].get());

@@ -13,8 +13,8 @@
 
 namespace quorvane::test {
 
-// What the store must answer, in the plainest form: every question is a walk. For texts in ASCII and group
-// keys that differ in more than case.
+// A reference implementation of the store in the simplest form: every query is a scan. For ASCII texts and
+// group keys that differ in more than case.
 class ReferenceStore {
 public:
     static std::string small(std::string_view text)

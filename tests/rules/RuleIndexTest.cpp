@@ -221,7 +221,7 @@ TEST(RuleRows, SayWhereWantedRulesStand)
         = [](const RuleRef& rule) { return std::get<PolicyRulePtr>(rule)->path().view() != "/2"; };
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 
-    test::policyAt(*store, 0)->setTag("changed"); // its former value is remembered, but is no row
+    test::policyAt(*store, 0)->setTag("changed"); // its former value is kept, but has no row
     store->rebuildRulesCache();
     EXPECT_EQ(store->rows()->rowsWhere(false, isWanted), (std::vector<std::size_t>{0, 2}));
 }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// Lists of rules as tests of differences and merges write and compare them.
+// Shorthand for lists of rules in tests of differences and merges.
 
 namespace quorvane::test {
 
@@ -59,7 +59,7 @@ inline std::string namesOf(const RuleValues& rules)
     return names;
 }
 
-// Rules out of few, watch rules first, as a file is written.
+// A random list from few rules, watch rules first, as in a written file.
 inline RuleValues randomRuleList(RandomRules& random, std::size_t most)
 {
     std::vector<std::string> names;

@@ -135,7 +135,7 @@ TEST_F(RulesFileWriter, GoesOnAfterACallThatWroteLess)
     const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
     const rlimit limited{ruleLength + 5, RLIM_INFINITY};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    // Room is made after the first call, which wrote as much as was allowed.
+    // The limit is raised after the first call, which wrote as much as was allowed.
     const test::SystemCallHook hook(test::SystemCall::write, [&](int number) -> std::optional<ssize_t> {
         if (number == 1)
             setrlimit(RLIMIT_FSIZE, &unlimited);

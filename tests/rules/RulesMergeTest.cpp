@@ -41,7 +41,7 @@ std::string reportsOf(const std::string& base, const std::string& ours, const st
     return text;
 }
 
-// How often each rule stands, without its tag and time.
+// How often each rule occurs, without its tag and time.
 std::map<std::string, std::size_t> countsOf(const test::RuleValues& rules)
 {
     std::map<std::string, std::size_t> counts;
@@ -173,7 +173,7 @@ TEST(MergeRules, NameTheRuleOfOursThatEachIs)
     ASSERT_EQ(test::namesOf(rulesOf(result)), "a@9 b:x c d");
     EXPECT_EQ(result.rules[0].ours, 0U);
     EXPECT_EQ(result.rules[1].ours, 1U);
-    EXPECT_EQ(result.rules[1].rule, ours[1]); // the very value, where nothing changes
+    EXPECT_EQ(result.rules[1].rule, ours[1]); // the same value object if nothing changes
     EXPECT_EQ(result.rules[2].rule, ours[2]);
     EXPECT_EQ(result.rules[3].ours, std::nullopt);
 }

@@ -25,7 +25,7 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* readableRule = "allow path /a any r\n";
 
-// What the reader says of a file.
+// The reader's result for a file.
 struct Outcome {
     bool result;
     std::optional<std::string> message;
@@ -171,7 +171,7 @@ TEST(RulesReaderFiles, DescriptorZeroCountsAsAFailure)
 
 TEST(RulesReaderFiles, FileThatEndsBeforeItsSizeCannotBeRead)
 {
-    // Files of the kernel's show a size of one page and hold less.
+    // Files in sysfs report a size of one page but contain less.
     const std::string file = "/sys/kernel/mm/transparent_hugepage/enabled";
     struct stat status { };
     if (stat(file.c_str(), &status) != 0 || status.st_size < 1024)

@@ -10,7 +10,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// Enough lines for several stretches of a long file, each line with another path.
+// Enough lines for several chunks of a long file, each line with another path.
 std::string manyLines(std::size_t count, const char* lineEnd)
 {
     std::string text;

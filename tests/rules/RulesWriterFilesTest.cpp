@@ -201,7 +201,7 @@ TEST(RulesWriterFiles, WhatIsNoRegularFileIsRefusedAtOnceAndKeepsItsBits)
     ASSERT_EQ(mkfifo(pipe.c_str(), 0604), 0);
     const std::string device = sandbox.folder.path("device");
     std::vector<std::string> places{pipe, "/dev/full"};
-    if (mknod(device.c_str(), S_IFCHR | 0604, makedev(1, 7)) == 0) // root's right
+    if (mknod(device.c_str(), S_IFCHR | 0604, makedev(1, 7)) == 0) // requires root
         places.push_back(device);
     for (const std::string& place : places) {
         const mode_t before = modeOf(place);

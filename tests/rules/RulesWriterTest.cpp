@@ -19,7 +19,7 @@ PolicyRuleFields simpleRule()
         .path = "/a", .processName = "/bin/p", .tag = "t", .constraint = "c", .operations = 1, .created = 5};
 }
 
-// What reading gives of a file to which these rules were written, in stored order.
+// The rules read back after writing these to a file, in stored order.
 std::vector<PolicyRuleFields> writtenAndRead(const std::vector<PolicyRuleFields>& rules)
 {
     const test::StoreSandbox sandbox;

@@ -15,7 +15,7 @@ Sequence letters(const std::string& text)
     return {text.begin(), text.end()};
 }
 
-// What two texts have in common, letter by letter.
+// The matching letters of two texts.
 std::string common(const std::string& a, const std::string& b)
 {
     std::string text;
@@ -46,7 +46,7 @@ TEST(SequenceMatching, FindsWhatIsInsertedAndRemoved)
 
 TEST(SequenceMatching, MatchesWhatStandsOnceBeforeWhatStandsOften)
 {
-    // The blank lines around a moved part do not pull it apart.
+    // The blank lines around a moved part do not split it.
     const auto pairs = matchingPlaces(letters("  a  b  "), letters("  b  "));
     EXPECT_EQ(pairs, (std::vector<PlacePair>{{0, 0}, {1, 1}, {5, 2}, {6, 3}, {7, 4}}));
 }

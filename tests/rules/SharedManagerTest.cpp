@@ -12,7 +12,7 @@ namespace quorvane::rules {
 
 namespace {
 
-// Made once for this process, whichever test comes first.
+// Created once per process, whichever test comes first.
 const test::StoreSandbox& firstSandbox()
 {
     static const test::StoreSandbox sandbox;

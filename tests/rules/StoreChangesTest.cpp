@@ -22,8 +22,8 @@ std::vector<RuleRef> rowsOf(const RuleManager& store)
     return rows;
 }
 
-// A store that follows change sets, and one made afresh of the same rules in the same order: what follows by
-// difference must be what is made anew.
+// A store that applies change sets, and one newly built from the same rules in the same order: incremental
+// updates must equal a rebuild.
 class Followers {
 public:
     explicit Followers(unsigned seed)
@@ -50,7 +50,7 @@ public:
     std::size_t rules() const { return m_store->storedRules(); }
 
 private:
-    // The records in the order in which their store keeps them, whatever the view.
+    // The records in stored order, whatever the view.
     std::vector<RuleRef> storedOrder()
     {
         m_store->applyFilterWithString("");

@@ -15,7 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Every file of a configuration, each with a rule on its own name.
+// Writes every file of a configuration, each with a rule on its own name.
 void writeEveryFile(const test::StoreSandbox& sandbox)
 {
     sandbox.writeUserRules("allow path ann any r\n");

@@ -12,7 +12,7 @@
 
 namespace quorvane::test {
 
-// The product's folders in a temporary place, for the user "ann".
+// The product's folders in a temporary folder, for the user "ann".
 class StoreSandbox {
 public:
     StoreSandbox()
@@ -26,7 +26,7 @@ public:
     {
         writeAt(locations.systemFolder() + name, text);
     }
-    // `entries` is what stands in the dictionary of an XML property list.
+    // `entries` is the contents of the dictionary of an XML property list.
     void writePreferences(const std::string& entries) const
     {
         writeAt(locations.preferencesFile(),

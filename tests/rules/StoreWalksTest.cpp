@@ -21,7 +21,7 @@ std::vector<RuleRef> rowsOf(const RuleManager& store, bool includeSystemRules)
     return rows;
 }
 
-// Drives a store and plain walks through the same steps and holds their answers against each other.
+// Drives a store and plain scans through the same steps and compares their results.
 class Companions {
 public:
     explicit Companions(unsigned seed)
@@ -73,7 +73,7 @@ public:
 
     std::size_t redundantRules() const { return m_redundant; }
 
-    // Of freshly rebuilt rows, though the store is not made to build them.
+    // For freshly rebuilt rows, without forcing the store to rebuild them.
     void compareEqualityAmongPassing()
     {
         m_plain.rebuild();
@@ -150,7 +150,7 @@ private:
         m_store->sortIndexUsingDescriptors(descriptors);
     }
 
-    // Rows follow with the next rebuild; answers about rules follow at once.
+    // Rows are updated by the next rebuild; queries about rules immediately.
     void changeRule()
     {
         if (m_policies.empty())
@@ -182,7 +182,7 @@ private:
     test::RandomRules m_random;
     test::ReferenceStore m_plain;
     std::unique_ptr<RuleManager> m_store;
-    std::vector<PolicyRulePtr> m_policies; // also those deleted since
+    std::vector<PolicyRulePtr> m_policies; // including those deleted since
     std::size_t m_redundant = 0;
     std::size_t m_hiddenEquals = 0;
 };

@@ -5,7 +5,7 @@
 
 namespace quorvane::test {
 
-// How messages end that name an error of the system: "No such file or directory (2)".
+// The end of messages about a system error: "No such file or directory (2)".
 inline std::string systemErrorWords(int number)
 {
     return std::string(std::strerror(number)) + " (" + std::to_string(number) + ")";

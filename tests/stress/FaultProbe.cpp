@@ -1,5 +1,4 @@
-// Makes every kind of call that the library of failing calls knows, and prints what each answered; or the
-// time.
+// Makes every kind of call that the library of failing calls intercepts, and prints each result; or the time.
 
 #include <cerrno>
 #include <cstdio>
@@ -28,7 +27,7 @@ void showCount(const char* name, long answer)
 
 } // namespace
 
-// probe FOLDER [time]: with "time", prints the time alone.
+// probe FOLDER [time]: with "time", prints only the time.
 int main(int argumentCount, char** arguments)
 {
     if (argumentCount > 2)

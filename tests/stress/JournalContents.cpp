@@ -1,5 +1,5 @@
-// Prints what a journal holds, for tests in other languages: journal_contents STATE-FOLDER WATCHED-FILE
-// OUT-FOLDER. One JSON object a version, the oldest first; the version's bytes and its rules as meant go to
+// Prints the contents of a journal, for tests in other languages: journal_contents STATE-FOLDER WATCHED-FILE
+// OUT-FOLDER. One JSON object per version, oldest first; the version's bytes and its intended rules go to
 // OUT-FOLDER/N.bytes and N.meant.
 
 #include "history/Journal.h"

@@ -20,7 +20,7 @@ rules::RuleRef rule(std::int32_t policyClass, const char* path, const char* proc
         .operations = 1});
 }
 
-// Each branch, its parent's before it, as "title allow/deny/watch programs".
+// Each branch, preceded by its parent's, as "title allow/deny/watch programs".
 std::string textOf(
     const AccessTree& tree, const std::vector<std::size_t>& branches, const std::string& indent = "")
 {

@@ -219,7 +219,7 @@ TEST(ProgramFactsOnDisk, KnowNothingOfWhatCannotBeRead)
 
 TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
 {
-    // given a file that has rested, so that its answers are remembered
+    // given a file not changed recently, so that its facts are cached
     const test::TemporaryFolder folder;
     const std::string path = folder.write("program", "before");
     sleep(3);
@@ -228,12 +228,12 @@ TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
     EXPECT_EQ(facts.sha256(path), codesign::sha256("before"));
     EXPECT_EQ(facts.sha1(path), codesign::sha1("before"));
 
-    // when other contents of the same length take its place, under the same time of modification
+    // when other contents of the same length replace it, with the same modification time
     const auto time = std::filesystem::last_write_time(path);
     folder.write("program", "after!");
     std::filesystem::last_write_time(path, time);
 
-    // then all answers are new
+    // then all facts are new
     EXPECT_EQ(facts.sha1(path), codesign::sha1("after!"));
     EXPECT_EQ(facts.sha256(path), codesign::sha256("after!"));
     std::filesystem::remove(path);

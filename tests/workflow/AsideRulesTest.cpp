@@ -32,7 +32,7 @@ protected:
         return lines;
     }
     static std::string line(const rules::RuleValue& value) { return ruleText(value) + "\n"; }
-    // Something else stands where the file would.
+    // Puts something else at the path of the file.
     void blockFile() const { std::filesystem::create_directories(aside().file() + "/x"); }
 
     test::StoreSandbox box;

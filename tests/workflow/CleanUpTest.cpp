@@ -33,7 +33,7 @@ protected:
         doubtWhatMustStay(store, found);
         return found;
     }
-    // "/a: doubt", one a line.
+    // "/a: doubt", one per line.
     std::string text()
     {
         std::string text;

@@ -12,7 +12,7 @@
 
 namespace quorvane::test {
 
-// One of our programs at work on the rules of a sandbox: a store, a document, and what the document reports.
+// One of our programs working on the rules of a sandbox: a store, a document, and its reports.
 struct DocumentAtWork : workflow::DocumentObserver {
     explicit DocumentAtWork(const StoreSandbox& box, workflow::DocumentOwner owner = {})
         : store(box.load())
@@ -53,7 +53,7 @@ struct DocumentAtWork : workflow::DocumentObserver {
     {
         return document->perform(workflow::taggingOf({ruleWith(path)}, tag), {"Edit Tag"});
     }
-    // The rule with that path, which must be there.
+    // The rule with that path, which must exist.
     rules::RuleRef ruleWith(const std::string& path) const
     {
         for (const rules::RuleRef& rule : store->userRules()) {

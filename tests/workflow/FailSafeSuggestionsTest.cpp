@@ -67,7 +67,7 @@ TEST_F(FailSafeSuggestions, AnyOtherFileHasNoNotice)
 
 TEST_F(FailSafeSuggestions, AreDiscardedWithTheirMarkerAndNothingElse)
 {
-    discardSuggestions(locations); // nothing is there: no failure
+    discardSuggestions(locations); // nothing exists: no failure
     put("failsafe.rc");
     put("failsafe.rc.strict");
     put("learning_mode");

@@ -149,7 +149,7 @@ TEST_F(ImportCells, AWatchedPathIsRedAlikeAndNeverOrange)
 
 TEST_F(ImportCells, ARuleIsOrangeWhenAnotherOneOfTheFileCoversIt)
 {
-    // covered by a rule of the user's, which does not count here
+    // covered by a rule of the user, which does not count here
     present.addPolicyRule(test::policyRule({.path = "any", .processName = "/bin/sh", .operations = 1}));
     EXPECT_EQ(pathCellOf({.path = "/nonexistent/a"}).color, CellColor::red);
 

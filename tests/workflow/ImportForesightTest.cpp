@@ -17,7 +17,7 @@ std::string ruleOfShell(const std::string& path, const std::string& process = "/
 
 class ImportForesightTest : public testing::Test {
 protected:
-    // Looks at all rules of a file with that text.
+    // Examines all rules of a file with that text.
     ImportForesight& foresightOf(const std::string& text, rules::LineEnds lineEnds = rules::LineEnds::cut,
         const rules::RuleManager* joined = nullptr)
     {
@@ -26,7 +26,7 @@ protected:
         EXPECT_FALSE(foresight->examine(reviewed->storedRules()));
         return *foresight;
     }
-    // The paths of those of a kind.
+    // The paths of the rules of a kind.
     std::string pathsOf(Foresight kind) const
     {
         std::string paths;

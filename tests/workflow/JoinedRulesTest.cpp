@@ -11,7 +11,7 @@ namespace quorvane::workflow {
 namespace {
 
 const std::string whole = "allow prefix \"/a\" \"/bin/sh\" r \"t\" \"\" \"0\"\n";
-// The end of the first line is cut, and the second rule stands behind it.
+// The end of the first line is cut, and the second rule follows on it.
 const std::string joined = "allow prefix \"/K\u00e4se\" \"/bin/sh\" r \"\" \"\" \"0\""
                            "deny path \"/b\" \"/bin/cat\" w \"tag\" \"\" \"5\"\n";
 

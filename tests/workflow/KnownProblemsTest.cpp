@@ -51,7 +51,7 @@ protected:
              << (other ? addressOf(*other) : nullptr) << '\n';
         return text.str();
     }
-    // As a walk of all rules finds them.
+    // As found by scanning all rules.
     std::string plainText()
     {
         const std::vector<rules::RuleRef> rules = store.allRules();
@@ -119,7 +119,7 @@ TEST_F(KnownProblemsTest, AreRightAgainAfterARuleWasEditedWhileItsRowsWereLooked
     const rules::PolicyRulePtr edited = add({.path = "/b/", .processName = "/bin/a"});
     add({.policyType = rules::PolicyType::path, .path = "/a/x", .processName = "/bin/a"});
     const auto rows = store.storedRows();
-    // Until the rows are taken again, it stands between two rules of another group.
+    // Until the rows are rebuilt, it is between two rules of another group.
     edited->setProcessName("/bin/c");
     known.follow(rows, false);
     const std::string byDifference = text(*follow());
@@ -199,7 +199,7 @@ TEST_F(KnownProblemsTest, AreWhatTheyWereAfterAStop)
 
 TEST_F(KnownProblemsTest, NameTheRulesThatJoinedLinesAreReadAsWhileTheFileHoldsThem)
 {
-    // given a file whose first line was cut, so that the next rule has joined it
+    // given a file whose first line was cut, so that the next rule was joined to it
     const test::TemporaryFolder folder;
     const std::string file = folder.write("rules.rc",
         "allow prefix \"/Users/a\" \"any\" r \"\" \"\" \"0\"deny path \"/b\" \"any\" w \"\" \"\" \"0\"\n"

@@ -14,7 +14,7 @@ namespace {
 
 class MovedProgramTest : public testing::Test {
 protected:
-    // Makes a program in the folder; its facts say that it is there.
+    // Creates a program in the folder, which then exists for the facts.
     std::string program(const std::string& path)
     {
         const std::string whole = folder.path(path);

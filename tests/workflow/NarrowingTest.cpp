@@ -19,7 +19,7 @@ protected:
         fields.operations = 1;
         store.addPolicyRule(test::policyRule(std::move(fields)));
     }
-    // Watched, and of each class one; one of the system.
+    // Adds one rule of each class, including a watch rule, and a system rule.
     void addRules()
     {
         store.addWatchRule(
@@ -129,7 +129,7 @@ TEST_F(NarrowingTest, GoesOnWhereItWasStopped)
     EXPECT_EQ(pathsOf(*narrowing.narrowed(*store.rows())), "/w/a");
 }
 
-// Changes beyond half of all numbers make the store number its rules afresh now and then.
+// Changes of more than half of all numbers make the store renumber its rules from time to time.
 TEST_F(NarrowingTest, EqualsAWalkOfAllRowsOverRandomChanges)
 {
     test::RandomRules random(7);

@@ -29,7 +29,7 @@ protected:
 
     std::vector<rules::RuleRef> userRules() const { return work->store->userRules(); }
 
-    // What is in the file after the change.
+    // The contents of the file after the change.
     std::string carriedOut(const PlannedChange& plan)
     {
         EXPECT_EQ(plan.refusal, std::nullopt);
@@ -125,7 +125,7 @@ TEST_F(PlannedChangeTest, OfTwoRulesThatBothBecomeAnotherTheEarlierStays)
 
 TEST_F(PlannedChangeTest, ARuleThatLeavesAnotherRulesPlaceIsNoObstacle)
 {
-    // The first becomes what the second was, which becomes something else.
+    // The first becomes equal to the former second, which becomes a different rule.
     open(ruleLine("/a", "/bin/x", "", "allow prefix", "r")
         + ruleLine("/a", "/bin/x", "", "allow prefix", "rw"));
     const PlannedChange plan = patch({.operations = RulePatch::Operations{RulePatch::Operations::added, 2}});
@@ -229,7 +229,7 @@ TEST_F(PlannedChangeTest, ARedundantRuleGoesOnlyWhileOneThatStaysCoversIt)
     EXPECT_EQ(left({all[2], all[3]}, {all[0], all[1]}), "/a/b;");
 }
 
-// Whatever is removed as redundant is covered by what stays, and nothing that stays could have gone as well.
+// Every rule removed as redundant is covered by one that stays, and none that stays could have been removed.
 TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
 {
     for (unsigned seed = 0; seed < 200; ++seed) {
@@ -257,8 +257,8 @@ TEST(DispensableRules, AreCoveredByWhatStaysAndAreAllThatAre)
     }
 }
 
-// A change of many rules is one action: one undo restores the file to the byte, in the same run of a program
-// and in a later one.
+// A change of many rules is one action: one undo restores the exact bytes of the file, in the same run of a
+// program and in a later one.
 TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
 {
     for (unsigned seed = 0; seed < 30; ++seed) {
@@ -286,7 +286,7 @@ TEST(PlannedChangeUndo, RestoresTheFileToTheByte)
         }
         const auto file = [&box] { return test::TemporaryFolder::contents(box.locations.userRulesFile()); };
         {
-            test::DocumentAtWork reader(box); // what is read stands once, and is written in stored order
+            test::DocumentAtWork reader(box); // the rules read occur once, and are written in stored order
             reader.document->perform({}, {"Write"});
         }
         const std::string before = file();

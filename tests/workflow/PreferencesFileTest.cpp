@@ -76,7 +76,7 @@ TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
     test::CapturedLog log;
     const std::string file = folder.write("list.plist", damaged);
     folder.write("list.plist.unread", "");
-    for (int number = 2; number <= 99; ++number) // every name that it could be kept under
+    for (int number = 2; number <= 99; ++number) // every name that it could be renamed to
         folder.write("list.plist.unread." + std::to_string(number), "");
 
     const auto failure = writePreferences(file, someSettings(), log.log());

@@ -63,7 +63,7 @@ TEST_F(PreferencesHistoryTest, RestoresTheVeryBytesForAnAdministratorWhoAuthenti
     EXPECT_EQ(application.authentications, 1);
     EXPECT_TRUE(privilegedCommand.commands.empty());
     const auto kept = versions();
-    ASSERT_EQ(kept.size(), 3U); // with the one that was in force
+    ASSERT_EQ(kept.size(), 3U); // including the one in force before
     EXPECT_EQ(kept[0].action, "Restore Version 1");
 }
 
@@ -77,7 +77,8 @@ TEST_F(PreferencesHistoryTest, RestoresNothingForAnybodyElse)
     EXPECT_TRUE(history.restore(1));
     application.isAdmin = false;
     EXPECT_TRUE(history.restore(1));
-    EXPECT_EQ(application.authentications, 1); // who is no administrator is not asked to prove it
+    EXPECT_EQ(
+        application.authentications, 1); // a user who is not an administrator is not asked to authenticate
     EXPECT_EQ(bytes(), present);
     EXPECT_EQ(run.g_dirty, 0);
 }

@@ -10,7 +10,7 @@
 
 #include <sys/resource.h>
 
-// What is made of a write of the user's rules that failed or was cut short, whoever comes next.
+// Recovery from a failed or interrupted write of the user's rules, by whichever program runs next.
 
 namespace quorvane::workflow {
 
@@ -32,7 +32,7 @@ history::NewVersion versionOf(std::string_view bytes, const std::string& action)
     return version;
 }
 
-// For as long as it lives, no file of this process grows beyond a size.
+// During its lifetime, no file of this process can grow beyond a size.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(std::size_t bytes)
@@ -59,7 +59,7 @@ protected:
         return history::Journal::open(box.folder.path("state"), path(), {}, test::silentLog());
     }
 
-    // As a program leaves it that is killed while it writes `meant` over `before`: the file holds `now`.
+    // The state left by a program killed while writing `meant` over `before`: the file contains `now`.
     void cutShort(const std::string& before, const std::string& meant, const std::string& now)
     {
         const auto kept = journal();
@@ -77,7 +77,7 @@ protected:
         return found;
     }
 
-    // What the file holds, and what was reported, once another program has begun.
+    // The contents of the file, and the reports, after another program has started.
     std::vector<std::string> recovered()
     {
         test::DocumentAtWork next(box);
@@ -90,7 +90,7 @@ protected:
     test::StoreSandbox box;
 };
 
-constexpr int firstOfRules = 1; // among the calls of write, where the first one makes the marker
+constexpr int firstOfRules = 1; // among the calls of write, of which the first creates the marker
 
 const std::string before = lineAbout("/a") + lineAbout("/b") + lineAbout("/c");
 const std::string meant = lineAbout("/b") + lineAbout("/c") + lineAbout("/new");
@@ -213,7 +213,7 @@ TEST_F(Recovery, IsNotNeededWhereThereIsNoJournalSinceAFailedWritePutsTheOldCont
     box.folder.write("state", "in the way");
     test::DocumentAtWork window(box);
     {
-        // Room for some of what comes behind the old content, then none: the write is short before it fails.
+        // Space for some bytes beyond the old content, then none: the write is short before it fails.
         const FileSizeLimit limit(before.size() + 10);
         EXPECT_TRUE(window.remove("/a").failure == std::nullopt);
         EXPECT_TRUE(window.add("/new").failure == std::nullopt);

@@ -60,7 +60,7 @@ TEST_F(RuleCells, AnApplicationWhoseProgramIsGoneIsRedInEveryRowOfItsGroup)
     EXPECT_EQ(head.toolTip,
         "/Applications/Gone.app/Contents/MacOS/Gone\nNothing exists at the path of the program.");
 
-    // the text is blank there, the colour is set all the same
+    // the text is blank there, but the colour is set
     const RuleCell continuation = cell(1, RuleColumn::application);
     EXPECT_EQ(continuation.text, "");
     EXPECT_EQ(continuation.color, CellColor::red);

@@ -37,7 +37,7 @@ protected:
         const auto paths = test::rowPaths(*store, includeSystemRules);
         return static_cast<std::size_t>(std::find(paths.begin(), paths.end(), path) - paths.begin());
     }
-    // As a table of the present rows names a rule.
+    // A rule with its row in a table of the current rows.
     RuleRow rowAt(std::size_t row, bool includeSystemRules) const
     {
         return {row, store->ruleAtIndex(row, includeSystemRules)};
@@ -122,7 +122,7 @@ TEST_F(RuleCommandsTest, DeletingTheFirstRuleOfAGroupIsTold)
     const std::size_t row = rowOf("/a/", false);
     const TableChange change = deleteRow(row, false);
     EXPECT_EQ(change.removedRows, std::vector<std::size_t>{row});
-    // Below a watch rule the row heads no group: see the next test; with the watch rule gone it does.
+    // Below a watch rule the row is not a group head: see the next test; without the watch rule it is.
     EXPECT_FALSE(change.headedItsGroup);
     deleteRow(rowOf("/w/", false), false);
     EXPECT_TRUE(deleteRow(0, false).headedItsGroup);
@@ -215,7 +215,7 @@ TEST_F(RuleCommandsTest, DeliberateWithOnlySystemRulesSelectedTheFileIsRewritten
     EXPECT_TRUE(change.removedRows.empty());
     ASSERT_TRUE(change.notice);
     EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
-    EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine); // the option is gone: it was written anew
+    EXPECT_EQ(file(), watchLine + shLine + sh2Line + viLine); // the option is gone: the file was rewritten
     EXPECT_EQ(run.g_dirty, 1);
     EXPECT_TRUE(run.internalWrite);
 }

@@ -84,7 +84,7 @@ TEST(RuleFindings, NameTheRuleThatCoversARedundantOne)
         = test::policyRule({.policyType = 1, .path = "/usr/bin", .processName = "/bin/sh", .operations = 1});
     store.addPolicyRule(narrow);
 
-    // when the second is looked at
+    // when the second is examined
     const auto findings = findingsForRule(store, narrow);
 
     // then the first is named
@@ -114,7 +114,7 @@ TEST(RuleFindings, TellOfRulesThatWouldBeLostInTheFile)
 
 TEST(RuleFindings, AProgramThatFailsItsCheckStandsBetweenRedundancyAndTheMissingPath)
 {
-    // given a rule with every fault, covered by another one
+    // given a rule with every problem, covered by another one
     rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
     store.addPolicyRule(test::policyRule({.path = "/none", .processName = "/none/program", .operations = 3}));
     const rules::RuleRef rule = test::policyRule({.path = "/none/\xC3\xA9", .processName = "/none/program"});
@@ -183,10 +183,10 @@ TEST(RowFindings, AnOverlapNamesTheEarliestEarlierRow)
             .processName = "/bin/sh",
             .operations = static_cast<std::uint32_t>(3 - policyClass)}));
     }
-    // when overlaps are looked for
+    // when overlaps are searched for
     const RowFindings findings(store, false, {.kinds = {FindingKind::overlap, FindingKind::redundant}});
 
-    // then the last row tells of the first policy rule, and of it alone
+    // then the last row reports only the first policy rule
     EXPECT_EQ(namesOf(findings.at(0)), "");
     EXPECT_EQ(namesOf(findings.at(1)), "redundant");
     ASSERT_EQ(namesOf(findings.at(3)), "overlap");

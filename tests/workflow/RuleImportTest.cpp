@@ -38,7 +38,7 @@ protected:
         return test::policyRule(std::move(fields));
     }
 
-    // The record that an import makes of a policy rule.
+    // The record that an import creates for a policy rule.
     rules::PolicyRulePtr imported(rules::PolicyRuleFields fields)
     {
         return std::get<rules::PolicyRulePtr>(import->importRule(policy(std::move(fields))));
@@ -49,7 +49,7 @@ protected:
         return std::string(rule->constraint().written());
     }
 
-    // Imports all rules of an exchange file with this text, as a review of it does with every row ticked.
+    // Imports all rules of an exchange file with this text, like a review with every row ticked.
     ImportResult importText(const std::string& text)
     {
         const auto exchange = sandbox.storeOf(text);
@@ -87,7 +87,7 @@ TEST_F(RuleImportTest, NamesItsTagAfterTheFile)
     } cases[] = {
         {"/home/ann/Tools.quorv", "Tools"}, {"/x/Photo Tools,2.quorv", "Photo Tools"}, {"a,b,c.quorv", "a"},
         {"plain", "plain"}, {"/x/a.quorv.quorv", "a"}, {"/x/a.quorv.b", "a.b"},
-        {"/x/a.quo.quorvrv", "a.quorv"}, // what comes about by the removal stays
+        {"/x/a.quo.quorvrv", "a.quorv"}, // text that results from the removal stays
         {"/x/Tools.QUORV", "Tools.QUORV"}, {"/x/,late.quorv", ""}, {"/x/.quorv", ""},
         {"/x.quorv/Tools.quorv/", "Tools"}, {"/x/rules.rc", "rules.rc"},
         {sandbox.locations.failSafeFile(), ""},
@@ -413,7 +413,7 @@ TEST_F(RuleImportTest, KeepsTheSearchAndTheSortOrder)
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/y", "/x"}));
 }
 
-// Every import is held against what plain walks over the lists say.
+// Every import is compared with plain scans of the lists.
 TEST_F(RuleImportTest, AgreesWithPlainWalksOverTheLists)
 {
     facts.existing.insert({"/bin/a", "/bin/B", "/bin/c"});

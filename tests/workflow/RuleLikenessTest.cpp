@@ -23,7 +23,7 @@ protected:
         fields.operations = 1;
         store.addPolicyRule(test::policyRule(std::move(fields)));
     }
-    // The paths of the rules that are like those of these rows.
+    // The paths of the rules that share the trait with those of these rows.
     std::string alike(std::vector<RulesSelection::Range> rows, RuleTrait trait) const
     {
         return pathsOf(rulesLike({store.rows(), true, std::move(rows)}, trait));

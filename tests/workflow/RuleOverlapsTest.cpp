@@ -147,7 +147,7 @@ TEST(RuleOverlaps, AreThoseOfAWalkOfAllPairs)
         "", "", "", "TEAM", "OTHER", "APPLE_PF_BINARY", test::sha1OfNothing, other1, test::sha256OfNothing};
     std::size_t found = 0;
     for (int round = 0; round < 300; ++round) {
-        // given rules out of few values
+        // given random rules from few values
         std::vector<rules::PolicyRuleFields> rules(1 + random() % 30);
         std::vector<const rules::PolicyRuleFields*> asked;
         for (rules::PolicyRuleFields& rule : rules) {
@@ -163,7 +163,7 @@ TEST(RuleOverlaps, AreThoseOfAWalkOfAllPairs)
         }
         // when overlaps are looked up
         const auto firsts = firstOverlaps(asked);
-        // then they are the first of those that a walk finds
+        // then they are the first of those found by a scan
         ASSERT_EQ(firsts.size(), asked.size());
         for (std::size_t place = 0; place < asked.size(); ++place) {
             std::size_t first = noOverlap;

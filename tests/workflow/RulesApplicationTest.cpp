@@ -32,7 +32,7 @@ std::vector<WantedRule> wantedRules(const test::RuleValues& rules)
     return wanted;
 }
 
-// The rules after the change, as far as their order does not matter.
+// The rules after the change, without regard to order.
 test::RuleValues applied(const std::vector<rules::RuleRef>& present, const rules::ChangeSet& change)
 {
     test::RuleValues rules;

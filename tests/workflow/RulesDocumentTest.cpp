@@ -82,7 +82,7 @@ TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
     EXPECT_EQ(kept[0].rules, 2U);
     EXPECT_EQ(kept[0].added, 1U);
     EXPECT_EQ(kept[0].state, history::VersionState::done);
-    EXPECT_EQ(kept[1].program, std::nullopt); // the file as it was found
+    EXPECT_EQ(kept[1].program, std::nullopt); // the original file
     EXPECT_EQ(kept[1].bytes, line("/a/").size());
 }
 
@@ -201,13 +201,13 @@ TEST_F(RulesDocumentTest, WhatAnotherProgramWroteIsMergedAndKept)
     box.writeUserRules(line("/a/", "theirs") + line("/foreign/"));
     window.add("/b/");
     EXPECT_EQ(file(), line("/a/", "theirs") + line("/foreign/") + line("/b/"));
-    EXPECT_EQ(window.ruleWith("/a/"), before); // the window goes on naming it
+    EXPECT_EQ(window.ruleWith("/a/"), before); // the window keeps the same record
     ASSERT_EQ(window.newsOf(Kind::merged).size(), 1U);
     EXPECT_NE(window.newsOf(Kind::merged)[0].find("1 rule of another program was kept"), std::string::npos);
-    EXPECT_EQ(versions().size(), 3U); // as found, the other program's, ours
+    EXPECT_EQ(versions().size(), 3U); // the original file, the other program's, ours
 }
 
-// Else its older bytes would follow the writer's version in the journal.
+// Otherwise its older bytes would follow the writer's version in the journal.
 TEST_F(RulesDocumentTest, TheFileIsNotKeptAsAVersionWhileAnotherProgramWritesIt)
 {
     box.writeUserRules(line("/a/"));
@@ -398,7 +398,7 @@ TEST_F(RulesDocumentTest, RulesWhoseLinesAreCutStayWholeInJournalAndStore)
     ASSERT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
     window.add("/b/");
     EXPECT_EQ(window.newsOf(Kind::cutShort).size(), 1U);
-    // Another program reads a joined line, and adds a rule of its own.
+    // Another program reads a joined line, and adds a rule.
     box.writeUserRules(file() + line("/foreign/"));
     window.add("/c/");
     EXPECT_EQ(

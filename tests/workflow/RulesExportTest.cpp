@@ -29,7 +29,7 @@ protected:
         return static_cast<std::size_t>(std::distance(begin(all), end(all)));
     }
 
-    // What an ordinary user's process answers in whose working folder no file can be made.
+    // The result of `work` in an ordinary user's process whose working folder permits no new files.
     std::string answerWhereNoFileCanBeMade(const std::function<std::string()>& work) const
     {
         std::filesystem::permissions(source, std::filesystem::perms(0666));
@@ -56,7 +56,7 @@ struct stat statusOf(const std::string& path)
     return status;
 }
 
-// Of this process: no file can grow beyond that size.
+// Limits the size of files for this process.
 void limitFiles(std::size_t size)
 {
     std::signal(SIGXFSZ, SIG_IGN);

@@ -15,7 +15,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// Sets the time of the last change of contents, of a link itself.
+// Sets the modification time; of a link, that of the link itself.
 void setTime(const std::string& path, time_t seconds, long nanoseconds = 0)
 {
     const timespec times[2] = {{seconds, nanoseconds}, {seconds, nanoseconds}};

@@ -19,12 +19,12 @@ namespace quorvane::workflow {
 
 namespace {
 
-// The descriptors of this process that `file` is open by.
+// The open descriptors of `file` in this process.
 std::vector<int> descriptorsOf(const std::string& file)
 {
     std::vector<int> descriptors;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code gone; // as the one that reads this folder is by now
+        std::error_code gone; // like the one that reads this folder
         if (std::filesystem::read_symlink(entry.path(), gone) == file)
             descriptors.push_back(std::stoi(entry.path().filename()));
     }

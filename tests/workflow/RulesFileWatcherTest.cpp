@@ -23,7 +23,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Answers looks at a file, one for each time given; a look without one waits.
+// Answers polls of a file with the given times, one each; further polls block.
 class GivenTimes {
 public:
     void give(std::uint64_t time)
@@ -46,14 +46,14 @@ public:
         return time;
     }
 
-    // Waits until look number `count` has begun, so that all those before it are done with.
+    // Waits until poll number `count` has begun, so that all previous ones are complete.
     void waitForLook(int count)
     {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [&] { return m_looks >= count; });
     }
 
-    // Looks wait no longer.
+    // Polls no longer block.
     void close()
     {
         const std::lock_guard lock(m_mutex);
@@ -149,7 +149,7 @@ TEST(RulesFileWatcher, SeesTheTimesOfAFile)
     std::promise<void> reloaded;
     const RulesFileWatcher watcher(
         file, run, log.log(), [&] { reloaded.set_value(); }, 1ms);
-    while (run.internalWrite) // until the first look
+    while (run.internalWrite) // until the first poll
         std::this_thread::yield();
     setTime(2000);
     reloaded.get_future().wait();
@@ -197,7 +197,7 @@ TEST(RulesFileWatcher, ALookThatNeverEndsIsLeftBehindAndTouchesNothingAnyMore)
             });
         times->give(1000);
         times->waitForLook(2);
-    } // the second look waits still, while run and log are gone
+    } // the second poll still blocks, while run and log are gone
     times->give(2000);
     hasLooked->get_future().wait();
     EXPECT_FALSE(reloaded);

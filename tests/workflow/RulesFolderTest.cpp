@@ -27,7 +27,7 @@ protected:
     }
 
     test::TemporaryFolder m_folder;
-    // A quote must not end the word that the folder is in the command.
+    // A quote must not end the shell word of the folder in the command.
     platform::Locations m_locations{m_folder.path("it's; echo \"$HOME\" '"), "nobody"};
     test::CapturedLog m_log;
 };

@@ -43,7 +43,7 @@ TEST(RulesPlace, AFolderStandsForTheRoot)
     fs::create_symlink(outside, folder.path("volume/away"));
     const RulesPlace place = placeAt(folder.path("volume"));
 
-    // when rules are looked up there, then this machine's files are none
+    // when rules are looked up there, then this machine's files do not count
     EXPECT_TRUE(isValid(place, "/bin/tool", codesign::sha256("tool")));
     EXPECT_TRUE(isValid(place, "/link", codesign::sha1("tool")));
     EXPECT_FALSE(isValid(place, "/bin/tool", codesign::sha256("other")));
@@ -86,7 +86,7 @@ TEST(RulesPlace, IsAFolderOrNone)
 
 TEST(ProgramFactsWithin, ReadABundleWhoseLinksStayInTheFolder)
 {
-    // given a bundle whose Info.plist is an absolute link, as that machine has it
+    // given a bundle whose Info.plist is an absolute link, valid on that machine
     const test::TemporaryFolder folder;
     const std::string info = "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
                              "<string>tool</string></dict></plist>";
@@ -100,7 +100,7 @@ TEST(ProgramFactsWithin, ReadABundleWhoseLinksStayInTheFolder)
     const auto facts
         = programFactsWithin(*platform::FileRoot::at(folder.path("volume"), error), test::testAnchor());
 
-    // when the bundle or its program is asked, then the signature with its Info.plist holds
+    // when the bundle or its program is checked, then the signature with its Info.plist is valid
     for (const char* path : {"/X.app", "/X.app/Contents/MacOS/tool"}) {
         EXPECT_EQ(facts->team(path), "TEAM123456") << path;
         EXPECT_EQ(facts->teamProof(path), TeamProof::proven) << path;

@@ -27,7 +27,7 @@ TEST(SortClicks, EarlierColumnsBreakTiesInTheOrderOfTheirLastClick)
     EXPECT_EQ(descriptors,
         (std::vector<rules::SortDescriptor>{{rules::SortKey::tag, true}, {rules::SortKey::path, false}}));
 
-    // when the path is clicked again, it comes first, ascending anew, and stands there once
+    // when the path is clicked again, it is the first key, ascending again, and occurs once
     descriptors = sortDescriptorsAfterClick(descriptors, rules::SortKey::path);
     EXPECT_EQ(descriptors,
         (std::vector<rules::SortDescriptor>{{rules::SortKey::path, true}, {rules::SortKey::tag, true}}));

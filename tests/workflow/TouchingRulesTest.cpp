@@ -61,7 +61,7 @@ TEST(Touches, OneOfTheOperations)
 
 TEST(Touches, EveryPathThatACoveringRuleWouldMakeRedundant)
 {
-    // A rule that redundancy finds wide enough for a rule about a path touches that path.
+    // A rule that makes a rule on a path redundant also touches that path.
     for (unsigned seed = 0; seed < 2000; ++seed) {
         test::RandomRules random(seed);
         const rules::PolicyRuleFields wide = random.policy();

@@ -11,7 +11,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-// Remembers one that did something.
+// Records a step that changed something.
 void remember(
     UndoSteps& steps, const std::string& action, ChangeReason::Kind kind = ChangeReason::Kind::action)
 {

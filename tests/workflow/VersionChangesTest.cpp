@@ -71,7 +71,7 @@ TEST_F(VersionChangesTest, IsComparedWithTheNewestOlderOneThatIsLeft)
     record("one");
     record("two");
     history::JournalVersion third = record("three");
-    third.before = 99; // as though that one had been thinned out
+    third.before = 99; // as if that one had been thinned out
     EXPECT_EQ(changesOf(*journal, third).since, 2);
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 class VersionDifferenceTest : public testing::Test {
 protected:
-    // The lines of a difference with the version that it is compared with first.
+    // The version compared with, followed by the lines of the difference.
     std::vector<std::string> changesOf(std::int64_t number)
     {
         const auto found = differenceOfVersion(*journal, number);

@@ -83,7 +83,7 @@ TEST(VisibleRows, RowsOfOneGroupShareABandAndNeighbouringGroupsDiffer)
 
 TEST(VisibleRows, TheBandFlagOutlivesReloadsAndTables)
 {
-    // given one table that leaves the flag in some state
+    // given a table that leaves the flag in some state
     CountingRows rows(1);
     VisibleRows first(ruleColumnCount, shaded);
     first.show(0, 1, rows.maker());
@@ -100,7 +100,7 @@ TEST(VisibleRows, TheBandFlagOutlivesReloadsAndTables)
 
 TEST(VisibleRows, ARowThatContinuesAGroupTakesTheBandOfTheRowMadeBefore)
 {
-    // Scrolled upwards a row in the middle of a group is made before the row that begins it.
+    // When scrolling up, a row in the middle of a group is made before the row that begins it.
     CountingRows rows(4);
     VisibleRows shown(ruleColumnCount, shaded);
     shown.show(4, 6, rows.maker());
@@ -161,7 +161,7 @@ TEST(VisibleRows, AHeadThatIsNowBelowItsOwnGroupContinuesItAndKeepsItsBand)
     VisibleRows shown(ruleColumnCount, shaded);
     shown.show(0, 6, rows.maker());
     const bool band = shown.find(3)->shaded;
-    shown.remove(2, 1); // 3, a head, is row 2 now, which is none
+    shown.remove(2, 1); // row 3, a head, is now row 2, which is not
     shown.show(0, 5, rows.maker());
     EXPECT_FALSE(shown.find(2)->cells[0].startsGroup);
     EXPECT_EQ(shown.find(2)->shaded, band);
