@@ -51,7 +51,7 @@ std::string textLines(const std::string& before, const workflow::FileFinding& fi
 struct CheckedFile {
     std::string printed;
     std::vector<std::string> problems; // why some of its rules were not read
-    bool areProblemsTold = false; // printed on standard error already
+    bool areProblemsReported = false; // printed on standard error already
     bool isFaultless = true;
 };
 
@@ -143,7 +143,7 @@ public:
             m_output.write(std::exchange(m_separator, ",\n"));
         m_output.write(checked.printed);
         for (const std::string& problem : checked.problems) {
-            if (!checked.areProblemsTold)
+            if (!checked.areProblemsReported)
                 printError(problem);
             m_notifications.append(m_notifications.empty() ? "" : ",")
                 .append(sarifNotification(fileAddress(file), problem));
@@ -211,7 +211,7 @@ private:
         if (opened.isComplete && !opened.hasFailed)
             return checked;
         checked.problems.push_back(text.unreadReason().value_or("Not all rules could be read"));
-        checked.areProblemsTold = true;
+        checked.areProblemsReported = true;
         checked.isFaultless = false;
         return checked;
     }

@@ -64,12 +64,12 @@ OpenedStore openStore(const RuleSelection& selection, const CommandContext& cont
     const std::vector<std::string>& failures = opened.store->readFailures();
     for (const std::string& failure : failures)
         printError(failure);
-    const auto isComplainedOf = [&failures](const std::string& text) {
+    const auto isReported = [&failures](const std::string& text) {
         return std::find(failures.begin(), failures.end(), text) != failures.end();
     };
-    if (message && !isComplainedOf(*message))
+    if (message && !isReported(*message))
         printError(*message);
-    if (reason && reason != message && !isComplainedOf(*reason))
+    if (reason && reason != message && !isReported(*reason))
         printError(*reason);
     const auto& unread = opened.store->unreadRules();
     opened.hasFailed = message || missing || !failures.empty() || (unread && unread->isFailure);

@@ -56,7 +56,7 @@ std::optional<PropertyValue> realOf(std::string_view text)
     return error == std::errc() && stop == end ? std::optional(PropertyValue{number}) : std::nullopt;
 }
 
-// XML has no form of its own for a reference: a dictionary with this single key represents it.
+// XML has no native form for a reference: a dictionary with this single key represents it.
 void replaceIfUid(PropertyValue& value)
 {
     const auto* dictionary = value.as<PropertyValue::Dictionary>();

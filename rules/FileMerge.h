@@ -17,10 +17,11 @@
 //   that is in the result. If there is none, a text goes to the top, and a rule to the end of its kind: with
 //   no rule of that kind, a watch rule goes to the top and any other to the bottom. Of texts that both add in
 //   one place, ours are first.
-// - A line keeps its line end, even when rewritten; added lines get the first line end of
-//   ours, else of base, else LF.
-// - Of a repeated rule only the first line is merged: for the others only their number is merged, and
-//   the last ones are removed first.
+// - A line keeps its line end, even when rewritten; added lines get the first line end of ours, else of base,
+//   else LF.
+// - Of a repeated rule only the first line is merged: for the others only their number is merged, and the
+// last
+//   ones are removed first.
 
 namespace quorvane::rules {
 

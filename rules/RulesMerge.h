@@ -12,10 +12,10 @@
 // second with the second. So the last ones are removed when a side has fewer, and a rule that both sides add
 // is added once.
 //
-// - In both lists: stays. Tag and creation time merge separately: a change by one side is taken,
-//   of a change by both, ours.
+// - In both lists: stays. Tag and creation time merge separately: a change by one side is taken, of a change
+//   by both, ours.
 // - In one list and not in the base: added by that side.
-// - In one list and in the base: removed by the other side, and removed, unless its tag was changed since.
+// - In one list and in the base: removed, as by the other side, unless its tag was changed since.
 // - The order is ours. A rule that theirs adds is placed directly behind the nearest rule, of whatever kind,
 //   before it in theirs that is in the result.
 

@@ -3,8 +3,9 @@
 // QUORVANE_FAULT: faults separated by commas, each CALL:NUMBER:FAULT. CALL is a name of `callNames`, or "any"
 // for all calls but "allocate". NUMBER counts such calls from 1; with a "+" appended, all later calls fail as
 // well. FAULT is an error number, "short" for half of the requested read or write, "kill" for SIGKILL instead
-// of the call, or "cut" for half of the call, then SIGKILL. QUORVANE_CALL_COUNTS: a file of `callCount`
-// 64-bit numbers, into which the calls of each kind are counted, up to the very call that kills.
+// of the call, or "cut" for half of the call, then SIGKILL.
+// QUORVANE_CALL_COUNTS: a file of `callCount` 64-bit numbers, in which the calls of each kind are counted,
+// including the one that kills.
 // QUORVANE_CLOCK: seconds by which time() is ahead, or behind.
 //
 // Calls made inside the C library, as in fopen(), are not intercepted. Allocations are intercepted only once
