@@ -26,6 +26,8 @@ bool CertificateChain::isValidAt(std::time_t time) const
         [time](const Certificate& one) { return one.isValidAt(time); });
 }
 
+// Extends the chain by the first unused certificate that issued the last one. Never backtracks, so that the
+// number of signature checks is bounded.
 CertificateChain buildChain(const Certificate& leaf, const std::vector<Certificate>& others)
 {
     CertificateChain chain;

@@ -178,6 +178,7 @@ bool isWorthwhile(const ChainCost& chain, std::uint64_t unpackedSoFar)
 
 } // namespace
 
+// Plans for all contents first, then repacks chain by chain, so that only one chain's bytes are in memory.
 void sweepContents(Database& database, SweepCost cost)
 {
     Contents contents = allContents(database);

@@ -27,6 +27,7 @@ std::vector<DatedVersion> inOrderOfTime(std::vector<DatedVersion> versions)
 
 } // namespace
 
+// From the newest to the oldest, so that the first version met of an hour or a day is its newest one.
 std::vector<std::int64_t> expiredVersions(const std::vector<DatedVersion>& versions, std::uint32_t days)
 {
     std::vector<std::int64_t> expired;

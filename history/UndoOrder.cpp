@@ -28,6 +28,8 @@ bool changesRules(const JournalVersion& version)
 
 } // namespace
 
+// Replays the history on two stacks: an action clears what can be redone, undo and redo move an action
+// across.
 UndoOrder undoOrder(const std::vector<JournalVersion>& versions)
 {
     Numbers done;

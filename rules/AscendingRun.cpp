@@ -5,6 +5,8 @@
 
 namespace quorvane::rules {
 
+// Patience sorting: a binary search finds the longest subsequence that each number can extend; following the
+// predecessors back from the end of the longest one yields its members.
 std::vector<bool> outOfOrder(const std::vector<std::uint32_t>& numbers)
 {
     std::vector<std::size_t> ends; // by length less 1: the end of the subsequence with the lowest last number

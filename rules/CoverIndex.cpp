@@ -81,6 +81,8 @@ CoverIndex::CoverIndex(const std::vector<PolicyRulePtr>& slots)
     }
 }
 
+// Looks up the empty path and each longer prefix of the rule's path; of all hits the lowest slot is the first
+// rule.
 const PolicyRule* CoverIndex::firstCovering(const PolicyRule& rule)
 {
     std::uint32_t found = SlotChains::none;

@@ -18,9 +18,9 @@ namespace quorvane::rules {
 bool coversRule(const PolicyRule& broader, const PolicyRule& rule);
 
 // Finds the rule of a list that covers another, at a cost that depends on the length of the path and not on
-// the number of rules: every rule that can cover is indexed by a hash of its path, and all prefixes of the
-// queried path are looked up. Returns the same as a scan of the list would. Updated incrementally. For the
-// thread that owns the store; throws std::bad_alloc.
+// the number of rules: every rule that can cover is indexed by a hash of its class, constraint and path, and
+// all prefixes of the queried path are looked up. Returns the same as a scan of the list would. Updated
+// incrementally. For the thread that owns the store; throws std::bad_alloc.
 class CoverIndex {
 public:
     // Indexes the rules in `slots`, which must outlive it.

@@ -26,6 +26,8 @@ void FoldedColumn::append(const NullableText& text)
     ++m_rules;
 }
 
+// One memmem() over all keys instead of a search per text. After a hit the scan continues with the next text.
+// No hit spans two texts, since the byte between them is in no key.
 void FoldedColumn::markContaining(std::string_view key, std::size_t first, std::vector<bool>& marks) const
 {
     const auto startsAfter = [](std::size_t place, const Text& text) { return place < text.start; };

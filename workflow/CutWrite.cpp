@@ -19,6 +19,7 @@ bool holdsOnlyZeros(std::string_view bytes)
 
 } // namespace
 
+// An interrupted write leaves new bytes up to some point, then the old ones or zeros.
 FileAfterWrite fileAfterWrite(
     std::string_view now, std::optional<std::string_view> before, std::string_view meant)
 {

@@ -403,6 +403,8 @@ PlannedChange removalOf(
     return plan;
 }
 
+// Removes one rule after the other from an index of those that stay, so that rules which cover each other
+// never all go.
 std::vector<rules::RuleRef> dispensableRules(const rules::RuleManager& store,
     const std::vector<rules::RuleRef>& rules, const std::vector<rules::RuleRef>& gone)
 {
