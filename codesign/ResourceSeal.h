@@ -9,7 +9,8 @@
 
 namespace quorvane::codesign {
 
-// The remaining budget for checking a bundle's resources, including everything nested in it.
+// The remaining budget for checking a bundle's resources, including everything nested in it. One thread at a
+// time.
 struct SealBudget {
     std::size_t entries = 500'000; // files and folders
     std::uint64_t bytes = 64ULL << 30U; // hashed

@@ -2,7 +2,7 @@
 
 namespace quorvane::platform {
 
-// How the user wants windows to look.
+// How the user wants windows to look. A value object.
 struct Appearance {
     bool isDark = false;
     bool hasHighContrast = false;

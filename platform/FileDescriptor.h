@@ -6,7 +6,7 @@
 
 namespace quorvane::platform {
 
-// Owns an open file descriptor; a negative one means none.
+// Owns an open file descriptor; a negative one means none. Movable; one thread at a time.
 class FileDescriptor {
 public:
     explicit FileDescriptor(int descriptor = -1)

@@ -10,7 +10,7 @@ struct stat;
 namespace quorvane::platform {
 
 // Which file was at a path, and in which state: two equal identities mean the same file with, as far as the
-// file system's clock can distinguish, the same contents. "No file" is an identity as well.
+// file system's clock can distinguish, the same contents. "No file" is an identity as well. A value object.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0; // 0: there is no file

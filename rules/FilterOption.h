@@ -6,7 +6,7 @@
 
 namespace quorvane::rules {
 
-// One named setting; a boolean is stored as 0 or 1.
+// One named setting; a boolean is stored as 0 or 1. A value object.
 struct FilterOption {
     NullableText name;
     std::uint32_t value = 0;

@@ -8,7 +8,7 @@
 namespace quorvane::windows {
 
 // Paints the bars of the access map: allow empty, deny full, watch hatched, so that they can be distinguished
-// without colours, as in the printed report.
+// without colours, as in the printed report. User interface thread only.
 class AccessBarDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -6,7 +6,8 @@
 
 namespace quorvane::windows {
 
-// The access map as a Qt tree. Everything that the bars show is also in words beside them.
+// The access map as a Qt tree. Everything that the bars show is also in words beside them. User interface
+// thread only.
 class AccessModel : public QAbstractItemModel {
     Q_OBJECT
 public:

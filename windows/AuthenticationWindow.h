@@ -9,7 +9,8 @@ class QTimer;
 namespace quorvane::windows {
 
 // Shown while waiting for a finger or a password, with a button to cancel. While the password is typed in a
-// window of the desktop, this one appears only after a delay and does not take the keyboard focus.
+// window of the desktop, this one appears only after a delay and does not take the keyboard focus. User
+// interface thread only.
 class AuthenticationWindow : public MessageWindow, public platform::AuthenticationPrompt {
     Q_OBJECT
 public:

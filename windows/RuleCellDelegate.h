@@ -6,7 +6,7 @@ namespace quorvane::windows {
 
 // Paints the cells of a rules table: centres an image without text or a check box, and keeps the colours of
 // texts and icons while selected. A click anywhere in a check box's cell toggles it; editors have their
-// column's name as accessible name.
+// column's name as accessible name. User interface thread only.
 class RuleCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -9,7 +9,7 @@ namespace quorvane::windows {
 void paintTick(QPainter& painter, QStyleOptionViewItem option, const QStyle& style);
 
 // A header whose sort indicator points up for ascending order, and which shows a centred check box in
-// sections that have a check state in the model.
+// sections that have a check state in the model. User interface thread only.
 class TickHeader : public QHeaderView {
     Q_OBJECT
 public:

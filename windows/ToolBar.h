@@ -4,7 +4,8 @@
 
 namespace quorvane::windows {
 
-// A tool bar whose buttons hide their icons when there is not enough room for icons and texts.
+// A tool bar whose buttons hide their icons when there is not enough room for icons and texts. User interface
+// thread only.
 class ToolBar : public QToolBar {
     Q_OBJECT
 public:

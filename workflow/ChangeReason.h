@@ -6,7 +6,7 @@
 
 namespace quorvane::workflow {
 
-// Why rules change, for the journal, the history and the names of Undo and Redo.
+// Why rules change, for the journal, the history and the names of Undo and Redo. A value object.
 struct ChangeReason {
     enum class Kind { action, undo, redo };
 
