@@ -42,17 +42,17 @@ public:
             "FILE is a rules file, or JSON with one object a line as \"list --json\" prints it; \"-\" is the "
             "standard input.\nDoing it again changes nothing. Where JSON names no tag or creation time, the "
             "rule keeps its own.\nThe status is 3 after a failure; nothing was changed then.");
-        command.add_flag("--dry-run", m_isDryRun, "Only print what would change");
-        command.add_flag("--json", m_asJson, "One JSON object a line");
-        auto* absent = command.add_flag("--absent", m_isAbsent, "Remove the rules of FILE");
+        command.add_flag("--dry-run", m_isDryRun, "Print what would be changed, and write nothing");
+        command.add_flag("--json", m_asJson, "One JSON object for each rule, then one with the numbers");
+        auto* absent = command.add_flag("--absent", m_isAbsent, "Remove the rules of FILE instead");
         command
-            .add_option(
-                "--prune-tag", m_prunedTags, "Remove other rules with this tag; may be given several times")
+            .add_option("--prune-tag", m_prunedTags,
+                "Remove the rules with this tag that FILE lacks; may be given several times")
             ->type_name("TAG")
             ->take_all()
             ->allow_extra_args(false)
             ->excludes(absent);
-        command.add_flag("--allow-empty", m_allowsEmpty, "Prune also when there is no rule in FILE");
+        command.add_flag("--allow-empty", m_allowsEmpty, "Prune even when there is no rule in FILE");
         command.add_option("FILE", m_file, "A file of rules")->required();
         return command;
     }
@@ -99,15 +99,22 @@ private:
             return std::nullopt;
         WantedRules wanted = readWantedRules(text->bytes());
         if (wanted.rules.empty() && !m_prunedTags.empty() && !m_allowsEmpty && !wanted.problem)
-            wanted.problem = "expected a rule, since every rule with a pruned tag would go (--allow-empty)";
+            wanted.problem = WantedRules::Problem{
+                std::nullopt, "expected a rule, since every rule with a pruned tag would go (--allow-empty)"};
         if (wanted.problem) {
-            printError("'" + printable(m_file) + "', " + printable(*wanted.problem));
+            printError(place(wanted.problem->line) + ": " + printable(wanted.problem->text));
             return std::nullopt;
         }
         for (const std::size_t line : wanted.skippedOptions)
-            printError(
-                "'" + printable(m_file) + "', line " + std::to_string(line) + ": an option is not applied");
+            printError(place(line) + ": an option is not applied");
         return std::move(wanted.rules);
+    }
+
+    // "'rules.rc', line 3"
+    std::string place(std::optional<std::size_t> line) const
+    {
+        return "'" + (m_file == "-" ? standardInputName : printable(m_file)) + "'"
+            + (line ? ", line " + std::to_string(*line) : "");
     }
 
     static std::optional<std::string> whyRefused(

@@ -13,7 +13,7 @@ namespace quorvane::cli {
 
 void ChangeOptions::addTo(CLI::App& command)
 {
-    command.add_flag("--dry-run", m_isDryRun, "Tell what would be changed, and write nothing");
+    command.add_flag("--dry-run", m_isDryRun, "Print what would be changed, and write nothing");
     command.add_flag("--json", m_asJson, "One JSON object for each rule, then one with the numbers");
 }
 

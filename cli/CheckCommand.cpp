@@ -60,7 +60,7 @@ std::optional<std::string> whyUnread(const std::string& file, const rules::Rules
 {
     struct stat status { };
     if (text.identity() == platform::FileIdentity::missing())
-        return "There is no file '" + file + "'";
+        return "there is no file '" + file + "'";
     if (text.isNothing() && stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         const char* kind = S_ISFIFO(status.st_mode) ? "a pipe" : "no regular file";
         return "'" + file + "' is " + kind + ": nothing of it is read";
@@ -210,7 +210,7 @@ private:
         checker.check(*opened.store, text.bytes(), std::nullopt, checked);
         if (opened.isComplete && !opened.hasFailed)
             return checked;
-        checked.problems.push_back(text.unreadReason().value_or("Not all rules could be read"));
+        checked.problems.push_back(text.unreadReason().value_or("not all rules could be read"));
         checked.areProblemsReported = true;
         checked.isFaultless = false;
         return checked;

@@ -103,9 +103,10 @@ public:
         CLI::App& command
             = *program.add_subcommand("codesign", "Print what the code signature of macOS programs says");
         command.footer(
-            "States: 1 unsigned, 2 signed and valid, 3 failed or invalid, 4 not verifiable, 5 unsupported, "
-            "6 cannot tell.\nThe strict state covers the whole program file; the resources of a bundle "
-            "are in neither. The network is never asked.");
+            "States: 1 unsigned, 2 signed and valid, 3 failed or invalid, 4 not verifiable, 5 unsupported,\n"
+            "6 cannot tell. The strict state covers the whole program file; the resources of a bundle are "
+            "in\n"
+            "neither. The network is never asked.");
         command.add_flag("--json", m_asJson, "One JSON object a line");
         auto* paths = command.add_option("PATH", m_paths, "A program file or a bundle");
         command.add_option("--pid", m_spelledPids, "A running process")->type_name("N")->excludes(paths);

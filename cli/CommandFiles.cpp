@@ -41,7 +41,7 @@ std::optional<workflow::RulesInput> readText(const std::string& path, bool nullD
 
 std::optional<workflow::RulesInput> readStandardInput()
 {
-    return onlyText(workflow::RulesInput::readDescriptor(STDIN_FILENO, "standard input"));
+    return onlyText(workflow::RulesInput::readDescriptor(STDIN_FILENO, standardInputName));
 }
 
 void addOutOption(CLI::App& command, std::optional<std::string>& out, const std::string& help)

@@ -19,6 +19,7 @@ std::optional<workflow::RulesInput> readText(const std::string& path, bool nullD
 
 // None, with an error printed, when it cannot be read or is not text.
 std::optional<workflow::RulesInput> readStandardInput();
+inline const std::string standardInputName = "standard input"; // in messages
 
 // -o OUT: the output file. An empty name counts as given, but names no file.
 void addOutOption(CLI::App& command, std::optional<std::string>& out, const std::string& help);

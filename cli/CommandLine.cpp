@@ -14,7 +14,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <iostream>
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <optional>
@@ -118,6 +118,7 @@ public:
             ->type_name("SECONDS")
             ->check(onlySeconds);
         m_description.require_subcommand(1);
+        m_description.get_formatter()->label("SUBCOMMAND", "COMMAND");
         m_description.fallthrough();
         for (const auto& makeCommand : commandMakers)
             add(makeCommand());
@@ -131,9 +132,12 @@ public:
             m_description.parse(argumentsInReverse(argumentCount, arguments));
             return std::nullopt;
         } catch (const CLI::ParseError& error) {
-            std::ostringstream answer;
-            if (m_description.exit(error, answer, std::cerr) != 0)
+            if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+                complainOf(error);
                 return ExitStatus::usage;
+            }
+            std::ostringstream answer;
+            m_description.exit(error, answer, answer);
             Output output;
             output.write(answer.str());
             return output.finish() ? 0 : 1;
@@ -148,6 +152,36 @@ public:
     }
 
 private:
+    // Says what is wrong with the arguments, and which help to read.
+    void complainOf(const CLI::ParseError& error) const
+    {
+        const CLI::App* app = &m_description;
+        std::string called = app->get_name();
+        while (!app->get_subcommands().empty()) {
+            app = app->get_subcommands().front();
+            called += " " + app->get_name();
+        }
+        printError(printable(problemOf(error)));
+        std::fprintf(stderr, "Run '%s --help' for more information.\n", called.c_str());
+    }
+
+    // The parser misses a command before it looks at what stands in its place, and names unexpected arguments
+    // in reverse.
+    std::string problemOf(const CLI::ParseError& error) const
+    {
+        const bool hasCommand = !m_description.get_subcommands().empty();
+        const std::vector<std::string> unexpected = m_description.remaining(true);
+        const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+        const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+        if (!unexpected.empty() && (isExtra || (isMissing && !hasCommand))) {
+            const std::string quoted = " '" + unexpected.front() + "'";
+            if (unexpected.front().starts_with('-'))
+                return "unknown option" + quoted;
+            return (hasCommand ? "unexpected argument" : "unknown command") + quoted;
+        }
+        return isMissing && !hasCommand ? "a command is required" : error.what();
+    }
+
     void add(std::unique_ptr<Command> added)
     {
         Command& command = *m_commands.emplace_back(std::move(added));

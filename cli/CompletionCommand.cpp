@@ -31,18 +31,14 @@ public:
     {
         m_program = &program;
         CLI::App& command = *program.add_subcommand("completion", "Print the completion script of a shell");
-        command.add_option("SHELL", m_shell, "The shell")->check(CLI::IsMember({"bash", "zsh", "fish"}));
+        command.add_option("SHELL", m_shell, "The shell")
+            ->required()
+            ->check(CLI::IsMember({"bash", "zsh", "fish"}));
         // Only for the scripts, and so hidden from the help.
         command.add_option("--values", m_values)
             ->group("")
             ->check(CLI::IsMember({"tags", "processes", "programs", "paths"}));
         return command;
-    }
-
-    void check() override
-    {
-        if (m_shell.empty() == m_values.empty())
-            throw CLI::RequiredError("SHELL");
     }
 
     int run(const CommandContext& context) override

@@ -271,7 +271,7 @@ constexpr std::string_view bashBody = R"sh(_quorvanectl()
         _quorvanectl_offer "$current" < <(printf '%s\n' ${values#words })
         ;;
     ?*)
-        _quorvanectl_offer "$current" < <("$program" "${root[@]}" completion --values "$values" 2>/dev/null)
+        _quorvanectl_offer "$current" < <("$program" "${root[@]}" completion bash --values "$values" 2>/dev/null)
         ;;
     esac
 }
@@ -346,7 +346,7 @@ constexpr std::string_view zshBody = R"sh(_quorvanectl()
     files) _files ;;
     folders) _files -/ ;;
     words\ *) compadd -- ${=values#words } ;;
-    ?*) compadd -- ${(f)"$($program $root completion --values $values 2>/dev/null)"} ;;
+    ?*) compadd -- ${(f)"$($program $root completion zsh --values $values 2>/dev/null)"} ;;
     esac
 }
 
@@ -405,7 +405,7 @@ end
 
 function __quorvanectl_values --argument-names kind
     set -l program (commandline -opc)[1]
-    $program (__quorvanectl_root) completion --values $kind 2>/dev/null
+    $program (__quorvanectl_root) completion fish --values $kind 2>/dev/null
 end
 
 complete -c quorvanectl -f

@@ -33,7 +33,7 @@ public:
                 output.write("SHA1 (" + name + ") = " + digests->sha1 + "\n");
                 output.write("SHA256 (" + name + ") = " + digests->sha256 + "\n");
             } else {
-                printError("cannot read " + name + ": it is missing, unreadable or no regular file");
+                printError("cannot read '" + name + "': it is missing, unreadable or no regular file");
                 allRead = false;
             }
         }

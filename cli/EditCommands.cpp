@@ -121,7 +121,7 @@ public:
         const rules::RuleRef wanted = recordOf(m_rule);
         const auto stored = user->store().firstEqualRule(wanted, {});
         if (!stored) {
-            printError("no rule is equal to " + workflow::ruleText(wanted));
+            printError("no rule of the user is equal to " + workflow::ruleText(wanted));
             return ExitStatus::failed;
         }
         if (isSystemRule(*stored)) {

@@ -59,10 +59,10 @@ public:
         CLI::App& command = *program.add_subcommand(
             "git-setup", "Let git merge and compare rules files of this repository by their rules");
         command.footer(
-            "Puts a merge driver and a text conversion into the configuration of git, and the "
-            "attributes that use them for *.quorv and *.quorvane.rc.\nThe status is 3 after a failure.");
+            "Puts a merge driver and a text conversion into the configuration of git, and into its "
+            "attributes that\n*.quorv and *.quorvane.rc use them. The status is 3 after a failure.");
         command.add_flag("--global", m_isGlobal, "In all repositories of the user");
-        command.add_flag("--remove", m_removes, "Take it out again");
+        command.add_flag("--remove", m_removes, "Take both out again");
         return command;
     }
 

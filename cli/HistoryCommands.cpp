@@ -9,6 +9,7 @@
 #include "workflow/VersionChanges.h"
 #include "workflow/VersionDifference.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <memory>
@@ -68,13 +69,37 @@ std::string jsonVersion(const history::JournalVersion& version)
             {"state", stateName(version.state)}});
 }
 
-// "3  2026-11-21 09:30:00 UTC  quorvanectl  Delete Rule  (11 rules; 1 rule removed)"
-std::string printedVersion(const history::JournalVersion& version)
+std::string programName(const history::JournalVersion& version)
 {
-    std::string line = std::to_string(version.number) + "  "
-        + workflow::timeText(static_cast<std::uint64_t>(version.time)) + "  "
-        + printable(version.program.value_or("another program")) + "  "
-        + printable(workflow::actionText(version)) + "  (" + workflow::countedRules(version.rules) + "; "
+    return printable(version.program.value_or("another program"));
+}
+
+// How wide the columns of a table of versions are.
+struct VersionWidths {
+    std::size_t number = 0;
+    std::size_t program = 0;
+};
+
+VersionWidths widthsOf(const std::vector<history::JournalVersion>& versions)
+{
+    VersionWidths widths;
+    for (const history::JournalVersion& version : versions) {
+        widths.number = std::max(widths.number, std::to_string(version.number).size());
+        widths.program = std::max(widths.program, programName(version).size());
+    }
+    return widths;
+}
+
+// " 3  2026-11-21 09:30:00 UTC  quorvanectl      Delete Rule  (11 rules; 1 rule removed)"
+std::string printedVersion(const history::JournalVersion& version, VersionWidths widths)
+{
+    std::string number = std::to_string(version.number);
+    number.insert(0, widths.number - number.size(), ' ');
+    std::string program = programName(version);
+    program.resize(widths.program, ' ');
+    std::string line = number + "  " + workflow::timeText(static_cast<std::uint64_t>(version.time)) + "  "
+        + program + "  " + printable(workflow::actionText(version)) + "  ("
+        + workflow::countedRules(version.rules) + "; "
         + workflow::changeSummary(version.added, version.removed, version.changed) + ")";
     if (version.state != history::VersionState::done)
         line.append(", ").append(stateName(version.state));
@@ -126,6 +151,7 @@ public:
             = *program.add_subcommand("history", "Print the versions of the user's rules, newest first");
         command.add_flag("--json", m_asJson, "One JSON object a line");
         CLI::App& show = *command.add_subcommand("show", "Print what a version changed");
+        show.add_flag("--json", m_asJson, "One JSON object a line");
         show.add_option("N", m_version, "The number of the version")->required()->check(onlyVersionNumber);
         return command;
     }
@@ -142,9 +168,10 @@ private:
         const std::vector<history::JournalVersion> versions = journal.versions();
         if (!hasAnswered(journal))
             return ExitStatus::failure;
+        const VersionWidths widths = widthsOf(versions);
         Output output;
         for (const history::JournalVersion& version : versions)
-            output.write(m_asJson ? jsonVersion(version) : printedVersion(version));
+            output.write(m_asJson ? jsonVersion(version) : printedVersion(version, widths));
         return output.finish() ? ExitStatus::success : ExitStatus::failure;
     }
 

@@ -57,13 +57,12 @@ public:
             "Rules without a tag get the file's name as their tag; rules without a constraint are bound "
             "to their program.\n--json prints one object: \"imported\", the rules of the file, and "
             "\"added\", those that were not there yet;\nwith --dry-run one object for each rule that would "
-            "be "
-            "added, and one with the numbers.\nThe pending suggestions of the fail-safe file "
-            "are dropped, as after every import.");
+            "be added, and one with the numbers.\nThe pending suggestions of the fail-safe file are dropped, "
+            "as after every import.");
         command.add_option("FILE", m_file, "An exchange file")->required();
         m_place.addTo(command);
-        command.add_flag("--dry-run", m_isDryRun, "Tell what would be added, and write nothing");
-        command.add_flag("--json", m_asJson, "Print a JSON object");
+        command.add_flag("--dry-run", m_isDryRun, "Print what would be added, and write nothing");
+        command.add_flag("--json", m_asJson, "Numbers as JSON, see below");
         return command;
     }
 

@@ -19,9 +19,10 @@ public:
     {
         CLI::App& command = *program.add_subcommand(
             "merge", "Bring together what two sides did to the same rules file, rule by rule");
-        command.footer("OURS gets the result, unless OUT does. /dev/null is an empty BASE.\n"
-                       "The status is 1 when both sides have changed the same rule or text, each of which is "
-                       "told, and 3 after a failure.");
+        command.footer(
+            "OURS gets the result, unless OUT does. /dev/null is an empty BASE.\n"
+            "The status is 1 when both sides have changed the same rule or text, which is reported,\n"
+            "and 3 after a failure.");
         addOutOption(command, m_out, "Write the result there and leave OURS alone");
         command.add_option("BASE", m_base, "The file that both sides began with")->required();
         command.add_option("OURS", m_ours, "The file of one side, whose order stays")->required();

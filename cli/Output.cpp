@@ -1,8 +1,9 @@
 #include "cli/Output.h"
 
+#include "platform/SystemError.h"
+
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 #include <unistd.h>
@@ -36,7 +37,7 @@ void Output::flush()
         if (written > 0) {
             rest.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
-            printError(std::string("cannot write the output: ") + std::strerror(errno));
+            printError("cannot write the output: " + platform::errorText(platform::systemError(errno)));
             m_failed = true;
         }
     }

@@ -34,7 +34,8 @@ std::optional<workflow::RulesPlace> PlaceOptions::open() const
     std::error_code error;
     auto place = workflow::RulesPlace::folder(*m_target, error);
     if (!place)
-        printError("cannot look rules up in '" + printable(*m_target) + "': " + platform::errorText(error));
+        printError("cannot look up programs and paths in '" + printable(*m_target)
+            + "': " + platform::errorText(error));
     return place;
 }
 

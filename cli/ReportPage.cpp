@@ -190,12 +190,16 @@ template <class Rule> std::string ruleRow(std::size_t row, const Rule& rule)
 
 std::string rulesTable(const std::vector<rules::RuleRef>& rules)
 {
-    std::string text
-        = tableHead("The rules of the user. Operations: r read, w write, c create, m mount, x execute.",
-            {"Row", "Class", "Type", "Path", "Operations", "Program", "Constraint", "Tag"});
+    std::string text = tableHead("Operations: r read, w write, c create, m mount, x execute.",
+        {"Row", "Class", "Type", "Path", "Operations", "Program", "Constraint", "Tag"});
     for (std::size_t row = 0; row < rules.size(); ++row)
         text += visitRule(rules[row], [row](const auto& rule) { return ruleRow(row, rule); });
     return text.append(tableEnd);
+}
+
+std::string counted(std::size_t count, const char* noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 } // namespace
@@ -206,8 +210,8 @@ std::string reportPage(const ReportFacts& facts)
     std::string page(head);
     page.append(title).append(style);
     page += "<header>\n<h1>Rules of " + isolated(facts.subject) + "</h1>\n<p>"
-        + std::to_string(facts.rules.size()) + " rules, " + std::to_string(facts.findings.size())
-        + " problems. " + isolated(facts.lookedUp)
+        + counted(facts.rules.size(), "rule") + ", " + counted(facts.findings.size(), "problem") + ". "
+        + isolated(facts.lookedUp)
         + "</p>\n<nav aria-label=\"Parts of this page\"><a href=\"#map\">Map</a><a "
           "href=\"#problems\">Problems</a>"
           "<a href=\"#rules\">Rules</a></nav>\n</header>\n<main>\n";

@@ -77,10 +77,11 @@ PrintedRow printedRow(const rules::RuleManager& store, const rules::RuleRows& ro
             [](const auto& rule) { return std::string(rule.fields().path.view()); })};
 }
 
-// The columns are wide enough for most texts; a longer one shifts the rest of its line.
+// The columns are wide enough for most texts; a longer one shifts the rest of its line. They are the same for
+// all lists, so that a comparison of two shows only the rules that differ.
 void writeLine(Output& output, const PrintedRow& row)
 {
-    constexpr std::array<std::size_t, 6> widths{6, 5, 6, 5, 28, 16};
+    constexpr std::array<std::size_t, 6> widths{6, 5, 6, 5, 32, 16};
     std::string line;
     for (std::size_t column = 0; column < row.size(); ++column) {
         std::string text = printable(row[column]);

@@ -49,7 +49,7 @@ struct NameOfValue {
     std::string operator()(Absent) const { return "nothing"; }
     std::string operator()(Null) const { return "null"; }
     std::string operator()(std::uint64_t number) const { return std::to_string(number); }
-    std::string operator()(const std::string&) const { return "a text"; }
+    std::string operator()(const std::string&) const { return "a string"; }
     std::string operator()(const Other& other) const { return other.name; }
 };
 
@@ -59,12 +59,12 @@ public:
     std::array<Value, keyCount> values{};
 
     bool null() override { return take(Null()); }
-    bool boolean(bool /*value*/) override { return take(Other{"a truth value"}); }
+    bool boolean(bool /*value*/) override { return take(Other{"a boolean"}); }
     bool number_integer(number_integer_t /*value*/) override { return take(Other{"a negative number"}); }
     bool number_unsigned(number_unsigned_t value) override { return take(value); }
     bool number_float(number_float_t /*value*/, const string_t& /*text*/) override
     {
-        return take(Other{"a number that is not whole or too large"});
+        return take(Other{"a number that is not whole, or too large"});
     }
     bool string(string_t& value) override { return take(std::move(value)); }
     bool binary(binary_t& /*value*/) override { return take(Other{"bytes"}); }
@@ -78,7 +78,7 @@ public:
     }
     bool start_array(std::size_t /*size*/) override
     {
-        take(Other{"a list"});
+        take(Other{"an array"});
         ++m_depth;
         return true;
     }
@@ -90,7 +90,7 @@ public:
         if (m_depth > 1)
             return true;
         if (!m_names.insert(name).second)
-            throw NoRuleError("the key \"" + name + "\" stands there twice");
+            throw NoRuleError("the key \"" + name + "\" occurs twice");
         m_key.reset();
         for (std::size_t number = 0; number < keyCount; ++number) {
             if (keyNames[number] == name)
@@ -143,7 +143,7 @@ public:
     {
         if (const auto* text = std::get_if<std::string>(&m_values[key]))
             return *text;
-        throw expected("a text", key);
+        throw expected("a string", key);
     }
     std::string textOrEmpty(Key key) const { return has(key) ? text(key) : std::string(); }
 
@@ -152,7 +152,9 @@ public:
         const auto* number = std::get_if<std::uint64_t>(&m_values[key]);
         if (number != nullptr && *number >= least && *number <= most)
             return *number;
-        throw expected("a whole number from " + std::to_string(least) + " to " + std::to_string(most), key);
+        const std::string low = std::to_string(least);
+        throw expected(
+            least == most ? low : "a whole number from " + low + " to " + std::to_string(most), key);
     }
 
     NoRuleError expected(const std::string& what, Key key) const
@@ -189,7 +191,8 @@ rules::RuleValue watchRuleOf(const RuleObject& object)
     object.number(policyClass, rules::PolicyClass::watch, rules::PolicyClass::watch);
     setCommonFields(rule, object);
     if (!object.textOrEmpty(constraint).empty())
-        throw object.expected("null, since a watch rule has no constraint,", constraint);
+        throw NoRuleError(
+            object.expected("null", constraint).what() + std::string(": a watch rule has no constraint"));
     if (object.has(created))
         object.number(created, 0, 0); // a watch rule has no creation time
     return makeRuleValue(std::move(rule));

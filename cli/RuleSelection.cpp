@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -18,15 +17,14 @@ namespace quorvane::cli {
 
 namespace {
 
-// Why the file that the selection names cannot be found; none when it can. The store treats such a file as
-// one without rules.
+// Why the file that the selection names is not there; none when it is. The store treats a missing file as one
+// without rules, and itself reports any other reason for not finding a file.
 std::optional<std::string> whyMissing(const RuleSelection& selection)
 {
     struct stat status { };
-    if (!selection.file || stat(selection.file->c_str(), &status) == 0)
+    if (!selection.file || stat(selection.file->c_str(), &status) == 0 || errno != ENOENT)
         return std::nullopt;
-    return errno == ENOENT ? "There is no file '" + *selection.file + "'"
-                           : "Cannot find the file '" + *selection.file + "': " + std::strerror(errno);
+    return "there is no file '" + *selection.file + "'";
 }
 
 // Why rules of the selection's file are not in the store; none when all are.

@@ -38,7 +38,7 @@ std::string_view helpFor(workflow::FindingKind kind)
     case workflow::FindingKind::overlap:
         return "Make sure that the exception is meant; which rule wins is decided where they are enforced.";
     case workflow::FindingKind::unproven:
-        return "Find out who has signed the program before the rule trusts it.";
+        return "Find out who signed the program before you trust it.";
     }
     return {};
 }

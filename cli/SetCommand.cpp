@@ -17,9 +17,9 @@ namespace {
 std::string onlyOperationChange(const std::string& text)
 {
     const std::size_t start = text.starts_with('+') || text.starts_with('-') ? 1 : 0;
-    return text.find_first_not_of("rwcmx", start) == std::string::npos
-        ? ""
-        : "OPS must be letters out of rwcmx, with + or - before them to add or remove them";
+    return text.find_first_not_of("rwcmx", start) == std::string::npos ? ""
+                                                                       : "'" + text
+            + "' is not made of the letters rwcmx, behind + or - where they are to be added or removed";
 }
 
 workflow::RulePatch::Operations operationChange(const std::string& text)

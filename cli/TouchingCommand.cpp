@@ -24,13 +24,15 @@ public:
         CLI::App& command = *program.add_subcommand("touching", "Print the rules that are about a path");
         command.footer(
             "These are path rules that equal it, prefix rules that it begins with, suffix rules that it ends "
-            "with,\nand rules about every path. Which of them wins is not told: that is decided where rules "
-            "are enforced.");
+            "with,\nand rules about every path. Which of them wins is decided where rules are enforced.");
         command.add_flag("--json", m_asJson, "One JSON object a line");
-        command.add_option("--process", m_question.process,
-            "Only rules of this program or whole process string, and of any program");
         command
-            .add_option("--ops", m_operations, "Only rules with one of these operations: letters of rwcmx")
+            .add_option("--process", m_question.process,
+                "Only rules of this program or whole process string, and of any program")
+            ->type_name("PROCESS");
+        command
+            .add_option(
+                "--ops", m_operations, "Only rules with one of these operations: letters out of rwcmx")
             ->type_name("OPS")
             ->check(onlyOperationLetters);
         command.add_flag("--system", m_selection.includeSystemRules, "Include system rules");

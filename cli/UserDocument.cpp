@@ -28,7 +28,9 @@ workflow::DocumentOwner UserDocument::owner(const CommandContext& context)
 
 void UserDocument::documentHasNews(const workflow::DocumentNews& news)
 {
-    if (news.kind != workflow::DocumentNews::Kind::cutShort || news.rules.size() > m_expectedUnwritable)
+    using Kind = workflow::DocumentNews::Kind;
+    const bool isOfUnwritable = news.kind == Kind::cutShort || news.kind == Kind::unwritable;
+    if (!isOfUnwritable || news.rules.size() > m_expectedUnwritable)
         printError(news.text);
 }
 

@@ -18,7 +18,7 @@ void UserSelection::finish()
     m_options.finish(m_selection, m_place.isNowhere());
     const bool isSelection = !m_selection.criteria.isEmpty() || !m_selection.filter.empty();
     if (!isSelection && !m_isAll)
-        throw CLI::RequiredError("A selection or --all");
+        throw CLI::RequiredError("a selection or --all");
     if (isSelection && m_isAll)
         throw CLI::ValidationError("--all", "stands alone");
 }

@@ -45,8 +45,8 @@ private:
         const bool timesDiffer
             = known.hasCreated && rule.hasCreated && createdOf(known.rule) != createdOf(rule.rule);
         if (tagsDiffer || timesDiffer)
-            throw NoRuleError(std::string("the rule stands there before with another ")
-                + (tagsDiffer ? "tag" : "creation time"));
+            throw NoRuleError(
+                std::string("the rule stands above with another ") + (tagsDiffer ? "tag" : "creation time"));
         known.rule = withMarks(
             known.rule, rule.hasTag ? rule.rule : known.rule, rule.hasCreated ? rule.rule : known.rule);
         known.hasTag = known.hasTag || rule.hasTag;
@@ -96,7 +96,7 @@ public:
             try {
                 readLine(line.text, number, wanted);
             } catch (const NoRuleError& error) {
-                wanted.problem = "line " + std::to_string(number) + ": " + error.what();
+                wanted.problem = WantedRules::Problem{number, error.what()};
                 return wanted;
             }
             number += line.end.ends_with('\n') ? 1U : 0U;
@@ -146,7 +146,7 @@ WantedRules readWantedRules(std::string_view text)
     if (first == std::string_view::npos || text[first] != '[')
         return LinesReader(first != std::string_view::npos && text[first] == '{').read(text);
     WantedRules none;
-    none.problem = "expected one JSON object a line, not a list";
+    none.problem = WantedRules::Problem{std::nullopt, "expected one JSON object a line, not an array"};
     return none;
 }
 

@@ -14,8 +14,12 @@ namespace quorvane::cli {
 struct WantedRules {
     std::vector<workflow::WantedRule> rules; // no two are equal
     std::vector<std::size_t> skippedOptions; // lines with an option, from 1
-    // What was expected, and in which line, if the file is invalid; then ignore the rest.
-    std::optional<std::string> problem;
+    // What was expected, if the file is invalid; then ignore the rest.
+    struct Problem {
+        std::optional<std::size_t> line; // from 1; none for the file as a whole
+        std::string text;
+    };
+    std::optional<Problem> problem;
 };
 
 // Reads UTF-8 text without NUL: JSON, one object per line, when it begins with "{", else a rules file, which

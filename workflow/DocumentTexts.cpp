@@ -37,8 +37,8 @@ std::string unwritableText(std::size_t cut, std::size_t others)
     };
     std::string text;
     if (cut > 0)
-        text = doNotComeBack(cut)
-            + "the format cuts lines with letters beyond ASCII. The history keeps them whole.";
+        text = doNotComeBack(cut) + "the format cuts lines with letters beyond ASCII. The history keeps "
+            + (cut == 1 ? "it whole." : "them whole.");
     if (others > 0)
         text += (text.empty() ? "" : " ") + doNotComeBack(others)
             + "the format has no place for quotes, blanks at the end, or rules without operations.";

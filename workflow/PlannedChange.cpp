@@ -177,10 +177,19 @@ private:
         const ProgramBinding binding = bindingOf(program, m_facts);
         if (binding.program == ProgramBinding::seen)
             return rules::NullableText(binding.constraint);
-        const std::string name = program.empty() ? "any program" : "'" + program + "'";
-        m_remarks.push_back("the constraint stays where it was for " + name + ", which "
-            + (binding.program == ProgramBinding::gone ? "is not there" : "cannot be read"));
+        m_remarks.push_back("the constraint stays for '"
+            + (program.empty() ? std::string(rules::ProcessForm::any) : program)
+            + "': " + whyUnbound(program, binding));
         return std::nullopt;
+    }
+
+    static const char* whyUnbound(std::string_view program, const ProgramBinding& binding)
+    {
+        using namespace rules::ProcessForm;
+        if (program.empty() || program.starts_with(anyVia) || program.starts_with(anyAncestor))
+            return "there is no single program to bind it to";
+        return binding.program == ProgramBinding::gone ? "the program is not there"
+                                                       : "the program cannot be read";
     }
 
     ProgramFacts& m_facts;

@@ -18,7 +18,7 @@ struct KindTexts {
 };
 
 constexpr std::array<KindTexts, findingKindCount> kindTexts{{
-    {"redundant", "Redundant", "Another rule covers this rule, which so has no effect of its own."},
+    {"redundant", "Redundant", "Another rule covers this one, which therefore has no effect of its own."},
     {"invalid", "Program is gone or another",
         "The rule's program is gone, or is not the one that its constraint pins."},
     {"missing", "Path is gone", "Nothing exists at the rule's path."},
@@ -27,7 +27,7 @@ constexpr std::array<KindTexts, findingKindCount> kindTexts{{
         "The line holds more than one rule: the writing of the file was cut short there."},
     {"overlap", "Overlaps", "An allowing and a denying rule speak of the same program, path and operation."},
     {"unproven", "Team is not proven",
-        "The team that the rule trusts is a name that is not proven to be that team's."},
+        "Nothing proves that the program comes from the team that the rule trusts."},
 }};
 
 const KindTexts& textsOf(FindingKind kind)

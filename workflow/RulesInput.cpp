@@ -24,7 +24,14 @@ constexpr std::size_t mostPipeBytes = std::size_t{1} << 30U;
 
 std::string unreadable(const std::string& name, const std::string& reason)
 {
-    return "Cannot read '" + name + "': " + reason;
+    return "cannot read '" + name + "': " + reason;
+}
+
+// Of bytes that are not UTF-8 without NUL.
+std::string noText(const std::string& name, std::string_view bytes)
+{
+    const bool hasNul = bytes.find('\0') != std::string_view::npos;
+    return unreadable(name, hasNul ? "it holds a NUL byte" : "it is not valid UTF-8");
 }
 
 bool isNullDevice(const struct stat& status)
@@ -55,7 +62,7 @@ RulesInput RulesInput::read(const std::string& path, bool nullDeviceIsEmpty)
     RulesInput input;
     struct stat status { };
     if (stat(path.c_str(), &status) != 0) {
-        input.fail(errno == ENOENT ? "There is no file '" + path + "'"
+        input.fail(errno == ENOENT ? "there is no file '" + path + "'"
                                    : unreadable(path, platform::errorText(platform::systemError(errno))));
     } else if (S_ISREG(status.st_mode)) {
         input.readRegular(path);
@@ -94,8 +101,8 @@ void RulesInput::readRegular(const std::string& path)
     m_file = rules::RulesFileText::read(resolved);
     if (m_file->errorMessage())
         fail(*m_file->errorMessage());
-    else
-        m_textProblem = m_file->unreadReason();
+    else if (m_file->unreadReason())
+        m_textProblem = noText(path, m_file->bytes());
 }
 
 void RulesInput::readPipe(int descriptor, const std::string& name)
@@ -112,10 +119,8 @@ void RulesInput::readPipe(int descriptor, const std::string& name)
     }
     if (error)
         return fail(unreadable(name, platform::errorText(error)));
-    if (m_bytes.find('\0') != std::string::npos)
-        m_textProblem = unreadable(name, "it holds a NUL byte");
-    else if (!platform::isValidUtf8(m_bytes))
-        m_textProblem = unreadable(name, "it is not valid UTF-8");
+    if (m_bytes.find('\0') != std::string::npos || !platform::isValidUtf8(m_bytes))
+        m_textProblem = noText(name, m_bytes);
 }
 
 } // namespace quorvane::workflow

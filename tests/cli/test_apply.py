@@ -206,13 +206,13 @@ class BadInput(ApplyTest):
 
     def test_json_that_is_no_rule_names_file_line_and_what_was_expected(self):
         for wrong, saying in (
-                ({"kind": "x"}, '"policy" or "watch"'), ({"kind": 1}, "text"), ({"kind": None}, "null"),
+                ({"kind": "x"}, '"policy" or "watch"'), ({"kind": 1}, "a string"), ({"kind": None}, "null"),
                 ({"policyClass": 2}, "from 0 to 1"), ({"policyClass": "0"}, "whole number"), ({"policyClass": 0.0}, "whole"),
-                ({"policyType": 3}, "from 0 to 2"), ({"policyType": True}, "truth value"), ({"path": 5}, "text"),
-                ({"path": ["/a"]}, "a list"), ({"processName": {"a": 1}}, "an object"), ({"operations": 0}, "from 1"),
+                ({"policyType": 3}, "from 0 to 2"), ({"policyType": True}, "a boolean"), ({"path": 5}, "a string"),
+                ({"path": ["/a"]}, "an array"), ({"processName": {"a": 1}}, "an object"), ({"operations": 0}, "from 1"),
                 ({"operations": 32}, "to 31"), ({"operations": -1}, "negative"), ({"created": -1}, "negative"),
-                ({"created": 2**64}, "too large"), ({"created": "1"}, "text"), ({"tag": 1}, "text"),
-                ({"constraint": False}, "text"), ({**WATCH, "policyClass": 0}, "from 2 to 2"),
+                ({"created": 2**64}, "too large"), ({"created": "1"}, "a string"), ({"tag": 1}, "a string"),
+                ({"constraint": False}, "a string"), ({**WATCH, "policyClass": 0}, 'expected 2 for "policyClass"'),
                 ({**WATCH, "constraint": "T"}, "watch rule"), ({**WATCH, "created": 1}, '"created"')):
             with self.subTest(wrong=wrong):
                 file = self.file("", RULE, {**RULE, "path": "/b", **wrong})

@@ -30,13 +30,13 @@ class Scripts(CommandTest):
                 self.assertRegex(script, rf"(-a |'){command}[ :]", shell)
 
     def test_an_unknown_shell_is_a_usage_error(self):
-        for arguments in ([], ["tcsh"], ["bash", "zsh"], ["bash", "--values", "tags"]):
+        for arguments in ([], ["tcsh"], ["bash", "zsh"], ["--values", "tags"], ["bash", "--values", "rules"]):
             self.fail_with(2, "completion", *arguments)
 
     def test_no_help_tells_of_what_only_the_scripts_use(self):
         self.assertNotIn("--values", self.help_of("completion"))
         self.sandbox.write_user(*RULES)
-        self.assertEqual(self.succeed("completion", "--values", "programs").out, b"/bin/cat\n/bin/sh\nany\n")
+        self.assertEqual(self.succeed("completion", "zsh", "--values", "programs").out, b"/bin/cat\n/bin/sh\nany\n")
 
 
 class ShellTest(CommandTest):

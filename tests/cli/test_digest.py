@@ -30,7 +30,7 @@ class Digest(CommandTest):
             with self.subTest(path=bad):
                 result = self.fail_with(1, "digest", bad, good)
                 self.assertEqual(result.out.decode().splitlines(), lines_of(good, b"x"))
-                self.assertIn(f"cannot read {bad}", result.err)
+                self.assertIn(f"cannot read '{bad}'", result.err)
 
     def test_wrong_arguments_are_usage_errors(self):
         for arguments in ([], ["--json", "/bin/sh"]):

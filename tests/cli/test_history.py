@@ -59,13 +59,6 @@ class History(HistoryTest):
         self.assertEqual((found["program"], found["action"], found["added"], found["bytes"]),
                          (None, None, 1, len(FIRST)))
 
-    def test_people_read_program_action_and_numbers(self):
-        self.add()
-        newest, found = self.succeed("history").out.decode().splitlines()
-        self.assertRegex(newest, r"^2  \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC  quorvanectl  Add Rule  "
-                                 r"\(2 rules; 1 rule added\)$")
-        self.assertRegex(found, r"^1  .*  another program  As found when the history began  \(1 rule; 1 rule added\)$")
-
     def test_what_was_taken_back_and_done_again_is_named_so(self):
         self.add()
         self.succeed("undo")

@@ -129,7 +129,7 @@ class Import(CommandTest):
         os.symlink(self.exchange("allow path /b any r"), self.sandbox.path("link.quorv"))
         os.mkdir(self.sandbox.path("folder.quorv"))
         os.mkfifo(self.sandbox.path("pipe.quorv"))
-        for name, saying in (("missing.quorv", "There is no file"), ("link.quorv", "Failed to open file"),
+        for name, saying in (("missing.quorv", "there is no file"), ("link.quorv", "Failed to open file"),
                              ("folder.quorv", "Failed to read() file"), ("pipe.quorv", "is a pipe")):
             with self.subTest(name=name):
                 self.assert_refused(self.sandbox.path(name), saying=saying)
@@ -193,7 +193,7 @@ class Import(CommandTest):
                          b"no rule changed; nothing was written\n")
 
     def test_a_dry_run_of_what_cannot_be_read_fails(self):
-        self.assert_refused("--dry-run", self.sandbox.path("missing.quorv"), saying="There is no file")
+        self.assert_refused("--dry-run", self.sandbox.path("missing.quorv"), saying="there is no file")
 
     def test_tells_of_other_rules_that_the_write_cuts(self):
         self.sandbox.write_user("allow path /caf\u00e9s any r")

@@ -38,10 +38,6 @@ class Touching(CommandTest):
             self.assertEqual(row, listed[row["row"]])
         self.assertEqual(result.keys()[0], self.succeed("list", "--json").keys()[0])
 
-    def test_people_read_a_table(self):
-        lines = self.succeed("touching", "/a").out.decode().splitlines()
-        self.assertEqual((lines[0].split()[0], len(lines)), ("Row", 3))
-
     def test_of_a_file(self):
         file = self.sandbox.new_file("rules", ["allow prefix /x any r", "allow prefix /y any r"])
         self.assertEqual(self.touching("/x/1", file), ["/x"])

@@ -41,17 +41,6 @@ class Usage(CommandTest):
         self.succeed("add", "allow", "prefix", "--tag=", "--constraint=", "/b", "any", "r")
         self.assertEqual(self.listed(), ["/b"])
 
-    def test_help_is_no_error(self):
-        for arguments in (["--help"], ["list", "--help"], ["add", "--help"]):
-            with self.subTest(arguments=arguments):
-                self.assertIn(b"--", self.succeed(*arguments).out)
-
-    def test_help_names_every_command(self):
-        text = self.succeed("--help").out.decode()
-        for command in ("list", "options", "export", "add", "delete", "apply", "check", "diff", "merge", "rescue", "codesign",
-                        "digest"):
-            self.assertIn(command, text)
-
     def test_the_root_option_stands_before_the_command(self):
         other = Sandbox()
         self.addCleanup(other.end)
