@@ -18,7 +18,8 @@ class Kept(unittest.TestCase):
             for name, now in zip(names(), threads.map(played, names())):
                 with self.subTest(session=name):
                     self.assertNotRegex(now, SANITIZER_REPORT)
-                    self.assertTrue(now == kept(name), difference(name, now))
+                    if now != kept(name):
+                        self.fail(difference(name, now))
 
     def test_the_help_of_each_command_is_kept(self):
         text = kept("help")
