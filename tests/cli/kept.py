@@ -6,7 +6,7 @@
     ! a line of standard error
     = the exit status, unless that is 0
 
-"> " continues a command. Control characters are shown as pictures, "␠" is a blank at the end of a line.
+"> " continues a command. Control characters are shown by pictures or numbers, "␠" is a blank at the end of a line.
 """
 
 import calendar
@@ -21,7 +21,8 @@ from sandbox import Sandbox, read
 
 PROGRAM = os.environ["QUORVANE_PROGRAM"]
 KEPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "kept")
-PICTURES = {code: 0x2400 + code for code in range(0x20)} | {0x7F: 0x2421}
+PICTURES = {code: 0x2400 + code for code in range(0x20)} | {0x7F: 0x2421} \
+    | {code: f"<U+{code:04X}>" for code in range(0x80, 0xA0)}
 
 
 def names():
@@ -36,16 +37,25 @@ def kept(name):
     return read(path_of(name)).decode()
 
 
+def lines_of(text):
+    """The lines with their ends; other characters that str.splitlines() would split at are left in them."""
+    return re.findall("[^\n]*\n", text)
+
+
 def played(name):
     """The session as it is now: the kept commands with what they print."""
-    with Place() as place:
+    sandbox = Sandbox()
+    try:
+        place = Place(sandbox)
         return "".join(place.played(block) for block in blocks(kept(name)))
+    finally:
+        sandbox.end()
 
 
 def blocks(text):
     """The parts of a session without its outputs: commands, with the lines that continue them, and other lines."""
     found = []
-    for line in text.splitlines(keepends=True):
+    for line in lines_of(text):
         if line.startswith("> ") and found and found[-1].startswith("$ "):
             found[-1] += line
         elif line.startswith(("$ ", "# ")) or line == "\n":
@@ -67,9 +77,9 @@ class Place:
     user's rules ($RULES), "system.rc" as those of the system, a disk with the programs of "disk.rc", and the programs
     "adhoc" and "damaged"."""
 
-    def __enter__(self):
+    def __init__(self, sandbox):
         self.began = int(time.time())
-        self.sandbox = Sandbox()
+        self.sandbox = sandbox
         self.folder = self.sandbox.path("here")
         shutil.copytree(os.path.join(KEPT, "files"), self.folder)
         shutil.copy(self.file("user.rc"), self.sandbox.user_file)
@@ -80,10 +90,6 @@ class Place:
         self.make_disk()
         self.sandbox.write(self.file("adhoc"), adhoc_program(platform=13))
         self.sandbox.write(self.file("damaged"), adhoc_program()[:CODE - 1] + b"!" + adhoc_program()[CODE:])
-        return self
-
-    def __exit__(self, *_):
-        self.sandbox.end()
 
     def file(self, name):
         return os.path.join(self.folder, name)
