@@ -42,9 +42,9 @@ std::string answer(const workflow::RuleImport& import, const workflow::ImportRes
 void warnOfUnwritable(std::size_t rules)
 {
     if (rules > 0)
-        printError("warning: " + std::to_string(rules)
-            + " of the rules added do not read back as written: they hold text other than ASCII, a double "
-              "quote, a blank at the end of a field, or no operations");
+        printError("warning: " + std::to_string(rules) + " of the rules added " + (rules == 1 ? "does" : "do")
+            + " not read back as written: " + (rules == 1 ? "it holds" : "they hold")
+            + " text other than ASCII, a double quote, a blank at the end of a field, or no operations");
 }
 
 class ImportCommand : public Command {
