@@ -157,6 +157,30 @@ TEST(BinaryPropertyList, SharedStringsAreFine)
     EXPECT_TRUE(readPropertyList(binaryList({arrayOf("\1\1\1"), "\x51x"})));
 }
 
+TEST(BinaryPropertyList, KeepsTheLastValueOfAKeyThatComesAgain)
+{
+    // given the keys b, a, b and b, whose values are 1 to 4
+    std::string dictionary("\xD4\1\2\1\1", 5);
+    std::vector<std::string> values{"",
+        "\x51"
+        "b",
+        "\x51"
+        "a"};
+    for (char value = 1; value <= 4; ++value) {
+        dictionary.push_back(static_cast<char>(values.size()));
+        values.push_back(std::string("\x10") + value);
+    }
+    values.front() = dictionary;
+
+    const auto list = readPropertyList(binaryList(values));
+    ASSERT_TRUE(list);
+    const auto* entries = list->as<PropertyValue::Dictionary>();
+    ASSERT_EQ(entries->size(), 2U);
+    EXPECT_EQ(entries->front().key, "b");
+    EXPECT_EQ(*list->find<std::int64_t>("b"), 4);
+    EXPECT_EQ(*list->find<std::int64_t>("a"), 2);
+}
+
 TEST(BinaryPropertyList, WhatIsWrittenByOrdinaryMeansIsFine)
 {
     plist_t root = plist_new_dict();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -71,42 +72,46 @@ const Reading readings[] = {
 
 } // namespace
 
-TEST(PropertyList, ReadsXmlValuesUnderEitherKindOfKey)
+TEST(PropertyList, ReadsValuesUnderEitherKindOfKey)
 {
     for (const Reading& c : readings) {
-        const auto list = PropertyList::parse(xmlWith(c.value));
-        ASSERT_TRUE(list) << c.why;
-        EXPECT_EQ(list->boolForKey("k"), c.asBool) << c.why;
-        EXPECT_EQ(list->integerForKey("k"), c.asInteger) << c.why;
-    }
-}
-
-TEST(PropertyList, ReadsBinaryValuesUnderEitherKindOfKey)
-{
-    for (const Reading& c : readings) {
-        const auto list = PropertyList::parse(test::binaryOf(xmlWith(c.value)));
-        ASSERT_TRUE(list) << c.why;
-        EXPECT_EQ(list->boolForKey("k"), c.asBool) << c.why;
-        EXPECT_EQ(list->integerForKey("k"), c.asInteger) << c.why;
+        for (const std::string& bytes : test::bothForms(xmlWith(c.value))) {
+            SCOPED_TRACE(c.why + std::string(" in ") + bytes.substr(0, 6));
+            const auto list = PropertyList::parse(bytes);
+            ASSERT_TRUE(list);
+            EXPECT_EQ(list->boolForKey("k"), c.asBool);
+            EXPECT_EQ(list->integerForKey("k"), c.asInteger);
+        }
     }
 }
 
 TEST(PropertyList, MissingKeyIsFalseAndZero)
 {
-    const auto list = PropertyList::parse(xmlWith("<true/>"));
-
-    ASSERT_TRUE(list);
-    EXPECT_FALSE(list->boolForKey("other"));
-    EXPECT_EQ(list->integerForKey("other"), 0);
-    EXPECT_EQ(list->stringForKey("other"), std::nullopt);
+    for (const std::string& bytes : test::bothForms(xmlWith("<true/>"))) {
+        const auto list = PropertyList::parse(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_FALSE(list->boolForKey("other"));
+        EXPECT_EQ(list->integerForKey("other"), 0);
+        EXPECT_EQ(list->stringForKey("other"), std::nullopt);
+    }
 }
 
 TEST(PropertyList, StringIsThereOnlyUnderAStringKey)
 {
-    EXPECT_EQ(PropertyList::parse(xmlWith("<string>a &amp; b</string>"))->stringForKey("k"), "a & b");
-    EXPECT_EQ(PropertyList::parse(xmlWith("<string></string>"))->stringForKey("k"), "");
-    EXPECT_EQ(PropertyList::parse(xmlWith("<integer>1</integer>"))->stringForKey("k"), std::nullopt);
-    EXPECT_EQ(PropertyList::parse(xmlWith("<true/>"))->stringForKey("k"), std::nullopt);
+    const struct {
+        const char* value;
+        std::optional<std::string> text;
+    } cases[] = {
+        {"<string>a &amp; b</string>", "a & b"},
+        {"<string></string>", ""},
+        {"<integer>1</integer>", std::nullopt},
+        {"<true/>", std::nullopt},
+        {"<data>YWJj</data>", std::nullopt},
+    };
+    for (const auto& c : cases) {
+        for (const std::string& bytes : test::bothForms(xmlWith(c.value)))
+            EXPECT_EQ(PropertyList::parse(bytes)->stringForKey("k"), c.text) << c.value;
+    }
 }
 
 TEST(PropertyList, UnderstandsByteOrderMarksAndUtf16)

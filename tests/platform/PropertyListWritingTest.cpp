@@ -75,7 +75,7 @@ std::string written(const std::string& key, const std::string& value)
 
 TEST(PropertyListWriting, KeepsKeysOfEveryTypeAsTheyWere)
 {
-    for (const std::string& bytes : {everyTypeXml(), test::binaryOf(everyTypeXml())}) {
+    for (const std::string& bytes : test::bothForms(everyTypeXml())) {
         auto list = PropertyList::parse(bytes);
         ASSERT_TRUE(list);
 
@@ -90,7 +90,7 @@ TEST(PropertyListWriting, KeepsKeysOfEveryTypeAsTheyWere)
 
 TEST(PropertyListWriting, ReadsBackAsItWasWritten)
 {
-    for (const std::string& bytes : {everyTypeXml(), test::binaryOf(everyTypeXml())}) {
+    for (const std::string& bytes : test::bothForms(everyTypeXml())) {
         const auto list = PropertyList::parse(bytes);
         ASSERT_TRUE(list);
         const auto again = PropertyList::parse(list->fileBytes().value());
@@ -102,19 +102,22 @@ TEST(PropertyListWriting, ReadsBackAsItWasWritten)
 TEST(PropertyListWriting, SetsAValueInPlaceOfOneOfAnyType)
 {
     for (const auto& [key, value] : everyType) {
-        auto list = PropertyList::parse(
-            test::xmlRoot("<dict><key>k</key>" + value + "<key>after</key><true/></dict>"));
-        ASSERT_TRUE(list);
+        for (const std::string& bytes :
+            test::bothForms(test::xmlRoot("<dict><key>k</key>" + value + "<key>after</key><true/></dict>"))) {
+            auto list = PropertyList::parse(bytes);
+            ASSERT_TRUE(list);
 
-        list->setInteger("k", -3);
-        EXPECT_EQ(compact(list->fileBytes().value()),
-            compact(test::xmlRoot("<dict><key>k</key><integer>-3</integer><key>after</key><true/></dict>")))
-            << key;
+            list->setInteger("k", -3);
+            EXPECT_EQ(compact(list->fileBytes().value()),
+                compact(
+                    test::xmlRoot("<dict><key>k</key><integer>-3</integer><key>after</key><true/></dict>")))
+                << key;
 
-        list->setBool("k", false);
-        EXPECT_EQ(compact(list->fileBytes().value()),
-            compact(test::xmlRoot("<dict><key>k</key><false/><key>after</key><true/></dict>")))
-            << key;
+            list->setBool("k", false);
+            EXPECT_EQ(compact(list->fileBytes().value()),
+                compact(test::xmlRoot("<dict><key>k</key><false/><key>after</key><true/></dict>")))
+                << key;
+        }
     }
 }
 
@@ -134,14 +137,28 @@ TEST(PropertyListWriting, NewKeysGoToTheEndOfAnEmptyListInTheirOrder)
 
 TEST(PropertyListWriting, DescribesTheListInOneLine)
 {
-    auto list = PropertyList::parse(test::xmlRoot(
+    const std::string xml = test::xmlRoot(
         "<dict><key>b</key><true/><key>n</key><integer>-5</integer><key>s</key><string>a\n\"b\"</string>"
         "<key>r</key><real>0.5</real><key>l</key><array><data>AP8=</data><dict/></array>"
-        "<key>d</key><date>2020-01-01T00:00:00Z</date></dict>"));
-    ASSERT_TRUE(list);
-    EXPECT_EQ(list->description(),
-        R"({"b" = 1; "n" = -5; "s" = "a\n\"b\""; "r" = 0.5; "l" = (<00ff>, {}); "d" = 599529600})");
+        "<key>d</key><date>2020-01-01T00:00:00Z</date></dict>");
+    for (const std::string& bytes : test::bothForms(xml)) {
+        const auto list = PropertyList::parse(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_EQ(list->description(),
+            R"({"b" = 1; "n" = -5; "s" = "a\n\"b\""; "r" = 0.5; "l" = (<00ff>, {}); "d" = 599529600})");
+    }
     EXPECT_EQ(PropertyList().description(), "{}");
+}
+
+TEST(PropertyListWriting, DescribesAnUnsignedNumberAsTheSignedOneOfTheSameBits)
+{
+    const std::string xml = test::xmlRoot("<dict><key>least</key><integer>9223372036854775808</integer>"
+                                          "<key>most</key><integer>18446744073709551615</integer></dict>");
+    for (const std::string& bytes : test::bothForms(xml)) {
+        const auto list = PropertyList::parse(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_EQ(list->description(), R"({"least" = -9223372036854775808; "most" = -1})");
+    }
 }
 
 TEST(PropertyListWriting, DescribesDeepNestingWithoutItsDepths)
@@ -251,9 +268,11 @@ TEST(PropertyListWriting, KeepsDatesOfEveryCentury)
     const std::string dates = "<key>past</key><date>0001-01-01T00:00:00Z</date>"
                               "<key>future</key><date>4001-01-01T00:00:00Z</date>"
                               "<key>last</key><date>9999-12-31T23:59:59Z</date>";
-    const auto list = PropertyList::parse(test::xmlRoot("<dict>" + dates + "</dict>"));
-    ASSERT_TRUE(list);
-    EXPECT_NE(compact(list->fileBytes().value()).find(dates), std::string::npos);
+    for (const std::string& bytes : test::bothForms(test::xmlRoot("<dict>" + dates + "</dict>"))) {
+        const auto list = PropertyList::parse(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_NE(compact(list->fileBytes().value()).find(dates), std::string::npos);
+    }
 
     const PropertyValue beyond{PropertyValue::Dictionary{{"k", {PropertyValue::Date{1e30}}}}};
     EXPECT_FALSE(xmlPropertyList(beyond, 1000));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -28,6 +29,12 @@ inline std::string binaryOf(const std::string& xml)
     plist_to_bin_free(bytes);
     plist_free(root);
     return binary;
+}
+
+// An XML property list and its binary form, for what both readers have to do alike.
+inline std::array<std::string, 2> bothForms(const std::string& xml)
+{
+    return {xml, binaryOf(xml)};
 }
 
 } // namespace quorvane::test
