@@ -100,6 +100,24 @@ TEST(DeleteRule, RemovesTheFirstEqualOneWhateverTagAndMark)
     EXPECT_EQ(store->firstEqualRule(*second), nullptr);
 }
 
+TEST(DeleteRule, RemovesTheFirstEqualWatchRuleWhateverTagAndMark)
+{
+    const test::StoreSandbox sandbox;
+    const auto store = sandbox.emptyStore();
+    const auto first = test::watchRule(simpleWatch());
+    const auto second = test::watchRule(simpleWatch());
+    first->setTag("tagged");
+    first->setSystem(true);
+    store->addWatchRule(first);
+    store->addWatchRule(second);
+    EXPECT_EQ(store->firstEqualRule(*second), first);
+
+    EXPECT_TRUE(store->deleteWatchRule(*second));
+
+    ASSERT_EQ(store->totalRules(true), 1U);
+    EXPECT_EQ(test::watchAt(*store, 0), second);
+}
+
 TEST(DeleteRule, RemovesTheFirstEqualWatchRuleInPlace)
 {
     const test::StoreSandbox sandbox;
@@ -174,6 +192,23 @@ TEST(DeleteRule, RuleChangedWithinItsGroupIsFoundAsItNowIs)
     rules[30]->setPath("/changed");
     EXPECT_EQ(store->firstEqualRule(PolicyRule(simplePolicy("/30"))), nullptr);
     EXPECT_TRUE(store->deletePolicyRule(PolicyRule(simplePolicy("/changed"))));
+    EXPECT_EQ(store->totalRules(true), 39U);
+}
+
+TEST(DeleteRule, WatchRuleChangedAfterItWasStoredIsFoundAsItNowIs)
+{
+    const test::StoreSandbox sandbox;
+    const auto store = sandbox.emptyStore();
+    std::vector<WatchRulePtr> rules;
+    for (int number = 0; number < 40; ++number) {
+        rules.push_back(test::watchRule(simpleWatch("/" + std::to_string(number))));
+        store->addWatchRule(rules.back());
+    }
+    ASSERT_EQ(store->firstEqualRule(*rules[30]), rules[30]);
+
+    rules[30]->setProcessName("/bin/changed");
+    EXPECT_EQ(store->firstEqualRule(WatchRule(simpleWatch("/30"))), nullptr);
+    EXPECT_TRUE(store->deleteWatchRule(*rules[30]));
     EXPECT_EQ(store->totalRules(true), 39U);
 }
 

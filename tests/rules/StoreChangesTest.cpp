@@ -120,14 +120,11 @@ private:
         }
         for (std::size_t left = rules.empty() ? 0 : m_random.below(3); left > 0; --left) {
             const RuleRef rule = m_random.oneOf(rules);
-            RuleValue value = valueOf(rule);
-            if (const auto* policy = std::get_if<PolicyValue>(&value)) {
-                PolicyRuleFields fields = **policy;
-                fields.tag = m_random.tag();
-                fields.path = m_random.path();
-                value = makeRuleValue(std::move(fields));
-            }
-            changes.changed.push_back({rule, {}, value});
+            changes.changed.push_back({rule, {}, askValue(valueOf(rule), [this](auto fields) {
+                                           fields.tag = m_random.tag();
+                                           fields.path = m_random.path();
+                                           return RuleValue(makeRuleValue(std::move(fields)));
+                                       })});
         }
         for (std::size_t left = m_random.below(4); left > 0; --left) {
             const RuleRef rule
@@ -152,8 +149,8 @@ private:
         for (const RuleRef& rule : rowsOf(*m_store)) {
             if (const PolicyRule* policy = policyRuleIn(rule)) {
                 ASSERT_EQ(m_store->coveringRule(*policy), fresh->coveringRule(*policy));
-                ASSERT_EQ(m_store->firstEqualRule(*policy), fresh->firstEqualRule(*policy));
             }
+            ASSERT_EQ(m_store->firstEqualRule(rule, {}), fresh->firstEqualRule(rule, {}));
         }
         std::vector<RuleValue> values;
         m_store->userRulesSnapshot().forEach([&](const RuleValue& value) { values.push_back(value); });

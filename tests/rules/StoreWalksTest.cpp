@@ -67,6 +67,8 @@ public:
             compareAnswersOn(*rule);
         for (int strangers = 0; strangers < 5; ++strangers)
             compareAnswersOn(PolicyRule(m_random.policy()));
+        for (const WatchRulePtr& rule : m_plain.watchRules)
+            ASSERT_EQ(m_store->firstEqualRule(*rule).get(), m_plain.firstEqual(*rule));
         const WatchRule stranger(m_random.watch());
         ASSERT_EQ(m_store->firstEqualRule(stranger).get(), m_plain.firstEqual(stranger));
     }
