@@ -76,6 +76,24 @@ TEST(ScanString, SplitsAtBlanksOutsideQuotes)
         EXPECT_EQ(scanString(c.line), c.tokens) << c.why;
 }
 
+TEST(ScanString, AnOpenQuoteDropsWhatItHasCollectedButItsLastWord)
+{
+    const struct {
+        const char* why;
+        const char* line;
+        Tokens tokens;
+    } cases[] = {
+        {"two words", R"(a "b c)", {"a", "c"}},
+        {"many words", R"(a "b c d e)", {"a", "e"}},
+        {"one word", R"(a "b)", {"a", "b"}},
+        {"no word behind its last blank", R"(a "b )", {"a"}},
+        {"nothing at all", R"(a ")", {"a"}},
+        {"what moved in front of its words", R"("a " "b c)", {"", "c"}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(scanString(c.line), c.tokens) << c.why;
+}
+
 TEST(ScanString, KeepsItsOddities)
 {
     const struct {
@@ -83,14 +101,8 @@ TEST(ScanString, KeepsItsOddities)
         const char* line;
         Tokens tokens;
     } cases[] = {
-        {"an open quote keeps its last word only", R"(a "b c)", {"a", "c"}},
-        {"an open quote of many words too", R"(a "b c d e)", {"a", "e"}},
-        {"an open quote that ends in a blank keeps nothing", R"(a "b )", {"a"}},
-        {"an open quote at the end is nothing", R"(a ")", {"a"}},
-        {"an open quote of one word keeps it", R"(a "b)", {"a", "b"}},
         {"a word before a quote is a token of its own", R"(abc"d e" f)", {"abc", "d e", "f"}},
         {"a value that ends in a blank is empty and moves on", R"("a " "b" c)", {"", "a b", "c"}},
-        {"it moves in front of an open quote's words, where it is dropped", R"("a " "b c)", {"", "c"}},
         {"it moves in front of a word with a quote", R"("a " b"c")", {"", "a b", "c"}},
         {"it passes a word without quotes", R"("a " b "c")", {"", "b", "a c"}},
         {"it passes an empty value", R"("a " "" "c")", {"", "", "a c"}},

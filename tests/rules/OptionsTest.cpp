@@ -120,6 +120,16 @@ TEST(Options, SingleOnesAreReadFromThePreferencesLastRead)
     EXPECT_EQ(store->filterOptions().size(), knownOptions.size() + 3);
 }
 
+TEST(Options, StandTwiceInALoadedStore)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writePreferences(test::preference("policy.global.exec", 1));
+    const auto store = sandbox.load();
+
+    EXPECT_EQ(namesOf(store->filterOptions()), twice(knownOptions));
+    EXPECT_EQ(store->getOption("policy.global.exec"), 1U);
+}
+
 TEST(Options, FirstCopyWinsWhenTheListIsReadTwice)
 {
     const test::StoreSandbox sandbox;

@@ -6,7 +6,7 @@
 
 namespace quorvane::rules {
 
-TEST(RuleCodes, ClassTextsReadBackButForWatch)
+TEST(RuleCodes, ClassTextsReadBackButWatchWhichReadsAsUnknown)
 {
     EXPECT_EQ(policyClassDescription(0), "allow");
     EXPECT_EQ(policyClassDescription(1), "deny");
@@ -85,7 +85,7 @@ TEST(RuleCodes, EveryOperationSetReadsBack)
     }
 }
 
-TEST(RuleCodes, FlagLettersDependOnWhoAsks)
+TEST(RuleCodes, FlagsAreDescribedWithoutTheSecondBitThatTheirIntegerNames)
 {
     const struct {
         int flags;

@@ -100,7 +100,7 @@ TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
     const auto store
         = sandbox.storeOf("allow path /docs /Applications/Safari.app/Contents/MacOS/Safari r \"my tag\"\n"
                           "deny suffix .plist any w other TEAMID 1478000000\n"
-                          "watch prefix /watched /bin/seen r \"my tag\"\n");
+                          "watch prefix /watched /bin/seen r\n");
     const struct {
         const char* why;
         const char* text;
@@ -109,7 +109,7 @@ TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
         {"a process in capitals", "SAFARI", {"/docs"}},
         {"a path", "doc", {"/docs"}},
         {"a path in the middle", "plis", {".plist"}},
-        {"a policy rule's tag, not a watch rule's", "my tag", {"/docs"}},
+        {"a policy rule's tag", "my tag", {"/docs"}},
         {"a watch rule's path", "watched", {"/watched"}},
         {"a watch rule's process", "SEEN", {"/watched"}},
         {"in several fields", "a", {"/watched", ".plist", "/docs"}},
@@ -126,6 +126,16 @@ TEST(RuleFilterText, IsSoughtInPathProcessAndPolicyTag)
         store->applyFilterWithString(c.text);
         EXPECT_EQ(test::rowPaths(*store), c.rows) << c.why;
     }
+}
+
+TEST(RuleFilterText, IsNotSoughtInAWatchRulesTag)
+{
+    const test::StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("allow path /docs /bin/p r \"my tag\"\n"
+                                       "watch prefix /watched /bin/seen r \"my tag\"\n");
+
+    store->applyFilterWithString("my tag");
+    EXPECT_EQ(test::rowPaths(*store), Lines{"/docs"});
 }
 
 TEST(RuleFilterText, NullFieldNeverContainsTheText)

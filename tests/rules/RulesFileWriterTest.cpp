@@ -167,7 +167,7 @@ TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
     EXPECT_EQ(contents(), lineAbout("/a") + lineAbout("/b").substr(0, 5) + lineAbout("/c"));
 }
 
-TEST_F(RulesFileWriter, LeavesOutTheRuleThatCannotBeWrittenAndSaysWhy)
+TEST_F(RulesFileWriter, GoesOnWithTheNextRuleAfterAFailureAndSaysWhy)
 {
     const test::SystemCallHook hook(
         test::SystemCall::write, test::failing(ENOSPC, [](int number) { return number == 0; }));
