@@ -5,8 +5,11 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
+#include "windows/EditPolicyWindowController.h"
+#include "windows/EditWatchWindowController.h"
 #include "windows/QtText.h"
 #include "workflow/RuleEditorDelegate.h"
+#include "workflow/RuleEdits.h"
 #include "workflow/RunState.h"
 
 #include <QApplication>
@@ -34,7 +37,7 @@ public:
 };
 
 // An editor of either kind as a person sees it. Its controls are found by their names.
-template <class Editor> class EditorWindow : public testing::Test {
+class EditorWindow : public testing::Test {
 protected:
     EditorWindow() { std::filesystem::create_directories(locations.sharedFolder()); }
     ~EditorWindow() override
@@ -69,15 +72,28 @@ protected:
     }
     void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
 
-    // Opens an editor and makes it the one that the other operations are about.
-    template <class SetRule> void open(SetRule setRule)
+    // Opens the editor of its kind and makes it the one that the other operations are about.
+    void open(const rules::RuleRef& rule)
     {
-        editor = new Editor(document, workspace, log.log());
+        if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule)) {
+            auto* window = new windows::EditPolicyWindowController(document, workspace, log.log());
+            window->setPolicyRule(*policy);
+            editor = window;
+        } else {
+            auto* window = new windows::EditWatchWindowController(document, workspace, log.log());
+            window->setWatchRule(std::get<rules::WatchRulePtr>(rule));
+            editor = window;
+        }
         m_opened.emplace_back(editor);
-        setRule(*editor);
         editor->setDelegate(&delegate);
         editor->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(editor));
+    }
+    // Stores the rule and opens its editor.
+    void openStored(const rules::RuleRef& rule)
+    {
+        store.apply(workflow::additionOf(rule));
+        open(rule);
     }
 
     // Clicks the button, and answers the panel that it opens.
@@ -114,10 +130,10 @@ protected:
     workflow::RunState run;
     TestDocument document{store, run, log.log()};
     CountingDelegate delegate;
-    QPointer<Editor> editor;
+    QPointer<windows::RuleEditorWindow> editor;
 
 private:
-    std::vector<QPointer<Editor>> m_opened;
+    std::vector<QPointer<windows::RuleEditorWindow>> m_opened;
 };
 
 } // namespace quorvane::test
