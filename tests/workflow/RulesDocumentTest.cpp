@@ -126,7 +126,7 @@ TEST_F(RulesDocumentTest, UndoAndRedoRestoreTagTimeAndOrder)
     EXPECT_FALSE(window.document->undo());
 }
 
-TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
+TEST_F(RulesDocumentTest, UndoAndRedoReachBackBeyondARestart)
 {
     const std::string before = line("/a/", "one") + line("/b/", "two");
     box.writeUserRules(before);
@@ -135,14 +135,21 @@ TEST_F(RulesDocumentTest, UndoReachesBackBeyondARestart)
         earlier.remove("/a/");
         earlier.tag("/b/", "three");
     }
-    test::DocumentAtWork window(box);
-    EXPECT_EQ(window.document->undoName(), "Edit Tag");
-    EXPECT_TRUE(window.document->undo());
+    {
+        test::DocumentAtWork undoing(box);
+        EXPECT_EQ(undoing.document->undoName(), "Edit Tag");
+        EXPECT_TRUE(undoing.document->undo());
+        EXPECT_EQ(file(), line("/b/", "two"));
+        EXPECT_TRUE(undoing.document->undo());
+        EXPECT_EQ(file(), before);
+    }
+    test::DocumentAtWork redoing(box);
+    EXPECT_EQ(redoing.document->redoName(), "Delete Rule");
+    EXPECT_TRUE(redoing.document->redo());
     EXPECT_EQ(file(), line("/b/", "two"));
-    EXPECT_TRUE(window.document->undo());
-    EXPECT_EQ(file(), before);
-    EXPECT_TRUE(window.document->redo());
-    EXPECT_EQ(file(), line("/b/", "two"));
+    EXPECT_TRUE(redoing.document->redo());
+    EXPECT_EQ(file(), line("/b/", "three"));
+    EXPECT_FALSE(redoing.document->redo());
 }
 
 TEST_F(RulesDocumentTest, AnActionThatRefusesCutsWritesNothingWhereAnotherProgramsRuleWouldBeCut)
@@ -156,7 +163,7 @@ TEST_F(RulesDocumentTest, AnActionThatRefusesCutsWritesNothingWhereAnotherProgra
     EXPECT_EQ(file(), foreign);
 }
 
-TEST_F(RulesDocumentTest, AnUndoThatChangesNothingCounts)
+TEST_F(RulesDocumentTest, AnUndoOrRedoThatChangesNothingCounts)
 {
     box.writeUserRules("");
     test::DocumentAtWork window(box);
@@ -167,9 +174,14 @@ TEST_F(RulesDocumentTest, AnUndoThatChangesNothingCounts)
     EXPECT_EQ(file(), line("/a/"));
     EXPECT_TRUE(window.document->undo());
     EXPECT_EQ(file(), "");
+    box.writeUserRules(line("/a/"));
+    EXPECT_TRUE(window.document->redo());
+    EXPECT_EQ(file(), line("/a/"));
+    EXPECT_TRUE(window.document->redo());
+    EXPECT_EQ(file(), line("/a/") + line("/b/"));
 }
 
-TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
+TEST_F(RulesDocumentTest, UndoAndRedoKeepWhatAnotherProgramDidSince)
 {
     box.writeUserRules(line("/a/") + line("/b/"));
     test::DocumentAtWork window(box);
@@ -177,6 +189,9 @@ TEST_F(RulesDocumentTest, UndoKeepsWhatAnotherProgramDidSince)
     box.writeUserRules(line("/b/") + line("/foreign/"));
     EXPECT_TRUE(window.document->undo());
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/foreign/"));
+    box.writeUserRules(line("/a/") + line("/foreign/") + line("/later/"));
+    EXPECT_TRUE(window.document->redo());
+    EXPECT_EQ(file(), line("/foreign/") + line("/later/"));
 }
 
 TEST_F(RulesDocumentTest, TwoProgramsLoseNothingOfEachOther)
