@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+
 #include <unistd.h>
 
 namespace quorvane::workflow {
@@ -92,13 +95,8 @@ TEST_F(ApplicationValidation, FortyCharactersAreTheSha1OfTheFile)
     const std::string digest = codesign::sha1("contents");
     facts.sha1s["/bin/tool"] = digest;
     facts.teams["/bin/tool"] = std::string(40, 'T');
-    std::string capitals = digest;
-    for (char& c : capitals)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    ASSERT_NE(capitals, digest);
     EXPECT_EQ(faultOf("/bin/tool", digest), "none");
     EXPECT_EQ(faultOf("/bin/tool", codesign::sha1("other")), noMatch);
-    EXPECT_EQ(faultOf("/bin/tool", capitals), noMatch) << "digests in capitals never match";
     EXPECT_EQ(faultOf("/bin/tool", std::string(40, 'T')), noMatch) << "never a team";
 }
 
@@ -112,6 +110,19 @@ TEST_F(ApplicationValidation, SixtyFourCharactersAreTheSha256OfTheFile)
     EXPECT_EQ(faultOf("/bin/tool", std::string(64, 'T')), noMatch);
 }
 
+TEST_F(ApplicationValidation, ADigestInCapitalsMatchesNoProgram)
+{
+    facts.sha1s["/bin/tool"] = codesign::sha1("contents");
+    facts.sha256s["/bin/tool"] = codesign::sha256("contents");
+    for (const std::string& digest : {codesign::sha1("contents"), codesign::sha256("contents")}) {
+        std::string capitals = digest;
+        std::transform(capitals.begin(), capitals.end(), capitals.begin(),
+            [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+        EXPECT_EQ(faultOf("/bin/tool", digest), "none");
+        EXPECT_EQ(faultOf("/bin/tool", capitals), noMatch);
+    }
+}
+
 TEST_F(ApplicationValidation, AProgramThatCannotBeReadIsTakenForAnEmptyFile)
 {
     EXPECT_EQ(faultOf("/bin/tool", test::sha1OfNothing), "none");
@@ -119,7 +130,18 @@ TEST_F(ApplicationValidation, AProgramThatCannotBeReadIsTakenForAnEmptyFile)
     EXPECT_EQ(faultOf("/bin/tool", codesign::sha256("contents")), noMatch);
 }
 
-TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
+TEST_F(ApplicationValidation, ThePlatformMarkerPassesForEveryProgram)
+{
+    facts.teams["/bin/tool"] = "TEAM123456";
+    for (const char* program : {"/bin/tool", "/usr/bin/parent"}) {
+        ASSERT_EQ(facts.platformIdentifier(program), 0U) << "no program of the platform";
+        EXPECT_EQ(faultOf(program, "APPLE_PF_BINARY"), "none") << program;
+    }
+    EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINAR"), noMatch);
+    EXPECT_EQ(faultOf("/gone", "APPLE_PF_BINARY"), notFound) << "where there is no program, nothing passes";
+}
+
+TEST_F(ApplicationValidation, AnyOtherLengthIsATeam)
 {
     facts.teams["/bin/tool"] = "TEAM123456";
     EXPECT_EQ(faultOf("/bin/tool", "TEAM123456"), "none");
@@ -127,9 +149,6 @@ TEST_F(ApplicationValidation, AnyOtherLengthIsATeamOrThePlatformMarker)
     EXPECT_EQ(faultOf("/bin/tool", "TEAM12345"), noMatch);
     EXPECT_EQ(faultOf("/bin/tool", codesign::sha1("").substr(1)), noMatch);
     EXPECT_EQ(faultOf("/usr/bin/parent", "TEAM123456"), noMatch) << "a program without a team";
-    EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINARY"), "none") << "accepted without asking";
-    EXPECT_EQ(faultOf("/usr/bin/parent", "APPLE_PF_BINAR"), noMatch);
-    EXPECT_EQ(faultOf("/gone", "APPLE_PF_BINARY"), notFound);
 }
 
 TEST_F(ApplicationValidation, LengthsAreCountedInCharactersNotInBytes)

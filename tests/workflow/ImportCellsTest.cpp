@@ -92,7 +92,7 @@ TEST_F(ImportCells, TheApplicationStandsAtTheHeadOfItsGroupOnly)
     EXPECT_EQ(later.description, "tool, program not found");
 }
 
-TEST_F(ImportCells, AnApplicationIsRedOnlyWhenNothingExistsAtItsPath)
+TEST_F(ImportCells, AnApplicationIsRedOnlyWhenNothingExistsAtItsPathWhateverItsConstraint)
 {
     const struct {
         const char* why;
@@ -115,10 +115,18 @@ TEST_F(ImportCells, AnApplicationIsRedOnlyWhenNothingExistsAtItsPath)
         EXPECT_EQ(applicationCellOf(c.rule).color, c.color) << c.why;
 }
 
-TEST_F(ImportCells, APathIsRedWhenNothingExistsAtItAsItIsWritten)
+TEST_F(ImportCells, APathInAHomeFolderIsNeverRed)
 {
     const test::TemporaryFolder home;
     const test::EnvironmentVariable variable("HOME", home.path());
+    const rules::PolicyRuleFields rule{.policyType = rules::PolicyType::path, .path = "~/nonexistent"};
+    EXPECT_EQ(pathCellOf(rule).color, CellColor::black);
+    EXPECT_EQ(pathCellOf(rule).description, "");
+    EXPECT_TRUE(isPathMissing(test::policyRule(rule))) << "unlike in the rules table";
+}
+
+TEST_F(ImportCells, APathIsRedWhenNothingExistsAtItAsItIsWritten)
+{
     const struct {
         const char* why;
         rules::PolicyRuleFields rule;
@@ -127,7 +135,6 @@ TEST_F(ImportCells, APathIsRedWhenNothingExistsAtItAsItIsWritten)
         {"it exists", {.policyType = rules::PolicyType::path, .path = "/usr"}, CellColor::black},
         {"it is gone", {.policyType = rules::PolicyType::path, .path = "/nonexistent/a"}, CellColor::red},
         {"a suffix", {.policyType = rules::PolicyType::suffix, .path = "/nonexistent/a"}, CellColor::black},
-        {"in the home folder, wherever that is", {.path = "~/nonexistent"}, CellColor::black},
         {"no path of a file", {.path = ":NVRAM/nonexistent"}, CellColor::black},
         {"relative", {.path = "nonexistent"}, CellColor::black},
         {"a device", {.path = "/dev/nonexistent"}, CellColor::black},

@@ -1,8 +1,10 @@
 #include "workflow/RuleCommands.h"
 #include "rules/RuleLine.h"
+#include "rules/RuleMarks.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TestDocument.h"
+#include "workflow/RuleCells.h"
 #include "workflow/RunState.h"
 
 #include <gtest/gtest.h>
@@ -134,6 +136,15 @@ TEST_F(RuleCommandsTest, DeliberateAPolicyRuleBelowAWatchRuleHeadsNoGroup)
     EXPECT_FALSE(deleteRow(1, false).headedItsGroup);
 }
 
+TEST_F(RuleCommandsTest, DeliberateARuleBelowAnotherProgramOfItsNameHeadsNoGroup)
+{
+    box.writeUserRules(shLine + "allow prefix \"/b/\" \"/usr/bin/sh\" r \"\" \"\" \"0\"\n" + viLine);
+    store->reloadCurrentUserConfiguration();
+    ASSERT_EQ(test::rowPaths(*store, false), (std::vector<std::string>{"/a/", "/b/", "/c"}));
+    ASSERT_TRUE(ruleCell(*store, *store->rows(), 1, false, RuleColumn::application).startsGroup);
+    EXPECT_FALSE(deleteRow(1, false).headedItsGroup);
+}
+
 TEST_F(RuleCommandsTest, DeletingTheHeadOfALaterGroupIsTold)
 {
     box.writeUserRules(shLine + viLine + "deny path \"/d\" \"/bin/vi\" w \"\" \"\" \"0\"\n");
@@ -160,6 +171,36 @@ TEST_F(RuleCommandsTest, ARuleIsDeletedThatHasLeftTheRowItWasShownIn)
     deleteRow(0, false);
     commands->deleteRows({shown});
     EXPECT_EQ(file(), shLine + sh2Line);
+}
+
+TEST_F(RuleCommandsTest, DeliberateOfEqualRulesTheFirstIsDeletedThatIsNotYetGone)
+{
+    // given three equal rules of either kind, told apart by their tags
+    const std::vector<std::string> tags{"one", "two", "three"};
+    box.writeUserRules("");
+    store->reloadCurrentUserConfiguration();
+    for (const std::string& tag : tags)
+        store->addWatchRule(test::watchRule({.path = "/w", .processName = "any", .tag = tag}));
+    for (const std::string& tag : tags)
+        store->addPolicyRule(test::policyRule({.path = "/p", .processName = "any", .tag = tag}));
+    const auto tagsLeft = [this] {
+        std::string left;
+        for (const rules::RuleRef& rule : store->userRules())
+            left.append(left.empty() ? "" : " ").append(tagOf(valueOf(rule)).view());
+        return left;
+    };
+
+    // when the last of each is named, then the first one goes
+    deleteRow(2, false);
+    EXPECT_EQ(tagsLeft(), "two three one two three");
+    deleteRows({4}, false);
+    EXPECT_EQ(tagsLeft(), "two three two three");
+
+    // when both that are left are named, then both go
+    deleteRows({1, 0}, false);
+    EXPECT_EQ(tagsLeft(), "two three");
+    deleteRows({1, 0}, false);
+    EXPECT_EQ(tagsLeft(), "");
 }
 
 TEST_F(RuleCommandsTest, DeletingASystemRuleIsRefusedAndChangesNothing)

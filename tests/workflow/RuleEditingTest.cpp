@@ -109,6 +109,14 @@ TEST(IconForProcess, IsThatOfTheOutermostBundleOfAProgramThatExists)
     }
 }
 
+TEST(IconForProcess, IsAskedForWithTheWholeTextOfProgramAndParents)
+{
+    // A program that is called like one with a parent keeps its name only while the parent's part is there.
+    const test::TemporaryFolder folder;
+    const std::string program = folder.write("tool via any", "");
+    EXPECT_EQ(iconForProcess(program + " via any").file, program);
+}
+
 TEST(IconForProcess, IsLookedUpInThePlaceThatTheRulesAreFor)
 {
     const test::TemporaryFolder folder;

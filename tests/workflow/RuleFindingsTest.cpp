@@ -46,9 +46,6 @@ TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
         {"a suffix names no file", ruleOn(absent, rules::PolicyType::suffix), false},
         {"a system rule is never missing", ruleOn(absent, rules::PolicyType::path, true), false},
         {"an unknown type is looked up", ruleOn(absent, 3), true},
-        {"a resource is no file", ruleOn(":NVRAM/boot-args"), false},
-        {"a kernel extension is no file", ruleOn(":KMOD/absent"), false},
-        {"a device that is not there", ruleOn("/dev/absent-device"), false},
         {"a path that begins neither with / nor with ~/", ruleOn("absent"), false},
         {"a tilde alone is not the home folder", ruleOn("~absent"), false},
         {"the word any", ruleOn("any"), false},
@@ -57,6 +54,15 @@ TEST(RuleFindings, APathIsMissingOnlyWhereAUserRuleNamesAFile)
     };
     for (const auto& c : cases)
         EXPECT_EQ(isPathMissing(c.rule), c.missing) << c.why;
+}
+
+TEST(RuleFindings, AResourceOrDeviceIsNeverMissing)
+{
+    for (const char* path :
+        {":NVRAM/absent", ":ATTACH/absent", ":IOKIT/absent", ":KMOD/absent", "/dev/absent"}) {
+        EXPECT_FALSE(isPathMissing(ruleOn(path))) << path;
+        EXPECT_FALSE(isPathMissing(test::watchRule({.policyType = 1, .path = path}))) << path;
+    }
 }
 
 TEST(RuleFindings, ATildeIsTheHomeFolder)
