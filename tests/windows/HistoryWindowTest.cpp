@@ -307,6 +307,14 @@ TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTim
     EXPECT_EQ(numbers(), QStringLiteral("4 3 2 1"));
 }
 
+TEST_F(HistoryWindowTest, SearchesForOneLineOfWhatIsPasted)
+{
+    open(1);
+    QApplication::clipboard()->setText(QStringLiteral("add\n/b/\n"));
+    in<QLineEdit>("searchField")->paste();
+    EXPECT_EQ(in<QLineEdit>("searchField")->text(), QStringLiteral("add/b/"));
+}
+
 TEST_F(HistoryWindowTest, ForgettingNamesWhatGoesAndKeepsTheRest)
 {
     for (const char* path : {"/c/", "/d/", "/e/"})

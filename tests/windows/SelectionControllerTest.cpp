@@ -122,6 +122,17 @@ TEST_F(Selection, IsTaggedAtOnceAfterAPreview)
     expectUndoRestores(before);
 }
 
+TEST_F(Selection, GetsATagOfOneLine)
+{
+    select({first, vi});
+    action("tagMenuItem")->trigger();
+    QApplication::clipboard()->setText(QStringLiteral("new\nallow path /\n"));
+    control<QLineEdit>("tagTextField")->paste();
+    awaitPlan();
+    confirm();
+    EXPECT_NE(file().find(" r \"newallow path /\" \"\" \"7\"\n"), std::string::npos) << file();
+}
+
 TEST_F(Selection, ShowsTheTagThatItsRulesShare)
 {
     select({first});

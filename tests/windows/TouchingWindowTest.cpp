@@ -9,6 +9,7 @@
 #include "workflow/RuleEdits.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -93,6 +94,16 @@ TEST_F(Touching, IsNarrowedByProgramAndOperations)
     EXPECT_EQ(why(1), "begins with it; this program");
     afterAnswer([&] { touching->findChild<OperationBoxesRow*>()->findChild<QCheckBox*>()->click(); });
     EXPECT_EQ(found(), "/etc/|");
+}
+
+TEST_F(Touching, KeepsWhatIsPastedIntoItsFieldsOnOneLine)
+{
+    QApplication::clipboard()->setText(QStringLiteral("/etc/\nhosts\n"));
+    for (const char* name : {"pathField", "programField"}) {
+        auto* pathField = control<PathField>(name);
+        pathField->field().paste();
+        EXPECT_EQ(pathField->path(), "/etc/hosts") << name;
+    }
 }
 
 TEST_F(Touching, LeavesSystemRulesOutOnRequest)
