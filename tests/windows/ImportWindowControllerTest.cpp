@@ -334,17 +334,29 @@ TEST_F(ImportWindow, EscapeCancelAndCloseImportNothing)
     }
 }
 
-TEST_F(ImportWindow, ClosingItDeletesTheFailSafeFilesAlsoWhenAnotherFileWasUnderReview)
+TEST_F(ImportWindow, HoweverItClosesTheFailSafeFilesGoAlsoWhenAnotherFileWasUnderReview)
 {
     const platform::Locations& locations = store.locations();
-    const std::string failSafe = folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
-    folder.write("root/Users/Shared/Quorvane/failsafe.rc.strict", "");
-    ASSERT_EQ(failSafe, locations.failSafeFile());
-    openThree();
-    window->close();
-    EXPECT_FALSE(std::filesystem::exists(locations.failSafeFile()));
-    EXPECT_FALSE(std::filesystem::exists(locations.failSafeStrictMarker()));
-    EXPECT_TRUE(std::filesystem::exists(folder.path("Three.quorv")));
+    const struct {
+        const char* why;
+        std::function<void()> act;
+    } cases[] = {
+        {"Escape", [this] { QTest::keyClick(table, Qt::Key_Escape); }},
+        {"Cancel", [this] { button("cancelButton")->click(); }},
+        {"the close control", [this] { window->close(); }},
+        {"Import", [this] { window->importAction(); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        const std::string failSafe = folder.write("root/Users/Shared/Quorvane/failsafe.rc", "");
+        folder.write("root/Users/Shared/Quorvane/failsafe.rc.strict", "");
+        ASSERT_EQ(failSafe, locations.failSafeFile());
+        openThree();
+        c.act();
+        EXPECT_FALSE(std::filesystem::exists(locations.failSafeFile()));
+        EXPECT_FALSE(std::filesystem::exists(locations.failSafeStrictMarker()));
+        EXPECT_TRUE(std::filesystem::exists(folder.path("Three.quorv")));
+    }
 }
 
 TEST_F(ImportWindow, RulesThatCouldNotBeWrittenLeaveTheFailSafeFilesAlone)
