@@ -63,14 +63,19 @@ protected:
 
 } // namespace
 
-TEST_F(Commands, NewRuleOpensAnEditorOnTheTemplate)
+TEST_F(Commands, NewRuleOpensAnEditorOfItsKindOnTheTemplate)
 {
-    action("newRuleToolbarItem")->trigger();
-    auto* opened = editor<EditPolicyWindowController>();
-    ASSERT_NE(opened, nullptr);
-    EXPECT_EQ(opened->policyRule()->processName().written(), "any");
-    EXPECT_EQ(opened->policyRule()->operations(), 7U);
-    EXPECT_EQ(opened->delegate(), window.get());
+    for (const char* item : {"newRuleToolbarItem", "newPolicyRuleMenuItem", "newWatchRuleMenuItem"}) {
+        SCOPED_TRACE(item);
+        action(item)->trigger();
+        auto* opened = editor<RuleEditorWindow>();
+        ASSERT_NE(opened, nullptr);
+        EXPECT_EQ(policyRuleIn(opened->rule()) == nullptr, item == std::string("newWatchRuleMenuItem"));
+        EXPECT_EQ(opened->draft().processName, "any");
+        EXPECT_EQ(opened->draft().operations, 7U);
+        EXPECT_EQ(opened->delegate(), window.get());
+        delete opened;
+    }
 }
 
 TEST_F(Commands, TheMenuItemsForNewRulesAreLogged)
@@ -86,14 +91,22 @@ TEST_F(Commands, TheMenuItemsForNewRulesAreLogged)
 
 TEST_F(Commands, ASavedNewRuleIsSelectedInTheTable)
 {
-    action("newRuleToolbarItem")->trigger();
-    auto* opened = editor<EditPolicyWindowController>();
-    auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
-    QTest::keyClicks(path, QStringLiteral("/new/"));
-    opened->saveClicked();
-    ASSERT_EQ(selectedRows().size(), 1);
-    EXPECT_EQ(text(selectedRows().front(), workflow::RuleColumn::path), QStringLiteral("/new/"));
-    EXPECT_TRUE(run.internalWrite);
+    for (const char* item : {"newPolicyRuleMenuItem", "newWatchRuleMenuItem"}) {
+        SCOPED_TRACE(item);
+        run.internalWrite = false;
+        action(item)->trigger();
+        auto* opened = editor<RuleEditorWindow>();
+        ASSERT_NE(opened, nullptr);
+        const rules::RuleRef rule = opened->rule();
+        auto* path = opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"));
+        QTest::keyClicks(path, QStringLiteral("/new/"));
+        opened->saveClicked();
+        delete opened;
+        ASSERT_EQ(selectedRows().size(), 1);
+        EXPECT_EQ(store->ruleAtIndex(static_cast<std::size_t>(selectedRows().front()), false), rule);
+        EXPECT_EQ(selectedPaths(), QStringLiteral("/new/"));
+        EXPECT_TRUE(run.internalWrite);
+    }
 }
 
 TEST_F(Commands, RightClickSelectsTheRowAloneBeforeTheMenuOpens)
@@ -403,8 +416,13 @@ TEST_F(Commands, UndoAndRedoAreNamedInTheMenuAndRestoreTheFile)
     action("undoMenuItem")->trigger();
     EXPECT_EQ(file(), before);
     EXPECT_EQ(table->model()->rowCount(), 4);
+    Q_EMIT menu->aboutToShow();
+    EXPECT_EQ(action("redoMenuItem")->text(), QStringLiteral("&Redo Delete Rule"));
+    EXPECT_FALSE(action("undoMenuItem")->isEnabled());
+    Q_EMIT menu->aboutToHide();
     action("redoMenuItem")->trigger();
     EXPECT_EQ(file(), after);
+    EXPECT_EQ(table->model()->rowCount(), 3);
 }
 
 TEST_F(Commands, AChangeThatCouldNotBeWrittenIsWrittenFromTheFoot)

@@ -13,6 +13,9 @@
 
 #include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace quorvane::windows {
 
 namespace {
@@ -222,6 +225,37 @@ TEST_F(RulesEditorDocument, SettingsThatCouldNotBeUsedAreToldWithAWayToThem)
     EXPECT_EQ(notice(), QStringLiteral("line 2 could not be used"));
     press("Settings...");
     EXPECT_NE(window->findChild<SettingsWindow*>(), nullptr);
+}
+
+TEST_F(RulesEditorDocument, TheFootSaysWhenThereIsNothingToUndoOrRedo)
+{
+    open(line("/a"));
+    action("undoMenuItem")->trigger();
+    EXPECT_EQ(notice(), QStringLiteral("There is nothing to undo."));
+    action("redoMenuItem")->trigger();
+    EXPECT_EQ(notice(), QStringLiteral("There is nothing to redo."));
+    EXPECT_EQ(file(), line("/a"));
+}
+
+TEST_F(RulesEditorDocument, WhatAnotherProgramWritesReachesTheTableByItself)
+{
+    open(line("/a"));
+    // Whole seconds tell the watch of a change, so each of its looks finds another one.
+    time_t second = 1'000'000'000;
+    const auto reachesTheTable = [&](const QString& paths) {
+        return QTest::qWaitFor(
+            [&] {
+                const timespec time{++second, 0};
+                const timespec times[2] = {time, time};
+                utimensat(AT_FDCWD, box.locations.userRulesFile().c_str(), times, 0);
+                return shownPaths() == paths;
+            },
+            60'000);
+    };
+    box.writeUserRules(line("/a") + line("/b"));
+    EXPECT_TRUE(reachesTheTable(QStringLiteral("/a /b")));
+    box.writeUserRules(line("/b"));
+    EXPECT_TRUE(reachesTheTable(QStringLiteral("/b")));
 }
 
 } // namespace quorvane::windows

@@ -10,6 +10,10 @@ namespace quorvane::windows {
 
 namespace {
 
+// The rules of KeptRules as their editors save them with another path.
+const std::string editedWatchLine = "watch path \"/b\" \"/bin/sh\" r \"seen\"\n";
+const std::string editedFirstLine = "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n";
+
 // Drafts of editors that are open when the program ends.
 class KeptRules : public test::EditorTable {
 protected:
@@ -68,22 +72,28 @@ TEST_F(KeptRules, AreNoneOfAnEditorThatWasSavedOrCancelled)
 
 TEST_F(KeptRules, AreOfferedAtTheNextStartAndOpenTheirEditorOnTheSameRule)
 {
-    table->selectRow(1);
-    window->doubleClickAction();
-    typePath("/b");
-    endAndOpenAgain();
-    EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
-    EXPECT_EQ(file(), test::watchLine + test::firstLine) << "nothing is saved by itself";
-    press("Open");
-    auto* opened = editor<EditPolicyWindowController>();
-    ASSERT_NE(opened, nullptr);
-    EXPECT_EQ(rules::RuleRef(opened->policyRule()), store->ruleAtIndex(1, false));
-    EXPECT_EQ(opened->draft().path, "/b");
-    EXPECT_TRUE(opened->hasUnsavedChanges());
-    opened->saveClicked();
-    EXPECT_EQ(file(), test::watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
-    openAgain();
-    EXPECT_EQ(notices(), 0U) << "they are offered once";
+    const std::string saved[] = {editedWatchLine + test::firstLine, test::watchLine + editedFirstLine};
+    for (const int row : {0, 1}) {
+        SCOPED_TRACE(row);
+        box.writeUserRules(test::watchLine + test::firstLine);
+        openAgain();
+        table->selectRow(row);
+        window->doubleClickAction();
+        typePath("/b");
+        endAndOpenAgain();
+        EXPECT_EQ(noticeText(), QStringLiteral("1 unsaved rule was kept."));
+        EXPECT_EQ(file(), test::watchLine + test::firstLine) << "nothing is saved by itself";
+        press("Open");
+        auto* opened = editor<RuleEditorWindow>();
+        ASSERT_NE(opened, nullptr);
+        EXPECT_EQ(opened->rule(), store->ruleAtIndex(static_cast<std::size_t>(row), false));
+        EXPECT_EQ(opened->draft().path, "/b");
+        EXPECT_TRUE(opened->hasUnsavedChanges());
+        opened->saveClicked();
+        EXPECT_EQ(file(), saved[row]);
+        openAgain();
+        EXPECT_EQ(notices(), 0U) << "they are offered once";
+    }
 }
 
 TEST_F(KeptRules, OfANewRuleAreSavedAsANewRuleWhichIsSelected)
@@ -102,15 +112,26 @@ TEST_F(KeptRules, OfANewRuleAreSavedAsANewRuleWhichIsSelected)
 
 TEST_F(KeptRules, OfARuleThatHasGoneMeanwhileAreSavedAsANewRuleWithItsTag)
 {
-    table->selectRow(1);
-    window->doubleClickAction();
-    typePath("/b");
-    window->keepUnsavedRules();
-    box.writeUserRules(test::watchLine);
-    openAgain();
-    press("Open");
-    editor<EditPolicyWindowController>()->saveClicked();
-    EXPECT_EQ(file(), test::watchLine + "allow path \"/b\" \"/bin/sh\" r \"one\" \"\" \"7\"\n");
+    const struct {
+        int row;
+        std::string left;
+        std::string saved;
+    } cases[] = {{0, test::firstLine, editedWatchLine + test::firstLine},
+        {1, test::watchLine, test::watchLine + editedFirstLine}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.row);
+        box.writeUserRules(test::watchLine + test::firstLine);
+        openAgain();
+        table->selectRow(c.row);
+        window->doubleClickAction();
+        typePath("/b");
+        window->keepUnsavedRules();
+        box.writeUserRules(c.left);
+        openAgain();
+        press("Open");
+        editor<RuleEditorWindow>()->saveClicked();
+        EXPECT_EQ(file(), c.saved);
+    }
 }
 
 TEST_F(KeptRules, AreKeptAgainWhenTheyAreStillUnsavedAtTheNextEnd)
