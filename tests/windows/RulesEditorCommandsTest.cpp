@@ -475,21 +475,26 @@ TEST_F(Commands, AMixedSelectionLosesTheUsersRulesAndTellsOnce)
 
 TEST_F(Commands, ReturnOpensASinglePolicyRule)
 {
-    select({head, vi});
-    QTest::keyClick(table, Qt::Key_Return);
-    EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
-    select({vi});
-    QTest::keyClick(table, Qt::Key_Return);
-    ASSERT_NE(editor<EditPolicyWindowController>(), nullptr);
-    EXPECT_EQ(editor<EditPolicyWindowController>()->policyRule()->path().written(), "/c");
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        select({head, vi});
+        QTest::keyClick(table, key);
+        EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
+        select({vi});
+        QTest::keyClick(table, key);
+        auto* opened = editor<EditPolicyWindowController>();
+        ASSERT_NE(opened, nullptr);
+        EXPECT_EQ(opened->policyRule()->path().written(), "/c");
+        delete opened;
+    }
 }
 
 TEST_F(Commands, DeliberateReturnOpensNoWatchRule)
 {
-    select({watch});
-    QTest::keyClick(table, Qt::Key_Return);
-    EXPECT_EQ(editor<EditWatchWindowController>(), nullptr);
-    EXPECT_EQ(editor<EditPolicyWindowController>(), nullptr);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        select({watch});
+        QTest::keyClick(table, key);
+        EXPECT_EQ(editor<RuleEditorWindow>(), nullptr);
+    }
 }
 
 TEST_F(Commands, ADoubleClickOpensEitherKindAndSystemRulesToo)
