@@ -35,7 +35,7 @@ void paintKeyboardFrame(QPainter* painter, const QStyleOptionViewItem& option, c
     const auto* view = qobject_cast<const QTableView*>(option.widget);
     if (view == nullptr || !view->hasFocus() || view->currentIndex().row() != index.row())
         return;
-    const QRect cell = option.rect.adjusted(0, 0, -1, -1);
+    const QRect cell = option.rect.adjusted(0, 0, 0, -1);
     painter->setPen(shades::keyboardFrame);
     painter->drawLine(cell.topLeft(), option.rect.topRight());
     painter->drawLine(cell.bottomLeft(), QPoint(option.rect.right(), cell.bottom()));
