@@ -4,9 +4,11 @@
 #include "windows/DifferenceModel.h"
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
+#include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
 #include "workflow/DifferenceText.h"
 
+#include <QLabel>
 #include <QTimer>
 
 #include <chrono>
@@ -70,6 +72,8 @@ ChangeWindow::~ChangeWindow() = default;
 void ChangeWindow::setControls(QWidget* controls)
 {
     m_ui->controlsLayout->addWidget(controls);
+    for (auto* label : controls->findChildren<QLabel*>())
+        measureWithMnemonic(*label);
     // Before the table in the tab order, although the table was created first.
     QWidget* last = controls;
     for (auto* control : controls->findChildren<QWidget*>()) {

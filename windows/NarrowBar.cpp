@@ -25,7 +25,6 @@ constexpr int besideHalves = 8; // logical pixels, like the following
 constexpr int aboveHalves = 4;
 constexpr int betweenChoices = 10;
 constexpr int betweenLabelAndChoice = 4;
-constexpr int forMnemonic = 2; // without kerning a text is drawn a little wider than it is measured
 
 // The first item of each means everything and has no value.
 std::optional<int> chosenCode(const QComboBox& choice)
@@ -140,7 +139,7 @@ QComboBox* NarrowBar::addChoice(QWidget& half, const char* name, const QString& 
     auto* choice = new QComboBox(&half);
     auto* title = new QLabel(label, &half);
     title->setBuddy(choice);
-    title->setContentsMargins(0, 0, forMnemonic, 0);
+    measureWithMnemonic(*title);
     choice->setObjectName(QLatin1String(name));
     constexpr int fewestLetters = 7;
     choice->setMinimumContentsLength(fewestLetters);

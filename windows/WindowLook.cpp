@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QEvent>
 #include <QIcon>
+#include <QLabel>
 #include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
@@ -155,6 +156,13 @@ void setTextShade(QWidget& widget, const Shade& shade)
 void setBackgroundShade(QWidget& widget, const Shade& shade)
 {
     new ShadedRole(widget, QPalette::Window, shade);
+}
+
+void measureWithMnemonic(QLabel& label)
+{
+    QFont font = label.font();
+    font.setKerning(false);
+    label.setFont(font);
 }
 
 void bringToFront(QWidget& window)

@@ -3,6 +3,7 @@
 #include "platform/Appearance.h"
 
 class QApplication;
+class QLabel;
 class QWidget;
 
 namespace quorvane::windows {
@@ -26,6 +27,10 @@ void setBackgroundShade(QWidget& widget, const Shade& shade);
 // window is first shown. The title bar remains the desktop's, which handles moving, closing and switching
 // windows.
 void applySheetLook(QWidget& window);
+
+// Makes the label as wide as its text is drawn: the underline of a mnemonic splits the text there, and the
+// parts are not kerned with each other.
+void measureWithMnemonic(QLabel& label);
 
 // Raises the window above all others and gives it the keyboard focus.
 void bringToFront(QWidget& window);
