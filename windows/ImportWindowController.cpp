@@ -370,8 +370,10 @@ void ImportWindowController::updateCounts()
         counts += tr(", %1 with letters beyond ASCII, whose lines the rules file cuts")
                       .arg(inWords(m_foresight->countOfCut()));
     if (m_listing == Listing::file && m_joinedLines > 0)
-        counts += tr("\n%1 lines of the file hold several rules each, of which the first alone counts.")
-                      .arg(inWords(m_joinedLines));
+        counts += m_joinedLines == 1
+            ? tr("\n1 line of the file holds several rules, of which the first alone counts.")
+            : tr("\n%1 lines of the file hold several rules each, of which the first alone counts.")
+                  .arg(inWords(m_joinedLines));
     else if (m_listing != Listing::file)
         counts += tr("\nRules that have lost text are not ticked.");
     const auto unread = m_ruleManager == nullptr ? std::nullopt : m_ruleManager->unreadRules();

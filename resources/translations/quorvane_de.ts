@@ -1509,6 +1509,12 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
     <message>
         <source>
+1 line of the file holds several rules, of which the first alone counts.</source>
+        <translation>
+1 Zeile der Datei enthält mehrere Regeln, von denen nur die erste zählt.</translation>
+    </message>
+    <message>
+        <source>
 %1 lines of the file hold several rules each, of which the first alone counts.</source>
         <translation>
 %1 Zeilen der Datei enthalten jeweils mehrere Regeln, von denen nur die erste zählt.</translation>
