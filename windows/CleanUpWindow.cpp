@@ -4,6 +4,7 @@
 #include "windows/ProblemsFinder.h"
 #include "windows/QtText.h"
 #include "windows/RulesTable.h"
+#include "windows/TallRows.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
 #include "workflow/RuleEdits.h"
@@ -64,6 +65,7 @@ void CleanUpWindow::setUpControls()
     intro->setWordWrap(true);
     m_list->setAccessibleName(tr("Rules that can go"));
     m_list->setModel(m_model);
+    m_list->setItemDelegate(new TallRows(m_list));
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true); // avoids measuring every row of a long list
     m_list->setTextElideMode(Qt::ElideMiddle);

@@ -6,6 +6,7 @@
 #include "windows/AccessModel.h"
 #include "windows/QtText.h"
 #include "windows/RulesTable.h"
+#include "windows/TallRows.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
 #include "workflow/DocumentTexts.h"
@@ -20,8 +21,6 @@ namespace quorvane::windows {
 
 namespace {
 
-constexpr int rowHeight = 24; // as of the rules table; logical pixels
-
 std::vector<rules::RuleRef> userRulesOf(std::vector<rules::RuleRef> rules)
 {
     std::erase_if(rules, [](const rules::RuleRef& rule) {
@@ -29,16 +28,6 @@ std::vector<rules::RuleRef> userRulesOf(std::vector<rules::RuleRef> rules)
     });
     return rules;
 }
-
-class TallRows : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
-    {
-        return QStyledItemDelegate::sizeHint(option, index).expandedTo({0, rowHeight});
-    }
-};
 
 } // namespace
 
