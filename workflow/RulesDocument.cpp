@@ -210,7 +210,7 @@ void RulesDocument::finish(const WriteReport& report)
         notify(news);
     if (!report.isWritten || report.message) {
         if (report.isHopeless)
-            m_orders.pop_front();
+            dropFirstOrder();
         fail(report.message.value_or("The rules file '" + m_file.path() + "' could not be written"));
         return;
     }
@@ -218,6 +218,14 @@ void RulesDocument::finish(const WriteReport& report)
     warnOfUnwritableRules(report.unwritableRules);
     pump();
     reportFile();
+}
+
+// Changes whose orders were joined with it still have to be written.
+void RulesDocument::dropFirstOrder()
+{
+    if (!m_orders.front().counts.isNothing())
+        m_lacksOrder = true;
+    m_orders.pop_front();
 }
 
 void RulesDocument::noteWritten(const WriteReport& report)

@@ -145,6 +145,7 @@ private:
     void continueWith(platform::FileLock lock);
     void writeInBackground(platform::FileLock lock);
     void finish(const WriteReport& report);
+    void dropFirstOrder();
     void noteWritten(const WriteReport& report);
     void fail(const std::string& message);
     void joinOrders();
@@ -182,7 +183,7 @@ private:
     std::uint64_t m_knownReading = 0; // the store's ownFileReadings() at that time
     std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
-    bool m_lacksOrder = false; // memory ran out for the order of a change
+    bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
     bool m_isWriting = false;
     std::optional<std::string> m_failure;
 

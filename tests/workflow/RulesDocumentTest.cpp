@@ -396,6 +396,27 @@ TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothin
     EXPECT_FALSE(window.document->restore(1));
 }
 
+TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToBeWritten)
+{
+    box.writeUserRules(line("/a/"));
+    LaterWork background;
+    test::DocumentAtWork window(box, {.background = &background});
+    window.add("/b/");
+    const std::string path = box.locations.userRulesFile();
+    std::filesystem::rename(path, path + ".away");
+    std::filesystem::create_directory(path);
+    ASSERT_TRUE(window.add("/c/").failure);
+    std::filesystem::remove(path);
+    std::filesystem::rename(path + ".away", path);
+    damageAllVersions();
+    EXPECT_TRUE(window.document->restore(1));
+    EXPECT_EQ(window.document->failure(), "Version 1 can no longer be read");
+    EXPECT_TRUE(window.document->hasUnwrittenChanges());
+    window.document->writeNow();
+    EXPECT_EQ(window.document->failure(), std::nullopt);
+    EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
+}
+
 TEST_F(RulesDocumentTest, AProgramThatWaitsForEachWriteLearnsAtOnceThatAVersionIsDamaged)
 {
     box.writeUserRules(line("/a/"));
