@@ -133,7 +133,7 @@ public:
             return std::nullopt;
         } catch (const CLI::ParseError& error) {
             if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
-                complainOf(error);
+                printUsageError(error);
                 return ExitStatus::usage;
             }
             std::ostringstream answer;
@@ -153,7 +153,7 @@ public:
 
 private:
     // Says what is wrong with the arguments, and which help to read.
-    void complainOf(const CLI::ParseError& error) const
+    void printUsageError(const CLI::ParseError& error) const
     {
         const CLI::App* app = &m_description;
         std::string called = app->get_name();
