@@ -35,7 +35,9 @@ template <class Rule> class GrowingOrder {
 public:
     using Placed = typename RuleList<Rule>::Placed;
 
-    explicit GrowingOrder(const RuleList<Rule>& list)
+    // `neighbours`: the rules behind which others will be added.
+    GrowingOrder(const RuleList<Rule>& list, std::unordered_set<const void*> neighbours)
+        : m_neighbours(std::move(neighbours))
     {
         for (std::size_t slot = 0; slot < list.slots().size(); ++slot) {
             if (list.slots()[slot])
@@ -70,7 +72,8 @@ private:
 
     void insertBehind(std::size_t neighbour, Placed placed)
     {
-        m_nodes.emplace(placed.rule.get(), m_next.size());
+        if (m_neighbours.contains(placed.rule.get()))
+            m_nodes.emplace(placed.rule.get(), m_next.size());
         m_rules.push_back(std::move(placed));
         const std::size_t node = m_next.size();
         m_next.push_back(m_next[neighbour]);
@@ -79,11 +82,24 @@ private:
             m_last = node;
     }
 
+    const std::unordered_set<const void*> m_neighbours;
     std::vector<Placed> m_rules;
     std::vector<std::size_t> m_next{head};
     std::size_t m_last = head;
-    std::unordered_map<const void*, std::size_t> m_nodes;
+    std::unordered_map<const void*, std::size_t> m_nodes; // of the neighbours
 };
+
+// The rules behind which the additions of these numbers are placed.
+std::unordered_set<const void*> neighboursIn(
+    const std::vector<ChangeSet::Addition>& additions, const std::vector<std::size_t>& numbers)
+{
+    std::unordered_set<const void*> neighbours;
+    for (const std::size_t number : numbers) {
+        if (const std::optional<RuleRef>& rule = additions[number].place.rule)
+            neighbours.insert(addressOf(*rule));
+    }
+    return neighbours;
+}
 
 // Calls `use` with a list and a record of its kind.
 template <class AnyList, class Use> void withList(const AnyList& anyList, const RuleRef& rule, const Use& use)
@@ -195,27 +211,27 @@ void RuleStore::perform(Plan& plan) noexcept
     }
 }
 
-// Each rule inserted between others moves all that follow, so many rules of one list are inserted at once.
-// Without memory for that, they are left to be inserted one by one.
+// A rule inserted between others moves all that follow, and the list then has to find all of its rules anew;
+// so several of one list are inserted at once. Without memory for that, they are inserted one by one.
 void RuleStore::addManyAtOnce(Plan& plan) noexcept
 {
-    constexpr std::size_t many = 1000;
-    if (plan.addedTo.size() < many)
-        return;
+    const std::vector<ChangeSet::Addition>& additions = plan.changes.added;
     try {
         std::map<AnyList, std::vector<std::size_t>> numbers; // of the additions, by list
-        for (std::size_t number = 0; number < plan.addedTo.size(); ++number)
+        for (std::size_t number = 0; number < additions.size(); ++number)
             numbers[plan.addedTo[number]].push_back(number);
         for (const auto& each : numbers) {
             const std::vector<std::size_t>& added = each.second;
-            if (added.size() < many)
+            const auto isBetween = [&additions](std::size_t number) {
+                return additions[number].place.kind != ChangeSet::Place::end;
+            };
+            if (std::count_if(added.begin(), added.end(), isBetween) < 2)
                 continue;
-            withList(each.first, plan.changes.added[added.front()].rule, [&](auto& list, const auto& first) {
-                GrowingOrder order(list);
-                for (const std::size_t number : added) {
-                    const ChangeSet::Addition& addition = plan.changes.added[number];
-                    order.add(std::get<std::decay_t<decltype(first)>>(addition.rule), addition.place);
-                }
+            withList(each.first, additions[added.front()].rule, [&](auto& list, const auto& first) {
+                using RulePtr = std::decay_t<decltype(first)>;
+                GrowingOrder order(list, neighboursIn(additions, added));
+                for (const std::size_t number : added)
+                    order.add(std::get<RulePtr>(additions[number].rule), additions[number].place);
                 list.insertAll(order.inOrder());
             });
             for (const std::size_t number : added)
