@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rules/RuleIndex.h"
+#include "rules/RuleRows.h"
 
 #include <memory>
 #include <vector>

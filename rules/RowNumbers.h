@@ -30,6 +30,8 @@ public:
     // The rules by number, including those no longer stored.
     const AppendOnlyTable<RuleRef>& rules() const { return m_rules; }
     bool isStored(std::uint32_t number) const { return m_isStored[number]; }
+    // The same for all numbers.
+    const std::vector<bool>& storedMarks() const { return m_isStored; }
     // How many rules are stored.
     std::size_t stored() const { return m_stored; }
 

@@ -2,7 +2,9 @@
 
 #include "platform/Unicode.h"
 
+#include <algorithm>
 #include <future>
+#include <string>
 
 namespace quorvane::rules {
 
@@ -15,38 +17,63 @@ bool policyRuleContains(const PolicyRule& rule, std::string_view text)
         || platform::searchKey(fields.tag.view()).find(key) != std::string::npos;
 }
 
-void RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules)
+bool RuleFilter::markContaining(std::string_view text, const AppendOnlyTable<RuleRef>& rules,
+    std::size_t first, std::vector<bool>& marks, const std::stop_token& stop)
 {
-    // Folding the paths of many rules takes as long as all the rest, so a second thread does it in parallel.
-    constexpr std::size_t manyRules = 50000;
-    const std::size_t first = m_rules;
-    const std::size_t added = rules.size() - first;
-    const auto policy
-        = added > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
-    const auto foldPaths = [this, &rules, first, added] {
-        constexpr std::size_t roomForPath = 64; // bytes; reserved memory that is never touched costs nothing
-        if (first == 0)
-            m_paths.reserve(added, added * roomForPath);
-        for (std::size_t number = first; number < rules.size(); ++number)
-            visitRule(rules[number], [this](const auto& record) { m_paths.append(record.fields().path); });
-    };
-    std::future<void> paths = std::async(policy, foldPaths);
-    for (std::size_t number = first; number < rules.size(); ++number) {
-        visitRule(rules[number],
-            [this](const auto& record) { m_processNames.append(record.fields().processName); });
-        const PolicyRule* policyRule = policyRuleIn(rules[number]);
-        m_tags.append(policyRule == nullptr ? NullableText() : policyRule->fields().tag);
+    const std::lock_guard lock(m_mutex);
+    if (!follow(rules, stop))
+        return false;
+    const std::string key = platform::searchKey(text);
+    for (const FoldedColumn* column : {&m_paths, &m_processNames, &m_tags}) {
+        if (stop.stop_requested())
+            return false;
+        column->markContaining(key, first, marks);
     }
-    paths.get();
-    m_rules = rules.size();
+    return true;
 }
 
-void RuleFilter::markContaining(std::string_view text, std::size_t first, std::vector<bool>& marks) const
+// Adds the rules that are not known yet. What is added stays when it is stopped.
+bool RuleFilter::follow(const AppendOnlyTable<RuleRef>& rules, const std::stop_token& stop)
 {
-    const std::string key = platform::searchKey(text);
-    m_paths.markContaining(key, first, marks);
-    m_processNames.markContaining(key, first, marks);
-    m_tags.markContaining(key, first, marks);
+    try {
+        while (m_rules < rules.size()) {
+            if (stop.stop_requested())
+                return false;
+            addSome(rules);
+        }
+        return true;
+    } catch (...) {
+        m_paths = {};
+        m_processNames = {};
+        m_tags = {};
+        m_rules = 0;
+        throw;
+    }
+}
+
+void RuleFilter::addSome(const AppendOnlyTable<RuleRef>& rules)
+{
+    constexpr std::size_t rulesAtOnce = 100'000; // takes some ten milliseconds
+    constexpr std::size_t roomForPath = 64; // bytes; reserved memory that is never touched costs nothing
+    // Folding the paths of many rules takes as long as all the rest, so a second thread does it in parallel.
+    constexpr std::size_t manyRules = 50'000;
+    const std::size_t end = std::min(rules.size(), m_rules + rulesAtOnce);
+    if (m_rules == 0)
+        m_paths.reserve(rules.size(), rules.size() * roomForPath);
+    const auto policy
+        = end - m_rules > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
+    std::future<void> paths = std::async(policy, [this, &rules, end] {
+        for (std::size_t number = m_rules; number < end; ++number)
+            m_paths.append(askValue(valueOf(rules[number]), [](const auto& fields) { return fields.path; }));
+    });
+    for (std::size_t number = m_rules; number < end; ++number) {
+        const RuleValue value = valueOf(rules[number]);
+        m_processNames.append(askValue(value, [](const auto& fields) { return fields.processName; }));
+        const auto* policyRule = std::get_if<PolicyValue>(&value);
+        m_tags.append(policyRule == nullptr ? NullableText() : (*policyRule)->tag);
+    }
+    paths.get();
+    m_rules = end;
 }
 
 } // namespace quorvane::rules

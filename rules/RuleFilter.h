@@ -5,6 +5,8 @@
 #include "rules/RuleRef.h"
 
 #include <cstddef>
+#include <mutex>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -16,17 +18,21 @@ bool policyRuleContains(const PolicyRule& rule, std::string_view text);
 // Finds the rules that contain a text in path, process name or, for policy rules only, tag;
 // case-insensitively, by the rules of the locale. Deliberate: a watch rule's tag is not searched.
 //
-// Keeps the folded texts by rule number, as the rules were when they were added. For the thread that owns the
-// store; throws std::bad_alloc.
+// Keeps the folded texts by rule number, as the rules were when they were added. Any thread, one after the
+// other; throws std::bad_alloc.
 class RuleFilter {
 public:
-    // Adds the rules of `rules` that are not known yet.
-    void follow(const AppendOnlyTable<RuleRef>& rules);
-
-    // Sets the mark of every known rule from number `first` on that contains `text`, which must not be empty.
-    void markContaining(std::string_view text, std::size_t first, std::vector<bool>& marks) const;
+    // Sets the mark of every rule of `rules` from number `first` on that contains `text`, which must not be
+    // empty. Each call must be for the same table, or an earlier or later state of it. False when it was
+    // stopped; then only some marks are set.
+    bool markContaining(std::string_view text, const AppendOnlyTable<RuleRef>& rules, std::size_t first,
+        std::vector<bool>& marks, const std::stop_token& stop);
 
 private:
+    bool follow(const AppendOnlyTable<RuleRef>& rules, const std::stop_token& stop);
+    void addSome(const AppendOnlyTable<RuleRef>& rules);
+
+    std::mutex m_mutex; // for everything below
     FoldedColumn m_paths;
     FoldedColumn m_processNames;
     FoldedColumn m_tags;

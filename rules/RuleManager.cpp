@@ -276,17 +276,25 @@ void RuleManager::sortIndexUsingDescriptors(std::vector<SortDescriptor> descript
 
 std::size_t RuleManager::totalRules(bool includeSystemRules) const
 {
-    return index().rows()->count(includeSystemRules);
+    return presentRows().count(includeSystemRules);
 }
 
 const RuleRef& RuleManager::ruleAtIndex(std::size_t row, bool includeSystemRules) const
 {
-    return index().rows()->at(row, includeSystemRules);
+    return presentRows().at(row, includeSystemRules);
 }
 
 std::shared_ptr<const RuleRows> RuleManager::rows() const
 {
-    return index().rows();
+    attempt([this] { m_store->rows(); });
+    return m_store->presentRows();
+}
+
+std::optional<RowsComputation> RuleManager::longComputation(std::size_t manyRules) const
+{
+    std::optional<RowsComputation> computation;
+    attempt([&] { computation = m_store->longComputation(manyRules); });
+    return computation;
 }
 
 std::shared_ptr<const RuleRows> RuleManager::storedRows() const
@@ -299,7 +307,7 @@ std::shared_ptr<const RuleRows> RuleManager::storedRows() const
 std::vector<PolicyRulePtr> RuleManager::policyRules() const
 {
     std::vector<PolicyRulePtr> rules;
-    attempt([&] { rules = index().passingPolicyRules(); });
+    attempt([&] { rules = m_store->passingPolicyRules(); });
     return rules;
 }
 
@@ -307,8 +315,8 @@ bool RuleManager::hasEqualPolicyRule(const PolicyRule& rule) const
 {
     bool isThere = false;
     attempt([&] {
-        isThere = m_store->hasEqual(rule.fields(),
-            [this](const PolicyRule& stored) { return m_store->presentIndex().passes(stored); });
+        isThere = m_store->hasEqual(
+            rule.fields(), [this](const PolicyRule& stored) { return m_store->passes(stored); });
     });
     return isThere;
 }
@@ -442,11 +450,11 @@ std::optional<RuleRef> RuleManager::firstEqualRule(
     return equal;
 }
 
-// The index with the previous rows, when there is no memory for new ones.
-const RuleIndex& RuleManager::index() const
+// The previous rows when there is no memory for new ones.
+const RuleRows& RuleManager::presentRows() const
 {
-    attempt([this] { m_store->index(); });
-    return m_store->presentIndex();
+    attempt([this] { m_store->rows(); });
+    return *m_store->presentRows();
 }
 
 // False when `work` has run out of memory, which lastErrorMessage() then reports.

@@ -4,9 +4,10 @@
 #include "rules/ChangeSet.h"
 #include "rules/FilterOptions.h"
 #include "rules/KnownFile.h"
-#include "rules/RuleIndex.h"
+#include "rules/RowsComputation.h"
 #include "rules/RuleList.h"
 #include "rules/RuleRef.h"
+#include "rules/RuleRows.h"
 #include "rules/RuleSort.h"
 #include "rules/RuleStore.h"
 #include "rules/RulesFile.h"
@@ -99,6 +100,8 @@ public:
     void rebuildRulesCache();
     // Shows only rules that contain `text`; all of them when it is empty. Stays in force until changed.
     void applyFilterWithString(const std::string& text);
+    // None when all are shown.
+    const std::optional<std::string>& searchText() const { return m_store->searchText(); }
     // Stays in force, also after later rebuilds.
     void sortIndexUsingDescriptors(std::vector<SortDescriptor> descriptors);
     std::size_t totalRules(bool includeSystemRules) const;
@@ -108,6 +111,12 @@ public:
     const RuleRef& ruleAtIndex(std::size_t row, bool includeSystemRules) const;
     // The current rows, unaffected by later changes of the store.
     std::shared_ptr<const RuleRows> rows() const;
+    // The computation that the rows wait for, if it sorts or searches at least `manyRules`: for another
+    // thread to run, while the rows are not accessed. None when they are up to date or are quickly made.
+    std::optional<RowsComputation> longComputation(std::size_t manyRules) const;
+    // Takes what such a computation has found: the rows, or, when rules or text have changed meanwhile, what
+    // makes them quickly. False when nothing of it holds.
+    bool adopt(RowsComputation computed) { return m_store->adopt(std::move(computed)); }
     // All stored rules in stored order, whatever filter and sort order; unaffected by later additions and
     // removals. Cheap.
     std::shared_ptr<const RuleRows> storedRows() const;
@@ -197,7 +206,7 @@ private:
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readPreferences();
     void noteReadFailure(const std::string& message);
-    const RuleIndex& index() const;
+    const RuleRows& presentRows() const;
     template <class Work> bool attempt(const Work& work) const;
 
     const platform::Locations m_locations;

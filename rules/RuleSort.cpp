@@ -29,9 +29,11 @@ constexpr std::array<std::pair<std::string_view, SortKey>, 11> propertyNames{{
 
 template <class Rule> constexpr bool isPolicy = std::is_same_v<Rule, PolicyRule>;
 
+// The record may be changed on another thread: its properties are those of one moment.
 template <class Rule> void appendValue(SortColumn& column, SortKey key, const Rule& rule)
 {
-    const auto& fields = rule.fields();
+    const auto value = rule.value();
+    const auto& fields = *value;
     switch (key) {
     case SortKey::policyClass:
         return column.appendNumber(rule.policyClass());
@@ -100,11 +102,11 @@ std::optional<SortKey> sortKeyNamed(std::string_view property)
 // A multikey sort, eight bytes of a key at a time: positions that tie in them form a shorter range that is
 // sorted by the next eight, and by the next descriptor when the key is exhausted. So long common prefixes are
 // compared once. Sorting whole folded keys takes twice as long.
-void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
-    const std::vector<SortDescriptor>& descriptors)
+bool sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
+    const std::vector<SortDescriptor>& descriptors, const std::stop_token& stop)
 {
     if (descriptors.empty())
-        return;
+        return true;
     std::vector<std::unique_ptr<SortColumn>> columns(descriptors.size());
     std::vector<SortColumn::Slice> slices(order.size());
     for (std::size_t place = 0; place < slices.size(); ++place)
@@ -112,6 +114,8 @@ void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>
 
     std::vector<Tie> ties{{0, order.size(), 0, 0}};
     while (!ties.empty()) {
+        if (stop.stop_requested())
+            return false;
         const Tie tie = ties.back();
         ties.pop_back();
         if (tie.descriptor == descriptors.size())
@@ -142,6 +146,7 @@ void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>
     std::transform(
         slices.begin(), slices.end(), sorted.begin(), [&](const auto& slice) { return order[slice.place]; });
     order = std::move(sorted);
+    return true;
 }
 
 int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& descriptors)

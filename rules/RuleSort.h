@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -41,10 +42,10 @@ struct SortDescriptor {
 
 // Sorts `order`, numbers of `rules`: the first descriptor is the primary key, each later one breaks the ties
 // of those before it, and rules that tie in all keep their order. Texts compare by code point after case
-// folding, null or absent first; numbers numerically. For the thread that owns the rules; throws
-// std::bad_alloc.
-void sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
-    const std::vector<SortDescriptor>& descriptors);
+// folding, null or absent first; numbers numerically. False, and nothing is sorted, when stopped. Any thread;
+// throws std::bad_alloc.
+bool sortRules(std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules,
+    const std::vector<SortDescriptor>& descriptors, const std::stop_token& stop = {});
 
 // Negative when `a` comes before `b` in that order, positive when after it, 0 when they tie in all.
 int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescriptor>& descriptors);

@@ -15,7 +15,7 @@ PolicyGroup& RuleStore::groupOf(const PolicyRuleFields& rule)
     if (m_newGroups.size() == m_newGroups.capacity())
         m_newGroups.reserve(2 * m_newGroups.size() + 1);
     const auto [group, isNew]
-        = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_index.numbers(), m_anyStrays);
+        = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_numbers, m_anyStrays);
     if (isNew)
         m_newGroups.push_back(&*group);
     return group->second;
@@ -113,63 +113,115 @@ bool RuleStore::hasEqual(
 
 void RuleStore::setSearchText(std::optional<std::string> text)
 {
-    m_index.setSearchText(std::move(text));
+    m_rows.setSearchText(std::move(text));
     rebuildRows();
 }
 
+// Rows that tie in all previous keys are in stored order. If the new keys include those, so are rows that tie
+// in them, and the rows can be made from the stored ones at the next access; else the present ones are
+// sorted.
 void RuleStore::sort(std::vector<SortDescriptor> descriptors)
 {
-    index();
-    try {
-        m_index.sort(std::move(descriptors));
-    } catch (const std::bad_alloc&) {
-        rebuildRows();
-        throw;
-    }
+    const auto isKeyOf = [&](const SortDescriptor& former) {
+        return std::any_of(descriptors.begin(), descriptors.end(),
+            [&](const SortDescriptor& descriptor) { return descriptor.key == former.key; });
+    };
+    const std::vector<SortDescriptor>& former = m_rows.sortDescriptors();
+    const bool keepsTies
+        = (m_rowsAreStale || m_rows.areTiesStored()) && std::all_of(former.begin(), former.end(), isKeyOf);
+    if (!keepsTies)
+        rows();
+    rebuildRows();
+    if (keepsTies)
+        return m_rows.setSortDescriptors(std::move(descriptors));
+    m_rows.sortAgain(std::move(descriptors));
+    m_rowsAreStale = false;
 }
 
 void RuleStore::setView(const RuleStore& other)
 {
-    m_index.setView(other.m_index);
+    m_rows.setSearchText(other.m_rows.searchText());
+    m_rows.setSortDescriptors(other.m_rows.sortDescriptors());
     rebuildRows();
 }
 
-const RuleIndex& RuleStore::index() const
+const std::shared_ptr<const RuleRows>& RuleStore::rows() const
 {
-    if (!m_rowsAreStale)
-        return m_index;
-    if (m_index.numbers().mustStartAfresh())
+    if (m_rowsAreStale) {
+        RowsComputation computation = followedRules();
+        computation.run();
+        m_rows = std::move(computation);
+        m_rowsAreStale = false;
+    }
+    return m_rows.rows();
+}
+
+// The computation with the present rules, not run yet.
+RowsComputation& RuleStore::followedRules() const
+{
+    if (m_numbers.mustStartAfresh())
         numberAfresh();
-    m_index.rebuild(storedOrder());
-    m_rowsAreStale = false;
-    return m_index;
+    m_rows.setRules(m_numbers, storedOrder());
+    m_numbers.settle();
+    return m_rows;
+}
+
+std::optional<RowsComputation> RuleStore::longComputation(std::size_t manyRules) const
+{
+    if (!m_rowsAreStale || storedRules() < manyRules || !m_rows.wouldVisitAll(m_numbers))
+        return std::nullopt;
+    return followedRules();
+}
+
+bool RuleStore::adopt(RowsComputation computed)
+{
+    if (!m_rowsAreStale || !computed.isOf(m_numbers)
+        || computed.sortDescriptors() != m_rows.sortDescriptors())
+        return false;
+    const bool isCurrent = computed.searchText() == m_rows.searchText() && computed.knows(m_numbers);
+    computed.setSearchText(m_rows.searchText());
+    m_rows = std::move(computed);
+    m_rowsAreStale = !isCurrent;
+    return true;
 }
 
 std::shared_ptr<const RuleRows> RuleStore::storedRows() const
 {
-    index();
-    return m_index.storedRows();
+    return followedRules().storedRows();
+}
+
+std::vector<PolicyRulePtr> RuleStore::passingPolicyRules() const
+{
+    rows();
+    return m_rows.passingPolicyRules();
+}
+
+bool RuleStore::passes(const PolicyRule& rule) const
+{
+    const auto& text = m_rows.searchText();
+    return !text || policyRuleContains(rule, *text);
 }
 
 void RuleStore::numberAfresh() const
 {
-    m_index.forgetNumbers();
-    m_index.numbers().clear();
+    m_rows.forgetNumbers();
+    m_rowsAreStale = true;
+    m_numbers.clear();
     m_values = {};
     m_watchRules.numberAfresh();
     for (auto& [key, group] : m_groups)
         group.rules().numberAfresh();
-    if (m_index.numbers().mustStartAfresh())
+    if (m_numbers.mustStartAfresh())
         throw std::bad_alloc();
 }
 
 // Watch rules, then policy rules by group.
-RuleOrder RuleStore::storedOrder() const
+std::shared_ptr<const RuleOrder> RuleStore::storedOrder() const
 {
-    RuleOrder order;
-    order.reserve(m_index.numbers().stored());
+    auto order = std::make_shared<RuleOrder>();
+    order->reserve(m_numbers.stored());
     const auto append = [&order](const std::vector<std::uint32_t>& numbers) {
-        std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(order),
+        std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(*order),
             [](std::uint32_t number) { return number != RowNumbers::none; });
     };
     append(m_watchRules.numbers());
@@ -181,15 +233,12 @@ RuleOrder RuleStore::storedOrder() const
 // Values are cached by row number, so that the next snapshot only adds those of new and changed rules.
 RulesSnapshot RuleStore::userRulesSnapshot() const
 {
-    RowNumbers& numbers = m_index.numbers();
-    if (numbers.mustStartAfresh())
-        numberAfresh();
-    for (std::size_t number = m_values.size(); number < numbers.rules().size(); ++number) {
-        const bool isStored = numbers.isStored(static_cast<std::uint32_t>(number));
-        m_values.append(isStored ? presentValueOf(numbers.rules()[number]) : RuleValue());
+    std::shared_ptr<const RuleOrder> order = followedRules().storedUserRules();
+    for (std::size_t number = m_values.size(); number < m_numbers.rules().size(); ++number) {
+        const bool isStored = m_numbers.isStored(static_cast<std::uint32_t>(number));
+        m_values.append(isStored ? presentValueOf(m_numbers.rules()[number]) : RuleValue());
     }
-    numbers.settle();
-    return {m_values, m_index.withoutSystemRules(std::make_shared<const RuleOrder>(storedOrder()))};
+    return {m_values, std::move(order)};
 }
 
 } // namespace quorvane::rules

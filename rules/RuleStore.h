@@ -4,7 +4,7 @@
 #include "rules/ChangeSet.h"
 #include "rules/Hashing.h"
 #include "rules/PolicyGroup.h"
-#include "rules/RuleIndex.h"
+#include "rules/RowsComputation.h"
 #include "rules/RuleList.h"
 #include "rules/RuleRef.h"
 #include "rules/RulesSnapshot.h"
@@ -81,19 +81,27 @@ public:
     }
     RulesSnapshot userRulesSnapshot() const;
 
-    // Marks the rows as stale; they are rebuilt at the next access.
+    // Marks the rows as stale; they are made anew at the next access.
     void rebuildRows() { m_rowsAreStale = true; }
     void setSearchText(std::optional<std::string> text);
+    const std::optional<std::string>& searchText() const { return m_rows.searchText(); }
     void sort(std::vector<SortDescriptor> descriptors);
-    // The index, rebuilt when stale.
-    const RuleIndex& index() const;
+    // The rows, made anew when stale.
+    const std::shared_ptr<const RuleRows>& rows() const;
+    // The rows as they are, perhaps stale.
+    const std::shared_ptr<const RuleRows>& presentRows() const { return m_rows.rows(); }
     // All rules, whatever search text and sort order.
     std::shared_ptr<const RuleRows> storedRows() const;
-    // The index as it is, perhaps stale.
-    const RuleIndex& presentIndex() const { return m_index; }
+    // The policy rules that pass the search, in stored order.
+    std::vector<PolicyRulePtr> passingPolicyRules() const;
+    // True when `rule`, with its current value, passes the search.
+    bool passes(const PolicyRule& rule) const;
+    // See RuleManager.
+    std::optional<RowsComputation> longComputation(std::size_t manyRules) const;
+    bool adopt(RowsComputation computed);
     // Copies search text and sort order from another store.
     void setView(const RuleStore& other);
-    std::size_t storedRules() const { return m_index.numbers().stored(); }
+    std::size_t storedRules() const { return m_numbers.stored(); }
 
 private:
     using AnyList = std::variant<RuleList<WatchRule>*, RuleList<PolicyRule>*>;
@@ -107,11 +115,13 @@ private:
     std::optional<AnyList> listOf(const RuleRef& rule);
     RuleList<PolicyRule>* listOf(const PolicyRule& rule);
     void dropNewGroups(std::size_t kept) noexcept;
+    RowsComputation& followedRules() const;
     void numberAfresh() const;
-    RuleOrder storedOrder() const;
+    std::shared_ptr<const RuleOrder> storedOrder() const;
 
     // Derived data, updated on access.
-    mutable RuleIndex m_index;
+    mutable RowNumbers m_numbers;
+    mutable RowsComputation m_rows;
     mutable bool m_rowsAreStale = false;
     mutable AppendOnlyTable<RuleValue> m_values; // by row number; as far as snapshots have needed them
     mutable std::vector<const Groups::value_type*> m_orderedGroups;
@@ -119,7 +129,7 @@ private:
 
     bool m_anyStrays = false;
     mutable Groups m_groups;
-    mutable RuleList<WatchRule> m_watchRules{m_index.numbers()};
+    mutable RuleList<WatchRule> m_watchRules{m_numbers};
 };
 
 } // namespace quorvane::rules

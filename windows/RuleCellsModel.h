@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/Workspace.h"
-#include "rules/RuleIndex.h"
+#include "rules/RuleRows.h"
 #include "workflow/VisibleRows.h"
 
 #include <QAbstractTableModel>

@@ -5,6 +5,7 @@
 #include "windows/ExchangeController.h"
 #include "windows/ExchangeDrop.h"
 #include "windows/QtText.h"
+#include "windows/RowsRefresh.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/ApplicationServices.h"
@@ -91,7 +92,7 @@ void RulesEditorTableController::deleteRow(std::size_t row)
     apply(change);
     if (change.headedItsGroup)
         m_model->remakeCells(row, {applicationColumn, stateColumn});
-    selectAfterDelete(change, following);
+    whenRowsAreShown([=, this] { selectAfterDelete(change, following); });
 }
 
 void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows)
@@ -104,7 +105,7 @@ void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});
-    selectAfterDelete(change, following);
+    whenRowsAreShown([=, this] { selectAfterDelete(change, following); });
 }
 
 // So that keyboard navigation continues from the same position.
@@ -143,7 +144,7 @@ void RulesEditorTableController::tableViewCellAction(const QString& tag)
 
 void RulesEditorTableController::apply(const workflow::TableChange& change)
 {
-    if (!m_model->removeRules())
+    if (m_refresh->isWorking() || !m_model->removeRules())
         reloadTable();
     validateItems();
     updateCounts();

@@ -37,20 +37,22 @@ workflow::RulesSelection RulesEditorTableController::selection() const
 
 void RulesEditorTableController::selectRules(const std::vector<rules::RuleRef>& rules)
 {
-    m_ui->rulesEditorTableView->selectRows(m_model->rowsOf(rules));
+    whenRowsAreShown([this, rules] { m_ui->rulesEditorTableView->selectRows(m_model->rowsOf(rules)); });
 }
 
 void RulesEditorTableController::revealRule(const rules::RuleRef& rule)
 {
-    if (!m_store.isStored(rule))
-        return;
-    if (!m_model->rowOf(rule)) {
-        m_ui->searchField->clear();
-        m_ui->narrowBar->clear();
-        if (isSystemRule(rule) && !showsSystemRules())
-            hideSystemAction();
-    }
-    selectRules({rule});
+    whenRowsAreShown([this, rule] {
+        if (!m_store.isStored(rule))
+            return;
+        if (!m_model->rowOf(rule)) {
+            m_ui->searchField->clear();
+            m_ui->narrowBar->clear();
+            if (isSystemRule(rule) && !showsSystemRules())
+                hideSystemAction();
+        }
+        selectRules({rule});
+    });
 }
 
 bool RulesEditorTableController::perform(

@@ -9,6 +9,7 @@
 #include "windows/OneLineText.h"
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
+#include "windows/RowsRefresh.h"
 #include "windows/RulesFileFollower.h"
 #include "windows/RulesTableModel.h"
 #include "windows/SelectionController.h"
@@ -52,6 +53,7 @@ RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& 
     , m_keptDrafts(toQt(document.stateFolder()), m_store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(m_store, workspace, this))
+    , m_refresh(std::make_unique<RowsRefresh>(m_store))
     , m_rulesHistory(std::make_unique<workflow::RulesHistory>(document))
     , m_histories{m_rulesHistory.get()}
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
@@ -61,6 +63,7 @@ RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& 
     m_log.write("-[RulesEditorTableController init]");
     setUpActions();
     setUpTable();
+    setUpRefresh();
     setUpCommands();
     setUpExchange();
     setUpActionsOnMany();
@@ -166,6 +169,17 @@ void RulesEditorTableController::setUpTable()
         &RulesEditorTableController::sortByColumn);
 }
 
+void RulesEditorTableController::setUpRefresh()
+{
+    connect(m_refresh.get(), &RowsRefresh::done, this, &RulesEditorTableController::showRows);
+    connect(m_refresh.get(), &RowsRefresh::isSlow, this, [this](bool slow) {
+        if (slow)
+            m_ui->countLabel->setText(m_refresh->isSearch() ? tr("Searching\u2026") : tr("Sorting\u2026"));
+        else
+            updateCounts();
+    });
+}
+
 void RulesEditorTableController::searchFieldAction()
 {
     const std::string text = fromQt(m_ui->searchField->text());
@@ -219,10 +233,18 @@ void RulesEditorTableController::reloadRows()
 {
     m_run.internalWrite = true;
     reloadTable();
-    showNewRule();
+    whenRowsAreShown([this] { showNewRule(); });
 }
 
 void RulesEditorTableController::reloadTable()
+{
+    if (m_refresh->start())
+        showFailure();
+    else
+        showRows();
+}
+
+void RulesEditorTableController::showRows()
 {
     m_rulesEditorContextualMenu->close(); // its row may belong to another rule now
     const SelectionState selection(*m_ui->rulesEditorTableView, *m_model);
@@ -231,6 +253,17 @@ void RulesEditorTableController::reloadTable()
     validateItems();
     updateCounts();
     showFailure();
+    for (auto& work : std::exchange(m_whenRowsAreShown, {}))
+        whenRowsAreShown(std::move(work)); // one of them may start another search
+}
+
+// At once, or when the rows that are being computed are shown.
+void RulesEditorTableController::whenRowsAreShown(std::function<void()> work)
+{
+    if (m_refresh->isWorking())
+        m_whenRowsAreShown.push_back(std::move(work));
+    else
+        work();
 }
 
 void RulesEditorTableController::updateCounts()

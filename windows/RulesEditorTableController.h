@@ -13,6 +13,7 @@
 #include <QPointer>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -50,6 +51,7 @@ class MapWindow;
 class PlaceMenu;
 class ProblemsFinder;
 class RuleEditorWindow;
+class RowsRefresh;
 class RulesFileFollower;
 class RulesTableModel;
 class SelectionController;
@@ -79,7 +81,8 @@ public:
     // window offers. A second call does nothing.
     void keepUnsavedRules();
 
-    // Reloads the store's rows. Keeps selection and scroll position as far as their rules still exist.
+    // Reloads the store's rows. Keeps selection and scroll position as far as their rules still exist. When
+    // very many rules have to be sorted or searched for that, the table shows the former rows meanwhile.
     void reloadData() override;
 
     // Adds a file whose versions the history window shows, too. Not owned; must outlive the window.
@@ -214,10 +217,13 @@ private:
     void rulesWereReloaded() override;
     void fileStateDidChange() override;
     void documentHasNews(const workflow::DocumentNews& news) override;
+    void setUpRefresh();
     void sortBy(rules::SortKey key, int column);
     void sortDescriptorsDidChange();
     void reloadRows();
     void reloadTable();
+    void showRows();
+    void whenRowsAreShown(std::function<void()> work);
     void updateCounts();
     void showFailure();
     void validateItems();
@@ -245,6 +251,8 @@ private:
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<rules::SortDescriptor> m_sortDescriptors;
+    std::unique_ptr<RowsRefresh> m_refresh;
+    std::vector<std::function<void()>> m_whenRowsAreShown;
     QString m_preferencesFailure;
     bool m_columnsFitted = false;
     QMenu* m_rulesEditorContextualMenu; // owned by this window, like its items

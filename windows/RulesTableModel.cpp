@@ -22,20 +22,17 @@ void RulesTableModel::reload()
     setRows(presentRows(), m_showsSystemRules);
 }
 
-std::shared_ptr<const rules::RuleRows> RulesTableModel::presentRows() const
+std::shared_ptr<const rules::RuleRows> RulesTableModel::presentRows()
 {
     const auto all = m_store.rows();
-    return m_narrowing ? m_narrowing->narrowed(*all) : all;
+    auto rows = m_narrowing ? m_narrowing->narrowed(*all) : all;
+    m_leftOutRules = all->count(true) - rows->count(true);
+    return rows;
 }
 
 std::size_t RulesTableModel::hiddenSystemRules() const
 {
     return rows().count(true) - rows().count(rowsShowSystemRules());
-}
-
-std::size_t RulesTableModel::leftOutRules() const
-{
-    return m_store.totalRules(true) - rows().count(true);
 }
 
 bool RulesTableModel::removeRules()

@@ -34,10 +34,10 @@ public:
     // Shows the store's current rows.
     void reload();
 
-    // How many of the store's rows are not shown: system rules, and those that the narrowing excludes. Valid
-    // until the store's rows change.
+    // How many of the store's rows were not shown at the last reload: system rules, and those that the
+    // narrowing excludes.
     std::size_t hiddenSystemRules() const;
-    std::size_t leftOutRules() const;
+    std::size_t leftOutRules() const { return m_leftOutRules; }
 
     // Call it when the store has lost one contiguous range of rows: removes them while all others keep their
     // cells. False, without a change, when the rows differ in another way; then call reload().
@@ -59,11 +59,12 @@ protected:
     std::string_view titleOf(int column) const override;
 
 private:
-    std::shared_ptr<const rules::RuleRows> presentRows() const;
+    std::shared_ptr<const rules::RuleRows> presentRows();
 
     const rules::RuleManager& m_store;
     std::shared_ptr<workflow::Narrowing> m_narrowing;
     bool m_showsSystemRules = false;
+    std::size_t m_leftOutRules = 0;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
 };
 

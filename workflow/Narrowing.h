@@ -1,7 +1,7 @@
 #pragma once
 
 #include "rules/AppendOnlyTable.h"
-#include "rules/RuleIndex.h"
+#include "rules/RuleRows.h"
 #include "rules/RuleRef.h"
 #include "workflow/KnownProblems.h"
 #include "workflow/RuleCriteria.h"

@@ -2029,6 +2029,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>No rule matches what is chosen under Narrow.</source>
         <translation>Keine Regel entspricht dem, was unter Eingrenzen gewählt ist.</translation>
     </message>
+    <message>
+        <source>Searching…</source>
+        <translation>Suche läuft…</translation>
+    </message>
+    <message>
+        <source>Sorting…</source>
+        <translation>Sortieren läuft…</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::windows::SavePanel</name>

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace quorvane::rules {
@@ -91,6 +93,23 @@ public:
         }
     }
     std::size_t hiddenEquals() const { return m_hiddenEquals; }
+
+    void rebuildRows()
+    {
+        m_plain.rebuild();
+        m_store->rebuildRulesCache();
+    }
+    // Begins to compute the rows on another thread, or takes what that has found.
+    void computeRows()
+    {
+        if (m_thread.joinable()) {
+            m_thread.join();
+            m_adopted += m_store->adopt(std::move(*m_computation)) ? 1U : 0U;
+        } else if ((m_computation = m_store->longComputation(1))) {
+            m_thread = std::jthread([this] { m_computation->run(); });
+        }
+    }
+    std::size_t adoptedComputations() const { return m_adopted; }
 
 private:
     void compareAnswersOn(const PolicyRule& rule)
@@ -187,6 +206,9 @@ private:
     std::vector<PolicyRulePtr> m_policies; // including those deleted since
     std::size_t m_redundant = 0;
     std::size_t m_hiddenEquals = 0;
+    std::size_t m_adopted = 0;
+    std::optional<RowsComputation> m_computation; // of the thread while that runs
+    std::jthread m_thread;
 };
 
 } // namespace
@@ -201,6 +223,25 @@ TEST(StoreWalks, RowsAgreeWithPlainWalksAfterEveryStep)
             companions.compareRows();
         }
     }
+}
+
+TEST(StoreWalks, RowsComputedOnAnotherThreadAgreeWithPlainWalks)
+{
+    std::size_t adopted = 0;
+    for (unsigned seed = 301; seed <= 304 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Companions companions(seed);
+        for (int step = 0; step < 400 && !HasFatalFailure(); ++step) {
+            companions.step();
+            companions.rebuildRows();
+            if (step % 3 == 0)
+                companions.computeRows();
+            if (step % 7 == 0)
+                companions.compareRows();
+        }
+        adopted += companions.adoptedComputations();
+    }
+    EXPECT_GT(adopted, 100U);
 }
 
 TEST(StoreWalks, RedundancyAndEqualityAgreeWithPlainWalks)

@@ -17,7 +17,7 @@ using Lines = std::vector<std::string>;
 
 } // namespace
 
-TEST(RuleIndex, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
+TEST(RuleRows, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
 {
     const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /1 /bin/b r\n"
@@ -34,7 +34,7 @@ TEST(RuleIndex, WatchRulesStandFirstThenGroupsWhateverTheCaseOfTheirKeys)
     EXPECT_EQ(test::rowPaths(*store), (Lines{"/w2", "/w1", "/4", "/2", "/5", "/1", "/3"}));
 }
 
-TEST(RuleIndex, KeysAreOrderedByCodePointNotByLocale)
+TEST(RuleRows, KeysAreOrderedByCodePointNotByLocale)
 {
     const test::StoreSandbox sandbox;
     const auto store
@@ -43,7 +43,7 @@ TEST(RuleIndex, KeysAreOrderedByCodePointNotByLocale)
     EXPECT_EQ(test::rowPaths(*store), (Lines{"/2", "/1", "/3"}));
 }
 
-TEST(RuleIndex, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
+TEST(RuleRows, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
 {
     const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /2 any r\nwatch path /w any r\nallow path /1 any r\n");
@@ -56,7 +56,7 @@ TEST(RuleIndex, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
     EXPECT_EQ(test::rowPaths(*store), (Lines{"/1", "/2", "/w"}));
 }
 
-TEST(RuleIndex, RowsAreTheStoredRecordsThemselves)
+TEST(RuleRows, RowsAreTheStoredRecordsThemselves)
 {
     const test::StoreSandbox sandbox;
     const auto store = sandbox.emptyStore();
@@ -71,7 +71,7 @@ TEST(RuleIndex, RowsAreTheStoredRecordsThemselves)
     EXPECT_EQ(store->policyRules(), std::vector<PolicyRulePtr>{policy});
 }
 
-TEST(RuleIndex, SystemRulesAreLeftOutOfTheUsersRows)
+TEST(RuleRows, SystemRulesAreLeftOutOfTheUsersRows)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules("allow path /u1 /bin/z r\nwatch path /u2 any r\n");
@@ -85,7 +85,7 @@ TEST(RuleIndex, SystemRulesAreLeftOutOfTheUsersRows)
     EXPECT_EQ(test::rowPaths(*store, false), (Lines{"/u1", "/u2"}));
 }
 
-TEST(RuleIndex, StoreOfSystemRulesOnlyHasNoUsersRows)
+TEST(RuleRows, StoreOfSystemRulesOnlyHasNoUsersRows)
 {
     const test::StoreSandbox sandbox;
     const auto store = sandbox.storeOf("allow path /a any r\nwatch path /b any r\n", true);
