@@ -1,0 +1,193 @@
+#include "bench/LongestGap.h"
+#include "desktop/Workspace.h"
+#include "platform/Log.h"
+#include "tests/support/FakeApplication.h"
+#include "windows/BackgroundThread.h"
+#include "windows/ImportWindowController.h"
+#include "windows/RulesEditorTableController.h"
+#include "windows/RulesTableView.h"
+#include "windows/WindowLook.h"
+#include "workflow/RuleCells.h"
+#include "workflow/RulesDocument.h"
+#include "workflow/RunState.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QThread>
+#include <QWheelEvent>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include <unistd.h>
+
+// gap_times FILE: the longest time without input of the main window during each of its operations, with a
+// copy of FILE as the user's file, and until all that follows from it is done. One operation per line, in
+// milliseconds: its name, the longest gap, the whole time.
+
+namespace {
+
+using namespace quorvane;
+namespace fs = std::filesystem;
+
+class Operations {
+public:
+    Operations(workflow::RulesDocument& document, windows::RulesEditorTableController& window)
+        : m_document(document)
+        , m_window(window)
+        , m_table(*window.findChild<windows::RulesTableView*>())
+        , m_search(*window.findChild<QLineEdit*>(QStringLiteral("searchField")))
+    {
+    }
+
+    // Until nothing has happened for `quiet` milliseconds and the file is written.
+    void print(const std::string& name, const std::function<void()>& operation, qint64 quiet = 300)
+    {
+        bench::LongestGap gap;
+        gap.step(operation);
+        gap.step([this] { m_table.viewport()->repaint(); });
+        double end = gap.whole();
+        QElapsedTimer idle;
+        idle.start();
+        while (idle.elapsed() < quiet || m_document.isWriting()) {
+            bool hasWorked = false;
+            gap.step([&] {
+                hasWorked = QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);
+            });
+            if (hasWorked) {
+                idle.restart();
+                end = gap.whole();
+            } else {
+                QThread::usleep(200); // the other core belongs to the workers
+            }
+        }
+        std::printf("%s %.1f %.1f\n", name.c_str(), gap.longest(), end);
+        std::fflush(stdout);
+    }
+
+    void printSearches(const std::string& name)
+    {
+        print(name + "first-key", [this] { m_search.setText(QStringLiteral("d")); });
+        print(name + "second-key", [this] { m_search.setText(QStringLiteral("do")); });
+        print(name + "rare-text", [this] { m_search.setText(QStringLiteral("documents/work/7")); });
+        print(name + "no-text", [this] { m_search.clear(); });
+    }
+
+    void printViews()
+    {
+        printSearches("search-");
+        for (int column = 0; column < workflow::ruleColumnCount; ++column)
+            print("sort-" + std::to_string(column), [this, column] { m_window.sortByColumn(column); });
+        print("sort-reverse", [this] { m_window.sortByColumn(workflow::ruleColumnCount - 1); });
+        const auto path = static_cast<int>(workflow::RuleColumn::path);
+        print("sort-path", [this, path] { m_window.sortByColumn(path); });
+        printSearches("search-sorted-");
+    }
+
+    void printMoves()
+    {
+        QScrollBar& bar = *m_table.verticalScrollBar();
+        print("bar-end", [&] { bar.setValue(bar.maximum()); });
+        print("bar-middle", [&] { bar.setValue(bar.maximum() / 2); });
+        print("wheel", [this] {
+            const QPointF place(10, 10);
+            QWheelEvent wheel(place, m_table.viewport()->mapToGlobal(place), {}, {0, -120}, Qt::NoButton,
+                Qt::NoModifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(m_table.viewport(), &wheel);
+        });
+        print("resize", [this] { m_window.resize(m_window.width() + 100, m_window.height() + 100); });
+        print("select-all", [this] { m_table.selectAll(); });
+        print("select-one", [this] { m_table.selectRow(middle()); });
+    }
+
+    void printChanges(const std::string& imported)
+    {
+        print("tag", [this] { m_window.tableViewCellAction(QStringLiteral("mine")); });
+        print("second-tag", [this] { m_window.tableViewCellAction(QStringLiteral("other")); });
+        print("delete", [this] { m_window.deleteRow(static_cast<std::size_t>(middle())); });
+        print("undo", [this] { m_window.undo(); });
+        print("redo", [this] { m_window.redo(); });
+        constexpr qint64 watchersDelay = 3000; // milliseconds
+        print(
+            "foreign-change",
+            [this] {
+                std::ofstream(m_document.store().locations().userRulesFile(), std::ios::app)
+                    << "allow prefix \"/added/by/another/program\" any r\n";
+            },
+            watchersDelay);
+        print("review", [&] { m_window.handleFileImport(imported); });
+        if (auto* review = m_window.findChild<windows::ImportWindowController*>())
+            print("import", [review] { review->importAction(); });
+        print("select-all-again", [this] { m_table.selectAll(); });
+        print("delete-all", [this] { m_window.deleteRuleAction(); });
+        print("undo-delete-all", [this] { m_window.undo(); });
+    }
+
+private:
+    int middle() const { return m_table.model()->rowCount() / 2; }
+
+    workflow::RulesDocument& m_document;
+    windows::RulesEditorTableController& m_window;
+    windows::RulesTableView& m_table;
+    QLineEdit& m_search;
+};
+
+// The first hundred thousand rules of `file` for other paths.
+void writeImport(const std::string& file, const std::string& imported)
+{
+    constexpr int importedRules = 100'000;
+    std::ifstream lines(file);
+    std::ofstream out(imported);
+    std::string line;
+    for (int rules = 0; rules < importedRules && std::getline(lines, line); ++rules)
+        out << line.replace(line.find("\"/"), 2, "\"/imported/") << '\n';
+}
+
+void printGaps(const std::string& file, const std::string& folder)
+{
+    const platform::Locations locations(folder, "bench");
+    fs::create_directories(fs::path(locations.userRulesFile()).parent_path());
+    fs::copy_file(file, locations.userRulesFile());
+    const std::string imported = folder + "/imported.quorv";
+    writeImport(file, imported);
+
+    bench::LongestGap start;
+    platform::Log log({});
+    const auto store = rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
+    std::printf("load %.1f %.1f\n", start.whole(), start.whole());
+    windows::BackgroundThread background;
+    workflow::RunState run;
+    workflow::RulesDocument document(
+        *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
+    test::FakeApplication application;
+    desktop::Workspace workspace;
+    windows::RulesEditorTableController window(document, application, run, workspace, log);
+    Operations operations(document, window);
+    operations.print("show", [&window] { window.show(); });
+    operations.printMoves();
+    operations.printViews();
+    operations.printMoves();
+    operations.printChanges(imported);
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication qtApplication(argumentCount, arguments);
+    if (argumentCount != 2) {
+        std::fputs("usage: gap_times FILE\n", stderr);
+        return 2;
+    }
+    windows::applyWindowLook(qtApplication);
+    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
+    printGaps(arguments[1], folder);
+    fs::remove_all(folder);
+    return 0;
+}
