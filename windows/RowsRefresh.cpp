@@ -34,7 +34,8 @@ bool RowsRefresh::start()
 {
     m_stop.request_stop();
     m_stop = {};
-    auto computation = std::make_shared<std::optional<rules::RowsComputation>>(m_store.longComputation(manyRules));
+    auto computation
+        = std::make_shared<std::optional<rules::RowsComputation>>(m_store.longComputation(manyRules));
     if (!*computation) {
         finish();
         return false;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "rules/RuleRows.h"
 #include "rules/RuleRef.h"
+#include "rules/RuleRows.h"
 #include "rules/RuleValue.h"
 #include "workflow/JoinedRules.h"
 #include "workflow/RuleFindings.h"

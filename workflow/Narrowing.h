@@ -1,8 +1,8 @@
 #pragma once
 
 #include "rules/AppendOnlyTable.h"
-#include "rules/RuleRows.h"
 #include "rules/RuleRef.h"
+#include "rules/RuleRows.h"
 #include "workflow/KnownProblems.h"
 #include "workflow/RuleCriteria.h"
 
