@@ -7,6 +7,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QPainter>
 #include <QScopedValueRollback>
 
@@ -71,6 +72,12 @@ RulesTableView::RulesTableView(QWidget* parent)
         if (!m_isMakingRoom && !isBeingHidden && resized != m_pathColumn && resized < m_wishedWidths.size())
             m_wishedWidths[resized] = width;
     });
+}
+
+void RulesTableView::setSelectionModel(QItemSelectionModel* selectionModel)
+{
+    QTableView::setSelectionModel(selectionModel);
+    horizontalHeader()->setSelectionModel(new QItemSelectionModel(selectionModel->model(), selectionModel));
 }
 
 void RulesTableView::setEmptyText(const QString& text)

@@ -61,6 +61,9 @@ public:
     // Begins to edit the editable cell of the row; does nothing when there is none.
     using QTableView::edit;
 
+    // The titles are not told what is selected: to show whether a column is, they would ask every row.
+    void setSelectionModel(QItemSelectionModel* selectionModel) override;
+
     // Does not search the rows for typed letters, which would make the cells of a million rows; see
     // textTyped().
     void keyboardSearch(const QString& search) override;

@@ -91,17 +91,25 @@ void RulesDocument::lookAtFile()
 // Another program's version is recorded as soon as it is noticed, so that it can be reverted.
 void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
 {
-    const std::size_t lost = countOfMissing(before, m_store.userRules());
-    auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
-        [this, present, lost, total = before.size()] {
-            const auto known = std::exchange(m_knownVersion, present->number);
+    struct Found {
+        UserRulesFile::PresentVersion present;
+        std::size_t lost = 0;
+    };
+    auto found = std::make_shared<Found>();
+    inBackground(
+        [this, found, before, after = m_store.userRules()] {
+            found->lost = countOfMissing(before, after);
+            found->present = m_file.keepPresentVersion(m_owner.lockTimeout);
+        },
+        [this, found, total = before.size()] {
+            const auto& [present, lost] = *found;
+            const auto known = std::exchange(m_knownVersion, present.number);
+            const bool knewAnother = known && known != present.number;
             if (isMuch(lost, total))
                 notify({.kind = DocumentNews::Kind::rulesLost,
                     .text = "Another program has removed " + countedRules(lost) + ".",
-                    .version = known && known != present->number ? known : present->before,
-                    .shownFrom
-                    = known && known != present->number ? std::optional(*known + 1) : present->number});
+                    .version = knewAnother ? known : present.before,
+                    .shownFrom = knewAnother ? std::optional(*known + 1) : present.number});
         });
 }
 
