@@ -17,12 +17,13 @@ constexpr std::size_t manyRules = 20'000;
 
 } // namespace
 
-RowsRefresh::RowsRefresh(rules::RuleManager& store)
+RowsRefresh::RowsRefresh(rules::RuleManager& store, workflow::Background& thread)
     : m_store(store)
+    , m_thread(thread)
 {
     m_untilSlow.setSingleShot(true);
     m_untilSlow.setInterval(untilSlow);
-    connect(&m_untilSlow, &QTimer::timeout, this, [this] { Q_EMIT isSlow(true); });
+    connect(&m_untilSlow, &QTimer::timeout, this, [this] { setSlow(true); });
 }
 
 RowsRefresh::~RowsRefresh()
@@ -68,7 +69,13 @@ void RowsRefresh::finish()
     m_isWorking = false;
     m_searchText = m_store.searchText();
     m_untilSlow.stop();
-    Q_EMIT isSlow(false);
+    setSlow(false);
+}
+
+void RowsRefresh::setSlow(bool isSlow)
+{
+    if (std::exchange(m_isSlow, isSlow) != isSlow)
+        Q_EMIT slownessDidChange();
 }
 
 } // namespace quorvane::windows

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "rules/RuleManager.h"
-#include "windows/BackgroundThread.h"
+#include "workflow/Background.h"
 
 #include <QObject>
 #include <QTimer>
@@ -18,9 +18,8 @@ namespace quorvane::windows {
 class RowsRefresh : public QObject {
     Q_OBJECT
 public:
-    // `store` must outlive it.
-    explicit RowsRefresh(rules::RuleManager& store);
-    // Waits for the present computation to stop.
+    // Both must outlive it; `thread` must call nothing back once this is destroyed.
+    RowsRefresh(rules::RuleManager& store, workflow::Background& thread);
     ~RowsRefresh() override;
 
     // True when the rows take long: done() follows. False when they are up to date or are quickly made at the
@@ -30,22 +29,25 @@ public:
     bool isWorking() const { return m_isWorking; }
     // Whether the text that is searched for has changed since the rows were last up to date.
     bool isSearch() const { return m_isSearch; }
+    // Whether it has been working for so long that the user should know.
+    bool isSlow() const { return m_isSlow; }
 
 Q_SIGNALS:
     void done();
-    // True when it has been working for so long that the user should know; false when it no longer is.
-    void isSlow(bool slow);
+    void slownessDidChange();
 
 private:
+    void setSlow(bool isSlow);
     void finish();
 
     rules::RuleManager& m_store;
+    workflow::Background& m_thread;
     bool m_isWorking = false;
     bool m_isSearch = false;
+    bool m_isSlow = false;
     std::optional<std::string> m_searchText; // of the rows when they were last up to date
     QTimer m_untilSlow;
     std::stop_source m_stop;
-    BackgroundThread m_thread; // destroyed first
 };
 
 } // namespace quorvane::windows

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "ui_RulesEditorTableController.h"
 #include "windows/AsideController.h"
+#include "windows/BackgroundThread.h"
 #include "windows/ColumnsMenu.h"
 #include "windows/ExchangeController.h"
 #include "windows/HistoryWindow.h"
@@ -53,7 +54,8 @@ RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& 
     , m_keptDrafts(toQt(document.stateFolder()), m_store.locations().userRulesFile(), log)
     , m_ui(std::make_unique<Ui::RulesEditorTableController>())
     , m_model(new RulesTableModel(m_store, workspace, this))
-    , m_refresh(std::make_unique<RowsRefresh>(m_store))
+    , m_rowsThread(std::make_unique<BackgroundThread>())
+    , m_refresh(std::make_unique<RowsRefresh>(m_store, *m_rowsThread))
     , m_rulesHistory(std::make_unique<workflow::RulesHistory>(document))
     , m_histories{m_rulesHistory.get()}
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
@@ -172,12 +174,8 @@ void RulesEditorTableController::setUpTable()
 void RulesEditorTableController::setUpRefresh()
 {
     connect(m_refresh.get(), &RowsRefresh::done, this, &RulesEditorTableController::showRows);
-    connect(m_refresh.get(), &RowsRefresh::isSlow, this, [this](bool slow) {
-        if (slow)
-            m_ui->countLabel->setText(m_refresh->isSearch() ? tr("Searching\u2026") : tr("Sorting\u2026"));
-        else
-            updateCounts();
-    });
+    connect(
+        m_refresh.get(), &RowsRefresh::slownessDidChange, this, &RulesEditorTableController::updateCounts);
 }
 
 void RulesEditorTableController::searchFieldAction()
@@ -268,6 +266,8 @@ void RulesEditorTableController::whenRowsAreShown(std::function<void()> work)
 
 void RulesEditorTableController::updateCounts()
 {
+    if (m_refresh->isSlow())
+        return m_ui->countLabel->setText(m_refresh->isSearch() ? tr("Searching\u2026") : tr("Sorting\u2026"));
     const auto shown = static_cast<std::size_t>(m_model->rowCount());
     const std::size_t hidden = m_model->hiddenSystemRules();
     const std::size_t leftOut = m_model->leftOutRules();

@@ -43,6 +43,7 @@ struct RunState;
 namespace quorvane::windows {
 
 class AsideController;
+class BackgroundThread;
 class EditPolicyWindowController;
 class EditWatchWindowController;
 class ExchangeController;
@@ -251,6 +252,7 @@ private:
     std::unique_ptr<Ui::RulesEditorTableController> m_ui;
     RulesTableModel* m_model; // owned by this window
     std::vector<rules::SortDescriptor> m_sortDescriptors;
+    std::unique_ptr<BackgroundThread> m_rowsThread;
     std::unique_ptr<RowsRefresh> m_refresh;
     std::vector<std::function<void()>> m_whenRowsAreShown;
     QString m_preferencesFailure;

@@ -1,13 +1,11 @@
 #include "workflow/RulesDocument.h"
 #include "history/Database.h"
 #include "history/JournalPlace.h"
+#include "tests/support/LaterWork.h"
 #include "tests/workflow/DocumentSandbox.h"
-#include "workflow/Background.h"
 
 #include <gtest/gtest.h>
 
-#include <deque>
-#include <functional>
 #include <utility>
 
 #include <sys/stat.h>
@@ -42,27 +40,6 @@ protected:
 };
 
 using Kind = DocumentNews::Kind;
-
-// Runs work when it is waited for.
-class LaterWork : public Background {
-public:
-    void run(std::function<void()> work, std::function<void()> then) override
-    {
-        m_work.emplace_back(std::move(work), std::move(then));
-    }
-    void wait() override
-    {
-        while (!m_work.empty()) {
-            const auto [work, then] = std::move(m_work.front());
-            m_work.pop_front();
-            work();
-            then();
-        }
-    }
-
-private:
-    std::deque<std::pair<std::function<void()>, std::function<void()>>> m_work;
-};
 
 } // namespace
 
@@ -381,7 +358,7 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
 TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothingAndIsNotTriedAgain)
 {
     box.writeUserRules(line("/a/"));
-    LaterWork background;
+    test::LaterWork background;
     test::DocumentAtWork window(box, {.background = &background});
     window.add("/b/");
     damageAllVersions();
@@ -399,7 +376,7 @@ TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothin
 TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToBeWritten)
 {
     box.writeUserRules(line("/a/"));
-    LaterWork background;
+    test::LaterWork background;
     test::DocumentAtWork window(box, {.background = &background});
     window.add("/b/");
     const std::string path = box.locations.userRulesFile();
