@@ -114,6 +114,8 @@ public:
         print("redo", [this] { m_window.redo(); });
         constexpr qint64 watchersDelay = 3000; // milliseconds
         print(
+            "rest", [] {}, watchersDelay); // a change right behind one of ours counts as ours at first
+        print(
             "foreign-change",
             [this] {
                 std::ofstream(m_document.store().locations().userRulesFile(), std::ios::app)

@@ -14,8 +14,9 @@ add_library(quorvane_plain_options INTERFACE)
 target_compile_options(quorvane_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wformat=2 -Wimplicit-fallthrough)
-if(CMAKE_UNITY_BUILD) # in which a file-local name is visible in all following files
-    target_compile_options(quorvane_plain_options INTERFACE -Wno-shadow)
+if(CMAKE_UNITY_BUILD) # in which a file-local name is visible in all following files, and counts as of a header
+    target_compile_options(quorvane_plain_options INTERFACE
+        -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
 if(QUORVANE_WARNINGS_AS_ERRORS)
     target_compile_options(quorvane_plain_options INTERFACE -Werror)

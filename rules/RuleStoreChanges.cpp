@@ -149,7 +149,9 @@ RuleStore::Plan RuleStore::planOf(const ChangeSet& changes)
 {
     Plan plan;
     std::unordered_set<const void*> removed;
+    removed.reserve(changes.removed.size());
     std::unordered_map<const void*, std::size_t> added; // by record: its number among the additions
+    added.reserve(changes.added.size());
     const auto add = [&](const ChangeSet::Addition& addition) {
         added.emplace(addressOf(addition.rule), plan.changes.added.size());
         plan.changes.added.push_back(addition);

@@ -5,6 +5,7 @@
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
 
+#include <algorithm>
 #include <sstream>
 #include <unordered_set>
 #include <utility>
@@ -48,6 +49,12 @@ bool headsItsGroup(const rules::RuleRef& rule, const rules::RuleRef* above)
 std::vector<rules::RuleRef> remainingOf(
     const rules::ChangeSet& deletion, const std::vector<rules::RuleRef>& rules)
 {
+    // Mostly each rule is its own first equal one.
+    const auto isRemoved = [](const rules::ChangeSet::Removal& removal, const rules::RuleRef& rule) {
+        return removal.rule == rule;
+    };
+    if (std::equal(deletion.removed.begin(), deletion.removed.end(), rules.begin(), rules.end(), isRemoved))
+        return {};
     std::unordered_set<const void*> removed;
     for (const rules::ChangeSet::Removal& removal : deletion.removed)
         removed.insert(addressOf(removal.rule));

@@ -9,6 +9,8 @@ rules::ChangeSet deletionOf(const rules::RuleManager& store, const std::vector<r
 {
     rules::ChangeSet change;
     std::unordered_set<const void*> gone;
+    gone.reserve(rules.size());
+    change.removed.reserve(rules.size());
     for (const rules::RuleRef& rule : rules) {
         const auto first = store.firstEqualRule(rule, gone);
         if (!first)
