@@ -29,8 +29,8 @@ namespace quorvane::workflow {
 
 // The program that owns a document, and its settings.
 struct DocumentOwner {
-    std::string program; // as the history names it
-    std::string stateFolder; // of the journals
+    std::string program{}; // as the history names it
+    std::string stateFolder{}; // of the journals
     ProgramSettings settings{};
     std::chrono::milliseconds lockTimeout = std::chrono::seconds(5); // for another process to finish writing
     Background* background = nullptr; // for writing many rules; null: everything is done synchronously
