@@ -167,6 +167,24 @@ TEST_F(RulesFileWriter, LeavesHalfARuleBeforeTheNextWhereRoomCameTooLate)
     EXPECT_EQ(contents(), lineAbout("/a") + lineAbout("/b").substr(0, 5) + lineAbout("/c"));
 }
 
+TEST_F(RulesFileWriter, PutsTheOldContentsBackWhereThereIsNoRoomForAllRules)
+{
+    const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit limited{ruleLength + 5, RLIM_INFINITY};
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    for (const std::string& old : {std::string(1000, 'x'), std::string("old")}) {
+        folder.write("rules", old);
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+        const WriteResult result = writeRulesFile(path, content, old);
+        setrlimit(RLIMIT_FSIZE, &unlimited);
+
+        EXPECT_EQ(result.message, failure("File too large (27)"));
+        EXPECT_FALSE(result.opened);
+        EXPECT_EQ(contents(), old);
+    }
+    std::signal(SIGXFSZ, before);
+}
+
 TEST_F(RulesFileWriter, GoesOnWithTheNextRuleAfterAFailureAndSaysWhy)
 {
     const test::SystemCallHook hook(
