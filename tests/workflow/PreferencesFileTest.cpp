@@ -70,6 +70,20 @@ TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideTheNewOne)
     EXPECT_EQ(log.lines().front(), "kept unreadable preferences as: " + file + ".unread");
 }
 
+TEST(PreferencesFile, ThatCannotBeReadIsKeptBesideARestoredVersion)
+{
+    const test::TemporaryFolder folder;
+    test::CapturedLog log;
+    const std::string file = folder.write("list.plist", damaged);
+    const std::string version = "<plist version=\"1.0\"><dict/></plist>";
+
+    EXPECT_EQ(restorePreferences(file, version, log.log()), std::nullopt);
+
+    EXPECT_EQ(test::TemporaryFolder::contents(file), version);
+    EXPECT_EQ(test::TemporaryFolder::contents(file + ".unread"), damaged);
+    EXPECT_EQ(platform::permissionsOf(file), 0775U);
+}
+
 TEST(PreferencesFile, ThatCannotBeReadAndCannotBeKeptStaysAsItWas)
 {
     const test::TemporaryFolder folder;
