@@ -1,5 +1,6 @@
 import os
 import shutil
+import subprocess
 
 from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually, settled
 from rules_window import PATH, DesktopTest
@@ -24,6 +25,14 @@ class StartUp(DesktopTest):
         window = self.open_with("allow path /a any r")
         self.assertTrue(window.frame.has(ACTIVE))
         self.assertEqual(window.focused().role, "table")
+
+    def test_the_window_manager_is_given_the_programs_icon(self):
+        self.open_with("allow path /a any r")
+        main = self.desk.hands("search", "--name", "^Quorvane Configuration - ").split()[0]
+        icon = subprocess.run(["xprop", "-id", main, "_NET_WM_ICON"], env=self.desk.environment, check=True,
+                              stdout=subprocess.PIPE, text=True, timeout=PATIENCE).stdout
+        # Not the small one that this window manager gives to windows without an icon.
+        self.assertIn("Icon (128 x 128)", icon)
 
     def test_starts_in_the_plain_locale_and_without_a_home(self):
         window = self.open_with("allow path /é any r", LC_ALL="C", HOME="", XDG_CONFIG_HOME="")
