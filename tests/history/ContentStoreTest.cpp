@@ -77,6 +77,20 @@ TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
     EXPECT_FALSE(store.bytes(secondNumber));
 }
 
+TEST_F(ContentStorePair, GivesNothingForContentsThatAreNotThere)
+{
+    EXPECT_FALSE(store.bytes(secondNumber + 1));
+}
+
+TEST_F(ContentStorePair, GivesNothingForContentsWhoseDigestIsAnother)
+{
+    Statement(database, "UPDATE content SET digest = ? WHERE number = ?", DigestedBytes(first).digest(),
+        secondNumber)
+        .run();
+    EXPECT_EQ(store.bytes(firstNumber), first);
+    EXPECT_FALSE(store.bytes(secondNumber));
+}
+
 TEST_F(ContentStorePair, PacksAgainstTheBaseWhereOtherBytesAreSaidToBeIts)
 {
     const std::string third = test::textOfLines(300, 10, "third");

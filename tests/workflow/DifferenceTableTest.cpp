@@ -60,6 +60,16 @@ TEST(DifferenceTable, IsSearchedInWholeRulesWhateverTheirCase)
     EXPECT_FALSE(table->contains(platform::searchKey("post")));
 }
 
+TEST(DifferenceTable, IsNotSearchedAcrossItsRows)
+{
+    const auto table
+        = differenceTable(list(""), list("<key>a</key><string>x</string><key>b</key><string>y</string>"));
+    const std::string first = table->line(0);
+    const std::string second = table->line(1);
+    EXPECT_TRUE(table->contains(second));
+    EXPECT_FALSE(table->contains(first + second));
+}
+
 TEST(DifferenceTable, OfPreferencesTellsKeyByKey)
 {
     const auto table = differenceTable(
