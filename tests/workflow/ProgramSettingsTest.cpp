@@ -104,6 +104,17 @@ TEST(ProgramSettings, TakeALaterLineForAnEarlierOneAndKeepGoodValuesBesideBroken
     EXPECT_TRUE(read.problem);
 }
 
+TEST(ProgramSettings, AreReadBehindAByteOrderMark)
+{
+    const test::TemporaryFolder folder;
+
+    const ReadProgramSettings read
+        = readProgramSettings(folder.write("settings.ini", "\xEF\xBB\xBF[history]\ndays=2\n"));
+
+    EXPECT_EQ(read.problem, std::nullopt);
+    EXPECT_EQ(read.settings.history.days, 2U);
+}
+
 TEST(ProgramSettings, AreTheUsualOnesForAFileThatIsNoText)
 {
     const test::TemporaryFolder folder;
