@@ -8,6 +8,7 @@
 #include <QFont>
 #include <QIcon>
 #include <QImage>
+#include <QSignalSpy>
 #include <QTextDocument>
 
 #include <gtest/gtest.h>
@@ -69,6 +70,31 @@ TEST_F(RulesTableModelTest, ShowsTheRowsItTookUntilItReloads)
     EXPECT_EQ(data(1, workflow::RuleColumn::application), QStringLiteral("b"));
     model.reload();
     EXPECT_EQ(model.rowCount(), 0);
+}
+
+TEST_F(RulesTableModelTest, TakesOutOneRunOfRowsOrNoneAndLeavesOthersToAReload)
+{
+    const rules::PolicyRulePtr hidden
+        = test::policyRule({.path = "/h", .processName = "/bin/h", .system = true});
+    store.addPolicyRule(hidden);
+    model.reload();
+    const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    const QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
+
+    EXPECT_TRUE(store.deletePolicyRule(*hidden));
+    EXPECT_TRUE(model.removeRules());
+    EXPECT_EQ(model.rowCount(), 2);
+    EXPECT_EQ(removals.count(), 0);
+
+    EXPECT_TRUE(store.deleteWatchRule(*std::get<rules::WatchRulePtr>(model.ruleAt(0))));
+    EXPECT_TRUE(model.removeRules());
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(removals.count(), 1);
+
+    store.addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/a"}));
+    EXPECT_FALSE(model.removeRules());
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(resets.count(), 0);
 }
 
 TEST_F(RulesTableModelTest, AnswersForRowsThatAreNotInView)
