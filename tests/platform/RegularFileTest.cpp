@@ -99,6 +99,23 @@ TEST(ReadFully, StopsAtTheEndOrAtAnError)
     EXPECT_EQ(error.value(), EBADF);
 }
 
+TEST(ReadFully, ForgetsTheErrorOfAnEarlierCallAsWriteFullyDoes)
+{
+    const Pipe pipe;
+    std::error_code error;
+    char byte = 'x';
+
+    ASSERT_EQ(writeFully(-1, "x", error), 0U);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(writeFully(pipe.in.get(), "x", error), 1U);
+    EXPECT_FALSE(error);
+
+    ASSERT_EQ(readFully(-1, &byte, 1, error), 0U);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(readFully(pipe.out.get(), &byte, 1, error), 1U);
+    EXPECT_FALSE(error);
+}
+
 TEST(ReadFully, GoesOnAfterASignalAndAfterAPiece)
 {
     struct sigaction handler { };
