@@ -50,6 +50,9 @@ TEST_F(RulesTableModelTest, KeepsTheRulesOfQtForModels)
     model.setShowsSystemRules(true);
     model.reload();
     model.setShownRows(0, 3);
+    const QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    model.remakeCells(1, {static_cast<int>(workflow::RuleColumn::application)});
+    EXPECT_EQ(changes.count(), 1);
     EXPECT_EQ(model.rowCount(), 3);
 }
 
