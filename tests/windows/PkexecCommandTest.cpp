@@ -74,6 +74,18 @@ TEST_F(Pkexec, MissingIsAFailureAndNoHang)
     EXPECT_GT(outcome.size(), 8U);
 }
 
+TEST_F(Pkexec, IsInterruptedByTheEndOfTheProgram)
+{
+    pretend("exec tail -f /dev/null");
+    std::string outcome;
+    QTimer::singleShot(0, [&] {
+        QTimer::singleShot(0, [] { QCoreApplication::exit(); });
+        outcome = m_command.run("true");
+    });
+    QCoreApplication::exec();
+    EXPECT_EQ(outcome, "pkexec: interrupted");
+}
+
 TEST_F(Pkexec, WindowsArePaintedButTakeNoInputWhileItRuns)
 {
     class Window : public QWidget {
