@@ -46,7 +46,7 @@ public:
     }
 
     // Until nothing has happened for `quiet` milliseconds and the file is written.
-    void print(const std::string& name, const std::function<void()>& operation, qint64 quiet = 300)
+    void print(const std::string& name, const std::function<void()>& operation, qint64 quiet = 1000)
     {
         bench::LongestGap gap;
         gap.step(operation);
