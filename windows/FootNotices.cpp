@@ -113,8 +113,14 @@ void FootNotices::showNewest()
     showButtons(m_notices.back().buttons);
 }
 
+// Buttons that would be the same stay: Qt keeps pictures of each new one, some 10 KB, long after it is gone.
 void FootNotices::showButtons(const std::vector<FootNotice::Button>& buttons)
 {
+    QStringList titles;
+    for (const FootNotice::Button& button : buttons)
+        titles.append(button.title);
+    if (std::exchange(m_titles, titles) == titles)
+        return;
     while (QLayoutItem* item = m_buttons->takeAt(0)) {
         item->widget()->hide();
         item->widget()->deleteLater(); // it may be the one being pressed

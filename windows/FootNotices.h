@@ -2,6 +2,7 @@
 
 #include <QFrame>
 #include <QString>
+#include <QStringList>
 
 #include <cstddef>
 #include <functional>
@@ -51,6 +52,7 @@ private:
     ElidedLabel* m_text;
     QLabel* m_more;
     QHBoxLayout* m_buttons;
+    QStringList m_titles; // of the buttons
 };
 
 } // namespace quorvane::windows

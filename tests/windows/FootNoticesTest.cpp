@@ -54,6 +54,28 @@ TEST_F(FootNoticesTest, TakesNoRoomWithoutANotice)
     EXPECT_TRUE(notices.isHidden());
 }
 
+TEST_F(FootNoticesTest, KeepsItsButtonsForANoticeWithTheSame)
+{
+    int taken = 0;
+    const auto add = [&](const char* text) {
+        notices.add({.text = QString::fromLatin1(text),
+            .buttons = {{QStringLiteral("Take"), [&taken] { ++taken; }}},
+            .subject = QStringLiteral("subject")});
+    };
+    add("One");
+    auto* button = notices.findChild<QPushButton*>();
+    notices.remove(QStringLiteral("subject"));
+    add("Two");
+
+    EXPECT_EQ(notices.findChildren<QPushButton*>(), QList<QPushButton*>{button});
+    EXPECT_FALSE(button->isHidden());
+    press("Take");
+    EXPECT_EQ(taken, 1);
+    EXPECT_TRUE(notices.isHidden());
+    notices.add({QStringLiteral("Three")});
+    EXPECT_EQ(buttons(), QString());
+}
+
 TEST_F(FootNoticesTest, TheNewestStandsBeforeTheOthersWhichAreCounted)
 {
     notices.add({QStringLiteral("One")});
