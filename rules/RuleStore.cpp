@@ -4,6 +4,7 @@
 #include "rules/ApplicationIdentity.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 #include <new>
 #include <utility>
@@ -12,19 +13,52 @@ namespace quorvane::rules {
 
 PolicyGroup& RuleStore::groupOf(const PolicyRuleFields& rule)
 {
-    if (m_newGroups.size() == m_newGroups.capacity())
-        m_newGroups.reserve(2 * m_newGroups.size() + 1);
+    if (const RecentGroup* recent = recentGroupFor(rule); recent != nullptr && recent->isOf(rule))
+        return *recent->group;
+    makeRoomForGroup();
     const auto [group, isNew]
         = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_numbers, m_anyStrays);
     if (isNew)
         m_newGroups.push_back(&*group);
+    *recentGroupFor(rule) = {rule.processName, rule.constraint, &group->second};
     return group->second;
 }
 
 const PolicyGroup* RuleStore::existingGroupOf(const PolicyRuleFields& rule) const
 {
+    RecentGroup* const recent = recentGroupFor(rule);
+    if (recent != nullptr && recent->isOf(rule))
+        return recent->group;
     const auto group = m_groups.find(applicationGroupIdentityForFields(rule));
-    return group == m_groups.end() ? nullptr : &group->second;
+    if (group == m_groups.end())
+        return nullptr;
+    if (recent != nullptr)
+        *recent = {rule.processName, rule.constraint, &group->second};
+    return &group->second;
+}
+
+// The place of such a group; null while there are none.
+RuleStore::RecentGroup* RuleStore::recentGroupFor(const PolicyRuleFields& rule) const
+{
+    if (m_recentGroups.empty())
+        return nullptr;
+    const auto addressOf = [](const NullableText& text) {
+        return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(text.sharedBytes()));
+    };
+    const std::uint64_t hash = combinedHash(addressOf(rule.processName), addressOf(rule.constraint));
+    return &m_recentGroups[hash & (m_recentGroups.size() - 1)];
+}
+
+// Allocates all memory that another group needs, besides its own.
+void RuleStore::makeRoomForGroup()
+{
+    if (m_newGroups.size() == m_newGroups.capacity())
+        m_newGroups.reserve(2 * m_newGroups.size() + 1);
+    constexpr std::size_t placesPerGroup = 4; // each thread that reads a file makes its own texts
+    constexpr std::size_t mostPlaces = 1U << 16U;
+    const std::size_t wanted = std::min(placesPerGroup * (m_groups.size() + 1), mostPlaces);
+    if (m_recentGroups.size() < wanted)
+        m_recentGroups = std::vector<RecentGroup>(2 * std::bit_ceil(wanted));
 }
 
 // A few new groups are inserted at their places; many are sorted together with all others.

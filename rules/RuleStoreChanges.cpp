@@ -283,6 +283,7 @@ RuleList<PolicyRule>* RuleStore::listOf(const PolicyRule& rule)
 // Removes the groups created last.
 void RuleStore::dropNewGroups(std::size_t kept) noexcept
 {
+    m_recentGroups.clear();
     for (; m_newGroups.size() > kept; m_newGroups.pop_back())
         m_groups.erase(m_groups.find(m_newGroups.back()->first));
 }
