@@ -7,11 +7,8 @@ namespace quorvane::rules {
 
 NullableText::NullableText(std::string_view text)
 {
-    // Tags and constraints are mostly empty: all empty texts share one block, whose first reference is never
-    // released.
     static Block empty;
     if (text.empty()) {
-        empty.owners.fetch_add(1, std::memory_order_relaxed);
         m_block = &empty;
         return;
     }

@@ -30,7 +30,7 @@ public:
     NullableText(const NullableText& other) noexcept
         : m_block(other.m_block)
     {
-        if (m_block != nullptr)
+        if (isCounted())
             m_block->owners.fetch_add(1, std::memory_order_relaxed);
     }
     NullableText(NullableText&& other) noexcept
@@ -45,7 +45,7 @@ public:
     }
     ~NullableText()
     {
-        if (m_block != nullptr && m_block->owners.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        if (isCounted() && m_block->owners.fetch_sub(1, std::memory_order_acq_rel) == 1)
             release(m_block);
     }
 
@@ -75,6 +75,9 @@ private:
         std::atomic<std::uint32_t> owners{1};
         std::uint32_t length = 0;
     };
+    // All empty texts share one block, which is never released. Counting its owners would be wasted, and make
+    // threads that read rules wait for each other: most tags and constraints are empty.
+    bool isCounted() const { return m_block != nullptr && m_block->length > 0; }
     static void release(Block* block) noexcept;
 
     Block* m_block = nullptr;
