@@ -15,7 +15,9 @@ namespace quorvane::rules {
 
 namespace {
 
-constexpr std::size_t chunkLength = 256U << 10U; // bytes, about
+constexpr std::size_t chunkLength = 1U << 20U; // bytes, about; far more than a thread costs to start
+constexpr std::size_t usualLine = 128; // bytes
+constexpr std::size_t mostInBatch = 256; // few enough that a removed rule does not keep much memory
 
 // Removes the next chunk of whole lines from the front of `text`. A line feed always ends a line.
 std::string_view takeChunk(std::string_view& text)
@@ -35,26 +37,42 @@ struct Worker {
     }
     void start(std::string_view chunk, std::launch policy)
     {
-        records = std::async(policy, [this, chunk] { return parser.parse(chunk); });
+        records = std::async(policy, [this, chunk, out = std::exchange(room, {})]() mutable {
+            parser.parse(chunk, out);
+            return std::move(out);
+        });
     }
 
     RulesParser parser;
     std::future<std::vector<ParsedLine>> records;
+    std::vector<ParsedLine> room; // empty; its memory serves again
 };
 
 } // namespace
 
+RulesParser::RulesParser(RulesFileKind kind, std::size_t usualLength)
+    : m_kind(kind)
+    , m_pool(usualLength / 16 + 1)
+    , m_policyRules(std::min(usualLength / usualLine + 1, mostInBatch))
+    , m_watchRules(std::min(usualLength / usualLine + 1, mostInBatch))
+{
+}
+
 std::vector<ParsedLine> RulesParser::parse(std::string_view text)
 {
-    constexpr std::size_t usualLine = 128; // bytes
     std::vector<ParsedLine> records;
-    records.reserve(text.size() / usualLine + 1);
+    parse(text, records);
+    return records;
+}
+
+void RulesParser::parse(std::string_view text, std::vector<ParsedLine>& records)
+{
+    records.reserve(records.size() + text.size() / usualLine + 1);
     LineWalker lines(text);
     while (const auto line = lines.next()) {
         if (!line->empty() && line->front() != ';')
             parseLine(*line, records);
     }
-    return records;
 }
 
 void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
@@ -67,13 +85,13 @@ void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
         out.push_back({optionFromTokens(tokens), 0, {}});
         return;
     case LineKind::watchRule: {
-        auto rule = std::make_shared<WatchRuleFields>(watchRuleFromTokens(tokens, m_kind.system, m_pool));
+        auto rule = m_watchRules.make(watchRuleFromTokens(tokens, m_kind.system, m_pool));
         const std::uint64_t hash = identityHash(*rule);
         out.push_back({std::move(rule), hash, m_pool.text(tokens[4])});
         return;
     }
     case LineKind::policyRule: {
-        auto rule = std::make_shared<PolicyRuleFields>(policyRuleFromTokens(tokens, m_kind.system, m_pool));
+        auto rule = m_policyRules.make(policyRuleFromTokens(tokens, m_kind.system, m_pool));
         const std::uint64_t hash = identityHash(*rule);
         out.push_back({std::move(rule), hash, {}});
         return;
@@ -100,6 +118,8 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
             worker.start(takeChunk(text), policy);
         for (ParsedLine& record : records)
             use(record);
+        records.clear();
+        worker.room = std::move(records);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "rules/FilterOption.h"
 #include "rules/LineTokenizer.h"
 #include "rules/RuleValue.h"
+#include "rules/SharedBatch.h"
 #include "rules/TextPool.h"
 
 #include <cstddef>
@@ -32,16 +33,14 @@ struct ParsedLine {
 // std::bad_alloc.
 class RulesParser {
 public:
-    // `usualLength`: the usual length in bytes of a text to parse. Sizes the text pool, so that short texts
-    // stay cheap.
-    explicit RulesParser(RulesFileKind kind, std::size_t usualLength = 1U << 18U)
-        : m_kind(kind)
-        , m_pool(usualLength / 16 + 1)
-    {
-    }
+    // `usualLength`: the usual length in bytes of a text to parse. Sizes text pool and batches, so that short
+    // texts stay cheap.
+    explicit RulesParser(RulesFileKind kind, std::size_t usualLength = 1U << 18U);
 
     // The contents of `text`, valid UTF-8, in order.
     std::vector<ParsedLine> parse(std::string_view text);
+    // The same, appended to `records`.
+    void parse(std::string_view text, std::vector<ParsedLine>& records);
 
 private:
     void parseLine(std::string_view line, std::vector<ParsedLine>& out);
@@ -49,6 +48,8 @@ private:
     RulesFileKind m_kind;
     LineTokenizer m_tokenizer;
     TextPool m_pool;
+    SharedBatch<PolicyRuleFields> m_policyRules;
+    SharedBatch<WatchRuleFields> m_watchRules;
 };
 
 // Passes the content of every line of `text` to `use`, in order and on the calling thread. Chunks of a long

@@ -75,22 +75,17 @@ void RulesReading::storeRule(std::shared_ptr<WatchRuleFields> fields, const Pars
 void RulesReading::storeRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash)
 {
     fields->sequence = m_sequence++;
-    if (!fields->processName.sharesBytesWith(m_lastProcessName)
-        || !fields->constraint.sharesBytesWith(m_lastConstraint)) {
-        m_lastGroup = &m_store.groupOf(*fields);
-        m_lastProcessName = fields->processName;
-        m_lastConstraint = fields->constraint;
-    }
+    PolicyGroup& group = m_store.groupOf(*fields);
     if (m_log.isListening()) {
         m_log.write(logLine("policy class ", fields->policyClass, " type ", fields->policyType, " path ",
             fields->path.written(), " process ", fields->processName.written(), " operations ",
             fields->operations, " flags ", fields->flags, " constraint ", fields->constraint.written(),
             " to application directory for '", applicationGroupIdentityForFields(*fields), "'"));
     }
-    RuleList<PolicyRule>& rules = m_lastGroup->rules();
+    RuleList<PolicyRule>& rules = group.rules();
     if (m_failSafe) {
         const PolicyRulePtr rule = recordFor(std::move(fields), hash);
-        if (!m_failSafe->absorbs(*rule, *m_lastGroup))
+        if (!m_failSafe->absorbs(*rule, group))
             rules.append(rule);
     } else if (!rules.firstEqual(*fields, hash)) {
         rules.append(recordFor(std::move(fields), hash), hash);
@@ -101,7 +96,7 @@ PolicyRulePtr RulesReading::recordFor(std::shared_ptr<PolicyRuleFields> fields, 
 {
     PolicyRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
     if (!former)
-        return std::make_shared<PolicyRule>(std::move(fields));
+        return m_policyRules.make(PolicyValue(std::move(fields)));
     former->setValue(std::move(fields));
     former->setInitialized(static_cast<std::uint64_t>(std::time(nullptr)));
     return former;
@@ -111,7 +106,7 @@ WatchRulePtr RulesReading::recordFor(std::shared_ptr<WatchRuleFields> fields, st
 {
     WatchRulePtr former = m_former ? m_former->take(*fields, hash) : nullptr;
     if (!former)
-        return std::make_shared<WatchRule>(std::move(fields));
+        return m_watchRules.make(WatchValue(std::move(fields)));
     former->setValue(std::move(fields));
     return former;
 }

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "rules/FailSafeMerge.h"
-#include "rules/NullableText.h"
 #include "rules/PolicyRule.h"
+#include "rules/SharedBatch.h"
 #include "rules/WatchRule.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -15,7 +16,6 @@ class Log;
 namespace quorvane::rules {
 
 class FilterOptions;
-class PolicyGroup;
 class RuleStore;
 struct ParsedLine;
 
@@ -40,16 +40,16 @@ private:
     PolicyRulePtr recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash);
     WatchRulePtr recordFor(std::shared_ptr<WatchRuleFields> fields, std::uint64_t hash);
 
+    static constexpr std::size_t recordsInBatch = 256;
+
     RuleStore& m_store;
     RuleStore* const m_former;
     FilterOptions& m_options;
     std::int64_t& m_sequence;
     platform::Log& m_log;
     std::unique_ptr<FailSafeMerge> m_failSafe; // only for the fail-safe file
-    // Cache: rules of one application are mostly adjacent and share its texts.
-    NullableText m_lastProcessName;
-    NullableText m_lastConstraint;
-    PolicyGroup* m_lastGroup = nullptr;
+    SharedBatch<PolicyRule> m_policyRules{recordsInBatch};
+    SharedBatch<WatchRule> m_watchRules{recordsInBatch};
 };
 
 } // namespace quorvane::rules
