@@ -3,49 +3,65 @@
 #include "platform/Unicode.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring> // memmem, too
-#include <iterator>
 
 namespace quorvane::rules {
 
-void FoldedColumn::reserve(std::size_t rules, std::size_t bytes)
+void FoldedColumn::reserve(std::size_t texts, std::size_t bytes)
 {
-    m_texts.reserve(rules);
+    m_starts.reserve(texts);
     m_keys.reserve(bytes);
 }
 
-void FoldedColumn::append(const NullableText& text)
+void FoldedColumn::append(std::string_view text)
 {
     constexpr char separator = '\xFF';
-    if (m_texts.empty() || text.view() != m_last.view()) {
-        m_texts.push_back({m_keys.size(), m_rules});
-        platform::appendSearchKey(m_keys, text.view());
-        m_keys.push_back(separator);
-        m_last = text;
-    }
-    ++m_rules;
+    m_starts.push_back(m_keys.size());
+    platform::appendSearchKey(m_keys, text);
+    m_keys.push_back(separator);
 }
 
 // One memmem() over all keys instead of a search per text. After a hit the scan continues with the next text.
 // No hit spans two texts, since the byte between them is in no key.
 void FoldedColumn::markContaining(std::string_view key, std::size_t first, std::vector<bool>& marks) const
 {
-    const auto startsAfter = [](std::size_t place, const Text& text) { return place < text.start; };
-    const auto isOfLater = [](std::size_t rule, const Text& text) { return rule < text.firstRule; };
-    if (first >= m_rules)
+    const std::size_t count = std::min(m_starts.size(), marks.size());
+    if (first >= count)
         return;
-    auto text = std::prev(std::upper_bound(m_texts.begin(), m_texts.end(), first, isOfLater));
-    std::size_t at = text->start;
-    while (at < m_keys.size()) {
-        const void* hit = memmem(m_keys.data() + at, m_keys.size() - at, key.data(), key.size());
+    const std::size_t end = count == m_starts.size() ? m_keys.size() : m_starts[count];
+    auto text = m_starts.begin() + static_cast<std::ptrdiff_t>(first);
+    for (std::size_t at = *text; at < end; at = text == m_starts.end() ? end : *text) {
+        const void* hit = memmem(m_keys.data() + at, end - at, key.data(), key.size());
         if (hit == nullptr)
             return;
         const auto place = static_cast<std::size_t>(static_cast<const char*>(hit) - m_keys.data());
-        text = std::prev(std::upper_bound(text, m_texts.end(), place, startsAfter));
-        const auto next = std::next(text);
-        const std::uint32_t end = next == m_texts.end() ? m_rules : next->firstRule;
-        std::fill(marks.begin() + text->firstRule, marks.begin() + end, true);
-        at = next == m_texts.end() ? m_keys.size() : next->start;
+        text = std::upper_bound(text, m_starts.end(), place);
+        marks[static_cast<std::size_t>(text - m_starts.begin()) - 1] = true;
+    }
+}
+
+void RepeatedColumn::append(const NullableText& text)
+{
+    const auto [known, isNew]
+        = m_known.try_emplace(text.sharedBytes(), static_cast<std::uint32_t>(m_texts.size()));
+    if (isNew) {
+        m_texts.push_back(text);
+        m_distinct.append(text.view());
+    }
+    m_textOf.push_back(known->second);
+}
+
+void RepeatedColumn::markContaining(std::string_view key, std::size_t first, std::vector<bool>& marks) const
+{
+    std::vector<bool> isHit(m_texts.size());
+    m_distinct.markContaining(key, 0, isHit);
+    if (std::find(isHit.begin(), isHit.end(), true) == isHit.end())
+        return;
+    const std::size_t count = std::min(m_textOf.size(), marks.size());
+    for (std::size_t number = first; number < count; ++number) {
+        if (isHit[m_textOf[number]])
+            marks[number] = true;
     }
 }
 

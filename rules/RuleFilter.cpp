@@ -24,12 +24,13 @@ bool RuleFilter::markContaining(std::string_view text, const AppendOnlyTable<Rul
     if (!follow(rules, stop))
         return false;
     const std::string key = platform::searchKey(text);
-    for (const FoldedColumn* column : {&m_paths, &m_processNames, &m_tags}) {
+    const auto mark = [&](const auto& column) {
         if (stop.stop_requested())
             return false;
-        column->markContaining(key, first, marks);
-    }
-    return true;
+        column.markContaining(key, first, marks);
+        return true;
+    };
+    return mark(m_paths) && mark(m_processNames) && mark(m_tags);
 }
 
 // Adds the rules that are not known yet. What is added stays when it is stopped.
@@ -64,7 +65,8 @@ void RuleFilter::addSome(const AppendOnlyTable<RuleRef>& rules)
         = end - m_rules > manyRules ? std::launch::async | std::launch::deferred : std::launch::deferred;
     std::future<void> paths = std::async(policy, [this, &rules, end] {
         for (std::size_t number = m_rules; number < end; ++number)
-            m_paths.append(askValue(valueOf(rules[number]), [](const auto& fields) { return fields.path; }));
+            m_paths.append(
+                askValue(valueOf(rules[number]), [](const auto& fields) { return fields.path; }).view());
     });
     for (std::size_t number = m_rules; number < end; ++number) {
         const RuleValue value = valueOf(rules[number]);

@@ -34,8 +34,8 @@ private:
 
     std::mutex m_mutex; // for everything below
     FoldedColumn m_paths;
-    FoldedColumn m_processNames;
-    FoldedColumn m_tags;
+    RepeatedColumn m_processNames;
+    RepeatedColumn m_tags;
     std::size_t m_rules = 0;
 };
 
