@@ -207,7 +207,7 @@ private:
         const OpenedStore opened = openStore({}, context);
         const rules::RulesFileText text
             = rules::RulesFileText::read(context.locations.userRulesFile(), context.lockTimeout);
-        checker.check(*opened.store, text.bytes(), std::nullopt, checked);
+        checker.check(opened.store, text.bytes(), std::nullopt, checked);
         if (opened.isComplete && !opened.hasFailed)
             return checked;
         checked.problems.push_back(text.unreadReason().value_or("not all rules could be read"));

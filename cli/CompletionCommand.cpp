@@ -57,7 +57,7 @@ private:
     {
         const OpenedStore opened = openStore({}, context);
         std::set<std::string> values;
-        for (const rules::RuleRef& rule : opened.store->userRules())
+        for (const rules::RuleRef& rule : opened.store.userRules())
             values.insert(visitRule(rule, [this](const auto& record) { return valueOf(record, m_values); }));
         for (const std::string& value : values) {
             if (!value.empty() && printable(value) == value)

@@ -39,7 +39,7 @@ public:
             printError("nothing was written: not all rules could be read");
             return ExitStatus::failed;
         }
-        const auto rules = chosenRules(*opened.store, *place);
+        const auto rules = chosenRules(opened.store, *place);
         if (!rules)
             return ExitStatus::usage;
         const rules::WriteResult result = workflow::exportRules(m_out, *rules);

@@ -81,7 +81,7 @@ public:
         }
         workflow::RuleImport import(user->document(), *place);
         import.begin(m_file);
-        const std::size_t unwritable = importRules(*exchange.store, import, user->lineEnds());
+        const std::size_t unwritable = importRules(exchange.store, import, user->lineEnds());
         warnOfUnwritable(unwritable);
         user->expectUnwritableRules(unwritable);
         return m_isDryRun ? show(import) : finish(import);

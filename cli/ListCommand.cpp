@@ -36,11 +36,11 @@ public:
         if (!place)
             return ExitStatus::failed;
         const OpenedStore opened = openStore(m_selection, context);
-        const auto rows = chosenRows(*opened.store, m_selection, *place);
+        const auto rows = chosenRows(opened.store, m_selection, *place);
         if (!rows)
             return opened.hasFailed ? ExitStatus::failed : ExitStatus::usage;
         Output output;
-        writeRows(output, *opened.store, *rows, m_selection.includeSystemRules, *place, m_asJson);
+        writeRows(output, opened.store, *rows, m_selection.includeSystemRules, *place, m_asJson);
         return output.finish() && !opened.hasFailed ? ExitStatus::success : ExitStatus::failed;
     }
 

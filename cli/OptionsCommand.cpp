@@ -22,7 +22,7 @@ public:
     {
         const OpenedStore opened = openStore({}, context);
         Output output;
-        for (const rules::FilterOption& option : opened.store->filterOptions()) {
+        for (const rules::FilterOption& option : opened.store.filterOptions()) {
             if (m_asJson)
                 output.write(Json{{"name", jsonText(option.name)}, {"value", option.value}}.dump() + "\n");
             else

@@ -61,7 +61,7 @@ private:
             return std::nullopt;
         const std::string file = context.locations.userRulesFile();
         const rules::RulesFileText text = rules::RulesFileText::read(file, context.lockTimeout);
-        return page(*opened.store, text.bytes(), file, place);
+        return page(opened.store, text.bytes(), file, place);
     }
 
     std::string page(const rules::RuleManager& store, std::string_view bytes, const std::string& subject,

@@ -3,7 +3,6 @@
 #include "rules/RuleManager.h"
 #include "workflow/RuleCriteria.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +23,7 @@ struct RuleSelection {
 
 // A store, and whether it could be read.
 struct OpenedStore {
-    std::unique_ptr<rules::RuleManager> store;
+    rules::RuleManager& store; // until the process ends
     bool hasFailed = false; // to read a file, including a named one that is missing
     // True when all rules of the selected rules file are in the store. Requires a named file to exist and to
     // be text, neither of which the store treats as a failure.
@@ -32,8 +31,7 @@ struct OpenedStore {
 };
 
 // Reads the store that `selection` names, filtered and sorted, and prints errors for what could not be read.
-// If a write of the user's file was interrupted, the rules are the intended ones; the file is unchanged. The
-// store is never null.
+// If a write of the user's file was interrupted, the rules are the intended ones; the file is unchanged.
 OpenedStore openStore(const RuleSelection& selection, const CommandContext& context);
 
 // The same for a file that a command only reads: a regular file, a link to one, or a pipe created by a shell.

@@ -56,14 +56,14 @@ public:
         const OpenedStore opened
             = m_selection.file ? openInput(*m_selection.file, context) : openStore(m_selection, context);
         const bool includeSystemRules = m_selection.includeSystemRules;
-        const auto present = opened.store->rows();
+        const auto present = opened.store.rows();
         std::vector<std::size_t> rows;
         for (std::size_t row = 0; row < present->count(includeSystemRules); ++row) {
             if (touches(present->at(row, includeSystemRules), m_question))
                 rows.push_back(row);
         }
         Output output;
-        writeRows(output, *opened.store, rows, includeSystemRules, *place, m_asJson);
+        writeRows(output, opened.store, rows, includeSystemRules, *place, m_asJson);
         const bool isWhole = opened.isComplete && !opened.hasFailed;
         return output.finish() && isWhole ? ExitStatus::success : ExitStatus::failure;
     }

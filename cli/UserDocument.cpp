@@ -4,13 +4,11 @@
 #include "cli/Output.h"
 #include "cli/RuleSelection.h"
 
-#include <utility>
-
 namespace quorvane::cli {
 
-UserDocument::UserDocument(std::unique_ptr<rules::RuleManager> opened, const CommandContext& context)
-    : m_store(std::move(opened))
-    , m_document(*m_store, m_run, owner(context), context.log)
+UserDocument::UserDocument(rules::RuleManager& opened, const CommandContext& context)
+    : m_store(opened)
+    , m_document(m_store, m_run, owner(context), context.log)
 {
     m_document.setObserver(this);
 }
@@ -48,9 +46,9 @@ rules::LineEnds UserDocument::lineEnds() const
 
 std::unique_ptr<UserDocument> openToLook(const CommandContext& context)
 {
-    OpenedStore opened = openStore({}, context);
+    const OpenedStore opened = openStore({}, context);
     if (opened.isComplete)
-        return std::make_unique<UserDocument>(std::move(opened.store), context);
+        return std::make_unique<UserDocument>(opened.store, context);
     printError("nothing was written: it would lose the rules that were not read");
     return nullptr;
 }

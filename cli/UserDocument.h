@@ -15,10 +15,10 @@ struct CommandContext;
 // The current user's rules, opened for changes. Reports of the document go to standard error. One thread.
 class UserDocument : private workflow::DocumentObserver {
 public:
-    // `opened` must be read from the user's configuration.
-    UserDocument(std::unique_ptr<rules::RuleManager> opened, const CommandContext& context);
+    // `opened` must be read from the user's configuration, and outlive it.
+    UserDocument(rules::RuleManager& opened, const CommandContext& context);
 
-    rules::RuleManager& store() { return *m_store; }
+    rules::RuleManager& store() { return m_store; }
     workflow::RulesDocument& document() { return m_document; }
 
     // True when the file contains the rules; else prints why it does not.
@@ -40,7 +40,7 @@ private:
 
     workflow::RunState m_run;
     std::size_t m_expectedUnwritable = 0;
-    std::unique_ptr<rules::RuleManager> m_store;
+    rules::RuleManager& m_store;
     workflow::RulesDocument m_document;
 };
 
