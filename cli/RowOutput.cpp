@@ -3,12 +3,15 @@
 #include "cli/Output.h"
 #include "cli/RuleJson.h"
 #include "rules/ApplicationIdentity.h"
+#include "rules/RuleIdentity.h"
 #include "workflow/ApplicationValidation.h"
 #include "workflow/RuleCells.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvane::cli {
 
@@ -34,26 +37,72 @@ bool isValid(const rules::WatchRule&, const workflow::RulesPlace&)
     return true;
 }
 
-template <class Rule>
-std::string rowLine(
-    const rules::RuleManager& store, std::size_t row, const Rule& rule, const workflow::RulesPlace& place)
-{
-    const auto& fields = rule.fields();
-    JsonLine line;
-    line.add("row", row);
-    addProperties(line, fields);
-    line.add("sequence", fields.sequence);
-    line.add("system", fields.system);
-    line.add("ruleState", rule.getRuleState());
-    line.add("applicationName", applicationNameForRule(rule));
-    line.add("applicationGroupIdentity", applicationGroupIdentityForRule(rule));
-    line.add("redundant", isRedundant(store, rule));
-    if (place.isNowhere())
-        line.add("valid", nullptr);
-    else
-        line.add("valid", isValid(rule, place));
-    return line.finish();
-}
+// Makes the lines of rules. What rules of one application have in common is found out once for those that
+// follow each other, as they do in a store that is not sorted, instead of a look at the disk for each.
+class JsonRows {
+public:
+    JsonRows(const rules::RuleManager& store, const workflow::RulesPlace& place)
+        : m_store(store)
+        , m_place(place)
+    {
+    }
+
+    // The line of a rule; valid until the next call.
+    template <class Rule> std::string_view line(std::size_t row, const Rule& rule)
+    {
+        const auto& fields = rule.fields();
+        const Application& application = applicationOf(rule);
+        m_text.clear();
+        JsonLine line(m_text);
+        line.add("row", row);
+        addProperties(line, fields);
+        line.add("sequence", fields.sequence);
+        line.add("system", fields.system);
+        line.add("ruleState", rule.getRuleState());
+        line.add("applicationName", application.name);
+        line.add("applicationGroupIdentity", application.groupIdentity);
+        line.add("redundant", isRedundant(m_store, rule));
+        if (application.isValid)
+            line.add("valid", *application.isValid);
+        else
+            line.add("valid", nullptr);
+        line.finish();
+        return m_text;
+    }
+
+private:
+    struct Application {
+        std::string name;
+        std::string groupIdentity;
+        std::optional<bool> isValid; // none where nothing is looked up
+    };
+
+    template <class Rule> Application newApplicationOf(const Rule& rule) const
+    {
+        return {applicationNameForRule(rule), applicationGroupIdentityForRule(rule),
+            m_place.isNowhere() ? std::nullopt : std::optional(isValid(rule, m_place))};
+    }
+    const Application& applicationOf(const rules::WatchRule& rule)
+    {
+        m_lastPolicy.reset();
+        return m_last = newApplicationOf(rule);
+    }
+    const Application& applicationOf(const rules::PolicyRule& rule)
+    {
+        const rules::PolicyRuleFields& fields = rule.fields();
+        if (m_lastPolicy && (*m_lastPolicy)->system == fields.system
+            && isOfSameApplication(fields, **m_lastPolicy))
+            return m_last;
+        m_lastPolicy = rule.presentValue();
+        return m_last = newApplicationOf(rule);
+    }
+
+    const rules::RuleManager& m_store;
+    const workflow::RulesPlace& m_place;
+    std::string m_text;
+    Application m_last;
+    std::optional<rules::PolicyValue> m_lastPolicy; // a rule of that application; none for a watch rule's
+};
 
 // The texts of one row, in the order in which they are printed.
 using PrintedRow = std::array<std::string, 7>;
@@ -100,10 +149,11 @@ void writeRows(Output& output, const rules::RuleManager& store, const std::vecto
     if (!asJson)
         writeLine(output, {"Row", "Class", "Type", "Ops", "Application", "Tag", "Path"});
     const auto present = store.rows();
+    JsonRows lines(store, place);
     for (const std::size_t row : rows) {
         if (asJson)
             output.write(visitRule(present->at(row, includeSystemRules),
-                [&](const auto& rule) { return rowLine(store, row, rule, place); }));
+                [&](const auto& rule) { return lines.line(row, rule); }));
         else
             writeLine(output, printedRow(store, *present, row, includeSystemRules, place));
     }

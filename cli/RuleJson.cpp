@@ -50,13 +50,15 @@ template <class Value> Json jsonOf(const Value& value)
 template <class Fields> Json jsonOfProperties(const Fields& rule)
 {
     Json object = Json::object();
-    useProperties(rule, [&object](const char* key, const auto& value) { object[key] = jsonOf(value); });
+    useProperties(rule, [&object](const JsonKey& key, const auto& value) {
+        object[std::string(key.name())] = jsonOf(value);
+    });
     return object;
 }
 
 template <class Fields> void addAll(JsonLine& line, const Fields& rule)
 {
-    useProperties(rule, [&line](const char* key, const auto& value) { line.add(key, value); });
+    useProperties(rule, [&line](const JsonKey& key, const auto& value) { line.add(key, value); });
 }
 
 } // namespace

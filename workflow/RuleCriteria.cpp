@@ -93,9 +93,10 @@ std::vector<std::size_t> rowsMeeting(const rules::RuleManager& store, bool inclu
     const auto rows = store.rows();
     const std::size_t count = rows->count(includeSystemRules);
     const std::vector<bool> isNamed = marksOf(criteria.rows, count);
+    const bool takesAll = namesNoProperty(criteria);
     std::vector<std::size_t> meeting;
     for (std::size_t row = 0; row < count; ++row) {
-        if (isNamed[row] && hasProperties(rows->at(row, includeSystemRules), criteria))
+        if (isNamed[row] && (takesAll || hasProperties(rows->at(row, includeSystemRules), criteria)))
             meeting.push_back(row);
     }
     return criteria.findings.empty() ? meeting

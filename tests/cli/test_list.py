@@ -49,6 +49,19 @@ class ListedRule(CommandTest):
                 rule = self.only_rule(f'allow prefix /p "{process}" r "" "{constraint}"')
                 self.assertIs(rule["valid"], is_valid)
 
+    def test_rules_that_follow_each_other_each_show_their_own_application(self):
+        program = self.sandbox.new_file("program", b"contents")
+        self.sandbox.write_user(f"watch path /1 {program} r", f"allow path /2 {program} r", f"allow path /3 {program} r",
+                                f'allow path /4 {program} r "" TEAM', "allow path /5 /no/such r", "watch path /6 /no/such r")
+        self.sandbox.write_system("quorvane.rc", "allow path /7 /no/such r")
+        rows = self.succeed("list", "--json", "--system", "--sort", "path").objects()
+        name = os.path.basename(program)
+        self.assertEqual([(row["path"], row["applicationName"], row["applicationGroupIdentity"], row["valid"]) for row in rows], [
+            ("/1", name, f"{name}:{program}:(null):", True), ("/2", name, f"{name}:{program}:(null):", True),
+            ("/3", name, f"{name}:{program}:(null):", True), ("/4", name, f"{name}:{program}:(null):TEAM", False),
+            ("/5", "such", "such:/no/such:(null):", False), ("/6", "such", "such:/no/such:(null):", True),
+            ("/7", "such", "such:/no/such:(null):", True)])
+
     def test_system_rules_and_watch_rules_are_valid_without_a_program(self):
         self.sandbox.write_user("watch prefix /w /no/such r")
         self.sandbox.write_system("quorvane.rc", "allow prefix /p /no/such r")
