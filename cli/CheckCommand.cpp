@@ -26,25 +26,41 @@ namespace {
 
 enum class Form { text, json, sarif };
 
-Json textOrNull(std::string_view text)
+void addUnlessEmpty(JsonLine& line, const JsonKey& key, std::string_view text)
 {
-    return text.empty() ? Json(nullptr) : Json(text);
+    if (text.empty())
+        line.add(key, nullptr);
+    else
+        line.add(key, text);
 }
 
-std::string findingLine(const std::optional<std::string>& file, const workflow::FileFinding& finding)
+void appendJson(
+    std::string& out, const std::optional<std::string>& file, const workflow::FileFinding& finding)
 {
-    const Json object{{"row", finding.row ? Json(*finding.row) : Json(nullptr)},
-        {"finding", findingName(finding.kind)}, {"rule", finding.rule},
-        {"coveredBy", textOrNull(finding.other)}, {"reason", textOrNull(finding.reason)},
-        {"file", file ? Json(*file) : Json(nullptr)}};
-    return jsonLine(object);
+    JsonLine line(out);
+    if (finding.row)
+        line.add("row", *finding.row);
+    else
+        line.add("row", nullptr);
+    line.add("finding", findingName(finding.kind));
+    line.add("rule", finding.rule);
+    addUnlessEmpty(line, "coveredBy", finding.other);
+    addUnlessEmpty(line, "reason", finding.reason);
+    if (file)
+        line.add("file", *file);
+    else
+        line.add("file", nullptr);
+    line.finish();
 }
 
-std::string textLines(const std::string& before, const workflow::FileFinding& finding)
+void appendText(std::string& out, const std::string& before, const workflow::FileFinding& finding)
 {
-    const std::string place
-        = finding.row ? "row " + std::to_string(*finding.row) : "line " + std::to_string(finding.line);
-    return before + place + ": " + printable(finding.rule) + "\n    " + printable(finding.text) + "\n";
+    out.append(before).append(finding.row ? "row " : "line ");
+    out.append(std::to_string(finding.row.value_or(finding.line))).append(": ");
+    appendPrintable(out, finding.rule);
+    out.append("\n    ");
+    appendPrintable(out, finding.text);
+    out.append("\n");
 }
 
 // The findings of one file, ready to be printed.
@@ -70,10 +86,12 @@ std::optional<std::string> whyUnread(const std::string& file, const rules::Rules
 
 class Checker {
 public:
-    Checker(const CommandContext& context, Form form, bool namesFiles, workflow::FindingSearch search)
+    // `output`: where findings of the only file are printed as they are found, which may be many times as
+    // long as the file; null for several files, whose findings are kept until it is their turn.
+    Checker(const CommandContext& context, Form form, Output* output, workflow::FindingSearch search)
         : m_context(context)
         , m_form(form)
-        , m_namesFiles(namesFiles)
+        , m_output(output)
         , m_search{std::move(search), form == Form::sarif}
     {
     }
@@ -102,14 +120,22 @@ public:
     {
         const std::string address
             = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";
-        useFileFindings(store, bytes, m_search, [&](const workflow::FileFinding& finding) {
-            checked.isFaultless = false;
+        const std::string before = m_output == nullptr ? printable(*file) + ": " : "";
+        const auto append = [&](std::string& out, const workflow::FileFinding& finding) {
             if (m_form == Form::json)
-                checked.printed += findingLine(file, finding);
+                appendJson(out, file, finding);
             else if (m_form == Form::text)
-                checked.printed += textLines(m_namesFiles ? printable(*file) + ": " : "", finding);
+                appendText(out, before, finding);
             else
-                checked.printed.append(checked.printed.empty() ? "" : ",\n") += sarifResult(address, finding);
+                out.append(checked.isFaultless ? "" : ",\n").append(sarifResult(address, finding));
+        };
+        useFileFindings(store, bytes, m_search, [&](const workflow::FileFinding& finding) {
+            append(checked.printed, finding);
+            checked.isFaultless = false;
+            if (m_output == nullptr)
+                return;
+            m_output->write(checked.printed);
+            checked.printed.clear();
         });
     }
 
@@ -122,7 +148,7 @@ private:
 
     const CommandContext& m_context;
     const Form m_form;
-    const bool m_namesFiles;
+    Output* const m_output;
     const workflow::FileSearch m_search;
 };
 
@@ -149,6 +175,8 @@ public:
                 .append(sarifNotification(fileAddress(file), problem));
         }
     }
+
+    Output& output() { return m_output; }
 
     // Returns the exit status.
     int finish()
@@ -190,8 +218,9 @@ public:
         if (!place)
             return ExitStatus::failed;
         const Form form = m_asSarif ? Form::sarif : m_asJson ? Form::json : Form::text;
-        const Checker checker(context, form, m_files.size() > 1, {m_kinds, *place});
         CheckPrinter printer(form);
+        const Checker checker(
+            context, form, m_files.size() > 1 ? nullptr : &printer.output(), {m_kinds, *place});
         if (m_files.empty())
             printer.print(context.locations.userRulesFile(), checkConfiguration(checker, context));
         platform::makeInOrder(

@@ -14,7 +14,17 @@ namespace {
 
 constexpr std::size_t pieceSize = 1U << 16U;
 
+// True for printable ASCII, as most text is. Checks all bytes without an early exit, so that the compiler can
+// vectorize the loop.
+bool isPlain(std::string_view text)
+{
+    unsigned char anyOdd = 0;
+    for (const char letter : text)
+        anyOdd |= static_cast<unsigned char>(letter < ' ' || letter > '~');
+    return anyOdd == 0;
 }
+
+} // namespace
 
 void Output::write(std::string_view text)
 {
@@ -52,22 +62,31 @@ void printError(std::string_view message)
 std::string printable(std::string_view text)
 {
     std::string shown;
+    appendPrintable(shown, text);
+    return shown;
+}
+
+void appendPrintable(std::string& out, std::string_view text)
+{
+    if (isPlain(text)) {
+        out.append(text);
+        return;
+    }
     unsigned char before = 0;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         // U+0080 to U+009F, which terminals interpret too, are the bytes C2 80 to C2 9F.
         const bool isLateControl = std::exchange(before, byte) == 0xC2 && byte < 0xA0;
         if (byte >= 0x20 && byte != 0x7F && !isLateControl) {
-            shown.push_back(c);
+            out.push_back(c);
             continue;
         }
         if (isLateControl)
-            shown.pop_back();
+            out.pop_back();
         char escaped[5];
         std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-        shown += escaped;
+        out += escaped;
     }
-    return shown;
 }
 
 } // namespace quorvane::cli

@@ -26,5 +26,7 @@ void printError(std::string_view message);
 
 // `text` with control characters escaped, so that a terminal does not interpret them.
 std::string printable(std::string_view text);
+// The same, appended to `out`.
+void appendPrintable(std::string& out, std::string_view text);
 
 } // namespace quorvane::cli

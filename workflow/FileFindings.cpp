@@ -94,18 +94,25 @@ void useFileFindings(const rules::RuleManager& store, std::string_view bytes, co
 {
     const RowFindings findings(store, false, search.findings);
     std::optional<LinesOfRules> lines;
-    for (std::size_t row = 0; row < store.totalRules(false); ++row) {
-        for (const RuleFinding& finding : findings.at(row)) {
-            const rules::RuleRef& rule = store.ruleAtIndex(row, false);
-            if (search.withLines && !lines)
-                lines.emplace(store, bytes);
-            use({.kind = finding.kind,
-                .row = row,
-                .line = lines ? lines->of(rule) : 0,
-                .rule = ruleText(rule),
-                .other = finding.other == nullptr ? std::string() : ruleText(*finding.other),
-                .reason = findingReason(finding),
-                .text = findingText(finding)});
+    const auto rows = store.rows();
+    for (std::size_t row = 0; row < rows->count(false); ++row) {
+        const std::vector<RuleFinding> ofRow = findings.at(row);
+        if (ofRow.empty())
+            continue;
+        if (search.withLines && !lines)
+            lines.emplace(store, bytes);
+        const rules::RuleRef& rule = rows->at(row, false);
+        FileFinding found{.kind = ofRow.front().kind,
+            .row = row,
+            .line = lines ? lines->of(rule) : 0,
+            .rule = ruleText(rule),
+            .text = {}};
+        for (const RuleFinding& finding : ofRow) {
+            found.kind = finding.kind;
+            found.other = finding.other == nullptr ? std::string() : ruleText(*finding.other);
+            found.reason = findingReason(finding);
+            found.text = findingText(finding);
+            use(found);
         }
     }
     if (search.findings.kinds.contains(FindingKind::joined))

@@ -1,6 +1,7 @@
 #include "workflow/RuleFindings.h"
 
 #include "rules/RuleCodes.h"
+#include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleOverlaps.h"
 
@@ -80,6 +81,41 @@ bool readsBack(const rules::RuleRef& rule)
 {
     return visitRule(rule,
         [](const auto& record) { return record.fields().system || readsBackAsWritten(record.fields()); });
+}
+
+ProgramFindings programFindings(const rules::RuleRef& rule, const FindingSearch& search)
+{
+    const bool asksForProof = search.kinds.contains(FindingKind::unproven);
+    ProgramFindings program;
+    if (asksForProof || search.kinds.contains(FindingKind::invalidProgram))
+        program.fault = programFault(rule, search.place);
+    if (asksForProof && !program.fault)
+        program.proof = teamProof(rule, search.place);
+    return program;
+}
+
+void addFindingsOfRuleAlone(std::vector<RuleFinding>& findings, const rules::RuleRef& rule,
+    const FindingSearch& search, const ProgramFindings& program)
+{
+    const auto& [kinds, place] = search;
+    if (program.fault && kinds.contains(FindingKind::invalidProgram))
+        findings.push_back({FindingKind::invalidProgram, nullptr, program.fault});
+    if (kinds.contains(FindingKind::missingPath) && isPathMissing(rule, place))
+        findings.push_back({FindingKind::missingPath});
+    if (kinds.contains(FindingKind::doesNotReadBack) && !readsBack(rule))
+        findings.push_back({FindingKind::doesNotReadBack});
+    if (program.proof != TeamProof::proven)
+        findings.push_back({FindingKind::unproven, nullptr, std::nullopt, program.proof});
+}
+
+std::vector<RuleFinding> findingsWith(const rules::RuleManager& store, const rules::RuleRef& rule,
+    const FindingSearch& search, const ProgramFindings& program)
+{
+    std::vector<RuleFinding> findings;
+    if (search.kinds.contains(FindingKind::redundant))
+        addRedundancy(findings, store, rule);
+    addFindingsOfRuleAlone(findings, rule, search, program);
+    return findings;
 }
 
 bool isUserPolicyRule(const rules::RuleRef& rule)
@@ -190,33 +226,15 @@ bool isPathMissing(const rules::RuleRef& rule, const RulesPlace& place)
 
 std::vector<RuleFinding> findingsOfRuleAlone(const rules::RuleRef& rule, const FindingSearch& search)
 {
-    const auto& [kinds, place] = search;
     std::vector<RuleFinding> findings;
-    const bool asksForProgram
-        = kinds.contains(FindingKind::invalidProgram) || kinds.contains(FindingKind::unproven);
-    const auto fault = asksForProgram ? programFault(rule, place) : std::nullopt;
-    if (fault && kinds.contains(FindingKind::invalidProgram))
-        findings.push_back({FindingKind::invalidProgram, nullptr, fault});
-    if (kinds.contains(FindingKind::missingPath) && isPathMissing(rule, place))
-        findings.push_back({FindingKind::missingPath});
-    if (kinds.contains(FindingKind::doesNotReadBack) && !readsBack(rule))
-        findings.push_back({FindingKind::doesNotReadBack});
-    if (!fault && kinds.contains(FindingKind::unproven)) {
-        if (const TeamProof proof = teamProof(rule, place); proof != TeamProof::proven)
-            findings.push_back({FindingKind::unproven, nullptr, std::nullopt, proof});
-    }
+    addFindingsOfRuleAlone(findings, rule, search, programFindings(rule, search));
     return findings;
 }
 
 std::vector<RuleFinding> findingsForRule(
     const rules::RuleManager& store, const rules::RuleRef& rule, const FindingSearch& search)
 {
-    std::vector<RuleFinding> findings;
-    if (search.kinds.contains(FindingKind::redundant))
-        addRedundancy(findings, store, rule);
-    const std::vector<RuleFinding> alone = findingsOfRuleAlone(rule, search);
-    findings.insert(findings.end(), alone.begin(), alone.end());
-    return findings;
+    return findingsWith(store, rule, search, programFindings(rule, search));
 }
 
 std::vector<RuleFinding> pathFindingsForRule(
@@ -242,10 +260,23 @@ RowFindings::RowFindings(const rules::RuleManager& store, bool includeSystemRule
     m_overlapped = firstOverlaps(rules);
 }
 
+const ProgramFindings& RowFindings::programOf(const rules::RuleRef& rule) const
+{
+    const rules::PolicyRule* policy = policyRuleIn(rule);
+    const bool isKnown = policy != nullptr && m_lastAsked
+        && isOfSameApplication(policy->fields(), **m_lastAsked)
+        && policy->fields().system == (*m_lastAsked)->system;
+    if (!isKnown) {
+        m_lastProgram = programFindings(rule, m_search);
+        m_lastAsked = policy == nullptr ? std::nullopt : std::optional(policy->presentValue());
+    }
+    return m_lastProgram;
+}
+
 std::vector<RuleFinding> RowFindings::at(std::size_t row) const
 {
-    std::vector<RuleFinding> findings
-        = findingsForRule(m_store, m_rows->at(row, m_includeSystemRules), m_search);
+    const rules::RuleRef& rule = m_rows->at(row, m_includeSystemRules);
+    std::vector<RuleFinding> findings = findingsWith(m_store, rule, m_search, programOf(rule));
     if (m_overlapped.empty() || m_overlapped[row] == noOverlap)
         return findings;
     const rules::RuleRef& other = m_rows->at(m_overlapped[row], m_includeSystemRules);

@@ -99,6 +99,12 @@ struct FindingSearch {
     RulesPlace place = RulesPlace::thisMachine();
 };
 
+// The findings about a rule's program, which are the same for all rules of one program and constraint.
+struct ProgramFindings {
+    std::optional<ProgramFault> fault{};
+    TeamProof proof = TeamProof::proven;
+};
+
 // All findings of one rule, in the order of FindingKind, except joined lines and overlaps, which need all
 // rules. For a system rule never doesNotReadBack, since it is not written. For the store's thread.
 std::vector<RuleFinding> findingsForRule(
@@ -116,15 +122,20 @@ class RowFindings {
 public:
     RowFindings(const rules::RuleManager& store, bool includeSystemRules, FindingSearch search);
 
-    // The findings of a row, in the order of FindingKind.
+    // The findings of a row, in the order of FindingKind. The program of rows that follow each other is asked
+    // about once: rows of a store that is not sorted are grouped by program.
     std::vector<RuleFinding> at(std::size_t row) const;
 
 private:
+    const ProgramFindings& programOf(const rules::RuleRef& rule) const;
+
     const rules::RuleManager& m_store;
     const std::shared_ptr<const rules::RuleRows> m_rows;
     const bool m_includeSystemRules;
     const FindingSearch m_search;
     std::vector<std::size_t> m_overlapped; // by row; empty when overlaps are not searched for
+    mutable std::optional<rules::PolicyValue> m_lastAsked; // the rule that m_lastProgram is about
+    mutable ProgramFindings m_lastProgram;
 };
 
 } // namespace quorvane::workflow

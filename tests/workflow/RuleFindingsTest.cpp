@@ -214,6 +214,52 @@ TEST(RowFindings, ASystemRuleOverlapsNothing)
     EXPECT_EQ(namesOf(findings.at(0)) + namesOf(findings.at(1)), "");
 }
 
+TEST(RowFindings, RulesOfOneApplicationThatFollowEachOtherAskAboutItsProgramOnce)
+{
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    for (const char* path : {"/a", "/b", "/c"})
+        store.addPolicyRule(test::policyRule({.path = path, .processName = "/bin/gone", .operations = 1}));
+    test::FakeProgramFacts facts;
+    const RowFindings findings(
+        store, false, {{FindingKind::invalidProgram, FindingKind::unproven}, RulesPlace::of(facts)});
+    for (std::size_t row = 0; row < 3; ++row)
+        EXPECT_EQ(namesOf(findings.at(row)), "invalid");
+    EXPECT_EQ(facts.questions, 1);
+}
+
+TEST(RowFindings, AnotherProgramConstraintOrKindOfRuleIsAskedAboutAnew)
+{
+    // given rules that differ from the one before in one respect each
+    rules::RuleManager store(platform::Locations("/nonexistent", "nobody"), test::silentLog());
+    store.addWatchRule(test::watchRule({.path = "/w", .processName = "/bin/gone", .operations = 1}));
+    const struct {
+        const char* process;
+        const char* constraint;
+        bool system;
+    } cases[] = {{"/bin/gone", "", false}, {"/bin/gone", "", true}, {"/bin/here", "", false},
+        {"/bin/here", "TEAM123456", false}};
+    for (const auto& c : cases) {
+        store.addPolicyRule(test::policyRule({.path = "/p",
+            .processName = c.process,
+            .constraint = c.constraint,
+            .operations = 1,
+            .system = c.system}));
+    }
+    test::FakeProgramFacts facts;
+    facts.existing = {"/bin/here"};
+    // when they are asked in turn
+    const RowFindings findings(store, true, {{FindingKind::invalidProgram}, RulesPlace::of(facts)});
+
+    // then each has its own findings
+    EXPECT_EQ(namesOf(findings.at(0)), "");
+    for (std::size_t row = 1; row < 5; ++row) {
+        const rules::PolicyRuleFields& rule = policyRuleIn(store.ruleAtIndex(row, true))->fields();
+        const bool isInvalid = !rule.system
+            && (rule.processName.view() == "/bin/gone" || rule.constraint.view() == "TEAM123456");
+        EXPECT_EQ(namesOf(findings.at(row)), isInvalid ? "invalid" : "") << row;
+    }
+}
+
 TEST(FindingKinds, HaveNamesByWhichTheyAreFound)
 {
     std::string names;
