@@ -59,9 +59,11 @@ template <class Words> std::size_t lengthOfLastWord(const Words& words, std::str
 template <class Words>
 std::optional<std::string_view> beforeLastWord(const Words& words, std::string_view text)
 {
+    if (!text.ends_with(' '))
+        return std::nullopt;
     const std::size_t end = text.find_last_not_of(' ') + 1; // 0 when there are only blanks
     const std::size_t length = lengthOfLastWord(words, text.substr(0, end));
-    if (end == text.size() || length == 0)
+    if (length == 0)
         return std::nullopt;
     return text.substr(0, end - length);
 }
@@ -300,8 +302,11 @@ std::vector<RuleText> rulesOfLine(std::string_view line, bool isEndKnown)
         const auto head = headAt(line, begin);
         if (!head)
             return {};
+        const std::size_t next = nextJoin(line, begin, *head);
+        if (next == npos && begins.empty())
+            return {}; // most lines: no list of one is made for them
         begins.push_back(begin);
-        begin = nextJoin(line, begin, *head);
+        begin = next;
     }
     while (begins.size() > 1 && !readsAsRule({line.substr(begins.back()), isEndKnown}))
         begins.pop_back();
