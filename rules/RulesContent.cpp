@@ -47,6 +47,12 @@ void RulesContent::append(const RuleRef& rule)
     visitRule(rule, [this](const auto& record) { appendLine(record.fields()); });
 }
 
+void RulesContent::clear()
+{
+    m_bytes.clear();
+    m_ends.clear();
+}
+
 std::size_t RulesContent::endOfRuleAt(std::size_t position) const
 {
     return *std::upper_bound(m_ends.begin(), m_ends.end(), position);

@@ -33,6 +33,8 @@ public:
     static RulesContent ofText(std::string text);
 
     std::string_view bytes() const { return m_bytes; }
+    // Removes all bytes; keeps the memory, and isCut().
+    void clear();
 
     // Whether any line lacks its end.
     bool isCut() const { return m_isCut; }

@@ -7,7 +7,9 @@
 #include "rules/RulesContent.h"
 #include "rules/RulesFile.h"
 
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -20,6 +22,8 @@ namespace quorvane::workflow {
 namespace {
 
 constexpr mode_t ownerAndGroup = 0640;
+
+using WriteTo = std::function<std::error_code(int descriptor)>;
 
 std::string openFailure(const std::string& path, const std::error_code& error)
 {
@@ -35,15 +39,46 @@ bool canStandFor(platform::FileReplacement& file, const platform::FileDescriptor
     return fstat(existing.get(), &status) == 0 && file.canStandFor(status);
 }
 
+std::error_code write(int descriptor, std::string_view bytes)
+{
+    std::error_code error;
+    if (platform::writeFully(descriptor, bytes, error) < bytes.size() && !error)
+        error = platform::systemError(EIO); // a write that returned 0 without an error
+    return error;
+}
+
+// In pieces, so that a long file is never in memory as a whole.
+std::error_code write(int descriptor, const std::vector<rules::RuleRef>& rules)
+{
+    constexpr std::size_t pieceSize = std::size_t{1} << 18U; // bytes
+    std::error_code error;
+    rules::RulesContent piece;
+    for (const rules::RuleRef& rule : rules) {
+        piece.append(rule);
+        if (piece.bytes().size() < pieceSize)
+            continue;
+        if (error = write(descriptor, piece.bytes()); error)
+            return error;
+        piece.clear();
+    }
+    return write(descriptor, piece.bytes());
+}
+
+rules::RulesContent contentOf(const std::vector<rules::RuleRef>& rules)
+{
+    rules::RulesContent content;
+    for (const rules::RuleRef& rule : rules)
+        content.append(rule);
+    return content;
+}
+
 rules::WriteResult replace(
-    platform::FileReplacement& file, const std::string& destination, const rules::RulesContent& content)
+    platform::FileReplacement& file, const std::string& destination, const WriteTo& writeTo)
 {
     rules::WriteResult result;
-    std::error_code error;
-    if (platform::writeFully(file.descriptor(), content.bytes(), error) == content.bytes().size())
+    std::error_code error = writeTo(file.descriptor());
+    if (!error)
         error = file.takePlace(ownerAndGroup);
-    else if (!error)
-        error = platform::systemError(EIO); // a write that returned 0 without an error
     result.opened = !error;
     if (error)
         result.message
@@ -53,9 +88,9 @@ rules::WriteResult replace(
     return result;
 }
 
-} // namespace
-
-rules::WriteResult exportRules(const std::string& destination, const rules::RulesContent& content)
+// `writeInPlace`: for a destination that cannot be replaced.
+rules::WriteResult exportBy(const std::string& destination, const WriteTo& writeTo,
+    const std::function<rules::WriteResult()>& writeInPlace)
 {
     rules::WriteResult refused;
     std::error_code error;
@@ -67,21 +102,29 @@ rules::WriteResult exportRules(const std::string& destination, const rules::Rule
     }
     platform::FileReplacement file(destination);
     if (file.isForbidden() || (!file.error() && !canStandFor(file, existing)))
-        return writeRulesFile(destination, content);
+        return writeInPlace();
     if (file.error()) {
         refused.message = openFailure(destination, file.error());
         return refused;
     }
-    return replace(file, destination, content);
+    return replace(file, destination, writeTo);
+}
+
+} // namespace
+
+rules::WriteResult exportRules(const std::string& destination, const rules::RulesContent& content)
+{
+    return exportBy(
+        destination, [&](int descriptor) { return write(descriptor, content.bytes()); },
+        [&] { return writeRulesFile(destination, content); });
 }
 
 rules::WriteResult exportRules(const std::string& destination, const std::vector<rules::RuleRef>& rules)
 {
     try {
-        rules::RulesContent content;
-        for (const rules::RuleRef& rule : rules)
-            content.append(rule);
-        return exportRules(destination, content);
+        return exportBy(
+            destination, [&](int descriptor) { return write(descriptor, rules); },
+            [&] { return writeRulesFile(destination, contentOf(rules)); });
     } catch (const std::bad_alloc&) {
         rules::WriteResult failed;
         failed.message = "Internal error: unable to allocate memory";

@@ -154,6 +154,20 @@ TEST_F(RulesExport, IsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
         rules);
 }
 
+TEST_F(RulesExport, OfManyRulesWritesEachLineOnce)
+{
+    std::vector<rules::RuleRef> many;
+    std::string lines;
+    for (int number = 0; number < 10'000; ++number) {
+        const std::string path = "/folder/file-" + std::to_string(number);
+        many.push_back(test::policyRule({.path = path, .processName = "any", .operations = 1}));
+        lines += "allow prefix \"" + path + "\" \"any\" r \"\" \"\" \"0\"\n";
+    }
+    const std::string out = folder.path("out.quorv");
+    EXPECT_EQ(messageOf(exportRules(out, many)), "written ");
+    EXPECT_EQ(test::TemporaryFolder::contents(out), lines);
+}
+
 TEST_F(RulesExport, OfRulesReplacesAFileByAWholeOne)
 {
     const std::string out = folder.write("out.quorv", "something longer than the rules" + rules);
