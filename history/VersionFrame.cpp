@@ -121,10 +121,15 @@ std::string packed(std::string_view contents, std::string_view prefix, std::stri
     if (!context)
         throw std::bad_alloc();
     checked(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1));
-    checked(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_enableLongDistanceMatching, 1));
-    checked(ZSTD_CCtx_setParameter(
-        context.get(), ZSTD_c_windowLog, windowFor(std::max(contents.size(), prefix.size()))));
-    checked(ZSTD_CCtx_refPrefix(context.get(), prefix.data(), prefix.size()));
+    // Of a long file this takes less than half of the time of the usual level with long-distance matching,
+    // for a fifth more room; compared to a prefix, four fifths for 2 % more.
+    checked(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, 1));
+    if (!prefix.empty()) {
+        checked(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_enableLongDistanceMatching, 1));
+        checked(ZSTD_CCtx_setParameter(
+            context.get(), ZSTD_c_windowLog, windowFor(std::max(contents.size(), prefix.size()))));
+        checked(ZSTD_CCtx_refPrefix(context.get(), prefix.data(), prefix.size()));
+    }
     // Left uninitialized, so that only the pages that the frame needs are touched.
     const std::size_t bound = ZSTD_compressBound(contents.size());
     const auto room = std::make_unique_for_overwrite<char[]>(bound);

@@ -163,6 +163,8 @@ void RulesDocument::continueWith(platform::FileLock lock)
     m_run.internalWrite = true;
     if (m_orders.empty())
         return;
+    if (m_rulesInFile)
+        m_orders.front().rulesInFile = m_rulesInFile->size();
     if (m_owner.background != nullptr && m_orders.front().rules.size() > mostWrittenAtOnce)
         return writeInBackground(std::move(lock));
     const WriteReport report = m_file.write(m_orders.front(), lock);

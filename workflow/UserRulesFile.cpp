@@ -167,24 +167,26 @@ void UserRulesFile::reportJournal(std::vector<DocumentNews>& news)
 }
 
 // The newest version of the journal is what our programs wrote last; any other bytes were written by another
-// program.
-std::optional<std::int64_t> UserRulesFile::keepForeign(
-    const history::DigestedBytes& bytes, std::vector<DocumentNews>& news)
+// program. The first version of a long file needs no look at its rules when their number is known.
+std::optional<std::int64_t> UserRulesFile::keepForeign(const history::DigestedBytes& bytes,
+    std::vector<DocumentNews>& news, std::optional<std::uint64_t> rulesInFile)
 {
     const auto newest = journal().newest();
     if (newest && newest->bytes == bytes.bytes().size() && newest->sha256 == bytes.digest())
         return newest->number;
     if (!newest && bytes.bytes().empty())
         return std::nullopt; // an empty or missing file is the initial state
-    const std::vector<rules::RuleValue> rules = rules::rulesOfText(bytes.bytes());
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
-    const ChangeCounts counts = countsOf(
-        rulesDifference(before ? rules::rulesOfText(*before) : std::vector<rules::RuleValue>(), rules));
-    history::NewVersion version = newVersion(counts, rules.size(), bytes);
+    const bool isCounted = !before && rulesInFile;
+    const auto rules = isCounted ? std::vector<rules::RuleValue>() : rules::rulesOfText(bytes.bytes());
+    const std::uint64_t number = isCounted ? *rulesInFile : rules.size();
+    const ChangeCounts counts = before ? countsOf(rulesDifference(rules::rulesOfText(*before), rules))
+                                       : ChangeCounts{.added = number};
+    history::NewVersion version = newVersion(counts, number, bytes);
     version.kind = history::VersionKind::foreign;
-    const auto number = journal().record(version);
+    const auto recorded = journal().record(version);
     reportJournal(news);
-    return number;
+    return recorded;
 }
 
 // Under the lock: otherwise a version recorded between reading and recording would be followed by older
@@ -389,7 +391,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
         meant = meantBy(order);
     const FileContent present = reading.get();
     if (!present.text.errorMessage())
-        keepForeign(present.bytes, report.news);
+        keepForeign(present.bytes, report.news, order.unreadReason ? std::nullopt : order.rulesInFile);
     if (order.restores)
         meant = meantByVersion(*order.restores);
     if (auto refusal = refusalOf(order, meant)) {

@@ -43,6 +43,7 @@ struct WriteOrder {
     bool wholeLines = false; // write every line completely, including non-ASCII text
     std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
     std::optional<std::string> unreadReason{}; // why the current file must be renamed first
+    std::optional<std::uint64_t> rulesInFile{}; // how many the current file holds; none when not known
     std::uint64_t step = 0; // the document's undo step for which it is written
 };
 
@@ -129,8 +130,8 @@ private:
     void noteLeft(const platform::FileLock& lock);
     void reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
     void checkWritten(WriteReport& report, const Meant& meant) const;
-    std::optional<std::int64_t> keepForeign(
-        const history::DigestedBytes& bytes, std::vector<DocumentNews>& news);
+    std::optional<std::int64_t> keepForeign(const history::DigestedBytes& bytes,
+        std::vector<DocumentNews>& news, std::optional<std::uint64_t> rulesInFile = std::nullopt);
     void reportJournal(std::vector<DocumentNews>& news);
 
     const std::string m_path;

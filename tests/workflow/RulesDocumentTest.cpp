@@ -63,6 +63,28 @@ TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
     EXPECT_EQ(kept[1].bytes, line("/a/").size());
 }
 
+TEST_F(RulesDocumentTest, TheFirstVersionCountsTheRulesOfTheFileAsFound)
+{
+    box.writeUserRules(line("/a/") + "; a comment\n" + line("/a/") + "watch path \"/w\" \"any\" r\n");
+    test::DocumentAtWork window(box);
+    window.add("/b/");
+    ASSERT_EQ(versions().size(), 2U);
+    EXPECT_EQ(versions()[1].rules, 2U);
+    EXPECT_EQ(versions()[1].added, 2U);
+    EXPECT_EQ(versions()[1].removed, 0U);
+}
+
+TEST_F(RulesDocumentTest, TheFirstVersionCountsWhatAnotherProgramHasWrittenSinceTheRead)
+{
+    box.writeUserRules(line("/a/"));
+    test::DocumentAtWork window(box);
+    box.writeUserRules(line("/a/") + line("/foreign/1") + line("/foreign/2"));
+    window.add("/b/");
+    ASSERT_EQ(versions().size(), 2U);
+    EXPECT_EQ(versions()[1].rules, 3U);
+    EXPECT_EQ(versions()[1].added, 3U);
+}
+
 TEST_F(RulesDocumentTest, AFileThatIsMissingIsMadeForOwnerAndGroup)
 {
     test::DocumentAtWork window(box);
