@@ -6,6 +6,7 @@
 
 #include <QAccessible>
 #include <QComboBox>
+#include <QLabel>
 #include <QStandardItemModel>
 #include <QToolButton>
 
@@ -123,6 +124,25 @@ TEST_F(NarrowBarTest, FindsTheRulesWithAProblem)
     choose("problemChoice", "Redundant");
     EXPECT_TRUE(becomes(QStringLiteral("/tmp/")));
     EXPECT_FALSE(in<QLabel>("narrowStatus")->isVisible());
+}
+
+TEST(NarrowBar, ShowsItsStatusBesideItsChoicesAndNotOverThem)
+{
+    NarrowBar bar(nullptr);
+    bar.resize(2000, bar.sizeHint().height());
+    bar.show();
+    bar.setStatus(QStringLiteral("Looking\u2026"));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&bar));
+    const auto place
+        = [&bar](const QWidget* part) { return QRect(part->mapTo(&bar, QPoint()), part->size()); };
+    const auto* status = bar.findChild<QLabel*>(QStringLiteral("narrowStatus"));
+    ASSERT_TRUE(status->isVisible());
+    EXPECT_GE(status->width(), status->sizeHint().width());
+    for (const QComboBox* choice : bar.findChildren<QComboBox*>())
+        EXPECT_FALSE(place(status).intersects(place(choice))) << choice->objectName().toStdString();
+    for (const QLabel* title : bar.findChildren<QLabel*>())
+        EXPECT_TRUE(title == status || !place(status).intersects(place(title)))
+            << title->text().toStdString();
 }
 
 TEST_F(NarrowBarTest, FollowsMendedProblems)
