@@ -416,6 +416,23 @@ TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToB
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
 }
 
+TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedLeavesALaterChangeItsName)
+{
+    box.writeUserRules(line("/a/"));
+    LaterWork background;
+    test::DocumentAtWork window(box, {.background = &background});
+    window.add("/b/");
+    damageAllVersions();
+    platform::FileLock writer = platform::FileLock::take(
+        box.locations.userRulesFile(), platform::LockMode::exclusive, std::chrono::milliseconds(0));
+    EXPECT_TRUE(window.document->restore(1));
+    window.remove("/b/");
+    writer = platform::FileLock();
+    window.document->waitUntilWritten();
+    EXPECT_EQ(file(), line("/a/"));
+    EXPECT_EQ(versions()[0].action, "Delete Rule");
+}
+
 TEST_F(RulesDocumentTest, AProgramThatWaitsForEachWriteLearnsAtOnceThatAVersionIsDamaged)
 {
     box.writeUserRules(line("/a/"));
