@@ -165,6 +165,8 @@ TEST(RelaunchAfterDelay, StartsTheVeryProgramThatRuns)
 {
     const Starter starter;
     const test::EnvironmentVariable filter("GTEST_FILTER", "RelaunchedProgram.Reports");
+    const test::EnvironmentVariable shards("GTEST_TOTAL_SHARDS", "1");
+    const test::EnvironmentVariable shard("GTEST_SHARD_INDEX", "0");
     const test::EnvironmentVariable report("QUORVANE_TEST_REPORT", starter.folder.path("report"));
     ASSERT_TRUE(relaunchAfterDelay(0));
     EXPECT_EQ(starter.report(), std::filesystem::read_symlink("/proc/self/exe").string());
