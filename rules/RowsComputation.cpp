@@ -65,9 +65,9 @@ void RowsComputation::sortAgain(std::vector<SortDescriptor> descriptors)
     m_tiesAreStored = false;
 }
 
-bool RowsComputation::knows(const RowNumbers& numbers) const
+bool RowsComputation::hasRules(const RowNumbers& numbers) const
 {
-    return m_known == numbers.rules().size() && m_isStored == numbers.storedMarks();
+    return isOf(numbers) && m_rules.size() == numbers.rules().size() && m_isStored == numbers.storedMarks();
 }
 
 bool RowsComputation::wouldVisitAll(const RowNumbers& numbers) const

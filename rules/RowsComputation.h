@@ -44,8 +44,10 @@ public:
     const std::shared_ptr<const RuleRows>& rows() const { return m_rows; }
     // True when rows that tie are in stored order.
     bool areTiesStored() const { return m_tiesAreStored; }
+    // True when these are the rules that were set. Their order follows from their numbers.
+    bool hasRules(const RowNumbers& numbers) const;
     // True when the last run has seen exactly these rules.
-    bool knows(const RowNumbers& numbers) const;
+    bool knows(const RowNumbers& numbers) const { return m_known == m_rules.size() && hasRules(numbers); }
     // True when its numbers are theirs: they were not renumbered since.
     bool isOf(const RowNumbers& numbers) const { return m_rules.sharesElementsWith(numbers.rules()); }
     // True when a run would sort or search all of these rules, which takes long if they are many.

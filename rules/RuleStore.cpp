@@ -195,7 +195,8 @@ RowsComputation& RuleStore::followedRules() const
 {
     if (m_numbers.mustStartAfresh())
         numberAfresh();
-    m_rows.setRules(m_numbers, storedOrder());
+    if (!m_rows.hasRules(m_numbers))
+        m_rows.setRules(m_numbers, storedOrder());
     m_numbers.settle();
     return m_rows;
 }
