@@ -419,7 +419,7 @@ TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToB
 TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedLeavesALaterChangeItsName)
 {
     box.writeUserRules(line("/a/"));
-    LaterWork background;
+    test::LaterWork background;
     test::DocumentAtWork window(box, {.background = &background});
     window.add("/b/");
     damageAllVersions();
