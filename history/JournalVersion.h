@@ -20,18 +20,18 @@ enum class VersionState { done, underWay, recovered };
 struct JournalVersion {
     std::int64_t number = 0; // from 1, in the order of recording; never reused
     std::int64_t time = 0; // seconds since 1970, by the clock at that time
-    std::optional<std::string> program; // none for another program's
-    std::optional<std::string> action; // in words; none for another program's
+    std::optional<std::string> program{}; // none for another program's
+    std::optional<std::string> action{}; // in words; none for another program's
     VersionKind kind = VersionKind::action;
-    std::optional<std::int64_t> of; // the version that was undone or redone
-    std::optional<std::int64_t> before; // the newest version at that time; it may have been forgotten
+    std::optional<std::int64_t> of{}; // the version that was undone or redone
+    std::optional<std::int64_t> before{}; // the newest version at that time; it may have been forgotten
     VersionState state = VersionState::done;
     std::uint64_t rules = 0;
     std::uint64_t added = 0;
     std::uint64_t removed = 0;
     std::uint64_t changed = 0;
     std::uint64_t bytes = 0; // of the file
-    std::string sha256; // of the file's bytes, lowercase hexadecimal
+    std::string sha256{}; // of the file's bytes, lowercase hexadecimal
     bool hasMeant = false; // the intended rules are stored besides the file's bytes
     bool isReadable = true; // false once its contents were found damaged
 };
