@@ -209,32 +209,36 @@ TEST_F(HistoryWindowTest, ALaterSelectionOvertakesAnEarlierOne)
 // The difference of a long file takes long to free.
 TEST_F(HistoryWindowTest, ADifferenceThatIsShownNoMoreEndsOnAnotherThread)
 {
+    // The last difference ends after the history does.
+    struct Ending {
+        const std::thread::id windowThread = std::this_thread::get_id();
+        std::atomic<bool> wasHere = false;
+        std::atomic<bool> isDone = false;
+    };
     struct WatchedHistory : workflow::RulesHistory {
         using workflow::RulesHistory::RulesHistory;
         workflow::DifferenceTablePtr compare(
             const std::string& before, const std::string& after, const std::stop_token& stop) const override
         {
             const workflow::DifferenceTablePtr table = workflow::RulesHistory::compare(before, after, stop);
-            return {table.get(), [table, this](const workflow::DifferenceTable* /*ended*/) {
-                        endedHere = std::this_thread::get_id() == windowThread;
-                        ended = true;
+            return {table.get(), [table, ending = ending](const workflow::DifferenceTable* /*ended*/) {
+                        ending->wasHere = std::this_thread::get_id() == ending->windowThread;
+                        ending->isDone = true;
                     }};
         }
-        const std::thread::id windowThread = std::this_thread::get_id();
-        mutable std::atomic<bool> endedHere = false;
-        mutable std::atomic<bool> ended = false;
+        const std::shared_ptr<Ending> ending = std::make_shared<Ending>();
     };
     add("/c/");
     auto watched = std::make_unique<WatchedHistory>(*document);
-    const WatchedHistory& history = *watched;
+    const std::shared_ptr<Ending> ending = watched->ending;
     rules = std::move(watched);
     open(2);
-    EXPECT_FALSE(history.ended);
+    EXPECT_FALSE(ending->isDone);
 
     select(1);
 
-    waitFor([&history] { return history.ended.load(); });
-    EXPECT_FALSE(history.endedHere);
+    waitFor([&ending] { return ending->isDone.load(); });
+    EXPECT_FALSE(ending->wasHere);
 }
 
 TEST_F(HistoryWindowTest, NewVersionsShowUpAndLeaveTheSelectionAlone)
