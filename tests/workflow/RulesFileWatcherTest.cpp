@@ -205,6 +205,9 @@ TEST(RulesFileWatcher, ALookThatNeverEndsIsLeftBehindAndTouchesNothingAnyMore)
 
 TEST(RulesFileWatcher, DoesWithoutAThreadWhereNoneCanBeHad)
 {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "The thread sanitizer cannot do without a thread of its own.";
+#endif
     const std::string answer = test::answerOfChild([] {
         if (!test::forbidThreads())
             return std::string("not prepared");
