@@ -72,7 +72,7 @@ public:
     {
         print(name + "first-key", [this] { m_search.setText(QStringLiteral("d")); });
         print(name + "second-key", [this] { m_search.setText(QStringLiteral("do")); });
-        print(name + "rare-text", [this] { m_search.setText(QStringLiteral("documents/work/7")); });
+        print(name + "rare-text", [this] { m_search.setText(QStringLiteral("documents/cache-7")); });
         print(name + "no-text", [this] { m_search.clear(); });
     }
 
