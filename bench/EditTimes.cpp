@@ -1,13 +1,9 @@
+#include "bench/WindowBench.h"
 #include "desktop/Workspace.h"
-#include "platform/Log.h"
 #include "tests/support/FakeApplication.h"
-#include "windows/BackgroundThread.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
-#include "windows/WindowLook.h"
-#include "workflow/RulesDocument.h"
-#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -16,11 +12,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <functional>
 #include <string>
-
-#include <unistd.h>
 
 // edit_times FILE: the time of one edit of FILE's rules in a window sorted by path, which writes them to a
 // copy of FILE and to a journal. One figure per line, in milliseconds: until the new rows are painted;
@@ -30,7 +23,6 @@
 namespace {
 
 using namespace quorvane;
-namespace fs = std::filesystem;
 
 double milliseconds(const QElapsedTimer& timer)
 {
@@ -128,22 +120,15 @@ double best(const std::function<void()>& work)
 
 void printTimes(const std::string& file, const std::string& folder)
 {
-    const platform::Locations locations(folder, "bench");
-    fs::create_directories(fs::path(locations.userRulesFile()).parent_path());
-    fs::copy_file(file, locations.userRulesFile());
-    platform::Log log({});
-    const auto store = rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
-    windows::BackgroundThread background;
-    workflow::RunState run;
-    workflow::RulesDocument document(
-        *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
+    bench::User user(file, folder);
     test::FakeApplication application;
     desktop::Workspace workspace;
-    windows::RulesEditorTableController window(document, application, run, workspace, log);
+    windows::RulesEditorTableController window(
+        user.document(), application, user.run(), workspace, user.log());
     window.show();
-    Editing(document, background, window).printAll();
+    Editing(user.document(), user.background(), window).printAll();
     const std::string written = folder + "/written";
-    std::printf("write-file %.2f\n", best([&] { store->writeToFile(written); }));
+    std::printf("write-file %.2f\n", best([&] { user.store().writeToFile(written); }));
     const std::string copy = folder + "/copy";
     std::printf("copy-and-sync %.2f\n", best([&] {
         if (std::system(("cp '" + file + "' '" + copy + "' && sync '" + copy + "'").c_str()) != 0)
@@ -155,15 +140,5 @@ void printTimes(const std::string& file, const std::string& folder)
 
 int main(int argumentCount, char** arguments)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication qtApplication(argumentCount, arguments);
-    if (argumentCount != 2) {
-        std::fputs("usage: edit_times FILE\n", stderr);
-        return 2;
-    }
-    windows::applyWindowLook(qtApplication);
-    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
-    printTimes(arguments[1], folder);
-    fs::remove_all(folder);
-    return 0;
+    return bench::runWindowBench("edit_times", argumentCount, arguments, printTimes);
 }

@@ -1,15 +1,11 @@
 #include "bench/LongestGap.h"
+#include "bench/WindowBench.h"
 #include "desktop/Workspace.h"
-#include "platform/Log.h"
 #include "tests/support/FakeApplication.h"
-#include "windows/BackgroundThread.h"
 #include "windows/ImportWindowController.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
-#include "windows/WindowLook.h"
 #include "workflow/RuleCells.h"
-#include "workflow/RulesDocument.h"
-#include "workflow/RunState.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -19,12 +15,9 @@
 #include <QWheelEvent>
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
-
-#include <unistd.h>
 
 // gap_times FILE: the longest time without input of the main window during each of its operations, with a
 // copy of FILE as the user's file, and until all that follows from it is done. One operation per line: its
@@ -33,7 +26,6 @@
 namespace {
 
 using namespace quorvane;
-namespace fs = std::filesystem;
 
 class Operations {
 public:
@@ -150,24 +142,16 @@ void writeImport(const std::string& file, const std::string& imported)
 
 void printGaps(const std::string& file, const std::string& folder)
 {
-    const platform::Locations locations(folder, "bench");
-    fs::create_directories(fs::path(locations.userRulesFile()).parent_path());
-    fs::copy_file(file, locations.userRulesFile());
     const std::string imported = folder + "/imported.quorv";
     writeImport(file, imported);
-
-    bench::LongestGap start;
-    platform::Log log({});
-    const auto store = rules::RuleManager::initWithCurrentUserConfiguration(locations, log);
-    std::printf("load %.1f\n", start.whole());
-    windows::BackgroundThread background;
-    workflow::RunState run;
-    workflow::RulesDocument document(
-        *store, run, {.program = "bench", .stateFolder = folder + "/state", .background = &background}, log);
+    const bench::LongestGap load;
+    bench::User user(file, folder);
+    std::printf("load %.1f\n", load.whole());
     test::FakeApplication application;
     desktop::Workspace workspace;
-    windows::RulesEditorTableController window(document, application, run, workspace, log);
-    Operations operations(document, window);
+    windows::RulesEditorTableController window(
+        user.document(), application, user.run(), workspace, user.log());
+    Operations operations(user.document(), window);
     operations.print("show", [&window] { window.show(); });
     operations.printMoves();
     operations.printViews();
@@ -179,15 +163,5 @@ void printGaps(const std::string& file, const std::string& folder)
 
 int main(int argumentCount, char** arguments)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication qtApplication(argumentCount, arguments);
-    if (argumentCount != 2) {
-        std::fputs("usage: gap_times FILE\n", stderr);
-        return 2;
-    }
-    windows::applyWindowLook(qtApplication);
-    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
-    printGaps(arguments[1], folder);
-    fs::remove_all(folder);
-    return 0;
+    return bench::runWindowBench("gap_times", argumentCount, arguments, printGaps);
 }

@@ -1,28 +1,20 @@
 #include "bench/LongestGap.h"
+#include "bench/WindowBench.h"
 #include "history/Database.h"
 #include "history/JournalPlace.h"
-#include "platform/Log.h"
-#include "rules/RuleManager.h"
-#include "windows/BackgroundThread.h"
 #include "windows/HistoryWindow.h"
 #include "windows/RulesTableView.h"
-#include "windows/WindowLook.h"
 #include "workflow/RuleEdits.h"
-#include "workflow/RulesDocument.h"
 #include "workflow/RulesHistory.h"
-#include "workflow/RunState.h"
 
 #include <QApplication>
 #include <QLineEdit>
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
-
-#include <unistd.h>
 
 // history_times FILE: the history window over two versions of FILE, and over ten thousand of three rules. For
 // each action of the user, how long it takes until the result is shown, and the longest time without input in
@@ -31,35 +23,24 @@
 namespace {
 
 using namespace quorvane;
-namespace fs = std::filesystem;
 
-// The rules of a file, in a separate folder, with a version for one added rule.
-class User {
+// A user with a version for one added rule.
+class Editor : public bench::User {
 public:
-    User(const std::string& file, std::string folder)
-        : m_folder(std::move(folder))
+    Editor(const std::string& file, std::string folder)
+        : User(file, std::move(folder))
     {
-        fs::create_directories(fs::path(m_locations.userRulesFile()).parent_path());
-        fs::copy_file(file, m_locations.userRulesFile());
-        m_store = rules::RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
-        m_document = std::make_unique<workflow::RulesDocument>(*m_store, m_run,
-            workflow::DocumentOwner{
-                .program = "bench", .stateFolder = stateFolder(), .background = &m_background},
-            m_log);
-        m_document->perform(workflow::additionOf(std::make_shared<rules::PolicyRule>(rules::PolicyRuleFields{
-                                .path = "/added", .processName = "any", .operations = 1})),
+        document().perform(workflow::additionOf(std::make_shared<rules::PolicyRule>(rules::PolicyRuleFields{
+                               .path = "/added", .processName = "any", .operations = 1})),
             {"Add Rule"});
-        m_document->waitUntilWritten();
+        document().waitUntilWritten();
     }
-    ~User() { fs::remove_all(m_folder); }
-
-    workflow::RulesDocument& document() { return *m_document; }
 
     // Copies of the newest version, up to that number.
     void addVersions(int last)
     {
         history::Database database(
-            history::JournalPlace(stateFolder(), m_locations.userRulesFile()).databaseFile());
+            history::JournalPlace(stateFolder(), locations().userRulesFile()).databaseFile());
         history::Statement(database,
             "WITH RECURSIVE next (number) AS (SELECT max(number) + 1 FROM version UNION ALL"
             " SELECT number + 1 FROM next WHERE number < ?)"
@@ -70,17 +51,6 @@ public:
             std::int64_t{last})
             .run();
     }
-
-private:
-    std::string stateFolder() const { return m_folder + "/state"; }
-
-    const std::string m_folder;
-    const platform::Locations m_locations{m_folder, "bench"};
-    platform::Log m_log{{}};
-    workflow::RunState m_run;
-    windows::BackgroundThread m_background;
-    std::unique_ptr<rules::RuleManager> m_store;
-    std::unique_ptr<workflow::RulesDocument> m_document;
 };
 
 // Measures each action, until the table shows the changes of the selected version.
@@ -150,7 +120,7 @@ private:
 void printTimes(const std::string& file, const std::string& folder)
 {
     {
-        User user(file, folder + "/large");
+        Editor user(file, folder + "/large");
         Looking looking(user.document(), "long-file");
         looking.open();
         looking.select("oldest", -1); // in this version every rule is new
@@ -160,7 +130,7 @@ void printTimes(const std::string& file, const std::string& folder)
     }
     const std::string small = folder + "/small";
     std::ofstream(small) << "allow prefix \"/a\" \"any\" r \"\" \"\" \"0\"\n";
-    User user(small, folder + "/many");
+    Editor user(small, folder + "/many");
     user.addVersions(10'000);
     Looking looking(user.document(), "many-versions");
     looking.open();
@@ -175,16 +145,5 @@ void printTimes(const std::string& file, const std::string& folder)
 
 int main(int argumentCount, char** arguments)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication qtApplication(argumentCount, arguments);
-    if (argumentCount != 2) {
-        std::fputs("usage: history_times FILE\n", stderr);
-        return 2;
-    }
-    windows::applyWindowLook(qtApplication);
-    const std::string folder = arguments[1] + std::string(".bench-") + std::to_string(getpid());
-    fs::create_directory(folder);
-    printTimes(arguments[1], folder);
-    fs::remove_all(folder);
-    return 0;
+    return bench::runWindowBench("history_times", argumentCount, arguments, printTimes);
 }

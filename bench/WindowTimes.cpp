@@ -1,4 +1,5 @@
 #include "bench/LongestGap.h"
+#include "bench/WindowBench.h"
 #include "desktop/Workspace.h"
 #include "platform/Log.h"
 #include "tests/support/FakeApplication.h"
@@ -9,7 +10,6 @@
 #include "windows/ProblemsPanel.h"
 #include "windows/RulesEditorTableController.h"
 #include "windows/RulesTableView.h"
-#include "windows/WindowLook.h"
 #include "workflow/RunState.h"
 
 #include <QApplication>
@@ -109,23 +109,11 @@ void printTimesOfCommands(windows::RulesEditorTableController& window, rules::Ru
     print("delete-all", [&] { window.deleteRuleAction(); });
 }
 
-} // namespace
-
-// window_times FILE: the times of the main window of a store of FILE until its first paint, of a repaint
-// while scrolling by pages, of finding all problems, of reviewing an import of the same file, and of the
-// commands of the table, which finally delete all rules; in milliseconds.
-int main(int argumentCount, char** arguments)
+void printTimes(const std::string& file, const std::string& /*folder*/)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication qtApplication(argumentCount, arguments);
-    if (argumentCount != 2) {
-        std::fputs("usage: window_times FILE\n", stderr);
-        return 2;
-    }
-    windows::applyWindowLook(qtApplication);
     platform::Log log({});
     const auto store = rules::RuleManager::initWithContentsOfFile(
-        arguments[1], false, platform::Locations("/nonexistent", "bench"), log);
+        file, false, platform::Locations("/nonexistent", "bench"), log);
     store->totalRules(true);
     desktop::Workspace workspace;
 
@@ -155,7 +143,16 @@ int main(int argumentCount, char** arguments)
     }
     std::printf("repaint-scrolling %.2f\nslowest-repaint %.2f\n", total / pages, slowest);
     printTimesOfProblems(window);
-    printTimesOfReview(arguments[1], document, workspace, log);
+    printTimesOfReview(file, document, workspace, log);
     printTimesOfCommands(window, *store);
-    return 0;
+}
+
+} // namespace
+
+// window_times FILE: the times of the main window of a store of FILE until its first paint, of a repaint
+// while scrolling by pages, of finding all problems, of reviewing an import of the same file, and of the
+// commands of the table, which finally delete all rules; in milliseconds.
+int main(int argumentCount, char** arguments)
+{
+    return bench::runWindowBench("window_times", argumentCount, arguments, printTimes);
 }
