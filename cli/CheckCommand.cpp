@@ -26,30 +26,21 @@ namespace {
 
 enum class Form { text, json, sarif };
 
-void addUnlessEmpty(JsonLine& line, const JsonKey& key, std::string_view text)
+std::optional<std::string_view> unlessEmpty(std::string_view text)
 {
-    if (text.empty())
-        line.add(key, nullptr);
-    else
-        line.add(key, text);
+    return text.empty() ? std::nullopt : std::optional(text);
 }
 
 void appendJson(
     std::string& out, const std::optional<std::string>& file, const workflow::FileFinding& finding)
 {
     JsonLine line(out);
-    if (finding.row)
-        line.add("row", *finding.row);
-    else
-        line.add("row", nullptr);
+    line.add("row", finding.row);
     line.add("finding", findingName(finding.kind));
     line.add("rule", finding.rule);
-    addUnlessEmpty(line, "coveredBy", finding.other);
-    addUnlessEmpty(line, "reason", finding.reason);
-    if (file)
-        line.add("file", *file);
-    else
-        line.add("file", nullptr);
+    line.add("coveredBy", unlessEmpty(finding.other));
+    line.add("reason", unlessEmpty(finding.reason));
+    line.add("file", file);
     line.finish();
 }
 

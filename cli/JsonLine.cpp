@@ -1,21 +1,16 @@
 #include "cli/JsonLine.h"
 
+#include "cli/EveryByte.h"
 #include "cli/JsonText.h"
 
 namespace quorvane::cli {
 
 namespace {
 
-// True for text that needs no escapes. Checks all bytes without an early exit, so that the compiler can
-// vectorize the loop.
 bool needsNoEscape(std::string_view text)
 {
-    unsigned char anyOdd = 0;
-    for (const char letter : text) {
-        const auto byte = static_cast<unsigned char>(letter);
-        anyOdd |= static_cast<unsigned char>(byte < 0x20 || byte >= 0x80 || letter == '"' || letter == '\\');
-    }
-    return anyOdd == 0;
+    return everyByte(
+        text, [](unsigned char byte) { return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\'; });
 }
 
 } // namespace

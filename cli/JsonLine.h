@@ -7,6 +7,7 @@
 #include <charconv>
 #include <concepts>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -60,6 +61,14 @@ public:
     void add(const JsonKey& key, const rules::NullableText& text);
     void add(const JsonKey& key, std::nullptr_t) { m_out.append(key.written()).append("null"); }
     void add(const JsonKey& key, bool value) { m_out.append(key.written()).append(value ? "true" : "false"); }
+    // null for none.
+    template <class Value> void add(const JsonKey& key, const std::optional<Value>& value)
+    {
+        if (value)
+            add(key, *value);
+        else
+            add(key, nullptr);
+    }
     template <std::integral Number> void add(const JsonKey& key, Number number)
     {
         std::array<char, 24> digits{};

@@ -1,5 +1,6 @@
 #include "cli/Output.h"
 
+#include "cli/EveryByte.h"
 #include "platform/SystemError.h"
 
 #include <cerrno>
@@ -14,14 +15,9 @@ namespace {
 
 constexpr std::size_t pieceSize = 1U << 16U;
 
-// True for printable ASCII, as most text is. Checks all bytes without an early exit, so that the compiler can
-// vectorize the loop.
-bool isPlain(std::string_view text)
+bool isPrintableAscii(std::string_view text)
 {
-    unsigned char anyOdd = 0;
-    for (const char letter : text)
-        anyOdd |= static_cast<unsigned char>(letter < ' ' || letter > '~');
-    return anyOdd == 0;
+    return everyByte(text, [](unsigned char byte) { return byte >= ' ' && byte <= '~'; });
 }
 
 } // namespace
@@ -68,7 +64,7 @@ std::string printable(std::string_view text)
 
 void appendPrintable(std::string& out, std::string_view text)
 {
-    if (isPlain(text)) {
+    if (isPrintableAscii(text)) {
         out.append(text);
         return;
     }

@@ -3,7 +3,6 @@
 #include "cli/Output.h"
 #include "cli/RuleJson.h"
 #include "rules/ApplicationIdentity.h"
-#include "rules/RuleIdentity.h"
 #include "workflow/ApplicationValidation.h"
 #include "workflow/RuleCells.h"
 
@@ -62,10 +61,7 @@ public:
         line.add("applicationName", application.name);
         line.add("applicationGroupIdentity", application.groupIdentity);
         line.add("redundant", isRedundant(m_store, rule));
-        if (application.isValid)
-            line.add("valid", *application.isValid);
-        else
-            line.add("valid", nullptr);
+        line.add("valid", application.isValid);
         line.finish();
         return m_text;
     }
@@ -90,8 +86,7 @@ private:
     const Application& applicationOf(const rules::PolicyRule& rule)
     {
         const rules::PolicyRuleFields& fields = rule.fields();
-        if (m_lastPolicy && (*m_lastPolicy)->system == fields.system
-            && isOfSameApplication(fields, **m_lastPolicy))
+        if (m_lastPolicy && workflow::haveSameProgram(fields, **m_lastPolicy))
             return m_last;
         m_lastPolicy = rule.presentValue();
         return m_last = newApplicationOf(rule);

@@ -3,6 +3,7 @@
 #include "codesign/Digests.h"
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
+#include "rules/RuleIdentity.h"
 
 namespace quorvane::workflow {
 
@@ -87,6 +88,11 @@ std::optional<ProgramFault> programFault(const rules::RuleRef& rule, const Rules
     const rules::PolicyRule* policy = policyRuleIn(rule);
     return policy == nullptr ? std::nullopt
                              : programFault(*policy, shownApplicationNameForRule(*policy), place);
+}
+
+bool haveSameProgram(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b)
+{
+    return a.system == b.system && isOfSameApplication(a, b);
 }
 
 bool isValidApplicationPath(

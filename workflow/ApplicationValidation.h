@@ -44,6 +44,10 @@ std::optional<ProgramFault> programFault(
 bool isValidApplicationPath(const rules::PolicyRule& rule, std::string_view applicationName,
     const RulesPlace& place = RulesPlace::thisMachine());
 
+// True when fault and proof of both rules' programs are the same, since they ask the same of the same
+// program.
+bool haveSameProgram(const rules::PolicyRuleFields& a, const rules::PolicyRuleFields& b);
+
 // How far the team name is proven that satisfies the constraint of a rule without a fault. `proven` for every
 // rule whose constraint is not a team. Reads the whole program.
 TeamProof teamProof(const rules::RuleRef& rule, const RulesPlace& place = RulesPlace::thisMachine());

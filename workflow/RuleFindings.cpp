@@ -1,7 +1,6 @@
 #include "workflow/RuleFindings.h"
 
 #include "rules/RuleCodes.h"
-#include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
 #include "workflow/RuleOverlaps.h"
 
@@ -263,9 +262,7 @@ RowFindings::RowFindings(const rules::RuleManager& store, bool includeSystemRule
 const ProgramFindings& RowFindings::programOf(const rules::RuleRef& rule) const
 {
     const rules::PolicyRule* policy = policyRuleIn(rule);
-    const bool isKnown = policy != nullptr && m_lastAsked
-        && isOfSameApplication(policy->fields(), **m_lastAsked)
-        && policy->fields().system == (*m_lastAsked)->system;
+    const bool isKnown = policy != nullptr && m_lastAsked && haveSameProgram(policy->fields(), **m_lastAsked);
     if (!isKnown) {
         m_lastProgram = programFindings(rule, m_search);
         m_lastAsked = policy == nullptr ? std::nullopt : std::optional(policy->presentValue());
