@@ -203,9 +203,11 @@ RowsComputation& RuleStore::followedRules() const
 
 std::optional<RowsComputation> RuleStore::longComputation(std::size_t manyRules) const
 {
-    if (!m_rowsAreStale || storedRules() < manyRules || !m_rows.wouldVisitAll(m_numbers))
+    if (!m_rowsAreStale || storedRules() < manyRules)
         return std::nullopt;
-    return followedRules();
+    if (m_numbers.mustStartAfresh()) // after which all rules are sorted again
+        numberAfresh();
+    return m_rows.wouldVisitAll(m_numbers) ? std::optional(followedRules()) : std::nullopt;
 }
 
 bool RuleStore::adopt(RowsComputation computed)

@@ -92,7 +92,7 @@ void RulesEditorTableController::deleteRow(std::size_t row)
     apply(change);
     if (change.headedItsGroup)
         m_model->remakeCells(row, {applicationColumn, stateColumn});
-    whenRowsAreShown([=, this] { selectAfterDelete(change, following); });
+    selectAfterDelete(change, following);
 }
 
 void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows)
@@ -105,17 +105,21 @@ void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});
-    whenRowsAreShown([=, this] { selectAfterDelete(change, following); });
+    selectAfterDelete(change, following);
 }
 
 // So that keyboard navigation continues from the same position.
 void RulesEditorTableController::selectAfterDelete(
     const workflow::TableChange& change, const std::optional<rules::RuleRef>& following)
 {
-    if (change.removedRows.empty() || m_ui->rulesEditorTableView->selectionModel()->hasSelection())
+    if (change.removedRows.empty())
         return;
-    const auto row = following ? m_model->rowOf(*following) : std::nullopt;
-    selectRule(row.value_or(m_model->rowCount() - 1));
+    whenRowsAreShown([this, following] {
+        if (m_ui->rulesEditorTableView->selectionModel()->hasSelection())
+            return;
+        const auto row = following ? m_model->rowOf(*following) : std::nullopt;
+        selectRule(row.value_or(m_model->rowCount() - 1));
+    });
 }
 
 void RulesEditorTableController::selectRule(int row)
