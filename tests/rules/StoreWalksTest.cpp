@@ -26,8 +26,16 @@ std::vector<RuleRef> rowsOf(const RuleManager& store, bool includeSystemRules)
 // Drives a store and plain scans through the same steps and compares their results.
 class Companions {
 public:
-    explicit Companions(unsigned seed)
+    // What the steps came upon, of all companions that share it.
+    struct Counts {
+        std::size_t redundant = 0;
+        std::size_t hiddenEquals = 0;
+        std::size_t adopted = 0;
+    };
+
+    Companions(unsigned seed, Counts& counts)
         : m_random(seed)
+        , m_counts(counts)
         , m_store(test::StoreSandbox().emptyStore())
     {
     }
@@ -75,8 +83,6 @@ public:
         ASSERT_EQ(m_store->firstEqualRule(stranger).get(), m_plain.firstEqual(stranger));
     }
 
-    std::size_t redundantRules() const { return m_redundant; }
-
     // For freshly rebuilt rows, without forcing the store to rebuild them.
     void compareEqualityAmongPassing()
     {
@@ -89,11 +95,9 @@ public:
             const bool isThere = std::any_of(m_plain.policyRules.begin(), m_plain.policyRules.end(),
                 [&](const auto& stored) { return stored->isEqualToPolicyRule(*rule); });
             ASSERT_EQ(m_store->hasEqualPolicyRule(*rule), isThere);
-            m_hiddenEquals += !isThere && m_plain.firstEqual(*rule) != nullptr ? 1U : 0U;
+            m_counts.hiddenEquals += !isThere && m_plain.firstEqual(*rule) != nullptr ? 1U : 0U;
         }
     }
-    std::size_t hiddenEquals() const { return m_hiddenEquals; }
-
     void rebuildRows()
     {
         m_plain.rebuild();
@@ -104,18 +108,17 @@ public:
     {
         if (m_thread.joinable()) {
             m_thread.join();
-            m_adopted += m_store->adopt(std::move(*m_computation)) ? 1U : 0U;
+            m_counts.adopted += m_store->adopt(std::move(*m_computation)) ? 1U : 0U;
         } else if ((m_computation = m_store->longComputation(1))) {
             m_thread = std::jthread([this] { m_computation->run(); });
         }
     }
-    std::size_t adoptedComputations() const { return m_adopted; }
 
 private:
     void compareAnswersOn(const PolicyRule& rule)
     {
         const PolicyRule* covering = m_plain.coveringRule(rule);
-        m_redundant += covering == nullptr ? 0 : 1;
+        m_counts.redundant += covering == nullptr ? 0 : 1;
         ASSERT_EQ(m_store->coveringRule(rule), covering);
         ASSERT_EQ(m_store->isRedundant(rule), covering != nullptr);
         ASSERT_EQ(m_store->firstEqualRule(rule).get(), m_plain.firstEqual(rule));
@@ -201,79 +204,65 @@ private:
     }
 
     test::RandomRules m_random;
+    Counts& m_counts;
     test::ReferenceStore m_plain;
     std::unique_ptr<RuleManager> m_store;
     std::vector<PolicyRulePtr> m_policies; // including those deleted since
-    std::size_t m_redundant = 0;
-    std::size_t m_hiddenEquals = 0;
-    std::size_t m_adopted = 0;
     std::optional<RowsComputation> m_computation; // of the thread while that runs
     std::jthread m_thread;
 };
+
+// Walks with each of the seeds: `compare` after each step is given the number of the step.
+template <class Compare>
+Companions::Counts walk(unsigned firstSeed, unsigned lastSeed, int steps, const Compare& compare)
+{
+    Companions::Counts counts;
+    for (unsigned seed = firstSeed; seed <= lastSeed && !testing::Test::HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Companions companions(seed, counts);
+        for (int step = 0; step < steps && !testing::Test::HasFatalFailure(); ++step) {
+            companions.step();
+            compare(companions, step);
+        }
+    }
+    return counts;
+}
 
 } // namespace
 
 TEST(StoreWalks, RowsAgreeWithPlainWalksAfterEveryStep)
 {
-    for (unsigned seed = 1; seed <= 12 && !HasFatalFailure(); ++seed) {
-        SCOPED_TRACE(seed);
-        Companions companions(seed);
-        for (int step = 0; step < 250 && !HasFatalFailure(); ++step) {
-            companions.step();
-            companions.compareRows();
-        }
-    }
+    walk(1, 12, 250, [](Companions& companions, int /*step*/) { companions.compareRows(); });
 }
 
 TEST(StoreWalks, RowsComputedOnAnotherThreadAgreeWithPlainWalks)
 {
-    std::size_t adopted = 0;
-    for (unsigned seed = 301; seed <= 304 && !HasFatalFailure(); ++seed) {
-        SCOPED_TRACE(seed);
-        Companions companions(seed);
-        for (int step = 0; step < 400 && !HasFatalFailure(); ++step) {
-            companions.step();
-            companions.rebuildRows();
-            if (step % 3 == 0)
-                companions.computeRows();
-            if (step % 7 == 0)
-                companions.compareRows();
-        }
-        adopted += companions.adoptedComputations();
-    }
-    EXPECT_GT(adopted, 100U);
+    const auto counts = walk(301, 304, 400, [](Companions& companions, int step) {
+        companions.rebuildRows();
+        if (step % 3 == 0)
+            companions.computeRows();
+        if (step % 7 == 0)
+            companions.compareRows();
+    });
+    EXPECT_GT(counts.adopted, 100U);
 }
 
 TEST(StoreWalks, RedundancyAndEqualityAgreeWithPlainWalks)
 {
-    std::size_t redundant = 0;
-    for (unsigned seed = 101; seed <= 108 && !HasFatalFailure(); ++seed) {
-        SCOPED_TRACE(seed);
-        Companions companions(seed);
-        for (int step = 0; step < 600 && !HasFatalFailure(); ++step) {
-            companions.step();
-            if (step % 7 == 0)
-                companions.compareAnswers();
-        }
-        redundant += companions.redundantRules();
-    }
-    EXPECT_GT(redundant, 1000U);
+    const auto counts = walk(101, 108, 600, [](Companions& companions, int step) {
+        if (step % 7 == 0)
+            companions.compareAnswers();
+    });
+    EXPECT_GT(counts.redundant, 1000U);
 }
 
 TEST(StoreWalks, EqualityAmongRulesThatPassAgreesWithPlainWalks)
 {
-    std::size_t hidden = 0;
-    for (unsigned seed = 201; seed <= 208 && !HasFatalFailure(); ++seed) {
-        SCOPED_TRACE(seed);
-        Companions companions(seed);
-        for (int step = 0; step < 400 && !HasFatalFailure(); ++step) {
-            companions.step();
-            if (step % 3 == 0)
-                companions.compareEqualityAmongPassing();
-        }
-        hidden += companions.hiddenEquals();
-    }
-    EXPECT_GT(hidden, 1000U) << "equal rules that a search hides are what this is about";
+    const auto counts = walk(201, 208, 400, [](Companions& companions, int step) {
+        if (step % 3 == 0)
+            companions.compareEqualityAmongPassing();
+    });
+    EXPECT_GT(counts.hiddenEquals, 1000U) << "equal rules that a search hides are what this is about";
 }
 
 TEST(StoreWalks, OneLongGroupIsEmptiedAsAPlainListIs)

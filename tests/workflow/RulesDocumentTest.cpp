@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <utility>
 
 #include <sys/stat.h>
@@ -40,6 +41,25 @@ protected:
 };
 
 using Kind = DocumentNews::Kind;
+
+// A document that writes later, once its versions are damaged; the first is of "/a/", the second added "/b/".
+class DamagedDocumentTest : public RulesDocumentTest {
+protected:
+    DamagedDocumentTest()
+    {
+        box.writeUserRules(line("/a/"));
+        window.emplace(box, DocumentOwner{.background = &background});
+        window->add("/b/");
+    }
+    void restoreDamaged()
+    {
+        damageAllVersions();
+        EXPECT_TRUE(window->document->restore(1));
+    }
+
+    test::LaterWork background;
+    std::optional<test::DocumentAtWork> window;
+};
 
 } // namespace
 
@@ -377,58 +397,43 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
     EXPECT_FALSE(window.document->restore(99));
 }
 
-TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothingAndIsNotTriedAgain)
+TEST_F(DamagedDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothingAndIsNotTriedAgain)
 {
-    box.writeUserRules(line("/a/"));
-    test::LaterWork background;
-    test::DocumentAtWork window(box, {.background = &background});
-    window.add("/b/");
-    damageAllVersions();
-    EXPECT_TRUE(window.document->restore(1));
-    window.document->waitUntilWritten();
-    EXPECT_EQ(window.document->failure(), "Version 1 can no longer be read");
+    restoreDamaged();
+    window->document->waitUntilWritten();
+    EXPECT_EQ(window->document->failure(), "Version 1 can no longer be read");
     EXPECT_EQ(file(), line("/a/") + line("/b/"));
-    window.document->writeNow();
-    EXPECT_EQ(window.document->failure(), std::nullopt);
-    window.add("/c/");
+    window->document->writeNow();
+    EXPECT_EQ(window->document->failure(), std::nullopt);
+    window->add("/c/");
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
-    EXPECT_FALSE(window.document->restore(1));
+    EXPECT_FALSE(window->document->restore(1));
 }
 
-TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToBeWritten)
+TEST_F(DamagedDocumentTest, AVersionThatIsFoundDamagedDropsNoChangeThatStillHasToBeWritten)
 {
-    box.writeUserRules(line("/a/"));
-    test::LaterWork background;
-    test::DocumentAtWork window(box, {.background = &background});
-    window.add("/b/");
     const std::string path = box.locations.userRulesFile();
     std::filesystem::rename(path, path + ".away");
     std::filesystem::create_directory(path);
-    ASSERT_TRUE(window.add("/c/").failure);
+    ASSERT_TRUE(window->add("/c/").failure);
     std::filesystem::remove(path);
     std::filesystem::rename(path + ".away", path);
-    damageAllVersions();
-    EXPECT_TRUE(window.document->restore(1));
-    EXPECT_EQ(window.document->failure(), "Version 1 can no longer be read");
-    EXPECT_TRUE(window.document->hasUnwrittenChanges());
-    window.document->writeNow();
-    EXPECT_EQ(window.document->failure(), std::nullopt);
+    restoreDamaged();
+    EXPECT_EQ(window->document->failure(), "Version 1 can no longer be read");
+    EXPECT_TRUE(window->document->hasUnwrittenChanges());
+    window->document->writeNow();
+    EXPECT_EQ(window->document->failure(), std::nullopt);
     EXPECT_EQ(file(), line("/a/") + line("/b/") + line("/c/"));
 }
 
-TEST_F(RulesDocumentTest, AVersionThatIsFoundDamagedLeavesALaterChangeItsName)
+TEST_F(DamagedDocumentTest, AVersionThatIsFoundDamagedLeavesALaterChangeItsName)
 {
-    box.writeUserRules(line("/a/"));
-    test::LaterWork background;
-    test::DocumentAtWork window(box, {.background = &background});
-    window.add("/b/");
-    damageAllVersions();
     platform::FileLock writer = platform::FileLock::take(
         box.locations.userRulesFile(), platform::LockMode::exclusive, std::chrono::milliseconds(0));
-    EXPECT_TRUE(window.document->restore(1));
-    window.remove("/b/");
+    restoreDamaged();
+    window->remove("/b/");
     writer = platform::FileLock();
-    window.document->waitUntilWritten();
+    window->document->waitUntilWritten();
     EXPECT_EQ(file(), line("/a/"));
     EXPECT_EQ(versions()[0].action, "Delete Rule");
 }
