@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace quorvane::windows {
 
 namespace {
@@ -18,7 +21,8 @@ protected:
     {
         for (int number = 0; number < 21'000; ++number)
             store.addPolicyRule(
-                test::policyRule({.path = "/" + std::to_string(number % 7), .processName = "/bin/sh"}));
+                test::policyRule({.path = "/" + std::to_string(number % 7) + "-" + std::to_string(number),
+                    .processName = "/bin/sh"}));
         store.totalRules(true);
     }
 
@@ -52,6 +56,36 @@ TEST_F(RowsRefreshTest, EndsWithTheRowsInTheStore)
     EXPECT_FALSE(refresh.isWorking());
     EXPECT_EQ(store.totalRules(true), 3000U);
     EXPECT_FALSE(refresh.start());
+}
+
+// Changed rules get new numbers. When most numbers belong to none, all rules get new ones and are sorted
+// again.
+TEST_F(RowsRefreshTest, IsNeededForSortedRulesWhoseNumbersAreUsedUp)
+{
+    store.sortIndexUsingDescriptors({{rules::SortKey::tag}, {rules::SortKey::path}});
+    ASSERT_TRUE(refresh.start());
+    thread.wait();
+    const std::vector<rules::RuleRef> rules = store.userRules();
+    constexpr std::size_t changedAtOnce = 2000; // so few are quickly put in their places
+    std::size_t changed = 0;
+    for (int change = 0; change < 100 && !refresh.isWorking(); ++change) {
+        store.totalRules(true);
+        for (const std::size_t end = changed + changedAtOnce; changed < end; ++changed)
+            std::get<rules::PolicyRulePtr>(rules[changed % rules.size()])->setTag("changed");
+        store.rebuildRulesCache();
+        refresh.start();
+    }
+    EXPECT_TRUE(refresh.isWorking());
+
+    thread.wait();
+
+    EXPECT_FALSE(refresh.start());
+    const auto keyOf = [this](std::size_t row) {
+        const rules::PolicyRule& rule = *policyRuleIn(store.ruleAtIndex(row, true));
+        return std::string(rule.tag().view()) + " " + std::string(rule.path().view());
+    };
+    for (std::size_t row = 1; row < store.totalRules(true); ++row)
+        ASSERT_LT(keyOf(row - 1), keyOf(row));
 }
 
 TEST_F(RowsRefreshTest, OvertakenEndsOnceWithTheLast)
