@@ -26,6 +26,12 @@ protected:
         store.totalRules(true);
     }
 
+    void beginSearch()
+    {
+        store.applyFilterWithString("/3");
+        EXPECT_TRUE(refresh.start());
+    }
+
     rules::RuleManager store{platform::Locations("/root", "ann"), test::silentLog()};
     test::LaterWork thread;
     RowsRefresh refresh{store, thread};
@@ -45,8 +51,7 @@ TEST_F(RowsRefreshTest, IsNotNeededForRowsThatAreUpToDateOrQuicklyMade)
 
 TEST_F(RowsRefreshTest, EndsWithTheRowsInTheStore)
 {
-    store.applyFilterWithString("/3");
-    ASSERT_TRUE(refresh.start());
+    beginSearch();
     EXPECT_TRUE(refresh.isWorking());
     EXPECT_TRUE(refresh.isSearch());
 
@@ -90,8 +95,7 @@ TEST_F(RowsRefreshTest, IsNeededForSortedRulesWhoseNumbersAreUsedUp)
 
 TEST_F(RowsRefreshTest, OvertakenEndsOnceWithTheLast)
 {
-    store.applyFilterWithString("/3");
-    ASSERT_TRUE(refresh.start());
+    beginSearch();
     store.sortIndexUsingDescriptors({{rules::SortKey::path, false}});
     ASSERT_TRUE(refresh.start());
 
@@ -103,8 +107,7 @@ TEST_F(RowsRefreshTest, OvertakenEndsOnceWithTheLast)
 
 TEST_F(RowsRefreshTest, IsASortWhenTheTextIsThatOfTheRows)
 {
-    store.applyFilterWithString("/3");
-    ASSERT_TRUE(refresh.start());
+    beginSearch();
     thread.wait();
 
     store.applyFilterWithString("");
@@ -117,8 +120,7 @@ TEST_F(RowsRefreshTest, IsASortWhenTheTextIsThatOfTheRows)
 
 TEST_F(RowsRefreshTest, ReportsThatItIsSlowAndThatItNoLongerIs)
 {
-    store.applyFilterWithString("/3");
-    ASSERT_TRUE(refresh.start());
+    beginSearch();
     EXPECT_FALSE(refresh.isSlow());
     ASSERT_TRUE(slowness.wait());
     EXPECT_TRUE(refresh.isSlow());
@@ -131,8 +133,7 @@ TEST_F(RowsRefreshTest, ReportsThatItIsSlowAndThatItNoLongerIs)
 
 TEST_F(RowsRefreshTest, OfAShortWorkReportsNoSlowness)
 {
-    store.applyFilterWithString("/3");
-    ASSERT_TRUE(refresh.start());
+    beginSearch();
     thread.wait();
     EXPECT_EQ(slowness.count(), 0);
 }
