@@ -31,6 +31,7 @@ class Log;
 
 namespace quorvane::rules {
 
+class PreparedReload;
 class RulesContent;
 
 // The rule store: reads the rules of one configuration, indexes them, returns them by row, adds, deletes and
@@ -71,6 +72,13 @@ public:
     void reloadCurrentUserConfiguration();
     // The same with `userText` instead of the contents of the user's file.
     void reloadCurrentUserConfiguration(std::string_view userText);
+
+    // The same in two steps, so that another thread can read and compare while this store is in use: run what
+    // prepareReload() returns, then pass it to finishReload(). Rules that are in both keep their sequence
+    // numbers. Returns what has changed; none, and nothing has, when rules of this store have changed in the
+    // meantime or when so many differ that reading again is faster. Null when memory runs out.
+    std::unique_ptr<PreparedReload> prepareReload() const;
+    std::optional<ChangeSet> finishReload(PreparedReload& reload);
 
     // Appends the contents of a rules file, without duplicates; never removes anything. False only when the
     // file exists and cannot be read. The rows change with the next rebuildRulesCache().
@@ -199,10 +207,13 @@ public:
     const platform::Locations& locations() const { return m_locations; }
 
 private:
+    friend class PreparedReload;
+
     void reloadAs(const std::function<void()>& readUserRules);
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
     bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules);
     void readSelectedSystemFiles();
+    void dropRules();
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readPreferences();
     void noteReadFailure(const std::string& message);

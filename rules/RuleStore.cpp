@@ -227,6 +227,14 @@ std::shared_ptr<const RuleRows> RuleStore::storedRows() const
     return followedRules().storedRows();
 }
 
+// Whatever was added or changed since has got a number.
+bool RuleStore::hasExactly(const RuleRows& stored) const
+{
+    const AppendOnlyTable<RuleRef>& numbered = stored.numberedRules();
+    return !m_numbers.mustStartAfresh() && numbered.sharesElementsWith(m_numbers.rules())
+        && numbered.size() == m_numbers.rules().size() && stored.count(true) == m_numbers.stored();
+}
+
 std::vector<PolicyRulePtr> RuleStore::passingPolicyRules() const
 {
     rows();

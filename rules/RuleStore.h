@@ -92,6 +92,8 @@ public:
     const std::shared_ptr<const RuleRows>& presentRows() const { return m_rows.rows(); }
     // All rules, whatever search text and sort order.
     std::shared_ptr<const RuleRows> storedRows() const;
+    // True when all rules are still those of earlier storedRows(), and none has changed.
+    bool hasExactly(const RuleRows& stored) const;
     // The policy rules that pass the search, in stored order.
     std::vector<PolicyRulePtr> passingPolicyRules() const;
     // True when `rule`, with its current value, passes the search.

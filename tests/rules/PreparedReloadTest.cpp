@@ -1,0 +1,280 @@
+#include "rules/PreparedReload.h"
+
+#include "rules/RuleCodes.h"
+#include "rules/RuleManager.h"
+#include "tests/rules/RandomRules.h"
+#include "tests/rules/StoreSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace quorvane::rules {
+
+namespace {
+
+std::optional<ChangeSet> reloadByOtherThread(RuleManager& store)
+{
+    const auto reload = store.prepareReload();
+    std::thread([&reload] { reload->run(); }).join();
+    return store.finishReload(*reload);
+}
+
+std::vector<RuleRef> rowsOf(const RuleManager& store)
+{
+    std::vector<RuleRef> rows;
+    for (std::size_t row = 0; row < store.totalRules(true); ++row)
+        rows.push_back(store.ruleAtIndex(row, true));
+    return rows;
+}
+
+// What is to be the same however the rules were read: all but the numbers of the reading.
+std::string descriptionOf(const RuleManager& store)
+{
+    std::string text = test::rowsAsText(store, true);
+    for (const RuleRef& rule : rowsOf(store)) {
+        const PolicyRule* policy = policyRuleIn(rule);
+        text += std::to_string(policy == nullptr ? 0 : policy->getRuleState())
+            + (isSystemRule(rule) ? "s" : "u");
+        text += policy != nullptr && store.isRedundant(*policy) ? "r " : " ";
+    }
+    for (const FilterOption& option : store.filterOptions())
+        text += std::string(option.name.written()) + "=" + std::to_string(option.value) + " ";
+    return text;
+}
+
+std::string line(const std::string& path, const std::string& rest = "")
+{
+    return "allow prefix \"" + path + "\" \"/bin/a\" r" + rest + "\n";
+}
+
+std::string lines(int count)
+{
+    std::string text;
+    for (int number = 0; number < count; ++number)
+        text += line("/" + std::to_string(number));
+    return text;
+}
+
+// A rules file that other programs change at random.
+class RandomFile {
+public:
+    explicit RandomFile(unsigned seed)
+        : m_random(seed)
+    {
+        for (int count = 60; count > 0; --count)
+            m_lines.push_back(randomLine());
+    }
+
+    void change()
+    {
+        for (std::size_t steps = m_random.below(5); steps > 0; --steps) {
+            const std::size_t place = m_random.below(m_lines.size());
+            switch (m_random.below(4)) {
+            case 0:
+                m_lines.erase(m_lines.begin() + static_cast<std::ptrdiff_t>(place));
+                break;
+            case 1:
+                std::swap(m_lines[place], m_lines[m_random.below(m_lines.size())]);
+                break;
+            default:
+                m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(place), randomLine());
+            }
+        }
+    }
+
+    std::string text() const
+    {
+        std::string text;
+        for (const std::string& line : m_lines)
+            text += line;
+        return text;
+    }
+
+    std::string randomLine()
+    {
+        const std::string process = m_random.oneOf<std::string>({"/bin/a", "/bin/b", "/bin/c", "any"});
+        const std::string path = "\"/" + std::to_string(m_random.below(40)) + "/\" ";
+        const std::string tag = m_random.oneOf<std::string>({"", "", "work"});
+        if (m_random.below(5) == 0)
+            return "watch prefix " + path + process + " r \"" + tag + "\"\n";
+        return m_random.oneOf<std::string>({"allow", "deny"}) + " prefix " + path + process + " r \"" + tag
+            + "\" \"" + m_random.oneOf<std::string>({"", "TEAM"}) + "\" \""
+            + m_random.oneOf<std::string>({"0", "1700000000", std::to_string(std::time(nullptr))}) + "\"\n";
+    }
+
+    test::RandomRules& random() { return m_random; }
+
+private:
+    test::RandomRules m_random;
+    std::vector<std::string> m_lines;
+};
+
+// Rules that the window has changed and not written, which a reload drops.
+void changeAtRandom(RuleManager& store, RandomFile& file)
+{
+    const std::vector<RuleRef> rules = store.userRules();
+    for (std::size_t steps = file.random().below(3); steps > 0 && !rules.empty(); --steps) {
+        const RuleRef& rule = file.random().oneOf(rules);
+        if (file.random().below(2) == 0)
+            store.apply({.removed = {{rule}}});
+        else if (const auto* policy = std::get_if<PolicyRulePtr>(&rule))
+            (*policy)->setConstraint("CHANGED");
+    }
+}
+
+} // namespace
+
+TEST(PreparedReload, LeavesTheStoreAsAReloadLeavesIt)
+{
+    int finished = 0;
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        const test::StoreSandbox sandbox;
+        RandomFile file(seed);
+        sandbox.writeUserRules(file.text());
+        sandbox.writeSystemFile("quorvane.rc", file.randomLine() + file.randomLine());
+        const auto store = sandbox.load();
+        store->sortIndexUsingDescriptors({{SortKey::path, true}});
+        for (int step = 0; step < 10; ++step) {
+            changeAtRandom(*store, file);
+            file.change();
+            sandbox.writeUserRules(file.text());
+            if (reloadByOtherThread(*store))
+                ++finished;
+            else
+                store->reloadCurrentUserConfiguration();
+            const auto fresh = sandbox.emptyStore();
+            fresh->sortIndexUsingDescriptors({{SortKey::path, true}});
+            fresh->reloadCurrentUserConfiguration();
+            store->rebuildRulesCache();
+            ASSERT_EQ(descriptionOf(*store), descriptionOf(*fresh));
+            ASSERT_EQ(store->userRulesSnapshot().size(), fresh->userRulesSnapshot().size());
+        }
+    }
+    EXPECT_GT(finished, 300);
+}
+
+TEST(PreparedReload, KeepsTheRecordsOfRulesThatAreStillThere)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b") + line("/c"));
+    const auto store = sandbox.load();
+    const std::vector<RuleRef> before = rowsOf(*store);
+    sandbox.writeUserRules(line("/new") + line("/c") + line("/a", " \"tagged\""));
+    const auto change = reloadByOtherThread(*store);
+    ASSERT_TRUE(change);
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/new", "/c", "/a"}));
+    EXPECT_EQ(store->ruleAtIndex(1, true), before[2]);
+    EXPECT_EQ(store->ruleAtIndex(2, true), before[0]);
+    EXPECT_EQ(test::policyAt(*store, 2)->tag().view(), "tagged");
+    EXPECT_FALSE(store->isStored(before[1]));
+}
+
+TEST(PreparedReload, ChangesOnlyWhatDiffers)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(lines(500));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(lines(500) + line("/added"));
+    const auto change = reloadByOtherThread(*store);
+    ASSERT_TRUE(change);
+    EXPECT_EQ(change->added.size(), 1U);
+    EXPECT_TRUE(change->removed.empty());
+    EXPECT_TRUE(change->changed.empty());
+    EXPECT_EQ(test::rowPaths(*store).back(), "/added");
+}
+
+TEST(PreparedReload, GivesNewRulesHigherNumbers)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b"));
+    const auto store = sandbox.load();
+    const std::int64_t last = test::policyAt(*store, 1)->sequence();
+    sandbox.writeUserRules(line("/new") + line("/a") + line("/b"));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    const std::int64_t added = test::policyAt(*store, 0)->sequence();
+    EXPECT_GT(added, last);
+    sandbox.writeUserRules(line("/newer") + line("/new") + line("/a") + line("/b"));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    EXPECT_GT(test::policyAt(*store, 0)->sequence(), added + 2);
+}
+
+TEST(PreparedReload, IsNotFinishedAfterAChangeInTheMeantime)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b"));
+    const std::vector<std::function<void(RuleManager&)>> changes{
+        [](RuleManager& store) { store.addPolicyRule(test::policyRule({.path = "/c"})); },
+        [](RuleManager& store) { store.apply({.removed = {{store.ruleAtIndex(0, true)}}}); },
+        [](RuleManager& store) { test::policyAt(store, 0)->setTag("mine"); },
+    };
+    for (const auto& change : changes) {
+        const auto store = sandbox.load();
+        const auto reload = store->prepareReload();
+        reload->run();
+        change(*store);
+        const std::string changed = test::rowsAsText(*store, true);
+        EXPECT_FALSE(store->finishReload(*reload));
+        EXPECT_EQ(test::rowsAsText(*store, true), changed);
+    }
+}
+
+TEST(PreparedReload, IsNotFinishedWhenReadingAgainIsFaster)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(lines(1000));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(lines(500));
+    EXPECT_FALSE(reloadByOtherThread(*store));
+    EXPECT_EQ(store->storedRules(), 1000U);
+}
+
+TEST(PreparedReload, MakesRulesAsOldAsTheFileIsRead)
+{
+    const test::StoreSandbox sandbox;
+    const auto now = static_cast<std::uint64_t>(std::time(nullptr));
+    sandbox.writeUserRules(line("/a", " \"\" \"\" \"" + std::to_string(now) + "\"") + line("/b"));
+    const auto store = sandbox.load();
+    test::policyAt(*store, 0)->setInitialized(now + 1000000);
+    store->sortIndexUsingDescriptors({{SortKey::ruleState, true}});
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    store->rebuildRulesCache();
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/b", "/a"}));
+    EXPECT_EQ(test::policyAt(*store, 1)->getRuleState(), RuleState::recent);
+}
+
+TEST(PreparedReload, TakesOverWhatWasReadBesidesTheRules)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a"));
+    const auto store = sandbox.load();
+    const std::uint64_t readings = store->ownFileReadings();
+    sandbox.writePreferences(test::preference("policy.global.attach", 7));
+    sandbox.writeUserRules(line("/a") + '\0' + line("/hidden"));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    EXPECT_EQ(store->getOption("policy.global.attach"), 7U);
+    ASSERT_TRUE(store->unreadRules());
+    EXPECT_FALSE(store->unreadRules()->isFailure);
+    EXPECT_EQ(store->ownFileReadings(), readings + 1);
+    EXPECT_TRUE(store->ownFile().isStillThere());
+}
+
+TEST(PreparedReload, ARuleThatOnlyASystemFileHasNowIsLeftToAReload)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b"));
+    sandbox.writeSystemFile("quorvane.rc", line("/a"));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(line("/b"));
+    EXPECT_FALSE(reloadByOtherThread(*store));
+    EXPECT_FALSE(test::policyAt(*store, 0)->system());
+}
+
+} // namespace quorvane::rules
