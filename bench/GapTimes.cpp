@@ -45,7 +45,7 @@ public:
         gap.step([this] { m_table.viewport()->repaint(); });
         QElapsedTimer idle;
         idle.start();
-        while (idle.elapsed() < quiet || m_document.isWriting()) {
+        while (idle.elapsed() < quiet || m_document.isWorking()) {
             bool hasWorked = false;
             gap.step([&] {
                 hasWorked = QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);

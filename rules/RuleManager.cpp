@@ -342,6 +342,11 @@ std::shared_ptr<const RuleRows> RuleManager::storedRows() const
     return rows;
 }
 
+bool RuleManager::hasExactly(const RuleRows& stored) const
+{
+    return m_store->hasExactly(stored);
+}
+
 std::vector<PolicyRulePtr> RuleManager::policyRules() const
 {
     std::vector<PolicyRulePtr> rules;

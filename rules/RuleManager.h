@@ -128,6 +128,8 @@ public:
     // All stored rules in stored order, whatever filter and sort order; unaffected by later additions and
     // removals. Cheap.
     std::shared_ptr<const RuleRows> storedRows() const;
+    // True when these, of an earlier storedRows(), are all stored rules, with the values that they had then.
+    bool hasExactly(const RuleRows& stored) const;
     // The policy rules that pass the filter, by application group.
     std::vector<PolicyRulePtr> policyRules() const;
     // True when one of policyRules() is equal to `rule`. Neither scans them nor updates the rows.

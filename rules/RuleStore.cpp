@@ -231,8 +231,10 @@ std::shared_ptr<const RuleRows> RuleStore::storedRows() const
 bool RuleStore::hasExactly(const RuleRows& stored) const
 {
     const AppendOnlyTable<RuleRef>& numbered = stored.numberedRules();
-    return !m_numbers.mustStartAfresh() && numbered.sharesElementsWith(m_numbers.rules())
-        && numbered.size() == m_numbers.rules().size() && stored.count(true) == m_numbers.stored();
+    if (m_numbers.mustStartAfresh() || numbered.size() != m_numbers.rules().size())
+        return false;
+    return numbered.size() == 0
+        || (numbered.sharesElementsWith(m_numbers.rules()) && stored.count(true) == m_numbers.stored());
 }
 
 std::vector<PolicyRulePtr> RuleStore::passingPolicyRules() const

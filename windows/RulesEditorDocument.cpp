@@ -153,7 +153,7 @@ void RulesEditorTableController::fileStateDidChange()
     showFailure();
     if (!m_document.isFileAhead())
         m_ui->notices->remove(aheadSubject);
-    if (!m_document.failure() || m_document.isWriting())
+    if (!m_document.failure() || m_document.isWorking())
         return m_ui->notices->remove(writeSubject);
     m_ui->notices->add({.text = tr("Nothing was written, the last change is not in the rules file: %1")
                                     .arg(toQt(*m_document.failure())),

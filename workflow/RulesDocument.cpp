@@ -135,7 +135,7 @@ void RulesDocument::pump()
 
 void RulesDocument::startWriting()
 {
-    if (m_isWriting)
+    if (m_isWorking)
         return;
     if (m_failure)
         joinOrders();
@@ -159,7 +159,15 @@ void RulesDocument::continueWith(platform::FileLock lock)
         fail(unwritableMessage(m_file.path(), lock));
         return;
     }
+    if (isWorthAThread() && (isFileAhead() || m_file.mayBeUnderWay()))
+        return mergeInBackground(std::move(lock));
     bringStoreUpToDate(lock);
+    writeFirstOrder(std::move(lock));
+}
+
+// Requires that the store is up to date with the file.
+void RulesDocument::writeFirstOrder(platform::FileLock lock)
+{
     m_run.internalWrite = true;
     if (m_orders.empty())
         return;
@@ -170,6 +178,11 @@ void RulesDocument::continueWith(platform::FileLock lock)
     const WriteReport report = m_file.write(m_orders.front(), lock);
     lock = platform::FileLock();
     finish(report);
+}
+
+bool RulesDocument::isWorthAThread() const
+{
+    return m_owner.background != nullptr && m_store.storedRules() > mostWrittenAtOnce;
 }
 
 void RulesDocument::writeInBackground(platform::FileLock lock)
@@ -241,22 +254,26 @@ void RulesDocument::noteWritten(const WriteReport& report)
         m_store.forgetUnreadRules();
     m_steps.noteVersion(m_orders.front().step, report.version);
     const bool wasRestored = m_orders.front().restores.has_value();
-    m_rulesInFile = report.readAs ? rules::RulesSnapshot(*report.readAs) : m_orders.front().rules;
+    const bool readsAsMeant = wasRestored || !report.readAs;
+    m_rulesInFile = readsAsMeant ? m_orders.front().rules : rules::RulesSnapshot(*report.readAs);
     m_orders.pop_front();
     if (wasRestored)
         takeRestored();
-    else if (m_orders.empty() && !report.readAs)
+    else if (m_orders.empty() && readsAsMeant)
         m_rulesInFile.reset(); // now those of the store
 }
 
-// Updates the store to the restored bytes.
+// Updates the store, which has the rules from before the restore, to the restored bytes. Changes made in the
+// meantime are merged with them before they are written.
 void RulesDocument::takeRestored()
 {
-    m_store.reloadCurrentUserConfiguration();
-    m_store.rebuildRulesCache();
-    m_rulesInFile.reset();
-    if (m_observer != nullptr)
-        m_observer->rulesWereReloaded();
+    m_knownFile = {};
+    if (!m_orders.empty())
+        return;
+    if (isWorthAThread())
+        reloadInBackground(ReloadCause::restore);
+    else
+        reloadAtOnce(ReloadCause::restore);
 }
 
 void RulesDocument::fail(const std::string& message)
@@ -268,7 +285,7 @@ void RulesDocument::fail(const std::string& message)
 
 void RulesDocument::writeNow()
 {
-    if (m_isWriting)
+    if (m_isWorking)
         return; // the first order is in progress
     attempt([this] {
         joinOrders();
@@ -281,7 +298,7 @@ void RulesDocument::writeNow()
 
 void RulesDocument::waitUntilWritten()
 {
-    while (m_isWriting && m_owner.background != nullptr)
+    while (m_isWorking && m_owner.background != nullptr)
         m_owner.background->wait();
 }
 
@@ -316,6 +333,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
 {
     waitUntilWritten();
     takeForeignChanges();
+    waitUntilWritten();
     const bool isUndo = kind == ChangeReason::Kind::undo;
     const auto version = isUndo ? m_file.journal().undoable() : m_file.journal().redoable();
     const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
@@ -361,7 +379,7 @@ std::optional<std::string> RulesDocument::undoName()
 {
     if (const UndoSteps::Step* step = m_steps.toUndo())
         return step->reason.action;
-    const auto version = m_isWriting ? std::nullopt : m_file.journal().undoable();
+    const auto version = m_isWorking ? std::nullopt : m_file.journal().undoable();
     return version ? version->action : std::nullopt;
 }
 
@@ -369,7 +387,7 @@ std::optional<std::string> RulesDocument::redoName()
 {
     if (const UndoSteps::Step* step = m_steps.toRedo())
         return step->reason.action;
-    const auto version = m_isWriting ? std::nullopt : m_file.journal().redoable();
+    const auto version = m_isWorking ? std::nullopt : m_file.journal().redoable();
     return version ? version->action : std::nullopt;
 }
 
@@ -399,7 +417,7 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
         then();
         return;
     }
-    m_isWriting = true;
+    m_isWorking = true;
     auto hasRoom = std::make_shared<bool>(true);
     const auto workWithRoom = [hasRoom, work = std::move(work)] {
         try {
@@ -409,7 +427,7 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
         }
     };
     m_owner.background->run(workWithRoom, [this, hasRoom, then = std::move(then)] {
-        m_isWriting = false;
+        m_isWorking = false;
         attempt([&] {
             then();
             if (!*hasRoom)

@@ -25,7 +25,13 @@ namespace quorvane::platform {
 class Log;
 }
 
+namespace quorvane::rules {
+class RulesFileText;
+}
+
 namespace quorvane::workflow {
+
+class ForeignMerge;
 
 // The program that owns a document, and its settings.
 struct DocumentOwner {
@@ -52,7 +58,7 @@ class RulesDocument {
 public:
     // All must outlive it.
     RulesDocument(rules::RuleManager& store, RunState& run, DocumentOwner owner, platform::Log& log);
-    // Waits until pending writes are done.
+    // Waits until pending work is done.
     ~RulesDocument();
     RulesDocument(const RulesDocument&) = delete;
     RulesDocument& operator=(const RulesDocument&) = delete;
@@ -97,7 +103,8 @@ public:
     // write failed, also if only that found the version damaged.
     bool restore(std::int64_t version);
 
-    // Merges the rules of a file that another program has changed, keeping changes not written yet.
+    // Merges the rules of a file that another program has changed, keeping changes not written yet. With a
+    // background, more than 20,000 rules are read by it: the store changes later then.
     void takeForeignChanges();
     // Reports, once, that another program has changed the file and that this has not been merged yet.
     void lookAtFile();
@@ -114,8 +121,10 @@ public:
 
     // Retries a failed write.
     void writeNow();
+    // Also until what is being read has been taken over.
     void waitUntilWritten();
-    bool isWriting() const { return m_isWriting; }
+    // True while another thread reads or writes the file for it.
+    bool isWorking() const { return m_isWorking; }
     // True when the store has changes that the file does not.
     bool hasUnwrittenChanges() const { return !m_orders.empty() || m_lacksOrder; }
     // Why the last write failed; none after one that succeeded.
@@ -143,6 +152,8 @@ private:
     void pump();
     void startWriting();
     void continueWith(platform::FileLock lock);
+    void writeFirstOrder(platform::FileLock lock);
+    bool isWorthAThread() const;
     void writeInBackground(platform::FileLock lock);
     void finish(const WriteReport& report);
     void dropFirstOrder();
@@ -150,16 +161,25 @@ private:
     void fail(const std::string& message);
     void joinOrders();
 
+    struct FoundFile;
+    FoundFile lookAt(platform::FileLock& lock, const rules::KnownFile& known, ForeignMerge merge);
+    FoundFile mergedFile(const rules::RulesFileText& text,
+        const std::optional<std::vector<rules::RuleValue>>& inForce, ForeignMerge merge);
     bool bringStoreUpToDate(platform::FileLock& lock);
     bool settleVersions(std::chrono::milliseconds wait);
-    void takeIn(
-        const rules::RulesFileText& theirs, const std::optional<std::vector<rules::RuleValue>>& inForce);
-    void mergeWith(const std::vector<rules::RuleValue>& theirs);
+    void takeIn(const FoundFile& found);
+    ForeignMerge mergeOf(const std::vector<rules::RuleValue>& theirs) const;
+    void takeIn(const ForeignMerge& merge);
+    void mergeInBackground(platform::FileLock lock);
     void takeFileOver();
+    void mergePresentFile();
+    enum class ReloadCause { foreignChange, restore };
+    void reloadAtOnce(ReloadCause cause);
+    void reloadInBackground(ReloadCause cause);
     void noteFileRead();
     void makeSnapshotReady() const;
     void takeRestored();
-    void reportReload(const std::vector<rules::RuleRef>& before);
+    void reportReload(ReloadCause cause, std::size_t rulesBefore, std::function<std::size_t()> countLost);
     std::optional<std::int64_t> followingVersion() const;
     void reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 
@@ -184,7 +204,7 @@ private:
     std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
     bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
-    bool m_isWriting = false;
+    bool m_isWorking = false;
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file

@@ -1,10 +1,16 @@
 #include "workflow/RulesDocument.h"
 
-#include "rules/MergedChange.h"
+#include "rules/PreparedReload.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesText.h"
+#include "workflow/ForeignMerge.h"
 
+#include <algorithm>
+#include <memory>
+#include <new>
 #include <optional>
+#include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -12,53 +18,133 @@
 
 namespace quorvane::workflow {
 
-// Requires the lock. Completes an interrupted write and merges what others have written since into the store.
-// False when the file does not contain the rules in force.
-bool RulesDocument::bringStoreUpToDate(platform::FileLock& lock)
+namespace {
+
+std::size_t countOfMissing(
+    const std::vector<rules::RuleRef>& before, const std::vector<rules::RuleRef>& after)
 {
-    const UserRulesFile::Recovery recovery = m_file.recover(lock);
-    for (const DocumentNews& news : recovery.news)
-        notify(news);
-    if (isFileAhead() || recovery.rules)
-        takeIn(rules::RulesFileText::read(m_file.path(), lock), recovery.rules);
-    return !recovery.rules;
+    std::unordered_set<const void*> present;
+    for (const rules::RuleRef& rule : after)
+        present.insert(addressOf(rule));
+    return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
+        [&](const rules::RuleRef& rule) { return !present.contains(addressOf(rule)); }));
+}
+
+// Of the user's rules. One that has moved was removed and added again.
+std::size_t countOfRemoved(const rules::ChangeSet& done)
+{
+    std::unordered_set<const void*> added;
+    for (const rules::ChangeSet::Addition& addition : done.added)
+        added.insert(addressOf(addition.rule));
+    return static_cast<std::size_t>(std::count_if(
+        done.removed.begin(), done.removed.end(), [&](const rules::ChangeSet::Removal& removal) {
+            return !isSystemRule(removal.rule) && !added.contains(addressOf(removal.rule));
+        }));
+}
+
+} // namespace
+
+// What the file held when it was looked at, and the merge with it, which has run.
+struct RulesDocument::FoundFile {
+    UserRulesFile::Recovery recovery{};
+    bool isAhead = false; // it is not the known one; the rest says what it is
+    std::optional<std::string> unreadReason{};
+    rules::KnownFile known{};
+    std::optional<ForeignMerge> merge{}; // none: there are no rules to merge
+};
+
+// Requires the lock. Completes an interrupted write, and merges what others have written since. Any thread;
+// takeIn() changes the store.
+RulesDocument::FoundFile RulesDocument::lookAt(
+    platform::FileLock& lock, const rules::KnownFile& known, ForeignMerge merge)
+{
+    UserRulesFile::Recovery recovery = m_file.recover(lock);
+    if (!recovery.rules && known.isStillThere())
+        return {.recovery = std::move(recovery)};
+    FoundFile found
+        = mergedFile(rules::RulesFileText::read(m_file.path(), lock), recovery.rules, std::move(merge));
+    found.recovery = std::move(recovery);
+    return found;
 }
 
 // `inForce`: the rules that count instead of those in the file.
-void RulesDocument::takeIn(
-    const rules::RulesFileText& theirs, const std::optional<std::vector<rules::RuleValue>>& inForce)
+RulesDocument::FoundFile RulesDocument::mergedFile(const rules::RulesFileText& text,
+    const std::optional<std::vector<rules::RuleValue>>& inForce, ForeignMerge merge)
 {
+    FoundFile found{.isAhead = true, .unreadReason = text.unreadReason()};
+    const bool isMissing = text.identity() && text.identity()->isMissing();
+    if (!found.unreadReason)
+        found.known = rules::KnownFile::of(m_file.path(), text);
+    if (!inForce && (found.unreadReason || isMissing))
+        return found;
+    merge.run(inForce ? *inForce : rules::rulesOfText(text.text()));
+    found.merge = std::move(merge);
+    return found;
+}
+
+// Requires the lock. False when the file does not contain the rules in force.
+bool RulesDocument::bringStoreUpToDate(platform::FileLock& lock)
+{
+    const FoundFile found = lookAt(lock, m_knownFile, ForeignMerge(m_store, m_rulesInFile));
+    takeIn(found);
+    return !found.recovery.rules;
+}
+
+void RulesDocument::takeIn(const FoundFile& found)
+{
+    for (const DocumentNews& news : found.recovery.news)
+        notify(news);
+    if (!found.isAhead)
+        return;
     for (WriteOrder& order : m_orders)
-        order.unreadReason = theirs.unreadReason();
-    if (theirs.unreadReason() && !inForce)
+        order.unreadReason = found.unreadReason;
+    if (found.unreadReason && !found.merge)
         return;
     m_hasReportedFile = false;
-    if (inForce) {
-        mergeWith(*inForce);
-    } else if (theirs.identity() && theirs.identity()->isMissing()) {
+    if (found.merge && found.merge->isFor(m_store))
+        takeIn(*found.merge);
+    else if (found.merge) // rules have changed while it ran
+        takeIn(mergeOf(found.merge->theirs().values()));
+    else
         m_rulesInFile.emplace(); // a missing file does not mean deleted rules: the next write restores it
-    } else {
-        mergeWith(rules::rulesOfText(theirs.text()));
-    }
     // Set only when they are in the store, so that running out of memory does not make them count as known.
-    m_knownFile = theirs.unreadReason() ? rules::KnownFile() : rules::KnownFile::of(m_file.path(), theirs);
-    if (!theirs.unreadReason())
+    m_knownFile = found.known;
+    if (!found.unreadReason)
         m_store.forgetUnreadRules(); // rules not read before are gone or have been read now
 }
 
-void RulesDocument::mergeWith(const std::vector<rules::RuleValue>& theirs)
+ForeignMerge RulesDocument::mergeOf(const std::vector<rules::RuleValue>& theirs) const
 {
-    const std::vector<rules::RuleRef> ours = m_store.userRules();
-    const std::vector<rules::RuleValue> base
-        = m_rulesInFile ? m_rulesInFile->values() : m_store.userRulesSnapshot().values();
-    const rules::MergeResult merged = mergeRules(base, m_store.userRulesSnapshot().values(), theirs);
-    const rules::ChangeSet done = applied(changeTo(merged, ours));
+    ForeignMerge merge(m_store, m_rulesInFile);
+    merge.run(theirs);
+    return merge;
+}
+
+void RulesDocument::takeIn(const ForeignMerge& merge)
+{
+    const rules::ChangeSet done = applied(merge.change());
     if (m_observer != nullptr)
         m_observer->rulesWereMerged(done);
-    reportMerge(done, merged.reports);
-    m_rulesInFile = rules::RulesSnapshot(theirs);
+    reportMerge(done, merge.reports());
+    m_rulesInFile = merge.theirs();
     forgetSteps();
     joinOrders();
+}
+
+void RulesDocument::mergeInBackground(platform::FileLock lock)
+{
+    ++m_run.writesUnderWay; // an interrupted write may be completed
+    auto held = std::make_shared<platform::FileLock>(std::move(lock));
+    auto found = std::make_shared<std::optional<FoundFile>>();
+    inBackground([this, held, found, known = m_knownFile,
+                     merge = ForeignMerge(m_store, m_rulesInFile)] { *found = lookAt(*held, known, merge); },
+        [this, held, found] {
+            --m_run.writesUnderWay;
+            if (!*found)
+                throw std::bad_alloc();
+            takeIn(**found);
+            writeFirstOrder(std::move(*held));
+        });
 }
 
 bool RulesDocument::isFileAhead() const
@@ -100,20 +186,55 @@ void RulesDocument::takeForeignChanges()
 
 void RulesDocument::takeFileOver()
 {
-    if (m_isWriting || !isFileAhead())
-        return; // the file is compared again before the next write
+    if (m_isWorking || !isFileAhead())
+        return; // the file is compared again later
     if (!m_orders.empty())
         return writeNow(); // which merges them first
     if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))
         return;
-    if (m_rulesInFile) // the store has rules that the file cannot represent
-        return takeIn(rules::RulesFileText::read(m_file.path()), {});
+    if (m_rulesInFile)
+        mergePresentFile();
+    else if (isWorthAThread())
+        reloadInBackground(ReloadCause::foreignChange);
+    else
+        reloadAtOnce(ReloadCause::foreignChange);
+}
+
+// For rules that the file cannot represent, or that are not committed yet: a reload would drop them.
+void RulesDocument::mergePresentFile()
+{
+    takeIn(mergedFile(
+        rules::RulesFileText::read(m_file.path()), std::nullopt, ForeignMerge(m_store, m_rulesInFile)));
+}
+
+void RulesDocument::reloadAtOnce(ReloadCause cause)
+{
     const std::vector<rules::RuleRef> before = m_store.userRules();
     reload();
-    forgetSteps();
-    if (m_observer != nullptr)
-        m_observer->rulesWereReloaded();
-    reportReload(before);
+    reportReload(cause, before.size(),
+        [before, after = m_store.userRules()] { return countOfMissing(before, after); });
+}
+
+// The store is in use meanwhile. When its rules change, those in the file are merged into them instead.
+void RulesDocument::reloadInBackground(ReloadCause cause)
+{
+    const std::shared_ptr<rules::PreparedReload> prepared = m_store.prepareReload();
+    if (!prepared)
+        throw std::bad_alloc();
+    inBackground([prepared] { prepared->run(); },
+        [this, prepared, cause, stored = m_store.storedRows()] {
+            if (auto done = m_store.finishReload(*prepared)) {
+                noteFileRead();
+                reportReload(
+                    cause, stored->count(false), [done = std::move(*done)] { return countOfRemoved(done); });
+            } else if (!m_orders.empty()) {
+                return; // the file is merged before they are written
+            } else if (m_store.hasExactly(*stored)) {
+                reloadAtOnce(cause);
+            } else {
+                mergePresentFile();
+            }
+        });
 }
 
 void RulesDocument::reload()

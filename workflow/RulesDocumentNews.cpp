@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <unordered_set>
 #include <utility>
 
 // What a document reports to its observer.
@@ -22,16 +21,6 @@ constexpr std::size_t manyRules = 20;
 bool isMuch(std::size_t lost, std::size_t total)
 {
     return lost > manyRules || (lost > 0 && lost * 10 >= total);
-}
-
-std::size_t countOfMissing(
-    const std::vector<rules::RuleRef>& before, const std::vector<rules::RuleRef>& after)
-{
-    std::unordered_set<const void*> present;
-    for (const rules::RuleRef& rule : after)
-        present.insert(addressOf(rule));
-    return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
-        [&](const rules::RuleRef& rule) { return !present.contains(addressOf(rule)); }));
 }
 
 } // namespace
@@ -59,7 +48,7 @@ void RulesDocument::reportMerge(const rules::ChangeSet& done, const std::vector<
 {
     if (const std::string text = mergeText(done, reports); !text.empty()) {
         DocumentNews news{.kind = DocumentNews::Kind::merged, .text = text, .shownFrom = followingVersion()};
-        if (isMuch(done.removed.size(), m_store.userRules().size() + done.removed.size())) {
+        if (isMuch(done.removed.size(), m_store.storedRows()->count(false) + done.removed.size())) {
             news.kind = DocumentNews::Kind::rulesLost;
             news.version = m_knownVersion;
         }
@@ -71,7 +60,7 @@ void RulesDocument::reportMerge(const rules::ChangeSet& done, const std::vector<
 
 void RulesDocument::keepPresentVersion()
 {
-    if (m_isWriting)
+    if (m_isWorking)
         return;
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
     inBackground([this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
@@ -80,7 +69,7 @@ void RulesDocument::keepPresentVersion()
 
 void RulesDocument::lookAtFile()
 {
-    if (m_isWriting || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
+    if (m_isWorking || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
         || !platform::isAnythingAt(m_file.path()) || std::exchange(m_hasReportedFile, true))
         return;
     notify({.kind = DocumentNews::Kind::fileIsAhead,
@@ -89,27 +78,35 @@ void RulesDocument::lookAtFile()
 }
 
 // Another program's version is recorded as soon as it is noticed, so that it can be reverted.
-void RulesDocument::reportReload(const std::vector<rules::RuleRef>& before)
+void RulesDocument::reportReload(
+    ReloadCause cause, std::size_t rulesBefore, std::function<std::size_t()> countLost)
 {
+    if (m_observer != nullptr)
+        m_observer->rulesWereReloaded();
+    if (cause == ReloadCause::restore)
+        return;
+    forgetSteps();
     struct Found {
         UserRulesFile::PresentVersion present;
         std::size_t lost = 0;
     };
     auto found = std::make_shared<Found>();
     inBackground(
-        [this, found, before, after = m_store.userRules()] {
-            found->lost = countOfMissing(before, after);
+        [this, found, countLost = std::move(countLost)] {
+            found->lost = countLost();
             found->present = m_file.keepPresentVersion(m_owner.lockTimeout);
         },
-        [this, found, total = before.size()] {
+        [this, found, rulesBefore] {
             const auto& [present, lost] = *found;
             const auto known = std::exchange(m_knownVersion, present.number);
             const bool knewAnother = known && known != present.number;
-            if (isMuch(lost, total))
+            if (isMuch(lost, rulesBefore))
                 notify({.kind = DocumentNews::Kind::rulesLost,
                     .text = "Another program has removed " + countedRules(lost) + ".",
                     .version = knewAnother ? known : present.before,
                     .shownFrom = knewAnother ? std::optional(*known + 1) : present.number});
+            if (m_owner.background != nullptr)
+                takeFileOver(); // it may have been written again since
         });
 }
 

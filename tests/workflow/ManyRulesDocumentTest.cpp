@@ -1,0 +1,227 @@
+#include "tests/support/LaterWork.h"
+#include "tests/workflow/DocumentSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// Documents of so many rules that a thread reads, merges and writes them.
+
+namespace quorvane::workflow {
+
+namespace {
+
+constexpr int manyRules = 20'100;
+
+std::string line(const std::string& path, const std::string& tag = "")
+{
+    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
+}
+
+std::string lines(int from, int to)
+{
+    std::string text;
+    for (int number = from; number < to; ++number)
+        text += line("/" + std::to_string(number));
+    return text;
+}
+
+// Calls back while the document reports a reload.
+struct ObservedDocument : test::DocumentAtWork {
+    using DocumentAtWork::DocumentAtWork;
+    void rulesWereReloaded() override
+    {
+        DocumentAtWork::rulesWereReloaded();
+        if (const auto call = std::exchange(onReload, {}))
+            call();
+    }
+    std::function<void()> onReload;
+};
+
+class ManyRulesDocumentTest : public testing::Test {
+protected:
+    ManyRulesDocumentTest()
+    {
+        box.writeUserRules(lines(0, manyRules));
+        window.emplace(box, DocumentOwner{.background = &background});
+    }
+
+    RulesDocument& document() { return *window->document; }
+    std::string file() const { return test::TemporaryFolder::contents(box.locations.userRulesFile()); }
+    bool has(const std::string& path) const
+    {
+        const auto rules = window->store->userRules();
+        return std::any_of(rules.begin(), rules.end(), [&](const rules::RuleRef& rule) {
+            return visitRule(rule, [&](const auto& record) { return record.fields().path.view() == path; });
+        });
+    }
+    // How often a line is in the file that a new reader sees.
+    std::size_t linesInFile(const std::string& path) const
+    {
+        const std::string text = file();
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = text.find("\"" + path + "\"", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    }
+    void expectFileHasTheRulesOfTheStore() const
+    {
+        EXPECT_EQ(test::rowsAsText(*box.load(), true), test::rowsAsText(*window->store, true));
+    }
+
+    test::StoreSandbox box;
+    test::LaterWork background;
+    std::optional<ObservedDocument> window;
+};
+
+using Kind = DocumentNews::Kind;
+
+} // namespace
+
+TEST_F(ManyRulesDocumentTest, ReadsAForeignChangeOnTheThread)
+{
+    const rules::RuleRef kept = window->ruleWith("/7");
+    box.writeUserRules(lines(30, manyRules) + line("/foreign"));
+    document().takeForeignChanges();
+    EXPECT_FALSE(has("/foreign"));
+    EXPECT_TRUE(document().isWorking());
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_FALSE(has("/7"));
+    EXPECT_EQ(window->reloads, 1);
+    EXPECT_EQ(
+        window->newsOf(Kind::rulesLost), std::vector<std::string>{"Another program has removed 30 rules."});
+    EXPECT_FALSE(document().hasUnwrittenChanges());
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, DoesNotCountRulesThatHaveMovedAsLost)
+{
+    box.writeUserRules(lines(40, manyRules) + lines(0, 40));
+    document().takeForeignChanges();
+    document().waitUntilWritten();
+    EXPECT_EQ(window->reloads, 1);
+    EXPECT_TRUE(window->newsOf(Kind::rulesLost).empty());
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, ReadsAFileOfOtherRulesAsWell)
+{
+    box.writeUserRules(line("/only"));
+    document().takeForeignChanges();
+    document().waitUntilWritten();
+    EXPECT_EQ(window->reloads, 1);
+    EXPECT_EQ(test::rowPaths(*window->store), std::vector<std::string>{"/only"});
+    EXPECT_EQ(window->newsOf(Kind::rulesLost),
+        std::vector<std::string>{"Another program has removed 20100 rules."});
+}
+
+TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileTheFileIsRead)
+{
+    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    document().takeForeignChanges();
+    window->add("/mine");
+    window->remove("/7");
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_TRUE(has("/mine"));
+    EXPECT_FALSE(has("/7"));
+    EXPECT_EQ(linesInFile("/foreign"), 1U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, ReadsAgainWhatIsWrittenWhileItReports)
+{
+    window->onReload = [this] { box.writeUserRules(lines(0, manyRules) + line("/second") + line("/third")); };
+    box.writeUserRules(lines(0, manyRules) + line("/first"));
+    document().takeForeignChanges();
+    document().waitUntilWritten();
+    EXPECT_EQ(window->reloads, 2);
+    EXPECT_FALSE(has("/first"));
+    EXPECT_TRUE(has("/third"));
+}
+
+TEST_F(ManyRulesDocumentTest, MergesAForeignChangeOnTheThreadBeforeAWrite)
+{
+    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    window->add("/mine");
+    EXPECT_FALSE(has("/foreign"));
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_EQ(window->newsOf(Kind::merged).size(), 1U);
+    EXPECT_EQ(linesInFile("/foreign"), 1U);
+    EXPECT_EQ(linesInFile("/mine"), 1U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, MergesAgainWhenRulesChangeInTheMeantime)
+{
+    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    window->add("/mine");
+    window->remove("/7");
+    window->add("/mine too");
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_TRUE(has("/mine too"));
+    EXPECT_FALSE(has("/7"));
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, LeavesRulesThatAreNotCommittedWhenTheFileIsRead)
+{
+    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    document().takeForeignChanges();
+    document().begin();
+    const auto rule = test::policyRule({.path = "/not committed", .processName = "/bin/sh"});
+    window->store->addPolicyRule(rule);
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_TRUE(has("/not committed"));
+}
+
+TEST_F(ManyRulesDocumentTest, RestoresOnTheThread)
+{
+    window->add("/mine");
+    document().waitUntilWritten();
+    const rules::RuleRef kept = window->ruleWith("/7");
+    EXPECT_TRUE(document().restore(1));
+    document().waitUntilWritten();
+    EXPECT_EQ(file(), lines(0, manyRules));
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_EQ(window->ruleWith("/7"), kept);
+    EXPECT_EQ(window->reloads, 1);
+    EXPECT_TRUE(window->newsOf(Kind::merged).empty());
+}
+
+TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileAVersionIsRestored)
+{
+    window->add("/mine");
+    document().waitUntilWritten();
+    EXPECT_TRUE(document().restore(1));
+    window->add("/later");
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_TRUE(has("/later"));
+    EXPECT_EQ(linesInFile("/mine"), 0U);
+    EXPECT_EQ(linesInFile("/later"), 1U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, UndoesWithWhatAnotherProgramHasWrittenSince)
+{
+    window->add("/mine");
+    document().waitUntilWritten();
+    box.writeUserRules(lines(0, manyRules) + line("/mine") + line("/foreign"));
+    EXPECT_TRUE(document().undo());
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_TRUE(has("/foreign"));
+    expectFileHasTheRulesOfTheStore();
+}
+
+} // namespace quorvane::workflow

@@ -1,0 +1,38 @@
+#include "workflow/ForeignMerge.h"
+
+#include "rules/MergedChange.h"
+#include "rules/RuleManager.h"
+
+#include <cstddef>
+#include <new>
+#include <utility>
+
+namespace quorvane::workflow {
+
+ForeignMerge::ForeignMerge(const rules::RuleManager& store, const std::optional<rules::RulesSnapshot>& base)
+    : m_stored(store.storedRows())
+    , m_ours(store.userRulesSnapshot())
+    , m_base(base.value_or(m_ours))
+{
+    if (m_stored->count(false) != m_ours.size())
+        throw std::bad_alloc(); // there was no memory for the rows
+}
+
+void ForeignMerge::run(const std::vector<rules::RuleValue>& theirs)
+{
+    rules::MergeResult merged = mergeRules(m_base.values(), m_ours.values(), theirs);
+    std::vector<rules::RuleRef> ours;
+    ours.reserve(m_ours.size());
+    for (std::size_t row = 0; row < m_ours.size(); ++row)
+        ours.push_back(m_stored->at(row, false));
+    m_change = changeTo(merged, ours);
+    m_reports = std::move(merged.reports);
+    m_theirs = rules::RulesSnapshot(theirs);
+}
+
+bool ForeignMerge::isFor(const rules::RuleManager& store) const
+{
+    return store.hasExactly(*m_stored);
+}
+
+} // namespace quorvane::workflow

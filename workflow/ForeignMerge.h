@@ -1,0 +1,46 @@
+#pragma once
+
+#include "rules/ChangeSet.h"
+#include "rules/RuleRows.h"
+#include "rules/RulesMerge.h"
+#include "rules/RulesSnapshot.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quorvane::rules {
+class RuleManager;
+} // namespace quorvane::rules
+
+namespace quorvane::workflow {
+
+// Merges rules that another program has written into those of a store. Made by the thread that owns the
+// store, where it is cheap; another may run it while the store goes on. Throws std::bad_alloc.
+class ForeignMerge {
+public:
+    // `base`: the rules that both have started from; none: those of the store.
+    ForeignMerge(const rules::RuleManager& store, const std::optional<rules::RulesSnapshot>& base);
+
+    // Any thread, once.
+    void run(const std::vector<rules::RuleValue>& theirs);
+
+    // True when the change is for the store's present rules: they have not changed since the construction.
+    bool isFor(const rules::RuleManager& store) const;
+
+    // After run(): the change to make to the store, what both sides have changed, and the merged rules of
+    // the other side.
+    const rules::ChangeSet& change() const { return m_change; }
+    const std::vector<rules::MergeReport>& reports() const { return m_reports; }
+    const rules::RulesSnapshot& theirs() const { return m_theirs; }
+
+private:
+    std::shared_ptr<const rules::RuleRows> m_stored;
+    rules::RulesSnapshot m_ours;
+    rules::RulesSnapshot m_base;
+    rules::RulesSnapshot m_theirs;
+    rules::ChangeSet m_change;
+    std::vector<rules::MergeReport> m_reports;
+};
+
+} // namespace quorvane::workflow
