@@ -58,15 +58,18 @@ std::optional<KnownFile> KnownFile::ofFileWith(const std::string& path, std::str
     return knownFile(path, identity, bytes, lookedAt);
 }
 
-bool KnownFile::isStillThere() const
+bool KnownFile::isStillThere()
 {
     std::error_code error;
     if (!identity || platform::FileIdentity::ofPath(path, error) != identity)
         return false;
-    const auto hashOfFile = [this] {
-        return std::hash<std::string_view>{}(RulesFileText::read(path, std::chrono::milliseconds(0)).bytes());
-    };
-    return !hash || hashOfFile() == *hash;
+    if (!hash)
+        return true;
+    const RulesFileText text = RulesFileText::read(path, std::chrono::milliseconds(0));
+    if (text.identity() != identity || std::hash<std::string_view>{}(text.bytes()) != *hash)
+        return false;
+    hash = of(path, text).hash;
+    return true;
 }
 
 } // namespace quorvane::rules

@@ -29,8 +29,9 @@ struct KnownFile {
     // Of the file at `path` if it holds exactly `bytes`; none if it holds others or cannot be read.
     static std::optional<KnownFile> ofFileWith(const std::string& path, std::string_view bytes);
 
-    // True when the file is unchanged. Reads it if there is a hash.
-    bool isStillThere() const;
+    // True when the file is unchanged. Reads it if there is a hash, and drops that once a later change would
+    // get another time stamp.
+    bool isStillThere();
 };
 
 } // namespace quorvane::rules

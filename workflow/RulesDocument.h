@@ -112,7 +112,7 @@ public:
     // removes before our first change can be restored.
     void keepPresentVersion();
     // True when the file differs from the one last read or written.
-    bool isFileAhead() const;
+    bool isFileAhead();
 
     // Reads the user's configuration again, like the store, and drops unwritten changes.
     void reload();
@@ -162,7 +162,7 @@ private:
     void joinOrders();
 
     struct FoundFile;
-    FoundFile lookAt(platform::FileLock& lock, const rules::KnownFile& known, ForeignMerge merge);
+    FoundFile lookAt(platform::FileLock& lock, rules::KnownFile known, ForeignMerge merge);
     FoundFile mergedFile(const rules::RulesFileText& text,
         const std::optional<std::vector<rules::RuleValue>>& inForce, ForeignMerge merge);
     bool bringStoreUpToDate(platform::FileLock& lock);

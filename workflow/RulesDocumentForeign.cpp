@@ -56,7 +56,7 @@ struct RulesDocument::FoundFile {
 // Requires the lock. Completes an interrupted write, and merges what others have written since. Any thread;
 // takeIn() changes the store.
 RulesDocument::FoundFile RulesDocument::lookAt(
-    platform::FileLock& lock, const rules::KnownFile& known, ForeignMerge merge)
+    platform::FileLock& lock, rules::KnownFile known, ForeignMerge merge)
 {
     UserRulesFile::Recovery recovery = m_file.recover(lock);
     if (!recovery.rules && known.isStillThere())
@@ -147,7 +147,7 @@ void RulesDocument::mergeInBackground(platform::FileLock lock)
         });
 }
 
-bool RulesDocument::isFileAhead() const
+bool RulesDocument::isFileAhead()
 {
     return !m_knownFile.isStillThere();
 }

@@ -7,16 +7,30 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <string_view>
 #include <thread>
 
 namespace quorvane::rules {
+
+namespace {
+
+// So long that a change would get another time stamp.
+void waitUntilAfter(std::chrono::system_clock::time_point time)
+{
+    const auto later = time + 3 * KnownFile::usualRoughness;
+    while (std::chrono::system_clock::now() < later)
+        std::this_thread::yield();
+}
+
+} // namespace
 
 TEST(KnownFile, OfAFileWithTheseBytesIsWhatAReadingGives)
 {
     const test::TemporaryFolder folder;
     const std::string path = folder.write("rules", "text");
 
-    const auto known = KnownFile::ofFileWith(path, "text");
+    auto known = KnownFile::ofFileWith(path, "text");
 
     ASSERT_TRUE(known);
     EXPECT_EQ(known->path, path);
@@ -47,9 +61,7 @@ TEST(KnownFile, IsAsSureOfATextThatWasReadLongAgo)
     while (text.lookedAt().time_since_epoch() - std::chrono::nanoseconds(text.identity()->changed)
         >= KnownFile::usualRoughness)
         text = read(); // a busy machine
-    const auto later = text.lookedAt() + 3 * KnownFile::usualRoughness;
-    while (std::chrono::system_clock::now() < later)
-        std::this_thread::yield();
+    waitUntilAfter(text.lookedAt());
 
     EXPECT_TRUE(KnownFile::of(path, text).hash) << "a change right after the reading may bear the same time";
 }
@@ -66,6 +78,21 @@ TEST(KnownFile, SeesAChangeThatLeavesSizeAndTimesInThatInstant)
     std::error_code error;
     known->identity = platform::FileIdentity::ofPath(path, error); // a clock too coarse to distinguish
 
+    EXPECT_FALSE(known->isStillThere());
+}
+
+TEST(KnownFile, IsReadOnlyUntilALaterChangeWouldShowInItsTimes)
+{
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("rules", "text");
+    auto known = KnownFile::ofFileWith(path, "text");
+    ASSERT_TRUE(known);
+    known->hash = std::hash<std::string_view>{}("text"); // also on a machine that was too busy to need it
+    waitUntilAfter(std::chrono::system_clock::now());
+
+    EXPECT_TRUE(known->isStillThere());
+    EXPECT_FALSE(known->hash);
+    folder.write("rules", "next");
     EXPECT_FALSE(known->isStillThere());
 }
 

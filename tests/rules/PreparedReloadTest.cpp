@@ -263,7 +263,7 @@ TEST(PreparedReload, TakesOverWhatWasReadBesidesTheRules)
     ASSERT_TRUE(store->unreadRules());
     EXPECT_FALSE(store->unreadRules()->isFailure);
     EXPECT_EQ(store->ownFileReadings(), readings + 1);
-    EXPECT_TRUE(store->ownFile().isStillThere());
+    EXPECT_TRUE(KnownFile(store->ownFile()).isStillThere());
 }
 
 TEST(PreparedReload, ARuleThatOnlyASystemFileHasNowIsLeftToAReload)
