@@ -271,9 +271,9 @@ void RulesDocument::takeRestored()
     if (!m_orders.empty())
         return;
     if (isWorthAThread())
-        reloadInBackground(ReloadCause::restore);
+        reloadInBackground(ReloadCause::ownWrite);
     else
-        reloadAtOnce(ReloadCause::restore);
+        reloadAtOnce(ReloadCause::ownWrite);
 }
 
 void RulesDocument::fail(const std::string& message)

@@ -210,7 +210,7 @@ void RulesDocument::mergePresentFile()
 void RulesDocument::reloadAtOnce(ReloadCause cause)
 {
     const std::vector<rules::RuleRef> before = m_store.userRules();
-    reload();
+    readRules();
     reportReload(cause, before.size(),
         [before, after = m_store.userRules()] { return countOfMissing(before, after); });
 }
@@ -238,6 +238,13 @@ void RulesDocument::reloadInBackground(ReloadCause cause)
 }
 
 void RulesDocument::reload()
+{
+    waitUntilWritten();
+    if (!isWorthAThread() || !attempt([this] { reloadInBackground(ReloadCause::ownWrite); }))
+        readRules();
+}
+
+void RulesDocument::readRules()
 {
     m_store.reloadCurrentUserConfiguration();
     m_store.rebuildRulesCache();

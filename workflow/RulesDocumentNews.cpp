@@ -83,7 +83,7 @@ void RulesDocument::reportReload(
 {
     if (m_observer != nullptr)
         m_observer->rulesWereReloaded();
-    if (cause == ReloadCause::restore)
+    if (cause == ReloadCause::ownWrite)
         return;
     forgetSteps();
     struct Found {

@@ -1,5 +1,6 @@
 #include "tests/support/LaterWork.h"
 #include "tests/workflow/DocumentSandbox.h"
+#include "workflow/RuleImport.h"
 
 #include <gtest/gtest.h>
 
@@ -209,6 +210,31 @@ TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileAVersionIsRestored)
     EXPECT_TRUE(has("/later"));
     EXPECT_EQ(linesInFile("/mine"), 0U);
     EXPECT_EQ(linesInFile("/later"), 1U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, ReadsTheFileOnTheThreadAfterAnImport)
+{
+    RuleImport import(document());
+    window->store->applyFilterWithString("matches none"); // so that an equal rule is added again
+    import.begin("/tmp/team.quorv");
+    import.importRule(test::policyRule({.path = "/7", .processName = "/bin/sh", .operations = 1}));
+    import.importRule(test::policyRule({.path = "/imported", .processName = "/bin/sh", .operations = 1}));
+    EXPECT_EQ(import.didFinishImportingRules().writeFailure, std::nullopt);
+    EXPECT_TRUE(has("/imported"));
+    EXPECT_EQ(linesInFile("/7"), 2U);
+    EXPECT_EQ(window->store->storedRules(), manyRules + 2U);
+    document().waitUntilWritten();
+    EXPECT_EQ(window->store->storedRules(), manyRules + 1U);
+    EXPECT_EQ(window->reloads, 1);
+}
+
+TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileTheFileIsReadAfterAnImport)
+{
+    document().reload();
+    window->add("/mine");
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/mine"));
     expectFileHasTheRulesOfTheStore();
 }
 
