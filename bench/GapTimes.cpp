@@ -106,12 +106,12 @@ public:
         print(
             "rest", [] {}, watchersDelay); // a change right behind one of ours counts as ours at first
         print(
-            "foreign-change",
-            [this] {
-                std::ofstream(m_document.store().locations().userRulesFile(), std::ios::app)
-                    << "allow prefix \"/added/by/another/program\" any r\n";
-            },
-            watchersDelay);
+            "foreign-change", [this] { addAsAnother("one"); }, watchersDelay);
+        print("foreign-change-merged", [this] {
+            addAsAnother("two");
+            m_window.tableViewCellAction(QStringLiteral("merged"));
+        });
+        print("restore", [this] { m_document.restore(1); });
         print("review", [&] { m_window.handleFileImport(imported); });
         if (auto* review = m_window.findChild<windows::ImportWindowController*>())
             print("import", [review] { review->importAction(); });
@@ -121,6 +121,11 @@ public:
     }
 
 private:
+    void addAsAnother(const std::string& name)
+    {
+        std::ofstream(m_document.store().locations().userRulesFile(), std::ios::app)
+            << "allow prefix \"/added/by/another/program/" << name << "\" any r\n";
+    }
     int middle() const { return m_table.model()->rowCount() / 2; }
 
     workflow::RulesDocument& m_document;

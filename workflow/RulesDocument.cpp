@@ -433,6 +433,8 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
             if (!*hasRoom)
                 throw std::bad_alloc();
             startWriting();
+            if (m_isLookDue)
+                takeFileOver();
         });
         reportFile();
     });

@@ -207,6 +207,7 @@ private:
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
     bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
     bool m_isWorking = false;
+    bool m_isLookDue = false; // at the file, when the present work is done
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file

@@ -186,8 +186,9 @@ void RulesDocument::takeForeignChanges()
 
 void RulesDocument::takeFileOver()
 {
+    m_isLookDue = m_isWorking;
     if (m_isWorking || !isFileAhead())
-        return; // the file is compared again later
+        return;
     if (!m_orders.empty())
         return writeNow(); // which merges them first
     if (m_file.mayBeUnderWay() && settleVersions(std::chrono::milliseconds(0)))

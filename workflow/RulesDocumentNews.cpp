@@ -105,8 +105,6 @@ void RulesDocument::reportReload(
                     .text = "Another program has removed " + countedRules(lost) + ".",
                     .version = knewAnother ? known : present.before,
                     .shownFrom = knewAnother ? std::optional(*known + 1) : present.number});
-            if (m_owner.background != nullptr)
-                takeFileOver(); // it may have been written again since
         });
 }
 
