@@ -17,9 +17,14 @@ bool checkSafeMode(const platform::Locations& locations)
     return platform::isAnythingAt(locations.learningModeMarker());
 }
 
+bool areThereSuggestions(const platform::Locations& locations)
+{
+    return platform::isAnythingAt(locations.failSafeFile());
+}
+
 bool areSuggestionsDue(const platform::Locations& locations)
 {
-    return platform::isAnythingAt(locations.failSafeFile()) && !checkSafeMode(locations);
+    return areThereSuggestions(locations) && !checkSafeMode(locations);
 }
 
 std::optional<Notice> suggestionsNotice(const platform::Locations& locations, const std::string& path)

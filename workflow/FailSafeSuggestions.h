@@ -19,6 +19,9 @@ namespace quorvane::workflow {
 // True in learning mode, which does not touch suggestions.
 bool checkSafeMode(const platform::Locations& locations);
 
+// True when there is a fail-safe file.
+bool areThereSuggestions(const platform::Locations& locations);
+
 // True when there are suggestions to be offered for review.
 bool areSuggestionsDue(const platform::Locations& locations);
 

@@ -1,6 +1,7 @@
 #include "workflow/RuleImport.h"
 
 #include "platform/PathComponents.h"
+#include "workflow/FailSafeSuggestions.h"
 #include "workflow/ProgramBinding.h"
 #include "workflow/RulesDocument.h"
 
@@ -117,7 +118,8 @@ ImportResult RuleImport::didFinishImportingRules()
     std::optional<std::string> writeFailure = "Out of memory";
     if (m_hadRoom) {
         m_document.commit(std::exchange(m_done, {}), {m_action});
-        m_document.waitUntilWritten();
+        if (m_document.failure() || areThereSuggestions(m_store.locations())) // they stay if this fails
+            m_document.waitUntilWritten();
         writeFailure = m_document.failure();
     }
     // A file that was not written completely is not read again: the rules exist only in memory.

@@ -159,7 +159,7 @@ void RulesDocument::continueWith(platform::FileLock lock)
         fail(unwritableMessage(m_file.path(), lock));
         return;
     }
-    if (isWorthAThread() && (isFileAhead() || m_file.mayBeUnderWay()))
+    if (isWorthAThread() && (m_knownFile.hash || isFileAhead() || m_file.mayBeUnderWay()))
         return mergeInBackground(std::move(lock));
     bringStoreUpToDate(lock);
     writeFirstOrder(std::move(lock));
@@ -279,6 +279,7 @@ void RulesDocument::takeRestored()
 void RulesDocument::fail(const std::string& message)
 {
     m_failure = message;
+    m_isReloadDue = false;
     m_store.setLastErrorMessage(message);
     reportFile();
 }
@@ -433,6 +434,8 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
             if (!*hasRoom)
                 throw std::bad_alloc();
             startWriting();
+            if (m_isReloadDue)
+                reload();
             if (m_isLookDue)
                 takeFileOver();
         });

@@ -111,11 +111,13 @@ public:
     // Records the current file as a version, unless it is one already, so that rules which another program
     // removes before our first change can be restored.
     void keepPresentVersion();
-    // True when the file differs from the one last read or written.
+    // True when the file differs from the one last read or written. One of many rules is not compared byte by
+    // byte for that, as a change within the same time stamp would need; the next write does so.
     bool isFileAhead();
 
     // Reads the user's configuration again, like the store, and drops unwritten changes. With a background,
-    // more than 20,000 rules are read by it: the store changes later then, and changes of the meantime stay.
+    // more than 20,000 rules are read by it, after what is being written, and unless that fails: the store
+    // changes later then, and changes of the meantime stay.
     void reload();
     // Deletes the fail-safe file and the marker beside it; records the file in a separate journal first.
     void discardSuggestions();
@@ -207,7 +209,8 @@ private:
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
     bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
     bool m_isWorking = false;
-    bool m_isLookDue = false; // at the file, when the present work is done
+    bool m_isReloadDue = false; // when the present work is done
+    bool m_isLookDue = false; // at the file, the same
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file

@@ -149,7 +149,11 @@ void RulesDocument::mergeInBackground(platform::FileLock lock)
 
 bool RulesDocument::isFileAhead()
 {
-    return !m_knownFile.isStillThere();
+    if (!isWorthAThread())
+        return !m_knownFile.isStillThere();
+    rules::KnownFile byItsTimes = m_knownFile;
+    byItsTimes.hash.reset();
+    return !byItsTimes.isStillThere();
 }
 
 void RulesDocument::recover()
@@ -240,7 +244,9 @@ void RulesDocument::reloadInBackground(ReloadCause cause)
 
 void RulesDocument::reload()
 {
-    waitUntilWritten();
+    m_isReloadDue = m_isWorking;
+    if (m_isWorking)
+        return;
     if (!isWorthAThread() || !attempt([this] { reloadInBackground(ReloadCause::ownWrite); }))
         readRules();
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -69,6 +70,20 @@ protected:
         for (std::size_t at = 0; (at = text.find("\"" + path + "\"", at)) != std::string::npos; ++at)
             ++count;
         return count;
+    }
+    void putAFolderInPlaceOfTheFile() const
+    {
+        std::filesystem::remove(box.locations.userRulesFile());
+        std::filesystem::create_directory(box.locations.userRulesFile());
+    }
+    // Returns why it is not written, as far as that is known at once.
+    std::optional<std::string> import(const std::vector<std::string>& paths)
+    {
+        RuleImport import(document());
+        import.begin("/tmp/team.quorv");
+        for (const std::string& path : paths)
+            import.importRule(test::policyRule({.path = path, .processName = "/bin/sh", .operations = 1}));
+        return import.didFinishImportingRules().writeFailure;
     }
     void expectFileHasTheRulesOfTheStore() const
     {
@@ -216,20 +231,38 @@ TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileAVersionIsRestored)
     expectFileHasTheRulesOfTheStore();
 }
 
-TEST_F(ManyRulesDocumentTest, ReadsTheFileOnTheThreadAfterAnImport)
+TEST_F(ManyRulesDocumentTest, WritesAndReadsAnImportOnTheThread)
 {
-    RuleImport import(document());
     window->store->applyFilterWithString("matches none"); // so that an equal rule is added again
-    import.begin("/tmp/team.quorv");
-    import.importRule(test::policyRule({.path = "/7", .processName = "/bin/sh", .operations = 1}));
-    import.importRule(test::policyRule({.path = "/imported", .processName = "/bin/sh", .operations = 1}));
-    EXPECT_EQ(import.didFinishImportingRules().writeFailure, std::nullopt);
+    EXPECT_EQ(import({"/7", "/imported"}), std::nullopt);
     EXPECT_TRUE(has("/imported"));
-    EXPECT_EQ(linesInFile("/7"), 2U);
+    EXPECT_EQ(linesInFile("/imported"), 0U);
     EXPECT_EQ(window->store->storedRules(), manyRules + 2U);
     document().waitUntilWritten();
+    EXPECT_EQ(linesInFile("/imported"), 1U);
+    EXPECT_EQ(linesInFile("/7"), 2U);
     EXPECT_EQ(window->store->storedRules(), manyRules + 1U);
     EXPECT_EQ(window->reloads, 1);
+}
+
+TEST_F(ManyRulesDocumentTest, KeepsSuggestionsWhenAnImportCannotBeWritten)
+{
+    box.folder.write("Users/Shared/Quorvane/failsafe.rc", "allow path /s any r\n");
+    putAFolderInPlaceOfTheFile();
+    EXPECT_NE(import({"/imported"}), std::nullopt);
+    EXPECT_TRUE(std::filesystem::exists(box.locations.failSafeFile()));
+}
+
+TEST_F(ManyRulesDocumentTest, DoesNotReadTheFileAgainWhenAnImportCannotBeWritten)
+{
+    background.run([this] { std::filesystem::remove_all(box.locations.sharedFolder()); }, [] {});
+    EXPECT_EQ(import({"/imported"}), std::nullopt);
+    document().waitUntilWritten();
+    background.wait();
+    EXPECT_TRUE(document().failure());
+    EXPECT_TRUE(has("/imported"));
+    EXPECT_EQ(window->store->storedRules(), manyRules + 1U);
+    EXPECT_EQ(window->reloads, 0);
 }
 
 TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileTheFileIsReadAfterAnImport)
