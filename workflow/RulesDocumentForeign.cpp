@@ -247,7 +247,9 @@ void RulesDocument::reload()
     m_isReloadDue = m_isWorking;
     if (m_isWorking)
         return;
-    if (!isWorthAThread() || !attempt([this] { reloadInBackground(ReloadCause::ownWrite); }))
+    if (isWorthAThread())
+        attempt([this] { reloadInBackground(ReloadCause::ownWrite); });
+    else
         readRules();
 }
 

@@ -1,12 +1,15 @@
+#include "tests/rules/StoreSandbox.h"
 #include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
 #include "tests/windows/TableWindow.h"
+#include "windows/BackgroundThread.h"
 #include "windows/RulesEditorTableController.h"
 #include "workflow/RuleCells.h"
 
 #include <QLineEdit>
 
-// The main window with so many rules that sorts and searches are computed on another thread.
+// The main window with so many rules that sorts and searches are computed on another thread, which reads and
+// writes their file as well.
 
 namespace quorvane::windows {
 
@@ -38,6 +41,52 @@ protected:
     rules::RuleManager store{platform::Locations("/root", "ann"), test::silentLog()};
     test::TestDocument document{store, run};
     QLineEdit* search = nullptr;
+};
+
+class ManyRowsOfAFile : public test::TableWindow<RulesEditorTableController, workflow::RuleColumn> {
+protected:
+    static constexpr int rules = 21'000;
+
+    ManyRowsOfAFile()
+    {
+        box.writeUserRules(lines());
+        store = box.load();
+        document = std::make_unique<workflow::RulesDocument>(*store, run,
+            workflow::DocumentOwner{
+                .program = "test", .stateFolder = box.folder.path("state"), .background = &background},
+            test::silentLog());
+        window
+            = std::make_unique<RulesEditorTableController>(*document, application, run, workspace, log.log());
+        show();
+    }
+    ~ManyRowsOfAFile() override { window.reset(); } // before the document
+
+    static std::string line(const std::string& path)
+    {
+        return "allow prefix \"" + path + "\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
+    }
+    static std::string lines()
+    {
+        std::string text;
+        for (int number = 0; number < rules; ++number)
+            text += line("/" + std::to_string(number));
+        return text;
+    }
+    void addAsAnotherProgram(const std::string& path)
+    {
+        box.writeUserRules(line(path) + lines());
+        document->takeForeignChanges();
+    }
+    bool waitForTheDocument() const
+    {
+        return QTest::qWaitFor([this] { return !document->isWorking(); }, 60'000);
+    }
+    QString pathAt(int row) const { return text(row, workflow::RuleColumn::path); }
+
+    test::StoreSandbox box;
+    std::unique_ptr<rules::RuleManager> store;
+    BackgroundThread background;
+    std::unique_ptr<workflow::RulesDocument> document;
 };
 
 } // namespace
@@ -103,6 +152,34 @@ TEST_F(ManyRows, AreNoLongerComputedWhenTheWindowCloses)
     window.reset();
     QApplication::processEvents();
     EXPECT_EQ(store.ruleAtIndex(0, false), ruleAt(rules - 1));
+}
+
+TEST_F(ManyRowsOfAFile, StayInUseWhileWhatAnotherProgramHasWrittenIsRead)
+{
+    select({7});
+    addAsAnotherProgram("/foreign");
+    EXPECT_TRUE(document->isWorking());
+    EXPECT_EQ(pathAt(0), QStringLiteral("/0"));
+    window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
+
+    ASSERT_TRUE(waitForTheDocument());
+    ASSERT_TRUE(QTest::qWaitFor([this] { return table->model()->rowCount() == rules + 1; }));
+    EXPECT_EQ(pathAt(rules), QStringLiteral("/foreign"));
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/7"));
+    EXPECT_EQ(counts(), QStringLiteral("21,001 of 21,001 rules shown"));
+}
+
+TEST_F(ManyRowsOfAFile, KeepATagGivenWhileWhatAnotherProgramHasWrittenIsRead)
+{
+    select({7});
+    addAsAnotherProgram("/foreign");
+    window->tableViewCellAction(QStringLiteral("mine"));
+
+    ASSERT_TRUE(waitForTheDocument());
+    const std::string text = test::TemporaryFolder::contents(box.locations.userRulesFile());
+    EXPECT_NE(text.find("\"/foreign\""), std::string::npos);
+    EXPECT_NE(text.find("\"/7\" \"/bin/sh\" r \"mine\""), std::string::npos);
+    EXPECT_EQ(table->model()->rowCount(), rules + 1);
 }
 
 } // namespace quorvane::windows
