@@ -9,6 +9,9 @@ namespace quorvane::rules {
 ChangeSet ChangeSet::inverted() const
 {
     ChangeSet inverse;
+    inverse.removed.reserve(added.size());
+    inverse.changed.reserve(changed.size());
+    inverse.added.reserve(removed.size());
     std::transform(
         added.rbegin(), added.rend(), std::back_inserter(inverse.removed), [](const Addition& addition) {
             return Removal{addition.rule, addition.place, addition.value};

@@ -1,10 +1,11 @@
 #include "rules/RowNumbers.h"
 
 #include <new>
+#include <utility>
 
 namespace quorvane::rules {
 
-std::uint32_t RowNumbers::add(const RuleRef& rule) noexcept
+std::uint32_t RowNumbers::add(RuleRef rule) noexcept
 {
     try {
         m_rules.makeRoom();
@@ -13,7 +14,7 @@ std::uint32_t RowNumbers::add(const RuleRef& rule) noexcept
         m_isLost = true;
         return none;
     }
-    m_rules.append(rule);
+    m_rules.append(std::move(rule));
     ++m_stored;
     return static_cast<std::uint32_t>(m_rules.size() - 1);
 }

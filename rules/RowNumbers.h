@@ -20,7 +20,7 @@ public:
     static constexpr std::uint32_t none = UINT32_MAX;
 
     // The number of a newly stored rule; `none` when memory ran out.
-    std::uint32_t add(const RuleRef& rule) noexcept;
+    std::uint32_t add(RuleRef rule) noexcept;
     // Call it when the rule is no longer stored.
     void remove(std::uint32_t number) noexcept;
     // The new number of the rule `number` after its value has changed; the same one if it was given after the

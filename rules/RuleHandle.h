@@ -14,7 +14,7 @@ namespace quorvane::rules {
 
 template <class Fields> class RuleHandle;
 
-// Holds records and is notified of their changes.
+// Holds records and is notified of their changes. Only lists of rules do (RuleList.h).
 template <class Fields> class RuleHolder {
 public:
     // Called after `rule` was changed from the properties `before`, on the thread that changed it.
@@ -42,9 +42,12 @@ public:
         return m_value;
     }
 
-    // Sets all properties at once. Requires a value that is not null. Never throws.
+    // Sets all properties at once. Requires a value that is not null. Never throws. Setting the present value
+    // is no change.
     void setValue(Value value) noexcept
     {
+        if (value == m_value)
+            return;
         {
             const std::lock_guard lock(lockOf(this));
             m_value.swap(value);
@@ -73,7 +76,17 @@ public:
             m_moreHolders = std::make_unique<Holders>();
         m_moreHolders->push_back(&holder);
     }
-    bool isHeld() const { return m_holder != nullptr || (m_moreHolders && !m_moreHolders->empty()); }
+    // A holder for which `isIt` is true; null when there is none.
+    template <class IsIt> RuleHolder<Fields>* holderWhere(const IsIt& isIt) const
+    {
+        if (m_holder != nullptr && isIt(*m_holder))
+            return m_holder;
+        if (!m_moreHolders)
+            return nullptr;
+        const auto found = std::find_if(
+            m_moreHolders->begin(), m_moreHolders->end(), [&](const auto* holder) { return isIt(*holder); });
+        return found == m_moreHolders->end() ? nullptr : *found;
+    }
     void removeHolder(const RuleHolder<Fields>& holder) const noexcept
     {
         if (m_moreHolders) {

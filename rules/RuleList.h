@@ -25,7 +25,7 @@ public:
     // Called after a rule with these properties was put into the slot, or is being removed from it.
     virtual void slotIsFilled(std::size_t slot, const Fields& rule) noexcept = 0;
     virtual void slotIsEmptied(std::size_t slot, const Fields& rule) noexcept = 0;
-    // Called after rules have moved to other slots.
+    // Called after rules have moved to other slots, or after many were removed at once.
     virtual void slotsHaveMoved() noexcept = 0;
     // Called after a stored rule has changed so that it may belong to another application group.
     virtual void ruleHasStrayed() noexcept = 0;
@@ -52,6 +52,15 @@ public:
     {
     }
     ~RuleList() { clear(); }
+
+    // The list with these row numbers that stores the record; null when there is none. Takes no search.
+    static RuleList* holding(const Rule& rule, const RowNumbers& numbers)
+    {
+        return static_cast<RuleList*>(rule.holderWhere([&numbers](const RuleHolder<Fields>& holder) {
+            return &static_cast<const RuleList&>(holder).m_rowNumbers == &numbers;
+        }));
+    }
+
     RuleList(const RuleList&) = delete;
     RuleList& operator=(const RuleList&) = delete;
 
@@ -133,14 +142,14 @@ public:
         RulePtr rule;
         std::uint32_t number = RowNumbers::none;
     };
-    void insertAll(const std::vector<Placed>& order) noexcept
+    void insertAll(std::vector<Placed> order) noexcept
     {
         m_slots.clear();
         m_numbers.clear();
-        for (const Placed& placed : order) {
+        for (Placed& placed : order) {
             const bool isNew = placed.number == RowNumbers::none;
             m_numbers.push_back(isNew ? m_rowNumbers.add(placed.rule) : placed.number);
-            m_slots.push_back(placed.rule);
+            m_slots.push_back(std::move(placed.rule));
             m_prepared -= isNew ? 1 : 0;
         }
         m_size = order.size();
@@ -156,8 +165,31 @@ public:
         leave(slot);
         m_slots[slot] = nullptr;
         m_numbers[slot] = RowNumbers::none;
-        if (m_slots.size() > 2 * m_size + shortList)
-            dropEmptySlots();
+        dropEmptySlotsIfMany();
+    }
+
+    // Removes all rules for which `isLeaving` is true, in stored order; calls `use` with each of them and
+    // with the nearest rule before it that stays, null when there is none. May move rules to other slots.
+    template <class IsLeaving, class Use> void removeAll(const IsLeaving& isLeaving, const Use& use) noexcept
+    {
+        const std::size_t former = m_size;
+        const RulePtr* previous = nullptr;
+        for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
+            RulePtr& rule = m_slots[slot];
+            if (rule && !isLeaving(*rule))
+                previous = &rule;
+            if (!rule || previous == &rule)
+                continue;
+            leave(slot);
+            m_numbers[slot] = RowNumbers::none;
+            use(std::exchange(rule, nullptr), previous);
+        }
+        if (m_size == former)
+            return;
+        m_lastEmptied = {};
+        if (m_observer != nullptr)
+            m_observer->slotsHaveMoved();
+        dropEmptySlotsIfMany();
     }
 
     // Moves out the first stored rule that `rule` is equal to; null when there is none. Only for a list about
@@ -326,8 +358,10 @@ private:
         }
     }
 
-    void dropEmptySlots() noexcept
+    void dropEmptySlotsIfMany() noexcept
     {
+        if (m_slots.size() <= 2 * m_size + shortList)
+            return;
         std::size_t kept = 0;
         for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
             if (!m_slots[slot])

@@ -447,6 +447,13 @@ ChangeSet RuleManager::apply(const ChangeSet& changes)
     return done;
 }
 
+ChangeSet RuleManager::apply(ChangeSet&& changes)
+{
+    ChangeSet done;
+    attempt([&] { done = m_store->apply(std::move(changes)); });
+    return done;
+}
+
 std::vector<RuleRef> RuleManager::allRules() const
 {
     std::vector<RuleRef> rules;

@@ -167,6 +167,7 @@ public:
     // of a record that is not stored is skipped, and so is an addition of one that is; a change of one that
     // is not stored becomes an addition at the end.
     ChangeSet apply(const ChangeSet& changes);
+    ChangeSet apply(ChangeSet&& changes); // costs no copy
 
     // All stored rules, whatever the filter, in stored order.
     std::vector<RuleRef> allRules() const;

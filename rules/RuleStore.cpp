@@ -108,12 +108,13 @@ bool RuleStore::removeFirstEqual(const PolicyRule& rule)
 
 bool RuleStore::remove(const WatchRule& rule)
 {
-    return rule.isHeld() && removeAt(m_watchRules, m_watchRules.slotOf(rule));
+    return RuleList<WatchRule>::holding(rule, m_numbers) != nullptr
+        && removeAt(m_watchRules, m_watchRules.slotOf(rule));
 }
 
 bool RuleStore::remove(const PolicyRule& rule)
 {
-    RuleList<PolicyRule>* rules = listOf(rule);
+    RuleList<PolicyRule>* rules = RuleList<PolicyRule>::holding(rule, m_numbers);
     return rules != nullptr && removeAt(*rules, rules->slotOf(rule));
 }
 

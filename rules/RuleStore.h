@@ -41,8 +41,8 @@ public:
     const std::vector<const Groups::value_type*>& orderedGroups() const;
 
     // Store the record itself at the end; call rebuildRows() afterwards.
-    void append(const WatchRulePtr& rule) { m_watchRules.append(rule); }
-    void append(const PolicyRulePtr& rule) { groupOf(rule->fields()).rules().append(rule); }
+    void append(const WatchRulePtr& rule) { append(m_watchRules, rule); }
+    void append(const PolicyRulePtr& rule) { append(groupOf(rule->fields()).rules(), rule); }
     // Remove the first equal rule; false when there is none.
     bool removeFirstEqual(const WatchRule& rule);
     bool removeFirstEqual(const PolicyRule& rule);
@@ -50,7 +50,7 @@ public:
     bool remove(const WatchRule& rule);
     bool remove(const PolicyRule& rule);
     // True when the record itself is stored.
-    bool isStored(const RuleRef& rule) { return listOf(rule).has_value(); }
+    bool isStored(const RuleRef& rule) const { return listOf(rule).has_value(); }
     // Move out the first equal record; null when there is none. Only for a store about to be destroyed:
     // nothing else is updated.
     WatchRulePtr take(const WatchRuleFields& rule, std::uint64_t hash)
@@ -59,7 +59,7 @@ public:
     }
     PolicyRulePtr take(const PolicyRuleFields& rule, std::uint64_t hash);
     // As RuleManager::apply(); all or nothing when it throws.
-    ChangeSet apply(const ChangeSet& changes);
+    ChangeSet apply(ChangeSet changes);
 
     // True when some group has a rule equal to `rule` for which `accepts` is true.
     bool hasEqual(const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const;
@@ -124,13 +124,20 @@ private:
         }
     };
 
+    template <class Rule> void append(RuleList<Rule>& rules, const std::shared_ptr<Rule>& rule)
+    {
+        m_anyTwice = m_anyTwice || RuleList<Rule>::holding(*rule, m_numbers) != nullptr;
+        rules.append(rule);
+    }
     template <class Rule> bool removeAt(RuleList<Rule>& rules, std::size_t slot);
-    Plan planOf(const ChangeSet& changes);
+    Plan planOf(ChangeSet changes);
+    void prepareAdditions(Plan& plan);
     void perform(Plan& plan) noexcept;
+    void removeOneByOne(Plan& plan) noexcept;
+    void removeManyAtOnce(Plan& plan) noexcept;
     void addManyAtOnce(Plan& plan) noexcept;
     AnyList listFor(const RuleValue& value);
-    std::optional<AnyList> listOf(const RuleRef& rule);
-    RuleList<PolicyRule>* listOf(const PolicyRule& rule);
+    std::optional<AnyList> listOf(const RuleRef& rule) const;
     void dropNewGroups(std::size_t kept) noexcept;
     RecentGroup* recentGroupFor(const PolicyRuleFields& rule) const;
     void makeRoomForGroup();
@@ -147,6 +154,7 @@ private:
     mutable std::vector<const Groups::value_type*> m_newGroups; // not yet in m_orderedGroups
 
     bool m_anyStrays = false;
+    bool m_anyTwice = false; // a record was stored that was already
     mutable std::vector<RecentGroup>
         m_recentGroups; // by the addresses of the texts; as many as a power of two
     mutable Groups m_groups;

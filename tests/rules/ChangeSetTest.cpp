@@ -233,4 +233,39 @@ TEST(ChangeSet, ARecordInTwoStoresIsFollowedByBoth)
     EXPECT_EQ(other->firstEqualRule(PolicyRule({.path = "/c", .processName = "/bin/a"})), rule);
 }
 
+TEST(ChangeSet, ARecordThatIsStoredTwiceGoesOnceTogetherWithManyOthers)
+{
+    const test::StoreSandbox sandbox;
+    const auto store = sandbox.storeOf("");
+    const PolicyRulePtr twice = test::policyRule({.path = "/twice", .processName = "/bin/a"});
+    store->addPolicyRule(twice);
+    for (int number = 0; number < 100; ++number)
+        store->addPolicyRule(
+            test::policyRule({.path = "/" + std::to_string(number), .processName = "/bin/a"}));
+    ChangeSet changes;
+    for (const RuleRef& rule : store->allRules())
+        changes.removed.push_back({rule});
+    store->addPolicyRule(twice);
+    EXPECT_EQ(store->apply(changes).removed.size(), 101U);
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/twice"}));
+}
+
+TEST(ChangeSet, ARecordThatAnotherStoreHasRemovedIsRemovedAndAddedAgain)
+{
+    const test::StoreSandbox sandbox;
+    const auto other = sandbox.storeOf("");
+    const auto store = sandbox.storeOf(twoGroups);
+    const PolicyRulePtr rule = test::policyRule({.path = "/b0", .processName = "/bin/b"});
+    other->addPolicyRule(rule);
+    store->addPolicyRule(rule);
+    other->deletePolicyRule(*rule);
+    ChangeSet changes;
+    changes.removed.push_back({rule});
+    changes.added.push_back({rule, changedValue(rule, [](auto& fields) { fields.processName = "/bin/a"; })});
+    store->apply(changes);
+    EXPECT_EQ(test::rowPaths(*store), (Paths{"/w1", "/w2", "/a1", "/a2", "/a3", "/b0", "/b1"}));
+    EXPECT_TRUE(store->isStored(rule));
+    EXPECT_FALSE(other->isStored(rule));
+}
+
 } // namespace quorvane::rules

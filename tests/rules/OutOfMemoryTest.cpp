@@ -156,6 +156,40 @@ TEST(OutOfMemory, WhileApplyingAChangeSetDoesAllOrNothing)
     changes = {};
 }
 
+TEST(OutOfMemory, WhileRemovingMostRulesAtOnceRemovesAllOrNone)
+{
+    static ChangeSet changes;
+    failEachAllocation(
+        [](RuleManager& store) {
+            changes = {};
+            for (std::size_t row = 0; row < 40; ++row)
+                changes.removed.push_back({store.ruleAtIndex(row, true)});
+            changes.added.push_back({store.ruleAtIndex(3, true), valueOf(store.ruleAtIndex(3, true))});
+        },
+        [](RuleManager& store) {
+            const ChangeSet done = store.apply(changes);
+            EXPECT_TRUE(done.isEmpty() || done.removed.size() == 40U);
+        });
+    changes = {};
+}
+
+TEST(OutOfMemory, WhileTakingBackARemovalOfMostRulesDoesAllOrNothing)
+{
+    static ChangeSet removal;
+    failEachAllocation(
+        [](RuleManager& store) {
+            ChangeSet changes;
+            for (std::size_t row = 0; row < 40; ++row)
+                changes.removed.push_back({store.ruleAtIndex(row, true)});
+            removal = store.apply(changes).inverted();
+        },
+        [](RuleManager& store) {
+            const ChangeSet done = store.apply(removal);
+            EXPECT_TRUE(done.isEmpty() || done.added.size() == 40U);
+        });
+    removal = {};
+}
+
 TEST(OutOfMemory, WhileAskingForEqualOrCoveringRulesAnswersAsAWalkDoes)
 {
     const test::StoreSandbox sandbox;

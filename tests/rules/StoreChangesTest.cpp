@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -164,6 +166,30 @@ private:
     std::vector<SortDescriptor> m_descriptors;
 };
 
+// Stores the same random rules in all of them.
+void fill(test::RandomRules& random, const std::vector<RuleManager*>& stores, int rules)
+{
+    for (int number = 0; number < rules; ++number) {
+        const bool isWatch = random.below(8) == 0;
+        const WatchRulePtr watch = test::watchRule(random.watch());
+        const PolicyRulePtr policy = test::policyRule(random.policy());
+        for (RuleManager* store : stores)
+            isWatch ? store->addWatchRule(watch) : store->addPolicyRule(policy);
+    }
+}
+
+void expectSameAnswers(const RuleManager& one, const RuleManager& other)
+{
+    ASSERT_EQ(one.allRules(), other.allRules());
+    ASSERT_EQ(rowsOf(one), rowsOf(other));
+    for (const RuleRef& rule : one.allRules()) {
+        if (const PolicyRule* policy = policyRuleIn(rule)) {
+            ASSERT_EQ(one.coveringRule(*policy), other.coveringRule(*policy));
+        }
+        ASSERT_EQ(one.firstEqualRule(rule, {}), other.firstEqualRule(rule, {}));
+    }
+}
+
 } // namespace
 
 TEST(StoreChanges, WhatFollowsByDifferenceIsWhatIsMadeAnew)
@@ -192,6 +218,39 @@ TEST(StoreChanges, RemovingAllAndTakingItBackRestoresEveryPlace)
     EXPECT_EQ(store->totalRules(true), 0U);
     store->apply(done.inverted());
     EXPECT_EQ(rowsOf(*store), before);
+}
+
+// Beyond an eighth of all, rules are removed at once.
+TEST(StoreChanges, ManyRulesGoAtOnceAsOneByOne)
+{
+    for (unsigned seed = 1; seed <= 20 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        test::RandomRules random(seed);
+        const test::StoreSandbox sandbox;
+        const auto together = sandbox.emptyStore();
+        const auto oneByOne = sandbox.emptyStore();
+        fill(random, {together.get(), oneByOne.get()}, 300);
+        expectSameAnswers(*together, *oneByOne); // which makes the indexes
+        const std::vector<RuleRef> before = together->allRules();
+        ChangeSet changes;
+        const std::size_t share = 2 + random.below(9);
+        for (const RuleRef& rule : before) {
+            if (random.below(10) < share)
+                changes.removed.push_back({rule});
+        }
+        changes.removed.push_back({test::policyRule({})}); // which is not stored
+        changes.removed.push_back(changes.removed.front());
+        std::shuffle(changes.removed.begin(), changes.removed.end(), std::mt19937(seed));
+        const ChangeSet done = together->apply(changes);
+        ASSERT_EQ(done.removed.size(), changes.removed.size() - 2);
+        for (const ChangeSet::Removal& removal : changes.removed)
+            oneByOne->apply({.removed = {{removal.rule}}});
+        expectSameAnswers(*together, *oneByOne);
+        const ChangeSet undone = together->apply(done.inverted());
+        ASSERT_EQ(together->allRules(), before);
+        together->apply(undone.inverted());
+        expectSameAnswers(*together, *oneByOne);
+    }
 }
 
 TEST(StoreChanges, AReloadKeepsTheRecordsOfRulesThatAreStillThere)
