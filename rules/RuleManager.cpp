@@ -483,20 +483,18 @@ bool RuleManager::isStored(const RuleRef& rule) const
 std::optional<RuleRef> RuleManager::firstEqualRule(
     const RuleRef& rule, const std::unordered_set<const void*>& excluded) const
 {
-    const auto accepts = [&excluded](const auto& stored) { return !excluded.contains(&stored); };
     std::optional<RuleRef> equal;
-    const auto firstOf = [&](const auto& rules, const auto& fields) {
-        if (const auto found = rules.firstEqual(fields, identityHash(fields), accepts))
-            equal = found;
-    };
     attempt([&] {
-        const PolicyRule* policy = policyRuleIn(rule);
-        const PolicyGroup* group = policy == nullptr ? nullptr : m_store->existingGroupOf(policy->fields());
-        if (group != nullptr)
-            firstOf(group->rules(), policy->fields());
-        else if (policy == nullptr)
-            firstOf(m_store->watchRules(), std::get<WatchRulePtr>(rule)->fields());
+        equal = m_store->firstEqual(
+            rule, [&excluded](const void* record) { return !excluded.contains(record); });
     });
+    return equal;
+}
+
+std::vector<RuleRef> RuleManager::firstEqualRules(const std::vector<RuleRef>& rules) const
+{
+    std::vector<RuleRef> equal;
+    attempt([&] { equal = m_store->firstEqualRules(rules); });
     return equal;
 }
 

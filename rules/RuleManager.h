@@ -160,6 +160,9 @@ public:
     // is none.
     std::optional<RuleRef> firstEqualRule(
         const RuleRef& rule, const std::unordered_set<const void*>& excluded) const;
+    // For each of `rules` the first stored rule that it is equal to, of those not found for one before it:
+    // the rules that would go if the equal ones of all were deleted one after the other.
+    std::vector<RuleRef> firstEqualRules(const std::vector<RuleRef>& rules) const;
     // True when the record itself is stored, not just an equal one.
     bool isStored(const RuleRef& rule) const;
 

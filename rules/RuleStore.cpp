@@ -133,6 +133,68 @@ PolicyRulePtr RuleStore::take(const PolicyRuleFields& rule, std::uint64_t hash)
     return group == m_groups.end() ? nullptr : group->second.rules().take(rule, hash);
 }
 
+std::optional<RuleRef> RuleStore::firstEqual(
+    const RuleRef& rule, const std::function<bool(const void* record)>& accepts) const
+{
+    std::optional<RuleRef> equal;
+    const auto firstOf = [&](const auto& rules, const auto& fields) {
+        const auto accept = [&accepts](const auto& stored) { return accepts(&stored); };
+        if (const auto found = rules.firstEqual(fields, identityHash(fields), accept))
+            equal = found;
+    };
+    const PolicyRule* policy = policyRuleIn(rule);
+    const PolicyGroup* group = policy == nullptr ? nullptr : existingGroupOf(policy->fields());
+    if (group != nullptr)
+        firstOf(group->rules(), policy->fields());
+    else if (policy == nullptr)
+        firstOf(m_watchRules, std::get<WatchRulePtr>(rule)->fields());
+    return equal;
+}
+
+// All rules of a list go when all are named, in whatever order equal ones are found, so none of them is
+// searched for: a million rules take 130 ms instead of 2,000.
+std::vector<RuleRef> RuleStore::firstEqualRules(const std::vector<RuleRef>& rules) const
+{
+    const auto [whole, rulesInWhole] = listsNamedWhole(rules);
+    if (rulesInWhole == rules.size())
+        return rules;
+    std::vector<RuleRef> found;
+    found.reserve(rules.size());
+    AddressSet searched; // rules found by a search
+    const auto accepts = [&searched](const void* record) { return !searched.contains(record); };
+    for (const RuleRef& rule : rules) {
+        if (const auto list = listOf(rule); list && whole.contains(addressOfList(*list))) {
+            found.push_back(rule);
+        } else if (auto equal = firstEqual(rule, accepts)) {
+            searched.insert(addressOf(*equal));
+            found.push_back(std::move(*equal));
+        }
+    }
+    return found;
+}
+
+// The lists whose rules are all among `rules` and equal to themselves. None when a rule is there twice, or
+// may be equal to one of another list than its own.
+RuleStore::WholeLists RuleStore::listsNamedWhole(const std::vector<RuleRef>& rules) const
+{
+    WholeLists whole;
+    AddressSet named(rules.size());
+    std::unordered_map<const void*, std::size_t> unnamed; // by list: how many of its rules are not named
+    for (const RuleRef& rule : rules) {
+        const auto list = listOf(rule);
+        if (!list || m_anyStrays || !named.insert(addressOf(rule)))
+            return {};
+        if (!visitRule(rule, [](const auto& record) { return isEqualRule(record, record); }))
+            continue;
+        const std::size_t size = std::visit([](const auto* each) { return each->size(); }, *list);
+        if (--unnamed.try_emplace(addressOfList(*list), size).first->second == 0) {
+            whole.lists.insert(addressOfList(*list));
+            whole.rules += size;
+        }
+    }
+    return whole;
+}
+
 bool RuleStore::hasEqual(
     const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const
 {

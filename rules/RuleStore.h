@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rules/AddressSet.h"
 #include "rules/AppendOnlyTable.h"
 #include "rules/ChangeSet.h"
 #include "rules/Hashing.h"
@@ -60,6 +61,12 @@ public:
     PolicyRulePtr take(const PolicyRuleFields& rule, std::uint64_t hash);
     // As RuleManager::apply(); all or nothing when it throws.
     ChangeSet apply(ChangeSet changes);
+
+    // The first stored rule that `rule` is equal to and whose address `accepts`; none when there is none.
+    std::optional<RuleRef> firstEqual(
+        const RuleRef& rule, const std::function<bool(const void* record)>& accepts) const;
+    // See RuleManager.
+    std::vector<RuleRef> firstEqualRules(const std::vector<RuleRef>& rules) const;
 
     // True when some group has a rule equal to `rule` for which `accepts` is true.
     bool hasEqual(const PolicyRuleFields& rule, const std::function<bool(const PolicyRule&)>& accepts) const;
@@ -136,6 +143,15 @@ private:
     void removeOneByOne(Plan& plan) noexcept;
     void removeManyAtOnce(Plan& plan) noexcept;
     void addManyAtOnce(Plan& plan) noexcept;
+    static const void* addressOfList(const AnyList& list)
+    {
+        return std::visit([](const auto* each) -> const void* { return each; }, list);
+    }
+    struct WholeLists {
+        AddressSet lists{};
+        std::size_t rules = 0; // in all of them
+    };
+    WholeLists listsNamedWhole(const std::vector<RuleRef>& rules) const;
     AnyList listFor(const RuleValue& value);
     std::optional<AnyList> listOf(const RuleRef& rule) const;
     void dropNewGroups(std::size_t kept) noexcept;

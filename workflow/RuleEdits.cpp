@@ -1,6 +1,5 @@
 #include "workflow/RuleEdits.h"
 
-#include <unordered_set>
 #include <utility>
 
 namespace quorvane::workflow {
@@ -8,16 +7,9 @@ namespace quorvane::workflow {
 rules::ChangeSet deletionOf(const rules::RuleManager& store, const std::vector<rules::RuleRef>& rules)
 {
     rules::ChangeSet change;
-    std::unordered_set<const void*> gone;
-    gone.reserve(rules.size());
     change.removed.reserve(rules.size());
-    for (const rules::RuleRef& rule : rules) {
-        const auto first = store.firstEqualRule(rule, gone);
-        if (!first)
-            continue;
-        gone.insert(addressOf(*first));
-        change.removed.push_back({*first});
-    }
+    for (rules::RuleRef& rule : store.firstEqualRules(rules))
+        change.removed.push_back({std::move(rule)});
     return change;
 }
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace quorvane::rules {
@@ -178,6 +179,12 @@ void fill(test::RandomRules& random, const std::vector<RuleManager*>& stores, in
     }
 }
 
+const RuleRef& lastPolicyOf(const std::vector<RuleRef>& rules)
+{
+    return *std::find_if(
+        rules.rbegin(), rules.rend(), [](const RuleRef& rule) { return policyRuleIn(rule) != nullptr; });
+}
+
 void expectSameAnswers(const RuleManager& one, const RuleManager& other)
 {
     ASSERT_EQ(one.allRules(), other.allRules());
@@ -250,6 +257,40 @@ TEST(StoreChanges, ManyRulesGoAtOnceAsOneByOne)
         ASSERT_EQ(together->allRules(), before);
         together->apply(undone.inverted());
         expectSameAnswers(*together, *oneByOne);
+    }
+}
+
+TEST(StoreChanges, TheRulesThatAnEqualityRemovesAreThoseOfOneSearchAfterTheOther)
+{
+    for (unsigned seed = 1; seed <= 60 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        test::RandomRules random(seed);
+        const test::StoreSandbox sandbox;
+        const auto store = sandbox.emptyStore();
+        fill(random, {store.get()}, 150);
+        std::vector<RuleRef> named;
+        const std::size_t share = 6 + random.below(5);
+        for (const RuleRef& rule : store->allRules()) { // mostly some groups whole, some in part
+            const PolicyRule* policy = policyRuleIn(rule);
+            if (policy == nullptr || policy->fields().operations % 2 == 0 || random.below(10) < share)
+                named.push_back(rule);
+        }
+        if (seed % 4 == 0)
+            named.push_back(test::policyRule(random.policy())); // which is not stored
+        if (seed % 4 == 1)
+            named.push_back(named.front());
+        if (seed % 8 == 2)
+            std::get<PolicyRulePtr>(lastPolicyOf(named))->setProcessName("/bin/elsewhere");
+        std::shuffle(named.begin(), named.end(), std::mt19937(seed));
+        std::unordered_set<const void*> expected;
+        for (const RuleRef& rule : named) {
+            if (const auto equal = store->firstEqualRule(rule, expected))
+                expected.insert(addressOf(*equal));
+        }
+        std::unordered_set<const void*> found;
+        for (const RuleRef& rule : store->firstEqualRules(named))
+            ASSERT_TRUE(found.insert(addressOf(rule)).second) << "each is named once";
+        ASSERT_EQ(found, expected);
     }
 }
 
