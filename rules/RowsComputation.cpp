@@ -16,6 +16,7 @@ constexpr std::size_t largeShare = 8;
 
 void RowsComputation::setRules(const RowNumbers& numbers, std::shared_ptr<const RuleOrder> stored)
 {
+    markSystemRules(numbers.rules());
     m_rules = numbers.rules();
     m_isStored = numbers.storedMarks();
     m_stored = std::move(stored);
@@ -88,10 +89,11 @@ std::vector<PolicyRulePtr> RowsComputation::passingPolicyRules() const
     return policies;
 }
 
-void RowsComputation::markSystemRules()
+void RowsComputation::markSystemRules(const AppendOnlyTable<RuleRef>& rules)
 {
-    for (std::size_t number = m_isSystem.size(); number < m_rules.size(); ++number) {
-        m_isSystem.push_back(visitRule(m_rules[number], [](const auto& rule) { return rule.system(); }));
+    m_isSystem.reserve(rules.size());
+    for (std::size_t number = m_isSystem.size(); number < rules.size(); ++number) {
+        m_isSystem.push_back(visitRule(rules[number], [](const auto& rule) { return rule.fields().system; }));
         m_anySystem = m_anySystem || m_isSystem.back();
     }
 }
@@ -190,9 +192,9 @@ std::shared_ptr<const RuleOrder> RowsComputation::passingInOrder(const std::stop
     return m_searchText ? passing(*order) : order;
 }
 
-std::shared_ptr<const RuleOrder> RowsComputation::withoutSystemRules(std::shared_ptr<const RuleOrder> order)
+std::shared_ptr<const RuleOrder> RowsComputation::withoutSystemRules(
+    std::shared_ptr<const RuleOrder> order) const
 {
-    markSystemRules();
     if (!m_anySystem)
         return order;
     auto userOnly = std::make_shared<RuleOrder>();
@@ -202,7 +204,7 @@ std::shared_ptr<const RuleOrder> RowsComputation::withoutSystemRules(std::shared
     return userOnly;
 }
 
-std::shared_ptr<const RuleRows> RowsComputation::rowsOf(std::shared_ptr<const RuleOrder> order)
+std::shared_ptr<const RuleRows> RowsComputation::rowsOf(std::shared_ptr<const RuleOrder> order) const
 {
     auto rows = std::make_shared<RuleRows>();
     rows->m_rules = m_rules;

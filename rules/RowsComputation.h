@@ -25,7 +25,7 @@ namespace quorvane::rules {
 class RowsComputation {
 public:
     // Sets the rules: `stored` holds all of them, in stored order. `numbers` must be settled before a rule
-    // changes.
+    // changes. Only on the store's thread, where rules are read without a lock: it looks for system rules.
     void setRules(const RowNumbers& numbers, std::shared_ptr<const RuleOrder> stored);
     // None, like the empty text, lets every rule pass.
     void setSearchText(std::optional<std::string> text);
@@ -57,20 +57,20 @@ public:
     void forgetNumbers();
 
     // All rules, whatever search text and sort order.
-    std::shared_ptr<const RuleRows> storedRows() { return rowsOf(m_stored); }
+    std::shared_ptr<const RuleRows> storedRows() const { return rowsOf(m_stored); }
     // The numbers of those of the user.
-    std::shared_ptr<const RuleOrder> storedUserRules() { return withoutSystemRules(m_stored); }
+    std::shared_ptr<const RuleOrder> storedUserRules() const { return withoutSystemRules(m_stored); }
     // The policy rules that passed the search of the last run, in stored order.
     std::vector<PolicyRulePtr> passingPolicyRules() const;
 
 private:
-    void markSystemRules();
+    void markSystemRules(const AppendOnlyTable<RuleRef>& rules);
     bool markPassing(const std::stop_token& stop);
     void bringSortedUpToDate();
     void insertSorted(RuleOrder& order, RuleOrder added) const;
     bool isPassing(std::uint32_t number) const { return !m_searchText || m_marks[number]; }
-    std::shared_ptr<const RuleRows> rowsOf(std::shared_ptr<const RuleOrder> order);
-    std::shared_ptr<const RuleOrder> withoutSystemRules(std::shared_ptr<const RuleOrder> order);
+    std::shared_ptr<const RuleRows> rowsOf(std::shared_ptr<const RuleOrder> order) const;
+    std::shared_ptr<const RuleOrder> withoutSystemRules(std::shared_ptr<const RuleOrder> order) const;
     std::shared_ptr<const RuleOrder> passingInOrder(const std::stop_token& stop);
 
     AppendOnlyTable<RuleRef> m_rules; // by number
