@@ -10,7 +10,8 @@ namespace quorvane::rules {
 
 // A change of the store as a value: removals, changes in place and additions, applied in this order. Rules
 // are identified by their records, so the same record may be in `removed` and in `added`: an edited rule is
-// removed and added again with another value. For the thread that owns the store.
+// removed and added again with another value. For the thread that owns the store; one that no longer changes
+// may be shared with others, which read its values.
 struct ChangeSet {
     // A rule's position among the rules of its application group, or among the watch rules.
     struct Place {

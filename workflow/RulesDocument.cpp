@@ -2,7 +2,6 @@
 
 #include "platform/Log.h"
 #include "rules/MergedChange.h"
-#include "rules/RulesDiff.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesText.h"
 #include "workflow/DocumentTexts.h"
@@ -19,7 +18,8 @@ namespace {
 
 constexpr const char* outOfMemory = "Out of memory"; // short enough to need no allocation
 
-// Above this number of rules a write is worth a thread: below, it takes some ten milliseconds.
+// Above this number of rules, to be written or in the file, a write is worth a thread: below, it takes some
+// ten milliseconds.
 constexpr std::size_t mostWrittenAtOnce = 20'000;
 
 } // namespace
@@ -50,40 +50,32 @@ void RulesDocument::setSettings(const ProgramSettings& settings)
 
 // --- Changes
 
-// Rules of which an equal one remains, or existed before, do not count.
-ChangeCounts RulesDocument::countsOf(const rules::ChangeSet& done) const
+ChangeResult RulesDocument::perform(const rules::ChangeSet& change, const ChangeReason& reason)
 {
-    std::vector<rules::RuleValue> before;
-    std::vector<rules::RuleValue> after;
-    for (const rules::ChangeSet::Removal& removal : done.removed)
-        before.push_back(removal.value);
-    for (const rules::ChangeSet::Change& change : done.changed) {
-        before.push_back(change.before);
-        after.push_back(change.after);
-    }
-    for (const rules::ChangeSet::Addition& addition : done.added)
-        after.push_back(addition.value);
-    const rules::RulesDifference difference = rulesDifference(before, after);
-    return {difference.added.size(), difference.removed.size(), difference.changed.size()};
+    ChangeResult result;
+    attempt([&] { result = perform(rules::ChangeSet(change), reason); });
+    result.failure = m_failure;
+    return result;
 }
 
-ChangeResult RulesDocument::perform(const rules::ChangeSet& change, const ChangeReason& reason)
+ChangeResult RulesDocument::perform(rules::ChangeSet&& change, const ChangeReason& reason)
 {
     ChangeResult result;
     attempt([&] {
         begin();
         markChanged();
-        result = commit(applied(change), reason);
+        result = commit(applied(std::move(change)), reason);
     });
     result.failure = m_failure;
     return result;
 }
 
 // Applies all of it or, when memory runs out, nothing.
-rules::ChangeSet RulesDocument::applied(const rules::ChangeSet& change)
+rules::ChangeSet RulesDocument::applied(rules::ChangeSet change)
 {
-    rules::ChangeSet done = m_store.apply(change);
-    if (done.isEmpty() && !change.isEmpty() && m_store.lastErrorMessage() == outOfMemory)
+    const bool isEmpty = change.isEmpty();
+    rules::ChangeSet done = m_store.apply(std::move(change));
+    if (done.isEmpty() && !isEmpty && m_store.lastErrorMessage() == outOfMemory)
         throw std::bad_alloc();
     return done;
 }
@@ -105,20 +97,21 @@ ChangeResult RulesDocument::commit(rules::ChangeSet done, const ChangeReason& re
 {
     m_lacksOrder = !attempt([&] {
         begin();
-        m_steps.remember(done, reason);
-        m_orders.push_back(orderFor(countsOf(done), reason));
+        const auto change = std::make_shared<const rules::ChangeSet>(std::move(done));
+        m_steps.remember(change, reason);
+        m_orders.push_back(orderFor(reason, change->isEmpty() ? Changes() : Changes{change}));
     });
     if (!m_lacksOrder)
         pump();
-    return {std::move(done), m_failure};
+    return {m_failure};
 }
 
-WriteOrder RulesDocument::orderFor(const ChangeCounts& counts, const ChangeReason& reason) const
+WriteOrder RulesDocument::orderFor(const ChangeReason& reason, Changes changes) const
 {
     WriteOrder order;
     order.rules = m_store.userRulesSnapshot();
     order.reason = reason;
-    order.counts = counts;
+    order.changes = std::move(changes);
     order.wholeLines = m_owner.settings.wholeLines;
     order.step = m_steps.last();
     if (const auto& unread = m_store.unreadRules())
@@ -173,7 +166,9 @@ void RulesDocument::writeFirstOrder(platform::FileLock lock)
         return;
     if (m_rulesInFile)
         m_orders.front().rulesInFile = m_rulesInFile->size();
-    if (m_owner.background != nullptr && m_orders.front().rules.size() > mostWrittenAtOnce)
+    const std::uint64_t mostRules
+        = std::max<std::uint64_t>(m_orders.front().rules.size(), m_orders.front().rulesInFile.value_or(0));
+    if (m_owner.background != nullptr && mostRules > mostWrittenAtOnce)
         return writeInBackground(std::move(lock));
     const WriteReport report = m_file.write(m_orders.front(), lock);
     lock = platform::FileLock();
@@ -205,15 +200,15 @@ void RulesDocument::writeInBackground(platform::FileLock lock)
 void RulesDocument::joinOrders()
 {
     if (m_lacksOrder)
-        m_orders.push_back(orderFor({}, {.action = "Change Rules"}));
+        m_orders.push_back(orderFor({.action = "Change Rules"}));
     m_lacksOrder = false;
     if (m_orders.empty())
         return;
     WriteOrder order = m_orders.back();
     order.rules = m_store.userRulesSnapshot();
-    order.counts = {};
+    order.changes.clear();
     for (const WriteOrder& each : m_orders)
-        order.counts += each.counts;
+        order.changes.insert(order.changes.end(), each.changes.begin(), each.changes.end());
     m_orders.assign(1, std::move(order));
 }
 
@@ -238,7 +233,7 @@ void RulesDocument::finish(const WriteReport& report)
 // Changes whose orders were joined with it still have to be written.
 void RulesDocument::dropFirstOrder()
 {
-    if (!m_orders.front().counts.isNothing())
+    if (!m_orders.front().changes.empty())
         m_lacksOrder = true;
     m_orders.pop_front();
 }
@@ -345,7 +340,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     if (isOwn) {
         reason.action = own->reason.action;
         reason.of = own->version;
-        change = own->done.inverted();
+        change = own->done->inverted();
     } else {
         auto journalled = version ? journalledStep(*version, kind) : std::nullopt;
         if (!journalled)
@@ -355,7 +350,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
         reason.of = version->number;
         change = std::move(*journalled);
     }
-    perform(change, reason);
+    perform(std::move(change), reason);
     return true;
 }
 
@@ -404,7 +399,7 @@ bool RulesDocument::restore(std::int64_t version)
     begin();
     markChanged();
     forgetSteps();
-    WriteOrder order = orderFor({}, {.action = "Restore Version " + std::to_string(version)});
+    WriteOrder order = orderFor({.action = "Restore Version " + std::to_string(version)});
     order.restores = version;
     m_orders.push_back(std::move(order));
     pump();

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -44,7 +45,6 @@ struct DocumentOwner {
 
 // The result of a change.
 struct ChangeResult {
-    rules::ChangeSet done{}; // the change actually made to the store
     std::optional<std::string> failure{}; // why the user's file does not contain it yet
 };
 
@@ -52,8 +52,8 @@ struct ChangeResult {
 //
 // A change goes into the store, into the journal, and into the user's file; what other programs have written
 // there in the meantime is merged first, so that neither their changes nor ours are lost. Marks the run as
-// changed. With a background, more than 20,000 rules are written by it: the store is changed when an
-// operation returns, the file a little later. For the thread that owns the store.
+// changed. With a background, more than 20,000 rules, or a file that holds as many, are written by it: the
+// store is changed when an operation returns, the file a little later. For the thread that owns the store.
 class RulesDocument {
 public:
     // All must outlive it.
@@ -79,6 +79,7 @@ public:
 
     // Changes the store, writes the file, records the version. Also writes when the change is empty.
     ChangeResult perform(const rules::ChangeSet& change, const ChangeReason& reason);
+    ChangeResult perform(rules::ChangeSet&& change, const ChangeReason& reason); // costs no copy
 
     // Marks the run as one that changed rules, whatever the result.
     void markChanged() { m_run.g_dirty = 1; }
@@ -137,8 +138,8 @@ public:
     std::unique_ptr<history::Journal> openJournal() const { return m_file.openJournal(); }
 
 private:
-    WriteOrder orderFor(const ChangeCounts& counts, const ChangeReason& reason) const;
-    ChangeCounts countsOf(const rules::ChangeSet& done) const;
+    using Changes = std::vector<std::shared_ptr<const rules::ChangeSet>>;
+    WriteOrder orderFor(const ChangeReason& reason, Changes changes = {}) const;
     // False, with failure() saying so, when `work` has run out of memory.
     template <class Work> bool attempt(Work work)
     {
@@ -151,7 +152,7 @@ private:
         }
     }
     void failForMemory();
-    rules::ChangeSet applied(const rules::ChangeSet& change);
+    rules::ChangeSet applied(rules::ChangeSet change);
     void pump();
     void startWriting();
     void continueWith(platform::FileLock lock);

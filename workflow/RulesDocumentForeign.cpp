@@ -178,7 +178,7 @@ bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
         m_rulesInFile.reset();
         return true;
     }
-    m_orders.push_back(orderFor({}, {.action = "Complete Interrupted Change"}));
+    m_orders.push_back(orderFor({.action = "Complete Interrupted Change"}));
     pump();
     return true;
 }

@@ -18,11 +18,11 @@ void dropLast(std::vector<UndoSteps::Step>& steps)
 
 } // namespace
 
-void UndoSteps::remember(const rules::ChangeSet& done, const ChangeReason& reason)
+void UndoSteps::remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason)
 {
-    if (done.isEmpty())
+    if (done->isEmpty())
         return;
-    Step step{.number = ++m_last, .done = done, .reason = reason, .version = reason.of};
+    Step step{.number = ++m_last, .done = std::move(done), .reason = reason, .version = reason.of};
     if (reason.kind == ChangeReason::Kind::undo) {
         dropLast(m_done);
         m_undone.push_back(std::move(step));

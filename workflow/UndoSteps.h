@@ -4,6 +4,7 @@
 #include "workflow/ChangeReason.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -15,7 +16,7 @@ class UndoSteps {
 public:
     struct Step {
         std::uint64_t number = 0;
-        rules::ChangeSet done{};
+        std::shared_ptr<const rules::ChangeSet> done{};
         ChangeReason reason{};
         std::optional<std::int64_t>
             version{}; // in the journal; none before it is written, or without a journal
@@ -23,7 +24,7 @@ public:
 
     // Records an action, which clears the redo steps; or an undo or redo of the next step. An empty change is
     // no step.
-    void remember(const rules::ChangeSet& done, const ChangeReason& reason);
+    void remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason);
     // Records the version of the action with that number.
     void noteVersion(std::uint64_t number, std::optional<std::int64_t> version);
     void forget();

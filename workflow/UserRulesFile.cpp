@@ -43,6 +43,30 @@ ChangeCounts countsOf(const rules::RulesDifference& difference)
     return {difference.added.size(), difference.removed.size(), difference.changed.size()};
 }
 
+// Rules of which an equal one remains, or existed before, do not count.
+rules::RulesDifference differenceOf(const rules::ChangeSet& done)
+{
+    std::vector<rules::RuleValue> before;
+    std::vector<rules::RuleValue> after;
+    for (const rules::ChangeSet::Removal& removal : done.removed)
+        before.push_back(removal.value);
+    for (const rules::ChangeSet::Change& change : done.changed) {
+        before.push_back(change.before);
+        after.push_back(change.after);
+    }
+    for (const rules::ChangeSet::Addition& addition : done.added)
+        after.push_back(addition.value);
+    return rulesDifference(before, after);
+}
+
+ChangeCounts countsOf(const std::vector<std::shared_ptr<const rules::ChangeSet>>& changes)
+{
+    ChangeCounts sum;
+    for (const auto& change : changes)
+        sum += countsOf(differenceOf(*change));
+    return sum;
+}
+
 history::NewVersion newVersion(
     const ChangeCounts& counts, std::uint64_t rules, const history::DigestedBytes& bytes)
 {
@@ -332,7 +356,7 @@ UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
     const rules::LineEnds lineEnds = order.wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut;
     Meant meant{.content = roomFor(order.rules, lineEnds, m_path),
         .rules = order.rules.size(),
-        .counts = order.counts};
+        .counts = countsOf(order.changes)};
     const auto append = [&](const auto& fields) {
         meant.content.append(fields);
         meant.unwritableRules += readsBackAsWritten(fields, lineEnds) ? 0U : 1U;

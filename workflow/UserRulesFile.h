@@ -4,6 +4,7 @@
 #include "history/Journal.h"
 #include "platform/FileLock.h"
 #include "platform/Locations.h"
+#include "rules/ChangeSet.h"
 #include "rules/KnownFile.h"
 #include "rules/RulesSnapshot.h"
 #include "workflow/ChangeReason.h"
@@ -39,7 +40,8 @@ struct ChangeCounts {
 struct WriteOrder {
     rules::RulesSnapshot rules{}; // in writing order
     ChangeReason reason{};
-    ChangeCounts counts{};
+    std::vector<std::shared_ptr<const rules::ChangeSet>>
+        changes{}; // what was done since the write before; counted by the thread that writes
     bool wholeLines = false; // write every line completely, including non-ASCII text
     std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
     std::optional<std::string> unreadReason{}; // why the current file must be renamed first

@@ -83,6 +83,27 @@ TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
     EXPECT_EQ(kept[1].bytes, line("/a/").size());
 }
 
+TEST_F(RulesDocumentTest, ALongFileIsWrittenInTheBackgroundAlsoWhenNoRuleIsLeft)
+{
+    std::string text;
+    constexpr std::uint64_t manyRules = 20'001;
+    for (std::uint64_t rule = 0; rule < manyRules; ++rule)
+        text += line("/" + std::to_string(rule) + "/");
+    box.writeUserRules(text);
+    test::LaterWork background;
+    test::DocumentAtWork window(box, DocumentOwner{.background = &background});
+    window.document->perform(deletionOf(*window.store, window.store->userRules()), {"Delete Rules"});
+    EXPECT_EQ(window.store->storedRules(), 0U);
+    EXPECT_EQ(file(), text) << "the window's thread does not write";
+    background.wait();
+    EXPECT_EQ(file(), "");
+    EXPECT_EQ(versions()[0].removed, manyRules);
+    EXPECT_TRUE(window.document->undo());
+    background.wait();
+    EXPECT_EQ(file(), text);
+    EXPECT_EQ(versions()[0].added, manyRules);
+}
+
 TEST_F(RulesDocumentTest, TheFirstVersionCountsTheRulesOfTheFileAsFound)
 {
     box.writeUserRules(line("/a/") + "; a comment\n" + line("/a/") + "watch path \"/w\" \"any\" r\n");

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 namespace quorvane::workflow {
@@ -15,7 +16,9 @@ namespace {
 void remember(
     UndoSteps& steps, const std::string& action, ChangeReason::Kind kind = ChangeReason::Kind::action)
 {
-    steps.remember(additionOf(test::policyRule({.path = "/" + action})), {.action = action, .kind = kind});
+    steps.remember(
+        std::make_shared<const rules::ChangeSet>(additionOf(test::policyRule({.path = "/" + action}))),
+        {.action = action, .kind = kind});
 }
 
 std::string nameOf(const UndoSteps::Step* step)
@@ -55,7 +58,7 @@ TEST(UndoSteps, LeaveNothingToDoAgainAfterANewAction)
 TEST(UndoSteps, LeaveOutWhatChangedNothing)
 {
     UndoSteps steps;
-    steps.remember({}, {.action = "nothing"});
+    steps.remember(std::make_shared<const rules::ChangeSet>(), {.action = "nothing"});
     EXPECT_EQ(steps.toUndo(), nullptr);
     EXPECT_EQ(steps.last(), 0U);
 }
