@@ -99,9 +99,10 @@ void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows
 {
     const std::optional<rules::RuleRef> following = rows.empty() ? std::nullopt : ruleBelow(rows.back());
     std::vector<workflow::RuleRow> rules;
+    rules.reserve(rows.size());
     for (const std::size_t row : rows)
         rules.push_back(ruleRowAt(row));
-    const workflow::TableChange change = m_commands.deleteRows(rules);
+    const workflow::TableChange change = m_commands.deleteRows(std::move(rules));
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});

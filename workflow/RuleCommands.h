@@ -55,7 +55,7 @@ public:
 
     // Deletes several rules, given in row order, and skips system rules.
     // Deliberate: writes the file and marks the run as changed even when nothing was left to delete.
-    TableChange deleteRows(const std::vector<RuleRow>& rows);
+    TableChange deleteRows(std::vector<RuleRow> rows);
 
     // Sets the tag of a rule. Deliberate: writes the file and marks the run as changed also for a system
     // rule, which keeps its tag, or when there is no rule.
