@@ -27,6 +27,12 @@ bool isSystemValue(const RuleValue& rule)
     return askValue(rule, [](const auto& fields) { return fields.system; });
 }
 
+// An equal value that counts as another one.
+RuleValue copyOf(const RuleValue& rule)
+{
+    return askValue(rule, [](const auto& fields) { return RuleValue(makeRuleValue(fields)); });
+}
+
 // The same rule in everything but its marks, the number of its reading and its age.
 bool isSameRule(const RuleValue& a, const RuleValue& b)
 {
@@ -71,13 +77,15 @@ private:
         return isSameRule(valueOf(refAt(m_present, present)), presentValueOf(refAt(m_read, read)));
     }
 
-    // A rule that is in both, as it was read: its marks may differ, and its age.
+    // A rule that is in both, as it was read: its marks may differ, and its age, by which it may stand
+    // elsewhere in a sorted table.
     void keep(const RuleRef& present, const RuleRef& read)
     {
         const RuleValue before = valueOf(present);
-        const RuleValue after = withMarks(before, presentValueOf(read), presentValueOf(read));
-        const bool hasAged = noteAge(present, read);
-        if (hasAged || after != before)
+        RuleValue after = withMarks(before, presentValueOf(read), presentValueOf(read));
+        if (noteAge(present, read) && after == before)
+            after = copyOf(before);
+        if (after != before)
             m_change.changed.push_back({present, before, after});
     }
 
@@ -115,7 +123,7 @@ private:
             if (!rule.ours || rule.isMoved || !noteAge(present[*rule.ours], refAt(m_read, from + number)))
                 continue;
             if (rule.rule == values[*rule.ours]) // otherwise it changes anyway
-                between.changed.push_back({present[*rule.ours], rule.rule, rule.rule});
+                between.changed.push_back({present[*rule.ours], rule.rule, copyOf(rule.rule)});
         }
         append(m_change.removed, between.removed);
         append(m_change.changed, between.changed);

@@ -225,6 +225,27 @@ TEST(PreparedReload, IsNotFinishedAfterAChangeInTheMeantime)
     }
 }
 
+TEST(PreparedReload, RunsWhileTheStoreIsInUse)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(lines(2000));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(lines(2000) + line("/added"));
+    const auto reload = store->prepareReload();
+    std::thread other([&reload] { reload->run(); });
+    for (int number = 0; number < 200; ++number) {
+        test::policyAt(*store, 0)->setTag(std::to_string(number));
+        store->rebuildRulesCache();
+        store->apply({.removed = {{store->ruleAtIndex(1, true)}}});
+        store->userRulesSnapshot();
+    }
+    other.join();
+    EXPECT_FALSE(store->finishReload(*reload));
+    EXPECT_EQ(store->storedRules(), 1800U);
+    EXPECT_TRUE(reloadByOtherThread(*store));
+    EXPECT_EQ(store->storedRules(), 2001U);
+}
+
 TEST(PreparedReload, IsNotFinishedWhenReadingAgainIsFaster)
 {
     const test::StoreSandbox sandbox;
