@@ -128,13 +128,13 @@ template <class AnyList, class Use> void withList(const AnyList& anyList, const 
 
 // The steps to perform, with the lists that they affect.
 struct RuleStore::Plan {
-    ChangeSet changes;
-    AddressSet removed; // the records to be removed
+    ChangeSet changes{};
+    AddressSet removed{}; // the records to be removed
     bool removesMany = false; // all at once; some may not be stored
-    std::vector<AnyList> removedFrom; // by the number of the removal, else
-    std::vector<AnyList> addedTo; // by the number of the addition
-    std::vector<std::size_t> revalued; // the additions whose records have another value yet
-    std::vector<bool> isAdded; // by the number of the addition
+    std::vector<AnyList> removedFrom{}; // by the number of the removal, else
+    std::vector<AnyList> addedTo{}; // by the number of the addition
+    std::vector<std::size_t> revalued{}; // the additions whose records have another value yet
+    std::vector<bool> isAdded{}; // by the number of the addition
 };
 
 // First plans everything and allocates all memory, then performs it, which cannot fail.

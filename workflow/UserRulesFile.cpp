@@ -44,7 +44,7 @@ ChangeCounts countsOf(const rules::RulesDifference& difference)
 }
 
 // Rules of which an equal one remains, or existed before, do not count.
-rules::RulesDifference differenceOf(const rules::ChangeSet& done)
+rules::RulesDifference differenceMadeBy(const rules::ChangeSet& done)
 {
     std::vector<rules::RuleValue> before;
     std::vector<rules::RuleValue> after;
@@ -63,7 +63,7 @@ ChangeCounts countsOf(const std::vector<std::shared_ptr<const rules::ChangeSet>>
 {
     ChangeCounts sum;
     for (const auto& change : changes)
-        sum += countsOf(differenceOf(*change));
+        sum += countsOf(differenceMadeBy(*change));
     return sum;
 }
 
