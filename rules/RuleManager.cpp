@@ -130,7 +130,7 @@ std::optional<ChangeSet> RuleManager::finishReload(PreparedReload& reload)
     for (const PolicyRulePtr& rule : reload.m_aged)
         rule->setInitialized(reload.m_readAt);
     std::optional<ChangeSet> done;
-    if (!attempt([&] { done = m_store->apply(*reload.m_change); }))
+    if (!attempt([&] { done = m_store->apply(std::move(*reload.m_change)); }))
         return std::nullopt;
     RuleManager& read = *reload.m_read;
     m_options = std::move(read.m_options);
