@@ -277,10 +277,9 @@ void RuleStore::addManyAtOnce(Plan& plan) noexcept
     const std::vector<ChangeSet::Addition>& additions = plan.changes.added;
     try {
         std::map<AnyList, std::vector<std::size_t>> numbers; // of the additions, by list
-        auto last = numbers.end(); // mostly the next one is of the same list
+        auto last = numbers.end();
         for (std::size_t number = 0; number < additions.size(); ++number) {
-            if (last == numbers.end() || last->first != plan.addedTo[number])
-                last = numbers.try_emplace(plan.addedTo[number]).first;
+            last = numbers.try_emplace(last, plan.addedTo[number]); // mostly of the same list
             last->second.push_back(number);
         }
         for (const auto& each : numbers) {

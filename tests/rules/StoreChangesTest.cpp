@@ -276,7 +276,7 @@ TEST(StoreChanges, TheRulesThatAnEqualityRemovesAreThoseOfOneSearchAfterTheOther
                 named.push_back(rule);
         }
         if (seed % 4 == 0)
-            named.push_back(test::policyRule(random.policy())); // which is not stored
+            named.emplace_back(test::policyRule(random.policy())); // which is not stored
         if (seed % 4 == 1)
             named.push_back(named.front());
         if (seed % 8 == 2)
