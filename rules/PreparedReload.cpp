@@ -19,8 +19,8 @@ namespace quorvane::rules {
 namespace {
 
 // Reading again is faster than a change of more than this share of all rules (a quarter).
-constexpr std::size_t largeShare = 4;
-constexpr std::size_t fewRules = 100;
+constexpr std::size_t largeChange = 4;
+constexpr std::size_t smallChange = 100;
 
 bool isSystemValue(const RuleValue& rule)
 {
@@ -160,7 +160,7 @@ void PreparedReload::run()
     Comparison comparison(*m_from, *read);
     m_change = comparison.change();
     m_aged = comparison.takeAged();
-    const std::size_t most = m_from->count(true) / largeShare + fewRules;
+    const std::size_t most = m_from->count(true) / largeChange + smallChange;
     if (m_change && m_change->removed.size() + m_change->changed.size() + m_change->added.size() > most)
         m_change.reset();
     m_read->dropRules();

@@ -68,6 +68,12 @@ inline std::string preference(const std::string& key, int value)
     return "<key>" + key + "</key><integer>" + std::to_string(value) + "</integer>";
 }
 
+// A line of a rules file as it is written.
+inline std::string fileLine(const std::string& path, const std::string& tag = "")
+{
+    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
+}
+
 // The paths of the rows, in order.
 inline std::vector<std::string> rowPaths(const rules::RuleManager& store, bool includeSystemRules = true)
 {

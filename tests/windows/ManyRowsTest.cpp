@@ -61,20 +61,16 @@ protected:
     }
     ~ManyRowsOfAFile() override { window.reset(); } // before the document
 
-    static std::string line(const std::string& path)
-    {
-        return "allow prefix \"" + path + "\" \"/bin/sh\" r \"\" \"\" \"0\"\n";
-    }
     static std::string lines()
     {
         std::string text;
         for (int number = 0; number < rules; ++number)
-            text += line("/" + std::to_string(number));
+            text += test::fileLine("/" + std::to_string(number));
         return text;
     }
     void addAsAnotherProgram(const std::string& path)
     {
-        box.writeUserRules(line(path) + lines());
+        box.writeUserRules(test::fileLine(path) + lines());
         document->takeForeignChanges();
     }
     bool waitForTheDocument() const

@@ -15,11 +15,6 @@ namespace quorvane::workflow {
 
 namespace {
 
-std::string line(const std::string& path, const std::string& tag = "")
-{
-    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
-}
-
 class ForeignMergeTest : public testing::Test {
 protected:
     void load(const std::string& text)
@@ -37,35 +32,36 @@ protected:
 
 TEST_F(ForeignMergeTest, LeadsTheStoreToTheRulesOfBothSides)
 {
-    load(line("/a") + line("/b") + line("/c"));
+    load(test::fileLine("/a") + test::fileLine("/b") + test::fileLine("/c"));
     const rules::RulesSnapshot base = store->userRulesSnapshot();
     store->apply({.removed = {{store->ruleAtIndex(0, true)}}});
     ForeignMerge merge(*store, base);
-    merge.run(rules::rulesOfText(line("/a") + line("/b", "theirs") + line("/d")));
+    merge.run(
+        rules::rulesOfText(test::fileLine("/a") + test::fileLine("/b", "theirs") + test::fileLine("/d")));
 
     ASSERT_TRUE(merge.isFor(*store));
     store->apply(merge.change());
-    EXPECT_EQ(text(), line("/b", "theirs") + line("/d"));
+    EXPECT_EQ(text(), test::fileLine("/b", "theirs") + test::fileLine("/d"));
     EXPECT_EQ(merge.theirs().size(), 3U);
     EXPECT_TRUE(merge.reports().empty());
 }
 
 TEST_F(ForeignMergeTest, TakesTheStoreForTheBaseWithoutAnother)
 {
-    load(line("/a") + line("/b"));
+    load(test::fileLine("/a") + test::fileLine("/b"));
     ForeignMerge merge(*store, std::nullopt);
-    merge.run(rules::rulesOfText(line("/b")));
+    merge.run(rules::rulesOfText(test::fileLine("/b")));
     store->apply(merge.change());
-    EXPECT_EQ(text(), line("/b"));
+    EXPECT_EQ(text(), test::fileLine("/b"));
 }
 
 TEST_F(ForeignMergeTest, ReportsATagThatBothSidesHaveSet)
 {
-    load(line("/a"));
+    load(test::fileLine("/a"));
     const rules::RulesSnapshot base = store->userRulesSnapshot();
     test::policyAt(*store, 0)->setTag("ours");
     ForeignMerge merge(*store, base);
-    merge.run(rules::rulesOfText(line("/a", "theirs")));
+    merge.run(rules::rulesOfText(test::fileLine("/a", "theirs")));
     ASSERT_EQ(merge.reports().size(), 1U);
     EXPECT_EQ(merge.reports()[0].kind, rules::MergeReport::tagSetOnBothSides);
     EXPECT_TRUE(merge.change().isEmpty());
@@ -75,10 +71,10 @@ TEST_F(ForeignMergeTest, RunsWhileTheStoreChangesAndIsNoLongerForIt)
 {
     std::string all;
     for (int number = 0; number < 2000; ++number)
-        all += line("/" + std::to_string(number));
+        all += test::fileLine("/" + std::to_string(number));
     load(all);
     ForeignMerge merge(*store, std::nullopt);
-    std::thread other([&] { merge.run(rules::rulesOfText(all + line("/theirs"))); });
+    std::thread other([&] { merge.run(rules::rulesOfText(all + test::fileLine("/theirs"))); });
     for (int number = 0; number < 500; ++number) {
         test::policyAt(*store, 0)->setTag(std::to_string(number));
         store->userRulesSnapshot();
@@ -92,10 +88,10 @@ TEST_F(ForeignMergeTest, IsForAStoreWithoutRules)
 {
     load("");
     ForeignMerge merge(*store, std::nullopt);
-    merge.run(rules::rulesOfText(line("/theirs")));
+    merge.run(rules::rulesOfText(test::fileLine("/theirs")));
     ASSERT_TRUE(merge.isFor(*store));
     store->apply(merge.change());
-    EXPECT_EQ(text(), line("/theirs"));
+    EXPECT_EQ(text(), test::fileLine("/theirs"));
 }
 
 } // namespace quorvane::workflow

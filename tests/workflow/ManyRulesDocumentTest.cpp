@@ -20,16 +20,11 @@ namespace {
 
 constexpr int manyRules = 20'100;
 
-std::string line(const std::string& path, const std::string& tag = "")
-{
-    return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
-}
-
 std::string lines(int from, int to)
 {
     std::string text;
     for (int number = from; number < to; ++number)
-        text += line("/" + std::to_string(number));
+        text += test::fileLine("/" + std::to_string(number));
     return text;
 }
 
@@ -102,7 +97,7 @@ using Kind = DocumentNews::Kind;
 TEST_F(ManyRulesDocumentTest, ReadsAForeignChangeOnTheThread)
 {
     const rules::RuleRef kept = window->ruleWith("/7");
-    box.writeUserRules(lines(30, manyRules) + line("/foreign"));
+    box.writeUserRules(lines(30, manyRules) + test::fileLine("/foreign"));
     document().takeForeignChanges();
     EXPECT_FALSE(has("/foreign"));
     EXPECT_TRUE(document().isWorking());
@@ -128,7 +123,7 @@ TEST_F(ManyRulesDocumentTest, DoesNotCountRulesThatHaveMovedAsLost)
 
 TEST_F(ManyRulesDocumentTest, ReadsAFileOfOtherRulesAsWell)
 {
-    box.writeUserRules(line("/only"));
+    box.writeUserRules(test::fileLine("/only"));
     document().takeForeignChanges();
     document().waitUntilWritten();
     EXPECT_EQ(window->reloads, 1);
@@ -139,7 +134,7 @@ TEST_F(ManyRulesDocumentTest, ReadsAFileOfOtherRulesAsWell)
 
 TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileTheFileIsRead)
 {
-    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/foreign"));
     document().takeForeignChanges();
     window->add("/mine");
     window->remove("/7");
@@ -153,10 +148,10 @@ TEST_F(ManyRulesDocumentTest, MergesAChangeMadeWhileTheFileIsRead)
 
 TEST_F(ManyRulesDocumentTest, LooksAgainAtAFileThatIsWrittenWhileItIsBusy)
 {
-    box.writeUserRules(lines(0, manyRules) + line("/first"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/first"));
     document().takeForeignChanges();
     window->onReload = [this] {
-        box.writeUserRules(lines(0, manyRules) + line("/second"));
+        box.writeUserRules(lines(0, manyRules) + test::fileLine("/second"));
         background.run([] {}, [this] { document().takeForeignChanges(); }); // before its version is kept
     };
     document().waitUntilWritten();
@@ -167,7 +162,7 @@ TEST_F(ManyRulesDocumentTest, LooksAgainAtAFileThatIsWrittenWhileItIsBusy)
 
 TEST_F(ManyRulesDocumentTest, MergesAForeignChangeOnTheThreadBeforeAWrite)
 {
-    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/foreign"));
     window->add("/mine");
     EXPECT_FALSE(has("/foreign"));
     document().waitUntilWritten();
@@ -180,7 +175,7 @@ TEST_F(ManyRulesDocumentTest, MergesAForeignChangeOnTheThreadBeforeAWrite)
 
 TEST_F(ManyRulesDocumentTest, MergesAgainWhenRulesChangeInTheMeantime)
 {
-    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/foreign"));
     window->add("/mine");
     window->remove("/7");
     window->add("/mine too");
@@ -193,7 +188,7 @@ TEST_F(ManyRulesDocumentTest, MergesAgainWhenRulesChangeInTheMeantime)
 
 TEST_F(ManyRulesDocumentTest, LeavesRulesThatAreNotCommittedWhenTheFileIsRead)
 {
-    box.writeUserRules(lines(0, manyRules) + line("/foreign"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/foreign"));
     document().takeForeignChanges();
     document().begin();
     const auto rule = test::policyRule({.path = "/not committed", .processName = "/bin/sh"});
@@ -278,7 +273,7 @@ TEST_F(ManyRulesDocumentTest, UndoesWithWhatAnotherProgramHasWrittenSince)
 {
     window->add("/mine");
     document().waitUntilWritten();
-    box.writeUserRules(lines(0, manyRules) + line("/mine") + line("/foreign"));
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/mine") + test::fileLine("/foreign"));
     EXPECT_TRUE(document().undo());
     document().waitUntilWritten();
     EXPECT_FALSE(has("/mine"));
