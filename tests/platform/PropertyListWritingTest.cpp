@@ -135,45 +135,6 @@ TEST(PropertyListWriting, NewKeysGoToTheEndOfAnEmptyListInTheirOrder)
     EXPECT_TRUE(list.boolForKey("a"));
 }
 
-TEST(PropertyListWriting, DescribesTheListInOneLine)
-{
-    const std::string xml = test::xmlRoot(
-        "<dict><key>b</key><true/><key>n</key><integer>-5</integer><key>s</key><string>a\n\"b\"</string>"
-        "<key>r</key><real>0.5</real><key>l</key><array><data>AP8=</data><dict/></array>"
-        "<key>d</key><date>2020-01-01T00:00:00Z</date></dict>");
-    for (const std::string& bytes : test::bothForms(xml)) {
-        const auto list = PropertyList::parse(bytes);
-        ASSERT_TRUE(list);
-        EXPECT_EQ(list->description(),
-            R"({"b" = 1; "n" = -5; "s" = "a\n\"b\""; "r" = 0.5; "l" = (<00ff>, {}); "d" = 599529600})");
-    }
-    EXPECT_EQ(PropertyList().description(), "{}");
-}
-
-TEST(PropertyListWriting, DescribesAnUnsignedNumberAsTheSignedOneOfTheSameBits)
-{
-    const std::string xml = test::xmlRoot("<dict><key>least</key><integer>9223372036854775808</integer>"
-                                          "<key>most</key><integer>18446744073709551615</integer></dict>");
-    for (const std::string& bytes : test::bothForms(xml)) {
-        const auto list = PropertyList::parse(bytes);
-        ASSERT_TRUE(list);
-        EXPECT_EQ(list->description(), R"({"least" = -9223372036854775808; "most" = -1})");
-    }
-}
-
-TEST(PropertyListWriting, DescribesDeepNestingWithoutItsDepths)
-{
-    std::string open;
-    std::string close;
-    for (int level = 0; level < 500; ++level) {
-        open += "<array>";
-        close += "</array>";
-    }
-    const auto list = PropertyList::parse(test::xmlRoot("<dict><key>k</key>" + open + close + "</dict>"));
-    ASSERT_TRUE(list);
-    EXPECT_LT(list->description().size(), 1000U);
-}
-
 TEST(PropertyListWriting, WritesInPlaceAndLeavesPermissionsAlone)
 {
     const test::TemporaryFolder folder;
@@ -329,21 +290,6 @@ TEST(PropertyListWriting, LeavesAFileAloneWhenTheNewOneCouldNotBeReadAgain)
     EXPECT_FALSE(list->fileBytes());
     EXPECT_FALSE(list->writeToFile(file));
     EXPECT_EQ(test::TemporaryFolder::contents(file), bytes);
-}
-
-TEST(PropertyListWriting, DescribesNoMoreThanLogsCanTake)
-{
-    for (const std::string& value : {"<string>" + std::string(200000, 'x') + "</string>",
-             "<data>" + std::string(200000, 'A') + "</data>"}) {
-        const auto list = PropertyList::parse(test::xmlRoot("<dict><key>k</key>" + value + "</dict>"));
-        ASSERT_TRUE(list);
-        EXPECT_LE(list->description().size(), (64U << 10U) + 3);
-    }
-    PropertyList many;
-    for (int i = 0; i < 10000; ++i)
-        many.setInteger("key " + std::to_string(i), i);
-    EXPECT_LE(many.description().size(), (64U << 10U) + 3);
-    EXPECT_TRUE(many.description().ends_with("..."));
 }
 
 TEST(PropertyListWriting, ReadsAndWritesNumbersWithAPointInEveryLocale)
