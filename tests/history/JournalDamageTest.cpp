@@ -143,6 +143,27 @@ TEST(JournalDamage, FoundWhileReadingSetsTheJournalAsideAsWell)
     EXPECT_EQ(journal->record(test::version("new")), 1);
 }
 
+TEST(JournalDamage, ThatAnotherProgramHasSetAsideMeanwhileIsNoProblem)
+{
+    // given a journal that is open while its file is damaged
+    UsedJournal folder;
+    const auto journal = folder.journal();
+    EXPECT_EQ(journal->versions().size(), UsedJournal::count);
+    std::fstream(folder.database(), std::ios::in | std::ios::out | std::ios::binary)
+        << std::string(4096, 'x');
+
+    // when another program finds the damage, sets the file aside and begins anew
+    const auto other = folder.journal();
+    EXPECT_EQ(other->record(test::version("new")), 1);
+    ASSERT_TRUE(other->takeNotice());
+
+    // then the open one reads the new journal, and there is nothing more to set aside
+    EXPECT_EQ(journal->bytesOf(1), "new");
+    EXPECT_FALSE(journal->problem());
+    EXPECT_FALSE(journal->takeNotice());
+    EXPECT_EQ(folder.filesSetAside().size(), 1U);
+}
+
 TEST(JournalDamage, OfOneFrameMakesUnreadableOnlyWhatIsPackedAgainstIt)
 {
     UsedJournal folder;

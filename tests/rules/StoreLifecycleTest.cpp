@@ -250,6 +250,7 @@ TEST(StoreOfText, HoldsTheRulesOfAUsersFileWithThatText)
     const auto store = RuleManager::initWithText(
         "allow prefix /a any r\nset x 1\nwatch path /w any r\n", "/pipe", box.locations, test::silentLog());
     EXPECT_EQ(store->userRules().size(), 2U);
+    EXPECT_EQ(store->totalRules(false), 2U) << "the rows are there at once";
     const std::string nul("allow prefix /a any r\n\0allow prefix /b any r\n", 45);
     EXPECT_EQ(
         RuleManager::initWithText(nul, "/pipe", box.locations, test::silentLog())->userRules().size(), 1U);

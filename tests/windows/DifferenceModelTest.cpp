@@ -21,4 +21,19 @@ TEST(DifferenceModel, KeepsTheRulesOfQtForModels)
     EXPECT_EQ(model.columnCount(), static_cast<int>(table->titles().size()));
 }
 
+TEST(DifferenceModel, TitlesItsColumnsAndNothingElse)
+{
+    const auto table = workflow::differenceTable(rules::rulesDifference({}, {}));
+    DifferenceModel model;
+    model.setTable(table);
+    const auto title = [&](int section, Qt::Orientation orientation = Qt::Horizontal) {
+        return model.headerData(section, orientation, Qt::DisplayRole).toString().toStdString();
+    };
+    for (int column = 0; column < model.columnCount(); ++column)
+        EXPECT_EQ(title(column), table->titles()[static_cast<std::size_t>(column)]);
+    EXPECT_EQ(title(-1), "");
+    EXPECT_EQ(title(model.columnCount()), "");
+    EXPECT_EQ(title(0, Qt::Vertical), "");
+}
+
 } // namespace quorvane::windows

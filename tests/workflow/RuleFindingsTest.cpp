@@ -166,6 +166,8 @@ TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
     EXPECT_EQ(namesOf(found("/bin/tool", "TEAM123456")), "unproven");
     EXPECT_EQ(findingReason(found("/bin/tool", "TEAM123456").at(0)),
         "signed under a root other than the platform vendor's");
+    EXPECT_EQ(findingText(found("/bin/tool", "TEAM123456").at(0)),
+        "The program's team is only a name: it is signed under a root other than the platform vendor's.");
     EXPECT_EQ(namesOf(found("/bin/tool", "OTHER")), "invalid");
     EXPECT_EQ(namesOf(found("/bin/tool via /gone", "TEAM123456")), "invalid");
     EXPECT_EQ(namesOf(found("/bin/tool", "")), "") << "no team is trusted";
@@ -173,6 +175,8 @@ TEST(RuleFindings, ADoubtfulTeamIsUnprovenUnlessTheProgramIsInvalid)
     EXPECT_EQ(namesOf(found("any via /bin/tool", "TEAM123456")), "") << "no program is looked at";
     facts.proofs["/bin/tool"] = TeamProof::codeDiffers;
     EXPECT_EQ(findingReason(found("/bin/tool", "TEAM123456").at(0)), "its code is not what was signed");
+    EXPECT_EQ(findingText(found("/bin/tool", "TEAM123456").at(0)),
+        "The program's code is not what its team has signed.");
     facts.proofs["/bin/tool"] = TeamProof::proven;
     EXPECT_EQ(namesOf(found("/bin/tool", "TEAM123456")), "");
 }
