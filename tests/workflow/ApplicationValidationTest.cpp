@@ -1,7 +1,6 @@
 #include "workflow/ApplicationValidation.h"
 #include "codesign/Digests.h"
 #include "rules/ApplicationIdentity.h"
-#include "tests/support/Answers.h"
 #include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
@@ -10,8 +9,6 @@
 
 #include <algorithm>
 #include <cctype>
-
-#include <unistd.h>
 
 namespace quorvane::workflow {
 
@@ -178,94 +175,6 @@ TEST_F(ApplicationValidation, AskedOfARuleItTakesTheNameThatTheTableShows)
     EXPECT_EQ(programFault(test::policyRule({.processName = "/gone via any"}), place), ProgramFault::missing);
     EXPECT_FALSE(programFault(test::watchRule({.processName = "/gone"}), place))
         << "a watch rule has no fault";
-}
-
-TEST(ProgramFactsOnDisk, AnythingAtThePathExists)
-{
-    const test::TemporaryFolder folder;
-    const std::string file = folder.write("file", "x");
-    std::filesystem::create_symlink("nowhere", folder.path("broken"));
-    EXPECT_TRUE(programFactsOnDisk().exists(file));
-    EXPECT_TRUE(programFactsOnDisk().exists(folder.path()));
-    EXPECT_FALSE(programFactsOnDisk().exists(folder.path("broken")));
-    EXPECT_FALSE(programFactsOnDisk().exists(folder.path("none")));
-    EXPECT_FALSE(programFactsOnDisk().exists(""));
-    EXPECT_FALSE(programFactsOnDisk().exists(file + std::string(1, '\0') + "more"));
-}
-
-TEST(ProgramFactsOnDisk, TellTheTeamAndThePlatformOfASignedProgram)
-{
-    const test::TemporaryFolder folder;
-    test::ProgramPlan plan;
-    plan.signature = test::signedPlan();
-    plan.signature->directories.front().platform = 14;
-    const std::string program = folder.write("program", test::makeProgram(plan));
-    const std::string plain = folder.write("plain", test::makeUnsignedProgram());
-
-    ProgramFacts& facts = programFactsOnDisk();
-    EXPECT_EQ(facts.team(program), "TEAM123456");
-    EXPECT_EQ(facts.platformIdentifier(program), 14U);
-    EXPECT_EQ(facts.team(plain), std::nullopt);
-    EXPECT_EQ(facts.platformIdentifier(plain), 0U);
-    EXPECT_EQ(facts.platformIdentifier(folder.path("missing")), 0U);
-}
-
-TEST(ProgramFactsOnDisk, TellFoldersFromFiles)
-{
-    const test::TemporaryFolder folder;
-    EXPECT_TRUE(programFactsOnDisk().isFolder(folder.path()));
-    EXPECT_FALSE(programFactsOnDisk().isFolder(folder.write("file", "")));
-}
-
-TEST(ProgramFactsOnDisk, WhatCannotBeReadHasNoDigest)
-{
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(programFactsOnDisk().sha256(folder.write("empty", "")), test::sha256OfNothing);
-    for (const std::string& path : {folder.path("missing"), folder.path()}) {
-        EXPECT_EQ(programFactsOnDisk().sha1(path), std::nullopt);
-        EXPECT_EQ(programFactsOnDisk().sha256(path), std::nullopt);
-        EXPECT_EQ(programFactsOnDisk().team(path), std::nullopt);
-    }
-}
-
-TEST(ProgramFactsOnDisk, KnowNothingOfWhatCannotBeRead)
-{
-    const test::TemporaryFolder folder;
-    EXPECT_TRUE(programFactsOnDisk().isReadable(folder.write("file", "")));
-    EXPECT_FALSE(programFactsOnDisk().isReadable(folder.path("missing")));
-    EXPECT_FALSE(programFactsOnDisk().isReadable("/dev/null"));
-}
-
-TEST(ProgramFactsOnDisk, FollowAFileThatChanges)
-{
-    // given a file not changed recently, so that its facts are cached
-    const test::TemporaryFolder folder;
-    const std::string path = folder.write("program", "before");
-    sleep(3);
-    ProgramFacts& facts = programFactsOnDisk();
-    EXPECT_EQ(facts.sha256(path), codesign::sha256("before"));
-    EXPECT_EQ(facts.sha256(path), codesign::sha256("before"));
-    EXPECT_EQ(facts.sha1(path), codesign::sha1("before"));
-
-    // when other contents of the same length replace it, with the same modification time
-    const auto time = std::filesystem::last_write_time(path);
-    folder.write("program", "after!");
-    std::filesystem::last_write_time(path, time);
-
-    // then all facts are new
-    EXPECT_EQ(facts.sha1(path), codesign::sha1("after!"));
-    EXPECT_EQ(facts.sha256(path), codesign::sha256("after!"));
-    std::filesystem::remove(path);
-    EXPECT_EQ(facts.sha256(path), std::nullopt);
-}
-
-TEST(ProgramFactsOnDisk, AChangeRightAfterTheAnswerIsSeen)
-{
-    const test::TemporaryFolder folder;
-    for (const char* contents : {"one", "two", "six", "ten"}) {
-        const std::string path = folder.write("program", contents);
-        EXPECT_EQ(programFactsOnDisk().sha1(path), codesign::sha1(contents));
-    }
 }
 
 TEST(ApplicationValidationOnDisk, ADigestOfAnotherFileIsNoMatch)

@@ -1,7 +1,6 @@
 #include "workflow/RulesPlace.h"
 
 #include "codesign/Digests.h"
-#include "tests/support/Answers.h"
 #include "tests/support/FakeProgramFacts.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestRules.h"
@@ -82,45 +81,6 @@ TEST(RulesPlace, IsAFolderOrNone)
     EXPECT_FALSE(RulesPlace::folder(folder.path("none"), error));
     EXPECT_TRUE(error);
     EXPECT_FALSE(RulesPlace::folder(folder.write("file", ""), error));
-}
-
-TEST(ProgramFactsWithin, ReadABundleWhoseLinksStayInTheFolder)
-{
-    // given a bundle whose Info.plist is an absolute link, valid on that machine
-    const test::TemporaryFolder folder;
-    const std::string info = "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
-                             "<string>tool</string></dict></plist>";
-    test::ProgramPlan plan;
-    plan.signature = test::signedPlan();
-    plan.signature->infoPlist = codesign::Bytes(info.begin(), info.end());
-    folder.write("volume/X.app/Contents/MacOS/tool", test::makeProgram(plan));
-    folder.write("volume/Library/Info.plist", info);
-    fs::create_symlink("/Library/Info.plist", folder.path("volume/X.app/Contents/Info.plist"));
-    std::error_code error;
-    const auto facts
-        = programFactsWithin(*platform::FileRoot::at(folder.path("volume"), error), test::testAnchor());
-
-    // when the bundle or its program is checked, then the signature with its Info.plist is valid
-    for (const char* path : {"/X.app", "/X.app/Contents/MacOS/tool"}) {
-        EXPECT_EQ(facts->team(path), "TEAM123456") << path;
-        EXPECT_EQ(facts->teamProof(path), TeamProof::proven) << path;
-    }
-}
-
-TEST(ProgramFactsWithin, ATeamIsProvenByTheVendorsRootAndTheCodeThatWasSigned)
-{
-    const test::TemporaryFolder folder;
-    codesign::Bytes program = test::signedProgram();
-    const std::string intact = folder.write("intact", program);
-    program[program.size() - test::signatureRoom - 10] ^= 1U;
-    const std::string changed = folder.write("changed", program);
-    const auto facts = programFactsWithin({}, test::testAnchor());
-
-    EXPECT_EQ(facts->teamProof(intact), TeamProof::proven);
-    EXPECT_EQ(facts->teamProof(changed), TeamProof::codeDiffers);
-    EXPECT_EQ(facts->team(changed), "TEAM123456") << "the name is told all the same";
-    EXPECT_EQ(programFactsOnDisk().team(intact), "TEAM123456") << "whatever the root";
-    EXPECT_EQ(programFactsOnDisk().teamProof(intact), TeamProof::foreignRoot);
 }
 
 } // namespace quorvane::workflow
