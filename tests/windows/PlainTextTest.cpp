@@ -1,5 +1,4 @@
 #include "windows/PlainText.h"
-#include "windows/ElidedLabel.h"
 #include "windows/QtText.h"
 
 #include <QTextDocument>
@@ -53,21 +52,6 @@ TEST(PlainText, OrdinaryTextIsNotBroken)
     const QString text
         = QStringLiteral("/Applications/Photo Tools.app/Contents/MacOS/Photo Tools via /bin/sh");
     EXPECT_EQ(withBreakPoints(text), text);
-}
-
-TEST(ElidedLabel, CutsOffWhatDoesNotFitAndTellsItWholeInItsToolTip)
-{
-    const QString message = QStringLiteral("The file <b>/tmp/x</b> cannot be opened for writing");
-    ElidedLabel label;
-    label.setText(message);
-    label.resize(100, 20);
-    EXPECT_TRUE(label.shownText().endsWith(QChar(0x2026))) << fromQt(label.shownText());
-    EXPECT_LE(label.fontMetrics().horizontalAdvance(label.shownText()), 100);
-    EXPECT_EQ(label.text(), message) << "whole for a screen reader";
-    EXPECT_EQ(label.toolTip(), plainToolTip(message));
-    label.resize(2000, 20);
-    EXPECT_EQ(label.shownText(), message);
-    EXPECT_LT(label.minimumSizeHint().width(), 20);
 }
 
 } // namespace quorvane::windows

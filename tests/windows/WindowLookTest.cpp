@@ -1,8 +1,5 @@
 #include "windows/WindowLook.h"
-#include "windows/RuleCellDelegate.h"
 #include "windows/Shades.h"
-#include "windows/StateImages.h"
-#include "windows/TickHeader.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -13,7 +10,6 @@
 #include <QMainWindow>
 #include <QPainter>
 #include <QPushButton>
-#include <QStandardItemModel>
 
 #include <gtest/gtest.h>
 
@@ -39,25 +35,6 @@ double contrast(const QColor& a, const QColor& b)
 {
     const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
     return (lighter + 0.05) / (darker + 0.05);
-}
-
-class SortedHeader : public TickHeader {
-public:
-    using TickHeader::initStyleOptionForIndex;
-};
-
-// Of all rows of the image that are not blank, the number of pixels that are not.
-std::vector<int> widthsOfRows(const QImage& image)
-{
-    std::vector<int> widths;
-    for (int y = 0; y < image.height(); ++y) {
-        int width = 0;
-        for (int x = 0; x < image.width(); ++x)
-            width += qAlpha(image.pixel(x, y)) > 0x80 ? 1 : 0;
-        if (width > 0)
-            widths.push_back(width);
-    }
-    return widths;
 }
 
 } // namespace
@@ -166,64 +143,6 @@ TEST(WindowLook, ButtonsBearTheIconsOfTheThemeOrNone)
     for (const QAbstractButton* button : box.buttons())
         EXPECT_TRUE(button->icon().isNull() || !button->icon().name().isEmpty())
             << button->text().toStdString();
-}
-
-TEST(TickHeader, AnAscendingOrderPointsUp)
-{
-    QStandardItemModel model(1, 2);
-    SortedHeader header;
-    header.setModel(&model);
-    header.setSortIndicatorShown(true);
-    for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
-        header.setSortIndicator(1, order);
-        QStyleOptionHeader option;
-        option.initFrom(&header);
-        option.rect = QRect(0, 0, 16, 16);
-        header.initStyleOptionForIndex(&option, 0);
-        EXPECT_EQ(option.sortIndicator, QStyleOptionHeader::None) << "of another column";
-        header.initStyleOptionForIndex(&option, 1);
-        QImage image(16, 16, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        header.style()->drawPrimitive(QStyle::PE_IndicatorHeaderArrow, &option, &painter, &header);
-        painter.end();
-        const std::vector<int> widths = widthsOfRows(image);
-        ASSERT_GE(widths.size(), 2U);
-        EXPECT_EQ(widths.front() < widths.back(), order == Qt::AscendingOrder);
-    }
-}
-
-TEST(RuleCellDelegate, ASelectedCellKeepsTheColoursOfItsIconAndItsText)
-{
-    const QColor color(200, 100, 50);
-    QPixmap icon(16, 16);
-    icon.fill(color);
-    QStandardItemModel model;
-    auto* item = new QStandardItem(QIcon(icon), QStringLiteral("\u2588\u2588"));
-    item->setForeground(QColor(shades::red));
-    item->setBackground(QColor(shades::band));
-    model.appendRow(item);
-    QStyleOptionViewItem option;
-    option.rect = QRect(0, 0, 200, 24);
-    option.decorationSize = QSize(16, 16);
-    option.state = QStyle::State_Enabled | QStyle::State_Active | QStyle::State_Selected;
-    option.showDecorationSelected = true;
-    option.palette = QApplication::palette();
-    QImage image(200, 24, QImage::Format_RGB32);
-    QPainter painter(&image);
-    RuleCellDelegate().paint(&painter, option, model.index(0, 0));
-    painter.end();
-    const auto count = [&image](const QColor& sought) {
-        int pixels = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                pixels += image.pixelColor(x, y) == sought ? 1 : 0;
-        return pixels;
-    };
-    EXPECT_EQ(count(color), 16 * 16);
-    EXPECT_GT(count(shades::red), 20);
-    EXPECT_GT(count(shades::selection), 1000);
-    EXPECT_EQ(count(shades::band), 0);
 }
 
 } // namespace quorvane::windows

@@ -1,0 +1,61 @@
+#include "windows/TickHeader.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QStandardItemModel>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace quorvane::windows {
+
+namespace {
+
+class SortedHeader : public TickHeader {
+public:
+    using TickHeader::initStyleOptionForIndex;
+};
+
+// Of all rows of the image that are not blank, the number of pixels that are not.
+std::vector<int> widthsOfRows(const QImage& image)
+{
+    std::vector<int> widths;
+    for (int y = 0; y < image.height(); ++y) {
+        int width = 0;
+        for (int x = 0; x < image.width(); ++x)
+            width += qAlpha(image.pixel(x, y)) > 0x80 ? 1 : 0;
+        if (width > 0)
+            widths.push_back(width);
+    }
+    return widths;
+}
+
+} // namespace
+
+TEST(TickHeader, AnAscendingOrderPointsUp)
+{
+    QStandardItemModel model(1, 2);
+    SortedHeader header;
+    header.setModel(&model);
+    header.setSortIndicatorShown(true);
+    for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+        header.setSortIndicator(1, order);
+        QStyleOptionHeader option;
+        option.initFrom(&header);
+        option.rect = QRect(0, 0, 16, 16);
+        header.initStyleOptionForIndex(&option, 0);
+        EXPECT_EQ(option.sortIndicator, QStyleOptionHeader::None) << "of another column";
+        header.initStyleOptionForIndex(&option, 1);
+        QImage image(16, 16, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        header.style()->drawPrimitive(QStyle::PE_IndicatorHeaderArrow, &option, &painter, &header);
+        painter.end();
+        const std::vector<int> widths = widthsOfRows(image);
+        ASSERT_GE(widths.size(), 2U);
+        EXPECT_EQ(widths.front() < widths.back(), order == Qt::AscendingOrder);
+    }
+}
+
+} // namespace quorvane::windows
