@@ -10,6 +10,8 @@
 #include <QMainWindow>
 #include <QPainter>
 #include <QPushButton>
+#include <QStyle>
+#include <QStyleOptionViewItem>
 
 #include <gtest/gtest.h>
 
@@ -129,6 +131,25 @@ TEST(WindowLook, FieldsHaveAnOutlineThatIsSeenInHighContrast)
     setAppearance(*qApp, {});
     EXPECT_EQ(picture.pixelColor(50, 0), QColor(Qt::white));
     EXPECT_EQ(picture.pixelColor(50, 4), QColor(Qt::black));
+}
+
+TEST(WindowLook, OutlinesInHighContrastHaveTheColourOfTheTextWhateverThePen)
+{
+    setAppearance(*qApp, {.isDark = true, .hasHighContrast = true});
+    QStyleOptionViewItem option;
+    option.rect = QRect(0, 0, 16, 16);
+    option.state = QStyle::State_Enabled | QStyle::State_Off;
+    option.palette = QApplication::palette();
+    QImage picture(16, 16, QImage::Format_RGB32);
+    picture.fill(Qt::black);
+    QPainter painter(&picture);
+    painter.setPen(Qt::red); // as of the cell that was painted before
+    QApplication::style()->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &option, &painter);
+    EXPECT_EQ(painter.pen().color(), QColor(Qt::red)) << "given back";
+    painter.end();
+    setAppearance(*qApp, {});
+    for (const QPoint place : {QPoint(8, 0), QPoint(0, 8), QPoint(15, 8), QPoint(8, 15)})
+        EXPECT_EQ(picture.pixelColor(place), QColor(Qt::white)) << place.x() << " " << place.y();
 }
 
 TEST(WindowLook, NothingMovesByItself)
