@@ -117,16 +117,4 @@ TEST(Hashing, DependsOnEveryByteAndOnTheLength)
     EXPECT_EQ(hashes.size(), 81U);
 }
 
-TEST(SlotChains, SlotsOfOneHashComeOutInOrderWhateverTheOrderOfInsertion)
-{
-    SlotChains chains;
-    for (const std::uint32_t slot : {7U, 3U, 9U, 5U, 5U, 1U})
-        chains.insert(42, slot);
-    chains.insert(43, 2);
-    std::vector<std::uint32_t> slots;
-    for (auto entry = chains.first(42); entry != SlotChains::none; entry = chains.next(entry))
-        slots.push_back(chains.slot(entry));
-    EXPECT_EQ(slots, (std::vector<std::uint32_t>{1, 3, 5, 5, 7, 9}));
-}
-
 } // namespace quorvane::rules
