@@ -275,8 +275,9 @@ TEST_F(FingerprintTest, DoesNotWaitForASilentService)
     willAnswer({{"verify-match", true}});
     service.methods.erase("VerifyStop");
     service.methods.erase("Release");
-    desktop::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(50));
-    EXPECT_TRUE(impatient.verifyFingerprint("verify authorization")) << "the finger had matched";
+    // Long enough for all that is answered, however busy the machine.
+    desktop::DesktopAuthority patient(bus.address(), prompt, std::chrono::seconds(2));
+    EXPECT_TRUE(patient.verifyFingerprint("verify authorization")) << "the finger had matched";
     expectReaderIsFree();
 }
 
