@@ -490,21 +490,4 @@ TEST(FileDifference, IsThatOfTheRulesThatAStoreReads)
     }
 }
 
-TEST(FileLines, EndWithTheirLineEndAndNothingStandsBehindTheLast)
-{
-    const auto shown = [](const std::string& text) {
-        std::string all;
-        for (const FileLine& line : fileLines(text))
-            all += "[" + std::string(line.text) + "," + std::to_string(line.end.size()) + "]";
-        return all;
-    };
-    EXPECT_EQ(shown(""), "");
-    EXPECT_EQ(shown("\n"), "[,1]");
-    EXPECT_EQ(shown("a"), "[a,0]");
-    EXPECT_EQ(shown("a\r\nb\rc\n"), "[a,2][b,1][c,1]");
-    EXPECT_EQ(shown("a\r\n\r\n"), "[a,2][,2]");
-    EXPECT_EQ(shown("a\n\rb\xC2\x85\xE2\x80\xA8"), "[a,1][,1][b,2][,3]");
-    EXPECT_EQ(shown("a\r"), "[a,1]");
-}
-
 } // namespace quorvane::rules
