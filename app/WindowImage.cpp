@@ -165,6 +165,9 @@ Subject windowOfItems(const char* items, int firstRow, int rules, QSize size, Su
     }
     if (auto* cleanUp = window->findChild<windows::CleanUpWindow*>())
         waitFor(*cleanUp, &windows::CleanUpWindow::wasFilled);
+    // Where a program has moved to is looked for; what is found then makes the list.
+    if (auto* candidates = window->findChild<QComboBox*>(QStringLiteral("candidatesPopUp")))
+        waitFor(*candidates->window()->findChild<QTableView*>()->model(), &QAbstractItemModel::modelReset);
     Subject subject(std::move(window));
     subject.shown = subject.owner->findChild<QDialog*>();
     if (subject.shown != nullptr)
