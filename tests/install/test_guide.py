@@ -6,9 +6,13 @@ import subprocess
 import tempfile
 import unittest
 
-SOURCE = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), "docs/guide")
-GUIDE = os.path.join(os.environ["QUORVANE_BUILD"], "docs/guide/Quorvane User Guide.pdf")
-PAGE = os.path.join(os.environ["QUORVANE_BUILD"], "docs/guide/Quorvane User Guide.html")
+from PIL import Image
+
+DOCS = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), "docs")
+SOURCE = os.path.join(DOCS, "guide")
+BUILD = os.environ["QUORVANE_BUILD"]
+GUIDE = os.path.join(BUILD, "docs/guide/Quorvane User Guide.pdf")
+PAGE = os.path.join(BUILD, "docs/guide/Quorvane User Guide.html")
 
 
 def answer(*command):
@@ -226,3 +230,32 @@ class Making(unittest.TestCase):
                 with open(target, "rb") as file:
                     contents.append(file.read())
         self.assertEqual(contents[:2], contents[2:])
+
+
+@unittest.skipUnless(os.path.exists(os.path.join(BUILD, "bin/quorvane-sample-volume")), "the samples are not built")
+class Pictures(unittest.TestCase):
+    """take_pictures."""
+
+    def sizes_in(self, docs):
+        """The size of each picture of the documents, by its path there."""
+        sizes = {}
+        for folder in (".", "guide/images"):
+            for name in os.listdir(os.path.join(docs, folder)):
+                if name.endswith(".png"):
+                    with Image.open(os.path.join(docs, folder, name)) as picture:
+                        sizes[os.path.join(folder, name)] = picture.size
+                        self.assertGreater(len(picture.convert("RGB").getcolors(picture.width * picture.height)), 9, name)
+        return sizes
+
+    def test_all_of_them_can_be_taken_anew(self):
+        with tempfile.TemporaryDirectory() as docs:
+            done = subprocess.run([os.path.join(SOURCE, "take_pictures"), BUILD, docs], timeout=280, stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT, text=True)
+            self.assertEqual(done.returncode, 0, done.stdout)
+            taken = self.sizes_in(docs)
+        kept = self.sizes_in(DOCS)
+        self.assertEqual(taken.keys(), kept.keys())
+        # The sizes of other windows depend on the machine's fonts.
+        page = kept["guide/images/main-window.png"][0]
+        self.assertEqual({name: size for name, size in taken.items() if size[0] == page},
+                         {name: size for name, size in kept.items() if size[0] == page})
