@@ -1,6 +1,5 @@
 #include "windows/RowsRefresh.h"
 
-#include <chrono>
 #include <memory>
 #include <new>
 #include <optional>
@@ -9,8 +8,6 @@
 namespace quorvane::windows {
 
 namespace {
-
-constexpr std::chrono::milliseconds untilSlow{300};
 
 // Fewer are sorted or searched in some ten milliseconds.
 constexpr std::size_t manyRules = 20'000;
@@ -21,9 +18,7 @@ RowsRefresh::RowsRefresh(rules::RuleManager& store, workflow::Background& thread
     : m_store(store)
     , m_thread(thread)
 {
-    m_untilSlow.setSingleShot(true);
-    m_untilSlow.setInterval(untilSlow);
-    connect(&m_untilSlow, &QTimer::timeout, this, [this] { setSlow(true); });
+    connect(&m_slowness, &SlowWork::slownessDidChange, this, &RowsRefresh::slownessDidChange);
 }
 
 RowsRefresh::~RowsRefresh()
@@ -42,8 +37,8 @@ bool RowsRefresh::start()
         return false;
     }
     m_isSearch = (*computation)->searchText() != m_searchText;
-    if (!std::exchange(m_isWorking, true))
-        m_untilSlow.start();
+    m_isWorking = true;
+    m_slowness.setWorking(true);
     m_thread.run(
         [computation, stop = m_stop.get_token()] {
             try {
@@ -68,14 +63,7 @@ void RowsRefresh::finish()
 {
     m_isWorking = false;
     m_searchText = m_store.searchText();
-    m_untilSlow.stop();
-    setSlow(false);
-}
-
-void RowsRefresh::setSlow(bool isSlow)
-{
-    if (std::exchange(m_isSlow, isSlow) != isSlow)
-        Q_EMIT slownessDidChange();
+    m_slowness.setWorking(false);
 }
 
 } // namespace quorvane::windows

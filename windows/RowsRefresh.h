@@ -1,10 +1,10 @@
 #pragma once
 
 #include "rules/RuleManager.h"
+#include "windows/SlowWork.h"
 #include "workflow/Background.h"
 
 #include <QObject>
-#include <QTimer>
 
 #include <optional>
 #include <stop_token>
@@ -30,23 +30,21 @@ public:
     // Whether the text that is searched for has changed since the rows were last up to date.
     bool isSearch() const { return m_isSearch; }
     // Whether it has been working for so long that the user should know.
-    bool isSlow() const { return m_isSlow; }
+    bool isSlow() const { return m_slowness.isSlow(); }
 
 Q_SIGNALS:
     void done();
     void slownessDidChange();
 
 private:
-    void setSlow(bool isSlow);
     void finish();
 
     rules::RuleManager& m_store;
     workflow::Background& m_thread;
     bool m_isWorking = false;
     bool m_isSearch = false;
-    bool m_isSlow = false;
     std::optional<std::string> m_searchText; // of the rows when they were last up to date
-    QTimer m_untilSlow;
+    SlowWork m_slowness;
     std::stop_source m_stop;
 };
 

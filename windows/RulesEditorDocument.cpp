@@ -6,6 +6,7 @@
 #include "windows/QtText.h"
 #include "windows/RulesTableModel.h"
 #include "windows/SettingsWindow.h"
+#include "windows/SlowWork.h"
 #include "windows/WindowLook.h"
 #include "workflow/DocumentTexts.h"
 #include "workflow/RulesDocument.h"
@@ -151,6 +152,9 @@ void RulesEditorTableController::fileStateDidChange()
 {
     Q_EMIT fileDidChange();
     showFailure();
+    const workflow::DocumentWork work = m_document.work();
+    m_fileWork->setWorking(
+        work == workflow::DocumentWork::reading || work == workflow::DocumentWork::writing);
     if (!m_document.isFileAhead())
         m_ui->notices->remove(aheadSubject);
     if (!m_document.failure() || m_document.isWorking())

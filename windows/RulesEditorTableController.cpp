@@ -16,6 +16,7 @@
 #include "windows/SelectionController.h"
 #include "windows/SelectionState.h"
 #include "windows/Shades.h"
+#include "windows/SlowWork.h"
 #include "windows/WindowLook.h"
 #include "windows/WindowMemory.h"
 #include "workflow/ApplicationServices.h"
@@ -56,6 +57,7 @@ RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& 
     , m_model(new RulesTableModel(m_store, workspace, this))
     , m_rowsThread(std::make_unique<BackgroundThread>())
     , m_refresh(std::make_unique<RowsRefresh>(m_store, *m_rowsThread))
+    , m_fileWork(std::make_unique<SlowWork>())
     , m_rulesHistory(std::make_unique<workflow::RulesHistory>(document))
     , m_histories{m_rulesHistory.get()}
     , m_exchange(std::make_unique<ExchangeController>(*this, *this, document, application, workspace, log))
@@ -176,6 +178,7 @@ void RulesEditorTableController::setUpRefresh()
     connect(m_refresh.get(), &RowsRefresh::done, this, &RulesEditorTableController::showRows);
     connect(
         m_refresh.get(), &RowsRefresh::slownessDidChange, this, &RulesEditorTableController::updateCounts);
+    connect(m_fileWork.get(), &SlowWork::slownessDidChange, this, &RulesEditorTableController::updateCounts);
 }
 
 void RulesEditorTableController::searchFieldAction()
@@ -282,6 +285,9 @@ void RulesEditorTableController::updateCounts()
         counts += tr(", %1 system rules hidden").arg(locale.toString(static_cast<qulonglong>(hidden)));
     if (leftOut > 0)
         counts += tr(", %1 left out by Narrow").arg(locale.toString(static_cast<qulonglong>(leftOut)));
+    if (m_fileWork->isSlow())
+        counts += m_document.work() == workflow::DocumentWork::reading ? tr(", reading the file\u2026")
+                                                                       : tr(", writing the file\u2026");
     m_ui->countLabel->setText(counts);
     m_ui->rulesEditorTableView->setEmptyText(stored == 0 ? tr("There are no rules yet.")
             : hidden > 0  ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")

@@ -56,6 +56,7 @@ class RowsRefresh;
 class RulesFileFollower;
 class RulesTableModel;
 class SelectionController;
+class SlowWork;
 class SettingsWindow;
 class TouchingWindow;
 
@@ -254,6 +255,7 @@ private:
     std::vector<rules::SortDescriptor> m_sortDescriptors;
     std::unique_ptr<BackgroundThread> m_rowsThread;
     std::unique_ptr<RowsRefresh> m_refresh;
+    std::unique_ptr<SlowWork> m_fileWork; // reading or writing the rules file on another thread
     std::vector<std::function<void()>> m_whenRowsAreShown;
     QString m_preferencesFailure;
     bool m_columnsFitted = false;

@@ -128,7 +128,7 @@ void RulesDocument::pump()
 
 void RulesDocument::startWriting()
 {
-    if (m_isWorking)
+    if (isWorking())
         return;
     if (m_failure)
         joinOrders();
@@ -142,7 +142,8 @@ void RulesDocument::startWriting()
     }
     // Another process is writing now. A window does not wait for it.
     auto later = std::make_shared<platform::FileLock>();
-    inBackground([this, later] { *later = m_file.lock(m_owner.lockTimeout); },
+    inBackground(
+        DocumentWork::writing, [this, later] { *later = m_file.lock(m_owner.lockTimeout); },
         [this, later] { continueWith(std::move(*later)); });
 }
 
@@ -186,6 +187,7 @@ void RulesDocument::writeInBackground(platform::FileLock lock)
     auto report = std::make_shared<WriteReport>();
     auto held = std::make_shared<platform::FileLock>(std::move(lock));
     inBackground(
+        DocumentWork::writing,
         [this, report, held, order = m_orders.front()] {
             *report = m_file.write(order, *held);
             *held = platform::FileLock();
@@ -281,7 +283,7 @@ void RulesDocument::fail(const std::string& message)
 
 void RulesDocument::writeNow()
 {
-    if (m_isWorking)
+    if (isWorking())
         return; // the first order is in progress
     attempt([this] {
         joinOrders();
@@ -294,7 +296,7 @@ void RulesDocument::writeNow()
 
 void RulesDocument::waitUntilWritten()
 {
-    while (m_isWorking && m_owner.background != nullptr)
+    while (isWorking() && m_owner.background != nullptr)
         m_owner.background->wait();
 }
 
@@ -375,7 +377,7 @@ std::optional<std::string> RulesDocument::undoName()
 {
     if (const UndoSteps::Step* step = m_steps.toUndo())
         return step->reason.action;
-    const auto version = m_isWorking ? std::nullopt : m_file.journal().undoable();
+    const auto version = isWorking() ? std::nullopt : m_file.journal().undoable();
     return version ? version->action : std::nullopt;
 }
 
@@ -383,7 +385,7 @@ std::optional<std::string> RulesDocument::redoName()
 {
     if (const UndoSteps::Step* step = m_steps.toRedo())
         return step->reason.action;
-    const auto version = m_isWorking ? std::nullopt : m_file.journal().redoable();
+    const auto version = isWorking() ? std::nullopt : m_file.journal().redoable();
     return version ? version->action : std::nullopt;
 }
 
@@ -406,14 +408,14 @@ bool RulesDocument::restore(std::int64_t version)
     return true;
 }
 
-void RulesDocument::inBackground(std::function<void()> work, std::function<void()> then)
+void RulesDocument::inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then)
 {
     if (m_owner.background == nullptr) {
         work();
         then();
         return;
     }
-    m_isWorking = true;
+    m_work = kind;
     auto hasRoom = std::make_shared<bool>(true);
     const auto workWithRoom = [hasRoom, work = std::move(work)] {
         try {
@@ -423,7 +425,7 @@ void RulesDocument::inBackground(std::function<void()> work, std::function<void(
         }
     };
     m_owner.background->run(workWithRoom, [this, hasRoom, then = std::move(then)] {
-        m_isWorking = false;
+        m_work = DocumentWork::none;
         attempt([&] {
             then();
             if (!*hasRoom)

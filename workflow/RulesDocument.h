@@ -43,6 +43,14 @@ struct DocumentOwner {
     Background* background = nullptr; // for writing many rules; null: everything is done synchronously
 };
 
+// What another thread does for a document.
+enum class DocumentWork {
+    none,
+    reading, // the rules file, to take over what is in it
+    writing, // it, or waiting for another process to finish writing it
+    recording, // it as a version
+};
+
 // The result of a change.
 struct ChangeResult {
     std::optional<std::string> failure{}; // why the user's file does not contain it yet
@@ -127,8 +135,9 @@ public:
     void writeNow();
     // Also until what is being read has been taken over.
     void waitUntilWritten();
-    // True while another thread reads or writes the file for it.
-    bool isWorking() const { return m_isWorking; }
+    // What another thread is doing for it; the observer's fileStateDidChange() follows each change of this.
+    DocumentWork work() const { return m_work; }
+    bool isWorking() const { return m_work != DocumentWork::none; }
     // True when the store has changes that the file does not.
     bool hasUnwrittenChanges() const { return !m_orders.empty() || m_lacksOrder; }
     // Why the last write failed; none after one that succeeded.
@@ -193,7 +202,7 @@ private:
         const history::JournalVersion& version, ChangeReason::Kind kind);
 
     void warnOfUnwritableRules(std::uint64_t count);
-    void inBackground(std::function<void()> work, std::function<void()> then);
+    void inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then);
     void notify(const DocumentNews& news);
     void reportFile();
 
@@ -209,7 +218,7 @@ private:
     std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
     bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
-    bool m_isWorking = false;
+    DocumentWork m_work = DocumentWork::none;
     bool m_isReloadDue = false; // when the present work is done
     bool m_isLookDue = false; // at the file, the same
     std::optional<std::string> m_failure;

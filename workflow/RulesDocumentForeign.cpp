@@ -136,8 +136,11 @@ void RulesDocument::mergeInBackground(platform::FileLock lock)
     ++m_run.writesUnderWay; // an interrupted write may be completed
     auto held = std::make_shared<platform::FileLock>(std::move(lock));
     auto found = std::make_shared<std::optional<FoundFile>>();
-    inBackground([this, held, found, known = m_knownFile,
-                     merge = ForeignMerge(m_store, m_rulesInFile)] { *found = lookAt(*held, known, merge); },
+    inBackground(
+        DocumentWork::writing,
+        [this, held, found, known = m_knownFile, merge = ForeignMerge(m_store, m_rulesInFile)] {
+            *found = lookAt(*held, known, merge);
+        },
         [this, held, found] {
             --m_run.writesUnderWay;
             if (!*found)
@@ -190,8 +193,8 @@ void RulesDocument::takeForeignChanges()
 
 void RulesDocument::takeFileOver()
 {
-    m_isLookDue = m_isWorking;
-    if (m_isWorking || !isFileAhead())
+    m_isLookDue = isWorking();
+    if (isWorking() || !isFileAhead())
         return;
     if (!m_orders.empty())
         return writeNow(); // which merges them first
@@ -226,7 +229,8 @@ void RulesDocument::reloadInBackground(ReloadCause cause)
     const std::shared_ptr<rules::PreparedReload> prepared = m_store.prepareReload();
     if (!prepared)
         throw std::bad_alloc();
-    inBackground([prepared] { prepared->run(); },
+    inBackground(
+        DocumentWork::reading, [prepared] { prepared->run(); },
         [this, prepared, cause, stored = m_store.storedRows()] {
             if (auto done = m_store.finishReload(*prepared)) {
                 noteFileRead();
@@ -244,8 +248,8 @@ void RulesDocument::reloadInBackground(ReloadCause cause)
 
 void RulesDocument::reload()
 {
-    m_isReloadDue = m_isWorking;
-    if (m_isWorking)
+    m_isReloadDue = isWorking();
+    if (isWorking())
         return;
     if (isWorthAThread())
         attempt([this] { reloadInBackground(ReloadCause::ownWrite); });

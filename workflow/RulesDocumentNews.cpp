@@ -60,16 +60,18 @@ void RulesDocument::reportMerge(const rules::ChangeSet& done, const std::vector<
 
 void RulesDocument::keepPresentVersion()
 {
-    if (m_isWorking)
+    if (isWorking())
         return;
     auto present = std::make_shared<UserRulesFile::PresentVersion>();
-    inBackground([this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
+    inBackground(
+        DocumentWork::recording,
+        [this, present] { *present = m_file.keepPresentVersion(m_owner.lockTimeout); },
         [this, present] { m_knownVersion = present->number; });
 }
 
 void RulesDocument::lookAtFile()
 {
-    if (m_isWorking || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
+    if (isWorking() || hasUnwrittenChanges() || !m_knownFile.identity || !isFileAhead()
         || !platform::isAnythingAt(m_file.path()) || std::exchange(m_hasReportedFile, true))
         return;
     notify({.kind = DocumentNews::Kind::fileIsAhead,
@@ -92,6 +94,7 @@ void RulesDocument::reportReload(
     };
     auto found = std::make_shared<Found>();
     inBackground(
+        DocumentWork::recording,
         [this, found, countLost = std::move(countLost)] {
             found->lost = countLost();
             found->present = m_file.keepPresentVersion(m_owner.lockTimeout);

@@ -2037,6 +2037,14 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>Sorting…</source>
         <translation>Sortieren läuft…</translation>
     </message>
+    <message>
+        <source>, reading the file…</source>
+        <translation>, die Datei wird gelesen…</translation>
+    </message>
+    <message>
+        <source>, writing the file…</source>
+        <translation>, die Datei wird geschrieben…</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::windows::SavePanel</name>

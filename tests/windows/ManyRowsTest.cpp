@@ -1,3 +1,4 @@
+#include "platform/FileLock.h"
 #include "tests/rules/StoreSandbox.h"
 #include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
@@ -78,6 +79,16 @@ protected:
         return QTest::qWaitFor([this] { return !document->isWorking(); }, 60'000);
     }
     QString pathAt(int row) const { return text(row, workflow::RuleColumn::path); }
+    // Another process that writes the file, until the result is destroyed.
+    platform::FileLock writer() const
+    {
+        return platform::FileLock::take(
+            box.locations.userRulesFile(), platform::LockMode::exclusive, std::chrono::seconds(1));
+    }
+    bool waitForCounts(const QString& expected) const
+    {
+        return QTest::qWaitFor([&] { return counts() == expected; }, 60'000);
+    }
 
     test::StoreSandbox box;
     std::unique_ptr<rules::RuleManager> store;
@@ -163,6 +174,27 @@ TEST_F(ManyRowsOfAFile, StayInUseWhileWhatAnotherProgramHasWrittenIsRead)
     EXPECT_EQ(pathAt(rules), QStringLiteral("/foreign"));
     EXPECT_EQ(selectedPaths(), QStringLiteral("/7"));
     EXPECT_EQ(counts(), QStringLiteral("21,001 of 21,001 rules shown"));
+}
+
+TEST_F(ManyRowsOfAFile, HaveACountThatSaysWhenReadingTheFileTakesLong)
+{
+    box.writeUserRules(lines() + test::fileLine("/foreign"));
+    platform::FileLock lock = writer();
+    document->takeForeignChanges();
+    EXPECT_EQ(counts(), QStringLiteral("21,000 of 21,000 rules shown"));
+    EXPECT_TRUE(waitForCounts(QStringLiteral("21,000 of 21,000 rules shown, reading the file\u2026")));
+    lock = platform::FileLock();
+    EXPECT_TRUE(waitForCounts(QStringLiteral("21,001 of 21,001 rules shown")));
+}
+
+TEST_F(ManyRowsOfAFile, HaveACountThatSaysWhenWritingTheFileTakesLong)
+{
+    platform::FileLock lock = writer();
+    window->deleteRow(3);
+    EXPECT_TRUE(waitForCounts(QStringLiteral("20,999 of 20,999 rules shown, writing the file\u2026")));
+    lock = platform::FileLock();
+    EXPECT_TRUE(waitForCounts(QStringLiteral("20,999 of 20,999 rules shown")));
+    EXPECT_EQ(document->failure(), std::nullopt);
 }
 
 TEST_F(ManyRowsOfAFile, KeepATagGivenWhileWhatAnotherProgramHasWrittenIsRead)
