@@ -2,7 +2,6 @@
 
 #include "rules/MergedChange.h"
 #include "rules/RuleIdentity.h"
-#include "rules/RuleManager.h"
 #include "rules/RuleMarks.h"
 #include "rules/RulesMerge.h"
 
@@ -83,16 +82,18 @@ private:
     {
         const RuleValue before = valueOf(present);
         RuleValue after = withMarks(before, presentValueOf(read), presentValueOf(read));
-        if (noteAge(present, read) && after == before)
+        if (noteAge(present, read, after != before) && after == before)
             after = copyOf(before);
         if (after != before)
             m_change.changed.push_back({present, before, after});
     }
 
-    bool noteAge(const RuleRef& present, const RuleRef& read)
+    // True when the rule's age is to be measured anew: its state is another one now, or may be after a
+    // change.
+    bool noteAge(const RuleRef& present, const RuleRef& read, bool isChanged)
     {
         const PolicyRule* now = policyRuleIn(read);
-        if (now == nullptr || policyRuleIn(present)->getRuleState() == now->getRuleState())
+        if (now == nullptr || (!isChanged && policyRuleIn(present)->getRuleState() == now->getRuleState()))
             return false;
         m_aged.push_back(std::get<PolicyRulePtr>(present));
         return true;
@@ -120,9 +121,10 @@ private:
         ChangeSet between = changeTo(merged, present);
         for (std::size_t number = 0; number < merged.rules.size(); ++number) {
             const MergedRule& rule = merged.rules[number];
-            if (!rule.ours || rule.isMoved || !noteAge(present[*rule.ours], refAt(m_read, from + number)))
+            if (!rule.ours)
                 continue;
-            if (rule.rule == values[*rule.ours]) // otherwise it changes anyway
+            const bool isChanged = rule.isMoved || rule.rule != values[*rule.ours];
+            if (noteAge(present[*rule.ours], refAt(m_read, from + number), isChanged) && !isChanged)
                 between.changed.push_back({present[*rule.ours], rule.rule, copyOf(rule.rule)});
         }
         append(m_change.removed, between.removed);
@@ -144,26 +146,15 @@ private:
 
 } // namespace
 
-PreparedReload::PreparedReload(std::unique_ptr<RuleManager> read, std::shared_ptr<const RuleRows> from)
-    : m_read(std::move(read))
-    , m_from(std::move(from))
-{
-}
-
-PreparedReload::~PreparedReload() = default;
-
-void PreparedReload::run()
+void PreparedReload::compareWith(const RuleRows& read)
 {
     m_readAt = static_cast<std::uint64_t>(std::time(nullptr));
-    m_read->reloadCurrentUserConfiguration();
-    const std::shared_ptr<const RuleRows> read = m_read->storedRows();
-    Comparison comparison(*m_from, *read);
+    Comparison comparison(*m_from, read);
     m_change = comparison.change();
     m_aged = comparison.takeAged();
     const std::size_t most = m_from->count(true) / largeChange + smallChange;
     if (m_change && m_change->removed.size() + m_change->changed.size() + m_change->added.size() > most)
         m_change.reset();
-    m_read->dropRules();
 }
 
 } // namespace quorvane::rules

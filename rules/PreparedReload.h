@@ -32,6 +32,8 @@ public:
 private:
     friend class RuleManager;
 
+    void compareWith(const RuleRows& read);
+
     std::unique_ptr<RuleManager> m_read; // holds no rules after the comparison
     std::shared_ptr<const RuleRows> m_from;
     std::optional<ChangeSet> m_change; // none: it is too large, or does not lead to exactly what was read

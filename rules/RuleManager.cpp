@@ -4,7 +4,6 @@
 #include "platform/Log.h"
 #include "platform/SystemError.h"
 #include "platform/Unicode.h"
-#include "rules/PreparedReload.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesContent.h"
@@ -110,43 +109,6 @@ void RuleManager::reloadAs(const std::function<void()>& readUserRules)
     if (!isRead) // not everything was read
         m_unreadRules = {*m_lastErrorMessage, true};
     m_former.reset();
-}
-
-std::unique_ptr<PreparedReload> RuleManager::prepareReload() const
-{
-    std::unique_ptr<PreparedReload> reload;
-    attempt([&] {
-        auto read = std::make_unique<RuleManager>(m_locations, m_log, m_wait);
-        read->m_ruleSequence = m_ruleSequence;
-        reload = std::make_unique<PreparedReload>(std::move(read), m_store->storedRows());
-    });
-    return reload;
-}
-
-std::optional<ChangeSet> RuleManager::finishReload(PreparedReload& reload)
-{
-    if (!reload.m_change || !m_store->hasExactly(*reload.m_from))
-        return std::nullopt;
-    for (const PolicyRulePtr& rule : reload.m_aged)
-        rule->setInitialized(reload.m_readAt);
-    std::optional<ChangeSet> done;
-    if (!attempt([&] { done = m_store->apply(std::move(*reload.m_change)); }))
-        return std::nullopt;
-    RuleManager& read = *reload.m_read;
-    m_options = std::move(read.m_options);
-    m_ruleSequence = read.m_ruleSequence;
-    m_lastErrorMessage = std::move(read.m_lastErrorMessage);
-    m_readFailures = std::move(read.m_readFailures);
-    m_unreadRules = std::move(read.m_unreadRules);
-    m_ownFile = std::move(read.m_ownFile);
-    ++m_ownFileReadings;
-    return done;
-}
-
-// What was read besides them stays.
-void RuleManager::dropRules()
-{
-    m_store = std::make_unique<RuleStore>();
 }
 
 void RuleManager::readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules)
@@ -503,18 +465,6 @@ const RuleRows& RuleManager::presentRows() const
 {
     attempt([this] { m_store->rows(); });
     return *m_store->presentRows();
-}
-
-// False when `work` has run out of memory, which lastErrorMessage() then reports.
-template <class Work> bool RuleManager::attempt(const Work& work) const
-{
-    try {
-        work();
-        return true;
-    } catch (const std::bad_alloc&) {
-        m_lastErrorMessage.emplace("Out of memory"); // short enough to need no allocation
-        return false;
-    }
 }
 
 } // namespace quorvane::rules

@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -224,7 +225,17 @@ private:
     void readPreferences();
     void noteReadFailure(const std::string& message);
     const RuleRows& presentRows() const;
-    template <class Work> bool attempt(const Work& work) const;
+    // False when `work` has run out of memory, which lastErrorMessage() then reports.
+    template <class Work> bool attempt(const Work& work) const
+    {
+        try {
+            work();
+            return true;
+        } catch (const std::bad_alloc&) {
+            m_lastErrorMessage.emplace("Out of memory"); // short enough to need no allocation
+            return false;
+        }
+    }
 
     const platform::Locations m_locations;
     platform::Log& m_log;

@@ -271,6 +271,19 @@ TEST(PreparedReload, MakesRulesAsOldAsTheFileIsRead)
     EXPECT_EQ(test::policyAt(*store, 1)->getRuleState(), RuleState::recent);
 }
 
+TEST(PreparedReload, MeasuresTheAgeOfAChangedRuleAnew)
+{
+    const test::StoreSandbox sandbox;
+    const auto now = static_cast<std::uint64_t>(std::time(nullptr));
+    const auto created = [](std::uint64_t time) { return " \"\" \"\" \"" + std::to_string(time) + "\""; };
+    sandbox.writeUserRules(line("/a", created(now - 1000)) + line("/b"));
+    const auto store = sandbox.load();
+    test::policyAt(*store, 0)->setInitialized(now - 500); // read before the rule was created again
+    sandbox.writeUserRules(line("/a", created(now)) + line("/b"));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    EXPECT_EQ(test::policyAt(*store, 0)->getRuleState(), RuleState::recent);
+}
+
 TEST(PreparedReload, TakesOverWhatWasReadBesidesTheRules)
 {
     const test::StoreSandbox sandbox;
