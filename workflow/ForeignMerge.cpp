@@ -13,14 +13,17 @@ ForeignMerge::ForeignMerge(const rules::RuleManager& store, const std::optional<
     : m_stored(store.storedRows())
     , m_ours(store.userRulesSnapshot())
     , m_base(base.value_or(m_ours))
+    , m_hasOwnChanges(base.has_value())
 {
     if (m_stored->count(false) != m_ours.size())
         throw std::bad_alloc(); // there was no memory for the rows
 }
 
-void ForeignMerge::run(const std::vector<rules::RuleValue>& theirs)
+void ForeignMerge::run(const std::vector<rules::RuleValue>& theirs, Order order)
 {
-    rules::MergeResult merged = mergeRules(m_base.values(), m_ours.values(), theirs);
+    const bool takesOrder = order == Order::theirs && !m_hasOwnChanges;
+    rules::MergeResult merged = mergeRules(m_base.values(), m_ours.values(), theirs,
+        takesOrder ? rules::Placement::startOfKind : rules::Placement::endOfKind);
     std::vector<rules::RuleRef> ours;
     ours.reserve(m_ours.size());
     for (std::size_t row = 0; row < m_ours.size(); ++row)

@@ -19,11 +19,15 @@ namespace quorvane::workflow {
 // store, where it is cheap; another may run it while the store goes on. Throws std::bad_alloc.
 class ForeignMerge {
 public:
-    // `base`: the rules that both have started from; none: those of the store.
+    // `base`: the rules that both have started from; none: those of the store, which has no changes of its
+    // own.
     ForeignMerge(const rules::RuleManager& store, const std::optional<rules::RulesSnapshot>& base);
 
+    // Whose order the result has. Theirs, as after a reload, only where the store has no changes of its own.
+    enum class Order { ours, theirs };
+
     // Any thread, once.
-    void run(const std::vector<rules::RuleValue>& theirs);
+    void run(const std::vector<rules::RuleValue>& theirs, Order order);
 
     // True when the change is for the store's present rules: they have not changed since the construction.
     bool isFor(const rules::RuleManager& store) const;
@@ -38,6 +42,7 @@ private:
     std::shared_ptr<const rules::RuleRows> m_stored;
     rules::RulesSnapshot m_ours;
     rules::RulesSnapshot m_base;
+    bool m_hasOwnChanges;
     rules::RulesSnapshot m_theirs;
     rules::ChangeSet m_change;
     std::vector<rules::MergeReport> m_reports;

@@ -77,7 +77,10 @@ RulesDocument::FoundFile RulesDocument::mergedFile(const rules::RulesFileText& t
         found.known = rules::KnownFile::of(m_file.path(), text);
     if (!inForce && (found.unreadReason || isMissing))
         return found;
-    merge.run(inForce ? *inForce : rules::rulesOfText(text.text()));
+    if (inForce)
+        merge.run(*inForce, ForeignMerge::Order::ours);
+    else
+        merge.run(rules::rulesOfText(text.text()), ForeignMerge::Order::theirs);
     found.merge = std::move(merge);
     return found;
 }
@@ -116,7 +119,7 @@ void RulesDocument::takeIn(const FoundFile& found)
 ForeignMerge RulesDocument::mergeOf(const std::vector<rules::RuleValue>& theirs) const
 {
     ForeignMerge merge(m_store, m_rulesInFile);
-    merge.run(theirs);
+    merge.run(theirs, ForeignMerge::Order::ours);
     return merge;
 }
 

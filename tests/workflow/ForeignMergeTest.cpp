@@ -37,7 +37,8 @@ TEST_F(ForeignMergeTest, LeadsTheStoreToTheRulesOfBothSides)
     store->apply({.removed = {{store->ruleAtIndex(0, true)}}});
     ForeignMerge merge(*store, base);
     merge.run(
-        rules::rulesOfText(test::fileLine("/a") + test::fileLine("/b", "theirs") + test::fileLine("/d")));
+        rules::rulesOfText(test::fileLine("/a") + test::fileLine("/b", "theirs") + test::fileLine("/d")),
+        ForeignMerge::Order::ours);
 
     ASSERT_TRUE(merge.isFor(*store));
     store->apply(merge.change());
@@ -46,13 +47,26 @@ TEST_F(ForeignMergeTest, LeadsTheStoreToTheRulesOfBothSides)
     EXPECT_TRUE(merge.reports().empty());
 }
 
-TEST_F(ForeignMergeTest, TakesTheStoreForTheBaseWithoutAnother)
+TEST_F(ForeignMergeTest, WithoutChangesOfTheStoresOwnLeadsToTheOtherSideAndItsOrder)
+{
+    load(test::fileLine("/a") + test::fileLine("/b") + test::fileLine("/c"));
+    const std::string theirs = test::fileLine("/new") + test::fileLine("/c", "theirs") + test::fileLine("/a");
+    ForeignMerge merge(*store, std::nullopt);
+    merge.run(rules::rulesOfText(theirs), ForeignMerge::Order::theirs);
+    store->apply(merge.change());
+    EXPECT_EQ(text(), theirs);
+}
+
+TEST_F(ForeignMergeTest, WithChangesOfTheStoresOwnKeepsItsOrder)
 {
     load(test::fileLine("/a") + test::fileLine("/b"));
-    ForeignMerge merge(*store, std::nullopt);
-    merge.run(rules::rulesOfText(test::fileLine("/b")));
+    const rules::RulesSnapshot base = store->userRulesSnapshot();
+    test::policyAt(*store, 0)->setTag("ours");
+    ForeignMerge merge(*store, base);
+    merge.run(rules::rulesOfText(test::fileLine("/new") + test::fileLine("/b") + test::fileLine("/a")),
+        ForeignMerge::Order::theirs);
     store->apply(merge.change());
-    EXPECT_EQ(text(), test::fileLine("/b"));
+    EXPECT_EQ(text(), test::fileLine("/a", "ours") + test::fileLine("/b") + test::fileLine("/new"));
 }
 
 TEST_F(ForeignMergeTest, ReportsATagThatBothSidesHaveSet)
@@ -61,7 +75,7 @@ TEST_F(ForeignMergeTest, ReportsATagThatBothSidesHaveSet)
     const rules::RulesSnapshot base = store->userRulesSnapshot();
     test::policyAt(*store, 0)->setTag("ours");
     ForeignMerge merge(*store, base);
-    merge.run(rules::rulesOfText(test::fileLine("/a", "theirs")));
+    merge.run(rules::rulesOfText(test::fileLine("/a", "theirs")), ForeignMerge::Order::ours);
     ASSERT_EQ(merge.reports().size(), 1U);
     EXPECT_EQ(merge.reports()[0].kind, rules::MergeReport::tagSetOnBothSides);
     EXPECT_TRUE(merge.change().isEmpty());
@@ -74,7 +88,8 @@ TEST_F(ForeignMergeTest, RunsWhileTheStoreChangesAndIsNoLongerForIt)
         all += test::fileLine("/" + std::to_string(number));
     load(all);
     ForeignMerge merge(*store, std::nullopt);
-    std::thread other([&] { merge.run(rules::rulesOfText(all + test::fileLine("/theirs"))); });
+    std::thread other(
+        [&] { merge.run(rules::rulesOfText(all + test::fileLine("/theirs")), ForeignMerge::Order::ours); });
     for (int number = 0; number < 500; ++number) {
         test::policyAt(*store, 0)->setTag(std::to_string(number));
         store->userRulesSnapshot();
@@ -88,7 +103,7 @@ TEST_F(ForeignMergeTest, IsForAStoreWithoutRules)
 {
     load("");
     ForeignMerge merge(*store, std::nullopt);
-    merge.run(rules::rulesOfText(test::fileLine("/theirs")));
+    merge.run(rules::rulesOfText(test::fileLine("/theirs")), ForeignMerge::Order::ours);
     ASSERT_TRUE(merge.isFor(*store));
     store->apply(merge.change());
     EXPECT_EQ(text(), test::fileLine("/theirs"));
