@@ -33,8 +33,6 @@ public:
 
     bool contains(const void* address) const { return m_places[placeOf(address)] != nullptr; }
 
-    std::size_t size() const { return m_size; }
-
 private:
     static constexpr unsigned bitsOfHash = 64;
     static constexpr std::size_t fewestPlaces = 16;

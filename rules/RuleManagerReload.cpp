@@ -1,6 +1,7 @@
 #include "rules/PreparedReload.h"
 #include "rules/RuleManager.h"
 
+#include <new>
 #include <utility>
 
 // How a store is reloaded with the help of another thread.
@@ -18,7 +19,10 @@ PreparedReload::~PreparedReload() = default;
 void PreparedReload::run()
 {
     m_read->reloadCurrentUserConfiguration();
-    compareWith(*m_read->storedRows());
+    const auto read = m_read->storedRows();
+    if (read->count(true) != m_read->storedRules())
+        throw std::bad_alloc(); // there was no memory for the rows
+    compareWith(*read);
     m_read->dropRules();
 }
 

@@ -56,8 +56,8 @@ class RowsRefresh;
 class RulesFileFollower;
 class RulesTableModel;
 class SelectionController;
-class SlowWork;
 class SettingsWindow;
+class SlowWork;
 class TouchingWindow;
 
 // The main window: the table of all rules of a store, with a search field, a switch for the system rules,

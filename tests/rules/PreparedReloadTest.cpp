@@ -4,11 +4,13 @@
 #include "rules/RuleManager.h"
 #include "tests/rules/RandomRules.h"
 #include "tests/rules/StoreSandbox.h"
+#include "tests/support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <ctime>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -298,6 +300,37 @@ TEST(PreparedReload, TakesOverWhatWasReadBesidesTheRules)
     EXPECT_FALSE(store->unreadRules()->isFailure);
     EXPECT_EQ(store->ownFileReadings(), readings + 1);
     EXPECT_TRUE(KnownFile(store->ownFile()).isStillThere());
+}
+
+TEST(PreparedReload, TakesOverWhyAFileCouldNotBeRead)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a"));
+    const auto store = sandbox.load();
+    EXPECT_TRUE(store->readFailures().empty());
+    std::filesystem::create_directories(sandbox.locations.preferencesFile());
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    ASSERT_EQ(store->readFailures().size(), 1U);
+    EXPECT_NE(store->readFailures()[0].find(sandbox.locations.preferencesFile()), std::string::npos);
+}
+
+TEST(PreparedReload, LogsTheLinesThatItReads)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a"));
+    test::CapturedLog log;
+    const auto store = sandbox.load(log.log());
+    sandbox.writeUserRules(line("/a") + line("/added"));
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    const auto lines = log.lines();
+    const auto linesAbout = [&lines](const std::string& path) {
+        return std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
+            return line.starts_with("policy class 0")
+                && line.find(" path " + path + " ") != std::string::npos;
+        });
+    };
+    EXPECT_EQ(linesAbout("/a"), 2);
+    EXPECT_EQ(linesAbout("/added"), 1);
 }
 
 TEST(PreparedReload, ARuleThatOnlyASystemFileHasNowIsLeftToAReload)
