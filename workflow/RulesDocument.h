@@ -193,7 +193,8 @@ private:
     void noteFileRead();
     void makeSnapshotReady() const;
     void takeRestored();
-    void reportReload(ReloadCause cause, std::size_t rulesBefore, std::function<std::size_t()> countLost);
+    void announceReload();
+    void recordForeignChange(std::size_t rulesBefore, std::function<std::size_t()> countLost);
     std::optional<std::int64_t> followingVersion() const;
     void reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 

@@ -1,5 +1,6 @@
 #include "workflow/RulesDocument.h"
 
+#include "rules/AddressSet.h"
 #include "rules/PreparedReload.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesText.h"
@@ -10,7 +11,6 @@
 #include <new>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -23,23 +23,33 @@ namespace {
 std::size_t countOfMissing(
     const std::vector<rules::RuleRef>& before, const std::vector<rules::RuleRef>& after)
 {
-    std::unordered_set<const void*> present;
+    rules::AddressSet present(after.size());
     for (const rules::RuleRef& rule : after)
         present.insert(addressOf(rule));
     return static_cast<std::size_t>(std::count_if(before.begin(), before.end(),
         [&](const rules::RuleRef& rule) { return !present.contains(addressOf(rule)); }));
 }
 
-// Of the user's rules. One that has moved was removed and added again.
-std::size_t countOfRemoved(const rules::ChangeSet& done)
+// What has come and gone: a rule that only moves is removed and added again.
+rules::ChangeSet withoutMoves(rules::ChangeSet change)
 {
-    std::unordered_set<const void*> added;
-    for (const rules::ChangeSet::Addition& addition : done.added)
-        added.insert(addressOf(addition.rule));
-    return static_cast<std::size_t>(std::count_if(
-        done.removed.begin(), done.removed.end(), [&](const rules::ChangeSet::Removal& removal) {
-            return !isSystemRule(removal.rule) && !added.contains(addressOf(removal.rule));
-        }));
+    rules::AddressSet removed(change.removed.size());
+    for (const rules::ChangeSet::Removal& removal : change.removed)
+        removed.insert(addressOf(removal.rule));
+    rules::AddressSet moved;
+    std::erase_if(change.added, [&](const rules::ChangeSet::Addition& addition) {
+        return removed.contains(addressOf(addition.rule)) && moved.insert(addressOf(addition.rule));
+    });
+    std::erase_if(change.removed,
+        [&](const rules::ChangeSet::Removal& removal) { return moved.contains(addressOf(removal.rule)); });
+    return change;
+}
+
+std::size_t countOfLostUserRules(const rules::ChangeSet& done)
+{
+    const auto removed = withoutMoves(done).removed;
+    return static_cast<std::size_t>(std::count_if(removed.begin(), removed.end(),
+        [](const rules::ChangeSet::Removal& removal) { return !isSystemRule(removal.rule); }));
 }
 
 } // namespace
@@ -128,7 +138,7 @@ void RulesDocument::takeIn(const ForeignMerge& merge)
     const rules::ChangeSet done = applied(merge.change());
     if (m_observer != nullptr)
         m_observer->rulesWereMerged(done);
-    reportMerge(done, merge.reports());
+    reportMerge(withoutMoves(done), merge.reports());
     m_rulesInFile = merge.theirs();
     forgetSteps();
     joinOrders();
@@ -220,10 +230,16 @@ void RulesDocument::mergePresentFile()
 
 void RulesDocument::reloadAtOnce(ReloadCause cause)
 {
+    if (cause == ReloadCause::ownWrite) {
+        readRules();
+        return announceReload();
+    }
     const std::vector<rules::RuleRef> before = m_store.userRules();
     readRules();
-    reportReload(cause, before.size(),
-        [before, after = m_store.userRules()] { return countOfMissing(before, after); });
+    forgetSteps();
+    announceReload();
+    recordForeignChange(
+        before.size(), [before, after = m_store.userRules()] { return countOfMissing(before, after); });
 }
 
 // The store is in use meanwhile. When its rules change, those in the file are merged into them instead.
@@ -237,8 +253,12 @@ void RulesDocument::reloadInBackground(ReloadCause cause)
         [this, prepared, cause, stored = m_store.storedRows()] {
             if (auto done = m_store.finishReload(*prepared)) {
                 noteFileRead();
-                reportReload(
-                    cause, stored->count(false), [done = std::move(*done)] { return countOfRemoved(done); });
+                if (cause == ReloadCause::ownWrite)
+                    return announceReload();
+                forgetSteps();
+                announceReload();
+                recordForeignChange(
+                    stored->count(false), [done = std::move(*done)] { return countOfLostUserRules(done); });
             } else if (!m_orders.empty()) {
                 return; // the file is merged before they are written
             } else if (m_store.hasExactly(*stored)) {

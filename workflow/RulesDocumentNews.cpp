@@ -79,15 +79,15 @@ void RulesDocument::lookAtFile()
         .shownFrom = followingVersion()});
 }
 
-// Another program's version is recorded as soon as it is noticed, so that it can be reverted.
-void RulesDocument::reportReload(
-    ReloadCause cause, std::size_t rulesBefore, std::function<std::size_t()> countLost)
+void RulesDocument::announceReload()
 {
     if (m_observer != nullptr)
         m_observer->rulesWereReloaded();
-    if (cause == ReloadCause::ownWrite)
-        return;
-    forgetSteps();
+}
+
+// Another program's version is recorded as soon as it is noticed, so that it can be reverted.
+void RulesDocument::recordForeignChange(std::size_t rulesBefore, std::function<std::size_t()> countLost)
+{
     struct Found {
         UserRulesFile::PresentVersion present;
         std::size_t lost = 0;

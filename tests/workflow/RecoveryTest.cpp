@@ -146,6 +146,18 @@ TEST_F(Recovery, WritesWhatAnotherProgramDidSinceAndWhatWasMeant)
     EXPECT_FALSE(history::Journal::mayBeUnderWay(box.folder.path("state"), path()));
 }
 
+TEST_F(Recovery, TakesTheOrderOfTheFileOverAndCallsNoMovedRuleLost)
+{
+    box.writeUserRules(before);
+    test::DocumentAtWork window(box);
+    const std::string moved = lineAbout("/new") + lineAbout("/c") + lineAbout("/b") + lineAbout("/a");
+    cutShort(before, moved, moved);
+    window.document->recover();
+    EXPECT_EQ(test::rowPaths(*window.store), (std::vector<std::string>{"/new", "/c", "/b", "/a"}));
+    EXPECT_EQ(window.newsOf(Kind::rulesLost), std::vector<std::string>());
+    EXPECT_EQ(window.newsOf(Kind::merged), std::vector<std::string>{"1 rule of another program was kept."});
+}
+
 TEST_F(Recovery, ComesBeforeTheNextChange)
 {
     cutShort(before, meant, meant.substr(0, 60));
