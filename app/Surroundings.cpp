@@ -3,9 +3,13 @@
 #include "app/QVPreferencesWindow.h"
 #include "history/JournalPlace.h"
 #include "platform/Log.h"
+#include "windows/LoadingWindow.h"
 #include "windows/QtText.h"
 
+#include <QCoreApplication>
+
 #include <cstdlib>
+#include <new>
 
 namespace quorvane::app {
 
@@ -21,7 +25,29 @@ workflow::ReadProgramSettings readSettings(platform::Log& log)
     return read;
 }
 
+// The first snapshot of the rules visits all of them, too.
+void load(const platform::Locations& locations, platform::Log& log)
+{
+    try {
+        rules::RuleManager::sharedManager(locations, log).userRulesSnapshot();
+    } catch (const std::bad_alloc&) {
+        return; // made when needed, or the failure is reported then
+    }
+}
+
 } // namespace
+
+bool loadStore(
+    const platform::Locations& locations, platform::Log& log, const desktop::EndRequests& endRequests)
+{
+    windows::LoadingWindow window(windows::toQt(locations.noticeIconFile()),
+        QCoreApplication::applicationName(),
+        QCoreApplication::translate("quorvane::app::Surroundings", "Reading the rules…"));
+    QObject::connect(
+        &endRequests, &desktop::EndRequests::endRequested, &window, &windows::LoadingWindow::reject);
+    window.run([&] { load(locations, log); });
+    return !window.hasQuit();
+}
 
 Surroundings::Surroundings(
     const platform::Locations& locations, platform::Log& givenLog, bool openedWithOptions)

@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "desktop/DesktopAuthority.h"
 #include "desktop/DesktopNotices.h"
+#include "desktop/EndRequests.h"
 #include "desktop/PkexecCommand.h"
 #include "desktop/Workspace.h"
 #include "platform/RunningApplications.h"
@@ -16,6 +17,11 @@
 #include <string>
 
 namespace quorvane::app {
+
+// Creates the process-wide store on another thread. Handles events meanwhile and, when it takes long, shows a
+// window that says so. False when the end of the program was requested in the meantime.
+bool loadStore(
+    const platform::Locations& locations, platform::Log& log, const desktop::EndRequests& endRequests);
 
 // Creates and owns everything that the windows depend on. Must outlive them; create one per process, after
 // QApplication. User interface thread only.

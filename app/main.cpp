@@ -71,8 +71,10 @@ int main(int argumentCount, char** arguments)
     const auto log = quorvane::platform::makeProgramLog("quorvane-configuration", true);
     const bool openedWithOptions
         = std::find(allArguments.begin(), allArguments.end(), "-preferences") != allArguments.end();
-    quorvane::app::Surroundings around(
-        quorvane::platform::Locations::fromEnvironment(), *log, openedWithOptions);
+    const auto locations = quorvane::platform::Locations::fromEnvironment();
+    if (!quorvane::app::loadStore(locations, *log, endRequests))
+        return EXIT_SUCCESS;
+    quorvane::app::Surroundings around(locations, *log, openedWithOptions);
     QObject::connect(&endRequests, &quorvane::desktop::EndRequests::endRequested, &around.delegate,
         &quorvane::app::AppDelegate::terminate);
     quorvane::windows::RulesEditorTableController mainWindow(

@@ -19,10 +19,17 @@ User::User(const std::string& file, std::string folder)
     fs::create_directories(fs::path(m_locations.userRulesFile()).parent_path());
     fs::copy_file(file, m_locations.userRulesFile());
     m_store = rules::RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
-    m_document = std::make_unique<workflow::RulesDocument>(*m_store, m_run,
-        workflow::DocumentOwner{
-            .program = "bench", .stateFolder = stateFolder(), .background = &m_background},
-        m_log);
+    m_store->userRulesSnapshot();
+}
+
+workflow::RulesDocument& User::document()
+{
+    if (!m_document)
+        m_document = std::make_unique<workflow::RulesDocument>(*m_store, m_run,
+            workflow::DocumentOwner{
+                .program = "bench", .stateFolder = stateFolder(), .background = &m_background},
+            m_log);
+    return *m_document;
 }
 
 int runWindowBench(const char* name, int argumentCount, char** arguments,

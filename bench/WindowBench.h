@@ -17,6 +17,7 @@ namespace quorvane::bench {
 // made when it is missing.
 class User {
 public:
+    // Loads the rules, as the program does on another thread.
     User(const std::string& file, std::string folder);
 
     const platform::Locations& locations() const { return m_locations; }
@@ -25,7 +26,8 @@ public:
     workflow::RunState& run() { return m_run; }
     windows::BackgroundThread& background() { return m_background; }
     rules::RuleManager& store() { return *m_store; }
-    workflow::RulesDocument& document() { return *m_document; }
+    // Made at the first call.
+    workflow::RulesDocument& document();
 
 private:
     const std::string m_folder;

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int signSize = 48;
 constexpr int textWidth = 420;
+constexpr int buttonsRow = 3;
 
 QLabel* textLabel()
 {
@@ -35,7 +36,8 @@ void showText(QLabel& label, const QString& text)
 } // namespace
 
 MessageWindow::MessageWindow(const QString& iconFile)
-    : m_header(textLabel())
+    : m_layout(new QGridLayout(this))
+    , m_header(textLabel())
     , m_message(textLabel())
     , m_buttons(new QDialogButtonBox)
 {
@@ -48,15 +50,19 @@ MessageWindow::MessageWindow(const QString& iconFile)
     bold.setBold(true);
     m_header->setFont(bold);
 
-    auto* layout = new QGridLayout(this);
     constexpr int margin = 20;
-    layout->setContentsMargins(margin, margin, margin, margin);
-    layout->setHorizontalSpacing(margin);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(image, 0, 0, 2, 1, Qt::AlignTop);
-    layout->addWidget(m_header, 0, 1);
-    layout->addWidget(m_message, 1, 1);
-    layout->addWidget(m_buttons, 2, 0, 1, 2);
+    m_layout->setContentsMargins(margin, margin, margin, margin);
+    m_layout->setHorizontalSpacing(margin);
+    m_layout->setSizeConstraint(QLayout::SetFixedSize);
+    m_layout->addWidget(image, 0, 0, 2, 1, Qt::AlignTop);
+    m_layout->addWidget(m_header, 0, 1);
+    m_layout->addWidget(m_message, 1, 1);
+    m_layout->addWidget(m_buttons, buttonsRow, 0, 1, 2);
+}
+
+void MessageWindow::addBelowMessage(QWidget& widget)
+{
+    m_layout->addWidget(&widget, buttonsRow - 1, 1);
 }
 
 void MessageWindow::setTexts(const QString& header, const QString& message)

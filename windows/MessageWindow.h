@@ -3,6 +3,7 @@
 #include <QDialog>
 
 class QDialogButtonBox;
+class QGridLayout;
 class QLabel;
 
 namespace quorvane::windows {
@@ -18,7 +19,12 @@ public:
     void setTexts(const QString& header, const QString& message);
     QDialogButtonBox& buttons() { return *m_buttons; }
 
+protected:
+    // Between message and buttons; the window owns it. Call it once at most.
+    void addBelowMessage(QWidget& widget);
+
 private:
+    QGridLayout* m_layout;
     QLabel* m_header;
     QLabel* m_message;
     QDialogButtonBox* m_buttons;

@@ -1056,6 +1056,13 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
     </message>
 </context>
 <context>
+    <name>quorvane::app::Surroundings</name>
+    <message>
+        <source>Reading the rules…</source>
+        <translation>Die Regeln werden gelesen…</translation>
+    </message>
+</context>
+<context>
     <name>quorvane::windows::AccessModel</name>
     <message>
         <source>%1 via %2</source>
@@ -1571,6 +1578,13 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
     <message>
         <source>The selected rules have no problem.</source>
         <translation>Die ausgewählten Regeln haben kein Problem.</translation>
+    </message>
+</context>
+<context>
+    <name>quorvane::windows::LoadingWindow</name>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
     </message>
 </context>
 <context>

@@ -1,9 +1,12 @@
+import contextlib
+import fcntl
 import os
 import shutil
+import signal
 import subprocess
 
 from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually, settled
-from rules_window import PATH, DesktopTest
+from rules_window import PATH, DesktopTest, RulesWindow
 
 NOTICE = "Error Loading Configuration"
 
@@ -37,6 +40,37 @@ class StartUp(DesktopTest):
     def test_starts_in_the_plain_locale_and_without_a_home(self):
         window = self.open_with("allow path /é any r", LC_ALL="C", HOME="", XDG_CONFIG_HOME="")
         self.assertEqual(window.column(PATH), ["/é"])
+
+
+class SlowStart(DesktopTest):
+    """Another program is writing the rules file, for which a start waits two seconds."""
+
+    @contextlib.contextmanager
+    def started_while_written(self):
+        self.sandbox.write_user("allow path /a any r")
+        with open(self.sandbox.user_file, encoding="ascii") as held:
+            fcntl.flock(held, fcntl.LOCK_EX)
+            process = self.start()
+            self.desk.hands("search", "--sync", "--onlyvisible", "--name", "^Quorvane Configuration$")
+            yield process
+
+    def test_a_small_window_says_that_the_rules_are_read(self):
+        with self.started_while_written() as process:
+            pass
+        window = RulesWindow(self.desk, process)
+        self.assertEqual(window.column(PATH), ["/a"])
+        self.assertEqual([node.role for node in window.program.children() if node.has(SHOWING)], ["frame"])
+
+    def test_a_request_to_end_counts_meanwhile(self):
+        with self.started_while_written() as process:
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual(process.wait(PATIENCE), 0)
+        self.assertNotIn("error on load", self.log())
+
+    def test_the_program_ends_when_the_user_does_not_wait(self):
+        with self.started_while_written() as process:
+            self.desk.press("Escape")
+            self.assertEqual(process.wait(PATIENCE), 0)
 
 
 class UnusableConfiguration(DesktopTest):

@@ -1,6 +1,7 @@
 #include "tests/pictures/MainWindowPictures.h"
 #include "windows/AuthenticationWindow.h"
 #include "windows/ForgetQuestion.h"
+#include "windows/LoadingWindow.h"
 #include "windows/NoticeWindow.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/ProblemsPanel.h"
@@ -9,6 +10,7 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QTimer>
 #include <QTreeView>
 
@@ -120,7 +122,15 @@ TEST(MessagePictures, ShowANoticeAndAnAuthentication)
     windows::AuthenticationWindow authentication(QStringLiteral("/nonexistent"));
     authentication.ask(platform::Awaited::finger, "save the preferences", [] {});
     ASSERT_TRUE(QTest::qWaitForWindowActive(&authentication));
-    EXPECT_TRUE(looksAsKept("messages", stacked({pictureOf(notice), pictureOf(authentication)})));
+    windows::LoadingWindow loading(QStringLiteral("/nonexistent"), QStringLiteral("Quorvane Configuration"),
+        QStringLiteral("Reading the rules…"));
+    auto* busy = loading.findChild<QProgressBar*>();
+    busy->setRange(0, 2); // a busy one moves
+    busy->setValue(1);
+    loading.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&loading));
+    EXPECT_TRUE(
+        looksAsKept("messages", stacked({pictureOf(notice), pictureOf(authentication), pictureOf(loading)})));
 }
 
 TEST(MessagePictures, ShowAQuestion)

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "windows/MessageWindow.h"
+
+#include <functional>
+
+namespace quorvane::windows {
+
+// A small window that says what the program loads before it can show its own, for loads that take long
+// (0.3 s). User interface thread only.
+class LoadingWindow : public MessageWindow {
+    Q_OBJECT
+public:
+    // `header`: the title, too. `message`: what is being loaded.
+    LoadingWindow(const QString& iconFile, const QString& header, const QString& message);
+
+    // Runs `load`, which must not throw, on another thread. Handles events until it has returned; when it
+    // takes long, the window is visible until then, or until the user quits.
+    void run(const std::function<void()>& load);
+
+    // True when the user does not want to wait. The load goes on nevertheless.
+    bool hasQuit() const { return m_hasQuit; }
+
+private:
+    bool m_hasQuit = false;
+};
+
+} // namespace quorvane::windows
