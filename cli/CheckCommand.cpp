@@ -10,6 +10,8 @@
 #include "rules/RulesFile.h"
 #include "workflow/FileFindings.h"
 
+#include <functional>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -95,7 +97,7 @@ public:
             const rules::RulesFileText text = rules::RulesFileText::read(file, m_context.lockTimeout);
             const auto problem = whyUnread(file, text);
             const auto store = workflow::storeOfText(text.text(), m_context.locations, m_context.log);
-            check(*store, text.bytes(), file, checked);
+            useFileFindings(*store, text.bytes(), m_search, appendTo(checked, file));
             if (problem)
                 addProblem(*problem, checked);
         } catch (const std::bad_alloc&) {
@@ -105,29 +107,27 @@ public:
         return checked;
     }
 
-    // Checks the rules of a store, and the bytes of its file. `file` is the name as given.
-    void check(const rules::RuleManager& store, std::string_view bytes,
-        const std::optional<std::string>& file, CheckedFile& checked) const
+    // The current user's configuration. The file is read before its rules, since both together would take
+    // half as much memory again.
+    CheckedFile checkConfiguration() const
     {
-        const std::string address
-            = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";
-        const std::string before = m_output == nullptr ? printable(*file) + ": " : "";
-        const auto append = [&](std::string& out, const workflow::FileFinding& finding) {
-            if (m_form == Form::json)
-                appendJson(out, file, finding);
-            else if (m_form == Form::text)
-                appendText(out, before, finding);
-            else
-                out.append(checked.isFaultless ? "" : ",\n").append(sarifResult(address, finding));
-        };
-        useFileFindings(store, bytes, m_search, [&](const workflow::FileFinding& finding) {
-            append(checked.printed, finding);
-            checked.isFaultless = false;
-            if (m_output == nullptr)
-                return;
-            m_output->write(checked.printed);
-            checked.printed.clear();
-        });
+        CheckedFile checked;
+        auto text = std::make_unique<rules::RulesFileText>(
+            rules::RulesFileText::read(m_context.locations.userRulesFile(), m_context.lockTimeout));
+        const std::optional<std::string> unreadReason = text->unreadReason();
+        const auto joined = joinedLineFindings(text->bytes(), m_search);
+        if (!m_search.withLines)
+            text.reset();
+        const OpenedStore opened = openStore({}, m_context);
+        const auto append = appendTo(checked, std::nullopt);
+        useRowFindings(opened.store, text ? text->bytes() : "", m_search, append);
+        for (const workflow::FileFinding& finding : joined)
+            append(finding);
+        if (opened.isComplete && !opened.hasFailed)
+            return checked;
+        addProblem(unreadReason.value_or("not all rules could be read"), checked);
+        checked.areProblemsReported = true;
+        return checked;
     }
 
 private:
@@ -135,6 +135,29 @@ private:
     {
         checked.problems.push_back(std::move(problem));
         checked.isFaultless = false;
+    }
+
+    // What appends a finding, or prints it where it can be. `file` is the name as given.
+    std::function<void(const workflow::FileFinding&)> appendTo(
+        CheckedFile& checked, const std::optional<std::string>& file) const
+    {
+        const std::string address
+            = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";
+        const std::string before = m_output == nullptr ? printable(*file) + ": " : "";
+        return [this, &checked, file, address, before](const workflow::FileFinding& finding) {
+            std::string& out = checked.printed;
+            if (m_form == Form::json)
+                appendJson(out, file, finding);
+            else if (m_form == Form::text)
+                appendText(out, before, finding);
+            else
+                out.append(checked.isFaultless ? "" : ",\n").append(sarifResult(address, finding));
+            checked.isFaultless = false;
+            if (m_output == nullptr)
+                return;
+            m_output->write(out);
+            out.clear();
+        };
     }
 
     const CommandContext& m_context;
@@ -213,7 +236,7 @@ public:
         const Checker checker(
             context, form, m_files.size() > 1 ? nullptr : &printer.output(), {m_kinds, *place});
         if (m_files.empty())
-            printer.print(context.locations.userRulesFile(), checkConfiguration(checker, context));
+            printer.print(context.locations.userRulesFile(), checker.checkConfiguration());
         platform::makeInOrder(
             m_files.size(), [&](std::size_t number) { return checker.checkNamed(m_files[number]); },
             [&](std::size_t number, const CheckedFile& checked) { printer.print(m_files[number], checked); });
@@ -221,21 +244,6 @@ public:
     }
 
 private:
-    static CheckedFile checkConfiguration(const Checker& checker, const CommandContext& context)
-    {
-        CheckedFile checked;
-        const OpenedStore opened = openStore({}, context);
-        const rules::RulesFileText text
-            = rules::RulesFileText::read(context.locations.userRulesFile(), context.lockTimeout);
-        checker.check(opened.store, text.bytes(), std::nullopt, checked);
-        if (opened.isComplete && !opened.hasFailed)
-            return checked;
-        checked.problems.push_back(text.unreadReason().value_or("not all rules could be read"));
-        checked.areProblemsReported = true;
-        checked.isFaultless = false;
-        return checked;
-    }
-
     bool m_asJson = false;
     bool m_asSarif = false;
     FindingOptions m_findings;

@@ -145,7 +145,7 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         return false;
     }
     const std::string file(path.view());
-    const RulesFileText contents = RulesFileText::read(file, m_wait);
+    RulesFileText contents = RulesFileText::read(file, m_wait);
     m_lastUnreadReason = contents.unreadReason();
     m_lastFile = KnownFile::of(file, contents);
     if (contents.errorMessage()) {
@@ -159,11 +159,14 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         m_log.write("failed to load contents of " + file);
         return true;
     }
-    return addText(contents.text(), file, shouldLabelAsSystemRules);
+    return addText(contents.text(), file, shouldLabelAsSystemRules,
+        [&contents](std::string_view part) { contents.discard(part); });
 }
 
-// Adds the rules of `text`, the current or future contents of `file`.
-bool RuleManager::addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules)
+// Adds the rules of `text`, the current or future contents of `file`. What has been read of it is discarded,
+// or text and rules of a long file would be in memory together.
+bool RuleManager::addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules,
+    const std::function<void(std::string_view)>& discard)
 {
     const bool optionsAllowed = file.starts_with(m_locations.mainSystemRulesFile())
         || file.starts_with(m_locations.paranoidSystemRulesFile());
@@ -172,7 +175,8 @@ bool RuleManager::addText(std::string_view text, const std::string& file, bool s
         if (file == m_locations.failSafeFile())
             reading.mergeAsFailSafe();
         useParsedLines(
-            text, {shouldLabelAsSystemRules, optionsAllowed}, [&](ParsedLine& line) { reading.store(line); });
+            text, {shouldLabelAsSystemRules, optionsAllowed}, [&](ParsedLine& line) { reading.store(line); },
+            discard);
     } catch (const std::bad_alloc&) {
         m_lastErrorMessage = "Internal error: unable to allocate memory";
         return false;

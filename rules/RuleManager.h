@@ -218,7 +218,8 @@ private:
 
     void reloadAs(const std::function<void()>& readUserRules);
     void readOwnFile(const NullableText& path, bool shouldLabelAsSystemRules);
-    bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules);
+    bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules,
+        const std::function<void(std::string_view)>& discard = {});
     void readSelectedSystemFiles();
     void dropRules();
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);

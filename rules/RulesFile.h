@@ -34,6 +34,10 @@ public:
     // Up to the first NUL byte; always valid UTF-8. Valid as long as this object.
     std::string_view text() const { return m_text; }
 
+    // Returns the memory of a part of the text to the system; what text() and bytes() hold there is undefined
+    // from then on. For a reader that goes through a long text once.
+    void discard(std::string_view part);
+
     // All bytes read, even of a file that is not UTF-8. Valid as long as this object.
     std::string_view bytes() const { return {m_bytes.get(), m_size}; }
 

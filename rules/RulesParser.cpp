@@ -35,15 +35,17 @@ struct Worker {
         : parser(kind, usualLength)
     {
     }
-    void start(std::string_view chunk, std::launch policy)
+    void start(std::string_view next, std::launch policy)
     {
-        records = std::async(policy, [this, chunk, out = std::exchange(room, {})]() mutable {
-            parser.parse(chunk, out);
+        chunk = next;
+        records = std::async(policy, [this, next, out = std::exchange(room, {})]() mutable {
+            parser.parse(next, out);
             return std::move(out);
         });
     }
 
     RulesParser parser;
+    std::string_view chunk;
     std::future<std::vector<ParsedLine>> records;
     std::vector<ParsedLine> room; // empty; its memory serves again
 };
@@ -99,7 +101,8 @@ void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
     }
 }
 
-void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use)
+void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use,
+    const std::function<void(std::string_view)>& discard)
 {
     // std::async falls back to the calling thread when no thread can be created.
     const bool isLong = text.size() > 2 * chunkLength;
@@ -112,6 +115,8 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
     for (std::size_t next = 0; busy > 0; next = (next + 1) % workers.size()) {
         Worker& worker = workers[next];
         std::vector<ParsedLine> records = worker.records.get();
+        if (discard)
+            discard(worker.chunk);
         if (text.empty())
             --busy;
         else

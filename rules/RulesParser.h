@@ -53,7 +53,9 @@ private:
 };
 
 // Passes the content of every line of `text` to `use`, in order and on the calling thread. Chunks of a long
-// text are parsed in parallel, on threads that have ended when the call returns.
-void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use);
+// text are parsed in parallel, on threads that have ended when the call returns. Each part of it that is not
+// needed any more is passed to `discard`, if there is one.
+void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use,
+    const std::function<void(std::string_view)>& discard = {});
 
 } // namespace quorvane::rules

@@ -61,17 +61,6 @@ private:
     std::unordered_map<const void*, std::size_t> m_lines;
 };
 
-void useJoinedLines(std::string_view bytes, const std::function<void(const FileFinding&)>& use)
-{
-    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
-        use({.kind = FindingKind::joined,
-            .line = line.number,
-            .rule = std::string(line.text),
-            .text = "This line holds " + std::to_string(line.rules.size())
-                + " rules: a write of the file was cut short there."});
-    }
-}
-
 } // namespace
 
 std::unique_ptr<rules::RuleManager> storeOfText(
@@ -89,7 +78,7 @@ std::unique_ptr<rules::RuleManager> storeOfText(
     return store;
 }
 
-void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
+void useRowFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
     const std::function<void(const FileFinding&)>& use)
 {
     const RowFindings findings(store, false, search.findings);
@@ -115,8 +104,29 @@ void useFileFindings(const rules::RuleManager& store, std::string_view bytes, co
             use(found);
         }
     }
-    if (search.findings.kinds.contains(FindingKind::joined))
-        useJoinedLines(bytes, use);
+}
+
+std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search)
+{
+    std::vector<FileFinding> findings;
+    if (!search.findings.kinds.contains(FindingKind::joined))
+        return findings;
+    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
+        findings.push_back({.kind = FindingKind::joined,
+            .line = line.number,
+            .rule = std::string(line.text),
+            .text = "This line holds " + std::to_string(line.rules.size())
+                + " rules: a write of the file was cut short there."});
+    }
+    return findings;
+}
+
+void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
+    const std::function<void(const FileFinding&)>& use)
+{
+    useRowFindings(store, bytes, search, use);
+    for (const FileFinding& finding : joinedLineFindings(bytes, search))
+        use(finding);
 }
 
 } // namespace quorvane::workflow

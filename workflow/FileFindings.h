@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The findings of a whole rules file, in words. Any thread; one store belongs to one thread.
 
@@ -34,8 +35,15 @@ struct FileSearch {
     bool withLines = false; // also find the lines of the rules
 };
 
-// Calls `use` with every finding of the user's rules in the store, by row, then by kind; and then with the
-// joined lines of `bytes`, the contents of the file. Throws std::bad_alloc.
+// Calls `use` with every finding of the user's rules in the store, by row, then by kind. `bytes`: the
+// contents of the file; only used when the lines of the rules are searched for. Throws std::bad_alloc.
+void useRowFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
+    const std::function<void(const FileFinding&)>& use);
+
+// The joined lines of the file, if they are searched for. Throws std::bad_alloc.
+std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search);
+
+// Both, in this order.
 void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
     const std::function<void(const FileFinding&)>& use);
 

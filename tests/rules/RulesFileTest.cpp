@@ -8,14 +8,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvane::rules {
 
@@ -241,6 +246,35 @@ TEST_F(RulesFileTextTest, FailsOnAnErrorAndLeavesTheDescriptorOpenWithoutItsLock
     EXPECT_EQ(readErrorFrom(0), EIO);
     EXPECT_EQ(openDescriptors(), before + 1) << "deliberate";
     EXPECT_TRUE(platform::FileLock::take(path, platform::LockMode::exclusive, never).isHeld());
+}
+
+TEST_F(RulesFileTextTest, ReturnsTheMemoryOfADiscardedPartOnly)
+{
+    constexpr std::size_t pages = 64;
+    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    std::string rules;
+    while (rules.size() < pages * pageSize)
+        rules += oneRule;
+    RulesFileText text = RulesFileText::read(folder.write("long", rules));
+    const std::size_t begin = 10 * pageSize + 7;
+    const std::size_t end = 40 * pageSize - 3;
+    text.discard(text.text().substr(begin, end - begin));
+
+    std::array<unsigned char, pages + 1> areResident{};
+    const auto firstPage = reinterpret_cast<std::uintptr_t>(text.bytes().data()) / pageSize * pageSize;
+    ASSERT_EQ(mincore(reinterpret_cast<void*>(firstPage), pages * pageSize, areResident.data()), 0);
+    const auto resident = std::count_if(
+        areResident.begin(), areResident.begin() + pages, [](unsigned char page) { return (page & 1) != 0; });
+    EXPECT_LE(resident, pages - 28);
+    EXPECT_EQ(text.text().substr(0, begin), rules.substr(0, begin));
+    EXPECT_EQ(text.text().substr(end), rules.substr(end));
+}
+
+TEST_F(RulesFileTextTest, KeepsTheBytesAroundADiscardedPartOfLessThanAPage)
+{
+    RulesFileText text = RulesFileText::read(path);
+    text.discard(text.text().substr(3, 5));
+    EXPECT_EQ(text.text(), oneRule);
 }
 
 } // namespace quorvane::rules
