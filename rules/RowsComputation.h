@@ -50,8 +50,9 @@ public:
     bool knows(const RowNumbers& numbers) const { return m_known == m_rules.size() && hasRules(numbers); }
     // True when its numbers are theirs: they were not renumbered since.
     bool isOf(const RowNumbers& numbers) const { return m_rules.sharesElementsWith(numbers.rules()); }
-    // True when a run would sort or search all of these rules, which takes long if they are many.
-    bool wouldVisitAll(const RowNumbers& numbers) const;
+    // True when a run would sort or search all of these rules, or thousands of new ones. Either takes long if
+    // all are many.
+    bool takesLong(const RowNumbers& numbers) const;
 
     // Drops all that refers to numbers given so far. The rows stay.
     void forgetNumbers();

@@ -270,7 +270,7 @@ std::optional<RowsComputation> RuleStore::longComputation(std::size_t manyRules)
         return std::nullopt;
     if (m_numbers.mustStartAfresh()) // after which all rules are sorted again
         numberAfresh();
-    return m_rows.wouldVisitAll(m_numbers) ? std::optional(followedRules()) : std::nullopt;
+    return m_rows.takesLong(m_numbers) ? std::optional(followedRules()) : std::nullopt;
 }
 
 bool RuleStore::adopt(RowsComputation computed)

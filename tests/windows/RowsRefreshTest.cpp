@@ -63,6 +63,27 @@ TEST_F(RowsRefreshTest, EndsWithTheRowsInTheStore)
     EXPECT_FALSE(refresh.start());
 }
 
+TEST_F(RowsRefreshTest, IsNeededWhenThousandsOfRulesHaveComeIntoSortedOnes)
+{
+    const auto add = [this](int rules) {
+        for (; rules > 0; --rules)
+            store.addPolicyRule(
+                test::policyRule({.path = "/new-" + std::to_string(rules), .processName = "/bin/ls"}));
+    };
+    add(3000);
+    EXPECT_FALSE(refresh.start()) << "stored order needs no sorting";
+    store.sortIndexUsingDescriptors({{rules::SortKey::path}});
+    ASSERT_TRUE(refresh.start());
+    thread.wait();
+    add(1000);
+    EXPECT_FALSE(refresh.start());
+    store.totalRules(true);
+    add(2001);
+    ASSERT_TRUE(refresh.start());
+    thread.wait();
+    EXPECT_EQ(store.totalRules(true), 27'001U);
+}
+
 // Changed rules get new numbers. When most numbers belong to none, all rules get new ones and are sorted
 // again.
 TEST_F(RowsRefreshTest, IsNeededForSortedRulesWhoseNumbersAreUsedUp)
