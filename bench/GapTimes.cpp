@@ -15,6 +15,7 @@
 #include <QWheelEvent>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -112,6 +113,12 @@ public:
             m_window.tableViewCellAction(QStringLiteral("merged"));
         });
         print("restore", [this] { m_document.restore(1); });
+        print(
+            "rest-again", [] {}, watchersDelay);
+        const std::string changed = withHalfChanged();
+        print(
+            "foreign-change-of-half", [&] { std::filesystem::rename(changed, userFile()); }, watchersDelay);
+        print("restore-of-half", [this] { m_document.restore(1); });
         print("review", [&] { m_window.handleFileImport(imported); });
         if (auto* review = m_window.findChild<windows::ImportWindowController*>())
             print("import", [review] { review->importAction(); });
@@ -123,9 +130,24 @@ public:
 private:
     void addAsAnother(const std::string& name)
     {
-        std::ofstream(m_document.store().locations().userRulesFile(), std::ios::app)
+        std::ofstream(userFile(), std::ios::app)
             << "allow prefix \"/added/by/another/program/" << name << "\" any r\n";
     }
+    // A copy of the user's file in which every other rule has another path.
+    std::string withHalfChanged() const
+    {
+        std::string copy = userFile() + ".changed";
+        std::ifstream lines(userFile());
+        std::ofstream out(copy);
+        bool isChanged = false;
+        for (std::string line; std::getline(lines, line); out << line << '\n') {
+            isChanged = !isChanged;
+            if (isChanged)
+                line.replace(line.find("\"/"), 2, "\"/changed/");
+        }
+        return copy;
+    }
+    std::string userFile() const { return m_document.store().locations().userRulesFile(); }
     int middle() const { return m_table.model()->rowCount() / 2; }
 
     workflow::RulesDocument& m_document;
@@ -154,8 +176,10 @@ void printGaps(const std::string& file, const std::string& folder)
     std::printf("load %.1f\n", load.whole());
     test::FakeApplication application;
     desktop::Workspace workspace;
+    const bench::LongestGap start;
     windows::RulesEditorTableController window(
         user.document(), application, user.run(), workspace, user.log());
+    std::printf("start %.1f\n", start.whole());
     Operations operations(user.document(), window);
     operations.print("show", [&window] { window.show(); });
     operations.printMoves();

@@ -1,25 +1,34 @@
 #pragma once
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QObject>
 
 #include <algorithm>
 
 namespace quorvane::bench {
 
-// Measures the longest time that a window took no input during an operation, and the whole time; in
+// Measures the longest time that no event was handled during an operation, and the whole time; in
 // milliseconds.
 class LongestGap {
 public:
     LongestGap() { m_whole.start(); }
 
-    // Runs work that blocks the window's thread.
+    // Runs work that blocks the window's thread, except where it handles events.
     template <class Work> void step(const Work& work)
     {
         QElapsedTimer timer;
         timer.start();
+        const auto endGap = [&] {
+            m_longest = std::max(m_longest, milliseconds(timer));
+            timer.restart();
+        };
+        const QMetaObject::Connection handling = QObject::connect(
+            QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, endGap);
         work();
-        m_longest = std::max(m_longest, milliseconds(timer));
+        QObject::disconnect(handling);
+        endGap();
     }
 
     template <class IsDone> void handleEventsUntil(const IsDone& isDone)

@@ -1,12 +1,13 @@
 #include "windows/ImportProgress.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 
 namespace quorvane::windows {
 
 namespace {
 
-constexpr int patience = 500; // milliseconds
+constexpr int patience = 300; // milliseconds
 constexpr int betweenUpdates = 40; // milliseconds
 
 } // namespace
@@ -25,7 +26,9 @@ void ImportProgress::setImported(int rules)
 {
     if (m_sinceShown.elapsed() < betweenUpdates)
         return;
-    setValue(rules);
+    setValue(rules); // processes events if it is visible
+    if (!isVisible())
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     m_sinceShown.restart();
 }
 

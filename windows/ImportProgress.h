@@ -5,8 +5,8 @@
 
 namespace quorvane::windows {
 
-// Shows the progress of an import that takes longer than half a second. Windows are painted meanwhile; input
-// to any of them is dropped. User interface thread only.
+// Shows the progress of an import that takes longer than 0.3 s. Windows are painted meanwhile; input to any
+// of them waits until the progress is visible and is dropped then. User interface thread only.
 class ImportProgress : public QProgressDialog {
     Q_OBJECT
 public:

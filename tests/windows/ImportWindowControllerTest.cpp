@@ -11,6 +11,8 @@
 #include <QMenu>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QThread>
+#include <QTimer>
 #include <QToolButton>
 
 #include <filesystem>
