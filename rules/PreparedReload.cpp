@@ -17,10 +17,6 @@ namespace quorvane::rules {
 
 namespace {
 
-// Reading again is faster than a change of more than this share of all rules (a quarter).
-constexpr std::size_t largeChange = 4;
-constexpr std::size_t smallChange = 100;
-
 bool isSystemValue(const RuleValue& rule)
 {
     return askValue(rule, [](const auto& fields) { return fields.system; });
@@ -152,9 +148,6 @@ void PreparedReload::compareWith(const RuleRows& read)
     Comparison comparison(*m_from, read);
     m_change = comparison.change();
     m_aged = comparison.takeAged();
-    const std::size_t most = m_from->count(true) / largeChange + smallChange;
-    if (m_change && m_change->removed.size() + m_change->changed.size() + m_change->added.size() > most)
-        m_change.reset();
 }
 
 } // namespace quorvane::rules

@@ -77,7 +77,7 @@ public:
     // The same in two steps, so that another thread can read and compare while this store is in use: run what
     // prepareReload() returns, then pass it to finishReload(). Rules that are in both keep their sequence
     // numbers. Returns what has changed; none, and nothing has, when rules of this store have changed in the
-    // meantime or when so many differ that reading again is faster. Null when memory runs out.
+    // meantime or no such change leads to exactly what was read. Null when memory runs out.
     std::unique_ptr<PreparedReload> prepareReload() const;
     std::optional<ChangeSet> finishReload(PreparedReload& reload);
 

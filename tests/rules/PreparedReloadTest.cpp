@@ -248,14 +248,20 @@ TEST(PreparedReload, RunsWhileTheStoreIsInUse)
     EXPECT_EQ(store->storedRules(), 2001U);
 }
 
-TEST(PreparedReload, IsNotFinishedWhenReadingAgainIsFaster)
+TEST(PreparedReload, ReplacesMostOrAllRules)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(lines(1000));
     const auto store = sandbox.load();
     sandbox.writeUserRules(lines(500));
-    EXPECT_FALSE(reloadByOtherThread(*store));
-    EXPECT_EQ(store->storedRules(), 1000U);
+    EXPECT_TRUE(reloadByOtherThread(*store));
+    EXPECT_EQ(store->storedRules(), 500U);
+
+    sandbox.writeUserRules(line("/new") + line("/newer"));
+    const auto change = reloadByOtherThread(*store);
+    ASSERT_TRUE(change);
+    EXPECT_EQ(change->removed.size(), 500U);
+    EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/new", "/newer"}));
 }
 
 TEST(PreparedReload, MakesRulesAsOldAsTheFileIsRead)
