@@ -407,6 +407,22 @@ TEST_F(ImportWindow, TellsHowFarALongImportIsAndTakesNoInputMeanwhile)
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
+TEST_F(ImportWindow, HandlesEventsBeforeItTellsHowFarAnImportIs)
+{
+    openThree();
+    bool isHandled = false;
+    QTimer::singleShot(0, [&isHandled] { isHandled = true; });
+    std::string before;
+    delegate.meanwhile = [&] {
+        EXPECT_FALSE(window->findChild<QProgressDialog*>()->isVisible());
+        if (isHandled && before.empty())
+            before = delegate.calls;
+        QThread::msleep(50); // longer than between two looks at the events
+    };
+    window->importAction();
+    EXPECT_EQ(before, "/b /a ");
+}
+
 TEST_F(ImportWindow, TogglesTheTicksOfManyRowsTogether)
 {
     std::string text;
