@@ -1,5 +1,6 @@
 #include "rules/RulesContent.h"
 
+#include "platform/MemoryPages.h"
 #include "rules/RuleLine.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ RulesContent::RulesContent(LineEnds lineEnds, std::size_t rules, std::uintmax_t 
     constexpr std::size_t mostOfUsualRule = 1024; // bytes
     const std::uintmax_t most = rules * mostOfUsualRule;
     m_bytes.reserve(std::min(bytes, most) + std::min(bytes, most) / 8); // leaves room for added rules
+    platform::useLargePages(m_bytes.data(), m_bytes.capacity());
     m_ends.reserve(rules);
 }
 
