@@ -114,8 +114,9 @@ template <typename Work> auto Journal::attempt(Access access, Work work)
 // Creates nothing for a reader: then there is no journal yet.
 bool Journal::openDatabase(Access access)
 {
-    if (m_database)
+    if (isOpenDatabaseInPlace())
         return true;
+    m_database.reset();
     std::optional<std::string> reason = m_place.refusal();
     if (!reason && !m_place.hasDatabase()) {
         if (access == Access::read)
@@ -126,7 +127,7 @@ bool Journal::openDatabase(Access access)
         fail(reason->c_str());
         return false;
     }
-    m_identity = m_place.databaseIdentity().value_or(0);
+    m_file = m_place.databaseIdentity();
     auto database = std::make_unique<Database>(m_place.databaseFile());
     const std::int64_t found = formatOf(*database);
     if (found > format) {
@@ -139,7 +140,15 @@ bool Journal::openDatabase(Access access)
         createTables(*database, m_place.watchedFile());
     checkPages(*database, m_place.sizeOnDisk());
     m_database = std::move(database);
+    ++m_openings;
     return true;
+}
+
+// A database that another process has renamed or removed can still be read. No other file has its inode
+// number while it is open.
+bool Journal::isOpenDatabaseInPlace() const
+{
+    return m_database && m_place.databaseIdentity().isSameFileAs(m_file);
 }
 
 // True when there is a database to retry with.
@@ -153,11 +162,11 @@ bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures, bool&
         return true;
     if (!error.isDamage())
         return false;
-    if (m_place.databaseIdentity() != m_identity)
+    if (!m_place.databaseIdentity().isSameFileAs(m_file))
         return true; // another process has renamed it
     if (!std::exchange(wasReadAgain, true))
         return true; // a disk read error is reported like this, too
-    const auto aside = m_place.setAside(m_identity);
+    const auto aside = m_place.setAside(m_file);
     if (!aside)
         return false;
     m_notice = "The history was damaged (" + std::string(error.what()) + "). It is kept as " + *aside
@@ -276,12 +285,13 @@ void Journal::thin(Database& database) const
     sweepContents(database, SweepCost::whateverItTakes);
 }
 
+// A data version counts within one connection and has 32 bits.
 std::int64_t Journal::changeMark()
 {
-    return attempt(Access::read, [](Database& database) {
+    return attempt(Access::read, [this](Database& database) {
         Statement row(database, "PRAGMA data_version");
         row.step();
-        return row.integer(0);
+        return (m_openings << 32U) + row.integer(0);
     });
 }
 

@@ -26,9 +26,9 @@ class DatabaseError;
 // journal is renamed and a new one started; takeNotice() reports that once. Nothing is created on disk before
 // the first version is recorded.
 //
-// Each operation is a separate transaction and waits at most 5 seconds for those of other processes. Several
-// journals of one file may be open, in any number of processes and threads; one object is used by one thread
-// at a time. Do not use it across a fork.
+// Each operation is a separate transaction on the database that is in place when it begins, and waits at most
+// 5 seconds for those of other processes. Several journals of one file may be open, in any number of
+// processes and threads; one object is used by one thread at a time. Do not use it across a fork.
 class Journal {
 public:
     // `stateFolder`: where journals are, usually defaultStateFolder(). `watchedFile` need not exist; it is
@@ -108,6 +108,7 @@ private:
     // one.
     template <typename Work> auto attempt(Access access, Work work);
     bool openDatabase(Access access);
+    bool isOpenDatabaseInPlace() const;
     bool recoverFrom(const DatabaseError& error, int earlierFailures, bool& wasReadAgain);
     void fail(const char* reason);
     std::optional<std::int64_t> insert(const NewVersion& version, VersionState state);
@@ -122,7 +123,8 @@ private:
     const JournalLimits m_limits;
     platform::Log& m_log;
     std::unique_ptr<Database> m_database;
-    std::uint64_t m_identity = 0; // of the database file
+    platform::FileIdentity m_file; // of the open database
+    std::int64_t m_openings = 0; // of databases
     std::optional<std::string> m_problem;
     std::optional<std::string> m_notice;
 };

@@ -182,17 +182,18 @@ void JournalPlace::removeMarker() const
     unlink(markerFile().c_str());
 }
 
-std::optional<std::uint64_t> JournalPlace::databaseIdentity() const
+platform::FileIdentity JournalPlace::databaseIdentity() const
 {
-    const auto status = statusOf(databaseFile(), AT_SYMLINK_NOFOLLOW);
-    return status ? std::optional(status->st_ino) : std::nullopt;
+    std::error_code unknown;
+    return platform::FileIdentity::ofPath(databaseFile(), unknown)
+        .value_or(platform::FileIdentity::missing());
 }
 
-std::optional<std::string> JournalPlace::setAside(std::uint64_t identity) const
+std::optional<std::string> JournalPlace::setAside(const platform::FileIdentity& database) const
 {
     // One process at a time, so that a second one does not mistake the new database for the damaged one.
     const platform::FileDescriptor folder(open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || flock(folder.get(), LOCK_EX | LOCK_NB) != 0 || databaseIdentity() != identity)
+    if (!folder || flock(folder.get(), LOCK_EX | LOCK_NB) != 0 || !databaseIdentity().isSameFileAs(database))
         return std::nullopt;
     constexpr int mostNames = 9;
     for (int number = 1; number <= mostNames; ++number) {

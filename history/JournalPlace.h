@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileIdentity.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -46,12 +48,12 @@ public:
     bool noteLeft(const std::string& digest) const;
     std::string left() const;
 
-    // Distinguishes successive database files of this name; none when there is no file.
-    std::optional<std::uint64_t> databaseIdentity() const;
+    // Which file is at the path of the database; also missing when that cannot be determined.
+    platform::FileIdentity databaseIdentity() const;
 
-    // Renames the database, provided that it is still the one with this identity. Returns the new name; none
-    // when that fails.
-    std::optional<std::string> setAside(std::uint64_t identity) const;
+    // Renames the database, provided that it is still this file, whatever its contents. Returns the new name;
+    // none when that fails.
+    std::optional<std::string> setAside(const platform::FileIdentity& database) const;
 
     // The size of the database's files in bytes.
     std::uint64_t sizeOnDisk() const;

@@ -44,6 +44,11 @@ pid_t startWriter(test::JournalFolder& folder, int writer, int count)
     return child;
 }
 
+void setAside(const test::JournalFolder& folder)
+{
+    ASSERT_TRUE(folder.place().setAside(folder.place().databaseIdentity()));
+}
+
 } // namespace
 
 TEST(JournalProcesses, EightAtOnceKeepAllTheirVersions)
@@ -108,14 +113,50 @@ TEST(JournalProcesses, ASecondJournalGoesOnInTheOneThatIsThereNow)
     test::JournalFolder folder;
     const auto first = folder.journal();
     ASSERT_TRUE(first->record(test::version("one")));
-    const auto aside = folder.place().setAside(*folder.place().databaseIdentity());
-    ASSERT_TRUE(aside);
+    setAside(folder);
     ASSERT_TRUE(folder.journal()->record(test::version("two")));
 
     ASSERT_EQ(first->record(test::version("three")), 2);
 
     EXPECT_EQ(folder.journal()->bytesOf(1), "two");
     EXPECT_EQ(folder.journal()->bytesOf(2), "three");
+}
+
+TEST(JournalProcesses, OneThatOnlyReadsGoesOnInTheOneThatIsThereNow)
+{
+    // given a journal that has read the versions of one that is in order
+    test::JournalFolder folder;
+    ASSERT_TRUE(folder.journal()->record(test::version("one")));
+    ASSERT_TRUE(folder.journal()->record(test::version("two")));
+    const auto reading = folder.journal();
+    ASSERT_EQ(test::numbersIn(*reading), (std::vector<std::int64_t>{2, 1}));
+    const std::int64_t mark = reading->changeMark();
+
+    // when another program renames that and starts a new one
+    setAside(folder);
+    ASSERT_TRUE(folder.journal()->record(test::version("three")));
+
+    // then each of its operations reads the new one
+    EXPECT_NE(reading->changeMark(), mark);
+    EXPECT_EQ(test::numbersIn(*reading), (std::vector<std::int64_t>{1}));
+    EXPECT_EQ(reading->bytesOf(1), "three");
+    EXPECT_FALSE(reading->problem());
+    EXPECT_FALSE(reading->takeNotice());
+}
+
+TEST(JournalProcesses, OneThatIsGoneHasNoVersionsAndIsStartedAnew)
+{
+    test::JournalFolder folder;
+    const auto open = folder.journal();
+    ASSERT_TRUE(open->record(test::version("one")));
+
+    setAside(folder);
+
+    EXPECT_TRUE(open->versions().empty());
+    EXPECT_FALSE(open->problem());
+    EXPECT_EQ(open->changeMark(), 0);
+    EXPECT_EQ(open->record(test::version("two")), 1);
+    EXPECT_EQ(folder.journal()->bytesOf(1), "two");
 }
 
 } // namespace quorvane::history
