@@ -150,6 +150,7 @@ void RulesDocument::startWriting()
 void RulesDocument::continueWith(platform::FileLock lock)
 {
     if (!lock.isHeld()) {
+        m_orders.front().hasFailed = true;
         fail(unwritableMessage(m_file.path(), lock));
         return;
     }
@@ -223,6 +224,8 @@ void RulesDocument::finish(const WriteReport& report)
     if (!report.isWritten || report.message) {
         if (report.isHopeless)
             dropFirstOrder();
+        else
+            m_orders.front().hasFailed = true;
         fail(report.message.value_or("The rules file '" + m_file.path() + "' could not be written"));
         return;
     }
@@ -271,6 +274,14 @@ void RulesDocument::takeRestored()
         reloadInBackground(ReloadCause::ownWrite);
     else
         reloadAtOnce(ReloadCause::ownWrite);
+}
+
+// Otherwise a write that has failed would be repeated for ever.
+bool RulesDocument::hasUntriedOrder() const
+{
+    return m_lacksOrder || std::any_of(m_orders.begin(), m_orders.end(), [](const WriteOrder& order) {
+        return !order.hasFailed;
+    });
 }
 
 void RulesDocument::fail(const std::string& message)
@@ -430,7 +441,8 @@ void RulesDocument::inBackground(DocumentWork kind, std::function<void()> work, 
             then();
             if (!*hasRoom)
                 throw std::bad_alloc();
-            startWriting();
+            if (hasUntriedOrder())
+                startWriting();
             if (m_isReloadDue)
                 reload();
             if (m_isLookDue)

@@ -170,6 +170,7 @@ private:
     void writeInBackground(platform::FileLock lock);
     void finish(const WriteReport& report);
     void dropFirstOrder();
+    bool hasUntriedOrder() const;
     void noteWritten(const WriteReport& report);
     void fail(const std::string& message);
     void joinOrders();

@@ -42,6 +42,7 @@ struct WriteOrder {
     ChangeReason reason{};
     std::vector<std::shared_ptr<const rules::ChangeSet>>
         changes{}; // what was done since the write before; counted by the thread that writes
+    bool hasFailed = false; // to be written
     bool wholeLines = false; // write every line completely, including non-ASCII text
     std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
     std::optional<std::string> unreadReason{}; // why the current file must be renamed first

@@ -1,10 +1,12 @@
 #include "tests/support/LaterWork.h"
+#include "tests/support/SystemCalls.h"
 #include "tests/workflow/DocumentSandbox.h"
 #include "workflow/RuleImport.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -79,6 +81,11 @@ protected:
         for (const std::string& path : paths)
             import.importRule(test::policyRule({.path = path, .processName = "/bin/sh", .operations = 1}));
         return import.didFinishImportingRules().writeFailure;
+    }
+    // A disk that becomes full once the version is in the journal, for so many calls.
+    static test::SystemCallHook::Answer failingForTheRules(int calls)
+    {
+        return test::failing(ENOSPC, [calls](int number) { return number > 0 && number <= calls; });
     }
     void expectFileHasTheRulesOfTheStore() const
     {
@@ -266,6 +273,33 @@ TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileTheFileIsReadAfterAnImport)
     window->add("/mine");
     document().waitUntilWritten();
     EXPECT_TRUE(has("/mine"));
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, DoesNotRepeatAWriteThatHasFailedBeforeTheNextChange)
+{
+    {
+        const test::SystemCallHook full(test::SystemCall::write, failingForTheRules(1000)); // not for ever
+        window->add("/first");
+        document().waitUntilWritten();
+        EXPECT_TRUE(document().failure());
+        EXPECT_TRUE(document().hasUnwrittenChanges());
+    }
+    window->add("/second");
+    document().waitUntilWritten();
+    EXPECT_EQ(document().failure(), std::nullopt);
+    EXPECT_EQ(window->store->storedRules(), manyRules + 2U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, WritesAChangeThatWasMadeDuringAFailedWriteAtOnce)
+{
+    const test::SystemCallHook full(test::SystemCall::write, failingForTheRules(50));
+    window->add("/first");
+    window->add("/second");
+    document().waitUntilWritten();
+    EXPECT_EQ(document().failure(), std::nullopt);
+    EXPECT_EQ(window->store->storedRules(), manyRules + 2U);
     expectFileHasTheRulesOfTheStore();
 }
 
