@@ -16,6 +16,7 @@ namespace quorvane::workflow {
 
 namespace {
 
+constexpr const char* severalActions = "Change Rules";
 constexpr const char* outOfMemory = "Out of memory"; // short enough to need no allocation
 
 // Above this number of rules, to be written or in the file, a write is worth a thread: below, it takes some
@@ -99,19 +100,20 @@ ChangeResult RulesDocument::commit(rules::ChangeSet done, const ChangeReason& re
         begin();
         const auto change = std::make_shared<const rules::ChangeSet>(std::move(done));
         m_steps.remember(change, reason);
-        m_orders.push_back(orderFor(reason, change->isEmpty() ? Changes() : Changes{change}));
+        m_orders.push_back(orderFor(reason, change));
     });
     if (!m_lacksOrder)
         pump();
     return {m_failure};
 }
 
-WriteOrder RulesDocument::orderFor(const ChangeReason& reason, Changes changes) const
+WriteOrder RulesDocument::orderFor(
+    const ChangeReason& reason, std::shared_ptr<const rules::ChangeSet> change) const
 {
     WriteOrder order;
     order.rules = m_store.userRulesSnapshot();
     order.reason = reason;
-    order.changes = std::move(changes);
+    order.change = std::move(change);
     order.wholeLines = m_owner.settings.wholeLines;
     order.step = m_steps.last();
     if (const auto& unread = m_store.unreadRules())
@@ -199,19 +201,23 @@ void RulesDocument::writeInBackground(platform::FileLock lock)
         });
 }
 
-// Merges all pending orders into one, for the current rules.
+// Merges all pending orders into one, for the current rules. It holds none of their changes: while the file
+// cannot be written there may be any number of them.
 void RulesDocument::joinOrders()
 {
     if (m_lacksOrder)
-        m_orders.push_back(orderFor({.action = "Change Rules"}));
+        m_orders.push_back(orderFor({.action = severalActions}));
     m_lacksOrder = false;
     if (m_orders.empty())
         return;
     WriteOrder order = m_orders.back();
     order.rules = m_store.userRulesSnapshot();
-    order.changes.clear();
-    for (const WriteOrder& each : m_orders)
-        order.changes.insert(order.changes.end(), each.changes.begin(), each.changes.end());
+    if (m_orders.size() > 1) {
+        order.isJoined = true;
+        order.change.reset();
+        if (!order.restores)
+            order.reason = {.action = severalActions, .refusesCuts = order.reason.refusesCuts};
+    }
     m_orders.assign(1, std::move(order));
 }
 
@@ -238,7 +244,7 @@ void RulesDocument::finish(const WriteReport& report)
 // Changes whose orders were joined with it still have to be written.
 void RulesDocument::dropFirstOrder()
 {
-    if (!m_orders.front().changes.empty())
+    if (m_orders.front().isJoined)
         m_lacksOrder = true;
     m_orders.pop_front();
 }
@@ -253,6 +259,8 @@ void RulesDocument::noteWritten(const WriteReport& report)
     if (m_orders.front().unreadReason)
         m_store.forgetUnreadRules();
     m_steps.noteVersion(m_orders.front().step, report.version);
+    if (m_orders.front().isJoined && !m_file.journal().problem())
+        forgetSteps(); // its actions are one version, which is undone as a whole
     const bool wasRestored = m_orders.front().restores.has_value();
     const bool readsAsMeant = wasRestored || !report.readAs;
     m_rulesInFile = readsAsMeant ? m_orders.front().rules : rules::RulesSnapshot(*report.readAs);
@@ -281,6 +289,14 @@ bool RulesDocument::hasUntriedOrder() const
 {
     return m_lacksOrder || std::any_of(m_orders.begin(), m_orders.end(), [](const WriteOrder& order) {
         return !order.hasFailed;
+    });
+}
+
+// Actions that no version has: newer than all of these.
+bool RulesDocument::hasUnrecordedActions() const
+{
+    return m_lacksOrder || std::any_of(m_orders.begin(), m_orders.end(), [](const WriteOrder& order) {
+        return order.isJoined || (order.change && !order.change->isEmpty());
     });
 }
 
@@ -344,10 +360,14 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     takeForeignChanges();
     waitUntilWritten();
     const bool isUndo = kind == ChangeReason::Kind::undo;
-    const auto version = isUndo ? m_file.journal().undoable() : m_file.journal().redoable();
     const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    const bool areStepsNewer = hasUnrecordedActions(); // than all versions
+    const auto version = areStepsNewer ? std::nullopt
+        : isUndo                       ? m_file.journal().undoable()
+                                       : m_file.journal().redoable();
     const bool isOwn = own != nullptr
-        && (version ? own->version == version->number : m_file.journal().problem().has_value());
+        && (version ? own->version == version->number
+                    : areStepsNewer || m_file.journal().problem().has_value());
     ChangeReason reason{.kind = kind};
     rules::ChangeSet change;
     if (isOwn) {
@@ -388,7 +408,7 @@ std::optional<std::string> RulesDocument::undoName()
 {
     if (const UndoSteps::Step* step = m_steps.toUndo())
         return step->reason.action;
-    const auto version = isWorking() ? std::nullopt : m_file.journal().undoable();
+    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().undoable();
     return version ? version->action : std::nullopt;
 }
 
@@ -396,7 +416,7 @@ std::optional<std::string> RulesDocument::redoName()
 {
     if (const UndoSteps::Step* step = m_steps.toRedo())
         return step->reason.action;
-    const auto version = isWorking() ? std::nullopt : m_file.journal().redoable();
+    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().redoable();
     return version ? version->action : std::nullopt;
 }
 

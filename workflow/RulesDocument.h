@@ -147,8 +147,8 @@ public:
     std::unique_ptr<history::Journal> openJournal() const { return m_file.openJournal(); }
 
 private:
-    using Changes = std::vector<std::shared_ptr<const rules::ChangeSet>>;
-    WriteOrder orderFor(const ChangeReason& reason, Changes changes = {}) const;
+    WriteOrder orderFor(
+        const ChangeReason& reason, std::shared_ptr<const rules::ChangeSet> change = nullptr) const;
     // False, with failure() saying so, when `work` has run out of memory.
     template <class Work> bool attempt(Work work)
     {
@@ -171,6 +171,7 @@ private:
     void finish(const WriteReport& report);
     void dropFirstOrder();
     bool hasUntriedOrder() const;
+    bool hasUnrecordedActions() const;
     void noteWritten(const WriteReport& report);
     void fail(const std::string& message);
     void joinOrders();

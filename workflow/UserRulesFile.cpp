@@ -59,14 +59,6 @@ rules::RulesDifference differenceMadeBy(const rules::ChangeSet& done)
     return rulesDifference(before, after);
 }
 
-ChangeCounts countsOf(const std::vector<std::shared_ptr<const rules::ChangeSet>>& changes)
-{
-    ChangeCounts sum;
-    for (const auto& change : changes)
-        sum += countsOf(differenceMadeBy(*change));
-    return sum;
-}
-
 history::NewVersion newVersion(
     const ChangeCounts& counts, std::uint64_t rules, const history::DigestedBytes& bytes)
 {
@@ -133,14 +125,6 @@ std::string unwritableMessage(const std::string& path, const platform::FileLock&
     return lock.isHeldByAnother()
         ? "Another program is writing the rules file '" + path + "'; nothing was written"
         : "Failed to open file '" + path + "' for writing: " + platform::errorText(lock.error());
-}
-
-ChangeCounts& ChangeCounts::operator+=(const ChangeCounts& other)
-{
-    added += other.added;
-    removed += other.removed;
-    changed += other.changed;
-    return *this;
 }
 
 UserRulesFile::UserRulesFile(
@@ -348,15 +332,17 @@ struct UserRulesFile::Meant {
     std::uint64_t rules = 0;
     std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
     ChangeCounts counts{};
+
+    std::string_view text() const { return whole ? std::string_view(*whole) : content.bytes(); }
 };
 
 // A single pass: with a million rules, hardly any is still in the processor's caches in a second one.
 UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
 {
     const rules::LineEnds lineEnds = order.wholeLines ? rules::LineEnds::whole : rules::LineEnds::cut;
-    Meant meant{.content = roomFor(order.rules, lineEnds, m_path),
-        .rules = order.rules.size(),
-        .counts = countsOf(order.changes)};
+    Meant meant{.content = roomFor(order.rules, lineEnds, m_path), .rules = order.rules.size()};
+    if (order.change)
+        meant.counts = countsOf(differenceMadeBy(*order.change));
     const auto append = [&](const auto& fields) {
         meant.content.append(fields);
         meant.unwritableRules += readsBackAsWritten(fields, lineEnds) ? 0U : 1U;
@@ -377,12 +363,16 @@ std::optional<UserRulesFile::Meant> UserRulesFile::meantByVersion(std::int64_t n
     if (*rules != *bytes)
         meant.whole = *rules;
     const std::vector<rules::RuleValue> restored = rules::rulesOfText(*rules);
-    const auto present = journal().newest();
-    const auto presentRules = present ? journal().meantOf(present->number) : std::nullopt;
     meant.rules = restored.size();
-    meant.counts
-        = countsOf(rulesDifference(rules::rulesOfText(presentRules.value_or(std::string())), restored));
+    meant.counts = countsSinceNewestVersion(restored);
     return meant;
+}
+
+ChangeCounts UserRulesFile::countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules)
+{
+    const auto newest = journal().newest();
+    const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
+    return countsOf(rulesDifference(rules::rulesOfText(before.value_or(std::string())), rules));
 }
 
 WriteReport UserRulesFile::write(const WriteOrder& order, platform::FileLock& lock)
@@ -418,6 +408,8 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
         keepForeign(present.bytes, report.news, order.unreadReason ? std::nullopt : order.rulesInFile);
     if (order.restores)
         meant = meantByVersion(*order.restores);
+    else if (!order.change)
+        meant->counts = countsSinceNewestVersion(rules::rulesOfText(meant->text()));
     if (auto refusal = refusalOf(order, meant)) {
         report.message = std::move(refusal);
         report.isHopeless = !meant;

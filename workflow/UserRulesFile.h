@@ -33,15 +33,16 @@ struct ChangeCounts {
     std::uint64_t changed = 0;
 
     bool isNothing() const { return added == 0 && removed == 0 && changed == 0; }
-    ChangeCounts& operator+=(const ChangeCounts& other);
 };
 
 // What is to be written, and why. Shares immutable data; may be passed to another thread.
 struct WriteOrder {
     rules::RulesSnapshot rules{}; // in writing order
     ChangeReason reason{};
-    std::vector<std::shared_ptr<const rules::ChangeSet>>
-        changes{}; // what was done since the write before; counted by the thread that writes
+    // What was done since the write before; counted by the thread that writes. Null: the version before
+    // tells.
+    std::shared_ptr<const rules::ChangeSet> change{};
+    bool isJoined = false; // stands for several actions, none of which is a version of its own
     bool hasFailed = false; // to be written
     bool wholeLines = false; // write every line completely, including non-ASCII text
     std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
@@ -124,6 +125,7 @@ private:
     std::optional<std::string> putAside(
         const std::string& reason, platform::FileLock& lock, WriteReport& report);
     Meant meantBy(const WriteOrder& order) const;
+    ChangeCounts countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules);
     std::optional<std::string> refusalOf(const WriteOrder& order, const std::optional<Meant>& meant) const;
     std::optional<Meant> meantByVersion(std::int64_t number);
     std::optional<std::int64_t> beginVersion(
