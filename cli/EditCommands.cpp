@@ -1,9 +1,9 @@
 #include "cli/Commands.h"
 #include "cli/OperationLetters.h"
 #include "cli/Output.h"
+#include "cli/UnwritableWarning.h"
 #include "cli/UserDocument.h"
 #include "rules/RuleCodes.h"
-#include "rules/RuleLine.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RuleFindings.h"
 
@@ -93,11 +93,10 @@ public:
         if (!user)
             return ExitStatus::failed;
         const rules::RuleRef rule = recordOf(m_rule);
-        const bool readsBack = visitRule(
-            rule, [&](const auto& record) { return readsBackAsWritten(record.fields(), user->lineEnds()); });
-        if (!readsBack)
+        const bool comesBack = readsBack(rule, user->lineEnds());
+        if (!comesBack)
             printError("warning: " + workflow::findingText({workflow::FindingKind::doesNotReadBack, {}, {}}));
-        user->expectUnwritableRules(readsBack ? 0 : 1);
+        user->expectUnwritableRules(comesBack ? 0 : 1);
         user->document().perform(workflow::additionOf(rule), {workflow::actionName("Add", 1)});
         return user->isWritten() ? ExitStatus::success : ExitStatus::failed;
     }

@@ -2,8 +2,11 @@
 #include "cli/Output.h"
 #include "cli/PlaceOptions.h"
 #include "cli/SelectionOptions.h"
+#include "cli/UnwritableWarning.h"
 #include "workflow/RulesExport.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +16,13 @@
 namespace quorvane::cli {
 
 namespace {
+
+// An exchange file is written as the format has it, whatever the settings for the user's file.
+std::size_t countOfUnwritable(const std::vector<rules::RuleRef>& rules)
+{
+    return static_cast<std::size_t>(std::count_if(rules.begin(), rules.end(),
+        [](const rules::RuleRef& rule) { return !readsBack(rule, rules::LineEnds::cut); }));
+}
 
 class ExportCommand : public Command {
 public:
@@ -42,6 +52,7 @@ public:
         const auto rules = chosenRules(opened.store, *place);
         if (!rules)
             return ExitStatus::usage;
+        warnOfUnwritableRules(countOfUnwritable(*rules), "exported");
         const rules::WriteResult result = workflow::exportRules(m_out, *rules);
         for (const std::string& warning : result.warnings)
             printError("warning: " + warning);

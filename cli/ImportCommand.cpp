@@ -4,8 +4,8 @@
 #include "cli/Output.h"
 #include "cli/PlaceOptions.h"
 #include "cli/RuleSelection.h"
+#include "cli/UnwritableWarning.h"
 #include "cli/UserDocument.h"
-#include "rules/RuleLine.h"
 #include "workflow/RuleImport.h"
 
 #include <string>
@@ -25,9 +25,7 @@ std::size_t importRules(
     for (std::size_t row = 0; row < total; ++row) {
         const std::int32_t before = import.addedRules();
         const rules::RuleRef rule = import.importRule(exchange.ruleAtIndex(row, false));
-        const bool readsBack = visitRule(
-            rule, [lineEnds](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
-        unwritable += import.addedRules() > before && !readsBack ? 1U : 0U;
+        unwritable += import.addedRules() > before && !readsBack(rule, lineEnds) ? 1U : 0U;
     }
     return unwritable;
 }
@@ -37,14 +35,6 @@ std::string answer(const workflow::RuleImport& import, const workflow::ImportRes
     if (!asJson)
         return result.hasImported ? result.notice.message + "\n" : std::string();
     return Json{{"imported", import.importedRules()}, {"added", import.addedRules()}}.dump() + "\n";
-}
-
-void warnOfUnwritable(std::size_t rules)
-{
-    if (rules > 0)
-        printError("warning: " + std::to_string(rules) + " of the rules added " + (rules == 1 ? "does" : "do")
-            + " not read back as written: " + (rules == 1 ? "it holds" : "they hold")
-            + " text other than ASCII, a double quote, a blank at the end of a field, or no operations");
 }
 
 class ImportCommand : public Command {
@@ -82,7 +72,7 @@ public:
         workflow::RuleImport import(user->document(), *place);
         import.begin(m_file);
         const std::size_t unwritable = importRules(exchange.store, import, user->lineEnds());
-        warnOfUnwritable(unwritable);
+        warnOfUnwritableRules(unwritable, "added");
         user->expectUnwritableRules(unwritable);
         return m_isDryRun ? show(import) : finish(import);
     }

@@ -31,6 +31,22 @@ class Export(CommandTest):
     def test_prints_nothing(self):
         self.assertEqual(self.succeed("export", self.out).out, b"")
 
+    def test_says_first_how_many_of_the_rules_do_not_read_back(self):
+        self.sandbox.write_user("allow path /\u00e9 any r", "allow path /plain any r", "deny path /\u00fc any w")
+        result = self.run_program("export", self.out)
+        self.assertEqual(result.status, 0)
+        self.assertIn("warning: 2 of the rules exported do not read back as written: they hold text other than ASCII",
+                      result.err)
+        self.assertEqual(self.exported("--path", "/plain"), 'allow path "/plain" "any" r "" "" "0"\n')
+        settings = os.path.join(self.sandbox.home, ".config/quorvane/settings.ini")
+        os.makedirs(os.path.dirname(settings))
+        self.sandbox.write(settings, ["[rules]", "wholeLines=true"])
+        result = self.run_program("export", self.out, "--row", "0")
+        self.assertIn("warning: 1 of the rules exported does not read back as written", result.err)
+        self.assertNotIn(b"\n", read(self.out))
+        result = self.fail_with(1, "export", self.sandbox.path("no/folder"))
+        self.assertIn("warning: 2 of the rules exported", result.err.splitlines()[0])
+
     def test_writes_rows_in_the_order_given_and_as_often_as_given(self):
         self.assertEqual(self.exported("--row", "2", "--row", "0", "--row", "2"),
                          'allow prefix "/b" "/bin/b" r "tag" "C" "12"\n'
@@ -150,7 +166,10 @@ class Export(CommandTest):
         self.assertIn("nothing was written", self.fail_with(1, "export", self.out).err)
         self.assertEqual(read(self.out), b"precious\n")
 
-    def test_a_line_beyond_ascii_loses_its_end(self):
+    def test_a_line_beyond_ascii_loses_its_end_and_that_is_told(self):
         self.sandbox.write_user("allow prefix /é /bin/a r", "allow prefix /next /bin/b r")
-        self.assertEqual(self.exported(), 'allow prefix "/é" "/bin/a" r "" "" "0"'
-                                          'allow prefix "/next" "/bin/b" r "" "" "0"\n')
+        result = self.run_program("export", self.out)
+        self.assertEqual(result.status, 0)
+        self.assertIn("warning: 1 of the rules exported does not read back as written", result.err)
+        self.assertEqual(read(self.out).decode(), 'allow prefix "/é" "/bin/a" r "" "" "0"'
+                                                  'allow prefix "/next" "/bin/b" r "" "" "0"\n')
