@@ -63,7 +63,7 @@ ChangeWindow::ChangeWindow(const QString& title, const QString& verb, Plan plan,
     m_soon->setObjectName(QStringLiteral("planTimer"));
     m_soon->setSingleShot(true);
     m_soon->setInterval(afterTheLastKey);
-    connect(m_soon, &QTimer::timeout, this, &ChangeWindow::planAnew);
+    connect(m_soon, &QTimer::timeout, this, &ChangeWindow::replan);
     showPlanned(std::move(first));
 }
 
@@ -96,7 +96,7 @@ void ChangeWindow::planSoon()
     m_ui->changeButton->setEnabled(true); // a pending plan is completed when it is pressed
 }
 
-void ChangeWindow::planAnew()
+void ChangeWindow::replan()
 {
     m_soon->stop();
     showPlanned(m_plan(m_lineEnds));
@@ -123,14 +123,14 @@ void ChangeWindow::writeWholeLines()
 {
     m_lineEnds = rules::LineEnds::whole;
     Q_EMIT wholeLinesRequested();
-    planAnew();
+    replan();
     m_ui->changeButton->setFocus();
 }
 
 void ChangeWindow::accept()
 {
     if (m_soon->isActive())
-        planAnew();
+        replan();
     if (!m_ui->changeButton->isEnabled())
         return;
     const workflow::PlannedChange confirmed = m_planned; // a copy: replaced when the rules change

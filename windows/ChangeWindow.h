@@ -43,7 +43,7 @@ public Q_SLOTS:
     // latest when the user confirms: a plan may read whole programs and all rules.
     void planSoon();
     // Plans at once: call it when the stored rules have changed.
-    void planAnew();
+    void replan();
 
 Q_SIGNALS:
     // The change requires lines to be written completely, and the user agrees. Later plans assume it.

@@ -3,7 +3,7 @@
 #include "desktop/Workspace.h"
 #include "rules/ApplicationIdentity.h"
 #include "windows/QtText.h"
-#include "windows/RuleMending.h"
+#include "windows/RuleFixes.h"
 #include "windows/RulesTable.h"
 #include "windows/SelectableText.h"
 #include "windows/Shades.h"
@@ -49,12 +49,12 @@ struct RuleStrip::RuleFacts {
     bool isIconFileMissing = false; // then a placeholder is shown
 };
 
-RuleStrip::RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
+RuleStrip::RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleFixes& fixes,
     desktop::Workspace& workspace, QWidget* parent)
     : QScrollArea(parent)
     , m_table(table)
     , m_document(document)
-    , m_mending(mending)
+    , m_fixes(fixes)
     , m_workspace(workspace)
 {
     setAccessibleName(tr("Rule in words"));
@@ -191,14 +191,14 @@ void RuleStrip::showProblems(const rules::RuleRef& rule, const std::vector<workf
 
 ShownProblem::Button RuleStrip::deleteButton(const rules::RuleRef& rule, const QString& title)
 {
-    return {title, [this, rule] { m_mending.remove(rule); }};
+    return {title, [this, rule] { m_fixes.remove(rule); }};
 }
 
 ShownProblem RuleStrip::coverProblem(const rules::RuleRef& rule, const rules::RuleRef& covering)
 {
     const workflow::RuleProblem problem = problemWith(workflow::FindingKind::redundant, valueOf(covering));
-    ShownProblem shown{toQt(problem.text), toQt(problem.help),
-        {{tr("Show"), [this, covering] { m_mending.show(covering); }}}};
+    ShownProblem shown{
+        toQt(problem.text), toQt(problem.help), {{tr("Show"), [this, covering] { m_fixes.show(covering); }}}};
     if (!isSystemRule(rule))
         shown.buttons.push_back(deleteButton(rule, tr("Delete This One")));
     return shown;
@@ -214,19 +214,19 @@ std::vector<ShownProblem::Button> RuleStrip::buttonsFor(
     const rules::RuleRef& rule, const workflow::RuleProblem& problem)
 {
     const auto mover = [this](std::string path) -> ShownProblem::Button {
-        return {tr("Choose..."), [this, path = std::move(path)] { m_mending.moveProgram(path); }};
+        return {tr("Choose..."), [this, path = std::move(path)] { m_fixes.moveProgram(path); }};
     };
     const ShownProblem::Button edit{tr("Edit..."), [this, rule] { Q_EMIT editRequested(rule); }};
-    switch (problem.mending) {
-    case workflow::RuleProblem::Mending::drop:
+    switch (problem.fix) {
+    case workflow::RuleProblem::Fix::drop:
         return {edit, deleteButton(rule, tr("Delete"))};
-    case workflow::RuleProblem::Mending::chooseProgram:
+    case workflow::RuleProblem::Fix::chooseProgram:
         return {mover(pathOfProgram(valueOf(rule)))};
-    case workflow::RuleProblem::Mending::chooseParent:
+    case workflow::RuleProblem::Fix::chooseParent:
         return {mover(pathOfParent(valueOf(rule)))};
-    case workflow::RuleProblem::Mending::bindAnew:
-        return {{tr("Bind Anew"), [this, rule] { m_mending.bindAnew(rule); }}};
-    case workflow::RuleProblem::Mending::none:
+    case workflow::RuleProblem::Fix::rebind:
+        return {{tr("Bind Anew"), [this, rule] { m_fixes.rebind(rule); }}};
+    case workflow::RuleProblem::Fix::none:
         break;
     }
     return {edit};

@@ -26,7 +26,7 @@ class RulesSelection;
 
 namespace quorvane::windows {
 
-class RuleMending;
+class RuleFixes;
 class RulesTable;
 class SelectableText;
 
@@ -37,7 +37,7 @@ class RuleStrip : public QScrollArea {
     Q_OBJECT
 public:
     // Owns no argument; all must outlive the strip.
-    RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleMending& mending,
+    RuleStrip(RulesTable& table, workflow::RulesDocument& document, RuleFixes& fixes,
         desktop::Workspace& workspace, QWidget* parent = nullptr);
     ~RuleStrip() override;
 
@@ -75,7 +75,7 @@ private:
 
     RulesTable& m_table;
     workflow::RulesDocument& m_document;
-    RuleMending& m_mending;
+    RuleFixes& m_fixes;
     desktop::Workspace& m_workspace;
     workflow::RulesPlace m_place = workflow::RulesPlace::thisMachine();
     QList<QAction*> m_actionsOnMany;

@@ -30,7 +30,7 @@ void RulesEditorTableController::setUpActionsOnMany()
     };
     onTrigger(m_ui->tagMenuItem, &SelectionController::setTag);
     onTrigger(m_ui->operationsMenuItem, &SelectionController::changeOperations);
-    onTrigger(m_ui->bindAnewMenuItem, &SelectionController::bindAnew);
+    onTrigger(m_ui->rebindMenuItem, &SelectionController::rebind);
     onTrigger(m_ui->clearConstraintMenuItem, &SelectionController::clearConstraint);
     onTrigger(m_ui->copyToProgramMenuItem, &SelectionController::copyToProgram);
     onTrigger(m_ui->programMovedMenuItem, qOverload<>(&SelectionController::moveProgram));
@@ -54,7 +54,7 @@ void RulesEditorTableController::setUpActionsOnMany()
         const auto* table = m_ui->rulesEditorTableView;
         const bool anySelected = table->selectionModel()->hasSelection();
         for (QAction* item : {m_ui->copyMenuItem, m_ui->tagMenuItem, m_ui->allowMenuItem, m_ui->denyMenuItem,
-                 m_ui->operationsMenuItem, m_ui->bindAnewMenuItem, m_ui->clearConstraintMenuItem,
+                 m_ui->operationsMenuItem, m_ui->rebindMenuItem, m_ui->clearConstraintMenuItem,
                  m_ui->copyToProgramMenuItem, m_ui->programMovedMenuItem, m_ui->setAsideMenuItem})
             item->setEnabled(anySelected);
         m_ui->duplicateMenuItem->setEnabled(table->onlySelectedRow().has_value());

@@ -10,7 +10,7 @@
 #include "windows/PlaceMenu.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/ProblemsPanel.h"
-#include "windows/RuleMending.h"
+#include "windows/RuleFixes.h"
 #include "windows/RuleStrip.h"
 #include "windows/RulesTableModel.h"
 #include "windows/SelectionController.h"
@@ -44,10 +44,10 @@ QDockWidget* makeDock(const char* name, const QString& title, QWidget* content, 
 void RulesEditorTableController::setUpParts()
 {
     m_parts = std::make_unique<QObject>();
-    auto* mending = new RuleMending(*this, m_document, *m_selection);
-    mending->setParent(m_parts.get());
+    auto* fixes = new RuleFixes(*this, m_document, *m_selection);
+    fixes->setParent(m_parts.get());
 
-    auto* strip = new RuleStrip(*this, m_document, *mending, m_workspace, this);
+    auto* strip = new RuleStrip(*this, m_document, *fixes, m_workspace, this);
     strip->setActionsOnMany({m_ui->deleteEditMenuItem, m_ui->exportSelectedRulesMenuItem});
     connect(this, &RulesEditorTableController::selectionDidChange, strip, &RuleStrip::selectionDidChange);
     connect(this, &RulesEditorTableController::rulesDidChange, strip, &RuleStrip::selectionDidChange);
@@ -62,7 +62,7 @@ void RulesEditorTableController::setUpParts()
     connect(this, &RulesEditorTableController::rulesDidChange, finder, &ProblemsFinder::rulesDidChange);
     connect(this, &RulesEditorTableController::fileDidChange, finder, &ProblemsFinder::rulesDidChange);
     auto* problems = new ProblemsPanel(*finder, this);
-    connect(problems, &ProblemsPanel::ruleChosen, mending, &RuleMending::show);
+    connect(problems, &ProblemsPanel::ruleChosen, fixes, &RuleFixes::show);
     connect(problems, &ProblemsPanel::joinedLineChosen, m_exchange.get(),
         &ExchangeController::lookForJoinedLines); // which offers to review them
     connect(m_ui->nextProblemMenuItem, &QAction::triggered, problems, &ProblemsPanel::showNext);
@@ -86,7 +86,7 @@ void RulesEditorTableController::setUpParts()
             placeLabel->setVisible(!name.isEmpty());
             m_model->setPlace(place);
             reloadTable();
-            mending->setPlace(place);
+            fixes->setPlace(place);
             m_selection->setPlace(place);
             m_aside->setPlace(place);
             m_exchange->setPlace(place);

@@ -126,7 +126,7 @@ rules::LineEnds SelectionController::lineEnds() const
 void SelectionController::rulesDidChange()
 {
     if (m_preview)
-        m_preview->planAnew();
+        m_preview->replan();
 }
 
 workflow::PlannedChange SelectionController::planned(const Command& command,
@@ -207,7 +207,7 @@ void SelectionController::setClass(std::int32_t policyClass)
         {.ruleClass = policyClass});
 }
 
-void SelectionController::bindAnew()
+void SelectionController::rebind()
 {
     patch({.title = tr("Bind Anew"), .verb = tr("Bind"), .action = "Bind", .takesWatchRules = false},
         {.isBoundToProgram = true});

@@ -46,7 +46,7 @@ public:
     // PolicyClass::allow or deny. Watch rules are unchanged.
     void setClass(std::int32_t policyClass);
     // Bind each rule to its program in its current state, or to nothing.
-    void bindAnew();
+    void rebind();
     void clearConstraint();
     // Asks for a program and copies the rules, including system rules, for it.
     void copyToProgram();

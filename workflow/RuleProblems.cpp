@@ -12,7 +12,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-using Mending = RuleProblem::Mending;
+using Fix = RuleProblem::Fix;
 
 rules::NullableText processOf(const rules::RuleValue& rule)
 {
@@ -52,21 +52,21 @@ RuleProblem programProblem(const rules::RuleValue& rule, ProgramFault fault, con
             "Program is gone: nothing exists at " + applicationPathForProcess(processOf(rule)) + ".",
             "The rule waits for a program that is not there. If it has moved, choose where it is now: all "
             "of its rules follow it.",
-            Mending::chooseProgram};
+            Fix::chooseProgram};
     case ProgramFault::parentMissing:
         return {kind,
             "Parent program is gone: nothing exists at "
                 + applicationParentPathForProcess(processOf(rule)).value_or("") + ".",
             "The rule holds only for programs that this one has started. If it has moved, choose where it "
             "is now: all of its rules follow it.",
-            Mending::chooseParent};
+            Fix::chooseParent};
     case ProgramFault::constraintMismatch:
         break;
     }
     return {kind, mismatchText(rule, place.facts()),
         "The program is not the one that the rule was made for: an update has replaced it, or something "
         "else has. Bind the rule anew only if you trust the program that is there now.",
-        Mending::bindAnew};
+        Fix::rebind};
 }
 
 std::string unwritableText(const rules::RuleValue& rule, rules::LineEnds lineEnds)
@@ -87,7 +87,7 @@ RuleProblem problemOf(const rules::RuleValue& rule, const RuleFinding& finding, 
         return {finding.kind, "Path is gone: nothing exists at " + pathOf(rule) + ".",
             "A rule about a path that is not there has nothing to do. It may come back: with a volume that "
             "is mounted, or when a program makes it.",
-            Mending::drop};
+            Fix::drop};
     case FindingKind::doesNotReadBack:
         return {finding.kind, unwritableText(rule, lineEnds),
             "The rule is right while the program runs, but the rules file cannot hold it as it is. Edit "
@@ -123,7 +123,7 @@ RuleProblem problemWith(FindingKind kind, const rules::RuleValue& other)
     return {kind, "Covered by: " + ruleSentence(other),
         "The other rule is about the same program and says all that this one says, so this one can go "
         "without a change of effect.",
-        Mending::drop};
+        Fix::drop};
 }
 
 std::optional<rules::RuleRef> storedCoveringRule(const rules::RuleManager& store, const rules::RuleRef& rule)

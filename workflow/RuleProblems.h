@@ -15,18 +15,18 @@ namespace quorvane::workflow {
 
 struct RuleProblem {
     // How the user can fix it, besides editing the rule.
-    enum class Mending {
+    enum class Fix {
         none,
         drop, // remove the rule
         chooseProgram, // change the rules to the program's new path
         chooseParent, // the same for the parent program
-        bindAnew, // bind the rule to the program in its current state
+        rebind, // bind the rule to the program in its current state
     };
 
     FindingKind kind;
     std::string text; // "Program is gone: nothing exists at /bin/old."
     std::string help; // a sentence or two
-    Mending mending = Mending::none;
+    Fix fix = Fix::none;
 };
 
 // The problem for a finding of a rule. May read the whole program. Any thread.

@@ -27,7 +27,7 @@ protected:
     {
         auto& change = openWith<windows::ChangeWindow>("tagMenuItem", {620, 260});
         change.findChild<QLineEdit*>(QStringLiteral("tagTextField"))->setText(tag);
-        change.planAnew();
+        change.replan();
         return change;
     }
 };
@@ -71,7 +71,7 @@ TEST_F(WindowPictures, ShowWhereAProgramHasMoved)
     selectPaths({"/tmp/"});
     auto& moved = openWith<windows::ChangeWindow>("programMovedMenuItem", {620, 260});
     moved.findChild<windows::PathField*>(QStringLiteral("programField"))->setPath("/usr/bin/env");
-    moved.planAnew();
+    moved.replan();
     EXPECT_TRUE(looksAsKept("moved", pictureOf(moved)));
 }
 

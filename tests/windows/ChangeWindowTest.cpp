@@ -115,13 +115,13 @@ TEST_F(ChangeWindowTest, MakesColumnsAsWideAsTheLatestTextsNeed)
 {
     ASSERT_TRUE(showsWholeTexts());
     tag = "a tag of several words";
-    window->planAnew();
+    window->replan();
     EXPECT_TRUE(showsWholeTexts());
     const int column = table->horizontalHeader()->logicalIndex(0);
     table->setColumnWidth(column, table->columnWidth(column) + 5);
     const int chosen = table->columnWidth(column);
     tag = "another";
-    window->planAnew();
+    window->replan();
     EXPECT_EQ(table->columnWidth(column), chosen) << "a person's choice";
 }
 

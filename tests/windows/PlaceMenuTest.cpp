@@ -84,7 +84,7 @@ TEST_F(PlaceMenuTest, BindsRulesToTheProgramsOfTheVolume)
     window->reloadData();
     chooseVolume(volume.path());
     window->selectRules({rule});
-    action("bindAnewMenuItem")->trigger();
+    action("rebindMenuItem")->trigger();
     EXPECT_EQ(std::get<rules::PolicyRulePtr>(rule)->constraint().view(),
         "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
 }

@@ -241,7 +241,7 @@ TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
     window->reloadData();
     selectPath(QStringLiteral("/t"));
     const std::string unbound = file();
-    action("bindAnewMenuItem")->trigger();
+    action("rebindMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
     expectUndoRestores(unbound);
 }
@@ -254,7 +254,7 @@ TEST_F(Selection, StaysBoundWhereTheProgramIsGoneAndSaysSo)
         {"Add"});
     window->reloadData();
     selectPath(QStringLiteral("/t"));
-    action("bindAnewMenuItem")->trigger();
+    action("rebindMenuItem")->trigger();
     ASSERT_NE(preview(), nullptr);
     EXPECT_FALSE(canConfirm());
     EXPECT_TRUE(remarks().contains(QStringLiteral("/nowhere/tool")));
@@ -435,7 +435,7 @@ TEST_F(Selection, DecidesWhatCanBeChosen)
 {
     table->clearSelection();
     for (const char* name : {"tagMenuItem", "allowMenuItem", "denyMenuItem", "operationsMenuItem",
-             "bindAnewMenuItem", "clearConstraintMenuItem", "copyToProgramMenuItem", "programMovedMenuItem",
+             "rebindMenuItem", "clearConstraintMenuItem", "copyToProgramMenuItem", "programMovedMenuItem",
              "copyMenuItem", "duplicateMenuItem"}) {
         EXPECT_FALSE(action(name)->isEnabled()) << name;
     }

@@ -8,7 +8,7 @@ namespace quorvane::workflow {
 
 namespace {
 
-using Mending = RuleProblem::Mending;
+using Fix = RuleProblem::Fix;
 
 class RuleProblems : public testing::Test {
 protected:
@@ -42,10 +42,10 @@ TEST_F(RuleProblems, NameTheProgramThatIsGoneAndOfferToChooseIt)
 {
     const RuleProblem own = onlyProblemOf({.path = "any", .processName = "/bin/old"});
     EXPECT_EQ(own.text, "Program is gone: nothing exists at /bin/old.");
-    EXPECT_EQ(own.mending, Mending::chooseProgram);
+    EXPECT_EQ(own.fix, Fix::chooseProgram);
     const RuleProblem parents = onlyProblemOf({.path = "any", .processName = "/bin/sh via /bin/old"});
     EXPECT_EQ(parents.text, "Parent program is gone: nothing exists at /bin/old.");
-    EXPECT_EQ(parents.mending, Mending::chooseParent);
+    EXPECT_EQ(parents.fix, Fix::chooseParent);
 }
 
 TEST_F(RuleProblems, ShowTheStoredDigestBesideThatOfTheProgram)
@@ -55,7 +55,7 @@ TEST_F(RuleProblems, ShowTheStoredDigestBesideThatOfTheProgram)
     const RuleProblem problem
         = onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = stored});
     EXPECT_EQ(problem.text, "Digest differs: stored " + stored + ", now now.");
-    EXPECT_EQ(problem.mending, Mending::bindAnew);
+    EXPECT_EQ(problem.fix, Fix::rebind);
     const std::string shorter(40, 'b');
     facts.sha1s["/bin/sh"] = "short";
     EXPECT_EQ(onlyProblemOf({.path = "any", .processName = "/bin/sh", .constraint = shorter}).text,
@@ -75,7 +75,7 @@ TEST_F(RuleProblems, NameThePathThatIsGone)
 {
     const RuleProblem problem = onlyProblemOf({.policyType = 1, .path = "/gone", .processName = "/bin/sh"});
     EXPECT_EQ(problem.text, "Path is gone: nothing exists at /gone.");
-    EXPECT_EQ(problem.mending, Mending::drop);
+    EXPECT_EQ(problem.fix, Fix::drop);
 }
 
 TEST_F(RuleProblems, SayWhatTheRulesFileHasNoPlaceFor)
@@ -85,7 +85,7 @@ TEST_F(RuleProblems, SayWhatTheRulesFileHasNoPlaceFor)
     EXPECT_TRUE(
         problem.text.starts_with("Does not read back: a rules file cannot hold a rule with a double quote"))
         << problem.text;
-    EXPECT_EQ(problem.mending, Mending::none);
+    EXPECT_EQ(problem.fix, Fix::none);
 }
 
 TEST_F(RuleProblems, AreNothingThatTheMissingPlaceCouldTell)
@@ -102,7 +102,7 @@ TEST_F(RuleProblems, TellOfTheOtherRuleInWords)
         = makeRuleValue(rules::PolicyRuleFields{.path = "/etc/", .processName = "/bin/sh", .operations = 3});
     const RuleProblem covered = problemWith(FindingKind::redundant, wide);
     EXPECT_EQ(covered.text, "Covered by: sh may read and write anything in /etc/.");
-    EXPECT_EQ(covered.mending, Mending::drop);
+    EXPECT_EQ(covered.fix, Fix::drop);
     EXPECT_EQ(problemWith(FindingKind::overlap, wide).text,
         "Overlaps with: sh may read and write anything in /etc/.");
 }

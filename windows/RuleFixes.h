@@ -18,11 +18,11 @@ class RulesTable;
 class SelectionController;
 
 // Fixes problems of rules, each time as one action that can be undone. User interface thread only.
-class RuleMending : public QObject {
+class RuleFixes : public QObject {
     Q_OBJECT
 public:
     // Owns no argument; all must outlive this object.
-    RuleMending(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection);
+    RuleFixes(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection);
 
     // Sets where programs are looked up.
     void setPlace(const workflow::RulesPlace& place) { m_place = place; }
@@ -34,7 +34,7 @@ public:
     // Asks where the program at `path` is now, and changes all of its rules to that path.
     void moveProgram(const std::string& path);
     // Binds the rule to its program in its current state, which is read on another thread.
-    void bindAnew(const rules::RuleRef& rule);
+    void rebind(const rules::RuleRef& rule);
 
 private:
     RulesTable& m_table;

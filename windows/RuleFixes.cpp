@@ -1,4 +1,4 @@
-#include "windows/RuleMending.h"
+#include "windows/RuleFixes.h"
 
 #include "windows/RulesTable.h"
 #include "windows/SelectionController.h"
@@ -9,31 +9,31 @@
 
 namespace quorvane::windows {
 
-RuleMending::RuleMending(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection)
+RuleFixes::RuleFixes(RulesTable& table, workflow::RulesDocument& document, SelectionController& selection)
     : m_table(table)
     , m_document(document)
     , m_selection(selection)
 {
 }
 
-void RuleMending::show(const rules::RuleRef& rule)
+void RuleFixes::show(const rules::RuleRef& rule)
 {
     m_table.revealRule(rule);
 }
 
-void RuleMending::remove(const rules::RuleRef& rule)
+void RuleFixes::remove(const rules::RuleRef& rule)
 {
     if (m_document.store().isStored(rule))
         m_table.perform(workflow::removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
             {.action = workflow::actionName("Delete", 1), .refusesCuts = true});
 }
 
-void RuleMending::moveProgram(const std::string& path)
+void RuleFixes::moveProgram(const std::string& path)
 {
     m_selection.moveProgram(path);
 }
 
-void RuleMending::bindAnew(const rules::RuleRef& rule)
+void RuleFixes::rebind(const rules::RuleRef& rule)
 {
     // Reads the facts into their cache, from which the change then takes them.
     m_thread.run(
