@@ -70,6 +70,7 @@ bool FingerprintReader::awaitFinger(const std::string& reason)
     m_reason = reason;
     m_bus.connect(m_service, m_device, deviceInterface(), QStringLiteral("VerifyStatus"), this,
         SLOT(verifyStatus(QDBusMessage)));
+    // Of a bus that goes away, the watcher of the service says nothing.
     m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
         SLOT(serviceVanished()));

@@ -30,12 +30,15 @@ public:
         shown = true;
         if (givesUp)
             QTimer::singleShot(0, QCoreApplication::instance(), giveUp);
+        if (what == platform::Awaited::fingerAgain && afterAskingAgain)
+            QTimer::singleShot(0, QCoreApplication::instance(), afterAskingAgain);
     }
     void withdraw() override { shown = false; }
 
     std::vector<platform::Awaited> asked;
     bool shown = false;
     bool givesUp = false;
+    std::function<void()> afterAskingAgain{};
 };
 
 class AuthorityTest : public testing::Test {
@@ -257,8 +260,17 @@ TEST_F(FingerprintTest, IsNoWhenTheBusGoesAway)
         service.reply(call, {});
         QTimer::singleShot(0, &service, [this] { bus.end(); });
     };
-    EXPECT_FALSE(verify()) << "while a finger is awaited";
+    EXPECT_FALSE(verify()) << "when the reader has just been started";
     EXPECT_FALSE(verify()) << "before the check";
+}
+
+TEST_F(FingerprintTest, IsNoWhenTheBusGoesAwayWhileAFingerIsAwaited)
+{
+    willAnswer(
+        {{"verify-retry-scan", false}}); // which arrives behind the reply: only a finger is awaited then
+    prompt.afterAskingAgain = [this] { bus.end(); };
+    EXPECT_FALSE(verify());
+    EXPECT_EQ(prompt.asked.size(), 2U);
 }
 
 TEST_F(FingerprintTest, DoesNotWaitForASilentService)
