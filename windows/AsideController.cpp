@@ -99,7 +99,7 @@ void AsideController::bringBack(const std::vector<rules::RuleValue>& rules)
         added.push_back(addition.rule);
     if (!m_table.perform(
             planned, {.action = workflow::actionName("Bring Back", rules.size()), .refusesCuts = true}))
-        return m_asideWindow->showMessage(toQt(*planned.refusal));
+        return m_asideWindow->showMessage(asSentence(*planned.refusal));
     if (!added.empty())
         m_table.revealRule(added.front());
     m_table.selectRules(added);

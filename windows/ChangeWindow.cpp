@@ -33,9 +33,9 @@ QString remarksOf(const workflow::PlannedChange& planned)
 {
     QStringList remarks;
     for (const std::string& remark : planned.remarks)
-        remarks.append(toQt(remark));
+        remarks.append(asSentence(remark));
     if (planned.refusal)
-        remarks.append(toQt(*planned.refusal));
+        remarks.append(asSentence(*planned.refusal));
     return remarks.join(QLatin1Char('\n'));
 }
 

@@ -12,6 +12,15 @@ QString toQt(std::string_view text)
     return text.starts_with(mark) ? QChar(QChar::ByteOrderMark) + converted : converted;
 }
 
+QString asSentence(std::string_view text)
+{
+    QString sentence = toQt(text);
+    if (sentence.isEmpty())
+        return sentence;
+    sentence[0] = sentence[0].toUpper();
+    return sentence.back().isLetterOrNumber() ? sentence + QLatin1Char('.') : sentence;
+}
+
 QString inWords(std::uint64_t number)
 {
     return QLocale().toString(static_cast<qulonglong>(number));

@@ -73,7 +73,7 @@ bool RulesEditorTableController::perform(
         return true;
     QStringList remarks;
     for (const std::string& remark : planned.remarks)
-        remarks.append(toQt(remark));
+        remarks.append(asSentence(remark));
     addNotice({.text = remarks.join(QLatin1Char(' ')), .subject = changeSubject()});
     return true;
 }

@@ -3,26 +3,34 @@
 #include <QPainter>
 #include <QPixmap>
 
+#include <initializer_list>
+
 namespace quorvane::windows {
 
 namespace {
 
 constexpr qreal stateImageOpacity = 0.8;
-constexpr qreal placeholderOpacity = 0.3;
-constexpr int placeholderSize = 16; // logical pixels
+constexpr qreal placeholderOpacity = 0.5; // in a dark look, too, it must be seen
+constexpr std::initializer_list<int> placeholderSizes{16, 32}; // in tables and below: logical pixels
 
-QIcon fadedIcon(const QString& file, int size, qreal opacity)
+QPixmap fadedImage(const QIcon& icon, QSize size, qreal scale, qreal opacity)
+{
+    QPixmap image(size * scale);
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setOpacity(opacity);
+    painter.drawPixmap(QRect(QPoint(), size), icon.pixmap(size, scale));
+    painter.end();
+    return image;
+}
+
+QIcon fadedIcon(const QString& file, std::initializer_list<int> sizes, qreal opacity)
 {
     QIcon faded;
-    for (const qreal scale : {1.0, 2.0, 3.0}) {
-        QPixmap image(QSize(size, size) * scale);
-        image.setDevicePixelRatio(scale);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        painter.setOpacity(opacity);
-        painter.drawPixmap(QRect(0, 0, size, size), QIcon(file).pixmap(QSize(size, size), scale));
-        painter.end();
-        faded.addPixmap(image);
+    for (const int size : sizes) {
+        for (const qreal scale : {1.0, 2.0, 3.0})
+            faded.addPixmap(fadedImage(QIcon(file), QSize(size, size), scale, opacity));
     }
     return faded;
 }
@@ -32,21 +40,21 @@ QIcon fadedIcon(const QString& file, int size, qreal opacity)
 const QIcon& systemRuleImage()
 {
     static const QIcon image
-        = fadedIcon(QStringLiteral(":/images/system.png"), stateImageSize, stateImageOpacity);
+        = fadedIcon(QStringLiteral(":/images/system.png"), {stateImageSize}, stateImageOpacity);
     return image;
 }
 
 const QIcon& recentRuleImage()
 {
     static const QIcon image
-        = fadedIcon(QStringLiteral(":/images/new.png"), stateImageSize, stateImageOpacity);
+        = fadedIcon(QStringLiteral(":/images/new.png"), {stateImageSize}, stateImageOpacity);
     return image;
 }
 
 const QIcon& missingProgramImage()
 {
     static const QIcon image
-        = fadedIcon(QStringLiteral(":/images/tool.svg"), placeholderSize, placeholderOpacity);
+        = fadedIcon(QStringLiteral(":/images/tool.svg"), placeholderSizes, placeholderOpacity);
     return image;
 }
 

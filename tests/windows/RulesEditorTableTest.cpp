@@ -113,7 +113,7 @@ TEST_F(RulesEditorTable, SaysAtTheFootWhyAChangeMayNotBeMade)
 TEST_F(RulesEditorTable, SaysAtTheFootWhatAChangeShouldBeKnownBy)
 {
     workflow::PlannedChange planned = workflow::removalOf(*store, {rules[0]}, rules::LineEnds::cut);
-    planned.remarks = {"One rule went.", "None came."};
+    planned.remarks = {"one rule went", "None came."};
     EXPECT_TRUE(window->perform(planned, {.action = "Tidy"}));
     EXPECT_EQ(notice(), QStringLiteral("One rule went. None came."));
 }

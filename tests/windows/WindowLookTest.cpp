@@ -1,9 +1,11 @@
 #include "windows/WindowLook.h"
 #include "windows/Shades.h"
+#include "windows/StateImages.h"
 
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QIcon>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
@@ -74,6 +76,23 @@ TEST_P(Looks, WhatCameWentAndChangedStandsOutFromItsBackground)
 TEST_P(Looks, NoticesCanBeRead)
 {
     expectContrast({shades::text}, {shades::notice});
+}
+
+TEST_P(Looks, ThePlaceholderOfAMissingProgramCanBeSeenAndIsFainterThanAProgram)
+{
+    const QColor background = shades::table.in(GetParam());
+    const auto contrastOf = [&](const QIcon& icon) {
+        QImage image(16, 16, QImage::Format_RGB32);
+        image.fill(background);
+        QPainter painter(&image);
+        icon.paint(&painter, image.rect());
+        painter.end();
+        constexpr QPoint besideTheSign(3, 12);
+        return contrast(image.pixelColor(besideTheSign), background);
+    };
+    const double ofThePlaceholder = contrastOf(missingProgramImage());
+    EXPECT_GE(ofThePlaceholder, 1.4);
+    EXPECT_LT(ofThePlaceholder, contrastOf(QIcon(QStringLiteral(":/images/tool.svg"))));
 }
 
 TEST_P(Looks, AreTakenByThePaletteAndTheCellsOfOpenWindows)
