@@ -153,8 +153,7 @@ void RulesEditorTableController::fileStateDidChange()
     Q_EMIT fileDidChange();
     showFailure();
     const workflow::DocumentWork work = m_document.work();
-    m_fileWork->setWorking(
-        work == workflow::DocumentWork::reading || work == workflow::DocumentWork::writing);
+    m_fileWork->setWorking(work != workflow::DocumentWork::none && work != workflow::DocumentWork::recording);
     if (!m_document.isFileAhead())
         m_ui->notices->remove(aheadSubject);
     if (!m_document.failure() || m_document.isWorking())

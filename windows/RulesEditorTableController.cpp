@@ -40,6 +40,16 @@ namespace {
 
 constexpr int noColumn = -1; // no column shows what the rows are sorted by
 
+// What takes long, as the end of the counts.
+QString slowWork(workflow::DocumentWork work)
+{
+    if (work == workflow::DocumentWork::readingHistory)
+        return RulesEditorTableController::tr(", reading the history\u2026");
+    return work == workflow::DocumentWork::reading
+        ? RulesEditorTableController::tr(", reading the file\u2026")
+        : RulesEditorTableController::tr(", writing the file\u2026");
+}
+
 } // namespace
 
 RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& document,
@@ -286,8 +296,7 @@ void RulesEditorTableController::updateCounts()
     if (leftOut > 0)
         counts += tr(", %1 left out by Narrow").arg(locale.toString(static_cast<qulonglong>(leftOut)));
     if (m_fileWork->isSlow())
-        counts += m_document.work() == workflow::DocumentWork::reading ? tr(", reading the file\u2026")
-                                                                       : tr(", writing the file\u2026");
+        counts += slowWork(m_document.work());
     m_ui->countLabel->setText(counts);
     m_ui->rulesEditorTableView->setEmptyText(stored == 0 ? tr("There are no rules yet.")
             : hidden > 0  ? tr("Only system rules match. \u201cShow System Rules\u201d shows them.")

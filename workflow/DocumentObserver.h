@@ -36,8 +36,8 @@ class DocumentObserver {
 public:
     virtual ~DocumentObserver() = default;
 
-    // Changes by another program were merged into the store by `change`, besides those of the running
-    // operation.
+    // The store was changed by `change`, besides what the running operation changes: changes by another
+    // program were merged, or an undo or redo in the background has ended.
     virtual void rulesWereMerged(const rules::ChangeSet& change) = 0;
     // All rules were read again. Rules that still exist keep their records.
     virtual void rulesWereReloaded() = 0;

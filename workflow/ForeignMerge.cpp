@@ -22,15 +22,26 @@ ForeignMerge::ForeignMerge(const rules::RuleManager& store, const std::optional<
 void ForeignMerge::run(const std::vector<rules::RuleValue>& theirs, Order order)
 {
     const bool takesOrder = order == Order::theirs && !m_hasOwnChanges;
-    rules::MergeResult merged = mergeRules(m_base.values(), m_ours.values(), theirs,
-        takesOrder ? rules::Placement::startOfKind : rules::Placement::endOfKind);
+    merge(m_base.values(), theirs, takesOrder ? rules::Placement::startOfKind : rules::Placement::endOfKind);
+    m_theirs = rules::RulesSnapshot(theirs);
+}
+
+void ForeignMerge::repeat(
+    const std::vector<rules::RuleValue>& before, const std::vector<rules::RuleValue>& after)
+{
+    merge(before, after, rules::Placement::startOfKind);
+}
+
+void ForeignMerge::merge(const std::vector<rules::RuleValue>& base,
+    const std::vector<rules::RuleValue>& theirs, rules::Placement placement)
+{
+    rules::MergeResult merged = mergeRules(base, m_ours.values(), theirs, placement);
     std::vector<rules::RuleRef> ours;
     ours.reserve(m_ours.size());
     for (std::size_t row = 0; row < m_ours.size(); ++row)
         ours.push_back(m_stored->at(row, false));
     m_change = changeTo(merged, ours);
     m_reports = std::move(merged.reports);
-    m_theirs = rules::RulesSnapshot(theirs);
 }
 
 bool ForeignMerge::isFor(const rules::RuleManager& store) const

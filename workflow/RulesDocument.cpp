@@ -1,9 +1,7 @@
 #include "workflow/RulesDocument.h"
 
 #include "platform/Log.h"
-#include "rules/MergedChange.h"
 #include "rules/RulesFile.h"
-#include "rules/RulesText.h"
 #include "workflow/DocumentTexts.h"
 #include "workflow/FailSafeSuggestions.h"
 
@@ -331,112 +329,6 @@ void RulesDocument::discardSuggestions()
 {
     keepSuggestions(m_store.locations(), m_owner.stateFolder, m_owner.settings.history, m_log);
     quorvane::workflow::discardSuggestions(m_store.locations());
-}
-
-// --- Back and forth
-
-void RulesDocument::forgetSteps()
-{
-    m_steps.forget();
-}
-
-bool RulesDocument::undo()
-{
-    bool isDone = false;
-    attempt([&] { isDone = step(ChangeReason::Kind::undo); });
-    return isDone;
-}
-
-bool RulesDocument::redo()
-{
-    bool isDone = false;
-    attempt([&] { isDone = step(ChangeReason::Kind::redo); });
-    return isDone;
-}
-
-bool RulesDocument::step(ChangeReason::Kind kind)
-{
-    waitUntilWritten();
-    takeForeignChanges();
-    waitUntilWritten();
-    const bool isUndo = kind == ChangeReason::Kind::undo;
-    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
-    const bool areStepsNewer = hasUnrecordedActions(); // than all versions
-    const auto version = areStepsNewer ? std::nullopt
-        : isUndo                       ? m_file.journal().undoable()
-                                       : m_file.journal().redoable();
-    const bool isOwn = own != nullptr
-        && (version ? own->version == version->number
-                    : areStepsNewer || m_file.journal().problem().has_value());
-    ChangeReason reason{.kind = kind};
-    rules::ChangeSet change;
-    if (isOwn) {
-        reason.action = own->reason.action;
-        reason.of = own->version;
-        change = own->done->inverted();
-    } else {
-        auto journalled = version ? journalledStep(*version, kind) : std::nullopt;
-        if (!journalled)
-            return false;
-        forgetSteps();
-        reason.action = version->action.value_or(std::string());
-        reason.of = version->number;
-        change = std::move(*journalled);
-    }
-    perform(std::move(change), reason);
-    return true;
-}
-
-// The change that undoes or redoes a version of the journal in the current rules.
-std::optional<rules::ChangeSet> RulesDocument::journalledStep(
-    const history::JournalVersion& version, ChangeReason::Kind kind)
-{
-    const auto after = m_file.journal().meantOf(version.number);
-    const auto before
-        = version.before ? m_file.journal().meantOf(*version.before) : std::optional<std::string>("");
-    if (!before || !after)
-        return std::nullopt;
-    const std::vector<rules::RuleRef> present = m_store.userRules();
-    const bool isUndo = kind == ChangeReason::Kind::undo;
-    return changeTo(
-        mergeRules(rules::rulesOfText(isUndo ? *after : *before), m_store.userRulesSnapshot().values(),
-            rules::rulesOfText(isUndo ? *before : *after), rules::Placement::startOfKind),
-        present);
-}
-
-std::optional<std::string> RulesDocument::undoName()
-{
-    if (const UndoSteps::Step* step = m_steps.toUndo())
-        return step->reason.action;
-    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().undoable();
-    return version ? version->action : std::nullopt;
-}
-
-std::optional<std::string> RulesDocument::redoName()
-{
-    if (const UndoSteps::Step* step = m_steps.toRedo())
-        return step->reason.action;
-    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().redoable();
-    return version ? version->action : std::nullopt;
-}
-
-bool RulesDocument::restore(std::int64_t version)
-{
-    waitUntilWritten();
-    const auto known = m_file.journal().version(version);
-    if (!known || !known->isReadable)
-        return false;
-    // Where there is another thread, only that unpacks a long version, and finds it damaged.
-    if (m_owner.background == nullptr && !m_file.journal().bytesOf(version))
-        return false;
-    begin();
-    markChanged();
-    forgetSteps();
-    WriteOrder order = orderFor({.action = "Restore Version " + std::to_string(version)});
-    order.restores = version;
-    m_orders.push_back(std::move(order));
-    pump();
-    return true;
 }
 
 void RulesDocument::inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then)

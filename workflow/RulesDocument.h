@@ -49,6 +49,7 @@ enum class DocumentWork {
     reading, // the rules file, to take over what is in it
     writing, // it, or waiting for another process to finish writing it
     recording, // it as a version
+    readingHistory, // versions, to undo or redo one
 };
 
 // The result of a change.
@@ -98,7 +99,9 @@ public:
     ChangeResult commit(rules::ChangeSet done, const ChangeReason& reason);
 
     // Reverts our newest action, or repeats the one undone last; later changes by others stay. False when
-    // there is none, or when its versions cannot be read.
+    // there is none, or when its versions cannot be read. With a background, an action of an earlier run, or
+    // with later changes by others, is merged by it into more than 20,000 rules: the store changes later
+    // then, unless news say that the versions cannot be read.
     bool undo();
     bool redo();
     // The names of these actions; none when there is none. May open the journal.
@@ -201,8 +204,10 @@ private:
     void reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 
     bool step(ChangeReason::Kind kind);
-    std::optional<rules::ChangeSet> journalledStep(
-        const history::JournalVersion& version, ChangeReason::Kind kind);
+    bool stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind);
+    bool mergeStep(ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
+    void performStep(
+        const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
 
     void warnOfUnwritableRules(std::uint64_t count);
     void inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then);

@@ -2059,6 +2059,10 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>, writing the file…</source>
         <translation>, die Datei wird geschrieben…</translation>
     </message>
+    <message>
+        <source>, reading the history…</source>
+        <translation>, der Verlauf wird gelesen…</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::windows::SavePanel</name>

@@ -9,6 +9,8 @@
 
 #include <QLineEdit>
 
+#include <future>
+
 // The main window with so many rules that sorts and searches are computed on another thread, which reads and
 // writes their file as well.
 
@@ -194,6 +196,21 @@ TEST_F(ManyRowsOfAFile, HaveACountThatSaysWhenWritingTheFileTakesLong)
     EXPECT_TRUE(waitForCounts(QStringLiteral("20,999 of 20,999 rules shown, writing the file\u2026")));
     lock = platform::FileLock();
     EXPECT_TRUE(waitForCounts(QStringLiteral("20,999 of 20,999 rules shown")));
+    EXPECT_EQ(document->failure(), std::nullopt);
+}
+
+TEST_F(ManyRowsOfAFile, HaveACountThatSaysWhenAnUndoneActionOfAnEarlierRunTakesLong)
+{
+    window->deleteRow(3);
+    ASSERT_TRUE(waitForTheDocument());
+    document->forgetSteps();
+    std::promise<void> goesOn;
+    background.run([&goesOn] { goesOn.get_future().wait(); }, [] {});
+    window->undo();
+    EXPECT_TRUE(waitForCounts(QStringLiteral("20,999 of 20,999 rules shown, reading the history\u2026")));
+    goesOn.set_value();
+    EXPECT_TRUE(waitForCounts(QStringLiteral("21,000 of 21,000 rules shown")));
+    ASSERT_TRUE(waitForTheDocument());
     EXPECT_EQ(document->failure(), std::nullopt);
 }
 

@@ -1,3 +1,5 @@
+#include "history/Database.h"
+#include "history/JournalPlace.h"
 #include "tests/support/LaterWork.h"
 #include "tests/support/SystemCalls.h"
 #include "tests/workflow/DocumentSandbox.h"
@@ -67,6 +69,12 @@ protected:
         for (std::size_t at = 0; (at = text.find("\"" + path + "\"", at)) != std::string::npos; ++at)
             ++count;
         return count;
+    }
+    void addAndRestart(const std::string& path)
+    {
+        window->add(path);
+        document().waitUntilWritten();
+        window.emplace(box, DocumentOwner{.background = &background});
     }
     void putAFolderInPlaceOfTheFile() const
     {
@@ -274,6 +282,49 @@ TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileTheFileIsReadAfterAnImport)
     document().waitUntilWritten();
     EXPECT_TRUE(has("/mine"));
     expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, UndoesAndRedoesAnActionOfAnEarlierRunOnTheThread)
+{
+    addAndRestart("/mine");
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().isWorking());
+    EXPECT_TRUE(has("/mine")) << "the window's thread does not merge";
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_EQ(window->changes.size(), 1U) << "the window is told";
+    expectFileHasTheRulesOfTheStore();
+    window.emplace(box, DocumentOwner{.background = &background});
+    EXPECT_TRUE(document().redo());
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/mine"));
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileAnActionIsUndone)
+{
+    addAndRestart("/mine");
+    EXPECT_TRUE(document().undo());
+    window->add("/later");
+    window->tag("/mine", "wanted");
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/mine")) << "its tag was changed since";
+    EXPECT_TRUE(has("/later"));
+    EXPECT_EQ(linesInFile("/later"), 1U);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, SaysThatAnActionCannotBeUndoneWhenOnlyTheThreadFindsItDamaged)
+{
+    addAndRestart("/mine");
+    EXPECT_TRUE(document().undo());
+    const history::JournalPlace place(box.folder.path("state"), box.locations.userRulesFile());
+    history::Database database(place.databaseFile());
+    history::Statement(database, "UPDATE content SET frame = x'00'").run();
+    document().waitUntilWritten();
+    EXPECT_EQ(window->newsOf(Kind::journal), std::vector<std::string>{"Version 2 can no longer be read."});
+    EXPECT_TRUE(has("/mine"));
+    EXPECT_FALSE(document().undo());
 }
 
 TEST_F(ManyRulesDocumentTest, DoesNotRepeatAWriteThatHasFailedBeforeTheNextChange)

@@ -1,0 +1,144 @@
+#include "workflow/RulesDocument.h"
+
+#include "rules/RulesText.h"
+#include "workflow/ForeignMerge.h"
+
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+
+// How a document undoes, redoes and restores.
+
+namespace quorvane::workflow {
+
+void RulesDocument::forgetSteps()
+{
+    m_steps.forget();
+}
+
+bool RulesDocument::undo()
+{
+    bool isDone = false;
+    attempt([&] { isDone = step(ChangeReason::Kind::undo); });
+    return isDone;
+}
+
+bool RulesDocument::redo()
+{
+    bool isDone = false;
+    attempt([&] { isDone = step(ChangeReason::Kind::redo); });
+    return isDone;
+}
+
+bool RulesDocument::step(ChangeReason::Kind kind)
+{
+    waitUntilWritten();
+    takeForeignChanges();
+    waitUntilWritten();
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    const bool areStepsNewer = hasUnrecordedActions(); // than all versions
+    const auto version = areStepsNewer ? std::nullopt
+        : isUndo                       ? m_file.journal().undoable()
+                                       : m_file.journal().redoable();
+    const bool isOwn = own != nullptr
+        && (version ? own->version == version->number
+                    : areStepsNewer || m_file.journal().problem().has_value());
+    if (!isOwn)
+        return version && stepInJournal(*version, kind);
+    const ChangeReason reason{.action = own->reason.action, .kind = kind, .of = own->version};
+    perform(own->done->inverted(), reason);
+    return true;
+}
+
+// Undoes or redoes a version of the journal in the current rules. Many are merged by another thread.
+bool RulesDocument::stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind)
+{
+    const auto merge = std::make_shared<ForeignMerge>(m_store, std::nullopt);
+    if (!isWorthAThread()) {
+        const bool isReadable = mergeStep(*merge, version, kind);
+        if (isReadable)
+            performStep(*merge, version, kind);
+        return isReadable;
+    }
+    const auto isReadable = std::make_shared<std::optional<bool>>();
+    inBackground(
+        DocumentWork::readingHistory,
+        [this, merge, isReadable, version, kind] { *isReadable = mergeStep(*merge, version, kind); },
+        [this, merge, isReadable, version, kind] {
+            if (!isReadable->has_value())
+                throw std::bad_alloc();
+            if (!**isReadable)
+                return notify({.kind = DocumentNews::Kind::journal,
+                    .text = "Version " + std::to_string(version.number) + " can no longer be read."});
+            if (!merge->isFor(m_store)) { // rules have changed while it ran
+                stepInJournal(version, kind);
+                return;
+            }
+            performStep(*merge, version, kind);
+            if (m_observer != nullptr)
+                m_observer->rulesWereMerged(merge->change());
+        });
+    return true;
+}
+
+// False when contents of the journal cannot be read. Any thread.
+bool RulesDocument::mergeStep(
+    ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind)
+{
+    const auto after = m_file.journal().meantOf(version.number);
+    const auto before
+        = version.before ? m_file.journal().meantOf(*version.before) : std::optional<std::string>("");
+    if (!before || !after)
+        return false;
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    merge.repeat(
+        rules::rulesOfText(isUndo ? *after : *before), rules::rulesOfText(isUndo ? *before : *after));
+    return true;
+}
+
+void RulesDocument::performStep(
+    const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind)
+{
+    forgetSteps();
+    perform(merge.change(),
+        {.action = version.action.value_or(std::string()), .kind = kind, .of = version.number});
+}
+
+std::optional<std::string> RulesDocument::undoName()
+{
+    if (const UndoSteps::Step* step = m_steps.toUndo())
+        return step->reason.action;
+    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().undoable();
+    return version ? version->action : std::nullopt;
+}
+
+std::optional<std::string> RulesDocument::redoName()
+{
+    if (const UndoSteps::Step* step = m_steps.toRedo())
+        return step->reason.action;
+    const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().redoable();
+    return version ? version->action : std::nullopt;
+}
+
+bool RulesDocument::restore(std::int64_t version)
+{
+    waitUntilWritten();
+    const auto known = m_file.journal().version(version);
+    if (!known || !known->isReadable)
+        return false;
+    // Where there is another thread, only that unpacks a long version, and finds it damaged.
+    if (m_owner.background == nullptr && !m_file.journal().bytesOf(version))
+        return false;
+    begin();
+    markChanged();
+    forgetSteps();
+    WriteOrder order = orderFor({.action = "Restore Version " + std::to_string(version)});
+    order.restores = version;
+    m_orders.push_back(std::move(order));
+    pump();
+    return true;
+}
+
+} // namespace quorvane::workflow
