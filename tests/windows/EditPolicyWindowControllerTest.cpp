@@ -123,7 +123,9 @@ TEST_F(EditPolicyWindow, TheConstraintHasAHintAndRoomForAWholeDigest)
     open(test::policyRule({.path = "/p", .processName = "any"}));
     const QLineEdit* constraint = field("constraintTextField");
     EXPECT_FALSE(constraint->placeholderText().isEmpty());
-    EXPECT_TRUE(QFontInfo(constraint->font()).fixedPitch());
+    // As painted: not every font of fixed pitch says that it is one.
+    EXPECT_EQ(constraint->fontMetrics().horizontalAdvance(QStringLiteral("iiii")),
+        constraint->fontMetrics().horizontalAdvance(QStringLiteral("WWWW")));
     const QMargins beside = constraint->textMargins();
     EXPECT_GT(constraint->width() - beside.left() - beside.right(),
         constraint->fontMetrics().horizontalAdvance(QString(64, QLatin1Char('0'))));
