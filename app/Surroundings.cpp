@@ -45,8 +45,7 @@ bool loadStore(
         QCoreApplication::translate("quorvane::app::Surroundings", "Reading the rules…"));
     QObject::connect(
         &endRequests, &desktop::EndRequests::endRequested, &window, &windows::LoadingWindow::reject);
-    window.run([&] { load(locations, log); });
-    return !window.hasQuit();
+    return window.run([&] { load(locations, log); });
 }
 
 Surroundings::Surroundings(

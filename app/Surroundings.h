@@ -19,7 +19,8 @@
 namespace quorvane::app {
 
 // Creates the process-wide store on another thread. Handles events meanwhile and, when it takes long, shows a
-// window that says so. False when the end of the program was requested in the meantime.
+// window that says so. False when the end of the program was requested in the meantime; the other thread then
+// goes on using the arguments.
 bool loadStore(
     const platform::Locations& locations, platform::Log& log, const desktop::EndRequests& endRequests);
 

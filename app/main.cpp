@@ -72,8 +72,10 @@ int main(int argumentCount, char** arguments)
     const bool openedWithOptions
         = std::find(allArguments.begin(), allArguments.end(), "-preferences") != allArguments.end();
     const auto locations = quorvane::platform::Locations::fromEnvironment();
-    if (!quorvane::app::loadStore(locations, *log, endRequests))
-        return EXIT_SUCCESS;
+    if (!quorvane::app::loadStore(locations, *log, endRequests)) {
+        log->flush();
+        std::_Exit(EXIT_SUCCESS); // without waiting for a file that perhaps never answers
+    }
     quorvane::app::Surroundings around(locations, *log, openedWithOptions);
     QObject::connect(&endRequests, &quorvane::desktop::EndRequests::endRequested, &around.delegate,
         &quorvane::app::AppDelegate::terminate);

@@ -1,12 +1,12 @@
 #include "windows/LoadingWindow.h"
 
-#include "windows/BackgroundThread.h"
 #include "windows/SlowWork.h"
 
 #include <QDialogButtonBox>
 #include <QEventLoop>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QThread>
 
 namespace quorvane::windows {
 
@@ -21,22 +21,31 @@ LoadingWindow::LoadingWindow(const QString& iconFile, const QString& header, con
     addBelowMessage(*busy);
     buttons().addButton(tr("Quit"), QDialogButtonBox::RejectRole);
     connect(&buttons(), &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(this, &QDialog::rejected, this, [this] { m_hasQuit = true; });
 }
 
-void LoadingWindow::run(const std::function<void()>& load)
+bool LoadingWindow::run(const std::function<void()>& load)
 {
-    SlowWork loading;
-    connect(&loading, &SlowWork::slownessDidChange, this, [&] {
-        if (!m_hasQuit)
-            setVisible(loading.isSlow());
+    bool isLoaded = false;
+    QEventLoop wait;
+    auto* thread = QThread::create(load); // deletes itself, since it may outlive this
+    connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+    connect(thread, &QThread::finished, &wait, [&] {
+        isLoaded = true;
+        wait.quit();
     });
-    QEventLoop untilLoaded;
-    BackgroundThread background;
+    connect(this, &QDialog::rejected, &wait, &QEventLoop::quit);
+    SlowWork loading;
+    connect(&loading, &SlowWork::slownessDidChange, this, [&] { setVisible(loading.isSlow()); });
     loading.setWorking(true);
-    background.run(load, [&untilLoaded] { untilLoaded.quit(); });
-    untilLoaded.exec();
+    thread->start();
+    if (!thread->isRunning() && !thread->isFinished()) { // none could be created
+        load();
+        delete thread;
+        return true;
+    }
+    wait.exec();
     loading.setWorking(false);
+    return isLoaded;
 }
 
 } // namespace quorvane::windows

@@ -14,15 +14,10 @@ public:
     // `header`: the title, too. `message`: what is being loaded.
     LoadingWindow(const QString& iconFile, const QString& header, const QString& message);
 
-    // Runs `load`, which must not throw, on another thread. Handles events until it has returned; when it
-    // takes long, the window is visible until then, or until the user quits.
-    void run(const std::function<void()>& load);
-
-    // True when the user does not want to wait. The load goes on nevertheless.
-    bool hasQuit() const { return m_hasQuit; }
-
-private:
-    bool m_hasQuit = false;
+    // Runs `load`, which must not throw, on another thread. Handles events until it has returned, or until
+    // the user does not want to wait any longer: then false, and it goes on. The window is visible meanwhile
+    // when that takes long.
+    bool run(const std::function<void()>& load);
 };
 
 } // namespace quorvane::windows
