@@ -100,6 +100,10 @@ public:
     {
         print("tag", [this] { m_window.tableViewCellAction(QStringLiteral("mine")); });
         print("second-tag", [this] { m_window.tableViewCellAction(QStringLiteral("other")); });
+        print("tag-and-undo", [this] {
+            m_window.tableViewCellAction(QStringLiteral("wrong"));
+            m_window.undo();
+        });
         print("delete", [this] { m_window.deleteRow(static_cast<std::size_t>(middle())); });
         print("undo", [this] { m_window.undo(); });
         print("redo", [this] { m_window.redo(); });

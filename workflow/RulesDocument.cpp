@@ -97,8 +97,9 @@ ChangeResult RulesDocument::commit(rules::ChangeSet done, const ChangeReason& re
     m_lacksOrder = !attempt([&] {
         begin();
         const auto change = std::make_shared<const rules::ChangeSet>(std::move(done));
-        m_steps.remember(change, reason);
-        m_orders.push_back(orderFor(reason, change));
+        WriteOrder order = orderFor(reason, change);
+        order.step = m_steps.remember(change, reason);
+        m_orders.push_back(std::move(order));
     });
     if (!m_lacksOrder)
         pump();
@@ -113,7 +114,6 @@ WriteOrder RulesDocument::orderFor(
     order.reason = reason;
     order.change = std::move(change);
     order.wholeLines = m_owner.settings.wholeLines;
-    order.step = m_steps.last();
     if (const auto& unread = m_store.unreadRules())
         order.unreadReason = unread->reason;
     return order;
@@ -212,6 +212,7 @@ void RulesDocument::joinOrders()
     order.rules = m_store.userRulesSnapshot();
     if (m_orders.size() > 1) {
         order.isJoined = true;
+        order.step = 0;
         order.change.reset();
         if (!order.restores)
             order.reason = {.action = severalActions, .refusesCuts = order.reason.refusesCuts};
@@ -256,7 +257,7 @@ void RulesDocument::noteWritten(const WriteReport& report)
         m_knownVersion = report.version;
     if (m_orders.front().unreadReason)
         m_store.forgetUnreadRules();
-    m_steps.noteVersion(m_orders.front().step, report.version);
+    noteVersion(m_orders.front(), report.version);
     if (m_orders.front().isJoined && !m_file.journal().problem())
         forgetSteps(); // its actions are one version, which is undone as a whole
     const bool wasRestored = m_orders.front().restores.has_value();
@@ -267,6 +268,18 @@ void RulesDocument::noteWritten(const WriteReport& report)
         takeRestored();
     else if (m_orders.empty() && readsAsMeant)
         m_rulesInFile.reset(); // now those of the store
+}
+
+// What undoes or redoes an action may have been ordered before that had a version.
+void RulesDocument::noteVersion(const WriteOrder& written, std::optional<std::int64_t> version)
+{
+    if (written.step == 0 || written.reason.kind != ChangeReason::Kind::action)
+        return;
+    m_steps.noteVersion(written.step, version);
+    for (WriteOrder& order : m_orders) {
+        if (order.step == written.step && order.reason.kind != ChangeReason::Kind::action)
+            order.reason.of = version;
+    }
 }
 
 // Updates the store, which has the rules from before the restore, to the restored bytes. Changes made in the

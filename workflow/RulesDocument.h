@@ -176,6 +176,8 @@ private:
     bool hasUntriedOrder() const;
     bool hasUnrecordedActions() const;
     void noteWritten(const WriteReport& report);
+    void noteVersion(const WriteOrder& written, std::optional<std::int64_t> version);
+    bool isStepUnderWay(std::uint64_t number) const;
     void fail(const std::string& message);
     void joinOrders();
 
@@ -206,6 +208,7 @@ private:
     bool step(ChangeReason::Kind kind);
     bool stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind);
     bool mergeStep(ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
+    void performStep(const UndoSteps::Step& own, ChangeReason::Kind kind);
     void performStep(
         const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
 

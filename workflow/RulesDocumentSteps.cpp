@@ -3,6 +3,7 @@
 #include "rules/RulesText.h"
 #include "workflow/ForeignMerge.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>
@@ -31,13 +32,27 @@ bool RulesDocument::redo()
     return isDone;
 }
 
+// True while another thread writes what the action has done, or has still to write it; also when it was
+// undone or redone since. Nothing in the journal is newer then.
+bool RulesDocument::isStepUnderWay(std::uint64_t number) const
+{
+    const auto isAny = [this](const auto& is) { return std::any_of(m_orders.begin(), m_orders.end(), is); };
+    return isWorking() && isAny([number](const WriteOrder& order) { return order.step == number; })
+        && !isAny([](const WriteOrder& order) { return order.isJoined; });
+}
+
 bool RulesDocument::step(ChangeReason::Kind kind)
 {
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    if (own != nullptr && isStepUnderWay(own->number)) { // the window does not wait for it
+        performStep(*own, kind);
+        return true;
+    }
     waitUntilWritten();
     takeForeignChanges();
     waitUntilWritten();
-    const bool isUndo = kind == ChangeReason::Kind::undo;
-    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
     const bool areStepsNewer = hasUnrecordedActions(); // than all versions
     const auto version = areStepsNewer ? std::nullopt
         : isUndo                       ? m_file.journal().undoable()
@@ -47,9 +62,14 @@ bool RulesDocument::step(ChangeReason::Kind kind)
                     : areStepsNewer || m_file.journal().problem().has_value());
     if (!isOwn)
         return version && stepInJournal(*version, kind);
-    const ChangeReason reason{.action = own->reason.action, .kind = kind, .of = own->version};
-    perform(own->done->inverted(), reason);
+    performStep(*own, kind);
     return true;
+}
+
+void RulesDocument::performStep(const UndoSteps::Step& own, ChangeReason::Kind kind)
+{
+    const ChangeReason reason{.action = own.reason.action, .kind = kind, .of = own.version};
+    perform(own.done->inverted(), reason);
 }
 
 // Undoes or redoes a version of the journal in the current rules. Many are merged by another thread.

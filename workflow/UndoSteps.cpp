@@ -1,6 +1,5 @@
 #include "workflow/UndoSteps.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -10,39 +9,47 @@ namespace {
 
 constexpr std::size_t mostSteps = 50; // each may contain a large number of rules
 
-void dropLast(std::vector<UndoSteps::Step>& steps)
+std::optional<UndoSteps::Step> takeLast(std::vector<UndoSteps::Step>& steps)
 {
-    if (!steps.empty())
-        steps.pop_back();
+    if (steps.empty())
+        return std::nullopt;
+    std::optional<UndoSteps::Step> last(std::move(steps.back()));
+    steps.pop_back();
+    return last;
 }
 
 } // namespace
 
-void UndoSteps::remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason)
+std::uint64_t UndoSteps::remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason)
 {
     if (done->isEmpty())
-        return;
-    Step step{.number = ++m_last, .done = std::move(done), .reason = reason, .version = reason.of};
-    if (reason.kind == ChangeReason::Kind::undo) {
-        dropLast(m_done);
-        m_undone.push_back(std::move(step));
-        return;
-    }
-    if (reason.kind == ChangeReason::Kind::redo)
-        dropLast(m_undone);
-    else
+        return 0;
+    const bool isAction = reason.kind == ChangeReason::Kind::action;
+    const bool isUndo = reason.kind == ChangeReason::Kind::undo;
+    if (isAction)
         m_undone.clear();
-    m_done.push_back(std::move(step));
+    // None when it undoes or redoes a version of the journal.
+    const std::optional<Step> former = isAction ? std::nullopt : takeLast(isUndo ? m_done : m_undone);
+    Step step{.done = std::move(done), .reason = reason, .version = reason.of};
+    step.number = former ? former->number : ++m_last;
+    if (former && !step.version)
+        step.version = former->version;
+    auto& steps = isUndo ? m_undone : m_done;
+    steps.push_back(std::move(step));
+    const std::uint64_t number = steps.back().number;
     if (m_done.size() > mostSteps)
         m_done.erase(m_done.begin());
+    return number;
 }
 
 void UndoSteps::noteVersion(std::uint64_t number, std::optional<std::int64_t> version)
 {
-    const auto written
-        = std::find_if(m_done.begin(), m_done.end(), [&](const Step& each) { return each.number == number; });
-    if (written != m_done.end() && written->reason.kind == ChangeReason::Kind::action)
-        written->version = version;
+    for (auto* steps : {&m_done, &m_undone}) {
+        for (Step& step : *steps) {
+            if (step.number == number)
+                step.version = version;
+        }
+    }
 }
 
 void UndoSteps::forget()

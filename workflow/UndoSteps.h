@@ -15,16 +15,16 @@ namespace quorvane::workflow {
 class UndoSteps {
 public:
     struct Step {
-        std::uint64_t number = 0;
+        std::uint64_t number = 0; // of the action, also once it is undone or redone
         std::shared_ptr<const rules::ChangeSet> done{};
         ChangeReason reason{};
         std::optional<std::int64_t>
-            version{}; // in the journal; none before it is written, or without a journal
+            version{}; // of the action in the journal; none before it is written, or without a journal
     };
 
-    // Records an action, which clears the redo steps; or an undo or redo of the next step. An empty change is
-    // no step.
-    void remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason);
+    // Records an action, which clears the redo steps; or an undo or redo of the next step. Returns the number
+    // of the action; 0 for an empty change, which is no step.
+    std::uint64_t remember(std::shared_ptr<const rules::ChangeSet> done, const ChangeReason& reason);
     // Records the version of the action with that number.
     void noteVersion(std::uint64_t number, std::optional<std::int64_t> version);
     void forget();
@@ -32,9 +32,6 @@ public:
     // Null when there is none.
     const Step* toUndo() const { return m_done.empty() ? nullptr : &m_done.back(); }
     const Step* toRedo() const { return m_undone.empty() ? nullptr : &m_undone.back(); }
-
-    // The number of the last recorded step.
-    std::uint64_t last() const { return m_last; }
 
 private:
     std::vector<Step> m_done; // the newest last

@@ -48,7 +48,7 @@ struct WriteOrder {
     std::optional<std::int64_t> restores{}; // the version whose exact bytes are written instead of `rules`
     std::optional<std::string> unreadReason{}; // why the current file must be renamed first
     std::optional<std::uint64_t> rulesInFile{}; // how many the current file holds; none when not known
-    std::uint64_t step = 0; // the document's undo step for which it is written
+    std::uint64_t step = 0; // the number of the action that it contains, undoes or redoes; 0 for none
 };
 
 // The result of a write.

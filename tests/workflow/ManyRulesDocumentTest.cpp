@@ -284,6 +284,49 @@ TEST_F(ManyRulesDocumentTest, KeepsAChangeMadeWhileTheFileIsReadAfterAnImport)
     expectFileHasTheRulesOfTheStore();
 }
 
+TEST_F(ManyRulesDocumentTest, UndoesAndRedoesWhatIsStillBeingWrittenWithoutWaiting)
+{
+    window->add("/mine");
+    window->add("/wrong");
+    ASSERT_TRUE(document().isWorking());
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().isWorking()) << "it has not waited";
+    EXPECT_FALSE(has("/wrong"));
+    EXPECT_TRUE(document().redo());
+    EXPECT_TRUE(has("/wrong"));
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().undo());
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_EQ(linesInFile("/mine") + linesInFile("/wrong"), 0U);
+
+    document().waitUntilWritten();
+    EXPECT_EQ(document().failure(), std::nullopt);
+    expectFileHasTheRulesOfTheStore();
+    EXPECT_TRUE(document().redo()) << "its version is known now";
+    document().waitUntilWritten();
+    EXPECT_EQ(linesInFile("/mine"), 1U);
+
+    window.emplace(box, DocumentOwner{.background = &background});
+    EXPECT_EQ(document().undoName(), "Add Rule");
+    EXPECT_EQ(document().redoName(), "Add Rule");
+    EXPECT_TRUE(document().redo());
+    document().waitUntilWritten();
+    EXPECT_EQ(linesInFile("/wrong"), 1U);
+}
+
+TEST_F(ManyRulesDocumentTest, KeepsForeignRulesWhenWhatIsBeingWrittenIsUndone)
+{
+    window->add("/mine");
+    EXPECT_TRUE(document().undo());
+    box.writeUserRules(file() + test::fileLine("/theirs"));
+    document().waitUntilWritten();
+    document().takeForeignChanges();
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/theirs"));
+    EXPECT_FALSE(has("/mine"));
+    expectFileHasTheRulesOfTheStore();
+}
+
 TEST_F(ManyRulesDocumentTest, UndoesAndRedoesAnActionOfAnEarlierRunOnTheThread)
 {
     addAndRestart("/mine");

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -12,11 +13,11 @@ namespace quorvane::workflow {
 
 namespace {
 
-// Records a step that changed something.
-void remember(
+// Records a step that changed something; returns its number.
+std::uint64_t remember(
     UndoSteps& steps, const std::string& action, ChangeReason::Kind kind = ChangeReason::Kind::action)
 {
-    steps.remember(
+    return steps.remember(
         std::make_shared<const rules::ChangeSet>(additionOf(test::policyRule({.path = "/" + action}))),
         {.action = action, .kind = kind});
 }
@@ -58,21 +59,31 @@ TEST(UndoSteps, LeaveNothingToDoAgainAfterANewAction)
 TEST(UndoSteps, LeaveOutWhatChangedNothing)
 {
     UndoSteps steps;
-    steps.remember(std::make_shared<const rules::ChangeSet>(), {.action = "nothing"});
+    EXPECT_EQ(steps.remember(std::make_shared<const rules::ChangeSet>(), {.action = "nothing"}), 0U);
     EXPECT_EQ(steps.toUndo(), nullptr);
-    EXPECT_EQ(steps.last(), 0U);
 }
 
 TEST(UndoSteps, KnowTheVersionThatAnActionHasBecome)
 {
     UndoSteps steps;
-    remember(steps, "one");
-    const std::uint64_t number = steps.last();
+    const std::uint64_t number = remember(steps, "one");
     remember(steps, "two");
     steps.noteVersion(number, 7);
     EXPECT_EQ(steps.toUndo()->version, std::nullopt);
     remember(steps, "two", ChangeReason::Kind::undo);
     EXPECT_EQ(steps.toUndo()->version, 7);
+}
+
+TEST(UndoSteps, KnowTheVersionOfAnActionThatWasUndoneOrRedoneBeforeItHadOne)
+{
+    UndoSteps steps;
+    const std::uint64_t number = remember(steps, "one");
+    EXPECT_EQ(remember(steps, "one", ChangeReason::Kind::undo), number);
+    steps.noteVersion(number, 7);
+    EXPECT_EQ(steps.toRedo()->version, 7);
+    EXPECT_EQ(remember(steps, "one", ChangeReason::Kind::redo), number);
+    EXPECT_EQ(steps.toUndo()->version, 7);
+    EXPECT_NE(remember(steps, "two"), number);
 }
 
 TEST(UndoSteps, AreForgottenWhenThereAreMoreThanFifty)
