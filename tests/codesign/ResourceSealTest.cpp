@@ -1,3 +1,4 @@
+#include "codesign/ResourceSeal.h"
 #include "codesign/CodeDirectories.h"
 #include "codesign/SignatureContainer.h"
 #include "tests/support/Answers.h"
@@ -9,8 +10,6 @@
 #include <filesystem>
 #include <functional>
 #include <tuple>
-
-#include <openssl/evp.h>
 
 namespace quorvane::codesign {
 
@@ -29,18 +28,9 @@ const char* const rules = "<key>^.*</key><true/>"
                           "<key>^Info\\.plist$</key><dict><key>omit</key><true/><key>weight</key>"
                           "<real>20</real></dict>";
 
-std::string base64(ByteView bytes)
-{
-    std::string text(bytes.size() * 2 + 4, '\0');
-    const int length = EVP_EncodeBlock(
-        reinterpret_cast<unsigned char*>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
 std::string hashed(HashAlgorithm algorithm, const std::string& contents)
 {
-    return "<data>" + base64(hashOf(algorithm, ByteView(contents.data(), contents.size())).view())
+    return "<data>" + test::base64(hashOf(algorithm, ByteView(contents.data(), contents.size())).view())
         + "</data>";
 }
 
@@ -213,6 +203,8 @@ TEST(ResourceSeal, InItsFirstFormIsReadToo)
     EXPECT_EQ(application.state(), 2);
     application.write("Resources/a", "b");
     EXPECT_EQ(application.state(), 6);
+    std::filesystem::remove(application.path("Resources/a"));
+    EXPECT_EQ(application.state(), 6) << "none of its files is optional";
 }
 
 TEST(ResourceSeal, InBothFormsCountsByTheNewer)
@@ -235,6 +227,100 @@ TEST(ResourceSeal, InBothFormsCountsByTheNewer)
     }
 }
 
+TEST(ResourceSeal, MayHoldAFileByItsOlderHashAlone)
+{
+    const Application application(
+        seal("<key>a</key><dict><key>hash</key>" + hashed(HashAlgorithm::sha1, "a") + "</dict>"));
+    application.write("a", "a");
+    EXPECT_EQ(application.state(), 2);
+    application.write("a", "b");
+    EXPECT_EQ(application.state(), 6);
+}
+
+TEST(ResourceSeal, MayHoldALinkThatNeedNotBeThere)
+{
+    const Application application(
+        seal("<key>a</key><dict><key>symlink</key><string>x</string><key>optional</key><true/></dict>"));
+    EXPECT_EQ(application.state(), 2);
+    std::filesystem::create_symlink("x", application.path("a"));
+    EXPECT_EQ(application.state(), 2);
+    application.write("x", "not sealed");
+    EXPECT_EQ(application.state(), 6);
+}
+
+TEST(ResourceSeal, ThatHoldsAFileByNothingIsRefused)
+{
+    for (const char* nothing :
+        {"<dict/>", "<integer>1</integer>", "<dict><key>hash2</key><string>x</string></dict>"})
+        EXPECT_EQ(Application(seal(std::string("<key>a</key>") + nothing)).state(), 6) << nothing;
+}
+
+TEST(ResourceSeal, PassesOverWhatBelongsToSignaturesAtTheTopAlone)
+{
+    const Application application(seal(""));
+    application.write("_MASReceipt", "a receipt");
+    std::filesystem::create_symlink("_CodeSignature/CodeResources", application.path("CodeResources"));
+    EXPECT_EQ(application.state(), 2);
+    for (const char* below : {"a/_MASReceipt", "a/CodeResources", "a/_CodeSignature", "a/main"}) {
+        application.write(below, "");
+        EXPECT_EQ(application.state(), 6) << below;
+        std::filesystem::remove(application.path(below));
+    }
+}
+
+TEST(ResourceSeal, EndsWithItsBudget)
+{
+    const test::TemporaryFolder folder;
+    folder.write("main", std::string_view("the program"));
+    folder.write("a", std::string_view("12345"));
+    folder.write("b/c", std::string_view("678"));
+    folder.write("d", std::string_view("code"));
+    folder.write("Info.plist", std::string_view("left out by a rule"));
+    const Bytes text = test::bytesOf(seal(sealedFile("a", "12345") + sealedFile("b/c", "678")
+        + "<key>d</key><dict><key>cdhash</key><data>AAAA</data></dict>"));
+    const BundleLayout bundle{{}, folder.path("main"), folder.path("Info.plist"), "", folder.path()};
+    const auto matches = [&](SealBudget budget) {
+        return resourcesMatchSeal(
+            bundle, text, [](const auto&, ByteView) { return true; }, budget);
+    };
+    SealBudget exact;
+    exact.entries = 6; // the folder is one of them
+    exact.bytes = 8;
+    exact.nestedCodes = 1;
+    EXPECT_TRUE(matches(exact));
+    SealBudget budget = exact;
+    budget.entries = 5;
+    EXPECT_FALSE(matches(budget));
+    budget = exact;
+    budget.bytes = 7;
+    EXPECT_FALSE(matches(budget));
+    budget = exact;
+    budget.nestedCodes = 0;
+    EXPECT_FALSE(matches(budget));
+    budget = exact;
+    budget.comparing = std::chrono::nanoseconds(1);
+    EXPECT_FALSE(matches(budget));
+}
+
+TEST(ResourceSeal, SpendsItsBudgetOnce)
+{
+    const test::TemporaryFolder folder;
+    folder.write("a", std::string_view("12345"));
+    folder.write("code", std::string_view("code"));
+    const Bytes text = test::bytesOf(
+        seal(sealedFile("a", "12345") + "<key>code</key><dict><key>cdhash</key><data>AAAA</data></dict>"));
+    const BundleLayout bundle{{}, folder.path("main"), folder.path("Info.plist"), "", folder.path()};
+    SealBudget budget;
+    budget.entries = 10;
+    budget.bytes = 10;
+    budget.nestedCodes = 10;
+    EXPECT_TRUE(resourcesMatchSeal(
+        bundle, text, [](const auto&, ByteView) { return true; }, budget));
+    EXPECT_EQ(budget.entries, 8U);
+    EXPECT_EQ(budget.bytes, 5U);
+    EXPECT_EQ(budget.nestedCodes, 9U);
+}
+
 TEST(ResourceSeal, MissingInASignedBundleFailsTheResourceCheck)
 {
     const test::TemporaryFolder folder;
@@ -251,7 +337,7 @@ TEST(ResourceSeal, HoldsNestedCodeByItsHash)
     const auto container = SignatureContainer::parse(Bytes(helper.begin() + test::codeLength, helper.end()));
     const HashValue hash = loadCodeDirectories(*container).hashes.front();
     const std::string sealed = seal("<key>Frameworks/helper</key><dict><key>cdhash</key><data>"
-        + base64(ByteView(hash.bytes.data(), 20))
+        + test::base64(ByteView(hash.bytes.data(), 20))
         + "</data><key>requirement</key><string>identifier x</string></dict>");
 
     const Application application(sealed);
@@ -270,6 +356,9 @@ TEST(ResourceSeal, HoldsNestedCodeByItsHash)
     EXPECT_EQ(application.state(), 6) << "valid, but another program";
     std::filesystem::remove(application.path("Frameworks/helper"));
     EXPECT_EQ(application.state(), 6) << "missing";
+    const std::string elsewhere = application.folder().write("helper", std::string(ByteView(helper).text()));
+    std::filesystem::create_symlink(elsewhere, application.path("Frameworks/helper"));
+    EXPECT_EQ(application.state(), 6) << "a link to it";
 }
 
 } // namespace quorvane::codesign

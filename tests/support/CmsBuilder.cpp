@@ -114,17 +114,23 @@ codesign::Bytes stampToken(const StampPlan& plan, const codesign::Bytes& signatu
 {
     const codesign::Bytes hash = elementOf(0x30, {hashIdentifier("SHA256"), {0x05, 0x00}});
     const codesign::Bytes imprint = element(0x04, digest("SHA256", plan.imprinted.value_or(signature)));
-    const codesign::Bytes record = elementOf(0x30,
-        {{0x02, 0x01, 0x01}, objectIdentifier("1.2.3.4"), elementOf(0x30, {hash, imprint}),
-            {0x02, 0x01, 0x07}, element(0x18, bytesOf(plan.time))});
-    const std::string type = "1.2.840.113549.1.9.16.1.4";
+    std::vector<codesign::Bytes> parts{{0x02, 0x01, 0x01}, objectIdentifier("1.2.3.4"),
+        elementOf(0x30, {hash, imprint}), {0x02, 0x01, 0x07}, element(0x18, bytesOf(plan.time))};
+    if (plan.alterRecord)
+        plan.alterRecord(parts);
+    const codesign::Bytes record = elementOf(0x30, parts);
+    const std::string& type = plan.contentType;
     const codesign::Bytes contentInfo
         = elementOf(0x30, {objectIdentifier(type), element(0xa0, elementOf(0x24, {element(0x04, record)}))});
     const SignerPlan signer{plan.stamper, "SHA1",
         {attribute("1.2.840.113549.1.9.3", {objectIdentifier(type)}),
             attribute("1.2.840.113549.1.9.4", {element(0x04, digest("SHA1", record))})},
         nullptr};
-    return message(contentInfo, plan.certificates, signerInfo(signer, record), "SHA1", false);
+    codesign::Bytes token
+        = message(contentInfo, plan.certificates, signerInfo(signer, record), "SHA1", false);
+    if (plan.alterToken)
+        plan.alterToken(token);
+    return token;
 }
 
 codesign::Bytes propertyList(const std::vector<codesign::Bytes>& directories)
@@ -138,9 +144,7 @@ codesign::Bytes propertyList(const std::vector<codesign::Bytes>& directories)
     std::string list = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>cdhashes</key><array>";
     for (const codesign::Bytes* one : sorted) {
         const codesign::Bytes hash = digest(hashNames[(*one)[37]], *one);
-        unsigned char text[64];
-        EVP_EncodeBlock(text, hash.data(), static_cast<int>(listedLength));
-        list += "<data>" + std::string(reinterpret_cast<char*>(text)) + "</data>";
+        list += "<data>" + base64(codesign::ByteView(hash.data(), listedLength)) + "</data>";
     }
     return bytesOf(list + "</array></dict></plist>");
 }
@@ -186,6 +190,15 @@ codesign::Bytes objectIdentifier(const std::string& dots)
     const std::unique_ptr<ASN1_OBJECT, decltype(&ASN1_OBJECT_free)> object(
         OBJ_txt2obj(dots.c_str(), 1), ASN1_OBJECT_free);
     return element(0x06, codesign::ByteView(OBJ_get0_data(object.get()), OBJ_length(object.get())));
+}
+
+std::string base64(codesign::ByteView bytes)
+{
+    std::string text(bytes.size() * 2 + 4, '\0');
+    const int length = EVP_EncodeBlock(
+        reinterpret_cast<unsigned char*>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
 }
 
 codesign::Bytes attribute(const std::string& identifier, const std::vector<codesign::Bytes>& values)

@@ -14,6 +14,9 @@ codesign::Bytes element(std::uint8_t tag, codesign::ByteView contents);
 codesign::Bytes elementOf(std::uint8_t tag, const std::vector<codesign::Bytes>& parts);
 codesign::Bytes objectIdentifier(const std::string& dots);
 
+// As a property list writes data.
+std::string base64(codesign::ByteView bytes);
+
 // A signed or unsigned attribute of a CMS message.
 codesign::Bytes attribute(const std::string& identifier, const std::vector<codesign::Bytes>& values);
 
@@ -23,6 +26,11 @@ struct StampPlan {
     std::vector<Identity> certificates;
     std::string time = "20230601120000Z";
     std::optional<codesign::Bytes> imprinted; // instead of the signature
+    std::string contentType = "1.2.840.113549.1.9.16.1.4";
+    // Changes the parts of the record, each a complete element, before it is signed.
+    std::function<void(std::vector<codesign::Bytes>& parts)> alterRecord;
+    // Changes the finished token.
+    std::function<void(codesign::Bytes& token)> alterToken;
 };
 
 // A CMS message over CodeDirectories to be made.
