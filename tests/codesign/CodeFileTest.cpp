@@ -71,6 +71,44 @@ TEST(CodeFile, HasFailedOnlyWhenItHoldsLessThanItsSize)
     EXPECT_TRUE(file->hasFailed()) << "it has shrunk";
 }
 
+TEST(CodeFile, GivesBytesThatItHoldsAndThatAreNotTooMany)
+{
+    const test::TemporaryFolder folder;
+    const auto file = CodeFile::open(folder.write("file", "0123456789"));
+    EXPECT_EQ(file->bytes(0, 10, 10), test::bytesOf("0123456789"));
+    EXPECT_EQ(file->bytes(7, 3, 3), test::bytesOf("789"));
+    EXPECT_FALSE(file->bytes(0, 6, 5)) << "more than asked for at most";
+    EXPECT_EQ(file->bytes(10, 0, 5), Bytes()) << "at its end";
+    EXPECT_FALSE(file->bytes(11, 0, 5)) << "behind its end";
+    EXPECT_FALSE(file->bytes(UINT64_MAX, 2, 5)) << "a sum that wraps around";
+}
+
+TEST(CodeFile, EndsBeforeWhatNoFileReaches)
+{
+    const test::TemporaryFolder folder;
+    const auto file = CodeFile::open(folder.write("file", "0123456789"));
+    Bytes to(10);
+    for (const std::uint64_t offset :
+        {std::uint64_t{INT64_MAX} - 5, std::uint64_t{INT64_MAX} + 1, UINT64_MAX})
+        EXPECT_EQ(file->read(offset, to.data(), to.size()), ReadResult::cutShort) << offset;
+    EXPECT_FALSE(file->hasFailed());
+}
+
+TEST(CodeFile, IsReadNoFurtherThanWanted)
+{
+    const test::TemporaryFolder folder;
+    const auto file = CodeFile::open(folder.write("file", std::string(600000, 'x')));
+    int pieces = 0;
+    const auto once = [&pieces](ByteView) {
+        ++pieces;
+        return false;
+    };
+    EXPECT_EQ(file->forEachPieceToEnd(once), ReadResult::complete);
+    EXPECT_EQ(pieces, 1);
+    EXPECT_EQ(file->forEachPiece(0, 600000, once), ReadResult::complete);
+    EXPECT_EQ(pieces, 2);
+}
+
 TEST(CodeFile, IsReadToItsEndWhateverItsSizeSays)
 {
     const auto file = CodeFile::open("/proc/version");

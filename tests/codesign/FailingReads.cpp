@@ -22,6 +22,9 @@ extern "C" ssize_t __wrap_pread(int descriptor, void* to, size_t length, off_t o
     switch (fails ? failure : ReadFailure::none) {
     case ReadFailure::cutShort:
         return __real_pread(descriptor, to, length > 1 ? length / 2 : length, offset);
+    case ReadFailure::interrupted:
+        errno = EINTR;
+        return -1;
     case ReadFailure::error:
         errno = EIO;
         return -1;

@@ -5,7 +5,7 @@
 namespace quorvane::test {
 
 // How a read fails.
-enum class ReadFailure { none, cutShort, error, end };
+enum class ReadFailure { none, cutShort, interrupted, error, end };
 
 // During its lifetime, one call of pread() in this program fails: the one after `position` others. The linker
 // replaces the system's function by that of FailingReads.cpp. One at a time; one thread.

@@ -65,7 +65,9 @@ std::int32_t strictStateAt(const std::string& path)
 
 } // namespace
 
-TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
+class HarmlessReads : public testing::TestWithParam<test::ReadFailure> { };
+
+TEST_P(HarmlessReads, ChangeNoAnswer)
 {
     const test::TemporaryFolder folder;
     for (const auto& program : programsIn(folder)) {
@@ -73,21 +75,20 @@ TEST(FailingReads, ThatAreOnlyCutShortChangeNoAnswer)
         const auto& path = program.second;
         const std::string answer = test::answersAt(path);
         EXPECT_EQ(answer.substr(0, 17), "basic 2, strict 2") << name;
-        EXPECT_EQ(answersWithEachReadFailing(
-                      test::ReadFailure::cutShort, [&path] { return test::answersAt(path); }),
+        EXPECT_EQ(answersWithEachReadFailing(GetParam(), [&path] { return test::answersAt(path); }),
             std::set{answer})
             << name;
-        EXPECT_EQ(answersWithEachReadFailing(
-                      test::ReadFailure::cutShort, [&path] { return test::stateAt(path, 0); }),
-            std::set{2})
-            << name;
         EXPECT_EQ(
-            answersWithEachReadFailing(test::ReadFailure::cutShort, [&path] { return sha256OfFile(path); })
-                .size(),
+            answersWithEachReadFailing(GetParam(), [&path] { return test::stateAt(path, 0); }), std::set{2})
+            << name;
+        EXPECT_EQ(answersWithEachReadFailing(GetParam(), [&path] { return sha256OfFile(path); }).size(),
             path == folder.path("X.app") ? 0U : 1U)
             << name;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(ThatAreCutShortOrInterrupted, HarmlessReads,
+    testing::Values(test::ReadFailure::cutShort, test::ReadFailure::interrupted));
 
 TEST(FailingReads, NeverMakeAProgramUnsignedOrValid)
 {
