@@ -138,6 +138,45 @@ TEST(Bundle, IsNotWhatAHelperBesideItsMainExecutableBelongsTo)
     EXPECT_EQ(test::answersAt(sealing), wrongInfo);
 }
 
+TEST(Bundle, HasAnInfoPlistOfFourMebibytesAtMost)
+{
+    const test::TemporaryFolder folder;
+    std::string info = infoPlist("tool");
+    info.resize(4U << 20U, '\n');
+    folder.write("X.app/Contents/Info.plist", info);
+    folder.write("X.app/Contents/MacOS/tool", programSealing(info));
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), adHoc);
+    info += '\n';
+    folder.write("X.app/Contents/Info.plist", info);
+    folder.write("X.app/Contents/MacOS/tool", programSealing(info));
+    EXPECT_EQ(test::answersAt(folder.path("X.app")), noCode);
+}
+
+TEST(Bundle, MayBearTheNameOfTheFolderOfExecutables)
+{
+    const test::TemporaryFolder folder;
+    const std::string info = infoPlist("tool");
+    folder.write("MacOS/Info.plist", info);
+    EXPECT_EQ(test::answersAt(folder.write("MacOS/tool", programSealing(info))), adHoc);
+    folder.write("Contents/tools/Info.plist", info);
+    EXPECT_EQ(test::answersAt(folder.write("Contents/tools/tool", programSealing(info))), adHoc);
+}
+
+TEST(Bundle, OnAnotherVolumeIsReadThereButItsResourcesAreNotVerified)
+{
+    const test::TemporaryFolder folder;
+    const std::string info = infoPlist("tool");
+    folder.write("Apps/X.app/Contents/Info.plist", info);
+    folder.write("Apps/X.app/Contents/MacOS/tool", programSealing(info));
+    std::error_code error;
+    const auto volume = platform::FileRoot::at(folder.path(), error);
+    for (const char* path : {"/Apps/X.app", "/Apps/X.app/Contents/MacOS/tool"}) {
+        const auto code = ProgramCode::atPath(path, test::testAnchor(), *volume);
+        EXPECT_EQ(test::answers(code.get()), adHoc) << path;
+        EXPECT_EQ(codeSignState(code.get(), 0), 4) << path;
+    }
+}
+
 TEST(Bundle, NeverNamesAFileOutside)
 {
     for (const char* name : {"../../../outside", "/bin/ls", ".", "..", ""}) {
@@ -192,11 +231,14 @@ TEST(Path, OfASparseFileEndsInTime)
 {
     const test::TemporaryFolder folder;
     const std::string path = folder.write("program", test::makeProgram());
-    std::filesystem::resize_file(path, 15ULL << 30U);
+    constexpr std::uint64_t largest = 16ULL << 30U;
+    std::filesystem::resize_file(path, largest);
     EXPECT_EQ(test::answersAt(path),
         "basic 2, strict 6, com.example.tool, none, platform 0, Self-Signed Certificate");
-    std::filesystem::resize_file(path, 1ULL << 42U);
-    EXPECT_EQ(test::answersAt(path), noCode) << "no program is as large as this";
+    for (const std::uint64_t larger : {largest + 1, std::uint64_t{1} << 42U}) {
+        std::filesystem::resize_file(path, larger);
+        EXPECT_EQ(test::answersAt(path), noCode) << "no program is as large as this";
+    }
 }
 
 } // namespace quorvane::codesign

@@ -91,6 +91,53 @@ TEST(MachOSlice, TakesOnlyAnInfoPlistOfTheTextSegment)
     }
 }
 
+TEST(MachOSlice, HasItsFirstSignatureAndItsFirstInfoPlist)
+{
+    const test::ProgramPlan plan = planOf(true, ByteOrder::little);
+    Bytes program = makeProgram(plan);
+    // The symbol table, of 24 bytes before the last command, becomes another signature.
+    const std::size_t last = 32 + ByteView(program).u32(20, ByteOrder::little) - 16;
+    test::putNumber(program, last - 24, 0x1d, 4, ByteOrder::little);
+    test::putNumber(program, last - 16, 4711, 4, ByteOrder::little);
+    EXPECT_EQ(sliceOf(program)->signature.offset, 4711U);
+
+    // The first segment gets room for a copy of its one section.
+    program = makeProgram(plan);
+    const auto section = program.begin() + 32 + 72;
+    const Bytes copy(section, section + 80);
+    program.insert(section, copy.begin(), copy.end());
+    test::putNumber(program, 32 + 4, 72 + 2 * 80, 4, ByteOrder::little);
+    test::putNumber(program, 32 + 64, 2, 4, ByteOrder::little);
+    test::putNumber(program, 20, ByteView(program).u32(20, ByteOrder::little) + 80, 4, ByteOrder::little);
+    test::putNumber(program, 32 + 72 + 48, 4711, 4, ByteOrder::little);
+    EXPECT_EQ(sliceOf(program)->infoPlist->offset, 4711U);
+}
+
+TEST(MachOSlice, WithASignatureCommandThatIsCutIsUnreadable)
+{
+    Bytes program = test::makeProgram();
+    const std::uint32_t commands = ByteView(program).u32(20, ByteOrder::little);
+    const std::size_t last = 32 + commands - 16;
+    ASSERT_EQ(ByteView(program).u32(last, ByteOrder::little), 0x1dU);
+    test::putNumber(program, 20, commands - 1, 4, ByteOrder::little);
+    test::putNumber(program, last + 4, 15, 4, ByteOrder::little);
+    EXPECT_FALSE(sliceOf(program));
+}
+
+TEST(MachOSlice, HasAMebibyteOfCommandsAtMost)
+{
+    const auto withCommands = [](std::uint32_t size) {
+        Bytes program(32 + size);
+        test::putNumber(program, 0, 0xfeedfacf, 4, ByteOrder::little);
+        test::putNumber(program, 20, size, 4, ByteOrder::little);
+        for (std::uint32_t at = 0; at < size; at += 8) // each of nothing but its own header
+            test::putNumber(program, 32 + at + 4, 8, 4, ByteOrder::little);
+        return sliceOf(program);
+    };
+    EXPECT_TRUE(withCommands(1U << 20U));
+    EXPECT_FALSE(withCommands((1U << 20U) + 8));
+}
+
 TEST(MachOSlice, HasTheFileTypeOfItsHeader)
 {
     Bytes header = makeProgram(planOf(false, ByteOrder::big));

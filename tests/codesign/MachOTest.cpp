@@ -150,6 +150,13 @@ TEST(Universal, AnswersForTheChosenSliceAlone)
     EXPECT_EQ(test::states(test::makeUniversal({plain, {test::powerPc, test::makeProgram()}})), "1 1");
 }
 
+TEST(Universal, HasAHundredArchitecturesAtMost)
+{
+    Bytes file = test::makeUniversal({slice(test::arm64, "arm")});
+    test::putBig32(file, 4, 100);
+    EXPECT_EQ(test::states(file), "2 6") << "most of them empty, which the strict check refuses";
+}
+
 TEST(Universal, WithNoOrTooManyArchitecturesIsUnreadable)
 {
     for (const std::uint32_t count : {0U, 101U, 10000U, 0xffffffffU}) {
@@ -183,6 +190,42 @@ TEST(Universal, ThatPointsAtUniversalHeadersIsNeverFollowedInACircle)
         << "the inner header's offsets do not lead to a program";
 }
 
+TEST(Universal, IsNoProgramBehindMoreThanThreeHeaders)
+{
+    const auto behind = [](std::size_t headers) {
+        Bytes file = test::makeUniversal({slice(test::arm64, "arm")});
+        const Bytes header(file.begin(), file.begin() + 28);
+        const Bytes program = test::makeProgram();
+        file.assign(4096 * headers, 0);
+        for (std::size_t i = 0; i < headers; ++i) {
+            std::copy(header.begin(), header.end(), file.begin() + static_cast<std::ptrdiff_t>(4096 * i));
+            test::putBig32(file, 4096 * i + 16, 4096 * (i + 1));
+        }
+        test::append(file, program);
+        return test::answers(file);
+    };
+    EXPECT_EQ(behind(3), unreadableAnswers) << "a program, but not in the slice";
+    EXPECT_EQ(behind(4), unsignedAnswers);
+}
+
+TEST(Universal, MayHaveGapsSmallerThanTheAlignment)
+{
+    const test::SlicePlan first{test::x86_64, test::makeUnsignedProgram()};
+    const Bytes program = test::makeProgram();
+    const auto withGap = [&](std::size_t gap) {
+        Bytes file = test::makeUniversal({first, {test::arm64, program}});
+        file.resize(test::sliceOffset(file, 0) + first.contents.size());
+        file.resize(file.size() + gap);
+        test::putBig32(file, 8 + 20 + 8, file.size());
+        test::putBig32(file, 8 + 20 + 16, 12);
+        test::append(file, program);
+        return test::states(file);
+    };
+    EXPECT_EQ(withGap(0), "2 2") << "side by side";
+    EXPECT_EQ(withGap(4095), "2 2");
+    EXPECT_EQ(withGap(4096), "2 6");
+}
+
 TEST(Universal, FailsTheStrictCheckWhenItsSlicesDoNotLieApart)
 {
     const Bytes sound = test::makeUniversal({slice(test::x86_64, "intel"), slice(test::arm64, "arm")});
@@ -197,6 +240,7 @@ TEST(Universal, FailsTheStrictCheckWhenItsSlicesDoNotLieApart)
         {"the other slice starts where the chosen one does", 8 + 8,
             static_cast<std::uint32_t>(test::sliceOffset(sound, 1))},
         {"the gap is larger than the alignment", 8 + 20 + 16, 2},
+        {"the alignment is beyond all numbers", 8 + 20 + 16, 64},
         {"the chosen slice is longer than its contents", 8 + 20 + 12, test::codeLength},
         {"the other slice is of no length", 8 + 12, 0},
         {"the other slice is longer than its contents", 8 + 12, test::codeLength + test::signatureRoom + 1},
