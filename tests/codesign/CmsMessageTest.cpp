@@ -87,13 +87,29 @@ TEST(CmsMessage, WithoutItsSetOfSignersIsNone)
     EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash}), noContent})));
 }
 
+TEST(CmsMessage, WithoutADescriptionOfItsContentIsNone)
+{
+    EXPECT_FALSE(
+        parseCms(messageOf({test::elementOf(0x31, {hash}), noCertificates, test::elementOf(0x31, {})})));
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash})})));
+}
+
+TEST(CmsMessage, WithCertificatesThatAreCutOffIsNone)
+{
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash}), noContent,
+        test::element(0xa0, Bytes{0x30, 0x20, 0x01}), test::elementOf(0x31, {})})));
+}
+
 TEST(CmsMessage, WhoseFirstSignerLacksAPartIsNone)
 {
     const Bytes signature = test::element(0x04, Bytes{'s'});
     ASSERT_TRUE(parseCms(messageWithSigners({usualSigner()})));
     for (const Bytes& signer : {signerOf({}), signerOf({hash}), signerOf({hash, rsa}),
              signerOf({hash, signature}), signerOf({test::element(0x30, Bytes()), rsa, signature}),
-             test::elementOf(0x30, {number, hash}), test::elementOf(0x30, {hash}), number})
+             test::elementOf(0x30, {number, hash}), test::elementOf(0x30, {hash}), number,
+             test::elementOf(0x30, {number, number, hash, rsa, signature}),
+             test::elementOf(0x30, {number, test::elementOf(0x30, {hash}), hash, rsa, signature}),
+             test::elementOf(0x30, {number, test::elementOf(0x30, {number}), hash, rsa, signature})})
         EXPECT_FALSE(parseCms(messageWithSigners({signer, usualSigner()})));
 }
 

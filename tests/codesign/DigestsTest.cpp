@@ -46,6 +46,26 @@ TEST(Digests, OfAFileEqualThoseOfItsBytesWhateverItsLength)
     }
 }
 
+TEST(Digests, OfAFileAreReadBelowItsRoot)
+{
+    const test::TemporaryFolder folder;
+    folder.write("below/file", "abc");
+    std::error_code error;
+    const auto root = platform::FileRoot::at(folder.path("below"), error);
+    EXPECT_EQ(sha1OfFile("/file", *root), sha1("abc"));
+    EXPECT_EQ(sha256OfFile("/file", *root), sha256("abc"));
+}
+
+TEST(Digests, OfOneFileCanBeHadAtOnce)
+{
+    const test::TemporaryFolder folder;
+    const auto both = digestsOfFile(folder.write("file", "abc"));
+    ASSERT_TRUE(both);
+    EXPECT_EQ(both->sha1, sha1("abc"));
+    EXPECT_EQ(both->sha256, sha256("abc"));
+    EXPECT_FALSE(digestsOfFile(folder.path("missing")));
+}
+
 TEST(Digests, OfWhatIsNoReadableFileAreNoneAndNeverBlock)
 {
     const test::TemporaryFolder folder;

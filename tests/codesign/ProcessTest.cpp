@@ -99,6 +99,8 @@ TEST(Codesign, OfASignedProgramAnswersEveryQuestion)
     EXPECT_EQ(getStaticCodeSignCertInfo(path), "Self-Signed Certificate")
         << "the test root is not the platform's";
 
+    EXPECT_EQ(std::get<std::int32_t>(getStaticCodeSignProperty(path, platformIdentifierKey).value()), 14);
+
     program[5000] ^= 1U;
     folder.write("program", program);
     EXPECT_EQ(getStaticCodeSignState(path), 2);

@@ -65,8 +65,10 @@ TEST(SealRules, AreRefusedWhenAPatternIsMalformedOrTooLarge)
     for (const std::string& pattern : {std::string("("), std::string(")"), std::string("a)"),
              std::string("["), std::string("[]"), std::string("*a"), std::string("\\d"),
              std::string("(a)\\1"), std::string("a\\"), std::string(1025, 'a'), std::string(1000, '('),
-             std::string("((a{100}){100}){100}"), std::string("(.{1,1000}){1,1000}")})
+             std::string("((a{100}){100}){100}"), std::string("(.{1,1000}){1,1000}"),
+             std::string("(a{1,1000}|b{1,1000}|c{1,1000}|d{1,1000}|e{1,1000}|f{1,1000})")})
         EXPECT_FALSE(leavingOut(pattern)) << pattern.substr(0, 20);
+    EXPECT_TRUE(leavingOut("(a{1,1000}|b{1,1000}|c{1,1000}|d{1,1000})"));
     EXPECT_TRUE(leavingOut(std::string(1024, 'a')));
 }
 
@@ -93,6 +95,22 @@ TEST(SealRules, TheHeaviestThatMatchesCounts)
     EXPECT_FALSE(rules->mayBeUnsealed("ab"));
     EXPECT_FALSE(rules->mayBeUnsealed("bc"));
     EXPECT_TRUE(rules->mayBeUnsealed("d")) << "none matches";
+}
+
+TEST(SealRules, WithoutAWeightWeighOne)
+{
+    const auto omitting = [](double weight) {
+        return platform::PropertyValue{
+            platform::PropertyValue::Dictionary{{"weight", {weight}}, {"omit", {true}}}};
+    };
+    const auto isOmitted = [&](double weight) {
+        return SealRules::parse({{"a", {true}}, {"b", omitting(weight)}})->mayBeUnsealed("ab");
+    };
+    EXPECT_FALSE(isOmitted(0.5));
+    EXPECT_TRUE(isOmitted(1.5));
+    EXPECT_FALSE(isOmitted(1)) << "of two that weigh the same the first counts";
+    EXPECT_TRUE(SealRules::parse({{"a", {true}}, {"b", {false}}, {"^b", {true}}})->mayBeUnsealed("b"))
+        << "false omits";
 }
 
 } // namespace quorvane::codesign

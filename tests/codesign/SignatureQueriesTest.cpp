@@ -140,6 +140,17 @@ TEST(CodeSignCertInfo, DependsOnTheLastCertificateThatIsNotSoftwareSigning)
         EXPECT_EQ(certInfo(c.chain), c.text) << c.why;
 }
 
+TEST(IsSignedUnderPlatformRoot, IsTrueWhenTheLastCertificateIsTrusted)
+{
+    KnownCode code;
+    EXPECT_FALSE(isSignedUnderPlatformRoot(&code));
+    EXPECT_FALSE(isSignedUnderPlatformRoot(nullptr));
+    code.information.certificates = {certificate("Maker", untrusted), certificate("Root", trusted)};
+    EXPECT_TRUE(isSignedUnderPlatformRoot(&code));
+    code.information.certificates = {certificate("Maker", trusted), certificate("Root", untrusted)};
+    EXPECT_FALSE(isSignedUnderPlatformRoot(&code));
+}
+
 TEST(EvaluateCertificateTrust, IsTrueForProceedAndUnspecifiedOnly)
 {
     for (std::uint32_t result = 0; result < 8; ++result)

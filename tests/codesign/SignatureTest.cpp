@@ -180,6 +180,29 @@ TEST(Signature, OverMoreThanAnyProgramHasIsNotVerified)
     EXPECT_EQ(test::stateAt(path, 0x4), 4);
 }
 
+TEST(Signature, OverNoCodeHasNoPageOrAnEmptyOne)
+{
+    const struct {
+        std::optional<std::string> page; // what the one page's hash is of
+        std::int32_t state;
+    } cases[] = {{std::nullopt, 2}, {"", 2}, {"something", 3}};
+    for (const auto& c : cases) {
+        test::SignaturePlan plan;
+        plan.directories.front().pageSize = 0;
+        plan.directories.front().limit = 0;
+        plan.alter = [&c](std::vector<Bytes>& directories) {
+            if (!c.page)
+                return;
+            Bytes& directory = directories.front();
+            test::append(directory, hashOf(HashAlgorithm::sha256, test::bytesOf(*c.page)).view());
+            test::putBig32(directory, 28, 1);
+            test::putBig32(directory, 4, directory.size());
+        };
+        const test::TemporaryFolder folder;
+        EXPECT_EQ(test::stateAt(folder.write("program", programOf(plan)), 0x4), c.state);
+    }
+}
+
 TEST(Signature, UnderAnIdentifierThatNobodyCouldReadTellsNone)
 {
     test::SignaturePlan plan;

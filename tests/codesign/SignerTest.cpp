@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace quorvane::codesign {
 
 namespace {
@@ -206,6 +209,42 @@ TEST(Signer, InAMessageOfMoreThanAMebibyteCannotBeTold)
             = checkCodeSigner(container->blob(signatureSlot::cms)->from(8), directories, test::testAnchor());
         EXPECT_EQ(verdict.status, padding < (1U << 20U) ? status::valid : status::cmsUnreadable) << padding;
     }
+}
+
+TEST(Signer, OfAnUnknownHashOrKindOfKeyCannotBeTold)
+{
+    const std::pair<Bytes, Bytes> replacements[] = {
+        {test::objectIdentifier("2.16.840.1.101.3.4.2.1"), test::objectIdentifier("2.16.840.1.101.3.4.2.9")},
+        {test::objectIdentifier("1.2.840.113549.1.1.1"), test::objectIdentifier("1.2.840.113549.1.1.99")}};
+    for (const auto& [known, unknown] : replacements) {
+        test::CmsPlan cms;
+        cms.listAsPropertyList = cms.listAsSet = false;
+        test::SignaturePlan plan = signedPlan(cms);
+        plan.sign = [&, cms](const std::vector<Bytes>& directories) {
+            Bytes message = makeCms(cms, directories);
+            const auto last
+                = std::find_end(message.begin(), message.end(), known.begin(), known.end()); // the signer's
+            std::copy(unknown.begin(), unknown.end(), last);
+            return message;
+        };
+        EXPECT_EQ(test::answers(programOf(plan)), test::unproven("6"));
+    }
+}
+
+TEST(Signer, BesideACertificateThatCannotBeReadIsFound)
+{
+    test::CmsPlan cms;
+    cms.certificates.insert(cms.certificates.begin(), test::testAuthority().timeStamper);
+    test::SignaturePlan plan = signedPlan(cms);
+    plan.sign = [cms](const std::vector<Bytes>& directories) {
+        Bytes message = makeCms(cms, directories);
+        const Bytes first = cms.certificates.front().encoded();
+        const auto at = std::search(message.begin(), message.end(), first.begin(), first.end());
+        at[4] = 0x04; // what should be the certificate's contents
+        EXPECT_FALSE(Certificate::parse(ByteView(&*at, first.size())));
+        return message;
+    };
+    EXPECT_EQ(test::answers(programOf(plan)), test::signedAnswers);
 }
 
 TEST(Signer, WithoutItsCertificateFails)
