@@ -1,11 +1,16 @@
 #include "codesign/CodeFile.h"
 #include "tests/support/ByteWriter.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 namespace quorvane::codesign {
 
@@ -107,6 +112,37 @@ TEST(CodeFile, IsReadNoFurtherThanWanted)
     EXPECT_EQ(pieces, 1);
     EXPECT_EQ(file->forEachPiece(0, 600000, once), ReadResult::complete);
     EXPECT_EQ(pieces, 2);
+}
+
+TEST(CodeFile, IsAnotherThanOneOfItsNumberOnAnotherDevice)
+{
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("file", "x");
+    std::filesystem::create_hard_link(path, folder.path("same"));
+    EXPECT_TRUE(CodeFile::open(path)->isSameFileAs(*CodeFile::open(folder.path("same"))));
+    EXPECT_FALSE(CodeFile::open(path)->isSameFileAs(*CodeFile::open(folder.write("other", "x"))));
+
+    // Two new file systems number their files alike.
+    std::filesystem::create_directory(folder.path("a"));
+    std::filesystem::create_directory(folder.path("b"));
+    const std::string answer = test::answerOfChild([&folder]() -> std::string {
+        if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+            || mount("none", folder.path("a").c_str(), "tmpfs", 0, nullptr) != 0
+            || mount("none", folder.path("b").c_str(), "tmpfs", 0, nullptr) != 0)
+            return "no mounts";
+        const auto one = CodeFile::open(folder.write("a/file", "x"));
+        const auto other = CodeFile::open(folder.write("b/file", "x"));
+        struct stat first { };
+        struct stat second { };
+        stat(folder.path("a/file").c_str(), &first);
+        stat(folder.path("b/file").c_str(), &second);
+        if (first.st_ino != second.st_ino)
+            return "other numbers";
+        return one->isSameFileAs(*other) ? "the same" : "another";
+    });
+    if (answer == "no mounts" || answer == "other numbers")
+        GTEST_SKIP() << answer;
+    EXPECT_EQ(answer, "another");
 }
 
 TEST(CodeFile, IsReadToItsEndWhateverItsSizeSays)
