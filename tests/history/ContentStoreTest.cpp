@@ -77,6 +77,47 @@ TEST_F(ContentStorePair, GivesNothingForContentsWhoseBaseIsAnother)
     EXPECT_FALSE(store.bytes(secondNumber));
 }
 
+TEST_F(ContentStorePair, BeginsAnewAfterFiftyContents)
+{
+    std::int64_t last = secondNumber;
+    for (std::size_t line = 0; line < 49; ++line)
+        last = store.keep(test::textOfLines(300, line, "next"), last, std::nullopt);
+    Statement row(database, "SELECT count(*), max(number) FROM content WHERE base IS NULL");
+    ASSERT_TRUE(row.step());
+    EXPECT_EQ(row.integer(0), 2);
+    EXPECT_EQ(row.integer(1), 51) << "the first of the next chain";
+    EXPECT_EQ(last, 51);
+}
+
+TEST_F(ContentStorePair, KeepsTheSameBytesOnce)
+{
+    EXPECT_EQ(store.keep(second, secondNumber, std::nullopt), secondNumber);
+    EXPECT_NE(store.keep(first, secondNumber, std::nullopt), secondNumber);
+}
+
+TEST_F(ContentStorePair, BuildsOnNothingThatIsMarkedOrDamaged)
+{
+    setFrame(firstNumber, "damaged");
+    store.markDamaged(secondNumber);
+    EXPECT_EQ(store.unreadable(), (std::set<std::int64_t>{firstNumber, secondNumber}))
+        << "the culprit is the first";
+    const std::int64_t third = store.keep(second, secondNumber, second);
+    EXPECT_NE(third, secondNumber);
+    EXPECT_EQ(store.bytes(third), second);
+    EXPECT_EQ(store.unreadable().count(third), 0U);
+}
+
+TEST_F(ContentStorePair, TellsFromWhichContentsOnTheyFitIntoALimit)
+{
+    const std::uint64_t firstSize = frame(firstNumber).size();
+    const std::uint64_t secondSize = frame(secondNumber).size();
+    EXPECT_EQ(store.packedSize(), firstSize + secondSize);
+    EXPECT_EQ(store.firstWithin(firstSize + secondSize), firstNumber);
+    EXPECT_EQ(store.firstWithin(firstSize + secondSize - 1), secondNumber);
+    EXPECT_EQ(store.firstWithin(firstSize), secondNumber) << "alone it is as large as the first";
+    EXPECT_GT(store.firstWithin(firstSize - 1), secondNumber) << "none";
+}
+
 TEST_F(ContentStorePair, GivesNothingForContentsThatAreNotThere)
 {
     EXPECT_FALSE(store.bytes(secondNumber + 1));

@@ -43,7 +43,7 @@ public:
         std::vector<std::string> names;
         for (const auto& file : std::filesystem::directory_iterator(state()))
             if (file.path().string().find(".damaged") != std::string::npos
-                && file.path().extension() != ".damaged-journal")
+                && !file.path().string().ends_with("-journal"))
                 names.push_back(file.path());
         return names;
     }
@@ -240,6 +240,69 @@ TEST(JournalDamage, OfASizeMakesNoRoomForIt)
     EXPECT_FALSE(journal->bytesOf(4));
     EXPECT_FALSE(journal->bytesOf(5));
     EXPECT_TRUE(journal->record(test::version("new")));
+}
+
+TEST(JournalDamage, OfAKindOrStateThatThereIsNotIsFound)
+{
+    for (const char* sql : {"UPDATE version SET kind = 4 WHERE number = 3",
+             "UPDATE version SET kind = -1 WHERE number = 3", "UPDATE version SET state = 3 WHERE number = 3",
+             "UPDATE version SET state = -1 WHERE number = 3"}) {
+        UsedJournal folder;
+        folder.execute(sql);
+        EXPECT_TRUE(folder.journal()->versions().empty()) << sql;
+        EXPECT_EQ(folder.filesSetAside().size(), 1U) << sql;
+    }
+    UsedJournal folder;
+    folder.execute("UPDATE version SET kind = 3, state = 2 WHERE number = 3");
+    EXPECT_EQ(folder.journal()->version(3)->kind, VersionKind::foreign);
+    EXPECT_EQ(folder.journal()->version(3)->state, VersionState::recovered);
+}
+
+TEST(JournalDamage, OfWhatWasMeantMakesAVersionUnreadable)
+{
+    UsedJournal folder;
+    ASSERT_TRUE(folder.journal()->version(4)->isReadable);
+    folder.execute(
+        "UPDATE content SET damaged = 1 WHERE number = (SELECT meant FROM version WHERE number = 4)");
+    EXPECT_FALSE(folder.journal()->version(4)->isReadable);
+    EXPECT_TRUE(folder.journal()->version(3)->isReadable);
+    folder.execute("DELETE FROM content WHERE number = (SELECT bytes FROM version WHERE number = 2)");
+    EXPECT_FALSE(folder.journal()->version(2)->isReadable) << "its contents are missing";
+}
+
+TEST(JournalDamage, IsKeptNineTimesWithTheRollbackJournal)
+{
+    UsedJournal folder;
+    for (int time = 1; time <= 9; ++time) {
+        std::ofstream(folder.database(), std::ios::binary) << "damaged for time " + std::to_string(time);
+        EXPECT_TRUE(folder.journal()->record(test::version("new"))) << time;
+    }
+    EXPECT_EQ(folder.filesSetAside().size(), 9U);
+    const std::string base = folder.database().substr(0, folder.database().rfind('.'));
+    EXPECT_EQ(test::TemporaryFolder::contents(base + ".damaged").substr(0, 18), "damaged for time 1");
+    EXPECT_EQ(test::TemporaryFolder::contents(base + ".damaged.9").substr(0, 18), "damaged for time 9");
+    EXPECT_TRUE(std::filesystem::exists(base + ".damaged-journal"));
+    EXPECT_TRUE(std::filesystem::exists(base + ".damaged.9-journal"));
+
+    std::ofstream(folder.database(), std::ios::binary) << "damaged for the tenth time";
+    const auto journal = folder.journal();
+    EXPECT_FALSE(journal->record(test::version("new")));
+    EXPECT_TRUE(journal->problem());
+    EXPECT_EQ(folder.filesSetAside().size(), 9U) << "somebody should look at them";
+}
+
+TEST(JournalFormat, ThatNoProgramHasIsDamage)
+{
+    for (const char* number : {"1001", "-1", "0"}) {
+        UsedJournal folder;
+        folder.execute(("PRAGMA user_version = " + std::string(number)).c_str());
+        EXPECT_TRUE(folder.journal()->record(test::version("new"))) << number;
+        EXPECT_EQ(folder.filesSetAside().size(), 1U) << number;
+    }
+    UsedJournal folder;
+    folder.execute("PRAGMA user_version = 1000");
+    EXPECT_FALSE(folder.journal()->record(test::version("new")));
+    EXPECT_TRUE(folder.filesSetAside().empty());
 }
 
 TEST(JournalFormat, OfANewerProgramIsLeftAlone)

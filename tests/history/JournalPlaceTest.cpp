@@ -239,4 +239,13 @@ TEST(JournalPlace, WithoutRoomIsAProblemAndGoesOnWhenThereIsRoom)
     EXPECT_EQ(answers, "refused, then taken");
 }
 
+TEST(JournalPlace, HasNoMarkerWhereThereCanBeNone)
+{
+    const test::TemporaryFolder folder;
+    EXPECT_FALSE(Journal::mayBeUnderWay(folder.path("missing"), folder.path("rules.rc")));
+    EXPECT_FALSE(Journal::mayBeUnderWay(folder.write("file", "x"), folder.path("rules.rc")));
+    std::filesystem::create_symlink("loop", folder.path("loop"));
+    EXPECT_TRUE(Journal::mayBeUnderWay(folder.path("loop"), folder.path("rules.rc"))) << "it cannot be told";
+}
+
 } // namespace quorvane::history
