@@ -184,4 +184,77 @@ TEST_F(RulesTableModelTest, AMissingProgramHasAFaintPlaceholder)
     EXPECT_GT(strength(2), 200) << "/bin/sh";
 }
 
+TEST_F(RulesTableModelTest, NamesItsColumnsAndSaysHowTheyAreSorted)
+{
+    const auto header
+        = [this](int column, int role) { return model.headerData(column, Qt::Horizontal, role); };
+    EXPECT_EQ(header(0, Qt::DisplayRole).toString(), QStringLiteral("Application"));
+    EXPECT_EQ(header(static_cast<int>(workflow::RuleColumn::path), Qt::DisplayRole).toString(),
+        QStringLiteral("Path"));
+    EXPECT_FALSE(header(-1, Qt::DisplayRole).isValid());
+    EXPECT_FALSE(header(model.columnCount(), Qt::DisplayRole).isValid());
+    EXPECT_FALSE(model.headerData(0, Qt::Vertical, Qt::DisplayRole).isValid());
+    EXPECT_EQ(header(1, Qt::TextAlignmentRole).toInt(), static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter));
+
+    const QSignalSpy changes(&model, &QAbstractItemModel::headerDataChanged);
+    EXPECT_FALSE(header(1, Qt::AccessibleDescriptionRole).isValid());
+    model.setSortedColumn(1, Qt::AscendingOrder);
+    EXPECT_EQ(header(1, Qt::AccessibleDescriptionRole).toString(), QStringLiteral("sorted ascending"));
+    EXPECT_FALSE(header(0, Qt::AccessibleDescriptionRole).isValid());
+    model.setSortedColumn(1, Qt::DescendingOrder);
+    EXPECT_EQ(header(1, Qt::AccessibleDescriptionRole).toString(), QStringLiteral("sorted descending"));
+    ASSERT_EQ(changes.count(), 2);
+    EXPECT_EQ(changes[1][1].toInt(), 0);
+    EXPECT_EQ(changes[1][2].toInt(), model.columnCount() - 1);
+}
+
+TEST_F(RulesTableModelTest, FindsRulesByTheRecordsThatTheyAre)
+{
+    model.setShowsSystemRules(true);
+    model.reload();
+    const std::vector<rules::RuleRef> rules{model.ruleAt(2), model.ruleAt(0),
+        test::policyRule({.path = "/", .processName = "/nonexistent/b", .operations = 1})};
+    EXPECT_EQ(model.rowsOf(rules), (std::vector<std::size_t>{0, 2})) << "an equal rule is another one";
+    EXPECT_EQ(model.rowOf(rules[0]), 2);
+    EXPECT_EQ(model.rowOf(rules[2]), std::nullopt);
+    EXPECT_TRUE(model.rowsOf({}).empty());
+}
+
+TEST_F(RulesTableModelTest, MakesAnewOnlyCellsOfRowsInView)
+{
+    const QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    model.setShownRows(0, 1);
+    model.remakeCells(1, {0});
+    model.remakeCells(7, {0});
+    EXPECT_EQ(changes.count(), 0);
+    std::get<rules::WatchRulePtr>(model.ruleAt(0))->setTag("new");
+    const int tag = static_cast<int>(workflow::RuleColumn::tag);
+    EXPECT_EQ(data(0, workflow::RuleColumn::tag), QStringLiteral("w"));
+    model.remakeCells(0, {tag});
+    EXPECT_EQ(data(0, workflow::RuleColumn::tag), QStringLiteral("new"));
+    ASSERT_EQ(changes.count(), 1);
+    EXPECT_EQ(changes[0][0].toModelIndex(), model.index(0, 0));
+    EXPECT_EQ(changes[0][1].toModelIndex(), model.index(0, model.columnCount() - 1));
+}
+
+TEST_F(RulesTableModelTest, TakesAnyRowsForThoseInView)
+{
+    model.setShownRows(-3, 100);
+    EXPECT_TRUE(data(0, workflow::RuleColumn::path, Qt::BackgroundRole).isValid());
+    EXPECT_TRUE(data(1, workflow::RuleColumn::path, Qt::BackgroundRole).isValid());
+    model.setShownRows(1, 2);
+    EXPECT_FALSE(data(0, workflow::RuleColumn::path, Qt::BackgroundRole).isValid()) << "out of view again";
+}
+
+TEST_F(RulesTableModelTest, AnswersNothingBeyondItsRowsAndRoles)
+{
+    EXPECT_FALSE(model.data({}, Qt::DisplayRole).isValid());
+    EXPECT_FALSE(data(0, workflow::RuleColumn::path, Qt::StatusTipRole).isValid());
+    EXPECT_EQ(data(0, workflow::RuleColumn::tag, Qt::EditRole), QStringLiteral("w"));
+    EXPECT_EQ(model.rowCount(model.index(0, 0)), 0);
+    EXPECT_EQ(model.columnCount(model.index(0, 0)), 0);
+    EXPECT_EQ(data(0, workflow::RuleColumn::path, Qt::FontRole).value<QFont>().pixelSize(), 12);
+    EXPECT_FALSE(data(0, workflow::RuleColumn::path, Qt::FontRole).value<QFont>().italic());
+}
+
 } // namespace quorvane::windows
