@@ -1,0 +1,52 @@
+#include "windows/ImportProgress.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quorvane::windows {
+
+TEST(ImportProgress, AppearsOnlyWhenAnImportTakesLong)
+{
+    ImportProgress progress(nullptr, 1000);
+    EXPECT_EQ(progress.minimumDuration(), 500);
+    EXPECT_EQ(progress.maximum(), 1000);
+    QTest::qWait(50);
+    progress.setImported(900);
+    EXPECT_EQ(progress.value(), 900);
+    EXPECT_FALSE(progress.isVisible()) << "it will soon be done";
+
+    ImportProgress ofALongOne(nullptr, 1000);
+    QTest::qWait(50);
+    ofALongOne.setImported(1);
+    EXPECT_TRUE(ofALongOne.isVisible());
+}
+
+TEST(ImportProgress, IsNotUpdatedForEveryRule)
+{
+    ImportProgress progress(nullptr, 1000);
+    QTest::qWait(50);
+    progress.setImported(1);
+    progress.setImported(2); // at once
+    EXPECT_EQ(progress.value(), 1);
+    QTest::qWait(50);
+    progress.setImported(3);
+    EXPECT_EQ(progress.value(), 3);
+}
+
+TEST(ImportProgress, CannotBeLeftBeforeTheEnd)
+{
+    ImportProgress progress(nullptr, 1000);
+    progress.show();
+    EXPECT_TRUE(progress.findChildren<QPushButton*>().isEmpty()) << "there is nothing to cancel";
+    progress.close();
+    EXPECT_TRUE(progress.isVisible());
+    QTest::keyClick(&progress, Qt::Key_Escape);
+    EXPECT_TRUE(progress.isVisible());
+    EXPECT_FALSE(progress.wasCanceled());
+    EXPECT_EQ(progress.windowModality(), Qt::ApplicationModal);
+}
+
+} // namespace quorvane::windows
