@@ -331,6 +331,16 @@ TEST(ResourceSeal, MissingInASignedBundleFailsTheResourceCheck)
         << "a bare program has no resources";
 }
 
+TEST(ResourceSeal, OfAProgramThatHasLeftItsBundleIsBroken)
+{
+    test::SignaturePlan plan;
+    plan.resourceSeal = test::bytesOf(seal(""));
+    const test::TemporaryFolder folder;
+    const std::string path = folder.write("program", programOf(plan));
+    EXPECT_EQ(test::stateAt(path, withResources), 6);
+    EXPECT_EQ(test::stateAt(path, withoutResources), 2);
+}
+
 TEST(ResourceSeal, HoldsNestedCodeByItsHash)
 {
     const Bytes helper = test::makeProgram();
