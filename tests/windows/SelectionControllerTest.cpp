@@ -276,6 +276,58 @@ TEST_F(Selection, IsCopiedToAnotherProgram)
     expectUndoRestores(before);
 }
 
+TEST_F(Selection, AsksForAProgramInWordsWhileNoneIsNamed)
+{
+    select({first, second});
+    action("copyToProgramMenuItem")->trigger();
+    const QString asked = QStringLiteral("Name the program by its whole path.");
+    EXPECT_EQ(remarks(), asked);
+    for (const char* path : {"tool", "/bin/sh via /bin/vi"}) {
+        namePath(path);
+        EXPECT_FALSE(canConfirm()) << path;
+        EXPECT_EQ(remarks(), asked) << path;
+    }
+    preview()->reject();
+    action("programMovedMenuItem")->trigger();
+    namePath("tool");
+    EXPECT_FALSE(canConfirm());
+    EXPECT_EQ(remarks(), asked);
+}
+
+TEST_F(Selection, IsAskedForInTheFirstControlWhichHasTheKeyboard)
+{
+    const struct {
+        const char* command;
+        const char* control;
+    } cases[] = {{"tagMenuItem", "tagTextField"}, {"copyToProgramMenuItem", "programField"},
+        {"programMovedMenuItem", "programField"}};
+    for (const auto& c : cases) {
+        select({first});
+        action(c.command)->trigger();
+        const auto* wanted = control<QWidget>(c.control);
+        EXPECT_TRUE(QTest::qWaitFor([wanted] {
+            const QWidget* has = QApplication::focusWidget();
+            return has != nullptr && (has == wanted || wanted->isAncestorOf(has));
+        })) << c.command;
+        preview()->reject();
+    }
+}
+
+TEST_F(Selection, IsWalkedByTabFromItsControlsToItsButtons)
+{
+    select({first});
+    action("tagMenuItem")->trigger();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(preview()));
+    control<QLineEdit>("tagTextField")->setText(QStringLiteral("other"));
+    ASSERT_TRUE(canConfirm());
+    QStringList walked;
+    for (int step = 0; step < 3; ++step) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        walked.append(QApplication::focusWidget()->objectName());
+    }
+    EXPECT_EQ(walked.join(QLatin1Char(' ')), QStringLiteral("differenceTableView cancelButton changeButton"));
+}
+
 TEST_F(Selection, OfSystemRulesIsCopiedToo)
 {
     action("hideSystemToolbarItem")->trigger();
