@@ -71,6 +71,13 @@ TEST_F(Aside, TakesTheSelectedRulesOutOfForceInOneAction)
     EXPECT_EQ(file(), before);
 }
 
+TEST_F(Aside, OpensWithTheKeyboardInItsTable)
+{
+    setAside({first});
+    openAside();
+    EXPECT_EQ(asideWindow->focusWidget(), asideTable);
+}
+
 TEST_F(Aside, BringsRulesBackWithTagAndDate)
 {
     const std::string before = file();
@@ -163,6 +170,7 @@ TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
         QTimer::singleShot(0, asideWindow, [name = button] {
             auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             ASSERT_NE(question, nullptr);
+            EXPECT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel));
             for (QAbstractButton* each : question->buttons()) {
                 if (each->text() == QString::fromLatin1(name))
                     return each->click();

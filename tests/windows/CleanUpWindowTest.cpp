@@ -3,6 +3,7 @@
 #include "windows/CleanUpModel.h"
 
 #include <QAbstractItemModelTester>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTreeView>
 
@@ -68,6 +69,14 @@ TEST_F(CleanUpWindowTest, RemovesTheTickedRulesInOneStepOfUndo)
     EXPECT_EQ(document->undoName(), "Clean Up 2 Rules");
     window->undo();
     EXPECT_EQ(file(), before);
+}
+
+TEST_F(CleanUpWindowTest, OpensWithTheKeyboardInItsListAndCleansUpByReturn)
+{
+    openWith(rules);
+    EXPECT_EQ(cleanUp->focusWidget(), list);
+    EXPECT_EQ(list->currentIndex(), list->model()->index(0, CleanUpModel::rule));
+    EXPECT_TRUE(qobject_cast<QPushButton*>(button(*cleanUp, QStringLiteral("&Clean Up")))->isDefault());
 }
 
 TEST_F(CleanUpWindowTest, ChangesNothingWhenItIsLeft)

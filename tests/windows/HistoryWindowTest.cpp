@@ -134,6 +134,7 @@ protected:
             auto* asked = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             ASSERT_NE(asked, nullptr);
             question = asked->text();
+            isCancelDefault = asked->defaultButton() == asked->button(QMessageBox::Cancel);
             for (QAbstractButton* button : asked->buttons()) {
                 if (QString(button->text()).remove(QLatin1Char('&')).startsWith(QLatin1String(beginning)))
                     return button->click();
@@ -154,6 +155,7 @@ protected:
     RulesTableView* versions = nullptr;
     RulesTableView* changes = nullptr;
     QString question;
+    bool isCancelDefault = false;
 };
 
 } // namespace
@@ -319,6 +321,32 @@ TEST_F(HistoryWindowTest, SearchesForOneLineOfWhatIsPasted)
     EXPECT_EQ(in<QLineEdit>("searchField")->text(), QStringLiteral("add/b/"));
 }
 
+TEST_F(HistoryWindowTest, OffersToForgetOlderVersionsOnlyWhereThatIsNotAllOrNone)
+{
+    for (const char* path : {"/c/", "/d/", "/e/"})
+        add(path);
+    open(4);
+    for (const int row : {0, 3}) { // the newest has all others below it, the oldest none
+        select(row);
+        answer("Cancel");
+        click("forgetButton");
+        EXPECT_FALSE(question.contains(QStringLiteral("Older than"))) << row << question.toStdString();
+    }
+    select(2);
+    answer("Forget 1 Older");
+    click("forgetButton");
+    EXPECT_TRUE(question.contains(QStringLiteral("Older than version 2: version 1, of ")))
+        << question.toStdString();
+    waitFor([&] { return numbers() == QStringLiteral("4 3 2"); });
+}
+
+TEST_F(HistoryWindowTest, OpensWithTheKeyboardInItsVersions)
+{
+    add("/c/");
+    open(2);
+    EXPECT_EQ(window->focusWidget(), versions);
+}
+
 TEST_F(HistoryWindowTest, ForgettingNamesWhatGoesAndKeepsTheRest)
 {
     for (const char* path : {"/c/", "/d/", "/e/"})
@@ -327,6 +355,7 @@ TEST_F(HistoryWindowTest, ForgettingNamesWhatGoesAndKeepsTheRest)
     select(1);
     answer("Cancel");
     click("forgetButton");
+    EXPECT_TRUE(isCancelDefault);
     EXPECT_TRUE(question.contains(QStringLiteral("Older than version 3: versions 1 to 2, of ")))
         << question.toStdString();
     EXPECT_TRUE(question.contains(QStringLiteral("All: versions 1 to 3, of "))) << question.toStdString();

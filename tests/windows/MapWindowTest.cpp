@@ -72,6 +72,13 @@ TEST_F(Map, ShowsTheFoldersOfTheUsersRulesInWords)
     EXPECT_EQ(top(1).siblingAtColumn(AccessModel::deny).data().toString(), QStringLiteral("1"));
 }
 
+TEST_F(Map, OpensWithTheKeyboardInItsTree)
+{
+    EXPECT_EQ(map->focusWidget(), tree);
+    EXPECT_EQ(tree->currentIndex(), top(0));
+    EXPECT_TRUE(tree->isExpanded(top(1))) << "the top is open";
+}
+
 TEST_F(Map, AddsTheSystemRulesOnRequest)
 {
     afterMaking([this] { map->findChild<QCheckBox*>()->click(); });

@@ -65,6 +65,11 @@ protected:
 
 } // namespace
 
+TEST_F(Touching, OpensWithTheKeyboardInThePath)
+{
+    EXPECT_EQ(touching->focusWidget(), &control<PathField>("pathField")->field());
+}
+
 TEST_F(Touching, ListsNothingBeforeAPathIsNamed)
 {
     EXPECT_EQ(list->model()->rowCount(), 0);
