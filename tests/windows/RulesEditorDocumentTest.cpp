@@ -172,6 +172,7 @@ TEST_F(RulesEditorDocument, AFileThatIsAheadIsToldUntilItIsTakenOver)
     select({0});
     action("deleteEditMenuItem")->trigger();
     EXPECT_EQ(notice(), QStringLiteral("1 rule of another program was kept."));
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U) << "the file is no longer ahead";
 }
 
 TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
