@@ -510,6 +510,13 @@ TEST_F(Commands, ADoubleClickOpensEitherKindAndSystemRulesToo)
     EXPECT_TRUE(editor<EditPolicyWindowController>()->policyRule()->system());
 }
 
+TEST_F(Commands, KeysPressedWithControlAreLeftToTheTable)
+{
+    select({0});
+    QTest::keyClick(table, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(selectedRows().size(), table->model()->rowCount());
+}
+
 TEST_F(Commands, ControlFGoesToTheSearchFieldAndPlainFIsPassedOn)
 {
     QKeyEvent plain(QEvent::KeyPress, Qt::Key_F, Qt::NoModifier, QStringLiteral("f"));
