@@ -12,29 +12,29 @@ namespace quorvane::codesign {
 
 namespace {
 
-const Bytes number{0x02, 0x01, 0x01};
+const Bytes anyNumber{0x02, 0x01, 0x01};
 const Bytes noContent = test::elementOf(0x30, {test::objectIdentifier("1.2.840.113549.1.7.1")});
 const Bytes noCertificates = test::element(0xa0, Bytes());
-const Bytes hash = test::elementOf(0x30, {test::objectIdentifier("2.16.840.1.101.3.4.2.1")});
-const Bytes rsa = test::elementOf(0x30, {test::objectIdentifier("1.2.840.113549.1.1.1")});
+const Bytes digestName = test::elementOf(0x30, {test::objectIdentifier("2.16.840.1.101.3.4.2.1")});
+const Bytes rsaName = test::elementOf(0x30, {test::objectIdentifier("1.2.840.113549.1.1.1")});
 
 // A signer who is identified by a key.
 Bytes signerOf(const std::vector<Bytes>& behindTheName)
 {
-    std::vector<Bytes> parts{number, test::element(0x80, Bytes{7, 8})};
+    std::vector<Bytes> parts{anyNumber, test::element(0x80, Bytes{7, 8})};
     parts.insert(parts.end(), behindTheName.begin(), behindTheName.end());
     return test::elementOf(0x30, parts);
 }
 
 Bytes usualSigner(std::uint8_t signature = 's')
 {
-    return signerOf({hash, rsa, test::element(0x04, Bytes{signature})});
+    return signerOf({digestName, rsaName, test::element(0x04, Bytes{signature})});
 }
 
 // A message of signed data with these parts behind its version.
 Bytes messageOf(const std::vector<Bytes>& behindTheVersion, const char* type = "1.2.840.113549.1.7.2")
 {
-    std::vector<Bytes> parts{number};
+    std::vector<Bytes> parts{anyNumber};
     parts.insert(parts.end(), behindTheVersion.begin(), behindTheVersion.end());
     return test::elementOf(
         0x30, {test::objectIdentifier(type), test::elementOf(0xa0, {test::elementOf(0x30, parts)})});
@@ -43,18 +43,19 @@ Bytes messageOf(const std::vector<Bytes>& behindTheVersion, const char* type = "
 Bytes messageWithSigners(const std::vector<Bytes>& signers)
 {
     return messageOf(
-        {test::elementOf(0x31, {hash}), noContent, noCertificates, test::elementOf(0x31, signers)});
+        {test::elementOf(0x31, {digestName}), noContent, noCertificates, test::elementOf(0x31, signers)});
 }
 
 Bytes messageWithContent(const Bytes& content)
 {
-    return messageOf({test::elementOf(0x31, {hash}), content, noCertificates, test::elementOf(0x31, {})});
+    return messageOf(
+        {test::elementOf(0x31, {digestName}), content, noCertificates, test::elementOf(0x31, {})});
 }
 
 Bytes messageWithCertificates(std::size_t count)
 {
-    return messageOf({test::elementOf(0x31, {hash}), noContent,
-        test::elementOf(0xa0, std::vector<Bytes>(count, test::elementOf(0x30, {number}))),
+    return messageOf({test::elementOf(0x31, {digestName}), noContent,
+        test::elementOf(0xa0, std::vector<Bytes>(count, test::elementOf(0x30, {anyNumber}))),
         test::elementOf(0x31, {})});
 }
 
@@ -83,20 +84,20 @@ TEST(CmsMessage, OfNoSignersHasNone)
 
 TEST(CmsMessage, WithoutItsSetOfSignersIsNone)
 {
-    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash}), noContent, noCertificates})));
-    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash}), noContent})));
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {digestName}), noContent, noCertificates})));
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {digestName}), noContent})));
 }
 
 TEST(CmsMessage, WithoutADescriptionOfItsContentIsNone)
 {
-    EXPECT_FALSE(
-        parseCms(messageOf({test::elementOf(0x31, {hash}), noCertificates, test::elementOf(0x31, {})})));
-    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash})})));
+    EXPECT_FALSE(parseCms(
+        messageOf({test::elementOf(0x31, {digestName}), noCertificates, test::elementOf(0x31, {})})));
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {digestName})})));
 }
 
 TEST(CmsMessage, WithCertificatesThatAreCutOffIsNone)
 {
-    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {hash}), noContent,
+    EXPECT_FALSE(parseCms(messageOf({test::elementOf(0x31, {digestName}), noContent,
         test::element(0xa0, Bytes{0x30, 0x20, 0x01}), test::elementOf(0x31, {})})));
 }
 
@@ -104,12 +105,14 @@ TEST(CmsMessage, WhoseFirstSignerLacksAPartIsNone)
 {
     const Bytes signature = test::element(0x04, Bytes{'s'});
     ASSERT_TRUE(parseCms(messageWithSigners({usualSigner()})));
-    for (const Bytes& signer : {signerOf({}), signerOf({hash}), signerOf({hash, rsa}),
-             signerOf({hash, signature}), signerOf({test::element(0x30, Bytes()), rsa, signature}),
-             test::elementOf(0x30, {number, hash}), test::elementOf(0x30, {hash}), number,
-             test::elementOf(0x30, {number, number, hash, rsa, signature}),
-             test::elementOf(0x30, {number, test::elementOf(0x30, {hash}), hash, rsa, signature}),
-             test::elementOf(0x30, {number, test::elementOf(0x30, {number}), hash, rsa, signature})})
+    for (const Bytes& signer : {signerOf({}), signerOf({digestName}), signerOf({digestName, rsaName}),
+             signerOf({digestName, signature}), signerOf({test::element(0x30, Bytes()), rsaName, signature}),
+             test::elementOf(0x30, {anyNumber, digestName}), test::elementOf(0x30, {digestName}), anyNumber,
+             test::elementOf(0x30, {anyNumber, anyNumber, digestName, rsaName, signature}),
+             test::elementOf(
+                 0x30, {anyNumber, test::elementOf(0x30, {digestName}), digestName, rsaName, signature}),
+             test::elementOf(
+                 0x30, {anyNumber, test::elementOf(0x30, {anyNumber}), digestName, rsaName, signature})})
         EXPECT_FALSE(parseCms(messageWithSigners({signer, usualSigner()})));
 }
 
@@ -126,9 +129,10 @@ TEST(CmsMessage, OfAnUnknownHashOrKeyIsReadAllTheSame)
 TEST(CmsMessage, AnswersTheValuesOfAnAttributeByItsName)
 {
     const Bytes digest = test::attribute("1.2.840.113549.1.9.4", {test::element(0x04, Bytes{'d'})});
-    const Bytes other = test::attribute("1.2.3", {number});
-    const Bytes bytes = messageWithSigners({signerOf({hash, test::elementOf(0xa0, {other, digest}), rsa,
-        test::element(0x04, Bytes{'s'}), test::elementOf(0xa1, {test::attribute("1.2.3.4", {number})})})});
+    const Bytes other = test::attribute("1.2.3", {anyNumber});
+    const Bytes bytes = messageWithSigners({signerOf(
+        {digestName, test::elementOf(0xa0, {other, digest}), rsaName, test::element(0x04, Bytes{'s'}),
+            test::elementOf(0xa1, {test::attribute("1.2.3.4", {anyNumber})})})});
     const auto message = parseCms(bytes);
     ASSERT_TRUE(message && message->signer);
     EXPECT_EQ(message->signer->signedAttribute(oid::messageDigest)->text(),
@@ -150,10 +154,10 @@ TEST(CmsMessage, ContainsItsContentUnlessThatIsDetached)
     EXPECT_EQ(contentOf(noContent), std::nullopt);
     const Bytes text = test::element(0x04, Bytes{'h', 'i'});
     EXPECT_EQ(contentOf(test::elementOf(0x30, {type, test::elementOf(0xa0, {text})})), (Bytes{'h', 'i'}));
-    EXPECT_EQ(contentOf(test::elementOf(0x30, {type, test::elementOf(0xa0, {number})})), Bytes{'-'})
+    EXPECT_EQ(contentOf(test::elementOf(0x30, {type, test::elementOf(0xa0, {anyNumber})})), Bytes{'-'})
         << "content that is no octets";
     EXPECT_EQ(contentOf(test::elementOf(0x30, {type, text})), Bytes{'-'}) << "content without its tag";
-    EXPECT_EQ(contentOf(test::elementOf(0x30, {number})), Bytes{'-'}) << "no type";
+    EXPECT_EQ(contentOf(test::elementOf(0x30, {anyNumber})), Bytes{'-'}) << "no type";
 }
 
 TEST(CmsMessage, HoldsAHundredCertificatesAndNoMore)
@@ -167,8 +171,8 @@ TEST(CmsMessage, HoldsAHundredCertificatesAndNoMore)
 
 TEST(CmsMessage, PassesOverRevocationListsAndOtherFormsOfCertificates)
 {
-    const Bytes bytes = messageOf({test::elementOf(0x31, {hash}), noContent,
-        test::elementOf(0xa0, {test::element(0xa1, Bytes{1}), test::elementOf(0x30, {number})}),
+    const Bytes bytes = messageOf({test::elementOf(0x31, {digestName}), noContent,
+        test::elementOf(0xa0, {test::element(0xa1, Bytes{1}), test::elementOf(0x30, {anyNumber})}),
         test::element(0xa1, Bytes{1, 2, 3}), test::elementOf(0x31, {usualSigner()})});
     const auto message = parseCms(bytes);
     ASSERT_TRUE(message);

@@ -36,7 +36,7 @@ std::string statesWithPropertyList(const std::function<std::string(const HashVal
     });
 }
 
-std::string listOf(const std::string& hashes)
+std::string plistOf(const std::string& hashes)
 {
     return "<plist><dict><key>cdhashes</key><array>" + hashes + "</array></dict></plist>";
 }
@@ -56,10 +56,10 @@ Bytes named(const HashValue& hash)
 
 TEST(HashLists, AsPropertyListsHaveTheFirstTwentyBytesOfEachHash)
 {
-    EXPECT_EQ(statesWithPropertyList([](const auto& hash) { return listOf(beginningOf(hash, 20)); }), "2 2");
+    EXPECT_EQ(statesWithPropertyList([](const auto& hash) { return plistOf(beginningOf(hash, 20)); }), "2 2");
     for (const std::size_t length : {0U, 19U, 21U, 32U})
         EXPECT_EQ(
-            statesWithPropertyList([length](const auto& hash) { return listOf(beginningOf(hash, length)); }),
+            statesWithPropertyList([length](const auto& hash) { return plistOf(beginningOf(hash, length)); }),
             "3 3")
             << length;
 }
@@ -77,7 +77,7 @@ TEST(HashLists, ThatAreNoListsOfDataMatchNothing)
 TEST(HashLists, WithMoreThanTheDirectoriesMatchNone)
 {
     EXPECT_EQ(statesWithPropertyList(
-                  [](const auto& hash) { return listOf(beginningOf(hash, 20) + beginningOf(hash, 20)); }),
+                  [](const auto& hash) { return plistOf(beginningOf(hash, 20) + beginningOf(hash, 20)); }),
         "3 3");
     EXPECT_EQ(
         statesWith(setAttribute, [](const auto& hash) { return std::vector<Bytes>{named(hash)}; }), "2 2");

@@ -18,15 +18,16 @@ namespace {
 constexpr std::uint32_t withResources = 0x2; // all checks except those of pages
 constexpr std::uint32_t withoutResources = 0x6;
 
-const char* const rules = "<key>^.*</key><true/>"
-                          "<key>^Resources/.*\\.lproj/</key><dict><key>optional</key><true/><key>weight</key>"
-                          "<real>1000</real></dict>"
-                          "<key>^(Frameworks|PlugIns)/</key><dict><key>nested</key><true/><key>weight</key>"
-                          "<real>10</real></dict>"
-                          "<key>^(.*/)?\\.DS_Store$</key><dict><key>omit</key><true/><key>weight</key>"
-                          "<real>2000</real></dict>"
-                          "<key>^Info\\.plist$</key><dict><key>omit</key><true/><key>weight</key>"
-                          "<real>20</real></dict>";
+const char* const usualRules
+    = "<key>^.*</key><true/>"
+      "<key>^Resources/.*\\.lproj/</key><dict><key>optional</key><true/><key>weight</key>"
+      "<real>1000</real></dict>"
+      "<key>^(Frameworks|PlugIns)/</key><dict><key>nested</key><true/><key>weight</key>"
+      "<real>10</real></dict>"
+      "<key>^(.*/)?\\.DS_Store$</key><dict><key>omit</key><true/><key>weight</key>"
+      "<real>2000</real></dict>"
+      "<key>^Info\\.plist$</key><dict><key>omit</key><true/><key>weight</key>"
+      "<real>20</real></dict>";
 
 std::string hashed(HashAlgorithm algorithm, const std::string& contents)
 {
@@ -47,7 +48,7 @@ std::string sealedLink(const std::string& path, const std::string& target)
 
 std::string seal(const std::string& files)
 {
-    return "<plist><dict><key>files2</key><dict>" + files + "</dict><key>rules2</key><dict>" + rules
+    return "<plist><dict><key>files2</key><dict>" + files + "</dict><key>rules2</key><dict>" + usualRules
         + "</dict></dict></plist>";
 }
 

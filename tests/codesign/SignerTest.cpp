@@ -220,7 +220,7 @@ TEST(Signer, OfAnUnknownHashOrKindOfKeyCannotBeTold)
         test::CmsPlan cms;
         cms.listAsPropertyList = cms.listAsSet = false;
         test::SignaturePlan plan = signedPlan(cms);
-        plan.sign = [&, cms](const std::vector<Bytes>& directories) {
+        plan.sign = [&known = known, &unknown = unknown, cms](const std::vector<Bytes>& directories) {
             Bytes message = makeCms(cms, directories);
             const auto last
                 = std::find_end(message.begin(), message.end(), known.begin(), known.end()); // the signer's
