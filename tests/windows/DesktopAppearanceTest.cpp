@@ -16,8 +16,8 @@ namespace {
 
 using Settings = QMap<QString, QVariantMap>;
 
-constexpr platform::Appearance dark{.isDark = true};
-constexpr platform::Appearance light{};
+constexpr platform::Appearance darkLook{.isDark = true};
+constexpr platform::Appearance lightLook{};
 
 class DesktopAppearanceTest : public testing::Test {
 protected:
@@ -55,7 +55,7 @@ protected:
 
 TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 {
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), dark);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), darkLook);
     const QDBusMessage question = portal.lastCall("ReadAll");
     EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Settings"));
     EXPECT_EQ(question.path(), QStringLiteral("/org/freedesktop/portal/desktop"));
@@ -88,25 +88,25 @@ TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges
     change("org.freedesktop.appearance", "accent-color", 0U);
     change("org.example.appearance", "color-scheme", 0U);
     EXPECT_EQ(changed.size(), 0);
-    EXPECT_EQ(desktop.appearance(), dark);
+    EXPECT_EQ(desktop.appearance(), darkLook);
 }
 
 TEST_F(DesktopAppearanceTest, IsLightWhereTheAnswerIsOfAnotherKind)
 {
     answer({{QStringLiteral("color-scheme"), QStringLiteral("1")}});
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
     portal.answer("ReadAll", {QStringLiteral("dark")});
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
     portal.fail("ReadAll", "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
 }
 
 TEST_F(DesktopAppearanceTest, IsLightWithoutPortalOrBus)
 {
     portal.vanish();
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), light);
-    EXPECT_EQ(
-        desktop::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(), light);
+    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
+    EXPECT_EQ(desktop::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(),
+        lightLook);
 }
 
 TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)
@@ -115,13 +115,13 @@ TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)
     portal.methods["ReadAll"] = [&](const QDBusMessage& call) { question = call; };
     const desktop::DesktopAppearance desktop(client(), std::chrono::milliseconds(0));
     QSignalSpy changed(&desktop, &desktop::DesktopAppearance::changed);
-    EXPECT_EQ(desktop.appearance(), light);
+    EXPECT_EQ(desktop.appearance(), lightLook);
     ASSERT_TRUE(QTest::qWaitFor([&] { return question.type() == QDBusMessage::MethodCallMessage; }));
     portal.reply(question,
         {QVariant::fromValue(Settings{
             {QStringLiteral("org.freedesktop.appearance"), {{QStringLiteral("color-scheme"), 1U}}}})});
     EXPECT_TRUE(QTest::qWaitFor([&] { return changed.size() == 1; }));
-    EXPECT_EQ(desktop.appearance(), dark);
+    EXPECT_EQ(desktop.appearance(), darkLook);
 }
 
 } // namespace quorvane::windows

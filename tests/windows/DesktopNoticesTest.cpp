@@ -14,16 +14,16 @@ namespace quorvane::windows {
 
 namespace {
 
-constexpr const char* path = "/org/freedesktop/Notifications";
+constexpr const char* objectPath = "/org/freedesktop/Notifications";
 constexpr const char* interface = "org.freedesktop.Notifications";
-constexpr uint number = 7;
+constexpr uint noticeNumber = 7;
 
 class NoticesTest : public testing::Test {
 protected:
     NoticesTest()
     {
         service.answer("GetCapabilities", {QStringList{QStringLiteral("body")}});
-        service.answer("Notify", {number});
+        service.answer("Notify", {noticeNumber});
     }
     ~NoticesTest() override { QDBusConnection::disconnectFromBus(QStringLiteral("client")); }
 
@@ -105,7 +105,7 @@ TEST_F(NoticesTest, EndWithTheButtonOrByBeingClosed)
         service.calls.clear();
         show();
         ASSERT_TRUE(isShown());
-        service.emitSignal(path, interface, c.signal, {number, c.second});
+        service.emitSignal(objectPath, interface, c.signal, {noticeNumber, c.second});
         ASSERT_TRUE(hasEnded()) << c.signal;
         EXPECT_EQ(end, platform::NoticeEnd::closed) << c.signal;
     }
@@ -116,10 +116,10 @@ TEST_F(NoticesTest, DoNotEndWithAnothersAnswer)
     test::FakeBusService stranger(bus.address(), {});
     show();
     ASSERT_TRUE(isShown());
-    service.emitSignal(path, interface, "NotificationClosed", {number + 1, 2U});
-    service.emitSignal(path, interface, "NotificationClosed", {});
-    service.emitSignal(path, interface, "NotificationClosed", {QStringLiteral("7"), 2U});
-    stranger.emitSignal(path, interface, "NotificationClosed", {number, 2U});
+    service.emitSignal(objectPath, interface, "NotificationClosed", {noticeNumber + 1, 2U});
+    service.emitSignal(objectPath, interface, "NotificationClosed", {});
+    service.emitSignal(objectPath, interface, "NotificationClosed", {QStringLiteral("7"), 2U});
+    stranger.emitSignal(objectPath, interface, "NotificationClosed", {noticeNumber, 2U});
     const QDBusConnection client(QStringLiteral("client"));
     service.arriveAt(client);
     stranger.arriveAt(client);
@@ -151,7 +151,7 @@ TEST_F(NoticesTest, AreUndeliverableWhenTheServiceFails)
     };
     for (const auto& c : cases) {
         service.answer("GetCapabilities", {QStringList()});
-        service.answer("Notify", {number});
+        service.answer("Notify", {noticeNumber});
         c.prepare();
         end.reset();
         show();

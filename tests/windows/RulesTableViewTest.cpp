@@ -19,7 +19,7 @@ namespace {
 using Rows = std::vector<std::size_t>;
 using Ranges = std::vector<std::pair<std::size_t, std::size_t>>;
 
-constexpr int path = 2; // the column that takes the remaining width
+constexpr int widePart = 2; // the column that takes the remaining width
 
 // A table of four columns, of which the second is narrow and the third takes what is left.
 class RulesTableViewTest : public testing::Test {
@@ -37,7 +37,7 @@ protected:
         }
         model.setHorizontalHeaderLabels({{}, {}, {}, {}});
         view.setModel(&model);
-        view.setPathColumn(path);
+        view.setPathColumn(widePart);
         view.resize(1000, 300);
         view.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&view));
@@ -85,7 +85,7 @@ TEST_F(RulesTableViewTest, ShrinksTheWidestColumnsUntilThePathHasRoom)
     EXPECT_LT(view.columnWidth(0), 260);
     EXPECT_EQ(view.columnWidth(1), wide[1]) << "a narrow one gives nothing";
     EXPECT_EQ(view.columnWidth(3), wide[3]);
-    EXPECT_EQ(view.columnWidth(path), 130);
+    EXPECT_EQ(view.columnWidth(widePart), 130);
     resizeTo(240);
     EXPECT_EQ(view.columnWidth(0), view.columnWidth(3)) << "both wide ones share";
     EXPECT_EQ(view.columnWidth(1), wide[1]);
@@ -110,7 +110,7 @@ TEST_F(RulesTableViewTest, KeepsWidthsThatAPersonChose)
     model.item(0, 1)->setText(QStringLiteral("longer now"));
     view.refitColumns();
     EXPECT_GT(view.columnWidth(1), 30);
-    view.setPathColumn(path);
+    view.setPathColumn(widePart);
     EXPECT_EQ(view.wishedWidths()[0], 260) << "which it was before";
 }
 
@@ -121,12 +121,12 @@ TEST_F(RulesTableViewTest, GivesTheRoomOfHiddenColumnsAway)
     EXPECT_EQ(view.shownColumns(), 3);
     EXPECT_EQ(view.wishedWidths()[0], 260);
     QApplication::processEvents();
-    EXPECT_EQ(view.columnWidth(path), wide[path] + 260);
+    EXPECT_EQ(view.columnWidth(widePart), wide[widePart] + 260);
     view.setColumnShown(0, true);
     QApplication::processEvents();
     EXPECT_EQ(widths(), wide);
 
-    view.setColumnShown(path, false);
+    view.setColumnShown(widePart, false);
     resizeTo(400);
     EXPECT_GT(view.columnWidth(0), 400 - 130 - wide[1] - wide[3]) << "no room is kept for a hidden path";
 }
@@ -185,7 +185,7 @@ TEST_F(RulesTableViewTest, SelectsRowsInRunsAndShowsTheFirst)
     view.selectRows({60, 61, 62, 64, 70});
     EXPECT_EQ(view.selectedRows(), (Rows{60, 61, 62, 64, 70}));
     EXPECT_EQ(view.currentIndex(), model.index(60, 0));
-    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(60, path)).center()));
+    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(60, widePart)).center()));
     EXPECT_TRUE(view.selectionModel()->isSelected(model.index(62, 3))) << "whole rows";
 }
 
@@ -247,7 +247,7 @@ TEST_F(RulesTableViewTest, AsksForAMenuWhereTheRowIs)
     EXPECT_EQ(asked[0][0].toInt(), 90);
     EXPECT_EQ(asked[0][1].toPoint(),
         view.viewport()->mapToGlobal(view.visualRect(model.index(90, 0)).bottomLeft()));
-    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(90, path)).center()));
+    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(90, widePart)).center()));
 
     const QPoint place = view.visualRect(model.index(88, 1)).center();
     QContextMenuEvent byMouse(QContextMenuEvent::Mouse, place, QPoint(123, 45));
