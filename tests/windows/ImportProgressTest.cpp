@@ -11,7 +11,7 @@ namespace quorvane::windows {
 TEST(ImportProgress, AppearsOnlyWhenAnImportTakesLong)
 {
     ImportProgress progress(nullptr, 1000);
-    EXPECT_EQ(progress.minimumDuration(), 500);
+    EXPECT_EQ(progress.minimumDuration(), 300);
     EXPECT_EQ(progress.maximum(), 1000);
     EXPECT_FALSE(progress.isVisible());
 }
