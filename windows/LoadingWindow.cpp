@@ -19,7 +19,8 @@ LoadingWindow::LoadingWindow(const QString& iconFile, const QString& header, con
     busy->setTextVisible(false);
     busy->setAccessibleName(message);
     addBelowMessage(*busy);
-    buttons().addButton(tr("Quit"), QDialogButtonBox::RejectRole);
+    // Appears unasked: a return key that was meant for another window must not quit.
+    buttons().addButton(tr("Quit"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
     connect(&buttons(), &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 

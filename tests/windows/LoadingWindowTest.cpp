@@ -88,6 +88,18 @@ TEST_F(LoadingWindowTest, CountsItsClosingAsQuitting)
     end->release();
 }
 
+TEST_F(LoadingWindowTest, IsNotLeftByAReturnKeyThatWasMeantForAnotherWindow)
+{
+    EXPECT_TRUE(runUntilVisibleAnd([&] {
+        for (QWidget* at :
+            {static_cast<QWidget*>(&window), static_cast<QWidget*>(window.buttons().buttons().front())}) {
+            QTest::keyClick(at, Qt::Key_Return);
+            QTest::keyClick(at, Qt::Key_Enter);
+        }
+        return true;
+    }));
+}
+
 TEST_F(LoadingWindowTest, CanBeQuitBeforeItIsVisible)
 {
     QTimer::singleShot(0, &window, &QDialog::reject);
