@@ -28,9 +28,9 @@ struct StampPlan {
     std::optional<codesign::Bytes> imprinted; // instead of the signature
     std::string contentType = "1.2.840.113549.1.9.16.1.4";
     // Changes the parts of the record, each a complete element, before it is signed.
-    std::function<void(std::vector<codesign::Bytes>& parts)> alterRecord;
+    std::function<void(std::vector<codesign::Bytes>& parts)> alterRecord{};
     // Changes the finished token.
-    std::function<void(codesign::Bytes& token)> alterToken;
+    std::function<void(codesign::Bytes& token)> alterToken{};
 };
 
 // A CMS message over CodeDirectories to be made.
