@@ -97,7 +97,17 @@ class Menus(DesktopTest):
         self.opened = self.sandbox.path("opened")
         opener = self.sandbox.new_file("bin/xdg-open", f'#!/bin/sh\nprintf "%s" "$1" > "{self.opened}"\n')
         os.chmod(opener, 0o755)
-        self.window = self.open(PATH=self.sandbox.path("bin"), XDG_DATA_DIRS=self.sandbox.path("share") + ":/usr/share")
+        self.window = self.open(PATH=self.sandbox.path("bin"),
+                                XDG_DATA_DIRS=self.sandbox.path("share") + ":" + self.data_without_programs())
+
+    def data_without_programs(self):
+        """The machine's shared data; its programs may include one that shows PDF files."""
+        folder = self.sandbox.path("data")
+        os.makedirs(folder)
+        for name in os.listdir("/usr/share"):
+            if name != "applications":
+                os.symlink(os.path.join("/usr/share", name), os.path.join(folder, name))
+        return folder
 
     def choose(self, menu, item):
         self.desk.click(*self.window.frame.find("menu item", menu).center)
