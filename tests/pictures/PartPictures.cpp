@@ -110,7 +110,7 @@ TEST_F(PartPictures, ShowTheMenus)
             pictureOfMenu("viewMenu"), pictureOfMenu("placeMenu")})));
 }
 
-TEST(MessagePictures, ShowANoticeAndAnAuthentication)
+TEST(MessagePictures, ShowANoticeAnAuthenticationAndALoad)
 {
     windows::NoticeWindow notice(QStringLiteral("Cannot Delete System Rules"),
         QStringLiteral(

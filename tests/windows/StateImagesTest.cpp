@@ -30,7 +30,7 @@ TEST(StateImages, AreFaintAtEveryScaleOfAScreen)
     for (const qreal scale : {1.0, 2.0, 3.0}) {
         for (const QIcon* mark : {&systemRuleImage(), &recentRuleImage()})
             EXPECT_NEAR(strongest(*mark, stateImageSize, scale), 0.8 * 255, 3) << scale;
-        EXPECT_NEAR(strongest(missingProgramImage(), 16, scale), 0.3 * 255, 3) << scale;
+        EXPECT_NEAR(strongest(missingProgramImage(), 16, scale), 0.5 * 255, 3) << scale;
     }
 }
 
