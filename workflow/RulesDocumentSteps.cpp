@@ -36,9 +36,9 @@ bool RulesDocument::redo()
 // undone or redone since. Nothing in the journal is newer then.
 bool RulesDocument::isStepUnderWay(std::uint64_t number) const
 {
-    const auto isAny = [this](const auto& is) { return std::any_of(m_orders.begin(), m_orders.end(), is); };
-    return isWorking() && isAny([number](const WriteOrder& order) { return order.step == number; })
-        && !isAny([](const WriteOrder& order) { return order.isJoined; });
+    return isWorking() && std::any_of(m_orders.begin(), m_orders.end(), [number](const WriteOrder& order) {
+        return order.step == number;
+    });
 }
 
 bool RulesDocument::step(ChangeReason::Kind kind)

@@ -397,6 +397,32 @@ TEST_F(ManyRulesDocumentTest, WritesAChangeThatWasMadeDuringAFailedWriteAtOnce)
     expectFileHasTheRulesOfTheStore();
 }
 
+TEST_F(ManyRulesDocumentTest, UndoesOneActionAlsoBehindThoseThatCouldNotBeWritten)
+{
+    {
+        const test::SystemCallHook full(test::SystemCall::write, failingForTheRules(1000));
+        window->add("/first");
+        document().waitUntilWritten();
+        ASSERT_TRUE(document().failure());
+    }
+    window->add("/second");
+    window->add("/third");
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(has("/second")) << "it would be undone with those that become one version";
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/first"));
+    EXPECT_TRUE(has("/second"));
+    EXPECT_FALSE(has("/third"));
+    expectFileHasTheRulesOfTheStore();
+
+    window.emplace(box, DocumentOwner{.background = &background});
+    EXPECT_EQ(document().redoName(), std::nullopt);
+    EXPECT_TRUE(document().undo());
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/second"));
+    expectFileHasTheRulesOfTheStore();
+}
+
 TEST_F(ManyRulesDocumentTest, UndoesWithWhatAnotherProgramHasWrittenSince)
 {
     window->add("/mine");
