@@ -2,6 +2,7 @@
 
 #include "rules/RuleCodes.h"
 #include "tests/support/TestRules.h"
+#include "tests/windows/ModelTitles.h"
 
 #include <QAbstractItemModelTester>
 #include <QTextDocument>
@@ -72,12 +73,9 @@ TEST_F(AccessModelTest, KeepsTheRulesOfQtForModels)
     EXPECT_FALSE(model.data({}, Qt::DisplayRole).isValid());
 }
 
-TEST_F(AccessModelTest, NamesItsColumnsAndLiesThemAsTheirCells)
+TEST_F(AccessModelTest, NamesItsColumnsAndAlignsTheirTitlesLikeTheirCells)
 {
-    std::string titles;
-    for (int column = 0; column < model.columnCount(); ++column)
-        titles += model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString().toStdString() + "|";
-    EXPECT_EQ(titles, "Place|Rules|Allow|Deny|Watch|Programs|");
+    EXPECT_EQ(test::titlesOf(model), "Place|Rules|Allow|Deny|Watch|Programs|");
     show({rulesOf("/a/", "/bin/sh", 1)});
     for (int column = 0; column < model.columnCount(); ++column) {
         const bool isNumber

@@ -1,6 +1,7 @@
 #include "windows/CleanUpModel.h"
 
 #include "tests/support/TestRules.h"
+#include "tests/windows/ModelTitles.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -45,10 +46,7 @@ TEST_F(CleanUpModelTest, KeepsTheRulesOfQtForModels)
 
 TEST_F(CleanUpModelTest, NamesItsColumnsAndShowsWholeTextsInToolTips)
 {
-    std::string titles;
-    for (int column = 0; column < model.columnCount(); ++column)
-        titles += model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString().toStdString() + "|";
-    EXPECT_EQ(titles, "Rule|Why it can go|Why it might stay|");
+    EXPECT_EQ(test::titlesOf(model), "Rule|Why it can go|Why it might stay|");
     EXPECT_FALSE(model.headerData(0, Qt::Vertical, Qt::DisplayRole).isValid());
     EXPECT_FALSE(model.headerData(0, Qt::Horizontal, Qt::ToolTipRole).isValid());
     EXPECT_TRUE(model.index(1, CleanUpModel::doubt)

@@ -84,6 +84,19 @@ TEST_F(RowsRefreshTest, IsNeededWhenThousandsOfRulesHaveComeIntoSortedOnes)
     EXPECT_EQ(store.totalRules(true), 27'001U);
 }
 
+TEST_F(RowsRefreshTest, IsNeededWhenThousandsOfRulesHaveComeThatMayContainTheText)
+{
+    beginSearch();
+    thread.wait();
+    for (int rules = 0; rules < 2001; ++rules)
+        store.addPolicyRule(
+            test::policyRule({.path = "/3-new-" + std::to_string(rules), .processName = "/bin/ls"}));
+    ASSERT_TRUE(refresh.start());
+    EXPECT_FALSE(refresh.isSearch()) << "the text is the same";
+    thread.wait();
+    EXPECT_EQ(store.totalRules(true), 5001U);
+}
+
 // Changed rules get new numbers. When most numbers belong to none, all rules get new ones and are sorted
 // again.
 TEST_F(RowsRefreshTest, IsNeededForSortedRulesWhoseNumbersAreUsedUp)
