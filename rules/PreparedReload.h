@@ -36,7 +36,7 @@ private:
 
     std::unique_ptr<RuleManager> m_read; // holds no rules after the comparison
     std::shared_ptr<const RuleRows> m_from;
-    std::optional<ChangeSet> m_change; // none: it is too large, or does not lead to exactly what was read
+    std::optional<ChangeSet> m_change; // none when no change leads to exactly what was read
     std::vector<PolicyRulePtr> m_aged; // rules in both whose age is measured anew
     std::uint64_t m_readAt = 0; // in seconds since 1970
 };
