@@ -145,13 +145,12 @@ void writeRows(Output& output, const rules::RuleManager& store, const std::vecto
         writeLine(output, {"Row", "Class", "Type", "Ops", "Application", "Tag", "Path"});
     const auto present = store.rows();
     JsonRows lines(store, place);
-    for (const std::size_t row : rows) {
+    present->forEach(rows, includeSystemRules, [&](std::size_t row, const rules::RuleRef& rule) {
         if (asJson)
-            output.write(visitRule(present->at(row, includeSystemRules),
-                [&](const auto& rule) { return lines.line(row, rule); }));
+            output.write(visitRule(rule, [&](const auto& record) { return lines.line(row, record); }));
         else
             writeLine(output, printedRow(store, *present, row, includeSystemRules, place));
-    }
+    });
 }
 
 } // namespace quorvane::cli

@@ -58,10 +58,10 @@ public:
         const bool includeSystemRules = m_selection.includeSystemRules;
         const auto present = opened.store.rows();
         std::vector<std::size_t> rows;
-        for (std::size_t row = 0; row < present->count(includeSystemRules); ++row) {
-            if (touches(present->at(row, includeSystemRules), m_question))
+        present->forEach(includeSystemRules, [&](std::size_t row, const rules::RuleRef& rule) {
+            if (touches(rule, m_question))
                 rows.push_back(row);
-        }
+        });
         Output output;
         writeRows(output, opened.store, rows, includeSystemRules, *place, m_asJson);
         const bool isWhole = opened.isComplete && !opened.hasFailed;

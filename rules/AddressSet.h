@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rules/Prefetch.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -31,6 +33,9 @@ public:
         return true;
     }
 
+    // Fetches into the processor's caches what insert() and contains() of that address will need.
+    void prefetch(const void* address) const { prefetchMemory(&m_places[startOf(address)]); }
+
     bool contains(const void* address) const { return m_places[placeOf(address)] != nullptr; }
 
 private:
@@ -53,12 +58,17 @@ private:
         *this = std::move(larger);
     }
 
-    // Where the address is or has to be inserted. The highest bits of the product depend on all of its bits.
-    std::size_t placeOf(const void* address) const
+    // The place of its hash. The highest bits of the product depend on all of its bits.
+    std::size_t startOf(const void* address) const
     {
         constexpr std::uint64_t oddFactor = 0x9E3779B97F4A7C15U; // 2^64 divided by the golden ratio
-        const std::uint64_t hash = reinterpret_cast<std::uintptr_t>(address) * oddFactor;
-        std::size_t place = hash >> m_shift;
+        return (reinterpret_cast<std::uintptr_t>(address) * oddFactor) >> m_shift;
+    }
+
+    // Where the address is or has to be inserted.
+    std::size_t placeOf(const void* address) const
+    {
+        std::size_t place = startOf(address);
         while (m_places[place] != nullptr && m_places[place] != address)
             place = (place + 1) & (m_places.size() - 1);
         return place;

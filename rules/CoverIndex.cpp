@@ -2,6 +2,7 @@
 
 #include "rules/Hashing.h"
 #include "rules/PathCover.h"
+#include "rules/Prefetch.h"
 #include "rules/RuleCodes.h"
 
 #include <algorithm>
@@ -75,10 +76,14 @@ bool coversRule(const PolicyRule& broader, const PolicyRule& rule)
 CoverIndex::CoverIndex(const std::vector<PolicyRulePtr>& slots)
     : m_slots(slots)
 {
-    for (std::size_t slot = 0; slot < slots.size(); ++slot) {
+    const auto visitAt = [&slots](std::size_t slot, const auto& use) {
         if (slots[slot])
-            add(slot, slots[slot]->fields());
-    }
+            use(*slots[slot]);
+    };
+    forEachPrefetchedRule(
+        slots.size(),
+        [&](std::size_t slot) { visitAt(slot, [&](const PolicyRule& rule) { add(slot, rule.fields()); }); },
+        visitAt);
 }
 
 // Looks up the empty path and each longer prefix of the rule's path; of all hits the lowest slot is the first

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "rules/AddressSet.h"
 #include "rules/PolicyRule.h"
+#include "rules/Prefetch.h"
 #include "rules/RowNumbers.h"
 #include "rules/RuleIdentity.h"
 #include "rules/SlotChains.h"
@@ -76,6 +78,21 @@ public:
     }
 
     std::size_t size() const { return m_size; }
+    // Fetch into the processor's caches what an append() will need, and then what the search for a rule equal
+    // to one of that hash will.
+    void prefetch() const
+    {
+        prefetchMemory(m_slots.data() + m_slots.size());
+        prefetchMemory(m_numbers.data() + m_numbers.size());
+        if (m_index)
+            prefetchObject(*m_index);
+    }
+    void prefetch(std::uint64_t hash) const
+    {
+        if (m_index)
+            m_index->prefetch(hash);
+    }
+
     // Null where a rule was removed.
     const std::vector<RulePtr>& slots() const { return m_slots; }
     // The row numbers of the slots; RowNumbers::none of empty ones.
@@ -83,10 +100,16 @@ public:
 
     template <class Use> void forEach(Use use) const
     {
-        for (const RulePtr& rule : m_slots) {
-            if (rule)
-                use(rule);
-        }
+        forEachPrefetchedRule(
+            m_slots.size(),
+            [&](std::size_t slot) {
+                if (m_slots[slot])
+                    use(m_slots[slot]);
+            },
+            [&](std::size_t slot, const auto& fetch) {
+                if (m_slots[slot])
+                    fetch(*m_slots[slot]);
+            });
     }
 
     // Allocates all memory that an insert() of `rule` needs; when it throws, nothing has changed. Must be
@@ -168,22 +191,26 @@ public:
         dropEmptySlotsIfMany();
     }
 
-    // Removes all rules for which `isLeaving` is true, in stored order; calls `use` with each of them and
+    // Removes all rules whose addresses are in `leaving`, in stored order; calls `use` with each of them and
     // with the nearest rule before it that stays, null when there is none. May move rules to other slots.
-    template <class IsLeaving, class Use> void removeAll(const IsLeaving& isLeaving, const Use& use) noexcept
+    template <class Use> void removeAll(const AddressSet& leaving, const Use& use) noexcept
     {
         const std::size_t former = m_size;
         const RulePtr* previous = nullptr;
-        for (std::size_t slot = 0; slot < m_slots.size(); ++slot) {
+        const auto remove = [&](std::size_t slot) {
             RulePtr& rule = m_slots[slot];
-            if (rule && !isLeaving(*rule))
+            if (rule && !leaving.contains(rule.get()))
                 previous = &rule;
             if (!rule || previous == &rule)
-                continue;
+                return;
             leave(slot);
             m_numbers[slot] = RowNumbers::none;
             use(std::exchange(rule, nullptr), previous);
-        }
+        };
+        forEachPrefetched(m_slots.size(), remove, [&](std::size_t slot) {
+            leaving.prefetch(m_slots[slot].get());
+            prefetchMemory(m_slots[slot].get());
+        });
         if (m_size == former)
             return;
         m_lastEmptied = {};

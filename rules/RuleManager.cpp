@@ -175,8 +175,8 @@ bool RuleManager::addText(std::string_view text, const std::string& file, bool s
         if (file == m_locations.failSafeFile())
             reading.mergeAsFailSafe();
         useParsedLines(
-            text, {shouldLabelAsSystemRules, optionsAllowed}, [&](ParsedLine& line) { reading.store(line); },
-            discard);
+            text, {shouldLabelAsSystemRules, optionsAllowed},
+            [&](std::vector<ParsedLine>& lines) { reading.store(lines); }, discard);
     } catch (const std::bad_alloc&) {
         m_lastErrorMessage = "Internal error: unable to allocate memory";
         return false;

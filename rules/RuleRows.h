@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/AppendOnlyTable.h"
+#include "rules/Prefetch.h"
 #include "rules/RuleRef.h"
 
 #include <cstddef>
@@ -24,6 +25,21 @@ public:
     const RuleRef& at(std::size_t row, bool includeSystemRules) const
     {
         return m_rules[numbers(includeSystemRules)[row]];
+    }
+
+    // Calls `use` with each of `rows` and its rule, in this order. Several times as fast as at() of each
+    // where rows are not in memory order. For the thread that owns the rules.
+    template <class Use>
+    void forEach(const std::vector<std::size_t>& rows, bool includeSystemRules, const Use& use) const
+    {
+        forEachOf(
+            rows.size(), [&rows](std::size_t index) { return rows[index]; }, includeSystemRules, use);
+    }
+    // The same for all rows.
+    template <class Use> void forEach(bool includeSystemRules, const Use& use) const
+    {
+        forEachOf(
+            count(includeSystemRules), [](std::size_t index) { return index; }, includeSystemRules, use);
     }
 
     // The rows of the rules for which `isWanted` is true, ascending. Visits the rules in memory order, which
@@ -63,6 +79,17 @@ private:
     const RuleOrder& numbers(bool includeSystemRules) const
     {
         return includeSystemRules ? *m_all : *m_userOnly;
+    }
+
+    template <class RowAt, class Use>
+    void forEachOf(std::size_t rows, const RowAt& rowAt, bool includeSystemRules, const Use& use) const
+    {
+        const auto refAt
+            = [&](std::size_t index) -> const RuleRef& { return at(rowAt(index), includeSystemRules); };
+        forEachPrefetchedRule(
+            rows, [&](std::size_t index) { use(rowAt(index), refAt(index)); },
+            [&](std::size_t index, const auto& fetch) { visitRule(refAt(index), fetch); },
+            [&](std::size_t index) { prefetchMemory(&refAt(index)); });
     }
 
     AppendOnlyTable<RuleRef> m_rules; // by number

@@ -2,6 +2,7 @@
 
 #include "platform/Unicode.h"
 #include "rules/ApplicationIdentity.h"
+#include "rules/Prefetch.h"
 
 #include <algorithm>
 #include <bit>
@@ -47,6 +48,24 @@ RuleStore::RecentGroup* RuleStore::recentGroupFor(const PolicyRuleFields& rule) 
     };
     const std::uint64_t hash = combinedHash(addressOf(rule.processName), addressOf(rule.constraint));
     return &m_recentGroups[hash & (m_recentGroups.size() - 1)];
+}
+
+// Each step only reads what the one before has fetched.
+void RuleStore::prefetch(const PolicyRuleFields& rule, std::uint64_t hash, std::size_t step) const
+{
+    const RecentGroup* const recent = recentGroupFor(rule);
+    if (recent == nullptr)
+        return;
+    if (step == 0)
+        return prefetchObject(*recent);
+    if (!recent->isOf(rule))
+        return;
+    if (step == 1)
+        prefetchObject(*recent->group);
+    else if (step == 2)
+        recent->group->rules().prefetch();
+    else
+        recent->group->rules().prefetch(hash);
 }
 
 // Allocates all memory that another group needs, besides its own.

@@ -41,6 +41,10 @@ public:
     // By key, ordered case-insensitively; including groups without rules.
     const std::vector<const Groups::value_type*>& orderedGroups() const;
 
+    // Fetches into the processor's caches what storing a rule with these properties and this identityHash()
+    // will need: call it for steps 0 to 3, with other work between them.
+    void prefetch(const PolicyRuleFields& rule, std::uint64_t hash, std::size_t step) const;
+
     // Store the record itself at the end; call rebuildRows() afterwards.
     void append(const WatchRulePtr& rule) { append(m_watchRules, rule); }
     void append(const PolicyRulePtr& rule) { append(groupOf(rule->fields()).rules(), rule); }

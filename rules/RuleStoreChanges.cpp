@@ -1,6 +1,7 @@
 #include "rules/RuleStore.h"
 
 #include "rules/AddressSet.h"
+#include "rules/Prefetch.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -165,14 +166,20 @@ RuleStore::Plan RuleStore::planOf(ChangeSet changes)
     auto& [removals, changed, additions] = plan.changes;
     plan.removesMany = !m_anyTwice && removals.size() > fewRemovals
         && removals.size() > storedRules() / largeShareOfRemovals;
-    std::erase_if(removals, [&](const ChangeSet::Removal& removal) {
-        const auto list = plan.removesMany ? std::nullopt : listOf(removal.rule);
-        if (!(plan.removesMany || list) || !plan.removed.insert(addressOf(removal.rule)))
-            return true;
-        if (list)
+    if (plan.removesMany) {
+        forEachPrefetched(
+            removals.size(),
+            [&](std::size_t number) { plan.removed.insert(addressOf(removals[number].rule)); },
+            [&](std::size_t number) { plan.removed.prefetch(addressOf(removals[number].rule)); });
+    } else {
+        std::erase_if(removals, [&](const ChangeSet::Removal& removal) {
+            const auto list = listOf(removal.rule);
+            if (!list || !plan.removed.insert(addressOf(removal.rule)))
+                return true;
             plan.removedFrom.push_back(*list);
-        return false;
-    });
+            return false;
+        });
+    }
     std::vector<ChangeSet::Addition> addedByChange;
     std::unordered_map<const void*, std::size_t> numbers; // of these, by record
     std::erase_if(changed, [&](const ChangeSet::Change& change) {
@@ -255,7 +262,6 @@ void RuleStore::removeOneByOne(Plan& plan) noexcept
 // 1,300.
 void RuleStore::removeManyAtOnce(Plan& plan) noexcept
 {
-    const auto isLeaving = [&plan](const auto& rule) { return plan.removed.contains(&rule); };
     const auto note = [&plan](auto rule, const auto* previous) {
         ChangeSet::Removal removal{
             .rule = std::move(rule), .place = {ChangeSet::Place::start, {}}, .value = {}};
@@ -265,9 +271,9 @@ void RuleStore::removeManyAtOnce(Plan& plan) noexcept
         plan.changes.removed.push_back(std::move(removal));
     };
     plan.changes.removed.clear(); // keeps the room for all of them
-    m_watchRules.removeAll(isLeaving, note);
+    m_watchRules.removeAll(plan.removed, note);
     for (auto& [key, group] : m_groups)
-        group.rules().removeAll(isLeaving, note);
+        group.rules().removeAll(plan.removed, note);
 }
 
 // A rule inserted between others moves all that follow, and the list then has to find all of its rules anew;

@@ -101,7 +101,8 @@ void RulesParser::parseLine(std::string_view line, std::vector<ParsedLine>& out)
     }
 }
 
-void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use,
+void useParsedLines(std::string_view text, RulesFileKind kind,
+    const std::function<void(std::vector<ParsedLine>&)>& use,
     const std::function<void(std::string_view)>& discard)
 {
     // std::async falls back to the calling thread when no thread can be created.
@@ -121,8 +122,7 @@ void useParsedLines(std::string_view text, RulesFileKind kind, const std::functi
             --busy;
         else
             worker.start(takeChunk(text), policy);
-        for (ParsedLine& record : records)
-            use(record);
+        use(records);
         records.clear();
         worker.room = std::move(records);
     }

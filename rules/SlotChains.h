@@ -17,6 +17,8 @@ public:
 
     void insert(std::uint64_t hash, std::uint32_t slot);
     std::size_t size() const { return m_entries.size(); }
+    // Fetches into the processor's caches what first() and insert() of that hash will need.
+    void prefetch(std::uint64_t hash) const;
     // Links new entries, which the next first() would do otherwise. May throw std::bad_alloc; the next
     // first() then allocates nothing.
     void link();

@@ -56,6 +56,32 @@ TEST(RuleRows, PolicyRulesHoldNoWatchRulesAndAreNotSorted)
     EXPECT_EQ(test::rowPaths(*store), (Lines{"/1", "/2", "/w"}));
 }
 
+TEST(RuleRows, AWalkVisitsAllRowsOrTheChosenOnesInTheirOrder)
+{
+    const test::StoreSandbox sandbox;
+    std::string text = "watch path /w any r\n";
+    for (int number = 0; number < 100; ++number)
+        text += "allow path /" + std::to_string(number) + " /bin/" + std::to_string(number % 7) + " r\n";
+    const auto store = sandbox.storeOf(text);
+    const auto rows = store->rows();
+    ASSERT_EQ(rows->count(false), 101U);
+
+    std::size_t visited = 0;
+    rows->forEach(false, [&](std::size_t row, const RuleRef& rule) {
+        EXPECT_EQ(row, visited++);
+        EXPECT_EQ(addressOf(rule), addressOf(rows->at(row, false)));
+    });
+    EXPECT_EQ(visited, 101U);
+
+    const std::vector<std::size_t> chosen{100, 0, 50};
+    std::vector<std::size_t> seen;
+    rows->forEach(chosen, false, [&](std::size_t row, const RuleRef& rule) {
+        seen.push_back(row);
+        EXPECT_EQ(addressOf(rule), addressOf(rows->at(row, false)));
+    });
+    EXPECT_EQ(seen, chosen);
+}
+
 TEST(RuleRows, RowsAreTheStoredRecordsThemselves)
 {
     const test::StoreSandbox sandbox;

@@ -51,9 +51,11 @@ TEST(RulesParser, DiscardsALongTextPartByPartOnceItIsRead)
     std::size_t parts = 0;
     useParsedLines(
         text, {},
-        [&](ParsedLine& line) {
-            ASSERT_EQ(pathOf(line), "/some/long/way/to/a/file/number/" + std::to_string(used));
-            ++used;
+        [&](const std::vector<ParsedLine>& lines) {
+            for (const ParsedLine& line : lines) {
+                ASSERT_EQ(pathOf(line), "/some/long/way/to/a/file/number/" + std::to_string(used));
+                ++used;
+            }
         },
         [&](std::string_view part) {
             ASSERT_EQ(part.data(), text.data() + discarded) << "they follow each other";
