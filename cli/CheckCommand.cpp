@@ -94,10 +94,16 @@ public:
     {
         CheckedFile checked;
         try {
-            const rules::RulesFileText text = rules::RulesFileText::read(file, m_context.lockTimeout);
+            auto text = rules::RulesFileText::read(file, m_context.lockTimeout);
             const auto problem = whyUnread(file, text);
-            const auto store = workflow::storeOfText(text.text(), m_context.locations, m_context.log);
-            useFileFindings(*store, text.bytes(), m_search, appendTo(checked, file));
+            const auto joined = joinedLineFindings(text.bytes(), m_search);
+            const auto discard = [&](std::string_view part) {
+                if (!m_search.withLines)
+                    text.discard(part);
+            };
+            const auto store
+                = workflow::storeOfText(text.text(), m_context.locations, m_context.log, discard);
+            useAll(*store, text.bytes(), joined, appendTo(checked, file));
             if (problem)
                 addProblem(*problem, checked);
         } catch (const std::bad_alloc&) {
@@ -107,8 +113,8 @@ public:
         return checked;
     }
 
-    // The current user's configuration. The file is read before its rules, since both together would take
-    // half as much memory again.
+    // The current user's configuration. The file is read before its rules, as they are in checkNamed(), since
+    // both together would take half as much memory again.
     CheckedFile checkConfiguration() const
     {
         CheckedFile checked;
@@ -119,10 +125,7 @@ public:
         if (!m_search.withLines)
             text.reset();
         const OpenedStore opened = openStore({}, m_context);
-        const auto append = appendTo(checked, std::nullopt);
-        useRowFindings(opened.store, text ? text->bytes() : "", m_search, append);
-        for (const workflow::FileFinding& finding : joined)
-            append(finding);
+        useAll(opened.store, text ? text->bytes() : "", joined, appendTo(checked, std::nullopt));
         if (opened.isComplete && !opened.hasFailed)
             return checked;
         addProblem(unreadReason.value_or("not all rules could be read"), checked);
@@ -131,6 +134,16 @@ public:
     }
 
 private:
+    using UseFinding = std::function<void(const workflow::FileFinding&)>;
+
+    void useAll(const rules::RuleManager& store, std::string_view bytes,
+        const std::vector<workflow::FileFinding>& joined, const UseFinding& use) const
+    {
+        useRowFindings(store, bytes, m_search, use);
+        for (const workflow::FileFinding& finding : joined)
+            use(finding);
+    }
+
     static void addProblem(std::string problem, CheckedFile& checked)
     {
         checked.problems.push_back(std::move(problem));
@@ -138,8 +151,7 @@ private:
     }
 
     // What appends a finding, or prints it where it can be. `file` is the name as given.
-    std::function<void(const workflow::FileFinding&)> appendTo(
-        CheckedFile& checked, const std::optional<std::string>& file) const
+    UseFinding appendTo(CheckedFile& checked, const std::optional<std::string>& file) const
     {
         const std::string address
             = m_form == Form::sarif ? fileAddress(file.value_or(m_context.locations.userRulesFile())) : "";

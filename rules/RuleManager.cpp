@@ -163,6 +163,11 @@ bool RuleManager::addFileContents(const NullableText& path, bool shouldLabelAsSy
         [&contents](std::string_view part) { contents.discard(part); });
 }
 
+bool RuleManager::addUserText(std::string_view text, const std::function<void(std::string_view)>& discard)
+{
+    return addText(readablePart(text), m_locations.userRulesFile(), false, discard);
+}
+
 // Adds the rules of `text`, the current or future contents of `file`. What has been read of it is discarded,
 // or text and rules of a long file would be in memory together.
 bool RuleManager::addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules,

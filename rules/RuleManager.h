@@ -85,6 +85,11 @@ public:
     // file exists and cannot be read. The rows change with the next rebuildRulesCache().
     bool addFileContents(const NullableText& path, bool shouldLabelAsSystemRules);
 
+    // Appends the rules of a user's file with this text, without duplicates. The text counts up to its first
+    // NUL byte; one that is not UTF-8 holds no rules. Each part that is not needed any more is passed to
+    // `discard`, if there is one. False when memory runs out.
+    bool addUserText(std::string_view text, const std::function<void(std::string_view)>& discard = {});
+
     // Append options of the preferences. Without readable preferences, the first appends nothing, the others
     // an option of value 0.
     void loadOptions();

@@ -4,9 +4,9 @@
 #include "rules/JoinedLines.h"
 #include "rules/LineWalker.h"
 #include "rules/RulesParser.h"
-#include "rules/RulesText.h"
 
 #include <algorithm>
+#include <new>
 #include <unordered_map>
 
 namespace quorvane::workflow {
@@ -63,17 +63,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<rules::RuleManager> storeOfText(
-    std::string_view text, const platform::Locations& locations, platform::Log& log)
+std::unique_ptr<rules::RuleManager> storeOfText(std::string_view text, const platform::Locations& locations,
+    platform::Log& log, const std::function<void(std::string_view)>& discard)
 {
     auto store = std::make_unique<rules::RuleManager>(locations, log);
-    for (const rules::RuleValue& value : rules::rulesOfText(text)) {
-        const rules::RuleRef rule = recordOf(value);
-        if (const auto* policy = std::get_if<rules::PolicyRulePtr>(&rule))
-            store->addPolicyRule(*policy);
-        else
-            store->appendWatchRule(std::get<rules::WatchRulePtr>(rule));
-    }
+    if (!store->addUserText(text, discard))
+        throw std::bad_alloc();
     store->rebuildRulesCache();
     return store;
 }
@@ -83,14 +78,12 @@ void useRowFindings(const rules::RuleManager& store, std::string_view bytes, con
 {
     const RowFindings findings(store, false, search.findings);
     std::optional<LinesOfRules> lines;
-    const auto rows = store.rows();
-    for (std::size_t row = 0; row < rows->count(false); ++row) {
+    store.rows()->forEach(false, [&](std::size_t row, const rules::RuleRef& rule) {
         const std::vector<RuleFinding> ofRow = findings.at(row);
         if (ofRow.empty())
-            continue;
+            return;
         if (search.withLines && !lines)
             lines.emplace(store, bytes);
-        const rules::RuleRef& rule = rows->at(row, false);
         FileFinding found{.kind = ofRow.front().kind,
             .row = row,
             .line = lines ? lines->of(rule) : 0,
@@ -103,7 +96,7 @@ void useRowFindings(const rules::RuleManager& store, std::string_view bytes, con
             found.text = findingText(finding);
             use(found);
         }
-    }
+    });
 }
 
 std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search)

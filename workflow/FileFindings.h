@@ -24,10 +24,11 @@ struct FileFinding {
     std::string text; // a sentence for the user
 };
 
-// A store of the rules of a user's file with this text, without options and system rules. Never null. Throws
+// A store of the rules of a user's file with this text, without options and system rules. Each part of the
+// text that is not needed any more is passed to `discard`, if there is one. Never null. Throws
 // std::bad_alloc.
-std::unique_ptr<rules::RuleManager> storeOfText(
-    std::string_view text, const platform::Locations& locations, platform::Log& log);
+std::unique_ptr<rules::RuleManager> storeOfText(std::string_view text, const platform::Locations& locations,
+    platform::Log& log, const std::function<void(std::string_view)>& discard = {});
 
 // What to search a file for.
 struct FileSearch {

@@ -260,6 +260,21 @@ TEST(StoreOfText, HoldsTheRulesOfAUsersFileWithThatText)
             .empty());
 }
 
+TEST(StoreOfText, AddsTheRulesOfAnotherTextThatItDoesNotHoldYet)
+{
+    const test::StoreSandbox box;
+    const auto store = box.storeOf("allow prefix /a any r\n");
+    std::size_t discarded = 0;
+    const std::string_view more = "allow prefix /a any r\nset x 1\nallow prefix /b any r\n";
+    EXPECT_TRUE(store->addUserText(more, [&](std::string_view part) { discarded += part.size(); }));
+    EXPECT_EQ(store->userRules().size(), 2U);
+    EXPECT_EQ(store->getOption("x"), 0U) << "a user's file has no options";
+    EXPECT_EQ(discarded, more.size());
+    EXPECT_TRUE(store->addUserText("allow prefix /\xff any r\n"));
+    EXPECT_TRUE(store->addUserText(std::string_view("allow prefix /c any r\n\0allow prefix /d any r\n", 45)));
+    EXPECT_EQ(store->userRules().size(), 3U);
+}
+
 TEST(StoreReload, TakesATextInPlaceOfTheUsersFile)
 {
     const test::StoreSandbox box;
