@@ -5,7 +5,6 @@
 #include "cli/UnwritableWarning.h"
 #include "workflow/RulesExport.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -20,8 +19,10 @@ namespace {
 // An exchange file is written as the format has it, whatever the settings for the user's file.
 std::size_t countOfUnwritable(const std::vector<rules::RuleRef>& rules)
 {
-    return static_cast<std::size_t>(std::count_if(rules.begin(), rules.end(),
-        [](const rules::RuleRef& rule) { return !readsBack(rule, rules::LineEnds::cut); }));
+    std::size_t count = 0;
+    forEachRule(rules,
+        [&count](const rules::RuleRef& rule) { count += readsBack(rule, rules::LineEnds::cut) ? 0U : 1U; });
+    return count;
 }
 
 class ExportCommand : public Command {

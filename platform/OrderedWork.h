@@ -26,7 +26,8 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
     std::map<std::size_t, Result> made;
     std::size_t next = 0;
     std::size_t used = 0;
-    const auto mayMake = [&] { return next < count && next - used < mostWaiting; };
+    const auto isAnyLeft = [&] { return next < count; };
+    const auto mayMake = [&] { return isAnyLeft() && next - used < mostWaiting; };
     const auto makeNext = [&](std::unique_lock<std::mutex>& guard) {
         const std::size_t number = next++;
         guard.unlock();
@@ -39,7 +40,7 @@ template <class Make, class Use> void makeInOrder(std::size_t count, const Make&
     };
     const auto work = [&] {
         std::unique_lock guard(lock);
-        while (next < count) {
+        while (isAnyLeft()) {
             if (mayMake())
                 makeNext(guard);
             else

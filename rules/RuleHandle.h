@@ -17,11 +17,10 @@ template <class Fields> class RuleHandle;
 // Holds records and is notified of their changes. Only lists of rules do (RuleList.h).
 template <class Fields> class RuleHolder {
 public:
+    virtual ~RuleHolder() = default;
+
     // Called after `rule` was changed from the properties `before`, on the thread that changed it.
     virtual void ruleHasChanged(const RuleHandle<Fields>& rule, const Fields& before) noexcept = 0;
-
-protected:
-    ~RuleHolder() = default;
 };
 
 // The common part of both kinds of record: the identity of a rule, and its current value. A change replaces

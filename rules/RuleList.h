@@ -24,6 +24,8 @@ template <class Rule> using FieldsOf = std::remove_cvref_t<decltype(std::declval
 // Maintains data derived from the rules of a list, by slot.
 template <class Fields> class SlotObserver {
 public:
+    virtual ~SlotObserver() = default;
+
     // Called after a rule with these properties was put into the slot, or is being removed from it.
     virtual void slotIsFilled(std::size_t slot, const Fields& rule) noexcept = 0;
     virtual void slotIsEmptied(std::size_t slot, const Fields& rule) noexcept = 0;
@@ -31,9 +33,6 @@ public:
     virtual void slotsHaveMoved() noexcept = 0;
     // Called after a stored rule has changed so that it may belong to another application group.
     virtual void ruleHasStrayed() noexcept = 0;
-
-protected:
-    ~SlotObserver() = default;
 };
 
 // Rules of one kind in stored order, with an index that finds the first equal rule without a scan.
@@ -53,7 +52,7 @@ public:
         , m_observer(observer)
     {
     }
-    ~RuleList() { clear(); }
+    ~RuleList() override { clear(); }
 
     // The list with these row numbers that stores the record; null when there is none. Takes no search.
     static RuleList* holding(const Rule& rule, const RowNumbers& numbers)

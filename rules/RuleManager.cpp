@@ -246,8 +246,7 @@ bool RuleManager::writeToFile(const std::string& path)
 bool RuleManager::writeToFile(const std::string& path, const std::vector<RuleRef>& policiesToWrite)
 {
     return writeContent(path, [&policiesToWrite](RulesContent& content) {
-        for (const RuleRef& rule : policiesToWrite)
-            content.append(rule);
+        forEachRule(policiesToWrite, [&content](const RuleRef& rule) { content.append(rule); });
     });
 }
 

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "rules/PolicyRule.h"
+#include "rules/Prefetch.h"
 #include "rules/RuleValue.h"
 #include "rules/WatchRule.h"
 
+#include <cstddef>
 #include <variant>
+#include <vector>
 
 namespace quorvane::rules {
 
@@ -22,6 +25,15 @@ inline const PolicyRule* policyRuleIn(const RuleRef& rule)
 template <class Question> decltype(auto) visitRule(const RuleRef& rule, Question&& question)
 {
     return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
+}
+
+// Calls `use` with each of the rules, in order. Many times as fast as a plain loop where they are not in
+// memory order. For the thread that owns the records.
+template <class Use> void forEachRule(const std::vector<RuleRef>& rules, const Use& use)
+{
+    forEachPrefetchedRule(
+        rules.size(), [&](std::size_t number) { use(rules[number]); },
+        [&rules](std::size_t number, const auto& fetch) { visitRule(rules[number], fetch); });
 }
 
 inline bool isSystemRule(const RuleRef& rule)

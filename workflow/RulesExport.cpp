@@ -53,22 +53,22 @@ std::error_code write(int descriptor, const std::vector<rules::RuleRef>& rules)
     constexpr std::size_t pieceSize = std::size_t{1} << 18U; // bytes
     std::error_code error;
     rules::RulesContent piece;
-    for (const rules::RuleRef& rule : rules) {
+    forEachRule(rules, [&](const rules::RuleRef& rule) {
+        if (error)
+            return;
         piece.append(rule);
         if (piece.bytes().size() < pieceSize)
-            continue;
-        if (error = write(descriptor, piece.bytes()); error)
-            return error;
+            return;
+        error = write(descriptor, piece.bytes());
         piece.clear();
-    }
-    return write(descriptor, piece.bytes());
+    });
+    return error ? error : write(descriptor, piece.bytes());
 }
 
 rules::RulesContent contentOf(const std::vector<rules::RuleRef>& rules)
 {
     rules::RulesContent content;
-    for (const rules::RuleRef& rule : rules)
-        content.append(rule);
+    forEachRule(rules, [&content](const rules::RuleRef& rule) { content.append(rule); });
     return content;
 }
 
