@@ -29,8 +29,8 @@
 #include <QDialog>
 #include <QDockWidget>
 #include <QEventLoop>
+#include <QImage>
 #include <QMenu>
-#include <QPixmap>
 #include <QTableView>
 #include <QTreeView>
 #include <QWidget>
@@ -278,6 +278,19 @@ Subject mapWindow(Surroundings& around)
     return window;
 }
 
+// The widget when it has come to rest: one layout can ask for another.
+QImage imageOf(QWidget& widget)
+{
+    constexpr int quietRounds = 5;
+    QImage image;
+    for (int quiet = 0; quiet < quietRounds;) {
+        QApplication::processEvents();
+        const QImage before = std::exchange(image, widget.grab().toImage());
+        quiet = image == before ? quiet + 1 : 0;
+    }
+    return image;
+}
+
 // Empty when the words name no window.
 Subject windowNamed(int wordCount, char** words, Surroundings& around)
 {
@@ -332,8 +345,7 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     subject.shown->show();
-    QApplication::processEvents();
-    if (!subject.shown->grab().save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
+    if (!quorvane::app::imageOf(*subject.shown).save(QString::fromLocal8Bit(arguments[1]), "PNG")) {
         std::fprintf(stderr, "quorvane-window-image: cannot write '%s'\n", arguments[1]);
         return 1;
     }
