@@ -4,18 +4,17 @@
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeDelegateServices.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/windows/FileOpener.h"
 #include "windows/NoticeWindow.h"
 #include "workflow/RunState.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QEventLoop>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
-#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -37,19 +36,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* /*event*/) override { ++closings; }
-};
-
-// Stands for the desktop's programs that open files.
-class FileOpener : public QObject {
-    Q_OBJECT
-public:
-    FileOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~FileOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QList<QUrl> opened;
-
-public Q_SLOTS:
-    void open(const QUrl& file) { opened.append(file); }
 };
 
 // A desktop with a program for every type of file but those named.
@@ -400,7 +386,7 @@ TEST_F(AppDelegateServices, AsksForNoPasswordOnceTheEndIsAskedFor)
 
 TEST_F(AppDelegateServices, OpensTheUserGuide)
 {
-    FileOpener opener;
+    test::FileOpener opener;
     folder.write("Library/Application Support/Quorvane/Quorvane User Guide.pdf", "%PDF-");
     folder.write("Library/Application Support/Quorvane/Quorvane User Guide.html", "<!DOCTYPE html>");
     delegate.showHelp();
@@ -411,7 +397,7 @@ TEST_F(AppDelegateServices, OpensTheUserGuide)
 
 TEST_F(AppDelegateServices, OpensThePageBesideTheUserGuideWhereTheDesktopHasNoProgramForPdfFiles)
 {
-    FileOpener opener;
+    test::FileOpener opener;
     workspace.missing = "application/pdf";
     folder.write("share/Quorvane User Guide.pdf", "%PDF-");
     const std::string page = folder.write("share/Quorvane User Guide.html", "<!DOCTYPE html>");
@@ -426,7 +412,7 @@ TEST_F(AppDelegateServices, OpensThePageBesideTheUserGuideWhereTheDesktopHasNoPr
 
 TEST_F(AppDelegateServices, OpensAUserGuideWithoutAPageWhateverTheDesktopHas)
 {
-    FileOpener opener;
+    test::FileOpener opener;
     workspace.missing = "application/pdf";
     folder.write("Library/Application Support/Quorvane/Quorvane User Guide.pdf", "%PDF-");
     delegate.showHelp();
@@ -436,7 +422,7 @@ TEST_F(AppDelegateServices, OpensAUserGuideWithoutAPageWhateverTheDesktopHas)
 
 TEST_F(AppDelegateServices, SaysNothingOfAUserGuideThatIsMissingButInTheLog)
 {
-    const FileOpener opener;
+    const test::FileOpener opener;
     workspace.missing = "application/pdf";
     delegate.showHelp();
     EXPECT_TRUE(opener.opened.empty());
@@ -457,5 +443,3 @@ TEST_F(AppDelegateServices, ShowsThePreferencesAfreshEachTime)
 }
 
 } // namespace quorvane::windows
-
-#include "AppDelegateTest.moc"

@@ -6,6 +6,7 @@
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusObjectPath>
 #include <QTimer>
 
@@ -389,6 +390,19 @@ TEST_F(PasswordTest, HasNoTimeLimitForThePerson)
     };
     desktop::DesktopAuthority impatient(bus.address(), prompt, std::chrono::milliseconds(100));
     EXPECT_TRUE(impatient.verifyPassword("verify authorization"));
+}
+
+TEST_F(PasswordTest, HasAConnectionOfItsOwnThatEndsWithIt)
+{
+    service.answer("CheckAuthorization", {result(true, false)});
+    EXPECT_TRUE(verify());
+    const QString first = service.lastCall("CheckAuthorization").service();
+    EXPECT_TRUE(verify());
+    EXPECT_NE(service.lastCall("CheckAuthorization").service(), first);
+    const auto observer
+        = QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("observer"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !observer.interface()->isServiceRegistered(first); }));
+    QDBusConnection::disconnectFromBus(QStringLiteral("observer"));
 }
 
 TEST(DesktopAuthority, OfABusThatIsNotThereIsNo)

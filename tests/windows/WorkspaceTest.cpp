@@ -1,14 +1,19 @@
 #include "desktop/Workspace.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/windows/FileOpener.h"
 
 #include <QBuffer>
 #include <QDataStream>
 #include <QImage>
+#include <QImageReader>
 #include <QImageWriter>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -65,6 +70,32 @@ QByteArray png(QColor color, int size)
     image.save(&buffer, "PNG");
     return bytes;
 }
+
+// A theme of the desktop's, in force while it exists: icons of one colour each.
+class IconTheme {
+public:
+    explicit IconTheme(std::initializer_list<std::pair<const char*, QColor>> icons)
+    {
+        m_folder.write(
+            "theme/index.theme", "[Icon Theme]\nName=theme\nDirectories=16\n\n[16]\nSize=16\nType=Fixed\n");
+        for (const auto& [name, color] : icons)
+            m_folder.write(std::string("theme/16/") + name + ".png", png(color, 16).toStdString());
+        QIcon::setThemeSearchPaths({QString::fromStdString(m_folder.path())});
+        QIcon::setThemeName(QStringLiteral("theme"));
+    }
+    ~IconTheme()
+    {
+        QIcon::setThemeName(m_nameBefore);
+        QIcon::setThemeSearchPaths(m_pathsBefore);
+    }
+    IconTheme(const IconTheme&) = delete;
+    IconTheme& operator=(const IconTheme&) = delete;
+
+private:
+    const test::TemporaryFolder m_folder;
+    const QString m_nameBefore = QIcon::themeName();
+    const QStringList m_pathsBefore = QIcon::themeSearchPaths();
+};
 
 // The beginning of a JPEG 2000 image.
 const QByteArray jpeg2000 = QByteArray::fromHex("0000000c6a5020200d0a870a00000014667479706a703220");
@@ -164,6 +195,56 @@ TEST(Workspace, HasAnIconForEverything)
         {folder.path("Broken.app"), folder.path("Bare.app"), folder.path("Gone.app"),
             std::string("/usr/bin/gone"), std::string("/etc/passwd"), std::string("any"), std::string()})
         EXPECT_FALSE(workspace.iconForFile(path).pixmap(16, 16).isNull()) << path;
+}
+
+TEST(Workspace, ShowsAFileAsTheDesktopDoes)
+{
+    const IconTheme theme({{"text-css", Qt::red}, {"text-x-generic", Qt::green},
+        {"inode-directory", Qt::blue}, {"application-x-executable", Qt::magenta}});
+    const test::TemporaryFolder folder;
+    folder.write("style.css", "");
+    folder.write("notes.txt", "");
+    folder.write("tool.txt", "");
+    std::filesystem::permissions(
+        folder.path("tool.txt"), std::filesystem::perms::group_exec, std::filesystem::perm_options::add);
+    std::filesystem::create_directory(folder.path("folder.css"));
+    desktop::Workspace workspace;
+    const auto color
+        = [&](const char* name) { return QColor(middleOf(workspace.iconForFile(folder.path(name)))); };
+    EXPECT_EQ(color("style.css"), QColor(Qt::red)) << "that of its type";
+    EXPECT_EQ(color("notes.txt"), QColor(Qt::green)) << "that of all such types, where its type has none";
+    EXPECT_EQ(color("folder.css"), QColor(Qt::blue));
+    EXPECT_EQ(color("tool.txt"), QColor(Qt::magenta)) << "a program, whatever its name";
+}
+
+TEST(Workspace, KeepsAnIconThatItHasShown)
+{
+    const test::TemporaryFolder folder;
+    const std::string bundle = bundleWithIcon(folder, "paint");
+    desktop::Workspace workspace;
+    workspace.iconForFile(bundle);
+    std::filesystem::remove_all(bundle);
+    EXPECT_EQ(middleOf(workspace.iconForFile(bundle)), QColor(Qt::magenta).rgb());
+}
+
+TEST(Workspace, TakesNoPictureThatWouldFillTheMemory)
+{
+    const test::TemporaryFolder folder;
+    const std::string bundle = bundleWithImages(folder, {{"ic10", png(Qt::magenta, 2100)}}); // above 16 MiB
+    const int before = QImageReader::allocationLimit();
+    EXPECT_NE(middleOf(desktop::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb());
+    EXPECT_EQ(QImageReader::allocationLimit(), before) << "the limit is that of one image alone";
+}
+
+TEST(Workspace, OpensFilesThatAreThere)
+{
+    const test::FileOpener desktop;
+    const test::TemporaryFolder folder;
+    const std::string file = folder.write("guide 1#.pdf", "");
+    desktop::Workspace workspace;
+    EXPECT_TRUE(workspace.openFile(file));
+    EXPECT_FALSE(workspace.openFile(folder.path("gone.pdf")));
+    EXPECT_EQ(desktop.opened, QList{QUrl::fromLocalFile(QString::fromStdString(file))});
 }
 
 } // namespace quorvane::windows
