@@ -151,16 +151,6 @@ TEST_F(Aside, LeavesSystemRulesWhereTheyAre)
     EXPECT_EQ(store->storedRules(), 4U);
 }
 
-TEST_F(Aside, SeesWhatAnotherProgramSetsAsideWhenItsWindowComesToTheFront)
-{
-    openAside();
-    const workflow::AsideRules other(box.folder.path("state"), box.locations.userRulesFile());
-    EXPECT_EQ(other.add({valueOf(test::policyRule({.path = "/x", .processName = "any", .operations = 1}))}),
-        std::nullopt);
-    asideWindow->refresh();
-    EXPECT_EQ(listed(), "/x|");
-}
-
 TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
 {
     setAside({first, second});

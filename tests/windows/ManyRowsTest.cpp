@@ -155,6 +155,18 @@ TEST_F(ManyRows, RevealARuleThatTheSearchHides)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/209994"));
 }
 
+TEST_F(ManyRows, AreSelectedWhenTheyAreShown)
+{
+    search->setText(QStringLiteral("209998"));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return table->model()->rowCount() == 1; }));
+
+    search->setText(QStringLiteral("20999"));
+    window->selectRules({ruleAt(5), ruleAt(7)});
+
+    ASSERT_TRUE(QTest::qWaitFor([this] { return table->model()->rowCount() == 10; }));
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/209994 /209992"));
+}
+
 TEST_F(ManyRows, AreNoLongerComputedWhenTheWindowCloses)
 {
     window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));

@@ -137,12 +137,25 @@ TEST(NarrowBar, ShowsItsStatusBesideItsChoicesAndNotOverThem)
         = [&bar](const QWidget* part) { return QRect(part->mapTo(&bar, QPoint()), part->size()); };
     const auto* status = bar.findChild<QLabel*>(QStringLiteral("narrowStatus"));
     ASSERT_TRUE(status->isVisible());
+    EXPECT_EQ(status->text(), QStringLiteral("Looking\u2026"));
     EXPECT_GE(status->width(), status->sizeHint().width());
     for (const QComboBox* choice : bar.findChildren<QComboBox*>())
         EXPECT_FALSE(place(status).intersects(place(choice))) << choice->objectName().toStdString();
     for (const QLabel* title : bar.findChildren<QLabel*>())
         EXPECT_TRUE(title == status || !place(status).intersects(place(title)))
             << title->text().toStdString();
+}
+
+TEST_F(NarrowBarTest, SaysThatItLooksForProblemsUntilTheyAreFound)
+{
+    narrow();
+    choose("problemChoice", "Redundant");
+    const auto* status = in<QLabel>("narrowStatus");
+    EXPECT_EQ(status->text(), QStringLiteral("Looking\u2026"));
+    EXPECT_TRUE(status->isVisible());
+    EXPECT_EQ(shownPaths(), QString::fromLatin1(all)) << "until then all rules";
+    ASSERT_TRUE(becomes(QStringLiteral("/tmp/")));
+    EXPECT_EQ(status->text(), QString());
 }
 
 TEST_F(NarrowBarTest, FollowsMendedProblems)

@@ -7,10 +7,13 @@
 #include "tests/support/FakePrivilegedCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestDocument.h"
+#include "windows/Shades.h"
+#include "windows/WindowLook.h"
 #include "workflow/PreferencesFile.h"
 #include "workflow/PreferencesHistory.h"
 #include "workflow/RunState.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -524,6 +527,14 @@ TEST_F(PreferencesWindow, ClosingEndsTheProgramOnlyWhenItWasStartedForThePrefere
         EXPECT_EQ(m_application.terminations, startedForPreferences ? 1 : 0);
         EXPECT_EQ(m_log.lines().back(), "-[QVPreferencesWindow windowWillClose:] exiting");
     }
+}
+
+TEST_F(PreferencesWindow, StaysLightOnADarkDesktop)
+{
+    setAppearance(*qApp, {.isDark = true});
+    open();
+    EXPECT_EQ(m_window->palette().color(QPalette::Base), shades::table.in({}));
+    setAppearance(*qApp, {});
 }
 
 TEST_F(PreferencesWindow, FitsASmallScreen)
