@@ -95,8 +95,7 @@ TEST_F(ProblemListTest, OffersWhatCanBeDone)
 TEST_F(ProblemListTest, ReplacesItsProblemsEvenWhileAButtonOfOneIsPressed)
 {
     show({{.text = QStringLiteral("One."),
-        .buttons
-        = {{QStringLiteral("Mend"), [this] { show({{.text = QStringLiteral("Two.")}}); }}}}});
+        .buttons = {{QStringLiteral("Mend"), [this] { show({{.text = QStringLiteral("Two.")}}); }}}}});
     button("Mend")->click();
     EXPECT_EQ(shown(), QStringLiteral("Two."));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
