@@ -119,7 +119,7 @@ TEST_F(Aside, KeepsRulesInForceWhenTheyCannotBeWrittenAside)
     setAside({first});
     EXPECT_EQ(file(), before);
     EXPECT_EQ(store->userRules().size(), 3U);
-    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
+    EXPECT_TRUE(notice().startsWith(QStringLiteral("Nothing was set aside: "))) << notice().toStdString();
 }
 
 TEST_F(Aside, HasTheRulesWhenTheRulesFileCannotBeWritten)
@@ -161,6 +161,8 @@ TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
             auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             ASSERT_NE(question, nullptr);
             EXPECT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel));
+            EXPECT_EQ(question->text(),
+                QStringLiteral("Delete 1 rule for good? Nothing brings back what is deleted here."));
             for (QAbstractButton* each : question->buttons()) {
                 if (each->text() == QString::fromLatin1(name))
                     return each->click();
@@ -173,13 +175,47 @@ TEST_F(Aside, DeletesRulesForGoodOnlyWhenThatIsConfirmed)
     EXPECT_EQ(asideText(), test::secondLine);
 }
 
-TEST_F(Aside, OffersItsWindowAtTheFoot)
+TEST_F(Aside, SaysWhatWasDoneAndOffersItsWindowAtTheFoot)
 {
     setAside({first});
+    EXPECT_EQ(notice(), QStringLiteral("1 rule is set aside."));
+    setAside({watch, first});
+    EXPECT_EQ(notice(), QStringLiteral("2 rules are set aside."));
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
     auto* show = in<FootNotices>("notices")->findChild<QPushButton*>();
     ASSERT_NE(show, nullptr);
     show->click();
     EXPECT_NE(window->findChild<AsideWindow*>(), nullptr);
+}
+
+TEST_F(Aside, SaysInItsWindowWhyRulesAreNotDeleted)
+{
+    setAside({first});
+    openAside();
+    std::filesystem::remove(asideFile());
+    std::filesystem::create_directories(asideFile() + "/x");
+    asideTable->selectRow(0);
+    QTimer::singleShot(0, asideWindow, [] {
+        for (QAbstractButton* each :
+            qobject_cast<QMessageBox*>(QApplication::activeModalWidget())->buttons()) {
+            if (each->text() == QStringLiteral("&Delete"))
+                return each->click();
+        }
+    });
+    asideButton("deleteButton")->click();
+    EXPECT_EQ(asideWindow->findChild<FootNotices*>()->count(), 1U);
+}
+
+TEST_F(Aside, SaysInItsWindowWhyRulesAreNotBroughtBack)
+{
+    test::EditorTable::open(test::firstLine, box.folder.path("state"));
+    setAside({0});
+    box.writeUserRules("allow prefix \"/M\u00fcsik/\" \"any\" r \"\" \"\" \"0\"\n");
+    document->takeForeignChanges();
+    openAside();
+    bringBack(0);
+    EXPECT_EQ(asideWindow->findChild<FootNotices*>()->count(), 1U);
+    EXPECT_EQ(listed(), "/a/|");
 }
 
 TEST_F(Aside, ShowsTagsThatCannotBeEdited)

@@ -20,11 +20,7 @@ protected:
         window->hide();
         requests = std::make_unique<app::DesktopRequests>(delegate, *window, log.log());
     }
-    ~DesktopRequestsTest() override
-    {
-        requests.reset(); // before the window
-        QCoreApplication::removePostedEvents(QCoreApplication::instance(), QEvent::MetaCall);
-    }
+    ~DesktopRequestsTest() override { requests.reset(); } // before the window
 
     // What is asked for follows the reply.
     void ask(const char* method, const QVariantList& arguments) const
@@ -80,6 +76,8 @@ TEST_F(DesktopRequestsTest, ShowNothingOnceTheEndIsAskedFor)
     const std::string file = box.folder.write("one.quorv", test::secondLine);
     requests->start(bus.service());
     delegate.terminate();
+    // The end of the event loop would be that of a later test's as well.
+    QCoreApplication::removePostedEvents(QCoreApplication::instance(), QEvent::MetaCall);
     ask("Activate", {});
     ask("Open", {QStringList{QStringLiteral("file://") + QString::fromStdString(file)}});
     EXPECT_FALSE(window->isVisible());

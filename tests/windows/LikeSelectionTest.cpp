@@ -1,4 +1,5 @@
 #include "tests/windows/EditorTable.h"
+#include "windows/ProblemsPanel.h"
 
 #include <QMenu>
 
@@ -53,6 +54,53 @@ TEST_F(LikeSelectionTest, SaysThatTheSelectedRuleHasNoProblemAndKeepsItSelected)
     EXPECT_TRUE(QTest::qWaitFor(
         [this] { return notice() == QStringLiteral("The selected rules have no problem."); }));
     EXPECT_EQ(selectedPaths(), QStringLiteral("/tmp/"));
+}
+
+TEST_F(LikeSelectionTest, KnowsEveryTraitOfARule)
+{
+    select({1});
+    chooseSame("Class");
+    EXPECT_TRUE(selects("/nonexistent/a /tmp/"));
+    select({1});
+    chooseSame("Tag");
+    EXPECT_TRUE(selects("/tmp/"));
+    for (const char* trait : {"Type", "State", "Program"}) {
+        select({1});
+        chooseSame(trait);
+        EXPECT_TRUE(selects("/nonexistent/a /tmp/ /nonexistent/c")) << trait;
+    }
+}
+
+TEST_F(LikeSelectionTest, SelectsByTheChoiceThatWasMadeLast)
+{
+    select({0});
+    chooseSame("Problem"); // which takes longer
+    chooseSame("Class");
+    EXPECT_TRUE(selects("/nonexistent/a /tmp/"));
+    const auto* status = window->findChild<ProblemsPanel*>()->findChild<QLabel*>();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return status->text() == QStringLiteral("2 problems."); }));
+    constexpr int longEnough = 300; // milliseconds
+    EXPECT_FALSE(QTest::qWaitFor(
+        [this] { return selectedPaths() != QStringLiteral("/nonexistent/a /tmp/"); }, longEnough));
+}
+
+TEST_F(LikeSelectionTest, IsOfferedWhereSomethingIsSelected)
+{
+    auto* menu = in<QMenu>("selectByMenu");
+    const auto areEnabled = [menu] {
+        int enabled = 0;
+        for (const QAction* item : menu->actions())
+            enabled += item->isEnabled() ? 1 : 0;
+        return enabled;
+    };
+    table->clearSelection();
+    Q_EMIT menu->aboutToShow();
+    EXPECT_EQ(areEnabled(), 0);
+    Q_EMIT menu->aboutToHide();
+    EXPECT_EQ(areEnabled(), 6) << "for the shortcuts";
+    select({0});
+    Q_EMIT menu->aboutToShow();
+    EXPECT_EQ(areEnabled(), 6);
 }
 
 } // namespace quorvane::windows

@@ -119,6 +119,7 @@ TEST_F(Map, SelectsTheRulesOfTheCurrentPlaceByReturn)
     tree->setCurrentIndex(top(2));
     QTest::keyClick(tree, Qt::Key_Return);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/home/"));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return QApplication::activeWindow() == window.get(); }));
 }
 
 TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)

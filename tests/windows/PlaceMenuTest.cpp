@@ -1,16 +1,22 @@
 #include "windows/PlaceMenu.h"
 #include "tests/windows/EditorTable.h"
+#include "windows/AsideWindow.h"
 #include "windows/ElidedLabel.h"
 #include "windows/ImportWindowController.h"
+#include "windows/ProblemsPanel.h"
+#include "windows/RuleStrip.h"
+#include "windows/SelectableText.h"
 #include "windows/Shades.h"
 #include "windows/StateImages.h"
 #include "windows/TouchingWindow.h"
 #include "workflow/ImportCells.h"
 
 #include <QDialog>
+#include <QDockWidget>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTimer>
+#include <QTreeView>
 
 namespace quorvane::windows {
 
@@ -123,6 +129,63 @@ TEST_F(PlaceMenuTest, OtherTablesOfRulesLookThereToo)
     EXPECT_TRUE(isRedIn("whatTouchesMenuItem"));
     window->useVolume(volume.path());
     EXPECT_FALSE(isRedIn("whatTouchesMenuItem"));
+}
+
+TEST_F(PlaceMenuTest, ProblemsAndTheRuleInWordsAreThoseOfTheVolume)
+{
+    auto* strip = window->findChild<RuleStrip*>();
+    auto* finder = window->findChild<ProblemsPanel*>()->findChild<QTreeView*>()->model();
+    const auto words = [strip] {
+        QString text;
+        for (const auto* each : strip->findChildren<SelectableText*>())
+            text += each->isVisible() ? each->toPlainText() + QLatin1Char('|') : QString();
+        return text;
+    };
+    in<QDockWidget>("problems")->show();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finder->rowCount() == 1; }));
+    select({0});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return words().contains(QStringLiteral("Path is gone")); }))
+        << words().toStdString();
+
+    window->useVolume(volume.path());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return finder->rowCount() == 0; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !words().contains(QStringLiteral("Path is gone")); }));
+}
+
+TEST_F(PlaceMenuTest, ARuleIsBoundAnewToTheProgramOfTheVolume)
+{
+    volume.write("program", "text");
+    const rules::RuleRef rule = test::policyRule(
+        {.path = "any", .processName = "/program", .constraint = std::string(64, 'a'), .operations = 1});
+    store->addPolicyRule(std::get<rules::PolicyRulePtr>(rule));
+    window->reloadData();
+    window->useVolume(volume.path());
+    window->selectRules({rule});
+    auto* strip = window->findChild<RuleStrip*>();
+    const auto bind = [&] { return button(*strip, QStringLiteral("Bind Anew")); };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bind() != nullptr; }));
+    QSignalSpy changed(window.get(), &RulesEditorTableController::rulesDidChange);
+    bind()->click();
+    ASSERT_TRUE(changed.wait());
+    EXPECT_EQ(std::get<rules::PolicyRulePtr>(rule)->constraint().view(),
+        "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
+}
+
+TEST_F(PlaceMenuTest, RulesSetAsideAreLookedUpThereAsWell)
+{
+    select({0});
+    action("setAsideMenuItem")->trigger();
+    const auto isRedAside = [this] {
+        action("asideMenuItem")->trigger();
+        const auto* list = window->findChild<AsideWindow*>()->findChild<RulesTableView*>();
+        const QModelIndex path = list->model()->index(0, static_cast<int>(workflow::RuleColumn::path));
+        return path.data(Qt::ForegroundRole).value<QBrush>().color() == shades::red;
+    };
+    EXPECT_TRUE(isRedAside());
+    window->useVolume(volume.path());
+    EXPECT_FALSE(isRedAside()) << "in a window that is open";
+    delete window->findChild<AsideWindow*>();
+    EXPECT_FALSE(isRedAside()) << "and in one that is opened then";
 }
 
 TEST_F(PlaceMenuTest, ImportsAreReviewedAndBoundThere)

@@ -413,6 +413,7 @@ TEST_F(Commands, UndoAndRedoAreNamedInTheMenuAndRestoreTheFile)
     EXPECT_EQ(action("undoMenuItem")->text(), QStringLiteral("&Undo Delete Rule"));
     EXPECT_FALSE(action("redoMenuItem")->isEnabled());
     Q_EMIT menu->aboutToHide();
+    EXPECT_TRUE(action("redoMenuItem")->isEnabled()) << "for the shortcut";
     action("undoMenuItem")->trigger();
     EXPECT_EQ(file(), before);
     EXPECT_EQ(table->model()->rowCount(), 4);
@@ -420,6 +421,7 @@ TEST_F(Commands, UndoAndRedoAreNamedInTheMenuAndRestoreTheFile)
     EXPECT_EQ(action("redoMenuItem")->text(), QStringLiteral("&Redo Delete Rule"));
     EXPECT_FALSE(action("undoMenuItem")->isEnabled());
     Q_EMIT menu->aboutToHide();
+    EXPECT_TRUE(action("undoMenuItem")->isEnabled());
     action("redoMenuItem")->trigger();
     EXPECT_EQ(file(), after);
     EXPECT_EQ(table->model()->rowCount(), 3);

@@ -203,6 +203,17 @@ TEST_F(RulesEditorDocument, JoinedLinesOfTheRulesFileAreReviewedAndImportedAsWho
     EXPECT_EQ(document->undoName(), "Take Joined Lines Apart");
 }
 
+TEST_F(RulesEditorDocument, JoinedLinesAreCounted)
+{
+    const std::string joined = "allow prefix \"/a\" \"/no/such\" r \"\" \"\" \"0\""
+                               "deny path \"/b\" \"/no/such\" w \"\" \"\" \"0\"\n";
+    open(joined + "deny path \"/c\" \"/no/such\" w \"\" \"\" \"0\"" + joined);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !in<QFrame>("notices")->isHidden(); }));
+    EXPECT_EQ(notice(),
+        QStringLiteral(
+            "2 lines of the rules file hold several rules each, of which the first alone counts."));
+}
+
 TEST_F(RulesEditorDocument, SettingsAreOneWindowAndTakeEffectAtOnce)
 {
     open(line("/a"));

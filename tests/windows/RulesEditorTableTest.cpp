@@ -2,8 +2,11 @@
 #include "windows/RulesTableModel.h"
 #include "workflow/PlannedChange.h"
 
+#include <QDialog>
+#include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPointer>
 #include <QSet>
 #include <QSignalSpy>
 
@@ -43,6 +46,45 @@ TEST_F(RulesEditorTable, StandsUnderMenusEachOfWhoseItemsHasALetterOfItsOwn)
         EXPECT_EQ(QSet<QString>(letters.begin(), letters.end()).size(), letters.size())
             << menu->title().toStdString() << ": " << letters.join(QLatin1Char(' ')).toStdString();
     }
+}
+
+TEST_F(RulesEditorTable, OpensWindowsThatAreGoneWhenTheyCloseAndKeepTheirSize)
+{
+    int width = 700; // other than the usual ones, and each its own
+    for (const char* item :
+        {"asideMenuItem", "mapMenuItem", "whatTouchesMenuItem", "historyMenuItem", "cleanUpMenuItem"}) {
+        const auto opened = [&]() -> QPointer<QDialog> {
+            action(item)->trigger();
+            return window->findChild<QDialog*>(QString(), Qt::FindDirectChildrenOnly);
+        };
+        QPointer<QDialog> dialog = opened();
+        ASSERT_FALSE(dialog.isNull()) << item;
+        const QSize size(++width, 555);
+        EXPECT_NE(dialog->size(), size) << item;
+        dialog->resize(size);
+        QApplication::processEvents();
+        dialog->close();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isNull(); })) << item;
+        dialog = opened();
+        EXPECT_EQ(dialog->size(), size) << item;
+        delete dialog;
+    }
+}
+
+TEST_F(RulesEditorTable, HasPartsThatStayInItsWindow)
+{
+    const auto features = [this](const char* name) { return in<QDockWidget>(name)->features(); };
+    EXPECT_EQ(features("problems"), QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
+    EXPECT_EQ(features("ruleInWords"), QDockWidget::DockWidgetClosable);
+    EXPECT_FALSE(in<QDockWidget>("problems")->isVisible()) << "until it is asked for";
+    EXPECT_TRUE(in<QDockWidget>("ruleInWords")->isVisible());
+    EXPECT_EQ(in<QDockWidget>("problems")->windowTitle(), QStringLiteral("Problems"));
+    EXPECT_EQ(window->dockWidgetArea(in<QDockWidget>("problems")), Qt::RightDockWidgetArea);
+    QStringList items;
+    for (const QAction* item : in<QMenu>("viewMenu")->actions())
+        items.append(item->text());
+    EXPECT_TRUE(items.join(QLatin1Char('|')).contains(QStringLiteral("Rule in &Words|&Problems|")))
+        << items.join(QLatin1Char('|')).toStdString();
 }
 
 TEST_F(RulesEditorTable, SelectsRulesWhereverTheyStandAndAnswersThemFromTheTopDown)
