@@ -2,9 +2,12 @@
 #include "tests/windows/EditorTable.h"
 #include "windows/ChangeWindow.h"
 #include "windows/EditWatchWindowController.h"
+#include "windows/ProblemList.h"
 #include "windows/SelectableText.h"
+#include "windows/Shades.h"
 
 #include <QDockWidget>
+#include <QLabel>
 #include <QSignalSpy>
 
 #include <string>
@@ -101,6 +104,64 @@ TEST_F(RuleStripTest, OffersNothingThatWouldChangeASystemRule)
     fill({1});
     EXPECT_NE(button(*strip, QStringLiteral("Show")), nullptr);
     EXPECT_EQ(button(*strip, QStringLiteral("Delete This One")), nullptr);
+}
+
+TEST_F(RuleStripTest, NamesItsTextsToScreenReaders)
+{
+    openWith("watch prefix \"/tmp/\" \"any\" x \"scripts\"\n");
+    EXPECT_EQ(strip->accessibleName(), QStringLiteral("Rule in words"));
+    QStringList names;
+    for (const auto* text : strip->findChildren<SelectableText*>())
+        names.append(text->accessibleName());
+    EXPECT_EQ(names.join(QLatin1Char('|')), QStringLiteral("What the rule says|Details of the rule"));
+    EXPECT_EQ(strip->findChild<ProblemList*>()->accessibleName(), QStringLiteral("Problems of the rule"));
+}
+
+TEST_F(RuleStripTest, ShowsTheProgramOfOneRuleByItsIcon)
+{
+    openWith(
+        "watch prefix \"/tmp/\" \"/nonexistent\" x \"\"\nwatch prefix \"/tmp/\" \"/usr/bin/env\" x \"\"\n");
+    const auto* icon = strip->findChild<QLabel*>();
+    EXPECT_FALSE(icon->isVisible());
+    fill({0});
+    ASSERT_TRUE(icon->isVisible());
+    const QImage missing = icon->pixmap().toImage();
+    fill({1});
+    EXPECT_NE(icon->pixmap().toImage(), missing);
+    fill({0, 1});
+    EXPECT_FALSE(icon->isVisible());
+    fill({1});
+    EXPECT_TRUE(icon->isVisible());
+    QSignalSpy filled(strip, &RuleStrip::wasFilled);
+    table->clearSelection();
+    ASSERT_TRUE(filled.wait());
+    EXPECT_FALSE(icon->isVisible());
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Select a rule to read here what it says.")});
+}
+
+TEST_F(RuleStripTest, TellsAHintFromWhatARuleSaysByItsShade)
+{
+    openWith("watch prefix \"/tmp/\" \"any\" x \"scripts\"\nwatch prefix \"/usr/\" \"any\" x \"\"\n");
+    const auto shade = [this](qsizetype place) {
+        return strip->findChildren<SelectableText*>()[place]->palette().color(QPalette::Text);
+    };
+    EXPECT_EQ(shade(0), shades::faintText.in({}));
+    fill({0});
+    EXPECT_EQ(shade(0), shades::text.in({}));
+    EXPECT_EQ(shade(1), shades::faintText.in({})) << "its details";
+    table->clearSelection();
+    fill({0, 1});
+    EXPECT_EQ(shade(0), shades::text.in({}));
+}
+
+TEST_F(RuleStripTest, FindsTheFormerProgramThatStartedAnother)
+{
+    openWith("deny path \"any\" \"/bin/sh via /nonexistent/old\" r \"\" \"\" \"0\"\n");
+    fill({0});
+    press("Choose...");
+    auto* preview = window->findChild<ChangeWindow*>();
+    ASSERT_NE(preview, nullptr);
+    EXPECT_EQ(preview->findChild<QLineEdit*>()->text(), QStringLiteral("/nonexistent/old"));
 }
 
 TEST_F(RuleStripTest, ExplainsAProblemOnRequest)

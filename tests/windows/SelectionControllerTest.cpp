@@ -380,7 +380,33 @@ TEST_F(Selection, WithoutAProgramCannotMove)
     selectPath(QStringLiteral("/t"));
     action("programMovedMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
-    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
+    EXPECT_EQ(notice(), QStringLiteral("The rule names no program that could have moved."));
+}
+
+TEST_F(Selection, IsChangedInWindowsThatSayWhatTheyDo)
+{
+    const struct {
+        const char* item;
+        const char* title;
+        const char* verb;
+    } commands[] = {
+        {"tagMenuItem", "Tag", "Tag"},
+        {"allowMenuItem", "Allow", "Allow"},
+        {"denyMenuItem", "Deny", "Deny"},
+        {"operationsMenuItem", "Change Operations", "Change"},
+        {"rebindMenuItem", "Bind Anew", "Bind"},
+        {"clearConstraintMenuItem", "Clear Constraint", "Clear"},
+        {"copyToProgramMenuItem", "Copy Rules to Another Program", "Copy"},
+        {"programMovedMenuItem", "Program Moved", "Move Rules"},
+    };
+    for (const auto& command : commands) {
+        select({watch, first, second, vi});
+        action(command.item)->trigger();
+        ASSERT_NE(preview(), nullptr) << command.item;
+        EXPECT_EQ(preview()->windowTitle(), QLatin1String(command.title));
+        EXPECT_EQ(control<QPushButton>("changeButton")->text(), QLatin1String(command.verb));
+        preview()->reject();
+    }
 }
 
 TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)

@@ -111,6 +111,44 @@ TEST_F(Touching, KeepsWhatIsPastedIntoItsFieldsOnOneLine)
     }
 }
 
+TEST_F(Touching, SaysInWordsWhatItLists)
+{
+    const auto counted = [this] { return control<QLabel>("countLabel")->text(); };
+    EXPECT_EQ(
+        list->accessibleDescription(), QStringLiteral("The rules that are about a path: name one above."));
+    control<PathField>("pathField")->setPath("/etc/hosts");
+    EXPECT_EQ(counted(), QStringLiteral("Searching\u2026"));
+    ask("/etc/hosts");
+    EXPECT_EQ(list->accessibleDescription(), QString());
+    EXPECT_EQ(counted(), QStringLiteral("4 rules. Which of them wins is decided where rules are enforced."));
+    afterAnswer([&] { control<QCheckBox>("systemRulesCheckBox")->click(); });
+    ask("/nowhere");
+    EXPECT_EQ(counted(), QStringLiteral("1 rule."));
+    afterAnswer([&] { touching->findChild<OperationBoxesRow*>()->findChild<QCheckBox*>()->click(); });
+    EXPECT_EQ(list->accessibleDescription(), QStringLiteral("No rule is about this."));
+    EXPECT_EQ(counted(), QStringLiteral("0 rules."));
+}
+
+TEST_F(Touching, SaysWhatItsFieldsTake)
+{
+    const auto hint
+        = [this](const char* name) { return control<PathField>(name)->field().placeholderText(); };
+    EXPECT_EQ(hint("pathField"), QStringLiteral("Type or choose a path, or drop a file on the window"));
+    EXPECT_EQ(hint("programField"), QStringLiteral("Any; or the path of a program"));
+}
+
+TEST_F(Touching, IsWalkedByTabFromItsQuestionToItsButtons)
+{
+    ask("/etc/hosts");
+    list->selectRow(0);
+    control<QCheckBox>("systemRulesCheckBox")->setFocus();
+    for (const QWidget* next :
+        {static_cast<QWidget*>(list), control<QWidget>("showButton"), control<QWidget>("closeButton")}) {
+        QTest::keyClick(touching->focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(touching->focusWidget(), next) << next->objectName().toStdString();
+    }
+}
+
 TEST_F(Touching, LeavesSystemRulesOutOnRequest)
 {
     ask("/usr/x");
@@ -135,8 +173,15 @@ TEST_F(Touching, ShowsTheChosenRuleInTheMainTable)
     ask("/etc/hosts");
     EXPECT_FALSE(control<QPushButton>("showButton")->isEnabled());
     list->selectRow(2);
+    EXPECT_TRUE(control<QPushButton>("showButton")->isEnabled());
     QTest::keyClick(list, Qt::Key_Return);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/etc/hosts"));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return QApplication::activeWindow() == window.get(); }));
+    list->selectRow(1);
+    control<QPushButton>("showButton")->click();
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/etc/"));
+    ask("/etc/");
+    EXPECT_FALSE(control<QPushButton>("showButton")->isEnabled()) << "another answer, nothing selected";
 }
 
 TEST_F(Touching, TakesAFileThatIsDroppedOnTheWindow)
