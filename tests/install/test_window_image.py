@@ -21,16 +21,16 @@ class WindowImage(unittest.TestCase):
         self.addCleanup(self.sandbox.end)
         self.sandbox.write_user(*RULES)
 
-    def take(self, *arguments):
+    def take(self, *arguments, volume=""):
         environment = {"PATH": "/usr/bin:/bin", "HOME": self.sandbox.home, "XDG_RUNTIME_DIR": self.sandbox.folder,
-                       "QUORVANE_ROOT": self.sandbox.root}
+                       "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_TARGET": volume}
         done = subprocess.run([PROGRAM, *arguments], env=environment, timeout=60, stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True, check=False)
         return done.returncode, done.stderr
 
-    def picture(self, *words):
+    def picture(self, *words, volume=""):
         file = self.sandbox.path("picture.png")
-        self.assertEqual(self.take(file, *words)[0], 0)
+        self.assertEqual(self.take(file, *words, volume=volume)[0], 0)
         return read(file)
 
     def test_words_that_name_no_window_are_told_how_to(self):
@@ -50,6 +50,14 @@ class WindowImage(unittest.TestCase):
 
     def test_without_words_it_shows_the_top_of_the_main_window(self):
         self.assertEqual(self.picture(), self.picture("main", "0"))
+
+    def test_editors_look_programs_up_on_the_volume(self):
+        self.sandbox.write_user('allow path "any" "/program" r', 'watch path "any" "/program" r')
+        os.mkdir(self.sandbox.path("volume"))
+        self.sandbox.new_file("volume/program")
+        for row in ("0", "1"):
+            here = self.picture("editor", row)
+            self.assertNotEqual(self.picture("editor", row, volume=self.sandbox.path("volume")), here)
 
     def test_each_rule_has_the_editor_of_its_class(self):
         self.assertNotEqual(self.picture("editor", "0"), self.picture("editor", "1"))

@@ -88,6 +88,43 @@ TEST_F(ColumnsMenuTest, PutsAColumnFirstWhichIsShownThen)
     EXPECT_EQ(shown(), usual);
 }
 
+TEST_F(ColumnsMenuTest, ShowsTheUsualColumnsAgain)
+{
+    putFirst("Tag");
+    choose("Class");
+    table->setWishedWidths(QList<int>(table->model()->columnCount(), 50));
+    choose("Usual Columns");
+    EXPECT_EQ(shown(), usual);
+    EXPECT_FALSE(table->areWidthsChosen()) << "each as wide as its contents need";
+}
+
+TEST_F(ColumnsMenuTest, TicksAndOffersWhatCanBeHidden)
+{
+    choose("Type");
+    Q_EMIT menu->aboutToShow();
+    EXPECT_FALSE(item(QStringLiteral("Type"), *menu)->isChecked());
+    EXPECT_TRUE(item(QStringLiteral("Class"), *menu)->isChecked());
+    for (const char* column : {"State", "Class", "Operations", "Tag", "Path"}) {
+        Q_EMIT menu->aboutToShow();
+        EXPECT_TRUE(item(QStringLiteral("Application"), *menu)->isEnabled()) << column;
+        choose(column);
+    }
+    Q_EMIT menu->aboutToShow();
+    EXPECT_FALSE(item(QStringLiteral("Application"), *menu)->isEnabled()) << "the last one";
+    EXPECT_TRUE(item(QStringLiteral("Tag"), *menu)->isEnabled());
+    choose("Usual Columns");
+}
+
+TEST_F(ColumnsMenuTest, OpensOnTheTitlesWhichCanBeMoved)
+{
+    QHeaderView* header = table->horizontalHeader();
+    EXPECT_TRUE(header->sectionsMovable());
+    QContextMenuEvent press(QContextMenuEvent::Mouse, QPoint(30, 5), header->mapToGlobal(QPoint(30, 5)));
+    QApplication::sendEvent(header->viewport(), &press);
+    EXPECT_TRUE(menu->isVisible());
+    menu->close();
+}
+
 TEST_F(ColumnsMenuTest, GivesTheRoomOfAHiddenColumnToThePath)
 {
     const auto path = static_cast<int>(workflow::RuleColumn::path);

@@ -28,8 +28,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace quorvane::windows {
 
@@ -39,6 +42,22 @@ std::string lineOf(const std::string& path, const std::string& tag = "")
 {
     return "allow prefix \"" + path + "\" \"/bin/sh\" r \"" + tag + "\" \"\" \"0\"\n";
 }
+
+// A history of the rules whose restore does something else.
+class OtherRestore : public workflow::RulesHistory {
+public:
+    using Restore = std::function<std::optional<std::string>()>;
+
+    OtherRestore(workflow::RulesDocument& document, Restore restore)
+        : RulesHistory(document)
+        , m_restore(std::move(restore))
+    {
+    }
+    std::optional<std::string> restore(std::int64_t /*version*/) override { return m_restore(); }
+
+private:
+    const Restore m_restore;
+};
 
 class HistoryWindowTest : public testing::Test {
 protected:
@@ -274,6 +293,31 @@ TEST_F(HistoryWindowTest, RestoreBringsBackTheSelectedVersionAndOffersUndo)
     EXPECT_EQ(undone.size(), 1);
     waitFor([&] { return versions->model()->rowCount() == 3; });
     EXPECT_EQ(row(versions, 0), QStringLiteral("3|Restore Version 1|test|2||\u22121|"));
+}
+
+TEST_F(HistoryWindowTest, SaysWhyAVersionIsNotRestored)
+{
+    add("/c/");
+    rules = std::make_unique<OtherRestore>(*document, [] { return "It is Monday."; });
+    open(2);
+    select(1);
+    const QSignalSpy restored(window, &HistoryWindow::wasRestored);
+    click("restoreButton");
+    EXPECT_EQ(notice(), QStringLiteral("It is Monday."));
+    EXPECT_EQ(restored.size(), 0);
+}
+
+TEST_F(HistoryWindowTest, MayBeGoneWhenARestoreHasWaitedForThePerson)
+{
+    add("/c/");
+    rules = std::make_unique<OtherRestore>(*document, [this] {
+        delete window;
+        return std::nullopt;
+    });
+    open(2);
+    select(1);
+    click("restoreButton");
+    EXPECT_TRUE(window.isNull());
 }
 
 TEST_F(HistoryWindowTest, ExportWritesTheVeryBytesOfAVersion)

@@ -4,6 +4,7 @@
 #include "windows/ElidedLabel.h"
 #include "windows/ImportWindowController.h"
 #include "windows/ProblemsPanel.h"
+#include "windows/RuleEditorWindow.h"
 #include "windows/RuleStrip.h"
 #include "windows/SelectableText.h"
 #include "windows/Shades.h"
@@ -14,6 +15,7 @@
 #include <QDialog>
 #include <QDockWidget>
 #include <QMenu>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QTreeView>
@@ -169,6 +171,27 @@ TEST_F(PlaceMenuTest, ARuleIsBoundAnewToTheProgramOfTheVolume)
     ASSERT_TRUE(changed.wait());
     EXPECT_EQ(std::get<rules::PolicyRulePtr>(rule)->constraint().view(),
         "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
+}
+
+TEST_F(PlaceMenuTest, EditorsShowTheProgramsOfTheVolume)
+{
+    volume.write("program", "");
+    for (const char* rules : {"allow path \"any\" \"/program\" r \"\" \"\" \"0\"\n",
+             "watch path \"/there\" \"/program\" r \"\"\n"}) {
+        open(rules);
+        const auto icon = [this] {
+            select({0});
+            action("editSelectedRuleMenuItem")->trigger();
+            const QPointer<RuleEditorWindow> editor = window->findChild<RuleEditorWindow*>();
+            const QString shown
+                = editor->findChild<QLabel*>(QStringLiteral("iconImageView"))->accessibleDescription();
+            delete editor;
+            return shown;
+        };
+        EXPECT_EQ(icon(), QString()) << rules;
+        window->useVolume(volume.path());
+        EXPECT_EQ(icon(), QStringLiteral("program")) << rules;
+    }
 }
 
 TEST_F(PlaceMenuTest, RulesSetAsideAreLookedUpThereAsWell)

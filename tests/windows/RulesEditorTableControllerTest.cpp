@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
+#include <QToolButton>
 
 namespace quorvane::windows {
 
@@ -224,8 +225,19 @@ TEST_F(MainWindow, AnEmptyTableSaysWhyInWords)
     EXPECT_EQ(table->accessibleDescription(), QString());
 }
 
+TEST_F(MainWindow, AsksTheProgramForPreferencesAndHelp)
+{
+    action("preferencesMenuItem")->trigger();
+    EXPECT_EQ(application.preferencesShown, 1);
+    action("userGuideMenuItem")->trigger();
+    EXPECT_EQ(application.helpShown, 1);
+    action("quitMenuItem")->trigger();
+    EXPECT_FALSE(window->isVisible());
+}
+
 TEST_F(MainWindow, EveryControlSaysItsName)
 {
+    EXPECT_EQ(search->findChild<QToolButton*>()->accessibleName(), QStringLiteral("Clear"));
     EXPECT_EQ(table->accessibleName(), QStringLiteral("Rules"));
     EXPECT_EQ(search->accessibleName(), QStringLiteral("Search"));
     EXPECT_EQ(in<QLabel>("searchLabel")->buddy(), search);

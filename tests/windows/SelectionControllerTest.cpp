@@ -92,10 +92,11 @@ protected:
         selectPath(QStringLiteral("/t"));
         action("programMovedMenuItem")->trigger();
     }
-    // Ends with a Ctrl+Z that restores the file to the byte.
-    void expectUndoRestores(const std::string& before) const
+    // The action has that name, and its Ctrl+Z restores the file to the byte.
+    void expectUndoRestores(const std::string& before, const char* name) const
     {
         EXPECT_NE(file(), before);
+        EXPECT_EQ(document->undoName(), name);
         undo();
         EXPECT_EQ(file(), before);
     }
@@ -118,8 +119,7 @@ TEST_F(Selection, IsTaggedAtOnceAfterAPreview)
         "watch prefix \"/w/\" \"/bin/sh\" r \"new\"\nallow prefix \"/a/\" \"/bin/sh\" r \"new\" \"\" \"7\"\n"
             + broadLine + "deny path \"/c\" \"/bin/vi\" w \"new\" \"TEAM\" \"0\"\n");
     EXPECT_EQ(selectedPaths(), QStringLiteral("/w/ /a/ /c"));
-    EXPECT_EQ(document->undoName(), "Tag 3 Rules");
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Tag 3 Rules");
 }
 
 TEST_F(Selection, GetsATagOfOneLine)
@@ -165,7 +165,7 @@ TEST_F(Selection, OfOneRuleGetsAnotherClassWithoutAPreview)
     EXPECT_EQ(file(),
         test::watchLine + test::firstLine + broadLine
             + "allow path \"/c\" \"/bin/vi\" w \"\" \"TEAM\" \"0\"\n");
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Allow in Rule");
 }
 
 TEST_F(Selection, OfSeveralRulesGetsAnotherClassAfterAPreviewAndWatchRulesStay)
@@ -178,7 +178,7 @@ TEST_F(Selection, OfSeveralRulesGetsAnotherClassAfterAPreviewAndWatchRulesStay)
     confirm();
     EXPECT_NE(file().find("deny prefix \"/a/\""), std::string::npos);
     EXPECT_NE(file().find(test::watchLine), std::string::npos);
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Deny in 2 Rules");
 }
 
 TEST_F(Selection, GetsAndLosesOperations)
@@ -187,6 +187,7 @@ TEST_F(Selection, GetsAndLosesOperations)
     select({first, second});
     action("operationsMenuItem")->trigger();
     EXPECT_FALSE(canConfirm());
+    EXPECT_EQ(remarks(), QStringLiteral("Tick the operations."));
     tick("Write");
     EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
     control<QComboBox>("operationsPopUp")->setCurrentIndex(1);
@@ -198,7 +199,7 @@ TEST_F(Selection, GetsAndLosesOperations)
     confirm();
     EXPECT_NE(file().find("\"/a/\" \"/bin/sh\" x"), std::string::npos);
     EXPECT_NE(file().find("\"/b/\" \"/bin/sh\" x"), std::string::npos);
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Change Operations of 2 Rules");
 }
 
 TEST_F(Selection, IsNotLeftWithoutOperations)
@@ -224,7 +225,7 @@ TEST_F(Selection, ThatFoldsIsShownFirst)
     ASSERT_NE(preview(), nullptr);
     EXPECT_EQ(summary(), QStringLiteral("1 rule removed"));
     confirm();
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Deny in Rule");
 }
 
 TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
@@ -233,7 +234,7 @@ TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
     select({vi});
     action("clearConstraintMenuItem")->trigger();
     EXPECT_NE(file().find("\"/bin/vi\" w \"\" \"\" \"0\""), std::string::npos);
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Clear Constraint of Rule");
     const std::string program = box.folder.write("tool", "a program");
     document->perform(
         workflow::additionOf(test::policyRule({.path = "/t", .processName = program, .operations = 1})),
@@ -243,7 +244,7 @@ TEST_F(Selection, LosesItsConstraintAndIsBoundAnew)
     const std::string unbound = file();
     action("rebindMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
-    expectUndoRestores(unbound);
+    expectUndoRestores(unbound, "Bind Rule");
 }
 
 TEST_F(Selection, StaysBoundWhereTheProgramIsGoneAndSaysSo)
@@ -273,7 +274,7 @@ TEST_F(Selection, IsCopiedToAnotherProgram)
     EXPECT_NE(
         file().find("allow prefix \"/a/\" \"/nowhere/tool\" r \"one\" \"\" \"0\"\n"), std::string::npos);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/a/ /b/"));
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Copy 2 Rules");
 }
 
 TEST_F(Selection, AsksForAProgramInWordsWhileNoneIsNamed)
@@ -348,8 +349,7 @@ TEST_F(Selection, FollowsItsProgramWithAllOfItsRules)
     EXPECT_EQ(summary(), QStringLiteral("3 rules changed"));
     confirm();
     EXPECT_EQ(file().find("\"/bin/sh\""), std::string::npos);
-    EXPECT_EQ(document->undoName(), "Move 3 Rules");
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Move 3 Rules");
 }
 
 TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
@@ -498,7 +498,7 @@ TEST_F(Selection, OfOneRuleIsDuplicatedInAnEditor)
         test::watchLine + test::firstLine + broadLine
             + "allow prefix \"/d/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n" + test::viLine);
     EXPECT_EQ(selectedPaths(), QStringLiteral("/d/"));
-    expectUndoRestores(before);
+    expectUndoRestores(before, "Add Rule");
 }
 
 TEST_F(Selection, ADuplicateDoesNotTakeThePlaceOfTheOriginal)

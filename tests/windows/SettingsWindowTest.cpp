@@ -1,6 +1,7 @@
 #include "windows/SettingsWindow.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "windows/Shades.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -105,6 +106,23 @@ TEST_F(SettingsWindowTest, AFailedSaveSaysWhyAndStaysOpen)
     EXPECT_TRUE(problem().startsWith(QStringLiteral("The settings could not be saved: ")))
         << problem().toStdString();
     EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(SettingsWindowTest, ExplainsEachSettingBelowItAndToScreenReaders)
+{
+    open("");
+    const QString ofLines = in<QLabel>("wholeLinesHelp")->text();
+    const QString ofHistory = in<QLabel>("historyHelp")->text();
+    EXPECT_EQ(in<QCheckBox>("wholeLinesCheckBox")->accessibleDescription(), ofLines);
+    EXPECT_EQ(in<QSpinBox>("daysSpinBox")->accessibleDescription(), ofHistory);
+    EXPECT_EQ(in<QSpinBox>("sizeSpinBox")->accessibleDescription(), ofHistory);
+    for (const char* name : {"wholeLinesHelp", "historyHelp"}) {
+        const auto* help = in<QLabel>(name);
+        EXPECT_EQ(help->palette().color(QPalette::WindowText), shades::faintText.in({})) << name;
+        EXPECT_GE(help->height(), help->heightForWidth(help->width())) << name;
+        EXPECT_GT(help->height(), help->fontMetrics().height()) << "it is wrapped";
+    }
+    EXPECT_EQ(in<QLabel>("problemLabel")->palette().color(QPalette::WindowText), shades::failureText.in({}));
 }
 
 TEST_F(SettingsWindowTest, CancelAndEscapeSaveNothing)
