@@ -24,7 +24,7 @@ namespace quorvane::windows {
 
 namespace {
 
-using Rules = std::vector<rules::RuleValue>;
+using RuleValues = std::vector<rules::RuleValue>;
 
 class AsideWindowTest : public testing::Test {
 protected:
@@ -56,7 +56,7 @@ protected:
                 table->model()->index(row, static_cast<int>(workflow::RuleColumn::path)).data().toString());
         return paths.join(QLatin1Char(' '));
     }
-    static std::string lines(const Rules& rules)
+    static std::string lines(const RuleValues& rules)
     {
         std::string text;
         for (const rules::RuleValue& rule : rules)
@@ -129,10 +129,10 @@ TEST_F(AsideWindowTest, HandsOverTheSelectedRules)
     open();
     std::string asked;
     QObject::connect(window, &AsideWindow::bringBackRequested,
-        [&](const Rules& rules) { asked += "bring back " + lines(rules); });
+        [&](const RuleValues& rules) { asked += "bring back " + lines(rules); });
     QObject::connect(window, &AsideWindow::deleteRequested,
-        [&](const Rules& rules) { asked += "delete " + lines(rules); });
-    const Rules all = aside.read().rules;
+        [&](const RuleValues& rules) { asked += "delete " + lines(rules); });
+    const RuleValues all = aside.read().rules;
     table->selectRows({1, 2});
     button("bringBackButton")->click();
     EXPECT_EQ(asked, "bring back " + lines({all[1], all[2]}));

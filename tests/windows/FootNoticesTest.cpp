@@ -54,6 +54,14 @@ TEST_F(FootNoticesTest, TakesNoRoomWithoutANotice)
     EXPECT_TRUE(notices.isHidden());
 }
 
+TEST_F(FootNoticesTest, IsDismissedByAButtonThatSaysSo)
+{
+    const auto* button = notices.findChild<QToolButton*>(QStringLiteral("dismissButton"));
+    EXPECT_EQ(button->accessibleName(), QStringLiteral("Dismiss"));
+    EXPECT_EQ(button->toolTip(), QStringLiteral("Dismiss this notice"));
+    EXPECT_EQ(button->focusPolicy(), Qt::StrongFocus);
+}
+
 TEST_F(FootNoticesTest, KeepsItsButtonsForANoticeWithTheSame)
 {
     int taken = 0;

@@ -478,6 +478,30 @@ TEST_F(ImportWindow, LinesThatHoldSeveralRulesAreTakenApartOnRequest)
     EXPECT_EQ(delegate.calls.find("/d "), std::string::npos);
 }
 
+TEST_F(ImportWindow, OneLineThatHoldsSeveralRulesIsToldAsOne)
+{
+    open(folder.write("Joined.quorv",
+        "allow prefix \"/b\" \"/bin/sh\" r \"\" \"\" \"0\"deny path \"/c\" \"/bin/cat\" w \"\" \"\" "
+        "\"0\"\n"));
+    EXPECT_TRUE(counts().endsWith(
+        QStringLiteral("\n1 line of the file holds several rules, of which the first alone counts.")))
+        << counts().toStdString();
+    button("takeApartButton")->click();
+    EXPECT_TRUE(counts().endsWith(QStringLiteral("\nRules that have lost text are not ticked.")))
+        << counts().toStdString();
+}
+
+TEST_F(ImportWindow, ItsMenuOpensOnItsRows)
+{
+    openThree();
+    auto* menu = table->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly);
+    ASSERT_NE(menu, nullptr);
+    QContextMenuEvent press(QContextMenuEvent::Mouse, QPoint(9, 9), table->mapToGlobal(QPoint(9, 9)));
+    QApplication::sendEvent(table->viewport(), &press);
+    EXPECT_TRUE(menu->isVisible());
+    menu->close();
+}
+
 TEST_F(ImportWindow, NothingIsOfferedWhereNoLineHoldsSeveralRules)
 {
     openThree();
@@ -541,6 +565,7 @@ TEST_F(ImportForesightBar, ShowsTheRulesOfOneKindAlone)
     EXPECT_EQ(shownPaths(), QStringLiteral("/d"));
     sortByPath();
     EXPECT_EQ(shownPaths(), QStringLiteral("/d"));
+    EXPECT_EQ(table->accessibleDescription(), QString());
     choose("All 4");
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b/ /b/c /d"));
 }
@@ -567,6 +592,16 @@ TEST_F(ImportForesightBar, LetsTheTitleTickWhatIsShownAndNoMore)
     EXPECT_EQ(ticks().count(u'x'), 1);
     choose("Present 1");
     EXPECT_EQ(ticks(), QStringLiteral("x"));
+}
+
+TEST_F(ImportForesightBar, SaysWhenNoRuleIsOfTheChosenKindAnyMore)
+{
+    openFile();
+    choose("Present 1");
+    store.deletePolicyRule(*std::get<rules::PolicyRulePtr>(store.userRules().front()));
+    window->presentRulesDidChange();
+    waitFor("Present 0");
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("No rule is of this kind."));
 }
 
 TEST_F(ImportForesightBar, FollowsTheUsersRules)

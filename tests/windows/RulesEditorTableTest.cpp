@@ -3,10 +3,12 @@
 #include "workflow/PlannedChange.h"
 
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QPushButton>
 #include <QSet>
 #include <QSignalSpy>
 
@@ -63,7 +65,12 @@ TEST_F(RulesEditorTable, OpensWindowsThatAreGoneWhenTheyCloseAndKeepTheirSize)
         EXPECT_NE(dialog->size(), size) << item;
         dialog->resize(size);
         QApplication::processEvents();
-        dialog->close();
+        for (const char* name : {"closeButton", "cancelButton"}) {
+            if (auto* button = dialog->findChild<QPushButton*>(QLatin1String(name)))
+                button->click();
+        }
+        if (auto* buttons = dialog->findChild<QDialogButtonBox*>())
+            buttons->button(QDialogButtonBox::Cancel)->click();
         ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isNull(); })) << item;
         dialog = opened();
         EXPECT_EQ(dialog->size(), size) << item;
