@@ -6,7 +6,7 @@ import signal
 import subprocess
 
 from desk import ACTIVE, ENABLED, PATIENCE, SHOWING, eventually, settled
-from rules_window import PATH, DesktopTest, RulesWindow
+from rules_window import PATH, PROGRAM, DesktopTest, RulesWindow
 
 NOTICE = "Error Loading Configuration"
 
@@ -36,6 +36,21 @@ class StartUp(DesktopTest):
                               stdout=subprocess.PIPE, text=True, timeout=PATIENCE).stdout
         # Not the small one that this window manager gives to windows without an icon.
         self.assertIn("Icon (128 x 128)", icon)
+
+    def test_closed_standard_streams_are_taken_by_nothing_else(self):
+        self.sandbox.write_user("allow path /a any r")
+        process = self.start(("sh", "-c", 'exec "$0" >&- 2>&-', PROGRAM))
+        RulesWindow(self.desk, process)
+        for stream in (1, 2):
+            self.assertRegex(os.readlink(f"/proc/{process.pid}/fd/{stream}"), "^/dev/")
+
+    def test_settings_that_cannot_be_used_are_told_at_the_foot(self):
+        os.makedirs(self.sandbox.path("config/quorvane"))
+        self.sandbox.write(self.sandbox.path("config/quorvane/settings.ini"), "[rules]\nwholeLines=perhaps\n")
+        window = self.open_with("allow path /a any r")
+        self.assertEqual(window.column(PATH), ["/a"])
+        self.assertTrue(window.frame.find("push button", "Settings...").has(SHOWING))
+        self.assertIn("settings.ini", self.log())
 
     def test_starts_in_the_plain_locale_and_without_a_home(self):
         window = self.open_with("allow path /é any r", LC_ALL="C", HOME="", XDG_CONFIG_HOME="")
