@@ -92,6 +92,15 @@ TEST_F(Aside, BringsRulesBackWithTagAndDate)
     EXPECT_EQ(listed(), "");
 }
 
+TEST_F(Aside, ShowsARuleThatIsBackAlthoughTheSearchHidesIt)
+{
+    setAside({first});
+    openAside();
+    in<QLineEdit>("searchField")->setText(QStringLiteral("nothing like this"));
+    bringBack(0);
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a/"));
+}
+
 TEST_F(Aside, ListsARuleNoLongerOnceItIsInForceAgain)
 {
     setAside({first});
