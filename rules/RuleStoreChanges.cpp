@@ -167,10 +167,10 @@ RuleStore::Plan RuleStore::planOf(ChangeSet changes)
     plan.removesMany = !m_anyTwice && removals.size() > fewRemovals
         && removals.size() > storedRules() / largeShareOfRemovals;
     if (plan.removesMany) {
+        const std::vector<ChangeSet::Removal>& all = plan.changes.removed;
         forEachPrefetched(
-            removals.size(),
-            [&](std::size_t number) { plan.removed.insert(addressOf(removals[number].rule)); },
-            [&](std::size_t number) { plan.removed.prefetch(addressOf(removals[number].rule)); });
+            all.size(), [&](std::size_t number) { plan.removed.insert(addressOf(all[number].rule)); },
+            [&](std::size_t number) { plan.removed.prefetch(addressOf(all[number].rule)); });
     } else {
         std::erase_if(removals, [&](const ChangeSet::Removal& removal) {
             const auto list = listOf(removal.rule);
