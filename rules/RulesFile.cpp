@@ -145,6 +145,8 @@ RulesFileText::Outcome RulesFileText::takeBytes(const std::string& path, int des
 
 void RulesFileText::discard(std::string_view part)
 {
+    if (part.empty()) // and perhaps of no text at all
+        return;
     const auto start = static_cast<std::size_t>(part.data() - m_bytes.get());
     platform::discardPages(m_bytes.get() + start, part.size());
 }

@@ -270,6 +270,14 @@ TEST_F(RulesFileTextTest, ReturnsTheMemoryOfADiscardedPartOnly)
     EXPECT_EQ(text.text().substr(end), rules.substr(end));
 }
 
+TEST_F(RulesFileTextTest, DiscardsNothingOfAFileWithoutAText)
+{
+    RulesFileText text = RulesFileText::read(folder.write("latin", "; \xe4\n"));
+    ASSERT_TRUE(text.text().empty());
+    text.discard(text.text());
+    EXPECT_EQ(text.bytes(), "; \xe4\n");
+}
+
 TEST_F(RulesFileTextTest, KeepsTheBytesAroundADiscardedPartOfLessThanAPage)
 {
     RulesFileText text = RulesFileText::read(path);
