@@ -330,6 +330,7 @@ int main(int argumentCount, char** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argumentCount, arguments);
+    QApplication::setCursorFlashTime(0); // a window whose cursor blinks does not come to rest
     quorvane::windows::applyWindowLook(application);
     const auto log = quorvane::platform::makeProgramLog("quorvane-window-image", false);
     quorvane::app::Surroundings around(quorvane::platform::Locations::fromEnvironment(), *log, false);

@@ -89,6 +89,9 @@ public:
     {
     }
 
+    // Both look for joined lines before they read the rules: the text and its rules together would take half
+    // as much memory again.
+
     // A named file. Does not throw.
     CheckedFile checkNamed(const std::string& file) const noexcept
     {
@@ -103,7 +106,7 @@ public:
             };
             const auto store
                 = workflow::storeOfText(text.text(), m_context.locations, m_context.log, discard);
-            useAll(*store, text.bytes(), joined, appendTo(checked, file));
+            useFileFindings(*store, text.bytes(), m_search, joined, appendTo(checked, file));
             if (problem)
                 addProblem(*problem, checked);
         } catch (const std::bad_alloc&) {
@@ -113,8 +116,7 @@ public:
         return checked;
     }
 
-    // The current user's configuration. The file is read before its rules, as they are in checkNamed(), since
-    // both together would take half as much memory again.
+    // The current user's configuration.
     CheckedFile checkConfiguration() const
     {
         CheckedFile checked;
@@ -125,7 +127,8 @@ public:
         if (!m_search.withLines)
             text.reset();
         const OpenedStore opened = openStore({}, m_context);
-        useAll(opened.store, text ? text->bytes() : "", joined, appendTo(checked, std::nullopt));
+        useFileFindings(
+            opened.store, text ? text->bytes() : "", m_search, joined, appendTo(checked, std::nullopt));
         if (opened.isComplete && !opened.hasFailed)
             return checked;
         addProblem(unreadReason.value_or("not all rules could be read"), checked);
@@ -135,14 +138,6 @@ public:
 
 private:
     using UseFinding = std::function<void(const workflow::FileFinding&)>;
-
-    void useAll(const rules::RuleManager& store, std::string_view bytes,
-        const std::vector<workflow::FileFinding>& joined, const UseFinding& use) const
-    {
-        useRowFindings(store, bytes, m_search, use);
-        for (const workflow::FileFinding& finding : joined)
-            use(finding);
-    }
 
     static void addProblem(std::string problem, CheckedFile& checked)
     {

@@ -70,7 +70,8 @@ private:
         ReportFacts facts{subject, m_place.sentence(), {}, {}};
         for (std::size_t row = 0; row < store.totalRules(false); ++row)
             facts.rules.push_back(store.ruleAtIndex(row, false));
-        workflow::useFileFindings(store, bytes, {{workflow::FindingKinds::all(), place}},
+        const workflow::FileSearch search{{workflow::FindingKinds::all(), place}};
+        workflow::useFileFindings(store, bytes, search, joinedLineFindings(bytes, search),
             [&facts](const workflow::FileFinding& finding) { facts.findings.push_back(finding); });
         return reportPage(facts);
     }

@@ -27,8 +27,8 @@ template <class Question> decltype(auto) visitRule(const RuleRef& rule, Question
     return std::visit([&](const auto& record) -> decltype(auto) { return question(*record); }, rule);
 }
 
-// Calls `use` with each of the rules, in order. Many times as fast as a plain loop where they are not in
-// memory order. For the thread that owns the records.
+// Calls `use` with each of the rules, in order. Where they are not in memory order several times as fast as
+// a plain loop. For the thread that owns the records.
 template <class Use> void forEachRule(const std::vector<RuleRef>& rules, const Use& use)
 {
     forEachPrefetchedRule(

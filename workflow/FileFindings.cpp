@@ -73,8 +73,23 @@ std::unique_ptr<rules::RuleManager> storeOfText(std::string_view text, const pla
     return store;
 }
 
-void useRowFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
-    const std::function<void(const FileFinding&)>& use)
+std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search)
+{
+    std::vector<FileFinding> findings;
+    if (!search.findings.kinds.contains(FindingKind::joined))
+        return findings;
+    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
+        findings.push_back({.kind = FindingKind::joined,
+            .line = line.number,
+            .rule = std::string(line.text),
+            .text = "This line holds " + std::to_string(line.rules.size())
+                + " rules: a write of the file was cut short there."});
+    }
+    return findings;
+}
+
+void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
+    const std::vector<FileFinding>& joined, const std::function<void(const FileFinding&)>& use)
 {
     const RowFindings findings(store, false, search.findings);
     std::optional<LinesOfRules> lines;
@@ -97,29 +112,7 @@ void useRowFindings(const rules::RuleManager& store, std::string_view bytes, con
             use(found);
         }
     });
-}
-
-std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search)
-{
-    std::vector<FileFinding> findings;
-    if (!search.findings.kinds.contains(FindingKind::joined))
-        return findings;
-    for (const rules::JoinedLine& line : rules::joinedLines(bytes)) {
-        findings.push_back({.kind = FindingKind::joined,
-            .line = line.number,
-            .rule = std::string(line.text),
-            .text = "This line holds " + std::to_string(line.rules.size())
-                + " rules: a write of the file was cut short there."});
-    }
-    return findings;
-}
-
-void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
-    const std::function<void(const FileFinding&)>& use)
-{
-    useRowFindings(store, bytes, search, use);
-    for (const FileFinding& finding : joinedLineFindings(bytes, search))
-        use(finding);
+    std::for_each(joined.begin(), joined.end(), use);
 }
 
 } // namespace quorvane::workflow

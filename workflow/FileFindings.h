@@ -36,16 +36,13 @@ struct FileSearch {
     bool withLines = false; // also find the lines of the rules
 };
 
-// Calls `use` with every finding of the user's rules in the store, by row, then by kind. `bytes`: the
-// contents of the file; only used when the lines of the rules are searched for. Throws std::bad_alloc.
-void useRowFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
-    const std::function<void(const FileFinding&)>& use);
-
 // The joined lines of the file, if they are searched for. Throws std::bad_alloc.
 std::vector<FileFinding> joinedLineFindings(std::string_view bytes, const FileSearch& search);
 
-// Both, in this order.
+// Calls `use` with every finding of the user's rules in the store, by row, then by kind, and then with
+// `joined`, which are found apart so that the bytes need not be in memory together with the rules. `bytes`:
+// the contents of the file; only used when the lines of the rules are searched for. Throws std::bad_alloc.
 void useFileFindings(const rules::RuleManager& store, std::string_view bytes, const FileSearch& search,
-    const std::function<void(const FileFinding&)>& use);
+    const std::vector<FileFinding>& joined, const std::function<void(const FileFinding&)>& use);
 
 } // namespace quorvane::workflow

@@ -13,12 +13,13 @@ std::vector<std::string> findingsIn(std::string_view bytes, const FileSearch& se
 {
     const auto store = storeOfText(bytes, platform::Locations("/nonexistent", "nobody"), test::silentLog());
     std::vector<std::string> found;
-    useFileFindings(*store, bytes, search, [&found](const FileFinding& finding) {
-        const std::size_t quote = finding.rule.find('"') + 1;
-        found.push_back((finding.row ? std::to_string(*finding.row) : "none") + ":"
-            + std::to_string(finding.line) + " " + std::string(findingName(finding.kind)) + " "
-            + finding.rule.substr(quote, finding.rule.find('"', quote) - quote));
-    });
+    useFileFindings(
+        *store, bytes, search, joinedLineFindings(bytes, search), [&found](const FileFinding& finding) {
+            const std::size_t quote = finding.rule.find('"') + 1;
+            found.push_back((finding.row ? std::to_string(*finding.row) : "none") + ":"
+                + std::to_string(finding.line) + " " + std::string(findingName(finding.kind)) + " "
+                + finding.rule.substr(quote, finding.rule.find('"', quote) - quote));
+        });
     return found;
 }
 
