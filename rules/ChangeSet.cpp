@@ -9,6 +9,8 @@ namespace quorvane::rules {
 ChangeSet ChangeSet::inverted() const
 {
     ChangeSet inverse;
+    if (whole)
+        inverse.whole = Whole{!whole->isRemoval, whole->rules};
     inverse.removed.reserve(added.size());
     inverse.changed.reserve(changed.size());
     inverse.added.reserve(removed.size());

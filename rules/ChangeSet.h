@@ -3,10 +3,13 @@
 #include "rules/RuleRef.h"
 #include "rules/RuleValue.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace quorvane::rules {
+
+struct WholeRules;
 
 // A change of the store as a value: removals, changes in place and additions, applied in this order. Rules
 // are identified by their records, so the same record may be in `removed` and in `added`: an edited rule is
@@ -36,11 +39,18 @@ struct ChangeSet {
         RuleValue after; // of the record's kind
     };
 
+    // All rules of the user, removed or put back (WholeRules.h). Stands for a removal or addition of each.
+    struct Whole {
+        bool isRemoval = true;
+        std::shared_ptr<const WholeRules> rules; // never null
+    };
+
     std::vector<Removal> removed{};
     std::vector<Change> changed{};
     std::vector<Addition> added{};
+    std::optional<Whole> whole{}; // if so, the others are empty
 
-    bool isEmpty() const { return removed.empty() && changed.empty() && added.empty(); }
+    bool isEmpty() const { return removed.empty() && changed.empty() && added.empty() && !whole; }
 
     // The change that reverts this one. Only for a change returned by RuleManager::apply().
     ChangeSet inverted() const;

@@ -10,10 +10,10 @@ namespace quorvane::rules {
 // The policy rules of one application group, in stored order. For the thread that owns the store.
 class PolicyGroup final : private SlotObserver<PolicyRuleFields> {
 public:
-    // `numbers` and `anyStrays` must outlive the group; `anyStrays` becomes true when hasStrays() does.
-    PolicyGroup(RowNumbers& numbers, bool& anyStrays)
-        : m_anyStrays(anyStrays)
-        , m_rules(numbers, this)
+    // Both must outlive the group, which notes in `exceptions` when it has strays.
+    PolicyGroup(RowNumbers& numbers, RuleExceptions& exceptions)
+        : m_exceptions(exceptions)
+        , m_rules(numbers, exceptions, this)
     {
     }
 
@@ -30,9 +30,9 @@ private:
     void slotIsFilled(std::size_t slot, const PolicyRuleFields& rule) noexcept override;
     void slotIsEmptied(std::size_t slot, const PolicyRuleFields& rule) noexcept override;
     void slotsHaveMoved() noexcept override { m_coverIndex.reset(); }
-    void ruleHasStrayed() noexcept override { m_hasStrays = m_anyStrays = true; }
+    void ruleHasStrayed() noexcept override { m_hasStrays = m_exceptions.strays = true; }
 
-    bool& m_anyStrays;
+    RuleExceptions& m_exceptions;
     bool m_hasStrays = false;
     mutable std::unique_ptr<CoverIndex> m_coverIndex; // built on first use
     RuleList<PolicyRule> m_rules; // the last member: this object observes its destruction

@@ -40,6 +40,16 @@ bool isEqualRule(const RuleValue& a, const RuleValue& b)
         a, b);
 }
 
+bool equalsItself(const PolicyRuleFields& rule)
+{
+    return !rule.path.isNull() && !rule.processName.isNull() && !rule.constraint.isNull();
+}
+
+bool equalsItself(const WatchRuleFields& rule)
+{
+    return !rule.path.isNull() && !rule.processName.isNull();
+}
+
 bool isEqualButForPath(const PolicyRuleFields& a, const PolicyRuleFields& b)
 {
     return a.policyClass == b.policyClass && a.policyType == b.policyType && a.operations == b.operations

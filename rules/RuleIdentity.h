@@ -15,6 +15,10 @@ bool isEqualRule(const WatchRuleFields& a, const WatchRuleFields& b);
 // Rules of different kinds are never equal.
 bool isEqualRule(const RuleValue& a, const RuleValue& b);
 
+// True when isEqualRule() of the rule and itself is. Compares no texts.
+bool equalsItself(const PolicyRuleFields& rule);
+bool equalsItself(const WatchRuleFields& rule);
+
 // The looser comparison of fail-safe rules: the paths are ignored, but `a`'s must not be null.
 bool isEqualButForPath(const PolicyRuleFields& a, const PolicyRuleFields& b);
 

@@ -4,6 +4,7 @@
 #include "rules/PolicyRule.h"
 #include "rules/Prefetch.h"
 #include "rules/RowNumbers.h"
+#include "rules/RuleExceptions.h"
 #include "rules/RuleIdentity.h"
 #include "rules/SlotChains.h"
 #include "rules/WatchRule.h"
@@ -46,9 +47,11 @@ public:
     using Fields = FieldsOf<Rule>;
     static constexpr std::size_t noSlot = SIZE_MAX;
 
-    // Both must outlive the list; the observer may be null.
-    explicit RuleList(RowNumbers& numbers, SlotObserver<Fields>* observer = nullptr)
+    // All must outlive the list; the observer may be null. Notes in `exceptions` rules that do not equal
+    // themselves.
+    RuleList(RowNumbers& numbers, RuleExceptions& exceptions, SlotObserver<Fields>* observer = nullptr)
         : m_rowNumbers(numbers)
+        , m_exceptions(exceptions)
         , m_observer(observer)
     {
     }
@@ -118,6 +121,7 @@ public:
         makeRoom(m_slots, m_prepared + 1);
         makeRoom(m_numbers, m_prepared + 1);
         rule.addHolder(*this);
+        noteExceptions(rule.fields());
         ++m_prepared;
     }
     void forget(const Rule& rule) noexcept
@@ -287,6 +291,11 @@ private:
             elements.reserve(std::max(elements.size() + more, 2 * elements.size()));
     }
 
+    void noteExceptions(const Fields& rule) noexcept
+    {
+        m_exceptions.incomparable = m_exceptions.incomparable || !equalsItself(rule);
+    }
+
     void leave(std::size_t slot) noexcept
     {
         m_slots[slot]->removeHolder(*this);
@@ -297,6 +306,7 @@ private:
     void ruleHasChanged(const RuleHandle<Fields>& rule, const Fields& before) noexcept override
     {
         const Fields& now = rule.fields();
+        noteExceptions(now);
         const std::uint64_t hashBefore = identityHash(before);
         const std::uint64_t hash = identityHash(now);
         bool isFound = false;
@@ -414,6 +424,7 @@ private:
     };
 
     RowNumbers& m_rowNumbers;
+    RuleExceptions& m_exceptions;
     SlotObserver<Fields>* m_observer;
     std::vector<RulePtr> m_slots;
     std::vector<std::uint32_t> m_numbers; // of the slots

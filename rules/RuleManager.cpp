@@ -413,15 +413,40 @@ const PolicyRule* RuleManager::coveringRule(const PolicyRule& rule) const
 ChangeSet RuleManager::apply(const ChangeSet& changes)
 {
     ChangeSet done;
-    attempt([&] { done = m_store->apply(changes); });
+    attempt([&] { done = applied(changes); });
     return done;
 }
 
 ChangeSet RuleManager::apply(ChangeSet&& changes)
 {
     ChangeSet done;
-    attempt([&] { done = m_store->apply(std::move(changes)); });
+    attempt([&] { done = applied(std::move(changes)); });
     return done;
+}
+
+ChangeSet RuleManager::applied(ChangeSet changes)
+{
+    if (!changes.whole) {
+        m_exchange.dropUnneeded();
+        return m_store->apply(std::move(changes));
+    }
+    if (m_exchange.perform(m_store, *changes.whole))
+        return changes;
+    return m_store->apply(ruleByRule(*changes.whole));
+}
+
+std::optional<ChangeSet> RuleManager::removalOfAllUserRules() const
+{
+    std::optional<ChangeSet> removal;
+    attempt([&] {
+        if (!m_store->canRemoveAllAtOnce())
+            return;
+        const auto rules = std::make_shared<const WholeRules>(
+            WholeRules{m_store->storedRows(), m_store->userRulesSnapshot()});
+        removal.emplace();
+        removal->whole = ChangeSet::Whole{true, rules};
+    });
+    return removal;
 }
 
 std::vector<RuleRef> RuleManager::allRules() const

@@ -12,6 +12,7 @@
 #include "rules/RuleStore.h"
 #include "rules/RulesFile.h"
 #include "rules/RulesSnapshot.h"
+#include "rules/WholeRules.h"
 
 #include <chrono>
 #include <cstddef>
@@ -178,6 +179,10 @@ public:
     ChangeSet apply(const ChangeSet& changes);
     ChangeSet apply(ChangeSet&& changes); // costs no copy
 
+    // The removal of all rules of the user at once. None when removing each equal rule in turn would leave
+    // some, or when memory runs out.
+    std::optional<ChangeSet> removalOfAllUserRules() const;
+
     // All stored rules, whatever the filter, in stored order.
     std::vector<RuleRef> allRules() const;
     // The user's rules in the order in which writeToFile() writes them. Throws std::bad_alloc, as does
@@ -227,6 +232,7 @@ private:
         const std::function<void(std::string_view)>& discard = {});
     void readSelectedSystemFiles();
     void dropRules();
+    ChangeSet applied(ChangeSet changes);
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readPreferences();
     void noteReadFailure(const std::string& message);
@@ -248,6 +254,7 @@ private:
     const std::chrono::milliseconds m_wait; // for another process to finish writing
     std::unique_ptr<RuleStore> m_store; // never null
     std::unique_ptr<RuleStore> m_former; // the rules before a reload, while it reads
+    StoreExchange m_exchange;
     FilterOptions m_options;
     std::int64_t m_ruleSequence = 0;
     mutable std::optional<std::string> m_lastErrorMessage;

@@ -42,6 +42,18 @@ public:
             count(includeSystemRules), [](std::size_t index) { return index; }, includeSystemRules, use);
     }
 
+    // Calls `use` with each system rule, in order, and looks at no other.
+    template <class Use> void forEachSystemRule(const Use& use) const
+    {
+        auto user = m_userOnly->begin();
+        for (const std::uint32_t number : *m_all) {
+            if (user != m_userOnly->end() && *user == number)
+                ++user;
+            else
+                use(m_rules[number]);
+        }
+    }
+
     // The rows of the rules for which `isWanted` is true, ascending. Visits the rules in memory order, which
     // is many times faster than row by row.
     template <class IsWanted>

@@ -18,7 +18,7 @@ PolicyGroup& RuleStore::groupOf(const PolicyRuleFields& rule)
         return *recent->group;
     makeRoomForGroup();
     const auto [group, isNew]
-        = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_numbers, m_anyStrays);
+        = m_groups.try_emplace(applicationGroupIdentityForFields(rule), m_numbers, m_exceptions);
     if (isNew)
         m_newGroups.push_back(&*group);
     *recentGroupFor(rule) = {rule.processName, rule.constraint, &group->second};
@@ -201,9 +201,9 @@ RuleStore::WholeLists RuleStore::listsNamedWhole(const std::vector<RuleRef>& rul
     std::unordered_map<const void*, std::size_t> unnamed; // by list: how many of its rules are not named
     for (const RuleRef& rule : rules) {
         const auto list = listOf(rule);
-        if (!list || m_anyStrays || !named.insert(addressOf(rule)))
+        if (!list || m_exceptions.strays || !named.insert(addressOf(rule)))
             return {};
-        if (!visitRule(rule, [](const auto& record) { return isEqualRule(record, record); }))
+        if (!visitRule(rule, [](const auto& record) { return equalsItself(record.fields()); }))
             continue;
         const std::size_t size = std::visit([](const auto* each) { return each->size(); }, *list);
         if (--unnamed.try_emplace(addressOfList(*list), size).first->second == 0) {
@@ -222,7 +222,7 @@ bool RuleStore::hasEqual(
         = [&](const PolicyGroup& group) { return group.rules().firstEqual(rule, hash, accepts) != nullptr; };
     if (const PolicyGroup* group = existingGroupOf(rule); group != nullptr && isIn(*group))
         return true;
-    return m_anyStrays && std::any_of(m_groups.begin(), m_groups.end(), [&](const auto& group) {
+    return m_exceptions.strays && std::any_of(m_groups.begin(), m_groups.end(), [&](const auto& group) {
         return group.second.hasStrays() && isIn(group.second);
     });
 }
@@ -256,9 +256,62 @@ void RuleStore::sort(std::vector<SortDescriptor> descriptors)
 
 void RuleStore::setView(const RuleStore& other)
 {
+    const bool isSame = m_rows.searchText() == other.m_rows.searchText()
+        && m_rows.sortDescriptors() == other.m_rows.sortDescriptors();
+    if (isSame)
+        return;
     m_rows.setSearchText(other.m_rows.searchText());
     m_rows.setSortDescriptors(other.m_rows.sortDescriptors());
     rebuildRows();
+}
+
+// A system rule would go instead of an equal one of the user behind it.
+bool RuleStore::canRemoveAllAtOnce() const
+{
+    if (m_exceptions.strays || m_exceptions.twins || m_exceptions.incomparable)
+        return false;
+    const auto rows = storedRows();
+    AddressSet systemRules;
+    rows->forEachSystemRule([&](const RuleRef& rule) { systemRules.insert(addressOf(rule)); });
+    const auto isOfUser = [&](const void* record) { return !systemRules.contains(record); };
+    bool anyEqual = false;
+    rows->forEachSystemRule([&](const RuleRef& rule) { anyEqual = anyEqual || firstEqual(rule, isOfUser); });
+    return !anyEqual;
+}
+
+std::unique_ptr<RuleStore> RuleStore::withoutUserRules() const
+{
+    auto rest = std::make_unique<RuleStore>();
+    rest->setView(*this);
+    rest->addGroupsOf(*this);
+    storedRows()->forEachSystemRule([&rest](const RuleRef& rule) {
+        std::visit([&](const auto& record) { rest->append(record); }, rule);
+    });
+    rest->rebuildRows();
+    return rest;
+}
+
+bool RuleStore::replace(const RuleStore& inUse)
+{
+    std::size_t systemRules = 0;
+    storedRows()->forEachSystemRule(
+        [&](const RuleRef& rule) { systemRules += inUse.isStored(rule) ? 1 : inUse.storedRules() + 1; });
+    if (systemRules != inUse.storedRules())
+        return false;
+    addGroupsOf(inUse);
+    setView(inUse);
+    return true;
+}
+
+// They count as keys even when they are empty.
+void RuleStore::addGroupsOf(const RuleStore& other)
+{
+    for (const Groups::value_type* group : other.orderedGroups()) {
+        makeRoomForGroup();
+        const auto [added, isNew] = m_groups.try_emplace(group->first, m_numbers, m_exceptions);
+        if (isNew)
+            m_newGroups.push_back(&*added);
+    }
 }
 
 const std::shared_ptr<const RuleRows>& RuleStore::rows() const

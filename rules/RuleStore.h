@@ -6,6 +6,7 @@
 #include "rules/Hashing.h"
 #include "rules/PolicyGroup.h"
 #include "rules/RowsComputation.h"
+#include "rules/RuleExceptions.h"
 #include "rules/RuleList.h"
 #include "rules/RuleRef.h"
 #include "rules/RulesSnapshot.h"
@@ -63,7 +64,7 @@ public:
         return m_watchRules.take(rule, hash);
     }
     PolicyRulePtr take(const PolicyRuleFields& rule, std::uint64_t hash);
-    // As RuleManager::apply(); all or nothing when it throws.
+    // As RuleManager::apply(), but for a change of whole rules; all or nothing when it throws.
     ChangeSet apply(ChangeSet changes);
 
     // The first stored rule that `rule` is equal to and whose address `accepts`; none when there is none.
@@ -116,6 +117,16 @@ public:
     void setView(const RuleStore& other);
     std::size_t storedRules() const { return m_numbers.stored(); }
 
+    // True when deleting all user rules one after the other, each with the first rule that is equal to it,
+    // would leave none: then all may be removed at once.
+    bool canRemoveAllAtOnce() const;
+    // Another store with the same system rules, application groups, search text and sort order, but without
+    // the user's rules.
+    std::unique_ptr<RuleStore> withoutUserRules() const;
+    // Takes over search text, sort order and groups from such a store that is in use instead. False, and
+    // nothing changes, when the rules of that are not exactly the system rules of this one.
+    bool replace(const RuleStore& inUse);
+
 private:
     using AnyList = std::variant<RuleList<WatchRule>*, RuleList<PolicyRule>*>;
     struct Plan;
@@ -137,7 +148,7 @@ private:
 
     template <class Rule> void append(RuleList<Rule>& rules, const std::shared_ptr<Rule>& rule)
     {
-        m_anyTwice = m_anyTwice || RuleList<Rule>::holding(*rule, m_numbers) != nullptr;
+        m_exceptions.twins = m_exceptions.twins || RuleList<Rule>::holding(*rule, m_numbers) != nullptr;
         rules.append(rule);
     }
     template <class Rule> bool removeAt(RuleList<Rule>& rules, std::size_t slot);
@@ -161,6 +172,7 @@ private:
     void dropNewGroups(std::size_t kept) noexcept;
     RecentGroup* recentGroupFor(const PolicyRuleFields& rule) const;
     void makeRoomForGroup();
+    void addGroupsOf(const RuleStore& other);
     RowsComputation& followedRules() const;
     void numberAfresh() const;
     std::shared_ptr<const RuleOrder> storedOrder() const;
@@ -173,12 +185,11 @@ private:
     mutable std::vector<const Groups::value_type*> m_orderedGroups;
     mutable std::vector<const Groups::value_type*> m_newGroups; // not yet in m_orderedGroups
 
-    bool m_anyStrays = false;
-    bool m_anyTwice = false; // a record was stored that was already
+    RuleExceptions m_exceptions;
     mutable std::vector<RecentGroup>
         m_recentGroups; // by the addresses of the texts; as many as a power of two
     mutable Groups m_groups;
-    mutable RuleList<WatchRule> m_watchRules{m_numbers};
+    mutable RuleList<WatchRule> m_watchRules{m_numbers, m_exceptions};
 };
 
 } // namespace quorvane::rules

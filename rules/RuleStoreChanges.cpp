@@ -163,8 +163,10 @@ RuleStore::Plan RuleStore::planOf(ChangeSet changes)
 {
     Plan plan{.removed = AddressSet(changes.removed.size())};
     plan.changes = std::move(changes);
-    auto& [removals, changed, additions] = plan.changes;
-    plan.removesMany = !m_anyTwice && removals.size() > fewRemovals
+    auto& removals = plan.changes.removed;
+    auto& changed = plan.changes.changed;
+    auto& additions = plan.changes.added;
+    plan.removesMany = !m_exceptions.twins && removals.size() > fewRemovals
         && removals.size() > storedRules() / largeShareOfRemovals;
     if (plan.removesMany) {
         const std::vector<ChangeSet::Removal>& all = plan.changes.removed;

@@ -33,6 +33,10 @@ public:
     // Makes cells of a row again if it is in view.
     void remakeCells(std::size_t row, std::initializer_list<int> columns);
 
+    // The rows shown, until they are replaced, and whether system rules are among them.
+    const rules::RuleRows& rows() const { return *m_rows; }
+    bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
+
     const rules::RuleRef& ruleAt(int row) const;
     // The rows of the rules for which `isWanted` is true, ascending.
     template <class IsWanted> std::vector<std::size_t> rowsWhere(IsWanted isWanted) const
@@ -62,9 +66,7 @@ protected:
     bool removeRun(std::shared_ptr<const rules::RuleRows> rows);
     // Shows `text` in a cell until the next setRows().
     void setShownText(const QModelIndex& index, const QString& text);
-    const rules::RuleRows& rows() const { return *m_rows; }
     const std::shared_ptr<const rules::RuleRows>& sharedRows() const { return m_rows; }
-    bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
 
     virtual workflow::RuleCell makeCell(std::size_t row, int column) const = 0;
     virtual std::string_view titleOf(int column) const = 0;

@@ -98,11 +98,16 @@ void RulesEditorTableController::deleteRow(std::size_t row)
 void RulesEditorTableController::deleteRows(const std::vector<std::size_t>& rows)
 {
     const std::optional<rules::RuleRef> following = rows.empty() ? std::nullopt : ruleBelow(rows.back());
-    std::vector<workflow::RuleRow> rules;
-    rules.reserve(rows.size());
-    for (const std::size_t row : rows)
-        rules.push_back(ruleRowAt(row));
-    const workflow::TableChange change = m_commands.deleteRows(std::move(rules));
+    const auto deleted = [&] {
+        if (rows.size() == static_cast<std::size_t>(m_model->rowCount()))
+            return m_commands.deleteAllRows(m_model->rows(), m_model->rowsShowSystemRules());
+        std::vector<workflow::RuleRow> rules;
+        rules.reserve(rows.size());
+        for (const std::size_t row : rows)
+            rules.push_back(ruleRowAt(row));
+        return m_commands.deleteRows(std::move(rules));
+    };
+    const workflow::TableChange change = deleted();
     apply(change);
     for (const std::size_t row : change.removedRows)
         m_model->remakeCells(row, {applicationColumn});

@@ -6,6 +6,7 @@
 #include "workflow/RulesDocument.h"
 
 #include <algorithm>
+#include <numeric>
 #include <sstream>
 #include <unordered_set>
 #include <utility>
@@ -133,8 +134,7 @@ TableChange RuleCommands::deleteRows(std::vector<RuleRow> rows)
             change.notice = systemRuleNotice("Cannot Delete System Rules", "deleted");
             continue;
         }
-        if (m_log.isListening())
-            m_log.write("-[RulesEditorTableController deleteRows:] deleting row " + std::to_string(row));
+        logDeletionOf(row);
         rules.push_back(std::move(rule));
         change.removedRows.push_back(row);
     }
@@ -142,6 +142,34 @@ TableChange RuleCommands::deleteRows(std::vector<RuleRow> rows)
     change.remaining = remainingOf(deletion, rules);
     m_document.perform(std::move(deletion), {actionName("Delete", rules.size())});
     return change;
+}
+
+TableChange RuleCommands::deleteAllRows(const rules::RuleRows& rows, bool includeSystemRules)
+{
+    const std::size_t count = rows.count(includeSystemRules);
+    const bool areAllRules = rows.count(false) == count && m_document.store().hasExactly(rows);
+    auto removal = areAllRules ? m_document.store().removalOfAllUserRules() : std::nullopt;
+    if (!removal) {
+        std::vector<RuleRow> each;
+        each.reserve(count);
+        rows.forEach(includeSystemRules, [&each](std::size_t row, const rules::RuleRef& rule) {
+            each.push_back({row, rule});
+        });
+        return deleteRows(std::move(each));
+    }
+    TableChange change;
+    change.removedRows.resize(count);
+    std::iota(change.removedRows.begin(), change.removedRows.end(), std::size_t{0});
+    for (const std::size_t row : change.removedRows)
+        logDeletionOf(row);
+    m_document.perform(std::move(*removal), {actionName("Delete", count)});
+    return change;
+}
+
+void RuleCommands::logDeletionOf(std::size_t row)
+{
+    if (m_log.isListening())
+        m_log.write("-[RulesEditorTableController deleteRows:] deleting row " + std::to_string(row));
 }
 
 std::optional<Notice> RuleCommands::setTag(const std::optional<RuleRow>& row, const std::string& tag)

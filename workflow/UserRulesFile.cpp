@@ -12,6 +12,7 @@
 #include "rules/RulesFileWriter.h"
 #include "rules/RulesMerge.h"
 #include "rules/RulesText.h"
+#include "rules/WholeRules.h"
 
 #include <future>
 #include <new>
@@ -48,6 +49,8 @@ rules::RulesDifference differenceMadeBy(const rules::ChangeSet& done)
 {
     std::vector<rules::RuleValue> before;
     std::vector<rules::RuleValue> after;
+    if (done.whole)
+        (done.whole->isRemoval ? before : after) = done.whole->rules->values.values();
     for (const rules::ChangeSet::Removal& removal : done.removed)
         before.push_back(removal.value);
     for (const rules::ChangeSet::Change& change : done.changed) {

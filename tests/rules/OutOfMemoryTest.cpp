@@ -190,6 +190,27 @@ TEST(OutOfMemory, WhileTakingBackARemovalOfMostRulesDoesAllOrNothing)
     removal = {};
 }
 
+TEST(OutOfMemory, WhileRemovingAllRulesAsAWholeRemovesAllOrNone)
+{
+    failEachAllocation(nothing, [](RuleManager& store) {
+        if (auto removal = store.removalOfAllUserRules())
+            store.apply(std::move(*removal));
+    });
+}
+
+TEST(OutOfMemory, WhilePuttingAllRulesBackAsAWholeDoesAllOrNothing)
+{
+    static ChangeSet removed;
+    failEachAllocation(
+        [](RuleManager& store) {
+            removed = store.apply(store.removalOfAllUserRules().value());
+            store.addPolicyRule(test::policyRule(
+                {.path = "/system", .processName = "/bin/new", .operations = 1, .system = true}));
+        },
+        [](RuleManager& store) { store.apply(removed.inverted()); });
+    removed = {};
+}
+
 TEST(OutOfMemory, WhileAskingForEqualOrCoveringRulesAnswersAsAWalkDoes)
 {
     const test::StoreSandbox sandbox;

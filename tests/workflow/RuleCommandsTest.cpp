@@ -250,6 +250,61 @@ TEST_F(RuleCommandsTest, AMixedSelectionDeletesTheUsersRulesAndTellsOfTheSystemR
         1);
 }
 
+TEST_F(RuleCommandsTest, AllRowsAreDeletedAndComeBackAsAWhole)
+{
+    const std::string before = watchLine + shLine + sh2Line + viLine;
+    const auto paths = test::rowPaths(*store);
+
+    const TableChange change = commands->deleteAllRows(*store->rows(), false);
+
+    EXPECT_EQ(change.removedRows, (std::vector<std::size_t>{0, 1, 2, 3}));
+    EXPECT_FALSE(change.notice);
+    EXPECT_TRUE(change.remaining.empty());
+    EXPECT_EQ(file(), "");
+    EXPECT_EQ(run.g_dirty, 1);
+    EXPECT_EQ(test::rowPaths(*store), std::vector<std::string>{"/system/"});
+    const auto lines = log.lines();
+    for (const std::string row : {"0", "3"})
+        EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                      "-[RulesEditorTableController deleteRows:] deleting row " + row),
+            1);
+    EXPECT_EQ(document->undoName(), "Delete 4 Rules");
+    const auto version = document->openJournal()->versions().front();
+    EXPECT_EQ(version.removed, 4U);
+    EXPECT_EQ(version.added, 0U);
+    EXPECT_TRUE(document->undo());
+    EXPECT_EQ(file(), before);
+    EXPECT_EQ(test::rowPaths(*store), paths);
+    EXPECT_EQ(document->openJournal()->versions().front().added, 4U);
+    EXPECT_TRUE(document->redo());
+    EXPECT_EQ(file(), "");
+}
+
+TEST_F(RuleCommandsTest, AllRowsOfASearchLeaveTheRulesThatItHides)
+{
+    store->applyFilterWithString("/bin/vi");
+    const TableChange change = commands->deleteAllRows(*store->rows(), false);
+    EXPECT_EQ(change.removedRows, std::vector<std::size_t>{0});
+    EXPECT_EQ(file(), watchLine + shLine + sh2Line);
+}
+
+TEST_F(RuleCommandsTest, AllRowsThatAreNoLongerThoseOfTheStoreTakeNoLaterRule)
+{
+    const auto shown = store->rows();
+    store->addPolicyRule(test::policyRule({.path = "/later", .processName = "/bin/sh", .operations = 1}));
+    commands->deleteAllRows(*shown, false);
+    EXPECT_EQ(test::rowPaths(*store, false), std::vector<std::string>{"/later"});
+}
+
+TEST_F(RuleCommandsTest, AllRowsWithThoseOfTheSystemTellOfThem)
+{
+    const TableChange change = commands->deleteAllRows(*store->rows(), true);
+    EXPECT_EQ(change.removedRows.size(), 4U);
+    ASSERT_TRUE(change.notice);
+    EXPECT_EQ(change.notice->header, "Cannot Delete System Rules");
+    EXPECT_EQ(test::rowPaths(*store), std::vector<std::string>{"/system/"});
+}
+
 TEST_F(RuleCommandsTest, DeliberateWithOnlySystemRulesSelectedTheFileIsRewrittenAllTheSame)
 {
     const TableChange change = deleteRows({rowOf("/system/")}, true);
