@@ -86,6 +86,8 @@ void RulesDocument::failForMemory()
 
 void RulesDocument::begin()
 {
+    if (!m_stepsDue.empty())
+        waitUntilWritten();
     if (m_knownReading != m_store.ownFileReadings())
         noteFileRead();
     if (!m_rulesInFile)
@@ -373,6 +375,7 @@ void RulesDocument::inBackground(DocumentWork kind, std::function<void()> work, 
             if (m_isLookDue)
                 takeFileOver();
         });
+        attempt([&] { takeStepsDue(); });
         reportFile();
     });
     reportFile();

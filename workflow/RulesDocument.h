@@ -99,12 +99,15 @@ public:
     ChangeResult commit(rules::ChangeSet done, const ChangeReason& reason);
 
     // Reverts our newest action, or repeats the one undone last; later changes by others stay. False when
-    // there is none, or when its versions cannot be read. With a background, an action of an earlier run, or
+    // there is none, or when its versions cannot be read. With a background, what it is doing is not waited
+    // for, nor is the reading of a file that another program has changed, and an action of an earlier run, or
     // with later changes by others, is merged by it into more than 20,000 rules: the store changes later
-    // then, unless news say that the versions cannot be read.
+    // then, unless news say that there is none or that the versions cannot be read. A change that is made
+    // before that waits for it.
     bool undo();
     bool redo();
-    // The names of these actions; none when there is none. May open the journal.
+    // The names of these actions; none when there is none, or while one is still to come. May open the
+    // journal.
     std::optional<std::string> undoName();
     std::optional<std::string> redoName();
 
@@ -206,11 +209,15 @@ private:
     void reportMerge(const rules::ChangeSet& done, const std::vector<rules::MergeReport>& reports);
 
     bool step(ChangeReason::Kind kind);
-    bool stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind);
+    void takeStepsDue();
+    enum class StepTime { atOnce, later }; // whether the operation that asks for a step is still running
+    bool step(ChangeReason::Kind kind, StepTime time);
+    bool stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind, StepTime time);
     bool mergeStep(ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
-    void performStep(const UndoSteps::Step& own, ChangeReason::Kind kind);
-    void performStep(
-        const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
+    void performStep(const UndoSteps::Step& own, ChangeReason::Kind kind, StepTime time);
+    void performStep(const ForeignMerge& merge, const history::JournalVersion& version,
+        ChangeReason::Kind kind, StepTime time);
+    void performStep(rules::ChangeSet change, const ChangeReason& reason, StepTime time);
 
     void warnOfUnwritableRules(std::uint64_t count);
     void inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then);
@@ -232,6 +239,7 @@ private:
     DocumentWork m_work = DocumentWork::none;
     bool m_isReloadDue = false; // when the present work is done
     bool m_isLookDue = false; // at the file, the same
+    std::deque<ChangeReason::Kind> m_stepsDue; // undo and redo, the same
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file

@@ -43,16 +43,39 @@ bool RulesDocument::isStepUnderWay(std::uint64_t number) const
 
 bool RulesDocument::step(ChangeReason::Kind kind)
 {
-    const bool isUndo = kind == ChangeReason::Kind::undo;
-    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
-    if (own != nullptr && isStepUnderWay(own->number)) { // the window does not wait for it
-        performStep(*own, kind);
+    const UndoSteps::Step* own = kind == ChangeReason::Kind::undo ? m_steps.toUndo() : m_steps.toRedo();
+    if (m_stepsDue.empty() && own != nullptr && isStepUnderWay(own->number)) {
+        performStep(*own, kind, StepTime::atOnce);
         return true;
     }
-    waitUntilWritten();
-    takeForeignChanges();
-    waitUntilWritten();
-    own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
+    if (!isWorking())
+        takeFileOver();
+    if (!isWorking())
+        return step(kind, StepTime::atOnce);
+    m_stepsDue.push_back(kind); // the window does not wait
+    return true;
+}
+
+// Goes on with what was asked for while there was other work.
+void RulesDocument::takeStepsDue()
+{
+    while (!isWorking() && !m_stepsDue.empty()) {
+        takeFileOver();
+        if (isWorking())
+            return;
+        const ChangeReason::Kind kind = m_stepsDue.front();
+        m_stepsDue.pop_front();
+        if (!step(kind, StepTime::later))
+            notify({.kind = DocumentNews::Kind::journal,
+                .text = kind == ChangeReason::Kind::undo ? "There is nothing to undo."
+                                                         : "There is nothing to redo."});
+    }
+}
+
+bool RulesDocument::step(ChangeReason::Kind kind, StepTime time)
+{
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
     const bool areStepsNewer = hasUnrecordedActions(); // than all versions
     const auto version = areStepsNewer ? std::nullopt
         : isUndo                       ? m_file.journal().undoable()
@@ -61,25 +84,37 @@ bool RulesDocument::step(ChangeReason::Kind kind)
         && (version ? own->version == version->number
                     : areStepsNewer || m_file.journal().problem().has_value());
     if (!isOwn)
-        return version && stepInJournal(*version, kind);
-    performStep(*own, kind);
+        return version && stepInJournal(*version, kind, time);
+    performStep(*own, kind, time);
     return true;
 }
 
-void RulesDocument::performStep(const UndoSteps::Step& own, ChangeReason::Kind kind)
+void RulesDocument::performStep(const UndoSteps::Step& own, ChangeReason::Kind kind, StepTime time)
 {
     const ChangeReason reason{.action = own.reason.action, .kind = kind, .of = own.version};
-    perform(own.done->inverted(), reason);
+    performStep(own.done->inverted(), reason, time);
+}
+
+void RulesDocument::performStep(rules::ChangeSet change, const ChangeReason& reason, StepTime time)
+{
+    if (time == StepTime::atOnce) {
+        perform(std::move(change), reason);
+        return;
+    }
+    perform(change, reason);
+    if (m_observer != nullptr)
+        m_observer->rulesWereMerged(change);
 }
 
 // Undoes or redoes a version of the journal in the current rules. Many are merged by another thread.
-bool RulesDocument::stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind)
+bool RulesDocument::stepInJournal(
+    const history::JournalVersion& version, ChangeReason::Kind kind, StepTime time)
 {
     const auto merge = std::make_shared<ForeignMerge>(m_store, std::nullopt);
     if (!isWorthAThread()) {
         const bool isReadable = mergeStep(*merge, version, kind);
         if (isReadable)
-            performStep(*merge, version, kind);
+            performStep(*merge, version, kind, time);
         return isReadable;
     }
     const auto isReadable = std::make_shared<std::optional<bool>>();
@@ -90,15 +125,12 @@ bool RulesDocument::stepInJournal(const history::JournalVersion& version, Change
             if (!isReadable->has_value())
                 throw std::bad_alloc();
             if (!**isReadable)
-                return notify({.kind = DocumentNews::Kind::journal,
+                notify({.kind = DocumentNews::Kind::journal,
                     .text = "Version " + std::to_string(version.number) + " can no longer be read."});
-            if (!merge->isFor(m_store)) { // rules have changed while it ran
-                stepInJournal(version, kind);
-                return;
-            }
-            performStep(*merge, version, kind);
-            if (m_observer != nullptr)
-                m_observer->rulesWereMerged(merge->change());
+            else if (!merge->isFor(m_store)) // rules have changed while it ran
+                stepInJournal(version, kind, StepTime::later);
+            else
+                performStep(*merge, version, kind, StepTime::later);
         });
     return true;
 }
@@ -119,15 +151,17 @@ bool RulesDocument::mergeStep(
 }
 
 void RulesDocument::performStep(
-    const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind)
+    const ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind, StepTime time)
 {
     forgetSteps();
-    perform(merge.change(),
-        {.action = version.action.value_or(std::string()), .kind = kind, .of = version.number});
+    performStep(merge.change(),
+        {.action = version.action.value_or(std::string()), .kind = kind, .of = version.number}, time);
 }
 
 std::optional<std::string> RulesDocument::undoName()
 {
+    if (!m_stepsDue.empty())
+        return std::nullopt;
     if (const UndoSteps::Step* step = m_steps.toUndo())
         return step->reason.action;
     const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().undoable();
@@ -136,6 +170,8 @@ std::optional<std::string> RulesDocument::undoName()
 
 std::optional<std::string> RulesDocument::redoName()
 {
+    if (!m_stepsDue.empty())
+        return std::nullopt;
     if (const UndoSteps::Step* step = m_steps.toRedo())
         return step->reason.action;
     const auto version = isWorking() || hasUnrecordedActions() ? std::nullopt : m_file.journal().redoable();

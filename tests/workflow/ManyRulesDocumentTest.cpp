@@ -435,4 +435,67 @@ TEST_F(ManyRulesDocumentTest, UndoesWithWhatAnotherProgramHasWrittenSince)
     expectFileHasTheRulesOfTheStore();
 }
 
+TEST_F(ManyRulesDocumentTest, UndoesBehindOtherWorkWithoutWaitingForIt)
+{
+    window->add("/mine");
+    window->add("/wrong");
+    document().waitUntilWritten();
+    document().keepPresentVersion();
+    ASSERT_EQ(document().work(), DocumentWork::recording);
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().redo());
+    EXPECT_EQ(document().work(), DocumentWork::recording) << "it has not waited";
+    EXPECT_TRUE(has("/wrong"));
+    EXPECT_EQ(document().undoName(), std::nullopt) << "which one it is shows only then";
+    EXPECT_EQ(document().redoName(), std::nullopt);
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/wrong"));
+    EXPECT_TRUE(has("/mine"));
+    EXPECT_EQ(window->changes.size(), 3U) << "the window is told of each";
+    EXPECT_EQ(document().undoName(), "Add Rule");
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, UndoesBehindAForeignChangeThatIsBeingRead)
+{
+    window->add("/mine");
+    document().waitUntilWritten();
+    box.writeUserRules(lines(0, manyRules) + test::fileLine("/mine") + test::fileLine("/foreign"));
+    document().takeForeignChanges();
+    EXPECT_TRUE(document().undo());
+    EXPECT_EQ(document().work(), DocumentWork::reading);
+    EXPECT_TRUE(has("/mine"));
+    document().waitUntilWritten();
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_TRUE(has("/foreign"));
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, MakesALaterChangeBehindTheUndoThatWasAskedForFirst)
+{
+    window->add("/mine");
+    document().waitUntilWritten();
+    document().keepPresentVersion();
+    EXPECT_TRUE(document().undo());
+    window->add("/later");
+    EXPECT_FALSE(has("/mine"));
+    EXPECT_TRUE(has("/later"));
+    document().waitUntilWritten();
+    EXPECT_EQ(document().undoName(), "Add Rule");
+    EXPECT_EQ(document().redoName(), std::nullopt);
+    expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, SaysWhenThereWasNothingToUndoBehindOtherWork)
+{
+    document().keepPresentVersion();
+    EXPECT_TRUE(document().undo());
+    EXPECT_TRUE(document().redo());
+    document().waitUntilWritten();
+    EXPECT_EQ(window->newsOf(Kind::journal),
+        (std::vector<std::string>{"There is nothing to undo.", "There is nothing to redo."}));
+    expectFileHasTheRulesOfTheStore();
+}
+
 } // namespace quorvane::workflow
