@@ -35,8 +35,10 @@ struct Worker {
         : parser(kind, usualLength)
     {
     }
-    void start(std::string_view next, std::launch policy)
+    void start(std::string_view next)
     {
+        // Falls back to the calling thread when no thread can be created.
+        constexpr auto policy = std::launch::async | std::launch::deferred;
         chunk = next;
         records = std::async(policy, [this, next, out = std::exchange(room, {})]() mutable {
             parser.parse(next, out);
@@ -105,13 +107,16 @@ void useParsedLines(std::string_view text, RulesFileKind kind,
     const std::function<void(std::vector<ParsedLine>&)>& use,
     const std::function<void(std::string_view)>& discard)
 {
-    // std::async falls back to the calling thread when no thread can be created.
-    const bool isLong = text.size() > 2 * chunkLength;
-    const auto policy = isLong ? std::launch::async | std::launch::deferred : std::launch::deferred;
+    if (text.size() <= 2 * chunkLength) {
+        std::vector<ParsedLine> records = RulesParser(kind, text.size()).parse(text);
+        if (discard)
+            discard(text);
+        use(records);
+        return;
+    }
     std::deque<Worker> workers;
-    for (unsigned number = isLong ? std::max(std::thread::hardware_concurrency(), 1U) : 1U; number > 0;
-         --number)
-        workers.emplace_back(kind, std::min(text.size(), chunkLength)).start(takeChunk(text), policy);
+    for (unsigned number = std::max(std::thread::hardware_concurrency(), 1U); number > 0; --number)
+        workers.emplace_back(kind, chunkLength).start(takeChunk(text));
     std::size_t busy = workers.size();
     for (std::size_t next = 0; busy > 0; next = (next + 1) % workers.size()) {
         Worker& worker = workers[next];
@@ -121,7 +126,7 @@ void useParsedLines(std::string_view text, RulesFileKind kind,
         if (text.empty())
             --busy;
         else
-            worker.start(takeChunk(text), policy);
+            worker.start(takeChunk(text));
         use(records);
         records.clear();
         worker.room = std::move(records);
