@@ -41,7 +41,8 @@ public:
         command.footer(
             "FILE is a rules file, or JSON with one object a line as \"list --json\" prints it; \"-\" is the "
             "standard input.\nDoing it again changes nothing. Where JSON names no tag or creation time, the "
-            "rule keeps its own.\nThe status is 3 after a failure; nothing was changed then.");
+            "rule keeps its own.\nThe status is 3 after a failure; nothing was changed then, unless it "
+            "says so.");
         command.add_flag("--dry-run", m_isDryRun, "Print what would be changed, and write nothing");
         command.add_flag("--json", m_asJson, "One JSON object for each rule, then one with the numbers");
         auto* absent = command.add_flag("--absent", m_isAbsent, "Remove the rules of FILE instead");
@@ -82,7 +83,7 @@ public:
         Output output;
         writeDifference(output, application.difference, m_asJson);
         writeOutcome(output, application.difference, {application.unchanged, isWritten}, m_asJson);
-        return output.finish() ? ExitStatus::success : ExitStatus::failure;
+        return output.finish(isWritten) ? ExitStatus::success : ExitStatus::failure;
     }
 
 private:

@@ -42,7 +42,7 @@ int ChangeOptions::carryOut(UserDocument& user, const workflow::PlannedChange& p
     Output output;
     writeDifference(output, plan.difference, m_asJson, rows);
     writeOutcome(output, plan.difference, {plan.unchanged, isWritten}, m_asJson);
-    return output.finish() ? ExitStatus::success : ExitStatus::failure;
+    return output.finish(isWritten) ? ExitStatus::success : ExitStatus::failure;
 }
 
 } // namespace quorvane::cli

@@ -132,7 +132,7 @@ int answer(const char* what, const std::optional<std::string>& name, const UserD
         return ExitStatus::failure;
     Output output;
     output.write(what + printable(name.value_or("")) + "\n");
-    return output.finish() ? ExitStatus::success : ExitStatus::failure;
+    return output.finish(true) ? ExitStatus::success : ExitStatus::failure;
 }
 
 std::string onlyVersionNumber(const std::string& text)

@@ -102,7 +102,7 @@ private:
         output.write(answer(import, result, m_asJson));
         if (!result.hasImported)
             printError(result.notice.message);
-        return output.finish() && result.hasImported ? ExitStatus::success : ExitStatus::failed;
+        return output.finish(true) && result.hasImported ? ExitStatus::success : ExitStatus::failed;
     }
 
     PlaceOptions m_place;

@@ -35,6 +35,14 @@ bool Output::finish()
     return !m_failed;
 }
 
+bool Output::finish(bool areRulesWritten)
+{
+    const bool isWhole = finish();
+    if (!isWhole && areRulesWritten)
+        printError("the rules are written all the same");
+    return isWhole;
+}
+
 void Output::flush()
 {
     std::string_view rest = m_pending;

@@ -13,6 +13,8 @@ public:
 
     // Writes the rest; false when any part of the output could not be written.
     bool finish();
+    // The same; also says that the rules are written, if they are, when the output fails.
+    bool finish(bool areRulesWritten);
 
 private:
     void flush();

@@ -68,8 +68,11 @@ public:
         Output output;
         for (const rules::JoinedLine& line : joined)
             output.write(m_asJson ? jsonLines(line) : textLines(line));
-        if (!output.finish())
+        if (!output.finish()) {
+            if (m_out)
+                printError("'" + printable(*m_out) + "' is written all the same");
             return ExitStatus::failure;
+        }
         return joined.empty() ? ExitStatus::success : ExitStatus::findings;
     }
 

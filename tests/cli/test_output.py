@@ -2,6 +2,7 @@ import os
 import subprocess
 
 from quorvanectl import PROGRAM, CommandTest
+from sandbox import read
 
 PRINTING = (["list"], ["list", "--json"], ["options"], ["options", "--json"], ["check"], ["check", "--json"])
 HELP = (["--help"], ["list", "--help"], ["--version"])
@@ -17,6 +18,26 @@ class Output(CommandTest):
         for arguments in PRINTING + HELP:
             with self.subTest(arguments=arguments), open("/dev/full", "wb") as full:
                 self.assertIn("No space left", self.fail_with(1, *arguments, stdout=full).err)
+
+    def test_a_change_whose_answer_cannot_be_printed_is_told_to_stand(self):
+        more = self.sandbox.new_file("more.quorv", "allow path /more any r\n")
+        for status, *arguments in ((3, "apply", more), (3, "set", "--set-tag", "t", "--all"), (3, "undo"),
+                                   (3, "redo"), (3, "remove", "--all"), (1, "import", more)):
+            with self.subTest(arguments=arguments), open("/dev/full", "wb") as full:
+                before = read(self.sandbox.user_file)
+                result = self.fail_with(status, *arguments, stdout=full)
+                self.assertIn("the rules are written all the same", result.err)
+                self.assertNotEqual(read(self.sandbox.user_file), before)
+        with open("/dev/full", "wb") as full:
+            for arguments in (("apply", "--dry-run", more), ("set", "--set-tag", "t", "--tag", "none")):
+                self.assertNotIn("all the same", self.fail_with(3, *arguments, stdout=full).err)
+
+    def test_a_file_that_is_rescued_is_told_to_be_there_when_the_lines_cannot_be_printed(self):
+        joined = self.sandbox.new_file("joined.rc", 'allow path "/a" "any" r "tallow path "/b" "any" r "" "" "0"\n')
+        for options, said in (([], False), (["-o", self.sandbox.path("out.rc")], True)):
+            with open("/dev/full", "wb") as full:
+                err = self.fail_with(3, "rescue", *options, joined, stdout=full).err
+                self.assertEqual("out.rc' is written all the same" in err, said)
 
     def test_a_closed_output_is_a_failure(self):
         for arguments in PRINTING + HELP:
