@@ -78,7 +78,9 @@ public:
             printError("nothing was written: " + printable(*refusal));
             return ExitStatus::failure;
         }
-        if (isWritten && !perform(*user, application.change))
+        if (isWritten)
+            perform(*user, application.change);
+        if (!user->isWritten())
             return ExitStatus::failure;
         Output output;
         writeDifference(output, application.difference, m_asJson);
@@ -138,11 +140,10 @@ private:
             untouchedRules(user.store(), application.change), present.text(), lineEnds);
     }
 
-    bool perform(UserDocument& user, const rules::ChangeSet& change) const
+    void perform(UserDocument& user, const rules::ChangeSet& change) const
     {
         const std::string name = m_file == "-" ? "Rules" : std::string(platform::lastPathComponent(m_file));
         user.document().perform(change, {"Apply " + name});
-        return user.isWritten();
     }
 
     std::string m_file;

@@ -36,9 +36,9 @@ int ChangeOptions::carryOut(UserDocument& user, const workflow::PlannedChange& p
         const std::size_t rules = plan.difference.changed.size() + plan.difference.removed.size();
         user.document().perform(
             plan.change, {.action = workflow::actionName(verb, rules), .refusesCuts = true});
-        if (!user.isWritten())
-            return ExitStatus::failure;
     }
+    if (!user.isWritten())
+        return ExitStatus::failure;
     Output output;
     writeDifference(output, plan.difference, m_asJson, rows);
     writeOutcome(output, plan.difference, {plan.unchanged, isWritten}, m_asJson);

@@ -21,7 +21,7 @@ bool holdsOnlyZeros(std::string_view bytes)
 
 // An interrupted write leaves new bytes up to some point, then the old ones or zeros.
 FileAfterWrite fileAfterWrite(
-    std::string_view now, std::optional<std::string_view> before, std::string_view meant)
+    std::string_view now, std::optional<std::string_view> before, std::string_view meant, OldBytes old)
 {
     if (now == meant)
         return FileAfterWrite::asMeant;
@@ -31,6 +31,8 @@ FileAfterWrite fileAfterWrite(
     const std::string_view rest = now.substr(written);
     if (holdsOnlyZeros(rest)) // also true for an empty rest
         return FileAfterWrite::cutShort;
+    if (before && old == OldBytes::beginning)
+        before = before->substr(0, now.size());
     const bool isRestOfOld = before && before->size() == now.size() && before->substr(written) == rest;
     return isRestOfOld ? FileAfterWrite::cutShort : FileAfterWrite::foreign;
 }

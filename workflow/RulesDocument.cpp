@@ -210,6 +210,8 @@ void RulesDocument::joinOrders()
     m_lacksOrder = false;
     if (m_orders.empty())
         return;
+    if (m_orders.front().completes && m_orders.size() > 1)
+        m_orders.pop_front(); // every later order does that as well
     WriteOrder order = m_orders.back();
     order.rules = m_store.userRulesSnapshot();
     if (m_orders.size() > 1) {

@@ -194,7 +194,9 @@ bool RulesDocument::settleVersions(std::chrono::milliseconds wait)
         m_rulesInFile.reset();
         return true;
     }
-    m_orders.push_back(orderFor({.action = "Complete Interrupted Change"}));
+    WriteOrder order = orderFor({.action = "Complete Interrupted Change"});
+    order.completes = true;
+    m_orders.push_back(std::move(order));
     pump();
     return true;
 }

@@ -13,6 +13,7 @@
 #include "rules/RulesMerge.h"
 #include "rules/RulesText.h"
 #include "rules/WholeRules.h"
+#include "workflow/VersionChanges.h"
 
 #include <future>
 #include <new>
@@ -116,11 +117,6 @@ DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
     return {.kind = kind, .text = std::move(text)};
 }
 
-std::string actionOf(const history::JournalVersion& version)
-{
-    return version.action.value_or("a change");
-}
-
 } // namespace
 
 std::string unwritableMessage(const std::string& path, const platform::FileLock& lock)
@@ -178,7 +174,8 @@ void UserRulesFile::reportJournal(std::vector<DocumentNews>& news)
 }
 
 // The newest version of the journal is what our programs wrote last; any other bytes were written by another
-// program. The first version of a long file needs no look at its rules when their number is known.
+// program, unless our own write was cut short there. The first version of a long file needs no look at its
+// rules when their number is known.
 std::optional<std::int64_t> UserRulesFile::keepForeign(const history::DigestedBytes& bytes,
     std::vector<DocumentNews>& news, std::optional<std::uint64_t> rulesInFile)
 {
@@ -187,6 +184,8 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(const history::DigestedBy
         return newest->number;
     if (!newest && bytes.bytes().empty())
         return std::nullopt; // an empty or missing file is the initial state
+    if (newest && isCutShort(*newest, bytes.bytes()))
+        return std::nullopt;
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
     const bool isCounted = !before && rulesInFile;
     const auto rules = isCounted ? std::vector<rules::RuleValue>() : rules::rulesOfText(bytes.bytes());
@@ -229,7 +228,7 @@ UserRulesFile::Recovery UserRulesFile::recover(platform::FileLock& lock)
             }
             news.assign(1,
                 newsOf(DocumentNews::Kind::recovered,
-                    "\u201c" + actionOf(version)
+                    "\u201c" + actionText(version)
                         + "\u201d was cut short before it began; the rules are as they were before it."));
         }
     }
@@ -268,7 +267,7 @@ std::optional<UserRulesFile::Recovery> UserRulesFile::settle(
     if (!complete(version, *meant, lock))
         return Recovery{.rules = meantRules()};
     DocumentNews news = newsOf(DocumentNews::Kind::recovered,
-        "The writing of the rules was cut short at \u201c" + actionOf(version)
+        "The writing of the rules was cut short at \u201c" + actionText(version)
             + "\u201d; it has been completed.");
     news.shownFrom = version.number;
     return Recovery{.news = {std::move(news)}};
@@ -277,9 +276,20 @@ std::optional<UserRulesFile::Recovery> UserRulesFile::settle(
 FileAfterWrite UserRulesFile::stateOf(
     const history::JournalVersion& version, std::string_view now, std::string_view meant)
 {
+    const auto former = version.before ? journal().version(*version.before) : std::nullopt;
     const auto before = version.before ? journal().bytesOf(*version.before) : std::optional<std::string>("");
-    const FileAfterWrite state = fileAfterWrite(now, before, meant);
+    const bool wasCut = former && former->state == history::VersionState::underWay;
+    const FileAfterWrite state
+        = fileAfterWrite(now, before, meant, wasCut ? OldBytes::beginning : OldBytes::all);
     return state == FileAfterWrite::foreign && journal().isLeft(now) ? FileAfterWrite::cutShort : state;
+}
+
+bool UserRulesFile::isCutShort(const history::JournalVersion& version, std::string_view now)
+{
+    if (version.state != history::VersionState::underWay)
+        return false;
+    const auto meant = journal().bytesOf(version.number);
+    return meant && stateOf(version, now, *meant) == FileAfterWrite::cutShort;
 }
 
 // A version that cannot be completed stays under way until a write succeeds.
@@ -294,7 +304,7 @@ bool UserRulesFile::complete(
         return false;
     }
     journal().finish(version.number, history::VersionState::recovered);
-    m_log.write("completed the write of '" + m_path + "' that was cut short: " + actionOf(version));
+    m_log.write("completed the write of '" + m_path + "' that was cut short: " + actionText(version));
     return true;
 }
 
@@ -423,13 +433,14 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
     if (unread && !aside)
         return;
     const history::DigestedBytes old = aside ? history::DigestedBytes() : present.bytes;
-    report.version = beginVersion(order, *meant, old);
+    const auto earlier = versionUnderWay(order, *meant);
+    report.version = earlier ? earlier : beginVersion(order, *meant, old);
     reportJournal(report.news);
     if (lock.makeFile())
         writeOver(report, *meant, old.bytes());
     else
         report.message = unwritableMessage(m_path, lock);
-    settleVersion(report, lock);
+    settleVersion(report, earlier.has_value(), lock);
     if (aside)
         reportFileAside(report, *unread, *aside);
     if (!report.message)
@@ -472,6 +483,20 @@ void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant) const
     report.unwritableRules = meant.unwritableRules;
 }
 
+// The version that an earlier, failed write of the same order has begun.
+std::optional<std::int64_t> UserRulesFile::versionUnderWay(const WriteOrder& order, const Meant& meant)
+{
+    const auto newest = journal().newest();
+    if (!newest || newest->state != history::VersionState::underWay)
+        return std::nullopt;
+    const bool isSameAction = newest->action == order.reason.action
+        && newest->kind == versionKind(order.reason.kind) && newest->of == order.reason.of;
+    const bool isSame = (order.completes || isSameAction)
+        && journal().bytesOf(newest->number) == meant.content.bytes()
+        && journal().meantOf(newest->number) == meant.text();
+    return isSame ? std::optional(newest->number) : std::nullopt;
+}
+
 // None when the file already has the content, which makes no version, or when the journal cannot record it.
 // An undo that changes nothing is recorded nevertheless: the next undo then reverts the action before.
 std::optional<std::int64_t> UserRulesFile::beginVersion(
@@ -492,16 +517,17 @@ std::optional<std::int64_t> UserRulesFile::beginVersion(
 }
 
 // An incomplete write leaves its version under way, to be completed by the next successful one.
-void UserRulesFile::settleVersion(const WriteReport& report, platform::FileLock& lock)
+void UserRulesFile::settleVersion(const WriteReport& report, bool isOfEarlierWrite, platform::FileLock& lock)
 {
+    using State = history::VersionState;
     if (!report.version)
         return;
-    if (!report.isWritten)
-        journal().abandon(*report.version);
-    else if (report.message)
+    if (!report.message && report.isWritten)
+        journal().finish(*report.version, isOfEarlierWrite ? State::recovered : State::done);
+    else if (report.isWritten)
         noteLeft(lock);
-    else
-        journal().finish(*report.version, history::VersionState::done);
+    else if (!isOfEarlierWrite)
+        journal().abandon(*report.version);
 }
 
 void UserRulesFile::noteLeft(const platform::FileLock& lock)

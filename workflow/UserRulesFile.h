@@ -42,6 +42,7 @@ struct WriteOrder {
     // What was done since the write before; counted by the thread that writes. Null: the version before
     // tells.
     std::shared_ptr<const rules::ChangeSet> change{};
+    bool completes = false; // only an interrupted write, and holds no change of its own
     bool isJoined = false; // stands for several actions, none of which is a version of its own
     bool hasFailed = false; // to be written
     bool wholeLines = false; // write every line completely, including non-ASCII text
@@ -121,6 +122,7 @@ private:
     std::optional<Recovery> settle(const history::JournalVersion& version, platform::FileLock& lock);
     FileAfterWrite stateOf(
         const history::JournalVersion& version, std::string_view now, std::string_view meant);
+    bool isCutShort(const history::JournalVersion& version, std::string_view now);
     bool complete(const history::JournalVersion& version, std::string meant, platform::FileLock& lock);
     std::optional<std::string> putAside(
         const std::string& reason, platform::FileLock& lock, WriteReport& report);
@@ -128,10 +130,11 @@ private:
     ChangeCounts countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules);
     std::optional<std::string> refusalOf(const WriteOrder& order, const std::optional<Meant>& meant) const;
     std::optional<Meant> meantByVersion(std::int64_t number);
+    std::optional<std::int64_t> versionUnderWay(const WriteOrder& order, const Meant& meant);
     std::optional<std::int64_t> beginVersion(
         const WriteOrder& order, const Meant& meant, const history::DigestedBytes& previous);
     void writeOver(WriteReport& report, const Meant& meant, std::string_view old);
-    void settleVersion(const WriteReport& report, platform::FileLock& lock);
+    void settleVersion(const WriteReport& report, bool isOfEarlierWrite, platform::FileLock& lock);
     void noteLeft(const platform::FileLock& lock);
     void reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
     void checkWritten(WriteReport& report, const Meant& meant) const;

@@ -21,13 +21,21 @@ class CutShort(CommandTest):
         super().setUp()
         self.sandbox.write(self.sandbox.user_file, BEFORE)
 
+        result = self.run_without_room("add", "allow", "prefix", "/added", "any", "r")
+        self.assertEqual((result.status, self.written()), (1, "BEFORE " + line("/added")[:10]))
+
+    def run_without_room(self, *arguments):
         def little_room():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (len(BEFORE) + 10,) * 2)
 
-        result = self.run_program("add", "allow", "prefix", "/added", "any", "r", preexec_fn=little_room,
-                                  restore_signals=False)
-        self.assertEqual((result.status, self.written()), (1, "BEFORE " + line("/added")[:10]))
+        return self.run_program(*arguments, preexec_fn=little_room, restore_signals=False)
+
+    def versions(self):
+        """What the history tells, the newest last."""
+        versions = self.succeed("history", "--json").objects()
+        return [(version["action"], version["added"] + version["removed"], version["state"])
+                for version in reversed(versions)][1:]
 
     def written(self):
         return self.shortened(read(self.sandbox.user_file).decode())
@@ -86,3 +94,34 @@ class CutShort(CommandTest):
         self.assertEqual(self.listed_without_many(), ["/foreign"])
         self.run_program("add", "allow", "prefix", "/next", "any", "r")
         self.assertEqual(self.listed_without_many(), ["/foreign", "/added", "/next"])
+
+    def test_a_command_that_cannot_complete_the_write_either_fails_also_where_it_changes_nothing(self):
+        added = self.sandbox.new_file("added.quorv", line("/added"))
+        for command in (["apply", added], ["set", "--set-tag", "", "--path", "/added"],
+                        ["remove", "--path", "/none"]):
+            result = self.run_without_room(*command)
+            self.assertEqual((result.status, result.out), (3, b""), command)
+            self.assertIn("Failed write()", result.err)
+
+    def test_commands_that_cannot_complete_the_write_leave_the_history_as_it_is(self):
+        versions = self.versions()
+        self.assertEqual(versions, [("Add Rule", 1, "under way")])
+        for _ in range(3):
+            self.run_without_room("remove", "--path", "/none")
+        self.assertEqual(self.versions(), versions)
+        self.assertEqual(self.run_program("remove", "--path", "/none").status, 0)
+        self.assertEqual((self.written(), self.versions()),
+                         ("BEFORE " + line("/added"), [("Add Rule", 1, "recovered")]))
+
+    def test_an_action_that_fails_as_well_keeps_its_name(self):
+        self.assertEqual(self.run_without_room("add", "allow", "prefix", "/next", "any", "r").status, 1)
+        self.assertEqual(self.versions(), [("Add Rule", 1, "under way")] * 2)
+        self.assertEqual(self.listed_without_many(), ["/added", "/next"])
+
+    def test_an_undo_takes_back_the_write_also_where_it_cannot_be_completed(self):
+        self.run_without_room("remove", "--path", "/none")
+        result = self.run_without_room("undo")
+        self.assertEqual((result.status, result.out), (0, b"Undone: Add Rule\n"))
+        self.assertEqual((self.written(), self.versions()),
+                         ("BEFORE ", [("Add Rule", 1, "recovered"), ("Undo Add Rule", 1, "done")]))
+        self.assertEqual(self.run_program("undo").status, 3)

@@ -26,6 +26,15 @@ TEST(CutWrite, KnowsEveryBeginningOfTheNewBytesOverTheOldOnes)
     }
 }
 
+TEST(CutWrite, KnowsTheNewBytesOverOldOnesThatWereCutShortThemselves)
+{
+    const std::string old = "old rules\n";
+    EXPECT_EQ(fileAfterWrite("new ru", old, "new\n", OldBytes::beginning), FileAfterWrite::cutShort);
+    EXPECT_EQ(fileAfterWrite("new ru", old, "new\n", OldBytes::all), FileAfterWrite::foreign);
+    EXPECT_EQ(fileAfterWrite("new rod", old, "new\n", OldBytes::beginning), FileAfterWrite::foreign);
+    EXPECT_EQ(fileAfterWrite("new rules\nand", old, "new\n", OldBytes::beginning), FileAfterWrite::foreign);
+}
+
 TEST(CutWrite, KnowsAnEmptyFileAndZerosForBytesThatNeverReachedTheDisk)
 {
     EXPECT_EQ(fileAfterWrite("", "old\n", "new\n"), FileAfterWrite::cutShort);
