@@ -136,17 +136,21 @@ void RulesDocument::startWriting()
         joinOrders();
     if (m_orders.empty())
         return;
-    platform::FileLock lock
-        = m_file.lock(m_owner.background == nullptr ? m_owner.lockTimeout : std::chrono::seconds(0));
+    platform::FileLock lock = m_lock.isHeld() ? std::move(m_lock) : m_file.lock(patience());
     if (!lock.isHeldByAnother() || m_owner.background == nullptr) {
         continueWith(std::move(lock));
         return;
     }
-    // Another process is writing now. A window does not wait for it.
     auto later = std::make_shared<platform::FileLock>();
     inBackground(
         DocumentWork::writing, [this, later] { *later = m_file.lock(m_owner.lockTimeout); },
         [this, later] { continueWith(std::move(*later)); });
+}
+
+// A window does not wait for another process.
+std::chrono::milliseconds RulesDocument::patience() const
+{
+    return m_owner.background == nullptr ? m_owner.lockTimeout : std::chrono::seconds(0);
 }
 
 void RulesDocument::continueWith(platform::FileLock lock)

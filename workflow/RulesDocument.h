@@ -169,6 +169,7 @@ private:
     void failForMemory();
     rules::ChangeSet applied(rules::ChangeSet change);
     void pump();
+    std::chrono::milliseconds patience() const;
     void startWriting();
     void continueWith(platform::FileLock lock);
     void writeFirstOrder(platform::FileLock lock);
@@ -211,7 +212,8 @@ private:
     bool step(ChangeReason::Kind kind);
     void takeStepsDue();
     enum class StepTime { atOnce, later }; // whether the operation that asks for a step is still running
-    bool step(ChangeReason::Kind kind, StepTime time);
+    bool lockedStep(ChangeReason::Kind kind, StepTime time);
+    bool chosenStep(ChangeReason::Kind kind, StepTime time);
     bool stepInJournal(const history::JournalVersion& version, ChangeReason::Kind kind, StepTime time);
     bool mergeStep(ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind);
     void performStep(const UndoSteps::Step& own, ChangeReason::Kind kind, StepTime time);
@@ -236,6 +238,7 @@ private:
     std::optional<rules::RulesSnapshot> m_rulesInFile; // none: those of the store
     std::deque<WriteOrder> m_orders; // done in the store, not yet in the file; the first may be in progress
     bool m_lacksOrder = false; // a change has no order: memory ran out for it, or it was dropped with another
+    platform::FileLock m_lock; // held already for the next write
     DocumentWork m_work = DocumentWork::none;
     bool m_isReloadDue = false; // when the present work is done
     bool m_isLookDue = false; // at the file, the same

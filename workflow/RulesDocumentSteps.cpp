@@ -1,6 +1,8 @@
 #include "workflow/RulesDocument.h"
 
+#include "platform/FileLock.h"
 #include "rules/RulesText.h"
+#include "workflow/DocumentTexts.h"
 #include "workflow/ForeignMerge.h"
 
 #include <algorithm>
@@ -12,6 +14,16 @@
 // How a document undoes, redoes and restores.
 
 namespace quorvane::workflow {
+
+namespace {
+
+struct ReleaseAtEnd {
+    platform::FileLock& lock;
+
+    ~ReleaseAtEnd() { lock = platform::FileLock(); }
+};
+
+} // namespace
 
 void RulesDocument::forgetSteps()
 {
@@ -51,7 +63,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
     if (!isWorking())
         takeFileOver();
     if (!isWorking())
-        return step(kind, StepTime::atOnce);
+        return lockedStep(kind, StepTime::atOnce);
     m_stepsDue.push_back(kind); // the window does not wait
     return true;
 }
@@ -65,14 +77,30 @@ void RulesDocument::takeStepsDue()
             return;
         const ChangeReason::Kind kind = m_stepsDue.front();
         m_stepsDue.pop_front();
-        if (!step(kind, StepTime::later))
+        if (!lockedStep(kind, StepTime::later))
             notify({.kind = DocumentNews::Kind::journal,
                 .text = kind == ChangeReason::Kind::undo ? "There is nothing to undo."
                                                          : "There is nothing to redo."});
     }
 }
 
-bool RulesDocument::step(ChangeReason::Kind kind, StepTime time)
+bool RulesDocument::lockedStep(ChangeReason::Kind kind, StepTime time)
+{
+    if (isWorthAThread() || hasUnrecordedActions())
+        return chosenStep(kind, time);
+    // Held from the choice of the action to the end of the write, so that no two programs undo the same one.
+    const ReleaseAtEnd release{m_lock};
+    m_lock = m_file.lock(patience());
+    if (m_lock.isHeld()) {
+        bringStoreUpToDate(m_lock);
+    } else if (m_lock.isHeldByAnother() && m_owner.background == nullptr) {
+        fail(unwritableMessage(m_file.path(), m_lock));
+        return true;
+    }
+    return chosenStep(kind, time);
+}
+
+bool RulesDocument::chosenStep(ChangeReason::Kind kind, StepTime time)
 {
     const bool isUndo = kind == ChangeReason::Kind::undo;
     const UndoSteps::Step* own = isUndo ? m_steps.toUndo() : m_steps.toRedo();
@@ -156,6 +184,8 @@ void RulesDocument::performStep(
     forgetSteps();
     performStep(merge.change(),
         {.action = version.action.value_or(std::string()), .kind = kind, .of = version.number}, time);
+    if (!merge.reports().empty())
+        notify({.kind = DocumentNews::Kind::conflict, .text = mergeText({}, merge.reports())});
 }
 
 std::optional<std::string> RulesDocument::undoName()

@@ -4,6 +4,7 @@ import os
 import sqlite3
 import stat
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 from quorvanectl import CommandTest
 from sandbox import read
@@ -203,6 +204,29 @@ class Undo(HistoryTest):
         self.succeed("undo")
         self.add("/c")
         self.fail_with(3, "redo")
+
+    def test_many_at_once_take_back_an_action_each(self):
+        paths = [f"/{number:02}" for number in range(16)]
+        for path in paths:
+            self.add(path)
+        for command, left in (("undo", ["/a"]), ("redo", ["/a"] + paths)):
+            with self.subTest(command=command):
+                with ThreadPoolExecutor(len(paths)) as threads:
+                    results = list(threads.map(
+                        lambda _, command=command: self.run_program("--lock-timeout", "60", command), paths))
+                self.assertEqual([result.status for result in results], [0] * len(paths))
+                self.assertEqual(sorted(self.listed()), sorted(left))
+                self.fail_with(3, command)
+
+    def test_tells_where_a_rule_stays_for_what_another_program_did_with_it(self):
+        self.succeed("set", "--set-tag", "ours", "--all")
+        self.sandbox.write(self.sandbox.user_file, FIRST.replace(b'""', b'"theirs"', 1))
+        for command, tag in (("undo", ""), ("redo", "ours")):
+            with self.subTest(command=command):
+                result = self.run_program(command)
+                self.assertEqual(result.status, 0)
+                self.assertIn(f'both sides changed the tag: "theirs" is kept, not "{tag}"', result.err)
+                self.assertEqual(self.listed(key="tag"), ["theirs"])
 
     def test_a_file_that_cannot_be_read_whole_stays(self):
         self.add()
