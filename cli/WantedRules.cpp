@@ -10,7 +10,9 @@
 #include "rules/RuleMarks.h"
 #include "rules/SlotChains.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 namespace quorvane::cli {
 
@@ -80,6 +82,18 @@ rules::RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, rules
     return makeRuleValue(policyRuleFromTokens(tokens, false, pool));
 }
 
+// JSON may hold the other line ends of a rules file in its texts.
+std::vector<rules::FileLine> jsonLines(std::string_view text)
+{
+    std::vector<rules::FileLine> lines;
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.find_first_of("\r\n"), text.size());
+        lines.push_back({text.substr(0, length), text.substr(length, 1)});
+        text.remove_prefix(length + lines.back().end.size());
+    }
+    return lines;
+}
+
 // Reads the lines of a file; throws NoRuleError for an invalid one.
 class LinesReader {
 public:
@@ -92,7 +106,7 @@ public:
     {
         WantedRules wanted;
         std::size_t number = 1;
-        for (const rules::FileLine& line : rules::fileLines(text)) {
+        for (const rules::FileLine& line : m_isJson ? jsonLines(text) : rules::fileLines(text)) {
             try {
                 readLine(line.text, number, wanted);
             } catch (const NoRuleError& error) {

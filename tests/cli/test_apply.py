@@ -116,6 +116,15 @@ class Apply(ApplyTest):
         text = json.dumps({**RULE, "row": -1, "else": {"path": [1, {"tag": 2}]}})[:-1] + f', "deep": {deep}}}'
         self.assertEqual(self.summary(self.sandbox.new_file("rules", text))["added"], 1)
 
+    def test_texts_of_json_may_hold_what_ends_a_line_elsewhere(self):
+        objects = [json.dumps({**RULE, "path": path, "note": "a\u0085b\u2028c\u2029d"}, ensure_ascii=False)
+                   for path in ("/a", "/b")]
+        for between in ("\n", "\r\n", "\r"):
+            with self.subTest(between=between):
+                self.sandbox.write_user()
+                text = between.join(objects).encode()
+                self.assertEqual(self.summary(self.sandbox.new_file("rules", text))["added"], 2)
+
     def test_reads_standard_input_and_pipes(self):
         result = self.run_program("apply", "--json", "-", stdin=None, input=json.dumps(RULE).encode())
         self.assertEqual((result.status, result.objects()[-1]["added"]), (0, 1))
