@@ -19,9 +19,8 @@
 //   one place, ours are first.
 // - A line keeps its line end, even when rewritten; added lines get the first line end of ours, else of base,
 //   else LF.
-// - Of a repeated rule only the first line is merged: for the others only their number is merged, and the
-// last
-//   ones are removed first.
+// - Of a repeated rule only the first line is merged, and stays the first: for the others only their number
+//   is merged, and the last ones are removed first.
 
 namespace quorvane::rules {
 

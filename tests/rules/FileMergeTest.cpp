@@ -170,6 +170,19 @@ TEST(FileMerge, MergesARuleThatStandsTwiceByItsFirstLine)
     EXPECT_EQ(conflicts("a|b", "a|b|a:y", "a|b|a:z"), "");
     EXPECT_EQ(merged("a|b", "a|b|a:y", "a:u|b"), "a:u|b|a:y");
     EXPECT_EQ(merged("a|b|a:y", "a|b|a:z", "a|b"), "a|b");
+    EXPECT_EQ(merged("c|a:x", "c|a:x", "c|b|a:y|a:x"), "c|b|a:y|a:x");
+    EXPECT_EQ(merged("c|b|a:x", "c|b|a:x", "a:y|c|a:x|b"), "c|b|a:y|a:x")
+        << "the first of theirs stays the first";
+}
+
+TEST(FileMerge, RemovesTheLastOfEqualRulesAlsoWhereTheOtherSideHasAddedSome)
+{
+    EXPECT_EQ(merged("a", "a@2|b|a:y|a", "b"), "a@2|b|a:y");
+    EXPECT_EQ(conflicts("a", "a@2|b|a:y|a", "b"), "");
+    EXPECT_EQ(merged("a", "b", "a@2|b|a:y|a"), "b|a@2|a:y");
+    EXPECT_EQ(merged("a", "a:x|a:y", ""), "a:x|a:y");
+    EXPECT_EQ(conflicts("a", "a:x|a:y", ""), "kept: a:x not a; ");
+    EXPECT_EQ(merged("a|a", "a|a|a|b", "b"), "a|b");
 }
 
 // --- Bytes
@@ -384,6 +397,7 @@ TEST(FileMergeOfAnyFiles, TakesAllThatTheirsHasDoneWhereOursHasDoneNothing)
         const FileMergeResult result = mergeFiles(base, base, theirs);
         ASSERT_TRUE(result.conflicts.empty()) << base << "----\n" << theirs;
         ASSERT_EQ(linesIn(result.text), linesIn(theirs)) << base << "----\n" << theirs;
+        ASSERT_TRUE(fileDifference(theirs, result.text).isEmpty()) << base << "----\n" << theirs;
     }
 }
 
