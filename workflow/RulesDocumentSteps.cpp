@@ -108,6 +108,8 @@ bool RulesDocument::chosenStep(ChangeReason::Kind kind, StepTime time)
     const auto version = areStepsNewer ? std::nullopt
         : isUndo                       ? m_file.journal().undoable()
                                        : m_file.journal().redoable();
+    if (auto notice = m_file.journal().takeNotice())
+        notify({.kind = DocumentNews::Kind::journal, .text = std::move(*notice)});
     const bool isOwn = own != nullptr
         && (version ? own->version == version->number
                     : areStepsNewer || m_file.journal().problem().has_value());

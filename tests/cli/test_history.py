@@ -249,6 +249,13 @@ class UnusableJournal(HistoryTest):
         self.assertIn("damaged", self.fail_with(3, "history").err)
         self.fail_with(3, "history", "show", "1")
 
+    def test_a_damaged_one_is_told_by_whichever_command_finds_it(self):
+        for command in (["undo"], ["redo"], ["restore", "1"], ["history", "show", "1"]):
+            with self.subTest(command=command):
+                self.add()
+                self.damage()
+                self.assertIn("The history was damaged", self.fail_with(3, *command).err)
+
     def test_a_damaged_one_stops_no_edit(self):
         self.add()
         self.damage()
