@@ -143,7 +143,7 @@ private:
     void perform(UserDocument& user, const rules::ChangeSet& change) const
     {
         const std::string name = m_file == "-" ? "Rules" : std::string(platform::lastPathComponent(m_file));
-        user.document().perform(change, {"Apply " + name});
+        user.document().perform(change, {.action = "Apply " + name, .refusesCuts = true});
     }
 
     std::string m_file;

@@ -21,7 +21,8 @@ workflow::DocumentOwner UserDocument::owner(const CommandContext& context)
     return {.program = "quorvanectl",
         .stateFolder = history::defaultStateFolder(),
         .settings = read.settings,
-        .lockTimeout = context.lockTimeout};
+        .lockTimeout = context.lockTimeout,
+        .undoRefusesCuts = true};
 }
 
 void UserDocument::documentHasNews(const workflow::DocumentNews& news)

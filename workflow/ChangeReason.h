@@ -13,7 +13,7 @@ struct ChangeReason {
     std::string action{}; // in words: "Delete 3 Rules"
     Kind kind = Kind::action;
     std::optional<std::int64_t> of{}; // the version that is undone or redone
-    bool refusesCuts = false; // fails if a line would be cut, even of a rule that another program wrote
+    bool refusesCuts = false; // fails if a rule would be cut that is complete in the file
 };
 
 } // namespace quorvane::workflow

@@ -40,6 +40,7 @@ struct DocumentOwner {
     std::string stateFolder{}; // of the journals
     ProgramSettings settings{};
     std::chrono::milliseconds lockTimeout = std::chrono::seconds(5); // for another process to finish writing
+    bool undoRefusesCuts = false; // of rules that are complete in the file; redo, too
     Background* background = nullptr; // for writing many rules; null: everything is done synchronously
 };
 

@@ -121,7 +121,8 @@ bool RulesDocument::chosenStep(ChangeReason::Kind kind, StepTime time)
 
 void RulesDocument::performStep(const UndoSteps::Step& own, ChangeReason::Kind kind, StepTime time)
 {
-    const ChangeReason reason{.action = own.reason.action, .kind = kind, .of = own.version};
+    const ChangeReason reason{
+        .action = own.reason.action, .kind = kind, .of = own.version, .refusesCuts = m_owner.undoRefusesCuts};
     performStep(own.done->inverted(), reason, time);
 }
 
@@ -169,14 +170,15 @@ bool RulesDocument::stepInJournal(
 bool RulesDocument::mergeStep(
     ForeignMerge& merge, const history::JournalVersion& version, ChangeReason::Kind kind)
 {
-    const auto after = m_file.journal().meantOf(version.number);
-    const auto before
-        = version.before ? m_file.journal().meantOf(*version.before) : std::optional<std::string>("");
-    if (!before || !after)
-        return false;
     const bool isUndo = kind == ChangeReason::Kind::undo;
-    merge.repeat(
-        rules::rulesOfText(isUndo ? *after : *before), rules::rulesOfText(isUndo ? *before : *after));
+    const std::optional<std::int64_t> from = isUndo ? version.number : version.before;
+    const std::optional<std::int64_t> to = isUndo ? version.before : version.number;
+    // As it reads, like the present file: rules lost to a cut line would look removed by another program.
+    const auto base = from ? m_file.journal().bytesOf(*from) : std::optional<std::string>("");
+    const auto target = to ? m_file.journal().meantOf(*to) : std::optional<std::string>("");
+    if (!base || !target)
+        return false;
+    merge.repeat(rules::rulesOfText(*base), rules::rulesOfText(*target));
     return true;
 }
 
@@ -185,7 +187,11 @@ void RulesDocument::performStep(
 {
     forgetSteps();
     performStep(merge.change(),
-        {.action = version.action.value_or(std::string()), .kind = kind, .of = version.number}, time);
+        {.action = version.action.value_or(std::string()),
+            .kind = kind,
+            .of = version.number,
+            .refusesCuts = m_owner.undoRefusesCuts},
+        time);
     if (!merge.reports().empty())
         notify({.kind = DocumentNews::Kind::conflict, .text = mergeText({}, merge.reports())});
 }

@@ -3,6 +3,8 @@
 #include "rules/FileLines.h"
 #include "rules/RuleIdentity.h"
 #include "rules/RuleMarks.h"
+#include "rules/RulesDiff.h"
+#include "rules/RulesText.h"
 #include "workflow/DifferenceText.h"
 #include "workflow/ProgramSettings.h"
 
@@ -20,6 +22,23 @@ bool readsBack(const rules::RuleValue& rule, rules::LineEnds lineEnds)
 bool isSameRule(const rules::RuleValue& a, const rules::RuleValue& b)
 {
     return isEqualRule(a, b) && hasSameMarks(a, b);
+}
+
+// The first of these rules that is complete in the file, in words.
+std::optional<std::string> whyCut(const std::vector<rules::RuleValue>& endangered, std::string_view fileText)
+{
+    if (endangered.empty())
+        return std::nullopt;
+    rules::RuleReader reader;
+    for (const rules::FileLine& line : rules::fileLines(fileText)) {
+        const auto rule = line.end.empty() ? std::nullopt : reader.ruleOf(line.text);
+        const auto found = std::find_if(endangered.begin(), endangered.end(),
+            [&](const rules::RuleValue& other) { return rule && isSameRule(*rule, other); });
+        if (found != endangered.end())
+            return "the rule stands whole in the rules file and would lose its end: " + wholeLinesAdvice()
+                + ": " + ruleText(*found);
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -58,18 +77,30 @@ std::optional<std::string> whyRewritingCuts(
         if (lineEnds == rules::LineEnds::cut && needsWholeLines(valueOf(rule)))
             endangered.push_back(valueOf(rule));
     }
-    if (endangered.empty())
+    return whyCut(endangered, fileText);
+}
+
+std::optional<std::string> whyRewritingCuts(const rules::RulesSnapshot& rules, std::string_view fileText)
+{
+    std::vector<rules::RuleValue> endangered;
+    rules.forEach([&endangered](const rules::RuleValue& rule) {
+        if (needsWholeLines(rule))
+            endangered.push_back(rule);
+    });
+    return whyCut(endangered, fileText);
+}
+
+std::optional<std::string> whyLost(const rules::RulesSnapshot& rules, std::string_view content)
+{
+    const rules::RulesDifference unread = rulesDifference(rules::rulesOfText(content), rules.values());
+    std::vector<rules::RuleValue> lost = unread.added;
+    for (const auto& [read, meant] : unread.changed)
+        lost.push_back(meant);
+    const auto found = std::find_if(lost.begin(), lost.end(),
+        [](const rules::RuleValue& rule) { return readsBack(rule, rules::LineEnds::cut); });
+    if (found == lost.end())
         return std::nullopt;
-    rules::RuleReader reader;
-    for (const rules::FileLine& line : rules::fileLines(fileText)) {
-        const auto rule = line.end.empty() ? std::nullopt : reader.ruleOf(line.text);
-        const auto found = std::find_if(endangered.begin(), endangered.end(),
-            [&](const rules::RuleValue& other) { return rule && isSameRule(*rule, other); });
-        if (found != endangered.end())
-            return "the rule stands whole in the rules file and would lose its end: " + wholeLinesAdvice()
-                + ": " + ruleText(*found);
-    }
-    return std::nullopt;
+    return "the rule would be lost behind one that is cut: " + wholeLinesAdvice() + ": " + ruleText(*found);
 }
 
 } // namespace quorvane::workflow

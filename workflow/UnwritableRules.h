@@ -3,6 +3,7 @@
 #include "rules/RuleLine.h"
 #include "rules/RuleRef.h"
 #include "rules/RuleValue.h"
+#include "rules/RulesSnapshot.h"
 
 #include <optional>
 #include <string>
@@ -27,5 +28,11 @@ std::string wholeLinesAdvice();
 // which a change leaves alone, is complete in the file and would be cut. None when there is no such rule.
 std::optional<std::string> whyRewritingCuts(
     const std::vector<rules::RuleRef>& rules, std::string_view fileText, rules::LineEnds lineEnds);
+// The same for all rules that are to be written, where lines are cut: a rule with other marks is one that the
+// change affects.
+std::optional<std::string> whyRewritingCuts(const rules::RulesSnapshot& rules, std::string_view fileText);
+// Why one of the rules does not read back from `content`, made of them with cut lines, although its own line
+// is not cut; none when all of these do.
+std::optional<std::string> whyLost(const rules::RulesSnapshot& rules, std::string_view content);
 
 } // namespace quorvane::workflow

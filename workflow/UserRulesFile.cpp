@@ -13,6 +13,7 @@
 #include "rules/RulesMerge.h"
 #include "rules/RulesText.h"
 #include "rules/WholeRules.h"
+#include "workflow/UnwritableRules.h"
 #include "workflow/VersionChanges.h"
 
 #include <future>
@@ -401,13 +402,16 @@ WriteReport UserRulesFile::write(const WriteOrder& order, platform::FileLock& lo
 
 // Why nothing may be written; none when it may.
 std::optional<std::string> UserRulesFile::refusalOf(
-    const WriteOrder& order, const std::optional<Meant>& meant) const
+    const WriteOrder& order, const std::optional<Meant>& meant, std::string_view present) const
 {
     if (!meant)
         return "Version " + std::to_string(*order.restores) + " can no longer be read";
-    if (order.reason.refusesCuts && meant->content.isCut())
-        return "Not writing file '" + m_path + "': it would cut a rule with letters beyond ASCII";
-    return std::nullopt;
+    if (!order.reason.refusesCuts || !meant->content.isCut())
+        return std::nullopt;
+    auto damage = whyRewritingCuts(order.rules, present);
+    if (!damage)
+        damage = whyLost(order.rules, meant->content.bytes());
+    return damage ? std::optional("Not writing file '" + m_path + "': " + *damage) : std::nullopt;
 }
 
 void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platform::FileLock& lock)
@@ -423,7 +427,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
         meant = meantByVersion(*order.restores);
     else if (!order.change)
         meant->counts = countsSinceNewestVersion(rules::rulesOfText(meant->text()));
-    if (auto refusal = refusalOf(order, meant)) {
+    if (auto refusal = refusalOf(order, meant, present.text.text())) {
         report.message = std::move(refusal);
         report.isHopeless = !meant;
         return;

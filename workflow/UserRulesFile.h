@@ -128,7 +128,8 @@ private:
         const std::string& reason, platform::FileLock& lock, WriteReport& report);
     Meant meantBy(const WriteOrder& order) const;
     ChangeCounts countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules);
-    std::optional<std::string> refusalOf(const WriteOrder& order, const std::optional<Meant>& meant) const;
+    std::optional<std::string> refusalOf(
+        const WriteOrder& order, const std::optional<Meant>& meant, std::string_view present) const;
     std::optional<Meant> meantByVersion(std::int64_t number);
     std::optional<std::int64_t> versionUnderWay(const WriteOrder& order, const Meant& meant);
     std::optional<std::int64_t> beginVersion(

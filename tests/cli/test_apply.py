@@ -283,6 +283,15 @@ class BadInput(ApplyTest):
         self.assertEqual(self.summary(self.file({**RULE, "path": "/b"}))["written"], False)
         self.assertEqual(self.summary("--absent", self.file({**RULE, "path": "/\u00e4"}))["removed"], 1)
 
+    def test_no_rule_is_lost_behind_one_that_is_cut_already(self):
+        cut = line_of("/\u00e4")[:-1]
+        for present in (cut + line_of("/joined") + line_of("/b"), line_of("/b") + cut):
+            with self.subTest(present=present):
+                self.sandbox.write(self.sandbox.user_file, present)
+                self.refuse(self.file(RULE), saying="wholeLines=true")
+        self.assertEqual(self.run_program("apply", self.file(WATCH)).status, 0)  # stands before them
+        self.assertEqual(self.listed(), ["/w", "/b", "/\u00e4"])
+
     def test_a_rule_that_is_cut_already_keeps_no_command_from_writing(self):
         self.run_program("add", "allow", "path", "/\u00e4", "any", "r")
         result = self.run_program("apply", "--json", "--absent", self.file({**RULE, "path": "/mine"}))

@@ -228,6 +228,24 @@ class Undo(HistoryTest):
                 self.assertIn(f'both sides changed the tag: "theirs" is kept, not "{tag}"', result.err)
                 self.assertEqual(self.listed(key="tag"), ["theirs"])
 
+    def test_brings_back_a_rule_that_the_action_has_lost_behind_a_cut_line(self):
+        self.run_program("add", "watch", "path", "/\u00e9", "any", "r")  # stands before the other kind
+        self.assertEqual(self.listed(), ["/\u00e9"])
+        self.assertEqual(self.succeed("undo").out, b"Undone: Add Rule\n")
+        self.assertEqual(self.written(), FIRST)
+
+    def test_takes_back_nothing_where_that_would_damage_another_rule(self):
+        self.add("/b")
+        foreign = FIRST + SECOND + 'allow prefix "/\u00e9" "any" r "" "" "0"\n'.encode()
+        for more in (b"", SECOND.replace(b"/b", b"/c")):
+            with self.subTest(more=more):
+                self.sandbox.write(self.sandbox.user_file, foreign + more)
+                self.assertIn("wholeLines=true", self.fail_with(3, "undo").err)
+                self.assertEqual(self.written(), foreign + more)
+        self.sandbox.write(self.sandbox.user_file, foreign[:-1])  # cut already, and the last
+        self.assertEqual(self.run_program("undo").status, 0)
+        self.assertEqual(self.written(), foreign.replace(SECOND, b"")[:-1])
+
     def test_a_file_that_cannot_be_read_whole_stays(self):
         self.add()
         self.sandbox.write(self.sandbox.user_file, b"\xff")
