@@ -6,12 +6,14 @@
 #include "rules/RuleIdentity.h"
 #include "rules/RuleMarks.h"
 #include "rules/RuleNumbering.h"
+#include "rules/RulesFile.h"
 #include "workflow/DifferenceText.h"
 #include "workflow/ProgramBinding.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/UnwritableRules.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -58,7 +60,8 @@ std::optional<std::string> whyAnyIsUnwritable(
     return std::nullopt;
 }
 
-// Why writing the file would damage a rule outside the change; none when it would not.
+// Why writing the file would damage a rule outside the change; none when it would not. A rule that is cut
+// already harms none when it stays the last one.
 std::optional<std::string> whyDamaging(
     const rules::ChangeSet& change, const rules::RuleManager& store, rules::LineEnds lineEnds)
 {
@@ -69,12 +72,18 @@ std::optional<std::string> whyDamaging(
         replaced.insert(addressOf(removal.rule));
     for (const rules::ChangeSet::Change& each : change.changed)
         replaced.insert(addressOf(each.rule));
-    for (const rules::RuleRef& rule : store.userRules()) {
-        if (!replaced.contains(addressOf(rule)) && needsWholeLines(valueOf(rule)))
-            return "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
-                + ruleText(valueOf(rule));
+    const std::vector<rules::RuleRef> all = store.userRules();
+    const auto cut = std::find_if(all.begin(), all.end(), [&](const rules::RuleRef& rule) {
+        return !replaced.contains(addressOf(rule)) && needsWholeLines(valueOf(rule));
+    });
+    if (cut == all.end())
+        return std::nullopt;
+    if (std::next(cut) == all.end() && change.added.empty()) {
+        const auto present = rules::RulesFileText::read(store.locations().userRulesFile());
+        return whyRewritingCuts({*cut}, present.text(), lineEnds);
     }
-    return std::nullopt;
+    return "writing the rules file would cut another rule: " + wholeLinesAdvice() + ": "
+        + ruleText(valueOf(*cut));
 }
 
 // Refuses a change after which a written rule would not read back.

@@ -139,6 +139,17 @@ class Set(ChangeTest):
         self.assert_refused("remove", "--path", "/a", saying="wholeLines=true")
         self.succeed("remove", "--path", "/caf\u00e9s")
 
+    def test_a_last_rule_that_is_cut_already_keeps_no_other_from_changing(self):
+        cut = line("/caf\u00e9s")[:-1]
+        self.write(line("/a"), line("/b"), cut)
+        for command, expected in ((["set", "--set-tag", "t", "--path", "/a"], line("/a", tag="t") + line("/b") + cut),
+                                  (["remove", "--path", "/b"], line("/a", tag="t") + cut)):
+            with self.subTest(command=command):
+                self.assertEqual(self.run_program(*command).status, 0)
+                self.assertEqual(self.written(), expected)
+        self.write(cut, line("/joined"), line("/a"))
+        self.assert_refused("set", "--set-tag", "t", "--path", "/a", saying="wholeLines=true")
+
     def test_auto_binds_as_an_import_does(self):
         program = self.sandbox.new_file("program", "#!/bin/sh\n")
         digest = hashlib.sha256(read(program)).hexdigest()
