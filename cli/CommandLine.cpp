@@ -165,15 +165,15 @@ private:
         std::fprintf(stderr, "Run '%s --help' for more information.\n", called.c_str());
     }
 
-    // The parser misses a command before it looks at what stands in its place, and names unexpected arguments
-    // in reverse.
+    // The parser misses a command or an argument before it looks at what stands in its place, and names
+    // unexpected arguments in reverse.
     std::string problemOf(const CLI::ParseError& error) const
     {
         const bool hasCommand = !m_description.get_subcommands().empty();
         const std::vector<std::string> unexpected = m_description.remaining(true);
         const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
         const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-        if (!unexpected.empty() && (isExtra || (isMissing && !hasCommand))) {
+        if (!unexpected.empty() && (isExtra || isMissing)) {
             const std::string quoted = " '" + unexpected.front() + "'";
             if (unexpected.front().starts_with('-'))
                 return "unknown option" + quoted;

@@ -21,6 +21,11 @@ class Usage(CommandTest):
             with self.subTest(arguments=arguments):
                 self.assert_usage_error(*arguments)
 
+    def test_an_option_that_is_unknown_is_named_also_where_an_argument_is_missing_for_it(self):
+        self.assertIn("unknown option '-x'", self.fail_with(2, "add", "allow", "path", "-x", "any", "r").err)
+        self.assertIn("unknown option '--all'", self.fail_with(2, "diff", "--all", "a").err)
+        self.assertIn("B is required", self.fail_with(2, "diff", "a").err)
+
     def test_wrong_words_of_a_rule_are_usage_errors(self):
         for place, word in [(0, "Allow"), (0, "permit"), (0, ""), (1, "PREFIX"), (1, "folder"), (4, "rq"), (4, "R"),
                             (4, "r w")]:
