@@ -2,6 +2,7 @@
 
 #include "rules/RuleCodes.h"
 #include "tests/rules/StoreSandbox.h"
+#include "tests/support/EnvironmentVariable.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -92,8 +93,8 @@ TEST_F(ProblemsFinderTest, FindsOverlapsWhileAnyoneAsksForThem)
 
 TEST_F(ProblemsFinderTest, LooksAtFilesAgainOnlyWhenItIsAskedTo)
 {
-    const std::string file = box.folder.path("one");
-    add(file);
+    const test::EnvironmentVariable home("HOME", box.folder.path());
+    add("~/one");
     finder.start();
     await();
     EXPECT_EQ(count(FindingKind::missingPath), 1U);

@@ -1,4 +1,5 @@
 #include "windows/ProblemsPanel.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/windows/EditorTable.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/ProblemsModel.h"
@@ -170,11 +171,12 @@ TEST_F(ProblemsPanelTest, OffersToReviewTheRulesOfAJoinedLineThatIsChosen)
 
 TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)
 {
-    const test::TemporaryFolder folder;
-    openWith("allow path \"" + folder.path("late") + "\" \"any\" r \"\" \"\" \"0\"\n");
+    const test::TemporaryFolder home;
+    const test::EnvironmentVariable variable("HOME", home.path());
+    openWith("allow path \"~/late\" \"any\" r \"\" \"\" \"0\"\n");
     showPanel();
     EXPECT_EQ(status(), QStringLiteral("1 problem."));
-    folder.write("late", "x");
+    home.write("late", "x");
     button(*panel, QStringLiteral("Look &Again"))->click();
     ASSERT_TRUE(QTest::qWaitFor([this] { return status() == QStringLiteral("No problems."); }));
 }
