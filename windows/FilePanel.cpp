@@ -32,6 +32,8 @@ public:
             findChild<QWidget*>(QLatin1String(control))->hide();
         m_button = findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
         m_button->installEventFilter(this);
+        connect(
+            &nameField(), &QLineEdit::textChanged, this, &FileOrFolderPanel::updateButton); // after Qt has
         resize(760, 480);
     }
 
@@ -55,11 +57,13 @@ protected:
     {
         // Qt disables the button for files, on many occasions.
         if (watched == m_button && event->type() == QEvent::EnabledChange && !m_button->isEnabled())
-            m_button->setEnabled(QFileInfo::exists(chosenPath()));
+            updateButton();
         return FilePanel::eventFilter(watched, event);
     }
 
 private:
+    void updateButton() { m_button->setEnabled(QFileInfo::exists(chosenPath())); }
+
     QPushButton* m_button = nullptr;
 };
 

@@ -207,6 +207,35 @@ TEST_F(OpenPanel, StaysOpenWhenNothingHasTheName)
         std::nullopt);
 }
 
+TEST_F(OpenPanel, LooksUpWhatIsNamedWhenItChangesAndNotWhenThePointerMoves)
+{
+    chosen(folder.path(), [this](QFileDialog& panel) {
+        name(panel)->setText(QStringLiteral("late"));
+        EXPECT_FALSE(button(panel)->isEnabled());
+        folder.write("late", "");
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(button(panel), &leave);
+        EXPECT_FALSE(button(panel)->isEnabled());
+        name(panel)->setText(QStringLiteral("lat"));
+        EXPECT_FALSE(button(panel)->isEnabled());
+        name(panel)->setText(QStringLiteral("late"));
+        EXPECT_TRUE(button(panel)->isEnabled());
+    });
+}
+
+TEST_F(OpenPanel, CanBeConfirmedOnceTheNameTypedIsThatOfAFile)
+{
+    EXPECT_EQ(chosen(folder.path(),
+                  [](QFileDialog& panel) {
+                      QTest::keyClicks(name(panel), QStringLiteral("fil"));
+                      EXPECT_FALSE(button(panel)->isEnabled());
+                      QTest::keyClick(name(panel), Qt::Key_E);
+                      EXPECT_TRUE(button(panel)->isEnabled());
+                      button(panel)->click();
+                  }),
+        folder.path("file"));
+}
+
 TEST_F(OpenPanel, GoesWithItsParent)
 {
     EXPECT_EQ(chosen(folder.path(), [this](QFileDialog&) { parent.reset(); }), std::nullopt);
