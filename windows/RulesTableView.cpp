@@ -55,14 +55,11 @@ RulesTableView::RulesTableView(QWidget* parent)
     setTextElideMode(Qt::ElideMiddle);
     setIconSize(QSize(iconWidth, iconWidth));
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-    setCornerButtonEnabled(false);
     verticalHeader()->setVisible(false);
-    // A fixed height avoids measuring a million rows.
-    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // One height for all avoids measuring a million rows.
     verticalHeader()->setMinimumSectionSize(pixelsPerRow);
     verticalHeader()->setDefaultSectionSize(pixelsPerRow);
     horizontalHeader()->setSectionsClickable(true);
-    horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumHeight(headerHeight);
     horizontalHeader()->setMinimumSectionSize(leastColumnWidth);
     constexpr int measuredRows = 200;
@@ -160,7 +157,11 @@ void RulesTableView::setColumnShown(int column, bool isShown)
 {
     if (!isShown && shownColumns() == 1)
         return;
-    setColumnHidden(column, !isShown);
+    {
+        const QScopedValueRollback making(
+            m_isMakingRoom, true); // a column may come back narrower than wished
+        setColumnHidden(column, !isShown);
+    }
     makeRoomForPath();
     if (currentIndex().isValid())
         selectionModel()->setCurrentIndex(shownCell(currentIndex()), QItemSelectionModel::NoUpdate);

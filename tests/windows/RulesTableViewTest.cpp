@@ -4,6 +4,8 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QPaintEvent>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
@@ -67,6 +69,24 @@ protected:
     RulesTableView view;
 };
 
+// What of a widget has been painted since.
+class PaintedRegion : public QObject {
+public:
+    explicit PaintedRegion(QWidget& widget) { widget.installEventFilter(this); }
+    bool contains(const QRect& area) const { return (QRegion(area) - m_painted).isEmpty(); }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_painted += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+
+private:
+    QRegion m_painted;
+};
+
 } // namespace
 
 TEST_F(RulesTableViewTest, FitsColumnsToTheirContentsWithinLimits)
@@ -94,6 +114,46 @@ TEST_F(RulesTableViewTest, ShrinksTheWidestColumnsUntilThePathHasRoom)
     EXPECT_EQ(view.columnWidth(0), 30) << "never narrower";
     resizeTo(1000);
     EXPECT_EQ(widths(), wide);
+}
+
+TEST_F(RulesTableViewTest, MeasuresTheFirstRowsAloneHoweverManyThereAre)
+{
+    for (int row = 100; row < 1000; ++row)
+        model.appendRow({new QStandardItem(QStringLiteral("i")), new QStandardItem(QStringLiteral("i")),
+            new QStandardItem, new QStandardItem});
+    model.item(900, 1)->setText(QString(20, QLatin1Char('w')));
+    view.fitColumns();
+    EXPECT_EQ(view.columnWidth(1), 30) << "far down";
+    model.item(150, 1)->setText(QString(20, QLatin1Char('w')));
+    view.fitColumns();
+    EXPECT_GT(view.columnWidth(1), 100) << "out of sight, but near the top";
+}
+
+TEST_F(RulesTableViewTest, TakesUpColumnsThatHaveComeSince)
+{
+    model.insertColumn(4);
+    view.setPathColumn(widePart);
+    EXPECT_EQ(view.wishedWidths().size(), 5);
+    view.setPathColumn(4);
+    QApplication::processEvents();
+    EXPECT_EQ(view.horizontalHeader()->sectionResizeMode(4), QHeaderView::Stretch);
+    EXPECT_EQ(view.horizontalHeader()->sectionResizeMode(widePart), QHeaderView::Interactive);
+    EXPECT_EQ(view.horizontalHeader()->length(), view.viewport()->width());
+}
+
+TEST_F(RulesTableViewTest, GivesThePathWhatTheWindowGains)
+{
+    const QList<int> before = widths();
+    resizeTo(1200);
+    EXPECT_EQ(view.columnWidth(widePart), before[widePart] + 200);
+    EXPECT_EQ(view.columnWidth(0), before[0]);
+}
+
+TEST_F(RulesTableViewTest, MovesSidewaysByLessThanAColumnWhereThereIsNoRoomForAll)
+{
+    resizeTo(100);
+    EXPECT_EQ(
+        view.horizontalScrollBar()->maximum(), view.horizontalHeader()->length() - view.viewport()->width());
 }
 
 TEST_F(RulesTableViewTest, KeepsWidthsThatAPersonChose)
@@ -124,6 +184,16 @@ TEST_F(RulesTableViewTest, GivesTheRoomOfHiddenColumnsAway)
     EXPECT_EQ(view.columnWidth(widePart), wide[widePart] + 260);
     view.setColumnShown(0, true);
     QApplication::processEvents();
+    EXPECT_EQ(widths(), wide);
+
+    resizeTo(240);
+    const int shrunk = view.columnWidth(3);
+    view.setColumnShown(0, false);
+    EXPECT_GT(view.columnWidth(3), shrunk) << "at once";
+    view.setColumnShown(0, true);
+    EXPECT_EQ(view.columnWidth(3), shrunk);
+    EXPECT_EQ(view.wishedWidths()[0], 260) << "for when there is more room";
+    resizeTo(1000);
     EXPECT_EQ(widths(), wide);
 
     view.setColumnShown(widePart, false);
@@ -187,6 +257,10 @@ TEST_F(RulesTableViewTest, SelectsRowsInRunsAndShowsTheFirst)
     EXPECT_EQ(view.currentIndex(), model.index(60, 0));
     EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(60, widePart)).center()));
     EXPECT_TRUE(view.selectionModel()->isSelected(model.index(62, 3))) << "whole rows";
+    view.scrollToTop();
+    view.selectRows({60});
+    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(model.index(60, widePart)).center()))
+        << "although it was the current one";
 }
 
 TEST_F(RulesTableViewTest, SaysInWordsThatItIsEmpty)
@@ -199,6 +273,31 @@ TEST_F(RulesTableViewTest, SaysInWordsThatItIsEmpty)
     const QImage with = view.viewport()->grab().toImage();
     view.setEmptyText({});
     EXPECT_NE(view.viewport()->grab().toImage(), with);
+}
+
+TEST_F(RulesTableViewTest, ShowsAnotherTextAtOnceWhenItIsEmpty)
+{
+    model.removeRows(0, model.rowCount());
+    for (const char* text : {"Searching", "No rules."}) {
+        const PaintedRegion painted(*view.viewport());
+        view.setEmptyText(QLatin1String(text));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return painted.contains(view.viewport()->rect()); })) << text;
+    }
+}
+
+TEST_F(RulesTableViewTest, ShowsTheKeyboardFrameAroundWholeRowsAtOnce)
+{
+    view.setCurrentIndex(model.index(3, 1));
+    QApplication::processEvents();
+    view.viewport()->repaint();
+    const PaintedRegion painted(*view.viewport());
+    view.selectionModel()->setCurrentIndex(model.index(5, 1), QItemSelectionModel::NoUpdate);
+    for (const int row : {3, 5}) {
+        for (const int column : {0, 3}) {
+            EXPECT_TRUE(
+                QTest::qWaitFor([&] { return painted.contains(view.visualRect(model.index(row, column))); }));
+        }
+    }
 }
 
 TEST_F(RulesTableViewTest, MarksTheColumnOfTheOrderOrNone)
@@ -255,6 +354,11 @@ TEST_F(RulesTableViewTest, AsksForAMenuWhereTheRowIs)
     ASSERT_EQ(asked.count(), 2);
     EXPECT_EQ(asked[1][0].toInt(), 88);
     EXPECT_EQ(asked[1][1].toPoint(), QPoint(123, 45));
+
+    model.removeRows(1, 99);
+    QContextMenuEvent below(QContextMenuEvent::Mouse, view.viewport()->rect().bottomLeft(), QPoint(123, 45));
+    QApplication::sendEvent(view.viewport(), &below);
+    EXPECT_EQ(asked.count(), 2) << "there is no row";
 }
 
 TEST_F(RulesTableViewTest, EditsTheOneCellOfARowThatCanBeEdited)
