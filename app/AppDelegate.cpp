@@ -75,15 +75,7 @@ void AppDelegate::applicationDidFinishLaunching(const rules::RuleManager& store,
         showPreferencesWindow();
     }
     if (!m_showPreferences && starter == StartedBy::person)
-        bringToFront(mainWindow);
-}
-
-void AppDelegate::bringToFront(QWidget& window)
-{
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
+        windows::bringToFront(mainWindow);
 }
 
 void AppDelegate::applicationWillTerminate()
@@ -136,7 +128,7 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
             windows::toQt(notice.header), windows::toQt(notice.message), windows::toQt(notice.iconFile));
         adopt(*window);
         connect(window, &QObject::destroyed, this, goOn);
-        bringToFront(*window);
+        windows::bringToFront(*window);
     });
     if (!waitForResponse)
         return;
@@ -171,7 +163,7 @@ void AppDelegate::showPreferencesWindow()
     m_log.write("showing preferences window");
     m_preferencesWindow = m_openPreferencesWindow();
     adopt(*m_preferencesWindow);
-    bringToFront(*m_preferencesWindow);
+    windows::bringToFront(*m_preferencesWindow);
 }
 
 void AppDelegate::showHelp()

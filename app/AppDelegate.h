@@ -62,9 +62,6 @@ public:
     void applicationDidFinishLaunching(const rules::RuleManager& store, QWidget& mainWindow,
         const std::vector<std::string>& arguments, StartedBy starter = StartedBy::person);
 
-    // Raises the window above others and gives it the keyboard focus.
-    static void bringToFront(QWidget& window);
-
     // Call it when the event loop has ended: reloads the agents, and waits for notices still being sent.
     void applicationWillTerminate();
 

@@ -5,6 +5,7 @@
 #include "platform/Relaunch.h"
 #include "windows/QtText.h"
 #include "windows/RulesEditorTableController.h"
+#include "windows/WindowLook.h"
 
 #include <QProcess>
 
@@ -61,7 +62,7 @@ void DesktopRequests::start(const QDBusConnection& bus)
 void DesktopRequests::showMainWindow()
 {
     if (!m_delegate.isTerminating())
-        m_delegate.bringToFront(m_mainWindow);
+        windows::bringToFront(m_mainWindow);
 }
 
 void DesktopRequests::reviewFiles(const std::vector<std::string>& paths)

@@ -167,6 +167,7 @@ void measureWithMnemonic(QLabel& label)
 
 void bringToFront(QWidget& window)
 {
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
     window.activateWindow();

@@ -32,7 +32,7 @@ void applySheetLook(QWidget& window);
 // parts are not kerned with each other.
 void measureWithMnemonic(QLabel& label);
 
-// Raises the window above all others and gives it the keyboard focus.
+// Raises the window above all others, minimised or not, and gives it the keyboard focus.
 void bringToFront(QWidget& window);
 
 } // namespace quorvane::windows

@@ -14,12 +14,14 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleOptionViewItem>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <string_view>
 
 namespace quorvane::windows {
 
@@ -40,6 +42,23 @@ double contrast(const QColor& a, const QColor& b)
     const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
     return (lighter + 0.05) / (darker + 0.05);
 }
+
+// What a widget is told.
+class Events : public QObject {
+public:
+    explicit Events(QWidget& widget) { widget.installEventFilter(this); }
+    bool contain(QEvent::Type type) const { return m_types.contains(type); }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_types.append(event->type());
+        return false;
+    }
+
+private:
+    QList<QEvent::Type> m_types;
+};
 
 } // namespace
 
@@ -169,6 +188,25 @@ TEST(WindowLook, OutlinesInHighContrastHaveTheColourOfTheTextWhateverThePen)
     setAppearance(*qApp, {});
     for (const QPoint place : {QPoint(8, 0), QPoint(0, 8), QPoint(15, 8), QPoint(8, 15)})
         EXPECT_EQ(picture.pixelColor(place), QColor(Qt::white)) << place.x() << " " << place.y();
+}
+
+TEST(WindowLook, BringsAWindowToTheFrontThatIsHiddenOrMinimisedOrBehindAnother)
+{
+    QWidget window;
+    for (const char* before : {"hidden", "minimised", "behind"}) {
+        if (before == std::string_view("minimised"))
+            window.showMinimized();
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+        const Events events(window);
+        bringToFront(window);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window)) << before;
+        EXPECT_TRUE(window.isVisible()) << before;
+        EXPECT_FALSE(window.isMinimized()) << before;
+        EXPECT_TRUE(events.contain(QEvent::ZOrderChange)) << before;
+    }
 }
 
 TEST(WindowLook, NothingMovesByItself)
