@@ -382,6 +382,15 @@ TEST_F(PasswordTest, CanBeGivenUpWhenNoAnswerComes)
         service.lastCall("CheckAuthorization").arguments().at(4));
 }
 
+TEST_F(PasswordTest, CanBeGivenUpWithoutTheOnesBeforeIt)
+{
+    service.answer("CheckAuthorization", {result(true, false)});
+    verify();
+    const QVariant first = service.lastCall("CheckAuthorization").arguments().at(4);
+    verify();
+    EXPECT_NE(service.lastCall("CheckAuthorization").arguments().at(4), first);
+}
+
 TEST_F(PasswordTest, HasNoTimeLimitForThePerson)
 {
     service.methods["CheckAuthorization"] = [this](const QDBusMessage& call) {
