@@ -172,8 +172,6 @@ void RuleEditorControls::showSystemRule() const
 
 void RuleEditorControls::showUserRule() const
 {
-    m_widgets.cancelButton->show();
-    m_widgets.saveButton->setText(QObject::tr("Save"));
     m_widgets.pathTextField->setFocus();
 }
 

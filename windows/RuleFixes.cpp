@@ -23,9 +23,8 @@ void RuleFixes::show(const rules::RuleRef& rule)
 
 void RuleFixes::remove(const rules::RuleRef& rule)
 {
-    if (m_document.store().isStored(rule))
-        m_table.perform(workflow::removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
-            {.action = workflow::actionName("Delete", 1), .refusesCuts = true});
+    m_table.perform(workflow::removalOf(m_document.store(), {rule}, m_document.settings().lineEnds()),
+        {.action = workflow::actionName("Delete", 1), .refusesCuts = true});
 }
 
 void RuleFixes::moveProgram(const std::string& path)

@@ -44,6 +44,16 @@ TEST(RuleTextField, ShowsTheStartOfItsText)
     EXPECT_EQ(field.cursorPosition(), 0);
 }
 
+TEST(RuleTextField, RunsFromLeftToRightInAnyLayout)
+{
+    QWidget window;
+    window.setLayoutDirection(Qt::RightToLeft);
+    QLineEdit field(&window);
+    ASSERT_EQ(field.layoutDirection(), Qt::RightToLeft);
+    setUpRuleTextField(field);
+    EXPECT_EQ(field.layoutDirection(), Qt::LeftToRight);
+}
+
 TEST(RuleTextField, GivesBackEveryTextUnchanged)
 {
     QLineEdit field;

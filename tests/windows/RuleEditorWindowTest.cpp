@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include <sys/stat.h> // mkfifo
+
 namespace quorvane::windows {
 
 namespace {
@@ -174,6 +176,7 @@ TEST_P(RuleEditor, ShowsTheLockForAnyProgramAndNothingElse)
     const QImage shown = icon().toImage();
     EXPECT_EQ(shown.pixel(shown.width() / 2, shown.height() / 2), QColor(Qt::magenta).rgb());
     EXPECT_EQ(icon().deviceIndependentSize(), QSizeF(96, 96));
+    EXPECT_EQ(label("iconImageView")->accessibleDescription(), QStringLiteral("lock: any program"));
     QTest::keyClick(field("processNameTextField"), Qt::Key_End);
     QTest::keyClick(field("processNameTextField"), Qt::Key_Space);
     EXPECT_EQ(text("processNameTextField"), "any ");
@@ -191,6 +194,10 @@ TEST_P(RuleEditor, ShowsNoLockWhenItsImageIsMissingOrDamaged)
     folder.write("Library/Application Support/Quorvane/lock.png", "no image");
     editor->setApplicationIcon();
     EXPECT_TRUE(icon().isNull());
+    std::filesystem::remove(locations.noticeIconFile());
+    ASSERT_EQ(mkfifo(locations.noticeIconFile().c_str(), 0600), 0);
+    editor->setApplicationIcon();
+    EXPECT_TRUE(icon().isNull()) << "a pipe, of which nothing would ever be read";
 }
 
 TEST_P(RuleEditor, ShowsTheIconOfAProgramThatExists)
@@ -336,6 +343,7 @@ TEST_P(RuleEditor, ShowsASystemRuleReadOnly)
     for (const char* name : {"browsePathButton", "browseProcessButton", "opReadButton", "opWriteButton",
              "opCreateButton", "opMountButton", "opExecButton"})
         EXPECT_FALSE(in<QWidget>(*editor, name)->isEnabled()) << name;
+    EXPECT_TRUE(label("systemLabel")->isVisible());
     EXPECT_TRUE(label("systemImageView")->isVisible());
     const QPixmap mark = label("systemImageView")->pixmap(Qt::ReturnByValue);
     EXPECT_EQ(mark.deviceIndependentSize(), QSizeF(12, 12));
@@ -354,6 +362,15 @@ TEST_P(RuleEditor, SavingASystemRuleIsACancel)
     EXPECT_EQ(lines.at(lines.size() - 2), logged("saveClicked:]"));
     EXPECT_EQ(lines.back(), logged("cancelClicked:]"));
     EXPECT_FALSE(editor->isVisible());
+}
+
+TEST_P(RuleEditor, ReturnClosesTheEditorOfASystemRule)
+{
+    open(rule({.path = "/p", .processName = "any", .system = true}));
+    field("pathTextField")->setFocus();
+    QTest::keyClick(field("pathTextField"), Qt::Key_Return);
+    EXPECT_FALSE(editor->isVisible());
+    EXPECT_EQ(log.lines().back(), logged("cancelClicked:]"));
 }
 
 TEST_P(RuleEditor, TwoEditorsOfOneRuleLeaveOneRuleAndTheLastSaveWins)

@@ -435,6 +435,25 @@ TEST_F(RulesExchange, TheImportPanelTakesOneExchangeFile)
     EXPECT_EQ(review()->path(), folder.path("root/Users/Shared/Quorvane Extras/Tools.quorv"));
 }
 
+TEST_F(RulesExchange, TheImportPanelListsNoFileThatItWouldRefuse)
+{
+    for (const char* name : {"a.quorv", "b.QUORV", "c.Quorv", "d.qUORV", "e.txt"})
+        folder.write(std::string("root/Users/Shared/Quorvane Extras/") + name, "watch path \"/w\" any r\n");
+    importWith([](QFileDialog& panel) {
+        const auto* list = panel.findChild<QAbstractItemView*>(QStringLiteral("treeView"));
+        QStringList listed;
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            listed.clear();
+            for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+                listed.append(list->model()->index(row, 0, list->rootIndex()).data().toString());
+            return listed.size() >= 3;
+        }));
+        EXPECT_EQ(listed.join(QLatin1Char(' ')), QStringLiteral("a.quorv b.QUORV c.Quorv"));
+        panel.reject();
+    });
+    EXPECT_EQ(review(), nullptr);
+}
+
 TEST_F(RulesExchange, AFileOfAnyNameInAnyFolderIsImported)
 {
     for (const char* name : {"Käse/Käse.quorv", "100%25 #1/it's.quorv", "a b/say \"hi\" & <b>.QUORV"}) {
