@@ -74,19 +74,6 @@ void ChangeWindow::setControls(QWidget* controls)
     m_ui->controlsLayout->addWidget(controls);
     for (auto* label : controls->findChildren<QLabel*>())
         measureWithMnemonic(*label);
-    // Before the table in the tab order, although the table was created first.
-    QWidget* last = controls;
-    for (auto* control : controls->findChildren<QWidget*>()) {
-        const bool isPartOfPopUp = control->window() != this;
-        if (!isPartOfPopUp && (control->focusPolicy() & Qt::TabFocus)) {
-            setTabOrder(last, control);
-            last = control;
-        }
-    }
-    setTabOrder(last, m_ui->differenceTableView);
-    setTabOrder(m_ui->differenceTableView, m_ui->wholeLinesButton);
-    setTabOrder(m_ui->wholeLinesButton, m_ui->cancelButton);
-    setTabOrder(m_ui->cancelButton, m_ui->changeButton);
     controls->setFocus();
 }
 

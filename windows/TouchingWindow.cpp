@@ -60,12 +60,6 @@ void TouchingWindow::setUpQuestion()
     m_ui->questionLayout->addRow(tr("Pro&gram"), m_program);
     m_ui->questionLayout->addRow(tr("Operations"), m_operations);
     m_ui->questionLayout->addRow(QString(), m_includesSystemRules);
-    QWidget* previous = m_includesSystemRules;
-    for (QWidget* next : {static_cast<QWidget*>(m_ui->touchingTableView),
-             static_cast<QWidget*>(m_ui->showButton), static_cast<QWidget*>(m_ui->closeButton)}) {
-        setTabOrder(previous, next);
-        previous = next;
-    }
     for (const PathField* field : {m_path, m_program})
         connect(field, &PathField::pathChanged, this, &TouchingWindow::ask);
     connect(m_operations, &OperationBoxesRow::operationsChanged, this, &TouchingWindow::ask);

@@ -3,7 +3,10 @@
 #include "windows/RulesTableView.h"
 #include "workflow/PlannedChange.h"
 
+#include <QComboBox>
+#include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -109,6 +112,27 @@ TEST_F(ChangeWindowTest, StaysOpenWhereTheControlsAskForNothing)
     EXPECT_TRUE(confirmed.isEmpty());
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(button()->isEnabled());
+}
+
+TEST_F(ChangeWindowTest, IsWalkedByTabFromItsControlsToItsButtons)
+{
+    auto* controls = new QWidget;
+    auto* text = new QLineEdit(controls);
+    auto* choice = new QComboBox(controls);
+    choice->addItem(QStringLiteral("one"));
+    auto* layout = new QHBoxLayout(controls);
+    layout->addWidget(text);
+    layout->addWidget(choice);
+    controls->setFocusProxy(text);
+    window->setControls(controls);
+    QApplication::processEvents(); // shows them
+    EXPECT_EQ(window->focusWidget(), text);
+    for (const QWidget* next : {static_cast<QWidget*>(choice), static_cast<QWidget*>(table),
+             window->findChild<QWidget*>(QStringLiteral("cancelButton")), static_cast<QWidget*>(button()),
+             static_cast<QWidget*>(text)}) {
+        QTest::keyClick(window->focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(window->focusWidget(), next) << next->objectName().toStdString();
+    }
 }
 
 TEST_F(ChangeWindowTest, MakesColumnsAsWideAsTheLatestTextsNeed)
