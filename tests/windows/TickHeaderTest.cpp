@@ -58,4 +58,32 @@ TEST(TickHeader, AnAscendingOrderPointsUp)
     }
 }
 
+TEST(TickHeader, ShowsWhetherAllSomeOrNoneAreTickedInTheMiddleOfATitle)
+{
+    QStandardItemModel model(1, 2);
+    TickHeader header;
+    header.setModel(&model);
+    header.resize(200, 30);
+    header.resizeSection(0, 60);
+    const auto picture = [&] { return header.grab(QRect(0, 0, 60, 30)).toImage(); };
+    const QImage without = picture();
+    QList<QImage> seen{without};
+    for (const auto state : {Qt::Unchecked, Qt::PartiallyChecked, Qt::Checked}) {
+        model.setHeaderData(0, Qt::Horizontal, static_cast<int>(state), Qt::CheckStateRole);
+        const QImage image = picture();
+        EXPECT_FALSE(seen.contains(image)) << state;
+        seen.append(image);
+        // What differs is the box.
+        QRect box;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixel(x, y) != without.pixel(x, y))
+                    box |= QRect(x, y, 1, 1);
+            }
+        }
+        EXPECT_NEAR(box.center().x(), 30, 2) << state;
+        EXPECT_NEAR(box.center().y(), 15, 2) << state;
+    }
+}
+
 } // namespace quorvane::windows
