@@ -540,10 +540,6 @@ Alle: %1. Version %2, die neueste, bleibt.</translation>
 <context>
     <name>QObject</name>
     <message>
-        <source>Save</source>
-        <translation>Save</translation>
-    </message>
-    <message>
         <source>lock: any program</source>
         <translation>Schloss: jedes Programm</translation>
     </message>
