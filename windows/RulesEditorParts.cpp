@@ -111,6 +111,8 @@ void RulesEditorTableController::setUpParts()
 
 void RulesEditorTableController::setUpNarrowing(ProblemsFinder& finder)
 {
+    // The user is now looking for something else. Connected before what shows other rows, perhaps at once.
+    connect(m_ui->narrowBar, &NarrowBar::criteriaChanged, this, [this] { m_newRule.reset(); });
     auto* narrowing = new TableNarrowing(*m_ui->narrowBar, m_store, finder);
     narrowing->setParent(m_parts.get());
     connect(this, &RulesEditorTableController::rulesDidChange, narrowing, &TableNarrowing::rulesDidChange);
@@ -118,8 +120,6 @@ void RulesEditorTableController::setUpNarrowing(ProblemsFinder& finder)
         m_model->setNarrowing(narrowed);
         reloadRows();
     });
-    connect(m_ui->narrowBar, &NarrowBar::criteriaChanged, this,
-        [this] { m_newRule.reset(); }); // the user is now looking for something else
     connect(m_ui->narrowMenuItem, &QAction::toggled, this, [this, narrowing](bool isShown) {
         narrowing->setShown(isShown);
         isShown ? m_ui->narrowBar->setFocus() : m_ui->rulesEditorTableView->setFocus();

@@ -85,7 +85,6 @@ RulesEditorTableController::RulesEditorTableController(workflow::RulesDocument& 
     restoreWindowSize(*this);
     updateCounts();
     showFailure();
-    m_ui->rulesEditorTableView->setFocus();
     setUpDocument();
     m_follower->start();
     awakeFromNib();
@@ -151,7 +150,6 @@ void RulesEditorTableController::setUpActions()
 void RulesEditorTableController::setUpSortMenu()
 {
     auto* oneOf = new QActionGroup(this);
-    oneOf->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     const auto add = [this, oneOf](const QString& title, rules::SortKey key, int column) {
         QAction* item = oneOf->addAction(title);
         item->setCheckable(true);

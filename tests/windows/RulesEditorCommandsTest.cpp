@@ -5,6 +5,7 @@
 #include "windows/RulesTableModel.h"
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -107,6 +108,32 @@ TEST_F(Commands, ASavedNewRuleIsSelectedInTheTable)
         EXPECT_EQ(selectedPaths(), QStringLiteral("/new/"));
         EXPECT_TRUE(run.internalWrite);
     }
+}
+
+TEST_F(Commands, ASavedNewRuleThatIsNotShownIsNotSelectedLaterInTheMidstOfSomethingElse)
+{
+    const auto saveNew = [this] {
+        action("newPolicyRuleMenuItem")->trigger();
+        auto* opened = editor<RuleEditorWindow>();
+        opened->findChild<QLineEdit*>(QStringLiteral("pathTextField"))->setText(QStringLiteral("/new/"));
+        opened->saveClicked();
+        delete opened;
+    };
+    auto* search = in<QLineEdit>("searchField");
+    search->setText(QStringLiteral("vi"));
+    saveNew();
+    search->clear();
+    EXPECT_TRUE(shownPaths().contains(QStringLiteral("/new/")));
+    EXPECT_EQ(selectedPaths(), QString());
+
+    action("narrowMenuItem")->trigger();
+    auto* ruleClass = in<QComboBox>("classChoice");
+    ruleClass->setCurrentIndex(ruleClass->findText(QStringLiteral("Watch")));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !shownPaths().contains(QStringLiteral("/new/")); }));
+    saveNew();
+    ruleClass->setCurrentIndex(0);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return shownPaths().contains(QStringLiteral("/new/")); }));
+    EXPECT_EQ(selectedPaths(), QString());
 }
 
 TEST_F(Commands, RightClickSelectsTheRowAloneBeforeTheMenuOpens)

@@ -4,6 +4,7 @@
 #include "tests/windows/TableWindow.h"
 #include "windows/PlainText.h"
 #include "windows/RulesTableModel.h"
+#include "workflow/RuleEdits.h"
 
 #include <QAction>
 #include <QApplication>
@@ -207,6 +208,33 @@ TEST_F(MainWindow, ReturnInTheSearchFieldGoesOnToTheRows)
     EXPECT_TRUE(table->hasFocus());
 }
 
+TEST_F(MainWindow, OpensWithTheKeyboardInItsTable)
+{
+    EXPECT_EQ(window->focusWidget(), table);
+}
+
+TEST_F(MainWindow, FindGoesToTheSearchFieldAndSelectsWhatStandsThere)
+{
+    search->setText(QStringLiteral("shell"));
+    search->setFocus();
+    search->deselect();
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    action("findMenuItem")->trigger();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_TRUE(search->hasFocus());
+    EXPECT_EQ(search->selectedText(), QStringLiteral("shell"));
+}
+
+TEST_F(MainWindow, LeavesItsDocumentToOthersWhenItIsGone)
+{
+    window.reset();
+    document.perform(workflow::deletionOf(store, {store.userRules().front()}), {"Delete Rule"});
+    EXPECT_EQ(store.userRules().size(), 3U);
+}
+
 TEST_F(MainWindow, LettersTypedOverTheTableGoOnInTheSearchField)
 {
     table->setFocus();
@@ -250,6 +278,28 @@ TEST_F(MainWindow, SortsFromTheMenuAsWell)
             item->trigger();
     }
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c /w"));
+}
+
+TEST_F(MainWindow, TicksInTheMenuWhatItIsSortedBy)
+{
+    const auto ticked = [this] {
+        QStringList titles;
+        for (const QAction* item : in<QMenu>("sortMenu")->actions()) {
+            if (item->isChecked())
+                titles.append(item->text());
+        }
+        return titles.join(QLatin1Char(' '));
+    };
+    EXPECT_EQ(ticked(), QString());
+    QAction* date = in<QMenu>("sortMenu")->actions().last();
+    date->trigger();
+    EXPECT_EQ(ticked(), QStringLiteral("Date"));
+    date->trigger();
+    EXPECT_EQ(ticked(), QStringLiteral("Date")) << "the other way round";
+    clickTitle(workflow::RuleColumn::path);
+    EXPECT_EQ(ticked(), QStringLiteral("Path"));
+    clickTitle(workflow::RuleColumn::path);
+    EXPECT_EQ(ticked(), QStringLiteral("Path"));
 }
 
 TEST_F(MainWindow, RemembersItsSizeAndColumnWidths)
