@@ -6,6 +6,7 @@
 #include "tests/support/FakePrivilegedCommand.h"
 #include "tests/support/TestDocument.h"
 #include "windows/ElidedLabel.h"
+#include "windows/FootNotices.h"
 #include "windows/RulesTableView.h"
 #include "windows/Shades.h"
 #include "workflow/PreferencesFile.h"
@@ -357,6 +358,40 @@ TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTim
     EXPECT_EQ(numbers(), QStringLiteral("4 3 2 1"));
 }
 
+TEST_F(HistoryWindowTest, SearchesVersionsThatComeMeanwhile)
+{
+    open(1);
+    searchFor("/later/");
+    waitFor([&] { return counts() == QStringLiteral("0 of 1 version"); });
+    document->perform(
+        workflow::additionOf(test::policyRule({.path = "/later/", .processName = "/bin/sh"})), {"Add Rule"});
+    waitFor([&] { return numbers() == QStringLiteral("2"); });
+}
+
+TEST_F(HistoryWindowTest, IsWalkedByKeysBetweenItsSearchAndItsVersions)
+{
+    open(1);
+    auto* search = in<QLineEdit>("searchField");
+    QTest::keyClick(versions, Qt::Key_R);
+    EXPECT_TRUE(search->hasFocus());
+    EXPECT_EQ(search->text(), QStringLiteral("r"));
+    QTest::keyClick(search, Qt::Key_Return);
+    EXPECT_TRUE(versions->hasFocus());
+    search->setFocus();
+    search->deselect();
+    QTest::keyClick(search, Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(search->selectedText(), QStringLiteral("r"));
+    versions->setFocus();
+    QTest::keyClick(versions, Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(search->hasFocus());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_EQ(search->text(), QString());
+    EXPECT_TRUE(search->hasFocus());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_TRUE(versions->hasFocus());
+    EXPECT_TRUE(window->isVisible());
+}
+
 TEST_F(HistoryWindowTest, SearchesForOneLineOfWhatIsPasted)
 {
     open(1);
@@ -457,6 +492,55 @@ TEST_F(HistoryWindowTest, SelectsTheFirstVersionFromTheWantedOneOnEvenWhenItCome
     EXPECT_EQ(selected(), QStringLiteral("1"));
     add("/d/");
     waitFor([&] { return selected() == QStringLiteral("3"); });
+}
+
+TEST_F(HistoryWindowTest, ShowsTheWantedVersionWhateverIsShownAndLetsThePersonGoOn)
+{
+    box.writePreferences(test::preference("ui.prompts.oob", 1));
+    preferences->keepPresentVersion();
+    add("/c/");
+    open(2);
+    in<QComboBox>("subjectPopUpButton")->setCurrentIndex(1);
+    waitFor([&] { return numbers() == QStringLiteral("1"); });
+    searchFor("nothing");
+    window->showVersionFrom(1);
+    EXPECT_EQ(in<QComboBox>("subjectPopUpButton")->currentIndex(), 0);
+    waitFor([&] { return numbers() == QStringLiteral("2 1") && selected() == QStringLiteral("1"); });
+    select(0);
+    add("/d/");
+    waitFor([&] { return numbers() == QStringLiteral("3 2 1"); });
+    EXPECT_EQ(selected(), QStringLiteral("2")) << "chosen since";
+}
+
+TEST_F(HistoryWindowTest, SaysNothingOfOneHistoryBesideAnotherAndFitsItsColumnsToIt)
+{
+    box.writePreferences(test::preference("ui.prompts.oob", 1));
+    preferences->keepPresentVersion();
+    add("/c/");
+    open(2);
+    const int fitted = versions->columnWidth(0);
+    versions->setColumnWidth(0, fitted + 100);
+    select(1);
+    click("restoreButton");
+    EXPECT_EQ(window->findChild<FootNotices*>()->count(), 1U);
+    in<QComboBox>("subjectPopUpButton")->setCurrentIndex(1);
+    EXPECT_EQ(window->findChild<FootNotices*>()->count(), 0U);
+    waitFor([&] { return numbers() == QStringLiteral("1"); });
+    EXPECT_EQ(versions->columnWidth(0), fitted);
+}
+
+TEST_F(HistoryWindowTest, SaysNothingOfOneDifferenceWhileItLooksForAnother)
+{
+    rules->keepPresentVersion();
+    box.writeUserRules(lineOf("/b/") + lineOf("/a/"));
+    rules->keepPresentVersion();
+    open(2);
+    EXPECT_EQ(changes->accessibleDescription(),
+        QStringLiteral("Nothing differs but the order, or how it is written."));
+    versions->selectRow(1);
+    EXPECT_EQ(summary(), QStringLiteral("Comparing\u2026"));
+    EXPECT_EQ(changes->accessibleDescription(), QString());
+    waitUntilCompared();
 }
 
 TEST_F(HistoryWindowTest, CopiesTheSelectedChangesAsText)
