@@ -53,8 +53,9 @@ public:
     // The absolute path, within the root, of what `path` leads to, free of links; none when there is nothing.
     std::optional<std::string> resolved(const std::string& path) const;
 
-    // Compares the held folder objects: two that were opened by the same path differ.
-    auto operator<=>(const FileRoot&) const = default;
+    // Compare the held folder objects: two that were opened by the same path differ.
+    bool operator==(const FileRoot&) const = default;
+    bool operator<(const FileRoot& other) const { return m_folder < other.m_folder; }
 
 private:
     std::shared_ptr<const FileDescriptor> m_folder; // none: this machine's root

@@ -39,12 +39,17 @@ class Kills(unittest.TestCase):
         self.assertEqual(whole.status, 0, whole)
         meant = self.scene.rules()
         calls = "write" if fault == "cut" else "any"
+        kills = 0
         for number in faults.sample(range(1, whole.counts[calls] + 1), POSITIONS):
             with self.subTest(command=command, number=number, fault=fault):
                 self.scene.reset()
                 killed = self.scene.run(*self.commands[command], fault=f"{calls}:{number}:{fault}")
-                self.assertTrue(faults.was_killed(killed), killed)
+                if faults.was_killed(killed):
+                    kills += 1
+                else:  # a file that was written just now is looked at more closely, and so with more calls
+                    self.assertLess(killed.counts[calls], number, killed)
                 self.assert_as_before_or_as_meant(before, meant)
+        self.assertGreater(kills, 0)
 
     def assert_as_before_or_as_meant(self, before, meant):
         was_cut = self.scene.rules() not in (before, meant)
