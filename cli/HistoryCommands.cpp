@@ -236,7 +236,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const auto user = openForWriting(context);
+        const auto user = openToUndo(context);
         if (!user)
             return ExitStatus::failure;
         const auto name = user->document().undoName();
@@ -253,7 +253,7 @@ public:
 
     int run(const CommandContext& context) override
     {
-        const auto user = openForWriting(context);
+        const auto user = openToUndo(context);
         if (!user)
             return ExitStatus::failure;
         const auto name = user->document().redoName();

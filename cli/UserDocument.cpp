@@ -45,12 +45,18 @@ rules::LineEnds UserDocument::lineEnds() const
     return m_document.settings().lineEnds();
 }
 
+namespace {
+
+constexpr const char* wouldLoseRules = "nothing was written: it would lose the rules that were not read";
+
+} // namespace
+
 std::unique_ptr<UserDocument> openToLook(const CommandContext& context)
 {
     const OpenedStore opened = openStore({}, context);
     if (opened.isComplete)
         return std::make_unique<UserDocument>(opened.store, context);
-    printError("nothing was written: it would lose the rules that were not read");
+    printError(wouldLoseRules);
     return nullptr;
 }
 
@@ -59,6 +65,18 @@ std::unique_ptr<UserDocument> openForWriting(const CommandContext& context)
     auto user = openToLook(context);
     if (user)
         user->document().recover();
+    return user;
+}
+
+std::unique_ptr<UserDocument> openToUndo(const CommandContext& context)
+{
+    const OpenedStore opened = openStore({}, context);
+    auto user = std::make_unique<UserDocument>(opened.store, context);
+    if (!opened.isComplete && !user->document().isFileAsWeLeftIt()) {
+        printError(wouldLoseRules);
+        return nullptr;
+    }
+    user->document().recover();
     return user;
 }
 

@@ -51,6 +51,10 @@ std::unique_ptr<UserDocument> openToLook(const CommandContext& context);
 // The same for changing them: completes an interrupted write first.
 std::unique_ptr<UserDocument> openForWriting(const CommandContext& context);
 
+// The same for undoing and redoing, also where the file cannot be read since our own write has cut it within
+// a letter.
+std::unique_ptr<UserDocument> openToUndo(const CommandContext& context);
+
 // The same for restoring an earlier version, whatever the file contains now: one that could not be read
 // completely is renamed. Never null.
 std::unique_ptr<UserDocument> openToRestore(const CommandContext& context);

@@ -107,6 +107,8 @@ public:
     // before that waits for it.
     bool undo();
     bool redo();
+    // True when the file has the very bytes that our programs wrote last.
+    bool isFileAsWeLeftIt();
     // The names of these actions; none when there is none, or while one is still to come. May open the
     // journal.
     std::optional<std::string> undoName();

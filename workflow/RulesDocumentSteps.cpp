@@ -196,6 +196,11 @@ void RulesDocument::performStep(
         notify({.kind = DocumentNews::Kind::conflict, .text = mergeText({}, merge.reports())});
 }
 
+bool RulesDocument::isFileAsWeLeftIt()
+{
+    return m_file.isAsWeLeftIt(m_owner.lockTimeout);
+}
+
 std::optional<std::string> RulesDocument::undoName()
 {
     if (!m_stepsDue.empty())

@@ -4,6 +4,7 @@
 #include "platform/FileIdentity.h"
 #include "platform/Log.h"
 #include "platform/SystemError.h"
+#include "platform/Unicode.h"
 #include "rules/MergedChange.h"
 #include "rules/RuleLine.h"
 #include "rules/RulesContent.h"
@@ -325,6 +326,16 @@ std::optional<std::string> UserRulesFile::textUnderWay(std::chrono::milliseconds
     return std::nullopt;
 }
 
+bool UserRulesFile::isAsWeLeftIt(std::chrono::milliseconds wait)
+{
+    const auto newest = journal().newest();
+    if (!newest || !newest->program)
+        return false;
+    const FileContent present(rules::RulesFileText::read(m_path, wait));
+    return !present.text.errorMessage() && present.bytes.bytes().size() == newest->bytes
+        && present.bytes.digest() == newest->sha256;
+}
+
 // A file with rules that may be missing in the store is never overwritten but renamed. Returns its new name.
 std::optional<std::string> UserRulesFile::putAside(
     const std::string& reason, platform::FileLock& lock, WriteReport& report)
@@ -482,6 +493,11 @@ void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant) const
         report.known = std::move(*known);
     else
         report.message = "The rules file '" + m_path + "' does not hold what was written to it";
+    if (meant.whole && !platform::isValidUtf8(written))
+        report.news.push_back(newsOf(DocumentNews::Kind::warning,
+            "The rules file '" + m_path
+                + "' is cut within a letter: no program reads any of its rules. Undo makes it readable "
+                  "again."));
     if (meant.whole || meant.unwritableRules > 0)
         report.readAs = rules::rulesOfText(written);
     report.unwritableRules = meant.unwritableRules;

@@ -99,6 +99,10 @@ public:
     // process that is writing the file.
     std::optional<std::string> textUnderWay(std::chrono::milliseconds wait);
 
+    // True when the file has the very bytes of the newest version, and that is of our programs. Waits at most
+    // `wait` for another process that is writing the file.
+    bool isAsWeLeftIt(std::chrono::milliseconds wait);
+
     WriteReport write(const WriteOrder& order, platform::FileLock& lock);
 
     // Records the file's content as a version of another program, unless it is the newest. Waits at most

@@ -234,6 +234,18 @@ class Undo(HistoryTest):
         self.assertEqual(self.succeed("undo").out, b"Undone: Add Rule\n")
         self.assertEqual(self.written(), FIRST)
 
+    def test_takes_back_an_action_that_has_cut_the_file_within_a_letter(self):
+        self.add("/b")
+        result = self.run_program("add", "allow", "path", "/c", "any", "r", "--constraint", "\u6f22" * 6 + "a")
+        self.assertEqual(result.status, 0)
+        self.assertIn("no program reads any of its rules", result.err)
+        self.assertEqual(self.run_program("list", "--json").out, b"")
+        cut = self.written()
+        result = self.run_program("undo")
+        self.assertEqual((result.status, result.out, self.written()), (0, b"Undone: Add Rule\n", FIRST + SECOND))
+        self.assertEqual(read(self.sandbox.user_file + ".unread"), cut)
+        self.assertIn(".unread", result.err)
+
     def test_takes_back_nothing_where_that_would_damage_another_rule(self):
         self.add("/b")
         foreign = FIRST + SECOND + 'allow prefix "/\u00e9" "any" r "" "" "0"\n'.encode()
