@@ -83,7 +83,7 @@ rules::RuleValue ruleOfTokens(const std::vector<std::string_view>& tokens, rules
 }
 
 // JSON may hold the other line ends of a rules file in its texts.
-std::vector<rules::FileLine> jsonLines(std::string_view text)
+std::vector<rules::FileLine> linesOfJson(std::string_view text)
 {
     std::vector<rules::FileLine> lines;
     while (!text.empty()) {
@@ -106,7 +106,7 @@ public:
     {
         WantedRules wanted;
         std::size_t number = 1;
-        for (const rules::FileLine& line : m_isJson ? jsonLines(text) : rules::fileLines(text)) {
+        for (const rules::FileLine& line : m_isJson ? linesOfJson(text) : rules::fileLines(text)) {
             try {
                 readLine(line.text, number, wanted);
             } catch (const NoRuleError& error) {

@@ -9,12 +9,11 @@ namespace quorvane::rules {
 
 namespace {
 
-constexpr std::uint32_t none = AlignedLine::none;
-
 // Determines which lines of the files correspond.
 class Alignment {
     using Side = MergeSide::Value;
     using enum MergeSide::Value;
+    static constexpr std::uint32_t none = AlignedLine::none;
 
 public:
     Alignment(const LineCatalogue& catalogue, std::array<AlignedFile, MergeSide::count>& files)
