@@ -185,6 +185,38 @@ TEST_F(ImportWindow, ReadingTheFileAgainForgetsTheOrder)
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
 }
 
+TEST_F(ImportWindow, WithoutAFileItsTitlesDoNothing)
+{
+    open("");
+    for (const auto column : {workflow::ImportColumn::path, workflow::ImportColumn::tick})
+        clickTitle(column);
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_EQ(counts(), QStringLiteral("0 of 0 rules ticked"));
+}
+
+TEST_F(ImportWindow, FitsItsColumnsToTheFileButThatOfTheTicks)
+{
+    openThree();
+    const int application = static_cast<int>(workflow::ImportColumn::application);
+    const int narrow = table->columnWidth(application);
+    folder.write("Three.quorv", "allow prefix \"/d\" \"/bin/a program of several words\" r\n");
+    window->resize(1300, 500);
+    window->reloadData();
+    EXPECT_GT(table->columnWidth(application), narrow + 50);
+    EXPECT_EQ(table->horizontalHeader()->sectionResizeMode(static_cast<int>(workflow::ImportColumn::tick)),
+        QHeaderView::Fixed);
+}
+
+TEST_F(ImportWindow, TheSpaceBarOnAButtonPressesIt)
+{
+    openThree();
+    table->selectRow(0);
+    button("cancelButton")->setFocus();
+    QTest::keyClick(button("cancelButton"), Qt::Key_Space);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+}
+
 TEST_F(ImportWindow, AClickUnticksARuleAndAnotherTicksItAgain)
 {
     openThree();
@@ -296,6 +328,7 @@ TEST_F(ImportWindow, TellsWhyRulesOfTheFileAreNotListed)
     EXPECT_EQ(table->model()->rowCount(), 0);
     EXPECT_TRUE(
         table->accessibleDescription().startsWith(QStringLiteral("Failed to open file '") + toQt(link)));
+    EXPECT_EQ(counts(), QStringLiteral("0 of 0 rules ticked")) << "the table says it";
 
     using namespace std::string_literals;
     open(folder.write("Cut.quorv",
@@ -602,6 +635,19 @@ TEST_F(ImportForesightBar, SaysWhenNoRuleIsOfTheChosenKindAnyMore)
     window->presentRulesDidChange();
     waitFor("Present 0");
     EXPECT_EQ(table->accessibleDescription(), QStringLiteral("No rule is of this kind."));
+}
+
+TEST_F(ImportForesightBar, ForgetsWhatItCountedWhenTheFileIsReadAgain)
+{
+    openFile();
+    choose("Present 1");
+    folder.write("Four.quorv", "allow prefix \"/e\" \"/bin/sh\" r\n");
+    window->reloadData();
+    EXPECT_EQ(shownPaths(), QStringLiteral("/e"));
+    EXPECT_EQ(counts(), QStringLiteral("1 of 1 rules ticked"));
+    waitFor("Failing 0");
+    EXPECT_NE(find("Present 0"), nullptr);
+    EXPECT_EQ(counts(), QStringLiteral("1 of 1 rules ticked"));
 }
 
 TEST_F(ImportForesightBar, FollowsTheUsersRules)
