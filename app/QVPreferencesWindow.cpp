@@ -10,7 +10,6 @@
 #include "workflow/RulesFolder.h"
 #include "workflow/RunState.h"
 
-#include <QCloseEvent>
 #include <QIcon>
 #include <QStyle>
 
@@ -224,10 +223,9 @@ void QVPreferencesWindow::reject()
     close();
 }
 
-void QVPreferencesWindow::closeEvent(QCloseEvent* event)
+void QVPreferencesWindow::closeEvent(QCloseEvent* /*event*/)
 {
     windowWillClose();
-    event->accept();
 }
 
 void QVPreferencesWindow::windowWillClose()

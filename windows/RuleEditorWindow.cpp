@@ -7,7 +7,6 @@
 #include "workflow/RuleEditorDelegate.h"
 #include "workflow/RulesDocument.h"
 
-#include <QCloseEvent>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -132,10 +131,10 @@ void RuleEditorWindow::cancelClicked()
     close();
 }
 
-void RuleEditorWindow::closeEvent(QCloseEvent* event)
+// Not through reject(), as a dialog by default: that means the user cancelled.
+void RuleEditorWindow::closeEvent(QCloseEvent* /*event*/)
 {
     m_isClosed = true;
-    event->accept(); // not through reject(): that means the user cancelled
 }
 
 void RuleEditorWindow::writeLog(const char* operation, const std::string& more)
