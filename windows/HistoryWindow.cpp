@@ -83,9 +83,6 @@ void HistoryWindow::setUpTables()
     connect(copy, &QAction::triggered, this, &HistoryWindow::copyChanges);
     changes->addAction(copy);
     changes->setContextMenuPolicy(Qt::ActionsContextMenu);
-    constexpr int measuredRows = 100; // about as many as a large window shows
-    for (QTableView* table : {versions, changes})
-        table->horizontalHeader()->setResizeContentsPrecision(measuredRows);
     constexpr int partOfVersions = 3;
     constexpr int partOfChanges = 2;
     m_ui->splitter->setStretchFactor(0, partOfVersions);

@@ -124,17 +124,21 @@ TEST_F(Map, SelectsTheRulesOfTheCurrentPlaceByReturn)
 
 TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
 {
-    tree->expand(top(1));
-    tree->setCurrentIndex(tree->model()->index(0, 0, top(1)));
-    afterMaking([this] {
+    const auto add = [this](const char* path) {
         document->perform(
-            workflow::additionOf(test::policyRule({.path = "/a/", .processName = "any", .operations = 1})),
+            workflow::additionOf(test::policyRule({.path = path, .processName = "any", .operations = 1})),
             {"Add"});
         window->reloadData();
-    });
+    };
+    afterMaking([&] { add("/etc/ssh/keys/mine"); });
+    tree->expand(top(1));
+    tree->setCurrentIndex(tree->model()->index(0, 0, top(1)));
+    afterMaking([&] { add("/a/"); });
     EXPECT_EQ(top(1).data().toString(), QStringLiteral("/a/"));
     EXPECT_TRUE(tree->isExpanded(top(2)));
     EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("ssh/"));
+    EXPECT_GT(tree->model()->rowCount(tree->currentIndex()), 0);
+    EXPECT_FALSE(tree->isExpanded(tree->currentIndex())) << "what is closed stays closed";
 }
 
 TEST_F(Map, SaysThatThereAreNoRules)

@@ -8,6 +8,7 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -141,6 +142,20 @@ TEST_F(ProblemsPanelTest, LeavesOutKindsThatAreNotWantedThenAndTheNextTime)
             "Redundant, Program is gone or another, Does not read back, Several rules on one line, "
             "Team is not proven"));
     kind("Path is gone")->trigger();
+}
+
+TEST_F(ProblemsPanelTest, OpensItsKindsWithOneClick)
+{
+    openWith(faultyRules);
+    showPanel();
+    auto* menu = panel->findChild<QMenu*>();
+    bool wasOpen = false;
+    QTimer::singleShot(0, menu, [&] {
+        wasOpen = menu->isVisible();
+        menu->close();
+    });
+    QTest::mouseClick(button(*panel, QStringLiteral("&Kinds")), Qt::LeftButton);
+    EXPECT_TRUE(wasOpen);
 }
 
 TEST_F(ProblemsPanelTest, FindsOverlapsWhenTheyAreWanted)

@@ -314,6 +314,17 @@ TEST_F(Selection, IsAskedForInTheFirstControlWhichHasTheKeyboard)
     }
 }
 
+TEST_F(Selection, IsPlannedAnewWhenRulesChangeMeanwhile)
+{
+    select({first, second});
+    action("tagMenuItem")->trigger();
+    control<QLineEdit>("tagTextField")->setText(QStringLiteral("other"));
+    EXPECT_EQ(summary(), QStringLiteral("2 rules changed"));
+    document->perform(workflow::deletionOf(*store, {store->ruleAtIndex(first, false)}), {"Delete Rule"});
+    window->reloadData();
+    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+}
+
 TEST_F(Selection, IsWalkedByTabFromItsControlsToItsButtons)
 {
     select({first});
@@ -439,6 +450,7 @@ TEST_F(Selection, IsChangedOnceLinesAreWrittenWholeWhereThatWouldCutAnotherRule)
     EXPECT_TRUE(wholeLines->isVisible());
     wholeLines->click();
     EXPECT_FALSE(wholeLines->isVisible());
+    EXPECT_EQ(preview()->focusWidget(), control<QPushButton>("changeButton")) << "Return goes on";
     EXPECT_TRUE(document->settings().wholeLines);
     confirm();
     EXPECT_NE(file().find("allow path \"/c\""), std::string::npos);
