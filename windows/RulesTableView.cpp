@@ -47,7 +47,6 @@ RulesTableView::RulesTableView(QWidget* parent)
     setItemDelegate(new RuleCellDelegate(this));
     setHorizontalHeader(new TickHeader(this));
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    setSelectionMode(QAbstractItemView::ExtendedSelection);
     setEditTriggers(QAbstractItemView::SelectedClicked | QAbstractItemView::EditKeyPressed);
     setShowGrid(false);
     setWordWrap(false);
