@@ -161,10 +161,8 @@ void ProblemsPanel::choosePlace(const ProblemsModel::Place& place)
     m_place = place;
     m_hasLeft = false;
     m_chosen = m_model->problemAt(place).rule;
-    if (const QModelIndex index = m_model->indexOf(place); index.isValid()) {
+    if (const QModelIndex index = m_model->indexOf(place); index.isValid())
         m_tree->setCurrentIndex(index);
-        m_tree->scrollTo(index);
-    }
     Q_EMIT ruleChosen(*m_chosen);
     if (place.kind == workflow::FindingKind::joined)
         Q_EMIT joinedLineChosen();

@@ -246,6 +246,20 @@ TEST_F(RulesTableModelTest, TakesAnyRowsForThoseInView)
     EXPECT_FALSE(data(0, workflow::RuleColumn::path, Qt::BackgroundRole).isValid()) << "out of view again";
 }
 
+TEST_F(RulesTableModelTest, TakesTextsForTagsAlone)
+{
+    QSignalSpy typed(&model, &RulesTableModel::tagTyped);
+    const auto set = [this](workflow::RuleColumn column, int role) {
+        return model.setData(model.index(0, static_cast<int>(column)), QStringLiteral("new"), role);
+    };
+    EXPECT_FALSE(set(workflow::RuleColumn::path, Qt::EditRole));
+    EXPECT_FALSE(set(workflow::RuleColumn::tag, Qt::DisplayRole));
+    EXPECT_TRUE(typed.isEmpty());
+    EXPECT_TRUE(set(workflow::RuleColumn::tag, Qt::EditRole));
+    ASSERT_EQ(typed.count(), 1);
+    EXPECT_EQ(typed[0][0].toString(), QStringLiteral("new"));
+}
+
 TEST_F(RulesTableModelTest, AnswersNothingBeyondItsRowsAndRoles)
 {
     EXPECT_FALSE(model.data({}, Qt::DisplayRole).isValid());
