@@ -209,6 +209,7 @@ TEST_F(ProblemsPanelTest, ShowsLongListsAPartAtATime)
     EXPECT_LT(model.rowCount(model.index(0, 0)), 1200);
     action("previousProblemMenuItem")->trigger(); // the last one
     EXPECT_EQ(model.rowCount(model.index(0, 0)), 1200);
+    EXPECT_TRUE(tree->viewport()->rect().intersects(tree->visualRect(tree->currentIndex()))) << "it is seen";
     EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/1199"));
 }
 
