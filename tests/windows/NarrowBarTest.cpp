@@ -4,6 +4,7 @@
 #include "tests/windows/EditorTable.h"
 #include "workflow/RuleEdits.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
 #include <QLabel>
@@ -259,6 +260,12 @@ TEST_F(NarrowBarTest, HasALabelForEachChoice)
                   ->relations(QAccessible::Label);
         ASSERT_EQ(relations.size(), 1) << each->objectName().toStdString();
     }
+}
+
+TEST_F(NarrowBarTest, KeepsBothEndsOfALongNameInItsLists)
+{
+    for (const char* name : {"tagChoice", "programChoice"})
+        EXPECT_EQ(choice(name)->view()->textElideMode(), Qt::ElideMiddle) << name;
 }
 
 TEST_F(NarrowBarTest, StandsInTwoRowsWhereOneIsTooNarrow)
