@@ -173,10 +173,8 @@ void NarrowBar::fillFixedChoices()
             m_problem->addItem(toQt(findingTitle(kind)), static_cast<int>(kind));
     }
     constexpr int listWidth = 320; // for names longer than the combo box is wide
-    for (QComboBox* choice : {m_tag, m_problem, m_program}) {
+    for (QComboBox* choice : {m_tag, m_problem, m_program})
         choice->view()->setMinimumWidth(listWidth);
-        choice->view()->setTextElideMode(Qt::ElideMiddle);
-    }
 }
 
 workflow::RuleCriteria NarrowBar::criteria() const
