@@ -14,7 +14,6 @@ SelectableText::SelectableText(QWidget* parent)
     , m_shade(&shades::text)
 {
     setReadOnly(true);
-    setAcceptRichText(false);
     setFrameShape(QFrame::NoFrame);
     setTabChangesFocus(true);
     setFocusPolicy(Qt::StrongFocus); // not by the wheel, which scrolls its container
