@@ -190,7 +190,8 @@ std::optional<ChangeSet> RuleManager::removalOfAllUserRules() const
         const auto rules = std::make_shared<const WholeRules>(
             WholeRules{m_store->storedRows(), m_store->userRulesSnapshot()});
         removal.emplace();
-        removal->whole = ChangeSet::Whole{true, rules};
+        if (rules->values.size() > 0)
+            removal->whole = ChangeSet::Whole{true, rules};
     });
     return removal;
 }

@@ -179,8 +179,8 @@ public:
     ChangeSet apply(const ChangeSet& changes);
     ChangeSet apply(ChangeSet&& changes); // costs no copy
 
-    // The removal of all rules of the user at once. None when removing each equal rule in turn would leave
-    // some, or when memory runs out.
+    // The removal of all rules of the user at once; empty when there are none. None when removing each equal
+    // rule in turn would leave some, or when memory runs out.
     std::optional<ChangeSet> removalOfAllUserRules() const;
 
     // All stored rules, whatever the filter, in stored order.

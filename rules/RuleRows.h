@@ -45,6 +45,8 @@ public:
     // Calls `use` with each system rule, in order, and looks at no other.
     template <class Use> void forEachSystemRule(const Use& use) const
     {
+        if (m_userOnly == m_all)
+            return;
         auto user = m_userOnly->begin();
         for (const std::uint32_t number : *m_all) {
             if (user != m_userOnly->end() && *user == number)

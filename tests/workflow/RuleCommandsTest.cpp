@@ -280,6 +280,15 @@ TEST_F(RuleCommandsTest, AllRowsAreDeletedAndComeBackAsAWhole)
     EXPECT_EQ(file(), "");
 }
 
+TEST_F(RuleCommandsTest, AllRowsOfATableWithoutRulesAreNothingToUndo)
+{
+    commands->deleteAllRows(*store->rows(), false);
+    run.g_dirty = 0;
+    EXPECT_TRUE(commands->deleteAllRows(*store->rows(), false).removedRows.empty());
+    EXPECT_EQ(run.g_dirty, 1) << "the file is written all the same";
+    EXPECT_EQ(document->undoName(), "Delete 4 Rules");
+}
+
 TEST_F(RuleCommandsTest, AllRowsOfASearchLeaveTheRulesThatItHides)
 {
     store->applyFilterWithString("/bin/vi");
