@@ -150,7 +150,10 @@ class RealServices(unittest.TestCase):
         while text not in seen:
             if not select.select([terminal], [], [], PATIENCE)[0]:
                 raise AssertionError(f"the terminal shows only {seen}")
-            seen += os.read(terminal, 4096)
+            try:
+                seen += os.read(terminal, 4096)
+            except OSError as error:  # nobody has it open any more
+                raise AssertionError(f"the agent has ended, and the terminal shows {seen}") from error
 
 
 class FingerReader(RealServices):

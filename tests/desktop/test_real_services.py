@@ -13,11 +13,13 @@ class Probe(RealServices):
     def prepare(self, question, user):
         """A process that calls them for a user as soon as it gets a line; communicate() returns the result."""
         probe = subprocess.Popen(
-            [*as_user(user), "sh", "-c", 'read line; exec "$0" "$1"', self.program, question],
+            [*as_user(user), "sh", "-c", 'echo ready; read line; exec "$0" "$1"', self.program, question],
             env={"PATH": os.environ["PATH"], "QT_QPA_PLATFORM": "offscreen", "HOME": "/nonexistent",
                  "XDG_RUNTIME_DIR": "/nonexistent", "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0"},
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.addCleanup(self.stop, probe)
+        # Before that it may still be root's, for which the user's agent is refused.
+        self.assertEqual(probe.stdout.readline(), "ready\n")
         return probe
 
     def ask(self, question, user):
