@@ -51,15 +51,19 @@ bool DatabaseError::isMoved() const
     return m_code == SQLITE_READONLY_DBMOVED;
 }
 
-Database::Database(const std::string& path)
+bool DatabaseError::isBusy() const
+{
+    return primaryCode(m_code) == SQLITE_BUSY;
+}
+
+Database::Database(const std::string& path, std::chrono::milliseconds wait)
 {
     constexpr int flags
         = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_PRIVATECACHE;
-    constexpr int longestWait = 5000; // milliseconds
     try {
         if (sqlite3_open_v2(path.c_str(), &m_connection, flags, nullptr) != SQLITE_OK)
             fail(m_connection);
-        sqlite3_busy_timeout(m_connection, longestWait);
+        sqlite3_busy_timeout(m_connection, static_cast<int>(wait.count()));
         sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(m_connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         // A commit is durable: with a rollback journal that is truncated, FULL syncs that as well.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -27,6 +28,8 @@ public:
     bool isDamage() const;
     // True when the file was renamed or removed while it was open.
     bool isMoved() const;
+    // True when another connection had the file locked for longer than this one waits.
+    bool isBusy() const;
 
 private:
     int m_code;
@@ -36,9 +39,11 @@ private:
 // DatabaseError.
 class Database {
 public:
+    static constexpr std::chrono::milliseconds usualWait{5000};
+
     // Opens the existing file `path`, which must not contain symbolic links. Read-only if it cannot be
-    // written.
-    explicit Database(const std::string& path);
+    // written. Each statement waits at most `wait` for other connections.
+    explicit Database(const std::string& path, std::chrono::milliseconds wait = usualWait);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;

@@ -12,6 +12,7 @@
 #include "platform/Log.h"
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <limits>
 #include <new>
@@ -22,6 +23,7 @@ namespace quorvane::history {
 namespace {
 
 constexpr std::int64_t format = 1;
+constexpr std::chrono::milliseconds shortWait{100};
 constexpr std::int64_t largestFormat
     = 1000; // no version of ours uses a higher number, so the file is damaged
 
@@ -98,7 +100,10 @@ template <typename Work> auto Journal::attempt(Access access, Work work)
     bool wasReadAgain = false; // after damage
     for (int failures = 0;; ++failures) {
         try {
-            return openDatabase(access) ? work(*m_database) : Answer{};
+            Answer answer = openDatabase(access) ? work(*m_database) : Answer{};
+            if (m_database && std::exchange(m_hasWaitedInVain, false))
+                m_database.reset(); // the next one waits as long as usual
+            return answer;
         } catch (const DatabaseError& error) {
             if (!recoverFrom(error, failures, wasReadAgain)) {
                 fail(error.what());
@@ -128,7 +133,8 @@ bool Journal::openDatabase(Access access)
         return false;
     }
     m_file = m_place.databaseIdentity();
-    auto database = std::make_unique<Database>(m_place.databaseFile());
+    auto database = std::make_unique<Database>(
+        m_place.databaseFile(), m_hasWaitedInVain ? shortWait : Database::usualWait);
     const std::int64_t found = formatOf(*database);
     if (found > format) {
         fail("it was made by a newer version of this program");
@@ -156,6 +162,7 @@ bool Journal::recoverFrom(const DatabaseError& error, int earlierFailures, bool&
 {
     constexpr int mostFailures = 2;
     m_database.reset();
+    m_hasWaitedInVain = m_hasWaitedInVain || error.isBusy();
     if (earlierFailures > mostFailures)
         return false;
     if (error.isMoved())

@@ -27,8 +27,9 @@ class DatabaseError;
 // the first version is recorded.
 //
 // Each operation is a separate transaction on the database that is in place when it begins, and waits at most
-// 5 seconds for those of other processes. Several journals of one file may be open, in any number of
-// processes and threads; one object is used by one thread at a time. Do not use it across a fork.
+// 5 seconds for those of other processes; after one that has waited in vain, until one succeeds, 0.1 seconds.
+// Several journals of one file may be open, in any number of processes and threads; one object is used by one
+// thread at a time. Do not use it across a fork.
 class Journal {
 public:
     // `stateFolder`: where journals are, usually defaultStateFolder(). `watchedFile` need not exist; it is
@@ -125,6 +126,7 @@ private:
     std::unique_ptr<Database> m_database;
     platform::FileIdentity m_file; // of the open database
     std::int64_t m_openings = 0; // of databases
+    bool m_hasWaitedInVain = false; // for another process
     std::optional<std::string> m_problem;
     std::optional<std::string> m_notice;
 };

@@ -125,6 +125,8 @@ TEST(DatabaseError, IsDamageUnlessFilesLocksOrMemoryFailed)
     EXPECT_STREQ(DatabaseError::damage("why").what(), "why");
     EXPECT_TRUE(DatabaseError(SQLITE_READONLY_DBMOVED, "").isMoved());
     EXPECT_FALSE(DatabaseError(SQLITE_READONLY, "").isMoved());
+    EXPECT_TRUE(DatabaseError(SQLITE_BUSY_SNAPSHOT, "").isBusy());
+    EXPECT_FALSE(DatabaseError(SQLITE_LOCKED, "").isBusy());
 }
 
 TEST(DatabaseError, SaysWhatIsWrongWithTheFile)
