@@ -314,6 +314,14 @@ std::optional<std::string> UserRulesFile::refusalOf(
     return damage ? std::optional("Not writing file '" + m_path + "': " + *damage) : std::nullopt;
 }
 
+// An undo or redo of a version that changes nothing and cannot be recorded: the next one would choose the
+// same version.
+bool UserRulesFile::isRepeatedForEver(const WriteOrder& order, const std::optional<std::int64_t>& recorded,
+    const Meant& meant, std::string_view old)
+{
+    return order.reason.of && !recorded && old == meant.content.bytes();
+}
+
 void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platform::FileLock& lock)
 {
     auto reading = beginReading(m_path, lock, order.rules.size() > fewRules);
@@ -340,6 +348,13 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
     const auto earlier = versionUnderWay(order, *meant);
     report.version = earlier ? earlier : beginVersion(order, *meant, old);
     reportJournal(report.news);
+    if (!aside && isRepeatedForEver(order, report.version, *meant, old.bytes())) {
+        report.message = "The rules stay as they are, and the history cannot keep that version "
+            + std::to_string(*order.reason.of)
+            + (order.reason.kind == ChangeReason::Kind::undo ? " is undone" : " is done again");
+        report.isHopeless = true;
+        return;
+    }
     if (lock.makeFile())
         writeOver(report, *meant, old.bytes());
     else

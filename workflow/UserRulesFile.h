@@ -134,6 +134,8 @@ private:
     ChangeCounts countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules);
     std::optional<std::string> refusalOf(
         const WriteOrder& order, const std::optional<Meant>& meant, std::string_view present) const;
+    static bool isRepeatedForEver(const WriteOrder& order, const std::optional<std::int64_t>& recorded,
+        const Meant& meant, std::string_view old);
     std::optional<Meant> meantByVersion(std::int64_t number);
     std::optional<std::int64_t> versionUnderWay(const WriteOrder& order, const Meant& meant);
     std::optional<std::int64_t> beginVersion(

@@ -114,6 +114,15 @@ class ReadOnlyDisks(unittest.TestCase):
         versions, _ = journal_versions(self, self.scene)
         self.assertEqual([version["rules"] for version in versions], [1, 2, 3])
 
+    def test_a_journal_on_one_lets_the_same_action_be_undone_once_only(self):
+        self.make_read_only(self.state)
+        undone = self.scene.run("undo")
+        self.assertEqual((undone.status, undone.out.startswith(b"Undone: "), self.paths()), (0, True, []), undone)
+        self.assertIn("history of the rules cannot be kept", undone.err)
+        again = self.scene.run("undo")
+        self.assertEqual((again.status, again.out), (3, b""), again)
+        self.assertIn("the history cannot keep that version 1 is undone", again.err)
+
     def test_a_journal_on_one_can_be_read(self):
         self.make_read_only(self.state)
         history = self.scene.run("history", "--json")
