@@ -118,7 +118,8 @@ public:
     void forgetSteps();
 
     // Restores the exact bytes of a version. False when it is known to be unreadable; failure() says why the
-    // write failed, also if only that found the version damaged.
+    // write failed, also if only that found the version damaged. Waits for no other work either: news then
+    // say that the version cannot be read.
     bool restore(std::int64_t version);
 
     // Merges the rules of a file that another program has changed, keeping changes not written yet. With a
@@ -214,6 +215,9 @@ private:
 
     bool step(ChangeReason::Kind kind);
     void takeStepsDue();
+    void takeStep(ChangeReason::Kind kind);
+    bool restoreNow(std::int64_t version);
+    void reportUnreadable(std::int64_t version);
     enum class StepTime { atOnce, later }; // whether the operation that asks for a step is still running
     bool lockedStep(ChangeReason::Kind kind, StepTime time);
     bool chosenStep(ChangeReason::Kind kind, StepTime time);
@@ -245,7 +249,7 @@ private:
     DocumentWork m_work = DocumentWork::none;
     bool m_isReloadDue = false; // when the present work is done
     bool m_isLookDue = false; // at the file, the same
-    std::deque<ChangeReason::Kind> m_stepsDue; // undo and redo, the same
+    std::deque<std::function<void()>> m_stepsDue; // undo, redo and restore, the same
     std::optional<std::string> m_failure;
 
     UndoSteps m_steps; // of this run, while no other program has changed the file

@@ -6,10 +6,12 @@
 #include "workflow/ForeignMerge.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 // How a document undoes, redoes and restores.
 
@@ -64,7 +66,7 @@ bool RulesDocument::step(ChangeReason::Kind kind)
         takeFileOver();
     if (!isWorking())
         return lockedStep(kind, StepTime::atOnce);
-    m_stepsDue.push_back(kind); // the window does not wait
+    m_stepsDue.push_back([this, kind] { takeStep(kind); }); // the window does not wait
     return true;
 }
 
@@ -75,13 +77,19 @@ void RulesDocument::takeStepsDue()
         takeFileOver();
         if (isWorking())
             return;
-        const ChangeReason::Kind kind = m_stepsDue.front();
+        const std::function<void()> step = std::move(m_stepsDue.front());
         m_stepsDue.pop_front();
-        if (!lockedStep(kind, StepTime::later))
-            notify({.kind = DocumentNews::Kind::journal,
-                .text = kind == ChangeReason::Kind::undo ? "There is nothing to undo."
-                                                         : "There is nothing to redo."});
+        step();
     }
+}
+
+void RulesDocument::takeStep(ChangeReason::Kind kind)
+{
+    if (lockedStep(kind, StepTime::later))
+        return;
+    const bool isUndo = kind == ChangeReason::Kind::undo;
+    notify({.kind = DocumentNews::Kind::journal,
+        .text = isUndo ? "There is nothing to undo." : "There is nothing to redo."});
 }
 
 bool RulesDocument::lockedStep(ChangeReason::Kind kind, StepTime time)
@@ -156,8 +164,7 @@ bool RulesDocument::stepInJournal(
             if (!isReadable->has_value())
                 throw std::bad_alloc();
             if (!**isReadable)
-                notify({.kind = DocumentNews::Kind::journal,
-                    .text = "Version " + std::to_string(version.number) + " can no longer be read."});
+                reportUnreadable(version.number);
             else if (!merge->isFor(m_store)) // rules have changed while it ran
                 stepInJournal(version, kind, StepTime::later);
             else
@@ -221,9 +228,25 @@ std::optional<std::string> RulesDocument::redoName()
     return version ? version->action : std::nullopt;
 }
 
+void RulesDocument::reportUnreadable(std::int64_t version)
+{
+    notify({.kind = DocumentNews::Kind::journal,
+        .text = "Version " + std::to_string(version) + " can no longer be read."});
+}
+
 bool RulesDocument::restore(std::int64_t version)
 {
-    waitUntilWritten();
+    if (!isWorking())
+        return restoreNow(version);
+    m_stepsDue.push_back([this, version] {
+        if (!restoreNow(version))
+            reportUnreadable(version);
+    });
+    return true;
+}
+
+bool RulesDocument::restoreNow(std::int64_t version)
+{
     const auto known = m_file.journal().version(version);
     if (!known || !known->isReadable)
         return false;
