@@ -35,11 +35,14 @@ public:
         m_order = std::make_shared<const std::vector<std::uint32_t>>(std::move(order));
     }
 
+    // The rules `read` from a file to which those of `meant` were written. Rules that read as they were meant
+    // are the same values; only the others are held anew.
+    static RulesSnapshot ofRead(const std::vector<RuleValue>& read, const RulesSnapshot& meant);
+
     std::size_t size() const { return m_order ? m_order->size() : 0; }
 
     template <class Use> void forEach(Use use) const
     {
-        const auto at = [this](std::size_t place) -> const RuleValue& { return m_values[(*m_order)[place]]; };
         forEachPrefetched(
             size(), [&](std::size_t place) { use(at(place)); },
             [&](std::size_t place) { prefetchMemory(&at(place)); },
@@ -60,7 +63,14 @@ public:
     }
 
 private:
+    const RuleValue& at(std::size_t place) const
+    {
+        const std::uint32_t index = (*m_order)[place];
+        return index < m_values.size() ? m_values[index] : (*m_others)[index - m_values.size()];
+    }
+
     AppendOnlyTable<RuleValue> m_values;
+    std::shared_ptr<const std::vector<RuleValue>> m_others; // with the indexes behind; null for none
     std::shared_ptr<const std::vector<std::uint32_t>> m_order;
 };
 

@@ -243,7 +243,7 @@ void RulesDocument::finish(const WriteReport& report)
         return;
     }
     noteWritten(report);
-    warnOfUnwritableRules(report.unwritableRules);
+    warnOf(report.unwritable);
     pump();
     reportFile();
 }
@@ -269,12 +269,11 @@ void RulesDocument::noteWritten(const WriteReport& report)
     if (m_orders.front().isJoined && !m_file.journal().problem())
         forgetSteps(); // its actions are one version, which is undone as a whole
     const bool wasRestored = m_orders.front().restores.has_value();
-    const bool readsAsMeant = wasRestored || !report.readAs;
-    m_rulesInFile = readsAsMeant ? m_orders.front().rules : rules::RulesSnapshot(*report.readAs);
+    m_rulesInFile = report.readAs.value_or(m_orders.front().rules);
     m_orders.pop_front();
     if (wasRestored)
         takeRestored();
-    else if (m_orders.empty() && readsAsMeant)
+    else if (m_orders.empty() && !report.readAs)
         m_rulesInFile.reset(); // now those of the store
 }
 

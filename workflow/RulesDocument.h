@@ -228,7 +228,7 @@ private:
         ChangeReason::Kind kind, StepTime time);
     void performStep(rules::ChangeSet change, const ChangeReason& reason, StepTime time);
 
-    void warnOfUnwritableRules(std::uint64_t count);
+    void warnOf(const UnwritableRules& unwritable);
     void inBackground(DocumentWork kind, std::function<void()> work, std::function<void()> then);
     void notify(const DocumentNews& news);
     void reportFile();

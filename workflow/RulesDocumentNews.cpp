@@ -2,7 +2,6 @@
 
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
-#include "rules/RuleLine.h"
 #include "workflow/DocumentTexts.h"
 
 #include <algorithm>
@@ -112,24 +111,17 @@ void RulesDocument::recordForeignChange(std::size_t rulesBefore, std::function<s
 }
 
 // Only when there are more than before, so that the same message does not follow every change.
-void RulesDocument::warnOfUnwritableRules(std::uint64_t count)
+void RulesDocument::warnOf(const UnwritableRules& unwritable)
 {
-    if (count <= std::exchange(m_unwritableRules, count))
+    if (unwritable.count() <= std::exchange(m_unwritableRules, unwritable.count()))
         return;
-    DocumentNews news;
-    std::size_t cut = 0;
-    for (const rules::RuleRef& rule : m_store.userRules()) {
-        const auto comesBack = [&rule](rules::LineEnds lineEnds) {
-            return visitRule(
-                rule, [=](const auto& record) { return readsBackAsWritten(record.fields(), lineEnds); });
-        };
-        if (comesBack(m_owner.settings.lineEnds()))
-            continue;
-        news.rules.push_back(rule);
-        cut += comesBack(rules::LineEnds::whole) ? 1U : 0U;
+    DocumentNews news{
+        .kind = unwritable.cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable,
+        .text = unwritableText(unwritable.cut, unwritable.others)};
+    for (const rules::RuleValue& rule : unwritable.first) {
+        if (const auto stored = m_store.firstEqualRule(rules::recordOf(rule), {}))
+            news.rules.push_back(*stored);
     }
-    news.kind = cut > 0 ? DocumentNews::Kind::cutShort : DocumentNews::Kind::unwritable;
-    news.text = unwritableText(cut, news.rules.size() - cut);
     notify(news);
 }
 

@@ -48,6 +48,13 @@ bool needsWholeLines(const rules::RuleValue& rule)
     return !readsBack(rule, rules::LineEnds::cut) && readsBack(rule, rules::LineEnds::whole);
 }
 
+void UnwritableRules::add(const rules::RuleValue& rule)
+{
+    ++(needsWholeLines(rule) ? cut : others);
+    if (first.size() < mostKept)
+        first.push_back(rule);
+}
+
 std::string wholeLinesAdvice()
 {
     return "the rules file cuts lines with letters beyond ASCII, unless \"wholeLines=true\" stands in "

@@ -5,6 +5,8 @@
 #include "rules/RuleValue.h"
 #include "rules/RulesSnapshot.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +22,18 @@ std::optional<std::string> whyUnwritable(const rules::RuleValue& rule, rules::Li
 
 // True when the rule reads back unchanged only if lines are written completely.
 bool needsWholeLines(const rules::RuleValue& rule);
+
+// Rules that do not read back unchanged, as they are counted while a file's content is made.
+struct UnwritableRules {
+    static constexpr std::size_t mostKept = 100;
+
+    std::uint64_t cut = 0; // whole lines would keep them
+    std::uint64_t others = 0;
+    std::vector<rules::RuleValue> first{}; // of both, as many as are kept
+
+    std::uint64_t count() const { return cut + others; }
+    void add(const rules::RuleValue& rule);
+};
 
 // How to enable that, as the end of a sentence.
 std::string wholeLinesAdvice();

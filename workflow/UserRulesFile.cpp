@@ -244,7 +244,7 @@ struct UserRulesFile::Meant {
     rules::RulesContent content;
     std::optional<std::string> whole{}; // the intended rules, if lines are cut
     std::uint64_t rules = 0;
-    std::uint64_t unwritableRules = 0; // that do not come back from the file as they are
+    UnwritableRules unwritable{};
     ChangeCounts counts{};
 
     std::string_view text() const { return whole ? std::string_view(*whole) : content.bytes(); }
@@ -259,9 +259,12 @@ UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
         meant.counts = countsOf(differenceMadeBy(*order.change));
     const auto append = [&](const auto& fields) {
         meant.content.append(fields);
-        meant.unwritableRules += readsBackAsWritten(fields, lineEnds) ? 0U : 1U;
+        return readsBackAsWritten(fields, lineEnds);
     };
-    order.rules.forEach([&](const rules::RuleValue& rule) { askValue(rule, append); });
+    order.rules.forEach([&](const rules::RuleValue& rule) {
+        if (!askValue(rule, append))
+            meant.unwritable.add(rule);
+    });
     if (meant.content.isCut())
         meant.whole = wholeTextOf(order.rules);
     return meant;
@@ -363,7 +366,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
     if (aside)
         reportFileAside(report, *unread, *aside);
     if (!report.message)
-        checkWritten(report, *meant);
+        checkWritten(report, *meant, order);
 }
 
 // If the journal could not complete a failed write, the file gets its old content back.
@@ -387,7 +390,7 @@ void UserRulesFile::reportFileAside(WriteReport& report, const std::string& reas
         reason + ". It was kept as '" + aside + "', and the rules were written anew."));
 }
 
-void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant) const
+void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant, const WriteOrder& order) const
 {
     if (meant.rules > fewRules)
         std::this_thread::sleep_for(
@@ -402,9 +405,9 @@ void UserRulesFile::checkWritten(WriteReport& report, const Meant& meant) const
             "The rules file '" + m_path
                 + "' is cut within a letter: no program reads any of its rules. Undo makes it readable "
                   "again."));
-    if (meant.whole || meant.unwritableRules > 0)
-        report.readAs = rules::rulesOfText(written);
-    report.unwritableRules = meant.unwritableRules;
+    if (!order.restores && (meant.whole || meant.unwritable.count() > 0))
+        report.readAs = rules::RulesSnapshot::ofRead(rules::rulesOfText(written), order.rules);
+    report.unwritable = meant.unwritable;
 }
 
 // The version that an earlier, failed write of the same order has begun.

@@ -11,6 +11,7 @@
 #include "workflow/CutWrite.h"
 #include "workflow/DocumentObserver.h"
 #include "workflow/ProgramSettings.h"
+#include "workflow/UnwritableRules.h"
 
 #include <chrono>
 #include <cstdint>
@@ -60,9 +61,9 @@ struct WriteReport {
     std::vector<DocumentNews> news{};
     std::optional<std::int64_t> version{};
     rules::KnownFile known{};
-    std::uint64_t unwritableRules = 0; // rules that do not read back from the file unchanged
-    std::optional<std::vector<rules::RuleValue>>
-        readAs{}; // the rules that the file reads back as, if they differ from the intended ones
+    UnwritableRules unwritable{};
+    std::optional<rules::RulesSnapshot>
+        readAs{}; // the rules that the file reads back as, if they differ from those of the order
 };
 
 // Why the rules file cannot be written; `lock` is the failed attempt to lock it.
@@ -144,7 +145,7 @@ private:
     void settleVersion(const WriteReport& report, bool isOfEarlierWrite, platform::FileLock& lock);
     void noteLeft(const platform::FileLock& lock);
     void reportFileAside(WriteReport& report, const std::string& reason, const std::string& aside);
-    void checkWritten(WriteReport& report, const Meant& meant) const;
+    void checkWritten(WriteReport& report, const Meant& meant, const WriteOrder& order) const;
     std::optional<std::int64_t> keepForeign(const history::DigestedBytes& bytes,
         std::vector<DocumentNews>& news, std::optional<std::uint64_t> rulesInFile = std::nullopt);
     void reportJournal(std::vector<DocumentNews>& news);
