@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace quorvane::rules {
@@ -26,6 +27,9 @@ public:
     // The new number of the rule `number` after its value has changed; the same one if it was given after the
     // last settle().
     std::uint32_t renew(std::uint32_t number) noexcept;
+
+    // Sets another record for each number, of the same rule.
+    void replaceRules(AppendOnlyTable<RuleRef> rules) { m_rules = std::move(rules); }
 
     // The rules by number, including those no longer stored.
     const AppendOnlyTable<RuleRef>& rules() const { return m_rules; }

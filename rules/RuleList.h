@@ -55,7 +55,11 @@ public:
         , m_observer(observer)
     {
     }
-    ~RuleList() override { clear(); }
+    ~RuleList() override
+    {
+        if (!m_hasLeftRecords)
+            clear();
+    }
 
     // The list with these row numbers that stores the record; null when there is none. Takes no search.
     static RuleList* holding(const Rule& rule, const RowNumbers& numbers)
@@ -232,6 +236,18 @@ public:
         leave(slot);
         return std::move(m_slots[slot]);
     }
+
+    // For a list that takes over records of another one, StoreSuccession.h: puts the record into the slot
+    // instead of the one there, which is equal to it, and does not touch it. Must be followed by hold().
+    void replaceRecord(std::size_t slot, RulePtr rule) noexcept
+    {
+        m_slots[slot]->removeHolder(*this);
+        m_slots[slot] = std::move(rule);
+    }
+    void hold(const Rule& rule) { rule.addHolder(*this); }
+    void release(const Rule& rule) const noexcept { rule.removeHolder(*this); }
+    // Its records, all released, are not touched any more: the list may be destroyed on another thread.
+    void leaveRecords() noexcept { m_hasLeftRecords = true; }
 
     // The nearest slot before `slot` that holds a rule; noSlot when there is none.
     std::size_t previous(std::size_t slot) const
@@ -430,6 +446,7 @@ private:
     std::vector<std::uint32_t> m_numbers; // of the slots
     std::size_t m_size = 0;
     std::size_t m_prepared = 0; // rules that are about to be inserted
+    bool m_hasLeftRecords = false;
     Emptied m_lastEmptied;
     mutable std::unique_ptr<SlotChains> m_index; // of slots by identityHash()
     mutable std::size_t m_indexedSlots = 0;

@@ -77,10 +77,11 @@ public:
 
     // The same in two steps, so that another thread can read and compare while this store is in use: run what
     // prepareReload() returns, then pass it to finishReload(). Rules that are in both keep their sequence
-    // numbers. Returns what has changed; none, and nothing has, when rules of this store have changed in the
-    // meantime or no such change leads to exactly what was read. Null when memory runs out.
-    std::unique_ptr<PreparedReload> prepareReload() const;
-    std::optional<ChangeSet> finishReload(PreparedReload& reload);
+    // numbers. False, and nothing has changed, when rules of this store have changed in the meantime or no
+    // such change leads to exactly what was read. Null when memory runs out.
+    static constexpr std::size_t manyReloadSteps = 20'000;
+    std::unique_ptr<PreparedReload> prepareReload(std::size_t manySteps = manyReloadSteps) const;
+    bool finishReload(PreparedReload& reload);
 
     // Appends the contents of a rules file, without duplicates; never removes anything. False only when the
     // file exists and cannot be read. The rows change with the next rebuildRulesCache().
@@ -231,7 +232,7 @@ private:
     bool addText(std::string_view text, const std::string& file, bool shouldLabelAsSystemRules,
         const std::function<void(std::string_view)>& discard = {});
     void readSelectedSystemFiles();
-    void dropRules();
+    std::unique_ptr<RuleStore> takeRules();
     ChangeSet applied(ChangeSet changes);
     bool writeContent(const std::string& path, const std::function<void(RulesContent&)>& make);
     void readPreferences();

@@ -8,9 +8,11 @@
 
 namespace quorvane::rules {
 
-PreparedReload::PreparedReload(std::unique_ptr<RuleManager> read, std::shared_ptr<const RuleRows> from)
+PreparedReload::PreparedReload(
+    std::unique_ptr<RuleManager> read, std::shared_ptr<const RuleRows> from, std::size_t manySteps)
     : m_read(std::move(read))
     , m_from(std::move(from))
+    , m_manySteps(manySteps)
 {
 }
 
@@ -19,33 +21,33 @@ PreparedReload::~PreparedReload() = default;
 void PreparedReload::run()
 {
     m_read->reloadCurrentUserConfiguration();
-    const auto read = m_read->storedRows();
-    if (read->count(true) != m_read->storedRules())
-        throw std::bad_alloc(); // there was no memory for the rows
-    compareWith(*read);
-    m_read->dropRules();
+    compareWith(m_read->takeRules());
 }
 
-std::unique_ptr<PreparedReload> RuleManager::prepareReload() const
+std::unique_ptr<PreparedReload> RuleManager::prepareReload(std::size_t manySteps) const
 {
     std::unique_ptr<PreparedReload> reload;
     attempt([&] {
         auto read = std::make_unique<RuleManager>(m_locations, m_log, m_wait);
         read->m_ruleSequence = m_ruleSequence;
-        reload = std::make_unique<PreparedReload>(std::move(read), m_store->storedRows());
+        reload = std::make_unique<PreparedReload>(std::move(read), m_store->storedRows(), manySteps);
     });
     return reload;
 }
 
-std::optional<ChangeSet> RuleManager::finishReload(PreparedReload& reload)
+bool RuleManager::finishReload(PreparedReload& reload)
 {
-    if (!reload.m_change || !m_store->hasExactly(*reload.m_from))
-        return std::nullopt;
-    for (const PolicyRulePtr& rule : reload.m_aged)
-        rule->setInitialized(reload.m_readAt);
-    std::optional<ChangeSet> done;
-    if (!attempt([&] { done = m_store->apply(std::move(*reload.m_change)); }))
-        return std::nullopt;
+    if (!reload.isPossible() || !m_store->hasExactly(*reload.m_from))
+        return false;
+    const bool hasRoom = attempt([&] {
+        if (reload.m_succession)
+            return reload.m_succession->perform(m_store, reload.m_readAt);
+        for (const PolicyRulePtr& rule : reload.m_aged)
+            rule->setInitialized(reload.m_readAt);
+        m_store->apply(std::move(*reload.m_change));
+    });
+    if (!hasRoom)
+        return false;
     RuleManager& read = *reload.m_read;
     m_options = std::move(read.m_options);
     m_ruleSequence = read.m_ruleSequence;
@@ -54,13 +56,13 @@ std::optional<ChangeSet> RuleManager::finishReload(PreparedReload& reload)
     m_unreadRules = std::move(read.m_unreadRules);
     m_ownFile = std::move(read.m_ownFile);
     ++m_ownFileReadings;
-    return done;
+    return true;
 }
 
 // What was read besides them stays.
-void RuleManager::dropRules()
+std::unique_ptr<RuleStore> RuleManager::takeRules()
 {
-    m_store = std::make_unique<RuleStore>();
+    return std::exchange(m_store, std::make_unique<RuleStore>());
 }
 
 } // namespace quorvane::rules

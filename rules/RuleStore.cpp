@@ -314,6 +314,14 @@ void RuleStore::addGroupsOf(const RuleStore& other)
     }
 }
 
+// For a store whose records another one has taken over: it does not touch them any more.
+void RuleStore::leaveRecords() noexcept
+{
+    m_watchRules.leaveRecords();
+    for (auto& [key, group] : m_groups)
+        group.rules().leaveRecords();
+}
+
 const std::shared_ptr<const RuleRows>& RuleStore::rows() const
 {
     if (m_rowsAreStale) {

@@ -128,6 +128,8 @@ public:
     bool replace(const RuleStore& inUse);
 
 private:
+    friend class StoreSuccession;
+
     using AnyList = std::variant<RuleList<WatchRule>*, RuleList<PolicyRule>*>;
     struct Plan;
 
@@ -173,6 +175,7 @@ private:
     RecentGroup* recentGroupFor(const PolicyRuleFields& rule) const;
     void makeRoomForGroup();
     void addGroupsOf(const RuleStore& other);
+    void leaveRecords() noexcept;
     RowsComputation& followedRules() const;
     void numberAfresh() const;
     std::shared_ptr<const RuleOrder> storedOrder() const;

@@ -93,8 +93,7 @@ void ProblemsFinder::wasFound(const workflow::ProblemListsPtr& problems)
 {
     workflow::ProblemListsPtr former = std::exchange(m_problems, problems);
     Q_EMIT found(problems);
-    // Freed on the thread, since freeing long lists takes a while as well.
-    m_thread.run([former = std::move(former)]() mutable { former.reset(); }, [] {});
+    freeInBackground(m_thread, std::move(former));
 }
 
 } // namespace quorvane::windows

@@ -35,6 +35,7 @@ public:
 
     // The rows shown, until they are replaced, and whether system rules are among them.
     const rules::RuleRows& rows() const { return *m_rows; }
+    const std::shared_ptr<const rules::RuleRows>& sharedRows() const { return m_rows; }
     bool rowsShowSystemRules() const { return m_rowsShowSystemRules; }
 
     const rules::RuleRef& ruleAt(int row) const;
@@ -66,7 +67,6 @@ protected:
     bool removeRun(std::shared_ptr<const rules::RuleRows> rows);
     // Shows `text` in a cell until the next setRows().
     void setShownText(const QModelIndex& index, const QString& text);
-    const std::shared_ptr<const rules::RuleRows>& sharedRows() const { return m_rows; }
 
     virtual workflow::RuleCell makeCell(std::size_t row, int column) const = 0;
     virtual std::string_view titleOf(int column) const = 0;

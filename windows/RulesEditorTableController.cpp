@@ -257,7 +257,9 @@ void RulesEditorTableController::showRows()
 {
     m_rulesEditorContextualMenu->close(); // its row may belong to another rule now
     const SelectionState selection(*m_ui->rulesEditorTableView, *m_model);
+    auto former = m_model->sharedRows();
     m_model->reload();
+    freeInBackground(*m_rowsThread, std::move(former));
     selection.restore(*m_ui->rulesEditorTableView, *m_model);
     validateItems();
     updateCounts();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <utility>
 
 namespace quorvane::workflow {
 
@@ -14,5 +16,11 @@ public:
     // Returns when all submitted work is done, including work submitted by its `then`.
     virtual void wait() = 0;
 };
+
+// Gives up what may be the last reference to something that takes long to free, such as very many rules.
+template <class Object> void freeInBackground(Background& thread, std::shared_ptr<Object> object)
+{
+    thread.run([object = std::move(object)]() mutable { object.reset(); }, [] {});
+}
 
 } // namespace quorvane::workflow

@@ -27,8 +27,9 @@ class Log;
 }
 
 namespace quorvane::rules {
+class PreparedReload;
 class RulesFileText;
-}
+} // namespace quorvane::rules
 
 namespace quorvane::workflow {
 
@@ -204,6 +205,7 @@ private:
     enum class ReloadCause { foreignChange, ownWrite };
     void reloadAtOnce(ReloadCause cause);
     void reloadInBackground(ReloadCause cause);
+    void finishReload(rules::PreparedReload& prepared, ReloadCause cause);
     void readRules();
     void noteFileRead();
     void makeSnapshotReady() const;

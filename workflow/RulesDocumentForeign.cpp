@@ -45,13 +45,6 @@ rules::ChangeSet withoutMoves(rules::ChangeSet change)
     return change;
 }
 
-std::size_t countOfLostUserRules(const rules::ChangeSet& done)
-{
-    const auto removed = withoutMoves(done).removed;
-    return static_cast<std::size_t>(std::count_if(removed.begin(), removed.end(),
-        [](const rules::ChangeSet::Removal& removal) { return !isSystemRule(removal.rule); }));
-}
-
 } // namespace
 
 // What the file held when it was looked at, and the merge with it, which has run.
@@ -247,28 +240,34 @@ void RulesDocument::reloadAtOnce(ReloadCause cause)
 // The store is in use meanwhile. When its rules change, those in the file are merged into them instead.
 void RulesDocument::reloadInBackground(ReloadCause cause)
 {
-    const std::shared_ptr<rules::PreparedReload> prepared = m_store.prepareReload();
-    if (!prepared)
+    const auto prepared = std::make_shared<std::unique_ptr<rules::PreparedReload>>(m_store.prepareReload());
+    if (!*prepared)
         throw std::bad_alloc();
     inBackground(
-        DocumentWork::reading, [prepared] { prepared->run(); },
-        [this, prepared, cause, stored = m_store.storedRows()] {
-            if (auto done = m_store.finishReload(*prepared)) {
-                noteFileRead();
-                if (cause == ReloadCause::ownWrite)
-                    return announceReload();
-                forgetSteps();
-                announceReload();
-                recordForeignChange(
-                    stored->count(false), [done = std::move(*done)] { return countOfLostUserRules(done); });
-            } else if (!m_orders.empty()) {
-                return; // the file is merged before they are written
-            } else if (m_store.hasExactly(*stored)) {
-                reloadAtOnce(cause);
-            } else {
-                mergePresentFile();
-            }
+        DocumentWork::reading, [prepared] { (*prepared)->run(); },
+        [this, prepared, cause] {
+            finishReload(**prepared, cause);
+            freeInBackground(*m_owner.background, std::shared_ptr(std::move(*prepared)));
         });
+}
+
+void RulesDocument::finishReload(rules::PreparedReload& prepared, ReloadCause cause)
+{
+    if (m_store.finishReload(prepared)) {
+        noteFileRead();
+        if (cause == ReloadCause::foreignChange)
+            forgetSteps();
+        announceReload();
+        if (cause == ReloadCause::foreignChange)
+            recordForeignChange(
+                prepared.from().count(false), [lost = prepared.lostUserRules()] { return lost; });
+    } else if (!m_orders.empty()) {
+        return; // the file is merged before they are written
+    } else if (m_store.hasExactly(prepared.from())) {
+        reloadAtOnce(cause);
+    } else {
+        mergePresentFile();
+    }
 }
 
 void RulesDocument::reload()

@@ -1,6 +1,7 @@
 #include "rules/PreparedReload.h"
 
 #include "rules/RuleCodes.h"
+#include "rules/RuleLine.h"
 #include "rules/RuleManager.h"
 #include "tests/rules/RandomRules.h"
 #include "tests/rules/StoreSandbox.h"
@@ -20,11 +21,17 @@ namespace quorvane::rules {
 
 namespace {
 
-std::optional<ChangeSet> reloadByOtherThread(RuleManager& store)
+// From so many steps on the store is replaced.
+constexpr std::size_t byReplacement = 0;
+constexpr std::size_t byChanges = SIZE_MAX;
+
+bool reloadByOtherThread(RuleManager& store, std::size_t manySteps = RuleManager::manyReloadSteps)
 {
-    const auto reload = store.prepareReload();
+    auto reload = store.prepareReload(manySteps);
     std::thread([&reload] { reload->run(); }).join();
-    return store.finishReload(*reload);
+    const bool isDone = store.finishReload(*reload);
+    std::thread([&reload] { reload.reset(); }).join();
+    return isDone;
 }
 
 std::vector<RuleRef> rowsOf(const RuleManager& store)
@@ -47,6 +54,16 @@ std::string descriptionOf(const RuleManager& store)
     }
     for (const FilterOption& option : store.filterOptions())
         text += std::string(option.name.written()) + "=" + std::to_string(option.value) + " ";
+    return text;
+}
+
+// The values of the user's rules, as a write would get them.
+std::string snapshotAsText(const RuleManager& store)
+{
+    std::string text;
+    store.userRulesSnapshot().forEach([&text](const RuleValue& value) {
+        askValue(value, [&text](const auto& fields) { text += ruleLine(fields) + "\n"; });
+    });
     return text;
 }
 
@@ -132,7 +149,12 @@ void changeAtRandom(RuleManager& store, RandomFile& file)
 
 } // namespace
 
-TEST(PreparedReload, LeavesTheStoreAsAReloadLeavesIt)
+// The step by step change, and the exchange of the store.
+class PreparedReloadOfSteps : public testing::TestWithParam<std::size_t> { };
+
+INSTANTIATE_TEST_SUITE_P(Steps, PreparedReloadOfSteps, testing::Values(byChanges, byReplacement));
+
+TEST_P(PreparedReloadOfSteps, LeavesTheStoreAsAReloadLeavesIt)
 {
     int finished = 0;
     for (unsigned seed = 1; seed <= 40; ++seed) {
@@ -147,7 +169,7 @@ TEST(PreparedReload, LeavesTheStoreAsAReloadLeavesIt)
             changeAtRandom(*store, file);
             file.change();
             sandbox.writeUserRules(file.text());
-            if (reloadByOtherThread(*store))
+            if (reloadByOtherThread(*store, GetParam()))
                 ++finished;
             else
                 store->reloadCurrentUserConfiguration();
@@ -156,26 +178,66 @@ TEST(PreparedReload, LeavesTheStoreAsAReloadLeavesIt)
             fresh->reloadCurrentUserConfiguration();
             store->rebuildRulesCache();
             ASSERT_EQ(descriptionOf(*store), descriptionOf(*fresh));
-            ASSERT_EQ(store->userRulesSnapshot().size(), fresh->userRulesSnapshot().size());
+            ASSERT_EQ(snapshotAsText(*store), snapshotAsText(*fresh));
+            for (const RuleRef& rule : store->allRules())
+                ASSERT_TRUE(store->isStored(rule));
         }
     }
     EXPECT_GT(finished, 300);
 }
 
-TEST(PreparedReload, KeepsTheRecordsOfRulesThatAreStillThere)
+TEST_P(PreparedReloadOfSteps, KeepsTheRecordsOfRulesThatAreStillThere)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(line("/a") + line("/b") + line("/c"));
     const auto store = sandbox.load();
     const std::vector<RuleRef> before = rowsOf(*store);
+    const std::int64_t number = test::policyAt(*store, 0)->sequence();
     sandbox.writeUserRules(line("/new") + line("/c") + line("/a", " \"tagged\""));
-    const auto change = reloadByOtherThread(*store);
-    ASSERT_TRUE(change);
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/new", "/c", "/a"}));
     EXPECT_EQ(store->ruleAtIndex(1, true), before[2]);
     EXPECT_EQ(store->ruleAtIndex(2, true), before[0]);
     EXPECT_EQ(test::policyAt(*store, 2)->tag().view(), "tagged");
+    EXPECT_EQ(test::policyAt(*store, 2)->sequence(), number);
     EXPECT_FALSE(store->isStored(before[1]));
+}
+
+TEST_P(PreparedReloadOfSteps, FollowsLaterChangesOfItsRulesAndOfNoOther)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b"));
+    auto store = sandbox.load();
+    const std::vector<RuleRef> before = rowsOf(*store);
+    sandbox.writeUserRules(line("/b") + line("/new"));
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
+    const auto gone = std::get<PolicyRulePtr>(before[0]);
+    const auto kept = std::get<PolicyRulePtr>(before[1]);
+    const auto rows = store->storedRows();
+    gone->setPath("/elsewhere");
+    EXPECT_TRUE(store->hasExactly(*rows));
+    kept->setPath("/moved");
+    EXPECT_FALSE(store->hasExactly(*rows));
+    EXPECT_EQ(store->firstEqualRule(*kept), kept);
+    EXPECT_EQ(
+        store->firstEqualRule(*test::policyRule({.path = "/b", .processName = "/bin/a", .operations = 1})),
+        nullptr);
+    store.reset();
+    kept->setTag("held by an editor");
+    EXPECT_EQ(kept->path().view(), "/moved");
+}
+
+TEST_P(PreparedReloadOfSteps, CountsTheUsersRulesThatAreLost)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(line("/a") + line("/b") + line("/c") + line("/d"));
+    sandbox.writeSystemFile("quorvane.rc", line("/system"));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(line("/new") + line("/d") + line("/a"));
+    std::filesystem::remove(sandbox.locations.mainSystemRulesFile());
+    const auto reload = store->prepareReload(GetParam());
+    reload->run();
+    EXPECT_EQ(reload->lostUserRules(), 2U);
 }
 
 TEST(PreparedReload, ChangesOnlyWhatDiffers)
@@ -184,30 +246,30 @@ TEST(PreparedReload, ChangesOnlyWhatDiffers)
     sandbox.writeUserRules(lines(500));
     const auto store = sandbox.load();
     sandbox.writeUserRules(lines(500) + line("/added"));
-    const auto change = reloadByOtherThread(*store);
-    ASSERT_TRUE(change);
-    EXPECT_EQ(change->added.size(), 1U);
-    EXPECT_TRUE(change->removed.empty());
-    EXPECT_TRUE(change->changed.empty());
+    const auto before = store->storedRows();
+    ASSERT_TRUE(reloadByOtherThread(*store));
+    const auto after = store->storedRows(); // what changes gets another number
+    EXPECT_TRUE(after->numberedRules().sharesElementsWith(before->numberedRules()));
+    EXPECT_EQ(after->numberedRules().size(), before->numberedRules().size() + 1);
     EXPECT_EQ(test::rowPaths(*store).back(), "/added");
 }
 
-TEST(PreparedReload, GivesNewRulesHigherNumbers)
+TEST_P(PreparedReloadOfSteps, GivesNewRulesHigherNumbers)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(line("/a") + line("/b"));
     const auto store = sandbox.load();
     const std::int64_t last = test::policyAt(*store, 1)->sequence();
     sandbox.writeUserRules(line("/new") + line("/a") + line("/b"));
-    ASSERT_TRUE(reloadByOtherThread(*store));
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
     const std::int64_t added = test::policyAt(*store, 0)->sequence();
     EXPECT_GT(added, last);
     sandbox.writeUserRules(line("/newer") + line("/new") + line("/a") + line("/b"));
-    ASSERT_TRUE(reloadByOtherThread(*store));
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_GT(test::policyAt(*store, 0)->sequence(), added + 2);
 }
 
-TEST(PreparedReload, IsNotFinishedAfterAChangeInTheMeantime)
+TEST_P(PreparedReloadOfSteps, IsNotFinishedAfterAChangeInTheMeantime)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(line("/a") + line("/b"));
@@ -218,7 +280,7 @@ TEST(PreparedReload, IsNotFinishedAfterAChangeInTheMeantime)
     };
     for (const auto& change : changes) {
         const auto store = sandbox.load();
-        const auto reload = store->prepareReload();
+        const auto reload = store->prepareReload(GetParam());
         reload->run();
         change(*store);
         const std::string changed = test::rowsAsText(*store, true);
@@ -227,13 +289,13 @@ TEST(PreparedReload, IsNotFinishedAfterAChangeInTheMeantime)
     }
 }
 
-TEST(PreparedReload, RunsWhileTheStoreIsInUse)
+TEST_P(PreparedReloadOfSteps, RunsWhileTheStoreIsInUse)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(lines(2000));
     const auto store = sandbox.load();
     sandbox.writeUserRules(lines(2000) + line("/added"));
-    const auto reload = store->prepareReload();
+    const auto reload = store->prepareReload(GetParam());
     std::thread other([&reload] { reload->run(); });
     for (int number = 0; number < 200; ++number) {
         test::policyAt(*store, 0)->setTag(std::to_string(number));
@@ -244,27 +306,25 @@ TEST(PreparedReload, RunsWhileTheStoreIsInUse)
     other.join();
     EXPECT_FALSE(store->finishReload(*reload));
     EXPECT_EQ(store->storedRules(), 1800U);
-    EXPECT_TRUE(reloadByOtherThread(*store));
+    EXPECT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_EQ(store->storedRules(), 2001U);
 }
 
-TEST(PreparedReload, ReplacesMostOrAllRules)
+TEST_P(PreparedReloadOfSteps, ReplacesMostOrAllRules)
 {
     const test::StoreSandbox sandbox;
     sandbox.writeUserRules(lines(1000));
     const auto store = sandbox.load();
     sandbox.writeUserRules(lines(500));
-    EXPECT_TRUE(reloadByOtherThread(*store));
+    EXPECT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_EQ(store->storedRules(), 500U);
 
     sandbox.writeUserRules(line("/new") + line("/newer"));
-    const auto change = reloadByOtherThread(*store);
-    ASSERT_TRUE(change);
-    EXPECT_EQ(change->removed.size(), 500U);
+    EXPECT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/new", "/newer"}));
 }
 
-TEST(PreparedReload, MakesRulesAsOldAsTheFileIsRead)
+TEST_P(PreparedReloadOfSteps, MakesRulesAsOldAsTheFileIsRead)
 {
     const test::StoreSandbox sandbox;
     const auto now = static_cast<std::uint64_t>(std::time(nullptr));
@@ -273,13 +333,13 @@ TEST(PreparedReload, MakesRulesAsOldAsTheFileIsRead)
     test::policyAt(*store, 0)->setInitialized(now + 1000000);
     store->sortIndexUsingDescriptors({{SortKey::ruleState, true}});
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/a", "/b"}));
-    ASSERT_TRUE(reloadByOtherThread(*store));
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
     store->rebuildRulesCache();
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/b", "/a"}));
     EXPECT_EQ(test::policyAt(*store, 1)->getRuleState(), RuleState::recent);
 }
 
-TEST(PreparedReload, MeasuresTheAgeOfAChangedRuleAnew)
+TEST_P(PreparedReloadOfSteps, MeasuresTheAgeOfAChangedRuleAnew)
 {
     const test::StoreSandbox sandbox;
     const auto now = static_cast<std::uint64_t>(std::time(nullptr));
@@ -288,7 +348,7 @@ TEST(PreparedReload, MeasuresTheAgeOfAChangedRuleAnew)
     const auto store = sandbox.load();
     test::policyAt(*store, 0)->setInitialized(now - 500); // read before the rule was created again
     sandbox.writeUserRules(line("/a", created(now)) + line("/b"));
-    ASSERT_TRUE(reloadByOtherThread(*store));
+    ASSERT_TRUE(reloadByOtherThread(*store, GetParam()));
     EXPECT_EQ(test::policyAt(*store, 0)->getRuleState(), RuleState::recent);
 }
 
