@@ -8,7 +8,7 @@ namespace quorvane::windows {
 namespace {
 
 constexpr int patience = 300; // milliseconds
-constexpr int betweenUpdates = 40; // milliseconds
+constexpr int betweenUpdates = 20; // milliseconds
 
 } // namespace
 

@@ -3,7 +3,7 @@
 #include "rules/RuleManager.h"
 #include "windows/BackgroundThread.h"
 #include "workflow/ImportForesight.h"
-#include "workflow/JoinedRules.h"
+#include "workflow/ReviewReading.h"
 #include "workflow/StateDict.h"
 
 #include <QDialog>
@@ -13,7 +13,6 @@
 #include <optional>
 #include <stop_token>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace Ui {
@@ -27,10 +26,6 @@ class Workspace;
 namespace quorvane::platform {
 class Log;
 } // namespace quorvane::platform
-
-namespace quorvane::rules {
-class RulesFileText;
-}
 
 namespace quorvane::workflow {
 class ImportDelegate;
@@ -47,7 +42,8 @@ class ImportTableModel;
 // A bar above the list has the kinds of its rules and can filter by one. Hidden rules are imported as well
 // when they are ticked.
 //
-// The file is read when the window is first shown. Deliberate: however the window closes, the fail-safe file
+// The file is read when the window is first shown, a long one on another thread: until it is there, the list
+// is empty and nothing can be imported. Deliberate: however the window closes, the fail-safe file
 // is deleted, even if another file was under review; suggestions that were not accepted are lost. They stay
 // only when the accepted rules could not be written.
 class ImportWindowController : public QDialog {
@@ -74,7 +70,8 @@ public:
     // Not owned; may be null: then Import only closes the window.
     void setDelegate(workflow::ImportDelegate* delegate) { m_delegate = delegate; }
 
-    // Loads the file once; without a path the window stays empty and tries again when it is next shown.
+    // Loads the file once, a long one a little later; without a path the window stays empty and tries again
+    // when it is next shown.
     void awakeFromNib();
     // Reads the file and ticks all rules.
     void reloadData();
@@ -112,14 +109,15 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    enum class Listing { file, joinedLines, allApart };
+    using Listing = workflow::ReviewReading::Listing;
 
     void setUpTable();
     void setUpMenu();
-    std::unique_ptr<rules::RuleManager> readRules();
-    std::unique_ptr<rules::RuleManager> storeOf(const workflow::RulesApart& apart) const;
-    void untickCutRules(const workflow::RulesApart& apart);
-    std::string_view textOf(const rules::RulesFileText& file) const;
+    workflow::ReviewReading reading() const;
+    void readInBackground(workflow::ReviewReading reading);
+    void setReading(bool isReading);
+    void list(workflow::ReviewedRules read);
+    void freeRules();
     std::shared_ptr<const rules::RuleRows> shownRows() const;
     void findFailing();
     void foresightDidChange();
@@ -151,7 +149,8 @@ private:
     Listing m_listing = Listing::file;
     std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
-    bool m_initialize = false; // true once the file is loaded
+    bool m_initialize = false; // true once the file is loaded, or is being read
+    bool m_isReading = false; // on another thread
     bool m_isImporting = false;
     bool m_hasFailed = false; // the accepted rules could not be written
     std::stop_source m_findingFailing;

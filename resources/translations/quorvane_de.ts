@@ -1544,6 +1544,10 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>No rule is of this kind.</source>
         <translation>Keine Regel ist von dieser Art.</translation>
     </message>
+    <message>
+        <source>Reading the rules…</source>
+        <translation>Die Regeln werden gelesen…</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::windows::LikeSelection</name>

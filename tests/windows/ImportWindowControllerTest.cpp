@@ -92,6 +92,34 @@ TEST_F(ImportWindow, ListsTheRulesOfTheFileAllTicked)
     EXPECT_EQ(QApplication::focusWidget(), table);
 }
 
+TEST_F(ImportWindow, ReadsALongFileBesideAndImportsNothingBeforeItIsThere)
+{
+    constexpr int rules = 20'000;
+    std::string lines;
+    for (int number = 0; number < rules; ++number)
+        lines
+            += "allow prefix \"/a/folder/whose/name/is/long/" + std::to_string(number) + "\" \"/bin/sh\" r\n";
+    open(folder.write("Long.quorv", lines));
+    EXPECT_EQ(table->model()->rowCount(), 0);
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("Reading the rules\u2026"));
+    EXPECT_FALSE(button("importButton")->isEnabled());
+    window->importAction();
+    EXPECT_EQ(delegate.calls, "");
+    EXPECT_TRUE(window->isVisible());
+
+    EXPECT_TRUE(QTest::qWaitFor([this] { return table->model()->rowCount() == rules; }));
+    EXPECT_TRUE(button("importButton")->isEnabled());
+    EXPECT_EQ(counts(), QStringLiteral("20,000 of 20,000 rules ticked"));
+}
+
+TEST_F(ImportWindow, CanBeClosedWhileALongFileIsRead)
+{
+    open(folder.write("Long.quorv", std::string(1U << 20U, ';') + "\nallow prefix \"/a\" \"/bin/sh\" r\n"));
+    window.reset();
+    QTest::qWait(1);
+    EXPECT_EQ(delegate.calls, "");
+}
+
 TEST_F(ImportWindow, TellsHowManyRulesAreAlreadyPresent)
 {
     store.addPolicyRule(test::policyRule({.path = "/a", .processName = "/bin/sh", .operations = 2}));
