@@ -12,8 +12,17 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <memory>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace quorvane::windows {
 
@@ -43,9 +52,27 @@ protected:
     void closeEvent(QCloseEvent* /*event*/) override { ++closings; }
 };
 
+// Begins as in a shell's foreground: what runs the tests may itself ignore some of the signals.
+class EndRequestsTest : public testing::Test {
+protected:
+    EndRequestsTest()
+    {
+        for (const int signal : endSignals)
+            m_before.push_back(std::signal(signal, SIG_DFL));
+    }
+    ~EndRequestsTest() override
+    {
+        for (std::size_t number = 0; number < m_before.size(); ++number)
+            std::signal(endSignals[number], m_before[number]);
+    }
+
+private:
+    std::vector<void (*)(int)> m_before;
+};
+
 } // namespace
 
-TEST(EndRequests, EverySignalOfThreeIsReceivedByTheEventLoopAndNotAtOnce)
+TEST_F(EndRequestsTest, EverySignalOfThreeIsReceivedByTheEventLoopAndNotAtOnce)
 {
     const Requests requests;
     int expected = 0;
@@ -57,17 +84,19 @@ TEST(EndRequests, EverySignalOfThreeIsReceivedByTheEventLoopAndNotAtOnce)
     }
 }
 
-TEST(EndRequests, SignalsNeverEndTheProcessHoweverManyArrive)
+TEST_F(EndRequestsTest, SignalsNeverEndTheProcessHoweverManyArrive)
 {
     const Requests requests;
+    errno = 0;
     for (int number = 0; number < 100000; ++number)
         raise(endSignals[number % 3]);
+    EXPECT_EQ(errno, 0) << "what is interrupted does not see what a full pipe says";
     EXPECT_TRUE(QTest::qWaitFor([&] { return requests.count > 0; }));
     QCoreApplication::processEvents();
     EXPECT_EQ(requests.count, 1) << "all that have arrived by then are one request";
 }
 
-TEST(EndRequests, ReachALocalLoopThatWaitsForAPersonAndTheNextOneToo)
+TEST_F(EndRequestsTest, ReachALocalLoopThatWaitsForAPersonAndTheNextOneToo)
 {
     const Requests requests;
     for (int expected = 1; expected <= 2; ++expected) {
@@ -85,7 +114,7 @@ TEST(EndRequests, ReachALocalLoopThatWaitsForAPersonAndTheNextOneToo)
     EXPECT_EQ(requests.count, 3);
 }
 
-TEST(EndRequests, EndOfTheSessionIsOneAndClosesNoWindow)
+TEST_F(EndRequestsTest, EndOfTheSessionIsOneAndClosesNoWindow)
 {
     const Window window;
     const Requests requests;
@@ -101,7 +130,7 @@ TEST(EndRequests, EndOfTheSessionIsOneAndClosesNoWindow)
     EXPECT_TRUE(window.isVisible());
 }
 
-TEST(EndRequests, SignalThatTheProgramWasStartedToIgnoreStaysIgnored)
+TEST_F(EndRequestsTest, SignalThatTheProgramWasStartedToIgnoreStaysIgnored)
 {
     std::signal(SIGHUP, SIG_IGN);
     {
@@ -114,7 +143,37 @@ TEST(EndRequests, SignalThatTheProgramWasStartedToIgnoreStaysIgnored)
     EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
 }
 
-TEST(EndRequests, SignalsEndTheProcessAgainAfterwards)
+TEST_F(EndRequestsTest, ACallThatASignalInterruptsGoesOn)
+{
+    const Requests requests;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    std::thread sender([reader = pthread_self(), &ends] {
+        for (int number = 0; number < 50; ++number) {
+            pthread_kill(reader, SIGTERM);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        close(ends[1]);
+    });
+    char nothing = 0;
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0) << errno;
+    sender.join();
+    close(ends[0]);
+}
+
+TEST_F(EndRequestsTest, SignalsKeepEndingTheProcessWhereTheyCannotBePassedOn)
+{
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const Requests requests;
+    setrlimit(RLIMIT_NOFILE, &before);
+    for (const int signal : endSignals)
+        EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_DFL) << signal;
+}
+
+TEST_F(EndRequestsTest, SignalsEndTheProcessAgainAfterwards)
 {
     {
         const Requests requests;
@@ -123,7 +182,7 @@ TEST(EndRequests, SignalsEndTheProcessAgainAfterwards)
         EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_DFL) << signal;
 }
 
-TEST(EndRequests, ProgramsStartedMeanwhileCanBeEndedBySignals)
+TEST_F(EndRequestsTest, ProgramsStartedMeanwhileCanBeEndedBySignals)
 {
     const Requests requests;
     QProcess program;
