@@ -8,31 +8,25 @@
 #include "windows/WindowLook.h"
 
 #include <QProcess>
+#include <QTimer>
 
 #include <chrono>
+#include <utility>
 
 namespace quorvane::app {
 
-namespace {
-
-// How long a request may take to arrive after the program was started for it.
-constexpr std::chrono::seconds longestUnneeded{20};
-
-// Starts the preferences as a separate process, like the command line of the desktop entry: it shows no main
-// window and ends with its own window.
-bool startForPreferences()
+ServedProgram ServedProgram::present()
 {
-    return QProcess::startDetached(
-        windows::toQt(platform::programPathFromLink("/proc/self/exe")), {QStringLiteral("-preferences")});
+    return {.program = platform::runningProgram().value_or(std::string()),
+        .longestUnneeded = std::chrono::seconds(20)};
 }
 
-} // namespace
-
-DesktopRequests::DesktopRequests(
-    AppDelegate& delegate, windows::RulesEditorTableController& mainWindow, platform::Log& log)
+DesktopRequests::DesktopRequests(AppDelegate& delegate, windows::RulesEditorTableController& mainWindow,
+    platform::Log& log, ServedProgram served)
     : m_delegate(delegate)
     , m_mainWindow(mainWindow)
     , m_log(log)
+    , m_served(std::move(served))
 {
     // Queued, so that the desktop gets its reply before a window waits for the user.
     QObject::connect(
@@ -44,14 +38,12 @@ DesktopRequests::DesktopRequests(
     QObject::connect(
         &m_service, &desktop::ApplicationService::actionWasChosen, &m_service,
         [this](const QString& action) { doAction(action); }, Qt::QueuedConnection);
-    m_untilUnneeded.setSingleShot(true);
-    QObject::connect(&m_untilUnneeded, &QTimer::timeout, &m_service, [this] { endUnlessShown(); });
 }
 
 void DesktopRequests::start(const QDBusConnection& bus)
 {
     if (m_service.start(bus)) {
-        m_untilUnneeded.start(longestUnneeded);
+        QTimer::singleShot(m_served.longestUnneeded, &m_service, [this] { endUnlessShown(); });
         return;
     }
     m_log.write(std::string("the session bus does not give the name ") + desktop::ApplicationService::name);
@@ -78,7 +70,9 @@ void DesktopRequests::doAction(const QString& action)
         m_log.write("the desktop asks for an unknown action");
         return;
     }
-    if (!startForPreferences())
+    // As a separate process, like the command line of the desktop entry: it shows no main window and ends
+    // with its own window.
+    if (!QProcess::startDetached(windows::toQt(m_served.program), {QStringLiteral("-preferences")}))
         m_log.write("cannot start the program for the preferences");
     endUnlessShown();
 }

@@ -76,11 +76,17 @@ bool startAfterDelay(float delay, const std::string& program)
     return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-bool relaunchAfterDelay(float delay)
+std::optional<std::string> runningProgram()
 {
     std::error_code error;
     const std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe", error);
-    return !error && startAfterDelay(delay, programPathFromLink(link.string()));
+    return error ? std::nullopt : std::optional(programPathFromLink(link.string()));
+}
+
+bool relaunchAfterDelay(float delay)
+{
+    const auto program = runningProgram();
+    return program && startAfterDelay(delay, *program);
 }
 
 } // namespace quorvane::platform

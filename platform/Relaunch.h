@@ -16,6 +16,9 @@ std::string relaunchCommand(float delay, std::string_view program);
 // replaced it, as in an upgrade, that one counts.
 std::string programPathFromLink(const std::string& link);
 
+// The file of the running program, determined that way. None when it cannot be determined.
+std::optional<std::string> runningProgram();
+
 // Starts `program`, without arguments, after `delay` seconds and returns at once. It runs in a process
 // session of its own, with the environment, working folder and standard streams of this program and no other
 // descriptor, and needs no waiting for: it is not a child of this process. False when no process could be
