@@ -42,7 +42,6 @@ struct Form {
         rows->setContentsMargins(0, 0, 0, 0);
         rows->setHorizontalSpacing(betweenLabelAndControl);
         rows->setVerticalSpacing(betweenLikenesses);
-        rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     }
 };
 

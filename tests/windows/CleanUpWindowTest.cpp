@@ -1,6 +1,8 @@
 #include "windows/CleanUpWindow.h"
 #include "tests/windows/EditorTable.h"
 #include "windows/CleanUpModel.h"
+#include "windows/ProblemsFinder.h"
+#include "windows/ProblemsPanel.h"
 
 #include <QAbstractItemModelTester>
 #include <QPushButton>
@@ -58,6 +60,40 @@ TEST_F(CleanUpWindowTest, TicksWhatCanGoAndSaysWhy)
     EXPECT_EQ(cellText(1, CleanUpModel::doubt), QStringLiteral("on a volume that is not mounted"));
 }
 
+TEST_F(CleanUpWindowTest, SaysWhatItIsFor)
+{
+    openWith(rules);
+    EXPECT_EQ(cleanUp->windowTitle(), QStringLiteral("Clean Up"));
+    EXPECT_EQ(list->accessibleName(), QStringLiteral("Rules that can go"));
+    QStringList texts;
+    for (const auto* label : cleanUp->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly))
+        texts.append(label->text());
+    EXPECT_TRUE(texts.contains(
+        QStringLiteral("These rules have nothing to do. What is ticked goes, in one step that Undo "
+                       "takes back; what might be wanted again is not ticked.")))
+        << texts.join(QLatin1Char('|')).toStdString();
+}
+
+TEST_F(CleanUpWindowTest, HasTheSizeThatItWasGivenTheLastTime)
+{
+    openWith(rules);
+    EXPECT_EQ(cleanUp->size(), QSize(820, 460)) << "the first time";
+    cleanUp->resize(700, 400);
+    cleanUp->reject();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<CleanUpWindow*>() == nullptr; }));
+    action("cleanUpMenuItem")->trigger();
+    cleanUp = window->findChild<CleanUpWindow*>();
+    EXPECT_EQ(cleanUp->size(), QSize(700, 400));
+    cleanUp->resize(820, 460);
+}
+
+TEST_F(CleanUpWindowTest, SaysThatMemoryDoesNotSuffice)
+{
+    openWith(rules);
+    Q_EMIT window->findChild<ProblemsPanel*>()->finder().found({});
+    EXPECT_EQ(count(), QStringLiteral("There is not enough memory to find them."));
+}
+
 TEST_F(CleanUpWindowTest, RemovesTheTickedRulesInOneStepOfUndo)
 {
     openWith(rules);
@@ -76,7 +112,11 @@ TEST_F(CleanUpWindowTest, OpensWithTheKeyboardInItsListAndCleansUpByReturn)
     openWith(rules);
     EXPECT_EQ(cleanUp->focusWidget(), list);
     EXPECT_EQ(list->currentIndex(), list->model()->index(0, CleanUpModel::rule));
-    EXPECT_TRUE(qobject_cast<QPushButton*>(button(*cleanUp, QStringLiteral("&Clean Up")))->isDefault());
+    button(*cleanUp, QStringLiteral("Tick &All"))->setFocus();
+    const std::string before = file();
+    QTest::keyClick(cleanUp->focusWidget(), Qt::Key_Return);
+    EXPECT_NE(file(), before) << "and not what ticks all of them";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<CleanUpWindow*>() == nullptr; }));
 }
 
 TEST_F(CleanUpWindowTest, ChangesNothingWhenItIsLeft)

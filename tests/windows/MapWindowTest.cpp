@@ -9,6 +9,7 @@
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -27,10 +28,28 @@ protected:
              "allow prefix \"/etc/\" \"/bin/sh\" r \"one\" \"\" \"0\"\n"
              "deny path \"/etc/ssh/key\" \"/bin/sh\" w \"\" \"\" \"0\"\n"
              "allow prefix \"/home/\" \"/bin/vi\" r \"\" \"\" \"0\"\n");
+        openMap();
+    }
+
+    void openMap()
+    {
         action("mapMenuItem")->trigger();
         map = window->findChild<MapWindow*>();
         tree = map->findChild<QTreeView*>();
         EXPECT_TRUE(QTest::qWaitFor([this] { return tree->model()->rowCount() > 0; }));
+    }
+    void openMapAgain()
+    {
+        map->close();
+        EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<MapWindow*>() == nullptr; }));
+        openMap();
+    }
+    void addRuleOn(const std::string& path)
+    {
+        document->perform(
+            workflow::additionOf(test::policyRule({.path = path, .processName = "any", .operations = 1})),
+            {"Add"});
+        window->reloadData();
     }
 
     template <class Act> void afterMaking(Act act)
@@ -96,6 +115,63 @@ TEST_F(Map, ShowsTheProgramsAndTheirPlaces)
         "  Paths by their ending: 1 watch\n"
         "  /home/: 1 allow\n");
     EXPECT_TRUE(tree->isColumnHidden(AccessModel::programs));
+    EXPECT_EQ(tree->header()->length(), tree->viewport()->width());
+    EXPECT_GT(tree->columnWidth(AccessModel::place), 250) << "the place has what the programs leave";
+
+    afterMaking([this] { map->findChild<QComboBox*>()->setCurrentIndex(0); });
+    EXPECT_FALSE(tree->isColumnHidden(AccessModel::programs));
+    EXPECT_EQ(tree->header()->length(), tree->viewport()->width());
+}
+
+TEST_F(Map, SaysThatItLooksAtTheRulesMeanwhile)
+{
+    afterMaking([this] {
+        map->findChild<QComboBox*>()->setCurrentIndex(1);
+        EXPECT_EQ(foot(), QStringLiteral("Looking at the rules…"));
+    });
+    EXPECT_EQ(foot(), QStringLiteral("On the map: 2 allow, 1 deny, 1 watch."));
+}
+
+TEST_F(Map, OpensItsTopWhereThatIsNoLongList)
+{
+    for (int folder = 0; folder < 197; ++folder)
+        addRuleOn("/" + std::to_string(folder) + "/");
+    const auto isTopOpen = [this] {
+        EXPECT_TRUE(QTest::qWaitFor([this] { return foot().startsWith(QStringLiteral("On the map")); }));
+        for (int row = 0; row < tree->model()->rowCount(); ++row) {
+            if (top(row).data().toString() == QStringLiteral("/etc/"))
+                return tree->isExpanded(top(row));
+        }
+        return false;
+    };
+    openMapAgain();
+    EXPECT_EQ(tree->model()->rowCount(), 200);
+    EXPECT_TRUE(isTopOpen());
+    addRuleOn("/197/");
+    openMapAgain();
+    EXPECT_EQ(tree->model()->rowCount(), 201);
+    EXPECT_FALSE(isTopOpen());
+}
+
+TEST_F(Map, ClosesByItsButtonAndKeepsItsSize)
+{
+    map->resize(700, 400);
+    map->findChild<QPushButton*>(QStringLiteral("closeButton"))->click();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<MapWindow*>() == nullptr; }));
+    openMap();
+    EXPECT_EQ(map->size(), QSize(700, 400));
+}
+
+TEST_F(Map, LeavesSystemRulesHiddenInTheTableWhereItSelectsAUsersRuleToo)
+{
+    addRuleOn("/opt/");
+    afterMaking([this] { map->findChild<QCheckBox*>()->click(); });
+    const int row = tree->model()->rowCount() - 1;
+    ASSERT_EQ(
+        top(row).siblingAtColumn(AccessModel::bar).data().toString(), QStringLiteral("1 allow, 1 deny"));
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(top(row)).center());
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/opt/"));
+    EXPECT_EQ(foot(), QStringLiteral("Selected in the table: 1 rule."));
 }
 
 TEST_F(Map, CountsOnlyTheRulesThatItSelects)
@@ -124,16 +200,10 @@ TEST_F(Map, SelectsTheRulesOfTheCurrentPlaceByReturn)
 
 TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
 {
-    const auto add = [this](const char* path) {
-        document->perform(
-            workflow::additionOf(test::policyRule({.path = path, .processName = "any", .operations = 1})),
-            {"Add"});
-        window->reloadData();
-    };
-    afterMaking([&] { add("/etc/ssh/keys/mine"); });
+    afterMaking([&] { addRuleOn("/etc/ssh/keys/mine"); });
     tree->expand(top(1));
     tree->setCurrentIndex(tree->model()->index(0, 0, top(1)));
-    afterMaking([&] { add("/a/"); });
+    afterMaking([&] { addRuleOn("/a/"); });
     EXPECT_EQ(top(1).data().toString(), QStringLiteral("/a/"));
     EXPECT_TRUE(tree->isExpanded(top(2)));
     EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("ssh/"));
@@ -149,6 +219,17 @@ TEST_F(Map, SaysThatThereAreNoRules)
     });
     EXPECT_EQ(foot(), QStringLiteral("There are no rules."));
     QTest::keyClick(tree, Qt::Key_Return);
+}
+
+TEST_F(Map, HasACurrentPlaceAlsoWhenTheOneBeforeIsGone)
+{
+    tree->setCurrentIndex(top(2));
+    const auto home = store->userRules().back();
+    afterMaking([this, &home] {
+        document->perform(workflow::deletionOf(*store, {home}), {"Delete"});
+        window->reloadData();
+    });
+    EXPECT_EQ(tree->currentIndex(), top(0));
 }
 
 TEST_F(Map, SamplesOfItsBarsFollowTheLook)

@@ -164,6 +164,31 @@ TEST_F(RuleStripTest, FindsTheFormerProgramThatStartedAnother)
     EXPECT_EQ(preview->findChild<QLineEdit*>()->text(), QStringLiteral("/nonexistent/old"));
 }
 
+TEST_F(RuleStripTest, DeletesARuleThatIsForNothing)
+{
+    openWith("allow path \"/nonexistent\" \"any\" r \"\" \"\" \"0\"\n");
+    fill({0});
+    press("Delete");
+    EXPECT_EQ(file(), "");
+}
+
+TEST_F(RuleStripTest, HasNoButtonsOfTheRuleThatWasSelectedBefore)
+{
+    openWith("allow path \"/nonexistent\" \"any\" r \"\" \"\" \"0\"\n"
+             "watch prefix \"/tmp/\" \"any\" x \"\"\n");
+    const QString path = QStringLiteral("/nonexistent");
+    const int wrong = text(0, workflow::RuleColumn::path) == path ? 0 : 1;
+    fill({wrong});
+    ASSERT_NE(button(*strip, QStringLiteral("Delete")), nullptr);
+    const QStringList before = shown();
+    QSignalSpy filled(strip, &RuleStrip::wasFilled);
+    select({1 - wrong});
+    while (shown().first() == before.first())
+        QCoreApplication::processEvents();
+    EXPECT_EQ(button(*strip, QStringLiteral("Delete")), nullptr);
+    EXPECT_TRUE(!filled.isEmpty() || filled.wait());
+}
+
 TEST_F(RuleStripTest, ExplainsAProblemOnRequest)
 {
     openWith("allow path \"/nonexistent\" \"any\" r \"\" \"\" \"0\"\n");

@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFormLayout>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPointer>
@@ -83,14 +84,20 @@ protected:
     void namePath(const std::string& path) const { control<PathField>("programField")->setPath(path); }
     void undo() const { action("undoMenuItem")->trigger(); }
     // Asks where the program of a new rule, which is not in the folder, has moved to.
-    void askWhereProgramIs(const char* name)
+    void askWhereProgramIs(const char* name, const std::string& constraint = {})
     {
-        document->perform(workflow::additionOf(test::policyRule(
-                              {.path = "/t", .processName = box.folder.path(name), .operations = 1})),
+        document->perform(workflow::additionOf(test::policyRule({.path = "/t",
+                              .processName = box.folder.path(name),
+                              .constraint = constraint,
+                              .operations = 1})),
             {"Add"});
         window->reloadData();
         selectPath(QStringLiteral("/t"));
         action("programMovedMenuItem")->trigger();
+    }
+    bool areCandidatesFound() const
+    {
+        return QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); });
     }
     // The action has that name, and its Ctrl+Z restores the file to the byte.
     void expectUndoRestores(const std::string& before, const char* name) const
@@ -138,6 +145,8 @@ TEST_F(Selection, ShowsTheTagThatItsRulesShare)
     select({first});
     action("tagMenuItem")->trigger();
     EXPECT_EQ(control<QLineEdit>("tagTextField")->text(), QStringLiteral("one"));
+    EXPECT_EQ(control<QLineEdit>("tagTextField")->selectedText(), QStringLiteral("one"))
+        << "to be typed over";
     EXPECT_FALSE(canConfirm());
     preview()->reject();
     select({first, second});
@@ -300,8 +309,8 @@ TEST_F(Selection, IsAskedForInTheFirstControlWhichHasTheKeyboard)
     const struct {
         const char* command;
         const char* control;
-    } cases[] = {{"tagMenuItem", "tagTextField"}, {"copyToProgramMenuItem", "programField"},
-        {"programMovedMenuItem", "programField"}};
+    } cases[] = {{"tagMenuItem", "tagTextField"}, {"operationsMenuItem", "operationsPopUp"},
+        {"copyToProgramMenuItem", "programField"}, {"programMovedMenuItem", "programField"}};
     for (const auto& c : cases) {
         select({first});
         action(c.command)->trigger();
@@ -312,17 +321,6 @@ TEST_F(Selection, IsAskedForInTheFirstControlWhichHasTheKeyboard)
         })) << c.command;
         preview()->reject();
     }
-}
-
-TEST_F(Selection, IsPlannedAnewWhenRulesChangeMeanwhile)
-{
-    select({first, second});
-    action("tagMenuItem")->trigger();
-    control<QLineEdit>("tagTextField")->setText(QStringLiteral("other"));
-    EXPECT_EQ(summary(), QStringLiteral("2 rules changed"));
-    document->perform(workflow::deletionOf(*store, {store->ruleAtIndex(first, false)}), {"Delete Rule"});
-    window->reloadData();
-    EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
 }
 
 TEST_F(Selection, IsWalkedByTabFromItsControlsToItsButtons)
@@ -350,12 +348,30 @@ TEST_F(Selection, OfSystemRulesIsCopiedToo)
     EXPECT_NE(file().find("allow prefix \"/system/\" \"/nowhere/tool\" r"), std::string::npos);
 }
 
+TEST_F(Selection, OfSystemRulesIsLeftOutOfEverythingElse)
+{
+    action("hideSystemToolbarItem")->trigger();
+    window->selectRules({store->allRules().back(), store->userRules()[1]});
+    action("tagMenuItem")->trigger();
+    EXPECT_EQ(remarks(), QStringLiteral("Left out: 1 rule of the system or of another kind."));
+}
+
+TEST_F(Selection, IsPreviewedInOneWindowAtATime)
+{
+    select({first, second});
+    action("tagMenuItem")->trigger();
+    action("denyMenuItem")->trigger();
+    EXPECT_EQ(window->findChildren<ChangeWindow*>().size(), 1);
+    EXPECT_EQ(preview()->windowTitle(), QStringLiteral("Deny"));
+}
+
 TEST_F(Selection, FollowsItsProgramWithAllOfItsRules)
 {
     const std::string before = file();
     select({first});
     action("programMovedMenuItem")->trigger();
     ASSERT_NE(preview(), nullptr);
+    EXPECT_FALSE(control<QComboBox>("candidatesPopUp")->isVisible());
     namePath("/nowhere/sh");
     EXPECT_EQ(summary(), QStringLiteral("3 rules changed"));
     confirm();
@@ -367,10 +383,33 @@ TEST_F(Selection, IsOfferedTheOtherVersionOfAProgramThatIsGone)
 {
     const std::string newer = box.folder.write("tool-2", "a program");
     askWhereProgramIs("tool-1");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
-    EXPECT_EQ(control<QComboBox>("candidatesPopUp")->currentData().toString().toStdString(), newer);
+    EXPECT_TRUE(areCandidatesFound());
+    EXPECT_EQ(
+        control<QComboBox>("candidatesPopUp")->currentText().toStdString(), newer + " (another version)");
     EXPECT_EQ(control<PathField>("programField")->path(), newer);
     EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+}
+
+TEST_F(Selection, IsOfferedAProgramThatIsWhatItsRulesAreBoundTo)
+{
+    const std::string moved = box.folder.write("bin/tool", "text");
+    askWhereProgramIs("tool", "982d9e3eb996f559e633f4d194def3761d909f5a3b647d1a851fead67c32c9d1");
+    EXPECT_TRUE(areCandidatesFound());
+    EXPECT_EQ(control<QComboBox>("candidatesPopUp")->currentText().toStdString(),
+        moved + " (has what the rules are bound to)");
+}
+
+TEST_F(Selection, TakesTheCandidateThatIsChosen)
+{
+    box.folder.write("tool-2", "a program");
+    box.folder.write("tool-3", "a program");
+    askWhereProgramIs("tool-1");
+    EXPECT_TRUE(areCandidatesFound());
+    auto* candidates = control<QComboBox>("candidatesPopUp");
+    ASSERT_EQ(candidates->count(), 2);
+    candidates->setFocus();
+    QTest::keyClick(candidates, Qt::Key_Down);
+    EXPECT_EQ(control<PathField>("programField")->path(), box.folder.path("tool-2"));
 }
 
 TEST_F(Selection, KeepsTheProgramThatWasNamedBeforeOthersWereFound)
@@ -378,8 +417,20 @@ TEST_F(Selection, KeepsTheProgramThatWasNamedBeforeOthersWereFound)
     box.folder.write("tool-2", "a program");
     askWhereProgramIs("tool-1");
     namePath("/nowhere/tool");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return control<QComboBox>("candidatesPopUp")->isVisible(); }));
+    EXPECT_TRUE(areCandidatesFound());
     EXPECT_EQ(control<PathField>("programField")->path(), "/nowhere/tool");
+}
+
+TEST_F(Selection, IsOfferedNothingInAWindowThatIsClosedByThen)
+{
+    box.folder.write("tool-2", "a program");
+    askWhereProgramIs("tool-1");
+    delete preview();
+    select({vi});
+    action("programMovedMenuItem")->trigger(); // is looked for after the other
+    action("programMovedMenuItem")->trigger();
+    askWhereProgramIs("tool-1");
+    EXPECT_TRUE(areCandidatesFound());
 }
 
 TEST_F(Selection, WithoutAProgramCannotMove)
@@ -392,6 +443,8 @@ TEST_F(Selection, WithoutAProgramCannotMove)
     action("programMovedMenuItem")->trigger();
     EXPECT_EQ(preview(), nullptr);
     EXPECT_EQ(notice(), QStringLiteral("The rule names no program that could have moved."));
+    action("programMovedMenuItem")->trigger();
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 1U) << "which is said once";
 }
 
 TEST_F(Selection, IsChangedInWindowsThatSayWhatTheyDo)
@@ -420,6 +473,47 @@ TEST_F(Selection, IsChangedInWindowsThatSayWhatTheyDo)
     }
 }
 
+TEST_F(Selection, IsChangedByControlsThatSayWhatTheyAreFor)
+{
+    const struct {
+        const char* item;
+        const char* labels;
+    } commands[] = {
+        {"tagMenuItem", "&Tag"},
+        {"operationsMenuItem", "&How|Operations"},
+        {"copyToProgramMenuItem", "&Program"},
+        {"programMovedMenuItem", "Rules of|/bin/sh|&Found|Now &at"},
+    };
+    for (const auto& command : commands) {
+        select({first, second});
+        action(command.item)->trigger();
+        QStringList labels;
+        auto* form = preview()->findChild<QFormLayout*>();
+        for (const auto* label : form->parentWidget()->findChildren<QLabel*>(Qt::FindDirectChildrenOnly))
+            labels.append(label->text());
+        labels.sort();
+        QStringList expected = QString::fromLatin1(command.labels).split(QLatin1Char('|'));
+        expected.sort();
+        EXPECT_EQ(labels.join(QLatin1Char('|')), expected.join(QLatin1Char('|'))) << command.item;
+        preview()->reject();
+    }
+    action("tagMenuItem")->trigger();
+    EXPECT_EQ(
+        control<QLineEdit>("tagTextField")->placeholderText(), QStringLiteral("Nothing takes the tags away"));
+    preview()->reject();
+    action("operationsMenuItem")->trigger();
+    const auto* kinds = control<QComboBox>("operationsPopUp");
+    EXPECT_EQ(
+        kinds->itemText(0) + kinds->itemText(1) + kinds->itemText(2), QStringLiteral("AddTake awaySet to"));
+    preview()->reject();
+    action("copyToProgramMenuItem")->trigger();
+    EXPECT_EQ(control<PathField>("programField")->focusProxy()->accessibleName(), QStringLiteral("Program"));
+    preview()->reject();
+    action("programMovedMenuItem")->trigger();
+    EXPECT_EQ(control<PathField>("programField")->focusProxy()->accessibleName(),
+        QStringLiteral("Present path of the program"));
+}
+
 TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)
 {
     select({first, second});
@@ -428,6 +522,7 @@ TEST_F(Selection, ThatAnotherProgramChangesIsPlannedAnewInTheOpenPreview)
     document->perform(workflow::deletionOf(*store, {store->userRules()[1]}), {"Delete Rule"});
     window->reloadData();
     EXPECT_EQ(summary(), QStringLiteral("1 rule changed"));
+    EXPECT_EQ(remarks(), QString()) << "a rule that is gone is not left out";
     confirm();
     EXPECT_EQ(file().find("/a/"), std::string::npos);
 }
