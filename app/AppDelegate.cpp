@@ -134,7 +134,6 @@ void AppDelegate::displayNotice(const std::string& header, const std::string& me
         return;
     // Deliberate: shorter than the notice stays, so it may still be visible when the caller continues.
     QTimer timeOut(this);
-    timeOut.setSingleShot(true);
     connect(&timeOut, &QTimer::timeout, wait.get(), &QEventLoop::quit);
     timeOut.start(longestWait);
     const desktop::InputLock lock;
@@ -161,9 +160,9 @@ bool AppDelegate::performTouchIDAuthentication()
 void AppDelegate::showPreferencesWindow()
 {
     m_log.write("showing preferences window");
-    m_preferencesWindow = m_openPreferencesWindow();
-    adopt(*m_preferencesWindow);
-    windows::bringToFront(*m_preferencesWindow);
+    QWidget* window = m_openPreferencesWindow();
+    adopt(*window);
+    windows::bringToFront(*window);
 }
 
 void AppDelegate::showHelp()

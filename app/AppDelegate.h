@@ -5,7 +5,6 @@
 #include "workflow/ApplicationServices.h"
 
 #include <QObject>
-#include <QPointer>
 
 #include <functional>
 #include <string>
@@ -97,7 +96,6 @@ private:
     const workflow::RunState& m_run;
     const DelegateServices m_services;
     std::function<QWidget*()> m_openPreferencesWindow;
-    QPointer<QWidget> m_preferencesWindow; // the last one shown
     bool m_showPreferences = false;
     bool m_terminating = false;
     bool m_ended = false; // the event loop has ended

@@ -338,10 +338,9 @@ int main(int argumentCount, char** arguments)
         ? quorvane::app::Subject()
         : quorvane::app::windowNamed(argumentCount - 2, arguments + 2, around);
     if (subject.shown == nullptr) {
-        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | narrow CLASS | item "
-                   "NAME[+NAME...] "
-                   "FIRST-ROW RULES WIDTH HEIGHT | menu NAME | editor ROW | review RULES-FILE | "
-                   "touching PATH | map | history | preferences]\n",
+        std::fputs("usage: quorvane-window-image FILE.png [main [ROW] | problems ROW | narrow CLASS | "
+                   "item NAME[+NAME...] FIRST-ROW RULES WIDTH HEIGHT | menu NAME | editor ROW | "
+                   "review RULES-FILE | touching PATH | map | history | preferences]\n",
             stderr);
         return 2;
     }

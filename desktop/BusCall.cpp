@@ -28,9 +28,7 @@ QDBusMessage answerTo(const QDBusMessage& call, const QDBusConnection& bus,
     const InputLock lock;
     if (!watcher.isFinished())
         wait.exec();
-    return watcher.isFinished()
-        ? watcher.reply()
-        : QDBusMessage::createError(QDBusError::NoReply, QStringLiteral("The call was given up."));
+    return watcher.isFinished() ? watcher.reply() : QDBusMessage::createError(QDBusError::NoReply, QString());
 }
 
 QDBusMessage answerTo(

@@ -32,10 +32,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, std::chrono::milliseco
     question.setArguments({QStringList{appearanceGroup}});
     auto* answer = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
     QEventLoop wait;
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        takeAll(answer->reply());
-        answer->deleteLater();
-    });
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] { takeAll(answer->reply()); });
     connect(answer, &QDBusPendingCallWatcher::finished, &wait, &QEventLoop::quit);
     QTimer::singleShot(patience, &wait, &QEventLoop::quit);
     if (!answer->isFinished())
@@ -44,7 +41,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, std::chrono::milliseco
 
 void DesktopAppearance::takeAll(const QDBusMessage& answer)
 {
-    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != QLatin1String("a{sa{sv}}"))
+    if (answer.signature() != QLatin1String("a{sa{sv}}"))
         return;
     const auto settings = qdbus_cast<Settings>(answer.arguments().constFirst()).value(appearanceGroup);
     for (auto setting = settings.cbegin(); setting != settings.cend(); ++setting)

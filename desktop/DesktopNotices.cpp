@@ -7,7 +7,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QEventLoop>
 #include <QFileInfo>
-#include <QTimer>
 #include <QUrl>
 
 namespace quorvane::desktop {
@@ -130,9 +129,8 @@ void DesktopNotices::finish()
 {
     if (m_calls == 0)
         return;
-    QEventLoop wait;
+    QEventLoop wait; // ends, since each call does
     connect(this, &DesktopNotices::handedOver, &wait, &QEventLoop::quit);
-    QTimer::singleShot(2 * m_patience, &wait, &QEventLoop::quit);
     const InputLock lock;
     wait.exec();
 }

@@ -74,7 +74,6 @@ bool passwordCheckPassed(
         return isGranted(answer);
     // Closes the dialog when the user cancelled in our prompt.
     QDBusMessage cancel = callOf(QStringLiteral("CancelCheckAuthorization"));
-    cancel.setAutoStartService(false);
     bus.send(cancel << cancellation);
     return false;
 }

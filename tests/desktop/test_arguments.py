@@ -3,7 +3,7 @@
 import os
 
 from desk import ACTIVE, SHOWING, eventually
-from rules_window import PROGRAM, DesktopTest, RulesWindow
+from rules_window import APPLICATION, PATH, PROGRAM, DesktopTest, RulesWindow
 from sandbox import read
 
 PREFERENCES = "Quorvane Preferences"
@@ -67,6 +67,7 @@ class Arguments(DesktopTest):
                 window = RulesWindow(self.desk, self.process)
                 self.assertEqual(window.frame.name, "Quorvane Configuration - " + self.sandbox.user_file)
                 self.assertGreater(window.frame.box[2], 500)
+                self.assertLess(window.header(APPLICATION).box[0], window.header(PATH).box[0])
                 self.assertEqual(window.close(), 0)
 
     def test_preferences_are_found_among_arguments_of_the_toolkit(self):

@@ -71,7 +71,8 @@ class SlowStart(DesktopTest):
 
     def test_a_small_window_says_that_the_rules_are_read(self):
         with self.started_while_written() as process:
-            pass
+            small = self.desk.tree_of(process).find("dialog", "Quorvane Configuration")
+            self.assertIsNotNone(small.find_now("label", "Reading the rules…"))
         window = RulesWindow(self.desk, process)
         self.assertEqual(window.column(PATH), ["/a"])
         self.assertEqual([node.role for node in window.program.children() if node.has(SHOWING)], ["frame"])

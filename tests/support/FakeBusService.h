@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusVirtualObject>
@@ -35,6 +36,9 @@ public:
         m_bus = QDBusConnection(QString()); // the connection stays open while it is referenced
         QDBusConnection::disconnectFromBus(m_connectionName);
     }
+
+    // From now on, calls of other objects and interfaces are refused.
+    void offer(const char* path, const char* interface) { m_offered[path] = interface; }
 
     // The handler of each method. Other methods get no reply.
     std::map<std::string, std::function<void(const QDBusMessage&)>> methods;
@@ -83,6 +87,8 @@ public:
         const std::string method = message.member().toStdString();
         m_lastCalls[method] = message;
         message.setDelayedReply(true);
+        if (!isOffered(message))
+            return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, QStringLiteral("no")));
         if (const auto known = methods.find(method); known != methods.end())
             known->second(message);
         return true;
@@ -90,11 +96,20 @@ public:
     QString introspect(const QString& /*path*/) const override { return {}; }
 
 private:
+    // The test's own calls have no interface.
+    bool isOffered(const QDBusMessage& call) const
+    {
+        const auto object = m_offered.find(call.path().toStdString());
+        return m_offered.empty() || call.interface().isEmpty()
+            || (object != m_offered.end() && object->second == call.interface().toStdString());
+    }
+
     inline static int s_count = 0;
 
     const QString m_connectionName;
     QDBusConnection m_bus;
     std::map<std::string, QDBusMessage> m_lastCalls;
+    std::map<std::string, std::string> m_offered; // interfaces by object
 };
 
 } // namespace quorvane::test

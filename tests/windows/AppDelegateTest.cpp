@@ -3,6 +3,7 @@
 #include "desktop/Workspace.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeDelegateServices.h"
+#include "tests/support/Overtime.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/windows/FileOpener.h"
 #include "windows/NoticeWindow.h"
@@ -20,6 +21,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 
 #include <signal.h>
 
@@ -71,11 +73,12 @@ protected:
         QCoreApplication::removePostedEvents(QCoreApplication::instance(), QEvent::MetaCall);
     }
 
-    void start(const Lines& arguments)
+    void start(
+        const Lines& arguments, app::AppDelegate::StartedBy starter = app::AppDelegate::StartedBy::person)
     {
         Lines all = arguments;
         all.insert(all.begin(), "/usr/bin/quorvane-configuration");
-        delegate.applicationDidFinishLaunching(store, mainWindow, all);
+        delegate.applicationDidFinishLaunching(store, mainWindow, all, starter);
     }
 
     test::TemporaryFolder folder;
@@ -112,12 +115,22 @@ TEST_F(AppDelegateStart, ShowsTheMainWindow)
 TEST_F(AppDelegateStart, TellsOfAConfigurationThatFailedToLoadAndShowsTheWindowAllTheSame)
 {
     store.setLastErrorMessage("Failed to open file '/x' for reading: Permission denied (13)");
+    bool waited = false;
+    QTimer::singleShot(0, &delegate, [&waited] { waited = true; });
     start({});
+    EXPECT_FALSE(waited);
     EXPECT_EQ(log.lines(), Lines{"error on load: " + *store.lastErrorMessage()});
     ASSERT_EQ(notices.shown.size(), 1U);
     EXPECT_EQ(notices.shown[0].header, "Error Loading Configuration");
     EXPECT_EQ(notices.shown[0].message, *store.lastErrorMessage());
     EXPECT_TRUE(mainWindow.isVisible());
+}
+
+TEST_F(AppDelegateStart, ByTheBusShowsNothingUntilItAsks)
+{
+    start({}, app::AppDelegate::StartedBy::bus);
+    EXPECT_FALSE(mainWindow.isVisible());
+    EXPECT_EQ(mainWindow.closings, 0);
 }
 
 TEST_F(AppDelegateStart, WithPreferencesShowsThemAloneAndClosesTheMainWindow)
@@ -337,6 +350,7 @@ TEST_F(AppDelegateNotice, IsShownInAWindowOfOursWhenTheDesktopShowsNone)
 
 TEST_F(AppDelegateNotice, WaitsForTheWindowOfOursWhichTakesInputMeanwhile)
 {
+    const test::Overtime overtime;
     bool answered = false;
     QTimer::singleShot(0, &delegate, [&] {
         notices.ends.at(0)(platform::NoticeEnd::undeliverable);
@@ -349,6 +363,18 @@ TEST_F(AppDelegateNotice, WaitsForTheWindowOfOursWhichTakesInputMeanwhile)
     });
     delegate.displayNotice("Header", "Message", true);
     EXPECT_TRUE(answered);
+    EXPECT_EQ(shownNotice(), nullptr);
+    EXPECT_FALSE(overtime.happened());
+}
+
+TEST_F(AppDelegateNotice, GoesWithTheProgram)
+{
+    auto passing = std::make_unique<app::AppDelegate>(
+        locations, log.log(), run, app::DelegateServices{notices, authority, applications, workspace});
+    passing->displayNotice("Header", "Message", false);
+    notices.ends.at(0)(platform::NoticeEnd::undeliverable);
+    ASSERT_NE(shownNotice(), nullptr);
+    passing.reset();
     EXPECT_EQ(shownNotice(), nullptr);
 }
 

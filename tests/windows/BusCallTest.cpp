@@ -1,11 +1,16 @@
 #include "desktop/BusCall.h"
 
+#include "platform/FileDescriptor.h"
 #include "tests/support/PrivateBus.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <memory>
+#include <string>
+
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace quorvane::windows {
 
@@ -29,6 +34,19 @@ TEST(BusConnection, IsAnotherThanThoseThatThereAre)
 TEST(BusConnection, ToABusThatIsNotThereIsNotConnected)
 {
     const desktop::BusConnection connection("unix:path=/nonexistent/bus", untilConnected);
+    EXPECT_FALSE(connection.bus().isConnected());
+}
+
+TEST(BusConnection, DoesNotWaitForABusThatSaysNothing)
+{
+    const test::TemporaryFolder folder;
+    const std::string path = folder.path("bus");
+    const platform::FileDescriptor silent(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(silent.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(silent.get(), 1), 0);
+    const desktop::BusConnection connection("unix:path=" + path, std::chrono::milliseconds(50));
     EXPECT_FALSE(connection.bus().isConnected());
 }
 

@@ -1,6 +1,7 @@
 #include "desktop/DesktopAppearance.h"
 
 #include "tests/support/FakeBusService.h"
+#include "tests/support/Overtime.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusMetaType>
@@ -45,7 +46,7 @@ protected:
         return QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("client"));
     }
 
-    static constexpr std::chrono::seconds patience{20};
+    static constexpr std::chrono::seconds patience = test::Overtime::more;
 
     test::PrivateBus bus;
     test::FakeBusService portal{bus.address(), QStringLiteral("org.freedesktop.portal.Desktop")};
@@ -55,7 +56,9 @@ protected:
 
 TEST_F(DesktopAppearanceTest, IsWhatTheDesktopAsksForAtTheStart)
 {
+    const test::Overtime overtime;
     EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), darkLook);
+    EXPECT_FALSE(overtime.happened());
     const QDBusMessage question = portal.lastCall("ReadAll");
     EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Settings"));
     EXPECT_EQ(question.path(), QStringLiteral("/org/freedesktop/portal/desktop"));
@@ -85,9 +88,22 @@ TEST_F(DesktopAppearanceTest, SaysNothingWhenTheLookStaysOrAnotherSettingChanges
     const desktop::DesktopAppearance desktop(client(), patience);
     QSignalSpy changed(&desktop, &desktop::DesktopAppearance::changed);
     change("org.freedesktop.appearance", "color-scheme", 1U);
-    change("org.freedesktop.appearance", "accent-color", 0U);
+    change("org.freedesktop.appearance", "accent-color", 1U);
     change("org.example.appearance", "color-scheme", 0U);
     EXPECT_EQ(changed.size(), 0);
+    EXPECT_EQ(desktop.appearance(), darkLook);
+}
+
+TEST_F(DesktopAppearanceTest, IgnoresChangesThatMakeNoSense)
+{
+    const desktop::DesktopAppearance desktop(client(), patience);
+    const QString group = QStringLiteral("org.freedesktop.appearance");
+    for (const QVariantList& values : {QVariantList(), QVariantList{group},
+             QVariantList{group, QStringLiteral("color-scheme"), QStringLiteral("0")}}) {
+        portal.emitSignal(
+            "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged", values);
+        portal.arriveAt(client());
+    }
     EXPECT_EQ(desktop.appearance(), darkLook);
 }
 
@@ -95,8 +111,10 @@ TEST_F(DesktopAppearanceTest, IsLightWhereTheAnswerIsOfAnotherKind)
 {
     answer({{QStringLiteral("color-scheme"), QStringLiteral("1")}});
     EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
-    portal.answer("ReadAll", {QStringLiteral("dark")});
-    EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
+    for (const QVariantList& values : {QVariantList{QStringLiteral("dark")}, QVariantList()}) {
+        portal.answer("ReadAll", values);
+        EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
+    }
     portal.fail("ReadAll", "org.freedesktop.DBus.Error.UnknownMethod");
     EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
 }
@@ -105,8 +123,10 @@ TEST_F(DesktopAppearanceTest, IsLightWithoutPortalOrBus)
 {
     portal.vanish();
     EXPECT_EQ(desktop::DesktopAppearance(client(), patience).appearance(), lightLook);
+    const test::Overtime overtime;
     EXPECT_EQ(desktop::DesktopAppearance(QDBusConnection(QStringLiteral("none")), patience).appearance(),
         lightLook);
+    EXPECT_FALSE(overtime.happened());
 }
 
 TEST_F(DesktopAppearanceTest, TakesAnAnswerThatComesLateAsAChange)

@@ -58,6 +58,8 @@ protected:
     // A reader with an enrolled finger.
     static void prepare(test::FakeBusService& fprintd)
     {
+        fprintd.offer("/net/reactivated/Fprint/Manager", "net.reactivated.Fprint.Manager");
+        fprintd.offer(device, deviceInterface);
         fprintd.answer("GetDefaultDevice", {QVariant::fromValue(QDBusObjectPath(QLatin1String(device)))});
         fprintd.answer("ListEnrolledFingers", {QStringList{QStringLiteral("right-index-finger")}});
         for (const char* method : {"Claim", "VerifyStart", "VerifyStop", "Release"})
@@ -160,6 +162,13 @@ TEST_F(FingerprintTest, GoesOnAfterAFingerThatCouldNotBeRead)
         (std::vector<platform::Awaited>{platform::Awaited::finger, platform::Awaited::fingerAgain,
             platform::Awaited::fingerAgain, platform::Awaited::fingerAgain, platform::Awaited::fingerAgain}));
     expectReaderIsFree();
+}
+
+TEST_F(FingerprintTest, AsksForNoFingerAgainOnceOneHasMatched)
+{
+    willAnswer({{"verify-match", false}, {"verify-retry-scan", false}});
+    EXPECT_TRUE(verify());
+    EXPECT_EQ(prompt.asked, std::vector<platform::Awaited>{platform::Awaited::finger});
 }
 
 TEST_F(FingerprintTest, IsNoAtOnceWhenNoReaderCanBeUsed)
@@ -292,6 +301,8 @@ TEST_F(FingerprintTest, DoesNotWaitForASilentService)
     desktop::DesktopAuthority patient(bus.address(), prompt, std::chrono::seconds(2));
     EXPECT_TRUE(patient.verifyFingerprint("verify authorization")) << "the finger had matched";
     expectReaderIsFree();
+    EXPECT_TRUE(service.lastCall("VerifyStop").isReplyRequired());
+    EXPECT_FALSE(service.lastCall("Release").isReplyRequired()) << "it has been waited for once";
 }
 
 TEST_F(FingerprintTest, EndsWithTheProgram)

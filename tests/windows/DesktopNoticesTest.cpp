@@ -1,6 +1,7 @@
 #include "desktop/DesktopNotices.h"
 
 #include "tests/support/FakeBusService.h"
+#include "tests/support/Overtime.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QTest>
@@ -22,6 +23,7 @@ class NoticesTest : public testing::Test {
 protected:
     NoticesTest()
     {
+        service.offer(objectPath, interface);
         service.answer("GetCapabilities", {QStringList{QStringLiteral("body")}});
         service.answer("Notify", {noticeNumber});
     }
@@ -43,7 +45,8 @@ protected:
     test::PrivateBus bus;
     test::FakeBusService service{bus.address(), QLatin1String(interface)};
     desktop::DesktopNotices notices{
-        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("client"))};
+        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("client")),
+        test::Overtime::more};
     std::optional<platform::NoticeEnd> end;
 };
 
@@ -135,6 +138,20 @@ TEST_F(NoticesTest, EndWhenTheServiceGoesAway)
     EXPECT_EQ(end, platform::NoticeEnd::closed);
 }
 
+TEST_F(NoticesTest, EndAllWhenTheServiceGoesAway)
+{
+    int ended = 0;
+    for (uint number = 0; number < 3; ++number) {
+        service.calls.clear();
+        service.answer("Notify", {number});
+        notices.show({"Header", "Message", ""}, [&ended](platform::NoticeEnd /*how*/) { ++ended; });
+        ASSERT_TRUE(isShown());
+    }
+    service.arriveAt(QDBusConnection(QStringLiteral("client")));
+    service.vanish();
+    EXPECT_TRUE(QTest::qWaitFor([&ended] { return ended == 3; }));
+}
+
 TEST_F(NoticesTest, AreUndeliverableWhenTheServiceFails)
 {
     const struct {
@@ -193,19 +210,24 @@ TEST_F(NoticesTest, AreHandedOverBeforeTheProgramEnds)
 {
     show({"first", "", ""});
     show({"second", "", ""});
+    const test::Overtime overtime;
     notices.finish();
+    EXPECT_FALSE(overtime.happened());
     EXPECT_EQ(service.calls.count(QStringLiteral("Notify")), 2);
 }
 
 TEST_F(NoticesTest, DoNotKeepTheProgramFromEnding)
 {
-    notices.finish(); // nothing to wait for
+    const test::Overtime overtime;
+    notices.finish();
+    EXPECT_FALSE(overtime.happened()) << "there is nothing to wait for";
     service.methods.clear();
     desktop::DesktopNotices impatient(
         QDBusConnection(QStringLiteral("client")), std::chrono::milliseconds(50));
     impatient.show({}, [this](platform::NoticeEnd how) { end = how; });
     impatient.finish();
     EXPECT_EQ(end, platform::NoticeEnd::undeliverable);
+    EXPECT_FALSE(overtime.happened());
 }
 
 } // namespace quorvane::windows

@@ -249,6 +249,7 @@ TEST_F(PreferencesWindow, UnknownLevelOfDetailIsShownAndKept)
     writeList("<key>access.user.detail</key><integer>-7</integer>");
     open();
     EXPECT_EQ(detail().currentData().toInt(), -7);
+    EXPECT_EQ(detail().currentText(), QStringLiteral("Other (-7)"));
     save();
     EXPECT_EQ(saved().integerForKey("access.user.detail"), -7);
 }
@@ -434,6 +435,7 @@ TEST_F(PreferencesWindow, AdministratorAuthenticatesOnceEachTimeItOpens)
     EXPECT_EQ(boxesEnabled().size(), boxNames.size() - 1) << "all but the restriction";
     EXPECT_TRUE(detail().isEnabled());
     EXPECT_FALSE(widget<QLabel>("readOnlyLabel").isVisible());
+    EXPECT_FALSE(widget<QLabel>("lockImage").isVisible());
 }
 
 TEST_F(PreferencesWindow, WithoutAdministratorOrAuthenticationIsReadOnly)
@@ -450,6 +452,9 @@ TEST_F(PreferencesWindow, WithoutAdministratorOrAuthenticationIsReadOnly)
         EXPECT_FALSE(detail().isEnabled());
         EXPECT_EQ(saveButton().text(), QStringLiteral("  OK  "));
         EXPECT_TRUE(saveButton().isEnabled());
+        EXPECT_EQ(m_window->focusWidget(), &saveButton());
+        EXPECT_FALSE(widget<QPushButton>("cancelButton").isVisible());
+        EXPECT_TRUE(widget<QLabel>("lockImage").isVisible());
         EXPECT_FALSE(box("monitorWebcamCheckbox").isChecked());
         EXPECT_TRUE(widget<QLabel>("readOnlyLabel").isVisible());
         EXPECT_TRUE(m_application.notices.empty());

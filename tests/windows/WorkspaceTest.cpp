@@ -204,9 +204,6 @@ TEST(Workspace, ShowsAFileAsTheDesktopDoes)
     const test::TemporaryFolder folder;
     folder.write("style.css", "");
     folder.write("notes.txt", "");
-    folder.write("tool.txt", "");
-    std::filesystem::permissions(
-        folder.path("tool.txt"), std::filesystem::perms::group_exec, std::filesystem::perm_options::add);
     std::filesystem::create_directory(folder.path("folder.css"));
     desktop::Workspace workspace;
     const auto color
@@ -214,7 +211,13 @@ TEST(Workspace, ShowsAFileAsTheDesktopDoes)
     EXPECT_EQ(color("style.css"), QColor(Qt::red)) << "that of its type";
     EXPECT_EQ(color("notes.txt"), QColor(Qt::green)) << "that of all such types, where its type has none";
     EXPECT_EQ(color("folder.css"), QColor(Qt::blue));
-    EXPECT_EQ(color("tool.txt"), QColor(Qt::magenta)) << "a program, whatever its name";
+    for (const auto whose : {std::filesystem::perms::owner_exec, std::filesystem::perms::group_exec,
+             std::filesystem::perms::others_exec}) {
+        const std::string name = "tool-" + std::to_string(static_cast<int>(whose)) + ".txt";
+        folder.write(name, "");
+        std::filesystem::permissions(folder.path(name), whose, std::filesystem::perm_options::add);
+        EXPECT_EQ(color(name.c_str()), QColor(Qt::magenta)) << "a program, whatever its name";
+    }
 }
 
 TEST(Workspace, KeepsAnIconThatItHasShown)
@@ -234,6 +237,24 @@ TEST(Workspace, TakesNoPictureThatWouldFillTheMemory)
     const int before = QImageReader::allocationLimit();
     EXPECT_NE(middleOf(desktop::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb());
     EXPECT_EQ(QImageReader::allocationLimit(), before) << "the limit is that of one image alone";
+}
+
+TEST(Workspace, TakesALargePictureThatFits)
+{
+    const test::TemporaryFolder folder;
+    const std::string bundle = bundleWithImages(folder, {{"ic10", png(Qt::magenta, 2000)}}); // above 15 MiB
+    EXPECT_EQ(middleOf(desktop::Workspace().iconForFile(bundle)), QColor(Qt::magenta).rgb());
+}
+
+TEST(Workspace, LooksAtThirtyTwoPicturesAtMost)
+{
+    for (const int before : {31, 32}) {
+        const test::TemporaryFolder folder;
+        QList<std::pair<QByteArray, QByteArray>> images(before, {"ic08", jpeg2000});
+        images.append({"ic07", png(Qt::magenta, 128)});
+        const QIcon icon = desktop::Workspace().iconForFile(bundleWithImages(folder, images));
+        EXPECT_EQ(middleOf(icon) == QColor(Qt::magenta).rgb(), before < 32) << before;
+    }
 }
 
 TEST(Workspace, OpensFilesThatAreThere)
