@@ -90,6 +90,16 @@ TEST_F(AccessModelTest, NamesItsColumnsAndAlignsTheirTitlesLikeTheirCells)
     EXPECT_EQ(model.headerData(0, Qt::Vertical, Qt::DisplayRole).toInt(), 1) << "as Qt numbers rows";
 }
 
+TEST_F(AccessModelTest, NamesWhatIsNoFolder)
+{
+    Rules onEndings = rulesOf(".pem", "/bin/sh", 1);
+    std::get<rules::PolicyRulePtr>(onEndings.front())->setPolicyType(rules::PolicyType::suffix);
+    show({rulesOf("any", "", 1), onEndings});
+    EXPECT_EQ(text(top(0), AccessModel::place), "Every path");
+    EXPECT_EQ(text(top(0), AccessModel::programs), "no program");
+    EXPECT_EQ(text(top(1), AccessModel::place), "Paths by their ending");
+}
+
 TEST_F(AccessModelTest, LeavesNoughtsOut)
 {
     show({rulesOf("/a/", "/bin/sh", 2)});

@@ -21,7 +21,7 @@ protected:
     bool says(const QString& text) const
     {
         for (const QLabel* label : window.findChildren<QLabel*>()) {
-            if (label->text().contains(text))
+            if (label->text().endsWith(text))
                 return true;
         }
         return false;
@@ -37,13 +37,14 @@ TEST_F(AuthenticationWindowTest, ShowsTheReasonAndWhatIsAwaited)
 {
     ask(platform::Awaited::finger);
     EXPECT_TRUE(window.isVisible());
-    EXPECT_TRUE(says(QStringLiteral("is trying to verify authorization.")));
-    EXPECT_TRUE(says(QStringLiteral("Touch the fingerprint reader, or")));
+    EXPECT_TRUE(says(QStringLiteral(" is trying to verify authorization.")));
+    EXPECT_TRUE(says(QStringLiteral("Touch the fingerprint reader, or use your password.")));
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Authentication"));
     EXPECT_EQ(button().text(), QStringLiteral("Use Password"));
 
     ask(platform::Awaited::fingerAgain);
     EXPECT_TRUE(window.isVisible());
-    EXPECT_TRUE(says(QStringLiteral("could not be read")));
+    EXPECT_TRUE(says(QStringLiteral("The finger could not be read. Touch the fingerprint reader again.")));
 }
 
 TEST_F(AuthenticationWindowTest, AppearsLaterForAPasswordAndLeavesTheKeyboardWhereItIs)
@@ -51,6 +52,7 @@ TEST_F(AuthenticationWindowTest, AppearsLaterForAPasswordAndLeavesTheKeyboardWhe
     ask(platform::Awaited::password);
     EXPECT_FALSE(window.isVisible()) << "an answer may come at once";
     EXPECT_TRUE(QTest::qWaitFor([this] { return window.isVisible(); }));
+    EXPECT_TRUE(says(QStringLiteral("Waiting for the password of an administrator.")));
     EXPECT_TRUE(window.testAttribute(Qt::WA_ShowWithoutActivating));
     EXPECT_EQ(button().text(), QStringLiteral("Cancel"));
 

@@ -197,6 +197,7 @@ TEST_F(OpenPanel, StaysOpenWhenNothingHasTheName)
                       QTimer::singleShot(0, [&] {
                           auto* message = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                           ASSERT_NE(message, nullptr);
+                          EXPECT_EQ(message->text(), QStringLiteral("There is no “<b>gone</b>”."));
                           told = message->textFormat() == Qt::PlainText;
                           message->accept();
                       });

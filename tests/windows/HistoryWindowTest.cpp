@@ -29,6 +29,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -334,8 +335,33 @@ TEST_F(HistoryWindowTest, ExportWritesTheVeryBytesOfAVersion)
     const std::string path = box.folder.path("old.quorv");
     panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
     QMetaObject::invokeMethod(panel, "accept");
-    waitFor([&] { return notice().startsWith(QStringLiteral("Version 1 was exported")); });
+    const QString told = QStringLiteral("Version 1 was exported to “%1”.").arg(QString::fromStdString(path));
+    waitFor([&] { return notice() == told; });
     EXPECT_EQ(test::TemporaryFolder::contents(path), before);
+}
+
+TEST_F(HistoryWindowTest, ExportsNothingOverTheFileWhoseVersionsItShows)
+{
+    add("/c/");
+    open(2);
+    select(1);
+    const std::string before = file();
+    click("exportButton");
+    auto* panel = window->findChild<QFileDialog*>();
+    ASSERT_NE(panel, nullptr);
+    const std::string link = box.folder.path("link.quorv");
+    std::filesystem::create_hard_link(box.locations.userRulesFile(), link);
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(link));
+    QTimer::singleShot(0, window, [] {
+        auto* replacing = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(replacing, nullptr);
+        EXPECT_EQ(replacing->defaultButton(), replacing->button(QMessageBox::No));
+        replacing->button(QMessageBox::Yes)->click();
+    });
+    QMetaObject::invokeMethod(panel, "accept");
+    EXPECT_EQ(notice(),
+        QStringLiteral("This file is the one whose versions these are. “Restore” brings a version back."));
+    EXPECT_EQ(file(), before);
 }
 
 TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTime)
@@ -353,7 +379,10 @@ TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTim
     searchFor("found");
     waitFor([&] { return numbers() == QStringLiteral("3 1"); });
     searchFor("nothing has this");
+    EXPECT_EQ(counts(), QStringLiteral("0 of 4 versions, searched 0…"));
+    EXPECT_EQ(versions->accessibleDescription(), QStringLiteral("Searching…"));
     waitFor([&] { return counts() == QStringLiteral("0 of 4 versions"); });
+    EXPECT_EQ(versions->accessibleDescription(), QStringLiteral("No version matches."));
     searchFor("");
     EXPECT_EQ(numbers(), QStringLiteral("4 3 2 1"));
 }
@@ -442,6 +471,7 @@ TEST_F(HistoryWindowTest, ForgettingNamesWhatGoesAndKeepsTheRest)
     answer("Forget 2 Older");
     click("forgetButton");
     waitFor([&] { return numbers() == QStringLiteral("4 3"); });
+    EXPECT_EQ(notice(), QStringLiteral("The versions are forgotten."));
     EXPECT_FALSE(document->undoName() == "Add /d/");
     answer("Forget All 1");
     click("forgetButton");

@@ -14,6 +14,8 @@ TEST(ImportProgress, AppearsOnlyWhenAnImportTakesLong)
     EXPECT_EQ(progress.minimumDuration(), 300);
     EXPECT_EQ(progress.maximum(), 1000);
     EXPECT_FALSE(progress.isVisible());
+    EXPECT_EQ(progress.labelText(), QStringLiteral("Importing rules…"));
+    EXPECT_EQ(progress.windowTitle(), QStringLiteral("Import"));
 }
 
 TEST(ImportProgress, IsNotUpdatedForEveryRule)

@@ -539,6 +539,16 @@ TEST_F(ImportWindow, LinesThatHoldSeveralRulesAreTakenApartOnRequest)
     EXPECT_EQ(delegate.calls.find("/d "), std::string::npos);
 }
 
+TEST_F(ImportWindow, SeveralLinesThatHoldSeveralRulesAreCounted)
+{
+    const std::string line = "allow prefix \"/b\" \"/bin/sh\" r \"\" \"\" \"0\"deny path \"/c\" "
+                             "\"/bin/cat\" w \"\" \"\" \"0\"\n";
+    open(folder.write("Joined.quorv", line + line));
+    EXPECT_TRUE(counts().endsWith(
+        QStringLiteral("\n2 lines of the file hold several rules each, of which the first alone counts.")))
+        << counts().toStdString();
+}
+
 TEST_F(ImportWindow, OneLineThatHoldsSeveralRulesIsToldAsOne)
 {
     open(folder.write("Joined.quorv",

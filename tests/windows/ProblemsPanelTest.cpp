@@ -196,6 +196,15 @@ TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)
     ASSERT_TRUE(QTest::qWaitFor([this] { return status() == QStringLiteral("No problems."); }));
 }
 
+TEST_F(ProblemsPanelTest, SaysThatItIsStillLooking)
+{
+    openWith(faultyRules);
+    dock()->show();
+    EXPECT_EQ(status(), QStringLiteral("Looking for problems..."));
+    awaitProblems();
+    EXPECT_EQ(status(), QStringLiteral("3 problems."));
+}
+
 TEST_F(ProblemsPanelTest, ShowsLongListsAPartAtATime)
 {
     std::string many;

@@ -1,7 +1,7 @@
 #include "windows/RulesEditorTableController.h"
 #include "tests/support/TestDocument.h"
 #include "tests/support/TestRules.h"
-#include "tests/windows/TableWindow.h"
+#include "tests/windows/EditorTable.h"
 #include "windows/PlainText.h"
 #include "windows/RulesTableModel.h"
 #include "workflow/RuleEdits.h"
@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -41,6 +42,8 @@ protected:
     test::TestDocument document{store, run};
     QLineEdit* search = nullptr;
 };
+
+using MainWindowOnAFile = test::EditorTable;
 
 } // namespace
 
@@ -251,6 +254,24 @@ TEST_F(MainWindow, AnEmptyTableSaysWhyInWords)
     EXPECT_EQ(table->accessibleDescription(), QStringLiteral("No rule matches."));
     search->clear();
     EXPECT_EQ(table->accessibleDescription(), QString());
+
+    document.perform(workflow::deletionOf(store, store.userRules()), {"Delete Rules"});
+    window->reloadData();
+    EXPECT_EQ(table->accessibleDescription(),
+        QStringLiteral("Only system rules match. “Show System Rules” shows them."));
+}
+
+TEST_F(MainWindowOnAFile, SaysThatThereAreNoRulesYetOrNoneThatNarrowLeaves)
+{
+    open("");
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("There are no rules yet."));
+    open(test::firstLine);
+    action("narrowMenuItem")->trigger();
+    in<QComboBox>("classChoice")->setCurrentIndex(2);
+    EXPECT_TRUE(QTest::qWaitFor([this] {
+        return table->accessibleDescription()
+            == QStringLiteral("No rule matches what is chosen under Narrow.");
+    }));
 }
 
 TEST_F(MainWindow, AsksTheProgramForPreferencesAndHelp)

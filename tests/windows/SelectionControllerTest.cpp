@@ -575,6 +575,8 @@ TEST_F(Selection, IsNotReplacedByTextWithoutRules)
     QApplication::clipboard()->setText(QStringLiteral("just some words"));
     action("pasteMenuItem")->trigger();
     EXPECT_EQ(window->findChild<ImportWindowController*>(), nullptr);
+    EXPECT_EQ(notice(), QStringLiteral("There are no rules in that text."));
+    action("pasteMenuItem")->trigger();
     EXPECT_EQ(in<FootNotices>("notices")->count(), 1U);
 }
 
