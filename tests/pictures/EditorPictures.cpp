@@ -1,5 +1,6 @@
 #include "rules/RuleCodes.h"
 #include "tests/pictures/KeptPicture.h"
+#include "tests/pictures/KeptWords.h"
 #include "tests/windows/EditorWindow.h"
 #include "windows/EditPolicyWindowController.h"
 #include "windows/EditWatchWindowController.h"
@@ -25,6 +26,7 @@ protected:
     QImage pictureOfRule(const rules::RuleRef& rule)
     {
         open(rule);
+        words += wordsOf(*editor);
         return pictureOf(*editor);
     }
     QImage pictureOfPolicy(rules::PolicyRuleFields fields)
@@ -35,6 +37,8 @@ protected:
     {
         return pictureOfRule(watchRule(std::move(fields)));
     }
+
+    std::string words; // of the editors whose pictures were taken
 };
 
 } // namespace
@@ -54,6 +58,7 @@ TEST_F(EditorPictures, ShowANewPolicyRuleOneThatFailsAndOneOfTheSystem)
         .operations = 1 | 16,
         .system = true});
     EXPECT_TRUE(looksAsKept("policy-editor", stacked({ofNewRule, ofFailingRule, ofSystemRule})));
+    EXPECT_TRUE(readsAsKept("policy-editor", words));
 }
 
 TEST_F(EditorPictures, ShowANewWatchRuleOneOfTheUserAndOneOfTheSystem)
@@ -66,6 +71,7 @@ TEST_F(EditorPictures, ShowANewWatchRuleOneOfTheUserAndOneOfTheSystem)
     const QImage ofSystemRule = pictureOfWatch(
         {.policyType = rules::PolicyType::prefix, .path = "/usr/", .processName = "any", .system = true});
     EXPECT_TRUE(looksAsKept("watch-editor", stacked({ofNewRule, ofUserRule, ofSystemRule})));
+    EXPECT_TRUE(readsAsKept("watch-editor", words));
 }
 
 } // namespace quorvane::test

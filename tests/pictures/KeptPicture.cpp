@@ -171,4 +171,9 @@ void renewPictures()
     isRenewing = true;
 }
 
+bool areRenewed()
+{
+    return isRenewing;
+}
+
 } // namespace quorvane::test

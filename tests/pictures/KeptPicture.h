@@ -36,5 +36,6 @@ testing::AssertionResult looksAsKept(const std::string& name, const QImage& seen
 
 // From now on looksAsKept() keeps what it is given.
 void renewPictures();
+bool areRenewed();
 
 } // namespace quorvane::test

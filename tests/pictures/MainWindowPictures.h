@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/pictures/KeptPicture.h"
+#include "tests/pictures/KeptWords.h"
 #include "tests/windows/EditorTable.h"
 #include "windows/RuleCellsModel.h"
 #include "windows/RuleStrip.h"

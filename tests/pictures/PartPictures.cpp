@@ -129,6 +129,7 @@ TEST(MessagePictures, ShowANoticeAnAuthenticationAndALoad)
     busy->setValue(1);
     loading.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&loading));
+    EXPECT_TRUE(readsAsKept("messages", wordsOf(notice) + wordsOf(authentication) + wordsOf(loading)));
     EXPECT_TRUE(
         looksAsKept("messages", stacked({pictureOf(notice), pictureOf(authentication), pictureOf(loading)})));
 }

@@ -1,6 +1,7 @@
 #include "app/QVPreferencesWindow.h"
 #include "platform/FilePermissions.h"
 #include "tests/pictures/KeptPicture.h"
+#include "tests/pictures/KeptWords.h"
 #include "tests/support/FakeApplication.h"
 #include "tests/support/FakePrivilegedCommand.h"
 #include "tests/support/TestDocument.h"
@@ -34,9 +35,11 @@ protected:
         window.windowDidLoad();
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        words = wordsOf(window);
         return pictureOf(window);
     }
 
+    std::string words; // of the window whose picture was taken
     TemporaryFolder folder;
     platform::Locations locations{folder.path(), "nobody"};
     FakeApplication application;
@@ -53,6 +56,7 @@ protected:
 TEST_F(PreferencesPictures, ShowTheWindowOfAnAdministrator)
 {
     EXPECT_TRUE(looksAsKept("preferences", pictureFor(true)));
+    EXPECT_TRUE(readsAsKept("preferences", words));
 }
 
 TEST_F(PreferencesPictures, ShowTheWindowOfWhoMayOnlyRead)

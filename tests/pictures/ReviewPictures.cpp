@@ -73,6 +73,7 @@ TEST_F(ReviewPictures, ShowOneKindAndWhatIsNotListed)
         + "allow prefix \"/cut/\nno rule at all\n"
           "deny path \"/a\" \"any\" r \"\" \"\" \"0\"allow path \"/b\" \"any\" r \"\" \"\" \"0\"\n");
     const QImage unlisted = pictureOfWindow();
+    EXPECT_TRUE(readsAsKept("review", wordsOf(*window)));
     const auto buttons = window->findChild<windows::ForesightBar*>()->findChildren<QToolButton*>();
     for (QToolButton* button : buttons) {
         if (button->isEnabled())

@@ -29,6 +29,7 @@ TEST_F(TablePictures, ShowCellsOfEveryKindInLight)
 {
     openIn(light);
     EXPECT_TRUE(looksAsKept("table", pictureOfWindow()));
+    EXPECT_TRUE(readsAsKept("main-window", wordsOf(*window)));
 }
 
 TEST_F(TablePictures, ShowCellsOfEveryKindInDark)

@@ -61,7 +61,9 @@ private:
 TEST_F(WindowPictures, ShowAChangeOfManyRulesAndWhyOneMayNotBe)
 {
     selectPaths({".pem", "/etc/", "/etc/passwd"});
-    const QImage planned = pictureOf(openTagChange(QStringLiteral("shell")));
+    auto& change = openTagChange(QStringLiteral("shell"));
+    EXPECT_TRUE(readsAsKept("change", wordsOf(change)));
+    const QImage planned = pictureOf(change);
     const QImage refused = pictureOf(openTagChange(QStringLiteral("M\u00fcsik\u00fc\u00fc")));
     EXPECT_TRUE(looksAsKept("change", stacked({planned, refused})));
 }
@@ -73,6 +75,7 @@ TEST_F(WindowPictures, ShowWhereAProgramHasMoved)
     moved.findChild<windows::PathField*>(QStringLiteral("programField"))->setPath("/usr/bin/env");
     moved.replan();
     EXPECT_TRUE(looksAsKept("moved", pictureOf(moved)));
+    EXPECT_TRUE(readsAsKept("moved", wordsOf(moved)));
 }
 
 TEST_F(WindowPictures, ShowTheMapByFolderAndByProgram)
@@ -85,6 +88,7 @@ TEST_F(WindowPictures, ShowTheMapByFolderAndByProgram)
     map.findChild<QComboBox*>()->setCurrentIndex(1);
     ASSERT_TRUE(!made.isEmpty() || made.wait());
     EXPECT_TRUE(looksAsKept("map", stacked({byFolder, pictureOf(map)})));
+    EXPECT_TRUE(readsAsKept("map", wordsOf(map)));
 }
 
 TEST_F(WindowPictures, ShowWhatTouchesAPath)
@@ -95,6 +99,7 @@ TEST_F(WindowPictures, ShowWhatTouchesAPath)
     ASSERT_TRUE(!answered.isEmpty() || answered.wait());
     beginBands(*touching.findChild<windows::RulesTableView*>());
     EXPECT_TRUE(looksAsKept("touching", pictureOf(touching)));
+    EXPECT_TRUE(readsAsKept("touching", wordsOf(touching)));
 }
 
 TEST_F(WindowPictures, ShowRulesThatAreSetAside)
@@ -107,6 +112,7 @@ TEST_F(WindowPictures, ShowRulesThatAreSetAside)
     pictureOf(aside); // with it the main table is painted, which has the same bands
     beginBands(*list);
     EXPECT_TRUE(looksAsKept("aside", pictureOf(aside)));
+    EXPECT_TRUE(readsAsKept("aside", wordsOf(aside)));
 }
 
 TEST_F(WindowPictures, ShowWhatCanBeCleanedUp)
@@ -115,23 +121,27 @@ TEST_F(WindowPictures, ShowWhatCanBeCleanedUp)
     const auto* count = cleanUp.findChild<QLabel*>(QStringLiteral("countLabel"));
     ASSERT_TRUE(QTest::qWaitFor([count] { return !count->text().startsWith(QStringLiteral("Looking")); }));
     EXPECT_TRUE(looksAsKept("clean-up", pictureOf(cleanUp)));
+    EXPECT_TRUE(readsAsKept("clean-up", wordsOf(cleanUp)));
 }
 
 TEST(SettingsPictures, ShowTheSettingsAndWhatIsWrongWithThem)
 {
     const TemporaryFolder folder;
     QDir::setCurrent(QString::fromStdString(folder.path())); // of which no picture tells
-    const auto pictureOfSettings = [&folder](const char* settings) {
+    std::string words;
+    const auto pictureOfSettings = [&folder, &words](const char* settings) {
         folder.write("settings.ini", settings);
         windows::SettingsWindow window("settings.ini");
         window.setAttribute(Qt::WA_DeleteOnClose, false);
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        words += wordsOf(window);
         return pictureOf(window);
     };
     EXPECT_TRUE(looksAsKept("settings",
         stacked(
             {pictureOfSettings("[rules]\nwholeLines=true\n"), pictureOfSettings("[history]\ndays=many\n")})));
+    EXPECT_TRUE(readsAsKept("settings", words));
 }
 
 TEST_F(HistoryPictures, ShowVersionsOfEveryKindAndWhatOneChanged)
@@ -164,6 +174,7 @@ TEST_F(HistoryPictures, ShowVersionsOfEveryKindAndWhatOneChanged)
     QSignalSpy filled(&shown, &windows::HistoryWindow::wasFilled);
     ASSERT_TRUE(!filled.isEmpty() || filled.wait());
     EXPECT_TRUE(looksAsKept("history", pictureOf(shown)));
+    EXPECT_TRUE(readsAsKept("history", wordsOf(shown)));
 }
 
 } // namespace quorvane::test
