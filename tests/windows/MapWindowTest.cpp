@@ -135,7 +135,8 @@ TEST_F(Map, SaysThatItLooksAtTheRulesMeanwhile)
 TEST_F(Map, OpensItsTopWhereThatIsNoLongList)
 {
     for (int folder = 0; folder < 197; ++folder)
-        addRuleOn("/" + std::to_string(folder) + "/");
+        store->addPolicyRule(test::policyRule(
+            {.path = "/" + std::to_string(folder) + "/", .processName = "any", .operations = 1}));
     const auto isTopOpen = [this] {
         EXPECT_TRUE(QTest::qWaitFor([this] { return foot().startsWith(QStringLiteral("On the map")); }));
         for (int row = 0; row < tree->model()->rowCount(); ++row) {
