@@ -51,7 +51,9 @@ class WindowImage(unittest.TestCase):
         self.assertIn(f"quorvane-window-image: cannot write '{file}'\n", errors)
 
     def test_without_words_it_shows_the_top_of_the_main_window(self):
+        self.sandbox.write_user(*(f'allow path "/{number}" "any" r' for number in range(100)))
         self.assertEqual(self.picture(), self.picture("main", "0"))
+        self.assertNotEqual(self.picture("main", "1"), self.picture("main", "0"))
 
     def test_editors_look_programs_up_on_the_volume(self):
         self.sandbox.write_user('allow path "any" "/program" r', 'watch path "any" "/program" r')

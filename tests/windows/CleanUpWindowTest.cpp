@@ -26,6 +26,7 @@ protected:
         action("cleanUpMenuItem")->trigger();
         cleanUp = window->findChild<CleanUpWindow*>();
         ASSERT_NE(cleanUp, nullptr);
+        EXPECT_EQ(count(), QStringLiteral("Looking for rules that can go..."));
         list = cleanUp->findChild<QTreeView*>();
         QAbstractItemModelTester(list->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
         ASSERT_TRUE(QTest::qWaitFor([this] { return !count().startsWith(QStringLiteral("Looking")); }));
