@@ -1,11 +1,16 @@
 #include "desktop/InputLock.h"
 
 #include <QAction>
+#include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QEventLoop>
+#include <QInputMethodEvent>
 #include <QMainWindow>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -60,6 +65,40 @@ TEST(InputLock, DropsKeysClicksAndShortcuts)
     window.use();
     EXPECT_EQ(window.clicks, 2) << "by mouse and by keyboard";
     EXPECT_EQ(window.shortcuts, 1);
+}
+
+TEST(InputLock, DropsWhatWheelsMethodsOfInputMenusAndDragsBring)
+{
+    class Recorder : public QWidget {
+    public:
+        QList<QEvent::Type> arrived;
+
+    protected:
+        bool event(QEvent* event) override
+        {
+            arrived.append(event->type());
+            event->accept();
+            return true;
+        }
+    } recorder;
+    recorder.setAcceptDrops(true);
+    QMimeData text;
+    text.setText(QStringLiteral("text"));
+    const QPoint place(5, 5);
+    QWheelEvent wheel(place, place, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QInputMethodEvent inputMethod;
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place);
+    QDragEnterEvent enter(place, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent move(place, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+    for (QEvent* event : {static_cast<QEvent*>(&wheel), static_cast<QEvent*>(&inputMethod),
+             static_cast<QEvent*>(&menu), static_cast<QEvent*>(&enter), static_cast<QEvent*>(&move)}) {
+        for (const bool isLocked : {true, false}) {
+            const auto lock = isLocked ? std::make_unique<desktop::InputLock>() : nullptr;
+            recorder.arrived.clear();
+            QCoreApplication::sendEvent(&recorder, event);
+            EXPECT_EQ(recorder.arrived.contains(event->type()), !isLocked) << event->type();
+        }
+    }
 }
 
 TEST(InputLock, KeepsWindowsFromBeingClosed)
