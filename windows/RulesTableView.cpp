@@ -162,8 +162,7 @@ void RulesTableView::setColumnShown(int column, bool isShown)
         setColumnHidden(column, !isShown);
     }
     makeRoomForPath();
-    if (currentIndex().isValid())
-        selectionModel()->setCurrentIndex(shownCell(currentIndex()), QItemSelectionModel::NoUpdate);
+    selectionModel()->setCurrentIndex(shownCell(currentIndex()), QItemSelectionModel::NoUpdate);
 }
 
 // The cell itself, or the first visible one of its row when its column is hidden.

@@ -263,6 +263,15 @@ TEST_F(RulesTableViewTest, SelectsRowsInRunsAndShowsTheFirst)
         << "although it was the current one";
 }
 
+TEST_F(RulesTableViewTest, ScrollsToTheRowThatTheKeyboardReaches)
+{
+    view.setCurrentIndex(model.index(0, widePart));
+    for (int step = 0; step < 40; ++step)
+        QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(view.currentIndex().row(), 40);
+    EXPECT_TRUE(view.viewport()->rect().contains(view.visualRect(view.currentIndex()).center()));
+}
+
 TEST_F(RulesTableViewTest, SaysInWordsThatItIsEmpty)
 {
     view.setEmptyText(QStringLiteral("No rules."));
