@@ -7,6 +7,7 @@
 #include <QAbstractItemModelTester>
 #include <QDockWidget>
 #include <QMenu>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QToolButton>
@@ -194,6 +195,16 @@ TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)
     home.write("late", "x");
     button(*panel, QStringLiteral("Look &Again"))->click();
     ASSERT_TRUE(QTest::qWaitFor([this] { return status() == QStringLiteral("No problems."); }));
+}
+
+TEST_F(ProblemsPanelTest, HasRoomForAProblemWhenItIsFirstShown)
+{
+    QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Vantreal"),
+        QStringLiteral("Quorvane Configuration"))
+        .clear();
+    openWith(faultyRules);
+    showPanel();
+    EXPECT_GE(panel->width(), 240);
 }
 
 TEST_F(ProblemsPanelTest, SaysThatItIsStillLooking)

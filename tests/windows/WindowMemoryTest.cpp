@@ -211,6 +211,20 @@ TEST_F(WindowMemory, KeepsWhichDocksAreShown)
     EXPECT_TRUE(dock->isHidden());
 }
 
+TEST_F(WindowMemory, KeepsAllUnderNamesThatOtherVersionsOfTheProgramKnow)
+{
+    QMainWindow window;
+    const Table table;
+    rememberWindowSize(window);
+    rememberDocks(window);
+    rememberColumns(table.view);
+    rememberColumnWidths(table.view);
+    rememberHiddenKinds({QStringLiteral("overlap")});
+    EXPECT_EQ(settings().allKeys().join(QLatin1Char(' ')),
+        QStringLiteral("mainWindow/columnOrder mainWindow/columnWidths mainWindow/docks "
+                       "mainWindow/hiddenColumns mainWindow/size problems/hiddenKinds"));
+}
+
 TEST_F(WindowMemory, TellsNoHiddenKindsFromNoneChosen)
 {
     EXPECT_EQ(rememberedHiddenKinds(), std::nullopt);
