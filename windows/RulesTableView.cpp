@@ -278,9 +278,12 @@ bool RulesTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent*
 void RulesTableView::paintEvent(QPaintEvent* event)
 {
     auto* rules = qobject_cast<RuleCellsModel*>(model());
-    if (rules != nullptr && rules->rowCount() > 0) {
+    // When many rows have just gone, the view may still be scrolled to behind the last one: none is in view
+    // then.
+    const int first = rules == nullptr ? -1 : rowAt(0);
+    if (first >= 0) {
         const int last = rowAt(viewport()->height() - 1);
-        rules->setShownRows(rowAt(0), last < 0 ? rules->rowCount() : last + 1);
+        rules->setShownRows(first, last < 0 ? rules->rowCount() : last + 1);
     }
     QTableView::paintEvent(event);
     if (model() != nullptr && model()->rowCount() == 0) {

@@ -1,5 +1,8 @@
 #include "windows/RulesTableView.h"
 
+#include "tests/rules/StoreSandbox.h"
+#include "windows/RulesTableModel.h"
+
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -396,6 +399,52 @@ TEST_F(RulesTableViewTest, HasRowsOfOneHeightAndATitleThatIsNotMarked)
     EXPECT_NE(view.horizontalHeader()->selectionModel(), view.selectionModel());
     EXPECT_FALSE(view.tabKeyNavigation());
     EXPECT_EQ(view.textElideMode(), Qt::ElideMiddle);
+}
+
+// Counts the cells that it makes.
+class CountedCells : public RulesTableModel {
+public:
+    using RulesTableModel::RulesTableModel;
+    mutable int made = 0;
+
+protected:
+    workflow::RuleCell makeCell(std::size_t row, int column) const override
+    {
+        ++made;
+        return RulesTableModel::makeCell(row, column);
+    }
+};
+
+TEST(RulesTableViewOfManyRules, MakesNoRowsWhileItIsScrolledToBehindTheLast)
+{
+    // given a view that shows the last of many rules
+    const test::StoreSandbox box;
+    std::string lines;
+    for (int rule = 0; rule < 2000; ++rule)
+        lines += test::fileLine("/" + std::to_string(rule));
+    box.writeUserRules(lines);
+    const auto store = box.load();
+    desktop::Workspace workspace;
+    CountedCells model(*store, workspace);
+    RulesTableView view;
+    view.setModel(&model);
+    view.resize(1000, 300);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+    view.scrollToBottom();
+    QApplication::processEvents();
+
+    // when fewer are shown, and it is painted before it has scrolled back to them
+    store->applyFilterWithString("/1");
+    model.made = 0;
+    model.reload();
+    view.viewport()->repaint();
+
+    // then it makes only those that come into view
+    ASSERT_GT(model.rowCount(), 1000);
+    QApplication::processEvents();
+    EXPECT_GT(model.made, 0);
+    EXPECT_LT(model.made, 500);
 }
 
 } // namespace quorvane::windows
