@@ -13,7 +13,7 @@ namespace {
 // lines in a row were joined; what follows is then held anew.
 constexpr std::size_t farthest = 64;
 
-bool isSameRule(const RuleValue& a, const RuleValue& b)
+bool readsTheSame(const RuleValue& a, const RuleValue& b)
 {
     return isEqualRule(a, b) && hasSameMarks(a, b);
 }
@@ -29,7 +29,7 @@ RulesSnapshot RulesSnapshot::ofRead(const std::vector<RuleValue>& read, const Ru
     const auto isMeant = [&](const RuleValue& rule, std::size_t place) {
         const std::size_t end = std::min({meant.size(), place + missing + 1, next + farthest});
         for (std::size_t at = next; at < end; ++at) {
-            if (isSameRule(meant.at(at), rule)) {
+            if (readsTheSame(meant.at(at), rule)) {
                 next = at;
                 return true;
             }

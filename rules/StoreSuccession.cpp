@@ -103,13 +103,14 @@ void StoreSuccession::perform(std::unique_ptr<RuleStore>& inUse, std::uint64_t r
         setValue(rule, value);
     }
     const auto take = [&](const auto& steps) {
-        for (const auto& [record, list] : steps) {
-            release(*record);
-            if (list == nullptr)
+        for (const auto& step : steps) {
+            auto& record = *step.record;
+            release(record);
+            if (step.list == nullptr)
                 continue;
-            list->hold(*record);
-            if constexpr (requires { record->setInitialized(readAt); })
-                record->setInitialized(readAt);
+            step.list->hold(record);
+            if constexpr (requires { record.setInitialized(readAt); })
+                record.setInitialized(readAt);
         }
     };
     std::apply([&](const auto&... steps) { (take(steps), ...); }, m_steps);

@@ -82,7 +82,7 @@ TEST(InputLock, DropsWhatWheelsMethodsOfInputAndMenusBring)
     const QPoint place(5, 5);
     QWheelEvent wheel(place, place, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QInputMethodEvent inputMethod;
-    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place);
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, place);
     for (QEvent* event :
         {static_cast<QEvent*>(&wheel), static_cast<QEvent*>(&inputMethod), static_cast<QEvent*>(&menu)}) {
         for (const bool isLocked : {true, false}) {
