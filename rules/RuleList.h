@@ -246,8 +246,8 @@ public:
     }
     void hold(const Rule& rule) { rule.addHolder(*this); }
     void release(const Rule& rule) const noexcept { rule.removeHolder(*this); }
-    // Its records, all released, are not touched any more: the list may be destroyed on another thread.
-    void leaveRecords() noexcept { m_hasLeftRecords = true; }
+    // Whether its records belong to another list, or thread, and are not touched when it is destroyed.
+    void setHasLeftRecords(bool hasLeft) noexcept { m_hasLeftRecords = hasLeft; }
 
     // The nearest slot before `slot` that holds a rule; noSlot when there is none.
     std::size_t previous(std::size_t slot) const

@@ -314,12 +314,12 @@ void RuleStore::addGroupsOf(const RuleStore& other)
     }
 }
 
-// For a store whose records another one has taken over: it does not touch them any more.
-void RuleStore::leaveRecords() noexcept
+// While another store has its records, its end does not touch them.
+void RuleStore::setHasLeftRecords(bool hasLeft) noexcept
 {
-    m_watchRules.leaveRecords();
+    m_watchRules.setHasLeftRecords(hasLeft);
     for (auto& [key, group] : m_groups)
-        group.rules().leaveRecords();
+        group.rules().setHasLeftRecords(hasLeft);
 }
 
 const std::shared_ptr<const RuleRows>& RuleStore::rows() const

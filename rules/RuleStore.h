@@ -175,7 +175,7 @@ private:
     RecentGroup* recentGroupFor(const PolicyRuleFields& rule) const;
     void makeRoomForGroup();
     void addGroupsOf(const RuleStore& other);
-    void leaveRecords() noexcept;
+    void setHasLeftRecords(bool hasLeft) noexcept;
     RowsComputation& followedRules() const;
     void numberAfresh() const;
     std::shared_ptr<const RuleOrder> storedOrder() const;

@@ -28,6 +28,7 @@ StoreSuccession::~StoreSuccession() = default;
 void StoreSuccession::inheritRecords(const Heritages& heritage)
 {
     m_store->storedRows(); // finds the system rules, while all records are its own
+    m_store->setHasLeftRecords(true); // until perform(): without that the former records are not its own
     std::vector<bool> isInherited(m_former->count(true));
     // By number: the rule's place in the heritage, or its end for one that is not stored.
     std::vector<std::size_t> places(m_store->m_numbers.rules().size(), heritage.size());
@@ -94,6 +95,7 @@ void StoreSuccession::perform(std::unique_ptr<RuleStore>& inUse, std::uint64_t r
 {
     m_store->setView(*inUse);
     m_store->rebuildRows();
+    m_store->setHasLeftRecords(false);
     const auto release = [numbers = &inUse->m_numbers]<class Record>(const Record& record) {
         while (const auto* list = RuleList<Record>::holding(record, *numbers))
             list->release(record);
@@ -114,7 +116,7 @@ void StoreSuccession::perform(std::unique_ptr<RuleStore>& inUse, std::uint64_t r
         }
     };
     std::apply([&](const auto&... steps) { (take(steps), ...); }, m_steps);
-    inUse->leaveRecords();
+    inUse->setHasLeftRecords(true);
     inUse.swap(m_store);
 }
 

@@ -36,7 +36,7 @@ public:
     // inherited twice. Throws std::bad_alloc.
     StoreSuccession(std::unique_ptr<RuleStore> successor, std::shared_ptr<const RuleRows> former,
         const std::vector<std::optional<Heritage>>& heritage);
-    ~StoreSuccession(); // frees the store that was replaced; on any thread
+    ~StoreSuccession(); // on any thread; frees the store that was replaced, or was to replace it
     StoreSuccession(const StoreSuccession&) = delete;
     StoreSuccession& operator=(const StoreSuccession&) = delete;
 

@@ -148,7 +148,7 @@ workflow::ReviewReading ImportWindowController::reading() const
 
 void ImportWindowController::readInBackground(workflow::ReviewReading reading)
 {
-    setReading(true);
+    setReading(Reading::underWay);
     const auto read = std::make_shared<std::optional<workflow::ReviewedRules>>();
     m_thread.run(
         [read, reading = std::move(reading)] {
@@ -158,24 +158,27 @@ void ImportWindowController::readInBackground(workflow::ReviewReading reading)
                 read->reset();
             }
         },
-        [this, read] {
-            setReading(false);
-            if (*read)
-                list(std::move(**read));
-        });
+        [this, read] { takeRead(std::move(*read)); });
 }
 
-// As long as the rules are read, none can be imported.
-void ImportWindowController::setReading(bool isReading)
+void ImportWindowController::takeRead(std::optional<workflow::ReviewedRules> read)
 {
-    m_isReading = isReading;
-    m_ui->importButton->setEnabled(!isReading);
+    setReading(read ? Reading::done : Reading::failed);
+    if (read)
+        list(std::move(*read));
+}
+
+// As long as the rules are not read, none can be imported.
+void ImportWindowController::setReading(Reading reading)
+{
+    m_reading = reading;
+    m_ui->importButton->setEnabled(reading == Reading::done);
     updateCounts();
 }
 
 void ImportWindowController::reloadData()
 {
-    list(reading().read());
+    takeRead(reading().read());
 }
 
 void ImportWindowController::list(workflow::ReviewedRules read)
@@ -383,7 +386,8 @@ void ImportWindowController::updateCounts()
     const QString reason = unread ? toQt(unread->reason) : QString();
     m_ui->foresightBar->setTotal(rules);
     m_ui->importTableView->setEmptyText(unread ? reason
-            : m_isReading                      ? tr("Reading the rules\u2026")
+            : m_reading == Reading::underWay   ? tr("Reading the rules\u2026")
+            : m_reading == Reading::failed     ? tr("There is not enough memory to read this file.")
             : isFiltered                       ? tr("No rule is of this kind.")
                                                : tr("This file holds no rules."));
     if (rules > 0 && unread)
@@ -393,7 +397,7 @@ void ImportWindowController::updateCounts()
 
 void ImportWindowController::importAction()
 {
-    if (m_isReading || std::exchange(m_isImporting, true))
+    if (m_reading != Reading::done || std::exchange(m_isImporting, true))
         return;
     importTickedRules();
     m_isImporting = false;

@@ -75,6 +75,8 @@ public:
     void awakeFromNib();
     // Reads the file and ticks all rules.
     void reloadData();
+    // Lists what another thread has read; none when memory did not suffice for it.
+    void takeRead(std::optional<workflow::ReviewedRules> read);
     std::size_t numberOfRowsInTableView() const;
     // Marks again which rules are already present. Ticks, order and selection stay.
     void presentRulesDidChange();
@@ -115,7 +117,8 @@ private:
     void setUpMenu();
     workflow::ReviewReading reading() const;
     void readInBackground(workflow::ReviewReading reading);
-    void setReading(bool isReading);
+    enum class Reading { done, underWay, failed };
+    void setReading(Reading reading);
     void list(workflow::ReviewedRules read);
     void freeRules();
     std::shared_ptr<const rules::RuleRows> shownRows() const;
@@ -150,7 +153,7 @@ private:
     std::size_t m_joinedLines = 0; // in the file
     QTimer m_counting;
     bool m_initialize = false; // true once the file is loaded, or is being read
-    bool m_isReading = false; // on another thread
+    Reading m_reading = Reading::done; // by another thread
     bool m_isImporting = false;
     bool m_hasFailed = false; // the accepted rules could not be written
     std::stop_source m_findingFailing;

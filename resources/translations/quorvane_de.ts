@@ -1548,6 +1548,10 @@ Regeln, die Text verloren haben, sind nicht angekreuzt.</translation>
         <source>Reading the rules…</source>
         <translation>Die Regeln werden gelesen…</translation>
     </message>
+    <message>
+        <source>There is not enough memory to read this file.</source>
+        <translation>Der Arbeitsspeicher reicht nicht, um diese Datei zu lesen.</translation>
+    </message>
 </context>
 <context>
     <name>quorvane::windows::LikeSelection</name>

@@ -289,6 +289,24 @@ TEST_P(PreparedReloadOfSteps, IsNotFinishedAfterAChangeInTheMeantime)
     }
 }
 
+// The other thread must not touch a record that stayed in the store; the thread sanitizer sees it.
+TEST_P(PreparedReloadOfSteps, IsFreedElsewhereWhenItCameTooLateWhileTheStoreIsInUse)
+{
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(lines(2000));
+    const auto store = sandbox.load();
+    sandbox.writeUserRules(lines(2000) + line("/added"));
+    auto reload = store->prepareReload(GetParam());
+    std::thread([&reload] { reload->run(); }).join();
+    test::policyAt(*store, 0)->setTag("mine");
+    EXPECT_FALSE(store->finishReload(*reload));
+    std::thread other([&reload] { reload.reset(); });
+    for (int number = 0; number < 1000; ++number)
+        store->apply({.removed = {{store->ruleAtIndex(0, true)}}});
+    other.join();
+    EXPECT_EQ(store->storedRules(), 1000U);
+}
+
 TEST_P(PreparedReloadOfSteps, RunsWhileTheStoreIsInUse)
 {
     const test::StoreSandbox sandbox;

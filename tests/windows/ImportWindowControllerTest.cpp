@@ -112,6 +112,18 @@ TEST_F(ImportWindow, ReadsALongFileBesideAndImportsNothingBeforeItIsThere)
     EXPECT_EQ(counts(), QStringLiteral("20,000 of 20,000 rules ticked"));
 }
 
+TEST_F(ImportWindow, ImportsNothingOfAFileForWhichMemoryDoesNotSuffice)
+{
+    open(folder.write("Long.quorv", std::string(1U << 20U, ';') + "\nallow prefix \"/a\" \"/bin/sh\" r\n"));
+    window->takeRead({});
+    EXPECT_EQ(
+        table->accessibleDescription(), QStringLiteral("There is not enough memory to read this file."));
+    EXPECT_FALSE(button("importButton")->isEnabled());
+    window->importAction();
+    EXPECT_EQ(delegate.calls, "");
+    EXPECT_TRUE(window->isVisible());
+}
+
 TEST_F(ImportWindow, CanBeClosedWhileALongFileIsRead)
 {
     open(folder.write("Long.quorv", std::string(1U << 20U, ';') + "\nallow prefix \"/a\" \"/bin/sh\" r\n"));

@@ -18,6 +18,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTimer>
 #include <QUrl>
 
@@ -342,17 +343,15 @@ TEST_F(RulesExchange, AReviewKnowsWhichRulesArePresentNow)
 TEST_F(RulesExchange, AReviewCountsAnewOnlyWhenRulesHaveChanged)
 {
     window->handleFileImport(folder.write("Tools.quorv", "allow prefix \"/a\" \"/bin/sh\" r\n"));
-    int counts = 0;
-    QObject::connect(review()->findChild<RulesTableView*>()->model(), &QAbstractItemModel::modelReset,
-        [&counts] { ++counts; });
+    const QSignalSpy counts(review()->findChild<RulesTableView*>()->model(), &QAbstractItemModel::modelReset);
     in<QLineEdit>("searchField")->setText(QStringLiteral("/a"));
     action("hideSystemToolbarItem")->trigger();
     window->sortByColumn(static_cast<int>(workflow::RuleColumn::path));
-    EXPECT_EQ(counts, 0);
+    EXPECT_EQ(counts.count(), 0);
     window->deleteRow(0);
-    EXPECT_EQ(counts, 1);
+    EXPECT_EQ(counts.count(), 1);
     window->reloadData();
-    EXPECT_EQ(counts, 2);
+    EXPECT_EQ(counts.count(), 2);
 }
 
 TEST_F(RulesExchange, RulesHandedOverOutliveAnotherChangeOfTheFileAndAnotherImport)
