@@ -1,5 +1,7 @@
 #include "rules/RuleMarks.h"
 
+#include "rules/RuleIdentity.h"
+
 namespace quorvane::rules {
 
 const NullableText& tagOf(const RuleValue& rule)
@@ -21,6 +23,11 @@ bool hasSameTag(const RuleValue& a, const RuleValue& b)
 bool hasSameMarks(const RuleValue& a, const RuleValue& b)
 {
     return createdOf(a) == createdOf(b) && hasSameTag(a, b);
+}
+
+bool isEqualWithMarks(const RuleValue& a, const RuleValue& b)
+{
+    return isEqualRule(a, b) && hasSameMarks(a, b);
 }
 
 RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleValue& timed)

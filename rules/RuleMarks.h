@@ -16,6 +16,8 @@ std::uint64_t createdOf(const RuleValue& rule);
 // A null tag is the same only as another null one.
 bool hasSameTag(const RuleValue& a, const RuleValue& b);
 bool hasSameMarks(const RuleValue& a, const RuleValue& b);
+// True when they are equal rules, too.
+bool isEqualWithMarks(const RuleValue& a, const RuleValue& b);
 
 // `rule` with the tag of one rule and the creation time of another; `rule` itself when that changes nothing.
 RuleValue withMarks(const RuleValue& rule, const RuleValue& tagged, const RuleValue& timed);

@@ -1,6 +1,5 @@
 #include "rules/RulesSnapshot.h"
 
-#include "rules/RuleIdentity.h"
 #include "rules/RuleMarks.h"
 
 #include <algorithm>
@@ -13,11 +12,6 @@ namespace {
 // lines in a row were joined; what follows is then held anew.
 constexpr std::size_t farthest = 64;
 
-bool readsTheSame(const RuleValue& a, const RuleValue& b)
-{
-    return isEqualRule(a, b) && hasSameMarks(a, b);
-}
-
 } // namespace
 
 // A file reads as the rules that were written to it, in their order, save that some read as others and that
@@ -29,7 +23,7 @@ RulesSnapshot RulesSnapshot::ofRead(const std::vector<RuleValue>& read, const Ru
     const auto isMeant = [&](const RuleValue& rule, std::size_t place) {
         const std::size_t end = std::min({meant.size(), place + missing + 1, next + farthest});
         for (std::size_t at = next; at < end; ++at) {
-            if (readsTheSame(meant.at(at), rule)) {
+            if (isEqualWithMarks(meant.at(at), rule)) {
                 next = at;
                 return true;
             }

@@ -216,11 +216,6 @@ void setConstraint(rules::PolicyRuleFields& rule, const RulePatch& patch, Bindin
 
 void setConstraint(rules::WatchRuleFields&, const RulePatch&, Bindings&) { }
 
-bool isSame(const rules::RuleValue& a, const rules::RuleValue& b)
-{
-    return isEqualRule(a, b) && hasSameMarks(a, b);
-}
-
 std::string withoutQuotes(std::string text)
 {
     text.erase(std::remove(text.begin(), text.end(), '"'), text.end());
@@ -326,7 +321,7 @@ PlannedChange patchingOf(const rules::RuleManager& store, const std::vector<rule
             setConstraint(fields, patch, bindings);
             return rules::RuleValue(makeRuleValue(std::move(fields)));
         });
-        if (isSame(before, after))
+        if (isEqualWithMarks(before, after))
             ++plan.unchanged;
         else
             wanted.push_back({rule, before, after});

@@ -1,7 +1,6 @@
 #include "workflow/UnwritableRules.h"
 
 #include "rules/FileLines.h"
-#include "rules/RuleIdentity.h"
 #include "rules/RuleMarks.h"
 #include "rules/RulesDiff.h"
 #include "rules/RulesText.h"
@@ -19,11 +18,6 @@ bool readsBack(const rules::RuleValue& rule, rules::LineEnds lineEnds)
     return askValue(rule, [=](const auto& fields) { return readsBackAsWritten(fields, lineEnds); });
 }
 
-bool isSameRule(const rules::RuleValue& a, const rules::RuleValue& b)
-{
-    return isEqualRule(a, b) && hasSameMarks(a, b);
-}
-
 // The first of these rules that is complete in the file, in words.
 std::optional<std::string> whyCut(const std::vector<rules::RuleValue>& endangered, std::string_view fileText)
 {
@@ -33,7 +27,7 @@ std::optional<std::string> whyCut(const std::vector<rules::RuleValue>& endangere
     for (const rules::FileLine& line : rules::fileLines(fileText)) {
         const auto rule = line.end.empty() ? std::nullopt : reader.ruleOf(line.text);
         const auto found = std::find_if(endangered.begin(), endangered.end(),
-            [&](const rules::RuleValue& other) { return rule && isSameRule(*rule, other); });
+            [&](const rules::RuleValue& other) { return rule && isEqualWithMarks(*rule, other); });
         if (found != endangered.end())
             return "the rule stands whole in the rules file and would lose its end: " + wholeLinesAdvice()
                 + ": " + ruleText(*found);
