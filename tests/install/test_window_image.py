@@ -25,7 +25,7 @@ class WindowImage(unittest.TestCase):
 
     def take(self, *arguments, volume=""):
         environment = {"PATH": "/usr/bin:/bin", "HOME": self.sandbox.home, "XDG_RUNTIME_DIR": self.sandbox.folder,
-                       "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_TARGET": volume}
+                       "QUORVANE_ROOT": self.sandbox.root, "QUORVANE_TARGET": volume, "ASAN_OPTIONS": "detect_leaks=0"}
         done = subprocess.run([PROGRAM, *arguments], env=environment, timeout=60, stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True, check=False)
         return done.returncode, done.stderr
