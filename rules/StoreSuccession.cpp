@@ -28,7 +28,7 @@ StoreSuccession::~StoreSuccession() = default;
 void StoreSuccession::inheritRecords(const Heritages& heritage)
 {
     m_store->storedRows(); // finds the system rules, while all records are its own
-    m_store->setHasLeftRecords(true); // until perform(): without that the former records are not its own
+    m_store->setHasLeftRecords(true); // if perform() never comes, its end must not touch the former records
     std::vector<bool> isInherited(m_former->count(true));
     // By number: the rule's place in the heritage, or its end for one that is not stored.
     std::vector<std::size_t> places(m_store->m_numbers.rules().size(), heritage.size());

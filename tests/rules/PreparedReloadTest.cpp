@@ -80,6 +80,15 @@ std::string lines(int count)
     return text;
 }
 
+// A store of so many rules, to whose file another program has added one.
+std::unique_ptr<RuleManager> storeBehindByOne(const test::StoreSandbox& sandbox, int rules)
+{
+    sandbox.writeUserRules(lines(rules));
+    auto store = sandbox.load();
+    sandbox.writeUserRules(lines(rules) + line("/added"));
+    return store;
+}
+
 // A rules file that other programs change at random.
 class RandomFile {
 public:
@@ -243,9 +252,7 @@ TEST_P(PreparedReloadOfSteps, CountsTheUsersRulesThatAreLost)
 TEST(PreparedReload, ChangesOnlyWhatDiffers)
 {
     const test::StoreSandbox sandbox;
-    sandbox.writeUserRules(lines(500));
-    const auto store = sandbox.load();
-    sandbox.writeUserRules(lines(500) + line("/added"));
+    const auto store = storeBehindByOne(sandbox, 500);
     const auto before = store->storedRows();
     ASSERT_TRUE(reloadByOtherThread(*store));
     const auto after = store->storedRows(); // what changes gets another number
@@ -293,9 +300,7 @@ TEST_P(PreparedReloadOfSteps, IsNotFinishedAfterAChangeInTheMeantime)
 TEST_P(PreparedReloadOfSteps, IsFreedElsewhereWhenItCameTooLateWhileTheStoreIsInUse)
 {
     const test::StoreSandbox sandbox;
-    sandbox.writeUserRules(lines(2000));
-    const auto store = sandbox.load();
-    sandbox.writeUserRules(lines(2000) + line("/added"));
+    const auto store = storeBehindByOne(sandbox, 2000);
     auto reload = store->prepareReload(GetParam());
     std::thread([&reload] { reload->run(); }).join();
     test::policyAt(*store, 0)->setTag("mine");
@@ -310,9 +315,7 @@ TEST_P(PreparedReloadOfSteps, IsFreedElsewhereWhenItCameTooLateWhileTheStoreIsIn
 TEST_P(PreparedReloadOfSteps, RunsWhileTheStoreIsInUse)
 {
     const test::StoreSandbox sandbox;
-    sandbox.writeUserRules(lines(2000));
-    const auto store = sandbox.load();
-    sandbox.writeUserRules(lines(2000) + line("/added"));
+    const auto store = storeBehindByOne(sandbox, 2000);
     const auto reload = store->prepareReload(GetParam());
     std::thread other([&reload] { reload->run(); });
     for (int number = 0; number < 200; ++number) {

@@ -42,6 +42,8 @@ struct ObservedDocument : DocumentAtWork {
 
 class ManyRulesDocument : public testing::Test {
 protected:
+    using Kind = workflow::DocumentNews::Kind;
+
     ManyRulesDocument()
     {
         box.writeUserRules(lines(0, manyRules));

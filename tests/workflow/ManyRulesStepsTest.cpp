@@ -9,8 +9,18 @@ namespace quorvane::workflow {
 
 namespace {
 
-using Kind = DocumentNews::Kind;
-using ManyRulesStepsTest = test::ManyRulesDocument;
+class ManyRulesStepsTest : public test::ManyRulesDocument {
+protected:
+    // Adds rules, whose versions are 2 and 3, and then keeps the thread busy.
+    void addTwoBeforeOtherWork()
+    {
+        window->add("/mine");
+        window->add("/wrong");
+        document().waitUntilWritten();
+        document().keepPresentVersion();
+        ASSERT_EQ(document().work(), DocumentWork::recording);
+    }
+};
 
 } // namespace
 
@@ -169,11 +179,7 @@ TEST_F(ManyRulesStepsTest, UndoesWithWhatAnotherProgramHasWrittenSince)
 
 TEST_F(ManyRulesStepsTest, UndoesBehindOtherWorkWithoutWaitingForIt)
 {
-    window->add("/mine");
-    window->add("/wrong");
-    document().waitUntilWritten();
-    document().keepPresentVersion();
-    ASSERT_EQ(document().work(), DocumentWork::recording);
+    ASSERT_NO_FATAL_FAILURE(addTwoBeforeOtherWork());
     EXPECT_TRUE(document().undo());
     EXPECT_TRUE(document().undo());
     EXPECT_TRUE(document().redo());
@@ -233,11 +239,7 @@ TEST_F(ManyRulesStepsTest, SaysWhenThereWasNothingToUndoBehindOtherWork)
 
 TEST_F(ManyRulesStepsTest, RestoresBehindOtherWorkWithoutWaitingForIt)
 {
-    window->add("/mine");
-    window->add("/wrong");
-    document().waitUntilWritten();
-    document().keepPresentVersion();
-    ASSERT_EQ(document().work(), DocumentWork::recording);
+    ASSERT_NO_FATAL_FAILURE(addTwoBeforeOtherWork());
     EXPECT_TRUE(document().restore(2));
     EXPECT_TRUE(document().undo());
     EXPECT_TRUE(document().redo());
