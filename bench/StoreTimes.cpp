@@ -127,12 +127,15 @@ int main(int argumentCount, char** arguments)
     time("filter-first-key", [&] { filter(1); });
     time("filter-typing", [&] { filter(text.size()); });
     time("filter-none", [&] { filter(0); });
-    time("sort-path", [&] { store->sortIndexUsingDescriptors({{rules::SortKey::path, true}}); });
+    const auto sort = [&](const std::vector<rules::SortDescriptor>& descriptors) {
+        store->sortIndexUsingDescriptors(descriptors);
+        store->totalRules(true);
+    };
+    time("sort-path", [&] { sort({{rules::SortKey::path, true}}); });
     time("sort-class-path", [&] {
-        store->sortIndexUsingDescriptors(
-            {{rules::SortKey::policyClass, true}, {rules::SortKey::path, false}});
+        sort({{rules::SortKey::policyClass, true}, {rules::SortKey::path, false}});
     });
-    store->sortIndexUsingDescriptors({});
+    sort({});
     std::size_t redundant = 0;
     time("redundancy", [&] {
         for (const rules::PolicyRulePtr& rule : store->policyRules())

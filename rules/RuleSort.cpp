@@ -1,11 +1,12 @@
 #include "rules/RuleSort.h"
 
-#include "platform/Unicode.h"
+#include "rules/Prefetch.h"
 #include "rules/SortColumn.h"
 
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -29,11 +30,9 @@ constexpr std::array<std::pair<std::string_view, SortKey>, 11> propertyNames{{
 
 template <class Rule> constexpr bool isPolicy = std::is_same_v<Rule, PolicyRule>;
 
-// The record may be changed on another thread: its properties are those of one moment.
-template <class Rule> void appendValue(SortColumn& column, SortKey key, const Rule& rule)
+template <class Rule, class Fields>
+void appendValue(SortColumn& column, SortKey key, const Rule& rule, const Fields& fields)
 {
-    const auto value = rule.value();
-    const auto& fields = *value;
     switch (key) {
     case SortKey::policyClass:
         return column.appendNumber(rule.policyClass());
@@ -73,12 +72,37 @@ template <class Rule> void appendValue(SortColumn& column, SortKey key, const Ru
     }
 }
 
+void append(SortColumn& column, SortKey key, const RuleRef& rule, const RuleValue& value)
+{
+    if (const auto* policy = std::get_if<PolicyValue>(&value))
+        appendValue(column, key, *std::get<PolicyRulePtr>(rule), **policy);
+    else
+        appendValue(column, key, *std::get<WatchRulePtr>(rule), *std::get<WatchValue>(value));
+}
+
+// Each step for a block of rules before the next step, so that the waits for memory overlap. A record may be
+// changed on another thread: its properties are those of one moment.
 SortColumn columnOf(
     SortKey key, const std::vector<std::uint32_t>& order, const AppendOnlyTable<RuleRef>& rules)
 {
+    constexpr std::size_t blockSize = 64;
     SortColumn column(order.size());
-    for (const std::uint32_t number : order)
-        visitRule(rules[number], [&](const auto& rule) { appendValue(column, key, rule); });
+    std::vector<RuleValue> values;
+    for (std::size_t begin = 0; begin < order.size(); begin += blockSize) {
+        const auto block = std::span(order).subspan(begin, std::min(blockSize, order.size() - begin));
+        for (const std::uint32_t number : block)
+            prefetchObject(rules[number]);
+        for (const std::uint32_t number : block)
+            visitRule(rules[number], [](const auto& rule) { prefetchObject(rule); });
+        values.clear();
+        for (const std::uint32_t number : block)
+            askValue(values.emplace_back(valueOf(rules[number])),
+                [](const auto& fields) { prefetchObject(fields); });
+        for (const RuleValue& value : values)
+            askValue(value, [](const auto& fields) { prefetchPath(fields); });
+        for (std::size_t place = 0; place < block.size(); ++place)
+            append(column, key, rules[block[place]], values[place]);
+    }
     return column;
 }
 
@@ -154,7 +178,7 @@ int compareRules(const RuleRef& a, const RuleRef& b, const std::vector<SortDescr
     for (const SortDescriptor& descriptor : descriptors) {
         SortColumn column(2);
         for (const RuleRef* rule : {&a, &b})
-            visitRule(*rule, [&](const auto& record) { appendValue(column, descriptor.key, record); });
+            append(column, descriptor.key, *rule, valueOf(*rule));
         if (const int order = column.compareFirstTwo(); order != 0)
             return descriptor.ascending ? order : -order;
     }

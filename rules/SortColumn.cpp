@@ -1,6 +1,7 @@
 #include "rules/SortColumn.h"
 
 #include "platform/Unicode.h"
+#include "rules/Prefetch.h"
 
 #include <algorithm>
 #include <bit>
@@ -75,14 +76,24 @@ int SortColumn::compareFirstTwo() const
 void SortColumn::loadSlices(std::vector<Slice>::iterator begin, std::vector<Slice>::iterator end,
     std::size_t depth, bool ascending) const
 {
-    std::transform(begin, end, begin, [&](const Slice& old) {
-        Slice slice = sliceOf(old.place, depth);
+    const auto load = [&](std::size_t number) {
+        Slice& slice = begin[static_cast<std::ptrdiff_t>(number)];
+        slice = sliceOf(slice.place, depth);
         if (!ascending) {
             slice.value = ~slice.value;
             slice.rest = ~slice.rest;
         }
-        return slice;
-    });
+    };
+    const auto valueAt = [&](std::size_t number) -> const Value& {
+        return m_values[begin[static_cast<std::ptrdiff_t>(number)].place];
+    };
+    forEachPrefetched(
+        static_cast<std::size_t>(end - begin), load,
+        [&](std::size_t number) { prefetchMemory(&valueAt(number)); },
+        [&](std::size_t number) {
+            if (const Value& value = valueAt(number); value.kind == Kind::text)
+                prefetchMemory(m_texts.data() + value.number + depth);
+        });
     const bool allTie = std::all_of(begin, end, [&](const Slice& slice) { return slice.ties(*begin); });
     if (!allTie)
         std::sort(begin, end);
