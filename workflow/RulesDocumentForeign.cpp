@@ -219,8 +219,21 @@ void RulesDocument::takeFileOver()
 // For rules that the file cannot represent, or that are not committed yet: a reload would drop them.
 void RulesDocument::mergePresentFile()
 {
-    takeIn(mergedFile(
-        rules::RulesFileText::read(m_file.path()), std::nullopt, ForeignMerge(m_store, m_rulesInFile)));
+    ForeignMerge merge(m_store, m_rulesInFile);
+    const auto read = [this, merge = std::move(merge)] {
+        return mergedFile(rules::RulesFileText::read(m_file.path()), std::nullopt, merge);
+    };
+    if (!isWorthAThread())
+        return takeIn(read());
+    const auto found = std::make_shared<std::optional<FoundFile>>();
+    inBackground(
+        DocumentWork::reading, [found, read] { *found = read(); },
+        [this, found] {
+            if (!*found)
+                throw std::bad_alloc();
+            takeIn(**found);
+            freeInBackground(*m_owner.background, std::make_shared<FoundFile>(std::move(**found)));
+        });
 }
 
 void RulesDocument::reloadAtOnce(ReloadCause cause)

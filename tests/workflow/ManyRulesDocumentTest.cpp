@@ -6,7 +6,6 @@ namespace quorvane::workflow {
 
 namespace {
 
-using Kind = DocumentNews::Kind;
 using ManyRulesDocumentTest = test::ManyRulesDocument;
 
 } // namespace
@@ -183,6 +182,25 @@ TEST_F(ManyRulesDocumentTest, WritesAChangeThatWasMadeDuringAFailedWriteAtOnce)
     EXPECT_EQ(document().failure(), std::nullopt);
     EXPECT_EQ(window->store->storedRules(), test::manyRules + 2U);
     expectFileHasTheRulesOfTheStore();
+}
+
+TEST_F(ManyRulesDocumentTest, ReadsAForeignChangeOnTheThreadBesideARuleThatTheFileCannotHold)
+{
+    window->add("/K\u00e4se");
+    document().waitUntilWritten();
+    ASSERT_EQ(window->newsOf(Kind::cutShort).size(), 1U);
+    box.writeUserRules(test::fileLine("/foreign") + file());
+    document().takeForeignChanges();
+    EXPECT_EQ(document().work(), DocumentWork::reading);
+    EXPECT_FALSE(has("/foreign")) << "the window's thread does not merge";
+    document().waitUntilWritten();
+    EXPECT_TRUE(has("/foreign"));
+    EXPECT_TRUE(has("/K\u00e4se")) << "a reload would have its remains instead";
+    EXPECT_EQ(window->newsOf(Kind::merged).size(), 1U);
+    window->add("/later");
+    document().waitUntilWritten();
+    EXPECT_EQ(linesInFile("/foreign"), 1U);
+    EXPECT_EQ(linesInFile("/later"), 1U);
 }
 
 } // namespace quorvane::workflow
