@@ -20,9 +20,12 @@
 #include <functional>
 #include <string>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 // gap_times FILE: the longest time without input of the main window during each of its operations, with a
 // copy of FILE as the user's file, and until all that follows from it is done. One operation per line: its
-// name and the gap in milliseconds.
+// name and the gap in milliseconds; and the megabytes that are resident after all of them, and were at most.
 
 namespace {
 
@@ -171,6 +174,16 @@ void writeImport(const std::string& file, const std::string& imported)
         out << line.replace(line.find("\"/"), 2, "\"/imported/") << '\n';
 }
 
+void printMemory()
+{
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages; // the second figure: what is resident
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    std::printf("resident-megabytes %zu\n", pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) >> 20U);
+    std::printf("peak-megabytes %ld\n", usage.ru_maxrss >> 10);
+}
+
 void printGaps(const std::string& file, const std::string& folder)
 {
     const std::string imported = folder + "/imported.quorv";
@@ -190,6 +203,7 @@ void printGaps(const std::string& file, const std::string& folder)
     operations.printViews();
     operations.printMoves();
     operations.printChanges(imported);
+    printMemory();
 }
 
 } // namespace
