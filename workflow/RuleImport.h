@@ -51,7 +51,7 @@ public:
     // Writes the user's file, reads it again and deletes the fail-safe file, even if there was no rule. When
     // writing fails, the store keeps its rules, including the imported ones, and the fail-safe file stays. If
     // memory does not suffice for all rules, none is written. With a background, and no fail-safe file, more
-    // than 20,000 rules are written and read later: a failure is the document's then.
+    // than 5,000 rules are written and read later: a failure is the document's then.
     ImportResult didFinishImportingRules();
 
     // The changes to the store since begin(), not yet written.

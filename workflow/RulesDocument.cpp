@@ -18,8 +18,8 @@ constexpr const char* severalActions = "Change Rules";
 constexpr const char* outOfMemory = "Out of memory"; // short enough to need no allocation
 
 // Above this number of rules, to be written or in the file, a write is worth a thread: below, it takes some
-// ten milliseconds.
-constexpr std::size_t mostWrittenAtOnce = 20'000;
+// milliseconds and what the disk takes.
+constexpr std::size_t mostWrittenAtOnce = 5'000;
 
 } // namespace
 

@@ -63,7 +63,7 @@ struct ChangeResult {
 //
 // A change goes into the store, into the journal, and into the user's file; what other programs have written
 // there in the meantime is merged first, so that neither their changes nor ours are lost. Marks the run as
-// changed. With a background, more than 20,000 rules, or a file that holds as many, are written by it: the
+// changed. With a background, more than 5,000 rules, or a file that holds as many, are written by it: the
 // store is changed when an operation returns, the file a little later. For the thread that owns the store.
 class RulesDocument {
 public:
@@ -103,7 +103,7 @@ public:
     // Reverts our newest action, or repeats the one undone last; later changes by others stay. False when
     // there is none, or when its versions cannot be read. With a background, what it is doing is not waited
     // for, nor is the reading of a file that another program has changed, and an action of an earlier run, or
-    // with later changes by others, is merged by it into more than 20,000 rules: the store changes later
+    // with later changes by others, is merged by it into more than 5,000 rules: the store changes later
     // then, unless news say that there is none or that the versions cannot be read. A change that is made
     // before that waits for it.
     bool undo();
@@ -124,7 +124,7 @@ public:
     bool restore(std::int64_t version);
 
     // Merges the rules of a file that another program has changed, keeping changes not written yet. With a
-    // background, more than 20,000 rules are read by it: the store changes later then.
+    // background, more than 5,000 rules are read by it: the store changes later then.
     void takeForeignChanges();
     // Reports, once, that another program has changed the file and that this has not been merged yet.
     void lookAtFile();
@@ -136,7 +136,7 @@ public:
     bool isFileAhead();
 
     // Reads the user's configuration again, like the store, and drops unwritten changes. With a background,
-    // more than 20,000 rules are read by it, after what is being written, and unless that fails: the store
+    // more than 5,000 rules are read by it, after what is being written, and unless that fails: the store
     // changes later then, and changes of the meantime stay.
     void reload();
     // Deletes the fail-safe file and the marker beside it; records the file in a separate journal first.

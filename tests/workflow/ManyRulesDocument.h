@@ -18,7 +18,7 @@
 
 namespace quorvane::test {
 
-inline constexpr int manyRules = 20'100;
+inline constexpr int manyRules = 5'100;
 
 inline std::string lines(int from, int to)
 {

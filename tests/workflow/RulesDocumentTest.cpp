@@ -86,7 +86,7 @@ TEST_F(RulesDocumentTest, AChangeIsInStoreFileAndJournalWhenItReturns)
 TEST_F(RulesDocumentTest, ALongFileIsWrittenInTheBackgroundAlsoWhenNoRuleIsLeft)
 {
     std::string text;
-    constexpr std::uint64_t manyRules = 20'001;
+    constexpr std::uint64_t manyRules = 5'001;
     for (std::uint64_t rule = 0; rule < manyRules; ++rule)
         text += line("/" + std::to_string(rule) + "/");
     box.writeUserRules(text);
