@@ -25,7 +25,8 @@
 
 // gap_times FILE: the longest time without input of the main window during each of its operations, with a
 // copy of FILE as the user's file, and until all that follows from it is done. One operation per line: its
-// name and the gap in milliseconds; and the megabytes that are resident after all of them, and were at most.
+// name and the gap in milliseconds; and the megabytes that are resident, and were at most, at three
+// points.
 
 namespace {
 
@@ -174,14 +175,15 @@ void writeImport(const std::string& file, const std::string& imported)
         out << line.replace(line.find("\"/"), 2, "\"/imported/") << '\n';
 }
 
-void printMemory()
+void printMemory(const std::string& stage)
 {
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages >> pages; // the second figure: what is resident
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    std::printf("resident-megabytes %zu\n", pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) >> 20U);
-    std::printf("peak-megabytes %ld\n", usage.ru_maxrss >> 10);
+    std::printf("%s-resident-megabytes %zu\n", stage.c_str(),
+        pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) >> 20U);
+    std::printf("%s-peak-megabytes %ld\n", stage.c_str(), usage.ru_maxrss >> 10);
 }
 
 void printGaps(const std::string& file, const std::string& folder)
@@ -199,11 +201,13 @@ void printGaps(const std::string& file, const std::string& folder)
     std::printf("start %.1f\n", start.whole());
     Operations operations(user.document(), window);
     operations.print("show", [&window] { window.show(); });
+    printMemory("shown");
     operations.printMoves();
     operations.printViews();
     operations.printMoves();
+    printMemory("sorted");
     operations.printChanges(imported);
-    printMemory();
+    printMemory("changed");
 }
 
 } // namespace
