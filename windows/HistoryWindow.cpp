@@ -144,7 +144,6 @@ void HistoryWindow::openHistory()
     });
     m_ui->notices->remove(newsOfVersion);
     m_isRead = false;
-    m_selected.reset();
     m_versions->setVersions({});
     selectionDidChange();
     history().keepPresentVersion();

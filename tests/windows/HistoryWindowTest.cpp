@@ -376,9 +376,11 @@ TEST_F(HistoryWindowTest, SearchesWhatWasDoneAtOnceAndTheRulesOfAllVersionsInTim
     searchFor("/B/"); // of the first version
     waitFor(
         [&] { return counts() == QStringLiteral("1 of 4 versions") && numbers() == QStringLiteral("1"); });
+    EXPECT_EQ(selected(), QStringLiteral("1")) << "what is found first";
     searchFor("found");
     waitFor([&] { return numbers() == QStringLiteral("3 1"); });
     searchFor("nothing has this");
+    EXPECT_FALSE(isEnabled("exportButton")) << "the selected version is not shown";
     EXPECT_EQ(counts(), QStringLiteral("0 of 4 versions, searched 0…"));
     EXPECT_EQ(versions->accessibleDescription(), QStringLiteral("Searching…"));
     waitFor([&] { return counts() == QStringLiteral("0 of 4 versions"); });
@@ -446,6 +448,7 @@ TEST_F(HistoryWindowTest, OffersToForgetOlderVersionsOnlyWhereThatIsNotAllOrNone
     EXPECT_TRUE(question.contains(QStringLiteral("Older than version 2: version 1, of ")))
         << question.toStdString();
     waitFor([&] { return numbers() == QStringLiteral("4 3 2"); });
+    EXPECT_EQ(selected(), QStringLiteral("2")) << "as before";
 }
 
 TEST_F(HistoryWindowTest, OpensWithTheKeyboardInItsVersions)
@@ -571,6 +574,35 @@ TEST_F(HistoryWindowTest, SaysNothingOfOneDifferenceWhileItLooksForAnother)
     EXPECT_EQ(summary(), QStringLiteral("Comparing\u2026"));
     EXPECT_EQ(changes->accessibleDescription(), QString());
     waitUntilCompared();
+    EXPECT_EQ(changes->model()->rowCount(), 2);
+    versions->selectRow(0);
+    EXPECT_EQ(changes->model()->rowCount(), 0);
+    waitUntilCompared();
+}
+
+TEST_F(HistoryWindowTest, SaysNothingOfADifferenceBesideAHistoryWithoutVersions)
+{
+    open(1);
+    in<QComboBox>("subjectPopUpButton")->setCurrentIndex(1);
+    EXPECT_EQ(summary(), QString());
+    EXPECT_EQ(changes->model()->rowCount(), 0);
+}
+
+TEST_F(HistoryWindowTest, BringsTheVersionThatIsWantedIntoView)
+{
+    for (int number = 0; number < 60; ++number)
+        add("/" + std::to_string(number));
+    open(61);
+    window->showVersionFrom(1);
+    EXPECT_TRUE(versions->viewport()->rect().contains(versions->visualRect(versions->currentIndex())));
+}
+
+TEST_F(HistoryWindowTest, OffersToCopyInAMenuOnTheChanges)
+{
+    open(1);
+    EXPECT_EQ(changes->contextMenuPolicy(), Qt::ActionsContextMenu);
+    ASSERT_EQ(changes->actions().size(), 1);
+    EXPECT_EQ(changes->actions().front()->text(), QStringLiteral("&Copy"));
 }
 
 TEST_F(HistoryWindowTest, CopiesTheSelectedChangesAsText)
