@@ -107,10 +107,10 @@ void AsideController::bringBack(const std::vector<rules::RuleValue>& rules)
 
 void AsideController::deleteForGood(const std::vector<rules::RuleValue>& rules)
 {
-    QMessageBox question(QMessageBox::Warning, tr("Delete Rules"), {}, QMessageBox::Cancel, m_asideWindow);
-    question.setTextFormat(Qt::PlainText);
-    question.setText(tr("Delete %1 for good? Nothing brings back what is deleted here.")
-                         .arg(toQt(workflow::countedRules(rules.size()))));
+    QMessageBox question(QMessageBox::Warning, tr("Delete Rules"),
+        tr("Delete %1 for good? Nothing brings back what is deleted here.")
+            .arg(toQt(workflow::countedRules(rules.size()))),
+        QMessageBox::Cancel, m_asideWindow);
     const QAbstractButton* confirm = question.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
     question.setDefaultButton(QMessageBox::Cancel);
     question.exec();

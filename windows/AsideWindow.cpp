@@ -109,11 +109,11 @@ void AsideWindow::showMessage(const QString& text)
     m_ui->notices->add({.text = text, .subject = newsSubject()});
 }
 
-void AsideWindow::changeEvent(QEvent* event)
+bool AsideWindow::event(QEvent* event)
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+    if (event->type() == QEvent::WindowActivate)
         refresh();
+    return QDialog::event(event);
 }
 
 } // namespace quorvane::windows

@@ -49,7 +49,7 @@ Q_SIGNALS:
 
 protected:
     // Refreshes when activated: another program may have changed the file in the meantime.
-    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     std::vector<rules::RuleValue> selectedRules() const;

@@ -61,7 +61,6 @@ ChangeWindow::ChangeWindow(const QString& title, const QString& verb, Plan plan,
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
     keepSize(*this, QStringLiteral("changeWindow"));
     m_soon->setObjectName(QStringLiteral("planTimer"));
-    m_soon->setSingleShot(true);
     m_soon->setInterval(afterTheLastKey);
     connect(m_soon, &QTimer::timeout, this, &ChangeWindow::replan);
     showPlanned(std::move(first));

@@ -86,7 +86,6 @@ void CleanUpWindow::setUpControls()
     addTicking(tr("Tick &All"), true);
     addTicking(tr("Tick &None"), false);
     m_button = buttons->addButton(tr("&Clean Up"), QDialogButtonBox::AcceptRole);
-    m_button->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &CleanUpWindow::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -95,7 +94,6 @@ void CleanUpWindow::setUpControls()
     layout->addWidget(m_list, 1);
     layout->addWidget(m_count);
     layout->addWidget(buttons);
-    m_list->setFocus();
 }
 
 void CleanUpWindow::fill(const workflow::ProblemListsPtr& problems)

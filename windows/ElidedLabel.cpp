@@ -23,7 +23,6 @@ void ElidedLabel::setText(const QString& text)
 void ElidedLabel::setElideMode(Qt::TextElideMode mode)
 {
     m_elideMode = mode;
-    update();
 }
 
 QString ElidedLabel::shownText() const
@@ -36,12 +35,10 @@ QSize ElidedLabel::minimumSizeHint() const
     return {0, QLabel::minimumSizeHint().height()};
 }
 
-void ElidedLabel::paintEvent(QPaintEvent* event)
+void ElidedLabel::paintEvent(QPaintEvent* /*event*/)
 {
-    QFrame::paintEvent(event);
     QPainter painter(this);
     const QRect place = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
-    painter.setPen(palette().color(foregroundRole()));
     const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft);
     painter.setLayoutDirection(Qt::LayoutDirectionAuto); // English text runs from left to right in any window
     painter.drawText(place, static_cast<int>(alignment | Qt::AlignAbsolute), shownText());

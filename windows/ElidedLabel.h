@@ -14,7 +14,7 @@ public:
     // Line ends are shown as spaces.
     void setText(const QString& text);
 
-    // Where the text is elided; by default at its end.
+    // Where the text is elided, before it is shown; by default at its end.
     void setElideMode(Qt::TextElideMode mode);
 
     // The elided text.

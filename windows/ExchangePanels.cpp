@@ -59,9 +59,7 @@ public:
         : FilePanel(parent, title)
         , m_endings(isOfExchangeType(name) ? exchangeTypes() : QStringList{name.suffix()})
     {
-
         setAcceptMode(QFileDialog::AcceptSave);
-        setFileMode(QFileDialog::AnyFile);
     }
 
     void accept() override

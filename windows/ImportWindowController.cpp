@@ -44,7 +44,7 @@ ImportWindowController::ImportWindowController(
     m_ui->takeApartButton->hide();
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &QDialog::reject);
     setPath({});
-    ticksDidChange();
+    updateCounts();
     m_ui->importTableView->setFocus();
 }
 

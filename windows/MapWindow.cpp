@@ -95,11 +95,11 @@ void MapWindow::paintSamples()
     sample(m_ui->watchSample, {.watch = 1});
 }
 
-void MapWindow::changeEvent(QEvent* event)
+bool MapWindow::event(QEvent* event)
 {
-    QDialog::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         paintSamples();
+    return QDialog::event(event);
 }
 
 // The last column, or that of the programs when they are the tree, takes the remaining width.

@@ -42,7 +42,7 @@ Q_SIGNALS:
     void wasMade();
 
 protected:
-    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     void paintSamples();

@@ -93,14 +93,12 @@ NarrowBar::NarrowBar(QWidget* parent)
     , m_clearButton(new QToolButton(this))
     , m_status(new QLabel(this))
 {
-    setObjectName(QStringLiteral("narrowBar"));
     setAccessibleName(tr("Narrow"));
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // the window may be narrower than one row
     m_halves->setContentsMargins(besideHalves, aboveHalves, besideHalves, aboveHalves);
     m_halves->setSpacing(betweenChoices);
     makeHalves();
     fillFixedChoices();
-    setNames({});
     clear();
     auto* escape = new QShortcut(Qt::Key_Escape, this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
     connect(escape, &QShortcut::activated, this, &NarrowBar::leave);
@@ -124,7 +122,6 @@ void NarrowBar::makeHalves()
     connect(m_clearButton, &QToolButton::clicked, this, &NarrowBar::clear);
     m_status->setObjectName(QStringLiteral("narrowStatus"));
     setTextShade(*m_status, shades::faintText);
-    m_status->hide();
     second->layout()->addWidget(m_status);
     second->layout()->addWidget(m_clearButton);
     setTabOrder(m_program, m_clearButton);
@@ -229,9 +226,8 @@ void NarrowBar::leave()
         clear();
 }
 
-void NarrowBar::resizeEvent(QResizeEvent* event)
+void NarrowBar::resizeEvent(QResizeEvent* /*event*/)
 {
-    QWidget::resizeEvent(event);
     int needed = 2 * besideHalves + betweenChoices;
     for (int half = 0; half < m_halves->count(); ++half)
         needed += m_halves->itemAt(half)->minimumSize().width();

@@ -92,6 +92,15 @@ TEST_F(Aside, BringsRulesBackWithTagAndDate)
     EXPECT_EQ(listed(), "");
 }
 
+TEST_F(Aside, SelectsAllRulesThatAreBack)
+{
+    setAside({watch, first, second});
+    openAside();
+    asideTable->selectAll();
+    asideButton("bringBackButton")->click();
+    EXPECT_EQ(selectedRows(), (QList<int>{0, 1, 2}));
+}
+
 TEST_F(Aside, ShowsARuleThatIsBackAlthoughTheSearchHidesIt)
 {
     setAside({first});

@@ -1,5 +1,8 @@
 #include "windows/AuthenticationWindow.h"
 
+#include "desktop/InputLock.h"
+
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
@@ -66,6 +69,36 @@ TEST_F(AuthenticationWindowTest, DoesNotAppearAfterItWasWithdrawn)
     ask(platform::Awaited::password);
     window.withdraw();
     EXPECT_FALSE(QTest::qWaitFor([this] { return window.isVisible(); }, 1500));
+    window.reject();
+    EXPECT_EQ(givenUp, 0) << "who asked is no longer there";
+}
+
+TEST_F(AuthenticationWindowTest, ComesToTheFrontAgainWhenTheFingerIsAskedForAgain)
+{
+    ask(platform::Awaited::finger);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    ask(platform::Awaited::fingerAgain);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+}
+
+TEST_F(AuthenticationWindowTest, TakesInputWhereADialogOrTheWaitKeepsItFromOtherWindows)
+{
+    ask(platform::Awaited::finger);
+    EXPECT_FALSE(window.isModal());
+    window.withdraw();
+    QDialog dialog;
+    dialog.setModal(true);
+    dialog.show();
+    const desktop::InputLock lock;
+    ask(platform::Awaited::finger);
+    EXPECT_TRUE(window.isModal());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QTest::mouseClick(
+        window.windowHandle(), Qt::LeftButton, {}, button().mapTo(&window, button().rect().center()));
+    EXPECT_EQ(givenUp, 1);
 }
 
 TEST_F(AuthenticationWindowTest, GivesUpOnceByButtonKeyOrClosing)

@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -78,6 +79,29 @@ TEST_F(ChangeWindowTest, ShowsWhatHasBeenPlannedWithoutPlanningItAgain)
     EXPECT_TRUE(button()->isEnabled());
 }
 
+TEST_F(ChangeWindowTest, KeepsOtherInputFromItsParentAloneAndIsGoneWhenItIsLeft)
+{
+    EXPECT_EQ(window->windowModality(), Qt::WindowModal);
+    const QPointer<ChangeWindow> left = new ChangeWindow({}, {}, {}, {}, rules::LineEnds::cut, nullptr);
+    left->reject();
+    EXPECT_TRUE(QTest::qWaitFor([&left] { return left.isNull(); }));
+}
+
+TEST_F(ChangeWindowTest, HasTheSizeThatItWasGivenTheLastTime)
+{
+    window->resize(777, 444);
+    window->reject();
+    const ChangeWindow next({}, {}, {}, {}, rules::LineEnds::cut, nullptr);
+    EXPECT_EQ(next.size(), QSize(777, 444));
+}
+
+TEST_F(ChangeWindowTest, SaysInItsTableWhyItIsEmpty)
+{
+    tag.clear();
+    window->replan();
+    EXPECT_EQ(table->accessibleDescription(), QStringLiteral("Nothing would change."));
+}
+
 TEST_F(ChangeWindowTest, PlansOnceAfterTheLastKey)
 {
     for (const char* text : {"", "n", "ne", "new"}) {
@@ -85,6 +109,7 @@ TEST_F(ChangeWindowTest, PlansOnceAfterTheLastKey)
         window->planSoon();
     }
     EXPECT_EQ(plans, 0);
+    EXPECT_EQ(window->findChild<QTimer*>(QStringLiteral("planTimer"))->interval(), 200) << "milliseconds";
     EXPECT_TRUE(QTest::qWaitFor([this] { return isPlanned(); }));
     EXPECT_EQ(plans, 1);
     EXPECT_EQ(window->planned().change.added.size(), 1U);

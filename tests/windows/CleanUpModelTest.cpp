@@ -110,7 +110,11 @@ TEST_F(CleanUpModelTest, KeepsTicksThatAPersonChanged)
     workflow::DispensableRule nowSure = doubtful;
     nowSure.doubt.clear();
     QSignalSpy ticks(&model, &CleanUpModel::ticksDidChange);
+    const QSignalSpy beginnings(&model, &QAbstractItemModel::modelAboutToBeReset);
+    const QSignalSpy ends(&model, &QAbstractItemModel::modelReset);
     model.setCandidates({nowSure, sure});
+    EXPECT_EQ(beginnings.count(), 1);
+    EXPECT_EQ(ends.count(), 1) << "all rows are other ones";
     EXPECT_EQ(tick(0), Qt::Checked) << "no longer in doubt, and nobody touched it";
     EXPECT_EQ(tick(1), Qt::Unchecked);
     EXPECT_EQ(model.tickedCount(), 1U);

@@ -3,6 +3,7 @@
 #include "windows/CleanUpModel.h"
 #include "windows/ProblemsFinder.h"
 #include "windows/ProblemsPanel.h"
+#include "workflow/RuleEdits.h"
 
 #include <QAbstractItemModelTester>
 #include <QPushButton>
@@ -59,6 +60,30 @@ TEST_F(CleanUpWindowTest, TicksWhatCanGoAndSaysWhy)
     EXPECT_EQ(
         cellText(0, CleanUpModel::reason), QStringLiteral("Path is gone: nothing exists at /nonexistent/a."));
     EXPECT_EQ(cellText(1, CleanUpModel::doubt), QStringLiteral("on a volume that is not mounted"));
+}
+
+TEST_F(CleanUpWindowTest, ShowsAtOnceWhatIsKnownAlready)
+{
+    open(rules);
+    ProblemsFinder& finder = window->findChild<ProblemsPanel*>()->finder();
+    finder.start();
+    ASSERT_TRUE(QTest::qWaitFor([&finder] { return !finder.isLooking(); }));
+    action("cleanUpMenuItem")->trigger();
+    cleanUp = window->findChild<CleanUpWindow*>();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return count() == QStringLiteral("2 of 3 ticked."); }));
+}
+
+TEST_F(CleanUpWindowTest, LeavesOneOfTwoEqualRulesUnticked)
+{
+    open("allow prefix \"/tmp/\" \"any\" r \"\" \"\" \"0\"\n");
+    document->perform(
+        workflow::additionOf(test::policyRule({.path = "/tmp/", .processName = "any", .operations = 1})),
+        {"Test"});
+    window->reloadData();
+    action("cleanUpMenuItem")->trigger();
+    cleanUp = window->findChild<CleanUpWindow*>();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return count() == QStringLiteral("1 of 2 ticked."); }))
+        << count().toStdString();
 }
 
 TEST_F(CleanUpWindowTest, SaysWhatItIsFor)

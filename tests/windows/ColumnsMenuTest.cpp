@@ -66,6 +66,11 @@ TEST_F(ColumnsMenuTest, HidesAndShowsColumns)
     EXPECT_EQ(shown(), usual);
 }
 
+TEST_F(ColumnsMenuTest, SetsItsColumnsApartFromWhatIsAboutAll)
+{
+    EXPECT_TRUE(menu->actions().at(workflow::ruleColumnCount)->isSeparator());
+}
+
 TEST_F(ColumnsMenuTest, LeavesOneColumnAtLeast)
 {
     for (const char* title : {"Application", "State", "Class", "Type", "Operations", "Path"})

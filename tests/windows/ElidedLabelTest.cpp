@@ -2,6 +2,8 @@
 #include "windows/PlainText.h"
 #include "windows/QtText.h"
 
+#include <QHBoxLayout>
+
 #include <gtest/gtest.h>
 
 namespace quorvane::windows {
@@ -19,6 +21,17 @@ TEST(ElidedLabel, CutsOffWhatDoesNotFitAndTellsItWholeInItsToolTip)
     label.resize(2000, 20);
     EXPECT_EQ(label.shownText(), message);
     EXPECT_LT(label.minimumSizeHint().width(), 20);
+}
+
+TEST(ElidedLabel, MakesNoWindowWiderOrHigherByItsText)
+{
+    QWidget window;
+    auto* label = new ElidedLabel;
+    (new QHBoxLayout(&window))->addWidget(label);
+    label->setText(QStringLiteral("Text"));
+    const QSize size = window.sizeHint();
+    label->setText(QStringLiteral("<h1>A long text, of which no letter is a mark of its look</h1>"));
+    EXPECT_EQ(window.sizeHint(), size);
 }
 
 } // namespace quorvane::windows

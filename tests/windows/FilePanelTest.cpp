@@ -1,4 +1,5 @@
 #include "windows/FilePanel.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 #include "windows/QtText.h"
 
@@ -116,6 +117,9 @@ TEST_F(OpenPanel, IsTitledAndStartsInTheFolder)
         EXPECT_EQ(panel.windowTitle(), QStringLiteral("Title"));
         EXPECT_EQ(fromQt(panel.directory().absolutePath()), folder.path("sub"));
         EXPECT_EQ(panel.parentWidget(), parent.get());
+        EXPECT_EQ(panel.size(), QSize(760, 480));
+        EXPECT_EQ(panel.labelText(QFileDialog::FileName), QStringLiteral("&Name:"));
+        EXPECT_EQ(button(panel)->text(), QStringLiteral("&Choose"));
     });
 }
 
@@ -186,6 +190,31 @@ TEST_F(OpenPanel, ChoosesWhatIsTyped)
             c.path)
             << c.typed;
     }
+}
+
+TEST_F(OpenPanel, ChoosesAFileOfTheHomeThatIsTyped)
+{
+    const test::EnvironmentVariable home("HOME", folder.path());
+    EXPECT_EQ(chosen("/",
+                  [](QFileDialog& panel) {
+                      name(panel)->setText(QStringLiteral("~/sub/inner"));
+                      button(panel)->click();
+                  }),
+        folder.path("sub/inner"));
+}
+
+TEST_F(OpenPanel, StillTakesTheFileThatIsNamedWhenAnotherAppears)
+{
+    EXPECT_EQ(chosen(folder.path(),
+                  [this](QFileDialog& panel) {
+                      click(panel, "file");
+                      folder.write("another", "");
+                      placeOf(panel, QStringLiteral("another")); // waits until it is listed
+                      QCoreApplication::processEvents();
+                      EXPECT_TRUE(button(panel)->isEnabled());
+                      button(panel)->click();
+                  }),
+        folder.path("file"));
 }
 
 TEST_F(OpenPanel, StaysOpenWhenNothingHasTheName)

@@ -54,6 +54,12 @@ TEST_F(FootNoticesTest, TakesNoRoomWithoutANotice)
     EXPECT_TRUE(notices.isHidden());
 }
 
+TEST_F(FootNoticesTest, LeavesReturnToTheWindowAroundIt)
+{
+    notices.add({QStringLiteral("One"), {{QStringLiteral("Show"), [] {}}}});
+    EXPECT_FALSE(notices.findChild<QPushButton*>()->autoDefault());
+}
+
 TEST_F(FootNoticesTest, IsDismissedByAButtonThatSaysSo)
 {
     const auto* button = notices.findChild<QToolButton*>(QStringLiteral("dismissButton"));

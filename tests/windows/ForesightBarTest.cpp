@@ -28,6 +28,7 @@ TEST(ForesightBar, ShowsAllUntilAKindIsChosen)
 {
     ForesightBar bar;
     QSignalSpy changed(&bar, &ForesightBar::filterChanged);
+    EXPECT_EQ(button(bar, 0)->text(), QStringLiteral("All 0"));
     bar.setTotal(1234);
     EXPECT_EQ(button(bar, 0)->text().section(QLatin1Char(' '), 0, 0), QStringLiteral("All"));
     EXPECT_TRUE(button(bar, 0)->isChecked());

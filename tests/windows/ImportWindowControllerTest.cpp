@@ -187,6 +187,9 @@ TEST_F(ImportWindow, StaysEmptyWithoutAPathAndTriesAgainTheNextTimeItIsShown)
     open("");
     EXPECT_EQ(table->model()->rowCount(), 0);
     EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Import Rules"));
+    EXPECT_EQ(counts(), QStringLiteral("0 of 0 rules ticked"));
+    EXPECT_TRUE(button("takeApartButton")->isHidden());
     window->hide();
     window->setPath(folder.write("One.quorv", "allow prefix \"/b\" \"/bin/sh\" r\n"));
     window->show();
@@ -218,7 +221,9 @@ TEST_F(ImportWindow, ReadingTheFileAgainForgetsTheOrder)
     openThree();
     window->sortByColumn(static_cast<int>(workflow::ImportColumn::path));
     EXPECT_EQ(shownPaths(), QStringLiteral("/a /b /c"));
+    EXPECT_TRUE(table->horizontalHeader()->isSortIndicatorShown());
     window->reloadData();
+    EXPECT_FALSE(table->horizontalHeader()->isSortIndicatorShown());
     EXPECT_EQ(shownPaths(), QStringLiteral("/b /a /c"));
     window->sortByColumn(
         static_cast<int>(workflow::ImportColumn::path)); // not turned round: it is the first again

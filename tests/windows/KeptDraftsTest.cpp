@@ -159,6 +159,14 @@ TEST_F(KeptDraftsTest, ThatAreTooLongOrHaveNoFolderAreLoggedAndDropped)
     EXPECT_EQ(log.lines().size(), 2U);
 }
 
+TEST_F(KeptDraftsTest, ThatCannotBeWrittenAreLogged)
+{
+    KeptDrafts unwritable(QStringLiteral("/proc/self"), "/ann.rc", log.log()); // also for root
+    unwritable.keep({test::policyRule({}), {}});
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_TRUE(log.lines()[0].starts_with("could not keep an unsaved rule: ")) << log.lines()[0];
+}
+
 TEST_F(KeptDraftsTest, AreNoneWithoutAFolderForThem)
 {
     KeptDrafts homeless(QString(), "/ann.rc", log.log());

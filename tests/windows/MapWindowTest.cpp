@@ -207,6 +207,10 @@ TEST_F(Map, FollowsTheRulesAndKeepsWhatIsOpen)
     afterMaking([&] { addRuleOn("/a/"); });
     EXPECT_EQ(top(1).data().toString(), QStringLiteral("/a/"));
     EXPECT_TRUE(tree->isExpanded(top(2)));
+    tree->setCurrentIndex(top(1));
+    afterMaking([&] { addRuleOn("/b/"); });
+    EXPECT_TRUE(tree->isExpanded(top(3))) << "although nothing in it is current";
+    tree->setCurrentIndex(tree->model()->index(0, 0, top(3)));
     EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("ssh/"));
     EXPECT_GT(tree->model()->rowCount(tree->currentIndex()), 0);
     EXPECT_FALSE(tree->isExpanded(tree->currentIndex())) << "what is closed stays closed";

@@ -262,10 +262,25 @@ TEST_F(NarrowBarTest, HasALabelForEachChoice)
     }
 }
 
-TEST_F(NarrowBarTest, KeepsBothEndsOfALongNameInItsLists)
+TEST_F(NarrowBarTest, KeepsBothEndsOfALongNameInItsListsAndTellsTheWholeOne)
 {
-    for (const char* name : {"tagChoice", "programChoice"})
+    narrow();
+    awaitNames();
+    for (const char* name : {"tagChoice", "programChoice"}) {
         EXPECT_EQ(choice(name)->view()->textElideMode(), Qt::ElideMiddle) << name;
+        EXPECT_GE(choice(name)->view()->minimumWidth(), 300) << name;
+        const int last = choice(name)->count() - 1;
+        EXPECT_EQ(choice(name)->itemData(last, Qt::ToolTipRole), choice(name)->itemText(last)) << name;
+    }
+}
+
+TEST_F(NarrowBarTest, IsWalkedByTabToTheButtonThatShowsAll)
+{
+    narrow();
+    choose("classChoice", "Deny");
+    choice("programChoice")->setFocus();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(window->focusWidget(), in<QToolButton>("clearNarrowButton"));
 }
 
 TEST_F(NarrowBarTest, StandsInTwoRowsWhereOneIsTooNarrow)

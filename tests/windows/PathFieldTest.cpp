@@ -3,10 +3,12 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -53,6 +55,24 @@ TEST_F(PathFields, TakeAPathAsItIsAndSaySo)
     field.field().insert(QStringLiteral("\n/c"));
     EXPECT_EQ(field.path(), "/M\u00fcsik/a b/c") << "on one line";
     EXPECT_EQ(changes.count(), 2);
+}
+
+TEST_F(PathFields, TakeWhatIsChosenInThePanelThatTheirButtonOpens)
+{
+    field.setPath("/usr/lib");
+    field.show();
+    const std::pair<void (QDialog::*)(), const char*> answers[]
+        = {{&QDialog::reject, "/usr/lib"}, {&QDialog::accept, "/usr/lib/"}};
+    for (const auto& [answer, path] : answers) {
+        QTimer::singleShot(0, &field, [answer = answer] {
+            auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(panel, nullptr);
+            EXPECT_EQ(panel->windowTitle(), QStringLiteral("Program"));
+            (panel->*answer)();
+        });
+        field.findChild<QPushButton*>()->click();
+        EXPECT_EQ(field.path(), path);
+    }
 }
 
 TEST_F(PathFields, TakeTheFirstOfDroppedFilesInPlaceOfTheirText)

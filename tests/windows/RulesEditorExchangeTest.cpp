@@ -306,6 +306,16 @@ TEST_F(RulesExchange, FilesAreReviewedAfterSuggestionsThatAreDue)
     EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == file; }));
 }
 
+TEST_F(RulesExchange, FilesAreReviewedWhenTheSuggestionsThatWereDueAreGone)
+{
+    folder.write(failSafe, "allow prefix \"/c\" \"/bin/sh\" r\n");
+    open();
+    const std::string file = folder.write("Tools.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
+    window->reviewFiles({file});
+    std::filesystem::remove(folder.path(failSafe));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reviewedFile() == file; }));
+}
+
 TEST_F(RulesExchange, ExchangeFilesThatAreDroppedOnTheWindowAreReviewed)
 {
     const std::string file = folder.write("Photo Tools,2.quorv", "watch prefix \"/w\" \"/bin/sh\" r\n");
@@ -550,6 +560,13 @@ TEST_F(RulesExchange, AnExportThatIsLeftWritesNothing)
     EXPECT_FALSE(std::filesystem::exists(folder.path("ann.quorv")));
 }
 
+TEST_F(RulesExchange, ThePanelOfAnExportIsGoneAfterIt)
+{
+    action("exportMenuItem")->trigger();
+    saveAs(folder.path("out.quorv"));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->findChild<QFileDialog*>() == nullptr; }));
+}
+
 TEST_F(RulesExchange, TheWholeFileExportedOntoItselfStays)
 {
     std::filesystem::create_symlink(folder.path(userFile), folder.path("link.quorv"));
@@ -663,6 +680,9 @@ TEST_F(RulesExchange, SelectedRulesDoNotReplaceTheRulesFile)
     action("exportSelectedRulesMenuItem")->trigger();
     saveAs(folder.path("link.quorv"));
     EXPECT_EQ(userRules(), ownRules);
+    EXPECT_EQ(log.lines().back(),
+        "not exporting to '" + folder.path("link.quorv")
+            + "': the rules that are not selected would be lost");
 }
 
 TEST_F(RulesExchange, AFailedExportIsOnlyLogged)
