@@ -208,7 +208,6 @@ void HistoryWindow::selectVersion(std::optional<std::int64_t> number)
     if (!row)
         return;
     m_ui->versionsTableView->selectRow(*row);
-    m_ui->versionsTableView->scrollTo(m_versions->index(*row, 0));
 }
 
 void HistoryWindow::selectionDidChange()

@@ -115,9 +115,8 @@ void ProblemsPanel::showKinds(const workflow::FindingKinds& kinds)
     updateStatus();
 }
 
-void ProblemsPanel::showEvent(QShowEvent* event)
+void ProblemsPanel::showEvent(QShowEvent* /*event*/)
 {
-    QWidget::showEvent(event);
     m_finder.start();
     updateStatus();
 }

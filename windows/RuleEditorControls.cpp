@@ -221,7 +221,6 @@ std::string RuleEditorControls::applicationPanelStart() const
 void RuleEditorControls::takePath(const std::string& path) const
 {
     showText(*m_widgets.pathTextField, path);
-    applyCompleteness();
     autoSetType();
 }
 
@@ -229,7 +228,6 @@ void RuleEditorControls::takeApplication(const std::string& path) const
 {
     showText(*m_widgets.processNameTextField, path);
     setApplicationIcon();
-    applyCompleteness();
 }
 
 std::optional<std::string> choosePath(QWidget& editor, const std::string& startPath)

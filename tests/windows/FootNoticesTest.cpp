@@ -3,6 +3,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QDialog>
 #include <QPushButton>
 #include <QTest>
 #include <QToolButton>
@@ -56,8 +57,10 @@ TEST_F(FootNoticesTest, TakesNoRoomWithoutANotice)
 
 TEST_F(FootNoticesTest, LeavesReturnToTheWindowAroundIt)
 {
-    notices.add({QStringLiteral("One"), {{QStringLiteral("Show"), [] {}}}});
-    EXPECT_FALSE(notices.findChild<QPushButton*>()->autoDefault());
+    QDialog dialog;
+    auto* inside = new FootNotices(&dialog);
+    inside->add({QStringLiteral("One"), {{QStringLiteral("Show"), [] {}}}});
+    EXPECT_FALSE(inside->findChild<QPushButton*>()->autoDefault());
 }
 
 TEST_F(FootNoticesTest, IsDismissedByAButtonThatSaysSo)

@@ -125,6 +125,42 @@ TEST_F(ProblemsPanelTest, GoesOnWithWhatFollowsAProblemThatWasMended)
     EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/b"));
 }
 
+TEST_F(ProblemsPanelTest, GoesOnFromTheChosenProblemWhereverItGoes)
+{
+    openWith(std::string(faultyRules) + "deny path \"/nonexistent/c\" \"any\" w \"\" \"\" \"0\"\n");
+    showPanel();
+    action("previousProblemMenuItem")->trigger();
+    action("previousProblemMenuItem")->trigger();
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/b"));
+    window->deleteRow(2);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return status() == QStringLiteral("3 problems."); }));
+    EXPECT_TRUE(tree->currentIndex().data().toString().endsWith(QStringLiteral("/nonexistent/b")));
+    action("nextProblemMenuItem")->trigger();
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/c"));
+}
+
+TEST_F(ProblemsPanelTest, OpensTheKindThatIsWantedAgainAndCountsIt)
+{
+    openWith(faultyRules);
+    showPanel();
+    kind("Path is gone")->trigger();
+    EXPECT_EQ(status(), QStringLiteral("1 problem."));
+    kind("Path is gone")->trigger();
+    EXPECT_EQ(status(), QStringLiteral("3 problems."));
+    EXPECT_TRUE(tree->isExpanded(tree->model()->index(1, 0)));
+}
+
+TEST_F(ProblemsPanelTest, SelectsByReturnAndIsWalkedByTab)
+{
+    openWith(faultyRules);
+    showPanel();
+    for (const char* title : {"&Kinds", "Look &Again"})
+        EXPECT_EQ(button(*panel, QLatin1String(title))->focusPolicy(), Qt::StrongFocus) << title;
+    EXPECT_EQ(tree->textElideMode(), Qt::ElideMiddle) << "the end of a path tells most";
+    Q_EMIT tree->activated(tree->model()->index(0, 0, tree->model()->index(1, 0)));
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/nonexistent/a"));
+}
+
 TEST_F(ProblemsPanelTest, LeavesOutKindsThatAreNotWantedThenAndTheNextTime)
 {
     openWith(faultyRules);
@@ -194,6 +230,7 @@ TEST_F(ProblemsPanelTest, LooksAtFilesAgainWhenAsked)
     EXPECT_EQ(status(), QStringLiteral("1 problem."));
     home.write("late", "x");
     button(*panel, QStringLiteral("Look &Again"))->click();
+    EXPECT_EQ(status(), QStringLiteral("Looking for problems..."));
     ASSERT_TRUE(QTest::qWaitFor([this] { return status() == QStringLiteral("No problems."); }));
 }
 

@@ -442,6 +442,16 @@ TEST_P(RuleEditor, AChosenPathSetsTheTypeEvenWhenItIsTheSameAgain)
     EXPECT_EQ(typeShown(), rules::PolicyType::path);
 }
 
+TEST_P(RuleEditor, AChosenApplicationShowsItsIconEvenWhenItsPathStoodThereBefore)
+{
+    const std::string late = folder.path("late");
+    open(rule({.path = "/p", .processName = late}));
+    EXPECT_TRUE(icon().isNull());
+    folder.write("late", "");
+    choose("browseProcessButton", late);
+    EXPECT_FALSE(icon().isNull());
+}
+
 TEST_P(RuleEditor, AChosenApplicationGoesIntoTheProgramAndLeavesTheTypeAlone)
 {
     std::filesystem::create_directories(folder.path("Paint.app/Contents"));

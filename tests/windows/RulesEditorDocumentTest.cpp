@@ -185,6 +185,19 @@ TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
     EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
 }
 
+TEST_F(RulesEditorDocument, WholeLinesAreNoLongerOfferedOnceTheSettingsSayThem)
+{
+    open(line("/a"));
+    store->addPolicyRule(test::policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
+    document->perform({}, {"Test"});
+    ASSERT_EQ(in<FootNotices>("notices")->count(), 1U);
+    action("settingsMenuItem")->trigger();
+    auto* settings = window->findChild<SettingsWindow*>();
+    settings->findChild<QCheckBox*>(QStringLiteral("wholeLinesCheckBox"))->setChecked(true);
+    settings->save();
+    EXPECT_EQ(in<FootNotices>("notices")->count(), 0U);
+}
+
 TEST_F(RulesEditorDocument, JoinedLinesOfTheRulesFileAreReviewedAndImportedAsWholeRules)
 {
     const std::string first = "allow prefix \"/a\" \"/no/such\" r \"\" \"\" \"0\"";
