@@ -203,4 +203,19 @@ TEST_F(ManyRulesDocumentTest, ReadsAForeignChangeOnTheThreadBesideARuleThatTheFi
     EXPECT_EQ(linesInFile("/later"), 1U);
 }
 
+TEST_F(ManyRulesDocumentTest, KeepsAnEditThatIsMadeWhileAForeignChangeIsReadBesideSuchARule)
+{
+    window->add("/K\u00e4se");
+    document().waitUntilWritten();
+    box.writeUserRules(test::fileLine("/foreign") + file());
+    document().takeForeignChanges();
+    ASSERT_EQ(document().work(), DocumentWork::reading);
+    window->add("/meanwhile");
+    document().waitUntilWritten();
+    for (const char* path : {"/foreign", "/K\u00e4se", "/meanwhile"})
+        EXPECT_TRUE(has(path)) << path;
+    EXPECT_EQ(linesInFile("/foreign"), 1U);
+    EXPECT_EQ(linesInFile("/meanwhile"), 1U);
+}
+
 } // namespace quorvane::workflow
