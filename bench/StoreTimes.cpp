@@ -136,6 +136,7 @@ int main(int argumentCount, char** arguments)
         sort({{rules::SortKey::policyClass, true}, {rules::SortKey::path, false}});
     });
     sort({});
+    store->rebuildRulesCache(); // ties are in stored order again, or the first change would sort all rules
     std::size_t redundant = 0;
     time("redundancy", [&] {
         for (const rules::PolicyRulePtr& rule : store->policyRules())
