@@ -211,6 +211,7 @@ TEST_F(ManyRulesDocumentTest, KeepsAnEditThatIsMadeWhileAForeignChangeIsReadBesi
     document().takeForeignChanges();
     ASSERT_EQ(document().work(), DocumentWork::reading);
     window->add("/meanwhile");
+    window->add("/foreign");
     document().waitUntilWritten();
     for (const char* path : {"/foreign", "/K\u00e4se", "/meanwhile"})
         EXPECT_TRUE(has(path)) << path;
