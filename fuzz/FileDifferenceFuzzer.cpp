@@ -1,5 +1,4 @@
 #include "fuzz/FuzzedTexts.h"
-#include "platform/Unicode.h"
 #include "rules/FileDifference.h"
 #include "rules/RulesText.h"
 
@@ -13,14 +12,17 @@ using namespace quorvane;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto [before, after] = fuzz::fuzzedTexts<2>({reinterpret_cast<const char*>(data), size});
-    if (!platform::isValidUtf8(before) || !platform::isValidUtf8(after))
-        return 0;
     const rules::RulesDifference difference = rules::fileDifference(before, after);
     const rules::RulesDifference expected
         = rulesDifference(rules::rulesOfText(before), rules::rulesOfText(after));
     fuzz::require(difference.added.size() == expected.added.size());
     fuzz::require(difference.removed.size() == expected.removed.size());
     fuzz::require(difference.changed.size() == expected.changed.size());
+    const rules::FileDifferenceCounts counts = rules::fileDifferenceCounts(before, after);
+    fuzz::require(counts.added == expected.added.size());
+    fuzz::require(counts.removed == expected.removed.size());
+    fuzz::require(counts.changed == expected.changed.size());
+    fuzz::require(counts.rulesAfter == rules::rulesOfText(after).size());
     fuzz::require(rules::fileDifference(after, after).isEmpty());
     return 0;
 }

@@ -23,12 +23,15 @@ struct EqualNumbered {
 
 } // namespace
 
-std::vector<RuleValue> rulesOfText(std::string_view text)
+std::string_view readableText(std::string_view text)
 {
     text = text.substr(0, text.find('\0'));
+    return platform::isValidUtf8(text) ? text : std::string_view();
+}
+
+std::vector<RuleValue> rulesOfText(std::string_view text)
+{
     std::vector<RuleValue> rules;
-    if (!platform::isValidUtf8(text))
-        return rules;
     std::unordered_set<std::size_t, HashOfNumbered, EqualNumbered> known(0, {&rules}, {&rules});
     const auto append = [&](ParsedLine& line) {
         if (auto* policy = std::get_if<std::shared_ptr<PolicyRuleFields>>(&line.content))
@@ -40,7 +43,7 @@ std::vector<RuleValue> rulesOfText(std::string_view text)
         if (!known.insert(rules.size() - 1).second)
             rules.pop_back();
     };
-    useParsedLines(text, {}, [&append](std::vector<ParsedLine>& lines) {
+    useParsedLines(readableText(text), {}, [&append](std::vector<ParsedLine>& lines) {
         for (ParsedLine& line : lines)
             append(line);
     });

@@ -14,6 +14,8 @@
 #include "rules/WholeRules.h"
 #include "workflow/UnwritableRules.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <future>
 #include <new>
 #include <string_view>
@@ -42,6 +44,11 @@ history::VersionKind versionKind(ChangeReason::Kind kind)
 ChangeCounts countsOf(const rules::RulesDifference& difference)
 {
     return {difference.added.size(), difference.removed.size(), difference.changed.size()};
+}
+
+ChangeCounts countsOf(const rules::FileDifferenceCounts& counts)
+{
+    return {counts.added, counts.removed, counts.changed};
 }
 
 // Rules of which an equal one remains, or existed before, do not count.
@@ -102,13 +109,15 @@ std::string wholeTextOf(const rules::RulesSnapshot& rules)
     return std::string(content.bytes());
 }
 
-// Empty content with memory reserved for about the size of the file.
+// Empty content with memory reserved for about the size of the file, or for more rules than it has now.
 rules::RulesContent roomFor(
     const rules::RulesSnapshot& rules, rules::LineEnds lineEnds, const std::string& path)
 {
+    constexpr std::uintmax_t usualRule = 160; // bytes
     std::error_code unknown;
     const auto file = platform::FileIdentity::ofPath(path, unknown);
-    return {lineEnds, rules.size(), static_cast<std::uintmax_t>(file ? file->size : 0)};
+    return {lineEnds, rules.size(),
+        std::max(static_cast<std::uintmax_t>(file ? file->size : 0), usualRule * rules.size())};
 }
 
 DocumentNews newsOf(DocumentNews::Kind kind, std::string text)
@@ -185,13 +194,10 @@ std::optional<std::int64_t> UserRulesFile::keepForeign(const history::DigestedBy
         return std::nullopt; // an empty or missing file is the initial state
     if (newest && isCutShort(*newest, bytes.bytes()))
         return std::nullopt;
-    const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
-    const bool isCounted = !before && rulesInFile;
-    const auto rules = isCounted ? std::vector<rules::RuleValue>() : rules::rulesOfText(bytes.bytes());
-    const std::uint64_t number = isCounted ? *rulesInFile : rules.size();
-    const ChangeCounts counts = before ? countsOf(rulesDifference(rules::rulesOfText(*before), rules))
-                                       : ChangeCounts{.added = number};
-    history::NewVersion version = newVersion(counts, number, bytes);
+    const auto counts = !newest && rulesInFile
+        ? rules::FileDifferenceCounts{.added = *rulesInFile, .rulesAfter = *rulesInFile}
+        : countsSinceNewestVersion(bytes.bytes());
+    history::NewVersion version = newVersion(countsOf(counts), counts.rulesAfter, bytes);
     version.kind = history::VersionKind::foreign;
     const auto recorded = journal().record(version);
     reportJournal(news);
@@ -272,24 +278,25 @@ UserRulesFile::Meant UserRulesFile::meantBy(const WriteOrder& order) const
 
 std::optional<UserRulesFile::Meant> UserRulesFile::meantByVersion(std::int64_t number)
 {
-    const auto bytes = journal().bytesOf(number);
-    const auto rules = journal().meantOf(number);
+    auto bytes = journal().bytesOf(number);
+    auto rules = journal().meantOf(number);
     if (!bytes || !rules)
         return std::nullopt;
-    Meant meant{.content = rules::RulesContent::ofText(*bytes)};
-    if (*rules != *bytes)
-        meant.whole = *rules;
-    const std::vector<rules::RuleValue> restored = rules::rulesOfText(*rules);
-    meant.rules = restored.size();
-    meant.counts = countsSinceNewestVersion(restored);
+    if (*rules == *bytes)
+        rules.reset(); // before more is read
+    Meant meant{.content = rules::RulesContent::ofText(std::move(*bytes)), .whole = std::move(rules)};
+    const rules::FileDifferenceCounts counts = countsSinceNewestVersion(meant.text());
+    meant.rules = counts.rulesAfter;
+    meant.counts = countsOf(counts);
     return meant;
 }
 
-ChangeCounts UserRulesFile::countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules)
+// Texts and rules of both are freed on return, before anything is packed.
+rules::FileDifferenceCounts UserRulesFile::countsSinceNewestVersion(std::string_view text)
 {
     const auto newest = journal().newest();
     const auto before = newest ? journal().meantOf(newest->number) : std::nullopt;
-    return countsOf(rulesDifference(rules::rulesOfText(before.value_or(std::string())), rules));
+    return rules::fileDifferenceCounts(before ? *before : std::string_view(), text);
 }
 
 WriteReport UserRulesFile::write(const WriteOrder& order, platform::FileLock& lock)
@@ -337,7 +344,7 @@ void UserRulesFile::writeTo(WriteReport& report, const WriteOrder& order, platfo
     if (order.restores)
         meant = meantByVersion(*order.restores);
     else if (!order.change)
-        meant->counts = countsSinceNewestVersion(rules::rulesOfText(meant->text()));
+        meant->counts = countsOf(countsSinceNewestVersion(meant->text()));
     if (auto refusal = refusalOf(order, meant, present.text.text())) {
         report.message = std::move(refusal);
         report.isHopeless = !meant;

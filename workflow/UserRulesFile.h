@@ -5,6 +5,7 @@
 #include "platform/FileLock.h"
 #include "platform/Locations.h"
 #include "rules/ChangeSet.h"
+#include "rules/FileDifference.h"
 #include "rules/KnownFile.h"
 #include "rules/RulesSnapshot.h"
 #include "workflow/ChangeReason.h"
@@ -132,7 +133,7 @@ private:
     std::optional<std::string> putAside(
         const std::string& reason, platform::FileLock& lock, WriteReport& report);
     Meant meantBy(const WriteOrder& order) const;
-    ChangeCounts countsSinceNewestVersion(const std::vector<rules::RuleValue>& rules);
+    rules::FileDifferenceCounts countsSinceNewestVersion(std::string_view text);
     std::optional<std::string> refusalOf(
         const WriteOrder& order, const std::optional<Meant>& meant, std::string_view present) const;
     static bool isRepeatedForEver(const WriteOrder& order, const std::optional<std::int64_t>& recorded,

@@ -504,4 +504,29 @@ TEST(FileDifference, IsThatOfTheRulesThatAStoreReads)
     }
 }
 
+TEST(FileDifference, IsCountedWithoutTheRules)
+{
+    test::RandomRules random(17);
+    for (int round = 0; round < 300; ++round) {
+        const std::string before = randomFile(random, 12);
+        const std::string after = editedFile(random, before);
+        const RulesDifference difference = rulesDifference(rulesOfText(before), rulesOfText(after));
+        const FileDifferenceCounts counts = fileDifferenceCounts(before, after);
+        ASSERT_EQ(counts.added, difference.added.size()) << before << "----\n" << after;
+        ASSERT_EQ(counts.removed, difference.removed.size()) << before << "----\n" << after;
+        ASSERT_EQ(counts.changed, difference.changed.size()) << before << "----\n" << after;
+        ASSERT_EQ(counts.rulesAfter, rulesOfText(after).size()) << after;
+    }
+}
+
+TEST(FileDifference, IsOfWhatAStoreReadsOfATextThatIsCutOrNoText)
+{
+    const std::string rule = "allow prefix \"/a\" any r\n";
+    const std::string cut = rule + std::string(1, '\0') + "allow prefix \"/b\" any r\n";
+    EXPECT_TRUE(fileDifference(rule, cut).isEmpty());
+    EXPECT_EQ(fileDifferenceCounts(rule, cut).rulesAfter, 1U);
+    EXPECT_EQ(fileDifference(rule, rule + "\xff").removed.size(), 1U);
+    EXPECT_EQ(fileDifferenceCounts(rule, rule + "\xff").rulesAfter, 0U);
+}
+
 } // namespace quorvane::rules
