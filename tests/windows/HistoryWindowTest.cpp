@@ -340,6 +340,22 @@ TEST_F(HistoryWindowTest, ExportWritesTheVeryBytesOfAVersion)
     EXPECT_EQ(test::TemporaryFolder::contents(path), before);
 }
 
+TEST_F(HistoryWindowTest, SaysThatAVersionWentBeforeItsFileWasChosen)
+{
+    add("/c/");
+    open(2);
+    select(1);
+    click("exportButton");
+    auto* panel = window->findChild<QFileDialog*>();
+    ASSERT_NE(panel, nullptr);
+    rules->openJournal()->forgetBefore(2);
+    const std::string path = box.folder.path("old.quorv");
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
+    QMetaObject::invokeMethod(panel, "accept");
+    waitFor([&] { return notice() == QStringLiteral("Version 1 can no longer be read."); });
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
 TEST_F(HistoryWindowTest, ExportsNothingOverTheFileWhoseVersionsItShows)
 {
     add("/c/");

@@ -283,6 +283,30 @@ TEST_F(NarrowBarTest, IsWalkedByTabToTheButtonThatShowsAll)
     EXPECT_EQ(window->focusWidget(), in<QToolButton>("clearNarrowButton"));
 }
 
+TEST_F(NarrowBarTest, NamesTheButtonThatShowsAll)
+{
+    EXPECT_EQ(in<QToolButton>("clearNarrowButton")->text(), QStringLiteral("Show A&ll"));
+}
+
+TEST_F(NarrowBarTest, HasRoomForEachOfItsParts)
+{
+    window->resize(1200, 500);
+    narrow();
+    QList<QWidget*> parts{in<QToolButton>("clearNarrowButton")};
+    for (auto* each : bar->findChildren<QComboBox*>())
+        parts.append(each);
+    const auto placeOf
+        = [this](const QWidget& part) { return QRect(part.mapTo(bar, QPoint()), part.size()); };
+    for (const QWidget* part : parts) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return bar->rect().contains(placeOf(*part)); }))
+            << part->objectName().toStdString();
+        for (const QWidget* other : parts) {
+            EXPECT_TRUE(part == other || !placeOf(*part).intersects(placeOf(*other)))
+                << part->objectName().toStdString() << " is over " << other->objectName().toStdString();
+        }
+    }
+}
+
 TEST_F(NarrowBarTest, StandsInTwoRowsWhereOneIsTooNarrow)
 {
     narrow();

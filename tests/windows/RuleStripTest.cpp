@@ -9,6 +9,7 @@
 #include <QDockWidget>
 #include <QLabel>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <string>
 
@@ -115,6 +116,14 @@ TEST_F(RuleStripTest, NamesItsTextsToScreenReaders)
         names.append(text->accessibleName());
     EXPECT_EQ(names.join(QLatin1Char('|')), QStringLiteral("What the rule says|Details of the rule"));
     EXPECT_EQ(strip->findChild<ProblemList*>()->accessibleName(), QStringLiteral("Problems of the rule"));
+}
+
+TEST_F(RuleStripTest, LeavesTheKeyboardToTheTable)
+{
+    openWith("watch prefix \"/tmp/\" \"any\" x \"scripts\"\n");
+    table->setFocus();
+    QTest::mouseClick(strip->viewport(), Qt::LeftButton);
+    EXPECT_TRUE(table->hasFocus());
 }
 
 TEST_F(RuleStripTest, ShowsTheProgramOfOneRuleByItsIcon)
