@@ -418,6 +418,18 @@ TEST_F(RulesDocumentTest, RestoreBringsBackTheVeryBytes)
     EXPECT_FALSE(window.document->restore(99));
 }
 
+TEST_F(RulesDocumentTest, ARestoredVersionCountsItsRulesAndWhatDiffersFromTheOneBefore)
+{
+    box.writeUserRules(line("/a/") + line("/b/"));
+    test::DocumentAtWork window(box);
+    window.add("/c/");
+    EXPECT_TRUE(window.document->restore(1));
+    const auto restored = versions().front();
+    EXPECT_EQ(restored.rules, 2U);
+    EXPECT_EQ(restored.removed, 1U);
+    EXPECT_EQ(restored.added, 0U);
+}
+
 TEST_F(DamagedDocumentTest, AVersionThatIsFoundDamagedWhenItIsWrittenChangesNothingAndIsNotTriedAgain)
 {
     restoreDamaged();
