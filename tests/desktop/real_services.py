@@ -12,7 +12,7 @@ import termios
 import unittest
 
 from alone import run_alone
-from desk import BUS_CONFIGURATION, PATIENCE, call, connect, eventually
+from desk import BUS_CONFIGURATION, PATIENCE, call, connect_when_ready, eventually
 from gi.repository import GLib
 from sandbox import Sandbox
 
@@ -84,13 +84,13 @@ class RealServices(unittest.TestCase):
                 shutil.copy(PRODUCT_RULES, folder)
             cls.hide(name, folder)
             cls.addClassCleanup(cls.unhide, name)
-        cls.address = "unix:path=/run/dbus/system_bus_socket"
+        bus = "/run/dbus/system_bus_socket"
+        cls.address = "unix:path=" + bus
         configuration = cls.sandbox.new_file(
-            "bus.conf", BUS_CONFIGURATION.format(socket="/run/dbus/system_bus_socket").replace(">session<", ">system<"))
+            "bus.conf", BUS_CONFIGURATION.format(socket=bus).replace(">session<", ">system<"))
         cls.start("dbus-daemon", "--nofork", "--config-file=" + configuration)
-        eventually(lambda: os.path.exists("/run/dbus/system_bus_socket"), "the system bus")
-        os.chmod("/run/dbus/system_bus_socket", 0o666)
-        cls.bus = connect(cls.address)
+        cls.bus = connect_when_ready(bus, "the system bus")
+        os.chmod(bus, 0o666)
         cls.start(POLKITD, "--no-debug")
         cls.wait_for_name("org.freedesktop.PolicyKit1")
 

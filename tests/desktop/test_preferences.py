@@ -12,7 +12,8 @@ import threading
 import unittest
 
 from alone import can_mount
-from desk import ACTIVE, BUS_CONFIGURATION, CHECKED, ENABLED, FOCUSED, PATIENCE, SHOWING, connect, eventually, settled
+from desk import (ACTIVE, BUS_CONFIGURATION, CHECKED, ENABLED, FOCUSED, PATIENCE, SHOWING, connect,
+                  connect_when_ready, eventually, settled)
 from gi.repository import Gio, GLib
 from rules_window import PROGRAM, DesktopTest
 from sandbox import login_name
@@ -65,7 +66,7 @@ class PreferencesTest(DesktopTest):
         configuration = self.sandbox.new_file("system-bus.conf", BUS_CONFIGURATION.format(socket=bus))
         self.daemon = self.desk.start("dbus-daemon", "--nofork", "--config-file=" + configuration)
         self.addCleanup(self.desk.stop, self.daemon)
-        eventually(lambda: os.path.exists(bus), "the system bus")
+        connect_when_ready(bus, "the system bus")
         self.passwords = PasswordService(self.bus)
         self.pretend_pkexec('eval "$3"')
 

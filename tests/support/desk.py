@@ -82,6 +82,16 @@ def connect(address):
     return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
 
 
+def connect_when_ready(socket, what):
+    """A connection to a bus that was just started. Its socket exists a moment before the bus listens on it."""
+    def attempt():
+        try:
+            return connect("unix:path=" + socket)
+        except GLib.Error:
+            return None
+    return eventually(attempt, what)
+
+
 def call(bus, name, path, interface, method, signature=None, *arguments):
     body = GLib.Variant(signature, arguments) if signature else None
     return bus.call_sync(name, path, interface, method, body, None, Gio.DBusCallFlags.NONE, PATIENCE * 1000,
@@ -118,7 +128,7 @@ class Desk:
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         self._start_screen(width, height)
         self.start("dbus-daemon", "--nofork", "--config-file=" + self._path("bus.conf"))
-        self.session = eventually(lambda: self._session_bus(socket), "the session bus")
+        self.session = connect_when_ready(socket, "the session bus")
         self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
         # A window shown before the window manager is ready can stay invisible.
         self.start("openbox", "--sm-disable", "--startup", "touch " + ready)
@@ -126,14 +136,6 @@ class Desk:
         eventually(lambda: os.path.exists(ready), "the window manager")
         # The first key press makes the window manager reset its key bindings and miss the next one.
         self.press("Shift_L")
-
-    @staticmethod
-    def _session_bus(socket):
-        # The socket exists a moment before the bus listens on it.
-        try:
-            return connect("unix:path=" + socket)
-        except GLib.Error:
-            return None
 
     def _start_screen(self, width, height):
         reader, writer = os.pipe()
