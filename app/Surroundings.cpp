@@ -25,11 +25,13 @@ workflow::ReadProgramSettings readSettings(platform::Log& log)
     return read;
 }
 
-// The first snapshot of the rules visits all of them, too.
+// The first snapshot of the rules visits all of them, too, and so does the first search for a covering rule.
 void load(const platform::Locations& locations, platform::Log& log)
 {
     try {
-        rules::RuleManager::sharedManager(locations, log).userRulesSnapshot();
+        const rules::RuleManager& store = rules::RuleManager::sharedManager(locations, log);
+        store.userRulesSnapshot();
+        store.indexLargeGroups();
     } catch (const std::bad_alloc&) {
         return; // made when needed, or the failure is reported then
     }

@@ -20,6 +20,7 @@ User::User(const std::string& file, std::string folder)
     fs::copy_file(file, m_locations.userRulesFile());
     m_store = rules::RuleManager::initWithCurrentUserConfiguration(m_locations, m_log);
     m_store->userRulesSnapshot();
+    m_store->indexLargeGroups();
 }
 
 workflow::RulesDocument& User::document()

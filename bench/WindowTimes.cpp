@@ -115,6 +115,7 @@ void printTimes(const std::string& file, const std::string& /*folder*/)
     const auto store = rules::RuleManager::initWithContentsOfFile(
         file, false, platform::Locations("/nonexistent", "bench"), log);
     store->totalRules(true);
+    store->indexLargeGroups();
     desktop::Workspace workspace;
 
     QElapsedTimer timer;

@@ -8,8 +8,7 @@ namespace quorvane::rules {
 const PolicyRule* PolicyGroup::firstCovering(const PolicyRule& rule) const
 {
     try {
-        if (!m_coverIndex || m_coverIndex->isOutworn())
-            m_coverIndex = std::make_unique<CoverIndex>(m_rules.slots());
+        indexCovering();
         return m_coverIndex->firstCovering(rule);
     } catch (const std::bad_alloc&) {
         // Without memory for an index, a scan gives the same result.
@@ -20,6 +19,12 @@ const PolicyRule* PolicyGroup::firstCovering(const PolicyRule& rule) const
         });
         return found == slots.end() ? nullptr : found->get();
     }
+}
+
+void PolicyGroup::indexCovering() const
+{
+    if (!m_coverIndex || m_coverIndex->isOutworn())
+        m_coverIndex = std::make_unique<CoverIndex>(m_rules.slots());
 }
 
 void PolicyGroup::slotIsFilled(std::size_t slot, const PolicyRuleFields& rule) noexcept

@@ -203,10 +203,12 @@ void PreparedReload::compareWith(std::unique_ptr<RuleStore> store)
         return;
     m_lostUserRules = comparison.lostUserRules();
     m_change = comparison.change(m_manySteps);
-    if (m_change)
+    if (m_change) {
         m_aged = comparison.takeAged();
-    else
-        m_succession.emplace(std::move(store), m_from, comparison.heritage());
+        return;
+    }
+    store->indexLargeGroups(); // heirs are covered and cover as what they replace
+    m_succession.emplace(std::move(store), m_from, comparison.heritage());
 }
 
 } // namespace quorvane::rules

@@ -196,6 +196,9 @@ public:
     bool isRedundant(const PolicyRule& rule) const { return coveringRule(rule) != nullptr; }
     // The first such rule; null when there is none. Valid as long as it is stored.
     const PolicyRule* coveringRule(const PolicyRule& rule) const;
+    // Makes coveringRule() quick in application groups of many rules from the first question on. For the
+    // thread that reads the rules, so that no paint waits for it. Throws std::bad_alloc.
+    void indexLargeGroups() const { m_store->indexLargeGroups(); }
 
     // Why the last read or write failed; none when it did not.
     const std::optional<std::string>& lastErrorMessage() const { return m_lastErrorMessage; }

@@ -421,6 +421,15 @@ std::shared_ptr<const RuleOrder> RuleStore::storedOrder() const
 }
 
 // Values are cached by row number, so that the next snapshot only adds those of new and changed rules.
+void RuleStore::indexLargeGroups() const
+{
+    constexpr std::size_t manyRules = 20'000; // 2 ms
+    for (const auto& [key, group] : m_groups) {
+        if (group.rules().size() >= manyRules)
+            group.indexCovering();
+    }
+}
+
 RulesSnapshot RuleStore::userRulesSnapshot() const
 {
     std::shared_ptr<const RuleOrder> order = followedRules().storedUserRules();

@@ -92,6 +92,8 @@ public:
         });
     }
     RulesSnapshot userRulesSnapshot() const;
+    // See RuleManager.
+    void indexLargeGroups() const;
 
     // Marks the rows as stale; they are made anew at the next access.
     void rebuildRows() { m_rowsAreStale = true; }

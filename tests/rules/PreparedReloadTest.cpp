@@ -345,6 +345,32 @@ TEST_P(PreparedReloadOfSteps, ReplacesMostOrAllRules)
     EXPECT_EQ(test::rowPaths(*store), (std::vector<std::string>{"/new", "/newer"}));
 }
 
+TEST(PreparedReload, KnowsWhatIsCoveredInALargeGroupThatIsReplaced)
+{
+    const auto text = [](const std::string& covering, int step) {
+        std::string rules = line(covering);
+        for (int number = 0; number < 25'000; ++number)
+            rules += line("/" + std::to_string(number % 4) + "/" + std::to_string(number * step));
+        return rules;
+    };
+    const test::StoreSandbox sandbox;
+    sandbox.writeUserRules(text("/0/", 1));
+    const auto store = sandbox.load();
+    store->indexLargeGroups();
+    const auto expectAsIfReadAnew
+        = [&] { EXPECT_TRUE(descriptionOf(*store) == descriptionOf(*sandbox.load())); };
+    expectAsIfReadAnew();
+
+    sandbox.writeUserRules(text("/1/", 2));
+    ASSERT_TRUE(reloadByOtherThread(*store, byReplacement));
+    expectAsIfReadAnew();
+
+    const RuleRef covering = rowsOf(*store).front();
+    ASSERT_TRUE(store->deletePolicyRule(*policyRuleIn(covering)));
+    ASSERT_TRUE(store->writeToFile(sandbox.locations.userRulesFile()));
+    expectAsIfReadAnew();
+}
+
 TEST_P(PreparedReloadOfSteps, MakesRulesAsOldAsTheFileIsRead)
 {
     const test::StoreSandbox sandbox;
