@@ -61,7 +61,7 @@ TEST(RulesParser, DiscardsALongTextPartByPartOnceItIsRead)
             ASSERT_EQ(part.data(), text.data() + discarded) << "they follow each other";
             std::fill_n(text.begin() + static_cast<std::ptrdiff_t>(discarded), part.size(), '\0');
             discarded += part.size();
-            parts += part.empty() ? 0 : 1;
+            parts += part.empty() ? 0U : 1U;
         });
     EXPECT_EQ(used, rules);
     EXPECT_EQ(discarded, text.size());

@@ -11,10 +11,12 @@
 #include <QMenu>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QThread>
 #include <QTimer>
 #include <QToolButton>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
@@ -242,12 +244,12 @@ TEST_F(ImportWindow, WithoutAFileItsTitlesDoNothing)
 TEST_F(ImportWindow, FitsItsColumnsToTheFileButThatOfTheTicks)
 {
     openThree();
-    const int application = static_cast<int>(workflow::ImportColumn::application);
-    const int narrow = table->columnWidth(application);
+    const int column = static_cast<int>(workflow::ImportColumn::application);
+    const int narrow = table->columnWidth(column);
     folder.write("Three.quorv", "allow prefix \"/d\" \"/bin/a program of several words\" r\n");
     window->resize(1300, 500);
     window->reloadData();
-    EXPECT_GT(table->columnWidth(application), narrow + 50);
+    EXPECT_GT(table->columnWidth(column), narrow + 50);
     EXPECT_EQ(table->horizontalHeader()->sectionResizeMode(static_cast<int>(workflow::ImportColumn::tick)),
         QHeaderView::Fixed);
 }
@@ -323,6 +325,22 @@ TEST_F(ImportWindow, TheSpaceBarTogglesTheTicksOfTheSelectedRows)
     EXPECT_EQ(ticks(), QStringLiteral("x--"));
     QTest::keyClick(table, Qt::Key_Space, Qt::ControlModifier);
     EXPECT_EQ(ticks(), QStringLiteral("xxx"));
+}
+
+TEST_F(ImportWindow, PaintsTheTicksThatTheSpaceBarToggles)
+{
+    openThree();
+    click(1, workflow::ImportColumn::path);
+    QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+    QTest::keyClick(table, Qt::Key_Space);
+    const auto isTold = [&](int row) {
+        return std::any_of(changed.begin(), changed.end(), [row](const QList<QVariant>& cells) {
+            return cells[0].toModelIndex().row() <= row && cells[1].toModelIndex().row() >= row
+                && cells[0].toModelIndex().column() <= static_cast<int>(workflow::ImportColumn::tick)
+                && cells[1].toModelIndex().column() >= static_cast<int>(workflow::ImportColumn::tick);
+        });
+    };
+    EXPECT_TRUE(isTold(1));
 }
 
 TEST_F(ImportWindow, ItsMenuSortsAsItsTitlesDo)
