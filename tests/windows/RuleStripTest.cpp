@@ -12,6 +12,7 @@
 #include <QTest>
 
 #include <string>
+#include <system_error>
 
 namespace quorvane::windows {
 
@@ -260,6 +261,19 @@ TEST_F(RuleStripTest, TellsNothingOfProgramsAndPathsOfNoPlace)
     strip->setPlace(workflow::RulesPlace::nowhere());
     fill({0});
     EXPECT_EQ(button(*strip, QStringLiteral("Why?")), nullptr);
+}
+
+TEST_F(RuleStripTest, LooksAtItsRuleAnewInAnotherPlace)
+{
+    const test::TemporaryFolder volume;
+    std::error_code error;
+    const auto place = workflow::RulesPlace::folder(volume.path(), error);
+    ASSERT_TRUE(place) << error.message();
+    openWith("allow path \"/usr/bin/env\" \"any\" r \"\" \"\" \"0\"\n");
+    fill({0});
+    EXPECT_EQ(button(*strip, QStringLiteral("Why?")), nullptr);
+    strip->setPlace(*place);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return button(*strip, QStringLiteral("Why?")) != nullptr; }));
 }
 
 TEST_F(RuleStripTest, StaysHiddenWhenItWasHiddenTheLastTime)

@@ -1,14 +1,18 @@
 #include "windows/RulesEditorTableController.h"
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/windows/EditorTable.h"
 #include "windows/HistoryWindow.h"
 #include "windows/ImportWindowController.h"
+#include "windows/QtText.h"
 #include "windows/SettingsWindow.h"
 #include "workflow/RuleCells.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
+#include "workflow/RulesHistory.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QPushButton>
 
 #include <string>
@@ -87,6 +91,15 @@ TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
     EXPECT_TRUE(showsVersion("Version 1, the first: 2 rules added"));
 }
 
+TEST_F(RulesEditorDocument, TheHistoryLetsOneChooseAmongTheHistoriesOfAllFiles)
+{
+    open(line("/a"));
+    workflow::RulesHistory another(*document);
+    window->addHistory(another);
+    action("historyMenuItem")->trigger();
+    EXPECT_EQ(history()->findChild<QComboBox*>()->count(), 2);
+}
+
 TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
 {
     open(line("/a") + line("/b"));
@@ -114,6 +127,9 @@ TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
         QStringLiteral("Of two equal rules the first was deleted. The selected one remains: tagged "
                        "\u201csecond\u201d, made 2023-11-14 22:13:20 UTC."));
     EXPECT_EQ(buttons(), QStringLiteral("Show Undo"));
+    table->clearSelection();
+    press("Show");
+    EXPECT_EQ(table->selectedRows(), std::vector<std::size_t>{1});
     press("Undo");
     EXPECT_EQ(file(), line("/a", "first") + line("/b") + line("/a", "second", "1700000000"));
 }
@@ -183,6 +199,18 @@ TEST_F(RulesEditorDocument, WholeLinesAreWrittenOnRequest)
     EXPECT_EQ(buttons(), QStringLiteral("Show Write Whole Lines"));
     press("Write Whole Lines");
     EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
+}
+
+TEST_F(RulesEditorDocument, SaysWhenWholeLinesCannotBeKeptInTheSettings)
+{
+    const test::TemporaryFolder folder;
+    const test::EnvironmentVariable noFolder("XDG_CONFIG_HOME", folder.write("file", ""));
+    open(line("/a"));
+    store->addPolicyRule(test::policyRule({.path = "/K\u00e4se", .processName = "/bin/sh", .operations = 1}));
+    document->perform({}, {"Test"});
+    press("Write Whole Lines");
+    EXPECT_EQ(file(), line("/a") + line("/K\u00e4se"));
+    EXPECT_TRUE(notice().startsWith(toQt(folder.path("file")))) << fromQt(notice());
 }
 
 TEST_F(RulesEditorDocument, WholeLinesAreNoLongerOfferedOnceTheSettingsSayThem)

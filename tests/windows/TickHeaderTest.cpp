@@ -86,4 +86,18 @@ TEST(TickHeader, ShowsWhetherAllSomeOrNoneAreTickedInTheMiddleOfATitle)
     }
 }
 
+TEST(TickHeader, ATickLooksDisabledInADisabledHeader)
+{
+    QStandardItemModel model(1, 1);
+    model.setHeaderData(0, Qt::Horizontal, static_cast<int>(Qt::Checked), Qt::CheckStateRole);
+    TickHeader header;
+    header.setModel(&model);
+    header.resize(60, 30);
+    // Without the frame and the colours of the title itself.
+    const auto box = [&] { return header.grab(QRect(20, 5, 20, 20)).toImage(); };
+    const QImage enabled = box();
+    header.setEnabled(false);
+    EXPECT_NE(box(), enabled);
+}
+
 } // namespace quorvane::windows
