@@ -9,10 +9,8 @@
 #include "workflow/RuleCells.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
-#include "workflow/RulesHistory.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QPushButton>
 
 #include <string>
@@ -91,15 +89,6 @@ TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
     EXPECT_TRUE(showsVersion("Version 1, the first: 2 rules added"));
 }
 
-TEST_F(RulesEditorDocument, TheHistoryLetsOneChooseAmongTheHistoriesOfAllFiles)
-{
-    open(line("/a"));
-    workflow::RulesHistory another(*document);
-    window->addHistory(another);
-    action("historyMenuItem")->trigger();
-    EXPECT_EQ(history()->findChild<QComboBox*>()->count(), 2);
-}
-
 TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
 {
     open(line("/a") + line("/b"));
@@ -127,9 +116,6 @@ TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
         QStringLiteral("Of two equal rules the first was deleted. The selected one remains: tagged "
                        "\u201csecond\u201d, made 2023-11-14 22:13:20 UTC."));
     EXPECT_EQ(buttons(), QStringLiteral("Show Undo"));
-    table->clearSelection();
-    press("Show");
-    EXPECT_EQ(table->selectedRows(), std::vector<std::size_t>{1});
     press("Undo");
     EXPECT_EQ(file(), line("/a", "first") + line("/b") + line("/a", "second", "1700000000"));
 }
