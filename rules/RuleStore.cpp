@@ -420,7 +420,6 @@ std::shared_ptr<const RuleOrder> RuleStore::storedOrder() const
     return order;
 }
 
-// Values are cached by row number, so that the next snapshot only adds those of new and changed rules.
 void RuleStore::indexLargeGroups() const
 {
     constexpr std::size_t manyRules = 20'000; // 2 ms
@@ -430,6 +429,7 @@ void RuleStore::indexLargeGroups() const
     }
 }
 
+// Values are cached by row number, so that the next snapshot only adds those of new and changed rules.
 RulesSnapshot RuleStore::userRulesSnapshot() const
 {
     std::shared_ptr<const RuleOrder> order = followedRules().storedUserRules();
