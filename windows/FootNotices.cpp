@@ -86,8 +86,11 @@ void FootNotices::dropSubject(const QString& subject)
         std::erase_if(m_notices, [&](const FootNotice& notice) { return notice.subject == subject; });
 }
 
+// Without a notice the buttons are hidden, but a screen reader may still press them.
 void FootNotices::dismiss()
 {
+    if (m_notices.empty())
+        return;
     m_notices.pop_back();
     showNewest();
 }
@@ -95,6 +98,8 @@ void FootNotices::dismiss()
 // Removes the notice before its action, which may add another.
 void FootNotices::press(std::size_t button)
 {
+    if (m_notices.empty())
+        return;
     const std::function<void()> action = std::move(m_notices.back().buttons[button].action);
     dismiss();
     action();

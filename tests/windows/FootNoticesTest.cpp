@@ -55,6 +55,17 @@ TEST_F(FootNoticesTest, TakesNoRoomWithoutANotice)
     EXPECT_TRUE(notices.isHidden());
 }
 
+TEST_F(FootNoticesTest, ButtonsOfANoticeThatIsGoneDoNothing)
+{
+    int pressed = 0;
+    notices.add({QStringLiteral("One"), {{QStringLiteral("Show"), [&] { ++pressed; }}}});
+    dismiss();
+    press("Show"); // as a screen reader may, although they are hidden
+    dismiss();
+    EXPECT_EQ(pressed, 0);
+    EXPECT_TRUE(notices.isHidden());
+}
+
 TEST_F(FootNoticesTest, LeavesReturnToTheWindowAroundIt)
 {
     QDialog dialog;
