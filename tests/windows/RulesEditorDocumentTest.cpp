@@ -9,8 +9,10 @@
 #include "workflow/RuleCells.h"
 #include "workflow/RuleEdits.h"
 #include "workflow/RulesDocument.h"
+#include "workflow/RulesHistory.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QPushButton>
 
 #include <string>
@@ -89,6 +91,16 @@ TEST_F(RulesEditorDocument, TheMenuShowsTheHistoryInOneWindow)
     EXPECT_TRUE(showsVersion("Version 1, the first: 2 rules added"));
 }
 
+TEST_F(RulesEditorDocument, TheHistoryLetsOneChooseAmongTheHistoriesOfAllFiles)
+{
+    open(line("/a"));
+    workflow::RulesHistory another(*document);
+    window->addHistory(another);
+    action("historyMenuItem")->trigger();
+    EXPECT_EQ(history()->findChild<QComboBox*>()->count(), 2);
+    window.reset(); // it uses the history
+}
+
 TEST_F(RulesEditorDocument, ARestoreInTheHistoryReachesTheTableAndItsUndoToo)
 {
     open(line("/a") + line("/b"));
@@ -118,6 +130,18 @@ TEST_F(RulesEditorDocument, OfTwoEqualRulesTheFootTellsWhichOneRemains)
     EXPECT_EQ(buttons(), QStringLiteral("Show Undo"));
     press("Undo");
     EXPECT_EQ(file(), line("/a", "first") + line("/b") + line("/a", "second", "1700000000"));
+}
+
+TEST_F(RulesEditorDocument, ShowSelectsTheOneThatRemainsOfTwoEqualRules)
+{
+    open(line("/a", "first") + line("/b"));
+    addEqual("/a", "second");
+    select({2});
+    action("deleteEditMenuItem")->trigger();
+    table->clearSelection();
+    press("Show");
+    EXPECT_EQ(selectedPaths(), QStringLiteral("/a"));
+    EXPECT_EQ(table->selectedRows().size(), 1U);
 }
 
 TEST_F(RulesEditorDocument, TheFirstOfTwoEqualRulesGoesWithoutAWord)
